@@ -1,0 +1,60 @@
+# What every target of the project has in common, and how a folder's tests are declared.
+
+add_library(kelvane_options INTERFACE)
+target_include_directories(kelvane_options INTERFACE ${CMAKE_SOURCE_DIR})
+target_compile_options(kelvane_options INTERFACE
+  -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wnon-virtual-dtor
+  -Woverloaded-virtual -Werror
+  # gcc 12 sees overlapping copies in plain string concatenation where there are none.
+  $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>)
+
+if(KELVANE_SANITIZE)
+  add_compile_options(-fsanitize=${KELVANE_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=${KELVANE_SANITIZE})
+endif()
+if(KELVANE_FUZZ)
+  add_compile_options(-fsanitize=fuzzer-no-link,address,undefined -fno-sanitize-recover=all)
+  add_link_options(-fsanitize=address,undefined)
+endif()
+
+# kelvane_library(NAME SOURCES... [LIBS libs...]): one static library per folder.
+function(kelvane_library name)
+  cmake_parse_arguments(PARSE_ARGV 1 ARG "" "" "LIBS")
+  add_library(${name} STATIC ${ARG_UNPARSED_ARGUMENTS})
+  target_link_libraries(${name} PUBLIC kelvane_options ${ARG_LIBS})
+endfunction()
+
+# kelvane_tests(NAME SOURCES... [LIBS libs...] [LABELS labels...] [TIMEOUT seconds] [WHOLE])
+# One test program per folder, each test of it known to ctest by name. WHOLE runs the program as a
+# single test, for suites whose set-up (a display, a server) is worth sharing.
+function(kelvane_tests name)
+  cmake_parse_arguments(PARSE_ARGV 1 ARG "WHOLE" "TIMEOUT" "LIBS;LABELS")
+  if(NOT ARG_TIMEOUT)
+    set(ARG_TIMEOUT 60)
+  endif()
+  add_executable(${name} ${ARG_UNPARSED_ARGUMENTS})
+  target_link_libraries(${name} PRIVATE kelvane_options ${ARG_LIBS} GTest::gmock GTest::gtest_main)
+  target_compile_definitions(${name} PRIVATE KELVANE_SOURCE_DIR="${CMAKE_SOURCE_DIR}")
+  if(ARG_WHOLE)
+    add_test(NAME ${name} COMMAND ${name})
+    set_tests_properties(${name} PROPERTIES TIMEOUT ${ARG_TIMEOUT} LABELS "${ARG_LABELS}")
+  else()
+    gtest_discover_tests(${name} TEST_PREFIX ${name}. DISCOVERY_MODE PRE_TEST
+      PROPERTIES TIMEOUT ${ARG_TIMEOUT} LABELS "${ARG_LABELS}")
+  endif()
+  foreach(source IN LISTS ARG_UNPARSED_ARGUMENTS)
+    cmake_path(ABSOLUTE_PATH source NORMALIZE)
+    set_property(GLOBAL APPEND PROPERTY KELVANE_TEST_SOURCES ${source})
+  endforeach()
+endfunction()
+
+# Fails when a test file on disk belongs to no test program: a forgotten test is a failing one.
+function(kelvane_check_tests_registered)
+  file(GLOB_RECURSE on_disk CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/tests/*_test.cpp)
+  get_property(registered GLOBAL PROPERTY KELVANE_TEST_SOURCES)
+  foreach(source IN LISTS on_disk)
+    if(NOT source IN_LIST registered)
+      message(FATAL_ERROR "${source} is not part of any kelvane_tests()")
+    endif()
+  endforeach()
+endfunction()
