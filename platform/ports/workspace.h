@@ -1,0 +1,37 @@
+// Which applications are running, which one is in front, and can it be brought forward?
+//
+// Any thread may call any member; adapters serialise what their mechanism needs serialised.
+// Without a display every question has its absent answer: no application, an empty list, false.
+
+#pragma once
+
+#include "platform/ports/running_app.h"
+
+#include <optional>
+#include <string_view>
+#include <vector>
+
+namespace kelvane {
+
+class Workspace {
+public:
+    virtual ~Workspace() = default;
+
+    /// The application that has the user's attention now, or nothing when none has.
+    [[nodiscard]] virtual std::optional<RunningApp> frontmost() = 0;
+
+    /// Every running application that shows itself to the user, each instance once. The order is
+    /// stable while the set is: oldest first where the system tells.
+    [[nodiscard]] virtual std::vector<RunningApp> runningApplications() = 0;
+
+    /// Asks the system to bring this instance forward and returns without waiting for it. False
+    /// when there is nothing to ask: the instance is gone or there is no display.
+    virtual bool activate(ProcessId pid) = 0;
+};
+
+/// The running instances whose bundle identifier is exactly `bundleId`, in the order of
+/// `runningApplications()`. Empty when none is running.
+[[nodiscard]] std::vector<RunningApp> runningApplications(Workspace& workspace,
+                                                          std::string_view bundleId);
+
+} // namespace kelvane
