@@ -1,0 +1,95 @@
+#include "catalog/catalog_loader.h"
+
+#include "platform/ports/bundle_resources.h"
+#include "platform/ports/dispatcher.h"
+#include "platform/ports/file_system.h"
+#include "platform/ports/http_session.h"
+
+#include <algorithm>
+#include <ostream>
+#include <system_error>
+
+namespace kelvane {
+
+const std::string_view kEmptyCatalogWarning =
+    "Kelvane: WARNING \u2014 app-catalog.json failed to load; running with an empty catalog (Grade "
+    "disabled).\n";
+
+namespace {
+
+constexpr std::string_view kResourceName = "app-catalog";
+constexpr std::string_view kResourceExtension = "json";
+
+std::filesystem::path downloadedCopy(const std::filesystem::path& braskHome) {
+    return braskHome / "app-catalog.json";
+}
+
+// A path given on the command line counts from the folder the program was started in.
+std::filesystem::path absolutePath(const std::string& path) {
+    std::error_code error;
+    auto absolute = std::filesystem::absolute(path, error);
+    return error ? std::filesystem::path(path) : absolute;
+}
+
+std::optional<AppCatalog> decoded(std::string_view bytes) {
+    try {
+        return AppCatalog::load(bytes);
+    } catch (const CatalogError&) {
+        return std::nullopt;
+    }
+}
+
+std::optional<AppCatalog> decodedFile(FileSystem& files, const std::filesystem::path& path) {
+    const auto bytes = files.read(path);
+    return bytes ? decoded(*bytes) : std::nullopt;
+}
+
+// Whether a string is an address that a request can be made to: http or https, some host, and no
+// character that an address cannot hold.
+bool formsAddress(std::string_view url) {
+    for (const std::string_view scheme : {"http://", "https://"}) {
+        if (!url.starts_with(scheme)) continue;
+        const std::string_view rest = url.substr(scheme.size());
+        const bool clean = std::all_of(rest.begin(), rest.end(), [](char c) {
+            return c > ' ' && c != '\x7F' && c != '"' && c != '<' && c != '>' && c != '\\' &&
+                   c != '^' && c != '`' && c != '{' && c != '|' && c != '}';
+        });
+        const bool hasHost = !rest.empty() && rest.front() != '/' && rest.front() != '?' &&
+                             rest.front() != '#' && rest.front() != ':';
+        return clean && hasHost;
+    }
+    return false;
+}
+
+} // namespace
+
+AppCatalog loadCatalog(const CatalogSources& sources,
+                       const std::optional<std::string>& explicitPath) {
+    if (explicitPath && !explicitPath->empty()) {
+        if (auto catalog = decodedFile(sources.files, absolutePath(*explicitPath))) return *catalog;
+    }
+    if (auto catalog = decodedFile(sources.files, downloadedCopy(sources.braskHome))) {
+        return *catalog;
+    }
+    if (const auto shipped = sources.resources.url(kResourceName, kResourceExtension)) {
+        if (auto catalog = decodedFile(sources.files, *shipped)) return *catalog;
+    }
+    sources.standardError << kEmptyCatalogWarning << std::flush;
+    return AppCatalog();
+}
+
+void refreshRemoteCatalog(const CatalogRefresh& ports, const std::string& url,
+                          const std::filesystem::path& braskHome) {
+    if (!formsAddress(url)) return;
+    ports.dispatcher.background([ports, url, braskHome] {
+        HttpRequest request;
+        request.method = "GET";
+        request.url = url;
+        const auto response = ports.http.send(request);
+        if (!response || !decoded(response->body)) return;
+        ports.files.createDirectories(braskHome);
+        ports.files.writeAtomically(downloadedCopy(braskHome), response->body);
+    });
+}
+
+} // namespace kelvane

@@ -1,0 +1,54 @@
+// Which catalog does this run start with, and how does a newer one get onto the machine?
+//
+// Starting never fails: the places are tried in a fixed order and the first file that decodes is
+// taken, without a word about the ones before it. Refreshing never disturbs: what was downloaded is
+// kept only when it decodes, and takes effect at the next start.
+
+#pragma once
+
+#include "catalog/app_catalog.h"
+
+#include <filesystem>
+#include <functional>
+#include <iosfwd>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace kelvane {
+
+class BundleResources;
+class Dispatcher;
+class FileSystem;
+class HttpSession;
+
+/// What `loadCatalog` says, and all that it says, when no catalog could be had.
+extern const std::string_view kEmptyCatalogWarning;
+
+struct CatalogSources {
+    FileSystem& files;
+    BundleResources& resources;
+    std::filesystem::path braskHome; ///< The data folder; the downloaded copy lies in it.
+    std::ostream& standardError;
+};
+
+/// The first catalog that decodes, of: the file at `explicitPath` (when given), the downloaded copy
+/// "app-catalog.json" in the data folder, the copy shipped in the bundle. When none does: the
+/// warning on standard error and the empty catalog.
+[[nodiscard]] AppCatalog loadCatalog(const CatalogSources& sources,
+                                     const std::optional<std::string>& explicitPath);
+
+struct CatalogRefresh {
+    FileSystem& files;
+    HttpSession& http;
+    Dispatcher& dispatcher;
+};
+
+/// Starts one download of `url` in the background and returns at once. A body that decodes as a
+/// catalog is stored, byte for byte and atomically, as "app-catalog.json" in `braskHome`, which is
+/// made when missing; the HTTP status is not looked at. Anything else leaves the stored copy as it
+/// was, silently. The ports must outlive the job.
+void refreshRemoteCatalog(const CatalogRefresh& ports, const std::string& url,
+                          const std::filesystem::path& braskHome);
+
+} // namespace kelvane
