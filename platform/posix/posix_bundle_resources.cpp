@@ -1,0 +1,69 @@
+#include "platform/posix/posix_platform.h"
+
+#include <cstdint>
+#include <string>
+#include <system_error>
+#include <utility>
+
+#ifdef __APPLE__
+#include <mach-o/dyld.h>
+#endif
+
+namespace kelvane {
+
+namespace {
+
+class FolderResources : public BundleResources {
+public:
+    explicit FolderResources(std::optional<std::filesystem::path> folder)
+        : m_folder(std::move(folder)) {}
+
+    std::optional<std::filesystem::path> url(std::string_view name,
+                                             std::string_view extension) override {
+        if (!m_folder || name.empty()) return std::nullopt;
+        std::string file(name);
+        if (!extension.empty()) file.append(".").append(extension);
+        std::filesystem::path path = *m_folder / file;
+        std::error_code error;
+        if (!std::filesystem::exists(path, error)) return std::nullopt;
+        return path;
+    }
+
+private:
+    std::optional<std::filesystem::path> m_folder; ///< Absent outside a bundle.
+};
+
+std::optional<std::filesystem::path> resourceFolder(const std::filesystem::path& executable) {
+    const auto folder = executable.parent_path();
+    const auto contents = folder.parent_path();
+    if (folder.filename() != "MacOS" || contents.filename() != "Contents") return std::nullopt;
+    return contents / "Resources";
+}
+
+std::filesystem::path withLinksResolved(const std::filesystem::path& path) {
+    std::error_code error;
+    auto resolved = std::filesystem::canonical(path, error);
+    return error ? path : resolved;
+}
+
+} // namespace
+
+std::unique_ptr<BundleResources> makeBundleResources(const std::filesystem::path& executable) {
+    return std::make_unique<FolderResources>(resourceFolder(withLinksResolved(executable)));
+}
+
+std::filesystem::path currentExecutable() {
+#ifdef __APPLE__
+    std::uint32_t size = 0;
+    _NSGetExecutablePath(nullptr, &size);
+    std::string path(size, '\0');
+    if (_NSGetExecutablePath(path.data(), &size) != 0) return {};
+    return withLinksResolved(path.c_str());
+#else
+    std::error_code error;
+    auto path = std::filesystem::read_symlink("/proc/self/exe", error);
+    return error ? std::filesystem::path() : path;
+#endif
+}
+
+} // namespace kelvane

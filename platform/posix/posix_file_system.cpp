@@ -1,0 +1,221 @@
+#include "platform/posix/posix_platform.h"
+#include "platform/posix/unique_fd.h"
+
+#include <atomic>
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <fcntl.h>
+#include <new>
+#include <pwd.h>
+#include <stdexcept>
+#include <string>
+#include <sys/stat.h>
+#include <system_error>
+#include <vector>
+
+namespace kelvane {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::size_t kReadAtOnce = 65536;
+constexpr off_t kMaxFileSize = off_t{1} << 30;
+constexpr int kMaxLinks = 40;
+constexpr mode_t kPermissions = S_IRWXU | S_IRWXG | S_IRWXO;
+
+/// A path as a C string would end at the first NUL and name another file.
+bool isUsable(const fs::path& path) {
+    return !path.empty() && path.native().find('\0') == std::string::npos;
+}
+
+int openRetrying(const fs::path& path, int flags, mode_t mode = 0) {
+    int fd = -1;
+    do {
+        fd = ::open(path.c_str(), flags | O_CLOEXEC | O_NOCTTY, mode);
+    } while (fd < 0 && errno == EINTR);
+    return fd;
+}
+
+std::optional<std::string> readRegularFile(const fs::path& path) {
+    // Without O_NONBLOCK, opening a pipe that nobody writes to would wait for ever.
+    const UniqueFd file(openRetrying(path, O_RDONLY | O_NONBLOCK));
+    struct stat info {};
+    if (!file || fstat(file.get(), &info) != 0 || !S_ISREG(info.st_mode)) return std::nullopt;
+    if (info.st_size > kMaxFileSize) return std::nullopt;
+    // The size is a hint only: some files have none (those in /proc), and others grow.
+    std::string bytes;
+    std::size_t used = 0;
+    bytes.resize(info.st_size > 0 ? static_cast<std::size_t>(info.st_size) + 1 : kReadAtOnce);
+    while (true) {
+        if (used == bytes.size()) bytes.resize(bytes.size() + bytes.size() / 2 + kReadAtOnce);
+        const ssize_t got = ::read(file.get(), bytes.data() + used, bytes.size() - used);
+        if (got < 0 && errno == EINTR) continue;
+        if (got < 0) return std::nullopt;
+        if (got == 0) break;
+        used += static_cast<std::size_t>(got);
+    }
+    bytes.resize(used);
+    return bytes;
+}
+
+/// The path at the end of a chain of links, whether or not a file stands there yet.
+std::optional<fs::path> finalTarget(fs::path path) {
+    for (int links = 0; links < kMaxLinks; ++links) {
+        std::error_code error;
+        if (!fs::is_symlink(fs::symlink_status(path, error))) return path;
+        const fs::path target = fs::read_symlink(path, error);
+        if (error) return std::nullopt;
+        path = path.parent_path() / target; // an absolute target replaces the whole
+    }
+    return std::nullopt;
+}
+
+/// A new file beside `target`, removed again unless it takes the target's place.
+class TemporaryFile {
+public:
+    TemporaryFile(const fs::path& target, mode_t mode) {
+        static std::atomic<unsigned> number = 0;
+        constexpr int kTries = 100; // names left over from a crash, at worst
+        for (int i = 0; i < kTries && !m_file; ++i) {
+            m_path = target.parent_path() /
+                     (".kelvane-" + std::to_string(getpid()) + "-" + std::to_string(number++));
+            m_file = UniqueFd(openRetrying(m_path, O_WRONLY | O_CREAT | O_EXCL, mode));
+            if (!m_file && errno != EEXIST) break;
+        }
+        m_exists = static_cast<bool>(m_file);
+    }
+    TemporaryFile(const TemporaryFile&) = delete;
+    TemporaryFile& operator=(const TemporaryFile&) = delete;
+    ~TemporaryFile() {
+        if (m_exists) ::unlink(m_path.c_str());
+    }
+
+    [[nodiscard]] explicit operator bool() const { return m_exists; }
+
+    /// Gives the file the owner, where we may, and the permissions of an existing one.
+    bool adopt(const struct stat& info) {
+        if (fchown(m_file.get(), info.st_uid, info.st_gid) != 0) {
+            // Not permitted to most users; the file is then theirs, as any new file would be.
+        }
+        const auto permissions = static_cast<mode_t>(info.st_mode & kPermissions);
+        return fchmod(m_file.get(), permissions) == 0;
+    }
+
+    bool write(std::string_view bytes) {
+        while (!bytes.empty()) {
+            const ssize_t put = ::write(m_file.get(), bytes.data(), bytes.size());
+            if (put < 0 && errno == EINTR) continue;
+            if (put < 0) return false;
+            bytes.remove_prefix(static_cast<std::size_t>(put));
+        }
+        return toDisk() && m_file.close();
+    }
+
+    bool replace(const fs::path& target) {
+        if (std::rename(m_path.c_str(), target.c_str()) != 0) return false;
+        m_exists = false;
+        return true;
+    }
+
+private:
+    bool toDisk() {
+#ifdef F_FULLFSYNC // on macOS fsync alone leaves the data in the drive's cache
+        if (fcntl(m_file.get(), F_FULLFSYNC) == 0) return true;
+#endif
+        int result = 0;
+        do {
+            result = fsync(m_file.get());
+        } while (result != 0 && errno == EINTR);
+        return result == 0;
+    }
+
+    fs::path m_path;
+    UniqueFd m_file;
+    bool m_exists = false;
+};
+
+bool replaceContents(const fs::path& path, std::string_view bytes) {
+    const auto target = finalTarget(path);
+    if (!target || !target->has_filename()) return false;
+    struct stat old {};
+    const bool replaces = ::lstat(target->c_str(), &old) == 0;
+    if (replaces && !S_ISREG(old.st_mode)) return false;
+
+    constexpr mode_t kOwnerOnly = 0600; // until it has the old file's permissions
+    constexpr mode_t kUsual = 0644;     // less what the umask takes away
+    TemporaryFile file(*target, replaces ? kOwnerOnly : kUsual);
+    if (!file || (replaces && !file.adopt(old))) return false;
+    if (!file.write(bytes) || !file.replace(*target)) return false;
+
+    // The file is in place whatever comes of this; it makes the new name survive a power cut.
+    const UniqueFd folder(openRetrying(target->parent_path(), O_RDONLY | O_DIRECTORY));
+    if (folder) fsync(folder.get());
+    return true;
+}
+
+fs::path homeByAccount() {
+    constexpr std::size_t kMost = std::size_t{1} << 20;
+    for (std::size_t size = 4096; size <= kMost; size *= 2) {
+        std::vector<char> buffer(size);
+        passwd record{};
+        passwd* found = nullptr;
+        const int error = getpwuid_r(getuid(), &record, buffer.data(), buffer.size(), &found);
+        if (error == EINTR) continue;
+        if (error == ERANGE) continue;
+        if (error != 0 || found == nullptr || found->pw_dir == nullptr) return {};
+        return found->pw_dir;
+    }
+    return {};
+}
+
+class PosixFileSystem : public FileSystem {
+public:
+    std::optional<std::string> read(const fs::path& path) override {
+        if (!isUsable(path)) return std::nullopt;
+        try {
+            return readRegularFile(path);
+        } catch (const std::bad_alloc&) { // more than this machine's memory holds
+        } catch (const std::length_error&) {
+        }
+        return std::nullopt;
+    }
+
+    bool exists(const fs::path& path) override {
+        struct stat info {};
+        return isUsable(path) && ::stat(path.c_str(), &info) == 0;
+    }
+
+    bool createDirectories(const fs::path& path) override {
+        if (!isUsable(path)) return false;
+        std::error_code error;
+        fs::create_directories(path, error);
+        return fs::is_directory(path, error);
+    }
+
+    bool writeAtomically(const fs::path& path, std::string_view bytes) override {
+        return isUsable(path) && replaceContents(path, bytes);
+    }
+
+    bool remove(const fs::path& path) override {
+        return isUsable(path) && ::unlink(path.c_str()) == 0;
+    }
+
+    fs::path temporaryDirectory() override {
+        const char* named = std::getenv("TMPDIR");
+        std::string folder = named != nullptr && named[0] == '/' ? named : "/tmp";
+        if (!folder.ends_with('/')) folder += '/';
+        return folder;
+    }
+
+    fs::path homeDirectoryForCurrentUser() override { return homeByAccount(); }
+};
+
+} // namespace
+
+std::unique_ptr<FileSystem> makePosixFileSystem() {
+    return std::make_unique<PosixFileSystem>();
+}
+
+} // namespace kelvane

@@ -1,0 +1,200 @@
+#include "platform/posix/posix_platform.h"
+#include "platform/posix/unique_fd.h"
+
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <fcntl.h>
+#include <spawn.h>
+#include <string>
+#include <sys/wait.h>
+#include <vector>
+
+extern char** environ;
+
+namespace kelvane {
+
+namespace {
+
+#ifdef __APPLE__
+constexpr short kSpawnFlags =
+    POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_CLOEXEC_DEFAULT;
+#else
+constexpr short kSpawnFlags = POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF;
+#endif
+
+constexpr int kFirstPrivateFd = 3;
+
+class SpawnAttributes {
+public:
+    SpawnAttributes() {
+        sigset_t none;
+        sigset_t usual;
+        sigemptyset(&none);
+        sigemptyset(&usual);
+        sigaddset(&usual, SIGPIPE);
+        m_ready = posix_spawnattr_init(&m_attributes) == 0;
+        m_complete = m_ready && posix_spawnattr_setsigmask(&m_attributes, &none) == 0 &&
+                     posix_spawnattr_setsigdefault(&m_attributes, &usual) == 0 &&
+                     posix_spawnattr_setflags(&m_attributes, kSpawnFlags) == 0;
+    }
+    SpawnAttributes(const SpawnAttributes&) = delete;
+    SpawnAttributes& operator=(const SpawnAttributes&) = delete;
+    ~SpawnAttributes() {
+        if (m_ready) posix_spawnattr_destroy(&m_attributes);
+    }
+
+    [[nodiscard]] bool complete() const { return m_complete; }
+    [[nodiscard]] const posix_spawnattr_t* get() const { return &m_attributes; }
+
+private:
+    posix_spawnattr_t m_attributes{};
+    bool m_ready = false;
+    bool m_complete = false;
+};
+
+/// What the child's three standard descriptors become, and that it has no others.
+class SpawnFiles {
+public:
+    /// `output` receives what the child writes; without one the child shares ours.
+    explicit SpawnFiles(const UniqueFd& output) {
+        m_ready = posix_spawn_file_actions_init(&m_actions) == 0;
+        m_complete = m_ready && (output ? redirect(output.get()) : inherit()) && dropOthers();
+    }
+    SpawnFiles(const SpawnFiles&) = delete;
+    SpawnFiles& operator=(const SpawnFiles&) = delete;
+    ~SpawnFiles() {
+        if (m_ready) posix_spawn_file_actions_destroy(&m_actions);
+    }
+
+    [[nodiscard]] bool complete() const { return m_complete; }
+    [[nodiscard]] const posix_spawn_file_actions_t* get() const { return &m_actions; }
+
+private:
+    bool redirect(int output) {
+        return posix_spawn_file_actions_addopen(&m_actions, STDIN_FILENO, "/dev/null", O_RDONLY,
+                                                0) == 0 &&
+               posix_spawn_file_actions_adddup2(&m_actions, output, STDOUT_FILENO) == 0 &&
+               posix_spawn_file_actions_addopen(&m_actions, STDERR_FILENO, "/dev/null", O_WRONLY,
+                                                0) == 0;
+    }
+
+    bool inherit() {
+#ifdef __APPLE__ // where nothing is passed on that is not named
+        for (const int fd : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+            if (fcntl(fd, F_GETFD) < 0) continue;
+            if (posix_spawn_file_actions_addinherit_np(&m_actions, fd) != 0) return false;
+        }
+#endif
+        return true;
+    }
+
+    bool dropOthers() {
+#if defined(__GLIBC__) && (__GLIBC__ > 2 || __GLIBC_MINOR__ >= 34)
+        return posix_spawn_file_actions_addclosefrom_np(&m_actions, kFirstPrivateFd) == 0;
+#else
+        return true; // by the spawn flag on macOS; elsewhere every descriptor is close-on-exec
+#endif
+    }
+
+    posix_spawn_file_actions_t m_actions{};
+    bool m_ready = false;
+    bool m_complete = false;
+};
+
+struct Pipe {
+    UniqueFd read;
+    UniqueFd write;
+
+    [[nodiscard]] explicit operator bool() const { return read && write; }
+};
+
+/// Away from the standard descriptors, which the child's file actions overwrite one by one; they
+/// are free when this program was started without them.
+UniqueFd movedUp(UniqueFd fd) {
+    if (!fd || fd.get() >= kFirstPrivateFd) return fd;
+    return UniqueFd(fcntl(fd.get(), F_DUPFD_CLOEXEC, kFirstPrivateFd));
+}
+
+Pipe makePipe() {
+    std::array<int, 2> ends{};
+#ifdef __APPLE__
+    if (pipe(ends.data()) != 0) return {};
+    for (const int fd : ends) fcntl(fd, F_SETFD, FD_CLOEXEC);
+#else
+    if (pipe2(ends.data(), O_CLOEXEC) != 0) return {};
+#endif
+    UniqueFd readEnd(ends[0]);
+    UniqueFd writeEnd(ends[1]);
+    return {.read = movedUp(std::move(readEnd)), .write = movedUp(std::move(writeEnd))};
+}
+
+std::string readToEnd(const UniqueFd& fd) {
+    std::string bytes;
+    std::array<char, 65536> buffer{};
+    while (true) {
+        const ssize_t got = ::read(fd.get(), buffer.data(), buffer.size());
+        if (got > 0) {
+            bytes.append(buffer.data(), static_cast<std::size_t>(got));
+        } else if (got == 0 || errno != EINTR) {
+            return bytes;
+        }
+    }
+}
+
+std::int32_t waitForEnd(pid_t child) {
+    int status = 0;
+    while (waitpid(child, &status, 0) < 0) {
+        // Someone else in this program took the status (or none is kept, with SIGCHLD ignored).
+        if (errno != EINTR) return 255;
+    }
+    return WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
+}
+
+/// The text as a C string cannot say where it ends.
+bool hasNul(const std::string& text) {
+    return text.find('\0') != std::string::npos;
+}
+
+class PosixProcessRunner : public ProcessRunner {
+public:
+    std::optional<ProcessResult> run(const ProcessRequest& request) override {
+        if (!request.program.starts_with('/') || hasNul(request.program)) return std::nullopt;
+        std::vector<std::string> words{request.program};
+        for (const auto& argument : request.arguments) {
+            if (hasNul(argument)) return std::nullopt;
+            words.push_back(argument);
+        }
+        std::vector<char*> pointers;
+        pointers.reserve(words.size() + 1);
+        for (auto& word : words) pointers.push_back(word.data());
+        pointers.push_back(nullptr);
+
+        Pipe pipe;
+        if (request.output == ProcessOutput::Capture) {
+            pipe = makePipe();
+            if (!pipe) return std::nullopt;
+        }
+        const SpawnAttributes attributes;
+        const SpawnFiles files(pipe.write);
+        if (!attributes.complete() || !files.complete()) return std::nullopt;
+        pid_t child = 0;
+        if (posix_spawn(&child, words.front().c_str(), files.get(), attributes.get(),
+                        pointers.data(), environ) != 0) {
+            return std::nullopt;
+        }
+        pipe.write.close(); // or the end of the output would never come
+        ProcessResult result;
+        if (pipe.read) result.output = readToEnd(pipe.read);
+        result.status = waitForEnd(child);
+        return result;
+    }
+};
+
+} // namespace
+
+std::unique_ptr<ProcessRunner> makePosixProcessRunner() {
+    return std::make_unique<PosixProcessRunner>();
+}
+
+} // namespace kelvane

@@ -1,0 +1,161 @@
+// What every file system promises, asked of the fake and of the real one.
+
+#include "platform/fake/fakes.h"
+#include "platform/posix/posix_platform.h"
+#include "tests/platform/temporary_folder.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace kelvane {
+namespace {
+
+enum class Side { Fake, Posix };
+
+class FileSystemContract : public testing::TestWithParam<Side> {
+protected:
+    FileSystemContract() { m_fake.files.folders.insert("/folder/of/the test"); }
+
+    FileSystem& files() { return GetParam() == Side::Fake ? m_fake.files : *m_posix; }
+
+    /// A path in the test's own folder, which exists and is empty at first.
+    std::filesystem::path at(const std::string& name) const {
+        return (GetParam() == Side::Fake ? std::filesystem::path("/folder/of/the test")
+                                         : m_folder.path()) /
+               name;
+    }
+
+private:
+    FakePlatform m_fake;
+    TemporaryFolder m_folder;
+    std::unique_ptr<FileSystem> m_posix = makePosixFileSystem();
+};
+
+TEST_P(FileSystemContract, WhatIsMissingIsAbsent) {
+    EXPECT_EQ(files().read(at("f")), std::nullopt);
+    EXPECT_FALSE(files().exists(at("f")));
+    EXPECT_FALSE(files().remove(at("f")));
+    EXPECT_EQ(files().read(at("no/f")), std::nullopt);
+    EXPECT_FALSE(files().exists(at("no/f")));
+}
+
+TEST_P(FileSystemContract, WrittenBytesComeBack) {
+    const std::string bytes("a\0\r\n\xff\xfe z", 8);
+    EXPECT_TRUE(files().writeAtomically(at("f"), bytes));
+    EXPECT_TRUE(files().exists(at("f")));
+    EXPECT_EQ(files().read(at("f")), bytes);
+}
+
+TEST_P(FileSystemContract, EmptyFileIsThereAndEmpty) {
+    EXPECT_TRUE(files().writeAtomically(at("f"), ""));
+    EXPECT_TRUE(files().exists(at("f")));
+    EXPECT_EQ(files().read(at("f")), "");
+}
+
+TEST_P(FileSystemContract, WritingAgainReplacesTheWhole) {
+    EXPECT_TRUE(files().writeAtomically(at("f"), "a long text"));
+    EXPECT_TRUE(files().writeAtomically(at("f"), "short"));
+    EXPECT_EQ(files().read(at("f")), "short");
+}
+
+TEST_P(FileSystemContract, NamesMayHoldAnything) {
+    for (const char* name : {" ", "a b", "\u00e9\U0001F600", "-x", ".hidden", "a\\b", "*"}) {
+        EXPECT_TRUE(files().writeAtomically(at(name), name)) << name;
+        EXPECT_EQ(files().read(at(name)), name);
+    }
+}
+
+TEST_P(FileSystemContract, FolderIsNoFile) {
+    EXPECT_TRUE(files().createDirectories(at("d")));
+    EXPECT_TRUE(files().exists(at("d")));
+    EXPECT_TRUE(files().exists(at("d/")));
+    EXPECT_EQ(files().read(at("d")), std::nullopt);
+    EXPECT_FALSE(files().writeAtomically(at("d"), "x"));
+    EXPECT_FALSE(files().writeAtomically(at("d/"), "x"));
+    EXPECT_FALSE(files().remove(at("d")));
+    EXPECT_TRUE(files().exists(at("d")));
+}
+
+TEST_P(FileSystemContract, FileIsNoFolder) {
+    EXPECT_TRUE(files().writeAtomically(at("f"), "x"));
+    EXPECT_FALSE(files().exists(at("f/")));
+    EXPECT_EQ(files().read(at("f/")), std::nullopt);
+    EXPECT_FALSE(files().exists(at("f/below")));
+    EXPECT_FALSE(files().writeAtomically(at("f/below"), "y"));
+    EXPECT_FALSE(files().createDirectories(at("f")));
+    EXPECT_FALSE(files().createDirectories(at("f/below")));
+    EXPECT_FALSE(files().createDirectories(at("f/far/below")));
+    EXPECT_EQ(files().read(at("f")), "x");
+}
+
+TEST_P(FileSystemContract, MissingFoldersAreMadeAllTheWay) {
+    EXPECT_TRUE(files().createDirectories(at("a/b/c")));
+    for (const char* folder : {"a", "a/b", "a/b/c"}) EXPECT_TRUE(files().exists(at(folder)));
+    EXPECT_TRUE(files().writeAtomically(at("a/b/c/f"), "x"));
+    EXPECT_TRUE(files().writeAtomically(at("a/f"), "x"));
+}
+
+TEST_P(FileSystemContract, MakingAFolderThatIsThereSucceeds) {
+    EXPECT_TRUE(files().createDirectories(at("d")));
+    EXPECT_TRUE(files().writeAtomically(at("d/f"), "x"));
+    EXPECT_TRUE(files().createDirectories(at("d")));
+    EXPECT_TRUE(files().createDirectories(at("d/")));
+    EXPECT_TRUE(files().createDirectories("/"));
+    EXPECT_EQ(files().read(at("d/f")), "x");
+}
+
+TEST_P(FileSystemContract, TrailingSlashMakesTheSameFolder) {
+    EXPECT_TRUE(files().createDirectories(at("d/e/")));
+    EXPECT_TRUE(files().exists(at("d/e")));
+}
+
+TEST_P(FileSystemContract, WritingMakesNoFolders) {
+    EXPECT_FALSE(files().writeAtomically(at("no/f"), "x"));
+    EXPECT_FALSE(files().exists(at("no")));
+}
+
+TEST_P(FileSystemContract, RemovedFileIsGoneAndItsFolderStays) {
+    EXPECT_TRUE(files().createDirectories(at("d")));
+    EXPECT_TRUE(files().writeAtomically(at("d/f"), "x"));
+    EXPECT_TRUE(files().remove(at("d/f")));
+    EXPECT_FALSE(files().exists(at("d/f")));
+    EXPECT_EQ(files().read(at("d/f")), std::nullopt);
+    EXPECT_FALSE(files().remove(at("d/f")));
+    EXPECT_TRUE(files().exists(at("d")));
+}
+
+TEST_P(FileSystemContract, TheRootExists) {
+    EXPECT_TRUE(files().exists("/"));
+    EXPECT_EQ(files().read("/"), std::nullopt);
+    EXPECT_FALSE(files().writeAtomically("/", "x"));
+    EXPECT_FALSE(files().remove("/"));
+}
+
+TEST_P(FileSystemContract, EmptyPathIsNothing) {
+    EXPECT_EQ(files().read(""), std::nullopt);
+    EXPECT_FALSE(files().writeAtomically("", "x"));
+    EXPECT_FALSE(files().remove(""));
+}
+
+TEST_P(FileSystemContract, TemporaryFolderIsAbsoluteAndEndsWithASlash) {
+    const std::string folder = files().temporaryDirectory().string();
+    EXPECT_TRUE(folder.starts_with('/')) << folder;
+    EXPECT_TRUE(folder.ends_with('/')) << folder;
+}
+
+TEST_P(FileSystemContract, HomeFolderIsAbsoluteWhereThereIsOne) {
+    const auto home = files().homeDirectoryForCurrentUser();
+    EXPECT_TRUE(home.empty() || home.is_absolute()) << home;
+}
+
+INSTANTIATE_TEST_SUITE_P(All, FileSystemContract, testing::Values(Side::Fake, Side::Posix),
+                         [](const auto& side) {
+                             return side.param == Side::Fake ? "Fake" : "Posix";
+                         });
+
+} // namespace
+} // namespace kelvane

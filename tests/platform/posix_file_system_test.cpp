@@ -1,0 +1,311 @@
+// What the real file system does beyond the contract: links, permissions, special files, faults.
+
+#include "platform/posix/posix_platform.h"
+#include "tests/platform/temporary_folder.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <csignal>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <pwd.h>
+#include <stdlib.h>
+#include <string>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <thread>
+#include <unistd.h>
+#include <vector>
+
+namespace kelvane {
+namespace {
+
+namespace fs = std::filesystem;
+
+mode_t modeOf(const fs::path& path) {
+    struct stat info {};
+    EXPECT_EQ(stat(path.c_str(), &info), 0) << path;
+    return static_cast<mode_t>(info.st_mode & 07777);
+}
+
+class PosixFileSystemTest : public testing::Test {
+protected:
+    TemporaryFolder folder;
+    std::unique_ptr<FileSystem> files = makePosixFileSystem();
+};
+
+// --- reading -------------------------------------------------------------------------------------
+
+TEST_F(PosixFileSystemTest, ReadsALargeFileWhole) {
+    std::string bytes;
+    for (int i = 0; bytes.size() < 3'000'000; ++i) bytes += std::to_string(i);
+    putFile(folder / "f", bytes);
+    EXPECT_EQ(files->read(folder / "f"), bytes);
+}
+
+TEST_F(PosixFileSystemTest, ReadsAFileThatStatesNoSize) {
+    if (!fs::exists("/proc/self/status")) GTEST_SKIP() << "this system has no /proc";
+    ASSERT_EQ(fs::file_size("/proc/self/status"), 0U);
+    const auto status = files->read("/proc/self/status");
+    ASSERT_TRUE(status.has_value());
+    EXPECT_NE(status->find("Name:"), std::string::npos);
+    EXPECT_TRUE(status->ends_with('\n'));
+}
+
+TEST_F(PosixFileSystemTest, PipeThatNobodyWritesToIsAbsentAtOnce) {
+    ASSERT_EQ(mkfifo((folder / "pipe").c_str(), 0600), 0);
+    EXPECT_EQ(files->read(folder / "pipe"), std::nullopt);
+    EXPECT_TRUE(files->exists(folder / "pipe"));
+}
+
+TEST_F(PosixFileSystemTest, DevicesAreNotRead) {
+    EXPECT_EQ(files->read("/dev/zero"), std::nullopt);
+    EXPECT_EQ(files->read("/dev/null"), std::nullopt);
+}
+
+TEST_F(PosixFileSystemTest, FileBeyondTheLimitIsAbsent) {
+    putFile(folder / "f", "");
+    ASSERT_EQ(truncate((folder / "f").c_str(), (off_t{1} << 30) + 1), 0); // takes no room on disk
+    EXPECT_EQ(files->read(folder / "f"), std::nullopt);
+}
+
+TEST_F(PosixFileSystemTest, PathWithANulNamesNothing) {
+    putFile(folder / "f", "x");
+    const fs::path path((folder / "f").string() + std::string("\0g", 2));
+    EXPECT_EQ(files->read(path), std::nullopt);
+    EXPECT_FALSE(files->exists(path));
+    EXPECT_FALSE(files->writeAtomically(path, "y"));
+    EXPECT_FALSE(files->createDirectories(path));
+    EXPECT_FALSE(files->remove(path));
+    EXPECT_EQ(contentsOf(folder / "f"), "x");
+}
+
+// --- links ---------------------------------------------------------------------------------------
+
+TEST_F(PosixFileSystemTest, DanglingLinkDoesNotExist) {
+    fs::create_symlink(folder / "nowhere", folder / "link");
+    EXPECT_FALSE(files->exists(folder / "link"));
+    EXPECT_EQ(files->read(folder / "link"), std::nullopt);
+}
+
+TEST_F(PosixFileSystemTest, WriteGoesToTheFileALinkLeadsTo) {
+    fs::create_directories(folder / "dotfiles");
+    putFile(folder / "dotfiles/config", "old");
+    fs::create_symlink("dotfiles/config", folder / "second"); // relative to where it stands
+    fs::create_symlink(folder / "second", folder / "first");
+    EXPECT_TRUE(files->writeAtomically(folder / "first", "new"));
+    EXPECT_TRUE(fs::is_symlink(folder / "first"));
+    EXPECT_TRUE(fs::is_symlink(folder / "second"));
+    EXPECT_FALSE(fs::is_symlink(folder / "dotfiles/config"));
+    EXPECT_EQ(contentsOf(folder / "dotfiles/config"), "new");
+    EXPECT_EQ(contentsOf(folder / "first"), "new");
+}
+
+TEST_F(PosixFileSystemTest, WriteThroughADanglingLinkMakesItsTarget) {
+    fs::create_directories(folder / "d");
+    fs::create_symlink("d/new", folder / "link");
+    EXPECT_TRUE(files->writeAtomically(folder / "link", "x"));
+    EXPECT_TRUE(fs::is_symlink(folder / "link"));
+    EXPECT_EQ(contentsOf(folder / "d/new"), "x");
+}
+
+TEST_F(PosixFileSystemTest, WriteThroughALinkedFolderStaysInIt) {
+    fs::create_directories(folder / "real");
+    fs::create_directory_symlink("real", folder / "link");
+    EXPECT_TRUE(files->writeAtomically(folder / "link/f", "x"));
+    EXPECT_EQ(contentsOf(folder / "real/f"), "x");
+}
+
+TEST_F(PosixFileSystemTest, LinksInACircleFail) {
+    fs::create_symlink("b", folder / "a");
+    fs::create_symlink("a", folder / "b");
+    EXPECT_FALSE(files->writeAtomically(folder / "a", "x"));
+    EXPECT_EQ(files->read(folder / "a"), std::nullopt);
+    EXPECT_FALSE(files->exists(folder / "a"));
+    EXPECT_EQ(folder.names().size(), 2U);
+}
+
+TEST_F(PosixFileSystemTest, LinkToAFolderIsNotWritten) {
+    fs::create_directories(folder / "d");
+    fs::create_directory_symlink("d", folder / "link");
+    EXPECT_FALSE(files->writeAtomically(folder / "link", "x"));
+    EXPECT_TRUE(fs::is_directory(folder / "d"));
+}
+
+TEST_F(PosixFileSystemTest, RemovingALinkLeavesItsTarget) {
+    putFile(folder / "f", "x");
+    fs::create_symlink("f", folder / "link");
+    EXPECT_TRUE(files->remove(folder / "link"));
+    EXPECT_FALSE(fs::is_symlink(folder / "link"));
+    EXPECT_EQ(contentsOf(folder / "f"), "x");
+}
+
+// --- writing -------------------------------------------------------------------------------------
+
+TEST_F(PosixFileSystemTest, ExistingFileKeepsItsPermissions) {
+    for (const mode_t mode : std::vector<mode_t>{0600, 0644, 0664, 0755, 0444, 0400}) {
+        putFile(folder / "f", "old");
+        ASSERT_EQ(chmod((folder / "f").c_str(), mode), 0);
+        EXPECT_TRUE(files->writeAtomically(folder / "f", "new"));
+        EXPECT_EQ(modeOf(folder / "f"), mode);
+        EXPECT_EQ(contentsOf(folder / "f"), "new");
+        fs::remove(folder / "f");
+    }
+}
+
+TEST_F(PosixFileSystemTest, NewFileHasTheUsualPermissionsLessTheUmask) {
+    const mode_t before = umask(022);
+    EXPECT_TRUE(files->writeAtomically(folder / "usual", "x"));
+    umask(077);
+    EXPECT_TRUE(files->writeAtomically(folder / "private", "x"));
+    umask(before);
+    EXPECT_EQ(modeOf(folder / "usual"), 0644U);
+    EXPECT_EQ(modeOf(folder / "private"), 0600U);
+}
+
+TEST_F(PosixFileSystemTest, ExistingFileKeepsItsOwnerWhereWeMaySetIt) {
+    if (geteuid() != 0) GTEST_SKIP() << "only root may give files away";
+    putFile(folder / "f", "old");
+    ASSERT_EQ(chown((folder / "f").c_str(), 1234, 5678), 0);
+    EXPECT_TRUE(files->writeAtomically(folder / "f", "new"));
+    struct stat info {};
+    ASSERT_EQ(stat((folder / "f").c_str(), &info), 0);
+    EXPECT_EQ(info.st_uid, 1234U);
+    EXPECT_EQ(info.st_gid, 5678U);
+}
+
+TEST_F(PosixFileSystemTest, OtherNamesOfTheFileKeepTheOldBytes) {
+    // The new bytes are a new file: nobody who has the old one open sees half of them.
+    putFile(folder / "f", "old");
+    fs::create_hard_link(folder / "f", folder / "other");
+    EXPECT_TRUE(files->writeAtomically(folder / "f", "new"));
+    EXPECT_EQ(contentsOf(folder / "other"), "old");
+}
+
+TEST_F(PosixFileSystemTest, NothingIsLeftBesideTheTarget) {
+    EXPECT_TRUE(files->writeAtomically(folder / "f", "one"));
+    EXPECT_TRUE(files->writeAtomically(folder / "f", "two"));
+    EXPECT_EQ(folder.names(), std::vector<std::string>{"f"});
+}
+
+TEST_F(PosixFileSystemTest, NothingIsLeftWhenTheNameIsTooLong) {
+    EXPECT_FALSE(files->writeAtomically(folder / std::string(300, 'x'), "x"));
+    EXPECT_TRUE(folder.names().empty());
+}
+
+TEST_F(PosixFileSystemTest, LongestNameIsNotTooLong) {
+    const std::string name(255, 'x');
+    EXPECT_TRUE(files->writeAtomically(folder / name, "x"));
+    EXPECT_EQ(files->read(folder / name), "x");
+}
+
+TEST_F(PosixFileSystemTest, DiskThatIsFullLeavesTheTargetAsItWas) {
+    putFile(folder / "f", "old");
+    rlimit before{};
+    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
+    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+    const rlimit small{.rlim_cur = 4096, .rlim_max = before.rlim_max};
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
+    const bool written = files->writeAtomically(folder / "f", std::string(1'000'000, 'x'));
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &before), 0);
+    std::signal(SIGXFSZ, handler);
+    EXPECT_FALSE(written);
+    EXPECT_EQ(contentsOf(folder / "f"), "old");
+    EXPECT_EQ(folder.names(), std::vector<std::string>{"f"});
+}
+
+TEST_F(PosixFileSystemTest, SpecialFilesAreNotReplaced) {
+    ASSERT_EQ(mkfifo((folder / "pipe").c_str(), 0600), 0);
+    EXPECT_FALSE(files->writeAtomically(folder / "pipe", "x"));
+    EXPECT_TRUE(fs::is_fifo(folder / "pipe"));
+    EXPECT_EQ(folder.names(), std::vector<std::string>{"pipe"});
+}
+
+TEST_F(PosixFileSystemTest, FolderThatTakesNoFilesFails) {
+    if (!fs::exists("/proc/self")) GTEST_SKIP() << "this system has no /proc";
+    EXPECT_FALSE(files->writeAtomically("/proc/kelvane-test", "x"));
+    EXPECT_FALSE(files->createDirectories("/proc/kelvane-test"));
+    EXPECT_FALSE(files->remove("/proc/version"));
+}
+
+TEST_F(PosixFileSystemTest, ReaderNeverSeesAMixture) {
+    constexpr std::size_t kSize = 100'000;
+    const auto path = folder / "f";
+    ASSERT_TRUE(files->writeAtomically(path, std::string(kSize, '0')));
+    std::atomic<int> failures = 0;
+    std::atomic<int> working = 4;
+    std::vector<std::thread> writers;
+    for (char letter = '1'; letter <= '4'; ++letter) {
+        writers.emplace_back([&, letter] {
+            for (int i = 0; i < 10; ++i) {
+                if (!files->writeAtomically(path, std::string(kSize, letter))) ++failures;
+            }
+            --working;
+        });
+    }
+    while (working > 0) {
+        const auto seen = files->read(path);
+        if (!seen || *seen != std::string(kSize, seen->front())) ++failures;
+    }
+    for (auto& writer : writers) writer.join();
+    EXPECT_EQ(failures, 0);
+    EXPECT_EQ(folder.names(), std::vector<std::string>{"f"});
+}
+
+// --- known folders -------------------------------------------------------------------------------
+
+/// Brings a variable back to what it was.
+class ScopedVariable {
+public:
+    explicit ScopedVariable(std::string name) : m_name(std::move(name)) {
+        if (const char* value = getenv(m_name.c_str())) m_before = value;
+    }
+    ScopedVariable(const ScopedVariable&) = delete;
+    ScopedVariable& operator=(const ScopedVariable&) = delete;
+    ~ScopedVariable() { set(m_before); }
+
+    void set(const std::optional<std::string>& value) {
+        if (value) {
+            setenv(m_name.c_str(), value->c_str(), 1);
+        } else {
+            unsetenv(m_name.c_str());
+        }
+    }
+
+private:
+    std::string m_name;
+    std::optional<std::string> m_before;
+};
+
+TEST_F(PosixFileSystemTest, TemporaryFolderFollowsTheVariable) {
+    ScopedVariable variable("TMPDIR");
+    struct Case {
+        std::optional<std::string> value;
+        std::string folder;
+    };
+    for (const auto& test : std::vector<Case>{
+             {"/var/folders/a/T/", "/var/folders/a/T/"},
+             {"/var/folders/a/T", "/var/folders/a/T/"},
+             {"/", "/"},
+             {"", "/tmp/"},
+             {"relative", "/tmp/"},
+             {std::nullopt, "/tmp/"},
+         }) {
+        variable.set(test.value);
+        EXPECT_EQ(files->temporaryDirectory().string(), test.folder);
+    }
+}
+
+TEST_F(PosixFileSystemTest, HomeFolderIsTheAccountsWhateverTheVariableSays) {
+    ScopedVariable variable("HOME");
+    variable.set("/somewhere/else");
+    const passwd* record = getpwuid(getuid());
+    const fs::path expected = record == nullptr ? "" : record->pw_dir;
+    EXPECT_EQ(files->homeDirectoryForCurrentUser(), expected);
+    EXPECT_NE(files->homeDirectoryForCurrentUser(), "/somewhere/else");
+}
+
+} // namespace
+} // namespace kelvane
