@@ -1,0 +1,193 @@
+#include "eval/eval_bridge.h"
+
+#include "eval/service_address.h"
+#include "eval/service_json.h"
+#include "platform/ports/clock.h"
+#include "platform/ports/environment.h"
+#include "platform/ports/file_system.h"
+#include "platform/ports/http_session.h"
+#include "text/unicode.h"
+
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <cassert>
+#include <chrono>
+#include <cmath>
+#include <cstddef>
+#include <utility>
+
+namespace kelvane::EvalBridge {
+
+namespace {
+
+using nlohmann::json;
+using namespace std::chrono_literals;
+
+constexpr std::size_t kLongestIntent = 4000; // characters
+constexpr std::chrono::milliseconds kRequestTimeout = 30s;
+constexpr std::chrono::nanoseconds kFirstInterval = 1500ms;
+constexpr std::chrono::nanoseconds kLastGrowingInterval = 5s;
+constexpr std::chrono::nanoseconds kIntervalGrowth = 1s;
+
+constexpr const char* kUnreachable = "could not reach the eval API";
+
+// What an HTTP error says of itself, in words for people.
+std::string errorText(int status, const json& object) {
+    const std::string suffix = " (HTTP " + std::to_string(status) + ")";
+    if (status == 401 || status == 403) return "not authorized — check your Trevix key" + suffix;
+    if (auto detail = service_json::string(object, "detail")) return *std::move(detail);
+    if (auto message = service_json::string(object, "message")) return *std::move(message);
+    return "eval API error" + suffix;
+}
+
+// One exchange with the service, `path` being relative to the base URL. Absent when the service
+// could not be reached or its success was not a JSON object; an HTTP error is an object with the
+// key "error".
+std::optional<json> request(const Ports& ports, const char* method, const std::string& path,
+                            const std::string& key, const std::optional<json>& object) {
+    HttpRequest request{.method = method,
+                        .url = base(ports.environment) + path,
+                        .headers = {{"Authorization", "Bearer " + key},
+                                    {"Accept", "application/json"},
+                                    {"User-Agent", "Kelvane-Companion"}},
+                        .body = std::nullopt,
+                        .timeout = kRequestTimeout};
+    if (object) {
+        request.headers.emplace_back("Content-Type", "application/json");
+        request.body = service_json::compact(*object);
+    }
+    const std::optional<HttpResponse> response = ports.http.send(request);
+    if (!response) return std::nullopt;
+
+    std::optional<json> answer = service_json::parseObject(response->body);
+    if (response->status < 400) return answer;
+    if (!answer) answer = json::object();
+    if (!answer->contains("error")) (*answer)["error"] = errorText(response->status, *answer);
+    return answer;
+}
+
+json jsonOf(const std::vector<ArtifactPart>& parts) {
+    json array = json::array();
+    for (const ArtifactPart& part : parts) array.push_back(part.json());
+    return array;
+}
+
+std::string cutIntent(const std::string& intent) {
+    return std::string(text::firstCharacters(intent, kLongestIntent));
+}
+
+std::vector<Flaw> fetchFlaws(const Ports& ports, const std::string& runId, const std::string& key) {
+    const auto answer = request(ports, "GET", "/api/v1/eval/runs/" + runId, key, std::nullopt);
+    if (!answer) return {};
+    const json* run = service_json::find(*answer, "run");
+    const json& holder = run && run->is_object() ? *run : *answer;
+    return parseFlaws(service_json::find(holder, "flaws"));
+}
+
+Verdict completed(const Ports& ports, const json& answer, const std::string& key) {
+    const auto runId = service_json::string(answer, "run_id");
+    Verdict verdict = verdictFrom(service_json::objectOrEmpty(answer, "result_summary"), runId);
+    if (verdict.flaws.empty() && runId) verdict.flaws = fetchFlaws(ports, *runId, key);
+    return verdict;
+}
+
+Verdict timedOut(double deadlineSec, bool warming) {
+    const auto seconds = static_cast<long long>(deadlineSec);
+    Verdict verdict = Verdict::failure("grade timed out after " + std::to_string(seconds) + "s");
+    verdict.warming = warming;
+    return verdict;
+}
+
+bool saysWarming(const json& answer) {
+    const json* warming =
+        service_json::find(service_json::objectOrEmpty(answer, "progress"), "warming");
+    return warming && warming->is_boolean() && warming->get<bool>();
+}
+
+Verdict poll(const Ports& ports, const std::string& jobId, const std::string& key,
+             double deadlineSec) {
+    const Instant start = ports.clock.now();
+    const auto deadlinePassed = [&] {
+        const std::chrono::duration<double> elapsed = ports.clock.now() - start;
+        return elapsed.count() >= deadlineSec;
+    };
+    std::chrono::nanoseconds interval = kFirstInterval;
+    bool warming = false;
+
+    while (!deadlinePassed()) {
+        const auto answer = request(ports, "GET", "/api/v1/eval/jobs/" + jobId, key, std::nullopt);
+        if (answer) {
+            const std::string status =
+                text::lowercased(service_json::string(*answer, "status").value_or(""));
+            if (status == "completed") return completed(ports, *answer, key);
+            if (status == "failed" || status == "cancelled") {
+                return Verdict::failure(
+                    service_json::string(*answer, "error").value_or("grade " + status));
+            }
+            warming = warming || saysWarming(*answer);
+        }
+        // Nobody will see this verdict; what matters is to be gone.
+        if (ports.clock.sleep(interval) == SleepEnd::Quitting) {
+            return Verdict::failure(kUnreachable);
+        }
+        // Past the deadline there is no next wait, so how long it would have been is no matter.
+        if (answer) interval = std::min(interval, kLastGrowingInterval) + kIntervalGrowth;
+    }
+    return timedOut(deadlineSec, warming);
+}
+
+} // namespace
+
+std::optional<std::string> apiKey(Environment& environment, FileSystem& files,
+                                  const std::filesystem::path& home) {
+    if (auto key = environment.get("BRASK_API_KEY"); key && !key->empty()) return key;
+    const auto content = files.read(home / ".brask" / "key");
+    if (!content || !text::isValidUtf8(*content)) return std::nullopt;
+    const std::string_view key = text::trimmedWhitespaceAndNewlines(*content);
+    if (key.empty()) return std::nullopt;
+    return std::string(key);
+}
+
+std::string base(Environment& environment) {
+    const std::string address =
+        environment.get("BRASK_API_BASE").value_or(std::string(kServiceBase));
+    std::string_view trimmed = text::trimmedBlanks(address);
+    while (trimmed.ends_with('/')) trimmed.remove_suffix(1);
+    return std::string(trimmed);
+}
+
+Verdict grade(const Ports& ports, const std::vector<ArtifactPart>& parts,
+              const std::string& modality, const std::optional<std::string>& vertical,
+              const std::optional<std::string>& policyId, const std::string& intent,
+              const std::string& key, double deadlineSec) {
+    assert(std::isfinite(deadlineSec));
+    json submission = {{"submission", "async"},
+                       {"modality", modality},
+                       {"user_prompt", cutIntent(intent)},
+                       {"artifact_parts", jsonOf(parts)}};
+    if (vertical) submission["vertical"] = *vertical;
+    if (policyId && !policyId->empty()) submission["policy_id"] = *policyId;
+
+    const auto answer = request(ports, "POST", "/api/v1/eval/jobs", key, submission);
+    if (!answer) return Verdict::failure(kUnreachable);
+    const auto jobId = service_json::string(*answer, "job_id");
+    if (jobId) return poll(ports, *jobId, key, deadlineSec);
+    return Verdict::failure(
+        service_json::string(*answer, "error").value_or("no job_id in response"));
+}
+
+Verdict iterate(const Ports& ports, const std::string& runId,
+                const std::vector<ArtifactPart>& parts, const std::string& intent,
+                const std::string& key) {
+    const json revision = {{"decision", "re_prompt"},
+                           {"user_prompt", cutIntent(intent)},
+                           {"new_artifact_parts", jsonOf(parts)}};
+    const auto answer =
+        request(ports, "POST", "/api/v1/eval/runs/" + runId + "/iterate", key, revision);
+    if (!answer) return Verdict::failure(kUnreachable);
+    const json& iteration = service_json::objectOrEmpty(*answer, "iteration");
+    return verdictFrom(service_json::objectOrEmpty(iteration, "critic_verdict"), runId);
+}
+
+} // namespace kelvane::EvalBridge

@@ -1,0 +1,62 @@
+// What does the evaluation service say of this work?
+//
+// `grade` submits a job, polls it to its end and returns the verdict; `iterate` sends a revised
+// version against an earlier run. Both block (a grade for minutes, while the grader warms up) and
+// belong on a background thread. Neither throws: every failure is a verdict with its `error` set.
+// Nothing is kept between calls, and the environment is read again for every request. An answer
+// that is not UTF-8, holds a NUL byte or nests deeper than any honest one counts as no JSON. When
+// the program quits, a grade returns at its next wait, as if the service could not be reached.
+
+#pragma once
+
+#include "eval/artifact.h"
+#include "eval/verdict.h"
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace kelvane {
+
+class Clock;
+class Environment;
+class FileSystem;
+class HttpSession;
+
+namespace EvalBridge {
+
+struct Ports {
+    Environment& environment;
+    HttpSession& http;
+    Clock& clock;
+};
+
+inline constexpr double kDeadlineSec = 420;
+
+/// The service's key: BRASK_API_KEY as it stands when it is set and not empty, else the trimmed
+/// content of ".brask/key" under `home`. Absent when neither gives one.
+[[nodiscard]] std::optional<std::string> apiKey(Environment& environment, FileSystem& files,
+                                                const std::filesystem::path& home);
+
+/// The service's base URL, without a slash at its end: BRASK_API_BASE when set, even to nothing,
+/// else the built-in one.
+[[nodiscard]] std::string base(Environment& environment);
+
+/// Grades the parts. An absent `vertical` is not sent, an empty one is; an empty `policyId` is not
+/// sent. The deadline is in seconds, checked before each status request, and must be finite.
+[[nodiscard]] Verdict grade(const Ports& ports, const std::vector<ArtifactPart>& parts,
+                            const std::string& modality, const std::optional<std::string>& vertical,
+                            const std::optional<std::string>& policyId, const std::string& intent,
+                            const std::string& key, double deadlineSec = kDeadlineSec);
+
+/// Grades a revised version of an earlier run's work. One request: it does not poll, does not fetch
+/// flaws, and an HTTP error comes back as a verdict `unknown` without an error text.
+[[nodiscard]] Verdict iterate(const Ports& ports, const std::string& runId,
+                              const std::vector<ArtifactPart>& parts, const std::string& intent,
+                              const std::string& key);
+
+} // namespace EvalBridge
+
+} // namespace kelvane

@@ -1,0 +1,51 @@
+#include "eval/service_json.h"
+
+#include "text/json_shape.h"
+
+#include <nlohmann/json.hpp>
+
+#include <utility>
+
+namespace kelvane::service_json {
+
+std::optional<nlohmann::json> parseObject(std::string_view body) {
+    const auto shape = text::jsonShape(body);
+    if (shape.hasNul || shape.depth > text::kDeepestJson) return std::nullopt;
+    nlohmann::json value = nlohmann::json::parse(body, nullptr, /*allow_exceptions=*/false);
+    if (!value.is_object()) return std::nullopt;
+    return value;
+}
+
+std::optional<std::string> compact(const nlohmann::json& value) {
+    try {
+        return value.dump();
+    } catch (const nlohmann::json::type_error&) {
+        return std::nullopt;
+    }
+}
+
+const nlohmann::json* find(const nlohmann::json& object, const char* key) {
+    if (!object.is_object()) return nullptr;
+    const auto found = object.find(key);
+    return found == object.end() ? nullptr : &*found;
+}
+
+std::optional<std::string> string(const nlohmann::json& object, const char* key) {
+    const nlohmann::json* value = find(object, key);
+    if (!value || !value->is_string()) return std::nullopt;
+    return value->get<std::string>();
+}
+
+std::optional<double> number(const nlohmann::json& object, const char* key) {
+    const nlohmann::json* value = find(object, key);
+    if (!value || !value->is_number()) return std::nullopt;
+    return value->get<double>();
+}
+
+const nlohmann::json& objectOrEmpty(const nlohmann::json& object, const char* key) {
+    static const nlohmann::json kEmpty = nlohmann::json::object();
+    const nlohmann::json* value = find(object, key);
+    return value && value->is_object() ? *value : kEmpty;
+}
+
+} // namespace kelvane::service_json

@@ -1,0 +1,104 @@
+#include "eval/verdict.h"
+
+#include "eval/service_json.h"
+#include "text/unicode.h"
+
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <array>
+#include <initializer_list>
+#include <utility>
+
+namespace kelvane {
+
+namespace {
+
+constexpr std::array kBands{Band::ship, Band::route_to_fix, Band::quarantine, Band::block,
+                            Band::unknown};
+constexpr std::array kMostSevereFirst{Band::block, Band::quarantine, Band::route_to_fix,
+                                      Band::ship};
+
+std::string firstString(const nlohmann::json& object, std::initializer_list<const char*> keys) {
+    for (const char* key : keys) {
+        if (auto text = service_json::string(object, key)) return *std::move(text);
+    }
+    return {};
+}
+
+} // namespace
+
+std::string_view rawValue(Band band) {
+    switch (band) {
+    case Band::ship:
+        return "ship";
+    case Band::route_to_fix:
+        return "route_to_fix";
+    case Band::quarantine:
+        return "quarantine";
+    case Band::block:
+        return "block";
+    case Band::unknown:
+        break;
+    }
+    return "unknown";
+}
+
+std::optional<Band> bandFromRawValue(std::string_view raw) {
+    const auto found = std::find_if(kBands.begin(), kBands.end(),
+                                    [&](Band band) { return rawValue(band) == raw; });
+    if (found == kBands.end()) return std::nullopt;
+    return *found;
+}
+
+Band parseBand(const std::optional<std::string>& text) {
+    return bandFromRawValue(text::lowercased(text.value_or(""))).value_or(Band::unknown);
+}
+
+bool clears(Band band) {
+    return band == Band::ship;
+}
+
+int rank(Band band) {
+    const auto found = std::find(kMostSevereFirst.begin(), kMostSevereFirst.end(), band);
+    if (found == kMostSevereFirst.end()) return -1;
+    return static_cast<int>(found - kMostSevereFirst.begin());
+}
+
+Verdict Verdict::failure(std::string message) {
+    Verdict verdict;
+    verdict.error = std::move(message);
+    return verdict;
+}
+
+namespace EvalBridge {
+
+std::vector<Flaw> parseFlaws(const nlohmann::json* value) {
+    if (!value || !value->is_array()) return {};
+    if (!std::all_of(value->begin(), value->end(), [](const auto& e) { return e.is_object(); })) {
+        return {};
+    }
+    std::vector<Flaw> flaws;
+    flaws.reserve(value->size());
+    for (const nlohmann::json& object : *value) {
+        flaws.push_back({text::uppercased(firstString(object, {"severity"})),
+                         firstString(object, {"criterion", "name"}),
+                         firstString(object, {"detail", "evidence", "description"})});
+    }
+    return flaws;
+}
+
+Verdict verdictFrom(const nlohmann::json& summary, std::optional<std::string> runId) {
+    Verdict verdict;
+    auto band = service_json::string(summary, "band");
+    if (!band) band = service_json::string(summary, "decision");
+    verdict.band = parseBand(band);
+    verdict.score = service_json::number(summary, "score");
+    verdict.flaws = parseFlaws(service_json::find(summary, "flaws"));
+    verdict.runId = std::move(runId);
+    return verdict;
+}
+
+} // namespace EvalBridge
+
+} // namespace kelvane

@@ -1,0 +1,76 @@
+// What did the grader decide?
+//
+// The band comes from the service and is never derived from the score. The two conversions at the
+// end read the service's loosely typed answers: a value of the wrong type counts as missing, and
+// nothing throws. Plain values; any thread.
+
+#pragma once
+
+#include <nlohmann/json_fwd.hpp>
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace kelvane {
+
+/// One itemised finding.
+struct Flaw {
+    std::string severity; ///< In capitals when it came from the service.
+    std::string criterion;
+    std::string detail;
+
+    bool operator==(const Flaw&) const = default;
+};
+
+enum class Band {
+    ship,
+    route_to_fix,
+    quarantine,
+    block,
+    unknown,
+};
+
+[[nodiscard]] std::string_view rawValue(Band band);
+
+/// The band with exactly this name, or nothing. Case-sensitive.
+[[nodiscard]] std::optional<Band> bandFromRawValue(std::string_view raw);
+
+/// The band of a text from the service, whatever its case; `unknown` for an absent text and for
+/// anything that is no band.
+[[nodiscard]] Band parseBand(const std::optional<std::string>& text);
+
+/// Whether the work clears the user's bar: only `ship` does.
+[[nodiscard]] bool clears(Band band);
+
+/// The place in the order of severity, most severe first: `block` 0, `quarantine` 1,
+/// `route_to_fix` 2, `ship` 3. -1 for `unknown`, which has no place in it.
+[[nodiscard]] int rank(Band band);
+
+struct Verdict {
+    Band band = Band::unknown;
+    std::optional<double> score;      ///< Absent when the service gave none.
+    std::vector<Flaw> flaws;          ///< In the service's order.
+    std::optional<std::string> runId; ///< Needed to iterate on the run.
+    bool warming = false; ///< Only on a time-out: the grader had said that it was warming up.
+    std::optional<std::string> error; ///< Present only on failure, for people.
+
+    bool operator==(const Verdict&) const = default;
+
+    [[nodiscard]] static Verdict failure(std::string message);
+};
+
+namespace EvalBridge {
+
+/// The flaws in a JSON array of objects, all of them, in order. Empty when `value` is null or
+/// anything else than an array whose every element is an object. Texts are kept as they came,
+/// control characters included: whoever shows them makes them harmless.
+[[nodiscard]] std::vector<Flaw> parseFlaws(const nlohmann::json* value);
+
+/// The verdict in a summary of the service. Absent keys leave their fields empty.
+[[nodiscard]] Verdict verdictFrom(const nlohmann::json& summary, std::optional<std::string> runId);
+
+} // namespace EvalBridge
+
+} // namespace kelvane
