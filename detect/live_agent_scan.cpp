@@ -1,0 +1,55 @@
+#include "detect/live_agent_scan.h"
+
+#include "platform/ports/process_runner.h"
+#include "platform/ports/workspace.h"
+#include "text/unicode.h"
+
+#include <utility>
+
+namespace kelvane::LiveAgentScan {
+
+namespace {
+
+/// What stands after the last slash that has something after it; the whole line when nothing but
+/// slashes is in it.
+std::string_view lastPiece(std::string_view line) {
+    const std::size_t last = line.find_last_not_of('/');
+    if (last == std::string_view::npos) return line;
+    line = line.substr(0, last + 1);
+    return line.substr(line.rfind('/') + 1); // from the start when there is no slash
+}
+
+} // namespace
+
+std::set<std::string> processNames(std::string_view listing) {
+    std::set<std::string> names;
+    while (!listing.empty()) {
+        const std::size_t end = listing.find('\n');
+        const std::string_view line = listing.substr(0, end);
+        listing.remove_prefix(end == std::string_view::npos ? listing.size() : end + 1);
+        std::string name = text::lowercased(text::trimmedBlanks(lastPiece(line)));
+        if (!name.empty()) names.insert(std::move(name));
+    }
+    return names;
+}
+
+std::set<std::string> runningProcessNames(ProcessRunner& processes) {
+    const auto result = processes.run({
+        .program = "/bin/ps",
+        .arguments = {"-axo", "comm="},
+        .output = ProcessOutput::Capture,
+    });
+    if (!result || !text::isValidUtf8(result->output)) return {};
+    return processNames(result->output);
+}
+
+std::vector<DetectedAgent> scan(const Ports& ports, const std::set<std::string>& configPresent,
+                                const std::set<std::string>& wired) {
+    std::set<std::string> bundleIds;
+    for (RunningApp& app : ports.workspace.runningApplications()) {
+        if (app.bundleId) bundleIds.insert(std::move(*app.bundleId));
+    }
+    return AgentScan::detect(bundleIds, runningProcessNames(ports.processes), configPresent, wired);
+}
+
+} // namespace kelvane::LiveAgentScan

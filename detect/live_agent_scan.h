@@ -1,0 +1,42 @@
+// Which agents are on this machine right now?
+//
+// Gathers the running applications and the process list and hands them to `AgentScan::detect`.
+// Nothing fails: without a process list, agents are still found by bundle identifier and
+// configuration.
+
+#pragma once
+
+#include "detect/agent_scan.h"
+
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace kelvane {
+
+class ProcessRunner;
+class Workspace;
+
+namespace LiveAgentScan {
+
+struct Ports {
+    Workspace& workspace;
+    ProcessRunner& processes;
+};
+
+/// Starts "/bin/ps" and waits for it. Keeps nothing between calls.
+[[nodiscard]] std::vector<DetectedAgent> scan(const Ports& ports,
+                                              const std::set<std::string>& configPresent,
+                                              const std::set<std::string>& wired);
+
+/// The base names of all processes, trimmed of blanks and lower-cased. Empty when the list could
+/// not be had or is not UTF-8.
+[[nodiscard]] std::set<std::string> runningProcessNames(ProcessRunner& processes);
+
+/// The names in one process listing, a command path a line. Pure.
+[[nodiscard]] std::set<std::string> processNames(std::string_view listing);
+
+} // namespace LiveAgentScan
+
+} // namespace kelvane
