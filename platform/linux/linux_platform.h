@@ -1,0 +1,31 @@
+// The ports that a Linux desktop answers, made for the session this program runs in.
+
+#pragma once
+
+#include "platform/ports/clock.h"
+#include "platform/ports/environment.h"
+#include "platform/ports/keyboard.h"
+#include "platform/ports/pasteboard.h"
+#include "platform/ports/window_list.h"
+#include "platform/ports/window_picture.h"
+#include "platform/ports/workspace.h"
+
+#include <memory>
+
+namespace kelvane {
+
+/// None of them is ever null. Without a display each gives its absent answer, at once.
+struct LinuxDesktop {
+    std::unique_ptr<Workspace> workspace;
+    std::unique_ptr<Keyboard> keyboard;
+    std::unique_ptr<Pasteboard> pasteboard;
+    std::unique_ptr<WindowList> windowList;
+    std::unique_ptr<WindowPicture> windowPicture;
+};
+
+/// Connects to the display that `environment` names. The environment is read now and never again;
+/// `clock` must outlive what is made. A display that goes away later does not come back: start
+/// again to use another one.
+[[nodiscard]] LinuxDesktop makeLinuxDesktop(Environment& environment, Clock& clock);
+
+} // namespace kelvane
