@@ -1,0 +1,185 @@
+#include "app/companion_model.h"
+
+#include "app/process_settings.h"
+#include "detect/harness_config.h"
+#include "detect/live_agent_scan.h"
+#include "platform/ports/dispatcher.h"
+#include "platform/ports/environment.h"
+#include "platform/ports/workspace.h"
+
+#include <utility>
+
+namespace kelvane {
+
+namespace {
+
+EvalBridge::Ports evalPorts(const CompanionModel::Ports& ports) {
+    return {.environment = ports.environment, .http = ports.http, .clock = ports.clock};
+}
+
+bool hasWork(const CaptureResult& capture) {
+    return capture.ok && !capture.parts.empty();
+}
+
+} // namespace
+
+CompanionModel::CompanionModel(Ports ports, const AppCatalog& catalogToUse,
+                               std::filesystem::path homeFolder)
+    : catalog(catalogToUse),
+      home(std::move(homeFolder)),
+      m_ports(std::move(ports)),
+      m_alive(std::make_shared<const bool>(true)) {}
+
+CompanionModel::~CompanionModel() = default;
+
+Subscription CompanionModel::observeWillChange(std::function<void()> observer) {
+    return m_willChange.add(std::move(observer));
+}
+
+void CompanionModel::refresh() {
+    const auto front = m_ports.workspace.frontmost();
+    const std::string bundleId = front ? front->bundleId.value_or("") : "";
+    if (!bundleId.empty() && bundleId != kBundleID) {
+        detected = AppDetector::resolve(front->bundleId, front->name, catalog);
+        if (const auto& app = detected->app) {
+            history = WorkflowInfer::append(std::move(history), {.appId = app->id,
+                                                                 .name = app->name,
+                                                                 .category = app->category,
+                                                                 .modality = app->primaryModality});
+        }
+    }
+    agents = LiveAgentScan::scan({.workspace = m_ports.workspace, .processes = m_ports.processes},
+                                 HarnessConfig::present(m_ports.files, home),
+                                 HarnessConfig::wired(m_ports.files, home));
+    hasKey = EvalBridge::apiKey(m_ports.environment, m_ports.files, home).has_value();
+    workflow = WorkflowInfer::infer(history, detected->app);
+}
+
+void CompanionModel::grade() {
+    if (!detected->app) return;
+    auto key = EvalBridge::apiKey(m_ports.environment, m_ports.files, home);
+    if (!key) return;
+
+    grading = true;
+    verdict = std::nullopt;
+    note = std::nullopt;
+
+    captureInTurn(*detected, [this, app = *detected->app,
+                              key = std::move(*key)](CaptureResult capture) {
+        if (!hasWork(capture)) {
+            grading = false;
+            note = capture.note ? capture.note : "Couldn't capture anything to grade.";
+            return;
+        }
+        note = capture.note;
+        publishVerdict([ports = evalPorts(m_ports), capture = std::move(capture), app, key,
+                        policyId = m_ports.environment.get("BRASK_POLICY_ID")] {
+            return EvalBridge::grade(ports, capture.parts, capture.modality, app.vertical, policyId,
+                                     "Validate this " + app.name + " work before it ships.", key);
+        });
+    });
+}
+
+void CompanionModel::iterate() {
+    if (!verdict.get() || !verdict.get()->runId) return;
+    auto key = EvalBridge::apiKey(m_ports.environment, m_ports.files, home);
+    if (!key) return;
+
+    grading = true;
+
+    captureInTurn(*detected, [this, runId = *verdict.get()->runId,
+                              key = std::move(*key)](CaptureResult capture) {
+        if (!hasWork(capture)) {
+            grading = false;
+            note = capture.note;
+            return;
+        }
+        publishVerdict([ports = evalPorts(m_ports), parts = std::move(capture.parts), runId, key] {
+            return EvalBridge::iterate(ports, runId, parts, "Re-grade after fixing the flaws.",
+                                       key);
+        });
+    });
+}
+
+void CompanionModel::captureInTurn(DetectedApp app, Continuation then) {
+    m_captures.emplace_back(std::move(app), std::move(then));
+    if (m_captures.size() == 1) startNextCapture();
+}
+
+void CompanionModel::startNextCapture() {
+    m_ports.dispatcher.background([this, capture = m_ports.capture,
+                                   &dispatcher = m_ports.dispatcher, app = m_captures.front().first,
+                                   alive = std::weak_ptr(m_alive)] {
+        auto result = capture(app);
+        dispatcher.main([this, alive, result = std::move(result)]() mutable {
+            if (alive.expired()) return;
+            const auto then = std::move(m_captures.front().second);
+            m_captures.pop_front();
+            if (!m_captures.empty()) startNextCapture();
+            then(std::move(result));
+        });
+    });
+}
+
+void CompanionModel::publishVerdict(std::function<Verdict()> work) {
+    m_ports.dispatcher.background([this, &dispatcher = m_ports.dispatcher, work = std::move(work),
+                                   alive = std::weak_ptr(m_alive)] {
+        dispatcher.main([this, alive, result = work()]() mutable {
+            if (alive.expired()) return;
+            verdict = std::move(result);
+            grading = false;
+        });
+    });
+}
+
+void CompanionModel::seedDemo() {
+    if (const auto* figma = catalog.appForBundleId("com.figma.Desktop")) {
+        detected =
+            DetectedApp{.rawBundleId = "com.figma.Desktop", .rawName = "Figma", .app = *figma};
+    }
+    hasKey = true;
+    agents = std::vector<DetectedAgent>{
+        {.id = "claude_code",
+         .name = "Claude Code",
+         .kind = AgentKind::codingHarness,
+         .running = true,
+         .present = true,
+         .wired = true},
+        {.id = "codex",
+         .name = "Codex",
+         .kind = AgentKind::codingHarness,
+         .running = true,
+         .present = true,
+         .wired = true},
+        {.id = "cursor",
+         .name = "Cursor",
+         .kind = AgentKind::codingHarness,
+         .running = false,
+         .present = true,
+         .wired = false},
+        {.id = "ollama",
+         .name = "Ollama",
+         .kind = AgentKind::localModel,
+         .running = true,
+         .present = true,
+         .wired = std::nullopt},
+    };
+    verdict = Verdict{
+        .band = Band::route_to_fix,
+        .score = 0.62,
+        .flaws = {{"HIGH", "contrast",
+                   "Primary CTA text fails AA contrast (3.1:1) on the teal fill."},
+                  {"MEDIUM", "hierarchy",
+                   "Two competing H1s on the hero — the eye has no single entry point."},
+                  {"LOW", "spacing", "Card grid gutters drift 16→20px between rows."}},
+        .runId = "demo-run",
+        .warming = false,
+        .error = std::nullopt,
+    };
+    workflow =
+        WorkflowState{.node = "design",
+                      .pipeline = {{"Obsidian", "text"}, {"Figma", "ui_ux"}, {"VS Code", "code"}},
+                      .multiModal = true};
+}
+
+} // namespace kelvane

@@ -1,0 +1,118 @@
+// Everything the panel shows, and the three things a user can do with it.
+//
+// One instance for the whole process, on the main thread: every member is called there and every
+// property read and written there. `refresh` does its work before it returns; `grade` and `iterate`
+// return at once and go on in the background, coming back to the main thread to assign. Captures
+// never overlap, however often a grade is asked for: the next waits until the last has ended.
+
+#pragma once
+
+#include "app/published.h"
+#include "catalog/app_catalog.h"
+#include "detect/agent_scan.h"
+#include "detect/app_detector.h"
+#include "detect/capture.h"
+#include "detect/workflow_infer.h"
+#include "eval/eval_bridge.h"
+#include "eval/verdict.h"
+
+#include <deque>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace kelvane {
+
+class Clock;
+class Dispatcher;
+class Environment;
+class FileSystem;
+class HttpSession;
+class ProcessRunner;
+class Workspace;
+
+class CompanionModel {
+public:
+    /// What the model uses of the world. Everything must outlive each job that the model has handed
+    /// to the dispatcher.
+    struct Ports {
+        Workspace& workspace;
+        ProcessRunner& processes;
+        FileSystem& files;
+        Environment& environment;
+        HttpSession& http;
+        Clock& clock;
+        Dispatcher& dispatcher;
+        /// `Capture::capture` over the platform. Called in the background, never twice at once.
+        std::function<CaptureResult(const DetectedApp&)> capture;
+    };
+
+    /// Stores its arguments. It scans and looks up nothing; the first `refresh` fills the state.
+    CompanionModel(Ports ports, const AppCatalog& catalog, std::filesystem::path home);
+    ~CompanionModel();
+    CompanionModel(const CompanionModel&) = delete;
+    CompanionModel& operator=(const CompanionModel&) = delete;
+
+private:
+    // Declared before the properties that notify through it.
+    WillChange m_willChange;
+
+public:
+    Published<DetectedApp> detected{m_willChange}; ///< The last real application in front.
+    Published<std::vector<DetectedAgent>> agents{m_willChange}; ///< As of the last refresh.
+    Published<WorkflowState> workflow{m_willChange};
+    Published<std::optional<Verdict>> verdict{m_willChange};  ///< Of the last grade or iterate.
+    Published<bool> grading{m_willChange};                    ///< A grade or iterate is in flight.
+    Published<std::optional<std::string>> note{m_willChange}; ///< A remark on the last capture.
+    Published<bool> hasKey{m_willChange};                     ///< A service key is available.
+
+    const AppCatalog catalog;
+    const std::filesystem::path home;
+    std::vector<WorkflowEvent> history; ///< Oldest first, at most six.
+
+    // What the shell fills in and the panel calls. Each does nothing until it is filled in.
+    std::function<void()> onWire = [] {};
+    std::function<void()> onGetKey = [] {};
+    std::function<void()> onUninstall = [] {};
+    std::function<void()> onQuit = [] {};
+    std::function<void(const std::string& runId)> onOpenReport = [](const std::string&) {};
+
+    /// Called before any published property changes.
+    [[nodiscard]] Subscription observeWillChange(std::function<void()> observer);
+
+    /// Looks again: the application in front, the agents, the key, the workflow. While this program
+    /// itself, or nothing, is in front, `detected` and `history` stay as they are, so that the
+    /// panel goes on describing the application the user came from.
+    void refresh();
+
+    /// Captures and grades the work in the detected application. Does nothing when the catalog does
+    /// not know that application or there is no key.
+    void grade();
+
+    /// Captures again and grades the result as a revision of the run in `verdict`. The old verdict
+    /// stays until the new one is there. Does nothing without a run to iterate on or without a key.
+    void iterate();
+
+    /// Fills the state with the demonstration content.
+    void seedDemo();
+
+private:
+    using Continuation = std::function<void(CaptureResult)>;
+
+    /// Captures `app` in the background, after every capture asked for earlier, and hands the
+    /// result to `then` on the main thread.
+    void captureInTurn(DetectedApp app, Continuation then);
+    void startNextCapture();
+
+    /// Runs `work` in the background, then on the main thread assigns its verdict and ends grading.
+    void publishVerdict(std::function<Verdict()> work);
+
+    Ports m_ports;
+    std::deque<std::pair<DetectedApp, Continuation>> m_captures; ///< The first one is running.
+    std::shared_ptr<const bool> m_alive; ///< Jobs that outlive the model see it gone.
+};
+
+} // namespace kelvane

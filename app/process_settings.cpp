@@ -1,0 +1,110 @@
+#include "app/process_settings.h"
+
+#include "eval/service_address.h"
+#include "platform/ports/file_system.h"
+#include "platform/ports/process_runner.h"
+
+#include <algorithm>
+#include <utility>
+
+extern char** environ;
+
+namespace kelvane {
+
+const std::string_view kBundleID = "example.trevix.kelvane.menubar";
+
+namespace {
+
+std::vector<std::string>& recordedArgs() {
+    static std::vector<std::string> recorded;
+    return recorded;
+}
+
+} // namespace
+
+const std::string& kConnectURL() {
+    static const std::string url = std::string(kServiceBase) + "/connect?from=macos-app";
+    return url;
+}
+
+const std::string& kCatalogURL() {
+    static const std::string url = std::string(kServiceBase) + "/brask/app-catalog.json";
+    return url;
+}
+
+const std::vector<std::string>& args() {
+    return recordedArgs();
+}
+
+void recordArgs(int argc, const char* const* argv) {
+    recordedArgs().assign(argv, argv + argc);
+}
+
+const std::map<std::string, std::string>& kEnv() {
+    static const auto snapshot = [] {
+        std::map<std::string, std::string> variables;
+        for (char** entry = environ; entry != nullptr && *entry != nullptr; ++entry) {
+            const std::string_view text(*entry);
+            const auto equals = text.find('=');
+            if (equals == std::string_view::npos) continue;
+            variables.emplace(text.substr(0, equals), text.substr(equals + 1));
+        }
+        return variables;
+    }();
+    return snapshot;
+}
+
+bool kNoPersist() {
+    static const bool set = isSet(kEnv(), "BRASK_APP_NO_PERSIST");
+    return set;
+}
+
+bool kNoOpen() {
+    static const bool set = isSet(kEnv(), "BRASK_APP_NO_OPEN");
+    return set;
+}
+
+bool isSet(const std::map<std::string, std::string>& env, const std::string& name) {
+    return env.contains(name);
+}
+
+std::optional<std::string> argValue(std::string_view flag) {
+    return argValue(args(), flag);
+}
+
+std::optional<std::string> argValue(const std::vector<std::string>& args, std::string_view flag) {
+    const auto found = std::find(args.begin(), args.end(), flag);
+    if (found == args.end() || std::next(found) == args.end()) return std::nullopt;
+    return *std::next(found);
+}
+
+std::filesystem::path home(FileSystem& files) {
+    return home(kEnv(), files);
+}
+
+std::filesystem::path home(const std::map<std::string, std::string>& env, FileSystem& files) {
+    const auto found = env.find("HOME");
+    if (found != env.end() && !found->second.empty()) return found->second;
+    return files.homeDirectoryForCurrentUser();
+}
+
+std::filesystem::path braskHome(FileSystem& files) {
+    return braskHome(home(files));
+}
+
+std::filesystem::path braskHome(const std::filesystem::path& home) {
+    return home / ".brask";
+}
+
+std::int32_t sh(ProcessRunner& processes, std::string_view command) {
+    const auto result = processes.run({.program = "/bin/sh",
+                                       .arguments = {"-lc", std::string(command)},
+                                       .output = ProcessOutput::Inherit});
+    return result ? result->status : -1;
+}
+
+bool hasPython3(ProcessRunner& processes) {
+    return sh(processes, "command -v python3 >/dev/null 2>&1") == 0;
+}
+
+} // namespace kelvane
