@@ -1,0 +1,42 @@
+// In which language is this code written?
+//
+// Told by the extension of the name when it says so; work that was copied from an editor is called
+// "<something>.txt", and then by what stands in it. A guess that is not clear is `unknown`, and
+// rules that need to know stay silent.
+
+#pragma once
+
+#include <string_view>
+
+namespace trevix {
+
+enum class Language {
+    unknown,
+    c,
+    cpp,
+    csharp,
+    css,
+    go,
+    html,
+    java,
+    javascript,
+    json,
+    php,
+    python,
+    ruby,
+    rust,
+    shell,
+    sql,
+    typescript,
+    yaml,
+};
+
+[[nodiscard]] Language languageOf(std::string_view name, std::string_view text);
+
+/// Blocks in braces, comments with two slashes.
+[[nodiscard]] bool hasBraces(Language language);
+/// Data, markup and styles hold no statements.
+[[nodiscard]] bool hasStatements(Language language);
+[[nodiscard]] bool isScript(Language language); ///< JavaScript or TypeScript.
+
+} // namespace trevix
