@@ -1,0 +1,120 @@
+#include "service/command_line.h"
+
+#include "service/key_file.h"
+
+#include <charconv>
+#include <utility>
+
+namespace trevix {
+
+namespace {
+
+template <typename Number>
+std::optional<Number> numberIn(std::string_view text, Number least, Number most) {
+    Number value{};
+    const char* end = text.data() + text.size();
+    const auto parsed = std::from_chars(text.data(), end, value);
+    if (parsed.ec != std::errc() || parsed.ptr != end || value < least || value > most) {
+        return std::nullopt;
+    }
+    return value;
+}
+
+// An absent text means that the value was taken.
+std::optional<std::string> take(CommandLine& line, const std::string& option,
+                                const std::string& value) {
+    if (option == "--port") {
+        const auto port = numberIn<std::uint16_t>(value, 0, 65535);
+        if (!port) return "--port needs a number from 0 to 65535";
+        line.port = *port;
+    } else if (option == "--queue") {
+        const auto queue = numberIn<std::size_t>(value, 1, 4096);
+        if (!queue) return "--queue needs a number from 1 to 4096";
+        line.queue = *queue;
+    } else if (option == "--keep-days") {
+        const auto days = numberIn<int>(value, 0, 36500);
+        if (!days) return "--keep-days needs a number from 0 to 36500";
+        line.keepDays = *days;
+    } else if (value.empty()) {
+        return option + " needs a value";
+    } else if (option == "--data") {
+        line.data = value;
+    } else if (option == "--catalog") {
+        line.catalog = value;
+    } else {
+        if (!isUsableKey(value))
+            return "--key needs 8 to 512 visible ASCII characters without \"%\"";
+        line.key = value;
+    }
+    return std::nullopt;
+}
+
+} // namespace
+
+std::variant<CommandLine, UsageError> parseCommandLine(const std::vector<std::string>& arguments) {
+    CommandLine line;
+    for (std::size_t i = 0; i < arguments.size(); ++i) {
+        std::string option = arguments[i];
+        if (option == "--help" || option == "-h") {
+            line.action = CommandLine::Action::help;
+            return line;
+        }
+        if (option == "--version") {
+            line.action = CommandLine::Action::version;
+            return line;
+        }
+        if (option == "--print-key") {
+            line.action = CommandLine::Action::printKey;
+            continue;
+        }
+        std::optional<std::string> value;
+        if (const auto equals = option.find('='); equals != std::string::npos) {
+            value = option.substr(equals + 1);
+            option.resize(equals);
+        }
+        if (option != "--port" && option != "--data" && option != "--key" &&
+            option != "--catalog" && option != "--queue" && option != "--keep-days") {
+            return UsageError{"unknown option " + arguments[i]};
+        }
+        if (!value) {
+            if (++i == arguments.size()) return UsageError{option + " needs a value"};
+            value = arguments[i];
+        }
+        if (auto error = take(line, option, *value)) return UsageError{std::move(*error)};
+    }
+    return line;
+}
+
+std::string_view usageText() {
+    return R"(Usage: trevix-local [OPTION]...
+
+Judges work on this machine, for programs of this machine only: listens on 127.0.0.1.
+
+  --port N        port to listen on; 0 for any free one (default 8797)
+  --data DIR      where the key and the runs are kept
+                  (default ${XDG_DATA_HOME:-~/.local/share}/trevix-local)
+  --key KEY       use this key and do not write it down (other users of the machine can
+                  see it in the process list)
+  --catalog FILE  served as /brask/app-catalog.json (default: the one of the product)
+  --queue N       jobs that may wait (default 256)
+  --keep-days N   forget runs N days after their last version; 0 keeps them (default 365)
+  --print-key     print the key, making it when there is none yet, and exit
+  --help          print this and exit
+  --version       print the version and exit
+
+When it is ready it prints one line: trevix-local listening on http://127.0.0.1:PORT
+)";
+}
+
+std::optional<std::string> dataFolder(const std::optional<std::string>& data,
+                                      const std::optional<std::string>& xdgDataHome,
+                                      const std::optional<std::string>& home) {
+    if (data) return data;
+    if (xdgDataHome && !xdgDataHome->empty() && xdgDataHome->front() == '/') {
+        return *xdgDataHome + "/trevix-local";
+    }
+    if (home && !home->empty() && home->front() == '/') return *home + "/.local/share/trevix-local";
+    return std::nullopt;
+}
+
+} // namespace trevix

@@ -1,0 +1,53 @@
+// What was the service asked to do when it was started?
+//
+// Pure.
+
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+namespace trevix {
+
+constexpr std::uint16_t kDefaultPort = 8797;
+
+struct CommandLine {
+    enum class Action { serve, printKey, help, version };
+
+    Action action = Action::serve;
+    std::uint16_t port = kDefaultPort; ///< 0: any free one.
+    std::optional<std::string> data;
+    std::optional<std::string> key;
+    std::optional<std::string> catalog;
+    std::size_t queue = 256;
+    int keepDays = 365; ///< 0: for good.
+
+    bool operator==(const CommandLine&) const = default;
+};
+
+/// Why the arguments cannot be used, in one sentence.
+struct UsageError {
+    std::string text;
+
+    bool operator==(const UsageError&) const = default;
+};
+
+/// `arguments` without the program's name. An option's value follows it, or stands behind "=".
+[[nodiscard]] std::variant<CommandLine, UsageError>
+parseCommandLine(const std::vector<std::string>& arguments);
+
+[[nodiscard]] std::string_view usageText();
+
+/// The folder for key and runs: `data` when given, else "trevix-local" under `xdgDataHome` when
+/// that is an absolute path, else under ".local/share" of `home`. Absent when `home` is needed and
+/// is no absolute path either.
+[[nodiscard]] std::optional<std::string> dataFolder(const std::optional<std::string>& data,
+                                                    const std::optional<std::string>& xdgDataHome,
+                                                    const std::optional<std::string>& home);
+
+} // namespace trevix

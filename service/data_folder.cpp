@@ -1,0 +1,50 @@
+#include "service/data_folder.h"
+
+#include <cerrno>
+#include <cstring>
+#include <system_error>
+#include <utility>
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace trevix {
+
+std::variant<std::filesystem::path, FolderError>
+makeDataFolder(const std::filesystem::path& folder) {
+    std::error_code error;
+    std::filesystem::path whole = std::filesystem::absolute(folder, error).lexically_normal();
+    if (!whole.has_filename()) whole = whole.parent_path();
+    std::filesystem::path made;
+    for (const std::filesystem::path& step : whole) {
+        made /= step;
+        if (mkdir(made.c_str(), 0700) == 0 || std::filesystem::is_directory(made, error)) continue;
+        const int cause = errno;
+        return FolderError{"cannot make the folder " + made.string() + ": " + std::strerror(cause)};
+    }
+    return whole;
+}
+
+std::variant<FolderLock, FolderError> FolderLock::take(const std::filesystem::path& folder) {
+    const std::filesystem::path file = folder / "lock";
+    const int fd = open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);
+    if (fd < 0) return FolderError{file.string() + ": " + std::strerror(errno)};
+    FolderLock lock(fd);
+    if (flock(fd, LOCK_EX | LOCK_NB) != 0) {
+        if (errno == EWOULDBLOCK) {
+            return FolderError{"another trevix-local is using " + folder.string()};
+        }
+        return FolderError{file.string() + ": " + std::strerror(errno)};
+    }
+    return lock;
+}
+
+FolderLock::~FolderLock() {
+    if (m_fd >= 0) close(m_fd);
+}
+
+FolderLock::FolderLock(FolderLock&& other) noexcept : m_fd(std::exchange(other.m_fd, -1)) {}
+
+} // namespace trevix

@@ -1,0 +1,289 @@
+#include "service/http_api.h"
+
+#include "service/key_file.h"
+#include "service/report_page.h"
+#include "service/wire.h"
+
+#include <algorithm>
+#include <array>
+#include <fstream>
+#include <iterator>
+#include <system_error>
+#include <utility>
+
+namespace trevix {
+
+namespace {
+
+constexpr std::uintmax_t kLargestCatalog = std::uintmax_t{16} << 20U;
+
+enum class Route { submit, job, run, iterate, console, connect, index, catalog, health };
+
+struct Target {
+    Route route = Route::index;
+    std::string id;
+
+    [[nodiscard]] bool isPost() const { return route == Route::submit || route == Route::iterate; }
+};
+
+std::string lowered(std::string_view text) {
+    std::string lower(text);
+    std::transform(lower.begin(), lower.end(), lower.begin(),
+                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; });
+    return lower;
+}
+
+bool startsWith(std::string_view text, std::string_view prefix) {
+    return text.substr(0, prefix.size()) == prefix;
+}
+
+bool isId(std::string_view id) {
+    return !id.empty() && id.find('/') == std::string_view::npos;
+}
+
+std::optional<Target> targetOf(std::string_view path) {
+    constexpr std::string_view kJobs = "/api/v1/eval/jobs";
+    constexpr std::string_view kRuns = "/api/v1/eval/runs/";
+    constexpr std::string_view kIterate = "/iterate";
+    if (path == "/") return Target{Route::index, {}};
+    if (path == "/console") return Target{Route::console, {}};
+    if (path == "/connect") return Target{Route::connect, {}};
+    if (path == "/healthz") return Target{Route::health, {}};
+    if (path == "/brask/app-catalog.json") return Target{Route::catalog, {}};
+    if (path == kJobs) return Target{Route::submit, {}};
+    if (startsWith(path, kJobs) && path[kJobs.size()] == '/') {
+        const std::string_view id = path.substr(kJobs.size() + 1);
+        if (isId(id)) return Target{Route::job, std::string(id)};
+    }
+    if (startsWith(path, kRuns)) {
+        const std::string_view rest = path.substr(kRuns.size());
+        if (isId(rest)) return Target{Route::run, std::string(rest)};
+        if (rest.size() > kIterate.size() &&
+            rest.substr(rest.size() - kIterate.size()) == kIterate) {
+            const std::string_view id = rest.substr(0, rest.size() - kIterate.size());
+            if (isId(id)) return Target{Route::iterate, std::string(id)};
+        }
+    }
+    return std::nullopt;
+}
+
+bool needsKey(std::string_view path) {
+    return path == "/api" || startsWith(path, "/api/");
+}
+
+// Said of every answer: it is private, it is what it says it is, and nobody may frame it or learn
+// the address that a link in it was followed from.
+HttpAnswer guarded(HttpAnswer answer) {
+    answer.headers.emplace_back("Cache-Control", "no-store");
+    answer.headers.emplace_back("X-Content-Type-Options", "nosniff");
+    answer.headers.emplace_back("Referrer-Policy", "no-referrer");
+    answer.headers.emplace_back("X-Frame-Options", "DENY");
+    answer.headers.emplace_back("Cross-Origin-Resource-Policy", "same-origin");
+    return answer;
+}
+
+HttpAnswer jsonAnswer(int status, std::string body) {
+    return guarded({status, "application/json", std::move(body), {}});
+}
+
+HttpAnswer errorAnswer(int status, std::string_view text) {
+    return jsonAnswer(status, errorJson(text));
+}
+
+HttpAnswer pageAnswer(int status, Page page) {
+    HttpAnswer answer = guarded({status, "text/html; charset=utf-8", std::move(page.html), {}});
+    answer.headers.emplace_back("Content-Security-Policy", page.contentSecurityPolicy);
+    return answer;
+}
+
+HttpAnswer queueFull() {
+    HttpAnswer answer = errorAnswer(429, "too many jobs are waiting; try again in a while");
+    answer.headers.emplace_back("Retry-After", "5");
+    return answer;
+}
+
+HttpAnswer stopping() {
+    return errorAnswer(503, "the service is ending");
+}
+
+} // namespace
+
+bool isLoopbackHost(std::string_view host) {
+    const std::string name = lowered(host);
+    static constexpr std::array<std::string_view, 3> kNames{"127.0.0.1", "localhost", "[::1]"};
+    for (const std::string_view known : kNames) {
+        if (!startsWith(name, known)) continue;
+        const std::string_view rest = std::string_view(name).substr(known.size());
+        if (rest.empty()) return true;
+        if (rest.front() == ':' && rest.size() <= 6 &&
+            std::all_of(rest.begin() + 1, rest.end(),
+                        [](char c) { return c >= '0' && c <= '9'; })) {
+            return true;
+        }
+    }
+    return false;
+}
+
+HttpApi::HttpApi(ApiOptions options, JobQueue& queue, RunStore& store)
+    : m_options(std::move(options)),
+      m_queue(queue),
+      m_store(store) {}
+
+std::optional<HttpAnswer> HttpApi::refuse(const HttpHead& head) {
+    const auto host = head.header("host");
+    if (!host) return errorAnswer(400, "the request must name one Host");
+    if (!isLoopbackHost(*host)) {
+        return errorAnswer(403, "this service answers to 127.0.0.1 and localhost only");
+    }
+    if (needsKey(head.path)) {
+        const auto authorization = head.header("authorization");
+        if (!authorization || !authorizes(*authorization, m_options.key)) {
+            HttpAnswer answer =
+                errorAnswer(401, "not authorized — check your Trevix key (HTTP 401)");
+            answer.headers.emplace_back("WWW-Authenticate", "Bearer");
+            return answer;
+        }
+    }
+    const auto target = targetOf(head.path);
+    if (!target) return errorAnswer(404, "there is nothing at this address");
+    if (!target->isPost()) {
+        if (head.method == "GET" || head.method == "HEAD") return std::nullopt;
+        HttpAnswer answer = errorAnswer(405, "only GET is possible here");
+        answer.headers.emplace_back("Allow", "GET, HEAD");
+        return answer;
+    }
+    if (head.method != "POST") {
+        HttpAnswer answer = errorAnswer(405, "only POST is possible here");
+        answer.headers.emplace_back("Allow", "POST");
+        return answer;
+    }
+    // Programs send no Origin; pages of this service have none but its own.
+    const auto origins = head.headers.count("origin");
+    if (origins > 0 &&
+        (origins > 1 || lowered(*head.header("origin")) != "http://" + lowered(*host))) {
+        return errorAnswer(403, "requests from other web pages are not taken");
+    }
+    const std::string type = lowered(head.header("content-type").value_or(""));
+    if (type.substr(0, type.find_first_of("; ")) != "application/json") {
+        return errorAnswer(415, "Content-Type must be application/json");
+    }
+    if (lowered(head.header("content-encoding").value_or("identity")) != "identity" ||
+        head.headers.count("content-encoding") > 1) {
+        return errorAnswer(415, "the body must not be compressed");
+    }
+    if (target->route == Route::iterate) {
+        try {
+            if (!m_store.hasRun(target->id)) return errorAnswer(404, "there is no such run");
+        } catch (const StoreError& error) {
+            return errorAnswer(503, error.what());
+        }
+    }
+    return std::nullopt;
+}
+
+HttpAnswer HttpApi::answer(const HttpHead& head, const std::string& body) {
+    try {
+        return route(head, body);
+    } catch (const StoreError& error) {
+        return errorAnswer(503, error.what());
+    }
+}
+
+HttpAnswer HttpApi::problem(int status, std::string_view text) {
+    return errorAnswer(status, text);
+}
+
+HttpAnswer HttpApi::route(const HttpHead& head, const std::string& body) {
+    const auto target = targetOf(head.path);
+    if (!target) return errorAnswer(404, "there is nothing at this address");
+    switch (target->route) {
+    case Route::submit:
+        return submit(body);
+    case Route::job:
+        return jobStatus(target->id);
+    case Route::run:
+        return runRecord(target->id);
+    case Route::iterate:
+        return iterate(target->id, body);
+    case Route::console:
+        return report(head);
+    case Route::connect:
+        return connect(head);
+    case Route::index:
+        return pageAnswer(200, indexPage());
+    case Route::catalog:
+        return catalog();
+    case Route::health:
+        break;
+    }
+    return health();
+}
+
+HttpAnswer HttpApi::submit(const std::string& body) {
+    const auto parsed = parseSubmit(body);
+    if (const auto* error = std::get_if<WireError>(&parsed)) return errorAnswer(400, error->text);
+    const auto outcome = m_queue.submit(body);
+    if (const auto* accepted = std::get_if<Accepted>(&outcome)) {
+        return jsonAnswer(202, acceptedJson(accepted->jobId));
+    }
+    return std::holds_alternative<QueueFull>(outcome) ? queueFull() : stopping();
+}
+
+HttpAnswer HttpApi::jobStatus(const std::string& jobId) {
+    const auto status = m_queue.status(jobId);
+    if (!status) return errorAnswer(404, "there is no such job");
+    return jsonAnswer(200, statusJson(*status));
+}
+
+HttpAnswer HttpApi::runRecord(const std::string& runId) {
+    const auto run = m_store.run(runId);
+    if (!run) return errorAnswer(404, "there is no such run");
+    return jsonAnswer(200, runJson(*run));
+}
+
+HttpAnswer HttpApi::iterate(const std::string& runId, const std::string& body) {
+    const auto parsed = parseIterate(body);
+    if (const auto* error = std::get_if<WireError>(&parsed)) return errorAnswer(400, error->text);
+    const auto outcome = m_queue.iterate(runId, body);
+    if (const auto* done = std::get_if<Iterated>(&outcome)) {
+        return jsonAnswer(200, iterationJson(done->run, done->number));
+    }
+    if (std::holds_alternative<NoSuchRun>(outcome)) return errorAnswer(404, "there is no such run");
+    if (std::holds_alternative<QueueFull>(outcome)) return queueFull();
+    if (const auto* failed = std::get_if<JudgingFailed>(&outcome)) {
+        return errorAnswer(500, failed->error);
+    }
+    return stopping();
+}
+
+HttpAnswer HttpApi::report(const HttpHead& head) {
+    const auto named = head.query.find("run");
+    if (named == head.query.end()) return pageAnswer(404, noSuchRunPage());
+    const auto run = m_store.run(named->second);
+    return run ? pageAnswer(200, reportPage(*run)) : pageAnswer(404, noSuchRunPage());
+}
+
+HttpAnswer HttpApi::connect(const HttpHead& head) {
+    return pageAnswer(200, connectPage("http://" + lowered(head.header("host").value_or("")),
+                                       m_options.keyFile.string()));
+}
+
+HttpAnswer HttpApi::catalog() {
+    std::error_code error;
+    if (!std::filesystem::is_regular_file(m_options.catalog, error) ||
+        std::filesystem::file_size(m_options.catalog, error) > kLargestCatalog || error) {
+        return errorAnswer(404, "this service has no application catalog");
+    }
+    std::ifstream file(m_options.catalog, std::ios::binary);
+    std::string bytes((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
+    if (!file.eof() && file.fail())
+        return errorAnswer(404, "the application catalog cannot be read");
+    return jsonAnswer(200, std::move(bytes));
+}
+
+HttpAnswer HttpApi::health() {
+    return jsonAnswer(200, std::string(R"({"status":"ok","warming":)") +
+                               (m_queue.isWarming() ? "true}" : "false}"));
+}
+
+} // namespace trevix

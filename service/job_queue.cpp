@@ -1,0 +1,261 @@
+#include "service/job_queue.h"
+
+#include "service/critics/verdict_rule.h"
+#include "service/random_id.h"
+#include "service/wire.h"
+
+#include <algorithm>
+#include <exception>
+#include <utility>
+
+namespace trevix {
+
+namespace {
+
+constexpr std::int64_t kPruneEveryMs = std::int64_t{24} * 60 * 60 * 1000;
+
+Iteration judged(const Submission& submission, std::vector<Finding> findings, std::int64_t nowMs) {
+    const Judgement judgement = judge(findings);
+    Iteration iteration;
+    iteration.createdMs = nowMs;
+    iteration.intent = submission.intent;
+    iteration.band = std::string(judgement.band);
+    iteration.score = judgement.score;
+    iteration.parts = summarize(submission.parts);
+    iteration.findings = std::move(findings);
+    return iteration;
+}
+
+} // namespace
+
+JobQueue::JobQueue(RunStore& store, QueueOptions options)
+    : m_store(store),
+      m_options(std::move(options)) {
+    for (PendingJob& job : m_store.pendingJobs()) {
+        m_waitingBytes += job.bytes;
+        m_waiting.push_back(std::move(job));
+    }
+    std::stable_partition(m_waiting.begin(), m_waiting.end(),
+                          [](const PendingJob& job) { return job.attempts < kAttemptsInTurn; });
+    m_worker = std::thread([this] { work(); });
+}
+
+JobQueue::~JobQueue() {
+    stop();
+}
+
+JobQueue::Enqueued JobQueue::enqueue(JobKind kind, const std::string& runId,
+                                     std::string_view body) {
+    const std::lock_guard lock(m_mutex);
+    if (m_stopping) return QueueStopped{};
+    if (m_waiting.size() >= m_options.maxWaiting ||
+        m_waitingBytes + body.size() > m_options.maxWaitingBytes) {
+        return QueueFull{};
+    }
+    // Written under the lock, so that the order in the store is the order in the queue.
+    PendingJob job = m_store.addJob(newJobId(), kind, runId, body, m_options.nowMs());
+    m_waitingBytes += job.bytes;
+    m_waiting.push_back(job);
+    m_changed.notify_all();
+    return job;
+}
+
+JobQueue::Submitted JobQueue::submit(std::string_view body) {
+    Enqueued enqueued = enqueue(JobKind::grade, {}, body);
+    if (auto* job = std::get_if<PendingJob>(&enqueued)) return Accepted{std::move(job->id)};
+    if (std::holds_alternative<QueueFull>(enqueued)) return QueueFull{};
+    return QueueStopped{};
+}
+
+JobQueue::IterateOutcome JobQueue::iterate(const std::string& runId, std::string_view body) {
+    if (!m_store.hasRun(runId)) return NoSuchRun{};
+    const Enqueued enqueued = enqueue(JobKind::iterate, runId, body);
+    if (std::holds_alternative<QueueFull>(enqueued)) return QueueFull{};
+    if (std::holds_alternative<QueueStopped>(enqueued)) return QueueStopped{};
+    const std::string& jobId = std::get<PendingJob>(enqueued).id;
+    {
+        std::unique_lock lock(m_mutex);
+        m_changed.wait(lock, [&] { return m_stopping || !isPending(jobId); });
+        if (isPending(jobId)) return QueueStopped{};
+    }
+    const auto finished = m_store.finishedJob(jobId);
+    if (!finished) return QueueStopped{}; // ended while the store could not be written
+    if (finished->error) return JudgingFailed{*finished->error};
+    auto run = m_store.run(runId);
+    if (!run) return NoSuchRun{};
+    return Iterated{std::move(*run), finished->iteration};
+}
+
+std::optional<JobStatus> JobQueue::status(const std::string& jobId) {
+    JobStatus status;
+    {
+        const std::lock_guard lock(m_mutex);
+        status.warming = m_warming;
+        if (m_running && m_running->id == jobId) {
+            status.state = JobState::running;
+            return status;
+        }
+        const auto found = std::find_if(m_waiting.begin(), m_waiting.end(),
+                                        [&](const PendingJob& job) { return job.id == jobId; });
+        if (found != m_waiting.end()) {
+            status.position = static_cast<std::size_t>(found - m_waiting.begin()) +
+                              (m_running.has_value() ? 1U : 0U);
+            return status;
+        }
+    }
+    const auto finished = m_store.finishedJob(jobId);
+    if (!finished) return std::nullopt;
+    status.warming = false;
+    if (finished->error) {
+        status.state = JobState::failed;
+        status.error = *finished->error;
+        return status;
+    }
+    const auto run = m_store.run(finished->runId);
+    if (!run) return std::nullopt;
+    status.state = JobState::completed;
+    status.runId = run->id;
+    status.result = run->iterations.at(static_cast<std::size_t>(finished->iteration));
+    return status;
+}
+
+bool JobQueue::isWarming() const {
+    const std::lock_guard lock(m_mutex);
+    return m_warming;
+}
+
+void JobQueue::stop() {
+    {
+        const std::lock_guard lock(m_mutex);
+        m_stopping = true;
+    }
+    m_changed.notify_all();
+    const std::lock_guard joining(m_joining);
+    if (m_worker.joinable()) m_worker.join();
+}
+
+bool JobQueue::isPending(const std::string& jobId) const {
+    return (m_running && m_running->id == jobId) ||
+           std::any_of(m_waiting.begin(), m_waiting.end(),
+                       [&](const PendingJob& job) { return job.id == jobId; });
+}
+
+void JobQueue::work() {
+    try {
+        m_options.warmUp();
+    } catch (const std::exception& error) {
+        log(std::string("the critics could not be warmed up: ") + error.what());
+    }
+    std::unique_lock lock(m_mutex);
+    m_warming = false;
+    while (true) {
+        if (m_waiting.empty() && !m_stopping) {
+            lock.unlock();
+            tidy();
+            lock.lock();
+        }
+        m_changed.wait(lock, [this] { return m_stopping || !m_waiting.empty(); });
+        if (m_stopping) return;
+        m_running = std::move(m_waiting.front());
+        m_waiting.pop_front();
+        m_waitingBytes -= m_running->bytes;
+        const PendingJob job = *m_running;
+        lock.unlock();
+        grade(job);
+        lock.lock();
+        m_running.reset();
+        m_changed.notify_all();
+    }
+}
+
+// Goes on until the job's end is on the disk: a full disk delays verdicts and loses none.
+void JobQueue::grade(const PendingJob& job) {
+    bool told = false;
+    bool begun = false;
+    while (true) {
+        try {
+            if (!begun && m_store.beginAttempt(job.id) > kMostAttempts) {
+                m_store.failJob(job.id,
+                                "the service ended " + std::to_string(kMostAttempts) +
+                                    " times while it judged this work",
+                                m_options.nowMs());
+                return;
+            }
+            begun = true;
+            gradeOnce(job);
+            return;
+        } catch (const StoreError& error) {
+            if (!told) log(std::string(error.what()) + "; trying again until it works");
+            told = true;
+        }
+        std::unique_lock lock(m_mutex);
+        if (m_changed.wait_for(lock, m_options.storeRetry, [this] { return m_stopping; })) return;
+    }
+}
+
+void JobQueue::gradeOnce(const PendingJob& job) {
+    const auto body = m_store.payload(job.id);
+    if (!body) return; // already over
+    try {
+        judgeJob(job, *body);
+    } catch (const StoreError&) {
+        throw;
+    } catch (const std::exception& error) {
+        m_store.failJob(job.id,
+                        std::string("the critics could not judge this work: ") + error.what(),
+                        m_options.nowMs());
+    } catch (...) {
+        m_store.failJob(job.id, "the critics could not judge this work", m_options.nowMs());
+    }
+}
+
+void JobQueue::judgeJob(const PendingJob& job, std::string_view body) {
+    if (job.kind == JobKind::grade) {
+        auto parsed = parseSubmit(body);
+        if (const auto* error = std::get_if<WireError>(&parsed)) {
+            m_store.failJob(job.id, error->text, m_options.nowMs());
+            return;
+        }
+        const auto& request = std::get<SubmitRequest>(parsed);
+        Iteration first =
+            judged(request.submission, m_options.critic(request.submission), m_options.nowMs());
+        m_store.finishGrade(job.id, {newRunId(),
+                                     request.submission.modality,
+                                     request.submission.vertical,
+                                     request.policyId,
+                                     {std::move(first)}});
+        return;
+    }
+    const auto run = m_store.run(job.runId);
+    auto parsed = parseIterate(body);
+    if (!run || std::holds_alternative<WireError>(parsed)) {
+        m_store.failJob(job.id, run ? std::get<WireError>(parsed).text : "the run is gone",
+                        m_options.nowMs());
+        return;
+    }
+    auto& request = std::get<IterateRequest>(parsed);
+    const Submission submission{run->modality, run->vertical, std::move(request.intent),
+                                std::move(request.parts)};
+    m_store.finishIterate(job.id, job.runId,
+                          judged(submission, m_options.critic(submission), m_options.nowMs()));
+}
+
+void JobQueue::tidy() {
+    try {
+        const std::int64_t now = m_options.nowMs();
+        const bool due = !m_lastPruneMs || now - *m_lastPruneMs >= kPruneEveryMs;
+        if (m_options.keep.count() > 0 && due) {
+            m_store.prune(now - m_options.keep.count());
+            m_lastPruneMs = now;
+        }
+        m_store.giveBackRoom();
+    } catch (const StoreError& error) {
+        log(error.what());
+    }
+}
+
+void JobQueue::log(const std::string& line) const {
+    if (m_options.log) m_options.log(line);
+}
+
+} // namespace trevix

@@ -1,0 +1,131 @@
+// In what order is work graded, and what has become of a job?
+//
+// One worker grades one job at a time, in the order in which the jobs came in. The store is the
+// truth: a job is accepted when it is on the disk, and after a crash at any moment a new queue over
+// the same store goes on where the old one was. Grading is deterministic, so that doing a job again
+// whose verdict was not yet written does no harm.
+//
+// Revisions wait in the same queue, but whoever sends one waits for its verdict.
+//
+// Any thread may call anything. StoreError passes through to the caller.
+
+#pragma once
+
+#include "service/critics/critic.h"
+#include "service/job_status.h"
+#include "service/run_store.h"
+
+#include <chrono>
+#include <condition_variable>
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <thread>
+#include <variant>
+#include <vector>
+
+namespace trevix {
+
+/// A job that was being graded this often when the program ended may be what ends it: from the next
+/// start on it lets all others go first.
+constexpr int kAttemptsInTurn = 3;
+/// And after so many it has failed. The number is large because the end of a program mostly has
+/// nothing to do with the job, and accepted work is not to be given up for that.
+constexpr int kMostAttempts = 20;
+
+struct QueueOptions {
+    std::size_t maxWaiting = 256; ///< Jobs that wait, without the one being graded.
+    std::uint64_t maxWaitingBytes = std::uint64_t{1} << 30U; ///< Their bodies together.
+    /// Runs are forgotten this long after their last version; zero keeps them for good.
+    std::chrono::milliseconds keep{0};
+    std::chrono::milliseconds storeRetry{1000}; ///< Between attempts while the store cannot write.
+
+    std::function<std::vector<Finding>(const Submission&)> critic;
+    std::function<void()> warmUp;        ///< Runs once, on the worker, before the first job.
+    std::function<std::int64_t()> nowMs; ///< Since 1970, UTC.
+    std::function<void(const std::string&)> log; ///< One line for the person who runs the service.
+};
+
+/// The queue holds as many jobs, or as many bytes, as it may.
+struct QueueFull {};
+/// The service is ending.
+struct QueueStopped {};
+struct NoSuchRun {};
+/// A revision that could not be judged; `error` is for people.
+struct JudgingFailed {
+    std::string error;
+};
+/// A revision's verdict: `run.iterations[number]`.
+struct Iterated {
+    RunRecord run;
+    int number = 0;
+};
+/// The new job's id.
+struct Accepted {
+    std::string jobId;
+};
+
+class JobQueue {
+public:
+    using Submitted = std::variant<Accepted, QueueFull, QueueStopped>;
+    using IterateOutcome =
+        std::variant<Iterated, NoSuchRun, QueueFull, JudgingFailed, QueueStopped>;
+
+    /// Takes up what the store still has to grade, and starts. `store` must outlive the queue.
+    JobQueue(RunStore& store, QueueOptions options);
+    ~JobQueue();
+    JobQueue(const JobQueue&) = delete;
+    JobQueue& operator=(const JobQueue&) = delete;
+
+    /// `body` must be one that parseSubmit() takes.
+    [[nodiscard]] Submitted submit(std::string_view body);
+
+    /// Blocks until the revision is judged or the queue stops. `body` must be one that
+    /// parseIterate() takes. A revision that the queue has taken is judged even if nobody waits any
+    /// more.
+    [[nodiscard]] IterateOutcome iterate(const std::string& runId, std::string_view body);
+
+    /// Absent for an id that no job has.
+    [[nodiscard]] std::optional<JobStatus> status(const std::string& jobId);
+
+    /// Whether the critics are still being made ready.
+    [[nodiscard]] bool isWarming() const;
+
+    /// Waits for the job being graded, not for those that wait, and returns those who wait for a
+    /// revision. Nothing is accepted afterwards. May be called again.
+    void stop();
+
+private:
+    using Enqueued = std::variant<PendingJob, QueueFull, QueueStopped>;
+
+    [[nodiscard]] Enqueued enqueue(JobKind kind, const std::string& runId, std::string_view body);
+    [[nodiscard]] bool isPending(const std::string& jobId) const; // under m_mutex
+    void work();
+    void grade(const PendingJob& job);
+    void gradeOnce(const PendingJob& job);
+    void judgeJob(const PendingJob& job, std::string_view body);
+    void tidy();
+    void log(const std::string& line) const;
+
+    RunStore& m_store;
+    const QueueOptions m_options;
+
+    mutable std::mutex m_mutex;
+    std::condition_variable m_changed; // jobs came, a job ended, or stop
+    std::deque<PendingJob> m_waiting;
+    std::uint64_t m_waitingBytes = 0;
+    std::optional<PendingJob> m_running;
+    bool m_warming = true;
+    bool m_stopping = false;
+    std::optional<std::int64_t> m_lastPruneMs; // worker only
+
+    std::mutex m_joining;
+    std::thread m_worker;
+};
+
+} // namespace trevix

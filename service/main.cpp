@@ -1,0 +1,181 @@
+#include "service/command_line.h"
+#include "service/critics/critic.h"
+#include "service/data_folder.h"
+#include "service/http_api.h"
+#include "service/job_queue.h"
+#include "service/key_file.h"
+#include "service/run_store.h"
+
+#include <chrono>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <exception>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <system_error>
+#include <utility>
+#include <variant>
+#include <vector>
+
+#include <sys/stat.h>
+
+namespace {
+
+namespace fs = std::filesystem;
+using namespace trevix;
+
+int complain(const std::string& text, int status) {
+    std::fprintf(stderr, "trevix-local: %s\n", text.c_str());
+    return status;
+}
+
+void notice(const std::string& text) {
+    if (!text.empty()) std::fprintf(stderr, "trevix-local: %s\n", text.c_str());
+}
+
+std::optional<std::string> environment(const char* name) {
+    const char* value = std::getenv(name);
+    return value == nullptr ? std::nullopt : std::optional<std::string>(value);
+}
+
+std::int64_t nowMs() {
+    return std::chrono::duration_cast<std::chrono::milliseconds>(
+               std::chrono::system_clock::now().time_since_epoch())
+        .count();
+}
+
+fs::path programFolder(const char* invokedAs) {
+    std::error_code error;
+    fs::path self = fs::read_symlink("/proc/self/exe", error);
+    if (error) self = fs::canonical(invokedAs, error);
+    return error ? fs::path() : self.parent_path();
+}
+
+// The product's catalog, where builds and packages put it in relation to this program.
+fs::path shippedCatalog(const fs::path& folder) {
+    for (const char* place : {"Kelvane.app/Contents/Resources", "../Resources", "resources",
+                              "../resources", "../lib/kelvane/Kelvane.app/Contents/Resources"}) {
+        std::error_code error;
+        const fs::path file = folder / place / "app-catalog.json";
+        if (fs::is_regular_file(file, error)) return file.lexically_normal();
+    }
+    return {};
+}
+
+sigset_t endSignals() {
+    sigset_t signals;
+    sigemptyset(&signals);
+    for (const int signal : {SIGTERM, SIGINT, SIGHUP}) sigaddset(&signals, signal);
+    return signals;
+}
+
+int serve(const CommandLine& line, const fs::path& data, const fs::path& catalog) {
+    auto lock = FolderLock::take(data);
+    if (const auto* error = std::get_if<FolderError>(&lock)) return complain(error->text, 1);
+
+    ApiOptions api;
+    api.catalog = catalog;
+    if (line.key) {
+        api.key = *line.key;
+    } else {
+        api.keyFile = data / "key";
+        const auto key = loadOrMakeKey(api.keyFile);
+        if (const auto* error = std::get_if<KeyError>(&key)) return complain(error->text, 1);
+        api.key = std::get<Key>(key).text;
+        notice(std::get<Key>(key).notice);
+    }
+
+    auto opened = RunStore::open(data / "runs.db", nowMs());
+    notice(opened.notice);
+
+    // Before any thread starts, so that all inherit it and only the wait below gets a signal.
+    const sigset_t signals = endSignals();
+    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+
+    QueueOptions queueOptions;
+    queueOptions.maxWaiting = line.queue;
+    queueOptions.keep = std::chrono::hours(24) * line.keepDays;
+    queueOptions.critic = critique;
+    queueOptions.warmUp = warmUp;
+    queueOptions.nowMs = nowMs;
+    queueOptions.log = notice;
+
+    ServerOptions serverOptions;
+    serverOptions.port = line.port;
+    // Every revision that waits holds a thread; others must find one all the same.
+    serverOptions.maxThreads = line.queue + 64;
+
+    JobQueue queue(*opened.store, std::move(queueOptions));
+    HttpApi handler(std::move(api), queue, *opened.store);
+    auto listening = HttpServer::listen(serverOptions, handler);
+    if (const auto* error = std::get_if<ListenError>(&listening)) return complain(error->text, 1);
+    auto& server = *std::get<std::unique_ptr<HttpServer>>(listening);
+    server.start();
+    std::printf("trevix-local listening on http://127.0.0.1:%u\n", unsigned{server.port()});
+    std::fflush(stdout);
+
+    int received = 0;
+    sigwait(&signals, &received);
+    // The job being graded is finished first. Who cannot wait for that signals again: nothing is
+    // lost then either.
+    for (const int signal : {SIGTERM, SIGINT, SIGHUP}) std::signal(signal, SIG_DFL);
+    pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);
+    queue.stop();
+    server.stop();
+    return 0;
+}
+
+int run(int argc, char** argv) {
+    const auto parsed = parseCommandLine({argv + (argc > 0 ? 1 : 0), argv + argc});
+    if (const auto* error = std::get_if<UsageError>(&parsed)) {
+        return complain(error->text + "; try --help", 2);
+    }
+    const auto& line = std::get<CommandLine>(parsed);
+    if (line.action == CommandLine::Action::help) {
+        std::fputs(std::string(usageText()).c_str(), stdout);
+        return 0;
+    }
+    if (line.action == CommandLine::Action::version) {
+        std::puts("trevix-local " TREVIX_VERSION);
+        return 0;
+    }
+
+    umask(077);
+    const auto wanted = dataFolder(line.data, environment("XDG_DATA_HOME"), environment("HOME"));
+    if (!wanted) return complain("HOME is not set; say where to keep data with --data", 1);
+    const auto data = makeDataFolder(*wanted);
+    if (const auto* error = std::get_if<FolderError>(&data)) return complain(error->text, 1);
+    const auto& folder = std::get<fs::path>(data);
+
+    if (line.action == CommandLine::Action::printKey) {
+        if (line.key) {
+            std::puts(line.key->c_str());
+            return 0;
+        }
+        const auto key = loadOrMakeKey(folder / "key");
+        if (const auto* error = std::get_if<KeyError>(&key)) return complain(error->text, 1);
+        notice(std::get<Key>(key).notice);
+        std::puts(std::get<Key>(key).text.c_str());
+        return 0;
+    }
+
+    std::error_code error;
+    if (line.catalog && !fs::is_regular_file(*line.catalog, error)) {
+        return complain("--catalog: there is no file " + *line.catalog, 1);
+    }
+    return serve(line, folder,
+                 line.catalog ? fs::absolute(*line.catalog)
+                              : shippedCatalog(programFolder(argc > 0 ? argv[0] : "")));
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    try {
+        return run(argc, argv);
+    } catch (const std::exception& error) {
+        return complain(error.what(), 1);
+    }
+}

@@ -1,0 +1,37 @@
+#include "service/random_id.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+
+#include <sys/random.h>
+#include <unistd.h>
+
+namespace trevix {
+
+std::string randomName(std::string_view prefix, std::size_t bytes) {
+    std::array<unsigned char, 64> drawn{};
+    const std::size_t count = std::min(bytes, drawn.size());
+    if (getentropy(drawn.data(), count) != 0) {
+        std::fputs("trevix-local: the system's random source does not answer\n", stderr);
+        std::abort();
+    }
+    static constexpr std::string_view kDigits = "0123456789abcdef";
+    std::string name(prefix);
+    for (std::size_t i = 0; i < count; ++i) {
+        name += kDigits[drawn[i] >> 4U];
+        name += kDigits[drawn[i] & 15U];
+    }
+    return name;
+}
+
+std::string newJobId() {
+    return randomName("job_", 16);
+}
+
+std::string newRunId() {
+    return randomName("run_", 16);
+}
+
+} // namespace trevix

@@ -1,0 +1,36 @@
+// What does a person see of a run?
+//
+// Pages for a browser: self-contained, without scripts, readable in light and in dark. Everything
+// that comes from the graded work is a stranger's text and is escaped. Apart from drawing the nonce
+// of their style sheet these functions are pure; any thread.
+
+#pragma once
+
+#include "service/run_record.h"
+
+#include <string>
+#include <string_view>
+
+namespace trevix {
+
+struct Page {
+    std::string html;
+    /// The header that goes with it: nothing is loaded, run or framed, and only the page's own
+    /// style applies.
+    std::string contentSecurityPolicy;
+};
+
+/// The verdict as it stands, each flaw with its place and evidence, and for every revision what it
+/// fixed, what remains and what is new since the version before.
+[[nodiscard]] Page reportPage(const RunRecord& run);
+
+/// For an address that names no run, or one that is gone.
+[[nodiscard]] Page noSuchRunPage();
+
+/// How to point a client at this service: `base` is its address, `keyFile` where the key is. The
+/// key itself is not shown. `keyFile` is empty for a key that was given on the command line.
+[[nodiscard]] Page connectPage(std::string_view base, std::string_view keyFile);
+
+[[nodiscard]] Page indexPage();
+
+} // namespace trevix

@@ -1,0 +1,442 @@
+#include "service/run_store.h"
+
+#include "service/sqlite_statement.h"
+
+#include <mutex>
+#include <system_error>
+#include <utility>
+
+namespace trevix {
+
+namespace {
+
+constexpr int kSchemaVersion = 1;
+constexpr int kApplicationId = 0x54525658;
+constexpr int kBusyTimeoutMs = 5000;
+constexpr std::int64_t kUnusedPagesKept = 256; // 1 MiB
+
+constexpr const char* kSchema = R"sql(
+CREATE TABLE jobs (
+  seq        INTEGER PRIMARY KEY AUTOINCREMENT,
+  id         TEXT NOT NULL UNIQUE,
+  kind       TEXT NOT NULL CHECK (kind IN ('grade', 'iterate')),
+  status     TEXT NOT NULL CHECK (status IN ('pending', 'completed', 'failed')),
+  run_id     TEXT NOT NULL,
+  iteration  INTEGER NOT NULL DEFAULT 0,
+  error      TEXT,
+  attempts   INTEGER NOT NULL DEFAULT 0,
+  created    INTEGER NOT NULL,
+  finished   INTEGER,
+  payload    BLOB
+);
+CREATE INDEX jobs_pending ON jobs(seq) WHERE status = 'pending';
+CREATE TABLE runs (
+  id         TEXT PRIMARY KEY,
+  modality   TEXT NOT NULL,
+  vertical   TEXT NOT NULL,
+  policy_id  TEXT NOT NULL
+) WITHOUT ROWID;
+CREATE TABLE iterations (
+  run_id     TEXT NOT NULL REFERENCES runs(id) ON DELETE CASCADE,
+  number     INTEGER NOT NULL,
+  created    INTEGER NOT NULL,
+  intent     TEXT NOT NULL,
+  band       TEXT NOT NULL,
+  score      REAL NOT NULL,
+  PRIMARY KEY (run_id, number)
+) WITHOUT ROWID;
+CREATE TABLE parts (
+  run_id     TEXT NOT NULL,
+  number     INTEGER NOT NULL,
+  ordinal    INTEGER NOT NULL,
+  name       TEXT NOT NULL,
+  mime_type  TEXT NOT NULL,
+  bytes      INTEGER NOT NULL,
+  PRIMARY KEY (run_id, number, ordinal),
+  FOREIGN KEY (run_id, number) REFERENCES iterations(run_id, number) ON DELETE CASCADE
+) WITHOUT ROWID;
+CREATE TABLE findings (
+  run_id     TEXT NOT NULL,
+  number     INTEGER NOT NULL,
+  ordinal    INTEGER NOT NULL,
+  severity   INTEGER NOT NULL,
+  rule       TEXT NOT NULL,
+  criterion  TEXT NOT NULL,
+  place      TEXT NOT NULL,
+  evidence   TEXT NOT NULL,
+  detail     TEXT NOT NULL,
+  PRIMARY KEY (run_id, number, ordinal),
+  FOREIGN KEY (run_id, number) REFERENCES iterations(run_id, number) ON DELETE CASCADE
+) WITHOUT ROWID;
+)sql";
+
+Severity severityOf(std::int64_t stored) {
+    switch (stored) {
+    case 3:
+        return Severity::critical;
+    case 2:
+        return Severity::high;
+    case 1:
+        return Severity::medium;
+    default:
+        return Severity::low;
+    }
+}
+
+std::int64_t stored(Severity severity) {
+    return static_cast<std::int64_t>(severity);
+}
+
+void insertIteration(sqlite3* db, const std::string& runId, int number, const Iteration& it) {
+    Statement(db, "INSERT INTO iterations (run_id, number, created, intent, band, score) "
+                  "VALUES (?, ?, ?, ?, ?, ?)")
+        .bind(runId)
+        .bind(std::int64_t{number})
+        .bind(it.createdMs)
+        .bind(it.intent)
+        .bind(it.band)
+        .bind(it.score)
+        .run();
+    std::int64_t ordinal = 0;
+    for (const PartSummary& part : it.parts) {
+        Statement(db, "INSERT INTO parts (run_id, number, ordinal, name, mime_type, bytes) "
+                      "VALUES (?, ?, ?, ?, ?, ?)")
+            .bind(runId)
+            .bind(std::int64_t{number})
+            .bind(ordinal++)
+            .bind(part.name)
+            .bind(part.mimeType)
+            .bind(static_cast<std::int64_t>(part.bytes))
+            .run();
+    }
+    ordinal = 0;
+    for (const Finding& finding : it.findings) {
+        Statement(db, "INSERT INTO findings (run_id, number, ordinal, severity, rule, criterion, "
+                      "place, evidence, detail) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?)")
+            .bind(runId)
+            .bind(std::int64_t{number})
+            .bind(ordinal++)
+            .bind(stored(finding.severity))
+            .bind(finding.rule)
+            .bind(finding.criterion)
+            .bind(finding.place)
+            .bind(finding.evidence)
+            .bind(finding.detail)
+            .run();
+    }
+}
+
+void completeJob(sqlite3* db, const std::string& jobId, const std::string& runId, int number,
+                 std::int64_t nowMs) {
+    Statement(db, "UPDATE jobs SET status = 'completed', run_id = ?, iteration = ?, finished = ?, "
+                  "payload = NULL WHERE id = ? AND status = 'pending'")
+        .bind(runId)
+        .bind(std::int64_t{number})
+        .bind(nowMs)
+        .bind(jobId)
+        .run();
+    if (sqlite3_changes(db) != 1) throw StoreError("the run store: no such pending job");
+}
+
+} // namespace
+
+class RunStore::Database {
+public:
+    explicit Database(const std::filesystem::path& file) {
+        const int code = sqlite3_open_v2(file.c_str(), &m_db,
+                                         SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE |
+                                             SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE,
+                                         nullptr);
+        try {
+            if (code != SQLITE_OK) failWith(m_db, code);
+            prepare();
+        } catch (...) {
+            sqlite3_close(m_db);
+            throw;
+        }
+    }
+    ~Database() { sqlite3_close(m_db); }
+    Database(const Database&) = delete;
+    Database& operator=(const Database&) = delete;
+
+    [[nodiscard]] sqlite3* handle() const { return m_db; }
+    [[nodiscard]] std::unique_lock<std::mutex> lock() { return std::unique_lock(m_mutex); }
+
+private:
+    [[nodiscard]] std::int64_t pragma(const char* sql) {
+        Statement statement(m_db, sql);
+        return statement.step() ? statement.integer(0) : 0;
+    }
+
+    void prepare() {
+        sqlite3_busy_timeout(m_db, kBusyTimeoutMs);
+        const std::int64_t version = pragma("PRAGMA user_version");
+        if (version > kSchemaVersion) {
+            throw StoreError("the run store was written by a newer trevix-local (format " +
+                             std::to_string(version) + ")");
+        }
+        const std::int64_t owner = pragma("PRAGMA application_id");
+        if (owner != 0 && owner != kApplicationId) {
+            throw StoreError("the run store belongs to another program");
+        }
+        // Space that finished jobs leave behind is handed back; must be set before the first table.
+        if (version == 0) execute(m_db, "PRAGMA auto_vacuum = INCREMENTAL");
+        Statement(m_db, "PRAGMA journal_mode = WAL").run();
+        execute(m_db, "PRAGMA synchronous = FULL; PRAGMA foreign_keys = ON;"
+                      "PRAGMA secure_delete = ON; PRAGMA journal_size_limit = 16777216;");
+        checkSound();
+        if (version == 0) createSchema();
+    }
+
+    void checkSound() {
+        Statement statement(m_db, "PRAGMA quick_check(1)");
+        if (statement.step() && statement.text(0) != "ok") throw Damaged(statement.text(0));
+    }
+
+    void createSchema() {
+        Transaction transaction(m_db);
+        execute(m_db, kSchema);
+        execute(m_db, "PRAGMA application_id = " + std::to_string(kApplicationId));
+        execute(m_db, "PRAGMA user_version = " + std::to_string(kSchemaVersion));
+        transaction.commit();
+    }
+
+    sqlite3* m_db = nullptr;
+    std::mutex m_mutex;
+};
+
+RunStore::RunStore(std::unique_ptr<Database> database) : m_database(std::move(database)) {}
+RunStore::~RunStore() = default;
+
+RunStore::Opened RunStore::open(const std::filesystem::path& file, std::int64_t nowMs) {
+    try {
+        return {std::unique_ptr<RunStore>(new RunStore(std::make_unique<Database>(file))), {}};
+    } catch (const Damaged& damaged) {
+        // The log belongs to the damaged file: left in place it would be played into the new one.
+        std::string aside = file.string() + ".damaged-" + std::to_string(nowMs / 1000);
+        for (int n = 2; std::filesystem::exists(aside); ++n) {
+            aside = file.string() + ".damaged-" + std::to_string(nowMs / 1000) + "-" +
+                    std::to_string(n);
+        }
+        for (const char* suffix : {"", "-wal", "-shm"}) {
+            std::error_code error;
+            std::filesystem::rename(file.string() + suffix, aside + suffix, error);
+            if (error && error != std::errc::no_such_file_or_directory) {
+                throw StoreError(std::string(damaged.what()) +
+                                 "; and it cannot be moved aside: " + error.message());
+            }
+        }
+        return {std::unique_ptr<RunStore>(new RunStore(std::make_unique<Database>(file))),
+                "the run store is damaged (" + std::string(damaged.what()) + "); it was moved to " +
+                    aside + " and a new one was begun"};
+    }
+}
+
+PendingJob RunStore::addJob(const std::string& id, JobKind kind, const std::string& runId,
+                            std::string_view payload, std::int64_t nowMs) {
+    const auto lock = m_database->lock();
+    sqlite3* db = m_database->handle();
+    Statement(db, "INSERT INTO jobs (id, kind, status, run_id, created, payload) "
+                  "VALUES (?, ?, 'pending', ?, ?, ?)")
+        .bind(id)
+        .bind(std::string_view(kind == JobKind::grade ? "grade" : "iterate"))
+        .bind(runId)
+        .bind(nowMs)
+        .bindBlob(payload)
+        .run();
+    return {sqlite3_last_insert_rowid(db), id, kind, runId, payload.size(), 0};
+}
+
+std::vector<PendingJob> RunStore::pendingJobs() {
+    const auto lock = m_database->lock();
+    Statement statement(m_database->handle(),
+                        "SELECT seq, id, kind, run_id, length(payload), attempts FROM jobs "
+                        "WHERE status = 'pending' ORDER BY seq");
+    std::vector<PendingJob> jobs;
+    while (statement.step()) {
+        jobs.push_back({statement.integer(0), statement.text(1),
+                        statement.text(2) == "grade" ? JobKind::grade : JobKind::iterate,
+                        statement.text(3), static_cast<std::uint64_t>(statement.integer(4)),
+                        static_cast<int>(statement.integer(5))});
+    }
+    return jobs;
+}
+
+std::optional<std::string> RunStore::payload(const std::string& jobId) {
+    const auto lock = m_database->lock();
+    Statement statement(m_database->handle(),
+                        "SELECT payload FROM jobs WHERE id = ? AND status = 'pending'");
+    statement.bind(jobId);
+    if (!statement.step()) return std::nullopt;
+    return statement.text(0);
+}
+
+int RunStore::beginAttempt(const std::string& jobId) {
+    const auto lock = m_database->lock();
+    Statement statement(m_database->handle(), "UPDATE jobs SET attempts = attempts + 1 "
+                                              "WHERE id = ? AND status = 'pending' "
+                                              "RETURNING attempts");
+    statement.bind(jobId);
+    const int attempts = statement.step() ? static_cast<int>(statement.integer(0)) : 0;
+    statement.run();
+    return attempts;
+}
+
+void RunStore::finishGrade(const std::string& jobId, const RunRecord& run) {
+    const auto lock = m_database->lock();
+    sqlite3* db = m_database->handle();
+    Transaction transaction(db);
+    Statement(db, "INSERT INTO runs (id, modality, vertical, policy_id) VALUES (?, ?, ?, ?)")
+        .bind(run.id)
+        .bind(run.modality)
+        .bind(run.vertical)
+        .bind(run.policyId)
+        .run();
+    insertIteration(db, run.id, 0, run.iterations.front());
+    completeJob(db, jobId, run.id, 0, run.iterations.front().createdMs);
+    transaction.commit();
+}
+
+int RunStore::finishIterate(const std::string& jobId, const std::string& runId,
+                            const Iteration& iteration) {
+    const auto lock = m_database->lock();
+    sqlite3* db = m_database->handle();
+    Transaction transaction(db);
+    int number = 0;
+    {
+        Statement statement(db, "SELECT max(number) + 1 FROM iterations WHERE run_id = ?");
+        statement.bind(runId);
+        if (!statement.step() || statement.isNull(0)) {
+            throw StoreError("the run store: no such run");
+        }
+        number = static_cast<int>(statement.integer(0));
+    }
+    insertIteration(db, runId, number, iteration);
+    completeJob(db, jobId, runId, number, iteration.createdMs);
+    transaction.commit();
+    return number;
+}
+
+void RunStore::failJob(const std::string& jobId, const std::string& error, std::int64_t nowMs) {
+    const auto lock = m_database->lock();
+    Statement(m_database->handle(), "UPDATE jobs SET status = 'failed', error = ?, finished = ?, "
+                                    "payload = NULL WHERE id = ? AND status = 'pending'")
+        .bind(error)
+        .bind(nowMs)
+        .bind(jobId)
+        .run();
+}
+
+std::optional<FinishedJob> RunStore::finishedJob(const std::string& jobId) {
+    const auto lock = m_database->lock();
+    Statement statement(m_database->handle(), "SELECT run_id, iteration, error FROM jobs "
+                                              "WHERE id = ? AND status <> 'pending'");
+    statement.bind(jobId);
+    if (!statement.step()) return std::nullopt;
+    FinishedJob job;
+    if (statement.isNull(2)) {
+        job.runId = statement.text(0);
+    } else {
+        job.error = statement.text(2);
+    }
+    job.iteration = static_cast<int>(statement.integer(1));
+    return job;
+}
+
+std::optional<RunRecord> RunStore::run(const std::string& runId) {
+    const auto lock = m_database->lock();
+    sqlite3* db = m_database->handle();
+    RunRecord run;
+    {
+        Statement statement(db, "SELECT modality, vertical, policy_id FROM runs WHERE id = ?");
+        statement.bind(runId);
+        if (!statement.step()) return std::nullopt;
+        run = {runId, statement.text(0), statement.text(1), statement.text(2), {}};
+    }
+    {
+        Statement statement(db, "SELECT number, created, intent, band, score FROM iterations "
+                                "WHERE run_id = ? ORDER BY number");
+        statement.bind(runId);
+        while (statement.step()) {
+            Iteration iteration;
+            iteration.number = static_cast<int>(statement.integer(0));
+            iteration.createdMs = statement.integer(1);
+            iteration.intent = statement.text(2);
+            iteration.band = statement.text(3);
+            iteration.score = statement.real(4);
+            run.iterations.push_back(std::move(iteration));
+        }
+    }
+    {
+        Statement statement(db, "SELECT number, name, mime_type, bytes FROM parts "
+                                "WHERE run_id = ? ORDER BY number, ordinal");
+        statement.bind(runId);
+        while (statement.step()) {
+            run.iterations.at(static_cast<std::size_t>(statement.integer(0)))
+                .parts.push_back({statement.text(1), statement.text(2),
+                                  static_cast<std::uint64_t>(statement.integer(3))});
+        }
+    }
+    Statement statement(db, "SELECT number, severity, rule, criterion, place, evidence, detail "
+                            "FROM findings WHERE run_id = ? ORDER BY number, ordinal");
+    statement.bind(runId);
+    while (statement.step()) {
+        Finding finding;
+        finding.severity = severityOf(statement.integer(1));
+        finding.rule = statement.text(2);
+        finding.criterion = statement.text(3);
+        finding.place = statement.text(4);
+        finding.evidence = statement.text(5);
+        finding.detail = statement.text(6);
+        run.iterations.at(static_cast<std::size_t>(statement.integer(0)))
+            .findings.push_back(std::move(finding));
+    }
+    return run;
+}
+
+bool RunStore::hasRun(const std::string& runId) {
+    const auto lock = m_database->lock();
+    Statement statement(m_database->handle(), "SELECT 1 FROM runs WHERE id = ?");
+    statement.bind(runId);
+    return statement.step();
+}
+
+std::size_t RunStore::prune(std::int64_t beforeMs) {
+    const auto lock = m_database->lock();
+    sqlite3* db = m_database->handle();
+    std::size_t deleted = 0;
+    {
+        Transaction transaction(db);
+        Statement(db, "DELETE FROM runs WHERE "
+                      "(SELECT max(created) FROM iterations WHERE run_id = runs.id) < ? AND "
+                      "NOT EXISTS (SELECT 1 FROM jobs WHERE run_id = runs.id AND "
+                      "status = 'pending')")
+            .bind(beforeMs)
+            .run();
+        deleted = static_cast<std::size_t>(sqlite3_changes(db));
+        // A job is forgotten with its run; one that failed has none.
+        Statement(db, "DELETE FROM jobs WHERE status <> 'pending' AND finished < ? AND "
+                      "NOT EXISTS (SELECT 1 FROM runs WHERE runs.id = jobs.run_id)")
+            .bind(beforeMs)
+            .run();
+        transaction.commit();
+    }
+    return deleted;
+}
+
+void RunStore::giveBackRoom() {
+    const auto lock = m_database->lock();
+    sqlite3* db = m_database->handle();
+    std::int64_t unused = 0;
+    {
+        Statement statement(db, "PRAGMA freelist_count");
+        if (statement.step()) unused = statement.integer(0);
+    }
+    if (unused > kUnusedPagesKept) execute(db, "PRAGMA incremental_vacuum");
+    // Not worth waiting for somebody who is looking into the file.
+    sqlite3_busy_timeout(db, 0);
+    Statement(db, "PRAGMA wal_checkpoint(TRUNCATE)").run();
+    sqlite3_busy_timeout(db, kBusyTimeoutMs);
+}
+
+} // namespace trevix

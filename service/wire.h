@@ -1,0 +1,68 @@
+// What do the bodies of requests and answers say?
+//
+// The JSON of the service's API, read strictly and written. Pure functions over values; any thread.
+// Nothing here throws on what a client sent: a body that cannot be used comes back as the sentence
+// that tells the client why, naming the field.
+
+#pragma once
+
+#include "service/critics/critic.h"
+#include "service/job_status.h"
+#include "service/run_record.h"
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+namespace trevix {
+
+/// Arrays and objects inside one another, in a request.
+constexpr std::size_t kDeepestNesting = 512;
+/// Values in one request, whatever they are: keeps a small body from becoming a huge document.
+constexpr std::size_t kMostValues = 100'000;
+
+/// Why a body cannot be used, for the client's developer: "artifact_parts[1].mime_type must be a
+/// string".
+struct WireError {
+    std::string text;
+
+    bool operator==(const WireError&) const = default;
+};
+
+/// A new piece of work. Unknown fields are passed over.
+struct SubmitRequest {
+    Submission submission; ///< `intent` is cut to 4000 characters.
+    std::string policyId;  ///< Empty when none was given.
+};
+
+/// A revision of work that was graded before. Modality and vertical are the run's.
+struct IterateRequest {
+    std::string intent; ///< Cut to 4000 characters.
+    std::vector<Part> parts;
+};
+
+[[nodiscard]] std::variant<SubmitRequest, WireError> parseSubmit(std::string_view body);
+[[nodiscard]] std::variant<IterateRequest, WireError> parseIterate(std::string_view body);
+
+/// Names, types and decoded sizes.
+[[nodiscard]] std::vector<PartSummary> summarize(const std::vector<Part>& parts);
+
+/// {"error": text}
+[[nodiscard]] std::string errorJson(std::string_view text);
+/// {"job_id", "status": "queued"}
+[[nodiscard]] std::string acceptedJson(std::string_view jobId);
+/// {"status", "progress": {"warming", "position"}} and, when the job is over, "run_id" and
+/// "result_summary", or "error".
+[[nodiscard]] std::string statusJson(const JobStatus& status);
+/// {"run": …}: the verdict as it stands, that of the first version, and each revision with what it
+/// fixed, what remains and what is new.
+[[nodiscard]] std::string runJson(const RunRecord& run);
+/// {"iteration": …} for the revision with this number, which the run must have and which is not 0.
+[[nodiscard]] std::string iterationJson(const RunRecord& run, int number);
+
+/// "2026-03-03T14:05:09Z"
+[[nodiscard]] std::string isoTime(std::int64_t ms);
+
+} // namespace trevix

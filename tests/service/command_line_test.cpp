@@ -1,0 +1,80 @@
+#include "service/command_line.h"
+
+#include <gtest/gtest.h>
+
+namespace trevix {
+namespace {
+
+CommandLine parsed(const std::vector<std::string>& arguments) {
+    const auto result = parseCommandLine(arguments);
+    EXPECT_TRUE(std::holds_alternative<CommandLine>(result));
+    return std::get<CommandLine>(result);
+}
+
+TEST(CommandLineOptions, WithoutArgumentsEverythingIsTheDefault) {
+    EXPECT_EQ(parsed({}), CommandLine{});
+}
+
+TEST(CommandLineOptions, EveryOptionIsTaken) {
+    CommandLine expected;
+    expected.port = 0;
+    expected.data = "/d";
+    expected.key = "trevix_key";
+    expected.catalog = "/c.json";
+    expected.queue = 3;
+    expected.keepDays = 0;
+    EXPECT_EQ(parsed({"--port", "0", "--data", "/d", "--key", "trevix_key", "--catalog", "/c.json",
+                      "--queue", "3", "--keep-days", "0"}),
+              expected);
+    EXPECT_EQ(parsed({"--port=0", "--data=/d", "--key=trevix_key", "--catalog=/c.json", "--queue=3",
+                      "--keep-days=0"}),
+              expected);
+}
+
+TEST(CommandLineOptions, HelpAndVersionWinOverWhatFollows) {
+    EXPECT_EQ(parsed({"--help", "--nonsense"}).action, CommandLine::Action::help);
+    EXPECT_EQ(parsed({"-h"}).action, CommandLine::Action::help);
+    EXPECT_EQ(parsed({"--version"}).action, CommandLine::Action::version);
+    EXPECT_EQ(parsed({"--print-key", "--data", "/d"}).action, CommandLine::Action::printKey);
+}
+
+TEST(CommandLineOptions, WhatCannotBeUsedIsNamed) {
+    const struct {
+        std::vector<std::string> arguments;
+        const char* text;
+    } cases[] = {
+        {{"--nonsense"}, "unknown option --nonsense"},
+        {{"stray"}, "unknown option stray"},
+        {{"--nonsense=1"}, "unknown option --nonsense=1"},
+        {{"--port"}, "--port needs a value"},
+        {{"--port", "65536"}, "--port needs a number from 0 to 65535"},
+        {{"--port", "-1"}, "--port needs a number from 0 to 65535"},
+        {{"--port", "80x"}, "--port needs a number from 0 to 65535"},
+        {{"--port", ""}, "--port needs a number from 0 to 65535"},
+        {{"--queue", "0"}, "--queue needs a number from 1 to 4096"},
+        {{"--queue", "99999"}, "--queue needs a number from 1 to 4096"},
+        {{"--keep-days", "-3"}, "--keep-days needs a number from 0 to 36500"},
+        {{"--data", ""}, "--data needs a value"},
+        {{"--key", "short"}, "--key needs 8 to 512 visible ASCII characters without \"%\""},
+        {{"--key", "with a blank"}, "--key needs 8 to 512 visible ASCII characters without \"%\""},
+    };
+    for (const auto& [arguments, text] : cases) {
+        const auto result = parseCommandLine(arguments);
+        ASSERT_TRUE(std::holds_alternative<UsageError>(result)) << text;
+        EXPECT_EQ(std::get<UsageError>(result).text, text);
+    }
+}
+
+TEST(DataFolderChoice, FollowsTheOptionThenTheDesktopThenHome) {
+    EXPECT_EQ(dataFolder("/mine", "/xdg", "/home/u"), "/mine");
+    EXPECT_EQ(dataFolder(std::nullopt, "/xdg", "/home/u"), "/xdg/trevix-local");
+    EXPECT_EQ(dataFolder(std::nullopt, "relative", "/home/u"), "/home/u/.local/share/trevix-local");
+    EXPECT_EQ(dataFolder(std::nullopt, "", "/home/u"), "/home/u/.local/share/trevix-local");
+    EXPECT_EQ(dataFolder(std::nullopt, std::nullopt, "/home/u"),
+              "/home/u/.local/share/trevix-local");
+    EXPECT_EQ(dataFolder(std::nullopt, std::nullopt, std::nullopt), std::nullopt);
+    EXPECT_EQ(dataFolder(std::nullopt, std::nullopt, ""), std::nullopt);
+}
+
+} // namespace
+} // namespace trevix

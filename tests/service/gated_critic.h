@@ -1,0 +1,95 @@
+// A critic whose verdicts the test can foresee and whose moments it decides.
+//
+// Each line "severity rule: evidence" of a text part is one finding; "throw" makes it fail. While
+// closed, the critic waits at its door, and a test can see how many works have come in.
+
+#pragma once
+
+#include "service/critics/critic.h"
+
+#include <condition_variable>
+#include <mutex>
+#include <sstream>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace trevix {
+
+class GatedCritic {
+public:
+    explicit GatedCritic(bool open = true) : m_open(open) {}
+    ~GatedCritic() { open(); }
+
+    std::vector<Finding> operator()(const Submission& submission) {
+        {
+            std::unique_lock lock(m_mutex);
+            m_judged.push_back(submission);
+            m_changed.notify_all();
+            m_changed.wait(lock, [this] { return m_open || m_passes > 0; });
+            if (!m_open) --m_passes;
+        }
+        return findingsIn(submission);
+    }
+
+    void open() {
+        const std::lock_guard lock(m_mutex);
+        m_open = true;
+        m_changed.notify_all();
+    }
+    void letOnePass() {
+        const std::lock_guard lock(m_mutex);
+        ++m_passes;
+        m_changed.notify_all();
+    }
+    /// Blocks until so many works have come to the door.
+    void awaitArrivals(std::size_t count) {
+        std::unique_lock lock(m_mutex);
+        m_changed.wait(lock, [&] { return m_judged.size() >= count; });
+    }
+    /// In the order of judging.
+    [[nodiscard]] std::vector<Submission> judged() {
+        const std::lock_guard lock(m_mutex);
+        return m_judged;
+    }
+
+    static std::vector<Finding> findingsIn(const Submission& submission) {
+        std::vector<Finding> findings;
+        for (const Part& part : submission.parts) {
+            std::istringstream lines(part.text);
+            std::string line;
+            for (int number = 1; std::getline(lines, line); ++number) {
+                if (line == "throw") throw std::runtime_error("the critic stumbled");
+                const auto colon = line.find(": ");
+                const auto space = line.find(' ');
+                if (colon == std::string::npos || space > colon) continue;
+                const std::string word = line.substr(0, space);
+                Finding finding;
+                if (word == "critical")
+                    finding.severity = Severity::critical;
+                else if (word == "high")
+                    finding.severity = Severity::high;
+                else if (word == "medium")
+                    finding.severity = Severity::medium;
+                else if (word != "low")
+                    continue;
+                finding.rule = line.substr(space + 1, colon - space - 1);
+                finding.criterion = "criterion of " + finding.rule;
+                finding.place = "line " + std::to_string(number);
+                finding.evidence = line.substr(colon + 2);
+                finding.detail = "Line " + std::to_string(number) + ": " + finding.evidence;
+                findings.push_back(finding);
+            }
+        }
+        return findings;
+    }
+
+private:
+    std::mutex m_mutex;
+    std::condition_variable m_changed;
+    std::vector<Submission> m_judged;
+    bool m_open;
+    int m_passes = 0;
+};
+
+} // namespace trevix

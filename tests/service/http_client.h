@@ -1,0 +1,55 @@
+// One HTTP exchange, byte by byte as the test wants it.
+
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace trevix {
+
+struct Reply {
+    int status = 0;                             ///< 0 when the connection ended without an answer.
+    std::map<std::string, std::string> headers; ///< Names in lower case.
+    std::string body;
+};
+
+using HeaderLines = std::vector<std::pair<std::string, std::string>>;
+
+/// A connection to 127.0.0.1; every step may fail and then says so.
+class Connection {
+public:
+    explicit Connection(std::uint16_t port);
+    ~Connection();
+    Connection(const Connection&) = delete;
+    Connection& operator=(const Connection&) = delete;
+
+    [[nodiscard]] bool isOpen() const { return m_socket >= 0; }
+    bool send(std::string_view bytes);
+    void endSending();
+    /// Reads until the other side closes, at most 30 s.
+    [[nodiscard]] Reply reply();
+
+private:
+    int m_socket = -1;
+};
+
+/// Sends the bytes and reads the answer.
+[[nodiscard]] Reply roundTrip(std::uint16_t port, std::string_view bytes);
+
+/// A request with Host, and with Content-Type and Content-Length when there is a body.
+[[nodiscard]] std::string requestText(std::string_view method, std::string_view target,
+                                      const HeaderLines& headers = {},
+                                      std::optional<std::string_view> body = std::nullopt);
+
+[[nodiscard]] Reply get(std::uint16_t port, std::string_view target,
+                        const HeaderLines& headers = {});
+[[nodiscard]] Reply post(std::uint16_t port, std::string_view target, std::string_view body,
+                         const HeaderLines& headers = {});
+
+} // namespace trevix

@@ -1,0 +1,293 @@
+#include "service/run_store.h"
+
+#include "tests/service/temporary_folder.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <iterator>
+
+#include <sqlite3.h>
+#include <sys/stat.h>
+
+namespace trevix {
+namespace {
+
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+
+std::string contentOf(const std::filesystem::path& file) {
+    std::ifstream stream(file, std::ios::binary);
+    return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
+}
+
+class RunStoreTest : public testing::Test {
+protected:
+    [[nodiscard]] std::filesystem::path file() const { return m_folder.path() / "runs.db"; }
+
+    std::unique_ptr<RunStore> open() {
+        auto opened = RunStore::open(file(), 1'000'000);
+        EXPECT_EQ(opened.notice, "");
+        return std::move(opened.store);
+    }
+
+    // Through another program's eyes.
+    std::string query(const std::string& sql) const {
+        sqlite3* db = nullptr;
+        EXPECT_EQ(sqlite3_open(file().c_str(), &db), SQLITE_OK);
+        std::string result;
+        const auto append = [](void* to, int count, char** values, char**) {
+            for (int i = 0; i < count; ++i) {
+                static_cast<std::string*>(to)->append(values[i] != nullptr ? values[i] : "NULL");
+            }
+            return 0;
+        };
+        EXPECT_EQ(sqlite3_exec(db, sql.c_str(), append, &result, nullptr), SQLITE_OK)
+            << sqlite3_errmsg(db);
+        sqlite3_close(db);
+        return result;
+    }
+
+    TemporaryFolder m_folder;
+};
+
+Finding finding(Severity severity, std::string text) {
+    return {severity, "rule " + text, "criterion", "line 1", "evidence " + text, "detail " + text};
+}
+
+Iteration iteration(int number, std::int64_t createdMs, std::vector<Finding> findings = {}) {
+    return {number,
+            createdMs,
+            "intent",
+            "ship",
+            0.92,
+            {{"name", "text/plain", 12}},
+            std::move(findings)};
+}
+
+RunRecord runRecord(std::string id, std::int64_t createdMs) {
+    return {std::move(id),
+            "text",
+            "writing",
+            "policy",
+            {iteration(0, createdMs,
+                       {finding(Severity::critical, "a"), finding(Severity::high, "b"),
+                        finding(Severity::medium, "c"), finding(Severity::low, "d")})}};
+}
+
+TEST_F(RunStoreTest, JobsWaitInTheOrderInWhichTheyCame) {
+    const auto store = open();
+    store->addJob("job_b", JobKind::grade, "", "first", 1);
+    store->addJob("job_a", JobKind::iterate, "run_1", "second", 2);
+    const auto pending = store->pendingJobs();
+    ASSERT_EQ(pending.size(), 2U);
+    EXPECT_EQ(pending[0], (PendingJob{1, "job_b", JobKind::grade, "", 5, 0}));
+    EXPECT_EQ(pending[1], (PendingJob{2, "job_a", JobKind::iterate, "run_1", 6, 0}));
+    EXPECT_EQ(store->payload("job_b"), "first");
+    EXPECT_EQ(store->payload("job_c"), std::nullopt);
+    EXPECT_EQ(store->finishedJob("job_b"), std::nullopt);
+}
+
+TEST_F(RunStoreTest, EverythingIsThereAgainAfterReopening) {
+    const std::string payload("bytes \0 and \xff", 13);
+    {
+        const auto store = open();
+        store->addJob("job_1", JobKind::grade, "", payload, 1);
+        store->addJob("job_2", JobKind::grade, "", "second", 2);
+        store->finishGrade("job_2", runRecord("run_2", 5));
+    }
+    const auto store = open();
+    ASSERT_EQ(store->pendingJobs().size(), 1U);
+    EXPECT_EQ(store->payload("job_1"), payload);
+    EXPECT_EQ(store->finishedJob("job_2"), (FinishedJob{"run_2", 0, std::nullopt}));
+    EXPECT_EQ(store->run("run_2"), runRecord("run_2", 5));
+}
+
+TEST_F(RunStoreTest, AFinishedJobLosesItsWork) {
+    const auto store = open();
+    store->addJob("job_1", JobKind::grade, "", "private words", 1);
+    store->finishGrade("job_1", runRecord("run_1", 5));
+    EXPECT_THAT(store->pendingJobs(), IsEmpty());
+    EXPECT_EQ(store->payload("job_1"), std::nullopt);
+    EXPECT_EQ(query("SELECT count(*) FROM jobs WHERE payload IS NOT NULL"), "0");
+}
+
+TEST_F(RunStoreTest, IterationsAreNumberedAndKeepTheirFindings) {
+    const auto store = open();
+    store->addJob("job_1", JobKind::grade, "", "x", 1);
+    store->finishGrade("job_1", runRecord("run_1", 5));
+    store->addJob("job_2", JobKind::iterate, "run_1", "x", 6);
+    store->addJob("job_3", JobKind::iterate, "run_1", "x", 7);
+    EXPECT_EQ(
+        store->finishIterate("job_2", "run_1", iteration(0, 8, {finding(Severity::low, "left")})),
+        1);
+    EXPECT_EQ(store->finishIterate("job_3", "run_1", iteration(0, 9)), 2);
+    RunRecord expected = runRecord("run_1", 5);
+    expected.iterations.push_back(iteration(1, 8, {finding(Severity::low, "left")}));
+    expected.iterations.push_back(iteration(2, 9));
+    EXPECT_EQ(store->run("run_1"), expected);
+    EXPECT_EQ(store->finishedJob("job_3"), (FinishedJob{"run_1", 2, std::nullopt}));
+}
+
+TEST_F(RunStoreTest, AnIterationOfNoRunChangesNothing) {
+    const auto store = open();
+    store->addJob("job_1", JobKind::iterate, "run_1", "x", 1);
+    EXPECT_THROW((void)store->finishIterate("job_1", "run_1", iteration(0, 2)), StoreError);
+    EXPECT_EQ(store->pendingJobs().size(), 1U);
+}
+
+TEST_F(RunStoreTest, AJobEndsOnce) {
+    const auto store = open();
+    store->addJob("job_1", JobKind::grade, "", "x", 1);
+    store->finishGrade("job_1", runRecord("run_1", 5));
+    EXPECT_THROW(store->finishGrade("job_1", runRecord("run_2", 6)), StoreError);
+    EXPECT_FALSE(store->hasRun("run_2")) << "undone with the rest of its transaction";
+    store->failJob("job_1", "too late", 7);
+    EXPECT_EQ(store->finishedJob("job_1"), (FinishedJob{"run_1", 0, std::nullopt}));
+}
+
+TEST_F(RunStoreTest, AFailedJobSaysWhy) {
+    const auto store = open();
+    store->addJob("job_1", JobKind::grade, "", "x", 1);
+    store->failJob("job_1", "why", 2);
+    EXPECT_EQ(store->finishedJob("job_1"), (FinishedJob{"", 0, "why"}));
+    EXPECT_THAT(store->pendingJobs(), IsEmpty());
+}
+
+TEST_F(RunStoreTest, AttemptsAreCountedAcrossReopening) {
+    {
+        const auto store = open();
+        store->addJob("job_1", JobKind::grade, "", "x", 1);
+        EXPECT_EQ(store->beginAttempt("job_1"), 1);
+    }
+    const auto store = open();
+    EXPECT_EQ(store->pendingJobs().at(0).attempts, 1);
+    EXPECT_EQ(store->beginAttempt("job_1"), 2);
+}
+
+TEST_F(RunStoreTest, TextFromOutsideIsNeverPartOfAStatement) {
+    const auto store = open();
+    const std::string hostile = "'; DROP TABLE jobs; --";
+    store->addJob(hostile, JobKind::grade, hostile, hostile, 1);
+    EXPECT_EQ(store->payload(hostile), hostile);
+    EXPECT_EQ(store->run(hostile), std::nullopt);
+    EXPECT_EQ(store->pendingJobs().size(), 1U);
+}
+
+TEST_F(RunStoreTest, OldRunsAreForgottenButNotWhatIsStillRevised) {
+    const auto store = open();
+    for (const char* name : {"1", "2", "3"}) {
+        store->addJob(std::string("job_") + name, JobKind::grade, "", "x", 1);
+        store->finishGrade(std::string("job_") + name, runRecord(std::string("run_") + name, 100));
+    }
+    store->addJob("job_4", JobKind::iterate, "run_2", "x", 150);
+    store->addJob("job_5", JobKind::iterate, "run_3", "x", 150);
+    (void)store->finishIterate("job_5", "run_3", iteration(0, 200));
+    store->addJob("job_6", JobKind::grade, "", "x", 1);
+    store->failJob("job_6", "why", 120);
+
+    EXPECT_EQ(store->prune(150), 1U);
+    EXPECT_FALSE(store->hasRun("run_1"));
+    EXPECT_TRUE(store->hasRun("run_2")) << "a job still revises it";
+    EXPECT_TRUE(store->hasRun("run_3")) << "revised lately";
+    EXPECT_EQ(store->finishedJob("job_1"), std::nullopt);
+    EXPECT_EQ(store->finishedJob("job_6"), std::nullopt);
+    EXPECT_NE(store->finishedJob("job_2"), std::nullopt);
+    EXPECT_NE(store->finishedJob("job_3"), std::nullopt);
+    EXPECT_EQ(query("SELECT count(*) FROM findings WHERE run_id = 'run_1'"), "0");
+    EXPECT_EQ(query("SELECT count(*) FROM parts WHERE run_id = 'run_1'"), "0");
+}
+
+TEST_F(RunStoreTest, RoomAndTracesOfFinishedWorkAreGivenBack) {
+    const auto store = open();
+    const std::string secret = "words that nobody else may read";
+    std::string work;
+    while (work.size() < 4'000'000) work += secret;
+    store->addJob("job_1", JobKind::grade, "", work, 1);
+    store->giveBackRoom();
+    EXPECT_GT(std::filesystem::file_size(file()), 4'000'000U);
+    EXPECT_THAT(contentOf(file()), HasSubstr(secret)) << "else this test could not fail";
+    store->finishGrade("job_1", runRecord("run_1", 5));
+    store->giveBackRoom();
+    EXPECT_LT(std::filesystem::file_size(file()), 500'000U);
+    EXPECT_EQ(std::filesystem::file_size(file().string() + "-wal"), 0U);
+    EXPECT_THAT(contentOf(file()), Not(HasSubstr(secret)));
+
+    store->addJob("job_2", JobKind::grade, "", secret, 1);
+    store->finishGrade("job_2", runRecord("run_2", 5));
+    store->giveBackRoom();
+    EXPECT_THAT(contentOf(file()), Not(HasSubstr(secret))) << "little work leaves no more";
+}
+
+TEST_F(RunStoreTest, KeepsWhatItPromisesThroughAPowerCut) {
+    const auto store = open();
+    EXPECT_EQ(query("PRAGMA journal_mode"), "wal");
+    EXPECT_EQ(query("PRAGMA integrity_check"), "ok");
+    EXPECT_EQ(query("PRAGMA user_version"), "1");
+}
+
+TEST_F(RunStoreTest, ADamagedFileIsMovedAsideWhole) {
+    const std::string junk = std::string("this is no database at all\n") + std::string(8192, 'x');
+    std::ofstream(file()) << junk;
+    std::ofstream(file().string() + "-wal") << "old log";
+    auto opened = RunStore::open(file(), 1'000'000);
+    const auto aside = m_folder.path() / "runs.db.damaged-1000";
+    EXPECT_THAT(opened.notice, HasSubstr("is damaged"));
+    EXPECT_THAT(opened.notice, HasSubstr(aside.string()));
+    std::ifstream kept(aside);
+    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(kept), {}), junk);
+    opened.store->addJob("job_1", JobKind::grade, "", "x", 1);
+    EXPECT_EQ(opened.store->pendingJobs().size(), 1U);
+    EXPECT_EQ(query("PRAGMA integrity_check"), "ok");
+}
+
+TEST_F(RunStoreTest, PagesOverwrittenInTheMiddleAreNoticed) {
+    {
+        const auto store = open();
+        for (int i = 0; i < 50; ++i) {
+            store->addJob("job_" + std::to_string(i), JobKind::grade, "", std::string(5000, 'p'),
+                          1);
+        }
+    }
+    const auto size = std::filesystem::file_size(file());
+    {
+        std::fstream damage(file(), std::ios::in | std::ios::out | std::ios::binary);
+        for (std::uintmax_t at = 4096; at + 4096 <= size; at += 4096) {
+            damage.seekp(static_cast<std::streamoff>(at));
+            damage << std::string(200, '\xee');
+        }
+    }
+    auto opened = RunStore::open(file(), 1'000'000);
+    EXPECT_THAT(opened.notice, HasSubstr("is damaged"));
+    EXPECT_THAT(opened.store->pendingJobs(), IsEmpty());
+    // A second one at the same moment does not overwrite the first.
+    opened.store.reset();
+    std::ofstream(file(), std::ios::trunc) << std::string(9000, 'y');
+    EXPECT_THAT(RunStore::open(file(), 1'000'000).notice, HasSubstr("damaged-1000-2"));
+    EXPECT_EQ(std::filesystem::file_size(m_folder.path() / "runs.db.damaged-1000"), size);
+}
+
+TEST_F(RunStoreTest, AFileOfANewerVersionOrAnotherProgramIsLeftAlone) {
+    open().reset();
+    query("PRAGMA user_version = 99");
+    try {
+        (void)RunStore::open(file(), 1);
+        FAIL() << "opened";
+    } catch (const StoreError& error) {
+        EXPECT_THAT(error.what(), HasSubstr("newer"));
+    }
+    query("PRAGMA user_version = 1; PRAGMA application_id = 7");
+    EXPECT_THROW((void)RunStore::open(file(), 1), StoreError);
+    EXPECT_TRUE(std::filesystem::exists(file()));
+    query("PRAGMA application_id = 1414682200"); // its own again
+    EXPECT_NE(open(), nullptr);
+}
+
+TEST_F(RunStoreTest, AFolderThatIsMissingIsAnError) {
+    EXPECT_THROW((void)RunStore::open(m_folder.path() / "missing" / "runs.db", 1), StoreError);
+}
+
+} // namespace
+} // namespace trevix

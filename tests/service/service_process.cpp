@@ -1,0 +1,95 @@
+#include "tests/service/service_process.h"
+
+#include <csignal>
+#include <cstdlib>
+#include <stdexcept>
+
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace trevix {
+
+namespace {
+
+std::string readAll(int fd) {
+    std::string all;
+    char buffer[4096];
+    for (ssize_t n = 0; (n = read(fd, buffer, sizeof buffer)) > 0;) {
+        all.append(buffer, static_cast<std::size_t>(n));
+    }
+    return all;
+}
+
+} // namespace
+
+ServiceProcess::ServiceProcess(const std::vector<std::string>& arguments,
+                               const std::vector<std::string>& environment) {
+    int output[2];
+    int errors[2];
+    if (pipe2(output, O_CLOEXEC) != 0 || pipe2(errors, O_CLOEXEC) != 0) {
+        throw std::runtime_error("no pipe");
+    }
+    std::vector<std::string> words{TREVIX_LOCAL};
+    words.insert(words.end(), arguments.begin(), arguments.end());
+    std::vector<std::string> variables = environment;
+    for (const char* kept : {"PATH", "TMPDIR", "ASAN_OPTIONS", "TSAN_OPTIONS", "UBSAN_OPTIONS"}) {
+        if (const char* value = std::getenv(kept)) {
+            variables.push_back(std::string(kept) + "=" + value);
+        }
+    }
+    const auto pointers = [](std::vector<std::string>& texts) {
+        std::vector<char*> all;
+        for (std::string& text : texts) all.push_back(text.data());
+        all.push_back(nullptr);
+        return all;
+    };
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_adddup2(&actions, output[1], 1);
+    posix_spawn_file_actions_adddup2(&actions, errors[1], 2);
+    const int failed = posix_spawn(&m_pid, TREVIX_LOCAL, &actions, nullptr, pointers(words).data(),
+                                   pointers(variables).data());
+    posix_spawn_file_actions_destroy(&actions);
+    close(output[1]);
+    close(errors[1]);
+    m_output = output[0];
+    m_errors = errors[0];
+    if (failed != 0) throw std::runtime_error("cannot start " TREVIX_LOCAL);
+}
+
+ServiceProcess::~ServiceProcess() {
+    if (m_pid > 0) {
+        kill(m_pid, SIGKILL);
+        waitpid(m_pid, nullptr, 0);
+    }
+    close(m_output);
+    close(m_errors);
+}
+
+std::uint16_t ServiceProcess::awaitPort() {
+    char c = 0;
+    while (read(m_output, &c, 1) == 1 && c != '\n') m_firstLine += c;
+    const std::string start = "trevix-local listening on http://127.0.0.1:";
+    if (m_firstLine.rfind(start, 0) != 0) return 0;
+    return static_cast<std::uint16_t>(std::atoi(m_firstLine.c_str() + start.size()));
+}
+
+void ServiceProcess::signal(int number) {
+    kill(m_pid, number);
+}
+
+Ended ServiceProcess::end() {
+    Ended ended;
+    ended.output = readAll(m_output);
+    ended.errors = readAll(m_errors);
+    int status = 0;
+    waitpid(m_pid, &status, 0);
+    m_pid = -1;
+    if (WIFEXITED(status)) ended.exitCode = WEXITSTATUS(status);
+    if (WIFSIGNALED(status)) ended.signal = WTERMSIG(status);
+    return ended;
+}
+
+} // namespace trevix
