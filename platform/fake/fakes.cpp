@@ -170,6 +170,28 @@ void FakePasteboard::setString(std::string_view newText) {
     text = newText;
 }
 
+std::optional<std::size_t> FakeDialogs::show(const Alert& alert) {
+    m_journal.add("alert " + alert.message);
+    shown.push_back(alert);
+    if (answers.empty()) return std::nullopt;
+    const auto answer = answers.front();
+    answers.pop_front();
+    return answer;
+}
+
+bool FakeUrlOpener::open(std::string_view url) {
+    if (invalid.contains(url)) return false;
+    m_journal.add("open " + std::string(url));
+    opened.emplace_back(url);
+    return true;
+}
+
+std::optional<AppIcon> FakeAppIcons::icon(std::string_view bundleId) {
+    const auto found = icons.find(bundleId);
+    if (found == icons.end()) return std::nullopt;
+    return found->second;
+}
+
 std::optional<ProcessResult> FakeProcessRunner::run(const ProcessRequest& request) {
     std::string line = request.program;
     for (const auto& argument : request.arguments) line += " " + argument;

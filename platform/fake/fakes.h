@@ -6,8 +6,10 @@
 #pragma once
 
 #include "platform/fake/journal.h"
+#include "platform/ports/app_icons.h"
 #include "platform/ports/bundle_resources.h"
 #include "platform/ports/clock.h"
+#include "platform/ports/dialogs.h"
 #include "platform/ports/dispatcher.h"
 #include "platform/ports/environment.h"
 #include "platform/ports/file_system.h"
@@ -15,6 +17,7 @@
 #include "platform/ports/keyboard.h"
 #include "platform/ports/pasteboard.h"
 #include "platform/ports/process_runner.h"
+#include "platform/ports/url_opener.h"
 #include "platform/ports/window_list.h"
 #include "platform/ports/window_picture.h"
 #include "platform/ports/workspace.h"
@@ -163,6 +166,41 @@ private:
     Journal& m_journal;
 };
 
+class FakeDialogs : public Dialogs {
+public:
+    explicit FakeDialogs(Journal& journal) : m_journal(journal) {}
+
+    /// Which button the coming alerts see pressed, first one first; closed without one once they
+    /// are used up.
+    std::deque<std::optional<std::size_t>> answers;
+    std::vector<Alert> shown;
+
+    std::optional<std::size_t> show(const Alert& alert) override;
+
+private:
+    Journal& m_journal;
+};
+
+class FakeUrlOpener : public UrlOpener {
+public:
+    explicit FakeUrlOpener(Journal& journal) : m_journal(journal) {}
+
+    std::set<std::string, std::less<>> invalid; ///< What does not count as an address.
+    std::vector<std::string> opened;
+
+    bool open(std::string_view url) override;
+
+private:
+    Journal& m_journal;
+};
+
+class FakeAppIcons : public AppIcons {
+public:
+    std::map<std::string, AppIcon, std::less<>> icons; ///< By bundle identifier.
+
+    std::optional<AppIcon> icon(std::string_view bundleId) override;
+};
+
 class FakeProcessRunner : public ProcessRunner {
 public:
     explicit FakeProcessRunner(Journal& journal) : m_journal(journal) {}
@@ -225,14 +263,17 @@ private:
 struct FakePlatform {
     Journal journal;
     FakeClock clock{journal};
+    FakeDialogs dialogs{journal};
     FakeDispatcher dispatcher;
     FakeEnvironment environment;
     FakeFileSystem files{journal};
     FakeBundleResources resources;
+    FakeAppIcons icons;
     FakeHttpSession http{journal};
     FakeKeyboard keyboard{journal};
     FakePasteboard pasteboard{journal};
     FakeProcessRunner processes{journal};
+    FakeUrlOpener urls{journal};
     FakeWindowList windows{journal};
     FakeWindowPicture picture{journal};
     FakeWorkspace workspace{journal};

@@ -207,6 +207,7 @@ std::optional<DesktopEntry> parseDesktopEntry(std::string_view bytes,
         if (key == "Type") type = value;
         if (key == "StartupWMClass") entry.startupWmClass = unescaped(value);
         if (key == "Exec") entry.exec = unescaped(value);
+        if (key == "Icon") entry.icon = unescaped(value);
         if (key == "Categories") entry.categories = listed(value);
         if (key == "X-Flatpak") entry.flatpakId = unescaped(value);
         if (key == "X-SnapInstanceName") entry.snapInstance = unescaped(value);

@@ -29,6 +29,7 @@ struct DesktopEntry {
     std::string name;           ///< In the user's language where the file has it; may be empty.
     std::string startupWmClass; ///< May be empty, like everything below.
     std::string exec;
+    std::string icon; ///< A name in the icon theme, or an absolute path.
     std::string flatpakId;
     std::string snapInstance;
     std::vector<std::string> categories;

@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include "platform/ports/app_icons.h"
 #include "platform/ports/clock.h"
 #include "platform/ports/environment.h"
 #include "platform/ports/keyboard.h"
@@ -21,6 +22,7 @@ struct LinuxDesktop {
     std::unique_ptr<Pasteboard> pasteboard;
     std::unique_ptr<WindowList> windowList;
     std::unique_ptr<WindowPicture> windowPicture;
+    std::unique_ptr<AppIcons> icons;
 };
 
 /// Connects to the display that `environment` names. The environment is read now and never again;

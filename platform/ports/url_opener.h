@@ -1,0 +1,19 @@
+// Show an address to the user in the program that they chose for it.
+
+#pragma once
+
+#include <string_view>
+
+namespace kelvane {
+
+class UrlOpener {
+public:
+    virtual ~UrlOpener() = default;
+
+    /// Hands the address to the user's browser and returns without waiting for it. False when the
+    /// text is no valid address or nothing could be started; then nothing has happened. Main
+    /// thread.
+    virtual bool open(std::string_view url) = 0;
+};
+
+} // namespace kelvane
