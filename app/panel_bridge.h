@@ -1,0 +1,117 @@
+// What does the panel's drawing bind to?
+//
+// A `PanelBridge` republishes the model as properties: one map per section of the panel, each with
+// its own change signal, so that only what changed is drawn again. It decides nothing; every text
+// and every flag comes from `companionView`.
+//
+// The model tells of a change before it happens, often several times in a row. The bridge therefore
+// looks again once, on the next turn of the event loop. Main thread only. The model and what
+// `PanelImages` refers to must outlive the bridge.
+
+#pragma once
+
+#include "app/companion_view.h"
+#include "app/published.h"
+
+#include <QObject>
+#include <QString>
+#include <QUrl>
+#include <QVariantMap>
+
+#include <string>
+
+namespace kelvane {
+
+class AppIcons;
+class BundleResources;
+
+/// Where the pictures in the panel come from.
+struct PanelImages {
+    AppIcons& icons;
+    BundleResources& resources;
+};
+
+class PanelBridge : public QObject {
+    Q_OBJECT
+    Q_PROPERTY(QVariantMap header READ header NOTIFY headerChanged)
+    Q_PROPERTY(QVariantMap now READ now NOTIFY nowChanged)
+    Q_PROPERTY(QVariantMap verdict READ verdict NOTIFY verdictChanged)
+    Q_PROPERTY(QVariantMap actions READ actions NOTIFY actionsChanged)
+    Q_PROPERTY(QVariantMap agents READ agents NOTIFY agentsChanged)
+    Q_PROPERTY(QVariantMap workflow READ workflow NOTIFY workflowChanged)
+    Q_PROPERTY(QVariantMap footer READ footer NOTIFY footerChanged)
+    Q_PROPERTY(bool dark READ dark WRITE setDark NOTIFY darkChanged)
+    Q_PROPERTY(int textSize READ textSize WRITE setTextSize NOTIFY textSizeChanged)
+
+public:
+    /// The size of ordinary text, in pixels, unless the desktop asks for another.
+    static constexpr int kTextSize = 13;
+    static constexpr int kSmallestTextSize = 12;
+    static constexpr int kLargestTextSize = 18;
+
+    PanelBridge(CompanionModel& model, PanelImages images, QObject* parent = nullptr);
+
+    [[nodiscard]] const PanelImages& images() const { return m_images; }
+
+    [[nodiscard]] QVariantMap header() const { return m_header; }
+    [[nodiscard]] QVariantMap now() const { return m_now; }
+    [[nodiscard]] QVariantMap verdict() const { return m_verdict; }
+    [[nodiscard]] QVariantMap actions() const { return m_actions; }
+    [[nodiscard]] QVariantMap agents() const { return m_agents; }
+    [[nodiscard]] QVariantMap workflow() const { return m_workflow; }
+    [[nodiscard]] QVariantMap footer() const { return m_footer; }
+
+    /// Whether the panel is drawn light on dark. False until it is set.
+    [[nodiscard]] bool dark() const { return m_dark; }
+    void setDark(bool dark);
+
+    /// The size of ordinary text in pixels; all other sizes follow from it. What lies outside the
+    /// smallest and the largest size is brought to the nearer one.
+    [[nodiscard]] int textSize() const { return m_textSize; }
+    void setTextSize(int pixels);
+
+    /// Looks at the model at once instead of on the next turn of the loop: for whoever is about to
+    /// show the panel and wants its first frame to be right.
+    void redraw();
+
+    // What the controls call.
+    Q_INVOKABLE void grade();
+    Q_INVOKABLE void iterate();
+    Q_INVOKABLE void wire();
+    Q_INVOKABLE void getKey();
+    Q_INVOKABLE void uninstall();
+    Q_INVOKABLE void quit();
+    Q_INVOKABLE void openReport(); ///< Of the verdict shown; nothing when it has no run.
+
+signals:
+    void headerChanged();
+    void nowChanged();
+    void verdictChanged();
+    void actionsChanged();
+    void agentsChanged();
+    void workflowChanged();
+    void footerChanged();
+    void darkChanged();
+    void textSizeChanged();
+
+private:
+    void redrawSoon();
+    void publish(const CompanionViewRecord& record);
+
+    CompanionModel& m_model;
+    PanelImages m_images;
+    Subscription m_changes;
+    CompanionViewRecord m_record;
+    QVariantMap m_header;
+    QVariantMap m_now;
+    QVariantMap m_verdict;
+    QVariantMap m_actions;
+    QVariantMap m_agents;
+    QVariantMap m_workflow;
+    QVariantMap m_footer;
+    bool m_dark = false;
+    int m_textSize = kTextSize;
+    bool m_redrawPending = false;
+};
+
+} // namespace kelvane

@@ -1,0 +1,39 @@
+// How does the panel come onto the screen?
+//
+// As one item, as wide as it is told and as high as its content needs, or as a window that holds
+// just that item. Drawn without a GPU: `useSoftwareRendering` must have been called before the
+// first window of the process is made. Main thread only; the bridge must outlive what is made here.
+
+#pragma once
+
+#include "app/panel_bridge.h"
+
+#include <memory>
+
+class QQmlEngine;
+class QQuickItem;
+class QQuickView;
+
+namespace kelvane {
+
+inline constexpr int kPanelWidth = 360;
+
+/// Makes this process draw its windows with the CPU alone: a panel needs no more, and a GPU context
+/// would cost many times the panel's memory.
+void useSoftwareRendering();
+
+/// A panel in `engine`, with no parent. Its width is `kPanelWidth` until it is set; its
+/// implicitHeight follows its content and changes with it. Null, with the reasons on standard
+/// error, when the panel cannot be built, which only a broken build makes happen. Give it the
+/// keyboard with `forceActiveFocus()`; then Tab goes to its first control.
+[[nodiscard]] std::unique_ptr<QQuickItem> makePanelItem(QQmlEngine& engine, PanelBridge& bridge);
+
+/// A hidden window without frame or flags of its own that holds a panel and is always as large as
+/// it. Its colour is transparent: the panel paints its own background. Null as above.
+[[nodiscard]] std::unique_ptr<QQuickView> makePanelView(PanelBridge& bridge);
+
+/// Ends what must not outlast the moment in which the panel is hidden: an open menu, a tool tip, a
+/// focus ring. `panel` is what either function above made, or its rootObject.
+void resetPanel(QQuickItem& panel);
+
+} // namespace kelvane
