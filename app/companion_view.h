@@ -1,0 +1,180 @@
+// What does the panel show for a given state of the model?
+//
+// A pure function from the model to a plain record: every text, colour, tool tip and flag, in the
+// order in which the panel draws them. The panel draws the record and decides nothing. Texts that
+// come from outside (names, notes, flaws) are made harmless here, see shown_text.h: control
+// characters and bidirectional overrides cannot leave their place. Identifiers are not shown and
+// stay as they are. Only what can be seen is in the record: it costs the same for any number of
+// flaws.
+
+#pragma once
+
+#include "app/companion_model.h"
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace kelvane {
+
+/// The colours that the panel speaks in; what they look like is the theme's business.
+enum class Tint { green, yellow, orange, red, gray, blue, black, white, secondary, primary, clear };
+
+/// The colour's name, as the panel's theme lists it.
+[[nodiscard]] std::string_view rawValue(Tint tint);
+
+/// A line-drawn symbol of the panel's own set.
+enum class Symbol { magnifyingGlass, seal, iterateArrows, shield };
+
+/// The symbol's name, e.g. "checkmark.seal".
+[[nodiscard]] std::string_view rawValue(Symbol symbol);
+
+struct StatusDot {
+    Tint tint = Tint::orange;
+    std::string toolTip;
+
+    bool operator==(const StatusDot&) const = default;
+};
+
+/// "NOW": the application in front, or that none can be graded.
+struct NowSection {
+    std::string caption;
+    bool recognised = false;      ///< Whether the glyph is the application's icon.
+    std::string bundleId;         ///< Whose icon; empty when not recognised.
+    std::optional<Symbol> symbol; ///< Instead of the icon when not recognised.
+    std::string headline;
+    std::string detail;
+
+    bool operator==(const NowSection&) const = default;
+};
+
+struct BandPillView {
+    std::string label;
+    Tint tint = Tint::gray;
+    Tint labelTint = Tint::white;
+
+    bool operator==(const BandPillView&) const = default;
+};
+
+struct FlawRow {
+    std::string severity;
+    Tint severityTint = Tint::secondary;
+    std::string text; ///< The criterion, if any, and the detail.
+
+    bool operator==(const FlawRow&) const = default;
+};
+
+/// At most one of its three faces shows: progress, a verdict, or a note.
+struct VerdictSection {
+    struct Graded {
+        BandPillView pill;
+        std::optional<std::string> score;
+        std::optional<std::string> reportRunId; ///< Present: "Full report" is offered.
+        std::optional<std::string> error;
+        std::vector<FlawRow> flaws;         ///< At most three.
+        std::optional<std::string> more;    ///< How many flaws are not shown.
+        std::optional<std::string> summary; ///< Instead of flaws when there are none.
+
+        bool operator==(const Graded&) const = default;
+    };
+
+    std::optional<std::string> progress; ///< Beside a moving indicator.
+    std::optional<Graded> graded;
+    std::optional<std::string> note;
+
+    bool operator==(const VerdictSection&) const = default;
+};
+
+struct ButtonView {
+    std::string label;
+    std::optional<Symbol> symbol;
+    bool visible = true;
+    bool enabled = true;
+
+    bool operator==(const ButtonView&) const = default;
+};
+
+struct ActionRow {
+    ButtonView grade;
+    ButtonView iterate;
+    ButtonView getKey;
+
+    bool operator==(const ActionRow&) const = default;
+};
+
+struct AgentChipView {
+    std::string name;
+    Tint dot = Tint::clear;
+    std::optional<Symbol> badge; ///< Present when wired.
+    std::string toolTip;
+
+    bool operator==(const AgentChipView&) const = default;
+};
+
+struct AgentsSection {
+    std::string caption;
+    std::optional<std::string> empty;             ///< Instead of rows when there are no agents.
+    std::vector<std::vector<AgentChipView>> rows; ///< Two to a row, in the order of the scan.
+
+    bool operator==(const AgentsSection&) const = default;
+};
+
+struct WorkflowSection {
+    std::string caption;
+    std::optional<std::string> tag;
+    std::string pipeline; ///< One line; empty when nothing was seen yet.
+
+    bool operator==(const WorkflowSection&) const = default;
+};
+
+/// What a menu item asks of the model; a divider asks for nothing.
+enum class MenuAction { getKey, uninstall, quit, divider };
+
+/// The action's name, e.g. "getKey".
+[[nodiscard]] std::string_view rawValue(MenuAction action);
+
+struct MenuItem {
+    MenuAction action = MenuAction::divider;
+    std::string title; ///< Empty for a divider.
+
+    bool operator==(const MenuItem&) const = default;
+};
+
+struct FooterRow {
+    ButtonView wire;
+    std::string menuTitle;
+    std::vector<MenuItem> menu;
+
+    bool operator==(const FooterRow&) const = default;
+};
+
+struct CompanionViewRecord {
+    std::string product;
+    std::string tag;
+    StatusDot status;
+    NowSection now;
+    VerdictSection verdict;
+    ActionRow actions;
+    AgentsSection agents;
+    WorkflowSection workflow;
+    FooterRow footer;
+
+    bool operator==(const CompanionViewRecord&) const = default;
+};
+
+/// What the panel says of a modality: "a deck" for "deck"; the id itself when there is no word.
+[[nodiscard]] std::string_view modalityLabel(std::string_view modality);
+
+/// A score as the panel writes it: times 100, rounded half away from zero. Absent for one that is
+/// no number. Scores past what 64 bits hold are cut to the nearest number that they do.
+[[nodiscard]] std::optional<std::string> scoreText(double score);
+
+[[nodiscard]] BandPillView bandPill(Band band);
+[[nodiscard]] FlawRow flawRow(const Flaw& flaw);
+[[nodiscard]] AgentChipView agentChip(const DetectedAgent& agent);
+
+/// Main thread, like the model that it reads.
+[[nodiscard]] CompanionViewRecord companionView(const CompanionModel& model);
+
+} // namespace kelvane

@@ -1,0 +1,537 @@
+#include "app/companion_view.h"
+
+#include "platform/fake/fakes.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <string>
+#include <vector>
+
+namespace kelvane {
+namespace {
+
+constexpr const char* kKeyLink = "Get a free key to start grading →";
+constexpr const char* kHeld = "Held below your bar. No itemised flaws returned.";
+
+CatalogApp figma() {
+    CatalogApp app;
+    app.id = "figma";
+    app.name = "Figma";
+    app.category = "design";
+    app.bundleIds = {"com.figma.Desktop"};
+    app.primaryModality = "ui_ux";
+    return app;
+}
+
+AgentChipView chipOf(bool running, bool present, std::optional<bool> wired) {
+    return agentChip({.id = "a",
+                      .name = "Agent",
+                      .kind = AgentKind::codingHarness,
+                      .running = running,
+                      .present = present,
+                      .wired = wired});
+}
+
+class CompanionViewTest : public testing::Test {
+protected:
+    static CompanionModel::Ports ports(FakePlatform& fake) {
+        return {.workspace = fake.workspace,
+                .processes = fake.processes,
+                .files = fake.files,
+                .environment = fake.environment,
+                .http = fake.http,
+                .clock = fake.clock,
+                .dispatcher = fake.dispatcher,
+                .capture = [](const DetectedApp&) { return CaptureResult{}; }};
+    }
+
+    void inFront(const CatalogApp& app) {
+        model.detected =
+            DetectedApp{.rawBundleId = app.bundleIds.front(), .rawName = "raw", .app = app};
+    }
+    void inFront(const std::string& name) {
+        model.detected = DetectedApp{.rawBundleId = "org.other", .rawName = name, .app = {}};
+    }
+    void gradedWith(Band band, std::vector<Flaw> flaws = {}) {
+        model.verdict = Verdict{.band = band,
+                                .score = 0.62,
+                                .flaws = std::move(flaws),
+                                .runId = "run-1",
+                                .warming = false,
+                                .error = std::nullopt};
+    }
+    CompanionViewRecord view() { return companionView(model); }
+    VerdictSection::Graded graded() { return view().verdict.graded.value(); }
+
+    FakePlatform fake;
+    CompanionModel model{
+        ports(fake), AppCatalog({figma()}, "1", {"ui_ux"}, {{"design", "Design & UI"}}), "/home/u"};
+};
+
+TEST_F(CompanionViewTest, HeaderNamesTheProduct) {
+    EXPECT_EQ(view().product, "Kelvane");
+    EXPECT_EQ(view().tag, "Companion");
+}
+
+TEST_F(CompanionViewTest, StatusDotTellsWhetherThereIsAKey) {
+    EXPECT_EQ(view().status,
+              (StatusDot{.tint = Tint::orange, .toolTip = "Get a free key to start grading"}));
+    model.hasKey = true;
+    EXPECT_EQ(view().status, (StatusDot{.tint = Tint::green, .toolTip = "Ready to grade"}));
+}
+
+TEST_F(CompanionViewTest, NowShowsTheCatalogAppInFront) {
+    inFront(figma());
+    EXPECT_EQ(view().now, (NowSection{.caption = "NOW",
+                                      .recognised = true,
+                                      .bundleId = "com.figma.Desktop",
+                                      .symbol = std::nullopt,
+                                      .headline = "You're in Figma",
+                                      .detail = "Design & UI · grades as design"}));
+}
+
+TEST_F(CompanionViewTest, TheIconIsAskedForByTheDetectedIdentifier) {
+    inFront(figma());
+    model.detected =
+        DetectedApp{.rawBundleId = "com.figma.Desktop.beta", .rawName = "", .app = figma()};
+    EXPECT_EQ(view().now.bundleId, "com.figma.Desktop.beta");
+}
+
+TEST_F(CompanionViewTest, ACategoryWithoutALabelShowsItsId) {
+    auto app = figma();
+    app.category = "alchemy";
+    inFront(app);
+    EXPECT_EQ(view().now.detail, "alchemy · grades as design");
+}
+
+TEST_F(CompanionViewTest, AModalityWithoutALabelShowsItsId) {
+    auto app = figma();
+    app.primaryModality = "hologram";
+    inFront(app);
+    EXPECT_EQ(view().now.detail, "Design & UI · grades as hologram");
+}
+
+TEST(ModalityLabel, HasAWordForEachModality) {
+    const std::vector<std::pair<std::string, std::string>> cases{
+        {"ui_ux", "design"},
+        {"video_transcript", "transcript"},
+        {"outcome_metric", "metrics"},
+        {"deck", "a deck"},
+        {"code", "code"},
+        {"image", "an image"},
+        {"video", "video"},
+        {"audio", "audio"},
+        {"spreadsheet", "a sheet"},
+        {"document", "a doc"},
+        {"text", "text"},
+        {"hologram", "hologram"},
+        {"UI_UX", "UI_UX"},
+        {"", ""},
+    };
+    for (const auto& [id, label] : cases) EXPECT_EQ(modalityLabel(id), label);
+}
+
+TEST_F(CompanionViewTest, AnAppOutsideTheCatalogIsNamed) {
+    inFront("Doom");
+    EXPECT_EQ(view().now, (NowSection{.caption = "NOW",
+                                      .recognised = false,
+                                      .bundleId = "",
+                                      .symbol = Symbol::magnifyingGlass,
+                                      .headline = "Bring a supported app to the front",
+                                      .detail = "Doom isn't in the catalog yet"}));
+}
+
+TEST_F(CompanionViewTest, BeforeAnyAppWasSeenTheCaptionInvites) {
+    EXPECT_EQ(view().now.headline, "Bring a supported app to the front");
+    EXPECT_EQ(view().now.detail, "Kelvane works across 90+ apps");
+    EXPECT_FALSE(view().now.recognised);
+}
+
+TEST_F(CompanionViewTest, NothingOfAVerdictBeforeTheFirst) {
+    EXPECT_EQ(view().verdict, VerdictSection{});
+}
+
+TEST_F(CompanionViewTest, ANoteShowsWhenThereIsNoVerdict) {
+    model.note = "Couldn't capture anything to grade.";
+    EXPECT_EQ(view().verdict, (VerdictSection{.progress = std::nullopt,
+                                              .graded = std::nullopt,
+                                              .note = "Couldn't capture anything to grade."}));
+}
+
+TEST_F(CompanionViewTest, AVerdictHidesTheNote) {
+    model.note = "Copied the selection.";
+    gradedWith(Band::ship);
+    EXPECT_EQ(view().verdict.note, std::nullopt);
+    EXPECT_TRUE(view().verdict.graded);
+}
+
+TEST_F(CompanionViewTest, WhileGradingNothingElseOfTheVerdictShows) {
+    model.note = "Copied the selection.";
+    gradedWith(Band::block, {{"HIGH", "a", "b"}});
+    model.grading = true;
+    EXPECT_EQ(view().verdict, (VerdictSection{.progress = "Grading… the critic may be warming up",
+                                              .graded = std::nullopt,
+                                              .note = std::nullopt}));
+}
+
+TEST_F(CompanionViewTest, WhileGradingBothButtonsAreDisabled) {
+    inFront(figma());
+    model.hasKey = true;
+    gradedWith(Band::block);
+    EXPECT_TRUE(view().actions.grade.enabled);
+    EXPECT_TRUE(view().actions.iterate.enabled);
+    model.grading = true;
+    EXPECT_FALSE(view().actions.grade.enabled);
+    EXPECT_FALSE(view().actions.iterate.enabled);
+    EXPECT_TRUE(view().actions.iterate.visible);
+}
+
+TEST(BandPill, HasALabelAndColoursForEachBand) {
+    const std::vector<std::pair<Band, BandPillView>> cases{
+        {Band::ship, {.label = "SHIP", .tint = Tint::green, .labelTint = Tint::white}},
+        {Band::route_to_fix,
+         {.label = "ROUTE TO FIX", .tint = Tint::yellow, .labelTint = Tint::black}},
+        {Band::quarantine, {.label = "QUARANTINE", .tint = Tint::orange, .labelTint = Tint::white}},
+        {Band::block, {.label = "BLOCK", .tint = Tint::red, .labelTint = Tint::white}},
+        {Band::unknown, {.label = "—", .tint = Tint::gray, .labelTint = Tint::white}},
+    };
+    for (const auto& [band, pill] : cases) EXPECT_EQ(bandPill(band), pill) << rawValue(band);
+}
+
+TEST(ScoreText, IsTimesAHundredRoundedHalfAwayFromZero) {
+    const std::vector<std::pair<double, std::string>> cases{
+        {0.62, "62"},
+        {0, "0"},
+        {1, "100"},
+        {0.005, "1"},
+        {0.004, "0"},
+        {0.625, "63"},
+        {0.615, "62"},
+        {-0.625, "-63"},
+        {-0.005, "-1"},
+        {-0.004, "0"},
+        {-0.0, "0"},
+        {12.3, "1230"},
+        {1e300, "9223372036854775807"},
+        {-1e300, "-9223372036854775808"},
+        {9.2e16, "9200000000000000000"},
+        {std::numeric_limits<double>::infinity(), "9223372036854775807"},
+        {-std::numeric_limits<double>::infinity(), "-9223372036854775808"},
+        {std::numeric_limits<double>::denorm_min(), "0"},
+    };
+    for (const auto& [score, text] : cases) EXPECT_EQ(scoreText(score), text) << score;
+    EXPECT_EQ(scoreText(std::nan("")), std::nullopt);
+}
+
+TEST_F(CompanionViewTest, TheScoreIsACaption) {
+    gradedWith(Band::route_to_fix);
+    EXPECT_EQ(graded().score, "Trevix 62");
+}
+
+TEST_F(CompanionViewTest, AVerdictWithoutAScoreShowsNone) {
+    model.verdict = Verdict{};
+    EXPECT_EQ(graded().score, std::nullopt);
+    model.verdict = Verdict{.band = Band::ship,
+                            .score = std::nan(""),
+                            .flaws = {},
+                            .runId = {},
+                            .warming = false,
+                            .error = {}};
+    EXPECT_EQ(graded().score, std::nullopt);
+}
+
+TEST_F(CompanionViewTest, TheReportIsOfferedWhenThereIsARun) {
+    gradedWith(Band::ship);
+    EXPECT_EQ(graded().reportRunId, "run-1");
+    model.verdict = Verdict::failure("no luck");
+    EXPECT_EQ(graded().reportRunId, std::nullopt);
+}
+
+TEST_F(CompanionViewTest, IterateIsOfferedWhenThereIsARun) {
+    EXPECT_FALSE(view().actions.iterate.visible);
+    gradedWith(Band::route_to_fix);
+    EXPECT_EQ(view().actions.iterate, (ButtonView{.label = "Iterate",
+                                                  .symbol = Symbol::iterateArrows,
+                                                  .visible = true,
+                                                  .enabled = true}));
+    model.verdict = Verdict::failure("no luck");
+    EXPECT_FALSE(view().actions.iterate.visible);
+}
+
+TEST_F(CompanionViewTest, IterateNeedsNeitherAKeyNorASupportedApp) {
+    gradedWith(Band::route_to_fix);
+    EXPECT_TRUE(view().actions.iterate.enabled);
+}
+
+TEST_F(CompanionViewTest, AVerdictThatCarriesOnlyAnErrorShowsItAndTheHeldBelowText) {
+    model.verdict = Verdict::failure("The service is not there.");
+    EXPECT_EQ(graded(), (VerdictSection::Graded{
+                            .pill = {.label = "—", .tint = Tint::gray, .labelTint = Tint::white},
+                            .score = std::nullopt,
+                            .reportRunId = std::nullopt,
+                            .error = "The service is not there.",
+                            .flaws = {},
+                            .more = std::nullopt,
+                            .summary = kHeld}));
+}
+
+TEST_F(CompanionViewTest, AnErrorWithABandThatClearsSaysReady) {
+    auto verdict = Verdict::failure("odd");
+    verdict.band = Band::ship;
+    model.verdict = verdict;
+    EXPECT_EQ(graded().error, "odd");
+    EXPECT_EQ(graded().summary, "Clears your bar — ready to ship.");
+}
+
+TEST_F(CompanionViewTest, WarmingIsNotShown) {
+    auto verdict = Verdict::failure("grade timed out after 420s");
+    const auto record = [&] {
+        model.verdict = verdict;
+        return view();
+    };
+    const auto cold = record();
+    verdict.warming = true;
+    EXPECT_EQ(record(), cold);
+}
+
+TEST_F(CompanionViewTest, WithoutFlawsTheSummarySaysWhetherTheWorkClears) {
+    for (const Band band : {Band::route_to_fix, Band::quarantine, Band::block, Band::unknown}) {
+        gradedWith(band);
+        EXPECT_EQ(graded().summary, kHeld) << rawValue(band);
+    }
+    gradedWith(Band::ship);
+    EXPECT_EQ(graded().summary, "Clears your bar — ready to ship.");
+}
+
+TEST_F(CompanionViewTest, FlawsReplaceTheSummaryEvenWhenTheBandClears) {
+    gradedWith(Band::ship, {{"LOW", "a", "b"}});
+    EXPECT_EQ(graded().summary, std::nullopt);
+    EXPECT_EQ(graded().flaws.size(), 1U);
+}
+
+TEST_F(CompanionViewTest, ThreeFlawsShowThreeRowsAndNothingMore) {
+    gradedWith(Band::block, {{"A", "", ""}, {"B", "", ""}, {"C", "", ""}});
+    EXPECT_EQ(graded().flaws.size(), 3U);
+    EXPECT_EQ(graded().more, std::nullopt);
+}
+
+TEST_F(CompanionViewTest, FiveFlawsShowTheFirstThreeAndTwoMore) {
+    gradedWith(Band::block,
+               {{"A", "", ""}, {"B", "", ""}, {"C", "", ""}, {"D", "", ""}, {"E", "", ""}});
+    ASSERT_EQ(graded().flaws.size(), 3U);
+    EXPECT_EQ(graded().flaws[0].severity, "A");
+    EXPECT_EQ(graded().flaws[2].severity, "C");
+    EXPECT_EQ(graded().more, "+2 more");
+}
+
+TEST_F(CompanionViewTest, TenThousandFlawsShowThree) {
+    gradedWith(Band::block, std::vector<Flaw>(10'000, {"LOW", "a", "b"}));
+    EXPECT_EQ(graded().flaws.size(), 3U);
+    EXPECT_EQ(graded().more, "+9997 more");
+}
+
+TEST(FlawRow, IsColouredByItsSeverityWithoutRegardToCase) {
+    const std::vector<std::pair<std::string, Tint>> cases{
+        {"HIGH", Tint::red},        {"high", Tint::red},          {"CRITICAL", Tint::red},
+        {"Critical", Tint::red},    {"MEDIUM", Tint::orange},     {"mEdium", Tint::orange},
+        {"LOW", Tint::secondary},   {"", Tint::secondary},        {"HIGHEST", Tint::secondary},
+        {" HIGH", Tint::secondary}, {"BLOCKER", Tint::secondary},
+    };
+    for (const auto& [severity, tint] : cases) {
+        EXPECT_EQ(flawRow({severity, "", ""}).severityTint, tint) << severity;
+    }
+}
+
+TEST(FlawRow, ShowsTheSeverityUnchanged) {
+    EXPECT_EQ(flawRow({"High", "", ""}).severity, "High");
+    EXPECT_EQ(flawRow({" x ", "", ""}).severity, " x ");
+    EXPECT_EQ(flawRow({"", "", ""}).severity, "•");
+}
+
+TEST(FlawRow, PutsTheCriterionBeforeTheDetail) {
+    EXPECT_EQ(flawRow({"HIGH", "contrast",
+                       "Primary CTA text fails AA contrast (3.1:1) on the teal fill."})
+                  .text,
+              "contrast: Primary CTA text fails AA contrast (3.1:1) on the teal fill.");
+    EXPECT_EQ(flawRow({"HIGH", "", "detail"}).text, "detail");
+    EXPECT_EQ(flawRow({"HIGH", "contrast", ""}).text, "contrast: ");
+    EXPECT_EQ(flawRow({"", "", ""}).text, "");
+}
+
+TEST(FlawRow, CannotTurnOrBreakWhatStandsAroundIt) {
+    const auto row = flawRow({"HI\nGH", "a\u202Eb\n", "c\x1b[31m\u202Ed"});
+    EXPECT_EQ(row.severity, "HI GH");
+    EXPECT_EQ(row.text, "ab : c [31md");
+}
+
+TEST_F(CompanionViewTest, GradeNeedsASupportedAppAndAKeyAndPeace) {
+    struct Case {
+        bool supported, hasKey, grading, enabled;
+    };
+    for (const auto& c : std::vector<Case>{{true, true, false, true},
+                                           {false, true, false, false},
+                                           {true, false, false, false},
+                                           {true, true, true, false},
+                                           {false, false, true, false}}) {
+        c.supported ? inFront(figma()) : inFront("Doom");
+        model.hasKey = c.hasKey;
+        model.grading = c.grading;
+        EXPECT_EQ(view().actions.grade, (ButtonView{.label = "Grade this",
+                                                    .symbol = Symbol::seal,
+                                                    .visible = true,
+                                                    .enabled = c.enabled}));
+    }
+}
+
+TEST_F(CompanionViewTest, WithoutAKeyGradeIsDisabledAndTheKeyLinkStandsBeneath) {
+    inFront(figma());
+    EXPECT_TRUE(view().actions.grade.visible);
+    EXPECT_FALSE(view().actions.grade.enabled);
+    EXPECT_EQ(
+        view().actions.getKey,
+        (ButtonView{.label = kKeyLink, .symbol = std::nullopt, .visible = true, .enabled = true}));
+    EXPECT_EQ(view().status.tint, Tint::orange);
+    EXPECT_EQ(view().status.toolTip, "Get a free key to start grading");
+    model.hasKey = true;
+    EXPECT_FALSE(view().actions.getKey.visible);
+}
+
+TEST_F(CompanionViewTest, NoAgentsSaySo) {
+    EXPECT_EQ(
+        view().agents,
+        (AgentsSection{.caption = "AGENTS", .empty = "No coding agents detected yet", .rows = {}}));
+}
+
+TEST_F(CompanionViewTest, ThreeAgentsLayOutAsARowOfTwoAndARowOfOne) {
+    std::vector<DetectedAgent> agents(3);
+    agents[0].name = "One";
+    agents[1].name = "Two";
+    agents[2].name = "Three";
+    model.agents = agents;
+    const auto section = view().agents;
+    EXPECT_EQ(section.empty, std::nullopt);
+    ASSERT_EQ(section.rows.size(), 2U);
+    ASSERT_EQ(section.rows[0].size(), 2U);
+    ASSERT_EQ(section.rows[1].size(), 1U);
+    EXPECT_EQ(section.rows[0][0].name, "One");
+    EXPECT_EQ(section.rows[0][1].name, "Two");
+    EXPECT_EQ(section.rows[1][0].name, "Three");
+}
+
+TEST_F(CompanionViewTest, TwoAgentsFillOneRow) {
+    model.agents = std::vector<DetectedAgent>(2);
+    EXPECT_EQ(view().agents.rows.size(), 1U);
+}
+
+TEST(AgentChip, DotTellsRunningFromPresent) {
+    EXPECT_EQ(chipOf(true, true, {}).dot, Tint::green);
+    EXPECT_EQ(chipOf(true, false, {}).dot, Tint::green);
+    EXPECT_EQ(chipOf(false, true, {}).dot, Tint::secondary);
+}
+
+TEST(AgentChip, AnAgentNeitherRunningNorPresentStillHasItsDot) {
+    EXPECT_EQ(chipOf(false, false, {}).dot, Tint::clear);
+}
+
+TEST(AgentChip, OnlyAWiredAgentHasTheBadge) {
+    EXPECT_EQ(chipOf(true, true, true).badge, Symbol::shield);
+    EXPECT_EQ(chipOf(true, true, false).badge, std::nullopt);
+    EXPECT_EQ(chipOf(true, true, {}).badge, std::nullopt);
+}
+
+TEST(AgentChip, ToolTipSaysHowItStands) {
+    EXPECT_EQ(chipOf(true, true, true).toolTip, "running · validation wired");
+    EXPECT_EQ(chipOf(true, true, false).toolTip, "running · not wired");
+    EXPECT_EQ(chipOf(true, true, {}).toolTip, "running");
+    EXPECT_EQ(chipOf(false, true, true).toolTip, "installed · validation wired");
+    EXPECT_EQ(chipOf(false, true, false).toolTip, "installed · not wired");
+    EXPECT_EQ(chipOf(false, true, {}).toolTip, "installed");
+    EXPECT_EQ(chipOf(false, false, {}).toolTip, "installed");
+}
+
+TEST_F(CompanionViewTest, WorkflowJoinsItsStepsWithArrows) {
+    model.workflow =
+        WorkflowState{.node = "design",
+                      .pipeline = {{"Obsidian", "text"}, {"Figma", "ui_ux"}, {"VS Code", "code"}},
+                      .multiModal = true};
+    EXPECT_EQ(view().workflow, (WorkflowSection{.caption = "WORKFLOW",
+                                                .tag = "multi-modal",
+                                                .pipeline = "Obsidian  →  Figma  →  VS Code"}));
+}
+
+TEST_F(CompanionViewTest, WorkflowOfOneModalityHasNoTag) {
+    model.workflow =
+        WorkflowState{.node = "design", .pipeline = {{"Figma", "ui_ux"}}, .multiModal = false};
+    EXPECT_EQ(view().workflow.tag, std::nullopt);
+    EXPECT_EQ(view().workflow.pipeline, "Figma");
+}
+
+TEST_F(CompanionViewTest, WorkflowBeforeAnythingWasSeenIsItsCaption) {
+    EXPECT_EQ(view().workflow,
+              (WorkflowSection{.caption = "WORKFLOW", .tag = std::nullopt, .pipeline = ""}));
+}
+
+TEST_F(CompanionViewTest, FooterOffersWiringAndTheMenu) {
+    EXPECT_EQ(view().footer,
+              (FooterRow{.wire = {.label = "Wire my tools",
+                                  .symbol = std::nullopt,
+                                  .visible = true,
+                                  .enabled = true},
+                         .menuTitle = "Settings",
+                         .menu = {{.action = MenuAction::getKey, .title = "Get a free key…"},
+                                  {.action = MenuAction::uninstall, .title = "Uninstall Kelvane…"},
+                                  {.action = MenuAction::divider, .title = ""},
+                                  {.action = MenuAction::quit, .title = "Quit"}}}));
+}
+
+TEST_F(CompanionViewTest, TheDemonstrationReadsAsItIsMeantTo) {
+    model.seedDemo();
+    const auto record = view();
+    EXPECT_EQ(record.now.headline, "You're in Figma");
+    EXPECT_EQ(record.verdict.graded.value().pill.label, "ROUTE TO FIX");
+    EXPECT_EQ(record.verdict.graded.value().score, "Trevix 62");
+    EXPECT_EQ(record.verdict.graded.value().flaws.size(), 3U);
+    EXPECT_EQ(record.agents.rows.size(), 2U);
+    EXPECT_TRUE(record.actions.grade.enabled);
+    EXPECT_TRUE(record.actions.iterate.visible);
+}
+
+TEST_F(CompanionViewTest, TextsFromOutsideAreMadeHarmless) {
+    inFront("Do\nom\u202E");
+    EXPECT_EQ(view().now.detail, "Do om isn't in the catalog yet");
+    inFront("عميل");
+    EXPECT_EQ(view().now.detail, "\u2068عميل\u2069 isn't in the catalog yet");
+    auto app = figma();
+    app.name = "Fig\tma";
+    inFront(app);
+    EXPECT_EQ(view().now.headline, "You're in Fig ma");
+    model.note = "a\x1b"
+                 "b\nc";
+    EXPECT_EQ(view().verdict.note, "a b\nc");
+    model.verdict = Verdict::failure("\u202Eoops");
+    EXPECT_EQ(graded().error, "oops");
+}
+
+TEST_F(CompanionViewTest, TheRunIdIsNotTouched) {
+    auto verdict = Verdict::failure("");
+    verdict.runId = "a\nb";
+    model.verdict = verdict;
+    EXPECT_EQ(graded().reportRunId, "a\nb");
+}
+
+TEST(PanelNames, EachValueHasItsOwn) {
+    EXPECT_EQ(rawValue(Tint::green), "green");
+    EXPECT_EQ(rawValue(Tint::clear), "clear");
+    EXPECT_EQ(rawValue(Tint::secondary), "secondary");
+    EXPECT_EQ(rawValue(Symbol::magnifyingGlass), "sparkle.magnifyingglass");
+    EXPECT_EQ(rawValue(Symbol::seal), "checkmark.seal");
+    EXPECT_EQ(rawValue(Symbol::iterateArrows), "arrow.triangle.2.circlepath");
+    EXPECT_EQ(rawValue(Symbol::shield), "checkmark.shield.fill");
+    EXPECT_EQ(rawValue(MenuAction::getKey), "getKey");
+    EXPECT_EQ(rawValue(MenuAction::divider), "divider");
+}
+
+} // namespace
+} // namespace kelvane
