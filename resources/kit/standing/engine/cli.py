@@ -1,0 +1,228 @@
+"""The command line: `brask grade FILE…`, `brask rules`.
+
+Exit codes: 0 everything clears, 1 something is held, 3 something could not be graded, which is what
+wrong usage is too. Never 2: coding tools take that for a block.
+"""
+
+import argparse
+import os
+import shutil
+import signal
+import sys
+import threading
+from typing import List, Optional
+
+from . import VERSION, client, grading, kinds, parts, report, settings as settings_module, standing
+
+COULD_NOT = 3
+_EPILOG = """\
+exit codes: 0 clears, 1 held, 3 could not be graded
+
+files: text, code, tables (csv, tsv, xlsx, ods), documents (md, docx, odt, html, rtf, pdf),
+decks (pptx, odp), notebooks, pictures, recordings. Pages of a deck or frames of a video: export
+them as PNG and grade them with --together --modality deck (or video)."""
+
+
+class _Usage(Exception):
+    """Wrong usage, with the sentence to show."""
+
+
+class _Parser(argparse.ArgumentParser):
+    """Raises where argparse would exit with 2."""
+
+    def error(self, message):
+        raise _Usage("{}\n{}".format(message, self.format_usage().rstrip()))
+
+
+def main(arguments: List[str]) -> int:
+    """Runs one command and returns its exit code."""
+    _prepare_streams()
+    try:
+        return _run(arguments)
+    except _Usage as error:
+        return _say("brask: {}".format(error))
+    except KeyboardInterrupt:
+        return _say("brask: stopped")
+    except BrokenPipeError:
+        os.dup2(os.open(os.devnull, os.O_WRONLY), 1)  # the reader has gone; Python would complain
+        return COULD_NOT
+
+
+def _run(arguments: List[str]) -> int:
+    parser = _parser()
+    options = parser.parse_args(arguments)
+    if options.command == "grade":
+        return _grade(options)
+    if options.command == "rules":
+        return _rules(options)
+    raise _Usage("say what to do: grade or rules\n" + parser.format_usage().rstrip())
+
+
+def _parser() -> _Parser:
+    parser = _Parser(prog="brask", description="Grades work before it ships.", epilog=_EPILOG,
+                     formatter_class=argparse.RawDescriptionHelpFormatter, allow_abbrev=False)
+    parser.add_argument("--version", action="version", version="brask " + VERSION)
+    commands = parser.add_subparsers(dest="command", metavar="COMMAND")
+    grade = commands.add_parser("grade", help="grade files", epilog=_EPILOG, allow_abbrev=False,
+                                formatter_class=argparse.RawDescriptionHelpFormatter)
+    grade.add_argument("files", nargs="+", metavar="FILE", help="- is standard input")
+    shape = grade.add_mutually_exclusive_group()
+    shape.add_argument("--json", action="store_true", help="print the outcome as JSON")
+    shape.add_argument("--sarif", action="store_true", help="print the outcome as SARIF 2.1.0")
+    grade.add_argument("--output", metavar="FILE", help="write to FILE, not to standard output")
+    grade.add_argument("--iterate", metavar="RUN", help="grade as the revision of an earlier run")
+    grade.add_argument("--together", action="store_true", help="all files are one submission")
+    grade.add_argument("--intent", metavar="TEXT", help="what the work is for")
+    grade.add_argument("--modality", choices=kinds.MODALITIES, metavar="NAME",
+                       help="one of " + ", ".join(kinds.MODALITIES))
+    grade.add_argument("--vertical", metavar="NAME", help="the line of business, e.g. legal")
+    grade.add_argument("--policy", metavar="ID", help="the policy to grade by")
+    grade.add_argument("--timeout", metavar="SECONDS", type=_seconds, default=client.DEADLINE,
+                       help="how long to wait for one verdict (%(default).0f)")
+    grade.add_argument("--name", metavar="NAME", default=None,
+                       help="what standard input is called; its ending tells the kind of work")
+    grade.add_argument("--quiet", action="store_true", help="say nothing while waiting")
+    rules = commands.add_parser("rules", help="show the standing rules", allow_abbrev=False)
+    rules.add_argument("modality", nargs="?", choices=kinds.MODALITIES, metavar="MODALITY")
+    return parser
+
+
+def _seconds(text: str) -> float:
+    try:
+        value = float(text)
+    except ValueError:
+        value = -1.0
+    if not 0 <= value <= 86400:
+        raise argparse.ArgumentTypeError("must be seconds from 0 to 86400")
+    return value
+
+
+def _grade(options) -> int:
+    if options.iterate is not None:
+        if not options.iterate or "/" in options.iterate:
+            raise _Usage("--iterate needs the id of a run")
+        if len(options.files) > 1 and not options.together:
+            raise _Usage("--iterate revises one run: name one file, or use --together")
+    if options.files.count("-") > 1:
+        raise _Usage("standard input can be read once")
+    settings = settings_module.load()
+    rules = standing.load()
+    for problem in settings.problems + rules.problems:
+        _say("brask: " + report.clean(problem))
+    outcomes = _outcomes(options, settings, rules)
+    _print(_rendered(options, outcomes, settings), options.output)
+    return grading.worst(outcomes)
+
+
+def _outcomes(options, settings, rules) -> List[grading.Outcome]:
+    cancel = threading.Event()
+    common = dict(vertical=options.vertical, intent=options.intent, policy=options.policy,
+                  iterate=options.iterate, deadline=options.timeout, cancel=cancel,
+                  progress=_progress(options))
+    previous = signal.getsignal(signal.SIGTERM)
+    if threading.current_thread() is threading.main_thread():
+        signal.signal(signal.SIGTERM, lambda *_: signal.default_int_handler(signal.SIGINT, None))
+    try:
+        if options.together:
+            return [_grade_together(options, settings, rules, common)]
+        return [_grade_one(name, options, settings, rules, common) for name in options.files]
+    finally:
+        cancel.set()
+        if threading.current_thread() is threading.main_thread():
+            signal.signal(signal.SIGTERM, previous or signal.SIG_DFL)
+
+
+def _grade_one(name: str, options, settings, rules, common) -> grading.Outcome:
+    if name != "-":
+        return grading.grade_file(name, settings, rules, options.modality, **common)
+    try:
+        artifact = _standard_input(options)
+    except parts.NotGradable as error:
+        return grading.not_graded(options.name or "standard input", str(error))
+    return grading.grade(artifact, settings, rules, **common)
+
+
+def _grade_together(options, settings, rules, common) -> grading.Outcome:
+    artifacts = []
+    shown = ", ".join(options.files)
+    for name in options.files:
+        try:
+            if name == "-":
+                artifacts.append(_standard_input(options))
+                continue
+            kind = kinds.of_name(name)
+            declared = options.modality or (kind.modality if kind else "text")
+            refused = rules.refusal(name, declared)
+            if refused:
+                raise parts.NotGradable("{}: {}".format(name, refused))
+            artifacts.append(parts.from_file(name, options.modality))
+        except parts.NotGradable as error:
+            return grading.not_graded(shown, str(error))
+    return grading.grade(parts.together(artifacts, options.modality), settings, rules, **common)
+
+
+def _standard_input(options) -> parts.Artifact:
+    data = sys.stdin.buffer.read(parts.LARGEST_FILE + 1) if sys.stdin is not None else b""
+    if len(data) > parts.LARGEST_FILE:
+        raise parts.NotGradable("standard input is larger than {} MiB"
+                                .format(parts.LARGEST_FILE >> 20))
+    return parts.from_bytes(data, options.modality, options.name or "standard input")
+
+
+def _progress(options):
+    """Tells people who wait, on standard error, and only where that is a terminal."""
+    if options.quiet or sys.stderr is None or not sys.stderr.isatty():
+        return None
+    return lambda step: _say("brask: {:.0f}s {}".format(step.elapsed, step.message))
+
+
+def _rendered(options, outcomes, settings) -> str:
+    if options.sarif:
+        from . import sarif
+        return sarif.document(outcomes)
+    if options.json:
+        return report.as_json(outcomes)
+    onto_terminal = options.output is None and sys.stdout is not None and sys.stdout.isatty()
+    colour = onto_terminal and not os.environ.get("NO_COLOR") and os.environ.get("TERM") != "dumb"
+    width = min(120, shutil.get_terminal_size((80, 24)).columns)
+    return report.table(outcomes, width, colour, settings.base)
+
+
+def _rules(options) -> int:
+    rules = standing.load()
+    for problem in rules.problems:
+        _say("brask: " + report.clean(problem))
+    if not rules.files:
+        return _say("brask: there are no standing rules")
+    _print(rules.text(options.modality), None)
+    return 0
+
+
+def _print(text: str, path: Optional[str]) -> None:
+    if path is None:
+        if sys.stdout is not None:
+            sys.stdout.write(text)
+            sys.stdout.flush()
+        return
+    try:
+        with open(path, "w", encoding="utf-8", newline="\n") as file:
+            file.write(text)
+    except OSError as error:
+        raise _Usage("{}: {}".format(path, error.strerror)) from None
+
+
+def _say(text: str) -> int:
+    try:
+        if sys.stderr is not None:
+            sys.stderr.write(text + "\n")
+            sys.stderr.flush()
+    except OSError:
+        pass
+    return COULD_NOT
+
+
+def _prepare_streams() -> None:
+    """UTF-8 whatever the locale says, and a replacement rather than an exception."""
+    for stream in (sys.stdout, sys.stderr):
+        if stream is not None:
+            stream.reconfigure(encoding="utf-8", errors="replace")

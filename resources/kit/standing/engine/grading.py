@@ -1,0 +1,131 @@
+"""One artifact in, one outcome out: the standing rules, the service, and what it all means.
+
+    outcome = grading.grade(artifact, settings=settings.load(), rules=standing.load(), intent="…")
+    outcome.state       # CLEARS, HELD or NOT_GRADED
+    outcome.reason      # a sentence when NOT_GRADED
+    outcome.flaws       # the service's and those found on this machine
+
+A secret found here holds the work even when the service, which never saw it, lets it pass.
+"""
+
+from typing import Any, Dict, NamedTuple, Optional, Tuple
+
+from . import client, standing
+from .parts import Artifact, NotGradable, from_file
+from .settings import Settings
+from .verdict import Flaw, Verdict, failure
+
+CLEARS, HELD, NOT_GRADED = "clears", "held", "not_graded"
+EXIT_CODES = {CLEARS: 0, HELD: 1, NOT_GRADED: 3}
+INTENT = "Validate this work before it ships."
+NO_KEY = ("there is no key: set BRASK_API_KEY or put the key into {}; "
+          "the local service prints its own with `trevix-local --print-key`")
+
+
+class Outcome(NamedTuple):
+    """What came of grading one artifact."""
+
+    name: str
+    path: Optional[str]
+    modality: str
+    state: str
+    verdict: Verdict
+    findings: Tuple[Flaw, ...] = ()     # of the standing rules, on this machine
+    reason: Optional[str] = None        # why there is no verdict; present exactly then
+    notes: Tuple[str, ...] = ()
+    artifact: Optional[Artifact] = None     # what was sent
+
+    @property
+    def flaws(self) -> Tuple[Flaw, ...]:
+        """Found here first, then the service's."""
+        return self.findings + tuple(self.verdict.flaws)
+
+    @property
+    def exit_code(self) -> int:
+        """0 clears, 1 held, 3 could not be graded."""
+        return EXIT_CODES[self.state]
+
+    def to_json(self) -> Dict[str, Any]:
+        """As an object; the work itself is not in it."""
+        return {"name": self.name, "modality": self.modality, "state": self.state,
+                "band": self.verdict.band, "score": self.verdict.score,
+                "run_id": self.verdict.run_id, "flaws": [f.to_json() for f in self.flaws],
+                "reason": self.reason, "notes": list(self.notes)}
+
+
+def worst(outcomes) -> int:
+    """The exit code of several: what could not be graded is worse than what is held."""
+    return max((outcome.exit_code for outcome in outcomes), default=EXIT_CODES[NOT_GRADED])
+
+
+def grade_file(path: str, settings: Settings, rules: standing.RuleSet,
+               modality: Optional[str] = None, *, name: Optional[str] = None,
+               source: bool = False, **options) -> Outcome:
+    """Grades one file. What the rules never send is not even read."""
+    from .kinds import of_name
+    kind = of_name(path, source)
+    declared = modality or (kind.modality if kind else "text")
+    shown = name or path
+    refused = rules.refusal(path, declared)
+    if refused:
+        return not_graded(shown, "{}: {}".format(shown, refused), declared, path)
+    try:
+        artifact = from_file(path, modality, name=name, source=source)
+    except NotGradable as error:
+        return not_graded(shown, str(error), declared, path)
+    return grade(artifact, settings, rules, **options)
+
+
+def grade(artifact: Artifact, settings: Settings, rules: standing.RuleSet, *,
+          vertical: Optional[str] = None, intent: Optional[str] = None,
+          policy: Optional[str] = None, iterate: Optional[str] = None,
+          deadline: float = client.DEADLINE, **options) -> Outcome:
+    """Screens the artifact and grades what may be sent; with `iterate`, the id of a run, as its
+    revision. `options` go to the client: progress, cancel, hard."""
+    screened = standing.screen(rules, artifact)
+    if screened.refused is not None or screened.artifact is None:
+        return not_graded(artifact.name, screened.refused or "", artifact.modality,
+                          artifact.path, screened.findings, screened.notes)
+    if not settings.key:
+        return not_graded(artifact.name, NO_KEY.format(settings.folder + "/key"),
+                          artifact.modality, artifact.path, screened.findings, screened.notes)
+    words = standing.screen_text(INTENT if intent is None else intent)
+    sent = screened.artifact
+    if iterate is not None:
+        verdict = client.iterate(iterate, sent.parts, words, settings=settings,
+                                 deadline=deadline, **options)
+    else:
+        verdict = client.grade(sent.parts, sent.modality, vertical, words,
+                               policy or settings.policy_id, deadline, settings=settings,
+                               **options)
+    return _outcome(sent, verdict, screened)
+
+
+def not_graded(name: str, reason: str, modality: str = "text", path: Optional[str] = None,
+               findings=(), notes=()) -> Outcome:
+    """The outcome of something that never reached the service."""
+    return Outcome(name, path, modality, NOT_GRADED, failure(reason), tuple(findings), reason,
+                   tuple(notes))
+
+
+def _outcome(sent: Artifact, verdict: Verdict, screened: standing.Screened) -> Outcome:
+    reason = _why_no_verdict(verdict)
+    if reason is not None:
+        state = NOT_GRADED
+    elif screened.findings or not verdict.clears:
+        state = HELD
+    else:
+        state = CLEARS
+    return Outcome(sent.name, sent.path, sent.modality, state, verdict, screened.findings, reason,
+                   screened.notes, sent)
+
+
+def _why_no_verdict(verdict: Verdict) -> Optional[str]:
+    if verdict.error is not None:
+        return verdict.error + (" (the grader was still warming up)" if verdict.warming else "")
+    if verdict.band == "unknown":
+        return verdict.notice or "the service gave no verdict"
+    # A service that cannot read a kind of work has not judged it.
+    if verdict.flaws and all(flaw.rule == "artifact.unreadable" for flaw in verdict.flaws):
+        return "the service cannot read this kind of work: " + verdict.flaws[0].detail
+    return None

@@ -1,0 +1,55 @@
+"""The `name: value` lines that settings and rule files are made of.
+
+Deliberately little: one name and one value a line, `#` begins a comment line, a name may come
+again. No quotes, no nesting, nothing that two readers could understand in two ways.
+"""
+
+import re
+from typing import List, NamedTuple, Sequence, Tuple
+
+LONGEST_LINE = 4096
+_LINE = re.compile(r"([a-z][a-z0-9_]{0,40})[ \t]*:(?:[ \t]+(.*))?$")
+
+
+class Line(NamedTuple):
+    """One entry of a head; `number` counts from 1 in the file it came from."""
+
+    number: int
+    name: str
+    value: str
+
+
+class Head(NamedTuple):
+    """The head of a Markdown file and what stands below it."""
+
+    lines: List[Line]
+    body: str
+    found: bool  # whether there was a head at all
+
+
+def parse_lines(texts: Sequence[str], where: str, first: int) -> Tuple[List[Line], List[str]]:
+    """The entries of these lines, and one sentence for each line that is none."""
+    lines, problems = [], []
+    for number, text in enumerate(texts, first):
+        stripped = text.strip()
+        if not stripped or stripped.startswith("#"):
+            continue
+        match = _LINE.match(stripped) if len(stripped) <= LONGEST_LINE else None
+        if match is None:
+            problems.append("{}:{}: not a “name: value” line".format(where, number))
+        else:
+            lines.append(Line(number, match.group(1), (match.group(2) or "").strip()))
+    return lines, problems
+
+
+def split(text: str, where: str) -> Tuple[Head, List[str]]:
+    """Takes a Markdown text apart: a head between two lines of `---`, and the rest."""
+    rows = text.splitlines()
+    if not rows or rows[0].rstrip() != "---":
+        return Head([], text, False), []
+    for end, row in enumerate(rows[1:], 1):
+        if row.rstrip() == "---":
+            lines, problems = parse_lines(rows[1:end], where, 2)
+            body = "\n".join(rows[end + 1:]).strip("\n") + "\n"
+            return Head(lines, body, True), problems
+    return Head([], text, False), ["{}:1: the head is not closed by a line “---”".format(where)]

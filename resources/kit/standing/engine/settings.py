@@ -1,0 +1,140 @@
+"""Which service, which key, and where do the validator's own files live?
+
+Coding tools start the validator with a stripped environment (some pass HOME and PATH and nothing
+else), so everything that an environment variable can say may also stand in the file `settings` of
+the data folder, one `name: value` a line. A variable that is set wins over the file.
+"""
+
+import os
+from typing import Dict, List, Mapping, NamedTuple, Optional
+
+from . import head
+
+DEFAULT_BASE = "https://trevix.example"
+LONGEST_FILE = 64 * 1024
+
+#: name in the file -> environment variable that wins over it
+NAMES = {
+    "base": "BRASK_API_BASE",
+    "policy_id": "BRASK_POLICY_ID",
+    "ca_file": "SSL_CERT_FILE",
+    "https_proxy": "HTTPS_PROXY",
+    "http_proxy": "HTTP_PROXY",
+    "no_proxy": "NO_PROXY",
+    "hook": "BRASK_HOOK",
+    "hook_seconds": "BRASK_HOOK_SECONDS",
+}
+
+
+class Settings(NamedTuple):
+    """Everything the engine needs to know about its surroundings. A plain value."""
+
+    folder: str                     # the data folder, "~/.brask"
+    base: str                       # without a slash at its end; "" reaches nobody
+    key: Optional[str]              # None: not signed in
+    policy_id: Optional[str] = None
+    ca_file: Optional[str] = None   # trusted besides the system's authorities
+    proxies: Mapping[str, str] = {}  # scheme -> address; the system's apply where empty
+    no_proxy: Optional[str] = None
+    hook: bool = True               # False: the hook stays silent
+    hook_seconds: float = 90.0      # the longest that one Stop may take
+    problems: tuple = ()            # sentences about lines of the file that could not be used
+
+    def __repr__(self):
+        """Never shows the key: this text ends up in tracebacks."""
+        return "Settings(folder={!r}, base={!r}, key={})".format(
+            self.folder, self.base, "present" if self.key else "absent")
+
+    __str__ = __repr__
+
+
+def data_folder(environ: Mapping[str, str] = os.environ) -> str:
+    """$BRASK_HOME, else ~/.brask."""
+    named = environ.get("BRASK_HOME")
+    if named:
+        return named
+    home = environ.get("HOME") or os.path.expanduser("~")
+    return os.path.join(home, ".brask")
+
+
+def read_key(folder: str, environ: Mapping[str, str] = os.environ) -> Optional[str]:
+    """BRASK_API_KEY exactly as it stands; when unset or empty, the file `key`, trimmed.
+
+    None when there is neither, and when the file cannot be read, is not UTF-8 or holds only blanks.
+    """
+    given = environ.get("BRASK_API_KEY")
+    if given:
+        return given
+    data = _read(os.path.join(folder, "key"))
+    if data is None:
+        return None
+    try:
+        return data.decode("utf-8").strip() or None
+    except UnicodeDecodeError:
+        return None
+
+
+def tidy_base(address: str) -> str:
+    """The address without blanks around it and without slashes at its end."""
+    return address.strip(" \t").rstrip("/")
+
+
+def load(environ: Mapping[str, str] = os.environ) -> Settings:
+    """Reads variables and file afresh. Never fails; what could not be used is in `problems`."""
+    folder = data_folder(environ)
+    problems: List[str] = []
+    values = _file_values(folder, problems)
+    for name, variable in NAMES.items():
+        said = environ.get(variable, environ.get(variable.lower()))
+        if said is not None and (said or name == "base"):
+            values[name] = said
+    return Settings(
+        folder=folder,
+        base=tidy_base(values.get("base", DEFAULT_BASE)),
+        key=read_key(folder, environ),
+        policy_id=values.get("policy_id") or None,
+        ca_file=values.get("ca_file") or None,
+        proxies={scheme: values[scheme + "_proxy"] for scheme in ("https", "http")
+                 if values.get(scheme + "_proxy")},
+        no_proxy=values.get("no_proxy") or None,
+        hook=values.get("hook", "on").strip().lower() not in ("off", "0", "no", "false"),
+        hook_seconds=_seconds(values.get("hook_seconds"), problems),
+        problems=tuple(problems))
+
+
+def _file_values(folder: str, problems: List[str]) -> Dict[str, str]:
+    path = os.path.join(folder, "settings")
+    data = _read(path)
+    values: Dict[str, str] = {}
+    if data is None:
+        return values
+    lines, found = head.parse_lines(data.decode("utf-8-sig", "replace").splitlines(), path, 1)
+    problems.extend(found)
+    for line in lines:
+        if line.name in NAMES:
+            values[line.name] = line.value
+        else:
+            problems.append("{}:{}: there is no setting “{}”".format(path, line.number, line.name))
+    return values
+
+
+def _seconds(text: Optional[str], problems: List[str]) -> float:
+    try:
+        seconds = float(text) if text else 90.0
+    except ValueError:
+        seconds = -1.0
+    if not 1.0 <= seconds <= 110.0:
+        problems.append("hook_seconds must be a number from 1 to 110")
+        return 90.0
+    return seconds
+
+
+def _read(path: str) -> Optional[bytes]:
+    """At most LONGEST_FILE bytes of a plain file; None when there is none (a pipe would hang)."""
+    try:
+        if not os.path.isfile(path):
+            return None
+        with open(path, "rb") as file:
+            return file.read(LONGEST_FILE)
+    except OSError:
+        return None
