@@ -1,4 +1,7 @@
-// Is this start one of the command-line modes, and what does it answer?
+// Is this start a command-line mode, and what does it answer?
+//
+// The command-line modes run from start to end on the calling thread: no event loop, no window, no
+// network, and a display only to ask what is in front, if there is one.
 
 #pragma once
 
@@ -6,8 +9,14 @@
 
 namespace kelvane {
 
-/// Records the arguments and runs the command-line mode that they ask for, to its end. The exit
-/// status, or nothing when they ask for none: then the application is to be started.
+/// Records the arguments and runs the command-line mode that they ask for, wherever its switch
+/// stands among them: the first that is there of `--selftest`, `--detect`, `--help` and
+/// `--version`. Its exit status, or nothing when none is there: then the application is to be
+/// started.
+///
+/// The answer has been written when this returns. A reader that has gone, and a standard output
+/// that was never open, are no errors. An answer lost any other way (a full disk) makes the status
+/// 1 where it would have been 0, without a word.
 [[nodiscard]] std::optional<int> runCommandLineMode(int argc, const char* const* argv);
 
 } // namespace kelvane

@@ -43,12 +43,17 @@ std::set<std::string> runningProcessNames(ProcessRunner& processes) {
     return processNames(result->output);
 }
 
-std::vector<DetectedAgent> scan(const Ports& ports, const std::set<std::string>& configPresent,
-                                const std::set<std::string>& wired) {
+std::set<std::string> runningBundleIds(Workspace& workspace) {
     std::set<std::string> bundleIds;
-    for (RunningApp& app : ports.workspace.runningApplications()) {
+    for (RunningApp& app : workspace.runningApplications()) {
         if (app.bundleId) bundleIds.insert(std::move(*app.bundleId));
     }
+    return bundleIds;
+}
+
+std::vector<DetectedAgent> scan(const Ports& ports, const std::set<std::string>& configPresent,
+                                const std::set<std::string>& wired) {
+    const auto bundleIds = runningBundleIds(ports.workspace);
     return AgentScan::detect(bundleIds, runningProcessNames(ports.processes), configPresent, wired);
 }
 

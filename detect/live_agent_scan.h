@@ -30,6 +30,9 @@ struct Ports {
                                               const std::set<std::string>& configPresent,
                                               const std::set<std::string>& wired);
 
+/// The bundle identifiers of the applications that run.
+[[nodiscard]] std::set<std::string> runningBundleIds(Workspace& workspace);
+
 /// The base names of all processes, trimmed of blanks and lower-cased. Empty when the list could
 /// not be had or is not UTF-8.
 [[nodiscard]] std::set<std::string> runningProcessNames(ProcessRunner& processes);

@@ -1,8 +1,12 @@
-// The ports of this system that need no toolkit, made once by the entry point.
+// The ports of this system that need no toolkit, made by the entry points.
 //
-// Enough for everything that is asked and answered without a panel or the network; which file fills
-// it in is the build's choice. Nothing but the entry points sees it: everyone else is handed
-// references to just the ports they use.
+// In three steps, so that nobody pays for more than they ask: a host has no desktop, a workspace
+// can be asked what is in front, a machine has everything. Which file fills them in is the build's
+// choice. Nothing but the entry points sees them: everyone else is handed references to just the
+// ports they use.
+//
+// No pointer is ever null; a port whose mechanism is missing answers "absent". Members are
+// destroyed in reverse order.
 
 #pragma once
 
@@ -23,15 +27,22 @@
 
 namespace kelvane {
 
-/// Never null after `makeMachine`; a port whose mechanism is missing answers "absent". Members are
-/// destroyed in reverse order.
-struct Machine {
+struct Host {
     std::unique_ptr<QuitSignal> quit;
     std::unique_ptr<Environment> environment;
     std::unique_ptr<FileSystem> files;
     std::unique_ptr<BundleResources> resources;
     std::unique_ptr<ProcessRunner> processes;
     std::unique_ptr<Clock> clock;
+};
+
+/// Connects to nothing.
+[[nodiscard]] Host makeHost();
+
+/// `host` must outlive it.
+[[nodiscard]] std::unique_ptr<Workspace> makeWorkspace(const Host& host);
+
+struct Machine : Host {
     std::unique_ptr<Workspace> workspace;
     std::unique_ptr<Keyboard> keyboard;
     std::unique_ptr<Pasteboard> pasteboard;

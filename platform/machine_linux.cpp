@@ -1,18 +1,12 @@
 #include "platform/linux/linux_platform.h"
 #include "platform/machine.h"
-#include "platform/posix/posix_platform.h"
+
+#include <utility>
 
 namespace kelvane {
 
 Machine makeMachine() {
-    Machine machine;
-    machine.quit = std::make_unique<QuitSignal>();
-    machine.environment = makePosixEnvironment();
-    machine.files = makePosixFileSystem();
-    machine.resources = makeBundleResources(currentExecutable());
-    machine.processes = makePosixProcessRunner();
-    machine.clock = makePosixClock(*machine.quit);
-
+    Machine machine{makeHost(), nullptr, nullptr, nullptr, nullptr, nullptr, nullptr};
     LinuxDesktop desktop = makeLinuxDesktop(*machine.environment, *machine.clock);
     machine.workspace = std::move(desktop.workspace);
     machine.keyboard = std::move(desktop.keyboard);

@@ -1,9 +1,7 @@
 #include "platform/linux/linux_platform.h"
 
-#include "platform/linux/desktop_entries.h"
 #include "platform/linux/desktop_icons.h"
-#include "platform/linux/linux_session.h"
-#include "platform/linux/x11_applications.h"
+#include "platform/linux/linux_applications.h"
 #include "platform/linux/x11_clipboard.h"
 #include "platform/linux/x11_keyboard.h"
 #include "platform/linux/x11_pasteboard.h"
@@ -29,19 +27,8 @@ CopyTargetOf copyTargetOf(std::shared_ptr<X11Applications> applications) {
 } // namespace
 
 LinuxDesktop makeLinuxDesktop(Environment& environment, Clock& clock) {
-    std::string display;
-    std::shared_ptr<X11Applications> applications;
-    std::shared_ptr<X11Clipboard> clipboard;
-    const auto entries = std::make_shared<DesktopEntries>(dataFolders(environment),
-                                                          messagesLocale(environment), clock);
-    const auto session = linuxSession(environment);
-    if (session.kind != LinuxSession::Kind::None) {
-        if (auto connection = X11Connection::open(session.display)) {
-            display = session.display;
-            applications = std::make_shared<X11Applications>(std::move(connection), entries);
-            clipboard = openX11Clipboard(display);
-        }
-    }
+    const auto [display, applications, entries] = openLinuxApplications(environment, clock);
+    const auto clipboard = applications ? openX11Clipboard(display) : nullptr;
     return {makeX11Workspace(applications, display),
             makeX11Keyboard(clipboard, copyTargetOf(applications)),
             makeX11Pasteboard(clipboard),

@@ -30,4 +30,7 @@ struct LinuxDesktop {
 /// again to use another one.
 [[nodiscard]] LinuxDesktop makeLinuxDesktop(Environment& environment, Clock& clock);
 
+/// The first of them alone, with nothing beside it. The same rules hold.
+[[nodiscard]] std::unique_ptr<Workspace> makeLinuxWorkspace(Environment& environment, Clock& clock);
+
 } // namespace kelvane

@@ -1,0 +1,30 @@
+#include "platform/linux/linux_applications.h"
+
+#include "platform/linux/linux_platform.h"
+#include "platform/linux/linux_session.h"
+#include "platform/linux/x11_workspace.h"
+
+#include <utility>
+
+namespace kelvane {
+
+LinuxApplications openLinuxApplications(Environment& environment, Clock& clock) {
+    LinuxApplications opened;
+    opened.entries = std::make_shared<DesktopEntries>(dataFolders(environment),
+                                                      messagesLocale(environment), clock);
+    const auto session = linuxSession(environment);
+    if (session.kind == LinuxSession::Kind::None) return opened;
+    if (auto connection = X11Connection::open(session.display)) {
+        opened.display = session.display;
+        opened.applications =
+            std::make_shared<X11Applications>(std::move(connection), opened.entries);
+    }
+    return opened;
+}
+
+std::unique_ptr<Workspace> makeLinuxWorkspace(Environment& environment, Clock& clock) {
+    auto opened = openLinuxApplications(environment, clock);
+    return makeX11Workspace(std::move(opened.applications), std::move(opened.display));
+}
+
+} // namespace kelvane

@@ -1,0 +1,25 @@
+// What this session offers for telling applications apart.
+
+#pragma once
+
+#include "platform/linux/desktop_entries.h"
+#include "platform/linux/x11_applications.h"
+#include "platform/ports/clock.h"
+#include "platform/ports/environment.h"
+
+#include <memory>
+#include <string>
+
+namespace kelvane {
+
+struct LinuxApplications {
+    std::string display; ///< Of the X server; empty when there is none to ask.
+    std::shared_ptr<X11Applications> applications; ///< Null likewise.
+    std::shared_ptr<DesktopEntries> entries;       ///< Never null; reads nothing until asked.
+};
+
+/// Connects to the display that `environment` names, if any. The environment is read now and never
+/// again; `clock` must outlive what is made.
+[[nodiscard]] LinuxApplications openLinuxApplications(Environment& environment, Clock& clock);
+
+} // namespace kelvane

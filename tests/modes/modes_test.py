@@ -1,0 +1,317 @@
+#!/usr/bin/env python3
+"""The built executable in its command-line modes.
+
+    tests/modes/modes_test.py EXECUTABLE [unittest options]
+
+Every run has a home folder and an environment of its own; none needs a display but the ones that
+bring up a virtual one.
+"""
+
+import contextlib
+import fcntl
+import json
+import os
+import pathlib
+import resource
+import shutil
+import subprocess
+import sys
+import tempfile
+import time
+import unittest
+
+EXECUTABLE = None
+PATH = "/usr/local/bin:/usr/bin:/bin:/usr/sbin:/sbin"
+
+
+def app(number, **more):
+    return dict({"id": f"app{number}", "name": f"App {number}"}, **more)
+
+
+def good_catalog(count):
+    """A catalog that passes every check but, perhaps, the one of its size."""
+    apps = [
+        app(1, id="figma", bundle_ids=["com.figma.Desktop"], web_hosts=["figma.com"]),
+        app(2, id="figjam", web_hosts=["figma.com/board"]),
+        app(3, id="vscode", bundle_ids=["com.microsoft.VSCode"], workflow_nodes=["build"]),
+        app(4, id="notion", bundle_ids=["notion.id"]),
+        app(5, id="premiere", bundle_ids=["com.adobe.PremierePro"]),
+        app(6, id="jetbrains", bundle_ids=["com.jetbrains."]),
+        app(7, id="google_docs", web_hosts=["docs.google.com/document"]),
+        app(8, id="google_sheets", web_hosts=["docs.google.com/spreadsheets"]),
+    ]
+    apps += [app(number) for number in range(9, count + 1)]
+    return {"version": "1", "modalities": ["text"], "apps": apps}
+
+
+class ModesTest(unittest.TestCase):
+    def setUp(self):
+        self.folder = pathlib.Path(tempfile.mkdtemp(prefix="kelvane-modes."))
+        self.addCleanup(shutil.rmtree, self.folder, True)
+        self.home = self.folder / "home"
+        self.home.mkdir()
+
+    def environment(self, **more):
+        return dict({"HOME": str(self.home), "PATH": PATH}, **more)
+
+    def run_product(self, *arguments, environment=None, **options):
+        options.setdefault("stdout", subprocess.PIPE)
+        options.setdefault("timeout", 30)
+        return subprocess.run([EXECUTABLE, *arguments], stdin=subprocess.DEVNULL,
+                              stderr=subprocess.PIPE, check=False,
+                              env=self.environment() if environment is None else environment,
+                              **options)
+
+    def catalog(self, content):
+        path = self.folder / "catalog.json"
+        text = content if isinstance(content, str) else json.dumps(content, ensure_ascii=False)
+        path.write_text(text, encoding="utf-8")
+        return str(path)
+
+    def report(self, *arguments, **options):
+        result = self.run_product("--detect", *arguments, **options)
+        self.assertEqual(result.returncode, 0, result.stderr)
+        self.assertEqual(result.stdout.count(b"\n"), 1)
+        self.assertTrue(result.stdout.endswith(b"\n"))
+        return result.stdout.decode()
+
+
+class SelfTest(ModesTest):
+    def test_shipped_catalog_passes(self):
+        result = self.run_product("--selftest")
+        lines = result.stdout.decode().split("\n")
+        self.assertEqual(len(lines), 26)
+        self.assertTrue(all(line.startswith("PASS  ") for line in lines[:23]), result.stdout)
+        self.assertEqual(lines[23], "")
+        self.assertRegex(lines[24], r"^selftest: ALL PASS \(\d+ apps\)$")
+        self.assertEqual(lines[25], "")
+        self.assertEqual((result.returncode, result.stderr), (0, b""))
+
+    def test_fifty_apps_pass(self):
+        result = self.run_product("--selftest", "--catalog", self.catalog(good_catalog(50)))
+        self.assertTrue(result.stdout.startswith(b"PASS  catalog has >= 50 apps (50)\n"))
+        self.assertTrue(result.stdout.endswith(b"\n\nselftest: ALL PASS (50 apps)\n"))
+        self.assertEqual(result.returncode, 0)
+
+    def test_forty_nine_apps_fail_and_say_so_first(self):
+        result = self.run_product("--selftest", "--catalog", self.catalog(good_catalog(49)))
+        self.assertTrue(result.stdout.startswith(b"FAIL  catalog has >= 50 apps (49)\n"))
+        self.assertTrue(result.stdout.endswith(b"\n\nselftest: 1 FAILURE(S)\n"))
+        self.assertEqual(result.returncode, 1)
+
+    def test_broken_catalog_falls_back_to_the_shipped_one(self):
+        shipped = self.run_product("--selftest")
+        result = self.run_product("--selftest", "--catalog", self.catalog("{broken"))
+        self.assertEqual(result.stdout, shipped.stdout)
+
+    def test_no_catalog_at_all_warns_and_fails_what_needs_one(self):
+        bare = self.folder / "Bare.app/Contents/MacOS/Kelvane"
+        bare.parent.mkdir(parents=True)
+        shutil.copy(EXECUTABLE, bare)
+        result = subprocess.run([str(bare), "--selftest"], env=self.environment(), check=False,
+                                capture_output=True, timeout=30)
+        self.assertTrue(result.stdout.endswith(b"\n\nselftest: 11 FAILURE(S)\n"), result.stdout)
+        self.assertEqual(result.stderr.count(b"\n"), 1)
+        self.assertEqual(result.returncode, 1)
+
+    def test_wins_over_the_report_in_whatever_order(self):
+        for arguments in (["--detect", "--selftest"], ["--selftest", "--detect"],
+                          ["--demo", "--help", "--version", "--detect", "--selftest"]):
+            self.assertIn(b"selftest: ", self.run_product(*arguments).stdout, arguments)
+
+
+class Detect(ModesTest):
+    SHAPE = (r'^\{"frontmost_bundle":"[^"]*","detected_app":"[^"]*","app_name":"[^"]*",'
+             r'"modality":"[^"]*","supported":(true|false),"catalog_apps":\d+,"agents":\['
+             r'(\{"id":"[^"]*","running":(true|false),"wired":(true|false|null)\},?)*\]\}\n$')
+
+    def test_without_a_display_texts_are_empty(self):
+        line = self.report()
+        self.assertRegex(line, self.SHAPE)
+        self.assertTrue(line.startswith('{"frontmost_bundle":"","detected_app":"","app_name":"",'
+                                        '"modality":"","supported":false,'))
+        self.assertGreaterEqual(json.loads(line)["catalog_apps"], 150)
+
+    def test_agents_are_present_by_their_configuration(self):
+        (self.home / ".codex").mkdir()
+        (self.home / ".codex/config.toml").write_text("[mcp_servers.trevix]\n")
+        (self.home / ".cursor").mkdir()
+        agents = {agent["id"]: agent for agent in json.loads(self.report())["agents"]}
+        self.assertIs(agents["codex"]["wired"], True)
+        self.assertIs(agents["cursor"]["wired"], False)
+
+    def test_an_agent_that_runs_is_seen(self):
+        agent = self.folder / "ollama"
+        agent.symlink_to(shutil.which("sleep"))
+        with subprocess.Popen([str(agent), "60"]) as child:
+            try:
+                agents = {one["id"]: one for one in json.loads(self.report())["agents"]}
+            finally:
+                child.kill()
+        self.assertEqual(agents["ollama"], {"id": "ollama", "running": True, "wired": None})
+
+    def test_the_catalog_switch_may_swallow_the_mode(self):
+        result = self.run_product("--catalog", "--detect")
+        self.assertEqual(result.returncode, 0)
+        self.assertRegex(result.stdout.decode(), self.SHAPE)
+        self.assertGreater(json.loads(result.stdout)["catalog_apps"], 0)
+
+    def test_a_catalog_of_ones_own_is_counted(self):
+        for count in (49, 50):
+            line = self.report("--catalog", self.catalog(good_catalog(count)))
+            self.assertEqual(json.loads(line)["catalog_apps"], count)
+
+    def test_broken_catalog_falls_back_to_the_shipped_one(self):
+        self.assertEqual(self.report("--catalog", self.catalog("{")), self.report())
+
+    def test_a_display_that_is_not_there(self):
+        line = self.report(environment=self.environment(DISPLAY=":6543", XDG_SESSION_TYPE="x11"))
+        self.assertTrue(line.startswith('{"frontmost_bundle":"",'))
+
+    def test_home_that_does_not_exist(self):
+        line = self.report(environment=self.environment(HOME=str(self.folder / "nowhere")))
+        self.assertRegex(line, self.SHAPE)
+        self.assertFalse((self.folder / "nowhere").exists())
+
+    def test_no_environment_at_all(self):
+        self.assertRegex(self.report(environment={}), self.SHAPE)
+
+    def test_five_thousand_processes(self):
+        limit = resource.getrlimit(resource.RLIMIT_NPROC)[0]
+        if limit != resource.RLIM_INFINITY and limit < 6000:
+            self.skipTest(f"only {limit} processes allowed")
+        before = self.report()
+        command = ["sh", "-c", "i=0; while [ $i -lt 5000 ]; do sleep 600 & i=$((i+1)); done; "
+                   "echo ready; wait"]
+        with subprocess.Popen(command, stdout=subprocess.PIPE, start_new_session=True) as crowd:
+            try:
+                self.assertEqual(crowd.stdout.readline(), b"ready\n")
+                self.assertEqual(self.report(), before)
+            finally:
+                os.killpg(crowd.pid, 9)
+
+
+class Output(ModesTest):
+    def test_closed_standard_output_is_quiet(self):
+        for mode in ("--detect", "--selftest", "--help", "--version"):
+            result = self.run_product(mode, stdout=None, preexec_fn=lambda: os.close(1))
+            self.assertEqual((result.returncode, result.stderr), (0, b""), mode)
+
+    def test_all_standard_descriptors_closed(self):
+        result = subprocess.run([EXECUTABLE, "--detect"], env=self.environment(), check=False,
+                                preexec_fn=lambda: os.closerange(0, 3), timeout=30)
+        self.assertEqual(result.returncode, 0)
+
+    def test_reader_that_has_gone_is_quiet(self):
+        for mode in ("--detect", "--selftest"):
+            read, write = os.pipe()
+            os.close(read)
+            result = self.run_product(mode, stdout=write)
+            os.close(write)
+            self.assertEqual((result.returncode, result.stderr), (0, b""), mode)
+
+    def test_a_full_device_is_quiet_and_not_a_success(self):
+        for mode in ("--detect", "--selftest"):
+            with open("/dev/full", "wb", buffering=0) as full:
+                result = self.run_product(mode, stdout=full)
+            self.assertEqual((result.returncode, result.stderr), (1, b""), mode)
+
+    def test_a_full_pipe_is_waited_for(self):
+        read, write = os.pipe()
+        os.set_blocking(write, False)
+        filling = 0
+        with contextlib.suppress(BlockingIOError):
+            while True:
+                filling += os.write(write, b"x" * 4096)
+        with subprocess.Popen([EXECUTABLE, "--selftest"], stdout=write,
+                              env=self.environment()) as child:
+            os.close(write)
+            with os.fdopen(read, "rb") as reader:
+                everything = reader.read()
+            self.assertEqual(child.wait(timeout=30), 0)
+        self.assertEqual(everything[filling:].count(b"\n"), 25)
+
+    def test_a_full_pipe_whose_reader_goes_is_quiet(self):
+        read, write = os.pipe()
+        fcntl.fcntl(write, fcntl.F_SETPIPE_SZ, 4096)
+        os.write(write, b"x" * 4096)
+        with subprocess.Popen([EXECUTABLE, "--selftest"], stdout=write, stderr=subprocess.PIPE,
+                              env=self.environment()) as child:
+            os.close(write)
+            time.sleep(0.05)
+            os.close(read)
+            self.assertEqual(child.stderr.read(), b"")
+            self.assertEqual(child.wait(timeout=30), 0)
+
+
+class HelpAndVersion(ModesTest):
+    def test_help_names_every_switch(self):
+        result = self.run_product("--help")
+        for switch in ("--catalog", "--render", "--demo", "--detect", "--selftest", "--version"):
+            self.assertIn(switch.encode(), result.stdout)
+        self.assertTrue(all(len(line) <= 80 for line in result.stdout.split(b"\n")))
+        self.assertEqual((result.returncode, result.stderr), (0, b""))
+
+    def test_version_is_one_line(self):
+        result = self.run_product("--version")
+        self.assertRegex(result.stdout.decode(), r"^kelvane \d+\.\d+\.\d+\n$")
+        self.assertEqual(result.returncode, 0)
+
+    def test_the_report_wins_over_both(self):
+        result = self.run_product("--version", "--help", "--detect")
+        self.assertRegex(result.stdout.decode(), Detect.SHAPE)
+
+
+class OnADesktop(ModesTest):
+    """A virtual display with a window manager and one real editor in front."""
+
+    def setUp(self):
+        super().setUp()
+        for program in ("Xvfb", "openbox", "mousepad", "dbus-run-session"):
+            self.assertIsNotNone(shutil.which(program), f"{program} is needed for this test")
+        read, write = os.pipe()
+        self.start(["Xvfb", "-displayfd", str(write), "-nolisten", "tcp"], pass_fds=[write])
+        os.close(write)
+        with os.fdopen(read) as answer:
+            number = answer.readline().strip()
+        self.desktop = self.environment(DISPLAY=f":{number}", XDG_SESSION_TYPE="x11",
+                                        XDG_RUNTIME_DIR=str(self.folder), NO_AT_BRIDGE="1",
+                                        GSETTINGS_BACKEND="memory")
+        self.start(["openbox"], env=self.desktop)
+        self.start(["dbus-run-session", "mousepad"], env=self.desktop)
+
+    def start(self, command, **options):
+        child = subprocess.Popen(command, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
+                                 start_new_session=True, **options)
+        self.addCleanup(child.wait)
+        self.addCleanup(os.killpg, child.pid, 15)
+
+    def front(self, *arguments):
+        deadline = time.monotonic() + 20
+        while time.monotonic() < deadline:
+            line = self.report(*arguments, environment=self.desktop)
+            if not line.startswith('{"frontmost_bundle":""'):
+                return line
+            time.sleep(0.1)
+        return self.fail("no window ever came to the front")
+
+    def test_the_editor_in_front_is_recognised(self):
+        report = json.loads(self.front())
+        self.assertEqual(report["frontmost_bundle"], "org.xfce.mousepad")
+        self.assertEqual(report["app_name"], "Mousepad")
+        self.assertEqual(report["modality"], "text")
+        self.assertIs(report["supported"], True)
+
+    def test_quotes_and_backslashes_in_the_catalog_go_through_raw(self):
+        path = self.catalog({"apps": [app(1, id='i"d', name='The "Best" \\ Editor',
+                                          modalities=['te"xt'],
+                                          bundle_ids=["org.xfce.mousepad"])]})
+        self.assertTrue(self.front("--catalog", path).startswith(
+            '{"frontmost_bundle":"org.xfce.mousepad","detected_app":"i"d",'
+            '"app_name":"The "Best" \\ Editor","modality":"te"xt","supported":true,'
+            '"catalog_apps":1,'))
+
+
+if __name__ == "__main__":
+    EXECUTABLE = os.path.abspath(sys.argv.pop(1))
+    unittest.main()
