@@ -1,0 +1,18 @@
+#include "platform/machine.h"
+#include "platform/macos/macos_platform.h"
+#include "platform/macos/screencapture.h"
+
+namespace kelvane {
+
+Machine makeMachine() {
+    Machine machine{makeHost(), nullptr, nullptr, nullptr, nullptr, nullptr, nullptr};
+    machine.workspace = makeNsWorkspace();
+    machine.keyboard = makeCgKeyboard();
+    machine.pasteboard = makeNsPasteboard();
+    machine.windows = makeCgWindowList();
+    machine.picture = makeScreencapture(*machine.processes, *machine.files);
+    machine.icons = makeNsAppIcons();
+    return machine;
+}
+
+} // namespace kelvane

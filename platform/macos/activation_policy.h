@@ -1,0 +1,16 @@
+// Does this program stand in the Dock, and is it the active one?
+//
+// Main thread only, after the toolkit has made the application object: making it turns the process
+// into an ordinary application unless its bundle says otherwise.
+
+#pragma once
+
+namespace kelvane {
+
+/// From now on the program lives in the menu bar: no Dock icon, no menus of its own.
+void setAccessoryPolicy();
+
+/// Makes this the active application, whichever is active now, so that its window gets the keys.
+void activateIgnoringOtherApplications();
+
+} // namespace kelvane

@@ -1,0 +1,28 @@
+#include "platform/macos/macos_platform.h"
+#import "platform/macos/ns_text.h"
+#include "platform/macos/web_address.h"
+
+#import <AppKit/AppKit.h>
+
+namespace kelvane {
+
+namespace {
+
+class NsUrlOpener : public UrlOpener {
+public:
+    bool open(std::string_view url) override {
+        if (!isAddress(url)) return false;
+        @autoreleasepool {
+            NSURL* address = [NSURL URLWithString:nsString(url)];
+            return address != nil && [NSWorkspace.sharedWorkspace openURL:address];
+        }
+    }
+};
+
+} // namespace
+
+std::unique_ptr<UrlOpener> makeNsUrlOpener() {
+    return std::make_unique<NsUrlOpener>();
+}
+
+} // namespace kelvane

@@ -1,0 +1,102 @@
+#include "platform/macos/web_address.h"
+
+#include <algorithm>
+#include <cstddef>
+
+namespace kelvane {
+
+namespace {
+
+bool isLetter(char c) {
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
+}
+
+bool isDigit(char c) {
+    return c >= '0' && c <= '9';
+}
+
+bool isHexDigit(char c) {
+    return isDigit(c) || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F');
+}
+
+char lowered(char c) {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
+bool isWeb(std::string_view scheme) {
+    const auto equals = [scheme](std::string_view name) {
+        return std::ranges::equal(scheme, name, {}, lowered);
+    };
+    return equals("http") || equals("https");
+}
+
+bool isScheme(std::string_view text) {
+    return !text.empty() && isLetter(text.front()) && std::ranges::all_of(text, [](char c) {
+        return isLetter(c) || isDigit(c) || c == '+' || c == '-' || c == '.';
+    });
+}
+
+bool isWritten(std::string_view text) {
+    constexpr std::string_view kMarks = "-._~:/?#@!$&'()*+,;=%";
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (!isLetter(text[i]) && !isDigit(text[i]) &&
+            kMarks.find(text[i]) == std::string_view::npos)
+            return false;
+        if (text[i] != '%') continue;
+        if (i + 2 >= text.size() || !isHexDigit(text[i + 1]) || !isHexDigit(text[i + 2])) {
+            return false;
+        }
+    }
+    return true;
+}
+
+/// "user@host:port", of which only the host has to be there.
+bool isAuthority(std::string_view text) {
+    const auto at = text.rfind('@');
+    if (at != std::string_view::npos) {
+        if (!isWritten(text.substr(0, at)) || text.substr(0, at).find('@') != text.npos) {
+            return false;
+        }
+        text.remove_prefix(at + 1);
+    }
+    std::string_view host = text;
+    std::string_view port;
+    if (text.starts_with('[')) {
+        const auto end = text.find(']');
+        if (end == std::string_view::npos) return false;
+        host = text.substr(1, end - 1);
+        port = text.substr(end + 1);
+        if (!std::ranges::all_of(host,
+                                 [](char c) { return isHexDigit(c) || c == ':' || c == '.'; })) {
+            return false;
+        }
+    } else if (const auto colon = text.find(':'); colon != std::string_view::npos) {
+        host = text.substr(0, colon);
+        port = text.substr(colon);
+    }
+    if (host.empty() || !isWritten(host)) return false;
+    if (port.empty()) return true;
+    return port.front() == ':' && std::ranges::all_of(port.substr(1), isDigit);
+}
+
+} // namespace
+
+bool isAddress(std::string_view text) {
+    const auto colon = text.find(':');
+    if (colon == std::string_view::npos || !isScheme(text.substr(0, colon))) return false;
+    const std::string_view scheme = text.substr(0, colon);
+    std::string_view rest = text.substr(colon + 1);
+    if (rest.starts_with("//")) {
+        rest.remove_prefix(2);
+        const std::string_view authority = rest.substr(0, rest.find_first_of("/?#"));
+        // "file:///path" has none, and means this machine.
+        if (!isAuthority(authority) && (!authority.empty() || isWeb(scheme))) return false;
+        rest.remove_prefix(authority.size());
+        if (authority.empty() && rest.empty()) return false;
+    } else if (isWeb(scheme) || rest.empty()) {
+        return false;
+    }
+    return isWritten(rest) && std::ranges::count(rest, '#') <= 1;
+}
+
+} // namespace kelvane

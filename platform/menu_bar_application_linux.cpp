@@ -1,0 +1,9 @@
+#include "platform/menu_bar_application.h"
+
+namespace kelvane {
+
+void makeAccessoryApplication() {}
+
+void activateApplication() {}
+
+} // namespace kelvane
