@@ -32,8 +32,8 @@ Grades your work, in whatever application is in front, before it ships.
 Without a switch it runs in the menu bar.
 
   --catalog PATH  take the application catalog from PATH
-  --render PATH   write a picture of the panel with demonstration data to PATH, in
-                  PNG, and quit
+  --render PATH   write a picture of the panel with demonstration data to PATH,
+                  in PNG, and quit
   --demo          show the panel with demonstration data in an ordinary window
   --detect        print what is in front and which agents are here, as one line
                   of JSON, and exit
