@@ -15,6 +15,7 @@ to block, and it is what Python itself exits with when something is wrong.
 
 import os
 import sys
+import time
 
 MOST_EVENT = 8 * 1024 * 1024    # an event that is larger is read to its end and passed over
 MOST_READ = 64 * 1024 * 1024
@@ -61,14 +62,27 @@ def is_ours(event):
             and (b'"PostToolUse"' in event or b'"Stop"' in event))
 
 
-def nothing_changed(event, data):
-    """Whether this is the end of a turn in which no file was recorded as changed."""
+def nothing_to_grade(event, data):
+    """Whether this is the end of a turn that changed nothing, or while the service is down."""
     if b'"PostToolUse"' in event:
         return False
+    state = os.path.join(data, "state")
     try:
-        return not os.listdir(os.path.join(data, "state", "changed"))
+        if os.stat(os.path.join(state, "down")).st_mtime > time.time():
+            return True
     except OSError:
-        return True
+        pass
+    session = session_of(event)
+    name = os.path.join(state, "changed", session) if session else os.path.join(state, "changed")
+    return not os.path.exists(name)
+
+
+def session_of(event):
+    """The session's id, when it is plain enough to be a file name; else None."""
+    _, found, rest = event.partition(b'"session_id":')
+    name = rest.lstrip().partition(b'",')[0][1:81] if found else b""
+    plain = name.replace(b"-", b"").replace(b"_", b"")
+    return name.decode("ascii") if plain.isalnum() and len(name) < 80 else None
 
 
 def hook(arguments):
@@ -78,7 +92,7 @@ def hook(arguments):
         return b""
     keyed = has_key(data)
     event = read_event()
-    if not keyed or not is_ours(event) or nothing_changed(event, data):
+    if not keyed or not is_ours(event) or nothing_to_grade(event, data):
         return b""
     sys.path.insert(0, folder())
     from engine import hook as engine_hook

@@ -34,6 +34,7 @@ class Outcome(NamedTuple):
     reason: Optional[str] = None        # why there is no verdict; present exactly then
     notes: Tuple[str, ...] = ()
     artifact: Optional[Artifact] = None     # what was sent
+    kept: bool = False      # the standing rules, or a file that cannot be read, kept it here
 
     @property
     def flaws(self) -> Tuple[Flaw, ...]:
@@ -68,11 +69,11 @@ def grade_file(path: str, settings: Settings, rules: standing.RuleSet,
     shown = name or path
     refused = rules.refusal(path, declared)
     if refused:
-        return not_graded(shown, "{}: {}".format(shown, refused), declared, path)
+        return not_graded(shown, "{}: {}".format(shown, refused), declared, path, kept=True)
     try:
         artifact = from_file(path, modality, name=name, source=source)
     except NotGradable as error:
-        return not_graded(shown, str(error), declared, path)
+        return not_graded(shown, str(error), declared, path, kept=True)
     return grade(artifact, settings, rules, **options)
 
 
@@ -85,7 +86,7 @@ def grade(artifact: Artifact, settings: Settings, rules: standing.RuleSet, *,
     screened = standing.screen(rules, artifact)
     if screened.refused is not None or screened.artifact is None:
         return not_graded(artifact.name, screened.refused or "", artifact.modality,
-                          artifact.path, screened.findings, screened.notes)
+                          artifact.path, screened.findings, screened.notes, kept=True)
     if not settings.key:
         return not_graded(artifact.name, NO_KEY.format(settings.folder + "/key"),
                           artifact.modality, artifact.path, screened.findings, screened.notes)
@@ -102,10 +103,10 @@ def grade(artifact: Artifact, settings: Settings, rules: standing.RuleSet, *,
 
 
 def not_graded(name: str, reason: str, modality: str = "text", path: Optional[str] = None,
-               findings=(), notes=()) -> Outcome:
+               findings=(), notes=(), *, kept: bool = False) -> Outcome:
     """The outcome of something that never reached the service."""
     return Outcome(name, path, modality, NOT_GRADED, failure(reason), tuple(findings), reason,
-                   tuple(notes))
+                   tuple(notes), None, kept)
 
 
 def _outcome(sent: Artifact, verdict: Verdict, screened: standing.Screened) -> Outcome:

@@ -2,32 +2,28 @@
 
 Deliberately little: one name and one value a line, `#` begins a comment line, a name may come
 again. No quotes, no nesting, nothing that two readers could understand in two ways.
+
+This module and `settings` do without `typing`, which is slow to load: a hook needs them to find out
+that there is nothing to do.
 """
 
+from __future__ import annotations
+
 import re
-from typing import List, NamedTuple, Sequence, Tuple
+from collections import namedtuple
 
 LONGEST_LINE = 4096
 _LINE = re.compile(r"([a-z][a-z0-9_]{0,40})[ \t]*:(?:[ \t]+(.*))?$")
 
 
-class Line(NamedTuple):
-    """One entry of a head; `number` counts from 1 in the file it came from."""
+#: One entry of a head; `number` counts from 1 in the file it came from.
+Line = namedtuple("Line", "number name value")
 
-    number: int
-    name: str
-    value: str
-
-
-class Head(NamedTuple):
-    """The head of a Markdown file and what stands below it."""
-
-    lines: List[Line]
-    body: str
-    found: bool  # whether there was a head at all
+#: The head of a Markdown file (a list of Line), what stands below it, and whether there was one.
+Head = namedtuple("Head", "lines body found")
 
 
-def parse_lines(texts: Sequence[str], where: str, first: int) -> Tuple[List[Line], List[str]]:
+def parse_lines(texts: list[str], where: str, first: int) -> tuple[list[Line], list[str]]:
     """The entries of these lines, and one sentence for each line that is none."""
     lines, problems = [], []
     for number, text in enumerate(texts, first):
@@ -42,7 +38,7 @@ def parse_lines(texts: Sequence[str], where: str, first: int) -> Tuple[List[Line
     return lines, problems
 
 
-def split(text: str, where: str) -> Tuple[Head, List[str]]:
+def split(text: str, where: str) -> tuple[Head, list[str]]:
     """Takes a Markdown text apart: a head between two lines of `---`, and the rest."""
     rows = text.splitlines()
     if not rows or rows[0].rstrip() != "---":

@@ -9,18 +9,14 @@ what leaves the machine, so a shape that is certain is taken even where a critic
 Runs on every edit: a pattern is compiled only when the text holds the letters it begins with.
 """
 
+from __future__ import annotations
+
 import math
 import re
-from typing import Iterator, List, NamedTuple
+from collections import namedtuple
 
-
-class Secret(NamedTuple):
-    """Characters [start, end) of the text are the secret itself."""
-
-    start: int
-    end: int
-    kind: str  # for people: "a private key"
-
+#: Characters [start, end) of the text are the secret itself; `kind` is for people: "a private key".
+Secret = namedtuple("Secret", "start end kind")
 
 _ANY = 400
 _DASHED = "[A-Za-z0-9_-]"
@@ -66,10 +62,10 @@ _ADDRESS = r"(?<=[A-Za-z])://[^\s/?\"':@]{0,80}:([^\s/?\"']{1,120})@"
 _SIGNED = r"\beyJ[A-Za-z0-9_-]{9,4000}\.[A-Za-z0-9_-]{8,8000}\.[A-Za-z0-9_-]{16,2000}"
 
 
-def find(text: str) -> List[Secret]:
+def find(text: str) -> list[Secret]:
     """Every secret in reading order, none overlapping another."""
     found = sorted(_all(text), key=lambda secret: (secret.start, -secret.end))
-    apart: List[Secret] = []
+    apart: list[Secret] = []
     for secret in found:
         if apart and secret.start < apart[-1].end:
             if secret.end > apart[-1].end:
@@ -79,7 +75,7 @@ def find(text: str) -> List[Secret]:
     return apart
 
 
-def redacted(text: str, secrets: List[Secret]) -> str:
+def redacted(text: str, secrets: list[Secret]) -> str:
     """The text with each secret replaced; every line stays the line it was."""
     pieces, at = [], 0
     for secret in secrets:
@@ -101,7 +97,7 @@ def entropy(text: str) -> float:
     return -sum(share * math.log(share, 2) for share in counts)
 
 
-def _all(text: str) -> Iterator[Secret]:
+def _all(text: str):
     yield from _issued(text)
     if "PRIVATE KEY" in text:
         for match in re.finditer(_PRIVATE, text):
@@ -118,7 +114,7 @@ def _all(text: str) -> Iterator[Secret]:
         yield from _assigned(text)
 
 
-def _issued(text: str) -> Iterator[Secret]:
+def _issued(text: str):
     for prefix, letters, least, most, kind in _ISSUED:
         if prefix not in text:
             continue
@@ -130,7 +126,7 @@ def _issued(text: str) -> Iterator[Secret]:
                 yield Secret(match.start(), match.end(), kind)
 
 
-def _assigned(text: str) -> Iterator[Secret]:
+def _assigned(text: str):
     for match in re.finditer(_ASSIGNED, text, re.I):
         group = next(number for number in (2, 3, 4) if match.group(number) is not None)
         yield from _judged(match, group)
@@ -138,7 +134,7 @@ def _assigned(text: str) -> Iterator[Secret]:
         yield from _judged(match, 2)
 
 
-def _judged(match, group: int) -> Iterator[Secret]:
+def _judged(match, group: int):
     name, value = match.group(1).lower(), match.group(group)
     if not _is_password(value):
         return

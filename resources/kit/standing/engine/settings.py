@@ -5,8 +5,10 @@ else), so everything that an environment variable can say may also stand in the 
 the data folder, one `name: value` a line. A variable that is set wins over the file.
 """
 
+from __future__ import annotations
+
 import os
-from typing import Dict, List, Mapping, NamedTuple, Optional
+from collections import namedtuple
 
 from . import head
 
@@ -26,19 +28,28 @@ NAMES = {
 }
 
 
-class Settings(NamedTuple):
-    """Everything the engine needs to know about its surroundings. A plain value."""
+class Settings(namedtuple("Settings", "folder base key policy_id ca_file proxies no_proxy hook "
+                          "hook_seconds problems")):
+    """Everything the engine needs to know about its surroundings. A plain value.
 
-    folder: str                     # the data folder, "~/.brask"
-    base: str                       # without a slash at its end; "" reaches nobody
-    key: Optional[str]              # None: not signed in
-    policy_id: Optional[str] = None
-    ca_file: Optional[str] = None   # trusted besides the system's authorities
-    proxies: Mapping[str, str] = {}  # scheme -> address; the system's apply where empty
-    no_proxy: Optional[str] = None
-    hook: bool = True               # False: the hook stays silent
-    hook_seconds: float = 90.0      # the longest that one Stop may take
-    problems: tuple = ()            # sentences about lines of the file that could not be used
+    folder        the data folder, "~/.brask"
+    base          the service's address without a slash at its end; "" reaches nobody
+    key           None: not signed in
+    policy_id     None: the service's own
+    ca_file       a file of authorities trusted besides the system's, or None
+    proxies       scheme -> address; where empty the system's apply
+    no_proxy      hosts that are reached without, as in NO_PROXY, or None
+    hook          False: the hook stays silent
+    hook_seconds  the longest that the end of one turn may take
+    problems      sentences about lines of the file that could not be used
+    """
+
+    __slots__ = ()
+
+    def __new__(cls, folder, base, key, policy_id=None, ca_file=None, proxies=None, no_proxy=None,
+                hook=True, hook_seconds=90.0, problems=()):
+        return super().__new__(cls, folder, base, key, policy_id, ca_file, proxies or {}, no_proxy,
+                               hook, hook_seconds, problems)
 
     def __repr__(self):
         """Never shows the key: this text ends up in tracebacks."""
@@ -48,7 +59,7 @@ class Settings(NamedTuple):
     __str__ = __repr__
 
 
-def data_folder(environ: Mapping[str, str] = os.environ) -> str:
+def data_folder(environ: dict[str, str] = os.environ) -> str:
     """$BRASK_HOME, else ~/.brask."""
     named = environ.get("BRASK_HOME")
     if named:
@@ -57,7 +68,7 @@ def data_folder(environ: Mapping[str, str] = os.environ) -> str:
     return os.path.join(home, ".brask")
 
 
-def read_key(folder: str, environ: Mapping[str, str] = os.environ) -> Optional[str]:
+def read_key(folder: str, environ: dict[str, str] = os.environ) -> str | None:
     """BRASK_API_KEY exactly as it stands; when unset or empty, the file `key`, trimmed.
 
     None when there is neither, and when the file cannot be read, is not UTF-8 or holds only blanks.
@@ -79,10 +90,10 @@ def tidy_base(address: str) -> str:
     return address.strip(" \t").rstrip("/")
 
 
-def load(environ: Mapping[str, str] = os.environ) -> Settings:
+def load(environ: dict[str, str] = os.environ) -> Settings:
     """Reads variables and file afresh. Never fails; what could not be used is in `problems`."""
     folder = data_folder(environ)
-    problems: List[str] = []
+    problems: list[str] = []
     values = _file_values(folder, problems)
     for name, variable in NAMES.items():
         said = environ.get(variable, environ.get(variable.lower()))
@@ -102,10 +113,10 @@ def load(environ: Mapping[str, str] = os.environ) -> Settings:
         problems=tuple(problems))
 
 
-def _file_values(folder: str, problems: List[str]) -> Dict[str, str]:
+def _file_values(folder: str, problems: list[str]) -> dict[str, str]:
     path = os.path.join(folder, "settings")
     data = _read(path)
-    values: Dict[str, str] = {}
+    values: dict[str, str] = {}
     if data is None:
         return values
     lines, found = head.parse_lines(data.decode("utf-8-sig", "replace").splitlines(), path, 1)
@@ -118,7 +129,7 @@ def _file_values(folder: str, problems: List[str]) -> Dict[str, str]:
     return values
 
 
-def _seconds(text: Optional[str], problems: List[str]) -> float:
+def _seconds(text: str | None, problems: list[str]) -> float:
     try:
         seconds = float(text) if text else 90.0
     except ValueError:
@@ -129,7 +140,7 @@ def _seconds(text: Optional[str], problems: List[str]) -> float:
     return seconds
 
 
-def _read(path: str) -> Optional[bytes]:
+def _read(path: str) -> bytes | None:
     """At most LONGEST_FILE bytes of a plain file; None when there is none (a pipe would hang)."""
     try:
         if not os.path.isfile(path):

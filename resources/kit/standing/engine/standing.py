@@ -25,6 +25,7 @@ from .parts import Artifact, Part
 from .verdict import Flaw
 
 COMMON = "every.md"
+LARGEST_SUBMISSION = 40 * 1024 * 1024   # what the service takes, before it is packed for the way
 LARGEST_RULE_FILE = 256 * 1024
 MOST_RULE_FILES = 200
 _NUMBERS = ("max_characters", "max_bytes", "max_parts")
@@ -77,7 +78,7 @@ class RuleSet(NamedTuple):
     def text(self, modality: Optional[str] = None) -> str:
         """The rules as Markdown, all of them or those that apply to one modality."""
         files = self.files if modality is None else self._about(modality)
-        return "\n".join("# {}\n\n{}".format(file.title, file.body.strip() + "\n")
+        return "\n".join("# {}\n\n{}\n".format(file.title, file.body.strip())
                          for file in files)
 
     def modalities(self) -> List[str]:
@@ -195,6 +196,8 @@ def _too_much(rules: Rules, artifact: Artifact) -> Optional[str]:
         if part.data is not None and len(part.data) > rules.max_bytes:
             return ("it has {:.1f} MiB, and at most {:.1f} MiB are sent".format(
                 len(part.data) / 2.0 ** 20, rules.max_bytes / 2.0 ** 20))
+    if sum(len(part.data or b"") for part in artifact.parts) > LARGEST_SUBMISSION:
+        return "its parts have more than {} MiB together".format(LARGEST_SUBMISSION >> 20)
     return None
 
 

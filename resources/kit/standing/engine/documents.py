@@ -1,0 +1,215 @@
+"""The text of word-processor files and decks.
+
+Documents come out as Markdown (headings, lists, tables, links), because that is how the application
+captures documents and what the grader knows how to judge. Decks come out slide by slide.
+"""
+
+import re
+from typing import Iterator, List, Optional
+
+from .archive import Archive, attribute, children, local, relations
+from .parts import NotGradable, Part
+
+_DEEPEST = 200
+
+
+def read_docx(data: bytes, shown: str, kind):
+    """A word-processor file: its body, without deleted text and comments; notes below it."""
+    archive = Archive(data, shown)
+    root = archive.xml("word/document.xml")
+    if root is None:
+        raise NotGradable("{} holds no document".format(shown))
+    blocks: List[str] = []
+    links = relations_with_targets(archive)
+    levels = _heading_styles(archive.xml("word/styles.xml"))
+    for body in children(root, "body"):
+        blocks += _word_blocks(body, links, levels)
+    blocks += _notes(archive, links, levels)
+    text = "\n\n".join(block for block in blocks if block.strip()) + "\n"
+    return [Part(kind.mime_type, shown, text)], []
+
+
+def read_odt(data: bytes, shown: str, kind):
+    """An OpenDocument text."""
+    root = _open_document_body(data, shown)
+    text = "\n\n".join(b for b in _open_blocks(root, 0) if b.strip()) + "\n"
+    return [Part(kind.mime_type, shown, text)], []
+
+
+def read_pptx(data: bytes, shown: str, kind):
+    """A deck: one block per slide, in the order of the show, its notes below."""
+    archive = Archive(data, shown)
+    presentation = archive.xml("ppt/presentation.xml")
+    if presentation is None:
+        raise NotGradable("{} holds no deck".format(shown))
+    targets = relations(archive, "ppt/presentation.xml")
+    slides = [targets.get(attribute_of_relation(item)) for order in
+              children(presentation, "sldIdLst") for item in order]
+    blocks = []
+    for number, member in enumerate([s for s in slides if s], 1):
+        paragraphs = _drawn_paragraphs(archive.xml(member))
+        notes = next((m for m in relations(archive, member).values() if "notesSlide" in m), None)
+        if notes:
+            said = [p for p in _drawn_paragraphs(archive.xml(notes)) if not p.isdigit()]
+            paragraphs += ["Notes: " + " ".join(said)] if said else []
+        blocks.append("\n".join(["Slide {}".format(number)] + paragraphs))
+    return [Part(kind.mime_type, shown, "\n\n".join(blocks) + "\n")], []
+
+
+def read_odp(data: bytes, shown: str, kind):
+    """An OpenDocument deck."""
+    root = _open_document_body(data, shown)
+    blocks = []
+    for number, page in enumerate((e for e in root.iter() if local(e) == "page"), 1):
+        lines = [text for text in (_flat(p) for p in page.iter() if local(p) in ("p", "h")) if text]
+        blocks.append("\n".join(["Slide {}".format(number)] + lines))
+    return [Part(kind.mime_type, shown, "\n\n".join(blocks) + "\n")], []
+
+
+def relations_with_targets(archive: Archive) -> dict:
+    """Relation id -> address, of the outside links of a word-processor file."""
+    root = archive.xml("word/_rels/document.xml.rels")
+    return {} if root is None else {child.get("Id"): child.get("Target") or "" for child in root
+                                    if child.get("TargetMode") == "External"}
+
+
+def attribute_of_relation(element) -> Optional[str]:
+    """The relation id of a slide list's entry, which also has an id of its own."""
+    for key, value in element.attrib.items():
+        if key.endswith("}id"):
+            return value
+    return None
+
+
+def _heading_styles(styles) -> dict:
+    """Style id -> level, by the outline level or by the style's name."""
+    found = {}
+    for style in children(styles, "style"):
+        name = next((attribute(n, "val") or "" for n in children(style, "name")), "")
+        match = re.match(r"heading ([1-9])$", name, re.I)
+        level = int(match.group(1)) if match else 1 if name.lower() == "title" else None
+        if level:
+            found[attribute(style, "styleId")] = min(level, 6)
+    return found
+
+
+def _word_blocks(body, links: dict, levels: dict, depth: int = 0) -> Iterator[str]:
+    for element in body:
+        name = local(element)
+        if name == "p":
+            yield _word_paragraph(element, links, levels)
+        elif name == "tbl":
+            yield _table([[" ".join(_word_blocks(cell, links, {}, depth + 1))
+                           for cell in children(row, "tc")]
+                          for row in children(element, "tr")])
+        elif name in ("sdt", "sdtContent", "ins", "customXml") and depth < _DEEPEST:
+            yield from _word_blocks(element, links, levels, depth + 1)
+
+
+def _word_paragraph(paragraph, links: dict, levels: dict) -> str:
+    text = "".join(_word_runs(paragraph, links)).strip()
+    if not text:
+        return ""
+    for properties in children(paragraph, "pPr"):
+        for style in children(properties, "pStyle"):
+            level = levels.get(attribute(style, "val"))
+            if level:
+                return "#" * level + " " + text
+        if children(properties, "numPr"):
+            return "- " + text
+    return text
+
+
+def _word_runs(element, links: dict, depth: int = 0) -> Iterator[str]:
+    for child in element:
+        name = local(child)
+        if name == "t":
+            yield child.text or ""
+        elif name in ("tab", "br", "cr"):
+            yield "\t" if name == "tab" else "\n"
+        elif name == "noBreakHyphen":
+            yield "-"
+        elif name == "hyperlink":
+            label = "".join(_word_runs(child, links, depth + 1))
+            target = links.get(attribute(child, "id"))
+            yield "[{}]({})".format(label, target) if target else label
+        elif name not in ("del", "moveFrom", "pPr", "rPr", "instrText", "delText",
+                          "Fallback") and depth < _DEEPEST:
+            yield from _word_runs(child, links, depth + 1)
+
+
+def _notes(archive: Archive, links: dict, levels: dict) -> List[str]:
+    found = []
+    for member, kind in (("word/footnotes.xml", "footnote"), ("word/endnotes.xml", "endnote")):
+        for note in children(archive.xml(member), kind):
+            if attribute(note, "type") is None:
+                found.append(" ".join(_word_blocks(note, links, {})).strip())
+    return found
+
+
+def _open_document_body(data: bytes, shown: str):
+    root = Archive(data, shown).xml("content.xml")
+    if root is None:
+        raise NotGradable("{} holds no document".format(shown))
+    return root
+
+
+def _open_blocks(element, depth: int) -> Iterator[str]:
+    for child in element:
+        name = local(child)
+        if name == "h":
+            level = attribute(child, "outline-level") or "1"
+            yield "#" * min(6, int(level) if level.isdigit() and level != "0" else 1) \
+                + " " + _flat(child)
+        elif name == "p":
+            yield _flat(child)
+        elif name == "table":
+            yield _table([[" ".join(_flat(p) for p in cell.iter() if local(p) in ("p", "h"))
+                           for cell in children(row, "table-cell")]
+                          for row in child.iter() if local(row) == "table-row"])
+        elif name == "list-item":
+            yield from ("- " + block for block in _open_blocks(child, depth + 1))
+        elif name not in ("tracked-changes", "forms", "sequence-decls") and depth < _DEEPEST:
+            yield from _open_blocks(child, depth + 1)
+
+
+def _flat(element, depth: int = 0) -> str:
+    """A paragraph's text. OpenDocument writes blanks, tabs and line ends as elements."""
+    pieces = [element.text or ""]
+    for child in element:
+        name = local(child)
+        if name == "s":
+            count = attribute(child, "c") or "1"
+            pieces.append(" " * min(100, int(count) if count.isdigit() else 1))
+        elif name in ("tab", "line-break"):
+            pieces.append("\t" if name == "tab" else "\n")
+        elif name == "a":
+            pieces.append("[{}]({})".format(_flat(child, depth + 1),
+                                            attribute(child, "href") or ""))
+        elif name not in ("annotation", "note-citation") and depth < _DEEPEST:
+            pieces.append(_flat(child, depth + 1))
+        pieces.append(child.tail or "")
+    return "".join(pieces).strip() if depth == 0 else "".join(pieces)
+
+
+def _drawn_paragraphs(root) -> List[str]:
+    """The paragraphs of all shapes of a slide, in the order of the file."""
+    if root is None:
+        return []
+    found = []
+    for paragraph in (e for e in root.iter() if local(e) == "p"):
+        text = "".join("\n" if local(e) == "br" else e.text or "" for e in paragraph.iter()
+                       if local(e) in ("t", "br")).strip()
+        if text:
+            found.append(text)
+    return found
+
+
+def _table(rows: List[List[str]]) -> str:
+    """Rows as a Markdown table."""
+    rows = [row for row in rows if row]
+    if not rows:
+        return ""
+    lines = ["| " + " | ".join(re.sub(r"\s+", " ", cell).replace("|", "\\|").strip()
+                               for cell in row) + " |" for row in rows]
+    return "\n".join([lines[0], "|" + " --- |" * len(rows[0])] + lines[1:])

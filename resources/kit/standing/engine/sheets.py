@@ -1,0 +1,227 @@
+"""The cells of workbooks, as the tab-separated text that a sheet copies to the clipboard.
+
+One part per sheet that holds anything. Values are the ones the program last calculated; dates and
+shares, which a workbook keeps as bare numbers, are written as such.
+"""
+
+import datetime
+import re
+from typing import Dict, List, Optional
+
+from .archive import Archive, attribute, children, local, relations
+from .parts import NotGradable, Part
+
+MOST_ROWS, MOST_COLUMNS, MOST_CELLS = 100000, 1000, 1000000
+_DATE_IDS = set(range(14, 23)) | set(range(27, 37)) | set(range(45, 48)) | set(range(50, 59))
+
+
+class _Grid:
+    """The cells of one sheet by row and column, both from 0, within bounds."""
+
+    def __init__(self):
+        self._rows: Dict[int, Dict[int, str]] = {}
+        self._cells = 0
+        self.cut = False
+
+    def put(self, row: int, column: int, text: str) -> None:
+        if not text:
+            return
+        if row >= MOST_ROWS or column >= MOST_COLUMNS or self._cells >= MOST_CELLS:
+            self.cut = True
+            return
+        self._cells += 1
+        self._rows.setdefault(row, {})[column] = text
+
+    def text(self) -> str:
+        """Rows from the first to the last; blanks where there is nothing."""
+        if not self._rows:
+            return ""
+        last = max(self._rows)
+        width = max(max(cells) for cells in self._rows.values()) + 1
+        return "".join("\t".join(_field(self._rows.get(row, {}).get(column, ""))
+                                 for column in range(width)) + "\n"
+                       for row in range(min(self._rows), last + 1))
+
+
+def read_xlsx(data: bytes, shown: str, kind):
+    """A workbook of the OOXML kind."""
+    archive = Archive(data, shown)
+    workbook = archive.xml("xl/workbook.xml")
+    if workbook is None:
+        raise NotGradable("{} holds no workbook".format(shown))
+    strings = [_inline(item) for item in children(archive.xml("xl/sharedStrings.xml"), "si")]
+    formats = _formats(archive.xml("xl/styles.xml"))
+    properties = children(workbook, "workbookPr")
+    since_1904 = bool(properties) and attribute(properties[0], "date1904") in ("1", "true")
+    targets = relations(archive, "xl/workbook.xml")
+    grids = []
+    for sheets in children(workbook, "sheets"):
+        for sheet in sheets:
+            relation = next((v for k, v in sheet.attrib.items() if k.endswith("}id")), None)
+            root = archive.xml(targets.get(relation, ""))
+            if root is not None:
+                grids.append((attribute(sheet, "name") or "Sheet",
+                              _xlsx_grid(root, strings, formats, since_1904)))
+    return _parts(grids, shown, kind)
+
+
+def read_ods(data: bytes, shown: str, kind):
+    """An OpenDocument workbook."""
+    root = Archive(data, shown).xml("content.xml")
+    if root is None:
+        raise NotGradable("{} holds no workbook".format(shown))
+    tables = [element for element in root.iter() if local(element) == "table"]
+    return _parts([(attribute(t, "name") or "Sheet", _ods_grid(t)) for t in tables], shown, kind)
+
+
+def _parts(grids, shown: str, kind):
+    texts = [(name, grid.text(), grid.cut) for name, grid in grids]
+    filled = [entry for entry in texts if entry[1]] or texts[:1]
+    notes = ["{}: sheet “{}” is larger than what is graded".format(shown, name)
+             for name, _, cut in filled if cut]
+    stem = shown.rpartition(".")[0] or shown
+    several = len(filled) > 1
+    return [Part(kind.mime_type, "{}{}.tsv".format(stem, "-" + _plain(name) if several else ""),
+                 text) for name, text, _ in filled], notes
+
+
+def _xlsx_grid(root, strings: List[str], formats: List[str], since_1904: bool) -> _Grid:
+    grid = _Grid()
+    row = -1
+    for data in children(root, "sheetData"):
+        for line in children(data, "row"):
+            number = attribute(line, "r") or ""
+            row = int(number) - 1 if number.isdigit() and 0 < len(number) < 9 else row + 1
+            column = -1
+            for cell in children(line, "c"):
+                column = _column(attribute(cell, "r"), column + 1)
+                grid.put(row, column, _xlsx_value(cell, strings, formats, since_1904))
+    return grid
+
+
+def _xlsx_value(cell, strings: List[str], formats: List[str], since_1904: bool) -> str:
+    kind = attribute(cell, "t") or "n"
+    value = next((child.text or "" for child in children(cell, "v")), "")
+    if kind == "inlineStr":
+        return "".join(_inline(child) for child in children(cell, "is"))
+    if kind == "s":
+        index = int(value) if value.isdigit() and len(value) < 10 else -1
+        return strings[index] if 0 <= index < len(strings) else ""
+    if kind == "b":
+        return "TRUE" if value == "1" else "FALSE"
+    if kind != "n" or not value:
+        return value  # text of a formula, an error such as #REF!, or a date in ISO form
+    style = attribute(cell, "s") or "0"
+    index = int(style) if style.isdigit() and len(style) < 9 else 0
+    return _number(value, formats[index] if index < len(formats) else "", since_1904)
+
+
+def _number(value: str, form: str, since_1904: bool) -> str:
+    try:
+        number = float(value)
+    except ValueError:
+        return value
+    if form == "date":
+        return _date(number, since_1904) or value
+    if form == "percent":
+        return "{:.10g}%".format(number * 100)
+    return "{:.15g}".format(number) if "." in value or "e" in value.lower() else value
+
+
+def _date(number: float, since_1904: bool) -> Optional[str]:
+    """Days since the workbook's epoch; the part of a day is a time."""
+    start = datetime.datetime(1904, 1, 1) if since_1904 else datetime.datetime(1899, 12, 30)
+    if not 0 <= number < 2958466:
+        return None
+    try:
+        moment = start + datetime.timedelta(seconds=round(number * 86400))
+    except OverflowError:
+        return None
+    if number < 1:
+        return moment.strftime("%H:%M:%S")
+    return moment.strftime("%Y-%m-%d" if number == int(number) else "%Y-%m-%d %H:%M:%S")
+
+
+def _formats(styles) -> List[str]:
+    """For each cell style: "date", "percent" or ""."""
+    custom = {attribute(f, "numFmtId"): attribute(f, "formatCode") or ""
+              for formats in children(styles, "numFmts") for f in formats}
+    found = []
+    for group in children(styles, "cellXfs"):
+        for style in group:
+            number = attribute(style, "numFmtId") or "0"
+            code = custom.get(number)
+            if code is None:
+                known = int(number) if number.isdigit() and len(number) < 6 else 0
+                found.append("date" if known in _DATE_IDS else "percent" if known in (9, 10)
+                             else "")
+            else:
+                found.append(_form_of(code))
+    return found
+
+
+def _form_of(code: str) -> str:
+    bare = re.sub(r'"[^"]*"|\\.|\[[^\]]*\]', "", code.split(";")[0])
+    if "%" in bare:
+        return "percent"
+    return "date" if re.search(r"[dmyhs]", bare, re.I) and "General" not in bare else ""
+
+
+def _inline(item) -> str:
+    """The text of a shared or inline string, without its phonetic reading."""
+    pieces = []
+    for child in item:
+        if local(child) == "t":
+            pieces.append(child.text or "")
+        elif local(child) == "r":
+            pieces += [t.text or "" for t in children(child, "t")]
+    return "".join(pieces)
+
+
+def _column(reference: Optional[str], following: int) -> int:
+    letters = re.match(r"[A-Z]{1,3}", reference or "")
+    if letters is None:
+        return following
+    number = 0
+    for letter in letters.group():
+        number = number * 26 + ord(letter) - 64
+    return number - 1
+
+
+def _ods_grid(table) -> _Grid:
+    grid = _Grid()
+    row = 0
+    for line in (e for e in table.iter() if local(e) == "table-row"):
+        repeated = min(_times(line, "number-rows-repeated"), MOST_ROWS)
+        cells = _ods_cells(line)
+        for again in range(repeated if cells else 0):
+            for column, text in cells:
+                grid.put(row + again, column, text)
+        row += repeated
+    return grid
+
+
+def _ods_cells(line) -> list:
+    cells, column = [], 0
+    for cell in line:
+        if local(cell) not in ("table-cell", "covered-table-cell"):
+            continue
+        repeated = min(_times(cell, "number-columns-repeated"), MOST_COLUMNS)
+        text = "\n".join("".join(p.itertext()) for p in children(cell, "p"))
+        if text:
+            cells += [(column + again, text) for again in range(repeated)]
+        column += repeated
+    return cells
+
+
+def _times(element, name: str) -> int:
+    text = attribute(element, name) or "1"
+    return int(text) if text.isdigit() and 0 < len(text) < 9 else 1
+
+
+def _field(text: str) -> str:
+    return '"' + text.replace('"', '""') + '"' if any(c in text for c in "\t\n\r\"") else text
+
+
+def _plain(name: str) -> str:
+    return re.sub(r"[^\w.-]+", "_", name) or "Sheet"

@@ -1,0 +1,199 @@
+"""What the hook remembers between two events: small files in `state` of the data folder.
+
+    changed/SESSION        paths that the session changed, one JSON string a line
+    sessions/SESSION.json  what was graded and reported, so that nothing is said twice
+    down                   its time of change is when the service is worth another try
+
+All of it may be deleted at any time. Folders are 0700 and files 0600; a folder that cannot be
+written means that nothing is remembered, and no error.
+"""
+
+import json
+import os
+import time
+
+LONGEST_CHANGED = 64 * 1024
+LONGEST_SESSION = 512 * 1024
+MOST_SESSIONS = 200
+KEEP_SECONDS = 7 * 86400
+CLEAN_SECONDS = 86400
+_NAME = frozenset("abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789_-")
+
+
+class State:
+    """The state of one session. `now` is the wall clock, in seconds."""
+
+    def __init__(self, folder, session, now=time.time):
+        self._root = os.path.join(folder, "state")
+        self._name = file_name(session)
+        self._now = now
+        self._changed = os.path.join(self._root, "changed", self._name)
+        self._session = os.path.join(self._root, "sessions", self._name + ".json")
+        self._seen = 0
+
+    def record(self, path):
+        """Notes that the session changed this file. Several at once are fine."""
+        line = (json.dumps(path) + "\n").encode("ascii")
+        known = self._read(self._changed, LONGEST_CHANGED)
+        if line in known.splitlines(True) or len(known) + len(line) > LONGEST_CHANGED:
+            return
+        try:
+            _make_folder(self._root)
+            _make_folder(os.path.dirname(self._changed))
+            handle = os.open(self._changed, os.O_WRONLY | os.O_APPEND | os.O_CREAT, 0o600)
+            try:
+                os.write(handle, line)
+            finally:
+                os.close(handle)
+        except OSError:
+            pass
+
+    def changed(self):
+        """The recorded paths in the order of their first change."""
+        data = self._read(self._changed, LONGEST_CHANGED)
+        self._seen = len(data)
+        paths = []
+        for line in data.splitlines():
+            try:
+                path = json.loads(line.decode("ascii"))
+            except ValueError:
+                continue
+            if isinstance(path, str) and path not in paths:
+                paths.append(path)
+        return paths
+
+    def settle(self):
+        """Forgets what the last `changed` returned; what was recorded since stays."""
+        aside = self._changed + ".settling"
+        try:
+            os.replace(self._changed, aside)
+            late = self._read(aside, LONGEST_CHANGED)[self._seen:]
+            os.unlink(aside)
+        except OSError:
+            return
+        for line in late.splitlines():
+            try:
+                self.record(json.loads(line.decode("ascii")))
+            except ValueError:
+                pass
+
+    def load(self):
+        """The session's memory: an object with "graded" (path -> digest) and, as lists,
+        "reported", "told" and "tried"."""
+        try:
+            found = json.loads(self._read(self._session, LONGEST_SESSION).decode("utf-8") or "{}")
+        except (ValueError, RecursionError):
+            found = {}
+        if not isinstance(found, dict):
+            found = {}
+        graded = found.get("graded")
+        return {"graded": graded if isinstance(graded, dict) else {},
+                "reported": _strings(found.get("reported")), "told": _strings(found.get("told")),
+                "tried": _strings(found.get("tried"))}
+
+    def save(self, memory):
+        """Keeps the newest entries of each kind."""
+        kept = {"graded": dict(list(memory["graded"].items())[-1000:]),
+                "reported": memory["reported"][-200:], "told": memory["told"][-200:],
+                "tried": memory["tried"][-50:]}
+        data = json.dumps(kept).encode("ascii")
+        try:
+            _make_folder(self._root)
+            _make_folder(os.path.dirname(self._session))
+            aside = "{}.{}".format(self._session, os.getpid())
+            handle = os.open(aside, os.O_WRONLY | os.O_CREAT | os.O_TRUNC, 0o600)
+            with os.fdopen(handle, "wb") as file:
+                file.write(data)
+            os.replace(aside, self._session)
+        except OSError:
+            pass
+
+    def is_down(self):
+        """Whether the service was found down a short while ago."""
+        try:
+            return os.stat(os.path.join(self._root, "down")).st_mtime > self._now()
+        except OSError:
+            return False
+
+    def note_down(self, seconds):
+        """The service is not worth a try for so long."""
+        path = os.path.join(self._root, "down")
+        try:
+            _make_folder(self._root)
+            os.close(os.open(path, os.O_WRONLY | os.O_CREAT, 0o600))
+            until = self._now() + seconds
+            os.utime(path, (until, until))
+        except OSError:
+            pass
+
+    def note_up(self):
+        """The service answered."""
+        try:
+            os.unlink(os.path.join(self._root, "down"))
+        except OSError:
+            pass
+
+    def clean(self):
+        """Once a day: deletes what is old, and the oldest of too many."""
+        mark = os.path.join(self._root, "cleaned")
+        now = self._now()
+        try:
+            if abs(now - os.stat(mark).st_mtime) < CLEAN_SECONDS:
+                return
+        except OSError:
+            pass
+        try:
+            _make_folder(self._root)
+            os.close(os.open(mark, os.O_WRONLY | os.O_CREAT, 0o600))
+            os.utime(mark, (now, now))
+        except OSError:
+            return
+        for name in ("changed", "sessions"):
+            _sweep(os.path.join(self._root, name), now)
+
+    @staticmethod
+    def _read(path, limit):
+        try:
+            with open(path, "rb") as file:
+                return file.read(limit)
+        except OSError:
+            return b""
+
+
+def file_name(session):
+    """A session's id as a file name; a strange one is told by its digest."""
+    if not isinstance(session, str) or not session:
+        return "no-session"
+    if len(session) <= 80 and _NAME.issuperset(session):
+        return session
+    import hashlib
+    return "sha-" + hashlib.sha256(session.encode("utf-8", "replace")).hexdigest()[:40]
+
+
+def _strings(value):
+    return [v for v in value if isinstance(v, str)] if isinstance(value, list) else []
+
+
+def _make_folder(path):
+    """With what is missing above it, each for its owner alone."""
+    if os.path.isdir(path):
+        return
+    _make_folder(os.path.dirname(path))
+    try:
+        os.mkdir(path, 0o700)
+    except FileExistsError:
+        pass
+
+
+def _sweep(folder, now):
+    try:
+        entries = sorted((e for e in os.scandir(folder) if e.is_file(follow_symlinks=False)),
+                         key=lambda e: e.stat().st_mtime, reverse=True)
+    except OSError:
+        return
+    for number, entry in enumerate(entries):
+        try:
+            if number >= MOST_SESSIONS or now - entry.stat().st_mtime > KEEP_SECONDS:
+                os.unlink(entry.path)
+        except OSError:
+            pass

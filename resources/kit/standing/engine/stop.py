@@ -1,0 +1,179 @@
+"""The end of a turn: the changed files are graded, and the verdicts become one answer.
+
+Files of one kind go out as one submission, all submissions at once, within one deadline. What came
+of it is remembered by content, so that a file is graded again when it changed and only then.
+"""
+
+import hashlib
+import os
+import threading
+import time
+
+from . import grading, kinds, parts, report, standing
+from .hook import DOWN_SECONDS, LONGEST_REASON, MOST_FILES
+
+MOST_SUBMISSIONS = 4
+MOST_TRIES = 3
+_INTENT = "Validate the files that a coding agent changed before they ship."
+
+
+class Group:
+    """The changed files of one modality on their way to a verdict."""
+
+    def __init__(self, modality):
+        self.modality = modality
+        self.artifacts = []
+        self.hashes = {}    # path -> digest of the content
+        self.outcome = None
+
+    def digest(self):
+        """Tells this content from any other."""
+        text = "\n".join("{} {}".format(d, p) for p, d in sorted(self.hashes.items()))
+        return hashlib.sha256(text.encode("utf-8", "replace")).hexdigest()[:32]
+
+
+def grade_changes(paths, project, settings, state, going_on):
+    """The hook's answer, or None. `going_on`: a Stop hook already keeps the turn alive."""
+    memory = state.load()
+    rules = standing.load()
+    groups, left = _groups(paths, project, rules, memory)
+    if not groups:
+        state.settle()
+        return None
+    _grade(groups, settings, rules)
+    trouble = _trouble(groups)
+    for group in groups:
+        if _is_over(group, memory):
+            memory["graded"].update(group.hashes)
+    held = [g for g in groups if g.outcome.state == grading.HELD]
+    fresh = [g for g in held if g.digest() not in memory["reported"]]
+    memory["reported"] += [g.digest() for g in fresh]
+    state.save(memory)
+    if trouble is None:
+        state.settle()
+        state.note_up()
+    else:
+        state.note_down(DOWN_SECONDS[trouble])
+    return _answer(groups, held, fresh, going_on, trouble, left, settings)
+
+
+def _groups(paths, project, rules, memory):
+    """What is to be graded, by modality, and how many files are more than are graded at once."""
+    groups, count, left = {}, 0, 0
+    for path in paths:
+        kind = kinds.of_name(path, source=True)
+        modality = kind.modality if kind else "text"
+        if not os.path.isfile(path) or rules.refusal(path, modality):
+            continue
+        if count >= MOST_FILES:
+            left += 1
+            continue
+        try:
+            artifact = parts.from_file(path, name=parts.shown_name(path, project), source=True)
+        except parts.NotGradable:
+            continue
+        digest = _digest(artifact)
+        if memory["graded"].get(path) == digest:
+            continue
+        screened = standing.screen(rules, artifact)
+        if screened.refused is not None or not any(p.text or p.data for p in artifact.parts):
+            continue
+        group = groups.setdefault(artifact.modality, Group(artifact.modality))
+        group.artifacts.append(artifact._replace(name=artifact.parts[0].logical_name))
+        group.hashes[path] = digest
+        count += 1
+    chosen = list(groups.values())
+    left += sum(len(group.artifacts) for group in chosen[MOST_SUBMISSIONS:])
+    return chosen[:MOST_SUBMISSIONS], left
+
+
+def _digest(artifact):
+    whole = hashlib.sha256()
+    for part in artifact.parts:
+        whole.update((part.text or "").encode("utf-8", "replace") + (part.data or b"") + b"\0")
+    return whole.hexdigest()[:32]
+
+
+def _grade(groups, settings, rules):
+    """Gives every group its outcome, within the deadline in any case."""
+    until = time.monotonic() + settings.hook_seconds
+    cancel = threading.Event()
+
+    def one(group):
+        artifact = group.artifacts[0]
+        if len(group.artifacts) > 1:
+            artifact = parts.together(group.artifacts, group.modality)
+        found = grading.grade(artifact, settings, rules, intent=_INTENT, cancel=cancel, hard=True,
+                              deadline=settings.hook_seconds)
+        group.outcome = found
+
+    threads = [threading.Thread(target=one, args=(g,), daemon=True) for g in groups]
+    for thread in threads:
+        thread.start()
+    for thread in threads:
+        thread.join(max(0.0, until - time.monotonic()))
+    cancel.set()
+    for group in groups:
+        if group.outcome is None:
+            group.outcome = grading.not_graded(
+                group.modality, "grade timed out after {}s".format(int(settings.hook_seconds)))
+
+
+def _is_over(group, memory):
+    """Whether this content need not be sent again: it has been judged, or never will be."""
+    outcome = group.outcome
+    if outcome.state != grading.NOT_GRADED or _is_unreadable(outcome) or _was_kept(outcome):
+        return True
+    # The service may object to this very content. Three times are enough to find out.
+    memory["tried"].append(group.digest())
+    return memory["tried"].count(group.digest()) >= MOST_TRIES
+
+
+def _trouble(groups):
+    """Why the service is better left alone for a while; None when it is well."""
+    reasons = [g.outcome.reason or "" for g in groups if g.outcome.state == grading.NOT_GRADED
+               and not _is_unreadable(g.outcome) and not _was_kept(g.outcome)]
+    if any(reason.startswith("not authorized") for reason in reasons):
+        return "refused"
+    if any(reason.startswith("grade timed out") for reason in reasons):
+        return "slow"
+    return "unreachable" if reasons else None
+
+
+def _was_kept(outcome):
+    """Whether the standing rules kept the work on this machine."""
+    return outcome.state == grading.NOT_GRADED and outcome.kept
+
+
+def _is_unreadable(outcome):
+    return outcome.reason is not None and outcome.verdict.error is None \
+        and outcome.verdict.band != "unknown"
+
+
+def _answer(groups, held, fresh, going_on, trouble, left, settings):
+    if fresh and not going_on:
+        return {"decision": "block", "reason": _facts(fresh, left, settings)}
+    lines = []
+    if held:
+        lines = [report.facts(g.outcome, 0)[0] for g in held]
+    elif going_on and trouble is None:
+        lines = [report.facts(g.outcome, 0)[0] for g in groups
+                 if g.outcome.state == grading.CLEARS]
+    elif trouble in ("refused", "slow"):
+        lines = [report.clean(g.outcome.reason) for g in groups if g.outcome.reason][:1]
+    return {"systemMessage": "Kelvane: " + "; ".join(lines)[:1000]} if lines else None
+
+
+def _facts(groups, left, settings):
+    """What an agent needs to know, without telling it what to do."""
+    lines = ["Kelvane graded the files changed in this turn. This work does not clear yet:"]
+    for group in groups:
+        lines += [""] + report.facts(group.outcome)
+        lines += ["  note: " + report.clean(note) for note in group.outcome.notes]
+        if group.outcome.verdict.run_id:
+            lines.append("  report: {}/console?run={}".format(
+                settings.base, report.clean(group.outcome.verdict.run_id)))
+    if left:
+        lines += ["", "{} more changed files were not graded.".format(left)]
+    text = "\n".join(lines)
+    return text if len(text) <= LONGEST_REASON else text[:LONGEST_REASON] + "…"
