@@ -9,6 +9,7 @@ hangs in the network keeps the process from ending at once.
 import collections
 import os
 import queue
+import signal
 import sys
 import threading
 
@@ -35,9 +36,17 @@ def serve(stdin, stdout, tools=None):
     if tools is None:
         from .mcp_tools import Tools
         tools = Tools()
+    _end_at_interrupts()
     source, sink = _own(stdin, 0), _own(stdout, 1)
-    Server(tools, _chunks(source), _writer(sink)).run()
+    Server(tools, _chunks(source), Sink(sink)).run()
     return 0
+
+
+def _end_at_interrupts():
+    """Lets an interrupt end the process as a termination does: there is nothing to save, and an
+    exception between any two steps could leave a lock held."""
+    if threading.current_thread() is threading.main_thread():
+        signal.signal(signal.SIGINT, signal.SIG_DFL)
 
 
 def _own(stream, number):
@@ -66,25 +75,41 @@ def _redirect(number):
 
 def _chunks(source):
     """What comes from the client, piece by piece, until it ends or breaks."""
-    def read():
-        return os.read(source, 65536) if isinstance(source, int) else source.read(65536)
+    own = isinstance(source, int)
     try:
-        yield from iter(read, b"")
+        yield from iter(lambda: os.read(source, 65536) if own else source.read(65536), b"")
     except (OSError, ValueError):
-        return
+        pass
+    if own:
+        os.close(source)
 
 
-def _writer(sink):
-    """The function that writes bytes to the client, all of them, or raises OSError."""
-    def write(line):
-        while line:
-            line = line[os.write(sink, line):]
+class Sink:
+    """Writes all bytes to the client, or raises OSError. For one thread."""
 
-    def write_to_stream(line):
-        sink.write(line)
-        sink.flush()
+    def __init__(self, target):
+        """`target` is a descriptor, which `close` closes, or a binary stream."""
+        self._target = target
+        self._own = isinstance(target, int)
 
-    return write if isinstance(sink, int) else write_to_stream
+    def write(self, line):
+        if not self._own:
+            self._target.write(line)
+            self._target.flush()
+        while self._own and line:
+            line = line[os.write(self._target, line):]
+
+    def close(self):
+        if self._own:
+            os.close(self._target)
+
+
+def _encoded(message):
+    try:
+        return protocol.encode(message)
+    except ValueError:  # a number that JSON does not have
+        problem = protocol.Rejection(protocol.INTERNAL_ERROR, "Internal error: unsendable")
+        return protocol.encode(protocol.error_reply(message.get("id"), problem))
 
 
 class Outlet:
@@ -93,9 +118,9 @@ class Outlet:
     Nobody waits for a client that reads slowly, unless too much is unread already.
     """
 
-    def __init__(self, write, on_broken, patience=UNREAD_PATIENCE):
+    def __init__(self, sink, on_broken, patience=UNREAD_PATIENCE):
         """`on_broken` is called once, when nothing can be sent any more."""
-        self._write = write
+        self._sink = sink
         self._on_broken = on_broken
         self._patience = patience
         self._lines = queue.Queue(MOST_UNREAD)
@@ -104,27 +129,23 @@ class Outlet:
         self._thread.start()
 
     def send(self, message):
-        try:
-            line = protocol.encode(message)
-        except ValueError:  # a number that JSON does not have
-            problem = protocol.Rejection(protocol.INTERNAL_ERROR, "Internal error: unsendable")
-            line = protocol.encode(protocol.error_reply(message.get("id"), problem))
-        self._put(line)
+        self._put(_encoded(message), self._patience)
 
     def send_all(self, messages):
         """Sends an array of messages, as the answer to a batch."""
-        self._put(b"[" + b",".join(protocol.encode(m).rstrip() for m in messages) + b"]\n")
+        lines = [_encoded(message).rstrip() for message in messages]
+        self._put(b"[" + b",".join(lines) + b"]\n", self._patience)
 
     def close(self, patience):
-        """Waits until all is written, or until that takes too long, in seconds."""
-        self._put(_END)
+        """Waits until all is written and the sink closed, or until that takes too long."""
+        self._put(_END, patience)
         self._thread.join(patience)
 
-    def _put(self, line):
-        if self._broken.is_set():
+    def _put(self, line, patience):
+        if self._broken.is_set() and line is not _END:
             return
         try:
-            self._lines.put(line, timeout=self._patience)
+            self._lines.put(line, timeout=patience)
         except queue.Full:
             self._break()
 
@@ -133,9 +154,10 @@ class Outlet:
             if self._broken.is_set():
                 continue  # whoever waits in `send` goes on
             try:
-                self._write(line)
+                self._sink.write(line)
             except (OSError, ValueError):
                 self._break()
+        self._sink.close()
 
     def _break(self):
         if not self._broken.is_set():
@@ -280,12 +302,12 @@ class Calls:
 class Server:
     """One client, from its first line to its last."""
 
-    def __init__(self, tools, chunks, write):
+    def __init__(self, tools, chunks, sink):
         self._tools = tools
         self._chunks = chunks
         self._session = protocol.Session(tools.identity, tools.instructions, tools.definitions)
         self._events = queue.Queue(2)  # a client that is faster than we are has to wait
-        self._outlet = Outlet(write, lambda: self._events.put(_END))
+        self._outlet = Outlet(sink, lambda: self._events.put(_END))
         self._calls = Calls(self._run_tool)
         self._subscriptions = {}
         self._perform = {protocol.Reply: self._reply, protocol.Call: self._call,
@@ -296,12 +318,9 @@ class Server:
         """Returns when the client has closed its end, or stopped reading."""
         threading.Thread(target=self._read, daemon=True).start()
         direct = Direct(self._outlet)
-        try:
-            for line in iter(self._events.get, _END):
-                for action in self._session.receive(line):
-                    self._perform[type(action)](action, direct)
-        except KeyboardInterrupt:
-            pass
+        for line in iter(self._events.get, _END):
+            for action in self._session.receive(line):
+                self._perform[type(action)](action, direct)
         self._calls.end(lambda call: self._tools.is_local(call.tool), LAST_WORDS)
         for listen in self._subscriptions.values():
             self._outlet.send(self._session.end_of_subscription(listen))

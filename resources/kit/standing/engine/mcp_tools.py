@@ -1,0 +1,345 @@
+"""What can an agent ask for, and what does it get?
+
+Four tools: `grade` and `iterate` talk to the evaluation service, `rules` and `status` only read what
+is on this machine. A verdict is a result whatever it says. What a caller can do something about (a
+wrong argument, a file that stays here, no key, no service, no time) is a result too, with `isError`
+and a text that says what would help.
+
+Texts are facts for the agent to weigh. They may quote the work, so they are made harmless first.
+"""
+
+import os
+import re
+
+from . import VERSION, client, grading, kinds, parts, report
+from . import settings as settings_module
+from . import standing
+
+#: Seconds for one grade: inside the 300 that Codex waits for a tool, so that the answer tells why.
+DEADLINE = 270.0
+MOST_FLAWS = 100
+LONGEST_TEXT = 2000  # characters of one string that came from the service
+SEVERITIES = ("CRITICAL", "HIGH", "MEDIUM", "LOW")
+_RUN_ID = re.compile(r"[A-Za-z0-9_-][A-Za-z0-9._~-]{0,199}")
+
+_WORK = {
+    "path": {"type": "string", "minLength": 1,
+             "description": "The file, absolute or relative to the folder the server runs in. "
+                            "Text, code, tables, documents, decks, pictures, recordings."},
+    "text": {"type": "string", "description": "The work itself, in place of a file."},
+    "name": {"type": "string", "minLength": 1,
+             "description": "With text: what it is called. The ending tells the kind of work, "
+                            "e.g. notes.md or app.py."},
+    "modality": {"type": "string", "enum": list(kinds.MODALITIES),
+                 "description": "The kind of work, where name and content do not tell it."},
+    "intent": {"type": "string",
+               "description": "What the work is for; it is judged against that."},
+}
+_FLAW = {
+    "type": "object", "additionalProperties": False,
+    "properties": {
+        "severity": {"type": "string", "description": "CRITICAL, HIGH, MEDIUM or LOW"},
+        "criterion": {"type": "string"},
+        "detail": {"type": "string"},
+        "rule": {"type": "string"},
+        "place": {"type": "string", "description": "e.g. line 12, column 5"},
+        "evidence": {"type": "string"},
+    },
+    "required": ["severity", "criterion", "detail"],
+}
+_VERDICT = {
+    "type": "object", "additionalProperties": False,
+    "properties": {
+        "name": {"type": "string"},
+        "modality": {"type": "string"},
+        "band": {"type": "string", "enum": ["ship", "route_to_fix", "quarantine", "block"]},
+        "clears": {"type": "boolean",
+                   "description": "true only for ship with nothing found on this machine"},
+        "score": {"type": "number", "description": "0 to 1, where the service gave one"},
+        "run_id": {"type": "string", "description": "names the run to the tool iterate"},
+        "report": {"type": "string", "description": "address of the report, for people"},
+        "flaws": {"type": "array", "items": _FLAW},
+        "flaws_left_out": {"type": "integer", "minimum": 0},
+        "notes": {"type": "array", "items": {"type": "string"}},
+    },
+    "required": ["name", "modality", "band", "clears", "flaws", "flaws_left_out", "notes"],
+}
+_STATUS = {
+    "type": "object", "additionalProperties": False,
+    "properties": {
+        "version": {"type": "string"},
+        "service": {"type": "string", "description": "where work is sent"},
+        "signed_in": {"type": "boolean", "description": "whether there is a key"},
+        "folder": {"type": "string", "description": "where key and settings are"},
+        "modalities": {"type": "array", "items": {"type": "string"},
+                       "description": "those with standing rules of their own"},
+        "problems": {"type": "array", "items": {"type": "string"},
+                     "description": "lines of settings and rules that could not be used"},
+    },
+    "required": ["version", "service", "signed_in", "folder", "modalities", "problems"],
+}
+
+
+def _tool(name, title, description, properties, required=(), output=None, *, remote):
+    """A definition. The order of its keys, and of all tools, never changes: clients cache it."""
+    definition = {
+        "name": name, "title": title, "description": description,
+        "inputSchema": {"type": "object", "properties": properties, "required": list(required),
+                        "additionalProperties": False}}
+    if output is not None:
+        definition["outputSchema"] = output
+    definition["annotations"] = {"title": title, "readOnlyHint": True, "destructiveHint": False,
+                                 "idempotentHint": not remote, "openWorldHint": remote}
+    return definition
+
+
+DEFINITIONS = [
+    _tool("grade", "Grade work",
+          "Grades a file or a text before it ships and returns a verdict: a band, a score and "
+          "itemised flaws with their place and evidence. The band ship clears; route_to_fix, "
+          "quarantine and block do not. The work is sent to the evaluation service that this "
+          "machine's user has chosen (see status). Secrets are taken out first, and files that "
+          "the standing rules hold back are refused and never sent. It takes seconds as a rule, "
+          "and up to %d seconds while the grader warms up. Nothing on this machine is changed. "
+          "Exactly one of path and text is needed." % DEADLINE,
+          dict(_WORK, vertical={"type": "string", "description": "The line of business, e.g. "
+                                                                 "legal or finance."},
+               policy={"type": "string", "minLength": 1,
+                       "description": "The id of the policy to grade by, in place of the "
+                                      "user's own."}),
+          output=_VERDICT, remote=True),
+    _tool("iterate", "Grade a revision",
+          "Grades a revised version of work that grade has judged before, as the next iteration "
+          "of the same run, and returns the new verdict. Exactly one of path and text is needed; "
+          "it holds the whole revised work, not a difference.",
+          dict({"run_id": {"type": "string", "minLength": 1,
+                           "description": "The run_id of the earlier verdict."}}, **_WORK),
+          required=["run_id"], output=_VERDICT, remote=True),
+    _tool("rules", "Standing rules",
+          "Shows the standing rules that work on this machine is held to: what is never sent "
+          "anywhere, and what the work is judged by. Reads local files only.",
+          {"modality": {"type": "string", "enum": list(kinds.MODALITIES),
+                        "description": "Only the rules for this kind of work."}}, remote=False),
+    _tool("status", "Validator status",
+          "Tells which evaluation service work is sent to, whether there is a key for it (never "
+          "the key itself), and which settings or rules could not be read. Asks nobody.",
+          {}, output=_STATUS, remote=False),
+]
+_SCHEMAS = {tool["name"]: tool["inputSchema"] for tool in DEFINITIONS}
+_TYPES = {"string": str}
+
+
+class Unusable(Exception):
+    """The call cannot be carried out as it stands; the text says what would help."""
+
+
+def check(arguments, schema):
+    """Raises Unusable unless the arguments are what the schema describes.
+
+    Understands as much of JSON Schema as the definitions here use, so that what is announced and
+    what is enforced cannot differ.
+    """
+    known = schema["properties"]
+    for name, value in arguments.items():
+        if name not in known:
+            raise Unusable("There is no argument “%s”. There are: %s."
+                           % (report.clean(name[:100]), ", ".join(known) or "none"))
+        rule = known[name]
+        if not isinstance(value, _TYPES[rule["type"]]):
+            raise Unusable("%s must be a %s." % (name, rule["type"]))
+        if "enum" in rule and value not in rule["enum"]:
+            raise Unusable("%s must be one of: %s." % (name, ", ".join(rule["enum"])))
+        if len(value) < rule.get("minLength", 0):
+            raise Unusable("%s must not be empty." % name)
+    for name in schema["required"]:
+        if name not in arguments:
+            raise Unusable("%s is needed." % name)
+
+
+class Tools:
+    """The tools, for `mcp_server`. Settings and rules are read again for every call."""
+
+    identity = {"name": "trevix", "title": "Trevix validator", "version": VERSION}
+    instructions = (
+        "trevix grades work before it ships: grade takes a file or a text and returns a verdict "
+        "with itemised flaws, iterate grades the revised work against the same run, rules shows "
+        "what work here is held to. A verdict whose clears is true has met the user's bar.")
+    definitions = DEFINITIONS
+
+    def __init__(self, load_settings=settings_module.load, load_rules=standing.load,
+                 deadline=DEADLINE, **options):
+        """`options` go to the client with every call: `send`, `clock`."""
+        self._load_settings = load_settings
+        self._load_rules = load_rules
+        self._deadline = deadline
+        self._options = options
+        self._work = {"grade": self._grade, "iterate": self._iterate, "rules": self._rules,
+                      "status": self._status}
+
+    @staticmethod
+    def is_local(name):
+        """Whether the tool asks nobody and is done in an instant."""
+        return name in ("rules", "status")
+
+    @staticmethod
+    def failure(text):
+        """The result of a call that could not be carried out."""
+        return {"content": [{"type": "text", "text": text}], "isError": True}
+
+    def run(self, name, arguments, progress, cancelled):
+        """The result of a tool that is there. `progress` takes a text; `cancelled` is an Event."""
+        try:
+            check(arguments, _SCHEMAS[name])
+            sound = {key: value if key == "path" else _sound(value)
+                     for key, value in arguments.items()}
+            return self._work[name](sound, progress, cancelled)
+        except Unusable as problem:
+            return self.failure(str(problem))
+
+    def _grade(self, arguments, progress, cancelled):
+        options = {key: arguments.get(key) for key in ("vertical", "policy")}
+        return self._judge(arguments, progress, cancelled, **options)
+
+    def _iterate(self, arguments, progress, cancelled):
+        run_id = arguments["run_id"]
+        if not _RUN_ID.fullmatch(run_id):
+            raise Unusable("run_id is not the id of a run; a verdict of grade holds one.")
+        return self._judge(arguments, progress, cancelled, iterate=run_id)
+
+    def _judge(self, arguments, progress, cancelled, **options):
+        settings, rules = self._load_settings(), self._load_rules()
+
+        def tell(step):
+            progress("%s (%.0f s)" % (report.clean(step.message), step.elapsed))
+
+        options.update(self._options, intent=arguments.get("intent"), deadline=self._deadline,
+                       hard=True, cancel=cancelled, progress=tell)
+        outcome = _graded(arguments, settings, rules, options)
+        problems = tuple(settings.problems) + tuple(rules.problems)
+        if outcome.state == grading.NOT_GRADED:
+            return self.failure(_why_not(outcome, settings, problems))
+        return _verdict(outcome, settings, problems)
+
+    def _rules(self, arguments, _progress, _cancelled):
+        rules = self._load_rules()
+        text = rules.text(arguments.get("modality"))
+        if not text:
+            raise Unusable("There are no standing rules: " + " ".join(rules.problems))
+        if rules.problems:
+            text += "\nCould not be used:\n" + _listed(rules.problems)
+        return {"content": [{"type": "text", "text": text}], "isError": False}
+
+    def _status(self, _arguments, _progress, _cancelled):
+        settings, rules = self._load_settings(), self._load_rules()
+        facts = {"version": VERSION, "service": settings.base, "signed_in": bool(settings.key),
+                 "folder": settings.folder, "modalities": rules.modalities(),
+                 "problems": [report.clean(p) for p in settings.problems + rules.problems]}
+        text = "\n".join([
+            "trevix validator %s" % VERSION,
+            "service: %s" % (settings.base or "none, its address is empty"),
+            "key: %s" % ("present" if settings.key else "absent"),
+            "folder of key and settings: %s" % settings.folder,
+            "problems: %s" % (_listed(facts["problems"]) or "none")])
+        return _result(text, facts)
+
+
+def _graded(arguments, settings, rules, options):
+    """The outcome for a file or a text."""
+    if ("path" in arguments) == ("text" in arguments):
+        raise Unusable("Exactly one of path and text is needed.")
+    if "text" in arguments:
+        artifact = parts.from_text(arguments["text"], arguments.get("modality"),
+                                   arguments.get("name", "text.txt"))
+        return grading.grade(artifact, settings, rules, **options)
+    if "name" in arguments:
+        raise Unusable("name goes with text; a file has its own.")
+    path = os.path.expanduser(arguments["path"])
+    try:
+        usable = b"\0" not in os.fsencode(path)
+    except UnicodeError:
+        usable = False
+    if not usable:
+        raise Unusable("path is not a name that a file can have.")
+    return grading.grade_file(path, settings, rules, arguments.get("modality"), **options)
+
+
+def _verdict(outcome, settings, problems):
+    """The result for work that was judged."""
+    verdict = outcome.verdict
+    flaws = _most_severe(outcome.flaws)
+    facts = {
+        "name": report.clean(outcome.name), "modality": outcome.modality, "band": verdict.band,
+        "clears": outcome.state == grading.CLEARS,
+        "flaws": [{key: _harmless(value) for key, value in flaw.to_json().items()}
+                  for flaw in flaws],
+        "flaws_left_out": len(outcome.flaws) - len(flaws),
+        "notes": [report.clean(note) for note in tuple(outcome.notes) + problems]}
+    if verdict.score is not None and abs(verdict.score) < float("inf"):
+        facts["score"] = verdict.score
+    if verdict.run_id:
+        facts["run_id"] = _harmless(verdict.run_id)
+        facts["report"] = "%s/console?run=%s" % (settings.base, facts["run_id"])
+    return _result(_told(outcome, facts), facts)
+
+
+def _told(outcome, facts):
+    """The same facts as lines to read, for clients that show no structured content."""
+    lines = [report.facts(outcome, 0)[0]]
+    for flaw in facts["flaws"]:
+        lines.append("- %s %s: %s" % (flaw["severity"] or "FLAW",
+                                      flaw.get("rule") or flaw["criterion"], flaw["detail"]))
+    if facts["flaws_left_out"]:
+        lines.append("- and %d more, none of them more severe" % facts["flaws_left_out"])
+    lines += ["note: " + note for note in facts["notes"]]
+    lines += ["%s: %s" % (key, facts[key]) for key in ("run_id", "report") if key in facts]
+    return "\n".join(lines)
+
+
+def _why_not(outcome, settings, problems):
+    """Why there is no verdict, and what would help."""
+    lines = ["Not graded. " + report.clean(outcome.reason or "")]
+    lines += ["- %s %s: %s" % (flaw.severity, flaw.rule or flaw.criterion, _harmless(flaw.detail))
+              for flaw in _most_severe(outcome.flaws)]
+    error = outcome.verdict.error or ""
+    if error == client.UNREACHABLE:
+        lines.append("Nothing usable answers at %s. The address comes from BRASK_API_BASE or from "
+                     "“base” in %s; the local service is started with `trevix-local`."
+                     % (settings.base or "the empty address",
+                        os.path.join(settings.folder, "settings")))
+    elif error.startswith("not authorized"):
+        lines.append("The key comes from BRASK_API_KEY or from %s."
+                     % os.path.join(settings.folder, "key"))
+    elif error.startswith("grade timed out"):
+        lines.append("The same call may succeed later; the service goes on with the work it has.")
+    lines += ["note: " + report.clean(note) for note in tuple(outcome.notes) + problems]
+    return "\n".join(lines)
+
+
+def _sound(text):
+    """Without halves of surrogate pairs, which no request could carry."""
+    return text.encode("utf-16", "surrogatepass").decode("utf-16", "replace")
+
+
+def _most_severe(flaws):
+    """At most MOST_FLAWS of them, in their order."""
+    def severity(index):
+        word = flaws[index].severity
+        return SEVERITIES.index(word) if word in SEVERITIES else len(SEVERITIES)
+
+    kept = sorted(range(len(flaws)), key=severity)[:MOST_FLAWS]
+    return [flaws[index] for index in sorted(kept)]
+
+
+def _harmless(text):
+    """One line, not endless, without characters that could pass for something else."""
+    text = report.clean(text)
+    return text if len(text) <= LONGEST_TEXT else text[:LONGEST_TEXT] + "…"
+
+
+def _listed(texts):
+    return "".join("\n- " + report.clean(text) for text in texts)
+
+
+def _result(text, facts):
+    return {"content": [{"type": "text", "text": text}], "structuredContent": facts,
+            "isError": False}
