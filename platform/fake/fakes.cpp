@@ -1,6 +1,7 @@
 #include "platform/fake/fakes.h"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace kelvane {
@@ -72,6 +73,10 @@ bool FakeFileSystem::isFolder(const std::filesystem::path& path) const {
                        [&](const auto& file) { return below(file.first); });
 }
 
+bool FakeFileSystem::isFile(const std::filesystem::path& path) const {
+    return files.contains(path) || (unreadable.contains(path) && !isFolder(path));
+}
+
 std::optional<std::string> FakeFileSystem::read(const std::filesystem::path& path) {
     m_journal.add("read " + path.string());
     const auto found = files.find(path);
@@ -112,6 +117,73 @@ bool FakeFileSystem::remove(const std::filesystem::path& path) {
     if (unwritable.contains(path) || files.erase(path) + unreadable.erase(path) == 0) return false;
     folders.insert(path.parent_path());
     return true;
+}
+
+std::optional<std::vector<std::string>> FakeFileSystem::list(const std::filesystem::path& folder) {
+    m_journal.add("list " + folder.string());
+    const auto place = withoutTrailingSlash(folder);
+    if (place.empty() || !isFolder(place) || unreadable.contains(place)) return std::nullopt;
+    std::set<std::string> names;
+    const auto note = [&](const std::filesystem::path& path) {
+        if (!isBelow(path, place)) return;
+        names.insert(std::next(path.begin(), std::distance(place.begin(), place.end()))->string());
+    };
+    for (const auto& [path, bytes] : files) note(path);
+    for (const auto& path : folders) note(path);
+    for (const auto& path : unreadable) note(path);
+    return std::vector<std::string>(names.begin(), names.end());
+}
+
+bool FakeFileSystem::removeTree(const std::filesystem::path& path) {
+    m_journal.add("remove-tree " + path.string());
+    const auto top = withoutTrailingSlash(path);
+    if (top == top.root_path() || !(isFile(top) || isFolder(top))) return false;
+    const auto goes = [&](const std::filesystem::path& other) {
+        return other == top || isBelow(other, top);
+    };
+    if (std::ranges::any_of(unwritable, goes)) return false;
+    std::erase_if(files, [&](const auto& file) { return goes(file.first); });
+    std::erase_if(folders, goes);
+    std::erase_if(unreadable, goes);
+    folders.insert(top.parent_path());
+    return true;
+}
+
+bool FakeFileSystem::copyTree(const std::filesystem::path& from, const std::filesystem::path& to) {
+    m_journal.add("copy-tree " + from.string() + " -> " + to.string());
+    const auto source = withoutTrailingSlash(from);
+    const auto target = withoutTrailingSlash(to);
+    if (source == source.root_path() || target == source || isBelow(target, source)) return false;
+    if (isFile(target) || isFolder(target) || !isFolder(target.parent_path())) return false;
+    if (unwritable.contains(target) || !(isFile(source) || isFolder(source))) return false;
+    const auto isTaken = [&](const std::filesystem::path& path) {
+        return path == source || isBelow(path, source);
+    };
+    if (std::ranges::any_of(unreadable, isTaken)) return false;
+    const auto moved = [&](const std::filesystem::path& path) {
+        return path == source ? target : target / path.lexically_relative(source);
+    };
+    std::map<std::filesystem::path, std::string> newFiles;
+    std::set<std::filesystem::path> newFolders;
+    for (const auto& [path, bytes] : files) {
+        if (isTaken(path)) newFiles.emplace(moved(path), bytes);
+    }
+    for (const auto& path : folders) {
+        if (isTaken(path)) newFolders.insert(moved(path));
+    }
+    if (isFolder(source)) newFolders.insert(target);
+    files.merge(newFiles);
+    folders.merge(newFolders);
+    return true;
+}
+
+std::filesystem::path FakeFileSystem::resolve(const std::filesystem::path& path) {
+    const auto place = withoutTrailingSlash(path.lexically_normal());
+    for (const auto& [link, leadsTo] : links) {
+        if (place == link) return leadsTo;
+        if (isBelow(place, link)) return leadsTo / place.lexically_relative(link);
+    }
+    return place;
 }
 
 std::optional<std::filesystem::path> FakeBundleResources::url(std::string_view name,

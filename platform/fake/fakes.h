@@ -80,9 +80,9 @@ public:
     std::optional<std::string> get(std::string_view name) override;
 };
 
-/// Files in memory. A folder exists when it was made, when something lies in it, and when a file
-/// that lay in it was removed; the root always does. There are no links and no permissions beyond
-/// the two sets below.
+/// Files in memory. A folder exists when it was made, when something lies in it, and when something
+/// that lay in it was removed; the root always does. There are no permissions beyond the two sets
+/// below, and no links but those that `links` names.
 class FakeFileSystem : public FileSystem {
 public:
     explicit FakeFileSystem(Journal& journal) : m_journal(journal) {}
@@ -91,6 +91,8 @@ public:
     std::set<std::filesystem::path> folders;
     std::set<std::filesystem::path> unreadable; ///< Files that exist, but reading them fails.
     std::set<std::filesystem::path> unwritable; ///< Writing, making and removing them fails.
+    /// Folders that lead elsewhere. Only `resolve` follows them.
+    std::map<std::filesystem::path, std::filesystem::path> links;
     std::filesystem::path temporary = "/tmp/";
     std::filesystem::path accountHome = "/home/account";
 
@@ -99,11 +101,16 @@ public:
     bool createDirectories(const std::filesystem::path& path) override;
     bool writeAtomically(const std::filesystem::path& path, std::string_view bytes) override;
     bool remove(const std::filesystem::path& path) override;
+    std::optional<std::vector<std::string>> list(const std::filesystem::path& folder) override;
+    bool removeTree(const std::filesystem::path& path) override;
+    bool copyTree(const std::filesystem::path& from, const std::filesystem::path& to) override;
+    std::filesystem::path resolve(const std::filesystem::path& path) override;
     std::filesystem::path temporaryDirectory() override { return temporary; }
     std::filesystem::path homeDirectoryForCurrentUser() override { return accountHome; }
 
 private:
     [[nodiscard]] bool isFolder(const std::filesystem::path& path) const;
+    [[nodiscard]] bool isFile(const std::filesystem::path& path) const;
 
     Journal& m_journal;
 };
@@ -111,9 +118,13 @@ private:
 class FakeBundleResources : public BundleResources {
 public:
     std::map<std::string, std::filesystem::path> resources; ///< By "name.extension".
+    std::optional<std::filesystem::path> resourcesIn;       ///< The resource folder.
+    std::optional<std::filesystem::path> runsFrom;          ///< The bundle.
 
     std::optional<std::filesystem::path> url(std::string_view name,
                                              std::string_view extension) override;
+    std::optional<std::filesystem::path> resourceFolder() override { return resourcesIn; }
+    std::optional<std::filesystem::path> bundle() override { return runsFrom; }
 };
 
 class FakeHttpSession : public HttpSession {

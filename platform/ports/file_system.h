@@ -1,4 +1,4 @@
-// Read and write whole files.
+// Read and write whole files; list, copy and remove whole trees.
 //
 // Paths are absolute. No call throws; a failure of any kind is the absent answer. Any thread.
 
@@ -8,6 +8,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace kelvane {
 
@@ -32,6 +33,25 @@ public:
 
     /// Removes a file. False when there was none or it could not be removed.
     virtual bool remove(const std::filesystem::path& path) = 0;
+
+    /// The names of what lies in a folder, hidden ones included, sorted by their bytes. Nothing
+    /// when the path is no folder or may not be listed.
+    [[nodiscard]] virtual std::optional<std::vector<std::string>>
+    list(const std::filesystem::path& folder) = 0;
+
+    /// Removes whatever stands at the path: a file, a link (never what it leads to), a folder with
+    /// everything in it. False when there was nothing, and when something is left.
+    virtual bool removeTree(const std::filesystem::path& path) = 0;
+
+    /// Copies a file, a link as a link, or a folder with everything in it, permissions included; a
+    /// copied folder may also be written to by its owner, so that it can be removed again. The copy
+    /// appears whole or, on failure, not at all. False also when something stands at `to` already,
+    /// when the folder for it is missing, and when `to` lies inside `from`.
+    virtual bool copyTree(const std::filesystem::path& from, const std::filesystem::path& to) = 0;
+
+    /// The one path of the place that `path` leads to, so that two spellings can be compared: links
+    /// followed and dot segments resolved as far as something stands there, no slash at the end.
+    [[nodiscard]] virtual std::filesystem::path resolve(const std::filesystem::path& path) = 0;
 
     /// The folder for short-lived files of this user.
     [[nodiscard]] virtual std::filesystem::path temporaryDirectory() = 0;

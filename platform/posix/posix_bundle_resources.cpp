@@ -15,29 +15,43 @@ namespace {
 
 class FolderResources : public BundleResources {
 public:
-    explicit FolderResources(std::optional<std::filesystem::path> folder)
-        : m_folder(std::move(folder)) {}
+    /// `bundle` is absent outside one.
+    explicit FolderResources(std::optional<std::filesystem::path> bundle)
+        : m_bundle(std::move(bundle)) {}
 
     std::optional<std::filesystem::path> url(std::string_view name,
                                              std::string_view extension) override {
-        if (!m_folder || name.empty()) return std::nullopt;
+        if (!m_bundle || name.empty()) return std::nullopt;
         std::string file(name);
         if (!extension.empty()) file.append(".").append(extension);
-        std::filesystem::path path = *m_folder / file;
+        return ifThere(resources() / file);
+    }
+
+    std::optional<std::filesystem::path> resourceFolder() override {
+        return m_bundle ? ifThere(resources()) : std::nullopt;
+    }
+
+    std::optional<std::filesystem::path> bundle() override { return m_bundle; }
+
+private:
+    [[nodiscard]] std::filesystem::path resources() const {
+        return *m_bundle / "Contents" / "Resources";
+    }
+
+    static std::optional<std::filesystem::path> ifThere(std::filesystem::path path) {
         std::error_code error;
         if (!std::filesystem::exists(path, error)) return std::nullopt;
         return path;
     }
 
-private:
-    std::optional<std::filesystem::path> m_folder; ///< Absent outside a bundle.
+    std::optional<std::filesystem::path> m_bundle;
 };
 
-std::optional<std::filesystem::path> resourceFolder(const std::filesystem::path& executable) {
+std::optional<std::filesystem::path> bundleAround(const std::filesystem::path& executable) {
     const auto folder = executable.parent_path();
     const auto contents = folder.parent_path();
     if (folder.filename() != "MacOS" || contents.filename() != "Contents") return std::nullopt;
-    return contents / "Resources";
+    return contents.parent_path();
 }
 
 std::filesystem::path withLinksResolved(const std::filesystem::path& path) {
@@ -49,7 +63,7 @@ std::filesystem::path withLinksResolved(const std::filesystem::path& path) {
 } // namespace
 
 std::unique_ptr<BundleResources> makeBundleResources(const std::filesystem::path& executable) {
-    return std::make_unique<FolderResources>(resourceFolder(withLinksResolved(executable)));
+    return std::make_unique<FolderResources>(bundleAround(withLinksResolved(executable)));
 }
 
 std::filesystem::path currentExecutable() {

@@ -1,6 +1,7 @@
 #include "platform/posix/posix_platform.h"
 #include "platform/posix/unique_fd.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <cstdio>
@@ -72,15 +73,21 @@ std::optional<fs::path> finalTarget(fs::path path) {
     return std::nullopt;
 }
 
+/// A name beside `target` for what is to take its place; a new one at every call.
+fs::path temporaryNameBeside(const fs::path& target) {
+    static std::atomic<unsigned> number = 0;
+    return target.parent_path() /
+           (".kelvane-" + std::to_string(getpid()) + "-" + std::to_string(number++));
+}
+
+constexpr int kTemporaryNames = 100; // some may be left over from a crash
+
 /// A new file beside `target`, removed again unless it takes the target's place.
 class TemporaryFile {
 public:
     TemporaryFile(const fs::path& target, mode_t mode) {
-        static std::atomic<unsigned> number = 0;
-        constexpr int kTries = 100; // names left over from a crash, at worst
-        for (int i = 0; i < kTries && !m_file; ++i) {
-            m_path = target.parent_path() /
-                     (".kelvane-" + std::to_string(getpid()) + "-" + std::to_string(number++));
+        for (int i = 0; i < kTemporaryNames && !m_file; ++i) {
+            m_path = temporaryNameBeside(target);
             m_file = UniqueFd(openRetrying(m_path, O_WRONLY | O_CREAT | O_EXCL, mode));
             if (!m_file && errno != EEXIST) break;
         }
@@ -155,6 +162,77 @@ bool replaceContents(const fs::path& path, std::string_view bytes) {
     return true;
 }
 
+/// "a/link/" would name what the link leads to.
+fs::path withoutTrailingSlash(const fs::path& path) {
+    return path.has_filename() ? path : path.parent_path();
+}
+
+/// Whether the path names an entry of a folder, which the root and dot segments do not.
+bool namesAnEntry(const fs::path& path) {
+    const auto name = path.filename();
+    return isUsable(path) && !name.empty() && name != "." && name != "..";
+}
+
+bool somethingAt(const fs::path& path) {
+    struct stat info {};
+    return ::lstat(path.c_str(), &info) == 0;
+}
+
+bool liesIn(const fs::path& path, const fs::path& folder) {
+    return std::mismatch(folder.begin(), folder.end(), path.begin(), path.end()).first ==
+           folder.end();
+}
+
+bool removeWholly(const fs::path& path) {
+    std::error_code error;
+    const auto removed = fs::remove_all(path, error);
+    return !error && removed > 0;
+}
+
+bool copyEntry(const fs::path& from, const fs::path& to);
+
+bool copyFolder(const fs::path& from, const fs::path& to, fs::perms permissions) {
+    std::error_code error;
+    if (!fs::create_directory(to, error)) return false;
+    fs::directory_iterator entry(from, error);
+    for (; !error && entry != fs::directory_iterator(); entry.increment(error)) {
+        if (!copyEntry(entry->path(), to / entry->path().filename())) return false;
+    }
+    if (error) return false;
+    fs::permissions(to, permissions | fs::perms::owner_all, error);
+    return !error;
+}
+
+bool copyEntry(const fs::path& from, const fs::path& to) {
+    std::error_code error;
+    const auto status = fs::symlink_status(from, error);
+    switch (status.type()) {
+    case fs::file_type::regular:
+        return fs::copy_file(from, to, error);
+    case fs::file_type::symlink:
+        fs::copy_symlink(from, to, error);
+        return !error;
+    case fs::file_type::directory:
+        return copyFolder(from, to, status.permissions());
+    default: // a pipe or a device has no content to copy
+        return false;
+    }
+}
+
+/// Copies beside the target first, so that nobody sees half a copy in its place.
+bool copyInOneStep(const fs::path& from, const fs::path& to) {
+    fs::path copy;
+    for (int i = 0; i < kTemporaryNames && (copy.empty() || somethingAt(copy)); ++i) {
+        copy = temporaryNameBeside(to);
+    }
+    if (somethingAt(copy)) return false;
+    if (copyEntry(from, copy) && !somethingAt(to) && std::rename(copy.c_str(), to.c_str()) == 0) {
+        return true;
+    }
+    removeWholly(copy);
+    return false;
+}
+
 fs::path homeByAccount() {
     constexpr std::size_t kMost = std::size_t{1} << 20;
     for (std::size_t size = 4096; size <= kMost; size *= 2) {
@@ -200,6 +278,39 @@ public:
 
     bool remove(const fs::path& path) override {
         return isUsable(path) && ::unlink(path.c_str()) == 0;
+    }
+
+    std::optional<std::vector<std::string>> list(const fs::path& folder) override {
+        if (!isUsable(folder)) return std::nullopt;
+        std::vector<std::string> names;
+        std::error_code error;
+        fs::directory_iterator entry(folder, error);
+        for (; !error && entry != fs::directory_iterator(); entry.increment(error)) {
+            names.push_back(entry->path().filename().string());
+        }
+        if (error) return std::nullopt;
+        std::sort(names.begin(), names.end());
+        return names;
+    }
+
+    bool removeTree(const fs::path& path) override {
+        const auto entry = withoutTrailingSlash(path);
+        return namesAnEntry(entry) && removeWholly(entry);
+    }
+
+    bool copyTree(const fs::path& from, const fs::path& to) override {
+        const auto source = withoutTrailingSlash(from);
+        const auto target = withoutTrailingSlash(to);
+        if (!namesAnEntry(source) || !namesAnEntry(target) || somethingAt(target)) return false;
+        if (liesIn(resolve(target), resolve(source))) return false;
+        return copyInOneStep(source, target);
+    }
+
+    fs::path resolve(const fs::path& path) override {
+        if (!isUsable(path)) return path;
+        std::error_code error;
+        const auto resolved = fs::weakly_canonical(path, error);
+        return withoutTrailingSlash(error ? path.lexically_normal() : resolved);
     }
 
     fs::path temporaryDirectory() override {

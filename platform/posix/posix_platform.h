@@ -25,8 +25,9 @@ class QuitSignal;
 [[nodiscard]] std::unique_ptr<Environment> makePosixEnvironment();
 
 /// Reads regular files of up to 1 GiB, nothing else; a write goes to the file that a link leads to,
-/// which keeps its permissions, and gives a new file 0644 less the umask. `temporaryDirectory()` is
-/// $TMPDIR where that is an absolute path and "/tmp" otherwise, and ends with a slash.
+/// which keeps its permissions, and gives a new file 0644 less the umask. A tree that holds
+/// anything but files, folders and links is not copied. `temporaryDirectory()` is $TMPDIR where
+/// that is an absolute path and "/tmp" otherwise, and ends with a slash.
 [[nodiscard]] std::unique_ptr<FileSystem> makePosixFileSystem();
 
 /// The child gets this program's environment, with the signal mask empty and SIGPIPE as usual.
@@ -37,7 +38,7 @@ class QuitSignal;
 /// The resources of the bundle around `executable`: for ".../X.app/Contents/MacOS/X" the files in
 /// ".../X.app/Contents/Resources", also when `executable` is a link to it. Anything that does not
 /// stand in such a folder is outside a bundle and finds nothing. A folder counts as a resource too;
-/// an empty extension means the bare name.
+/// an empty extension means the bare name. The paths of the bundle hold no links.
 [[nodiscard]] std::unique_ptr<BundleResources>
 makeBundleResources(const std::filesystem::path& executable);
 

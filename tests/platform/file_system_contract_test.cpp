@@ -10,6 +10,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace kelvane {
 namespace {
@@ -126,6 +127,115 @@ TEST_P(FileSystemContract, RemovedFileIsGoneAndItsFolderStays) {
     EXPECT_EQ(files().read(at("d/f")), std::nullopt);
     EXPECT_FALSE(files().remove(at("d/f")));
     EXPECT_TRUE(files().exists(at("d")));
+}
+
+// --- trees ---------------------------------------------------------------------------------------
+
+TEST_P(FileSystemContract, ListedNamesAreSortedAndHoldHiddenOnes) {
+    EXPECT_TRUE(files().createDirectories(at("d/b/below")));
+    for (const char* name : {"d/c", "d/a", "d/.hidden", "d/B"}) {
+        EXPECT_TRUE(files().writeAtomically(at(name), "x"));
+    }
+    const std::vector<std::string> names{".hidden", "B", "a", "b", "c"};
+    EXPECT_EQ(files().list(at("d")), names);
+    EXPECT_EQ(files().list(at("d/")), names);
+}
+
+TEST_P(FileSystemContract, EmptyFolderListsNothingAndWhatIsNoFolderIsAbsent) {
+    EXPECT_TRUE(files().createDirectories(at("d")));
+    EXPECT_TRUE(files().writeAtomically(at("f"), "x"));
+    EXPECT_EQ(files().list(at("d")), std::vector<std::string>{});
+    EXPECT_EQ(files().list(at("f")), std::nullopt);
+    EXPECT_EQ(files().list(at("no")), std::nullopt);
+    EXPECT_EQ(files().list(""), std::nullopt);
+}
+
+TEST_P(FileSystemContract, RemovedTreeIsGoneWithEverythingInItAndNothingBesideIt) {
+    EXPECT_TRUE(files().createDirectories(at("d/a/b")));
+    EXPECT_TRUE(files().writeAtomically(at("d/a/f"), "x"));
+    EXPECT_TRUE(files().writeAtomically(at("d/f"), "x"));
+    EXPECT_TRUE(files().writeAtomically(at("da"), "stays"));
+    EXPECT_TRUE(files().removeTree(at("d/a")));
+    EXPECT_EQ(files().list(at("d")), std::vector<std::string>{"f"});
+    EXPECT_TRUE(files().removeTree(at("d/")));
+    EXPECT_FALSE(files().exists(at("d")));
+    EXPECT_EQ(files().read(at("da")), "stays");
+}
+
+TEST_P(FileSystemContract, RemovingATreeRemovesAFileToo) {
+    EXPECT_TRUE(files().writeAtomically(at("f"), "x"));
+    EXPECT_TRUE(files().removeTree(at("f")));
+    EXPECT_FALSE(files().exists(at("f")));
+    EXPECT_TRUE(files().exists(at("")));
+}
+
+TEST_P(FileSystemContract, NothingToRemoveIsAFailure) {
+    for (const char* name : {"no", "no/f"}) EXPECT_FALSE(files().removeTree(at(name))) << name;
+    EXPECT_FALSE(files().removeTree("/"));
+    EXPECT_FALSE(files().removeTree(""));
+}
+
+TEST_P(FileSystemContract, CopiedFileIsTheSameAndTheOriginalStays) {
+    const std::string bytes("a\0\xff", 3);
+    EXPECT_TRUE(files().writeAtomically(at("f"), bytes));
+    EXPECT_TRUE(files().copyTree(at("f"), at("g")));
+    EXPECT_EQ(files().read(at("g")), bytes);
+    EXPECT_EQ(files().read(at("f")), bytes);
+}
+
+TEST_P(FileSystemContract, CopiedFolderHoldsEverything) {
+    EXPECT_TRUE(files().createDirectories(at("d/empty")));
+    EXPECT_TRUE(files().createDirectories(at("d/a/b")));
+    EXPECT_TRUE(files().writeAtomically(at("d/a/b/f"), "deep"));
+    EXPECT_TRUE(files().writeAtomically(at("d/.hidden"), ""));
+    EXPECT_TRUE(files().copyTree(at("d/"), at("copy/")));
+    EXPECT_EQ(files().list(at("copy")), (std::vector<std::string>{".hidden", "a", "empty"}));
+    EXPECT_EQ(files().list(at("copy/empty")), std::vector<std::string>{});
+    EXPECT_EQ(files().read(at("copy/a/b/f")), "deep");
+    EXPECT_EQ(files().read(at("d/a/b/f")), "deep");
+}
+
+TEST_P(FileSystemContract, CopyOntoSomethingFailsAndLeavesIt) {
+    EXPECT_TRUE(files().createDirectories(at("d")));
+    EXPECT_TRUE(files().createDirectories(at("empty")));
+    EXPECT_TRUE(files().writeAtomically(at("d/f"), "new"));
+    EXPECT_TRUE(files().writeAtomically(at("f"), "old"));
+    for (const char* target : {"f", "empty", "d", "d/f"}) {
+        EXPECT_FALSE(files().copyTree(at("d"), at(target))) << target;
+        EXPECT_FALSE(files().copyTree(at("d/f"), at(target))) << target;
+    }
+    EXPECT_EQ(files().read(at("f")), "old");
+    EXPECT_EQ(files().list(at("empty")), std::vector<std::string>{});
+    EXPECT_EQ(files().list(at("d")), std::vector<std::string>{"f"});
+}
+
+TEST_P(FileSystemContract, CopyOfNothingOrToNowhereFails) {
+    EXPECT_TRUE(files().writeAtomically(at("f"), "x"));
+    EXPECT_FALSE(files().copyTree(at("no"), at("g")));
+    EXPECT_FALSE(files().copyTree(at("f"), at("no/g")));
+    EXPECT_FALSE(files().copyTree(at("f"), at("f/g")));
+    EXPECT_FALSE(files().copyTree(at("f"), ""));
+    EXPECT_FALSE(files().copyTree("", at("g")));
+    EXPECT_FALSE(files().copyTree("/", at("g")));
+    EXPECT_FALSE(files().copyTree(at("f"), "/"));
+    EXPECT_EQ(files().list(at("")), std::vector<std::string>{"f"});
+}
+
+TEST_P(FileSystemContract, FolderIsNotCopiedIntoItself) {
+    EXPECT_TRUE(files().createDirectories(at("d/a")));
+    EXPECT_FALSE(files().copyTree(at("d"), at("d/a/copy")));
+    EXPECT_FALSE(files().copyTree(at("d"), at("d")));
+    EXPECT_EQ(files().list(at("d")), std::vector<std::string>{"a"});
+    EXPECT_EQ(files().list(at("d/a")), std::vector<std::string>{});
+}
+
+TEST_P(FileSystemContract, ResolvedSpellingsOfOnePlaceAreEqual) {
+    EXPECT_TRUE(files().createDirectories(at("d/a")));
+    for (const char* spelling : {"d/a", "d/a/", "d/./a", "d/../d/a", "d//a/."}) {
+        EXPECT_EQ(files().resolve(at(spelling)), at("d/a")) << spelling;
+    }
+    EXPECT_EQ(files().resolve(at("not/there/../yet")), at("not/yet"));
+    EXPECT_EQ(files().resolve("/"), "/");
 }
 
 TEST_P(FileSystemContract, TheRootExists) {

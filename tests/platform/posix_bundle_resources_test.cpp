@@ -51,6 +51,17 @@ TEST_F(BundleResourcesTest, NoExtensionMeansTheBareName) {
     EXPECT_EQ(url(executable, "kit", ""), resources / "kit");
 }
 
+TEST_F(BundleResourcesTest, KnowsTheBundleAndItsResourceFolder) {
+    const auto bundle = makeBundleResources(executable);
+    EXPECT_EQ(bundle->bundle(), folder / "Kelvane.app");
+    EXPECT_EQ(bundle->resourceFolder(), resources);
+}
+
+TEST_F(BundleResourcesTest, KnowsTheBundleThroughALinkToTheProgram) {
+    fs::create_symlink(executable, folder / "kelvane");
+    EXPECT_EQ(makeBundleResources(folder / "kelvane")->bundle(), folder / "Kelvane.app");
+}
+
 TEST_F(BundleResourcesTest, BundleIsFoundThroughALinkToTheProgram) {
     fs::create_directories(folder / "bin");
     fs::create_symlink("../Kelvane.app/Contents/MacOS/Kelvane", folder / "bin/kelvane");
@@ -75,12 +86,16 @@ TEST_F(BundleResourcesTest, OutsideABundleNothingIsFound) {
          {folder / "build/Kelvane", folder / "Contents/bin/Kelvane", fs::path("Kelvane"),
           fs::path("/Kelvane"), fs::path("/"), fs::path()}) {
         EXPECT_EQ(url(program, "app-catalog", "json"), std::nullopt) << program;
+        EXPECT_EQ(makeBundleResources(program)->bundle(), std::nullopt) << program;
+        EXPECT_EQ(makeBundleResources(program)->resourceFolder(), std::nullopt) << program;
     }
 }
 
 TEST_F(BundleResourcesTest, BundleWithoutResourceFolderFindsNothing) {
     fs::remove_all(resources);
     EXPECT_EQ(url(executable, "app-catalog", "json"), std::nullopt);
+    EXPECT_EQ(makeBundleResources(executable)->resourceFolder(), std::nullopt);
+    EXPECT_EQ(makeBundleResources(executable)->bundle(), folder / "Kelvane.app");
 }
 
 TEST_F(BundleResourcesTest, ResourcesOutliveTheExecutableFile) {

@@ -254,6 +254,126 @@ TEST_F(PosixFileSystemTest, ReaderNeverSeesAMixture) {
     EXPECT_EQ(folder.names(), std::vector<std::string>{"f"});
 }
 
+// --- trees ---------------------------------------------------------------------------------------
+
+TEST_F(PosixFileSystemTest, CopyKeepsPermissionsAndFoldersStayRemovable) {
+    fs::create_directories(folder / "d/sub");
+    putFile(folder / "d/program", "x");
+    putFile(folder / "d/data", "x");
+    ASSERT_EQ(chmod((folder / "d/program").c_str(), 0755), 0);
+    ASSERT_EQ(chmod((folder / "d/data").c_str(), 0440), 0);
+    ASSERT_EQ(chmod((folder / "d/sub").c_str(), 0555), 0); // as on a read-only medium
+    ASSERT_TRUE(files->copyTree(folder / "d", folder / "copy"));
+    EXPECT_EQ(modeOf(folder / "copy/program"), 0755U);
+    EXPECT_EQ(modeOf(folder / "copy/data"), 0440U);
+    EXPECT_EQ(modeOf(folder / "copy/sub"), 0755U);
+    EXPECT_TRUE(files->removeTree(folder / "copy"));
+}
+
+TEST_F(PosixFileSystemTest, LinksAreCopiedAsLinks) {
+    fs::create_directories(folder / "d/real");
+    fs::create_symlink("real", folder / "d/to folder");
+    fs::create_symlink("nowhere", folder / "d/dangling");
+    fs::create_symlink("..", folder / "d/real/upwards"); // followed, it would never end
+    ASSERT_TRUE(files->copyTree(folder / "d", folder / "copy"));
+    EXPECT_EQ(fs::read_symlink(folder / "copy/to folder"), "real");
+    EXPECT_EQ(fs::read_symlink(folder / "copy/dangling"), "nowhere");
+    EXPECT_EQ(fs::read_symlink(folder / "copy/real/upwards"), "..");
+    ASSERT_TRUE(files->copyTree(folder / "d/to folder", folder / "link"));
+    EXPECT_EQ(fs::read_symlink(folder / "link"), "real");
+}
+
+TEST_F(PosixFileSystemTest, RemovingALinkLeavesWhatItLeadsTo) {
+    fs::create_directories(folder / "real");
+    putFile(folder / "real/f", "x");
+    fs::create_directories(folder / "d");
+    fs::create_symlink("../real", folder / "d/inside");
+    for (const char* link : {"link", "link/"}) {
+        fs::create_symlink("real", folder / "link");
+        EXPECT_TRUE(files->removeTree(folder / link)) << link;
+        EXPECT_FALSE(fs::is_symlink(folder / "link")) << link;
+    }
+    fs::create_symlink("nowhere", folder / "dangling");
+    EXPECT_TRUE(files->removeTree(folder / "dangling"));
+    EXPECT_FALSE(fs::is_symlink(folder / "dangling"));
+    EXPECT_TRUE(files->removeTree(folder / "d"));
+    EXPECT_EQ(contentsOf(folder / "real/f"), "x");
+}
+
+TEST_F(PosixFileSystemTest, DotSegmentsAreNotRemoved) {
+    fs::create_directories(folder / "d/a");
+    for (const char* name : {"d/.", "d/a/.."}) {
+        EXPECT_FALSE(files->removeTree(folder / name)) << name;
+        EXPECT_FALSE(files->copyTree(folder / name, folder / "copy")) << name;
+    }
+    EXPECT_TRUE(fs::exists(folder / "d/a"));
+}
+
+TEST_F(PosixFileSystemTest, DanglingLinkIsSomethingToCopyOnto) {
+    putFile(folder / "f", "x");
+    fs::create_symlink("nowhere", folder / "link");
+    EXPECT_FALSE(files->copyTree(folder / "f", folder / "link"));
+    EXPECT_TRUE(fs::is_symlink(folder / "link"));
+    EXPECT_FALSE(fs::exists(folder / "nowhere"));
+}
+
+TEST_F(PosixFileSystemTest, FolderIsNotCopiedIntoItselfThroughALink) {
+    fs::create_directories(folder / "d");
+    fs::create_symlink("d", folder / "link");
+    EXPECT_FALSE(files->copyTree(folder / "d", folder / "link/copy"));
+    EXPECT_TRUE(fs::is_empty(folder / "d"));
+}
+
+TEST_F(PosixFileSystemTest, CopyThatFailsMidwayLeavesNothing) {
+    fs::create_directories(folder / "d");
+    putFile(folder / "d/a", "x");
+    ASSERT_EQ(mkfifo((folder / "d/pipe").c_str(), 0600), 0); // nothing that could be copied
+    putFile(folder / "d/z", "x");
+    EXPECT_FALSE(files->copyTree(folder / "d", folder / "copy"));
+    EXPECT_EQ(folder.names(), std::vector<std::string>{"d"});
+}
+
+TEST_F(PosixFileSystemTest, CopyOntoADiskThatIsFullLeavesNothing) {
+    fs::create_directories(folder / "d");
+    putFile(folder / "d/a", "small");
+    putFile(folder / "d/b", std::string(1'000'000, 'x'));
+    rlimit before{};
+    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
+    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+    const rlimit small{.rlim_cur = 4096, .rlim_max = before.rlim_max};
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
+    const bool copied = files->copyTree(folder / "d", folder / "copy");
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &before), 0);
+    std::signal(SIGXFSZ, handler);
+    EXPECT_FALSE(copied);
+    EXPECT_EQ(folder.names(), std::vector<std::string>{"d"});
+}
+
+TEST_F(PosixFileSystemTest, TreeCallsRefuseAPathWithANul) {
+    putFile(folder / "f", "x");
+    const fs::path path((folder / "f").string() + std::string("\0g", 2));
+    EXPECT_EQ(files->list(path), std::nullopt);
+    EXPECT_FALSE(files->removeTree(path));
+    EXPECT_FALSE(files->copyTree(path, folder / "g"));
+    EXPECT_FALSE(files->copyTree(folder / "f", path));
+    EXPECT_EQ(folder.names(), std::vector<std::string>{"f"});
+}
+
+TEST_F(PosixFileSystemTest, ResolvingFollowsLinks) {
+    fs::create_directories(folder / "real/sub");
+    fs::create_symlink("real", folder / "link");
+    EXPECT_EQ(files->resolve(folder / "link/sub/"), folder / "real/sub");
+    EXPECT_EQ(files->resolve(folder / "link/sub/.."), folder / "real");
+    EXPECT_EQ(files->resolve(folder / "link/not yet"), folder / "real/not yet");
+}
+
+TEST_F(PosixFileSystemTest, FolderThatTakesNoFilesTakesNoCopyAndLosesNothing) {
+    if (!fs::exists("/proc/self")) GTEST_SKIP() << "this system has no /proc";
+    putFile(folder / "f", "x");
+    EXPECT_FALSE(files->copyTree(folder / "f", "/proc/kelvane-test"));
+    EXPECT_FALSE(files->removeTree("/proc/version"));
+}
+
 // --- known folders -------------------------------------------------------------------------------
 
 /// Brings a variable back to what it was.
