@@ -2,7 +2,6 @@
 
 #include "eval/service_address.h"
 #include "platform/ports/file_system.h"
-#include "platform/ports/process_runner.h"
 
 #include <algorithm>
 #include <utility>
@@ -94,17 +93,6 @@ std::filesystem::path braskHome(FileSystem& files) {
 
 std::filesystem::path braskHome(const std::filesystem::path& home) {
     return home / ".brask";
-}
-
-std::int32_t sh(ProcessRunner& processes, std::string_view command) {
-    const auto result = processes.run({.program = "/bin/sh",
-                                       .arguments = {"-lc", std::string(command)},
-                                       .output = ProcessOutput::Inherit});
-    return result ? result->status : -1;
-}
-
-bool hasPython3(ProcessRunner& processes) {
-    return sh(processes, "command -v python3 >/dev/null 2>&1") == 0;
 }
 
 } // namespace kelvane

@@ -6,7 +6,6 @@
 
 #pragma once
 
-#include <cstdint>
 #include <filesystem>
 #include <map>
 #include <optional>
@@ -17,7 +16,6 @@
 namespace kelvane {
 
 class FileSystem;
-class ProcessRunner;
 
 /// The application's reverse-DNS identifier.
 extern const std::string_view kBundleID;
@@ -59,12 +57,5 @@ void recordArgs(int argc, const char* const* argv);
 /// The program's data folder, ".brask" under `home`.
 [[nodiscard]] std::filesystem::path braskHome(FileSystem& files);
 [[nodiscard]] std::filesystem::path braskHome(const std::filesystem::path& home);
-
-/// Runs `command` in a login shell with this program's own standard streams and waits for it. The
-/// shell's status, or -1 when it could not be started.
-std::int32_t sh(ProcessRunner& processes, std::string_view command);
-
-/// Whether a python3 is on the login shell's search path.
-[[nodiscard]] bool hasPython3(ProcessRunner& processes);
 
 } // namespace kelvane

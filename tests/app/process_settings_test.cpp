@@ -90,31 +90,6 @@ TEST(ProcessSettings, DataFolderIsBelowHomeAlsoWhenHomeDoesNotExist) {
     EXPECT_EQ(braskHome(std::filesystem::path("/does/not/exist")), "/does/not/exist/.brask");
 }
 
-TEST(ProcessSettings, ShRunsALoginShellWithOurOwnStreams) {
-    FakePlatform fake;
-    fake.processes.results["/bin/sh"] = {.status = 7, .output = ""};
-    EXPECT_EQ(sh(fake.processes, "exit 7"), 7);
-    EXPECT_EQ(fake.processes.requests,
-              (std::vector<ProcessRequest>{{.program = "/bin/sh",
-                                            .arguments = {"-lc", "exit 7"},
-                                            .output = ProcessOutput::Inherit}}));
-}
-
-TEST(ProcessSettings, ShThatCannotStartIsMinusOne) {
-    FakePlatform fake;
-    EXPECT_EQ(sh(fake.processes, "true"), -1);
-}
-
-TEST(ProcessSettings, PythonIsThereWhenTheShellFindsIt) {
-    FakePlatform fake;
-    fake.processes.results["/bin/sh"] = {.status = 0, .output = ""};
-    EXPECT_TRUE(hasPython3(fake.processes));
-    EXPECT_EQ(fake.processes.requests.back().arguments,
-              (std::vector<std::string>{"-lc", "command -v python3 >/dev/null 2>&1"}));
-    fake.processes.results["/bin/sh"] = {.status = 127, .output = ""};
-    EXPECT_FALSE(hasPython3(fake.processes));
-}
-
 TEST(ProcessSettings, AddressesAreHttpsOnTheServiceWithTheirPathsAndQuery) {
     EXPECT_TRUE(kConnectURL().starts_with("https://"));
     EXPECT_TRUE(kConnectURL().ends_with("/connect?from=macos-app"));
