@@ -1,0 +1,144 @@
+#include "harness/installation.h"
+
+#include "platform/ports/environment.h"
+
+namespace kelvane {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+/// The desktop's own rule: a folder that is not absolute is as good as none.
+fs::path folderFrom(Environment& environment, std::string_view variable, fs::path otherwise) {
+    const auto value = environment.get(variable);
+    if (!value || !value->starts_with('/')) return otherwise;
+    return *value;
+}
+
+/// Nothing is escaped: the property list reads as its readers have always seen it.
+std::string launchAgent(const Installation& installation) {
+    return R"(<?xml version="1.0" encoding="UTF-8"?>
+<!DOCTYPE plist PUBLIC "-//Apple//DTD PLIST 1.0//EN" "http://www.apple.com/DTDs/PropertyList-1.0.dtd">
+<plist version="1.0"><dict>
+  <key>Label</key><string>)" +
+           installation.bundleId +
+           R"(</string>
+  <key>ProgramArguments</key><array><string>)" +
+           installedExecutable(installation).string() +
+           R"(</string></array>
+  <key>RunAtLoad</key><true/>
+  <key>LimitLoadToSessionType</key><string>Aqua</string>
+</dict></plist>)";
+}
+
+/// A text as the value of a desktop entry's key.
+std::string entryValue(std::string_view text) {
+    std::string value;
+    for (const char character : text) {
+        switch (character) {
+        case '\\':
+            value += "\\\\";
+            break;
+        case '\n':
+            value += "\\n";
+            break;
+        case '\r':
+            value += "\\r";
+            break;
+        case '\t':
+            value += "\\t";
+            break;
+        default:
+            value += character;
+        }
+    }
+    // A blank at the beginning would be taken for one that belongs to the equals sign.
+    if (value.starts_with(' ')) value.replace(0, 1, "\\s");
+    return value;
+}
+
+/// What the autostart entry and the menu's entry have in common.
+std::string desktopEntry(const Installation& installation) {
+    const auto program = installedExecutable(installation);
+    const auto icon = installedBundle(installation) / "Contents" / "Resources" / "brask.png";
+    return "[Desktop Entry]\n"
+           "Type=Application\n"
+           "Name=Kelvane Companion\n"
+           "Comment=Grades your work before it ships\n"
+           "Exec=" +
+           execValue(program) +
+           "\n"
+           "TryExec=" +
+           entryValue(program.string()) +
+           "\n"
+           "Icon=" +
+           entryValue(icon.string()) +
+           "\n"
+           "Terminal=false\n"
+           "StartupNotify=false\n"
+           "Categories=Utility;\n";
+}
+
+} // namespace
+
+fs::path configHome(Environment& environment, const fs::path& home) {
+    return folderFrom(environment, "XDG_CONFIG_HOME", home / ".config");
+}
+
+fs::path dataHome(Environment& environment, const fs::path& home) {
+    return folderFrom(environment, "XDG_DATA_HOME", home / ".local" / "share");
+}
+
+fs::path installedBundle(const Installation& installation) {
+    return installation.home / "Applications" / "Kelvane.app";
+}
+
+fs::path installedExecutable(const Installation& installation) {
+    return installedBundle(installation) / "Contents" / "MacOS" / "Kelvane";
+}
+
+std::vector<InstalledFile> startFiles(const Installation& installation) {
+    if (installation.loginItem == LoginItem::LaunchAgent) {
+        return {{.path = installation.home / "Library" / "LaunchAgents" /
+                         (installation.bundleId + ".plist"),
+                 .text = launchAgent(installation)}};
+    }
+    const std::string name = installation.bundleId + ".desktop";
+    const std::string entry = desktopEntry(installation);
+    return {{.path = installation.configHome / "autostart" / name,
+             .text = entry + "X-GNOME-Autostart-enabled=true\nX-KDE-autostart-after=panel\n"},
+            {.path = installation.dataHome / "applications" / name, .text = entry}};
+}
+
+std::string execValue(const fs::path& program) {
+    std::string quoted = "\"";
+    for (const char character : program.string()) {
+        if (character == '%') {
+            quoted += '%'; // or it would begin a field code
+        } else if (std::string_view("\"`$\\").find(character) != std::string_view::npos) {
+            quoted += '\\';
+        }
+        quoted += character;
+    }
+    quoted += '"';
+    // Desktops look for a program before they resolve field codes, and none may have an equals sign
+    // in its name; both are allowed in what follows the program.
+    if (program.string().find_first_of("%=") != std::string::npos) {
+        quoted = R"(/bin/sh -c "exec \"\$0\"" )" + quoted;
+    }
+    return entryValue(quoted);
+}
+
+std::string shellWord(std::string_view text) {
+    std::string word = "'";
+    for (const char character : text) {
+        if (character == '\'') {
+            word += R"('\'')";
+        } else {
+            word += character;
+        }
+    }
+    return word + "'";
+}
+
+} // namespace kelvane
