@@ -134,7 +134,8 @@ def main(arguments):
         return complain("the folder 'standing' beside it is missing or damaged (%s); wire the "
                         "tools again to restore it" % error)
     if arguments == ["mcp"]:
-        return engine.serve(sys.stdin.buffer, sys.stdout.buffer) or 0
+        # A stream that was closed from the start is None.
+        return engine.serve(getattr(sys.stdin, "buffer", None), getattr(sys.stdout, "buffer", None))
     return engine.main(arguments)
 
 

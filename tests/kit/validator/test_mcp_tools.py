@@ -202,10 +202,19 @@ class ArgumentTest(ToolsTest):
 
     def test_files_that_cannot_be_read(self):
         os.mkfifo(os.path.join(self.folder, "pipe.md"))
-        for path, word in (("missing.md", "No such file"), (".", "folder"), ("pipe.md", "plain"),
-                           ("/dev/zero", "plain"), ("a.md/b", "a.md/b"), ("x" * 5000, "Not graded")):
-            with self.subTest(path[:20]):
+        os.symlink("nowhere", os.path.join(self.folder, "dangling.md"))
+        for path, word in ((".", "folder"), ("pipe.md", "plain"), ("/dev/zero", "plain"),
+                           ("dangling.md", "No such file")):
+            with self.subTest(path):
                 self.refused("grade", "Not graded", word, path=path)
+
+    def test_files_that_are_not_there(self):
+        self.write("a.md")
+        for path in ("missing.md", "a.md/b", "x" * 5000, "\x1b[2J"):
+            with self.subTest(path[:20]):
+                text = self.refused("grade", "There is no file", self.folder, path=path)
+                self.assertLess(len(text), 2000)
+                self.assertNotIn("\x1b", text)
 
     def test_run_ids_that_are_none(self):
         for run_id in ("../jobs", "a/b", "a?b", "a b", "", "r" * 201, "ü", "r1\n", ".", "#"):

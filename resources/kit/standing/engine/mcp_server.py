@@ -31,8 +31,10 @@ def serve(stdin, stdout, tools=None):
     Standard output belongs to the protocol alone: where `stdout` is the process's own, whatever
     else prints there afterwards comes out on standard error. `tools` are those of `mcp_tools`
     unless given: `definitions`, `is_local(name)` and `run(name, arguments, progress, cancelled)`.
-    Returns the exit status.
+    Returns the exit status. A stream that is None was closed before all began.
     """
+    if stdin is None or stdout is None:
+        return 0
     if tools is None:
         from .mcp_tools import Tools
         tools = Tools()

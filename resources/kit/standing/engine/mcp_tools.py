@@ -256,10 +256,17 @@ def _graded(arguments, settings, rules, options):
     path = os.path.expanduser(arguments["path"])
     try:
         usable = b"\0" not in os.fsencode(path)
+        absolute = os.path.abspath(path)
     except UnicodeError:
         usable = False
+    except OSError:
+        raise Unusable("The folder that the server runs in is gone; an absolute path still "
+                       "works.") from None
     if not usable:
         raise Unusable("path is not a name that a file can have.")
+    if not os.path.lexists(absolute):
+        raise Unusable("There is no file %s. A relative path starts at %s."
+                       % (report.clean(absolute[:1000]), report.clean(os.getcwd())))
     return grading.grade_file(path, settings, rules, arguments.get("modality"), **options)
 
 
