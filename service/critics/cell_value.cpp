@@ -7,6 +7,8 @@
 #include <array>
 #include <charconv>
 #include <initializer_list>
+#include <locale>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -76,14 +78,27 @@ bool takeMinus(std::string_view& text) {
     return take(text, "-") || take(text, "−");
 }
 
+/// The number that the text spells in full, 0 when it has no room for it. Some standard libraries
+/// cannot read floating-point numbers by `from_chars`; the stream is told to heed no locale.
+template <class Real>
+Real numberIn(const std::string& text) {
+    Real value = 0;
+    if constexpr (requires { std::from_chars(text.data(), text.data(), value); }) {
+        std::from_chars(text.data(), text.data() + text.size(), value);
+    } else {
+        std::istringstream in(text);
+        in.imbue(std::locale::classic());
+        if (!(in >> value)) return 0;
+    }
+    return value;
+}
+
 double valueOf(const std::string& digits, std::size_t decimals, int exponent) {
     std::string plain = digits.substr(0, digits.size() - decimals);
     if (plain.empty()) plain = "0";
     if (decimals > 0) plain += "." + digits.substr(digits.size() - decimals);
     if (exponent != 0) plain += "e" + std::to_string(exponent);
-    double value = 0;
-    std::from_chars(plain.data(), plain.data() + plain.size(), value);
-    return value;
+    return numberIn<double>(plain);
 }
 
 /// Digits with the marks between them, before any decision on what the marks mean.

@@ -171,7 +171,6 @@ void judgeDates(const Sheet& sheet, const SheetColumn& column, CappedFindings& l
                             column.isCalled({"date", "datum", "day", "due", "deadline", "start",
                                              "end", "fecha", "birthday", "born", "geburtsdatum"});
     std::map<std::pair<DateForm, DayOrder>, std::size_t> forms;
-    std::size_t either = 0;
     std::size_t known = 0;
     for (const SheetCell& cell : column.cells) {
         if (!cell.date) continue;
@@ -183,10 +182,7 @@ void judgeDates(const Sheet& sheet, const SheetColumn& column, CappedFindings& l
                       "No calendar has the date " + place.quoted + " in " + place.name + "."});
             continue;
         }
-        if (cell.date->order == DayOrder::either)
-            ++either;
-        else
-            ++forms[{cell.date->form, cell.date->order}];
+        if (cell.date->order != DayOrder::either) ++forms[{cell.date->form, cell.date->order}];
         ++known;
     }
     if (!column.isDated() || known < 3) return;
