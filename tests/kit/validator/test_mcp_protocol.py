@@ -320,6 +320,7 @@ class LineTest(ProtocolTest):
             "UTF-16": '{"id":1}'.encode("utf-16"), "a NUL": b"\0", "single quotes": b"{'id':1}",
             "deep": b"[" * 200000, "deep and whole": b"[" * 100000 + b"]" * 100000,
             "deep objects": b'{"a":' * 100000, "long number": b"9" * 100000,
+            "number that every Python could read": b"9" * 2000,
             "control character": b'{"a":"\x01"}', "only a mark": b"\xef\xbb\xbf",
         }
         for name, data in cases.items():

@@ -11,6 +11,7 @@ import sys
 import tempfile
 import threading
 import unittest
+import unittest.mock
 
 from mcp_client import MODERN, PATIENCE, STANDING, Client, Process
 
@@ -280,7 +281,7 @@ class ServerTest(unittest.TestCase):
                            "params": {"name": "wait"}}])
         self.client.notify("notifications/cancelled", requestId=1)
         self.client.result("tools/list")
-        self.assertEqual(self.client.rest(), [])
+        self.assertEqual((self.client.early, self.client.rest()), ([], []))
 
     def test_subscription_is_held_until_the_end(self):
         listen = self.client.request("subscriptions/listen", notifications={})
@@ -342,6 +343,17 @@ class OutletTest(unittest.TestCase):
         outlet.close(PATIENCE)
         self.assertTrue(told.acquire(timeout=PATIENCE))
         self.assertFalse(told.acquire(blocking=False))
+
+    def test_pipe_that_takes_a_few_bytes_at_a_time(self):
+        read_end, write_end = os.pipe()
+        write = os.write
+        with unittest.mock.patch.object(mcp_server.os, "write",
+                                        lambda target, line: write(target, line[:3])):
+            sink = mcp_server.Sink(write_end)
+            sink.write(b'{"jsonrpc":"2.0"}\n')
+            sink.close()
+        with os.fdopen(read_end, "rb") as stream:
+            self.assertEqual(stream.read(), b'{"jsonrpc":"2.0"}\n')
 
     def test_all_is_written_before_it_closes(self):
         lines = []

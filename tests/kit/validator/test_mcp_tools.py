@@ -324,6 +324,18 @@ class GradeTest(ToolsTest):
         self.assertIn("the grader is warming up (", self.progress[1])
 
 
+    def test_cancelled_grade_asks_the_service_no_more(self):
+        self.service.summary = None
+        cancelled = Impatient()
+
+        def progress(text):
+            if "warming" in text:
+                cancelled.set()
+
+        self.tools(deadline=5).run("grade", {"text": "x"}, progress, cancelled)
+        self.assertEqual([r.method for r in self.service.requests], ["POST", "GET"])
+
+
 class NotSentTest(ToolsTest):
     def test_files_that_are_never_sent(self):
         for name in (".env", "id_rsa", "server.pem", ".git/config", ".ssh/config"):

@@ -10,7 +10,6 @@ import collections
 import os
 import queue
 import signal
-import sys
 import threading
 
 from . import mcp_protocol as protocol
@@ -71,8 +70,6 @@ def _redirect(number):
     except OSError:  # there is no standard error
         os.dup2(nothing, number)
     os.close(nothing)
-    if number == 1:
-        sys.stdout = sys.stderr
 
 
 def _chunks(source):
