@@ -12,6 +12,7 @@ Host makeHost() {
     host.resources = makeBundleResources(currentExecutable());
     host.processes = makePosixProcessRunner();
     host.clock = makePosixClock(*host.quit);
+    host.loginItem = LoginItem::AutostartEntry;
     return host;
 }
 

@@ -16,6 +16,7 @@
 #include "platform/ports/environment.h"
 #include "platform/ports/file_system.h"
 #include "platform/ports/keyboard.h"
+#include "platform/ports/login_item.h"
 #include "platform/ports/pasteboard.h"
 #include "platform/ports/process_runner.h"
 #include "platform/ports/quit_signal.h"
@@ -34,6 +35,7 @@ struct Host {
     std::unique_ptr<BundleResources> resources;
     std::unique_ptr<ProcessRunner> processes;
     std::unique_ptr<Clock> clock;
+    LoginItem loginItem = LoginItem::LaunchAgent; ///< What this system goes by.
 };
 
 /// Connects to nothing.
