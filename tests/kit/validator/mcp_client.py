@@ -117,7 +117,7 @@ class Client:
 
 
 class Process(Client):
-    """A server in a process of its own. `errors` has what it wrote to standard error, at the end."""
+    """A server in a process of its own; what it says on standard error is told by `end`."""
 
     def __init__(self, arguments, home, era="modern", environment=None, cwd=None):
         self._errors = open(os.path.join(home, "standard-error"), "w+b")

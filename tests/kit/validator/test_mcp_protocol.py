@@ -2,6 +2,7 @@
 
 import json
 import os
+import random
 import sys
 import unittest
 
@@ -365,6 +366,28 @@ class LineTest(ProtocolTest):
     def test_numbers_that_json_does_not_have_are_not_sent(self):
         with self.assertRaises(ValueError):
             protocol.encode({"score": float("nan")})
+
+
+    def test_damaged_lines_of_any_kind(self):
+        seeds = [line("initialize", 0, {"protocolVersion": "2025-03-26"}), modern("tools/list"),
+                 modern("tools/call", 3, name="grade", arguments={"path": "\u00fc"}),
+                 modern("subscriptions/listen", "s", notifications={}), line("ping"),
+                 line("notifications/cancelled", None, {"requestId": 3}), modern("server/discover"),
+                 b"[" + line("ping") + b"," + line("tools/call", 5, {"name": "rules"}) + b"]"]
+        pieces = [b"null", b"[]", b"{}", b"1e999", b"-0", b'"', b"\\", b"\\ud800", b"\xff", b"\0",
+                  b",", b":", b"true", b'"id"', b'"method"', b'"_meta"', b'"params"', b"[" * 50]
+        chance = random.Random(20260728)
+        for _ in range(4000):
+            data = bytearray(chance.choice(seeds))
+            for _ in range(chance.randint(1, 4)):
+                start = chance.randrange(len(data) + 1)
+                end = start + chance.choice((0, 0, 1, 2, 8, 40))
+                data[start:end] = chance.choice(pieces + [bytes([chance.randrange(256)])])
+            with self.subTest(data=bytes(data)):
+                for action in self.session.receive(bytes(data)):
+                    self.assertIsInstance(action, (Reply, Call, Cancel, Listen, Batch))
+                    if isinstance(action, Reply):
+                        self.assertTrue(protocol.encode(action.message).endswith(b"}\n"))
 
 
 class BatchTest(ProtocolTest):

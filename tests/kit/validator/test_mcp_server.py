@@ -1,4 +1,4 @@
-"""The server between pipes, with tools that do as they are told: threads, order, cancellation, ends.
+"""The server between pipes, with tools that do as they are told: threads, order, cancelling, ends.
 
 Calls wait for the test, never for time.
 """

@@ -249,7 +249,7 @@ class Session:
         return [Batch(actions)]
 
     def _message(self, value: Any) -> List[Any]:
-        """The actions of one message, which may be a request, a notification, an answer or wrong."""
+        """The actions of one message: a request, a notification, an answer, or something wrong."""
         if not isinstance(value, dict):
             return [Reply(error_reply(None, Rejection(INVALID_REQUEST,
                                                       "Invalid Request: not an object")))]
