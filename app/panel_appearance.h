@@ -7,6 +7,7 @@
 
 #include "app/panel_bridge.h"
 
+#include <QDBusVariant>
 #include <QObject>
 
 class QPalette;
@@ -33,7 +34,7 @@ public:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private slots:
-    void portalSettingChanged(const QString& space, const QString& key, const QVariant& value);
+    void portalSettingChanged(const QString& space, const QString& key, const QDBusVariant& value);
 
 private:
     void askPortal();

@@ -14,11 +14,7 @@
 #include "app/published.h"
 
 #include <QObject>
-#include <QString>
-#include <QUrl>
 #include <QVariantMap>
-
-#include <string>
 
 namespace kelvane {
 
@@ -96,7 +92,6 @@ signals:
 
 private:
     void redrawSoon();
-    void publish(const CompanionViewRecord& record);
 
     CompanionModel& m_model;
     PanelImages m_images;

@@ -22,11 +22,15 @@ inline constexpr int kPanelWidth = 360;
 /// would cost many times the panel's memory.
 void useSoftwareRendering();
 
-/// A panel in `engine`, with no parent. Its width is `kPanelWidth` until it is set; its
-/// implicitHeight follows its content and changes with it. Null, with the reasons on standard
-/// error, when the panel cannot be built, which only a broken build makes happen. Give it the
-/// keyboard with `forceActiveFocus()`; then Tab goes to its first control.
-[[nodiscard]] std::unique_ptr<QQuickItem> makePanelItem(QQmlEngine& engine, PanelBridge& bridge);
+/// A panel in `engine`, inside `parent` if there is one. Whoever holds it destroys it. Its width is
+/// `kPanelWidth` until it is set; its implicitHeight follows its content and changes with it. Null,
+/// with the reasons on standard error, when the panel cannot be built, which only a broken build
+/// makes happen. Give it the keyboard with `forceActiveFocus()`; then Tab goes to its first
+/// control. Its signal `dismissed()` tells that Escape was pressed and nothing in the panel used
+/// it. Its controls are found by objectName: reportLink, gradeButton, iterateButton, getKeyLink,
+/// wireLink, settingsButton, and in the open menu menu.getKey, menu.uninstall, menu.quit.
+[[nodiscard]] std::unique_ptr<QQuickItem> makePanelItem(QQmlEngine& engine, PanelBridge& bridge,
+                                                        QQuickItem* parent = nullptr);
 
 /// A hidden window without frame or flags of its own that holds a panel and is always as large as
 /// it. Its colour is transparent: the panel paints its own background. Null as above.

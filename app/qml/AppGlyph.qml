@@ -1,0 +1,29 @@
+// The icon of an application, or the place of one that has none.
+import QtQuick
+import Kelvane.Drawing
+
+Item {
+    id: root
+
+    required property Theme theme
+    required property string source
+
+    width: 32
+    height: 32
+    Accessible.role: Accessible.Graphic
+    Accessible.ignored: true
+
+    Image {
+        id: picture
+        anchors.fill: parent
+        source: root.source
+        sourceSize: Qt.size(32, 32)
+        fillMode: Image.PreserveAspectFit
+    }
+    RoundedBox {
+        visible: picture.status !== Image.Ready
+        anchors.fill: parent
+        radius: 7
+        color: root.theme.wash("secondary", 0.18)
+    }
+}

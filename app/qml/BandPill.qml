@@ -1,0 +1,28 @@
+import QtQuick
+import Kelvane.Drawing
+
+RoundedBox {
+    id: root
+
+    required property Theme theme
+    required property string label
+    required property string tint
+    required property string labelTint
+
+    implicitWidth: Math.ceil(words.implicitWidth) + 18
+    implicitHeight: Math.ceil(words.implicitHeight) + 6
+    radius: 6
+    color: theme.fills[tint] ?? theme.fills.gray
+
+    PanelText {
+        id: words
+        theme: root.theme
+        ink: root.labelTint
+        text: root.label
+        x: 9
+        y: 3
+        wrapMode: Text.NoWrap
+        font.pixelSize: theme.caption
+        font.weight: Font.Bold
+    }
+}

@@ -1,0 +1,38 @@
+// The product's mark. Where its picture is missing, a letter on a tile stands for it.
+import QtQuick
+import Kelvane.Drawing
+
+Item {
+    id: root
+
+    required property Theme theme
+    required property string source
+
+    width: 20
+    height: 20
+    Accessible.role: Accessible.Graphic
+    Accessible.ignored: true
+
+    Image {
+        id: picture
+        anchors.fill: parent
+        source: root.source
+        sourceSize: Qt.size(20, 20)
+    }
+    RoundedBox {
+        visible: picture.status !== Image.Ready
+        anchors.fill: parent
+        radius: 5
+        color: "#0f7f80"
+
+        Text {
+            anchors.centerIn: parent
+            text: "K"
+            color: "#ffffff"
+            font.pixelSize: 13
+            font.weight: Font.Bold
+            textFormat: Text.PlainText
+            Accessible.ignored: true
+        }
+    }
+}

@@ -1,0 +1,137 @@
+// The panel. It draws what the bridge says and tells it what was pressed.
+import QtQuick
+
+FocusScope {
+    id: root
+
+    required property QtObject bridge
+
+    /// Escape was pressed and there was nothing in the panel for it to end.
+    signal dismissed
+
+    function reset() {
+        menu.close(false)
+        bubble.hide()
+        root.forceActiveFocus()
+    }
+
+    readonly property Theme theme: Theme {
+        dark: root.bridge.dark
+        textSize: root.bridge.textSize
+    }
+
+    width: 360
+    implicitWidth: 360
+    implicitHeight: column.implicitHeight
+    focus: true
+    Accessible.role: Accessible.Pane
+    Accessible.name: bridge.header.product
+
+    Keys.onEscapePressed: event => {
+        event.accepted = false
+        root.dismissed()
+    }
+
+    Rectangle {
+        anchors.fill: parent
+        color: root.theme.background
+    }
+
+    Column {
+        id: column
+        width: root.width
+
+        HeaderRow {
+            theme: root.theme
+            bubble: bubble
+            header: root.bridge.header
+            width: parent.width
+            height: implicitHeight
+        }
+        Divider {
+            theme: root.theme
+            width: parent.width
+            strength: 0.4
+        }
+        Item {
+            width: parent.width
+            height: body.implicitHeight + 32
+
+            Column {
+                id: body
+                x: 16
+                y: 16
+                width: parent.width - 32
+                spacing: 14
+
+                NowSection {
+                    theme: root.theme
+                    now: root.bridge.now
+                    width: parent.width
+                }
+                VerdictSection {
+                    theme: root.theme
+                    verdict: root.bridge.verdict
+                    visible: verdict.progress !== "" || verdict.graded || verdict.note !== ""
+                    width: parent.width
+                    onReportAsked: root.bridge.openReport()
+                }
+                ActionRow {
+                    theme: root.theme
+                    actions: root.bridge.actions
+                    width: parent.width
+                    onGradeAsked: root.bridge.grade()
+                    onIterateAsked: root.bridge.iterate()
+                    onKeyAsked: root.bridge.getKey()
+                }
+                Divider {
+                    theme: root.theme
+                    width: parent.width
+                    strength: 0.3
+                }
+                AgentsSection {
+                    theme: root.theme
+                    bubble: bubble
+                    agents: root.bridge.agents
+                    width: parent.width
+                }
+                WorkflowSection {
+                    theme: root.theme
+                    workflow: root.bridge.workflow
+                    width: parent.width
+                }
+            }
+        }
+        Divider {
+            theme: root.theme
+            width: parent.width
+        }
+        FooterRow {
+            id: footer
+            theme: root.theme
+            footer: root.bridge.footer
+            width: parent.width
+            height: implicitHeight
+            onWireAsked: root.bridge.wire()
+            onMenuAsked: menu.open(footer.menuButton.activeFocus)
+        }
+    }
+
+    PanelMenu {
+        id: menu
+        theme: root.theme
+        items: root.bridge.footer.menu
+        button: footer.menuButton
+        onChosen: action => {
+            switch (action) {
+            case "getKey": root.bridge.getKey(); break
+            case "uninstall": root.bridge.uninstall(); break
+            case "quit": root.bridge.quit(); break
+            }
+        }
+    }
+    HintBubble {
+        id: bubble
+        theme: root.theme
+    }
+}

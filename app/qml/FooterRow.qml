@@ -1,0 +1,42 @@
+import QtQuick
+
+Item {
+    id: root
+
+    required property Theme theme
+    required property var footer
+    readonly property Item menuButton: settings
+    signal wireAsked
+    signal menuAsked
+
+    implicitHeight: wire.height + 20
+
+    LinkButton {
+        id: wire
+        objectName: "wireLink"
+        theme: root.theme
+        label: root.footer.wire.label
+        x: 16
+        y: 10
+        width: implicitWidth
+        height: implicitHeight
+        onClicked: root.wireAsked()
+    }
+    LinkButton {
+        id: settings
+        objectName: "settingsButton"
+        theme: root.theme
+        ink: "secondary"
+        label: root.footer.menuTitle
+        trailingSymbol: "chevron.down"
+        anchors.right: parent.right
+        anchors.rightMargin: 16
+        y: 10
+        width: implicitWidth
+        height: implicitHeight
+        Accessible.role: Accessible.ButtonMenu
+        Keys.onDownPressed: root.menuAsked()
+        Keys.onUpPressed: root.menuAsked()
+        onClicked: root.menuAsked()
+    }
+}

@@ -1,0 +1,66 @@
+// The tool tip: one for the whole panel, drawn above everything and kept inside it.
+import QtQuick
+import Kelvane.Drawing
+
+RoundedBox {
+    id: root
+
+    required property Theme theme
+    property Item source: null
+    property string hint
+
+    function offer(area: Item, text: string) {
+        source = area
+        hint = text
+        if (!visible) delay.restart()
+        else place()
+    }
+    function withdraw(area: Item) {
+        if (source === area) hide()
+    }
+    function hide() {
+        delay.stop()
+        visible = false
+        if (source) source = null
+    }
+    function place() {
+        const spot = source.mapToItem(parent, 0, 0)
+        x = Math.round(Math.max(8, Math.min(parent.width - width - 8,
+                                            spot.x + source.width / 2 - width / 2)))
+        const below = spot.y + source.height + 6
+        y = Math.round(below + height + 8 <= parent.height ? below
+                                                          : Math.max(8, spot.y - height - 6))
+    }
+
+    onSourceChanged: if (!source) hide()
+
+    visible: false
+    width: Math.min(words.implicitWidth, parent.width - 32) + 16
+    height: words.height + 10
+    radius: 5
+    color: theme.dark ? "#3a3a3d" : "#ffffff"
+    borderWidth: 1
+    borderColor: theme.wash("secondary", 0.35)
+    Accessible.ignored: true
+
+    PanelText {
+        id: words
+        theme: root.theme
+        text: root.hint
+        x: 8
+        y: 5
+        width: parent.width - 16
+        maximumLineCount: 4
+        font.pixelSize: theme.caption
+        Accessible.ignored: true
+    }
+    Timer {
+        id: delay
+        interval: 600
+        onTriggered: {
+            if (!root.source) return
+            root.place()
+            root.visible = true
+        }
+    }
+}

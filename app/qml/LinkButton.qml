@@ -1,0 +1,35 @@
+// A plain button: words alone.
+import QtQuick
+
+Pressable {
+    id: root
+
+    property string ink: "blue"
+    property string trailingSymbol
+
+    implicitWidth: Math.ceil(words.implicitWidth) + (trailingSymbol === "" ? 0 : trailing.width + 4)
+    implicitHeight: Math.ceil(words.implicitHeight)
+    ringRadius: 3
+    opacity: pressed ? 0.7 : 1
+
+    PanelText {
+        id: words
+        theme: root.theme
+        ink: root.hovered && root.ink === "secondary" ? "primary" : root.ink
+        text: root.label
+        width: Math.min(implicitWidth, root.width)
+        wrapMode: Text.NoWrap
+        font.pixelSize: theme.caption
+        font.underline: root.hovered && root.ink === "blue"
+        Accessible.ignored: true
+    }
+    SymbolImage {
+        id: trailing
+        visible: symbol !== ""
+        x: words.width + 4
+        anchors.verticalCenter: words.verticalCenter
+        symbol: root.trailingSymbol
+        ink: words.color
+        size: root.theme.smallCaption
+    }
+}

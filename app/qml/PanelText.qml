@@ -1,0 +1,20 @@
+// Text as the panel writes it: plain, wrapped, and cut with an ellipsis where it must be cut.
+import QtQuick
+
+Text {
+    id: root
+
+    required property Theme theme
+    property string ink: "primary"
+
+    color: theme.inks[ink]
+    font.pixelSize: theme.body
+    textFormat: Text.PlainText
+    horizontalAlignment: Text.AlignLeft
+    wrapMode: Text.Wrap
+    elide: Text.ElideRight
+
+    Accessible.role: Accessible.StaticText
+    Accessible.name: text
+    Accessible.ignored: !visible
+}

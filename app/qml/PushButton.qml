@@ -1,0 +1,55 @@
+// A button with a border, or with `prominent` a filled one.
+import QtQuick
+import Kelvane.Drawing
+
+Pressable {
+    id: root
+
+    property string symbol
+    property bool prominent: false
+    readonly property string ink: !enabled ? "secondary" : prominent ? "white" : "primary"
+
+    implicitWidth: Math.ceil(content.implicitWidth) + 24
+    implicitHeight: theme.body + 17
+    ringRadius: 7
+
+    RoundedBox {
+        anchors.fill: parent
+        radius: 7
+        color: root.prominent && root.enabled ? root.theme.accent
+             : root.enabled ? root.theme.raised : root.theme.wash("secondary", 0.12)
+        borderWidth: root.prominent || !root.enabled ? 0 : 1
+        borderColor: root.theme.wash("secondary", 0.35)
+
+        RoundedBox {
+            anchors.fill: parent
+            radius: parent.radius
+            color: "#000000"
+            opacity: root.pressed ? 0.14 : root.hovered ? 0.06 : 0
+            visible: opacity > 0
+        }
+    }
+
+    Row {
+        id: content
+        anchors.centerIn: parent
+        spacing: 6
+
+        SymbolImage {
+            anchors.verticalCenter: parent.verticalCenter
+            visible: symbol !== ""
+            symbol: root.symbol
+            ink: root.theme.inks[root.ink]
+            size: root.theme.body + 4
+        }
+        PanelText {
+            theme: root.theme
+            ink: root.ink
+            text: root.label
+            anchors.verticalCenter: parent.verticalCenter
+            wrapMode: Text.NoWrap
+            font.weight: Font.Medium
+            Accessible.ignored: true
+        }
+    }
+}

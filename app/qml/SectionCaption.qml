@@ -1,0 +1,10 @@
+// The small widely spaced heading of a section.
+import QtQuick
+
+PanelText {
+    ink: "secondary"
+    font.pixelSize: theme.caption
+    font.letterSpacing: 1.2
+    wrapMode: Text.NoWrap
+    Accessible.role: Accessible.Heading
+}

@@ -1,0 +1,136 @@
+import QtQuick
+
+Column {
+    id: root
+
+    required property Theme theme
+    required property var verdict
+    signal reportAsked
+
+    spacing: 8
+
+    Row {
+        objectName: "progress"
+        visible: root.verdict.progress !== ""
+        width: root.width
+        spacing: 8
+
+        Spinner {
+            id: spinner
+            objectName: "spinner"
+            theme: root.theme
+            anchors.verticalCenter: parent.verticalCenter
+        }
+        PanelText {
+            theme: root.theme
+            ink: "secondary"
+            text: root.verdict.progress
+            width: parent.width - spinner.width - parent.spacing
+            anchors.verticalCenter: parent.verticalCenter
+            font.pixelSize: theme.callout
+        }
+    }
+
+    Item {
+        visible: root.verdict.graded
+        width: root.width
+        implicitHeight: Math.max(pill.height, report.height)
+
+        BandPill {
+            id: pill
+            theme: root.theme
+            label: root.verdict.band ?? ""
+            tint: root.verdict.bandTint ?? "gray"
+            labelTint: root.verdict.bandLabelTint ?? "white"
+            width: implicitWidth
+            height: implicitHeight
+            anchors.verticalCenter: parent.verticalCenter
+        }
+        PanelText {
+            theme: root.theme
+            text: root.verdict.score ?? ""
+            x: pill.width + 8
+            width: Math.min(Math.ceil(implicitWidth),
+                            parent.width - x - (report.visible ? report.width + 8 : 0))
+            visible: text !== ""
+            anchors.verticalCenter: parent.verticalCenter
+            wrapMode: Text.NoWrap
+            font.pixelSize: theme.caption
+        }
+        LinkButton {
+            id: report
+            objectName: "reportLink"
+            theme: root.theme
+            label: "Full report"
+            visible: root.verdict.hasReport ?? false
+            width: implicitWidth
+            height: implicitHeight
+            anchors.right: parent.right
+            anchors.verticalCenter: parent.verticalCenter
+            onClicked: root.reportAsked()
+        }
+    }
+    PanelText {
+        theme: root.theme
+        ink: "secondary"
+        text: root.verdict.error ?? ""
+        visible: text !== ""
+        width: root.width
+        maximumLineCount: 6
+        font.pixelSize: theme.caption
+    }
+
+    Column {
+        id: flaws
+        property real severityWidth: 0
+
+        visible: rows.count > 0
+        width: root.width
+        spacing: 6
+
+        Repeater {
+            id: rows
+            model: root.verdict.flaws ?? []
+            onItemAdded: (index, item) => flaws.severityWidth =
+                Math.max(index === 0 ? 0 : flaws.severityWidth, item.naturalSeverityWidth)
+
+            FlawLine {
+                required property var modelData
+
+                theme: root.theme
+                severity: modelData.severity
+                tint: modelData.tint
+                text: modelData.text
+                severityWidth: flaws.severityWidth
+                width: flaws.width
+                height: implicitHeight
+            }
+        }
+        PanelText {
+            theme: root.theme
+            ink: "secondary"
+            text: root.verdict.more ?? ""
+            visible: text !== ""
+            width: parent.width
+            font.pixelSize: theme.caption
+        }
+    }
+    PanelText {
+        theme: root.theme
+        ink: "primary"
+        text: root.verdict.summary ?? ""
+        visible: text !== ""
+        width: root.width
+        font.pixelSize: theme.caption
+    }
+    PanelText {
+        objectName: "note"
+        theme: root.theme
+        ink: "secondary"
+        text: root.verdict.note
+        visible: text !== ""
+        width: root.width
+        maximumLineCount: 6
+        font.pixelSize: theme.caption
+    }
+}

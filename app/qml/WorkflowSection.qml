@@ -1,0 +1,40 @@
+import QtQuick
+
+Column {
+    id: root
+
+    required property Theme theme
+    required property var workflow
+
+    spacing: 6
+
+    Row {
+        width: root.width
+        spacing: 8
+
+        SectionCaption {
+            theme: root.theme
+            text: root.workflow.caption
+            anchors.verticalCenter: parent.verticalCenter
+        }
+        Capsule {
+            theme: root.theme
+            ink: "blue"
+            text: root.workflow.tag
+            visible: text !== ""
+            horizontalPadding: 5
+            verticalPadding: 1
+            width: implicitWidth
+            height: implicitHeight
+            anchors.verticalCenter: parent.verticalCenter
+        }
+    }
+    PanelText {
+        theme: root.theme
+        text: root.workflow.pipeline
+        visible: text !== ""
+        width: root.width
+        maximumLineCount: 4
+        font.pixelSize: theme.caption
+    }
+}
