@@ -1,9 +1,9 @@
 """Who reads the client's lines, runs its tool calls and writes the answers?
 
 `serve` does, until the client closes its end. The calling thread decides, in the order of the
-lines; one thread reads, one writes, and each running call has its own, so that a list is answered while a
-grade polls for minutes. All of them are daemons that hold no lock of a Python stream: nothing that
-hangs in the network keeps the process from ending at once.
+lines; one thread reads, one writes, and each running call has its own, so that a list is answered
+while a grade polls for minutes. All of them are daemons that hold no lock of a Python stream:
+nothing that hangs in the network keeps the process from ending at once.
 """
 
 import collections

@@ -1,9 +1,9 @@
 """What can an agent ask for, and what does it get?
 
 Four tools: `grade` and `iterate` talk to the evaluation service, `rules` and `status` only read
-what is on this machine. A verdict is a result whatever it says. What a caller can do something about (a
-wrong argument, a file that stays here, no key, no service, no time) is a result too, with `isError`
-and a text that says what would help.
+what is on this machine. A verdict is a result whatever it says. What a caller can do something
+about (a wrong argument, a file that stays here, no key, no service, no time) is a result too, with
+`isError` and a text that says what would help.
 
 Texts are facts for the agent to weigh. They may quote the work, so they are made harmless first.
 """
