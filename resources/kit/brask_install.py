@@ -1407,10 +1407,10 @@ def quietly(action: Callable[..., Any], *arguments: Any) -> bool:
         return False
 
 
-def sweep(path: str) -> None:
-    """Removes what an installer that was killed left beside `path`. Only under the lock."""
-    folder, name = os.path.split(path)
-    stray = re.compile(re.escape("." + name) + r"\.brask-[0-9a-f]{8}\.tmp")
+def sweep(folder: str, name: str = "") -> None:
+    """Removes what an installer that was killed left in a folder beside the file `name`, or beside
+    any file. Only under the lock."""
+    stray = re.compile(r"\.%s\.brask-[0-9a-f]{8}\.tmp" % (re.escape(name) if name else ".+"))
     try:
         names = os.listdir(folder)
     except OSError:
@@ -1446,8 +1446,8 @@ def replace_file(path: str, data: bytes, expected: Optional[bytes],
     Raises Changed when the file no longer holds `expected` (None: no file). `path` is no symlink.
     After a failure the file is as it was, and nothing is left beside it.
     """
-    sweep(path)
     folder, name = os.path.split(path)
+    sweep(folder, name)
     temporary = os.path.join(folder, ".%s.brask-%s.tmp" % (name, secrets.token_hex(4)))
     flags = os.O_WRONLY | os.O_CREAT | os.O_EXCL | os.O_NOFOLLOW | os.O_CLOEXEC
     descriptor = os.open(temporary, flags, 0o600)
@@ -1589,6 +1589,7 @@ class Installer:
             (self.home + self.brask).encode("utf-8")
         except UnicodeEncodeError as error:
             raise Refused("the path of the home folder is not UTF-8") from error
+        self.backups = os.path.join(self.brask, "backups")
         self.validator = Validator(self.brask, self.home)
         self.launcher = Launcher(self.home, self.validator)
         self.tools: Dict[str, Tool] = {kind.key: kind(self.validator) for kind in WIRED_TOOLS}
@@ -1610,6 +1611,7 @@ class Installer:
             try:
                 fcntl.flock(lock, fcntl.LOCK_EX | fcntl.LOCK_NB)
                 self.manifest = Manifest(self.manifest.path, lambda text: None)
+                sweep(self.backups)
                 return lock
             except OSError as error:
                 if error.errno not in (errno.EAGAIN, errno.EACCES):
@@ -1644,7 +1646,7 @@ class Installer:
         """Copies the file as it is to ~/.brask/backups and says where."""
         if config.data is None:
             return None
-        folder = os.path.join(self.brask, "backups")
+        folder = self.backups
         for made in missing_folders(os.path.join(folder, "x")):
             os.mkdir(made, 0o700)
         stamp = time.strftime("%Y%m%dT%H%M%SZ", time.gmtime())
@@ -1863,7 +1865,7 @@ class Installer:
         if data is not None:
             replace_file(config.real, data, config.data, config.info)
         elif contents(config.real) == config.data:
-            sweep(config.real)
+            sweep(*os.path.split(config.real))
             os.unlink(config.real)
             settle(os.path.dirname(config.real))
         else:
@@ -1877,7 +1879,7 @@ class Installer:
         """Removes the folders that we made, if nothing else is in them, and the record."""
         if self.dry:
             return
-        sweep(real)
+        sweep(*os.path.split(real))
         ours = {os.path.join(self.home, name)
                 for name in (".claude", ".codex", ".cursor", ".local", os.path.join(".local", "bin"))}
         for folder in sorted(self.manifest.folders(key), key=len, reverse=True):

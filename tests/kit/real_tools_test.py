@@ -1,0 +1,214 @@
+#!/usr/bin/env python3
+"""Do the coding tools themselves accept what we write, and what we leave behind?
+
+Runs the tools' own programs, fetched by scripts/real-tools into `$KELVANE_TOOLS` (build/tools by
+default), in a made-up home folder and without a network where that is permitted. A tool that is not
+there has its tests skipped with the reason; when nothing at all could run, the exit code is 77.
+"""
+
+import json
+import os
+import pathlib
+import shutil
+import subprocess
+import sys
+import tempfile
+import unittest
+
+HERE = pathlib.Path(__file__).resolve().parent
+ROOT = HERE.parents[1]
+KIT = ROOT / "resources" / "kit"
+TOOLS = pathlib.Path(os.environ.get("KELVANE_TOOLS") or ROOT / "build" / "tools").resolve()
+PATHS = {"node24": "node", "codex": "codex", "claude": "claude", "openclaw": "openclaw",
+         "inspector": "mcp-inspector"}
+LIMIT = 120
+OFFLINE = ["unshare", "-rn"] if subprocess.run(
+    ["unshare", "-rn", "true"], stderr=subprocess.DEVNULL).returncode == 0 else []
+
+
+def program(name):
+    return TOOLS / name / "node_modules" / ".bin" / PATHS[name]
+
+
+def needs(*names):
+    """Skips a test, saying so, when one of the tools is not there."""
+    missing = [name for name in names if not os.access(str(program(name)), os.X_OK)]
+    return unittest.skipIf(missing, "not in %s: %s (scripts/real-tools fetches them)"
+                           % (TOOLS, ", ".join(missing)))
+
+
+class ToolTest(unittest.TestCase):
+    def setUp(self):
+        self.home = tempfile.mkdtemp(prefix="tools-")
+        self.addCleanup(shutil.rmtree, self.home, True)
+        shutil.copytree(str(KIT), os.path.join(self.home, ".brask"),
+                        ignore=shutil.ignore_patterns("__pycache__"))
+        path = os.pathsep.join([str(program("node24").parent), "/usr/bin", "/bin"])
+        self.env = {"HOME": self.home, "PATH": path, "TERM": "dumb"}
+
+    def put(self, name, data):
+        path = os.path.join(self.home, name)
+        os.makedirs(os.path.dirname(path), exist_ok=True)
+        with open(path, "wb") as file:
+            file.write(data)
+        return path
+
+    def get(self, name):
+        with open(os.path.join(self.home, name), "rb") as file:
+            return file.read()
+
+    def run_it(self, command):
+        return subprocess.run(command, env=self.env, cwd=self.home, stdin=subprocess.DEVNULL,
+                              stdout=subprocess.PIPE, stderr=subprocess.PIPE, timeout=LIMIT,
+                              universal_newlines=True, errors="replace")
+
+    def kit(self, *arguments):
+        script = os.path.join(self.home, ".brask", "brask_install.py")
+        done = self.run_it(["python3", "-B", script] + list(arguments))
+        self.assertEqual(0, done.returncode, done.stderr)
+
+    def tool(self, name, *arguments):
+        return self.run_it(OFFLINE + [str(program(name))] + list(arguments))
+
+    def expected(self, tool):
+        """The corpus files that are to be wired, for this home folder: (name, before)."""
+        for path in sorted((HERE / "corpus" / tool).glob("*.out")):
+            yield path.stem, path.with_suffix(".in").read_bytes()
+
+    def same_after_unwiring(self, name, before):
+        self.kit("uninstall", "all", "--global")
+        self.assertEqual(before, self.get(name))
+
+
+class ClaudeTest(ToolTest):
+    FILE = ".claude/settings.json"
+
+    def complaints(self):
+        """What `claude doctor` says about settings; nothing when they are good."""
+        said = self.tool("claude", "doctor").stdout
+        self.assertIn("doctor", said)
+        return said[said.index("Invalid settings"):].split("\n\n")[0] \
+            if "Invalid settings" in said else ""
+
+    @needs("claude")
+    def test_doctor_has_nothing_to_say_before_wired_or_after(self):
+        before = b'{\n  "permissions": { "allow": ["Bash(ls:*)"] }\n}\n'
+        self.put(self.FILE, before)
+        self.assertEqual("", self.complaints())
+        self.kit("claude", "--global")
+        self.assertEqual("", self.complaints())
+        self.same_after_unwiring(self.FILE, before)
+        self.assertEqual("", self.complaints())
+
+    @needs("claude")
+    def test_doctor_would_complain_about_a_bad_file(self):
+        self.put(self.FILE, b'{"hooks": {"NoSuchEvent": []}}')
+        self.assertIn("NoSuchEvent", self.complaints())
+
+    @needs("claude")
+    def test_doctor_says_no_more_about_any_corpus_file_than_before(self):
+        for name, before in self.expected("claude"):
+            with self.subTest(case=name):
+                self.put(self.FILE, before)
+                self.kit("claude", "--global")
+                found = self.complaints()
+                if found:
+                    self.kit("uninstall", "all", "--global")
+                    self.assertEqual(self.complaints(), found)
+
+
+class CodexTest(ToolTest):
+    FILE = ".codex/config.toml"
+
+    @needs("codex")
+    def test_codex_lists_our_server_and_forgets_it(self):
+        self.kit("codex", "--global")
+        found = self.tool("codex", "mcp", "get", "trevix", "--json")
+        self.assertEqual(0, found.returncode, found.stderr)
+        server = json.loads(found.stdout)
+        self.assertEqual(["python3", [os.path.join(self.home, ".brask/validate.py"), "mcp"]],
+                         [server["transport"]["command"], server["transport"]["args"]])
+        self.assertEqual((20.0, 300.0),
+                         (server["startup_timeout_sec"], server["tool_timeout_sec"]))
+        self.kit("uninstall", "all", "--global")
+        self.assertFalse(os.path.exists(os.path.join(self.home, self.FILE)))
+        gone = self.tool("codex", "mcp", "get", "trevix", "--json")
+        self.assertEqual(1, gone.returncode)
+        self.assertIn("No MCP server named", gone.stderr)
+
+    @needs("codex")
+    def test_codex_reads_every_corpus_file_that_it_read_before(self):
+        read = 0
+        for name, before in self.expected("codex"):
+            with self.subTest(case=name):
+                self.put(self.FILE, before)
+                if self.tool("codex", "mcp", "list").returncode != 0:
+                    continue  # not a file that Codex itself accepts
+                read += 1
+                self.kit("codex", "--global")
+                found = self.tool("codex", "mcp", "get", "trevix", "--json")
+                self.assertEqual(0, found.returncode, found.stderr)
+                self.same_after_unwiring(self.FILE, before)
+        self.assertGreater(read, 15)
+
+
+class OpenClawTest(ToolTest):
+    FILE = ".openclaw/openclaw.json"
+    BEFORE = b"// my claw\n{\n  gateway: { mode: 'local' }, // local only\n}\n"
+
+    @needs("node24", "openclaw")
+    def test_openclaw_validates_the_file_and_starts_our_server(self):
+        self.put(self.FILE, self.BEFORE)
+        self.kit("openclaw", "--global")
+        valid = self.tool("openclaw", "config", "validate", "--json")
+        self.assertEqual((0, True), (valid.returncode, json.loads(valid.stdout)["valid"]))
+        probe = self.tool("openclaw", "mcp", "probe", "trevix", "--json")
+        self.assertEqual(0, probe.returncode, probe.stdout + probe.stderr)
+        found = json.loads(probe.stdout)
+        self.assertIn("trevix__grade", found["tools"])
+        self.assertEqual([], found["diagnostics"])
+        self.same_after_unwiring(self.FILE, self.BEFORE)
+        valid = self.tool("openclaw", "config", "validate", "--json")
+        self.assertEqual((0, True), (valid.returncode, json.loads(valid.stdout)["valid"]))
+
+    @needs("node24", "openclaw")
+    def test_openclaw_validates_corpus_files_of_its_own_kind(self):
+        for name in ("comma_and_remark", "crlf_comments", "mcp_without_servers",
+                     "servers_empty_with_comment", "servers_there", "tabs_no_newline"):
+            with self.subTest(case=name):
+                self.put(self.FILE, (HERE / "corpus" / "openclaw" / (name + ".in")).read_bytes())
+                self.kit("openclaw", "--global")
+                valid = self.tool("openclaw", "config", "validate", "--json")
+                self.assertEqual(0, valid.returncode, valid.stdout)
+
+
+class InspectorTest(ToolTest):
+    """Cursor cannot be had here; the inspector reads a file of the same shape."""
+
+    @needs("node24", "inspector")
+    def test_a_client_of_every_era_lists_and_calls_our_tools(self):
+        self.kit("cursor", "--global")
+        config = os.path.join(self.home, ".cursor/mcp.json")
+        for era in ("legacy", "auto", "modern"):
+            common = ["--cli", "--format", "json", "-q", "--protocol-era", era,
+                      "--config", config, "--server", "trevix"]
+            with self.subTest(era=era):
+                listed = self.tool("inspector", *common, "--method", "tools/list")
+                self.assertEqual(0, listed.returncode, listed.stdout + listed.stderr)
+                names = [tool["name"] for tool in json.loads(listed.stdout)["result"]["tools"]]
+                self.assertIn("grade", names)
+                called = self.tool("inspector", *common, "--method", "tools/call",
+                                   "--tool-name", "rules", "--tool-args-json", "{}")
+                self.assertEqual(0, called.returncode, called.stdout + called.stderr)
+        self.kit("uninstall", "all", "--global")
+        self.assertFalse(os.path.exists(config))
+
+
+if __name__ == "__main__":
+    print("tools: %s; network: %s" % (TOOLS, "cut off" if OFFLINE else "NOT cut off, no unshare"))
+    outcome = unittest.main(verbosity=2, exit=False).result
+    for test, why in outcome.skipped:
+        print("SKIPPED %s: %s" % (test.id(), why))
+    if not outcome.wasSuccessful():
+        sys.exit(1)
+    sys.exit(77 if len(outcome.skipped) == outcome.testsRun else 0)
