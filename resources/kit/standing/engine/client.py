@@ -59,7 +59,8 @@ def grade(parts: Sequence[Any], modality: str, vertical: Optional[str] = None, i
         return failure(CANCELLED if call.cancelled() else UNREACHABLE)
     job_id = string(answer, "job_id")
     if job_id is None:
-        return failure(string(answer, "error") or "no job_id in response")
+        error = failure(string(answer, "error") or "no job_id in response")
+        return error._replace(status=call.refusal)
     call.tell("submitted")
     return _poll(call, job_id)
 
@@ -95,6 +96,7 @@ class _Call:
         self._send = send
         self._until = time.monotonic() + deadline if hard else None
         self._step = 0
+        self.refusal: Optional[int] = None  # the status of the last answer, when it was an error
         self.start = clock()
 
     def elapsed(self) -> float:
@@ -132,6 +134,7 @@ class _Call:
         if response is None:
             return None
         answer = _parse(response.body)
+        self.refusal = response.status if response.status >= 400 else None
         if response.status < 400:
             return answer
         if answer is None:

@@ -21,7 +21,9 @@ def read_docx(data: bytes, shown: str, kind):
         raise NotGradable("{} holds no document".format(shown))
     blocks: List[str] = []
     links = relations_with_targets(archive)
-    levels = _heading_styles(archive.xml("word/styles.xml"))
+    levels = _styles(archive.xml("word/styles.xml"))
+    if _uses_title(root, levels):  # then the title is the one heading of level 1
+        levels = {style: level + 1 if 0 < level < 6 else level for style, level in levels.items()}
     for body in children(root, "body"):
         blocks += _word_blocks(body, links, levels)
     blocks += _notes(archive, links, levels)
@@ -81,16 +83,24 @@ def attribute_of_relation(element) -> Optional[str]:
     return None
 
 
-def _heading_styles(styles) -> dict:
-    """Style id -> level, by the outline level or by the style's name."""
+def _styles(styles) -> dict:
+    """Style id -> level of a heading, 0 for the title, -1 for the entry of a list."""
     found = {}
     for style in children(styles, "style"):
-        name = next((attribute(n, "val") or "" for n in children(style, "name")), "")
-        match = re.match(r"heading ([1-9])$", name, re.I)
-        level = int(match.group(1)) if match else 1 if name.lower() == "title" else None
-        if level:
-            found[attribute(style, "styleId")] = min(level, 6)
+        name = next((attribute(n, "val") or "" for n in children(style, "name")), "").lower()
+        match = re.match(r"heading ([1-9])$", name)
+        if match:
+            found[attribute(style, "styleId")] = min(int(match.group(1)), 6)
+        elif name == "title":
+            found[attribute(style, "styleId")] = 0
+        elif re.match(r"list (bullet|number)", name):
+            found[attribute(style, "styleId")] = -1
     return found
+
+
+def _uses_title(root, levels: dict) -> bool:
+    return any(levels.get(attribute(style, "val")) == 0 for style in root.iter()
+               if local(style) == "pStyle")
 
 
 def _word_blocks(body, links: dict, levels: dict, depth: int = 0) -> Iterator[str]:
@@ -113,8 +123,8 @@ def _word_paragraph(paragraph, links: dict, levels: dict) -> str:
     for properties in children(paragraph, "pPr"):
         for style in children(properties, "pStyle"):
             level = levels.get(attribute(style, "val"))
-            if level:
-                return "#" * level + " " + text
+            if level is not None:
+                return "- " + text if level < 0 else "#" * max(level, 1) + " " + text
         if children(properties, "numPr"):
             return "- " + text
     return text

@@ -62,8 +62,9 @@ def display_width(text: str) -> int:
 
 def _block(outcome: Outcome, width: int, colour: bool, base: Optional[str]) -> str:
     hue = {CLEARS: "green", HELD: "red"}.get(outcome.state, "yellow")
-    lines = [_paint(clean(outcome.name), "bold", colour) + "  "
-             + _paint(_verdict_words(outcome), hue, colour)]
+    name, words = clean(outcome.name), _verdict_words(outcome)
+    apart = "  " if display_width(name) + len(words) + 2 <= width else "\n  "
+    lines = [_paint(name, "bold", colour) + apart + _paint(words, hue, colour)]
     if outcome.reason is not None:
         lines += _wrapped(clean(outcome.reason), width, "  ")
     for flaw in outcome.flaws:

@@ -50,7 +50,7 @@ _PLACEHOLDERS = ("your", "example", "changeme", "change-me", "change_me", "place
                  "token-here", "00000000")
 _SAYS_SECRET = re.compile(
     r"pass|pwd|secret|token|credential|key", re.I)
-_ASSIGNED = (r"([A-Za-z0-9_.-]{0,60}(?:password|passwd|passphrase|pwd|api[_.-]?key|api[_.-]?secret"
+_ASSIGNED = (r"((?:password|passwd|passphrase|pwd|api[_.-]?key|api[_.-]?secret"
              r"|access[_.-]?key|secret[_.-]?key|secret|token|private[_.-]?key|credentials?))"
              r"(?:[\"']?[ \t]*(?::=|=>|[:=](?![=:~]))>?[ \t]*)"
              r"(?:\"([^\"\n]{8,256})\"|'([^'\n]{8,256})'|`([^`\n]{8,256})`)")

@@ -22,6 +22,7 @@ class _Grid:
         self._rows: Dict[int, Dict[int, str]] = {}
         self._cells = 0
         self.cut = False
+        self.uncalculated = 0   # formulas that the file holds no result of
 
     def put(self, row: int, column: int, text: str) -> None:
         if not text:
@@ -76,9 +77,13 @@ def read_ods(data: bytes, shown: str, kind):
 
 def _parts(grids, shown: str, kind):
     texts = [(name, grid.text(), grid.cut) for name, grid in grids]
+    waiting = sum(grid.uncalculated for _, grid in grids)
     filled = [entry for entry in texts if entry[1]] or texts[:1]
     notes = ["{}: sheet “{}” is larger than what is graded".format(shown, name)
              for name, _, cut in filled if cut]
+    if waiting:
+        notes.append("{}: {} formulas have no calculated result and are graded as empty; open and "
+                     "save the file in a spreadsheet program".format(shown, waiting))
     stem = shown.rpartition(".")[0] or shown
     several = len(filled) > 1
     return [Part(kind.mime_type, "{}{}.tsv".format(stem, "-" + _plain(name) if several else ""),
@@ -95,6 +100,7 @@ def _xlsx_grid(root, strings: List[str], formats: List[str], since_1904: bool) -
             column = -1
             for cell in children(line, "c"):
                 column = _column(attribute(cell, "r"), column + 1)
+                grid.uncalculated += bool(children(cell, "f")) and not children(cell, "v")
                 grid.put(row, column, _xlsx_value(cell, strings, formats, since_1904))
     return grid
 

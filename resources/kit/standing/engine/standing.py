@@ -287,9 +287,10 @@ def _interpret(name: str, path: str, found: heads.Head, problems: List[str]) -> 
     unknown = [m for m in modalities if m != "*" and m not in MODALITIES]
     if unknown:
         problems.append("{}: there is no modality “{}”".format(path, "”, “".join(unknown)))
+    modalities = [m for m in modalities if m not in unknown]
     if not modalities:
         # A restriction of unclear reach reaches everything; so does the user's plain note.
-        modalities = [implied] if implied in MODALITIES else ["*"]
+        modalities = [implied] if implied in MODALITIES and not unknown else ["*"]
     return RuleFile(name, tuple(modalities), title, rules, found.body)
 
 

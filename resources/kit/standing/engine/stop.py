@@ -131,13 +131,13 @@ def _is_over(group, memory):
 
 def _trouble(groups):
     """Why the service is better left alone for a while; None when it is well."""
-    reasons = [g.outcome.reason or "" for g in groups if g.outcome.state == grading.NOT_GRADED
-               and not _is_unreadable(g.outcome) and not _was_kept(g.outcome)]
-    if any(reason.startswith("not authorized") for reason in reasons):
+    lost = [g.outcome for g in groups if g.outcome.state == grading.NOT_GRADED
+            and not _is_unreadable(g.outcome) and not _was_kept(g.outcome)]
+    if any(outcome.verdict.status in (401, 403) for outcome in lost):
         return "refused"
-    if any(reason.startswith("grade timed out") for reason in reasons):
+    if any(outcome.reason.startswith("grade timed out") for outcome in lost):
         return "slow"
-    return "unreachable" if reasons else None
+    return "unreachable" if lost else None
 
 
 def _was_kept(outcome):

@@ -28,7 +28,8 @@ class Flaw(NamedTuple):
 
 class Verdict(NamedTuple):
     """The result of one grading. `error` is present only on failure; `notice` may explain a
-    verdict without band where the protocol gives it no error (an iteration that was refused)."""
+    verdict without band where the protocol gives it no error (an iteration that was refused);
+    `status` is the HTTP status of a submission that was refused."""
 
     band: str = "unknown"
     score: Optional[float] = None
@@ -37,6 +38,7 @@ class Verdict(NamedTuple):
     warming: bool = False
     error: Optional[str] = None
     notice: Optional[str] = None
+    status: Optional[int] = None
 
     @property
     def clears(self) -> bool:
@@ -44,7 +46,7 @@ class Verdict(NamedTuple):
         return self.band == "ship"
 
     def to_json(self) -> Dict[str, Any]:
-        """As an object with all fields but the notice."""
+        """As an object with the fields of the application's own record."""
         return {"band": self.band, "clears": self.clears, "score": self.score,
                 "flaws": [flaw.to_json() for flaw in self.flaws], "run_id": self.run_id,
                 "warming": self.warming, "error": self.error}

@@ -1,0 +1,405 @@
+"""The hook's decisions: what is remembered, what is sent, what is said, and to whom."""
+
+import json
+import os
+import threading
+import time
+import unittest
+
+import surroundings
+from surroundings import FaultServer, answer, closed_port, silence
+from engine import hook, state as state_module, stop
+from engine.state import State
+
+CLOUD = "AKIA" + "Q7Z3M9X2K5W8R4T6"
+SUBMITTED = answer(202, {"job_id": "j1"})
+FLAW = {"severity": "high", "criterion": "c", "rule": "code.x", "detail": "Line 1: bad.",
+        "place": "line 1", "evidence": "bad"}
+
+
+def verdict(band, *flaws):
+    return answer(200, {"status": "completed", "run_id": "r1", "result_summary": {
+        "band": band, "score": 0.5, "flaws": list(flaws)}})
+
+
+class HookTest(surroundings.HomeTest):
+    """Calls the engine in this process, with the environment of a coding tool."""
+
+    def setUp(self):
+        super().setUp()
+        before = dict(os.environ)
+        self.addCleanup(lambda: (os.environ.clear(), os.environ.update(before)))
+        for name in list(os.environ):
+            if name.startswith("BRASK") or name.lower().endswith("_proxy"):
+                del os.environ[name]
+        os.environ.update(HOME=str(self.home), BRASK_API_KEY="the-key")
+
+    def point_to(self, base):
+        os.environ["BRASK_API_BASE"] = base
+
+    def event(self, name, **more):
+        payload = dict({"session_id": "s1", "cwd": str(self.work), "hook_event_name": name}, **more)
+        said = hook.answer(json.dumps(payload).encode(), str(self.data))
+        return json.loads(said.decode("ascii")) if said else None
+
+    def edit(self, name, content, tool="Write", **more):
+        path = self.write(name, content)
+        return self.event("PostToolUse", tool_name=tool, tool_input={"file_path": path}, **more)
+
+    def stop(self, active=False, **more):
+        return self.event("Stop", stop_hook_active=active, **more)
+
+    def changed(self, session="s1"):
+        return [os.path.relpath(p, str(self.work)) for p in State(str(self.data), session).changed()]
+
+
+class AfterATool(HookTest):
+    def test_a_changed_file_is_remembered_once_and_nothing_is_said(self):
+        for _ in range(3):
+            self.assertIsNone(self.edit("a.py", "x = 1\n"))
+        self.assertIsNone(self.edit("b.md", "# t\n", "Edit"))
+        self.assertEqual(self.changed(), ["a.py", "b.md"])
+
+    def test_a_notebook_is_named_by_its_own_key_and_a_path_may_be_relative(self):
+        self.event("PostToolUse", tool_name="NotebookEdit", tool_input={"notebook_path": "n.ipynb"})
+        self.event("PostToolUse", tool_name="Write", tool_response={"filePath": "c.py"})
+        self.assertEqual(self.changed(), ["n.ipynb", "c.py"])
+
+    def test_other_tools_and_odd_inputs_change_nothing(self):
+        for more in ({"tool_name": "Bash", "tool_input": {"file_path": "a"}}, {"tool_name": "Write"},
+                     {"tool_name": "Write", "tool_input": []},
+                     {"tool_name": "Write", "tool_input": {"file_path": 5}},
+                     {"tool_name": "Write", "tool_input": {"file_path": "a\0b"}},
+                     {"tool_name": ["Write"], "tool_input": {"file_path": "a"}}, {}):
+            self.assertIsNone(self.event("PostToolUse", **more))
+        self.assertEqual(self.changed(), [])
+
+    def test_a_secret_is_told_at_once_once_and_without_itself(self):
+        said = self.edit("a.py", "x = 1\nkey = '" + CLOUD + "'\n")
+        context = said["hookSpecificOutput"]
+        self.assertEqual(context["hookEventName"], "PostToolUse")
+        self.assertIn("a.py, line 2: this looks like a cloud access key (“AKIA…”)",
+                      context["additionalContext"])
+        self.assertNotIn(CLOUD, json.dumps(said))
+        self.assertIsNone(self.edit("a.py", "# moved\nx = 1\nkey = '" + CLOUD + "'\n"))
+
+    def test_nothing_is_said_of_secrets_where_they_belong(self):
+        self.assertIsNone(self.edit(".env", "AWS_KEY=" + CLOUD + "\n"))
+
+    def test_an_edit_never_touches_the_network(self):
+        with FaultServer(silence) as server:
+            self.point_to(server.base)
+            self.edit("a.py", "x = 1\n")
+            self.assertEqual(server.requests, [])
+
+
+class AtTheEnd(HookTest):
+    def test_a_verdict_that_does_not_clear_goes_back_with_its_flaws(self):
+        with FaultServer(SUBMITTED, verdict("route_to_fix", FLAW)) as server:
+            self.point_to(server.base)
+            self.edit("src/a.py", "bad\n")
+            said = self.stop()
+        self.assertEqual(said["decision"], "block")
+        self.assertIn("src/a.py: fix first (route_to_fix, score 0.50, 1 flaw)", said["reason"])
+        self.assertIn("- HIGH code.x: Line 1: bad.", said["reason"])
+        self.assertIn(server.base + "/console?run=r1", said["reason"])
+        sent = server.requests[0].json()
+        self.assertEqual(sent["artifact_parts"], [
+            {"mime_type": "text/x-code", "logical_name": "src/a.py", "text": "bad\n"}])
+        self.assertNotIn(str(self.home), json.dumps(sent))
+
+    def test_work_that_clears_is_silence(self):
+        with FaultServer(SUBMITTED, verdict("ship")) as server:
+            self.point_to(server.base)
+            self.edit("a.py", "good\n")
+            self.assertIsNone(self.stop())
+        self.assertEqual(self.changed(), [])
+
+    def test_the_same_unchanged_files_are_not_blocked_on_twice(self):
+        with FaultServer(SUBMITTED, verdict("block", FLAW), SUBMITTED,
+                         verdict("block", FLAW)) as server:
+            self.point_to(server.base)
+            self.edit("a.py", "bad\n")
+            self.assertEqual(self.stop()["decision"], "block")
+            self.assertIsNone(self.stop())
+            self.edit("a.py", "bad\n")
+            self.assertIsNone(self.stop())
+            self.assertEqual(len(server.requests), 2)
+            self.edit("a.py", "still bad\n")
+            self.assertEqual(self.stop()["decision"], "block")
+
+    def test_content_that_comes_back_is_graded_and_not_blocked_on_again(self):
+        steps = [SUBMITTED, verdict("block", FLAW)] * 3
+        with FaultServer(*steps) as server:
+            self.point_to(server.base)
+            for content, blocks in (("bad\n", True), ("other\n", True), ("bad\n", False)):
+                self.edit("a.py", content)
+                self.assertEqual("decision" in self.stop(), blocks, content)
+
+    def test_while_a_stop_hook_keeps_the_turn_alive_only_the_user_is_told(self):
+        with FaultServer(SUBMITTED, verdict("block", FLAW), SUBMITTED, verdict("ship")) as server:
+            self.point_to(server.base)
+            self.edit("a.py", "bad\n")
+            self.assertEqual(list(self.stop(active=True)), ["systemMessage"])
+            self.edit("a.py", "good\n")
+            self.assertIn("a.py: clears", self.stop(active=True)["systemMessage"])
+
+    def test_files_of_one_kind_are_one_submission_and_kinds_go_apart(self):
+        bodies = []
+
+        def serve(connection, seen):
+            if seen.method == "POST":
+                bodies.append(seen.json())
+                return SUBMITTED(connection, seen)
+            return verdict("ship")(connection, seen)
+        with FaultServer(serve) as server:
+            self.point_to(server.base)
+            for name in ("a.py", "b.py", "c.md"):
+                self.edit(name, "x\n")
+            self.stop()
+        self.assertEqual(sorted((b["modality"], len(b["artifact_parts"])) for b in bodies),
+                         [("code", 2), ("document", 1)])
+
+    def test_a_secret_is_taken_out_and_holds_the_work(self):
+        with FaultServer(SUBMITTED, verdict("ship")) as server:
+            self.point_to(server.base)
+            self.edit("a.py", "key = '" + CLOUD + "'\n")
+            said = self.stop()
+        self.assertIn("standing.secret", said["reason"])
+        self.assertIn(b"REDACTED", server.requests[0].body)
+        self.assertNotIn(CLOUD.encode(), server.requests[0].body + json.dumps(said).encode())
+
+    def test_what_must_not_leave_is_not_sent(self):
+        with FaultServer(SUBMITTED, verdict("ship")) as server:
+            self.point_to(server.base)
+            self.edit(".env", "A=b\n")
+            self.edit("empty.py", "")
+            self.edit("thing.bin", b"\0\1")
+            self.event("PostToolUse", tool_name="Write", tool_input={"file_path": "gone.py"})
+            self.assertIsNone(self.stop())
+            self.assertEqual(server.requests, [])
+        self.assertEqual(self.changed(), [])
+
+    def test_what_the_service_cannot_read_holds_nobody_up(self):
+        flaw = dict(FLAW, rule="artifact.unreadable")
+        with FaultServer(SUBMITTED, verdict("route_to_fix", flaw)) as server:
+            self.point_to(server.base)
+            self.edit("a.pdf", b"%PDF-1.7\n")
+            self.assertIsNone(self.stop())
+            self.assertIsNone(self.stop())
+            self.assertEqual(len(server.requests), 2)
+
+    def test_a_flood_of_flaws_is_bounded(self):
+        flaws = [dict(FLAW, detail="x" * 2000) for _ in range(3000)]
+        with FaultServer(SUBMITTED, verdict("block", *flaws)) as server:
+            self.point_to(server.base)
+            self.edit("a.py", "bad\n")
+            self.assertLess(len(self.stop()["reason"]), 10000)
+
+    def test_more_files_than_are_graded_at_once_are_told(self):
+        with FaultServer(SUBMITTED, verdict("block", FLAW)) as server:
+            self.point_to(server.base)
+            for number in range(stop.MOST_FILES + 2):
+                self.edit("f%d.py" % number, "x\n")
+            self.assertIn("2 more changed files", self.stop()["reason"])
+        self.assertEqual(len(server.requests[0].json()["artifact_parts"]), stop.MOST_FILES)
+
+    def test_without_a_key_or_switched_off_nothing_is_sent(self):
+        with FaultServer(SUBMITTED, verdict("block")) as server:
+            self.point_to(server.base)
+            self.edit("a.py", "x\n")
+            os.environ["BRASK_HOOK"] = "off"
+            self.assertIsNone(self.stop())
+            del os.environ["BRASK_HOOK"]
+            os.environ["BRASK_API_KEY"] = ""
+            self.assertIsNone(self.stop())
+            self.assertEqual(server.requests, [])
+
+
+class WhenTheServiceIsNotWell(HookTest):
+    def test_a_service_that_is_down_is_silence_and_remembered(self):
+        self.point_to("http://127.0.0.1:{}".format(closed_port()))
+        self.edit("a.py", "x\n")
+        self.assertIsNone(self.stop())
+        self.assertTrue(State(str(self.data), "s1").is_down())
+        self.assertEqual(self.changed(), ["a.py"])
+
+    def test_while_it_is_known_to_be_down_nothing_is_tried(self):
+        with FaultServer(SUBMITTED, verdict("block", FLAW)) as server:
+            self.point_to(server.base)
+            self.edit("a.py", "x\n")
+            state = State(str(self.data), "s1")
+            state.note_down(30)
+            self.assertIsNone(self.stop())
+            self.assertEqual(server.requests, [])
+            state.note_up()
+            self.assertEqual(self.stop()["decision"], "block")
+
+    def test_a_key_that_is_not_known_is_told_to_the_user_only_and_not_again(self):
+        for body, words in ((b"", "not authorized"), ({"error": "who are you"}, "who are you")):
+            with FaultServer(answer(401, body)) as server:
+                self.point_to(server.base)
+                self.edit("a.py", "x\n")
+                said = self.stop()
+                self.assertEqual(list(said), ["systemMessage"])
+                self.assertIn(words, said["systemMessage"])
+                self.assertNotIn("the-key", json.dumps(said))
+                self.assertIsNone(self.stop())
+                self.assertEqual(len(server.requests), 1)
+                State(str(self.data), "s1").note_up()
+
+    def test_a_service_that_errs_blocks_nobody(self):
+        for step in (answer(500, b"<html>"), answer(429, {"error": "full"}), answer(200, []),
+                     answer(403, b"")):
+            with self.subTest(), FaultServer(step) as server:
+                self.point_to(server.base)
+                self.edit("a.py", "x\n")
+                self.assertNotIn("decision", self.stop() or {})
+                State(str(self.data), "s1").note_up()
+
+    def test_a_verdict_without_a_band_blocks_nobody(self):
+        with FaultServer(SUBMITTED, verdict("re_prompt", FLAW)) as server:
+            self.point_to(server.base)
+            self.edit("a.py", "x\n")
+            self.assertIsNone(self.stop())
+
+    def test_a_service_that_is_slow_is_left_within_the_deadline(self):
+        for steps in ((silence,), (SUBMITTED, silence),
+                      (SUBMITTED, answer(200, {"status": "running"}))):
+            with self.subTest(), FaultServer(*steps) as server:
+                self.point_to(server.base)
+                self.edit("a.py", "x\n")
+                payload = {"session_id": "s1", "cwd": str(self.work)}
+                state = State(str(self.data), "s1")
+                from engine import settings
+                made = settings.load()._replace(hook_seconds=0.05)
+                said = stop.grade_changes(state.changed(), payload["cwd"], made, state, False)
+                self.assertNotIn("decision", said or {})
+                self.assertTrue(state.is_down())
+                state.note_up()
+
+    def test_content_that_the_service_never_takes_is_given_up_after_three_times(self):
+        with FaultServer(answer(400, {"error": "no"})) as server:
+            self.point_to(server.base)
+            self.edit("a.py", "x\n")
+            for _ in range(6):
+                self.stop()
+                State(str(self.data), "s1").note_up()
+            self.assertEqual(len(server.requests), stop.MOST_TRIES)
+
+
+class BadEvents(HookTest):
+    def test_anything_else_is_silence(self):
+        cursor = {"hook_event_name": "stop", "cursor_version": "1.7", "workspace_roots": ["/x"],
+                  "conversation_id": "c", "status": "completed", "loop_count": 0}
+        for data in (b"", b"null", b"[]", b"5", b"not json", b"\xff\xfe", b"{", b"{}",
+                     b"\xef\xbb\xbf" + json.dumps(cursor).encode(), b"[" * 100000,
+                     b'{"hook_event_name":"PreToolUse"}', b'{"hook_event_name":["Stop"]}',
+                     b'{"hook_event_name":"Stop","session_id":{}}', b'{"hook_event_name":"Stop"}',
+                     b'{"hook_event_name":"PostToolUse","tool_name":null,"tool_input":null}',
+                     json.dumps(dict(cursor, hook_event_name="Stop")).encode()):
+            self.assertEqual(hook.answer(data, str(self.data)), b"", data[:40])
+
+    def test_a_byte_order_mark_is_no_obstacle(self):
+        path = self.write("a.py", "x\n")
+        payload = {"session_id": "s1", "cwd": str(self.work), "hook_event_name": "PostToolUse",
+                   "tool_name": "Write", "tool_input": {"file_path": path}}
+        hook.answer(b"\xef\xbb\xbf" + json.dumps(payload).encode(), str(self.data))
+        self.assertEqual(self.changed(), ["a.py"])
+
+
+class Remembering(surroundings.HomeTest):
+    def setUp(self):
+        super().setUp()
+        self.now = time.time()
+
+    def state(self, session="s1"):
+        return State(str(self.data), session, lambda: self.now)
+
+    def test_files_and_folders_are_the_owners_alone(self):
+        state = self.state()
+        state.record("/a")
+        state.save(state.load())
+        state.note_down(5)
+        state.clean()
+        modes = self.modes(self.data)
+        self.assertEqual(self.data.stat().st_mode & 0o777, 0o700)
+        self.assertEqual({m for p, m in modes.items() if (self.data / p).is_dir()}, {0o700})
+        self.assertEqual({m for p, m in modes.items() if not (self.data / p).is_dir()}, {0o600})
+
+    def test_a_session_of_any_name_has_its_own_file(self):
+        names = {state_module.file_name(s) for s in ("a", "../../etc/passwd", "A b", "ü", "x" * 500,
+                                                      "", None, 5, "a/b", ".", "..")}
+        self.assertEqual(len(names), 9)  # "", None and 5 are all no session
+        for name in names:
+            self.assertRegex(name, r"^[A-Za-z0-9_-]{1,80}$")
+
+    def test_settling_keeps_what_came_meanwhile(self):
+        state = self.state()
+        state.record("/a")
+        self.assertEqual(state.changed(), ["/a"])
+        self.state().record("/b")
+        state.settle()
+        self.assertEqual(self.state().changed(), ["/b"])
+
+    def test_many_hooks_at_once_lose_nothing(self):
+        threads = [threading.Thread(target=lambda n=n: self.state().record("/f%d" % n))
+                   for n in range(40)]
+        for thread in threads:
+            thread.start()
+        for thread in threads:
+            thread.join()
+        self.assertEqual(len(self.state().changed()), 40)
+
+    def test_the_list_of_changes_is_bounded(self):
+        state = self.state()
+        for number in range(700):
+            state.record("/" + "x" * 120 + str(number))
+        size = (self.data / "state" / "changed" / "s1").stat().st_size
+        self.assertLessEqual(size, state_module.LONGEST_CHANGED)
+
+    def test_damaged_memory_is_no_memory(self):
+        state = self.state()
+        state.save(state.load())
+        for content in (b"", b"[]", b"{", b"\xff", b'{"graded":5,"reported":{},"told":[5,"x"]}'):
+            (self.data / "state" / "sessions" / "s1.json").write_bytes(content)
+            found = state.load()
+            self.assertEqual((found["graded"], found["reported"]), ({}, []))
+        (self.data / "state" / "changed").mkdir()
+        (self.data / "state" / "changed" / "s1").write_bytes(b'\xff\n"/a"\n5\n[]\n"/a"\n')
+        self.assertEqual(state.changed(), ["/a"])
+
+    def test_a_folder_that_cannot_be_written_is_no_error(self):
+        self.data.write_text("a file where the folder should be")
+        state = self.state()
+        state.record("/a")
+        state.save(state.load())
+        state.note_down(5)
+        state.note_up()
+        state.settle()
+        state.clean()
+        self.assertFalse(state.is_down())
+
+    def test_old_sessions_go_and_too_many_do(self):
+        for number in range(state_module.MOST_SESSIONS + 5):
+            self.state("s%d" % number).record("/a")
+        folder = self.data / "state" / "changed"
+        os.utime(str(folder / "s0"), (1, 1))
+        self.state().clean()
+        left = {p.name for p in folder.iterdir()}
+        self.assertEqual(len(left), state_module.MOST_SESSIONS)
+        self.assertNotIn("s0", left)
+        self.state("more").record("/a")
+        self.state().clean()  # the same day: not again
+        self.assertIn("more", {p.name for p in folder.iterdir()})
+
+    def test_down_ends_by_itself(self):
+        state = self.state()
+        state.note_down(30)
+        self.assertTrue(state.is_down())
+        self.now += 31
+        self.assertFalse(state.is_down())
+
+
+if __name__ == "__main__":
+    unittest.main()

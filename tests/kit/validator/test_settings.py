@@ -1,0 +1,135 @@
+"""Key, base and settings: where they come from and who wins."""
+
+import os
+import pathlib
+import re
+import unittest
+
+import surroundings
+from engine import head, settings
+
+
+class SettingsTest(surroundings.HomeTest):
+    def load(self, **variables):
+        return settings.load(dict({"HOME": str(self.home)}, **variables))
+
+    def put(self, name, content):
+        self.data.mkdir(exist_ok=True)
+        path = self.data / name
+        path.write_bytes(content if isinstance(content, bytes) else content.encode())
+        return path
+
+    # -- the key
+
+    def test_the_key_variable_is_taken_as_it_stands(self):
+        self.put("key", "from file")
+        for value in ("k", " ", " k\n"):
+            self.assertEqual(self.load(BRASK_API_KEY=value).key, value)
+
+    def test_an_empty_variable_gives_way_to_the_key_file(self):
+        self.put("key", "from file")
+        self.assertEqual(self.load(BRASK_API_KEY="").key, "from file")
+
+    def test_the_key_file_is_trimmed_at_both_ends(self):
+        self.put("key", "\n \t\u00a0\u2029k e\ny\r\n\u0085 ")
+        self.assertEqual(self.load().key, "k e\ny")
+
+    def test_a_key_file_of_blanks_gives_no_key(self):
+        for content in ("\n", "", " \t\r\n"):
+            self.put("key", content)
+            self.assertIsNone(self.load().key)
+
+    def test_there_is_no_key_without_variable_and_file(self):
+        self.assertIsNone(self.load().key)
+
+    def test_a_key_file_that_is_not_utf8_gives_no_key(self):
+        self.put("key", b"k\xff")
+        self.assertIsNone(self.load().key)
+
+    def test_a_key_file_that_is_a_folder_or_a_pipe_gives_no_key(self):
+        (self.data / "key").mkdir(parents=True)
+        self.assertIsNone(self.load().key)
+        (self.data / "key").rmdir()
+        os.mkfifo(str(self.data / "key"))
+        self.assertIsNone(self.load().key)
+
+    # -- the base
+
+    def test_the_base_is_the_built_in_one_without_the_variable(self):
+        self.assertEqual(self.load().base, settings.DEFAULT_BASE)
+
+    def test_the_built_in_base_is_the_builds_own(self):
+        text = (pathlib.Path(surroundings.KIT).parents[1] / "CMakeLists.txt").read_text()
+        found = re.search(r'KELVANE_SERVICE_BASE "([^"]+)"', text)
+        self.assertEqual(found.group(1), settings.DEFAULT_BASE)
+
+    def test_the_base_is_the_variable_without_blanks_and_trailing_slashes(self):
+        for value, base in (("https://x.test", "https://x.test"), (" https://x.test//", "https://x.test"),
+                            ("\t https://x.test/ \t", "https://x.test"),
+                            ("https://x.test/sub//a///", "https://x.test/sub//a"),
+                            ("https://x.test/\n", "https://x.test/\n"),
+                            ("https://x.test/ /", "https://x.test/ "),
+                            ("\u00a0https://x.test", "\u00a0https://x.test"),
+                            ("///", ""), ("", ""), (" \t ", "")):
+            self.assertEqual(self.load(BRASK_API_BASE=value).base, base, repr(value))
+
+    # -- the file
+
+    def test_the_file_says_what_a_stripped_environment_cannot(self):
+        self.put("settings", "# where it is\nbase: http://127.0.0.1:8797/\n\npolicy_id: p\n"
+                             "ca_file: /ca.pem\nhttps_proxy: http://proxy:3128\nno_proxy: a.test\n"
+                             "hook: off\nhook_seconds: 30\n")
+        found = self.load()
+        self.assertEqual(found.base, "http://127.0.0.1:8797")
+        self.assertEqual((found.policy_id, found.ca_file), ("p", "/ca.pem"))
+        self.assertEqual(found.proxies, {"https": "http://proxy:3128"})
+        self.assertEqual((found.no_proxy, found.hook, found.hook_seconds), ("a.test", False, 30.0))
+        self.assertEqual(found.problems, ())
+
+    def test_a_variable_wins_over_the_file_and_an_empty_base_too(self):
+        self.put("settings", "base: https://file.test\npolicy_id: p\n")
+        self.assertEqual(self.load(BRASK_API_BASE="https://v.test").base, "https://v.test")
+        self.assertEqual(self.load(BRASK_API_BASE="").base, "")
+        self.assertEqual(self.load(BRASK_POLICY_ID="").policy_id, "p")
+
+    def test_what_cannot_be_used_is_reported_with_its_line(self):
+        self.put("settings", b"\xef\xbb\xbfbase: https://x.test\nnonsense\nbaes: y\nhook_seconds: 5000\n")
+        found = self.load()
+        self.assertEqual(found.base, "https://x.test")
+        self.assertEqual(found.hook_seconds, 90.0)
+        text = "\n".join(found.problems)
+        self.assertIn("settings:2: ", text)
+        self.assertIn("settings:3: there is no setting “baes”", text)
+        self.assertIn("hook_seconds", text)
+
+    def test_bytes_that_are_no_text_harm_nothing(self):
+        self.put("settings", b"\xff\xfe\0\0: : :\n" * 100000)
+        self.assertEqual(self.load().base, settings.DEFAULT_BASE)
+
+    def test_the_data_folder_is_the_named_one_or_below_the_home(self):
+        self.assertEqual(settings.data_folder({"HOME": "/h"}), os.path.join("/h", ".brask"))
+        self.assertEqual(settings.data_folder({"HOME": "/h", "BRASK_HOME": "/b"}), "/b")
+
+
+class HeadTest(unittest.TestCase):
+    def test_a_head_is_split_from_its_body(self):
+        found, problems = head.split("---\na: 1\n# note\nb:\n---\n\n# Title\n", "f")
+        self.assertEqual([tuple(line) for line in found.lines], [(2, "a", "1"), (4, "b", "")])
+        self.assertEqual((found.body, found.found, problems), ("# Title\n", True, []))
+
+    def test_a_text_without_a_head_is_all_body(self):
+        self.assertEqual(head.split("# T\n", "f")[0], head.Head([], "# T\n", False))
+
+    def test_a_head_that_is_not_closed_is_reported(self):
+        found, problems = head.split("---\na: 1\n", "f")
+        self.assertFalse(found.found)
+        self.assertEqual(len(problems), 1)
+
+    def test_lines_that_are_none_are_named(self):
+        for text in ("A: 1", "a 1", "a:1", "-a: 1", "a" * 50 + ": 1", "a: " + "x" * 5000):
+            self.assertEqual(len(head.parse_lines([text], "f", 7)[1]), 1, text[:20])
+            self.assertIn("f:7:", head.parse_lines([text], "f", 7)[1][0])
+
+
+if __name__ == "__main__":
+    unittest.main()
