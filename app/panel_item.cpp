@@ -80,6 +80,12 @@ std::unique_ptr<QQuickView> makePanelView(PanelBridge& bridge) {
     return view;
 }
 
+void layOutPanel(QQuickItem& panel) {
+    // A row or column of others waits for those: from the inside out.
+    for (auto* child : panel.childItems()) layOutPanel(*child);
+    panel.ensurePolished();
+}
+
 void resetPanel(QQuickItem& panel) {
     QMetaObject::invokeMethod(&panel, "reset");
 }

@@ -36,6 +36,10 @@ void useSoftwareRendering();
 /// it. Its colour is transparent: the panel paints its own background. Null as above.
 [[nodiscard]] std::unique_ptr<QQuickView> makePanelView(PanelBridge& bridge);
 
+/// Lays the panel out at once, so that its implicitHeight is right before it is shown. A hidden
+/// window lays out nothing by itself.
+void layOutPanel(QQuickItem& panel);
+
 /// Ends what must not outlast the moment in which the panel is hidden: an open menu, a tool tip, a
 /// focus ring. `panel` is what either function above made, or its rootObject.
 void resetPanel(QQuickItem& panel);
