@@ -18,6 +18,7 @@
 #include "platform/ports/keyboard.h"
 #include "platform/ports/login_item.h"
 #include "platform/ports/pasteboard.h"
+#include "platform/ports/pointer_presses.h"
 #include "platform/ports/process_runner.h"
 #include "platform/ports/quit_signal.h"
 #include "platform/ports/window_list.h"
@@ -43,6 +44,9 @@ struct Host {
 
 /// `host` must outlive it.
 [[nodiscard]] std::unique_ptr<Workspace> makeWorkspace(const Host& host);
+
+/// For the session that the environment names now. Never null; `host` need not outlive it.
+[[nodiscard]] std::unique_ptr<PointerPresses> makePointerPresses(const Host& host);
 
 struct Machine : Host {
     std::unique_ptr<Workspace> workspace;

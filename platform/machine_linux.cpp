@@ -1,9 +1,17 @@
 #include "platform/linux/linux_platform.h"
+#include "platform/linux/linux_session.h"
+#include "platform/linux/x11_pointer_presses.h"
 #include "platform/machine.h"
 
 #include <utility>
 
 namespace kelvane {
+
+std::unique_ptr<PointerPresses> makePointerPresses(const Host& host) {
+    const auto session = linuxSession(*host.environment);
+    // Under Wayland only presses on the windows of X11 programs would be heard: half an answer.
+    return makeX11PointerPresses(session.kind == LinuxSession::Kind::X11 ? session.display : "");
+}
 
 Machine makeMachine() {
     Machine machine{makeHost(), nullptr, nullptr, nullptr, nullptr, nullptr, nullptr};

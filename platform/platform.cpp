@@ -1,13 +1,18 @@
 #include "platform/platform.h"
 
+#include "platform/qt/qt_dialogs.h"
 #include "platform/qt/qt_dispatcher.h"
 #include "platform/qt/qt_http_session.h"
+#include "platform/qt/qt_url_opener.h"
 
 namespace kelvane {
 
 Platform makePlatform() {
-    Platform platform{makeMachine(), nullptr, nullptr};
+    Platform platform{makeMachine(), nullptr, nullptr, nullptr, nullptr, nullptr};
     platform.http = makeQtHttpSession(*platform.quit);
+    platform.dialogs = makeQtDialogs();
+    platform.urls = makeQtUrlOpener();
+    platform.presses = makePointerPresses(platform);
     platform.dispatcher = makeQtDispatcher();
     return platform;
 }

@@ -1,0 +1,59 @@
+#include "platform/qt/qt_dialogs.h"
+
+#include <QAbstractButton>
+#include <QGuiApplication>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QString>
+
+#include <algorithm>
+
+namespace kelvane {
+
+namespace {
+
+QString label(const std::string& text) {
+    return QString::fromStdString(text).replace(QLatin1Char('&'), QLatin1String("&&"));
+}
+
+class QtDialogs : public Dialogs {
+public:
+    std::optional<std::size_t> show(const Alert& alert) override {
+        if (QGuiApplication::screens().isEmpty()) return std::nullopt;
+        QMessageBox box;
+        box.setWindowTitle(QGuiApplication::applicationDisplayName());
+        box.setWindowFlag(Qt::WindowStaysOnTopHint);
+        box.setIcon(alert.style == Alert::Style::Warning ? QMessageBox::Warning
+                                                         : QMessageBox::Information);
+        box.setTextFormat(Qt::PlainText); // Nothing in a text is markup.
+        box.setText(QString::fromStdString(alert.message));
+        box.setInformativeText(QString::fromStdString(alert.informative));
+
+        // Closing the window presses its escape button without a click: only clicks are answers.
+        std::optional<std::size_t> pressed;
+        const auto count = std::max<std::size_t>(alert.buttons.size(), 1);
+        for (std::size_t i = 0; i < count; ++i) {
+            QPushButton* const button =
+                alert.buttons.empty()
+                    ? box.addButton(QMessageBox::Ok)
+                    : box.addButton(label(alert.buttons[i]),
+                                    i == 0 ? QMessageBox::AcceptRole : QMessageBox::RejectRole);
+            QObject::connect(button, &QAbstractButton::clicked, [&pressed, i] { pressed = i; });
+            if (i == 0) box.setDefaultButton(button);
+            box.setEscapeButton(button); // The last one stays.
+        }
+        box.show();
+        box.raise();
+        box.activateWindow();
+        box.exec();
+        return pressed;
+    }
+};
+
+} // namespace
+
+std::unique_ptr<Dialogs> makeQtDialogs() {
+    return std::make_unique<QtDialogs>();
+}
+
+} // namespace kelvane
