@@ -169,7 +169,7 @@ class LeftAloneTest(HomeTest):
         self.assertEqual(0, self.unwire().code)
         self.assertEqual(BEFORE, self.get(SETTINGS))
 
-    @unittest.skipIf(ROOT_USER, "root reads everything; see the tests that drop to another user")
+    @unittest.skipIf(ROOT_USER, "root reads everything; another test becomes somebody else")
     def test_an_unreadable_file(self):
         path = self.put(SETTINGS, BEFORE, 0o200)
         self.addCleanup(os.chmod, path, 0o600)
