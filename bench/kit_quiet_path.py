@@ -3,10 +3,11 @@
 
     bench/kit_quiet_path.py [--python PATH] [--pairs N] [--check]
 
-A coding tool runs the hook on every edit and at the end of every turn. Each case is measured against
-a bare `python3 -c pass`, pair by pair, so that what else the machine does weighs on both sides; the
-figure is the median of the ratios. With --check the exit code is 1 when a quiet path costs more than
-twice the bare start. The kit is a copy in a temporary data folder, with compiled files as in use.
+A coding tool runs the hook on every edit and at the end of every turn. Each case is measured
+against a bare `python3 -c pass`, pair by pair, so that what else the machine does weighs on both
+sides; the figure is the median of the ratios. With --check the exit code is 1 when a quiet path
+costs more than twice the bare start. The kit is a copy in a temporary data folder, with compiled
+files as in use.
 """
 
 import argparse

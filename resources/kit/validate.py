@@ -1,13 +1,13 @@
 #!/usr/bin/env python3
 """The validator's front door.
 
-    validate.py --harness claude     a coding tool's hook: event on standard input, JSON or nothing out
+    validate.py --harness claude     a coding tool's hook: an event in, JSON or nothing out
     validate.py mcp                  the validator as an MCP server on standard input and output
     validate.py grade FILE...        grade files; also: rules, --help, --version
 
-What it does stands in `standing/engine`; this file only decides whether there is anything to do. It
-runs on every edit of a coding tool and is compiled anew each time, so it is short, and most runs end
-here: without a key, with nothing to grade, or while the service is known to be down.
+What it does stands in `standing/engine`; this file only decides whether there is anything to do.
+It runs on every edit of a coding tool and is compiled anew each time, so it is short, and most runs
+end here: without a key, with nothing to grade, or while the service is known to be down.
 
 As a hook it always exits with 0 and writes JSON or nothing. Exit code 2 would tell the coding tool
 to block, and it is what Python itself exits with when something is wrong.

@@ -7,7 +7,7 @@ import json
 import threading
 import unittest
 
-import surroundings  # noqa: F401  (finds the engine)
+import surroundings  # finds the engine  # noqa: F401
 from engine import client, settings, transport
 from engine.parts import Part
 from engine.verdict import Flaw, failure, parse_band, parse_flaws, verdict_from
@@ -155,7 +155,8 @@ class ClientTest(unittest.TestCase):
 
     def test_an_iterate_sends_its_body_to_its_run(self):
         self.iterate({"iteration": {"critic_verdict": {"band": "ship", "score": 1}}})
-        self.assertEqual(self.exchanges(), ["POST https://service.test/api/v1/eval/runs/r7/iterate"])
+        self.assertEqual(self.exchanges(),
+                         ["POST https://service.test/api/v1/eval/runs/r7/iterate"])
         self.assertEqual(self.body(), {
             "decision": "re_prompt", "user_prompt": "Validate this.",
             "new_artifact_parts": [{"mime_type": "text/plain", "logical_name": "sel",
@@ -327,7 +328,8 @@ class VerdictTest(unittest.TestCase):
             self.assertEqual(parse_flaws(value), [])
 
     def test_a_flaw_takes_the_first_names_that_are_strings(self):
-        self.assertEqual(parse_flaws([{"severity": "critical", "name": "n", "evidence": "e"}])[0][:3],
+        self.assertEqual(parse_flaws([{"severity": "critical", "name": "n",
+                                       "evidence": "e"}])[0][:3],
                          ("CRITICAL", "n", "e"))
         both = {"criterion": "c", "name": "n", "detail": "d", "evidence": "e", "description": "x"}
         self.assertEqual(parse_flaws([both])[0][:3], ("", "c", "d"))

@@ -51,7 +51,8 @@ class Harness(surroundings.HomeTest):
 
     def test_wrong_arguments_are_silence(self):
         for arguments in (("--harness",), ("--harness", "cursor"), ("--harness", "claude", "x"),
-                          ("grade", "--harness"), ("--harness", "claude\n"), ("x", "--harness", "claude")):
+                          ("grade", "--harness"), ("--harness", "claude\n"),
+                          ("x", "--harness", "claude")):
             self.assert_silent(self.hook(self.event(**STOP), *arguments))
 
     def test_without_a_home_or_with_a_strange_one_it_is_silence(self):
@@ -92,7 +93,8 @@ class Harness(surroundings.HomeTest):
         script = self.install_kit()
         (self.data / "state" / "changed").mkdir(parents=True)
         (self.data / "state" / "changed" / "s1").write_text('"/x"\n')
-        for damage in ("raise SystemExit(2)", "raise KeyboardInterrupt", "raise MemoryError", "def (",
+        for damage in ("raise SystemExit(2)", "raise KeyboardInterrupt", "raise MemoryError",
+                       "def (",
                        "import nothing_of_that_name", "print('x')\n1/0", None):
             if damage is None:
                 shutil.rmtree(str(self.data / "standing"))
@@ -103,6 +105,15 @@ class Harness(surroundings.HomeTest):
             self.assertEqual((code, errors), (0, b""), damage)
             if damage != "print('x')\n1/0":
                 self.assertEqual(said, b"")
+
+    def test_a_thread_that_is_left_behind_keeps_nobody_waiting(self):
+        script = self.install_kit()
+        (self.data / "standing" / "engine" / "hook.py").write_text(
+            "import threading\nthreading.Thread(target=threading.Event().wait).start()\n"
+            "def answer(event, folder): return b'{}'\n")
+        outcome = self.run_kit("--harness", "claude", script=script, BRASK_API_KEY="k",
+                               data=self.event(hook_event_name="PostToolUse"))
+        self.assertEqual(outcome, (0, b"{}", b""))
 
     def test_the_script_alone_says_what_is_missing(self):
         lonely = self.work / "validate.py"
@@ -174,8 +185,10 @@ class CommandLine(surroundings.HomeTest):
         self.write("a.py", "x")
         for arguments in ((), ("nonsense",), ("grade",), ("grade", "--bogus", "a.py"), ("--bogus",),
                           ("grade", "a.py", "--modality", "poem"), ("rules", "poem"),
-                          ("grade", "a.py", "--timeout", "soon"), ("grade", "a.py", "--timeout", "-1"),
-                          ("grade", "a.py", "--timeout", "nan"), ("grade", "a.py", "--json", "--sarif"),
+                          ("grade", "a.py", "--timeout", "soon"),
+                          ("grade", "a.py", "--timeout", "-1"),
+                          ("grade", "a.py", "--timeout", "nan"),
+                          ("grade", "a.py", "--json", "--sarif"),
                           ("grade", "a.py", "a.py", "--iterate", "r"), ("grade", "-", "-"),
                           ("grade", "a.py", "--iterate", ""), ("grade", "a.py", "--iterate", "a/b"),
                           ("grade", "a.py", "--js"), ("mcp", "x")):

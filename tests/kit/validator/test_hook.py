@@ -50,7 +50,8 @@ class HookTest(surroundings.HomeTest):
         return self.event("Stop", stop_hook_active=active, **more)
 
     def changed(self, session="s1"):
-        return [os.path.relpath(p, str(self.work)) for p in State(str(self.data), session).changed()]
+        return [os.path.relpath(p, str(self.work)) for p in State(str(self.data),
+                                                                  session).changed()]
 
 
 class AfterATool(HookTest):
@@ -66,7 +67,8 @@ class AfterATool(HookTest):
         self.assertEqual(self.changed(), ["n.ipynb", "c.py"])
 
     def test_other_tools_and_odd_inputs_change_nothing(self):
-        for more in ({"tool_name": "Bash", "tool_input": {"file_path": "a"}}, {"tool_name": "Write"},
+        for more in ({"tool_name": "Bash", "tool_input": {"file_path": "a"}},
+                     {"tool_name": "Write"},
                      {"tool_name": "Write", "tool_input": []},
                      {"tool_name": "Write", "tool_input": {"file_path": 5}},
                      {"tool_name": "Write", "tool_input": {"file_path": "a\0b"}},
@@ -300,6 +302,10 @@ class BadEvents(HookTest):
                      json.dumps(dict(cursor, hook_event_name="Stop")).encode()):
             self.assertEqual(hook.answer(data, str(self.data)), b"", data[:40])
 
+    def test_another_tool_that_runs_our_hook_changes_nothing(self):
+        self.edit("a.py", "x\n", cursor_version="1.7", workspace_roots=[str(self.work)])
+        self.assertEqual(self.changed(), [])
+
     def test_a_byte_order_mark_is_no_obstacle(self):
         path = self.write("a.py", "x\n")
         payload = {"session_id": "s1", "cwd": str(self.work), "hook_event_name": "PostToolUse",
@@ -328,8 +334,8 @@ class Remembering(surroundings.HomeTest):
         self.assertEqual({m for p, m in modes.items() if not (self.data / p).is_dir()}, {0o600})
 
     def test_a_session_of_any_name_has_its_own_file(self):
-        names = {state_module.file_name(s) for s in ("a", "../../etc/passwd", "A b", "ü", "x" * 500,
-                                                      "", None, 5, "a/b", ".", "..")}
+        sessions = ("a", "../../etc/passwd", "A b", "ü", "x" * 500, "", None, 5, "a/b", ".", "..")
+        names = {state_module.file_name(session) for session in sessions}
         self.assertEqual(len(names), 9)  # "", None and 5 are all no session
         for name in names:
             self.assertRegex(name, r"^[A-Za-z0-9_-]{1,80}$")

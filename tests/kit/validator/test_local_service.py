@@ -40,11 +40,13 @@ class ServiceTest(surroundings.HomeTest):
     def run_kit(self, *arguments, data=b"", **more):
         streams = [io.TextIOWrapper(io.BytesIO(content)) for content in (data, b"", b"")]
         with contextlib.ExitStack() as stack:
-            for name, value in zip(("_FIRST_INTERVAL", "_LAST_GROWING", "_GROWTH"), (0.002, 0.02, 0)):
+            for name, value in zip(("_FIRST_INTERVAL", "_LAST_GROWING", "_GROWTH"),
+                                   (0.002, 0.02, 0)):
                 stack.enter_context(mock.patch.object(client, name, value))
             for name, stream in zip(("stdin", "stdout", "stderr"), streams):
                 stack.enter_context(mock.patch.object(sys, name, stream))
-            stack.enter_context(mock.patch.dict(os.environ, dict(self.environment, **more), clear=True))
+            stack.enter_context(mock.patch.dict(os.environ, dict(self.environment, **more),
+                                                clear=True))
             code = cli.main(list(arguments))
             for stream in streams[1:]:
                 stream.flush()
@@ -68,7 +70,8 @@ class ServiceTest(surroundings.HomeTest):
         code, found = self.grade("good.md", "bad.md")
         self.assertEqual((code, [f["state"] for f in found["files"]]), (1, ["clears", "held"]))
         code, found = self.grade("good.md", "none.md")
-        self.assertEqual((code, [f["state"] for f in found["files"]]), (3, ["clears", "not_graded"]))
+        self.assertEqual((code, [f["state"] for f in found["files"]]),
+                         (3, ["clears", "not_graded"]))
 
     def test_the_table_is_for_people(self):
         self.write("bad.md", BAD)
@@ -108,7 +111,8 @@ class ServiceTest(surroundings.HomeTest):
         run = found["files"][0]["run_id"]
         self.write("a.md", CLEAN)
         code, found = self.grade("a.md", "--iterate", run)
-        self.assertEqual((code, found["files"][0]["run_id"], found["files"][0]["flaws"]), (0, run, []))
+        self.assertEqual((code, found["files"][0]["run_id"], found["files"][0]["flaws"]),
+                         (0, run, []))
 
     def test_iterating_on_a_run_that_is_none_is_three_with_the_reason(self):
         self.write("a.md", CLEAN)
@@ -188,7 +192,8 @@ class ServiceTest(surroundings.HomeTest):
 
     def hook(self, **payload):
         payload = dict({"session_id": "s1", "cwd": str(self.work)}, **payload)
-        code, said, errors = super().run_kit("--harness", "claude", data=json.dumps(payload).encode())
+        code, said, errors = super().run_kit("--harness", "claude",
+                                             data=json.dumps(payload).encode())
         self.assertEqual((code, errors), (0, b""))
         return json.loads(said.decode("ascii")) if said else None
 

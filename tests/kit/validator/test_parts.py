@@ -75,7 +75,8 @@ class Kinds(PartsTest):
 
 class Reading(PartsTest):
     def test_texts_of_any_encoding_are_read(self):
-        for data in (b"\xef\xbb\xbfna\xc3\xafve", "naïve".encode("utf-16"), "naïve".encode("cp1252"),
+        for data in (b"\xef\xbb\xbfna\xc3\xafve", "naïve".encode("utf-16"),
+                     "naïve".encode("cp1252"),
                      "naïve".encode()):
             self.assertEqual(self.text("a.txt", data), "naïve")
 
@@ -126,8 +127,9 @@ class Documents(PartsTest):
                 + "<w:tbl><w:tr><w:tc>" + office.paragraph("a") + "</w:tc><w:tc>"
                 + office.paragraph("b|c") + "</w:tc></w:tr></w:tbl>")
         found = self.text("a.docx", office.docx(body, office.relations(a="https://x.test")))
-        self.assertEqual(found, "# Plan\n\n### Scope\n\n- one\n\nsee [here](https://x.test), new\n\n"
-                                "| a | b\\|c |\n| --- | --- |\n")
+        self.assertEqual(found,
+                         "# Plan\n\n### Scope\n\n- one\n\nsee [here](https://x.test), new\n\n"
+                         "| a | b\\|c |\n| --- | --- |\n")
 
     def test_footnotes_stand_below_and_separators_do_not(self):
         notes = ('<w:footnote w:type="separator">' + office.paragraph("---") + "</w:footnote>"
@@ -145,7 +147,8 @@ class Documents(PartsTest):
                          "## Head\n\na  b [l](u)\n\n- entry\n")
 
     def test_a_deck_comes_slide_by_slide_in_the_order_of_the_show(self):
-        found = self.text("a.pptx", office.pptx(["Title", "By me"], ["Second"], notes=["Say hi", "1"]))
+        found = self.text("a.pptx",
+                          office.pptx(["Title", "By me"], ["Second"], notes=["Say hi", "1"]))
         self.assertEqual(found, "Slide 1\nTitle\nBy me\nNotes: Say hi\n\nSlide 2\nSecond\n")
 
     def test_an_open_deck_too(self):
@@ -156,13 +159,15 @@ class Documents(PartsTest):
                          ("deck", "Slide 1\nOne\n\nSlide 2\nTwo\n"))
 
     def test_a_web_page_is_what_a_reader_sees(self):
-        page = ("<html><head><title>t</title><style>x{}</style></head><body><h1>Big &amp; small</h1>"
+        page = ("<html><head><title>t</title><style>x{}</style></head>"
+                "<body><h1>Big &amp; small</h1>"
                 "<script>alert(1)</script><p>one\n two <a href='/u'>link</a><br>three"
                 "<ul><li>a<li>b</ul><ol><li>x</li><li>y</li></ol><p hidden>secret</p>"
                 "<img alt='pic' src='i.png'><pre>a\n  b</pre>"
                 "<table><tr><th>h<th>i<tr><td>1<td>2</table>")
         self.assertEqual(self.text("a.html", page),
-                         "# Big & small\n\none two [link](/u)\nthree\n\n- a\n\n- b\n\n1. x\n\n2. y\n\n"
+                         "# Big & small\n\none two [link](/u)\nthree\n\n- a\n\n- b\n\n"
+                         "1. x\n\n2. y\n\n"
                          "![pic](i.png)\n\n```\na\n  b\n```\n\nh | i\n\n1 | 2\n")
 
     def test_rich_text_loses_its_fonts_and_keeps_its_words(self):
@@ -188,8 +193,10 @@ class Sheets(PartsTest):
     def test_a_workbook_is_tab_separated_text(self):
         rows = ('<row r="2"><c r="A2" t="s"><v>0</v></c><c r="C2" t="s"><v>1</v></c></row>'
                 '<row r="3"><c r="A3"><v>10.10</v></c><c r="B3" t="b"><v>1</v></c>'
-                '<c r="C3" t="e"><v>#REF!</v></c><c r="D3" t="str"><f>A&amp;B</f><v>x</v></c></row>')
-        strings = "<si><t>Item</t></si><si><r><t>Co</t></r><r><t>st</t></r><rPh><t>no</t></rPh></si>"
+                '<c r="C3" t="e"><v>#REF!</v></c>'
+                '<c r="D3" t="str"><f>A&amp;B</f><v>x</v></c></row>')
+        strings = "<si><t>Item</t></si><si><r><t>Co</t></r><r><t>st</t></r>"
+        strings += "<rPh><t>no</t></rPh></si>"
         self.assertEqual(self.text("a.xlsx", office.xlsx(rows, strings)),
                          "Item\t\tCost\t\n10.1\tTRUE\t#REF!\tx\n")
 
@@ -198,7 +205,8 @@ class Sheets(PartsTest):
                   '<numFmt numFmtId="171" formatCode="0.0&quot;d&quot;"/></numFmts>'
                   '<cellXfs><xf numFmtId="0"/><xf numFmtId="14"/><xf numFmtId="9"/>'
                   '<xf numFmtId="170"/><xf numFmtId="171"/><xf numFmtId="22"/></cellXfs>')
-        rows = "<row>" + "".join('<c s="{}"><v>{}</v></c>'.format(style, value) for style, value in (
+        rows = "<row>" + "".join('<c s="{}"><v>{}</v></c>'.format(style, value) for style,
+                                 value in (
             (1, 46279), (2, 0.25), (3, 46279), (4, 1.5), (5, 46279.5), (1, -5), (99, 7))) + "</row>"
         self.assertEqual(self.text("a.xlsx", office.xlsx(rows, styles=styles)),
                          "2026-09-14\t25%\t2026-09-14\t1.5\t2026-09-14 12:00:00\t-5\t7\n")
@@ -215,7 +223,8 @@ class Sheets(PartsTest):
         self.assertIn("1 formulas", self.read("a.xlsx", office.xlsx(rows)).notes[0])
 
     def test_a_sheet_that_reaches_to_the_end_of_the_world_is_bounded(self):
-        rows = '<row r="1048576"><c r="XFD1048576"><v>1</v></c></row><row r="1"><c r="A1"><v>2</v></c></row>'
+        rows = ('<row r="1048576"><c r="XFD1048576"><v>1</v></c></row>'
+                '<row r="1"><c r="A1"><v>2</v></c></row>')
         artifact = self.read("a.xlsx", office.xlsx(rows))
         self.assertEqual(artifact.parts[0].text, "2\n")
         self.assertIn("larger than what is graded", artifact.notes[0])
@@ -285,7 +294,8 @@ class Pictures(unittest.TestCase):
 
     def test_a_jpeg_loses_it_too_and_keeps_which_side_is_up(self):
         for order in "<>":
-            data = office.jpeg((0xE0, b"JFIF\0"), (0xE1, office.exif(6, order)), (0xFE, b"by Alice"),
+            data = office.jpeg((0xE0, b"JFIF\0"), (0xE1, office.exif(6, order)),
+                               (0xFE, b"by Alice"),
                                (0xE2, b"ICC"))
             clean = pictures.without_metadata(data)
             self.assertNotIn(b"GPS", clean)
@@ -300,12 +310,15 @@ class Pictures(unittest.TestCase):
         self.assertEqual(clean, office.jpeg())
 
     def test_what_is_laid_out_wrong_goes_as_it_is(self):
-        for data in (office.png()[:40], b"\x89PNG\r\n\x1a\n", b"\x89PNG\r\n\x1a\n\xff\xff\xff\xffIHDR",
-                     b"\xff\xd8\xff", b"\xff\xd8\xff\xe1\xff\xff", b"\xff\xd8\xff\xe1\0\0", b"GIF89a"):
+        for data in (office.png()[:40], b"\x89PNG\r\n\x1a\n",
+                     b"\x89PNG\r\n\x1a\n\xff\xff\xff\xffIHDR",
+                     b"\xff\xd8\xff", b"\xff\xd8\xff\xe1\xff\xff", b"\xff\xd8\xff\xe1\0\0",
+                     b"GIF89a"):
             self.assertEqual(pictures.without_metadata(data), data)
 
     def test_a_lying_exif_harms_nothing(self):
-        for content in (b"", b"MM", b"MM\0*\xff\xff\xff\xff", b"II*\0\x08\0\0\0\xff\xff" + b"\1" * 30):
+        for content in (b"", b"MM", b"MM\0*\xff\xff\xff\xff",
+                        b"II*\0\x08\0\0\0\xff\xff" + b"\1" * 30):
             pictures.without_metadata(office.jpeg((0xE1, b"Exif\0\0" + content)))
 
 

@@ -4,7 +4,7 @@ import json
 import os
 import unittest
 
-import surroundings  # noqa: F401  (finds the engine)
+import surroundings  # finds the engine  # noqa: F401
 from engine import grading, report, sarif
 from engine.grading import CLEARS, HELD, NOT_GRADED, Outcome
 from engine.parts import Artifact, Part
@@ -15,7 +15,8 @@ FLAW = Flaw("HIGH", "safe code", "Line 3, column 12: “eval(x)” runs a text a
 LOW = Flaw("LOW", "readable", "detail", "", "cell C4", "")
 
 
-def outcome(flaws=(FLAW,), state=HELD, band="route_to_fix", score=0.8, path="src/a b.py", parts=None,
+def outcome(flaws=(FLAW,), state=HELD, band="route_to_fix", score=0.8, path="src/a b.py",
+            parts=None,
             **more):
     parts = parts or (Part("text/x-code", "src/a b.py", "x", same_lines=True),)
     made = Outcome(path or "text", path, "code", state, Verdict(band, score, tuple(flaws), "r1"),
@@ -87,7 +88,8 @@ class Json(unittest.TestCase):
         self.assertEqual((second["reason"], second["state"]), ("no way", "not_graded"))
 
     def test_what_is_empty_and_optional_is_left_out_of_a_flaw(self):
-        self.assertEqual(Flaw("", "", "").to_json(), {"severity": "", "criterion": "", "detail": ""})
+        self.assertEqual(Flaw("", "", "").to_json(),
+                         {"severity": "", "criterion": "", "detail": ""})
 
 
 class Facts(unittest.TestCase):

@@ -64,7 +64,8 @@ class SettingsTest(surroundings.HomeTest):
         self.assertEqual(found.group(1), settings.DEFAULT_BASE)
 
     def test_the_base_is_the_variable_without_blanks_and_trailing_slashes(self):
-        for value, base in (("https://x.test", "https://x.test"), (" https://x.test//", "https://x.test"),
+        for value, base in (("https://x.test", "https://x.test"),
+                            (" https://x.test//", "https://x.test"),
                             ("\t https://x.test/ \t", "https://x.test"),
                             ("https://x.test/sub//a///", "https://x.test/sub//a"),
                             ("https://x.test/\n", "https://x.test/\n"),
@@ -93,7 +94,8 @@ class SettingsTest(surroundings.HomeTest):
         self.assertEqual(self.load(BRASK_POLICY_ID="").policy_id, "p")
 
     def test_what_cannot_be_used_is_reported_with_its_line(self):
-        self.put("settings", b"\xef\xbb\xbfbase: https://x.test\nnonsense\nbaes: y\nhook_seconds: 5000\n")
+        self.put("settings",
+                 b"\xef\xbb\xbfbase: https://x.test\nnonsense\nbaes: y\nhook_seconds: 5000\n")
         found = self.load()
         self.assertEqual(found.base, "https://x.test")
         self.assertEqual(found.hook_seconds, 90.0)

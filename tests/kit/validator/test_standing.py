@@ -4,7 +4,7 @@ import os
 import unittest
 
 import surroundings
-from engine import kinds, parts, secret_shapes, standing
+from engine import kinds, secret_shapes, standing
 from engine.parts import Artifact, Part
 
 SHIPPED = standing.load()
@@ -86,7 +86,8 @@ class RuleFiles(surroundings.HomeTest):
                          (100, "stop", 3, ("*.x",)))
 
     def test_a_broken_line_is_reported_and_the_rest_holds(self):
-        rules = self.load(mine="---\nnever_send: *.secret\nnonsense\nnever_sent: *.y\nsecrets: maybe\n"
+        rules = self.load(mine="---\nnever_send: *.secret\nnonsense\nnever_sent: *.y\n"
+                               "secrets: maybe\n"
                                "max_bytes: many\nnever_send: x\nmodality: tabels\n---\n")
         self.assertIsNotNone(rules.refusal("a.secret", "code"))
         text_of_problems = "\n".join(rules.problems)
@@ -137,7 +138,8 @@ class Screening(unittest.TestCase):
 
     def test_every_line_stays_the_line_it_was(self):
         screened = standing.screen(SHIPPED, text("1\n" + PRIVATE + "6\n"))
-        self.assertEqual(screened.artifact.parts[0].text.count("\n"), ("1\n" + PRIVATE + "6\n").count("\n"))
+        self.assertEqual(screened.artifact.parts[0].text.count("\n"),
+                         ("1\n" + PRIVATE + "6\n").count("\n"))
         self.assertNotIn("MIIE", str(screened))
 
     def test_the_stop_rule_stops(self):
@@ -157,7 +159,8 @@ class Screening(unittest.TestCase):
         self.assertNotIn("AKIA", screened.artifact.parts[0].text)
 
     def test_what_is_too_large_is_refused(self):
-        big = Artifact((Part("image/png", "a.png", data=b"x" * (24 << 20) + b"y"),), "image", "a.png")
+        big = Artifact((Part("image/png", "a.png", data=b"x" * (24 << 20) + b"y"),), "image",
+                       "a.png")
         self.assertIn("24.0 MiB", standing.screen(SHIPPED, big).refused)
         two = Artifact((Part("image/png", "a.png", data=b"x" * (21 << 20)),) * 2, "image", "a.png")
         self.assertIn("40 MiB together", standing.screen(SHIPPED, two).refused)
@@ -236,7 +239,8 @@ class Characters(unittest.TestCase):
         from engine.characters import first_characters
         for cluster in ("e\u0301", "\r\n", "\U0001f469\u200d\U0001f4bb", "\U0001f1eb\U0001f1f7",
                         "\u0915\u094d", "\u2764\ufe0f"):
-            self.assertEqual(first_characters("a" + cluster * 9, 3), "a" + cluster * 2, ascii(cluster))
+            self.assertEqual(first_characters("a" + cluster * 9, 3), "a" + cluster * 2,
+                             ascii(cluster))
 
 
 if __name__ == "__main__":

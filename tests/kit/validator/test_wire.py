@@ -65,6 +65,8 @@ class WireTest(unittest.TestCase):
             ("success that is a list", answer(200, []), client.UNREACHABLE),
             ("no content", answer(204, b""), client.UNREACHABLE),
             ("half a body", half_body(body), client.UNREACHABLE),
+            ("less than announced, though whole by itself",
+             raw(b"HTTP/1.1 200 X\r\nContent-Length: 99\r\n\r\n" + body), client.UNREACHABLE),
             ("half a chunk", raw(b"HTTP/1.1 200 X\r\nTransfer-Encoding: chunked\r\n\r\n40\r\n{"),
              client.UNREACHABLE),
             ("half a head", raw(b"HTTP/1.1 200 X\r\nContent-Le"), client.UNREACHABLE),
@@ -111,17 +113,18 @@ class WireTest(unittest.TestCase):
         for url, may in (("http://127.0.0.1:1", True), ("http://localhost", True),
                          ("http://[::1]:9", True), ("http://127.9.9.9", True),
                          ("http://service.test", False), ("http://10.0.0.1", False),
-                         ("http://127.0.0.1.evil.test", False), ("http://localhost.evil.test", False),
+                         ("http://127.0.0.1.evil.test", False),
+                         ("http://localhost.evil.test", False),
                          ("http://0.0.0.0", False), ("https://service.test", True),
                          ("http://127.0.0.1@evil.test", False), ("ws://127.0.0.1", False)):
             self.assertEqual(transport.may_send_to(url), may, url)
 
     def test_a_key_with_a_line_break_reaches_nobody_and_no_text(self):
-        with FaultServer(answer(200, SUBMITTED)) as server:
-            made = self.settings(server.base, key="s3cret\r\nX-Other: y")
-            verdict = self.grade(server.base, settings=made)
-        self.assertEqual(verdict, UNREACHABLE)
-        self.assertEqual(server.requests, [])
+        for key in ("s3cret\r\nX-Other: y", "s3cret\r\n folded", "s3cret\n", "s3\0cret"):
+            with FaultServer(answer(200, SUBMITTED)) as server:
+                made = self.settings(server.base, key=key)
+                self.assertEqual(self.grade(server.base, settings=made), UNREACHABLE)
+            self.assertEqual(server.requests, [])
 
     def test_a_key_outside_latin_1_goes_as_its_bytes(self):
         with FaultServer(answer(200, SUBMITTED), answer(200, SHIPPED)) as server:

@@ -1,4 +1,4 @@
-"""The validator's engine: what `validate.py` does once it has decided that there is something to do.
+"""The validator's engine: what `validate.py` does once there is something to do.
 
     settings   which service, which key, which data folder
     client     the evaluation service: grade, iterate -> Verdict

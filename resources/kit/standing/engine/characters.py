@@ -1,8 +1,8 @@
 """Cutting text after so many characters, as people see them.
 
 The standard library has no table of grapheme clusters. This follows the clusters that occur in
-practice: marks, joiners, variation selectors, skin tones, flags, line ends. Where it errs it keeps a
-cluster together, so a cut never halves a letter.
+practice: marks, joiners, variation selectors, skin tones, flags, line ends. Where it errs it keeps
+a cluster together, so a cut never halves a letter.
 """
 
 import unicodedata

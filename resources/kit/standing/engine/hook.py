@@ -1,12 +1,13 @@
 """A coding tool's events: which files changed, and what is the verdict on them?
 
-PostToolUse: the changed file is remembered, and looked through for secrets here and at once; nothing
-is sent. Stop: everything that changed since it was last graded is sent in one submission per kind of
-work, and a verdict that does not clear goes back to the agent with its flaws, as facts.
+PostToolUse: the changed file is remembered, and looked through for secrets here and at once;
+nothing is sent. Stop: everything that changed since it was last graded is sent in one submission
+per kind of work, and a verdict that does not clear goes back to the agent with its flaws, as facts.
 
 The same content is reported once. When the coding tool is already going on because of a Stop hook,
-nothing blocks it again; the user reads the verdict. A service that is down, slow or does not know the
-key is no reason to hold anybody up: the event ends in silence, at most with a line for the user.
+nothing blocks it again; the user reads the verdict. A service that is down, slow or does not know
+the key is no reason to hold anybody up: the event ends in silence, at most with a line for the
+user.
 
 Imports are where they are needed: this runs on every edit.
 """

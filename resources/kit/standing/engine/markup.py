@@ -1,4 +1,4 @@
-"""The text of web pages, as Markdown: what a reader sees, without scripts, styles and hidden parts."""
+"""The text of web pages, as Markdown: what a reader sees, without scripts and hidden parts."""
 
 import re
 from html.parser import HTMLParser

@@ -95,5 +95,6 @@ def _upright(orientation: int) -> bytes:
     """An Exif segment that says this and nothing else; none when there is nothing to say."""
     if orientation == 1:
         return b""
-    body = (b"Exif\0\0MM\0*" + struct.pack(">IHHHIHHI", 8, 1, _ORIENTATION, 3, 1, orientation, 0, 0))
+    entry = struct.pack(">HHIHH", _ORIENTATION, 3, 1, orientation, 0)
+    body = b"Exif\0\0MM\0*" + struct.pack(">IH", 8, 1) + entry + struct.pack(">I", 0)
     return b"\xff\xe1" + struct.pack(">H", len(body) + 2) + body
