@@ -19,6 +19,7 @@ import time
 
 MOST_EVENT = 8 * 1024 * 1024    # an event that is larger is read to its end and passed over
 MOST_READ = 64 * 1024 * 1024
+LONGEST_DOWN = 3600     # seconds; as in `standing/engine/state.py`
 OLDEST = (3, 8)
 
 
@@ -68,7 +69,7 @@ def nothing_to_grade(event, data):
         return False
     state = os.path.join(data, "state")
     try:
-        if os.stat(os.path.join(state, "down")).st_mtime > time.time():
+        if 0 < os.stat(os.path.join(state, "down")).st_mtime - time.time() <= LONGEST_DOWN:
             return True
     except OSError:
         pass

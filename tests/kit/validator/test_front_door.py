@@ -8,6 +8,7 @@ import os
 import shutil
 import subprocess
 import sys
+import time
 import unittest
 
 import surroundings
@@ -131,7 +132,6 @@ class Harness(surroundings.HomeTest):
         (self.data / "standing" / "engine").mkdir(parents=True)
         (self.data / "standing" / "engine" / "__init__.py").write_text(
             "import os; os.write(1, b'loaded')")
-        later = 4102444800  # far ahead
         state = self.data / "state"
         (state / "changed").mkdir(parents=True)
         cases = [("no key", self.event(**STOP), {"BRASK_API_KEY": ""}, False),
@@ -139,12 +139,14 @@ class Harness(surroundings.HomeTest):
                  ("another event", self.event(hook_event_name="SessionStart"), {}, False),
                  ("something changed", self.event(**STOP), {}, True),
                  ("an edit", self.event(hook_event_name="PostToolUse"), {}, True),
-                 ("known to be down", self.event(**STOP), {}, False)]
+                 ("known to be down", self.event(**STOP), {}, False),
+                 ("down by a clock that was set back", self.event(**STOP), {}, True)]
         for name, event, more, loads in cases:
             if name == "something changed":
                 (state / "changed" / "s1").write_text('"/x"\n')
-            if name == "known to be down":
+            if "down" in name:
                 (state / "down").touch()
+                later = time.time() + (600 if name == "known to be down" else 90000)
                 os.utime(str(state / "down"), (later, later))
             code, said, errors = self.run_kit("--harness", "claude", script=script, data=event,
                                               **dict({"BRASK_API_KEY": "k"}, **more))

@@ -5,10 +5,11 @@ import os
 import threading
 import time
 import unittest
+from unittest import mock
 
 import surroundings
 from surroundings import FaultServer, answer, closed_port, silence
-from engine import hook, state as state_module, stop
+from engine import hook, standing, state as state_module, stop
 from engine.state import State
 
 CLOUD = "AKIA" + "Q7Z3M9X2K5W8R4T6"
@@ -217,6 +218,16 @@ class AtTheEnd(HookTest):
             self.assertIsNone(self.stop())
             self.assertEqual(server.requests, [])
 
+    def test_a_broken_rule_file_is_told_to_the_user_once(self):
+        broken = standing.load()._replace(problems=("mine.md:2: not a line",))
+        with FaultServer(SUBMITTED, verdict("ship")) as server, \
+                mock.patch.object(standing, "load", lambda: broken):
+            self.point_to(server.base)
+            self.edit("a.py", "x\n")
+            self.assertIn("mine.md:2: not a line", self.stop()["systemMessage"])
+            self.edit("a.py", "y\n")
+            self.assertIsNone(self.stop())
+
 
 class WhenTheServiceIsNotWell(HookTest):
     def test_a_service_that_is_down_is_silence_and_remembered(self):
@@ -405,6 +416,16 @@ class Remembering(surroundings.HomeTest):
         self.assertTrue(state.is_down())
         self.now += 31
         self.assertFalse(state.is_down())
+
+    def test_a_clock_that_is_set_back_does_not_make_down_last(self):
+        state = self.state()
+        state.note_down(30)
+        self.now -= 86400
+        self.assertFalse(state.is_down())
+
+    def test_both_ends_know_the_same_limit(self):
+        text = (surroundings.KIT / "validate.py").read_text(encoding="utf-8")
+        self.assertIn("LONGEST_DOWN = {}".format(state_module.LONGEST_DOWN), text)
 
 
 if __name__ == "__main__":

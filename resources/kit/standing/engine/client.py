@@ -17,8 +17,7 @@ from typing import Any, Callable, Dict, NamedTuple, Optional, Sequence
 from . import settings as settings_module
 from . import transport
 from .characters import first_characters
-from .verdict import (Flaw, Verdict, failure, obj, parse_flaws, string,  # noqa: F401
-                      verdict_from)
+from .verdict import Verdict, failure, obj, parse_flaws, string, verdict_from
 
 DEADLINE = 420.0
 REQUEST_TIMEOUT = 30.0

@@ -13,7 +13,7 @@ import re
 from collections import namedtuple
 
 LONGEST_LINE = 4096
-_LINE = re.compile(r"([a-z][a-z0-9_]{0,40})[ \t]*:(?:[ \t]+(.*))?$")
+_LINE = r"([a-z][a-z0-9_]{0,40})[ \t]*:(?:[ \t]+(.*))?$"  # compiled when there is a line
 
 
 #: One entry of a head; `number` counts from 1 in the file it came from.
@@ -30,7 +30,7 @@ def parse_lines(texts: list[str], where: str, first: int) -> tuple[list[Line], l
         stripped = text.strip()
         if not stripped or stripped.startswith("#"):
             continue
-        match = _LINE.match(stripped) if len(stripped) <= LONGEST_LINE else None
+        match = re.match(_LINE, stripped) if len(stripped) <= LONGEST_LINE else None
         if match is None:
             problems.append("{}:{}: not a “name: value” line".format(where, number))
         else:

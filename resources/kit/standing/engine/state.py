@@ -17,6 +17,7 @@ LONGEST_SESSION = 512 * 1024
 MOST_SESSIONS = 200
 KEEP_SECONDS = 7 * 86400
 CLEAN_SECONDS = 86400
+LONGEST_DOWN = 3600     # further ahead is no promise but a clock that was set back
 _NAME = frozenset("abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789_-")
 
 
@@ -111,7 +112,8 @@ class State:
     def is_down(self):
         """Whether the service was found down a short while ago."""
         try:
-            return os.stat(os.path.join(self._root, "down")).st_mtime > self._now()
+            left = os.stat(os.path.join(self._root, "down")).st_mtime - self._now()
+            return 0 < left <= LONGEST_DOWN
         except OSError:
             return False
 

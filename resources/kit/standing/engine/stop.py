@@ -48,13 +48,16 @@ def grade_changes(paths, project, settings, state, going_on):
     held = [g for g in groups if g.outcome.state == grading.HELD]
     fresh = [g for g in held if g.digest() not in memory["reported"]]
     memory["reported"] += [g.digest() for g in fresh]
+    broken = [problem for problem in rules.problems if problem not in memory["told"]][:5]
+    memory["told"] += broken
     state.save(memory)
     if trouble is None:
         state.settle()
         state.note_up()
     else:
         state.note_down(DOWN_SECONDS[trouble])
-    return _answer(groups, held, fresh, going_on, trouble, left, settings)
+    said = _answer(groups, held, fresh, going_on, trouble, left, settings)
+    return _with_problems(said, broken)
 
 
 def _groups(paths, project, rules, memory):
@@ -162,6 +165,17 @@ def _answer(groups, held, fresh, going_on, trouble, left, settings):
     elif trouble in ("refused", "slow"):
         lines = [report.clean(g.outcome.reason) for g in groups if g.outcome.reason][:1]
     return {"systemMessage": "Kelvane: " + "; ".join(lines)[:1000]} if lines else None
+
+
+def _with_problems(said, problems):
+    """The answer, and for the user what is wrong with the rule files."""
+    if not problems:
+        return said
+    said = dict(said or {})
+    told = [said["systemMessage"]] if "systemMessage" in said else []
+    told += ["Kelvane: standing rules: " + report.clean(problem) for problem in problems]
+    said["systemMessage"] = "\n".join(told)
+    return said
 
 
 def _facts(groups, left, settings):
