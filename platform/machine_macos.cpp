@@ -4,6 +4,10 @@
 
 namespace kelvane {
 
+std::unique_ptr<PointerPresses> makePointerPresses(const Host&) {
+    return makeNsPointerPresses();
+}
+
 Machine makeMachine() {
     Machine machine{makeHost(), nullptr, nullptr, nullptr, nullptr, nullptr, nullptr};
     machine.workspace = makeNsWorkspace();

@@ -13,6 +13,7 @@
 #include "platform/ports/dialogs.h"
 #include "platform/ports/keyboard.h"
 #include "platform/ports/pasteboard.h"
+#include "platform/ports/pointer_presses.h"
 #include "platform/ports/url_opener.h"
 #include "platform/ports/window_list.h"
 #include "platform/ports/workspace.h"
@@ -42,5 +43,9 @@ namespace kelvane {
 
 /// NSWorkspace. An address that is not valid as it stands is refused, never mended.
 [[nodiscard]] std::unique_ptr<UrlOpener> makeNsUrlOpener();
+
+/// NSEvent monitors, which need no permission for mouse buttons. They call on the main thread, while
+/// its event loop runs.
+[[nodiscard]] std::unique_ptr<PointerPresses> makeNsPointerPresses();
 
 } // namespace kelvane
