@@ -5,6 +5,7 @@ import os
 import socket
 import stat
 import unittest
+from unittest import mock
 
 from home import FILES, HomeTest, install
 
@@ -101,8 +102,20 @@ class SurvivalTest(HomeTest):
         self.unwire()
         self.assertEqual(2, len(os.listdir(self.at(".brask/backups"))))
 
+    def test_the_new_text_is_on_the_disk_before_it_takes_its_place(self):
+        self.put(SETTINGS, BEFORE)
+        calls, fsync, replace = [], os.fsync, os.replace
+        with mock.patch.object(os, "fsync", lambda fd: (calls.append("fsync"), fsync(fd))), \
+                mock.patch.object(os, "replace",
+                                  lambda a, b: (calls.append("replace"), replace(a, b))):
+            self.wire("claude")
+        # Each file: itself, its name, and then the folder that holds the name.
+        self.assertEqual(["fsync", "replace", "fsync"] * (len(calls) // 3), calls)
+        self.assertGreaterEqual(calls.count("replace"), 4)
+
     def test_what_a_killed_run_left_is_swept_and_nothing_else(self):
         self.put(SETTINGS, BEFORE)
+        self.put(".brask/backups/.20200101T000000Z-codex-config.toml.brask-89abcdef.tmp", b"half")
         self.put(".claude/.settings.json.brask-0123abcd.tmp", b"half")
         self.put(".claude/.settings.json.brask-mine.tmp", b"not ours")
         self.wire("claude")

@@ -4,6 +4,7 @@ import json
 import os
 import subprocess
 import unittest
+from unittest import mock
 
 from home import FILES, HomeTest, install
 
@@ -34,6 +35,7 @@ class CommandTest(unittest.TestCase):
                         "python3 /home/u/.brask/validate.py | tee log",
                         "python3 /home/u/.brask/validate.py; true",
                         "true\npython3 /home/u/.brask/validate.py",
+                        "python3 /home/u/.brask/validate.py\ntrue",
                         "python3 '/home/u/.brask/validate.py", "echo trevix --harness claude",
                         None, 5, ["python3", "/home/u/.brask/validate.py"]):
             with self.subTest(command=command):
@@ -85,10 +87,15 @@ class ClaudeTest(HomeTest):
     def test_a_handler_of_the_users_in_our_group_stays(self):
         self.wire("claude")
         handler = {"type": "command", "command": "mine"}
-        self.edit(lambda data: data["hooks"]["PostToolUse"][0]["hooks"].append(handler))
-        self.unwire()
-        self.assertEqual({"hooks": {"PostToolUse": [
-            {"matcher": "Write|Edit|NotebookEdit", "hooks": [handler]}]}}, self.left())
+        for place in (0, 1):
+            with self.subTest(place=place):
+                self.wire("claude")
+                self.edit(lambda data: data["hooks"]["PostToolUse"][0]["hooks"].insert(
+                    place, handler))
+                self.unwire()
+                self.assertEqual({"hooks": {"PostToolUse": [
+                    {"matcher": "Write|Edit|NotebookEdit", "hooks": [handler]}]}}, self.left())
+                os.unlink(self.at(SETTINGS))
 
     def test_a_file_we_made_stays_when_the_user_put_something_in(self):
         self.wire("claude")
@@ -192,6 +199,20 @@ class ServersTest(HomeTest):
         self.assertIn("switched off", result.err)
         self.assertEqual(text, self.get(CLAW))
 
+    def test_what_stands_behind_ours_does_not_become_a_comment(self):
+        ours = b'trevix: {command: "python3", args: ["%s", "mcp"]}' % \
+            self.at(".brask/validate.py").encode()
+        for before, after in ((b"a: {command: 'x'}, // one\n", b" }}}\n"),
+                              (b"// one\n", b", b: {command: 'y'} }}}\n"),
+                              (b"// one\n", b" }}}\n")):
+            with self.subTest(before=before, after=after):
+                self.put(CLAW, b"{mcp: {servers: { " + before + ours + after)
+                self.assertEqual(0, self.unwire().code)
+                left = self.get(CLAW)
+                self.assertNotIn(b"trevix", left)
+                self.assertIn(b"// one\n", left)
+                install.JsonReader(left.decode(), install.JSON5).read()
+
     def test_openclaw_is_not_given_a_file_of_its_own(self):
         os.mkdir(self.at(".openclaw"))
         tree = self.tree()
@@ -249,6 +270,30 @@ class CodexTest(HomeTest):
         self.put(CODEX, text)
         self.assertEqual(1, self.unwire().code)
         self.assertEqual(text, self.get(CODEX))
+
+
+class ProofTest(HomeTest):
+    """An edit that would break a promise is not written, whatever mistake leads to it."""
+
+    def test_an_edit_that_changes_something_else_is_refused(self):
+        for tool, before, wrong in (
+                ("cursor", b'{"a": 1}\n', '{"a": 2, "mcpServers": {"trevix": %s}}\n'),
+                ("cursor", b'{"a": 1}\n', '{"a": 1 , "mcpServers": {"trevix": %s}}\n')):
+            self.put(FILES[tool], before)
+            entry = json.dumps(install.Validator(self.at(".brask"), self.home).server())
+            with mock.patch.object(install.Cursor, "put", lambda *_: wrong % entry):
+                result = self.wire(tool)
+            self.assertEqual((1, before), (result.code, self.get(FILES[tool])))
+            self.assertIn("cannot be edited safely", result.err)
+
+    def test_taking_out_more_than_ours_is_refused(self):
+        self.put(CURSOR, b'{"a": 1}\n')
+        self.wire("cursor")
+        text = self.get(CURSOR)
+        with mock.patch.object(install.Cursor, "remove", lambda *_: "{}\n"):
+            result = self.unwire()
+        self.assertEqual((1, text), (result.code, self.get(CURSOR)))
+        self.assertIn("cannot be taken out safely", result.err)
 
 
 class ManifestTest(HomeTest):
