@@ -2,20 +2,20 @@
 
 namespace kelvane {
 
-OwnWorkspace::OwnWorkspace(Workspace& workspace, std::string_view bundleId, ProcessId self)
+OwnWorkspace::OwnWorkspace(Workspace& workspace, std::string_view bundleId)
     : m_workspace(workspace),
       m_bundleId(bundleId),
-      m_self(self) {}
+      m_classId("wmclass:" + m_bundleId) {}
 
 std::optional<RunningApp> OwnWorkspace::frontmost() {
     auto app = m_workspace.frontmost();
-    if (app) name(*app);
+    if (app) rename(*app);
     return app;
 }
 
 std::vector<RunningApp> OwnWorkspace::runningApplications() {
     auto apps = m_workspace.runningApplications();
-    for (auto& app : apps) name(app);
+    for (auto& app : apps) rename(app);
     return apps;
 }
 
@@ -23,8 +23,13 @@ bool OwnWorkspace::activate(ProcessId pid) {
     return m_workspace.activate(pid);
 }
 
-void OwnWorkspace::name(RunningApp& app) const {
-    if (app.pid == m_self) app.bundleId = m_bundleId;
+bool OwnWorkspace::activateItself() {
+    const auto own = kelvane::runningApplications(*this, m_bundleId);
+    return !own.empty() && activate(own.front().pid);
+}
+
+void OwnWorkspace::rename(RunningApp& app) const {
+    if (app.bundleId == m_classId) app.bundleId = m_bundleId;
 }
 
 } // namespace kelvane

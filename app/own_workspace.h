@@ -1,8 +1,9 @@
 // Is it this program itself that is in front?
 //
 // A system that finds an application by its installed description does not recognise one that was
-// never installed. This program knows its own number, so it can put its own name where the system
-// found another or none. Everything else passes through.
+// never installed, and names it by the class of its windows instead. This program gives its windows
+// its own identifier as their class, so it knows itself under that name too. Everything else passes
+// through.
 
 #pragma once
 
@@ -17,20 +18,22 @@ namespace kelvane {
 
 class OwnWorkspace : public Workspace {
 public:
-    /// `bundleId` is this program's identifier and `self` its process id, which is also the number
-    /// of its application. `workspace` must outlive this.
-    OwnWorkspace(Workspace& workspace, std::string_view bundleId, ProcessId self);
+    /// `bundleId` is this program's identifier. `workspace` must outlive this.
+    OwnWorkspace(Workspace& workspace, std::string_view bundleId);
 
     std::optional<RunningApp> frontmost() override;
     std::vector<RunningApp> runningApplications() override;
     bool activate(ProcessId pid) override;
 
+    /// Brings this program itself to the front. False when it has no window.
+    bool activateItself();
+
 private:
-    void name(RunningApp& app) const;
+    void rename(RunningApp& app) const;
 
     Workspace& m_workspace;
     std::string m_bundleId;
-    ProcessId m_self;
+    std::string m_classId;
 };
 
 } // namespace kelvane

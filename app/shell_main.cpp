@@ -1,120 +1,221 @@
-// The module's entry point: makes the platform and runs the application until it quits.
+// The module's entry point: makes the platform and the toolkit's application, and hands both to the
+// delegate.
 
-#include "app/companion_model.h"
-#include "app/console.h"
-#include "app/line_input.h"
-#include "app/past_host_terminal.h"
+#include "app/app_delegate.h"
+#include "app/model_ports.h"
+#include "app/own_workspace.h"
+#include "app/panel_item.h"
 #include "app/process_settings.h"
+#include "app/qt_shell/panel_trace.h"
+#include "app/qt_shell/qt_application.h"
+#include "app/qt_shell/qt_demo_window.h"
+#include "app/qt_shell/qt_panel_renderer.h"
+#include "app/qt_shell/qt_popover.h"
+#include "app/qt_shell/qt_status_item.h"
 #include "app/shell_module.h"
+#include "app/single_instance.h"
+#include "app/terminal_front_end.h"
 #include "catalog/catalog_loader.h"
-#include "detect/capture.h"
+#include "harness/installation.h"
+#include "harness/tool_wiring.h"
+#include "harness/uninstall.h"
+#include "platform/menu_bar_application.h"
 #include "platform/platform.h"
 
-#include <QCoreApplication>
-#include <QSocketNotifier>
-#include <QTimer>
+#include <QApplication>
+#include <QString>
 
-#include <chrono>
-#include <csignal>
-#include <fcntl.h>
+#include <algorithm>
+#include <cstdlib>
 #include <iostream>
+#include <optional>
 #include <unistd.h>
+#include <utility>
 
 namespace {
 
 using namespace kelvane;
 
-constexpr std::chrono::milliseconds kRefreshInterval{4'000};
-
-int quitPipe[2] = {-1, -1};
-
-void onQuitSignal(int) {
-    const char byte = 0;
-    [[maybe_unused]] const auto written = ::write(quitPipe[1], &byte, 1);
+/// What the toolkit prints, as this program's own words; what it cannot go on after ends the
+/// program without the trace of a crash.
+void reportToolkitMessage(QtMsgType type, const QMessageLogContext&, const QString& message) {
+    // A session without a runtime folder, and a display that went away, are nothing to speak of.
+    const bool idle = message.startsWith(QLatin1String("QStandardPaths: XDG_RUNTIME_DIR")) ||
+                      message.startsWith(QLatin1String("The X11 connection broke"));
+    if (type == QtDebugMsg || type == QtInfoMsg || idle) return;
+    const std::string line = "kelvane: " + message.toStdString() + "\n";
+    [[maybe_unused]] const auto written = ::write(STDERR_FILENO, line.data(), line.size());
+    if (type == QtFatalMsg) ::_exit(1);
 }
 
-/// From now on SIGINT and SIGTERM make `quitPipe[0]` readable instead of ending the process, so
-/// that the clipboard can be handed over. SIGPIPE is ignored: a display server that dies is no
-/// reason to.
-void catchQuitSignals() {
-    if (::pipe(quitPipe) != 0) return;
-    for (const int end : quitPipe) {
-        ::fcntl(end, F_SETFD, FD_CLOEXEC);
-        ::fcntl(end, F_SETFL, O_NONBLOCK);
+void nameApplication() {
+    const auto id = QString::fromUtf8(kBundleID.data(), static_cast<qsizetype>(kBundleID.size()));
+    // The name is also the class of the windows: that is how the program knows itself.
+    QCoreApplication::setApplicationName(id);
+    QGuiApplication::setApplicationDisplayName(QStringLiteral("Kelvane Companion"));
+    QGuiApplication::setDesktopFileName(id);
+    // The program lives in the menu bar: it goes on when its last window closes.
+    QGuiApplication::setQuitOnLastWindowClosed(false);
+}
+
+class QtWindows : public Windows {
+public:
+    QtWindows(Platform& platform, std::function<void()> bringForward)
+        : m_platform(platform),
+          m_bringForward(std::move(bringForward)) {}
+
+    std::unique_ptr<StatusItem> statusItem() override { return makeQtStatusItem(); }
+
+    std::unique_ptr<Popover> popover(CompanionModel& model) override {
+        return std::make_unique<QtPopover>(
+            QtPopover::Ports{.model = model,
+                             .images = images(),
+                             .clock = *m_platform.clock,
+                             .presses = *m_platform.presses,
+                             .bringForward = m_bringForward},
+            m_platform.environment->get(kPanelTraceVariable).value_or(""));
     }
-    struct sigaction action {};
-    action.sa_handler = onQuitSignal;
-    action.sa_flags = SA_RESTART;
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) ::sigaction(signal, &action, nullptr);
-    action.sa_handler = SIG_IGN;
-    ::sigaction(SIGPIPE, &action, nullptr);
+
+    std::unique_ptr<DemoWindow> demoWindow(CompanionModel& model, std::string_view title,
+                                           Size content) override {
+        return makeQtDemoWindow(model, images(), title, content);
+    }
+
+    [[nodiscard]] PanelImages images() const { return {*m_platform.icons, *m_platform.resources}; }
+
+private:
+    Platform& m_platform;
+    std::function<void()> m_bringForward;
+};
+
+enum class Shape { Picture, Demo, MenuBar };
+
+Shape shape(const std::optional<std::string>& renderPath) {
+    if (renderPath) return Shape::Picture;
+    return std::ranges::find(args(), "--demo") != args().end() ? Shape::Demo : Shape::MenuBar;
 }
 
-CompanionModel::Ports modelPorts(Platform& platform, Workspace& workspace) {
-    return {.workspace = workspace,
-            .processes = *platform.processes,
-            .files = *platform.files,
-            .environment = *platform.environment,
-            .http = *platform.http,
-            .clock = *platform.clock,
-            .dispatcher = *platform.dispatcher,
-            .capture = [&platform](const DetectedApp& app) {
-                return Capture::capture({.workspace = *platform.workspace,
-                                         .keyboard = *platform.keyboard,
-                                         .pasteboard = *platform.pasteboard,
-                                         .windows = *platform.windows,
-                                         .picture = *platform.picture,
-                                         .clock = *platform.clock},
-                                        app);
-            }};
+/// The status to end with when another instance does this one's work.
+std::optional<int> handOver(SingleInstance& instance) {
+    if (instance.role() != SingleInstance::Role::Later) return std::nullopt;
+    const auto token = kEnv().find("XDG_ACTIVATION_TOKEN");
+    if (instance.askToOpen(token == kEnv().end() ? "" : token->second)) return 0;
+    std::cerr << "kelvane: another instance runs but does not answer\n";
+    return 1;
 }
 
 int runApplication(int argc, char** argv) {
-    QCoreApplication application(argc, argv);
+    const auto renderPath = argValue("--render");
+    const Shape launched = shape(renderPath);
+    qInstallMessageHandler(reportToolkitMessage);
+    // A picture needs no display, so a machine without one can draw it too.
+    if (launched == Shape::Picture) qputenv("QT_QPA_PLATFORM", "offscreen");
+    useSoftwareRendering();
+    nameApplication();
+
+    // Before the toolkit is started: a second start should be over at once.
+    std::optional<SingleInstance> instance;
+    if (launched == Shape::MenuBar) {
+        std::error_code ignored;
+        instance.emplace(instanceFolder(kEnv(), std::string(kBundleID), ::geteuid(),
+                                        std::filesystem::temp_directory_path(ignored)),
+                         desktopName(kEnv()));
+        if (const auto status = handOver(*instance)) return *status;
+    }
+
+    QApplication toolkit(argc, argv);
+    makeAccessoryApplication();
     Platform platform = makePlatform();
-
+    OwnWorkspace workspace(*platform.workspace, kBundleID);
+    const auto folder = home(*platform.files);
     const auto data = braskHome(*platform.files);
-    const AppCatalog catalog = loadCatalog({.files = *platform.files,
-                                            .resources = *platform.resources,
-                                            .braskHome = data,
-                                            .standardError = std::cerr},
-                                           argValue("--catalog"));
 
-    PastHostTerminal workspace(*platform.workspace, *platform.windows,
-                               {.bundleId = platform.environment->get("__CFBundleIdentifier"),
-                                .window = windowNumber(platform.environment->get("WINDOWID"))});
-    CompanionModel model(modelPorts(platform, workspace), catalog, home(*platform.files));
+    const Installation installation{.home = folder,
+                                    .braskHome = data,
+                                    .bundleId = std::string(kBundleID),
+                                    .loginItem = platform.loginItem,
+                                    .configHome = configHome(*platform.environment, folder),
+                                    .dataHome = dataHome(*platform.environment, folder)};
 
-    const auto quit = [&] {
-        platform.quit->raise();
-        QCoreApplication::quit();
+    const auto bringForward = [&workspace] {
+        activateApplication();
+        workspace.activateItself();
     };
-    Console console(model, *platform.dispatcher, std::cout,
-                    {.quit = quit, .reportAddress = [&](const std::string& runId) {
-                         return EvalBridge::base(*platform.environment) + "/console?run=" + runId;
-                     }});
-    model.onQuit = quit;
+    const auto application =
+        makeQtApplication([&platform] { platform.quit->raise(); }, bringForward);
+    QtWindows windows(platform, bringForward);
+    QtTrayImages trayImages;
+    const auto renderer = makeQtPanelRenderer(windows.images());
+    const auto ticker = makeQtTicker();
 
-    LineInput input(
-        STDIN_FILENO, [&](std::string_view line) { console.handle(line); },
-        [&] { console.inputEnded(); });
-    catchQuitSignals();
-    QSocketNotifier quitting(quitPipe[0], QSocketNotifier::Read);
-    QObject::connect(&quitting, &QSocketNotifier::activated, quit);
+    AppDelegate::Actions actions;
+    actions.loadCatalog = [&](const std::optional<std::string>& explicitPath) {
+        return loadCatalog({.files = *platform.files,
+                            .resources = *platform.resources,
+                            .braskHome = data,
+                            .standardError = std::cerr},
+                           explicitPath);
+    };
+    actions.makeModel = [&](const AppCatalog& catalog) {
+        return std::make_unique<CompanionModel>(modelPorts(platform, workspace), catalog, folder);
+    };
+    actions.isInstalled = [&] { return ToolWiring::isInstalled(*platform.files, data); };
+    actions.runInstall = [&](bool firstRun) {
+        ToolWiring::runInstall(
+            {.files = *platform.files,
+             .processes = *platform.processes,
+             .bundle = *platform.resources,
+             .dialogs = *platform.dialogs,
+             .urls = *platform.urls},
+            installation,
+            {.connectURL = kConnectURL(), .noPersist = kNoPersist(), .noOpen = kNoOpen()},
+            firstRun);
+    };
+    actions.runUninstall = [&] {
+        Uninstall::runUninstall({.dialogs = *platform.dialogs,
+                                 .processes = *platform.processes,
+                                 .terminate = [&] { application->terminate(); }},
+                                installation);
+    };
+    actions.refreshRemoteCatalog = [&] {
+        refreshRemoteCatalog(
+            {.files = *platform.files, .http = *platform.http, .dispatcher = *platform.dispatcher},
+            kCatalogURL(), data);
+    };
+    actions.connectUrl = kConnectURL();
+    actions.serviceBase = [&] { return EvalBridge::base(*platform.environment); };
 
-    QTimer ticks;
-    QObject::connect(&ticks, &QTimer::timeout, [&] { model.refresh(); });
+    std::optional<AppDelegate> delegate;
+    delegate.emplace(AppDelegate::Ports{.application = *application,
+                                        .windows = windows,
+                                        .trayImages = trayImages,
+                                        .renderer = *renderer,
+                                        .ticker = *ticker,
+                                        .resources = *platform.resources,
+                                        .urls = *platform.urls,
+                                        .out = std::cout,
+                                        .err = std::cerr},
+                     std::move(actions), LaunchOptions{.args = args(), .renderPath = renderPath});
 
-    model.refresh();
-    console.start();
-    ticks.start(kRefreshInterval);
-    refreshRemoteCatalog(
-        {.files = *platform.files, .http = *platform.http, .dispatcher = *platform.dispatcher},
-        kCatalogURL(), data);
-    const int status = QCoreApplication::exec();
-    // Background jobs use what stands above: wait for them while it is still there.
+    const QuitOnSignal quitOnSignal([&] { application->terminate(); });
+    if (instance) {
+        instance->listen([&](const std::string& activationToken) {
+            // The toolkit takes the token from here when it next asks for the focus.
+            if (!activationToken.empty()) {
+                qputenv("XDG_ACTIVATION_TOKEN", QByteArray::fromStdString(activationToken));
+            }
+            delegate->openPopover();
+        });
+    }
+    application->later([&] { delegate->applicationDidFinishLaunching(); });
+    const int status = QApplication::exec();
+
+    // Background jobs use what stands above: wait for them while it is still there. The windows go
+    // after them, for a job's end may still be told to the model.
     platform.quit->raise();
+    instance.reset();
     platform.dispatcher.reset();
+    delegate.reset();
     return status;
 }
 
@@ -122,5 +223,6 @@ int runApplication(int argc, char** argv) {
 
 extern "C" int kelvaneRunApplication(int argc, char** argv) {
     kelvane::recordArgs(argc, argv);
-    return runApplication(argc, argv);
+    const bool terminal = std::ranges::find(kelvane::args(), "--terminal") != kelvane::args().end();
+    return terminal ? kelvane::runTerminalFrontEnd(argc, argv) : runApplication(argc, argv);
 }

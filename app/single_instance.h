@@ -1,0 +1,72 @@
+// Does this program run already for this user on this display, and can that one be told to show
+// itself?
+//
+// The first start holds a lock that the system takes back however the process ends, and listens on
+// a socket beside it; a later start finds the lock held, says what it was started with and goes.
+// Both lie in a folder that only this user can enter. Another display of the same user, say a
+// remote one, is another desktop with a program of its own.
+//
+// Main thread only; needs the toolkit's application object, and its event loop to hear of others.
+
+#pragma once
+
+#include <filesystem>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+
+class QLocalServer;
+
+namespace kelvane {
+
+using EnvironmentSnapshot = std::map<std::string, std::string>;
+
+/// What tells one desktop of a user from another, fit for a file's name: from WAYLAND_DISPLAY, else
+/// from DISPLAY without its screen number, else "console".
+[[nodiscard]] std::string desktopName(const EnvironmentSnapshot& environment);
+
+/// The folder for the lock and the socket: `name` in XDG_RUNTIME_DIR when that is an absolute path,
+/// else "`name`-`user`" in `temporary`.
+[[nodiscard]] std::filesystem::path instanceFolder(const EnvironmentSnapshot& environment,
+                                                   const std::string& name, unsigned user,
+                                                   const std::filesystem::path& temporary);
+
+class SingleInstance {
+public:
+    /// Tries to become the one instance called `desktop` in `folder`, which is made when missing.
+    /// A folder that belongs to someone else, or that others may enter, is not used.
+    SingleInstance(std::filesystem::path folder, const std::string& desktop);
+    ~SingleInstance();
+    SingleInstance(const SingleInstance&) = delete;
+    SingleInstance& operator=(const SingleInstance&) = delete;
+
+    enum class Role {
+        First,   ///< This is the one.
+        Later,   ///< Another one runs.
+        Unknown, ///< The folder cannot be used; the program had better run than not.
+    };
+    [[nodiscard]] Role role() const { return m_role; }
+
+    /// As the first one: has `opened` called, with the token that lets a window take the focus
+    /// (empty when there was none), for every later start.
+    void listen(std::function<void(std::string activationToken)> opened);
+
+    /// As a later one: tells the first one to show itself. False when it does not take the message
+    /// within two seconds.
+    [[nodiscard]] bool askToOpen(const std::string& activationToken);
+
+private:
+    [[nodiscard]] std::filesystem::path lockFile() const;
+    [[nodiscard]] std::filesystem::path socketFile() const;
+    void serve(std::function<void(std::string)> opened);
+
+    std::filesystem::path m_folder;
+    std::string m_desktop;
+    Role m_role = Role::Unknown;
+    int m_lock = -1;
+    std::unique_ptr<QLocalServer> m_server;
+};
+
+} // namespace kelvane
