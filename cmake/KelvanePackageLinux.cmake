@@ -1,0 +1,26 @@
+# The Linux side of KelvanePackage.
+include(GNUInstallDirs)
+
+install(DIRECTORY ${bundle} DESTINATION lib/kelvane USE_SOURCE_PERMISSIONS)
+# The bundle is found from where the link leads.
+set(link ${CMAKE_BINARY_DIR}/installed-link/kelvane)
+file(MAKE_DIRECTORY ${CMAKE_BINARY_DIR}/installed-link)
+file(CREATE_LINK ../lib/kelvane/Kelvane.app/Contents/MacOS/Kelvane ${link} SYMBOLIC)
+install(FILES ${link} DESTINATION ${CMAKE_INSTALL_BINDIR})
+install(TARGETS trevix-local RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+install(FILES ${CMAKE_SOURCE_DIR}/resources/brask.svg RENAME ${KELVANE_BUNDLE_ID}.svg
+  DESTINATION ${CMAKE_INSTALL_DATADIR}/icons/hicolor/scalable/apps)
+install(FILES ${CMAKE_SOURCE_DIR}/docs/kelvane.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+file(GLOB entries CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/resources/linux/*.desktop)
+install(FILES ${entries} DESTINATION ${CMAKE_INSTALL_DATADIR}/applications)
+
+set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+set(CPACK_DEBIAN_PACKAGE_NAME kelvane)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_SECTION utils)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+# What is loaded or run rather than linked: the panel's parts of Qt, the list of processes.
+set(CPACK_DEBIAN_PACKAGE_DEPENDS "procps, qml6-module-qtquick")
+set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "python3, qt6-wayland")
+set(CPACK_STRIP_FILES ON)

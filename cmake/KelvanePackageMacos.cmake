@@ -1,0 +1,29 @@
+# The macOS side of KelvanePackage.
+
+configure_file(${CMAKE_SOURCE_DIR}/resources/macos/Info.plist.in ${bundle}/Contents/Info.plist @ONLY)
+configure_file(${CMAKE_SOURCE_DIR}/resources/macos/kelvane.rb.in ${CMAKE_BINARY_DIR}/kelvane.rb @ONLY)
+
+find_package(Python3 REQUIRED COMPONENTS Interpreter)
+set(icon ${bundle}/Contents/Resources/Kelvane.icns)
+add_custom_command(OUTPUT ${icon}
+  COMMAND Python3::Interpreter ${CMAKE_SOURCE_DIR}/scripts/make-icns ${icon}
+          ${CMAKE_SOURCE_DIR}/resources/brask.png
+  DEPENDS ${CMAKE_SOURCE_DIR}/scripts/make-icns ${CMAKE_SOURCE_DIR}/resources/brask.png
+  VERBATIM)
+add_custom_target(bundle_icon ALL DEPENDS ${icon})
+add_dependencies(bundle_icon Kelvane) # which makes the folder
+
+install(DIRECTORY ${bundle} DESTINATION . USE_SOURCE_PERMISSIONS)
+# The program is linked against the Qt of the machine that builds it; this brings Qt along.
+get_target_property(qmake Qt6::qmake IMPORTED_LOCATION)
+cmake_path(GET qmake PARENT_PATH qt_programs)
+find_program(MACDEPLOYQT macdeployqt HINTS ${qt_programs})
+install(CODE "
+  execute_process(COMMAND \"${MACDEPLOYQT}\" \"\${CMAKE_INSTALL_PREFIX}/Kelvane.app\"
+    \"-executable=\${CMAKE_INSTALL_PREFIX}/Kelvane.app/Contents/Frameworks/$<TARGET_FILE_NAME:KelvaneShell>\"
+    \"-qmldir=${CMAKE_SOURCE_DIR}/app/qml\" -always-overwrite
+    COMMAND_ERROR_IS_FATAL ANY)")
+
+set(CPACK_GENERATOR DragNDrop)
+set(CPACK_PACKAGE_FILE_NAME Kelvane-${PROJECT_VERSION})
+set(CPACK_DMG_VOLUME_NAME Kelvane)
