@@ -96,6 +96,10 @@ def hook(arguments):
     if not keyed or not is_ours(event) or nothing_to_grade(event, data):
         return b""
     sys.path.insert(0, folder())
+    if b'"PostToolUse"' not in event:
+        from engine import reach
+        if reach.found_down(data):
+            return b""
     from engine import hook as engine_hook
     return engine_hook.answer(event, data)
 

@@ -1,5 +1,6 @@
 """The validator's engine: what `validate.py` does once there is something to do.
 
+    reach      is the service worth a try
     settings   which service, which key, which data folder
     client     the evaluation service: grade, iterate -> Verdict
     parts      a file or a text -> an Artifact: the parts to submit and their modality

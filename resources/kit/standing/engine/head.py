@@ -9,7 +9,6 @@ that there is nothing to do.
 
 from __future__ import annotations
 
-import re
 from collections import namedtuple
 
 LONGEST_LINE = 4096
@@ -25,6 +24,7 @@ Head = namedtuple("Head", "lines body found")
 
 def parse_lines(texts: list[str], where: str, first: int) -> tuple[list[Line], list[str]]:
     """The entries of these lines, and one sentence for each line that is none."""
+    import re  # only where there is something to read: it is slow to load
     lines, problems = [], []
     for number, text in enumerate(texts, first):
         stripped = text.strip()

@@ -15,12 +15,13 @@ Imports are where they are needed: this runs on every edit.
 import json
 import os
 
+from . import reach
 from .state import State
 
 TOOLS = ("Write", "Edit", "MultiEdit", "NotebookEdit")
 LARGEST_LOOKED_THROUGH = 1024 * 1024
 MOST_FILES = 40
-DOWN_SECONDS = {"unreachable": 30, "refused": 300, "slow": 600}
+DOWN_SECONDS = {"unreachable": reach.DOWN_SECONDS, "refused": 300, "slow": 600}
 LONGEST_REASON = 9000
 _SILENCE = b""
 
@@ -80,8 +81,7 @@ def at_stop(payload, state):
     paths = state.changed()
     if not paths:
         return None
-    if _refuses(settings.base):
-        state.note_down(DOWN_SECONDS["unreachable"])
+    if reach.found_down(state.folder):
         return None
     from . import stop
     said = stop.grade_changes(paths, _project(payload), settings, state,
@@ -138,23 +138,3 @@ def _secret_facts(path, payload, state):
     if facts:
         state.save(memory)
     return facts
-
-
-def _refuses(base):
-    """Whether a service on this machine refuses the connection, which it does at once. Spares a
-    client that is slow to load. False for any other service: only trying would tell."""
-    if not base.startswith("http://"):
-        return False
-    host, _, port = base[len("http://"):].partition("/")[0].rpartition(":")
-    if host not in ("127.0.0.1", "localhost") or not port.isdigit() or int(port) > 65535:
-        return False
-    try:
-        import _socket as socket  # what `socket` is made of, without what makes it slow to load
-    except ImportError:
-        import socket
-    probe = socket.socket(socket.AF_INET, socket.SOCK_STREAM)
-    try:
-        probe.settimeout(0.5)
-        return probe.connect_ex(("127.0.0.1", int(port))) != 0
-    finally:
-        probe.close()

@@ -12,6 +12,8 @@ import json
 import os
 import time
 
+from .reach import make_folder, note_down
+
 LONGEST_CHANGED = 64 * 1024
 LONGEST_SESSION = 512 * 1024
 MOST_SESSIONS = 200
@@ -25,6 +27,7 @@ class State:
     """The state of one session. `now` is the wall clock, in seconds."""
 
     def __init__(self, folder, session, now=time.time):
+        self.folder = folder
         self._root = os.path.join(folder, "state")
         self._name = file_name(session)
         self._now = now
@@ -39,8 +42,8 @@ class State:
         if line in known.splitlines(True) or len(known) + len(line) > LONGEST_CHANGED:
             return
         try:
-            _make_folder(self._root)
-            _make_folder(os.path.dirname(self._changed))
+            make_folder(self._root)
+            make_folder(os.path.dirname(self._changed))
             handle = os.open(self._changed, os.O_WRONLY | os.O_APPEND | os.O_CREAT, 0o600)
             try:
                 os.write(handle, line)
@@ -99,8 +102,8 @@ class State:
                 "tried": memory["tried"][-50:]}
         data = json.dumps(kept).encode("ascii")
         try:
-            _make_folder(self._root)
-            _make_folder(os.path.dirname(self._session))
+            make_folder(self._root)
+            make_folder(os.path.dirname(self._session))
             aside = "{}.{}".format(self._session, os.getpid())
             handle = os.open(aside, os.O_WRONLY | os.O_CREAT | os.O_TRUNC, 0o600)
             with os.fdopen(handle, "wb") as file:
@@ -119,14 +122,7 @@ class State:
 
     def note_down(self, seconds):
         """The service is not worth a try for so long."""
-        path = os.path.join(self._root, "down")
-        try:
-            _make_folder(self._root)
-            os.close(os.open(path, os.O_WRONLY | os.O_CREAT, 0o600))
-            until = self._now() + seconds
-            os.utime(path, (until, until))
-        except OSError:
-            pass
+        note_down(self._root, self._now() + seconds)
 
     def note_up(self):
         """The service answered."""
@@ -145,7 +141,7 @@ class State:
         except OSError:
             pass
         try:
-            _make_folder(self._root)
+            make_folder(self._root)
             os.close(os.open(mark, os.O_WRONLY | os.O_CREAT, 0o600))
             os.utime(mark, (now, now))
         except OSError:
@@ -174,17 +170,6 @@ def file_name(session):
 
 def _strings(value):
     return [v for v in value if isinstance(v, str)] if isinstance(value, list) else []
-
-
-def _make_folder(path):
-    """With what is missing above it, each for its owner alone."""
-    if os.path.isdir(path):
-        return
-    _make_folder(os.path.dirname(path))
-    try:
-        os.mkdir(path, 0o700)
-    except FileExistsError:
-        pass
 
 
 def _sweep(folder, now):
