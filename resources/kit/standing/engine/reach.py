@@ -1,8 +1,8 @@
 """Is the service worth a try, or known to be down?
 
-Asked before anything else is loaded, at the end of every turn that changed a file. A service on this
-machine that is not running refuses a connection at once; any other is down only when trying says so.
-The finding is kept for a short while as the time of change of the file `state/down`.
+Asked before anything else is loaded, at the end of every turn that changed a file. A service on
+this machine that is not running refuses a connection at once; any other is down only when trying
+says so. The finding is kept for a short while as the time of change of the file `state/down`.
 """
 
 import os
