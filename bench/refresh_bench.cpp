@@ -3,6 +3,9 @@
 // A virtual desktop with a real editor in front, the real adapters, the shipped catalog. Both sides
 // are measured in turns within one run, as CPU time (user and system) of this process and its
 // children, so that other work on the machine falls on both alike.
+//
+//     refresh_bench           the cost
+//     refresh_bench TICKS     instead, what that many refreshes do to the memory of the process
 
 #include "app/companion_model.h"
 #include "catalog/app_catalog.h"
@@ -16,7 +19,9 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <fstream>
 #include <functional>
+#include <string>
 #include <vector>
 
 namespace {
@@ -36,6 +41,28 @@ double cpu(int who) {
 double median(std::vector<double> values) {
     std::sort(values.begin(), values.end());
     return values[values.size() / 2];
+}
+
+/// Memory of this process alone, in kB: what it shares with nobody.
+long privateMemory() {
+    std::ifstream rollup("/proc/self/smaps_rollup");
+    long total = 0;
+    for (std::string line; std::getline(rollup, line);) {
+        if (line.starts_with("Private_")) total += std::stol(line.substr(line.find(':') + 1));
+    }
+    return total;
+}
+
+void printGrowth(CompanionModel& model, int ticks) {
+    constexpr int kSamples = 10;
+    for (int sample = 0; sample <= kSamples; ++sample) {
+        if (sample > 0) {
+            for (int i = 0; i < ticks / kSamples; ++i) model.refresh();
+        }
+        std::printf("after %6d refreshes %8ld kB private memory\n", sample * (ticks / kSamples),
+                    privateMemory());
+        std::fflush(stdout);
+    }
 }
 
 } // namespace
@@ -72,6 +99,11 @@ int main(int argc, char** argv) {
     if (!model.detected->app) {
         std::fputs("refresh_bench: the front application is not recognised\n", stderr);
         return 1;
+    }
+
+    if (argc > 1) {
+        printGrowth(model, std::atoi(argv[1]));
+        return 0;
     }
 
     const ProcessRequest listing{
