@@ -121,7 +121,14 @@ void SingleInstance::listen(std::function<void(std::string)> opened) {
     m_server->setSocketOptions(QLocalServer::UserAccessOption);
     QObject::connect(m_server.get(), &QLocalServer::newConnection,
                      [this, opened = std::move(opened)] { serve(opened); });
-    if (!m_server->listen(name)) m_server.reset();
+    if (!m_server->listen(name)) {
+        m_server.reset();
+        return;
+    }
+    std::error_code ignored;
+    std::filesystem::permissions(
+        socketFile(), std::filesystem::perms::owner_read | std::filesystem::perms::owner_write,
+        ignored);
 }
 
 void SingleInstance::serve(std::function<void(std::string)> opened) {

@@ -33,7 +33,9 @@ public:
     QtStatusItem() {
         QObject::connect(&m_icon, &QSystemTrayIcon::activated, &m_icon,
                          [this](QSystemTrayIcon::ActivationReason reason) {
+                             // The second of two quick clicks is a click as well.
                              const bool click = reason == QSystemTrayIcon::Trigger ||
+                                                reason == QSystemTrayIcon::DoubleClick ||
                                                 reason == QSystemTrayIcon::MiddleClick;
                              if (click && m_action) m_action();
                          });
