@@ -218,6 +218,23 @@ TEST_F(PanelDesktopTest, ClickOnTheBareDesktopClosesIt) {
     EXPECT_TRUE(waitUntilPanel(false));
 }
 
+TEST_F(PanelDesktopTest, ClickThatGivesNobodyTheKeyboardClosesItToo) {
+    startTray();
+    startEditor();
+    const auto program = startAndOpen();
+    // Bars and docks take clicks and leave the keyboard where it is.
+    auto& x = desktop.link();
+    const auto bar = xcb_generate_id(x.xcb());
+    const std::uint32_t unmanaged = 1;
+    xcb_create_window(x.xcb(), XCB_COPY_FROM_PARENT, bar, x.root(), 100, 800, 200, 40, 0,
+                      XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, XCB_CW_OVERRIDE_REDIRECT,
+                      &unmanaged);
+    xcb_map_window(x.xcb(), bar);
+    x.roundTrip();
+    clickAt(150, 820);
+    EXPECT_TRUE(waitUntilPanel(false));
+}
+
 TEST_F(PanelDesktopTest, ClickInsideLeavesItOpen) {
     startTray();
     startEditor();
