@@ -225,10 +225,11 @@ TEST_F(PanelDesktopTest, ClickThatGivesNobodyTheKeyboardClosesItToo) {
     // Bars and docks take clicks and leave the keyboard where it is.
     auto& x = desktop.link();
     const auto bar = xcb_generate_id(x.xcb());
-    const std::uint32_t unmanaged = 1;
+    // Its own presses: what nobody takes goes on to the desktop behind it.
+    const std::uint32_t values[] = {1, XCB_EVENT_MASK_BUTTON_PRESS};
     xcb_create_window(x.xcb(), XCB_COPY_FROM_PARENT, bar, x.root(), 100, 800, 200, 40, 0,
-                      XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, XCB_CW_OVERRIDE_REDIRECT,
-                      &unmanaged);
+                      XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT,
+                      XCB_CW_OVERRIDE_REDIRECT | XCB_CW_EVENT_MASK, values);
     xcb_map_window(x.xcb(), bar);
     x.roundTrip();
     clickAt(150, 820);
