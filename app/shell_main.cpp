@@ -12,6 +12,7 @@
 #include "app/qt_shell/qt_panel_renderer.h"
 #include "app/qt_shell/qt_popover.h"
 #include "app/qt_shell/qt_status_item.h"
+#include "app/qt_shell/quiet_time.h"
 #include "app/shell_module.h"
 #include "app/single_instance.h"
 #include "app/terminal_front_end.h"
@@ -21,6 +22,7 @@
 #include "harness/uninstall.h"
 #include "platform/menu_bar_application.h"
 #include "platform/platform.h"
+#include "platform/posix/idle_memory.h"
 
 #include <QApplication>
 #include <QString>
@@ -60,9 +62,11 @@ void nameApplication() {
 
 class QtWindows : public Windows {
 public:
-    QtWindows(Platform& platform, std::function<void()> bringForward)
+    QtWindows(Platform& platform, std::function<void()> bringForward,
+              std::function<void()> popoverWentAway)
         : m_platform(platform),
-          m_bringForward(std::move(bringForward)) {}
+          m_bringForward(std::move(bringForward)),
+          m_popoverWentAway(std::move(popoverWentAway)) {}
 
     std::unique_ptr<StatusItem> statusItem() override { return makeQtStatusItem(); }
 
@@ -72,7 +76,8 @@ public:
                              .images = images(),
                              .clock = *m_platform.clock,
                              .presses = *m_platform.presses,
-                             .bringForward = m_bringForward},
+                             .bringForward = m_bringForward,
+                             .wentAway = m_popoverWentAway},
             m_platform.environment->get(kPanelTraceVariable).value_or(""));
     }
 
@@ -86,6 +91,7 @@ public:
 private:
     Platform& m_platform;
     std::function<void()> m_bringForward;
+    std::function<void()> m_popoverWentAway;
 };
 
 enum class Shape { Picture, Demo, MenuBar };
@@ -143,7 +149,9 @@ int runApplication(int argc, char** argv) {
     };
     const auto application =
         makeQtApplication([&platform] { platform.quit->raise(); }, bringForward);
-    QtWindows windows(platform, bringForward);
+    // What starting, or showing the panel, has used is not kept for the hours until the next time.
+    QuietTime quietTime(releaseIdleMemory);
+    QtWindows windows(platform, bringForward, [&quietTime] { quietTime.begin(); });
     QtTrayImages trayImages;
     const auto renderer = makeQtPanelRenderer(windows.images());
     const auto ticker = makeQtTicker();
@@ -207,7 +215,10 @@ int runApplication(int argc, char** argv) {
             delegate->openPopover();
         });
     }
-    application->later([&] { delegate->applicationDidFinishLaunching(); });
+    application->later([&] {
+        delegate->applicationDidFinishLaunching();
+        quietTime.begin();
+    });
     const int status = QApplication::exec();
 
     // Background jobs use what stands above: wait for them while it is still there. The windows go

@@ -175,6 +175,7 @@ void QtPopover::hidden() {
     m_ports.presses.stop();
     resetPanel(*m_view->rootObject());
     m_view->releaseResources();
+    m_ports.wentAway();
 }
 
 } // namespace kelvane

@@ -41,6 +41,8 @@ public:
         PointerPresses& presses;
         /// Asks the system to bring this program forward.
         std::function<void()> bringForward;
+        /// Called whenever it has gone away.
+        std::function<void()> wentAway;
     };
 
     /// `traceFile`: where to write what is drawn and when; empty for nowhere.
