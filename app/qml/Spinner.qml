@@ -7,7 +7,7 @@ Item {
     id: root
 
     required property Theme theme
-    property int phase: 0
+    property real phase: 0
     readonly property int spokes: 8
     readonly property bool running: timer.running
 
@@ -18,10 +18,10 @@ Item {
 
     Timer {
         id: timer
-        interval: 100
+        interval: 33
         repeat: true
         running: root.visible && root.Window.window !== null && root.Window.window.visible
-        onTriggered: root.phase = (root.phase + 1) % root.spokes
+        onTriggered: root.phase = (root.phase + 0.3) % root.spokes
     }
     Repeater {
         model: root.spokes
