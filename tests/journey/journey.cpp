@@ -1,0 +1,128 @@
+#include "tests/journey/journey.h"
+
+#include <fstream>
+#include <sstream>
+#include <thread>
+
+namespace kelvane {
+
+namespace fs = std::filesystem;
+using namespace std::chrono_literals;
+
+std::string contents(const fs::path& path) {
+    std::ifstream in(path, std::ios::binary);
+    std::ostringstream text;
+    text << in.rdbuf();
+    return text.str();
+}
+
+void Journey::SetUpTestSuite() {
+    s_desktop = std::make_unique<VirtualDesktop>();
+    // Stands in for the browser: keeps the addresses that it was asked to show.
+    const auto programs = s_desktop->home() / "programs";
+    fs::create_directory(programs);
+    s_opened = s_desktop->home() / "opened.txt";
+    std::ofstream(programs / "xdg-open") << "#!/bin/sh\necho \"$1\" >> " << s_opened << "\n";
+    fs::permissions(programs / "xdg-open", fs::perms::owner_all);
+}
+
+void Journey::TearDownTestSuite() {
+    s_desktop.reset();
+}
+
+void Journey::SetUp() {
+    fs::remove(s_opened);
+    m_home = s_desktop->home();
+    m_program = KELVANE_PRODUCT;
+    m_panel = std::make_unique<PanelOnScreen>(*s_desktop);
+}
+
+void Journey::TearDown() {
+    m_product.reset();
+    for (const pid_t program : m_started) s_desktop->end(program);
+    m_panel.reset();
+}
+
+void Journey::startService() {
+    m_service = std::make_unique<Program>(
+        std::vector<std::string>{KELVANE_SERVICE, "--port", std::to_string(m_port), "--data",
+                                 (s_desktop->home() / "service").string()},
+        s_desktop->environment());
+    const auto line = m_service->readUntil("\n", 20s);
+    ASSERT_TRUE(line);
+    const std::string expected = "trevix-local listening on http://127.0.0.1:";
+    ASSERT_EQ(line->substr(0, expected.size()), expected);
+    m_port = std::stoi(line->substr(expected.size()));
+}
+
+std::string Journey::serviceAddress() const {
+    return "http://127.0.0.1:" + std::to_string(m_port);
+}
+
+std::string Journey::serviceKey() {
+    auto key = contents(s_desktop->home() / "service" / "key");
+    while (key.ends_with('\n')) key.pop_back();
+    return key;
+}
+
+void Journey::open(const std::vector<std::string>& command, const std::string& wmClass) {
+    m_started.push_back(s_desktop->start(command));
+    const auto window = s_desktop->waitForWindow(VirtualDesktop::ofClass(wmClass));
+    ASSERT_TRUE(window) << wmClass;
+    ASSERT_TRUE(s_desktop->activate(window->window));
+    std::this_thread::sleep_for(1s); // the window is there before its document is
+}
+
+void Journey::openAndSelectAll(const std::vector<std::string>& command,
+                               const std::string& wmClass) {
+    open(command, wmClass);
+    panel().press("ctrl+a");
+    std::this_thread::sleep_for(300ms);
+}
+
+fs::path Journey::document(const std::string& text, const std::string& name) {
+    const auto path = s_desktop->home() / name;
+    std::ofstream(path, std::ios::binary) << text;
+    return path;
+}
+
+std::map<std::string, std::string> Journey::productEnvironment() const {
+    auto environment = s_desktop->environment();
+    environment["HOME"] = m_home.string();
+    environment["PATH"] = (s_desktop->home() / "programs").string() + ":" + environment["PATH"];
+    environment["BRASK_API_BASE"] = serviceAddress();
+    environment["BRASK_API_KEY"] = serviceKey();
+    environment["KELVANE_PANEL_TRACE"] = m_panel->trace().string();
+    return environment;
+}
+
+void Journey::startProduct(const std::map<std::string, std::string>& more,
+                           std::vector<std::string> arguments) {
+    auto environment = productEnvironment();
+    for (const auto& [name, value] : more) environment[name] = value;
+    arguments.insert(arguments.begin(), m_program.string());
+    m_product = std::make_unique<Program>(arguments, environment);
+    ASSERT_TRUE(panel().waitForIcon());
+}
+
+PanelOnScreen::Frame Journey::pressAndWait(const std::string& button, const std::string& text) {
+    EXPECT_TRUE(panel().click(button)) << button << " is not there:\n" << panel().frame().all();
+    const auto frame = panel().waitForText(text);
+    EXPECT_TRUE(frame) << text << " was never said:\n" << panel().frame().all();
+    return frame.value_or(PanelOnScreen::Frame{});
+}
+
+void Journey::chooseFromMenu(const std::string& item) {
+    if (!panel().frame().shown) {
+        ASSERT_TRUE(panel().open());
+    }
+    ASSERT_TRUE(panel().click("Settings"));
+    ASSERT_TRUE(panel().click(item)) << item << " is not there:\n" << panel().frame().all();
+}
+
+void Journey::quitThroughTheMenu() {
+    chooseFromMenu("Quit");
+    EXPECT_EQ(m_product->waitForEnd(), 0);
+}
+
+} // namespace kelvane

@@ -1,0 +1,164 @@
+#include "tests/journey/panel_on_screen.h"
+
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <fstream>
+#include <thread>
+
+namespace kelvane {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto kBetweenClicks = 700ms;
+
+PanelOnScreen::Frame frameOf(const nlohmann::json& line) {
+    PanelOnScreen::Frame frame;
+    frame.time = line.at("time").get<double>();
+    frame.shown = true;
+    const auto window = line.at("window");
+    frame.x = window.at(0).get<int>();
+    frame.y = window.at(1).get<int>();
+    frame.width = window.at(2).get<int>();
+    frame.height = window.at(3).get<int>();
+    for (const auto& control : line.at("controls")) {
+        const auto& place = control.at("rect");
+        frame.controls.push_back({.name = control.at("name").get<std::string>(),
+                                  .role = control.at("role").get<std::string>(),
+                                  .enabled = control.at("enabled").get<bool>(),
+                                  .focused = control.at("focused").get<bool>(),
+                                  .x = place.at(0).get<int>(),
+                                  .y = place.at(1).get<int>(),
+                                  .width = place.at(2).get<int>(),
+                                  .height = place.at(3).get<int>()});
+    }
+    return frame;
+}
+
+} // namespace
+
+const PanelOnScreen::Control* PanelOnScreen::Frame::button(const std::string& name) const {
+    const auto found = std::ranges::find_if(controls, [&](const Control& control) {
+        return control.name == name && (control.role == "button" || control.role == "menuitem");
+    });
+    return found == controls.end() ? nullptr : &*found;
+}
+
+bool PanelOnScreen::Frame::says(const std::string& text) const {
+    return std::ranges::any_of(controls, [&](const Control& control) {
+        return control.name.find(text) != std::string::npos;
+    });
+}
+
+std::string PanelOnScreen::Frame::all() const {
+    std::string text = shown ? "" : "(not shown)\n";
+    for (const auto& control : controls) text += control.role + ": " + control.name + "\n";
+    return text;
+}
+
+PanelOnScreen::PanelOnScreen(VirtualDesktop& desktop)
+    : m_desktop(desktop),
+      m_trace(desktop.home() / "panel-trace.jsonl") {
+    m_tray = m_desktop.start({"trayer", "--edge", "top", "--align", "right", "--widthtype",
+                              "request", "--height", "28", "--monitor", "primary"});
+}
+
+PanelOnScreen::~PanelOnScreen() {
+    m_desktop.end(m_tray);
+    std::error_code ignored;
+    std::filesystem::remove(m_trace, ignored);
+}
+
+PanelOnScreen::Frame PanelOnScreen::frame() const {
+    std::ifstream trace(m_trace);
+    Frame last;
+    for (std::string text; std::getline(trace, text);) {
+        const auto line = nlohmann::json::parse(text, nullptr, false);
+        if (line.is_discarded()) continue; // being written
+        const auto event = line.at("event").get<std::string>();
+        if (event == "frame") last = frameOf(line);
+        if (event == "hidden") last = {};
+    }
+    return last;
+}
+
+std::optional<PanelOnScreen::Frame>
+PanelOnScreen::waitFor(const std::function<bool(const Frame&)>& wanted,
+                       std::chrono::milliseconds timeout) const {
+    Frame last;
+    const bool came = VirtualDesktop::waitUntil(
+        [&] {
+            last = frame();
+            return wanted(last);
+        },
+        timeout);
+    return came ? std::optional(last) : std::nullopt;
+}
+
+std::optional<PanelOnScreen::Frame>
+PanelOnScreen::waitForText(const std::string& text, std::chrono::milliseconds timeout) const {
+    return waitFor([&](const Frame& frame) { return frame.says(text); }, timeout);
+}
+
+std::optional<PanelOnScreen::Place> PanelOnScreen::icon() const {
+    auto& link = m_desktop.link();
+    for (const auto& window : m_desktop.windows()) {
+        if (window.instance != "trayer" && window.wmClass != "trayer") continue;
+        const XcbOwned<xcb_query_tree_reply_t> tree(
+            xcb_query_tree_reply(link.xcb(), xcb_query_tree(link.xcb(), window.window), nullptr));
+        const XcbOwned<xcb_get_geometry_reply_t> size(xcb_get_geometry_reply(
+            link.xcb(), xcb_get_geometry(link.xcb(), window.window), nullptr));
+        const XcbOwned<xcb_translate_coordinates_reply_t> corner(xcb_translate_coordinates_reply(
+            link.xcb(), xcb_translate_coordinates(link.xcb(), window.window, link.root(), 0, 0),
+            nullptr));
+        // A host without an icon is a sliver.
+        if (!tree || !size || !corner || size->width < 12) return std::nullopt;
+        return Place{corner->dst_x + size->width / 2, corner->dst_y + size->height / 2};
+    }
+    return std::nullopt;
+}
+
+bool PanelOnScreen::waitForIcon() const {
+    return VirtualDesktop::waitUntil([&] { return icon().has_value(); }, 20s);
+}
+
+void PanelOnScreen::clickIcon() {
+    std::this_thread::sleep_until(m_nextClick);
+    if (const auto place = icon()) clickAt(place->x, place->y);
+    m_nextClick = std::chrono::steady_clock::now() + kBetweenClicks;
+}
+
+bool PanelOnScreen::open() {
+    if (!waitForIcon()) return false;
+    clickIcon();
+    return waitFor([](const Frame& frame) { return frame.shown; }).has_value();
+}
+
+bool PanelOnScreen::click(const std::string& name) {
+    const auto there = waitFor([&](const Frame& frame) {
+        const Control* const control = frame.button(name);
+        return control != nullptr && control->enabled;
+    });
+    if (!there) return false;
+    const Control& control = *there->button(name);
+    clickAt(control.x + control.width / 2, control.y + control.height / 2);
+    return true;
+}
+
+void PanelOnScreen::clickAt(int x, int y) {
+    run({"xdotool", "mousemove", std::to_string(x), std::to_string(y), "click", "1"});
+}
+
+void PanelOnScreen::press(const std::string& key) {
+    run({"xdotool", "key", "--clearmodifiers", key});
+    m_nextClick = {}; // with a key in between, a click is one by itself
+}
+
+void PanelOnScreen::run(const std::vector<std::string>& command) {
+    const pid_t program = m_desktop.start(command);
+    VirtualDesktop::waitUntil([&] { return !m_desktop.running(program); });
+}
+
+} // namespace kelvane
