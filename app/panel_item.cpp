@@ -15,6 +15,8 @@
 #include <QVariant>
 #include <QtGlobal>
 
+#include <cmath>
+
 namespace kelvane {
 
 namespace {
@@ -70,11 +72,17 @@ std::unique_ptr<QQuickView> makePanelView(PanelBridge& bridge) {
     prepare(*view->engine(), bridge);
     view->setColor(Qt::transparent);
     view->setResizeMode(QQuickView::SizeViewToRootObject);
-    view->setInitialProperties(initialProperties(bridge));
+    QVariantMap properties = initialProperties(bridge);
+    properties[QStringLiteral("cornerRadius")] = kPanelCornerRadius;
+    view->setInitialProperties(properties);
     view->setSource(panelSource());
     QQuickItem* panel = view->rootObject();
     if (panel == nullptr) return nullptr;
-    const auto fit = [panel] { panel->setHeight(panel->implicitHeight()); };
+    // The view itself would follow its panel only in the next turn of the loop.
+    const auto fit = [panel, window = view.get()] {
+        panel->setHeight(std::ceil(panel->implicitHeight()));
+        window->resize(QSizeF(panel->width(), panel->height()).toSize());
+    };
     QObject::connect(panel, &QQuickItem::implicitHeightChanged, panel, fit);
     fit();
     return view;

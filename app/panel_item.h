@@ -17,6 +17,8 @@ class QQuickView;
 namespace kelvane {
 
 inline constexpr int kPanelWidth = 360;
+/// Of the corners that the panel of a view has, in points.
+inline constexpr int kPanelCornerRadius = 10;
 
 /// Makes this process draw its windows with the CPU alone: a panel needs no more, and a GPU context
 /// would cost many times the panel's memory.
@@ -33,11 +35,12 @@ void useSoftwareRendering();
                                                         QQuickItem* parent = nullptr);
 
 /// A hidden window without frame or flags of its own that holds a panel and is always as large as
-/// it. Its colour is transparent: the panel paints its own background. Null as above.
+/// it. The panel has a hairline along its edge, round at the corners; the window's colour is
+/// transparent and what lies outside the corners is for its owner to cut off. Null as above.
 [[nodiscard]] std::unique_ptr<QQuickView> makePanelView(PanelBridge& bridge);
 
-/// Lays the panel out at once, so that its implicitHeight is right before it is shown. A hidden
-/// window lays out nothing by itself.
+/// Lays the panel out at once, so that its implicitHeight (and the height of a view that holds it)
+/// is right before it is shown. A hidden window lays out nothing by itself.
 void layOutPanel(QQuickItem& panel);
 
 /// Ends what must not outlast the moment in which the panel is hidden: an open menu, a tool tip, a

@@ -5,6 +5,8 @@ FocusScope {
     id: root
 
     required property QtObject bridge
+    /// Above 0: a window of its own, with a hairline along its edge.
+    property real cornerRadius: 0
 
     /// Escape was pressed and there was nothing in the panel for it to end.
     signal dismissed
@@ -133,5 +135,11 @@ FocusScope {
     HintBubble {
         id: bubble
         theme: root.theme
+    }
+    PanelEdge {
+        theme: root.theme
+        radius: root.cornerRadius
+        visible: radius > 0
+        anchors.fill: parent
     }
 }

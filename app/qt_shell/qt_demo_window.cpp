@@ -22,7 +22,7 @@ public:
     QtDemoWindow(CompanionModel& model, PanelImages images, std::string_view title, Size content)
         : m_bridge(model, images),
           m_appearance(m_bridge),
-          m_panel(makePanelItem(m_engine, m_bridge)) {
+          m_panel(makePanelItem(m_engine, m_bridge, m_window.contentItem())) {
         m_window.setTitle(QString::fromUtf8(title.data(), static_cast<qsizetype>(title.size())));
         m_window.setFlags(Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint |
                           Qt::WindowSystemMenuHint | Qt::WindowCloseButtonHint);
@@ -31,7 +31,6 @@ public:
         m_window.setMaximumSize(size);
         m_window.resize(size);
         if (m_panel) {
-            m_panel->setParentItem(m_window.contentItem());
             m_panel->setWidth(content.width);
             // The panel's own ground goes on to the window's lower edge.
             const auto fit = [panel = m_panel.get(), content] {

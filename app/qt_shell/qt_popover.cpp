@@ -10,8 +10,6 @@
 #include <QCursor>
 #include <QGuiApplication>
 #include <QPainterPath>
-#include <QQmlComponent>
-#include <QQmlEngine>
 #include <QQuickItem>
 #include <QQuickView>
 #include <QRegion>
@@ -22,8 +20,6 @@
 namespace kelvane {
 
 namespace {
-
-constexpr int kCornerRadius = 10;
 
 Point point(const QPoint& from) {
     return {from.x(), from.y()};
@@ -42,18 +38,6 @@ std::vector<Screen> screensOfTheDesktop() {
     }
     return screens;
 }
-
-/// The hairline around the panel, above everything in it and in nobody's way.
-constexpr const char* kEdge = R"(import QtQuick
-Rectangle {
-    anchors.fill: parent
-    color: "transparent"
-    radius: 10
-    antialiasing: true
-    border.width: 1
-    border.color: panel.dark ? Qt.rgba(1, 1, 1, 0.22) : Qt.rgba(0, 0, 0, 0.2)
-    required property QtObject panel
-})";
 
 } // namespace
 
@@ -89,16 +73,6 @@ void QtPopover::build() {
     m_view->setPersistentSceneGraph(false);
     m_view->setPersistentGraphics(false);
 
-    QQmlComponent edge(m_view->engine());
-    edge.setData(kEdge, QUrl());
-    auto* const drawn = qobject_cast<QQuickItem*>(edge.createWithInitialProperties(
-        {{QStringLiteral("panel"), QVariant::fromValue<QObject*>(m_bridge.get())},
-         {QStringLiteral("parent"), QVariant::fromValue(m_view->contentItem())}}));
-    if (drawn != nullptr) {
-        drawn->setParent(m_view->contentItem());
-        drawn->setParentItem(m_view->contentItem());
-    }
-
     connect(m_view->rootObject(), SIGNAL(dismissed()), this, SLOT(close()));
     connect(m_view.get(), &QWindow::activeChanged, this, &QtPopover::activeChanged);
     connect(m_view.get(), &QWindow::heightChanged, this, [this] {
@@ -115,7 +89,9 @@ void QtPopover::build() {
 void QtPopover::show(const PopoverAnchor& anchor) {
     if (!m_view) build();
     if (!m_view) return;
+    // The first frame shows what holds now, in a window of the right height.
     m_bridge->redraw();
+    layOutPanel(*m_view->rootObject());
     m_beside.item = anchor.item;
     m_beside.pointer = anchor.byPointer ? std::optional(point(QCursor::pos())) : std::nullopt;
     m_closed.reset();
@@ -145,8 +121,8 @@ void QtPopover::place() {
 
 void QtPopover::shape() {
     QPainterPath outline;
-    outline.addRoundedRect(QRectF(QPointF(0, 0), QSizeF(m_view->size())), kCornerRadius,
-                           kCornerRadius);
+    outline.addRoundedRect(QRectF(QPointF(0, 0), QSizeF(m_view->size())), kPanelCornerRadius,
+                           kPanelCornerRadius);
     m_view->setMask(QRegion(outline.toFillPolygon().toPolygon()));
 }
 

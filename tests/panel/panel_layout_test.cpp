@@ -5,7 +5,9 @@
 #include <gtest/gtest.h>
 
 #include <QQmlEngine>
+#include <QQuickView>
 
+#include <cmath>
 #include <memory>
 #include <vector>
 
@@ -135,6 +137,35 @@ TEST(PanelLayout, HeightFollowsTheContent) {
     laid.bridge->redraw();
     layOutPanel(*laid.panel);
     EXPECT_GT(laid.panel->implicitHeight(), before + 50);
+}
+
+TEST(PanelLayout, AViewHasThePanelsHeightBeforeItIsShown) {
+    PanelFixture fixture;
+    PanelBridge bridge(fixture.model, fixture.images);
+    const auto view = makePanelView(bridge);
+    layOutPanel(*view->rootObject());
+    const int before = view->height();
+    fixture.model.seedDemo();
+    bridge.redraw();
+    layOutPanel(*view->rootObject());
+    EXPECT_GT(view->height(), before + 50);
+    EXPECT_EQ(view->height(), std::ceil(view->rootObject()->implicitHeight()));
+    EXPECT_EQ(view->width(), kPanelWidth);
+}
+
+TEST(PanelLayout, OnlyAWindowOfItsOwnHasAHairlineAlongItsEdge) {
+    PanelFixture fixture;
+    PanelBridge bridge(fixture.model, fixture.images);
+    const auto view = makePanelView(bridge);
+    const auto* edge = view->rootObject()->findChild<QQuickItem*>("edge");
+    ASSERT_NE(edge, nullptr);
+    EXPECT_TRUE(edge->property("visible").toBool());
+    EXPECT_EQ(edge->property("radius").toInt(), kPanelCornerRadius);
+    EXPECT_EQ(edge->size(), view->rootObject()->size());
+    EXPECT_EQ(view->rootObject()->childItems().last(), edge) << "above everything";
+    QQmlEngine engine;
+    const auto panel = makePanelItem(engine, bridge);
+    EXPECT_FALSE(panel->findChild<QQuickItem*>("edge")->isVisible());
 }
 
 } // namespace
