@@ -15,7 +15,6 @@
 #include "app/qt_shell/quiet_time.h"
 #include "app/shell_module.h"
 #include "app/single_instance.h"
-#include "app/terminal_front_end.h"
 #include "catalog/catalog_loader.h"
 #include "harness/installation.h"
 #include "harness/tool_wiring.h"
@@ -234,6 +233,5 @@ int runApplication(int argc, char** argv) {
 
 extern "C" int kelvaneRunApplication(int argc, char** argv) {
     kelvane::recordArgs(argc, argv);
-    const bool terminal = std::ranges::find(kelvane::args(), "--terminal") != kelvane::args().end();
-    return terminal ? kelvane::runTerminalFrontEnd(argc, argv) : runApplication(argc, argv);
+    return runApplication(argc, argv);
 }
