@@ -9,6 +9,7 @@
 #include "detect/live_agent_scan.h"
 #include "platform/machine.h"
 #include "selftest/self_test.h"
+#include "text/build_version.h"
 
 #include <algorithm>
 #include <future>
@@ -80,7 +81,7 @@ Answer detect() {
 }
 
 Answer version() {
-    return {"kelvane " KELVANE_VERSION "\n"};
+    return {"kelvane " + std::string(text::buildVersion()) + '\n'};
 }
 
 Answer help() {

@@ -7,9 +7,15 @@
 
 namespace kelvane {
 
+namespace {
+
+/// The same on every system.
+constexpr const char* kModule = "libKelvaneShell.so";
+
+} // namespace
+
 int runShell(int argc, char** argv) {
-    const auto module =
-        currentExecutable().parent_path().parent_path() / "Frameworks" / KELVANE_SHELL_MODULE;
+    const auto module = currentExecutable().parent_path().parent_path() / "Frameworks" / kModule;
     void* const library = ::dlopen(module.c_str(), RTLD_NOW | RTLD_LOCAL);
     void* const symbol = library == nullptr ? nullptr : ::dlsym(library, "kelvaneRunApplication");
     if (symbol == nullptr) {

@@ -5,6 +5,7 @@
 #include "service/job_queue.h"
 #include "service/key_file.h"
 #include "service/run_store.h"
+#include "text/build_version.h"
 
 #include <chrono>
 #include <csignal>
@@ -138,7 +139,7 @@ int run(int argc, char** argv) {
         return 0;
     }
     if (line.action == CommandLine::Action::version) {
-        std::puts("trevix-local " TREVIX_VERSION);
+        std::puts(("trevix-local " + std::string(kelvane::text::buildVersion())).c_str());
         return 0;
     }
 

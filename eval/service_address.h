@@ -1,0 +1,23 @@
+// Where does the evaluation service live? The one place that says so.
+//
+// Configure with -DKELVANE_SERVICE_BASE=https://… to point a build at another service. At run time
+// BRASK_API_BASE overrides it for the client.
+
+#pragma once
+
+#include <string_view>
+
+#ifndef KELVANE_SERVICE_BASE
+#define KELVANE_SERVICE_BASE "https://trevix.example"
+#endif
+
+namespace kelvane {
+
+/// An https origin without a path and without a slash at its end.
+inline constexpr std::string_view kServiceBase = KELVANE_SERVICE_BASE;
+static_assert(kServiceBase.starts_with("https://") &&
+                  kServiceBase.find_first_of("/?#", std::string_view("https://").size()) ==
+                      std::string_view::npos,
+              "KELVANE_SERVICE_BASE must be an https origin, without a path");
+
+} // namespace kelvane
