@@ -1,18 +1,10 @@
 #include "platform/machine.h"
 #include "platform/macos/macos_platform.h"
-#include "platform/posix/posix_platform.h"
 
 namespace kelvane {
 
-Host makeHost() {
-    Host host;
-    host.quit = std::make_unique<QuitSignal>();
-    host.environment = makePosixEnvironment();
-    host.files = makePosixFileSystem();
-    host.resources = makeBundleResources(currentExecutable());
-    host.processes = makePosixProcessRunner();
-    host.clock = makePosixClock(*host.quit);
-    return host;
+LoginItem systemLoginItem() {
+    return LoginItem::LaunchAgent;
 }
 
 std::unique_ptr<Workspace> makeWorkspace(const Host&) {

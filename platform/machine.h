@@ -39,6 +39,9 @@ struct Host {
     LoginItem loginItem = LoginItem::LaunchAgent; ///< What this system goes by.
 };
 
+/// What this system goes by, without making anything.
+[[nodiscard]] LoginItem systemLoginItem();
+
 /// Connects to nothing.
 [[nodiscard]] Host makeHost();
 

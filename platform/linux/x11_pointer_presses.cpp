@@ -47,7 +47,7 @@ public:
 
     void start(std::function<void()> pressed) override {
         stop();
-        if (m_display.empty()) return;
+        if (m_display.empty() || !pressed) return;
         auto link = X11Connection::open(m_display);
         if (!link || !selectRawPresses(*link)) return;
         m_wake = ::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);

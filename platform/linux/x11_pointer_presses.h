@@ -10,8 +10,8 @@
 namespace kelvane {
 
 /// Connects to `display` anew for every start and leaves again with the stop: while nobody listens
-/// there is no thread and no link. An empty `display`, one that does not answer and one without the
-/// extension never tell.
+/// there is no thread and no link. Presses are told on a thread of its own. An empty `display`, one
+/// that does not answer and one without the extension never tell.
 [[nodiscard]] std::unique_ptr<PointerPresses> makeX11PointerPresses(std::string display);
 
 } // namespace kelvane

@@ -13,11 +13,15 @@ class PointerPresses {
 public:
     virtual ~PointerPresses() = default;
 
-    /// From now on has `pressed` called, on a thread of the adapter's own, whenever a button goes
-    /// down, wherever the pointer is. Does nothing where the system does not tell. Main thread.
+    /// From now on has `pressed` called whenever a button goes down, wherever the pointer is: over
+    /// this program's own windows too. The call comes on the thread on which the system tells,
+    /// which may be the main one or one of the adapter's own; `pressed` must therefore do for any
+    /// thread, return soon, and neither start nor stop. It takes the place of what an earlier start
+    /// named. Does nothing where the system does not tell and for an empty function. Main thread.
     virtual void start(std::function<void()> pressed) = 0;
 
-    /// No call begins after this returns. Costs nothing until the next start. Main thread.
+    /// No call is under way or begins after this returns. Costs nothing until the next start. Main
+    /// thread.
     virtual void stop() = 0;
 };
 

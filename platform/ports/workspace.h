@@ -20,8 +20,10 @@ public:
     /// The application that has the user's attention now, or nothing when none has.
     [[nodiscard]] virtual std::optional<RunningApp> frontmost() = 0;
 
-    /// Every running application that shows itself to the user, each instance once. The order is
-    /// stable while the set is: oldest first where the system tells.
+    /// Every application that the system counts as running, each instance once. macOS keeps such a
+    /// list, and those without a Dock icon or a window are in it; on Linux an application is what
+    /// has a window, so a program that merely runs in the background is not. The order is stable
+    /// while the set is: oldest first where the system tells.
     [[nodiscard]] virtual std::vector<RunningApp> runningApplications() = 0;
 
     /// Asks the system to bring this instance forward and returns without waiting for it. False

@@ -2,8 +2,10 @@
 #include "platform/posix/unique_fd.h"
 
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <cerrno>
+#include <climits>
 #include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
@@ -13,6 +15,7 @@
 #include <string>
 #include <sys/stat.h>
 #include <system_error>
+#include <unistd.h>
 #include <vector>
 
 namespace kelvane {
@@ -25,6 +28,17 @@ constexpr std::size_t kReadAtOnce = 65536;
 constexpr off_t kMaxFileSize = off_t{1} << 30;
 constexpr int kMaxLinks = 40;
 constexpr mode_t kPermissions = S_IRWXU | S_IRWXG | S_IRWXO;
+
+/// Where short-lived files go when the environment does not say.
+std::string usualTemporaryFolder() {
+#ifdef __APPLE__
+    // Each user has one of their own, which nobody else can look into.
+    std::array<char, PATH_MAX> folder{};
+    const std::size_t size = ::confstr(_CS_DARWIN_USER_TEMP_DIR, folder.data(), folder.size());
+    if (size > 1 && size <= folder.size() && folder[0] == '/') return folder.data();
+#endif
+    return "/tmp";
+}
 
 /// A path as a C string would end at the first NUL and name another file.
 bool isUsable(const fs::path& path) {
@@ -315,7 +329,7 @@ public:
 
     fs::path temporaryDirectory() override {
         const char* named = std::getenv("TMPDIR");
-        std::string folder = named != nullptr && named[0] == '/' ? named : "/tmp";
+        std::string folder = named != nullptr && named[0] == '/' ? named : usualTemporaryFolder();
         if (!folder.ends_with('/')) folder += '/';
         return folder;
     }

@@ -27,7 +27,8 @@ class QuitSignal;
 /// Reads regular files of up to 1 GiB, nothing else; a write goes to the file that a link leads to,
 /// which keeps its permissions, and gives a new file 0644 less the umask. A tree that holds
 /// anything but files, folders and links is not copied. `temporaryDirectory()` is $TMPDIR where
-/// that is an absolute path and "/tmp" otherwise, and ends with a slash.
+/// that is an absolute path, else on macOS the user's own folder for such files, else "/tmp"; it
+/// ends with a slash.
 [[nodiscard]] std::unique_ptr<FileSystem> makePosixFileSystem();
 
 /// The child gets this program's environment, with the signal mask empty and SIGPIPE as usual.

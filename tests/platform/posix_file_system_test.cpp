@@ -399,6 +399,17 @@ private:
     std::optional<std::string> m_before;
 };
 
+/// Where short-lived files go without the variable.
+std::string usualTemporaryFolder() {
+#ifdef _CS_DARWIN_USER_TEMP_DIR
+    std::string own(confstr(_CS_DARWIN_USER_TEMP_DIR, nullptr, 0), '\0');
+    confstr(_CS_DARWIN_USER_TEMP_DIR, own.data(), own.size());
+    return own.c_str();
+#else
+    return "/tmp/";
+#endif
+}
+
 TEST_F(PosixFileSystemTest, TemporaryFolderFollowsTheVariable) {
     ScopedVariable variable("TMPDIR");
     struct Case {
@@ -409,9 +420,9 @@ TEST_F(PosixFileSystemTest, TemporaryFolderFollowsTheVariable) {
              {"/var/folders/a/T/", "/var/folders/a/T/"},
              {"/var/folders/a/T", "/var/folders/a/T/"},
              {"/", "/"},
-             {"", "/tmp/"},
-             {"relative", "/tmp/"},
-             {std::nullopt, "/tmp/"},
+             {"", usualTemporaryFolder()},
+             {"relative", usualTemporaryFolder()},
+             {std::nullopt, usualTemporaryFolder()},
          }) {
         variable.set(test.value);
         EXPECT_EQ(files->temporaryDirectory().string(), test.folder);
