@@ -6,16 +6,15 @@
 #pragma once
 
 #include "app/panel_bridge.h"
+#include "app/panel_portal.h"
 
-#include <QDBusVariant>
 #include <QObject>
+
+#include <memory>
 
 class QPalette;
 
 namespace kelvane {
-
-/// What the settings portal says under "org.freedesktop.appearance", "color-scheme".
-enum class ColorScheme { noPreference, dark, light };
 
 /// The portal's number; whatever it does not define is no preference.
 [[nodiscard]] ColorScheme colorScheme(unsigned number);
@@ -33,15 +32,12 @@ public:
 
     bool eventFilter(QObject* watched, QEvent* event) override;
 
-private slots:
-    void portalSettingChanged(const QString& space, const QString& key, const QDBusVariant& value);
-
 private:
-    void askPortal();
     void apply();
 
     PanelBridge& m_bridge;
     ColorScheme m_scheme = ColorScheme::noPreference;
+    std::unique_ptr<QObject> m_portal;
 };
 
 } // namespace kelvane
