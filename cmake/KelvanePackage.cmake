@@ -27,6 +27,7 @@ set(CPACK_PACKAGE_HOMEPAGE_URL ${KELVANE_SERVICE_BASE})
 set(CPACK_RESOURCE_FILE_LICENSE ${CMAKE_SOURCE_DIR}/LICENSE)
 set(CPACK_VERBATIM_VARIABLES ON)
 
+include(KelvaneIcon)
 set(bundle ${CMAKE_BINARY_DIR}/Kelvane.app)
 if(APPLE)
   include(KelvanePackageMacos)

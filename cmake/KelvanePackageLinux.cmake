@@ -14,6 +14,11 @@ install(FILES ${CMAKE_SOURCE_DIR}/docs/kelvane.1 DESTINATION ${CMAKE_INSTALL_MAN
 file(GLOB entries CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/resources/linux/*.desktop)
 install(FILES ${entries} DESTINATION ${CMAKE_INSTALL_DATADIR}/applications)
 
+# Nothing here shows it; the tests do look at what the recipe makes.
+if(BUILD_TESTING)
+  kelvane_icon(macos_icon ${CMAKE_BINARY_DIR}/Kelvane.icns)
+endif()
+
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_DEBIAN_PACKAGE_NAME kelvane)

@@ -3,15 +3,7 @@
 configure_file(${CMAKE_SOURCE_DIR}/resources/macos/Info.plist.in ${bundle}/Contents/Info.plist @ONLY)
 configure_file(${CMAKE_SOURCE_DIR}/resources/macos/kelvane.rb.in ${CMAKE_BINARY_DIR}/kelvane.rb @ONLY)
 
-find_package(Python3 REQUIRED COMPONENTS Interpreter)
-set(icon ${bundle}/Contents/Resources/Kelvane.icns)
-add_custom_command(OUTPUT ${icon}
-  COMMAND Python3::Interpreter ${CMAKE_SOURCE_DIR}/scripts/make-icns ${icon}
-          ${CMAKE_SOURCE_DIR}/resources/brask.png
-  DEPENDS ${CMAKE_SOURCE_DIR}/scripts/make-icns ${CMAKE_SOURCE_DIR}/resources/brask.png
-  VERBATIM)
-add_custom_target(bundle_icon ALL DEPENDS ${icon})
-add_dependencies(bundle_icon Kelvane) # which makes the folder
+kelvane_icon(bundle_icon ${bundle}/Contents/Resources/Kelvane.icns)
 
 install(DIRECTORY ${bundle} DESTINATION . USE_SOURCE_PERMISSIONS)
 # The program is linked against the Qt of the machine that builds it; this brings Qt along.

@@ -1,8 +1,8 @@
 #include "app/panel_picture.h"
 
 #include "app/app_icon_provider.h"
-#include "panel/mark_picture.h"
 #include "panel/panel_states.h"
+#include "resources/mark_picture.h"
 
 #include <gtest/gtest.h>
 
@@ -128,7 +128,7 @@ TEST(SymbolPicture, EverySymbolIsDrawnInTheColourAskedFor) {
 }
 
 TEST(Mark, ThePictureIsWhatItsSourceDraws) {
-    const auto drawn = markPicture(KELVANE_SOURCE_DIR "/resources/brask.svg");
+    const auto drawn = markPicture(KELVANE_SOURCE_DIR "/resources/brask.svg", 256);
     const auto shipped =
         QImage(KELVANE_SOURCE_DIR "/resources/brask.png").convertToFormat(QImage::Format_ARGB32);
     ASSERT_EQ(shipped.size(), drawn.size());
@@ -142,6 +142,15 @@ TEST(Mark, ThePictureIsWhatItsSourceDraws) {
         }
     }
     EXPECT_LT(different, 64);
+}
+
+TEST(Mark, IsDrawnInAnySizeThatThereIs) {
+    const char* const source = KELVANE_SOURCE_DIR "/resources/brask.svg";
+    for (const int side : {1, 16, 1024}) {
+        EXPECT_EQ(markPicture(source, side).size(), QSize(side, side));
+    }
+    for (const int side : {0, -1}) EXPECT_TRUE(markPicture(source, side).isNull()) << side;
+    EXPECT_TRUE(markPicture(KELVANE_SOURCE_DIR "/LICENSE", 16).isNull());
 }
 
 TEST(Mark, AtItsTraySizeItIsReadableOnLightAndDarkBars) {

@@ -1,14 +1,14 @@
-#include "panel/mark_picture.h"
+#include "resources/mark_picture.h"
 
 #include <QPainter>
 #include <QSvgRenderer>
 
 namespace kelvane {
 
-QImage markPicture(const QString& source) {
+QImage markPicture(const QString& source, int side) {
     QSvgRenderer renderer(source);
-    if (!renderer.isValid()) return {};
-    QImage picture(256, 256, QImage::Format_ARGB32);
+    if (!renderer.isValid() || side <= 0) return {};
+    QImage picture(side, side, QImage::Format_ARGB32);
     picture.fill(Qt::transparent);
     QPainter painter(&picture);
     painter.setRenderHint(QPainter::Antialiasing);
