@@ -58,12 +58,20 @@ def png(side, pixel, colour=6, depth=8, interlaced=0, filters=None):
             chunk(b"IDAT", zlib.compress(data)) + chunk(b"IEND", b""))
 
 
-def pixels(picture):
-    """side, {(x, y): RGBA} of an unfiltered RGBA picture, as make-icns writes them."""
+def raster(picture):
+    """side, what gives the RGBA at x, y: of an unfiltered RGBA picture, as make-icns writes them."""
     side = struct.unpack(">I", picture[16:20])[0]
     data = zlib.decompress(picture[41:41 + struct.unpack(">I", picture[33:37])[0]])
-    return side, {(x, y): tuple(data[y * (side * 4 + 1) + 1 + 4 * x:][:4])
-                  for y in range(side) for x in range(side)}
+
+    def at(x, y):
+        place = y * (side * 4 + 1) + 1 + 4 * x
+        return tuple(data[place:place + 4])
+    return side, at
+
+
+def pixels(picture):
+    side, at = raster(picture)
+    return side, {(x, y): at(x, y) for y in range(side) for x in range(side)}
 
 
 def entries(icns):
@@ -163,6 +171,21 @@ class IconFile(unittest.TestCase):
         for kind, side in {"icp4": 16, "icp5": 32, "ic07": 128, "ic08": 256, "ic11": 32,
                            "ic12": 64, "ic13": 256}.items():
             self.assertEqual(sides[kind], (side, side), kind)
+
+    def test_icon_that_the_build_makes_has_every_size_in_its_own_pixels(self):
+        if "KELVANE_ICON" not in os.environ:
+            self.skipTest("a build without the panel makes no icon")
+        found = entries(pathlib.Path(os.environ["KELVANE_ICON"]).read_bytes())
+        sides = {kind: struct.unpack(">II", picture[16:24]) for kind, picture in found.items()}
+        self.assertEqual(sides, {
+            "icp4": (16, 16), "icp5": (32, 32), "ic07": (128, 128), "ic08": (256, 256),
+            "ic09": (512, 512), "ic10": (1024, 1024), "ic11": (32, 32), "ic12": (64, 64),
+            "ic13": (256, 256), "ic14": (512, 512)})
+        # Drawn anew in each size, the mark keeps its place: the rim is clear, the tile is not.
+        for kind in ("icp4", "ic07", "ic10"):
+            side, at = raster(found[kind])
+            self.assertEqual(at(0, 0)[3], 0, kind)
+            self.assertEqual(at(side // 2, side - 1 - side // 10)[3], 255, kind)
 
     def test_nothing_is_scaled_up(self):
         self.assertEqual(sorted(self.made(png(32, lambda x, y: (1, 2, 3, 255)))),
@@ -373,7 +396,7 @@ class Packaging(unittest.TestCase):
 
     def test_only_what_the_old_bash_of_macos_knows_is_used(self):
         newer = re.compile(r"\b(mapfile|readarray|coproc|declare -A|local -n)\b|\$\{\w+(,,|\^\^)|&>>|\|&")
-        for name in ["package-macos", "test"]:
+        for name in ["package-macos", "test", "run", "bootstrap"]:
             code = re.sub(r"^\s*#.*$", "", (ROOT / "scripts" / name).read_text(), flags=re.M)
             self.assertIsNone(newer.search(code), name)
 

@@ -1,0 +1,101 @@
+#!/usr/bin/env python3
+"""Are the workflows well-formed, and does everything that they call exist?"""
+
+import os
+import pathlib
+import re
+import unittest
+
+import yaml
+
+ROOT = pathlib.Path(__file__).resolve().parent.parent.parent
+WORKFLOWS = ROOT / ".github/workflows"
+
+
+def read(name):
+    # YAML 1.1 takes a bare "on" for a truth value.
+    found = yaml.safe_load((WORKFLOWS / name).read_text(encoding="utf-8"))
+    found["on"] = found.pop(True)
+    return found
+
+
+def jobs():
+    for file in sorted(WORKFLOWS.iterdir()):
+        for name, job in read(file.name)["jobs"].items():
+            yield f"{file.name}: {name}", job
+
+
+def commands(job):
+    """The lines of shell, each a whole command."""
+    for step in job["steps"]:
+        yield from re.sub(r"\\\n\s*", "", step.get("run", "")).splitlines()
+
+
+class Workflows(unittest.TestCase):
+    def test_there_is_one_for_every_change_and_one_for_releases(self):
+        self.assertEqual(sorted(file.name for file in WORKFLOWS.iterdir()),
+                         ["build.yml", "release.yml"])
+        self.assertIn("pull_request", read("build.yml")["on"])
+        self.assertEqual(read("release.yml")["on"], {"push": {"tags": ["v*"]}})
+
+    def test_every_job_says_where_it_runs_and_for_how_long(self):
+        for name, job in jobs():
+            self.assertIn("runs-on", job, name)
+            self.assertIn("timeout-minutes", job, name)
+            self.assertTrue(job["steps"], name)
+
+    def test_every_step_is_a_command_or_an_action_of_a_fixed_version(self):
+        for name, job in jobs():
+            for step in job["steps"]:
+                self.assertEqual(("run" in step) + ("uses" in step), 1, f"{name}: {step}")
+                if "uses" in step:
+                    self.assertRegex(step["uses"], r"^[\w-]+/[\w-]+@v\d+$", name)
+
+    def test_the_source_is_there_before_anything_of_it_is_called(self):
+        for name, job in jobs():
+            kinds = [step.get("uses", "").split("@")[0] or step["run"] for step in job["steps"]]
+            out = kinds.index("actions/checkout")
+            for kind in kinds[:out]:
+                self.assertNotRegex(kind, r"\bscripts/|\bcmake\b", name)
+
+    def test_every_script_that_is_called_exists_and_can_be_run(self):
+        called = set()
+        for _, job in jobs():
+            for line in commands(job):
+                called.update(re.findall(r"(?:^|[\s;&|])((?:scripts|\.ci)/[\w.-]+)", line))
+        self.assertIn("scripts/package-macos", called)
+        for script in called:
+            self.assertTrue(os.access(ROOT / script, os.X_OK), script)
+
+    def test_every_job_passes_all_tests_before_it_keeps_anything(self):
+        for name, job in jobs():
+            lines = list(commands(job))
+            self.assertIn("scripts/test", lines, name)
+            steps = [step.get("run", "").strip() or step["uses"] for step in job["steps"]]
+            kept = next(i for i, step in enumerate(steps) if step.startswith("actions/upload"))
+            self.assertLess(steps.index("scripts/test"), kept, name)
+
+    def test_every_preset_that_is_named_exists(self):
+        presets = (ROOT / "CMakePresets.json").read_text(encoding="utf-8")
+        for name, job in jobs():
+            for line in commands(job):
+                for preset in re.findall(r"--preset (\w+)", line):
+                    self.assertIn(f'"name": "{preset}"', presets, name)
+
+    def test_both_systems_are_built_for_every_change(self):
+        found = read("build.yml")["jobs"]
+        self.assertEqual(found["debian"]["container"], "debian:12")
+        self.assertEqual(found["macos"]["runs-on"], "${{ matrix.runner }}")
+        for runner in found["macos"]["strategy"]["matrix"]["runner"]:
+            self.assertRegex(runner, r"^macos-\d+")
+
+    def test_no_secret_comes_near_a_change_that_is_not_merged(self):
+        self.assertNotIn("secrets.", (WORKFLOWS / "build.yml").read_text(encoding="utf-8"))
+
+    def test_nothing_may_write_to_the_repository(self):
+        for file in WORKFLOWS.iterdir():
+            self.assertEqual(read(file.name)["permissions"], {"contents": "read"}, file.name)
+
+
+if __name__ == "__main__":
+    unittest.main()
