@@ -25,7 +25,9 @@ set(CPACK_DEBIAN_PACKAGE_NAME kelvane)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION utils)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-# What is loaded or run rather than linked: the panel's parts of Qt, the list of processes.
-set(CPACK_DEBIAN_PACKAGE_DEPENDS "procps, qml6-module-qtquick")
+# What is loaded or run rather than linked: the panel's parts of Qt, the list of processes. QtQuick
+# imports the two others, which Debian's package of it does not ask for.
+set(CPACK_DEBIAN_PACKAGE_DEPENDS
+  "procps, qml6-module-qtquick, qml6-module-qtqml, qml6-module-qtqml-workerscript")
 set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "python3, qt6-wayland")
 set(CPACK_STRIP_FILES ON)
