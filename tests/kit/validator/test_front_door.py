@@ -3,6 +3,7 @@
 As a hook: always 0, and JSON or nothing. Otherwise: 0, 1 or 3, never 2.
 """
 
+import io
 import json
 import os
 import shutil
@@ -10,6 +11,7 @@ import subprocess
 import sys
 import time
 import unittest
+from unittest import mock
 
 import surroundings
 from surroundings import KIT, FaultServer, answer, closed_port
@@ -57,11 +59,13 @@ class Harness(surroundings.HomeTest):
             self.assert_silent(self.hook(self.event(**STOP), *arguments))
 
     def test_without_a_home_or_with_a_strange_one_it_is_silence(self):
-        for home in ("", "/nonexistent/x", "relative", "/dev/null"):
+        nowhere = self.work / "nowhere"
+        for home in ("", str(nowhere / "x"), "relative", "/dev/null"):
             self.assert_silent(self.hook(self.event(**STOP), HOME=home))
             self.assert_silent(self.hook(self.event(
                 session_id="s1", hook_event_name="PostToolUse", tool_name="Write",
                 tool_input={"file_path": "a.py"}), HOME=home, BRASK_HOME=home))
+        self.assertEqual([], sorted(os.listdir(str(self.work))))
 
     def test_a_standard_output_that_is_gone_is_no_error(self):
         # A secret makes the hook speak, into a pipe that nobody reads.
@@ -199,6 +203,46 @@ class CommandLine(surroundings.HomeTest):
             self.assertIn(b"usage: brask", errors) if arguments and "-" not in arguments \
                 and "--iterate" not in arguments else self.assertTrue(errors)
             self.assertNotIn(b"Traceback", errors)
+
+    def test_a_current_folder_that_is_gone_is_told_and_never_taken_for_a_verdict(self):
+        path = self.write("a.txt", "Twelve words.\n")
+        gone = self.work / "gone"
+        for arguments, wanted in ((("grade", "b.txt"), b"current folder"),
+                                  (("grade", "../a.txt"), b"current folder"),
+                                  (("grade", "-", "--name", "c.txt"), b"current folder"),
+                                  (("grade", path), b"no key"),
+                                  (("grade", path, "--together"), b"no key"),
+                                  (("grade", "id_rsa", "--sarif"), b"current folder")):
+            gone.mkdir()
+            done = subprocess.run(
+                [sys.executable, "-c", "import os, sys; os.rmdir(os.getcwd()); "
+                 "os.execv(sys.executable, [sys.executable] + sys.argv[1:])",
+                 str(KIT / "validate.py")] + list(arguments),
+                input=b"Twelve words.\n", env=self.environment, cwd=str(gone),
+                stdout=subprocess.PIPE, stderr=subprocess.PIPE, timeout=60)
+            self.assertEqual((done.returncode, done.stderr), (3, b""), arguments)
+            self.assertIn(wanted, done.stdout, arguments)
+
+    @unittest.skipUnless(os.path.exists("/dev/full"), "no /dev/full here")
+    def test_a_report_that_cannot_be_written_is_told_and_never_taken_for_a_verdict(self):
+        for arguments in (("rules",), ("grade", self.write("a.txt", "x")), ("--help",)):
+            with open("/dev/full", "wb") as full:
+                done = subprocess.run(
+                    [sys.executable, str(KIT / "validate.py")] + list(arguments),
+                    env=self.environment, stdin=subprocess.DEVNULL, stdout=full,
+                    stderr=subprocess.PIPE, timeout=60)
+            self.assertEqual(done.returncode, 3, arguments)
+            self.assertEqual(done.stderr, b"brask: No space left on device\n", arguments)
+
+    def test_a_defect_of_ours_is_told_without_quoting_anything(self):
+        from engine import cli, grading
+        said = io.StringIO()
+        with mock.patch.object(grading, "grade_file", side_effect=KeyError("the key k-123")), \
+                mock.patch.object(cli.sys, "stderr", said), \
+                mock.patch.object(cli, "_prepare_streams"):
+            self.assertEqual(cli.main(["grade", "a.txt"]), 3)
+        self.assertIn("brask: a defect of ours (KeyError, ", said.getvalue())
+        self.assertNotIn("k-123", said.getvalue())
 
     def test_help_version_and_rules_are_zero(self):
         for arguments, text in ((("--help",), b"exit codes"), (("grade", "--help"), b"--sarif"),

@@ -209,7 +209,7 @@ class StreamTest(McpTest):
             self.assert_clean_end(server)
 
     def test_home_that_is_not_there(self):
-        server = self.start(HOME="/nonexistent/home")
+        server = self.start(HOME=str(self.work / "nowhere" / "home"))
         self.assertFalse(server.call("status")["structuredContent"]["signed_in"])
         self.assert_clean_end(server)
 

@@ -44,13 +44,39 @@ def main(arguments: List[str]) -> int:
     except KeyboardInterrupt:
         return _say("brask: stopped")
     except BrokenPipeError:
-        os.dup2(os.open(os.devnull, os.O_WRONLY), 1)  # the reader has gone; Python would complain
+        _leave_output()
         return COULD_NOT
+    except OSError as error:
+        _leave_output()
+        return _say("brask: {}".format(error.strerror or type(error).__name__))
+    except Exception as error:  # Python would end with 1, which says that something is held
+        return _say("brask: a defect of ours ({}, {})".format(type(error).__name__, _place(error)))
+
+
+def _leave_output() -> None:
+    """What is still in standard output's buffer goes nowhere: Python would fail on it at its end
+    and exit with a code of its own."""
+    os.dup2(os.open(os.devnull, os.O_WRONLY), 1)
+
+
+def _place(error: Exception) -> str:
+    """Where it was raised, as "standing.py:96". The message may quote the work; this does not."""
+    trace = error.__traceback__
+    while trace is not None and trace.tb_next is not None:
+        trace = trace.tb_next
+    if trace is None:
+        return "nowhere"
+    return "{}:{}".format(os.path.basename(trace.tb_frame.f_code.co_filename), trace.tb_lineno)
 
 
 def _run(arguments: List[str]) -> int:
     parser = _parser()
-    options = parser.parse_args(arguments)
+    try:
+        options = parser.parse_args(arguments)
+    except SystemExit:  # after --help and --version
+        if sys.stdout is not None:
+            sys.stdout.flush()
+        return 0
     if options.command == "grade":
         return _grade(options)
     if options.command == "rules":

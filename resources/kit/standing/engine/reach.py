@@ -33,14 +33,17 @@ def note_down(root, until):
 
 
 def make_folder(path):
-    """With what is missing above it, each for its owner alone."""
+    """With the one above it, each for its owner alone. A home that is not there is not made, and
+    nothing in whatever folder happens to be the current one. Raises OSError."""
     if os.path.isdir(path):
         return
-    make_folder(os.path.dirname(path))
-    try:
-        os.mkdir(path, 0o700)
-    except FileExistsError:
-        pass
+    if not os.path.isabs(path):
+        raise FileNotFoundError(path)
+    for folder in (os.path.dirname(path), path):
+        try:
+            os.mkdir(folder, 0o700)
+        except FileExistsError:
+            pass
 
 
 def _refuses(base):

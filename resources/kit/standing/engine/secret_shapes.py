@@ -48,6 +48,7 @@ _PLACEHOLDERS = ("your", "example", "changeme", "change-me", "change_me", "place
                  "****", "....", "dummy", "sample", "fake", "test", "todo", "insert", "redacted",
                  "notreal", "not-real", "not_real", "hidden", "secret-here", "key-here",
                  "token-here", "00000000")
+_WORDS_FOR_ONE = ("password", "passwd", "passphrase", "apikey", "secretkey", "accesskey")
 _SAYS_SECRET = re.compile(
     r"pass|pwd|secret|token|credential|key", re.I)
 _ASSIGNED = (r"((?:password|passwd|passphrase|pwd|api[_.-]?key|api[_.-]?secret"
@@ -156,7 +157,8 @@ def _is_password(value: str) -> bool:
 
 def _is_placeholder(value: str) -> bool:
     lower = value.lower()
-    return any(part in lower for part in _PLACEHOLDERS)
+    letters = "".join(char for char in lower if char.isalnum())
+    return letters in _WORDS_FOR_ONE or any(part in lower for part in _PLACEHOLDERS)
 
 
 def _has_digit_and_letter(value: str) -> bool:

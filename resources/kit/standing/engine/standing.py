@@ -92,8 +92,12 @@ class RuleSet(NamedTuple):
         if not any(file.name == COMMON for file in self.files):
             return ("the common rules (standing/{}) are missing, so nothing is sent; "
                     "wire the tools again to restore them".format(COMMON))
+        try:
+            names = (os.path.abspath(path), os.path.realpath(path))
+        except OSError:
+            return "the current folder is gone, so where this name leads cannot be told"
         for pattern in self.rules(modality).never_send:
-            if any(_matches(pattern, p) for p in (os.path.abspath(path), os.path.realpath(path))):
+            if any(_matches(pattern, name) for name in names):
                 return "the standing rules never send “{}”".format(pattern)
         return None
 
