@@ -101,6 +101,7 @@ void Journey::startProduct(const std::map<std::string, std::string>& more,
     auto environment = productEnvironment();
     for (const auto& [name, value] : more) environment[name] = value;
     arguments.insert(arguments.begin(), m_program.string());
+    fs::remove(panel().trace()); // what an earlier one drew is gone from the screen
     m_product = std::make_unique<Program>(arguments, environment);
     ASSERT_TRUE(panel().waitForIcon());
 }
