@@ -57,13 +57,15 @@ std::string entryValue(std::string_view text) {
     return value;
 }
 
-/// What the autostart entry and the menu's entry have in common.
+/// The entry of the applications menu, and of autostart but for what that adds: what a package
+/// installs for everybody says the same of another place.
 std::string desktopEntry(const Installation& installation) {
     const auto program = installedExecutable(installation);
     const auto icon = installedBundle(installation) / "Contents" / "Resources" / "brask.png";
     return "[Desktop Entry]\n"
            "Type=Application\n"
            "Name=Kelvane Companion\n"
+           "GenericName=Work grader\n"
            "Comment=Grades your work before it ships\n"
            "Exec=" +
            execValue(program) +
@@ -76,7 +78,11 @@ std::string desktopEntry(const Installation& installation) {
            "\n"
            "Terminal=false\n"
            "StartupNotify=false\n"
-           "Categories=Utility;\n";
+           "StartupWMClass=" +
+           entryValue(installation.bundleId) +
+           "\n"
+           "Categories=Utility;\n"
+           "Keywords=grade;review;quality;\n";
 }
 
 } // namespace

@@ -79,19 +79,54 @@ TEST(Installation, AutostartEntryIsThisTextByteForByte) {
         "[Desktop Entry]\n"
         "Type=Application\n"
         "Name=Kelvane Companion\n"
+        "GenericName=Work grader\n"
         "Comment=Grades your work before it ships\n"
         "Exec=\"/home/ada/Applications/Kelvane.app/Contents/MacOS/Kelvane\"\n"
         "TryExec=/home/ada/Applications/Kelvane.app/Contents/MacOS/Kelvane\n"
         "Icon=/home/ada/Applications/Kelvane.app/Contents/Resources/brask.png\n"
         "Terminal=false\n"
         "StartupNotify=false\n"
-        "Categories=Utility;\n";
+        "StartupWMClass=org.example.kelvane.menubar\n"
+        "Categories=Utility;\n"
+        "Keywords=grade;review;quality;\n";
     EXPECT_EQ(files[0].path, "/home/ada/.config/autostart/org.example.kelvane.menubar.desktop");
     EXPECT_EQ(files[0].text,
               common + "X-GNOME-Autostart-enabled=true\nX-KDE-autostart-after=panel\n");
     EXPECT_EQ(files[1].path, "/home/ada/.local/share/applications/"
                              "org.example.kelvane.menubar.desktop");
     EXPECT_EQ(files[1].text, common);
+}
+
+/// The value of a key, in a desktop entry.
+std::string valueOf(const std::string& entry, const std::string& key) {
+    const auto at = entry.find("\n" + key + "=");
+    if (at == std::string::npos) return {};
+    const auto begin = at + key.size() + 2;
+    return entry.substr(begin, entry.find('\n', begin) - begin);
+}
+
+TEST(Installation, MenuEntryIsThePackagedOneForAnotherPlace) {
+    int entries = 0;
+    for (const auto& file : fs::directory_iterator(KELVANE_SOURCE_DIR "/resources/linux")) {
+        if (file.path().extension() != ".desktop") continue;
+        ++entries;
+        auto installation = installationIn("/home/ada", LoginItem::AutostartEntry);
+        installation.bundleId = file.path().stem();
+        const std::string ours = startFiles(installation).at(1).text;
+        std::string packaged = contentsOf(file.path());
+        EXPECT_EQ(valueOf(packaged, "Exec"), "kelvane");
+        EXPECT_EQ(valueOf(packaged, "TryExec"), "kelvane");
+        EXPECT_EQ(valueOf(packaged, "Icon"), installation.bundleId);
+        for (const std::string key : {"Exec", "TryExec", "Icon"}) {
+            const auto old = "\n" + key + "=" + valueOf(packaged, key) + "\n";
+            packaged.replace(packaged.find(old), old.size(),
+                             "\n" + key + "=" + valueOf(ours, key) + "\n");
+        }
+        EXPECT_EQ(ours, packaged);
+        EXPECT_EQ(valueOf(ours, "StartupWMClass"), installation.bundleId)
+            << "how a desktop knows the program's windows";
+    }
+    EXPECT_EQ(entries, 1);
 }
 
 TEST(Installation, ExecValueQuotesWhatHasAMeaning) {

@@ -33,6 +33,17 @@ TEST_F(SelfInstallRunTest, CopyIsTheBundleWithItsPermissionsAndLinks) {
     EXPECT_EQ(fs::status(installed / "Contents/MacOS/Kelvane").permissions(), fs::perms::all);
 }
 
+TEST_F(SelfInstallRunTest, IconOfTheMenuEntryStandsWhereItSays) {
+    putFile(contents / "Resources/brask.png", "the mark");
+    persist();
+    const auto entry =
+        contentsOf(home / ".local/share/applications/org.example.kelvane.menubar.desktop");
+    const std::string key = "\nIcon=";
+    const auto begin = entry.find(key) + key.size();
+    const auto icon = entry.substr(begin, entry.find('\n', begin) - begin);
+    EXPECT_EQ(contentsOf(icon), "the mark") << icon;
+}
+
 TEST_F(SelfInstallRunTest, RunsAgainFromTheInstalledPlaceWithoutTouchingIt) {
     persist();
     const auto before = filesBelow(installed);
