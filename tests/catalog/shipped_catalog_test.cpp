@@ -61,9 +61,12 @@ const std::vector<lint::Overlap>& intendedOverlaps() {
         {"com.google.Chrome", "com.google.Chrome.app.fmgjjmmmlfnkbppncabfkddbjimcfncm",
          "an installed web application is not the browser"},
         {"terminator", "terminatorX", "a turntable, not a terminal"},
-        {"org.libreoffice.LibreOffice", "org.libreoffice.LibreOffice.calc", "sheets are not texts"},
+        {"org.libreoffice.LibreOffice", "org.libreoffice.LibreOffice.base",
+         "databases are not texts"},
+        {"org.libreoffice.LibreOffice", "org.libreoffice.LibreOffice.calc", "nor are sheets"},
         {"org.libreoffice.LibreOffice", "org.libreoffice.LibreOffice.draw", "nor are drawings"},
         {"org.libreoffice.LibreOffice", "org.libreoffice.LibreOffice.impress", "nor are decks"},
+        {"org.libreoffice.LibreOffice", "org.libreoffice.LibreOffice.math", "nor are formulas"},
     };
     return overlaps;
 }
