@@ -6,6 +6,8 @@ RoundedBox {
     id: root
 
     required property Theme theme
+    /// How long the pointer rests before it is shown, in milliseconds.
+    property int patience: 600
     property Item source: null
     property string hint
 
@@ -34,6 +36,7 @@ RoundedBox {
 
     onSourceChanged: if (!source) hide()
 
+    objectName: "toolTip"
     visible: false
     width: Math.min(words.implicitWidth, parent.width - 32) + 16
     height: words.height + 10
@@ -56,7 +59,7 @@ RoundedBox {
     }
     Timer {
         id: delay
-        interval: 600
+        interval: root.patience
         onTriggered: {
             if (!root.source) return
             root.place()

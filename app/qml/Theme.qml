@@ -16,7 +16,7 @@ QtObject {
     readonly property color raised: dark ? "#2b2b2d" : "#ffffff"
     // A full divider is still a soft line.
     readonly property color hairline: dark ? Qt.rgba(1, 1, 1, 0.22) : Qt.rgba(0, 0, 0, 0.2)
-    readonly property color accent: dark ? "#1f6fe5" : "#0b63d6"
+    readonly property color accent: dark ? "#1b66d8" : "#0b63d6"
     readonly property color focusRing: dark ? "#7db4ff" : "#0b63d6"
 
     // Writing on the panel: every one of these is at least 4.5:1 against what it stands on.

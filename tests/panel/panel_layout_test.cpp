@@ -4,6 +4,9 @@
 
 #include <gtest/gtest.h>
 
+#include <QColor>
+#include <QFont>
+#include <QGuiApplication>
 #include <QQmlEngine>
 #include <QQuickView>
 
@@ -112,6 +115,45 @@ TEST(PanelLayout, TenAgentsStandInFiveRowsOfTwo) {
         if (i > 0) {
             EXPECT_GT(dots[i].top(), dots[i - 1].bottom());
         }
+    }
+}
+
+TEST(PanelLayout, TenAgentsOfWhichMostAreAbsentAreAllShown) {
+    const PanelState mostlyAbsent{"mostly-absent", [](PanelFixture& panel) {
+                                      std::vector<DetectedAgent> agents;
+                                      for (int i = 0; i < 10; ++i) {
+                                          agents.push_back({.id = "agent" + std::to_string(i),
+                                                            .name = "Agent " + std::to_string(i),
+                                                            .kind = AgentKind::codingHarness,
+                                                            .running = false,
+                                                            .present = i == 4,
+                                                            .wired = std::nullopt});
+                                      }
+                                      panel.model.agents = agents;
+                                  }};
+    const LaidOut laid(mostlyAbsent, PanelBridge::kTextSize);
+    std::vector<std::string> names;
+    int clear = 0;
+    for (auto* item : visibleItems(*laid.panel)) {
+        if (item->objectName() == QLatin1String("dot")) {
+            clear += item->property("color").value<QColor>().alpha() == 0 ? 1 : 0;
+        }
+        const auto text = textOf(*item);
+        if (item->inherits("QQuickText") && text.starts_with("Agent ")) names.push_back(text);
+    }
+    EXPECT_EQ(names,
+              (std::vector<std::string>{"Agent 0", "Agent 1", "Agent 2", "Agent 3", "Agent 4",
+                                        "Agent 5", "Agent 6", "Agent 7", "Agent 8", "Agent 9"}));
+    EXPECT_EQ(clear, 9);
+    EXPECT_EQ(dotsOf(*laid.panel).size(), 10U) << "a clear dot takes its place all the same";
+}
+
+TEST(PanelLayout, EveryTextMayBorrowGlyphsFromOtherFonts) {
+    const LaidOut laid(stateNamed("cjk-and-emoji"), PanelBridge::kTextSize);
+    for (const auto* text : visibleTexts(*laid.panel)) {
+        const auto font = text->property("font").value<QFont>();
+        EXPECT_EQ(font.family(), QGuiApplication::font().family()) << textOf(*text);
+        EXPECT_FALSE(font.styleStrategy() & QFont::NoFontMerging) << textOf(*text);
     }
 }
 
