@@ -1,171 +1,21 @@
-// The built program on a real desktop: a window manager, a bar with a tray, an editor.
+// The panel and its switches on a real desktop.
 
-#include "tests/desktop/virtual_desktop.h"
-#include "tests/journey/program.h"
-
-#include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
+#include "tests/shell/panel_desktop.h"
 
 #include <array>
-#include <fstream>
 #include <signal.h>
-#include <sys/wait.h>
-#include <thread>
 
 namespace kelvane {
 namespace {
 
-using namespace std::chrono_literals;
-using nlohmann::json;
-
-constexpr const char* kClass = "example.trevix.kelvane.menubar";
-
-class PanelDesktopTest : public testing::Test {
-protected:
-    void SetUp() override {
-        trace = desktop.home() / "trace.jsonl";
-        std::filesystem::create_directories(desktop.home() / ".brask");
-        std::ofstream(desktop.home() / ".brask" / "validate.py") << "#\n";
-    }
-
-    std::map<std::string, std::string> environment() const {
-        auto variables = desktop.environment();
-        variables["BRASK_APP_NO_PERSIST"] = "1";
-        variables["BRASK_APP_NO_OPEN"] = "1";
-        variables["BRASK_API_BASE"] = "http://127.0.0.1:9";
-        variables["KELVANE_PANEL_TRACE"] = trace.string();
-        return variables;
-    }
-
-    void startTray() {
-        tray = desktop.start({"trayer", "--edge", "top", "--align", "right", "--widthtype",
-                              "request", "--height", "28"});
-        ASSERT_TRUE(VirtualDesktop::waitUntil([&] {
-            const auto owner = xcb_get_selection_owner_reply(
-                desktop.link().xcb(),
-                xcb_get_selection_owner(desktop.link().xcb(),
-                                        desktop.link().atom("_NET_SYSTEM_TRAY_S0")),
-                nullptr);
-            return XcbOwned<xcb_get_selection_owner_reply_t>(owner)->owner != XCB_WINDOW_NONE;
-        }));
-    }
-
-    DesktopWindow startEditor() {
-        desktop.start({"mousepad", "--disable-server"});
-        auto window = desktop.waitForWindow(VirtualDesktop::ofClass("Mousepad"));
-        EXPECT_TRUE(window && desktop.activate(window->window));
-        return window.value_or(DesktopWindow{});
-    }
-
-    std::vector<json> traced() const {
-        std::vector<json> lines;
-        std::ifstream file(trace);
-        for (std::string line; std::getline(file, line);) {
-            if (auto parsed = json::parse(line, nullptr, false); !parsed.is_discarded()) {
-                lines.push_back(std::move(parsed));
-            }
-        }
-        return lines;
-    }
-
-    std::size_t count(const std::string& event) const {
-        std::size_t n = 0;
-        for (const auto& line : traced()) n += line["event"] == event ? 1U : 0U;
-        return n;
-    }
-
-    bool waitForCount(const std::string& event, std::size_t n) const {
-        return VirtualDesktop::waitUntil([&] { return count(event) >= n; });
-    }
-
-    /// What the last drawn frame shows.
-    std::vector<std::string> shown() const {
-        std::vector<std::string> names;
-        const auto lines = traced();
-        for (auto line = lines.rbegin(); line != lines.rend(); ++line) {
-            if ((*line)["event"] != "frame") continue;
-            for (const auto& control : (*line)["controls"]) names.push_back(control["name"]);
-            break;
-        }
-        return names;
-    }
-
-    bool waitUntilShown(const std::string& name) const {
-        return VirtualDesktop::waitUntil([&] {
-            const auto names = shown();
-            return std::find(names.begin(), names.end(), name) != names.end();
-        });
-    }
-
-    void xdotool(std::vector<std::string> words) {
-        words.insert(words.begin(), "xdotool");
-        const pid_t tool = desktop.start(words);
-        EXPECT_TRUE(VirtualDesktop::waitUntil([&] { return !desktop.running(tool); }));
-    }
-
-    void clickAt(int x, int y) {
-        xdotool({"mousemove", std::to_string(x), std::to_string(y), "click", "1"});
-    }
-
-    /// The tray is one icon at the right end of the upper edge.
-    void clickIcon() { clickAt(1589, 14); }
-
-    /// Longer than one click takes.
-    static void pause() { std::this_thread::sleep_for(600ms); }
-
-    bool panelStands() {
-        for (const auto& window : desktop.windows()) {
-            if (window.wmClass == kClass) return true;
-        }
-        return false;
-    }
-    bool waitUntilPanel(bool stands) {
-        return VirtualDesktop::waitUntil([&] { return panelStands() == stands; }, 5s);
-    }
-
-    /// Whether the tray shows our icon. A click before that would land on the bare desktop.
-    bool iconStands(xcb_window_t below = XCB_WINDOW_NONE, int depth = 0) {
-        auto& x = desktop.link();
-        const auto root = below == XCB_WINDOW_NONE ? x.root() : below;
-        const XcbOwned<xcb_query_tree_reply_t> tree(
-            xcb_query_tree_reply(x.xcb(), xcb_query_tree(x.xcb(), root), nullptr));
-        if (!tree) return false;
-        const auto* const children = xcb_query_tree_children(tree.get());
-        for (int i = 0; i < xcb_query_tree_children_length(tree.get()); ++i) {
-            const auto name = x.property(children[i], XCB_ATOM_WM_CLASS);
-            const XcbOwned<xcb_get_window_attributes_reply_t> state(xcb_get_window_attributes_reply(
-                x.xcb(), xcb_get_window_attributes(x.xcb(), children[i]), nullptr));
-            const bool ours = depth > 0 && name && name->bytes.find(kClass) != std::string::npos;
-            if (ours && state && state->map_state == XCB_MAP_STATE_VIEWABLE) return true;
-            if (depth < 4 && iconStands(children[i], depth + 1)) return true;
-        }
-        return false;
-    }
-
-    /// Starts the program and opens the panel by a click on its icon; the panel has the keyboard.
-    std::unique_ptr<Program> startAndOpen() {
-        auto program =
-            std::make_unique<Program>(std::vector<std::string>{KELVANE_PRODUCT}, environment());
-        EXPECT_TRUE(VirtualDesktop::waitUntil([&] { return iconStands(); }));
-        clickIcon();
-        const auto panel = desktop.waitForWindow(VirtualDesktop::ofClass(kClass), 5s);
-        EXPECT_TRUE(panel && VirtualDesktop::waitUntil(
-                                 [&] { return desktop.activeWindow() == panel->window; }));
-        EXPECT_TRUE(waitForCount("frame", 1));
-        return program;
-    }
-
-    VirtualDesktop desktop;
-    std::filesystem::path trace;
-    pid_t tray = 0;
-};
+class PanelDesktopTest : public PanelDesktop {};
 
 TEST_F(PanelDesktopTest, ClickOpensThePanelUnderTheIconAndSpeaksOfTheEditor) {
     startTray();
     startEditor();
     const auto program = startAndOpen();
     EXPECT_TRUE(waitUntilShown("You're in Mousepad")) << testing::PrintToString(shown());
-    const auto panel = desktop.waitForWindow(VirtualDesktop::ofClass(kClass));
+    const auto panel = desktop.waitForWindow(VirtualDesktop::ofClass(kProgramClass));
     ASSERT_TRUE(panel);
     EXPECT_EQ(desktop.activeWindow(), panel->window) << "the panel has the keyboard at once";
     const auto lines = traced();
@@ -261,7 +111,7 @@ TEST_F(PanelDesktopTest, ATrayThatComesLateIsPickedUp) {
     Program program({KELVANE_PRODUCT}, environment());
     std::this_thread::sleep_for(500ms);
     startTray();
-    EXPECT_TRUE(VirtualDesktop::waitUntil([&] { return iconStands(); }));
+    EXPECT_TRUE(waitForIcon());
     clickIcon();
     EXPECT_TRUE(waitUntilPanel(true));
 }
@@ -300,7 +150,7 @@ TEST_F(PanelDesktopTest, DemoPrintsTheNumberOfTheWindowThatStandsAndEndsWithIt) 
     EXPECT_EQ(geometry->height, 560);
     xdotool({"windowactivate", "--sync", std::to_string(number), "key", "alt+F4"});
     EXPECT_EQ(program.waitForEnd(), 0);
-    EXPECT_EQ(program.unread(), "") << "one line and no more";
+    EXPECT_EQ(restOf(program), "") << "one line and no more";
 }
 
 TEST_F(PanelDesktopTest, PictureNeedsNoDisplayAndIsAsWideAsPromised) {
@@ -323,7 +173,7 @@ TEST_F(PanelDesktopTest, PictureIntoAMissingFolderEndsWithThreeAndLeavesNothing)
     const auto path = desktop.home() / "missing" / "panel.png";
     Program program({KELVANE_PRODUCT, "--render", path.string(), "--demo"}, environment());
     EXPECT_EQ(program.waitForEnd(), 3);
-    EXPECT_EQ(program.unread(), "");
+    EXPECT_EQ(restOf(program), "");
     EXPECT_FALSE(std::filesystem::exists(path.parent_path()));
 }
 
