@@ -134,6 +134,9 @@ int runApplication(int argc, char** argv) {
     OwnWorkspace workspace(*platform.workspace, kBundleID);
     const auto folder = home(*platform.files);
     const auto data = braskHome(*platform.files);
+    // Shell scripts are to mean the same folder when the environment names none: what they remove
+    // lies below it.
+    qputenv("HOME", QByteArray::fromStdString(folder.string()));
 
     const Installation installation{.home = folder,
                                     .braskHome = data,
