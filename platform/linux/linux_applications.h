@@ -1,4 +1,4 @@
-// What this session offers for telling applications apart.
+// What the desktop of this login offers for telling applications apart.
 
 #pragma once
 

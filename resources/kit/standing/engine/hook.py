@@ -106,7 +106,7 @@ def _project(payload):
 
 
 def _secret_facts(path, payload, state):
-    """Sentences about secrets in the file that this session has not been told of."""
+    """Sentences about secrets in the file that have not been told before."""
     from . import secret_shapes
     try:
         if os.path.getsize(path) > LARGEST_LOOKED_THROUGH or not os.path.isfile(path):
