@@ -12,7 +12,6 @@
 #include "text/build_version.h"
 
 #include <algorithm>
-#include <future>
 #include <iostream>
 #include <iterator>
 #include <sstream>
@@ -66,17 +65,15 @@ Answer selfTest() {
 Answer detect() {
     Host host = makeHost();
     // Most of the time goes into listing processes: let that go on beside the rest.
-    auto processNames = std::async(std::launch::async, [&processes = *host.processes] {
-        return LiveAgentScan::runningProcessNames(processes);
-    });
+    auto listing = LiveAgentScan::startProcessListing(*host.processes);
     const AppCatalog catalog = catalogOf(host);
     const auto workspace = makeWorkspace(host);
     const DetectedApp front = AppDetector::frontmost(*workspace, catalog);
     const auto folder = home(*host.files);
     const auto bundleIds = LiveAgentScan::runningBundleIds(*workspace);
-    const auto agents = AgentScan::detect(bundleIds, processNames.get(),
-                                          HarnessConfig::present(*host.files, folder),
-                                          HarnessConfig::wired(*host.files, folder));
+    const auto agents = AgentScan::detect(
+        bundleIds, LiveAgentScan::runningProcessNames(std::move(listing)),
+        HarnessConfig::present(*host.files, folder), HarnessConfig::wired(*host.files, folder));
     return {detectionReport(front, catalog.apps().size(), agents) + '\n'};
 }
 

@@ -33,14 +33,19 @@ std::set<std::string> processNames(std::string_view listing) {
     return names;
 }
 
-std::set<std::string> runningProcessNames(ProcessRunner& processes) {
-    const auto result = processes.run({
+std::unique_ptr<RunningProcess> startProcessListing(ProcessRunner& processes) {
+    return processes.start({
         .program = "/bin/ps",
         .arguments = {"-axo", "comm="},
         .output = ProcessOutput::Capture,
     });
-    if (!result || !text::isValidUtf8(result->output)) return {};
-    return processNames(result->output);
+}
+
+std::set<std::string> runningProcessNames(std::unique_ptr<RunningProcess> listing) {
+    if (!listing) return {};
+    const ProcessResult result = listing->finish();
+    if (!text::isValidUtf8(result.output)) return {};
+    return processNames(result.output);
 }
 
 std::set<std::string> runningBundleIds(Workspace& workspace) {
@@ -53,8 +58,10 @@ std::set<std::string> runningBundleIds(Workspace& workspace) {
 
 std::vector<DetectedAgent> scan(const Ports& ports, const std::set<std::string>& configPresent,
                                 const std::set<std::string>& wired) {
+    auto listing = startProcessListing(ports.processes);
     const auto bundleIds = runningBundleIds(ports.workspace);
-    return AgentScan::detect(bundleIds, runningProcessNames(ports.processes), configPresent, wired);
+    return AgentScan::detect(bundleIds, runningProcessNames(std::move(listing)), configPresent,
+                             wired);
 }
 
 } // namespace kelvane::LiveAgentScan

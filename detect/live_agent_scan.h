@@ -8,6 +8,7 @@
 
 #include "detect/agent_scan.h"
 
+#include <memory>
 #include <set>
 #include <string>
 #include <string_view>
@@ -16,6 +17,7 @@
 namespace kelvane {
 
 class ProcessRunner;
+class RunningProcess;
 class Workspace;
 
 namespace LiveAgentScan {
@@ -25,7 +27,7 @@ struct Ports {
     ProcessRunner& processes;
 };
 
-/// Starts "/bin/ps" and waits for it. Keeps nothing between calls.
+/// Starts "/bin/ps" and waits for it, asking the workspace meanwhile. Keeps nothing between calls.
 [[nodiscard]] std::vector<DetectedAgent> scan(const Ports& ports,
                                               const std::set<std::string>& configPresent,
                                               const std::set<std::string>& wired);
@@ -33,9 +35,13 @@ struct Ports {
 /// The bundle identifiers of the applications that run.
 [[nodiscard]] std::set<std::string> runningBundleIds(Workspace& workspace);
 
+/// Starts listing all processes; null when that cannot be done. Let other work go on before
+/// `runningProcessNames` waits for it: listing takes most of a scan's time.
+[[nodiscard]] std::unique_ptr<RunningProcess> startProcessListing(ProcessRunner& processes);
+
 /// The base names of all processes, trimmed of blanks and lower-cased. Empty when the list could
 /// not be had or is not UTF-8.
-[[nodiscard]] std::set<std::string> runningProcessNames(ProcessRunner& processes);
+[[nodiscard]] std::set<std::string> runningProcessNames(std::unique_ptr<RunningProcess> listing);
 
 /// The names in one process listing, a command path a line. Pure.
 [[nodiscard]] std::set<std::string> processNames(std::string_view listing);

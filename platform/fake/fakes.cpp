@@ -264,7 +264,21 @@ std::optional<AppIcon> FakeAppIcons::icon(std::string_view bundleId) {
     return found->second;
 }
 
-std::optional<ProcessResult> FakeProcessRunner::run(const ProcessRequest& request) {
+namespace {
+
+/// Has ended before anybody waits for it.
+class FakeProcess : public RunningProcess {
+public:
+    explicit FakeProcess(ProcessResult result) : m_result(std::move(result)) {}
+    ProcessResult finish() override { return std::move(m_result); }
+
+private:
+    ProcessResult m_result;
+};
+
+} // namespace
+
+std::unique_ptr<RunningProcess> FakeProcessRunner::start(const ProcessRequest& request) {
     std::string line = request.program;
     for (const auto& argument : request.arguments) line += " " + argument;
     m_journal.add(std::move(line));
@@ -275,10 +289,10 @@ std::optional<ProcessResult> FakeProcessRunner::run(const ProcessRequest& reques
     } else if (const auto found = results.find(request.program); found != results.end()) {
         result = found->second;
     }
-    if (!result) return std::nullopt;
+    if (!result) return nullptr;
     if (onRun) onRun(request);
     if (request.output == ProcessOutput::Inherit) result->output.clear();
-    return result;
+    return std::make_unique<FakeProcess>(*std::move(result));
 }
 
 std::optional<std::vector<WindowInfo>> FakeWindowList::onScreenWindows() {

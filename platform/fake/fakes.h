@@ -28,6 +28,7 @@
 #include <filesystem>
 #include <functional>
 #include <map>
+#include <memory>
 #include <optional>
 #include <set>
 #include <string>
@@ -223,7 +224,7 @@ public:
     std::function<void(const ProcessRequest&)> onRun; ///< The command's visible effect.
     std::vector<ProcessRequest> requests;
 
-    std::optional<ProcessResult> run(const ProcessRequest& request) override;
+    std::unique_ptr<RunningProcess> start(const ProcessRequest& request) override;
 
 private:
     Journal& m_journal;

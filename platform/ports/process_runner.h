@@ -1,8 +1,9 @@
-// Run another program and wait for it.
+// Run another program and wait for it, now or later.
 
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -30,14 +31,27 @@ struct ProcessResult {
     bool operator==(const ProcessResult&) const = default;
 };
 
+/// A program that is running beside this one. Its end waits for the program's.
+class RunningProcess {
+public:
+    virtual ~RunningProcess() = default;
+
+    /// Blocks until the program has ended and returns its result. Called once, from any thread.
+    [[nodiscard]] virtual ProcessResult finish() = 0;
+};
+
 class ProcessRunner {
 public:
     virtual ~ProcessRunner() = default;
 
+    /// Starts the program and returns without waiting for it; null when it could not be started.
+    /// Any thread, several at once. Descriptors of this program are not passed on beyond the three
+    /// standard ones. With `Capture`, a program that has written much waits until it is finished.
+    [[nodiscard]] virtual std::unique_ptr<RunningProcess> start(const ProcessRequest& request) = 0;
+
     /// Runs the program to its end and returns its result; absent when it could not be started.
-    /// Blocks the caller. Any thread, several at once. Descriptors of this program are not passed
-    /// on beyond the three standard ones.
-    [[nodiscard]] virtual std::optional<ProcessResult> run(const ProcessRequest& request) = 0;
+    /// Blocks the caller. Otherwise as above.
+    [[nodiscard]] std::optional<ProcessResult> run(const ProcessRequest& request);
 };
 
 } // namespace kelvane

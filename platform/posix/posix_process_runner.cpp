@@ -8,6 +8,7 @@
 #include <spawn.h>
 #include <string>
 #include <sys/wait.h>
+#include <utility>
 #include <vector>
 
 extern char** environ;
@@ -156,13 +157,36 @@ bool hasNul(const std::string& text) {
     return text.find('\0') != std::string::npos;
 }
 
+class PosixProcess : public RunningProcess {
+public:
+    /// Without `output` there is nothing to read.
+    PosixProcess(pid_t child, UniqueFd output) : m_child(child), m_output(std::move(output)) {}
+    PosixProcess(const PosixProcess&) = delete;
+    PosixProcess& operator=(const PosixProcess&) = delete;
+    ~PosixProcess() override {
+        m_output.close(); // nobody reads any more: let it end
+        if (m_child != 0) waitForEnd(m_child);
+    }
+
+    ProcessResult finish() override {
+        ProcessResult result;
+        if (m_output) result.output = readToEnd(m_output);
+        result.status = waitForEnd(std::exchange(m_child, 0));
+        return result;
+    }
+
+private:
+    pid_t m_child; ///< 0 once it has been waited for.
+    UniqueFd m_output;
+};
+
 class PosixProcessRunner : public ProcessRunner {
 public:
-    std::optional<ProcessResult> run(const ProcessRequest& request) override {
-        if (!request.program.starts_with('/') || hasNul(request.program)) return std::nullopt;
+    std::unique_ptr<RunningProcess> start(const ProcessRequest& request) override {
+        if (!request.program.starts_with('/') || hasNul(request.program)) return nullptr;
         std::vector<std::string> words{request.program};
         for (const auto& argument : request.arguments) {
-            if (hasNul(argument)) return std::nullopt;
+            if (hasNul(argument)) return nullptr;
             words.push_back(argument);
         }
         std::vector<char*> pointers;
@@ -173,21 +197,18 @@ public:
         Pipe pipe;
         if (request.output == ProcessOutput::Capture) {
             pipe = makePipe();
-            if (!pipe) return std::nullopt;
+            if (!pipe) return nullptr;
         }
         const SpawnAttributes attributes;
         const SpawnFiles files(pipe.write);
-        if (!attributes.complete() || !files.complete()) return std::nullopt;
+        if (!attributes.complete() || !files.complete()) return nullptr;
         pid_t child = 0;
         if (posix_spawn(&child, words.front().c_str(), files.get(), attributes.get(),
                         pointers.data(), environ) != 0) {
-            return std::nullopt;
+            return nullptr;
         }
-        pipe.write.close(); // or the end of the output would never come
-        ProcessResult result;
-        if (pipe.read) result.output = readToEnd(pipe.read);
-        result.status = waitForEnd(child);
-        return result;
+        // Our writing end goes here, or the end of the output would never come.
+        return std::make_unique<PosixProcess>(child, std::move(pipe.read));
     }
 };
 

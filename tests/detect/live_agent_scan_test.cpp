@@ -98,7 +98,10 @@ protected:
         return LiveAgentScan::scan({.workspace = fake.workspace, .processes = fake.processes},
                                    configPresent, wired);
     }
-    Set names() { return LiveAgentScan::runningProcessNames(fake.processes); }
+    Set names() {
+        return LiveAgentScan::runningProcessNames(
+            LiveAgentScan::startProcessListing(fake.processes));
+    }
     void listing(const std::string& output, int status = 0) {
         fake.processes.results["/bin/ps"] = {.status = status, .output = output};
     }
@@ -161,7 +164,9 @@ TEST_F(LiveAgentScanTest, KeepsNothingBetweenCalls) {
 
 TEST(LiveAgentScanReal, ThisSystemsListHoldsThisProgram) {
     if (!std::filesystem::exists("/bin/ps")) GTEST_SKIP() << "this system has no /bin/ps";
-    const auto names = LiveAgentScan::runningProcessNames(*makePosixProcessRunner());
+    const auto runner = makePosixProcessRunner();
+    const auto names =
+        LiveAgentScan::runningProcessNames(LiveAgentScan::startProcessListing(*runner));
     EXPECT_TRUE(names.contains("detect_tests")) << testing::PrintToString(names);
     EXPECT_TRUE(names.contains("ps"));
 }

@@ -314,5 +314,20 @@ TEST_F(PosixProcessRunnerTest, ShortRunEndsWhileALongOneGoesOn) {
     other.join();
 }
 
+TEST_F(PosixProcessRunnerTest, AProgramThatWritesWithoutEndEndsWithItsObject) {
+    const auto process =
+        makePosixProcessRunner()->start({.program = "/bin/sh", .arguments = {"-c", "exec yes"}});
+    EXPECT_NE(process, nullptr);
+}
+
+TEST_F(PosixProcessRunnerTest, MoreThanAPipeHoldsIsReadWhenItIsFinished) {
+    const auto process = makePosixProcessRunner()->start(
+        {.program = "/bin/sh", .arguments = {"-c", "head -c 300000 /dev/zero"}});
+    ASSERT_NE(process, nullptr);
+    const auto result = process->finish();
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.output.size(), 300'000U);
+}
+
 } // namespace
 } // namespace kelvane

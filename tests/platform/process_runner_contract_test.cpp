@@ -38,11 +38,20 @@ protected:
     std::optional<ProcessResult> run(const std::string& program,
                                      const std::vector<std::string>& arguments,
                                      ProcessOutput output = ProcessOutput::Capture) {
-        ProcessRunner& runner = GetParam() == Side::Fake ? m_fake.processes : *m_posix;
-        return runner.run({.program = program, .arguments = arguments, .output = output});
+        return runner().run({.program = program, .arguments = arguments, .output = output});
+    }
+
+    std::unique_ptr<RunningProcess> start(const std::string& program,
+                                          const std::vector<std::string>& arguments) {
+        return runner().start({.program = program, .arguments = arguments});
     }
 
 private:
+    ProcessRunner& runner() {
+        if (GetParam() == Side::Fake) return m_fake.processes;
+        return *m_posix;
+    }
+
     FakePlatform m_fake;
     std::unique_ptr<ProcessRunner> m_posix = makePosixProcessRunner();
 };
@@ -50,6 +59,22 @@ private:
 TEST_P(ProcessRunnerContract, OutputAndStatusOfASuccess) {
     EXPECT_EQ(run("/bin/echo", {"two", "words"}),
               (ProcessResult{.status = 0, .output = "two words\n"}));
+}
+
+TEST_P(ProcessRunnerContract, WhatWasStartedIsFinishedLater) {
+    const auto first = start("/bin/echo", {"first"});
+    const auto second = start("/bin/sh", {"-c", "exit 3"});
+    ASSERT_TRUE(first && second);
+    EXPECT_EQ(second->finish(), (ProcessResult{.status = 3, .output = ""}));
+    EXPECT_EQ(first->finish(), (ProcessResult{.status = 0, .output = "first\n"}));
+}
+
+TEST_P(ProcessRunnerContract, WhatIsNotThereCannotBeStarted) {
+    EXPECT_EQ(start("/nonexistent/program", {}), nullptr);
+}
+
+TEST_P(ProcessRunnerContract, WhatNobodyFinishesEndsWithItsObject) {
+    EXPECT_NE(start("/bin/echo", {"unheard"}), nullptr);
 }
 
 TEST_P(ProcessRunnerContract, ArgumentsAreNotSplitOrExpanded) {
