@@ -3,7 +3,7 @@
 
     scripts/panel_driver.py open           click the icon in the tray until the panel is drawn
     scripts/panel_driver.py click NAME     click the button or menu item of that name
-    scripts/panel_driver.py wait TEXT...   wait until the panel says one of these
+    scripts/panel_driver.py grade NAME     click it and wait until the grade that it starts has ended
     scripts/panel_driver.py say            print what the panel says
     scripts/panel_driver.py place          print where the panel is: X Y WIDTH HEIGHT
 
@@ -116,6 +116,23 @@ class Panel:
         x, y, width, height = self.control(self.wait_for(name, there), name)["rect"]
         self.click_at(x + width // 2, y + height // 2)
 
+    def grade(self, name):
+        """Clicks what starts a grade and waits for the frame that shows what came of it."""
+        before = len(self.events())
+        self.click(name)
+        deadline = time.monotonic() + PATIENCE
+        while time.monotonic() < deadline:
+            # All frames since, lest a grade be missed that is over before anybody looks.
+            frames = [event for event in self.events()[before:] if event["event"] == "frame"]
+            if any(map(self.is_grading, frames)) and not self.is_grading(frames[-1]):
+                return frames[-1]
+            time.sleep(0.05)
+        raise PanelError(f"{name}: the grade did not end; the panel says {self.texts()}")
+
+    @staticmethod
+    def is_grading(frame):
+        return any("Grading…" in control["name"] for control in frame["controls"])
+
     @staticmethod
     def control(frame, name):
         """The enabled button or menu item of that name in the frame, or None."""
@@ -138,8 +155,8 @@ def main(arguments):
             panel.open()
         elif command == "click" and len(rest) == 1:
             panel.click(rest[0])
-        elif command == "wait" and rest:
-            panel.wait_for_text(*rest)
+        elif command == "grade" and len(rest) == 1:
+            panel.grade(rest[0])
         elif command == "say":
             print("\n".join(panel.texts()))
         elif command == "place":
