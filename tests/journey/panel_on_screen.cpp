@@ -132,8 +132,13 @@ void PanelOnScreen::clickIcon() {
 
 bool PanelOnScreen::open() {
     if (!waitForIcon()) return false;
-    clickIcon();
-    return waitFor([](const Frame& frame) { return frame.shown; }).has_value();
+    // A tray host makes room for an icon before the icon can hear of clicks; a person whose click
+    // did nothing clicks again.
+    for (int attempt = 0; attempt < 3; ++attempt) {
+        clickIcon();
+        if (waitFor([](const Frame& frame) { return frame.shown; }, 6s)) return true;
+    }
+    return false;
 }
 
 bool PanelOnScreen::click(const std::string& name) {
