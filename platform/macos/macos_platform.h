@@ -44,8 +44,8 @@ namespace kelvane {
 /// NSWorkspace. An address that is not valid as it stands is refused, never mended.
 [[nodiscard]] std::unique_ptr<UrlOpener> makeNsUrlOpener();
 
-/// NSEvent monitors, which need no permission for mouse buttons. They call on the main thread, while
-/// its event loop runs.
+/// NSEvent monitors, which need no permission for mouse buttons. They call on the main thread,
+/// while its event loop runs.
 [[nodiscard]] std::unique_ptr<PointerPresses> makeNsPointerPresses();
 
 } // namespace kelvane
