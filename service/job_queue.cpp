@@ -1,6 +1,6 @@
 #include "service/job_queue.h"
 
-#include "service/critics/verdict_rule.h"
+#include "critics/verdict_rule.h"
 #include "service/random_id.h"
 #include "service/wire.h"
 

@@ -11,7 +11,7 @@
 
 #pragma once
 
-#include "service/critics/critic.h"
+#include "critics/critic.h"
 #include "service/job_status.h"
 #include "service/run_store.h"
 

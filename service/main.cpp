@@ -1,5 +1,5 @@
+#include "critics/critic.h"
 #include "service/command_line.h"
-#include "service/critics/critic.h"
 #include "service/data_folder.h"
 #include "service/http_api.h"
 #include "service/job_queue.h"

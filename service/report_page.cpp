@@ -1,6 +1,6 @@
 #include "service/report_page.h"
 
-#include "service/finding_diff.h"
+#include "critics/finding_diff.h"
 #include "service/html_text.h"
 #include "service/random_id.h"
 #include "service/report_style.h"

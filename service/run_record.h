@@ -4,7 +4,7 @@
 
 #pragma once
 
-#include "service/critics/critic.h"
+#include "critics/critic.h"
 
 #include <cstdint>
 #include <string>

@@ -6,7 +6,7 @@
 
 #pragma once
 
-#include "service/critics/critic.h"
+#include "critics/critic.h"
 #include "service/job_status.h"
 #include "service/run_record.h"
 

@@ -5,7 +5,7 @@
 
 #pragma once
 
-#include "service/critics/critic.h"
+#include "critics/critic.h"
 
 #include <condition_variable>
 #include <mutex>

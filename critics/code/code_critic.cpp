@@ -1,0 +1,48 @@
+#include "critics/critic.h"
+
+#include "critics/code/code_rules.h"
+#include "critics/letters.h"
+#include "critics/text/prose_rules.h"
+
+namespace trevix {
+
+namespace {
+
+constexpr Rule kEmpty{"code.empty", Severity::high, "something to judge"};
+constexpr Rule kConflict{"code.conflict_marker", Severity::critical, "unresolved merge"};
+constexpr Rule kSecret{"code.secret", Severity::critical, "kept secrets"};
+
+} // namespace
+
+std::vector<Finding> critiqueCode(const Part& part) {
+    const SourceText source(part.text);
+    FindingList findings(source);
+    if (trimmed(part.text).empty()) {
+        findings.addWith(kEmpty, 0, "blanks only", "is all there is");
+        return findings.take();
+    }
+    checkSecrets(source, kSecret, findings);
+    checkEncoding(source, findings);
+    checkConflictMarkers(source, kConflict, findings);
+
+    const CodeView view(source, languageOf(part.name, part.text));
+    checkBrackets(view, findings);
+    checkLongFunctions(view, findings);
+    checkNesting(view, findings);
+    checkDeadCode(view, findings);
+    checkIndentation(view, findings);
+    checkLongLines(view, findings);
+    checkDebugging(view, findings);
+    checkComments(view, findings);
+    checkSwallowedErrors(view, findings);
+    checkComparisons(view, findings);
+    checkImports(view, findings);
+    checkUnsafeCalls(view, findings);
+    checkQueries(view, findings);
+    checkHomePaths(view, findings);
+    checkJson(view, findings);
+    checkYaml(view, findings);
+    return findings.take();
+}
+
+} // namespace trevix

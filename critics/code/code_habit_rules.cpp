@@ -1,0 +1,498 @@
+// Habits: output left from debugging, notes in comments, swallowed errors, slips in conditions.
+
+#include "critics/code/code_rules.h"
+#include "critics/letters.h"
+
+#include <algorithm>
+#include <array>
+#include <map>
+#include <string>
+
+namespace trevix {
+
+namespace {
+
+constexpr Rule kBreakpoint{"code.breakpoint", Severity::high, "left-over debugging"};
+constexpr Rule kDebugOutput{"code.debug_output", Severity::medium, "left-over debugging"};
+constexpr Rule kTodo{"code.todo", Severity::low, "open ends"};
+constexpr Rule kCommentedOut{"code.commented_out", Severity::low, "code that runs"};
+constexpr Rule kSwallowed{"code.swallowed_error", Severity::medium, "handled errors"};
+constexpr Rule kNone{"code.none_comparison", Severity::low, "right comparisons"};
+constexpr Rule kAssignment{"code.assignment_in_condition", Severity::medium, "right comparisons"};
+constexpr Rule kDuplicateImport{"code.duplicate_import", Severity::low, "tidy imports"};
+
+constexpr std::size_t kFewestCommentedLines = 4;
+
+template <std::size_t Count>
+bool isOneOf(std::string_view text, const std::array<std::string_view, Count>& choices) {
+    return std::find(choices.begin(), choices.end(), text) != choices.end();
+}
+
+/// "a.b(" as written, from the tokens at `index`: the names without blanks, and the bracket.
+bool calls(const CodeView& view, std::size_t index, std::string_view path) {
+    std::size_t at = index;
+    while (!path.empty()) {
+        std::size_t end = 0;
+        const bool name = isAsciiWord(path[0]);
+        while (end < path.size() && isAsciiWord(path[end]) == name) {
+            ++end;
+            if (!name && path.substr(0, 2) != "::") break;
+        }
+        if (!view.is(at, path.substr(0, end))) return false;
+        path.remove_prefix(end);
+        ++at;
+    }
+    return true;
+}
+
+bool isMember(const CodeView& view, std::size_t index) {
+    return index > 0 && (view.is(index - 1, ".") || view.is(index - 1, "->") ||
+                         view.is(index - 1, "::") || view.is(index - 1, "?."));
+}
+
+bool isDeclared(const CodeView& view, std::size_t index) {
+    return index > 0 && (view.is(index - 1, "def") || view.is(index - 1, "function") ||
+                         view.is(index - 1, "func") || view.is(index - 1, "fn"));
+}
+
+void addLine(const CodeView& view, const Rule& rule, std::size_t index, std::string_view says,
+             FindingList& findings) {
+    const std::size_t start = view.code[index].offset;
+    findings.add(rule, start, view.source.lineEnd(view.lineOf(index)) - start, says);
+}
+
+struct Call {
+    std::string_view path;
+    bool (*speaks)(Language);
+};
+
+bool inPython(Language language) {
+    return language == Language::python;
+}
+bool inRuby(Language language) {
+    return language == Language::ruby;
+}
+bool inPhp(Language language) {
+    return language == Language::php;
+}
+bool inRust(Language language) {
+    return language == Language::rust;
+}
+bool inGo(Language language) {
+    return language == Language::go;
+}
+
+constexpr std::array kBreakpoints = {
+    Call{"pdb.set_trace(", inPython}, Call{"ipdb.set_trace(", inPython},
+    Call{"breakpoint(", inPython},    Call{"binding.pry", inRuby},
+    Call{"binding.irb", inRuby},      Call{"byebug", inRuby},
+    Call{"debugger", isScript},       Call{"runtime.Breakpoint(", inGo},
+};
+
+constexpr std::array kDebugCalls = {
+    Call{"console.log(", isScript},   Call{"console.debug(", isScript},
+    Call{"console.trace(", isScript}, Call{"console.dir(", isScript},
+    Call{"alert(", isScript},         Call{"var_dump(", inPhp},
+    Call{"print_r(", inPhp},          Call{"dbg!(", inRust},
+    Call{"spew.Dump(", inGo},
+};
+
+/// Calls that are at home in programs, unless what they print is a note to oneself.
+constexpr std::array<std::string_view, 15> kPrinters = {"print(",
+                                                        "printf(",
+                                                        "puts(",
+                                                        "println!(",
+                                                        "eprintln!(",
+                                                        "fmt.Println(",
+                                                        "fmt.Printf(",
+                                                        "System.out.println(",
+                                                        "log.Println(",
+                                                        "std::printf(",
+                                                        "log.Printf(",
+                                                        "fprintf(stderr,",
+                                                        "println(",
+                                                        "Console.WriteLine(",
+                                                        "System.err.println("};
+
+bool isNoteToOneself(std::string_view literal) {
+    while (!literal.empty() && !isAsciiLetter(literal.front()) && literal.front() != '*' &&
+           literal.front() != '=' && literal.front() != '-' && literal.front() != '#' &&
+           literal.front() != '>') {
+        literal.remove_prefix(1);
+    }
+    // f"..." and u"..." have a letter in front of the quote, which is a token of its own.
+    std::string text = lowerAscii(literal.substr(0, 40));
+    while (!text.empty() &&
+           std::string_view("\"'`\\n :.!*#=->").find(text.back()) != std::string_view::npos) {
+        if (text.back() == 'n' && (text.size() < 2 || text[text.size() - 2] != '\\')) break;
+        text.pop_back();
+    }
+    std::size_t begin = text.find_first_not_of("*#=-> ");
+    if (begin == std::string::npos) return false;
+    text = text.substr(begin);
+    constexpr std::array<std::string_view, 14> kNotes = {
+        "here", "here1", "here2", "got here", "test",      "testing", "debug",
+        "xxx",  "asdf",  "aaa",   "foo",      "i am here", "wtf",     "reached"};
+    return isOneOf(text, kNotes) || text.compare(0, 6, "debug:") == 0 ||
+           text.compare(0, 6, "debug ") == 0 || text.compare(0, 9, "got here ") == 0 ||
+           text.compare(0, 5, "here:") == 0 || text.compare(0, 4, "xxx ") == 0;
+}
+
+std::size_t afterPath(std::string_view path) {
+    std::size_t tokens = 0;
+    for (std::size_t i = 0; i < path.size(); ++tokens) {
+        const bool name = isAsciiWord(path[i]);
+        const bool colons = path.substr(i, 2) == "::";
+        ++i;
+        if (colons) ++i;
+        while (name && i < path.size() && isAsciiWord(path[i])) ++i;
+    }
+    return tokens;
+}
+
+void checkPrinters(const CodeView& view, std::size_t i, FindingList& findings) {
+    for (const std::string_view path : kPrinters) {
+        if (!calls(view, i, path)) continue;
+        std::size_t argument = i + afterPath(path);
+        // f"..." in Python.
+        if (view.isKind(argument, TokenKind::identifier) && view.code[argument].length == 1 &&
+            view.isKind(argument + 1, TokenKind::string)) {
+            ++argument;
+        }
+        if (view.isKind(argument, TokenKind::string) &&
+            isNoteToOneself(view.textOf(view.code[argument]))) {
+            addLine(view, kDebugOutput, i, "prints a note left from debugging", findings);
+        }
+        return;
+    }
+    const bool stream = view.is(i, "cout") || view.is(i, "cerr");
+    if (stream && view.is(i + 1, "<<") && view.isKind(i + 2, TokenKind::string) &&
+        isNoteToOneself(view.textOf(view.code[i + 2]))) {
+        addLine(view, kDebugOutput, i, "prints a note left from debugging", findings);
+    }
+    const bool shell = (view.language == Language::shell && view.is(i, "echo")) ||
+                       (view.language == Language::ruby && view.is(i, "puts"));
+    if (shell && view.isKind(i + 1, TokenKind::string) &&
+        isNoteToOneself(view.textOf(view.code[i + 1]))) {
+        addLine(view, kDebugOutput, i, "prints a note left from debugging", findings);
+    }
+}
+
+/// The text of a comment line without its marks.
+std::string_view commentText(std::string_view line) {
+    line = trimmed(line);
+    for (const std::string_view mark : {"//", "/*", "#", "--", "<!--", "*"}) {
+        if (line.substr(0, mark.size()) == mark) {
+            line.remove_prefix(mark.size());
+            break;
+        }
+    }
+    return trimmed(line);
+}
+
+void checkTodo(const CodeView& view, const Token& comment, FindingList& findings) {
+    const std::string_view text = view.textOf(comment);
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const char c = text[i];
+        if (c != 'T' && c != 'F' && c != 'X' && c != 'H') continue;
+        if (i > 0 && (isAsciiWord(text[i - 1]) || text[i - 1] == '"' || text[i - 1] == '`' ||
+                      text[i - 1] == '\'' || text[i - 1] == '/' || text[i - 1] == '-')) {
+            continue;
+        }
+        for (const std::string_view word : {"TODO", "FIXME", "XXX", "HACK"}) {
+            if (text.compare(i, word.size(), word) != 0) continue;
+            const std::size_t end = i + word.size();
+            const char after = end < text.size() ? text[end] : '\n';
+            if (isAsciiWord(after) || after == '"' || after == '`' || after == '\'' ||
+                after == '/' || after == '-' || after == ',') {
+                break; // Part of a name, or a mention of the word.
+            }
+            // Somebody owns it: "TODO(ana)", "TODO @ana", "TODO: #41", "TODO ABC-41".
+            std::string_view rest = text.substr(end, 40);
+            rest = rest.substr(0, rest.find('\n'));
+            if (after == '(' || rest.find('@') != std::string_view::npos ||
+                rest.find('#') != std::string_view::npos ||
+                rest.find("://") != std::string_view::npos) {
+                break;
+            }
+            const std::string_view line =
+                text.substr(i, std::min(text.find('\n', i), text.size()) - i);
+            findings.add(kTodo, comment.offset + i, line.size(), "is an open end that nobody owns");
+            i = end;
+            break;
+        }
+    }
+}
+
+bool looksLikeCode(std::string_view text, Language language) {
+    if (text.empty()) return false;
+    if (text[0] == '@' || text.find(". ") != std::string_view::npos) return false;
+    const char last = text.back();
+    const bool assigns = text.find(" = ") != std::string_view::npos;
+    const bool call = text.find('(') != std::string_view::npos && last == ')';
+    if (language == Language::python || language == Language::ruby || language == Language::shell) {
+        const bool block =
+            last == ':' && (text.substr(0, 3) == "if " || text.substr(0, 4) == "for " ||
+                            text.substr(0, 4) == "def " || text.substr(0, 5) == "with " ||
+                            text.substr(0, 6) == "while " || text == "else:" || text == "try:" ||
+                            text.substr(0, 6) == "except");
+        const bool word = text.substr(0, 7) == "return " || text.substr(0, 7) == "import " ||
+                          text == "end" || text == "fi" || text == "done";
+        const bool name = isAsciiWord(text[0]) && text.find(' ') == text.find(" = ");
+        const bool bareCall = call && text.find(' ') > text.find('(');
+        return block || word || (assigns && name) || bareCall;
+    }
+    if (last == ';')
+        return assigns || text.find('(') != std::string_view::npos ||
+               text.substr(0, 6) == "return" || text.find(' ') < text.size();
+    return (last == '{' && text.find(')') != std::string_view::npos) || text == "}" ||
+           text == "{" || text == "});" || text == "} else {";
+}
+
+void checkCommentedOut(const CodeView& view, FindingList& findings) {
+    const char* mark = hasBraces(view.language) ? "//" : "#";
+    const std::size_t markLength = hasBraces(view.language) ? 2 : 1;
+    std::size_t begin = 0;
+    std::size_t lines = 0;
+    std::size_t codeLines = 0;
+    bool example = false;
+    std::string_view previous;
+    const auto close = [&] {
+        if (lines >= kFewestCommentedLines && codeLines * 5 >= lines * 4 && !example) {
+            findings.add(
+                kCommentedOut, begin, view.source.lineEnd(view.source.lineAt(begin)) - begin,
+                "begins " + std::to_string(lines) + " lines of code that are commented out");
+        }
+        lines = codeLines = 0;
+        example = false;
+    };
+    for (std::size_t i = 0; i < view.source.lineCount(); ++i) {
+        const std::string_view line = trimmed(view.source.line(i));
+        const bool plain = line.substr(0, markLength) == mark && !view.lineInText[i] &&
+                           line.substr(0, 3) != "///" && line.substr(0, 3) != "//!" &&
+                           line.substr(0, 2) != "#!";
+        if (!plain) {
+            close();
+            previous = line;
+            continue;
+        }
+        const std::string_view text = commentText(line);
+        const bool code = looksLikeCode(text, view.language);
+        if (lines == 0) {
+            if (!code) { // Prose in front of code that shows how to use something.
+                previous = text;
+                continue;
+            }
+            begin = view.source.lineStart(i) +
+                    static_cast<std::size_t>(line.data() - view.source.line(i).data());
+            example = !previous.empty() && previous.back() == ':' && i > 0;
+        }
+        if (!text.empty()) {
+            ++lines;
+            if (code) ++codeLines;
+        }
+        previous = text;
+    }
+    close();
+}
+
+bool hasComment(const CodeView& view, std::size_t from, std::size_t to) {
+    const std::size_t first = view.code[from].offset;
+    const std::size_t last =
+        to < view.code.size() ? view.code[to].offset : view.source.text().size();
+    const auto start = std::lower_bound(
+        view.tokens.begin(), view.tokens.end(), first,
+        [](const Token& token, std::size_t offset) { return token.offset < offset; });
+    for (auto token = start; token != view.tokens.end() && token->offset < last; ++token) {
+        if (token->kind == TokenKind::comment) return true;
+    }
+    return false;
+}
+
+void checkEmptyCatches(const CodeView& view, FindingList& findings) {
+    for (std::size_t i = 0; i < view.code.size(); ++i) {
+        if (!view.is(i, "catch")) continue;
+        std::size_t brace = i + 1;
+        if (view.is(brace, "(")) {
+            if (view.match[brace] == kNoToken) continue;
+            // "promise.catch(() => {})"
+            const std::size_t inner = view.match[brace] >= 2 ? view.match[brace] - 2 : 0;
+            if (isMember(view, i) && view.is(inner, "{") && view.is(inner + 1, "}") && inner > 0 &&
+                view.is(inner - 1, "=>") && !hasComment(view, inner, inner + 1)) {
+                addLine(view, kSwallowed, i, "drops every error without a word", findings);
+            }
+            brace = view.match[brace] + 1;
+        }
+        if (isMember(view, i)) continue;
+        if (!view.is(brace, "{") || !view.is(brace + 1, "}")) continue;
+        if (hasComment(view, brace, brace + 1)) continue; // Says why.
+        const std::size_t start = view.code[i].offset;
+        findings.add(kSwallowed, start, view.code[brace + 1].end() - start,
+                     "drops an error without a word");
+    }
+}
+
+void checkPythonExcepts(const CodeView& view, FindingList& findings) {
+    for (std::size_t i = 0; i < view.code.size(); ++i) {
+        if (!view.is(i, "except")) continue;
+        std::size_t colon = i + 1;
+        const bool all = view.is(colon, ":");
+        const bool broad = view.is(colon, "Exception") || view.is(colon, "BaseException");
+        if (!all && !broad) continue; // A narrow one may be passed over on purpose.
+        if (broad) ++colon;
+        if (view.is(colon, "as")) colon += 2;
+        if (!view.is(colon, ":")) continue;
+        const bool passes = view.is(colon + 1, "pass") || view.is(colon + 1, "...");
+        if (!passes) continue;
+        const std::size_t next = std::min(colon + 2, view.code.size());
+        const std::size_t line = view.lineOf(colon + 1);
+        const bool nextOnLine = next < view.code.size() && view.lineOf(next) == line;
+        if (nextOnLine) continue;
+        const auto after = std::upper_bound(
+            view.tokens.begin(), view.tokens.end(), view.code[colon + 1].offset,
+            [](std::size_t offset, const Token& token) { return offset < token.offset; });
+        const bool explained = hasComment(view, i, colon + 1) ||
+                               (after != view.tokens.end() && after->kind == TokenKind::comment &&
+                                view.source.lineAt(after->offset) == line);
+        if (explained) continue;
+        addLine(view, kSwallowed, i, "drops every error without a word", findings);
+    }
+}
+
+bool isCondition(const CodeView& view, std::size_t open) {
+    return open > 0 &&
+           (view.is(open - 1, "if") || view.is(open - 1, "while") || view.is(open - 1, "elseif"));
+}
+
+void checkAssignments(const CodeView& view, FindingList& findings) {
+    for (std::size_t i = 1; i < view.code.size(); ++i) {
+        if (!view.is(i, "=") || view.parent[i] == kNoToken) continue;
+        const std::size_t open = view.parent[i];
+        if (!view.is(open, "(") || !isCondition(view, open)) continue;
+        if (view.match[open] == kNoToken) continue;
+        // "if (auto it = find(x); ...)" and "if (Foo* foo = get())" declare.
+        const std::size_t length = i - open - 1;
+        bool declares = false;
+        for (std::size_t j = open + 1; j + 1 < i && length < 40; ++j) {
+            const bool left = view.isKind(j, TokenKind::identifier) || view.is(j, "*") ||
+                              view.is(j, "&") || view.is(j, ">") || view.is(j, "]");
+            const bool member = j > open + 1 && view.is(j - 1, ".");
+            if (left && view.isKind(j + 1, TokenKind::identifier) && j + 1 == i - 1 && !member) {
+                declares = true;
+            }
+        }
+        if (view.is(open + 1, "auto") || view.is(open + 1, "const") || view.is(open + 1, "let") ||
+            view.is(i - 1, "]") || declares) {
+            continue;
+        }
+        bool semicolon = false;
+        for (std::size_t j = i; j < view.match[open] && j < i + 200; ++j) {
+            semicolon = semicolon || view.is(j, ";");
+        }
+        if (semicolon) continue;
+        const std::size_t start = view.code[open - 1].offset;
+        findings.add(kAssignment, start, view.code[view.match[open]].end() - start,
+                     "assigns where a comparison is expected");
+    }
+}
+
+} // namespace
+
+void checkDebugging(const CodeView& view, FindingList& findings) {
+    if (!hasStatements(view.language)) return;
+    const std::string_view head = view.source.line(0);
+    // A program for the command line prints; a page or a service does not.
+    const bool commandLine = head.substr(0, 2) == "#!";
+    for (std::size_t i = 0; i < view.code.size(); ++i) {
+        if (!view.isKind(i, TokenKind::identifier) || isDeclared(view, i)) continue;
+        for (const Call& call : kBreakpoints) {
+            if (!call.speaks(view.language) || isMember(view, i) || !calls(view, i, call.path)) {
+                continue;
+            }
+            const bool statement = call.path != "debugger" || view.is(i + 1, ";") ||
+                                   i + 1 == view.code.size() ||
+                                   view.lineOf(i + 1) != view.lineOf(i);
+            if (statement)
+                addLine(view, kBreakpoint, i, "stops the program for a debugger", findings);
+        }
+        for (const Call& call : kDebugCalls) {
+            if (commandLine || !call.speaks(view.language) || isMember(view, i)) continue;
+            if (!calls(view, i, call.path)) continue;
+            addLine(view, kDebugOutput, i, "is output left from debugging", findings);
+        }
+        checkPrinters(view, i, findings);
+    }
+}
+
+void checkComments(const CodeView& view, FindingList& findings) {
+    for (const Token& token : view.tokens) {
+        if (token.kind == TokenKind::comment) checkTodo(view, token, findings);
+    }
+    if (hasStatements(view.language)) checkCommentedOut(view, findings);
+}
+
+void checkSwallowedErrors(const CodeView& view, FindingList& findings) {
+    if (view.language == Language::python) {
+        checkPythonExcepts(view, findings);
+        return;
+    }
+    if (view.language == Language::go) {
+        for (std::size_t i = 0; i + 2 < view.code.size(); ++i) {
+            if (view.is(i, "_") && view.is(i + 1, "=") && view.is(i + 2, "err") &&
+                (i == 0 || !view.is(i - 1, ","))) {
+                addLine(view, kSwallowed, i, "drops an error without a word", findings);
+            }
+        }
+        return;
+    }
+    if (hasBraces(view.language)) checkEmptyCatches(view, findings);
+}
+
+void checkComparisons(const CodeView& view, FindingList& findings) {
+    if (view.language == Language::python) {
+        for (std::size_t i = 0; i + 1 < view.code.size(); ++i) {
+            if ((view.is(i, "==") || view.is(i, "!=")) && view.is(i + 1, "None")) {
+                const std::size_t start = view.code[i > 0 ? i - 1 : i].offset;
+                findings.add(kNone, start, view.code[i + 1].end() - start,
+                             "compares with None by value instead of by identity");
+            }
+        }
+        return;
+    }
+    const bool assigns = view.language == Language::c || view.language == Language::cpp ||
+                         view.language == Language::java || view.language == Language::csharp ||
+                         view.language == Language::php || isScript(view.language);
+    if (assigns) checkAssignments(view, findings);
+}
+
+void checkImports(const CodeView& view, FindingList& findings) {
+    if (!hasStatements(view.language)) return;
+    std::map<std::string, std::size_t, std::less<>> seen;
+    std::size_t conditions = 0;
+    for (std::size_t i = 0; i < view.source.lineCount(); ++i) {
+        const std::string_view raw = view.source.line(i);
+        if (raw.size() > 400 || view.lineInText[i]) continue;
+        const std::string_view line = trimmed(raw);
+        if (line.substr(0, 3) == "#if") ++conditions;
+        if (line.substr(0, 6) == "#endif" && conditions > 0) --conditions;
+        const bool include = line.substr(0, 8) == "#include" && conditions <= 1;
+        // An import inside a function is made there on purpose.
+        const bool atMargin = !raw.empty() && raw[0] != ' ' && raw[0] != '\t';
+        const bool python =
+            view.language == Language::python &&
+            (line.substr(0, 7) == "import " ||
+             (line.substr(0, 5) == "from " && line.find(" import ") != std::string_view::npos &&
+              line.back() != '('));
+        const bool script = (isScript(view.language) || view.language == Language::java) &&
+                            line.substr(0, 7) == "import " && line.back() == ';';
+        const bool rust = view.language == Language::rust && line.substr(0, 4) == "use ";
+        if (!include && !(atMargin && (python || script || rust))) continue;
+        const std::string_view bare = line.substr(0, line.find(" //"));
+        const auto [entry, added] = seen.try_emplace(std::string(bare), i);
+        if (added) continue;
+        findings.add(kDuplicateImport, view.source.lineStart(i), raw.size(),
+                     "stands in line " + std::to_string(entry->second + 1) + " already");
+    }
+}
+
+} // namespace trevix

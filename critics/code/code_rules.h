@@ -1,0 +1,37 @@
+// What is wrong with this code, as far as its text tells?
+//
+// The rules of the code critic, grouped by what they look at. Each reads the view once and adds
+// what it finds; docs/critics.md lists the rules with examples. A rule that depends on the language
+// stays silent when the language is not known.
+
+#pragma once
+
+#include "critics/code/code_view.h"
+
+namespace trevix {
+
+// Shape: code_structure_rules.cpp
+void checkBrackets(const CodeView& view, FindingList& findings);
+void checkLongFunctions(const CodeView& view, FindingList& findings);
+void checkNesting(const CodeView& view, FindingList& findings);
+void checkDeadCode(const CodeView& view, FindingList& findings);
+void checkIndentation(const CodeView& view, FindingList& findings);
+void checkLongLines(const CodeView& view, FindingList& findings);
+
+// Habits: code_habit_rules.cpp
+void checkDebugging(const CodeView& view, FindingList& findings);
+void checkComments(const CodeView& view, FindingList& findings);
+void checkSwallowedErrors(const CodeView& view, FindingList& findings);
+void checkComparisons(const CodeView& view, FindingList& findings);
+void checkImports(const CodeView& view, FindingList& findings);
+
+// Security: code_security_rules.cpp
+void checkUnsafeCalls(const CodeView& view, FindingList& findings);
+void checkQueries(const CodeView& view, FindingList& findings);
+void checkHomePaths(const CodeView& view, FindingList& findings);
+
+// Data: code_data_rules.cpp
+void checkJson(const CodeView& view, FindingList& findings);
+void checkYaml(const CodeView& view, FindingList& findings);
+
+} // namespace trevix

@@ -1,0 +1,220 @@
+// Code that runs text, queries put together from text, and paths of one person's machine.
+
+#include "critics/code/code_rules.h"
+#include "critics/letters.h"
+
+#include <algorithm>
+#include <array>
+#include <string>
+
+namespace trevix {
+
+namespace {
+
+constexpr Rule kUnsafeCall{"code.runs_text", Severity::high, "safe calls"};
+constexpr Rule kQuery{"code.query_from_text", Severity::high, "safe queries"};
+constexpr Rule kHomePath{"code.home_path", Severity::medium, "portable paths"};
+
+bool isMember(const CodeView& view, std::size_t index) {
+    return index > 0 && (view.is(index - 1, ".") || view.is(index - 1, "->") ||
+                         view.is(index - 1, "::") || view.is(index - 1, "?.") ||
+                         view.is(index - 1, "def") || view.is(index - 1, "function") ||
+                         view.is(index - 1, "fn") || view.is(index - 1, "func"));
+}
+
+void addCall(const CodeView& view, const Rule& rule, std::size_t index, std::string_view says,
+             FindingList& findings) {
+    const std::size_t start = view.code[index].offset;
+    findings.add(rule, start, view.source.lineEnd(view.lineOf(index)) - start, says);
+}
+
+/// What stands between the quotes.
+std::string_view inner(std::string_view literal) {
+    while (!literal.empty() &&
+           (literal.front() == '"' || literal.front() == '\'' || literal.front() == '`')) {
+        literal.remove_prefix(1);
+    }
+    return trimmed(literal);
+}
+
+bool contains(std::string_view text, std::string_view what) {
+    return text.find(what) != std::string_view::npos;
+}
+
+/// Whether a literal is the beginning of a query. Sentences ("Select a file from the list") are
+/// not.
+bool isQuery(std::string_view literal) {
+    const std::string_view text = inner(literal).substr(0, 2000);
+    struct Form {
+        std::string_view verb;
+        std::string_view second;
+        std::string_view smallVerb;
+        std::string_view smallSecond;
+    };
+    constexpr std::array<Form, 4> kForms = {{{"SELECT ", "FROM", "select ", " from "},
+                                             {"INSERT INTO ", "", "insert into ", ""},
+                                             {"UPDATE ", "SET", "update ", " set "},
+                                             {"DELETE FROM ", "", "delete from ", ""}}};
+    return std::any_of(kForms.begin(), kForms.end(), [&](const Form& form) {
+        if (text.substr(0, form.verb.size()) == form.verb) return contains(text, form.second);
+        if (text.substr(0, form.smallVerb.size()) != form.smallVerb) return false;
+        return contains(text, form.smallSecond) && (contains(text, "*") || contains(text, "="));
+    });
+}
+
+/// A name that holds marks for values, or one fixed in the program, is no value of a stranger.
+bool isHarmlessName(std::string_view name) {
+    const std::string lower = lowerAscii(name);
+    for (const std::string_view part : {"placeholder", "marks", "column", "cols", "fields", "table",
+                                        "schema", "order", "direction"}) {
+        if (contains(lower, part)) return true;
+    }
+    return !name.empty() &&
+           std::none_of(name.begin(), name.end(), [](char c) { return c >= 'a' && c <= 'z'; });
+}
+
+/// Whether a literal with names in it ("{id}", "${id}") takes in one that is not harmless.
+bool takesInName(std::string_view literal, std::string_view opening) {
+    for (std::size_t at = literal.find(opening); at != std::string_view::npos;
+         at = literal.find(opening, at + 1)) {
+        const std::size_t start = at + opening.size();
+        const std::size_t end = literal.find('}', start);
+        if (end == std::string_view::npos) return false;
+        const std::string_view name = literal.substr(start, end - start);
+        if (!name.empty() && name[0] != '{' && !isHarmlessName(name)) return true;
+    }
+    return false;
+}
+
+bool isStranger(const CodeView& view, std::size_t index) {
+    return view.isKind(index, TokenKind::identifier) &&
+           !isHarmlessName(view.textOf(view.code[index]));
+}
+
+bool joinsText(const CodeView& view, std::size_t i) {
+    const std::string_view literal = view.textOf(view.code[i]);
+    const Language language = view.language;
+    const bool plus = view.is(i + 1, "+") && isStranger(view, i + 2);
+    if (language == Language::python) {
+        const std::string_view prefix = i > 0 && view.isKind(i - 1, TokenKind::identifier) &&
+                                                view.code[i - 1].end() == view.code[i].offset
+                                            ? view.textOf(view.code[i - 1])
+                                            : std::string_view();
+        if ((prefix == "f" || prefix == "rf" || prefix == "F") && takesInName(literal, "{")) {
+            return true;
+        }
+        const bool percent =
+            view.is(i + 1, "%") && (isStranger(view, i + 2) || view.is(i + 2, "("));
+        const bool format = view.is(i + 1, ".") && view.is(i + 2, "format");
+        return plus || percent || format;
+    }
+    if (isScript(language) && literal[0] == '`') {
+        // A tag in front of the template takes care of its values.
+        const bool tagged = i > 0 && view.isKind(i - 1, TokenKind::identifier) &&
+                            view.code[i - 1].end() == view.code[i].offset;
+        return !tagged && takesInName(literal, "${");
+    }
+    if (language == Language::go) {
+        const bool printed = i >= 2 && view.is(i - 1, "(") && view.is(i - 2, "Sprintf");
+        return plus || (printed && (contains(literal, "'%s'") || contains(literal, "= %s") ||
+                                    contains(literal, "%v")));
+    }
+    if (language == Language::php) {
+        return (view.is(i + 1, ".") && view.isKind(i + 2, TokenKind::identifier)) ||
+               (literal[0] == '"' && contains(literal, "$"));
+    }
+    if (language == Language::ruby) return literal[0] == '"' && takesInName(literal, "#{");
+    return plus;
+}
+
+/// Tests make up people and their folders.
+bool isTest(std::string_view text) {
+    for (const std::string_view sign :
+         {"TEST(", "TEST_F(", "def test_", "describe(", "#[test]", "func Test", "@Test"}) {
+        if (contains(text, sign)) return true;
+    }
+    return false;
+}
+
+} // namespace
+
+void checkUnsafeCalls(const CodeView& view, FindingList& findings) {
+    const Language language = view.language;
+    const bool python = language == Language::python;
+    const bool evaluates =
+        python || isScript(language) || language == Language::php || language == Language::ruby;
+    if (!evaluates) return;
+    for (std::size_t i = 0; i + 1 < view.code.size(); ++i) {
+        if (!view.isKind(i, TokenKind::identifier)) continue;
+        if (view.is(i + 1, "(") && !isMember(view, i)) {
+            const bool runs = view.is(i, "eval") || (python && view.is(i, "exec"));
+            const bool method = isScript(language) && view.match[i + 1] != kNoToken &&
+                                view.is(view.match[i + 1] + 1, "{");
+            if (runs && !method && !view.is(i + 2, ")")) {
+                addCall(view, kUnsafeCall, i, "runs a text as code", findings);
+            }
+        }
+        if (isScript(language) && view.is(i, "new") && view.is(i + 1, "Function") &&
+            view.is(i + 2, "(")) {
+            addCall(view, kUnsafeCall, i, "runs a text as code", findings);
+        }
+        if (python && view.is(i, "shell") && view.is(i + 1, "=") && view.is(i + 2, "True")) {
+            addCall(view, kUnsafeCall, i, "hands a command to a shell", findings);
+        }
+        if (python && view.is(i, "os") && view.is(i + 1, ".") && view.is(i + 2, "system") &&
+            view.is(i + 3, "(") &&
+            !(view.isKind(i + 4, TokenKind::string) && view.is(i + 5, ")"))) {
+            addCall(view, kUnsafeCall, i, "hands a command to a shell", findings);
+        }
+    }
+}
+
+void checkQueries(const CodeView& view, FindingList& findings) {
+    if (!hasStatements(view.language) || view.language == Language::shell) return;
+    for (std::size_t i = 0; i < view.code.size(); ++i) {
+        if (view.code[i].kind != TokenKind::string) continue;
+        if (!isQuery(view.textOf(view.code[i])) || !joinsText(view, i)) continue;
+        const std::size_t start = view.code[i].offset;
+        findings.add(kQuery, start,
+                     view.source.lineEnd(view.source.lineAt(view.code[i].end())) - start,
+                     "puts a query together from text, so that a value can change it");
+    }
+}
+
+void checkHomePaths(const CodeView& view, FindingList& findings) {
+    if (isTest(view.source.text())) return;
+    constexpr std::array<std::string_view, 18> kNobody = {
+        "user",    "username",  "you",      "runner", "ubuntu",   "vagrant",
+        "app",     "node",      "shared",   "name",   "someone",  "public",
+        "default", "linuxbrew", "circleci", "me",     "youruser", "test"};
+    for (const Token& token : view.tokens) {
+        const bool data = view.language == Language::unknown || view.language == Language::yaml ||
+                          view.language == Language::shell;
+        if (token.kind == TokenKind::comment || (token.kind != TokenKind::string && !data))
+            continue;
+        const std::string_view text = view.textOf(token);
+        for (std::size_t i = 0; i < text.size(); ++i) {
+            if (text[i] != '/' && text[i] != 'C') continue;
+            std::size_t start = 0;
+            for (const std::string_view root :
+                 {"/home/", "/Users/", "C:\\Users\\", "C:\\\\Users\\\\"}) {
+                if (text.compare(i, root.size(), root) == 0) start = i + root.size();
+            }
+            if (start == 0 || (i > 0 && (isAsciiWord(text[i - 1]) || text[i - 1] == '.'))) continue;
+            std::size_t end = start;
+            while (end < text.size() &&
+                   (isAsciiWord(text[end]) || text[end] == '-' || text[end] == '.')) {
+                ++end;
+            }
+            const std::string user = lowerAscii(text.substr(start, end - start));
+            const bool deeper = end < text.size() && (text[end] == '/' || text[end] == '\\');
+            const bool nobody = std::find(kNobody.begin(), kNobody.end(), user) != kNobody.end();
+            if (user.empty() || !deeper || nobody) continue;
+            findings.add(kHomePath, token.offset + i, std::min<std::size_t>(text.size() - i, 60),
+                         "is a path in the home folder of one person");
+            i = end;
+        }
+    }
+}
+
+} // namespace trevix

@@ -1,0 +1,64 @@
+// What do the rules for code read?
+//
+// One text with its tokens, its brackets paired, and its lines told apart. Built once, read by all
+// rules, linear in the length of the text.
+
+#pragma once
+
+#include "critics/code/code_lexer.h"
+#include "critics/finding_list.h"
+#include "critics/source_text.h"
+
+#include <cstddef>
+#include <string_view>
+#include <vector>
+
+namespace trevix {
+
+constexpr std::size_t kNoToken = static_cast<std::size_t>(-1);
+
+struct BracketFault {
+    enum class Kind { mismatched, neverClosed, neverOpened };
+    Kind kind = Kind::mismatched;
+    std::size_t opener = kNoToken; ///< Index into `code`.
+    std::size_t closer = kNoToken;
+};
+
+/// A line that begins a statement: not inside brackets, strings or comments.
+struct LogicalLine {
+    std::size_t first = 0; ///< Index into `code` of its first token.
+    std::size_t indent = 0;
+    std::size_t line = 0;
+};
+
+class CodeView {
+public:
+    CodeView(const SourceText& text, Language ofText);
+
+    const SourceText& source;
+    Language language;
+    std::vector<Token> tokens;       ///< All of them.
+    std::vector<Token> code;         ///< Without comments and directives.
+    std::vector<std::size_t> match;  ///< For brackets in `code`, their partner, or kNoToken.
+    std::vector<std::size_t> parent; ///< The opener of the brackets around each token of `code`.
+    std::vector<BracketFault> faults;
+    std::vector<bool> lineInText; ///< Lines that begin inside a string or comment.
+
+    [[nodiscard]] std::string_view textOf(const Token& token) const {
+        return source.text().substr(token.offset, token.length);
+    }
+    /// Whether `code[index]` exists, is no string, and reads so.
+    [[nodiscard]] bool is(std::size_t index, std::string_view text) const;
+    [[nodiscard]] bool isKind(std::size_t index, TokenKind kind) const;
+    [[nodiscard]] std::size_t lineOf(std::size_t index) const {
+        return source.lineAt(code[index].offset);
+    }
+    /// In languages that mean something by indentation; empty for others.
+    [[nodiscard]] std::vector<LogicalLine> logicalLines() const;
+
+private:
+    void pairBrackets();
+    void markLines();
+};
+
+} // namespace trevix

@@ -1,0 +1,126 @@
+#include "critics/critic.h"
+
+#include "critics/finding_list.h"
+#include "critics/letters.h"
+#include "critics/text/calendar.h"
+#include "critics/text/prose_rules.h"
+
+#include <algorithm>
+#include <mutex>
+
+namespace trevix {
+
+namespace {
+
+constexpr std::string_view kCriterion = "readable work";
+
+/// "text/csv; charset=utf-8" is "text/csv".
+std::string bareType(std::string_view mimeType) {
+    std::string type = lowerAscii(mimeType.substr(0, mimeType.find(';')));
+    while (!type.empty() && type.back() == ' ') type.pop_back();
+    return type;
+}
+
+bool isEmpty(const Part& part) {
+    return part.text.empty() && part.bytes.empty();
+}
+
+std::string labelOf(const Part& part, std::size_t index) {
+    const std::string number = "part " + std::to_string(index + 1);
+    return part.name.empty() ? number : number + " (" + shortened(part.name) + ")";
+}
+
+Finding wholePartFinding(std::string rule, std::string place, std::string evidence,
+                         std::string detail) {
+    Finding finding;
+    finding.severity = Severity::high;
+    finding.rule = std::move(rule);
+    finding.criterion = kCriterion;
+    finding.place = std::move(place);
+    finding.evidence = std::move(evidence);
+    finding.detail = std::move(detail);
+    return finding;
+}
+
+Finding emptyFinding(const std::string& place) {
+    return wholePartFinding("artifact.empty", place, "nothing",
+                            "There is nothing in " + place + " to judge.");
+}
+
+Finding unreadableFinding(const Part& part, const std::string& place) {
+    const std::string type = part.mimeType.empty() ? "no type" : shortened(part.mimeType);
+    return wholePartFinding("artifact.unreadable", place, type,
+                            "Content of " + place + " was not judged: “" + type + "” with " +
+                                std::to_string(part.bytes.size()) +
+                                " bytes is not a kind of work that can be read here.");
+}
+
+std::vector<Finding> critiqueByType(const Part& part, std::string_view modality,
+                                    const std::string& place) {
+    const std::string type = bareType(part.mimeType);
+    if (!part.isText || (part.text.empty() && !part.bytes.empty())) {
+        if (type == "image/png") return critiqueImage(part, modality);
+        return {unreadableFinding(part, place)};
+    }
+    // The type says what this part is; the modality speaks only for parts that are plain text.
+    if (type == "text/tab-separated-values" || type == "text/csv") return critiqueSheet(part);
+    if (type == "text/x-code") return critiqueCode(part);
+    if (type == "text/markdown") return critiqueDocument(part);
+    if (modality == "spreadsheet") return critiqueSheet(part);
+    if (modality == "code") return critiqueCode(part);
+    if (modality == "document") return critiqueDocument(part);
+    return critiqueText(part);
+}
+
+} // namespace
+
+std::string_view name(Severity severity) {
+    switch (severity) {
+    case Severity::low:
+        return "LOW";
+    case Severity::medium:
+        return "MEDIUM";
+    case Severity::high:
+        return "HIGH";
+    case Severity::critical:
+        return "CRITICAL";
+    }
+    return "LOW";
+}
+
+std::vector<Finding> critique(const Submission& submission) {
+    warmUp();
+    if (std::all_of(submission.parts.begin(), submission.parts.end(), isEmpty)) {
+        return {emptyFinding("the submission")};
+    }
+
+    const std::string modality = lowerAscii(submission.modality);
+    const bool several = submission.parts.size() > 1;
+    std::vector<Finding> all;
+    for (std::size_t i = 0; i < submission.parts.size(); ++i) {
+        const Part& part = submission.parts[i];
+        const std::string label = labelOf(part, i);
+        if (isEmpty(part)) {
+            all.push_back(emptyFinding(label));
+            continue;
+        }
+        for (Finding& finding : critiqueByType(part, modality, label)) {
+            if (several && finding.place != label) {
+                finding.place = label + ", " + finding.place;
+                finding.detail = "In " + label + ": " + finding.detail;
+            }
+            all.push_back(std::move(finding));
+        }
+    }
+    return all;
+}
+
+void warmUp() {
+    static std::once_flag once;
+    std::call_once(once, [] {
+        warmUpDateNames();
+        warmUpWordLists();
+    });
+}
+
+} // namespace trevix

@@ -1,0 +1,357 @@
+// Links, anchors, notes, and references by number.
+
+#include "critics/document/document_rules.h"
+
+#include <algorithm>
+#include <array>
+#include <map>
+#include <set>
+#include <string>
+#include <unordered_set>
+
+namespace trevix {
+
+namespace {
+
+constexpr Rule kEmptyLink{"document.empty_link", Severity::high, "working links"};
+constexpr Rule kBrokenAddress{"document.broken_address", Severity::high, "working links"};
+constexpr Rule kBrokenAnchor{"document.broken_anchor", Severity::medium, "working links"};
+constexpr Rule kImageText{"document.image_text", Severity::low, "described pictures"};
+constexpr Rule kMissingNote{"document.missing_note", Severity::medium, "complete notes"};
+constexpr Rule kUnusedNote{"document.unused_note", Severity::low, "complete notes"};
+constexpr Rule kMissingDefinition{"document.missing_definition", Severity::medium, "working links"};
+constexpr Rule kMissingReference{"document.missing_reference", Severity::medium,
+                                 "references that exist"};
+
+bool isGapTarget(std::string_view target) {
+    constexpr std::array<std::string_view, 14> kGaps = {
+        "",    "#", "todo", "tbd",     "url",      "link",  "xxx",
+        "...", "…", "path", "http://", "https://", "#todo", "insert-link-here"};
+    return std::find(kGaps.begin(), kGaps.end(), lowerAscii(target)) != kGaps.end();
+}
+
+/// Why the address cannot work, or nothing.
+std::string_view addressFault(const Link& link) {
+    const std::string_view target = link.target;
+    const bool blank = target.find_first_of(" \t") != std::string_view::npos;
+    if (blank && !link.bracketed) return "contains a blank";
+    const std::string lower = lowerAscii(target.substr(0, 16));
+    for (const std::string_view slip : {"http:/", "https:/", "ftp:/"}) {
+        if (lower.compare(0, slip.size(), slip) == 0 &&
+            (lower.size() <= slip.size() || lower[slip.size()] != '/')) {
+            return "has one slash behind its scheme where two belong";
+        }
+    }
+    for (const std::string_view slip :
+         {"http//", "https//", "htp://", "htps://", "httpp://", "httsp://", "http;//", "https;//",
+          "http://http", "https://http", "ttp://", "ttps://"}) {
+        if (lower.compare(0, slip.size(), slip) == 0) return "has a misspelt scheme";
+    }
+    const std::size_t scheme = lower.compare(0, 7, "http://") == 0    ? 7
+                               : lower.compare(0, 8, "https://") == 0 ? 8
+                                                                      : 0;
+    if (scheme == 0) return {};
+    std::string_view host = target.substr(scheme);
+    host = host.substr(0, host.find_first_of("/?#"));
+    host = host.substr(host.rfind('@') == std::string_view::npos ? 0 : host.rfind('@') + 1);
+    if (host.empty()) return "names no host";
+    if (host.front() == '.' || host.front() == '-' || host.find("..") != std::string_view::npos ||
+        host.find(',') != std::string_view::npos) {
+        return "names a host that cannot exist";
+    }
+    return {};
+}
+
+/// Letters and digits in small letters: enough to tell whether an anchor means a heading, whatever
+/// way a renderer makes anchors of headings.
+std::string anchorKey(std::string_view text) {
+    std::string key;
+    for (std::size_t i = 0; i < text.size();) {
+        const CodePoint point = codePointAt(text, i);
+        if (point.value >= 0x80 || isAsciiDigit(text[i]) || isAsciiLetter(text[i])) {
+            if (point.value < 0x80) {
+                key += lowerAscii(text[i]);
+            } else if (isLetter(point.value)) {
+                key += text.substr(i, point.length);
+            }
+        }
+        i += point.length;
+    }
+    return key;
+}
+
+std::string unescaped(std::string_view target) {
+    const auto hex = [](char c) -> int {
+        if (isAsciiDigit(c)) return c - '0';
+        const char lower = lowerAscii(c);
+        return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
+    };
+    std::string plain;
+    for (std::size_t i = 0; i < target.size(); ++i) {
+        if (target[i] == '%' && i + 2 < target.size() && hex(target[i + 1]) >= 0 &&
+            hex(target[i + 2]) >= 0) {
+            plain += static_cast<char>(hex(target[i + 1]) * 16 + hex(target[i + 2]));
+            i += 2;
+        } else {
+            plain += target[i];
+        }
+    }
+    return plain;
+}
+
+std::unordered_set<std::string> anchorsOf(const DocumentView& document) {
+    std::unordered_set<std::string> anchors;
+    std::map<std::string, std::size_t> uses;
+    const std::string_view text = document.source.text();
+    for (const Heading& heading : document.outline.headings) {
+        std::string_view title = text.substr(heading.begin, heading.end - heading.begin);
+        const std::size_t own = title.rfind("{#");
+        if (own != std::string_view::npos && title.back() == '}') {
+            anchors.insert(anchorKey(title.substr(own)));
+            title = title.substr(0, own);
+        }
+        const std::string key = anchorKey(title);
+        const std::size_t earlier = uses[key]++;
+        anchors.insert(earlier == 0 ? key : key + std::to_string(earlier));
+    }
+    for (const std::string_view attribute : {"id=", "name="}) {
+        for (std::size_t at = text.find(attribute); at != std::string_view::npos;
+             at = text.find(attribute, at + 1)) {
+            std::string_view value = text.substr(at + attribute.size(), 100);
+            if (value.empty() || (value[0] != '"' && value[0] != '\'')) continue;
+            value = value.substr(1, value.find(value[0], 1) - 1);
+            anchors.insert(anchorKey(value));
+        }
+    }
+    return anchors;
+}
+
+struct NumberedKind {
+    std::string_view word;
+    std::string_view shortWord;
+    std::string_view shown;
+};
+
+constexpr std::array kKinds = {NumberedKind{"table", "tab", "Table"},
+                               NumberedKind{"figure", "fig", "Figure"},
+                               NumberedKind{"section", "sect", "Section"}};
+constexpr std::size_t kSection = 2;
+
+/// "3" or "3.2" at `at`; empty when no number stands there.
+std::string_view numberAt(std::string_view text, std::size_t at) {
+    std::size_t end = at;
+    while (end < text.size() && end - at < 12) {
+        const bool point =
+            text[end] == '.' && end > at && end + 1 < text.size() && isAsciiDigit(text[end + 1]);
+        if (!isAsciiDigit(text[end]) && !point) break;
+        ++end;
+    }
+    if (end < text.size() && isAsciiLetter(text[end])) return {};
+    return text.substr(at, end - at);
+}
+
+/// Behind the word and its blank: " 3", ". 3" or a blank that does not break.
+std::size_t numberStart(std::string_view text, std::size_t at) {
+    if (at < text.size() && text[at] == '.') ++at;
+    if (text.substr(at, 2) == "\xC2\xA0") return at + 2;
+    return at < text.size() && (text[at] == ' ' || text[at] == '\n') ? at + 1 : text.size();
+}
+
+std::size_t kindOf(std::string_view word) {
+    const std::string lower = lowerAscii(word);
+    for (std::size_t i = 0; i < kKinds.size(); ++i) {
+        if (lower == kKinds[i].word || lower == kKinds[i].shortWord) return i;
+    }
+    return kKinds.size();
+}
+
+/// "Table 3: ..." at the start of a line, bold or not, or as the text of a picture.
+bool isCaption(const DocumentView& document, const Word& word, std::size_t numberEnd) {
+    const std::string_view text = document.source.text();
+    const std::size_t start = document.source.lineStart(document.source.lineAt(word.offset));
+    const std::string_view before = text.substr(start, word.offset - start);
+    if (before.find_first_not_of(" \t*_#>![|") != std::string_view::npos) return false;
+    if (numberEnd >= text.size()) return true;
+    const std::string_view rest = text.substr(numberEnd, 4);
+    constexpr std::string_view kBehind = ":.|)*_]\n\r-";
+    if (kBehind.find(rest[0]) != std::string_view::npos) return true;
+    return rest.substr(0, 3) == "–" || rest.substr(0, 3) == "—" || rest.substr(1, 3) == "–" ||
+           rest.substr(1, 3) == "—" || rest.substr(0, 2) == " -";
+}
+
+using Numbers = std::set<std::string, std::less<>>;
+
+std::string withoutLastPoint(std::string_view number) {
+    while (!number.empty() && number.back() == '.') number.remove_suffix(1);
+    return std::string(number);
+}
+
+/// The numbers that headings carry, and lines such as "3.2 Results" that stand alone.
+Numbers sectionNumbers(const DocumentView& document) {
+    Numbers numbers;
+    const std::string_view text = document.source.text();
+    for (const Heading& heading : document.outline.headings) {
+        std::size_t at = heading.begin;
+        if (hasAt(text, at, "section ")) at += 8;
+        const std::string_view number = numberAt(text, at);
+        if (!number.empty()) numbers.insert(withoutLastPoint(number));
+    }
+    const auto& lines = document.outline.lines;
+    for (std::size_t i = 0; i < lines.size(); ++i) {
+        if (lines[i] != LineKind::prose && lines[i] != LineKind::listItem) continue;
+        const bool alone = (i == 0 || lines[i - 1] == LineKind::blank) &&
+                           (i + 1 == lines.size() || lines[i + 1] == LineKind::blank);
+        const std::string_view line = trimmed(document.source.line(i));
+        if (!alone || line.size() > 80 || line.back() == '.') continue;
+        const std::string_view number = numberAt(line, 0);
+        if (number.empty() || number.size() >= line.size()) continue;
+        std::size_t title = number.size();
+        while (title < line.size() && (line[title] == '.' || line[title] == ' ')) ++title;
+        if (title < line.size() && title > number.size() && line[title] >= 'A' &&
+            line[title] <= 'Z') {
+            numbers.insert(withoutLastPoint(number));
+        }
+    }
+    return numbers;
+}
+
+/// "Section 230 of the act" is somewhere else.
+bool refersOutside(std::string_view text, std::size_t end, std::string_view before) {
+    const std::string_view after = text.substr(end, 8);
+    if (after.substr(0, 4) == " of " || after.substr(0, 4) == " in ") return true;
+    const std::string lower = lowerAscii(before);
+    return lower == "rfc" || lower == "iso" || lower == "act" || lower == "supplementary";
+}
+
+void checkTarget(const DocumentView& document, const Link& link,
+                 const std::unordered_set<std::string>& anchors, FindingList& findings) {
+    if (isGapTarget(link.target)) {
+        findings.add(kEmptyLink, link.offset, link.length, "is a link that leads nowhere");
+        return;
+    }
+    if (link.target[0] == '#') {
+        const std::string key = anchorKey(unescaped(link.target.substr(1)));
+        const bool known = anchors.count(key) > 0 || key == "top";
+        if (!known && !document.outline.headings.empty()) {
+            findings.add(kBrokenAnchor, link.offset, link.length,
+                         "leads to a heading that the document does not have");
+        }
+        return;
+    }
+    const std::string_view fault = addressFault(link);
+    if (!fault.empty()) {
+        findings.add(kBrokenAddress, link.offset, link.length,
+                     "has an address that " + std::string(fault));
+    }
+}
+
+/// "[1] Author, title" at the start of lines is a list of sources that "[1]" in the text means.
+void checkSources(const DocumentView& document, FindingList& findings) {
+    const std::string_view text = document.view.masked();
+    Numbers listed;
+    std::set<std::size_t> entries;
+    for (std::size_t i = 0; i < document.source.lineCount(); ++i) {
+        const std::size_t start = document.source.lineStart(i);
+        if (start + 3 >= text.size() || text[start] != '[') continue;
+        const std::string_view number = numberAt(text, start + 1);
+        const std::size_t close = start + 1 + number.size();
+        if (number.empty() || text.substr(close, 2) != "] ") continue;
+        listed.insert(std::string(number));
+        entries.insert(start);
+    }
+    if (listed.size() < 2) return;
+    for (std::size_t at = text.find('['); at != std::string_view::npos;
+         at = text.find('[', at + 1)) {
+        const std::string_view number = numberAt(text, at + 1);
+        const std::size_t close = at + 1 + number.size();
+        if (number.empty() || number.size() > 3 || close >= text.size() || text[close] != ']') {
+            continue;
+        }
+        if (at > 0 && isAsciiWord(text[at - 1])) continue; // "list[3]"
+        if (entries.count(at) > 0 || listed.find(number) != listed.end()) continue;
+        findings.add(kMissingNote, at, close + 1 - at,
+                     "cites a source that the list of sources does not have");
+    }
+}
+
+} // namespace
+
+void checkLinks(const DocumentView& document, FindingList& findings) {
+    const std::unordered_set<std::string> anchors = anchorsOf(document);
+    for (const Link& link : document.outline.links) {
+        checkTarget(document, link, anchors, findings);
+        if (link.image && trimmed(link.text).empty()) {
+            findings.add(kImageText, link.offset, link.length,
+                         "is a picture without words for those who cannot see it");
+        }
+    }
+    std::set<std::string, std::less<>> defined;
+    for (const Reference& definition : document.outline.definitions) {
+        defined.insert(lowerAscii(definition.id));
+    }
+    for (const Reference& reference : document.outline.references) {
+        if (defined.count(lowerAscii(reference.id)) > 0) continue;
+        findings.add(kMissingDefinition, reference.offset, reference.length,
+                     "is a link whose address is defined nowhere");
+    }
+}
+
+void checkNotes(const DocumentView& document, FindingList& findings) {
+    std::set<std::string, std::less<>> written;
+    std::set<std::string, std::less<>> marked;
+    for (const Reference& note : document.outline.notes) written.insert(std::string(note.id));
+    for (const Reference& mark : document.outline.noteMarks) {
+        marked.insert(std::string(mark.id));
+        if (written.count(mark.id) > 0) continue;
+        findings.add(kMissingNote, mark.offset, mark.length,
+                     "points to a note that the document does not have");
+    }
+    for (const Reference& note : document.outline.notes) {
+        if (marked.count(note.id) > 0) continue;
+        findings.add(kUnusedNote, note.offset, note.length, "is a note that nothing points to");
+    }
+    checkSources(document, findings);
+}
+
+void checkNumberedReferences(const DocumentView& document, FindingList& findings) {
+    struct Mention {
+        std::size_t offset;
+        std::size_t end;
+        std::size_t kind;
+        std::string_view number;
+    };
+    const std::string_view text = document.source.text();
+    std::array<Numbers, kKinds.size()> existing;
+    existing[kSection] = sectionNumbers(document);
+    std::vector<Mention> mentions;
+    const std::vector<Word> all = wordsIn(text, 0, text.size()); // Captions of pictures too.
+    for (std::size_t i = 0; i < all.size(); ++i) {
+        const Word& word = all[i];
+        if (!word.capitalised || word.length < 3 || word.length > 7) continue;
+        const std::size_t kind = kindOf(text.substr(word.offset, word.length));
+        if (kind == kKinds.size()) continue;
+        const std::size_t start = numberStart(text, word.end());
+        const std::string_view number = numberAt(text, start);
+        if (number.empty()) continue;
+        const std::size_t end = start + number.size();
+        if (isCaption(document, word, end) && text[start - 1] != '\n') {
+            existing[kind].insert(std::string(number));
+            continue;
+        }
+        const std::string_view before =
+            i > 0 ? text.substr(all[i - 1].offset, all[i - 1].length) : std::string_view();
+        if (document.view.masked()[word.offset] == kMasked || refersOutside(text, end, before)) {
+            continue;
+        }
+        mentions.push_back({word.offset, end, kind, number});
+    }
+    for (const Mention& mention : mentions) {
+        const Numbers& numbers = existing[mention.kind];
+        if (numbers.empty() || numbers.find(mention.number) != numbers.end()) continue;
+        findings.add(kMissingReference, mention.offset, mention.end - mention.offset,
+                     "does not exist in the document, which has " + std::to_string(numbers.size()) +
+                         " with such a number");
+    }
+}
+
+} // namespace trevix

@@ -1,0 +1,29 @@
+// Does this document hold together?
+//
+// The rules that concern headings, lists, tables, links, notes and references, apart from the prose
+// itself. docs/critics.md lists them with examples.
+
+#pragma once
+
+#include "critics/document/markdown.h"
+#include "critics/finding_list.h"
+#include "critics/text/prose_rules.h"
+
+namespace trevix {
+
+struct DocumentView {
+    const SourceText& source;
+    const Outline& outline;
+    const ProseView& view;
+};
+
+void checkHeadings(const DocumentView& document, FindingList& findings);
+void checkNumberedLists(const DocumentView& document, FindingList& findings);
+void checkTables(const DocumentView& document, FindingList& findings);
+void checkUnclosedParts(const DocumentView& document, FindingList& findings);
+void checkSpellings(const DocumentView& document, FindingList& findings);
+void checkLinks(const DocumentView& document, FindingList& findings);
+void checkNotes(const DocumentView& document, FindingList& findings);
+void checkNumberedReferences(const DocumentView& document, FindingList& findings);
+
+} // namespace trevix

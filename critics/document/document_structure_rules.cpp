@@ -1,0 +1,266 @@
+// Headings, lists, tables, unclosed parts and spellings.
+
+#include "critics/document/document_rules.h"
+
+#include <algorithm>
+#include <array>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace trevix {
+
+namespace {
+
+constexpr Rule kHeadingOrder{"document.heading_order", Severity::medium, "order of headings"};
+constexpr Rule kSecondTitle{"document.second_title", Severity::low, "order of headings"};
+constexpr Rule kDuplicateHeading{"document.duplicate_heading", Severity::low, "distinct headings"};
+constexpr Rule kEmptySection{"document.empty_section", Severity::medium, "complete sections"};
+constexpr Rule kListOrder{"document.list_order", Severity::medium, "order of numbers"};
+constexpr Rule kTableColumns{"document.table_columns", Severity::medium, "regular tables"};
+constexpr Rule kUnclosedFence{"document.unclosed_code", Severity::high, "closed code blocks"};
+constexpr Rule kUnclosedComment{"document.unclosed_comment", Severity::high, "closed comments"};
+constexpr Rule kSpelling{"document.spelling_mix", Severity::low, "consistent spelling"};
+
+std::string headingKey(std::string_view text) {
+    std::string key;
+    for (const char c : text) {
+        if (c == '*' || c == '`' || c == '_') continue;
+        key += lowerAscii(c);
+    }
+    return std::string(trimmed(key));
+}
+
+void checkLevels(const DocumentView& document, FindingList& findings) {
+    const auto& headings = document.outline.headings;
+    std::size_t titles = 0;
+    for (const Heading& heading : headings) titles += heading.level == 1 ? 1U : 0U;
+    // Where every chapter is of the first level, none of them is a second title.
+    const bool chapters = titles > 2 || titles == headings.size();
+    bool titled = false;
+    for (std::size_t i = 0; i < headings.size(); ++i) {
+        const Heading& heading = headings[i];
+        const std::size_t length = heading.end - heading.begin;
+        if (heading.level == 1 && titled && !chapters) {
+            findings.add(kSecondTitle, heading.begin, length, "is a second title of the document");
+        }
+        titled = titled || heading.level == 1;
+        if (i == 0 || heading.level <= headings[i - 1].level + 1) continue;
+        findings.add(kHeadingOrder, heading.begin, length,
+                     "is a heading of level " + std::to_string(heading.level) +
+                         " right below one of level " + std::to_string(headings[i - 1].level));
+    }
+}
+
+void checkDuplicateHeadings(const DocumentView& document, FindingList& findings) {
+    // Names seen below the heading that is open at each level; other chapters may repeat them.
+    std::array<std::map<std::string, std::size_t>, 7> seen;
+    for (const Heading& heading : document.outline.headings) {
+        const auto level = static_cast<std::size_t>(heading.level);
+        for (std::size_t deeper = level + 1; deeper < seen.size(); ++deeper) seen[deeper].clear();
+        const std::string key =
+            headingKey(document.source.text().substr(heading.begin, heading.end - heading.begin));
+        if (key.empty()) continue;
+        const auto [entry, added] = seen[level].try_emplace(key, heading.line);
+        if (added) continue;
+        findings.add(kDuplicateHeading, heading.begin, heading.end - heading.begin,
+                     "heads a section in line " + std::to_string(entry->second + 1) + " already");
+    }
+}
+
+void checkEmptySections(const DocumentView& document, FindingList& findings) {
+    const auto& headings = document.outline.headings;
+    const auto& lines = document.outline.lines;
+    for (std::size_t i = 0; i < headings.size(); ++i) {
+        const bool last = i + 1 == headings.size();
+        if (!last && headings[i + 1].level > headings[i].level) continue;
+        const std::size_t end = last ? lines.size() : headings[i + 1].line;
+        const bool content =
+            std::any_of(lines.begin() + static_cast<std::ptrdiff_t>(headings[i].line),
+                        lines.begin() + static_cast<std::ptrdiff_t>(end), [](LineKind kind) {
+                            return kind != LineKind::blank && kind != LineKind::heading &&
+                                   kind != LineKind::rule && kind != LineKind::definition;
+                        });
+        // A single heading is a title that somebody selected.
+        if (content || headings.size() == 1) continue;
+        findings.add(kEmptySection, headings[i].begin, headings[i].end - headings[i].begin,
+                     "heads a section without any content");
+    }
+}
+
+struct OpenList {
+    std::size_t indent = 0;
+    int first = 0;
+    int last = 0;
+    char mark = '.';
+    bool interrupted = false;
+};
+
+struct Item {
+    int number = 0;
+    char mark = '.';
+};
+
+std::optional<Item> itemNumber(std::string_view content) {
+    std::size_t digits = 0;
+    int number = 0;
+    while (digits < content.size() && digits < 4 && isAsciiDigit(content[digits])) {
+        number = number * 10 + (content[digits] - '0');
+        ++digits;
+    }
+    if (digits == 0 || digits > 3 || digits + 1 >= content.size()) return std::nullopt;
+    const char mark = content[digits];
+    if ((mark != '.' && mark != ')') || content[digits + 1] != ' ') return std::nullopt;
+    return Item{number, mark};
+}
+
+bool continuesList(const OpenList& list, int number) {
+    if (number == list.last + 1 || list.interrupted) return true;
+    // All items numbered alike are counted by whatever shows the document.
+    return number == list.last && number == list.first && number <= 1;
+}
+
+struct SpellingPair {
+    std::string_view one;
+    std::string_view other;
+    bool byCase; ///< The two differ only in capitals.
+};
+
+constexpr std::array kSpellings = {
+    SpellingPair{"email", "e-mail", false},
+    SpellingPair{"emails", "e-mails", false},
+    SpellingPair{"website", "web site", false},
+    SpellingPair{"online", "on-line", false},
+    SpellingPair{"smartphone", "smart phone", false},
+    SpellingPair{"database", "data base", false},
+    SpellingPair{"color", "colour", false},
+    SpellingPair{"colors", "colours", false},
+    SpellingPair{"behavior", "behaviour", false},
+    SpellingPair{"organize", "organise", false},
+    SpellingPair{"organization", "organisation", false},
+    SpellingPair{"analyze", "analyse", false},
+    SpellingPair{"canceled", "cancelled", false},
+    SpellingPair{"optimize", "optimise", false},
+    SpellingPair{"GitHub", "Github", true},
+    SpellingPair{"JavaScript", "Javascript", true},
+    SpellingPair{"TypeScript", "Typescript", true},
+    SpellingPair{"YouTube", "Youtube", true},
+    SpellingPair{"LinkedIn", "Linkedin", true},
+    SpellingPair{"PostgreSQL", "Postgresql", true},
+    SpellingPair{"MySQL", "MySql", true},
+};
+
+struct Sightings {
+    std::size_t count = 0;
+    std::size_t first = 0;
+};
+
+bool standsAt(std::string_view text, std::size_t offset, std::string_view word, bool byCase) {
+    const bool same = byCase ? text.substr(offset, word.size()) == word : hasAt(text, offset, word);
+    if (!same) return false;
+    const std::size_t end = offset + word.size();
+    return end >= text.size() || (!isAsciiWord(text[end]) && text[end] != '-');
+}
+
+} // namespace
+
+void checkHeadings(const DocumentView& document, FindingList& findings) {
+    checkLevels(document, findings);
+    checkDuplicateHeadings(document, findings);
+    checkEmptySections(document, findings);
+}
+
+void checkNumberedLists(const DocumentView& document, FindingList& findings) {
+    const auto& lines = document.outline.lines;
+    std::vector<OpenList> open;
+    for (std::size_t i = 0; i < lines.size(); ++i) {
+        const std::string_view raw = document.source.line(i);
+        const std::string_view content = trimmed(raw);
+        const auto indent = static_cast<std::size_t>(content.data() - raw.data());
+        if (lines[i] == LineKind::heading || lines[i] == LineKind::rule) open.clear();
+        if (lines[i] == LineKind::prose && i > 0 && lines[i - 1] == LineKind::blank) {
+            for (OpenList& list : open) {
+                if (indent <= list.indent) list.interrupted = true;
+            }
+        }
+        if (lines[i] != LineKind::listItem) continue;
+        while (!open.empty() && open.back().indent > indent + 1) open.pop_back();
+        const bool same = !open.empty() && open.back().indent + 1 >= indent;
+        const auto item = itemNumber(content);
+        if (!item) {
+            if (same) open.pop_back(); // A bullet ends the numbers beside it.
+            continue;
+        }
+        const bool starts = i == 0 || lines[i - 1] != LineKind::prose || same;
+        if (!starts) continue; // "… in\n12. March" is no item.
+        if (!same || open.back().mark != item->mark) {
+            if (same) open.pop_back();
+            open.push_back({indent, item->number, item->number, item->mark, false});
+            continue;
+        }
+        OpenList& list = open.back();
+        const bool fresh = item->number == 1 && list.last != 1;
+        if (!continuesList(list, item->number) && !fresh) {
+            findings.add(kListOrder, document.source.lineStart(i) + indent, content.size(),
+                         "follows number " + std::to_string(list.last) + " of the same list");
+        }
+        if (fresh || (list.interrupted && item->number != list.last + 1)) {
+            list.first = item->number;
+        }
+        list.interrupted = false;
+        list.last = item->number;
+    }
+}
+
+void checkTables(const DocumentView& document, FindingList& findings) {
+    for (const TableRow& row : document.outline.rows) {
+        if (row.cells == row.expected) continue;
+        findings.add(kTableColumns, document.source.lineStart(row.line),
+                     document.source.line(row.line).size(),
+                     "has " + std::to_string(row.cells) + " cells in a table of " +
+                         std::to_string(row.expected) + " columns");
+    }
+}
+
+void checkUnclosedParts(const DocumentView& document, FindingList& findings) {
+    const auto firstLine = [&](std::size_t offset) {
+        return document.source.lineEnd(document.source.lineAt(offset)) - offset;
+    };
+    if (const auto fence = document.outline.unclosedFence) {
+        findings.add(kUnclosedFence, *fence, firstLine(*fence),
+                     "opens a code block that nothing closes");
+    }
+    if (const auto comment = document.outline.unclosedComment) {
+        findings.add(kUnclosedComment, *comment, firstLine(*comment),
+                     "opens a comment that nothing closes, so that all behind it is hidden");
+    }
+}
+
+void checkSpellings(const DocumentView& document, FindingList& findings) {
+    const std::string_view text = document.view.masked();
+    std::array<std::array<Sightings, 2>, kSpellings.size()> seen{};
+    for (const Word& word : document.view.words) {
+        const bool joined = word.offset > 0 && text[word.offset - 1] == '-';
+        if (joined) continue;
+        for (std::size_t i = 0; i < kSpellings.size(); ++i) {
+            const SpellingPair& pair = kSpellings[i];
+            if (lowerAscii(text[word.offset]) != lowerAscii(pair.one[0])) continue;
+            const bool one = standsAt(text, word.offset, pair.one, pair.byCase);
+            if (!one && !standsAt(text, word.offset, pair.other, pair.byCase)) continue;
+            Sightings& sightings = seen[i][one ? 0 : 1];
+            if (sightings.count++ == 0) sightings.first = word.offset;
+        }
+    }
+    for (std::size_t i = 0; i < kSpellings.size(); ++i) {
+        const Sightings& one = seen[i][0];
+        const Sightings& other = seen[i][1];
+        if (one.count == 0 || other.count == 0) continue;
+        const bool otherIsRarer = other.count <= one.count;
+        const std::string_view rare = otherIsRarer ? kSpellings[i].other : kSpellings[i].one;
+        const std::string_view usual = otherIsRarer ? kSpellings[i].one : kSpellings[i].other;
+        findings.add(kSpelling, otherIsRarer ? other.first : one.first, rare.size(),
+                     "is spelt “" + std::string(usual) + "” elsewhere in the document");
+    }
+}
+
+} // namespace trevix

@@ -1,0 +1,116 @@
+#include "critics/finding_diff.h"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <deque>
+#include <map>
+#include <utility>
+
+namespace trevix {
+
+namespace {
+
+bool isLetter(char c) {
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
+}
+
+bool isDigit(char c) {
+    return c >= '0' && c <= '9';
+}
+
+bool namesAPlace(std::string_view word) {
+    static constexpr std::array<std::string_view, 14> kWords{
+        "line", "lines", "row",   "rows", "column", "columns", "page",
+        "cell", "cells", "pages", "part", "parts",  "slide",   "slides"};
+    return std::find(kWords.begin(), kWords.end(), word) != kWords.end();
+}
+
+std::string lowered(std::string_view word) {
+    std::string lower(word);
+    std::transform(lower.begin(), lower.end(), lower.begin(),
+                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; });
+    return lower;
+}
+
+// "12", "C4", "AB17": what follows a word such as "line" or "cell". 0 when nothing of the kind
+// does.
+std::size_t positionLength(std::string_view text) {
+    std::size_t letters = 0;
+    while (letters < text.size() && letters < 3 && text[letters] >= 'A' && text[letters] <= 'Z') {
+        ++letters;
+    }
+    std::size_t end = letters;
+    while (end < text.size() && isDigit(text[end])) ++end;
+    if (end == letters) return 0;
+    return end < text.size() && isLetter(text[end]) ? 0 : end;
+}
+
+using Key = std::array<std::string, 3>;
+
+// One round of pairing: equal keys are paired in order.
+template <typename KeyOf>
+void pairUp(const std::vector<Finding>& before, const std::vector<Finding>& after,
+            std::vector<bool>& beforeTaken, std::vector<bool>& afterTaken, const KeyOf& keyOf) {
+    std::map<Key, std::deque<std::size_t>> open;
+    for (std::size_t i = 0; i < before.size(); ++i) {
+        if (!beforeTaken[i]) open[keyOf(before[i])].push_back(i);
+    }
+    for (std::size_t i = 0; i < after.size(); ++i) {
+        if (afterTaken[i]) continue;
+        const auto found = open.find(keyOf(after[i]));
+        if (found == open.end() || found->second.empty()) continue;
+        beforeTaken[found->second.front()] = true;
+        afterTaken[i] = true;
+        found->second.pop_front();
+    }
+}
+
+} // namespace
+
+std::string withoutPlaces(std::string_view evidence) {
+    std::string kept;
+    std::size_t i = 0;
+    while (i < evidence.size()) {
+        if (!isLetter(evidence[i])) {
+            kept += evidence[i++];
+            continue;
+        }
+        std::size_t end = i;
+        while (end < evidence.size() && isLetter(evidence[end])) ++end;
+        const std::string_view word = evidence.substr(i, end - i);
+        kept += word;
+        i = end;
+        if (!namesAPlace(lowered(word)) || i >= evidence.size() || evidence[i] != ' ') continue;
+        if (const std::size_t length = positionLength(evidence.substr(i + 1)); length > 0) {
+            kept += " #";
+            i += 1 + length;
+        }
+    }
+    return kept;
+}
+
+FindingDiff compareFindings(const std::vector<Finding>& before, const std::vector<Finding>& after) {
+    std::vector<bool> beforeTaken(before.size());
+    std::vector<bool> afterTaken(after.size());
+    pairUp(before, after, beforeTaken, afterTaken, [](const Finding& f) {
+        return Key{f.rule, f.place, f.evidence};
+    });
+    pairUp(before, after, beforeTaken, afterTaken, [](const Finding& f) {
+        return Key{f.rule, withoutPlaces(f.evidence), {}};
+    });
+    pairUp(before, after, beforeTaken, afterTaken, [](const Finding& f) {
+        return Key{f.rule, f.place, {}};
+    });
+
+    FindingDiff diff;
+    for (std::size_t i = 0; i < before.size(); ++i) {
+        if (!beforeTaken[i]) diff.fixed.push_back(before[i]);
+    }
+    for (std::size_t i = 0; i < after.size(); ++i) {
+        (afterTaken[i] ? diff.remaining : diff.fresh).push_back(after[i]);
+    }
+    return diff;
+}
+
+} // namespace trevix

@@ -1,0 +1,139 @@
+#include "critics/finding_list.h"
+
+#include "critics/letters.h"
+#include "text/unicode.h"
+
+#include <algorithm>
+
+namespace trevix {
+
+namespace {
+
+constexpr std::size_t kLongestEvidence = 120;
+// One character can be any number of combining marks; evidence stays small even then.
+constexpr std::size_t kMostEvidenceBytes = 1200;
+constexpr std::string_view kEllipsis = "…";
+
+std::string onOneLine(std::string_view text) {
+    std::string line;
+    bool blankPending = false;
+    for (std::size_t i = 0; i < text.size();) {
+        const CodePoint point = codePointAt(text, i);
+        const bool control = point.value < 0x20 || (point.value >= 0x7F && point.value < 0xA0);
+        if (isSpace(point.value) || (point.valid && control)) {
+            blankPending = !line.empty();
+        } else {
+            if (blankPending) line += ' ';
+            blankPending = false;
+            if (point.valid) {
+                line += text.substr(i, point.length);
+            } else {
+                line += "\xEF\xBF\xBD";
+            }
+        }
+        i += point.length;
+    }
+    return line;
+}
+
+std::string capitalised(std::string sentence) {
+    if (!sentence.empty() && sentence[0] >= 'a' && sentence[0] <= 'z') {
+        sentence[0] = static_cast<char>(sentence[0] - 'a' + 'A');
+    }
+    return sentence;
+}
+
+Finding worded(const Rule& rule, std::string place, std::string evidence, std::string_view says) {
+    Finding finding;
+    finding.severity = rule.severity;
+    finding.rule = rule.id;
+    finding.criterion = rule.criterion;
+    finding.detail = capitalised(place) + ": “" + evidence + "” " + std::string(says) + ".";
+    finding.place = std::move(place);
+    finding.evidence = std::move(evidence);
+    return finding;
+}
+
+} // namespace
+
+std::string shortened(std::string_view text) {
+    // A prefix that is surely long enough, so that a text of many megabytes costs nothing.
+    const bool cutAway = text.size() > 4 * kMostEvidenceBytes;
+    std::string line = onOneLine(text.substr(0, 4 * kMostEvidenceBytes));
+    std::string_view kept = kelvane::text::firstCharacters(line, kLongestEvidence);
+    if (kept.size() == line.size() && line.size() <= kMostEvidenceBytes && !cutAway) return line;
+    kept = kelvane::text::firstCharacters(line, kLongestEvidence - 1);
+    if (kept.size() > kMostEvidenceBytes) {
+        std::size_t end = kMostEvidenceBytes;
+        while (end > 0 && (static_cast<unsigned char>(kept[end]) & 0xC0U) == 0x80U) --end;
+        kept = kept.substr(0, end);
+    }
+    return std::string(kept) + std::string(kEllipsis);
+}
+
+void FindingList::hide(std::size_t offset, std::size_t length) {
+    m_hidden.emplace_back(offset, offset + length);
+}
+
+std::string FindingList::quote(std::size_t offset, std::size_t length) const {
+    const std::string_view text = m_source.text();
+    offset = std::min(offset, text.size());
+    // Reading a little past what can be shown is enough.
+    const std::size_t end =
+        offset + std::min({length, text.size() - offset, std::size_t{5} * kMostEvidenceBytes});
+    std::string shown;
+    std::size_t at = offset;
+    const auto firstOverlap =
+        std::upper_bound(m_hidden.begin(), m_hidden.end(), offset,
+                         [](std::size_t value, const auto& span) { return value < span.second; });
+    for (auto span = firstOverlap; span != m_hidden.end() && span->first < end; ++span) {
+        if (span->first > at) shown += text.substr(at, span->first - at);
+        const std::string_view secret = text.substr(span->first, span->second - span->first);
+        shown += kelvane::text::firstCharacters(secret, 4);
+        shown += kEllipsis;
+        at = std::min(std::max(at, span->second), end);
+    }
+    shown += text.substr(at, end - at);
+    return shortened(shown);
+}
+
+bool FindingList::admit(const Rule& rule, std::size_t offset) {
+    Tally& tally = m_tallies[rule.id];
+    tally.rule = rule;
+    ++tally.count;
+    if (tally.count == kMostFindingsPerRule + 1) tally.firstUnlisted = offset;
+    return tally.count <= kMostFindingsPerRule;
+}
+
+void FindingList::add(const Rule& rule, std::size_t offset, std::size_t length,
+                      std::string_view says) {
+    if (!admit(rule, offset)) return;
+    m_findings.emplace_back(offset,
+                            worded(rule, m_source.place(offset), quote(offset, length), says));
+}
+
+void FindingList::addWith(const Rule& rule, std::size_t offset, std::string_view evidence,
+                          std::string_view says) {
+    if (!admit(rule, offset)) return;
+    m_findings.emplace_back(offset,
+                            worded(rule, m_source.place(offset), shortened(evidence), says));
+}
+
+std::vector<Finding> FindingList::take() {
+    std::stable_sort(m_findings.begin(), m_findings.end(),
+                     [](const auto& a, const auto& b) { return a.first < b.first; });
+    std::vector<Finding> findings;
+    findings.reserve(m_findings.size());
+    for (auto& [offset, finding] : m_findings) findings.push_back(std::move(finding));
+    for (const auto& [id, tally] : m_tallies) {
+        if (tally.count <= kMostFindingsPerRule) continue;
+        const std::string more = std::to_string(tally.count - kMostFindingsPerRule) + " more";
+        findings.push_back(worded(tally.rule, m_source.place(tally.firstUnlisted), more,
+                                  "of the same kind stand from here on and are not listed"));
+    }
+    m_findings.clear();
+    m_tallies.clear();
+    return findings;
+}
+
+} // namespace trevix

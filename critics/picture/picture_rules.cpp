@@ -1,0 +1,277 @@
+#include "critics/picture/picture_rules.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <optional>
+#include <utility>
+
+namespace trevix {
+namespace {
+
+struct LowContrast {
+    Rect box;
+    TextLine worst;
+    int lines = 0;
+};
+
+/// Letters of this height count as large for contrast (24 px and more of type size).
+constexpr int kLargeXHeight = 13;
+
+double requiredContrast(const TextLine& line) {
+    return line.xHeight >= kLargeXHeight ? 3.0 : 4.5;
+}
+
+/// Hard to read for everyone; what is between this and 4.5:1 is so for many.
+constexpr double kHardToRead = 2.9;
+
+/// Below this even the best pixel of antialiased letters tells that the colour is too weak.
+double surelyTooLow(const TextLine& line) {
+    if (line.xHeight >= kLargeXHeight) return kHardToRead;
+    return line.xHeight >= 8 ? 4.2 : 3.6;
+}
+
+/// Fainter than this is rather a trace in a light surface than writing.
+constexpr double kFaintest = 1.2;
+
+bool isWeak(const TextLine& line, double below) {
+    return line.contrast >= kFaintest && line.contrast < below;
+}
+
+std::vector<LowContrast> lowContrastRegions(const std::vector<TextLine>& lines) {
+    std::vector<LowContrast> regions;
+    for (const TextLine& line : lines) {
+        if (!isWeak(line, surelyTooLow(line))) continue;
+        const auto joined = std::ranges::find_if(regions, [&](const LowContrast& region) {
+            const int gap = line.box.y - region.box.bottom();
+            const int side =
+                std::max(line.box.x, region.box.x) - std::min(line.box.right(), region.box.right());
+            return gap <= line.box.height * 2 && side <= line.box.height * 2 &&
+                   channelDistance(region.worst.ground, line.ground) <= 12 &&
+                   channelDistance(region.worst.ink, line.ink) <= 48;
+        });
+        if (joined == regions.end()) {
+            regions.push_back({line.box, line, 1});
+            continue;
+        }
+        joined->box = united(joined->box, line.box);
+        ++joined->lines;
+        if (line.contrast < joined->worst.contrast) joined->worst = line;
+    }
+    std::ranges::stable_sort(regions, {},
+                             [](const LowContrast& region) { return region.worst.contrast; });
+    return regions;
+}
+
+void judgeContrast(const PictureFacts& facts, CappedFindings& list) {
+    int weak = 0;
+    int weakLines = 0;
+    for (const TextLine& line : facts.lines) {
+        if (!isWeak(line, kHardToRead)) continue;
+        weak += line.box.width;
+        ++weakLines;
+    }
+    const int all = facts.textWidth();
+    // A few pale words may be disabled controls or hints; most of the writing may not.
+    Severity severity = Severity::low;
+    if (weak * 10 >= all || weakLines > 3) severity = Severity::medium;
+    if (weak * 10 >= all * 4 && weakLines >= 2) severity = Severity::high;
+    // In photographs the search may take ripples for writing.
+    const PictureMeasures& m = facts.measures;
+    if (m.photoBlocks * 2 > m.blocks) severity = Severity::low;
+    for (const LowContrast& region : lowContrastRegions(facts.lines)) {
+        const TextLine& worst = region.worst;
+        const bool hard = worst.contrast < kHardToRead;
+        const std::string place = placeName(region.box);
+        const std::string ratio = fixed(worst.contrast, 2) + ":1";
+        const std::string colours = hexName(worst.ink) + " on " + hexName(worst.ground);
+        list.add({hard ? severity : Severity::low, "picture.low_contrast", "weak contrast", place,
+                  ratio + ", " + colours,
+                  "The writing at " + place + " has a contrast of only " + ratio + " (" + colours +
+                      "); at its size " + fixed(requiredContrast(worst), 1) + ":1 is needed."});
+    }
+}
+
+void judgeTinyText(const PictureFacts& facts, CappedFindings& list) {
+    std::vector<const TextLine*> tiny;
+    int width = 0;
+    for (const TextLine& line : facts.lines) {
+        if (line.xHeight > 3 || line.box.height > 6 || line.strokes < 8) continue;
+        tiny.push_back(&line);
+        width += line.box.width;
+    }
+    // A line or two may be a thumbnail or a logo.
+    if (tiny.size() < 2) return;
+    const bool prevails = width * 10 >= facts.textWidth() * 3 && tiny.size() >= 3;
+    for (const TextLine* line : tiny) {
+        const std::string place = placeName(line->box);
+        const std::string height = std::to_string(line->xHeight) + " px";
+        list.add({prevails ? Severity::medium : Severity::low, "picture.tiny_text",
+                  "unreadably small text", place, "x-height " + height,
+                  "The small letters at " + place + " are only " + height +
+                      " high, too few pixels to tell them apart."});
+    }
+}
+
+/// Marks of the line that reach the picture's edge row or column.
+int marksAtEdge(const PictureFacts& facts, const TextLine& line, bool top) {
+    int touching = 0;
+    for (const Mark& mark : facts.regions.marks) {
+        const bool inside = mark.box.x >= line.box.x && mark.box.right() <= line.box.right();
+        const bool touches = top ? mark.box.y == 0 : mark.box.bottom() == facts.picture.height;
+        if (inside && touches) ++touching;
+    }
+    return touching;
+}
+
+struct Edge {
+    std::string_view name;
+    bool scrolls; ///< Whether content that scrolls is cut there as a matter of course.
+    std::vector<const TextLine*> lines;
+};
+
+void judgeCutText(const PictureFacts& facts, CappedFindings& list) {
+    const Rect whole = facts.whole();
+    Edge top{"top", false, {}};
+    Edge left{"left", false, {}};
+    Edge bottom{"bottom", true, {}};
+    Edge right{"right", true, {}};
+    for (const TextLine& line : facts.lines) {
+        // A single tail may reach the edge; half of a line does not end there by chance.
+        const int enough = std::max(3, line.marks / 4);
+        if (line.box.y == 0 && marksAtEdge(facts, line, true) >= enough) {
+            top.lines.push_back(&line);
+        } else if (line.box.bottom() == whole.height && marksAtEdge(facts, line, false) >= enough) {
+            bottom.lines.push_back(&line);
+        }
+        if (line.box.x == 0) left.lines.push_back(&line);
+        if (line.box.right() == whole.width) right.lines.push_back(&line);
+    }
+    for (Edge* side : {&left, &right}) {
+        const bool tells =
+            side->lines.size() >= 3 || std::ranges::any_of(side->lines, [](const TextLine* line) {
+                return line->box.height >= 24;
+            });
+        if (!tells) side->lines.clear();
+    }
+    for (const Edge* edge : {&top, &left, &bottom, &right}) {
+        if (edge->lines.empty()) continue;
+        Rect box = edge->lines.front()->box;
+        for (const TextLine* line : edge->lines) box = united(box, line->box);
+        const bool mild = edge->scrolls && facts.kind != PictureKind::slide;
+        const std::string place = placeName(box);
+        const std::string name(edge->name);
+        list.add({mild ? Severity::low : Severity::medium, "picture.cut_text", "text cut off",
+                  place,
+                  std::to_string(edge->lines.size()) +
+                      (edge->lines.size() == 1 ? " line touches" : " lines touch") + " the " +
+                      name + " edge",
+                  "The writing at " + place + " runs into the " + name +
+                      " edge of the picture and is cut off."});
+    }
+}
+
+} // namespace
+
+PictureKind kindOf(std::string_view modality) {
+    if (modality == "ui_ux") return PictureKind::userInterface;
+    if (modality == "deck") return PictureKind::slide;
+    return PictureKind::image;
+}
+
+int PictureFacts::textWidth() const {
+    int width = 0;
+    for (const TextLine& line : lines) width += line.box.width;
+    return width;
+}
+
+PictureFacts factsOf(Picture onWhite, PictureKind kind) {
+    PictureFacts facts;
+    facts.kind = kind;
+    facts.picture = std::move(onWhite);
+    facts.regions = findRegions(facts.picture);
+    facts.lines = findTextLines(facts.picture, facts.regions);
+    facts.measures = measure(facts.picture);
+    return facts;
+}
+
+std::string fixed(double value, int decimals) {
+    std::array<char, 48> text{};
+    std::snprintf(text.data(), text.size(), "%.*f", decimals, value);
+    return text.data();
+}
+
+void judgeSize(const PictureFacts& facts, CappedFindings& list) {
+    struct Limits {
+        int width, height;
+        int wide, tall; ///< Most times wider than high, and higher than wide.
+        std::string_view what;
+    };
+    const auto limits = [&]() -> Limits {
+        switch (facts.kind) {
+        case PictureKind::userInterface:
+            return {200, 120, 8, 16, "a user interface"};
+        case PictureKind::slide:
+            return {640, 360, 3, 2, "a slide"};
+        case PictureKind::image:
+            break;
+        }
+        return {160, 120, 6, 6, "a picture"};
+    }();
+    const int width = facts.picture.width;
+    const int height = facts.picture.height;
+    const std::string size = std::to_string(width) + " x " + std::to_string(height) + " px";
+    const std::string place = placeName(facts.whole());
+    if (width < limits.width || height < limits.height) {
+        list.add({Severity::medium, "picture.small", "too small", place, size,
+                  "The picture is only " + size + "; " + std::string(limits.what) +
+                      " needs at least " + std::to_string(limits.width) + " x " +
+                      std::to_string(limits.height) + " px."});
+    }
+    if (width > limits.wide * height || height > limits.tall * width) {
+        const double ratio = static_cast<double>(std::max(width, height)) / std::min(width, height);
+        const std::string times = fixed(ratio, 1);
+        list.add({Severity::medium, "picture.aspect", "extreme proportions", place,
+                  size + ", " + times + ":1",
+                  "With " + size + " the picture is " + times + " times as " +
+                      (width > height ? "wide as high" : "high as wide") + ", more than " +
+                      std::string(limits.what) + " can well be."});
+    }
+}
+
+void judgeWriting(const PictureFacts& facts, CappedFindings& list) {
+    judgeContrast(facts, list);
+    judgeTinyText(facts, list);
+    judgeCutText(facts, list);
+}
+
+void judgeRendering(const PictureFacts& facts, CappedFindings& list) {
+    const PictureMeasures& m = facts.measures;
+    if (m.edgyBlocks >= 12 && m.edgyBlocks * 20 >= m.blocks && m.sharpness < 0.12) {
+        const std::string place = placeName(facts.whole());
+        const std::string figures = "edge sharpness " + fixed(m.sharpness, 3) +
+                                    ", Laplacian variance " + fixed(m.laplacianVariance, 1);
+        list.add({Severity::medium, "picture.blur", "out of focus", place, figures,
+                  "Over " + place + " even the sharpest edges are soft (" + figures +
+                      "); sharp ones reach 0.3."});
+    }
+    if (m.noisyBlocks >= 24 && m.noisyBlocks * 10 >= m.photoBlocks * 4 && m.noiseSigma >= 8) {
+        const std::string place = placeName(m.photoBox);
+        const std::string figures = "noise of " + fixed(m.noiseSigma, 1) + " levels in " +
+                                    std::to_string(m.noisyBlocks) + " of " +
+                                    std::to_string(m.photoBlocks) + " blocks";
+        list.add({m.noiseSigma >= 16 ? Severity::medium : Severity::low, "picture.noise",
+                  "visual noise", place, figures,
+                  "At " + place + " neighbouring pixels differ at random: " + figures + "."});
+    }
+    for (const Banding& banding : findBanding(facts.picture)) {
+        const bool large = banding.box.area() * 20 >= facts.whole().area();
+        const std::string place = placeName(banding.box);
+        const std::string figures = std::to_string(banding.bands) + " bands, steps of up to " +
+                                    std::to_string(banding.step) + " levels";
+        list.add({large ? Severity::medium : Severity::low, "picture.banding", "colour banding",
+                  place, figures, "The gradient at " + place + " shows steps: " + figures + "."});
+    }
+}
+
+} // namespace trevix

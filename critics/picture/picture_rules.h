@@ -1,0 +1,50 @@
+// Which rules does a picture break?
+//
+// Rules over what was found in a picture: those for every picture, and those for what it is meant
+// to show. Each adds to the list and keeps no state. A picture of a window shows a program's own
+// frame as well as the work in it, so rules weigh what prevails and let single oddities pass.
+
+#pragma once
+
+#include "critics/capped_findings.h"
+#include "critics/picture/glyph_strokes.h"
+#include "critics/picture/picture_measures.h"
+#include "critics/picture/regions.h"
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace trevix {
+
+enum class PictureKind { image, userInterface, slide };
+
+/// What a modality's pictures show: "ui_ux", "deck", anything else.
+[[nodiscard]] PictureKind kindOf(std::string_view modality);
+
+/// A picture with everything that the rules ask about it.
+struct PictureFacts {
+    PictureKind kind = PictureKind::image;
+    Picture picture; ///< On white.
+    Regions regions;
+    std::vector<TextLine> lines;
+    PictureMeasures measures;
+
+    [[nodiscard]] Rect whole() const { return {0, 0, picture.width, picture.height}; }
+    /// Of all lines of writing together, in pixels.
+    [[nodiscard]] int textWidth() const;
+};
+
+[[nodiscard]] PictureFacts factsOf(Picture onWhite, PictureKind kind);
+
+/// "3.50", with `decimals` digits after the point.
+[[nodiscard]] std::string fixed(double value, int decimals);
+
+void judgeSize(const PictureFacts& facts, CappedFindings& list);
+void judgeWriting(const PictureFacts& facts, CappedFindings& list); ///< Contrast, size, cut edges.
+void judgeRendering(const PictureFacts& facts, CappedFindings& list); ///< Blur, noise, banding.
+void judgePhotograph(const PictureFacts& facts, CappedFindings& list);
+void judgeInterface(const PictureFacts& facts, CappedFindings& list);
+void judgeSlide(const PictureFacts& facts, CappedFindings& list);
+
+} // namespace trevix

@@ -1,0 +1,395 @@
+#include "critics/sheet/sheet_rules.h"
+
+#include "text/unicode.h"
+
+#include <algorithm>
+#include <map>
+#include <set>
+#include <string>
+
+namespace trevix {
+namespace {
+
+constexpr std::size_t kFewestForMajority = 5;
+
+struct CellPlace {
+    std::string name;
+    std::string text;
+    std::string quoted;
+};
+
+CellPlace placeOf(const Sheet& sheet, const SheetColumn& column, std::size_t row) {
+    CellPlace place;
+    place.name = "cell " + cellName(row, column.index);
+    place.text = sheet.table.cell(row, column.index);
+    place.quoted = "\"" + printable(place.text, 60) + "\"";
+    return place;
+}
+
+/// The text with the blanks at its ends made visible.
+std::string withVisibleBlanks(std::string_view text) {
+    const std::string_view trimmed = trimmedCell(text);
+    if (trimmed.empty()) return "␣";
+    std::string visible = printable(trimmed, 100);
+    if (trimmed.data() != text.data()) visible = "␣" + visible;
+    if (trimmed.data() + trimmed.size() != text.data() + text.size()) visible += "␣";
+    return visible;
+}
+
+std::string capitalized(std::string text) {
+    if (!text.empty() && text[0] >= 'a' && text[0] <= 'z')
+        text[0] = static_cast<char>(text[0] - 32);
+    return text;
+}
+
+void judgeErrors(const Sheet& sheet, const SheetColumn& column, CappedFindings& list) {
+    for (const SheetCell& cell : column.cells) {
+        if (cell.kind == CellKind::error) {
+            const CellPlace place = placeOf(sheet, column, cell.row);
+            const std::string_view error = trimmedCell(place.text);
+            const bool notAvailable = error == "#N/A" || error == "#NV";
+            list.add({notAvailable ? Severity::medium : Severity::high, "sheet.formula_error",
+                      "formula error", place.name, place.text,
+                      "The formula in " + place.name + " gives " + std::string(error) +
+                          " instead of a value."});
+        } else if (cell.kind == CellKind::placeholder) {
+            const CellPlace place = placeOf(sheet, column, cell.row);
+            list.add(
+                {Severity::medium, "sheet.placeholder", "unfinished cell", place.name, place.text,
+                 capitalized(place.name) + " still holds the placeholder " + place.quoted + "."});
+        }
+    }
+}
+
+bool isFormulaText(std::string_view text) {
+    if (text.size() < 4 || text.front() != '=') return false;
+    const std::size_t end = text.find_first_not_of("ABCDEFGHIJKLMNOPQRSTUVWXYZ$.0123456789", 1);
+    if (end == std::string_view::npos || end == 1) return false;
+    return text[end] == '(' || text[end] == '+' || text[end] == '-' || text[end] == '*' ||
+           text[end] == '/' || text[end] == '!' || text[end] == '&';
+}
+
+/// A letter O or l among digits, where a 0 or 1 was meant.
+bool hasLetterForDigit(std::string_view text) {
+    std::size_t digits = 0;
+    std::size_t letters = 0;
+    std::string repaired;
+    for (const char letter : text) {
+        if (letter >= '0' && letter <= '9') ++digits;
+        const bool zero = letter == 'O' || letter == 'o';
+        const bool one = letter == 'l' || letter == 'I';
+        if (zero || one) ++letters;
+        repaired += zero ? '0' : one ? '1' : letter;
+    }
+    return letters > 0 && digits > 0 && letters <= digits + 1 && readNumber(repaired).has_value();
+}
+
+bool isDigits(std::string_view text) {
+    return text.find_first_not_of("0123456789") == std::string_view::npos;
+}
+
+/// Numbers that a spreadsheet will not count as numbers, and other strays among numbers.
+void judgeStraysAmongNumbers(const Sheet& sheet, const SheetColumn& column, CappedFindings& list) {
+    std::size_t spaced = 0;
+    std::size_t otherwise = 0;
+    std::size_t padded = 0;
+    for (const SheetCell& cell : column.cells) {
+        if (!sheet.isData(cell.row) || !cell.number) continue;
+        const std::string_view text = sheet.table.cell(cell.row, column.index);
+        if (cell.number->groupMark == ' ')
+            ++spaced;
+        else if (cell.number->groupMark != 0 || cell.number->value >= 1000)
+            ++otherwise;
+        if (trimmedCell(text).size() != text.size()) ++padded;
+    }
+    const bool paddingIsStyle = padded * 2 > column.numbers;
+    const bool spacingIsStyle = spaced >= otherwise;
+    for (const SheetCell& cell : column.cells) {
+        if (!sheet.isData(cell.row)) continue;
+        if (cell.kind != CellKind::words && cell.kind != CellKind::number &&
+            cell.kind != CellKind::date)
+            continue;
+        const std::string_view whole = sheet.table.cell(cell.row, column.index);
+        const std::string_view text = trimmedCell(whole);
+        std::string why;
+        if (text.size() > 1 && text.front() == '\'' && readNumber(text.substr(1))) {
+            why = "begins with an apostrophe";
+        } else if (cell.kind == CellKind::words && hasLetterForDigit(text)) {
+            why = "has a letter where a digit was meant";
+        } else if (cell.number && cell.number->groupMark == ' ' && !spacingIsStyle) {
+            why = "has a blank between its digits";
+        } else if (cell.number && text.size() != whole.size() && !paddingIsStyle) {
+            why = "has a blank before or after it";
+        }
+        const bool stray = cell.kind != CellKind::number && column.filled >= kFewestForMajority &&
+                           !isDigits(text) && !isFormulaText(text);
+        if (why.empty() && !stray) continue;
+        const CellPlace place = placeOf(sheet, column, cell.row);
+        if (!why.empty()) {
+            list.add({Severity::medium, "sheet.text_number", "number stored as text", place.name,
+                      place.text,
+                      "The number " + place.quoted + " in " + place.name + " " + why +
+                          ", so formulas do not count it."});
+        } else {
+            list.add({Severity::medium, "sheet.mixed_types", "mixed types", place.name, place.text,
+                      capitalized(place.name) + " holds " + place.quoted + " where the " +
+                          column.place() + " holds numbers in " + std::to_string(column.numbers) +
+                          " of " + std::to_string(column.filled) + " cells."});
+        }
+    }
+}
+
+void judgeStraysAmongDates(const Sheet& sheet, const SheetColumn& column, CappedFindings& list) {
+    if (column.filled < kFewestForMajority) return;
+    for (const SheetCell& cell : column.cells) {
+        if (!sheet.isData(cell.row)) continue;
+        if (cell.kind != CellKind::words && cell.kind != CellKind::number) continue;
+        const CellPlace place = placeOf(sheet, column, cell.row);
+        list.add({Severity::medium, "sheet.mixed_types", "mixed types", place.name, place.text,
+                  capitalized(place.name) + " holds " + place.quoted + " where the " +
+                      column.place() + " holds dates in " + std::to_string(column.dates) + " of " +
+                      std::to_string(column.filled) + " cells."});
+    }
+}
+
+void judgeFormulaTexts(const Sheet& sheet, const SheetColumn& column, CappedFindings& list) {
+    for (const SheetCell& cell : column.cells) {
+        if (cell.kind != CellKind::words) continue;
+        if (!isFormulaText(trimmedCell(sheet.table.cell(cell.row, column.index)))) continue;
+        const CellPlace place = placeOf(sheet, column, cell.row);
+        list.add({Severity::medium, "sheet.formula_text", "formula not calculated", place.name,
+                  place.text,
+                  capitalized(place.name) + " shows the formula " + place.quoted +
+                      " instead of its result."});
+    }
+}
+
+void judgeDates(const Sheet& sheet, const SheetColumn& column, CappedFindings& list) {
+    const auto possible = static_cast<std::size_t>(std::ranges::count_if(
+        column.cells, [](const SheetCell& cell) { return cell.date && cell.date->possible; }));
+    const bool dateColumn = (column.isDated() && possible * 2 > column.dates) ||
+                            column.isCalled({"date", "datum", "day", "due", "deadline", "start",
+                                             "end", "fecha", "birthday", "born", "geburtsdatum"});
+    std::map<std::pair<DateForm, DayOrder>, std::size_t> forms;
+    std::size_t known = 0;
+    for (const SheetCell& cell : column.cells) {
+        if (!cell.date) continue;
+        if (!cell.date->possible) {
+            if (!cell.date->fullYear && !dateColumn) continue;
+            const CellPlace place = placeOf(sheet, column, cell.row);
+            list.add({Severity::high, "sheet.impossible_date", "impossible date", place.name,
+                      place.text,
+                      "No calendar has the date " + place.quoted + " in " + place.name + "."});
+            continue;
+        }
+        if (cell.date->order != DayOrder::either) ++forms[{cell.date->form, cell.date->order}];
+        ++known;
+    }
+    if (!column.isDated() || known < 3) return;
+    // A date that fits two orders goes with whichever order its own form has elsewhere.
+    std::pair<DateForm, DayOrder> usual{DateForm::isoDashes, DayOrder::yearFirst};
+    std::size_t most = 0;
+    std::map<DateForm, std::size_t> eitherBy;
+    for (const SheetCell& cell : column.cells) {
+        if (cell.date && cell.date->possible && cell.date->order == DayOrder::either) {
+            ++eitherBy[cell.date->form];
+        }
+    }
+    for (const auto& [form, number] : eitherBy) {
+        auto best = forms.end();
+        for (auto it = forms.begin(); it != forms.end(); ++it) {
+            if (it->first.first == form && (best == forms.end() || it->second > best->second)) {
+                best = it;
+            }
+        }
+        if (best != forms.end())
+            best->second += number;
+        else
+            forms[{form, DayOrder::either}] += number;
+    }
+    for (const auto& [form, number] : forms) {
+        if (number > most) {
+            most = number;
+            usual = form;
+        }
+    }
+    if (most * 3 < known * 2) {
+        // No form has a clear majority: one finding for the column.
+        if (forms.size() < 2) return;
+        std::string mix;
+        for (const auto& [form, number] : forms) {
+            if (!mix.empty()) mix += ", ";
+            mix +=
+                std::to_string(number) + " like " + std::string(example(form.first, form.second));
+        }
+        list.add({Severity::medium, "sheet.mixed_dates", "mixed date formats", column.place(), mix,
+                  "The " + column.place() + " writes its dates in several forms: " + mix + "."});
+        return;
+    }
+    for (const SheetCell& cell : column.cells) {
+        if (!cell.date || !cell.date->possible) continue;
+        const bool sameForm = cell.date->form == usual.first;
+        const bool sameOrder = cell.date->order == DayOrder::either ||
+                               usual.second == DayOrder::either || cell.date->order == usual.second;
+        if (sameForm && sameOrder) continue;
+        const CellPlace place = placeOf(sheet, column, cell.row);
+        list.add({Severity::medium, "sheet.mixed_dates", "mixed date formats", place.name,
+                  place.text,
+                  "The date " + place.quoted + " in " + place.name + " is not written like the " +
+                      std::to_string(most) + " others of the " + column.place() + " (" +
+                      std::string(example(usual.first, usual.second)) + ")."});
+    }
+}
+
+/// Strays from the most frequent of the texts that `read` gives, where it gives one.
+template <typename Read>
+void judgeMajority(const Sheet& sheet, const SheetColumn& column, CappedFindings& list, Read read,
+                   Severity severity, std::string_view rule, std::string_view criterion,
+                   std::string_view noun) {
+    std::map<std::string_view, std::size_t> counts;
+    std::size_t all = 0;
+    for (const SheetCell& cell : column.cells) {
+        if (!cell.number) continue;
+        const std::string_view value = read(*cell.number);
+        if (value.empty()) continue;
+        ++counts[value];
+        ++all;
+    }
+    if (counts.size() < 2 || all < 4) return;
+    const auto usual = std::ranges::max_element(
+        counts, [](const auto& a, const auto& b) { return a.second < b.second; });
+    if (usual->second * 4 < all * 3) return;
+    for (const SheetCell& cell : column.cells) {
+        if (!cell.number) continue;
+        const std::string_view value = read(*cell.number);
+        if (value.empty() || value == usual->first) continue;
+        const CellPlace place = placeOf(sheet, column, cell.row);
+        list.add({severity, std::string(rule), std::string(criterion), place.name, place.text,
+                  capitalized(place.name) + " holds " + place.quoted + " with the " +
+                      std::string(noun) + " " + std::string(value) + " where " +
+                      std::to_string(usual->second) + " cells of the " + column.place() + " have " +
+                      std::string(usual->first) + "."});
+    }
+}
+
+std::string_view decimalMarkOf(const NumberText& number) {
+    if (number.mark == DecimalMark::dot) return ".";
+    if (number.mark == DecimalMark::comma) return ",";
+    return {};
+}
+
+void judgeRanges(const Sheet& sheet, const SheetColumn& column, CappedFindings& list) {
+    const bool part = column.isCalled({"share", "anteil", "progress", "completion", "complete",
+                                       "% of", "percent of", "utilization", "utilisation",
+                                       "probability", "coverage", "% done", "fortschritt"});
+    const bool amount = column.isCalled({"quantity", "qty", "count", "pieces", "pcs", "stock",
+                                         "menge", "anzahl", "stück", "headcount", "age", "alter",
+                                         "units", "attendees", "visitors", "employees"});
+    std::size_t outside = 0;
+    std::size_t negative = 0;
+    const auto isOutside = [&](const SheetCell& cell) {
+        const double value = column.valueOf(*cell.number);
+        const bool percent =
+            cell.number->percent || column.lowerHeader.find('%') < std::string::npos;
+        return percent && (value < 0 || value > 100);
+    };
+    for (const SheetCell& cell : column.cells) {
+        if (!sheet.isData(cell.row) || !cell.number) continue;
+        if (isOutside(cell)) ++outside;
+        if (cell.number->value < 0) ++negative;
+    }
+    // What many cells of a column do is meant; only strays are slips.
+    const bool judgePart = part && outside * 4 <= column.numbers;
+    const bool judgeAmount = amount && negative * 4 <= column.numbers &&
+                             !column.isCalled({"change", "difference", "delta", "diff", "variance",
+                                               "adjustment", "+/-"});
+    for (const SheetCell& cell : column.cells) {
+        if (!sheet.isData(cell.row) || !cell.number) continue;
+        if (judgePart && isOutside(cell)) {
+            const CellPlace place = placeOf(sheet, column, cell.row);
+            list.add({Severity::medium, "sheet.percent_range", "percentage out of range",
+                      place.name, place.text,
+                      "The " + column.place() + " is a part of a whole, but " + place.name +
+                          " says " + place.quoted + "."});
+        } else if (judgeAmount && cell.number->value < 0) {
+            const CellPlace place = placeOf(sheet, column, cell.row);
+            list.add({Severity::medium, "sheet.negative_count", "negative count", place.name,
+                      place.text,
+                      "The " + column.place() + " counts things, but " + place.name + " says " +
+                          place.quoted + "."});
+        }
+    }
+}
+
+/// Blanks around words, and words that differ from a more frequent one in capitals alone.
+void judgeWords(const Sheet& sheet, const SheetColumn& column, CappedFindings& list) {
+    std::size_t words = 0;
+    std::size_t padded = 0;
+    std::map<std::string, std::map<std::string_view, std::size_t>> spellings;
+    for (const SheetCell& cell : column.cells) {
+        if (!sheet.isData(cell.row) || cell.kind != CellKind::words) continue;
+        const std::string_view text = sheet.table.cell(cell.row, column.index);
+        const std::string_view trimmed = trimmedCell(text);
+        ++words;
+        if (trimmed.size() != text.size()) ++padded;
+        if (trimmed.size() <= 40) ++spellings[kelvane::text::lowercased(trimmed)][trimmed];
+    }
+    if (words < 3) return;
+    const bool paddingIsStyle = padded * 3 > words;
+    const bool categories = words >= 8 && spellings.size() * 2 <= words;
+    for (const SheetCell& cell : column.cells) {
+        if (!sheet.isData(cell.row) || cell.kind != CellKind::words) continue;
+        const std::string_view text = sheet.table.cell(cell.row, column.index);
+        const std::string_view trimmed = trimmedCell(text);
+        if (!paddingIsStyle && trimmed.size() != text.size() &&
+            trimmed.find_first_of("\r\n") == std::string_view::npos) {
+            const CellPlace place = placeOf(sheet, column, cell.row);
+            list.add({Severity::low, "sheet.stray_blanks", "stray blanks", place.name,
+                      withVisibleBlanks(text),
+                      "The text " + place.quoted + " in " + place.name +
+                          " has a blank before or after it, so lookups miss it."});
+        }
+        if (!categories || trimmed.size() > 40) continue;
+        const auto& variants = spellings[kelvane::text::lowercased(trimmed)];
+        if (variants.size() < 2) continue;
+        const auto usual = std::ranges::max_element(
+            variants, [](const auto& a, const auto& b) { return a.second < b.second; });
+        const std::size_t own = variants.at(trimmed);
+        if (usual->first == trimmed || own * 3 > usual->second) continue;
+        const CellPlace place = placeOf(sheet, column, cell.row);
+        list.add({Severity::low, "sheet.spelling_variants", "inconsistent names", place.name,
+                  place.text,
+                  capitalized(place.name) + " writes " + place.quoted + " where " +
+                      std::to_string(usual->second) + " other cells of the " + column.place() +
+                      " write \"" + printable(usual->first, 60) + "\"."});
+    }
+}
+
+} // namespace
+
+void judgeCells(const Sheet& sheet, CappedFindings& list) {
+    for (const SheetColumn& column : sheet.columns) {
+        if (column.cells.empty()) continue;
+        judgeErrors(sheet, column, list);
+        judgeFormulaTexts(sheet, column, list);
+        judgeDates(sheet, column, list);
+        if (column.isNumeric()) {
+            judgeStraysAmongNumbers(sheet, column, list);
+            judgeMajority(sheet, column, list, decimalMarkOf, Severity::medium,
+                          "sheet.mixed_decimals", "mixed decimal marks", "decimal mark");
+            judgeMajority(
+                sheet, column, list, [](const NumberText& number) { return number.currency; },
+                Severity::medium, "sheet.mixed_currencies", "mixed currencies", "currency");
+            judgeMajority(
+                sheet, column, list, [](const NumberText& number) { return number.unit; },
+                Severity::low, "sheet.mixed_units", "mixed units", "unit");
+            judgeRanges(sheet, column, list);
+        } else if (column.isDated()) {
+            judgeStraysAmongDates(sheet, column, list);
+        } else {
+            judgeWords(sheet, column, list);
+        }
+    }
+}
+
+} // namespace trevix

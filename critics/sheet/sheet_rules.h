@@ -1,0 +1,24 @@
+// Which rules does a spreadsheet break?
+//
+// Three groups of rules over a sheet that has been understood. Each adds what it finds to the list,
+// row by row, and keeps no state. A rule judges only where the sheet itself gives the standard: a
+// stray needs a clear majority to be a stray of.
+
+#pragma once
+
+#include "critics/capped_findings.h"
+#include "critics/sheet/sheet_columns.h"
+
+namespace trevix {
+
+/// Records, headers, blank and repeated rows, ids, numbered sequences.
+void judgeStructure(const Sheet& sheet, CappedFindings& list);
+
+/// Single cells against their column: errors, placeholders, numbers kept as text, types, dates,
+/// marks, currencies, ranges.
+void judgeCells(const Sheet& sheet, CappedFindings& list);
+
+/// Totals, subtotals, totals across a row, shares that should make 100 %.
+void judgeTotals(const Sheet& sheet, CappedFindings& list);
+
+} // namespace trevix

@@ -1,0 +1,246 @@
+#include "critics/sheet/table_reader.h"
+
+#include "critics/sheet/cell_value.h"
+#include "text/unicode.h"
+
+#include <algorithm>
+#include <array>
+#include <map>
+#include <set>
+#include <utility>
+
+namespace trevix {
+namespace {
+
+constexpr std::size_t kSampleBytes = 32 * 1024;
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+
+bool endsCell(std::string_view text, std::size_t at, char delimiter) {
+    return at >= text.size() || text[at] == delimiter || text[at] == '\n' || text[at] == '\r';
+}
+
+/// Where the quoted cell that opens at `open` closes, or nothing.
+std::optional<std::size_t> closingQuote(std::string_view text, std::size_t open, char delimiter) {
+    std::size_t at = open + 1;
+    while (true) {
+        at = text.find('"', at);
+        if (at == std::string_view::npos) return std::nullopt;
+        if (at + 1 < text.size() && text[at + 1] == '"') {
+            at += 2;
+            continue;
+        }
+        if (endsCell(text, at + 1, delimiter)) return at;
+        ++at; // A stray quote inside; the cell goes on.
+    }
+}
+
+std::string withoutDoubledQuotes(std::string_view quoted) {
+    std::string plain;
+    plain.reserve(quoted.size());
+    for (std::size_t i = 0; i < quoted.size(); ++i) {
+        plain += quoted[i];
+        if (quoted[i] == '"' && i + 1 < quoted.size() && quoted[i + 1] == '"') ++i;
+    }
+    return plain;
+}
+
+Table readRecords(std::string_view text, char delimiter) {
+    Table table;
+    table.delimiter = delimiter;
+    if (text.starts_with(kByteOrderMark)) text.remove_prefix(kByteOrderMark.size());
+    std::size_t at = 0;
+    bool closable = true; // Once a quote never closes, no later one does.
+    while (at < text.size()) {
+        std::vector<std::string> record;
+        while (true) {
+            std::optional<std::size_t> close;
+            if (at < text.size() && text[at] == '"') {
+                if (closable) close = closingQuote(text, at, delimiter);
+                if (!close) {
+                    closable = false;
+                    if (!table.openQuote) table.openQuote = {table.rows.size(), record.size()};
+                }
+            }
+            if (close) {
+                record.push_back(withoutDoubledQuotes(text.substr(at + 1, *close - at - 1)));
+                at = *close + 1;
+            } else {
+                std::size_t end = at;
+                while (!endsCell(text, end, delimiter)) ++end;
+                record.emplace_back(text.substr(at, end - at));
+                at = end;
+            }
+            if (at >= text.size() || text[at] != delimiter) break;
+            ++at;
+        }
+        if (at < text.size()) at += text.substr(at).starts_with("\r\n") ? 2U : 1U;
+        table.width = std::max(table.width, record.size());
+        table.rows.push_back(std::move(record));
+    }
+    return table;
+}
+
+char detectDelimiter(std::string_view text) {
+    const std::string_view sample = text.substr(0, kSampleBytes);
+    char best = ',';
+    double bestShare = 0;
+    for (const char delimiter : {'\t', ';', '|', ','}) {
+        Table table = readRecords(sample, delimiter);
+        if (sample.size() < text.size() && table.rows.size() > 1) table.rows.pop_back();
+        std::map<std::size_t, std::size_t> widths;
+        std::size_t filled = 0;
+        for (std::size_t row = 0; row < table.rows.size(); ++row) {
+            if (table.isBlankRow(row) && table.rows[row].size() == 1) continue;
+            ++widths[table.rows[row].size()];
+            ++filled;
+        }
+        std::size_t most = 0;
+        for (const auto& [width, count] : widths) {
+            if (width > 1) most = std::max(most, count);
+        }
+        double share = filled == 0 ? 0 : static_cast<double>(most) / static_cast<double>(filled);
+        // A wrong delimiter tears quoted cells apart.
+        if (table.openQuote && sample.size() == text.size()) share *= 0.5;
+        if (share > bestShare + 0.05) {
+            bestShare = share;
+            best = delimiter;
+        }
+    }
+    return best;
+}
+
+bool isWords(std::string_view cell) {
+    return !cell.empty() && !readNumber(cell) && !readDate(cell) && !isNoValue(cell) &&
+           !isFormulaError(cell) && !isPlaceholder(cell);
+}
+
+/// Whether the row could name columns, with that many words at least: years may be among them.
+bool looksLikeNames(const Table& table, std::size_t row, std::size_t leastWords) {
+    std::size_t words = 0;
+    std::size_t filled = 0;
+    for (const std::string& text : table.rows[row]) {
+        const std::string_view cell = trimmedCell(text);
+        if (cell.empty()) continue;
+        ++filled;
+        if (cell.size() > 120) return false;
+        if (isWords(cell))
+            ++words;
+        else if (const auto number = readNumber(cell);
+                 !number || number->decimals > 0 || number->value < 1900 || number->value > 2100)
+            return false;
+    }
+    return filled >= 2 && words >= leastWords;
+}
+
+/// Whether what stands under the row differs from it in kind, as data differs from its names.
+bool namesDataBelow(const Table& table, std::size_t row) {
+    std::set<std::string_view> own;
+    std::size_t filled = 0;
+    for (const std::string& text : table.rows[row]) {
+        const std::string_view cell = trimmedCell(text);
+        if (cell.empty()) continue;
+        ++filled;
+        own.insert(cell);
+    }
+    std::size_t below = 0;
+    bool repeats = false;
+    const std::size_t end = std::min(table.rows.size(), row + 200);
+    for (std::size_t column = 0; column < table.rows[row].size(); ++column) {
+        const std::string_view name = trimmedCell(table.cell(row, column));
+        std::size_t values = 0;
+        std::size_t cells = 0;
+        for (std::size_t r = row + 1; r < end; ++r) {
+            const std::string_view cell = trimmedCell(table.cell(r, column));
+            if (cell.empty()) continue;
+            ++cells;
+            ++below;
+            if (cell == name) repeats = true;
+            if (readNumber(cell) || readDate(cell)) ++values;
+        }
+        if (isWords(name) && cells >= 1 && values * 2 > cells) return true;
+    }
+    // A sheet of words alone: names are short, differ, and do not come again below.
+    bool shortNames = true;
+    for (const std::string_view cell : own) shortNames = shortNames && cell.size() <= 40;
+    return below >= 2 * filled && !repeats && shortNames && filled == table.width;
+}
+
+std::optional<std::size_t> detectHeader(const Table& table) {
+    const std::size_t end = std::min<std::size_t>(table.rows.size(), 8);
+    for (std::size_t row = 0; row < end; ++row) {
+        const std::size_t filled = table.filledCells(row);
+        if (filled == 0) continue;
+        if (filled == 1 && table.width > 2) continue; // A title above the table.
+        // Names on two rows: the lower row is the one that data stands under.
+        const std::size_t next = row + 1;
+        if (filled < table.width && looksLikeNames(table, row, 0) && next < table.rows.size() &&
+            looksLikeNames(table, next, 1) && table.filledCells(next) > filled &&
+            namesDataBelow(table, next))
+            return next;
+        if (!looksLikeNames(table, row, 1)) return std::nullopt;
+        if (namesDataBelow(table, row)) return row;
+        return std::nullopt;
+    }
+    return std::nullopt;
+}
+
+} // namespace
+
+std::string_view Table::cell(std::size_t row, std::size_t column) const {
+    if (row >= rows.size() || column >= rows[row].size()) return {};
+    return rows[row][column];
+}
+
+bool Table::isBlankRow(std::size_t row) const {
+    return std::ranges::all_of(rows[row],
+                               [](const std::string& cell) { return trimmedCell(cell).empty(); });
+}
+
+std::size_t Table::filledCells(std::size_t row) const {
+    return static_cast<std::size_t>(std::ranges::count_if(
+        rows[row], [](const std::string& cell) { return !trimmedCell(cell).empty(); }));
+}
+
+std::string Table::header(std::size_t column) const {
+    if (!headerRow) return {};
+    std::string name(trimmedCell(cell(*headerRow, column)));
+    if (!groupRow || name.empty()) return name;
+    for (std::size_t left = column + 1; left-- > 0;) {
+        const std::string_view group = trimmedCell(cell(*groupRow, left));
+        if (!group.empty()) return std::string(group) + " " + name;
+        if (column - left > 16) break;
+    }
+    return name;
+}
+
+Table readTable(std::string_view text, bool tabSeparated) {
+    if (text.starts_with(kByteOrderMark)) text.remove_prefix(kByteOrderMark.size());
+    Table table = readRecords(text, tabSeparated ? '\t' : detectDelimiter(text));
+    while (!table.rows.empty() && table.isBlankRow(table.rows.size() - 1)) table.rows.pop_back();
+    table.headerRow = detectHeader(table);
+    if (table.headerRow && *table.headerRow > 0 && table.filledCells(*table.headerRow - 1) >= 2) {
+        table.groupRow = *table.headerRow - 1;
+    }
+    return table;
+}
+
+std::string columnName(std::size_t column) {
+    std::string name;
+    for (std::size_t rest = column + 1; rest > 0; rest = (rest - 1) / 26) {
+        name.insert(name.begin(), static_cast<char>('A' + (rest - 1) % 26));
+    }
+    return name;
+}
+
+std::string cellName(std::size_t row, std::size_t column) {
+    return columnName(column) + std::to_string(row + 1);
+}
+
+std::string_view trimmedCell(std::string_view text) {
+    if (text.empty()) return text;
+    const auto plain = [](char letter) { return letter > ' ' && letter < 0x7F; };
+    if (plain(text.front()) && plain(text.back())) return text;
+    return kelvane::text::trimmedWhitespaceAndNewlines(text);
+}
+
+} // namespace trevix

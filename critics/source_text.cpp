@@ -1,0 +1,64 @@
+#include "critics/source_text.h"
+
+#include <algorithm>
+
+namespace trevix {
+
+namespace {
+
+constexpr std::size_t kBlock = 1024;
+
+// A continuation byte outside a sequence is broken text; it may count as part of the character
+// before it, which moves a column by one in text that has no right columns anyway.
+bool startsCodePoint(char byte) {
+    return (static_cast<unsigned char>(byte) & 0xC0U) != 0x80U;
+}
+
+} // namespace
+
+SourceText::SourceText(std::string_view text) : m_text(text) {
+    m_lineStarts.push_back(0);
+    std::size_t codePoints = 0;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (i % kBlock == 0) m_codePointsAtBlock.push_back(codePoints);
+        if (startsCodePoint(text[i])) ++codePoints;
+        const bool loneReturn = text[i] == '\r' && (i + 1 == text.size() || text[i + 1] != '\n');
+        if (text[i] == '\n' || loneReturn) m_lineStarts.push_back(i + 1);
+    }
+}
+
+std::size_t SourceText::lineAt(std::size_t offset) const {
+    const auto after = std::upper_bound(m_lineStarts.begin(), m_lineStarts.end(), offset);
+    return static_cast<std::size_t>(after - m_lineStarts.begin()) - 1;
+}
+
+std::size_t SourceText::lineEnd(std::size_t line) const {
+    std::size_t end = line + 1 < m_lineStarts.size() ? m_lineStarts[line + 1] : m_text.size();
+    const std::size_t start = m_lineStarts[line];
+    if (line + 1 < m_lineStarts.size()) {
+        if (end > start && m_text[end - 1] == '\n') --end;
+        if (end > start && m_text[end - 1] == '\r') --end;
+    }
+    return end;
+}
+
+std::string_view SourceText::line(std::size_t line) const {
+    return m_text.substr(m_lineStarts[line], lineEnd(line) - m_lineStarts[line]);
+}
+
+std::size_t SourceText::codePointsBefore(std::size_t offset) const {
+    if (m_codePointsAtBlock.empty()) return 0;
+    const std::size_t block = std::min(offset / kBlock, m_codePointsAtBlock.size() - 1);
+    const std::string_view rest = m_text.substr(block * kBlock, offset - block * kBlock);
+    return m_codePointsAtBlock[block] +
+           static_cast<std::size_t>(std::count_if(rest.begin(), rest.end(), startsCodePoint));
+}
+
+std::string SourceText::place(std::size_t offset) const {
+    offset = std::min(offset, m_text.size());
+    const std::size_t line = lineAt(offset);
+    const std::size_t column = codePointsBefore(offset) - codePointsBefore(m_lineStarts[line]) + 1;
+    return "line " + std::to_string(line + 1) + ", column " + std::to_string(column);
+}
+
+} // namespace trevix

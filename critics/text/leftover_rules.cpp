@@ -1,0 +1,363 @@
+// Traces of work that was not finished: placeholders, editing marks, unresolved merges, and things
+// that should have been taken out before anybody reads the text.
+
+#include "critics/text/prose_rules.h"
+#include "critics/text/secret_shapes.h"
+
+#include <algorithm>
+#include <array>
+#include <string>
+
+namespace trevix {
+
+namespace {
+
+constexpr Rule kPlaceholder{"text.placeholder", Severity::high, "unfinished text"};
+constexpr Rule kEditingMark{"text.editing_mark", Severity::medium, "left-over editing marks"};
+constexpr Rule kEncoding{"text.encoding", Severity::high, "broken characters"};
+
+constexpr std::string_view kIsPlaceholder = "is a placeholder that still waits for its content";
+
+constexpr std::array<std::string_view, 44> kSlots = {
+    "name",         "first name",    "last name",     "full name",      "surname",
+    "date",         "company",       "company name",  "client",         "client name",
+    "customer",     "customer name", "recipient",     "recipient name", "sender",
+    "amount",       "email",         "email address", "phone",          "phone number",
+    "address",      "title",         "job title",     "position",       "department",
+    "city",         "country",       "project",       "project name",   "product",
+    "product name", "placeholder",   "tbd",           "todo",           "xxx",
+    "tba",          "link",          "url",           "signature",      "start date",
+    "end date",     "price",         "insert",        "fill in"};
+
+/// Angle brackets also name the arguments of commands and HTML elements; these words do not.
+constexpr std::array<std::string_view, 11> kInAngles = {
+    "name",        "first name",    "last name",      "full name", "date",   "company name",
+    "client name", "customer name", "recipient name", "amount",    "surname"};
+
+constexpr std::array<std::string_view, 8> kSlotStarts = {
+    "insert ", "your ", "enter ", "fill in ", "add your ", "name of ", "placeholder ", "to be "};
+
+constexpr std::array<std::string_view, 8> kPhrases = {
+    "lorem ipsum",        "dolor sit amet",    "your text here",      "text goes here",
+    "click to add title", "click to add text", "click here to enter", "placeholder text"};
+
+constexpr std::array<std::string_view, 16> kNumbered = {
+    "chapter", "part",    "volume", "vol",   "book", "bowl",  "canto",    "psalm",
+    "section", "article", "act",    "scene", "pope", "louis", "olympiad", "amendment"};
+
+constexpr std::array<std::string_view, 9> kAfterMention = {
+    "list", "lists", "app", "comment", "comments", "item", "items", "marker", "markers"};
+
+template <std::size_t Count>
+bool isOneOf(std::string_view text, const std::array<std::string_view, Count>& choices) {
+    return std::find(choices.begin(), choices.end(), text) != choices.end();
+}
+
+/// Inner text in small letters, with underscores as blanks and single blanks.
+std::string slotName(std::string_view inner) {
+    std::string slot;
+    for (const char c : trimmed(inner)) {
+        const char plain = c == '_' || c == '\n' || c == '\r' || c == '\t' ? ' ' : lowerAscii(c);
+        if (plain == ' ' && !slot.empty() && slot.back() == ' ') continue;
+        slot += plain;
+    }
+    return slot;
+}
+
+bool isSlot(const std::string& slot) {
+    if (isOneOf(slot, kSlots)) return true;
+    return std::any_of(kSlotStarts.begin(), kSlotStarts.end(), [&](std::string_view start) {
+        return slot.size() > start.size() && slot.compare(0, start.size(), start) == 0;
+    });
+}
+
+constexpr std::size_t kLongestSlot = 80;
+
+/// Where the bracket at `at` is closed on the same line, or npos.
+std::size_t closerNear(std::string_view text, std::size_t at, char closer) {
+    const std::string_view near = text.substr(at + 1, kLongestSlot);
+    const std::size_t found = near.find_first_of(std::string{closer, text[at], '\n'});
+    if (found == std::string_view::npos || near[found] != closer) return std::string_view::npos;
+    return at + 1 + found;
+}
+
+bool wordMarksGap(const ProseView& view, std::size_t index) {
+    const Word& word = view.words[index];
+    const std::string_view text = view.masked();
+    const std::string_view own = view.wordText(index);
+    const bool crosses = own.size() >= 3 && own.find_first_not_of('X') == std::string_view::npos;
+    if (!crosses && own != "TBD" && own != "TODO" && own != "FIXME") return false;
+
+    const char before = word.offset > 0 ? text[word.offset - 1] : ' ';
+    const char after = word.end() < text.size() ? text[word.end()] : ' ';
+    const bool quoted = (before == '"' && after == '"') || (before == '\'' && after == '\'') ||
+                        text.substr(word.end(), 3) == "”";
+    if (quoted || before == '_' || after == '_' || before == '#' || before == '/') return false;
+    if (index + 1 < view.words.size() && !crosses &&
+        view.words[index + 1].offset == word.end() + 1 &&
+        isOneOf(lowerAscii(view.wordText(index + 1)), kAfterMention)) {
+        return false;
+    }
+    if (crosses && own.size() == 3 && index > 0) {
+        // The Roman number thirty.
+        const Word& previous = view.words[index - 1];
+        const std::string lower = lowerAscii(view.wordText(index - 1));
+        const bool adjacent = word.offset - previous.end() <= 2;
+        if (adjacent && previous.capitalised && isOneOf(lower, kNumbered)) return false;
+    }
+    return true;
+}
+
+/// "--output <name>" or "key=<name>": a description of a command, not a gap.
+bool argumentOfCommand(std::string_view text, std::size_t at) {
+    const std::size_t begin = at > kLongestSlot ? at - kLongestSlot : 0;
+    std::string_view before = text.substr(begin, at - begin);
+    while (!before.empty() && before.back() == ' ') before.remove_suffix(1);
+    if (before.empty()) return false;
+    if (before.back() == '=') return true;
+    const std::size_t blank = before.find_last_of(" \t\n");
+    return before[blank == std::string_view::npos ? 0 : blank + 1] == '-';
+}
+
+void checkBracketedSlot(const ProseView& view, std::size_t at, FindingList& findings) {
+    const std::string_view text = view.masked();
+    const char open = text[at];
+    if (open == '[') {
+        const std::size_t close = closerNear(text, at, ']');
+        if (close == std::string_view::npos) return;
+        const char after = close + 1 < text.size() ? text[close + 1] : ' ';
+        if (after == '(' || after == '[' || after == ':') return; // A link, not a gap.
+        const std::string slot = slotName(text.substr(at + 1, close - at - 1));
+        if (isSlot(slot) || slot == "citation needed" || slot == "source?" || slot == "??" ||
+            slot == "check" || slot == "...") {
+            // "[...]" marks an omission in quotations; only the words are gaps.
+            if (slot != "...") findings.add(kPlaceholder, at, close + 1 - at, kIsPlaceholder);
+        }
+    } else if (open == '<') {
+        const std::size_t close = closerNear(text, at, '>');
+        if (close == std::string_view::npos) return;
+        if (argumentOfCommand(text, at)) return;
+        const std::string slot = slotName(text.substr(at + 1, close - at - 1));
+        if (isOneOf(slot, kInAngles) || (isSlot(slot) && slot.find("your ") == 0) ||
+            (isSlot(slot) && slot.find("insert ") == 0)) {
+            findings.add(kPlaceholder, at, close + 1 - at, kIsPlaceholder);
+        }
+    } else if (open == '{' && at + 1 < text.size() && text[at + 1] == '{') {
+        const std::size_t close = text.substr(0, at + kLongestSlot).find("}}", at);
+        if (close == std::string_view::npos) return;
+        const std::string_view inner = trimmed(text.substr(at + 2, close - at - 2));
+        const bool name = !inner.empty() && std::all_of(inner.begin(), inner.end(), [](char c) {
+            return isAsciiWord(c) || c == '.' || c == ' ' || c == '-';
+        });
+        if (name && inner != "and" && inner != "or")
+            findings.add(kPlaceholder, at, close + 2 - at, kIsPlaceholder);
+    } else if (open == '{') {
+        const std::size_t close = closerNear(text, at, '}');
+        if (close == std::string_view::npos) return;
+        if (isSlot(slotName(text.substr(at + 1, close - at - 1)))) {
+            findings.add(kPlaceholder, at, close + 1 - at, kIsPlaceholder);
+        }
+    }
+}
+
+struct EditingMark {
+    std::string_view mark;
+    bool atLineStart;
+};
+
+constexpr std::array kEditingMarks = {
+    EditingMark{"commented [", true},    EditingMark{"formatted: font", true},
+    EditingMark{"[note to self", false}, EditingMark{"note to self:", true},
+    EditingMark{"[editor:", false},      EditingMark{"[author:", false},
+    EditingMark{"[comment:", false},     EditingMark{"{++", false},
+    EditingMark{"{--", false},           EditingMark{"{~~", false},
+    EditingMark{"{>>", false},           EditingMark{"{==", false},
+};
+
+/// Two or three code points that come from reading UTF-8 as a one-byte character set.
+std::size_t garbledLength(std::string_view text, std::size_t at) {
+    const CodePoint first = codePointAt(text, at);
+    const std::size_t next = at + first.length;
+    if (!first.valid || next >= text.size()) return 0;
+    const CodePoint second = codePointAt(text, next);
+    if (!second.valid) return 0;
+    const auto in = [&](std::int32_t low, std::int32_t high) {
+        return second.value >= low && second.value <= high;
+    };
+    if (first.value == 0xC3 && in(0x80, 0xBF)) return first.length + second.length;
+    if (first.value == 0xC3 &&
+        (second.value == 0x2030 || second.value == 0x0152 || second.value == 0x0153 ||
+         second.value == 0x0178 || second.value == 0x201E || second.value == 0x2013 ||
+         second.value == 0x2018 || second.value == 0x20AC)) {
+        return first.length + second.length;
+    }
+    if (first.value == 0xC2 && in(0xA0, 0xBB)) return first.length + second.length;
+    if (first.value == 0xE2 && second.value == 0x20AC) {
+        const std::size_t third = next + second.length;
+        if (third >= text.size()) return 0;
+        const CodePoint last = codePointAt(text, third);
+        const bool garbled = last.valid && (last.value >= 0x80) && !isLetter(last.value);
+        const bool letter = last.value == 0x153 || last.value == 0x161;
+        return garbled || letter ? first.length + second.length + last.length : 0;
+    }
+    return 0;
+}
+
+} // namespace
+
+void checkPlaceholders(const ProseView& view, FindingList& findings) {
+    const std::string_view text = view.masked();
+    for (std::size_t i = 0; i < view.words.size(); ++i) {
+        if (wordMarksGap(view, i)) {
+            const Word& word = view.words[i];
+            std::size_t end = word.end();
+            while (end < text.size() && (text[end] == '-' || text[end] == 'X')) ++end;
+            // "[TBD]" is found as a bracket below.
+            const bool inBracket = word.offset > 0 && text[word.offset - 1] == '[' &&
+                                   end < text.size() && text[end] == ']';
+            const bool continues = word.offset > 0 && text[word.offset - 1] == '-';
+            if (!inBracket && !continues) {
+                findings.add(kPlaceholder, word.offset, word.length, kIsPlaceholder);
+            }
+        } else if (i + 1 < view.words.size() && view.wordText(i) == "Dear" &&
+                   view.words[i + 1].allUpper() && view.wordText(i + 1) == "NAME") {
+            findings.add(kPlaceholder, view.words[i].offset,
+                         view.words[i + 1].end() - view.words[i].offset, kIsPlaceholder);
+        }
+        const Word& word = view.words[i];
+        for (const std::string_view phrase : kPhrases) {
+            if (hasAt(text, word.offset, phrase)) {
+                findings.add(kPlaceholder, word.offset, phrase.size(), kIsPlaceholder);
+                break;
+            }
+        }
+    }
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const char c = text[i];
+        const bool secondBrace = c == '{' && i > 0 && text[i - 1] == '{';
+        if ((c == '[' || c == '<' || c == '{') && !secondBrace) {
+            checkBracketedSlot(view, i, findings);
+        }
+        const bool questions = c == '?' && text.substr(i, 3) == "???";
+        if (questions && (i == 0 || text[i - 1] == ' ' || text[i - 1] == '\n')) {
+            const std::size_t after = text.find_first_not_of('?', i);
+            findings.add(kPlaceholder, i, 3, kIsPlaceholder);
+            if (after == std::string_view::npos) break;
+            i = after - 1;
+        }
+    }
+}
+
+void checkEditingMarks(const ProseView& view, FindingList& findings) {
+    const std::string_view text = view.masked();
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const char c = lowerAscii(text[i]);
+        if (c != '[' && c != '{' && c != 'c' && c != 'f' && c != 'n') continue;
+        for (const EditingMark& known : kEditingMarks) {
+            if (known.mark[0] != c || !hasAt(text, i, known.mark)) continue;
+            if (known.atLineStart && i > 0 && text[i - 1] != '\n') continue;
+            const std::string_view rest = text.substr(i, 60);
+            findings.add(kEditingMark, i, rest.substr(0, rest.find('\n')).size(),
+                         "is a mark of editing that was left in the text");
+            break;
+        }
+    }
+}
+
+void checkEncoding(const SourceText& source, FindingList& findings) {
+    const std::string_view text = source.text();
+    enum class Trouble { none, garbled, replaced, invalid, control };
+    Trouble run = Trouble::none;
+    std::size_t begin = 0;
+    const auto close = [&](std::size_t end) {
+        if (run == Trouble::none) return;
+        const std::size_t length = end - begin;
+        if (run == Trouble::garbled) {
+            findings.add(kEncoding, begin, length, "was read in the wrong character encoding");
+        } else if (run == Trouble::replaced) {
+            findings.add(kEncoding, begin, length,
+                         "stands where a character was lost in a conversion");
+        } else if (run == Trouble::invalid) {
+            findings.addWith(kEncoding, begin, std::to_string(length) + " bytes",
+                             "is not text in UTF-8");
+        } else {
+            findings.addWith(kEncoding, begin, std::to_string(length) + " control bytes",
+                             "has no place in text");
+        }
+        run = Trouble::none;
+    };
+    for (std::size_t i = 0; i < text.size();) {
+        const auto byte = static_cast<unsigned char>(text[i]);
+        Trouble now = Trouble::none;
+        std::size_t length = 1;
+        if (byte < 0x80) {
+            const bool blank = byte == '\t' || byte == '\n' || byte == '\r' || byte == '\f' ||
+                               byte == '\v' || byte == 0x1B;
+            if (byte < 0x20 && !blank) now = Trouble::control;
+        } else {
+            const CodePoint point = codePointAt(text, i);
+            length = point.length;
+            if (!point.valid) {
+                now = Trouble::invalid;
+            } else if (point.value == 0xFFFD) {
+                now = Trouble::replaced;
+            } else if (const std::size_t garbled = garbledLength(text, i); garbled > 0) {
+                now = Trouble::garbled;
+                length = garbled;
+            } else if (point.value >= 0x80 && point.value < 0xA0 && point.value != 0x85) {
+                now = Trouble::control;
+            }
+        }
+        if (now != run) {
+            close(i);
+            run = now;
+            begin = i;
+        }
+        i += length;
+    }
+    close(text.size());
+}
+
+void checkConflictMarkers(const SourceText& source, const Rule& rule, FindingList& findings) {
+    const auto marks = [](std::string_view line, char c) {
+        return line.size() >= 7 && line.find_first_not_of(c) == 7 && line[7] == ' ';
+    };
+    bool open = false;
+    bool parted = false;
+    for (std::size_t i = 0; i < source.lineCount(); ++i) {
+        const std::string_view line = source.line(i);
+        if (line.size() < 7) continue;
+        if (marks(line, '<')) {
+            findings.add(rule, source.lineStart(i), line.size(),
+                         "begins a merge conflict that was never resolved");
+            open = true;
+            parted = false;
+        } else if (open && line == "=======") {
+            parted = true;
+        } else if (marks(line, '>') && open) {
+            open = false;
+        } else if (!open && line == "=======" && !parted && i + 1 < source.lineCount()) {
+            // The cut-off end of a conflict: a middle line that some later line closes.
+            const std::size_t limit = std::min(source.lineCount(), i + 200);
+            for (std::size_t j = i + 1; j < limit; ++j) {
+                const std::string_view later = source.line(j);
+                if (later == "=======" || marks(later, '<')) break;
+                if (!marks(later, '>')) continue;
+                findings.add(rule, source.lineStart(j), later.size(),
+                             "ends a merge conflict that was never resolved");
+                break;
+            }
+        }
+    }
+}
+
+void checkSecrets(const SourceText& source, const Rule& rule, FindingList& findings) {
+    const std::vector<Secret> secrets = findSecrets(source.text());
+    for (const Secret& secret : secrets) findings.hide(secret.valueOffset, secret.valueLength);
+    for (const Secret& secret : secrets) {
+        findings.add(rule, secret.offset, secret.length,
+                     "looks like " + std::string(secret.kind) + " that nobody else may see");
+    }
+}
+
+} // namespace trevix

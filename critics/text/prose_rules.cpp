@@ -1,0 +1,325 @@
+#include "critics/text/prose_rules.h"
+
+#include "critics/text/calendar.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <string>
+#include <unordered_map>
+#include <unordered_set>
+
+namespace trevix {
+
+namespace {
+
+constexpr Rule kEmpty{"text.empty", Severity::high, "something to judge"};
+constexpr Rule kNearlyEmpty{"text.nearly_empty", Severity::medium, "something to judge"};
+constexpr Rule kDoubledWord{"text.doubled_word", Severity::medium, "repeated words"};
+constexpr Rule kLongSentence{"text.long_sentence", Severity::low, "readable sentences"};
+constexpr Rule kRepeated{"text.repeated_sentence", Severity::medium, "repeated passages"};
+constexpr Rule kUnfinished{"text.unfinished_sentence", Severity::medium, "unfinished text"};
+constexpr Rule kWeekday{"text.weekday", Severity::high, "consistent dates"};
+constexpr Rule kImpossibleDate{"text.impossible_date", Severity::high, "consistent dates"};
+constexpr Rule kDateOrder{"text.date_order", Severity::high, "consistent dates"};
+
+constexpr std::size_t kMostWordsInSentence = 45;
+constexpr std::size_t kFewestRepeatedWords = 8;
+// Shorter lines are lists or tables set with line breaks, where a word may stand twice.
+constexpr std::size_t kProseLine = 30;
+
+/// Words that sound sentences have twice in a row.
+constexpr std::array<std::string_view, 33> kDoubledByRight = {
+    "had", "that", "very", "no",     "bye",  "ha",   "so",   "knock", "blah",  "bla",   "yada",
+    "tut", "her",  "can",  "really", "many", "long", "far",  "hear",  "there", "now",   "never",
+    "die", "der",  "das",  "den",    "dem",  "sie",  "nous", "vous",  "dat",   "piano", "one"};
+
+constexpr std::array<std::string_view, 24> kNeverLast = {
+    "and",   "or",     "but",   "the",  "a",    "an",       "because", "which",
+    "our",   "your",   "their", "its",  "my",   "than",     "and/or",  "whose",
+    "while", "unless", "und",   "oder", "weil", "although", "et",      "every"};
+
+constexpr std::array<std::string_view, 20> kChanges = {
+    "moved",   "moves",   "move",    "moving",    "changed",     "change",    "changes",
+    "shifted", "shift",   "brought", "pulled",    "advanced",    "corrected", "updated",
+    "delayed", "slipped", "pushed",  "postponed", "rescheduled", "verschoben"};
+
+using WordSet = std::unordered_set<std::string_view>;
+
+/// The lists above, hashed once: every word of a text is asked for.
+struct WordLists {
+    WordSet doubledByRight{kDoubledByRight.begin(), kDoubledByRight.end()};
+    WordSet neverLast{kNeverLast.begin(), kNeverLast.end()};
+    WordSet changes{kChanges.begin(), kChanges.end()};
+};
+
+const WordLists& wordLists() {
+    static const WordLists lists;
+    return lists;
+}
+
+bool isIn(const WordSet& words, std::string_view text) {
+    return words.count(text) > 0;
+}
+
+/// Only blanks, and at most one line break between two lines of running text.
+bool onlyParted(const ProseView& view, const Word& left, const Word& right) {
+    const std::string_view text = view.masked();
+    if (right.offset - left.end() > 200) return false;
+    const std::string_view gap = text.substr(left.end(), right.offset - left.end());
+    if (gap == " " || gap == "\xC2\xA0") return true;
+    const std::size_t lineBreak = gap.find('\n');
+    if (lineBreak == std::string_view::npos) return false;
+    if (gap.find_first_not_of(" \t\r\n") != std::string_view::npos) return false;
+    if (gap.find('\n', lineBreak + 1) != std::string_view::npos) return false;
+    const std::size_t line = view.source.lineAt(left.offset);
+    return trimmed(view.source.line(line)).size() >= kProseLine;
+}
+
+std::uint64_t hashOf(std::string_view text) {
+    std::uint64_t hash = 1469598103934665603ULL;
+    bool blank = false;
+    for (const char c : text) {
+        if (c == ' ' || c == '\n' || c == '\t' || c == '\r') {
+            blank = true;
+            continue;
+        }
+        if (blank) hash = (hash ^ 0x20U) * 1099511628211ULL;
+        blank = false;
+        hash = (hash ^ static_cast<unsigned char>(lowerAscii(c))) * 1099511628211ULL;
+    }
+    return hash;
+}
+
+bool sameButForSpacing(std::string_view a, std::string_view b) {
+    std::size_t i = 0;
+    std::size_t j = 0;
+    const auto blankAt = [](std::string_view text, std::size_t& at) {
+        const std::size_t start = at;
+        while (at < text.size() &&
+               (text[at] == ' ' || text[at] == '\n' || text[at] == '\t' || text[at] == '\r')) {
+            ++at;
+        }
+        return at > start;
+    };
+    while (i < a.size() && j < b.size()) {
+        if (blankAt(a, i) != blankAt(b, j)) return false;
+        if (i >= a.size() || j >= b.size()) break;
+        if (lowerAscii(a[i++]) != lowerAscii(b[j++])) return false;
+    }
+    return i == a.size() && j == b.size();
+}
+
+void checkLongSentence(const Sentence& sentence, FindingList& findings) {
+    if (sentence.words <= kMostWordsInSentence) return;
+    findings.add(kLongSentence, sentence.begin, sentence.end - sentence.begin,
+                 "is a sentence of " + std::to_string(sentence.words) + " words, more than the " +
+                     std::to_string(kMostWordsInSentence) + " that a reader can hold together");
+}
+
+void checkRepeatedSentences(const ProseView& view, FindingList& findings) {
+    const std::string_view text = view.masked();
+    const auto textOf = [&](std::size_t i) {
+        const Sentence& sentence = view.sentences[i];
+        return text.substr(sentence.begin, sentence.end - sentence.begin);
+    };
+    std::unordered_map<std::uint64_t, std::size_t> first;
+    constexpr std::size_t kNone = static_cast<std::size_t>(-1);
+    std::size_t previousOriginal = kNone;
+    for (std::size_t i = 0; i < view.sentences.size(); ++i) {
+        const std::string_view own = textOf(i);
+        std::size_t original = kNone;
+        const bool masked = own.find(kMasked) != std::string_view::npos;
+        if (view.sentences[i].words >= kFewestRepeatedWords && !masked && own.back() != ':') {
+            const auto [entry, added] = first.try_emplace(hashOf(own), i);
+            if (!added && sameButForSpacing(textOf(entry->second), own)) original = entry->second;
+        }
+        // A repeated paragraph is one finding, not one for each of its sentences.
+        const bool goesOn =
+            original != kNone && previousOriginal != kNone && original == previousOriginal + 1;
+        if (original != kNone && !goesOn) {
+            const std::size_t line = view.source.lineAt(view.sentences[original].begin);
+            findings.add(kRepeated, view.sentences[i].begin, own.size(),
+                         "stands word for word in line " + std::to_string(line + 1) + " already");
+        }
+        previousOriginal = original;
+    }
+}
+
+void checkUnfinishedSentences(const ProseView& view, FindingList& findings) {
+    const std::string_view text = view.masked();
+    for (std::size_t i = 0; i < view.sentences.size(); ++i) {
+        const Sentence& sentence = view.sentences[i];
+        const bool lastOfBlock =
+            i + 1 == view.sentences.size() || view.sentences[i + 1].block != sentence.block;
+        const Block& block = view.prose.blocks[sentence.block];
+        if (!lastOfBlock || sentence.ended || sentence.words < 4) continue;
+        if (block.kind == BlockKind::heading || text[block.begin] == '#') continue;
+        const bool last = sentence.block + 1 == view.prose.blocks.size();
+        // "one, two, and" may go on in the next item of a list.
+        if (!last && block.kind == BlockKind::listItem) continue;
+        if (!last && view.prose.blocks[sentence.block + 1].kind == BlockKind::listItem) continue;
+        const auto after = std::upper_bound(
+            view.words.begin(), view.words.end(), sentence.end,
+            [](std::size_t offset, const Word& word) { return offset < word.end(); });
+        if (after == view.words.begin()) continue;
+        const Word& word = *(after - 1);
+        const bool atEnd = word.end() == sentence.end && word.offset >= sentence.begin;
+        if (atEnd &&
+            isIn(wordLists().neverLast, lowerAscii(text.substr(word.offset, word.length))) &&
+            !word.capitalised) {
+            findings.add(kUnfinished, sentence.begin, sentence.end - sentence.begin,
+                         "breaks off at “" + std::string(text.substr(word.offset, word.length)) +
+                             "”");
+        } else if (last && sentence.words > 6 && text[sentence.end - 1] == ',') {
+            findings.add(kUnfinished, sentence.begin, sentence.end - sentence.begin,
+                         "breaks off at a comma");
+        }
+    }
+}
+
+bool tellsAChange(const ProseView& view, const WrittenDate& date) {
+    const auto at =
+        std::lower_bound(view.words.begin(), view.words.end(), date.begin,
+                         [](const Word& word, std::size_t offset) { return word.offset < offset; });
+    const auto count = std::min<std::ptrdiff_t>(8, at - view.words.begin());
+    return std::any_of(at - count, at, [&](const Word& word) {
+        return isIn(wordLists().changes,
+                    lowerAscii(view.masked().substr(word.offset, word.length)));
+    });
+}
+
+bool connectsRange(const ProseView& view, const WrittenDate& from, const WrittenDate& to) {
+    if (to.begin < from.end || to.begin - from.end > 16) return false;
+    const std::string_view gap = trimmed(view.masked().substr(from.end, to.begin - from.end));
+    const std::string joint = lowerAscii(gap);
+    constexpr std::array<std::string_view, 13> kJoints = {
+        "to", "until", "till",  "through",  "thru", "–",      "—",
+        "-",  "bis",   "up to", "jusqu'au", "au",   "bis zum"};
+    if (std::find(kJoints.begin(), kJoints.end(), joint) != kJoints.end()) return true;
+    if (joint != "and") return false;
+    const std::size_t begin = from.begin > 16 ? from.begin - 16 : 0;
+    const std::string before = lowerAscii(view.masked().substr(begin, from.begin - begin));
+    return before.find("between") != std::string::npos;
+}
+
+bool endsBeforeStart(const WrittenDate& from, const WrittenDate& to) {
+    if (from.year && to.year) {
+        if (*from.year != *to.year) return *from.year > *to.year;
+        return from.month != to.month ? from.month > to.month : from.day > to.day;
+    }
+    // Without both years, only days of one month can be compared: winter runs into the next year.
+    return from.month == to.month && from.day > to.day && !from.year;
+}
+
+std::string inFigures(int year, int month, int day) {
+    const auto two = [](int number) { return (number < 10 ? "0" : "") + std::to_string(number); };
+    return std::to_string(year) + "-" + two(month) + "-" + two(day);
+}
+
+} // namespace
+
+ProseView::ProseView(const SourceText& text, Prose parts)
+    : source(text),
+      prose(std::move(parts)),
+      words(wordsIn(prose.masked, 0, prose.masked.size())),
+      sentences(sentencesOf(prose)) {}
+
+std::string_view ProseView::wordText(std::size_t word) const {
+    return masked().substr(words[word].offset, words[word].length);
+}
+
+bool checkAmount(const ProseView& view, FindingList& findings) {
+    const std::string_view text = trimmed(view.source.text());
+    if (text.empty()) {
+        findings.addWith(kEmpty, 0, "blanks only", "is all there is");
+        return true;
+    }
+    const std::vector<Word> all = wordsIn(view.source.text(), 0, view.source.text().size());
+    if (all.empty()) {
+        findings.add(kEmpty, 0, view.source.text().size(), "is all there is, without one word");
+        return true;
+    }
+    if (all.size() < 3 && text.size() < 20) {
+        findings.add(kNearlyEmpty, 0, view.source.text().size(),
+                     "is all there is, too little to judge");
+    }
+    return false;
+}
+
+void checkDoubledWords(const ProseView& view, FindingList& findings) {
+    for (std::size_t i = 0; i + 1 < view.words.size(); ++i) {
+        const Word& left = view.words[i];
+        const Word& right = view.words[i + 1];
+        if (left.digits || right.digits || left.length > 60) continue;
+        if (!onlyParted(view, left, right)) continue;
+        const std::string_view own = view.wordText(i);
+        if (!sameWord(own, view.wordText(i + 1))) continue;
+        const std::string lower = lowerAscii(own);
+        if (isIn(wordLists().doubledByRight, lower)) continue;
+        if (left.letters == 1 && lower != "a" && lower != "i") continue;
+        // Names such as "Walla Walla"; two capitals at the start of a sentence are rare.
+        if (left.capitalised && right.capitalised && lower != "the" && lower != "a") continue;
+        // Three in a row are meant.
+        const bool third = (i + 2 < view.words.size() && sameWord(own, view.wordText(i + 2)) &&
+                            onlyParted(view, right, view.words[i + 2]) && left.length > 3) ||
+                           (i > 0 && sameWord(own, view.wordText(i - 1)) && left.length > 3 &&
+                            onlyParted(view, view.words[i - 1], left));
+        if (third) continue;
+        findings.add(kDoubledWord, left.offset, right.end() - left.offset,
+                     "says the same word twice");
+    }
+}
+
+void checkSentences(const ProseView& view, FindingList& findings) {
+    for (const Sentence& sentence : view.sentences) checkLongSentence(sentence, findings);
+    checkRepeatedSentences(view, findings);
+    checkUnfinishedSentences(view, findings);
+}
+
+void checkDates(const ProseView& view, FindingList& findings) {
+    const std::vector<WrittenDate> dates = findDates(view.masked(), view.words);
+    for (std::size_t i = 0; i < dates.size(); ++i) {
+        const WrittenDate& date = dates[i];
+        const std::size_t length = date.end - date.begin;
+        if (!date.possible) {
+            findings.add(kImpossibleDate, date.begin, length, "is a date that does not exist");
+            continue;
+        }
+        if (date.weekday && date.year) {
+            const int actual = weekdayOf(*date.year, date.month, date.day);
+            if (actual != *date.weekday) {
+                findings.add(kWeekday, date.begin, length,
+                             "names the wrong day of the week: " +
+                                 inFigures(*date.year, date.month, date.day) + " is a " +
+                                 std::string(weekdayName(actual)));
+            }
+        }
+        if (date.firstDay && *date.firstDay > date.day && !tellsAChange(view, date)) {
+            findings.add(kDateOrder, date.begin, length, "ends before it starts");
+        }
+        if (i + 1 == dates.size() || !dates[i + 1].possible) continue;
+        const WrittenDate& next = dates[i + 1];
+        if (connectsRange(view, date, next) && endsBeforeStart(date, next) &&
+            !tellsAChange(view, date)) {
+            findings.add(kDateOrder, date.begin, next.end - date.begin, "ends before it starts");
+        }
+    }
+}
+
+void warmUpWordLists() {
+    (void)wordLists();
+}
+
+void checkProse(const ProseView& view, FindingList& findings) {
+    checkPlaceholders(view, findings);
+    checkEditingMarks(view, findings);
+    checkDoubledWords(view, findings);
+    checkPairs(view, findings);
+    checkShouting(view, findings);
+    checkSpacing(view, findings);
+    checkSentences(view, findings);
+    checkDates(view, findings);
+}
+
+} // namespace trevix

@@ -1,0 +1,57 @@
+// What may a reader of this text stumble over?
+//
+// The rules that hold for all prose, be it a mail or a chapter of a report. Each function reads the
+// text once and adds what it finds; docs/critics.md lists the rules with examples. Rules are tuned
+// to stay silent about sound work: where a pattern has an honest use, it is not reported.
+
+#pragma once
+
+#include "critics/finding_list.h"
+#include "critics/letters.h"
+#include "critics/text/prose.h"
+
+#include <string_view>
+#include <vector>
+
+namespace trevix {
+
+/// The text with everything that several rules read.
+struct ProseView {
+    ProseView(const SourceText& text, Prose parts);
+
+    const SourceText& source;
+    Prose prose;
+    std::vector<Word> words; ///< Of the masked text.
+    std::vector<Sentence> sentences;
+
+    [[nodiscard]] std::string_view masked() const { return prose.masked; }
+    [[nodiscard]] std::string_view wordText(std::size_t word) const;
+};
+
+/// Builds the word lists that the prose rules look words up in; otherwise the first check does.
+void warmUpWordLists();
+
+/// All of the rules below that read prose. Conflict markers and secrets, which concern code too,
+/// are separate.
+void checkProse(const ProseView& view, FindingList& findings);
+
+void checkPlaceholders(const ProseView& view, FindingList& findings);
+void checkDoubledWords(const ProseView& view, FindingList& findings);
+void checkPairs(const ProseView& view, FindingList& findings);
+void checkShouting(const ProseView& view, FindingList& findings);
+void checkSpacing(const ProseView& view, FindingList& findings);
+void checkSentences(const ProseView& view, FindingList& findings);
+void checkDates(const ProseView& view, FindingList& findings);
+void checkEditingMarks(const ProseView& view, FindingList& findings);
+void checkEncoding(const SourceText& source, FindingList& findings);
+
+/// Reports too little text to judge. True when there is nothing more to check.
+[[nodiscard]] bool checkAmount(const ProseView& view, FindingList& findings);
+
+/// Reports unresolved merges, each once at its first line. `rule` is the rule of the kind of work.
+void checkConflictMarkers(const SourceText& source, const Rule& rule, FindingList& findings);
+
+/// Reports secrets and hides them from every finding that is added later.
+void checkSecrets(const SourceText& source, const Rule& rule, FindingList& findings);
+
+} // namespace trevix

@@ -1,0 +1,278 @@
+#include "critics/verdict_rule.h"
+#include "tests/critics/critic_cases.h"
+
+#include <fstream>
+#include <iterator>
+#include <string>
+
+namespace trevix {
+namespace {
+
+std::string sample(const std::string& name) {
+    std::ifstream file(std::string(KELVANE_SOURCE_DIR) + "/docs/samples/" + name, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+const char* const kReport = R"(---
+title: Quarterly report
+---
+
+# Quarterly report
+
+This report covers the first quarter.[^scope] The figures are explained in [Method](#method), and
+the raw data is [public](https://example.org/data_(2026)/q1.csv "Raw data").
+
+## Results
+
+| Region | Orders | Note |
+|:-------|-------:|------|
+| North  | 1,204  | up `a|b` |
+| South  | 987    | flat \| calm |
+
+Table 1: Orders by region.
+
+As Table 1 shows, the north grew. See also [the guide][guide] and ![growth by month](growth.png).
+
+### Added
+
+- Figures by month, and a list of
+  what changed.
+
+```python
+print("the the")  # TODO (not prose
+```
+
+## Method
+
+1. Collect the orders.
+2. Check them twice.
+   - by hand
+   - by script
+3. Add them up.
+
+<!-- reviewed by Ana -->
+
+[^scope]: January to March 2026, all shops.
+[guide]: https://example.org/guide
+)";
+
+const char* const kPlainReport = R"(Visit report
+
+1. Background
+
+The plant in Graz was visited on Tuesday, 3 March 2026. Section 2 lists what was seen, and Section 3
+what should follow.
+
+2. Observations
+
+Two of the three lines were running. The third one was being serviced.
+
+Figure 1: The hall from the gallery
+Figure 2: The third line
+
+Figure 2 shows the open gearbox. Section 230 of the building code asks for a cover there.
+
+3. Next steps
+
+a) order the cover
+b) repeat the visit in May
+)";
+
+const char* const kReadme = R"(Parcel counter
+==============
+
+Counts parcels. Install it, then run `parcel count <dir>`.
+
+Usage
+-----
+
+    parcel count --from <name> ./inbox
+
+1. First run it dry.
+1. Then run it for real.
+
+Contents: [Usage](#usage), [Licence](LICENSE), [Site](<https://example.com/a b>).
+
+> The quickest way to count.
+
+* [x] counts
+* [ ] sorts
+)";
+
+TEST(DocumentCritic, GoodDocumentsHaveNoFinding) {
+    expectRules({{"report in Markdown", kReport, {}},
+                 {"report from a word processor", kPlainReport, {}},
+                 {"read-me file", kReadme, {}}},
+                critiqueDocument);
+}
+
+TEST(DocumentCritic, Headings) {
+    const std::string text = "\n\nSome text stands here.\n\n";
+    expectRules(
+        {{"skipped level", "# One" + text + "### Three" + text, {"document.heading_order"}},
+         {"back up by two",
+          "# One" + text + "## Two" + text + "### Three" + text + "# Four" + text + "# Five" + text,
+          {}},
+         {"a fragment that begins deep", "### Three" + text + "#### Four" + text, {}},
+         {"second title",
+          "# One" + text + "## Two" + text + "# Three" + text,
+          {"document.second_title"}},
+         {"every chapter at the first level", "# One" + text + "# Two" + text, {}},
+         {"duplicate",
+          "# A" + text + "## Setup" + text + "## Setup" + text,
+          {"document.duplicate_heading"}},
+         {"same name in other chapters",
+          "# Changes" + text + "## 1.0\n\n### Added" + text + "## 1.1\n\n### Added" + text,
+          {}},
+         {"empty section",
+          "# One" + text + "## Two\n\n## Three" + text,
+          {"document.empty_section"}},
+         {"empty last section", "# One" + text + "## Two\n", {"document.empty_section"}},
+         {"a heading above a deeper one", "# One\n\n## Two" + text, {}},
+         {"no heading", "#hashtag is no heading, and neither is C#.", {}},
+         {"headings in code", "# One" + text + "```sh\n### comment\n# comment\n```\n", {}}},
+        critiqueDocument);
+}
+
+TEST(DocumentCritic, Links) {
+    const std::string head = "# The title\n\n## Usage notes\n\n";
+    expectRules(
+        {{"anchor", head + "See [how](#usage-notes) and [up](#top) here.", {}},
+         {"broken anchor", head + "See [how](#missing-part) it works.", {"document.broken_anchor"}},
+         {"anchor by attribute", head + "<a id=\"here\"></a> See [how](#here) it works.", {}},
+         {"empty target", head + "See [the guide]() for more.", {"document.empty_link"}},
+         {"gap", head + "See [the guide](TODO) for more.", {"document.empty_link"}},
+         {"lone hash", head + "See [the guide](#) for more.", {"document.empty_link"}},
+         {"one slash", head + "See [it](http:/example.com) here.", {"document.broken_address"}},
+         {"misspelt scheme",
+          head + "See [it](htps://example.com) here.",
+          {"document.broken_address"}},
+         {"no host", head + "See [it](https:///path) here.", {"document.broken_address"}},
+         {"blank", head + "See [it](https://example.com/a b) here.", {"document.broken_address"}},
+         {"two points",
+          head + "See [it](https://example..com/a) here.",
+          {"document.broken_address"}},
+         {"relative, mail and query",
+          head + "See [a](docs/a.md#x), [b](mailto:a@b.org), [c](https://x.org/?q=1,2&r=..) here.",
+          {}},
+         {"missing definition",
+          head + "See [the guide][guide] for more.",
+          {"document.missing_definition"}},
+         {"definition", head + "See [the guide][Guide] for more.\n\n[guide]: https://x.org/g", {}},
+         {"an index is no link", head + "The cell m[i][j] holds a sum.", {}},
+         {"picture without words",
+          head + "Look: ![](chart.png) is the chart.",
+          {"document.image_text"}}},
+        critiqueDocument);
+}
+
+TEST(DocumentCritic, Notes) {
+    expectRules(
+        {{"sound", "A claim.[^1]\n\n[^1]: Its source is old.", {}},
+         {"missing", "A bold claim.[^2]\n\nMore text here.", {"document.missing_note"}},
+         {"unused",
+          "A bold claim stands here.\n\n[^1]: Its source is old.",
+          {"document.unused_note"}},
+         {"sources", "As shown [1] and [2] before.\n\n[1] A. Author, One.\n[2] B. Other, Two.", {}},
+         {"missing source",
+          "As shown [1] and [4] before.\n\n[1] A. Author, One.\n[2] B. Other, Two.",
+          {"document.missing_note"}}},
+        critiqueDocument);
+}
+
+TEST(DocumentCritic, NumberedLists) {
+    const std::vector<std::string> flagged = {"document.list_order"};
+    expectRules(
+        {{"in order", "1. one thing\n2. two things\n3. three things\n", {}},
+         {"gap", "1. one thing\n2. two things\n4. four things\n", flagged},
+         {"swapped", "1. one thing\n3. three things\n2. two things\n", flagged},
+         {"twice", "1. one thing\n2. two things\n2. two more things\n", flagged},
+         {"all ones", "1. one thing\n1. another thing\n1. a third thing\n", {}},
+         {"starts late", "5. five things\n6. six things\n", {}},
+         {"two lists", "1. one thing\n2. two things\n\nBetween them.\n\n1. one more\n", {}},
+         {"nested", "1. one thing\n   1. inner one\n   2. inner two\n2. two things\n", {}},
+         {"a date at the start of a line",
+          "1. one thing\n\nThe fair was held in Bonn on the\n12. of March, they say.\n",
+          {}},
+         {"continued", "1. one thing\n\n   with a second paragraph\n\n2. two things\n", {}}},
+        critiqueDocument);
+}
+
+TEST(DocumentCritic, Tables) {
+    const std::string head = "Some words first.\n\n| a | b |\n|---|---|\n";
+    expectRules({{"regular", head + "| one | two |\n", {}},
+                 {"too many", head + "| one | two | three |\n", {"document.table_columns"}},
+                 {"too few", head + "| one |\n", {"document.table_columns"}},
+                 {"escaped bar", head + "| one \\| more | two |\n", {}},
+                 {"bar in code", head + "| `a|b` | two |\n", {}},
+                 {"no outer bars", "Some words.\n\na | b\n--|--\none | two\n", {}},
+                 {"placeholder in a cell", head + "| one | TBD |\n", {"text.placeholder"}}},
+                critiqueDocument);
+}
+
+TEST(DocumentCritic, ReferencesByNumber) {
+    const std::vector<std::string> flagged = {"document.missing_reference"};
+    const std::string captions = "Table 1: Sales.\n\nTable 2: Costs.\n\nTable 3: Staff.\n\n";
+    expectRules(
+        {{"exists", captions + "As Table 2 shows, all is well.", {}},
+         {"does not exist", captions + "As Table 4 shows, all is well.", flagged},
+         {"no captions to compare with", "As Table 4 shows, all is well here.", {}},
+         {"figures", "Figure 1: A hall.\n\nSee Fig. 2 for the hall itself.", flagged},
+         {"sections", "# 1 Start\n\nSee Section 3.2 for more of it.\n\n# 2 End\n\nThis is it.",
+          flagged},
+         {"a section elsewhere",
+          "# 1 Start\n\nSee Section 7 of the act for more.\n\n# 2 End\n\nThis is it.",
+          {}}},
+        critiqueDocument);
+}
+
+TEST(DocumentCritic, UnclosedPartsAndSpellings) {
+    expectRules({{"code block", "Some words first.\n\n```sh\nls\n", {"document.unclosed_code"}},
+                 {"comment",
+                  "Some words first.\n\n<!-- hidden from here\n\nmore words.",
+                  {"document.unclosed_comment"}},
+                 {"longer fence", "Some words first.\n\n````md\n```\n````\n", {}},
+                 {"spelling",
+                  "Send an e-mail. Every email counts, each email is read.",
+                  {"document.spelling_mix"}},
+                 {"one spelling", "Send an e-mail. Every e-mail counts here.", {}},
+                 {"name of a product",
+                  "On GitHub we trust, on Github we post.",
+                  {"document.spelling_mix"}}},
+                critiqueDocument);
+}
+
+TEST(DocumentCritic, ProseRulesLeaveCodeAndAddressesAlone) {
+    expectRules({{"inline code", "Call `foo(the the` or ``a ` b ( c`` at once.", {}},
+                 {"code block", "As follows here:\n\n```\nTODO (the the\n```\n\nThat is all.", {}},
+                 {"indented code", "As follows here:\n\n    TODO (the the\n\nThat is all.", {}},
+                 {"bare address", "See https://example.com/TODO_(x and go on.", {}},
+                 {"quotation", "> We went to the the market today.", {"text.doubled_word"}},
+                 {"list item", "- We went to the the market today.", {"text.doubled_word"}}},
+                critiqueDocument);
+}
+
+TEST(DocumentCritic, TheFlawedLaunchNoteBreaksExactlyTheseRules) {
+    const std::string text = sample("launch-note.md");
+    ASSERT_FALSE(text.empty());
+    const auto findings = critiqueDocument(textPart(text, "launch-note.md", "text/markdown"));
+    EXPECT_EQ(findings.size(), 8U);
+    EXPECT_EQ(rulesOf(findings), (std::vector<std::string>{
+                                     "document.empty_link", "document.heading_order",
+                                     "text.date_order", "text.doubled_word", "text.long_sentence",
+                                     "text.placeholder", "text.unclosed_pair", "text.weekday"}));
+    EXPECT_EQ(judge(findings).band, "quarantine");
+    EXPECT_EQ(onlyFinding(findings, "text.weekday").place, "line 3, column 48");
+    EXPECT_EQ(onlyFinding(findings, "text.weekday").evidence, "Tuesday, 14 September 2026");
+}
+
+TEST(DocumentCritic, TheCorrectedLaunchNoteShips) {
+    const std::string text = sample("launch-note-corrected.md");
+    ASSERT_FALSE(text.empty());
+    const auto findings = critiqueDocument(textPart(text, "launch-note.md", "text/markdown"));
+    EXPECT_EQ(rulesOf(findings), std::vector<std::string>{});
+    EXPECT_EQ(judge(findings), (Judgement{1.0, "ship"}));
+}
+
+} // namespace
+} // namespace trevix

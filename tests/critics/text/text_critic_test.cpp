@@ -1,0 +1,319 @@
+#include "tests/critics/critic_cases.h"
+#include "text/unicode.h"
+
+#include <string>
+
+namespace trevix {
+namespace {
+
+const char* const kLetter = R"(Subject: Delivery of the second lot
+
+Dear Ms. Okafor,
+
+Thank you for your letter of Tuesday, 3 March 2026. We have read it with care, e.g. the part on
+packaging (see page 4), and agree: the 27" panels must be shipped upright. Dr. Weiss, who had had
+doubts at first, now shares this view :)
+
+The goods leave our works on 12 May 2026 and arrive between 14 May and 18 May 2026. We moved the
+inspection from 20 May to 11 May 2026 so that nothing is lost. The price is 3.5 % lower than last
+year's, i.e. EUR 12,400.50 in total.
+
+Please note:
+a) the pallets are returned,
+b) the invoice follows by mail (to accounts@example.com),
+c) NASA, ESA and JAXA labels stay on.
+
+He said that that was fine. More at https://example.com/a(b)c,d.The_end.
+
+Kind regards,
+Ana Pérez
+Head of Sales
+)";
+
+const char* const kReply = R"(Hi Jonas,
+
+quick answer before the call: yes, the numbers in the deck are final. I checked them against the
+ledger this morning, and Mira signed them off. Can you bring the printed version? The room has no
+projector...
+
+On Fri, 6 March 2026, Jonas wrote:
+> Are the the numbers final (or TBD?
+> We meet on Monday, 7 March 2026!!!
+
+Cheers
+Ben
+--
+Ben Hartwig · +49 30 1234567
+)";
+
+const char* const kGerman = R"(Sehr geehrte Frau Dr. Lindner,
+
+wie am Montag, dem 2. März 2026, besprochen, senden wir Ihnen das „überarbeitete“ Angebot. Die, die
+die Anlage bedienen, werden z. B. vom 4. bis 6. Mai 2026 geschult. Wir freuen uns auf Ihre Antwort.
+
+Mit freundlichen Grüßen
+Jörg Weiß
+)";
+
+TEST(TextCritic, GoodLettersHaveNoFinding) {
+    expectRules({{"business letter", kLetter, {}},
+                 {"reply that quotes a flawed mail", kReply, {}},
+                 {"letter in German", kGerman, {}}},
+                critiqueText);
+}
+
+TEST(TextCritic, PlaceholdersAreFound) {
+    for (const std::string gap :
+         {"Dear [Name], welcome to the team.", "Dear NAME, welcome to the team.",
+          "The price is TBD by sales.", "TODO describe the second step here.",
+          "Call us at XXX for more.", "Lorem ipsum dolor sit amet is all we have.",
+          "Hello {{customer.name}}, thank you for your order.",
+          "Hello <name>, thank you for your order.", "Hello {first_name}, thank you again.",
+          "The fee is [insert amount] per month.", "The fee is ??? per month.",
+          "Please sign here: <your name> before noon.",
+          "It was proven before [citation needed]."}) {
+        EXPECT_EQ(rulesOf(critiqueText(textPart(gap))),
+                  std::vector<std::string>{"text.placeholder"})
+            << gap;
+    }
+}
+
+TEST(TextCritic, WhatOnlyLooksLikeAPlaceholderIsNotReported) {
+    for (const std::string sound :
+         {"We keep a TODO list on the wall.", "The word \"TBD\" must not be in the letter.",
+          "Super Bowl XXX was played in Tempe.", "The shirt comes in XXL and XXXL.",
+          "He wrote [sic] in his letter of May.", "The proof is in the paper [1] and in [2].",
+          "Run the tool with --output <name> to choose.", "If a < b and b > c then stop here.",
+          "Use `{{name}}` in the template to greet.", "See [Name](https://example.com) for more.",
+          "Really? Yes, really. What a day!", "My to-do list is long today."}) {
+        EXPECT_EQ(rulesOf(critiqueText(textPart(sound))), std::vector<std::string>{}) << sound;
+    }
+}
+
+TEST(TextCritic, DoubledWords) {
+    expectRules({{"in a line", "We went to the the market today.", {"text.doubled_word"}},
+                 {"across a line break",
+                  "We went to the market in the morning and to the\nthe harbour at noon.",
+                  {"text.doubled_word"}},
+                 {"but for case", "The the market opens at nine.", {"text.doubled_word"}},
+                 {"beyond ASCII", "Wir gehen über Über die Brücke dort.", {"text.doubled_word"}},
+                 {"had had", "She had had enough of that that day.", {}},
+                 {"a name", "They live in Walla Walla these days.", {}},
+                 {"for emphasis", "It was a very very long day.", {}},
+                 {"across a full stop", "This is it. It is done now.", {}},
+                 {"across a paragraph", "We know what we know\n\nknow your limits and stop.", {}},
+                 {"short lines of a list", "apples\napples\npears and more pears", {}},
+                 {"numbers", "The scores were 10 10 9 in the end.", {}},
+                 {"columns", "yes  yes  no and so on", {}}},
+                critiqueText);
+}
+
+TEST(TextCritic, BracketsAndQuotesAreClosedInTheirParagraph) {
+    const std::vector<std::string> flagged = {"text.unclosed_pair"};
+    expectRules({{"bracket", "We meet in the hall (see the map.\n\nBring a pen.", flagged},
+                 {"square bracket", "The list [of all guests is long.", flagged},
+                 {"stray closer", "We meet in the hall see the map) at nine.", flagged},
+                 {"straight quote", "He said \"come in and left.", flagged},
+                 {"curly quote", "He said “come in and left.", flagged},
+                 {"guillemet", "Il a dit « bonjour et il est parti.", flagged},
+                 {"apostrophes", "It's the dogs' bowl, isn't it, y'all?", {}},
+                 {"smilies", "Great work :) but too late :( and done ;-)", {}},
+                 {"list markers", "a) one thing\nb) another thing\niv) the last", {}},
+                 {"markers in a line", "We can a) stay or b) leave at once.", {}},
+                 {"interval", "Let x be in [0, 1) and y in (0, 1] here.", {}},
+                 {"inches", "A 27\" panel and a 32\" panel were sold.", {}},
+                 {"quote of several paragraphs",
+                  "“The first paragraph goes on.\n\n“The second one ends it.”",
+                  {}},
+                 {"German quotes", "Er sagte „gut“ und ging nach Hause.", {}},
+                 {"nested", "All (even [the last] one) are here.", {}}},
+                critiqueText);
+}
+
+TEST(TextCritic, LongSentencesAndWhatDoesNotEndOne) {
+    std::string words;
+    for (int i = 0; i < 45; ++i) words += (i > 0 ? " word" : "word") + std::to_string(i);
+    expectRules(
+        {{"45 words", words + ".", {}},
+         {"46 words", words + " more.", {"text.long_sentence"}},
+         {"an abbreviation does not end it", "So e.g. " + words + ".", {"text.long_sentence"}},
+         {"a decimal does not end it", "About 3.5 of " + words + ".", {"text.long_sentence"}},
+         {"a title does not end it", "Then Dr. Weiss " + words + ".", {"text.long_sentence"}},
+         {"two sentences", words + ". " + "Then " + words.substr(0, 55) + ".", {}}},
+        critiqueText);
+}
+
+TEST(TextCritic, Shouting) {
+    expectRules(
+        {{"sentence in capitals", "Well, PLEASE READ THIS NOW and answer.", {"text.shouting"}},
+         {"marks", "We won the prize!!! Thank you all.", {"text.shouting"}},
+         {"acronyms", "It speaks HTML, CSS, SQL, JSON and XML.", {}},
+         {"three words", "The sign says DO NOT ENTER in red.", {}},
+         {"a title on its own line", "TERMS AND CONDITIONS OF SALE\n\nWe sell what we have.", {}},
+         {"two marks", "Really?! Yes! It is done!!", {}}},
+        critiqueText);
+}
+
+TEST(TextCritic, Dates) {
+    const std::vector<std::string> weekday = {"text.weekday"};
+    const std::vector<std::string> impossible = {"text.impossible_date"};
+    const std::vector<std::string> order = {"text.date_order"};
+    expectRules(
+        {{"wrong weekday", "We meet on Monday, 3 March 2026 at noon.", weekday},
+         {"right weekday", "We meet on Tuesday, 3 March 2026 at noon.", {}},
+         {"American order", "We meet on Monday, March 3rd, 2026 at noon.", weekday},
+         {"abbreviated", "We meet on Mon 3 Mar 2026 at noon.", weekday},
+         {"behind the date", "We meet on 3 March 2026 (Monday) at noon.", weekday},
+         {"in figures", "We meet on Monday, 2026-03-03 at noon.", weekday},
+         {"German", "Wir treffen uns am Montag, dem 3. März 2026 dort.", {}},
+         {"German without article", "Wir treffen uns am Montag, 3. März 2026 dort.", weekday},
+         {"French", "Nous venons lundi 3 mars 2026 vers midi.", weekday},
+         {"no year", "We meet on Monday, 3 March at noon.", {}},
+         {"leap day", "It began on 29 February 2024 at noon.", {}},
+         {"no leap day", "It began on 29 February 2026 at noon.", impossible},
+         {"31 April", "The offer ends on 31 April for all.", impossible},
+         {"April 31st", "The offer ends on April 31st for all.", impossible},
+         {"impossible figures", "The offer ends on 2026-02-30 for all.", impossible},
+         {"impossible both ways", "The offer ends on 31/04/2026 for all.", impossible},
+         {"possible one way", "The offer ends on 04/31/2026 or 03/28/2026.", impossible},
+         {"31 March", "The offer ends on 31 March for all.", {}},
+         {"the verb may", "Up to 31 may come and 45 may stay.", {}},
+         {"a version number", "Update to 2026.02.30 or to 31.04.2 soon.", {}},
+         {"end before start", "The fair runs from 12 May 2026 to 3 May 2026.", order},
+         {"end before start, year once", "The fair runs from 12 May to 3 May 2026.", order},
+         {"days of one month", "The fair runs on 12–3 May 2026 in Bonn.", order},
+         {"between and", "It falls between 9 June 2026 and 2 June 2026.", order},
+         {"the right way round", "The fair runs from 3 May to 12 May 2026.", {}},
+         {"over the new year", "We are closed from 20 December to 5 January.", {}},
+         {"a move to an earlier day", "We moved the call from 12 May to 3 May 2026.", {}}},
+        critiqueText);
+}
+
+TEST(TextCritic, RepeatedPassages) {
+    const std::string sentence = "The committee has decided to postpone the vote on this matter. ";
+    expectRules({{"a sentence",
+                  sentence + "Other things were said. " + sentence,
+                  {"text.repeated_sentence"}},
+                 {"short phrases may repeat", "Yes, we can. Some text here. Yes, we can.", {}}},
+                critiqueText);
+    const std::string paragraph = sentence + "All members of the board have agreed to this step. ";
+    const auto findings = critiqueText(textPart(paragraph + "\n\nBetween.\n\n" + paragraph));
+    ASSERT_EQ(findings.size(), 1U) << "a repeated paragraph is one finding";
+    EXPECT_EQ(findings[0].place, "line 5, column 1");
+}
+
+TEST(TextCritic, BrokenCharacters) {
+    const std::vector<std::string> flagged = {"text.encoding"};
+    expectRules({{"read as Latin-1", "The cafÃ© is open all day.", flagged},
+                 {"curly quote read wrongly", "It isnâ€™t open on Sundays.", flagged},
+                 {"lost character", "The caf\xEF\xBF\xBD is open all day.", flagged},
+                 {"not UTF-8", "The caf\xE9 is open all day.", flagged},
+                 {"a NUL byte", std::string("The caf\0 is open all day.", 25), flagged},
+                 {"sound accents", "São Tomé, Âge d'or, château, naïve café: fine.", {}}},
+                critiqueText);
+}
+
+TEST(TextCritic, Blanks) {
+    const std::vector<std::string> flagged = {"text.spacing"};
+    expectRules(
+        {{"before a comma", "We came , saw and won.", flagged},
+         {"behind a comma", "We came,saw and won.", flagged},
+         {"between sentences", "We are done.The rest follows.", flagged},
+         {"file names and numbers", "See main.cpp, v1.2.3, 1,000 and 3.5 mm in Node.js.", {}},
+         {"abbreviations", "The U.S.A. and e.g. the p.m. train left.", {}},
+         {"hosts", "Ask on example.com or www.example.org,please.", {}}},
+        critiqueText);
+}
+
+TEST(TextCritic, UnfinishedEnds) {
+    const std::vector<std::string> flagged = {"text.unfinished_sentence"};
+    expectRules({{"a conjunction", "We have seen the hall and", flagged},
+                 {"an article", "We have already seen the", flagged},
+                 {"a comma at the end", "We have seen all of the rooms in the hall,", flagged},
+                 {"a greeting without a name", "It was good to see you.\n\nKind regards,", {}},
+                 {"a title", "What we have seen in the hall", {}},
+                 {"a list follows", "Bring with you the\n- hat\n- coat", {}}},
+                critiqueText);
+}
+
+TEST(TextCritic, EditingMarks) {
+    const std::vector<std::string> flagged = {"text.editing_mark"};
+    expectRules({{"comment balloon", "All is well here.\nCommented [JD1]: really?", flagged},
+                 {"inserted text", "All is {++very ++}well with us here.", flagged},
+                 {"note to self", "All is well. [note to self: ask Ben]", flagged},
+                 {"the word", "She commented on the draft at length.", {}}},
+                critiqueText);
+}
+
+TEST(TextCritic, ConflictMarkersBlock) {
+    const auto findings =
+        critiqueText(textPart("All is well.\n<<<<<<< ours\nIt is red.\n=======\nIt is "
+                              "blue.\n>>>>>>> theirs\nThe end.\n"));
+    EXPECT_EQ(onlyFinding(findings, "text.conflict_marker").severity, Severity::critical);
+    expectRules({{"a line under a title", "The title of it\n=======\n\nSome text here.", {}},
+                 {"quoted seven deep", ">>>>>>> an old mail\nThis is new text.", {}}},
+                critiqueText);
+}
+
+TEST(TextCritic, SecretsAreFoundAndNeverQuoted) {
+    const std::string key = "AKIA"
+                            "Q3EGR7LMZ4WTN2XD";
+    const auto findings = critiqueText(textPart("Use the key " + key + " for the upload."));
+    const Finding finding = onlyFinding(findings, "text.secret");
+    EXPECT_EQ(finding.severity, Severity::critical);
+    EXPECT_EQ(finding.evidence, "AKIA…");
+    EXPECT_EQ(finding.place, "line 1, column 13");
+    for (const Finding& any : findings) {
+        EXPECT_EQ(any.detail.find(key.substr(0, 8)), std::string::npos) << any.detail;
+        EXPECT_EQ(any.evidence.find(key.substr(0, 8)), std::string::npos) << any.evidence;
+    }
+}
+
+TEST(TextCritic, OtherFindingsDoNotQuoteASecretEither) {
+    std::string text = "We log in with AKIA"
+                       "Q3EGR7LMZ4WTN2XD and";
+    for (int i = 0; i < 50; ++i) text += " then we go on with step" + std::to_string(i);
+    const auto findings = critiqueText(textPart(text + "."));
+    EXPECT_EQ(rulesOf(findings), (std::vector<std::string>{"text.long_sentence", "text.secret"}));
+    for (const Finding& any : findings) {
+        EXPECT_EQ(any.evidence.find("Q3EGR7LM"), std::string::npos) << any.evidence;
+    }
+}
+
+TEST(TextCritic, TooLittleText) {
+    expectRules({{"blanks", " \n\t ", {"text.empty"}},
+                 {"no word", "--- !", {"text.empty"}},
+                 {"one word", "Hello", {"text.nearly_empty"}},
+                 {"a short sentence", "It is done.", {}}},
+                critiqueText);
+}
+
+TEST(TextCritic, EvidenceIsShortWholeAndValid) {
+    std::string words = "(";
+    for (int i = 0; i < 60; ++i) words += "e\xCC\x81t\xC3\xA9 ";
+    const std::string family = "\xF0\x9F\x91\xA9\xE2\x80\x8D\xF0\x9F\x91\xA7";
+    for (int i = 0; i < 130; ++i) words += family;
+    const auto findings = critiqueText(textPart(words + ". It ends.\n\n" + words + "\xFF"));
+    ASSERT_GE(findings.size(), 3U);
+    for (const Finding& finding : findings) {
+        EXPECT_LE(kelvane::text::characterCount(finding.evidence), 120U) << finding.rule;
+        EXPECT_TRUE(kelvane::text::isValidUtf8(finding.evidence)) << finding.rule;
+        EXPECT_TRUE(kelvane::text::isValidUtf8(finding.detail)) << finding.rule;
+        EXPECT_FALSE(finding.evidence.empty());
+        EXPECT_NE(finding.detail.find(finding.evidence), std::string::npos);
+    }
+}
+
+TEST(TextCritic, ManyFindingsOfOneRuleAreSummedUp) {
+    std::string text;
+    for (int i = 0; i < 80; ++i) text += "Here is a gap: TBD" + std::string(".\n\n");
+    const auto findings = critiqueText(textPart(text));
+    std::size_t gaps = 0;
+    for (const Finding& finding : findings) gaps += finding.rule == "text.placeholder" ? 1U : 0U;
+    EXPECT_EQ(gaps, 51U);
+    EXPECT_EQ(findings.back().evidence, "30 more");
+    EXPECT_EQ(findings.back().place, "line 101, column 16");
+}
+
+} // namespace
+} // namespace trevix

@@ -1,0 +1,159 @@
+#include "critics/verdict_rule.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+namespace trevix {
+namespace {
+
+Finding finding(Severity severity, std::string rule) {
+    Finding one;
+    one.severity = severity;
+    one.rule = std::move(rule);
+    return one;
+}
+
+std::vector<Finding> distinct(Severity severity, std::size_t count) {
+    std::vector<Finding> findings;
+    for (std::size_t i = 0; i < count; ++i) {
+        findings.push_back(finding(severity, std::string(name(severity)) + std::to_string(i)));
+    }
+    return findings;
+}
+
+std::vector<Finding> repeated(Severity severity, std::size_t count) {
+    return std::vector<Finding>(count, finding(severity, "one.rule"));
+}
+
+std::vector<Finding> operator+(std::vector<Finding> a, const std::vector<Finding>& b) {
+    a.insert(a.end(), b.begin(), b.end());
+    return a;
+}
+
+TEST(VerdictRule, NoFindingShipsAtOne) {
+    EXPECT_EQ(judge({}), (Judgement{1.0, "ship"}));
+}
+
+TEST(VerdictRule, EachSeverityCostsItsPoints) {
+    struct Case {
+        Severity severity;
+        Judgement expected;
+    };
+    const std::vector<Case> cases = {
+        {Severity::low, {0.98, "ship"}},
+        {Severity::medium, {0.92, "ship"}},
+        {Severity::high, {0.80, "route_to_fix"}},
+        {Severity::critical, {0.50, "block"}},
+    };
+    for (const Case& entry : cases) {
+        EXPECT_EQ(judge({finding(entry.severity, "r")}), entry.expected) << name(entry.severity);
+    }
+}
+
+TEST(VerdictRule, FurtherFindingsOfARuleCostHalfOfTheOneBefore) {
+    struct Case {
+        Severity severity;
+        std::size_t count;
+        double score;
+    };
+    const std::vector<Case> cases = {
+        {Severity::medium, 2, 0.88},   // 8 + 4
+        {Severity::medium, 3, 0.86},   // 8 + 4 + 2
+        {Severity::medium, 4, 0.85},   // 15
+        {Severity::medium, 5, 0.85},   // 15.5: half a hundredth goes up
+        {Severity::medium, 6, 0.84},   // 15.75
+        {Severity::low, 2, 0.97},      // 3
+        {Severity::low, 3, 0.97},      // 3.5
+        {Severity::low, 4, 0.96},      // 3.75
+        {Severity::high, 2, 0.70},     // 30
+        {Severity::high, 3, 0.65},     // 35
+        {Severity::critical, 2, 0.25}, // 75
+        {Severity::critical, 3, 0.13}, // 87.5, and 12.5 goes up
+    };
+    for (const Case& entry : cases) {
+        EXPECT_EQ(judge(repeated(entry.severity, entry.count)).score, entry.score)
+            << name(entry.severity) << " x " << entry.count;
+    }
+}
+
+TEST(VerdictRule, AHundredFindingsOfOneRuleNeverCostMoreThanTwice) {
+    EXPECT_EQ(judge(repeated(Severity::low, 100)), (Judgement{0.96, "ship"}));
+    EXPECT_EQ(judge(repeated(Severity::medium, 100)), (Judgement{0.84, "route_to_fix"}));
+    EXPECT_EQ(judge(repeated(Severity::high, 100)), (Judgement{0.60, "route_to_fix"}));
+    EXPECT_EQ(judge(repeated(Severity::critical, 100)), (Judgement{0.0, "block"}));
+    EXPECT_EQ(judge(repeated(Severity::low, 100'000)), (Judgement{0.96, "ship"}));
+}
+
+TEST(VerdictRule, BandsChangeExactlyAtTheirBoundaries) {
+    struct Case {
+        const char* name;
+        std::vector<Finding> findings;
+        Judgement expected;
+    };
+    const std::vector<Case> cases = {
+        {"0.86 ships", distinct(Severity::low, 7), {0.86, "ship"}},
+        {"0.85 ships", repeated(Severity::medium, 4), {0.85, "ship"}},
+        {"0.845 rounds up and ships", repeated(Severity::medium, 5), {0.85, "ship"}},
+        {"0.84 goes back", distinct(Severity::medium, 2), {0.84, "route_to_fix"}},
+        {"one high finding goes back at any score",
+         distinct(Severity::high, 1),
+         {0.80, "route_to_fix"}},
+        {"0.50 goes back", distinct(Severity::low, 25), {0.50, "route_to_fix"}},
+        {"0.50 of mediums and lows",
+         distinct(Severity::medium, 6) + distinct(Severity::low, 1),
+         {0.50, "route_to_fix"}},
+        {"0.48 is quarantined", distinct(Severity::low, 26), {0.48, "quarantine"}},
+        {"0.495 rounds up and goes back",
+         distinct(Severity::low, 23) + repeated(Severity::low, 5),
+         {0.50, "route_to_fix"}},
+        {"0.40 with highs is quarantined", distinct(Severity::high, 3), {0.40, "quarantine"}},
+        {"a critical finding blocks at any score",
+         distinct(Severity::critical, 1),
+         {0.50, "block"}},
+        {"nothing falls below 0", distinct(Severity::high, 6), {0.0, "quarantine"}},
+        {"far below 0", distinct(Severity::critical, 200), {0.0, "block"}},
+    };
+    for (const Case& entry : cases) {
+        EXPECT_EQ(judge(entry.findings), entry.expected) << entry.name;
+    }
+}
+
+TEST(VerdictRule, OneRuleWithSeveralSeveritiesCountsTheHeaviestFirst) {
+    // 20 + 8/2 + 2/4 = 24.5
+    const std::vector<Finding> mixed = {finding(Severity::low, "r"), finding(Severity::high, "r"),
+                                        finding(Severity::medium, "r")};
+    EXPECT_EQ(judge(mixed), (Judgement{0.76, "route_to_fix"}));
+}
+
+TEST(VerdictRule, TheOrderOfFindingsDoesNotMatter) {
+    std::vector<Finding> findings = repeated(Severity::medium, 3) + distinct(Severity::low, 5) +
+                                    repeated(Severity::high, 1) + distinct(Severity::medium, 2);
+    const auto less = [](const Finding& a, const Finding& b) {
+        return a.rule != b.rule ? a.rule < b.rule : a.severity < b.severity;
+    };
+    std::sort(findings.begin(), findings.end(), less);
+    const Judgement expected = judge(findings);
+    int orders = 0;
+    do {
+        EXPECT_EQ(judge(findings), expected);
+    } while (std::next_permutation(findings.begin(), findings.end(), less) && ++orders < 500);
+}
+
+TEST(VerdictRule, FixingAFindingNeverLowersTheScore) {
+    std::vector<Finding> findings = repeated(Severity::medium, 6) + distinct(Severity::low, 9) +
+                                    repeated(Severity::low, 4) + distinct(Severity::high, 1);
+    double score = judge(findings).score;
+    while (!findings.empty()) {
+        findings.pop_back();
+        const double better = judge(findings).score;
+        EXPECT_GE(better, score) << findings.size();
+        score = better;
+    }
+    EXPECT_EQ(score, 1.0);
+}
+
+} // namespace
+} // namespace trevix
