@@ -1,7 +1,7 @@
 #include "service/job_queue.h"
 
 #include "critics/verdict_rule.h"
-#include "service/random_id.h"
+#include "service/store/random_id.h"
 #include "service/wire.h"
 
 #include <algorithm>

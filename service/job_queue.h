@@ -12,8 +12,8 @@
 #pragma once
 
 #include "critics/critic.h"
-#include "service/job_status.h"
-#include "service/run_store.h"
+#include "service/store/job_status.h"
+#include "service/store/run_store.h"
 
 #include <chrono>
 #include <condition_variable>

@@ -1,10 +1,10 @@
 #include "critics/critic.h"
-#include "service/command_line.h"
-#include "service/data_folder.h"
-#include "service/http_api.h"
+#include "service/http/http_api.h"
 #include "service/job_queue.h"
-#include "service/key_file.h"
-#include "service/run_store.h"
+#include "service/setup/command_line.h"
+#include "service/setup/data_folder.h"
+#include "service/setup/key_file.h"
+#include "service/store/run_store.h"
 #include "text/build_version.h"
 
 #include <chrono>

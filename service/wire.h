@@ -7,8 +7,8 @@
 #pragma once
 
 #include "critics/critic.h"
-#include "service/job_status.h"
-#include "service/run_record.h"
+#include "service/store/job_status.h"
+#include "service/store/run_record.h"
 
 #include <optional>
 #include <string>

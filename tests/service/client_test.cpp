@@ -5,7 +5,7 @@
 #include "platform/fake/fakes.h"
 #include "platform/ports/quit_signal.h"
 #include "platform/qt/qt_http_session.h"
-#include "service/http_api.h"
+#include "service/http/http_api.h"
 #include "tests/service/gated_critic.h"
 #include "tests/service/temporary_folder.h"
 

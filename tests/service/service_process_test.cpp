@@ -4,7 +4,7 @@
 #include "tests/service/service_process.h"
 
 #include "tests/service/bodies.h"
-#include "tests/service/http_client.h"
+#include "tests/service/http/http_client.h"
 #include "tests/service/temporary_folder.h"
 
 #include <gmock/gmock.h>

@@ -1,4 +1,4 @@
-#include "service/data_folder.h"
+#include "service/setup/data_folder.h"
 
 #include <cerrno>
 #include <cstring>

@@ -1,4 +1,4 @@
-#include "service/sqlite_statement.h"
+#include "service/store/sqlite_statement.h"
 
 #include <cstddef>
 

@@ -1,6 +1,6 @@
-#include "service/run_store.h"
+#include "service/store/run_store.h"
 
-#include "service/sqlite_statement.h"
+#include "service/store/sqlite_statement.h"
 
 #include <mutex>
 #include <system_error>

@@ -1,8 +1,8 @@
 // The server over real sockets, with a handler that does nothing but echo.
 
-#include "service/http_server.h"
+#include "service/http/http_server.h"
 
-#include "tests/service/http_client.h"
+#include "tests/service/http/http_client.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,9 +1,9 @@
-#include "service/report_page.h"
+#include "service/report/report_page.h"
 
 #include "critics/finding_diff.h"
-#include "service/html_text.h"
-#include "service/random_id.h"
-#include "service/report_style.h"
+#include "service/report/html_text.h"
+#include "service/report/report_style.h"
+#include "service/store/random_id.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,10 +1,10 @@
 // The API as its clients see it: real requests to a real server, with critics the test controls.
 
-#include "service/http_api.h"
+#include "service/http/http_api.h"
 
 #include "tests/service/bodies.h"
 #include "tests/service/gated_critic.h"
-#include "tests/service/http_client.h"
+#include "tests/service/http/http_client.h"
 #include "tests/service/temporary_folder.h"
 
 #include <gmock/gmock.h>

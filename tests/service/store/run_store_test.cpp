@@ -1,4 +1,4 @@
-#include "service/run_store.h"
+#include "service/store/run_store.h"
 
 #include "tests/service/temporary_folder.h"
 

@@ -19,9 +19,9 @@
 
 #pragma once
 
-#include "service/http_server.h"
+#include "service/http/http_server.h"
 #include "service/job_queue.h"
-#include "service/run_store.h"
+#include "service/store/run_store.h"
 
 #include <cstdint>
 #include <filesystem>

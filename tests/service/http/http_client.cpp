@@ -1,4 +1,4 @@
-#include "tests/service/http_client.h"
+#include "tests/service/http/http_client.h"
 
 #include <algorithm>
 #include <cstdlib>

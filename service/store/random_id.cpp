@@ -1,4 +1,4 @@
-#include "service/random_id.h"
+#include "service/store/random_id.h"
 
 #include <algorithm>
 #include <array>

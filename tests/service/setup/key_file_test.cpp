@@ -1,4 +1,4 @@
-#include "service/key_file.h"
+#include "service/setup/key_file.h"
 
 #include "tests/service/temporary_folder.h"
 

@@ -4,7 +4,7 @@
 
 #pragma once
 
-#include "service/http_server.h"
+#include "service/http/http_server.h"
 
 #include <chrono>
 #include <condition_variable>

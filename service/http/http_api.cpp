@@ -1,7 +1,7 @@
-#include "service/http_api.h"
+#include "service/http/http_api.h"
 
-#include "service/key_file.h"
-#include "service/report_page.h"
+#include "service/report/report_page.h"
+#include "service/setup/key_file.h"
 #include "service/wire.h"
 
 #include <algorithm>

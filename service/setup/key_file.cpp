@@ -1,6 +1,6 @@
-#include "service/key_file.h"
+#include "service/setup/key_file.h"
 
-#include "service/random_id.h"
+#include "service/store/random_id.h"
 #include "text/unicode.h"
 
 #include <algorithm>

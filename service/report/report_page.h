@@ -6,7 +6,7 @@
 
 #pragma once
 
-#include "service/run_record.h"
+#include "service/store/run_record.h"
 
 #include <string>
 #include <string_view>

@@ -1,4 +1,4 @@
-#include "service/http_connection.h"
+#include "service/http/http_connection.h"
 
 #include <httplib.h>
 

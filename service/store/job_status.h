@@ -2,7 +2,7 @@
 
 #pragma once
 
-#include "service/run_record.h"
+#include "service/store/run_record.h"
 
 #include <cstddef>
 #include <optional>

@@ -1,6 +1,6 @@
-#include "service/command_line.h"
+#include "service/setup/command_line.h"
 
-#include "service/key_file.h"
+#include "service/setup/key_file.h"
 
 #include <charconv>
 #include <utility>

@@ -5,7 +5,7 @@
 
 #pragma once
 
-#include "service/run_store.h"
+#include "service/store/run_store.h"
 
 #include <cstdint>
 #include <string>

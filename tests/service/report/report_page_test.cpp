@@ -1,4 +1,4 @@
-#include "service/report_page.h"
+#include "service/report/report_page.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "service/html_text.h"
+#include "service/report/html_text.h"
 
 #include <gtest/gtest.h>
 

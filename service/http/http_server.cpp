@@ -1,6 +1,6 @@
-#include "service/http_server.h"
+#include "service/http/http_server.h"
 
-#include "service/http_connection.h"
+#include "service/http/http_connection.h"
 
 #include <array>
 #include <cerrno>

@@ -10,7 +10,7 @@
 
 #pragma once
 
-#include "service/run_record.h"
+#include "service/store/run_record.h"
 
 #include <cstddef>
 #include <cstdint>
