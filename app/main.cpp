@@ -1,7 +1,7 @@
 // The entry point: picks the run mode and hands over.
 
-#include "app/run_modes.h"
-#include "app/shell_module.h"
+#include "app/cli/run_modes.h"
+#include "app/cli/shell_module.h"
 
 int main(int argc, char** argv) {
     if (const auto status = kelvane::runCommandLineMode(argc, argv)) return *status;

@@ -6,8 +6,8 @@
 // of it up to the drawn frame, for 3 and for 10,000 flaws. Needs no display.
 
 #include "app/companion_view.h"
-#include "app/panel_item.h"
-#include "panel/panel_states.h"
+#include "app/panel/panel_item.h"
+#include "tests/app/panel/panel_states.h"
 
 #include <QGuiApplication>
 #include <QImage>

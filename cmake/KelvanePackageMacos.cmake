@@ -13,7 +13,7 @@ find_program(MACDEPLOYQT macdeployqt HINTS ${qt_programs})
 install(CODE "
   execute_process(COMMAND \"${MACDEPLOYQT}\" \"\${CMAKE_INSTALL_PREFIX}/Kelvane.app\"
     \"-executable=\${CMAKE_INSTALL_PREFIX}/Kelvane.app/Contents/Frameworks/$<TARGET_FILE_NAME:KelvaneShell>\"
-    \"-qmldir=${CMAKE_SOURCE_DIR}/app/qml\" -always-overwrite
+    \"-qmldir=${CMAKE_SOURCE_DIR}/app/panel/qml\" -always-overwrite
     COMMAND_ERROR_IS_FATAL ANY)")
 
 set(CPACK_GENERATOR DragNDrop)

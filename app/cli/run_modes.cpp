@@ -1,0 +1,114 @@
+#include "app/cli/run_modes.h"
+
+#include "app/cli/detection_report.h"
+#include "app/cli/standard_streams.h"
+#include "app/process_settings.h"
+#include "catalog/catalog_loader.h"
+#include "detect/app_detector.h"
+#include "detect/harness_config.h"
+#include "detect/live_agent_scan.h"
+#include "platform/machine.h"
+#include "selftest/self_test.h"
+#include "text/build_version.h"
+
+#include <algorithm>
+#include <iostream>
+#include <iterator>
+#include <sstream>
+#include <string>
+#include <string_view>
+#include <utility>
+
+namespace kelvane {
+
+namespace {
+
+constexpr std::string_view kHelp =
+    R"(Usage: kelvane [--catalog PATH] [--render PATH | --demo]
+       kelvane --detect | --selftest [--catalog PATH]
+       kelvane --help | --version
+
+Grades your work, in whatever application is in front, before it ships.
+Without a switch it runs in the menu bar.
+
+  --catalog PATH  take the application catalog from PATH
+  --render PATH   write a picture of the panel with demonstration data to PATH,
+                  in PNG, and quit
+  --demo          show the panel with demonstration data in an ordinary window
+  --detect        print what is in front and which agents are here, as one line
+                  of JSON, and exit
+  --selftest      check the catalog and the rules of this build, and exit
+  --help          print this and exit
+  --version       print the version and exit
+)";
+
+struct Answer {
+    std::string output;
+    int status = 0;
+};
+
+AppCatalog catalogOf(Host& host) {
+    return loadCatalog({.files = *host.files,
+                        .resources = *host.resources,
+                        .braskHome = braskHome(*host.files),
+                        .standardError = std::cerr},
+                       argValue("--catalog"));
+}
+
+Answer selfTest() {
+    Host host = makeHost();
+    std::ostringstream report;
+    const int status = SelfTest::run(catalogOf(host), report);
+    return {std::move(report).str(), status};
+}
+
+Answer detect() {
+    Host host = makeHost();
+    // Most of the time goes into listing processes: let that go on beside the rest.
+    auto listing = LiveAgentScan::startProcessListing(*host.processes);
+    const AppCatalog catalog = catalogOf(host);
+    const auto workspace = makeWorkspace(host);
+    const DetectedApp front = AppDetector::frontmost(*workspace, catalog);
+    const auto folder = home(*host.files);
+    const auto bundleIds = LiveAgentScan::runningBundleIds(*workspace);
+    const auto agents = AgentScan::detect(
+        bundleIds, LiveAgentScan::runningProcessNames(std::move(listing)),
+        HarnessConfig::present(*host.files, folder), HarnessConfig::wired(*host.files, folder));
+    return {detectionReport(front, catalog.apps().size(), agents) + '\n'};
+}
+
+Answer version() {
+    return {"kelvane " + std::string(text::buildVersion()) + '\n'};
+}
+
+Answer help() {
+    return {std::string(kHelp)};
+}
+
+struct Mode {
+    std::string_view name;
+    Answer (*run)();
+};
+
+/// Of several the first one wins.
+constexpr Mode kModes[] = {
+    {"--selftest", selfTest},
+    {"--detect", detect},
+    {"--help", help},
+    {"--version", version},
+};
+
+} // namespace
+
+std::optional<int> runCommandLineMode(int argc, const char* const* argv) {
+    recordArgs(argc, argv);
+    openStandardStreams();
+    const auto asked = std::ranges::find_if(kModes, [](const Mode& mode) {
+        return std::ranges::find(args(), mode.name) != args().end();
+    });
+    if (asked == std::end(kModes)) return std::nullopt;
+    const Answer answer = asked->run();
+    return writeStandardOutput(answer.output) ? answer.status : std::max(answer.status, 1);
+}
+
+} // namespace kelvane

@@ -1,0 +1,27 @@
+#include "app/composition/model_ports.h"
+
+#include "detect/capture.h"
+#include "platform/platform.h"
+
+namespace kelvane {
+
+CompanionModel::Ports modelPorts(Platform& platform, Workspace& workspace) {
+    return {.workspace = workspace,
+            .processes = *platform.processes,
+            .files = *platform.files,
+            .environment = *platform.environment,
+            .http = *platform.http,
+            .clock = *platform.clock,
+            .dispatcher = *platform.dispatcher,
+            .capture = [&platform](const DetectedApp& app) {
+                return Capture::capture({.workspace = *platform.workspace,
+                                         .keyboard = *platform.keyboard,
+                                         .pasteboard = *platform.pasteboard,
+                                         .windows = *platform.windows,
+                                         .picture = *platform.picture,
+                                         .clock = *platform.clock},
+                                        app);
+            }};
+}
+
+} // namespace kelvane

@@ -1,0 +1,92 @@
+#include "app/panel/app_icon_provider.h"
+
+#include "platform/ports/app_icons.h"
+
+#include <QByteArray>
+#include <QColor>
+#include <QFile>
+#include <QIcon>
+#include <QPainter>
+#include <QPixmap>
+#include <QSvgRenderer>
+#include <QUrl>
+
+#include <algorithm>
+#include <optional>
+#include <variant>
+
+namespace kelvane {
+
+namespace {
+
+constexpr int kUsualSize = 32;
+
+QImage pictureOf(const QIcon& icon, QSize pixels) {
+    if (icon.isNull()) return {};
+    return icon.pixmap(pixels, 1.0).toImage();
+}
+
+QSize sizeOr(QSize requested, int usual) {
+    return {requested.width() > 0 ? requested.width() : usual,
+            requested.height() > 0 ? requested.height() : usual};
+}
+
+} // namespace
+
+QImage appIconPicture(AppIcons& icons, const std::string& bundleId, QSize pixels) {
+    const std::optional<AppIcon> icon = icons.icon(bundleId);
+    if (!icon) return {};
+    if (const auto* theme = std::get_if<ThemeIcon>(&*icon)) {
+        return pictureOf(QIcon::fromTheme(QString::fromStdString(theme->name)), pixels);
+    }
+    if (const auto* file = std::get_if<IconFile>(&*icon)) {
+        return pictureOf(QIcon(QFile::decodeName(file->path.c_str())), pixels);
+    }
+    const auto& png = std::get<IconPng>(*icon).bytes;
+    const auto picture =
+        QImage::fromData(QByteArray::fromRawData(png.data(), static_cast<qsizetype>(png.size())));
+    return picture.isNull() ? picture
+                            : picture.scaled(pixels, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+}
+
+QString appIconSource(const std::string& bundleId) {
+    return QStringLiteral("image://%1/%2")
+        .arg(QLatin1String(AppIconProvider::kName),
+             QString::fromLatin1(QUrl::toPercentEncoding(QString::fromStdString(bundleId))));
+}
+
+AppIconProvider::AppIconProvider(AppIcons& icons) : QQuickImageProvider(Image), m_icons(icons) {}
+
+QImage AppIconProvider::requestImage(const QString& id, QSize* size, const QSize& requested) {
+    const auto bundleId = QUrl::fromPercentEncoding(id.toUtf8()).toStdString();
+    const auto picture = appIconPicture(m_icons, bundleId, sizeOr(requested, kUsualSize));
+    if (size != nullptr) *size = picture.size();
+    return picture;
+}
+
+QImage symbolPicture(const QString& name, const QColor& color, int pixels) {
+    QFile file(QStringLiteral(":/kelvane/symbols/%1.svg").arg(name));
+    if (pixels <= 0 || !file.open(QIODevice::ReadOnly)) return {};
+    const auto drawing = file.readAll().replace("currentColor", color.name().toLatin1());
+    QSvgRenderer renderer(drawing);
+    QImage picture(pixels, pixels, QImage::Format_ARGB32_Premultiplied);
+    picture.fill(Qt::transparent);
+    QPainter painter(&picture);
+    painter.setRenderHint(QPainter::Antialiasing);
+    renderer.render(&painter);
+    return picture;
+}
+
+SymbolProvider::SymbolProvider() : QQuickImageProvider(Image) {}
+
+QImage SymbolProvider::requestImage(const QString& id, QSize* size, const QSize& requested) {
+    const auto slash = id.lastIndexOf(QLatin1Char('/'));
+    const QColor color(QLatin1Char('#') + id.mid(slash + 1));
+    const QSize wanted = sizeOr(requested, kUsualSize);
+    const auto picture =
+        symbolPicture(id.left(slash), color, std::max(wanted.width(), wanted.height()));
+    if (size != nullptr) *size = picture.size();
+    return picture;
+}
+
+} // namespace kelvane

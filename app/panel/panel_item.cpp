@@ -1,0 +1,101 @@
+#include "app/panel/panel_item.h"
+
+#include "app/panel/app_icon_provider.h"
+#include "app/panel/rounded_box.h"
+
+#include <QMetaObject>
+#include <QQmlComponent>
+#include <QQmlEngine>
+#include <QQuickItem>
+#include <QQuickView>
+#include <QQuickWindow>
+#include <QSGRendererInterface>
+#include <QString>
+#include <QUrl>
+#include <QVariant>
+#include <QtGlobal>
+
+#include <cmath>
+
+namespace kelvane {
+
+namespace {
+
+const QUrl& panelSource() {
+    static const QUrl source(QStringLiteral("qrc:/qt/qml/Kelvane/CompanionView.qml"));
+    return source;
+}
+
+void prepare(QQmlEngine& engine, PanelBridge& bridge) {
+    RoundedBox::registerType();
+    if (engine.imageProvider(QLatin1String(SymbolProvider::kName)) != nullptr) return;
+    engine.addImageProvider(QLatin1String(SymbolProvider::kName), new SymbolProvider);
+    engine.addImageProvider(QLatin1String(AppIconProvider::kName),
+                            new AppIconProvider(bridge.images().icons));
+}
+
+QVariantMap initialProperties(PanelBridge& bridge) {
+    return {{QStringLiteral("bridge"), QVariant::fromValue<QObject*>(&bridge)}};
+}
+
+} // namespace
+
+void useSoftwareRendering() {
+    // Only the first word counts, and the toolkit complains about any other.
+    [[maybe_unused]] static const bool once = [] {
+        QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
+        return true;
+    }();
+}
+
+std::unique_ptr<QQuickItem> makePanelItem(QQmlEngine& engine, PanelBridge& bridge,
+                                          QQuickItem* parent) {
+    prepare(engine, bridge);
+    QQmlComponent component(&engine, panelSource());
+    std::unique_ptr<QObject> object(component.beginCreate(engine.rootContext()));
+    auto* panel = qobject_cast<QQuickItem*>(object.get());
+    if (panel == nullptr) {
+        for (const auto& error : component.errors()) qWarning("%s", qPrintable(error.toString()));
+        return nullptr;
+    }
+    component.setInitialProperties(panel, initialProperties(bridge));
+    // The pictures are loaded on completion, for the scale of the window that the panel is in.
+    panel->setParentItem(parent);
+    component.completeCreate();
+    QQmlEngine::setObjectOwnership(panel, QQmlEngine::CppOwnership);
+    object.release();
+    return std::unique_ptr<QQuickItem>(panel);
+}
+
+std::unique_ptr<QQuickView> makePanelView(PanelBridge& bridge) {
+    auto view = std::make_unique<QQuickView>();
+    prepare(*view->engine(), bridge);
+    view->setColor(Qt::transparent);
+    view->setResizeMode(QQuickView::SizeViewToRootObject);
+    QVariantMap properties = initialProperties(bridge);
+    properties[QStringLiteral("cornerRadius")] = kPanelCornerRadius;
+    view->setInitialProperties(properties);
+    view->setSource(panelSource());
+    QQuickItem* panel = view->rootObject();
+    if (panel == nullptr) return nullptr;
+    // The view itself would follow its panel only in the next turn of the loop.
+    const auto fit = [panel, window = view.get()] {
+        panel->setHeight(std::ceil(panel->implicitHeight()));
+        window->resize(QSizeF(panel->width(), panel->height()).toSize());
+    };
+    QObject::connect(panel, &QQuickItem::implicitHeightChanged, panel, fit);
+    fit();
+    return view;
+}
+
+void layOutPanel(QQuickItem& panel) {
+    // A row or column of others waits for those: from the inside out.
+    for (auto* child : panel.childItems()) layOutPanel(*child);
+    panel.ensurePolished();
+}
+
+void resetPanel(QQuickItem& panel) {
+    QMetaObject::invokeMethod(&panel, "reset");
+}
+
+} // namespace kelvane

@@ -1,0 +1,143 @@
+#include "app/shell/app_delegate.h"
+
+#include "app/process_settings.h"
+#include "platform/ports/bundle_resources.h"
+#include "platform/ports/url_opener.h"
+
+#include <algorithm>
+#include <ostream>
+#include <utility>
+
+namespace kelvane {
+
+namespace {
+
+constexpr std::string_view kToolTip = "Kelvane — grade your work in any app";
+constexpr std::string_view kDemoTitle = "Kelvane Companion";
+
+} // namespace
+
+int renderDemo(const MakeModel& makeModel, PanelRenderer& renderer, const AppCatalog& catalog,
+               const std::string& path, std::ostream& out, std::ostream& err) {
+    const auto model = makeModel(catalog);
+    model->seedDemo();
+    const auto picture = renderer.render(*model, kRenderWidth, kRenderScale);
+    if (picture == nullptr) {
+        err << "render: nil image\n" << std::flush;
+        return kRenderFailed;
+    }
+    const auto png = picture->png();
+    if (!png) return kRenderFailed;
+    if (const auto error = renderer.write(path, *png)) {
+        err << "render: " << *error << '\n' << std::flush;
+        return kRenderFailed;
+    }
+    const auto [width, height] = picture->pixels();
+    out << "rendered -> " << path << " (" << width << 'x' << height << ")\n" << std::flush;
+    return 0;
+}
+
+AppDelegate::AppDelegate(Ports ports, Actions actions, LaunchOptions options)
+    : m_ports(ports),
+      m_actions(std::move(actions)),
+      m_options(std::move(options)) {}
+
+AppDelegate::~AppDelegate() {
+    m_alive.reset();
+}
+
+void AppDelegate::applicationDidFinishLaunching() {
+    AppCatalog catalog = m_actions.loadCatalog(argValue(m_options.args, "--catalog"));
+    if (m_options.renderPath) {
+        m_ports.application.later(whileAlive([this, catalog = std::move(catalog)] {
+            m_ports.application.terminate(renderDemo(m_actions.makeModel, m_ports.renderer, catalog,
+                                                     *m_options.renderPath, m_ports.out,
+                                                     m_ports.err));
+        }));
+        return;
+    }
+    m_model = m_actions.makeModel(catalog);
+    if (std::ranges::find(m_options.args, "--demo") != m_options.args.end()) {
+        showDemoWindow();
+        return;
+    }
+    wireHooks();
+    makeStatusItem();
+    m_popover = m_ports.windows.popover(*m_model);
+    if (!m_actions.isInstalled()) m_actions.runInstall(true);
+    m_model->refresh();
+    m_timer = m_ports.ticker.every(kRefreshInterval, whileAlive([this] { m_model->refresh(); }));
+    m_actions.refreshRemoteCatalog();
+}
+
+void AppDelegate::showDemoWindow() {
+    m_model->seedDemo();
+    m_demoWindow = m_ports.windows.demoWindow(*m_model, kDemoTitle, kDemoWindowSize);
+    m_demoWindow->center();
+    m_demoWindow->makeKeyAndOrderFront();
+    m_ports.application.activate();
+    m_ports.out << "WINDOW_ID=" << m_demoWindow->windowNumber().value_or(0) << '\n' << std::flush;
+}
+
+void AppDelegate::wireHooks() {
+    m_model->onWire = whileAlive([this] {
+        closePopover();
+        m_actions.runInstall(false);
+    });
+    m_model->onGetKey = whileAlive([this] { m_ports.urls.open(m_actions.connectUrl); });
+    m_model->onUninstall = whileAlive([this] {
+        closePopover();
+        m_actions.runUninstall();
+    });
+    m_model->onQuit = whileAlive([this] { m_ports.application.terminate(); });
+    m_model->onOpenReport = whileAlive([this](const std::string& runId) {
+        m_ports.urls.open(m_actions.serviceBase() + "/console?run=" + runId);
+    });
+}
+
+void AppDelegate::makeStatusItem() {
+    m_statusItem = m_ports.windows.statusItem();
+    if (m_statusItem == nullptr) return;
+    if (auto image = trayIcon()) m_statusItem->setImage(std::move(image));
+    m_statusItem->setToolTip(kToolTip);
+    m_statusItem->setAction(whileAlive([this] { togglePopover(); }));
+    m_statusItem->setMenu({{"Open", whileAlive([this] { openPopover(true); })},
+                           {"Quit", whileAlive([this] { m_ports.application.terminate(); })}});
+}
+
+std::shared_ptr<const TrayImage> AppDelegate::trayIcon() {
+    const auto file = m_ports.resources.url("brask", "png");
+    return file ? m_ports.trayImages.load(*file, kTrayIconSize) : nullptr;
+}
+
+void AppDelegate::togglePopover() {
+    if (m_statusItem == nullptr || m_popover == nullptr) return;
+    if (m_popover->isShown()) {
+        m_popover->close();
+        return;
+    }
+    if (m_popover->closedByThisClick()) return;
+    showPopover(true);
+}
+
+void AppDelegate::openPopover(bool pointerAtItem) {
+    if (m_popover == nullptr) return;
+    if (m_popover->isShown()) {
+        m_popover->makeKey();
+        return;
+    }
+    showPopover(pointerAtItem);
+}
+
+void AppDelegate::showPopover(bool pointerAtItem) {
+    m_model->refresh();
+    m_popover->show({.item = m_statusItem != nullptr ? m_statusItem->bounds() : std::nullopt,
+                     .byPointer = pointerAtItem});
+    m_popover->makeKey();
+}
+
+void AppDelegate::closePopover() {
+    if (m_popover != nullptr && m_popover->isShown()) m_popover->close();
+}
+
+} // namespace kelvane

@@ -1,0 +1,51 @@
+// Where does the popover stand, and was it closed by the click that is being handled?
+//
+// Values in, values out, in the desktop's own coordinates.
+
+#pragma once
+
+#include "app/shell/shell_ports.h"
+
+#include <chrono>
+#include <optional>
+#include <vector>
+
+namespace kelvane {
+
+/// One screen of the desktop.
+struct Screen {
+    Rect geometry;
+    Rect available; ///< Without the bars along its edges; empty when the system does not tell.
+
+    bool operator==(const Screen&) const = default;
+};
+
+/// What the popover stands beside, in the order in which it is looked for: an item with an area
+/// that touches a screen, the pointer. Neither: the top right corner of the first screen.
+struct PopoverBeside {
+    std::optional<Rect> item;
+    std::optional<Point> pointer;
+};
+
+/// The gap between the popover and what it stands beside or the screen's edge.
+inline constexpr int kPopoverGap = 4;
+
+/// The popover's top left corner. Under its item and centred on it; above it when the item is in
+/// the lower half of its screen; to its left or right when a bar along that edge holds the item.
+/// Kept inside the screen's available area, its top left corner first when it is larger than that.
+/// The origin when there is no screen.
+[[nodiscard]] Point popoverPlace(const PopoverBeside& beside, Size popover,
+                                 const std::vector<Screen>& screens);
+
+/// A moment at which the pointer stood somewhere.
+struct PointerMoment {
+    std::chrono::nanoseconds time{0};
+    Point at;
+};
+
+/// Whether `now` is still the click whose press closed the popover: hardly moved, hardly later.
+/// The item reports a click only when the button goes up, or later through a message bus.
+[[nodiscard]] bool isSameClick(const std::optional<PointerMoment>& closing,
+                               const PointerMoment& now);
+
+} // namespace kelvane

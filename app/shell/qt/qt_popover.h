@@ -1,0 +1,81 @@
+// The panel under the item in the menu bar.
+//
+// An ordinary window as far as the window manager knows, without a frame: it grabs nothing, so
+// that the rest of the desktop, its shortcuts and its screen lock work while it is open. It closes
+// when the user clicks elsewhere or another window takes the keyboard. The one exception: while a
+// grade is under way the capture brings the graded application to the front, and the panel stays to
+// show what comes of it.
+//
+// The window is made when it is first shown and kept; while it is hidden it holds no pictures.
+
+#pragma once
+
+#include "app/panel/panel_bridge.h"
+#include "app/shell/popover_rules.h"
+#include "app/shell/shell_ports.h"
+
+#include <QObject>
+
+#include <functional>
+#include <memory>
+#include <optional>
+
+class QQuickView;
+
+namespace kelvane {
+
+class Clock;
+class PanelAppearance;
+class PanelTrace;
+class PointerPresses;
+
+class QtPopover : public QObject, public Popover {
+    Q_OBJECT
+
+public:
+    /// All of it must outlive the popover.
+    struct Ports {
+        CompanionModel& model;
+        PanelImages images;
+        Clock& clock;
+        PointerPresses& presses;
+        /// Asks the system to bring this program forward.
+        std::function<void()> bringForward;
+        /// Called whenever it has gone away.
+        std::function<void()> wentAway;
+    };
+
+    /// `traceFile`: where to write what is drawn and when; empty for nowhere.
+    QtPopover(Ports ports, std::filesystem::path traceFile);
+    ~QtPopover() override;
+
+    [[nodiscard]] bool isShown() const override;
+    [[nodiscard]] bool closedByThisClick() const override;
+    void show(const PopoverAnchor& anchor) override;
+    void makeKey() override;
+
+public slots:
+    void close() override;
+
+private:
+    void build();
+    void place();
+    void shape();
+    void pressed(Point at);
+    void activeChanged();
+    void closeForClick();
+    void hidden();
+    [[nodiscard]] PointerMoment pointerNow() const;
+
+    Ports m_ports;
+    std::filesystem::path m_traceFile;
+    std::unique_ptr<PanelBridge> m_bridge;
+    std::unique_ptr<PanelAppearance> m_appearance;
+    std::unique_ptr<QQuickView> m_view;
+    std::unique_ptr<PanelTrace> m_trace;
+    PopoverBeside m_beside;
+    bool m_wasActive = false; ///< Since it was last shown.
+    std::optional<PointerMoment> m_closed;
+};
+
+} // namespace kelvane

@@ -1,0 +1,40 @@
+// Draws every state of the panel to PNG files, for people to look at: panel_gallery FOLDER [STATE]
+
+#include "app/panel/panel_picture.h"
+#include "tests/app/panel/panel_states.h"
+
+#include <QColor>
+#include <QDir>
+#include <QGuiApplication>
+
+#include <cstdio>
+
+int main(int argc, char** argv) {
+    using namespace kelvane;
+    if (argc < 2) {
+        std::fputs("usage: panel_gallery FOLDER [STATE]\n", stderr);
+        return 2;
+    }
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    const QGuiApplication application(argc, argv);
+    const QDir folder(QString::fromLocal8Bit(argv[1]));
+    folder.mkpath(QStringLiteral("."));
+    for (const auto& state : panelStates()) {
+        if (argc > 2 && state.name != argv[2]) continue;
+        for (const bool dark : {false, true}) {
+            for (const double scale : {1.0, 1.5, 2.0}) {
+                PanelFixture panel;
+                state.set(panel);
+                PanelBridge bridge(panel.model, panel.images);
+                bridge.setDark(dark);
+                const auto picture = renderPanel(bridge, Qt::gray, kPanelWidth, scale);
+                const auto name = QStringLiteral("%1-%2-%3.png")
+                                      .arg(QString::fromStdString(state.name),
+                                           dark ? QStringLiteral("dark") : QStringLiteral("light"))
+                                      .arg(scale);
+                if (!picture.save(folder.filePath(name))) return 1;
+            }
+        }
+    }
+    return 0;
+}

@@ -1,0 +1,214 @@
+#include "app/panel/panel_item.h"
+#include "tests/app/panel/panel_items.h"
+#include "tests/app/panel/panel_states.h"
+
+#include <gtest/gtest.h>
+
+#include <QColor>
+#include <QFont>
+#include <QGuiApplication>
+#include <QQmlEngine>
+#include <QQuickView>
+
+#include <cmath>
+#include <memory>
+#include <vector>
+
+namespace kelvane {
+namespace {
+
+constexpr double kTolerance = 0.51;
+
+std::string textOf(const QQuickItem& item) {
+    return item.property("text").toString().left(40).toStdString();
+}
+
+/// A panel in one state, laid out.
+struct LaidOut {
+    LaidOut(const PanelState& state, int textSize) {
+        state.set(fixture);
+        bridge = std::make_unique<PanelBridge>(fixture.model, fixture.images);
+        bridge->setTextSize(textSize);
+        panel = makePanelItem(engine, *bridge);
+        panel->setHeight(panel->implicitHeight());
+    }
+
+    PanelFixture fixture;
+    std::unique_ptr<PanelBridge> bridge;
+    QQmlEngine engine;
+    std::unique_ptr<QQuickItem> panel;
+};
+
+void expectInsideAncestors(const QQuickItem& panel, const QQuickItem& item) {
+    const QRectF place = placeIn(panel, item);
+    for (const auto* around = item.parentItem(); around != &panel; around = around->parentItem()) {
+        const QRectF room =
+            placeIn(panel, *around).adjusted(-kTolerance, -kTolerance, kTolerance, kTolerance);
+        EXPECT_TRUE(room.contains(place))
+            << textOf(item) << " leaves its " << around->metaObject()->className();
+    }
+    EXPECT_GE(place.left(), 15.9) << textOf(item);
+    EXPECT_LE(place.right(), kPanelWidth - 16 + kTolerance) << textOf(item);
+}
+
+void expectReadable(const QQuickItem& text) {
+    EXPECT_LE(text.property("contentWidth").toDouble(), text.width() + kTolerance) << textOf(text);
+    EXPECT_LE(text.property("contentHeight").toDouble(), text.height() + kTolerance)
+        << textOf(text);
+    if (text.property("truncated").toBool()) {
+        EXPECT_EQ(text.property("elide").toInt(), Qt::ElideRight) << textOf(text);
+    }
+}
+
+void expectApart(const QQuickItem& panel, const std::vector<QQuickItem*>& items) {
+    for (std::size_t i = 0; i < items.size(); ++i) {
+        for (std::size_t k = i + 1; k < items.size(); ++k) {
+            const QRectF shared = placeIn(panel, *items[i]).intersected(placeIn(panel, *items[k]));
+            EXPECT_TRUE(shared.width() < kTolerance || shared.height() < kTolerance)
+                << textOf(*items[i]) << " and " << textOf(*items[k]);
+        }
+    }
+}
+
+TEST(PanelLayout, NothingOverlapsOrIsCutInAnyStateAtAnyTextSize) {
+    for (const auto& state : panelStates()) {
+        for (const int textSize : {PanelBridge::kSmallestTextSize, PanelBridge::kTextSize,
+                                   PanelBridge::kLargestTextSize}) {
+            SCOPED_TRACE(state.name + " at " + std::to_string(textSize));
+            const LaidOut laid(state, textSize);
+            const auto texts = visibleTexts(*laid.panel);
+            ASSERT_GE(texts.size(), 8U);
+            for (const auto* text : texts) {
+                expectInsideAncestors(*laid.panel, *text);
+                expectReadable(*text);
+            }
+            expectApart(*laid.panel, texts);
+            const auto pressables = controls(*laid.panel);
+            for (const auto* control : pressables) expectInsideAncestors(*laid.panel, *control);
+            expectApart(*laid.panel, pressables);
+        }
+    }
+}
+
+const PanelState& stateNamed(const std::string& name) {
+    for (const auto& state : panelStates()) {
+        if (state.name == name) return state;
+    }
+    throw std::out_of_range(name);
+}
+
+std::vector<QRectF> dotsOf(const QQuickItem& panel) {
+    std::vector<QRectF> dots;
+    for (auto* item : visibleItems(const_cast<QQuickItem&>(panel))) {
+        if (item->objectName() == QLatin1String("dot")) dots.push_back(placeIn(panel, *item));
+    }
+    return dots;
+}
+
+TEST(PanelLayout, TenAgentsStandInFiveRowsOfTwo) {
+    const LaidOut laid(stateNamed("ten-agents"), PanelBridge::kTextSize);
+    const auto dots = dotsOf(*laid.panel);
+    ASSERT_EQ(dots.size(), 10U);
+    for (std::size_t i = 0; i < dots.size(); i += 2) {
+        EXPECT_EQ(dots[i].top(), dots[i + 1].top());
+        EXPECT_EQ(dots[i].left(), 24);
+        if (i > 0) {
+            EXPECT_GT(dots[i].top(), dots[i - 1].bottom());
+        }
+    }
+}
+
+TEST(PanelLayout, TenAgentsOfWhichMostAreAbsentAreAllShown) {
+    const PanelState mostlyAbsent{"mostly-absent", [](PanelFixture& panel) {
+                                      std::vector<DetectedAgent> agents;
+                                      for (int i = 0; i < 10; ++i) {
+                                          agents.push_back({.id = "agent" + std::to_string(i),
+                                                            .name = "Agent " + std::to_string(i),
+                                                            .kind = AgentKind::codingHarness,
+                                                            .running = false,
+                                                            .present = i == 4,
+                                                            .wired = std::nullopt});
+                                      }
+                                      panel.model.agents = agents;
+                                  }};
+    const LaidOut laid(mostlyAbsent, PanelBridge::kTextSize);
+    std::vector<std::string> names;
+    int clear = 0;
+    for (auto* item : visibleItems(*laid.panel)) {
+        if (item->objectName() == QLatin1String("dot")) {
+            clear += item->property("color").value<QColor>().alpha() == 0 ? 1 : 0;
+        }
+        const auto text = textOf(*item);
+        if (item->inherits("QQuickText") && text.starts_with("Agent ")) names.push_back(text);
+    }
+    EXPECT_EQ(names,
+              (std::vector<std::string>{"Agent 0", "Agent 1", "Agent 2", "Agent 3", "Agent 4",
+                                        "Agent 5", "Agent 6", "Agent 7", "Agent 8", "Agent 9"}));
+    EXPECT_EQ(clear, 9);
+    EXPECT_EQ(dotsOf(*laid.panel).size(), 10U) << "a clear dot takes its place all the same";
+}
+
+TEST(PanelLayout, EveryTextMayBorrowGlyphsFromOtherFonts) {
+    const LaidOut laid(stateNamed("cjk-and-emoji"), PanelBridge::kTextSize);
+    for (const auto* text : visibleTexts(*laid.panel)) {
+        const auto font = text->property("font").value<QFont>();
+        EXPECT_EQ(font.family(), QGuiApplication::font().family()) << textOf(*text);
+        EXPECT_FALSE(font.styleStrategy() & QFont::NoFontMerging) << textOf(*text);
+    }
+}
+
+TEST(PanelLayout, AnAgentNeitherRunningNorPresentKeepsThePlaceOfItsDot) {
+    const LaidOut laid(stateNamed("ten-agents"), PanelBridge::kTextSize);
+    EXPECT_EQ(dotsOf(*laid.panel).back().size(), QSizeF(7, 7));
+}
+
+TEST(PanelLayout, GradeTakesTheWholeWidthUntilIterateIsOffered) {
+    const LaidOut alone(stateNamed("ungraded"), PanelBridge::kTextSize);
+    EXPECT_EQ(alone.panel->findChild<QQuickItem*>("gradeButton")->width(), kPanelWidth - 32);
+    const LaidOut both(stateNamed("demo"), PanelBridge::kTextSize);
+    const auto* grade = both.panel->findChild<QQuickItem*>("gradeButton");
+    const auto* iterate = both.panel->findChild<QQuickItem*>("iterateButton");
+    EXPECT_EQ(placeIn(*both.panel, *iterate).right(), kPanelWidth - 16);
+    EXPECT_EQ(placeIn(*both.panel, *grade).right() + 8, placeIn(*both.panel, *iterate).left());
+}
+
+TEST(PanelLayout, HeightFollowsTheContent) {
+    LaidOut laid(stateNamed("first-run"), PanelBridge::kTextSize);
+    const double before = laid.panel->implicitHeight();
+    laid.fixture.model.seedDemo();
+    laid.bridge->redraw();
+    layOutPanel(*laid.panel);
+    EXPECT_GT(laid.panel->implicitHeight(), before + 50);
+}
+
+TEST(PanelLayout, AViewHasThePanelsHeightBeforeItIsShown) {
+    PanelFixture fixture;
+    PanelBridge bridge(fixture.model, fixture.images);
+    const auto view = makePanelView(bridge);
+    layOutPanel(*view->rootObject());
+    const int before = view->height();
+    fixture.model.seedDemo();
+    bridge.redraw();
+    layOutPanel(*view->rootObject());
+    EXPECT_GT(view->height(), before + 50);
+    EXPECT_EQ(view->height(), std::ceil(view->rootObject()->implicitHeight()));
+    EXPECT_EQ(view->width(), kPanelWidth);
+}
+
+TEST(PanelLayout, OnlyAWindowOfItsOwnHasAHairlineAlongItsEdge) {
+    PanelFixture fixture;
+    PanelBridge bridge(fixture.model, fixture.images);
+    const auto view = makePanelView(bridge);
+    const auto* edge = view->rootObject()->findChild<QQuickItem*>("edge");
+    ASSERT_NE(edge, nullptr);
+    EXPECT_TRUE(edge->property("visible").toBool());
+    EXPECT_EQ(edge->property("radius").toInt(), kPanelCornerRadius);
+    EXPECT_EQ(edge->size(), view->rootObject()->size());
+    EXPECT_EQ(view->rootObject()->childItems().last(), edge) << "above everything";
+    QQmlEngine engine;
+    const auto panel = makePanelItem(engine, bridge);
+    EXPECT_FALSE(panel->findChild<QQuickItem*>("edge")->isVisible());
+}
+
+} // namespace
+} // namespace kelvane

@@ -1,0 +1,168 @@
+#include "app/panel/panel_picture.h"
+
+#include "app/panel/app_icon_provider.h"
+#include "resources/mark_picture.h"
+#include "tests/app/panel/panel_states.h"
+
+#include <gtest/gtest.h>
+
+#include <QColor>
+
+#include <cmath>
+#include <cstdlib>
+#include <set>
+
+namespace kelvane {
+namespace {
+
+/// How many pixels of `area` differ from the one at its corner.
+int inkIn(const QImage& picture, const QRect& area) {
+    int ink = 0;
+    for (int y = area.top(); y <= area.bottom(); ++y) {
+        for (int x = area.left(); x <= area.right(); ++x) {
+            if (picture.pixel(x, y) != picture.pixel(area.topLeft())) ++ink;
+        }
+    }
+    return ink;
+}
+
+TEST(PanelPicture, IsTwiceAsWideAsThePanelOnGrey) {
+    PanelFixture panel;
+    panel.model.seedDemo();
+    const auto picture = renderPanel(panel.model, panel.images);
+    EXPECT_EQ(picture.width(), 720);
+    EXPECT_GT(picture.height(), 700);
+    for (const QPoint corner : {QPoint(0, 0), QPoint(719, 0), QPoint(0, picture.height() - 1),
+                                QPoint(719, picture.height() - 1)}) {
+        EXPECT_EQ(picture.pixelColor(corner), QColor(28, 28, 28));
+    }
+}
+
+TEST(PanelPicture, HasRealTextInIt) {
+    PanelFixture panel;
+    panel.model.seedDemo();
+    const auto picture = renderPanel(panel.model, panel.images);
+    // The product's name, right of the mark.
+    EXPECT_GT(inkIn(picture, QRect(88, 20, 150, 50)), 300);
+}
+
+TEST(PanelPicture, HeightFollowsTheScale) {
+    PanelFixture panel;
+    panel.model.seedDemo();
+    const int height = renderPanel(panel.model, panel.images, kPanelWidth, 1).height();
+    for (const double scale : {1.5, 2.0, 3.0}) {
+        const auto picture = renderPanel(panel.model, panel.images, kPanelWidth, scale);
+        EXPECT_EQ(picture.width(), std::ceil(kPanelWidth * scale));
+        EXPECT_EQ(picture.height(), std::ceil(height * scale));
+    }
+}
+
+TEST(PanelPicture, OfNoWidthOrScaleIsNull) {
+    PanelFixture panel;
+    EXPECT_TRUE(renderPanel(panel.model, panel.images, 0, 2).isNull());
+    EXPECT_TRUE(renderPanel(panel.model, panel.images, 360, 0).isNull());
+    EXPECT_TRUE(renderPanel(panel.model, panel.images, 360, std::nan("")).isNull());
+}
+
+TEST(PanelPicture, EveryStateIsDrawnWithoutAComplaint) {
+    for (const auto& state : panelStates()) {
+        PanelFixture panel;
+        state.set(panel);
+        testing::internal::CaptureStderr();
+        const auto picture = renderPanel(panel.model, panel.images);
+        EXPECT_EQ(testing::internal::GetCapturedStderr(), "") << state.name;
+        EXPECT_FALSE(picture.isNull()) << state.name;
+    }
+}
+
+TEST(PanelPicture, WithoutTheMarkALetterStandsForIt) {
+    PanelFixture panel;
+    panel.fake.resources.resources.clear();
+    testing::internal::CaptureStderr();
+    const auto picture = renderPanel(panel.model, panel.images);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    EXPECT_NE(picture.pixelColor(36, 44), QColor(28, 28, 28));
+}
+
+TEST(PanelPicture, ShowsTheIconOfTheAppInFront) {
+    PanelFixture panel;
+    panel.model.seedDemo();
+    const auto without = renderPanel(panel.model, panel.images);
+    panel.fake.icons.icons["com.figma.Desktop"] =
+        IconFile{KELVANE_SOURCE_DIR "/resources/brask.png"};
+    EXPECT_NE(renderPanel(panel.model, panel.images), without);
+}
+
+TEST(PanelPicture, AnIconThatIsNoPictureLeavesThePlaceholder) {
+    PanelFixture panel;
+    panel.model.seedDemo();
+    const auto without = renderPanel(panel.model, panel.images);
+    for (const AppIcon& icon :
+         {AppIcon(IconFile{KELVANE_SOURCE_DIR "/LICENSE"}), AppIcon(IconFile{"/nowhere.png"}),
+          AppIcon(ThemeIcon{"no-such-icon-anywhere"}), AppIcon(IconPng{"not a picture"}),
+          AppIcon(IconPng{""})}) {
+        panel.fake.icons.icons["com.figma.Desktop"] = icon;
+        testing::internal::CaptureStderr();
+        EXPECT_EQ(renderPanel(panel.model, panel.images), without);
+        EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    }
+}
+
+TEST(SymbolPicture, EverySymbolIsDrawnInTheColourAskedFor) {
+    for (const Symbol symbol :
+         {Symbol::magnifyingGlass, Symbol::seal, Symbol::iterateArrows, Symbol::shield}) {
+        const std::string name(rawValue(symbol));
+        const auto picture = symbolPicture(QString::fromStdString(name), QColor("#12ab34"), 64);
+        ASSERT_EQ(picture.size(), QSize(64, 64)) << name;
+        int inked = 0;
+        for (int y = 0; y < 64; ++y) {
+            for (int x = 0; x < 64; ++x) {
+                if (picture.pixelColor(x, y) == QColor("#12ab34")) ++inked;
+            }
+        }
+        EXPECT_GT(inked, 200) << name;
+        EXPECT_EQ(picture.pixelColor(0, 0).alpha(), 0) << name;
+    }
+    EXPECT_TRUE(symbolPicture("no-such-symbol", Qt::black, 64).isNull());
+    EXPECT_TRUE(symbolPicture("../brask", Qt::black, 64).isNull());
+}
+
+TEST(Mark, ThePictureIsWhatItsSourceDraws) {
+    const auto drawn = markPicture(KELVANE_SOURCE_DIR "/resources/brask.svg", 256);
+    const auto shipped =
+        QImage(KELVANE_SOURCE_DIR "/resources/brask.png").convertToFormat(QImage::Format_ARGB32);
+    ASSERT_EQ(shipped.size(), drawn.size());
+    int different = 0;
+    for (int y = 0; y < drawn.height(); ++y) {
+        for (int x = 0; x < drawn.width(); ++x) {
+            if (std::abs(drawn.pixelColor(x, y).lightness() -
+                         shipped.pixelColor(x, y).lightness()) > 8) {
+                ++different;
+            }
+        }
+    }
+    EXPECT_LT(different, 64);
+}
+
+TEST(Mark, IsDrawnInAnySizeThatThereIs) {
+    const char* const source = KELVANE_SOURCE_DIR "/resources/brask.svg";
+    for (const int side : {1, 16, 1024}) {
+        EXPECT_EQ(markPicture(source, side).size(), QSize(side, side));
+    }
+    for (const int side : {0, -1}) EXPECT_TRUE(markPicture(source, side).isNull()) << side;
+    EXPECT_TRUE(markPicture(KELVANE_SOURCE_DIR "/LICENSE", 16).isNull());
+}
+
+TEST(Mark, AtItsTraySizeItIsReadableOnLightAndDarkBars) {
+    const auto small = QImage(KELVANE_SOURCE_DIR "/resources/brask.png")
+                           .scaled(18, 18, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+    // The tile separates it from either bar, the letter from the tile.
+    const auto tile = small.pixelColor(2, 9);
+    EXPECT_GT(tile.alpha(), 200);
+    EXPECT_GT(std::abs(tile.lightness() - 245), 60);
+    EXPECT_GT(std::abs(tile.lightness() - 30), 20);
+    EXPECT_GT(small.pixelColor(6, 9).lightness() - tile.lightness(), 80);
+}
+
+} // namespace
+} // namespace kelvane

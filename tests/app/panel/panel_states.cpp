@@ -1,0 +1,204 @@
+#include "tests/app/panel/panel_states.h"
+
+#include <utility>
+
+namespace kelvane {
+
+namespace {
+
+constexpr const char* kLorem =
+    "The heading says one thing and the paragraph beneath it another, and neither names the number "
+    "that the chart beside them shows; ";
+
+std::string repeated(const std::string& text, int times) {
+    std::string result;
+    for (int i = 0; i < times; ++i) result += text;
+    return result;
+}
+
+CatalogApp app(const std::string& name, const std::string& modality = "ui_ux") {
+    CatalogApp app;
+    app.id = "app";
+    app.name = name;
+    app.category = "design";
+    app.bundleIds = {"com.figma.Desktop"};
+    app.primaryModality = modality;
+    return app;
+}
+
+AppCatalog catalog() {
+    return AppCatalog({app("Figma")}, "1", {"ui_ux"}, {{"design", "Design & UI"}});
+}
+
+DetectedAgent agent(const std::string& name, bool running, bool present,
+                    std::optional<bool> wired) {
+    return {.id = name,
+            .name = name,
+            .kind = AgentKind::codingHarness,
+            .running = running,
+            .present = present,
+            .wired = wired};
+}
+
+void seen(PanelFixture& panel, const CatalogApp& inFront) {
+    panel.model.detected = DetectedApp{
+        .rawBundleId = inFront.bundleIds.front(), .rawName = inFront.name, .app = inFront};
+}
+
+void graded(PanelFixture& panel, Band band, std::vector<Flaw> flaws) {
+    panel.model.seedDemo();
+    panel.model.verdict = Verdict{.band = band,
+                                  .score = 0.62,
+                                  .flaws = std::move(flaws),
+                                  .runId = "run-1",
+                                  .warming = false,
+                                  .error = std::nullopt};
+}
+
+std::vector<Flaw> fiveFlaws() {
+    return {{"CRITICAL", "numbers", "The total of column D is not the sum of its rows (row 14)."},
+            {"HIGH", "contrast", "Primary CTA text fails AA contrast (3.1:1) on the teal fill."},
+            {"", "", "A finding without a severity or a criterion."},
+            {"LOW", "spacing", "Gutters drift."},
+            {"LOW", "spacing", "Gutters drift again."}};
+}
+
+} // namespace
+
+PanelFixture::PanelFixture()
+    : model({.workspace = fake.workspace,
+             .processes = fake.processes,
+             .files = fake.files,
+             .environment = fake.environment,
+             .http = fake.http,
+             .clock = fake.clock,
+             .dispatcher = fake.dispatcher,
+             .capture = [](const DetectedApp&) { return CaptureResult{}; }},
+            catalog(), "/home/u") {
+    fake.resources.resources["brask.png"] = KELVANE_SOURCE_DIR "/resources/brask.png";
+}
+
+const std::vector<PanelState>& panelStates() {
+    static const std::vector<PanelState> states{
+        {"first-run", [](PanelFixture&) {}},
+        {"unknown-app",
+         [](PanelFixture& panel) {
+             panel.model.detected =
+                 DetectedApp{.rawBundleId = "org.doom", .rawName = "Doom", .app = {}};
+             panel.model.hasKey = true;
+         }},
+        {"no-key", [](PanelFixture& panel) { seen(panel, app("Figma")); }},
+        {"ungraded",
+         [](PanelFixture& panel) {
+             panel.model.seedDemo();
+             panel.model.verdict = std::nullopt;
+         }},
+        {"note",
+         [](PanelFixture& panel) {
+             panel.model.seedDemo();
+             panel.model.verdict = std::nullopt;
+             panel.model.note = "Couldn't capture anything to grade.";
+         }},
+        {"grading",
+         [](PanelFixture& panel) {
+             panel.model.seedDemo();
+             panel.model.verdict = std::nullopt;
+             panel.model.grading = true;
+         }},
+        {"regrading",
+         [](PanelFixture& panel) {
+             panel.model.seedDemo();
+             panel.model.grading = true;
+         }},
+        {"demo", [](PanelFixture& panel) { panel.model.seedDemo(); }},
+        {"ship", [](PanelFixture& panel) { graded(panel, Band::ship, {}); }},
+        {"quarantine", [](PanelFixture& panel) { graded(panel, Band::quarantine, fiveFlaws()); }},
+        {"block", [](PanelFixture& panel) { graded(panel, Band::block, fiveFlaws()); }},
+        {"held-without-flaws", [](PanelFixture& panel) { graded(panel, Band::route_to_fix, {}); }},
+        {"error",
+         [](PanelFixture& panel) {
+             panel.model.seedDemo();
+             panel.model.verdict = Verdict::failure(
+                 "The evaluation service did not answer. Check the connection and try again.");
+         }},
+        {"ten-agents",
+         [](PanelFixture& panel) {
+             panel.model.seedDemo();
+             std::vector<DetectedAgent> agents;
+             for (int i = 0; i < 9; ++i) {
+                 agents.push_back(agent(i % 3 == 0   ? "Claude Code"
+                                        : i % 3 == 1 ? "Amp"
+                                                     : "Ollama",
+                                        i % 2 == 0, true,
+                                        i % 3 == 0 ? std::optional(true) : std::nullopt));
+             }
+             agents.push_back(agent("Neither", false, false, false));
+             panel.model.agents = agents;
+         }},
+        {"long-names",
+         [](PanelFixture& panel) {
+             graded(panel, Band::block, {});
+             seen(panel, app("Visual Studio Code Insiders Exploration Build for Enterprise Teams",
+                             "a-modality-of-an-unreasonably-long-name"));
+             panel.model.agents = std::vector<DetectedAgent>{
+                 agent("An Agent With a Remarkably Long Name", true, true, true),
+                 agent("Cursor", false, true, false),
+                 agent("An Agent With a Remarkably Long Name", true, true, true),
+                 agent("Another Agent With an Even Longer Name", true, true, true),
+                 agent(repeated("W", 200), true, true, true)};
+             panel.model.workflow = WorkflowState{.node = "design",
+                                                  .pipeline = {{"Visual Studio Code", "code"},
+                                                               {"Adobe Illustrator", "image"},
+                                                               {"LibreOffice Impress", "deck"},
+                                                               {"Google Sheets", "spreadsheet"}},
+                                                  .multiModal = true};
+         }},
+        {"long-texts",
+         [](PanelFixture& panel) {
+             graded(panel, Band::block,
+                    {{"HIGH", "clarity", repeated(kLorem, 40)},
+                     {"CRITICALLY IMPORTANT AND URGENT", repeated("criterion ", 30), "short"},
+                     {"LOW", "", repeated("unbroken", 200)},
+                     {"LOW", "", ""}});
+             auto verdict = *panel.model.verdict;
+             verdict->error = repeated(kLorem, 20);
+             verdict->score = 1e300;
+             panel.model.verdict = *verdict;
+         }},
+        {"long-note",
+         [](PanelFixture& panel) {
+             panel.model.note = repeated(kLorem, 20) + repeated("\nline", 50);
+             panel.model.detected = DetectedApp{
+                 .rawBundleId = "org.long", .rawName = repeated("Long name ", 30), .app = {}};
+         }},
+        {"right-to-left",
+         [](PanelFixture& panel) {
+             graded(
+                 panel, Band::route_to_fix,
+                 {{"HIGH", "ניגודיות", "הטקסט בכפתור הראשי אינו עומד בדרישות הניגודיות של התקן."},
+                  {"متوسط", "وضوح", "عنوانان يتنافسان على الانتباه في أعلى الصفحة."}});
+             seen(panel, app("محرر النصوص"));
+             panel.model.agents = std::vector<DetectedAgent>{agent("סוכן קוד", true, true, true),
+                                                             agent("وكيل", false, true, false)};
+             panel.model.workflow = WorkflowState{
+                 .node = "design",
+                 .pipeline = {{"محرر", "text"}, {"Figma", "ui_ux"}, {"דפדפן", "text"}},
+                 .multiModal = true};
+         }},
+        {"cjk-and-emoji",
+         [](PanelFixture& panel) {
+             graded(
+                 panel, Band::quarantine,
+                 {{"高い", "コントラスト",
+                   "主要なボタンの文字は背景との差が小さく読みにくいため、色を調整してください。"},
+                  {"HIGH", "🎨",
+                   "Two 👩‍👩‍👧 families, one 🇨🇭 flag and a naïve café."}});
+             seen(panel, app("メモ帳 📝"));
+             panel.model.agents =
+                 std::vector<DetectedAgent>{agent("智能助手 🤖", true, true, true)};
+         }},
+    };
+    return states;
+}
+
+} // namespace kelvane

@@ -1,0 +1,181 @@
+// The panel and its switches on a real desktop.
+
+#include "tests/app/shell/qt/panel_desktop.h"
+
+#include <array>
+#include <signal.h>
+
+namespace kelvane {
+namespace {
+
+class PanelDesktopTest : public PanelDesktop {};
+
+TEST_F(PanelDesktopTest, ClickOpensThePanelUnderTheIconAndSpeaksOfTheEditor) {
+    startTray();
+    startEditor();
+    const auto program = startAndOpen();
+    EXPECT_TRUE(waitUntilShown("You're in Mousepad")) << testing::PrintToString(shown());
+    const auto panel = desktop.waitForWindow(VirtualDesktop::ofClass(kProgramClass));
+    ASSERT_TRUE(panel);
+    EXPECT_EQ(desktop.activeWindow(), panel->window) << "the panel has the keyboard at once";
+    const auto lines = traced();
+    const auto place = lines.back()["window"];
+    EXPECT_GE(place[1], 26) << "below the bar";
+    EXPECT_LE(place[1], 40);
+    EXPECT_LE(place[0].get<int>() + place[2].get<int>(), 1600) << "inside the screen";
+    // Ticks and redraws go by with the panel in front: it still speaks of the editor.
+    std::this_thread::sleep_for(4500ms);
+    EXPECT_TRUE(waitUntilShown("You're in Mousepad"));
+}
+
+TEST_F(PanelDesktopTest, ClickOnTheIconWhileShownClosesItAndTheNextOneOpensIt) {
+    startTray();
+    const auto editor = startEditor();
+    const auto program = startAndOpen();
+    pause();
+    clickIcon();
+    EXPECT_TRUE(waitUntilPanel(false));
+    pause();
+    EXPECT_FALSE(panelStands()) << "the same click must not open it again";
+    EXPECT_TRUE(VirtualDesktop::waitUntil([&] { return desktop.activeWindow() == editor.window; }));
+    clickIcon();
+    EXPECT_TRUE(waitUntilPanel(true));
+}
+
+TEST_F(PanelDesktopTest, EscapeClosesIt) {
+    startTray();
+    startEditor();
+    const auto program = startAndOpen();
+    xdotool({"key", "Escape"});
+    EXPECT_TRUE(waitUntilPanel(false));
+    clickIcon();
+    EXPECT_TRUE(waitUntilPanel(true)) << "Escape was no click: the next one opens it at once";
+}
+
+TEST_F(PanelDesktopTest, ClickOnAnotherWindowClosesIt) {
+    startTray();
+    startEditor();
+    const auto program = startAndOpen();
+    clickAt(700, 500);
+    EXPECT_TRUE(waitUntilPanel(false));
+}
+
+TEST_F(PanelDesktopTest, ClickOnTheBareDesktopClosesIt) {
+    startTray();
+    startEditor();
+    const auto program = startAndOpen();
+    clickAt(60, 960);
+    EXPECT_TRUE(waitUntilPanel(false));
+}
+
+TEST_F(PanelDesktopTest, ClickThatGivesNobodyTheKeyboardClosesItToo) {
+    startTray();
+    startEditor();
+    const auto program = startAndOpen();
+    // Bars and docks take clicks and leave the keyboard where it is.
+    auto& x = desktop.link();
+    const auto bar = xcb_generate_id(x.xcb());
+    // Its own presses: what nobody takes goes on to the desktop behind it.
+    const std::uint32_t values[] = {1, XCB_EVENT_MASK_BUTTON_PRESS};
+    xcb_create_window(x.xcb(), XCB_COPY_FROM_PARENT, bar, x.root(), 100, 800, 200, 40, 0,
+                      XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT,
+                      XCB_CW_OVERRIDE_REDIRECT | XCB_CW_EVENT_MASK, values);
+    xcb_map_window(x.xcb(), bar);
+    x.roundTrip();
+    clickAt(150, 820);
+    EXPECT_TRUE(waitUntilPanel(false));
+}
+
+TEST_F(PanelDesktopTest, ClickInsideLeavesItOpen) {
+    startTray();
+    startEditor();
+    const auto program = startAndOpen();
+    clickAt(1400, 60);
+    pause();
+    EXPECT_TRUE(panelStands());
+}
+
+TEST_F(PanelDesktopTest, WithoutATrayItStaysAndASecondStartOpensThePanel) {
+    startEditor();
+    Program first({KELVANE_PRODUCT}, environment());
+    std::this_thread::sleep_for(800ms);
+    EXPECT_FALSE(panelStands());
+    EXPECT_FALSE(first.waitForEnd(0ms).has_value());
+    Program second({KELVANE_PRODUCT}, environment());
+    EXPECT_EQ(second.waitForEnd(), 0);
+    EXPECT_TRUE(waitUntilPanel(true));
+    EXPECT_TRUE(waitUntilShown("You're in Mousepad"));
+}
+
+TEST_F(PanelDesktopTest, ATrayThatComesLateIsPickedUp) {
+    Program program({KELVANE_PRODUCT}, environment());
+    std::this_thread::sleep_for(500ms);
+    startTray();
+    EXPECT_TRUE(waitForIcon());
+    clickIcon();
+    EXPECT_TRUE(waitUntilPanel(true));
+}
+
+TEST_F(PanelDesktopTest, SignalsEndItCleanly) {
+    for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
+        Program program({KELVANE_PRODUCT}, environment());
+        std::this_thread::sleep_for(500ms);
+        program.signal(number);
+        EXPECT_EQ(program.waitForEnd(), 0) << number;
+    }
+}
+
+TEST_F(PanelDesktopTest, TheEndOfTheDisplayEndsItWithoutACrash) {
+    Program program({KELVANE_PRODUCT}, environment());
+    std::this_thread::sleep_for(700ms);
+    desktop.killServer();
+    const auto status = program.waitForEnd();
+    ASSERT_TRUE(status.has_value());
+    EXPECT_LT(*status, 128) << "ended by a signal";
+}
+
+TEST_F(PanelDesktopTest, DemoPrintsTheNumberOfTheWindowThatStandsAndEndsWithIt) {
+    Program program({KELVANE_PRODUCT, "--demo"}, environment());
+    const auto line = program.readUntil("\n");
+    ASSERT_TRUE(line && line->starts_with("WINDOW_ID="));
+    const auto number = static_cast<xcb_window_t>(std::stoul(line->substr(10)));
+    const auto window = desktop.waitForWindow(
+        [&](const DesktopWindow& candidate) { return candidate.window == number; });
+    ASSERT_TRUE(window) << "no such window: " << *line;
+    EXPECT_EQ(window->title, "Kelvane Companion");
+    const auto geometry = XcbOwned<xcb_get_geometry_reply_t>(xcb_get_geometry_reply(
+        desktop.link().xcb(), xcb_get_geometry(desktop.link().xcb(), number), nullptr));
+    ASSERT_TRUE(geometry);
+    EXPECT_EQ(geometry->width, 360);
+    EXPECT_EQ(geometry->height, 560);
+    xdotool({"windowactivate", "--sync", std::to_string(number), "key", "alt+F4"});
+    EXPECT_EQ(program.waitForEnd(), 0);
+    EXPECT_EQ(restOf(program), "") << "one line and no more";
+}
+
+TEST_F(PanelDesktopTest, PictureNeedsNoDisplayAndIsAsWideAsPromised) {
+    const auto path = desktop.home() / "panel.png";
+    const std::map<std::string, std::string> bare{{"HOME", desktop.home().string()},
+                                                  {"PATH", desktop.environment().at("PATH")}};
+    Program program({KELVANE_PRODUCT, "--render", path.string()}, bare);
+    const auto line = program.readUntil("\n");
+    EXPECT_EQ(program.waitForEnd(), 0);
+    ASSERT_TRUE(line);
+    EXPECT_TRUE(line->starts_with("rendered -> " + path.string() + " (720x")) << *line;
+    std::ifstream file(path, std::ios::binary);
+    std::array<unsigned char, 24> head{};
+    file.read(reinterpret_cast<char*>(head.data()), head.size());
+    EXPECT_EQ(std::string(head.begin(), head.begin() + 8), "\x89PNG\r\n\x1a\n");
+    EXPECT_EQ(head[18] << 8 | head[19], 720);
+}
+
+TEST_F(PanelDesktopTest, PictureIntoAMissingFolderEndsWithThreeAndLeavesNothing) {
+    const auto path = desktop.home() / "missing" / "panel.png";
+    Program program({KELVANE_PRODUCT, "--render", path.string(), "--demo"}, environment());
+    EXPECT_EQ(program.waitForEnd(), 3);
+    EXPECT_EQ(restOf(program), "");
+    EXPECT_FALSE(std::filesystem::exists(path.parent_path()));
+}
+
+} // namespace
+} // namespace kelvane
