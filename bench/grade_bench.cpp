@@ -8,7 +8,7 @@
 #include "catalog/app_catalog.h"
 #include "detect/capture.h"
 #include "platform/platform.h"
-#include "tests/desktop/virtual_desktop.h"
+#include "tests/platform/linux/virtual_desktop.h"
 
 #include <QCoreApplication>
 #include <QEventLoop>

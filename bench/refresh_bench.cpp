@@ -10,7 +10,7 @@
 #include "app/companion_model.h"
 #include "catalog/app_catalog.h"
 #include "platform/platform.h"
-#include "tests/desktop/virtual_desktop.h"
+#include "tests/platform/linux/virtual_desktop.h"
 
 #include <QCoreApplication>
 

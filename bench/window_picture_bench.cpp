@@ -5,9 +5,9 @@
 // full of text, shades and noise like a photograph's, and the editor again with half of it covered,
 // which `import` gets wrong and we have to wait for.
 
-#include "platform/linux/x11_window_picture.h"
-#include "tests/desktop/painted_window.h"
-#include "tests/desktop/virtual_desktop.h"
+#include "platform/linux/x11/x11_window_picture.h"
+#include "tests/platform/linux/virtual_desktop.h"
+#include "tests/platform/linux/x11/painted_window.h"
 
 #include <algorithm>
 #include <chrono>

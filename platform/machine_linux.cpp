@@ -1,6 +1,6 @@
 #include "platform/linux/linux_platform.h"
 #include "platform/linux/linux_session.h"
-#include "platform/linux/x11_pointer_presses.h"
+#include "platform/linux/x11/x11_pointer_presses.h"
 #include "platform/machine.h"
 
 #include <utility>

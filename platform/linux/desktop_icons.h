@@ -2,7 +2,7 @@
 
 #pragma once
 
-#include "platform/linux/desktop_entries.h"
+#include "platform/linux/rules/desktop_entries.h"
 #include "platform/ports/app_icons.h"
 
 #include <memory>

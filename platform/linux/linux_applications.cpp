@@ -2,7 +2,7 @@
 
 #include "platform/linux/linux_platform.h"
 #include "platform/linux/linux_session.h"
-#include "platform/linux/x11_workspace.h"
+#include "platform/linux/x11/x11_workspace.h"
 
 #include <utility>
 

@@ -2,8 +2,8 @@
 
 #pragma once
 
-#include "platform/linux/desktop_entries.h"
-#include "platform/linux/x11_applications.h"
+#include "platform/linux/rules/desktop_entries.h"
+#include "platform/linux/x11/x11_applications.h"
 #include "platform/ports/clock.h"
 #include "platform/ports/environment.h"
 

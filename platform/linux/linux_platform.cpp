@@ -2,12 +2,12 @@
 
 #include "platform/linux/desktop_icons.h"
 #include "platform/linux/linux_applications.h"
-#include "platform/linux/x11_clipboard.h"
-#include "platform/linux/x11_keyboard.h"
-#include "platform/linux/x11_pasteboard.h"
-#include "platform/linux/x11_window_list.h"
-#include "platform/linux/x11_window_picture.h"
-#include "platform/linux/x11_workspace.h"
+#include "platform/linux/x11/x11_clipboard.h"
+#include "platform/linux/x11/x11_keyboard.h"
+#include "platform/linux/x11/x11_pasteboard.h"
+#include "platform/linux/x11/x11_window_list.h"
+#include "platform/linux/x11/x11_window_picture.h"
+#include "platform/linux/x11/x11_workspace.h"
 
 #include <utility>
 

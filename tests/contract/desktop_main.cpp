@@ -1,7 +1,7 @@
 // The adapters under test live in this very process: it gets a desktop of its own first, and then
 // the toolkit's application object on it.
 
-#include "tests/desktop/virtual_desktop.h"
+#include "tests/platform/linux/virtual_desktop.h"
 
 #include <gtest/gtest.h>
 

@@ -1,8 +1,8 @@
 // What every pasteboard promises, whatever is behind it: the scripted one and a real X server's.
 
 #include "platform/fake/fakes.h"
-#include "platform/linux/x11_pasteboard.h"
-#include "tests/desktop/virtual_desktop.h"
+#include "platform/linux/x11/x11_pasteboard.h"
+#include "tests/platform/linux/virtual_desktop.h"
 
 #include <gtest/gtest.h>
 

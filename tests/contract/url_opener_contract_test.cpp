@@ -2,7 +2,7 @@
 
 #include "platform/fake/fakes.h"
 #include "platform/qt/qt_url_opener.h"
-#include "tests/desktop/virtual_desktop.h"
+#include "tests/platform/linux/virtual_desktop.h"
 #include "tests/platform/temporary_folder.h"
 
 #include <gtest/gtest.h>

@@ -2,7 +2,7 @@
 // real X server: the same windows of the same two applications stand on both desktops.
 
 #include "platform/fake/fakes.h"
-#include "tests/desktop/x11_desktop_test.h"
+#include "tests/platform/linux/x11/x11_desktop_test.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -5,7 +5,7 @@
 
 #pragma once
 
-#include "tests/desktop/virtual_desktop.h"
+#include "tests/platform/linux/virtual_desktop.h"
 
 #include <chrono>
 #include <optional>

@@ -6,9 +6,9 @@
 
 #pragma once
 
-#include "tests/desktop/virtual_desktop.h"
 #include "tests/journey/panel_on_screen.h"
 #include "tests/journey/program.h"
+#include "tests/platform/linux/virtual_desktop.h"
 
 #include <gtest/gtest.h>
 

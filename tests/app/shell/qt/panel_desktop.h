@@ -3,8 +3,8 @@
 
 #pragma once
 
-#include "tests/desktop/virtual_desktop.h"
 #include "tests/journey/program.h"
+#include "tests/platform/linux/virtual_desktop.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>

@@ -1,0 +1,51 @@
+#include "platform/linux/rules/copy_rules.h"
+
+namespace kelvane {
+
+std::chrono::milliseconds serverTimeBetween(ServerTime earlier, ServerTime later) {
+    return std::chrono::milliseconds(static_cast<std::int32_t>(later - earlier));
+}
+
+Provenance provenanceOf(const SelectionParty& owner, const SelectionParty& asked, pid_t process,
+                        std::uint32_t resourceMask) {
+    if (owner.window == 0) return Provenance::Unknown;
+    const auto client = [&](std::uint32_t window) { return window & ~resourceMask; };
+    if (asked.window != 0 && client(owner.window) == client(asked.window)) {
+        return Provenance::Target;
+    }
+    if (!owner.process) return Provenance::Unknown;
+    if (process != 0 && *owner.process == process) return Provenance::Target;
+    // A sandboxed application knows itself by another number than the server does.
+    if (asked.process && *owner.process == *asked.process) return Provenance::Target;
+    return process != 0 || asked.process ? Provenance::Other : Provenance::Unknown;
+}
+
+CopyOutcome copyOutcome(const CopyFacts& facts) {
+    if (facts.keyPosted && facts.clipboardChanged) return CopyOutcome::Clipboard;
+    if (facts.primaryOwner != Provenance::Target) return CopyOutcome::Nothing;
+    if (!facts.keyPosted) return CopyOutcome::Primary;
+    const bool fresh = facts.primaryAge && *facts.primaryAge <= kFreshSelection;
+    return fresh ? CopyOutcome::Primary : CopyOutcome::Nothing;
+}
+
+bool mayPutBack(const ClipboardFacts& facts) {
+    if (facts.ownedByUs) return true;
+    if (!facts.keyPosted || !facts.changed) return false;
+    switch (facts.lastChange) {
+    case Provenance::Target:
+        return true;
+    case Provenance::Other:
+        return false;
+    case Provenance::Unknown:
+        return facts.oneClient;
+    }
+    return false;
+}
+
+bool isLateCopy(const LateChangeFacts& facts) {
+    const bool echoes = facts.selectedAfterKey <= kKeyEcho && facts.selectedAfterKey >= -kKeyEcho;
+    return facts.keyPosted && facts.decided && facts.remembered &&
+           facts.change == Provenance::Target && echoes && facts.arrivedAfterKey <= kLateCopyWatch;
+}
+
+} // namespace kelvane

@@ -1,0 +1,342 @@
+#include "platform/linux/rules/window_identity.h"
+
+#include "platform/linux/x11/x11_text.h"
+
+#include <algorithm>
+#include <array>
+#include <functional>
+#include <utility>
+#include <vector>
+
+namespace kelvane {
+
+namespace {
+
+using Found = DesktopEntryIndex::Found;
+using Accept = std::function<bool(const DesktopEntry&)>;
+
+/// Terminals that may run without a desktop file to say so. Lower case.
+constexpr std::array<std::string_view, 23> kTerminalClasses{
+    "alacritty",      "cool-retro-term",
+    "eterm",          "foot",
+    "ghostty",        "guake",
+    "kitty",          "konsole",
+    "lxterminal",     "mate-terminal",
+    "mlterm",         "qterminal",
+    "rxvt",           "st",
+    "st-256color",    "tilix",
+    "urxvt",          "uxterm",
+    "xfce4-terminal", "xterm",
+    "yakuake",        "zutty",
+    "wezterm",
+};
+
+/// What browsers built from Chromium call themselves, in lower case. Their web apps bear names that
+/// begin with "<one of kWebAppPrefixes>-".
+constexpr std::array<std::string_view, 12> kChromiumClasses{
+    "brave-browser",
+    "chromium",
+    "chromium-browser",
+    "google-chrome",
+    "google-chrome-beta",
+    "google-chrome-unstable",
+    "microsoft-edge",
+    "msedge",
+    "opera",
+    "ungoogled-chromium",
+    "vivaldi",
+    "vivaldi-stable",
+};
+constexpr std::array<std::string_view, 7> kWebAppPrefixes{
+    "chrome-", "chromium-", "msedge-", "brave-", "vivaldi-", "opera-", "crx_",
+};
+
+template <std::size_t n>
+bool contains(const std::array<std::string_view, n>& words, std::string_view word) {
+    return std::find(words.begin(), words.end(), word) != words.end();
+}
+
+/// Chromium appends its profile's folder to the instance: "chromium (/home/me/other)".
+std::string_view withoutProfile(std::string_view name) {
+    if (!name.ends_with(')')) return name;
+    const auto begin = name.find(" (/");
+    return begin == std::string_view::npos ? name : name.substr(0, begin);
+}
+
+std::string_view lastComponent(std::string_view id) {
+    return id.substr(id.rfind('.') + 1); // npos + 1 is 0: the whole id.
+}
+
+/// Of several entries that claim one class, the one that bears its name: an editor's client, its
+/// settings page or a handler of links often carries the same claim.
+const DesktopEntry* best(const Found& found, std::string_view name, std::string_view wmClass,
+                         const Accept& accept) {
+    const DesktopEntry* chosen = nullptr;
+    int chosenRank = 0;
+    for (const auto* const entry : found) {
+        if (!accept(*entry)) continue;
+        const auto id = lowerAscii(entry->id);
+        int rank = 1;
+        if (lastComponent(id) == lowerAscii(name)) rank = 2;
+        if (lastComponent(id) == lowerAscii(wmClass)) rank = 3;
+        if (id == lowerAscii(name)) rank = 4;
+        if (id == lowerAscii(wmClass)) rank = 5;
+        if (rank > chosenRank) {
+            chosen = entry;
+            chosenRank = rank;
+        }
+    }
+    return chosen;
+}
+
+const DesktopEntry* byClaim(const DesktopEntryIndex& index, std::string_view name,
+                            std::string_view wmClass, const Accept& accept) {
+    if (name.empty()) return nullptr;
+    return best(index.byStartupWmClass(name), name, wmClass, accept);
+}
+
+/// A window whose class is the id of a desktop file, give or take case and spaces. Entries that are
+/// not for menus count only when no other one fits.
+const DesktopEntry* byName(const DesktopEntryIndex& index, std::string_view name,
+                           const Accept& accept) {
+    if (name.empty()) return nullptr;
+    auto folded = lowerAscii(name);
+    std::replace(folded.begin(), folded.end(), ' ', '-');
+    const DesktopEntry* aside = nullptr;
+    for (const std::string_view id : {name, std::string_view(folded)}) {
+        const auto* const entry = index.byId(id);
+        if (entry == nullptr || !accept(*entry)) continue;
+        if (!entry->noDisplay) return entry;
+        if (aside == nullptr) aside = entry;
+    }
+    return aside;
+}
+
+const DesktopEntry* byLastComponent(const DesktopEntryIndex& index, std::string_view name) {
+    const auto& found = index.byLastComponent(name);
+    return found.size() == 1 ? found.front() : nullptr;
+}
+
+/// The property holds an id, the name of a file, or its whole path.
+const DesktopEntry* byDesktopFile(const DesktopEntryIndex& index, std::string_view file) {
+    constexpr std::string_view kFolder = "/applications/";
+    if (file.starts_with('/')) {
+        const auto folder = file.find(kFolder);
+        file = folder == std::string_view::npos ? file.substr(file.rfind('/') + 1)
+                                                : file.substr(folder + kFolder.size());
+    }
+    if (const auto id = desktopId(file)) return index.byId(*id);
+    return file.empty() ? nullptr : index.byId(file);
+}
+
+bool isHostAndPath(std::string_view name) {
+    const auto host = name.substr(0, name.find("__"));
+    const auto dot = host.find('.');
+    return dot != std::string_view::npos && dot != 0 && !host.ends_with('.') &&
+           std::all_of(host.begin(), host.end(), [](char c) {
+               return (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '.' || c == '-';
+           });
+}
+
+/// The id of a site in a browser's window of its own, when `name` names one: as the browser writes
+/// it where it writes it whole ("chrome-docs.google.com__document-Default", "crx_…"), completed
+/// where it leaves the browser to the class ("docs.google.com__document").
+std::optional<std::string> webApp(std::string_view name, bool classIsBrowser) {
+    for (const auto prefix : kWebAppPrefixes) {
+        if (!name.starts_with(prefix)) continue;
+        const auto rest = name.substr(prefix.size());
+        if (prefix == "crx_" ? !rest.empty() : isHostAndPath(rest) && rest.find("__") != rest.npos)
+            return std::string(name);
+    }
+    if (name.starts_with("_crx_")) return webApp(name.substr(1), classIsBrowser);
+    if (!classIsBrowser || !isHostAndPath(name)) return std::nullopt;
+    const bool hasPath = name.find("__") != std::string_view::npos;
+    return "chrome-" + std::string(name) + (hasPath ? "" : "__");
+}
+
+class Resolver {
+public:
+    Resolver(const WindowFacts& facts, const DesktopEntryIndex& index)
+        : m_facts(facts),
+          m_index(index),
+          m_instance(withoutProfile(facts.instance)),
+          m_class(withoutProfile(facts.wmClass)) {}
+
+    std::optional<WindowIdentity> resolve() const {
+        if (const auto* const entry = byDesktopFile(m_index, m_facts.kdeDesktopFile)) {
+            return of(*entry);
+        }
+        const Accept anyone = [](const DesktopEntry&) { return true; };
+        if (!m_facts.flatpakId.empty() || !m_facts.snapInstance.empty()) {
+            // A sandbox knows its application; a namesake from outside must not take its windows.
+            if (auto found = byClasses([this](const DesktopEntry& entry) { return ours(entry); })) {
+                return found;
+            }
+            if (auto found = bySandbox()) return found;
+        }
+        if (auto found = byClasses(anyone)) return found;
+        if (!m_facts.gtkApplicationId.empty()) {
+            if (const auto* const entry = m_index.byId(m_facts.gtkApplicationId)) return of(*entry);
+        }
+        for (const auto name : {m_instance, m_class}) {
+            if (const auto* const entry = byLastComponent(m_index, name)) return of(*entry);
+        }
+        return byClassAlone();
+    }
+
+private:
+    std::optional<WindowIdentity> byClasses(const Accept& accept) const {
+        if (const auto* const entry = byClaim(m_index, m_instance, m_class, accept)) {
+            return of(*entry);
+        }
+        if (auto id = webAppId()) {
+            return WindowIdentity{*std::move(id), std::nullopt, WindowIdentity::Source::WebApp,
+                                  true};
+        }
+        if (const auto* const entry = byClaim(m_index, m_class, m_class, accept)) {
+            return of(*entry);
+        }
+        for (const auto name : {m_instance, m_class}) {
+            if (const auto* const entry = byName(m_index, name, accept)) return of(*entry);
+        }
+        return std::nullopt;
+    }
+
+    std::optional<std::string> webAppId() const {
+        // An installed site has a desktop file of that very name.
+        if (m_index.byId(m_instance) != nullptr || m_index.byId(m_class) != nullptr) {
+            return std::nullopt;
+        }
+        if (auto id = webApp(m_instance, classIsBrowser())) return id;
+        return webApp(m_class, false);
+    }
+
+    bool classIsBrowser() const {
+        const auto lower = lowerAscii(m_class);
+        if (lowerAscii(m_instance) == lower) return false;
+        return contains(kChromiumClasses, lower) ||
+               contains(kChromiumClasses, lowerAscii(lastComponent(m_class)));
+    }
+
+    bool ours(const DesktopEntry& entry) const {
+        if (!m_facts.flatpakId.empty()) {
+            return entry.flatpakId == m_facts.flatpakId || entry.id == m_facts.flatpakId ||
+                   entry.id.starts_with(m_facts.flatpakId + '.');
+        }
+        return entry.snapInstance == m_facts.snapInstance ||
+               entry.id.starts_with(m_facts.snapInstance + '_');
+    }
+
+    std::optional<WindowIdentity> bySandbox() const {
+        if (!m_facts.flatpakId.empty()) {
+            if (const auto* const entry = m_index.byId(m_facts.flatpakId)) return of(*entry);
+            return WindowIdentity{m_facts.flatpakId, className(), WindowIdentity::Source::Sandbox,
+                                  takesKeys(m_facts.flatpakId)};
+        }
+        const auto& snap = m_facts.snapInstance;
+        if (const auto* const entry = m_index.byId(snap + "_" + snap)) return of(*entry);
+        const DesktopEntry* only = nullptr;
+        for (const auto& entry : m_index.entries()) {
+            if (entry.noDisplay || !ours(entry)) continue;
+            if (only != nullptr) return std::nullopt;
+            only = &entry;
+        }
+        return only == nullptr ? std::nullopt : std::optional(of(*only));
+    }
+
+    std::optional<WindowIdentity> byClassAlone() const {
+        const auto name = m_class.empty() ? m_instance : m_class;
+        if (name.empty()) return std::nullopt;
+        return WindowIdentity{"wmclass:" + lowerAscii(name), className(),
+                              WindowIdentity::Source::WmClass, takesKeys({})};
+    }
+
+    WindowIdentity of(const DesktopEntry& entry) const {
+        return {entry.id, entry.name.empty() ? className() : entry.name,
+                WindowIdentity::Source::DesktopEntry,
+                takesKeys(entry.id) && !entry.hasCategory("TerminalEmulator")};
+    }
+
+    std::optional<std::string> className() const {
+        const auto name = m_class.empty() ? m_instance : m_class;
+        if (name.empty()) return std::nullopt;
+        return std::string(name);
+    }
+
+    bool takesKeys(std::string_view id) const {
+        for (const auto name : {m_instance, m_class, id}) {
+            const auto lower = lowerAscii(name);
+            const auto last = lastComponent(lower);
+            if (contains(kTerminalClasses, last) || last == "emacs" || last == "emacsclient" ||
+                last.ends_with("terminal") || last.find("terminal-") != last.npos) {
+                return false;
+            }
+        }
+        return true;
+    }
+
+    const WindowFacts& m_facts;
+    const DesktopEntryIndex& m_index;
+    std::string_view m_instance;
+    std::string_view m_class;
+};
+
+} // namespace
+
+std::optional<WindowIdentity> identify(const WindowFacts& facts, const DesktopEntryIndex& index) {
+    return Resolver(facts, index).resolve();
+}
+
+std::optional<IdentifiedWindow> identify(std::span<const WindowFacts> chain,
+                                         std::span<const WindowFacts> neighbours,
+                                         const DesktopEntryIndex& index) {
+    std::optional<IdentifiedWindow> unclaimed;
+    for (auto facts = chain.rbegin(); facts != chain.rend(); ++facts) {
+        auto identity = identify(*facts, index);
+        if (!identity) continue;
+        IdentifiedWindow window{*std::move(identity), facts->process};
+        if (window.identity.source != WindowIdentity::Source::WmClass) return window;
+        if (!unclaimed) unclaimed = std::move(window);
+    }
+    for (const auto& facts : neighbours) {
+        auto identity = identify(facts, index);
+        if (identity && identity->source == WindowIdentity::Source::DesktopEntry) {
+            return IdentifiedWindow{*std::move(identity), facts.process};
+        }
+    }
+    return unclaimed;
+}
+
+ProcessId processIdOf(pid_t process, std::string_view bundleId) {
+    // FNV-1a: two applications of one process share a number once in two thousand million.
+    std::uint32_t hash = 2166136261U;
+    for (const char c : bundleId) hash = (hash ^ static_cast<unsigned char>(c)) * 16777619U;
+    return static_cast<ProcessId>((std::uint64_t{hash & 0x7FFFFFFFU} << 32U) |
+                                  static_cast<std::uint32_t>(process));
+}
+
+std::string flatpakIdFrom(std::string_view flatpakInfo) {
+    bool inside = false;
+    while (!flatpakInfo.empty()) {
+        const auto end = std::min(flatpakInfo.find('\n'), flatpakInfo.size());
+        const auto line = flatpakInfo.substr(0, end);
+        flatpakInfo.remove_prefix(std::min(end + 1, flatpakInfo.size()));
+        if (line.starts_with('[')) inside = line == "[Application]";
+        if (inside && line.starts_with("name=")) return utf8FromOutside(line.substr(5));
+    }
+    return {};
+}
+
+std::string snapInstanceFrom(std::string_view cgroups) {
+    constexpr std::string_view kMark = "/snap.";
+    for (auto at = cgroups.find(kMark); at != cgroups.npos; at = cgroups.find(kMark, at + 1)) {
+        const auto rest = cgroups.substr(at + kMark.size());
+        const auto name = rest.substr(0, rest.find_first_of("./\n"));
+        if (!name.empty() && name.size() < rest.size() && rest[name.size()] == '.') {
+            return utf8FromOutside(name);
+        }
+    }
+    return {};
+}
+
+} // namespace kelvane

@@ -1,0 +1,379 @@
+#include "platform/linux/x11/selection_monitor.h"
+
+#include "platform/linux/x11/bounded_reply.h"
+
+#include <poll.h>
+#include <signal.h>
+#include <sys/eventfd.h>
+#include <sys/socket.h>
+#include <unistd.h>
+#include <xcb/res.h>
+#include <xcb/xfixes.h>
+
+#include <array>
+#include <string_view>
+
+namespace kelvane {
+
+namespace {
+
+using namespace std::chrono_literals;
+using std::chrono::steady_clock;
+
+/// A caller's wait for the thread: some answers of the server, and whatever it is busy with.
+constexpr auto kCallerPatience = 2 * kServerSilence;
+constexpr auto kKeeperPatience = 300ms;
+constexpr auto kEndPatience = 1s;
+constexpr auto kStallCheck = 5s;
+
+constexpr std::array<std::string_view, 18> kAtoms{"CLIPBOARD",    "CLIPBOARD_MANAGER",
+                                                  "TARGETS",      "MULTIPLE",
+                                                  "TIMESTAMP",    "SAVE_TARGETS",
+                                                  "ATOM_PAIR",    "INCR",
+                                                  "NULL",         "TEXT",
+                                                  kUtf8String,    kUtf8Plain,
+                                                  kPlain,         "image/png",
+                                                  "text/html",    "KELVANE_SELECTION",
+                                                  "KELVANE_TIME", "KELVANE_SAVED_TARGETS"};
+
+/// The event number of XFIXES events; absent when the server has none.
+std::optional<std::uint8_t> startFixes(X11Connection& link) {
+    const auto* const extension = xcb_get_extension_data(link.xcb(), &xcb_xfixes_id);
+    if (extension == nullptr || extension->present == 0) return std::nullopt;
+    const auto version = replyWithin<xcb_xfixes_query_version_reply_t>(
+        link.xcb(), xcb_xfixes_query_version(link.xcb(), 1, 0));
+    if (!version || version->major_version < 1) return std::nullopt;
+    return static_cast<std::uint8_t>(extension->first_event + XCB_XFIXES_SELECTION_NOTIFY);
+}
+
+bool startProcessQuestions(X11Connection& link) {
+    const auto* const extension = xcb_get_extension_data(link.xcb(), &xcb_res_id);
+    if (extension == nullptr || extension->present == 0) return false;
+    const auto version = replyWithin<xcb_res_query_version_reply_t>(
+        link.xcb(), xcb_res_query_version(link.xcb(), 1, 2));
+    return version && (version->server_major > 1 || version->server_minor >= 2);
+}
+
+} // namespace
+
+std::unique_ptr<SelectionMonitor> SelectionMonitor::open(const std::string& display) {
+    auto link = X11Connection::open(display);
+    if (!link) return nullptr;
+    const auto fixes = startFixes(*link);
+    if (!fixes) return nullptr;
+    link->learnAtoms(kAtoms);
+
+    const auto window = xcb_generate_id(link->xcb());
+    const std::uint32_t mask = XCB_EVENT_MASK_PROPERTY_CHANGE;
+    xcb_create_window(link->xcb(), XCB_COPY_FROM_PARENT, window, link->root(), -1, -1, 1, 1, 0,
+                      XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, XCB_CW_EVENT_MASK, &mask);
+    for (const auto selection : {link->atom("CLIPBOARD"), xcb_atom_t{XCB_ATOM_PRIMARY}}) {
+        xcb_xfixes_select_selection_input(
+            link->xcb(), window, selection,
+            XCB_XFIXES_SELECTION_EVENT_MASK_SET_SELECTION_OWNER |
+                XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_WINDOW_DESTROY |
+                XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_CLIENT_CLOSE);
+    }
+    const bool tellsProcesses = startProcessQuestions(*link);
+    if (!link->alive()) return nullptr;
+    return std::unique_ptr<SelectionMonitor>(
+        new SelectionMonitor(std::move(link), window, *fixes, tellsProcesses));
+}
+
+SelectionMonitor::SelectionMonitor(std::shared_ptr<X11Connection> link, xcb_window_t window,
+                                   std::uint8_t fixesEvent, bool tellsProcesses)
+    : m_link(std::move(link)),
+      m_window(window),
+      m_fixesEvent(fixesEvent),
+      m_tellsProcesses(tellsProcesses),
+      m_clipboard(m_link->atom("CLIPBOARD")),
+      m_clock(m_link->atom("KELVANE_TIME")),
+      m_owner(m_link, window) {
+    // Who selected before we listened is known; when, is not.
+    if (const auto primary = replyWithin<xcb_get_selection_owner_reply_t>(
+            m_link->xcb(), xcb_get_selection_owner(m_link->xcb(), XCB_ATOM_PRIMARY))) {
+        m_primary.owner = primary->owner;
+    }
+    m_wake = ::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
+    // Signals are the business of the program's own threads.
+    sigset_t all;
+    sigset_t before;
+    ::sigfillset(&all);
+    ::pthread_sigmask(SIG_SETMASK, &all, &before);
+    m_thread = std::thread([this] { run(); });
+    ::pthread_sigmask(SIG_SETMASK, &before, nullptr);
+}
+
+SelectionMonitor::~SelectionMonitor() {
+    m_stop = true;
+    ::eventfd_write(m_wake, 1);
+    if (m_ended.get_future().wait_for(kEndPatience) != std::future_status::ready) {
+        // It hangs in a write to a server that does not read.
+        ::shutdown(xcb_get_file_descriptor(m_link->xcb()), SHUT_RDWR);
+    }
+    m_thread.join();
+    ::close(m_wake);
+}
+
+// ---- callers -----------------------------------------------------------------------------------
+
+bool SelectionMonitor::post(std::function<void()> job) {
+    {
+        const std::lock_guard lock(m_mutex);
+        if (!m_open) return false;
+        m_jobs.push_back(std::move(job));
+    }
+    ::eventfd_write(m_wake, 1);
+    return true;
+}
+
+template <class Job>
+std::optional<std::invoke_result_t<Job>> SelectionMonitor::ask(Job job) {
+    using Answer = std::invoke_result_t<Job>;
+    const auto task = std::make_shared<std::packaged_task<Answer()>>(std::move(job));
+    auto answer = task->get_future();
+    if (!post([task] { (*task)(); })) return std::nullopt;
+    if (answer.wait_for(kCallerPatience) != std::future_status::ready) return std::nullopt;
+    try {
+        return answer.get();
+    } catch (const std::future_error&) {
+        return std::nullopt; // The thread ended first.
+    }
+}
+
+std::optional<SelectionMonitor::Status> SelectionMonitor::status() {
+    return ask([this] {
+        catchUp();
+        return Status{m_changes, m_owner.content()};
+    });
+}
+
+void SelectionMonitor::offer(Content content) {
+    ask([this, content = std::move(content)] {
+        m_copy.reset();
+        give(content);
+        ++m_changes;
+        return true;
+    });
+}
+
+void SelectionMonitor::beginCopy(const CopyTarget& target, bool keyPosted,
+                                 std::optional<Content> remembered) {
+    ask([this, target, keyPosted, remembered = std::move(remembered)] {
+        catchUp();
+        Copy copy;
+        copy.target = target;
+        copy.asked = partyOf(target.window);
+        copy.keyPosted = keyPosted;
+        copy.remembered = remembered;
+        copy.keyTime = serverTime().value_or(0);
+        m_copy = std::move(copy);
+        return true;
+    });
+}
+
+std::optional<SelectionMonitor::CopyResult> SelectionMonitor::copyResult() {
+    auto result = ask([this] { return lookAtCopy(); });
+    return result ? *result : std::nullopt;
+}
+
+std::optional<SelectionMonitor::CopyResult> SelectionMonitor::finalCopyResult() {
+    auto result = ask([this] {
+        auto seen = lookAtCopy();
+        // An answer that is there is about to be read; it may even be given twice.
+        if (m_copy) m_copy->decided = !m_copy->changed;
+        return seen;
+    });
+    return result ? *result : std::nullopt;
+}
+
+void SelectionMonitor::putBack(Content remembered, bool afterCopy) {
+    ask([this, remembered = std::move(remembered), afterCopy] {
+        catchUp();
+        ClipboardFacts facts;
+        facts.ownedByUs = m_owner.content() != nullptr;
+        if (m_copy && afterCopy) {
+            m_copy->decided = true;
+            facts.keyPosted = m_copy->keyPosted;
+            facts.changed = m_copy->changed;
+            facts.lastChange = m_copy->lastChange;
+            facts.oneClient = m_copy->oneClient;
+        }
+        const bool there = remembered && remembered == m_owner.content();
+        if (!there && mayPutBack(facts)) give(remembered);
+        return true;
+    });
+}
+
+// ---- the thread --------------------------------------------------------------------------------
+
+void SelectionMonitor::run() {
+    while (!m_stop && m_link->alive()) {
+        drain();
+        if (runJobs()) continue;
+        const bool transfers = m_owner.dropStalled();
+        xcb_flush(m_link->xcb());
+        // Writing may have read: what is in memory already wakes nobody.
+        if (XcbOwned<xcb_generic_event_t> event{xcb_poll_for_queued_event(m_link->xcb())}) {
+            m_events.push_back(std::move(event));
+            continue;
+        }
+        pollfd waits[] = {{xcb_get_file_descriptor(m_link->xcb()), POLLIN, 0}, {m_wake, POLLIN, 0}};
+        const auto longest = std::chrono::milliseconds(kStallCheck).count();
+        ::poll(waits, 2, transfers ? static_cast<int>(longest) : -1);
+        eventfd_t ignored = 0;
+        ::eventfd_read(m_wake, &ignored);
+    }
+    std::deque<std::function<void()>> left;
+    {
+        const std::lock_guard lock(m_mutex);
+        m_open = false;
+        left.swap(m_jobs);
+    }
+    left.clear(); // Tells those who wait.
+    if (m_link->alive()) handOver();
+    m_ended.set_value();
+}
+
+void SelectionMonitor::handOver() {
+    m_copy.reset();
+    if (!m_owner.askKeeper()) return;
+    const auto end = steady_clock::now() + kKeeperPatience;
+    while (!m_owner.keeperAnswered()) {
+        if (m_events.empty()) {
+            auto event = eventBefore(m_link->xcb(), end);
+            if (!event) return;
+            m_events.push_back(std::move(event));
+        }
+        drain();
+    }
+}
+
+bool SelectionMonitor::runJobs() {
+    std::deque<std::function<void()>> jobs;
+    {
+        const std::lock_guard lock(m_mutex);
+        jobs.swap(m_jobs);
+    }
+    for (const auto& job : jobs) {
+        if (!m_stop) job();
+    }
+    return !jobs.empty();
+}
+
+void SelectionMonitor::drain() {
+    for (;;) {
+        XcbOwned<xcb_generic_event_t> event;
+        if (!m_events.empty()) {
+            event = std::move(m_events.front());
+            m_events.pop_front();
+        } else {
+            event.reset(xcb_poll_for_event(m_link->xcb()));
+        }
+        if (!event) return;
+        handle(*event);
+    }
+}
+
+void SelectionMonitor::catchUp() {
+    // Whatever the server did before this answer has arrived together with it.
+    (void)replyWithin<xcb_get_input_focus_reply_t>(m_link->xcb(),
+                                                   xcb_get_input_focus(m_link->xcb()));
+    drain();
+}
+
+void SelectionMonitor::handle(const xcb_generic_event_t& event) {
+    if ((event.response_type & 0x7FU) != m_fixesEvent) {
+        m_owner.handle(event);
+        return;
+    }
+    const auto& notify = reinterpret_cast<const xcb_xfixes_selection_notify_event_t&>(event);
+    const bool set = notify.subtype == XCB_XFIXES_SELECTION_EVENT_SET_SELECTION_OWNER;
+    const auto owner = set ? notify.owner : static_cast<xcb_window_t>(XCB_WINDOW_NONE);
+    if (notify.selection == XCB_ATOM_PRIMARY) {
+        m_primary = {owner, notify.selection_timestamp};
+        return;
+    }
+    // Some owners give CLIPBOARD up for a moment before they take it again: nobody is no change.
+    const bool byOthers = owner != XCB_WINDOW_NONE && owner != m_window;
+    if (notify.selection == m_clipboard && byOthers) {
+        clipboardChanged(owner, notify.selection_timestamp, notify.timestamp);
+    }
+}
+
+void SelectionMonitor::clipboardChanged(xcb_window_t owner, ServerTime selected,
+                                        ServerTime happened) {
+    ++m_changes;
+    if (!m_copy || !m_copy->keyPosted) return;
+    Copy& copy = *m_copy;
+    const std::uint32_t client = owner & ~xcb_get_setup(m_link->xcb())->resource_id_mask;
+    if (copy.changed && client != copy.client) copy.oneClient = false;
+    if (!copy.changed) copy.client = client;
+    copy.changed = true;
+    copy.lastChange = provenance(owner);
+    const LateChangeFacts facts{
+        .keyPosted = copy.keyPosted,
+        .decided = copy.decided,
+        .remembered = copy.remembered.has_value(),
+        .change = copy.lastChange,
+        .selectedAfterKey = serverTimeBetween(copy.keyTime, selected),
+        .arrivedAfterKey = serverTimeBetween(copy.keyTime, happened),
+    };
+    if (isLateCopy(facts)) give(*copy.remembered);
+}
+
+std::optional<ServerTime> SelectionMonitor::serverTime() {
+    xcb_change_property(m_link->xcb(), XCB_PROP_MODE_APPEND, m_window, m_clock, XCB_ATOM_STRING, 8,
+                        0, nullptr);
+    const auto end = steady_clock::now() + kServerSilence;
+    while (auto event = eventBefore(m_link->xcb(), end)) {
+        if ((event->response_type & 0x7FU) == XCB_PROPERTY_NOTIFY) {
+            const auto& change = reinterpret_cast<const xcb_property_notify_event_t&>(*event);
+            if (change.window == m_window && change.atom == m_clock) return change.time;
+        }
+        m_events.push_back(std::move(event));
+    }
+    return std::nullopt;
+}
+
+std::optional<SelectionMonitor::CopyResult> SelectionMonitor::lookAtCopy() {
+    catchUp();
+    if (!m_copy) return std::nullopt;
+    CopyResult result{m_changes, {}};
+    result.facts.keyPosted = m_copy->keyPosted;
+    result.facts.clipboardChanged = m_copy->changed;
+    result.facts.primaryOwner = provenance(m_primary.owner);
+    const auto now = serverTime();
+    if (now && m_primary.since) {
+        result.facts.primaryAge = serverTimeBetween(*m_primary.since, *now);
+    }
+    return result;
+}
+
+SelectionParty SelectionMonitor::partyOf(xcb_window_t window) {
+    SelectionParty party{window, std::nullopt};
+    if (window == XCB_WINDOW_NONE || !m_tellsProcesses) return party;
+    const xcb_res_client_id_spec_t question{window, XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID};
+    const auto reply = replyWithin<xcb_res_query_client_ids_reply_t>(
+        m_link->xcb(), xcb_res_query_client_ids(m_link->xcb(), 1, &question));
+    if (!reply) return party;
+    for (auto id = xcb_res_query_client_ids_ids_iterator(reply.get()); id.rem > 0;
+         xcb_res_client_id_value_next(&id)) {
+        if ((id.data->spec.mask & XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID) == 0) continue;
+        if (xcb_res_client_id_value_value_length(id.data) < 1) continue;
+        party.process = static_cast<pid_t>(*xcb_res_client_id_value_value(id.data));
+    }
+    return party;
+}
+
+Provenance SelectionMonitor::provenance(xcb_window_t owner) {
+    if (!m_copy) return Provenance::Unknown;
+    return provenanceOf(partyOf(owner), m_copy->asked, m_copy->target.process,
+                        xcb_get_setup(m_link->xcb())->resource_id_mask);
+}
+
+void SelectionMonitor::give(const Content& content) {
+    if (const auto time = serverTime()) m_owner.offer(content, *time);
+}
+
+} // namespace kelvane

@@ -1,0 +1,266 @@
+#include "platform/linux/x11/selection_owner.h"
+
+#include "platform/linux/x11/bounded_reply.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace kelvane {
+
+namespace {
+
+using std::chrono::steady_clock;
+
+constexpr std::size_t kChunk = std::size_t{256} << 10U;
+constexpr std::size_t kMostTransfers = 32;
+constexpr std::chrono::seconds kStall{10};
+constexpr std::size_t kMostPairs = 4096;
+
+} // namespace
+
+SelectionOwner::SelectionOwner(std::shared_ptr<X11Connection> link, xcb_window_t window)
+    : m_link(std::move(link)),
+      m_window(window),
+      m_chunk(std::min(kChunk,
+                       (std::size_t{xcb_get_maximum_request_length(m_link->xcb())} * 2) / 4 * 4)),
+      m_clipboard(m_link->atom("CLIPBOARD")),
+      m_targets(m_link->atom("TARGETS")),
+      m_multiple(m_link->atom("MULTIPLE")),
+      m_timestamp(m_link->atom("TIMESTAMP")),
+      m_saveTargets(m_link->atom("SAVE_TARGETS")),
+      m_atomPair(m_link->atom("ATOM_PAIR")),
+      m_incr(m_link->atom("INCR")),
+      m_null(m_link->atom("NULL")),
+      m_keeper(m_link->atom("CLIPBOARD_MANAGER")),
+      m_utf8String(m_link->atom(kUtf8String)),
+      m_utf8Plain(m_link->atom(kUtf8Plain)),
+      m_plain(m_link->atom(kPlain)),
+      m_textTarget(m_link->atom("TEXT")) {}
+
+bool SelectionOwner::offer(std::shared_ptr<const ClipboardContent> content, xcb_timestamp_t time) {
+    const bool empty = !content || content->empty();
+    const xcb_window_t owner = empty ? static_cast<xcb_window_t>(XCB_WINDOW_NONE) : m_window;
+    xcb_set_selection_owner(m_link->xcb(), owner, m_clipboard, time);
+    m_content = nullptr;
+    m_text.reset();
+    // Asked in both cases: whoever looks after this sees that it is done.
+    const bool ours = owns();
+    if (empty) return !ours;
+    if (!ours) return false;
+    m_since = time;
+    m_content = std::move(content);
+    m_text = textAmong(*m_content);
+    return true;
+}
+
+bool SelectionOwner::owns() {
+    const auto reply = replyWithin<xcb_get_selection_owner_reply_t>(
+        m_link->xcb(), xcb_get_selection_owner(m_link->xcb(), m_clipboard));
+    return reply && reply->owner == m_window;
+}
+
+void SelectionOwner::handle(const xcb_generic_event_t& event) {
+    switch (event.response_type & 0x7FU) {
+    case XCB_SELECTION_REQUEST:
+        answer(reinterpret_cast<const xcb_selection_request_event_t&>(event));
+        break;
+    case XCB_SELECTION_CLEAR: {
+        const auto& lost = reinterpret_cast<const xcb_selection_clear_event_t&>(event);
+        // It may tell of a loss that was already made good.
+        if (lost.selection == m_clipboard && !owns()) {
+            m_content = nullptr;
+            m_text.reset();
+        }
+        break;
+    }
+    case XCB_SELECTION_NOTIFY: {
+        const auto& notify = reinterpret_cast<const xcb_selection_notify_event_t&>(event);
+        if (notify.selection == m_keeper) m_keeperAnswered = true;
+        break;
+    }
+    case XCB_PROPERTY_NOTIFY:
+        sendNext(reinterpret_cast<const xcb_property_notify_event_t&>(event));
+        break;
+    case XCB_DESTROY_NOTIFY:
+        forget(reinterpret_cast<const xcb_destroy_notify_event_t&>(event).window);
+        break;
+    default:
+        break;
+    }
+}
+
+void SelectionOwner::answer(const xcb_selection_request_event_t& request) {
+    // Clients of the very old kind leave the choice of the property to the owner.
+    const auto property = request.property != XCB_ATOM_NONE ? request.property : request.target;
+    const bool given = request.selection == m_clipboard &&
+                       (request.target == m_multiple
+                            ? request.property != XCB_ATOM_NONE && answerMultiple(request, property)
+                            : give(request.requestor, request.target, property));
+    // The event that is sent has a fixed size, larger than this one's fields.
+    union {
+        xcb_selection_notify_event_t notify;
+        char bytes[32];
+    } event{};
+    event.notify.response_type = XCB_SELECTION_NOTIFY;
+    event.notify.time = request.time;
+    event.notify.requestor = request.requestor;
+    event.notify.selection = request.selection;
+    event.notify.target = request.target;
+    event.notify.property = given ? property : static_cast<xcb_atom_t>(XCB_ATOM_NONE);
+    xcb_send_event(m_link->xcb(), 0, request.requestor, XCB_EVENT_MASK_NO_EVENT, event.bytes);
+}
+
+bool SelectionOwner::answerMultiple(const xcb_selection_request_event_t& request,
+                                    xcb_atom_t property) {
+    const auto reply = replyWithin<xcb_get_property_reply_t>(
+        m_link->xcb(), xcb_get_property(m_link->xcb(), 0, request.requestor, property, m_atomPair,
+                                        0, kMostPairs * 2));
+    if (!reply || reply->format != 32) return false;
+    const auto* const words = static_cast<const xcb_atom_t*>(xcb_get_property_value(reply.get()));
+    std::vector<xcb_atom_t> pairs(words, words + reply->value_len);
+    for (std::size_t i = 0; i + 1 < pairs.size(); i += 2) {
+        const bool given = pairs[i] != m_multiple && pairs[i + 1] != XCB_ATOM_NONE &&
+                           give(request.requestor, pairs[i], pairs[i + 1]);
+        if (!given) pairs[i + 1] = XCB_ATOM_NONE;
+    }
+    xcb_change_property(m_link->xcb(), XCB_PROP_MODE_REPLACE, request.requestor, property,
+                        m_atomPair, 32, static_cast<std::uint32_t>(pairs.size()), pairs.data());
+    return true;
+}
+
+bool SelectionOwner::give(xcb_window_t asker, xcb_atom_t target, xcb_atom_t property) {
+    const auto value = valueOf(target);
+    if (!value) return false;
+    const std::size_t size = value->bytes->size();
+    if (size <= m_chunk) {
+        put(asker, property, *value, 0, size);
+        return true;
+    }
+    if (m_transfers.size() >= kMostTransfers) return false;
+    const std::uint32_t mask = XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_EVENT_MASK_STRUCTURE_NOTIFY;
+    xcb_change_window_attributes(m_link->xcb(), asker, XCB_CW_EVENT_MASK, &mask);
+    const auto announced = static_cast<std::uint32_t>(size);
+    xcb_change_property(m_link->xcb(), XCB_PROP_MODE_REPLACE, asker, property, m_incr, 32, 1,
+                        &announced);
+    std::erase_if(m_transfers, [&](const Transfer& transfer) {
+        return transfer.asker == asker && transfer.property == property;
+    });
+    m_transfers.push_back({asker, property, *value, 0, steady_clock::now()});
+    return true;
+}
+
+std::optional<SelectionOwner::Value> SelectionOwner::valueOf(xcb_atom_t target) {
+    if (!m_content) return std::nullopt;
+    if (target == m_targets) {
+        auto list = contentTargets();
+        list.insert(list.end(), {m_targets, m_multiple, m_timestamp, m_saveTargets});
+        return atoms(list);
+    }
+    if (target == m_timestamp) {
+        auto value = atoms({m_since});
+        value.type = XCB_ATOM_INTEGER;
+        return value;
+    }
+    if (target == m_saveTargets) return Value{m_null, 32, std::make_shared<std::string>()};
+    for (const auto& format : *m_content) {
+        if (m_link->atom(format.target) != target) continue;
+        return Value{m_link->atom(format.type), format.unit,
+                     std::shared_ptr<const std::string>(m_content, &format.bytes)};
+    }
+    if (!m_text) return std::nullopt;
+    if (target == m_utf8String || target == m_textTarget) {
+        return Value{m_utf8String, 8, std::make_shared<std::string>(*m_text)};
+    }
+    if (target == m_utf8Plain || target == m_plain) {
+        return Value{target, 8, std::make_shared<std::string>(*m_text)};
+    }
+    if (target == XCB_ATOM_STRING) {
+        return Value{XCB_ATOM_STRING, 8, std::make_shared<std::string>(latin1(*m_text))};
+    }
+    return std::nullopt;
+}
+
+std::vector<xcb_atom_t> SelectionOwner::contentTargets() {
+    std::vector<xcb_atom_t> list;
+    if (!m_content) return list;
+    for (const auto& format : *m_content) list.push_back(m_link->atom(format.target));
+    if (m_text) {
+        const xcb_atom_t names[] = {m_utf8String, m_utf8Plain, m_plain, m_textTarget,
+                                    XCB_ATOM_STRING};
+        for (const auto name : names) {
+            if (std::ranges::find(list, name) == list.end()) list.push_back(name);
+        }
+    }
+    return list;
+}
+
+SelectionOwner::Value SelectionOwner::atoms(const std::vector<xcb_atom_t>& list) const {
+    return {XCB_ATOM_ATOM, 32,
+            std::make_shared<std::string>(reinterpret_cast<const char*>(list.data()),
+                                          list.size() * sizeof(xcb_atom_t))};
+}
+
+void SelectionOwner::put(xcb_window_t asker, xcb_atom_t property, const Value& value,
+                         std::size_t from, std::size_t length) {
+    const std::size_t unitBytes = value.unit / 8U;
+    xcb_change_property(m_link->xcb(), XCB_PROP_MODE_REPLACE, asker, property, value.type,
+                        value.unit, static_cast<std::uint32_t>(length / unitBytes),
+                        value.bytes->data() + from);
+}
+
+void SelectionOwner::sendNext(const xcb_property_notify_event_t& change) {
+    if (change.state != XCB_PROPERTY_DELETE) return;
+    const auto found = std::ranges::find_if(m_transfers, [&](const Transfer& transfer) {
+        return transfer.asker == change.window && transfer.property == change.atom;
+    });
+    if (found == m_transfers.end()) return;
+    const std::size_t length = std::min(m_chunk, found->value.bytes->size() - found->sent);
+    put(found->asker, found->property, found->value, found->sent, length);
+    found->sent += length;
+    found->lastMove = steady_clock::now();
+    if (length > 0) return;
+    const auto asker = found->asker;
+    m_transfers.erase(found);
+    stopListeningTo(asker);
+}
+
+void SelectionOwner::forget(xcb_window_t asker) {
+    std::erase_if(m_transfers, [&](const Transfer& transfer) { return transfer.asker == asker; });
+}
+
+void SelectionOwner::stopListeningTo(xcb_window_t asker) {
+    const bool needed = std::ranges::any_of(
+        m_transfers, [&](const Transfer& transfer) { return transfer.asker == asker; });
+    if (needed) return;
+    const std::uint32_t nothing = XCB_EVENT_MASK_NO_EVENT;
+    xcb_change_window_attributes(m_link->xcb(), asker, XCB_CW_EVENT_MASK, &nothing);
+}
+
+bool SelectionOwner::dropStalled() {
+    const auto now = steady_clock::now();
+    std::vector<xcb_window_t> left;
+    std::erase_if(m_transfers, [&](const Transfer& transfer) {
+        if (now - transfer.lastMove < kStall) return false;
+        left.push_back(transfer.asker);
+        return true;
+    });
+    for (const auto asker : left) stopListeningTo(asker);
+    return !m_transfers.empty();
+}
+
+bool SelectionOwner::askKeeper() {
+    if (!m_content) return false;
+    const auto keeper = replyWithin<xcb_get_selection_owner_reply_t>(
+        m_link->xcb(), xcb_get_selection_owner(m_link->xcb(), m_keeper));
+    if (!keeper || keeper->owner == XCB_WINDOW_NONE) return false;
+    const auto list = contentTargets();
+    const auto property = m_link->atom("KELVANE_SAVED_TARGETS");
+    xcb_change_property(m_link->xcb(), XCB_PROP_MODE_REPLACE, m_window, property, XCB_ATOM_ATOM, 32,
+                        static_cast<std::uint32_t>(list.size()), list.data());
+    m_keeperAnswered = false;
+    xcb_convert_selection(m_link->xcb(), m_window, m_keeper, m_saveTargets, property,
+                          XCB_CURRENT_TIME);
+    return true;
+}
+
+} // namespace kelvane

@@ -1,0 +1,80 @@
+// Which application does each window on this X server belong to?
+//
+// What the workspace, the window list and the keyboard have in common: reading what windows say
+// about themselves and deciding with `identify()`. Questions go out together and answers are
+// collected afterwards, so a question about many windows costs as many round trips as one about a
+// single window. Any thread.
+
+#pragma once
+
+#include "platform/linux/rules/desktop_entries.h"
+#include "platform/linux/rules/window_identity.h"
+#include "platform/linux/x11/x11_connection.h"
+#include "platform/ports/running_app.h"
+
+#include <sys/types.h>
+
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace kelvane {
+
+/// A window and the application it belongs to.
+struct ApplicationWindow {
+    xcb_window_t window = XCB_WINDOW_NONE;
+    RunningApp app;
+    pid_t process = 0; ///< On this machine; 0 when not known.
+    bool takesKeys = true;
+};
+
+class X11Applications {
+public:
+    /// Neither may be null.
+    X11Applications(std::shared_ptr<X11Connection> connection,
+                    std::shared_ptr<DesktopEntries> entries);
+
+    [[nodiscard]] X11Connection& connection() { return *m_connection; }
+
+    /// The window that has the user's attention. Absent when none has, when the window manager does
+    /// not tell, and when there is no window manager to keep the answer true.
+    [[nodiscard]] std::optional<ApplicationWindow> active();
+
+    /// The managed windows, oldest first. Absent when there is no window manager or no link.
+    [[nodiscard]] std::optional<std::vector<xcb_window_t>> clients();
+    /// The managed windows, the one in front first. Absent likewise.
+    [[nodiscard]] std::optional<std::vector<xcb_window_t>> stacking();
+
+    /// Whom these windows belong to, in the order given. `neighbours` may speak for those that no
+    /// desktop file claims; topmost first. A window that is gone is left out.
+    [[nodiscard]] std::vector<ApplicationWindow>
+    identifyAll(const std::vector<xcb_window_t>& windows,
+                const std::vector<xcb_window_t>& neighbours);
+
+private:
+    struct Read {
+        WindowFacts facts;
+        xcb_window_t transientFor = XCB_WINDOW_NONE;
+        bool remote = false; ///< Shown here by a program on another machine.
+    };
+    using Reads = std::map<xcb_window_t, std::optional<Read>>; ///< Absent: the window is gone.
+
+    [[nodiscard]] std::optional<std::vector<xcb_window_t>> list(std::string_view name);
+    [[nodiscard]] bool isManager(xcb_window_t window, xcb_get_property_cookie_t proof);
+    void read(std::vector<xcb_window_t> windows, Reads& reads);
+    void addSandbox(WindowFacts& facts) const;
+    [[nodiscard]] std::optional<IdentifiedWindow>
+    decide(xcb_window_t window, const Reads& reads, const std::vector<xcb_window_t>& neighbours,
+           const DesktopEntryIndex& index) const;
+    [[nodiscard]] std::vector<xcb_window_t> chain(xcb_window_t window, const Reads& reads) const;
+
+    std::shared_ptr<X11Connection> m_connection;
+    std::shared_ptr<DesktopEntries> m_entries;
+    std::string m_host;
+    bool m_serverTellsProcesses = false; ///< The server knows which process each window is of.
+};
+
+} // namespace kelvane

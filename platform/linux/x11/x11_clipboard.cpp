@@ -1,0 +1,339 @@
+#include "platform/linux/x11/x11_clipboard.h"
+
+#include "platform/linux/rules/copy_rules.h"
+#include "platform/linux/x11/bounded_reply.h"
+#include "platform/linux/x11/clipboard_formats.h"
+#include "platform/linux/x11/copy_keys.h"
+#include "platform/linux/x11/selection_monitor.h"
+#include "platform/linux/x11/selection_reader.h"
+#include "platform/linux/x11/x11_connection.h"
+
+#include <xcb/xtest.h>
+
+#include <algorithm>
+#include <array>
+#include <map>
+#include <mutex>
+#include <thread>
+#include <utility>
+#include <vector>
+
+namespace kelvane {
+
+namespace {
+
+using namespace std::chrono_literals;
+using std::chrono::steady_clock;
+using Content = SelectionMonitor::Content;
+
+/// Some owners refuse while they are about to take the clipboard a second time.
+constexpr auto kBeforeSecondTry = 30ms;
+constexpr std::size_t kLargestTargetList = std::size_t{64} << 10U;
+
+bool startXtest(X11Connection& link) {
+    const auto* const extension = xcb_get_extension_data(link.xcb(), &xcb_test_id);
+    if (extension == nullptr || extension->present == 0) return false;
+    return replyWithin<xcb_test_get_version_reply_t>(
+               link.xcb(), xcb_test_get_version(link.xcb(), 2, 2)) != nullptr;
+}
+
+class Clipboard : public X11Clipboard {
+public:
+    Clipboard(std::shared_ptr<X11Connection> link, std::unique_ptr<SelectionMonitor> monitor)
+        : m_link(std::move(link)),
+          m_monitor(std::move(monitor)),
+          m_reader(m_link),
+          m_hasXtest(startXtest(*m_link)),
+          m_clipboard(m_link->atom("CLIPBOARD")),
+          m_targets(m_link->atom("TARGETS")) {}
+
+    bool canPostKeys() override { return m_hasXtest && m_link->alive(); }
+    void copyFrom(const CopyTarget& target) override;
+    std::optional<std::string> string() override;
+    std::int64_t changeCount() override;
+    void clearContents() override;
+    void setString(std::string_view text) override;
+    PasteboardMemory remember() override;
+    void putBack(const PasteboardMemory& memory) override;
+
+private:
+    struct Memory {
+        Content content;
+        bool lost = false; ///< There was something, and nothing of it could be kept.
+        std::int64_t changeCount = 0;
+    };
+    /// A copy that was started and not yet put back.
+    struct Copy {
+        bool decided = false;
+        std::int64_t countBefore = 0;
+        std::optional<std::string> fromPrimary;
+    };
+
+    [[nodiscard]] SelectionMonitor::Status status();
+    [[nodiscard]] std::int64_t decideCopy();
+    [[nodiscard]] std::optional<std::vector<KeyStroke>> strokes();
+    void post(const std::vector<KeyStroke>& strokes);
+    [[nodiscard]] std::optional<std::string> textFrom(xcb_atom_t selection);
+    [[nodiscard]] Memory readAll();
+    [[nodiscard]] std::vector<std::string> namesOf(const std::string& atoms);
+    [[nodiscard]] std::string nameOf(xcb_atom_t atom);
+
+    std::mutex m_mutex; ///< Serialises the calls; guards everything below.
+    std::shared_ptr<X11Connection> m_link;
+    std::unique_ptr<SelectionMonitor> m_monitor; ///< Null without XFIXES.
+    SelectionReader m_reader;
+    const bool m_hasXtest;
+    const xcb_atom_t m_clipboard;
+    const xcb_atom_t m_targets;
+    std::map<xcb_atom_t, std::string> m_names;
+
+    SelectionMonitor::Status m_lastStatus;
+    /// Added to the monitor's count. It moves when PRIMARY stands in for a change, and when changes
+    /// turn out to have nothing to do with a copy.
+    std::int64_t m_shift = 0;
+    std::optional<Memory> m_memory; ///< What the latest `remember()` saw.
+    std::optional<Copy> m_copy;
+};
+
+SelectionMonitor::Status Clipboard::status() {
+    if (m_monitor) {
+        if (auto now = m_monitor->status()) m_lastStatus = std::move(*now);
+    }
+    return m_lastStatus;
+}
+
+// ---- copying -----------------------------------------------------------------------------------
+
+void Clipboard::copyFrom(const CopyTarget& target) {
+    const std::lock_guard lock(m_mutex);
+    m_copy.reset();
+    // Without word of changes a copy could neither be noticed nor undone.
+    if (!m_monitor || !m_link->alive()) return;
+    const auto now = status();
+    if (m_memory && now.changes + m_shift != m_memory->changeCount) {
+        // The clipboard moved while the application came to the front: some take it anew then, or
+        // the user copied something. That is what has to come back, and no answer to our key.
+        const auto before = m_memory->changeCount;
+        m_memory = readAll();
+        m_memory->changeCount = before;
+        m_shift = before - now.changes;
+    }
+    const bool mayPost = target.takesKeys && m_hasXtest && !(m_memory && m_memory->lost);
+    const auto keys = mayPost ? strokes() : std::nullopt;
+    m_monitor->beginCopy(target, keys.has_value(),
+                         m_memory ? std::optional(m_memory->content) : std::nullopt);
+    if (keys) post(*keys);
+    m_copy =
+        Copy{.decided = false, .countBefore = now.changes + m_shift, .fromPrimary = std::nullopt};
+}
+
+std::optional<std::vector<KeyStroke>> Clipboard::strokes() {
+    auto* const xcb = m_link->xcb();
+    const auto* const setup = xcb_get_setup(xcb);
+    const auto keyCount = static_cast<std::uint8_t>(setup->max_keycode - setup->min_keycode + 1);
+    const auto keymap = xcb_query_keymap(xcb);
+    const auto mapping = xcb_get_keyboard_mapping(xcb, setup->min_keycode, keyCount);
+    const auto rows = xcb_get_modifier_mapping(xcb);
+    const auto held = replyWithin<xcb_query_keymap_reply_t>(xcb, keymap);
+    const auto symbols = replyWithin<xcb_get_keyboard_mapping_reply_t>(xcb, mapping);
+    const auto modifiers = replyWithin<xcb_get_modifier_mapping_reply_t>(xcb, rows);
+    if (!held || !symbols || !modifiers) return std::nullopt;
+
+    KeyboardState keyboard;
+    keyboard.firstKeyCode = setup->min_keycode;
+    keyboard.symbolsPerKey = symbols->keysyms_per_keycode;
+    const auto* const first = xcb_get_keyboard_mapping_keysyms(symbols.get());
+    keyboard.symbols.assign(first, first + xcb_get_keyboard_mapping_keysyms_length(symbols.get()));
+    const auto* key = xcb_get_modifier_mapping_keycodes(modifiers.get());
+    for (auto& row : keyboard.modifiers) {
+        row.assign(key, key + modifiers->keycodes_per_modifier);
+        key += modifiers->keycodes_per_modifier;
+    }
+    for (std::size_t code = 0; code < keyboard.held.size(); ++code) {
+        keyboard.held[code] = ((std::uint32_t{held->keys[code / 8]} >> (code % 8)) & 1U) != 0;
+    }
+    return copyKeys(keyboard);
+}
+
+void Clipboard::post(const std::vector<KeyStroke>& strokes) {
+    auto* const xcb = m_link->xcb();
+    for (const auto& stroke : strokes) {
+        xcb_test_fake_input(xcb, stroke.press ? XCB_KEY_PRESS : XCB_KEY_RELEASE, stroke.key,
+                            XCB_CURRENT_TIME, XCB_WINDOW_NONE, 0, 0, 0);
+    }
+    // The keys are down and up again when this is answered.
+    (void)replyWithin<xcb_get_input_focus_reply_t>(xcb, xcb_get_input_focus(xcb));
+}
+
+std::int64_t Clipboard::changeCount() {
+    const std::lock_guard lock(m_mutex);
+    if (m_copy && !m_copy->decided) return decideCopy();
+    return status().changes + m_shift;
+}
+
+std::int64_t Clipboard::decideCopy() {
+    m_copy->decided = true;
+    std::optional<std::string> fromPrimary;
+    const auto seen = m_monitor->copyResult();
+    if (seen && copyOutcome(seen->facts) == CopyOutcome::Primary) {
+        fromPrimary = textFrom(XCB_ATOM_PRIMARY);
+    }
+    // An application that was busy copying a large selection answers about PRIMARY only after that,
+    // so the copy itself may have come meanwhile.
+    const auto result = m_monitor->finalCopyResult();
+    if (!result) return m_copy->countBefore;
+    m_lastStatus.changes = result->changes;
+    if (copyOutcome(result->facts) != CopyOutcome::Clipboard) {
+        // PRIMARY counts as one change. Without it there was none: where no key was posted, a
+        // change is someone else's and no answer.
+        const bool taken = fromPrimary && !fromPrimary->empty();
+        m_shift = m_copy->countBefore + (taken ? 1 : 0) - result->changes;
+        if (taken) m_copy->fromPrimary = std::move(fromPrimary);
+    }
+    return result->changes + m_shift;
+}
+
+// ---- content -----------------------------------------------------------------------------------
+
+std::optional<std::string> Clipboard::string() {
+    const std::lock_guard lock(m_mutex);
+    if (m_copy && m_copy->fromPrimary) return m_copy->fromPrimary;
+    if (!m_link->alive()) return std::nullopt;
+    if (const auto ours = status().ours) return textAmong(*ours);
+    return textFrom(m_clipboard);
+}
+
+void Clipboard::clearContents() {
+    const std::lock_guard lock(m_mutex);
+    m_copy.reset();
+    if (m_monitor) m_monitor->offer(nullptr);
+}
+
+void Clipboard::setString(std::string_view text) {
+    const std::lock_guard lock(m_mutex);
+    m_copy.reset();
+    if (!m_monitor) return;
+    m_monitor->offer(std::make_shared<const ClipboardContent>(ClipboardContent{
+        {std::string(kUtf8String), std::string(kUtf8String), 8, std::string(text)}}));
+}
+
+PasteboardMemory Clipboard::remember() {
+    const std::lock_guard lock(m_mutex);
+    m_copy.reset();
+    const auto now = status();
+    m_memory = readAll();
+    m_memory->changeCount = now.changes + m_shift;
+    return {.string = m_memory->content ? textAmong(*m_memory->content) : std::nullopt,
+            .changeCount = m_memory->changeCount,
+            .formats = m_memory->content};
+}
+
+void Clipboard::putBack(const PasteboardMemory& memory) {
+    const std::lock_guard lock(m_mutex);
+    const bool afterCopy = m_copy.has_value();
+    m_copy.reset();
+    if (!m_monitor) return;
+    auto content = std::static_pointer_cast<const ClipboardContent>(memory.formats);
+    // The latest memory may have been renewed since it was handed out.
+    if (m_memory && m_memory->changeCount == memory.changeCount) content = m_memory->content;
+    m_monitor->putBack(std::move(content), afterCopy);
+}
+
+// ---- reading -----------------------------------------------------------------------------------
+
+std::optional<std::string> Clipboard::textFrom(xcb_atom_t selection) {
+    const SelectionBounds bounds{kLargestText, kOwnerSilence, steady_clock::now() + kLongestRead};
+    for (int attempt = 0; attempt < 2; ++attempt) {
+        if (m_reader.owner(selection).value_or(XCB_WINDOW_NONE) == XCB_WINDOW_NONE) break;
+        bool refused = true;
+        for (const auto& target : textTargets()) {
+            auto answer = m_reader.read(selection, m_link->atom(target), bounds);
+            if (answer.kind == SelectionAnswer::Kind::Refused) continue;
+            if (answer.kind != SelectionAnswer::Kind::Value) return std::nullopt;
+            refused = false;
+            const ClipboardFormat format{target, nameOf(answer.type), answer.unit,
+                                         std::move(answer.bytes)};
+            if (auto text = textOf(format)) return text;
+        }
+        if (!refused) break;
+        if (attempt == 0) std::this_thread::sleep_for(kBeforeSecondTry);
+    }
+    return std::nullopt;
+}
+
+Clipboard::Memory Clipboard::readAll() {
+    Memory memory;
+    if (!m_link->alive()) return memory;
+    if (const auto ours = m_lastStatus.ours) {
+        memory.content = ours;
+        return memory;
+    }
+    if (m_reader.owner(m_clipboard).value_or(XCB_WINDOW_NONE) == XCB_WINDOW_NONE) return memory;
+
+    using Kind = SelectionAnswer::Kind;
+    const auto end = steady_clock::now() + kLongestRemember;
+    const auto offered =
+        m_reader.read(m_clipboard, m_targets, {kLargestTargetList, kOwnerSilence, end});
+    memory.lost = offered.kind == Kind::Silent;
+    if (memory.lost) return memory;
+    // An owner that cannot tell what it has got may still have text.
+    const bool told = offered.kind == Kind::Value && offered.unit == 32;
+    auto content = std::make_shared<ClipboardContent>();
+    std::size_t room = kLargestMemory;
+    bool missed = false;
+    const auto targets = told ? namesOf(offered.bytes) : textTargets();
+    for (const auto& target : formatsToKeep(targets)) {
+        if (isCovered(target, *content)) continue;
+        auto answer = m_reader.read(m_clipboard, m_link->atom(target), {room, kOwnerSilence, end});
+        if (answer.kind == Kind::Silent || answer.kind == Kind::TooLarge) missed = true;
+        if (answer.kind == Kind::Silent) break; // Once is enough: the wait is the user's.
+        if (answer.kind != Kind::Value) continue;
+        const auto type = nameOf(answer.type);
+        if (!canBeKept(type)) continue;
+        room -= answer.bytes.size();
+        content->push_back({target, type, answer.unit, std::move(answer.bytes)});
+    }
+    memory.lost = missed && content->empty();
+    // Offered again in the owner's own order, which some programs choose by.
+    std::ranges::sort(*content, {}, [&](const ClipboardFormat& format) {
+        return std::ranges::find(targets, format.target) - targets.begin();
+    });
+    if (!content->empty()) memory.content = std::move(content);
+    return memory;
+}
+
+std::vector<std::string> Clipboard::namesOf(const std::string& atoms) {
+    X11Property list;
+    list.format = 32;
+    list.bytes = atoms;
+    const auto wanted = list.words();
+    std::vector<xcb_atom_t> unknown;
+    std::ranges::copy_if(wanted, std::back_inserter(unknown),
+                         [&](xcb_atom_t atom) { return !m_names.contains(atom); });
+    auto names = m_reader.names(unknown);
+    for (std::size_t i = 0; i < unknown.size(); ++i) {
+        if (!names[i].empty()) m_names[unknown[i]] = std::move(names[i]);
+    }
+    std::vector<std::string> found;
+    for (const auto atom : wanted) {
+        const auto known = m_names.find(atom);
+        if (known != m_names.end()) found.push_back(known->second);
+    }
+    return found;
+}
+
+std::string Clipboard::nameOf(xcb_atom_t atom) {
+    const std::string bytes(reinterpret_cast<const char*>(&atom), sizeof atom);
+    auto names = namesOf(bytes);
+    return names.empty() ? std::string() : std::move(names.front());
+}
+
+} // namespace
+
+std::shared_ptr<X11Clipboard> openX11Clipboard(const std::string& display) {
+    auto link = X11Connection::open(display);
+    if (!link) return nullptr;
+    return std::make_shared<Clipboard>(std::move(link), SelectionMonitor::open(display));
+}
+
+} // namespace kelvane

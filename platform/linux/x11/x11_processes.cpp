@@ -1,0 +1,52 @@
+#include "platform/linux/x11/x11_processes.h"
+
+#include <fstream>
+#include <limits>
+#include <string>
+
+namespace kelvane {
+
+bool serverTellsProcesses(X11Connection& connection) {
+    const auto* const extension = xcb_get_extension_data(connection.xcb(), &xcb_res_id);
+    if (extension == nullptr || extension->present == 0) return false;
+    const XcbOwned<xcb_res_query_version_reply_t> version(xcb_res_query_version_reply(
+        connection.xcb(), xcb_res_query_version_unchecked(connection.xcb(), 1, 2), nullptr));
+    return version && (version->server_major > 1 ||
+                       (version->server_major == 1 && version->server_minor >= 2));
+}
+
+xcb_res_query_client_ids_cookie_t askProcess(X11Connection& connection, xcb_window_t window) {
+    const xcb_res_client_id_spec_t spec{window, XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID};
+    return xcb_res_query_client_ids_unchecked(connection.xcb(), 1, &spec);
+}
+
+pid_t takeProcess(X11Connection& connection, xcb_res_query_client_ids_cookie_t cookie) {
+    const XcbOwned<xcb_res_query_client_ids_reply_t> reply(
+        xcb_res_query_client_ids_reply(connection.xcb(), cookie, nullptr));
+    if (!reply) return 0;
+    for (auto ids = xcb_res_query_client_ids_ids_iterator(reply.get()); ids.rem > 0;
+         xcb_res_client_id_value_next(&ids)) {
+        if ((ids.data->spec.mask & XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID) == 0) continue;
+        if (xcb_res_client_id_value_value_length(ids.data) < 1) continue;
+        return asProcess(*xcb_res_client_id_value_value(ids.data));
+    }
+    return 0;
+}
+
+pid_t asProcess(std::uint32_t number) {
+    constexpr auto kLargest = static_cast<std::uint32_t>(std::numeric_limits<pid_t>::max());
+    return number <= kLargest ? static_cast<pid_t>(number) : 0;
+}
+
+bool isStopped(pid_t process) {
+    if (process <= 0) return false;
+    std::ifstream file("/proc/" + std::to_string(process) + "/stat");
+    std::string line;
+    std::getline(file, line);
+    // "pid (name) state ...", where the name may hold anything, also parentheses.
+    const auto name = line.rfind(") ");
+    return name != std::string::npos && name + 2 < line.size() &&
+           (line[name + 2] == 'T' || line[name + 2] == 't');
+}
+
+} // namespace kelvane

@@ -1,0 +1,127 @@
+#include "platform/linux/x11/x11_windows.h"
+
+#include <algorithm>
+#include <array>
+#include <optional>
+#include <string_view>
+#include <utility>
+
+namespace kelvane {
+
+namespace {
+
+constexpr std::uint32_t kEveryDesktop = 0xFFFFFFFFU;
+constexpr std::uint32_t kNormalState = 1; ///< WM_STATE: shown, not an icon.
+
+constexpr std::array<std::pair<std::string_view, X11WindowType>, 14> kTypes{{
+    {"_NET_WM_WINDOW_TYPE_NORMAL", X11WindowType::Normal},
+    {"_NET_WM_WINDOW_TYPE_DIALOG", X11WindowType::Dialog},
+    {"_NET_WM_WINDOW_TYPE_UTILITY", X11WindowType::Utility},
+    {"_NET_WM_WINDOW_TYPE_TOOLBAR", X11WindowType::Toolbar},
+    {"_NET_WM_WINDOW_TYPE_MENU", X11WindowType::Menu},
+    {"_NET_WM_WINDOW_TYPE_DROPDOWN_MENU", X11WindowType::Menu},
+    {"_NET_WM_WINDOW_TYPE_POPUP_MENU", X11WindowType::Menu},
+    {"_NET_WM_WINDOW_TYPE_SPLASH", X11WindowType::Splash},
+    {"_NET_WM_WINDOW_TYPE_NOTIFICATION", X11WindowType::Notification},
+    {"_NET_WM_WINDOW_TYPE_TOOLTIP", X11WindowType::Notification},
+    {"_NET_WM_WINDOW_TYPE_COMBO", X11WindowType::Notification},
+    {"_NET_WM_WINDOW_TYPE_DND", X11WindowType::Notification},
+    {"_NET_WM_WINDOW_TYPE_DOCK", X11WindowType::Dock},
+    {"_NET_WM_WINDOW_TYPE_DESKTOP", X11WindowType::Desktop},
+}};
+
+void learnAtoms(X11Connection& x) {
+    std::vector<std::string_view> names{
+        "_NET_CURRENT_DESKTOP", "_NET_WM_DESKTOP",     "_NET_WM_STATE",      "_NET_WM_STATE_HIDDEN",
+        "_NET_WM_STATE_STICKY", "_NET_WM_WINDOW_TYPE", "_GTK_FRAME_EXTENTS", "WM_STATE",
+    };
+    for (const auto& [name, type] : kTypes) names.push_back(name);
+    x.learnAtoms(names);
+}
+
+/// A window may name several types, the most fitting first; those nobody has heard of are skipped.
+X11WindowType typeOf(X11Connection& x, const std::optional<X11Property>& property) {
+    if (!property) return X11WindowType::Normal;
+    for (const auto atom : property->words()) {
+        for (const auto& [name, type] : kTypes) {
+            if (atom == x.atom(name)) return type;
+        }
+    }
+    return X11WindowType::Normal;
+}
+
+} // namespace
+
+X11FrameExtents frameExtents(const std::optional<X11Property>& property, std::uint32_t width,
+                             std::uint32_t height) {
+    const auto words = property ? property->words() : std::vector<std::uint32_t>{};
+    if (words.size() < 4) return {};
+    const X11FrameExtents extents{words[0], words[1], words[2], words[3]};
+    const auto fits = [](std::uint64_t one, std::uint64_t other, std::uint32_t length) {
+        return one + other < length;
+    };
+    if (!fits(extents.left, extents.right, width) || !fits(extents.top, extents.bottom, height)) {
+        return {};
+    }
+    return extents;
+}
+
+std::vector<X11WindowDescription> describeWindows(X11Connection& x,
+                                                  const std::vector<xcb_window_t>& windows) {
+    if (windows.empty()) return {};
+    auto* const xcb = x.xcb();
+    struct Asked {
+        xcb_get_geometry_cookie_t geometry;
+        xcb_get_window_attributes_cookie_t attributes;
+        xcb_get_property_cookie_t type, states, desktop, shown, margins;
+    };
+    learnAtoms(x);
+    const auto currentCookie = x.askProperty(x.root(), x.atom("_NET_CURRENT_DESKTOP"));
+    std::vector<Asked> asked;
+    asked.reserve(windows.size());
+    for (const auto window : windows) {
+        asked.push_back({xcb_get_geometry_unchecked(xcb, window),
+                         xcb_get_window_attributes_unchecked(xcb, window),
+                         x.askProperty(window, x.atom("_NET_WM_WINDOW_TYPE")),
+                         x.askProperty(window, x.atom("_NET_WM_STATE")),
+                         x.askProperty(window, x.atom("_NET_WM_DESKTOP")),
+                         x.askProperty(window, x.atom("WM_STATE")),
+                         x.askProperty(window, x.atom("_GTK_FRAME_EXTENTS"))});
+    }
+    const auto current = x.takeProperty(currentCookie);
+    const auto currentDesktop = current ? current->firstWord() : std::nullopt;
+    std::vector<X11WindowDescription> described;
+    for (std::size_t i = 0; i < windows.size(); ++i) {
+        const XcbOwned<xcb_get_geometry_reply_t> geometry(
+            xcb_get_geometry_reply(xcb, asked[i].geometry, nullptr));
+        const XcbOwned<xcb_get_window_attributes_reply_t> attributes(
+            xcb_get_window_attributes_reply(xcb, asked[i].attributes, nullptr));
+        const auto type = x.takeProperty(asked[i].type);
+        const auto states = x.takeProperty(asked[i].states);
+        const auto desktop = x.takeProperty(asked[i].desktop);
+        const auto shown = x.takeProperty(asked[i].shown);
+        const auto margins = x.takeProperty(asked[i].margins);
+        if (!geometry || !attributes) continue;
+
+        const auto has = [&](std::string_view state) {
+            const auto words = states ? states->words() : std::vector<std::uint32_t>{};
+            return std::find(words.begin(), words.end(), x.atom(state)) != words.end();
+        };
+        const auto onDesktop = desktop ? desktop->firstWord() : std::nullopt;
+        const bool here = !onDesktop || !currentDesktop || *onDesktop == *currentDesktop ||
+                          *onDesktop == kEveryDesktop || has("_NET_WM_STATE_STICKY");
+        X11WindowDescription one;
+        one.window = windows[i];
+        one.type = typeOf(x, type);
+        one.onScreen = here && attributes->map_state == XCB_MAP_STATE_VIEWABLE &&
+                       (!shown || shown->firstWord() == kNormalState) &&
+                       !has("_NET_WM_STATE_HIDDEN");
+        const auto extents = frameExtents(margins, geometry->width, geometry->height);
+        one.width = geometry->width - extents.left - extents.right;
+        one.height = geometry->height - extents.top - extents.bottom;
+        described.push_back(one);
+    }
+    return described;
+}
+
+} // namespace kelvane

@@ -1,0 +1,97 @@
+#include "platform/linux/x11/x11_workspace.h"
+
+#include "platform/linux/x11/x11_windows.h"
+
+#include <set>
+#include <utility>
+#include <vector>
+
+namespace kelvane {
+
+namespace {
+
+class X11Workspace : public Workspace {
+public:
+    X11Workspace(std::shared_ptr<X11Applications> applications, std::string display)
+        : m_applications(std::move(applications)),
+          m_display(std::move(display)) {}
+
+    std::optional<RunningApp> frontmost() override {
+        if (!m_applications) return std::nullopt;
+        auto active = m_applications->active();
+        if (!active) return std::nullopt;
+        return std::move(active->app);
+    }
+
+    std::vector<RunningApp> runningApplications() override {
+        if (!m_applications) return {};
+        const auto windows = m_applications->clients();
+        if (!windows) return {};
+        const auto front = m_applications->stacking().value_or(std::vector<xcb_window_t>{});
+        std::vector<RunningApp> running;
+        std::set<ProcessId> seen;
+        for (auto& window : m_applications->identifyAll(*windows, front)) {
+            if (seen.insert(window.app.pid).second) running.push_back(std::move(window.app));
+        }
+        return running;
+    }
+
+    bool activate(ProcessId pid) override {
+        const auto window = windowToRaise(pid);
+        if (window == XCB_WINDOW_NONE) return false;
+        // A link of its own, because it listens.
+        const auto link = X11Connection::open(m_display);
+        if (!link) return false;
+        xcb_client_message_event_t message{};
+        message.response_type = XCB_CLIENT_MESSAGE;
+        message.format = 32;
+        message.window = window;
+        message.type = link->atom("_NET_ACTIVE_WINDOW");
+        message.data.data32[0] = 2; // On behalf of the user, not of another application.
+        message.data.data32[1] = link->serverTime();
+        const auto sent = xcb_send_event_checked(link->xcb(), 0, link->root(),
+                                                 XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT |
+                                                     XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY,
+                                                 reinterpret_cast<const char*>(&message));
+        const XcbOwned<xcb_generic_error_t> error(xcb_request_check(link->xcb(), sent));
+        return !error && link->alive();
+    }
+
+private:
+    /// The window that stands for this instance: one that is on screen before one that is not, a
+    /// normal one before a dialog, the topmost of those.
+    xcb_window_t windowToRaise(ProcessId pid) {
+        if (!m_applications) return XCB_WINDOW_NONE;
+        const auto windows = m_applications->stacking();
+        if (!windows) return XCB_WINDOW_NONE;
+        std::vector<xcb_window_t> own;
+        for (const auto& window : m_applications->identifyAll(*windows, *windows)) {
+            if (window.app.pid == pid) own.push_back(window.window);
+        }
+        xcb_window_t chosen = XCB_WINDOW_NONE;
+        int chosenRank = 0;
+        for (const auto& window : describeWindows(m_applications->connection(), own)) {
+            if (window.type == X11WindowType::Desktop || window.type == X11WindowType::Dock)
+                continue;
+            const int rank =
+                1 + (window.onScreen ? 2 : 0) + (window.type == X11WindowType::Normal ? 1 : 0);
+            if (rank > chosenRank) {
+                chosen = window.window;
+                chosenRank = rank;
+            }
+        }
+        return chosen;
+    }
+
+    std::shared_ptr<X11Applications> m_applications;
+    std::string m_display;
+};
+
+} // namespace
+
+std::unique_ptr<Workspace> makeX11Workspace(std::shared_ptr<X11Applications> applications,
+                                            std::string display) {
+    return std::make_unique<X11Workspace>(std::move(applications), std::move(display));
+}
+
+} // namespace kelvane

@@ -1,0 +1,188 @@
+// Copying the selection out of real editors, and the clipboard afterwards.
+
+#include "tests/platform/linux/capture_desktop_test.h"
+
+#include <gmock/gmock.h>
+
+#include <xcb/xtest.h>
+
+#include <initializer_list>
+#include <string>
+
+namespace kelvane {
+namespace {
+
+using namespace std::chrono_literals;
+
+struct Editor {
+    std::string name;
+    std::vector<std::string> command;
+    std::string wmClass;
+    bool announcesKeyboardSelection = true; ///< As PRIMARY.
+};
+
+std::ostream& operator<<(std::ostream& out, const Editor& editor) {
+    return out << editor.name;
+}
+
+class EditorsTest : public ClipboardDesktopTest<EditorsTest>,
+                    public testing::WithParamInterface<Editor> {
+public:
+    inline static const DesktopOptions kDesktop{};
+
+protected:
+    static constexpr auto kDocument = "First line\nZweite Zeile: grüße 😀\n\tthird";
+
+    void open(const std::string& document) {
+        auto command = GetParam().command;
+        command.push_back(file("document.txt", document).string());
+        start(command);
+        const auto window = desktop().waitForWindow([](const DesktopWindow& candidate) {
+            return candidate.wmClass == GetParam().wmClass &&
+                   candidate.title.find("document.txt") != std::string::npos;
+        });
+        ASSERT_TRUE(window);
+        ASSERT_TRUE(desktop().activate(window->window));
+    }
+
+    static void key(const std::string& keys) { outputOf("xdotool key " + keys); }
+
+    struct Stroke {
+        std::uint8_t key;
+        bool press;
+    };
+    static void strokes(std::initializer_list<Stroke> list) {
+        auto* const xcb = desktop().link().xcb();
+        for (const auto& stroke : list) {
+            xcb_test_fake_input(xcb, stroke.press ? XCB_KEY_PRESS : XCB_KEY_RELEASE, stroke.key,
+                                XCB_CURRENT_TIME, XCB_WINDOW_NONE, 0, 0, 0);
+        }
+        xcb_flush(xcb);
+    }
+
+    /// Until an editor that has just been activated takes keys, and has dealt with one, nothing
+    /// can be seen from outside.
+    static void settle() { std::this_thread::sleep_for(300ms); }
+
+    static void selectAll() {
+        settle();
+        key("ctrl+a");
+        settle();
+        if (GetParam().announcesKeyboardSelection) {
+            EXPECT_NE(ownerOf("PRIMARY"), 0U);
+        }
+    }
+
+    /// A capture of the whole document that the copy key, and not PRIMARY, brought: the clipboard
+    /// was taken, so what it holds afterwards has been put back.
+    static void expectCopied(ProductPorts& product, const std::string& document) {
+        const auto owner = clipboardOwner();
+        EXPECT_EQ(product.captureText().value_or("(nothing)"), document);
+        EXPECT_NE(clipboardOwner(), owner);
+    }
+};
+
+TEST_P(EditorsTest, givesItsSelectionAndTheClipboardComesBack) {
+    ProductPorts product(desktop());
+    open(kDocument);
+    selectAll();
+
+    otherProgramCopies("mine: grüße\n");
+    expectCopied(product, kDocument);
+    EXPECT_EQ(pasted(), "mine: grüße\n");
+
+    const auto picture = "\x89PNG\r\n\x1a\n" + std::string(100'000, '\xA5') + std::string(1, '\0');
+    otherProgramCopies(picture, "image/png");
+    expectCopied(product, kDocument);
+    EXPECT_TRUE(pasted("image/png") == picture);
+    EXPECT_EQ(product.captureText(), kDocument) << "a second time, with the clipboard ours";
+    EXPECT_TRUE(pasted("image/png") == picture);
+}
+
+TEST_P(EditorsTest, anEmptyClipboardStaysEmpty) {
+    ProductPorts product(desktop());
+    open(kDocument);
+    selectAll();
+    EXPECT_EQ(product.captureText(), kDocument);
+    EXPECT_EQ(clipboardOwner(), 0U);
+}
+
+TEST_P(EditorsTest, withoutASelectionTheClipboardIsNotTouched) {
+    ProductPorts product(desktop());
+    open(kDocument);
+    selectAll();
+    key("ctrl+Home");
+    settle();
+    otherProgramCopies("mine");
+    const auto owner = clipboardOwner();
+    EXPECT_EQ(product.captureText(), std::nullopt);
+    EXPECT_EQ(clipboardOwner(), owner);
+    EXPECT_EQ(pasted(), "mine");
+}
+
+TEST_P(EditorsTest, locksAndLayoutsDoNotMatter) {
+    constexpr std::uint8_t kQ = 24, kShift = 50, kCapsLock = 66, kNumLock = 77, kHome = 110;
+    ProductPorts product(desktop());
+    open("");
+    // The document says which layout is in force: q is й on a Russian keyboard. xdotool would
+    // switch the layout back with every key.
+    const auto expectRussianText = [&] {
+        settle();
+        strokes({{kQ, true}, {kQ, false}});
+        strokes({{kShift, true}, {kHome, true}, {kHome, false}, {kShift, false}});
+        settle();
+        otherProgramCopies("mine");
+        expectCopied(product, "й");
+        EXPECT_EQ(pasted(), "mine");
+    };
+
+    outputOf("setxkbmap -layout us,ru -option '' -option grp:caps_toggle");
+    settle();
+    strokes({{kCapsLock, true}, {kCapsLock, false}, {kNumLock, true}, {kNumLock, false}});
+    expectRussianText();
+    strokes({{kCapsLock, true}, {kCapsLock, false}, {kNumLock, true}, {kNumLock, false}});
+
+    // No key of this layout is an A or a C; the ones that are needed are there.
+    outputOf("setxkbmap -layout ru -option ''");
+    expectRussianText();
+    outputOf("setxkbmap -layout us -option ''");
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Real, EditorsTest,
+    testing::Values(Editor{"mousepad", {"mousepad", "--disable-server"}, "Mousepad"},
+                    Editor{"gedit", {"gedit", "--standalone"}, "Gedit"},
+                    Editor{"featherpad", {"featherpad", "--standalone"}, "FeatherPad", false}),
+    [](const auto& each) { return each.param.name; });
+
+class LargeSelectionTest : public EditorsTest {};
+
+TEST_P(LargeSelectionTest, isCapturedAndTheClipboardComesBack) {
+    std::string document;
+    while (document.size() < 5'400'000) {
+        document += "line " + std::to_string(document.size()) + " of a long document\n";
+    }
+    ProductPorts product(desktop());
+    open(document);
+    selectAll();
+    otherProgramCopies("mine");
+    // How long the editor takes for it depends on the machine, and after half a second nobody waits
+    // any more. Whatever comes of it, the clipboard is the user's in the end, every time.
+    std::optional<std::string> text;
+    for (int attempt = 0; attempt < 5 && !text; ++attempt) {
+        text = product.captureText();
+        std::this_thread::sleep_for(700ms); // For a copy that comes late.
+        ASSERT_EQ(pasted(), "mine");
+    }
+    ASSERT_TRUE(text);
+    EXPECT_TRUE(document.starts_with(*text));
+    EXPECT_EQ(text->size(), Capture::kMaxCharacters);
+}
+
+INSTANTIATE_TEST_SUITE_P(Real, LargeSelectionTest,
+                         testing::Values(Editor{
+                             "mousepad", {"mousepad", "--disable-server"}, "Mousepad"}),
+                         [](const auto& each) { return each.param.name; });
+
+} // namespace
+} // namespace kelvane

@@ -1,0 +1,57 @@
+#include "tests/platform/linux/virtual_desktop.h"
+
+#include <gtest/gtest.h>
+
+#include <signal.h>
+
+namespace kelvane {
+namespace {
+
+TEST(VirtualDesktop, startsARealProgramAndSeesItsWindow) {
+    VirtualDesktop desktop;
+    const auto program = desktop.start({"xterm", "-class", "Probe", "-e", "sleep", "600"});
+    const auto window = desktop.waitForWindow(VirtualDesktop::ofClass("Probe"));
+    ASSERT_TRUE(window);
+    EXPECT_EQ(window->pid, program);
+    EXPECT_TRUE(desktop.activate(window->window));
+    EXPECT_EQ(desktop.activeWindow(), window->window);
+    desktop.end(program);
+    EXPECT_FALSE(desktop.running(program));
+}
+
+TEST(VirtualDesktop, leavesNothingBehind) {
+    pid_t program = 0;
+    std::filesystem::path home;
+    std::string display;
+    {
+        VirtualDesktop desktop;
+        program = desktop.start({"xterm", "-e", "sleep", "600"});
+        ASSERT_TRUE(desktop.waitForWindow(VirtualDesktop::ofPid(program)));
+        home = desktop.home();
+        display = desktop.display();
+    }
+    EXPECT_EQ(::kill(program, 0), -1);
+    EXPECT_FALSE(std::filesystem::exists(home));
+    EXPECT_EQ(X11Connection::open(display), nullptr);
+    EXPECT_FALSE(std::filesystem::exists("/tmp/.X" + display.substr(1) + "-lock"));
+}
+
+TEST(VirtualDesktop, saysWhichProgramIsMissing) {
+    VirtualDesktop desktop({.windowManager = false, .sessionBus = false});
+    try {
+        desktop.start({"no-such-program"});
+        FAIL() << "nothing was thrown";
+    } catch (const std::exception& error) {
+        EXPECT_NE(std::string(error.what()).find("no-such-program"), std::string::npos);
+    }
+}
+
+TEST(VirtualDesktop, answersAfterTheServerDied) {
+    VirtualDesktop desktop({.sessionBus = false});
+    desktop.killServer();
+    EXPECT_TRUE(desktop.windows().empty());
+    EXPECT_EQ(desktop.activeWindow(), static_cast<xcb_window_t>(XCB_WINDOW_NONE));
+}
+
+} // namespace
+} // namespace kelvane
