@@ -1,9 +1,14 @@
 #include "critics/critic.h"
 
-#include "critics/finding_list.h"
-#include "critics/letters.h"
+#include "critics/code/code_critic.h"
+#include "critics/document/document_critic.h"
+#include "critics/findings/finding_list.h"
+#include "critics/findings/letters.h"
+#include "critics/picture/image_critic.h"
+#include "critics/sheet/sheet_critic.h"
 #include "critics/text/calendar.h"
 #include "critics/text/prose_rules.h"
+#include "critics/text/text_critic.h"
 
 #include <algorithm>
 #include <mutex>
@@ -73,20 +78,6 @@ std::vector<Finding> critiqueByType(const Part& part, std::string_view modality,
 }
 
 } // namespace
-
-std::string_view name(Severity severity) {
-    switch (severity) {
-    case Severity::low:
-        return "LOW";
-    case Severity::medium:
-        return "MEDIUM";
-    case Severity::high:
-        return "HIGH";
-    case Severity::critical:
-        return "CRITICAL";
-    }
-    return "LOW";
-}
 
 std::vector<Finding> critique(const Submission& submission) {
     warmUp();

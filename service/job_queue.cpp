@@ -1,6 +1,6 @@
 #include "service/job_queue.h"
 
-#include "critics/verdict_rule.h"
+#include "critics/findings/verdict_rule.h"
 #include "service/store/random_id.h"
 #include "service/wire.h"
 

@@ -1,6 +1,6 @@
 #include "service/wire.h"
 
-#include "critics/finding_diff.h"
+#include "critics/findings/finding_diff.h"
 #include "text/base64.h"
 #include "text/unicode.h"
 

@@ -6,7 +6,7 @@
 
 #pragma once
 
-#include "critics/critic.h"
+#include "critics/findings/finding.h"
 #include "service/store/job_status.h"
 #include "service/store/run_record.h"
 

@@ -1,7 +1,7 @@
-#include "critics/critic.h"
+#include "critics/code/code_critic.h"
 
 #include "critics/code/code_rules.h"
-#include "critics/letters.h"
+#include "critics/findings/letters.h"
 #include "critics/text/prose_rules.h"
 
 namespace trevix {

@@ -1,7 +1,7 @@
 // Data: JSON must parse, YAML must keep to the rules that most broken files break.
 
 #include "critics/code/code_rules.h"
-#include "critics/letters.h"
+#include "critics/findings/letters.h"
 
 #include <nlohmann/json.hpp>
 

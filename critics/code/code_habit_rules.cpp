@@ -1,7 +1,7 @@
 // Habits: output left from debugging, notes in comments, swallowed errors, slips in conditions.
 
 #include "critics/code/code_rules.h"
-#include "critics/letters.h"
+#include "critics/findings/letters.h"
 
 #include <algorithm>
 #include <array>

@@ -1,6 +1,6 @@
 #include "critics/code/code_language.h"
 
-#include "critics/letters.h"
+#include "critics/findings/letters.h"
 
 #include <algorithm>
 #include <array>

@@ -1,7 +1,7 @@
 // Code that runs text, queries put together from text, and paths of one person's machine.
 
 #include "critics/code/code_rules.h"
-#include "critics/letters.h"
+#include "critics/findings/letters.h"
 
 #include <algorithm>
 #include <array>

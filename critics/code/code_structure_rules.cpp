@@ -1,7 +1,7 @@
 // The shape of code: brackets, length, depth, code that never runs, indentation.
 
 #include "critics/code/code_rules.h"
-#include "critics/letters.h"
+#include "critics/findings/letters.h"
 #include "text/unicode.h"
 
 #include <algorithm>

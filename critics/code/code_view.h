@@ -6,8 +6,8 @@
 #pragma once
 
 #include "critics/code/code_lexer.h"
-#include "critics/finding_list.h"
-#include "critics/source_text.h"
+#include "critics/findings/finding_list.h"
+#include "critics/findings/source_text.h"
 
 #include <cstddef>
 #include <string_view>

@@ -1,4 +1,4 @@
-#include "critics/critic.h"
+#include "critics/document/document_critic.h"
 
 #include "critics/document/document_rules.h"
 

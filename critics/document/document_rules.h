@@ -6,7 +6,7 @@
 #pragma once
 
 #include "critics/document/markdown.h"
-#include "critics/finding_list.h"
+#include "critics/findings/finding_list.h"
 #include "critics/text/prose_rules.h"
 
 namespace trevix {

@@ -1,6 +1,6 @@
 #include "critics/document/markdown.h"
 
-#include "critics/letters.h"
+#include "critics/findings/letters.h"
 
 #include <algorithm>
 

@@ -7,7 +7,7 @@
 
 #pragma once
 
-#include "critics/source_text.h"
+#include "critics/findings/source_text.h"
 #include "critics/text/prose.h"
 
 #include <cstddef>

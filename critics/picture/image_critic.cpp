@@ -1,5 +1,6 @@
-#include "critics/capped_findings.h"
-#include "critics/critic.h"
+#include "critics/picture/image_critic.h"
+
+#include "critics/findings/capped_findings.h"
 #include "critics/picture/picture_rules.h"
 #include "critics/picture/pixels.h"
 

@@ -6,7 +6,7 @@
 
 #pragma once
 
-#include "critics/capped_findings.h"
+#include "critics/findings/capped_findings.h"
 #include "critics/picture/glyph_strokes.h"
 #include "critics/picture/picture_measures.h"
 #include "critics/picture/regions.h"

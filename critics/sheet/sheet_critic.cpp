@@ -1,5 +1,6 @@
-#include "critics/capped_findings.h"
-#include "critics/critic.h"
+#include "critics/sheet/sheet_critic.h"
+
+#include "critics/findings/capped_findings.h"
 #include "critics/sheet/sheet_rules.h"
 
 #include <algorithm>

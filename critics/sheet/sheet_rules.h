@@ -6,7 +6,7 @@
 
 #pragma once
 
-#include "critics/capped_findings.h"
+#include "critics/findings/capped_findings.h"
 #include "critics/sheet/sheet_columns.h"
 
 namespace trevix {

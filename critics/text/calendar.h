@@ -6,7 +6,7 @@
 
 #pragma once
 
-#include "critics/letters.h"
+#include "critics/findings/letters.h"
 
 #include <cstddef>
 #include <optional>

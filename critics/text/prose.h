@@ -6,7 +6,7 @@
 
 #pragma once
 
-#include "critics/source_text.h"
+#include "critics/findings/source_text.h"
 
 #include <cstddef>
 #include <string>

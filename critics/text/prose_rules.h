@@ -6,8 +6,8 @@
 
 #pragma once
 
-#include "critics/finding_list.h"
-#include "critics/letters.h"
+#include "critics/findings/finding_list.h"
+#include "critics/findings/letters.h"
 #include "critics/text/prose.h"
 
 #include <string_view>

@@ -1,4 +1,4 @@
-#include "critics/critic.h"
+#include "critics/text/text_critic.h"
 
 #include "critics/text/prose_rules.h"
 

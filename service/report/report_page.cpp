@@ -1,6 +1,6 @@
 #include "service/report/report_page.h"
 
-#include "critics/finding_diff.h"
+#include "critics/findings/finding_diff.h"
 #include "service/report/html_text.h"
 #include "service/report/report_style.h"
 #include "service/store/random_id.h"

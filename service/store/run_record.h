@@ -4,7 +4,7 @@
 
 #pragma once
 
-#include "critics/critic.h"
+#include "critics/findings/finding.h"
 
 #include <cstdint>
 #include <string>

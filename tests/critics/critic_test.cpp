@@ -1,5 +1,5 @@
 #include "critics/critic.h"
-#include "critics/verdict_rule.h"
+#include "critics/findings/verdict_rule.h"
 #include "tests/critics/critic_cases.h"
 #include "text/unicode.h"
 

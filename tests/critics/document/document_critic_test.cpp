@@ -1,4 +1,4 @@
-#include "critics/verdict_rule.h"
+#include "critics/findings/verdict_rule.h"
 #include "tests/critics/critic_cases.h"
 
 #include <fstream>

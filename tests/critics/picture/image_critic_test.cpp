@@ -1,4 +1,4 @@
-#include "critics/critic.h"
+#include "critics/picture/image_critic.h"
 
 #include "tests/critics/picture/drawing.h"
 

@@ -1,4 +1,4 @@
-#include "critics/critic.h"
+#include "critics/sheet/sheet_critic.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "critics/capped_findings.h"
+#include "critics/findings/capped_findings.h"
 
 #include "text/unicode.h"
 

@@ -1,4 +1,4 @@
-#include "critics/finding_diff.h"
+#include "critics/findings/finding_diff.h"
 
 #include <algorithm>
 #include <array>

@@ -1,6 +1,6 @@
-#include "critics/capped_findings.h"
+#include "critics/findings/capped_findings.h"
 
-#include "critics/finding_list.h"
+#include "critics/findings/finding_list.h"
 #include "text/unicode.h"
 
 #include <set>

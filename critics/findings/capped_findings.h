@@ -6,7 +6,7 @@
 
 #pragma once
 
-#include "critics/critic.h"
+#include "critics/findings/finding.h"
 
 #include <cstddef>
 #include <map>

@@ -11,7 +11,7 @@
 
 #pragma once
 
-#include "critics/critic.h"
+#include "critics/findings/finding.h"
 
 #include <string>
 #include <string_view>

@@ -14,7 +14,7 @@
 
 #pragma once
 
-#include "critics/critic.h"
+#include "critics/findings/finding.h"
 
 #include <string_view>
 #include <vector>

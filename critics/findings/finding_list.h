@@ -5,8 +5,8 @@
 
 #pragma once
 
-#include "critics/critic.h"
-#include "critics/source_text.h"
+#include "critics/findings/finding.h"
+#include "critics/findings/source_text.h"
 
 #include <cstddef>
 #include <map>

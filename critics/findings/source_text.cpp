@@ -1,4 +1,4 @@
-#include "critics/source_text.h"
+#include "critics/findings/source_text.h"
 
 #include <algorithm>
 

@@ -1,4 +1,4 @@
-#include "critics/letters.h"
+#include "critics/findings/letters.h"
 
 #include "text/unicode.h"
 

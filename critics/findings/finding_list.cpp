@@ -1,6 +1,6 @@
-#include "critics/finding_list.h"
+#include "critics/findings/finding_list.h"
 
-#include "critics/letters.h"
+#include "critics/findings/letters.h"
 #include "text/unicode.h"
 
 #include <algorithm>
