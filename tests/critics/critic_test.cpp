@@ -1,5 +1,7 @@
 #include "critics/critic.h"
 #include "critics/findings/verdict_rule.h"
+#include "critics/picture/image_critic.h"
+#include "critics/sheet/sheet_critic.h"
 #include "tests/critics/critic_cases.h"
 #include "text/unicode.h"
 

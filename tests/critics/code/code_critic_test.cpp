@@ -1,3 +1,4 @@
+#include "critics/code/code_critic.h"
 #include "critics/code/code_language.h"
 #include "tests/critics/critic_cases.h"
 

@@ -1,3 +1,4 @@
+#include "critics/document/document_critic.h"
 #include "critics/findings/verdict_rule.h"
 #include "tests/critics/critic_cases.h"
 

@@ -1,3 +1,4 @@
+#include "critics/text/text_critic.h"
 #include "tests/critics/critic_cases.h"
 #include "text/unicode.h"
 
