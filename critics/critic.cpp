@@ -1,5 +1,6 @@
 #include "critics/critic.h"
 
+#include "critics/artifact_rule_table.h"
 #include "critics/code/code_critic.h"
 #include "critics/document/document_critic.h"
 #include "critics/findings/finding_list.h"
@@ -17,7 +18,8 @@ namespace trevix {
 
 namespace {
 
-constexpr std::string_view kCriterion = "readable work";
+constexpr GradedRule kEmpty = declared<WorkKind::any>("artifact.empty");
+constexpr GradedRule kUnreadable = declared<WorkKind::any>("artifact.unreadable");
 
 /// "text/csv; charset=utf-8" is "text/csv".
 std::string bareType(std::string_view mimeType) {
@@ -35,29 +37,24 @@ std::string labelOf(const Part& part, std::size_t index) {
     return part.name.empty() ? number : number + " (" + shortened(part.name) + ")";
 }
 
-Finding wholePartFinding(std::string rule, std::string place, std::string evidence,
-                         std::string detail) {
-    Finding finding;
-    finding.severity = Severity::high;
-    finding.rule = std::move(rule);
-    finding.criterion = kCriterion;
-    finding.place = std::move(place);
-    finding.evidence = std::move(evidence);
-    finding.detail = std::move(detail);
-    return finding;
+/// The only finding of a part, or of a submission, that no critic can look into.
+std::vector<Finding> onlyFinding(GradedRule rule, const std::string& place,
+                                 std::string_view evidence, std::string detail) {
+    FindingList findings;
+    findings.addAt(rule, place, evidence, std::move(detail));
+    return findings.take();
 }
 
-Finding emptyFinding(const std::string& place) {
-    return wholePartFinding("artifact.empty", place, "nothing",
-                            "There is nothing in " + place + " to judge.");
+std::vector<Finding> emptyFinding(const std::string& place) {
+    return onlyFinding(kEmpty, place, "nothing", "There is nothing in " + place + " to judge.");
 }
 
-Finding unreadableFinding(const Part& part, const std::string& place) {
+std::vector<Finding> unreadableFinding(const Part& part, const std::string& place) {
     const std::string type = part.mimeType.empty() ? "no type" : shortened(part.mimeType);
-    return wholePartFinding("artifact.unreadable", place, type,
-                            "Content of " + place + " was not judged: “" + type + "” with " +
-                                std::to_string(part.bytes.size()) +
-                                " bytes is not a kind of work that can be read here.");
+    return onlyFinding(kUnreadable, place, type,
+                       "Content of " + place + " was not judged: “" + type + "” with " +
+                           std::to_string(part.bytes.size()) +
+                           " bytes is not a kind of work that can be read here.");
 }
 
 std::vector<Finding> critiqueByType(const Part& part, std::string_view modality,
@@ -65,7 +62,7 @@ std::vector<Finding> critiqueByType(const Part& part, std::string_view modality,
     const std::string type = bareType(part.mimeType);
     if (!part.isText || (part.text.empty() && !part.bytes.empty())) {
         if (type == "image/png") return critiqueImage(part, modality);
-        return {unreadableFinding(part, place)};
+        return unreadableFinding(part, place);
     }
     // The type says what this part is; the modality speaks only for parts that are plain text.
     if (type == "text/tab-separated-values" || type == "text/csv") return critiqueSheet(part);
@@ -82,7 +79,7 @@ std::vector<Finding> critiqueByType(const Part& part, std::string_view modality,
 std::vector<Finding> critique(const Submission& submission) {
     warmUp();
     if (std::all_of(submission.parts.begin(), submission.parts.end(), isEmpty)) {
-        return {emptyFinding("the submission")};
+        return emptyFinding("the submission");
     }
 
     const std::string modality = lowerAscii(submission.modality);
@@ -92,7 +89,7 @@ std::vector<Finding> critique(const Submission& submission) {
         const Part& part = submission.parts[i];
         const std::string label = labelOf(part, i);
         if (isEmpty(part)) {
-            all.push_back(emptyFinding(label));
+            all.push_back(emptyFinding(label).front());
             continue;
         }
         for (Finding& finding : critiqueByType(part, modality, label)) {

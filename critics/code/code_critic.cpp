@@ -1,5 +1,6 @@
 #include "critics/code/code_critic.h"
 
+#include "critics/code/code_rule_table.h"
 #include "critics/code/code_rules.h"
 #include "critics/findings/letters.h"
 #include "critics/text/prose_rules.h"
@@ -8,9 +9,9 @@ namespace trevix {
 
 namespace {
 
-constexpr Rule kEmpty{"code.empty", Severity::high, "something to judge"};
-constexpr Rule kConflict{"code.conflict_marker", Severity::critical, "unresolved merge"};
-constexpr Rule kSecret{"code.secret", Severity::critical, "kept secrets"};
+constexpr GradedRule kEmpty = declared<WorkKind::code>("code.empty");
+constexpr GradedRule kConflict = declared<WorkKind::code>("code.conflict_marker");
+constexpr GradedRule kSecret = declared<WorkKind::code>("code.secret");
 
 } // namespace
 

@@ -1,5 +1,6 @@
 // Data: JSON must parse, YAML must keep to the rules that most broken files break.
 
+#include "critics/code/code_rule_table.h"
 #include "critics/code/code_rules.h"
 #include "critics/findings/letters.h"
 
@@ -14,9 +15,9 @@ namespace trevix {
 
 namespace {
 
-constexpr Rule kJson{"code.json_syntax", Severity::high, "readable data"};
-constexpr Rule kJsonKey{"code.json_duplicate_key", Severity::medium, "readable data"};
-constexpr Rule kYaml{"code.yaml_syntax", Severity::high, "readable data"};
+constexpr GradedRule kJson = declared<WorkKind::code>("code.json_syntax");
+constexpr GradedRule kJsonKey = declared<WorkKind::code>("code.json_duplicate_key");
+constexpr GradedRule kYaml = declared<WorkKind::code>("code.yaml_syntax");
 
 constexpr std::size_t kDeepestJson = 500; // Deeper data is not checked for double keys.
 

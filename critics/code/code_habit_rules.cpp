@@ -1,5 +1,6 @@
 // Habits: output left from debugging, notes in comments, swallowed errors, slips in conditions.
 
+#include "critics/code/code_rule_table.h"
 #include "critics/code/code_rules.h"
 #include "critics/findings/letters.h"
 
@@ -12,14 +13,14 @@ namespace trevix {
 
 namespace {
 
-constexpr Rule kBreakpoint{"code.breakpoint", Severity::high, "left-over debugging"};
-constexpr Rule kDebugOutput{"code.debug_output", Severity::medium, "left-over debugging"};
-constexpr Rule kTodo{"code.todo", Severity::low, "open ends"};
-constexpr Rule kCommentedOut{"code.commented_out", Severity::low, "code that runs"};
-constexpr Rule kSwallowed{"code.swallowed_error", Severity::medium, "handled errors"};
-constexpr Rule kNone{"code.none_comparison", Severity::low, "right comparisons"};
-constexpr Rule kAssignment{"code.assignment_in_condition", Severity::medium, "right comparisons"};
-constexpr Rule kDuplicateImport{"code.duplicate_import", Severity::low, "tidy imports"};
+constexpr GradedRule kBreakpoint = declared<WorkKind::code>("code.breakpoint");
+constexpr GradedRule kDebugOutput = declared<WorkKind::code>("code.debug_output");
+constexpr GradedRule kTodo = declared<WorkKind::code>("code.todo");
+constexpr GradedRule kCommentedOut = declared<WorkKind::code>("code.commented_out");
+constexpr GradedRule kSwallowed = declared<WorkKind::code>("code.swallowed_error");
+constexpr GradedRule kNone = declared<WorkKind::code>("code.none_comparison");
+constexpr GradedRule kAssignment = declared<WorkKind::code>("code.assignment_in_condition");
+constexpr GradedRule kDuplicateImport = declared<WorkKind::code>("code.duplicate_import");
 
 constexpr std::size_t kFewestCommentedLines = 4;
 
@@ -55,7 +56,7 @@ bool isDeclared(const CodeView& view, std::size_t index) {
                          view.is(index - 1, "func") || view.is(index - 1, "fn"));
 }
 
-void addLine(const CodeView& view, const Rule& rule, std::size_t index, std::string_view says,
+void addLine(const CodeView& view, GradedRule rule, std::size_t index, std::string_view says,
              FindingList& findings) {
     const std::size_t start = view.code[index].offset;
     findings.add(rule, start, view.source.lineEnd(view.lineOf(index)) - start, says);

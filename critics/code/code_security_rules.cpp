@@ -1,5 +1,6 @@
 // Code that runs text, queries put together from text, and paths of one person's machine.
 
+#include "critics/code/code_rule_table.h"
 #include "critics/code/code_rules.h"
 #include "critics/findings/letters.h"
 
@@ -11,9 +12,9 @@ namespace trevix {
 
 namespace {
 
-constexpr Rule kUnsafeCall{"code.runs_text", Severity::high, "safe calls"};
-constexpr Rule kQuery{"code.query_from_text", Severity::high, "safe queries"};
-constexpr Rule kHomePath{"code.home_path", Severity::medium, "portable paths"};
+constexpr GradedRule kUnsafeCall = declared<WorkKind::code>("code.runs_text");
+constexpr GradedRule kQuery = declared<WorkKind::code>("code.query_from_text");
+constexpr GradedRule kHomePath = declared<WorkKind::code>("code.home_path");
 
 bool isMember(const CodeView& view, std::size_t index) {
     return index > 0 && (view.is(index - 1, ".") || view.is(index - 1, "->") ||
@@ -22,7 +23,7 @@ bool isMember(const CodeView& view, std::size_t index) {
                          view.is(index - 1, "fn") || view.is(index - 1, "func"));
 }
 
-void addCall(const CodeView& view, const Rule& rule, std::size_t index, std::string_view says,
+void addCall(const CodeView& view, GradedRule rule, std::size_t index, std::string_view says,
              FindingList& findings) {
     const std::size_t start = view.code[index].offset;
     findings.add(rule, start, view.source.lineEnd(view.lineOf(index)) - start, says);

@@ -1,5 +1,6 @@
 // The shape of code: brackets, length, depth, code that never runs, indentation.
 
+#include "critics/code/code_rule_table.h"
 #include "critics/code/code_rules.h"
 #include "critics/findings/letters.h"
 #include "text/unicode.h"
@@ -13,14 +14,16 @@ namespace trevix {
 
 namespace {
 
-constexpr Rule kMismatched{"code.mismatched_bracket", Severity::high, "matching brackets"};
-constexpr Rule kUnclosed{"code.unclosed_bracket", Severity::medium, "matching brackets"};
-constexpr Rule kLongFunction{"code.long_function", Severity::low, "readable functions"};
-constexpr Rule kNesting{"code.deep_nesting", Severity::medium, "readable functions"};
-constexpr Rule kDeadCode{"code.dead_code", Severity::medium, "code that runs"};
-constexpr Rule kMixedIndentation{"code.mixed_indentation", Severity::low, "even indentation"};
-constexpr Rule kMixedPython{"code.mixed_indentation", Severity::high, "even indentation"};
-constexpr Rule kLongLine{"code.long_line", Severity::low, "readable lines"};
+constexpr GradedRule kMismatched = declared<WorkKind::code>("code.mismatched_bracket");
+constexpr GradedRule kUnclosed = declared<WorkKind::code>("code.unclosed_bracket");
+constexpr GradedRule kLongFunction = declared<WorkKind::code>("code.long_function");
+constexpr GradedRule kNesting = declared<WorkKind::code>("code.deep_nesting");
+constexpr GradedRule kDeadCode = declared<WorkKind::code>("code.dead_code");
+constexpr GradedRule kMixedIndentation =
+    declared<WorkKind::code>("code.mixed_indentation", Severity::low);
+constexpr GradedRule kMixedPython =
+    declared<WorkKind::code>("code.mixed_indentation", Severity::high);
+constexpr GradedRule kLongLine = declared<WorkKind::code>("code.long_line");
 
 constexpr std::size_t kMostLinesInFunction = 80;
 constexpr std::size_t kDeepestNesting = 6;
@@ -372,7 +375,7 @@ void checkIndentation(const CodeView& view, FindingList& findings) {
     std::optional<std::size_t> where = mixedLine;
     if (!where && tabs > 0 && blanks > 0) where = tabs < blanks ? firstTab : firstBlank;
     if (!where) return;
-    const Rule& rule = view.language == Language::python ? kMixedPython : kMixedIndentation;
+    const GradedRule rule = view.language == Language::python ? kMixedPython : kMixedIndentation;
     findings.add(rule, view.source.lineStart(*where), view.source.line(*where).size(),
                  mixedLine ? "is indented with blanks and tabs at once"
                            : "is indented otherwise than the lines around it, which mix blanks "

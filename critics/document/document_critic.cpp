@@ -1,13 +1,14 @@
 #include "critics/document/document_critic.h"
 
 #include "critics/document/document_rules.h"
+#include "critics/text/text_rule_table.h"
 
 namespace trevix {
 
 namespace {
 
-constexpr Rule kConflict{"text.conflict_marker", Severity::critical, "unresolved merge"};
-constexpr Rule kSecret{"text.secret", Severity::critical, "kept secrets"};
+constexpr GradedRule kConflict = declared<WorkKind::text>("text.conflict_marker");
+constexpr GradedRule kSecret = declared<WorkKind::text>("text.secret");
 
 } // namespace
 

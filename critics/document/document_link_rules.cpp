@@ -1,5 +1,6 @@
 // Links, anchors, notes, and references by number.
 
+#include "critics/document/document_rule_table.h"
 #include "critics/document/document_rules.h"
 
 #include <algorithm>
@@ -13,15 +14,15 @@ namespace trevix {
 
 namespace {
 
-constexpr Rule kEmptyLink{"document.empty_link", Severity::high, "working links"};
-constexpr Rule kBrokenAddress{"document.broken_address", Severity::high, "working links"};
-constexpr Rule kBrokenAnchor{"document.broken_anchor", Severity::medium, "working links"};
-constexpr Rule kImageText{"document.image_text", Severity::low, "described pictures"};
-constexpr Rule kMissingNote{"document.missing_note", Severity::medium, "complete notes"};
-constexpr Rule kUnusedNote{"document.unused_note", Severity::low, "complete notes"};
-constexpr Rule kMissingDefinition{"document.missing_definition", Severity::medium, "working links"};
-constexpr Rule kMissingReference{"document.missing_reference", Severity::medium,
-                                 "references that exist"};
+constexpr GradedRule kEmptyLink = declared<WorkKind::document>("document.empty_link");
+constexpr GradedRule kBrokenAddress = declared<WorkKind::document>("document.broken_address");
+constexpr GradedRule kBrokenAnchor = declared<WorkKind::document>("document.broken_anchor");
+constexpr GradedRule kImageText = declared<WorkKind::document>("document.image_text");
+constexpr GradedRule kMissingNote = declared<WorkKind::document>("document.missing_note");
+constexpr GradedRule kUnusedNote = declared<WorkKind::document>("document.unused_note");
+constexpr GradedRule kMissingDefinition =
+    declared<WorkKind::document>("document.missing_definition");
+constexpr GradedRule kMissingReference = declared<WorkKind::document>("document.missing_reference");
 
 bool isGapTarget(std::string_view target) {
     constexpr std::array<std::string_view, 14> kGaps = {

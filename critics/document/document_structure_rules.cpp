@@ -1,5 +1,6 @@
 // Headings, lists, tables, unclosed parts and spellings.
 
+#include "critics/document/document_rule_table.h"
 #include "critics/document/document_rules.h"
 
 #include <algorithm>
@@ -12,15 +13,15 @@ namespace trevix {
 
 namespace {
 
-constexpr Rule kHeadingOrder{"document.heading_order", Severity::medium, "order of headings"};
-constexpr Rule kSecondTitle{"document.second_title", Severity::low, "order of headings"};
-constexpr Rule kDuplicateHeading{"document.duplicate_heading", Severity::low, "distinct headings"};
-constexpr Rule kEmptySection{"document.empty_section", Severity::medium, "complete sections"};
-constexpr Rule kListOrder{"document.list_order", Severity::medium, "order of numbers"};
-constexpr Rule kTableColumns{"document.table_columns", Severity::medium, "regular tables"};
-constexpr Rule kUnclosedFence{"document.unclosed_code", Severity::high, "closed code blocks"};
-constexpr Rule kUnclosedComment{"document.unclosed_comment", Severity::high, "closed comments"};
-constexpr Rule kSpelling{"document.spelling_mix", Severity::low, "consistent spelling"};
+constexpr GradedRule kHeadingOrder = declared<WorkKind::document>("document.heading_order");
+constexpr GradedRule kSecondTitle = declared<WorkKind::document>("document.second_title");
+constexpr GradedRule kDuplicateHeading = declared<WorkKind::document>("document.duplicate_heading");
+constexpr GradedRule kEmptySection = declared<WorkKind::document>("document.empty_section");
+constexpr GradedRule kListOrder = declared<WorkKind::document>("document.list_order");
+constexpr GradedRule kTableColumns = declared<WorkKind::document>("document.table_columns");
+constexpr GradedRule kUnclosedFence = declared<WorkKind::document>("document.unclosed_code");
+constexpr GradedRule kUnclosedComment = declared<WorkKind::document>("document.unclosed_comment");
+constexpr GradedRule kSpelling = declared<WorkKind::document>("document.spelling_mix");
 
 std::string headingKey(std::string_view text) {
     std::string key;

@@ -4,12 +4,12 @@
 #include "text/unicode.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace trevix {
 
 namespace {
 
-constexpr std::size_t kLongestEvidence = 120;
 // One character can be any number of combining marks; evidence stays small even then.
 constexpr std::size_t kMostEvidenceBytes = 1200;
 constexpr std::string_view kEllipsis = "…";
@@ -43,26 +43,28 @@ std::string capitalised(std::string sentence) {
     return sentence;
 }
 
-Finding worded(const Rule& rule, std::string place, std::string evidence, std::string_view says) {
-    Finding finding;
-    finding.severity = rule.severity;
-    finding.rule = rule.id;
-    finding.criterion = rule.criterion;
-    finding.detail = capitalised(place) + ": “" + evidence + "” " + std::string(says) + ".";
-    finding.place = std::move(place);
-    finding.evidence = std::move(evidence);
-    return finding;
+Finding findingOf(const Rule& rule, Severity severity, std::string_view place, std::string evidence,
+                  std::string detail) {
+    return {severity,           std::string(rule.id), std::string(rule.criterion),
+            std::string(place), std::move(evidence),  std::move(detail)};
+}
+
+Finding worded(const Rule& rule, Severity severity, std::string_view place, std::string evidence,
+               std::string_view says) {
+    std::string detail =
+        capitalised(std::string(place)) + ": “" + evidence + "” " + std::string(says) + ".";
+    return findingOf(rule, severity, place, std::move(evidence), std::move(detail));
 }
 
 } // namespace
 
-std::string shortened(std::string_view text) {
+std::string shortened(std::string_view text, std::size_t limit) {
     // A prefix that is surely long enough, so that a text of many megabytes costs nothing.
     const bool cutAway = text.size() > 4 * kMostEvidenceBytes;
     std::string line = onOneLine(text.substr(0, 4 * kMostEvidenceBytes));
-    std::string_view kept = kelvane::text::firstCharacters(line, kLongestEvidence);
+    std::string_view kept = kelvane::text::firstCharacters(line, limit);
     if (kept.size() == line.size() && line.size() <= kMostEvidenceBytes && !cutAway) return line;
-    kept = kelvane::text::firstCharacters(line, kLongestEvidence - 1);
+    kept = kelvane::text::firstCharacters(line, limit - 1);
     if (kept.size() > kMostEvidenceBytes) {
         std::size_t end = kMostEvidenceBytes;
         while (end > 0 && (static_cast<unsigned char>(kept[end]) & 0xC0U) == 0x80U) --end;
@@ -76,7 +78,7 @@ void FindingList::hide(std::size_t offset, std::size_t length) {
 }
 
 std::string FindingList::quote(std::size_t offset, std::size_t length) const {
-    const std::string_view text = m_source.text();
+    const std::string_view text = m_source->text();
     offset = std::min(offset, text.size());
     // Reading a little past what can be shown is enough.
     const std::size_t end =
@@ -97,26 +99,37 @@ std::string FindingList::quote(std::size_t offset, std::size_t length) const {
     return shortened(shown);
 }
 
-bool FindingList::admit(const Rule& rule, std::size_t offset) {
-    Tally& tally = m_tallies[rule.id];
-    tally.rule = rule;
-    ++tally.count;
-    if (tally.count == kMostFindingsPerRule + 1) tally.firstUnlisted = offset;
-    return tally.count <= kMostFindingsPerRule;
+template <typename Place>
+bool FindingList::admit(GradedRule rule, const Place& place) {
+    Tally& tally = m_tallies[rule.rule().id];
+    tally.rule = &rule.rule();
+    if (++tally.count <= kMostFindingsPerRule) return true;
+    if (tally.firstUnlisted.empty()) tally.firstUnlisted = place();
+    tally.worstUnlisted = std::max(tally.worstUnlisted, rule.severity());
+    return false;
 }
 
-void FindingList::add(const Rule& rule, std::size_t offset, std::size_t length,
+void FindingList::add(GradedRule rule, std::size_t offset, std::size_t length,
                       std::string_view says) {
-    if (!admit(rule, offset)) return;
-    m_findings.emplace_back(offset,
-                            worded(rule, m_source.place(offset), quote(offset, length), says));
+    const auto place = [&] { return m_source->place(offset); };
+    if (!admit(rule, place)) return;
+    m_findings.emplace_back(
+        offset, worded(rule.rule(), rule.severity(), place(), quote(offset, length), says));
 }
 
-void FindingList::addWith(const Rule& rule, std::size_t offset, std::string_view evidence,
+void FindingList::addWith(GradedRule rule, std::size_t offset, std::string_view evidence,
                           std::string_view says) {
-    if (!admit(rule, offset)) return;
-    m_findings.emplace_back(offset,
-                            worded(rule, m_source.place(offset), shortened(evidence), says));
+    const auto place = [&] { return m_source->place(offset); };
+    if (!admit(rule, place)) return;
+    m_findings.emplace_back(
+        offset, worded(rule.rule(), rule.severity(), place(), shortened(evidence), says));
+}
+
+void FindingList::addAt(GradedRule rule, std::string_view place, std::string_view evidence,
+                        std::string detail) {
+    if (!admit(rule, [&] { return std::string(place); })) return;
+    m_findings.emplace_back(
+        0, findingOf(rule.rule(), rule.severity(), place, shortened(evidence), std::move(detail)));
 }
 
 std::vector<Finding> FindingList::take() {
@@ -127,9 +140,9 @@ std::vector<Finding> FindingList::take() {
     for (auto& [offset, finding] : m_findings) findings.push_back(std::move(finding));
     for (const auto& [id, tally] : m_tallies) {
         if (tally.count <= kMostFindingsPerRule) continue;
-        const std::string more = std::to_string(tally.count - kMostFindingsPerRule) + " more";
-        findings.push_back(worded(tally.rule, m_source.place(tally.firstUnlisted), more,
-                                  "of the same kind stand from here on and are not listed"));
+        findings.push_back(worded(*tally.rule, tally.worstUnlisted, tally.firstUnlisted,
+                                  std::to_string(tally.count - kMostFindingsPerRule) + " more",
+                                  "of the same kind are not listed, the first of them here"));
     }
     m_findings.clear();
     m_tallies.clear();

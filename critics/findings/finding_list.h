@@ -1,11 +1,13 @@
-// How does a critic write down what it found?
+// The findings of one part, as one critic writes them down.
 //
-// A list of findings over one text. It words every finding alike, keeps secrets out of what is
-// quoted, bounds how often one rule may speak, and hands the findings back in reading order.
+// It words every finding alike, keeps secrets out of what is quoted, bounds how often one rule may
+// speak, and hands the findings back in reading order. A list over a text finds the place of a
+// finding by its offset; sheets and pictures bring places of their own. One critic, one thread.
 
 #pragma once
 
 #include "critics/findings/finding.h"
+#include "critics/findings/rule.h"
 #include "critics/findings/source_text.h"
 
 #include <cstddef>
@@ -17,54 +19,65 @@
 
 namespace trevix {
 
-/// What one rule always says. `id` and `criterion` are literals.
-struct Rule {
-    std::string_view id;
-    Severity severity;
-    std::string_view criterion;
-};
-
-/// One rule lists at most this many places of one part; a last finding says how many more.
+/// One rule lists at most this many places of one part; a last finding says how many more there
+/// are. Chosen, not measured: more than anybody mends before grading again, and few enough that the
+/// report of a habit repeated a thousand times can still be read.
 constexpr std::size_t kMostFindingsPerRule = 50;
 
-/// `text` on one line, at most 120 characters long with its ellipsis: runs of white space and
+/// The most characters that evidence has.
+constexpr std::size_t kLongestEvidence = 120;
+
+/// `text` on one line, at most `limit` characters long with its ellipsis: runs of white space and
 /// control characters become one blank, bytes that are not UTF-8 become U+FFFD.
-[[nodiscard]] std::string shortened(std::string_view text);
+/// Precondition: 0 < limit <= kLongestEvidence.
+[[nodiscard]] std::string shortened(std::string_view text, std::size_t limit = kLongestEvidence);
 
 class FindingList {
 public:
-    /// `source` must outlive the list.
-    explicit FindingList(const SourceText& source) : m_source(source) {}
+    /// For work whose places are given with each finding.
+    FindingList() = default;
+    /// For a text, where offsets are places. `source` must outlive the list.
+    explicit FindingList(const SourceText& source) : m_source(&source) {}
 
     /// From now on nothing quotes these bytes: they are shown as their first four characters and
     /// an ellipsis. Spans are given in reading order and do not overlap.
     void hide(std::size_t offset, std::size_t length);
 
     /// Adds a finding whose evidence is the text at `offset`. `says` completes the sentence that
-    /// begins with place and evidence: "is a placeholder".
-    void add(const Rule& rule, std::size_t offset, std::size_t length, std::string_view says);
+    /// begins with place and evidence: "is a placeholder". Precondition: the list is over a text.
+    void add(GradedRule rule, std::size_t offset, std::size_t length, std::string_view says);
 
     /// Adds a finding with evidence of its own words, still placed at `offset`. The evidence is
-    /// the caller's: nothing is hidden in it.
-    void addWith(const Rule& rule, std::size_t offset, std::string_view evidence,
+    /// the caller's: nothing is hidden in it. Precondition: the list is over a text.
+    void addWith(GradedRule rule, std::size_t offset, std::string_view evidence,
                  std::string_view says);
 
-    /// Everything added, by place and then in the order of adding. Leaves the list empty.
+    /// Adds a finding at a place of the caller's, with a whole sentence for people as its detail.
+    /// The evidence is shortened, nothing is hidden in it.
+    void addAt(GradedRule rule, std::string_view place, std::string_view evidence,
+               std::string detail);
+
+    /// Everything added: over a text by place and then in the order of adding, else in that order;
+    /// behind it what was not listed, by rule. Leaves the list empty.
     [[nodiscard]] std::vector<Finding> take();
 
 private:
+    /// What one rule found beyond what is listed.
     struct Tally {
-        Rule rule{};
-        std::size_t count = 0;
-        std::size_t firstUnlisted = 0;
+        std::size_t count = 0; ///< All of them.
+        const Rule* rule = nullptr;
+        Severity worstUnlisted = Severity::low;
+        std::string firstUnlisted; ///< Its place.
     };
 
-    [[nodiscard]] bool admit(const Rule& rule, std::size_t offset);
+    /// Counts one more; whether it is to be listed.
+    template <typename Place>
+    [[nodiscard]] bool admit(GradedRule rule, const Place& place);
     [[nodiscard]] std::string quote(std::size_t offset, std::size_t length) const;
 
-    const SourceText& m_source;
+    const SourceText* m_source = nullptr;
     std::vector<std::pair<std::size_t, std::size_t>> m_hidden; ///< Begin and end of each span.
-    std::vector<std::pair<std::size_t, Finding>> m_findings;
+    std::vector<std::pair<std::size_t, Finding>> m_findings;   ///< By offset, 0 without a text.
     std::map<std::string_view, Tally> m_tallies;
 };
 

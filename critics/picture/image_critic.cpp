@@ -1,6 +1,7 @@
 #include "critics/picture/image_critic.h"
 
-#include "critics/findings/capped_findings.h"
+#include "critics/findings/finding_list.h"
+#include "critics/picture/picture_rule_table.h"
 #include "critics/picture/picture_rules.h"
 #include "critics/picture/pixels.h"
 
@@ -11,6 +12,12 @@
 
 namespace trevix {
 namespace {
+
+constexpr GradedRule kTransparent = declared<WorkKind::picture>("picture.transparent");
+constexpr GradedRule kBlack = declared<WorkKind::picture>("picture.black");
+constexpr GradedRule kBlankHigh = declared<WorkKind::picture>("picture.blank", Severity::high);
+constexpr GradedRule kBlankMedium = declared<WorkKind::picture>("picture.blank", Severity::medium);
+constexpr GradedRule kUnreadable = declared<WorkKind::picture>("picture.unreadable");
 
 /// Beyond this only what needs no map of regions is judged, so that memory stays bounded.
 constexpr std::size_t kMostAnalysedPixels = 40'000'000;
@@ -41,22 +48,20 @@ Filling fillingOf(const Picture& picture) {
 }
 
 /// Captures that failed and pictures with nothing on them. True when there is nothing to judge.
-bool judgeEmptiness(const Picture& decoded, const Picture& shown, CappedFindings& list) {
+bool judgeEmptiness(const Picture& decoded, const Picture& shown, FindingList& list) {
     const std::string place = placeName({0, 0, decoded.width, decoded.height});
     const bool transparent =
         std::ranges::all_of(decoded.pixels, [](const Colour& pixel) { return pixel.alpha <= 8; });
     if (transparent) {
-        list.add({Severity::high, "picture.transparent", "nothing captured", place,
-                  "every pixel is transparent",
-                  "Every pixel of " + place + " is transparent, as after a failed capture."});
+        list.addAt(kTransparent, place, "every pixel is transparent",
+                   "Every pixel of " + place + " is transparent, as after a failed capture.");
         return true;
     }
     const bool black = std::ranges::all_of(
         shown.pixels, [](const Colour& pixel) { return brightness(pixel) <= 4; });
     if (black) {
-        list.add({Severity::high, "picture.black", "nothing captured", place,
-                  "every pixel is black",
-                  "Every pixel of " + place + " is black, as after a failed capture."});
+        list.addAt(kBlack, place, "every pixel is black",
+                   "Every pixel of " + place + " is black, as after a failed capture.");
         return true;
     }
     const Filling filling = fillingOf(shown);
@@ -66,21 +71,20 @@ bool judgeEmptiness(const Picture& decoded, const Picture& shown, CappedFindings
     const std::string figures =
         fixed(share, 2) + " % of the pixels differ from " + hexName(filling.colour);
     const bool blank = filling.others * 2000 <= all;
-    list.add({blank ? Severity::high : Severity::medium, "picture.blank",
-              blank ? "blank picture" : "nearly blank picture", place, figures,
-              "On " + place + " only " + figures + "."});
+    list.addAt(blank ? kBlankHigh : kBlankMedium, place, figures,
+               "On " + place + " only " + figures + ".");
     return blank;
 }
 
 } // namespace
 
 std::vector<Finding> critiqueImage(const Part& part, std::string_view modality) {
-    CappedFindings list;
+    FindingList list;
     auto decoded = decodePng(part.bytes);
     if (const auto* failure = std::get_if<DecodeFailure>(&decoded)) {
-        list.add({Severity::high, "picture.unreadable", "cannot be read", "the whole picture",
-                  failure->reason, "The whole picture cannot be read: " + failure->reason + "."});
-        return list.findings();
+        list.addAt(kUnreadable, "the whole picture", failure->reason,
+                   "The whole picture cannot be read: " + failure->reason + ".");
+        return list.take();
     }
     const PictureKind kind = kindOf(modality);
     auto& original = std::get<Picture>(decoded);
@@ -95,12 +99,12 @@ std::vector<Finding> critiqueImage(const Part& part, std::string_view modality) 
         facts.picture = std::move(shown);
         if (nothing) {
             judgeSize(facts, list);
-            return list.findings();
+            return list.take();
         }
     }
     if (facts.picture.pixels.size() > kMostAnalysedPixels) {
         judgeSize(facts, list);
-        return list.findings();
+        return list.take();
     }
     facts = factsOf(std::move(facts.picture), kind);
     judgeSize(facts, list);
@@ -117,7 +121,7 @@ std::vector<Finding> critiqueImage(const Part& part, std::string_view modality) 
         judgeSlide(facts, list);
         break;
     }
-    return list.findings();
+    return list.take();
 }
 
 } // namespace trevix

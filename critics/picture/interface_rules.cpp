@@ -1,3 +1,4 @@
+#include "critics/picture/picture_rule_table.h"
 #include "critics/picture/picture_rules.h"
 
 #include <algorithm>
@@ -9,6 +10,12 @@
 
 namespace trevix {
 namespace {
+
+constexpr GradedRule kUnevenGap = declared<WorkKind::picture>("ui.uneven_gap");
+constexpr GradedRule kMisalignedLeft = declared<WorkKind::picture>("ui.misaligned_left");
+constexpr GradedRule kMisalignedTop = declared<WorkKind::picture>("ui.misaligned_top");
+constexpr GradedRule kMisalignedText = declared<WorkKind::picture>("ui.misaligned_text");
+constexpr GradedRule kCrowdedMargin = declared<WorkKind::picture>("ui.crowded_margin");
 
 constexpr int kMostSlip = 3; // Farther off is another place, not a slip.
 
@@ -74,7 +81,7 @@ std::vector<std::vector<Span>> stacks(std::vector<Span> spans) {
 
 struct Axis {
     std::string_view edge; ///< "left" or "top".
-    std::string_view rule;
+    GradedRule rule;
     std::string_view direction; ///< Where a slip of more pixels leads: "right" or "down".
     std::string_view opposite;
 };
@@ -83,7 +90,7 @@ std::string pixels(int count) {
     return std::to_string(count) + " px";
 }
 
-void judgeEdges(const std::vector<Span>& run, const Axis& axis, CappedFindings& list) {
+void judgeEdges(const std::vector<Span>& run, const Axis& axis, FindingList& list) {
     std::vector<int> edges;
     for (const Span& span : run) edges.push_back(span.edge);
     const std::optional<int> usual = prevailing(edges, 3);
@@ -93,17 +100,17 @@ void judgeEdges(const std::vector<Span>& run, const Axis& axis, CappedFindings& 
         if (slip == 0 || std::abs(slip) > kMostSlip) continue;
         const std::string place = placeName(span.box);
         const std::string by = pixels(std::abs(slip));
-        list.add({Severity::medium, std::string(axis.rule), "misaligned", place,
-                  by + " off the common " + std::string(axis.edge) + " edge at " + pixels(*usual),
-                  "The element at " + place + " stands " + by + " too far " +
-                      std::string(slip > 0 ? axis.direction : axis.opposite) + "; the " +
-                      std::to_string(run.size() - 1) + " others like it share the " +
-                      std::string(axis.edge) + " edge at " + pixels(*usual) + "."});
+        list.addAt(axis.rule, place,
+                   by + " off the common " + std::string(axis.edge) + " edge at " + pixels(*usual),
+                   "The element at " + place + " stands " + by + " too far " +
+                       std::string(slip > 0 ? axis.direction : axis.opposite) + "; the " +
+                       std::to_string(run.size() - 1) + " others like it share the " +
+                       std::string(axis.edge) + " edge at " + pixels(*usual) + ".");
     }
 }
 
 /// Layouts share out left-over pixels, so that gaps may differ by one.
-void judgeGaps(const std::vector<Span>& run, CappedFindings& list) {
+void judgeGaps(const std::vector<Span>& run, FindingList& list) {
     std::vector<int> gaps;
     for (std::size_t i = 1; i < run.size(); ++i) gaps.push_back(run[i].along - run[i - 1].end());
     const std::optional<int> usual = prevailing(gaps, 3);
@@ -112,16 +119,16 @@ void judgeGaps(const std::vector<Span>& run, CappedFindings& list) {
         const int slip = std::abs(gaps[i - 1] - *usual);
         if (slip < 2 || slip > kMostSlip) continue;
         const std::string place = placeName(run[i].box);
-        list.add({Severity::low, "ui.uneven_gap", "uneven spacing", place,
-                  pixels(gaps[i - 1]) + " where the others have " + pixels(*usual),
-                  "The gap before the element at " + place + " is " + pixels(gaps[i - 1]) +
-                      "; between the others like it it is " + pixels(*usual) + "."});
+        list.addAt(kUnevenGap, place,
+                   pixels(gaps[i - 1]) + " where the others have " + pixels(*usual),
+                   "The gap before the element at " + place + " is " + pixels(gaps[i - 1]) +
+                       "; between the others like it it is " + pixels(*usual) + ".");
     }
 }
 
-void judgeControls(const PictureFacts& facts, CappedFindings& list) {
-    const Axis left{"left", "ui.misaligned_left", "right", "left"};
-    const Axis top{"top", "ui.misaligned_top", "low", "high"};
+void judgeControls(const PictureFacts& facts, FindingList& list) {
+    const Axis left{"left", kMisalignedLeft, "right", "left"};
+    const Axis top{"top", kMisalignedTop, "low", "high"};
     for (const std::vector<Rect>& boxes : alikeControls(facts)) {
         std::vector<Span> down;
         std::vector<Span> across;
@@ -141,7 +148,7 @@ void judgeControls(const PictureFacts& facts, CappedFindings& list) {
 }
 
 /// Letters begin up to two pixels beside the edge they are set to, so only three and more tell.
-void judgeLabels(const PictureFacts& facts, CappedFindings& list) {
+void judgeLabels(const PictureFacts& facts, FindingList& list) {
     std::map<std::pair<std::string, int>, std::vector<const TextLine*>> byLook;
     for (const TextLine& line : facts.lines) {
         if (line.xHeight > 16) continue;
@@ -180,16 +187,15 @@ void judgeLabels(const PictureFacts& facts, CappedFindings& list) {
             reported.push_back(line);
             const std::string place = placeName(line->box);
             const std::string by = pixels(std::abs(slip));
-            list.add({Severity::low, "ui.misaligned_text", "misaligned", place,
-                      by + " off the common left edge at " + pixels(usual),
-                      "The writing at " + place + " begins " + by + " beside the left edge at " +
-                          pixels(usual) + " that " + std::to_string(most) + " other lines share."});
+            list.addAt(kMisalignedText, place, by + " off the common left edge at " + pixels(usual),
+                       "The writing at " + place + " begins " + by + " beside the left edge at " +
+                           pixels(usual) + " that " + std::to_string(most) + " other lines share.");
         }
     }
 }
 
 /// Editors and terminals run their text to the frame throughout; elsewhere text keeps clear of it.
-void judgeMargins(const PictureFacts& facts, CappedFindings& list) {
+void judgeMargins(const PictureFacts& facts, FindingList& list) {
     constexpr int kLeast = 3;
     std::size_t rows = 0;
     std::size_t crowded = 0;
@@ -208,15 +214,14 @@ void judgeMargins(const PictureFacts& facts, CappedFindings& list) {
     }
     if (rows < 5 || crowded == 0 || crowded * 3 > rows) return;
     const std::string place = placeName(box);
-    list.add({Severity::low, "ui.crowded_margin", "too little margin", place,
-              pixels(nearest) + " from the border",
-              "The writing at " + place + " stands only " + pixels(nearest) +
-                  " from the border of the picture, while other lines keep clear of it."});
+    list.addAt(kCrowdedMargin, place, pixels(nearest) + " from the border",
+               "The writing at " + place + " stands only " + pixels(nearest) +
+                   " from the border of the picture, while other lines keep clear of it.");
 }
 
 } // namespace
 
-void judgeInterface(const PictureFacts& facts, CappedFindings& list) {
+void judgeInterface(const PictureFacts& facts, FindingList& list) {
     judgeControls(facts, list);
     judgeLabels(facts, list);
     judgeMargins(facts, list);

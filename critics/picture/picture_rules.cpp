@@ -1,4 +1,5 @@
 #include "critics/picture/picture_rules.h"
+#include "critics/picture/picture_rule_table.h"
 
 #include <algorithm>
 #include <array>
@@ -8,6 +9,26 @@
 
 namespace trevix {
 namespace {
+
+constexpr GradedRule kPale = declared<WorkKind::picture>("picture.low_contrast", Severity::low);
+constexpr GradedRule kWeakContrast =
+    declared<WorkKind::picture>("picture.low_contrast", Severity::medium);
+constexpr GradedRule kWeakThroughout =
+    declared<WorkKind::picture>("picture.low_contrast", Severity::high);
+constexpr GradedRule kTinyTextMedium =
+    declared<WorkKind::picture>("picture.tiny_text", Severity::medium);
+constexpr GradedRule kTinyTextLow = declared<WorkKind::picture>("picture.tiny_text", Severity::low);
+constexpr GradedRule kCutTextLow = declared<WorkKind::picture>("picture.cut_text", Severity::low);
+constexpr GradedRule kCutTextMedium =
+    declared<WorkKind::picture>("picture.cut_text", Severity::medium);
+constexpr GradedRule kSmall = declared<WorkKind::picture>("picture.small");
+constexpr GradedRule kAspect = declared<WorkKind::picture>("picture.aspect");
+constexpr GradedRule kBlur = declared<WorkKind::picture>("picture.blur");
+constexpr GradedRule kNoiseMedium = declared<WorkKind::picture>("picture.noise", Severity::medium);
+constexpr GradedRule kNoiseLow = declared<WorkKind::picture>("picture.noise", Severity::low);
+constexpr GradedRule kBandingMedium =
+    declared<WorkKind::picture>("picture.banding", Severity::medium);
+constexpr GradedRule kBandingLow = declared<WorkKind::picture>("picture.banding", Severity::low);
 
 struct LowContrast {
     Rect box;
@@ -63,7 +84,7 @@ std::vector<LowContrast> lowContrastRegions(const std::vector<TextLine>& lines) 
     return regions;
 }
 
-void judgeContrast(const PictureFacts& facts, CappedFindings& list) {
+void judgeContrast(const PictureFacts& facts, FindingList& list) {
     int weak = 0;
     int weakLines = 0;
     for (const TextLine& line : facts.lines) {
@@ -73,26 +94,25 @@ void judgeContrast(const PictureFacts& facts, CappedFindings& list) {
     }
     const int all = facts.textWidth();
     // A few pale words may be disabled controls or hints; most of the writing may not.
-    Severity severity = Severity::low;
-    if (weak * 10 >= all || weakLines > 3) severity = Severity::medium;
-    if (weak * 10 >= all * 4 && weakLines >= 2) severity = Severity::high;
+    GradedRule prevailing = kPale;
+    if (weak * 10 >= all || weakLines > 3) prevailing = kWeakContrast;
+    if (weak * 10 >= all * 4 && weakLines >= 2) prevailing = kWeakThroughout;
     // In photographs the search may take ripples for writing.
     const PictureMeasures& m = facts.measures;
-    if (m.photoBlocks * 2 > m.blocks) severity = Severity::low;
+    if (m.photoBlocks * 2 > m.blocks) prevailing = kPale;
     for (const LowContrast& region : lowContrastRegions(facts.lines)) {
         const TextLine& worst = region.worst;
         const bool hard = worst.contrast < kHardToRead;
         const std::string place = placeName(region.box);
         const std::string ratio = fixed(worst.contrast, 2) + ":1";
         const std::string colours = hexName(worst.ink) + " on " + hexName(worst.ground);
-        list.add({hard ? severity : Severity::low, "picture.low_contrast", "weak contrast", place,
-                  ratio + ", " + colours,
-                  "The writing at " + place + " has a contrast of only " + ratio + " (" + colours +
-                      "); at its size " + fixed(requiredContrast(worst), 1) + ":1 is needed."});
+        list.addAt(hard ? prevailing : kPale, place, ratio + ", " + colours,
+                   "The writing at " + place + " has a contrast of only " + ratio + " (" + colours +
+                       "); at its size " + fixed(requiredContrast(worst), 1) + ":1 is needed.");
     }
 }
 
-void judgeTinyText(const PictureFacts& facts, CappedFindings& list) {
+void judgeTinyText(const PictureFacts& facts, FindingList& list) {
     std::vector<const TextLine*> tiny;
     int width = 0;
     for (const TextLine& line : facts.lines) {
@@ -106,10 +126,9 @@ void judgeTinyText(const PictureFacts& facts, CappedFindings& list) {
     for (const TextLine* line : tiny) {
         const std::string place = placeName(line->box);
         const std::string height = std::to_string(line->xHeight) + " px";
-        list.add({prevails ? Severity::medium : Severity::low, "picture.tiny_text",
-                  "unreadably small text", place, "x-height " + height,
-                  "The small letters at " + place + " are only " + height +
-                      " high, too few pixels to tell them apart."});
+        list.addAt(prevails ? kTinyTextMedium : kTinyTextLow, place, "x-height " + height,
+                   "The small letters at " + place + " are only " + height +
+                       " high, too few pixels to tell them apart.");
     }
 }
 
@@ -130,7 +149,7 @@ struct Edge {
     std::vector<const TextLine*> lines;
 };
 
-void judgeCutText(const PictureFacts& facts, CappedFindings& list) {
+void judgeCutText(const PictureFacts& facts, FindingList& list) {
     const Rect whole = facts.whole();
     Edge top{"top", false, {}};
     Edge left{"left", false, {}};
@@ -161,13 +180,12 @@ void judgeCutText(const PictureFacts& facts, CappedFindings& list) {
         const bool mild = edge->scrolls && facts.kind != PictureKind::slide;
         const std::string place = placeName(box);
         const std::string name(edge->name);
-        list.add({mild ? Severity::low : Severity::medium, "picture.cut_text", "text cut off",
-                  place,
-                  std::to_string(edge->lines.size()) +
-                      (edge->lines.size() == 1 ? " line touches" : " lines touch") + " the " +
-                      name + " edge",
-                  "The writing at " + place + " runs into the " + name +
-                      " edge of the picture and is cut off."});
+        list.addAt(mild ? kCutTextLow : kCutTextMedium, place,
+                   std::to_string(edge->lines.size()) +
+                       (edge->lines.size() == 1 ? " line touches" : " lines touch") + " the " +
+                       name + " edge",
+                   "The writing at " + place + " runs into the " + name +
+                       " edge of the picture and is cut off.");
     }
 }
 
@@ -201,7 +219,7 @@ std::string fixed(double value, int decimals) {
     return text.data();
 }
 
-void judgeSize(const PictureFacts& facts, CappedFindings& list) {
+void judgeSize(const PictureFacts& facts, FindingList& list) {
     struct Limits {
         int width, height;
         int wide, tall; ///< Most times wider than high, and higher than wide.
@@ -223,54 +241,52 @@ void judgeSize(const PictureFacts& facts, CappedFindings& list) {
     const std::string size = std::to_string(width) + " x " + std::to_string(height) + " px";
     const std::string place = placeName(facts.whole());
     if (width < limits.width || height < limits.height) {
-        list.add({Severity::medium, "picture.small", "too small", place, size,
-                  "The picture is only " + size + "; " + std::string(limits.what) +
-                      " needs at least " + std::to_string(limits.width) + " x " +
-                      std::to_string(limits.height) + " px."});
+        list.addAt(kSmall, place, size,
+                   "The picture is only " + size + "; " + std::string(limits.what) +
+                       " needs at least " + std::to_string(limits.width) + " x " +
+                       std::to_string(limits.height) + " px.");
     }
     if (width > limits.wide * height || height > limits.tall * width) {
         const double ratio = static_cast<double>(std::max(width, height)) / std::min(width, height);
         const std::string times = fixed(ratio, 1);
-        list.add({Severity::medium, "picture.aspect", "extreme proportions", place,
-                  size + ", " + times + ":1",
-                  "With " + size + " the picture is " + times + " times as " +
-                      (width > height ? "wide as high" : "high as wide") + ", more than " +
-                      std::string(limits.what) + " can well be."});
+        list.addAt(kAspect, place, size + ", " + times + ":1",
+                   "With " + size + " the picture is " + times + " times as " +
+                       (width > height ? "wide as high" : "high as wide") + ", more than " +
+                       std::string(limits.what) + " can well be.");
     }
 }
 
-void judgeWriting(const PictureFacts& facts, CappedFindings& list) {
+void judgeWriting(const PictureFacts& facts, FindingList& list) {
     judgeContrast(facts, list);
     judgeTinyText(facts, list);
     judgeCutText(facts, list);
 }
 
-void judgeRendering(const PictureFacts& facts, CappedFindings& list) {
+void judgeRendering(const PictureFacts& facts, FindingList& list) {
     const PictureMeasures& m = facts.measures;
     if (m.edgyBlocks >= 12 && m.edgyBlocks * 20 >= m.blocks && m.sharpness < 0.12) {
         const std::string place = placeName(facts.whole());
         const std::string figures = "edge sharpness " + fixed(m.sharpness, 3) +
                                     ", Laplacian variance " + fixed(m.laplacianVariance, 1);
-        list.add({Severity::medium, "picture.blur", "out of focus", place, figures,
-                  "Over " + place + " even the sharpest edges are soft (" + figures +
-                      "); sharp ones reach 0.3."});
+        list.addAt(kBlur, place, figures,
+                   "Over " + place + " even the sharpest edges are soft (" + figures +
+                       "); sharp ones reach 0.3.");
     }
     if (m.noisyBlocks >= 24 && m.noisyBlocks * 10 >= m.photoBlocks * 4 && m.noiseSigma >= 8) {
         const std::string place = placeName(m.photoBox);
         const std::string figures = "noise of " + fixed(m.noiseSigma, 1) + " levels in " +
                                     std::to_string(m.noisyBlocks) + " of " +
                                     std::to_string(m.photoBlocks) + " blocks";
-        list.add({m.noiseSigma >= 16 ? Severity::medium : Severity::low, "picture.noise",
-                  "visual noise", place, figures,
-                  "At " + place + " neighbouring pixels differ at random: " + figures + "."});
+        list.addAt(m.noiseSigma >= 16 ? kNoiseMedium : kNoiseLow, place, figures,
+                   "At " + place + " neighbouring pixels differ at random: " + figures + ".");
     }
     for (const Banding& banding : findBanding(facts.picture)) {
         const bool large = banding.box.area() * 20 >= facts.whole().area();
         const std::string place = placeName(banding.box);
         const std::string figures = std::to_string(banding.bands) + " bands, steps of up to " +
                                     std::to_string(banding.step) + " levels";
-        list.add({large ? Severity::medium : Severity::low, "picture.banding", "colour banding",
-                  place, figures, "The gradient at " + place + " shows steps: " + figures + "."});
+        list.addAt(large ? kBandingMedium : kBandingLow, place, figures,
+                   "The gradient at " + place + " shows steps: " + figures + ".");
     }
 }
 

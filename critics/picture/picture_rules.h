@@ -6,7 +6,7 @@
 
 #pragma once
 
-#include "critics/findings/capped_findings.h"
+#include "critics/findings/finding_list.h"
 #include "critics/picture/glyph_strokes.h"
 #include "critics/picture/picture_measures.h"
 #include "critics/picture/regions.h"
@@ -40,11 +40,11 @@ struct PictureFacts {
 /// "3.50", with `decimals` digits after the point.
 [[nodiscard]] std::string fixed(double value, int decimals);
 
-void judgeSize(const PictureFacts& facts, CappedFindings& list);
-void judgeWriting(const PictureFacts& facts, CappedFindings& list); ///< Contrast, size, cut edges.
-void judgeRendering(const PictureFacts& facts, CappedFindings& list); ///< Blur, noise, banding.
-void judgePhotograph(const PictureFacts& facts, CappedFindings& list);
-void judgeInterface(const PictureFacts& facts, CappedFindings& list);
-void judgeSlide(const PictureFacts& facts, CappedFindings& list);
+void judgeSize(const PictureFacts& facts, FindingList& list);
+void judgeWriting(const PictureFacts& facts, FindingList& list);   ///< Contrast, size, cut edges.
+void judgeRendering(const PictureFacts& facts, FindingList& list); ///< Blur, noise, banding.
+void judgePhotograph(const PictureFacts& facts, FindingList& list);
+void judgeInterface(const PictureFacts& facts, FindingList& list);
+void judgeSlide(const PictureFacts& facts, FindingList& list);
 
 } // namespace trevix

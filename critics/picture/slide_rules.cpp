@@ -1,3 +1,4 @@
+#include "critics/picture/picture_rule_table.h"
 #include "critics/picture/picture_rules.h"
 
 #include <algorithm>
@@ -9,6 +10,16 @@
 
 namespace trevix {
 namespace {
+
+constexpr GradedRule kFormat = declared<WorkKind::picture>("deck.format");
+constexpr GradedRule kTextSizes = declared<WorkKind::picture>("deck.text_sizes");
+constexpr GradedRule kTextAmountMedium =
+    declared<WorkKind::picture>("deck.text_amount", Severity::medium);
+constexpr GradedRule kTextAmountLow =
+    declared<WorkKind::picture>("deck.text_amount", Severity::low);
+constexpr GradedRule kSmallText = declared<WorkKind::picture>("deck.small_text");
+constexpr GradedRule kMargin = declared<WorkKind::picture>("deck.margin");
+constexpr GradedRule kTextColours = declared<WorkKind::picture>("deck.text_colours");
 
 struct Format {
     std::string_view name;
@@ -42,19 +53,18 @@ std::vector<const TextLine*> tellingLines(const PictureFacts& facts) {
     return lines;
 }
 
-void judgeFormat(const PictureFacts& facts, CappedFindings& list) {
+void judgeFormat(const PictureFacts& facts, FindingList& list) {
     const double off = offFormat(facts);
     if (off <= 3) return;
     const std::string size =
         std::to_string(facts.picture.width) + " x " + std::to_string(facts.picture.height) + " px";
     const std::string place = placeName(facts.whole());
-    list.add({Severity::low, "deck.format", "no slide format", place,
-              size + ", " + fixed(off, 1) + " % off",
-              "With " + size + " the picture is " + fixed(off, 1) +
-                  " % off the nearest slide format (16:9, 16:10 or 4:3)."});
+    list.addAt(kFormat, place, size + ", " + fixed(off, 1) + " % off",
+               "With " + size + " the picture is " + fixed(off, 1) +
+                   " % off the nearest slide format (16:9, 16:10 or 4:3).");
 }
 
-void judgeSizes(const PictureFacts& facts, CappedFindings& list) {
+void judgeSizes(const PictureFacts& facts, FindingList& list) {
     std::vector<int> heights;
     for (const TextLine* line : tellingLines(facts)) heights.push_back(line->xHeight);
     std::ranges::sort(heights);
@@ -67,12 +77,12 @@ void judgeSizes(const PictureFacts& facts, CappedFindings& list) {
     std::string shown;
     for (const int size : sizes) shown += (shown.empty() ? "" : ", ") + std::to_string(size);
     const std::string place = placeName(facts.whole());
-    list.add({Severity::low, "deck.text_sizes", "too many text sizes", place, shown + " px",
-              "The slide uses " + std::to_string(sizes.size()) + " sizes of text (x-heights of " +
-                  shown + " px) over " + place + "; six are more than enough."});
+    list.addAt(kTextSizes, place, shown + " px",
+               "The slide uses " + std::to_string(sizes.size()) + " sizes of text (x-heights of " +
+                   shown + " px) over " + place + "; six are more than enough.");
 }
 
-void judgeAmount(const PictureFacts& facts, CappedFindings& list) {
+void judgeAmount(const PictureFacts& facts, FindingList& list) {
     int rows = 0;
     int bottom = -1;
     std::int64_t covered = 0;
@@ -91,12 +101,11 @@ void judgeAmount(const PictureFacts& facts, CappedFindings& list) {
     if (rows <= mostRows && percent <= 38) return;
     const std::string figures =
         std::to_string(rows) + " lines, " + fixed(percent, 0) + " % of the area";
-    list.add({bare ? Severity::medium : Severity::low, "deck.text_amount", "too much text",
-              placeName(box), figures,
-              "The slide is full of text: " + figures + " at " + placeName(box) + "."});
+    list.addAt(bare ? kTextAmountMedium : kTextAmountLow, placeName(box), figures,
+               "The slide is full of text: " + figures + " at " + placeName(box) + ".");
 }
 
-void judgeSmallText(const PictureFacts& facts, CappedFindings& list) {
+void judgeSmallText(const PictureFacts& facts, FindingList& list) {
     if (!isBareSlide(facts)) return;
     // About nine points on a slide of 7.5 inches; page numbers and sources may be that small.
     const double least = facts.picture.height * 0.009;
@@ -112,14 +121,13 @@ void judgeSmallText(const PictureFacts& facts, CappedFindings& list) {
         const std::string place = placeName(line->box);
         const std::string height =
             std::to_string(line->xHeight) + " px of " + std::to_string(facts.picture.height);
-        list.add({Severity::medium, "deck.small_text", "text too small to project", place,
-                  "x-height " + height,
-                  "The letters at " + place + " are " + height +
-                      " high, too small to read from the back of a room."});
+        list.addAt(kSmallText, place, "x-height " + height,
+                   "The letters at " + place + " are " + height +
+                       " high, too small to read from the back of a room.");
     }
 }
 
-void judgeMargins(const PictureFacts& facts, CappedFindings& list) {
+void judgeMargins(const PictureFacts& facts, FindingList& list) {
     if (!isBareSlide(facts)) return;
     const int margin = std::max(4, facts.picture.width / 80);
     const std::array<std::string_view, 4> names{"left", "top", "right", "bottom"};
@@ -138,15 +146,14 @@ void judgeMargins(const PictureFacts& facts, CappedFindings& list) {
         if (!box) continue;
         const std::string place = placeName(*box);
         const std::string distance = std::to_string(nearest) + " px";
-        list.add({Severity::low, "deck.margin", "too little margin", place,
-                  distance + " from the " + std::string(names[edge]) + " edge",
-                  "The writing at " + place + " comes within " + distance + " of the " +
-                      std::string(names[edge]) + " edge of the slide; " + std::to_string(margin) +
-                      " px are the least."});
+        list.addAt(kMargin, place, distance + " from the " + std::string(names[edge]) + " edge",
+                   "The writing at " + place + " comes within " + distance + " of the " +
+                       std::string(names[edge]) + " edge of the slide; " + std::to_string(margin) +
+                       " px are the least.");
     }
 }
 
-void judgeColours(const PictureFacts& facts, CappedFindings& list) {
+void judgeColours(const PictureFacts& facts, FindingList& list) {
     std::vector<Colour> colours;
     Rect box;
     for (const TextLine* line : tellingLines(facts)) {
@@ -160,14 +167,14 @@ void judgeColours(const PictureFacts& facts, CappedFindings& list) {
     std::string shown;
     for (const Colour& colour : colours) shown += (shown.empty() ? "" : ", ") + hexName(colour);
     const std::string place = placeName(box);
-    list.add({Severity::low, "deck.text_colours", "too many text colours", place, shown,
-              "The writing at " + place + " comes in " + std::to_string(colours.size()) +
-                  " colours: " + printable(shown, 80) + "."});
+    list.addAt(kTextColours, place, shown,
+               "The writing at " + place + " comes in " + std::to_string(colours.size()) +
+                   " colours: " + shortened(shown, 80) + ".");
 }
 
 } // namespace
 
-void judgeSlide(const PictureFacts& facts, CappedFindings& list) {
+void judgeSlide(const PictureFacts& facts, FindingList& list) {
     judgeFormat(facts, list);
     judgeSizes(facts, list);
     judgeAmount(facts, list);

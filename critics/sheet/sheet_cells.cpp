@@ -1,3 +1,4 @@
+#include "critics/sheet/sheet_rule_table.h"
 #include "critics/sheet/sheet_rules.h"
 
 #include "text/unicode.h"
@@ -9,6 +10,24 @@
 
 namespace trevix {
 namespace {
+
+constexpr GradedRule kFormulaErrorMedium =
+    declared<WorkKind::sheet>("sheet.formula_error", Severity::medium);
+constexpr GradedRule kFormulaErrorHigh =
+    declared<WorkKind::sheet>("sheet.formula_error", Severity::high);
+constexpr GradedRule kPlaceholder = declared<WorkKind::sheet>("sheet.placeholder");
+constexpr GradedRule kTextNumber = declared<WorkKind::sheet>("sheet.text_number");
+constexpr GradedRule kMixedTypes = declared<WorkKind::sheet>("sheet.mixed_types");
+constexpr GradedRule kFormulaText = declared<WorkKind::sheet>("sheet.formula_text");
+constexpr GradedRule kImpossibleDate = declared<WorkKind::sheet>("sheet.impossible_date");
+constexpr GradedRule kMixedDates = declared<WorkKind::sheet>("sheet.mixed_dates");
+constexpr GradedRule kPercentRange = declared<WorkKind::sheet>("sheet.percent_range");
+constexpr GradedRule kNegativeCount = declared<WorkKind::sheet>("sheet.negative_count");
+constexpr GradedRule kMixedDecimals = declared<WorkKind::sheet>("sheet.mixed_decimals");
+constexpr GradedRule kMixedCurrencies = declared<WorkKind::sheet>("sheet.mixed_currencies");
+constexpr GradedRule kMixedUnits = declared<WorkKind::sheet>("sheet.mixed_units");
+constexpr GradedRule kStrayBlanks = declared<WorkKind::sheet>("sheet.stray_blanks");
+constexpr GradedRule kSpellingVariants = declared<WorkKind::sheet>("sheet.spelling_variants");
 
 constexpr std::size_t kFewestForMajority = 5;
 
@@ -22,7 +41,7 @@ CellPlace placeOf(const Sheet& sheet, const SheetColumn& column, std::size_t row
     CellPlace place;
     place.name = "cell " + cellName(row, column.index);
     place.text = sheet.table.cell(row, column.index);
-    place.quoted = "\"" + printable(place.text, 60) + "\"";
+    place.quoted = "\"" + shortened(place.text, 60) + "\"";
     return place;
 }
 
@@ -30,7 +49,7 @@ CellPlace placeOf(const Sheet& sheet, const SheetColumn& column, std::size_t row
 std::string withVisibleBlanks(std::string_view text) {
     const std::string_view trimmed = trimmedCell(text);
     if (trimmed.empty()) return "␣";
-    std::string visible = printable(trimmed, 100);
+    std::string visible = shortened(trimmed, 100);
     if (trimmed.data() != text.data()) visible = "␣" + visible;
     if (trimmed.data() + trimmed.size() != text.data() + text.size()) visible += "␣";
     return visible;
@@ -42,21 +61,21 @@ std::string capitalized(std::string text) {
     return text;
 }
 
-void judgeErrors(const Sheet& sheet, const SheetColumn& column, CappedFindings& list) {
+void judgeErrors(const Sheet& sheet, const SheetColumn& column, FindingList& list) {
     for (const SheetCell& cell : column.cells) {
         if (cell.kind == CellKind::error) {
             const CellPlace place = placeOf(sheet, column, cell.row);
             const std::string_view error = trimmedCell(place.text);
             const bool notAvailable = error == "#N/A" || error == "#NV";
-            list.add({notAvailable ? Severity::medium : Severity::high, "sheet.formula_error",
-                      "formula error", place.name, place.text,
-                      "The formula in " + place.name + " gives " + std::string(error) +
-                          " instead of a value."});
+            list.addAt(notAvailable ? kFormulaErrorMedium : kFormulaErrorHigh, place.name,
+                       place.text,
+                       "The formula in " + place.name + " gives " + std::string(error) +
+                           " instead of a value.");
         } else if (cell.kind == CellKind::placeholder) {
             const CellPlace place = placeOf(sheet, column, cell.row);
-            list.add(
-                {Severity::medium, "sheet.placeholder", "unfinished cell", place.name, place.text,
-                 capitalized(place.name) + " still holds the placeholder " + place.quoted + "."});
+            list.addAt(kPlaceholder, place.name, place.text,
+                       capitalized(place.name) + " still holds the placeholder " + place.quoted +
+                           ".");
         }
     }
 }
@@ -89,7 +108,7 @@ bool isDigits(std::string_view text) {
 }
 
 /// Numbers that a spreadsheet will not count as numbers, and other strays among numbers.
-void judgeStraysAmongNumbers(const Sheet& sheet, const SheetColumn& column, CappedFindings& list) {
+void judgeStraysAmongNumbers(const Sheet& sheet, const SheetColumn& column, FindingList& list) {
     std::size_t spaced = 0;
     std::size_t otherwise = 0;
     std::size_t padded = 0;
@@ -126,45 +145,43 @@ void judgeStraysAmongNumbers(const Sheet& sheet, const SheetColumn& column, Capp
         if (why.empty() && !stray) continue;
         const CellPlace place = placeOf(sheet, column, cell.row);
         if (!why.empty()) {
-            list.add({Severity::medium, "sheet.text_number", "number stored as text", place.name,
-                      place.text,
-                      "The number " + place.quoted + " in " + place.name + " " + why +
-                          ", so formulas do not count it."});
+            list.addAt(kTextNumber, place.name, place.text,
+                       "The number " + place.quoted + " in " + place.name + " " + why +
+                           ", so formulas do not count it.");
         } else {
-            list.add({Severity::medium, "sheet.mixed_types", "mixed types", place.name, place.text,
-                      capitalized(place.name) + " holds " + place.quoted + " where the " +
-                          column.place() + " holds numbers in " + std::to_string(column.numbers) +
-                          " of " + std::to_string(column.filled) + " cells."});
+            list.addAt(kMixedTypes, place.name, place.text,
+                       capitalized(place.name) + " holds " + place.quoted + " where the " +
+                           column.place() + " holds numbers in " + std::to_string(column.numbers) +
+                           " of " + std::to_string(column.filled) + " cells.");
         }
     }
 }
 
-void judgeStraysAmongDates(const Sheet& sheet, const SheetColumn& column, CappedFindings& list) {
+void judgeStraysAmongDates(const Sheet& sheet, const SheetColumn& column, FindingList& list) {
     if (column.filled < kFewestForMajority) return;
     for (const SheetCell& cell : column.cells) {
         if (!sheet.isData(cell.row)) continue;
         if (cell.kind != CellKind::words && cell.kind != CellKind::number) continue;
         const CellPlace place = placeOf(sheet, column, cell.row);
-        list.add({Severity::medium, "sheet.mixed_types", "mixed types", place.name, place.text,
-                  capitalized(place.name) + " holds " + place.quoted + " where the " +
-                      column.place() + " holds dates in " + std::to_string(column.dates) + " of " +
-                      std::to_string(column.filled) + " cells."});
+        list.addAt(kMixedTypes, place.name, place.text,
+                   capitalized(place.name) + " holds " + place.quoted + " where the " +
+                       column.place() + " holds dates in " + std::to_string(column.dates) + " of " +
+                       std::to_string(column.filled) + " cells.");
     }
 }
 
-void judgeFormulaTexts(const Sheet& sheet, const SheetColumn& column, CappedFindings& list) {
+void judgeFormulaTexts(const Sheet& sheet, const SheetColumn& column, FindingList& list) {
     for (const SheetCell& cell : column.cells) {
         if (cell.kind != CellKind::words) continue;
         if (!isFormulaText(trimmedCell(sheet.table.cell(cell.row, column.index)))) continue;
         const CellPlace place = placeOf(sheet, column, cell.row);
-        list.add({Severity::medium, "sheet.formula_text", "formula not calculated", place.name,
-                  place.text,
-                  capitalized(place.name) + " shows the formula " + place.quoted +
-                      " instead of its result."});
+        list.addAt(kFormulaText, place.name, place.text,
+                   capitalized(place.name) + " shows the formula " + place.quoted +
+                       " instead of its result.");
     }
 }
 
-void judgeDates(const Sheet& sheet, const SheetColumn& column, CappedFindings& list) {
+void judgeDates(const Sheet& sheet, const SheetColumn& column, FindingList& list) {
     const auto possible = static_cast<std::size_t>(std::ranges::count_if(
         column.cells, [](const SheetCell& cell) { return cell.date && cell.date->possible; }));
     const bool dateColumn = (column.isDated() && possible * 2 > column.dates) ||
@@ -177,9 +194,8 @@ void judgeDates(const Sheet& sheet, const SheetColumn& column, CappedFindings& l
         if (!cell.date->possible) {
             if (!cell.date->fullYear && !dateColumn) continue;
             const CellPlace place = placeOf(sheet, column, cell.row);
-            list.add({Severity::high, "sheet.impossible_date", "impossible date", place.name,
-                      place.text,
-                      "No calendar has the date " + place.quoted + " in " + place.name + "."});
+            list.addAt(kImpossibleDate, place.name, place.text,
+                       "No calendar has the date " + place.quoted + " in " + place.name + ".");
             continue;
         }
         if (cell.date->order != DayOrder::either) ++forms[{cell.date->form, cell.date->order}];
@@ -222,8 +238,8 @@ void judgeDates(const Sheet& sheet, const SheetColumn& column, CappedFindings& l
             mix +=
                 std::to_string(number) + " like " + std::string(example(form.first, form.second));
         }
-        list.add({Severity::medium, "sheet.mixed_dates", "mixed date formats", column.place(), mix,
-                  "The " + column.place() + " writes its dates in several forms: " + mix + "."});
+        list.addAt(kMixedDates, column.place(), mix,
+                   "The " + column.place() + " writes its dates in several forms: " + mix + ".");
         return;
     }
     for (const SheetCell& cell : column.cells) {
@@ -233,19 +249,17 @@ void judgeDates(const Sheet& sheet, const SheetColumn& column, CappedFindings& l
                                usual.second == DayOrder::either || cell.date->order == usual.second;
         if (sameForm && sameOrder) continue;
         const CellPlace place = placeOf(sheet, column, cell.row);
-        list.add({Severity::medium, "sheet.mixed_dates", "mixed date formats", place.name,
-                  place.text,
-                  "The date " + place.quoted + " in " + place.name + " is not written like the " +
-                      std::to_string(most) + " others of the " + column.place() + " (" +
-                      std::string(example(usual.first, usual.second)) + ")."});
+        list.addAt(kMixedDates, place.name, place.text,
+                   "The date " + place.quoted + " in " + place.name + " is not written like the " +
+                       std::to_string(most) + " others of the " + column.place() + " (" +
+                       std::string(example(usual.first, usual.second)) + ").");
     }
 }
 
 /// Strays from the most frequent of the texts that `read` gives, where it gives one.
 template <typename Read>
-void judgeMajority(const Sheet& sheet, const SheetColumn& column, CappedFindings& list, Read read,
-                   Severity severity, std::string_view rule, std::string_view criterion,
-                   std::string_view noun) {
+void judgeMajority(const Sheet& sheet, const SheetColumn& column, FindingList& list, Read read,
+                   GradedRule rule, std::string_view noun) {
     std::map<std::string_view, std::size_t> counts;
     std::size_t all = 0;
     for (const SheetCell& cell : column.cells) {
@@ -264,11 +278,11 @@ void judgeMajority(const Sheet& sheet, const SheetColumn& column, CappedFindings
         const std::string_view value = read(*cell.number);
         if (value.empty() || value == usual->first) continue;
         const CellPlace place = placeOf(sheet, column, cell.row);
-        list.add({severity, std::string(rule), std::string(criterion), place.name, place.text,
-                  capitalized(place.name) + " holds " + place.quoted + " with the " +
-                      std::string(noun) + " " + std::string(value) + " where " +
-                      std::to_string(usual->second) + " cells of the " + column.place() + " have " +
-                      std::string(usual->first) + "."});
+        list.addAt(rule, place.name, place.text,
+                   capitalized(place.name) + " holds " + place.quoted + " with the " +
+                       std::string(noun) + " " + std::string(value) + " where " +
+                       std::to_string(usual->second) + " cells of the " + column.place() +
+                       " have " + std::string(usual->first) + ".");
     }
 }
 
@@ -278,7 +292,7 @@ std::string_view decimalMarkOf(const NumberText& number) {
     return {};
 }
 
-void judgeRanges(const Sheet& sheet, const SheetColumn& column, CappedFindings& list) {
+void judgeRanges(const Sheet& sheet, const SheetColumn& column, FindingList& list) {
     const bool part = column.isCalled({"share", "anteil", "progress", "completion", "complete",
                                        "% of", "percent of", "utilization", "utilisation",
                                        "probability", "coverage", "% done", "fortschritt"});
@@ -307,22 +321,20 @@ void judgeRanges(const Sheet& sheet, const SheetColumn& column, CappedFindings& 
         if (!sheet.isData(cell.row) || !cell.number) continue;
         if (judgePart && isOutside(cell)) {
             const CellPlace place = placeOf(sheet, column, cell.row);
-            list.add({Severity::medium, "sheet.percent_range", "percentage out of range",
-                      place.name, place.text,
-                      "The " + column.place() + " is a part of a whole, but " + place.name +
-                          " says " + place.quoted + "."});
+            list.addAt(kPercentRange, place.name, place.text,
+                       "The " + column.place() + " is a part of a whole, but " + place.name +
+                           " says " + place.quoted + ".");
         } else if (judgeAmount && cell.number->value < 0) {
             const CellPlace place = placeOf(sheet, column, cell.row);
-            list.add({Severity::medium, "sheet.negative_count", "negative count", place.name,
-                      place.text,
-                      "The " + column.place() + " counts things, but " + place.name + " says " +
-                          place.quoted + "."});
+            list.addAt(kNegativeCount, place.name, place.text,
+                       "The " + column.place() + " counts things, but " + place.name + " says " +
+                           place.quoted + ".");
         }
     }
 }
 
 /// Blanks around words, and words that differ from a more frequent one in capitals alone.
-void judgeWords(const Sheet& sheet, const SheetColumn& column, CappedFindings& list) {
+void judgeWords(const Sheet& sheet, const SheetColumn& column, FindingList& list) {
     std::size_t words = 0;
     std::size_t padded = 0;
     std::map<std::string, std::map<std::string_view, std::size_t>> spellings;
@@ -344,10 +356,9 @@ void judgeWords(const Sheet& sheet, const SheetColumn& column, CappedFindings& l
         if (!paddingIsStyle && trimmed.size() != text.size() &&
             trimmed.find_first_of("\r\n") == std::string_view::npos) {
             const CellPlace place = placeOf(sheet, column, cell.row);
-            list.add({Severity::low, "sheet.stray_blanks", "stray blanks", place.name,
-                      withVisibleBlanks(text),
-                      "The text " + place.quoted + " in " + place.name +
-                          " has a blank before or after it, so lookups miss it."});
+            list.addAt(kStrayBlanks, place.name, withVisibleBlanks(text),
+                       "The text " + place.quoted + " in " + place.name +
+                           " has a blank before or after it, so lookups miss it.");
         }
         if (!categories || trimmed.size() > 40) continue;
         const auto& variants = spellings[kelvane::text::lowercased(trimmed)];
@@ -357,17 +368,16 @@ void judgeWords(const Sheet& sheet, const SheetColumn& column, CappedFindings& l
         const std::size_t own = variants.at(trimmed);
         if (usual->first == trimmed || own * 3 > usual->second) continue;
         const CellPlace place = placeOf(sheet, column, cell.row);
-        list.add({Severity::low, "sheet.spelling_variants", "inconsistent names", place.name,
-                  place.text,
-                  capitalized(place.name) + " writes " + place.quoted + " where " +
-                      std::to_string(usual->second) + " other cells of the " + column.place() +
-                      " write \"" + printable(usual->first, 60) + "\"."});
+        list.addAt(kSpellingVariants, place.name, place.text,
+                   capitalized(place.name) + " writes " + place.quoted + " where " +
+                       std::to_string(usual->second) + " other cells of the " + column.place() +
+                       " write \"" + shortened(usual->first, 60) + "\".");
     }
 }
 
 } // namespace
 
-void judgeCells(const Sheet& sheet, CappedFindings& list) {
+void judgeCells(const Sheet& sheet, FindingList& list) {
     for (const SheetColumn& column : sheet.columns) {
         if (column.cells.empty()) continue;
         judgeErrors(sheet, column, list);
@@ -375,14 +385,13 @@ void judgeCells(const Sheet& sheet, CappedFindings& list) {
         judgeDates(sheet, column, list);
         if (column.isNumeric()) {
             judgeStraysAmongNumbers(sheet, column, list);
-            judgeMajority(sheet, column, list, decimalMarkOf, Severity::medium,
-                          "sheet.mixed_decimals", "mixed decimal marks", "decimal mark");
+            judgeMajority(sheet, column, list, decimalMarkOf, kMixedDecimals, "decimal mark");
             judgeMajority(
                 sheet, column, list, [](const NumberText& number) { return number.currency; },
-                Severity::medium, "sheet.mixed_currencies", "mixed currencies", "currency");
+                kMixedCurrencies, "currency");
             judgeMajority(
                 sheet, column, list, [](const NumberText& number) { return number.unit; },
-                Severity::low, "sheet.mixed_units", "mixed units", "unit");
+                kMixedUnits, "unit");
             judgeRanges(sheet, column, list);
         } else if (column.isDated()) {
             judgeStraysAmongDates(sheet, column, list);

@@ -6,19 +6,19 @@
 
 #pragma once
 
-#include "critics/findings/capped_findings.h"
+#include "critics/findings/finding_list.h"
 #include "critics/sheet/sheet_columns.h"
 
 namespace trevix {
 
 /// Records, headers, blank and repeated rows, ids, numbered sequences.
-void judgeStructure(const Sheet& sheet, CappedFindings& list);
+void judgeStructure(const Sheet& sheet, FindingList& list);
 
 /// Single cells against their column: errors, placeholders, numbers kept as text, types, dates,
 /// marks, currencies, ranges.
-void judgeCells(const Sheet& sheet, CappedFindings& list);
+void judgeCells(const Sheet& sheet, FindingList& list);
 
 /// Totals, subtotals, totals across a row, shares that should make 100 %.
-void judgeTotals(const Sheet& sheet, CappedFindings& list);
+void judgeTotals(const Sheet& sheet, FindingList& list);
 
 } // namespace trevix

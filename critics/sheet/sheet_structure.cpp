@@ -1,3 +1,4 @@
+#include "critics/sheet/sheet_rule_table.h"
 #include "critics/sheet/sheet_rules.h"
 
 #include "text/unicode.h"
@@ -11,6 +12,21 @@
 
 namespace trevix {
 namespace {
+
+constexpr GradedRule kOpenQuote = declared<WorkKind::sheet>("sheet.open_quote");
+constexpr GradedRule kRaggedRowHigh = declared<WorkKind::sheet>("sheet.ragged_row", Severity::high);
+constexpr GradedRule kRaggedRowMedium =
+    declared<WorkKind::sheet>("sheet.ragged_row", Severity::medium);
+constexpr GradedRule kEmptyHeader = declared<WorkKind::sheet>("sheet.empty_header");
+constexpr GradedRule kDuplicateHeader = declared<WorkKind::sheet>("sheet.duplicate_header");
+constexpr GradedRule kEmptyRow = declared<WorkKind::sheet>("sheet.empty_row");
+constexpr GradedRule kEmptyColumn = declared<WorkKind::sheet>("sheet.empty_column");
+constexpr GradedRule kDuplicateRow = declared<WorkKind::sheet>("sheet.duplicate_row");
+constexpr GradedRule kDuplicateId = declared<WorkKind::sheet>("sheet.duplicate_id");
+constexpr GradedRule kSequenceGapMedium =
+    declared<WorkKind::sheet>("sheet.sequence_gap", Severity::medium);
+constexpr GradedRule kSequenceGapLow =
+    declared<WorkKind::sheet>("sheet.sequence_gap", Severity::low);
 
 std::string count(std::size_t number, std::string_view one, std::string_view many) {
     return std::to_string(number) + " " + std::string(number == 1 ? one : many);
@@ -30,19 +46,19 @@ std::string rowText(const Table& table, std::size_t row) {
     return text;
 }
 
-void judgeOpenQuote(const Sheet& sheet, CappedFindings& list) {
+void judgeOpenQuote(const Sheet& sheet, FindingList& list) {
     if (!sheet.table.openQuote) return;
     const auto [row, column] = *sheet.table.openQuote;
     const std::string cell(sheet.table.cell(row, column));
     // A cell may well begin with a quoted word; only a quote that is alone in it is open.
     if (std::ranges::count(cell, '"') % 2 == 0) return;
     const std::string place = "cell " + cellName(row, column);
-    list.add({Severity::high, "sheet.open_quote", "broken quoting", place, cell,
-              "The quotation mark that opens " + place +
-                  " is never closed: " + printable(cell, 60) + "."});
+    list.addAt(kOpenQuote, place, cell,
+               "The quotation mark that opens " + place +
+                   " is never closed: " + shortened(cell, 60) + ".");
 }
 
-void judgeRagged(const Sheet& sheet, CappedFindings& list) {
+void judgeRagged(const Sheet& sheet, FindingList& list) {
     const Table& table = sheet.table;
     std::map<std::size_t, std::size_t> widths;
     std::size_t records = 0;
@@ -71,15 +87,15 @@ void judgeRagged(const Sheet& sheet, CappedFindings& list) {
         }
         if (width > usual && !surplus) continue;
         const std::string cells = count(width, "cell", "cells");
-        list.add({width > usual ? Severity::high : Severity::medium, "sheet.ragged_row",
-                  "uneven rows", rowPlace(row), cells + ": " + rowText(table, row),
-                  "Row " + std::to_string(row + 1) + " has " + cells +
-                      " where the other rows have " + std::to_string(usual) + ", so its values " +
-                      (width > usual ? "stand in the wrong columns." : "are incomplete.")});
+        list.addAt(width > usual ? kRaggedRowHigh : kRaggedRowMedium, rowPlace(row),
+                   cells + ": " + rowText(table, row),
+                   "Row " + std::to_string(row + 1) + " has " + cells +
+                       " where the other rows have " + std::to_string(usual) + ", so its values " +
+                       (width > usual ? "stand in the wrong columns." : "are incomplete."));
     }
 }
 
-void judgeHeaders(const Sheet& sheet, CappedFindings& list) {
+void judgeHeaders(const Sheet& sheet, FindingList& list) {
     if (!sheet.table.headerRow) return;
     const std::size_t row = *sheet.table.headerRow;
     std::map<std::string, std::size_t> seen;
@@ -90,22 +106,21 @@ void judgeHeaders(const Sheet& sheet, CappedFindings& list) {
             if (rowLabels || column.filled < 2) continue;
             const SheetCell& first = column.cells.front();
             const std::string value(sheet.table.cell(first.row, column.index));
-            list.add({Severity::low, "sheet.empty_header", "missing header", place, value,
-                      "Column " + columnName(column.index) + " holds " +
-                          count(column.filled, "value", "values") + " such as \"" +
-                          printable(value, 40) + "\" but " + place + " names nothing."});
+            list.addAt(kEmptyHeader, place, value,
+                       "Column " + columnName(column.index) + " holds " +
+                           count(column.filled, "value", "values") + " such as \"" +
+                           shortened(value, 40) + "\" but " + place + " names nothing.");
             continue;
         }
         const auto [other, isNew] = seen.try_emplace(column.lowerHeader, column.index);
         if (isNew) continue;
-        list.add({Severity::medium, "sheet.duplicate_header", "duplicate header", place,
-                  column.header,
-                  "The header \"" + printable(column.header, 60) + "\" in " + place +
-                      " already names column " + columnName(other->second) + "."});
+        list.addAt(kDuplicateHeader, place, column.header,
+                   "The header \"" + shortened(column.header, 60) + "\" in " + place +
+                       " already names column " + columnName(other->second) + ".");
     }
 }
 
-void judgeBlanks(const Sheet& sheet, CappedFindings& list) {
+void judgeBlanks(const Sheet& sheet, FindingList& list) {
     const auto& kinds = sheet.rowKinds;
     // A blank row may set off a heading or a total; between two rows of data it cuts the table.
     std::size_t cuts = 0;
@@ -117,10 +132,10 @@ void judgeBlanks(const Sheet& sheet, CappedFindings& list) {
     if (cuts * 8 <= sheet.dataRows()) {
         for (std::size_t row = 0; row < kinds.size(); ++row) {
             if (!isCut(row)) continue;
-            list.add(
-                {Severity::low, "sheet.empty_row", "gap in the table", rowPlace(row), "",
-                 "Row " + std::to_string(row + 1) +
-                     " is empty and cuts the table in two, so filters and formulas stop there."});
+            list.addAt(
+                kEmptyRow, rowPlace(row), "",
+                "Row " + std::to_string(row + 1) +
+                    " is empty and cuts the table in two, so filters and formulas stop there.");
         }
     }
     std::size_t lastUsed = 0;
@@ -139,14 +154,14 @@ void judgeBlanks(const Sheet& sheet, CappedFindings& list) {
         // Between values an empty column cuts the table; at its edge only a name makes it a part.
         if (!named && (column.index == 0 || column.index > lastUsed)) continue;
         const std::string place = column.place();
-        list.add({Severity::low, "sheet.empty_column", "empty column", place, column.header,
-                  named ? "The " + place + " has a header and no value in " +
-                              count(sheet.dataRows(), "row", "rows") + "."
-                        : "The " + place + " is empty and cuts the table in two."});
+        list.addAt(kEmptyColumn, place, column.header,
+                   named ? "The " + place + " has a header and no value in " +
+                               count(sheet.dataRows(), "row", "rows") + "."
+                         : "The " + place + " is empty and cuts the table in two.");
     }
 }
 
-void judgeDuplicateRows(const Sheet& sheet, CappedFindings& list) {
+void judgeDuplicateRows(const Sheet& sheet, FindingList& list) {
     const Table& table = sheet.table;
     std::unordered_map<std::string, std::size_t> seen;
     std::vector<std::pair<std::size_t, std::size_t>> repeats;
@@ -163,10 +178,9 @@ void judgeDuplicateRows(const Sheet& sheet, CappedFindings& list) {
     // Where repeating is the rule (answers of a poll) it is no slip.
     if (repeats.size() * 5 > sheet.dataRows()) return;
     for (const auto& [row, first] : repeats) {
-        list.add({Severity::low, "sheet.duplicate_row", "repeated row", rowPlace(row),
-                  rowText(table, row),
-                  "Row " + std::to_string(row + 1) + " repeats row " + std::to_string(first + 1) +
-                      " cell by cell: " + printable(rowText(table, row), 60) + "."});
+        list.addAt(kDuplicateRow, rowPlace(row), rowText(table, row),
+                   "Row " + std::to_string(row + 1) + " repeats row " + std::to_string(first + 1) +
+                       " cell by cell: " + shortened(rowText(table, row), 60) + ".");
     }
 }
 
@@ -211,7 +225,7 @@ bool namesRows(const SheetColumn& column) {
             column.lowerHeader.ends_with("nummer"));
 }
 
-void judgeDuplicateIds(const Sheet& sheet, CappedFindings& list) {
+void judgeDuplicateIds(const Sheet& sheet, FindingList& list) {
     for (const SheetColumn& column : sheet.columns) {
         if (!namesRows(column)) continue;
         std::unordered_map<std::string_view, std::size_t> seen;
@@ -231,14 +245,14 @@ void judgeDuplicateIds(const Sheet& sheet, CappedFindings& list) {
         for (const auto& [row, first] : repeats) {
             const std::string id(trimmedCell(sheet.table.cell(row, column.index)));
             const std::string place = "cell " + cellName(row, column.index);
-            list.add({Severity::medium, "sheet.duplicate_id", "duplicate id", place, id,
-                      "The id \"" + printable(id, 60) + "\" in " + place + " is already taken by " +
-                          cellName(first, column.index) + "."});
+            list.addAt(kDuplicateId, place, id,
+                       "The id \"" + shortened(id, 60) + "\" in " + place +
+                           " is already taken by " + cellName(first, column.index) + ".");
         }
     }
 }
 
-void judgeSequence(const Sheet& sheet, CappedFindings& list) {
+void judgeSequence(const Sheet& sheet, FindingList& list) {
     if (sheet.columns.empty()) return;
     const SheetColumn& column = sheet.columns.front();
     std::vector<std::pair<std::size_t, double>> numbers;
@@ -270,17 +284,16 @@ void judgeSequence(const Sheet& sheet, CappedFindings& list) {
         const auto from = std::to_string(std::llround(numbers[i - 1].second));
         const auto to = std::to_string(std::llround(numbers[i].second));
         const std::string place = "cell " + cellName(numbers[i].first, 0);
-        list.add({counts && fromStart ? Severity::medium : Severity::low, "sheet.sequence_gap",
-                  "gap in the numbering", place, from + ", " + to,
-                  "The numbering jumps from " + from + " to " + to + " at " + place + "; " +
-                      count(static_cast<std::size_t>(gap) - 1, "number is", "numbers are") +
-                      " missing."});
+        list.addAt(
+            counts && fromStart ? kSequenceGapMedium : kSequenceGapLow, place, from + ", " + to,
+            "The numbering jumps from " + from + " to " + to + " at " + place + "; " +
+                count(static_cast<std::size_t>(gap) - 1, "number is", "numbers are") + " missing.");
     }
 }
 
 } // namespace
 
-void judgeStructure(const Sheet& sheet, CappedFindings& list) {
+void judgeStructure(const Sheet& sheet, FindingList& list) {
     judgeOpenQuote(sheet, list);
     judgeRagged(sheet, list);
     judgeHeaders(sheet, list);

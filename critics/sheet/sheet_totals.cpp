@@ -1,3 +1,4 @@
+#include "critics/sheet/sheet_rule_table.h"
 #include "critics/sheet/sheet_rules.h"
 
 #include <algorithm>
@@ -10,6 +11,10 @@
 
 namespace trevix {
 namespace {
+
+constexpr GradedRule kWrongTotal = declared<WorkKind::sheet>("sheet.wrong_total");
+constexpr GradedRule kWrongRowTotal = declared<WorkKind::sheet>("sheet.wrong_row_total");
+constexpr GradedRule kPercentSum = declared<WorkKind::sheet>("sheet.percent_sum");
 
 std::string figure(double value, int decimals) {
     std::string text(64, '\0');
@@ -133,9 +138,16 @@ std::optional<double> expectedInstead(const SheetColumn& column, const Sums& sum
     return expected;
 }
 
-void judgeColumnTotals(const Sheet& sheet, const SheetColumn& column, CappedFindings& list) {
+/// A total that does not add up, before it is sure that no other reading of the marks fits.
+struct Slip {
+    std::string place;
+    std::string evidence;
+    std::string detail;
+};
+
+void judgeColumnTotals(const Sheet& sheet, const SheetColumn& column, FindingList& list) {
     if (column.numbers < 2 || column.numbers * 5 < column.filled * 3 || !isAdditive(column)) return;
-    const auto pass = [&](Reading reading, const std::function<void(Finding)>& report) {
+    const auto pass = [&](Reading reading, const std::function<void(Slip)>& report) {
         Sums sums;
         double laterSum = 0;
         for (const SheetCell& cell : column.cells) {
@@ -179,9 +191,8 @@ void judgeColumnTotals(const Sheet& sheet, const SheetColumn& column, CappedFind
                 const std::string place = "cell " + cellName(cell.row, column.index);
                 const std::string shown(trimmedCell(sheet.table.cell(cell.row, column.index)));
                 const std::string sum = figure(*expected, std::min(sums.decimals, 6));
-                report({Severity::high, "sheet.wrong_total", "total does not add up", place,
-                        shown + "; the rows add up to " + sum,
-                        "The total in " + place + " says " + printable(shown, 40) +
+                report({place, shown + "; the rows add up to " + sum,
+                        "The total in " + place + " says " + shortened(shown, 40) +
                             ", but the rows of the " + column.place() + " above it add up to " +
                             sum + "."});
             }
@@ -199,19 +210,21 @@ void judgeColumnTotals(const Sheet& sheet, const SheetColumn& column, CappedFind
             }
         }
     };
-    std::vector<Finding> found;
+    std::vector<Slip> found;
     bool otherFits = false;
-    pass(Reading::ofColumn, [&](Finding finding) { found.push_back(std::move(finding)); });
+    pass(Reading::ofColumn, [&](Slip slip) { found.push_back(std::move(slip)); });
     if (found.empty()) return;
     const bool open = std::ranges::any_of(column.cells, [](const SheetCell& cell) {
         return cell.number && cell.number->value != cell.number->other;
     });
     if (open) {
         otherFits = true;
-        pass(Reading::other, [&](const Finding&) { otherFits = false; });
+        pass(Reading::other, [&](const Slip&) { otherFits = false; });
     }
     if (otherFits) return;
-    for (Finding& finding : found) list.add(std::move(finding));
+    for (Slip& slip : found) {
+        list.addAt(kWrongTotal, slip.place, slip.evidence, std::move(slip.detail));
+    }
 }
 
 /// The numbers of a row by column, in the readings of the columns.
@@ -233,7 +246,7 @@ int decimalsIn(const SheetColumn& column) {
 
 /// Totals across a row: where most rows show that a column is the sum of those before it, or the
 /// product of two of them, the rows that differ are slips.
-void judgeRowTotals(const Sheet& sheet, CappedFindings& list) {
+void judgeRowTotals(const Sheet& sheet, FindingList& list) {
     constexpr std::size_t kWidest = 40;
     for (const SheetColumn& total : sheet.columns) {
         if (total.index < 2 || total.index > kWidest || !total.isNumeric()) continue;
@@ -292,18 +305,17 @@ void judgeRowTotals(const Sheet& sheet, CappedFindings& list) {
                 const std::string place = "cell " + cellName(row, total.index);
                 const std::string shown(trimmedCell(sheet.table.cell(row, total.index)));
                 const std::string sum = figure(expected, decimals);
-                list.add({Severity::medium, "sheet.wrong_row_total", "row does not add up", place,
-                          shown + "; expected " + sum,
-                          "The " + total.place() + " is " + words + " in " +
-                              std::to_string(judged - strays.size()) + " rows, but " + place +
-                              " says " + printable(shown, 40) + " instead of " + sum + "."});
+                list.addAt(kWrongRowTotal, place, shown + "; expected " + sum,
+                           "The " + total.place() + " is " + words + " in " +
+                               std::to_string(judged - strays.size()) + " rows, but " + place +
+                               " says " + shortened(shown, 40) + " instead of " + sum + ".");
             }
             break;
         }
     }
 }
 
-void judgeShares(const Sheet& sheet, const SheetColumn& column, CappedFindings& list) {
+void judgeShares(const Sheet& sheet, const SheetColumn& column, FindingList& list) {
     if (column.numbers < 3 || !column.isCalled({"% of total", "share", "anteil", "percent of total",
                                                 "distribution", "allocation", "gewichtung",
                                                 "percentage of total", "% of sales", "weighting"}))
@@ -339,16 +351,15 @@ void judgeShares(const Sheet& sheet, const SheetColumn& column, CappedFindings& 
     // Far from 100 the parts are not all there, which a list may well intend.
     if (fits(100, sum, slack) || sum < 80 || sum > 120) return;
     const std::string shown = figure(sum, decimals);
-    list.add({Severity::medium, "sheet.percent_sum", "shares do not make 100 %", column.place(),
-              shown + " %",
-              "The " + std::to_string(terms) + " shares of the " + column.place() +
-                  " down to row " + std::to_string(lastRow + 1) + " add up to " + shown +
-                  " %, not 100 %."});
+    list.addAt(kPercentSum, column.place(), shown + " %",
+               "The " + std::to_string(terms) + " shares of the " + column.place() +
+                   " down to row " + std::to_string(lastRow + 1) + " add up to " + shown +
+                   " %, not 100 %.");
 }
 
 } // namespace
 
-void judgeTotals(const Sheet& sheet, CappedFindings& list) {
+void judgeTotals(const Sheet& sheet, FindingList& list) {
     for (const SheetColumn& column : sheet.columns) {
         judgeColumnTotals(sheet, column, list);
         judgeShares(sheet, column, list);

@@ -3,6 +3,7 @@
 
 #include "critics/text/prose_rules.h"
 #include "critics/text/secret_shapes.h"
+#include "critics/text/text_rule_table.h"
 
 #include <algorithm>
 #include <array>
@@ -12,9 +13,9 @@ namespace trevix {
 
 namespace {
 
-constexpr Rule kPlaceholder{"text.placeholder", Severity::high, "unfinished text"};
-constexpr Rule kEditingMark{"text.editing_mark", Severity::medium, "left-over editing marks"};
-constexpr Rule kEncoding{"text.encoding", Severity::high, "broken characters"};
+constexpr GradedRule kPlaceholder = declared<WorkKind::text>("text.placeholder");
+constexpr GradedRule kEditingMark = declared<WorkKind::text>("text.editing_mark");
+constexpr GradedRule kEncoding = declared<WorkKind::text>("text.encoding");
 
 constexpr std::string_view kIsPlaceholder = "is a placeholder that still waits for its content";
 
@@ -318,7 +319,7 @@ void checkEncoding(const SourceText& source, FindingList& findings) {
     close(text.size());
 }
 
-void checkConflictMarkers(const SourceText& source, const Rule& rule, FindingList& findings) {
+void checkConflictMarkers(const SourceText& source, GradedRule rule, FindingList& findings) {
     const auto marks = [](std::string_view line, char c) {
         return line.size() >= 7 && line.find_first_not_of(c) == 7 && line[7] == ' ';
     };
@@ -351,7 +352,7 @@ void checkConflictMarkers(const SourceText& source, const Rule& rule, FindingLis
     }
 }
 
-void checkSecrets(const SourceText& source, const Rule& rule, FindingList& findings) {
+void checkSecrets(const SourceText& source, GradedRule rule, FindingList& findings) {
     const std::vector<Secret> secrets = findSecrets(source.text());
     for (const Secret& secret : secrets) findings.hide(secret.valueOffset, secret.valueLength);
     for (const Secret& secret : secrets) {

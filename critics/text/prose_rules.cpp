@@ -1,6 +1,7 @@
 #include "critics/text/prose_rules.h"
 
 #include "critics/text/calendar.h"
+#include "critics/text/text_rule_table.h"
 
 #include <algorithm>
 #include <array>
@@ -13,15 +14,15 @@ namespace trevix {
 
 namespace {
 
-constexpr Rule kEmpty{"text.empty", Severity::high, "something to judge"};
-constexpr Rule kNearlyEmpty{"text.nearly_empty", Severity::medium, "something to judge"};
-constexpr Rule kDoubledWord{"text.doubled_word", Severity::medium, "repeated words"};
-constexpr Rule kLongSentence{"text.long_sentence", Severity::low, "readable sentences"};
-constexpr Rule kRepeated{"text.repeated_sentence", Severity::medium, "repeated passages"};
-constexpr Rule kUnfinished{"text.unfinished_sentence", Severity::medium, "unfinished text"};
-constexpr Rule kWeekday{"text.weekday", Severity::high, "consistent dates"};
-constexpr Rule kImpossibleDate{"text.impossible_date", Severity::high, "consistent dates"};
-constexpr Rule kDateOrder{"text.date_order", Severity::high, "consistent dates"};
+constexpr GradedRule kEmpty = declared<WorkKind::text>("text.empty");
+constexpr GradedRule kNearlyEmpty = declared<WorkKind::text>("text.nearly_empty");
+constexpr GradedRule kDoubledWord = declared<WorkKind::text>("text.doubled_word");
+constexpr GradedRule kLongSentence = declared<WorkKind::text>("text.long_sentence");
+constexpr GradedRule kRepeated = declared<WorkKind::text>("text.repeated_sentence");
+constexpr GradedRule kUnfinished = declared<WorkKind::text>("text.unfinished_sentence");
+constexpr GradedRule kWeekday = declared<WorkKind::text>("text.weekday");
+constexpr GradedRule kImpossibleDate = declared<WorkKind::text>("text.impossible_date");
+constexpr GradedRule kDateOrder = declared<WorkKind::text>("text.date_order");
 
 constexpr std::size_t kMostWordsInSentence = 45;
 constexpr std::size_t kFewestRepeatedWords = 8;

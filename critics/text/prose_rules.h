@@ -49,9 +49,9 @@ void checkEncoding(const SourceText& source, FindingList& findings);
 [[nodiscard]] bool checkAmount(const ProseView& view, FindingList& findings);
 
 /// Reports unresolved merges, each once at its first line. `rule` is the rule of the kind of work.
-void checkConflictMarkers(const SourceText& source, const Rule& rule, FindingList& findings);
+void checkConflictMarkers(const SourceText& source, GradedRule rule, FindingList& findings);
 
 /// Reports secrets and hides them from every finding that is added later.
-void checkSecrets(const SourceText& source, const Rule& rule, FindingList& findings);
+void checkSecrets(const SourceText& source, GradedRule rule, FindingList& findings);
 
 } // namespace trevix

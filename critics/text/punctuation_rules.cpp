@@ -1,6 +1,7 @@
 // Brackets, quotes, blanks around marks, and shouting.
 
 #include "critics/text/prose_rules.h"
+#include "critics/text/text_rule_table.h"
 
 #include <algorithm>
 #include <array>
@@ -10,9 +11,9 @@ namespace trevix {
 
 namespace {
 
-constexpr Rule kUnclosed{"text.unclosed_pair", Severity::medium, "closed brackets and quotes"};
-constexpr Rule kShouting{"text.shouting", Severity::low, "calm tone"};
-constexpr Rule kSpacing{"text.spacing", Severity::low, "blanks around marks"};
+constexpr GradedRule kUnclosed = declared<WorkKind::text>("text.unclosed_pair");
+constexpr GradedRule kShouting = declared<WorkKind::text>("text.shouting");
+constexpr GradedRule kSpacing = declared<WorkKind::text>("text.spacing");
 
 struct Open {
     std::int32_t mark;

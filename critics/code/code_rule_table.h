@@ -1,0 +1,59 @@
+// The rules for program text and data.
+
+#pragma once
+
+#include "critics/findings/rule.h"
+
+#include <array>
+
+namespace trevix {
+
+template <>
+struct RulesFor<WorkKind::code> {
+    static constexpr std::array kRules = {
+        Rule{"code.secret", Severity::critical, "kept secrets", Unit::line, "as text.secret"},
+        Rule{"code.conflict_marker", Severity::critical, "unresolved merge", Unit::line,
+             "as text.conflict_marker"},
+        Rule{"code.empty", Severity::high, "something to judge", Unit::part, ""},
+        Rule{"code.mismatched_bracket", Severity::high, "matching brackets", Unit::line,
+             "chosen: the first three of a part, since one slip throws later brackets off; a "
+             "partner is looked for eight brackets down"},
+        Rule{"code.unclosed_bracket", Severity::medium, "matching brackets", Unit::line, ""},
+        Rule{"code.runs_text", Severity::high, "safe calls", Unit::line, ""},
+        Rule{"code.query_from_text", Severity::high, "safe queries", Unit::line, ""},
+        Rule{"code.json_syntax", Severity::high, "readable data", Unit::part, ""},
+        Rule{
+            "code.json_duplicate_key", Severity::medium, "readable data", Unit::line,
+            "data nested deeper than the JSON that this program reads anywhere is not looked into"},
+        Rule{"code.yaml_syntax", Severity::high, "readable data", Unit::line, ""},
+        Rule{"code.breakpoint", Severity::high, "left-over debugging", Unit::line, ""},
+        Rule{"code.debug_output", Severity::medium, "left-over debugging", Unit::line, ""},
+        Rule{"code.dead_code", Severity::medium, "code that runs", Unit::line,
+             "chosen: a statement of more than 2,000 tokens is not followed to its end"},
+        Rule{"code.swallowed_error", Severity::medium, "handled errors", Unit::line, ""},
+        Rule{"code.assignment_in_condition", Severity::medium, "right comparisons", Unit::line,
+             "chosen: a declaration is looked for in 40 tokens, a semicolon in 200"},
+        Rule{"code.home_path", Severity::medium, "portable paths", Unit::line, ""},
+        Rule{"code.deep_nesting", Severity::medium, "readable functions", Unit::line,
+             "chosen: six blocks, twice the three that the Linux kernel's coding style calls the "
+             "most"},
+        Rule{"code.mixed_indentation",
+             {Severity::high, Severity::low},
+             "even indentation",
+             Unit::part,
+             "a tab reaches the next multiple of eight columns, as terminals and Python have it"},
+        Rule{"code.long_function", Severity::low, "readable functions", Unit::line,
+             "chosen: 80 lines, which is more than one screen shows"},
+        Rule{"code.long_line", Severity::low, "readable lines", Unit::line,
+             "chosen: 160 characters, twice the 80 of most style guides; one word of 80 cannot be "
+             "wrapped"},
+        Rule{"code.commented_out", Severity::low, "code that runs", Unit::line,
+             "chosen: four lines, four fifths of them code, since two or three may be an example"},
+        Rule{"code.todo", Severity::low, "open ends", Unit::line,
+             "chosen: an owner stands within 40 bytes on the same line"},
+        Rule{"code.none_comparison", Severity::low, "right comparisons", Unit::line, ""},
+        Rule{"code.duplicate_import", Severity::low, "tidy imports", Unit::line, ""},
+    };
+};
+
+} // namespace trevix

@@ -1,0 +1,38 @@
+// The rules for documents, beside those for all prose.
+
+#pragma once
+
+#include "critics/findings/rule.h"
+
+#include <array>
+
+namespace trevix {
+
+template <>
+struct RulesFor<WorkKind::document> {
+    static constexpr std::array kRules = {
+        Rule{"document.heading_order", Severity::medium, "order of headings", Unit::line, ""},
+        Rule{"document.second_title", Severity::low, "order of headings", Unit::line,
+             "chosen: three headings of level 1 make them chapters"},
+        Rule{"document.duplicate_heading", Severity::low, "distinct headings", Unit::line, ""},
+        Rule{"document.empty_section", Severity::medium, "complete sections", Unit::line, ""},
+        Rule{"document.empty_link", Severity::high, "working links", Unit::word, ""},
+        Rule{"document.broken_address", Severity::high, "working links", Unit::word, ""},
+        Rule{"document.broken_anchor", Severity::medium, "working links", Unit::word, ""},
+        Rule{"document.missing_definition", Severity::medium, "working links", Unit::word, ""},
+        Rule{"document.missing_note", Severity::medium, "complete notes", Unit::word,
+             "chosen: two numbered sources make a list of sources"},
+        Rule{"document.unused_note", Severity::low, "complete notes", Unit::line, ""},
+        Rule{"document.missing_reference", Severity::medium, "references that exist", Unit::word,
+             ""},
+        Rule{"document.list_order", Severity::medium, "order of numbers", Unit::line,
+             "chosen: a number of more than three digits is a year, not the number of an item"},
+        Rule{"document.table_columns", Severity::medium, "regular tables", Unit::row, ""},
+        Rule{"document.unclosed_code", Severity::high, "closed code blocks", Unit::part, ""},
+        Rule{"document.unclosed_comment", Severity::high, "closed comments", Unit::part, ""},
+        Rule{"document.spelling_mix", Severity::low, "consistent spelling", Unit::word, ""},
+        Rule{"document.image_text", Severity::low, "described pictures", Unit::word, ""},
+    };
+};
+
+} // namespace trevix

@@ -1,0 +1,51 @@
+// The rules for prose of every kind: plain text, mail, documents.
+
+#pragma once
+
+#include "critics/findings/rule.h"
+
+#include <array>
+
+namespace trevix {
+
+template <>
+struct RulesFor<WorkKind::text> {
+    static constexpr std::array kRules = {
+        Rule{"text.empty", Severity::high, "something to judge", Unit::part, ""},
+        Rule{"text.nearly_empty", Severity::medium, "something to judge", Unit::part,
+             "chosen: fewer than 3 words in fewer than 20 bytes make no sentence"},
+        Rule{"text.placeholder", Severity::high, "unfinished text", Unit::word,
+             "chosen: a gap names its content in at most 80 bytes on one line"},
+        Rule{"text.secret", Severity::critical, "kept secrets", Unit::word,
+             "prefixes and lengths as each issuer documents its keys; for values assigned to a "
+             "name, lengths and bits of entropy a byte chosen above those of written words"},
+        Rule{"text.conflict_marker", Severity::critical, "unresolved merge", Unit::line,
+             "git writes its markers seven characters long (conflict-marker-size)"},
+        Rule{"text.encoding", Severity::high, "broken characters", Unit::word, ""},
+        Rule{"text.weekday", Severity::high, "consistent dates", Unit::word, ""},
+        Rule{"text.impossible_date", Severity::high, "consistent dates", Unit::word, ""},
+        Rule{"text.date_order", Severity::high, "consistent dates", Unit::word,
+             "chosen: two dates make a range when at most 16 bytes stand between them; a word for "
+             "a change counts among the 8 words before"},
+        Rule{"text.doubled_word", Severity::medium, "repeated words", Unit::word,
+             "chosen: across a line break only from 30 characters on, since shorter lines are "
+             "lists set with line breaks"},
+        Rule{"text.unclosed_pair", Severity::medium, "closed brackets and quotes", Unit::word,
+             "chosen: an interval has at most 24 bytes between its brackets"},
+        Rule{"text.repeated_sentence", Severity::medium, "repeated passages", Unit::sentence,
+             "chosen: from 8 words on; shorter sentences are formulas that people do repeat"},
+        Rule{
+            "text.unfinished_sentence", Severity::medium, "unfinished text", Unit::sentence,
+            "chosen: from 4 words on, and from 7 where it breaks off at a comma, since salutations "
+            "and labels are shorter"},
+        Rule{"text.editing_mark", Severity::medium, "left-over editing marks", Unit::word, ""},
+        Rule{"text.long_sentence", Severity::low, "readable sentences", Unit::sentence,
+             "chosen: 45 words, about twice the 20 to 25 that guides to plain language allow"},
+        Rule{"text.shouting", Severity::low, "calm tone", Unit::word,
+             "chosen: four words in capitals, since names of up to three are common; three "
+             "exclamation marks, since two are a slip"},
+        Rule{"text.spacing", Severity::low, "blanks around marks", Unit::word, ""},
+    };
+};
+
+} // namespace trevix

@@ -1,0 +1,116 @@
+#include "critics/findings/finding_list.h"
+#include "critics/sheet/sheet_rule_table.h"
+#include "critics/text/text_rule_table.h"
+#include "text/unicode.h"
+
+#include <gtest/gtest.h>
+
+namespace trevix {
+namespace {
+
+constexpr GradedRule kWord = declared<WorkKind::text>("text.doubled_word");
+constexpr GradedRule kSpacing = declared<WorkKind::text>("text.spacing");
+constexpr GradedRule kError = declared<WorkKind::sheet>("sheet.formula_error", Severity::high);
+constexpr GradedRule kNotAvailable =
+    declared<WorkKind::sheet>("sheet.formula_error", Severity::medium);
+
+TEST(FindingList, WordsAFindingByPlaceAndEvidence) {
+    const std::string text = "so it is\nthe the end";
+    const SourceText source(text);
+    FindingList list(source);
+    list.add(kWord, 9, 7, "says the same word twice");
+    list.addWith(kSpacing, 2, "one blank", "is a blank");
+    const auto findings = list.take();
+    ASSERT_EQ(findings.size(), 2U);
+    EXPECT_EQ(findings[0].place, "line 1, column 3");
+    EXPECT_EQ(findings[0].evidence, "one blank");
+    EXPECT_EQ(findings[1],
+              (Finding{Severity::medium, "text.doubled_word", "repeated words", "line 2, column 1",
+                       "the the", "Line 2, column 1: “the the” says the same word twice."}));
+    EXPECT_TRUE(list.take().empty());
+}
+
+TEST(FindingList, KeepsTheOrderOfAddingWherePlacesAreTheCallers) {
+    FindingList list;
+    list.addAt(kNotAvailable, "cell B9", "#N/A", "The formula in cell B9 gives #N/A.");
+    list.addAt(kError, "cell A1", "#REF!", "The formula in cell A1 gives #REF!.");
+    const auto findings = list.take();
+    ASSERT_EQ(findings.size(), 2U);
+    EXPECT_EQ(findings[0], (Finding{Severity::medium, "sheet.formula_error", "formula error",
+                                    "cell B9", "#N/A", "The formula in cell B9 gives #N/A."}));
+    EXPECT_EQ(findings[1].severity, Severity::high);
+    EXPECT_EQ(findings[1].place, "cell A1");
+}
+
+TEST(FindingList, WhatIsNotListedIsCountedAlikeForTextsAndSheets) {
+    const std::string text(kMostFindingsPerRule + 3, 'x');
+    const SourceText source(text);
+    FindingList ofText(source);
+    FindingList ofSheet;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        ofText.add(kWord, i, 1, "is a letter");
+        ofSheet.addAt(i + 1 == text.size() ? kError : kNotAvailable,
+                      "cell A" + std::to_string(i + 1), "#N/A", "A formula fails.");
+    }
+    const auto inText = ofText.take();
+    ASSERT_EQ(inText.size(), kMostFindingsPerRule + 1);
+    EXPECT_EQ(inText.back().evidence, "3 more");
+    EXPECT_EQ(inText.back().place, "line 1, column 51");
+    EXPECT_EQ(inText.back().detail, "Line 1, column 51: “3 more” of the same kind are not listed, "
+                                    "the first of them here.");
+    const auto inSheet = ofSheet.take();
+    ASSERT_EQ(inSheet.size(), kMostFindingsPerRule + 1);
+    EXPECT_EQ(inSheet.back().detail,
+              "Cell A51: “3 more” of the same kind are not listed, the first of them here.");
+    EXPECT_EQ(inSheet.back().severity, Severity::high) << "the gravest of those not listed";
+    EXPECT_EQ(inSheet.front().severity, Severity::medium);
+}
+
+TEST(FindingList, ExactlyTheMostIsNoMore) {
+    FindingList list;
+    for (std::size_t i = 0; i < kMostFindingsPerRule; ++i) {
+        list.addAt(kError, "cell A1", "#REF!", "A formula fails.");
+    }
+    const auto findings = list.take();
+    ASSERT_EQ(findings.size(), kMostFindingsPerRule);
+    EXPECT_EQ(findings.back().evidence, "#REF!");
+}
+
+TEST(FindingList, NothingQuotesWhatIsHidden) {
+    const std::string text = "key = abcdefgh, and more";
+    const SourceText source(text);
+    FindingList list(source);
+    list.hide(6, 8);
+    list.add(kWord, 0, text.size(), "tells");
+    list.add(kWord, 8, 4, "tells");
+    const auto findings = list.take();
+    ASSERT_EQ(findings.size(), 2U);
+    EXPECT_EQ(findings[0].evidence, "key = abcd…, and more");
+    EXPECT_EQ(findings[1].evidence, "abcd…");
+}
+
+TEST(FindingList, EvidenceIsOneShortValidLine) {
+    FindingList list;
+    list.addAt(kError, "cell A1", "two\nlines\tand \xFF" + std::string(500, 'w'), "It fails.");
+    const std::string evidence = list.take().front().evidence;
+    EXPECT_TRUE(kelvane::text::isValidUtf8(evidence));
+    EXPECT_EQ(kelvane::text::characterCount(evidence), kLongestEvidence);
+    EXPECT_EQ(evidence.substr(0, 14), "two lines and ");
+}
+
+TEST(Shortened, CutsToTheLimit) {
+    EXPECT_EQ(shortened("short", 10), "short");
+    EXPECT_EQ(shortened("exactly ten", 11), "exactly ten");
+    EXPECT_EQ(shortened("exactly ten", 10), "exactly t…");
+    EXPECT_EQ(shortened("  a \r\n b\x01"
+                        "c "),
+              "a b c");
+    // One character of very many bytes.
+    std::string marks = "a";
+    for (int i = 0; i < 4000; ++i) marks += "\xCC\x81";
+    EXPECT_LE(shortened(marks).size(), 1300U);
+    EXPECT_TRUE(kelvane::text::isValidUtf8(shortened(marks)));
+}
+
+} // namespace
+} // namespace trevix
