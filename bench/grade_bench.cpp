@@ -7,7 +7,7 @@
 #include "app/companion_model.h"
 #include "catalog/app_catalog.h"
 #include "detect/capture.h"
-#include "platform/platform.h"
+#include "platform/desktop.h"
 #include "tests/platform/linux/virtual_desktop.h"
 
 #include <QCoreApplication>
@@ -139,7 +139,7 @@ int main(int argc, char** argv) {
     std::this_thread::sleep_for(std::chrono::seconds(1));
 
     const QCoreApplication application(argc, argv);
-    Platform platform = makePlatform();
+    DesktopPorts platform = makeDesktopPorts();
     CountingClock clock(*platform.clock);
     const auto bytes = platform.files->read(KELVANE_SOURCE_DIR "/resources/app-catalog.json");
     const Capture::Ports ports{.workspace = *platform.workspace,

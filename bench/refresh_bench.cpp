@@ -9,7 +9,7 @@
 
 #include "app/companion_model.h"
 #include "catalog/app_catalog.h"
-#include "platform/platform.h"
+#include "platform/desktop.h"
 #include "tests/platform/linux/virtual_desktop.h"
 
 #include <QCoreApplication>
@@ -84,7 +84,7 @@ int main(int argc, char** argv) {
     }
 
     const QCoreApplication application(argc, argv);
-    Platform platform = makePlatform();
+    DesktopPorts platform = makeDesktopPorts();
     const auto bytes = platform.files->read(KELVANE_SOURCE_DIR "/resources/app-catalog.json");
     CompanionModel model({.workspace = *platform.workspace,
                           .processes = *platform.processes,

@@ -7,7 +7,7 @@
 #include "detect/app_detector.h"
 #include "detect/harness_config.h"
 #include "detect/live_agent_scan.h"
-#include "platform/machine.h"
+#include "platform/cli.h"
 #include "selftest/self_test.h"
 #include "text/build_version.h"
 
@@ -47,33 +47,33 @@ struct Answer {
     int status = 0;
 };
 
-AppCatalog catalogOf(Host& host) {
-    return loadCatalog({.files = *host.files,
-                        .resources = *host.resources,
-                        .braskHome = braskHome(*host.files),
+AppCatalog catalogOf(CliPorts& ports) {
+    return loadCatalog({.files = *ports.files,
+                        .resources = *ports.resources,
+                        .braskHome = braskHome(*ports.files),
                         .standardError = std::cerr},
                        argValue("--catalog"));
 }
 
 Answer selfTest() {
-    Host host = makeHost();
+    CliPorts ports = makeCliPorts();
     std::ostringstream report;
-    const int status = SelfTest::run(catalogOf(host), report);
+    const int status = SelfTest::run(catalogOf(ports), report);
     return {std::move(report).str(), status};
 }
 
 Answer detect() {
-    Host host = makeHost();
+    CliPorts ports = makeCliPorts();
     // Most of the time goes into listing processes: let that go on beside the rest.
-    auto listing = LiveAgentScan::startProcessListing(*host.processes);
-    const AppCatalog catalog = catalogOf(host);
-    const auto workspace = makeWorkspace(host);
+    auto listing = LiveAgentScan::startProcessListing(*ports.processes);
+    const AppCatalog catalog = catalogOf(ports);
+    const auto workspace = makeWorkspace(ports);
     const DetectedApp front = AppDetector::frontmost(*workspace, catalog);
-    const auto folder = home(*host.files);
+    const auto folder = home(*ports.files);
     const auto bundleIds = LiveAgentScan::runningBundleIds(*workspace);
     const auto agents = AgentScan::detect(
         bundleIds, LiveAgentScan::runningProcessNames(std::move(listing)),
-        HarnessConfig::present(*host.files, folder), HarnessConfig::wired(*host.files, folder));
+        HarnessConfig::present(*ports.files, folder), HarnessConfig::wired(*ports.files, folder));
     return {detectionReport(front, catalog.apps().size(), agents) + '\n'};
 }
 

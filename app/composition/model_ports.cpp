@@ -1,11 +1,11 @@
 #include "app/composition/model_ports.h"
 
 #include "detect/capture.h"
-#include "platform/platform.h"
+#include "platform/desktop.h"
 
 namespace kelvane {
 
-CompanionModel::Ports modelPorts(Platform& platform, Workspace& workspace) {
+CompanionModel::Ports modelPorts(DesktopPorts& platform, Workspace& workspace) {
     return {.workspace = workspace,
             .processes = *platform.processes,
             .files = *platform.files,

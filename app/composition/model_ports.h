@@ -1,4 +1,4 @@
-// What the model uses of the world, taken from the platform.
+// What the model uses of the world, taken from the ports of this desktop.
 
 #pragma once
 
@@ -6,10 +6,10 @@
 
 namespace kelvane {
 
-struct Platform;
+struct DesktopPorts;
 
 /// The model sees the applications through `workspace`; captures see them as the platform does.
 /// Both must outlive the model and the jobs it has handed to the dispatcher.
-[[nodiscard]] CompanionModel::Ports modelPorts(Platform& platform, Workspace& workspace);
+[[nodiscard]] CompanionModel::Ports modelPorts(DesktopPorts& platform, Workspace& workspace);
 
 } // namespace kelvane

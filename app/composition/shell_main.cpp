@@ -19,8 +19,7 @@
 #include "harness/installation.h"
 #include "harness/tool_wiring.h"
 #include "harness/uninstall.h"
-#include "platform/menu_bar_application.h"
-#include "platform/platform.h"
+#include "platform/desktop.h"
 #include "platform/posix/idle_memory.h"
 
 #include <QApplication>
@@ -61,7 +60,7 @@ void nameApplication() {
 
 class QtWindows : public Windows {
 public:
-    QtWindows(Platform& platform, std::function<void()> bringForward,
+    QtWindows(DesktopPorts& platform, std::function<void()> bringForward,
               std::function<void()> popoverWentAway)
         : m_platform(platform),
           m_bringForward(std::move(bringForward)),
@@ -88,7 +87,7 @@ public:
     [[nodiscard]] PanelImages images() const { return {*m_platform.icons, *m_platform.resources}; }
 
 private:
-    Platform& m_platform;
+    DesktopPorts& m_platform;
     std::function<void()> m_bringForward;
     std::function<void()> m_popoverWentAway;
 };
@@ -130,7 +129,7 @@ int runApplication(int argc, char** argv) {
 
     QApplication toolkit(argc, argv);
     makeAccessoryApplication();
-    Platform platform = makePlatform();
+    DesktopPorts platform = makeDesktopPorts();
     OwnWorkspace workspace(*platform.workspace, kBundleID);
     const auto folder = home(*platform.files);
     const auto data = braskHome(*platform.files);

@@ -2,9 +2,11 @@
 
 #include "platform/linux/desktop_icons.h"
 #include "platform/linux/linux_applications.h"
+#include "platform/linux/linux_session.h"
 #include "platform/linux/x11/x11_clipboard.h"
 #include "platform/linux/x11/x11_keyboard.h"
 #include "platform/linux/x11/x11_pasteboard.h"
+#include "platform/linux/x11/x11_pointer_presses.h"
 #include "platform/linux/x11/x11_window_list.h"
 #include "platform/linux/x11/x11_window_picture.h"
 #include "platform/linux/x11/x11_workspace.h"
@@ -29,12 +31,15 @@ CopyTargetOf copyTargetOf(std::shared_ptr<X11Applications> applications) {
 LinuxDesktop makeLinuxDesktop(Environment& environment, Clock& clock) {
     const auto [display, applications, entries] = openLinuxApplications(environment, clock);
     const auto clipboard = applications ? openX11Clipboard(display) : nullptr;
+    const auto session = linuxSession(environment);
+    const auto pressesOf = session.kind == LinuxSession::Kind::X11 ? session.display : "";
     return {makeX11Workspace(applications, display),
             makeX11Keyboard(clipboard, copyTargetOf(applications)),
             makeX11Pasteboard(clipboard),
             makeX11WindowList(applications),
             makeX11WindowPicture(display),
-            makeDesktopIcons(entries)};
+            makeDesktopIcons(entries),
+            makeX11PointerPresses(pressesOf)};
 }
 
 } // namespace kelvane

@@ -7,6 +7,7 @@
 #include "platform/ports/environment.h"
 #include "platform/ports/keyboard.h"
 #include "platform/ports/pasteboard.h"
+#include "platform/ports/pointer_presses.h"
 #include "platform/ports/window_list.h"
 #include "platform/ports/window_picture.h"
 #include "platform/ports/workspace.h"
@@ -23,6 +24,9 @@ struct LinuxDesktop {
     std::unique_ptr<WindowList> windowList;
     std::unique_ptr<WindowPicture> windowPicture;
     std::unique_ptr<AppIcons> icons;
+    /// Under Wayland it never tells: only presses on the windows of X11 programs would be heard,
+    /// half an answer.
+    std::unique_ptr<PointerPresses> pointerPresses;
 };
 
 /// Connects to the display that `environment` names. The environment is read now and never again;

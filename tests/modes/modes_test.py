@@ -44,6 +44,14 @@ def good_catalog(count):
     return {"version": "1", "modalities": ["text"], "apps": apps}
 
 
+class ExecutableTest(unittest.TestCase):
+    def test_links_no_qt(self):
+        libraries = subprocess.run(["ldd", EXECUTABLE], stdout=subprocess.PIPE, check=True,
+                                   encoding="utf-8").stdout
+        self.assertIn("libxcb", libraries)
+        self.assertNotIn("Qt", libraries)
+
+
 class ModesTest(unittest.TestCase):
     def setUp(self):
         self.folder = pathlib.Path(tempfile.mkdtemp(prefix="kelvane-modes."))

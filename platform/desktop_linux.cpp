@@ -1,0 +1,28 @@
+#include "platform/desktop.h"
+#include "platform/linux/linux_platform.h"
+#include "platform/qt/qt_dialogs.h"
+#include "platform/qt/qt_url_opener.h"
+
+#include <utility>
+
+namespace kelvane {
+
+void addSystemPorts(DesktopPorts& ports) {
+    ports.loginItem = LoginItem::AutostartEntry;
+    LinuxDesktop desktop = makeLinuxDesktop(*ports.environment, *ports.clock);
+    ports.workspace = std::move(desktop.workspace);
+    ports.keyboard = std::move(desktop.keyboard);
+    ports.pasteboard = std::move(desktop.pasteboard);
+    ports.windows = std::move(desktop.windowList);
+    ports.picture = std::move(desktop.windowPicture);
+    ports.icons = std::move(desktop.icons);
+    ports.presses = std::move(desktop.pointerPresses);
+    ports.dialogs = makeQtDialogs();
+    ports.urls = makeQtUrlOpener();
+}
+
+void makeAccessoryApplication() {}
+
+void activateApplication() {}
+
+} // namespace kelvane

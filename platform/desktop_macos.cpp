@@ -1,0 +1,29 @@
+#include "platform/desktop.h"
+#include "platform/macos/activation_policy.h"
+#include "platform/macos/macos_platform.h"
+#include "platform/macos/screencapture.h"
+
+namespace kelvane {
+
+void addSystemPorts(DesktopPorts& ports) {
+    ports.loginItem = LoginItem::LaunchAgent;
+    ports.workspace = makeNsWorkspace();
+    ports.keyboard = makeCgKeyboard();
+    ports.pasteboard = makeNsPasteboard();
+    ports.windows = makeCgWindowList();
+    ports.picture = makeScreencapture(*ports.processes, *ports.files);
+    ports.icons = makeNsAppIcons();
+    ports.presses = makeNsPointerPresses();
+    ports.dialogs = makeNsDialogs();
+    ports.urls = makeNsUrlOpener();
+}
+
+void makeAccessoryApplication() {
+    setAccessoryPolicy();
+}
+
+void activateApplication() {
+    activateIgnoringOtherApplications();
+}
+
+} // namespace kelvane

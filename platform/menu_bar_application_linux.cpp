@@ -1,9 +1,0 @@
-#include "platform/menu_bar_application.h"
-
-namespace kelvane {
-
-void makeAccessoryApplication() {}
-
-void activateApplication() {}
-
-} // namespace kelvane
