@@ -19,7 +19,7 @@ Iteration judged(const Submission& submission, std::vector<Finding> findings, st
     Iteration iteration;
     iteration.createdMs = nowMs;
     iteration.intent = submission.intent;
-    iteration.band = std::string(judgement.band);
+    iteration.band = judgement.band;
     iteration.score = judgement.score;
     iteration.parts = summarize(submission.parts);
     iteration.findings = std::move(findings);

@@ -163,8 +163,8 @@ json flawsJson(const std::vector<Finding>& findings) {
 }
 
 json verdictJson(const Iteration& iteration) {
-    return {{"band", iteration.band},
-            {"decision", iteration.band},
+    return {{"band", name(iteration.band)},
+            {"decision", name(iteration.band)},
             {"score", iteration.score},
             {"findings", iteration.findings.size()},
             {"flaws", flawsJson(iteration.findings)}};

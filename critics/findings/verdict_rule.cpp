@@ -1,6 +1,7 @@
 #include "critics/findings/verdict_rule.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -18,6 +19,8 @@ constexpr std::uint64_t kFullScore = 100 * kHundredth;
 
 constexpr std::uint64_t kQuarantineBelow = 50; // Hundredths of score.
 constexpr std::uint64_t kShipFrom = 85;
+
+constexpr std::array kBands{Band::ship, Band::route_to_fix, Band::quarantine, Band::block};
 
 std::uint64_t points(Severity severity) {
     switch (severity) {
@@ -46,6 +49,27 @@ std::uint64_t costOf(std::vector<Severity> ofOneRule) {
 
 } // namespace
 
+std::string_view name(Band band) {
+    switch (band) {
+    case Band::ship:
+        return "ship";
+    case Band::route_to_fix:
+        return "route_to_fix";
+    case Band::quarantine:
+        return "quarantine";
+    case Band::block:
+        break;
+    }
+    return "block";
+}
+
+std::optional<Band> bandNamed(std::string_view text) {
+    const auto* const found =
+        std::find_if(kBands.begin(), kBands.end(), [&](Band band) { return name(band) == text; });
+    if (found == kBands.end()) return std::nullopt;
+    return *found;
+}
+
 Judgement judge(const std::vector<Finding>& findings) {
     std::map<std::string_view, std::vector<Severity>> byRule;
     Severity worst = Severity::low;
@@ -63,11 +87,11 @@ Judgement judge(const std::vector<Finding>& findings) {
     Judgement judgement;
     judgement.score = static_cast<double>(hundredths) / 100.0;
     if (worst == Severity::critical) {
-        judgement.band = "block";
+        judgement.band = Band::block;
     } else if (hundredths < kQuarantineBelow) {
-        judgement.band = "quarantine";
+        judgement.band = Band::quarantine;
     } else if (worst == Severity::high || hundredths < kShipFrom) {
-        judgement.band = "route_to_fix";
+        judgement.band = Band::route_to_fix;
     }
     return judgement;
 }

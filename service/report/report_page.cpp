@@ -31,26 +31,28 @@ Page page(const std::string& title, const std::string& content) {
     return made;
 }
 
-bool isKnownBand(std::string_view band) {
-    return band == "ship" || band == "route_to_fix" || band == "quarantine" || band == "block";
+std::string bandClass(Band band) {
+    return std::string(name(band));
 }
 
-std::string bandClass(std::string_view band) {
-    return isKnownBand(band) ? std::string(band) : "other";
-}
-
-std::string bandWords(std::string_view band) {
-    std::string words(band);
+std::string bandWords(Band band) {
+    std::string words(name(band));
     std::replace(words.begin(), words.end(), '_', ' ');
-    return htmlText(words);
+    return words;
 }
 
-std::string headline(std::string_view band) {
-    if (band == "ship") return "Ready to ship";
-    if (band == "route_to_fix") return "Fix it before it ships";
-    if (band == "quarantine") return "Hold it back";
-    if (band == "block") return "Do not ship this";
-    return "Judged";
+const char* headline(Band band) {
+    switch (band) {
+    case Band::ship:
+        return "Ready to ship";
+    case Band::route_to_fix:
+        return "Fix it before it ships";
+    case Band::quarantine:
+        return "Hold it back";
+    case Band::block:
+        break;
+    }
+    return "Do not ship this";
 }
 
 std::string scoreText(double score) {

@@ -36,7 +36,7 @@ a{color:var(--link)}
 .ring text{fill:var(--ink);font-size:27px;font-weight:650;text-anchor:middle}
 .ring .of{fill:var(--soft);font-size:12px;font-weight:400}
 .ship{color:var(--ship)}.route_to_fix{color:var(--route_to_fix)}
-.quarantine{color:var(--quarantine)}.block{color:var(--block)}.other{color:var(--soft)}
+.quarantine{color:var(--quarantine)}.block{color:var(--block)}
 .pill,.sev{display:inline-block;border:1.5px solid currentColor;border-radius:99px;font-weight:650;
 padding:.05rem .7rem;font-size:.85rem}
 .sev{font-size:.72rem;letter-spacing:.03em;padding:0 .55rem;border-width:1px}

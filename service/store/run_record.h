@@ -1,10 +1,12 @@
-// What does the service remember of work that it has graded?
+// The graded work as the service remembers it.
 //
-// Plain values. The work itself is not kept: a finding carries the evidence that it rests on.
+// Plain values; any thread. The work itself is not kept: a finding carries the evidence that it
+// rests on.
 
 #pragma once
 
 #include "critics/findings/finding.h"
+#include "critics/findings/verdict_rule.h"
 
 #include <cstdint>
 #include <string>
@@ -26,7 +28,7 @@ struct Iteration {
     int number = 0;             ///< 0 is the work as first submitted, 1 the first revision.
     std::int64_t createdMs = 0; ///< Since 1970, UTC.
     std::string intent;
-    std::string band;
+    Band band = Band::ship;
     double score = 0;
     std::vector<PartSummary> parts;
     std::vector<Finding> findings;

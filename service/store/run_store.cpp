@@ -83,6 +83,12 @@ Severity severityOf(std::int64_t stored) {
     }
 }
 
+Band bandOf(const std::string& stored) {
+    const auto band = bandNamed(stored);
+    if (!band) throw StoreError("the run store: a verdict of an unknown band");
+    return *band;
+}
+
 std::int64_t stored(Severity severity) {
     return static_cast<std::int64_t>(severity);
 }
@@ -94,7 +100,7 @@ void insertIteration(sqlite3* db, const std::string& runId, int number, const It
         .bind(std::int64_t{number})
         .bind(it.createdMs)
         .bind(it.intent)
-        .bind(it.band)
+        .bind(name(it.band))
         .bind(it.score)
         .run();
     std::int64_t ordinal = 0;
@@ -362,7 +368,7 @@ std::optional<RunRecord> RunStore::run(const std::string& runId) {
             iteration.number = static_cast<int>(statement.integer(0));
             iteration.createdMs = statement.integer(1);
             iteration.intent = statement.text(2);
-            iteration.band = statement.text(3);
+            iteration.band = bandOf(statement.text(3));
             iteration.score = statement.real(4);
             run.iterations.push_back(std::move(iteration));
         }

@@ -98,7 +98,7 @@ TEST(Critique, AnEmptySubmissionHasOneFinding) {
         critique(submission("text", {textPart(""), binaryPart("image/png", ""), Part{}}));
     ASSERT_EQ(empty.size(), 1U);
     EXPECT_EQ(empty[0].rule, "artifact.empty");
-    EXPECT_EQ(judge(empty).band, "route_to_fix");
+    EXPECT_EQ(judge(empty).band, Band::route_to_fix);
 }
 
 TEST(Critique, SeveralPartsAreToldApart) {

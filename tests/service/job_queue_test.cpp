@@ -110,7 +110,7 @@ TEST_F(JobQueueTest, AJobIsJudgedByTheCritics) {
     EXPECT_EQ(status.state, JobState::completed);
     EXPECT_FALSE(status.warming);
     ASSERT_TRUE(status.result);
-    EXPECT_EQ(status.result->band, "route_to_fix");
+    EXPECT_EQ(status.result->band, Band::route_to_fix);
     EXPECT_EQ(status.result->score, 0.8);
     EXPECT_EQ(status.result->createdMs, 1000);
     ASSERT_THAT(status.result->findings, SizeIs(1));
@@ -229,7 +229,7 @@ TEST_F(JobQueueTest, ARevisionIsComparedWithTheVersionBefore) {
     EXPECT_EQ(number, 1);
     ASSERT_THAT(run.iterations, SizeIs(2));
     EXPECT_EQ(run.iterations[1].number, 1);
-    EXPECT_EQ(run.iterations[1].band, "ship");
+    EXPECT_EQ(run.iterations[1].band, Band::ship);
     ASSERT_THAT(run.iterations[1].findings, SizeIs(2));
     EXPECT_EQ(m_critic.judged().back().modality, "text") << "the run's";
 }

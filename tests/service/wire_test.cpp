@@ -42,7 +42,7 @@ Iteration someIteration(int number, std::vector<Finding> findings) {
     Iteration iteration;
     iteration.number = number;
     iteration.createdMs = 1'772'546'709'000 + number * 60'000;
-    iteration.band = findings.empty() ? "ship" : "route_to_fix";
+    iteration.band = findings.empty() ? Band::ship : Band::route_to_fix;
     iteration.score = findings.empty() ? 1.0 : 0.8;
     iteration.findings = std::move(findings);
     return iteration;

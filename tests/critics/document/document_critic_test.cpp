@@ -262,7 +262,7 @@ TEST(DocumentCritic, TheFlawedLaunchNoteBreaksExactlyTheseRules) {
                                      "document.empty_link", "document.heading_order",
                                      "text.date_order", "text.doubled_word", "text.long_sentence",
                                      "text.placeholder", "text.unclosed_pair", "text.weekday"}));
-    EXPECT_EQ(judge(findings).band, "quarantine");
+    EXPECT_EQ(judge(findings).band, Band::quarantine);
     EXPECT_EQ(onlyFinding(findings, "text.weekday").place, "line 3, column 48");
     EXPECT_EQ(onlyFinding(findings, "text.weekday").evidence, "Tuesday, 14 September 2026");
 }

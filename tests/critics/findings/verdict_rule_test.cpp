@@ -34,7 +34,7 @@ std::vector<Finding> operator+(std::vector<Finding> a, const std::vector<Finding
 }
 
 TEST(VerdictRule, NoFindingShipsAtOne) {
-    EXPECT_EQ(judge({}), (Judgement{1.0, "ship"}));
+    EXPECT_EQ(judge({}), (Judgement{1.0, Band::ship}));
 }
 
 TEST(VerdictRule, EachSeverityCostsItsPoints) {
@@ -43,10 +43,10 @@ TEST(VerdictRule, EachSeverityCostsItsPoints) {
         Judgement expected;
     };
     const std::vector<Case> cases = {
-        {Severity::low, {0.98, "ship"}},
-        {Severity::medium, {0.92, "ship"}},
-        {Severity::high, {0.80, "route_to_fix"}},
-        {Severity::critical, {0.50, "block"}},
+        {Severity::low, {0.98, Band::ship}},
+        {Severity::medium, {0.92, Band::ship}},
+        {Severity::high, {0.80, Band::route_to_fix}},
+        {Severity::critical, {0.50, Band::block}},
     };
     for (const Case& entry : cases) {
         EXPECT_EQ(judge({finding(entry.severity, "r")}), entry.expected) << name(entry.severity);
@@ -80,11 +80,11 @@ TEST(VerdictRule, FurtherFindingsOfARuleCostHalfOfTheOneBefore) {
 }
 
 TEST(VerdictRule, AHundredFindingsOfOneRuleNeverCostMoreThanTwice) {
-    EXPECT_EQ(judge(repeated(Severity::low, 100)), (Judgement{0.96, "ship"}));
-    EXPECT_EQ(judge(repeated(Severity::medium, 100)), (Judgement{0.84, "route_to_fix"}));
-    EXPECT_EQ(judge(repeated(Severity::high, 100)), (Judgement{0.60, "route_to_fix"}));
-    EXPECT_EQ(judge(repeated(Severity::critical, 100)), (Judgement{0.0, "block"}));
-    EXPECT_EQ(judge(repeated(Severity::low, 100'000)), (Judgement{0.96, "ship"}));
+    EXPECT_EQ(judge(repeated(Severity::low, 100)), (Judgement{0.96, Band::ship}));
+    EXPECT_EQ(judge(repeated(Severity::medium, 100)), (Judgement{0.84, Band::route_to_fix}));
+    EXPECT_EQ(judge(repeated(Severity::high, 100)), (Judgement{0.60, Band::route_to_fix}));
+    EXPECT_EQ(judge(repeated(Severity::critical, 100)), (Judgement{0.0, Band::block}));
+    EXPECT_EQ(judge(repeated(Severity::low, 100'000)), (Judgement{0.96, Band::ship}));
 }
 
 TEST(VerdictRule, BandsChangeExactlyAtTheirBoundaries) {
@@ -94,27 +94,27 @@ TEST(VerdictRule, BandsChangeExactlyAtTheirBoundaries) {
         Judgement expected;
     };
     const std::vector<Case> cases = {
-        {"0.86 ships", distinct(Severity::low, 7), {0.86, "ship"}},
-        {"0.85 ships", repeated(Severity::medium, 4), {0.85, "ship"}},
-        {"0.845 rounds up and ships", repeated(Severity::medium, 5), {0.85, "ship"}},
-        {"0.84 goes back", distinct(Severity::medium, 2), {0.84, "route_to_fix"}},
+        {"0.86 ships", distinct(Severity::low, 7), {0.86, Band::ship}},
+        {"0.85 ships", repeated(Severity::medium, 4), {0.85, Band::ship}},
+        {"0.845 rounds up and ships", repeated(Severity::medium, 5), {0.85, Band::ship}},
+        {"0.84 goes back", distinct(Severity::medium, 2), {0.84, Band::route_to_fix}},
         {"one high finding goes back at any score",
          distinct(Severity::high, 1),
-         {0.80, "route_to_fix"}},
-        {"0.50 goes back", distinct(Severity::low, 25), {0.50, "route_to_fix"}},
+         {0.80, Band::route_to_fix}},
+        {"0.50 goes back", distinct(Severity::low, 25), {0.50, Band::route_to_fix}},
         {"0.50 of mediums and lows",
          distinct(Severity::medium, 6) + distinct(Severity::low, 1),
-         {0.50, "route_to_fix"}},
-        {"0.48 is quarantined", distinct(Severity::low, 26), {0.48, "quarantine"}},
+         {0.50, Band::route_to_fix}},
+        {"0.48 is quarantined", distinct(Severity::low, 26), {0.48, Band::quarantine}},
         {"0.495 rounds up and goes back",
          distinct(Severity::low, 23) + repeated(Severity::low, 5),
-         {0.50, "route_to_fix"}},
-        {"0.40 with highs is quarantined", distinct(Severity::high, 3), {0.40, "quarantine"}},
+         {0.50, Band::route_to_fix}},
+        {"0.40 with highs is quarantined", distinct(Severity::high, 3), {0.40, Band::quarantine}},
         {"a critical finding blocks at any score",
          distinct(Severity::critical, 1),
-         {0.50, "block"}},
-        {"nothing falls below 0", distinct(Severity::high, 6), {0.0, "quarantine"}},
-        {"far below 0", distinct(Severity::critical, 200), {0.0, "block"}},
+         {0.50, Band::block}},
+        {"nothing falls below 0", distinct(Severity::high, 6), {0.0, Band::quarantine}},
+        {"far below 0", distinct(Severity::critical, 200), {0.0, Band::block}},
     };
     for (const Case& entry : cases) {
         EXPECT_EQ(judge(entry.findings), entry.expected) << entry.name;
@@ -125,7 +125,7 @@ TEST(VerdictRule, OneRuleWithSeveralSeveritiesCountsTheHeaviestFirst) {
     // 20 + 8/2 + 2/4 = 24.5
     const std::vector<Finding> mixed = {finding(Severity::low, "r"), finding(Severity::high, "r"),
                                         finding(Severity::medium, "r")};
-    EXPECT_EQ(judge(mixed), (Judgement{0.76, "route_to_fix"}));
+    EXPECT_EQ(judge(mixed), (Judgement{0.76, Band::route_to_fix}));
 }
 
 TEST(VerdictRule, TheOrderOfFindingsDoesNotMatter) {
@@ -153,6 +153,23 @@ TEST(VerdictRule, FixingAFindingNeverLowersTheScore) {
         score = better;
     }
     EXPECT_EQ(score, 1.0);
+}
+
+TEST(VerdictRule, BandsHaveTheNamesOfTheWireAndNoOthers) {
+    const struct {
+        Band band;
+        const char* name;
+    } names[] = {{Band::ship, "ship"},
+                 {Band::route_to_fix, "route_to_fix"},
+                 {Band::quarantine, "quarantine"},
+                 {Band::block, "block"}};
+    for (const auto& [band, text] : names) {
+        EXPECT_EQ(name(band), text);
+        EXPECT_EQ(bandNamed(text), band);
+    }
+    for (const char* text : {"", "Ship", "unknown", "ship "}) {
+        EXPECT_EQ(bandNamed(text), std::nullopt) << text;
+    }
 }
 
 } // namespace

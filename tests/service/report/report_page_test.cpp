@@ -17,11 +17,11 @@ Finding finding(std::string rule, std::string text) {
             "place " + text, "evidence " + text, "detail " + text};
 }
 
-Iteration iteration(int number, std::string band, double score, std::vector<Finding> findings) {
+Iteration iteration(int number, Band band, double score, std::vector<Finding> findings) {
     return {number,
             1'772'546'709'000,
             "Validate this Editor work before it ships.",
-            std::move(band),
+            band,
             score,
             {{"launch-note.md", "text/markdown", 1843}},
             std::move(findings)};
@@ -32,7 +32,7 @@ RunRecord fresh() {
             "document",
             "writing",
             "",
-            {iteration(0, "route_to_fix", 0.8, {finding("text.placeholder", "one")})}};
+            {iteration(0, Band::route_to_fix, 0.8, {finding("text.placeholder", "one")})}};
 }
 
 std::size_t countOf(const std::string& html, const std::string& word) {
@@ -91,7 +91,7 @@ TEST(ReportPage, ShowsTheVerdictAndEveryFlaw) {
 
 TEST(ReportPage, WorkWithoutFlawsIsToldSo) {
     const std::string html =
-        reportPage({"run_1", "text", "", "", {iteration(0, "ship", 1.0, {})}}).html;
+        reportPage({"run_1", "text", "", "", {iteration(0, Band::ship, 1.0, {})}}).html;
     EXPECT_THAT(html, HasSubstr("Ready to ship"));
     EXPECT_THAT(html, HasSubstr("1.00"));
     EXPECT_THAT(html, HasSubstr("No flaws"));
@@ -101,8 +101,8 @@ TEST(ReportPage, WorkWithoutFlawsIsToldSo) {
 TEST(ReportPage, ARevisionShowsWhatIsFixedRemainsAndIsNew) {
     RunRecord run = fresh();
     run.iterations = {
-        iteration(0, "quarantine", 0.4, {finding("r1", "old"), finding("r2", "kept")}),
-        iteration(1, "route_to_fix", 0.6, {finding("r2", "kept"), finding("r3", "came")})};
+        iteration(0, Band::quarantine, 0.4, {finding("r1", "old"), finding("r2", "kept")}),
+        iteration(1, Band::route_to_fix, 0.6, {finding("r2", "kept"), finding("r3", "came")})};
     const std::string html = reportPage(run).html;
     EXPECT_THAT(html, HasSubstr("1 fixed, 1 remains, 1 new"));
     const auto fixed = html.find("class=\"is-fixed\"");
@@ -121,9 +121,9 @@ TEST(ReportPage, ARevisionShowsWhatIsFixedRemainsAndIsNew) {
 
 TEST(ReportPage, EveryEarlierRevisionKeepsItsOwnChanges) {
     RunRecord run = fresh();
-    run.iterations = {iteration(0, "block", 0.1, {finding("r1", "a"), finding("r2", "b")}),
-                      iteration(1, "quarantine", 0.4, {finding("r2", "b")}),
-                      iteration(2, "ship", 1.0, {})};
+    run.iterations = {iteration(0, Band::block, 0.1, {finding("r1", "a"), finding("r2", "b")}),
+                      iteration(1, Band::quarantine, 0.4, {finding("r2", "b")}),
+                      iteration(2, Band::ship, 1.0, {})};
     const std::string html = reportPage(run).html;
     EXPECT_THAT(html, HasSubstr("1 fixed, 0 remain, 0 new"));
     EXPECT_THAT(html, HasSubstr("1 fixed, 1 remains, 0 new"));
@@ -137,7 +137,7 @@ TEST(ReportPage, HeavierFlawsComeFirst) {
     low.severity = Severity::low;
     Finding critical = finding("r", "big");
     critical.severity = Severity::critical;
-    run.iterations = {iteration(0, "block", 0.3, {low, critical})};
+    run.iterations = {iteration(0, Band::block, 0.3, {low, critical})};
     const std::string html = reportPage(run).html;
     EXPECT_LT(html.find("evidence big"), html.find("evidence small"));
 }
@@ -148,7 +148,7 @@ TEST(ReportPage, NothingOfTheWorkBecomesPartOfThePage) {
     Finding bad{Severity::critical, hostile, hostile, hostile, hostile, hostile};
     RunRecord run{hostile, hostile, hostile, hostile, {}};
     for (int number : {0, 1, 2}) {
-        Iteration version = iteration(number, hostile, 0.5, {bad});
+        Iteration version = iteration(number, Band::block, 0.5, {bad});
         version.intent = hostile;
         version.parts = {{hostile, hostile, 1}};
         run.iterations.push_back(version);

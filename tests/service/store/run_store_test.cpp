@@ -61,7 +61,7 @@ Iteration iteration(int number, std::int64_t createdMs, std::vector<Finding> fin
     return {number,
             createdMs,
             "intent",
-            "ship",
+            Band::ship,
             0.92,
             {{"name", "text/plain", 12}},
             std::move(findings)};
@@ -129,6 +129,19 @@ TEST_F(RunStoreTest, IterationsAreNumberedAndKeepTheirFindings) {
     expected.iterations.push_back(iteration(2, 9));
     EXPECT_EQ(store->run("run_1"), expected);
     EXPECT_EQ(store->finishedJob("job_3"), (FinishedJob{"run_1", 2, std::nullopt}));
+}
+
+TEST_F(RunStoreTest, BandsAreKeptByNameAndNoOtherNameIsRead) {
+    const auto store = open();
+    store->addJob("job_1", JobKind::grade, "", "work", 1);
+    RunRecord blocked = runRecord("run_1", 5);
+    blocked.iterations.front().band = Band::block;
+    store->finishGrade("job_1", blocked);
+    EXPECT_EQ(query("SELECT band FROM iterations"), "block");
+    EXPECT_EQ(store->run("run_1"), blocked);
+
+    query("UPDATE iterations SET band = 'perhaps'");
+    EXPECT_THROW((void)store->run("run_1"), StoreError);
 }
 
 TEST_F(RunStoreTest, AnIterationOfNoRunChangesNothing) {
