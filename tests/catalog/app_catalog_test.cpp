@@ -174,6 +174,23 @@ TEST(AppCatalog, OfHostsOfEqualLengthTheOneInsertedFirstWins) {
     EXPECT_EQ(byURL(catalog, "https://ccc.org/?from=aaa.org"), "second");
 }
 
+TEST(AppCatalog, ManyHostsOfEqualLengthKeepTheirOrder) {
+    // Far more than the handful that any way of sorting leaves in their order.
+    constexpr int kApps = 500;
+    std::vector<CatalogApp> apps;
+    for (int i = 0; i < kApps; ++i) {
+        // Every length several times, and each host also in the address that is looked up.
+        const auto length = static_cast<std::size_t>(1 + i % 5);
+        apps.push_back(appWith("app" + std::to_string(i), {}, {std::string(length, 'x')}));
+    }
+    const AppCatalog catalog(apps);
+    EXPECT_EQ(byURL(catalog, "https://xxxxx/"), "app4");
+    EXPECT_EQ(byURL(catalog, "https://xxxx/"), "app3");
+    EXPECT_EQ(byURL(catalog, "https://xxx/"), "app2");
+    EXPECT_EQ(byURL(catalog, "https://xx/"), "app1");
+    EXPECT_EQ(byURL(catalog, "https://x/"), "app0");
+}
+
 TEST(AppCatalog, LengthOfAHostIsInCharactersNotBytes) {
     // Seven characters in eleven bytes against eight characters in eight bytes.
     const AppCatalog catalog(
