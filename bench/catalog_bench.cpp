@@ -1,4 +1,4 @@
-// What does reading a catalog cost beside the bare parse of the same bytes, and what does a lookup?
+// Reading a catalog beside the bare parse of the same bytes, and the lookups.
 //
 // The budget is a ratio inside one run: decoding and loading at most twice the bare parse. Lookups
 // are to grow in step with the number of entries, but for the exact one.

@@ -1,4 +1,4 @@
-// Which known application has this bundle identifier, or shows this page?
+// The known applications, looked up by bundle identifier or by page address.
 //
 // Exact identifiers come before prefixes, and among prefixes the longest wins. For addresses the
 // longest host entry wins. Those rules are what makes a versioned identifier find its product and a

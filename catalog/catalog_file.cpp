@@ -4,7 +4,6 @@
 
 #include <nlohmann/json.hpp>
 
-#include <algorithm>
 #include <cstddef>
 #include <utility>
 
@@ -14,383 +13,145 @@ namespace {
 
 using nlohmann::json;
 
-/// What the rules say about the value that comes next.
-enum class Want { Anything, Text, Flag, Texts, Object, Apps, Categories };
+// What a hostile file can make of its bytes is decided before anything is built from them: an app
+// takes 360 bytes however short its entry is, and the tree that the parser builds about 100 for
+// each value, so these bounds hold decoding to some 300 MB. The shipped catalog, a thousand apps,
+// is 0.3 MB with 20,000 values.
+constexpr std::size_t kMostBytes = std::size_t{64} << 20U;
+constexpr std::size_t kMostValues = 500'000;
 
-std::string_view nameOf(Want want) {
-    switch (want) {
-    case Want::Text:
-        return "string";
-    case Want::Flag:
-        return "boolean";
-    case Want::Object:
-        return "object";
-    case Want::Texts:
-    case Want::Apps:
-    case Want::Categories:
-        return "array";
-    case Want::Anything:
-        break;
+/// Where a value stands: a chain that leads out to the root. Spelled out only for a message.
+struct Place {
+    const Place* outer = nullptr; ///< Absent for the root.
+    std::string_view key = {};    ///< Empty for an element of a list.
+    std::size_t index = 0;
+
+    [[nodiscard]] std::string path() const {
+        if (outer == nullptr) return {};
+        std::string path = outer->path();
+        if (key.empty()) return path + "[" + std::to_string(index) + "]";
+        if (!path.empty()) path += ".";
+        return path.append(key);
     }
-    return "anything";
+};
+
+[[noreturn]] void refuse(const Place& place, const std::string& why) {
+    const std::string path = place.path();
+    throw CatalogError((path.empty() ? "the root" : path) + ": " + why);
 }
 
-/// Where the value of one member goes. Of a key that is not used nothing is kept.
-struct Member {
-    std::string_view key;
-    Want want = Want::Anything;
-    std::string* text = nullptr;
-    std::vector<std::string>* texts = nullptr;
-    bool* flag = nullptr;
-    std::string_view missing = {}; ///< The text when the key is missing.
-    bool* given = nullptr;         ///< Of a required member.
-};
-
-/// One open bracket.
-struct Level {
-    enum class Kind { Root, App, Category, Apps, Categories, Texts, Ignored };
-
-    explicit Level(Kind theKind) : kind(theKind) {}
-
-    Kind kind;
-    Member member;         ///< Of an object: the one whose value comes next.
-    std::size_t index = 0; ///< Of a list: the element that comes next.
-    bool id = false, name = false, label = false, apps = false; ///< What is required and given.
-    /// What is wrong below, each under its member; of a list at most one, under no key. Of a key
-    /// that occurs twice the last value counts, so a mistake may yet be taken back.
-    std::vector<std::pair<std::string_view, std::string>> mistakes;
-
-    [[nodiscard]] bool isList() const {
-        return kind == Kind::Apps || kind == Kind::Categories || kind == Kind::Texts;
+void require(bool typeIsRight, const Place& place, const char* type, const json& value) {
+    if (!typeIsRight) {
+        refuse(place, std::string("expected ") + type + ", found " + value.type_name());
     }
-};
+}
 
-/// Fills a `CatalogFile` while the parser reads: a document tree is never built.
-class Decoder {
+// The tree is taken apart: texts move out of it.
+
+void take(json& value, const Place& place, std::string& to) {
+    require(value.is_string(), place, "string", value);
+    to = std::move(value.get_ref<std::string&>());
+}
+
+void take(json& value, const Place& place, bool& to) {
+    require(value.is_boolean(), place, "boolean", value);
+    to = value.get<bool>();
+}
+
+void take(json& value, const Place& place, CatalogCategory& to);
+void take(json& value, const Place& place, CatalogApp& to);
+
+template <typename Element>
+void take(json& value, const Place& place, std::vector<Element>& to) {
+    require(value.is_array(), place, "array", value);
+    to.resize(value.size());
+    for (std::size_t i = 0; i < to.size(); ++i) take(value[i], {&place, {}, i}, to[i]);
+}
+
+/// The members of one object.
+class Members {
 public:
-    CatalogFile file;
-
-    /// Called when the whole text has been read.
-    void finish() const {
-        if (!m_mistake.empty()) throw CatalogError(m_mistake);
+    Members(json& object, const Place& place) : m_object(object), m_place(place) {
+        require(object.is_object(), place, "object", object);
     }
 
-    // What the parser calls.
-    bool null() {
-        const Want want = next();
-        if (!m_levels.empty() && !m_levels.back().isList()) {
-            reset();
-        } else if (want != Want::Anything) {
-            expected(want, "null");
-        }
-        return true;
-    }
-    bool boolean(bool value) {
-        const Want want = next();
-        if (want == Want::Flag) {
-            *m_levels.back().member.flag = value;
-        } else if (want != Want::Anything) {
-            expected(want, "boolean");
-        }
-        return true;
-    }
-    bool number_integer(json::number_integer_t) { return number(); }
-    bool number_unsigned(json::number_unsigned_t) { return number(); }
-    bool number_float(json::number_float_t, const std::string&) { return number(); }
-    bool string(std::string& value) {
-        const Want want = next();
-        if (want == Want::Text) {
-            Level& level = m_levels.back();
-            if (level.kind == Level::Kind::Texts) {
-                m_texts->push_back(std::move(value));
-            } else {
-                *level.member.text = std::move(value);
-                given(level.member);
-            }
-        } else if (want != Want::Anything) {
-            expected(want, "string");
-        }
-        return true;
-    }
-    bool binary(json::binary_t&) { return true; } // not in JSON text
-
-    bool start_object(std::size_t) {
-        const Want want = next();
-        if (want == Want::Object) {
-            open(objectHere());
-        } else {
-            if (want != Want::Anything) expected(want, "object");
-            open(Level::Kind::Ignored);
-        }
-        return true;
-    }
-    bool key(std::string& name) {
-        Level& level = m_levels.back();
-        level.member = memberOf(level, name);
-        if (!level.mistakes.empty() && !level.member.key.empty()) {
-            std::erase_if(level.mistakes,
-                          [&](const auto& mistake) { return mistake.first == level.member.key; });
-        }
-        return true;
-    }
-    bool end_object() {
-        switch (m_levels.back().kind) {
-        case Level::Kind::Root:
-            require(m_levels.back().apps, "apps");
-            break;
-        case Level::Kind::App:
-            endApp();
-            break;
-        case Level::Kind::Category:
-            require(m_levels.back().id, "id");
-            require(m_levels.back().label, "label");
-            break;
-        default:
-            break;
-        }
-        close();
+    /// Leaves `to` as it is when the member is missing or null, and says whether it was there.
+    template <typename Value>
+    bool optional(std::string_view key, Value& to) {
+        const auto found = m_object.find(key);
+        if (found == m_object.end() || found->is_null()) return false;
+        take(*found, {&m_place, key}, to);
         return true;
     }
 
-    bool start_array(std::size_t) {
-        switch (const Want want = next()) {
-        case Want::Texts:
-            m_texts = m_levels.back().member.texts;
-            m_texts->clear();
-            open(Level::Kind::Texts);
-            break;
-        case Want::Apps:
-            file.apps.clear();
-            given(m_levels.back().member);
-            open(Level::Kind::Apps);
-            break;
-        case Want::Categories:
-            file.categories.clear();
-            open(Level::Kind::Categories);
-            break;
-        default:
-            if (want != Want::Anything) expected(want, "array");
-            open(Level::Kind::Ignored);
-        }
-        return true;
-    }
-    bool end_array() {
-        close();
-        return true;
-    }
-
-    bool parse_error(std::size_t, const std::string&, const json::exception& error) {
-        throw CatalogError(error.what());
+    template <typename Value>
+    void required(std::string_view key, Value& to) {
+        if (!optional(key, to)) refuse(m_place, "\"" + std::string(key) + "\" is missing");
     }
 
 private:
-    /// What may come now; moves on in a list.
-    Want next() {
-        if (m_levels.empty()) return Want::Object;
-        Level& level = m_levels.back();
-        ++level.index;
-        switch (level.kind) {
-        case Level::Kind::Apps:
-        case Level::Kind::Categories:
-            return Want::Object;
-        case Level::Kind::Texts:
-            return Want::Text;
-        case Level::Kind::Ignored:
-            return Want::Anything;
-        default:
-            return level.member.want;
-        }
-    }
-
-    [[nodiscard]] Level::Kind objectHere() {
-        if (m_levels.empty()) return Level::Kind::Root;
-        if (m_levels.back().kind == Level::Kind::Apps) {
-            file.apps.emplace_back();
-            m_primaryGiven = false;
-            return Level::Kind::App;
-        }
-        file.categories.emplace_back();
-        return Level::Kind::Category;
-    }
-
-    void open(Level::Kind kind) {
-        if (m_levels.size() == text::kDeepestJson) {
-            throw CatalogError("nested deeper than " + std::to_string(text::kDeepestJson) +
-                               " levels");
-        }
-        m_levels.emplace_back(kind);
-    }
-
-    /// A list or an object that holds a mistake is one.
-    void close() {
-        auto mistakes = std::move(m_levels.back().mistakes);
-        m_levels.pop_back();
-        if (!mistakes.empty()) mistake(std::move(mistakes.front().second));
-    }
-
-    Member memberOf(Level& level, std::string_view key) {
-        switch (level.kind) {
-        case Level::Kind::Root:
-            return rootMember(level, key);
-        case Level::Kind::App:
-            return appMember(level, key);
-        case Level::Kind::Category:
-            return categoryMember(level, key);
-        default:
-            return {};
-        }
-    }
-
-    static Member text(std::string_view key, std::string& value, std::string_view missing = {},
-                       bool* given = nullptr) {
-        return {.key = key, .want = Want::Text, .text = &value, .missing = missing, .given = given};
-    }
-    static Member texts(std::string_view key, std::vector<std::string>& values) {
-        return {.key = key, .want = Want::Texts, .texts = &values};
-    }
-
-    Member rootMember(Level& level, std::string_view key) {
-        if (key == "schema") return text("schema", m_schema);
-        if (key == "version") return text("version", file.version, "0");
-        if (key == "modalities") return texts("modalities", file.modalities);
-        if (key == "categories") return {.key = "categories", .want = Want::Categories};
-        if (key == "apps") return {.key = "apps", .want = Want::Apps, .given = &level.apps};
-        return {};
-    }
-
-    Member categoryMember(Level& level, std::string_view key) {
-        CatalogCategory& category = file.categories.back();
-        if (key == "id") return text("id", category.id, {}, &level.id);
-        if (key == "label") return text("label", category.label, {}, &level.label);
-        return {};
-    }
-
-    Member appMember(Level& level, std::string_view key) {
-        CatalogApp& app = file.apps.back();
-        if (key == "id") return text("id", app.id, {}, &level.id);
-        if (key == "name") return text("name", app.name, {}, &level.name);
-        if (key == "category") return text("category", app.category, "operations");
-        if (key == "vertical") return text("vertical", app.vertical, "operations");
-        if (key == "bundle_ids") return texts("bundle_ids", app.bundleIds);
-        if (key == "web_hosts") return texts("web_hosts", app.webHosts);
-        if (key == "modalities") return texts("modalities", app.modalities);
-        if (key == "primary_modality") {
-            return text("primary_modality", m_primaryModality, {}, &m_primaryGiven);
-        }
-        if (key == "capture") return text("capture", app.capture, "screenshot");
-        if (key == "connector") return text("connector", app.connector, "native_gui");
-        if (key == "tier") return text("tier", app.tier, "full");
-        if (key == "workflow_nodes") return texts("workflow_nodes", app.workflowNodes);
-        if (key == "is_browser") {
-            return {.key = "is_browser", .want = Want::Flag, .flag = &app.isBrowser};
-        }
-        return {};
-    }
-
-    void given(const Member& member) {
-        if (member.given != nullptr) *member.given = true;
-    }
-
-    /// Null counts as missing, and takes back what the same key said before.
-    void reset() {
-        const Member& member = m_levels.back().member;
-        if (member.given != nullptr) *member.given = false;
-        if (member.text != nullptr) *member.text = member.missing;
-        if (member.texts != nullptr) member.texts->clear();
-        if (member.flag != nullptr) *member.flag = false;
-        if (member.want == Want::Apps) file.apps.clear();
-        if (member.want == Want::Categories) file.categories.clear();
-    }
-
-    void endApp() {
-        const Level& level = m_levels.back();
-        require(level.id, "id");
-        require(level.name, "name");
-        CatalogApp& app = file.apps.back();
-        if (m_primaryGiven) {
-            app.primaryModality = std::move(m_primaryModality);
-        } else if (!app.modalities.empty()) {
-            app.primaryModality = app.modalities.front();
-        }
-    }
-
-    bool number() {
-        if (const Want want = next(); want != Want::Anything) expected(want, "number");
-        return true;
-    }
-
-    void require(bool there, std::string_view key) {
-        if (there) return;
-        // A value of the wrong type is there, and wrong: that is said already.
-        auto& mistakes = m_levels.back().mistakes;
-        const auto said = [&](const auto& mistake) { return mistake.first == key; };
-        if (std::ranges::any_of(mistakes, said)) return;
-        mistakes.emplace_back(key, place() + ": \"" + std::string(key) + "\" is missing");
-    }
-
-    void expected(Want want, std::string_view found) {
-        std::string where = place();
-        if (m_levels.empty()) {
-            where = "the root";
-        } else if (m_levels.back().isList()) {
-            where += "[" + std::to_string(m_levels.back().index - 1) + "]";
-        } else {
-            const std::string_view key = m_levels.back().member.key;
-            where = m_levels.size() == 1 ? std::string(key) : where + "." + std::string(key);
-        }
-        mistake(where + ": expected " + std::string(nameOf(want)) + ", found " +
-                std::string(found));
-    }
-
-    /// Notes what is wrong with the value that was read last.
-    void mistake(std::string what) {
-        if (m_levels.empty()) {
-            if (m_mistake.empty()) m_mistake = std::move(what);
-            return;
-        }
-        Level& level = m_levels.back();
-        if (!level.isList()) {
-            level.mistakes.emplace_back(level.member.key, std::move(what));
-        } else if (level.mistakes.empty()) {
-            level.mistakes.emplace_back(std::string_view(), std::move(what));
-        }
-    }
-
-    /// Where the innermost open bracket stands.
-    [[nodiscard]] std::string place() const {
-        std::string text;
-        for (std::size_t i = 0; i + 1 < m_levels.size(); ++i) {
-            const Level& level = m_levels[i];
-            if (level.isList()) {
-                text += "[" + std::to_string(level.index - 1) + "]";
-            } else {
-                text.append(text.empty() ? "" : ".").append(level.member.key);
-            }
-        }
-        return text.empty() ? "the root" : text;
-    }
-
-    std::vector<Level> m_levels;
-    std::string m_mistake;
-    std::vector<std::string>* m_texts = nullptr; ///< The list of texts that is open.
-    std::string m_schema;                        ///< Has to be a string, and that is all.
-    std::string m_primaryModality;               ///< Of the app that is open.
-    bool m_primaryGiven = false;
+    json& m_object;
+    const Place& m_place;
 };
+
+void take(json& value, const Place& place, CatalogCategory& to) {
+    Members members(value, place);
+    members.required("id", to.id);
+    members.required("label", to.label);
+}
+
+void take(json& value, const Place& place, CatalogApp& to) {
+    Members members(value, place);
+    members.required("id", to.id);
+    members.required("name", to.name);
+    members.optional("category", to.category);
+    members.optional("vertical", to.vertical);
+    members.optional("bundle_ids", to.bundleIds);
+    members.optional("web_hosts", to.webHosts);
+    members.optional("modalities", to.modalities);
+    if (!members.optional("primary_modality", to.primaryModality) && !to.modalities.empty()) {
+        to.primaryModality = to.modalities.front();
+    }
+    members.optional("capture", to.capture);
+    members.optional("connector", to.connector);
+    members.optional("tier", to.tier);
+    members.optional("workflow_nodes", to.workflowNodes);
+    members.optional("is_browser", to.isBrowser);
+}
+
+json parsed(std::string_view bytes) {
+    if (bytes.size() > kMostBytes) {
+        throw CatalogError("larger than " + std::to_string(kMostBytes) + " bytes");
+    }
+    const text::JsonShape shape = text::jsonShape(bytes);
+    if (shape.hasNul) throw CatalogError("a NUL byte is not JSON"); // the parser would end there
+    if (shape.depth > text::kDeepestJson) {
+        throw CatalogError("nested deeper than " + std::to_string(text::kDeepestJson) + " levels");
+    }
+    if (shape.values > kMostValues) {
+        throw CatalogError("more than " + std::to_string(kMostValues) + " values");
+    }
+    try {
+        return json::parse(bytes);
+    } catch (const json::exception& error) {
+        throw CatalogError(error.what());
+    }
+}
 
 } // namespace
 
 CatalogFile decodeCatalogFile(std::string_view bytes) {
-    // The parser would take it for the end.
-    if (bytes.find('\0') != std::string_view::npos) throw CatalogError("a NUL byte is not JSON");
-    Decoder decoder;
-    try {
-        json::sax_parse(bytes, &decoder);
-    } catch (const json::exception& error) {
-        throw CatalogError(error.what());
-    }
-    decoder.finish();
-    return std::move(decoder.file);
+    json tree = parsed(bytes);
+    const Place root;
+    Members members(tree, root);
+    CatalogFile file;
+    std::string schema; // has to be a string, and that is all
+    members.optional("schema", schema);
+    members.optional("version", file.version);
+    members.optional("modalities", file.modalities);
+    members.optional("categories", file.categories);
+    members.required("apps", file.apps);
+    return file;
 }
 
 } // namespace kelvane

@@ -1,4 +1,4 @@
-// What does a catalog file say?
+// The catalog file and its decoder.
 //
 // A catalog file is one JSON object, UTF-8, with snake_case keys. Decoding is all or nothing: one
 // entry that breaks a rule makes the whole file unusable, so that a half-read catalog never decides
@@ -8,7 +8,8 @@
 //
 // Of a key that occurs twice in one object the last value counts. A UTF-8 byte order mark at the
 // start is passed over. A string may hold U+0000 when it is written as an escape. A number that no
-// double can hold makes the file unusable, wherever it stands.
+// double can hold makes the file unusable, wherever it stands. A file of more than 64 MiB or half a
+// million values is refused before anything is built from it.
 
 #pragma once
 
@@ -62,8 +63,10 @@ public:
 };
 
 /// Decodes the bytes of a catalog file, or throws `CatalogError`: bytes that are not JSON or not
-/// UTF-8, JSON nested deeper than 512 levels, a root that is no object, a missing "apps", an app
-/// without "id" or "name", a category without "id" or "label", or a value of the wrong type.
+/// UTF-8, JSON that is too large or nested deeper than 512 levels, a root that is no object, a
+/// missing "apps", an app without "id" or "name", a category without "id" or "label", or a value of
+/// the wrong type. The message names the place: "apps[1].tier: expected string, found number".
+/// Throws `std::bad_alloc` when memory runs out. Pure; any thread.
 [[nodiscard]] CatalogFile decodeCatalogFile(std::string_view bytes);
 
 } // namespace kelvane

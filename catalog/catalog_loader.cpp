@@ -6,6 +6,7 @@
 #include "platform/ports/http_session.h"
 
 #include <algorithm>
+#include <new>
 #include <ostream>
 #include <system_error>
 
@@ -36,11 +37,18 @@ std::optional<AppCatalog> decoded(std::string_view bytes) {
         return AppCatalog::load(bytes);
     } catch (const CatalogError&) {
         return std::nullopt;
+    } catch (const std::bad_alloc&) {
+        return std::nullopt;
     }
 }
 
 std::optional<AppCatalog> decodedFile(FileSystem& files, const std::filesystem::path& path) {
-    const auto bytes = files.read(path);
+    std::optional<std::string> bytes;
+    try {
+        bytes = files.read(path);
+    } catch (const std::bad_alloc&) { // of any size, as somebody named it
+        return std::nullopt;
+    }
     return bytes ? decoded(*bytes) : std::nullopt;
 }
 

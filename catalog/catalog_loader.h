@@ -1,8 +1,9 @@
-// Which catalog does this run start with, and how does a newer one get onto the machine?
+// The catalog that a run starts with, and the download of a newer one.
 //
 // Starting never fails: the places are tried in a fixed order and the first file that decodes is
 // taken, without a word about the ones before it. Refreshing never disturbs: what was downloaded is
-// kept only when it decodes, and takes effect at the next start.
+// kept only when it decodes, and takes effect at the next start. A file for which there is not
+// enough memory is one that does not decode.
 
 #pragma once
 

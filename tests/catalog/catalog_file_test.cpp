@@ -4,6 +4,7 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace kelvane {
 namespace {
@@ -260,6 +261,14 @@ TEST(DecodeCatalogFile, ErrorsNameThePlace) {
     EXPECT_EQ(messageOf(R"({"apps":[{"id":"a"}]})"), "apps[0]: \"name\" is missing");
     EXPECT_EQ(messageOf("{}"), "the root: \"apps\" is missing");
     EXPECT_EQ(messageOf("[]"), "the root: expected object, found array");
+    EXPECT_EQ(messageOf(R"({"apps":[],"version":1})"), "version: expected string, found number");
+    EXPECT_EQ(messageOf(R"({"apps":[[]]})"), "apps[0]: expected object, found array");
+    EXPECT_EQ(messageOf(R"({"apps":[],"categories":[{"id":"c","label":"C"},{"id":"d"}]})"),
+              "categories[1]: \"label\" is missing");
+    EXPECT_EQ(messageOf(withApp(R"("is_browser":"no")")),
+              "apps[0].is_browser: expected boolean, found string");
+    EXPECT_EQ(messageOf(withApp(R"("web_hosts":{})")),
+              "apps[0].web_hosts: expected array, found object");
 }
 
 TEST(DecodeCatalogFile, OfADuplicateKeyTheLastValueCounts) {
@@ -268,6 +277,97 @@ TEST(DecodeCatalogFile, OfADuplicateKeyTheLastValueCounts) {
     EXPECT_EQ(file.version, "2");
     EXPECT_EQ(file.apps.at(0).id, "b");
     expectRefused(R"({"version":"2","version":1,"apps":[]})");
+}
+
+TEST(DecodeCatalogFile, TheLastValueCountsUnderEveryKeyOfAnApp) {
+    struct Case {
+        std::string_view key, one, other;
+        std::string CatalogApp::*text = nullptr;
+        std::vector<std::string> CatalogApp::*texts = nullptr;
+    };
+    const Case cases[] = {
+        {.key = "category", .one = "1", .other = "2", .text = &CatalogApp::category},
+        {.key = "vertical", .one = "1", .other = "2", .text = &CatalogApp::vertical},
+        {.key = "primary_modality", .one = "1", .other = "2", .text = &CatalogApp::primaryModality},
+        {.key = "capture", .one = "1", .other = "2", .text = &CatalogApp::capture},
+        {.key = "connector", .one = "1", .other = "2", .text = &CatalogApp::connector},
+        {.key = "tier", .one = "1", .other = "2", .text = &CatalogApp::tier},
+        {.key = "bundle_ids", .one = "1", .other = "2", .texts = &CatalogApp::bundleIds},
+        {.key = "web_hosts", .one = "1", .other = "2", .texts = &CatalogApp::webHosts},
+        {.key = "modalities", .one = "1", .other = "2", .texts = &CatalogApp::modalities},
+        {.key = "workflow_nodes", .one = "1", .other = "2", .texts = &CatalogApp::workflowNodes},
+    };
+    const CatalogApp bare = decodedApp("");
+    for (const auto& [key, one, other, text, texts] : cases) {
+        const auto member = [&](std::string_view value) {
+            const std::string quoted = "\"" + std::string(value) + "\"";
+            return "\"" + std::string(key) +
+                   "\":" + (texts != nullptr ? "[" + quoted + "]" : quoted);
+        };
+        const std::string wrong = "\"" + std::string(key) + "\":[1]";
+        const std::string null = "\"" + std::string(key) + "\":null";
+
+        const CatalogApp twice = decodedApp(member(one) + "," + member(other));
+        if (text != nullptr) {
+            EXPECT_EQ(twice.*text, other) << key;
+        } else {
+            EXPECT_EQ(twice.*texts, std::vector<std::string>{std::string(other)}) << key;
+        }
+        EXPECT_EQ(decodedApp(wrong + "," + member(other)), decodedApp(member(other))) << key;
+        EXPECT_EQ(decodedApp(member(one) + "," + null), bare) << key;
+        EXPECT_EQ(decodedApp(wrong + "," + null), bare) << key;
+        expectRefused(withApp(member(one) + "," + wrong));
+    }
+    EXPECT_FALSE(decodedApp(R"("is_browser":true,"is_browser":false)").isBrowser);
+    EXPECT_FALSE(decodedApp(R"("is_browser":true,"is_browser":null)").isBrowser);
+    EXPECT_TRUE(decodedApp(R"("is_browser":"no","is_browser":true)").isBrowser);
+    expectRefused(withApp(R"("is_browser":true,"is_browser":"no")"));
+}
+
+TEST(DecodeCatalogFile, TheLastValueCountsUnderEveryKeyOfTheRoot) {
+    const auto file = decodeCatalogFile(
+        R"({"modalities":["a"],"modalities":["b"],
+            "categories":[{"id":"a","label":"A"}],"categories":[{"id":"b","label":"B"}],
+            "apps":[{"id":"a","name":"A"}],"apps":[{"id":"b","name":"B"}]})");
+    EXPECT_EQ(file.modalities, std::vector<std::string>{"b"});
+    EXPECT_EQ(file.categories, (std::vector<CatalogCategory>{{"b", "B"}}));
+    ASSERT_EQ(file.apps.size(), 1U);
+    EXPECT_EQ(file.apps[0].id, "b");
+
+    const auto emptied = decodeCatalogFile(
+        R"({"version":"1","modalities":["a"],"categories":[{"id":"a","label":"A"}],"schema":1,
+            "version":null,"modalities":null,"categories":null,"schema":null,"apps":[]})");
+    EXPECT_EQ(emptied, decodeCatalogFile(kMinimal));
+
+    EXPECT_EQ(
+        decodeCatalogFile(R"({"apps":[{"id":"a"}],"categories":[1],"apps":[],"categories":[]})"),
+        decodeCatalogFile(kMinimal));
+    expectRefused(R"({"apps":[],"apps":null})");
+    expectRefused(R"({"apps":[],"categories":[],"categories":[{}]})");
+    expectRefused(R"({"apps":[],"schema":"s","schema":1})");
+}
+
+TEST(DecodeCatalogFile, TheLastValueCountsUnderARequiredKey) {
+    expectRefused(R"({"apps":[{"id":"a","id":null,"name":"A"}]})");
+    expectRefused(R"({"apps":[{"id":"a","name":"A","name":1}]})");
+    expectRefused(R"({"apps":[],"categories":[{"id":"c","label":"C","label":null}]})");
+    EXPECT_EQ(
+        decodeCatalogFile(R"({"apps":[],"categories":[{"id":1,"id":"c","label":"C"}]})").categories,
+        (std::vector<CatalogCategory>{{"c", "C"}}));
+}
+
+TEST(DecodeCatalogFile, NothingOfOneAppIsLeftForTheNext) {
+    const auto apps = decodeCatalogFile(R"({"apps":[
+        {"id":"a","name":"A","category":"c","vertical":"v","bundle_ids":["b"],"web_hosts":["w"],
+         "modalities":["m"],"primary_modality":"p","capture":"x","connector":"y","tier":"z",
+         "workflow_nodes":["k"],"is_browser":true},
+        {"id":"a","name":"A"},
+        {"id":"a","name":"A","modalities":["code"]}]})")
+                          .apps;
+    ASSERT_EQ(apps.size(), 3U);
+    EXPECT_EQ(apps[1], decodedApp(""));
+    EXPECT_EQ(apps[2], decodedApp(R"("modalities":["code"])"));
+    EXPECT_EQ(apps[2].primaryModality, "code");
 }
 
 TEST(DecodeCatalogFile, RefusesBytesThatAreNotUtf8) {
@@ -335,6 +435,25 @@ TEST(DecodeCatalogFile, RefusesAHundredThousandLevels) {
     EXPECT_THROW((void)decodeCatalogFile(balanced), CatalogError);
     EXPECT_THROW((void)decodeCatalogFile(objects), CatalogError);
     EXPECT_THROW((void)decodeCatalogFile(objects + "1" + std::string(kLevels, '}')), CatalogError);
+}
+
+TEST(DecodeCatalogFile, TakesSixtyFourMebibytesAndNoByteMore) {
+    std::string bytes(kMinimal);
+    bytes.resize(64U << 20U, ' ');
+    EXPECT_NO_THROW((void)decodeCatalogFile(bytes));
+    bytes += ' ';
+    EXPECT_EQ(messageOf(bytes), "larger than 67108864 bytes");
+}
+
+TEST(DecodeCatalogFile, TakesHalfAMillionValuesAndNoneMore) {
+    const auto withValues = [](std::size_t values) {
+        std::string bytes = R"({"apps":[],"notes":[0)";
+        // The text around the list counts for five.
+        for (std::size_t i = 5; i < values; ++i) bytes += ",0";
+        return bytes + "]}";
+    };
+    EXPECT_NO_THROW((void)decodeCatalogFile(withValues(500'000)));
+    EXPECT_EQ(messageOf(withValues(500'001)), "more than 500000 values");
 }
 
 TEST(DecodeCatalogFile, ReadsAFileOfFiftyMegabytes) {
