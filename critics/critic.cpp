@@ -58,10 +58,10 @@ std::vector<Finding> unreadableFinding(const Part& part, const std::string& plac
 }
 
 std::vector<Finding> critiqueByType(const Part& part, std::string_view modality,
-                                    const std::string& place) {
+                                    const std::string& place, PictureAllowance& pictures) {
     const std::string type = bareType(part.mimeType);
     if (!part.isText || (part.text.empty() && !part.bytes.empty())) {
-        if (type == "image/png") return critiqueImage(part, modality);
+        if (type == "image/png") return critiqueImage(part, modality, pictures);
         return unreadableFinding(part, place);
     }
     // The type says what this part is; the modality speaks only for parts that are plain text.
@@ -84,6 +84,7 @@ std::vector<Finding> critique(const Submission& submission) {
 
     const std::string modality = lowerAscii(submission.modality);
     const bool several = submission.parts.size() > 1;
+    PictureAllowance pictures;
     std::vector<Finding> all;
     for (std::size_t i = 0; i < submission.parts.size(); ++i) {
         const Part& part = submission.parts[i];
@@ -92,7 +93,7 @@ std::vector<Finding> critique(const Submission& submission) {
             all.push_back(emptyFinding(label).front());
             continue;
         }
-        for (Finding& finding : critiqueByType(part, modality, label)) {
+        for (Finding& finding : critiqueByType(part, modality, label, pictures)) {
             if (several && finding.place != label) {
                 finding.place = label + ", " + finding.place;
                 finding.detail = "In " + label + ": " + finding.detail;

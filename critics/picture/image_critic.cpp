@@ -6,7 +6,9 @@
 #include "critics/picture/pixels.h"
 
 #include <algorithm>
-#include <map>
+#include <optional>
+#include <span>
+#include <string>
 #include <utility>
 #include <variant>
 
@@ -18,95 +20,142 @@ constexpr GradedRule kBlack = declared<WorkKind::picture>("picture.black");
 constexpr GradedRule kBlankHigh = declared<WorkKind::picture>("picture.blank", Severity::high);
 constexpr GradedRule kBlankMedium = declared<WorkKind::picture>("picture.blank", Severity::medium);
 constexpr GradedRule kUnreadable = declared<WorkKind::picture>("picture.unreadable");
+constexpr GradedRule kUnjudged = declared<WorkKind::picture>("picture.unjudged");
 
-/// Beyond this only what needs no map of regions is judged, so that memory stays bounded.
-constexpr std::size_t kMostAnalysedPixels = 40'000'000;
+/// Of 255: an alpha that no eye tells from none, and a brightness that it does not tell from black.
+constexpr int kInvisibleAlpha = 8;
+constexpr int kBlackest = 4;
+/// Largest difference of a channel, of 255, at which two pixels count as one colour.
+constexpr int kSameColour = 3;
+/// A picture is blank when one pixel in so many, or fewer, differs from its ground.
+constexpr std::size_t kBlankShare = 2000;
+constexpr std::size_t kNearlyBlankShare = 500;
 
-/// The colour, in coarse steps, that most pixels have, and how many do not have it.
-struct Filling {
-    Colour colour;
-    std::size_t others = 0;
+/// Whether a picture shows anything, told from its pixels in any order, some at a time. Every pixel
+/// goes to `look` and then, on white, to `count`.
+class Emptiness {
+public:
+    /// Looks at the pixels as they were decoded.
+    void look(std::span<const Colour> pixels) {
+        m_transparent = m_transparent && std::ranges::all_of(pixels, [](const Colour& pixel) {
+                            return pixel.alpha <= kInvisibleAlpha;
+                        });
+    }
+
+    /// Looks at the same pixels on white.
+    void lookOnWhite(std::span<const Colour> pixels) {
+        m_all += pixels.size();
+        m_black = m_black && std::ranges::all_of(pixels, [](const Colour& pixel) {
+                      return brightness(pixel) <= kBlackest;
+                  });
+        // The candidate that outlives its rivals in pairs is the majority, if there is one.
+        for (const Colour& pixel : pixels) {
+            if (m_lead == 0) m_ground = pixel;
+            if (same(m_ground, pixel))
+                ++m_lead;
+            else
+                --m_lead;
+        }
+    }
+
+    /// Counts, on white and after all have been looked at, the pixels that are not of the ground.
+    void count(std::span<const Colour> pixels) {
+        for (const Colour& pixel : pixels) m_others += same(m_ground, pixel) ? 0U : 1U;
+    }
+
+    [[nodiscard]] bool transparent() const { return m_transparent; }
+    [[nodiscard]] bool black() const { return m_black; }
+    [[nodiscard]] bool blank() const { return m_others * kBlankShare <= m_all; }
+    [[nodiscard]] bool nearlyBlank() const { return m_others * kNearlyBlankShare <= m_all; }
+    [[nodiscard]] Colour ground() const { return m_ground; }
+    [[nodiscard]] double percentOfOthers() const {
+        return 100.0 * static_cast<double>(m_others) / static_cast<double>(m_all);
+    }
+
+private:
+    static bool same(const Colour& one, const Colour& other) {
+        return one == other || channelDistance(one, other) <= kSameColour;
+    }
+
+    bool m_transparent = true;
+    bool m_black = true;
+    Colour m_ground;
+    std::size_t m_lead = 0;
+    std::size_t m_others = 0;
+    std::size_t m_all = 0;
 };
 
-Filling fillingOf(const Picture& picture) {
-    // The candidate that outlives its rivals in pairs is the majority, if there is one.
-    Colour candidate = picture.pixels.front();
-    std::size_t lead = 0;
-    const auto same = [](const Colour& one, const Colour& other) {
-        return one == other || channelDistance(one, other) <= 3;
-    };
-    for (const Colour& pixel : picture.pixels) {
-        if (lead == 0) candidate = pixel;
-        if (same(candidate, pixel))
-            ++lead;
-        else
-            --lead;
-    }
-    Filling filling{candidate, 0};
-    for (const Colour& pixel : picture.pixels) filling.others += same(candidate, pixel) ? 0U : 1U;
-    return filling;
-}
-
 /// Captures that failed and pictures with nothing on them. True when there is nothing to judge.
-bool judgeEmptiness(const Picture& decoded, const Picture& shown, FindingList& list) {
-    const std::string place = placeName({0, 0, decoded.width, decoded.height});
-    const bool transparent =
-        std::ranges::all_of(decoded.pixels, [](const Colour& pixel) { return pixel.alpha <= 8; });
-    if (transparent) {
+bool judgeEmptiness(const Emptiness& seen, const PictureSize& size, FindingList& list) {
+    const std::string place = placeName({0, 0, size.width, size.height});
+    if (seen.transparent()) {
         list.addAt(kTransparent, place, "every pixel is transparent",
                    "Every pixel of " + place + " is transparent, as after a failed capture.");
         return true;
     }
-    const bool black = std::ranges::all_of(
-        shown.pixels, [](const Colour& pixel) { return brightness(pixel) <= 4; });
-    if (black) {
+    if (seen.black()) {
         list.addAt(kBlack, place, "every pixel is black",
                    "Every pixel of " + place + " is black, as after a failed capture.");
         return true;
     }
-    const Filling filling = fillingOf(shown);
-    const std::size_t all = shown.pixels.size();
-    if (filling.others * 500 > all) return false;
-    const double share = 100.0 * static_cast<double>(filling.others) / static_cast<double>(all);
+    if (!seen.nearlyBlank()) return false;
     const std::string figures =
-        fixed(share, 2) + " % of the pixels differ from " + hexName(filling.colour);
-    const bool blank = filling.others * 2000 <= all;
-    list.addAt(blank ? kBlankHigh : kBlankMedium, place, figures,
+        fixed(seen.percentOfOthers(), 2) + " % of the pixels differ from " + hexName(seen.ground());
+    list.addAt(seen.blank() ? kBlankHigh : kBlankMedium, place, figures,
                "On " + place + " only " + figures + ".");
-    return blank;
+    return seen.blank();
 }
 
-} // namespace
+void tellUnreadable(const DecodeFailure& failure, FindingList& list) {
+    list.addAt(kUnreadable, "the whole picture", failure.reason,
+               "The whole picture cannot be read: " + failure.reason + ".");
+}
 
-std::vector<Finding> critiqueImage(const Part& part, std::string_view modality) {
-    FindingList list;
-    auto decoded = decodePng(part.bytes);
-    if (const auto* failure = std::get_if<DecodeFailure>(&decoded)) {
-        list.addAt(kUnreadable, "the whole picture", failure->reason,
-                   "The whole picture cannot be read: " + failure->reason + ".");
-        return list.take();
+void tellUnjudged(const PictureSize& size, FindingList& list) {
+    const std::string place = placeName({0, 0, size.width, size.height});
+    const std::string limit = std::to_string(kMostPicturePixels / 1'000'000) + " megapixels";
+    list.addAt(kUnjudged, place, "more than " + limit + " in one submission",
+               "The picture with " + place +
+                   " was not judged: the pictures of one submission are " + "judged up to " +
+                   limit + " together.");
+}
+
+/// Reads the file twice, a row at a time: the second time to count what the first one compared.
+void judgeLarge(std::string_view bytes, PictureFacts facts, FindingList& list) {
+    Emptiness seen;
+    auto failure = visitPixels(bytes, [&](std::span<Colour> pixels) {
+        seen.look(pixels);
+        layOnWhite(pixels);
+        seen.lookOnWhite(pixels);
+    });
+    if (!failure) {
+        failure = visitPixels(bytes, [&](std::span<Colour> pixels) {
+            layOnWhite(pixels);
+            seen.count(pixels);
+        });
     }
-    const PictureKind kind = kindOf(modality);
-    auto& original = std::get<Picture>(decoded);
-    PictureFacts facts;
-    facts.kind = kind;
-    {
-        const bool opaque = std::ranges::all_of(
-            original.pixels, [](const Colour& pixel) { return pixel.alpha == 255; });
-        Picture shown = opaque ? original : onWhite(original);
-        const bool nothing = judgeEmptiness(original, shown, list);
-        original = {};
-        facts.picture = std::move(shown);
-        if (nothing) {
-            judgeSize(facts, list);
-            return list.take();
-        }
+    if (failure) {
+        tellUnreadable(*failure, list);
+        return;
     }
-    if (facts.picture.pixels.size() > kMostAnalysedPixels) {
+    judgeEmptiness(seen, {facts.picture.width, facts.picture.height}, list);
+    judgeSize(facts, list);
+}
+
+void judgeWhole(Picture picture, PictureKind kind, FindingList& list) {
+    Emptiness seen;
+    seen.look(picture.pixels);
+    layOnWhite(picture.pixels);
+    seen.lookOnWhite(picture.pixels);
+    seen.count(picture.pixels);
+    if (judgeEmptiness(seen, {picture.width, picture.height}, list)) {
+        PictureFacts facts;
+        facts.kind = kind;
+        facts.picture = std::move(picture);
         judgeSize(facts, list);
-        return list.take();
+        return;
     }
-    facts = factsOf(std::move(facts.picture), kind);
+    const PictureFacts facts = factsOf(std::move(picture), kind);
     judgeSize(facts, list);
     judgeWriting(facts, list);
     judgeRendering(facts, list);
@@ -121,6 +170,36 @@ std::vector<Finding> critiqueImage(const Part& part, std::string_view modality) 
         judgeSlide(facts, list);
         break;
     }
+}
+
+} // namespace
+
+std::vector<Finding> critiqueImage(const Part& part, std::string_view modality,
+                                   PictureAllowance& allowance) {
+    FindingList list;
+    const auto header = sizeOfPng(part.bytes);
+    if (const auto* failure = std::get_if<DecodeFailure>(&header)) {
+        tellUnreadable(*failure, list);
+        return list.take();
+    }
+    const PictureSize size = std::get<PictureSize>(header);
+    if (!allowance.take(size.pixels())) {
+        tellUnjudged(size, list);
+        return list.take();
+    }
+    const PictureKind kind = kindOf(modality);
+    if (size.pixels() > kMostAnalysedPixels) {
+        PictureFacts facts;
+        facts.kind = kind;
+        facts.picture = {size.width, size.height, {}};
+        judgeLarge(part.bytes, std::move(facts), list);
+        return list.take();
+    }
+    auto decoded = decodePng(part.bytes);
+    if (const auto* failure = std::get_if<DecodeFailure>(&decoded))
+        tellUnreadable(*failure, list);
+    else
+        judgeWhole(std::get<Picture>(std::move(decoded)), kind, list);
     return list.take();
 }
 

@@ -13,6 +13,10 @@ struct RulesFor<WorkKind::picture> {
     static constexpr std::array kRules = {
         Rule{"picture.unreadable", Severity::high, "cannot be read", Unit::part,
              "64 MiB and 100 megapixels: what the machine can hold decoded"},
+        Rule{"picture.unjudged", Severity::medium, "not judged", Unit::part,
+             "100 megapixels of pictures in one submission: some seconds of work, and as much as "
+             "one "
+             "picture may have"},
         Rule{"picture.transparent", Severity::high, "nothing captured", Unit::part,
              "chosen: an opacity of 8 of 255 cannot be seen"},
         Rule{"picture.black", Severity::high, "nothing captured", Unit::part,

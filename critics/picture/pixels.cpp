@@ -12,6 +12,15 @@
 namespace trevix {
 namespace {
 
+/// Deflate writes at most 258 bytes for two bits, that is 1032 for one byte; the rest is for the
+/// file's own frame (RFC 1951, section 3.2.5).
+constexpr std::size_t kMostDeflated = 1100;
+
+/// Bytes of one chunk of text, profile or the like, and pixels of one side: beyond these libpng
+/// itself says that the file is damaged.
+constexpr png_alloc_size_t kMostChunkBytes = 8U << 20U;
+constexpr png_uint_32 kMostSide = 1'000'000;
+
 struct Source {
     std::string_view bytes;
     std::size_t at = 0;
@@ -24,13 +33,6 @@ void readBytes(png_structp png, png_bytep out, std::size_t length) {
     source->at += length;
 }
 
-void appendBytes(png_structp png, png_bytep data, std::size_t length) {
-    static_cast<std::string*>(png_get_io_ptr(png))
-        ->append(reinterpret_cast<const char*>(data), length);
-}
-
-void flushNothing(png_structp) {}
-
 void rememberError(png_structp png, png_const_charp message) {
     auto* reason = static_cast<std::string*>(png_get_error_ptr(png));
     if (reason->empty()) *reason = message;
@@ -39,70 +41,112 @@ void rememberError(png_structp png, png_const_charp message) {
 
 void ignoreWarning(png_structp, png_const_charp) {}
 
-/// Frees what libpng made, however decoding ends.
-struct Reader {
-    png_structp png = nullptr;
-    png_infop info = nullptr;
-
-    Reader() = default;
-    Reader(const Reader&) = delete;
-    Reader& operator=(const Reader&) = delete;
-    ~Reader() { png_destroy_read_struct(&png, &info, nullptr); }
-};
-
-struct Writer {
-    png_structp png = nullptr;
-    png_infop info = nullptr;
-
-    Writer() = default;
-    Writer(const Writer&) = delete;
-    Writer& operator=(const Writer&) = delete;
-    ~Writer() { png_destroy_write_struct(&png, &info); }
-};
-
-/// Header and transformations. libpng leaves by longjmp, so nothing here may need a destructor.
-bool readHeader(Reader& reader, Source& source, png_uint_32& width, png_uint_32& height) {
-    if (setjmp(png_jmpbuf(reader.png)) != 0) return false;
-    png_set_read_fn(reader.png, &source, readBytes);
-    png_set_user_limits(reader.png, 1'000'000, 1'000'000);
-    png_set_chunk_malloc_max(reader.png, 8U << 20U);
-    png_read_info(reader.png, reader.info);
-    width = png_get_image_width(reader.png, reader.info);
-    height = png_get_image_height(reader.png, reader.info);
-    png_set_expand(reader.png);
-    png_set_scale_16(reader.png);
-    png_set_gray_to_rgb(reader.png);
-    png_set_add_alpha(reader.png, 0xFF, PNG_FILLER_AFTER);
-    png_set_interlace_handling(reader.png);
-    png_read_update_info(reader.png, reader.info);
-    return png_get_rowbytes(reader.png, reader.info) == std::size_t{4} * width;
-}
-
-bool readRows(Reader& reader, png_bytepp rows) {
-    if (setjmp(png_jmpbuf(reader.png)) != 0) return false;
-    png_read_image(reader.png, rows);
-    png_read_end(reader.png, nullptr);
+/// Runs calls of libpng; false when one of them failed. libpng leaves by longjmp, so a step owns
+/// nothing that needs a destructor. (Its simplified interface spares callers this, but knows whole
+/// pictures only: four bytes for each of 100 megapixels.)
+template <typename Step>
+bool succeeds(png_structp png, const Step& step) {
+    if (setjmp(png_jmpbuf(png)) != 0) return false;
+    step();
     return true;
 }
 
-bool writeAll(Writer& writer, std::string& out, const Picture& picture, png_bytepp rows) {
-    if (setjmp(png_jmpbuf(writer.png)) != 0) return false;
-    png_set_write_fn(writer.png, &out, appendBytes, flushNothing);
-    png_set_IHDR(writer.png, writer.info, static_cast<png_uint_32>(picture.width),
-                 static_cast<png_uint_32>(picture.height), 8, PNG_COLOR_TYPE_RGB_ALPHA,
-                 PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
-    png_set_rows(writer.png, writer.info, rows);
-    png_write_png(writer.png, writer.info, PNG_TRANSFORM_IDENTITY, nullptr);
-    return true;
-}
-
-std::vector<png_bytep> rowsOf(Picture& picture) {
-    std::vector<png_bytep> rows(static_cast<std::size_t>(picture.height));
-    for (int y = 0; y < picture.height; ++y) {
-        rows[static_cast<std::size_t>(y)] = reinterpret_cast<png_bytep>(&picture.at(0, y));
+class Decoder {
+public:
+    explicit Decoder(std::string_view bytes) : m_source{bytes} {
+        m_png =
+            png_create_read_struct(PNG_LIBPNG_VER_STRING, &m_reason, rememberError, ignoreWarning);
+        if (m_png != nullptr) m_info = png_create_info_struct(m_png);
     }
-    return rows;
-}
+    Decoder(const Decoder&) = delete;
+    Decoder& operator=(const Decoder&) = delete;
+    ~Decoder() { png_destroy_read_struct(&m_png, &m_info, nullptr); }
+
+    /// Reads what comes before the pixels.
+    std::optional<DecodeFailure> begin() {
+        if (m_source.bytes.size() > kMostPictureBytes)
+            return DecodeFailure{"the file is larger than 64 MiB"};
+        constexpr std::size_t kSignature = 8;
+        if (m_source.bytes.size() < kSignature ||
+            png_sig_cmp(reinterpret_cast<png_const_bytep>(m_source.bytes.data()), 0, kSignature) !=
+                0)
+            return DecodeFailure{"it is not a PNG picture"};
+        if (m_info == nullptr) return DecodeFailure{"there is no memory to read it"};
+        const bool read = succeeds(m_png, [this] {
+            png_set_read_fn(m_png, &m_source, readBytes);
+            png_set_user_limits(m_png, kMostSide, kMostSide);
+            png_set_chunk_malloc_max(m_png, kMostChunkBytes);
+            png_read_info(m_png, m_info);
+        });
+        if (!read) return DecodeFailure{"its header is damaged: " + m_reason};
+        m_size = {static_cast<int>(png_get_image_width(m_png, m_info)),
+                  static_cast<int>(png_get_image_height(m_png, m_info))};
+        if (m_size.pixels() > kMostPicturePixels)
+            return DecodeFailure{"it has more than 100 megapixels"};
+        // A header that promises more than the file can hold lies; no memory is spent on it.
+        const std::size_t packed =
+            png_get_rowbytes(m_png, m_info) * static_cast<std::size_t>(m_size.height);
+        if (packed / kMostDeflated > m_source.bytes.size())
+            return DecodeFailure{"the file ends too early"};
+        return std::nullopt;
+    }
+
+    [[nodiscard]] PictureSize size() const { return m_size; }
+
+    std::optional<DecodeFailure> readAll(Picture& picture) {
+        std::vector<png_bytep> rows;
+        for (int y = 0; y < m_size.height; ++y)
+            rows.push_back(reinterpret_cast<png_bytep>(&picture.at(0, y)));
+        const png_bytepp all = rows.data();
+        const bool read = succeeds(m_png, [this, all] {
+            askForRgba();
+            png_set_interlace_handling(m_png);
+            png_read_update_info(m_png, m_info);
+            png_read_image(m_png, all);
+            png_read_end(m_png, nullptr);
+        });
+        if (!read) return damage();
+        return std::nullopt;
+    }
+
+    std::optional<DecodeFailure> readRows(const std::function<void(std::span<Colour>)>& visit) {
+        const bool ready = succeeds(m_png, [this] {
+            askForRgba();
+            png_read_update_info(m_png, m_info);
+        });
+        if (!ready) return damage();
+        const bool interlaced = png_get_interlace_type(m_png, m_info) == PNG_INTERLACE_ADAM7;
+        std::vector<Colour> row(static_cast<std::size_t>(m_size.width));
+        const auto bytes = reinterpret_cast<png_bytep>(row.data());
+        for (int pass = 0; pass < (interlaced ? PNG_INTERLACE_ADAM7_PASSES : 1); ++pass) {
+            const int columns = interlaced ? PNG_PASS_COLS(m_size.width, pass) : m_size.width;
+            const int rows = interlaced ? PNG_PASS_ROWS(m_size.height, pass) : m_size.height;
+            if (columns == 0) continue;
+            for (int y = 0; y < rows; ++y) {
+                if (!succeeds(m_png, [&] { png_read_row(m_png, bytes, nullptr); })) return damage();
+                visit(std::span(row).first(static_cast<std::size_t>(columns)));
+            }
+        }
+        if (!succeeds(m_png, [this] { png_read_end(m_png, nullptr); })) return damage();
+        return std::nullopt;
+    }
+
+private:
+    void askForRgba() {
+        png_set_expand(m_png);
+        png_set_scale_16(m_png);
+        png_set_gray_to_rgb(m_png);
+        png_set_add_alpha(m_png, 0xFF, PNG_FILLER_AFTER);
+    }
+
+    [[nodiscard]] DecodeFailure damage() const { return {"its data is damaged: " + m_reason}; }
+
+    Source m_source;
+    std::string m_reason;
+    png_structp m_png = nullptr;
+    png_infop m_info = nullptr;
+    PictureSize m_size;
+};
 
 const std::array<double, 256>& linearLight() {
     static const std::array<double, 256> table = [] {
@@ -125,60 +169,34 @@ std::uint8_t over(std::uint8_t value, std::uint8_t alpha) {
 
 static_assert(sizeof(Colour) == 4, "rows of libpng are read straight into pixels");
 
-std::variant<Picture, DecodeFailure> decodePng(std::string_view bytes) {
-    if (bytes.size() > kMostPictureBytes) return DecodeFailure{"the file is larger than 64 MiB"};
-    if (bytes.size() < 8 ||
-        png_sig_cmp(reinterpret_cast<png_const_bytep>(bytes.data()), 0, 8) != 0) {
-        return DecodeFailure{"it is not a PNG picture"};
-    }
-    std::string reason;
-    Source source{bytes};
-    Reader reader;
-    reader.png =
-        png_create_read_struct(PNG_LIBPNG_VER_STRING, &reason, rememberError, ignoreWarning);
-    if (reader.png != nullptr) reader.info = png_create_info_struct(reader.png);
-    if (reader.info == nullptr) return DecodeFailure{"there is no memory to read it"};
+std::variant<PictureSize, DecodeFailure> sizeOfPng(std::string_view bytes) {
+    Decoder decoder(bytes);
+    if (auto failure = decoder.begin()) return *failure;
+    return decoder.size();
+}
 
-    png_uint_32 width = 0;
-    png_uint_32 height = 0;
-    if (!readHeader(reader, source, width, height)) {
-        return DecodeFailure{"its header is damaged: " + reason};
-    }
-    const std::size_t pixels = std::size_t{width} * height;
-    if (pixels > kMostPicturePixels) return DecodeFailure{"it has more than 100 megapixels"};
-    // The best that deflate can do is about 1 : 1032; a header that promises more lies, and no
-    // memory is spent on it.
-    const std::size_t rowBits = std::size_t{width} * png_get_bit_depth(reader.png, reader.info);
-    if (rowBits / 8 * height / 1100 > bytes.size()) {
-        return DecodeFailure{"the file ends too early"};
-    }
-    Picture picture{static_cast<int>(width), static_cast<int>(height), {}};
-    picture.pixels.resize(pixels);
-    std::vector<png_bytep> rows = rowsOf(picture);
-    if (!readRows(reader, rows.data())) return DecodeFailure{"its data is damaged: " + reason};
+std::variant<Picture, DecodeFailure> decodePng(std::string_view bytes) {
+    Decoder decoder(bytes);
+    if (auto failure = decoder.begin()) return *failure;
+    const PictureSize size = decoder.size();
+    Picture picture{size.width, size.height, std::vector<Colour>(size.pixels())};
+    if (auto failure = decoder.readAll(picture)) return *failure;
     return picture;
 }
 
-std::string encodePng(const Picture& picture) {
-    std::string out;
-    std::string reason;
-    Picture copy = picture;
-    std::vector<png_bytep> rows = rowsOf(copy);
-    Writer writer;
-    writer.png =
-        png_create_write_struct(PNG_LIBPNG_VER_STRING, &reason, rememberError, ignoreWarning);
-    if (writer.png != nullptr) writer.info = png_create_info_struct(writer.png);
-    if (writer.info == nullptr || !writeAll(writer, out, picture, rows.data())) out.clear();
-    return out;
+std::optional<DecodeFailure> visitPixels(std::string_view bytes,
+                                         const std::function<void(std::span<Colour>)>& visit) {
+    Decoder decoder(bytes);
+    if (auto failure = decoder.begin()) return failure;
+    return decoder.readRows(visit);
 }
 
-Picture onWhite(Picture picture) {
-    for (Colour& pixel : picture.pixels) {
+void layOnWhite(std::span<Colour> pixels) {
+    for (Colour& pixel : pixels) {
         if (pixel.alpha == 255) continue;
         pixel = {over(pixel.red, pixel.alpha), over(pixel.green, pixel.alpha),
                  over(pixel.blue, pixel.alpha), 255};
     }
-    return picture;
 }
 
 int brightness(const Colour& colour) {

@@ -1,15 +1,18 @@
-// What does this picture show, pixel by pixel?
+// The pixels of a PNG file, and the measures of colour that rules about pictures share.
 //
-// Decodes PNG of every kind (16 bit, palette, gray, transparent, interlaced) to plain RGBA and
-// answers the questions of colour that rules about pictures share. Decoding is bounded: at most
-// 100 megapixels and 64 MiB of file. All functions are pure.
+// PNG of every kind (16 bit, palette, gray, transparent, interlaced) is read as plain RGBA. A file
+// that is damaged, too large or no PNG is an ordinary answer, `DecodeFailure`. Whoever needs a
+// whole picture takes four bytes of memory a pixel; `visitPixels` takes one row. All functions are
+// pure and may run on any thread.
 
 #pragma once
 
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <variant>
@@ -41,21 +44,38 @@ struct Picture {
     }
 };
 
+/// Bytes of one file; docs/critics.md states it.
 constexpr std::size_t kMostPictureBytes = std::size_t{64} << 20U;
+/// Pixels of one picture; docs/critics.md states it.
 constexpr std::size_t kMostPicturePixels = 100'000'000;
+
+struct PictureSize {
+    int width = 0;
+    int height = 0;
+
+    [[nodiscard]] std::size_t pixels() const {
+        return static_cast<std::size_t>(width) * static_cast<std::size_t>(height);
+    }
+};
 
 /// Why a file could not be decoded, in words for people: "it is not a PNG picture".
 struct DecodeFailure {
     std::string reason;
 };
 
+/// What the file's header says, within the limits above and not beyond what so few bytes can hold.
+/// Reads no pixel.
+[[nodiscard]] std::variant<PictureSize, DecodeFailure> sizeOfPng(std::string_view bytes);
+
 [[nodiscard]] std::variant<Picture, DecodeFailure> decodePng(std::string_view bytes);
 
-/// The picture as a PNG file. Precondition: width, height > 0 and as many pixels as they say.
-[[nodiscard]] std::string encodePng(const Picture& picture);
+/// Hands every pixel to `visit` once: row by row from the top or, of an interlaced file, in the
+/// order of its passes. Nothing when the file was read to its end.
+[[nodiscard]] std::optional<DecodeFailure>
+visitPixels(std::string_view bytes, const std::function<void(std::span<Colour>)>& visit);
 
-/// The picture on white, opaque throughout.
-[[nodiscard]] Picture onWhite(Picture picture);
+/// Lays the pixels on white; they are opaque afterwards.
+void layOnWhite(std::span<Colour> pixels);
 
 /// Perceived brightness from 0 to 255, by the weights of BT.601.
 [[nodiscard]] int brightness(const Colour& colour);

@@ -2,17 +2,42 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <cstring>
+#include <limits>
+#include <utility>
 
 namespace trevix {
 namespace {
 
-constexpr int kSoftStep = 2; // Neighbours closer than this belong to one surface.
-constexpr int kFewestSurfacePixels = 600;
+// Where a comment names an experiment, `build/dev/bench/picture_thresholds NAME` repeats it;
+// docs/thresholds.md has the figures.
+
+/// Levels of 255 between neighbours of one surface: a gradient in 8 bits advances by one or two.
+constexpr int kSoftStep = 2;
+/// Pixels of a surface at least: a button of 48 x 16, less its label (experiment `surfaces`).
+constexpr std::uint32_t kFewestSurfacePixels = 600;
+constexpr int kNarrowestSurface = 16;
+constexpr int kLowestSurface = 8;
+/// Tenths of its box that a surface fills; letters fill less (experiment `surfaces`).
+constexpr int kFilledTenths = 6;
+/// Pixels beyond which a flat shape is a surface even if it fills little of its box.
+constexpr int kWidestFlatLetter = 400;
+
+/// Pixels: the largest title on a screen of 2160 rows, and the longest word in it that touches.
 constexpr int kTallestLetter = 240;
+constexpr int kLowestMark = 3; // Pixels; lower marks are dots and lines.
 constexpr int kWidestWord = 2400;
-constexpr int kSameGround = 8;              // Shades of one ground: soft gradients, rounding.
-constexpr std::size_t kMostMarks = 300'000; // More is texture, not text.
+constexpr std::size_t kMostMarkPixels = std::size_t{kTallestLetter} * kWidestWord;
+/// Levels of 255 between shades of one ground: soft gradients, rounding of two blends.
+constexpr int kSameGround = 8;
+/// One in so many pixels around a mark may be of another colour: a neighbour's antialiased corner.
+constexpr int kForeignShare = 20;
+/// Outlines of buttons and fields: from this size on, in pixels, marks with less than this
+/// percentage of ink are no letters (experiment `surfaces`).
+constexpr int kNarrowestOutline = 24;
+constexpr int kLowestOutline = 14;
+constexpr int kOutlinePercent = 18;
+/// Marks; more is texture, not text: 5000 lines of 60 letters.
+constexpr std::size_t kMostMarks = 300'000;
 
 bool blends(const Colour& one, const Colour& other) {
     return one == other || (std::abs(one.red - other.red) <= kSoftStep &&
@@ -20,35 +45,63 @@ bool blends(const Colour& one, const Colour& other) {
                             std::abs(one.blue - other.blue) <= kSoftStep);
 }
 
-/// Union-find over pixel indices; the root of a set is its first pixel.
+/// Sets of pixels in one array of a number a pixel. A set's first pixel, its root, holds the size
+/// of the set; every other pixel holds an earlier pixel of it. At the end the array turns into
+/// labels in place.
 class PixelSets {
 public:
-    explicit PixelSets(std::size_t count) : m_parent(count) {
-        for (std::size_t i = 0; i < count; ++i) m_parent[i] = static_cast<std::uint32_t>(i);
+    explicit PixelSets(std::size_t count) : m_slots(count, kRoot | 1U) {}
+
+    /// Puts pixel `i`, so far alone, into the set of an earlier pixel.
+    void attach(std::uint32_t i, std::uint32_t to) {
+        const std::uint32_t root = rootOf(to);
+        m_slots[i] = root;
+        ++m_slots[root];
     }
-    std::uint32_t root(std::uint32_t i) {
-        while (m_parent[i] != i) {
-            m_parent[i] = m_parent[m_parent[i]];
-            i = m_parent[i];
-        }
-        return i;
-    }
-    void attach(std::uint32_t i, std::uint32_t to) { m_parent[i] = root(to); }
+
     void join(std::uint32_t one, std::uint32_t other) {
-        one = root(one);
-        other = root(other);
-        if (one < other)
-            m_parent[other] = one;
-        else
-            m_parent[one] = other;
+        one = rootOf(one);
+        other = rootOf(other);
+        if (one == other) return;
+        if (one > other) std::swap(one, other);
+        m_slots[one] += m_slots[other] & ~kRoot;
+        m_slots[other] = one;
+    }
+
+    /// Each pixel's label: what `labelOf(root, size)` says of its set, asked once per set in
+    /// reading order. Labels are below 2^31.
+    template <typename LabelOf>
+    [[nodiscard]] std::vector<std::uint32_t> labels(LabelOf labelOf) && {
+        for (std::uint32_t i = 0; i < m_slots.size(); ++i) {
+            // An earlier pixel has its label already.
+            m_slots[i] = isRoot(i) ? kRoot | labelOf(i, m_slots[i] & ~kRoot) : m_slots[m_slots[i]];
+        }
+        for (std::uint32_t& slot : m_slots) slot &= ~kRoot;
+        return std::move(m_slots);
     }
 
 private:
-    std::vector<std::uint32_t> m_parent;
+    static constexpr std::uint32_t kRoot = 1U << 31U;
+
+    [[nodiscard]] bool isRoot(std::uint32_t i) const { return (m_slots[i] & kRoot) != 0; }
+
+    std::uint32_t rootOf(std::uint32_t i) {
+        while (!isRoot(i)) {
+            const std::uint32_t before = m_slots[i];
+            if (!isRoot(before)) m_slots[i] = m_slots[before];
+            i = before;
+        }
+        return i;
+    }
+
+    std::vector<std::uint32_t> m_slots;
 };
 
 struct Extent {
-    int left, top, right, bottom;
+    int left = std::numeric_limits<int>::max();
+    int top = std::numeric_limits<int>::max();
+    int right = 0;
+    int bottom = 0;
 
     void include(int x, int y) {
         left = std::min(left, x);
@@ -61,9 +114,9 @@ struct Extent {
 
 /// Letters of a big title are flat as well; what tells a surface is that it fills its box.
 bool isSurface(const Surface& surface) {
-    if (surface.box.width < 16 || surface.box.height < 8) return false;
-    const bool large = surface.box.height > kTallestLetter || surface.box.width > 400;
-    return large || std::int64_t{surface.pixels} * 10 >= surface.box.area() * 6;
+    if (surface.box.width < kNarrowestSurface || surface.box.height < kLowestSurface) return false;
+    const bool large = surface.box.height > kTallestLetter || surface.box.width > kWidestFlatLetter;
+    return large || std::int64_t{surface.pixels} * 10 >= surface.box.area() * kFilledTenths;
 }
 
 void findSurfaces(const Picture& picture, Regions& regions) {
@@ -79,32 +132,21 @@ void findSurfaces(const Picture& picture, Regions& regions) {
             sets.attach(i, i - width);
         if (left && above) sets.join(i, i - width);
     }
-    std::vector<std::uint32_t>& at = regions.surfaceAt;
-    at.assign(count, 0);
-    std::vector<std::uint32_t> sizes(count, 0);
-    for (std::uint32_t i = 0; i < count; ++i) ++sizes[sets.root(i)];
-
     std::vector<Surface> candidates;
-    std::vector<Extent> extents;
-    // The size of a root is no longer needed once it has its number.
-    for (std::uint32_t i = 0; i < count; ++i) {
-        const std::uint32_t root = sets.root(i);
-        const int x = static_cast<int>(i % width);
-        const int y = static_cast<int>(i / width);
-        if (root == i) {
-            if (sizes[i] < kFewestSurfacePixels) {
-                sizes[i] = 0;
-                continue;
-            }
+    regions.surfaceAt =
+        std::move(sets).labels([&](std::uint32_t root, std::uint32_t size) -> std::uint32_t {
+            if (size < kFewestSurfacePixels) return 0;
             Surface surface;
-            surface.pixels = static_cast<int>(sizes[i]);
-            surface.colour = picture.pixels[i];
+            surface.pixels = static_cast<int>(size);
+            surface.colour = picture.pixels[root];
             candidates.push_back(surface);
-            extents.push_back({x, y, x + 1, y + 1});
-            sizes[i] = static_cast<std::uint32_t>(candidates.size());
-        }
-        at[i] = sizes[root];
-        if (at[i] != 0) extents[at[i] - 1].include(x, y);
+            return static_cast<std::uint32_t>(candidates.size());
+        });
+    std::vector<std::uint32_t>& at = regions.surfaceAt;
+    std::vector<Extent> extents(candidates.size());
+    for (std::uint32_t i = 0; i < count; ++i) {
+        if (at[i] == 0) continue;
+        extents[at[i] - 1].include(static_cast<int>(i % width), static_cast<int>(i / width));
     }
     std::vector<std::uint32_t> renumbered(candidates.size() + 1, 0);
     for (std::size_t i = 0; i < candidates.size(); ++i) {
@@ -148,40 +190,52 @@ private:
             return;
         }
         if (m_seen[i]) return;
+        add(i);
+    }
+
+    /// What is larger than any word is followed to its end but not remembered.
+    void add(std::uint32_t i) {
         m_seen[i] = true;
-        m_queue.push_back(i);
+        m_frontier.push_back(i);
+        if (m_members.size() <= kMostMarkPixels) m_members.push_back(i);
     }
 
     void collect(std::uint32_t start) {
-        m_queue.assign(1, start);
-        m_seen[start] = true;
+        m_members.clear();
+        m_frontier.clear();
+        add(start);
         m_borders = 0;
         m_foreign = 0;
         const int width = m_picture.width;
-        const int x0 = static_cast<int>(start) % width;
-        const int y0 = static_cast<int>(start) / width;
-        Extent extent{x0, y0, x0 + 1, y0 + 1};
-        for (std::size_t next = 0; next < m_queue.size(); ++next) {
-            const int x = static_cast<int>(m_queue[next]) % width;
-            const int y = static_cast<int>(m_queue[next]) / width;
-            extent.include(x, y);
-            for (int dy = -1; dy <= 1; ++dy) {
-                for (int dx = -1; dx <= 1; ++dx) {
-                    if (dx != 0 || dy != 0) visit(x + dx, y + dy);
+        Extent extent;
+        std::vector<std::uint32_t> reached;
+        while (!m_frontier.empty()) {
+            reached.swap(m_frontier);
+            m_frontier.clear();
+            for (const std::uint32_t i : reached) {
+                const int x = static_cast<int>(i) % width;
+                const int y = static_cast<int>(i) / width;
+                extent.include(x, y);
+                for (int dy = -1; dy <= 1; ++dy) {
+                    for (int dx = -1; dx <= 1; ++dx) {
+                        if (dx != 0 || dy != 0) visit(x + dx, y + dy);
+                    }
                 }
             }
         }
         const Rect box = extent.box();
         const bool sized =
-            box.height >= 3 && box.height <= kTallestLetter && box.width <= kWidestWord;
-        if (!sized || m_borders == 0 || m_foreign * 20 > m_borders) return;
+            box.height >= kLowestMark && box.height <= kTallestLetter && box.width <= kWidestWord;
+        if (!sized || m_borders == 0 || m_foreign * kForeignShare > m_borders) return;
         // The outline of a button or field encloses more than strokes do.
-        const auto inked = static_cast<std::int64_t>(m_queue.size());
-        if (box.width >= 24 && box.height >= 14 && inked * 100 < box.area() * 18) return;
-        Mark mark{box, static_cast<int>(m_queue.size()), m_ground, m_ground, 1};
+        const auto inked = static_cast<std::int64_t>(m_members.size());
+        if (box.width >= kNarrowestOutline && box.height >= kLowestOutline &&
+            inked * 100 < box.area() * kOutlinePercent)
+            return;
+        Mark mark{box, static_cast<int>(m_members.size()), m_ground, m_ground, 1};
         const double groundLight = relativeLuminance(m_ground);
         double farthest = -1;
-        for (const std::uint32_t i : m_queue) {
+        for (const std::uint32_t i : m_members) {
             const double distance = std::abs(relativeLuminance(m_picture.pixels[i]) - groundLight);
             if (distance <= farthest) continue;
             farthest = distance;
@@ -194,7 +248,8 @@ private:
     const Picture& m_picture;
     Regions& m_regions;
     std::vector<bool> m_seen;
-    std::vector<std::uint32_t> m_queue;
+    std::vector<std::uint32_t> m_members;  ///< In the order of finding.
+    std::vector<std::uint32_t> m_frontier; ///< Found, and their neighbours not yet asked.
     Colour m_ground;
     int m_borders = 0;
     int m_foreign = 0;

@@ -1,9 +1,9 @@
-// Which parts of a picture are plain surface, and what stands on them?
+// The plain surfaces of a picture and the marks that stand on them.
 //
 // Screens and slides are made of flat surfaces with things drawn on them. A surface is a connected
 // area whose neighbouring pixels hardly differ, so that a soft gradient is one surface too; what is
 // left over falls into marks: letters, icons, lines, photographs. All pure; time is linear in the
-// pixels.
+// pixels, and memory is five bytes for each beside the picture itself.
 
 #pragma once
 
@@ -25,7 +25,6 @@ struct Rect {
 
     [[nodiscard]] int right() const { return x + width; }   ///< One past the last column.
     [[nodiscard]] int bottom() const { return y + height; } ///< One past the last row.
-    [[nodiscard]] int centreX() const { return x + width / 2; }
     [[nodiscard]] std::int64_t area() const { return std::int64_t{width} * height; }
     bool operator==(const Rect&) const = default;
 };

@@ -74,7 +74,8 @@ TEST(Critique, SheetsAndPicturesReachTheirCritics) {
     const Part plain = textPart("a\tb\n1\t2\t3\n");
     EXPECT_EQ(critique(submission("spreadsheet", {plain})), critiqueSheet(plain));
     const Part picture = binaryPart("image/png", "no picture");
-    EXPECT_EQ(critique(submission("ui_ux", {picture})), critiqueImage(picture, "ui_ux"));
+    PictureAllowance allowance;
+    EXPECT_EQ(critique(submission("ui_ux", {picture})), critiqueImage(picture, "ui_ux", allowance));
 }
 
 TEST(Critique, WhatCannotBeReadIsAFinding) {

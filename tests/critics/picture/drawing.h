@@ -1,4 +1,4 @@
-// How do tests draw the pictures that they judge?
+// The pictures that tests judge, drawn by code.
 //
 // Flat ground, rectangles, and writing in a small bitmap font that can be scaled up. Everything is
 // drawn by code, so that a test shows what is in its picture.
@@ -11,7 +11,9 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <png.h>
 #include <random>
+#include <string>
 #include <string_view>
 
 namespace trevix::drawing {
@@ -114,6 +116,22 @@ inline Picture noisy(Picture picture, int strength) {
         pixel = gray(pixel.green + static_cast<int>(random() % span) - strength);
     }
     return picture;
+}
+
+/// The picture as a PNG file.
+inline std::string encodePng(const Picture& picture) {
+    png_image image{};
+    image.version = PNG_IMAGE_VERSION;
+    image.width = static_cast<png_uint_32>(picture.width);
+    image.height = static_cast<png_uint_32>(picture.height);
+    image.format = PNG_FORMAT_RGBA;
+    png_alloc_size_t size = PNG_IMAGE_PNG_SIZE_MAX(image);
+    std::string bytes(size, '\0');
+    if (png_image_write_to_memory(&image, bytes.data(), &size, 0, picture.pixels.data(), 0,
+                                  nullptr) == 0)
+        return {};
+    bytes.resize(size);
+    return bytes;
 }
 
 } // namespace trevix::drawing

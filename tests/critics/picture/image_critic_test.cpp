@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <png.h>
 #include <random>
 
 namespace trevix {
@@ -13,6 +14,7 @@ namespace {
 
 using drawing::blank;
 using drawing::blurred;
+using drawing::encodePng;
 using drawing::fill;
 using drawing::gray;
 using drawing::noisy;
@@ -31,7 +33,8 @@ std::vector<Finding> judgeBytes(const std::string& bytes, std::string_view modal
     part.name = "window.png";
     part.isText = false;
     part.bytes = bytes;
-    return critiqueImage(part, modality);
+    PictureAllowance allowance;
+    return critiqueImage(part, modality, allowance);
 }
 
 std::vector<Finding> judge(const Picture& picture, std::string_view modality = "image") {
@@ -510,6 +513,52 @@ TEST(ImageCritic, DamagedFilesNeverCrash) {
             bad[random() % bad.size()] ^= static_cast<char>(1U << (random() % 8));
         for (const Finding& finding : judgeBytes(bad, "ui_ux")) EXPECT_FALSE(finding.place.empty());
     }
+}
+
+/// A gray file of one bit a pixel, of which `black` rows at the top are black.
+std::string bitmap(int width, int height, int black) {
+    png_image image{};
+    image.version = PNG_IMAGE_VERSION;
+    image.width = static_cast<png_uint_32>(width);
+    image.height = static_cast<png_uint_32>(height);
+    image.format = PNG_FORMAT_RGB_COLORMAP;
+    image.colormap_entries = 2;
+    const png_byte colours[] = {255, 255, 255, 0, 0, 0};
+    std::string pixels(static_cast<std::size_t>(width) * static_cast<std::size_t>(height), '\0');
+    std::fill_n(pixels.begin(), static_cast<std::ptrdiff_t>(width) * black, '\1');
+    std::string bytes(1U << 20U, '\0');
+    png_alloc_size_t size = bytes.size();
+    if (png_image_write_to_memory(&image, bytes.data(), &size, 0, pixels.data(), 0, colours) == 0)
+        return {};
+    bytes.resize(size);
+    return bytes;
+}
+
+TEST(ImageCritic, OfLargePicturesEmptinessAndSizeAreJudged) {
+    const int width = 8000;
+    const int height = 5100;
+    ASSERT_GT(static_cast<std::size_t>(width) * height, kMostAnalysedPixels);
+    EXPECT_EQ(rulesOf(judgeBytes(bitmap(width, height, 0), "image")), Names{"picture.blank"});
+    EXPECT_EQ(rulesOf(judgeBytes(bitmap(width, height, height), "image")), Names{"picture.black"});
+    EXPECT_EQ(rulesOf(judgeBytes(bitmap(width, height, 40), "image")), Names{});
+    EXPECT_EQ(rulesOf(judgeBytes(bitmap(41'000, 1000, 40), "deck")), Names{"picture.aspect"});
+    const std::string whole = bitmap(width, height, 40);
+    EXPECT_EQ(rulesOf(judgeBytes(whole.substr(0, whole.size() - 30), "image")),
+              Names{"picture.unreadable"});
+}
+
+TEST(ImageCritic, WhatTheAllowanceDoesNotCoverIsSaidToBeUnjudged) {
+    Part part;
+    part.mimeType = "image/png";
+    part.isText = false;
+    part.bytes = encodePng(window(640, 480));
+    PictureAllowance allowance(640 * 480 + 100);
+    EXPECT_EQ(critiqueImage(part, "ui_ux", allowance), std::vector<Finding>{});
+    const auto findings = critiqueImage(part, "ui_ux", allowance);
+    ASSERT_EQ(rulesOf(findings), Names{"picture.unjudged"});
+    EXPECT_THAT(findings[0].detail, HasSubstr("640 x 480 px was not judged"));
+    part.bytes = encodePng(blank(10, 10)); // A small one still has room.
+    EXPECT_THAT(rulesOf(critiqueImage(part, "ui_ux", allowance)), Contains("picture.blank"));
 }
 
 TEST(ImageCritic, RandomRectanglesNeverCrash) {

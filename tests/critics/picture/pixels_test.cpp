@@ -5,14 +5,19 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
 #include <png.h>
 #include <random>
+#include <span>
+#include <tuple>
+#include <utility>
 
 namespace trevix {
 namespace {
 
 using drawing::blank;
+using drawing::encodePng;
 using drawing::gray;
 using testing::HasSubstr;
 
@@ -79,6 +84,15 @@ std::string written(int width, int height, Kind kind, const std::vector<std::str
     return out;
 }
 
+std::vector<std::string> rowsOf(const Picture& picture) {
+    std::vector<std::string> rows;
+    for (int y = 0; y < picture.height; ++y) {
+        rows.emplace_back(reinterpret_cast<const char*>(&picture.at(0, y)),
+                          static_cast<std::size_t>(picture.width) * 4);
+    }
+    return rows;
+}
+
 TEST(Pixels, EncodedPicturesComeBackTheSame) {
     Picture picture = colourful(37, 23);
     picture.at(3, 4).alpha = 77;
@@ -118,14 +132,8 @@ TEST(Pixels, DecodesGrayWithAlpha) {
 
 TEST(Pixels, DecodesInterlaced) {
     const Picture picture = colourful(19, 17);
-    std::vector<std::string> rows;
-    for (int y = 0; y < picture.height; ++y) {
-        rows.emplace_back(reinterpret_cast<const char*>(&picture.at(0, y)),
-                          static_cast<std::size_t>(picture.width) * 4);
-    }
-    const std::string bytes =
-        written(19, 17, {PNG_COLOR_TYPE_RGB_ALPHA, 8, PNG_INTERLACE_ADAM7}, rows);
-    EXPECT_EQ(decoded(bytes).pixels, picture.pixels);
+    const Kind kind{PNG_COLOR_TYPE_RGB_ALPHA, 8, PNG_INTERLACE_ADAM7};
+    EXPECT_EQ(decoded(written(19, 17, kind, rowsOf(picture))).pixels, picture.pixels);
 }
 
 TEST(Pixels, WhatIsNoPictureSaysSo) {
@@ -183,14 +191,75 @@ TEST(Pixels, BombsAreRefusedBeforeMemoryIsSpent) {
     EXPECT_EQ(failure(std::string(kMostPictureBytes + 1, 'x')), "the file is larger than 64 MiB");
 }
 
+TEST(Pixels, BlankPicturesOfOneBitAreRead) {
+    const int width = 4000;
+    const int height = 3000;
+    const std::vector<std::string> rows(height, std::string(width / 8, '\xFF'));
+    const std::string bytes = written(width, height, {PNG_COLOR_TYPE_GRAY, 1}, rows);
+    ASSERT_LT(bytes.size(), 3000U); // As small as deflate makes it.
+    EXPECT_EQ(decoded(bytes).at(width - 1, height - 1), gray(255));
+}
+
+TEST(Pixels, TheSizeIsKnownBeforeAnyPixelIsRead) {
+    const auto size = sizeOfPng(encodePng(blank(37, 23)).substr(0, 60));
+    ASSERT_TRUE(std::holds_alternative<PictureSize>(size));
+    EXPECT_EQ(std::get<PictureSize>(size).pixels(), 37U * 23U);
+}
+
+/// Every pixel that a visit sees, and why it broke off, if it did.
+struct Visit {
+    std::vector<Colour> pixels;
+    std::string failure;
+};
+
+Visit visited(const std::string& bytes) {
+    Visit visit;
+    const auto failure = visitPixels(bytes, [&](std::span<const Colour> pixels) {
+        visit.pixels.insert(visit.pixels.end(), pixels.begin(), pixels.end());
+    });
+    if (failure) visit.failure = failure->reason;
+    return visit;
+}
+
+TEST(Pixels, AVisitSeesEveryPixelInReadingOrder) {
+    const Picture picture = colourful(37, 23);
+    const Visit visit = visited(encodePng(picture));
+    EXPECT_EQ(visit.failure, "");
+    EXPECT_EQ(visit.pixels, picture.pixels);
+}
+
+TEST(Pixels, AVisitOfAnInterlacedFileSeesEveryPixelOnce) {
+    for (const auto& [width, height] : {std::pair{19, 17}, {1, 1}, {3, 9}, {5, 2}}) {
+        const Picture picture = colourful(width, height);
+        const Kind kind{PNG_COLOR_TYPE_RGB_ALPHA, 8, PNG_INTERLACE_ADAM7};
+        Visit visit = visited(written(width, height, kind, rowsOf(picture)));
+        EXPECT_EQ(visit.failure, "");
+        const auto order = [](const Colour& one, const Colour& other) {
+            return std::tie(one.red, one.green, one.blue) <
+                   std::tie(other.red, other.green, other.blue);
+        };
+        std::vector<Colour> expected = picture.pixels;
+        std::ranges::sort(expected, order);
+        std::ranges::sort(visit.pixels, order);
+        EXPECT_EQ(visit.pixels, expected) << width << " x " << height;
+    }
+}
+
+TEST(Pixels, AVisitTellsDamage) {
+    const std::string bytes = encodePng(colourful(12, 9));
+    for (std::size_t length = 0; length < bytes.size(); ++length) {
+        EXPECT_NE(visited(bytes.substr(0, length)).failure, "") << length;
+    }
+}
+
 TEST(Pixels, TransparencyShowsWhite) {
     Picture picture = blank(3, 1, {0, 0, 0, 255});
     picture.at(1, 0).alpha = 0;
     picture.at(2, 0).alpha = 51;
-    const Picture shown = onWhite(picture);
-    EXPECT_EQ(shown.at(0, 0), gray(0));
-    EXPECT_EQ(shown.at(1, 0), gray(255));
-    EXPECT_EQ(shown.at(2, 0), gray(204));
+    layOnWhite(picture.pixels);
+    EXPECT_EQ(picture.at(0, 0), gray(0));
+    EXPECT_EQ(picture.at(1, 0), gray(255));
+    EXPECT_EQ(picture.at(2, 0), gray(204));
 }
 
 TEST(Pixels, ContrastIsThatOfTheAccessibilityGuidelines) {
