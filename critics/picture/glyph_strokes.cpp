@@ -11,9 +11,50 @@
 namespace trevix {
 namespace {
 
+// Where a comment names an experiment, `build/dev/bench/picture_thresholds NAME` repeats it;
+// docs/thresholds.md has the figures.
+
+/// Pixels; only how finely open lines are indexed.
 constexpr int kBucketHeight = 16;
+/// Levels of 255 between the grounds of two marks on one line; a mark's own ground is known to
+/// `kSameGround` of regions.cpp on either side, and dithered gradients add a little.
 constexpr int kSameGround = 12;
-constexpr std::size_t kMostLines = 5000; // No screen shows that much writing; it is a texture.
+/// Lines. No screen shows that much writing: 2160 rows of pixels hold 240 lines of 9 pixels in 20
+/// columns. It is a texture.
+constexpr std::size_t kMostLines = 5000;
+
+// How marks make a line, in tenths of the height of the taller (experiment `rows`).
+constexpr int kWidestGapTenths = 14;
+constexpr int kNarrowestReach = 6; // Pixels; word gaps of the smallest type.
+/// A mark less than a fifth as high as its neighbour is no letter of that line, unless it is a dot.
+constexpr int kMostTimesTaller = 5;
+constexpr int kTallestDot = 6; // Pixels.
+/// Pixels after which nothing continues a line: `kWidestGapTenths` of the tallest letter would be
+/// more, but words of that size make a line of their own.
+constexpr int kFarthestNext = 240;
+
+/// Letters of a line need at least so many pixels to be told from dashes, and a line is longer than
+/// a single wide letter: W is 1.4 times as wide as high.
+constexpr int kLeastHeight = 4;
+constexpr double kLeastSquares = 2.2;
+/// Levels of 255 between ink and ground; less is the noise of a display's dithering.
+constexpr int kLeastInk = 4;
+/// The better marks of a line: four in five have at most this contrast.
+constexpr std::size_t kTellingFifths = 4;
+/// Percent of the fullest row of pixels that a row of the x-height band has (experiment `heights`).
+constexpr int kBandPercent = 42;
+
+// What writing looks like (experiment `rows`).
+constexpr double kFewestStrokes = 3.5; // Crossed by a row of the band, on average.
+constexpr double kFewestStrokesPerSquare = 0.7;
+constexpr double kMostStrokesPerSquare = 6.0;
+constexpr std::size_t kFewestRunWidths = 2;
+constexpr std::size_t kFewestGapWidths = 3;
+constexpr double kLeastCoverage = 0.05;
+constexpr double kMostCoverage = 0.6;
+/// Kinds of size and gap together that a ruler has at most.
+constexpr std::size_t kMostRulerKinds = 3;
+constexpr std::size_t kFewestRulerMarks = 3;
 
 struct Draft {
     Rect box;
@@ -25,10 +66,11 @@ bool continues(const Draft& line, const Mark& mark) {
     const Rect& b = mark.box;
     const int tall = std::max(a.height, b.height);
     const int gap = b.x - a.right();
-    if (gap > std::max(6, tall * 14 / 10) || gap < -tall) return false;
+    if (gap > std::max(kNarrowestReach, tall * kWidestGapTenths / 10) || gap < -tall) return false;
     const int overlap = std::min(a.bottom(), b.bottom()) - std::max(a.y, b.y);
     if (overlap * 2 < std::min(a.height, b.height)) return false;
-    if (std::min(a.height, b.height) * 5 < tall && b.height > 6) return false;
+    if (std::min(a.height, b.height) * kMostTimesTaller < tall && b.height > kTallestDot)
+        return false;
     return channelDistance(line.marks.front()->ground, mark.ground) <= kSameGround;
 }
 
@@ -49,7 +91,7 @@ std::vector<Draft> draftLines(const std::vector<Mark>& marks) {
             auto& candidates = open[bucket];
             std::erase_if(candidates, [&](std::size_t i) {
                 const Rect& box = lines[i].box;
-                return box.right() + 240 < mark->box.x;
+                return box.right() + kFarthestNext < mark->box.x;
             });
             for (const std::size_t i : candidates) {
                 if (!continues(lines[i], *mark)) continue;
@@ -86,7 +128,7 @@ bool isRegular(const Draft& line) {
         sizes.insert({box.width, box.height});
         if (i > 0) gaps.insert(box.x - line.marks[i - 1]->box.right());
     }
-    return line.marks.size() >= 3 && sizes.size() + gaps.size() <= 3;
+    return line.marks.size() >= kFewestRulerMarks && sizes.size() + gaps.size() <= kMostRulerKinds;
 }
 
 struct StrokeProfile {
@@ -133,21 +175,23 @@ StrokeProfile profileOf(const Picture& picture, const Rect& box, const Colour& g
     return profile;
 }
 
-std::optional<TextLine> asText(const Picture& picture, const Draft& draft) {
-    const Rect& box = draft.box;
-    if (box.height < 4 || box.width * 10 < box.height * 22 || isRegular(draft)) return std::nullopt;
+/// The mark that speaks for the line's colours.
+const Mark& tellingMark(const Draft& draft) {
     std::vector<const Mark*> byContrast = draft.marks;
     std::ranges::stable_sort(byContrast, {}, [](const Mark* mark) { return mark->contrast; });
-    const Mark& telling = *byContrast[(byContrast.size() - 1) * 4 / 5];
-    if (std::abs(brightness(telling.ink) - brightness(telling.ground)) < 4) return std::nullopt;
+    return *byContrast[(byContrast.size() - 1) * kTellingFifths / 5];
+}
 
+std::optional<RowShape> shapeOf(const Picture& picture, const Draft& draft) {
+    const Rect& box = draft.box;
+    const Mark& telling = tellingMark(draft);
     const StrokeProfile profile = profileOf(picture, box, telling.ground, telling.ink);
     const int most = std::ranges::max(profile.inkPerRow);
     if (most == 0) return std::nullopt;
     int top = 0;
     int bottom = box.height - 1;
     const auto isBand = [&](int row) {
-        return profile.inkPerRow[static_cast<std::size_t>(row)] * 100 >= most * 42;
+        return profile.inkPerRow[static_cast<std::size_t>(row)] * 100 >= most * kBandPercent;
     };
     while (top < bottom && !isBand(top)) ++top;
     while (bottom > top && !isBand(bottom)) --bottom;
@@ -155,30 +199,49 @@ std::optional<TextLine> asText(const Picture& picture, const Draft& draft) {
     for (int row = top; row <= bottom; ++row) {
         runs += profile.runsPerRow[static_cast<std::size_t>(row)];
     }
-    runs /= bottom - top + 1;
-    const double squares = static_cast<double>(box.width) / box.height;
-    const double coverage = static_cast<double>(profile.ink) / static_cast<double>(box.area());
-    const bool crossed = runs >= 3.5 && runs >= 0.7 * squares && runs <= 6.0 * squares;
-    const bool varied = profile.runWidths.size() >= 2 && profile.gapWidths.size() >= 3;
-    if (!crossed || !varied || coverage < 0.05 || coverage > 0.6) return std::nullopt;
-
-    TextLine line;
-    line.box = box;
-    line.xHeight = bottom - top + 1;
-    line.marks = static_cast<int>(draft.marks.size());
-    line.strokes = runs;
-    line.ground = telling.ground;
-    line.ink = telling.ink;
-    line.contrast = telling.contrast;
-    return line;
+    RowShape shape;
+    shape.line.box = box;
+    shape.line.xHeight = bottom - top + 1;
+    shape.line.marks = static_cast<int>(draft.marks.size());
+    shape.line.strokes = runs / shape.line.xHeight;
+    shape.line.ground = telling.ground;
+    shape.line.ink = telling.ink;
+    shape.line.contrast = telling.contrast;
+    shape.squares = static_cast<double>(box.width) / box.height;
+    shape.coverage = static_cast<double>(profile.ink) / static_cast<double>(box.area());
+    shape.runWidths = profile.runWidths.size();
+    shape.gapWidths = profile.gapWidths.size();
+    shape.regular = isRegular(draft);
+    return shape;
 }
 
 } // namespace
 
+bool isWriting(const RowShape& shape) {
+    const TextLine& line = shape.line;
+    const bool sized = line.box.height >= kLeastHeight && shape.squares >= kLeastSquares;
+    if (!sized || shape.regular) return false;
+    if (std::abs(brightness(line.ink) - brightness(line.ground)) < kLeastInk) return false;
+    const bool crossed = line.strokes >= kFewestStrokes &&
+                         line.strokes >= kFewestStrokesPerSquare * shape.squares &&
+                         line.strokes <= kMostStrokesPerSquare * shape.squares;
+    const bool varied = shape.runWidths >= kFewestRunWidths && shape.gapWidths >= kFewestGapWidths;
+    return crossed && varied && shape.coverage >= kLeastCoverage && shape.coverage <= kMostCoverage;
+}
+
+std::vector<RowShape> shapesOfRows(const Picture& picture, const Regions& regions) {
+    std::vector<RowShape> shapes;
+    for (const Draft& draft : draftLines(regions.marks)) {
+        if (auto shape = shapeOf(picture, draft)) shapes.push_back(*shape);
+    }
+    return shapes;
+}
+
 std::vector<TextLine> findTextLines(const Picture& picture, const Regions& regions) {
     std::vector<TextLine> lines;
     for (const Draft& draft : draftLines(regions.marks)) {
-        if (auto line = asText(picture, draft)) lines.push_back(*line);
+        const auto shape = shapeOf(picture, draft);
+        if (shape && isWriting(*shape)) lines.push_back(shape->line);
         if (lines.size() > kMostLines) return {};
     }
     std::ranges::stable_sort(lines, [](const TextLine& a, const TextLine& b) {

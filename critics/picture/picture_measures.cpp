@@ -9,7 +9,29 @@
 namespace trevix {
 namespace {
 
+// Where a comment names an experiment, `build/dev/bench/picture_thresholds NAME` repeats it;
+// docs/thresholds.md has the figures.
+
+/// Pixels of a side; enough for the statistics of a thousand, small beside a window's parts.
 constexpr int kBlock = 32;
+/// A block varies throughout, as photographs do, when fewer than 40 % of its pixels equal their
+/// right neighbour and its levels of 255 span at least eight (experiment `blocks`).
+constexpr int kMostEqualTenths = 4;
+constexpr int kLeastPhotoRange = 8;
+/// Correlation of neighbouring pixels below which they have nothing in common, either way:
+/// dithering alternates, which is correlation too (experiment `noise`).
+constexpr double kMostNoiseCorrelation = 0.4;
+/// Levels of 255 that an edge spans at least, and how many tenths as steep as an even ramp over the
+/// block its steepest step is (experiment `blur`).
+constexpr int kLeastEdgeRange = 48;
+constexpr int kSteeperTenths = 22;
+/// The share of edgy blocks that are less sharp than the figure reported, from 0 to 1: not the
+/// single sharpest, which may be a cursor.
+constexpr double kSharpestShare = 0.95;
+/// Levels from here to 255 are white, or nearly.
+constexpr std::size_t kWhitest = 252;
+/// Thousandths of the pixels that make a level count as used.
+constexpr std::int64_t kUsedThousandths = 3;
 
 struct Light {
     int width = 0;
@@ -76,7 +98,7 @@ BlockFigures figuresOf(const Light& light, int left, int top) {
     constexpr int kPixels = kBlock * kBlock;
     figures.pixels = kPixels;
     const int range = most - least;
-    figures.photo = equal * 10 < kPixels * 4 && range >= 8;
+    figures.photo = equal * 10 < kPixels * kMostEqualTenths && range >= kLeastPhotoRange;
     if (figures.photo) {
         const double mean = static_cast<double>(sum) / kPixels;
         const double variance = static_cast<double>(squares) / kPixels - mean * mean;
@@ -85,11 +107,12 @@ BlockFigures figuresOf(const Light& light, int left, int top) {
                                       static_cast<double>(down) / kPixels - mean * mean);
         const double unlike = std::min(static_cast<double>(across) / kPixels - mean * mean,
                                        static_cast<double>(down) / kPixels - mean * mean);
-        figures.noisy = alike < 0.4 * variance && unlike > -0.4 * variance;
+        figures.noisy =
+            alike < kMostNoiseCorrelation * variance && unlike > -kMostNoiseCorrelation * variance;
         figures.sigma = std::sqrt(std::max(0.0, variance - std::max(0.0, alike)));
     }
     // An even ramp is no edge: its steepest step is no steeper than the others.
-    figures.edgy = range >= 48 && steepest * kBlock * 10 >= range * 22;
+    figures.edgy = range >= kLeastEdgeRange && steepest * kBlock * 10 >= range * kSteeperTenths;
     if (figures.edgy) figures.sharpness = static_cast<double>(sharpest) / range;
     return figures;
 }
@@ -119,22 +142,25 @@ Tones tonesOf(const Light& light, const Rect& box) {
     };
     Tones tones{below(1), below(10), below(50), below(90), below(99), 0, 0};
     std::int64_t white = 0;
-    for (std::size_t level = 252; level < 256; ++level) white += histogram[level];
+    for (std::size_t level = kWhitest; level < histogram.size(); ++level) white += histogram[level];
     tones.white = static_cast<double>(white) / static_cast<double>(all);
-    for (const std::int64_t pixels : histogram) tones.levels += pixels * 1000 >= all * 3 ? 1 : 0;
+    for (const std::int64_t pixels : histogram)
+        tones.levels += pixels * 1000 >= all * kUsedThousandths ? 1 : 0;
     return tones;
 }
 
 // ---- banding ----------------------------------------------------------------------------------
 
-constexpr int kSampleStep = 8;
-constexpr int kFewestBands = 6;
-constexpr int kFewestLines = 8;
-constexpr int kNarrowestBand = 4;
+// Pixels, unless said otherwise (experiment `banding`).
+constexpr int kSampleStep = 8;  // Between the rows or columns that are looked at.
+constexpr int kFewestBands = 6; // Bands.
+constexpr int kFewestLines = 8; // Sampled lines that show the same stairs: 64 pixels.
+constexpr int kShortestStairs = 64;
+constexpr int kNarrowestBand = 4; // Narrower ones blend into a gradient for the eye.
 constexpr int kWidestBand = 240;
-constexpr int kSmallestStep = 3;
-constexpr int kLargestStep = 40;
-constexpr int kMostUnlike = 6; // Between the steps, and between the widths, of one gradient.
+constexpr int kSmallestStep = 3; // Levels of 255; a gradient in 8 bits advances by one or two.
+constexpr int kLargestStep = 40; // Levels; farther apart are two colours, not one gradient.
+constexpr int kMostUnlike = 6;   // Times, between the steps and between the widths of a gradient.
 
 struct Stairs {
     int begin = 0;
@@ -187,7 +213,7 @@ std::optional<Stairs> stairsAlong(int length, PixelAt pixelAt) {
         previousLight = light;
         begin = end;
     }
-    if (best.bands < kFewestBands || best.end - best.begin < 64) return std::nullopt;
+    if (best.bands < kFewestBands || best.end - best.begin < kShortestStairs) return std::nullopt;
     return best;
 }
 
@@ -262,7 +288,7 @@ PictureMeasures measure(const Picture& picture) {
     }
     if (!sigmas.empty()) measures.noiseSigma = atShare(sigmas, 0.5);
     if (!sharpness.empty()) {
-        measures.sharpness = atShare(sharpness, 0.95);
+        measures.sharpness = atShare(sharpness, kSharpestShare);
         const double mean = static_cast<double>(sum) / static_cast<double>(pixels);
         measures.laplacianVariance =
             static_cast<double>(squares) / static_cast<double>(pixels) - mean * mean;

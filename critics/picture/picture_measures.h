@@ -1,4 +1,4 @@
-// How sharp, noisy and well lit is a picture, and do its gradients show steps?
+// The sharpness, noise, light and gradients of a picture.
 //
 // Figures over blocks of 32 x 32 pixels. Screens and slides consist mostly of blocks in which
 // neighbouring pixels are equal; only blocks that vary throughout, as photographs do, are judged as
