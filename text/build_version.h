@@ -1,4 +1,4 @@
-// Which version of the product is this? The version of the project that CMake builds.
+// The version of the product: that of the project which CMake builds.
 
 #pragma once
 

@@ -1,4 +1,4 @@
-// How deep and how large is this JSON, before anything is built from it?
+// The depth and the size of a JSON text, found before anything is built from it.
 //
 // A parser that builds values takes any depth and any number of them, and reads a NUL byte as the
 // end of its input. Whoever parses JSON from outside looks here first and refuses what only an

@@ -1,6 +1,6 @@
-// Does this program stand in the Dock, and is it the active one?
+// This program's place in the Dock and before others.
 //
-// Main thread only, after the toolkit has made the application object: making it turns the process
+// Main thread only, after Qt has made the application object: making it turns the process
 // into an ordinary application unless its bundle says otherwise.
 
 #pragma once

@@ -1,4 +1,4 @@
-// Which button of an alert was pressed?
+// The button of an alert that was pressed.
 
 #pragma once
 

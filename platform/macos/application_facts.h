@@ -1,4 +1,4 @@
-// What does the system tell about running applications, and what do the ports make of it?
+// What the system tells about running applications, and what the ports make of it.
 //
 // Plain C++ over plain values, so it is built and tested on every system.
 

@@ -1,4 +1,4 @@
-// Who releases this Core Foundation object? Its `CFOwned` does, when it ends.
+// A Core Foundation object that is released with its owner.
 
 #pragma once
 

@@ -1,4 +1,4 @@
-// How large is the picture of an icon to be drawn?
+// The size that the picture of an icon is drawn in.
 
 #pragma once
 

@@ -1,4 +1,4 @@
-// Which ports does macOS answer by its own means, and who makes their adapters?
+// The ports that macOS answers by its own means.
 //
 // Every maker returns an adapter of its own, never null. All of them may be used from the threads
 // that their ports name; each call drains its own autorelease pool, so a thread needs none.

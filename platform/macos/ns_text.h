@@ -1,4 +1,4 @@
-// How does text cross between the system's strings and ours?
+// Text on its way between the system's strings and ours.
 
 #pragma once
 

@@ -1,4 +1,4 @@
-// What does a window look like, by way of the system's screenshot tool?
+// The picture of a window, by way of the system's screenshot tool.
 //
 // Plain C++ over two other ports, so it is built and tested on every system; only macOS has the
 // tool.

@@ -1,4 +1,4 @@
-// What does one dictionary of the system's window list say about a window?
+// One dictionary of the system's window list, read.
 //
 // The system describes each window by a dictionary of loosely typed values. The adapter copies it
 // into the values below as it stands; what they mean is decided here, in plain C++ that is built

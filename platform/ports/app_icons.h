@@ -1,4 +1,4 @@
-// What does the icon of an installed application look like?
+// The icons of installed applications.
 
 #pragma once
 

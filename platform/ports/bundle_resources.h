@@ -1,4 +1,4 @@
-// Where is the bundle this program runs from, and the files that were shipped in it?
+// The bundle that this program runs from, and the files that were shipped in it.
 
 #pragma once
 

@@ -1,4 +1,4 @@
-// What time is it, and wait a while.
+// The time, and a wait that can be ended.
 //
 // Every wait of the program goes through here, so that tests move time instead of spending it and
 // so that quitting ends each wait at once.

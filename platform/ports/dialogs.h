@@ -1,4 +1,4 @@
-// Tell the user something, or ask, and wait for the answer.
+// Alerts: something told to the user, or asked, and the answer.
 
 #pragma once
 

@@ -1,4 +1,4 @@
-// Run this in the background; run that on the main thread.
+// Jobs, in the background and on the main thread.
 
 #pragma once
 

@@ -1,4 +1,4 @@
-// What does the process environment say now?
+// The process environment as it is now.
 
 #pragma once
 

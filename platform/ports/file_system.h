@@ -1,4 +1,4 @@
-// Read and write whole files; list, copy and remove whole trees.
+// Whole files, read and written; whole trees, listed, copied and removed.
 //
 // Paths are absolute. No call throws; a failure of any kind is the absent answer. Any thread.
 

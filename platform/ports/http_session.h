@@ -1,4 +1,4 @@
-// One HTTP exchange: what did the server answer?
+// One HTTP exchange: a request and what the server answered.
 
 #pragma once
 

@@ -1,4 +1,4 @@
-// May this program ask an application to copy its selection, and if so, do it.
+// The request to an application to copy its selection, where this program may make it.
 //
 // The copy key is the system's own business: Command+C on macOS; on Linux Ctrl+Insert, and for a
 // terminal no key at all, because there every key is input to the program that runs in it.

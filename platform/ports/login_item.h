@@ -1,4 +1,4 @@
-// By what file does this system start a program when its user logs in?
+// The kind of file by which this system starts a program when its user logs in.
 
 #pragma once
 

@@ -1,4 +1,4 @@
-// Run a command as the user would have typed it.
+// A command as the user would have typed it.
 //
 // Built on `ProcessRunner`: "/bin/sh" as a login shell, which reads the user's profile and so finds
 // what the user's terminal finds. Any thread; the caller is blocked until the command has ended.

@@ -1,4 +1,4 @@
-// What is on the user's clipboard, has it changed, and how is it put back?
+// The user's clipboard: what is on it, whether it has changed, and how it is put back.
 //
 // Calls come from one thread at a time (captures never overlap). None of them waits longer than
 // about 300 ms for another program: an owner that does not answer in time has nothing to give.

@@ -1,4 +1,4 @@
-// Run another program and wait for it, now or later.
+// Other programs, run and waited for, now or later.
 
 #pragma once
 

@@ -1,4 +1,4 @@
-// Is the program ending, and who must hear of it at once?
+// The end of the program, told at once to everyone who waits.
 //
 // Raised once, by the part that decides to quit; from then on every wait of the program is over.
 // Whoever blocks in something other than a clock registers a callback that interrupts it.

@@ -1,4 +1,4 @@
-// What does an adapter tell about one running application?
+// What an adapter tells about one running application.
 
 #pragma once
 

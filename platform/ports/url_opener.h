@@ -1,4 +1,4 @@
-// Show an address to the user in the program that they chose for it.
+// The opener of addresses: each is shown in the program that the user chose for it.
 
 #pragma once
 

@@ -1,4 +1,4 @@
-// Which windows are on screen, front to back?
+// The windows on screen, front to back.
 
 #pragma once
 

@@ -1,4 +1,4 @@
-// What does one window look like?
+// The picture of one window.
 
 #pragma once
 

@@ -1,4 +1,4 @@
-// Which applications are running, which one is in front, and can it be brought forward?
+// The running applications: which one is in front, and bringing one forward.
 //
 // Any thread may call any member; adapters serialise what their mechanism needs serialised.
 // Without a display every question has its absent answer: no application, an empty list, false.

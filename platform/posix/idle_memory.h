@@ -1,4 +1,4 @@
-// Can memory that only the start needed be given back?
+// Memory that only the start needed, given back.
 
 #pragma once
 

@@ -1,4 +1,4 @@
-// Which ports does any POSIX system answer, and who makes their adapters?
+// The ports that any POSIX system answers.
 //
 // The same sources serve Linux and macOS. Every maker returns an adapter of its own, never null;
 // all adapters may be used from any thread, as their ports say.

@@ -1,4 +1,4 @@
-// Who closes this file descriptor? Its `UniqueFd` does, when it ends.
+// A file descriptor that is closed with its owner.
 
 #pragma once
 

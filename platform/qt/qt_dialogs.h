@@ -1,4 +1,4 @@
-// Alerts as windows of the toolkit.
+// Alerts as windows of Qt.
 
 #pragma once
 
@@ -8,7 +8,7 @@
 
 namespace kelvane {
 
-/// Precondition: the toolkit's application object, one with widgets, exists and this is its thread.
+/// Precondition: Qt's application object, one with widgets, exists and this is its thread.
 /// Where that has no screen to show an alert on, an alert counts as closed at once. An alert that
 /// stands open when the application quits counts as closed.
 [[nodiscard]] std::unique_ptr<Dialogs> makeQtDialogs();

@@ -1,4 +1,4 @@
-// Who talks HTTP and HTTPS for the program?
+// HTTP and HTTPS through Qt.
 //
 // Qt Network, on a thread of its own. What the port leaves open is decided like this:
 //
@@ -26,7 +26,7 @@ namespace kelvane {
 
 class QuitSignal;
 
-/// Precondition: the toolkit's application object exists. When `quit` is raised every exchange that
+/// Precondition: Qt's application object exists. When `quit` is raised every exchange that
 /// is under way ends at once, and later ones are absent without being tried. `quit` must outlive
 /// the session, and no call of `send` may be running when the session ends.
 [[nodiscard]] std::unique_ptr<HttpSession> makeQtHttpSession(QuitSignal& quit);

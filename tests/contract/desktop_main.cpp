@@ -1,5 +1,5 @@
 // The adapters under test live in this very process: it gets a desktop of its own first, and then
-// the toolkit's application object on it.
+// Qt's application object on it.
 
 #include "tests/platform/linux/virtual_desktop.h"
 

@@ -1,4 +1,4 @@
-// Waiting for an X server without waiting for ever.
+// Bounded waits for the replies and events of an X server.
 //
 // A server answers in well under a millisecond, unless another client has grabbed it, it is stopped
 // or the line to it is. Use these on a link whose events and replies nobody else waits for.

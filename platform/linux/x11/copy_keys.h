@@ -1,4 +1,4 @@
-// Which keys make Ctrl+Insert on this keyboard, whatever is held down at the moment?
+// The keys that make Ctrl+Insert on this keyboard, whatever is held down at the moment.
 //
 // A key combination reaches an application together with every modifier that happens to be held, so
 // those are let go for the moment and pressed again. Locks (Caps, Num) are left alone: applications

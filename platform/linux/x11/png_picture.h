@@ -1,4 +1,4 @@
-// How do the pixels of an X server become a PNG?
+// The pixels of an X server as a PNG.
 
 #pragma once
 

@@ -1,4 +1,4 @@
-// Which part of an area is still left once these rectangles are taken away?
+// The part of an area that is left once some rectangles are taken away.
 
 #pragma once
 

@@ -61,7 +61,7 @@ std::unique_ptr<SelectionMonitor> SelectionMonitor::open(const std::string& disp
     if (!link) return nullptr;
     const auto fixes = startFixes(*link);
     if (!fixes) return nullptr;
-    link->learnAtoms(kAtoms);
+    link->internAtoms(kAtoms);
 
     const auto window = xcb_generate_id(link->xcb());
     const std::uint32_t mask = XCB_EVENT_MASK_PROPERTY_CHANGE;

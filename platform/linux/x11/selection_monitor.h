@@ -1,4 +1,4 @@
-// What happens to the selections of an X server, and what do we offer on CLIPBOARD ourselves?
+// The selections of an X server: what happens to them, and what this program offers on CLIPBOARD.
 //
 // A thread with a link of its own hears of every change at once, serves those who want what we
 // offer, and undoes a copy that came too late. Callers hand it questions and wait for the answer
@@ -43,7 +43,7 @@ public:
     /// Null when there is no such server or it lacks XFIXES.
     [[nodiscard]] static std::unique_ptr<SelectionMonitor> open(const std::string& display);
 
-    /// Hands our content to a clipboard keeper, if there is one, and gives everything up.
+    /// Hands our content to a clipboard manager, if there is one, and gives everything up.
     ~SelectionMonitor();
     SelectionMonitor(const SelectionMonitor&) = delete;
     SelectionMonitor& operator=(const SelectionMonitor&) = delete;

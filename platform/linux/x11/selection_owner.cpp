@@ -128,24 +128,24 @@ bool SelectionOwner::answerMultiple(const xcb_selection_request_event_t& request
     return true;
 }
 
-bool SelectionOwner::give(xcb_window_t asker, xcb_atom_t target, xcb_atom_t property) {
+bool SelectionOwner::give(xcb_window_t requestor, xcb_atom_t target, xcb_atom_t property) {
     const auto value = valueOf(target);
     if (!value) return false;
     const std::size_t size = value->bytes->size();
     if (size <= m_chunk) {
-        put(asker, property, *value, 0, size);
+        put(requestor, property, *value, 0, size);
         return true;
     }
     if (m_transfers.size() >= kMostTransfers) return false;
     const std::uint32_t mask = XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_EVENT_MASK_STRUCTURE_NOTIFY;
-    xcb_change_window_attributes(m_link->xcb(), asker, XCB_CW_EVENT_MASK, &mask);
+    xcb_change_window_attributes(m_link->xcb(), requestor, XCB_CW_EVENT_MASK, &mask);
     const auto announced = static_cast<std::uint32_t>(size);
-    xcb_change_property(m_link->xcb(), XCB_PROP_MODE_REPLACE, asker, property, m_incr, 32, 1,
+    xcb_change_property(m_link->xcb(), XCB_PROP_MODE_REPLACE, requestor, property, m_incr, 32, 1,
                         &announced);
     std::erase_if(m_transfers, [&](const Transfer& transfer) {
-        return transfer.asker == asker && transfer.property == property;
+        return transfer.requestor == requestor && transfer.property == property;
     });
-    m_transfers.push_back({asker, property, *value, 0, steady_clock::now()});
+    m_transfers.push_back({requestor, property, *value, 0, steady_clock::now()});
     return true;
 }
 
@@ -200,10 +200,10 @@ SelectionOwner::Value SelectionOwner::atoms(const std::vector<xcb_atom_t>& list)
                                           list.size() * sizeof(xcb_atom_t))};
 }
 
-void SelectionOwner::put(xcb_window_t asker, xcb_atom_t property, const Value& value,
+void SelectionOwner::put(xcb_window_t requestor, xcb_atom_t property, const Value& value,
                          std::size_t from, std::size_t length) {
     const std::size_t unitBytes = value.unit / 8U;
-    xcb_change_property(m_link->xcb(), XCB_PROP_MODE_REPLACE, asker, property, value.type,
+    xcb_change_property(m_link->xcb(), XCB_PROP_MODE_REPLACE, requestor, property, value.type,
                         value.unit, static_cast<std::uint32_t>(length / unitBytes),
                         value.bytes->data() + from);
 }
@@ -211,29 +211,30 @@ void SelectionOwner::put(xcb_window_t asker, xcb_atom_t property, const Value& v
 void SelectionOwner::sendNext(const xcb_property_notify_event_t& change) {
     if (change.state != XCB_PROPERTY_DELETE) return;
     const auto found = std::ranges::find_if(m_transfers, [&](const Transfer& transfer) {
-        return transfer.asker == change.window && transfer.property == change.atom;
+        return transfer.requestor == change.window && transfer.property == change.atom;
     });
     if (found == m_transfers.end()) return;
     const std::size_t length = std::min(m_chunk, found->value.bytes->size() - found->sent);
-    put(found->asker, found->property, found->value, found->sent, length);
+    put(found->requestor, found->property, found->value, found->sent, length);
     found->sent += length;
     found->lastMove = steady_clock::now();
     if (length > 0) return;
-    const auto asker = found->asker;
+    const auto requestor = found->requestor;
     m_transfers.erase(found);
-    stopListeningTo(asker);
+    stopListeningTo(requestor);
 }
 
-void SelectionOwner::forget(xcb_window_t asker) {
-    std::erase_if(m_transfers, [&](const Transfer& transfer) { return transfer.asker == asker; });
+void SelectionOwner::forget(xcb_window_t requestor) {
+    std::erase_if(m_transfers,
+                  [&](const Transfer& transfer) { return transfer.requestor == requestor; });
 }
 
-void SelectionOwner::stopListeningTo(xcb_window_t asker) {
+void SelectionOwner::stopListeningTo(xcb_window_t requestor) {
     const bool needed = std::ranges::any_of(
-        m_transfers, [&](const Transfer& transfer) { return transfer.asker == asker; });
+        m_transfers, [&](const Transfer& transfer) { return transfer.requestor == requestor; });
     if (needed) return;
     const std::uint32_t nothing = XCB_EVENT_MASK_NO_EVENT;
-    xcb_change_window_attributes(m_link->xcb(), asker, XCB_CW_EVENT_MASK, &nothing);
+    xcb_change_window_attributes(m_link->xcb(), requestor, XCB_CW_EVENT_MASK, &nothing);
 }
 
 bool SelectionOwner::dropStalled() {
@@ -241,18 +242,18 @@ bool SelectionOwner::dropStalled() {
     std::vector<xcb_window_t> left;
     std::erase_if(m_transfers, [&](const Transfer& transfer) {
         if (now - transfer.lastMove < kStall) return false;
-        left.push_back(transfer.asker);
+        left.push_back(transfer.requestor);
         return true;
     });
-    for (const auto asker : left) stopListeningTo(asker);
+    for (const auto requestor : left) stopListeningTo(requestor);
     return !m_transfers.empty();
 }
 
 bool SelectionOwner::askKeeper() {
     if (!m_content) return false;
-    const auto keeper = replyWithin<xcb_get_selection_owner_reply_t>(
+    const auto manager = replyWithin<xcb_get_selection_owner_reply_t>(
         m_link->xcb(), xcb_get_selection_owner(m_link->xcb(), m_keeper));
-    if (!keeper || keeper->owner == XCB_WINDOW_NONE) return false;
+    if (!manager || manager->owner == XCB_WINDOW_NONE) return false;
     const auto list = contentTargets();
     const auto property = m_link->atom("KELVANE_SAVED_TARGETS");
     xcb_change_property(m_link->xcb(), XCB_PROP_MODE_REPLACE, m_window, property, XCB_ATOM_ATOM, 32,

@@ -1,7 +1,7 @@
-// What does this program answer when others want the clipboard that it owns?
+// This program's answers as the owner of the clipboard.
 //
 // The giving half of the protocol between X clients: every kept format as it was, text in all the
-// names it goes by, long content in pieces at the asker's pace. Losing the clipboard to another
+// names it goes by, long content in pieces at the requestor's pace. Losing the clipboard to another
 // program drops the content, except for transfers under way, which are finished.
 //
 // Lives on the thread that handles the link's events and passes them all to `handle`.
@@ -37,10 +37,10 @@ public:
 
     void handle(const xcb_generic_event_t& event);
 
-    /// Forgets askers that stopped reading in the middle. True while transfers are under way.
+    /// Forgets requestors that stopped reading in the middle. True while transfers are under way.
     bool dropStalled();
 
-    /// Asks the clipboard keeper, if one runs, to take over what is offered. True when it was
+    /// Asks the clipboard manager, if one runs, to take over what is offered. True when it was
     /// asked; from then on `keeperAnswered` tells when it is done.
     [[nodiscard]] bool askKeeper();
     [[nodiscard]] bool keeperAnswered() const { return m_keeperAnswered; }
@@ -52,7 +52,7 @@ private:
         std::shared_ptr<const std::string> bytes;
     };
     struct Transfer {
-        xcb_window_t asker = XCB_WINDOW_NONE;
+        xcb_window_t requestor = XCB_WINDOW_NONE;
         xcb_atom_t property = XCB_ATOM_NONE;
         Value value;
         std::size_t sent = 0;
@@ -62,15 +62,15 @@ private:
     void answer(const xcb_selection_request_event_t& request);
     [[nodiscard]] bool answerMultiple(const xcb_selection_request_event_t& request,
                                       xcb_atom_t property);
-    [[nodiscard]] bool give(xcb_window_t asker, xcb_atom_t target, xcb_atom_t property);
+    [[nodiscard]] bool give(xcb_window_t requestor, xcb_atom_t target, xcb_atom_t property);
     [[nodiscard]] std::optional<Value> valueOf(xcb_atom_t target);
     [[nodiscard]] std::vector<xcb_atom_t> contentTargets();
     [[nodiscard]] Value atoms(const std::vector<xcb_atom_t>& list) const;
-    void put(xcb_window_t asker, xcb_atom_t property, const Value& value, std::size_t from,
+    void put(xcb_window_t requestor, xcb_atom_t property, const Value& value, std::size_t from,
              std::size_t length);
     void sendNext(const xcb_property_notify_event_t& change);
-    void forget(xcb_window_t asker);
-    void stopListeningTo(xcb_window_t asker);
+    void forget(xcb_window_t requestor);
+    void stopListeningTo(xcb_window_t requestor);
     [[nodiscard]] bool owns();
 
     std::shared_ptr<X11Connection> m_link;

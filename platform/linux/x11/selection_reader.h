@@ -1,9 +1,9 @@
-// What does the owner of a selection hand over when asked?
+// The conversion of a selection: what its owner hands over when asked.
 //
 // The asking half of the protocol between X clients, with a bound on every wait: an owner that is
-// stuck, that stops in the middle of a long transfer or that never existed costs its asker a known
-// time and nothing else. Each question has a window of its own, so whatever an owner sends too late
-// goes nowhere.
+// stuck, that stops in the middle of a long transfer or that never existed costs its requestor a
+// known time and nothing else. Each question has a window of its own, so whatever an owner sends
+// too late goes nowhere.
 //
 // Uses the events of its link, which therefore must be nobody else's. One thread at a time.
 

@@ -73,7 +73,7 @@ X11Applications::X11Applications(std::shared_ptr<X11Connection> connection,
       m_entries(std::move(entries)),
       m_host(hostName()),
       m_serverTellsProcesses(serverTellsProcesses(*m_connection)) {
-    m_connection->learnAtoms(kAtoms);
+    m_connection->internAtoms(kAtoms);
 }
 
 std::optional<ApplicationWindow> X11Applications::active() {

@@ -67,7 +67,7 @@ public:
 
 /// Connects to `display` ("" means the `DISPLAY` variable of this process). Null when no server
 /// answers there. Ending the last reference hands what this program offers on the clipboard to a
-/// clipboard keeper, where one runs, and takes at most about half a second.
+/// clipboard manager, where one runs, and takes at most about half a second.
 [[nodiscard]] std::shared_ptr<X11Clipboard> openX11Clipboard(const std::string& display);
 
 } // namespace kelvane

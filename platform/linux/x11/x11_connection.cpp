@@ -55,13 +55,13 @@ xcb_atom_t X11Connection::atom(std::string_view name) {
         const auto known = m_atoms.find(name);
         if (known != m_atoms.end()) return known->second;
     }
-    learnAtoms(std::span(&name, 1));
+    internAtoms(std::span(&name, 1));
     const std::lock_guard lock(m_mutex);
     const auto known = m_atoms.find(name);
     return known == m_atoms.end() ? static_cast<xcb_atom_t>(XCB_ATOM_NONE) : known->second;
 }
 
-void X11Connection::learnAtoms(std::span<const std::string_view> names) {
+void X11Connection::internAtoms(std::span<const std::string_view> names) {
     std::vector<std::pair<std::string_view, xcb_intern_atom_cookie_t>> asked;
     {
         const std::lock_guard lock(m_mutex);

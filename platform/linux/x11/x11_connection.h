@@ -1,4 +1,4 @@
-// How does this program talk to an X server without ever being ended by it?
+// A link to an X server that can never end this program.
 //
 // One link to one server. Nothing here raises an error event at anybody: a request about a window
 // that is gone yields no reply, and a link that broke yields no reply from then on. There is no
@@ -74,7 +74,7 @@ public:
 
     /// Makes later `atom()` calls for these names free, at the price of a single round trip; of
     /// none when all are known.
-    void learnAtoms(std::span<const std::string_view> names);
+    void internAtoms(std::span<const std::string_view> names);
 
     /// Throws away the events that arrived unasked (every client gets some), so that a link nobody
     /// listens on does not collect them. Not for a link whose owner waits for events.

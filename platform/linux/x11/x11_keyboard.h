@@ -1,4 +1,4 @@
-// How is an application on an X server asked to copy its selection?
+// The request to an application on an X server to copy its selection.
 //
 // With Ctrl+Insert, which copies wherever Ctrl+C does and interrupts nothing anywhere. A terminal
 // (and Emacs) gets no key at all, because there every key is input to the program inside: what is

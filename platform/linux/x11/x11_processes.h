@@ -1,4 +1,4 @@
-// Which process does a window belong to, by the server's own knowledge?
+// The processes behind windows, by the server's own knowledge.
 //
 // The server knows who is at the other end of each link, whatever a program says about itself.
 

@@ -133,7 +133,7 @@ private:
     bool look() {
         const auto geometryCookie = xcb_get_geometry_unchecked(m_xcb, m_window);
         const auto attributesCookie = xcb_get_window_attributes_unchecked(m_xcb, m_window);
-        m_x.learnAtoms(
+        m_x.internAtoms(
             std::vector<std::string_view>{"_GTK_FRAME_EXTENTS", "WM_PROTOCOLS", "_NET_WM_PING"});
         const auto protocolsCookie = m_x.askProperty(m_window, m_x.atom("WM_PROTOCOLS"));
         const XcbOwned<xcb_get_geometry_reply_t> geometry(

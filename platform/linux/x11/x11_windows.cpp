@@ -30,13 +30,13 @@ constexpr std::array<std::pair<std::string_view, X11WindowType>, 14> kTypes{{
     {"_NET_WM_WINDOW_TYPE_DESKTOP", X11WindowType::Desktop},
 }};
 
-void learnAtoms(X11Connection& x) {
+void internAtoms(X11Connection& x) {
     std::vector<std::string_view> names{
         "_NET_CURRENT_DESKTOP", "_NET_WM_DESKTOP",     "_NET_WM_STATE",      "_NET_WM_STATE_HIDDEN",
         "_NET_WM_STATE_STICKY", "_NET_WM_WINDOW_TYPE", "_GTK_FRAME_EXTENTS", "WM_STATE",
     };
     for (const auto& [name, type] : kTypes) names.push_back(name);
-    x.learnAtoms(names);
+    x.internAtoms(names);
 }
 
 /// A window may name several types, the most fitting first; those nobody has heard of are skipped.
@@ -75,7 +75,7 @@ std::vector<X11WindowDescription> describeWindows(X11Connection& x,
         xcb_get_window_attributes_cookie_t attributes;
         xcb_get_property_cookie_t type, states, desktop, shown, margins;
     };
-    learnAtoms(x);
+    internAtoms(x);
     const auto currentCookie = x.askProperty(x.root(), x.atom("_NET_CURRENT_DESKTOP"));
     std::vector<Asked> asked;
     asked.reserve(windows.size());

@@ -1,4 +1,4 @@
-// What kind of windows are these, how large, and are they on screen?
+// The kind, the size and the visibility of windows.
 
 #pragma once
 

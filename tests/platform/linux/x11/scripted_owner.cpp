@@ -154,7 +154,7 @@ void ScriptedOwner::answer(const xcb_selection_request_event_t& request) {
 
 void ScriptedOwner::sendNext(const xcb_property_notify_event_t& change) {
     const auto found = std::ranges::find_if(m_transfers, [&](const Transfer& transfer) {
-        return transfer.asker == change.window && transfer.property == change.atom;
+        return transfer.requestor == change.window && transfer.property == change.atom;
     });
     if (found == m_transfers.end()) return;
     if (m_script.stopAfterChunk && found->chunks >= *m_script.stopAfterChunk) return;
@@ -164,7 +164,7 @@ void ScriptedOwner::sendNext(const xcb_property_notify_event_t& change) {
     }
     std::this_thread::sleep_for(m_script.pause);
     const auto length = std::min(m_script.chunk, found->value.bytes.size() - found->sent);
-    xcb_change_property(m_link->xcb(), XCB_PROP_MODE_REPLACE, found->asker, found->property,
+    xcb_change_property(m_link->xcb(), XCB_PROP_MODE_REPLACE, found->requestor, found->property,
                         m_link->atom(found->value.type), found->value.unit,
                         static_cast<std::uint32_t>(length / (found->value.unit / 8U)),
                         found->value.bytes.data() + found->sent);

@@ -62,7 +62,7 @@ public:
 
 private:
     struct Transfer {
-        xcb_window_t asker;
+        xcb_window_t requestor;
         xcb_atom_t property;
         ScriptedValue value;
         std::size_t sent = 0;

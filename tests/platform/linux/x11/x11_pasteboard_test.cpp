@@ -315,7 +315,7 @@ TEST_F(X11PasteboardTest, everyFormatComesBackAndNoOrderIsGiven) {
     EXPECT_EQ(pasted("STRING"), "x");
     EXPECT_TRUE(pasted("image/png") == pictureBytes(100));
     EXPECT_EQ(pasted("x-kde-passwordManagerHint"), "secret")
-        << "clipboard keepers would record a password";
+        << "clipboard managers would record a password";
 
     // What we own now is remembered without asking anybody, and comes back once more.
     const auto again = pasteboard.remember();
@@ -554,23 +554,23 @@ TEST_F(X11PasteboardTest, aCopyElsewhereIsNotATerminalsAnswer) {
 TEST_F(X11PasteboardTest, endingHandsTheContentToAClipboardKeeper) {
     OwnerScript script;
     script.values["SAVE_TARGETS"] = {"NULL", "", 32};
-    ScriptedOwner keeper(desktop().display(), script, "CLIPBOARD_MANAGER");
-    keeper.own();
+    ScriptedOwner manager(desktop().display(), script, "CLIPBOARD_MANAGER");
+    manager.own();
     {
         ClipboardPorts mine(desktop().display());
         mine.pasteboard->setString("kept");
     }
-    EXPECT_THAT(keeper.asked(), ElementsAre("SAVE_TARGETS"));
+    EXPECT_THAT(manager.asked(), ElementsAre("SAVE_TARGETS"));
     {
         ClipboardPorts mine(desktop().display());
         (void)mine.pasteboard->string();
     }
-    EXPECT_THAT(keeper.asked(), ElementsAre("SAVE_TARGETS")) << "asked with nothing to save";
+    EXPECT_THAT(manager.asked(), ElementsAre("SAVE_TARGETS")) << "asked with nothing to save";
 }
 
 TEST_F(X11PasteboardTest, aKeeperThatNeverAnswersDoesNotHoldUpTheEnd) {
-    ScriptedOwner keeper(desktop().display(), {.silent = true}, "CLIPBOARD_MANAGER");
-    keeper.own();
+    ScriptedOwner manager(desktop().display(), {.silent = true}, "CLIPBOARD_MANAGER");
+    manager.own();
     auto mine = std::make_unique<ClipboardPorts>(desktop().display());
     mine->pasteboard->setString("kept");
     EXPECT_LT(timeOf([&] { mine.reset(); }), kBounded);
