@@ -1,5 +1,6 @@
 #include "platform/desktop.h"
 
+#include "platform/fake/fake_pointer_presses.h"
 #include "platform/fake/fakes.h"
 
 #include <gmock/gmock.h>
@@ -53,6 +54,7 @@ protected:
         fill<FakeWindowList>(ports.windows, "windows", journal);
         fill<FakeWindowPicture>(ports.picture, "picture", journal);
         fill<FakeAppIcons>(ports.icons, "icons");
+        fill<FakePointerPresses>(ports.presses, "presses", journal);
         fill<FakeDialogs>(ports.dialogs, "dialogs", journal);
         fill<FakeUrlOpener>(ports.urls, "urls", journal);
         fill<FakeHttpSession>(ports.http, "http", journal);
@@ -70,7 +72,7 @@ protected:
 
 TEST_F(DesktopPortsTest, backgroundJobsEndBeforeEveryPortThatTheyUse) {
     { const DesktopPorts ports = filled(); }
-    ASSERT_THAT(ended, ::testing::SizeIs(15));
+    ASSERT_THAT(ended, ::testing::SizeIs(16));
     EXPECT_EQ(ended.front(), "dispatcher");
 }
 
