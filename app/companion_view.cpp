@@ -1,6 +1,6 @@
 #include "app/companion_view.h"
 
-#include "app/shown_text.h"
+#include "text/shown_text.h"
 #include "text/unicode.h"
 
 #include <algorithm>
@@ -13,6 +13,10 @@
 namespace kelvane {
 
 namespace {
+
+using text::shownLine;
+using text::shownParagraph;
+using text::shownWithin;
 
 constexpr std::size_t kFlawsShown = 3;
 constexpr std::size_t kAgentsPerRow = 2;

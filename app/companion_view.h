@@ -2,7 +2,7 @@
 //
 // A pure function from the model to a plain record: every text, colour, tool tip and flag, in the
 // order in which the panel draws them. The panel draws the record and decides nothing. Texts that
-// come from outside (names, notes, flaws) are made harmless here, see shown_text.h: control
+// come from outside (names, notes, flaws) are made harmless here, see text/shown_text.h: control
 // characters and bidirectional overrides cannot leave their place. Identifiers are not shown and
 // stay as they are. Only what can be seen is in the record: it costs the same for any number of
 // flaws.

@@ -4,6 +4,7 @@
 #include "platform/ports/dispatcher.h"
 #include "platform/ports/file_system.h"
 #include "platform/ports/http_session.h"
+#include "text/web_address.h"
 
 #include <algorithm>
 #include <new>
@@ -52,23 +53,6 @@ std::optional<AppCatalog> decodedFile(FileSystem& files, const std::filesystem::
     return bytes ? decoded(*bytes) : std::nullopt;
 }
 
-// Whether a string is an address that a request can be made to: http or https, some host, and no
-// character that an address cannot hold.
-bool formsAddress(std::string_view url) {
-    for (const std::string_view scheme : {"http://", "https://"}) {
-        if (!url.starts_with(scheme)) continue;
-        const std::string_view rest = url.substr(scheme.size());
-        const bool clean = std::all_of(rest.begin(), rest.end(), [](char c) {
-            return c > ' ' && c != '\x7F' && c != '"' && c != '<' && c != '>' && c != '\\' &&
-                   c != '^' && c != '`' && c != '{' && c != '|' && c != '}';
-        });
-        const bool hasHost = !rest.empty() && rest.front() != '/' && rest.front() != '?' &&
-                             rest.front() != '#' && rest.front() != ':';
-        return clean && hasHost;
-    }
-    return false;
-}
-
 } // namespace
 
 AppCatalog loadCatalog(const CatalogSources& sources,
@@ -88,7 +72,7 @@ AppCatalog loadCatalog(const CatalogSources& sources,
 
 void refreshRemoteCatalog(const CatalogRefresh& ports, const std::string& url,
                           const std::filesystem::path& braskHome) {
-    if (!formsAddress(url)) return;
+    if (!text::isWebAddress(url)) return;
     ports.dispatcher.background([ports, url, braskHome] {
         HttpRequest request;
         request.method = "GET";

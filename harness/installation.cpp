@@ -1,19 +1,13 @@
 #include "harness/installation.h"
 
 #include "platform/ports/environment.h"
+#include "text/xdg_folders.h"
 
 namespace kelvane {
 
 namespace {
 
 namespace fs = std::filesystem;
-
-/// The desktop's own rule: a folder that is not absolute is as good as none.
-fs::path folderFrom(Environment& environment, std::string_view variable, fs::path otherwise) {
-    const auto value = environment.get(variable);
-    if (!value || !value->starts_with('/')) return otherwise;
-    return *value;
-}
 
 /// Nothing is escaped: the property list reads as its readers have always seen it.
 std::string launchAgent(const Installation& installation) {
@@ -88,11 +82,11 @@ std::string desktopEntry(const Installation& installation) {
 } // namespace
 
 fs::path configHome(Environment& environment, const fs::path& home) {
-    return folderFrom(environment, "XDG_CONFIG_HOME", home / ".config");
+    return text::xdgConfigHome(environment.get("XDG_CONFIG_HOME").value_or(""), home);
 }
 
 fs::path dataHome(Environment& environment, const fs::path& home) {
-    return folderFrom(environment, "XDG_DATA_HOME", home / ".local" / "share");
+    return text::xdgDataHome(environment.get("XDG_DATA_HOME").value_or(""), home);
 }
 
 fs::path installedBundle(const Installation& installation) {

@@ -1,7 +1,5 @@
 #include "text/unicode.h"
 
-#include "text/special_casing.h"
-
 #include <utf8proc.h>
 
 #include <algorithm>
@@ -11,49 +9,11 @@ namespace kelvane::text {
 
 namespace {
 
-constexpr std::int32_t kNoCodePoint = -1; // a byte that is not part of well-formed UTF-8
+constexpr std::string_view kReplacement = "\uFFFD";
 constexpr std::int32_t kDottedCapitalI = 0x0130;
-
-struct Decoded {
-    std::int32_t codePoint;
-    std::size_t length; // in bytes; 1 for a byte that is not UTF-8
-};
 
 constexpr bool isAscii(char c) {
     return static_cast<unsigned char>(c) < 0x80;
-}
-
-// The code point that begins at the front of a text that is not empty.
-Decoded decodeFront(std::string_view text) {
-    const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(text[i]); };
-    const unsigned lead = byte(0);
-    if (lead < 0x80) return {static_cast<std::int32_t>(lead), 1};
-
-    // The second byte's range is what excludes overlong forms, surrogates and everything past
-    // U+10FFFF; the later bytes are plain continuations.
-    std::size_t length = 0;
-    unsigned lowest = 0x80;
-    unsigned highest = 0xBF;
-    if (lead >= 0xC2 && lead <= 0xDF) {
-        length = 2;
-    } else if (lead >= 0xE0 && lead <= 0xEF) {
-        length = 3;
-        if (lead == 0xE0) lowest = 0xA0;
-        if (lead == 0xED) highest = 0x9F;
-    } else if (lead >= 0xF0 && lead <= 0xF4) {
-        length = 4;
-        if (lead == 0xF0) lowest = 0x90;
-        if (lead == 0xF4) highest = 0x8F;
-    }
-    if (length == 0 || text.size() < length) return {kNoCodePoint, 1};
-    if (byte(1) < lowest || byte(1) > highest) return {kNoCodePoint, 1};
-
-    unsigned value = lead & (0x7FU >> length);
-    for (std::size_t i = 1; i < length; ++i) {
-        if ((byte(i) & 0xC0U) != 0x80U) return {kNoCodePoint, 1};
-        value = (value << 6) | (byte(i) & 0x3FU);
-    }
-    return {static_cast<std::int32_t>(value), length};
 }
 
 std::size_t encode(std::int32_t codePoint, char* out) {
@@ -66,12 +26,43 @@ void append(std::string& out, std::int32_t codePoint) {
     out.append(bytes.data(), encode(codePoint, bytes.data()));
 }
 
-constexpr char asciiLower(char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c;
+// The code points that become several in upper case are those that become several when case is
+// folded in full, but for capitals ("İ", "ẞ"), which are upper case already. What they are folded
+// to is in lower case; each of those letters has a capital of its own.
+void appendUppercase(std::string& out, std::int32_t codePoint) {
+    constexpr std::size_t kLongestFolding = 3; // By the Unicode standard; "ΐ" is one.
+    std::array<utf8proc_int32_t, kLongestFolding> folded{};
+    const auto count = utf8proc_category(codePoint) == UTF8PROC_CATEGORY_LU
+                           ? 1
+                           : utf8proc_decompose_char(codePoint, folded.data(), kLongestFolding,
+                                                     UTF8PROC_CASEFOLD, nullptr);
+    if (count < 2) return append(out, utf8proc_toupper(codePoint));
+    for (std::size_t i = 0; i < static_cast<std::size_t>(count); ++i) {
+        append(out, utf8proc_toupper(folded[i]));
+    }
 }
 
 constexpr char asciiUpper(char c) {
     return c >= 'a' && c <= 'z' ? static_cast<char>(c - ('a' - 'A')) : c;
+}
+
+// How many bytes at the front of a text, which is no code point, are the beginning of one that
+// breaks off: as many as some other bytes could complete, at least one.
+std::size_t brokenPieceLength(std::string_view text) {
+    const auto lead = static_cast<unsigned char>(text.front());
+    const std::size_t whole = lead >= 0xF0 && lead <= 0xF4   ? 4
+                              : lead >= 0xE0 && lead <= 0xEF ? 3
+                              : lead >= 0xC2 && lead <= 0xDF ? 2
+                                                             : 1;
+    std::size_t length = 1;
+    for (; length < whole && length < text.size(); ++length) {
+        // Only the second byte is ever restricted, and it is there already: any continuation does.
+        std::array<char, 4> trial{};
+        trial.fill('\x80');
+        text.copy(trial.data(), length + 1);
+        if (decodeFront({trial.data(), whole}).codePoint == kNoCodePoint) break;
+    }
+    return length;
 }
 
 // The length in bytes of the character at the front of a text that is not empty.
@@ -152,6 +143,18 @@ std::string_view trimmed(std::string_view text, Predicate strip) {
 
 } // namespace
 
+Decoded decodeFront(std::string_view text) {
+    const auto lead = static_cast<unsigned char>(text.front());
+    if (lead < 0x80) return {lead, 1};
+    constexpr std::size_t kLongestSequence = 4;
+    utf8proc_int32_t codePoint = kNoCodePoint;
+    const auto length = utf8proc_iterate(
+        reinterpret_cast<const utf8proc_uint8_t*>(text.data()),
+        static_cast<utf8proc_ssize_t>(std::min(text.size(), kLongestSequence)), &codePoint);
+    if (length < 1) return {kNoCodePoint, 1};
+    return {codePoint, static_cast<std::size_t>(length)};
+}
+
 bool isValidUtf8(std::string_view text) {
     constexpr std::uint64_t kHighBits = 0x8080808080808080U;
     while (!text.empty()) {
@@ -169,6 +172,49 @@ bool isValidUtf8(std::string_view text) {
     return true;
 }
 
+std::string fromLatin1(std::string_view bytes) {
+    std::string text;
+    text.reserve(bytes.size() * 2);
+    for (const char c : bytes) append(text, static_cast<unsigned char>(c));
+    return text;
+}
+
+std::string toLatin1(std::string_view text) {
+    constexpr std::int32_t kLast = 0xFF;
+    std::string bytes;
+    bytes.reserve(text.size());
+    while (!text.empty()) {
+        const Decoded front = decodeFront(text);
+        const bool has = front.codePoint != kNoCodePoint && front.codePoint <= kLast;
+        bytes.push_back(has ? static_cast<char>(front.codePoint) : '?');
+        text.remove_prefix(front.length);
+    }
+    return bytes;
+}
+
+std::string utf8FromOutside(std::string_view bytes) {
+    return isValidUtf8(bytes) ? std::string(bytes) : fromLatin1(bytes);
+}
+
+std::string repairedUtf8(std::string_view bytes) {
+    std::string text;
+    text.reserve(bytes.size());
+    while (!bytes.empty()) {
+        const Decoded front = decodeFront(bytes);
+        const bool broken = front.codePoint == kNoCodePoint;
+        const std::size_t length = broken ? brokenPieceLength(bytes) : front.length;
+        text += broken ? kReplacement : bytes.substr(0, length);
+        bytes.remove_prefix(length);
+    }
+    return text;
+}
+
+std::string lowerAscii(std::string_view text) {
+    std::string lower(text);
+    for (char& c : lower) c = lowerAscii(c);
+    return lower;
+}
+
 std::size_t characterCount(std::string_view text) {
     return walk(text, text.size()).characters;
 }
@@ -184,7 +230,7 @@ void LowercaseBytes::Iterator::readNext() {
     m_length = 0;
     if (m_rest.empty()) return;
     if (isAscii(m_rest.front())) {
-        m_bytes[0] = asciiLower(m_rest.front());
+        m_bytes[0] = lowerAscii(m_rest.front());
         m_length = 1;
         m_rest.remove_prefix(1);
         return;
@@ -223,18 +269,7 @@ std::string uppercased(std::string_view text) {
         if (front.codePoint == kNoCodePoint) {
             out.push_back(text.front());
         } else {
-            const auto special =
-                std::lower_bound(kSpecialUppercase.begin(), kSpecialUppercase.end(),
-                                 front.codePoint, [](const SpecialUppercase& entry, auto wanted) {
-                                     return entry.codePoint < wanted;
-                                 });
-            if (special != kSpecialUppercase.end() && special->codePoint == front.codePoint) {
-                for (const auto codePoint : special->mapping) {
-                    if (codePoint != 0) append(out, codePoint);
-                }
-            } else {
-                append(out, utf8proc_toupper(front.codePoint));
-            }
+            appendUppercase(out, front.codePoint);
         }
         text.remove_prefix(front.length);
     }

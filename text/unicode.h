@@ -1,4 +1,4 @@
-// How long is this text, where may it be cut, and what is it in lower or upper case?
+// UTF-8 text: decoding, repairing, measuring, cutting and changing case.
 //
 // A "character" is what a reader perceives as one: an extended grapheme cluster, which may be many
 // code points and more bytes. All text is UTF-8. Bytes that are not UTF-8 never make a call fail:
@@ -21,6 +21,40 @@ namespace kelvane::text {
 /// Whether the bytes are well-formed UTF-8 (no overlong forms, no surrogates, nothing past
 /// U+10FFFF).
 [[nodiscard]] bool isValidUtf8(std::string_view text);
+
+inline constexpr std::int32_t kNoCodePoint = -1;
+
+/// What stands at the front of a text.
+struct Decoded {
+    std::int32_t codePoint = kNoCodePoint; ///< That for a byte that is no part of UTF-8.
+    std::size_t length = 0;                ///< In bytes; 1 for such a byte.
+
+    bool operator==(const Decoded&) const = default;
+};
+
+/// Precondition: the text is not empty.
+[[nodiscard]] Decoded decodeFront(std::string_view text);
+
+/// The UTF-8 of Latin-1 text, which every byte string is.
+[[nodiscard]] std::string fromLatin1(std::string_view bytes);
+
+/// One byte for each code point up to U+00FF, a question mark for every other one and for each byte
+/// that is not UTF-8.
+[[nodiscard]] std::string toLatin1(std::string_view text);
+
+/// Text of another program that may mean either: `bytes` themselves when they are UTF-8, otherwise
+/// read as Latin-1.
+[[nodiscard]] std::string utf8FromOutside(std::string_view bytes);
+
+/// Well-formed UTF-8 made of these bytes: U+FFFD stands for each byte that is not UTF-8, and one
+/// for all of a sequence that breaks off.
+[[nodiscard]] std::string repairedUtf8(std::string_view bytes);
+
+/// Lower case for A-Z only: identifiers and protocols, never text that people read.
+[[nodiscard]] constexpr char lowerAscii(char c) {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+[[nodiscard]] std::string lowerAscii(std::string_view text);
 
 /// The number of characters.
 [[nodiscard]] std::size_t characterCount(std::string_view text);

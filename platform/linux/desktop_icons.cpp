@@ -10,11 +10,10 @@ namespace {
 
 class DesktopIcons : public AppIcons {
 public:
-    explicit DesktopIcons(std::shared_ptr<DesktopEntries> entries)
-        : m_entries(std::move(entries)) {}
+    explicit DesktopIcons(std::shared_ptr<DesktopFiles> files) : m_files(std::move(files)) {}
 
     std::optional<AppIcon> icon(std::string_view bundleId) override {
-        const auto index = m_entries->index();
+        const auto index = m_files->index();
         const DesktopEntry* entry = index->byId(bundleId);
         if (entry == nullptr || entry->icon.empty()) return std::nullopt;
         const std::filesystem::path path(entry->icon);
@@ -25,13 +24,13 @@ public:
     }
 
 private:
-    std::shared_ptr<DesktopEntries> m_entries;
+    std::shared_ptr<DesktopFiles> m_files;
 };
 
 } // namespace
 
-std::unique_ptr<AppIcons> makeDesktopIcons(std::shared_ptr<DesktopEntries> entries) {
-    return std::make_unique<DesktopIcons>(std::move(entries));
+std::unique_ptr<AppIcons> makeDesktopIcons(std::shared_ptr<DesktopFiles> files) {
+    return std::make_unique<DesktopIcons>(std::move(files));
 }
 
 } // namespace kelvane

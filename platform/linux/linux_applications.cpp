@@ -10,14 +10,15 @@ namespace kelvane {
 
 LinuxApplications openLinuxApplications(Environment& environment, Clock& clock) {
     LinuxApplications opened;
-    opened.entries = std::make_shared<DesktopEntries>(dataFolders(environment),
-                                                      messagesLocale(environment), clock);
+    const DesktopVariables variables = desktopVariables(environment);
+    opened.files =
+        std::make_shared<DesktopFiles>(dataFolders(variables), messagesLocale(variables), clock);
     const auto session = linuxSession(environment);
     if (session.kind == LinuxSession::Kind::None) return opened;
     if (auto connection = X11Connection::open(session.display)) {
         opened.display = session.display;
-        opened.applications =
-            std::make_shared<X11Applications>(std::move(connection), opened.entries);
+        opened.applications = std::make_shared<X11Applications>(
+            std::move(connection), [files = opened.files] { return files->index(); });
     }
     return opened;
 }

@@ -1,8 +1,8 @@
-// What the desktop of this login offers for telling applications apart.
+// The sources by which applications are told apart on the desktop of this login.
 
 #pragma once
 
-#include "platform/linux/rules/desktop_entries.h"
+#include "platform/linux/desktop_files.h"
 #include "platform/linux/x11/x11_applications.h"
 #include "platform/ports/clock.h"
 #include "platform/ports/environment.h"
@@ -15,7 +15,7 @@ namespace kelvane {
 struct LinuxApplications {
     std::string display; ///< Of the X server; empty when there is none to ask.
     std::shared_ptr<X11Applications> applications; ///< Null likewise.
-    std::shared_ptr<DesktopEntries> entries;       ///< Never null; reads nothing until asked.
+    std::shared_ptr<DesktopFiles> files;           ///< Never null; reads nothing until asked.
 };
 
 /// Connects to the display that `environment` names, if any. The environment is read now and never

@@ -29,7 +29,7 @@ CopyTargetOf copyTargetOf(std::shared_ptr<X11Applications> applications) {
 } // namespace
 
 LinuxDesktop makeLinuxDesktop(Environment& environment, Clock& clock) {
-    const auto [display, applications, entries] = openLinuxApplications(environment, clock);
+    const auto [display, applications, files] = openLinuxApplications(environment, clock);
     const auto clipboard = applications ? openX11Clipboard(display) : nullptr;
     const auto session = linuxSession(environment);
     const auto pressesOf = session.kind == LinuxSession::Kind::X11 ? session.display : "";
@@ -38,7 +38,7 @@ LinuxDesktop makeLinuxDesktop(Environment& environment, Clock& clock) {
             makeX11Pasteboard(clipboard),
             makeX11WindowList(applications),
             makeX11WindowPicture(display),
-            makeDesktopIcons(entries),
+            makeDesktopIcons(files),
             makeX11PointerPresses(pressesOf)};
 }
 

@@ -1,6 +1,6 @@
 #include "platform/macos/macos_platform.h"
 #import "platform/macos/ns_text.h"
-#include "platform/macos/web_address.h"
+#include "text/web_address.h"
 
 #import <AppKit/AppKit.h>
 
@@ -11,7 +11,7 @@ namespace {
 class NsUrlOpener : public UrlOpener {
 public:
     bool open(std::string_view url) override {
-        if (!isAddress(url)) return false;
+        if (!text::isAddress(url)) return false;
         @autoreleasepool {
             NSURL* address = [NSURL URLWithString:nsString(url)];
             return address != nil && [NSWorkspace.sharedWorkspace openURL:address];

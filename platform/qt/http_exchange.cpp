@@ -1,5 +1,7 @@
 #include "platform/qt/http_exchange.h"
 
+#include "text/unicode.h"
+
 #include <QHostAddress>
 #include <QIODevice>
 #include <QNetworkProxyFactory>
@@ -21,7 +23,7 @@ namespace {
 constexpr std::size_t kLargestBody = std::size_t{256} * 1024 * 1024;
 constexpr int kMostRedirects = 10;
 
-// A body that can be read once. When a connection breaks before the answer the toolkit sends the
+// A body that can be read once. When a connection breaks before the answer Qt sends the
 // request again by itself; a body that cannot be rewound makes that an error instead.
 class OneTimeBody : public QIODevice {
 public:
@@ -103,7 +105,7 @@ bool isRedirect(int status) {
     return std::find(kRedirects.begin(), kRedirects.end(), status) != kRedirects.end();
 }
 
-// The toolkit reports an HTTP error status as an error too; everything else that it reports is a
+// Qt reports an HTTP error status as an error too; everything else that it reports is a
 // failed transport.
 bool isTransportFailure(QNetworkReply::NetworkError error, int status) {
     if (error == QNetworkReply::NoError) return false;
@@ -119,7 +121,7 @@ bool isTransportFailure(QNetworkReply::NetworkError error, int status) {
     return !aboutStatus;
 }
 
-// Whether all of the announced body came. The toolkit takes the end of the connection for the end
+// Whether all of the announced body came. Qt takes the end of the connection for the end
 // of the body when it learns of both at once. An unpacked body has another length than announced.
 bool isWhole(const QNetworkReply& reply, const HttpResponse& response) {
     if (response.status == 204 || response.status == 304) return true;
@@ -138,9 +140,8 @@ std::unique_ptr<QNetworkAccessManager> makeNetworkAccess() {
 bool isAboutBody(const std::string& headerName) {
     constexpr std::string_view kPrefix = "content-";
     return headerName.size() >= kPrefix.size() &&
-           std::equal(kPrefix.begin(), kPrefix.end(), headerName.begin(), [](char a, char b) {
-               return a == std::tolower(static_cast<unsigned char>(b));
-           });
+           std::equal(kPrefix.begin(), kPrefix.end(), headerName.begin(),
+                      [](char a, char b) { return a == text::lowerAscii(b); });
 }
 
 } // namespace
@@ -190,7 +191,7 @@ void HttpExchange::sendTo(const QUrl& url) {
 
     m_response = {};
     heardSomething();
-    // Each request has a connection of its own, and goes by the call for methods that the toolkit
+    // Each request has a connection of its own, and goes by the call for methods that Qt
     // does not know: it must neither send again what the server may have acted on nor invent a
     // content type.
     const QByteArray method = QByteArray::fromStdString(m_request.method);

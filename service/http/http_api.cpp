@@ -3,6 +3,7 @@
 #include "service/report/report_page.h"
 #include "service/setup/key_file.h"
 #include "service/wire.h"
+#include "text/unicode.h"
 
 #include <algorithm>
 #include <array>
@@ -15,6 +16,8 @@ namespace trevix {
 
 namespace {
 
+using kelvane::text::lowerAscii;
+
 constexpr std::uintmax_t kLargestCatalog = std::uintmax_t{16} << 20U;
 
 enum class Route { submit, job, run, iterate, console, connect, index, catalog, health };
@@ -25,13 +28,6 @@ struct Target {
 
     [[nodiscard]] bool isPost() const { return route == Route::submit || route == Route::iterate; }
 };
-
-std::string lowered(std::string_view text) {
-    std::string lower(text);
-    std::transform(lower.begin(), lower.end(), lower.begin(),
-                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; });
-    return lower;
-}
 
 bool startsWith(std::string_view text, std::string_view prefix) {
     return text.substr(0, prefix.size()) == prefix;
@@ -109,7 +105,7 @@ HttpAnswer stopping() {
 } // namespace
 
 bool isLoopbackHost(std::string_view host) {
-    const std::string name = lowered(host);
+    const std::string name = lowerAscii(host);
     static constexpr std::array<std::string_view, 3> kNames{"127.0.0.1", "localhost", "[::1]"};
     for (const std::string_view known : kNames) {
         if (!startsWith(name, known)) continue;
@@ -160,14 +156,14 @@ std::optional<HttpAnswer> HttpApi::refuse(const HttpHead& head) {
     // Programs send no Origin; pages of this service have none but its own.
     const auto origins = head.headers.count("origin");
     if (origins > 0 &&
-        (origins > 1 || lowered(*head.header("origin")) != "http://" + lowered(*host))) {
+        (origins > 1 || lowerAscii(*head.header("origin")) != "http://" + lowerAscii(*host))) {
         return errorAnswer(403, "requests from other web pages are not taken");
     }
-    const std::string type = lowered(head.header("content-type").value_or(""));
+    const std::string type = lowerAscii(head.header("content-type").value_or(""));
     if (type.substr(0, type.find_first_of("; ")) != "application/json") {
         return errorAnswer(415, "Content-Type must be application/json");
     }
-    if (lowered(head.header("content-encoding").value_or("identity")) != "identity" ||
+    if (lowerAscii(head.header("content-encoding").value_or("identity")) != "identity" ||
         head.headers.count("content-encoding") > 1) {
         return errorAnswer(415, "the body must not be compressed");
     }
@@ -264,7 +260,7 @@ HttpAnswer HttpApi::report(const HttpHead& head) {
 }
 
 HttpAnswer HttpApi::connect(const HttpHead& head) {
-    return pageAnswer(200, connectPage("http://" + lowered(head.header("host").value_or("")),
+    return pageAnswer(200, connectPage("http://" + lowerAscii(head.header("host").value_or("")),
                                        m_options.keyFile.string()));
 }
 

@@ -1,5 +1,7 @@
 #include "service/http/http_connection.h"
 
+#include "text/unicode.h"
+
 #include <httplib.h>
 
 #include <algorithm>
@@ -16,17 +18,13 @@ namespace trevix {
 
 namespace {
 
+using kelvane::text::lowerAscii;
+
 using Clock = std::chrono::steady_clock;
 
 constexpr std::size_t kLongestHead = std::size_t{32} << 10U;
 constexpr std::size_t kMostPassedOver = std::size_t{256} << 20U; // After a refusal.
 constexpr std::chrono::seconds kWriteTimeout{30};
-
-std::string lowered(std::string text) {
-    std::transform(text.begin(), text.end(), text.begin(),
-                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; });
-    return text;
-}
 
 // The bytes of the connection, with the deadline of what is being read.
 class SocketStream final : public httplib::Stream {
@@ -203,7 +201,7 @@ private:
         m_head.path = request.path;
         for (const auto& [key, value] : request.params) m_head.query.emplace(key, value);
         for (const auto& [key, value] : request.headers) {
-            m_head.headers.emplace(lowered(key), value);
+            m_head.headers.emplace(lowerAscii(key), value);
         }
         // What the library would do by itself with these is not wanted: it serves ranges of
         // generated pages, compresses for the loopback, and unpacks forms.
@@ -246,7 +244,7 @@ private:
             return m_handler.problem(400, "the length of the body is given more than once");
         }
         if (encodings == 1) {
-            if (lowered(*m_head.header("transfer-encoding")) != "chunked") {
+            if (lowerAscii(*m_head.header("transfer-encoding")) != "chunked") {
                 return m_handler.problem(501, "the only transfer encoding known here is chunked");
             }
             m_framing.chunked = true;

@@ -2,7 +2,6 @@
 
 #include "text/unicode.h"
 
-#include <cstddef>
 #include <cstdint>
 #include <cstdio>
 
@@ -10,28 +9,13 @@ namespace trevix {
 
 namespace {
 
-std::size_t sequenceLength(unsigned char lead) {
-    if (lead < 0x80) return 1;
-    if (lead < 0xe0) return 2;
-    return lead < 0xf0 ? 3 : 4;
-}
-
-std::uint32_t codePointOf(std::string_view sequence) {
-    if (sequence.size() == 1) return static_cast<unsigned char>(sequence[0]);
-    std::uint32_t value = static_cast<unsigned char>(sequence[0]) & (0x7fU >> sequence.size());
-    for (const char c : sequence.substr(1)) {
-        value = (value << 6U) | (static_cast<unsigned char>(c) & 0x3fU);
-    }
-    return value;
-}
-
-bool misleads(std::uint32_t c) {
+bool misleads(std::int32_t c) {
     return (c >= 0x80 && c < 0xa0) || c == 0xad || c == 0x61c || c == 0x200b || c == 0x200e ||
            c == 0x200f || (c >= 0x2028 && c <= 0x202e) || (c >= 0x2060 && c <= 0x206f) ||
            c == 0xfeff || (c >= 0xfff0 && c <= 0xfffb) || (c >= 0xe0000 && c <= 0xe0fff);
 }
 
-std::string shown(std::uint32_t c, std::string_view sequence) {
+std::string shown(std::int32_t c, std::string_view sequence) {
     switch (c) {
     case '&':
         return "&amp;";
@@ -68,15 +52,11 @@ std::string htmlText(std::string_view text) {
     std::string html;
     html.reserve(text.size() + text.size() / 8);
     while (!text.empty()) {
-        const std::string_view sequence =
-            text.substr(0, sequenceLength(static_cast<unsigned char>(text.front())));
-        if (kelvane::text::isValidUtf8(sequence)) {
-            html += shown(codePointOf(sequence), sequence);
-            text.remove_prefix(sequence.size());
-        } else {
-            html += "\ufffd";
-            text.remove_prefix(1);
-        }
+        const auto front = kelvane::text::decodeFront(text);
+        html += front.codePoint == kelvane::text::kNoCodePoint
+                    ? "\ufffd"
+                    : shown(front.codePoint, text.substr(0, front.length));
+        text.remove_prefix(front.length);
     }
     return html;
 }

@@ -1,6 +1,7 @@
 #include "service/setup/command_line.h"
 
 #include "service/setup/key_file.h"
+#include "text/xdg_folders.h"
 
 #include <charconv>
 #include <utility>
@@ -110,11 +111,10 @@ std::optional<std::string> dataFolder(const std::optional<std::string>& data,
                                       const std::optional<std::string>& xdgDataHome,
                                       const std::optional<std::string>& home) {
     if (data) return data;
-    if (xdgDataHome && !xdgDataHome->empty() && xdgDataHome->front() == '/') {
-        return *xdgDataHome + "/trevix-local";
-    }
-    if (home && !home->empty() && home->front() == '/') return *home + "/.local/share/trevix-local";
-    return std::nullopt;
+    const auto folder =
+        kelvane::text::xdgDataHome(xdgDataHome.value_or(""), home.value_or("")) / "trevix-local";
+    if (!folder.is_absolute()) return std::nullopt;
+    return folder.string();
 }
 
 } // namespace trevix

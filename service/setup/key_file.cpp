@@ -128,9 +128,8 @@ bool isUsableKey(std::string_view key) {
 bool authorizes(std::string_view authorizationHeader, std::string_view key) {
     constexpr std::string_view kScheme = "bearer ";
     if (authorizationHeader.size() < kScheme.size() || key.empty()) return false;
-    for (std::size_t i = 0; i < kScheme.size(); ++i) {
-        const char c = authorizationHeader[i];
-        if ((c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c) != kScheme[i]) return false;
+    if (kelvane::text::lowerAscii(authorizationHeader.substr(0, kScheme.size())) != kScheme) {
+        return false;
     }
     const std::string_view sent = authorizationHeader.substr(kScheme.size());
     // Goes over what was sent, so that its length is all that the time tells.

@@ -61,7 +61,7 @@ private:
     Journal m_journal;
     FakeClock m_clock{m_journal};
     std::unique_ptr<AppIcons> m_icons = makeDesktopIcons(
-        std::make_shared<DesktopEntries>(std::vector<std::filesystem::path>{m_data}, "", m_clock));
+        std::make_shared<DesktopFiles>(std::vector<std::filesystem::path>{m_data}, "", m_clock));
 };
 
 struct System {

@@ -184,9 +184,74 @@ TEST(Uppercased, FollowsTheFullMapping) {
         {"ı", "I"},
         {"ÿ", "Ÿ"},
         {"ა", "Ა"},
+        {"ẞİ", "ẞİ"}, // Capitals whose folding is longer than they are.
+        {"ﬓﬗ", "ՄՆՄԽ"},
+        {"\u1FE4", "\u03A1\u0313"},
+        {"\u1FBC", "\u0391\u0399"},
         {"a\xFF\xC3z"sv, "A\xFF\xC3Z"sv},
     };
     for (const auto& [text, upper] : cases) EXPECT_EQ(uppercased(text), upper) << text;
+}
+
+TEST(DecodeFront, TellsTheCodePointAndItsLength) {
+    EXPECT_EQ(decodeFront("a€"), (Decoded{'a', 1}));
+    EXPECT_EQ(decodeFront("\0"sv), (Decoded{0, 1}));
+    EXPECT_EQ(decodeFront("éa"), (Decoded{0xE9, 2}));
+    EXPECT_EQ(decodeFront("€"), (Decoded{0x20AC, 3}));
+    EXPECT_EQ(decodeFront("𝄞𝄞"), (Decoded{0x1D11E, 4}));
+}
+
+TEST(DecodeFront, TakesAByteThatIsNotUtf8Alone) {
+    for (const auto bytes : {"\x80"sv, "\xC3"sv, "\xE2\x82"sv, "\xE2\x82z"sv, "\xC0\xAF"sv,
+                             "\xED\xA0\x80"sv, "\xF4\x90\x80\x80"sv, "\xFF"sv}) {
+        EXPECT_EQ(decodeFront(bytes), (Decoded{kNoCodePoint, 1})) << bytes;
+    }
+}
+
+TEST(FromLatin1, IsTheTextOfEveryByte) {
+    EXPECT_EQ(fromLatin1("gr\xFC\xDF \xFF\x80"), "grüß ÿ\u0080");
+    EXPECT_EQ(fromLatin1("a\0b"sv), "a\0b"sv);
+}
+
+TEST(ToLatin1, SaysWhatItCan) {
+    EXPECT_EQ(toLatin1("grüß ÿ"), "gr\xFC\xDF \xFF");
+    EXPECT_EQ(toLatin1("5 € 😀 Ā"), "5 ? ? ?");
+    EXPECT_EQ(toLatin1("\xFF"), "?");
+}
+
+TEST(Utf8FromOutside, KeepsUtf8AndReadsTheRestAsLatin1) {
+    EXPECT_EQ(utf8FromOutside("grüß"), "grüß");
+    EXPECT_EQ(utf8FromOutside("gr\xFC\xDF"), "grüß");
+    EXPECT_EQ(utf8FromOutside("grü\xDF"), "grÃ¼ß");
+    for (const auto* const bad : {"\x80", "\xC3", "\xC0\xAF", "\xE0\x80\x80", "\xED\xA0\x80",
+                                  "\xF4\x90\x80\x80", "\xF5\x80\x80\x80", "a\xFF"}) {
+        EXPECT_TRUE(isValidUtf8(utf8FromOutside(bad)));
+    }
+}
+
+TEST(RepairedUtf8, PutsOneReplacementForEachPieceThatBreaksOff) {
+    const struct {
+        std::string_view bytes;
+        std::string_view text;
+    } cases[] = {
+        {"", ""},
+        {"naïve 𝄞", "naïve 𝄞"},
+        {"a\xFFz", "a\uFFFDz"},
+        {"\xE2\x82", "\uFFFD"},
+        {"\xF0\x9D\x84z", "\uFFFDz"},
+        {"\xF0\x9D\xE2\x82\xAC", "\uFFFD€"},
+        {"\xC0\xAF", "\uFFFD\uFFFD"},                     // Overlong: no byte could complete it.
+        {"\xED\xA0\x80", "\uFFFD\uFFFD\uFFFD"},           // A surrogate.
+        {"\xF4\x90\x80\x80", "\uFFFD\uFFFD\uFFFD\uFFFD"}, // Past U+10FFFF.
+        {"\x80\x80", "\uFFFD\uFFFD"},
+    };
+    for (const auto& [bytes, text] : cases) EXPECT_EQ(repairedUtf8(bytes), text) << bytes;
+}
+
+TEST(LowerAscii, LeavesEverythingElseAlone) {
+    EXPECT_EQ(lowerAscii("Content-TYPE [@Z{]"), "content-type [@z{]");
+    EXPECT_EQ(lowerAscii("ÄÖ\xC4İ"), "ÄÖ\xC4İ");
+    static_assert(lowerAscii('Q') == 'q' && lowerAscii('@') == '@' && lowerAscii('[') == '[');
 }
 
 TEST(LowercaseBytes, AreThoseOfLowercased) {

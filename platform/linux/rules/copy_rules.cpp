@@ -6,8 +6,8 @@ std::chrono::milliseconds serverTimeBetween(ServerTime earlier, ServerTime later
     return std::chrono::milliseconds(static_cast<std::int32_t>(later - earlier));
 }
 
-Provenance provenanceOf(const SelectionParty& owner, const SelectionParty& asked, pid_t process,
-                        std::uint32_t resourceMask) {
+Provenance provenanceOf(const SelectionParty& owner, const SelectionParty& asked,
+                        std::int32_t process, std::uint32_t resourceMask) {
     if (owner.window == 0) return Provenance::Unknown;
     const auto client = [&](std::uint32_t window) { return window & ~resourceMask; };
     if (asked.window != 0 && client(owner.window) == client(asked.window)) {

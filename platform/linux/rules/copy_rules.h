@@ -1,12 +1,10 @@
-// An application was asked to copy: what came of it, and what has to be undone?
+// The outcome of asking an application to copy, and what of it has to be undone.
 //
 // Selections on an X server are announced, not handed over, so a change of CLIPBOARD may be the
 // answer, may be someone else's, or may come when nobody waits for it any more. Everything here is
 // decided from values.
 
 #pragma once
-
-#include <sys/types.h>
 
 #include <chrono>
 #include <cstdint>
@@ -23,7 +21,7 @@ using ServerTime = std::uint32_t;
 /// A window and the process behind it, as the server tells: absent for programs elsewhere.
 struct SelectionParty {
     std::uint32_t window = 0; ///< 0: nobody.
-    std::optional<pid_t> process;
+    std::optional<std::int32_t> process;
 };
 
 enum class Provenance {
@@ -36,7 +34,7 @@ enum class Provenance {
 /// process (0: not known). Windows that differ only in the bits of `resourceMask` belong to one
 /// client of the server, which decides without any process being known.
 [[nodiscard]] Provenance provenanceOf(const SelectionParty& owner, const SelectionParty& asked,
-                                      pid_t process, std::uint32_t resourceMask);
+                                      std::int32_t process, std::uint32_t resourceMask);
 
 /// PRIMARY may stand in for a copy that did not come only while it is this fresh: some applications
 /// keep it long after nothing is selected any more.

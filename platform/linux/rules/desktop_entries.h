@@ -1,25 +1,20 @@
-// Which applications are installed, and what do their desktop files say about them?
+// Desktop files, which say what applications are installed: their syntax, their identifiers and an
+// index over them.
 //
 // A desktop file lies below an `applications` folder of one of the data folders; its path below
 // that folder is the application's identifier. The files are written by packagers, installers and
-// users: what cannot be read is left out, silently.
+// users: what makes no sense is left out, silently. Values in, values out; any thread.
 
 #pragma once
 
-#include "platform/ports/clock.h"
-#include "platform/ports/environment.h"
-
-#include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <optional>
-#include <set>
 #include <span>
 #include <string>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 namespace kelvane {
@@ -40,8 +35,18 @@ struct DesktopEntry {
     bool operator==(const DesktopEntry&) const = default;
 };
 
+/// The environment variables of a session that its desktop files depend on; empty where unset.
+struct DesktopVariables {
+    std::string home = {};
+    std::string xdgDataHome = {};
+    std::string xdgDataDirs = {};
+    std::string lcAll = {};
+    std::string lcMessages = {};
+    std::string lang = {};
+};
+
 /// The locale that messages are wanted in, like "de_AT.UTF-8"; empty when nothing says.
-[[nodiscard]] std::string messagesLocale(Environment& environment);
+[[nodiscard]] std::string messagesLocale(const DesktopVariables& variables);
 
 /// What may stand in the brackets of a translated key for this locale, best first:
 /// "de_AT.UTF-8@euro" gives de_AT@euro, de_AT, de@euro, de. None for "C", "POSIX" and "".
@@ -58,7 +63,7 @@ struct DesktopEntry {
 
 /// Where desktop files are looked for, most important first: the user's data folder, the system's,
 /// then the places to which sandboxed applications are exported. Existing or not; none twice.
-[[nodiscard]] std::vector<std::filesystem::path> dataFolders(Environment& environment);
+[[nodiscard]] std::vector<std::filesystem::path> dataFolders(const DesktopVariables& variables);
 
 /// All desktop files of one moment, by the questions asked of them. Immutable.
 class DesktopEntryIndex {
@@ -92,40 +97,7 @@ private:
     Table m_byLastComponent;
 };
 
-/// The desktop files of this machine, read when first asked for and again when a folder changed.
-/// Any thread.
-class DesktopEntries {
-public:
-    /// `clock` must outlive this object.
-    DesktopEntries(std::vector<std::filesystem::path> dataFolders, const std::string& locale,
-                   Clock& clock);
-
-    /// What is installed now, or was a few seconds ago: the folders are looked at that often, and
-    /// read only when their modification time has moved. Never null.
-    [[nodiscard]] std::shared_ptr<const DesktopEntryIndex> index();
-
-private:
-    struct Folder {
-        std::filesystem::path path;
-        std::optional<std::int64_t> changed; ///< Absent when there is no such folder.
-    };
-
-    struct Reading {
-        std::vector<DesktopEntry> entries;
-        std::set<std::pair<std::uint64_t, std::uint64_t>> places; ///< Folders read already.
-    };
-
-    void read();
-    void readFolder(const std::filesystem::path& applications, const std::filesystem::path& below,
-                    int depth, Reading& reading);
-
-    const std::vector<std::filesystem::path> m_dataFolders;
-    const std::vector<std::string> m_keys;
-    Clock& m_clock;
-    std::mutex m_mutex; ///< Guards everything below.
-    std::shared_ptr<const DesktopEntryIndex> m_index;
-    std::vector<Folder> m_folders; ///< Every one that was read or would be if it were there.
-    Instant m_lookedAt{0};
-};
+/// Whoever knows what is installed now. Never answers null; any thread.
+using InstalledEntries = std::function<std::shared_ptr<const DesktopEntryIndex>()>;
 
 } // namespace kelvane

@@ -1,6 +1,7 @@
 #include "platform/linux/rules/window_identity.h"
 
-#include "platform/linux/x11/x11_text.h"
+#include "text/one_of.h"
+#include "text/unicode.h"
 
 #include <algorithm>
 #include <array>
@@ -51,11 +52,6 @@ constexpr std::array<std::string_view, 7> kWebAppPrefixes{
     "chrome-", "chromium-", "msedge-", "brave-", "vivaldi-", "opera-", "crx_",
 };
 
-template <std::size_t n>
-bool contains(const std::array<std::string_view, n>& words, std::string_view word) {
-    return std::find(words.begin(), words.end(), word) != words.end();
-}
-
 /// Chromium appends its profile's folder to the instance: "chromium (/home/me/other)".
 std::string_view withoutProfile(std::string_view name) {
     if (!name.ends_with(')')) return name;
@@ -75,12 +71,12 @@ const DesktopEntry* best(const Found& found, std::string_view name, std::string_
     int chosenRank = 0;
     for (const auto* const entry : found) {
         if (!accept(*entry)) continue;
-        const auto id = lowerAscii(entry->id);
+        const auto id = text::lowerAscii(entry->id);
         int rank = 1;
-        if (lastComponent(id) == lowerAscii(name)) rank = 2;
-        if (lastComponent(id) == lowerAscii(wmClass)) rank = 3;
-        if (id == lowerAscii(name)) rank = 4;
-        if (id == lowerAscii(wmClass)) rank = 5;
+        if (lastComponent(id) == text::lowerAscii(name)) rank = 2;
+        if (lastComponent(id) == text::lowerAscii(wmClass)) rank = 3;
+        if (id == text::lowerAscii(name)) rank = 4;
+        if (id == text::lowerAscii(wmClass)) rank = 5;
         if (rank > chosenRank) {
             chosen = entry;
             chosenRank = rank;
@@ -100,7 +96,7 @@ const DesktopEntry* byClaim(const DesktopEntryIndex& index, std::string_view nam
 const DesktopEntry* byName(const DesktopEntryIndex& index, std::string_view name,
                            const Accept& accept) {
     if (name.empty()) return nullptr;
-    auto folded = lowerAscii(name);
+    auto folded = text::lowerAscii(name);
     std::replace(folded.begin(), folded.end(), ' ', '-');
     const DesktopEntry* aside = nullptr;
     for (const std::string_view id : {name, std::string_view(folded)}) {
@@ -212,10 +208,10 @@ private:
     }
 
     bool classIsBrowser() const {
-        const auto lower = lowerAscii(m_class);
-        if (lowerAscii(m_instance) == lower) return false;
-        return contains(kChromiumClasses, lower) ||
-               contains(kChromiumClasses, lowerAscii(lastComponent(m_class)));
+        const auto lower = text::lowerAscii(m_class);
+        if (text::lowerAscii(m_instance) == lower) return false;
+        return text::isOneOf(lower, kChromiumClasses) ||
+               text::isOneOf(text::lowerAscii(lastComponent(m_class)), kChromiumClasses);
     }
 
     bool ours(const DesktopEntry& entry) const {
@@ -247,7 +243,7 @@ private:
     std::optional<WindowIdentity> byClassAlone() const {
         const auto name = m_class.empty() ? m_instance : m_class;
         if (name.empty()) return std::nullopt;
-        return WindowIdentity{"wmclass:" + lowerAscii(name), className(),
+        return WindowIdentity{"wmclass:" + text::lowerAscii(name), className(),
                               WindowIdentity::Source::WmClass, takesKeys({})};
     }
 
@@ -265,9 +261,9 @@ private:
 
     bool takesKeys(std::string_view id) const {
         for (const auto name : {m_instance, m_class, id}) {
-            const auto lower = lowerAscii(name);
+            const auto lower = text::lowerAscii(name);
             const auto last = lastComponent(lower);
-            if (contains(kTerminalClasses, last) || last == "emacs" || last == "emacsclient" ||
+            if (text::isOneOf(last, kTerminalClasses) || last == "emacs" || last == "emacsclient" ||
                 last.ends_with("terminal") || last.find("terminal-") != last.npos) {
                 return false;
             }
@@ -307,12 +303,12 @@ std::optional<IdentifiedWindow> identify(std::span<const WindowFacts> chain,
     return unclaimed;
 }
 
-ProcessId processIdOf(pid_t process, std::string_view bundleId) {
+std::int64_t processIdOf(std::int32_t process, std::string_view bundleId) {
     // FNV-1a: two applications of one process share a number once in two thousand million.
     std::uint32_t hash = 2166136261U;
     for (const char c : bundleId) hash = (hash ^ static_cast<unsigned char>(c)) * 16777619U;
-    return static_cast<ProcessId>((std::uint64_t{hash & 0x7FFFFFFFU} << 32U) |
-                                  static_cast<std::uint32_t>(process));
+    return static_cast<std::int64_t>((std::uint64_t{hash & 0x7FFFFFFFU} << 32U) |
+                                     static_cast<std::uint32_t>(process));
 }
 
 std::string flatpakIdFrom(std::string_view flatpakInfo) {
@@ -322,7 +318,7 @@ std::string flatpakIdFrom(std::string_view flatpakInfo) {
         const auto line = flatpakInfo.substr(0, end);
         flatpakInfo.remove_prefix(std::min(end + 1, flatpakInfo.size()));
         if (line.starts_with('[')) inside = line == "[Application]";
-        if (inside && line.starts_with("name=")) return utf8FromOutside(line.substr(5));
+        if (inside && line.starts_with("name=")) return text::utf8FromOutside(line.substr(5));
     }
     return {};
 }
@@ -333,7 +329,7 @@ std::string snapInstanceFrom(std::string_view cgroups) {
         const auto rest = cgroups.substr(at + kMark.size());
         const auto name = rest.substr(0, rest.find_first_of("./\n"));
         if (!name.empty() && name.size() < rest.size() && rest[name.size()] == '.') {
-            return utf8FromOutside(name);
+            return text::utf8FromOutside(name);
         }
     }
     return {};

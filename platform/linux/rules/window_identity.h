@@ -1,4 +1,4 @@
-// Which application is this window of?
+// The application that a window belongs to, decided from what the window says.
 //
 // The answer is the id of the desktop file that claims the window, because that is the name an
 // application has everywhere else on a desktop. Windows say many things about themselves, few of
@@ -8,9 +8,6 @@
 #pragma once
 
 #include "platform/linux/rules/desktop_entries.h"
-#include "platform/ports/running_app.h"
-
-#include <sys/types.h>
 
 #include <cstdint>
 #include <optional>
@@ -28,7 +25,7 @@ struct WindowFacts {
     std::string gtkApplicationId; ///< _GTK_APPLICATION_ID
     std::string flatpakId;        ///< From the sandbox its process runs in.
     std::string snapInstance;     ///< Likewise.
-    pid_t process = 0;            ///< On this machine; 0 when not known.
+    std::int32_t process = 0;     ///< On this machine; 0 when not known.
 
     bool operator==(const WindowFacts&) const = default;
 };
@@ -57,7 +54,7 @@ struct WindowIdentity {
 
 struct IdentifiedWindow {
     WindowIdentity identity;
-    pid_t process = 0; ///< Of the window that decided; 0 when not known.
+    std::int32_t process = 0; ///< Of the window that decided; 0 when not known.
 };
 
 /// Who a window is in its surroundings. `chain` is the window, then the window it is transient for,
@@ -70,7 +67,7 @@ struct IdentifiedWindow {
 
 /// The number for this application in this process. One process may host several applications, so
 /// it is made of both; the same question has the same answer in every adapter and at any time.
-[[nodiscard]] ProcessId processIdOf(pid_t process, std::string_view bundleId);
+[[nodiscard]] std::int64_t processIdOf(std::int32_t process, std::string_view bundleId);
 
 /// The `name` in the [Application] group of a Flatpak's own description of itself.
 [[nodiscard]] std::string flatpakIdFrom(std::string_view flatpakInfo);

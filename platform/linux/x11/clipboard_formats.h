@@ -1,4 +1,4 @@
-// What of a clipboard is worth keeping, and what does its text say?
+// The formats of a clipboard: what of them is worth keeping, and what their text says. Pure.
 
 #pragma once
 
@@ -53,8 +53,5 @@ inline constexpr std::string_view kLatin1String = "STRING";
 /// Everything a clipboard holds. Never changed once made, so that slow readers of an old one are
 /// served to the end.
 using ClipboardContent = std::vector<ClipboardFormat>;
-
-/// `text` as Latin-1, with '?' for what that cannot say.
-[[nodiscard]] std::string latin1(std::string_view text);
 
 } // namespace kelvane

@@ -1,6 +1,7 @@
 #include "platform/linux/x11/selection_owner.h"
 
 #include "platform/linux/x11/bounded_reply.h"
+#include "text/unicode.h"
 
 #include <algorithm>
 #include <utility>
@@ -175,7 +176,7 @@ std::optional<SelectionOwner::Value> SelectionOwner::valueOf(xcb_atom_t target) 
         return Value{target, 8, std::make_shared<std::string>(*m_text)};
     }
     if (target == XCB_ATOM_STRING) {
-        return Value{XCB_ATOM_STRING, 8, std::make_shared<std::string>(latin1(*m_text))};
+        return Value{XCB_ATOM_STRING, 8, std::make_shared<std::string>(text::toLatin1(*m_text))};
     }
     return std::nullopt;
 }

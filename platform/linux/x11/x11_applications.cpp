@@ -1,7 +1,7 @@
 #include "platform/linux/x11/x11_applications.h"
 
 #include "platform/linux/x11/x11_processes.h"
-#include "platform/linux/x11/x11_text.h"
+#include "text/unicode.h"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -27,7 +27,7 @@ constexpr std::array<std::string_view, 11> kAtoms{
 
 std::string textOf(const std::optional<X11Property>& property) {
     if (!property) return {};
-    auto text = utf8FromOutside(property->text().value_or(""));
+    auto text = text::utf8FromOutside(property->text().value_or(""));
     text.resize(std::min(text.find('\0'), text.size()));
     return text;
 }
@@ -36,8 +36,8 @@ std::pair<std::string, std::string> classOf(const std::optional<X11Property>& pr
     const auto bytes = property ? property->text().value_or("") : std::string();
     const auto cut = std::min(bytes.find('\0'), bytes.size());
     const auto rest = std::string_view(bytes).substr(std::min(cut + 1, bytes.size()));
-    return {utf8FromOutside(std::string_view(bytes).substr(0, cut)),
-            utf8FromOutside(rest.substr(0, rest.find('\0')))};
+    return {text::utf8FromOutside(std::string_view(bytes).substr(0, cut)),
+            text::utf8FromOutside(rest.substr(0, rest.find('\0')))};
 }
 
 /// The beginning of a small file of the kernel's or a sandbox's; empty when it cannot be read.
@@ -68,9 +68,9 @@ bool sameHost(std::string_view one, std::string_view other) {
 } // namespace
 
 X11Applications::X11Applications(std::shared_ptr<X11Connection> connection,
-                                 std::shared_ptr<DesktopEntries> entries)
+                                 InstalledEntries installed)
     : m_connection(std::move(connection)),
-      m_entries(std::move(entries)),
+      m_installed(std::move(installed)),
       m_host(hostName()),
       m_serverTellsProcesses(serverTellsProcesses(*m_connection)) {
     m_connection->internAtoms(kAtoms);
@@ -92,7 +92,7 @@ std::optional<ApplicationWindow> X11Applications::active() {
     read({window}, reads);
     if (!isManager(manager, proof) || !reads[window]) return std::nullopt;
 
-    const auto index = m_entries->index();
+    const auto index = m_installed();
     auto found = decide(window, reads, {}, *index);
     if (found && found->identity.source == WindowIdentity::Source::WmClass) {
         const auto neighbours = stacking().value_or(std::vector<xcb_window_t>{});
@@ -150,7 +150,7 @@ X11Applications::identifyAll(const std::vector<xcb_window_t>& windows,
     auto all = windows;
     all.insert(all.end(), neighbours.begin(), neighbours.end());
     read(std::move(all), reads);
-    const auto index = m_entries->index();
+    const auto index = m_installed();
     std::vector<ApplicationWindow> answers;
     for (const auto window : windows) {
         const auto& own = reads[window];

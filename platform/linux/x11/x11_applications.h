@@ -1,4 +1,4 @@
-// Which application does each window on this X server belong to?
+// The applications behind the windows of an X server.
 //
 // What the workspace, the window list and the keyboard have in common: reading what windows say
 // about themselves and deciding with `identify()`. Questions go out together and answers are
@@ -33,9 +33,8 @@ struct ApplicationWindow {
 
 class X11Applications {
 public:
-    /// Neither may be null.
-    X11Applications(std::shared_ptr<X11Connection> connection,
-                    std::shared_ptr<DesktopEntries> entries);
+    /// Neither may be null or empty.
+    X11Applications(std::shared_ptr<X11Connection> connection, InstalledEntries installed);
 
     [[nodiscard]] X11Connection& connection() { return *m_connection; }
 
@@ -72,7 +71,7 @@ private:
     [[nodiscard]] std::vector<xcb_window_t> chain(xcb_window_t window, const Reads& reads) const;
 
     std::shared_ptr<X11Connection> m_connection;
-    std::shared_ptr<DesktopEntries> m_entries;
+    InstalledEntries m_installed;
     std::string m_host;
     bool m_serverTellsProcesses = false; ///< The server knows which process each window is of.
 };

@@ -1,10 +1,9 @@
 #include "platform/linux/rules/window_identity.h"
 
-#include "platform/linux/x11/x11_text.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <set>
 #include <string>
 #include <vector>
@@ -371,7 +370,7 @@ TEST(WindowChain, nothingSaidIsNothingKnown) {
 }
 
 TEST(ProcessIds, tellApplicationsOfOneProcessApart) {
-    const std::set<ProcessId> different{
+    const std::set<std::int64_t> different{
         processIdOf(100, "libreoffice-writer"), processIdOf(100, "libreoffice-calc"),
         processIdOf(101, "libreoffice-writer"), processIdOf(0, "libreoffice-writer")};
     EXPECT_EQ(different.size(), 4U);
@@ -392,18 +391,6 @@ TEST(Sandboxes, snapsShowInTheControlGroups) {
     EXPECT_EQ(snapInstanceFrom("0::/user.slice/app-gedit.scope\n"), "");
     EXPECT_EQ(snapInstanceFrom("0::/snap."), "");
     EXPECT_EQ(snapInstanceFrom(""), "");
-}
-
-TEST(TextFromOutside, isUtf8Afterwards) {
-    EXPECT_TRUE(isUtf8("Grüße 日本 😀"));
-    for (const auto* const bad : {"\x80", "\xC3", "\xC0\xAF", "\xE0\x80\x80", "\xED\xA0\x80",
-                                  "\xF4\x90\x80\x80", "\xF5\x80\x80\x80", "a\xFF"}) {
-        EXPECT_FALSE(isUtf8(bad));
-        EXPECT_TRUE(isUtf8(utf8FromOutside(bad)));
-    }
-    EXPECT_EQ(utf8FromOutside("B\xFCro"), "Büro");
-    EXPECT_EQ(utf8FromOutside("Büro"), "Büro");
-    EXPECT_EQ(lowerAscii("ÄBC"), "Äbc");
 }
 
 } // namespace

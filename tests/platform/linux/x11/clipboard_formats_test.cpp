@@ -118,11 +118,5 @@ TEST(TextAmong, takesTheBestText) {
     EXPECT_EQ(textAmong({}), std::nullopt);
 }
 
-TEST(Latin1, saysWhatItCan) {
-    EXPECT_EQ(latin1("grüß ÿ"), "gr\xFC\xDF \xFF");
-    EXPECT_EQ(latin1("5 € 😀 Ā"), "5 ? ? ?");
-    EXPECT_EQ(latin1("\xFF"), "?");
-}
-
 } // namespace
 } // namespace kelvane

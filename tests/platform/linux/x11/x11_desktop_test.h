@@ -3,6 +3,7 @@
 #pragma once
 
 #include "platform/fake/fakes.h"
+#include "platform/linux/desktop_files.h"
 #include "platform/linux/x11/x11_applications.h"
 #include "platform/linux/x11/x11_window_list.h"
 #include "platform/linux/x11/x11_window_picture.h"
@@ -23,10 +24,10 @@ namespace kelvane {
 struct X11Adapters {
     explicit X11Adapters(VirtualDesktop& desktop)
         : share(desktop.home() / "share"),
-          entries(std::make_shared<DesktopEntries>(
+          files(std::make_shared<DesktopFiles>(
               std::vector<std::filesystem::path>{share, "/usr/share"}, "", clock)),
-          applications(
-              std::make_shared<X11Applications>(X11Connection::open(desktop.display()), entries)),
+          applications(std::make_shared<X11Applications>(
+              X11Connection::open(desktop.display()), [files = files] { return files->index(); })),
           workspace(makeX11Workspace(applications, desktop.display())),
           windowList(makeX11WindowList(applications)),
           windowPicture(makeX11WindowPicture(desktop.display())) {}
@@ -41,7 +42,7 @@ struct X11Adapters {
     Journal journal;
     FakeClock clock{journal};
     std::filesystem::path share;
-    std::shared_ptr<DesktopEntries> entries;
+    std::shared_ptr<DesktopFiles> files;
     std::shared_ptr<X11Applications> applications;
     std::unique_ptr<Workspace> workspace;
     std::unique_ptr<WindowList> windowList;

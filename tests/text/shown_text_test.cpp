@@ -1,10 +1,10 @@
-#include "app/shown_text.h"
+#include "text/shown_text.h"
 
 #include "text/unicode.h"
 
 #include <gtest/gtest.h>
 
-namespace kelvane {
+namespace kelvane::text {
 namespace {
 
 TEST(ShownText, OrdinaryTextStaysAsItIs) {
@@ -63,4 +63,4 @@ TEST(ShownText, OneCharacterOfEndlessMarksIsCutToo) {
 }
 
 } // namespace
-} // namespace kelvane
+} // namespace kelvane::text

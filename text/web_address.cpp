@@ -1,45 +1,60 @@
-#include "platform/macos/web_address.h"
+#include "text/web_address.h"
+
+#include "text/unicode.h"
+
+#include <utf8proc.h>
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
+#include <string>
 
-namespace kelvane {
+namespace kelvane::text {
 
 namespace {
 
-bool isLetter(char c) {
+// What a code point beyond ASCII counts as: whoever opens the address escapes it.
+constexpr char kEscaped = 'x';
+
+bool isInvisible(std::int32_t codePoint) {
+    switch (utf8proc_category(codePoint)) {
+    case UTF8PROC_CATEGORY_CC:
+    case UTF8PROC_CATEGORY_ZS:
+    case UTF8PROC_CATEGORY_ZL:
+    case UTF8PROC_CATEGORY_ZP:
+        return true;
+    default:
+        return false;
+    }
+}
+
+bool isPlainLetter(char c) {
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
 }
 
-bool isDigit(char c) {
+bool isPlainDigit(char c) {
     return c >= '0' && c <= '9';
 }
 
 bool isHexDigit(char c) {
-    return isDigit(c) || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F');
-}
-
-char lowered(char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+    return isPlainDigit(c) || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F');
 }
 
 bool isWeb(std::string_view scheme) {
-    const auto equals = [scheme](std::string_view name) {
-        return std::ranges::equal(scheme, name, {}, lowered);
-    };
-    return equals("http") || equals("https");
+    const std::string lower = lowerAscii(scheme);
+    return lower == "http" || lower == "https";
 }
 
 bool isScheme(std::string_view text) {
-    return !text.empty() && isLetter(text.front()) && std::ranges::all_of(text, [](char c) {
-        return isLetter(c) || isDigit(c) || c == '+' || c == '-' || c == '.';
+    return !text.empty() && isPlainLetter(text.front()) && std::ranges::all_of(text, [](char c) {
+        return isPlainLetter(c) || isPlainDigit(c) || c == '+' || c == '-' || c == '.';
     });
 }
 
 bool isWritten(std::string_view text) {
     constexpr std::string_view kMarks = "-._~:/?#@!$&'()*+,;=%";
     for (std::size_t i = 0; i < text.size(); ++i) {
-        if (!isLetter(text[i]) && !isDigit(text[i]) &&
+        if (!isPlainLetter(text[i]) && !isPlainDigit(text[i]) &&
             kMarks.find(text[i]) == std::string_view::npos)
             return false;
         if (text[i] != '%') continue;
@@ -76,7 +91,7 @@ bool isAuthority(std::string_view text) {
     }
     if (host.empty() || !isWritten(host)) return false;
     if (port.empty()) return true;
-    return port.front() == ':' && std::ranges::all_of(port.substr(1), isDigit);
+    return port.front() == ':' && std::ranges::all_of(port.substr(1), isPlainDigit);
 }
 
 } // namespace
@@ -99,4 +114,16 @@ bool isAddress(std::string_view text) {
     return isWritten(rest) && std::ranges::count(rest, '#') <= 1;
 }
 
-} // namespace kelvane
+bool isWebAddress(std::string_view text) {
+    if (!isWeb(text.substr(0, text.find(':')))) return false;
+    std::string plain;
+    for (auto rest = text; !rest.empty();) {
+        const Decoded front = decodeFront(rest);
+        if (front.codePoint == kNoCodePoint || isInvisible(front.codePoint)) return false;
+        plain += front.codePoint < 0x80 ? rest.front() : kEscaped;
+        rest.remove_prefix(front.length);
+    }
+    return isAddress(plain);
+}
+
+} // namespace kelvane::text

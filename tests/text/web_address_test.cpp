@@ -1,15 +1,15 @@
-#include "platform/macos/web_address.h"
+#include "text/web_address.h"
 
 #include <gtest/gtest.h>
 
 #include <string>
 
-namespace kelvane {
+namespace kelvane::text {
 namespace {
 
 using namespace std::string_view_literals;
 
-TEST(MacosWebAddress, AcceptsWhatThePanelOpens) {
+TEST(IsAddress, AcceptsWhatThePanelOpens) {
     for (const auto text : {"https://trevix.example/connect?from=macos-app"sv,
                             "https://trevix.example/console?run=demo-run"sv,
                             "http://127.0.0.1:8123/console?run=a_b-c.d~e"sv}) {
@@ -17,7 +17,7 @@ TEST(MacosWebAddress, AcceptsWhatThePanelOpens) {
     }
 }
 
-TEST(MacosWebAddress, AcceptsTheGenericSyntax) {
+TEST(IsAddress, AcceptsTheGenericSyntax) {
     for (const auto text :
          {"https://trevix.example"sv, "HTTPS://Trevix.Example"sv, "https://user:pw@host:443/"sv,
           "https://host:/"sv, "http://[::1]:8080/x"sv, "https://host/a%20b%C3%A9?q=(1)'*#top"sv,
@@ -27,7 +27,7 @@ TEST(MacosWebAddress, AcceptsTheGenericSyntax) {
     }
 }
 
-TEST(MacosWebAddress, RefusesTextWithoutAScheme) {
+TEST(IsAddress, RefusesTextWithoutAScheme) {
     for (const auto text :
          {""sv, ":"sv, "trevix.example/connect"sv, "//trevix.example"sv, "/connect"sv, "://x"sv,
           "1http://host"sv, "ht tp://host"sv, "h\xC3\xA9://host"sv}) {
@@ -35,14 +35,14 @@ TEST(MacosWebAddress, RefusesTextWithoutAScheme) {
     }
 }
 
-TEST(MacosWebAddress, RefusesTheWebWithoutAHost) {
+TEST(IsAddress, RefusesTheWebWithoutAHost) {
     for (const auto text : {"https:"sv, "https://"sv, "https:///path"sv, "http:host"sv,
                             "HTTP:/host"sv, "https://:8080/"sv, "https://user@/"sv, "x://"sv}) {
         EXPECT_FALSE(isAddress(text)) << text;
     }
 }
 
-TEST(MacosWebAddress, RefusesCharactersThatNeedEscaping) {
+TEST(IsAddress, RefusesCharactersThatNeedEscaping) {
     for (const auto text :
          {"https://host/a b"sv, "https://host/\xC3\xA9"sv, "https://host/a\"b"sv,
           "https://host/<a>"sv, "https://host/a|b"sv, "https://host/a\nb"sv, "https://host/a\0b"sv,
@@ -52,14 +52,14 @@ TEST(MacosWebAddress, RefusesCharactersThatNeedEscaping) {
     }
 }
 
-TEST(MacosWebAddress, RefusesBrokenEscapes) {
+TEST(IsAddress, RefusesBrokenEscapes) {
     for (const auto text : {"https://host/%"sv, "https://host/%2"sv, "https://host/%zz"sv,
                             "https://host/%2G"sv, "https://ho%2/"sv}) {
         EXPECT_FALSE(isAddress(text)) << text;
     }
 }
 
-TEST(MacosWebAddress, RefusesBrokenHostsAndPorts) {
+TEST(IsAddress, RefusesBrokenHostsAndPorts) {
     for (const auto text :
          {"https://host:port/"sv, "https://host:80:80/"sv, "https://[::1/"sv, "https://[]/"sv,
           "https://[zz]/"sv, "https://[::1]80/"sv, "https://a@b@c/"sv}) {
@@ -67,14 +67,54 @@ TEST(MacosWebAddress, RefusesBrokenHostsAndPorts) {
     }
 }
 
-TEST(MacosWebAddress, RefusesASecondFragment) {
+TEST(IsAddress, RefusesASecondFragment) {
     EXPECT_FALSE(isAddress("https://host/#a#b"));
 }
 
-TEST(MacosWebAddress, LengthDoesNotMatter) {
+TEST(IsAddress, LengthDoesNotMatter) {
     EXPECT_TRUE(isAddress("https://host/?run=" + std::string(100'000, 'r')));
     EXPECT_FALSE(isAddress(std::string(100'000, 'r')));
 }
 
+TEST(IsWebAddress, Table) {
+    const struct {
+        std::string text;
+        bool valid;
+    } cases[] = {
+        {"https://trevix.example", true},
+        {"http://localhost:8787/console?run=1", true},
+        {"http://[::1]:8787/", true},
+        {"HTTPS://trevix.example/", true},
+        {"https://trevix.example/console?run=äöü", true},
+        {"", false},
+        {"trevix.example/console", false},
+        {"/console?run=1", false},
+        {"https:trevix.example", false},
+        {"https:///console", false},
+        {"https://", false},
+        {"https://trevix.example:port/", false},
+        {"https://trevix.example/a b", false},
+        {"https://trevix.example/a\tb", false},
+        {"https://trevix.example/a\nb", false},
+        {std::string("https://trevix.example/a\0b", 26), false},
+        {" https://trevix.example", false},
+        {"https://trevix.example/%", false},
+        {"https://trevix.example/`id`", false},
+        {"https://trevix.example/\xc3", false},
+        {"file:///etc/passwd", false},
+        {"/etc/passwd", false},
+        {"javascript:alert(1)", false},
+        {"mailto:ada@trevix.example", false},
+        {"ftp://trevix.example/", false},
+        {"-h", false},
+        {"https://trevix.example/a\u00A0b", false},
+        {"https://trevix.example/a\u0085b", false},
+        {"https://trevix.example/a\u2028b", false},
+        {"https://t\u00E9.example/", true},
+        {"httpſ://trevix.example/", false},
+    };
+    for (const auto& each : cases) EXPECT_EQ(isWebAddress(each.text), each.valid) << each.text;
+}
+
 } // namespace
-} // namespace kelvane
+} // namespace kelvane::text

@@ -1,8 +1,8 @@
-// How is text from outside shown without it being able to do harm?
+// Text from outside, made harmless for showing it among texts of our own.
 //
-// Names, notes and findings come from other programs and from the service. Shown among texts of our
-// own they must not break lines that are one line, not turn the order of what stands around them,
-// and not be so long that laying them out takes noticeable time. Pure; any thread.
+// Names, notes and findings come from other programs and from the service. They must not break
+// lines that are one line, not turn the order of what stands around them, and not be so long that
+// laying them out takes noticeable time. Pure; any thread.
 
 #pragma once
 
@@ -10,7 +10,7 @@
 #include <string>
 #include <string_view>
 
-namespace kelvane {
+namespace kelvane::text {
 
 /// More characters than any place in the panel can show.
 inline constexpr std::size_t kLongestShownText = 2000;
@@ -28,4 +28,4 @@ inline constexpr std::size_t kLongestShownText = 2000;
 /// between the marks that keep it from reordering the rest. Every other text is without marks.
 [[nodiscard]] std::string shownWithin(std::string_view text);
 
-} // namespace kelvane
+} // namespace kelvane::text

@@ -1,0 +1,24 @@
+// The syntax of addresses, decided from their text alone.
+//
+// What opens or fetches an address of its own accord mends some invalid ones silently and refuses
+// others, differently on each system and in each version; decided here, all of them refuse the
+// same. Pure; any thread.
+
+#pragma once
+
+#include <string_view>
+
+namespace kelvane::text {
+
+/// Whether the text is an absolute address by the generic syntax (RFC 3986): a scheme, a colon and
+/// something after it, all in the characters that addresses are written in, every percent sign
+/// followed by two hexadecimal digits, a number or nothing as the port, and brackets only around a
+/// host. With http and https a host is required.
+[[nodiscard]] bool isAddress(std::string_view text);
+
+/// Whether the text is such an address with the scheme http or https, in whatever case. Letters
+/// beyond ASCII may stand in it unescaped, as people write them; blanks, control characters and
+/// bytes that are not UTF-8 may not.
+[[nodiscard]] bool isWebAddress(std::string_view text);
+
+} // namespace kelvane::text

@@ -1,0 +1,23 @@
+#include "text/xdg_folders.h"
+
+#include <utility>
+
+namespace kelvane::text {
+
+namespace {
+
+std::filesystem::path folder(const std::filesystem::path& value, std::filesystem::path otherwise) {
+    return value.is_absolute() ? value : std::move(otherwise);
+}
+
+} // namespace
+
+std::filesystem::path xdgConfigHome(const std::string& value, const std::filesystem::path& home) {
+    return folder(value, home / ".config");
+}
+
+std::filesystem::path xdgDataHome(const std::string& value, const std::filesystem::path& home) {
+    return folder(value, home / ".local/share");
+}
+
+} // namespace kelvane::text
