@@ -1,7 +1,10 @@
-// Whatever the bytes are: cutting, counting, case, trimming and base64 agree with one another.
+// Whatever the bytes are: decoding, repairing, cutting, counting, case, trimming, showing,
+// addresses and base64 agree with one another.
 
 #include "text/base64.h"
+#include "text/shown_text.h"
 #include "text/unicode.h"
+#include "text/web_address.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -75,13 +78,48 @@ void base64s(std::string_view whole) {
     }
 }
 
+void decoding(std::string_view whole) {
+    bool sound = true;
+    for (auto rest = whole; !rest.empty();) {
+        const Decoded front = decodeFront(rest);
+        require(front.length >= 1 && front.length <= rest.size());
+        require(isValidUtf8(rest.substr(0, front.length)) == (front.codePoint != kNoCodePoint));
+        sound = sound && front.codePoint != kNoCodePoint;
+        rest.remove_prefix(front.length);
+    }
+    require(sound == isValidUtf8(whole));
+
+    const std::string repaired = repairedUtf8(whole);
+    require(isValidUtf8(repaired) && (repaired == whole) == sound);
+    require(isValidUtf8(utf8FromOutside(whole)));
+    require(toLatin1(fromLatin1(whole)) == whole);
+}
+
+void showing(std::string_view whole) {
+    const std::string line = shownLine(whole);
+    require(line.find('\n') == std::string::npos);
+    // A line break of two bytes becomes two blanks: what was cut may have to be cut again.
+    if (whole.size() > kLongestShownText / 2) return;
+    require(shownLine(line) == line && line == shownLine(shownParagraph(whole)));
+}
+
+void addresses(std::string_view whole) {
+    require(!isWebAddress(whole) || isValidUtf8(whole));
+    const std::string scheme = lowerAscii(whole.substr(0, whole.find(':')));
+    const bool web = scheme == "http" || scheme == "https";
+    require(!(isAddress(whole) && web) || isWebAddress(whole));
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::string_view whole(reinterpret_cast<const char*>(data), size);
+    decoding(whole);
     cutting(whole);
     casing(whole);
     trimming(whole);
+    showing(whole);
+    addresses(whole);
     base64s(whole);
     return 0;
 }
