@@ -12,6 +12,7 @@ namespace trevix {
 
 namespace {
 
+// Once a day: runs are kept by the day.
 constexpr std::int64_t kPruneEveryMs = std::int64_t{24} * 60 * 60 * 1000;
 
 Iteration judged(const Submission& submission, std::vector<Finding> findings, std::int64_t nowMs) {
@@ -26,6 +27,15 @@ Iteration judged(const Submission& submission, std::vector<Finding> findings, st
     return iteration;
 }
 
+/// A body from the store, read as what it was when it came in.
+std::variant<JobRequest, WireError> readAgain(JobKind kind, std::string_view body) {
+    const auto widened = [](auto parsed) -> std::variant<JobRequest, WireError> {
+        if (auto* error = std::get_if<WireError>(&parsed)) return std::move(*error);
+        return JobRequest(std::move(std::get<0>(parsed)));
+    };
+    return kind == JobKind::grade ? widened(parseSubmit(body)) : widened(parseIterate(body));
+}
+
 } // namespace
 
 JobQueue::JobQueue(RunStore& store, QueueOptions options)
@@ -33,10 +43,11 @@ JobQueue::JobQueue(RunStore& store, QueueOptions options)
       m_options(std::move(options)) {
     for (PendingJob& job : m_store.pendingJobs()) {
         m_waitingBytes += job.bytes;
-        m_waiting.push_back(std::move(job));
+        m_waiting.push_back({std::move(job), std::nullopt});
     }
-    std::stable_partition(m_waiting.begin(), m_waiting.end(),
-                          [](const PendingJob& job) { return job.attempts < kAttemptsInTurn; });
+    std::stable_partition(m_waiting.begin(), m_waiting.end(), [](const Waiting& waiting) {
+        return waiting.job.attempts < kAttemptsInTurn;
+    });
     m_worker = std::thread([this] { work(); });
 }
 
@@ -44,7 +55,7 @@ JobQueue::~JobQueue() {
     stop();
 }
 
-JobQueue::Enqueued JobQueue::enqueue(JobKind kind, const std::string& runId,
+JobQueue::Enqueued JobQueue::enqueue(JobKind kind, const std::string& runId, JobRequest request,
                                      std::string_view body) {
     const std::lock_guard lock(m_mutex);
     if (m_stopping) return QueueStopped{};
@@ -55,21 +66,27 @@ JobQueue::Enqueued JobQueue::enqueue(JobKind kind, const std::string& runId,
     // Written under the lock, so that the order in the store is the order in the queue.
     PendingJob job = m_store.addJob(newJobId(), kind, runId, body, m_options.nowMs());
     m_waitingBytes += job.bytes;
-    m_waiting.push_back(job);
+    Waiting waiting{job, std::nullopt};
+    if (m_heldBytes + job.bytes <= m_options.maxHeldBytes) {
+        m_heldBytes += job.bytes;
+        waiting.request = std::move(request);
+    }
+    m_waiting.push_back(std::move(waiting));
     m_changed.notify_all();
     return job;
 }
 
-JobQueue::Submitted JobQueue::submit(std::string_view body) {
-    Enqueued enqueued = enqueue(JobKind::grade, {}, body);
+JobQueue::Submitted JobQueue::submit(SubmitRequest request, std::string_view body) {
+    Enqueued enqueued = enqueue(JobKind::grade, {}, std::move(request), body);
     if (auto* job = std::get_if<PendingJob>(&enqueued)) return Accepted{std::move(job->id)};
     if (std::holds_alternative<QueueFull>(enqueued)) return QueueFull{};
     return QueueStopped{};
 }
 
-JobQueue::IterateOutcome JobQueue::iterate(const std::string& runId, std::string_view body) {
+JobQueue::IterateOutcome JobQueue::iterate(const std::string& runId, IterateRequest request,
+                                           std::string_view body) {
     if (!m_store.hasRun(runId)) return NoSuchRun{};
-    const Enqueued enqueued = enqueue(JobKind::iterate, runId, body);
+    const Enqueued enqueued = enqueue(JobKind::iterate, runId, std::move(request), body);
     if (std::holds_alternative<QueueFull>(enqueued)) return QueueFull{};
     if (std::holds_alternative<QueueStopped>(enqueued)) return QueueStopped{};
     const std::string& jobId = std::get<PendingJob>(enqueued).id;
@@ -96,7 +113,7 @@ std::optional<JobStatus> JobQueue::status(const std::string& jobId) {
             return status;
         }
         const auto found = std::find_if(m_waiting.begin(), m_waiting.end(),
-                                        [&](const PendingJob& job) { return job.id == jobId; });
+                                        [&](const Waiting& each) { return each.job.id == jobId; });
         if (found != m_waiting.end()) {
             status.position = static_cast<std::size_t>(found - m_waiting.begin()) +
                               (m_running.has_value() ? 1U : 0U);
@@ -137,7 +154,7 @@ void JobQueue::stop() {
 bool JobQueue::isPending(const std::string& jobId) const {
     return (m_running && m_running->id == jobId) ||
            std::any_of(m_waiting.begin(), m_waiting.end(),
-                       [&](const PendingJob& job) { return job.id == jobId; });
+                       [&](const Waiting& each) { return each.job.id == jobId; });
 }
 
 void JobQueue::work() {
@@ -156,20 +173,27 @@ void JobQueue::work() {
         }
         m_changed.wait(lock, [this] { return m_stopping || !m_waiting.empty(); });
         if (m_stopping) return;
-        m_running = std::move(m_waiting.front());
-        m_waiting.pop_front();
-        m_waitingBytes -= m_running->bytes;
-        const PendingJob job = *m_running;
+        Waiting taken = takeFirst();
+        m_running = taken.job;
         lock.unlock();
-        grade(job);
+        grade(taken);
         lock.lock();
         m_running.reset();
         m_changed.notify_all();
     }
 }
 
+JobQueue::Waiting JobQueue::takeFirst() {
+    Waiting taken = std::move(m_waiting.front());
+    m_waiting.pop_front();
+    m_waitingBytes -= taken.job.bytes;
+    if (taken.request) m_heldBytes -= taken.job.bytes;
+    return taken;
+}
+
 // Goes on until the job's end is on the disk: a full disk delays verdicts and loses none.
-void JobQueue::grade(const PendingJob& job) {
+void JobQueue::grade(Waiting& taken) {
+    const PendingJob& job = taken.job;
     bool told = false;
     bool begun = false;
     while (true) {
@@ -182,7 +206,7 @@ void JobQueue::grade(const PendingJob& job) {
                 return;
             }
             begun = true;
-            gradeOnce(job);
+            gradeOnce(taken);
             return;
         } catch (const StoreError& error) {
             if (!told) log(std::string(error.what()) + "; trying again until it works");
@@ -193,49 +217,58 @@ void JobQueue::grade(const PendingJob& job) {
     }
 }
 
-void JobQueue::gradeOnce(const PendingJob& job) {
-    const auto body = m_store.payload(job.id);
-    if (!body) return; // already over
+void JobQueue::gradeOnce(Waiting& taken) {
+    const std::string& jobId = taken.job.id;
+    if (!m_store.isPending(jobId)) return; // already over
     try {
-        judgeJob(job, *body);
+        judgeJob(taken);
     } catch (const StoreError&) {
         throw;
     } catch (const std::exception& error) {
-        m_store.failJob(job.id,
+        m_store.failJob(jobId,
                         std::string("the critics could not judge this work: ") + error.what(),
                         m_options.nowMs());
     } catch (...) {
-        m_store.failJob(job.id, "the critics could not judge this work", m_options.nowMs());
+        m_store.failJob(jobId, "the critics could not judge this work", m_options.nowMs());
     }
 }
 
-void JobQueue::judgeJob(const PendingJob& job, std::string_view body) {
-    if (job.kind == JobKind::grade) {
-        auto parsed = parseSubmit(body);
-        if (const auto* error = std::get_if<WireError>(&parsed)) {
+void JobQueue::judgeJob(Waiting& taken) {
+    const PendingJob& job = taken.job;
+    if (!taken.request) {
+        auto read = readAgain(job.kind, m_store.payload(job.id).value_or(""));
+        if (const auto* error = std::get_if<WireError>(&read)) {
             m_store.failJob(job.id, error->text, m_options.nowMs());
             return;
         }
-        const auto& request = std::get<SubmitRequest>(parsed);
-        Iteration first =
-            judged(request.submission, m_options.critic(request.submission), m_options.nowMs());
-        m_store.finishGrade(job.id, {newRunId(),
-                                     request.submission.modality,
-                                     request.submission.vertical,
-                                     request.policyId,
-                                     {std::move(first)}});
-        return;
+        taken.request = std::move(std::get<JobRequest>(read));
     }
+    if (const auto* work = std::get_if<SubmitRequest>(&*taken.request)) {
+        judgeWork(job, *work);
+    } else {
+        judgeRevision(job, std::get<IterateRequest>(*taken.request));
+    }
+}
+
+void JobQueue::judgeWork(const PendingJob& job, const SubmitRequest& request) {
+    const Submission& submission = request.submission;
+    Iteration first = judged(submission, m_options.critic(submission), m_options.nowMs());
+    m_store.finishGrade(job.id, {newRunId(),
+                                 submission.modality,
+                                 submission.vertical,
+                                 request.policyId,
+                                 {std::move(first)}});
+}
+
+void JobQueue::judgeRevision(const PendingJob& job, IterateRequest& request) {
     const auto run = m_store.run(job.runId);
-    auto parsed = parseIterate(body);
-    if (!run || std::holds_alternative<WireError>(parsed)) {
-        m_store.failJob(job.id, run ? std::get<WireError>(parsed).text : "the run is gone",
-                        m_options.nowMs());
+    if (!run) {
+        m_store.failJob(job.id, "the run is gone", m_options.nowMs());
         return;
     }
-    auto& request = std::get<IterateRequest>(parsed);
-    const Submission submission{run->modality, run->vertical, std::move(request.intent),
-                                std::move(request.parts)};
+    Submission& submission = request.submission;
+    submission.modality = run->modality;
+    submission.vertical = run->vertical;
     m_store.finishIterate(job.id, job.runId,
                           judged(submission, m_options.critic(submission), m_options.nowMs()));
 }

@@ -1,9 +1,13 @@
-// In what order is work graded, and what has become of a job?
+// The queue of work to grade, and what has become of each job.
 //
 // One worker grades one job at a time, in the order in which the jobs came in. The store is the
 // truth: a job is accepted when it is on the disk, and after a crash at any moment a new queue over
 // the same store goes on where the old one was. Grading is deterministic, so that doing a job again
 // whose verdict was not yet written does no harm.
+//
+// A request's body is read once, at the door: the queue keeps what was read beside the stored
+// bytes. From the store a job is read back, once, when it was taken up from an earlier start or
+// when the queue already held as much read work as it may.
 //
 // Revisions wait in the same queue, but whoever sends one waits for its verdict.
 //
@@ -14,6 +18,7 @@
 #include "critics/critic.h"
 #include "service/store/job_status.h"
 #include "service/store/run_store.h"
+#include "service/wire.h"
 
 #include <chrono>
 #include <condition_variable>
@@ -41,6 +46,10 @@ constexpr int kMostAttempts = 20;
 struct QueueOptions {
     std::size_t maxWaiting = 256; ///< Jobs that wait, without the one being graded.
     std::uint64_t maxWaitingBytes = std::uint64_t{1} << 30U; ///< Their bodies together.
+    /// How much of that is also held as it was read, by the size of the bodies; what comes on top
+    /// of it lies in the store alone. The default is one body of the largest size that the server
+    /// takes.
+    std::uint64_t maxHeldBytes = std::uint64_t{64} << 20U;
     /// Runs are forgotten this long after their last version; zero keeps them for good.
     std::chrono::milliseconds keep{0};
     std::chrono::milliseconds storeRetry{1000}; ///< Between attempts while the store cannot write.
@@ -82,13 +91,13 @@ public:
     JobQueue(const JobQueue&) = delete;
     JobQueue& operator=(const JobQueue&) = delete;
 
-    /// `body` must be one that parseSubmit() takes.
-    [[nodiscard]] Submitted submit(std::string_view body);
+    /// `request` is what parseSubmit() read in `body`.
+    [[nodiscard]] Submitted submit(SubmitRequest request, std::string_view body);
 
-    /// Blocks until the revision is judged or the queue stops. `body` must be one that
-    /// parseIterate() takes. A revision that the queue has taken is judged even if nobody waits any
-    /// more.
-    [[nodiscard]] IterateOutcome iterate(const std::string& runId, std::string_view body);
+    /// Blocks until the revision is judged or the queue stops. `request` is what parseIterate()
+    /// read in `body`. A revision that the queue has taken is judged even if nobody waits any more.
+    [[nodiscard]] IterateOutcome iterate(const std::string& runId, IterateRequest request,
+                                         std::string_view body);
 
     /// Absent for an id that no job has.
     [[nodiscard]] std::optional<JobStatus> status(const std::string& jobId);
@@ -103,12 +112,21 @@ public:
 private:
     using Enqueued = std::variant<PendingJob, QueueFull, QueueStopped>;
 
-    [[nodiscard]] Enqueued enqueue(JobKind kind, const std::string& runId, std::string_view body);
+    struct Waiting {
+        PendingJob job;
+        std::optional<JobRequest> request; // absent: in the store alone
+    };
+
+    [[nodiscard]] Enqueued enqueue(JobKind kind, const std::string& runId, JobRequest request,
+                                   std::string_view body);
     [[nodiscard]] bool isPending(const std::string& jobId) const; // under m_mutex
     void work();
-    void grade(const PendingJob& job);
-    void gradeOnce(const PendingJob& job);
-    void judgeJob(const PendingJob& job, std::string_view body);
+    [[nodiscard]] Waiting takeFirst(); // under m_mutex
+    void grade(Waiting& taken);
+    void gradeOnce(Waiting& taken);
+    void judgeJob(Waiting& taken);
+    void judgeWork(const PendingJob& job, const SubmitRequest& request);
+    void judgeRevision(const PendingJob& job, IterateRequest& request);
     void tidy();
     void log(const std::string& line) const;
 
@@ -117,8 +135,9 @@ private:
 
     mutable std::mutex m_mutex;
     std::condition_variable m_changed; // jobs came, a job ended, or stop
-    std::deque<PendingJob> m_waiting;
+    std::deque<Waiting> m_waiting;
     std::uint64_t m_waitingBytes = 0;
+    std::uint64_t m_heldBytes = 0; // of the bodies whose request waits here too
     std::optional<PendingJob> m_running;
     bool m_warming = true;
     bool m_stopping = false;

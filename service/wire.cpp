@@ -2,6 +2,7 @@
 
 #include "critics/findings/finding_diff.h"
 #include "text/base64.h"
+#include "text/json_shape.h"
 #include "text/unicode.h"
 
 #include <nlohmann/json.hpp>
@@ -19,7 +20,7 @@ using namespace kelvane;
 
 namespace {
 
-constexpr std::size_t kLongestIntent = 4000;
+constexpr std::size_t kLongestIntent = 4000; // Characters: the service promises no more.
 constexpr const char* kNoJson = "the body is not valid JSON";
 
 // Thrown and caught in this file only.
@@ -27,39 +28,17 @@ struct Unusable {
     std::string text;
 };
 
-// Counts before anything is built, since building is what deep or crowded bodies make expensive.
+// Looked at before anything is built, since building is what deep or crowded bodies make expensive.
 void checkShape(std::string_view body) {
-    std::size_t depth = 0;
-    std::size_t values = 1;
-    bool inString = false;
-    for (std::size_t i = 0; i < body.size(); ++i) {
-        const char c = body[i];
-        // The parser would take it for the end and not look at what follows.
-        if (c == '\0') throw Unusable{kNoJson};
-        if (inString) {
-            if (c == '\\') {
-                ++i;
-            } else if (c == '"') {
-                inString = false;
-            }
-            continue;
-        }
-        if (c == '"') {
-            inString = true;
-        } else if (c == '[' || c == '{') {
-            ++values;
-            if (++depth > kDeepestNesting) {
-                throw Unusable{"the body is nested more than " + std::to_string(kDeepestNesting) +
-                               " levels deep"};
-            }
-        } else if (c == ']' || c == '}') {
-            if (depth > 0) --depth;
-        } else if (c == ',') {
-            ++values;
-        }
-        if (values > kMostValues) {
-            throw Unusable{"the body holds more than " + std::to_string(kMostValues) + " values"};
-        }
+    const text::JsonShape shape = text::jsonShape(body);
+    // The parser would take it for the end and not look at what follows.
+    if (shape.hasNul) throw Unusable{kNoJson};
+    if (shape.depth > text::kDeepestJson) {
+        throw Unusable{"the body is nested more than " + std::to_string(text::kDeepestJson) +
+                       " levels deep"};
+    }
+    if (shape.values > kMostValues) {
+        throw Unusable{"the body holds more than " + std::to_string(kMostValues) + " values"};
     }
 }
 
@@ -218,8 +197,8 @@ std::variant<IterateRequest, WireError> parseIterate(std::string_view body) {
         json object = parseBody(body);
         IterateRequest request;
         requireWord(object, "decision", "re_prompt");
-        request.intent = intentOf(object);
-        request.parts = partsOf(object, "new_artifact_parts");
+        request.submission.intent = intentOf(object);
+        request.submission.parts = partsOf(object, "new_artifact_parts");
         return request;
     } catch (const Unusable& unusable) {
         return WireError{unusable.text};

@@ -1,8 +1,7 @@
-// What do the bodies of requests and answers say?
+// The JSON of the service's API: requests read strictly, answers written.
 //
-// The JSON of the service's API, read strictly and written. Pure functions over values; any thread.
-// Nothing here throws on what a client sent: a body that cannot be used comes back as the sentence
-// that tells the client why, naming the field.
+// Pure functions over values; any thread. Nothing here throws on what a client sent: a body that
+// cannot be used comes back as the sentence that tells the client why, naming the field.
 
 #pragma once
 
@@ -18,9 +17,8 @@
 
 namespace trevix {
 
-/// Arrays and objects inside one another, in a request.
-constexpr std::size_t kDeepestNesting = 512;
 /// Values in one request, whatever they are: keeps a small body from becoming a huge document.
+/// How deep a body may nest is `text::kDeepestJson`.
 constexpr std::size_t kMostValues = 100'000;
 
 /// Why a body cannot be used, for the client's developer: "artifact_parts[1].mime_type must be a
@@ -37,11 +35,13 @@ struct SubmitRequest {
     std::string policyId;  ///< Empty when none was given.
 };
 
-/// A revision of work that was graded before. Modality and vertical are the run's.
+/// A revision of work that was graded before.
 struct IterateRequest {
-    std::string intent; ///< Cut to 4000 characters.
-    std::vector<Part> parts;
+    Submission submission; ///< As above. Modality and vertical are the run's, and empty here.
 };
+
+/// What a job was asked for.
+using JobRequest = std::variant<SubmitRequest, IterateRequest>;
 
 [[nodiscard]] std::variant<SubmitRequest, WireError> parseSubmit(std::string_view body);
 [[nodiscard]] std::variant<IterateRequest, WireError> parseIterate(std::string_view body);

@@ -216,9 +216,9 @@ HttpAnswer HttpApi::route(const HttpHead& head, const std::string& body) {
 }
 
 HttpAnswer HttpApi::submit(const std::string& body) {
-    const auto parsed = parseSubmit(body);
+    auto parsed = parseSubmit(body);
     if (const auto* error = std::get_if<WireError>(&parsed)) return errorAnswer(400, error->text);
-    const auto outcome = m_queue.submit(body);
+    const auto outcome = m_queue.submit(std::move(std::get<SubmitRequest>(parsed)), body);
     if (const auto* accepted = std::get_if<Accepted>(&outcome)) {
         return jsonAnswer(202, acceptedJson(accepted->jobId));
     }
@@ -238,9 +238,9 @@ HttpAnswer HttpApi::runRecord(const std::string& runId) {
 }
 
 HttpAnswer HttpApi::iterate(const std::string& runId, const std::string& body) {
-    const auto parsed = parseIterate(body);
+    auto parsed = parseIterate(body);
     if (const auto* error = std::get_if<WireError>(&parsed)) return errorAnswer(400, error->text);
-    const auto outcome = m_queue.iterate(runId, body);
+    const auto outcome = m_queue.iterate(runId, std::move(std::get<IterateRequest>(parsed)), body);
     if (const auto* done = std::get_if<Iterated>(&outcome)) {
         return jsonAnswer(200, iterationJson(done->run, done->number));
     }

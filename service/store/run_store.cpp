@@ -268,6 +268,14 @@ std::vector<PendingJob> RunStore::pendingJobs() {
     return jobs;
 }
 
+bool RunStore::isPending(const std::string& jobId) {
+    const auto lock = m_database->lock();
+    Statement statement(m_database->handle(),
+                        "SELECT 1 FROM jobs WHERE id = ? AND status = 'pending'");
+    statement.bind(jobId);
+    return statement.step();
+}
+
 std::optional<std::string> RunStore::payload(const std::string& jobId) {
     const auto lock = m_database->lock();
     Statement statement(m_database->handle(),

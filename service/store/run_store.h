@@ -1,6 +1,5 @@
-// Which jobs wait, and what came of those that are done?
-//
-// Everything the service must not lose, in one SQLite file. A job's work is kept from the moment it
+// The run store: everything that the service must not lose, in one SQLite file.
+// A job's work is kept from the moment it
 // is accepted until it is judged, and dropped in the transaction that writes its verdict: there is
 // no moment at which a crash loses either or counts a job twice. Commits are on the disk when a
 // call returns (write-ahead log, synchronous=FULL), because an accepted job has been promised.
@@ -74,6 +73,8 @@ public:
 
     /// In the order of grading.
     [[nodiscard]] std::vector<PendingJob> pendingJobs();
+
+    [[nodiscard]] bool isPending(const std::string& jobId);
 
     /// The body that the job came with. Absent for a job that is over or unknown.
     [[nodiscard]] std::optional<std::string> payload(const std::string& jobId);

@@ -59,11 +59,31 @@ protected:
         start();
     }
 
+    // As the door does it: read once, handed on with the bytes.
+    JobQueue::Submitted submitted(const std::string& text) {
+        const std::string body = submitBody(text);
+        return m_queue->submit(std::get<SubmitRequest>(parseSubmit(body)), body);
+    }
+    JobQueue::IterateOutcome iterated(const std::string& runId, const std::string& text) {
+        const std::string body = iterateBody(text);
+        return m_queue->iterate(runId, std::get<IterateRequest>(parseIterate(body)), body);
+    }
+
     std::string submit(const std::string& text) {
-        const auto submitted = m_queue->submit(submitBody(text));
-        EXPECT_TRUE(std::holds_alternative<Accepted>(submitted));
-        return std::holds_alternative<Accepted>(submitted) ? std::get<Accepted>(submitted).jobId
-                                                           : "";
+        const auto outcome = submitted(text);
+        EXPECT_TRUE(std::holds_alternative<Accepted>(outcome));
+        return std::holds_alternative<Accepted>(outcome) ? std::get<Accepted>(outcome).jobId : "";
+    }
+
+    // Whoever reads a stored body from now on cannot.
+    void spoilStoredBodies() const {
+        sqlite3* other = nullptr;
+        ASSERT_EQ(sqlite3_open(file().c_str(), &other), SQLITE_OK);
+        sqlite3_busy_timeout(other, 5000);
+        ASSERT_EQ(
+            sqlite3_exec(other, "UPDATE jobs SET payload = 'spoilt'", nullptr, nullptr, nullptr),
+            SQLITE_OK);
+        sqlite3_close(other);
     }
 
     JobStatus finished(const std::string& jobId) {
@@ -167,7 +187,7 @@ TEST_F(ClosedJobQueueTest, AFullQueueTakesNothing) {
     m_closed->awaitArrivals(1);
     submit("waiting 1");
     submit("waiting 2");
-    EXPECT_TRUE(std::holds_alternative<QueueFull>(m_queue->submit(submitBody("too many"))));
+    EXPECT_TRUE(std::holds_alternative<QueueFull>(submitted("too many")));
     m_closed->letOnePass();
     m_closed->awaitArrivals(2);
     submit("fits again");
@@ -179,9 +199,50 @@ TEST_F(ClosedJobQueueTest, ManyBytesFillTheQueueToo) {
     start(std::move(small));
     submit("running");
     m_closed->awaitArrivals(1);
-    EXPECT_TRUE(
-        std::holds_alternative<QueueFull>(m_queue->submit(submitBody(std::string(2000, 'x')))));
+    EXPECT_TRUE(std::holds_alternative<QueueFull>(submitted(std::string(2000, 'x'))));
     submit("small");
+}
+
+TEST_F(ClosedJobQueueTest, WhatCameThroughTheDoorIsNotReadAgain) {
+    start(closedOptions());
+    const std::string first = submit("high a: one");
+    m_closed->letOnePass();
+    const std::string runId = finished(first).runId;
+    const std::string held = submit("low b: two");
+    m_closed->awaitArrivals(2);
+    const std::string waiting = submit("medium c: three");
+    auto revision = std::async(std::launch::async, [&] { return iterated(runId, "low d: four"); });
+    while (m_store->pendingJobs().size() < 3) std::this_thread::yield();
+    spoilStoredBodies();
+    m_closed->open();
+    EXPECT_EQ(finished(held).result->findings.at(0).evidence, "two");
+    EXPECT_EQ(finished(waiting).result->findings.at(0).evidence, "three");
+    const auto outcome = revision.get();
+    ASSERT_TRUE(std::holds_alternative<Iterated>(outcome));
+    EXPECT_EQ(m_closed->judged().back().modality, "text") << "the run's";
+}
+
+TEST_F(ClosedJobQueueTest, WhatIsTooMuchToHoldWaitsInTheStoreAlone) {
+    QueueOptions small = closedOptions();
+    small.maxHeldBytes = submitBody("high a: one").size() + 1;
+    start(std::move(small));
+    submit("running");
+    m_closed->awaitArrivals(1);
+    const std::string held = submit("high a: one");
+    const std::string stored = submit("high b: two");
+    m_closed->letOnePass();
+    m_closed->awaitArrivals(2); // "high a: one" is being judged: there is room again
+    const std::string heldAgain = submit("high c: tri");
+    m_closed->letOnePass();
+    m_closed->awaitArrivals(3); // "high b: two" has been read
+    EXPECT_EQ(m_closed->judged().at(2).parts.at(0).text, "high b: two");
+    const std::string storedAgain = submit("high d: for");
+    spoilStoredBodies();
+    m_closed->open();
+    EXPECT_EQ(finished(held).state, JobState::completed);
+    EXPECT_EQ(finished(stored).state, JobState::completed);
+    EXPECT_EQ(finished(heldAgain).state, JobState::completed);
+    EXPECT_EQ(finished(storedAgain).error, "the body is not valid JSON");
 }
 
 TEST_F(JobQueueTest, WarmingIsToldUntilTheCriticsAreReady) {
@@ -222,8 +283,7 @@ TEST_F(JobQueueTest, ACriticThatThrowsFailsItsJobOnly) {
 TEST_F(JobQueueTest, ARevisionIsComparedWithTheVersionBefore) {
     start();
     const std::string runId = finished(submit("high a: one\nmedium b: two\nlow c: three")).runId;
-    const auto outcome =
-        m_queue->iterate(runId, iterateBody("a new line\nmedium b: two\nlow d: four"));
+    const auto outcome = iterated(runId, "a new line\nmedium b: two\nlow d: four");
     ASSERT_TRUE(std::holds_alternative<Iterated>(outcome));
     const auto& [run, number] = std::get<Iterated>(outcome);
     EXPECT_EQ(number, 1);
@@ -236,14 +296,14 @@ TEST_F(JobQueueTest, ARevisionIsComparedWithTheVersionBefore) {
 
 TEST_F(JobQueueTest, ARevisionOfNoRunIsTurnedAway) {
     start();
-    EXPECT_TRUE(std::holds_alternative<NoSuchRun>(m_queue->iterate("run_none", iterateBody("x"))));
+    EXPECT_TRUE(std::holds_alternative<NoSuchRun>(iterated("run_none", "x")));
     EXPECT_THAT(m_store->pendingJobs(), SizeIs(0));
 }
 
 TEST_F(JobQueueTest, ARevisionThatCannotBeJudgedLeavesTheRunAsItWas) {
     start();
     const std::string runId = finished(submit("x")).runId;
-    const auto outcome = m_queue->iterate(runId, iterateBody("throw"));
+    const auto outcome = iterated(runId, "throw");
     ASSERT_TRUE(std::holds_alternative<JudgingFailed>(outcome));
     EXPECT_THAT(std::get<JudgingFailed>(outcome).error, HasSubstr("stumbled"));
     EXPECT_THAT(m_store->run(runId)->iterations, SizeIs(1));
@@ -256,8 +316,7 @@ TEST_F(ClosedJobQueueTest, ARevisionWaitsItsTurn) {
     const std::string runId = finished(first).runId;
     const std::string second = submit("second");
     m_closed->awaitArrivals(2);
-    auto revision = std::async(std::launch::async,
-                               [&] { return m_queue->iterate(runId, iterateBody("revised")); });
+    auto revision = std::async(std::launch::async, [&] { return iterated(runId, "revised"); });
     while (m_store->pendingJobs().size() < 2) std::this_thread::yield();
     EXPECT_EQ(m_queue->status(second)->state, JobState::running);
     m_closed->open();
@@ -273,14 +332,13 @@ TEST_F(ClosedJobQueueTest, StoppingReturnsThoseWhoWaitAndKeepsTheirWork) {
     const std::string runId = finished(first).runId;
     const std::string running = submit("running");
     m_closed->awaitArrivals(2);
-    auto revision = std::async(std::launch::async,
-                               [&] { return m_queue->iterate(runId, iterateBody("revised")); });
+    auto revision = std::async(std::launch::async, [&] { return iterated(runId, "revised"); });
     while (m_store->pendingJobs().size() < 2) std::this_thread::yield();
     auto stopped = std::async(std::launch::async, [&] { m_queue->stop(); });
     EXPECT_TRUE(std::holds_alternative<QueueStopped>(revision.get()));
     m_closed->open();
     stopped.get();
-    EXPECT_TRUE(std::holds_alternative<QueueStopped>(m_queue->submit(submitBody("late"))));
+    EXPECT_TRUE(std::holds_alternative<QueueStopped>(submitted("late")));
     EXPECT_EQ(m_queue->status(running)->state, JobState::completed) << "the one under way ended";
 
     restart();

@@ -213,9 +213,9 @@ TEST(ParseIterate, TakesWhatAClientSends) {
     const auto parsed = parseIterate(iterateBody("better"));
     ASSERT_TRUE(std::holds_alternative<IterateRequest>(parsed));
     const auto& request = std::get<IterateRequest>(parsed);
-    EXPECT_EQ(request.intent, "Validate this Editor work before it ships.");
-    ASSERT_EQ(request.parts.size(), 1U);
-    EXPECT_EQ(request.parts[0].text, "better");
+    EXPECT_EQ(request.submission.intent, "Validate this Editor work before it ships.");
+    ASSERT_EQ(request.submission.parts.size(), 1U);
+    EXPECT_EQ(request.submission.parts[0].text, "better");
 }
 
 TEST(ParseIterate, WrongFieldsAreNamed) {

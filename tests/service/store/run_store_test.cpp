@@ -87,6 +87,8 @@ TEST_F(RunStoreTest, JobsWaitInTheOrderInWhichTheyCame) {
     EXPECT_EQ(pending[1], (PendingJob{2, "job_a", JobKind::iterate, "run_1", 6, 0}));
     EXPECT_EQ(store->payload("job_b"), "first");
     EXPECT_EQ(store->payload("job_c"), std::nullopt);
+    EXPECT_TRUE(store->isPending("job_b"));
+    EXPECT_FALSE(store->isPending("job_c"));
     EXPECT_EQ(store->finishedJob("job_b"), std::nullopt);
 }
 
