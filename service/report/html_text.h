@@ -1,6 +1,6 @@
-// How does a stranger's text appear on a page without becoming part of it?
+// A stranger's text as it may stand on a page without becoming part of it.
 //
-// Pure.
+// Pure; any thread.
 
 #pragma once
 

@@ -1,8 +1,7 @@
 #include "service/report/report_page.h"
 
 #include "critics/findings/finding_diff.h"
-#include "service/report/html_text.h"
-#include "service/report/report_style.h"
+#include "service/report/html.h"
 #include "service/store/random_id.h"
 
 #include <algorithm>
@@ -16,16 +15,15 @@ namespace trevix {
 
 namespace {
 
-Page page(const std::string& title, const std::string& content) {
+Page page(const Html& title, const Html& content) {
     const std::string nonce = randomName("", 16);
     Page made;
-    made.html = "<!DOCTYPE html>\n<html lang=\"en\"><head><meta charset=\"utf-8\">"
-                "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">"
-                "<title>" +
-                title + "</title><style nonce=\"" + nonce + "\">" + std::string(kStyle) +
-                "</style></head>\n<body><main>\n<p class=\"brand\"><a href=\"/\">Trevix local</a>"
-                "</p>\n" +
-                content + "\n</main></body></html>\n";
+    made.html = filled(page_files::kPage, {{"title", title},
+                                           {"nonce", nonce},
+                                           {"style", filled(page_files::kStyle)},
+                                           {"content", content}})
+                    .markup() +
+                "\n";
     made.contentSecurityPolicy = "default-src 'none'; style-src 'nonce-" + nonce +
                                  "'; base-uri 'none'; form-action 'none'; frame-ancestors 'none'";
     return made;
@@ -101,178 +99,188 @@ std::string lowerName(Severity severity) {
     return lower;
 }
 
-std::string flawItem(const Finding& finding) {
-    const std::string severity = lowerName(finding.severity);
-    std::string html = "<li class=\"flaw f-" + severity +
-                       "\"><div class=\"top\"><span class=\"sev " + severity + "\">" +
-                       std::string(name(finding.severity)) + "</span><b dir=\"auto\">" +
-                       htmlText(finding.criterion) + "</b>";
-    if (!finding.place.empty()) {
-        html += "<span class=\"place\" dir=\"auto\">" + htmlText(finding.place) + "</span>";
-    }
-    html += "</div>";
-    if (!finding.detail.empty()) html += "<p dir=\"auto\">" + htmlText(finding.detail) + "</p>";
-    if (!finding.evidence.empty()) {
-        html += "<code class=\"evidence\" dir=\"auto\">" + htmlText(finding.evidence) + "</code>";
-    }
-    return html + "<span class=\"rule\">" + htmlText(finding.rule) + "</span></li>\n";
+/// `text` in an element, or nothing around nothing.
+Html unlessEmpty(std::string_view tag, std::string_view className, const std::string& text) {
+    if (text.empty()) return {};
+    return element(tag, {{"class", std::string(className)}, {"dir", "auto"}}, {text});
 }
 
-std::string flawList(const std::vector<Finding>& findings) {
+Html soft(const Html& text) {
+    return element("span", {{"class", "what"}}, {text});
+}
+
+Html pill(Band band) {
+    return element("span", {{"class", "pill " + bandClass(band)}}, {bandWords(band)});
+}
+
+Html flawItem(const Finding& finding) {
+    const std::string severity = lowerName(finding.severity);
+    const Html top =
+        element("div", {{"class", "top"}},
+                {element("span", {{"class", "sev " + severity}}, {name(finding.severity)}),
+                 element("b", {{"dir", "auto"}}, {finding.criterion}),
+                 unlessEmpty("span", "place", finding.place)});
+    const Html detail =
+        finding.detail.empty() ? Html() : element("p", {{"dir", "auto"}}, {finding.detail});
+    return element("li", {{"class", "flaw f-" + severity}},
+                   {top, detail, unlessEmpty("code", "evidence", finding.evidence),
+                    element("span", {{"class", "rule"}}, {finding.rule})});
+}
+
+Html flawList(const std::vector<Finding>& findings) {
     std::vector<Finding> heaviestFirst = findings;
     std::stable_sort(heaviestFirst.begin(), heaviestFirst.end(),
                      [](const Finding& a, const Finding& b) { return a.severity > b.severity; });
-    std::string html = "<ul class=\"flaws\">\n";
-    for (const Finding& finding : heaviestFirst) html += flawItem(finding);
-    return html + "</ul>\n";
+    Html items = "\n";
+    for (const Finding& finding : heaviestFirst) {
+        items += flawItem(finding);
+        items += "\n";
+    }
+    Html list = element("ul", {{"class", "flaws"}}, {items});
+    return list += "\n";
 }
 
-std::string section(const char* level, const std::string& id, const std::string& title,
-                    const std::vector<Finding>& findings) {
+Html section(const char* level, const std::string& id, const char* title,
+             const std::vector<Finding>& findings) {
     if (findings.empty()) return {};
-    return "<section class=\"is-" + id + "\"><" + level + ">" + title + " <span class=\"count\">" +
-           std::to_string(findings.size()) + "</span></" + level + ">\n" + flawList(findings) +
-           "</section>\n";
+    const Html count = element("span", {{"class", "count"}}, {std::to_string(findings.size())});
+    Html made = element("section", {{"class", "is-" + id}},
+                        {element(level, {}, {title, " ", count}), "\n", flawList(findings)});
+    return made += "\n";
 }
 
-std::string diffSections(const char* level, const FindingDiff& diff) {
-    return section(level, "new", "New", diff.fresh) +
-           section(level, "remaining", "Remaining", diff.remaining) +
-           section(level, "fixed", "Fixed", diff.fixed);
+Html diffSections(const char* level, const FindingDiff& diff) {
+    Html sections = section(level, "new", "New", diff.fresh);
+    sections += section(level, "remaining", "Remaining", diff.remaining);
+    return sections += section(level, "fixed", "Fixed", diff.fixed);
 }
 
-std::string ring(const Iteration& iteration) {
-    const int hundredths =
-        static_cast<int>(std::lround(std::clamp(iteration.score, 0.0, 1.0) * 100.0));
-    const std::string score = scoreText(iteration.score);
-    std::string html = "<svg class=\"ring " + bandClass(iteration.band) +
-                       "\" viewBox=\"0 0 100 100\" role=\"img\" aria-label=\"Score " + score +
-                       " of 1\"><circle class=\"track\" cx=\"50\" cy=\"50\" r=\"43\"/>";
-    if (hundredths > 0) {
-        html += "<circle class=\"value\" cx=\"50\" cy=\"50\" r=\"43\" pathLength=\"100\" "
-                "stroke-dasharray=\"" +
-                std::to_string(hundredths) + " 100\" transform=\"rotate(-90 50 50)\"/>";
-    }
-    return html + "<text x=\"50\" y=\"56\">" + score +
-           "</text><text class=\"of\" x=\"50\" y=\"72\">of 1</text></svg>";
+Html ring(const Iteration& iteration) {
+    const auto hundredths = std::lround(std::clamp(iteration.score, 0.0, 1.0) * 100.0);
+    // A dash of no length would still show its round ends.
+    const Html value = hundredths == 0 ? Html()
+                                       : filled(page_files::kRingValue,
+                                                {{"hundredths", std::to_string(hundredths)}});
+    return filled(page_files::kRing, {{"band", bandClass(iteration.band)},
+                                      {"score", scoreText(iteration.score)},
+                                      {"value", value}});
 }
 
-std::string partsText(const std::vector<PartSummary>& parts) {
+Html partsList(const std::vector<PartSummary>& parts) {
     if (parts.empty()) return "none";
-    std::string html;
+    Html list;
     for (const PartSummary& part : parts) {
-        if (!html.empty()) html += "<br>";
-        html += "<bdi>" + htmlText(part.name.empty() ? "unnamed" : part.name) +
-                "</bdi> <span class=\"what\">" + htmlText(part.mimeType) + ", " +
-                sizeText(part.bytes) + "</span>";
+        if (!list.empty()) list += lineBreak();
+        list += element("bdi", {}, {part.name.empty() ? "unnamed" : part.name});
+        list += " ";
+        list += soft(part.mimeType + ", " + sizeText(part.bytes));
     }
-    return html;
+    return list;
 }
 
-std::string term(const char* name, const std::string& html) {
-    return html.empty() ? std::string() : std::string("<dt>") + name + "</dt><dd>" + html + "</dd>";
+Html term(const char* name, const Html& description) {
+    if (description.empty()) return {};
+    Html made = element("dt", {}, {name});
+    return made += element("dd", {}, {description});
 }
 
-std::string verdictCard(const RunRecord& run, const std::string& change) {
+Html verdictCard(const RunRecord& run, const std::string& change) {
     const Iteration& now = run.latest();
-    std::string html = "<section class=\"card\"><div class=\"verdict\">" + ring(now) +
-                       "<div><span class=\"pill " + bandClass(now.band) + "\">" +
-                       bandWords(now.band) + "</span><h1>" + headline(now.band) +
-                       "</h1><p class=\"what\" dir=\"auto\">" + htmlText(now.intent) + "</p>";
-    if (!change.empty()) {
-        html += "<p class=\"change\">" + change +
-                " <span class=\"what\">since the version before"
-                "</span></p>";
-    }
-    html += "</div></div><dl class=\"meta\">";
-    html += term("Judged", timeText(now.createdMs));
-    html += term("Version", versionName(now));
-    html += term("Kind", htmlText(run.modality));
-    html += term("Field", htmlText(run.vertical));
-    html += term("Parts", partsText(now.parts));
-    return html + "</dl></section>\n";
+    const Html since = change.empty() ? Html()
+                                      : element("p", {{"class", "change"}},
+                                                {change, " ", soft("since the version before")});
+    const Html words =
+        element("div", {},
+                {pill(now.band), element("h1", {}, {headline(now.band)}),
+                 element("p", {{"class", "what"}, {"dir", "auto"}}, {now.intent}), since});
+    const Html facts = element("dl", {{"class", "meta"}},
+                               {term("Judged", timeText(now.createdMs)),
+                                term("Version", versionName(now)), term("Kind", run.modality),
+                                term("Field", run.vertical), term("Parts", partsList(now.parts))});
+    Html card = element("section", {{"class", "card"}},
+                        {element("div", {{"class", "verdict"}}, {ring(now), words}), facts});
+    return card += "\n";
 }
 
-// Earlier versions and what each changed, latest first. The latest itself stands above.
-std::string history(const RunRecord& run) {
-    if (run.iterations.size() < 2) return {};
-    std::string html = "<h2>Earlier versions</h2>\n";
-    for (std::size_t i = run.iterations.size() - 1; i-- > 0;) {
-        const Iteration& iteration = run.iterations[i];
-        html += "<details class=\"card\"><summary><b>" + versionName(iteration) +
-                "</b><span class=\"pill " + bandClass(iteration.band) + "\">" +
-                bandWords(iteration.band) + "</span><span>" + scoreText(iteration.score) +
-                "</span><span class=\"what\">" + timeText(iteration.createdMs) + "</span>";
-        if (i == 0) {
-            html += "<span class=\"what\">" + counted(iteration.findings.size(), "flaw", "flaws") +
-                    "</span></summary><div>";
-            html += iteration.findings.empty() ? "<p class=\"none\">No flaws.</p>"
-                                               : flawList(iteration.findings);
-        } else {
-            const FindingDiff diff =
-                compareFindings(run.iterations[i - 1].findings, iteration.findings);
-            html += "<span class=\"what\">" + changeText(diff) + "</span></summary><div>" +
-                    diffSections("h3", diff);
-        }
-        html += "</div></details>\n";
+/// The version `number` of the run: what was found in the first one, what each later one changed.
+Html earlierVersion(const RunRecord& run, std::size_t number) {
+    const Iteration& iteration = run.iterations[number];
+    std::string summary;
+    Html details;
+    if (number == 0) {
+        summary = counted(iteration.findings.size(), "flaw", "flaws");
+        details = iteration.findings.empty() ? element("p", {{"class", "none"}}, {"No flaws."})
+                                             : flawList(iteration.findings);
+    } else {
+        const FindingDiff diff =
+            compareFindings(run.iterations[number - 1].findings, iteration.findings);
+        summary = changeText(diff);
+        details = diffSections("h3", diff);
     }
-    return html;
+    const Html head = element("summary", {},
+                              {element("b", {}, {versionName(iteration)}), pill(iteration.band),
+                               element("span", {}, {scoreText(iteration.score)}),
+                               soft(timeText(iteration.createdMs)), soft(summary)});
+    Html card = element("details", {{"class", "card"}}, {head, element("div", {}, {details})});
+    return card += "\n";
+}
+
+/// Earlier versions, latest first. The latest itself stands above.
+Html history(const RunRecord& run) {
+    if (run.iterations.size() < 2) return {};
+    Html made = element("h2", {}, {"Earlier versions"});
+    made += "\n";
+    for (std::size_t number = run.iterations.size() - 1; number-- > 0;) {
+        made += earlierVersion(run, number);
+    }
+    return made;
+}
+
+/// As one word of a shell, whatever is in it.
+std::string quotedForShell(std::string_view path) {
+    std::string quoted = "'";
+    for (const char c : path) quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
+    return quoted + "'";
 }
 
 } // namespace
 
 Page reportPage(const RunRecord& run) {
     const Iteration& now = run.latest();
-    std::string content;
+    Html content;
     if (run.iterations.size() == 1) {
-        content = verdictCard(run, {}) + section("h2", "found", "Flaws", now.findings);
+        content = verdictCard(run, {});
+        content += section("h2", "found", "Flaws", now.findings);
     } else {
         const FindingDiff diff =
             compareFindings(run.iterations[run.iterations.size() - 2].findings, now.findings);
-        content = verdictCard(run, changeText(diff)) + diffSections("h2", diff);
+        content = verdictCard(run, changeText(diff));
+        content += diffSections("h2", diff);
     }
-    if (now.findings.empty())
-        content += "<h2>No flaws</h2>\n<p class=\"none\">Nothing was found that "
-                   "would have to be fixed.</p>\n";
+    if (now.findings.empty()) {
+        content += element("h2", {}, {"No flaws"});
+        content += "\n";
+        content +=
+            element("p", {{"class", "none"}}, {"Nothing was found that would have to be fixed."});
+        content += "\n";
+    }
     content += history(run);
     return page(bandWords(now.band) + " · " + scoreText(now.score) + " · Trevix report", content);
 }
 
 Page noSuchRunPage() {
-    return page(
-        "No such report · Trevix",
-        "<section class=\"card\"><h1>There is no such report</h1>"
-        "<p>The address names no run of this service, or one so old that it was deleted.</p>"
-        "</section>");
+    return page("No such report · Trevix", filled(page_files::kNoSuchRun));
 }
 
 Page connectPage(std::string_view base, std::string_view keyFile) {
-    std::string content = "<section class=\"card\"><h1>Connect to this service</h1>";
-    const std::string exportBase = "export BRASK_API_BASE=" + htmlText(base);
-    if (keyFile.empty()) {
-        content += "<p>The key is the one that the service was started with.</p><pre>" +
-                   exportBase + "\nexport BRASK_API_KEY=…</pre>";
-    } else {
-        std::string quoted = "'";
-        for (const char c : keyFile) quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
-        quoted += "'";
-        content += "<p>The key is in a file that only you can read: <code>" + htmlText(keyFile) +
-                   "</code></p><p>In the shell that starts your program:</p><pre>" + exportBase +
-                   "\nexport BRASK_API_KEY=\"$(cat " + htmlText(quoted) +
-                   ")\"</pre><p>Or keep the key where every program of yours looks for it:</p>"
-                   "<pre>mkdir -p ~/.brask &amp;&amp; install -m 600 " +
-                   htmlText(quoted) + " ~/.brask/key</pre>";
-    }
-    return page("Connect · Trevix", content + "</section>");
+    const auto& file = keyFile.empty() ? page_files::kConnectGivenKey : page_files::kConnect;
+    return page("Connect · Trevix", filled(file, {{"base", base},
+                                                  {"key_file", keyFile},
+                                                  {"quoted_key_file", quotedForShell(keyFile)}}));
 }
 
 Page indexPage() {
-    return page("Trevix local",
-                "<section class=\"card\"><h1>The local evaluation service</h1>"
-                "<p>It judges your work on this machine. Nothing leaves it.</p>"
-                "<p><a href=\"/connect\">Connect a program</a></p>"
-                "<p class=\"what\">Reports open from the program that asked for the verdict: "
-                "each has an address of its own that nobody can guess.</p></section>");
+    return page("Trevix local", filled(page_files::kIndex));
 }
 
 } // namespace trevix

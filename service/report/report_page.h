@@ -1,6 +1,6 @@
-// What does a person see of a run?
+// The service's pages for a browser: the report on a run, and how to connect.
 //
-// Pages for a browser: self-contained, without scripts, readable in light and in dark. Everything
+// Self-contained, without scripts, readable in light and in dark. Everything
 // that comes from the graded work is a stranger's text and is escaped. Apart from drawing the nonce
 // of their style sheet these functions are pure; any thread.
 

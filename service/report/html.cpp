@@ -1,0 +1,57 @@
+#include "service/report/html.h"
+
+#include "service/report/html_text.h"
+
+#include <algorithm>
+
+namespace trevix {
+
+Html::Html(std::string_view text) : m_markup(htmlText(text)) {}
+
+Html& Html::operator+=(const Html& more) {
+    m_markup += more.m_markup;
+    return *this;
+}
+
+Html element(std::string_view tag, std::initializer_list<Attribute> attributes,
+             std::initializer_list<Html> content) {
+    Html made;
+    std::string& markup = made.m_markup;
+    markup.append("<").append(tag);
+    for (const Attribute& attribute : attributes) {
+        markup.append(" ").append(attribute.name).append("=\"");
+        markup.append(htmlText(attribute.value)).append("\"");
+    }
+    markup.append(">");
+    for (const Html& piece : content) made += piece;
+    markup.append("</").append(tag).append(">");
+    return made;
+}
+
+Html lineBreak() {
+    Html made;
+    made.m_markup = "<br>";
+    return made;
+}
+
+// What is filled in is not looked at again: a text that holds "{{content}}" stays that text.
+Html filled(const page_files::PageFile& file,
+            std::initializer_list<std::pair<std::string_view, Html>> pieces) {
+    constexpr std::string_view kOpen = "{{";
+    constexpr std::string_view kClose = "}}";
+    Html made;
+    std::string_view rest = file.markup;
+    while (true) {
+        const auto open = rest.find(kOpen);
+        const auto close = rest.find(kClose, open);
+        made.m_markup += rest.substr(0, close == std::string_view::npos ? close : open);
+        if (close == std::string_view::npos) return made;
+        const auto name = rest.substr(open + kOpen.size(), close - open - kOpen.size());
+        const auto* const piece = std::find_if(
+            pieces.begin(), pieces.end(), [&](const auto& each) { return each.first == name; });
+        if (piece != pieces.end()) made += piece->second;
+        rest.remove_prefix(close + kClose.size());
+    }
+}
+
+} // namespace trevix
