@@ -17,7 +17,7 @@ import unittest
 
 HERE = pathlib.Path(__file__).resolve().parent
 ROOT = HERE.parents[1]
-KIT = ROOT / "resources" / "kit"
+KIT = pathlib.Path(os.environ.get("KELVANE_KIT") or ROOT / "build" / "dev" / "kit")
 TOOLS = pathlib.Path(os.environ.get("KELVANE_TOOLS") or ROOT / "build" / "tools").resolve()
 PATHS = {"node24": "node", "codex": "codex", "claude": "claude", "openclaw": "openclaw",
          "inspector": "mcp-inspector"}

@@ -13,7 +13,8 @@ import tempfile
 import unittest
 
 ROOT = pathlib.Path(__file__).resolve().parents[3]
-SCRIPT = ROOT / "resources" / "kit" / "brask_install.py"
+KIT = pathlib.Path(os.environ.get("KELVANE_KIT") or ROOT / "build" / "dev" / "kit")
+SCRIPT = KIT / "brask_install.py"  # the one that ships, as the build joined it
 CORPUS = ROOT / "tests" / "kit" / "corpus"
 CORPUS_HOME = b"/home/u"  # the home folder that the corpus was written for
 # Every write is flushed to the disk, so that memory makes the tests many times as quick.

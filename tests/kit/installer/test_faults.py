@@ -68,6 +68,20 @@ def kill_after(name, real, arguments, first):
     os.kill(os.getpid(), signal.SIGKILL)
 
 
+def end_before(name, real, arguments, first):
+    if first:
+        raise SystemExit(143)
+
+
+def end_after(name, real, arguments, first):
+    """A signal that comes as soon as the step is done, before anybody could note that it is."""
+    if first:
+        done = real(*arguments)
+        if name == "open":
+            os.close(done)
+        raise SystemExit(143)
+
+
 class FaultTest(HomeTest):
     def start(self, tool, with_file, wired):
         """A home folder in one of the states from which a run may start."""
@@ -160,6 +174,31 @@ class FaultTest(HomeTest):
             self.assertEqual([], self.strays())
             self.check_again(tool, run, old, new)
         self.everywhere(("write", "mkdir"), disk_full, check)
+
+    def check_ended(self, tool, run, old, new, fired):
+        """What the manifest says is what the file holds: nothing is undone by halves."""
+        self.assertIn(self.content(tool), (old, new))
+        self.assertEqual([], self.strays())
+        self.check_again(tool, run, old, new)
+
+    def test_ended_by_a_signal_before_any_step(self):
+        self.everywhere(STEPS, end_before, self.check_ended)
+
+    def test_ended_by_a_signal_as_soon_as_any_step_is_done(self):
+        self.everywhere(STEPS, end_after, self.check_ended)
+
+    def test_ended_as_soon_as_the_command_is_there(self):
+        self.before, launcher = self.tree(), self.at(".local/bin/brask")
+
+        def end(name, real, arguments, first):
+            if arguments[1] == launcher:
+                real(*arguments)
+                raise SystemExit(143)
+        with Fuse(("replace",), 0, end):
+            self.assertEqual(143, self.wire("codex").code)
+        self.assertTrue(os.path.exists(launcher))
+        self.assertEqual(0, self.unwire().code)
+        self.assertEqual(self.before, self.tree())
 
     def check_killed(self, tool, run, old, new, fired):
         self.assertIn(self.content(tool), (old, new))

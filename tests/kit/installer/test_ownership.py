@@ -54,7 +54,8 @@ class CommandTest(unittest.TestCase):
                      "/home/é", "/home/a'b", "/home/;a"):
             with self.subTest(home=home):
                 validator = install.Validator(home + "/.brask", home)
-                self.assertTrue(validator.runs(validator.hook, None))
+                command = validator.command_line("python3 {validator} --harness claude")
+                self.assertTrue(validator.runs(command, None))
                 shown = subprocess.check_output(["sh", "-c", "printf %s " + validator.quoted]).decode()
                 self.assertEqual(validator.path, shown)
 
@@ -280,8 +281,9 @@ class ProofTest(HomeTest):
                 ("cursor", b'{"a": 1}\n', '{"a": 2, "mcpServers": {"trevix": %s}}\n'),
                 ("cursor", b'{"a": 1}\n', '{"a": 1 , "mcpServers": {"trevix": %s}}\n')):
             self.put(FILES[tool], before)
-            entry = json.dumps(install.Validator(self.at(".brask"), self.home).server())
-            with mock.patch.object(install.Cursor, "put", lambda *_: wrong % entry):
+            entry = json.dumps({"command": "python3", "args": [self.at(".brask/validate.py"), "mcp"]})
+            with mock.patch.object(install.NamedServers, "add",
+                                   lambda *_: install.Edit(wrong % entry)):
                 result = self.wire(tool)
             self.assertEqual((1, before), (result.code, self.get(FILES[tool])))
             self.assertIn("cannot be edited safely", result.err)
@@ -290,13 +292,48 @@ class ProofTest(HomeTest):
         self.put(CURSOR, b'{"a": 1}\n')
         self.wire("cursor")
         text = self.get(CURSOR)
-        with mock.patch.object(install.Cursor, "remove", lambda *_: "{}\n"):
+        with mock.patch.object(install.NamedServers, "remove", lambda *_: "{}\n"):
             result = self.unwire()
         self.assertEqual((1, text), (result.code, self.get(CURSOR)))
         self.assertIn("cannot be taken out safely", result.err)
 
 
 class ManifestTest(HomeTest):
+    def inserted(self, tool, before):
+        """What the manifest says was inserted, as (line, text)."""
+        self.put(FILES[tool], before)
+        self.assertEqual(0, self.wire(tool).code)
+        entry = json.loads(self.get(".brask/installed.json").decode())["entries"][tool]
+        return [(piece["line"], piece["text"]) for piece in entry["inserted"]]
+
+    def test_tells_which_lines_hold_something_new(self):
+        for before, wanted in (
+                (b'{\n  "model": "x"\n}\n', [2]), (b'{\r\n  "model": "x"\r\n}\r\n', [2]),
+                (b"{}", [2]), (b"\n", [1]), (b"", [1]), (b'{"a": 1, "hooks": {"Stop": []}}', [1]),
+                (b'{\n  "hooks": {\n    "PostToolUse": [\n      {"hooks": []}\n    ],\n'
+                 b'    "Other": [],\n    "Stop": [\n      {"hooks": []}\n    ]\n  },\n'
+                 b'  "a": 1\n}\n', [4, 18])):
+            with self.subTest(before=before):
+                found = self.inserted("claude", before)
+                lines = self.get(SETTINGS).decode().splitlines(True)
+                self.assertEqual(wanted, [line for line, _ in found])
+                for line, text in found:
+                    self.assertEqual("".join(lines[line - 1:])[:len(text)], text)
+                told = "".join(text for _, text in found)
+                self.assertEqual(2, told.count("validate.py"))
+                self.assertEqual(before.count(b"Other"), self.get(SETTINGS).count(b"Other"))
+                self.assertNotIn("Other", told)
+                self.unwire()
+
+    def test_tells_of_a_table_at_the_end_and_of_a_header_put_right(self):
+        table = '[mcp_servers.trevix]\ncommand = "python3"\nargs = ["%s", "mcp"]\n' \
+            'startup_timeout_sec = 20\ntool_timeout_sec = 300\n' % self.at(".brask/validate.py")
+        self.assertEqual([(1, table)], self.inserted("codex", b""))
+        self.assertEqual([(3, table)], self.inserted("codex", b"a = 1\n"))
+        other = table.replace("[mcp_servers.trevix]", "[ mcp_servers.trevix ]")
+        self.assertEqual([(2, "[mcp_servers.trevix]\n")],
+                         self.inserted("codex", b"a = 1\n" + other.encode()))
+
     def test_a_damaged_manifest_is_said_and_not_believed(self):
         for damage in (b"", b"{", b"[]", b'{"entries": 5}', b"\xff", b'{"entries": {"claude": 1}}',
                        b'{"entries": {"claude": {"createdFile": true, "createdFolders": ["/"],'

@@ -82,8 +82,7 @@ class EditTest(unittest.TestCase):
         marks = ["{}", "[]", "/* c */", "// c\n", ",", "\n", "\r\n", " ", "\t", '"hooks":{},',
                  '"mcp":{}', "# c\n", "[a]\n", "a=1\n", "\n\n"]
         edited = 0
-        for kind in install.WIRED_TOOLS:
-            tool = kind(validator)
+        for tool in install.tools(validator).values():
             seeds = [path.with_suffix(".in").read_bytes().decode("utf-8-sig")
                      for path in sorted((CORPUS / tool.key).glob("*.out"))]
             for text in mutants(seeds, marks, random.Random(3)):
@@ -91,7 +90,7 @@ class EditTest(unittest.TestCase):
                     if tool.state(text) != "absent":
                         continue
                     hints = install.Hints()
-                    new = tool.add(text, hints)
+                    new = tool.add(text, hints).text
                 except install.BadText:
                     continue
                 edited += 1

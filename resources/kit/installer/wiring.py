@@ -1,0 +1,336 @@
+"""Wiring and unwiring: one account, one run."""
+
+import errno
+import os
+import stat
+import time
+from typing import Any, Callable, Dict, Iterator, Optional
+
+from .files import BOM, Changed, Config, Refused, missing_folders, quietly, read_config, sweep
+from .launcher import Launcher
+from .manifest import Manifest
+from .ownership import Hints, Validator
+from .telling import reason, unified_diff
+from .text import BadText, place
+from .tool import Tool
+from .tools import cleaned_only, tools
+from .transaction import Change, carry_out
+
+try:
+    import fcntl
+except ImportError:  # Not on every system; two installers at once are then not kept apart.
+    fcntl = None  # type: ignore[assignment]
+
+DONE, FAILED, NOT_SET_UP, USAGE = 0, 1, 3, 64  # exit codes
+
+LAUNCHER = "launcher"               # the manifest's key for the command `brask`
+ATTEMPTS = 5                        # to edit a file that somebody else keeps changing
+LOCK_TRIES, LOCK_PAUSE = 100, 0.1   # seconds between two tries: ten seconds in all
+
+
+class Installer:
+    """Carries the edits out: one account, one run."""
+
+    def __init__(self, env: Dict[str, str], say: Callable[[str], None],
+                 complain: Callable[[str], None], dry: bool = False,
+                 pause: Callable[[float], None] = time.sleep) -> None:
+        self.env, self.say, self.complain, self.dry, self.pause = env, say, complain, dry, pause
+        home = env.get("HOME", "")
+        if not os.path.isabs(home) or not os.path.isdir(home):
+            raise Refused("HOME does not name a folder; set it to your home folder")
+        self.home = os.path.normpath(home)
+        self.brask = os.path.abspath(env.get("BRASK_HOME") or os.path.join(self.home, ".brask"))
+        try:
+            (self.home + self.brask).encode("utf-8")
+        except UnicodeEncodeError as error:
+            raise Refused("the path of the home folder is not UTF-8") from error
+        self.backups = os.path.join(self.brask, "backups")
+        self.validator = Validator(self.brask, self.home)
+        self.launcher = Launcher(self.home, self.validator)
+        self.tools = tools(self.validator)
+        self.manifest = Manifest(os.path.join(self.brask, "installed.json"), complain)
+
+    def path(self, tool: Tool) -> str:
+        return os.path.join(self.home, *tool.file.split("/"))
+
+    # -- the lock
+
+    def locked(self) -> Optional[int]:
+        """Waits until no other installer works here; the descriptor holds the lock. None where
+        nothing can be locked."""
+        if fcntl is None or self.dry or not os.path.isdir(self.brask):
+            return None
+        flags = os.O_RDWR | os.O_CREAT | os.O_NOFOLLOW | os.O_CLOEXEC
+        lock = os.open(os.path.join(self.brask, "install.lock"), flags, 0o600)
+        for _ in range(LOCK_TRIES):
+            try:
+                fcntl.flock(lock, fcntl.LOCK_EX | fcntl.LOCK_NB)
+                self.manifest = Manifest(self.manifest.path, lambda text: None)
+                sweep(self.backups)
+                return lock
+            except OSError as error:
+                if error.errno not in (errno.EAGAIN, errno.EACCES):
+                    break
+            self.pause(LOCK_PAUSE)
+        os.close(lock)
+        raise Refused("another installer is at work; try again when it has ended")
+
+    # -- reading and writing
+
+    def text_of(self, config: Config, tool: Tool, action: Callable[[str], Any]) -> Any:
+        """What `action` makes of the text; a bad text is refused with its place."""
+        text = ""
+        try:
+            text = config.text
+            return action(text)
+        except BadText as error:
+            data = (config.data or b"").lstrip(BOM)
+            text = text or data.decode("utf-8", "replace")
+            raise Refused("%s:%s: %s. The file is left as it is; put this right and run this again"
+                          % (config.path, place(text, error.offset), error)) from error
+
+    def show(self, path: str, old: Optional[bytes], new: Optional[bytes]) -> None:
+        for line in unified_diff(path, old, new):
+            self.say(line)
+
+    def repeated(self, path: str, action: Callable[[], int]) -> int:
+        """Does it again when somebody else wrote the file meanwhile."""
+        for _ in range(ATTEMPTS):
+            try:
+                return action()
+            except Changed:
+                continue
+        raise Refused("%s keeps being changed by another program; nothing was written. Close the "
+                      "tool and try again" % path)
+
+    # -- wiring
+
+    def install(self, key: str) -> int:
+        tool = self.tools[key]
+        if not os.path.isfile(self.validator.path):
+            raise Refused("there is no validator at %s, and a hook without it would disturb the "
+                          "tool; install Kelvane Companion first" % self.validator.path)
+        self.warn_when_moved(tool)
+        code = self.repeated(self.path(tool), lambda: self.install_once(tool))
+        if code == DONE:
+            self.repeated(self.launcher.path, self.install_launcher)
+        return code
+
+    def warn_when_moved(self, tool: Tool) -> None:
+        for variable in tool.moved_by:
+            elsewhere = self.env.get(variable)
+            usual = (os.path.dirname(self.path(tool)), self.path(tool))
+            if elsewhere and os.path.realpath(elsewhere) not in map(os.path.realpath, usual):
+                self.complain("%s: %s is set to %s, so %s may not read %s, which is what is wired"
+                              % (tool.key, variable, elsewhere, tool.label, self.path(tool)))
+
+    def install_once(self, tool: Tool) -> int:
+        config = read_config(self.path(tool))
+        if config.data is None and not tool.create:
+            self.complain("%s: there is no %s, and %s does not start with one that holds only our "
+                          "entry. Set the tool up first, then run this again"
+                          % (tool.key, config.path, tool.label))
+            return NOT_SET_UP
+        return self.text_of(config, tool, lambda text: self.wire(tool, config, text))
+
+    def wire(self, tool: Tool, config: Config, text: str) -> int:
+        text = tool.seed if config.data is None else text
+        state = tool.state(text)
+        if state == "wired":
+            self.say("%s: already wired in %s" % (tool.key, config.path))
+            self.tell(tool, text)
+            return DONE
+        if config.info is not None and not config.info.st_mode & stat.S_IWUSR:
+            raise Refused("%s is write-protected (mode %04o); allow writing with chmod u+w and run "
+                          "this again" % (config.path, stat.S_IMODE(config.info.st_mode)))
+        old = self.manifest.records.get(tool.key)
+        hints = Hints(old if state == "repair" else None)
+        edit = tool.mended(text, hints) if state == "repair" else tool.add(text, hints)
+        new = edit.text
+        self.prove(tool, text, new, hints, state)
+        record = dict(hints.record(), file=config.path, inserted=edit.new_lines())
+        record["createdFile"] = bool(old and old["createdFile"]) if state == "repair" \
+            else config.data is None
+        folders = missing_folders(config.path)
+        kept = [f for f in self.manifest.folders(tool.key) if os.path.isdir(f) and f not in folders]
+        record["createdFolders"] = kept + folders
+        if self.dry:
+            self.show(config.path, config.data, config.bytes_of(new))
+            return DONE
+        backup = carry_out(Change(tool.key, config, config.bytes_of(new), record, folders),
+                           self.manifest, self.backups)
+        self.say("%s: wired in %s%s" % (tool.key, config.path,
+                                        "" if backup is None else " (before: %s)" % backup))
+        self.tell(tool, new)
+        return DONE
+
+    def tell(self, tool: Tool, text: str) -> None:
+        for note in tool.notes(text):
+            self.complain("%s: note: %s" % (tool.key, note))
+
+    def prove(self, tool: Tool, old: str, new: str, hints: Hints, state: str) -> None:
+        """Refuses an edit that does not hold what this file promises. It never should."""
+        good = tool.state(new) == "wired" and tool.others(old) == tool.others(new)
+        if good and state == "absent":
+            good = tool.remove(new, Hints(hints.record())) == old
+        try:
+            tool.second_opinion(new)
+        except (ValueError, RecursionError):
+            good = False
+        if not good:
+            raise Refused("%s: this file cannot be edited safely, so it is left as it is; add the "
+                          "entry by hand" % self.path(tool))
+
+    def install_launcher(self) -> int:
+        path, state = self.launcher.path, self.launcher.state()
+        if state == "foreign":
+            self.complain("note: %s is somebody else's and is left alone; run the validator as "
+                          "python3 %s" % (path, self.validator.quoted))
+        if state in ("ours", "foreign"):
+            return DONE
+        config, folders = read_config(path), missing_folders(path)
+        if self.dry:
+            self.show(path, config.data, self.launcher.data)
+            return DONE
+        kept = [f for f in self.manifest.folders(LAUNCHER) if os.path.isdir(f)]
+        record = dict(Hints().record(), file=path, createdFile=True, createdFolders=kept + folders)
+        carry_out(Change(LAUNCHER, config, self.launcher.data, record, folders, 0o755),
+                  self.manifest)
+        self.say("the command brask is %s" % path)
+        if not self.on_path():
+            self.say("to type it by name, add this line to ~/.profile: %s" % self.path_line())
+        return DONE
+
+    # -- unwiring
+
+    def uninstall(self, key: str) -> int:
+        """Takes our entries out of one tool or of all. One that fails does not stop the others."""
+        code = DONE
+        chosen = [self.tools[name] for name in self.tools if key in (name, "all")]
+        for tool in chosen + [file for tool in chosen
+                              for file in cleaned_only(self.validator, tool.key)]:
+            code = max(code, self.attempt(lambda: self.repeated(
+                self.path(tool), lambda: self.uninstall_once(tool))))
+        if key == "all" or not any(self.still_wired(tool) for tool in self.tools.values()):
+            code = max(code, self.attempt(lambda: self.repeated(
+                self.launcher.path, self.uninstall_launcher)))
+        return code
+
+    def attempt(self, action: Callable[[], int]) -> int:
+        try:
+            return action()
+        except (Refused, OSError) as error:
+            self.complain(reason(error))
+            return FAILED
+
+    def still_wired(self, tool: Tool) -> bool:
+        try:
+            return tool.state(read_config(self.path(tool)).text) in ("wired", "repair")
+        except (Refused, BadText):
+            return False
+
+    def uninstall_once(self, tool: Tool) -> int:
+        config = read_config(self.path(tool))
+        if config.data is None or b"validate.py" not in config.data:
+            if self.is_wired_in(tool):
+                self.say("%s: nothing of ours in %s" % (tool.key, config.path))
+                self.forget(tool.key, config.real)
+            return DONE
+        return self.text_of(config, tool, lambda text: self.unwire(tool, config, text))
+
+    def unwire(self, tool: Tool, config: Config, text: str) -> int:
+        record = self.manifest.records.get(tool.key) if self.is_wired_in(tool) else None
+        new = tool.remove(text, Hints(record))
+        if new == text:
+            self.say("%s: nothing of ours in %s, though it mentions a validate.py"
+                     % (tool.key, config.path))
+            return DONE
+        if tool.others(new) != tool.others(text) or tool.state(new) in ("wired", "repair"):
+            raise Refused("%s: our entry cannot be taken out safely, so the file is left as it is; "
+                          "take it out by hand" % config.path)
+        gone = bool(record and record["createdFile"]) and tool.empty(new) and \
+            not os.path.islink(config.path)
+        data = None if gone else config.bytes_of(new)
+        if self.dry:
+            self.show(config.path, config.data, data)
+            return DONE
+        backup = carry_out(Change(tool.key, config, data), self.manifest, self.backups)
+        self.say("%s: our entries are out of %s (before: %s)" % (tool.key, config.path, backup))
+        if self.is_wired_in(tool):
+            self.forget(tool.key, config.real)
+        return DONE
+
+    def is_wired_in(self, tool: Tool) -> bool:
+        """Is this the file that the tool is wired in, and not one that is only cleaned?"""
+        return tool.file == self.tools[tool.key].file
+
+    def forget(self, key: str, real: str) -> None:
+        """Removes the folders that we made, if nothing else is in them, and the record."""
+        if self.dry:
+            return
+        sweep(*os.path.split(real))
+        ours = {self.launcher.path} | {self.path(t) for t in self.tools.values() if t.create}
+        ours = {folder for path in ours for folder in self.folders_below_home(path)}
+        for folder in sorted(self.manifest.folders(key), key=len, reverse=True):
+            if folder in ours and not os.path.islink(folder):
+                quietly(os.rmdir, folder)
+        if self.manifest.records.pop(key, None) is not None:
+            self.manifest.save()
+
+    def folders_below_home(self, path: str) -> Iterator[str]:
+        """The folders between the home folder and a file in it."""
+        folder = os.path.dirname(path)
+        while folder != self.home:
+            yield folder
+            folder = os.path.dirname(folder)
+
+    def uninstall_launcher(self) -> int:
+        path, state = self.launcher.path, self.launcher.state()
+        if state == "foreign":
+            self.complain("note: %s is somebody else's and is left alone" % path)
+        elif state in ("ours", "stale"):
+            config = read_config(path)
+            if self.dry:
+                self.show(path, config.data, None)
+                return DONE
+            carry_out(Change(LAUNCHER, config, None), self.manifest)
+            self.say("the command %s is removed" % path)
+        self.forget(LAUNCHER, path)
+        return DONE
+
+    # -- telling
+
+    def on_path(self) -> bool:
+        folder = os.path.dirname(self.launcher.path)
+        return any(os.path.realpath(part) == os.path.realpath(folder)
+                   for part in self.env.get("PATH", "").split(os.pathsep) if part)
+
+    @staticmethod
+    def path_line() -> str:
+        return 'export PATH="$HOME/.local/bin:$PATH"'
+
+    def status(self) -> Dict[str, Any]:
+        """Everything there is to tell, as plain values."""
+        return {"validator": {"path": self.validator.path,
+                              "present": os.path.isfile(self.validator.path)},
+                "tools": [self.tool_status(tool) for tool in self.tools.values()],
+                "command": {"path": self.launcher.path, "state": self.launcher.state(),
+                            "onPath": self.on_path(),
+                            "lineToAdd": None if self.on_path() else self.path_line()}}
+
+    def tool_status(self, tool: Tool) -> Dict[str, Any]:
+        found: Dict[str, Any] = {"tool": tool.key, "label": tool.label, "file": self.path(tool),
+                                 "state": "absent", "seen": False, "notes": []}
+        try:
+            config = read_config(self.path(tool))
+            found["seen"] = tool.seen(config.text)
+            if config.data is not None:
+                found["state"] = self.text_of(config, tool, tool.state)
+            if found["state"] in ("wired", "repair"):
+                found["notes"] = tool.notes(config.text)
+        except (Refused, BadText) as error:
+            found["state"], found["notes"] = "unreadable", [str(error)]
+        for variable in tool.moved_by:
+            if self.env.get(variable):
+                found["notes"].append("%s is set to %s" % (variable, self.env[variable]))
+        return found
