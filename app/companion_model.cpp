@@ -7,6 +7,8 @@
 #include "platform/ports/environment.h"
 #include "platform/ports/workspace.h"
 
+#include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace kelvane {
@@ -138,32 +140,12 @@ void CompanionModel::seedDemo() {
             DetectedApp{.rawBundleId = "com.figma.Desktop", .rawName = "Figma", .app = *figma};
     }
     hasKey = true;
-    agents = std::vector<DetectedAgent>{
-        {.id = "claude_code",
-         .name = "Claude Code",
-         .kind = AgentKind::codingHarness,
-         .running = true,
-         .present = true,
-         .wired = true},
-        {.id = "codex",
-         .name = "Codex",
-         .kind = AgentKind::codingHarness,
-         .running = true,
-         .present = true,
-         .wired = true},
-        {.id = "cursor",
-         .name = "Cursor",
-         .kind = AgentKind::codingHarness,
-         .running = false,
-         .present = true,
-         .wired = false},
-        {.id = "ollama",
-         .name = "Ollama",
-         .kind = AgentKind::localModel,
-         .running = true,
-         .present = true,
-         .wired = std::nullopt},
-    };
+    const auto demo =
+        AgentScan::detect({}, {"claude", "codex", "ollama"}, {"cursor"}, {"claude", "codex"});
+    std::vector<DetectedAgent> shown;
+    std::copy_if(demo.begin(), demo.end(), std::back_inserter(shown),
+                 [](const DetectedAgent& agent) { return agent.present; });
+    agents = std::move(shown);
     verdict = Verdict{
         .band = Band::route_to_fix,
         .score = 0.62,

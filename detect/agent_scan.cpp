@@ -16,31 +16,22 @@ constexpr std::array<std::pair<AgentKind, std::string_view>, 3> kKinds{{
     {AgentKind::localModel, "localModel"},
 }};
 
-AgentSignature wireable(std::string id, std::string name, std::vector<std::string> bundleIds,
-                        std::vector<std::string> procNames, std::string configKey) {
-    return {
-        .id = std::move(id),
-        .name = std::move(name),
-        .kind = AgentKind::codingHarness,
-        .bundleIds = std::move(bundleIds),
-        .procNames = std::move(procNames),
-        .configKey = std::move(configKey),
-        .canWire = true,
-    };
+std::vector<std::string> strings(std::span<const std::string_view> texts) {
+    return {texts.begin(), texts.end()};
 }
 
-AgentSignature shownOnly(std::string id, std::string name, AgentKind kind,
-                         std::vector<std::string> bundleIds,
-                         std::vector<std::string> procNames = {}) {
-    return {
-        .id = std::move(id),
-        .name = std::move(name),
-        .kind = kind,
-        .bundleIds = std::move(bundleIds),
-        .procNames = std::move(procNames),
+AgentSignature signatureOf(const KnownAgent& agent) {
+    AgentSignature signature{
+        .id = std::string(agent.id),
+        .name = std::string(agent.name),
+        .kind = agent.kind,
+        .bundleIds = strings(agent.bundleIds),
+        .procNames = strings(agent.processNames),
         .configKey = std::nullopt,
-        .canWire = false,
+        .canWire = agent.wiring != nullptr,
     };
+    if (agent.wiring != nullptr) signature.configKey = agent.wiring->key;
+    return signature;
 }
 
 bool isRunning(const AgentSignature& signature, const std::set<std::string>& bundleIds,
@@ -71,20 +62,12 @@ std::optional<AgentKind> agentKindFromRawValue(std::string_view raw) {
 namespace AgentScan {
 
 const std::vector<AgentSignature>& signatures() {
-    using enum AgentKind;
-    static const std::vector<AgentSignature> table{
-        wireable("claude_code", "Claude Code", {}, {"claude"}, "claude"),
-        wireable("codex", "Codex", {"com.openai.codex"}, {"codex"}, "codex"),
-        wireable("cursor", "Cursor", {"com.todesktop.230313mzl4w4u92"}, {}, "cursor"),
-        wireable("openclaw", "OpenClaw", {}, {"openclaw"}, "openclaw"),
-        // Shown, never offered for wiring.
-        shownOnly("antigravity", "Antigravity", codingHarness, {"com.google.antigravity"}),
-        shownOnly("claude_desktop", "Claude", desktopAgent, {"com.anthropic.claudefordesktop"}),
-        shownOnly("chatgpt", "ChatGPT", desktopAgent, {"com.openai.chat", "com.openai.atlas"}),
-        shownOnly("gemini", "Gemini", desktopAgent, {"com.google.GeminiMacOS"}),
-        shownOnly("ollama", "Ollama", localModel, {"com.electron.ollama"}, {"ollama"}),
-        shownOnly("lm_studio", "LM Studio", localModel, {"ai.elementlabs.lmstudio"}),
-    };
+    static const std::vector<AgentSignature> table = [] {
+        std::vector<AgentSignature> all;
+        all.reserve(knownAgents().size());
+        for (const KnownAgent& agent : knownAgents()) all.push_back(signatureOf(agent));
+        return all;
+    }();
     return table;
 }
 

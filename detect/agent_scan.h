@@ -1,9 +1,11 @@
-// Which AI agents are on this machine, which are running, and which are wired to the validator?
+// The AI agents of this machine: which are there, which run, which are wired to the validator.
 //
-// A fixed table of known agents is matched against observations that the caller brings. Pure, so
-// that every rule can be tested with literals; `live_agent_scan.h` gathers the observations.
+// The known agents are matched against observations that the caller brings; every known agent gets
+// a row, found or not. Pure: no errors, any thread. `live_agent_scan.h` gathers the observations.
 
 #pragma once
+
+#include "detect/known_agents.h"
 
 #include <optional>
 #include <set>
@@ -13,19 +15,13 @@
 
 namespace kelvane {
 
-enum class AgentKind {
-    codingHarness,
-    desktopAgent,
-    localModel,
-};
-
 /// The kind's name as it appears in machine-readable output, e.g. "codingHarness".
 [[nodiscard]] std::string_view rawValue(AgentKind kind);
 
 /// The kind with that name, or nothing. Exact and case-sensitive.
 [[nodiscard]] std::optional<AgentKind> agentKindFromRawValue(std::string_view raw);
 
-/// What is known of one agent beforehand.
+/// What is known of one agent beforehand, as far as a scan goes by it.
 struct AgentSignature {
     std::string id; ///< Stable, lower case with underscores.
     std::string name;

@@ -1,8 +1,8 @@
-// Is a coding tool set up for this user, and is it wired to the validator?
+// The probe of the coding tools' configuration: which are set up for this user, which are wired.
 //
-// Both answers are sets of the keys "claude", "codex", "openclaw" and "cursor". Nothing is parsed:
-// a tool is wired when its configuration contains the marker that the installer leaves, so a marker
-// in a comment counts too. Read-only; a file that cannot be read counts as empty. Any thread.
+// Both answers are sets of the keys of `WiringRecord`. Nothing is parsed: a tool is wired when one
+// of its files contains the markers that the installer leaves, so a marker in a comment counts too.
+// Read-only; a file that cannot be read or is not UTF-8 counts as empty. Any thread.
 
 #pragma once
 

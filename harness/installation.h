@@ -1,4 +1,4 @@
-// Where does what we install stand, and what do the files say that start it?
+// The places of what we install, and the texts of the files that start it.
 //
 // Values in, values out: nothing here reads or writes. Installing and uninstalling both go by these
 // answers, so that what one puts down is what the other takes away.

@@ -1,8 +1,8 @@
-// Make the program stay: how does it come to be there after the next login?
+// The program's own installation: it is there after the next login.
 //
-// By a copy of the bundle in the user's own applications folder and by a login item that starts
-// that copy. Main thread; blocks while the bundle is copied. Nothing is started, loaded or
-// registered now, and the running program goes on from where it was started.
+// A copy of the bundle goes to the user's own applications folder, and a login item starts that
+// copy. Main thread; blocks while the bundle is copied. Nothing is started, loaded or registered
+// now, and the running program goes on from where it was started.
 
 #pragma once
 

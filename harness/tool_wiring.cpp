@@ -1,6 +1,7 @@
 #include "harness/tool_wiring.h"
 
 #include "detect/harness_config.h"
+#include "detect/known_agents.h"
 #include "harness/installation.h"
 #include "harness/self_install.h"
 #include "platform/ports/bundle_resources.h"
@@ -9,7 +10,7 @@
 #include "platform/ports/login_shell.h"
 #include "platform/ports/url_opener.h"
 
-#include <utility>
+#include <algorithm>
 
 namespace kelvane::ToolWiring {
 
@@ -20,24 +21,41 @@ namespace fs = std::filesystem;
 constexpr std::string_view kValidator = "validate.py";
 constexpr std::string_view kInstaller = "brask_install.py";
 
-constexpr std::pair<std::string_view, std::string_view> kTools[] = {
-    {"Claude Code", "claude"},
-    {"Codex", "codex"},
-    {"OpenClaw", "openclaw"},
-    {"Cursor", "cursor"},
-};
+/// The keys of the tools for which `test` holds, in the order of the wiring status.
+std::vector<std::string> keysOf(bool WiringRecord::*test) {
+    std::vector<std::string> keys;
+    for (const KnownAgent* tool : wireableTools()) {
+        if (tool->wiring->*test) keys.emplace_back(tool->wiring->key);
+    }
+    return keys;
+}
 
-/// Tools that are there are wired; without any, the two that people most often install later are.
-constexpr std::string_view kWiringScript = R"sh(export BRASK_HOME="$HOME/.brask"
+/// Tools that are there are wired; without any, those that people most often install later are.
+/// A tool's key is also the name of its command and, behind a dot, of its folder.
+std::string wiringScript() {
+    std::string script = R"sh(export BRASK_HOME="$HOME/.brask"
 PY=$(command -v python3) || exit 0
 wired=""
-for h in claude codex openclaw; do
+for h in)sh";
+    for (const auto& key : keysOf(&WiringRecord::wiredWhenFound)) script += " " + key;
+    script += R"sh(; do
   if [ -d "$HOME/.$h" ] || command -v "$h" >/dev/null 2>&1; then
     "$PY" "$BRASK_HOME/brask_install.py" "$h" --global >/dev/null 2>&1 || true; wired="$wired $h"
   fi
 done
-[ -n "$wired" ] || { "$PY" "$BRASK_HOME/brask_install.py" claude --global >/dev/null 2>&1
-                     "$PY" "$BRASK_HOME/brask_install.py" codex  --global >/dev/null 2>&1; })sh";
+)sh";
+    const auto keys = keysOf(&WiringRecord::wiredWhenNoneIsFound);
+    std::size_t widest = 0;
+    for (const auto& key : keys) widest = std::max(widest, key.size());
+    const std::string_view begin = R"sh([ -n "$wired" ] || { )sh";
+    std::string before(begin);
+    for (const auto& key : keys) {
+        script += before + R"sh("$PY" "$BRASK_HOME/brask_install.py" )sh" + key +
+                  std::string(widest - key.size(), ' ') + " --global >/dev/null 2>&1";
+        before = "\n" + std::string(begin.size(), ' ');
+    }
+    return script + "; }";
+}
 
 Alert pythonIsMissing() {
     return {.style = Alert::Style::Warning,
@@ -102,8 +120,9 @@ void copyKit(const Ports& ports, const fs::path& kit, const fs::path& braskHome)
 std::vector<Harness> harnessStatus(FileSystem& files, const fs::path& home) {
     const auto wired = HarnessConfig::wired(files, home);
     std::vector<Harness> status;
-    for (const auto& [label, key] : kTools) {
-        status.push_back({.label = std::string(label), .wired = wired.contains(std::string(key))});
+    for (const KnownAgent* tool : wireableTools()) {
+        status.push_back({.label = std::string(tool->name),
+                          .wired = wired.contains(std::string(tool->wiring->key))});
     }
     return status;
 }
@@ -121,7 +140,7 @@ void runInstall(const Ports& ports, const Installation& installation, const Sett
     if (const auto resources = ports.bundle.resourceFolder()) {
         copyKit(ports, *resources / "kit", installation.braskHome);
     }
-    sh(ports.processes, kWiringScript);
+    sh(ports.processes, wiringScript());
     if (!settings.noPersist) {
         SelfInstall::persistToApplications({.files = ports.files, .bundle = ports.bundle},
                                            installation);

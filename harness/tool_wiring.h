@@ -1,4 +1,4 @@
-// Do the user's coding tools call the validator, and how are they made to?
+// The wiring of the user's coding tools to the validator, and its status.
 //
 // Wiring puts the validator kit that was shipped with the program into the data folder and hands
 // the tools' own configuration to the kit's installer. Main thread: it shows dialogs, and it blocks
@@ -44,7 +44,7 @@ struct Settings {
     bool noOpen = false;    ///< Do not open the connect page.
 };
 
-/// Four rows, always in the order Claude Code, Codex, OpenClaw, Cursor, as the files are now.
+/// A row for each of `wireableTools`, in that order, as the files are now.
 [[nodiscard]] std::vector<Harness> harnessStatus(FileSystem& files,
                                                  const std::filesystem::path& home);
 

@@ -1,4 +1,4 @@
-// How does everything that was installed go away again?
+// The removal of everything that was installed.
 //
 // The counterpart of `ToolWiring` and `SelfInstall`. Main thread: it shows dialogs, and it blocks
 // while its script runs.

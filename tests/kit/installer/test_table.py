@@ -1,0 +1,114 @@
+"""What the installer goes by is what resources/tools.json says, in every field that it uses.
+
+The application is held to the same file by tests/detect/known_agents_test.cpp.
+"""
+
+import json
+import os
+import unittest
+
+from home import FILES, MARKERS, ROOT, HomeTest, install
+
+with open(str(ROOT / "resources" / "tools.json"), encoding="utf-8") as file:
+    TEXT = file.read()
+TABLE = json.loads(TEXT)
+WIRED = {agent["wiring"]["key"]: agent for agent in TABLE["agents"] if agent["wiring"]}
+
+
+class TableTest(unittest.TestCase):
+    def setUp(self):
+        self.validator = install.Validator("/home/u/.brask", "/home/u")
+        self.tools = install.tools(self.validator)
+
+    def filled(self, value):
+        """A value of the table with the validator's path in it."""
+        return json.loads(json.dumps(value).replace("{validator}", "/home/u/.brask/validate.py"))
+
+    def files(self):
+        """Each file of each tool: the tool's record, the file's, and what the installer made."""
+        for key, agent in WIRED.items():
+            made = [self.tools[key]] + install.cleaned_only(self.validator, key)
+            said = agent["wiring"]["files"]
+            self.assertEqual(len(said), len(made), key)
+            for one, other in zip(said, made):
+                yield agent, one, other
+
+    def test_the_installer_holds_the_very_text(self):
+        self.assertEqual(TEXT, install.TOOLS_JSON)
+
+    def test_the_tools_and_their_order(self):
+        ids = {agent["id"]: key for key, agent in WIRED.items()}
+        self.assertEqual([ids[name] for name in TABLE["wiringOrder"]], list(self.tools))
+
+    def test_every_field_of_a_tool(self):
+        for agent, said, made in self.files():
+            with self.subTest(file=said["path"]):
+                self.assertEqual(agent["wiring"]["key"], made.key)
+                self.assertEqual(agent["name"], made.label)
+                self.assertEqual(agent["wiring"]["movedBy"], made.moved_by)
+                self.assertEqual(said["path"], made.file)
+                self.assertEqual(said["markers"], made.markers)
+                self.assertEqual(said.get("create", False), made.create)
+                self.assertIs(install.FORMATS[said["format"]], type(made))
+                if said["format"] != "toml-table":
+                    self.assertIs(install.DIALECTS[said["dialect"]], made.dialect)
+                if "under" in said and said["format"] == "servers":
+                    self.assertEqual(tuple(said["under"]), made.way)
+
+    def test_what_goes_in_is_what_the_table_says(self):
+        """Wires a file that says nothing, and reads what is there then."""
+        for agent, said, made in self.files():
+            if "entry" not in said and "hooks" not in said:
+                continue  # never written, only cleaned
+            with self.subTest(file=said["path"]):
+                text = made.add(made.seed, install.Hints()).text
+                self.assertTrue(made.seen(text))
+                if said["format"] == "toml-table":
+                    table = install.toml_outline(install.TomlReader(text).read().root)
+                    wanted = {key: self.shape(value)
+                              for key, value in self.filled(said["entry"]).items()}
+                    self.assertEqual({said["under"][0]: {TABLE["server"]: wanted}}, table)
+                elif said["format"] == "servers":
+                    wanted = {TABLE["server"]: self.filled(said["entry"])}
+                    for name in reversed(said["under"]):
+                        wanted = {name: wanted}
+                    self.assertEqual(wanted, json.loads(text))
+                else:
+                    wanted = {}
+                    for hook in said["hooks"]:
+                        command = hook["command"].replace("{validator}", self.validator.quoted)
+                        group = {"hooks": [{"type": "command", "command": command,
+                                            "timeout": hook["timeout"]}]}
+                        if hook["matcher"] is not None:
+                            group["matcher"] = hook["matcher"]
+                        wanted[hook["event"]] = [group]
+                    self.assertEqual({"hooks": wanted}, json.loads(text))
+
+    def shape(self, value):
+        """A value as the reader of TOML gives it."""
+        if isinstance(value, list):
+            return [self.shape(inner) for inner in value]
+        return ("string", value) if isinstance(value, str) else ("other", json.dumps(value))
+
+    def test_the_table_says_what_these_tests_take_for_granted(self):
+        self.assertEqual(FILES, {key: agent["wiring"]["files"][0]["path"]
+                                 for key, agent in WIRED.items()})
+        self.assertEqual(MARKERS, {key: tuple(marker.encode()
+                                              for marker in agent["wiring"]["files"][0]["markers"])
+                                   for key, agent in WIRED.items()})
+
+
+class DamagedKitTest(HomeTest):
+    def test_uninstalling_needs_nothing_of_the_kit_but_the_installer(self):
+        """A folder `standing` that is full of rubbish, and no validator any more."""
+        for tool in ("claude", "codex", "cursor"):
+            self.assertEqual(0, self.wire(tool).code)
+        os.unlink(self.at(".brask/validate.py"))
+        self.put(".brask/standing/engine/__init__.py", b"raise SystemExit(5)\n")
+        self.put(".brask/json.py", b"raise SystemExit(5)\n")
+        self.assertEqual(0, self.unwire().code)
+        self.assertEqual({}, self.tree())
+
+
+if __name__ == "__main__":
+    unittest.main()
