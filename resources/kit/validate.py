@@ -97,8 +97,8 @@ def hook(arguments):
         return b""
     sys.path.insert(0, folder())
     if b'"PostToolUse"' not in event:
-        from engine import reach
-        if reach.found_down(data):
+        from engine import reachability
+        if reachability.found_down(data):
             return b""
     from engine import hook as engine_hook
     return engine_hook.answer(event, data)

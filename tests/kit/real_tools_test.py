@@ -19,15 +19,17 @@ HERE = pathlib.Path(__file__).resolve().parent
 ROOT = HERE.parents[1]
 KIT = pathlib.Path(os.environ.get("KELVANE_KIT") or ROOT / "build" / "dev" / "kit")
 TOOLS = pathlib.Path(os.environ.get("KELVANE_TOOLS") or ROOT / "build" / "tools").resolve()
-PATHS = {"node24": "node", "codex": "codex", "claude": "claude", "openclaw": "openclaw",
-         "inspector": "mcp-inspector"}
+with open(str(ROOT / "resources" / "tools.json"), encoding="utf-8") as table:
+    PROGRAMS = {agent["wiring"]["key"]: agent["npm"]["program"]
+                for agent in json.load(table)["agents"] if agent["npm"]}
+PROGRAMS.update(node24="node", inspector="mcp-inspector")
 LIMIT = 120
 OFFLINE = ["unshare", "-rn"] if subprocess.run(
     ["unshare", "-rn", "true"], stderr=subprocess.DEVNULL).returncode == 0 else []
 
 
 def program(name):
-    return TOOLS / name / "node_modules" / ".bin" / PATHS[name]
+    return TOOLS / name / "node_modules" / ".bin" / PROGRAMS[name]
 
 
 def needs(*names):

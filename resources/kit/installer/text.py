@@ -1,6 +1,6 @@
 """Text and places in it.
 
-A place is an offset in characters. An edit is a list of pieces, each with the place where it goes in.
+A place is an offset in characters; an edit puts pieces of text in at their places.
 """
 
 import re

@@ -22,7 +22,8 @@ SHAPES = {
         for number in range(lines // 3)),
     "openclaw, comments": lambda lines: b"{\n" + b"  // why not\n" * lines + b"}\n",
     "cursor, servers": lambda lines: b'{\n  "mcpServers": {\n' + b",\n".join(
-        b'    "s%d": {"command": "x", "args": []}' % number for number in range(lines // 4)) + b"\n  }\n}\n",
+        b'    "s%d": {"command": "x", "args": []}' % number
+        for number in range(lines // 4)) + b"\n  }\n}\n",
 }
 
 

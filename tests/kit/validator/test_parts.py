@@ -6,7 +6,7 @@ import unittest
 
 import office_files as office
 import surroundings
-from engine import kinds, parts, pictures
+from engine import file_types, parts, pictures
 from engine.parts import NotGradable
 
 
@@ -69,8 +69,8 @@ class Kinds(PartsTest):
             self.assertEqual(part.json()["data_b64"], "AGJ5dGVz")
 
     def test_every_kind_of_the_table_has_a_reader(self):
-        for ending in kinds._TABLE:
-            self.assertIn(kinds.of_name("a." + ending).reader, parts._READERS, ending)
+        for ending in file_types._TABLE:
+            self.assertIn(file_types.of_name("a." + ending).reader, parts._READERS, ending)
 
 
 class Reading(PartsTest):

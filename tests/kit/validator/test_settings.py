@@ -6,7 +6,7 @@ import re
 import unittest
 
 import surroundings
-from engine import head, settings
+from engine import name_value_lines, settings
 
 
 class SettingsTest(surroundings.HomeTest):
@@ -117,22 +117,22 @@ class SettingsTest(surroundings.HomeTest):
 
 class HeadTest(unittest.TestCase):
     def test_a_head_is_split_from_its_body(self):
-        found, problems = head.split("---\na: 1\n# note\nb:\n---\n\n# Title\n", "f")
+        found, problems = name_value_lines.split("---\na: 1\n# note\nb:\n---\n\n# Title\n", "f")
         self.assertEqual([tuple(line) for line in found.lines], [(2, "a", "1"), (4, "b", "")])
         self.assertEqual((found.body, found.found, problems), ("# Title\n", True, []))
 
     def test_a_text_without_a_head_is_all_body(self):
-        self.assertEqual(head.split("# T\n", "f")[0], head.Head([], "# T\n", False))
+        self.assertEqual(name_value_lines.split("# T\n", "f")[0], name_value_lines.FrontMatter([], "# T\n", False))
 
     def test_a_head_that_is_not_closed_is_reported(self):
-        found, problems = head.split("---\na: 1\n", "f")
+        found, problems = name_value_lines.split("---\na: 1\n", "f")
         self.assertFalse(found.found)
         self.assertEqual(len(problems), 1)
 
     def test_lines_that_are_none_are_named(self):
         for text in ("A: 1", "a 1", "a:1", "-a: 1", "a" * 50 + ": 1", "a: " + "x" * 5000):
-            self.assertEqual(len(head.parse_lines([text], "f", 7)[1]), 1, text[:20])
-            self.assertIn("f:7:", head.parse_lines([text], "f", 7)[1][0])
+            self.assertEqual(len(name_value_lines.parse_lines([text], "f", 7)[1]), 1, text[:20])
+            self.assertIn("f:7:", name_value_lines.parse_lines([text], "f", 7)[1][0])
 
 
 if __name__ == "__main__":

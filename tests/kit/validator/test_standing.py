@@ -4,7 +4,7 @@ import os
 import unittest
 
 import surroundings
-from engine import kinds, secret_shapes, standing
+from engine import file_types, secret_shapes, standing
 from engine.parts import Artifact, Part
 
 SHIPPED = standing.load()
@@ -23,8 +23,8 @@ def text(content, modality="text", name="a.txt"):
 class ShippedRules(unittest.TestCase):
     def test_there_is_a_rule_file_for_every_modality_and_none_is_broken(self):
         self.assertEqual(SHIPPED.problems, ())
-        self.assertEqual(tuple(SHIPPED.modalities()), kinds.MODALITIES)
-        for modality in kinds.MODALITIES:
+        self.assertEqual(tuple(SHIPPED.modalities()), file_types.MODALITIES)
+        for modality in file_types.MODALITIES:
             self.assertIn("# All work", SHIPPED.text(modality))
             self.assertGreater(SHIPPED.text(modality).count("\n- "), 6, modality)
 
@@ -74,7 +74,7 @@ class RuleFiles(surroundings.HomeTest):
 
     def test_a_file_of_any_name_reaches_everything(self):
         rules = self.load(client="---\nnever_send_text: Acme\n---\n")
-        for modality in kinds.MODALITIES:
+        for modality in file_types.MODALITIES:
             self.assertIsNotNone(standing.screen(rules, text("for acme", modality)).refused)
 
     def test_rules_only_ever_add_up(self):

@@ -1,14 +1,14 @@
 """The validator's engine: what `validate.py` does once there is something to do.
 
-    reach      is the service worth a try
-    settings   which service, which key, which data folder
-    client     the evaluation service: grade, iterate -> Verdict
-    parts      a file or a text -> an Artifact: the parts to submit and their modality
-    standing   the standing rules: what never leaves this machine, and the text people read
-    grading    all of them together: one artifact in, one Outcome out
-    report     an Outcome as a table or as JSON; `sarif` as SARIF
-    hook       a coding tool's events
-    mcp_server the same work as an MCP server
+    reachability  is the service worth a try
+    settings      which service, which key, which data folder
+    client        the evaluation service: grade, iterate -> Verdict
+    parts         a file or a text -> an Artifact: the parts to submit and their modality
+    standing      the standing rules: what never leaves this machine, and the text people read
+    grading       all of them together: one artifact in, one Outcome out
+    report        an Outcome as a table or as JSON; `sarif` as SARIF
+    hook          a coding tool's events
+    mcp_server    the same work as an MCP server
 
 Nothing here prints, except `cli` and `mcp_server`, which own the standard streams. Functions that
 can fail in ways a person can do something about raise the exception their docstring names; the
@@ -16,3 +16,6 @@ client never raises, a failure is a `Verdict` with `error`.
 """
 
 VERSION = "0.1.0"
+
+#: Characters of what an agent is told at once: coding tools put more than 10,000 aside in a file.
+LONGEST_ANSWER = 9000

@@ -12,7 +12,8 @@ import sys
 import threading
 from typing import List, Optional
 
-from . import VERSION, client, grading, kinds, parts, report, settings as settings_module, standing
+from . import (VERSION, client, file_types, grading, parts, report, settings as settings_module,
+               standing)
 
 COULD_NOT = 3
 _EPILOG = """\
@@ -99,8 +100,8 @@ def _parser() -> _Parser:
     grade.add_argument("--iterate", metavar="RUN", help="grade as the revision of an earlier run")
     grade.add_argument("--together", action="store_true", help="all files are one submission")
     grade.add_argument("--intent", metavar="TEXT", help="what the work is for")
-    grade.add_argument("--modality", choices=kinds.MODALITIES, metavar="NAME",
-                       help="one of " + ", ".join(kinds.MODALITIES))
+    grade.add_argument("--modality", choices=file_types.MODALITIES, metavar="NAME",
+                       help="one of " + ", ".join(file_types.MODALITIES))
     grade.add_argument("--vertical", metavar="NAME", help="the line of business, e.g. legal")
     grade.add_argument("--policy", metavar="ID", help="the policy to grade by")
     grade.add_argument("--timeout", metavar="SECONDS", type=_seconds, default=client.DEADLINE,
@@ -109,7 +110,7 @@ def _parser() -> _Parser:
                        help="what standard input is called; its ending tells the kind of work")
     grade.add_argument("--quiet", action="store_true", help="say nothing while waiting")
     rules = commands.add_parser("rules", help="show the standing rules", allow_abbrev=False)
-    rules.add_argument("modality", nargs="?", choices=kinds.MODALITIES, metavar="MODALITY")
+    rules.add_argument("modality", nargs="?", choices=file_types.MODALITIES, metavar="MODALITY")
     return parser
 
 
@@ -176,7 +177,7 @@ def _grade_together(options, settings, rules, common) -> grading.Outcome:
             if name == "-":
                 artifacts.append(_standard_input(options))
                 continue
-            kind = kinds.of_name(name)
+            kind = file_types.of_name(name)
             declared = options.modality or (kind.modality if kind else "text")
             refused = rules.refusal(name, declared)
             if refused:

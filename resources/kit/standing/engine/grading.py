@@ -63,7 +63,7 @@ def grade_file(path: str, settings: Settings, rules: standing.RuleSet,
                modality: Optional[str] = None, *, name: Optional[str] = None,
                source: bool = False, **options) -> Outcome:
     """Grades one file. What the rules never send is not even read."""
-    from .kinds import of_name
+    from .file_types import of_name
     kind = of_name(path, source)
     declared = modality or (kind.modality if kind else "text")
     shown = name or path

@@ -15,14 +15,11 @@ Imports are where they are needed: this runs on every edit.
 import json
 import os
 
-from . import reach
+from . import LONGEST_ANSWER, reachability
 from .state import State
 
 TOOLS = ("Write", "Edit", "MultiEdit", "NotebookEdit")
 LARGEST_LOOKED_THROUGH = 1024 * 1024
-MOST_FILES = 40
-DOWN_SECONDS = {"unreachable": reach.DOWN_SECONDS, "refused": 300, "slow": 600}
-LONGEST_REASON = 9000
 _SILENCE = b""
 
 
@@ -53,7 +50,7 @@ def after_tool(payload, state):
     if not facts:
         return None
     return {"hookSpecificOutput": {"hookEventName": "PostToolUse",
-                                   "additionalContext": "\n".join(facts)[:LONGEST_REASON]}}
+                                   "additionalContext": "\n".join(facts)[:LONGEST_ANSWER]}}
 
 
 def changed_path(payload):
@@ -81,7 +78,7 @@ def at_stop(payload, state):
     paths = state.changed()
     if not paths:
         return None
-    if reach.found_down(state.folder):
+    if reachability.found_down(state.folder):
         return None
     from . import stop
     said = stop.grade_changes(paths, _project(payload), settings, state,
@@ -118,8 +115,8 @@ def _secret_facts(path, payload, state):
     found = secret_shapes.find(text)
     if not found:
         return []
-    from . import kinds, parts, standing
-    kind = kinds.of_name(path, source=True)
+    from . import file_types, parts, standing
+    kind = file_types.of_name(path, source=True)
     if standing.load().refusal(path, kind.modality if kind else "text"):
         return []  # such files are where secrets belong; they are never sent
     memory = state.load()

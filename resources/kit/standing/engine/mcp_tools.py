@@ -11,7 +11,7 @@ Texts are facts for the agent to weigh. They may quote the work, so they are mad
 import os
 import re
 
-from . import VERSION, client, grading, kinds, parts, report
+from . import VERSION, client, file_types, grading, parts, report
 from . import settings as settings_module
 from . import standing
 
@@ -30,7 +30,7 @@ _WORK = {
     "name": {"type": "string", "minLength": 1,
              "description": "With text: what it is called. The ending tells the kind of work, "
                             "e.g. notes.md or app.py."},
-    "modality": {"type": "string", "enum": list(kinds.MODALITIES),
+    "modality": {"type": "string", "enum": list(file_types.MODALITIES),
                  "description": "The kind of work, where name and content do not tell it."},
     "intent": {"type": "string",
                "description": "What the work is for; it is judged against that."},
@@ -118,7 +118,7 @@ DEFINITIONS = [
     _tool("rules", "Standing rules",
           "Shows the standing rules that work on this machine is held to: what is never sent "
           "anywhere, and what the work is judged by. Reads local files only.",
-          {"modality": {"type": "string", "enum": list(kinds.MODALITIES),
+          {"modality": {"type": "string", "enum": list(file_types.MODALITIES),
                         "description": "Only the rules for this kind of work."}}, remote=False),
     _tool("status", "Validator status",
           "Tells which evaluation service work is sent to, whether there is a key for it (never "

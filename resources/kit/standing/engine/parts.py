@@ -11,7 +11,7 @@ import os
 import stat
 from typing import Any, Dict, List, NamedTuple, Optional
 
-from . import kinds
+from . import file_types
 
 #: More than this is not read at all; the standing rules set what may be sent.
 LARGEST_FILE = 64 * 1024 * 1024
@@ -52,9 +52,9 @@ class Artifact(NamedTuple):
 
 def from_text(text: str, modality: Optional[str] = None, name: str = "text.txt") -> Artifact:
     """A text as one part. Its modality is the given one, else what the name's ending says."""
-    kind = kinds.of_name(name)
+    kind = file_types.of_name(name)
     modality = modality or (kind.modality if kind else "text")
-    mime_type = kinds.text_type(modality)
+    mime_type = file_types.text_type(modality)
     if kind and kind.modality == modality and kind.mime_type.startswith("text/"):
         mime_type = kind.mime_type
     return Artifact((Part(mime_type, os.path.basename(name), _sound(text), same_lines=True),),
@@ -135,43 +135,43 @@ def decode(data: bytes) -> Optional[str]:
 
 def _artifact(data: bytes, name: str, shown: str, path: Optional[str], modality: Optional[str],
               source: bool) -> Artifact:
-    kind = kinds.of_name(name, source)
+    kind = file_types.of_name(name, source)
     if kind is None:
         kind = _kind_of_content(data, name)
     found, notes = _READERS[kind.reader](data, shown, kind)
     declared = modality or kind.modality
     if kind.reader == "text" and declared != kind.modality:
-        found = [part._replace(mime_type=kinds.text_type(declared)) for part in found]
+        found = [part._replace(mime_type=file_types.text_type(declared)) for part in found]
     return Artifact(tuple(found), declared, name, path, tuple(notes))
 
 
-def _kind_of_content(data: bytes, name: str) -> kinds.Kind:
+def _kind_of_content(data: bytes, name: str) -> file_types.FileType:
     if data.startswith(b"\x89PNG\r\n\x1a\n"):
-        return kinds.Kind("image", "picture", "image/png")
+        return file_types.FileType("image", "picture", "image/png")
     if data.startswith(b"\xff\xd8\xff"):
-        return kinds.Kind("image", "picture", "image/jpeg")
+        return file_types.FileType("image", "picture", "image/jpeg")
     if data.startswith(b"%PDF-"):
-        return kinds.Kind("document", "bytes", "application/pdf")
+        return file_types.FileType("document", "bytes", "application/pdf")
     if decode(data) is None:
         raise NotGradable("{}: this kind of file is not known; see `brask grade --help`"
                           .format(name))
     if data.startswith(b"#!"):
-        return kinds.Kind("code", "text", "text/x-code")
-    return kinds.Kind("text", "text", "text/plain")
+        return file_types.FileType("code", "text", "text/x-code")
+    return file_types.FileType("text", "text", "text/plain")
 
 
-def _read_text(data: bytes, shown: str, kind: kinds.Kind):
+def _read_text(data: bytes, shown: str, kind: file_types.FileType):
     text = decode(data)
     if text is None:
         raise NotGradable("{} is not a text, whatever its name says".format(shown))
     return [Part(kind.mime_type, shown, _sound(text), same_lines=True)], []
 
 
-def _read_bytes(data: bytes, shown: str, kind: kinds.Kind):
+def _read_bytes(data: bytes, shown: str, kind: file_types.FileType):
     return [Part(kind.mime_type, shown, data=data)], []
 
 
-def _read_picture(data: bytes, shown: str, kind: kinds.Kind):
+def _read_picture(data: bytes, shown: str, kind: file_types.FileType):
     from . import pictures
     mime_type = pictures.type_of(data) or kind.mime_type
     return [Part(mime_type, shown, data=pictures.without_metadata(data))], []
@@ -179,7 +179,7 @@ def _read_picture(data: bytes, shown: str, kind: kinds.Kind):
 
 def _from(module: str):
     """A reader in a module of its own, loaded when it is needed."""
-    def read(data: bytes, shown: str, kind: kinds.Kind):
+    def read(data: bytes, shown: str, kind: file_types.FileType):
         from importlib import import_module
         reader = getattr(import_module("." + module, __package__), "read_" + kind.reader)
         return reader(data, shown, kind)

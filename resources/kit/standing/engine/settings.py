@@ -10,7 +10,7 @@ from __future__ import annotations
 import os
 from collections import namedtuple
 
-from . import head
+from . import name_value_lines
 
 DEFAULT_BASE = "https://trevix.example"
 LONGEST_FILE = 64 * 1024
@@ -119,7 +119,8 @@ def _file_values(folder: str, problems: list[str]) -> dict[str, str]:
     values: dict[str, str] = {}
     if data is None:
         return values
-    lines, found = head.parse_lines(data.decode("utf-8-sig", "replace").splitlines(), path, 1)
+    texts = data.decode("utf-8-sig", "replace").splitlines()
+    lines, found = name_value_lines.parse_lines(texts, path, 1)
     problems.extend(found)
     for line in lines:
         if line.name in NAMES:

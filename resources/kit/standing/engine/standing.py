@@ -19,8 +19,8 @@ import fnmatch
 import os
 from typing import Dict, List, NamedTuple, Optional, Tuple
 
-from . import head as heads
-from .kinds import MODALITIES
+from . import name_value_lines
+from .file_types import MODALITIES
 from .parts import Artifact, Part
 from .verdict import Flaw
 
@@ -257,12 +257,13 @@ def _read(folder: str, name: str, problems: List[str]) -> Optional[RuleFile]:
     if len(data) > LARGEST_RULE_FILE:
         problems.append("{}: larger than {} KiB".format(path, LARGEST_RULE_FILE >> 10))
         return None
-    found, troubles = heads.split(text, path)
+    found, troubles = name_value_lines.split(text, path)
     problems.extend(troubles)
     return _interpret(name, path, found, problems)
 
 
-def _interpret(name: str, path: str, found: heads.Head, problems: List[str]) -> RuleFile:
+def _interpret(name: str, path: str, found: name_value_lines.FrontMatter,
+               problems: List[str]) -> RuleFile:
     implied = name.split(".")[0]
     modalities: List[str] = []
     title = implied

@@ -12,7 +12,7 @@ import json
 import os
 import time
 
-from .reach import make_folder, note_down
+from .reachability import make_folder, note_down
 
 LONGEST_CHANGED = 64 * 1024
 LONGEST_SESSION = 512 * 1024

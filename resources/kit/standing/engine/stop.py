@@ -9,9 +9,10 @@ import os
 import threading
 import time
 
-from . import grading, kinds, parts, report, standing
-from .hook import DOWN_SECONDS, LONGEST_REASON, MOST_FILES
+from . import LONGEST_ANSWER, file_types, grading, parts, report, standing
+from .reachability import DOWN_SECONDS
 
+MOST_FILES = 40
 MOST_SUBMISSIONS = 4
 MOST_TRIES = 3
 _INTENT = "Validate the files that a coding agent changed before they ship."
@@ -64,7 +65,7 @@ def _groups(paths, project, rules, memory):
     """What is to be graded, by modality, and how many files are more than are graded at once."""
     groups, count, left = {}, 0, 0
     for path in paths:
-        kind = kinds.of_name(path, source=True)
+        kind = file_types.of_name(path, source=True)
         modality = kind.modality if kind else "text"
         if not os.path.isfile(path) or rules.refusal(path, modality):
             continue
@@ -190,4 +191,4 @@ def _facts(groups, left, settings):
     if left:
         lines += ["", "{} more changed files were not graded.".format(left)]
     text = "\n".join(lines)
-    return text if len(text) <= LONGEST_REASON else text[:LONGEST_REASON] + "…"
+    return text if len(text) <= LONGEST_ANSWER else text[:LONGEST_ANSWER] + "…"

@@ -1,4 +1,4 @@
-"""Is the service worth a try, or known to be down?
+"""Whether the service is worth a try, or known to be down.
 
 Asked before anything else is loaded, at the end of every turn that changed a file. A service on
 this machine that is not running refuses a connection at once; any other is down only when trying
@@ -10,14 +10,15 @@ import time
 
 from . import settings as settings_module
 
-DOWN_SECONDS = 30
+#: For how many seconds the service is left alone, by what was wrong with it.
+DOWN_SECONDS = {"unreachable": 30, "refused": 300, "slow": 600}
 
 
 def found_down(folder):
     """Whether the service of the settings refuses right now; remembered when it does."""
     if not _refuses(settings_module.load().base):
         return False
-    note_down(os.path.join(folder, "state"), time.time() + DOWN_SECONDS)
+    note_down(os.path.join(folder, "state"), time.time() + DOWN_SECONDS["unreachable"])
     return True
 
 

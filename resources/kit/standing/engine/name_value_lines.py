@@ -15,11 +15,12 @@ LONGEST_LINE = 4096
 _LINE = r"([a-z][a-z0-9_]{0,40})[ \t]*:(?:[ \t]+(.*))?$"  # compiled when there is a line
 
 
-#: One entry of a head; `number` counts from 1 in the file it came from.
+#: One such line; `number` counts from 1 in the file it came from.
 Line = namedtuple("Line", "number name value")
 
-#: The head of a Markdown file (a list of Line), what stands below it, and whether there was one.
-Head = namedtuple("Head", "lines body found")
+#: The lines between two `---` at the top of a Markdown file, what stands below, and whether there
+#: were any such marks.
+FrontMatter = namedtuple("FrontMatter", "lines body found")
 
 
 def parse_lines(texts: list[str], where: str, first: int) -> tuple[list[Line], list[str]]:
@@ -38,14 +39,15 @@ def parse_lines(texts: list[str], where: str, first: int) -> tuple[list[Line], l
     return lines, problems
 
 
-def split(text: str, where: str) -> tuple[Head, list[str]]:
+def split(text: str, where: str) -> tuple[FrontMatter, list[str]]:
     """Takes a Markdown text apart: a head between two lines of `---`, and the rest."""
     rows = text.splitlines()
     if not rows or rows[0].rstrip() != "---":
-        return Head([], text, False), []
+        return FrontMatter([], text, False), []
     for end, row in enumerate(rows[1:], 1):
         if row.rstrip() == "---":
             lines, problems = parse_lines(rows[1:end], where, 2)
             body = "\n".join(rows[end + 1:]).strip("\n") + "\n"
-            return Head(lines, body, True), problems
-    return Head([], text, False), ["{}:1: the head is not closed by a line “---”".format(where)]
+            return FrontMatter(lines, body, True), problems
+    problem = "{}:1: the head is not closed by a line “---”".format(where)
+    return FrontMatter([], text, False), [problem]
