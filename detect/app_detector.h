@@ -1,4 +1,4 @@
-// Which application is in front, and does the catalog know it?
+// The application in front, and what the catalog knows of it.
 //
 // The answer rests on the bundle identifier alone. For a browser it says only that it is a browser;
 // the page in it is not looked at.

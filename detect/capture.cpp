@@ -18,8 +18,13 @@ namespace {
 
 using namespace std::chrono_literals;
 
+// A window comes to the front within a few redraws once its application is asked; what takes longer
+// refuses, and the user is waiting.
 constexpr auto kFrontmostTimeout = 700ms;
 constexpr auto kFrontmostInterval = 40ms;
+
+// What an application gets between the copy key and the look at the clipboard. A stated part of the
+// behaviour: short enough not to be felt, and long enough for an editor with a page of text.
 constexpr auto kCopyDelay = 180'000us;
 
 enum class Front {
@@ -85,6 +90,7 @@ SelectionCopy copySelection(const Ports& ports, ProcessId pid) {
     if (ports.pasteboard.changeCount() != memory.changeCount) ports.pasteboard.putBack(memory);
 
     if (quitting) return {.outcome = Selection::Quitting, .text = {}};
+    // Blanks alone are what an application copies that has nothing selected.
     if (!copied || text::trimmedWhitespaceAndNewlines(*copied).empty()) return {};
     return {.outcome = Selection::Copied, .text = std::move(*copied)};
 }
@@ -191,7 +197,7 @@ std::optional<std::string> frontWindowPNG(WindowList& windows, WindowPicture& pi
     if (!list) return std::nullopt;
     const WindowInfo* largest = nullptr;
     for (const WindowInfo& window : *list) {
-        if (window.ownerPid != pid || window.layer != 0) continue;
+        if (window.ownerPid != pid || window.layer != 0) continue; // menus and tool tips lie higher
         if (largest == nullptr || area(window) > area(*largest)) largest = &window;
     }
     if (largest == nullptr || !largest->number) return std::nullopt;
@@ -208,6 +214,8 @@ CaptureResult windowShot(const Ports& ports, const RunningApp& running, const De
                            "'s window — grant Screen Recording in System Settings ▸ Privacy, and "
                            "make sure the window is open on screen.");
     }
+    // A slide and an interface are judged as such by their picture; of anything else only the
+    // picture is left.
     const bool keepsModality = fallbackModality == "deck" || fallbackModality == "ui_ux";
     return {
         .parts = {{

@@ -1,4 +1,4 @@
-// What is the user working on in this application, as something that can be graded?
+// The work in an application, captured as something that can be graded.
 //
 // The text selection where the catalog says so and one can be had; otherwise a picture of the
 // application's largest window. Whatever happens comes back as a `CaptureResult`; nothing throws.

@@ -36,7 +36,7 @@ std::set<std::string> processNames(std::string_view listing) {
 std::unique_ptr<RunningProcess> startProcessListing(ProcessRunner& processes) {
     return processes.start({
         .program = "/bin/ps",
-        .arguments = {"-axo", "comm="},
+        .arguments = {"-axo", "comm="}, // the same on both systems
         .output = ProcessOutput::Capture,
     });
 }
@@ -58,7 +58,7 @@ std::set<std::string> runningBundleIds(Workspace& workspace) {
 
 std::vector<DetectedAgent> scan(const Ports& ports, const std::set<std::string>& configPresent,
                                 const std::set<std::string>& wired) {
-    auto listing = startProcessListing(ports.processes);
+    auto listing = startProcessListing(ports.processes); // goes on beside the next question
     const auto bundleIds = runningBundleIds(ports.workspace);
     return AgentScan::detect(bundleIds, runningProcessNames(std::move(listing)), configPresent,
                              wired);

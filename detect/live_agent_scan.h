@@ -1,4 +1,4 @@
-// Which agents are on this machine right now?
+// The agents on this machine as it is now.
 //
 // Gathers the running applications and the process list and hands them to `AgentScan::detect`.
 // Nothing fails: without a process list, agents are still found by bundle identifier and

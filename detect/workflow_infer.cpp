@@ -8,6 +8,7 @@ namespace kelvane {
 
 namespace {
 
+// Apps. As many as the panel's one line has room for.
 constexpr std::size_t kPipelineLimit = 4;
 
 std::string joined(const WorkflowStep& step) {
@@ -27,6 +28,7 @@ namespace WorkflowInfer {
 
 std::vector<WorkflowEvent> append(std::vector<WorkflowEvent> history, WorkflowEvent event,
                                   std::size_t limit) {
+    // Looking at the front application every few seconds would else fill it with one app.
     if (!history.empty() && history.back().appId == event.appId) return history;
     history.push_back(std::move(event));
     if (history.size() > limit) {

@@ -1,4 +1,4 @@
-// What is the user's workflow, judging by the applications of the last while?
+// The user's workflow, inferred from the applications of the last while.
 //
 // Pure functions over values; the caller keeps the history.
 
@@ -42,6 +42,7 @@ struct WorkflowState {
 
 namespace WorkflowInfer {
 
+/// Events. Enough for a pipeline of four apps although some of them come twice.
 inline constexpr std::size_t kHistoryLimit = 6;
 
 /// The history with `event` at its end, without the oldest events beyond `limit`. An event of the

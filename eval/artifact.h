@@ -1,4 +1,4 @@
-// One piece of work on its way to the evaluation service.
+// One piece of work on its way to the evaluation service. A plain value; any thread.
 
 #pragma once
 

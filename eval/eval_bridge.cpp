@@ -24,8 +24,15 @@ namespace {
 using nlohmann::json;
 using namespace std::chrono_literals;
 
-constexpr std::size_t kLongestIntent = 4000; // characters
+// Characters. The service takes no longer prompt; one that is cut still says what is wanted.
+constexpr std::size_t kLongestIntent = 4000;
+
+// Far more than any answer takes: only the grading is slow, and that is polled for. What is silent
+// for so long is gone.
 constexpr std::chrono::milliseconds kRequestTimeout = 30s;
+
+// Between two polls. A short text is graded within the first two seconds; a critic that has to warm
+// up takes minutes, and is asked less and less often, down to every six seconds.
 constexpr std::chrono::nanoseconds kFirstInterval = 1500ms;
 constexpr std::chrono::nanoseconds kLastGrowingInterval = 5s;
 constexpr std::chrono::nanoseconds kIntervalGrowth = 1s;

@@ -1,4 +1,4 @@
-// What does the evaluation service say of this work?
+// The client of the evaluation service.
 //
 // `grade` submits a job, polls it to its end and returns the verdict; `iterate` sends a revised
 // version against an earlier run. Both block (a grade for minutes, while the grader warms up) and

@@ -1,4 +1,4 @@
-// Where does the evaluation service live? The one place that says so.
+// The address of the evaluation service, said in this one place.
 //
 // Configure with -DKELVANE_SERVICE_BASE=https://… to point a build at another service. At run time
 // BRASK_API_BASE overrides it for the client.

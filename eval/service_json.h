@@ -1,4 +1,4 @@
-// What stands in a loosely typed answer of the service?
+// Typed lookups in a loosely typed answer of the service.
 //
 // For the sources of this folder only. Each lookup succeeds when the key is there and its value has
 // the wanted type, and is absent otherwise: a wrong type counts as a missing key. Nothing throws.
