@@ -1,8 +1,6 @@
 #include "selftest/self_test.h"
 
 #include "catalog/app_catalog.h"
-#include "detect/agent_scan.h"
-#include "detect/workflow_infer.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -10,6 +8,7 @@
 #include <ostream>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace kelvane::SelfTest {
@@ -19,6 +18,8 @@ namespace {
 // The web hosts whose pages the catalog must tell apart.
 constexpr std::string_view kDesignHost = "figma.com";
 constexpr std::string_view kDocumentsHost = "docs.google.com";
+// Apps. Fewer than the smallest catalog worth shipping: the wrong file, or half of one. The number
+// stands in the report's first line.
 constexpr std::size_t kLeastApps = 50;
 
 class Report {
@@ -93,9 +94,7 @@ void checkModalities(Report& report, const AppCatalog& catalog) {
                  }));
 }
 
-void checkAgents(Report& report) {
-    const auto agents = AgentScan::detect({"com.openai.codex", "com.electron.ollama"}, {"claude"},
-                                          {"claude", "codex"}, {"codex"});
+void checkAgents(Report& report, const std::vector<DetectedAgent>& agents) {
     const auto holds = [&](std::string_view id, auto&& condition) {
         const auto agent = std::ranges::find(agents, id, &DetectedAgent::id);
         return agent != agents.end() && condition(*agent);
@@ -114,20 +113,8 @@ void checkAgents(Report& report) {
                  holds("cursor", [](const auto& agent) { return !agent.present; }));
 }
 
-void checkWorkflow(Report& report, const AppCatalog& catalog) {
-    std::vector<WorkflowEvent> history;
-    for (const WorkflowEvent& event : {
-             WorkflowEvent{"obsidian", "Obsidian", "docs", "text"},
-             WorkflowEvent{"obsidian", "Obsidian", "docs", "text"},
-             WorkflowEvent{"figma", "Figma", "design", "ui_ux"},
-             WorkflowEvent{"vscode", "VS Code", "engineering", "code"},
-         }) {
-        history = WorkflowInfer::append(std::move(history), event);
-    }
-    const CatalogApp* const found = catalog.appForBundleId("com.microsoft.VSCode");
-    const auto current = found != nullptr ? std::optional(*found) : std::nullopt;
-    const WorkflowState workflow = WorkflowInfer::infer(history, current);
-
+void checkWorkflow(Report& report, const std::vector<WorkflowEvent>& history,
+                   const WorkflowState& workflow) {
     report.check("dup app collapses (3 steps)", history.size() == 3);
     report.check("workflow node from current app", workflow.node == "build");
     constexpr std::string_view names[] = {"Obsidian", "Figma", "VS Code"};
@@ -138,20 +125,42 @@ void checkWorkflow(Report& report, const AppCatalog& catalog) {
 
 } // namespace
 
-std::int32_t run(const AppCatalog& catalog, std::ostream& out) {
+Observed observe(const AppCatalog& catalog) {
+    Observed observed;
+    observed.agents = AgentScan::detect({"com.openai.codex", "com.electron.ollama"}, {"claude"},
+                                        {"claude", "codex"}, {"codex"});
+    for (const WorkflowEvent& event : {
+             WorkflowEvent{"obsidian", "Obsidian", "docs", "text"},
+             WorkflowEvent{"obsidian", "Obsidian", "docs", "text"},
+             WorkflowEvent{"figma", "Figma", "design", "ui_ux"},
+             WorkflowEvent{"vscode", "VS Code", "engineering", "code"},
+         }) {
+        observed.history = WorkflowInfer::append(std::move(observed.history), event);
+    }
+    const CatalogApp* const found = catalog.appForBundleId("com.microsoft.VSCode");
+    const auto current = found != nullptr ? std::optional(*found) : std::nullopt;
+    observed.workflow = WorkflowInfer::infer(observed.history, current);
+    return observed;
+}
+
+std::int32_t report(const AppCatalog& catalog, const Observed& observed, std::ostream& out) {
     Report report(out);
     checkCatalog(report, catalog);
     checkBundleIds(report, catalog);
     checkAddresses(report, catalog);
     checkModalities(report, catalog);
-    checkAgents(report);
-    checkWorkflow(report, catalog);
+    checkAgents(report, observed.agents);
+    checkWorkflow(report, observed.history, observed.workflow);
     if (report.failures() == 0) {
         out << "\nselftest: ALL PASS (" << catalog.apps().size() << " apps)\n";
         return 0;
     }
     out << "\nselftest: " << report.failures() << " FAILURE(S)\n";
     return 1;
+}
+
+std::int32_t run(const AppCatalog& catalog, std::ostream& out) {
+    return report(catalog, observe(catalog), out);
 }
 
 } // namespace kelvane::SelfTest

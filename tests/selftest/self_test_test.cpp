@@ -166,6 +166,89 @@ TEST(SelfTest, EachCheckOfTheCatalogCanFail) {
     }
 }
 
+DetectedAgent& agent(SelfTest::Observed& observed, const std::string& id) {
+    return *std::ranges::find(observed.agents, id, &DetectedAgent::id);
+}
+
+void forget(SelfTest::Observed& observed, const std::string& id) {
+    std::erase_if(observed.agents, [&](const DetectedAgent& each) { return each.id == id; });
+}
+
+/// Each way in which the rules of agents and workflow could go wrong fails the checks of it, and no
+/// other.
+TEST(SelfTest, EachCheckOfTheRulesCanFail) {
+    using Observed = SelfTest::Observed;
+    struct Case {
+        std::vector<std::string> labels;
+        std::function<void(Observed&)> spoil;
+    };
+    const std::string codexRuns = "codex detected running";
+    const std::string codexWired = "codex wired==true";
+    const std::string claudeRuns = "claude_code running via proc";
+    const std::string claudeNotWired = "claude_code wired==false (not in wired set)";
+    const std::string ollama = "ollama running, wired==nil (not a harness)";
+    const std::string cursor = "cursor not present";
+    const std::string duplicate = "dup app collapses (3 steps)";
+    const std::string pipeline = "pipeline preserves order";
+    const std::vector<Case> cases{
+        {{codexRuns}, [](Observed& o) { agent(o, "codex").running = false; }},
+        {{codexWired}, [](Observed& o) { agent(o, "codex").wired = false; }},
+        {{codexWired}, [](Observed& o) { agent(o, "codex").wired.reset(); }},
+        {{codexRuns, codexWired}, [](Observed& o) { forget(o, "codex"); }},
+        {{claudeRuns}, [](Observed& o) { agent(o, "claude_code").running = false; }},
+        {{claudeNotWired}, [](Observed& o) { agent(o, "claude_code").wired = true; }},
+        {{claudeNotWired}, [](Observed& o) { agent(o, "claude_code").wired.reset(); }},
+        {{claudeRuns, claudeNotWired}, [](Observed& o) { forget(o, "claude_code"); }},
+        {{ollama}, [](Observed& o) { agent(o, "ollama").running = false; }},
+        {{ollama}, [](Observed& o) { agent(o, "ollama").wired = false; }},
+        {{ollama}, [](Observed& o) { agent(o, "ollama").wired = true; }},
+        {{ollama}, [](Observed& o) { forget(o, "ollama"); }},
+        {{cursor}, [](Observed& o) { agent(o, "cursor").present = true; }},
+        {{cursor}, [](Observed& o) { forget(o, "cursor"); }},
+        {{duplicate}, [](Observed& o) { o.history.pop_back(); }},
+        {{duplicate}, [](Observed& o) { o.history.push_back(o.history.front()); }},
+        {{"workflow node from current app"}, [](Observed& o) { o.workflow.node = "rest"; }},
+        {{pipeline}, [](Observed& o) { std::ranges::reverse(o.workflow.pipeline); }},
+        {{pipeline}, [](Observed& o) { o.workflow.pipeline.pop_back(); }},
+        {{pipeline},
+         [](Observed& o) { o.workflow.pipeline.push_back(o.workflow.pipeline.front()); }},
+        {{pipeline}, [](Observed& o) { o.workflow.pipeline[1].name = "figma"; }},
+        {{"multi-modal detected"}, [](Observed& o) { o.workflow.multiModal = false; }},
+    };
+    const AppCatalog catalog = catalogOf(passing());
+    for (const auto& [labels, spoil] : cases) {
+        auto observed = SelfTest::observe(catalog);
+        spoil(observed);
+        std::ostringstream report;
+        Outcome outcome;
+        outcome.status = SelfTest::report(catalog, observed, report);
+        outcome.report = report.str();
+        for (const auto& label : labels) {
+            EXPECT_TRUE(outcome.says("FAIL  " + label)) << outcome.report;
+        }
+        EXPECT_EQ(outcome.lines().back(),
+                  "selftest: " + std::to_string(labels.size()) + " FAILURE(S)")
+            << outcome.report;
+        EXPECT_EQ(outcome.lines().size(), kLabels.size() + 2);
+        EXPECT_EQ(outcome.status, 1);
+    }
+}
+
+TEST(SelfTest, ObservesTheFixedInputsWhateverRuns) {
+    const auto observed = SelfTest::observe(catalogOf(passing()));
+    std::vector<std::string> running;
+    for (const DetectedAgent& each : observed.agents) {
+        if (each.running) running.push_back(each.id);
+    }
+    std::ranges::sort(running);
+    EXPECT_EQ(running, (std::vector<std::string>{"claude_code", "codex", "ollama"}));
+    EXPECT_EQ(observed.history,
+              (std::vector<WorkflowEvent>{{"obsidian", "Obsidian", "docs", "text"},
+                                          {"figma", "Figma", "design", "ui_ux"},
+                                          {"vscode", "VS Code", "engineering", "code"}}));
+    EXPECT_EQ(SelfTest::observe(AppCatalog()).workflow.node, WorkflowState().node);
+}
+
 TEST(SelfTest, ACatalogWithoutModalitiesFailsBothChecksOfThem) {
     const auto outcome = selfTest(catalogOf(passing(), {}));
     EXPECT_TRUE(outcome.says("FAIL  catalog declares modalities"));
