@@ -18,7 +18,9 @@ using text::shownLine;
 using text::shownParagraph;
 using text::shownWithin;
 
+// A panel is for a glance: the rest is in the report, and is counted.
 constexpr std::size_t kFlawsShown = 3;
+// Two names of tools fit side by side at the panel's width.
 constexpr std::size_t kAgentsPerRow = 2;
 constexpr const char* kPipelineArrow = "  →  ";
 
@@ -66,7 +68,7 @@ VerdictSection::Graded graded(const Verdict& verdict) {
     if (verdict.score) {
         if (const auto number = scoreText(*verdict.score)) section.score = "Trevix " + *number;
     }
-    section.reportRunId = verdict.runId;
+    if (verdict.runId) section.report = {.label = "Full report", .runId = *verdict.runId};
     if (verdict.error) section.error = shownParagraph(*verdict.error);
     const std::size_t shown = std::min(verdict.flaws.size(), kFlawsShown);
     for (std::size_t i = 0; i < shown; ++i) section.flaws.push_back(flawRow(verdict.flaws[i]));
@@ -144,35 +146,7 @@ FooterRow footerRow() {
 
 } // namespace
 
-std::string_view rawValue(Tint tint) {
-    switch (tint) {
-    case Tint::green:
-        return "green";
-    case Tint::yellow:
-        return "yellow";
-    case Tint::orange:
-        return "orange";
-    case Tint::red:
-        return "red";
-    case Tint::gray:
-        return "gray";
-    case Tint::blue:
-        return "blue";
-    case Tint::black:
-        return "black";
-    case Tint::white:
-        return "white";
-    case Tint::secondary:
-        return "secondary";
-    case Tint::primary:
-        return "primary";
-    case Tint::clear:
-        break;
-    }
-    return "clear";
-}
-
-std::string_view rawValue(Symbol symbol) {
+std::string_view name(Symbol symbol) {
     switch (symbol) {
     case Symbol::magnifyingGlass:
         return "sparkle.magnifyingglass";
@@ -186,7 +160,7 @@ std::string_view rawValue(Symbol symbol) {
     return "checkmark.shield.fill";
 }
 
-std::string_view rawValue(MenuAction action) {
+std::string_view name(MenuAction action) {
     switch (action) {
     case MenuAction::getKey:
         return "getKey";
@@ -269,6 +243,7 @@ AgentChipView agentChip(const DetectedAgent& agent) {
 
 CompanionViewRecord companionView(const CompanionModel& model) {
     return {.product = "Kelvane",
+            .markLetter = "K",
             .tag = "Companion",
             .status = statusDot(*model.hasKey),
             .now = nowSection(*model.detected, model.catalog),

@@ -1,11 +1,10 @@
-// What does the panel show for a given state of the model?
+// The panel's content as a plain record, and the pure function from the model to it.
 //
-// A pure function from the model to a plain record: every text, colour, tool tip and flag, in the
-// order in which the panel draws them. The panel draws the record and decides nothing. Texts that
-// come from outside (names, notes, flaws) are made harmless here, see text/shown_text.h: control
-// characters and bidirectional overrides cannot leave their place. Identifiers are not shown and
-// stay as they are. Only what can be seen is in the record: it costs the same for any number of
-// flaws.
+// Every text, colour, tool tip and flag that the panel has, in the order in which it draws them.
+// The panel draws the record and decides nothing. Texts that come from outside (names, notes,
+// flaws) are made harmless here, see text/shown_text.h: control characters and bidirectional
+// overrides cannot leave their place. Identifiers are not shown and stay as they are. Only what can
+// be seen is in the record: it costs the same for any number of flaws.
 
 #pragma once
 
@@ -21,14 +20,11 @@ namespace kelvane {
 /// The colours that the panel speaks in; what they look like is the theme's business.
 enum class Tint { green, yellow, orange, red, gray, blue, black, white, secondary, primary, clear };
 
-/// The colour's name, as the panel's theme lists it.
-[[nodiscard]] std::string_view rawValue(Tint tint);
-
 /// A line-drawn symbol of the panel's own set.
 enum class Symbol { magnifyingGlass, seal, iterateArrows, shield };
 
 /// The symbol's name, e.g. "checkmark.seal".
-[[nodiscard]] std::string_view rawValue(Symbol symbol);
+[[nodiscard]] std::string_view name(Symbol symbol);
 
 struct StatusDot {
     Tint tint = Tint::orange;
@@ -65,12 +61,20 @@ struct FlawRow {
     bool operator==(const FlawRow&) const = default;
 };
 
+/// "Full report".
+struct ReportLink {
+    std::string label;
+    std::string runId; ///< Whose report.
+
+    bool operator==(const ReportLink&) const = default;
+};
+
 /// At most one of its three faces shows: progress, a verdict, or a note.
 struct VerdictSection {
     struct Graded {
         BandPillView pill;
         std::optional<std::string> score;
-        std::optional<std::string> reportRunId; ///< Present: "Full report" is offered.
+        std::optional<ReportLink> report; ///< Absent for a verdict without a run.
         std::optional<std::string> error;
         std::vector<FlawRow> flaws;         ///< At most three.
         std::optional<std::string> more;    ///< How many flaws are not shown.
@@ -132,7 +136,7 @@ struct WorkflowSection {
 enum class MenuAction { getKey, uninstall, quit, divider };
 
 /// The action's name, e.g. "getKey".
-[[nodiscard]] std::string_view rawValue(MenuAction action);
+[[nodiscard]] std::string_view name(MenuAction action);
 
 struct MenuItem {
     MenuAction action = MenuAction::divider;
@@ -151,6 +155,7 @@ struct FooterRow {
 
 struct CompanionViewRecord {
     std::string product;
+    std::string markLetter; ///< Stands for the product's mark where its picture is missing.
     std::string tag;
     StatusDot status;
     NowSection now;

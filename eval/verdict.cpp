@@ -28,7 +28,7 @@ std::string firstString(const nlohmann::json& object, std::initializer_list<cons
 
 } // namespace
 
-std::string_view rawValue(Band band) {
+std::string_view name(Band band) {
     switch (band) {
     case Band::ship:
         return "ship";
@@ -44,15 +44,15 @@ std::string_view rawValue(Band band) {
     return "unknown";
 }
 
-std::optional<Band> bandFromRawValue(std::string_view raw) {
-    const auto found = std::find_if(kBands.begin(), kBands.end(),
-                                    [&](Band band) { return rawValue(band) == raw; });
+std::optional<Band> bandNamed(std::string_view raw) {
+    const auto found =
+        std::find_if(kBands.begin(), kBands.end(), [&](Band band) { return name(band) == raw; });
     if (found == kBands.end()) return std::nullopt;
     return *found;
 }
 
 Band parseBand(const std::optional<std::string>& text) {
-    return bandFromRawValue(text::lowercased(text.value_or(""))).value_or(Band::unknown);
+    return bandNamed(text::lowercased(text.value_or(""))).value_or(Band::unknown);
 }
 
 bool clears(Band band) {

@@ -32,10 +32,10 @@ enum class Band {
     unknown,
 };
 
-[[nodiscard]] std::string_view rawValue(Band band);
+[[nodiscard]] std::string_view name(Band band);
 
 /// The band with exactly this name, or nothing. Case-sensitive.
-[[nodiscard]] std::optional<Band> bandFromRawValue(std::string_view raw);
+[[nodiscard]] std::optional<Band> bandNamed(std::string_view raw);
 
 /// The band of a text from the service, whatever its case; `unknown` for an absent text and for
 /// anything that is no band.

@@ -1,8 +1,7 @@
-// What does the panel's drawing bind to?
+// The object that the panel's drawing binds to: the model, republished as properties.
 //
-// A `PanelBridge` republishes the model as properties: one map per section of the panel, each with
-// its own change signal, so that only what changed is drawn again. It decides nothing; every text
-// and every flag comes from `companionView`.
+// One record per section of the panel, each with its own change signal, so that only what changed
+// is drawn again. It decides nothing; every text and every flag comes from `companionView`.
 //
 // The model tells of a change before it happens, often several times in a row. The bridge therefore
 // looks again once, on the next turn of the event loop. Main thread only. The model and what
@@ -11,10 +10,11 @@
 #pragma once
 
 #include "app/companion_view.h"
+#include "app/panel/panel_records.h"
 #include "app/published.h"
 
 #include <QObject>
-#include <QVariantMap>
+#include <QtQml/qqmlregistration.h>
 
 namespace kelvane {
 
@@ -29,13 +29,15 @@ struct PanelImages {
 
 class PanelBridge : public QObject {
     Q_OBJECT
-    Q_PROPERTY(QVariantMap header READ header NOTIFY headerChanged)
-    Q_PROPERTY(QVariantMap now READ now NOTIFY nowChanged)
-    Q_PROPERTY(QVariantMap verdict READ verdict NOTIFY verdictChanged)
-    Q_PROPERTY(QVariantMap actions READ actions NOTIFY actionsChanged)
-    Q_PROPERTY(QVariantMap agents READ agents NOTIFY agentsChanged)
-    Q_PROPERTY(QVariantMap workflow READ workflow NOTIFY workflowChanged)
-    Q_PROPERTY(QVariantMap footer READ footer NOTIFY footerChanged)
+    QML_ELEMENT
+    QML_UNCREATABLE("made by the program")
+    Q_PROPERTY(kelvane::HeaderRecord header READ header NOTIFY headerChanged)
+    Q_PROPERTY(kelvane::NowRecord now READ now NOTIFY nowChanged)
+    Q_PROPERTY(kelvane::VerdictRecord verdict READ verdict NOTIFY verdictChanged)
+    Q_PROPERTY(kelvane::ActionsRecord actions READ actions NOTIFY actionsChanged)
+    Q_PROPERTY(kelvane::AgentsRecord agents READ agents NOTIFY agentsChanged)
+    Q_PROPERTY(kelvane::WorkflowRecord workflow READ workflow NOTIFY workflowChanged)
+    Q_PROPERTY(kelvane::FooterRecord footer READ footer NOTIFY footerChanged)
     Q_PROPERTY(bool dark READ dark WRITE setDark NOTIFY darkChanged)
     Q_PROPERTY(int textSize READ textSize WRITE setTextSize NOTIFY textSizeChanged)
 
@@ -49,13 +51,13 @@ public:
 
     [[nodiscard]] const PanelImages& images() const { return m_images; }
 
-    [[nodiscard]] QVariantMap header() const { return m_header; }
-    [[nodiscard]] QVariantMap now() const { return m_now; }
-    [[nodiscard]] QVariantMap verdict() const { return m_verdict; }
-    [[nodiscard]] QVariantMap actions() const { return m_actions; }
-    [[nodiscard]] QVariantMap agents() const { return m_agents; }
-    [[nodiscard]] QVariantMap workflow() const { return m_workflow; }
-    [[nodiscard]] QVariantMap footer() const { return m_footer; }
+    [[nodiscard]] const HeaderRecord& header() const { return m_header; }
+    [[nodiscard]] const NowRecord& now() const { return m_now; }
+    [[nodiscard]] const VerdictRecord& verdict() const { return m_verdict; }
+    [[nodiscard]] const ActionsRecord& actions() const { return m_actions; }
+    [[nodiscard]] const AgentsRecord& agents() const { return m_agents; }
+    [[nodiscard]] const WorkflowRecord& workflow() const { return m_workflow; }
+    [[nodiscard]] const FooterRecord& footer() const { return m_footer; }
 
     /// Whether the panel is drawn light on dark. False until it is set.
     [[nodiscard]] bool dark() const { return m_dark; }
@@ -71,6 +73,7 @@ public:
     void redraw();
 
     // What the controls call.
+    Q_INVOKABLE void choose(kelvane::PanelMenuAction::Value action); ///< From the menu.
     Q_INVOKABLE void grade();
     Q_INVOKABLE void iterate();
     Q_INVOKABLE void wire();
@@ -97,13 +100,13 @@ private:
     PanelImages m_images;
     Subscription m_changes;
     CompanionViewRecord m_record;
-    QVariantMap m_header;
-    QVariantMap m_now;
-    QVariantMap m_verdict;
-    QVariantMap m_actions;
-    QVariantMap m_agents;
-    QVariantMap m_workflow;
-    QVariantMap m_footer;
+    HeaderRecord m_header;
+    NowRecord m_now;
+    VerdictRecord m_verdict;
+    ActionsRecord m_actions;
+    AgentsRecord m_agents;
+    WorkflowRecord m_workflow;
+    FooterRecord m_footer;
     bool m_dark = false;
     int m_textSize = kTextSize;
     bool m_redrawPending = false;

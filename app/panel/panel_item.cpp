@@ -1,7 +1,6 @@
 #include "app/panel/panel_item.h"
 
 #include "app/panel/app_icon_provider.h"
-#include "app/panel/rounded_box.h"
 
 #include <QMetaObject>
 #include <QQmlComponent>
@@ -17,6 +16,9 @@
 
 #include <cmath>
 
+// What the build writes to register this folder's QML types, the module Kelvane.Panel.
+void qml_register_types_Kelvane_Panel();
+
 namespace kelvane {
 
 namespace {
@@ -27,7 +29,8 @@ const QUrl& panelSource() {
 }
 
 void prepare(QQmlEngine& engine, PanelBridge& bridge) {
-    RoundedBox::registerType();
+    // Of a static library only what something refers to is linked. The engine calls it on import.
+    [[maybe_unused]] static const volatile auto registration = &qml_register_types_Kelvane_Panel;
     if (engine.imageProvider(QLatin1String(SymbolProvider::kName)) != nullptr) return;
     engine.addImageProvider(QLatin1String(SymbolProvider::kName), new SymbolProvider);
     engine.addImageProvider(QLatin1String(AppIconProvider::kName),
@@ -41,7 +44,7 @@ QVariantMap initialProperties(PanelBridge& bridge) {
 } // namespace
 
 void useSoftwareRendering() {
-    // Only the first word counts, and the toolkit complains about any other.
+    // Only the first word counts, and Qt complains about any other.
     [[maybe_unused]] static const bool once = [] {
         QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
         return true;

@@ -1,4 +1,4 @@
-// How does the panel come onto the screen?
+// The panel on the screen.
 //
 // As one item, as wide as it is told and as high as its content needs, or as a window that holds
 // just that item. Drawn without a GPU: `useSoftwareRendering` must have been called before the

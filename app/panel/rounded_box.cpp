@@ -2,7 +2,6 @@
 
 #include <QMatrix4x4>
 #include <QPainter>
-#include <QQmlEngine>
 #include <QQuickWindow>
 #include <QRegion>
 #include <QSGRenderNode>
@@ -54,10 +53,6 @@ private:
 };
 
 } // namespace
-
-void RoundedBox::registerType() {
-    qmlRegisterType<RoundedBox>("Kelvane.Drawing", 1, 0, "RoundedBox");
-}
 
 RoundedBox::RoundedBox(QQuickItem* parent) : QQuickItem(parent) {
     setFlag(ItemHasContents);

@@ -1,27 +1,26 @@
 // A rectangle with round corners, drawn smoothly at every scale of the display.
 //
-// The toolkit's own rounded rectangle loses its shape at fractional scales when it is drawn without
+// Qt's own rounded rectangle loses its shape at fractional scales when it is drawn without
 // a GPU, which is the only way the panel is drawn. This one hands its outline to the painter as it
-// is. In QML: `import Kelvane.Drawing`.
+// is. In QML: `import Kelvane.Panel`.
 
 #pragma once
 
 #include <QColor>
 #include <QQuickItem>
+#include <QtQml/qqmlregistration.h>
 
 namespace kelvane {
 
 class RoundedBox : public QQuickItem {
     Q_OBJECT
+    QML_ELEMENT
     Q_PROPERTY(QColor color READ color WRITE setColor NOTIFY colorChanged)
     Q_PROPERTY(QColor borderColor READ borderColor WRITE setBorderColor NOTIFY borderColorChanged)
     Q_PROPERTY(double borderWidth READ borderWidth WRITE setBorderWidth NOTIFY borderWidthChanged)
     Q_PROPERTY(double radius READ radius WRITE setRadius NOTIFY radiusChanged)
 
 public:
-    /// Makes the type known to QML. Any number of times.
-    static void registerType();
-
     explicit RoundedBox(QQuickItem* parent = nullptr);
 
     [[nodiscard]] QColor color() const { return m_look.color; }

@@ -197,7 +197,7 @@ TEST(BandPill, HasALabelAndColoursForEachBand) {
         {Band::block, {.label = "BLOCK", .tint = Tint::red, .labelTint = Tint::white}},
         {Band::unknown, {.label = "—", .tint = Tint::gray, .labelTint = Tint::white}},
     };
-    for (const auto& [band, pill] : cases) EXPECT_EQ(bandPill(band), pill) << rawValue(band);
+    for (const auto& [band, pill] : cases) EXPECT_EQ(bandPill(band), pill) << name(band);
 }
 
 TEST(ScoreText, IsTimesAHundredRoundedHalfAwayFromZero) {
@@ -244,9 +244,9 @@ TEST_F(CompanionViewTest, AVerdictWithoutAScoreShowsNone) {
 
 TEST_F(CompanionViewTest, TheReportIsOfferedWhenThereIsARun) {
     gradedWith(Band::ship);
-    EXPECT_EQ(graded().reportRunId, "run-1");
+    EXPECT_EQ(graded().report, (ReportLink{.label = "Full report", .runId = "run-1"}));
     model.verdict = Verdict::failure("no luck");
-    EXPECT_EQ(graded().reportRunId, std::nullopt);
+    EXPECT_EQ(graded().report, std::nullopt);
 }
 
 TEST_F(CompanionViewTest, IterateIsOfferedWhenThereIsARun) {
@@ -270,7 +270,7 @@ TEST_F(CompanionViewTest, AVerdictThatCarriesOnlyAnErrorShowsItAndTheHeldBelowTe
     EXPECT_EQ(graded(), (VerdictSection::Graded{
                             .pill = {.label = "—", .tint = Tint::gray, .labelTint = Tint::white},
                             .score = std::nullopt,
-                            .reportRunId = std::nullopt,
+                            .report = std::nullopt,
                             .error = "The service is not there.",
                             .flaws = {},
                             .more = std::nullopt,
@@ -299,7 +299,7 @@ TEST_F(CompanionViewTest, WarmingIsNotShown) {
 TEST_F(CompanionViewTest, WithoutFlawsTheSummarySaysWhetherTheWorkClears) {
     for (const Band band : {Band::route_to_fix, Band::quarantine, Band::block, Band::unknown}) {
         gradedWith(band);
-        EXPECT_EQ(graded().summary, kHeld) << rawValue(band);
+        EXPECT_EQ(graded().summary, kHeld) << name(band);
     }
     gradedWith(Band::ship);
     EXPECT_EQ(graded().summary, "Clears your bar — ready to ship.");
@@ -518,19 +518,16 @@ TEST_F(CompanionViewTest, TheRunIdIsNotTouched) {
     auto verdict = Verdict::failure("");
     verdict.runId = "a\nb";
     model.verdict = verdict;
-    EXPECT_EQ(graded().reportRunId, "a\nb");
+    EXPECT_EQ(graded().report->runId, "a\nb");
 }
 
 TEST(PanelNames, EachValueHasItsOwn) {
-    EXPECT_EQ(rawValue(Tint::green), "green");
-    EXPECT_EQ(rawValue(Tint::clear), "clear");
-    EXPECT_EQ(rawValue(Tint::secondary), "secondary");
-    EXPECT_EQ(rawValue(Symbol::magnifyingGlass), "sparkle.magnifyingglass");
-    EXPECT_EQ(rawValue(Symbol::seal), "checkmark.seal");
-    EXPECT_EQ(rawValue(Symbol::iterateArrows), "arrow.triangle.2.circlepath");
-    EXPECT_EQ(rawValue(Symbol::shield), "checkmark.shield.fill");
-    EXPECT_EQ(rawValue(MenuAction::getKey), "getKey");
-    EXPECT_EQ(rawValue(MenuAction::divider), "divider");
+    EXPECT_EQ(name(Symbol::magnifyingGlass), "sparkle.magnifyingglass");
+    EXPECT_EQ(name(Symbol::seal), "checkmark.seal");
+    EXPECT_EQ(name(Symbol::iterateArrows), "arrow.triangle.2.circlepath");
+    EXPECT_EQ(name(Symbol::shield), "checkmark.shield.fill");
+    EXPECT_EQ(name(MenuAction::getKey), "getKey");
+    EXPECT_EQ(name(MenuAction::divider), "divider");
 }
 
 } // namespace

@@ -33,8 +33,8 @@ constexpr std::array kBandTable{
 
 TEST(Band, HasTheTableOfRawValuesClearsAndRank) {
     for (const auto& c : kBandTable) {
-        EXPECT_EQ(rawValue(c.band), c.raw);
-        EXPECT_EQ(bandFromRawValue(c.raw), c.band);
+        EXPECT_EQ(name(c.band), c.raw);
+        EXPECT_EQ(bandNamed(c.raw), c.band);
         EXPECT_EQ(clears(c.band), c.clears) << c.raw;
         EXPECT_EQ(rank(c.band), c.rank) << c.raw;
     }
@@ -53,7 +53,7 @@ TEST(Band, RankOfUnknownIsMinusOne) {
 TEST(Band, ConstructionFromARawValueIsExactAndCaseSensitive) {
     for (const char* raw : {"", "Ship", "SHIP", " ship", "ship ", "route to fix", "route_to_fi",
                             "re_prompt", "blocked"}) {
-        EXPECT_EQ(bandFromRawValue(raw), std::nullopt) << raw;
+        EXPECT_EQ(bandNamed(raw), std::nullopt) << raw;
     }
 }
 

@@ -1,10 +1,11 @@
 import QtQuick
+import Kelvane.Panel
 
 Column {
     id: root
 
     required property Theme theme
-    required property var actions
+    required property actionsRecord actions
     signal gradeAsked
     signal iterateAsked
     signal keyAsked

@@ -1,26 +1,23 @@
 import QtQuick
-import Kelvane.Drawing
+import Kelvane.Panel
 
 RoundedBox {
     id: root
 
     required property Theme theme
-    required property Item bubble
-    required property string name
-    required property string dot
-    required property string badge
-    required property string toolTip
+    required property PanelToolTip tip
+    required property chipRecord chip
 
-    readonly property real textRoom: width - 16 - 7 - 6 - (badge === "" ? 0 : shield.width + 5)
+    readonly property real textRoom: width - 16 - 7 - 6 - (chip.badge === "" ? 0 : shield.width + 5)
 
-    implicitWidth: Math.ceil(words.implicitWidth) + 16 + 7 + 6 + (badge === "" ? 0 : shield.width + 5)
+    implicitWidth: Math.ceil(words.implicitWidth) + 16 + 7 + 6 + (chip.badge === "" ? 0 : shield.width + 5)
     implicitHeight: Math.ceil(words.implicitHeight) + 8
     radius: 7
-    color: theme.wash("secondary", 0.1)
+    color: theme.wash(theme.secondary, 0.1)
 
     Accessible.role: Accessible.ListItem
-    Accessible.name: name
-    Accessible.description: toolTip
+    Accessible.name: chip.name
+    Accessible.description: chip.toolTip
 
     RoundedBox {
         objectName: "dot"
@@ -29,12 +26,12 @@ RoundedBox {
         width: 7
         height: 7
         radius: 3.5
-        color: root.theme.lights[root.dot] ?? "transparent"
+        color: root.theme.dot(root.chip.dot)
     }
     PanelText {
         id: words
         theme: root.theme
-        text: root.name
+        text: root.chip.name
         x: 21
         y: 4
         width: Math.min(Math.ceil(implicitWidth), root.textRoom)
@@ -47,12 +44,12 @@ RoundedBox {
         visible: symbol !== ""
         anchors.verticalCenter: parent.verticalCenter
         x: words.x + words.width + 5
-        symbol: root.badge
-        ink: root.theme.inks.green
+        symbol: root.chip.badge
+        ink: root.theme.green
         size: root.theme.caption + 1
     }
-    HintArea {
-        bubble: root.bubble
-        hint: root.toolTip
+    ToolTipArea {
+        tip: root.tip
+        text: root.chip.toolTip
     }
 }

@@ -1,11 +1,12 @@
 import QtQuick
+import Kelvane.Panel
 
 Column {
     id: root
 
     required property Theme theme
-    required property Item bubble
-    required property var agents
+    required property PanelToolTip tip
+    required property agentsRecord agents
 
     spacing: 8
 
@@ -16,7 +17,7 @@ Column {
     }
     PanelText {
         theme: root.theme
-        ink: "secondary"
+        ink: theme.secondary
         text: root.agents.empty
         visible: text !== ""
         width: root.width
@@ -24,8 +25,8 @@ Column {
     }
     FlowChips {
         theme: root.theme
-        bubble: root.bubble
-        rows: root.agents.rows
+        tip: root.tip
+        agents: root.agents
         visible: root.agents.rows.length > 0
         width: root.width
     }

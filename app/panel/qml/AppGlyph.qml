@@ -1,6 +1,6 @@
 // The icon of an application, or the place of one that has none.
 import QtQuick
-import Kelvane.Drawing
+import Kelvane.Panel
 
 Item {
     id: root
@@ -24,6 +24,6 @@ Item {
         visible: picture.status !== Image.Ready
         anchors.fill: parent
         radius: 7
-        color: root.theme.wash("secondary", 0.18)
+        color: root.theme.wash(root.theme.secondary, 0.18)
     }
 }

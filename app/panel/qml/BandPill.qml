@@ -1,23 +1,23 @@
 import QtQuick
-import Kelvane.Drawing
+import Kelvane.Panel
 
 RoundedBox {
     id: root
 
     required property Theme theme
     required property string label
-    required property string tint
-    required property string labelTint
+    required property int tint
+    required property int labelTint
 
     implicitWidth: Math.ceil(words.implicitWidth) + 18
     implicitHeight: Math.ceil(words.implicitHeight) + 6
     radius: 6
-    color: theme.fills[tint] ?? theme.fills.gray
+    color: theme.fill(tint)
 
     PanelText {
         id: words
         theme: root.theme
-        ink: root.labelTint
+        ink: root.theme.ink(root.labelTint)
         text: root.label
         x: 9
         y: 3

@@ -1,12 +1,13 @@
 // The product's mark. Where its picture is missing, a letter on a tile stands for it.
 import QtQuick
-import Kelvane.Drawing
+import Kelvane.Panel
 
 Item {
     id: root
 
     required property Theme theme
     required property string source
+    required property string letter
 
     width: 20
     height: 20
@@ -27,7 +28,7 @@ Item {
 
         Text {
             anchors.centerIn: parent
-            text: "K"
+            text: root.letter
             color: "#ffffff"
             font.pixelSize: 13
             font.weight: Font.Bold

@@ -1,10 +1,11 @@
 // The panel. It draws what the bridge says and tells it what was pressed.
 import QtQuick
+import Kelvane.Panel
 
 FocusScope {
     id: root
 
-    required property QtObject bridge
+    required property PanelBridge bridge
     /// Above 0: a window of its own, with a hairline along its edge.
     property real cornerRadius: 0
 
@@ -13,7 +14,7 @@ FocusScope {
 
     function reset() {
         menu.close(false)
-        bubble.hide()
+        tip.hide()
         root.forceActiveFocus()
     }
 
@@ -45,7 +46,7 @@ FocusScope {
 
         HeaderRow {
             theme: root.theme
-            bubble: bubble
+            tip: tip
             header: root.bridge.header
             width: parent.width
             height: implicitHeight
@@ -74,7 +75,7 @@ FocusScope {
                 VerdictSection {
                     theme: root.theme
                     verdict: root.bridge.verdict
-                    visible: verdict.progress !== "" || verdict.graded || verdict.note !== ""
+                    visible: verdict.shown
                     width: parent.width
                     onReportAsked: root.bridge.openReport()
                 }
@@ -93,7 +94,7 @@ FocusScope {
                 }
                 AgentsSection {
                     theme: root.theme
-                    bubble: bubble
+                    tip: tip
                     agents: root.bridge.agents
                     width: parent.width
                 }
@@ -122,18 +123,12 @@ FocusScope {
     PanelMenu {
         id: menu
         theme: root.theme
-        items: root.bridge.footer.menu
+        footer: root.bridge.footer
         button: footer.menuButton
-        onChosen: action => {
-            switch (action) {
-            case "getKey": root.bridge.getKey(); break
-            case "uninstall": root.bridge.uninstall(); break
-            case "quit": root.bridge.quit(); break
-            }
-        }
+        onChosen: action => root.bridge.choose(action)
     }
-    HintBubble {
-        id: bubble
+    PanelToolTip {
+        id: tip
         theme: root.theme
     }
     PanelEdge {

@@ -1,12 +1,11 @@
 import QtQuick
+import Kelvane.Panel
 
 Item {
     id: root
 
     required property Theme theme
-    required property string severity
-    required property string tint
-    required property string text
+    required property flawRecord flaw
     property real severityWidth: naturalSeverityWidth
     readonly property real naturalSeverityWidth: Math.min(Math.ceil(level.implicitWidth), 92)
 
@@ -15,8 +14,8 @@ Item {
     PanelText {
         id: level
         theme: root.theme
-        ink: root.tint
-        text: root.severity
+        ink: root.theme.ink(root.flaw.tint)
+        text: root.flaw.severity
         width: root.severityWidth
         // Both texts stand on one line of writing.
         y: words.baselineOffset - baselineOffset
@@ -27,7 +26,7 @@ Item {
     PanelText {
         id: words
         theme: root.theme
-        text: root.text
+        text: root.flaw.text
         x: level.width + 8
         width: root.width - x
         maximumLineCount: 6

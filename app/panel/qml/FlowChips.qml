@@ -1,23 +1,24 @@
 // The agents, two to a row. A chip is as wide as its name needs; when two do not fit side by side
 // the longer one gives way first.
 import QtQuick
+import Kelvane.Panel
 
 Column {
     id: root
 
     required property Theme theme
-    required property Item bubble
-    required property var rows
+    required property PanelToolTip tip
+    required property agentsRecord agents
 
     spacing: 6
     Accessible.role: Accessible.List
 
     Repeater {
-        model: root.rows
+        model: root.agents.rows
 
         Row {
             id: row
-            required property var modelData
+            required property chipRowRecord modelData
             readonly property real half: (root.width - spacing) / 2
             readonly property Item first: chips.count > 0 ? chips.itemAt(0) : null
             readonly property Item second: chips.count > 1 ? chips.itemAt(1) : null
@@ -33,18 +34,15 @@ Column {
 
             Repeater {
                 id: chips
-                model: row.modelData
+                model: row.modelData.chips
 
                 AgentChip {
                     required property int index
-                    required property var modelData
+                    required property chipRecord modelData
 
                     theme: root.theme
-                    bubble: root.bubble
-                    name: modelData.name
-                    dot: modelData.dot
-                    badge: modelData.badge
-                    toolTip: modelData.toolTip
+                    tip: root.tip
+                    chip: modelData
                     width: Math.min(implicitWidth, row.room(index))
                 }
             }

@@ -1,10 +1,11 @@
 import QtQuick
+import Kelvane.Panel
 
 Item {
     id: root
 
     required property Theme theme
-    required property var footer
+    required property footerRecord footer
     readonly property Item menuButton: settings
     signal wireAsked
     signal menuAsked
@@ -26,7 +27,7 @@ Item {
         id: settings
         objectName: "settingsButton"
         theme: root.theme
-        ink: "secondary"
+        quiet: true
         label: root.footer.menuTitle
         trailingSymbol: "chevron.down"
         anchors.right: parent.right

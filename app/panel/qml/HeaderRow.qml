@@ -1,12 +1,12 @@
 import QtQuick
-import Kelvane.Drawing
+import Kelvane.Panel
 
 Item {
     id: root
 
     required property Theme theme
-    required property Item bubble
-    required property var header
+    required property PanelToolTip tip
+    required property headerRecord header
 
     implicitHeight: Math.max(row.implicitHeight, 20) + 24
 
@@ -19,6 +19,7 @@ Item {
         BraskMark {
             theme: root.theme
             source: root.header.mark
+            letter: root.header.markLetter
             anchors.verticalCenter: parent.verticalCenter
         }
         PanelText {
@@ -29,7 +30,7 @@ Item {
             font.pixelSize: theme.body + 1
             font.weight: Font.DemiBold
         }
-        Capsule {
+        Tag {
             theme: root.theme
             text: root.header.tag
             width: implicitWidth
@@ -45,13 +46,13 @@ Item {
         width: 8
         height: 8
         radius: 4
-        color: root.theme.lights[root.header.dot]
+        color: root.theme.dot(root.header.dot)
         Accessible.role: Accessible.Indicator
         Accessible.name: root.header.toolTip
 
-        HintArea {
-            bubble: root.bubble
-            hint: root.header.toolTip
+        ToolTipArea {
+            tip: root.tip
+            text: root.header.toolTip
             // Eight points are hard to hit.
             anchors.margins: -8
         }

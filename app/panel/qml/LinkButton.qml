@@ -4,7 +4,8 @@ import QtQuick
 Pressable {
     id: root
 
-    property string ink: "blue"
+    /// Less of a link: for what stands beside one.
+    property bool quiet: false
     property string trailingSymbol
 
     implicitWidth: Math.ceil(words.implicitWidth) + (trailingSymbol === "" ? 0 : trailing.width + 4)
@@ -15,12 +16,13 @@ Pressable {
     PanelText {
         id: words
         theme: root.theme
-        ink: root.hovered && root.ink === "secondary" ? "primary" : root.ink
+        ink: !root.quiet ? root.theme.blue
+             : root.hovered ? root.theme.primary : root.theme.secondary
         text: root.label
         width: Math.min(implicitWidth, root.width)
         wrapMode: Text.NoWrap
         font.pixelSize: theme.caption
-        font.underline: root.hovered && root.ink === "blue"
+        font.underline: root.hovered && !root.quiet
         Accessible.ignored: true
     }
     SymbolImage {

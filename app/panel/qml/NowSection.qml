@@ -1,10 +1,11 @@
 import QtQuick
+import Kelvane.Panel
 
 Column {
     id: root
 
     required property Theme theme
-    required property var now
+    required property nowRecord now
 
     spacing: 6
 
@@ -32,7 +33,7 @@ Column {
                 anchors.centerIn: parent
                 visible: !root.now.recognised
                 symbol: root.now.symbol
-                ink: root.theme.inks.secondary
+                ink: root.theme.secondary
                 size: 26
             }
         }
@@ -50,7 +51,7 @@ Column {
             }
             PanelText {
                 theme: root.theme
-                ink: "secondary"
+                ink: theme.secondary
                 text: root.now.detail
                 width: parent.width
                 maximumLineCount: 2

@@ -1,5 +1,5 @@
-// The hairline along the panel's edge, above everything in it and in nobody's way.
-import Kelvane.Drawing
+// The hairline along the panel's edge. It lies above everything else and takes no input.
+import Kelvane.Panel
 
 RoundedBox {
     required property Theme theme

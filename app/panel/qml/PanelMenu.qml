@@ -1,18 +1,18 @@
 // The Settings menu: opens above its button, takes the keyboard while it is open, and closes on a
 // click elsewhere, on Escape, on Tab and on a choice.
 import QtQuick
-import Kelvane.Drawing
+import Kelvane.Panel
 
 MouseArea {
     id: root
 
     required property Theme theme
-    required property var items
+    required property footerRecord footer
     required property Item button
     property int current: -1
     property bool fromKeyboard: false
 
-    signal chosen(string action)
+    signal chosen(int action)
 
     function open(byKeyboard: bool) {
         const spot = button.mapToItem(parent, button.width, 0)
@@ -32,6 +32,7 @@ MouseArea {
         if (toButton) button.forceActiveFocus()
     }
     function step(from: int, by: int): int {
+        const items = footer.menu
         let next = from
         do {
             next = (next + by + items.length) % items.length
@@ -39,7 +40,7 @@ MouseArea {
         return next
     }
     function choose(index: int) {
-        const action = items[index].action
+        const action = footer.menu[index].action
         close(fromKeyboard)
         chosen(action)
     }
@@ -76,7 +77,7 @@ MouseArea {
         radius: 8
         color: root.theme.raised
         borderWidth: 1
-        borderColor: root.theme.wash("secondary", 0.3)
+        borderColor: root.theme.wash(root.theme.secondary, 0.3)
 
         Accessible.role: Accessible.PopupMenu
         Accessible.name: root.button.label
@@ -108,15 +109,15 @@ MouseArea {
             width: parent.width - 10
 
             Repeater {
-                model: root.items
+                model: root.footer.menu
 
                 Item {
                     id: entry
                     required property int index
-                    required property var modelData
+                    required property menuItemRecord modelData
                     readonly property bool divides: modelData.title === ""
 
-                    objectName: divides ? "" : "menu." + modelData.action
+                    objectName: divides ? "" : "menu." + modelData.actionName
                     implicitWidth: Math.ceil(words.implicitWidth) + 20
                     width: Math.max(implicitWidth, column.width)
                     height: divides ? 9 : Math.ceil(words.implicitHeight) + 10
@@ -131,7 +132,7 @@ MouseArea {
                         visible: !entry.divides && root.current === entry.index
                         anchors.fill: parent
                         radius: 5
-                                    color: root.theme.accent
+                        color: root.theme.accent
                     }
                     Divider {
                         visible: entry.divides
@@ -144,7 +145,7 @@ MouseArea {
                     PanelText {
                         id: words
                         theme: root.theme
-                        ink: root.current === entry.index ? "white" : "primary"
+                        ink: root.current === entry.index ? root.theme.white : root.theme.primary
                         text: entry.modelData.title
                         visible: !entry.divides
                         x: 10

@@ -5,9 +5,9 @@ Text {
     id: root
 
     required property Theme theme
-    property string ink: "primary"
+    property color ink: theme.primary
 
-    color: theme.inks[ink]
+    color: ink
     font.pixelSize: theme.body
     textFormat: Text.PlainText
     horizontalAlignment: Text.AlignLeft

@@ -1,27 +1,27 @@
 // The tool tip: one for the whole panel, drawn above everything and kept inside it.
 import QtQuick
-import Kelvane.Drawing
+import Kelvane.Panel
 
 RoundedBox {
     id: root
 
     required property Theme theme
-    /// How long the pointer rests before it is shown, in milliseconds.
-    property int patience: 600
+    /// How long the pointer rests before it is shown, in milliseconds: about what desktops wait.
+    property int delay: 600
     property Item source: null
-    property string hint
+    property string text
 
-    function offer(area: Item, text: string) {
+    function offer(area: Item, words: string) {
         source = area
-        hint = text
-        if (!visible) delay.restart()
+        text = words
+        if (!visible) timer.restart()
         else place()
     }
     function withdraw(area: Item) {
         if (source === area) hide()
     }
     function hide() {
-        delay.stop()
+        timer.stop()
         visible = false
         if (source) source = null
     }
@@ -43,13 +43,13 @@ RoundedBox {
     radius: 5
     color: theme.dark ? "#3a3a3d" : "#ffffff"
     borderWidth: 1
-    borderColor: theme.wash("secondary", 0.35)
+    borderColor: theme.wash(theme.secondary, 0.35)
     Accessible.ignored: true
 
     PanelText {
         id: words
         theme: root.theme
-        text: root.hint
+        text: root.text
         x: 8
         y: 5
         width: parent.width - 16
@@ -58,8 +58,8 @@ RoundedBox {
         Accessible.ignored: true
     }
     Timer {
-        id: delay
-        interval: root.patience
+        id: timer
+        interval: root.delay
         onTriggered: {
             if (!root.source) return
             root.place()

@@ -2,7 +2,7 @@
 //
 // Keyboard focus comes by Tab alone, as the ring shows; a click leaves it where it is.
 import QtQuick
-import Kelvane.Drawing
+import Kelvane.Panel
 
 Item {
     id: root

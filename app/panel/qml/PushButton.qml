@@ -1,13 +1,13 @@
 // A button with a border, or with `prominent` a filled one.
 import QtQuick
-import Kelvane.Drawing
+import Kelvane.Panel
 
 Pressable {
     id: root
 
     property string symbol
     property bool prominent: false
-    readonly property string ink: !enabled ? "secondary" : prominent ? "white" : "primary"
+    readonly property color ink: !enabled ? theme.secondary : prominent ? theme.white : theme.primary
 
     implicitWidth: Math.ceil(content.implicitWidth) + 24
     implicitHeight: theme.body + 17
@@ -17,9 +17,9 @@ Pressable {
         anchors.fill: parent
         radius: 7
         color: root.prominent && root.enabled ? root.theme.accent
-             : root.enabled ? root.theme.raised : root.theme.wash("secondary", 0.12)
+             : root.enabled ? root.theme.raised : root.theme.wash(root.theme.secondary, 0.12)
         borderWidth: root.prominent || !root.enabled ? 0 : 1
-        borderColor: root.theme.wash("secondary", 0.35)
+        borderColor: root.theme.wash(root.theme.secondary, 0.35)
 
         RoundedBox {
             anchors.fill: parent
@@ -39,7 +39,7 @@ Pressable {
             anchors.verticalCenter: parent.verticalCenter
             visible: symbol !== ""
             symbol: root.symbol
-            ink: root.theme.inks[root.ink]
+            ink: root.ink
             size: root.theme.body + 4
         }
         PanelText {

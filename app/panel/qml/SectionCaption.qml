@@ -2,7 +2,7 @@
 import QtQuick
 
 PanelText {
-    ink: "secondary"
+    ink: theme.secondary
     font.pixelSize: theme.caption
     font.letterSpacing: 1.2
     wrapMode: Text.NoWrap

@@ -1,7 +1,7 @@
 // A small progress indicator. It moves only while it can be seen, and in steps: each is one small
 // repaint without a GPU.
 import QtQuick
-import Kelvane.Drawing
+import Kelvane.Panel
 
 Item {
     id: root
@@ -33,7 +33,7 @@ Item {
             width: 2
             height: 5
             radius: 1
-            color: root.theme.inks.primary
+            color: root.theme.primary
             opacity: 0.85 - 0.09 * ((root.phase - spoke.index + 2 * root.spokes) % root.spokes)
             transform: Rotation { origin.x: 1; origin.y: 7.5; angle: 360 / root.spokes * spoke.index }
         }

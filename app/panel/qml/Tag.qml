@@ -1,13 +1,13 @@
-// A short word on a capsule.
+// A short word on a ground of its own, round at both ends.
 import QtQuick
-import Kelvane.Drawing
+import Kelvane.Panel
 
 RoundedBox {
     id: root
 
     required property Theme theme
     required property string text
-    property string ink: "secondary"
+    property color ink: theme.secondary
     property real horizontalPadding: 6
     property real verticalPadding: 2
 

@@ -1,5 +1,6 @@
-// The panel's colours and sizes. Colours have the names that the record uses.
+// The panel's colours and sizes.
 import QtQuick
+import Kelvane.Panel
 
 QtObject {
     id: root
@@ -19,24 +20,53 @@ QtObject {
     readonly property color accent: dark ? "#1b66d8" : "#0b63d6"
     readonly property color focusRing: dark ? "#7db4ff" : "#0b63d6"
 
-    // Writing on the panel: every one of these is at least 4.5:1 against what it stands on.
-    readonly property var inks: dark
-        ? ({ primary: "#f4f4f5", secondary: "#a8a8ae", blue: "#74b3ff", green: "#5fd07a",
-             orange: "#ffab4a", red: "#ff8278", white: "#ffffff", black: "#000000" })
-        : ({ primary: "#1d1d1f", secondary: "#5c5c61", blue: "#0a59c2", green: "#1b7535",
-             orange: "#944800", red: "#b3261e", white: "#ffffff", black: "#000000" })
+    // Writing on the panel: every one of these is at least 4.5:1 against what it stands on, as
+    // WCAG 2.1 asks of small text.
+    readonly property color primary: dark ? "#f4f4f5" : "#1d1d1f"
+    readonly property color secondary: dark ? "#a8a8ae" : "#5c5c61"
+    readonly property color blue: dark ? "#74b3ff" : "#0a59c2"
+    readonly property color green: dark ? "#5fd07a" : "#1b7535"
+    readonly property color orange: dark ? "#ffab4a" : "#944800"
+    readonly property color red: dark ? "#ff8278" : "#b3261e"
+    readonly property color white: "#ffffff"
+    readonly property color black: "#000000"
 
-    // Areas that white, or on yellow black, is written on.
-    readonly property var fills: ({ green: "#1d7a38", yellow: "#ffcc00", orange: "#b04f00",
-                                    red: "#c62a22", gray: "#66666b" })
+    /// A tint as the colour of text.
+    function ink(tint: int): color {
+        switch (tint) {
+        case Tint.Secondary: return secondary
+        case Tint.Blue: return blue
+        case Tint.Green: return green
+        case Tint.Orange: return orange
+        case Tint.Red: return red
+        case Tint.White: return white
+        case Tint.Black: return black
+        default: return primary
+        }
+    }
 
-    // Lamps.
-    readonly property var lights: dark
-        ? ({ green: "#32d158", orange: "#ff9f0a", secondary: "#8a8a90", clear: "transparent" })
-        : ({ green: "#28a745", orange: "#f08c00", secondary: "#8a8a90", clear: "transparent" })
+    /// As the colour of an area that white, or on yellow black, is written on.
+    function fill(tint: int): color {
+        switch (tint) {
+        case Tint.Green: return "#1d7a38"
+        case Tint.Yellow: return "#ffcc00"
+        case Tint.Orange: return "#b04f00"
+        case Tint.Red: return "#c62a22"
+        default: return "#66666b"
+        }
+    }
 
-    function wash(name: string, opacity: real): color {
-        const ink = Qt.color(inks[name])
+    /// As the colour of a status dot.
+    function dot(tint: int): color {
+        switch (tint) {
+        case Tint.Green: return dark ? "#32d158" : "#28a745"
+        case Tint.Orange: return dark ? "#ff9f0a" : "#f08c00"
+        case Tint.Secondary: return "#8a8a90"
+        default: return "transparent"
+        }
+    }
+
+    function wash(ink: color, opacity: real): color {
         return Qt.rgba(ink.r, ink.g, ink.b, opacity)
     }
 }

@@ -4,13 +4,13 @@ import QtQuick
 MouseArea {
     id: root
 
-    required property Item bubble
-    required property string hint
+    required property PanelToolTip tip
+    required property string text
 
     anchors.fill: parent
     acceptedButtons: Qt.NoButton
     hoverEnabled: true
-    onEntered: bubble.offer(root, hint)
-    onExited: bubble.withdraw(root)
-    onHintChanged: if (containsMouse) bubble.offer(root, hint)
+    onEntered: tip.offer(root, text)
+    onExited: tip.withdraw(root)
+    onTextChanged: if (containsMouse) tip.offer(root, text)
 }

@@ -1,10 +1,11 @@
 import QtQuick
+import Kelvane.Panel
 
 Column {
     id: root
 
     required property Theme theme
-    required property var verdict
+    required property verdictRecord verdict
     signal reportAsked
 
     spacing: 8
@@ -23,7 +24,7 @@ Column {
         }
         PanelText {
             theme: root.theme
-            ink: "secondary"
+            ink: theme.secondary
             text: root.verdict.progress
             width: parent.width - spinner.width - parent.spacing
             anchors.verticalCenter: parent.verticalCenter
@@ -39,16 +40,16 @@ Column {
         BandPill {
             id: pill
             theme: root.theme
-            label: root.verdict.band ?? ""
-            tint: root.verdict.bandTint ?? "gray"
-            labelTint: root.verdict.bandLabelTint ?? "white"
+            label: root.verdict.band
+            tint: root.verdict.bandTint
+            labelTint: root.verdict.bandLabelTint
             width: implicitWidth
             height: implicitHeight
             anchors.verticalCenter: parent.verticalCenter
         }
         PanelText {
             theme: root.theme
-            text: root.verdict.score ?? ""
+            text: root.verdict.score
             x: pill.width + 8
             width: Math.min(Math.ceil(implicitWidth),
                             parent.width - x - (report.visible ? report.width + 8 : 0))
@@ -61,8 +62,8 @@ Column {
             id: report
             objectName: "reportLink"
             theme: root.theme
-            label: "Full report"
-            visible: root.verdict.hasReport ?? false
+            label: root.verdict.report
+            visible: label !== ""
             width: implicitWidth
             height: implicitHeight
             anchors.right: parent.right
@@ -72,8 +73,8 @@ Column {
     }
     PanelText {
         theme: root.theme
-        ink: "secondary"
-        text: root.verdict.error ?? ""
+        ink: theme.secondary
+        text: root.verdict.error
         visible: text !== ""
         width: root.width
         maximumLineCount: 6
@@ -90,17 +91,15 @@ Column {
 
         Repeater {
             id: rows
-            model: root.verdict.flaws ?? []
+            model: root.verdict.flaws
             onItemAdded: (index, item) => flaws.severityWidth =
                 Math.max(index === 0 ? 0 : flaws.severityWidth, item.naturalSeverityWidth)
 
             FlawLine {
-                required property var modelData
+                required property flawRecord modelData
 
                 theme: root.theme
-                severity: modelData.severity
-                tint: modelData.tint
-                text: modelData.text
+                flaw: modelData
                 severityWidth: flaws.severityWidth
                 width: flaws.width
                 height: implicitHeight
@@ -108,8 +107,8 @@ Column {
         }
         PanelText {
             theme: root.theme
-            ink: "secondary"
-            text: root.verdict.more ?? ""
+            ink: theme.secondary
+            text: root.verdict.more
             visible: text !== ""
             width: parent.width
             font.pixelSize: theme.caption
@@ -117,8 +116,7 @@ Column {
     }
     PanelText {
         theme: root.theme
-        ink: "primary"
-        text: root.verdict.summary ?? ""
+        text: root.verdict.summary
         visible: text !== ""
         width: root.width
         font.pixelSize: theme.caption
@@ -126,7 +124,7 @@ Column {
     PanelText {
         objectName: "note"
         theme: root.theme
-        ink: "secondary"
+        ink: theme.secondary
         text: root.verdict.note
         visible: text !== ""
         width: root.width

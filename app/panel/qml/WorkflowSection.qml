@@ -1,10 +1,11 @@
 import QtQuick
+import Kelvane.Panel
 
 Column {
     id: root
 
     required property Theme theme
-    required property var workflow
+    required property workflowRecord workflow
 
     spacing: 6
 
@@ -17,9 +18,9 @@ Column {
             text: root.workflow.caption
             anchors.verticalCenter: parent.verticalCenter
         }
-        Capsule {
+        Tag {
             theme: root.theme
-            ink: "blue"
+            ink: theme.blue
             text: root.workflow.tag
             visible: text !== ""
             horizontalPadding: 5

@@ -21,10 +21,10 @@ TEST_F(BridgeTest, RedrawsOnTheNextTurnOfTheLoopAndOnceForManyChanges) {
     panel.model.hasKey = false;
     panel.model.grading = true;
     EXPECT_EQ(actions.count(), 0);
-    EXPECT_EQ(bridge.verdict()["progress"].toString(), "");
+    EXPECT_EQ(bridge.verdict().progress, "");
     QCoreApplication::processEvents();
     EXPECT_EQ(actions.count(), 1);
-    EXPECT_NE(bridge.verdict()["progress"].toString(), "");
+    EXPECT_NE(bridge.verdict().progress, "");
 }
 
 TEST_F(BridgeTest, OnlyWhatChangedIsSignalled) {
@@ -52,7 +52,7 @@ TEST_F(BridgeTest, RedrawAtOnceLeavesNothingForTheLoop) {
     QSignalSpy header(&bridge, &PanelBridge::headerChanged);
     panel.model.hasKey = true;
     bridge.redraw();
-    EXPECT_EQ(bridge.header()["dot"].toString(), "green");
+    EXPECT_EQ(bridge.header().dot, PanelTint::Value::Green);
     QCoreApplication::processEvents();
     EXPECT_EQ(header.count(), 1);
 }
@@ -77,6 +77,15 @@ TEST_F(BridgeTest, CallsTheHooks) {
     bridge.uninstall();
     bridge.quit();
     EXPECT_EQ(called, "wire key uninstall quit");
+}
+
+TEST_F(BridgeTest, ChoosesFromTheMenu) {
+    std::string called;
+    panel.model.onGetKey = [&] { called += "key "; };
+    panel.model.onUninstall = [&] { called += "uninstall "; };
+    panel.model.onQuit = [&] { called += "quit"; };
+    for (const auto& item : bridge.footer().menu) bridge.choose(item.action);
+    EXPECT_EQ(called, "key uninstall quit");
 }
 
 TEST_F(BridgeTest, OpensTheReportOfTheVerdictShown) {
@@ -105,7 +114,7 @@ TEST_F(BridgeTest, TextSizeStaysWithinItsBounds) {
 TEST_F(BridgeTest, AnAppWithoutAnIconHasNoSource) {
     panel.model.seedDemo();
     bridge.redraw();
-    EXPECT_EQ(bridge.now()["icon"].toString(), "");
+    EXPECT_EQ(bridge.now().icon, "");
 }
 
 TEST_F(BridgeTest, AnAppWithAnIconHasASource) {
@@ -113,14 +122,14 @@ TEST_F(BridgeTest, AnAppWithAnIconHasASource) {
         IconFile{KELVANE_SOURCE_DIR "/resources/brask.png"};
     panel.model.seedDemo();
     bridge.redraw();
-    EXPECT_EQ(bridge.now()["icon"].toString(), "image://app-icon/com.figma.Desktop");
+    EXPECT_EQ(bridge.now().icon, "image://app-icon/com.figma.Desktop");
 }
 
 TEST_F(BridgeTest, WithoutTheMarkThereIsNoSource) {
-    EXPECT_TRUE(bridge.header()["mark"].toString().startsWith("file://"));
+    EXPECT_TRUE(bridge.header().mark.startsWith("file://"));
     panel.fake.resources.resources.clear();
     const PanelBridge without(panel.model, panel.images);
-    EXPECT_EQ(without.header()["mark"].toString(), "");
+    EXPECT_EQ(without.header().mark, "");
 }
 
 } // namespace

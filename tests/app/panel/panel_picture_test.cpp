@@ -111,7 +111,7 @@ TEST(PanelPicture, AnIconThatIsNoPictureLeavesThePlaceholder) {
 TEST(SymbolPicture, EverySymbolIsDrawnInTheColourAskedFor) {
     for (const Symbol symbol :
          {Symbol::magnifyingGlass, Symbol::seal, Symbol::iterateArrows, Symbol::shield}) {
-        const std::string name(rawValue(symbol));
+        const std::string name(kelvane::name(symbol));
         const auto picture = symbolPicture(QString::fromStdString(name), QColor("#12ab34"), 64);
         ASSERT_EQ(picture.size(), QSize(64, 64)) << name;
         int inked = 0;

@@ -29,7 +29,7 @@ public:
         bridge.redraw();
         view = makePanelView(bridge);
         layOutPanel(*view->rootObject());
-        bubble().setProperty("patience", 0);
+        bubble().setProperty("delay", 0);
         view->show();
         EXPECT_TRUE(QTest::qWaitForWindowExposed(view.get()));
         away();
@@ -141,7 +141,7 @@ TEST(PanelPointer, TheLampTellsWhatItsColourMeans) {
         EXPECT_FALSE(shown.bubble().isVisible());
         shown.moveTo(shown.item("statusDot"));
         EXPECT_TRUE(QTest::qWaitFor([&] { return shown.bubble().isVisible(); }));
-        EXPECT_EQ(shown.bubble().property("hint").toString().toStdString(), each.text);
+        EXPECT_EQ(shown.bubble().property("text").toString().toStdString(), each.text);
         shown.away();
         EXPECT_FALSE(shown.bubble().isVisible());
     }
@@ -177,7 +177,7 @@ TEST(PanelPointer, TheToolTipOfAnAgentTellsItsStateAndFollowsIt) {
         QCoreApplication::processEvents();
         shown.moveTo(shown.item("dot"));
         ASSERT_TRUE(QTest::qWaitFor([&] { return shown.bubble().isVisible(); })) << each.text;
-        EXPECT_EQ(shown.bubble().property("hint").toString().toStdString(), each.text);
+        EXPECT_EQ(shown.bubble().property("text").toString().toStdString(), each.text);
     }
 }
 
