@@ -122,13 +122,12 @@ def _secret_facts(path, payload, state):
     memory = state.load()
     shown = parts.shown_name(path, _project(payload))
     facts = []
-    for secret in found:
+    for secret, (line, _) in zip(found, secret_shapes.places(text, found)):
         import hashlib
         mark = hashlib.sha256((path + "\0" + text[secret.start:secret.end])
                               .encode("utf-8", "replace")).hexdigest()[:32]
         if mark not in memory["told"]:
             memory["told"].append(mark)
-            line = text.count("\n", 0, secret.start) + 1
             facts.append("{}, line {}: this looks like {} (“{}”). Kelvane replaces it before the "
                          "file is graded.".format(shown, line, secret.kind, secret_shapes.shortened(
                              text[secret.start:secret.end])))

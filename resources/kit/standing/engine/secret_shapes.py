@@ -1,79 +1,90 @@
-"""Does this text give away a key or a password?
+"""Secrets in a text, told by their shape: issuers' prefixes, key blocks, places where secrets stand.
 
-Told by shape: the fixed prefixes and lengths that issuers use, private key blocks, signed tokens,
-passwords inside addresses, and values assigned to a name that says password, secret, key or token
-and that look drawn rather than written. Documented examples, placeholders and look-ups in the
-environment are no secrets. The local service's critics judge by the same shapes; here they decide
-what leaves the machine, so a shape that is certain is taken even where a critic would be silent.
+    for secret in secret_shapes.find(text): ...
+    secret_shapes.redacted(text, secrets)
+    secret_shapes.key_files()           # the names of files that are a secret as a whole
 
-Runs on every edit: a pattern is compiled only when the text holds the letters it begins with.
+The shapes stand in `secrets.json` beside this file. The local service's critics read the same file
+and find the same spans; what the fields mean is said there. Without that file, or with one that is
+damaged, every call raises: whoever cannot tell secrets must not send.
+
+Linear in the length of the text, and lazy: a pattern is compiled when a text holds one of its
+keywords, and the file is read with the first text.
 """
 
 from __future__ import annotations
 
+import json
 import math
+import os
 import re
-from collections import namedtuple
+from collections import Counter, namedtuple
 
 #: Characters [start, end) of the text are the secret itself; `kind` is for people: "a private key".
 Secret = namedtuple("Secret", "start end kind")
 
-_ANY = 400
-_DASHED = "[A-Za-z0-9_-]"
-_PLAIN = "[A-Za-z0-9]"
-#: prefix, letters, least, most, kind
-_ISSUED = (
-    ("AKIA", "[A-Z0-9]", 16, 16, "a cloud access key"),
-    ("ASIA", "[A-Z0-9]", 16, 16, "a cloud access key"),
-    ("ghp_", _PLAIN, 36, _ANY, "a repository access token"),
-    ("gho_", _PLAIN, 36, _ANY, "a repository access token"),
-    ("ghu_", _PLAIN, 36, _ANY, "a repository access token"),
-    ("ghs_", _PLAIN, 36, _ANY, "a repository access token"),
-    ("ghr_", _PLAIN, 36, _ANY, "a repository access token"),
-    ("github_pat_", _DASHED, 40, _ANY, "a repository access token"),
-    ("glpat-", _DASHED, 20, _ANY, "a repository access token"),
-    ("npm_", _PLAIN, 36, 36, "a package registry token"),
-    ("pypi-", _DASHED, 50, _ANY, "a package registry token"),
-    ("xoxb-", _DASHED, 20, _ANY, "a chat service token"),
-    ("xoxp-", _DASHED, 20, _ANY, "a chat service token"),
-    ("xoxa-", _DASHED, 20, _ANY, "a chat service token"),
-    ("xoxs-", _DASHED, 20, _ANY, "a chat service token"),
-    ("xoxr-", _DASHED, 20, _ANY, "a chat service token"),
-    ("sk_live_", _PLAIN, 16, _ANY, "a payment service key"),
-    ("rk_live_", _PLAIN, 16, _ANY, "a payment service key"),
-    ("sk-", _DASHED, 32, _ANY, "a service key"),
-    ("AIza", _DASHED, 35, 35, "a cloud service key"),
-)
-_PLACEHOLDERS = ("your", "example", "changeme", "change-me", "change_me", "placeholder", "xxxx",
-                 "****", "....", "dummy", "sample", "fake", "test", "todo", "insert", "redacted",
-                 "notreal", "not-real", "not_real", "hidden", "secret-here", "key-here",
-                 "token-here", "00000000")
-_WORDS_FOR_ONE = ("password", "passwd", "passphrase", "apikey", "secretkey", "accesskey")
-_SAYS_SECRET = re.compile(
-    r"pass|pwd|secret|token|credential|key", re.I)
-_ASSIGNED = (r"((?:password|passwd|passphrase|pwd|api[_.-]?key|api[_.-]?secret"
-             r"|access[_.-]?key|secret[_.-]?key|secret|token|private[_.-]?key|credentials?))"
-             r"(?:[\"']?[ \t]*(?::=|=>|[:=](?![=:~]))>?[ \t]*)"
-             r"(?:\"([^\"\n]{8,256})\"|'([^'\n]{8,256})'|`([^`\n]{8,256})`)")
-_SHELL = (r"(?:^|(?<=[ \t]))([A-Z0-9_]{0,60}(?:PASSWORD|PASSWD|PASSPHRASE|PWD|API_?KEY|API_?SECRET"
-          r"|ACCESS_?KEY|SECRET_?KEY|SECRET|TOKEN|PRIVATE_?KEY|CREDENTIALS?))=([^\s\"'`]{8,256})")
-_PRIVATE = (r"-----BEGIN [A-Z0-9 ]{0,60}PRIVATE KEY(?: BLOCK)?-----"
-            r"((?:[A-Za-z0-9+/=\s\\\"',]){48,20000})")
-_ADDRESS = r"(?<=[A-Za-z])://[^\s/?\"':@]{0,80}:([^\s/?\"']{1,120})@"
-_SIGNED = r"\beyJ[A-Za-z0-9_-]{9,4000}\.[A-Za-z0-9_-]{8,8000}\.[A-Za-z0-9_-]{16,2000}"
+#: `lead`: a match begins up to so many bytes before a keyword; None: anywhere.
+_Shape = namedtuple("_Shape", "pattern kind check keywords lead")
+
+SHAPES = os.path.join(os.path.dirname(os.path.abspath(__file__)), "secrets.json")
+#: What every call raises without its file, or with one that cannot be understood.
+DAMAGED = (OSError, ValueError, KeyError, TypeError, AttributeError, re.error)
+_FORMAT = 1
+_CONTINUES = 0b11000000, 0b10000000  # a byte within a character of UTF-8: mask, value
+_loaded = None
+
+
+class _Shapes:
+    """The file, read; its patterns are compiled as they are needed."""
+
+    def __init__(self, path):
+        with open(path, "rb") as file:
+            data = json.loads(file.read().decode("utf-8"))
+        if data["format"] != _FORMAT:
+            raise ValueError("secrets.json is of another format")
+        self.checks = data["checks"]
+        self.files = data["files"]
+        self.examples = data["examples"].encode("ascii")
+        self.ordinary = [word.encode("ascii") for word in data["ordinary"]]
+        self.shapes = [_Shape(shape["pattern"].encode("ascii"), shape["label"],
+                              self.checks[shape["check"]],
+                              [word.encode("ascii") for word in shape["keywords"]],
+                              None if shape.get("anywhere") else shape.get("lead", 0))
+                       for shape in data["shapes"]]
+        self._refusals = data["refusals"]
+
+    def refuses(self, name, value):
+        """Whether the named refusal speaks against this value."""
+        return re.search(self._refusals[name].encode("ascii"), value) is not None
+
+    def accepts(self, value, check):
+        """Whether these bytes are a secret rather than a look-up, a placeholder or a word."""
+        if any(count(value) < check.get(name, 0) for name, count in _COUNTS):
+            return False
+        if _bits(value) < check.get("entropy", 0.0):
+            return False
+        if "left" in check and self._left(value) < check["left"]:
+            return False
+        return not any(self.refuses(name, value) for name in check.get("refuse", ()))
+
+    def _left(self, value):
+        value = re.sub(self.examples, b" ", value.lower())
+        for word in self.ordinary:
+            value = value.replace(word, b" ")
+        return _letters(value) + _digits(value)
 
 
 def find(text: str) -> list[Secret]:
     """Every secret in reading order, none overlapping another."""
-    found = sorted(_all(text), key=lambda secret: (secret.start, -secret.end))
-    apart: list[Secret] = []
-    for secret in found:
-        if apart and secret.start < apart[-1].end:
-            if secret.end > apart[-1].end:
-                apart[-1] = apart[-1]._replace(end=secret.end)
-            continue
-        apart.append(secret)
-    return apart
+    data = text.encode("utf-8", "surrogatepass")
+    spans = _apart(_spans(data))
+    return _in_characters(data, spans) if spans and not text.isascii() else \
+        [Secret(*span) for span in spans]
+
+
+def key_files() -> list[str]:
+    """Files that hold nothing but keys, as patterns of their name or the end of their path."""
+    return _shapes().files
 
 
 def redacted(text: str, secrets: list[Secret]) -> str:
@@ -86,80 +97,113 @@ def redacted(text: str, secrets: list[Secret]) -> str:
     return "".join(pieces) + text[at:]
 
 
+def places(text: str, secrets: list[Secret]):
+    """(line, column) of each secret, both from 1, in one pass over the text."""
+    line, at = 1, 0
+    for secret in secrets:
+        line += text.count("\n", at, secret.start)
+        at = secret.start
+        yield line, at - text.rfind("\n", 0, at)
+
+
 def shortened(secret: str) -> str:
-    """What may be shown of a secret: four characters and an ellipsis."""
-    return secret[:4] + "…"
+    """What may be shown of a secret: four characters, fewer of a short one, and an ellipsis."""
+    return secret[:min(4, len(secret) // 3)] + "…"
 
 
 def entropy(text: str) -> float:
-    """Shannon entropy in bits per character; 0 for the empty text."""
-    total = float(len(text))
-    counts = [text.count(char) / total for char in set(text)]
-    return -sum(share * math.log(share, 2) for share in counts)
+    """Shannon entropy in bits per byte of UTF-8; 0 for the empty text."""
+    return _bits(text.encode("utf-8", "surrogatepass"))
 
 
-def _all(text: str):
-    yield from _issued(text)
-    if "PRIVATE KEY" in text:
-        for match in re.finditer(_PRIVATE, text):
-            if entropy(match.group(1)[:400]) >= 4.0:
-                yield Secret(match.start(), match.end(), "a private key")
-    if "eyJ" in text:
-        for match in re.finditer(_SIGNED, text):
-            yield Secret(match.start(), match.end(), "a signed access token")
-    if "://" in text:
-        for match in re.finditer(_ADDRESS, text):
-            if _is_password(match.group(1)):
-                yield Secret(match.start(1), match.end(1), "a password in an address")
-    if _SAYS_SECRET.search(text):
-        yield from _assigned(text)
+def _shapes():
+    global _loaded
+    if _loaded is None:
+        _loaded = _Shapes(SHAPES)
+    return _loaded
 
 
-def _issued(text: str):
-    for prefix, letters, least, most, kind in _ISSUED:
-        if prefix not in text:
+def _spans(data: bytes):
+    """(start, end, kind) in bytes, shape by shape."""
+    shapes, lower = _shapes(), data.lower()
+    places = {}     # of each keyword, once for all shapes that wait for it
+    for shape in shapes.shapes:
+        for word in shape.keywords:
+            if word not in places:
+                places[word] = _places_of(word, lower)
+        if not any(places[word] for word in shape.keywords):
             continue
-        pattern = r"(?<![A-Za-z0-9_]){}({}{{{},{}}})(?![A-Za-z0-9_])".format(
-            re.escape(prefix), letters, least, most)
-        for match in re.finditer(pattern, text):
-            drawn = match.group(1)
-            if _has_digit_and_letter(drawn) and not _is_placeholder(drawn) and entropy(drawn) >= 3:
-                yield Secret(match.start(), match.end(), kind)
+        for match in _matches(shape, data, places):
+            group = next((n for n in range(1, match.re.groups + 1) if match.start(n) >= 0), 0)
+            if shapes.accepts(match.group(group), shape.check):
+                yield match.start(group), match.end(group), shape.kind
 
 
-def _assigned(text: str):
-    for match in re.finditer(_ASSIGNED, text, re.I):
-        group = next(number for number in (2, 3, 4) if match.group(number) is not None)
-        yield from _judged(match, group)
-    for match in re.finditer(_SHELL, text, re.M):
-        yield from _judged(match, 2)
+def _places_of(word: bytes, lower: bytes):
+    places, at = [], lower.find(word)
+    while at >= 0:
+        places.append(at)
+        at = lower.find(word, at + 1)
+    return places
 
 
-def _judged(match, group: int):
-    name, value = match.group(1).lower(), match.group(group)
-    if not _is_password(value):
+def _matches(shape, data: bytes, places):
+    """The matches that lie apart, the first one first: what `finditer` finds, of which only the
+    places are tried where a match can begin."""
+    pattern = re.compile(shape.pattern)
+    if shape.lead is None:
+        yield from pattern.finditer(data)
         return
-    password = "pass" in name or "pwd" in name
-    if password or (len(value) >= 16 and entropy(value) >= 3 and _has_digit_and_letter(value)):
-        kind = "a password" if password else "a key"
-        yield Secret(match.start(group), match.end(group), kind)
+    starts = {at - lead for word in shape.keywords for at in places[word]
+              for lead in range(min(shape.lead, at) + 1)}
+    end = 0
+    for start in sorted(starts):
+        match = pattern.match(data, start) if start >= end else None
+        if match:
+            yield match
+            end = match.end()
 
 
-def _is_password(value: str) -> bool:
-    if not 8 <= len(value) <= 256 or value[0] in "/#.$%{<@:&":
-        return False
-    if any(char <= " " for char in value) or any(s in value for s in ("${", "{{", "://", "(")):
-        return False
-    letters = sum(char.isalpha() for char in value)
-    others = sum(not char.isalpha() and char not in "-_." for char in value)
-    return letters > 0 and others > 0 and entropy(value) >= 2.6 and not _is_placeholder(value)
+def _apart(spans):
+    """In reading order; those that overlap are one, of the kind of the first and longest."""
+    apart = []
+    for start, end, kind in sorted(spans, key=lambda span: (span[0], -span[1])):
+        if apart and start < apart[-1][1]:
+            first, last, known = apart[-1]
+            apart[-1] = (first, max(last, end), known)
+        else:
+            apart.append((start, end, kind))
+    return apart
 
 
-def _is_placeholder(value: str) -> bool:
-    lower = value.lower()
-    letters = "".join(char for char in lower if char.isalnum())
-    return letters in _WORDS_FOR_ONE or any(part in lower for part in _PLACEHOLDERS)
+def _in_characters(data: bytes, spans):
+    """The spans counted in characters, none of which is cut."""
+    mask, value = _CONTINUES
+    found, at, characters = [], 0, 0
+    for start, end, kind in spans:
+        while start > 0 and data[start] & mask == value:
+            start -= 1
+        while end < len(data) and data[end] & mask == value:
+            end += 1
+        first = characters + len(data[at:start].decode("utf-8", "surrogatepass"))
+        characters = first + len(data[start:end].decode("utf-8", "surrogatepass"))
+        at = end
+        found.append(Secret(first, characters, kind))
+    return found
 
 
-def _has_digit_and_letter(value: str) -> bool:
-    return any(c.isdigit() for c in value) and any(c.isalpha() for c in value)
+def _bits(value: bytes) -> float:
+    total = float(len(value))
+    return -sum(count / total * math.log(count / total, 2) for count in Counter(value).values())
+
+
+def _counted(pattern):
+    letters = re.compile(pattern)
+    return lambda value: len(letters.findall(value))
+
+
+_letters, _digits = _counted(rb"[A-Za-z]"), _counted(rb"[0-9]")
+_COUNTS = (("letters", _letters), ("digits", _digits), ("upper", _counted(rb"[A-Z]")),
+           ("lower", _counted(rb"[a-z]")), ("others", _counted(rb"[^A-Za-z_.-]")),
+           ("kinds", lambda value: sum(re.search(kind, value) is not None
+                                       for kind in (rb"[a-z]", rb"[A-Z]", rb"[0-9]"))))

@@ -26,8 +26,13 @@ from .verdict import Flaw
 
 COMMON = "every.md"
 LARGEST_SUBMISSION = 40 * 1024 * 1024   # what the service takes, before it is packed for the way
+#: Characters looked at behind a text's cut, for the secret that stands across it. A private key of
+#: 16,384 bits, the longest that common programs make, has 12,700 in PEM.
+LONGEST_SECRET = 16 * 1024
 LARGEST_RULE_FILE = 256 * 1024
 MOST_RULE_FILES = 200
+_NO_SHAPES = ("the shapes of secrets (standing/engine/secrets.json) are missing or damaged, so nothing "
+              "is sent; wire the tools again to restore them")
 _NUMBERS = ("max_characters", "max_bytes", "max_parts")
 _NAMES = _NUMBERS + ("modality", "title", "secrets", "never_send", "never_send_text")
 
@@ -96,7 +101,12 @@ class RuleSet(NamedTuple):
             names = (os.path.abspath(path), os.path.realpath(path))
         except OSError:
             return "the current folder is gone, so where this name leads cannot be told"
-        for pattern in self.rules(modality).never_send:
+        from . import secret_shapes
+        try:
+            key_files = secret_shapes.key_files()
+        except secret_shapes.DAMAGED:
+            return _NO_SHAPES
+        for pattern in self.rules(modality).never_send + tuple(key_files):
             if any(_matches(pattern, name) for name in names):
                 return "the standing rules never send “{}”".format(pattern)
         return None
@@ -129,23 +139,27 @@ def load(folder: Optional[str] = None) -> RuleSet:
     return RuleSet(tuple(files), tuple(problems))
 
 
+def refusal(rules: RuleSet, artifact: Artifact) -> Optional[str]:
+    """Why nothing of this artifact may be sent, whatever secrets it holds; None when it may. Much
+    cheaper than `screen`."""
+    reason = rules.refusal(artifact.path or artifact.name, artifact.modality)
+    mine = rules.rules(artifact.modality)
+    return reason or _too_much(mine, artifact) or _forbidden_text(mine, artifact)
+
+
 def screen(rules: RuleSet, artifact: Artifact) -> Screened:
     """Applies the rules to an artifact that is about to be sent."""
-    if artifact.path is not None:
-        reason = rules.refusal(artifact.path, artifact.modality)
-    else:
-        reason = rules.refusal(artifact.name, artifact.modality)
     mine = rules.rules(artifact.modality)
-    reason = reason or _too_much(mine, artifact) or _forbidden_text(mine, artifact)
+    reason = refusal(rules, artifact)
     if reason:
         return Screened(None, (), "{}: {}".format(artifact.name, reason), artifact.notes)
     parts: List[Part] = []
     findings: List[Flaw] = []
     notes = list(artifact.notes)
     for part in artifact.parts:
-        part, found = _without_secrets(part, artifact)
+        part, found = _without_secrets(part, mine.max_characters, notes)
         findings += found
-        parts.append(_cut(part, mine.max_characters, notes))
+        parts.append(part._replace(logical_name=screen_text(part.logical_name)))
     if findings and mine.secrets == "stop":
         return Screened(None, tuple(findings), "{}: it holds {} and the standing rules stop the "
                         "sending".format(artifact.name, _count(len(findings), "secret")),
@@ -154,42 +168,51 @@ def screen(rules: RuleSet, artifact: Artifact) -> Screened:
 
 
 def screen_text(text: str) -> str:
-    """A short text that goes along, such as the intent, without its secrets."""
+    """A short text that goes along, such as the intent, without its secrets; empty when these cannot
+    be told."""
     from . import secret_shapes
-    return secret_shapes.redacted(text, secret_shapes.find(text))
+    try:
+        return secret_shapes.redacted(text, secret_shapes.find(text))
+    except secret_shapes.DAMAGED:
+        return ""
 
 
-def _without_secrets(part: Part, artifact: Artifact):
+def _without_secrets(part: Part, limit: int, notes: List[str]):
+    """What may be sent of a part's text, and the flaws. What is cut off is not looked through, but
+    for the secret that begins before the cut."""
     from . import secret_shapes
+    from .characters import first_characters
     if not part.text:
         return part, []
-    secrets = secret_shapes.find(part.text)
+    kept = _first(part, limit, notes)
+    window = part.text[:len(kept) + LONGEST_SECRET]
+    secrets = [s for s in secret_shapes.find(window) if s.start < len(kept)]
     if not secrets:
-        return part, []
+        return part._replace(text=kept), []
     where = part.logical_name if part.same_lines else part.logical_name + " (its extracted text)"
-    flaws = [_secret_flaw(part.text, secret, where) for secret in secrets]
-    return part._replace(text=secret_shapes.redacted(part.text, secrets)), flaws
+    flaws = [_secret_flaw(window[secret.start:secret.end], secret.kind, place, where)
+             for secret, place in zip(secrets, secret_shapes.places(window, secrets))]
+    sent = secret_shapes.redacted(window[:max(len(kept), secrets[-1].end)], secrets)
+    return part._replace(text=first_characters(sent, limit)), flaws
 
 
-def _secret_flaw(text: str, secret, where: str) -> Flaw:
+def _secret_flaw(secret: str, kind: str, at: Tuple[int, int], where: str) -> Flaw:
     from .secret_shapes import shortened
-    line = text.count("\n", 0, secret.start) + 1
-    column = secret.start - (text.rfind("\n", 0, secret.start) + 1) + 1
-    place = "line {}, column {}".format(line, column)
-    shown = shortened(text[secret.start:secret.end])
+    place = "line {}, column {}".format(*at)
+    shown = shortened(secret)
     detail = ("{} in {} looks like {} (“{}”). It was taken out on this machine and not sent."
-              .format(place[0].upper() + place[1:], where, secret.kind, shown))
+              .format(place[0].upper() + place[1:], where, kind, shown))
     return Flaw("CRITICAL", "secret", detail, "standing.secret", place, shown)
 
 
-def _cut(part: Part, limit: int, notes: List[str]) -> Part:
+def _first(part: Part, limit: int, notes: List[str]) -> str:
     from .characters import first_characters
-    if part.text is None or len(part.text) <= limit:
-        return part
+    if len(part.text) <= limit:
+        return part.text
     cut = first_characters(part.text, limit)
     if len(cut) < len(part.text):
         notes.append("{}: only the first {} characters are graded".format(part.logical_name, limit))
-    return part._replace(text=cut)
+    return cut
 
 
 def _too_much(rules: Rules, artifact: Artifact) -> Optional[str]:
