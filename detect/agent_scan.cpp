@@ -52,13 +52,6 @@ std::string_view rawValue(AgentKind kind) {
     return {};
 }
 
-std::optional<AgentKind> agentKindFromRawValue(std::string_view raw) {
-    for (const auto& [kind, known] : kKinds) {
-        if (known == raw) return kind;
-    }
-    return std::nullopt;
-}
-
 namespace AgentScan {
 
 const std::vector<AgentSignature>& signatures() {

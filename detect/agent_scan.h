@@ -18,9 +18,6 @@ namespace kelvane {
 /// The kind's name as it appears in machine-readable output, e.g. "codingHarness".
 [[nodiscard]] std::string_view rawValue(AgentKind kind);
 
-/// The kind with that name, or nothing. Exact and case-sensitive.
-[[nodiscard]] std::optional<AgentKind> agentKindFromRawValue(std::string_view raw);
-
 /// What is known of one agent beforehand, as far as a scan goes by it.
 struct AgentSignature {
     std::string id; ///< Stable, lower case with underscores.
