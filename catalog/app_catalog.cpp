@@ -12,7 +12,13 @@ namespace kelvane {
 
 namespace {
 
-constexpr std::size_t kShortestPrefix = 6; // characters
+// Characters. Enough that "com." or "org.x" in a catalog is no catch-all for every identifier that
+// begins so; the shortest identifiers of real applications that have versions are longer.
+constexpr std::size_t kShortestPrefix = 6;
+
+// Bytes of an address that are put in lower case once, on the stack. Addresses of pages stay well
+// below it; it decides the speed alone, never the answer.
+constexpr std::size_t kUsualAddress = 4096;
 
 struct PrefixEntry {
     std::string_view prefix;
@@ -114,13 +120,13 @@ const CatalogApp* AppCatalog::appForURL(std::string_view url) const {
 
     // The address in lower case stands on the stack when it fits, as all but the odd data address
     // do; any other is put in lower case anew for each entry. Neither way allocates.
-    std::array<char, 4096> buffer;
+    std::array<char, kUsualAddress> buffer;
     const text::LowercaseBytes lower(url);
-    std::size_t length = 0;
+    char* end = buffer.data();
     auto next = lower.begin();
-    for (; next != lower.end() && length < buffer.size(); ++next) buffer[length++] = *next;
+    for (; next != lower.end() && end != buffer.data() + kUsualAddress; ++next) *end++ = *next;
     if (next == lower.end()) {
-        const std::string_view address(buffer.data(), length);
+        const std::string_view address(buffer.data(), end);
         return first([&](const HostEntry& entry) {
             return address.find(entry.host) != std::string_view::npos;
         });

@@ -87,6 +87,12 @@ TEST_F(LoadCatalog, AnExplicitPathThatIsMissingUnreadableOrInvalidFallsThroughSi
     EXPECT_EQ(standardError.str(), "");
 }
 
+TEST_F(LoadCatalog, AnEmptyExplicitPathIsNotLookedAt) {
+    downloaded(catalogOfVersion("downloaded"));
+    EXPECT_EQ(load("").version(), "downloaded");
+    EXPECT_EQ(fake.journal.entries(), std::vector<std::string>{"read " + kDownloaded.string()});
+}
+
 TEST_F(LoadCatalog, ADownloadedCopyThatIsInvalidJsonFallsThroughToTheShippedOneSilently) {
     downloaded("<html>");
     shipped(catalogOfVersion("shipped"));
@@ -243,13 +249,17 @@ TEST_F(RefreshRemoteCatalog, AFileThatCannotBeWrittenIsIgnored) {
 
 TEST_F(RefreshRemoteCatalog, AStringThatFormsNoAddressDoesNothing) {
     for (const auto* url : {"", "nonsense", "https://", "https:///path", "https://exa mple/x",
-                            "file:///etc/passwd", "https://example/\n", "https://ex<a>.org/"}) {
+                            "file:///etc/passwd", "https://example/\n", "https://ex<a>.org/",
+                            "https://?query", "https://#fragment", "https://:443/"}) {
         refresh(url);
         EXPECT_EQ(fake.dispatcher.waitingInBackground(), 0U) << url;
     }
     refresh("http://127.0.0.1:8080/brask/app-catalog.json?x=1#y");
     refresh("https://[::1]/c.json");
     EXPECT_EQ(fake.dispatcher.waitingInBackground(), 2U);
+    // What no host may begin with, at the end.
+    for (const auto* url : {"https://h/", "https://h/?", "https://h/#", "https://h:"}) refresh(url);
+    EXPECT_EQ(fake.dispatcher.waitingInBackground(), 6U);
 }
 
 } // namespace
