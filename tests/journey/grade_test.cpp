@@ -116,7 +116,7 @@ TEST_F(GradeJourney, ATerminalIsGradedByWhatIsSelectedInItAndItsProgramIsNotInte
     // Three clicks select the line.
     m_started.push_back(s_desktop->start(
         {"xdotool", "mousemove", "160", "210", "click", "--repeat", "3", "--delay", "60", "1"}));
-    std::this_thread::sleep_for(500ms);
+    ASSERT_TRUE(waitForOwner("PRIMARY"));
     startProduct();
     ASSERT_TRUE(panel().open());
     EXPECT_TRUE(panel().frame().says("You're in ")) << panel().frame().all();
@@ -234,7 +234,7 @@ TEST_F(GradeJourney, TheUsersClipboardSurvivesAGrade) {
     std::ofstream(saved) << "what the user had copied";
     m_started.push_back(s_desktop->start(
         {"sh", "-c", "exec xclip -quiet -selection clipboard -in " + saved.string()}));
-    std::this_thread::sleep_for(500ms);
+    ASSERT_TRUE(waitForOwner("CLIPBOARD"));
     startProduct();
     ASSERT_TRUE(panel().open());
     pressAndWait("Grade this", "Trevix ");

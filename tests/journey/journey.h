@@ -41,6 +41,8 @@ protected:
 
     /// Opens a document in an application, in front.
     void open(const std::vector<std::string>& command, const std::string& wmClass);
+    /// Whether somebody comes to own this selection, which is when it can be pasted.
+    static bool waitForOwner(const std::string& selection);
     void openAndSelectAll(const std::vector<std::string>& command, const std::string& wmClass);
     std::filesystem::path document(const std::string& text, const std::string& name = "work.md");
 

@@ -81,13 +81,16 @@ public:
 
     /// All managed windows, oldest first. Empty when the server is gone.
     [[nodiscard]] std::vector<DesktopWindow> windows();
+    // What a test waits for takes a moment, or minutes on a machine that is busy: the limits say
+    // when it is not going to happen.
+
     /// The first window that `wanted` accepts, waiting for it if need be; absent after `timeout`.
     [[nodiscard]] std::optional<DesktopWindow>
     waitForWindow(const Predicate& wanted,
-                  std::chrono::milliseconds timeout = std::chrono::seconds(20));
+                  std::chrono::milliseconds timeout = std::chrono::seconds(60));
     /// Looks at `condition` every few milliseconds until it holds; false after `timeout`.
     static bool waitUntil(const std::function<bool()>& condition,
-                          std::chrono::milliseconds timeout = std::chrono::seconds(10));
+                          std::chrono::milliseconds timeout = std::chrono::seconds(60));
 
     [[nodiscard]] static Predicate ofClass(std::string wmClass);
     [[nodiscard]] static Predicate ofPid(pid_t pid);

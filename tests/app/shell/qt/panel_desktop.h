@@ -47,6 +47,19 @@ protected:
         return variables;
     }
 
+    /// Whether the program has come so far that a later start finds it, which is the last that it
+    /// does before its event loop runs.
+    bool waitUntilRunning() const {
+        const std::filesystem::path runtime = environment().at("XDG_RUNTIME_DIR");
+        return VirtualDesktop::waitUntil([&] {
+            std::error_code none;
+            for (const auto& entry : std::filesystem::recursive_directory_iterator(runtime, none)) {
+                if (entry.path().extension() == ".socket") return true;
+            }
+            return false;
+        });
+    }
+
     /// A tray of one icon at the right end of an edge.
     void startTray(const std::string& edge = "top") {
         desktop.start({"trayer", "--edge", edge, "--align", "right", "--widthtype", "request",
@@ -147,7 +160,7 @@ protected:
 
     /// Where the panel stands, once it does.
     Box panelBox() {
-        const auto panel = desktop.waitForWindow(VirtualDesktop::ofClass(kProgramClass), 5s);
+        const auto panel = desktop.waitForWindow(VirtualDesktop::ofClass(kProgramClass));
         EXPECT_TRUE(panel);
         return panel ? boxOf(panel->window).value_or(Box{}) : Box{};
     }
@@ -193,7 +206,7 @@ protected:
         return false;
     }
     bool waitUntilPanel(bool stands) {
-        return VirtualDesktop::waitUntil([&] { return panelStands() == stands; }, 5s);
+        return VirtualDesktop::waitUntil([&] { return panelStands() == stands; });
     }
 
     /// The window of ours that can be seen, below another one: in a tray of the embedding kind,
@@ -239,7 +252,7 @@ protected:
         auto program = startProgram(more);
         EXPECT_TRUE(waitForIcon());
         clickIcon();
-        const auto panel = desktop.waitForWindow(VirtualDesktop::ofClass(kProgramClass), 5s);
+        const auto panel = desktop.waitForWindow(VirtualDesktop::ofClass(kProgramClass));
         EXPECT_TRUE(panel && VirtualDesktop::waitUntil(
                                  [&] { return desktop.activeWindow() == panel->window; }));
         EXPECT_TRUE(waitForCount("frame", 1));

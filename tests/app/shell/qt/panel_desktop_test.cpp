@@ -98,7 +98,7 @@ TEST_F(PanelDesktopTest, ClickInsideLeavesItOpen) {
 TEST_F(PanelDesktopTest, WithoutATrayItStaysAndASecondStartOpensThePanel) {
     startEditor();
     Program first({KELVANE_PRODUCT}, environment());
-    std::this_thread::sleep_for(800ms);
+    ASSERT_TRUE(waitUntilRunning());
     EXPECT_FALSE(panelStands());
     EXPECT_FALSE(first.waitForEnd(0ms).has_value());
     Program second({KELVANE_PRODUCT}, environment());
@@ -109,7 +109,7 @@ TEST_F(PanelDesktopTest, WithoutATrayItStaysAndASecondStartOpensThePanel) {
 
 TEST_F(PanelDesktopTest, ATrayThatComesLateIsPickedUp) {
     Program program({KELVANE_PRODUCT}, environment());
-    std::this_thread::sleep_for(500ms);
+    ASSERT_TRUE(waitUntilRunning());
     startTray();
     EXPECT_TRUE(waitForIcon());
     clickIcon();
@@ -119,7 +119,7 @@ TEST_F(PanelDesktopTest, ATrayThatComesLateIsPickedUp) {
 TEST_F(PanelDesktopTest, SignalsEndItCleanly) {
     for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
         Program program({KELVANE_PRODUCT}, environment());
-        std::this_thread::sleep_for(500ms);
+        ASSERT_TRUE(waitUntilRunning());
         program.signal(number);
         EXPECT_EQ(program.waitForEnd(), 0) << number;
     }
@@ -127,7 +127,7 @@ TEST_F(PanelDesktopTest, SignalsEndItCleanly) {
 
 TEST_F(PanelDesktopTest, TheEndOfTheDisplayEndsItWithoutACrash) {
     Program program({KELVANE_PRODUCT}, environment());
-    std::this_thread::sleep_for(700ms);
+    ASSERT_TRUE(waitUntilRunning());
     desktop.killServer();
     const auto status = program.waitForEnd();
     ASSERT_TRUE(status.has_value());

@@ -3,6 +3,7 @@
 #include "tests/app/shell/qt/panel_desktop.h"
 
 #include <netinet/in.h>
+#include <poll.h>
 #include <signal.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -25,7 +26,10 @@ public:
         EXPECT_TRUE(ready);
         m_port = ntohs(address.sin_port);
     }
-    ~SilentService() { ::close(m_socket); }
+    ~SilentService() {
+        for (const Arrived& arrived : m_arrived) ::close(arrived.connection);
+        ::close(m_socket);
+    }
     SilentService(const SilentService&) = delete;
     SilentService& operator=(const SilentService&) = delete;
 
@@ -33,9 +37,34 @@ public:
         return "http://127.0.0.1:" + std::to_string(m_port);
     }
 
+    /// Takes what arrives until work has been submitted, and answers nothing.
+    bool waitForWork() {
+        return VirtualDesktop::waitUntil([&] {
+            pollfd listening{m_socket, POLLIN, 0};
+            while (::poll(&listening, 1, 0) == 1) {
+                const int connection = ::accept(m_socket, nullptr, nullptr);
+                if (connection < 0) break;
+                m_arrived.push_back({connection, {}});
+            }
+            for (Arrived& arrived : m_arrived) {
+                char bytes[4096];
+                const auto length = ::recv(arrived.connection, bytes, sizeof bytes, MSG_DONTWAIT);
+                if (length > 0) arrived.bytes.append(bytes, static_cast<std::size_t>(length));
+                if (arrived.bytes.starts_with("POST /api/v1/eval/jobs ")) return true;
+            }
+            return false;
+        });
+    }
+
 private:
+    struct Arrived {
+        int connection;
+        std::string bytes;
+    };
+
     int m_socket;
     int m_port = 0;
+    std::vector<Arrived> m_arrived;
 };
 
 class ProgramLifeTest : public PanelDesktop {
@@ -59,7 +88,7 @@ protected:
 constexpr const char* kGrading = "Grading… the critic may be warming up";
 
 TEST_F(ProgramLifeTest, PanelStaysWhileAGradeIsUnderWayAndQuitIsImmediate) {
-    const SilentService service;
+    SilentService service;
     startTray();
     startEditorWith("All is well.\n");
     const auto program = startAndOpen(withService(service));
@@ -67,7 +96,7 @@ TEST_F(ProgramLifeTest, PanelStaysWhileAGradeIsUnderWayAndQuitIsImmediate) {
     clickControl("Grade this");
     ASSERT_TRUE(waitUntilShown(kGrading));
     // The capture has brought the editor to the front and is done with it.
-    std::this_thread::sleep_for(2s);
+    ASSERT_TRUE(service.waitForWork());
     EXPECT_TRUE(panelStands()) << "to show what comes of it";
     const auto names = shown();
     EXPECT_NE(std::find(names.begin(), names.end(), kGrading), names.end());
@@ -77,14 +106,14 @@ TEST_F(ProgramLifeTest, PanelStaysWhileAGradeIsUnderWayAndQuitIsImmediate) {
 }
 
 TEST_F(ProgramLifeTest, AClickElsewhereClosesThePanelAlsoWhileGrading) {
-    const SilentService service;
+    SilentService service;
     startTray();
     startEditorWith("All is well.\n");
     const auto program = startAndOpen(withService(service));
     ASSERT_TRUE(waitUntilShown("You're in Mousepad"));
     clickControl("Grade this");
     ASSERT_TRUE(waitUntilShown(kGrading));
-    std::this_thread::sleep_for(1s);
+    ASSERT_TRUE(service.waitForWork());
     clickAt(60, 960);
     EXPECT_TRUE(waitUntilPanel(false));
 }
@@ -119,7 +148,7 @@ TEST_F(ProgramLifeTest, TheDesktopEntryOpensThePanelOfTheOneThatRuns) {
     auto variables = environment();
     variables["PATH"] = programs.string() + ":" + variables["PATH"];
     Program first({KELVANE_PRODUCT}, variables);
-    std::this_thread::sleep_for(800ms);
+    ASSERT_TRUE(waitUntilRunning());
     ASSERT_FALSE(panelStands());
     Program launcher(
         {"/usr/bin/env", "gio", "launch",
@@ -133,7 +162,7 @@ TEST_F(ProgramLifeTest, TheDesktopEntryOpensThePanelOfTheOneThatRuns) {
 
 TEST_F(ProgramLifeTest, ALaterStartDoesNotWaitForeverForOneThatHangs) {
     Program first({KELVANE_PRODUCT}, environment());
-    std::this_thread::sleep_for(800ms);
+    ASSERT_TRUE(waitUntilRunning());
     first.signal(SIGSTOP);
     Program second({"/bin/sh", "-c", "exec \"$0\" 2>&1", KELVANE_PRODUCT}, environment());
     EXPECT_EQ(second.waitForEnd(10s), 1);

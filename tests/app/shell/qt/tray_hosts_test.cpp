@@ -108,7 +108,7 @@ TEST_F(TrayHostsTest, NotifierBarShowsTheItemAndAClickOpensThePanelAtThePointer)
 
 TEST_F(TrayHostsTest, NotifierBarThatComesLateShowsTheIcon) {
     const auto program = startProgram();
-    std::this_thread::sleep_for(500ms);
+    ASSERT_TRUE(waitUntilRunning());
     startXfcePanel();
     // The bar takes icons of the embedding kind as well, and gets one of those now.
     EXPECT_TRUE(waitForIcon());

@@ -222,17 +222,23 @@ TEST(X11WorkspaceAlone, everythingIsAbsentOnceTheServerDied) {
     const auto pid = adapters.workspace->frontmost()->pid;
 
     std::atomic<bool> stop = false;
+    std::atomic<int> rounds = 0;
     std::thread asking([&] {
         while (!stop) {
             (void)adapters.workspace->frontmost();
             (void)adapters.workspace->runningApplications();
             (void)adapters.windowList->onScreenWindows();
             (void)adapters.windowPicture->png(id);
+            ++rounds;
         }
     });
-    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    const auto asksOn = [&] { // all of them, with the server as it is now
+        return VirtualDesktop::waitUntil(
+            [&rounds, enough = rounds + 3] { return rounds >= enough; });
+    };
+    EXPECT_TRUE(asksOn());
     desktop.killServer();
-    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    EXPECT_TRUE(asksOn());
     stop = true;
     asking.join();
     EXPECT_EQ(adapters.workspace->frontmost(), std::nullopt);
