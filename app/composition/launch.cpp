@@ -1,0 +1,75 @@
+#include "app/composition/launch.h"
+
+#include "app/panel/panel_item.h"
+#include "app/process_settings.h"
+
+#include <QCoreApplication>
+#include <QGuiApplication>
+#include <QString>
+
+#include <algorithm>
+#include <filesystem>
+#include <iostream>
+#include <system_error>
+#include <unistd.h>
+
+namespace kelvane {
+
+namespace {
+
+/// What Qt prints, as this program's own words; what it cannot go on after ends the program without
+/// the trace of a crash.
+void reportQtMessage(QtMsgType type, const QMessageLogContext&, const QString& message) {
+    // A session without a runtime folder, and a display that went away, are nothing to speak of.
+    const bool idle = message.startsWith(QLatin1String("QStandardPaths: XDG_RUNTIME_DIR")) ||
+                      message.startsWith(QLatin1String("The X11 connection broke"));
+    if (type == QtDebugMsg || type == QtInfoMsg || idle) return;
+    const std::string line = "kelvane: " + message.toStdString() + "\n";
+    [[maybe_unused]] const auto written = ::write(STDERR_FILENO, line.data(), line.size());
+    if (type == QtFatalMsg) ::_exit(1);
+}
+
+void nameApplication() {
+    const auto id = QString::fromUtf8(kBundleID.data(), static_cast<qsizetype>(kBundleID.size()));
+    // The name is also the class of the windows: that is how the program knows itself.
+    QCoreApplication::setApplicationName(id);
+    QGuiApplication::setApplicationDisplayName(QStringLiteral("Kelvane Companion"));
+    QGuiApplication::setDesktopFileName(id);
+    // The program lives in the menu bar: it goes on when its last window closes.
+    QGuiApplication::setQuitOnLastWindowClosed(false);
+}
+
+} // namespace
+
+Launch launchOfThisProcess() {
+    if (auto path = argValue("--render")) return {Shape::Picture, std::move(path)};
+    const bool demo = std::ranges::find(args(), "--demo") != args().end();
+    return {demo ? Shape::Demo : Shape::MenuBar, std::nullopt};
+}
+
+void prepareQt(const Launch& launch) {
+    qInstallMessageHandler(reportQtMessage);
+    // A picture needs no display, so a machine without one can draw it too.
+    if (launch.shape == Shape::Picture) qputenv("QT_QPA_PLATFORM", "offscreen");
+    useSoftwareRendering();
+    nameApplication();
+}
+
+std::unique_ptr<SingleInstance> claimMenuBar(const Launch& launch) {
+    if (launch.shape != Shape::MenuBar) return nullptr;
+    std::error_code ignored;
+    const auto temporary = std::filesystem::temp_directory_path(ignored);
+    return std::make_unique<SingleInstance>(
+        instanceFolder(kEnv(), std::string(kBundleID), ::geteuid(), temporary),
+        desktopName(kEnv()));
+}
+
+std::optional<int> handOver(SingleInstance* instance) {
+    if (instance == nullptr || instance->role() != SingleInstance::Role::Later) return std::nullopt;
+    const auto token = kEnv().find("XDG_ACTIVATION_TOKEN");
+    if (instance->askToOpen(token == kEnv().end() ? "" : token->second)) return 0;
+    std::cerr << "kelvane: another instance runs but does not answer\n";
+    return 1;
+}
+
+} // namespace kelvane

@@ -1,0 +1,87 @@
+#include "app/composition/shell_actions.h"
+
+#include "app/composition/model_ports.h"
+#include "app/process_settings.h"
+#include "catalog/catalog_loader.h"
+#include "eval/eval_bridge.h"
+#include "harness/tool_wiring.h"
+#include "harness/uninstall.h"
+#include "platform/desktop.h"
+
+#include <iostream>
+#include <memory>
+
+namespace kelvane {
+
+namespace {
+
+AppCatalog catalogOf(DesktopPorts& ports, const Installation& installation,
+                     const std::optional<std::string>& explicitPath) {
+    return loadCatalog({.files = *ports.files,
+                        .resources = *ports.resources,
+                        .braskHome = installation.braskHome,
+                        .standardError = std::cerr},
+                       explicitPath);
+}
+
+void install(DesktopPorts& ports, const Installation& installation, bool firstRun) {
+    ToolWiring::runInstall(
+        {.files = *ports.files,
+         .processes = *ports.processes,
+         .bundle = *ports.resources,
+         .dialogs = *ports.dialogs,
+         .urls = *ports.urls},
+        installation, {.connectURL = kConnectURL(), .noPersist = kNoPersist(), .noOpen = kNoOpen()},
+        firstRun);
+}
+
+void uninstall(DesktopPorts& ports, const Installation& installation, Application& application) {
+    Uninstall::runUninstall({.dialogs = *ports.dialogs,
+                             .processes = *ports.processes,
+                             .terminate = [&application] { application.terminate(); }},
+                            installation);
+}
+
+void fetchCatalog(DesktopPorts& ports, const Installation& installation) {
+    refreshRemoteCatalog(
+        {.files = *ports.files, .http = *ports.http, .dispatcher = *ports.dispatcher},
+        kCatalogURL(), installation.braskHome);
+}
+
+} // namespace
+
+Installation installationOf(DesktopPorts& ports) {
+    const auto folder = home(*ports.files);
+    return {.home = folder,
+            .braskHome = braskHome(*ports.files),
+            .bundleId = std::string(kBundleID),
+            .loginItem = ports.loginItem,
+            .configHome = configHome(*ports.environment, folder),
+            .dataHome = dataHome(*ports.environment, folder)};
+}
+
+AppDelegate::Actions shellActions(ShellParts parts) {
+    AppDelegate::Actions actions;
+    actions.loadCatalog = [parts](const auto& explicitPath) {
+        return catalogOf(parts.ports, parts.installation, explicitPath);
+    };
+    actions.makeModel = [parts](const AppCatalog& catalog) {
+        return std::make_unique<CompanionModel>(modelPorts(parts.ports, parts.workspace), catalog,
+                                                parts.installation.home);
+    };
+    actions.isInstalled = [parts] {
+        return ToolWiring::isInstalled(*parts.ports.files, parts.installation.braskHome);
+    };
+    actions.runInstall = [parts](bool firstRun) {
+        install(parts.ports, parts.installation, firstRun);
+    };
+    actions.runUninstall = [parts] {
+        uninstall(parts.ports, parts.installation, parts.application);
+    };
+    actions.refreshRemoteCatalog = [parts] { fetchCatalog(parts.ports, parts.installation); };
+    actions.connectUrl = kConnectURL();
+    actions.serviceBase = [parts] { return EvalBridge::base(*parts.ports.environment); };
+    return actions;
+}
+
+} // namespace kelvane

@@ -1,0 +1,25 @@
+// The operations of the rest of the program that the shell calls, given the ports that they need.
+
+#pragma once
+
+#include "app/shell/app_delegate.h"
+#include "harness/installation.h"
+
+namespace kelvane {
+
+struct DesktopPorts;
+
+/// What the operations are done with. All of it must outlive them.
+struct ShellParts {
+    DesktopPorts& ports;
+    Workspace& workspace; ///< What the model sees of the applications.
+    const Installation& installation;
+    Application& application;
+};
+
+/// Where this user's copy of the program stands, or would.
+[[nodiscard]] Installation installationOf(DesktopPorts& ports);
+
+[[nodiscard]] AppDelegate::Actions shellActions(ShellParts parts);
+
+} // namespace kelvane

@@ -1,0 +1,59 @@
+// The program as an application: what it is made of, in the order in which it is made.
+//
+// The members below are the table of contents. Each is given what stands above it, and they go in
+// the reverse order: no further start is listened to, background work ends while all that it uses
+// is there, then the windows and the model go, for the end of a job may still be told to the model,
+// and the ports last. Main thread only.
+
+#pragma once
+
+#include "app/composition/launch.h"
+#include "app/composition/qt_windows.h"
+#include "app/own_workspace.h"
+#include "app/shell/app_delegate.h"
+#include "app/shell/background_end.h"
+#include "app/shell/qt/idle_timer.h"
+#include "app/shell/qt/qt_application.h"
+#include "app/shell/qt/qt_status_item.h"
+#include "app/shell/qt/single_instance.h"
+#include "harness/installation.h"
+#include "platform/desktop.h"
+
+#include <memory>
+#include <string>
+
+namespace kelvane {
+
+class ShellProgram {
+public:
+    /// Precondition: Qt's application object exists and this is its thread. `instance` is null in
+    /// the shapes that may run beside the program.
+    ShellProgram(const Launch& launch, std::unique_ptr<SingleInstance> instance);
+    ShellProgram(const ShellProgram&) = delete;
+    ShellProgram& operator=(const ShellProgram&) = delete;
+
+    /// Runs the event loop. The status to end with.
+    [[nodiscard]] int run();
+
+private:
+    [[nodiscard]] AppDelegate::Ports delegatePorts();
+    void bringForward();
+    void startedAgain(const std::string& activationToken);
+
+    DesktopPorts m_ports;
+    OwnWorkspace m_workspace;
+    const Installation m_installation;
+    std::unique_ptr<Application> m_application;
+    // What starting, or showing the panel, has used is not kept for the hours until the next time.
+    IdleTimer m_idle;
+    QtWindows m_windows;
+    QtTrayImages m_trayImages;
+    std::unique_ptr<PanelRenderer> m_renderer;
+    std::unique_ptr<Ticker> m_ticker;
+    AppDelegate m_delegate;
+    BackgroundEnd m_backgroundEnd;
+    QuitOnSignal m_quitOnSignal;
+    std::unique_ptr<SingleInstance> m_instance;
+};
+
+} // namespace kelvane
