@@ -1,4 +1,4 @@
-// Is it this program itself that is in front?
+// A workspace that knows this program itself.
 //
 // A system that finds an application by its installed description does not recognise one that was
 // never installed, and names it by the class of its windows instead. This program gives its windows

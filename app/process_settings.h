@@ -1,4 +1,4 @@
-// How was this process started, and where are its user's files?
+// How this process was started, and where its user's files are.
 //
 // The argument list, a snapshot of the environment and what follows from the two. Each lazy value
 // is computed once, on first use, and may be asked for from any thread. The pure forms take what

@@ -1,4 +1,4 @@
-// What did the grader decide?
+// The grader's decision.
 //
 // The band comes from the service and is never derived from the score. The two conversions at the
 // end read the service's loosely typed answers: a value of the wrong type counts as missing, and

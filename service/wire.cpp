@@ -20,7 +20,7 @@ using namespace kelvane;
 
 namespace {
 
-constexpr std::size_t kLongestIntent = 4000; // Characters: the service promises no more.
+constexpr std::size_t kLongestIntent = 4000; // Characters, as docs/local-service.md says.
 constexpr const char* kNoJson = "the body is not valid JSON";
 
 // Thrown and caught in this file only.

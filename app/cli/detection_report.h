@@ -1,4 +1,4 @@
-// What is in front and which agents are here, as one line for scripts?
+// What is in front and which agents are here, as one line of JSON for scripts.
 
 #pragma once
 

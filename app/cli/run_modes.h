@@ -1,6 +1,6 @@
-// Is this start a command-line mode, and what does it answer?
+// The command-line modes: which one a start is, and its answer.
 //
-// The command-line modes run from start to end on the calling thread: no event loop, no window, no
+// They run from start to end on the calling thread: no event loop, no window, no
 // network, and a display only to ask what is in front, if there is one.
 
 #pragma once

@@ -22,7 +22,7 @@ int runShell(int argc, char** argv) {
         std::cerr << "kelvane: cannot load the panel: " << ::dlerror() << '\n';
         return 1;
     }
-    // Never unloaded: what it registered with the toolkit lives until the process ends.
+    // Never unloaded: what it registered with Qt lives until the process ends.
     return reinterpret_cast<decltype(&kelvaneRunApplication)>(symbol)(argc, argv);
 }
 

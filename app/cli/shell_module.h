@@ -1,6 +1,6 @@
 // Starts the part of the program that draws.
 //
-// The panel and everything it needs of the toolkit live in a module beside the executable, so that
+// The panel and everything it needs of Qt live in a module beside the executable, so that
 // the command-line modes neither load nor wait for it.
 
 #pragma once

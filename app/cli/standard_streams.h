@@ -1,4 +1,6 @@
-// Can this program write to its standard streams, and did what it wrote arrive?
+// The standard streams of a program that others start, read and leave.
+//
+// For the main thread, before any other.
 
 #pragma once
 

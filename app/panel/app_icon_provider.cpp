@@ -19,6 +19,7 @@ namespace kelvane {
 
 namespace {
 
+// Pixels, where the image that asks does not say: the side of the panel's glyph.
 constexpr int kUsualSize = 32;
 
 QImage pictureOf(const QIcon& icon, QSize pixels) {

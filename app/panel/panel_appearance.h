@@ -1,7 +1,7 @@
-// Does the desktop want dark windows, and how large is its text?
+// The desktop's wish for dark windows and its size of text, handed to a panel.
 //
-// The answer is the desktop's setting where it has one that can be read (the settings portal), else
-// how dark the toolkit's palette is. Main thread only; needs a QGuiApplication.
+// Dark is what the desktop's setting says where it has one that can be read (the settings portal),
+// else how dark Qt's palette is. Main thread only; needs a QGuiApplication.
 
 #pragma once
 
@@ -23,7 +23,7 @@ namespace kelvane {
 [[nodiscard]] bool isDark(const QPalette& palette);
 
 /// Keeps a bridge's `dark` and `textSize` as the desktop has them, for as long as it lives.
-/// Sets both from the toolkit at once; the portal answers later and tells of every change.
+/// Sets both from Qt at once; the portal answers later and tells of every change.
 class PanelAppearance : public QObject {
     Q_OBJECT
 

@@ -14,7 +14,7 @@ namespace kelvane {
 
 namespace {
 
-/// White level 0.11.
+/// Of 255, white level 0.11: the ground of a dark window, on which the pictures are shown.
 constexpr int kGround = 28;
 
 QQuickRenderTarget targetOf(QImage& picture) {

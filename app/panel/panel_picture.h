@@ -1,4 +1,4 @@
-// What does the panel look like, as a picture?
+// The panel as a picture.
 //
 // Drawn off screen, without a window on any display. Needs a QGuiApplication; on a machine without
 // a display its platform must be "offscreen". Main thread only.

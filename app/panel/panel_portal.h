@@ -1,4 +1,4 @@
-// What does the desktop's own setting say about dark windows, and when does it change?
+// The desktop's own setting for dark windows, and its changes.
 //
 // Which file answers is the build's choice: one asks the settings portal over the session bus, one
 // is for systems that have no such portal. Main thread only; needs a QCoreApplication.

@@ -1,4 +1,4 @@
-// What does the program do when it is started as an application, and in which order?
+// What the program does as an application, and in which order.
 //
 // One of three shapes, chosen once: a picture of the panel and out; a demonstration window; or the
 // item in the menu bar with its popover, kept up to date by a timer. The delegate holds what lives

@@ -7,8 +7,10 @@ namespace kelvane {
 
 namespace {
 
+// A press closes the popover, and the tray tells of the click when the button is let go: what comes
+// later, or from further off, is another click.
 constexpr std::chrono::milliseconds kClickTime{500};
-constexpr int kClickSlop = 8;
+constexpr int kClickSlop = 8; // Points.
 
 bool hasArea(const Rect& rect) {
     return rect.width > 0 && rect.height > 0;

@@ -1,4 +1,4 @@
-// Where does the popover stand, and was it closed by the click that is being handled?
+// The popover's place, and whether the click that is being handled has closed it.
 //
 // Values in, values out, in the desktop's own coordinates.
 

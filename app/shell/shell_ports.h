@@ -1,4 +1,4 @@
-// What does the menu-bar shell need of the desktop?
+// What the menu-bar shell needs of the desktop.
 //
 // One narrow interface per thing that a person sees or that makes time pass: the item in the menu
 // bar, the popover under it, the demonstration window, the picture, the ticker, the application.
@@ -132,9 +132,9 @@ public:
 };
 
 /// A drawn panel.
-class PanelPicture {
+class RenderedPanel {
 public:
-    virtual ~PanelPicture() = default;
+    virtual ~RenderedPanel() = default;
 
     [[nodiscard]] virtual Size pixels() const = 0;
     [[nodiscard]] virtual std::optional<std::string> png() const = 0; ///< Absent: not encodable.
@@ -146,8 +146,8 @@ public:
 
     /// The model's panel, `width` points wide and as high as its content, each point `scale`
     /// pixels. Null when nothing could be drawn.
-    [[nodiscard]] virtual std::unique_ptr<PanelPicture> render(CompanionModel& model, int width,
-                                                               double scale) = 0;
+    [[nodiscard]] virtual std::unique_ptr<RenderedPanel> render(CompanionModel& model, int width,
+                                                                double scale) = 0;
 
     /// Writes a whole file so that the path holds the old bytes or the new ones and nothing
     /// between. What went wrong, for a person; absent when it is written.

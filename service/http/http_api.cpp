@@ -18,6 +18,7 @@ namespace {
 
 using kelvane::text::lowerAscii;
 
+// Bytes: many times the shipped catalog. A larger file was put there by mistake.
 constexpr std::uintmax_t kLargestCatalog = std::uintmax_t{16} << 20U;
 
 enum class Route { submit, job, run, iterate, console, connect, index, catalog, health };

@@ -1,4 +1,4 @@
-// What does the service answer to which request?
+// The answers of the service, request by request.
 //
 //   POST /api/v1/eval/jobs               a new job                                     key
 //   GET  /api/v1/eval/jobs/ID            how far it is, and its verdict                key

@@ -22,8 +22,12 @@ using kelvane::text::lowerAscii;
 
 using Clock = std::chrono::steady_clock;
 
+// Bytes of request line and headers together.
 constexpr std::size_t kLongestHead = std::size_t{32} << 10U;
-constexpr std::size_t kMostPassedOver = std::size_t{256} << 20U; // After a refusal.
+// Bytes read and thrown away after a refusal, so that a client that is still sending gets to read
+// the answer instead of a broken connection.
+constexpr std::size_t kMostPassedOver = std::size_t{256} << 20U;
+// A client on the same machine that takes nothing for this long is gone.
 constexpr std::chrono::seconds kWriteTimeout{30};
 
 // The bytes of the connection, with the deadline of what is being read.

@@ -1,4 +1,4 @@
-// How is one connection answered?
+// One connection, answered.
 //
 // For http_server.cpp only. Reads one request with its limits, answers it, closes.
 

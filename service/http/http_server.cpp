@@ -23,6 +23,7 @@ namespace trevix {
 
 namespace {
 
+// Connections that the system holds until they are taken: a burst as large as the queue of jobs.
 constexpr int kBacklog = 256;
 constexpr std::size_t kMostConnections = 1024; // Taken and waiting for a thread.
 

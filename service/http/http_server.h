@@ -1,4 +1,4 @@
-// How do requests come in over the loopback, and answers go out?
+// Requests in and answers out, over the loopback.
 //
 // The sockets, the threads and the limits of HTTP, so that a handler sees whole requests only. One
 // request per connection: on a loopback a new connection costs nothing, and no client can hold a

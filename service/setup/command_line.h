@@ -1,6 +1,6 @@
-// What was the service asked to do when it was started?
+// What the service was asked to do when it was started.
 //
-// Pure.
+// Pure; any thread.
 
 #pragma once
 

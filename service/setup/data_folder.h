@@ -1,4 +1,4 @@
-// May this program use this folder, alone?
+// The data folder of a service, which has it alone.
 //
 // The folder with the key and the runs belongs to one service at a time: two would grade every job
 // twice.

@@ -18,6 +18,7 @@ namespace trevix {
 
 namespace {
 
+// Bytes. A drawn key has far fewer; one of the user's own may be longer.
 constexpr std::size_t kLongest = 512;
 
 class Descriptor {

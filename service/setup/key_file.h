@@ -1,4 +1,4 @@
-// What is the key of this service, and is this the one a client sent?
+// The service's key, and the check of the one that a client sent.
 //
 // The key is drawn on the first start and kept in a file that only its owner can read. It is never
 // logged and never shown to a browser.

@@ -1,4 +1,6 @@
-// How far is a job?
+// How far a job is.
+//
+// Plain values; any thread.
 
 #pragma once
 

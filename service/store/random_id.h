@@ -1,4 +1,4 @@
-// Where do names that nobody can guess come from?
+// Names that nobody can guess.
 //
 // From the system's random source. Used for the service's key and for the ids of jobs and runs: who
 // knows a run's id may read its report, so an id is drawn, not counted.

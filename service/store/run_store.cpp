@@ -11,9 +11,11 @@ namespace trevix {
 namespace {
 
 constexpr int kSchemaVersion = 1;
-constexpr int kApplicationId = 0x54525658;
+constexpr int kApplicationId = 0x54525658; // "TRVX": SQLite's mark of whose file it is.
+// Milliseconds to wait for the lock of another program that looks into the file.
 constexpr int kBusyTimeoutMs = 5000;
-constexpr std::int64_t kUnusedPagesKept = 256; // 1 MiB
+// Pages of 4 KiB, so 1 MiB: less is soon used again, and giving it back would rewrite the file.
+constexpr std::int64_t kUnusedPagesKept = 256;
 
 constexpr const char* kSchema = R"sql(
 CREATE TABLE jobs (
@@ -447,7 +449,8 @@ void RunStore::giveBackRoom() {
         if (statement.step()) unused = statement.integer(0);
     }
     if (unused > kUnusedPagesKept) execute(db, "PRAGMA incremental_vacuum");
-    // Not worth waiting for somebody who is looking into the file.
+    // Without waiting for readers of the file: the log is emptied the next time there is nothing to
+    // do.
     sqlite3_busy_timeout(db, 0);
     Statement(db, "PRAGMA wal_checkpoint(TRUNCATE)").run();
     sqlite3_busy_timeout(db, kBusyTimeoutMs);

@@ -1,4 +1,4 @@
-// How does the run store speak SQLite?
+// SQLite as the run store speaks it.
 //
 // For run_store.cpp only. A statement with its values bound in order, and a transaction that is
 // undone unless it is committed. Whatever goes wrong is thrown as StoreError.

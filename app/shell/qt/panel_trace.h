@@ -1,4 +1,4 @@
-// When was the panel drawn, and where are its controls?
+// A record of when the panel was drawn and where its controls stand.
 //
 // A diagnostic aid for tests and measurements: see docs/panel.md. Nobody makes one unless the
 // environment asks for it, so it costs nothing otherwise.

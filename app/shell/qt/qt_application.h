@@ -1,4 +1,4 @@
-// The running program and its ticks, through the toolkit's event loop.
+// The running program and its ticks, through Qt's event loop.
 
 #pragma once
 
@@ -11,7 +11,7 @@ namespace kelvane {
 
 /// `ending` is called once, when the application is told to terminate and before its loop ends:
 /// whatever waits in the background is to stop. `bringForward` asks the system to put this program
-/// in front. Needs the toolkit's application object.
+/// in front. Needs Qt's application object.
 [[nodiscard]] std::unique_ptr<Application> makeQtApplication(std::function<void()> ending,
                                                              std::function<void()> bringForward);
 

@@ -12,9 +12,9 @@ namespace kelvane {
 
 namespace {
 
-class QtPanelPicture : public PanelPicture {
+class QtRenderedPanel : public RenderedPanel {
 public:
-    explicit QtPanelPicture(QImage image) : m_image(std::move(image)) {}
+    explicit QtRenderedPanel(QImage image) : m_image(std::move(image)) {}
 
     Size pixels() const override { return {m_image.width(), m_image.height()}; }
 
@@ -33,9 +33,9 @@ class QtPanelRenderer : public PanelRenderer {
 public:
     explicit QtPanelRenderer(PanelImages images) : m_images(images) {}
 
-    std::unique_ptr<PanelPicture> render(CompanionModel& model, int width, double scale) override {
+    std::unique_ptr<RenderedPanel> render(CompanionModel& model, int width, double scale) override {
         QImage image = renderPanel(model, m_images, width, scale);
-        return image.isNull() ? nullptr : std::make_unique<QtPanelPicture>(std::move(image));
+        return image.isNull() ? nullptr : std::make_unique<QtRenderedPanel>(std::move(image));
     }
 
     std::optional<std::string> write(const std::filesystem::path& path,

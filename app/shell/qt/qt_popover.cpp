@@ -109,7 +109,7 @@ void QtPopover::makeKey() {
     m_view->raise();
     m_view->requestActivate();
     m_view->rootObject()->forceActiveFocus();
-    // A window manager may take the toolkit's wish for something older than the user's last action.
+    // A window manager may take Qt's wish for something older than the user's last action.
     if (!m_view->isActive()) m_ports.bringForward();
 }
 

@@ -1,4 +1,4 @@
-// The item in the menu bar, as the toolkit's tray icon.
+// The item in the menu bar, as Qt's tray icon.
 
 #pragma once
 

@@ -20,9 +20,13 @@ namespace kelvane {
 
 namespace {
 
+/// How long one instance waits for the other to say something. Starting takes well under a second;
+/// who was started from a menu notices no more than two.
 constexpr std::chrono::milliseconds kPatience{2'000};
+/// Between two attempts to reach an instance that has the lock and does not listen yet: no longer
+/// than a frame or two.
 constexpr std::chrono::milliseconds kRetry{20};
-/// A message is one line; nobody honest sends more.
+/// In bytes. A message is one word and an activation token, which takes about a hundred.
 constexpr qint64 kLongestMessage = 4'096;
 constexpr std::string_view kOpen = "open ";
 

@@ -1,12 +1,11 @@
-// Does this program run already for this user on this display, and can that one be told to show
-// itself?
+// The claim to be the one instance of this program for a user on a display.
 //
 // The first start holds a lock that the system takes back however the process ends, and listens on
 // a socket beside it; a later start finds the lock held, says what it was started with and goes.
 // Both lie in a folder that only this user can enter. Another display of the same user, say a
 // remote one, is another desktop with a program of its own.
 //
-// Main thread only; needs the toolkit's application object, and its event loop to hear of others.
+// Main thread only; needs Qt's application object, and its event loop to hear of others.
 
 #pragma once
 

@@ -1,4 +1,4 @@
-// The panel needs the toolkit's application object, but no display.
+// The panel needs Qt's application object, but no display.
 
 #include "app/panel/panel_item.h"
 

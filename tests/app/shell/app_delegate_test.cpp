@@ -140,7 +140,7 @@ private:
     ShellState& m_state;
 };
 
-struct FakePicture : PanelPicture {
+struct FakePicture : RenderedPanel {
     explicit FakePicture(std::optional<std::string> given) : bytes(std::move(given)) {}
     Size pixels() const override { return {720, 1044}; }
     std::optional<std::string> png() const override { return bytes; }
@@ -156,7 +156,7 @@ public:
     std::optional<std::string> writeError;
     bool seeded = false;
 
-    std::unique_ptr<PanelPicture> render(CompanionModel& model, int width, double scale) override {
+    std::unique_ptr<RenderedPanel> render(CompanionModel& model, int width, double scale) override {
         seeded = model.hasKey.get() && model.agents->size() == 4;
         m_journal.add("render " + std::to_string(width) + " at " +
                       std::to_string(static_cast<int>(scale * 10)) + "/10");
