@@ -1,7 +1,9 @@
 // What every collection of application icons promises: the scripted one, and the desktop files of a
 // machine.
 
-#include "platform/fake/fakes.h"
+#include "platform/fake/fake_app_icons.h"
+#include "platform/fake/fake_clock.h"
+#include "platform/fake/journal.h"
 #include "platform/linux/desktop_icons.h"
 #include "tests/platform/temporary_folder.h"
 

@@ -1,7 +1,8 @@
 // What all dialogs promise, whatever is behind them: the scripted ones and windows on a real
 // desktop.
 
-#include "platform/fake/fakes.h"
+#include "platform/fake/fake_dialogs.h"
+#include "platform/fake/journal.h"
 #include "platform/qt/qt_dialogs.h"
 
 #include <gtest/gtest.h>

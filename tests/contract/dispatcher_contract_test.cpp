@@ -1,6 +1,6 @@
 // What every dispatcher promises, asked of the fake and of the real one.
 
-#include "platform/fake/fakes.h"
+#include "platform/fake/fake_dispatcher.h"
 #include "platform/qt/qt_dispatcher.h"
 
 #include <gtest/gtest.h>

@@ -1,6 +1,7 @@
 // What every pasteboard promises, whatever is behind it: the scripted one and a real X server's.
 
-#include "platform/fake/fakes.h"
+#include "platform/fake/fake_pasteboard.h"
+#include "platform/fake/journal.h"
 #include "platform/linux/x11/x11_pasteboard.h"
 #include "tests/platform/linux/virtual_desktop.h"
 

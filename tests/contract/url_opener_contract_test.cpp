@@ -1,6 +1,7 @@
 // What every opener of addresses promises: the scripted one, and the one that asks the desktop.
 
-#include "platform/fake/fakes.h"
+#include "platform/fake/fake_url_opener.h"
+#include "platform/fake/journal.h"
 #include "platform/qt/qt_url_opener.h"
 #include "tests/platform/linux/virtual_desktop.h"
 #include "tests/platform/temporary_folder.h"

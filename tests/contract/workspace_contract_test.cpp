@@ -1,7 +1,10 @@
 // What every workspace and window list promises, asked of the scripted ones and of the ones on a
 // real X server: the same windows of the same two applications stand on both desktops.
 
-#include "platform/fake/fakes.h"
+#include "platform/fake/fake_window_list.h"
+#include "platform/fake/fake_window_picture.h"
+#include "platform/fake/fake_workspace.h"
+#include "platform/fake/journal.h"
 #include "tests/platform/linux/x11/x11_desktop_test.h"
 
 #include <gmock/gmock.h>

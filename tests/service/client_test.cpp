@@ -2,7 +2,9 @@
 // critics.
 
 #include "eval/eval_bridge.h"
-#include "platform/fake/fakes.h"
+#include "platform/fake/fake_clock.h"
+#include "platform/fake/fake_environment.h"
+#include "platform/fake/journal.h"
 #include "platform/ports/quit_signal.h"
 #include "platform/qt/qt_http_session.h"
 #include "service/http/http_api.h"

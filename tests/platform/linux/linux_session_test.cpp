@@ -1,6 +1,6 @@
 #include "platform/linux/linux_session.h"
 
-#include "platform/fake/fakes.h"
+#include "platform/fake/fake_environment.h"
 
 #include <gtest/gtest.h>
 

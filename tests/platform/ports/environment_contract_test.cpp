@@ -1,6 +1,6 @@
 // What every environment promises, asked of the fake and of the real one.
 
-#include "platform/fake/fakes.h"
+#include "platform/fake/fake_environment.h"
 #include "platform/posix/posix_platform.h"
 
 #include <gtest/gtest.h>

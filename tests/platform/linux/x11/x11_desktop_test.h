@@ -2,7 +2,8 @@
 
 #pragma once
 
-#include "platform/fake/fakes.h"
+#include "platform/fake/fake_clock.h"
+#include "platform/fake/journal.h"
 #include "platform/linux/desktop_files.h"
 #include "platform/linux/x11/x11_applications.h"
 #include "platform/linux/x11/x11_window_list.h"
