@@ -10,7 +10,7 @@ extern char** environ;
 
 namespace kelvane {
 
-const std::string_view kBundleID = "example.trevix.kelvane.menubar";
+const std::string_view kBundleID = KELVANE_BUNDLE_ID;
 
 namespace {
 

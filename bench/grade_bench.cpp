@@ -9,6 +9,7 @@
 #include "detect/capture.h"
 #include "platform/desktop.h"
 #include "tests/platform/linux/virtual_desktop.h"
+#include "tests/source_tree.h"
 
 #include <QCoreApplication>
 #include <QEventLoop>
@@ -141,7 +142,7 @@ int main(int argc, char** argv) {
     const QCoreApplication application(argc, argv);
     DesktopPorts platform = makeDesktopPorts();
     CountingClock clock(*platform.clock);
-    const auto bytes = platform.files->read(KELVANE_SOURCE_DIR "/resources/app-catalog.json");
+    const auto bytes = platform.files->read(inSourceTree("resources/app-catalog.json"));
     const Capture::Ports ports{.workspace = *platform.workspace,
                                .keyboard = *platform.keyboard,
                                .pasteboard = *platform.pasteboard,

@@ -11,6 +11,7 @@
 #include "catalog/app_catalog.h"
 #include "platform/desktop.h"
 #include "tests/platform/linux/virtual_desktop.h"
+#include "tests/source_tree.h"
 
 #include <QCoreApplication>
 
@@ -85,7 +86,7 @@ int main(int argc, char** argv) {
 
     const QCoreApplication application(argc, argv);
     DesktopPorts platform = makeDesktopPorts();
-    const auto bytes = platform.files->read(KELVANE_SOURCE_DIR "/resources/app-catalog.json");
+    const auto bytes = platform.files->read(inSourceTree("resources/app-catalog.json"));
     CompanionModel model({.workspace = *platform.workspace,
                           .processes = *platform.processes,
                           .files = *platform.files,

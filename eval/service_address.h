@@ -1,4 +1,4 @@
-// The address of the evaluation service, said in this one place.
+// The origin of the evaluation service, as the build was told.
 //
 // Configure with -DKELVANE_SERVICE_BASE=https://… to point a build at another service. At run time
 // BRASK_API_BASE overrides it for the client.
@@ -6,10 +6,6 @@
 #pragma once
 
 #include <string_view>
-
-#ifndef KELVANE_SERVICE_BASE
-#define KELVANE_SERVICE_BASE "https://trevix.example"
-#endif
 
 namespace kelvane {
 

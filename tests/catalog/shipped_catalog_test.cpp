@@ -2,6 +2,7 @@
 
 #include "catalog/app_catalog.h"
 #include "tests/catalog/catalog_lint.h"
+#include "tests/source_tree.h"
 
 #include <gtest/gtest.h>
 
@@ -16,12 +17,12 @@ namespace kelvane {
 namespace {
 
 std::string bytesOf(const std::string& path) {
-    std::ifstream file(KELVANE_SOURCE_DIR + path, std::ios::binary);
+    std::ifstream file(inSourceTree(path), std::ios::binary);
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
 std::string shippedBytes() {
-    return bytesOf("/resources/app-catalog.json");
+    return bytesOf("resources/app-catalog.json");
 }
 
 const AppCatalog& shipped() {
@@ -90,7 +91,7 @@ TEST(ShippedCatalog, IsWrittenInTheOneWay) {
 }
 
 TEST(ShippedCatalog, EveryIdentifierAndHostHasItsSource) {
-    const auto complaints = lint::checkSources(bytesOf("/resources/catalog-sources.tsv"),
+    const auto complaints = lint::checkSources(bytesOf("resources/catalog-sources.tsv"),
                                                decodeCatalogFile(shippedBytes()));
     EXPECT_TRUE(complaints.empty()) << all(complaints);
 }

@@ -2,6 +2,7 @@
 // application, versioned and suffixed ones too, and those that must find none.
 
 #include "catalog/app_catalog.h"
+#include "tests/source_tree.h"
 
 #include <gtest/gtest.h>
 
@@ -15,7 +16,7 @@ namespace {
 
 const AppCatalog& shipped() {
     static const AppCatalog catalog = [] {
-        std::ifstream file(KELVANE_SOURCE_DIR "/resources/app-catalog.json", std::ios::binary);
+        std::ifstream file(inSourceTree("resources/app-catalog.json"), std::ios::binary);
         return AppCatalog::load(std::string{std::istreambuf_iterator<char>(file), {}});
     }();
     return catalog;

@@ -1,6 +1,7 @@
 // The registry of rules, and docs/critics.md held against it.
 
 #include "critics/rules.h"
+#include "tests/source_tree.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -131,7 +132,7 @@ TEST(Rules, EachIsDeclaredOnceAndWhole) {
 }
 
 TEST(Rules, TheDocumentHasEachOnceWithItsSeverities) {
-    std::ifstream document(KELVANE_SOURCE_DIR "/docs/critics.md");
+    std::ifstream document(kelvane::inSourceTree("docs/critics.md"));
     ASSERT_TRUE(document.is_open());
     EXPECT_THAT(differences(documentedRules(document), allRules()), IsEmpty());
 }

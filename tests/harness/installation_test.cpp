@@ -3,6 +3,7 @@
 #include "platform/fake/fakes.h"
 #include "platform/posix/posix_platform.h"
 #include "tests/platform/temporary_folder.h"
+#include "tests/source_tree.h"
 
 #include <gtest/gtest.h>
 
@@ -107,7 +108,7 @@ std::string valueOf(const std::string& entry, const std::string& key) {
 
 TEST(Installation, MenuEntryIsThePackagedOneForAnotherPlace) {
     int entries = 0;
-    for (const auto& file : fs::directory_iterator(KELVANE_SOURCE_DIR "/resources/linux")) {
+    for (const auto& file : fs::directory_iterator(inSourceTree("resources/linux"))) {
         if (file.path().extension() != ".desktop") continue;
         ++entries;
         auto installation = installationIn("/home/ada", LoginItem::AutostartEntry);

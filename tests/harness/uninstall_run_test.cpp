@@ -1,6 +1,7 @@
 // What uninstalling really takes away, and that it takes nothing else.
 
 #include "tests/harness/real_home.h"
+#include "tests/source_tree.h"
 
 #include <gmock/gmock.h>
 #include <unistd.h>

@@ -2,6 +2,7 @@
 // applications, against the built local service.
 
 #include "tests/journey/journey.h"
+#include "tests/source_tree.h"
 
 #include <gtest/gtest.h>
 
@@ -15,7 +16,7 @@ namespace {
 using namespace std::chrono_literals;
 
 std::filesystem::path sample(const std::string& name) {
-    return std::filesystem::path(KELVANE_SOURCE_DIR) / "docs" / "samples" / name;
+    return inSourceTree("docs/samples/" + name);
 }
 
 class GradeJourney : public Journey {

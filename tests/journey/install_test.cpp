@@ -3,6 +3,7 @@
 
 #include "tests/journey/dialog_on_screen.h"
 #include "tests/journey/journey.h"
+#include "tests/source_tree.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -294,9 +295,8 @@ TEST_F(InstallJourney, UninstallLeavesTheHomeAsItWasAndALaterStartIsAFirstOne) {
 
 TEST_F(InstallJourney, BraskGradesFromALoginShellUntilTheUninstall) {
     startService();
-    put(m_home / "good.md",
-        contents(fs::path(KELVANE_SOURCE_DIR) / "docs/samples/launch-note-corrected.md"));
-    put(m_home / "bad.md", contents(fs::path(KELVANE_SOURCE_DIR) / "docs/samples/launch-note.md"));
+    put(m_home / "good.md", contents(inSourceTree("docs/samples/launch-note-corrected.md")));
+    put(m_home / "bad.md", contents(inSourceTree("docs/samples/launch-note.md")));
     firstStartAndQuit();
     EXPECT_EQ(runToEnd({"/bin/sh", "-lc", "brask grade \"$HOME/good.md\""}), 0);
     EXPECT_EQ(runToEnd({"/bin/sh", "-lc", "brask grade \"$HOME/bad.md\""}), 1);

@@ -41,12 +41,12 @@ class Installed(unittest.TestCase):
             self.assertTrue((self.contents / name).is_file(), name)
         self.assertTrue(os.access(self.contents / "MacOS/Kelvane", os.X_OK))
 
-    def test_kit_is_the_one_of_the_source_without_pythons_leftovers(self):
+    def test_kit_is_the_one_of_the_build_without_pythons_leftovers(self):
         def files(folder):
             return {path.relative_to(folder): path.read_bytes() for path in folder.rglob("*")
                     if path.is_file() and path.suffix != ".pyc"}
         kit = self.contents / "Resources/kit"
-        there, wanted = files(kit), files(ROOT / "resources/kit")
+        there, wanted = files(kit), files(BUILD / "kit")
         self.assertEqual(sorted(there), sorted(wanted))
         self.assertEqual([name for name in wanted if there[name] != wanted[name]], [])
         self.assertEqual(list(kit.rglob("__pycache__")), [])

@@ -1,6 +1,7 @@
 #include "selftest/self_test.h"
 
 #include "catalog/app_catalog.h"
+#include "tests/source_tree.h"
 
 #include <gtest/gtest.h>
 
@@ -257,7 +258,7 @@ TEST(SelfTest, ACatalogWithoutModalitiesFailsBothChecksOfThem) {
 }
 
 TEST(SelfTest, TheShippedCatalogPasses) {
-    std::ifstream file(KELVANE_SOURCE_DIR "/resources/app-catalog.json", std::ios::binary);
+    std::ifstream file(inSourceTree("resources/app-catalog.json"), std::ios::binary);
     const std::string bytes{std::istreambuf_iterator<char>(file), {}};
     const auto catalog = AppCatalog::load(bytes);
     const auto outcome = selfTest(catalog);

@@ -2,6 +2,7 @@
 
 #include "platform/ports/quit_signal.h"
 #include "platform/qt/qt_http_session.h"
+#include "tests/source_tree.h"
 #include "tests/wire/fault_server.h"
 
 #include <gtest/gtest.h>
@@ -25,7 +26,7 @@ namespace {
 using namespace std::chrono_literals;
 
 QByteArray fixture(const char* name) {
-    QFile file(QStringLiteral(KELVANE_SOURCE_DIR "/tests/wire/tls/") + QLatin1String(name));
+    QFile file(QString::fromStdString(inSourceTree("tests/wire/tls/") + name));
     EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << name;
     return file.readAll();
 }

@@ -1,6 +1,7 @@
 #include "app/panel/panel_bridge.h"
 
 #include "tests/app/panel/panel_states.h"
+#include "tests/source_tree.h"
 
 #include <gtest/gtest.h>
 
@@ -118,8 +119,7 @@ TEST_F(BridgeTest, AnAppWithoutAnIconHasNoSource) {
 }
 
 TEST_F(BridgeTest, AnAppWithAnIconHasASource) {
-    panel.fake.icons.icons["com.figma.Desktop"] =
-        IconFile{KELVANE_SOURCE_DIR "/resources/brask.png"};
+    panel.fake.icons.icons["com.figma.Desktop"] = IconFile{inSourceTree("resources/brask.png")};
     panel.model.seedDemo();
     bridge.redraw();
     EXPECT_EQ(bridge.now().icon, "image://app-icon/com.figma.Desktop");

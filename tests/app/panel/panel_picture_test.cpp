@@ -3,6 +3,7 @@
 #include "app/panel/app_icon_provider.h"
 #include "resources/mark_picture.h"
 #include "tests/app/panel/panel_states.h"
+#include "tests/source_tree.h"
 
 #include <gtest/gtest.h>
 
@@ -14,6 +15,10 @@
 
 namespace kelvane {
 namespace {
+
+QString sourceFile(const char* name) {
+    return QString::fromStdString(inSourceTree(name));
+}
 
 /// How many pixels of `area` differ from the one at its corner.
 int inkIn(const QImage& picture, const QRect& area) {
@@ -88,8 +93,7 @@ TEST(PanelPicture, ShowsTheIconOfTheAppInFront) {
     PanelFixture panel;
     panel.model.seedDemo();
     const auto without = renderPanel(panel.model, panel.images);
-    panel.fake.icons.icons["com.figma.Desktop"] =
-        IconFile{KELVANE_SOURCE_DIR "/resources/brask.png"};
+    panel.fake.icons.icons["com.figma.Desktop"] = IconFile{inSourceTree("resources/brask.png")};
     EXPECT_NE(renderPanel(panel.model, panel.images), without);
 }
 
@@ -98,7 +102,7 @@ TEST(PanelPicture, AnIconThatIsNoPictureLeavesThePlaceholder) {
     panel.model.seedDemo();
     const auto without = renderPanel(panel.model, panel.images);
     for (const AppIcon& icon :
-         {AppIcon(IconFile{KELVANE_SOURCE_DIR "/LICENSE"}), AppIcon(IconFile{"/nowhere.png"}),
+         {AppIcon(IconFile{inSourceTree("LICENSE")}), AppIcon(IconFile{"/nowhere.png"}),
           AppIcon(ThemeIcon{"no-such-icon-anywhere"}), AppIcon(IconPng{"not a picture"}),
           AppIcon(IconPng{""})}) {
         panel.fake.icons.icons["com.figma.Desktop"] = icon;
@@ -128,9 +132,9 @@ TEST(SymbolPicture, EverySymbolIsDrawnInTheColourAskedFor) {
 }
 
 TEST(Mark, ThePictureIsWhatItsSourceDraws) {
-    const auto drawn = markPicture(KELVANE_SOURCE_DIR "/resources/brask.svg", 256);
+    const auto drawn = markPicture(sourceFile("resources/brask.svg"), 256);
     const auto shipped =
-        QImage(KELVANE_SOURCE_DIR "/resources/brask.png").convertToFormat(QImage::Format_ARGB32);
+        QImage(sourceFile("resources/brask.png")).convertToFormat(QImage::Format_ARGB32);
     ASSERT_EQ(shipped.size(), drawn.size());
     int different = 0;
     for (int y = 0; y < drawn.height(); ++y) {
@@ -145,16 +149,16 @@ TEST(Mark, ThePictureIsWhatItsSourceDraws) {
 }
 
 TEST(Mark, IsDrawnInAnySizeThatThereIs) {
-    const char* const source = KELVANE_SOURCE_DIR "/resources/brask.svg";
+    const QString source = sourceFile("resources/brask.svg");
     for (const int side : {1, 16, 1024}) {
         EXPECT_EQ(markPicture(source, side).size(), QSize(side, side));
     }
     for (const int side : {0, -1}) EXPECT_TRUE(markPicture(source, side).isNull()) << side;
-    EXPECT_TRUE(markPicture(KELVANE_SOURCE_DIR "/LICENSE", 16).isNull());
+    EXPECT_TRUE(markPicture(sourceFile("LICENSE"), 16).isNull());
 }
 
 TEST(Mark, AtItsTraySizeItIsReadableOnLightAndDarkBars) {
-    const auto small = QImage(KELVANE_SOURCE_DIR "/resources/brask.png")
+    const auto small = QImage(sourceFile("resources/brask.png"))
                            .scaled(18, 18, Qt::KeepAspectRatio, Qt::SmoothTransformation);
     // The tile separates it from either bar, the letter from the tile.
     const auto tile = small.pixelColor(2, 9);

@@ -1,4 +1,5 @@
 #include "tests/app/panel/panel_states.h"
+#include "tests/source_tree.h"
 
 #include <utility>
 
@@ -75,7 +76,7 @@ PanelFixture::PanelFixture()
              .dispatcher = fake.dispatcher,
              .capture = [](const DetectedApp&) { return CaptureResult{}; }},
             catalog(), "/home/u") {
-    fake.resources.resources["brask.png"] = KELVANE_SOURCE_DIR "/resources/brask.png";
+    fake.resources.resources["brask.png"] = inSourceTree("resources/brask.png");
 }
 
 const std::vector<PanelState>& panelStates() {

@@ -1,6 +1,7 @@
 #include "critics/document/document_critic.h"
 #include "critics/findings/verdict_rule.h"
 #include "tests/critics/critic_cases.h"
+#include "tests/source_tree.h"
 
 #include <fstream>
 #include <iterator>
@@ -10,7 +11,7 @@ namespace trevix {
 namespace {
 
 std::string sample(const std::string& name) {
-    std::ifstream file(std::string(KELVANE_SOURCE_DIR) + "/docs/samples/" + name, std::ios::binary);
+    std::ifstream file(kelvane::inSourceTree("docs/samples/" + name), std::ios::binary);
     return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }
 

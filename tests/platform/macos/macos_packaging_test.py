@@ -106,10 +106,6 @@ class PropertyList(unittest.TestCase):
     def test_nothing_is_asked_for_that_is_not_used(self):
         self.assertEqual([key for key in info() if key.endswith("UsageDescription")], [])
 
-    def test_identifier_is_found_where_the_program_has_it(self):
-        source = (ROOT / "app/process_settings.cpp").read_text(encoding="utf-8")
-        self.assertRegex(source, r'kBundleID = "[A-Za-z0-9.-]+\.kelvane\.menubar"')
-
     def test_no_entitlement_is_asked_for(self):
         self.assertEqual(plistlib.loads((MACOS / "Kelvane.entitlements").read_bytes()), {})
 

@@ -15,7 +15,5 @@ can fail in ways a person can do something about raise the exception their docst
 client never raises, a failure is a `Verdict` with `error`.
 """
 
-VERSION = "0.1.0"
-
 #: Characters of what an agent is told at once: coding tools put more than 10,000 aside in a file.
 LONGEST_ANSWER = 9000

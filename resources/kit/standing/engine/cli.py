@@ -12,8 +12,9 @@ import sys
 import threading
 from typing import List, Optional
 
-from . import (VERSION, client, file_types, grading, parts, report, settings as settings_module,
+from . import (client, file_types, grading, parts, report, settings as settings_module,
                standing)
+from .version import VERSION
 
 COULD_NOT = 3
 _EPILOG = """\

@@ -11,9 +11,10 @@ Texts are facts for the agent to weigh. They may quote the work, so they are mad
 import os
 import re
 
-from . import VERSION, client, file_types, grading, parts, report
+from . import client, file_types, grading, parts, report
 from . import settings as settings_module
 from . import standing
+from .version import VERSION
 
 #: Seconds for one grade: inside the 300 that Codex waits for a tool, so that the answer tells why.
 DEADLINE = 270.0

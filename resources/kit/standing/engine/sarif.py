@@ -12,7 +12,7 @@ import re
 import urllib.parse
 from typing import Any, Dict, List, NamedTuple, Optional, Sequence
 
-from . import VERSION
+from .version import VERSION
 from .grading import Outcome
 from .verdict import Flaw
 

@@ -1,6 +1,7 @@
 // The program beside others: a grade under way, a second start, an instance that hangs, the trace.
 
 #include "tests/app/shell/qt/panel_desktop.h"
+#include "tests/source_tree.h"
 
 #include <netinet/in.h>
 #include <poll.h>
@@ -150,10 +151,9 @@ TEST_F(ProgramLifeTest, TheDesktopEntryOpensThePanelOfTheOneThatRuns) {
     Program first({KELVANE_PRODUCT}, variables);
     ASSERT_TRUE(waitUntilRunning());
     ASSERT_FALSE(panelStands());
-    Program launcher(
-        {"/usr/bin/env", "gio", "launch",
-         std::string(KELVANE_SOURCE_DIR "/resources/linux/") + kProgramClass + ".desktop"},
-        variables);
+    Program launcher({"/usr/bin/env", "gio", "launch",
+                      inSourceTree("resources/linux/") + kProgramClass + ".desktop"},
+                     variables);
     EXPECT_EQ(launcher.waitForEnd(), 0);
     EXPECT_TRUE(waitUntilPanel(true));
     EXPECT_TRUE(waitUntilShown("You're in Mousepad"));

@@ -1,6 +1,7 @@
 #include "app/shell/qt/qt_status_item.h"
 
 #include "tests/platform/temporary_folder.h"
+#include "tests/source_tree.h"
 
 #include <gtest/gtest.h>
 
@@ -23,7 +24,7 @@ QIcon iconOf(const std::filesystem::path& file) {
 }
 
 std::filesystem::path mark() {
-    return KELVANE_SOURCE_DIR "/resources/brask.png";
+    return inSourceTree("resources/brask.png");
 }
 
 /// How different two pictures of one size are: 0 for equal, 255 for opposite, on average.
