@@ -278,7 +278,9 @@ class OnADesktop(ModesTest):
         for program in ("Xvfb", "openbox", "mousepad", "dbus-run-session"):
             self.assertIsNotNone(shutil.which(program), f"{program} is needed for this test")
         read, write = os.pipe()
-        self.start(["Xvfb", "-displayfd", str(write), "-nolisten", "tcp"], pass_fds=[write])
+        # -noreset: between two clients that come and go it would throw away who manages its windows.
+        self.start(["Xvfb", "-displayfd", str(write), "-nolisten", "tcp", "-noreset"],
+                   pass_fds=[write])
         os.close(write)
         with os.fdopen(read) as answer:
             number = answer.readline().strip()
