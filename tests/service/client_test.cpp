@@ -81,7 +81,7 @@ protected:
 TEST_F(ClientTest, AGradeReturnsTheVerdict) {
     start();
     const Verdict verdict = grade("high text.placeholder: TODO\nlow text.style: so");
-    EXPECT_EQ(verdict.band, Band::route_to_fix);
+    EXPECT_EQ(verdict.band, kelvane::Band::route_to_fix);
     EXPECT_EQ(verdict.score, 0.78);
     EXPECT_EQ(verdict.error, std::nullopt);
     ASSERT_THAT(verdict.flaws, SizeIs(2));
@@ -97,7 +97,7 @@ TEST_F(ClientTest, AGradeReturnsTheVerdict) {
 TEST_F(ClientTest, WorkWithoutFlawsShips) {
     start();
     const Verdict verdict = grade("fine words");
-    EXPECT_EQ(verdict.band, Band::ship);
+    EXPECT_EQ(verdict.band, kelvane::Band::ship);
     EXPECT_EQ(verdict.score, 1.0);
     EXPECT_THAT(verdict.flaws, IsEmpty());
 }
@@ -105,9 +105,9 @@ TEST_F(ClientTest, WorkWithoutFlawsShips) {
 TEST_F(ClientTest, ARevisionChangesTheVerdict) {
     start();
     const Verdict first = grade("critical secrets.key: abc");
-    EXPECT_EQ(first.band, Band::block);
+    EXPECT_EQ(first.band, kelvane::Band::block);
     const Verdict second = iterate(first.runId.value_or(""), "no secrets");
-    EXPECT_EQ(second.band, Band::ship);
+    EXPECT_EQ(second.band, kelvane::Band::ship);
     EXPECT_EQ(second.score, 1.0);
     EXPECT_EQ(second.runId, first.runId);
     EXPECT_THAT(m_store->run(*first.runId)->iterations, SizeIs(2));
@@ -137,7 +137,7 @@ TEST_F(ClientTest, WorkThatCannotBeJudgedIsAFailureWithItsReason) {
 
 TEST_F(ClientTest, ARevisionOfAnUnknownRunIsAVerdictWithoutAnswer) {
     start();
-    EXPECT_EQ(iterate("run_none", "x").band, Band::unknown);
+    EXPECT_EQ(iterate("run_none", "x").band, kelvane::Band::unknown);
 }
 
 TEST_F(ClientTest, AServiceThatWarmsUpPastTheDeadlineSaysSo) {

@@ -273,7 +273,7 @@ TEST(DocumentCritic, TheCorrectedLaunchNoteShips) {
     ASSERT_FALSE(text.empty());
     const auto findings = critiqueDocument(textPart(text, "launch-note.md", "text/markdown"));
     EXPECT_EQ(rulesOf(findings), std::vector<std::string>{});
-    EXPECT_EQ(judge(findings), (Judgement{1.0, "ship"}));
+    EXPECT_EQ(judge(findings), (Judgement{1.0, Band::ship}));
 }
 
 } // namespace
