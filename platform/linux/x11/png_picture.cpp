@@ -158,6 +158,10 @@ void fail(png_structp png, png_const_charp) {
 void ignore(png_structp, png_const_charp) {}
 
 /// Everything with a destructor lives in the caller: errors leave this function by longjmp.
+///
+/// libpng's simplified interface needs no longjmp but knows no filter and no strategy. Its fast
+/// mode is as good for areas of one colour; noisy gradients, as in a photograph, took it twice as
+/// long and came out 1.5 times as large (1600 x 1000 pixels, both ways in turns within one run).
 bool write(const Reader& reader, const ServerPixels& pixels, bool withAlpha, bool flat,
            std::vector<std::uint8_t>& row, std::string& out) {
     png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, fail, ignore);
