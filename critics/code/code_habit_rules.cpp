@@ -193,7 +193,9 @@ std::string_view commentText(std::string_view line) {
 
 void checkTodo(const CodeView& view, const Token& comment, FindingList& findings) {
     const std::string_view text = view.textOf(comment);
+    std::size_t lineEnd = 0;
     for (std::size_t i = 0; i < text.size(); ++i) {
+        if (i >= lineEnd) lineEnd = std::min(text.find('\n', i), text.size());
         const char c = text[i];
         if (c != 'T' && c != 'F' && c != 'X' && c != 'H') continue;
         if (i > 0 && (isAsciiWord(text[i - 1]) || text[i - 1] == '"' || text[i - 1] == '`' ||
@@ -216,9 +218,7 @@ void checkTodo(const CodeView& view, const Token& comment, FindingList& findings
                 rest.find("://") != std::string_view::npos) {
                 break;
             }
-            const std::string_view line =
-                text.substr(i, std::min(text.find('\n', i), text.size()) - i);
-            findings.add(kTodo, comment.offset + i, line.size(), "is an open end that nobody owns");
+            findings.add(kTodo, comment.offset + i, lineEnd - i, "is an open end that nobody owns");
             i = end;
             break;
         }

@@ -109,7 +109,25 @@ void checkLongPythonFunctions(const CodeView& view, FindingList& findings) {
     }
 }
 
-bool opensBlock(const CodeView& view, std::size_t brace) {
+/// The line that was asked for last, without the blanks at its ends: all braces of one line ask for
+/// it, and a line can be as long as the text.
+class LineText {
+public:
+    explicit LineText(const SourceText& source) : m_source(source) {}
+
+    std::string_view at(std::size_t line) {
+        if (line != m_line) m_text = trimmed(m_source.line(line));
+        m_line = line;
+        return m_text;
+    }
+
+private:
+    const SourceText& m_source;
+    std::size_t m_line = static_cast<std::size_t>(-1);
+    std::string_view m_text;
+};
+
+bool opensBlock(const CodeView& view, std::size_t brace, LineText& lines) {
     if (brace == 0) return false;
     const std::size_t before = brace - 1;
     constexpr std::array<std::string_view, 7> kWords = {"else", "try",    "do",   "finally",
@@ -119,8 +137,7 @@ bool opensBlock(const CodeView& view, std::size_t brace) {
     if (isOneOf(view.textOf(view.code[before]), kWords)) return true;
     if (view.language != Language::go && view.language != Language::rust) return false;
     // "for x := range xs {": the word that makes it a block stands at the start of the line.
-    const std::size_t line = view.lineOf(brace);
-    const std::string_view text = trimmed(view.source.line(line));
+    const std::string_view text = lines.at(view.lineOf(brace));
     return text.substr(0, 3) == "if " || text.substr(0, 4) == "for " ||
            text.substr(0, 6) == "match " || text.substr(0, 6) == "while " ||
            text.substr(0, 7) == "switch " || text.substr(0, 2) == "} ";
@@ -147,20 +164,37 @@ void checkPythonNesting(const CodeView& view, FindingList& findings) {
 
 constexpr std::array<std::string_view, 4> kLeavers = {"return", "throw", "raise", "panic"};
 
-/// Behind "return x;", or kNoToken when where the statement ends is not sure.
-std::size_t statementEnd(const CodeView& view, std::size_t word) {
-    constexpr std::size_t kLongestStatement = 2000; // Tokens.
-    for (std::size_t i = word + 1; i < view.code.size() && i - word < kLongestStatement; ++i) {
-        if (view.match[i] != kNoToken && view.match[i] > i) {
-            i = view.match[i];
-            word = std::max(word, i); // What brackets hold does not count.
-            continue;
+/// For each token the semicolon that ends the statement it is in, or kNoToken when where that ends
+/// is not sure. What brackets hold is passed over. One pass from the back, so that no statement is
+/// walked through twice.
+class StatementEnds {
+public:
+    explicit StatementEnds(const CodeView& view)
+        : m_stop(view.code.size() + 1, kNoToken),
+          m_end(view.code.size(), kNoToken) {
+        for (std::size_t i = view.code.size(); i-- > 0;) {
+            const bool passedOver = view.match[i] != kNoToken && view.match[i] > i;
+            const bool semicolon = view.is(i, ";");
+            const bool stops = passedOver || semicolon || view.is(i, "}") || view.is(i, ")");
+            m_stop[i] = stops ? i : m_stop[i + 1];
+            if (semicolon) m_end[i] = i;
+            if (passedOver) m_end[i] = behind(view.match[i]);
         }
-        if (view.is(i, ";")) return i;
-        if (view.is(i, "}") || view.is(i, ")")) return kNoToken;
     }
-    return kNoToken;
-}
+
+    /// The end of a statement that goes on behind `token`.
+    [[nodiscard]] std::size_t behind(std::size_t token) const {
+        // Without brackets for so long it is data, or a language that ends statements otherwise.
+        constexpr std::size_t kLongestStatement = 2000; // Tokens.
+        const std::size_t stop = m_stop[token + 1];
+        if (stop == kNoToken || stop - token >= kLongestStatement) return kNoToken;
+        return m_end[stop];
+    }
+
+private:
+    std::vector<std::size_t> m_stop; ///< The next mark that ends, breaks off or is passed over.
+    std::vector<std::size_t> m_end;  ///< For such marks, the end that they lead to.
+};
 
 /// Whether the statement at `word` stands in its block by itself, not behind "if (x)".
 bool standsAlone(const CodeView& view, std::size_t word) {
@@ -168,34 +202,38 @@ bool standsAlone(const CodeView& view, std::size_t word) {
     return view.is(word - 1, ";") || view.is(word - 1, "{") || view.is(word - 1, "}");
 }
 
-bool directiveBetween(const CodeView& view, std::size_t begin, std::size_t end) {
-    const std::size_t first = view.code[begin].offset;
-    const std::size_t last = view.code[end].offset;
-    const auto from = std::lower_bound(
-        view.tokens.begin(), view.tokens.end(), first,
-        [](const Token& token, std::size_t offset) { return token.offset < offset; });
-    for (auto token = from; token != view.tokens.end() && token->offset < last; ++token) {
-        if (token->kind == TokenKind::directive) return true;
+/// Where the directives begin, in order.
+std::vector<std::size_t> directivesOf(const CodeView& view) {
+    std::vector<std::size_t> offsets;
+    for (const Token& token : view.tokens) {
+        if (token.kind == TokenKind::directive) offsets.push_back(token.offset);
     }
-    return false;
+    return offsets;
+}
+
+bool anyBetween(const std::vector<std::size_t>& offsets, std::size_t begin, std::size_t end) {
+    const auto first = std::lower_bound(offsets.begin(), offsets.end(), begin);
+    return first != offsets.end() && *first < end;
 }
 
 void checkUnreachable(const CodeView& view, FindingList& findings) {
     constexpr std::array<std::string_view, 11> kMayFollow = {
         "}",  "case",  "default", "function",    "break", "else",
         "]]", "class", "async",   "fallthrough", "var"};
+    const StatementEnds ends(view);
+    const std::vector<std::size_t> directives = directivesOf(view);
     for (std::size_t i = 1; i < view.code.size(); ++i) {
         if (!view.isKind(i, TokenKind::identifier)) continue;
         if (!view.is(i, "return") && !view.is(i, "throw")) continue;
         if (!standsAlone(view, i) || view.parent[i] == kNoToken) continue;
-        const std::size_t end = statementEnd(view, i);
+        const std::size_t end = ends.behind(i);
         if (end == kNoToken || end + 1 >= view.code.size()) continue;
         const std::size_t next = end + 1;
         if (isOneOf(view.textOf(view.code[next]), kMayFollow)) continue;
         if (view.isKind(next, TokenKind::identifier) && view.is(next + 1, ":")) continue; // Label.
         if (view.is(next, "[") || view.is(next, ";") || view.is(next, "#")) continue;
-        if (view.is(next, ")") || directiveBetween(view, i, next)) continue;
         const std::size_t start = view.code[next].offset;
+        if (view.is(next, ")") || anyBetween(directives, view.code[i].offset, start)) continue;
         findings.add(kDeadCode, start, view.source.lineEnd(view.lineOf(next)) - start,
                      "is never reached, for the statement before leaves the block");
         i = end;
@@ -313,18 +351,19 @@ void checkNesting(const CodeView& view, FindingList& findings) {
         return;
     }
     if (!hasBraces(view.language)) return;
+    LineText lines(view.source);
     std::vector<bool> blocks;
     std::size_t depth = 0;
     bool reported = false;
     for (std::size_t i = 0; i < view.code.size(); ++i) {
         if (view.is(i, "{")) {
-            const bool block = opensBlock(view, i);
+            const bool block = opensBlock(view, i, lines);
             blocks.push_back(block);
             if (block) ++depth;
             if (depth > kDeepestNesting && !reported) {
                 reported = true;
                 const std::size_t line = view.lineOf(i);
-                const std::string_view text = trimmed(view.source.line(line));
+                const std::string_view text = lines.at(line);
                 findings.add(
                     kNesting,
                     view.source.lineStart(line) +

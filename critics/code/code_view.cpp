@@ -8,10 +8,10 @@ namespace trevix {
 
 namespace {
 
-// Past this the text is no program that somebody wrote, and copies of the stack would cost.
-constexpr std::size_t kDeepestForBranches = 4096;
+// One slip throws all brackets behind it off: more faults tell nothing new.
 constexpr std::size_t kMostFaults = 200;
-constexpr std::ptrdiff_t kLookDown = 8;
+// How far down the open brackets a partner is looked for; further off it is another's.
+constexpr int kLookDown = 8;
 
 bool opens(std::string_view text) {
     return text == "(" || text == "[" || text == "{";
@@ -34,12 +34,127 @@ std::string_view directiveName(std::string_view directive) {
 
 } // namespace
 
+/// Fills `code`, `match`, `parent` and `faults`. The brackets that are open are a chain: each
+/// opener has the one below it as its parent, so that remembering and going back to what was open
+/// at an
+/// "#if" costs nothing, however much that was.
+class CodeView::BracketPairer {
+public:
+    explicit BracketPairer(CodeView& view) : m_view(view) {}
+
+    void pairAll() {
+        for (const Token& token : m_view.tokens) {
+            if (token.kind == TokenKind::directive) {
+                branch(directiveName(m_view.textOf(token)));
+            } else if (token.kind != TokenKind::comment) {
+                read(token);
+            }
+        }
+        reportOpen();
+    }
+
+private:
+    /// What is open: the innermost opener, and how many there are.
+    struct Open {
+        std::size_t top = kNoToken;
+        std::size_t depth = 0;
+    };
+
+    /// Each branch of an "#if" begins with what was open in front of it.
+    void branch(std::string_view name) {
+        if (name == "if" || name == "ifdef" || name == "ifndef") {
+            m_branches.push_back(m_open);
+        } else if ((name == "else" || name == "elif") && !m_branches.empty()) {
+            m_open = m_branches.back();
+        } else if (name == "endif" && !m_branches.empty()) {
+            m_branches.pop_back();
+        }
+    }
+
+    void read(const Token& token) {
+        const std::string_view text = m_view.textOf(token);
+        const std::size_t index = m_view.code.size();
+        m_view.code.push_back(token);
+        m_view.match.push_back(kNoToken);
+        m_view.parent.push_back(m_open.top);
+        const bool shell = m_view.language == Language::shell;
+        if (shell && token.kind == TokenKind::identifier) {
+            if (text == "case") m_cases.push_back(m_open.depth);
+            if (text == "esac" && !m_cases.empty()) m_cases.pop_back();
+        }
+        if (token.kind != TokenKind::mark) return;
+        // In a shell these are the names of a command and letters of patterns.
+        if (shell && (text == "[" || text == "]")) return;
+        if (opens(text)) {
+            m_open = {index, m_open.depth + 1};
+        } else if (closes(text)) {
+            close(index, text);
+        }
+    }
+
+    void close(std::size_t index, std::string_view text) {
+        const Open partner = partnerOf(text);
+        const bool inCase = !m_cases.empty() && m_open.depth <= m_cases.back();
+        const bool innermost = partner.top != kNoToken && partner.top == m_open.top;
+        if (text == ")" && (inCase || (!m_cases.empty() && !innermost))) {
+            return; // The pattern of a case.
+        }
+        if (partner.top == kNoToken) {
+            if (m_open.top == kNoToken) {
+                fault(BracketFault::Kind::neverOpened, kNoToken, index);
+            } else {
+                fault(BracketFault::Kind::mismatched, m_open.top, index);
+                m_open = below(m_open);
+            }
+            return;
+        }
+        if (!innermost) fault(BracketFault::Kind::mismatched, m_open.top, index);
+        m_view.match[index] = partner.top;
+        m_view.match[partner.top] = index;
+        m_open = below(partner);
+        m_view.parent[index] = m_open.top;
+    }
+
+    [[nodiscard]] Open below(const Open& open) const {
+        return {m_view.parent[open.top], open.depth - 1};
+    }
+
+    /// The innermost opener that fits, or none.
+    [[nodiscard]] Open partnerOf(std::string_view closer) const {
+        Open open = m_open;
+        for (int steps = 0; steps < kLookDown && open.top != kNoToken; ++steps) {
+            if (fit(m_view.textOf(m_view.code[open.top]), closer)) return open;
+            open = below(open);
+        }
+        return {};
+    }
+
+    void fault(BracketFault::Kind kind, std::size_t opener, std::size_t closer) {
+        if (m_view.faults.size() < kMostFaults) m_view.faults.push_back({kind, opener, closer});
+    }
+
+    void reportOpen() {
+        std::vector<std::size_t> openers;
+        for (Open open = m_open; open.top != kNoToken; open = below(open)) {
+            openers.push_back(open.top);
+        }
+        for (auto opener = openers.rbegin(); opener != openers.rend(); ++opener) {
+            fault(BracketFault::Kind::neverClosed, *opener, kNoToken);
+        }
+    }
+
+    CodeView& m_view;
+    Open m_open;
+    std::vector<Open> m_branches;     ///< What was open at each "#if".
+    std::vector<std::size_t> m_cases; ///< Shell: how much was open at each "case".
+};
+
 CodeView::CodeView(const SourceText& text, Language ofText)
     : source(text),
       language(ofText),
       tokens(tokensOf(text.text(), ofText)) {
     markLines();
-    pairBrackets();
+    BracketPairer(*this).pairAll();
 }
 
 bool CodeView::is(std::size_t index, std::string_view text) const {
@@ -60,72 +175,6 @@ void CodeView::markLines() {
         while (line + 1 < source.lineCount() && source.lineStart(line + 1) < token.end()) {
             lineInText[++line] = true;
         }
-    }
-}
-
-void CodeView::pairBrackets() {
-    std::vector<std::size_t> open;
-    std::vector<std::vector<std::size_t>> branches; // What was open at each "#if".
-    std::vector<std::size_t> cases;                 // Shell: how much was open at each "case".
-    const auto fault = [&](BracketFault::Kind kind, std::size_t opener, std::size_t closer) {
-        if (faults.size() < kMostFaults) faults.push_back({kind, opener, closer});
-    };
-    for (const Token& token : tokens) {
-        if (token.kind == TokenKind::comment) continue;
-        const std::string_view text = textOf(token);
-        if (token.kind == TokenKind::directive) {
-            const std::string_view name = directiveName(text);
-            if (name == "if" || name == "ifdef" || name == "ifndef") {
-                branches.push_back(open.size() <= kDeepestForBranches ? open
-                                                                      : std::vector<std::size_t>());
-            } else if ((name == "else" || name == "elif") && !branches.empty()) {
-                if (open.size() <= kDeepestForBranches) open = branches.back();
-            } else if (name == "endif" && !branches.empty()) {
-                branches.pop_back();
-            }
-            continue;
-        }
-        const std::size_t index = code.size();
-        code.push_back(token);
-        match.push_back(kNoToken);
-        parent.push_back(open.empty() ? kNoToken : open.back());
-        if (language == Language::shell && token.kind == TokenKind::identifier) {
-            if (text == "case") cases.push_back(open.size());
-            if (text == "esac" && !cases.empty()) cases.pop_back();
-        }
-        if (token.kind != TokenKind::mark) continue;
-        // In a shell these are the names of a command and letters of patterns.
-        if (language == Language::shell && (text == "[" || text == "]")) continue;
-        if (opens(text)) {
-            open.push_back(index);
-            continue;
-        }
-        if (!closes(text)) continue;
-        const auto limit = open.rbegin() + std::min(open.rend() - open.rbegin(), kLookDown);
-        const auto partner = std::find_if(open.rbegin(), limit, [&](std::size_t opener) {
-            return fit(textOf(code[opener]), text);
-        });
-        const bool inCase = !cases.empty() && open.size() <= cases.back();
-        if (text == ")" && (inCase || (!cases.empty() && partner != open.rbegin()))) {
-            continue; // The pattern of a case.
-        }
-        if (partner == limit) {
-            if (open.empty()) {
-                fault(BracketFault::Kind::neverOpened, kNoToken, index);
-            } else {
-                fault(BracketFault::Kind::mismatched, open.back(), index);
-                open.pop_back();
-            }
-            continue;
-        }
-        if (partner != open.rbegin()) fault(BracketFault::Kind::mismatched, open.back(), index);
-        match[index] = *partner;
-        match[*partner] = index;
-        open.erase(partner.base() - 1, open.end());
-        parent[index] = open.empty() ? kNoToken : open.back();
-    }
-    for (const std::size_t opener : open) {
-        fault(BracketFault::Kind::neverClosed, opener, kNoToken);
     }
 }
 

@@ -57,7 +57,8 @@ public:
     [[nodiscard]] std::vector<LogicalLine> logicalLines() const;
 
 private:
-    void pairBrackets();
+    class BracketPairer;
+
     void markLines();
 };
 

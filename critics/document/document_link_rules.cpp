@@ -166,12 +166,32 @@ std::size_t kindOf(std::string_view word) {
     return kKinds.size();
 }
 
+/// Which words lead their line, with nothing in front of them but blanks and marks. Remembers the
+/// line that was asked for last: all words of one line ask, and a line can be as long as the text.
+class LineLeads {
+public:
+    explicit LineLeads(const SourceText& source) : m_source(source) {}
+
+    bool has(const Word& word) {
+        const std::size_t line = m_source.lineAt(word.offset);
+        if (line != m_line) {
+            m_line = line;
+            const std::size_t marks = m_source.line(line).find_first_not_of(" \t*_#>![|");
+            m_first = marks == std::string_view::npos ? m_source.lineEnd(line)
+                                                      : m_source.lineStart(line) + marks;
+        }
+        return word.offset <= m_first;
+    }
+
+private:
+    const SourceText& m_source;
+    std::size_t m_line = static_cast<std::size_t>(-1);
+    std::size_t m_first = 0; ///< Behind the marks.
+};
+
 /// "Table 3: ..." at the start of a line, bold or not, or as the text of a picture.
-bool isCaption(const DocumentView& document, const Word& word, std::size_t numberEnd) {
-    const std::string_view text = document.source.text();
-    const std::size_t start = document.source.lineStart(document.source.lineAt(word.offset));
-    const std::string_view before = text.substr(start, word.offset - start);
-    if (before.find_first_not_of(" \t*_#>![|") != std::string_view::npos) return false;
+bool isCaption(std::string_view text, const Word& word, std::size_t numberEnd, LineLeads& leads) {
+    if (!leads.has(word)) return false;
     if (numberEnd >= text.size()) return true;
     const std::string_view rest = text.substr(numberEnd, 4);
     constexpr std::string_view kBehind = ":.|)*_]\n\r-";
@@ -325,6 +345,7 @@ void checkNumberedReferences(const DocumentView& document, FindingList& findings
     std::array<Numbers, kKinds.size()> existing;
     existing[kSection] = sectionNumbers(document);
     std::vector<Mention> mentions;
+    LineLeads leads(document.source);
     const std::vector<Word> all = wordsIn(text, 0, text.size()); // Captions of pictures too.
     for (std::size_t i = 0; i < all.size(); ++i) {
         const Word& word = all[i];
@@ -335,7 +356,7 @@ void checkNumberedReferences(const DocumentView& document, FindingList& findings
         const std::string_view number = numberAt(text, start);
         if (number.empty()) continue;
         const std::size_t end = start + number.size();
-        if (isCaption(document, word, end) && text[start - 1] != '\n') {
+        if (isCaption(text, word, end, leads) && text[start - 1] != '\n') {
             existing[kind].insert(std::string(number));
             continue;
         }

@@ -3,6 +3,7 @@
 #include "critics/findings/letters.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace trevix {
 
@@ -11,6 +12,7 @@ namespace {
 constexpr std::size_t kLongestTarget = 2000;
 constexpr std::size_t kDeepestTarget = 8; // Brackets within an address.
 constexpr std::size_t kLongestTag = 400;
+constexpr std::size_t kLongestLabel = 999; // Of a link, as CommonMark has it; bytes here.
 
 std::size_t indentOf(std::string_view line) {
     std::size_t columns = 0;
@@ -312,6 +314,7 @@ private:
     void readLinks() {
         const std::string_view source = m_source.text();
         std::vector<std::size_t> open;
+        m_pictures.clear();
         for (std::size_t i = 0; i < source.size(); ++i) {
             const char c = masked()[i];
             if (c == '\\') {
@@ -327,6 +330,19 @@ private:
                 open.pop_back();
                 i = readBracket(begin, i);
             }
+        }
+        maskPictures();
+    }
+
+    /// Pictures lie within one another or apart, in the order of their ends: from the last one
+    /// back, each that begins in front of all masked before it is masked up to there.
+    void maskPictures() {
+        std::size_t masked = m_source.text().size();
+        for (auto picture = m_pictures.rbegin(); picture != m_pictures.rend(); ++picture) {
+            const auto [begin, end] = *picture;
+            if (begin >= masked) continue;
+            mask(this->masked(), begin, std::min(end, masked) - begin);
+            masked = begin;
         }
     }
 
@@ -349,7 +365,7 @@ private:
             m_outline.links.push_back({offset, end + 1 - offset, inner, withoutTitle(target), image,
                                        !target.empty() && target.front() == '<'});
             if (image) {
-                mask(masked(), offset, end + 1 - offset);
+                m_pictures.emplace_back(offset, end + 1);
             } else {
                 mask(masked(), begin, 1);
                 mask(masked(), close, end + 1 - close);
@@ -363,6 +379,7 @@ private:
         if (end == std::string_view::npos || rest[end] != ']') return close;
         const std::string_view id = end == 0 ? inner : rest.substr(0, end);
         if (id.empty() || id[0] == '^') return close; // "[1][^2]" is two things.
+        if (id.size() > kLongestLabel) return close;
         const bool numbers = onlyOf(inner, "0123456789, -");
         if (!numbers) {
             m_outline.references.push_back({begin, close + 3 + end - begin, id});
@@ -427,6 +444,7 @@ private:
     const SourceText& m_source;
     Outline m_outline;
     Block m_current;
+    std::vector<std::pair<std::size_t, std::size_t>> m_pictures; ///< Begin and end of each.
     bool m_open = false;
     bool m_inList = false;
     bool m_fenceOpen = false;

@@ -1,0 +1,318 @@
+// What work that was made to be slow costs the critics, in CPU time and in memory.
+//
+// Every rule may take time and memory in proportion to the work, no more. Each hostile input is
+// judged at two sizes, eight or sixteen times apart, and may cost twice what that proportion
+// allows; a rule that looks at all of the work again for each piece of it costs eight times that.
+// Time is the CPU time of this thread and the least of several runs, memory is what is allocated at
+// once, so that nothing depends on what else the machine does.
+
+#include "critics/critic.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <ctime>
+#include <new>
+#include <string>
+#include <vector>
+
+namespace {
+
+std::size_t allocated = 0;
+std::size_t mostAllocated = 0;
+
+/// In front of each block, so that its size is known when it is freed.
+constexpr std::size_t kPrefix = alignof(std::max_align_t);
+
+void* allocate(std::size_t size) noexcept {
+    auto* block = static_cast<char*>(std::malloc(size + kPrefix));
+    if (block == nullptr) return nullptr;
+    *reinterpret_cast<std::size_t*>(block) = size;
+    allocated += size;
+    mostAllocated = std::max(mostAllocated, allocated);
+    return block + kPrefix;
+}
+
+void release(void* memory) noexcept {
+    if (memory == nullptr) return;
+    char* block = static_cast<char*>(memory) - kPrefix;
+    allocated -= *reinterpret_cast<std::size_t*>(block);
+    std::free(block);
+}
+
+} // namespace
+
+// All of the plain family, as a sanitizer brings its own for whatever is left out. Not inlined: gcc
+// takes a visible free() of memory from operator new for a mismatch. This program has one thread.
+
+[[gnu::noinline]] void* operator new(std::size_t size) {
+    if (void* memory = allocate(size)) return memory;
+    throw std::bad_alloc();
+}
+
+[[gnu::noinline]] void* operator new[](std::size_t size) {
+    return operator new(size);
+}
+
+[[gnu::noinline]] void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+    return allocate(size);
+}
+
+[[gnu::noinline]] void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
+    return allocate(size);
+}
+
+[[gnu::noinline]] void operator delete(void* memory) noexcept {
+    release(memory);
+}
+
+[[gnu::noinline]] void operator delete[](void* memory) noexcept {
+    release(memory);
+}
+
+[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept {
+    release(memory);
+}
+
+[[gnu::noinline]] void operator delete[](void* memory, std::size_t) noexcept {
+    release(memory);
+}
+
+[[gnu::noinline]] void operator delete(void* memory, const std::nothrow_t&) noexcept {
+    release(memory);
+}
+
+[[gnu::noinline]] void operator delete[](void* memory, const std::nothrow_t&) noexcept {
+    release(memory);
+}
+
+namespace trevix {
+namespace {
+
+/// `head`, then `piece` again and again, then `tail` as often.
+struct Hostile {
+    std::string piece;
+    std::string tail;
+    std::string head;
+
+    [[nodiscard]] std::string ofSize(std::size_t bytes) const {
+        const std::size_t times = bytes / (piece.size() + tail.size());
+        std::string text = head;
+        for (std::size_t i = 0; i < times; ++i) text += piece;
+        for (std::size_t i = 0; i < times; ++i) text += tail;
+        return text;
+    }
+};
+
+struct Kind {
+    std::string modality;
+    std::string fileName;
+};
+
+struct Cost {
+    double seconds = 0;
+    std::size_t bytes = 0;
+};
+
+double cpuSeconds() {
+    timespec time{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
+}
+
+Cost costOf(const Kind& kind, const Hostile& hostile, std::size_t size) {
+    Submission work;
+    work.modality = kind.modality;
+    Part part;
+    part.name = kind.fileName;
+    part.mimeType = "text/plain";
+    // Some words first, or there would be nothing to judge as a text.
+    const bool prose = kind.modality == "text" || kind.modality == "document";
+    part.text = (prose ? "Some words stand here.\n\n" : "") + hostile.ofSize(size);
+    work.parts.push_back(std::move(part));
+    const std::size_t before = allocated;
+    mostAllocated = before;
+    const double start = cpuSeconds();
+    (void)critique(work);
+    return {cpuSeconds() - start, mostAllocated - before};
+}
+
+/// Below this the clock and the caches tell more than the rules; a rule that is this quick on
+/// 64 kB, the least of the larger sizes, is quick even where it is not linear.
+constexpr double kTooShortToTell = 0.002;
+
+/// Runs until the proportion is kept, at most so often: a disturbed run proves nothing.
+constexpr int kMostRuns = 5;
+
+void expectProportion(const Kind& kind, const Hostile& hostile, std::size_t small,
+                      std::size_t times) {
+    Cost least = costOf(kind, hostile, small);
+    Cost most = costOf(kind, hostile, small * times);
+    const double allowed = 2.0 * static_cast<double>(times);
+    const auto kept = [&] {
+        return most.seconds <= std::max(kTooShortToTell, allowed * least.seconds);
+    };
+    for (int run = 1; run < kMostRuns && !kept(); ++run) {
+        least.seconds = std::min(least.seconds, costOf(kind, hostile, small).seconds);
+        most.seconds = std::min(most.seconds, costOf(kind, hostile, small * times).seconds);
+    }
+    const std::string name = kind.fileName + ": “" + hostile.head.substr(0, 20) + "” “" +
+                             hostile.piece + "” “" + hostile.tail + "”";
+    EXPECT_TRUE(kept()) << name << ": " << least.seconds << " s for " << small << " bytes, "
+                        << most.seconds << " s for " << times << " times as many";
+    // Tables of an entry per token cost a hundred bytes or two for each byte of brackets.
+    constexpr std::size_t kMostBytesPerByte = 400;
+    EXPECT_LE(most.bytes, kMostBytesPerByte * small * times) << name << ": allocated at once";
+}
+
+class Growth : public testing::TestWithParam<Kind> {
+protected:
+    void SetUp() override { warmUp(); }
+};
+
+/// Marks and words that some rule or reader looks at closely, alone and in nests.
+const std::vector<Hostile>& commonInputs() {
+    static const std::vector<Hostile> inputs = [] {
+        std::vector<Hostile> made;
+        for (const char* piece : {"(",
+                                  "[",
+                                  "{",
+                                  "\"",
+                                  "'",
+                                  "`",
+                                  "<",
+                                  "[x](",
+                                  "{{",
+                                  "a@",
+                                  "!",
+                                  ". ",
+                                  "# a\n",
+                                  "- ",
+                                  "| a ",
+                                  "<!--",
+                                  "`` ` ",
+                                  "if (a) {",
+                                  "${",
+                                  "$(\"",
+                                  "/",
+                                  "return;",
+                                  "TBD ",
+                                  "the the ",
+                                  "a{",
+                                  "{return()",
+                                  "// TODO ",
+                                  "[^1]",
+                                  "[a][b",
+                                  "x: y\n",
+                                  "  a:\n",
+                                  "\tx\n",
+                                  "#if x\n",
+                                  "/*",
+                                  "\"\"\"",
+                                  "R\"x(",
+                                  "<<EOF\n",
+                                  "case x in ",
+                                  "catch(e){}",
+                                  "if(a=",
+                                  "=>{",
+                                  "f\"{",
+                                  "AKIA",
+                                  "eyJ",
+                                  "://a:b@",
+                                  "password=",
+                                  "<<<<<<< \n",
+                                  "=======\n",
+                                  "Ã©",
+                                  "“",
+                                  "THE THE ",
+                                  "a!!! ",
+                                  "3 May 2026 to ",
+                                  "Table 4 ",
+                                  "a,b\n",
+                                  "=A1+,",
+                                  "{\"a\":",
+                                  "{\"a\":1,",
+                                  "and ",
+                                  "import a\n"}) {
+            made.push_back({piece, "", ""});
+        }
+        for (const auto& [piece, tail] :
+             std::vector<std::pair<const char*, const char*>>{{"(", ")"},
+                                                              {"[", "]"},
+                                                              {"{", "}"},
+                                                              {"![", "](x)"},
+                                                              {"[", "](x)"},
+                                                              {"[", "][]"},
+                                                              {"[[", "][]"},
+                                                              {"[a", "][b]"},
+                                                              {"a{", " "},
+                                                              {" ", "a{"},
+                                                              {" ", "TODO "},
+                                                              {" ", "Table 4 "},
+                                                              {"{return f(", ");}"},
+                                                              {"{ return function(){", "};};"},
+                                                              {"if(a=(", "))"},
+                                                              {"{\"a\":", "}"},
+                                                              {"<<<<<<< a\n", ">>>>>>> a\n"},
+                                                              {"[^a]: b\n", "[^a]"},
+                                                              {"\"$(", ")\""}}) {
+            made.push_back({piece, tail, ""});
+        }
+        made.push_back({" TODO TODO", "", "//"});
+        made.push_back({"#if x\n", "", std::string(4096, '(')});
+        made.push_back({"#if x\n", "#endif\n", std::string(4096, '(')});
+        return made;
+    }();
+    return inputs;
+}
+
+TEST_P(Growth, IsInProportionForEveryMark) {
+    constexpr std::size_t kSmall = 8 * 1024;
+    (void)costOf(GetParam(), {"warm ", "", ""}, kSmall);
+    for (const Hostile& hostile : commonInputs()) {
+        expectProportion(GetParam(), hostile, kSmall, 8);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Kinds, Growth,
+    testing::Values(Kind{"text", "a.txt"}, Kind{"document", "a.md"}, Kind{"spreadsheet", "a.csv"},
+                    Kind{"code", "a.txt"}, Kind{"code", "a.c"}, Kind{"code", "a.css"},
+                    Kind{"code", "a.go"}, Kind{"code", "a.html"}, Kind{"code", "a.java"},
+                    Kind{"code", "a.js"}, Kind{"code", "a.json"}, Kind{"code", "a.php"},
+                    Kind{"code", "a.py"}, Kind{"code", "a.rb"}, Kind{"code", "a.rs"},
+                    Kind{"code", "a.sh"}, Kind{"code", "a.sql"}, Kind{"code", "a.yaml"}),
+    [](const auto& kind) {
+        std::string name = kind.param.modality + "_" + kind.param.fileName;
+        std::replace(name.begin(), name.end(), '.', '_');
+        return name;
+    });
+
+// Inputs that some rule once took minutes for, or more memory than a machine has, at full size.
+TEST(GrowthToAMegabyte, IsInProportion) {
+    struct Case {
+        Kind kind;
+        Hostile hostile;
+    };
+    const std::string brackets(4096, '(');
+    const std::vector<Case> cases = {
+        {{"code", "a.js"}, {"{return()", "", ""}},
+        {{"code", "a.js"}, {"{ return function(){", "};};", ""}},
+        {{"code", "a.rs"}, {"a{", " ", ""}},
+        {{"code", "a.go"}, {" ", "a{", ""}},
+        {{"document", "a.md"}, {"![", "](x)", ""}},
+        {{"document", "a.md"}, {"[[", "][]", ""}},
+        {{"document", "a.md"}, {" ", "Table 4 ", ""}},
+        {{"code", "a.c"}, {" TODO TODO", "", "//"}},
+        {{"code", "a.c"}, {"#if x\n", "", brackets}},
+        {{"code", "a.c"}, {"#if x\n", "#else\n#endif\n", brackets}},
+    };
+    warmUp();
+    for (const Case& entry : cases) {
+        expectProportion(entry.kind, entry.hostile, 64 * 1024, 16);
+    }
+}
+
+} // namespace
+} // namespace trevix
