@@ -4,6 +4,8 @@
 #include "critics/code/code_rules.h"
 #include "critics/findings/letters.h"
 
+#include "text/json_shape.h"
+
 #include <nlohmann/json.hpp>
 
 #include <optional>
@@ -19,14 +21,11 @@ constexpr GradedRule kJson = declared<WorkKind::code>("code.json_syntax");
 constexpr GradedRule kJsonKey = declared<WorkKind::code>("code.json_duplicate_key");
 constexpr GradedRule kYaml = declared<WorkKind::code>("code.yaml_syntax");
 
-constexpr std::size_t kDeepestJson = 500; // Deeper data is not checked for double keys.
-
 /// Takes the events of the parser and keeps what the rules need.
 class JsonListener : public nlohmann::json::json_sax_t {
 public:
-    struct DoubleKey {
-        std::string key;
-    };
+    /// Without `keepsKeys` no double keys are found, and deep data costs no memory for its levels.
+    explicit JsonListener(bool keepsKeys) : m_keepsKeys(keepsKeys) {}
 
     std::optional<std::size_t> faultAt;
     std::vector<std::string> doubleKeys;
@@ -39,20 +38,18 @@ public:
     bool string(string_t&) override { return true; }
     bool binary(binary_t&) override { return true; }
     bool start_object(std::size_t) override {
-        m_depth++;
-        if (m_depth <= kDeepestJson) m_keys.emplace_back();
+        if (m_keepsKeys) m_keys.emplace_back();
         return true;
     }
     bool key(string_t& name) override {
-        if (m_depth <= kDeepestJson && !m_keys.empty() && !m_keys.back().insert(name).second &&
+        if (!m_keys.empty() && !m_keys.back().insert(name).second &&
             doubleKeys.size() < 2 * kMostFindingsPerRule) {
             doubleKeys.push_back(name);
         }
         return true;
     }
     bool end_object() override {
-        if (m_depth <= kDeepestJson && !m_keys.empty()) m_keys.pop_back();
-        m_depth--;
+        if (!m_keys.empty()) m_keys.pop_back();
         return true;
     }
     bool start_array(std::size_t) override { return true; }
@@ -64,8 +61,8 @@ public:
     }
 
 private:
-    std::size_t m_depth = 0;
-    std::vector<std::set<std::string>> m_keys;
+    bool m_keepsKeys;
+    std::vector<std::set<std::string>> m_keys; ///< Of each object that is open.
 };
 
 /// One document to a line, as logs have it.
@@ -243,7 +240,7 @@ void checkJson(const CodeView& view, FindingList& findings) {
     std::size_t skipped = 0;
     if (text.substr(0, 3) == "\xEF\xBB\xBF") skipped = 3;
     text.remove_prefix(skipped);
-    JsonListener listener;
+    JsonListener listener(kelvane::text::jsonShape(text).depth <= kelvane::text::kDeepestJson);
     nlohmann::json::sax_parse(text, &listener);
     if (listener.faultAt) {
         if (isJsonLines(view.source)) return;
