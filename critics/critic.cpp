@@ -12,6 +12,7 @@
 #include "critics/text/text_critic.h"
 
 #include <algorithm>
+#include <array>
 #include <mutex>
 
 namespace trevix {
@@ -30,6 +31,24 @@ std::string bareType(std::string_view mimeType) {
 
 bool isEmpty(const Part& part) {
     return part.text.empty() && part.bytes.empty();
+}
+
+/// Files that say something by being there: an empty one is whole.
+bool marksByName(const Part& part) {
+    constexpr std::array<std::string_view, 6> kMarkers = {
+        "__init__.py", "__init__.pyi", // A folder is a package of Python.
+        "py.typed",                    // A package of Python has types (PEP 561).
+        ".gitkeep",    ".keep",        // A folder stays under version control.
+        ".nojekyll"};                  // A site is served as it is.
+    const std::size_t folder = part.name.find_last_of("/\\");
+    const std::string_view name =
+        std::string_view(part.name).substr(folder == std::string::npos ? 0 : folder + 1);
+    return std::find(kMarkers.begin(), kMarkers.end(), name) != kMarkers.end();
+}
+
+/// Whether nothing stands in the part, and nothing has to.
+bool isWholeThoughEmpty(const Part& part) {
+    return marksByName(part) && part.bytes.empty() && trimmed(part.text).empty();
 }
 
 std::string labelOf(const Part& part, std::size_t index) {
@@ -79,7 +98,10 @@ std::vector<Finding> critiqueByType(const Part& part, std::string_view modality,
 std::vector<Finding> critique(const Submission& submission) {
     warmUp();
     if (std::all_of(submission.parts.begin(), submission.parts.end(), isEmpty)) {
-        return emptyFinding("the submission");
+        const bool whole =
+            !submission.parts.empty() &&
+            std::all_of(submission.parts.begin(), submission.parts.end(), isWholeThoughEmpty);
+        return whole ? std::vector<Finding>() : emptyFinding("the submission");
     }
 
     const std::string modality = lowerAscii(submission.modality);
@@ -88,6 +110,7 @@ std::vector<Finding> critique(const Submission& submission) {
     std::vector<Finding> all;
     for (std::size_t i = 0; i < submission.parts.size(); ++i) {
         const Part& part = submission.parts[i];
+        if (isWholeThoughEmpty(part)) continue;
         const std::string label = labelOf(part, i);
         if (isEmpty(part)) {
             all.push_back(emptyFinding(label).front());

@@ -100,6 +100,35 @@ std::string unescaped(std::string_view target) {
     return plain;
 }
 
+/// Behind the bracket that closes the one at `open`, or `open` where nothing near does.
+std::size_t behindBracket(std::string_view text, std::size_t open, char opener, char closer) {
+    constexpr std::size_t kLongestTarget = 2000; // Bytes, as for the links of the text.
+    const std::string_view near = text.substr(open, kLongestTarget);
+    std::size_t depth = 0;
+    for (std::size_t i = 0; i < near.size(); ++i) {
+        if (near[i] == opener) ++depth;
+        if (near[i] == closer && --depth == 0) return open + i + 1;
+    }
+    return open;
+}
+
+/// What a heading shows: of "[text](target)" and "[text][id]" the text.
+std::string shownTitle(std::string_view title) {
+    std::string shown;
+    for (std::size_t i = 0; i < title.size();) {
+        const char next = i + 1 < title.size() ? title[i + 1] : ' ';
+        shown += title[i];
+        const std::size_t target = i + 1;
+        if (title[i] == ']' && next == '(')
+            i = behindBracket(title, target, '(', ')');
+        else if (title[i] == ']' && next == '[')
+            i = behindBracket(title, target, '[', ']');
+        else
+            i = target;
+    }
+    return shown;
+}
+
 std::unordered_set<std::string> anchorsOf(const DocumentView& document) {
     std::unordered_set<std::string> anchors;
     std::map<std::string, std::size_t> uses;
@@ -111,7 +140,7 @@ std::unordered_set<std::string> anchorsOf(const DocumentView& document) {
             anchors.insert(anchorKey(title.substr(own)));
             title = title.substr(0, own);
         }
-        const std::string key = anchorKey(title);
+        const std::string key = anchorKey(shownTitle(title));
         const std::size_t earlier = uses[key]++;
         anchors.insert(earlier == 0 ? key : key + std::to_string(earlier));
     }

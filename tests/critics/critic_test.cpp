@@ -102,6 +102,26 @@ TEST(Critique, AnEmptySubmissionHasOneFinding) {
     EXPECT_EQ(judge(empty).band, Band::route_to_fix);
 }
 
+TEST(Critique, AFileThatMarksAFolderMayBeEmpty) {
+    for (const std::string name : {"__init__.py", "src/pkg/__init__.py", "src\\pkg\\py.typed",
+                                   "__init__.pyi", "docs/.gitkeep", ".keep", ".nojekyll"}) {
+        for (const std::string text : {"", "\n"}) {
+            EXPECT_TRUE(critique(submission("code", {textPart(text, name)})).empty()) << name;
+        }
+    }
+    // Beside other work it is passed over; other files stay empty, also by a like name.
+    const auto beside =
+        critique(submission("code", {textPart("", "__init__.py"), textPart("", "my__init__.py"),
+                                     textPart("x = 1\n", "a.py")}));
+    ASSERT_EQ(beside.size(), 1U);
+    EXPECT_EQ(beside[0].place, "part 2 (my__init__.py)");
+    const auto mixed =
+        critique(submission("code", {textPart("", "__init__.py"), textPart("", "a.py")}));
+    ASSERT_EQ(mixed.size(), 1U);
+    EXPECT_EQ(mixed[0].place, "the submission");
+    EXPECT_TRUE(critique(submission("code", {textPart("eval(x)\n", "__init__.py")})).size() == 1U);
+}
+
 TEST(Critique, SeveralPartsAreToldApart) {
     const auto findings =
         critique(submission("text", {textPart("We meet at the the hall.", "a.txt"), Part{},

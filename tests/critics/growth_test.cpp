@@ -260,6 +260,8 @@ const std::vector<Hostile>& commonInputs() {
             made.push_back({piece, tail, ""});
         }
         made.push_back({" TODO TODO", "", "//"});
+        made.push_back({"[x](", "", "# "});
+        made.push_back({"[x]", "", "# "});
         made.push_back({"#if x\n", "", std::string(4096, '(')});
         made.push_back({"#if x\n", "#endif\n", std::string(4096, '(')});
         return made;

@@ -141,6 +141,14 @@ TEST(DocumentCritic, Links) {
     expectRules(
         {{"anchor", head + "See [how](#usage-notes) and [up](#top) here.", {}},
          {"broken anchor", head + "See [how](#missing-part) it works.", {"document.broken_anchor"}},
+         {"anchor of a heading that is a link",
+          head + "See [all](#ready-set), [one](#read-me) and [two](#go).\n\n"
+                 "## [Ready](a/b.js) [set][s]\n\nText.\n\n## [`read me`](<a (1).md>)\n\nText.\n\n"
+                 "## [![Go](go.svg)](go.html)\n\nText.\n\n[s]: s.html\n",
+          {}},
+         {"anchor of the target of such a heading",
+          head + "See [it](#readyabjs).\n\n## [Ready](a/b.js)\n\nText.\n",
+          {"document.broken_anchor"}},
          {"anchor by attribute", head + "<a id=\"here\"></a> See [how](#here) it works.", {}},
          {"empty target", head + "See [the guide]() for more.", {"document.empty_link"}},
          {"gap", head + "See [the guide](TODO) for more.", {"document.empty_link"}},
