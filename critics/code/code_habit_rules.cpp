@@ -22,7 +22,7 @@ constexpr GradedRule kNone = declared<WorkKind::code>("code.none_comparison");
 constexpr GradedRule kAssignment = declared<WorkKind::code>("code.assignment_in_condition");
 constexpr GradedRule kDuplicateImport = declared<WorkKind::code>("code.duplicate_import");
 
-constexpr std::size_t kFewestCommentedLines = 4;
+constexpr std::size_t kFewestCommentedLines = 4; // Fewer may be an example of how to use a thing.
 
 template <std::size_t Count>
 bool isOneOf(std::string_view text, const std::array<std::string_view, Count>& choices) {

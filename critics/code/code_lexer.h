@@ -1,8 +1,8 @@
-// Which parts of this code are code, which are text, and which are comments?
+// The tokens of code: which parts are code, which are text, and which are comments.
 //
 // One pass that knows the comments, strings and other literals of the languages, so that no rule
 // mistakes a bracket in a string for a bracket. It is no compiler: every input has tokens, broken
-// or not, and a literal that never ends simply ends with its line or with the text. Linear.
+// or not, and a literal that never ends simply ends with its line or with the text. Linear, pure.
 
 #pragma once
 

@@ -1,8 +1,8 @@
-// What is wrong with this code, as far as its text tells?
+// The rules for code, grouped by what they look at.
 //
-// The rules of the code critic, grouped by what they look at. Each reads the view once and adds
-// what it finds; docs/critics.md lists the rules with examples. A rule that depends on the language
-// stays silent when the language is not known.
+// Each reads the view once and adds what it finds, nothing where all is well; docs/critics.md lists
+// the rules with examples. A rule that depends on the language stays silent when the language is
+// not known. Linear; any thread.
 
 #pragma once
 

@@ -25,11 +25,12 @@ constexpr GradedRule kMixedPython =
     declared<WorkKind::code>("code.mixed_indentation", Severity::high);
 constexpr GradedRule kLongLine = declared<WorkKind::code>("code.long_line");
 
-constexpr std::size_t kMostLinesInFunction = 80;
-constexpr std::size_t kDeepestNesting = 6;
-constexpr std::size_t kLongestLine = 160;
-constexpr std::size_t kLongestUnbroken = 80; // Addresses and data cannot be wrapped.
-constexpr std::size_t kMostMismatches = 3;   // One slip throws later brackets off as well.
+// Where these come from stands with the rules in code_rule_table.h.
+constexpr std::size_t kMostLinesInFunction = 80; // First line and closing brace included.
+constexpr std::size_t kDeepestNesting = 6;       // Blocks.
+constexpr std::size_t kLongestLine = 160;        // Characters.
+constexpr std::size_t kLongestUnbroken = 80;     // Bytes; addresses and data cannot be wrapped.
+constexpr std::size_t kMostMismatches = 3;       // One slip throws later brackets off as well.
 
 template <std::size_t Count>
 bool isOneOf(std::string_view text, const std::array<std::string_view, Count>& choices) {

@@ -1,7 +1,8 @@
-// What do the rules for code read?
+// Code as its rules read it: one text with its tokens, its brackets paired, its lines told apart.
 //
-// One text with its tokens, its brackets paired, and its lines told apart. Built once, read by all
-// rules, linear in the length of the text.
+// Built once, read by all rules, in time and memory linear in the length of the text, however deep
+// its brackets are. The source must outlive it. Broken code has a view too; what does not pair is
+// in `faults`.
 
 #pragma once
 

@@ -1,7 +1,8 @@
-// Does this document hold together?
+// The rules that concern headings, lists, tables, links, notes and references.
 //
-// The rules that concern headings, lists, tables, links, notes and references, apart from the prose
-// itself. docs/critics.md lists them with examples.
+// They stand apart from the rules for the prose itself. Each reads the outline once and adds what
+// it finds, nothing where all is well; docs/critics.md lists them with examples. Linear; any
+// thread.
 
 #pragma once
 

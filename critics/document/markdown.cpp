@@ -9,8 +9,10 @@ namespace trevix {
 
 namespace {
 
+// How far a bracket is followed, in bytes, so that one that never closes costs no more than that:
+// browsers take addresses of about 2,000 characters, and a tag is shorter than that.
 constexpr std::size_t kLongestTarget = 2000;
-constexpr std::size_t kDeepestTarget = 8; // Brackets within an address.
+constexpr std::size_t kDeepestTarget = 8; // Brackets within an address; chosen.
 constexpr std::size_t kLongestTag = 400;
 constexpr std::size_t kLongestLabel = 999; // Of a link, as CommonMark has it; bytes here.
 

@@ -1,4 +1,4 @@
-// How is this document built?
+// The outline of a document.
 //
 // The headings, lists, tables, links and notes of a text in Markdown, or of plain text as it is
 // copied from a word processor, which has fewer of them. Only what the document rules ask for is

@@ -1,4 +1,4 @@
-// Which flaws did a revision fix, which remain, and which came in with it?
+// The flaws that a revision fixed, those that remain, and those that came in with it.
 //
 // Findings of two versions are paired one to one. Work moves while it is edited, so the place alone
 // never makes a flaw new. Pairs are made in three rounds, each over what the rounds before left:

@@ -1,9 +1,8 @@
-// Where in the work is this byte, in the words a person would use?
+// A text with its lines numbered: the place of each byte in the words a person would use.
 //
-// A view of one text with its lines numbered. Lines end at LF, CR LF or a lone CR. Columns count
-// code points from 1, as editors do; a byte that is not UTF-8 counts as one. The text is not
-// copied and must outlive the view. Building it is linear, every question afterwards is cheap even
-// for a single line of many megabytes.
+// Lines end at LF, CR LF or a lone CR. Columns count code points from 1, as editors do; a byte that
+// is not UTF-8 counts as one. The text is not copied and must outlive the view. Building it is
+// linear, every question afterwards is cheap even for a single line of many megabytes.
 
 #pragma once
 

@@ -1,8 +1,9 @@
-// Which dates does this text name, and can they be?
+// The dates that a text names, and whether they can be.
 //
 // Dates are recognised as people write them, in English, German, French and Spanish
 // ("Monday, 3 March 2026", "March 3rd, 2026", "3. März 2026") and in figures ("2026-03-03",
 // "31/04/2026", "31.04.2026"). Nothing here knows today's date: a date without a year has none.
+// What is no date is not listed. Linear in the text; pure but for the table of names, any thread.
 
 #pragma once
 

@@ -72,6 +72,8 @@ bool isSlot(const std::string& slot) {
     });
 }
 
+// Bytes between the brackets of a gap: its name, not a sentence. Also bounds how far each is
+// followed.
 constexpr std::size_t kLongestSlot = 80;
 
 /// Where the bracket at `at` is closed on the same line, or npos.

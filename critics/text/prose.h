@@ -1,8 +1,8 @@
-// Where are the paragraphs and sentences of this text?
+// The paragraphs and sentences of a text, as the prose rules read it.
 //
-// The view of a text that the prose rules read. Things that are no prose (addresses, code, quoted
-// mail) are masked: their bytes are replaced by kMasked, so that offsets stay those of the original
-// and no rule trips over a bracket in an address. Building is linear in the length of the text.
+// Things that are no prose (addresses, code, quoted mail) are masked: their bytes are replaced by
+// kMasked, so that offsets stay those of the original and no rule trips over a bracket in an
+// address. Every text has blocks, an empty one none. Linear in the length of the text; pure.
 
 #pragma once
 

@@ -24,9 +24,10 @@ constexpr GradedRule kWeekday = declared<WorkKind::text>("text.weekday");
 constexpr GradedRule kImpossibleDate = declared<WorkKind::text>("text.impossible_date");
 constexpr GradedRule kDateOrder = declared<WorkKind::text>("text.date_order");
 
+// Where these come from stands with the rules in text_rule_table.h.
 constexpr std::size_t kMostWordsInSentence = 45;
-constexpr std::size_t kFewestRepeatedWords = 8;
-// Shorter lines are lists or tables set with line breaks, where a word may stand twice.
+constexpr std::size_t kFewestRepeatedWords = 8; // In a sentence that may not come twice.
+// Bytes; shorter lines are lists or tables set with line breaks, where a word may stand twice.
 constexpr std::size_t kProseLine = 30;
 
 /// Words that sound sentences have twice in a row.

@@ -1,8 +1,8 @@
-// What may a reader of this text stumble over?
+// The rules that hold for all prose, be it a mail or a chapter of a report.
 //
-// The rules that hold for all prose, be it a mail or a chapter of a report. Each function reads the
-// text once and adds what it finds; docs/critics.md lists the rules with examples. Rules are tuned
-// to stay silent about sound work: where a pattern has an honest use, it is not reported.
+// Each function reads the text once and adds what it finds, nothing where all is well;
+// docs/critics.md lists the rules with examples. Rules are tuned to stay silent about sound work:
+// where a pattern has an honest use, it is not reported. Linear; any thread.
 
 #pragma once
 
