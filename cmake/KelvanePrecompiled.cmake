@@ -8,11 +8,11 @@ set(precompiled
   <algorithm> <array> <chrono> <cstdint> <deque> <filesystem> <fstream> <functional> <map> <memory>
   <mutex> <optional> <set> <sstream> <string> <string_view> <thread> <utility> <variant> <vector>)
 set(precompiled_source ${CMAKE_BINARY_DIR}/precompiled_headers.cpp)
-file(GENERATE OUTPUT ${precompiled_source} CONTENT "int main() {}\n")
+file(GENERATE OUTPUT ${precompiled_source} CONTENT "// There only to be compiled after its headers.\n")
 
 if(NOT CMAKE_DISABLE_PRECOMPILE_HEADERS)
-  # A library's code can stand anywhere, a program's need not: two sets of headers, for a compiler
-  # takes only those that were parsed with its own options.
+  # A compiler takes only what was parsed with its own options: one set for libraries, and one for
+  # tests, all of which are compiled as Qt wants those that use it (KelvaneTargets).
   add_library(kelvane_library_headers STATIC ${precompiled_source})
   target_link_libraries(kelvane_library_headers PRIVATE kelvane_options)
   target_precompile_headers(kelvane_library_headers PRIVATE ${precompiled})
@@ -22,7 +22,7 @@ if(NOT CMAKE_DISABLE_PRECOMPILE_HEADERS)
   endif()
   if(BUILD_TESTING)
     find_package(GTest REQUIRED)
-    add_executable(kelvane_test_headers ${precompiled_source})
+    add_library(kelvane_test_headers STATIC ${precompiled_source})
     target_link_libraries(kelvane_test_headers PRIVATE kelvane_options GTest::gmock)
     target_precompile_headers(kelvane_test_headers PRIVATE
       ${precompiled} <gmock/gmock.h> <gtest/gtest.h>)

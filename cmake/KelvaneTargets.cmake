@@ -55,6 +55,10 @@ function(kelvane_tests name)
   add_executable(${name} ${ARG_UNPARSED_ARGUMENTS})
   target_link_libraries(${name} PRIVATE
     kelvane_options kelvane_source_tree ${ARG_LIBS} GTest::gmock GTest::gtest_main)
+  # As Qt asks of whatever uses it, so that the same precompiled headers serve every test.
+  if(NOT APPLE)
+    target_compile_options(${name} PRIVATE -fPIC)
+  endif()
   kelvane_use_precompiled(${name} kelvane_test_headers)
   if(ARG_WHOLE)
     add_test(NAME ${name} COMMAND ${name})

@@ -1,5 +1,6 @@
 #include "platform/linux/linux_platform.h"
 
+#include "platform/fake/fake_environment.h"
 #include "tests/platform/linux/x11/x11_desktop_test.h"
 
 #include <gmock/gmock.h>
