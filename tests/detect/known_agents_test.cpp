@@ -4,6 +4,7 @@
 #include "detect/known_agents.h"
 
 #include "detect/agent_scan.h"
+#include "tests/source_tree.h"
 
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
@@ -20,7 +21,7 @@ using testing::ElementsAreArray;
 using testing::SizeIs;
 
 json table() {
-    std::ifstream file(KELVANE_SOURCE_DIR "/resources/tools.json");
+    std::ifstream file(kelvane::inSourceTree("resources/tools.json"));
     return json::parse(file);
 }
 
