@@ -4,18 +4,21 @@
 #include "critics/code/code_critic.h"
 #include "critics/document/document_critic.h"
 #include "critics/findings/finding_list.h"
-#include "critics/findings/letters.h"
 #include "critics/picture/image_critic.h"
 #include "critics/sheet/sheet_critic.h"
 #include "critics/text/calendar.h"
 #include "critics/text/prose_rules.h"
 #include "critics/text/text_critic.h"
+#include "text/letters.h"
+#include "text/unicode.h"
 
 #include <algorithm>
 #include <array>
 #include <mutex>
 
 namespace trevix {
+
+namespace text = kelvane::text;
 
 namespace {
 
@@ -24,7 +27,7 @@ constexpr GradedRule kUnreadable = declared<WorkKind::any>("artifact.unreadable"
 
 /// "text/csv; charset=utf-8" is "text/csv".
 std::string bareType(std::string_view mimeType) {
-    std::string type = lowerAscii(mimeType.substr(0, mimeType.find(';')));
+    std::string type = text::lowerAscii(mimeType.substr(0, mimeType.find(';')));
     while (!type.empty() && type.back() == ' ') type.pop_back();
     return type;
 }
@@ -48,7 +51,7 @@ bool marksByName(const Part& part) {
 
 /// Whether nothing stands in the part, and nothing has to.
 bool isWholeThoughEmpty(const Part& part) {
-    return marksByName(part) && part.bytes.empty() && trimmed(part.text).empty();
+    return marksByName(part) && part.bytes.empty() && text::trimmed(part.text).empty();
 }
 
 std::string labelOf(const Part& part, std::size_t index) {
@@ -104,7 +107,7 @@ std::vector<Finding> critique(const Submission& submission) {
         return whole ? std::vector<Finding>() : emptyFinding("the submission");
     }
 
-    const std::string modality = lowerAscii(submission.modality);
+    const std::string modality = text::lowerAscii(submission.modality);
     const bool several = submission.parts.size() > 1;
     PictureAllowance pictures;
     std::vector<Finding> all;

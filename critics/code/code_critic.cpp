@@ -2,10 +2,12 @@
 
 #include "critics/code/code_rule_table.h"
 #include "critics/code/code_rules.h"
-#include "critics/findings/letters.h"
 #include "critics/text/prose_rules.h"
+#include "text/letters.h"
 
 namespace trevix {
+
+namespace text = kelvane::text;
 
 namespace {
 
@@ -18,7 +20,7 @@ constexpr GradedRule kSecret = declared<WorkKind::code>("code.secret");
 std::vector<Finding> critiqueCode(const Part& part) {
     const SourceText source(part.text);
     FindingList findings(source);
-    if (trimmed(part.text).empty()) {
+    if (text::trimmed(part.text).empty()) {
         findings.addWith(kEmpty, 0, "blanks only", "is all there is");
         return findings.take();
     }

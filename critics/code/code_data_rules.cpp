@@ -2,9 +2,9 @@
 
 #include "critics/code/code_rule_table.h"
 #include "critics/code/code_rules.h"
-#include "critics/findings/letters.h"
 
 #include "text/json_shape.h"
+#include "text/letters.h"
 
 #include <nlohmann/json.hpp>
 
@@ -14,6 +14,8 @@
 #include <vector>
 
 namespace trevix {
+
+namespace text = kelvane::text;
 
 namespace {
 
@@ -69,7 +71,7 @@ private:
 bool isJsonLines(const SourceText& source) {
     std::size_t documents = 0;
     for (std::size_t i = 0; i < source.lineCount(); ++i) {
-        const std::string_view line = trimmed(source.line(i));
+        const std::string_view line = text::trimmed(source.line(i));
         if (line.empty()) continue;
         if (line[0] != '{' || !nlohmann::json::accept(line)) return false;
         ++documents;
@@ -128,7 +130,7 @@ public:
 private:
     void readLine(std::size_t line) {
         const std::string_view raw = m_source.line(line);
-        if (trimmed(raw).empty()) return;
+        if (text::trimmed(raw).empty()) return;
         const std::size_t lead = raw.find_first_not_of(" \t");
         if (m_blockIndent) {
             if (lead > *m_blockIndent) return; // Text below "key: |".
@@ -138,7 +140,7 @@ private:
             countFlow(withoutYamlComment(raw));
             return;
         }
-        const std::string_view content = trimmed(withoutYamlComment(raw.substr(lead)));
+        const std::string_view content = text::trimmed(withoutYamlComment(raw.substr(lead)));
         if (content.empty() || content == "---" || content == "...") {
             if (!content.empty()) m_levels.clear();
             return;
@@ -152,7 +154,7 @@ private:
 
     void readContent(std::size_t line, std::string_view content, std::size_t indent) {
         while (content.substr(0, 2) == "- " || content == "-") {
-            const std::string_view rest = trimmed(content.substr(1));
+            const std::string_view rest = text::trimmed(content.substr(1));
             // Each item starts keys of its own.
             closeLevels(indent, true);
             indent += rest.empty() ? 1 : static_cast<std::size_t>(rest.data() - content.data());
@@ -172,7 +174,7 @@ private:
             report(line, "repeats a key of the same mapping");
             return;
         }
-        readValue(line, trimmed(content.substr(colon + 1)), indent);
+        readValue(line, text::trimmed(content.substr(colon + 1)), indent);
     }
 
     void readValue(std::size_t line, std::string_view value, std::size_t indent) {
@@ -205,7 +207,7 @@ private:
             if (quote != '\0') {
                 if (c == '\\' && quote == '"') ++i;
                 if (c == quote) quote = '\0';
-            } else if (c == '"' || (c == '\'' && (i == 0 || !isAsciiLetter(text[i - 1])))) {
+            } else if (c == '"' || (c == '\'' && (i == 0 || !text::isAsciiLetter(text[i - 1])))) {
                 quote = c;
             } else if (m_flow > 0 || i == 0) {
                 if (c == '[' || c == '{') ++m_flow;
@@ -240,7 +242,7 @@ void checkJson(const CodeView& view, FindingList& findings) {
     std::size_t skipped = 0;
     if (text.substr(0, 3) == "\xEF\xBB\xBF") skipped = 3;
     text.remove_prefix(skipped);
-    JsonListener listener(kelvane::text::jsonShape(text).depth <= kelvane::text::kDeepestJson);
+    JsonListener listener(text::jsonShape(text).depth <= text::kDeepestJson);
     nlohmann::json::sax_parse(text, &listener);
     if (listener.faultAt) {
         if (isJsonLines(view.source)) return;
@@ -248,7 +250,7 @@ void checkJson(const CodeView& view, FindingList& findings) {
         const std::size_t line = view.source.lineAt(at);
         const std::size_t start = view.source.lineStart(line);
         const std::size_t shown = at - start > 60 ? at - 60 : start;
-        const std::string_view rest = trimmed(view.source.text().substr(at));
+        const std::string_view rest = text::trimmed(view.source.text().substr(at));
         const bool comment = rest.substr(0, 2) == "//" || rest.substr(0, 2) == "/*";
         const std::string place = view.source.place(at);
         if (shown >= view.source.lineEnd(line)) {

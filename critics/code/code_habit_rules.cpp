@@ -2,7 +2,9 @@
 
 #include "critics/code/code_rule_table.h"
 #include "critics/code/code_rules.h"
-#include "critics/findings/letters.h"
+#include "text/letters.h"
+#include "text/one_of.h"
+#include "text/unicode.h"
 
 #include <algorithm>
 #include <array>
@@ -10,6 +12,8 @@
 #include <string>
 
 namespace trevix {
+
+namespace text = kelvane::text;
 
 namespace {
 
@@ -24,18 +28,13 @@ constexpr GradedRule kDuplicateImport = declared<WorkKind::code>("code.duplicate
 
 constexpr std::size_t kFewestCommentedLines = 4; // Fewer may be an example of how to use a thing.
 
-template <std::size_t Count>
-bool isOneOf(std::string_view text, const std::array<std::string_view, Count>& choices) {
-    return std::find(choices.begin(), choices.end(), text) != choices.end();
-}
-
 /// "a.b(" as written, from the tokens at `index`: the names without blanks, and the bracket.
 bool calls(const CodeView& view, std::size_t index, std::string_view path) {
     std::size_t at = index;
     while (!path.empty()) {
         std::size_t end = 0;
-        const bool name = isAsciiWord(path[0]);
-        while (end < path.size() && isAsciiWord(path[end]) == name) {
+        const bool name = text::isAsciiWord(path[0]);
+        while (end < path.size() && text::isAsciiWord(path[end]) == name) {
             ++end;
             if (!name && path.substr(0, 2) != "::") break;
         }
@@ -116,13 +115,13 @@ constexpr std::array<std::string_view, 15> kPrinters = {"print(",
                                                         "System.err.println("};
 
 bool isNoteToOneself(std::string_view literal) {
-    while (!literal.empty() && !isAsciiLetter(literal.front()) && literal.front() != '*' &&
+    while (!literal.empty() && !text::isAsciiLetter(literal.front()) && literal.front() != '*' &&
            literal.front() != '=' && literal.front() != '-' && literal.front() != '#' &&
            literal.front() != '>') {
         literal.remove_prefix(1);
     }
     // f"..." and u"..." have a letter in front of the quote, which is a token of its own.
-    std::string text = lowerAscii(literal.substr(0, 40));
+    std::string text = text::lowerAscii(literal.substr(0, 40));
     while (!text.empty() &&
            std::string_view("\"'`\\n :.!*#=->").find(text.back()) != std::string_view::npos) {
         if (text.back() == 'n' && (text.size() < 2 || text[text.size() - 2] != '\\')) break;
@@ -134,7 +133,7 @@ bool isNoteToOneself(std::string_view literal) {
     constexpr std::array<std::string_view, 14> kNotes = {
         "here", "here1", "here2", "got here", "test",      "testing", "debug",
         "xxx",  "asdf",  "aaa",   "foo",      "i am here", "wtf",     "reached"};
-    return isOneOf(text, kNotes) || text.compare(0, 6, "debug:") == 0 ||
+    return text::isOneOf(text, kNotes) || text.compare(0, 6, "debug:") == 0 ||
            text.compare(0, 6, "debug ") == 0 || text.compare(0, 9, "got here ") == 0 ||
            text.compare(0, 5, "here:") == 0 || text.compare(0, 4, "xxx ") == 0;
 }
@@ -142,11 +141,11 @@ bool isNoteToOneself(std::string_view literal) {
 std::size_t afterPath(std::string_view path) {
     std::size_t tokens = 0;
     for (std::size_t i = 0; i < path.size(); ++tokens) {
-        const bool name = isAsciiWord(path[i]);
+        const bool name = text::isAsciiWord(path[i]);
         const bool colons = path.substr(i, 2) == "::";
         ++i;
         if (colons) ++i;
-        while (name && i < path.size() && isAsciiWord(path[i])) ++i;
+        while (name && i < path.size() && text::isAsciiWord(path[i])) ++i;
     }
     return tokens;
 }
@@ -181,14 +180,14 @@ void checkPrinters(const CodeView& view, std::size_t i, FindingList& findings) {
 
 /// The text of a comment line without its marks.
 std::string_view commentText(std::string_view line) {
-    line = trimmed(line);
+    line = text::trimmed(line);
     for (const std::string_view mark : {"//", "/*", "#", "--", "<!--", "*"}) {
         if (line.substr(0, mark.size()) == mark) {
             line.remove_prefix(mark.size());
             break;
         }
     }
-    return trimmed(line);
+    return text::trimmed(line);
 }
 
 void checkTodo(const CodeView& view, const Token& comment, FindingList& findings) {
@@ -198,7 +197,7 @@ void checkTodo(const CodeView& view, const Token& comment, FindingList& findings
         if (i >= lineEnd) lineEnd = std::min(text.find('\n', i), text.size());
         const char c = text[i];
         if (c != 'T' && c != 'F' && c != 'X' && c != 'H') continue;
-        if (i > 0 && (isAsciiWord(text[i - 1]) || text[i - 1] == '"' || text[i - 1] == '`' ||
+        if (i > 0 && (text::isAsciiWord(text[i - 1]) || text[i - 1] == '"' || text[i - 1] == '`' ||
                       text[i - 1] == '\'' || text[i - 1] == '/' || text[i - 1] == '-')) {
             continue;
         }
@@ -206,7 +205,7 @@ void checkTodo(const CodeView& view, const Token& comment, FindingList& findings
             if (text.compare(i, word.size(), word) != 0) continue;
             const std::size_t end = i + word.size();
             const char after = end < text.size() ? text[end] : '\n';
-            if (isAsciiWord(after) || after == '"' || after == '`' || after == '\'' ||
+            if (text::isAsciiWord(after) || after == '"' || after == '`' || after == '\'' ||
                 after == '/' || after == '-' || after == ',') {
                 break; // Part of a name, or a mention of the word.
             }
@@ -239,7 +238,7 @@ bool looksLikeCode(std::string_view text, Language language) {
                             text.substr(0, 6) == "except");
         const bool word = text.substr(0, 7) == "return " || text.substr(0, 7) == "import " ||
                           text == "end" || text == "fi" || text == "done";
-        const bool name = isAsciiWord(text[0]) && text.find(' ') == text.find(" = ");
+        const bool name = text::isAsciiWord(text[0]) && text.find(' ') == text.find(" = ");
         const bool bareCall = call && text.find(' ') > text.find('(');
         return block || word || (assigns && name) || bareCall;
     }
@@ -268,7 +267,7 @@ void checkCommentedOut(const CodeView& view, FindingList& findings) {
         example = false;
     };
     for (std::size_t i = 0; i < view.source.lineCount(); ++i) {
-        const std::string_view line = trimmed(view.source.line(i));
+        const std::string_view line = text::trimmed(view.source.line(i));
         const bool plain = line.substr(0, markLength) == mark && !view.lineInText[i] &&
                            line.substr(0, 3) != "///" && line.substr(0, 3) != "//!" &&
                            line.substr(0, 2) != "#!";
@@ -473,7 +472,7 @@ void checkImports(const CodeView& view, FindingList& findings) {
     for (std::size_t i = 0; i < view.source.lineCount(); ++i) {
         const std::string_view raw = view.source.line(i);
         if (raw.size() > 400 || view.lineInText[i]) continue;
-        const std::string_view line = trimmed(raw);
+        const std::string_view line = text::trimmed(raw);
         if (line.substr(0, 3) == "#if") ++conditions;
         if (line.substr(0, 6) == "#endif" && conditions > 0) --conditions;
         const bool include = line.substr(0, 8) == "#include" && conditions <= 1;

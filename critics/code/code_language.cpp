@@ -1,6 +1,7 @@
 #include "critics/code/code_language.h"
 
-#include "critics/findings/letters.h"
+#include "text/letters.h"
+#include "text/unicode.h"
 
 #include <algorithm>
 #include <array>
@@ -8,6 +9,8 @@
 #include <string>
 
 namespace trevix {
+
+namespace text = kelvane::text;
 
 namespace {
 
@@ -210,24 +213,24 @@ Language byFirstLine(std::string_view line) {
 
 /// An opening bracket and then what JSON, and little else, has behind it.
 bool looksLikeJson(std::string_view text) {
-    text = trimmed(text);
+    text = text::trimmed(text);
     if (text.size() < 2 || (text[0] != '{' && text[0] != '[')) return false;
     const bool array = text[0] == '[';
-    const std::string_view inner = trimmed(text.substr(1, kReadForGuess));
+    const std::string_view inner = text::trimmed(text.substr(1, kReadForGuess));
     if (inner.empty()) return false;
     if (!array && inner[0] == '"') {
         const std::size_t close = inner.find('"', 1);
         if (close == std::string_view::npos) return false;
-        const std::string_view after = trimmed(inner.substr(close + 1, 20));
+        const std::string_view after = text::trimmed(inner.substr(close + 1, 20));
         return !after.empty() && after[0] == ':';
     }
     if (!array) return inner[0] == '}' && inner.size() == 1;
     if (text.back() != ']' && inner[0] != '{') return false;
     const bool starts = inner[0] == '"' || inner[0] == '{' || inner[0] == '[' || inner[0] == '-' ||
-                        isAsciiDigit(inner[0]);
+                        text::isAsciiDigit(inner[0]);
     // An object in an array has quoted keys; a list of Rust attributes or slices has none.
     if (inner[0] == '{') {
-        const std::string_view key = trimmed(inner.substr(1, 200));
+        const std::string_view key = text::trimmed(inner.substr(1, 200));
         return !key.empty() && (key[0] == '"' || key[0] == '}');
     }
     return starts;
@@ -237,7 +240,7 @@ bool looksLikeJson(std::string_view text) {
 bool isYamlLine(std::string_view line) {
     if (line.substr(0, 2) == "- ") return true;
     std::size_t i = 0;
-    while (i < line.size() && (isAsciiWord(line[i]) || line[i] == '-' || line[i] == '.')) ++i;
+    while (i < line.size() && (text::isAsciiWord(line[i]) || line[i] == '-' || line[i] == '.')) ++i;
     if (i == 0 || i >= line.size() || line[i] != ':') return false;
     if (i + 1 < line.size() && line[i + 1] != ' ') return false;
     return !endsWith(line, ";") && !endsWith(line, "{") && !endsWith(line, ",") &&
@@ -250,7 +253,7 @@ bool looksLikeYaml(std::string_view text) {
     std::size_t pairs = 0;
     while (!text.empty()) {
         const std::size_t end = std::min(text.find('\n'), text.size());
-        const std::string_view line = trimmed(text.substr(0, end));
+        const std::string_view line = text::trimmed(text.substr(0, end));
         text.remove_prefix(std::min(end + 1, text.size()));
         if (line.empty() || line[0] == '#' || line == "---") continue;
         ++lines;
@@ -264,7 +267,8 @@ Language byContent(std::string_view text) {
     std::array<int, kLanguages> points{};
     for (std::string_view rest = text; !rest.empty();) {
         const std::size_t end = std::min(rest.find('\n'), rest.size());
-        const std::string_view line = trimmed(rest.substr(0, std::min<std::size_t>(end, 400)));
+        const std::string_view line =
+            text::trimmed(rest.substr(0, std::min<std::size_t>(end, 400)));
         rest.remove_prefix(std::min(end + 1, rest.size()));
         if (line.empty()) continue;
         for (const Sign& sign : kSigns) {
@@ -274,11 +278,12 @@ Language byContent(std::string_view text) {
         }
         const bool colon = line.back() == ':';
         const auto python = static_cast<std::size_t>(Language::python);
-        if (colon &&
-            (startsWithIgnoringCase(line, "if ") || startsWithIgnoringCase(line, "for ") ||
-             startsWithIgnoringCase(line, "while ") || line == "else:" || line == "try:" ||
-             startsWithIgnoringCase(line, "class ") || startsWithIgnoringCase(line, "def ") ||
-             startsWithIgnoringCase(line, "with "))) {
+        if (colon && (text::startsWithIgnoringCase(line, "if ") ||
+                      text::startsWithIgnoringCase(line, "for ") ||
+                      text::startsWithIgnoringCase(line, "while ") || line == "else:" ||
+                      line == "try:" || text::startsWithIgnoringCase(line, "class ") ||
+                      text::startsWithIgnoringCase(line, "def ") ||
+                      text::startsWithIgnoringCase(line, "with "))) {
             points[python] += 3;
         }
         const bool semicolon = line.back() == ';';
@@ -312,7 +317,7 @@ Language byContent(std::string_view text) {
 Language languageOf(std::string_view name, std::string_view text) {
     const std::size_t point = name.rfind('.');
     if (point != std::string_view::npos) {
-        const std::string extension = lowerAscii(name.substr(point + 1));
+        const std::string extension = text::lowerAscii(name.substr(point + 1));
         for (const Extension& known : kExtensions) {
             if (known.name == extension) return known.language;
         }

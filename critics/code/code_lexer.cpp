@@ -1,12 +1,15 @@
 #include "critics/code/code_lexer.h"
 
-#include "critics/findings/letters.h"
+#include "text/letters.h"
+#include "text/unicode.h"
 
 #include <algorithm>
 #include <array>
 #include <string>
 
 namespace trevix {
+
+namespace text = kelvane::text;
 
 namespace {
 
@@ -50,7 +53,7 @@ private:
         if (close == std::string_view::npos) return;
         const std::string_view before = m_text.substr(0, close);
         if (before.find("/*") != std::string_view::npos) return;
-        if (trimmed(before).empty() || trimmed(before).front() == '*') {
+        if (text::trimmed(before).empty() || text::trimmed(before).front() == '*') {
             emit(TokenKind::comment, close + 2);
         }
     }
@@ -70,7 +73,7 @@ private:
         if (comment() || directive()) return;
         m_lineHasCode = true;
         if (literal()) return;
-        if (isAsciiWord(c) || static_cast<unsigned char>(c) >= 0x80 || c == '$' || c == '@') {
+        if (text::isAsciiWord(c) || static_cast<unsigned char>(c) >= 0x80 || c == '$' || c == '@') {
             word();
             return;
         }
@@ -252,7 +255,7 @@ private:
         if (i < limit && m_text[i] == '\\') {
             i += 2;
         } else if (i < limit) {
-            i += codePointAt(m_text, i).length;
+            i += text::decodeFront(m_text.substr(i)).length;
         }
         const bool longer = !is(Language::rust);
         while (i < limit && m_text[i] != '\'' && m_text[i] != '\n' &&
@@ -277,12 +280,12 @@ private:
                 if (i + 2 < m_text.size() && m_text[i + 1] == '\r') ++i;
                 ++i;
             } else if (c == '\n' && !spansLines()) {
-                const bool apostrophe = m_at > 0 && isAsciiLetter(m_text[m_at - 1]);
+                const bool apostrophe = m_at > 0 && text::isAsciiLetter(m_text[m_at - 1]);
                 emit(apostrophe ? TokenKind::mark : TokenKind::string, apostrophe ? m_at + 1 : i);
                 return;
             }
         }
-        const bool apostrophe = m_at > 0 && isAsciiLetter(m_text[m_at - 1]);
+        const bool apostrophe = m_at > 0 && text::isAsciiLetter(m_text[m_at - 1]);
         emit(apostrophe ? TokenKind::mark : TokenKind::string,
              apostrophe ? m_at + 1 : m_text.size());
     }
@@ -400,7 +403,7 @@ private:
 
     bool rawRust() {
         std::size_t i = m_at;
-        if (m_at > 0 && isAsciiWord(m_text[m_at - 1])) return false;
+        if (m_at > 0 && text::isAsciiWord(m_text[m_at - 1])) return false;
         while (i < m_text.size() && i - m_at < 2 &&
                (m_text[i] == 'b' || m_text[i] == 'r' || m_text[i] == 'c'))
             ++i;
@@ -414,15 +417,16 @@ private:
 
     void word() {
         std::size_t i = m_at;
-        const bool number = isAsciiDigit(peek());
+        const bool number = text::isAsciiDigit(peek());
         const bool separators = is(Language::cpp) || is(Language::c);
         while (i < m_text.size()) {
             const char c = m_text[i];
-            const bool inside =
-                isAsciiWord(c) || static_cast<unsigned char>(c) >= 0x80 || c == '$' || c == '@' ||
-                (number && c == '.' && i + 1 < m_text.size() && isAsciiDigit(m_text[i + 1])) ||
-                (number && c == '\'' && separators && i + 1 < m_text.size() &&
-                 isAsciiWord(m_text[i + 1]));
+            const bool inside = text::isAsciiWord(c) || static_cast<unsigned char>(c) >= 0x80 ||
+                                c == '$' || c == '@' ||
+                                (number && c == '.' && i + 1 < m_text.size() &&
+                                 text::isAsciiDigit(m_text[i + 1])) ||
+                                (number && c == '\'' && separators && i + 1 < m_text.size() &&
+                                 text::isAsciiWord(m_text[i + 1]));
             if (!inside) break;
             // "$(" and "${" are marks; a name may only hold the sign.
             if ((c == '$' || c == '@') && i > m_at) break;
@@ -447,8 +451,8 @@ private:
         const bool quotes = quote == '\'' || quote == '"';
         if (quotes) ++i;
         const std::size_t start = i;
-        while (i < m_text.size() && isAsciiWord(m_text[i])) ++i;
-        if (i == start || isAsciiDigit(m_text[start])) return false;
+        while (i < m_text.size() && text::isAsciiWord(m_text[i])) ++i;
+        if (i == start || text::isAsciiDigit(m_text[start])) return false;
         m_heredocs.emplace_back(m_text.substr(start, i - start));
         if (quotes && i < m_text.size() && m_text[i] == quote) ++i;
         emit(TokenKind::mark, i);
@@ -460,7 +464,7 @@ private:
             std::size_t at = m_at;
             while (at < m_text.size()) {
                 const std::size_t stop = lineEnd(at);
-                const std::string_view line = trimmed(m_text.substr(at, stop - at));
+                const std::string_view line = text::trimmed(m_text.substr(at, stop - at));
                 at = std::min(stop + 1, m_text.size());
                 if (line == end) break;
             }

@@ -2,13 +2,16 @@
 
 #include "critics/code/code_rule_table.h"
 #include "critics/code/code_rules.h"
-#include "critics/findings/letters.h"
+#include "text/letters.h"
+#include "text/unicode.h"
 
 #include <algorithm>
 #include <array>
 #include <string>
 
 namespace trevix {
+
+namespace text = kelvane::text;
 
 namespace {
 
@@ -35,7 +38,7 @@ std::string_view inner(std::string_view literal) {
            (literal.front() == '"' || literal.front() == '\'' || literal.front() == '`')) {
         literal.remove_prefix(1);
     }
-    return trimmed(literal);
+    return text::trimmed(literal);
 }
 
 bool contains(std::string_view text, std::string_view what) {
@@ -65,7 +68,7 @@ bool isQuery(std::string_view literal) {
 
 /// A name that holds marks for values, or one fixed in the program, is no value of a stranger.
 bool isHarmlessName(std::string_view name) {
-    const std::string lower = lowerAscii(name);
+    const std::string lower = text::lowerAscii(name);
     for (const std::string_view part : {"placeholder", "marks", "column", "cols", "fields", "table",
                                         "schema", "order", "direction"}) {
         if (contains(lower, part)) return true;
@@ -201,13 +204,14 @@ void checkHomePaths(const CodeView& view, FindingList& findings) {
                  {"/home/", "/Users/", "C:\\Users\\", "C:\\\\Users\\\\"}) {
                 if (text.compare(i, root.size(), root) == 0) start = i + root.size();
             }
-            if (start == 0 || (i > 0 && (isAsciiWord(text[i - 1]) || text[i - 1] == '.'))) continue;
+            if (start == 0 || (i > 0 && (text::isAsciiWord(text[i - 1]) || text[i - 1] == '.')))
+                continue;
             std::size_t end = start;
             while (end < text.size() &&
-                   (isAsciiWord(text[end]) || text[end] == '-' || text[end] == '.')) {
+                   (text::isAsciiWord(text[end]) || text[end] == '-' || text[end] == '.')) {
                 ++end;
             }
-            const std::string user = lowerAscii(text.substr(start, end - start));
+            const std::string user = text::lowerAscii(text.substr(start, end - start));
             const bool deeper = end < text.size() && (text[end] == '/' || text[end] == '\\');
             const bool nobody = std::find(kNobody.begin(), kNobody.end(), user) != kNobody.end();
             if (user.empty() || !deeper || nobody) continue;

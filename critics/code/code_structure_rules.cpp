@@ -2,7 +2,8 @@
 
 #include "critics/code/code_rule_table.h"
 #include "critics/code/code_rules.h"
-#include "critics/findings/letters.h"
+#include "text/letters.h"
+#include "text/one_of.h"
 #include "text/unicode.h"
 
 #include <algorithm>
@@ -11,6 +12,8 @@
 #include <string>
 
 namespace trevix {
+
+namespace text = kelvane::text;
 
 namespace {
 
@@ -31,11 +34,6 @@ constexpr std::size_t kDeepestNesting = 6;       // Blocks.
 constexpr std::size_t kLongestLine = 160;        // Characters.
 constexpr std::size_t kLongestUnbroken = 80;     // Bytes; addresses and data cannot be wrapped.
 constexpr std::size_t kMostMismatches = 3;       // One slip throws later brackets off as well.
-
-template <std::size_t Count>
-bool isOneOf(std::string_view text, const std::array<std::string_view, Count>& choices) {
-    return std::find(choices.begin(), choices.end(), text) != choices.end();
-}
 
 bool checksBrackets(Language language) {
     switch (language) {
@@ -77,7 +75,7 @@ bool opensFunction(const CodeView& view, std::size_t brace) {
     if (!view.is(i, ")") || view.match[i] == kNoToken || view.match[i] == 0) return false;
     const std::size_t name = view.match[i] - 1;
     return view.isKind(name, TokenKind::identifier) &&
-           !isOneOf(view.textOf(view.code[name]), kControl);
+           !text::isOneOf(view.textOf(view.code[name]), kControl);
 }
 
 void reportLongFunction(const CodeView& view, std::size_t first, std::size_t brace,
@@ -117,7 +115,7 @@ public:
     explicit LineText(const SourceText& source) : m_source(source) {}
 
     std::string_view at(std::size_t line) {
-        if (line != m_line) m_text = trimmed(m_source.line(line));
+        if (line != m_line) m_text = text::trimmed(m_source.line(line));
         m_line = line;
         return m_text;
     }
@@ -135,7 +133,7 @@ bool opensBlock(const CodeView& view, std::size_t brace, LineText& lines) {
                                                         "loop", "unsafe", "catch"};
     if (view.is(before, ")") || view.is(before, "=>")) return true;
     if (!view.isKind(before, TokenKind::identifier)) return false;
-    if (isOneOf(view.textOf(view.code[before]), kWords)) return true;
+    if (text::isOneOf(view.textOf(view.code[before]), kWords)) return true;
     if (view.language != Language::go && view.language != Language::rust) return false;
     // "for x := range xs {": the word that makes it a block stands at the start of the line.
     const std::string_view text = lines.at(view.lineOf(brace));
@@ -159,7 +157,8 @@ void checkPythonNesting(const CodeView& view, FindingList& findings) {
         constexpr std::array<std::string_view, 12> kOpeners = {
             "def",  "if",   "for",    "while", "with",    "try",
             "else", "elif", "except", "async", "finally", "match"};
-        if (isOneOf(view.textOf(view.code[line.first]), kOpeners)) indents.push_back(line.indent);
+        if (text::isOneOf(view.textOf(view.code[line.first]), kOpeners))
+            indents.push_back(line.indent);
     }
 }
 
@@ -230,7 +229,7 @@ void checkUnreachable(const CodeView& view, FindingList& findings) {
         const std::size_t end = ends.behind(i);
         if (end == kNoToken || end + 1 >= view.code.size()) continue;
         const std::size_t next = end + 1;
-        if (isOneOf(view.textOf(view.code[next]), kMayFollow)) continue;
+        if (text::isOneOf(view.textOf(view.code[next]), kMayFollow)) continue;
         if (view.isKind(next, TokenKind::identifier) && view.is(next + 1, ":")) continue; // Label.
         if (view.is(next, "[") || view.is(next, ";") || view.is(next, "#")) continue;
         const std::size_t start = view.code[next].offset;
@@ -245,7 +244,8 @@ void checkUnreachableByIndent(const CodeView& view, FindingList& findings) {
     const std::vector<LogicalLine> lines = view.logicalLines();
     for (std::size_t i = 0; i + 1 < lines.size(); ++i) {
         const std::size_t first = lines[i].first;
-        if (!isOneOf(view.textOf(view.code[first]), kLeavers) || view.is(first, "panic")) continue;
+        if (!text::isOneOf(view.textOf(view.code[first]), kLeavers) || view.is(first, "panic"))
+            continue;
         if (view.is(first, "throw")) continue;
         if (lines[i + 1].indent != lines[i].indent || lines[i].indent == 0) continue;
         const std::size_t next = lines[i + 1].first;
@@ -279,7 +279,7 @@ void checkFalseConditions(const CodeView& view, FindingList& findings) {
     }
     for (const Token& token : view.tokens) {
         if (token.kind != TokenKind::directive) continue;
-        const std::string_view text = trimmed(view.textOf(token));
+        const std::string_view text = text::trimmed(view.textOf(token));
         if (text == "#if 0" || text == "#if false") {
             findings.add(kDeadCode, token.offset, token.length, "guards code that never runs");
         }
@@ -398,7 +398,7 @@ void checkIndentation(const CodeView& view, FindingList& findings) {
     std::optional<std::size_t> mixedLine;
     for (std::size_t i = 0; i < view.source.lineCount(); ++i) {
         const std::string_view line = view.source.line(i);
-        if (view.lineInText[i] || line.empty() || trimmed(line).empty()) continue;
+        if (view.lineInText[i] || line.empty() || text::trimmed(line).empty()) continue;
         const std::size_t indent = line.find_first_not_of(" \t");
         const std::string_view lead = line.substr(0, indent);
         if (lead.empty()) continue;
@@ -428,7 +428,7 @@ void checkLongLines(const CodeView& view, FindingList& findings) {
         const std::string_view line = view.source.line(i);
         if (line.size() <= kLongestLine) continue;
         const std::size_t length =
-            line.size() > 4 * kLongestLine ? line.size() : kelvane::text::characterCount(line);
+            line.size() > 4 * kLongestLine ? line.size() : text::characterCount(line);
         if (length <= kLongestLine) continue;
         std::size_t unbroken = 0;
         std::size_t run = 0;

@@ -1,10 +1,12 @@
 #include "critics/code/code_view.h"
 
-#include "critics/findings/letters.h"
+#include "text/letters.h"
 
 #include <algorithm>
 
 namespace trevix {
+
+namespace text = kelvane::text;
 
 namespace {
 
@@ -26,9 +28,9 @@ bool fit(std::string_view opener, std::string_view closer) {
 }
 
 std::string_view directiveName(std::string_view directive) {
-    directive = trimmed(directive.substr(1));
+    directive = text::trimmed(directive.substr(1));
     std::size_t end = 0;
-    while (end < directive.size() && isAsciiLetter(directive[end])) ++end;
+    while (end < directive.size() && text::isAsciiLetter(directive[end])) ++end;
     return directive.substr(0, end);
 }
 

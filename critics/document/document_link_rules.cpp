@@ -2,6 +2,8 @@
 
 #include "critics/document/document_rule_table.h"
 #include "critics/document/document_rules.h"
+#include "text/letters.h"
+#include "text/unicode.h"
 
 #include <algorithm>
 #include <array>
@@ -11,6 +13,8 @@
 #include <unordered_set>
 
 namespace trevix {
+
+namespace text = kelvane::text;
 
 namespace {
 
@@ -28,7 +32,7 @@ bool isGapTarget(std::string_view target) {
     constexpr std::array<std::string_view, 14> kGaps = {
         "",    "#", "todo", "tbd",     "url",      "link",  "xxx",
         "...", "…", "path", "http://", "https://", "#todo", "insert-link-here"};
-    return std::find(kGaps.begin(), kGaps.end(), lowerAscii(target)) != kGaps.end();
+    return std::find(kGaps.begin(), kGaps.end(), text::lowerAscii(target)) != kGaps.end();
 }
 
 /// Why the address cannot work, or nothing.
@@ -36,7 +40,7 @@ std::string_view addressFault(const Link& link) {
     const std::string_view target = link.target;
     const bool blank = target.find_first_of(" \t") != std::string_view::npos;
     if (blank && !link.bracketed) return "contains a blank";
-    const std::string lower = lowerAscii(target.substr(0, 16));
+    const std::string lower = text::lowerAscii(target.substr(0, 16));
     for (const std::string_view slip : {"http:/", "https:/", "ftp:/"}) {
         if (lower.compare(0, slip.size(), slip) == 0 &&
             (lower.size() <= slip.size() || lower[slip.size()] != '/')) {
@@ -68,11 +72,12 @@ std::string_view addressFault(const Link& link) {
 std::string anchorKey(std::string_view text) {
     std::string key;
     for (std::size_t i = 0; i < text.size();) {
-        const CodePoint point = codePointAt(text, i);
-        if (point.value >= 0x80 || isAsciiDigit(text[i]) || isAsciiLetter(text[i])) {
-            if (point.value < 0x80) {
-                key += lowerAscii(text[i]);
-            } else if (isLetter(point.value)) {
+        const text::Decoded point = text::decodeFront(text.substr(i));
+        if (point.codePoint >= 0x80 || text::isAsciiDigit(text[i]) ||
+            text::isAsciiLetter(text[i])) {
+            if (point.codePoint < 0x80) {
+                key += text::lowerAscii(text[i]);
+            } else if (text::isLetter(point.codePoint)) {
                 key += text.substr(i, point.length);
             }
         }
@@ -83,8 +88,8 @@ std::string anchorKey(std::string_view text) {
 
 std::string unescaped(std::string_view target) {
     const auto hex = [](char c) -> int {
-        if (isAsciiDigit(c)) return c - '0';
-        const char lower = lowerAscii(c);
+        if (text::isAsciiDigit(c)) return c - '0';
+        const char lower = text::lowerAscii(c);
         return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
     };
     std::string plain;
@@ -171,12 +176,12 @@ constexpr std::size_t kSection = 2;
 std::string_view numberAt(std::string_view text, std::size_t at) {
     std::size_t end = at;
     while (end < text.size() && end - at < 12) {
-        const bool point =
-            text[end] == '.' && end > at && end + 1 < text.size() && isAsciiDigit(text[end + 1]);
-        if (!isAsciiDigit(text[end]) && !point) break;
+        const bool point = text[end] == '.' && end > at && end + 1 < text.size() &&
+                           text::isAsciiDigit(text[end + 1]);
+        if (!text::isAsciiDigit(text[end]) && !point) break;
         ++end;
     }
-    if (end < text.size() && isAsciiLetter(text[end])) return {};
+    if (end < text.size() && text::isAsciiLetter(text[end])) return {};
     return text.substr(at, end - at);
 }
 
@@ -188,7 +193,7 @@ std::size_t numberStart(std::string_view text, std::size_t at) {
 }
 
 std::size_t kindOf(std::string_view word) {
-    const std::string lower = lowerAscii(word);
+    const std::string lower = text::lowerAscii(word);
     for (std::size_t i = 0; i < kKinds.size(); ++i) {
         if (lower == kKinds[i].word || lower == kKinds[i].shortWord) return i;
     }
@@ -201,7 +206,7 @@ class LineLeads {
 public:
     explicit LineLeads(const SourceText& source) : m_source(source) {}
 
-    bool has(const Word& word) {
+    bool has(const text::Word& word) {
         const std::size_t line = m_source.lineAt(word.offset);
         if (line != m_line) {
             m_line = line;
@@ -219,7 +224,8 @@ private:
 };
 
 /// "Table 3: ..." at the start of a line, bold or not, or as the text of a picture.
-bool isCaption(std::string_view text, const Word& word, std::size_t numberEnd, LineLeads& leads) {
+bool isCaption(std::string_view text, const text::Word& word, std::size_t numberEnd,
+               LineLeads& leads) {
     if (!leads.has(word)) return false;
     if (numberEnd >= text.size()) return true;
     const std::string_view rest = text.substr(numberEnd, 4);
@@ -242,7 +248,7 @@ Numbers sectionNumbers(const DocumentView& document) {
     const std::string_view text = document.source.text();
     for (const Heading& heading : document.outline.headings) {
         std::size_t at = heading.begin;
-        if (hasAt(text, at, "section ")) at += 8;
+        if (text::hasAt(text, at, "section ")) at += 8;
         const std::string_view number = numberAt(text, at);
         if (!number.empty()) numbers.insert(withoutLastPoint(number));
     }
@@ -251,7 +257,7 @@ Numbers sectionNumbers(const DocumentView& document) {
         if (lines[i] != LineKind::prose && lines[i] != LineKind::listItem) continue;
         const bool alone = (i == 0 || lines[i - 1] == LineKind::blank) &&
                            (i + 1 == lines.size() || lines[i + 1] == LineKind::blank);
-        const std::string_view line = trimmed(document.source.line(i));
+        const std::string_view line = text::trimmed(document.source.line(i));
         if (!alone || line.size() > 80 || line.back() == '.') continue;
         const std::string_view number = numberAt(line, 0);
         if (number.empty() || number.size() >= line.size()) continue;
@@ -269,7 +275,7 @@ Numbers sectionNumbers(const DocumentView& document) {
 bool refersOutside(std::string_view text, std::size_t end, std::string_view before) {
     const std::string_view after = text.substr(end, 8);
     if (after.substr(0, 4) == " of " || after.substr(0, 4) == " in ") return true;
-    const std::string lower = lowerAscii(before);
+    const std::string lower = text::lowerAscii(before);
     return lower == "rfc" || lower == "iso" || lower == "act" || lower == "supplementary";
 }
 
@@ -317,7 +323,7 @@ void checkSources(const DocumentView& document, FindingList& findings) {
         if (number.empty() || number.size() > 3 || close >= text.size() || text[close] != ']') {
             continue;
         }
-        if (at > 0 && isAsciiWord(text[at - 1])) continue; // "list[3]"
+        if (at > 0 && text::isAsciiWord(text[at - 1])) continue; // "list[3]"
         if (entries.count(at) > 0 || listed.find(number) != listed.end()) continue;
         findings.add(kMissingNote, at, close + 1 - at,
                      "cites a source that the list of sources does not have");
@@ -330,17 +336,17 @@ void checkLinks(const DocumentView& document, FindingList& findings) {
     const std::unordered_set<std::string> anchors = anchorsOf(document);
     for (const Link& link : document.outline.links) {
         checkTarget(document, link, anchors, findings);
-        if (link.image && trimmed(link.text).empty()) {
+        if (link.image && text::trimmed(link.text).empty()) {
             findings.add(kImageText, link.offset, link.length,
                          "is a picture without words for those who cannot see it");
         }
     }
     std::set<std::string, std::less<>> defined;
     for (const Reference& definition : document.outline.definitions) {
-        defined.insert(lowerAscii(definition.id));
+        defined.insert(text::lowerAscii(definition.id));
     }
     for (const Reference& reference : document.outline.references) {
-        if (defined.count(lowerAscii(reference.id)) > 0) continue;
+        if (defined.count(text::lowerAscii(reference.id)) > 0) continue;
         findings.add(kMissingDefinition, reference.offset, reference.length,
                      "is a link whose address is defined nowhere");
     }
@@ -375,9 +381,10 @@ void checkNumberedReferences(const DocumentView& document, FindingList& findings
     existing[kSection] = sectionNumbers(document);
     std::vector<Mention> mentions;
     LineLeads leads(document.source);
-    const std::vector<Word> all = wordsIn(text, 0, text.size()); // Captions of pictures too.
+    const std::vector<text::Word> all =
+        text::wordsIn(text, 0, text.size()); // Captions of pictures too.
     for (std::size_t i = 0; i < all.size(); ++i) {
-        const Word& word = all[i];
+        const text::Word& word = all[i];
         if (!word.capitalised || word.length < 3 || word.length > 7) continue;
         const std::size_t kind = kindOf(text.substr(word.offset, word.length));
         if (kind == kKinds.size()) continue;

@@ -2,6 +2,8 @@
 
 #include "critics/document/document_rule_table.h"
 #include "critics/document/document_rules.h"
+#include "text/letters.h"
+#include "text/unicode.h"
 
 #include <algorithm>
 #include <array>
@@ -10,6 +12,8 @@
 #include <vector>
 
 namespace trevix {
+
+namespace text = kelvane::text;
 
 namespace {
 
@@ -27,9 +31,9 @@ std::string headingKey(std::string_view text) {
     std::string key;
     for (const char c : text) {
         if (c == '*' || c == '`' || c == '_') continue;
-        key += lowerAscii(c);
+        key += text::lowerAscii(c);
     }
-    return std::string(trimmed(key));
+    return std::string(text::trimmed(key));
 }
 
 void checkLevels(const DocumentView& document, FindingList& findings) {
@@ -105,7 +109,7 @@ struct Item {
 std::optional<Item> itemNumber(std::string_view content) {
     std::size_t digits = 0;
     int number = 0;
-    while (digits < content.size() && digits < 4 && isAsciiDigit(content[digits])) {
+    while (digits < content.size() && digits < 4 && text::isAsciiDigit(content[digits])) {
         number = number * 10 + (content[digits] - '0');
         ++digits;
     }
@@ -157,10 +161,11 @@ struct Sightings {
 };
 
 bool standsAt(std::string_view text, std::size_t offset, std::string_view word, bool byCase) {
-    const bool same = byCase ? text.substr(offset, word.size()) == word : hasAt(text, offset, word);
+    const bool same =
+        byCase ? text.substr(offset, word.size()) == word : text::hasAt(text, offset, word);
     if (!same) return false;
     const std::size_t end = offset + word.size();
-    return end >= text.size() || (!isAsciiWord(text[end]) && text[end] != '-');
+    return end >= text.size() || (!text::isAsciiWord(text[end]) && text[end] != '-');
 }
 
 } // namespace
@@ -176,7 +181,7 @@ void checkNumberedLists(const DocumentView& document, FindingList& findings) {
     std::vector<OpenList> open;
     for (std::size_t i = 0; i < lines.size(); ++i) {
         const std::string_view raw = document.source.line(i);
-        const std::string_view content = trimmed(raw);
+        const std::string_view content = text::trimmed(raw);
         const auto indent = static_cast<std::size_t>(content.data() - raw.data());
         if (lines[i] == LineKind::heading || lines[i] == LineKind::rule) open.clear();
         if (lines[i] == LineKind::prose && i > 0 && lines[i - 1] == LineKind::blank) {
@@ -240,12 +245,12 @@ void checkUnclosedParts(const DocumentView& document, FindingList& findings) {
 void checkSpellings(const DocumentView& document, FindingList& findings) {
     const std::string_view text = document.view.masked();
     std::array<std::array<Sightings, 2>, kSpellings.size()> seen{};
-    for (const Word& word : document.view.words) {
+    for (const text::Word& word : document.view.words) {
         const bool joined = word.offset > 0 && text[word.offset - 1] == '-';
         if (joined) continue;
         for (std::size_t i = 0; i < kSpellings.size(); ++i) {
             const SpellingPair& pair = kSpellings[i];
-            if (lowerAscii(text[word.offset]) != lowerAscii(pair.one[0])) continue;
+            if (text::lowerAscii(text[word.offset]) != text::lowerAscii(pair.one[0])) continue;
             const bool one = standsAt(text, word.offset, pair.one, pair.byCase);
             if (!one && !standsAt(text, word.offset, pair.other, pair.byCase)) continue;
             Sightings& sightings = seen[i][one ? 0 : 1];

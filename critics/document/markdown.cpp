@@ -1,11 +1,14 @@
 #include "critics/document/markdown.h"
 
-#include "critics/findings/letters.h"
+#include "text/letters.h"
+#include "text/unicode.h"
 
 #include <algorithm>
 #include <utility>
 
 namespace trevix {
+
+namespace text = kelvane::text;
 
 namespace {
 
@@ -46,7 +49,7 @@ bool isDelimiterRow(std::string_view content) {
 }
 
 std::size_t cellsIn(std::string_view row) {
-    row = trimmed(row);
+    row = text::trimmed(row);
     if (!row.empty() && row.front() == '|') row.remove_prefix(1);
     std::size_t cells = 1;
     bool code = false;
@@ -56,7 +59,7 @@ std::size_t cellsIn(std::string_view row) {
         } else if (row[i] == '`') {
             code = !code;
         } else if (row[i] == '|' && !code) {
-            if (trimmed(row.substr(i + 1)).empty()) break;
+            if (text::trimmed(row.substr(i + 1)).empty()) break;
             ++cells;
         }
     }
@@ -110,10 +113,10 @@ private:
 
     /// "---", lines of "key: value", "---" at the very start. The first line behind it.
     std::size_t frontMatter() {
-        if (trimmed(m_source.line(0)) != "---") return 0;
+        if (text::trimmed(m_source.line(0)) != "---") return 0;
         const std::size_t limit = std::min<std::size_t>(m_source.lineCount(), 200);
         for (std::size_t i = 1; i < limit; ++i) {
-            const std::string_view line = trimmed(m_source.line(i));
+            const std::string_view line = text::trimmed(m_source.line(i));
             if (line == "---" || line == "...") {
                 for (std::size_t j = 0; j <= i; ++j) setOther(j);
                 return i > 1 ? i + 1 : 0;
@@ -136,7 +139,7 @@ private:
 
     std::size_t readLine(std::size_t line) {
         const std::string_view raw = maskedLine(line);
-        std::string_view content = trimmed(raw);
+        std::string_view content = text::trimmed(raw);
         if (readFence(line, content)) return line + 1;
         if (content.empty()) {
             m_outline.lines[line] = LineKind::blank;
@@ -156,7 +159,7 @@ private:
         while (!content.empty() && content.front() == '>') {
             // A quotation in a document is part of it; only its marks are not.
             mask(masked(), static_cast<std::size_t>(content.data() - masked().data()), 1);
-            content = trimmed(content.substr(1));
+            content = text::trimmed(content.substr(1));
         }
         if (content.empty()) {
             m_outline.lines[line] = LineKind::other;
@@ -209,10 +212,10 @@ private:
         if (marks == 0 || marks > 6) return false;
         if (content.size() > marks && content[marks] != ' ' && content[marks] != '\t') return false;
         m_outline.lines[line] = LineKind::heading;
-        std::string_view text = trimmed(content.substr(marks));
+        std::string_view text = text::trimmed(content.substr(marks));
         std::string_view bare = text;
         while (!bare.empty() && bare.back() == '#') bare.remove_suffix(1);
-        if (bare.empty() || bare.back() == ' ' || bare.back() == '\t') text = trimmed(bare);
+        if (bare.empty() || bare.back() == ' ' || bare.back() == '\t') text = text::trimmed(bare);
         addHeading(line, static_cast<int>(marks), text);
         return true;
     }
@@ -224,11 +227,11 @@ private:
                                (line == 1 || m_outline.lines[line - 2] == LineKind::blank ||
                                 m_outline.lines[line - 2] == LineKind::heading);
         if (single && content.size() >= 2 && afterText &&
-            trimmed(m_source.line(line - 1)).size() <= 100) {
+            text::trimmed(m_source.line(line - 1)).size() <= 100) {
             m_open = false; // Its text was taken for a paragraph.
             m_outline.lines[line - 1] = LineKind::heading;
             m_outline.lines[line] = LineKind::heading;
-            addHeading(line - 1, content[0] == '=' ? 1 : 2, trimmed(maskedLine(line - 1)));
+            addHeading(line - 1, content[0] == '=' ? 1 : 2, text::trimmed(maskedLine(line - 1)));
             return true;
         }
         if (content.size() < 3 || !(onlyOf(content, "- ") || onlyOf(content, "* ") ||
@@ -244,7 +247,7 @@ private:
         if (content.find('|') == std::string_view::npos || line + 1 >= m_source.lineCount()) {
             return line;
         }
-        if (!isDelimiterRow(trimmed(m_source.line(line + 1)))) return line;
+        if (!isDelimiterRow(text::trimmed(m_source.line(line + 1)))) return line;
         closeBlock();
         const std::size_t expected = cellsIn(m_source.line(line));
         std::size_t row = line;
@@ -278,7 +281,7 @@ private:
             m_current.end = m_source.lineEnd(line);
             return true;
         }
-        if (trimmed(content.substr(close + 2)).empty()) return false;
+        if (text::trimmed(content.substr(close + 2)).empty()) return false;
         closeBlock();
         m_outline.lines[line] = LineKind::definition;
         m_outline.definitions.push_back({offset, content.size(), raw.substr(1, close - 1)});
@@ -362,7 +365,7 @@ private:
         if (next == '(') {
             const std::size_t end = targetEnd(close + 1);
             if (end == 0) return close;
-            std::string_view target = trimmed(text.substr(close + 2, end - close - 2));
+            std::string_view target = text::trimmed(text.substr(close + 2, end - close - 2));
             const std::size_t offset = image ? begin - 1 : begin;
             m_outline.links.push_back({offset, end + 1 - offset, inner, withoutTitle(target), image,
                                        !target.empty() && target.front() == '<'});
@@ -374,7 +377,7 @@ private:
             }
             return end;
         }
-        const bool indexing = begin > 0 && isAsciiWord(text[begin - 1]);
+        const bool indexing = begin > 0 && text::isAsciiWord(text[begin - 1]);
         if (next != '[' || indexing) return close;
         const std::string_view rest = text.substr(close + 2, 100);
         const std::size_t end = rest.find_first_of("]\n[");
@@ -412,7 +415,7 @@ private:
         const std::size_t quote = target.find_first_of("\"'");
         if (quote != std::string_view::npos && quote > 0 && target.back() == target[quote] &&
             (target[quote - 1] == ' ' || target[quote - 1] == '\t')) {
-            target = trimmed(target.substr(0, quote));
+            target = text::trimmed(target.substr(0, quote));
         }
         return target;
     }
@@ -423,7 +426,7 @@ private:
         for (std::size_t i = 0; i + 2 < text.size(); ++i) {
             if (text[i] != '<') continue;
             const char first = text[i + 1] == '/' ? text[i + 2] : text[i + 1];
-            if (!isAsciiLetter(first)) continue;
+            if (!text::isAsciiLetter(first)) continue;
             const std::string_view near = std::string_view(text).substr(i + 1, kLongestTag);
             const std::size_t close = near.find_first_of("<>");
             if (close == std::string_view::npos || near[close] == '<') continue;
@@ -439,7 +442,7 @@ private:
         constexpr std::string_view kElements =
             " a b i u p s br hr em li ol ul td th tr dl dt dd div img kbd pre sub sup del ins "
             "code span table thead tbody details summary strong small center picture source ";
-        const std::string name = " " + lowerAscii(inner) + " ";
+        const std::string name = " " + text::lowerAscii(inner) + " ";
         return kElements.find(name) != std::string_view::npos;
     }
 

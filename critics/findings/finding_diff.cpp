@@ -1,6 +1,9 @@
 #include "critics/findings/finding_diff.h"
 
-#include <algorithm>
+#include "text/letters.h"
+#include "text/one_of.h"
+#include "text/unicode.h"
+
 #include <array>
 #include <cstddef>
 #include <deque>
@@ -9,28 +12,15 @@
 
 namespace trevix {
 
+namespace text = kelvane::text;
+
 namespace {
-
-bool isLetter(char c) {
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
-}
-
-bool isDigit(char c) {
-    return c >= '0' && c <= '9';
-}
 
 bool namesAPlace(std::string_view word) {
     static constexpr std::array<std::string_view, 14> kWords{
         "line", "lines", "row",   "rows", "column", "columns", "page",
         "cell", "cells", "pages", "part", "parts",  "slide",   "slides"};
-    return std::find(kWords.begin(), kWords.end(), word) != kWords.end();
-}
-
-std::string lowered(std::string_view word) {
-    std::string lower(word);
-    std::transform(lower.begin(), lower.end(), lower.begin(),
-                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; });
-    return lower;
+    return text::isOneOf(word, kWords);
 }
 
 // "12", "C4", "AB17": what follows a word such as "line" or "cell". 0 when nothing of the kind
@@ -41,9 +31,9 @@ std::size_t positionLength(std::string_view text) {
         ++letters;
     }
     std::size_t end = letters;
-    while (end < text.size() && isDigit(text[end])) ++end;
+    while (end < text.size() && text::isAsciiDigit(text[end])) ++end;
     if (end == letters) return 0;
-    return end < text.size() && isLetter(text[end]) ? 0 : end;
+    return end < text.size() && text::isAsciiLetter(text[end]) ? 0 : end;
 }
 
 using Key = std::array<std::string, 3>;
@@ -72,16 +62,17 @@ std::string withoutPlaces(std::string_view evidence) {
     std::string kept;
     std::size_t i = 0;
     while (i < evidence.size()) {
-        if (!isLetter(evidence[i])) {
+        if (!text::isAsciiLetter(evidence[i])) {
             kept += evidence[i++];
             continue;
         }
         std::size_t end = i;
-        while (end < evidence.size() && isLetter(evidence[end])) ++end;
+        while (end < evidence.size() && text::isAsciiLetter(evidence[end])) ++end;
         const std::string_view word = evidence.substr(i, end - i);
         kept += word;
         i = end;
-        if (!namesAPlace(lowered(word)) || i >= evidence.size() || evidence[i] != ' ') continue;
+        if (!namesAPlace(text::lowerAscii(word)) || i >= evidence.size() || evidence[i] != ' ')
+            continue;
         if (const std::size_t length = positionLength(evidence.substr(i + 1)); length > 0) {
             kept += " #";
             i += 1 + length;

@@ -1,12 +1,14 @@
 #include "critics/findings/finding_list.h"
 
-#include "critics/findings/letters.h"
+#include "text/letters.h"
 #include "text/unicode.h"
 
 #include <algorithm>
 #include <utility>
 
 namespace trevix {
+
+namespace text = kelvane::text;
 
 namespace {
 
@@ -18,14 +20,15 @@ std::string onOneLine(std::string_view text) {
     std::string line;
     bool blankPending = false;
     for (std::size_t i = 0; i < text.size();) {
-        const CodePoint point = codePointAt(text, i);
-        const bool control = point.value < 0x20 || (point.value >= 0x7F && point.value < 0xA0);
-        if (isSpace(point.value) || (point.valid && control)) {
+        const text::Decoded point = text::decodeFront(text.substr(i));
+        const bool control =
+            point.codePoint < 0x20 || (point.codePoint >= 0x7F && point.codePoint < 0xA0);
+        if (text::isSpace(point.codePoint) || (point.codePoint != text::kNoCodePoint && control)) {
             blankPending = !line.empty();
         } else {
             if (blankPending) line += ' ';
             blankPending = false;
-            if (point.valid) {
+            if (point.codePoint != text::kNoCodePoint) {
                 line += text.substr(i, point.length);
             } else {
                 line += "\xEF\xBF\xBD";
@@ -62,9 +65,9 @@ std::string shortened(std::string_view text, std::size_t limit) {
     // A prefix that is surely long enough, so that a text of many megabytes costs nothing.
     const bool cutAway = text.size() > 4 * kMostEvidenceBytes;
     std::string line = onOneLine(text.substr(0, 4 * kMostEvidenceBytes));
-    std::string_view kept = kelvane::text::firstCharacters(line, limit);
+    std::string_view kept = text::firstCharacters(line, limit);
     if (kept.size() == line.size() && line.size() <= kMostEvidenceBytes && !cutAway) return line;
-    kept = kelvane::text::firstCharacters(line, limit - 1);
+    kept = text::firstCharacters(line, limit - 1);
     if (kept.size() > kMostEvidenceBytes) {
         std::size_t end = kMostEvidenceBytes;
         while (end > 0 && (static_cast<unsigned char>(kept[end]) & 0xC0U) == 0x80U) --end;
@@ -91,7 +94,7 @@ std::string FindingList::quote(std::size_t offset, std::size_t length) const {
     for (auto span = firstOverlap; span != m_hidden.end() && span->first < end; ++span) {
         if (span->first > at) shown += text.substr(at, span->first - at);
         const std::string_view secret = text.substr(span->first, span->second - span->first);
-        shown += kelvane::text::firstCharacters(secret, 4);
+        shown += text::firstCharacters(secret, 4);
         shown += kEllipsis;
         at = std::min(std::max(at, span->second), end);
     }

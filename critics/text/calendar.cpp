@@ -1,5 +1,9 @@
 #include "critics/text/calendar.h"
 
+#include "text/letters.h"
+#include "text/one_of.h"
+#include "text/unicode.h"
+
 #include <algorithm>
 #include <array>
 #include <string>
@@ -7,6 +11,8 @@
 #include <unordered_map>
 
 namespace trevix {
+
+namespace text = kelvane::text;
 
 namespace {
 
@@ -86,10 +92,11 @@ const DateNames& dateNames() {
     return names;
 }
 
-std::optional<int> lookUp(NameKind kind, std::string_view text, const Word& word) {
+std::optional<int> lookUp(NameKind kind, std::string_view text, const text::Word& word) {
     if (word.digits || word.length < 3 || word.length > 12) return std::nullopt;
     std::array<char, 12> lower{};
-    for (std::size_t i = 0; i < word.length; ++i) lower[i] = lowerAscii(text[word.offset + i]);
+    for (std::size_t i = 0; i < word.length; ++i)
+        lower[i] = text::lowerAscii(text[word.offset + i]);
     const auto found = dateNames().find(std::string_view(lower.data(), word.length));
     if (found == dateNames().end() || found->second.kind != kind) return std::nullopt;
     if (!word.capitalised && !found->second.maybeSmall) return std::nullopt;
@@ -100,7 +107,7 @@ std::optional<int> plainNumber(std::string_view digits) {
     if (digits.empty() || digits.size() > 4) return std::nullopt;
     int value = 0;
     for (const char c : digits) {
-        if (!isAsciiDigit(c)) return std::nullopt;
+        if (!text::isAsciiDigit(c)) return std::nullopt;
         value = value * 10 + (c - '0');
     }
     return value;
@@ -112,11 +119,11 @@ struct DayNumber {
 };
 
 /// "3", "03" or "3rd".
-std::optional<DayNumber> dayNumber(std::string_view text, const Word& word) {
+std::optional<DayNumber> dayNumber(std::string_view text, const text::Word& word) {
     std::string_view digits = text.substr(word.offset, word.length);
     bool ordinal = false;
     if (digits.size() > 2) {
-        const std::string suffix = lowerAscii(digits.substr(digits.size() - 2));
+        const std::string suffix = text::lowerAscii(digits.substr(digits.size() - 2));
         ordinal = suffix == "st" || suffix == "nd" || suffix == "rd" || suffix == "th";
         if (ordinal) digits.remove_suffix(2);
     }
@@ -124,14 +131,14 @@ std::optional<DayNumber> dayNumber(std::string_view text, const Word& word) {
     const auto day = plainNumber(digits);
     if (!day || *day == 0) return std::nullopt;
     // "3.5 May" or "1,3 May" is no day.
-    if (word.offset >= 2 && isAsciiDigit(text[word.offset - 2]) &&
+    if (word.offset >= 2 && text::isAsciiDigit(text[word.offset - 2]) &&
         (text[word.offset - 1] == '.' || text[word.offset - 1] == ',')) {
         return std::nullopt;
     }
     return DayNumber{*day, ordinal};
 }
 
-std::optional<int> yearNumber(std::string_view text, const Word& word) {
+std::optional<int> yearNumber(std::string_view text, const text::Word& word) {
     if (word.length != 4) return std::nullopt;
     const auto year = plainNumber(text.substr(word.offset, word.length));
     if (!year || *year < 1583 || *year > 2999) return std::nullopt;
@@ -153,11 +160,6 @@ std::string gapBetween(std::string_view text, std::size_t begin, std::size_t end
     return gap;
 }
 
-template <std::size_t Count>
-bool isOneOf(std::string_view gap, const std::array<std::string_view, Count>& choices) {
-    return std::find(choices.begin(), choices.end(), gap) != choices.end();
-}
-
 constexpr std::array<std::string_view, 4> kDayToMonth = {" ", ". ", "-", "."};
 constexpr std::array<std::string_view, 6> kToYear = {" ", ", ", ". ", "-", ",", " , "};
 constexpr std::array<std::string_view, 8> kDayRange = {"-", "–",   " - ", " – ",
@@ -165,7 +167,7 @@ constexpr std::array<std::string_view, 8> kDayRange = {"-", "–",   " - ", " �
 
 class DateScanner {
 public:
-    DateScanner(std::string_view text, const std::vector<Word>& words)
+    DateScanner(std::string_view text, const std::vector<text::Word>& words)
         : m_text(text),
           m_words(words) {}
 
@@ -186,11 +188,13 @@ private:
         return gapBetween(m_text, m_words[left].end(), m_words[right].offset);
     }
     [[nodiscard]] bool joining(std::size_t i) const {
-        const std::string word = lowerAscii(m_text.substr(m_words[i].offset, m_words[i].length));
+        const std::string word =
+            text::lowerAscii(m_text.substr(m_words[i].offset, m_words[i].length));
         return word == "of" || word == "de" || word == "del";
     }
     [[nodiscard]] bool connects(std::size_t i) const {
-        const std::string word = lowerAscii(m_text.substr(m_words[i].offset, m_words[i].length));
+        const std::string word =
+            text::lowerAscii(m_text.substr(m_words[i].offset, m_words[i].length));
         return word == "to" || word == "until" || word == "through" || word == "bis";
     }
 
@@ -209,7 +213,7 @@ private:
         std::size_t at = month - 1;
         if (joining(at) && gap(at, month) == " " && at > 0 && gap(at - 1, at) == " ") {
             --at;
-        } else if (!isOneOf(gap(at, month), kDayToMonth)) {
+        } else if (!text::isOneOf(gap(at, month), kDayToMonth)) {
             return false;
         }
         const auto day = dayNumber(m_text, m_words[at]);
@@ -226,7 +230,7 @@ private:
     void firstOfRange(std::size_t day, WrittenDate& date, std::size_t& first) const {
         if (day == 0) return;
         std::size_t at = day - 1;
-        if (!isOneOf(gap(at, day), kDayRange)) {
+        if (!text::isOneOf(gap(at, day), kDayRange)) {
             if (!connects(at) || at == 0 || gap(at, day) != " ") return;
             const std::string before = gap(at - 1, at);
             if (before != " " && before != ". ") return;
@@ -251,14 +255,14 @@ private:
         // "May 12:30" and "March 3.5" are no dates.
         const std::size_t after = m_words[month + 1].end();
         if (after + 1 < m_text.size() && (m_text[after] == ':' || m_text[after] == '.') &&
-            isAsciiDigit(m_text[after + 1])) {
+            text::isAsciiDigit(m_text[after + 1])) {
             return false;
         }
         if (after < m_text.size() && m_text[after] == '%') return false;
         date.day = day->day;
         m_sure = day->ordinal;
         last = month + 1;
-        if (last + 1 < m_words.size() && isOneOf(gap(last, last + 1), kDayRange)) {
+        if (last + 1 < m_words.size() && text::isOneOf(gap(last, last + 1), kDayRange)) {
             const auto end = dayNumber(m_text, m_words[last + 1]);
             if (end && end->day <= 31) {
                 date.firstDay = date.day;
@@ -275,7 +279,7 @@ private:
         if (joining(at) && gap(last, at) == " " && at + 1 < m_words.size()) {
             if (gap(at, at + 1) != " ") return;
             ++at;
-        } else if (!isOneOf(gap(last, at), kToYear)) {
+        } else if (!text::isOneOf(gap(last, at), kToYear)) {
             return;
         }
         date.year = yearNumber(m_text, m_words[at]);
@@ -300,7 +304,8 @@ private:
     void weekdayBefore(WrittenDate& date, std::size_t first) const {
         if (first == 0) return;
         std::size_t at = first - 1;
-        const std::string word = lowerAscii(m_text.substr(m_words[at].offset, m_words[at].length));
+        const std::string word =
+            text::lowerAscii(m_text.substr(m_words[at].offset, m_words[at].length));
         if ((word == "the" || word == "den" || word == "der" || word == "le") && at > 0 &&
             gap(at, first) == " ") {
             const std::string between = gap(at - 1, at);
@@ -329,7 +334,8 @@ private:
         const std::size_t at = m_words[word].offset;
         if (at > 0) {
             const char before = m_text[at - 1];
-            if (before == '-' || before == '/' || before == '.' || isAsciiWord(before)) return;
+            if (before == '-' || before == '/' || before == '.' || text::isAsciiWord(before))
+                return;
         }
         std::array<int, 3> numbers{};
         std::array<std::size_t, 3> lengths{};
@@ -337,7 +343,7 @@ private:
         std::size_t i = at;
         for (std::size_t part = 0; part < 3; ++part) {
             const std::size_t start = i;
-            while (i < m_text.size() && isAsciiDigit(m_text[i]) && i - start < 5) ++i;
+            while (i < m_text.size() && text::isAsciiDigit(m_text[i]) && i - start < 5) ++i;
             const auto number = plainNumber(m_text.substr(start, i - start));
             if (!number) return;
             numbers[part] = *number;
@@ -349,10 +355,10 @@ private:
             ++i;
         }
         if (i < m_text.size() &&
-            ((isAsciiWord(m_text[i]) && m_text[i] != 'T') || m_text[i] == separator)) {
+            ((text::isAsciiWord(m_text[i]) && m_text[i] != 'T') || m_text[i] == separator)) {
             // A full stop may end the sentence; a further figure may not follow.
             if (separator != '.' || m_text[i] != '.') return;
-            if (i + 1 < m_text.size() && isAsciiDigit(m_text[i + 1])) return;
+            if (i + 1 < m_text.size() && text::isAsciiDigit(m_text[i + 1])) return;
         }
         WrittenDate date;
         date.begin = at;
@@ -399,7 +405,7 @@ private:
     }
 
     std::string_view m_text;
-    const std::vector<Word>& m_words;
+    const std::vector<text::Word>& m_words;
     std::vector<WrittenDate> m_dates;
     std::size_t m_end = 0; ///< Of the last date found.
     bool m_sure = false;   ///< The day just read has its ordinal ending.
@@ -407,7 +413,7 @@ private:
 
 } // namespace
 
-std::vector<WrittenDate> findDates(std::string_view text, const std::vector<Word>& words) {
+std::vector<WrittenDate> findDates(std::string_view text, const std::vector<text::Word>& words) {
     return DateScanner(text, words).scan();
 }
 

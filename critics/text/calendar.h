@@ -7,7 +7,7 @@
 
 #pragma once
 
-#include "critics/findings/letters.h"
+#include "text/letters.h"
 
 #include <cstddef>
 #include <optional>
@@ -15,6 +15,8 @@
 #include <vector>
 
 namespace trevix {
+
+namespace text = kelvane::text;
 
 struct WrittenDate {
     std::size_t begin = 0; ///< Of the weekday, when one stands in front.
@@ -29,7 +31,7 @@ struct WrittenDate {
 
 /// `words` are the words of `text` in order.
 [[nodiscard]] std::vector<WrittenDate> findDates(std::string_view text,
-                                                 const std::vector<Word>& words);
+                                                 const std::vector<text::Word>& words);
 
 /// Builds the table of names that `findDates` looks words up in; otherwise the first call does.
 void warmUpDateNames();

@@ -4,12 +4,17 @@
 #include "critics/text/prose_rules.h"
 #include "critics/text/secret_shapes.h"
 #include "critics/text/text_rule_table.h"
+#include "text/letters.h"
+#include "text/one_of.h"
+#include "text/unicode.h"
 
 #include <algorithm>
 #include <array>
 #include <string>
 
 namespace trevix {
+
+namespace text = kelvane::text;
 
 namespace {
 
@@ -49,16 +54,12 @@ constexpr std::array<std::string_view, 16> kNumbered = {
 constexpr std::array<std::string_view, 9> kAfterMention = {
     "list", "lists", "app", "comment", "comments", "item", "items", "marker", "markers"};
 
-template <std::size_t Count>
-bool isOneOf(std::string_view text, const std::array<std::string_view, Count>& choices) {
-    return std::find(choices.begin(), choices.end(), text) != choices.end();
-}
-
 /// Inner text in small letters, with underscores as blanks and single blanks.
 std::string slotName(std::string_view inner) {
     std::string slot;
-    for (const char c : trimmed(inner)) {
-        const char plain = c == '_' || c == '\n' || c == '\r' || c == '\t' ? ' ' : lowerAscii(c);
+    for (const char c : text::trimmed(inner)) {
+        const char plain =
+            c == '_' || c == '\n' || c == '\r' || c == '\t' ? ' ' : text::lowerAscii(c);
         if (plain == ' ' && !slot.empty() && slot.back() == ' ') continue;
         slot += plain;
     }
@@ -66,7 +67,7 @@ std::string slotName(std::string_view inner) {
 }
 
 bool isSlot(const std::string& slot) {
-    if (isOneOf(slot, kSlots)) return true;
+    if (text::isOneOf(slot, kSlots)) return true;
     return std::any_of(kSlotStarts.begin(), kSlotStarts.end(), [&](std::string_view start) {
         return slot.size() > start.size() && slot.compare(0, start.size(), start) == 0;
     });
@@ -85,7 +86,7 @@ std::size_t closerNear(std::string_view text, std::size_t at, char closer) {
 }
 
 bool wordMarksGap(const ProseView& view, std::size_t index) {
-    const Word& word = view.words[index];
+    const text::Word& word = view.words[index];
     const std::string_view text = view.masked();
     const std::string_view own = view.wordText(index);
     const bool crosses = own.size() >= 3 && own.find_first_not_of('X') == std::string_view::npos;
@@ -98,15 +99,15 @@ bool wordMarksGap(const ProseView& view, std::size_t index) {
     if (quoted || before == '_' || after == '_' || before == '#' || before == '/') return false;
     if (index + 1 < view.words.size() && !crosses &&
         view.words[index + 1].offset == word.end() + 1 &&
-        isOneOf(lowerAscii(view.wordText(index + 1)), kAfterMention)) {
+        text::isOneOf(text::lowerAscii(view.wordText(index + 1)), kAfterMention)) {
         return false;
     }
     if (crosses && own.size() == 3 && index > 0) {
         // The Roman number thirty.
-        const Word& previous = view.words[index - 1];
-        const std::string lower = lowerAscii(view.wordText(index - 1));
+        const text::Word& previous = view.words[index - 1];
+        const std::string lower = text::lowerAscii(view.wordText(index - 1));
         const bool adjacent = word.offset - previous.end() <= 2;
-        if (adjacent && previous.capitalised && isOneOf(lower, kNumbered)) return false;
+        if (adjacent && previous.capitalised && text::isOneOf(lower, kNumbered)) return false;
     }
     return true;
 }
@@ -141,16 +142,16 @@ void checkBracketedSlot(const ProseView& view, std::size_t at, FindingList& find
         if (close == std::string_view::npos) return;
         if (argumentOfCommand(text, at)) return;
         const std::string slot = slotName(text.substr(at + 1, close - at - 1));
-        if (isOneOf(slot, kInAngles) || (isSlot(slot) && slot.find("your ") == 0) ||
+        if (text::isOneOf(slot, kInAngles) || (isSlot(slot) && slot.find("your ") == 0) ||
             (isSlot(slot) && slot.find("insert ") == 0)) {
             findings.add(kPlaceholder, at, close + 1 - at, kIsPlaceholder);
         }
     } else if (open == '{' && at + 1 < text.size() && text[at + 1] == '{') {
         const std::size_t close = text.substr(0, at + kLongestSlot).find("}}", at);
         if (close == std::string_view::npos) return;
-        const std::string_view inner = trimmed(text.substr(at + 2, close - at - 2));
+        const std::string_view inner = text::trimmed(text.substr(at + 2, close - at - 2));
         const bool name = !inner.empty() && std::all_of(inner.begin(), inner.end(), [](char c) {
-            return isAsciiWord(c) || c == '.' || c == ' ' || c == '-';
+            return text::isAsciiWord(c) || c == '.' || c == ' ' || c == '-';
         });
         if (name && inner != "and" && inner != "or")
             findings.add(kPlaceholder, at, close + 2 - at, kIsPlaceholder);
@@ -179,28 +180,29 @@ constexpr std::array kEditingMarks = {
 
 /// Two or three code points that come from reading UTF-8 as a one-byte character set.
 std::size_t garbledLength(std::string_view text, std::size_t at) {
-    const CodePoint first = codePointAt(text, at);
+    const text::Decoded first = text::decodeFront(text.substr(at));
     const std::size_t next = at + first.length;
-    if (!first.valid || next >= text.size()) return 0;
-    const CodePoint second = codePointAt(text, next);
-    if (!second.valid) return 0;
+    if (first.codePoint == text::kNoCodePoint || next >= text.size()) return 0;
+    const text::Decoded second = text::decodeFront(text.substr(next));
+    if (second.codePoint == text::kNoCodePoint) return 0;
     const auto in = [&](std::int32_t low, std::int32_t high) {
-        return second.value >= low && second.value <= high;
+        return second.codePoint >= low && second.codePoint <= high;
     };
-    if (first.value == 0xC3 && in(0x80, 0xBF)) return first.length + second.length;
-    if (first.value == 0xC3 &&
-        (second.value == 0x2030 || second.value == 0x0152 || second.value == 0x0153 ||
-         second.value == 0x0178 || second.value == 0x201E || second.value == 0x2013 ||
-         second.value == 0x2018 || second.value == 0x20AC)) {
+    if (first.codePoint == 0xC3 && in(0x80, 0xBF)) return first.length + second.length;
+    if (first.codePoint == 0xC3 &&
+        (second.codePoint == 0x2030 || second.codePoint == 0x0152 || second.codePoint == 0x0153 ||
+         second.codePoint == 0x0178 || second.codePoint == 0x201E || second.codePoint == 0x2013 ||
+         second.codePoint == 0x2018 || second.codePoint == 0x20AC)) {
         return first.length + second.length;
     }
-    if (first.value == 0xC2 && in(0xA0, 0xBB)) return first.length + second.length;
-    if (first.value == 0xE2 && second.value == 0x20AC) {
+    if (first.codePoint == 0xC2 && in(0xA0, 0xBB)) return first.length + second.length;
+    if (first.codePoint == 0xE2 && second.codePoint == 0x20AC) {
         const std::size_t third = next + second.length;
         if (third >= text.size()) return 0;
-        const CodePoint last = codePointAt(text, third);
-        const bool garbled = last.valid && (last.value >= 0x80) && !isLetter(last.value);
-        const bool letter = last.value == 0x153 || last.value == 0x161;
+        const text::Decoded last = text::decodeFront(text.substr(third));
+        const bool garbled = last.codePoint != text::kNoCodePoint && (last.codePoint >= 0x80) &&
+                             !text::isLetter(last.codePoint);
+        const bool letter = last.codePoint == 0x153 || last.codePoint == 0x161;
         return garbled || letter ? first.length + second.length + last.length : 0;
     }
     return 0;
@@ -212,7 +214,7 @@ void checkPlaceholders(const ProseView& view, FindingList& findings) {
     const std::string_view text = view.masked();
     for (std::size_t i = 0; i < view.words.size(); ++i) {
         if (wordMarksGap(view, i)) {
-            const Word& word = view.words[i];
+            const text::Word& word = view.words[i];
             std::size_t end = word.end();
             while (end < text.size() && (text[end] == '-' || text[end] == 'X')) ++end;
             // "[TBD]" is found as a bracket below.
@@ -227,9 +229,9 @@ void checkPlaceholders(const ProseView& view, FindingList& findings) {
             findings.add(kPlaceholder, view.words[i].offset,
                          view.words[i + 1].end() - view.words[i].offset, kIsPlaceholder);
         }
-        const Word& word = view.words[i];
+        const text::Word& word = view.words[i];
         for (const std::string_view phrase : kPhrases) {
-            if (hasAt(text, word.offset, phrase)) {
+            if (text::hasAt(text, word.offset, phrase)) {
                 findings.add(kPlaceholder, word.offset, phrase.size(), kIsPlaceholder);
                 break;
             }
@@ -254,10 +256,10 @@ void checkPlaceholders(const ProseView& view, FindingList& findings) {
 void checkEditingMarks(const ProseView& view, FindingList& findings) {
     const std::string_view text = view.masked();
     for (std::size_t i = 0; i < text.size(); ++i) {
-        const char c = lowerAscii(text[i]);
+        const char c = text::lowerAscii(text[i]);
         if (c != '[' && c != '{' && c != 'c' && c != 'f' && c != 'n') continue;
         for (const EditingMark& known : kEditingMarks) {
-            if (known.mark[0] != c || !hasAt(text, i, known.mark)) continue;
+            if (known.mark[0] != c || !text::hasAt(text, i, known.mark)) continue;
             if (known.atLineStart && i > 0 && text[i - 1] != '\n') continue;
             const std::string_view rest = text.substr(i, 60);
             findings.add(kEditingMark, i, rest.substr(0, rest.find('\n')).size(),
@@ -298,16 +300,17 @@ void checkEncoding(const SourceText& source, FindingList& findings) {
                                byte == '\v' || byte == 0x1B;
             if (byte < 0x20 && !blank) now = Trouble::control;
         } else {
-            const CodePoint point = codePointAt(text, i);
+            const text::Decoded point = text::decodeFront(text.substr(i));
             length = point.length;
-            if (!point.valid) {
+            if (point.codePoint == text::kNoCodePoint) {
                 now = Trouble::invalid;
-            } else if (point.value == 0xFFFD) {
+            } else if (point.codePoint == 0xFFFD) {
                 now = Trouble::replaced;
             } else if (const std::size_t garbled = garbledLength(text, i); garbled > 0) {
                 now = Trouble::garbled;
                 length = garbled;
-            } else if (point.value >= 0x80 && point.value < 0xA0 && point.value != 0x85) {
+            } else if (point.codePoint >= 0x80 && point.codePoint < 0xA0 &&
+                       point.codePoint != 0x85) {
                 now = Trouble::control;
             }
         }

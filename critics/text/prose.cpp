@@ -1,12 +1,15 @@
 #include "critics/text/prose.h"
 
-#include "critics/findings/letters.h"
+#include "text/letters.h"
+#include "text/unicode.h"
 
 #include <algorithm>
 #include <array>
 #include <string>
 
 namespace trevix {
+
+namespace text = kelvane::text;
 
 namespace {
 
@@ -37,10 +40,10 @@ bool isAbbreviation(std::string_view text, std::size_t begin, std::size_t stop) 
     std::size_t start = stop;
     while (start > begin && stop - start < 12) {
         const char c = text[start - 1];
-        if (!isAsciiLetter(c) && c != '.' && (static_cast<unsigned char>(c) < 0x80)) break;
+        if (!text::isAsciiLetter(c) && c != '.' && (static_cast<unsigned char>(c) < 0x80)) break;
         --start;
     }
-    const std::string word = lowerAscii(text.substr(start, stop - start));
+    const std::string word = text::lowerAscii(text.substr(start, stop - start));
     if (word.empty()) return false;
     if (word.size() == 1 && word != "i") return true; // An initial.
     if (word.find('.') != std::string::npos) return true;
@@ -61,11 +64,11 @@ public:
         bool wordCounts = false;
         std::size_t lineStart = block.begin;
         for (std::size_t i = block.begin; i < block.end;) {
-            const CodePoint point = codePointAt(m_text, i);
-            if (isSpace(point.value)) {
+            const text::Decoded point = text::decodeFront(m_text.substr(i));
+            if (text::isSpace(point.codePoint)) {
                 if (inWord && wordCounts) ++m_current.words;
                 inWord = wordCounts = false;
-                if (point.value == '\n') {
+                if (point.codePoint == '\n') {
                     if (endsLine(lineStart, i)) finish(i, i + 1, false);
                     lineStart = i + 1;
                 }
@@ -73,12 +76,12 @@ public:
                 continue;
             }
             inWord = true;
-            if (point.value == kMasked || !point.valid || isLetter(point.value) ||
-                isDigit(point.value)) {
+            if (point.codePoint == kMasked || point.codePoint == text::kNoCodePoint ||
+                text::isLetter(point.codePoint) || text::isDigit(point.codePoint)) {
                 wordCounts = true;
             }
             const std::size_t next = i + point.length;
-            if (const std::size_t stop = sentenceStop(point.value, i, next); stop != 0) {
+            if (const std::size_t stop = sentenceStop(point.codePoint, i, next); stop != 0) {
                 if (wordCounts) ++m_current.words;
                 inWord = wordCounts = false;
                 finish(stop, stop, true);
@@ -122,23 +125,24 @@ private:
         if (c != '.' && c != '!' && c != '?' && c != 0x2026 && !wide) return 0;
         std::size_t end = next;
         while (end < m_end && end - next < kMostClosers) {
-            const CodePoint point = codePointAt(m_text, end);
-            const bool mark = point.value == '.' || point.value == '!' || point.value == '?';
-            if (!isCloser(point.value) && !mark) break;
+            const text::Decoded point = text::decodeFront(m_text.substr(end));
+            const bool mark =
+                point.codePoint == '.' || point.codePoint == '!' || point.codePoint == '?';
+            if (!isCloser(point.codePoint) && !mark) break;
             end += point.length;
         }
         if (wide || end >= m_end) return end;
-        if (!isSpace(codePointAt(m_text, end).value)) return 0;
+        if (!text::isSpace(text::decodeFront(m_text.substr(end)).codePoint)) return 0;
         std::size_t after = end;
         while (after < m_end && isBlank(m_text[after])) ++after;
         if (after >= m_end) return end;
         if (c == '.' && end == next && isAbbreviation(m_text, m_current.begin, at)) return 0;
-        CodePoint follower = codePointAt(m_text, after);
-        while (isOpener(follower.value) && after + follower.length < m_end) {
+        text::Decoded follower = text::decodeFront(m_text.substr(after));
+        while (isOpener(follower.codePoint) && after + follower.length < m_end) {
             after += follower.length;
-            follower = codePointAt(m_text, after);
+            follower = text::decodeFront(m_text.substr(after));
         }
-        return isLower(follower.value) ? 0 : end;
+        return text::isLower(follower.codePoint) ? 0 : end;
     }
 
     std::string_view m_text;
@@ -171,7 +175,7 @@ std::size_t addressEnd(std::string_view text, std::size_t at) {
 }
 
 bool isMailByte(char c) {
-    return isAsciiWord(c) || c == '.' || c == '-' || c == '+';
+    return text::isAsciiWord(c) || c == '.' || c == '-' || c == '+';
 }
 
 } // namespace
@@ -215,10 +219,11 @@ void maskCode(std::string& text) {
 void maskAddresses(std::string& text) {
     for (std::size_t i = 0; i < text.size();) {
         const char c = text[i];
-        const bool wordStart = i == 0 || !isAsciiWord(text[i - 1]);
+        const bool wordStart = i == 0 || !text::isAsciiWord(text[i - 1]);
         if (wordStart && (c == 'h' || c == 'H' || c == 'w' || c == 'W' || c == 'f' || c == 'm')) {
-            if (hasAt(text, i, "http://") || hasAt(text, i, "https://") || hasAt(text, i, "www.") ||
-                hasAt(text, i, "ftp://") || hasAt(text, i, "mailto:")) {
+            if (text::hasAt(text, i, "http://") || text::hasAt(text, i, "https://") ||
+                text::hasAt(text, i, "www.") || text::hasAt(text, i, "ftp://") ||
+                text::hasAt(text, i, "mailto:")) {
                 const std::size_t end = addressEnd(text, i);
                 mask(text, i, end - i);
                 i = std::max(end, i + 1);
@@ -226,7 +231,7 @@ void maskAddresses(std::string& text) {
             }
         }
         if (c == '@' && i > 0 && i + 1 < text.size() && isMailByte(text[i - 1]) &&
-            isAsciiWord(text[i + 1])) {
+            text::isAsciiWord(text[i + 1])) {
             std::size_t start = i;
             while (start > 0 && i - start < 80 && isMailByte(text[start - 1])) --start;
             std::size_t end = i + 1;
@@ -247,8 +252,8 @@ std::size_t listMarkerLength(std::string_view line) {
     } else if (!line.empty() && (line[0] == '-' || line[0] == '*' || line[0] == '+')) {
         i = 1;
     } else {
-        while (i < line.size() && isAsciiDigit(line[i]) && i < 4) ++i;
-        if (i == 0 && !line.empty() && isAsciiLetter(line[0])) {
+        while (i < line.size() && text::isAsciiDigit(line[i]) && i < 4) ++i;
+        if (i == 0 && !line.empty() && text::isAsciiLetter(line[0])) {
             i = 1;
             if (line.size() < 2 || line[1] != ')') return 0;
         }
@@ -271,7 +276,7 @@ Prose plainProse(const SourceText& source) {
     };
     for (std::size_t i = 0; i < source.lineCount(); ++i) {
         const std::string_view line = source.line(i);
-        const std::string_view content = trimmed(line);
+        const std::string_view content = text::trimmed(line);
         if (!content.empty() && line[0] == '>') {
             mask(prose.masked, source.lineStart(i), line.size());
         }

@@ -2,6 +2,8 @@
 
 #include "critics/text/calendar.h"
 #include "critics/text/text_rule_table.h"
+#include "text/letters.h"
+#include "text/unicode.h"
 
 #include <algorithm>
 #include <array>
@@ -11,6 +13,8 @@
 #include <unordered_set>
 
 namespace trevix {
+
+namespace text = kelvane::text;
 
 namespace {
 
@@ -65,7 +69,7 @@ bool isIn(const WordSet& words, std::string_view text) {
 }
 
 /// Only blanks, and at most one line break between two lines of running text.
-bool onlyParted(const ProseView& view, const Word& left, const Word& right) {
+bool onlyParted(const ProseView& view, const text::Word& left, const text::Word& right) {
     const std::string_view text = view.masked();
     if (right.offset - left.end() > 200) return false;
     const std::string_view gap = text.substr(left.end(), right.offset - left.end());
@@ -75,7 +79,7 @@ bool onlyParted(const ProseView& view, const Word& left, const Word& right) {
     if (gap.find_first_not_of(" \t\r\n") != std::string_view::npos) return false;
     if (gap.find('\n', lineBreak + 1) != std::string_view::npos) return false;
     const std::size_t line = view.source.lineAt(left.offset);
-    return trimmed(view.source.line(line)).size() >= kProseLine;
+    return text::trimmed(view.source.line(line)).size() >= kProseLine;
 }
 
 std::uint64_t hashOf(std::string_view text) {
@@ -88,7 +92,7 @@ std::uint64_t hashOf(std::string_view text) {
         }
         if (blank) hash = (hash ^ 0x20U) * 1099511628211ULL;
         blank = false;
-        hash = (hash ^ static_cast<unsigned char>(lowerAscii(c))) * 1099511628211ULL;
+        hash = (hash ^ static_cast<unsigned char>(text::lowerAscii(c))) * 1099511628211ULL;
     }
     return hash;
 }
@@ -107,7 +111,7 @@ bool sameButForSpacing(std::string_view a, std::string_view b) {
     while (i < a.size() && j < b.size()) {
         if (blankAt(a, i) != blankAt(b, j)) return false;
         if (i >= a.size() || j >= b.size()) break;
-        if (lowerAscii(a[i++]) != lowerAscii(b[j++])) return false;
+        if (text::lowerAscii(a[i++]) != text::lowerAscii(b[j++])) return false;
     }
     return i == a.size() && j == b.size();
 }
@@ -163,12 +167,12 @@ void checkUnfinishedSentences(const ProseView& view, FindingList& findings) {
         if (!last && view.prose.blocks[sentence.block + 1].kind == BlockKind::listItem) continue;
         const auto after = std::upper_bound(
             view.words.begin(), view.words.end(), sentence.end,
-            [](std::size_t offset, const Word& word) { return offset < word.end(); });
+            [](std::size_t offset, const text::Word& word) { return offset < word.end(); });
         if (after == view.words.begin()) continue;
-        const Word& word = *(after - 1);
+        const text::Word& word = *(after - 1);
         const bool atEnd = word.end() == sentence.end && word.offset >= sentence.begin;
         if (atEnd &&
-            isIn(wordLists().neverLast, lowerAscii(text.substr(word.offset, word.length))) &&
+            isIn(wordLists().neverLast, text::lowerAscii(text.substr(word.offset, word.length))) &&
             !word.capitalised) {
             findings.add(kUnfinished, sentence.begin, sentence.end - sentence.begin,
                          "breaks off at “" + std::string(text.substr(word.offset, word.length)) +
@@ -181,27 +185,27 @@ void checkUnfinishedSentences(const ProseView& view, FindingList& findings) {
 }
 
 bool tellsAChange(const ProseView& view, const WrittenDate& date) {
-    const auto at =
-        std::lower_bound(view.words.begin(), view.words.end(), date.begin,
-                         [](const Word& word, std::size_t offset) { return word.offset < offset; });
+    const auto at = std::lower_bound(
+        view.words.begin(), view.words.end(), date.begin,
+        [](const text::Word& word, std::size_t offset) { return word.offset < offset; });
     const auto count = std::min<std::ptrdiff_t>(8, at - view.words.begin());
-    return std::any_of(at - count, at, [&](const Word& word) {
+    return std::any_of(at - count, at, [&](const text::Word& word) {
         return isIn(wordLists().changes,
-                    lowerAscii(view.masked().substr(word.offset, word.length)));
+                    text::lowerAscii(view.masked().substr(word.offset, word.length)));
     });
 }
 
 bool connectsRange(const ProseView& view, const WrittenDate& from, const WrittenDate& to) {
     if (to.begin < from.end || to.begin - from.end > 16) return false;
-    const std::string_view gap = trimmed(view.masked().substr(from.end, to.begin - from.end));
-    const std::string joint = lowerAscii(gap);
+    const std::string_view gap = text::trimmed(view.masked().substr(from.end, to.begin - from.end));
+    const std::string joint = text::lowerAscii(gap);
     constexpr std::array<std::string_view, 13> kJoints = {
         "to", "until", "till",  "through",  "thru", "–",      "—",
         "-",  "bis",   "up to", "jusqu'au", "au",   "bis zum"};
     if (std::find(kJoints.begin(), kJoints.end(), joint) != kJoints.end()) return true;
     if (joint != "and") return false;
     const std::size_t begin = from.begin > 16 ? from.begin - 16 : 0;
-    const std::string before = lowerAscii(view.masked().substr(begin, from.begin - begin));
+    const std::string before = text::lowerAscii(view.masked().substr(begin, from.begin - begin));
     return before.find("between") != std::string::npos;
 }
 
@@ -224,7 +228,7 @@ std::string inFigures(int year, int month, int day) {
 ProseView::ProseView(const SourceText& text, Prose parts)
     : source(text),
       prose(std::move(parts)),
-      words(wordsIn(prose.masked, 0, prose.masked.size())),
+      words(text::wordsIn(prose.masked, 0, prose.masked.size())),
       sentences(sentencesOf(prose)) {}
 
 std::string_view ProseView::wordText(std::size_t word) const {
@@ -232,12 +236,13 @@ std::string_view ProseView::wordText(std::size_t word) const {
 }
 
 bool checkAmount(const ProseView& view, FindingList& findings) {
-    const std::string_view text = trimmed(view.source.text());
+    const std::string_view text = text::trimmed(view.source.text());
     if (text.empty()) {
         findings.addWith(kEmpty, 0, "blanks only", "is all there is");
         return true;
     }
-    const std::vector<Word> all = wordsIn(view.source.text(), 0, view.source.text().size());
+    const std::vector<text::Word> all =
+        text::wordsIn(view.source.text(), 0, view.source.text().size());
     if (all.empty()) {
         findings.add(kEmpty, 0, view.source.text().size(), "is all there is, without one word");
         return true;
@@ -251,22 +256,23 @@ bool checkAmount(const ProseView& view, FindingList& findings) {
 
 void checkDoubledWords(const ProseView& view, FindingList& findings) {
     for (std::size_t i = 0; i + 1 < view.words.size(); ++i) {
-        const Word& left = view.words[i];
-        const Word& right = view.words[i + 1];
+        const text::Word& left = view.words[i];
+        const text::Word& right = view.words[i + 1];
         if (left.digits || right.digits || left.length > 60) continue;
         if (!onlyParted(view, left, right)) continue;
         const std::string_view own = view.wordText(i);
-        if (!sameWord(own, view.wordText(i + 1))) continue;
-        const std::string lower = lowerAscii(own);
+        if (!text::sameWord(own, view.wordText(i + 1))) continue;
+        const std::string lower = text::lowerAscii(own);
         if (isIn(wordLists().doubledByRight, lower)) continue;
         if (left.letters == 1 && lower != "a" && lower != "i") continue;
         // Names such as "Walla Walla"; two capitals at the start of a sentence are rare.
         if (left.capitalised && right.capitalised && lower != "the" && lower != "a") continue;
         // Three in a row are meant.
-        const bool third = (i + 2 < view.words.size() && sameWord(own, view.wordText(i + 2)) &&
-                            onlyParted(view, right, view.words[i + 2]) && left.length > 3) ||
-                           (i > 0 && sameWord(own, view.wordText(i - 1)) && left.length > 3 &&
-                            onlyParted(view, view.words[i - 1], left));
+        const bool third =
+            (i + 2 < view.words.size() && text::sameWord(own, view.wordText(i + 2)) &&
+             onlyParted(view, right, view.words[i + 2]) && left.length > 3) ||
+            (i > 0 && text::sameWord(own, view.wordText(i - 1)) && left.length > 3 &&
+             onlyParted(view, view.words[i - 1], left));
         if (third) continue;
         findings.add(kDoubledWord, left.offset, right.end() - left.offset,
                      "says the same word twice");

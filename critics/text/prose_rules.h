@@ -7,13 +7,15 @@
 #pragma once
 
 #include "critics/findings/finding_list.h"
-#include "critics/findings/letters.h"
 #include "critics/text/prose.h"
+#include "text/letters.h"
 
 #include <string_view>
 #include <vector>
 
 namespace trevix {
+
+namespace text = kelvane::text;
 
 /// The text with everything that several rules read.
 struct ProseView {
@@ -21,7 +23,7 @@ struct ProseView {
 
     const SourceText& source;
     Prose prose;
-    std::vector<Word> words; ///< Of the masked text.
+    std::vector<text::Word> words; ///< Of the masked text.
     std::vector<Sentence> sentences;
 
     [[nodiscard]] std::string_view masked() const { return prose.masked; }

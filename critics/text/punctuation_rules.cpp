@@ -2,12 +2,16 @@
 
 #include "critics/text/prose_rules.h"
 #include "critics/text/text_rule_table.h"
+#include "text/letters.h"
+#include "text/unicode.h"
 
 #include <algorithm>
 #include <array>
 #include <string>
 
 namespace trevix {
+
+namespace text = kelvane::text;
 
 namespace {
 
@@ -37,13 +41,13 @@ bool closesNothingByRight(std::string_view text, std::size_t begin, std::size_t 
     }
     std::size_t start = at;
     while (start > begin && at - start < 5 &&
-           (isAsciiLetter(text[start - 1]) || isAsciiDigit(text[start - 1]))) {
+           (text::isAsciiLetter(text[start - 1]) || text::isAsciiDigit(text[start - 1]))) {
         --start;
     }
     const std::size_t length = at - start;
     const bool alone = start == begin || blankAt(text, start - 1);
     if (!alone || length == 0 || length > 4) return false;
-    const std::string marker = lowerAscii(text.substr(start, length));
+    const std::string marker = text::lowerAscii(text.substr(start, length));
     return length == 1 || marker.find_first_not_of("0123456789") == std::string::npos ||
            marker.find_first_not_of("ivx") == std::string::npos;
 }
@@ -76,8 +80,8 @@ public:
                 ascii(block, i);
                 ++i;
             } else {
-                const CodePoint point = codePointAt(m_text, i);
-                if (point.valid) quote(point.value, i);
+                const text::Decoded point = text::decodeFront(m_text.substr(i));
+                if (point.codePoint != text::kNoCodePoint) quote(point.codePoint, i);
                 i += point.length;
             }
         }
@@ -130,7 +134,7 @@ private:
     void straightQuote(const Block& block, std::size_t i) {
         const auto open = recent([](const Open& entry) { return entry.mark == '"'; });
         const bool isOpen = open != m_open.rend();
-        const bool afterDigit = i > block.begin && isAsciiDigit(m_text[i - 1]);
+        const bool afterDigit = i > block.begin && text::isAsciiDigit(m_text[i - 1]);
         if (isOpen) {
             m_open.erase(open.base() - 1);
         } else if (!afterDigit) { // 27" is a length.
@@ -177,8 +181,8 @@ private:
     [[nodiscard]] bool quoteGoesOn(const Open& open, const Block* next) const {
         if (open.mark != '"' && open.mark < 0x80) return false;
         if (next == nullptr || next->begin >= next->end) return false;
-        const CodePoint first = codePointAt(m_text, next->begin);
-        return first.value == open.mark;
+        const text::Decoded first = text::decodeFront(m_text.substr(next->begin));
+        return first.codePoint == open.mark;
     }
 
     void report(std::size_t at, std::string_view what) {
@@ -225,7 +229,7 @@ bool hasSmallLetter(std::string_view text) {
 /// A line in capitals that stands by itself is a title.
 bool isTitleLine(const ProseView& view, std::size_t offset) {
     const std::size_t line = view.source.lineAt(offset);
-    const auto blank = [&](std::size_t i) { return trimmed(view.source.line(i)).empty(); };
+    const auto blank = [&](std::size_t i) { return text::trimmed(view.source.line(i)).empty(); };
     const std::string_view own = view.source.line(line);
     if (own.size() > 80 || own.find('!') != std::string_view::npos) return false;
     const bool apart =
@@ -242,10 +246,10 @@ void checkCapitals(const ProseView& view, FindingList& findings) {
         std::size_t everyday = 0;
         std::size_t longWords = 0;
         while (end < view.words.size()) {
-            const Word& word = view.words[end];
+            const text::Word& word = view.words[end];
             if (!word.allUpper() || word.digits) break;
             if (end > i) {
-                const Word& before = view.words[end - 1];
+                const text::Word& before = view.words[end - 1];
                 const std::string_view gap = text.substr(before.end(), word.offset - before.end());
                 if (gap != " " && gap != "\n" && gap != "\r\n") break;
             }
@@ -288,13 +292,13 @@ std::string_view chunkAround(std::string_view text, std::size_t at) {
 
 bool isPlainChunk(std::string_view chunk, char mark) {
     if (chunk.find_first_of("/\\@=_&#[]{}<>|$%*+^~\x01") != std::string_view::npos) return false;
-    if (std::any_of(chunk.begin(), chunk.end(), isAsciiDigit)) return false;
+    if (std::any_of(chunk.begin(), chunk.end(), text::isAsciiDigit)) return false;
     return std::count(chunk.begin(), chunk.end(), mark) == 1;
 }
 
 void checkMissingBlank(const ProseView& view, std::size_t left, FindingList& findings) {
-    const Word& before = view.words[left];
-    const Word& after = view.words[left + 1];
+    const text::Word& before = view.words[left];
+    const text::Word& after = view.words[left + 1];
     const std::string_view text = view.masked();
     if (after.offset != before.end() + 1) return;
     const char mark = text[before.end()];
@@ -319,7 +323,7 @@ void checkBlankBefore(const ProseView& view, std::size_t left, FindingList& find
     const std::size_t blank = view.words[left].end();
     if (blank + 1 >= text.size() || text[blank] != ' ') return;
     const char mark = text[blank + 1];
-    const bool letterFollows = blank + 2 < text.size() && isAsciiLetter(text[blank + 2]);
+    const bool letterFollows = blank + 2 < text.size() && text::isAsciiLetter(text[blank + 2]);
     const bool comma = mark == ',' && (blankAt(text, blank + 2) || letterFollows);
     const bool stop = mark == '.' && blankAt(text, blank + 2);
     if (!comma && !stop) return;
@@ -352,7 +356,7 @@ void checkShouting(const ProseView& view, FindingList& findings) {
         const bool afterWord = i > 0 && !blankAt(text, i - 1);
         if (end - i >= 3 && afterWord && exclamations > 0) {
             std::size_t begin = i;
-            while (begin > 0 && i - begin < 40 && isAsciiLetter(text[begin - 1])) --begin;
+            while (begin > 0 && i - begin < 40 && text::isAsciiLetter(text[begin - 1])) --begin;
             findings.add(kShouting, begin, end - begin, "shouts with its marks");
         }
         i = end - 1;

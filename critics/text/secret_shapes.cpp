@@ -1,7 +1,8 @@
 #include "critics/text/secret_shapes.h"
 
-#include "critics/findings/letters.h"
 #include "critics/text/secret_data.h"
+#include "text/letters.h"
+#include "text/unicode.h"
 
 #include <nlohmann/json.hpp>
 #include <re2/re2.h>
@@ -18,6 +19,8 @@
 #include <tuple>
 
 namespace trevix {
+
+namespace text = kelvane::text;
 
 namespace {
 
@@ -65,8 +68,9 @@ struct Shape {
 constexpr int kMostGroups = 4;
 
 std::size_t letterOrDigitCount(std::string_view value) {
-    return static_cast<std::size_t>(std::count_if(
-        value.begin(), value.end(), [](char c) { return isAsciiLetter(c) || isAsciiDigit(c); }));
+    return static_cast<std::size_t>(std::count_if(value.begin(), value.end(), [](char c) {
+        return text::isAsciiLetter(c) || text::isAsciiDigit(c);
+    }));
 }
 
 void strike(std::string& text, std::string_view word) {
@@ -102,7 +106,7 @@ public:
 
     /// The shapes one of whose keywords the text holds, in the file's order.
     std::vector<Shape*> wanted(std::string_view text) const {
-        const std::string lower = lowerAscii(text);
+        const std::string lower = text::lowerAscii(text);
         std::vector<int> keywords;
         RE2::Set::ErrorInfo error{};
         std::vector<bool> chosen(m_shapes.size(), false);
@@ -131,7 +135,7 @@ public:
                 ++upper;
             } else if (c >= 'a' && c <= 'z') {
                 ++lower;
-            } else if (isAsciiDigit(c)) {
+            } else if (text::isAsciiDigit(c)) {
                 ++digits;
                 ++others;
             } else if (c != '-' && c != '_' && c != '.') {
@@ -180,7 +184,7 @@ private:
     }
 
     std::size_t left(std::string_view value) const {
-        std::string text = lowerAscii(value);
+        std::string text = text::lowerAscii(value);
         RE2::GlobalReplace(&text, m_examples, " ");
         for (const std::string& word : m_ordinary) strike(text, word);
         return letterOrDigitCount(text);
@@ -217,10 +221,10 @@ constexpr std::size_t kLongestName = 80;
 
 std::size_t nameBefore(std::string_view text, std::size_t match, std::size_t value) {
     std::size_t begin = match;
-    while (begin < value && !isAsciiWord(text[begin])) ++begin;
+    while (begin < value && !text::isAsciiWord(text[begin])) ++begin;
     if (begin == value) return value;
     while (begin > 0 && match - std::min(match, begin) < kLongestName &&
-           (isAsciiWord(text[begin - 1]) || text[begin - 1] == '-')) {
+           (text::isAsciiWord(text[begin - 1]) || text[begin - 1] == '-')) {
         --begin;
     }
     return begin;

@@ -1,12 +1,10 @@
-#include "critics/findings/letters.h"
+#include "text/letters.h"
 
 #include "text/unicode.h"
 
 #include <utf8proc.h>
 
-#include <algorithm>
-
-namespace trevix {
+namespace kelvane::text {
 
 namespace {
 
@@ -17,30 +15,6 @@ utf8proc_category_t category(std::int32_t codePoint) {
 }
 
 } // namespace
-
-CodePoint codePointAt(std::string_view text, std::size_t offset) {
-    const auto first = static_cast<unsigned char>(text[offset]);
-    if (first < 0x80) return {first, 1, true};
-    utf8proc_int32_t value = 0;
-    const std::size_t left = std::min<std::size_t>(text.size() - offset, 4);
-    const auto length =
-        utf8proc_iterate(reinterpret_cast<const utf8proc_uint8_t*>(text.data() + offset),
-                         static_cast<utf8proc_ssize_t>(left), &value);
-    if (length <= 0) return {first, 1, false};
-    return {value, static_cast<std::size_t>(length), true};
-}
-
-CodePoint codePointBefore(std::string_view text, std::size_t offset) {
-    const std::size_t earliest = offset >= 4 ? offset - 4 : 0;
-    for (std::size_t start = offset; start-- > earliest;) {
-        if ((static_cast<unsigned char>(text[start]) & 0xC0U) == 0x80U) continue;
-        const CodePoint point = codePointAt(text, start);
-        if (start + point.length == offset) return point;
-        break;
-    }
-    return {static_cast<unsigned char>(text[offset - 1]), 1,
-            static_cast<unsigned char>(text[offset - 1]) < 0x80};
-}
 
 bool isLetter(std::int32_t codePoint) {
     if (codePoint < 0x80) return isAsciiLetter(static_cast<char>(codePoint));
@@ -98,16 +72,6 @@ bool isAsciiWord(char c) {
     return isAsciiLetter(c) || isAsciiDigit(c) || c == '_';
 }
 
-char lowerAscii(char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
-std::string lowerAscii(std::string_view text) {
-    std::string lower(text);
-    for (char& c : lower) c = lowerAscii(c);
-    return lower;
-}
-
 bool hasAt(std::string_view text, std::size_t offset, std::string_view word) {
     if (offset > text.size() || text.size() - offset < word.size()) return false;
     for (std::size_t i = 0; i < word.size(); ++i) {
@@ -131,28 +95,27 @@ std::vector<Word> wordsIn(std::string_view text, std::size_t begin, std::size_t 
     std::vector<Word> words;
     text = text.substr(0, end);
     for (std::size_t i = begin; i < end;) {
-        CodePoint point = codePointAt(text, i);
-        const bool starts = point.valid && (isLetter(point.value) || isDigit(point.value));
+        Decoded point = decodeFront(text.substr(i));
+        const bool starts = isLetter(point.codePoint) || isDigit(point.codePoint);
         if (!starts) {
             i += point.length;
             continue;
         }
         Word word;
         word.offset = i;
-        word.capitalised = isUpper(point.value);
+        word.capitalised = isUpper(point.codePoint);
         while (i < end) {
-            point = codePointAt(text, i);
-            if (!point.valid) break;
-            if (isLetter(point.value)) {
+            point = decodeFront(text.substr(i));
+            if (isLetter(point.codePoint)) {
                 ++word.letters;
-                if (isUpper(point.value)) ++word.upper;
-            } else if (isDigit(point.value)) {
+                if (isUpper(point.codePoint)) ++word.upper;
+            } else if (isDigit(point.codePoint)) {
                 word.digits = true;
-            } else if (point.value == '\'' || point.value == kApostrophe) {
+            } else if (point.codePoint == '\'' || point.codePoint == kApostrophe) {
                 const std::size_t next = i + point.length;
                 if (next >= end) break;
-                const CodePoint after = codePointAt(text, next);
-                if (!after.valid || !isLetter(after.value)) break;
+                const Decoded after = decodeFront(text.substr(next));
+                if (!isLetter(after.codePoint)) break;
             } else {
                 break;
             }
@@ -169,7 +132,7 @@ bool sameWord(std::string_view a, std::string_view b) {
     bool ascii = true;
     for (const char c : a) ascii = ascii && static_cast<unsigned char>(c) < 0x80;
     if (ascii) return a.size() == b.size() && lowerAscii(a) == lowerAscii(b);
-    return kelvane::text::lowercased(a) == kelvane::text::lowercased(b);
+    return lowercased(a) == lowercased(b);
 }
 
-} // namespace trevix
+} // namespace kelvane::text

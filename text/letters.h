@@ -1,28 +1,16 @@
-// What kind of character stands at this byte?
+// The kinds of characters, and the words of a text, for scanners that walk over UTF-8.
 //
-// Unicode questions that scanners ask while they walk over UTF-8 text. A byte that is not UTF-8 is
-// a code point of its own that is no letter, digit or space. All pure.
+// Code points are those that `decodeFront` gives; kNoCodePoint, a byte that is not UTF-8, is no
+// letter, digit or space. All pure; any thread.
 
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
-#include <string>
 #include <string_view>
 #include <vector>
 
-namespace trevix {
-
-struct CodePoint {
-    std::int32_t value = 0;
-    std::size_t length = 1; ///< In bytes.
-    bool valid = true;
-};
-
-/// Precondition: offset < text.size().
-[[nodiscard]] CodePoint codePointAt(std::string_view text, std::size_t offset);
-/// The code point that ends before `offset`. Precondition: 0 < offset <= text.size().
-[[nodiscard]] CodePoint codePointBefore(std::string_view text, std::size_t offset);
+namespace kelvane::text {
 
 [[nodiscard]] bool isLetter(std::int32_t codePoint); ///< Letters and the marks that belong to them.
 [[nodiscard]] bool isDigit(std::int32_t codePoint);
@@ -33,8 +21,6 @@ struct CodePoint {
 [[nodiscard]] bool isAsciiDigit(char c);
 [[nodiscard]] bool isAsciiLetter(char c);
 [[nodiscard]] bool isAsciiWord(char c); ///< Letter, digit or underscore.
-[[nodiscard]] char lowerAscii(char c);
-[[nodiscard]] std::string lowerAscii(std::string_view text);
 /// Whether `text` has `word` at `offset`, without regard to ASCII case. `word` is lower case.
 [[nodiscard]] bool hasAt(std::string_view text, std::size_t offset, std::string_view word);
 [[nodiscard]] bool startsWithIgnoringCase(std::string_view text, std::string_view word);
@@ -60,4 +46,4 @@ struct Word {
 /// Whether two words are the same but for case, by Unicode.
 [[nodiscard]] bool sameWord(std::string_view a, std::string_view b);
 
-} // namespace trevix
+} // namespace kelvane::text
