@@ -22,8 +22,12 @@ QString text(std::string_view utf8) {
     return QString::fromUtf8(utf8.data(), static_cast<qsizetype>(utf8.size()));
 }
 
+QString text(const std::string& utf8) {
+    return text(std::string_view(utf8));
+}
+
 QString text(const std::optional<std::string>& utf8) {
-    return utf8 ? text(std::string_view(*utf8)) : QString();
+    return utf8 ? text(*utf8) : QString();
 }
 
 QString text(const std::optional<Symbol>& symbol) {
