@@ -29,6 +29,8 @@ std::vector<Finding> critiqueCode(const Part& part) {
     checkConflictMarkers(source, kConflict, findings);
 
     const CodeView view(source, languageOf(part.name, part.text));
+    checkSyntax(view, part.name, findings);
+    checkShape(view, findings);
     checkBrackets(view, findings);
     checkLongFunctions(view, findings);
     checkNesting(view, findings);

@@ -15,6 +15,12 @@ struct RulesFor<WorkKind::code> {
         Rule{"code.conflict_marker", Severity::critical, "unresolved merge", Unit::line,
              "as text.conflict_marker"},
         Rule{"code.empty", Severity::high, "something to judge", Unit::part, ""},
+        Rule{"code.syntax", Severity::high, "code that parses", Unit::line,
+             "chosen: the first three of a part, since a parser that lost its way finds echoes"},
+        Rule{"code.unclosed_string", Severity::high, "code that parses", Unit::line, ""},
+        Rule{"code.misspelt_keyword", Severity::high, "code that parses", Unit::line,
+             "one slip of the keyboard: a letter more, less, other, or two swapped; SQL from four "
+             "letters on"},
         Rule{"code.mismatched_bracket", Severity::high, "matching brackets", Unit::line,
              "chosen: the first three of a part, since one slip throws later brackets off; a "
              "partner is looked for eight brackets down"},

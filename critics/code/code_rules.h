@@ -30,6 +30,12 @@ void checkUnsafeCalls(const CodeView& view, FindingList& findings);
 void checkQueries(const CodeView& view, FindingList& findings);
 void checkHomePaths(const CodeView& view, FindingList& findings);
 
+// Grammar: code_syntax_rules.cpp
+void checkSyntax(const CodeView& view, std::string_view name, FindingList& findings);
+
+// Grammar where there is no grammar: code_shape_rules.cpp
+void checkShape(const CodeView& view, FindingList& findings);
+
 // Data: code_data_rules.cpp
 void checkJson(const CodeView& view, FindingList& findings);
 void checkYaml(const CodeView& view, FindingList& findings);

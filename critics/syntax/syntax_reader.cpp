@@ -1,0 +1,99 @@
+#include "critics/syntax/syntax_reader.h"
+
+#include "critics/syntax/grammar_table.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <limits>
+#include <memory>
+#include <utility>
+
+namespace trevix {
+
+namespace {
+
+struct ParserDeleter {
+    void operator()(TSParser* parser) const { ts_parser_delete(parser); }
+};
+struct TreeDeleter {
+    void operator()(TSTree* tree) const { ts_tree_delete(tree); }
+};
+
+/// A walk over the nodes of a tree, without recursion: hostile text nests as deep as it is long.
+class Walk {
+public:
+    explicit Walk(TSNode root) : m_cursor(ts_tree_cursor_new(root)) {}
+    ~Walk() { ts_tree_cursor_delete(&m_cursor); }
+    Walk(const Walk&) = delete;
+    Walk& operator=(const Walk&) = delete;
+
+    [[nodiscard]] TSNode node() const { return ts_tree_cursor_current_node(&m_cursor); }
+    [[nodiscard]] bool intoChildren() { return ts_tree_cursor_goto_first_child(&m_cursor); }
+    /// To what follows the node and everything in it; false at the end of the tree.
+    [[nodiscard]] bool past() {
+        while (!ts_tree_cursor_goto_next_sibling(&m_cursor)) {
+            if (!ts_tree_cursor_goto_parent(&m_cursor)) return false;
+        }
+        return true;
+    }
+
+private:
+    TSTreeCursor m_cursor;
+};
+
+SyntaxFault faultAt(TSNode node) {
+    SyntaxFault fault;
+    fault.offset = ts_node_start_byte(node);
+    if (ts_node_is_missing(node)) {
+        fault.kind = SyntaxFault::Kind::missing;
+        fault.missing = ts_node_type(node);
+    } else {
+        fault.length = ts_node_end_byte(node) - fault.offset;
+    }
+    return fault;
+}
+
+std::vector<SyntaxFault> faultsIn(TSNode root) {
+    constexpr TSSymbol kError = std::numeric_limits<TSSymbol>::max(); // the same in every grammar
+    std::vector<SyntaxFault> faults;
+    Walk walk(root);
+    bool more = ts_node_has_error(root);
+    while (more && faults.size() < kMostFaults) {
+        const TSNode node = walk.node();
+        if (ts_node_is_missing(node) || ts_node_symbol(node) == kError) {
+            faults.push_back(faultAt(node));
+            more = walk.past();
+        } else {
+            // Only branches that hold errors are entered.
+            more = (ts_node_has_error(node) && walk.intoChildren()) || walk.past();
+        }
+    }
+    return faults;
+}
+
+} // namespace
+
+SyntaxReading readSyntax(std::string_view grammar, std::string_view text,
+                         std::chrono::microseconds limit) {
+    const auto known = grammars();
+    const auto found = std::ranges::find(known, grammar, &Grammar::name);
+    // Offsets of the library are of 32 bits.
+    if (found == known.end() || text.size() >= std::numeric_limits<std::uint32_t>::max()) return {};
+
+    const std::unique_ptr<TSParser, ParserDeleter> parser(ts_parser_new());
+    // A grammar made for another library than this one is as good as none.
+    if (!ts_parser_set_language(parser.get(), found->language())) return {};
+    ts_parser_set_timeout_micros(parser.get(), static_cast<std::uint64_t>(limit.count()));
+    const std::unique_ptr<TSTree, TreeDeleter> tree(ts_parser_parse_string(
+        parser.get(), nullptr, text.data(), static_cast<std::uint32_t>(text.size())));
+    if (!tree) return {SyntaxReading::Outcome::outOfTime, {}};
+    return {SyntaxReading::Outcome::read, faultsIn(ts_tree_root_node(tree.get()))};
+}
+
+std::vector<GrammarInfo> knownGrammars() {
+    std::vector<GrammarInfo> known;
+    for (const Grammar& grammar : grammars()) known.push_back({grammar.name, grammar.package});
+    return known;
+}
+
+} // namespace trevix
