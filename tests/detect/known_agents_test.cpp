@@ -83,7 +83,9 @@ TEST(KnownAgents, SignaturesOfTheScanAreTheSameRecords) {
         EXPECT_EQ(signature.procNames, strings(agent.processNames));
         EXPECT_EQ(signature.canWire, agent.wiring != nullptr);
         ASSERT_EQ(signature.configKey.has_value(), agent.wiring != nullptr);
-        if (agent.wiring != nullptr) EXPECT_EQ(*signature.configKey, agent.wiring->key);
+        if (agent.wiring != nullptr) {
+            EXPECT_EQ(*signature.configKey, agent.wiring->key);
+        }
     }
 }
 
