@@ -272,8 +272,10 @@ void checkJson(const CodeView& view, FindingList& findings) {
     }
 }
 
-void checkYaml(const CodeView& view, FindingList& findings) {
+bool checkYaml(const CodeView& view, FindingList& findings) {
+    const std::size_t before = findings.count();
     if (view.language == Language::yaml) YamlReader(view.source, findings).read();
+    return findings.count() == before;
 }
 
 } // namespace trevix

@@ -314,14 +314,17 @@ Language byContent(std::string_view text) {
 
 } // namespace
 
-Language languageOf(std::string_view name, std::string_view text) {
+Language languageOfName(std::string_view name) {
     const std::size_t point = name.rfind('.');
-    if (point != std::string_view::npos) {
-        const std::string extension = text::lowerAscii(name.substr(point + 1));
-        for (const Extension& known : kExtensions) {
-            if (known.name == extension) return known.language;
-        }
-    }
+    if (point == std::string_view::npos) return Language::unknown;
+    const std::string extension = text::lowerAscii(name.substr(point + 1));
+    const auto known = std::ranges::find(kExtensions, extension, &Extension::name);
+    return known == kExtensions.end() ? Language::unknown : known->language;
+}
+
+Language languageOf(std::string_view name, std::string_view text) {
+    const Language byName = languageOfName(name);
+    if (byName != Language::unknown) return byName;
     const std::string_view head = text.substr(0, kReadForGuess);
     const Language named = byFirstLine(head.substr(0, head.find('\n')));
     if (named != Language::unknown) return named;

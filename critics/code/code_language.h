@@ -33,6 +33,9 @@ enum class Language {
 
 [[nodiscard]] Language languageOf(std::string_view name, std::string_view text);
 
+/// The language that the extension of a name says, or `unknown`.
+[[nodiscard]] Language languageOfName(std::string_view name);
+
 /// Blocks in braces, comments with two slashes.
 [[nodiscard]] bool hasBraces(Language language);
 /// Data, markup and styles hold no statements.

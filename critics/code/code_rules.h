@@ -38,6 +38,7 @@ void checkShape(const CodeView& view, FindingList& findings);
 
 // Data: code_data_rules.cpp
 void checkJson(const CodeView& view, FindingList& findings);
-void checkYaml(const CodeView& view, FindingList& findings);
+/// Whether nothing was found.
+bool checkYaml(const CodeView& view, FindingList& findings);
 
 } // namespace trevix

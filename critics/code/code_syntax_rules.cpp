@@ -86,6 +86,14 @@ bool isPartOfSomething(const GrammarOf& rules, std::string_view grammar, std::st
                                [&](const Frame& frame) { return isSoundIn(frame, grammar, text); });
 }
 
+/// Whether all that is wrong with the brackets is that some have no partner: what a selection cuts
+/// off. Work that bears the name of a file is taken for the whole of it.
+bool hasLooseEnds(const CodeView& view) {
+    return !view.faults.empty() && std::ranges::none_of(view.faults, [](const BracketFault& fault) {
+        return fault.kind == BracketFault::Kind::mismatched;
+    });
+}
+
 bool isWordOrBlank(char c) {
     return text::isAsciiWord(c) || c == ' ' || c == '\t' || c == '\r' || c == '\n';
 }
@@ -180,6 +188,7 @@ void checkSyntax(const CodeView& view, std::string_view name, FindingList& findi
     const SyntaxReading reading = readSyntax(grammar, text, kMostTime);
     if (reading.outcome != SyntaxReading::Outcome::read || reading.faults.empty()) return;
     if (isPartOfSomething(*rules, grammar, text)) return;
+    if (languageOfName(name) == Language::unknown && hasLooseEnds(view)) return;
     std::size_t reported = 0;
     for (const SyntaxFault& fault : reading.faults) {
         if (hasMacros(view.language) && !holdsDespiteMacros(view, fault, reading.faults)) continue;

@@ -57,6 +57,9 @@ public:
     void addAt(GradedRule rule, std::string_view place, std::string_view evidence,
                std::string detail);
 
+    /// How many findings are listed so far.
+    [[nodiscard]] std::size_t count() const { return m_findings.size(); }
+
     /// Everything added: over a text by place and then in the order of adding, else in that order;
     /// behind it what was not listed, by rule. Leaves the list empty.
     [[nodiscard]] std::vector<Finding> take();

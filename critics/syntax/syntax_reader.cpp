@@ -77,8 +77,8 @@ SyntaxReading readSyntax(std::string_view grammar, std::string_view text,
                          std::chrono::microseconds limit) {
     const auto known = grammars();
     const auto found = std::ranges::find(known, grammar, &Grammar::name);
-    // Offsets of the library are of 32 bits.
-    if (found == known.end() || text.size() >= std::numeric_limits<std::uint32_t>::max()) return {};
+    if (found == known.end()) return {};
+    if (text.size() > kLongestText) return {SyntaxReading::Outcome::tooLong, {}};
 
     const std::unique_ptr<TSParser, ParserDeleter> parser(ts_parser_new());
     // A grammar made for another library than this one is as good as none.

@@ -34,6 +34,7 @@ struct SyntaxReading {
         read,      ///< To the end; `faults` says the rest.
         noGrammar, ///< No grammar of that name here.
         outOfTime, ///< Given up; nothing is known.
+        tooLong,   ///< Longer than `kLongestText`; nothing is known.
     };
     Outcome outcome = Outcome::noGrammar;
     /// In the order of the text, the outermost of faults inside one another. At most `kMostFaults`.
@@ -41,6 +42,11 @@ struct SyntaxReading {
 
     bool operator==(const SyntaxReading&) const = default;
 };
+
+/// Bytes. The library counts what is open at once in 16 bits and damages its memory beyond that; a
+/// text has no more tokens than bytes, so that none of this length can bring it there. It is some
+/// 1,500 lines.
+constexpr std::size_t kLongestText = 60'000;
 
 /// Beyond these the text is no work in this language, and more places would help nobody.
 constexpr std::size_t kMostFaults = 64;

@@ -196,9 +196,16 @@ TEST(CodeCritic, Brackets) {
         << finding.detail;
 
     const Rules unclosed = {"code.unclosed_bracket"};
+    const std::string selection =
+        "const a = require('x');\nexport function f() {\n    const b = a(1) === 2;\n";
     expectRules(
-        {{"never closed", "int f() {\n    return 1;\n", unclosed, "a.c"},
-         {"a fragment from the middle", "    x = 1;\n}\n", unclosed, "a.c"},
+        {{"never closed",
+          "int f() {\n    return 1;\n",
+          {"code.syntax", "code.unclosed_bracket"},
+          "a.c"},
+         {"never opened", "    x = 1;\n}\n", {"code.syntax", "code.unclosed_bracket"}, "a.c"},
+         {"a selection that ends early", selection + "    return a(\n", unclosed},
+         {"a selection that begins late", "    b = a(2);\n}\n" + selection + "}\n", unclosed},
          {"in strings and comments", "char a = '('; // )\nchar* b = \"[{\"; /* ( */\n", {}, "a.c"},
          {"lifetimes", "fn f<'a>(x: &'a str) -> char { let c = '('; c }\n", {}, "a.rs"},
          {"apostrophes in markup", "const a = <p>Don't {x}</p>;\n", {}, "a.tsx"},

@@ -103,7 +103,7 @@ TEST(SyntaxReader, KnowsNoGrammarOfAnotherName) {
 
 TEST(SyntaxReader, GivesUpWhenItsTimeIsUp) {
     std::string text;
-    for (int i = 0; i < 200'000; ++i) text += "{[(";
+    while (text.size() < kLongestText - 10) text += "a = {[(";
     EXPECT_EQ(readSyntax("javascript", text, 1us).outcome, Outcome::outOfTime);
 }
 
@@ -113,8 +113,23 @@ TEST(SyntaxReader, ListsAFewOfManyFaults) {
     EXPECT_THAT(read("javascript", text).faults, SizeIs(testing::Le(kMostFaults)));
 }
 
-TEST(SyntaxReader, TakesDeepNestingAndBytesThatAreNoText) {
-    EXPECT_EQ(read("json", std::string(100'000, '[')).outcome, Outcome::read);
+TEST(SyntaxReader, TakesTheDeepestNestingThatFits) {
+    for (const GrammarInfo& grammar : knownGrammars()) {
+        for (const std::string_view opener : {"[", "(", "{", "<a>", "- ", "!"}) {
+            std::string text;
+            while (text.size() + opener.size() <= kLongestText) text += opener;
+            EXPECT_NE(read(grammar.name, text).outcome, Outcome::noGrammar) << grammar.name;
+        }
+    }
+}
+
+TEST(SyntaxReader, LeavesLongerTextAlone) {
+    EXPECT_EQ(read("json", std::string(kLongestText + 1, '[')).outcome, Outcome::tooLong);
+    EXPECT_EQ(read("json", std::string(kLongestText + 1, ' ')).outcome, Outcome::tooLong);
+    EXPECT_EQ(read("klingon", std::string(kLongestText + 1, ' ')).outcome, Outcome::noGrammar);
+}
+
+TEST(SyntaxReader, TakesBytesThatAreNoText) {
     std::string bytes;
     for (int i = 0; i < 4096; ++i) bytes += static_cast<char>(i * 37 % 256);
     for (const GrammarInfo& grammar : knownGrammars()) {
