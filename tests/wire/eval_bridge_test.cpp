@@ -263,16 +263,17 @@ TEST_F(EvalBridgeWire, TheKeyIsNotCarriedToAnotherOrigin) {
 struct PollFault {
     const char* name;
     Step step;
-    /// Whether the network library sends a GET once more, at once and on its own, when its
-    /// connection breaks before an answer has begun: then this fault is not even seen here.
-    bool resentByTheLibrary = false;
+    /// How often the network library sends a GET again, at once and on its own, because its
+    /// connection breaks before a whole head has come. Where it does, this client never learns of
+    /// the fault.
+    std::size_t sentAgainByTheLibrary = 0;
 };
 
 TEST_F(EvalBridgeWire, APollSurvivesEveryFaultAndIsSentOnce) {
     const std::vector<PollFault> table{
-        {"a reset", reset(), true},
-        {"the end of the connection", hangUp(), true},
-        {"half a head", rawThenClose("HTTP/1.1 200 OK\r\nCont"), true},
+        {"a reset", reset(), 1},
+        {"the end of the connection", hangUp(), 1},
+        {"half a head", rawThenClose("HTTP/1.1 200 OK\r\nCont"), 2},
         {"half a body", halfBody(200, kShipped)},
         {"500", answer(500, "<html>")},
         {"401", answer(401, "")},
@@ -285,11 +286,13 @@ TEST_F(EvalBridgeWire, APollSurvivesEveryFaultAndIsSentOnce) {
         const std::size_t before = server.requests().size();
         server.script({submitted(), fault.step, json(kShipped)});
         EXPECT_EQ(grade(), kShipVerdict) << fault.name;
-        // The submission, the poll that met the fault, and the one after the wait.
-        EXPECT_EQ(server.requests().size() - before, 3U) << fault.name;
-        const std::size_t seen = fault.resentByTheLibrary ? 0 : 1;
-        EXPECT_EQ(http.timeouts.size(), 2 + seen) << fault.name;
-        EXPECT_EQ(machine.clock.sleeps.size(), seen) << fault.name;
+
+        // Of this client: the submission, the poll that met the fault, and after one wait the next.
+        const std::size_t waits = fault.sentAgainByTheLibrary > 0 ? 0 : 1;
+        EXPECT_EQ(machine.clock.sleeps.size(), waits) << fault.name;
+        EXPECT_EQ(http.timeouts.size(), 2 + waits) << fault.name;
+        EXPECT_EQ(server.requests().size() - before, 2 + waits + fault.sentAgainByTheLibrary)
+            << fault.name;
     }
 }
 
