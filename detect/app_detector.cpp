@@ -19,7 +19,7 @@ DetectedApp resolve(const std::optional<std::string>& bundleId,
 
 DetectedApp frontmost(Workspace& workspace, const AppCatalog& catalog) {
     const auto front = workspace.frontmost();
-    if (!front) return resolve(std::nullopt, std::nullopt, catalog);
+    if (!front) return {};
     return resolve(front->bundleId, front->name, catalog);
 }
 

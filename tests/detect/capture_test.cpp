@@ -449,10 +449,8 @@ TEST_F(CaptureTest, PermissionIsAskedOnceWhenTheTextIsThere) {
 TEST_F(CaptureTest, QuittingWhileTheAppComesForwardEndsTheCapture) {
     fake.workspace.onActivate = [](ProcessId) {};
     fake.clock.sleepEnds = {SleepEnd::Elapsed, SleepEnd::Quitting};
-    const auto result = capture(known("selection", "text"));
-    EXPECT_FALSE(result.ok);
-    EXPECT_TRUE(result.parts.empty());
-    EXPECT_EQ(result.note, std::nullopt);
+    const auto result = capture(known("selection", "code"));
+    EXPECT_EQ(result, (CaptureResult{.parts = {}, .modality = "code", .ok = false, .note = {}}));
     EXPECT_EQ(fake.journal.entries(),
               (Journalled{"activate 42", "sleep 40000000ns", "sleep 40000000ns"}));
 }
