@@ -17,7 +17,8 @@ Item {
         id: picture
         anchors.fill: parent
         source: root.source
-        sourceSize: Qt.size(32, 32)
+        sourceSize.width: 32
+        sourceSize.height: 32
         fillMode: Image.PreserveAspectFit
     }
     RoundedBox {

@@ -18,7 +18,8 @@ Item {
         id: picture
         anchors.fill: parent
         source: root.source
-        sourceSize: Qt.size(20, 20)
+        sourceSize.width: 20
+        sourceSize.height: 20
     }
     RoundedBox {
         visible: picture.status !== Image.Ready

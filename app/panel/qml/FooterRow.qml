@@ -6,7 +6,7 @@ Item {
 
     required property Theme theme
     required property footerRecord footer
-    readonly property Item menuButton: settings
+    readonly property LinkButton menuButton: settings
     signal wireAsked
     signal menuAsked
 

@@ -8,7 +8,7 @@ MouseArea {
 
     required property Theme theme
     required property footerRecord footer
-    required property Item button
+    required property Pressable button
     property int current: -1
     property bool fromKeyboard: false
 

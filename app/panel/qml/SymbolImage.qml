@@ -10,7 +10,8 @@ Image {
 
     width: size
     height: size
-    sourceSize: Qt.size(size, size)
+    sourceSize.width: size
+    sourceSize.height: size
     source: symbol === "" ? "" : "image://symbol/" + symbol + "/" + String(ink).slice(-6)
     Accessible.ignored: true
 }
