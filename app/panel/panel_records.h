@@ -58,7 +58,7 @@ struct HeaderRecord {
     QML_VALUE_TYPE(headerRecord)
     Q_PROPERTY(QString product MEMBER product CONSTANT)
     Q_PROPERTY(QString tag MEMBER tag CONSTANT)
-    Q_PROPERTY(kelvane::PanelTint::Value dot MEMBER dot CONSTANT)
+    Q_PROPERTY(int dot READ dotNumber CONSTANT)
     Q_PROPERTY(QString toolTip MEMBER toolTip CONSTANT)
     Q_PROPERTY(QString mark MEMBER mark CONSTANT)
     Q_PROPERTY(QString markLetter MEMBER markLetter CONSTANT)
@@ -70,6 +70,8 @@ public:
     QString toolTip;    ///< Of the dot.
     QString mark;       ///< The address of the mark's picture; empty when it is missing.
     QString markLetter; ///< Instead of the picture.
+
+    [[nodiscard]] int dotNumber() const { return static_cast<int>(dot); }
 };
 
 struct NowRecord {
@@ -95,13 +97,15 @@ struct FlawRecord {
     Q_GADGET
     QML_VALUE_TYPE(flawRecord)
     Q_PROPERTY(QString severity MEMBER severity CONSTANT)
-    Q_PROPERTY(kelvane::PanelTint::Value tint MEMBER tint CONSTANT)
+    Q_PROPERTY(int tint READ tintNumber CONSTANT)
     Q_PROPERTY(QString text MEMBER text CONSTANT)
 
 public:
     QString severity;
     PanelTint::Value tint = PanelTint::Value::Secondary;
     QString text;
+
+    [[nodiscard]] int tintNumber() const { return static_cast<int>(tint); }
 };
 
 struct VerdictRecord {
@@ -112,8 +116,8 @@ struct VerdictRecord {
     Q_PROPERTY(QString note MEMBER note CONSTANT)
     Q_PROPERTY(bool graded MEMBER graded CONSTANT)
     Q_PROPERTY(QString band MEMBER band CONSTANT)
-    Q_PROPERTY(kelvane::PanelTint::Value bandTint MEMBER bandTint CONSTANT)
-    Q_PROPERTY(kelvane::PanelTint::Value bandLabelTint MEMBER bandLabelTint CONSTANT)
+    Q_PROPERTY(int bandTint READ bandTintNumber CONSTANT)
+    Q_PROPERTY(int bandLabelTint READ bandLabelTintNumber CONSTANT)
     Q_PROPERTY(QString score MEMBER score CONSTANT)
     Q_PROPERTY(QString report MEMBER report CONSTANT)
     Q_PROPERTY(QString error MEMBER error CONSTANT)
@@ -135,6 +139,9 @@ public:
     QList<FlawRecord> flaws;
     QString more;
     QString summary;
+
+    [[nodiscard]] int bandTintNumber() const { return static_cast<int>(bandTint); }
+    [[nodiscard]] int bandLabelTintNumber() const { return static_cast<int>(bandLabelTint); }
 };
 
 struct ButtonRecord {
@@ -169,7 +176,7 @@ struct ChipRecord {
     Q_GADGET
     QML_VALUE_TYPE(chipRecord)
     Q_PROPERTY(QString name MEMBER name CONSTANT)
-    Q_PROPERTY(kelvane::PanelTint::Value dot MEMBER dot CONSTANT)
+    Q_PROPERTY(int dot READ dotNumber CONSTANT)
     Q_PROPERTY(QString badge MEMBER badge CONSTANT)
     Q_PROPERTY(QString toolTip MEMBER toolTip CONSTANT)
 
@@ -178,6 +185,8 @@ public:
     PanelTint::Value dot = PanelTint::Value::Clear;
     QString badge; ///< A symbol's name.
     QString toolTip;
+
+    [[nodiscard]] int dotNumber() const { return static_cast<int>(dot); }
 };
 
 struct ChipRowRecord {
@@ -218,7 +227,7 @@ public:
 struct MenuItemRecord {
     Q_GADGET
     QML_VALUE_TYPE(menuItemRecord)
-    Q_PROPERTY(kelvane::PanelMenuAction::Value action MEMBER action CONSTANT)
+    Q_PROPERTY(int action READ actionNumber CONSTANT)
     Q_PROPERTY(QString actionName MEMBER actionName CONSTANT)
     Q_PROPERTY(QString title MEMBER title CONSTANT)
 
@@ -226,6 +235,8 @@ public:
     PanelMenuAction::Value action = PanelMenuAction::Value::Divider;
     QString actionName; ///< By which tests and assistive tools find the item.
     QString title;
+
+    [[nodiscard]] int actionNumber() const { return static_cast<int>(action); }
 };
 
 struct FooterRecord {
