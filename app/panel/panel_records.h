@@ -1,8 +1,10 @@
 // The records that the panel's drawing binds to, one for each section of the panel.
 //
 // What `companionView` says, with the types that QML knows: a property that is misspelt there is an
-// error when the panel is built and checked. Nothing is decided here. An absent text is the empty
-// one: no text of the panel is present and empty. In QML: `import Kelvane.Panel`.
+// error when the drawing is checked. Nothing is decided here. An absent text is the empty one: no
+// text of the panel is present and empty. An enumeration is handed over as its number, for QML 6.4
+// reads nothing else out of a value; it compares numbers with the names all the same. In QML:
+// `import Kelvane.Panel`. Main thread only.
 
 #pragma once
 
