@@ -118,7 +118,9 @@ TEST(SyntaxReader, TakesTheDeepestNestingThatFits) {
         for (const std::string_view opener : {"[", "(", "{", "<a>", "- ", "!"}) {
             std::string text;
             while (text.size() + opener.size() <= kLongestText) text += opener;
-            EXPECT_NE(read(grammar.name, text).outcome, Outcome::noGrammar) << grammar.name;
+            // Some grammars take minutes over this: that the time is up is an answer, too.
+            EXPECT_NE(readSyntax(grammar.name, text, 100ms).outcome, Outcome::noGrammar)
+                << grammar.name;
         }
     }
 }
