@@ -54,13 +54,13 @@ class OnMacos(unittest.TestCase):
         for program in [self.tools / "uname", self.tools / "brew", self.tools / "cmake",
                         self.tools / "ctest", self.bundle,
                         self.checkout / "build/release/trevix-local",
-                        self.checkout / "scripts/real-tools"]:
+                        self.checkout / "scripts/grammars", self.checkout / "scripts/real-tools"]:
             program.parent.mkdir(parents=True, exist_ok=True)
             program.write_text(STAND_IN)
             program.chmod(0o755)
         # Everything else that the scripts call, and nothing like apt-get or a display's programs.
         for name in ["bash", "env", "python3", "dirname", "sed", "grep", "mkdir", "mktemp", "rm",
-                     "sleep", "cat", "kill", "tr", "sort", "basename"]:
+                     "sleep", "cat", "chmod", "kill", "tr", "sort", "basename"]:
             for folder_name in os.environ["PATH"].split(":"):
                 if (pathlib.Path(folder_name) / name).exists():
                     (self.tools / name).symlink_to(pathlib.Path(folder_name) / name)
@@ -120,6 +120,12 @@ class OnMacos(unittest.TestCase):
         self.assertEqual(result.returncode, 0, result.stderr)
         self.assertEqual([call["arguments"] for call in self.calls("ctest")],
                          [["--preset", "core"], ["--preset", "dev"]])
+        self.assertEqual(len(self.calls("real-tools")), 0)
+        self.assertEqual(len(self.calls("grammars")), 1)
+
+    def test_test_gets_the_real_tools_when_it_is_asked_to(self):
+        result = self.run_script("test", "--real-tools")
+        self.assertEqual(result.returncode, 0, result.stderr)
         self.assertEqual(len(self.calls("real-tools")), 1)
 
     def test_bootstrap_installs_what_is_missing(self):
@@ -127,7 +133,9 @@ class OnMacos(unittest.TestCase):
         result = self.run_script("bootstrap", "build")
         self.assertEqual(result.returncode, 0, result.stderr)
         self.assertEqual(self.installed(), [{"ninja", "pkgconf", "nlohmann-json", "utf8proc",
-                                             "libpng", "cpp-httplib", "sqlite"}])
+                                             "libpng", "cpp-httplib", "sqlite", "re2", "tree-sitter",
+                                             "node"}])
+        self.assertEqual(len(self.calls("grammars")), 1)
 
     def test_bootstrap_does_nothing_when_everything_is_there(self):
         self.run_script("bootstrap", "build", "test", "desktop")
