@@ -15,8 +15,19 @@
 namespace trevix {
 namespace {
 
-constexpr std::size_t kLongestNumber = 48;
-constexpr std::size_t kLongestDate = 40;
+// Bytes. Longer cells are words, and the limits keep reading linear; the longest texts that are
+// meant stand behind them.
+constexpr std::size_t kLongestNumber = 48; // "-1 234 567 890 123 456.123456 kWh" with wide blanks.
+constexpr std::size_t kShortestDate = 6;   // "1.1.24".
+constexpr std::size_t kLongestDate = 40;   // "September 30, 2024, 11:59:59.999 PM".
+constexpr std::size_t kShortestError = 3;  // "#NV".
+constexpr std::size_t kLongestError = 14;
+constexpr std::size_t kLongestPlaceholder = 24;
+constexpr std::size_t kLongestNoValue = 16; // "not applicable".
+constexpr std::size_t kLongestSummary = 60; // A longer label is a sentence.
+// Years of four digits that a table has; outside them the figures are no date.
+constexpr int kFirstYear = 1500;
+constexpr int kLastYear = 2500;
 
 bool isDigit(char letter) {
     return letter >= '0' && letter <= '9';
@@ -352,7 +363,7 @@ std::optional<NumberText> readNumber(std::string_view text) {
 
 std::optional<DateText> readDate(std::string_view text) {
     text = trimmedCell(text);
-    if (text.size() < 6 || text.size() > kLongestDate) return std::nullopt;
+    if (text.size() < kShortestDate || text.size() > kLongestDate) return std::nullopt;
     const std::string_view whole = text;
     std::string_view rest = text;
     std::string_view before = rest;
@@ -373,7 +384,7 @@ std::optional<DateText> readDate(std::string_view text) {
 
     DateText date;
     if (firstDigits == 4) {
-        if (thirdDigits > 2 || *first < 1500 || *first > 2500) return std::nullopt;
+        if (thirdDigits > 2 || *first < kFirstYear || *first > kLastYear) return std::nullopt;
         date.form = mark == '-'   ? DateForm::isoDashes
                     : mark == '/' ? DateForm::isoSlashes
                                   : DateForm::dots;
@@ -382,7 +393,7 @@ std::optional<DateText> readDate(std::string_view text) {
     }
     if (firstDigits > 2 || (thirdDigits != 4 && thirdDigits != 2)) return std::nullopt;
     date.fullYear = thirdDigits == 4;
-    if (date.fullYear && (*third < 1500 || *third > 2500)) return std::nullopt;
+    if (date.fullYear && (*third < kFirstYear || *third > kLastYear)) return std::nullopt;
     const int year = date.fullYear ? *third : 2000 + *third;
     const bool dayFirst = isOnCalendar(year, *second, *first);
     const bool monthFirst = mark != '.' && isOnCalendar(year, *first, *second);
@@ -420,7 +431,7 @@ std::string_view example(DateForm form, DayOrder order) {
 
 bool isFormulaError(std::string_view text) {
     text = trimmedCell(text);
-    if (text.size() < 3 || text.size() > 14) return false;
+    if (text.size() < kShortestError || text.size() > kLongestError) return false;
     if (text.starts_with("Err:")) {
         return text.size() == 7 && text[4] == '5' && isDigit(text[5]) && isDigit(text[6]);
     }
@@ -432,7 +443,7 @@ bool isFormulaError(std::string_view text) {
 
 bool isPlaceholder(std::string_view text) {
     text = trimmedCell(text);
-    if (text.size() < 2 || text.size() > 24) return false;
+    if (text.size() < 2 || text.size() > kLongestPlaceholder) return false;
     const std::string lower = kelvane::text::lowercased(text);
     if (isIn(lower, {"tbd",           "tbd.",    "tbc",         "tba",         "todo",
                      "to do",         "fixme",   "placeholder", "asdf",        "lorem ipsum",
@@ -450,7 +461,7 @@ bool isPlaceholder(std::string_view text) {
 
 bool isNoValue(std::string_view text) {
     text = trimmedCell(text);
-    if (text.size() > 16) return false;
+    if (text.size() > kLongestNoValue) return false;
     const std::string lower = kelvane::text::lowercased(text);
     return isIn(lower, {"",     "-",   "--",   "–",     "—",
                         "n/a",  "na",  "n.a.", "none",  "nil",
@@ -460,7 +471,7 @@ bool isNoValue(std::string_view text) {
 
 RowKind rowKindOf(std::string_view label) {
     label = trimmedCell(label);
-    if (label.empty() || label.size() > 60) return RowKind::data;
+    if (label.empty() || label.size() > kLongestSummary) return RowKind::data;
     std::string lower = kelvane::text::lowercased(label);
     while (!lower.empty() && (lower.back() == ':' || lower.back() == ' ')) lower.pop_back();
     const auto startsWord = [&lower](std::string_view word) {

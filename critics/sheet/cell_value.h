@@ -1,4 +1,4 @@
-// What does a cell mean: a number, a date, an error, or words?
+// The meaning of a cell: a number, a date, an error, or words.
 //
 // Cells are read as people write them in any locale: 1,234.56 and 1.234,56, 1 234,56 and
 // 1'234.56, 12 %, (250), -3.5e6, 14 kg, $12.00, 12,00 €. Where the text alone does not tell whether

@@ -29,7 +29,29 @@ constexpr GradedRule kMixedUnits = declared<WorkKind::sheet>("sheet.mixed_units"
 constexpr GradedRule kStrayBlanks = declared<WorkKind::sheet>("sheet.stray_blanks");
 constexpr GradedRule kSpellingVariants = declared<WorkKind::sheet>("sheet.spelling_variants");
 
+// Where a comment names an experiment, `build/dev/bench/sheet_thresholds NAME` repeats it;
+// docs/thresholds.md has the figures.
+
+/// Cells. With one stray among four a type has the 80 % that `SheetColumn::isNumeric` asks for only
+/// from five on.
 constexpr std::size_t kFewestForMajority = 5;
+/// Dates, and how many of three have the usual style (experiment `majorities`).
+constexpr std::size_t kFewestDates = 3;
+constexpr std::size_t kDatesOfThree = 2;
+/// Numbers, and how many of four have the usual mark, currency or unit (experiment `majorities`).
+constexpr std::size_t kFewestMarked = 4;
+constexpr std::size_t kMarkedOfFour = 3;
+/// What one cell in so many of a column does is meant and no stray (experiment `majorities`).
+constexpr std::size_t kMeantShare = 4;
+constexpr std::size_t kPaddedNumbersShare = 2;
+constexpr std::size_t kPaddedWordsShare = 3;
+/// Words: a column of categories has eight at least and each twice on average; a name is at most 40
+/// bytes long, and its usual spelling three times as frequent as a slip.
+constexpr std::size_t kFewestCategoryCells = 8;
+constexpr std::size_t kUsesOfCategory = 2;
+constexpr std::size_t kLongestCategory = 40;
+constexpr std::size_t kUsualSpellingTimes = 3;
+constexpr std::size_t kFewestWords = 3;
 
 struct CellPlace {
     std::string name;
@@ -121,7 +143,7 @@ void judgeStraysAmongNumbers(const Sheet& sheet, const SheetColumn& column, Find
             ++otherwise;
         if (trimmedCell(text).size() != text.size()) ++padded;
     }
-    const bool paddingIsStyle = padded * 2 > column.numbers;
+    const bool paddingIsStyle = padded * kPaddedNumbersShare > column.numbers;
     const bool spacingIsStyle = spaced >= otherwise;
     for (const SheetCell& cell : column.cells) {
         if (!sheet.isData(cell.row)) continue;
@@ -181,78 +203,96 @@ void judgeFormulaTexts(const Sheet& sheet, const SheetColumn& column, FindingLis
     }
 }
 
-void judgeDates(const Sheet& sheet, const SheetColumn& column, FindingList& list) {
+using DateStyle = std::pair<DateForm, DayOrder>;
+using DateStyles = std::map<DateStyle, std::size_t>;
+
+std::size_t datesIn(const DateStyles& styles) {
+    std::size_t dates = 0;
+    for (const auto& [style, count] : styles) dates += count;
+    return dates;
+}
+
+/// Whether dates are what the column holds, by its cells or by its name.
+bool isDateColumn(const SheetColumn& column) {
     const auto possible = static_cast<std::size_t>(std::ranges::count_if(
         column.cells, [](const SheetCell& cell) { return cell.date && cell.date->possible; }));
-    const bool dateColumn = (column.isDated() && possible * 2 > column.dates) ||
-                            column.isCalled({"date", "datum", "day", "due", "deadline", "start",
-                                             "end", "fecha", "birthday", "born", "geburtsdatum"});
-    std::map<std::pair<DateForm, DayOrder>, std::size_t> forms;
-    std::size_t known = 0;
+    return (column.isDated() && possible * 2 > column.dates) ||
+           column.isCalled({"date", "datum", "day", "due", "deadline", "start", "end", "fecha",
+                            "birthday", "born", "geburtsdatum"});
+}
+
+void judgeImpossibleDates(const Sheet& sheet, const SheetColumn& column, FindingList& list) {
+    const bool dateColumn = isDateColumn(column);
     for (const SheetCell& cell : column.cells) {
-        if (!cell.date) continue;
-        if (!cell.date->possible) {
-            if (!cell.date->fullYear && !dateColumn) continue;
-            const CellPlace place = placeOf(sheet, column, cell.row);
-            list.addAt(kImpossibleDate, place.name, place.text,
-                       "No calendar has the date " + place.quoted + " in " + place.name + ".");
-            continue;
-        }
-        if (cell.date->order != DayOrder::either) ++forms[{cell.date->form, cell.date->order}];
-        ++known;
+        if (!cell.date || cell.date->possible) continue;
+        // 31.02.24 may be a version or a part number; only a column of dates tells.
+        if (!cell.date->fullYear && !dateColumn) continue;
+        const CellPlace place = placeOf(sheet, column, cell.row);
+        list.addAt(kImpossibleDate, place.name, place.text,
+                   "No calendar has the date " + place.quoted + " in " + place.name + ".");
     }
-    if (!column.isDated() || known < 3) return;
-    // A date that fits two orders goes with whichever order its own form has elsewhere.
-    std::pair<DateForm, DayOrder> usual{DateForm::isoDashes, DayOrder::yearFirst};
-    std::size_t most = 0;
+}
+
+/// The styles of the column's dates. A date that fits two orders goes with whichever order its own
+/// form has elsewhere.
+DateStyles stylesOf(const SheetColumn& column) {
+    DateStyles styles;
     std::map<DateForm, std::size_t> eitherBy;
     for (const SheetCell& cell : column.cells) {
-        if (cell.date && cell.date->possible && cell.date->order == DayOrder::either) {
+        if (!cell.date || !cell.date->possible) continue;
+        if (cell.date->order == DayOrder::either)
             ++eitherBy[cell.date->form];
-        }
-    }
-    for (const auto& [form, number] : eitherBy) {
-        auto best = forms.end();
-        for (auto it = forms.begin(); it != forms.end(); ++it) {
-            if (it->first.first == form && (best == forms.end() || it->second > best->second)) {
-                best = it;
-            }
-        }
-        if (best != forms.end())
-            best->second += number;
         else
-            forms[{form, DayOrder::either}] += number;
+            ++styles[{cell.date->form, cell.date->order}];
     }
-    for (const auto& [form, number] : forms) {
-        if (number > most) {
-            most = number;
-            usual = form;
+    for (const auto& [form, count] : eitherBy) {
+        auto best = styles.end();
+        for (auto it = styles.begin(); it != styles.end(); ++it) {
+            const bool better = best == styles.end() || it->second > best->second;
+            if (it->first.first == form && better) best = it;
         }
+        if (best != styles.end())
+            best->second += count;
+        else
+            styles[{form, DayOrder::either}] += count;
     }
-    if (most * 3 < known * 2) {
-        // No form has a clear majority: one finding for the column.
-        if (forms.size() < 2) return;
-        std::string mix;
-        for (const auto& [form, number] : forms) {
-            if (!mix.empty()) mix += ", ";
-            mix +=
-                std::to_string(number) + " like " + std::string(example(form.first, form.second));
-        }
-        list.addAt(kMixedDates, column.place(), mix,
-                   "The " + column.place() + " writes its dates in several forms: " + mix + ".");
+    return styles;
+}
+
+/// No style has a clear majority: one finding for the column.
+void tellDateMix(const SheetColumn& column, const DateStyles& styles, FindingList& list) {
+    std::string mix;
+    for (const auto& [style, count] : styles) {
+        if (!mix.empty()) mix += ", ";
+        mix += std::to_string(count) + " like " + std::string(example(style.first, style.second));
+    }
+    list.addAt(kMixedDates, column.place(), mix,
+               "The " + column.place() + " writes its dates in several forms: " + mix + ".");
+}
+
+bool hasStyle(const DateText& date, const DateStyle& style) {
+    return date.form == style.first &&
+           (date.order == DayOrder::either || style.second == DayOrder::either ||
+            date.order == style.second);
+}
+
+void judgeDateStyles(const Sheet& sheet, const SheetColumn& column, FindingList& list) {
+    const DateStyles styles = stylesOf(column);
+    const std::size_t known = datesIn(styles);
+    if (!column.isDated() || known < kFewestDates) return;
+    const auto usual = std::ranges::max_element(
+        styles, [](const auto& a, const auto& b) { return a.second < b.second; });
+    if (usual->second * 3 < known * kDatesOfThree) {
+        if (styles.size() > 1) tellDateMix(column, styles, list);
         return;
     }
     for (const SheetCell& cell : column.cells) {
-        if (!cell.date || !cell.date->possible) continue;
-        const bool sameForm = cell.date->form == usual.first;
-        const bool sameOrder = cell.date->order == DayOrder::either ||
-                               usual.second == DayOrder::either || cell.date->order == usual.second;
-        if (sameForm && sameOrder) continue;
+        if (!cell.date || !cell.date->possible || hasStyle(*cell.date, usual->first)) continue;
         const CellPlace place = placeOf(sheet, column, cell.row);
         list.addAt(kMixedDates, place.name, place.text,
                    "The date " + place.quoted + " in " + place.name + " is not written like the " +
-                       std::to_string(most) + " others of the " + column.place() + " (" +
-                       std::string(example(usual.first, usual.second)) + ").");
+                       std::to_string(usual->second) + " others of the " + column.place() + " (" +
+                       std::string(example(usual->first.first, usual->first.second)) + ").");
     }
 }
 
@@ -269,10 +309,10 @@ void judgeMajority(const Sheet& sheet, const SheetColumn& column, FindingList& l
         ++counts[value];
         ++all;
     }
-    if (counts.size() < 2 || all < 4) return;
+    if (counts.size() < 2 || all < kFewestMarked) return;
     const auto usual = std::ranges::max_element(
         counts, [](const auto& a, const auto& b) { return a.second < b.second; });
-    if (usual->second * 4 < all * 3) return;
+    if (usual->second * 4 < all * kMarkedOfFour) return;
     for (const SheetCell& cell : column.cells) {
         if (!cell.number) continue;
         const std::string_view value = read(*cell.number);
@@ -313,8 +353,8 @@ void judgeRanges(const Sheet& sheet, const SheetColumn& column, FindingList& lis
         if (cell.number->value < 0) ++negative;
     }
     // What many cells of a column do is meant; only strays are slips.
-    const bool judgePart = part && outside * 4 <= column.numbers;
-    const bool judgeAmount = amount && negative * 4 <= column.numbers &&
+    const bool judgePart = part && outside * kMeantShare <= column.numbers;
+    const bool judgeAmount = amount && negative * kMeantShare <= column.numbers &&
                              !column.isCalled({"change", "difference", "delta", "diff", "variance",
                                                "adjustment", "+/-"});
     for (const SheetCell& cell : column.cells) {
@@ -344,11 +384,13 @@ void judgeWords(const Sheet& sheet, const SheetColumn& column, FindingList& list
         const std::string_view trimmed = trimmedCell(text);
         ++words;
         if (trimmed.size() != text.size()) ++padded;
-        if (trimmed.size() <= 40) ++spellings[kelvane::text::lowercased(trimmed)][trimmed];
+        if (trimmed.size() <= kLongestCategory)
+            ++spellings[kelvane::text::lowercased(trimmed)][trimmed];
     }
-    if (words < 3) return;
-    const bool paddingIsStyle = padded * 3 > words;
-    const bool categories = words >= 8 && spellings.size() * 2 <= words;
+    if (words < kFewestWords) return;
+    const bool paddingIsStyle = padded * kPaddedWordsShare > words;
+    const bool categories =
+        words >= kFewestCategoryCells && spellings.size() * kUsesOfCategory <= words;
     for (const SheetCell& cell : column.cells) {
         if (!sheet.isData(cell.row) || cell.kind != CellKind::words) continue;
         const std::string_view text = sheet.table.cell(cell.row, column.index);
@@ -360,13 +402,13 @@ void judgeWords(const Sheet& sheet, const SheetColumn& column, FindingList& list
                        "The text " + place.quoted + " in " + place.name +
                            " has a blank before or after it, so lookups miss it.");
         }
-        if (!categories || trimmed.size() > 40) continue;
+        if (!categories || trimmed.size() > kLongestCategory) continue;
         const auto& variants = spellings[kelvane::text::lowercased(trimmed)];
         if (variants.size() < 2) continue;
         const auto usual = std::ranges::max_element(
             variants, [](const auto& a, const auto& b) { return a.second < b.second; });
         const std::size_t own = variants.at(trimmed);
-        if (usual->first == trimmed || own * 3 > usual->second) continue;
+        if (usual->first == trimmed || own * kUsualSpellingTimes > usual->second) continue;
         const CellPlace place = placeOf(sheet, column, cell.row);
         list.addAt(kSpellingVariants, place.name, place.text,
                    capitalized(place.name) + " writes " + place.quoted + " where " +
@@ -382,7 +424,8 @@ void judgeCells(const Sheet& sheet, FindingList& list) {
         if (column.cells.empty()) continue;
         judgeErrors(sheet, column, list);
         judgeFormulaTexts(sheet, column, list);
-        judgeDates(sheet, column, list);
+        judgeImpossibleDates(sheet, column, list);
+        judgeDateStyles(sheet, column, list);
         if (column.isNumeric()) {
             judgeStraysAmongNumbers(sheet, column, list);
             judgeMajority(sheet, column, list, decimalMarkOf, kMixedDecimals, "decimal mark");

@@ -8,6 +8,11 @@
 namespace trevix {
 namespace {
 
+/// A label of a summary row stands in one of the first columns: number, group, name.
+constexpr std::size_t kLabelColumns = 3;
+/// Characters of a header that a finding quotes.
+constexpr std::size_t kShownHeader = 60;
+
 bool isWordLetter(char letter) {
     return (letter >= 'a' && letter <= 'z') || static_cast<unsigned char>(letter) >= 0x80;
 }
@@ -33,7 +38,7 @@ SheetRow kindOfRow(const Table& table, std::size_t row) {
         const std::string_view cell = trimmedCell(table.cell(row, column));
         if (cell.empty()) continue;
         if (++filled == 1) first = cell;
-        if (column >= 3) continue;
+        if (column >= kLabelColumns) continue;
         switch (rowKindOf(cell)) {
         case RowKind::subtotal:
             return SheetRow::subtotal;
@@ -102,8 +107,9 @@ int SheetColumn::decimalsOf(const NumberText& number) const {
 }
 
 std::string SheetColumn::place() const {
-    return "column " + (header.empty() ? columnName(index)
-                                       : std::string(kelvane::text::firstCharacters(header, 60)));
+    return "column " + (header.empty()
+                            ? columnName(index)
+                            : std::string(kelvane::text::firstCharacters(header, kShownHeader)));
 }
 
 bool SheetColumn::isCalled(std::initializer_list<std::string_view> words) const {

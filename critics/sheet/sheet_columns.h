@@ -1,8 +1,8 @@
-// What stands in each column of a sheet, and which rows only sum up others?
+// A sheet understood: what stands in each column, and which rows only sum up others.
 //
 // The rules for spreadsheets judge a cell against its neighbours: this reads every cell once and
 // says what the column is made of. Rows of totals, section headings and blank rows are told apart
-// from data first, so that no rule takes them for strays.
+// from data first, so that no rule takes them for strays. Plain values; any thread.
 
 #pragma once
 
@@ -29,6 +29,11 @@ struct SheetCell {
     std::optional<DateText> date;
 };
 
+/// A column is of numbers, or dates, when at least three of its values are and four in five: one
+/// slip in a column of five leaves the rule standing (docs/thresholds.md).
+constexpr std::size_t kFewestOfKind = 3;
+constexpr std::size_t kOfKindOfFive = 4;
+
 struct SheetColumn {
     std::size_t index = 0;
     std::string header;           ///< Trimmed; empty without one.
@@ -40,8 +45,8 @@ struct SheetColumn {
     bool commaDecimals = false; ///< How numbers with an open mark are to be read.
 
     /// Numbers, but for a few strays.
-    [[nodiscard]] bool isNumeric() const { return numbers >= 3 && numbers * 5 >= filled * 4; }
-    [[nodiscard]] bool isDated() const { return dates >= 3 && dates * 5 >= filled * 4; }
+    [[nodiscard]] bool isNumeric() const { return isOfKind(numbers); }
+    [[nodiscard]] bool isDated() const { return isOfKind(dates); }
     /// The number's value and decimals in the reading of this column.
     [[nodiscard]] double valueOf(const NumberText& number) const;
     [[nodiscard]] int decimalsOf(const NumberText& number) const;
@@ -49,6 +54,11 @@ struct SheetColumn {
     [[nodiscard]] std::string place() const;
     /// Whether the header has one of the words, as a word.
     [[nodiscard]] bool isCalled(std::initializer_list<std::string_view> words) const;
+
+private:
+    [[nodiscard]] bool isOfKind(std::size_t values) const {
+        return values >= kFewestOfKind && values * 5 >= filled * kOfKindOfFive;
+    }
 };
 
 struct Sheet {

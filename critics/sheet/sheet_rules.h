@@ -1,6 +1,6 @@
-// Which rules does a spreadsheet break?
+// The rules for spreadsheets, over a sheet that has been understood.
 //
-// Three groups of rules over a sheet that has been understood. Each adds what it finds to the list,
+// Three groups. Each adds what it finds to the list,
 // row by row, and keeps no state. A rule judges only where the sheet itself gives the standard: a
 // stray needs a clear majority to be a stray of.
 

@@ -28,6 +28,33 @@ constexpr GradedRule kSequenceGapMedium =
 constexpr GradedRule kSequenceGapLow =
     declared<WorkKind::sheet>("sheet.sequence_gap", Severity::low);
 
+// Where a comment names an experiment, `build/dev/bench/sheet_thresholds NAME` repeats it;
+// docs/thresholds.md has the figures.
+
+/// Bytes of a row that are looked at for evidence: three times what evidence holds.
+constexpr std::size_t kMostRowText = 400;
+/// Records, and how many of three have one width (experiment `majorities`).
+constexpr std::size_t kFewestRecords = 4;
+constexpr std::size_t kRecordsOfThree = 2;
+/// Values that make an unnamed column one.
+constexpr std::size_t kFewestUnnamed = 2;
+/// One blank row in so many, or more, sets groups apart on purpose; so do columns in a list of at
+/// least so many rows (experiment `majorities`).
+constexpr std::size_t kGapShare = 8;
+constexpr std::size_t kEmptyColumnShare = 4;
+constexpr std::size_t kFewestRowsForColumns = 3;
+/// Filled cells of a row whose repetition is no chance, and the share of repeated rows from which
+/// repeating is the rule.
+constexpr std::size_t kFewestRepeatedCells = 3;
+constexpr std::size_t kRepeatedRowShare = 5;
+/// Ids, and the share of repeated ones from which they point elsewhere.
+constexpr std::size_t kFewestIds = 4;
+constexpr std::size_t kRepeatedIdShare = 4;
+/// Numbers of a sequence, how many of five steps are by one, and the widest gap in it.
+constexpr std::size_t kFewestInSequence = 6;
+constexpr std::size_t kOnesOfFive = 4;
+constexpr double kWidestGap = 1e9;
+
 std::string count(std::size_t number, std::string_view one, std::string_view many) {
     return std::to_string(number) + " " + std::string(number == 1 ? one : many);
 }
@@ -41,7 +68,7 @@ std::string rowText(const Table& table, std::size_t row) {
     for (const std::string& cell : table.rows[row]) {
         if (!text.empty()) text += " | ";
         text += cell;
-        if (text.size() > 400) break;
+        if (text.size() > kMostRowText) break;
     }
     return text;
 }
@@ -76,7 +103,7 @@ void judgeRagged(const Sheet& sheet, FindingList& list) {
             usual = width;
         }
     }
-    if (records < 4 || usual < 2 || most * 3 < records * 2) return;
+    if (records < kFewestRecords || usual < 2 || most * 3 < records * kRecordsOfThree) return;
     for (std::size_t row = first; row < table.rows.size(); ++row) {
         const std::size_t width = table.rows[row].size();
         if (width == usual || sheet.rowKinds[row] == SheetRow::blank || table.filledCells(row) <= 1)
@@ -103,7 +130,7 @@ void judgeHeaders(const Sheet& sheet, FindingList& list) {
         const std::string place = "cell " + cellName(row, column.index);
         if (column.header.empty()) {
             const bool rowLabels = column.index == 0 && column.numbers == 0;
-            if (rowLabels || column.filled < 2) continue;
+            if (rowLabels || column.filled < kFewestUnnamed) continue;
             const SheetCell& first = column.cells.front();
             const std::string value(sheet.table.cell(first.row, column.index));
             list.addAt(kEmptyHeader, place, value,
@@ -129,7 +156,7 @@ void judgeBlanks(const Sheet& sheet, FindingList& list) {
                kinds[row - 1] == SheetRow::data && kinds[row + 1] == SheetRow::data;
     };
     for (std::size_t row = 0; row < kinds.size(); ++row) cuts += isCut(row) ? 1U : 0U;
-    if (cuts * 8 <= sheet.dataRows()) {
+    if (cuts * kGapShare <= sheet.dataRows()) {
         for (std::size_t row = 0; row < kinds.size(); ++row) {
             if (!isCut(row)) continue;
             list.addAt(
@@ -147,7 +174,9 @@ void judgeBlanks(const Sheet& sheet, FindingList& list) {
         else
             lastUsed = column.index;
     }
-    if (sheet.dataRows() < 3 || empty * 4 > sheet.columns.size()) return;
+    if (sheet.dataRows() < kFewestRowsForColumns ||
+        empty * kEmptyColumnShare > sheet.columns.size())
+        return;
     for (const SheetColumn& column : sheet.columns) {
         if (!isEmpty(column)) continue;
         const bool named = !column.header.empty();
@@ -166,7 +195,7 @@ void judgeDuplicateRows(const Sheet& sheet, FindingList& list) {
     std::unordered_map<std::string, std::size_t> seen;
     std::vector<std::pair<std::size_t, std::size_t>> repeats;
     for (std::size_t row = 0; row < table.rows.size(); ++row) {
-        if (!sheet.isData(row) || table.filledCells(row) < 3) continue;
+        if (!sheet.isData(row) || table.filledCells(row) < kFewestRepeatedCells) continue;
         std::string key;
         for (const std::string& cell : table.rows[row]) {
             key += cell;
@@ -176,7 +205,7 @@ void judgeDuplicateRows(const Sheet& sheet, FindingList& list) {
         if (!isNew) repeats.emplace_back(row, first->second);
     }
     // Where repeating is the rule (answers of a poll) it is no slip.
-    if (repeats.size() * 5 > sheet.dataRows()) return;
+    if (repeats.size() * kRepeatedRowShare > sheet.dataRows()) return;
     for (const auto& [row, first] : repeats) {
         list.addAt(kDuplicateRow, rowPlace(row), rowText(table, row),
                    "Row " + std::to_string(row + 1) + " repeats row " + std::to_string(first + 1) +
@@ -241,7 +270,7 @@ void judgeDuplicateIds(const Sheet& sheet, FindingList& list) {
             if (!isNew) repeats.emplace_back(cell.row, first->second);
         }
         // An id that comes again and again points elsewhere; a key has few repeats.
-        if (ids < 4 || repeats.size() * 4 > ids) continue;
+        if (ids < kFewestIds || repeats.size() * kRepeatedIdShare > ids) continue;
         for (const auto& [row, first] : repeats) {
             const std::string id(trimmedCell(sheet.table.cell(row, column.index)));
             const std::string place = "cell " + cellName(row, column.index);
@@ -265,7 +294,7 @@ void judgeSequence(const Sheet& sheet, FindingList& list) {
         if (!numbers.empty() && value <= numbers.back().second) return;
         numbers.emplace_back(cell.row, value);
     }
-    if (numbers.size() < 6) return;
+    if (numbers.size() < kFewestInSequence) return;
     const bool counts =
         column.lowerHeader.empty() ||
         column.isCalled({"#", "no", "nr", "pos", "step", "item", "row", "week", "month", "day",
@@ -277,10 +306,10 @@ void judgeSequence(const Sheet& sheet, FindingList& list) {
         if (numbers[i].second - numbers[i - 1].second == 1) ++ones;
     }
     const std::size_t steps = numbers.size() - 1;
-    if (ones * 5 < steps * 4) return;
+    if (ones * 5 < steps * kOnesOfFive) return;
     for (std::size_t i = 1; i < numbers.size(); ++i) {
         const double gap = numbers[i].second - numbers[i - 1].second;
-        if (gap == 1 || gap > 1e9) continue;
+        if (gap == 1 || gap > kWidestGap) continue;
         const auto from = std::to_string(std::llround(numbers[i - 1].second));
         const auto to = std::to_string(std::llround(numbers[i].second));
         const std::string place = "cell " + cellName(numbers[i].first, 0);

@@ -16,6 +16,49 @@ constexpr GradedRule kWrongTotal = declared<WorkKind::sheet>("sheet.wrong_total"
 constexpr GradedRule kWrongRowTotal = declared<WorkKind::sheet>("sheet.wrong_row_total");
 constexpr GradedRule kPercentSum = declared<WorkKind::sheet>("sheet.percent_sum");
 
+// Where a comment names an experiment, `build/dev/bench/sheet_thresholds NAME` repeats it;
+// docs/thresholds.md has the figures.
+
+/// Decimals; what a double can still tell apart in sums of millions, and more than people show.
+constexpr int kMostDecimals = 6;
+/// Units of the last digit. A total is rounded to half a unit itself, and a little for the sum of
+/// binary fractions; each of n rows adds an error of up to half a unit, whose deviation over n rows
+/// is 0.29 times the root of n.
+constexpr double kOwnRounding = 0.51;
+constexpr double kRoundingPerRootOfRows = 0.5;
+/// Whole numbers below this are counts, which are exact but for the noise of binary fractions.
+constexpr double kCountsBelow = 1000;
+constexpr double kExactCounts = 0.01;
+/// Share of a total by which a mean may differ that somebody rounded for display.
+constexpr double kMeanShare = 0.01;
+/// Share of the expected sum, from 0 to 1, within which a total was meant to be it (experiment
+/// `totals`: slips of one digit and left-out rows).
+constexpr double kNearMiss = 0.1;
+/// Rows above an unnamed sum that it may take in; bounds the time, a screen shows as many.
+constexpr std::size_t kFarthestHiddenSum = 60;
+
+// Columns whose totals are judged: two numbers, and numbers in three of five cells.
+constexpr std::size_t kFewestSummands = 2;
+constexpr std::size_t kSummandsOfFive = 3;
+
+// Sums across a row. Columns, rows, and the rows that differ: one in four at most, so that three in
+// four give the rule (experiment `row-totals`).
+constexpr std::size_t kWidestRow = 40;
+constexpr std::size_t kMostFactors = 6;
+constexpr std::size_t kFewestRows = 4;
+constexpr std::size_t kFewestTellingRows = 3;
+constexpr std::size_t kRowStrayShare = 4;
+/// Units of the last digit between a row's sum or product and the figure in it.
+constexpr double kRowSlackWhole = 0.51;
+constexpr double kRowSlackDecimals = 1.01;
+
+/// Binary fractions of decimal figures.
+constexpr double kBinaryNoise = 1e-9;
+/// Shares: three at least, and a sum, in percent, outside which parts were left out on purpose.
+constexpr std::size_t kFewestShares = 3;
+constexpr double kLeastShareSum = 80;
+constexpr double kMostShareSum = 120;
+
 std::string figure(double value, int decimals) {
     std::string text(64, '\0');
     const int length = std::snprintf(text.data(), text.size(), "%.*f", decimals, value);
@@ -29,8 +72,9 @@ std::string figure(double value, int decimals) {
 /// sum. Whole numbers below a thousand are taken for counts, which are exact.
 double tolerance(int decimals, std::size_t terms, double largest) {
     const double unit = std::pow(10.0, -decimals);
-    const bool exact = decimals == 0 && largest < 1000;
-    return unit * (exact ? 0.01 : 0.51 + 0.5 * std::sqrt(static_cast<double>(terms)));
+    const bool exact = decimals == 0 && largest < kCountsBelow;
+    if (exact) return unit * kExactCounts;
+    return unit * (kOwnRounding + kRoundingPerRootOfRows * std::sqrt(static_cast<double>(terms)));
 }
 
 /// Which of a number's readings to use: that of its column, or the other one of open marks.
@@ -65,6 +109,22 @@ struct Sums {
         allTerms.push_back(value);
         largest = std::max(largest, std::abs(value));
     }
+
+    /// Begins anew below a summary row of that kind with that value.
+    void close(SheetRow kind, double value) {
+        sinceSummary = 0;
+        sinceBreak = 0;
+        terms.clear();
+        if (kind == SheetRow::total) {
+            sinceTotal = 0;
+            ofSubtotals = 0;
+            withGroups = 0;
+            allTerms.clear();
+        } else {
+            ofSubtotals += value;
+            if (kind == SheetRow::groupTotal) withGroups += value;
+        }
+    }
 };
 
 bool isAdditive(const SheetColumn& column) {
@@ -96,16 +156,15 @@ bool isOtherSummary(double total, const std::vector<double>& terms, double slack
     for (const double term : terms) sum += term;
     const auto [least, most] = std::ranges::minmax(terms);
     const auto number = static_cast<double>(terms.size());
-    return fits(total, sum / number, std::max(slack, 0.01 * std::abs(total))) ||
+    return fits(total, sum / number, std::max(slack, kMeanShare * std::abs(total))) ||
            fits(total, least, slack) || fits(total, most, slack) || total == number;
 }
 
 /// Whether one of the rows is the sum of those right above it, without being called so.
 bool hasHiddenSum(const std::vector<double>& terms, double slack) {
-    constexpr std::size_t kFarthest = 60;
     for (std::size_t i = 2; i < terms.size(); ++i) {
         double sum = 0;
-        for (std::size_t above = i; above-- > 0 && i - above <= kFarthest;) {
+        for (std::size_t above = i; above-- > 0 && i - above <= kFarthestHiddenSum;) {
             sum += terms[above];
             if (i - above >= 2 && fits(terms[i], sum, slack)) return true;
         }
@@ -128,7 +187,7 @@ std::optional<double> expectedInstead(const SheetColumn& column, const Sums& sum
     if (fits(2 * total, expected, slack) && hasHiddenSum(terms, slack)) return std::nullopt;
     if (!isSurelyAmount(column) && isOtherSummary(total, terms, slack)) return std::nullopt;
     const bool nearMiss =
-        std::abs(total - expected) <= 0.1 * std::abs(expected) ||
+        std::abs(total - expected) <= kNearMiss * std::abs(expected) ||
         std::ranges::any_of(terms, [&](double t) { return fits(total, expected - t, slack); });
     if (nearMiss) return expected;
     // "Total revenue" may be one figure among others; only a near miss shows what it sums up.
@@ -145,84 +204,102 @@ struct Slip {
     std::string detail;
 };
 
-void judgeColumnTotals(const Sheet& sheet, const SheetColumn& column, FindingList& list) {
-    if (column.numbers < 2 || column.numbers * 5 < column.filled * 3 || !isAdditive(column)) return;
-    const auto pass = [&](Reading reading, const std::function<void(Slip)>& report) {
-        Sums sums;
-        double laterSum = 0;
+bool isSumRow(SheetRow kind) {
+    return kind == SheetRow::subtotal || kind == SheetRow::groupTotal || kind == SheetRow::total;
+}
+
+/// A walk down one column, in one reading of its numbers.
+class TotalsWalk {
+public:
+    TotalsWalk(const Sheet& sheet, const SheetColumn& column, Reading reading)
+        : m_sheet(sheet),
+          m_column(column),
+          m_reading(reading),
+          m_row(sheet.table.firstDataRow()) {
         for (const SheetCell& cell : column.cells) {
-            if (cell.number && sheet.isData(cell.row)) {
-                laterSum += valueIn(column, *cell.number, reading);
-            }
+            if (cell.number && sheet.isData(cell.row))
+                m_sumOfAll += valueIn(column, *cell.number, reading);
         }
-        bool broken = false; // An error among the rows spoils every sum below it.
-        bool hasBreaks = false;
-        std::size_t row = sheet.table.firstDataRow();
-        for (const SheetCell& cell : column.cells) {
-            for (; row < cell.row; ++row) {
-                if (sheet.rowKinds[row] != SheetRow::blank &&
-                    sheet.rowKinds[row] != SheetRow::heading)
-                    continue;
-                sums.sinceBreak = 0;
-                hasBreaks = true;
-            }
-            const SheetRow kind = sheet.rowKinds[cell.row];
-            if (cell.kind == CellKind::error || cell.kind == CellKind::placeholder ||
-                (kind == SheetRow::data && cell.kind == CellKind::words))
-                broken = true;
+    }
+
+    /// The totals that nothing above them explains, down to the first percentage: those do not add
+    /// up.
+    std::vector<Slip> slips() {
+        std::vector<Slip> found;
+        for (const SheetCell& cell : m_column.cells) {
+            passGapsBefore(cell.row);
+            const SheetRow kind = m_sheet.rowKinds[cell.row];
+            m_broken = m_broken || spoilsSums(cell, kind);
             if (!cell.number) continue;
-            if (cell.number->percent) return;
-            const double value = valueIn(column, *cell.number, reading);
-            sums.decimals = std::max(sums.decimals, column.decimalsOf(*cell.number));
-            if (kind == SheetRow::data) {
-                sums.add(value);
-                continue;
-            }
-            if (kind != SheetRow::subtotal && kind != SheetRow::groupTotal &&
-                kind != SheetRow::total)
-                continue;
-            const double slack = tolerance(std::min(sums.decimals, 6), sums.allTerms.size(),
-                                           std::max(sums.largest, std::abs(value)));
-            const bool above = fits(value, laterSum, slack); // A total may lead its rows.
-            const auto expected =
-                above || broken ? std::nullopt
-                                : expectedInstead(column, sums, value, kind, slack, hasBreaks);
-            if (expected) {
-                const std::string place = "cell " + cellName(cell.row, column.index);
-                const std::string shown(trimmedCell(sheet.table.cell(cell.row, column.index)));
-                const std::string sum = figure(*expected, std::min(sums.decimals, 6));
-                report({place, shown + "; the rows add up to " + sum,
-                        "The total in " + place + " says " + shortened(shown, 40) +
-                            ", but the rows of the " + column.place() + " above it add up to " +
-                            sum + "."});
-            }
-            sums.sinceSummary = 0;
-            sums.sinceBreak = 0;
-            sums.terms.clear();
-            if (kind == SheetRow::total) {
-                sums.sinceTotal = 0;
-                sums.ofSubtotals = 0;
-                sums.withGroups = 0;
-                sums.allTerms.clear();
-            } else {
-                sums.ofSubtotals += value;
-                if (kind == SheetRow::groupTotal) sums.withGroups += value;
-            }
+            if (cell.number->percent) break;
+            const double value = valueIn(m_column, *cell.number, m_reading);
+            m_sums.decimals = std::max(m_sums.decimals, m_column.decimalsOf(*cell.number));
+            if (kind == SheetRow::data) m_sums.add(value);
+            if (!isSumRow(kind)) continue;
+            if (const auto expected = expectedAt(kind, value))
+                found.push_back(slipAt(cell.row, *expected));
+            m_sums.close(kind, value);
         }
-    };
-    std::vector<Slip> found;
-    bool otherFits = false;
-    pass(Reading::ofColumn, [&](Slip slip) { found.push_back(std::move(slip)); });
-    if (found.empty()) return;
+        return found;
+    }
+
+private:
+    void passGapsBefore(std::size_t row) {
+        for (; m_row < row; ++m_row) {
+            const SheetRow kind = m_sheet.rowKinds[m_row];
+            if (kind != SheetRow::blank && kind != SheetRow::heading) continue;
+            m_sums.sinceBreak = 0;
+            m_hasBreaks = true;
+        }
+    }
+
+    /// An error among the rows spoils every sum below it.
+    static bool spoilsSums(const SheetCell& cell, SheetRow kind) {
+        return cell.kind == CellKind::error || cell.kind == CellKind::placeholder ||
+               (kind == SheetRow::data && cell.kind == CellKind::words);
+    }
+
+    [[nodiscard]] int decimals() const { return std::min(m_sums.decimals, kMostDecimals); }
+
+    [[nodiscard]] std::optional<double> expectedAt(SheetRow kind, double total) const {
+        const double slack = tolerance(decimals(), m_sums.allTerms.size(),
+                                       std::max(m_sums.largest, std::abs(total)));
+        const bool leadsItsRows = fits(total, m_sumOfAll, slack);
+        if (leadsItsRows || m_broken) return std::nullopt;
+        return expectedInstead(m_column, m_sums, total, kind, slack, m_hasBreaks);
+    }
+
+    [[nodiscard]] Slip slipAt(std::size_t row, double expected) const {
+        const std::string place = "cell " + cellName(row, m_column.index);
+        const std::string shown(trimmedCell(m_sheet.table.cell(row, m_column.index)));
+        const std::string sum = figure(expected, decimals());
+        return {place, shown + "; the rows add up to " + sum,
+                "The total in " + place + " says " + shortened(shown, 40) +
+                    ", but the rows of the " + m_column.place() + " above it add up to " + sum +
+                    "."};
+    }
+
+    const Sheet& m_sheet;
+    const SheetColumn& m_column;
+    Reading m_reading;
+    Sums m_sums;
+    double m_sumOfAll = 0;
+    bool m_broken = false;
+    bool m_hasBreaks = false;
+    std::size_t m_row;
+};
+
+void judgeColumnTotals(const Sheet& sheet, const SheetColumn& column, FindingList& list) {
+    const bool summands =
+        column.numbers >= kFewestSummands && column.numbers * 5 >= column.filled * kSummandsOfFive;
+    if (!summands || !isAdditive(column)) return;
+    std::vector<Slip> slips = TotalsWalk(sheet, column, Reading::ofColumn).slips();
+    if (slips.empty()) return;
     const bool open = std::ranges::any_of(column.cells, [](const SheetCell& cell) {
         return cell.number && cell.number->value != cell.number->other;
     });
-    if (open) {
-        otherFits = true;
-        pass(Reading::other, [&](const Slip&) { otherFits = false; });
-    }
-    if (otherFits) return;
-    for (Slip& slip : found) {
+    if (open && TotalsWalk(sheet, column, Reading::other).slips().empty()) return;
+    for (Slip& slip : slips) {
         list.addAt(kWrongTotal, slip.place, slip.evidence, std::move(slip.detail));
     }
 }
@@ -241,84 +318,132 @@ int decimalsIn(const SheetColumn& column) {
     for (const SheetCell& cell : column.cells) {
         if (cell.number) decimals = std::max(decimals, column.decimalsOf(*cell.number));
     }
-    return std::min(decimals, 6);
+    return std::min(decimals, kMostDecimals);
+}
+
+bool isCalledRowTotal(const SheetColumn& column) {
+    return column.isCalled({"total", "sum", "amount", "summe", "betrag", "gesamt", "line total",
+                            "gesamtpreis", "montant", "row total", "cost", "value"});
+}
+
+/// The columns of numbers right before a total, nearest first.
+std::vector<const SheetColumn*> termsBefore(const Sheet& sheet, const SheetColumn& total) {
+    std::vector<const SheetColumn*> terms;
+    for (std::size_t i = total.index; i-- > 0;) {
+        const SheetColumn& column = sheet.columns[i];
+        if (column.isNumeric())
+            terms.push_back(&column);
+        else if (!terms.empty())
+            break;
+    }
+    return terms;
+}
+
+/// One way in which a column may follow from those before it.
+struct RowFormula {
+    std::string words;
+    std::function<std::optional<double>(std::size_t row)> at;
+};
+
+/// `sheet` and `terms` must outlive the formulas.
+std::vector<RowFormula> formulasOf(const Sheet& sheet,
+                                   const std::vector<const SheetColumn*>& terms) {
+    std::vector<RowFormula> formulas;
+    formulas.push_back({"the sum of the columns before it",
+                        [&sheet, &terms](std::size_t row) -> std::optional<double> {
+                            double sum = 0;
+                            for (const SheetColumn* term : terms)
+                                sum += numberAt(sheet, *term, row).value_or(0);
+                            return sum;
+                        }});
+    const std::size_t factors = std::min(terms.size(), kMostFactors);
+    for (std::size_t a = 0; a < factors; ++a) {
+        for (std::size_t b = a + 1; b < factors; ++b) {
+            formulas.push_back({terms[b]->place() + " times " + terms[a]->place(),
+                                [&sheet, first = terms[a],
+                                 second = terms[b]](std::size_t row) -> std::optional<double> {
+                                    const auto x = numberAt(sheet, *first, row);
+                                    const auto y = numberAt(sheet, *second, row);
+                                    if (!x || !y) return std::nullopt;
+                                    return *x * *y;
+                                }});
+        }
+    }
+    return formulas;
+}
+
+struct RowStray {
+    std::size_t row = 0;
+    double expected = 0;
+};
+
+/// How a formula fits the rows of a total.
+struct RowFit {
+    std::size_t judged = 0;
+    std::size_t telling = 0; ///< Rows that could not fit by chance: nothing is zero or one.
+    std::vector<RowStray> strays;
+
+    [[nodiscard]] bool prevails() const {
+        return judged >= kFewestRows && telling >= kFewestTellingRows &&
+               strays.size() * kRowStrayShare <= judged;
+    }
+};
+
+RowFit fitOf(const Sheet& sheet, const SheetColumn& total, const RowFormula& formula) {
+    const int decimals = decimalsIn(total);
+    const double slack =
+        std::pow(10.0, -decimals) * (decimals == 0 ? kRowSlackWhole : kRowSlackDecimals) +
+        kBinaryNoise;
+    RowFit fit;
+    for (const SheetCell& cell : total.cells) {
+        if (!cell.number || !sheet.isData(cell.row)) continue;
+        const std::optional<double> expected = formula.at(cell.row);
+        if (!expected) continue;
+        ++fit.judged;
+        const double value = total.valueOf(*cell.number);
+        if (!fits(value, *expected, slack))
+            fit.strays.push_back({cell.row, *expected});
+        else if (std::abs(value) > 1)
+            ++fit.telling;
+    }
+    return fit;
+}
+
+void tellRowStrays(const Sheet& sheet, const SheetColumn& total, const RowFormula& formula,
+                   const RowFit& fit, FindingList& list) {
+    for (const RowStray& stray : fit.strays) {
+        const std::string place = "cell " + cellName(stray.row, total.index);
+        const std::string shown(trimmedCell(sheet.table.cell(stray.row, total.index)));
+        const std::string sum = figure(stray.expected, decimalsIn(total));
+        list.addAt(kWrongRowTotal, place, shown + "; expected " + sum,
+                   "The " + total.place() + " is " + formula.words + " in " +
+                       std::to_string(fit.judged - fit.strays.size()) + " rows, but " + place +
+                       " says " + shortened(shown, 40) + " instead of " + sum + ".");
+    }
 }
 
 /// Totals across a row: where most rows show that a column is the sum of those before it, or the
 /// product of two of them, the rows that differ are slips.
 void judgeRowTotals(const Sheet& sheet, FindingList& list) {
-    constexpr std::size_t kWidest = 40;
     for (const SheetColumn& total : sheet.columns) {
-        if (total.index < 2 || total.index > kWidest || !total.isNumeric()) continue;
-        if (!total.isCalled({"total", "sum", "amount", "summe", "betrag", "gesamt", "line total",
-                             "gesamtpreis", "montant", "row total", "cost", "value"}))
-            continue;
-        std::vector<const SheetColumn*> terms;
-        for (std::size_t i = total.index; i-- > 0;) {
-            const SheetColumn& column = sheet.columns[i];
-            if (column.isNumeric())
-                terms.push_back(&column);
-            else if (!terms.empty())
-                break;
-        }
+        if (total.index > kWidestRow) break;
+        if (!total.isNumeric() || !isCalledRowTotal(total)) continue;
+        const std::vector<const SheetColumn*> terms = termsBefore(sheet, total);
         if (terms.size() < 2) continue;
-        const int decimals = decimalsIn(total);
-        const double unit = std::pow(10.0, -decimals);
-        const auto sumOf = [&](std::size_t row) -> std::optional<double> {
-            double sum = 0;
-            for (const SheetColumn* term : terms) sum += numberAt(sheet, *term, row).value_or(0);
-            return sum;
-        };
-        using Expectation = std::function<std::optional<double>(std::size_t)>;
-        std::vector<std::pair<std::string, Expectation>> rules;
-        rules.emplace_back("the sum of the columns before it", sumOf);
-        for (std::size_t a = 0; a < std::min<std::size_t>(terms.size(), 6); ++a) {
-            for (std::size_t b = a + 1; b < std::min<std::size_t>(terms.size(), 6); ++b) {
-                rules.emplace_back(terms[b]->place() + " times " + terms[a]->place(),
-                                   [&sheet, first = terms[a],
-                                    second = terms[b]](std::size_t row) -> std::optional<double> {
-                                       const auto x = numberAt(sheet, *first, row);
-                                       const auto y = numberAt(sheet, *second, row);
-                                       if (!x || !y) return std::nullopt;
-                                       return *x * *y;
-                                   });
-            }
-        }
-        for (const auto& [words, rule] : rules) {
-            std::size_t judged = 0;
-            std::size_t telling = 0; // Rows that could not fit by chance: nothing is zero or one.
-            std::vector<std::pair<std::size_t, double>> strays;
-            for (const SheetCell& cell : total.cells) {
-                if (!cell.number || !sheet.isData(cell.row)) continue;
-                const std::optional<double> expected = rule(cell.row);
-                if (!expected) continue;
-                ++judged;
-                const double value = total.valueOf(*cell.number);
-                const double slack = unit * (decimals == 0 ? 0.51 : 1.01) + 1e-9;
-                if (!fits(value, *expected, slack))
-                    strays.emplace_back(cell.row, *expected);
-                else if (std::abs(value) > 1)
-                    ++telling;
-            }
-            if (judged < 4 || telling < 3 || strays.size() * 4 > judged) continue;
-            for (const auto& [row, expected] : strays) {
-                const std::string place = "cell " + cellName(row, total.index);
-                const std::string shown(trimmedCell(sheet.table.cell(row, total.index)));
-                const std::string sum = figure(expected, decimals);
-                list.addAt(kWrongRowTotal, place, shown + "; expected " + sum,
-                           "The " + total.place() + " is " + words + " in " +
-                               std::to_string(judged - strays.size()) + " rows, but " + place +
-                               " says " + shortened(shown, 40) + " instead of " + sum + ".");
-            }
+        for (const RowFormula& formula : formulasOf(sheet, terms)) {
+            const RowFit fit = fitOf(sheet, total, formula);
+            if (!fit.prevails()) continue;
+            tellRowStrays(sheet, total, formula, fit, list);
             break;
         }
     }
 }
 
 void judgeShares(const Sheet& sheet, const SheetColumn& column, FindingList& list) {
-    if (column.numbers < 3 || !column.isCalled({"% of total", "share", "anteil", "percent of total",
-                                                "distribution", "allocation", "gewichtung",
-                                                "percentage of total", "% of sales", "weighting"}))
+    if (column.numbers < kFewestShares ||
+        !column.isCalled({"% of total", "share", "anteil", "percent of total", "distribution",
+                          "allocation", "gewichtung", "percentage of total", "% of sales",
+                          "weighting"}))
         return;
     double sum = 0;
     double largest = 0;
@@ -345,11 +470,12 @@ void judgeShares(const Sheet& sheet, const SheetColumn& column, FindingList& lis
         ++terms;
         lastRow = cell.row;
     }
-    decimals = std::min(decimals, 6);
-    const double unit = std::pow(10.0, -decimals);
-    const double slack = unit * 0.5 * static_cast<double>(terms) + 1e-9;
+    decimals = std::min(decimals, kMostDecimals);
+    // Each share is rounded by half a unit at most.
+    const double slack =
+        std::pow(10.0, -decimals) * 0.5 * static_cast<double>(terms) + kBinaryNoise;
     // Far from 100 the parts are not all there, which a list may well intend.
-    if (fits(100, sum, slack) || sum < 80 || sum > 120) return;
+    if (fits(100, sum, slack) || sum < kLeastShareSum || sum > kMostShareSum) return;
     const std::string shown = figure(sum, decimals);
     list.addAt(kPercentSum, column.place(), shown + " %",
                "The " + std::to_string(terms) + " shares of the " + column.place() +

@@ -12,7 +12,30 @@
 namespace trevix {
 namespace {
 
+// Where a comment names an experiment, `build/dev/bench/sheet_thresholds NAME` repeats it;
+// docs/thresholds.md has the figures.
+
+/// Bytes from which the delimiter is told; some hundred rows.
 constexpr std::size_t kSampleBytes = 32 * 1024;
+/// How much larger, from 0 to 1, the share of even records must be for a delimiter to replace one
+/// tried before it, and what is left of it when it tears quoted cells apart (experiment
+/// `delimiters`).
+constexpr double kClearlyMoreEven = 0.05;
+constexpr double kTornQuotes = 0.5;
+/// Rows at the top among which the names of columns are looked for, below titles and dates.
+constexpr std::size_t kMostHeaderRows = 8;
+/// Rows below a header that tell what it names.
+constexpr std::size_t kRowsBelowHeader = 200;
+/// Bytes of a name at most; of a short one, where a sheet has words alone.
+constexpr std::size_t kLongestName = 120;
+constexpr std::size_t kLongestShortName = 40;
+/// Whole numbers that name columns are years.
+constexpr double kFirstYear = 1900;
+constexpr double kLastYear = 2100;
+/// Cells that a title row does not have.
+constexpr std::size_t kFewestNames = 2;
+/// Columns that one group of columns spans at most: months and a total, with room.
+constexpr std::size_t kWidestGroup = 16;
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 bool endsCell(std::string_view text, std::size_t at, char delimiter) {
@@ -100,8 +123,8 @@ char detectDelimiter(std::string_view text) {
         }
         double share = filled == 0 ? 0 : static_cast<double>(most) / static_cast<double>(filled);
         // A wrong delimiter tears quoted cells apart.
-        if (table.openQuote && sample.size() == text.size()) share *= 0.5;
-        if (share > bestShare + 0.05) {
+        if (table.openQuote && sample.size() == text.size()) share *= kTornQuotes;
+        if (share > bestShare + kClearlyMoreEven) {
             bestShare = share;
             best = delimiter;
         }
@@ -122,14 +145,15 @@ bool looksLikeNames(const Table& table, std::size_t row, std::size_t leastWords)
         const std::string_view cell = trimmedCell(text);
         if (cell.empty()) continue;
         ++filled;
-        if (cell.size() > 120) return false;
+        if (cell.size() > kLongestName) return false;
         if (isWords(cell))
             ++words;
-        else if (const auto number = readNumber(cell);
-                 !number || number->decimals > 0 || number->value < 1900 || number->value > 2100)
+        else if (const auto number = readNumber(cell); !number || number->decimals > 0 ||
+                                                       number->value < kFirstYear ||
+                                                       number->value > kLastYear)
             return false;
     }
-    return filled >= 2 && words >= leastWords;
+    return filled >= kFewestNames && words >= leastWords;
 }
 
 /// Whether what stands under the row differs from it in kind, as data differs from its names.
@@ -144,7 +168,7 @@ bool namesDataBelow(const Table& table, std::size_t row) {
     }
     std::size_t below = 0;
     bool repeats = false;
-    const std::size_t end = std::min(table.rows.size(), row + 200);
+    const std::size_t end = std::min(table.rows.size(), row + kRowsBelowHeader);
     for (std::size_t column = 0; column < table.rows[row].size(); ++column) {
         const std::string_view name = trimmedCell(table.cell(row, column));
         std::size_t values = 0;
@@ -161,12 +185,13 @@ bool namesDataBelow(const Table& table, std::size_t row) {
     }
     // A sheet of words alone: names are short, differ, and do not come again below.
     bool shortNames = true;
-    for (const std::string_view cell : own) shortNames = shortNames && cell.size() <= 40;
+    for (const std::string_view cell : own)
+        shortNames = shortNames && cell.size() <= kLongestShortName;
     return below >= 2 * filled && !repeats && shortNames && filled == table.width;
 }
 
 std::optional<std::size_t> detectHeader(const Table& table) {
-    const std::size_t end = std::min<std::size_t>(table.rows.size(), 8);
+    const std::size_t end = std::min<std::size_t>(table.rows.size(), kMostHeaderRows);
     for (std::size_t row = 0; row < end; ++row) {
         const std::size_t filled = table.filledCells(row);
         if (filled == 0) continue;
@@ -208,7 +233,7 @@ std::string Table::header(std::size_t column) const {
     for (std::size_t left = column + 1; left-- > 0;) {
         const std::string_view group = trimmedCell(cell(*groupRow, left));
         if (!group.empty()) return std::string(group) + " " + name;
-        if (column - left > 16) break;
+        if (column - left > kWidestGroup) break;
     }
     return name;
 }
@@ -218,7 +243,8 @@ Table readTable(std::string_view text, bool tabSeparated) {
     Table table = readRecords(text, tabSeparated ? '\t' : detectDelimiter(text));
     while (!table.rows.empty() && table.isBlankRow(table.rows.size() - 1)) table.rows.pop_back();
     table.headerRow = detectHeader(table);
-    if (table.headerRow && *table.headerRow > 0 && table.filledCells(*table.headerRow - 1) >= 2) {
+    if (table.headerRow && *table.headerRow > 0 &&
+        table.filledCells(*table.headerRow - 1) >= kFewestNames) {
         table.groupRow = *table.headerRow - 1;
     }
     return table;

@@ -1,9 +1,10 @@
-// Which cells does this comma-, semicolon- or tab-separated text hold?
+// The cells of a comma-, semicolon-, bar- or tab-separated text.
 //
 // Reads what spreadsheets export and what they put on the clipboard: RFC 4180 quoting with line
 // breaks inside quotes, a byte order mark, any kind of line end, and the delimiter found from the
 // text itself. Nothing is an error. A quote that never closes is taken as an ordinary character and
-// remembered, so that one slip does not swallow the rest of the sheet.
+// remembered, so that one slip does not swallow the rest of the sheet. All pure; time is linear in
+// the text.
 
 #pragma once
 
