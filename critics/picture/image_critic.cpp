@@ -32,7 +32,7 @@ constexpr std::size_t kBlankShare = 2000;
 constexpr std::size_t kNearlyBlankShare = 500;
 
 /// Whether a picture shows anything, told from its pixels in any order, some at a time. Every pixel
-/// goes to `look` and then, on white, to `count`.
+/// goes to `look`, on white to `lookOnWhite` and, when all have been there, on white to `count`.
 class Emptiness {
 public:
     /// Looks at the pixels as they were decoded.

@@ -17,7 +17,47 @@ constexpr GradedRule kMisalignedTop = declared<WorkKind::picture>("ui.misaligned
 constexpr GradedRule kMisalignedText = declared<WorkKind::picture>("ui.misaligned_text");
 constexpr GradedRule kCrowdedMargin = declared<WorkKind::picture>("ui.crowded_margin");
 
-constexpr int kMostSlip = 3; // Farther off is another place, not a slip.
+// Where a comment names an experiment, `build/dev/bench/picture_thresholds NAME` repeats it;
+// docs/thresholds.md has the figures.
+
+// Pixels, unless said otherwise.
+
+/// Chosen: farther off is another place (indents begin at four), not a slip.
+constexpr int kMostSlip = 3;
+/// Fields, buttons, cards: smaller surfaces are parts of icons, larger ones are panes.
+constexpr int kNarrowestControl = 24;
+constexpr int kLowestControl = 10;
+constexpr int kHighestControl = 160;
+constexpr int kWidestControlTenths = 6; // Of the picture's width.
+constexpr int kControlFill = 2;         // One in so many pixels of the box is of the surface.
+/// Three of four that agree make the fourth a stray; an edge or gap prevails from six in ten on.
+constexpr std::size_t kFewestAlike = 4;
+constexpr std::size_t kFewestAgreeing = 3;
+constexpr std::size_t kPrevailingTenths = 6;
+constexpr int kWidestGapLengths = 3; // Between controls of one stack, in lengths of a control.
+constexpr int kLeastUnevenGap = 2;   // Layouts share out left-over pixels by one.
+constexpr int kLeastGap = 2;         // Controls that touch are cells of a table.
+
+/// Labels have letters of at most this height; titles are set apart on purpose.
+constexpr int kTallestLabel = 16;
+/// Numbers for the second row of buckets, half a bucket beside the first, beyond any in the first.
+constexpr int kShiftedBuckets = 100'000;
+constexpr int kLabelBucket = 24; // Lines that begin within it are held against one another.
+/// Letters that are wide begin up to two pixels beside the edge they are set to, so that only three
+/// and more tell (experiment `bearings`); five and more are an indent.
+constexpr int kLeastLabelSlip = 3;
+constexpr int kMostLabelSlip = 4;
+constexpr std::size_t kFewestLabels = 5;
+constexpr std::size_t kLabelTenths = 7;
+/// Twentieths of the line's height that a first letter is wide: i and l stand in the middle of
+/// their room in fixed-width type (experiment `bearings`).
+constexpr int kNarrowLetterTwentieths = 9;
+
+/// Chosen: pixels of margin; lines that lead a row, and the share of crowded ones (one in so many)
+/// from which that is the style.
+constexpr int kLeastMargin = 3;
+constexpr std::size_t kFewestRows = 5;
+constexpr std::size_t kCrowdedShare = 3;
 
 /// A rectangle seen along one axis: controls stacked along `along` should share their `edge`.
 struct Span {
@@ -35,7 +75,8 @@ std::optional<int> prevailing(const std::vector<int>& values, std::size_t atLeas
     for (const int value : values) ++counts[value];
     const auto most = std::ranges::max_element(
         counts, [](const auto& a, const auto& b) { return a.second < b.second; });
-    if (most == counts.end() || most->second < atLeast || most->second * 10 < values.size() * 6) {
+    if (most == counts.end() || most->second < atLeast ||
+        most->second * 10 < values.size() * kPrevailingTenths) {
         return std::nullopt;
     }
     return most->first;
@@ -46,14 +87,15 @@ std::vector<std::vector<Rect>> alikeControls(const PictureFacts& facts) {
     std::map<std::pair<std::string, int>, std::vector<Rect>> byLook;
     for (const Surface& surface : facts.regions.surfaces) {
         const Rect& box = surface.box;
-        const bool sized = box.width >= 24 && box.height >= 10 && box.height <= 160 &&
-                           box.width * 10 <= facts.picture.width * 6;
-        if (!sized || std::int64_t{surface.pixels} * 2 < box.area()) continue;
+        const bool sized = box.width >= kNarrowestControl && box.height >= kLowestControl &&
+                           box.height <= kHighestControl &&
+                           box.width * 10 <= facts.picture.width * kWidestControlTenths;
+        if (!sized || std::int64_t{surface.pixels} * kControlFill < box.area()) continue;
         byLook[{hexName(surface.colour), box.height}].push_back(box);
     }
     std::vector<std::vector<Rect>> groups;
     for (auto& [look, boxes] : byLook) {
-        if (boxes.size() >= 4) groups.push_back(std::move(boxes));
+        if (boxes.size() >= kFewestAlike) groups.push_back(std::move(boxes));
     }
     return groups;
 }
@@ -66,7 +108,7 @@ std::vector<std::vector<Span>> stacks(std::vector<Span> spans) {
         const auto next = std::ranges::find_if(runs, [&](const std::vector<Span>& run) {
             const Span& last = run.back();
             const int gap = span.along - last.end();
-            return gap >= 0 && gap <= 3 * last.length &&
+            return gap >= 0 && gap <= kWidestGapLengths * last.length &&
                    std::abs(span.edge - run.front().edge) <= 2 * kMostSlip &&
                    std::abs(span.breadth - last.breadth) <= 2 * kMostSlip;
         });
@@ -75,7 +117,7 @@ std::vector<std::vector<Span>> stacks(std::vector<Span> spans) {
         else
             next->push_back(span);
     }
-    std::erase_if(runs, [](const std::vector<Span>& run) { return run.size() < 4; });
+    std::erase_if(runs, [](const std::vector<Span>& run) { return run.size() < kFewestAlike; });
     return runs;
 }
 
@@ -93,7 +135,7 @@ std::string pixels(int count) {
 void judgeEdges(const std::vector<Span>& run, const Axis& axis, FindingList& list) {
     std::vector<int> edges;
     for (const Span& span : run) edges.push_back(span.edge);
-    const std::optional<int> usual = prevailing(edges, 3);
+    const std::optional<int> usual = prevailing(edges, kFewestAgreeing);
     if (!usual) return;
     for (const Span& span : run) {
         const int slip = span.edge - *usual;
@@ -113,11 +155,11 @@ void judgeEdges(const std::vector<Span>& run, const Axis& axis, FindingList& lis
 void judgeGaps(const std::vector<Span>& run, FindingList& list) {
     std::vector<int> gaps;
     for (std::size_t i = 1; i < run.size(); ++i) gaps.push_back(run[i].along - run[i - 1].end());
-    const std::optional<int> usual = prevailing(gaps, 3);
-    if (!usual || *usual < 2) return;
+    const std::optional<int> usual = prevailing(gaps, kFewestAgreeing);
+    if (!usual || *usual < kLeastGap) return;
     for (std::size_t i = 1; i < run.size(); ++i) {
         const int slip = std::abs(gaps[i - 1] - *usual);
-        if (slip < 2 || slip > kMostSlip) continue;
+        if (slip < kLeastUnevenGap || slip > kMostSlip) continue;
         const std::string place = placeName(run[i].box);
         list.addAt(kUnevenGap, place,
                    pixels(gaps[i - 1]) + " where the others have " + pixels(*usual),
@@ -151,9 +193,11 @@ void judgeControls(const PictureFacts& facts, FindingList& list) {
 void judgeLabels(const PictureFacts& facts, FindingList& list) {
     std::map<std::pair<std::string, int>, std::vector<const TextLine*>> byLook;
     for (const TextLine& line : facts.lines) {
-        if (line.xHeight > 16) continue;
-        byLook[{hexName(line.ground), line.box.x / 24}].push_back(&line);
-        byLook[{hexName(line.ground), (line.box.x + 12) / 24 + 100'000}].push_back(&line);
+        if (line.xHeight > kTallestLabel) continue;
+        byLook[{hexName(line.ground), line.box.x / kLabelBucket}].push_back(&line);
+        byLook[{hexName(line.ground),
+                (line.box.x + kLabelBucket / 2) / kLabelBucket + kShiftedBuckets}]
+            .push_back(&line);
     }
     std::vector<const TextLine*> reported;
     for (const auto& [look, lines] : byLook) {
@@ -172,16 +216,17 @@ void judgeLabels(const PictureFacts& facts, FindingList& list) {
                 usual = x;
             }
         }
-        if (most < 5 || most * 10 < lines.size() * 7) continue;
+        if (most < kFewestLabels || most * 10 < lines.size() * kLabelTenths) continue;
         for (const TextLine* line : lines) {
             const int slip = line->box.x - usual;
-            if (std::abs(slip) < 3 || std::abs(slip) > 4) continue;
+            if (std::abs(slip) < kLeastLabelSlip || std::abs(slip) > kMostLabelSlip) continue;
             // Narrow first letters stand in the middle of their room in fixed-width type.
             const auto first = std::ranges::find_if(facts.regions.marks, [&](const Mark& mark) {
                 return mark.box.x == line->box.x && mark.box.y >= line->box.y &&
                        mark.box.bottom() <= line->box.bottom();
             });
-            if (first == facts.regions.marks.end() || first->box.width * 20 < line->box.height * 9)
+            if (first == facts.regions.marks.end() ||
+                first->box.width * 20 < line->box.height * kNarrowLetterTwentieths)
                 continue;
             if (std::ranges::find(reported, line) != reported.end()) continue;
             reported.push_back(line);
@@ -196,11 +241,10 @@ void judgeLabels(const PictureFacts& facts, FindingList& list) {
 
 /// Editors and terminals run their text to the frame throughout; elsewhere text keeps clear of it.
 void judgeMargins(const PictureFacts& facts, FindingList& list) {
-    constexpr int kLeast = 3;
     std::size_t rows = 0;
     std::size_t crowded = 0;
     Rect box;
-    int nearest = kLeast;
+    int nearest = kLeastMargin;
     for (const TextLine& line : facts.lines) {
         const bool leads = std::ranges::none_of(facts.lines, [&](const TextLine& other) {
             return other.box.right() <= line.box.x && other.box.y < line.box.bottom() &&
@@ -208,11 +252,11 @@ void judgeMargins(const PictureFacts& facts, FindingList& list) {
         });
         if (!leads) continue;
         ++rows;
-        if (line.box.x == 0 || line.box.x >= kLeast) continue;
+        if (line.box.x == 0 || line.box.x >= kLeastMargin) continue;
         nearest = std::min(nearest, line.box.x);
         box = crowded++ == 0 ? line.box : united(box, line.box);
     }
-    if (rows < 5 || crowded == 0 || crowded * 3 > rows) return;
+    if (rows < kFewestRows || crowded == 0 || crowded * kCrowdedShare > rows) return;
     const std::string place = placeName(box);
     list.addAt(kCrowdedMargin, place, pixels(nearest) + " from the border",
                "The writing at " + place + " stands only " + pixels(nearest) +

@@ -8,14 +8,34 @@ constexpr GradedRule kOverexposed = declared<WorkKind::picture>("image.overexpos
 constexpr GradedRule kUnderexposed = declared<WorkKind::picture>("image.underexposed");
 constexpr GradedRule kWashedOut = declared<WorkKind::picture>("image.washed_out");
 
+// Where a comment names an experiment, `build/dev/bench/picture_thresholds NAME` repeats it;
+// docs/thresholds.md has the figures.
+
+// Chosen, and not measured: how light or dark a photograph may be is a matter of taste, and only
+// extremes are told. Levels are of 255, shares from 0 to 1.
+constexpr int kFewestPhotoBlocks = 24; // Blocks of 32 x 32: a photograph of 190 x 130 pixels.
+constexpr int kPhotoTenths = 1;        // Of all blocks, for a picture that is a photograph in part,
+constexpr int kMostlyPhotoTenths = 4;  // and as a whole.
+constexpr double kBurntOut = 0.35;     // Share of white in an overexposed photograph.
+constexpr int kBurntOutMedian = 225;
+constexpr int kBurntOutDarkTenth = 120;
+constexpr int kPaleMedian = 235; // A pale picture throughout: the middle, the darkest hundredth,
+constexpr int kPaleDarkest = 180;
+constexpr int kPaleLevels = 12;    // and enough levels to be no drawing on paper.
+constexpr int kDarkBrightest = 64; // A dark one: a quarter of the scale,
+constexpr int kDarkMedian = 30;
+constexpr int kDarkLevels = 8;       // and enough levels to be no blank screen.
+constexpr int kWashedOutLevels = 60; // Between the darkest and the brightest hundredth.
+
 void judgeOverexposure(const PictureFacts& facts, FindingList& list) {
     const PictureMeasures& m = facts.measures;
     // A subject before a white ground has its own shades; overexposure takes those as well.
-    const bool photo = m.photoBlocks >= 24 && m.photoBlocks * 10 >= m.blocks &&
-                       m.photoTones.white >= 0.35 && m.photoTones.median >= 225 &&
-                       m.photoTones.percent10 >= 120;
-    const bool throughout = facts.lines.empty() && m.tones.levels >= 12 &&
-                            m.tones.percent1 >= 180 && m.tones.median >= 235;
+    const bool photo = m.photoBlocks >= kFewestPhotoBlocks &&
+                       m.photoBlocks * 10 >= m.blocks * kPhotoTenths &&
+                       m.photoTones.white >= kBurntOut && m.photoTones.median >= kBurntOutMedian &&
+                       m.photoTones.percent10 >= kBurntOutDarkTenth;
+    const bool throughout = facts.lines.empty() && m.tones.levels >= kPaleLevels &&
+                            m.tones.percent1 >= kPaleDarkest && m.tones.median >= kPaleMedian;
     if (!photo && !throughout) return;
     const Tones& tones = photo ? m.photoTones : m.tones;
     const std::string place = placeName(photo ? m.photoBox : facts.whole());
@@ -27,7 +47,8 @@ void judgeOverexposure(const PictureFacts& facts, FindingList& list) {
 }
 
 bool isUnderexposed(const Tones& tones) {
-    return tones.percent99 <= 64 && tones.median <= 30 && tones.levels >= 8;
+    return tones.percent99 <= kDarkBrightest && tones.median <= kDarkMedian &&
+           tones.levels >= kDarkLevels;
 }
 
 void judgeUnderexposure(const PictureFacts& facts, FindingList& list) {
@@ -43,9 +64,10 @@ void judgeUnderexposure(const PictureFacts& facts, FindingList& list) {
 
 void judgeFlatness(const PictureFacts& facts, FindingList& list) {
     const PictureMeasures& m = facts.measures;
-    if (m.photoBlocks < 24 || m.photoBlocks * 10 < m.blocks * 4) return;
+    if (m.photoBlocks < kFewestPhotoBlocks || m.photoBlocks * 10 < m.blocks * kMostlyPhotoTenths)
+        return;
     const Tones& tones = m.photoTones;
-    if (tones.percent99 - tones.percent1 > 60 || isUnderexposed(m.tones)) return;
+    if (tones.percent99 - tones.percent1 > kWashedOutLevels || isUnderexposed(m.tones)) return;
     const std::string place = placeName(m.photoBox);
     const std::string levels =
         std::to_string(tones.percent1) + " to " + std::to_string(tones.percent99) + " of 255";

@@ -36,24 +36,79 @@ struct LowContrast {
     int lines = 0;
 };
 
-/// Letters of this height count as large for contrast (24 px and more of type size).
+// Where a comment names an experiment, `build/dev/bench/picture_thresholds NAME` repeats it;
+// docs/thresholds.md has the figures.
+
+/// WCAG 2.2, success criterion 1.4.3: contrast that writing needs, and large writing, which begins
+/// at 18 points, or 24 pixels of type. Type of 24 pixels has letters of about 13 (experiment
+/// `heights`).
+constexpr double kNeededContrast = 4.5;
+constexpr double kNeededContrastLarge = 3.0;
 constexpr int kLargeXHeight = 13;
 
 double requiredContrast(const TextLine& line) {
-    return line.xHeight >= kLargeXHeight ? 3.0 : 4.5;
+    return line.xHeight >= kLargeXHeight ? kNeededContrastLarge : kNeededContrast;
 }
 
-/// Hard to read for everyone; what is between this and 4.5:1 is so for many.
+/// Contrasts below which even the best pixels of antialiased letters tell that the colour is too
+/// weak. Letters below `kSmallXHeight` pixels have no stroke that fills a pixel.
 constexpr double kHardToRead = 2.9;
+constexpr double kTooLow = 4.2;
+constexpr double kTooLowSmall = 3.6;
+constexpr int kSmallXHeight = 8;
 
-/// Below this even the best pixel of antialiased letters tells that the colour is too weak.
 double surelyTooLow(const TextLine& line) {
     if (line.xHeight >= kLargeXHeight) return kHardToRead;
-    return line.xHeight >= 8 ? 4.2 : 3.6;
+    return line.xHeight >= kSmallXHeight ? kTooLow : kTooLowSmall;
 }
 
-/// Fainter than this is rather a trace in a light surface than writing.
+/// Fainter than this is rather a trace in a light surface than writing: white and a gray 21
+/// levels of 255 darker.
 constexpr double kFaintest = 1.2;
+
+/// Weak lines of one colour are one finding: the colours of antialiased letters differ by so many
+/// levels of 255, and the lines stand at most two heights apart.
+constexpr int kSameGround = 12;
+constexpr int kSameInk = 48;
+constexpr int kNeighbourHeights = 2;
+
+/// Tenths of the width of all writing that prevail, and those that are no oddity any more; the
+/// lines that are none either.
+constexpr int kPrevailingTenths = 4;
+constexpr int kMoreThanOddTenths = 1;
+constexpr int kMostOddLines = 3;
+
+/// Pixels: letters of so few rows have no room for the three strokes of an e. With fewer strokes
+/// than these a line may be a dotted rule.
+constexpr int kUnreadableXHeight = 3;
+constexpr int kUnreadableHeight = 6;
+constexpr double kFewestTinyStrokes = 8;
+constexpr std::size_t kFewestTinyLines = 2; // One may be a thumbnail or a logo.
+constexpr std::size_t kFewestPrevailingTinyLines = 3;
+constexpr int kPrevailingTinyTenths = 3;
+
+/// Of a line's marks, at least a quarter and three touch an edge that cuts it: a single tail may.
+constexpr int kCutShare = 4;
+constexpr int kFewestCutMarks = 3;
+/// At the sides a line that only ends there is cut when others are too, or when it is a title, that
+/// is so many pixels high.
+constexpr std::size_t kFewestCutLines = 3;
+constexpr int kTitleHeight = 24;
+
+/// Blocks that a judgement on blur, or noise, rests on, at least; and their share, one in so many
+/// of all blocks, or tenths of the photographic ones.
+constexpr int kFewestEdgyBlocks = 12;
+constexpr int kEdgyShare = 20;
+constexpr int kFewestNoisyBlocks = 24;
+constexpr int kNoisyTenths = 4;
+/// Sharp edges measure 1 and more, edges blurred by a pixel 0.3, by two or three this (experiment
+/// `blur`).
+constexpr double kBlurred = 0.12;
+/// Levels of 255 (experiment `noise`).
+constexpr double kNoisy = 8;
+constexpr double kVeryNoisy = 16;
+/// A gradient is large from this share of the picture on: one in so many pixels.
+constexpr int kLargeShare = 20;
 
 bool isWeak(const TextLine& line, double below) {
     return line.contrast >= kFaintest && line.contrast < below;
@@ -67,9 +122,10 @@ std::vector<LowContrast> lowContrastRegions(const std::vector<TextLine>& lines) 
             const int gap = line.box.y - region.box.bottom();
             const int side =
                 std::max(line.box.x, region.box.x) - std::min(line.box.right(), region.box.right());
-            return gap <= line.box.height * 2 && side <= line.box.height * 2 &&
-                   channelDistance(region.worst.ground, line.ground) <= 12 &&
-                   channelDistance(region.worst.ink, line.ink) <= 48;
+            return gap <= line.box.height * kNeighbourHeights &&
+                   side <= line.box.height * kNeighbourHeights &&
+                   channelDistance(region.worst.ground, line.ground) <= kSameGround &&
+                   channelDistance(region.worst.ink, line.ink) <= kSameInk;
         });
         if (joined == regions.end()) {
             regions.push_back({line.box, line, 1});
@@ -95,8 +151,9 @@ void judgeContrast(const PictureFacts& facts, FindingList& list) {
     const int all = facts.textWidth();
     // A few pale words may be disabled controls or hints; most of the writing may not.
     GradedRule prevailing = kPale;
-    if (weak * 10 >= all || weakLines > 3) prevailing = kWeakContrast;
-    if (weak * 10 >= all * 4 && weakLines >= 2) prevailing = kWeakThroughout;
+    if (weak * 10 >= all * kMoreThanOddTenths || weakLines > kMostOddLines)
+        prevailing = kWeakContrast;
+    if (weak * 10 >= all * kPrevailingTenths && weakLines >= 2) prevailing = kWeakThroughout;
     // In photographs the search may take ripples for writing.
     const PictureMeasures& m = facts.measures;
     if (m.photoBlocks * 2 > m.blocks) prevailing = kPale;
@@ -116,13 +173,15 @@ void judgeTinyText(const PictureFacts& facts, FindingList& list) {
     std::vector<const TextLine*> tiny;
     int width = 0;
     for (const TextLine& line : facts.lines) {
-        if (line.xHeight > 3 || line.box.height > 6 || line.strokes < 8) continue;
+        if (line.xHeight > kUnreadableXHeight || line.box.height > kUnreadableHeight ||
+            line.strokes < kFewestTinyStrokes)
+            continue;
         tiny.push_back(&line);
         width += line.box.width;
     }
-    // A line or two may be a thumbnail or a logo.
-    if (tiny.size() < 2) return;
-    const bool prevails = width * 10 >= facts.textWidth() * 3 && tiny.size() >= 3;
+    if (tiny.size() < kFewestTinyLines) return;
+    const bool prevails = width * 10 >= facts.textWidth() * kPrevailingTinyTenths &&
+                          tiny.size() >= kFewestPrevailingTinyLines;
     for (const TextLine* line : tiny) {
         const std::string place = placeName(line->box);
         const std::string height = std::to_string(line->xHeight) + " px";
@@ -156,8 +215,7 @@ void judgeCutText(const PictureFacts& facts, FindingList& list) {
     Edge bottom{"bottom", true, {}};
     Edge right{"right", true, {}};
     for (const TextLine& line : facts.lines) {
-        // A single tail may reach the edge; half of a line does not end there by chance.
-        const int enough = std::max(3, line.marks / 4);
+        const int enough = std::max(kFewestCutMarks, line.marks / kCutShare);
         if (line.box.y == 0 && marksAtEdge(facts, line, true) >= enough) {
             top.lines.push_back(&line);
         } else if (line.box.bottom() == whole.height && marksAtEdge(facts, line, false) >= enough) {
@@ -167,10 +225,10 @@ void judgeCutText(const PictureFacts& facts, FindingList& list) {
         if (line.box.right() == whole.width) right.lines.push_back(&line);
     }
     for (Edge* side : {&left, &right}) {
-        const bool tells =
-            side->lines.size() >= 3 || std::ranges::any_of(side->lines, [](const TextLine* line) {
-                return line->box.height >= 24;
-            });
+        const bool tells = side->lines.size() >= kFewestCutLines ||
+                           std::ranges::any_of(side->lines, [](const TextLine* line) {
+                               return line->box.height >= kTitleHeight;
+                           });
         if (!tells) side->lines.clear();
     }
     for (const Edge* edge : {&top, &left, &bottom, &right}) {
@@ -220,6 +278,9 @@ std::string fixed(double value, int decimals) {
 }
 
 void judgeSize(const PictureFacts& facts, FindingList& list) {
+    // Chosen, in pixels and times: a window less high than a dialogue, a slide smaller than the
+    // least projector, and strips that no screen, page or photograph has. A whole web page may be
+    // long.
     struct Limits {
         int width, height;
         int wide, tall; ///< Most times wider than high, and higher than wide.
@@ -264,7 +325,8 @@ void judgeWriting(const PictureFacts& facts, FindingList& list) {
 
 void judgeRendering(const PictureFacts& facts, FindingList& list) {
     const PictureMeasures& m = facts.measures;
-    if (m.edgyBlocks >= 12 && m.edgyBlocks * 20 >= m.blocks && m.sharpness < 0.12) {
+    if (m.edgyBlocks >= kFewestEdgyBlocks && m.edgyBlocks * kEdgyShare >= m.blocks &&
+        m.sharpness < kBlurred) {
         const std::string place = placeName(facts.whole());
         const std::string figures = "edge sharpness " + fixed(m.sharpness, 3) +
                                     ", Laplacian variance " + fixed(m.laplacianVariance, 1);
@@ -272,16 +334,17 @@ void judgeRendering(const PictureFacts& facts, FindingList& list) {
                    "Over " + place + " even the sharpest edges are soft (" + figures +
                        "); sharp ones reach 0.3.");
     }
-    if (m.noisyBlocks >= 24 && m.noisyBlocks * 10 >= m.photoBlocks * 4 && m.noiseSigma >= 8) {
+    if (m.noisyBlocks >= kFewestNoisyBlocks && m.noisyBlocks * 10 >= m.photoBlocks * kNoisyTenths &&
+        m.noiseSigma >= kNoisy) {
         const std::string place = placeName(m.photoBox);
         const std::string figures = "noise of " + fixed(m.noiseSigma, 1) + " levels in " +
                                     std::to_string(m.noisyBlocks) + " of " +
                                     std::to_string(m.photoBlocks) + " blocks";
-        list.addAt(m.noiseSigma >= 16 ? kNoiseMedium : kNoiseLow, place, figures,
+        list.addAt(m.noiseSigma >= kVeryNoisy ? kNoiseMedium : kNoiseLow, place, figures,
                    "At " + place + " neighbouring pixels differ at random: " + figures + ".");
     }
     for (const Banding& banding : findBanding(facts.picture)) {
-        const bool large = banding.box.area() * 20 >= facts.whole().area();
+        const bool large = banding.box.area() * kLargeShare >= facts.whole().area();
         const std::string place = placeName(banding.box);
         const std::string figures = std::to_string(banding.bands) + " bands, steps of up to " +
                                     std::to_string(banding.step) + " levels";

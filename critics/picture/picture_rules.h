@@ -1,8 +1,8 @@
-// Which rules does a picture break?
+// The rules for pictures, over what was found in one.
 //
-// Rules over what was found in a picture: those for every picture, and those for what it is meant
-// to show. Each adds to the list and keeps no state. A picture of a window shows a program's own
-// frame as well as the work in it, so rules weigh what prevails and let single oddities pass.
+// Those for every picture, and those for what it is meant to show. Each adds to the list and keeps
+// no state. A picture of a window shows a program's own frame as well as the work in it, so rules
+// weigh what prevails and let single oddities pass. All pure.
 
 #pragma once
 

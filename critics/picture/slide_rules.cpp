@@ -21,6 +21,38 @@ constexpr GradedRule kSmallText = declared<WorkKind::picture>("deck.small_text")
 constexpr GradedRule kMargin = declared<WorkKind::picture>("deck.margin");
 constexpr GradedRule kTextColours = declared<WorkKind::picture>("deck.text_colours");
 
+// Where a comment names an experiment, `build/dev/bench/picture_thresholds NAME` repeats it;
+// docs/thresholds.md has the figures.
+
+/// Percent of the width: a bare slide is a screen or an export, which hit a format but for
+/// rounding; in a window a slide may have a frame.
+constexpr double kBareOff = 0.5;
+constexpr double kMostOff = 3;
+/// Pixels: the smallest width at which `judgeSize` takes slides.
+constexpr int kBareWidth = 640;
+/// Strokes of a line that tell its size and colour: a word of three letters.
+constexpr double kTellingStrokes = 6;
+/// Percent by which the next size is larger, with a pixel for rounding. Chosen: nearer sizes are
+/// seen as one.
+constexpr int kNextSizePercent = 115;
+
+// Chosen, and not measured: how much a slide may hold is a matter of taste, and only extremes are
+// told.
+constexpr std::size_t kMostSizes = 6;
+constexpr std::size_t kMostColours = 6;
+constexpr int kMostLines = 20;          // Twice what guides for slides ask for, with captions.
+constexpr int kMostLinesInWindow = 45;  // The program's own menus and lists are among them.
+constexpr double kMostTextPercent = 38; // Of the area.
+constexpr int kMarginShare = 80;        // The least margin: one in so many pixels of the width,
+constexpr int kLeastMargin = 4;         // but pixels at least.
+/// Share of the height below which letters are too small to project: an x-height of nine points is
+/// about half that, and 0.9 % of the 540 points of a slide 7.5 inches high is 4.9.
+constexpr double kLeastLetterShare = 0.009;
+constexpr std::size_t kFewestSmallLines = 3;
+constexpr int kPrevailingTenths = 3; // Of the width of all writing.
+/// Levels of 255 between the colours of one ink, antialiased.
+constexpr int kSameInk = 48;
+
 struct Format {
     std::string_view name;
     int width, height;
@@ -41,21 +73,21 @@ double offFormat(const PictureFacts& facts) {
 
 /// Whether this is a slide by itself and not the window of a program that shows one.
 bool isBareSlide(const PictureFacts& facts) {
-    return offFormat(facts) < 0.5 && facts.picture.width >= 640;
+    return offFormat(facts) < kBareOff && facts.picture.width >= kBareWidth;
 }
 
 /// Lines of enough writing to tell their size.
 std::vector<const TextLine*> tellingLines(const PictureFacts& facts) {
     std::vector<const TextLine*> lines;
     for (const TextLine& line : facts.lines) {
-        if (line.strokes >= 6) lines.push_back(&line);
+        if (line.strokes >= kTellingStrokes) lines.push_back(&line);
     }
     return lines;
 }
 
 void judgeFormat(const PictureFacts& facts, FindingList& list) {
     const double off = offFormat(facts);
-    if (off <= 3) return;
+    if (off <= kMostOff) return;
     const std::string size =
         std::to_string(facts.picture.width) + " x " + std::to_string(facts.picture.height) + " px";
     const std::string place = placeName(facts.whole());
@@ -71,9 +103,10 @@ void judgeSizes(const PictureFacts& facts, FindingList& list) {
     std::vector<int> sizes;
     for (const int height : heights) {
         // Rounding to pixels and lines in capitals spread one size over neighbouring heights.
-        if (sizes.empty() || height * 100 > sizes.back() * 115 + 100) sizes.push_back(height);
+        if (sizes.empty() || height * 100 > sizes.back() * kNextSizePercent + 100)
+            sizes.push_back(height);
     }
-    if (sizes.size() <= 6) return;
+    if (sizes.size() <= kMostSizes) return;
     std::string shown;
     for (const int size : sizes) shown += (shown.empty() ? "" : ", ") + std::to_string(size);
     const std::string place = placeName(facts.whole());
@@ -97,8 +130,8 @@ void judgeAmount(const PictureFacts& facts, FindingList& list) {
     const bool bare = isBareSlide(facts);
     const auto percent =
         static_cast<double>(100 * covered) / static_cast<double>(facts.whole().area());
-    const int mostRows = bare ? 20 : 45;
-    if (rows <= mostRows && percent <= 38) return;
+    const int mostRows = bare ? kMostLines : kMostLinesInWindow;
+    if (rows <= mostRows && percent <= kMostTextPercent) return;
     const std::string figures =
         std::to_string(rows) + " lines, " + fixed(percent, 0) + " % of the area";
     list.addAt(bare ? kTextAmountMedium : kTextAmountLow, placeName(box), figures,
@@ -107,8 +140,7 @@ void judgeAmount(const PictureFacts& facts, FindingList& list) {
 
 void judgeSmallText(const PictureFacts& facts, FindingList& list) {
     if (!isBareSlide(facts)) return;
-    // About nine points on a slide of 7.5 inches; page numbers and sources may be that small.
-    const double least = facts.picture.height * 0.009;
+    const double least = facts.picture.height * kLeastLetterShare;
     std::vector<const TextLine*> small;
     int width = 0;
     for (const TextLine* line : tellingLines(facts)) {
@@ -116,7 +148,8 @@ void judgeSmallText(const PictureFacts& facts, FindingList& list) {
         small.push_back(line);
         width += line->box.width;
     }
-    if (small.size() < 3 || width * 10 < facts.textWidth() * 3) return;
+    if (small.size() < kFewestSmallLines || width * 10 < facts.textWidth() * kPrevailingTenths)
+        return;
     for (const TextLine* line : small) {
         const std::string place = placeName(line->box);
         const std::string height =
@@ -129,7 +162,7 @@ void judgeSmallText(const PictureFacts& facts, FindingList& list) {
 
 void judgeMargins(const PictureFacts& facts, FindingList& list) {
     if (!isBareSlide(facts)) return;
-    const int margin = std::max(4, facts.picture.width / 80);
+    const int margin = std::max(kLeastMargin, facts.picture.width / kMarginShare);
     const std::array<std::string_view, 4> names{"left", "top", "right", "bottom"};
     for (std::size_t edge = 0; edge < names.size(); ++edge) {
         int nearest = margin;
@@ -159,11 +192,11 @@ void judgeColours(const PictureFacts& facts, FindingList& list) {
     for (const TextLine* line : tellingLines(facts)) {
         box = colours.empty() ? line->box : united(box, line->box);
         const bool known = std::ranges::any_of(colours, [&](const Colour& colour) {
-            return channelDistance(colour, line->ink) <= 48;
+            return channelDistance(colour, line->ink) <= kSameInk;
         });
         if (!known) colours.push_back(line->ink);
     }
-    if (colours.size() <= 6) return;
+    if (colours.size() <= kMostColours) return;
     std::string shown;
     for (const Colour& colour : colours) shown += (shown.empty() ? "" : ", ") + hexName(colour);
     const std::string place = placeName(box);
