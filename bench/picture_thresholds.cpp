@@ -293,6 +293,15 @@ void contrast() {
             char name[80];
             std::snprintf(name, sizeof name, "drawn at %.1f:1, %s", ratio, group.c_str());
             print(name, values);
+            std::printf("    below");
+            for (const double limit : {2.5, 2.7, 2.9, 3.0, 3.3, 3.6, 4.0, 4.2}) {
+                const auto below =
+                    std::ranges::count_if(values, [limit](double value) { return value < limit; });
+                std::printf("  %.1f: %.1f %%", limit,
+                            100.0 * static_cast<double>(below) /
+                                static_cast<double>(values.size()));
+            }
+            std::printf("\n");
         }
     }
 }
