@@ -186,6 +186,14 @@ TEST(SheetCritic, MixedTypes) {
     });
 }
 
+/// Figures shown with one decimal that add up to 8.0, above that total.
+std::string sixteenRows(const std::string& total) {
+    std::string csv = "Item,Cost\n";
+    for (char item = 'A'; item < 'A' + 16; ++item)
+        csv += std::string(1, item) + (item % 2 == 0 ? ",0.4\n" : ",0.6\n");
+    return csv + "Total," + total + "\n";
+}
+
 TEST(SheetCritic, TotalsThatDoNotAddUp) {
     expectFound({
         {"wrong", "Item,Cost\nA,10\nB,20\nC,30\nTotal,70\n", {"sheet.wrong_total@cell B5"}},
@@ -194,6 +202,8 @@ TEST(SheetCritic, TotalsThatDoNotAddUp) {
          "Item,Cost\nA,10.00\nB,20.00\nC,35.00\nTotal,30.00\n",
          {"sheet.wrong_total@cell B5"}},
         {"rounded", "Item,Cost\nA,1.3\nB,1.3\nC,1.3\nTotal,4.0\n", {}},
+        {"rounded, sixteen rows", sixteenRows("8.3"), {}},
+        {"more than rounding, sixteen rows", sixteenRows("8.5"), {"sheet.wrong_total@cell B18"}},
         {"off by one, whole",
          "Item,Qty\nA,10\nB,20\nC,31\nTotal,60\n",
          {"sheet.wrong_total@cell B5"}},
