@@ -51,10 +51,13 @@ double requiredContrast(const TextLine& line) {
 }
 
 /// Contrasts below which even the best pixels of antialiased letters tell that the colour is too
-/// weak. Letters below `kSmallXHeight` pixels have no stroke that fills a pixel.
+/// weak. Of writing drawn at 4.5:1, one line in a hundred measures less than 4.06; letters below
+/// `kSmallXHeight` pixels have no stroke that fills a pixel, a tenth measures less than 3.4, and so
+/// they are held to 3:1, which nothing on a screen may have less of (1.4.11). Large letters measure
+/// what they have, but for rounding to 255 levels (experiment `contrast`).
 constexpr double kHardToRead = 2.9;
-constexpr double kTooLow = 4.2;
-constexpr double kTooLowSmall = 3.6;
+constexpr double kTooLow = 4.0;
+constexpr double kTooLowSmall = 3.0;
 constexpr int kSmallXHeight = 8;
 
 double surelyTooLow(const TextLine& line) {

@@ -172,6 +172,29 @@ TEST(ImageCritic, WeakContrastIsMeasured) {
     }
 }
 
+// Antialiasing takes from the contrast of letters, the more the smaller they are: what measures a
+// little less than 4.5:1 may have been drawn with it.
+TEST(ImageCritic, LettersMayMeasureLessThanTheyAreDrawnWith) {
+    const struct {
+        int scale; ///< The x-height is five times that.
+        int ink;
+        Names expected;
+    } cases[] = {
+        {2, 0x7D, {}},                       // 4.12
+        {2, 0x80, {"picture.low_contrast"}}, // 3.95
+        {1, 0x8E, {}},                       // 3.28
+        {1, 0x96, {"picture.low_contrast"}}, // 2.96
+    };
+    for (const auto& c : cases) {
+        Picture picture = blank(640, 300);
+        for (int i = 0; i < 5; ++i) {
+            write(picture, 40, 40 + i * 14 * c.scale, kWords[static_cast<std::size_t>(i)],
+                  gray(c.ink), c.scale);
+        }
+        EXPECT_EQ(found(picture), c.expected) << c.ink << " at " << c.scale;
+    }
+}
+
 TEST(ImageCritic, WeakContrastNamesPlaceRatioAndColours) {
     Picture picture = blank(640, 300);
     for (int i = 0; i < 5; ++i) {
