@@ -30,12 +30,13 @@ struct RulesFor<WorkKind::picture> {
              "chosen, in pixels by kind of picture"},
         Rule{"picture.aspect", Severity::medium, "extreme proportions", Unit::part,
              "chosen, as width to height by kind of picture"},
-        Rule{"picture.low_contrast",
-             {Severity::high, Severity::medium, Severity::low},
-             "weak contrast",
-             Unit::region,
-             "WCAG 2 asks for 4.5:1, for large letters 3:1; what is reported lies below, since "
-             "antialiased strokes measure weaker than they are"},
+        Rule{
+            "picture.low_contrast",
+            {Severity::high, Severity::medium, Severity::low},
+            "weak contrast",
+            Unit::region,
+            "WCAG 2.2 (1.4.3) asks for 4.5:1, for large letters 3:1; measured (picture_thresholds "
+            "contrast): antialiased letters have less, so 4.0, 3.0 below 8 px, 2.9 for large ones"},
         Rule{"picture.tiny_text",
              {Severity::medium, Severity::low},
              "unreadably small text",
@@ -47,17 +48,22 @@ struct RulesFor<WorkKind::picture> {
              Unit::region,
              "chosen: a quarter of the letters of a line, three at least, touch the edge"},
         Rule{"picture.blur", Severity::medium, "out of focus", Unit::part,
-             "chosen: an edge sharpness of 0.12 where sharp edges reach 0.3"},
+             "measured (picture_thresholds blur): a sharpness of 0.12, which edges blurred by two "
+             "to three "
+             "pixels have; sharp ones have 1 and more"},
         Rule{"picture.noise",
              {Severity::medium, Severity::low},
              "visual noise",
              Unit::part,
-             "chosen: 8 and 16 levels of 255 between neighbouring pixels"},
+             "chosen: 8 and 16 levels of 255; measured (picture_thresholds noise): what the blocks "
+             "say"},
         Rule{"picture.banding",
              {Severity::medium, Severity::low},
              "colour banding",
              Unit::region,
-             "chosen: six flat steps; large from a twentieth of the picture on"},
+             "measured (picture_thresholds banding): six steps of 3 to 40 levels of 255; chosen: "
+             "large from "
+             "a twentieth of the picture on"},
         Rule{"image.overexposed", Severity::medium, "overexposed", Unit::part,
              "chosen, in levels of 255 and shares of the pixels"},
         Rule{"image.underexposed", Severity::medium, "underexposed", Unit::part,
@@ -69,7 +75,9 @@ struct RulesFor<WorkKind::picture> {
         Rule{"ui.misaligned_top", Severity::medium, "misaligned", Unit::region,
              "as ui.misaligned_left"},
         Rule{"ui.misaligned_text", Severity::low, "misaligned", Unit::region,
-             "chosen: 3 or 4 pixels, since letters begin up to two beside their edge; five lines, "
+             "measured (picture_thresholds bearings): letters begin up to two pixels beside their "
+             "edge, so 3 "
+             "or 4 tell; chosen: five lines, "
              "seven tenths of them on one edge"},
         Rule{"ui.uneven_gap", Severity::low, "uneven spacing", Unit::region,
              "chosen: 2 or 3 pixels, since layouts share out left-over pixels by one"},
