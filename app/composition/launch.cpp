@@ -20,9 +20,11 @@ namespace {
 /// What Qt prints, as this program's own words; what it cannot go on after ends the program without
 /// the trace of a crash.
 void reportQtMessage(QtMsgType type, const QMessageLogContext&, const QString& message) {
-    // A session without a runtime folder, and a display that went away, are nothing to speak of.
-    const bool idle = message.startsWith(QLatin1String("QStandardPaths: XDG_RUNTIME_DIR")) ||
-                      message.startsWith(QLatin1String("The X11 connection broke"));
+    // A display that went away is nothing to speak of, and the end: Qt would go on to call exit,
+    // which takes static objects away under the threads that still run.
+    if (message.startsWith(QLatin1String("The X11 connection broke"))) ::_exit(1);
+    // Nor is a session without a runtime folder.
+    const bool idle = message.startsWith(QLatin1String("QStandardPaths: XDG_RUNTIME_DIR"));
     if (type == QtDebugMsg || type == QtInfoMsg || idle) return;
     const std::string line = "kelvane: " + message.toStdString() + "\n";
     [[maybe_unused]] const auto written = ::write(STDERR_FILENO, line.data(), line.size());
