@@ -19,15 +19,21 @@ std::vector<std::string>& recordedArgs() {
     return recorded;
 }
 
+// Appended, not added up: gcc 12 takes a sum of texts this short for one that leaves its bounds.
+std::string onService(std::string_view path) {
+    std::string url(kServiceBase);
+    return url.append(path);
+}
+
 } // namespace
 
 const std::string& kConnectURL() {
-    static const std::string url = std::string(kServiceBase) + "/connect?from=macos-app";
+    static const std::string url = onService("/connect?from=macos-app");
     return url;
 }
 
 const std::string& kCatalogURL() {
-    static const std::string url = std::string(kServiceBase) + "/brask/app-catalog.json";
+    static const std::string url = onService("/brask/app-catalog.json");
     return url;
 }
 
