@@ -1,4 +1,4 @@
-// The kind of this session, and the X server, if any, that may be asked about it.
+// The kind of desktop session, and the X server, if any, that may be asked about it.
 //
 // Decided from the environment alone. Under Wayland only the windows of X11 programs can be seen,
 // through the X server that the compositor runs for them; while a native Wayland window is in

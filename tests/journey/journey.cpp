@@ -73,13 +73,15 @@ void Journey::open(const std::vector<std::string>& command, const std::string& w
     std::this_thread::sleep_for(1s); // the window is there before its document is
 }
 
-bool Journey::waitForOwner(const std::string& selection) {
+bool Journey::waitForOwner(const std::string& selection, std::chrono::milliseconds timeout) {
     auto& x = s_desktop->link();
-    return VirtualDesktop::waitUntil([&] {
-        const XcbOwned<xcb_get_selection_owner_reply_t> reply(xcb_get_selection_owner_reply(
-            x.xcb(), xcb_get_selection_owner(x.xcb(), x.atom(selection)), nullptr));
-        return reply && reply->owner != XCB_WINDOW_NONE;
-    });
+    return VirtualDesktop::waitUntil(
+        [&] {
+            const XcbOwned<xcb_get_selection_owner_reply_t> reply(xcb_get_selection_owner_reply(
+                x.xcb(), xcb_get_selection_owner(x.xcb(), x.atom(selection)), nullptr));
+            return reply && reply->owner != XCB_WINDOW_NONE;
+        },
+        timeout);
 }
 
 void Journey::openAndSelectAll(const std::vector<std::string>& command,

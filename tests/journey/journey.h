@@ -12,6 +12,7 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <filesystem>
 #include <map>
 #include <memory>
@@ -42,7 +43,8 @@ protected:
     /// Opens a document in an application, in front.
     void open(const std::vector<std::string>& command, const std::string& wmClass);
     /// Whether somebody comes to own this selection, which is when it can be pasted.
-    static bool waitForOwner(const std::string& selection);
+    static bool waitForOwner(const std::string& selection,
+                             std::chrono::milliseconds timeout = std::chrono::seconds(60));
     void openAndSelectAll(const std::vector<std::string>& command, const std::string& wmClass);
     std::filesystem::path document(const std::string& text, const std::string& name = "work.md");
 
