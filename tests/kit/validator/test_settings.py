@@ -59,10 +59,9 @@ class SettingsTest(surroundings.HomeTest):
         self.assertEqual(self.load().base, settings.DEFAULT_BASE)
 
     def test_the_built_in_base_is_the_builds_own(self):
-        root = pathlib.Path(surroundings.KIT).parents[1]
-        places = [root / "eval" / "service_address.h", root / "CMakeLists.txt"]
-        found = [base for place in places if place.exists()
-                 for base in re.findall(r'KELVANE_SERVICE_BASE "([^"]+)"', place.read_text())]
+        root = pathlib.Path(__file__).resolve().parents[3]
+        found = re.findall(r'set\(KELVANE_SERVICE_BASE ([^")\s]+)\)',
+                           (root / "CMakeLists.txt").read_text(encoding="utf-8"))
         self.assertEqual(found, [settings.DEFAULT_BASE])
 
     def test_the_base_is_the_variable_without_blanks_and_trailing_slashes(self):
