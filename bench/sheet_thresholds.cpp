@@ -44,7 +44,7 @@ bool says(const std::string& csv, std::string_view rule) {
     Part part;
     part.mimeType = "text/csv";
     part.text = csv;
-    return std::ranges::any_of(critiqueSheet(part),
+    return std::ranges::any_of(critiqueSheet(part).findings,
                                [&](const Finding& finding) { return finding.rule == rule; });
 }
 

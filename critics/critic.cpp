@@ -67,24 +67,33 @@ std::vector<Finding> onlyFinding(GradedRule rule, const std::string& place,
     return findings.take();
 }
 
-std::vector<Finding> emptyFinding(const std::string& place) {
-    return onlyFinding(kEmpty, place, "nothing", "There is nothing in " + place + " to judge.");
+/// That there is nothing needs no knowledge of what it might have been.
+Critique emptyCritique(const std::string& place) {
+    Critique critique;
+    critique.findings =
+        onlyFinding(kEmpty, place, "nothing", "There is nothing in " + place + " to judge.");
+    critique.coverage.checked(ownRules("emptiness"));
+    critique.coverage.known = true;
+    return critique;
 }
 
-std::vector<Finding> unreadableFinding(const Part& part, const std::string& place) {
+Critique unreadableCritique(const Part& part, const std::string& place) {
     const std::string type = part.mimeType.empty() ? "no type" : shortened(part.mimeType);
-    return onlyFinding(kUnreadable, place, type,
-                       "Content of " + place + " was not judged: “" + type + "” with " +
-                           std::to_string(part.bytes.size()) +
-                           " bytes is not a kind of work that can be read here.");
+    Critique critique;
+    critique.findings = onlyFinding(kUnreadable, place, type,
+                                    "Content of " + place + " was not judged: “" + type +
+                                        "” with " + std::to_string(part.bytes.size()) +
+                                        " bytes is not a kind of work that can be read here.");
+    critique.coverage.missed({"content of type " + type, "nothing here reads it", ""});
+    return critique;
 }
 
-std::vector<Finding> critiqueByType(const Part& part, std::string_view modality,
-                                    const std::string& place, PictureAllowance& pictures) {
+Critique critiqueByType(const Part& part, std::string_view modality, const std::string& place,
+                        PictureAllowance& pictures) {
     const std::string type = bareType(part.mimeType);
     if (!part.isText || (part.text.empty() && !part.bytes.empty())) {
         if (type == "image/png") return critiqueImage(part, modality, pictures);
-        return unreadableFinding(part, place);
+        return unreadableCritique(part, place);
     }
     // The type says what this part is; the modality speaks only for parts that are plain text.
     if (type == "text/tab-separated-values" || type == "text/csv") return critiqueSheet(part);
@@ -98,36 +107,34 @@ std::vector<Finding> critiqueByType(const Part& part, std::string_view modality,
 
 } // namespace
 
-std::vector<Finding> critique(const Submission& submission) {
+Critique critique(const Submission& submission) {
     warmUp();
+    Critique whole;
+    whole.coverage.known = true;
     if (std::all_of(submission.parts.begin(), submission.parts.end(), isEmpty)) {
-        const bool whole =
+        const bool marks =
             !submission.parts.empty() &&
             std::all_of(submission.parts.begin(), submission.parts.end(), isWholeThoughEmpty);
-        return whole ? std::vector<Finding>() : emptyFinding("the submission");
+        return marks ? whole : emptyCritique("the submission");
     }
 
     const std::string modality = text::lowerAscii(submission.modality);
     const bool several = submission.parts.size() > 1;
     PictureAllowance pictures;
-    std::vector<Finding> all;
     for (std::size_t i = 0; i < submission.parts.size(); ++i) {
         const Part& part = submission.parts[i];
         if (isWholeThoughEmpty(part)) continue;
         const std::string label = labelOf(part, i);
-        if (isEmpty(part)) {
-            all.push_back(emptyFinding(label).front());
-            continue;
+        Critique ofPart =
+            isEmpty(part) ? emptyCritique(label) : critiqueByType(part, modality, label, pictures);
+        for (Finding& finding : ofPart.findings) {
+            if (!several || finding.place == label) continue;
+            finding.place = label + ", " + finding.place;
+            finding.detail = "In " + label + ": " + finding.detail;
         }
-        for (Finding& finding : critiqueByType(part, modality, label, pictures)) {
-            if (several && finding.place != label) {
-                finding.place = label + ", " + finding.place;
-                finding.detail = "In " + label + ": " + finding.detail;
-            }
-            all.push_back(std::move(finding));
-        }
+        addPart(whole, std::move(ofPart));
     }
-    return all;
+    return whole;
 }
 
 void warmUp() {

@@ -1,4 +1,4 @@
-// The judge of a piece of work: one submission in, findings out.
+// The judge of a piece of work: one submission in, findings and coverage out.
 //
 // It is deterministic: the same bytes give the same findings in the same order. It keeps no state
 // between calls, never throws on bad input (what cannot be read is a finding), and may run on any
@@ -6,16 +6,14 @@
 
 #pragma once
 
-#include "critics/findings/finding.h"
-
-#include <vector>
+#include "critics/findings/critique.h"
 
 namespace trevix {
 
-/// The findings of the critic that is right for each part, by its type and the declared modality,
+/// What the critic that is right for each part makes of it, by its type and the declared modality,
 /// in the order of the parts. A submission without parts, or whose every part is empty, has one
 /// finding that says so.
-[[nodiscard]] std::vector<Finding> critique(const Submission& submission);
+[[nodiscard]] Critique critique(const Submission& submission);
 
 /// Builds the rule tables that the critics share. The first `critique` does so by itself; a service
 /// calls this beforehand and tells its clients that it is warming up meanwhile. Thread-safe,

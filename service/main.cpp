@@ -98,7 +98,7 @@ int serve(const CommandLine& line, const fs::path& data, const fs::path& catalog
     QueueOptions queueOptions;
     queueOptions.maxWaiting = line.queue;
     queueOptions.keep = std::chrono::hours(24) * line.keepDays;
-    queueOptions.critic = critique;
+    queueOptions.critic = [](const Submission& work) { return critique(work).findings; };
     queueOptions.warmUp = warmUp;
     queueOptions.nowMs = nowMs;
     queueOptions.log = notice;

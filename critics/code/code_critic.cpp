@@ -17,20 +17,31 @@ constexpr GradedRule kSecret = declared<WorkKind::code>("code.secret");
 
 } // namespace
 
-std::vector<Finding> critiqueCode(const Part& part) {
+Critique critiqueCode(const Part& part) {
     const SourceText source(part.text);
     FindingList findings(source);
     if (text::trimmed(part.text).empty()) {
         findings.addWith(kEmpty, 0, "blanks only", "is all there is");
-        return findings.take();
+        return {findings.take(), {}, {{ownRules("emptiness")}, {}, true}};
     }
     checkSecrets(source, kSecret, findings);
     checkEncoding(source, findings);
     checkConflictMarkers(source, kConflict, findings);
 
     const CodeView view(source, languageOf(part.name, part.text));
-    // One slip is one finding: the grammar speaks where the more telling rule is silent.
-    if (checkYaml(view, findings)) checkSyntax(view, part.name, findings);
+    Critique critique;
+    critique.extent.lines = source.writtenLines();
+    critique.coverage.checked(ownRules("habits, structure and secrets in code"));
+    if (view.language == Language::json) {
+        critique.coverage.checked(ownRules("syntax, JSON"));
+        critique.coverage.known = true;
+    } else if (checkYaml(view, findings)) {
+        // One slip is one finding: the grammar speaks where the more telling rule is silent.
+        checkSyntax(view, part.name, findings, critique.coverage);
+    } else {
+        critique.coverage.checked(ownRules("syntax, YAML"));
+        critique.coverage.known = true;
+    }
     checkShape(view, findings);
     checkBrackets(view, findings);
     checkLongFunctions(view, findings);
@@ -47,7 +58,8 @@ std::vector<Finding> critiqueCode(const Part& part) {
     checkQueries(view, findings);
     checkHomePaths(view, findings);
     checkJson(view, findings);
-    return findings.take();
+    critique.findings = findings.take();
+    return critique;
 }
 
 } // namespace trevix

@@ -4,13 +4,12 @@
 
 #pragma once
 
-#include "critics/findings/finding.h"
-
-#include <vector>
+#include "critics/findings/critique.h"
 
 namespace trevix {
 
-/// What is wrong with one part, in reading order; empty when nothing is. `part.isText` holds.
-[[nodiscard]] std::vector<Finding> critiqueCode(const Part& part);
+/// What is wrong with one part, in reading order, how much there is of it, and who looked.
+/// `part.isText` holds.
+[[nodiscard]] Critique critiqueCode(const Part& part);
 
 } // namespace trevix

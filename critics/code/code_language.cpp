@@ -334,6 +334,48 @@ Language languageOf(std::string_view name, std::string_view text) {
     return guessed;
 }
 
+std::string_view name(Language language) {
+    switch (language) {
+    case Language::c:
+        return "C";
+    case Language::cpp:
+        return "C++";
+    case Language::csharp:
+        return "C#";
+    case Language::css:
+        return "CSS";
+    case Language::go:
+        return "Go";
+    case Language::html:
+        return "HTML";
+    case Language::java:
+        return "Java";
+    case Language::javascript:
+        return "JavaScript";
+    case Language::json:
+        return "JSON";
+    case Language::php:
+        return "PHP";
+    case Language::python:
+        return "Python";
+    case Language::ruby:
+        return "Ruby";
+    case Language::rust:
+        return "Rust";
+    case Language::shell:
+        return "shell";
+    case Language::sql:
+        return "SQL";
+    case Language::typescript:
+        return "TypeScript";
+    case Language::yaml:
+        return "YAML";
+    case Language::unknown:
+        break;
+    }
+    return "a language that is not known here";
+}
+
 bool hasBraces(Language language) {
     switch (language) {
     case Language::c:

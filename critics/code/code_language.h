@@ -36,6 +36,9 @@ enum class Language {
 /// The language that the extension of a name says, or `unknown`.
 [[nodiscard]] Language languageOfName(std::string_view name);
 
+/// The name of the language for people: "C++"; "a language that is not known here" for `unknown`.
+[[nodiscard]] std::string_view name(Language language);
+
 /// Blocks in braces, comments with two slashes.
 [[nodiscard]] bool hasBraces(Language language);
 /// Data, markup and styles hold no statements.

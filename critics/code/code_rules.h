@@ -7,6 +7,7 @@
 #pragma once
 
 #include "critics/code/code_view.h"
+#include "critics/findings/critique.h"
 
 namespace trevix {
 
@@ -31,7 +32,9 @@ void checkQueries(const CodeView& view, FindingList& findings);
 void checkHomePaths(const CodeView& view, FindingList& findings);
 
 // Grammar: code_syntax_rules.cpp
-void checkSyntax(const CodeView& view, std::string_view name, FindingList& findings);
+/// Also tells whether there is a grammar, and whether the text was read by it.
+void checkSyntax(const CodeView& view, std::string_view name, FindingList& findings,
+                 Coverage& coverage);
 
 // Grammar where there is no grammar: code_shape_rules.cpp
 void checkShape(const CodeView& view, FindingList& findings);

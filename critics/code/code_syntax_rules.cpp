@@ -177,16 +177,44 @@ std::string_view grammarFor(const GrammarOf& rules, std::string_view name) {
     return std::ranges::find(kDialects, extension) == kDialects.end() ? rules.grammar : "";
 }
 
+std::string packageOf(std::string_view grammar) {
+    for (const GrammarInfo& known : knownGrammars()) {
+        if (known.name == grammar) return std::string(known.package);
+    }
+    return {};
+}
+
 } // namespace
 
-void checkSyntax(const CodeView& view, std::string_view name, FindingList& findings) {
+void checkSyntax(const CodeView& view, std::string_view name, FindingList& findings,
+                 Coverage& coverage) {
+    const std::string what = "syntax, " + std::string(trevix::name(view.language));
     const auto rules = std::ranges::find(kGrammars, view.language, &GrammarOf::language);
-    if (rules == kGrammars.end()) return;
+    const std::string_view grammar =
+        rules == kGrammars.end() ? std::string_view() : grammarFor(*rules, name);
+    if (grammar.empty()) {
+        coverage.missed({what, "no grammar of it is known here", ""});
+        return;
+    }
     const std::string_view text = view.source.text();
-    const std::string_view grammar = grammarFor(*rules, name);
-    if (grammar.empty()) return;
     const SyntaxReading reading = readSyntax(grammar, text, kMostTime);
-    if (reading.outcome != SyntaxReading::Outcome::read || reading.faults.empty()) return;
+    switch (reading.outcome) {
+    case SyntaxReading::Outcome::read:
+        coverage.checked({"tree-sitter", packageOf(grammar), what});
+        coverage.known = true;
+        break;
+    case SyntaxReading::Outcome::noGrammar:
+        coverage.missed({what, "this build has no grammar of it", "build with npm at hand"});
+        return;
+    case SyntaxReading::Outcome::outOfTime:
+        coverage.missed({what, "the parser did not end in time", ""});
+        return;
+    case SyntaxReading::Outcome::tooLong:
+        coverage.missed(
+            {what, "the text is longer than the parser can take", "grade a part of it"});
+        return;
+    }
+    if (reading.faults.empty()) return;
     if (isPartOfSomething(*rules, grammar, text)) return;
     if (languageOfName(name) == Language::unknown && hasLooseEnds(view)) return;
     std::size_t reported = 0;

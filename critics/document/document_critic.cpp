@@ -12,13 +12,17 @@ constexpr GradedRule kSecret = declared<WorkKind::text>("text.secret");
 
 } // namespace
 
-std::vector<Finding> critiqueDocument(const Part& part) {
+Critique critiqueDocument(const Part& part) {
     const SourceText source(part.text);
     FindingList findings(source);
     checkSecrets(source, kSecret, findings);
     Outline outline = outlineOf(source);
     const ProseView view(source, std::move(outline.prose));
-    if (checkAmount(view, findings)) return findings.take();
+    Critique critique = proseCritique(view);
+    if (checkAmount(view, findings)) {
+        critique.findings = findings.take();
+        return critique;
+    }
 
     checkConflictMarkers(source, kConflict, findings);
     checkEncoding(source, findings);
@@ -33,7 +37,8 @@ std::vector<Finding> critiqueDocument(const Part& part) {
     checkLinks(document, findings);
     checkNotes(document, findings);
     checkNumberedReferences(document, findings);
-    return findings.take();
+    critique.findings = findings.take();
+    return critique;
 }
 
 } // namespace trevix

@@ -54,6 +54,14 @@ std::size_t SourceText::codePointsBefore(std::size_t offset) const {
            static_cast<std::size_t>(std::count_if(rest.begin(), rest.end(), startsCodePoint));
 }
 
+std::size_t SourceText::writtenLines() const {
+    std::size_t written = 0;
+    for (std::size_t i = 0; i < m_lineStarts.size(); ++i) {
+        if (line(i).find_first_not_of(" \t\f\v") != std::string_view::npos) ++written;
+    }
+    return written;
+}
+
 std::string SourceText::place(std::size_t offset) const {
     offset = std::min(offset, m_text.size());
     const std::size_t line = lineAt(offset);

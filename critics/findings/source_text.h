@@ -26,6 +26,8 @@ public:
     /// The end of the line without its line break.
     [[nodiscard]] std::size_t lineEnd(std::size_t line) const;
     [[nodiscard]] std::string_view line(std::size_t line) const;
+    /// How many lines hold more than blanks.
+    [[nodiscard]] std::size_t writtenLines() const;
 
     /// "line 12, column 5".
     [[nodiscard]] std::string place(std::size_t offset) const;

@@ -172,35 +172,42 @@ void judgeWhole(Picture picture, PictureKind kind, FindingList& list) {
     }
 }
 
-} // namespace
-
-std::vector<Finding> critiqueImage(const Part& part, std::string_view modality,
-                                   PictureAllowance& allowance) {
-    FindingList list;
+/// Judges the picture as far as the allowance reaches.
+void judge(const Part& part, PictureKind kind, PictureAllowance& allowance, FindingList& list) {
     const auto header = sizeOfPng(part.bytes);
     if (const auto* failure = std::get_if<DecodeFailure>(&header)) {
         tellUnreadable(*failure, list);
-        return list.take();
+        return;
     }
     const PictureSize size = std::get<PictureSize>(header);
     if (!allowance.take(size.pixels())) {
         tellUnjudged(size, list);
-        return list.take();
+        return;
     }
-    const PictureKind kind = kindOf(modality);
     if (size.pixels() > kMostAnalysedPixels) {
         PictureFacts facts;
         facts.kind = kind;
         facts.picture = {size.width, size.height, {}};
         judgeLarge(part.bytes, std::move(facts), list);
-        return list.take();
+        return;
     }
     auto decoded = decodePng(part.bytes);
     if (const auto* failure = std::get_if<DecodeFailure>(&decoded))
         tellUnreadable(*failure, list);
     else
         judgeWhole(std::get<Picture>(std::move(decoded)), kind, list);
-    return list.take();
+}
+
+} // namespace
+
+Critique critiqueImage(const Part& part, std::string_view modality, PictureAllowance& allowance) {
+    Critique critique;
+    critique.coverage.checked(ownRules("emptiness, writing, edges and contrast in pictures"));
+    critique.coverage.known = true;
+    FindingList list;
+    judge(part, kindOf(modality), allowance, list);
+    critique.findings = list.take();
+    return critique;
 }
 
 } // namespace trevix

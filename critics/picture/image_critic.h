@@ -5,12 +5,11 @@
 
 #pragma once
 
-#include "critics/findings/finding.h"
+#include "critics/findings/critique.h"
 #include "critics/picture/pixels.h"
 
 #include <cstddef>
 #include <string_view>
-#include <vector>
 
 namespace trevix {
 
@@ -39,7 +38,7 @@ private:
 /// What is wrong with the picture, judged as what `modality` says it shows: "ui_ux", "deck" or
 /// anything else. A picture that cannot be read, or for which the allowance does not suffice, is
 /// one finding.
-[[nodiscard]] std::vector<Finding> critiqueImage(const Part& part, std::string_view modality,
-                                                 PictureAllowance& allowance);
+[[nodiscard]] Critique critiqueImage(const Part& part, std::string_view modality,
+                                     PictureAllowance& allowance);
 
 } // namespace trevix

@@ -5,6 +5,7 @@
 #include "critics/sheet/sheet_rules.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <utility>
 
 namespace trevix {
@@ -12,9 +13,18 @@ namespace {
 
 constexpr GradedRule kEmpty = declared<WorkKind::sheet>("sheet.empty");
 
+std::uint64_t filledCells(const Table& table) {
+    std::uint64_t filled = 0;
+    for (const auto& row : table.rows) {
+        filled += static_cast<std::uint64_t>(std::ranges::count_if(
+            row, [](const auto& cell) { return !trimmedCell(cell).empty(); }));
+    }
+    return filled;
+}
+
 } // namespace
 
-std::vector<Finding> critiqueSheet(const Part& part) {
+Critique critiqueSheet(const Part& part) {
     FindingList list;
     const bool tabSeparated = part.mimeType.find("tab-separated") != std::string::npos;
     Table table = readTable(part.text, tabSeparated && part.text.find('\t') != std::string::npos);
@@ -23,13 +33,18 @@ std::vector<Finding> critiqueSheet(const Part& part) {
     });
     if (blank) {
         list.addAt(kEmpty, "the whole sheet", "", "The sheet has no cell with anything in it.");
-        return list.take();
+        return {list.take(), {}, {{ownRules("emptiness")}, {}, true}};
     }
+    Critique critique;
+    critique.extent.cells = filledCells(table);
+    critique.coverage.checked(ownRules("cells, columns and totals of tables"));
+    critique.coverage.known = true;
     const Sheet sheet = understand(std::move(table));
     judgeStructure(sheet, list);
     judgeCells(sheet, list);
     judgeTotals(sheet, list);
-    return list.take();
+    critique.findings = list.take();
+    return critique;
 }
 
 } // namespace trevix

@@ -235,6 +235,13 @@ std::string_view ProseView::wordText(std::size_t word) const {
     return masked().substr(words[word].offset, words[word].length);
 }
 
+Critique proseCritique(const ProseView& view) {
+    Critique critique;
+    critique.extent.words = view.words.size();
+    critique.coverage.checked(ownRules("what was left behind in prose, dates, repetition"));
+    return critique;
+}
+
 bool checkAmount(const ProseView& view, FindingList& findings) {
     const std::string_view text = text::trimmed(view.source.text());
     if (text.empty()) {

@@ -6,6 +6,7 @@
 
 #pragma once
 
+#include "critics/findings/critique.h"
 #include "critics/findings/finding_list.h"
 #include "critics/text/prose.h"
 #include "text/letters.h"
@@ -46,6 +47,9 @@ void checkSentences(const ProseView& view, FindingList& findings);
 void checkDates(const ProseView& view, FindingList& findings);
 void checkEditingMarks(const ProseView& view, FindingList& findings);
 void checkEncoding(const SourceText& source, FindingList& findings);
+
+/// How much prose there is, and that the rules below read it; without findings.
+[[nodiscard]] Critique proseCritique(const ProseView& view);
 
 /// Reports too little text to judge. True when there is nothing more to check.
 [[nodiscard]] bool checkAmount(const ProseView& view, FindingList& findings);

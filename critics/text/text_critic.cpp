@@ -12,16 +12,19 @@ constexpr GradedRule kSecret = declared<WorkKind::text>("text.secret");
 
 } // namespace
 
-std::vector<Finding> critiqueText(const Part& part) {
+Critique critiqueText(const Part& part) {
     const SourceText source(part.text);
     FindingList findings(source);
     checkSecrets(source, kSecret, findings);
     const ProseView view(source, plainProse(source));
-    if (checkAmount(view, findings)) return findings.take();
-    checkConflictMarkers(source, kConflict, findings);
-    checkEncoding(source, findings);
-    checkProse(view, findings);
-    return findings.take();
+    Critique critique = proseCritique(view);
+    if (!checkAmount(view, findings)) {
+        checkConflictMarkers(source, kConflict, findings);
+        checkEncoding(source, findings);
+        checkProse(view, findings);
+    }
+    critique.findings = findings.take();
+    return critique;
 }
 
 } // namespace trevix

@@ -40,10 +40,9 @@ inline Part textPart(std::string text, std::string name = "work.txt",
     return part;
 }
 
-inline void expectRules(const std::vector<RuleCase>& cases,
-                        std::vector<Finding> (*critic)(const Part&)) {
+inline void expectRules(const std::vector<RuleCase>& cases, Critique (*critic)(const Part&)) {
     for (const RuleCase& entry : cases) {
-        const std::vector<Finding> findings = critic(textPart(entry.text, entry.fileName));
+        const std::vector<Finding> findings = critic(textPart(entry.text, entry.fileName)).findings;
         std::string details;
         for (const Finding& finding : findings) details += "\n  " + finding.detail;
         EXPECT_EQ(rulesOf(findings), entry.rules) << entry.name << details;

@@ -63,24 +63,25 @@ TEST(Critique, TheTypeOfAPartChoosesItsCritic) {
          {"text.doubled_word"}},
     };
     for (const Case& entry : cases) {
-        EXPECT_EQ(rulesOf(critique(submission(entry.modality, {entry.part}))), entry.rules)
+        EXPECT_EQ(rulesOf(critique(submission(entry.modality, {entry.part})).findings), entry.rules)
             << entry.name;
     }
 }
 
 TEST(Critique, SheetsAndPicturesReachTheirCritics) {
     const Part sheet = textPart("a\tb\n1\t2\t3\n", "a.tsv", "text/tab-separated-values");
-    EXPECT_EQ(critique(submission("text", {sheet})), critiqueSheet(sheet));
+    EXPECT_EQ(critique(submission("text", {sheet})).findings, critiqueSheet(sheet).findings);
     const Part plain = textPart("a\tb\n1\t2\t3\n");
-    EXPECT_EQ(critique(submission("spreadsheet", {plain})), critiqueSheet(plain));
+    EXPECT_EQ(critique(submission("spreadsheet", {plain})).findings, critiqueSheet(plain).findings);
     const Part picture = binaryPart("image/png", "no picture");
     PictureAllowance allowance;
-    EXPECT_EQ(critique(submission("ui_ux", {picture})), critiqueImage(picture, "ui_ux", allowance));
+    EXPECT_EQ(critique(submission("ui_ux", {picture})).findings,
+              critiqueImage(picture, "ui_ux", allowance).findings);
 }
 
 TEST(Critique, WhatCannotBeReadIsAFinding) {
     for (const std::string type : {"application/pdf", "image/jpeg", "video/mp4", ""}) {
-        const auto findings = critique(submission("deck", {binaryPart(type, "\x01\x02")}));
+        const auto findings = critique(submission("deck", {binaryPart(type, "\x01\x02")})).findings;
         ASSERT_EQ(findings.size(), 1U) << type;
         EXPECT_EQ(findings[0].rule, "artifact.unreadable");
         EXPECT_EQ(findings[0].severity, Severity::high);
@@ -92,11 +93,11 @@ TEST(Critique, WhatCannotBeReadIsAFinding) {
 }
 
 TEST(Critique, AnEmptySubmissionHasOneFinding) {
-    const auto none = critique(submission("text", {}));
+    const auto none = critique(submission("text", {})).findings;
     ASSERT_EQ(none.size(), 1U);
     EXPECT_EQ(none[0].rule, "artifact.empty");
     const auto empty =
-        critique(submission("text", {textPart(""), binaryPart("image/png", ""), Part{}}));
+        critique(submission("text", {textPart(""), binaryPart("image/png", ""), Part{}})).findings;
     ASSERT_EQ(empty.size(), 1U);
     EXPECT_EQ(empty[0].rule, "artifact.empty");
     EXPECT_EQ(judge(empty).band, Band::route_to_fix);
@@ -106,26 +107,30 @@ TEST(Critique, AFileThatMarksAFolderMayBeEmpty) {
     for (const std::string name : {"__init__.py", "src/pkg/__init__.py", "src\\pkg\\py.typed",
                                    "__init__.pyi", "docs/.gitkeep", ".keep", ".nojekyll"}) {
         for (const std::string text : {"", "\n"}) {
-            EXPECT_TRUE(critique(submission("code", {textPart(text, name)})).empty()) << name;
+            EXPECT_TRUE(critique(submission("code", {textPart(text, name)})).findings.empty())
+                << name;
         }
     }
     // Beside other work it is passed over; other files stay empty, also by a like name.
     const auto beside =
         critique(submission("code", {textPart("", "__init__.py"), textPart("", "my__init__.py"),
-                                     textPart("x = 1\n", "a.py")}));
+                                     textPart("x = 1\n", "a.py")}))
+            .findings;
     ASSERT_EQ(beside.size(), 1U);
     EXPECT_EQ(beside[0].place, "part 2 (my__init__.py)");
     const auto mixed =
-        critique(submission("code", {textPart("", "__init__.py"), textPart("", "a.py")}));
+        critique(submission("code", {textPart("", "__init__.py"), textPart("", "a.py")})).findings;
     ASSERT_EQ(mixed.size(), 1U);
     EXPECT_EQ(mixed[0].place, "the submission");
-    EXPECT_TRUE(critique(submission("code", {textPart("eval(x)\n", "__init__.py")})).size() == 1U);
+    EXPECT_TRUE(
+        critique(submission("code", {textPart("eval(x)\n", "__init__.py")})).findings.size() == 1U);
 }
 
 TEST(Critique, SeveralPartsAreToldApart) {
     const auto findings =
         critique(submission("text", {textPart("We meet at the the hall.", "a.txt"), Part{},
-                                     textPart("We meet in the the park.", "b.txt")}));
+                                     textPart("We meet in the the park.", "b.txt")}))
+            .findings;
     ASSERT_EQ(findings.size(), 3U);
     EXPECT_EQ(findings[0].place, "part 1 (a.txt), line 1, column 12");
     EXPECT_EQ(findings[1].rule, "artifact.empty");
@@ -149,7 +154,8 @@ TEST(Critique, WarmsUpOnceFromManyThreads) {
         threads.emplace_back([&results, i] {
             warmUp();
             results[i] =
-                critique(submission("text", {textPart("On Monday, 3 March 2026 we we go.")}));
+                critique(submission("text", {textPart("On Monday, 3 March 2026 we we go.")}))
+                    .findings;
         });
     }
     for (std::thread& thread : threads) thread.join();
@@ -280,8 +286,8 @@ private:
 
 /// Whatever the text, the findings are sound: bounded, valid and the same each time.
 void expectSound(const Submission& made) {
-    const std::vector<Finding> findings = critique(made);
-    EXPECT_EQ(findings, critique(made));
+    const std::vector<Finding> findings = critique(made).findings;
+    EXPECT_EQ(findings, critique(made).findings);
     for (const Finding& finding : findings) {
         EXPECT_FALSE(finding.rule.empty());
         EXPECT_FALSE(finding.place.empty());
@@ -330,8 +336,8 @@ TEST(Critique, CutAndChangedWorkDoesNotMakeItFail) {
     for (const std::string& sample : samples) {
         for (std::size_t cut = 0; cut <= sample.size(); ++cut) {
             for (const std::string modality : {"text", "document", "code"}) {
-                (void)critique(submission(modality, {textPart(sample.substr(0, cut))}));
-                (void)critique(submission(modality, {textPart(sample.substr(cut))}));
+                (void)critique(submission(modality, {textPart(sample.substr(0, cut))})).findings;
+                (void)critique(submission(modality, {textPart(sample.substr(cut))})).findings;
             }
         }
         for (int i = 0; i < 60; ++i) {
@@ -356,7 +362,7 @@ TEST(Critique, DeepAndLongTextIsReadToItsEnd) {
         std::string text;
         for (std::size_t i = 0; i < count; ++i) text += piece;
         for (const std::string modality : {"text", "document", "code"}) {
-            const auto findings = critique(submission(modality, {textPart(text, "a.js")}));
+            const auto findings = critique(submission(modality, {textPart(text, "a.js")})).findings;
             EXPECT_LT(findings.size(), 1000U) << piece;
         }
     }

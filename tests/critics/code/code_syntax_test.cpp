@@ -14,7 +14,8 @@ using testing::IsEmpty;
 
 std::vector<std::string> grammarRules(const std::string& text, const std::string& name) {
     std::vector<std::string> kept;
-    for (const std::string& rule : rulesOf(critiqueCode(textPart(text, name, "text/x-code")))) {
+    for (const std::string& rule :
+         rulesOf(critiqueCode(textPart(text, name, "text/x-code")).findings)) {
         if (rule == "code.syntax" || rule == "code.unclosed_string" ||
             rule == "code.misspelt_keyword") {
             kept.push_back(rule);
@@ -122,8 +123,9 @@ INSTANTIATE_TEST_SUITE_P(Languages, UnclosedStrings,
                                                    "INSERT INTO t VALUES ('a);\nSELECT 1;\n")));
 
 TEST(CodeSyntaxFindings, ShowTheLineAndSayWhatIsMissing) {
-    const auto findings = critiqueCode(
-        textPart("int f(int a) {\n  int b = a\n  return b;\n}\n", "a.c", "text/x-code"));
+    const auto findings = critiqueCode(textPart("int f(int a) {\n  int b = a\n  return b;\n}\n",
+                                                "a.c", "text/x-code"))
+                              .findings;
     const auto found = std::ranges::find(findings, "code.syntax", &Finding::rule);
     ASSERT_NE(found, findings.end());
     EXPECT_EQ(found->severity, Severity::high);
@@ -135,7 +137,7 @@ TEST(CodeSyntaxFindings, ShowTheLineAndSayWhatIsMissing) {
 TEST(CodeSyntaxFindings, AreAFewOfMany) {
     std::string text;
     for (int i = 0; i < 200; ++i) text += "const a" + std::to_string(i) + " = ;\n";
-    const auto findings = critiqueCode(textPart(text, "a.js", "text/x-code"));
+    const auto findings = critiqueCode(textPart(text, "a.js", "text/x-code")).findings;
     EXPECT_LE(std::ranges::count(findings, "code.syntax", &Finding::rule), 3);
 }
 

@@ -265,7 +265,8 @@ TEST(DocumentCritic, ProseRulesLeaveCodeAndAddressesAlone) {
 TEST(DocumentCritic, TheFlawedLaunchNoteBreaksExactlyTheseRules) {
     const std::string text = sample("launch-note.md");
     ASSERT_FALSE(text.empty());
-    const auto findings = critiqueDocument(textPart(text, "launch-note.md", "text/markdown"));
+    const auto findings =
+        critiqueDocument(textPart(text, "launch-note.md", "text/markdown")).findings;
     EXPECT_EQ(findings.size(), 8U);
     EXPECT_EQ(rulesOf(findings), (std::vector<std::string>{
                                      "document.empty_link", "document.heading_order",
@@ -279,7 +280,8 @@ TEST(DocumentCritic, TheFlawedLaunchNoteBreaksExactlyTheseRules) {
 TEST(DocumentCritic, TheCorrectedLaunchNoteShips) {
     const std::string text = sample("launch-note-corrected.md");
     ASSERT_FALSE(text.empty());
-    const auto findings = critiqueDocument(textPart(text, "launch-note.md", "text/markdown"));
+    const auto findings =
+        critiqueDocument(textPart(text, "launch-note.md", "text/markdown")).findings;
     EXPECT_EQ(rulesOf(findings), std::vector<std::string>{});
     EXPECT_EQ(judge(findings), (Judgement{1.0, Band::ship}));
 }

@@ -34,7 +34,7 @@ std::vector<Finding> judgeBytes(const std::string& bytes, std::string_view modal
     part.isText = false;
     part.bytes = bytes;
     PictureAllowance allowance;
-    return critiqueImage(part, modality, allowance);
+    return critiqueImage(part, modality, allowance).findings;
 }
 
 std::vector<Finding> judge(const Picture& picture, std::string_view modality = "image") {
@@ -576,12 +576,13 @@ TEST(ImageCritic, WhatTheAllowanceDoesNotCoverIsSaidToBeUnjudged) {
     part.isText = false;
     part.bytes = encodePng(window(640, 480));
     PictureAllowance allowance(640 * 480 + 100);
-    EXPECT_EQ(critiqueImage(part, "ui_ux", allowance), std::vector<Finding>{});
-    const auto findings = critiqueImage(part, "ui_ux", allowance);
+    EXPECT_EQ(critiqueImage(part, "ui_ux", allowance).findings, std::vector<Finding>{});
+    const auto findings = critiqueImage(part, "ui_ux", allowance).findings;
     ASSERT_EQ(rulesOf(findings), Names{"picture.unjudged"});
     EXPECT_THAT(findings[0].detail, HasSubstr("640 x 480 px was not judged"));
     part.bytes = encodePng(blank(10, 10)); // A small one still has room.
-    EXPECT_THAT(rulesOf(critiqueImage(part, "ui_ux", allowance)), Contains("picture.blank"));
+    EXPECT_THAT(rulesOf(critiqueImage(part, "ui_ux", allowance).findings),
+                Contains("picture.blank"));
 }
 
 TEST(ImageCritic, RandomRectanglesNeverCrash) {

@@ -114,7 +114,7 @@ TEST_P(PictureGrowth, IsModest) {
     for (const char* modality : {"ui_ux", "deck"}) {
         expectModestGrowth(parts, [modality](const Part& part) {
             PictureAllowance allowance;
-            (void)critiqueImage(part, modality, allowance);
+            (void)critiqueImage(part, modality, allowance).findings;
         });
     }
 }

@@ -17,7 +17,7 @@ std::vector<Finding> judge(const std::string& text, const char* mimeType = "text
     part.mimeType = mimeType;
     part.name = "sheet";
     part.text = text;
-    return critiqueSheet(part);
+    return critiqueSheet(part).findings;
 }
 
 /// "rule@place" of every finding, in order.

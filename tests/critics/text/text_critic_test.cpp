@@ -73,7 +73,7 @@ TEST(TextCritic, PlaceholdersAreFound) {
           "The fee is [insert amount] per month.", "The fee is ??? per month.",
           "Please sign here: <your name> before noon.",
           "It was proven before [citation needed]."}) {
-        EXPECT_EQ(rulesOf(critiqueText(textPart(gap))),
+        EXPECT_EQ(rulesOf(critiqueText(textPart(gap)).findings),
                   std::vector<std::string>{"text.placeholder"})
             << gap;
     }
@@ -87,7 +87,8 @@ TEST(TextCritic, WhatOnlyLooksLikeAPlaceholderIsNotReported) {
           "Run the tool with --output <name> to choose.", "If a < b and b > c then stop here.",
           "Use `{{name}}` in the template to greet.", "See [Name](https://example.com) for more.",
           "Really? Yes, really. What a day!", "My to-do list is long today."}) {
-        EXPECT_EQ(rulesOf(critiqueText(textPart(sound))), std::vector<std::string>{}) << sound;
+        EXPECT_EQ(rulesOf(critiqueText(textPart(sound)).findings), std::vector<std::string>{})
+            << sound;
     }
 }
 
@@ -198,7 +199,8 @@ TEST(TextCritic, RepeatedPassages) {
                  {"short phrases may repeat", "Yes, we can. Some text here. Yes, we can.", {}}},
                 critiqueText);
     const std::string paragraph = sentence + "All members of the board have agreed to this step. ";
-    const auto findings = critiqueText(textPart(paragraph + "\n\nBetween.\n\n" + paragraph));
+    const auto findings =
+        critiqueText(textPart(paragraph + "\n\nBetween.\n\n" + paragraph)).findings;
     ASSERT_EQ(findings.size(), 1U) << "a repeated paragraph is one finding";
     EXPECT_EQ(findings[0].place, "line 5, column 1");
 }
@@ -249,7 +251,8 @@ TEST(TextCritic, EditingMarks) {
 TEST(TextCritic, ConflictMarkersBlock) {
     const auto findings =
         critiqueText(textPart("All is well.\n<<<<<<< ours\nIt is red.\n=======\nIt is "
-                              "blue.\n>>>>>>> theirs\nThe end.\n"));
+                              "blue.\n>>>>>>> theirs\nThe end.\n"))
+            .findings;
     EXPECT_EQ(onlyFinding(findings, "text.conflict_marker").severity, Severity::critical);
     expectRules({{"a line under a title", "The title of it\n=======\n\nSome text here.", {}},
                  {"quoted seven deep", ">>>>>>> an old mail\nThis is new text.", {}}},
@@ -259,7 +262,8 @@ TEST(TextCritic, ConflictMarkersBlock) {
 TEST(TextCritic, SecretsAreFoundAndNeverQuoted) {
     const std::string key = "AKIA"
                             "Q3EGR7LMZ4WTN2XD";
-    const auto findings = critiqueText(textPart("Use the key " + key + " for the upload."));
+    const auto findings =
+        critiqueText(textPart("Use the key " + key + " for the upload.")).findings;
     const Finding finding = onlyFinding(findings, "text.secret");
     EXPECT_EQ(finding.severity, Severity::critical);
     EXPECT_EQ(finding.evidence, "AKIA…");
@@ -274,7 +278,7 @@ TEST(TextCritic, OtherFindingsDoNotQuoteASecretEither) {
     std::string text = "We log in with AKIA"
                        "Q3EGR7LMZ4WTN2XD and";
     for (int i = 0; i < 50; ++i) text += " then we go on with step" + std::to_string(i);
-    const auto findings = critiqueText(textPart(text + "."));
+    const auto findings = critiqueText(textPart(text + ".")).findings;
     EXPECT_EQ(rulesOf(findings), (std::vector<std::string>{"text.long_sentence", "text.secret"}));
     for (const Finding& any : findings) {
         EXPECT_EQ(any.evidence.find("Q3EGR7LM"), std::string::npos) << any.evidence;
@@ -294,7 +298,8 @@ TEST(TextCritic, EvidenceIsShortWholeAndValid) {
     for (int i = 0; i < 60; ++i) words += "e\xCC\x81t\xC3\xA9 ";
     const std::string family = "\xF0\x9F\x91\xA9\xE2\x80\x8D\xF0\x9F\x91\xA7";
     for (int i = 0; i < 130; ++i) words += family;
-    const auto findings = critiqueText(textPart(words + ". It ends.\n\n" + words + "\xFF"));
+    const auto findings =
+        critiqueText(textPart(words + ". It ends.\n\n" + words + "\xFF")).findings;
     ASSERT_GE(findings.size(), 3U);
     for (const Finding& finding : findings) {
         EXPECT_LE(kelvane::text::characterCount(finding.evidence), 120U) << finding.rule;
@@ -308,7 +313,7 @@ TEST(TextCritic, EvidenceIsShortWholeAndValid) {
 TEST(TextCritic, ManyFindingsOfOneRuleAreSummedUp) {
     std::string text;
     for (int i = 0; i < 80; ++i) text += "Here is a gap: TBD" + std::string(".\n\n");
-    const auto findings = critiqueText(textPart(text));
+    const auto findings = critiqueText(textPart(text)).findings;
     std::size_t gaps = 0;
     for (const Finding& finding : findings) gaps += finding.rule == "text.placeholder" ? 1U : 0U;
     EXPECT_EQ(gaps, 51U);
