@@ -14,6 +14,7 @@
 
 #include <algorithm>
 #include <array>
+#include <functional>
 #include <mutex>
 
 namespace trevix {
@@ -67,6 +68,13 @@ std::vector<Finding> onlyFinding(GradedRule rule, const std::string& place,
     return findings.take();
 }
 
+/// Nothing is wrong with nothing where nothing has to be.
+Critique nothingToJudge() {
+    Critique critique;
+    critique.coverage.known = true;
+    return critique;
+}
+
 /// That there is nothing needs no knowledge of what it might have been.
 Critique emptyCritique(const std::string& place) {
     Critique critique;
@@ -89,7 +97,7 @@ Critique unreadableCritique(const Part& part, const std::string& place) {
 }
 
 Critique critiqueByType(const Part& part, std::string_view modality, const std::string& place,
-                        PictureAllowance& pictures) {
+                        Readers readers, PictureAllowance& pictures) {
     const std::string type = bareType(part.mimeType);
     if (!part.isText || (part.text.empty() && !part.bytes.empty())) {
         if (type == "image/png") return critiqueImage(part, modality, pictures);
@@ -97,44 +105,57 @@ Critique critiqueByType(const Part& part, std::string_view modality, const std::
     }
     // The type says what this part is; the modality speaks only for parts that are plain text.
     if (type == "text/tab-separated-values" || type == "text/csv") return critiqueSheet(part);
-    if (type == "text/x-code") return critiqueCode(part);
+    if (type == "text/x-code") return critiqueCode(part, readers);
     if (type == "text/markdown") return critiqueDocument(part);
     if (modality == "spreadsheet") return critiqueSheet(part);
-    if (modality == "code") return critiqueCode(part);
+    if (modality == "code") return critiqueCode(part, readers);
     if (modality == "document") return critiqueDocument(part);
     return critiqueText(part);
 }
 
 } // namespace
 
-Critique critique(const Submission& submission) {
+void critiqueEach(const Submission& submission, Readers readers,
+                  const std::function<void(Critique)>& each) {
     warmUp();
-    Critique whole;
-    whole.coverage.known = true;
     if (std::all_of(submission.parts.begin(), submission.parts.end(), isEmpty)) {
-        const bool marks =
+        const bool whole =
             !submission.parts.empty() &&
             std::all_of(submission.parts.begin(), submission.parts.end(), isWholeThoughEmpty);
-        return marks ? whole : emptyCritique("the submission");
+        each(whole ? nothingToJudge() : emptyCritique("the submission"));
+        return;
     }
 
     const std::string modality = text::lowerAscii(submission.modality);
-    const bool several = submission.parts.size() > 1;
     PictureAllowance pictures;
     for (std::size_t i = 0; i < submission.parts.size(); ++i) {
         const Part& part = submission.parts[i];
-        if (isWholeThoughEmpty(part)) continue;
-        const std::string label = labelOf(part, i);
-        Critique ofPart =
-            isEmpty(part) ? emptyCritique(label) : critiqueByType(part, modality, label, pictures);
-        for (Finding& finding : ofPart.findings) {
-            if (!several || finding.place == label) continue;
-            finding.place = label + ", " + finding.place;
-            finding.detail = "In " + label + ": " + finding.detail;
+        if (isWholeThoughEmpty(part)) {
+            each(nothingToJudge());
+            continue;
         }
-        addPart(whole, std::move(ofPart));
+        const std::string label = labelOf(part, i);
+        each(placedIn(submission, i,
+                      isEmpty(part) ? emptyCritique(label)
+                                    : critiqueByType(part, modality, label, readers, pictures)));
     }
+}
+
+Critique critique(const Submission& submission, Readers readers) {
+    Critique whole = nothingToJudge();
+    critiqueEach(submission, readers, [&](Critique part) { addPart(whole, std::move(part)); });
     return whole;
+}
+
+Critique placedIn(const Submission& submission, std::size_t index, Critique critique) {
+    if (submission.parts.size() < 2) return critique;
+    const std::string label = labelOf(submission.parts[index], index);
+    for (Finding& finding : critique.findings) {
+        if (finding.place == label) continue;
+        finding.place = label + ", " + finding.place;
+        finding.detail = "In " + label + ": " + finding.detail;
+    }
+    return critique;
 }
 
 void warmUp() {

@@ -58,6 +58,13 @@ struct Coverage {
     void missed(NotChecked gap);
 };
 
+/// Who reads the work.
+enum class Readers {
+    all,
+    own, ///< What was written for this service alone: for work on which a foreign reader has ended
+         ///< badly. What it would have told is a gap in the coverage.
+};
+
 struct Critique {
     std::vector<Finding> findings;
     Extent extent;

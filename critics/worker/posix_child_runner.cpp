@@ -431,7 +431,7 @@ std::unique_ptr<ChildRunner> makePosixChildRunner(fs::path workFolder, SandboxFa
     return std::make_unique<PosixChildRunner>(std::move(workFolder), std::move(facts));
 }
 
-SandboxFacts sandboxOfThisMachine(const fs::path& workFolder) {
+SandboxFacts sandboxOfThisMachine(const fs::path& workFolder, const std::string& program) {
     SandboxFacts facts;
     for (const char* name : {"/bin", "/sbin", "/lib", "/lib32", "/lib64", "/libx32"}) {
         std::error_code error;
@@ -441,10 +441,11 @@ SandboxFacts sandboxOfThisMachine(const fs::path& workFolder) {
     for (const char* path : {"/usr/bin/bwrap", "/usr/local/bin/bwrap"}) {
         if (::access(path, X_OK) != 0) continue;
         facts.bubblewrap = path;
-        ChildRequest nothing;
-        nothing.program = "/usr/bin/true";
-        nothing.limits.wall = kProbe;
-        const ChildResult tried = makePosixChildRunner(workFolder, facts)->run(nothing);
+        ChildRequest probe;
+        probe.program = program;
+        probe.arguments = {"--version"};
+        probe.limits.wall = kProbe;
+        const ChildResult tried = makePosixChildRunner(workFolder, facts)->run(probe);
         if (tried.end == ChildResult::End::exited && tried.status == 0) return facts;
     }
     facts.bubblewrap.clear();

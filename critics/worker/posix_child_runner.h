@@ -19,8 +19,10 @@ namespace trevix {
 [[nodiscard]] std::unique_ptr<ChildRunner> makePosixChildRunner(std::filesystem::path workFolder,
                                                                 SandboxFacts facts);
 
-/// What there is to shut programs in with, tried out: a bwrap that is there but may not work, as in
-/// some containers, is none. Runs bwrap once.
-[[nodiscard]] SandboxFacts sandboxOfThisMachine(const std::filesystem::path& workFolder);
+/// What there is to shut programs in with, tried out with `program --version`: a bwrap that is
+/// there but may not work, as in some containers, or in which that program finds not all that it
+/// needs, is none. Runs it once.
+[[nodiscard]] SandboxFacts sandboxOfThisMachine(const std::filesystem::path& workFolder,
+                                                const std::string& program);
 
 } // namespace trevix

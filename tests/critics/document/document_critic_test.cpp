@@ -265,14 +265,14 @@ TEST(DocumentCritic, ProseRulesLeaveCodeAndAddressesAlone) {
 TEST(DocumentCritic, TheFlawedLaunchNoteBreaksExactlyTheseRules) {
     const std::string text = sample("launch-note.md");
     ASSERT_FALSE(text.empty());
-    const auto findings =
-        critiqueDocument(textPart(text, "launch-note.md", "text/markdown")).findings;
+    const Critique critique = critiqueDocument(textPart(text, "launch-note.md", "text/markdown"));
+    const auto& findings = critique.findings;
     EXPECT_EQ(findings.size(), 8U);
     EXPECT_EQ(rulesOf(findings), (std::vector<std::string>{
                                      "document.empty_link", "document.heading_order",
                                      "text.date_order", "text.doubled_word", "text.long_sentence",
                                      "text.placeholder", "text.unclosed_pair", "text.weekday"}));
-    EXPECT_EQ(judge(findings).band, Band::quarantine);
+    EXPECT_EQ(judge(critique).band, Band::quarantine);
     EXPECT_EQ(onlyFinding(findings, "text.weekday").place, "line 3, column 48");
     EXPECT_EQ(onlyFinding(findings, "text.weekday").evidence, "Tuesday, 14 September 2026");
 }
@@ -280,10 +280,9 @@ TEST(DocumentCritic, TheFlawedLaunchNoteBreaksExactlyTheseRules) {
 TEST(DocumentCritic, TheCorrectedLaunchNoteShips) {
     const std::string text = sample("launch-note-corrected.md");
     ASSERT_FALSE(text.empty());
-    const auto findings =
-        critiqueDocument(textPart(text, "launch-note.md", "text/markdown")).findings;
-    EXPECT_EQ(rulesOf(findings), std::vector<std::string>{});
-    EXPECT_EQ(judge(findings), (Judgement{1.0, Band::ship}));
+    const Critique critique = critiqueDocument(textPart(text, "launch-note.md", "text/markdown"));
+    EXPECT_EQ(rulesOf(critique.findings), std::vector<std::string>{});
+    EXPECT_EQ(judge(critique), (Judgement{1.0, Band::ship}));
 }
 
 } // namespace

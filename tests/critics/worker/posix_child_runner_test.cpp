@@ -25,7 +25,7 @@ using End = ChildResult::End;
 class PosixChildRunnerTest : public testing::TestWithParam<bool> {
 protected:
     void SetUp() override {
-        SandboxFacts facts = sandboxOfThisMachine(m_folder.path());
+        SandboxFacts facts = sandboxOfThisMachine(m_folder.path(), "/usr/bin/env");
         if (!GetParam()) {
             facts.bubblewrap.clear();
         } else if (facts.bubblewrap.empty()) {
