@@ -11,6 +11,10 @@ namespace trevix {
 /// then nothing changed.
 [[nodiscard]] bool giveUpNetwork();
 
+/// When the one who made this process ends, however it ends, so does this process, where the system
+/// has such means.
+void endWithParent();
+
 /// No descriptor but the three standard ones outlives the next exec.
 void keepOnlyStandardDescriptors();
 

@@ -1,6 +1,7 @@
 #include "critics/worker/confinement.h"
 
 #include <array>
+#include <csignal>
 #include <cstddef>
 
 #include <fcntl.h>
@@ -63,6 +64,10 @@ bool giveUpNetwork() {
     const sock_fprog program{static_cast<unsigned short>(rules.size()), rules.data()};
     return prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 &&
            prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program) == 0;
+}
+
+void endWithParent() {
+    ::prctl(PR_SET_PDEATHSIG, SIGKILL);
 }
 
 void keepOnlyStandardDescriptors() {

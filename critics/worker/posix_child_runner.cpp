@@ -148,6 +148,7 @@ struct Launch {
 /// In the child, between fork and exec.
 [[noreturn]] void become(const Launch& launch) {
     ::setsid();
+    endWithParent();
     for (int signal = 1; signal < NSIG; ++signal) ::signal(signal, SIG_DFL);
     sigset_t none;
     sigemptyset(&none);

@@ -45,9 +45,8 @@ Iteration someIteration(int number, std::vector<Finding> findings) {
     iteration.band = findings.empty() ? Band::ship : Band::route_to_fix;
     iteration.score = findings.empty() ? 1.0 : 0.8;
     iteration.findings = std::move(findings);
-    iteration.coverage = {{{"hunspell", "1.7", "spelling"}},
-                          {{"French", "no dictionary", "install one"}},
-                          true};
+    iteration.coverage = {
+        {{"hunspell", "1.7", "spelling"}}, {{"French", "no dictionary", "install one"}}, true};
     return iteration;
 }
 
