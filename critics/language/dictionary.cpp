@@ -54,13 +54,13 @@ bool SpellingBooks::know(std::string_view word) const {
                        [&](const auto& book) { return book->knows(word); });
 }
 
-void ListShelf::add(Language language, std::string_view words) {
+void ListShelf::add(NaturalLanguage language, std::string_view words) {
     SpellingBooks& books = m_books[static_cast<std::size_t>(language)];
     books.books.push_back(std::make_shared<WordList>(words));
     books.names = "a list";
 }
 
-const SpellingBooks& ListShelf::of(Language language) const {
+const SpellingBooks& ListShelf::of(NaturalLanguage language) const {
     const SpellingBooks& books = m_books[static_cast<std::size_t>(language)];
     return books.books.empty() ? m_none : books;
 }

@@ -43,7 +43,7 @@ public:
 
     /// What is here of a language; opened when first asked for and kept. The answer lives as long
     /// as the shelf.
-    [[nodiscard]] virtual const SpellingBooks& of(Language language) const = 0;
+    [[nodiscard]] virtual const SpellingBooks& of(NaturalLanguage language) const = 0;
 
     /// Who spells: "hunspell".
     [[nodiscard]] virtual std::string engine() const = 0;
@@ -57,14 +57,14 @@ public:
 class ListShelf : public DictionaryShelf {
 public:
     /// Adds a dictionary of a language: words parted by blanks.
-    void add(Language language, std::string_view words);
+    void add(NaturalLanguage language, std::string_view words);
 
-    [[nodiscard]] const SpellingBooks& of(Language language) const override;
+    [[nodiscard]] const SpellingBooks& of(NaturalLanguage language) const override;
     [[nodiscard]] std::string engine() const override { return "word list"; }
     [[nodiscard]] std::string version() const override { return ""; }
 
 private:
-    SpellingBooks m_books[kLanguages];
+    SpellingBooks m_books[kNaturalLanguages];
     SpellingBooks m_none{{}, "", "no dictionary of the language is installed", ""};
 };
 

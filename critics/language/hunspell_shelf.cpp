@@ -21,30 +21,30 @@ namespace {
 
 /// One book of a language, under the names that distributions give it: the first that is there.
 struct KnownBook {
-    Language language;
+    NaturalLanguage language;
     std::array<std::string_view, 4> names;
 };
 
 constexpr std::array kBooks = {
-    KnownBook{Language::english, {"en_US"}},
-    KnownBook{Language::english, {"en_GB", "en_AU"}},
-    KnownBook{Language::german, {"de_DE", "de_DE_frami", "de_AT", "de_CH"}},
-    KnownBook{Language::french, {"fr", "fr_FR", "fr-classique", "fr-toutesvariantes"}},
-    KnownBook{Language::spanish, {"es_ES", "es", "es_MX", "es_AR"}},
+    KnownBook{NaturalLanguage::english, {"en_US"}},
+    KnownBook{NaturalLanguage::english, {"en_GB", "en_AU"}},
+    KnownBook{NaturalLanguage::german, {"de_DE", "de_DE_frami", "de_AT", "de_CH"}},
+    KnownBook{NaturalLanguage::french, {"fr", "fr_FR", "fr-classique", "fr-toutesvariantes"}},
+    KnownBook{NaturalLanguage::spanish, {"es_ES", "es", "es_MX", "es_AR"}},
 };
 
-std::string_view packageOf(Language language) {
+std::string_view packageOf(NaturalLanguage language) {
     switch (language) {
-    case Language::english:
+    case NaturalLanguage::english:
         return "hunspell-en-us";
-    case Language::german:
+    case NaturalLanguage::german:
         return "hunspell-de-de";
-    case Language::french:
+    case NaturalLanguage::french:
         return "hunspell-fr";
-    case Language::spanish:
+    case NaturalLanguage::spanish:
         return "hunspell-es";
-    case Language::unknown:
-    case Language::other:
+    case NaturalLanguage::unknown:
+    case NaturalLanguage::other:
         break;
     }
     return "";
@@ -68,7 +68,8 @@ std::optional<Encoding> encodingOf(const fs::path& affixes) {
         if (line.starts_with("\xEF\xBB\xBF")) line.erase(0, 3);
         if (!line.starts_with("SET ")) continue;
         if (line.find("UTF-8") != std::string::npos) return Encoding::utf8;
-        if (line.find("ISO8859-1") != std::string::npos && line.find("ISO8859-1", 4) + 9 <= line.size()) {
+        if (line.find("ISO8859-1") != std::string::npos &&
+            line.find("ISO8859-1", 4) + 9 <= line.size()) {
             const std::size_t end = line.find("ISO8859-1") + 9;
             const bool same = end == line.size() || line[end] == '\r' || line[end] == ' ';
             if (same) return Encoding::latin1;
@@ -161,7 +162,7 @@ class HunspellShelf : public DictionaryShelf {
 public:
     explicit HunspellShelf(std::vector<fs::path> folders) : m_folders(std::move(folders)) {}
 
-    [[nodiscard]] const SpellingBooks& of(Language language) const override {
+    [[nodiscard]] const SpellingBooks& of(NaturalLanguage language) const override {
         Slot& slot = m_slots[static_cast<std::size_t>(language)];
         std::call_once(slot.once, [&] { slot.books = open(language); });
         return slot.books;
@@ -175,7 +176,7 @@ private:
         SpellingBooks books;
     };
 
-    [[nodiscard]] SpellingBooks open(Language language) const {
+    [[nodiscard]] SpellingBooks open(NaturalLanguage language) const {
         SpellingBooks books;
         std::string broken;
         for (const KnownBook& known : kBooks) {
@@ -192,26 +193,27 @@ private:
         if (name(language).empty()) {
             books.why = "no dictionary of it is known here";
         } else {
-            books.remedy = (broken.empty() ? "install " : "install again ") +
-                           std::string(packageOf(language));
+            books.remedy =
+                (broken.empty() ? "install " : "install again ") + std::string(packageOf(language));
         }
         return books;
     }
 
     std::vector<fs::path> m_folders;
-    mutable std::array<Slot, kLanguages> m_slots;
+    mutable std::array<Slot, kNaturalLanguages> m_slots;
 };
 
 #else
 
 class EmptyShelf : public DictionaryShelf {
 public:
-    [[nodiscard]] const SpellingBooks& of(Language) const override { return m_books; }
+    [[nodiscard]] const SpellingBooks& of(NaturalLanguage) const override { return m_books; }
     [[nodiscard]] std::string engine() const override { return "hunspell"; }
     [[nodiscard]] std::string version() const override { return ""; }
 
 private:
-    SpellingBooks m_books{{}, "", "this build has no spelling library", "install libhunspell and build again"};
+    SpellingBooks m_books{
+        {}, "", "this build has no spelling library", "install libhunspell and build again"};
 };
 
 #endif

@@ -2,18 +2,18 @@
 
 namespace trevix {
 
-std::string_view name(Language language) {
+std::string_view name(NaturalLanguage language) {
     switch (language) {
-    case Language::english:
+    case NaturalLanguage::english:
         return "English";
-    case Language::german:
+    case NaturalLanguage::german:
         return "German";
-    case Language::french:
+    case NaturalLanguage::french:
         return "French";
-    case Language::spanish:
+    case NaturalLanguage::spanish:
         return "Spanish";
-    case Language::unknown:
-    case Language::other:
+    case NaturalLanguage::unknown:
+    case NaturalLanguage::other:
         break;
     }
     return "";

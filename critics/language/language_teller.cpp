@@ -55,30 +55,30 @@ constexpr std::string_view kOthers =
     "mais foi ao das dos pelo está och att det som på är av för inte den till jeg ikke af og er "
     "nie się że jest na";
 
-using Votes = std::array<std::size_t, kLanguages>;
-using LittleWords = std::unordered_map<std::string_view, std::array<bool, kLanguages>>;
+using Votes = std::array<std::size_t, kNaturalLanguages>;
+using LittleWords = std::unordered_map<std::string_view, std::array<bool, kNaturalLanguages>>;
 
 const LittleWords& littleWords() {
     static const LittleWords words = [] {
         LittleWords made;
-        const auto add = [&](Language language, std::string_view list) {
+        const auto add = [&](NaturalLanguage language, std::string_view list) {
             while (!list.empty()) {
                 const std::size_t end = std::min(list.find(' '), list.size());
                 made[list.substr(0, end)][static_cast<std::size_t>(language)] = true;
                 list.remove_prefix(std::min(end + 1, list.size()));
             }
         };
-        add(Language::english, kEnglish);
-        add(Language::german, kGerman);
-        add(Language::french, kFrench);
-        add(Language::spanish, kSpanish);
-        add(Language::other, kOthers);
+        add(NaturalLanguage::english, kEnglish);
+        add(NaturalLanguage::german, kGerman);
+        add(NaturalLanguage::french, kFrench);
+        add(NaturalLanguage::spanish, kSpanish);
+        add(NaturalLanguage::other, kOthers);
         return made;
     }();
     return words;
 }
 
-ToldLanguage told(Language language) {
+ToldLanguage told(NaturalLanguage language) {
     return {language, std::string(name(language))};
 }
 
@@ -108,10 +108,10 @@ Scripts scriptsOf(std::string_view passage) {
 }
 
 ToldLanguage byScript(const Scripts& scripts) {
-    if (scripts.kana * 10 > scripts.letters) return {Language::other, "Japanese"};
-    if (scripts.hangul * 3 > scripts.letters) return {Language::other, "Korean"};
-    if (scripts.han * 3 > scripts.letters) return {Language::other, "Chinese"};
-    return {Language::other, "a language in another script"};
+    if (scripts.kana * 10 > scripts.letters) return {NaturalLanguage::other, "Japanese"};
+    if (scripts.hangul * 3 > scripts.letters) return {NaturalLanguage::other, "Korean"};
+    if (scripts.han * 3 > scripts.letters) return {NaturalLanguage::other, "Chinese"};
+    return {NaturalLanguage::other, "a language in another script"};
 }
 
 /// What libcld2 makes of it, where the build has it and it is sure.
@@ -127,11 +127,11 @@ ToldLanguage byLibrary(std::string_view passage) {
     std::string shown = text::lowerAscii(CLD2::LanguageName(found));
     if (shown.empty()) return {};
     shown[0] = static_cast<char>(shown[0] - 'a' + 'A');
-    for (const Language known : kSpelledLanguages) {
+    for (const NaturalLanguage known : kSpelledLanguages) {
         if (shown == name(known)) return told(known);
     }
     if (shown == "Chineset") shown = "Chinese";
-    return {Language::other, shown};
+    return {NaturalLanguage::other, shown};
 #else
     (void)passage;
     (void)kFewestBytesToTell;
@@ -155,7 +155,7 @@ ToldLanguage tellLanguage(std::string_view passage) {
     if (scripts.letters == 0) return {};
     if ((scripts.letters - scripts.latin) * 100 > scripts.letters * kForeignScript) {
         const ToldLanguage library = byLibrary(passage);
-        return library.language == Language::other ? library : byScript(scripts);
+        return library.language == NaturalLanguage::other ? library : byScript(scripts);
     }
 
     Votes votes{};
@@ -165,30 +165,32 @@ ToldLanguage tellLanguage(std::string_view passage) {
         const std::string own = text::lowercased(passage.substr(word.offset, word.length));
         const auto found = littleWords().find(own);
         if (found == littleWords().end()) continue;
-        for (std::size_t i = 0; i < kLanguages; ++i) votes[i] += found->second[i] ? 1U : 0U;
+        for (std::size_t i = 0; i < kNaturalLanguages; ++i) votes[i] += found->second[i] ? 1U : 0U;
     }
-    Language best = Language::unknown;
+    NaturalLanguage best = NaturalLanguage::unknown;
     std::size_t most = 0;
     std::size_t next = 0;
-    for (std::size_t i = 0; i < kLanguages; ++i) {
+    for (std::size_t i = 0; i < kNaturalLanguages; ++i) {
         if (votes[i] > most) {
             next = most;
             most = votes[i];
-            best = static_cast<Language>(i);
+            best = static_cast<NaturalLanguage>(i);
         } else {
             next = std::max(next, votes[i]);
         }
     }
     const bool clear = most >= kFewestLittleWords && most >= kTimesTheNext * next &&
-                       best != Language::other && most * 8 >= words;
+                       best != NaturalLanguage::other && most * 8 >= words;
     if (clear) return told(best);
     ToldLanguage library = byLibrary(passage);
     // Sure of a language whose little words are all missing, it read names or code.
-    if (library.language != Language::other && library.language != Language::unknown &&
+    if (library.language != NaturalLanguage::other &&
+        library.language != NaturalLanguage::unknown &&
         votes[static_cast<std::size_t>(library.language)] == 0) {
         return {};
     }
-    if (library.language == Language::other && most > 0 && best == Language::english && next == 0) {
+    if (library.language == NaturalLanguage::other && most > 0 &&
+        best == NaturalLanguage::english && next == 0) {
         return {};
     }
     return library;
