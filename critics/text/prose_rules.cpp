@@ -1,6 +1,7 @@
 #include "critics/text/prose_rules.h"
 
 #include "critics/text/calendar.h"
+#include "critics/text/grammar_rules.h"
 #include "critics/text/prose_languages.h"
 #include "critics/text/spelling_rules.h"
 #include "critics/text/text_rule_table.h"
@@ -331,7 +332,8 @@ void warmUpWordLists() {
 void checkLanguage(const ProseView& view, const LanguageTools& tools, FindingList& findings,
                    Coverage& coverage) {
     const ProseLanguages languages = languagesOf(view, tools);
-    checkSpelling(view, languages, tools, findings, coverage);
+    const std::set<std::size_t> spokenOf = checkGrammar(view, languages, findings);
+    checkSpelling(view, languages, tools, spokenOf, findings, coverage);
     noteLanguages(view, languages, tools, coverage);
 }
 

@@ -54,10 +54,11 @@ struct Verdict {
 class Speller {
 public:
     Speller(const ProseView& view, const ProseLanguages& languages, const LanguageTools& tools,
-            FindingList& findings, Coverage& coverage)
+            const std::set<std::size_t>& spokenOf, FindingList& findings, Coverage& coverage)
         : m_view(view),
           m_languages(languages),
           m_tools(tools),
+          m_spokenOf(spokenOf),
           m_findings(findings),
           m_coverage(coverage) {
         if (tools.personalWords) m_personal = tools.personalWords();
@@ -204,7 +205,7 @@ private:
         for (std::size_t i = range.begin; i < range.end; ++i) {
             const text::Word& word = m_view.words[i];
             const Shape shape = shapeOf(word);
-            if (shape == Shape::other || !isProse(i)) continue;
+            if (shape == Shape::other || !isProse(i) || m_spokenOf.contains(word.offset)) continue;
             // German writes every noun with a capital; elsewhere one inside a sentence is a name.
             const bool starts = m_starts.contains(i);
             if (shape == Shape::capitalised && language != NaturalLanguage::german && !starts)
@@ -376,6 +377,7 @@ private:
     const ProseView& m_view;
     const ProseLanguages& m_languages;
     const LanguageTools& m_tools;
+    const std::set<std::size_t>& m_spokenOf;
     FindingList& m_findings;
     Coverage& m_coverage;
     PersonalWords m_personal;
@@ -392,9 +394,10 @@ private:
 } // namespace
 
 void checkSpelling(const ProseView& view, const ProseLanguages& languages,
-                   const LanguageTools& tools, FindingList& findings, Coverage& coverage) {
+                   const LanguageTools& tools, const std::set<std::size_t>& spokenOf,
+                   FindingList& findings, Coverage& coverage) {
     if (tools.shelf == nullptr) return;
-    Speller(view, languages, tools, findings, coverage).check();
+    Speller(view, languages, tools, spokenOf, findings, coverage).check();
 }
 
 } // namespace trevix
