@@ -97,7 +97,7 @@ Critique unreadableCritique(const Part& part, const std::string& place) {
 }
 
 Critique critiqueByType(const Part& part, std::string_view modality, const std::string& place,
-                        Readers readers, PictureAllowance& pictures) {
+                        const CriticTools& tools, PictureAllowance& pictures) {
     const std::string type = bareType(part.mimeType);
     if (!part.isText || (part.text.empty() && !part.bytes.empty())) {
         if (type == "image/png") return critiqueImage(part, modality, pictures);
@@ -105,17 +105,17 @@ Critique critiqueByType(const Part& part, std::string_view modality, const std::
     }
     // The type says what this part is; the modality speaks only for parts that are plain text.
     if (type == "text/tab-separated-values" || type == "text/csv") return critiqueSheet(part);
-    if (type == "text/x-code") return critiqueCode(part, readers);
-    if (type == "text/markdown") return critiqueDocument(part);
+    if (type == "text/x-code") return critiqueCode(part, tools.readers);
+    if (type == "text/markdown") return critiqueDocument(part, tools.language);
     if (modality == "spreadsheet") return critiqueSheet(part);
-    if (modality == "code") return critiqueCode(part, readers);
-    if (modality == "document") return critiqueDocument(part);
-    return critiqueText(part);
+    if (modality == "code") return critiqueCode(part, tools.readers);
+    if (modality == "document") return critiqueDocument(part, tools.language);
+    return critiqueText(part, tools.language);
 }
 
 } // namespace
 
-void critiqueEach(const Submission& submission, Readers readers,
+void critiqueEach(const Submission& submission, const CriticTools& tools,
                   const std::function<void(Critique)>& each) {
     warmUp();
     if (std::all_of(submission.parts.begin(), submission.parts.end(), isEmpty)) {
@@ -137,13 +137,13 @@ void critiqueEach(const Submission& submission, Readers readers,
         const std::string label = labelOf(part, i);
         each(placedIn(submission, i,
                       isEmpty(part) ? emptyCritique(label)
-                                    : critiqueByType(part, modality, label, readers, pictures)));
+                                    : critiqueByType(part, modality, label, tools, pictures)));
     }
 }
 
-Critique critique(const Submission& submission, Readers readers) {
+Critique critique(const Submission& submission, const CriticTools& tools) {
     Critique whole = nothingToJudge();
-    critiqueEach(submission, readers, [&](Critique part) { addPart(whole, std::move(part)); });
+    critiqueEach(submission, tools, [&](Critique part) { addPart(whole, std::move(part)); });
     return whole;
 }
 

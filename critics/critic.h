@@ -7,20 +7,27 @@
 #pragma once
 
 #include "critics/findings/critique.h"
+#include "critics/language/language_tools.h"
 
 #include <cstddef>
 #include <functional>
 
 namespace trevix {
 
+/// What the critics judge with beside their own rules. As it is made: no dictionary, every reader.
+struct CriticTools {
+    LanguageTools language;
+    Readers readers = Readers::all;
+};
+
 /// What the critic that is right for each part makes of it, by its type and the declared modality,
 /// in the order of the parts. A submission without parts, or whose every part is empty, has one
 /// finding that says so.
-[[nodiscard]] Critique critique(const Submission& submission, Readers readers = Readers::all);
+[[nodiscard]] Critique critique(const Submission& submission, const CriticTools& tools = {});
 
 /// The same part by part: `each` is given what was made of every part, as soon as it is made; of a
 /// submission in which there is nothing, one critique for all of it.
-void critiqueEach(const Submission& submission, Readers readers,
+void critiqueEach(const Submission& submission, const CriticTools& tools,
                   const std::function<void(Critique)>& each);
 
 /// `critique` of the part with this index, its places told so that they are not taken for those of

@@ -6,6 +6,7 @@
 #include "service/setup/key_file.h"
 #include "service/store/run_store.h"
 #include "text/build_version.h"
+#include "text/xdg_folders.h"
 
 #include <chrono>
 #include <csignal>
@@ -101,7 +102,12 @@ int serve(const CommandLine& line, const fs::path& self, const fs::path& data,
     const sigset_t signals = endSignals();
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);
 
-    const MachineGrader critics(self, data / "work");
+    const fs::path home = environment("HOME").value_or("");
+    const MachineGrader critics(
+        {self, data / "work", home,
+         kelvane::text::xdgDataHome(environment("XDG_DATA_HOME").value_or(""), home),
+         kelvane::text::xdgConfigHome(environment("XDG_CONFIG_HOME").value_or(""), home) /
+             "kelvane/dictionary.txt"});
 
     QueueOptions queueOptions;
     queueOptions.maxWaiting = line.queue;
@@ -156,7 +162,8 @@ int run(int argc, char** argv) {
     }
 
     if (line.action == CommandLine::Action::worker)
-        return serveWorker(line.ownReaders ? Readers::own : Readers::all);
+        return serveWorker(line.ownReaders ? Readers::own : Readers::all,
+                           [](const char* name) { return environment(name).value_or(""); });
 
     umask(077);
     const auto wanted = dataFolder(line.data, environment("XDG_DATA_HOME"), environment("HOME"));

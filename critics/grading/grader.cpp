@@ -1,6 +1,5 @@
 #include "critics/grading/grader.h"
 
-#include "critics/critic.h"
 #include "critics/worker/work_codec.h"
 
 #include <algorithm>
@@ -207,11 +206,11 @@ Grader::grade(const Submission& submission, std::stop_token cancel,
     return whole;
 }
 
-bool writeFrames(std::string_view input, Readers readers,
+bool writeFrames(std::string_view input, const CriticTools& tools,
                  const std::function<void(std::string_view)>& write) {
     const auto submission = decodeSubmission(input);
     if (!submission) return false;
-    critiqueEach(*submission, readers,
+    critiqueEach(*submission, tools,
                  [&](const Critique& critique) { write(framed(encode(critique))); });
     return true;
 }

@@ -1,5 +1,6 @@
 #include "critics/grading/machine_grader.h"
 
+#include "critics/critic.h"
 #include "critics/worker/posix_child_runner.h"
 
 #include <array>
@@ -29,9 +30,20 @@ const fs::path& emptied(const fs::path& folder) {
     return folder;
 }
 
-GraderOptions optionsFor(const fs::path& program) {
+// What the child is told of the person, whose folders it does not see.
+constexpr const char* kHome = "TREVIX_HOME";
+constexpr const char* kDataHome = "TREVIX_DATA_HOME";
+constexpr const char* kWords = "TREVIX_WORDS";
+
+GraderOptions optionsFor(const MachinePlaces& places) {
     GraderOptions options;
-    options.worker.program = program.string();
+    options.worker.program = places.program.string();
+    options.worker.environment = {{kHome, places.home.string()},
+                                  {kDataHome, places.dataHome.string()},
+                                  {kWords, places.words.string()}};
+    // Of the person's folders those alone in which dictionaries are looked for.
+    options.worker.readable = {(places.dataHome / "hunspell").string(), places.words.string(),
+                               (places.home / "Library/Spelling").string()};
     options.worker.arguments = {"--worker"};
     options.worker.limits = kWorkerLimits;
     return options;
@@ -40,18 +52,18 @@ GraderOptions optionsFor(const fs::path& program) {
 } // namespace
 
 struct MachineGrader::Parts {
-    Parts(const fs::path& program, const fs::path& workFolder)
-        : runner(makePosixChildRunner(emptied(workFolder),
-                                      sandboxOfThisMachine(workFolder, program.string()))),
-          grader(*runner, engines, optionsFor(program)) {}
+    explicit Parts(const MachinePlaces& places)
+        : runner(makePosixChildRunner(emptied(places.work),
+                                      sandboxOfThisMachine(places.work, places.program.string()))),
+          grader(*runner, engines, optionsFor(places)) {}
 
     std::unique_ptr<ChildRunner> runner;
     NoEngines engines;
     Grader grader;
 };
 
-MachineGrader::MachineGrader(const fs::path& program, const fs::path& workFolder)
-    : m_parts(std::make_unique<Parts>(program, workFolder)) {}
+MachineGrader::MachineGrader(const MachinePlaces& places)
+    : m_parts(std::make_unique<Parts>(places)) {}
 
 MachineGrader::~MachineGrader() = default;
 
@@ -59,13 +71,17 @@ const Grader& MachineGrader::grader() const {
     return m_parts->grader;
 }
 
-int serveWorker(Readers readers) {
+int serveWorker(Readers readers, const std::function<std::string(const char*)>& environment) {
+    CriticTools tools;
+    tools.readers = readers;
+    tools.language =
+        toolsOfMachine(environment(kHome), environment(kDataHome), environment(kWords));
     std::string input;
     std::array<char, 65536> room{};
     while (const std::size_t got = std::fread(room.data(), 1, room.size(), stdin)) {
         input.append(room.data(), got);
     }
-    const bool read = writeFrames(input, readers, [](std::string_view frame) {
+    const bool read = writeFrames(input, tools, [](std::string_view frame) {
         std::fwrite(frame.data(), 1, frame.size(), stdout);
         std::fflush(stdout);
     });

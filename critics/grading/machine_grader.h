@@ -6,17 +6,28 @@
 #include "critics/grading/grader.h"
 
 #include <filesystem>
+#include <functional>
 #include <memory>
+#include <string>
 
 namespace trevix {
 
+struct MachinePlaces {
+    /// The program that judges when it is started with "--worker"; see serveWorker(). Without one
+    /// nobody judges, and every coverage says so.
+    std::filesystem::path program;
+    /// For the children's folders.
+    std::filesystem::path work;
+    std::filesystem::path home;     ///< Of the person, where programs of the desktop keep words.
+    std::filesystem::path dataHome; ///< Where the person's own dictionaries are.
+    std::filesystem::path words;    ///< A file of the person's own words; need not be there.
+};
+
 class MachineGrader {
 public:
-    /// `program` is the one that judges when it is started with "--worker"; see serveWorker(). The
-    /// children's folders are made in `workFolder`, which is emptied first, and made when it is not
-    /// there; throws std::filesystem::filesystem_error when it cannot be. An empty `program` leaves
-    /// no critics but says so in every coverage.
-    MachineGrader(const std::filesystem::path& program, const std::filesystem::path& workFolder);
+    /// `places.work` is emptied, and made when it is not there; throws
+    /// std::filesystem::filesystem_error when it cannot be.
+    explicit MachineGrader(const MachinePlaces& places);
     ~MachineGrader();
     MachineGrader(const MachineGrader&) = delete;
     MachineGrader& operator=(const MachineGrader&) = delete;
@@ -29,7 +40,9 @@ private:
 };
 
 /// Is the child: judges the submission on standard input and writes what comes of it to standard
-/// output. The status to end with: 0, or 1 when there was no submission or nobody to write to.
-[[nodiscard]] int serveWorker(Readers readers);
+/// output. `environment` gives the variables that MachineGrader sets for it, empty for those it
+/// does not. The status to end with: 0, or 1 when there was no submission or nobody to write to.
+[[nodiscard]] int serveWorker(Readers readers,
+                              const std::function<std::string(const char*)>& environment);
 
 } // namespace trevix

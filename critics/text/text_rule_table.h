@@ -10,6 +10,9 @@ namespace trevix {
 
 template <>
 struct RulesFor<WorkKind::text> {
+    static constexpr std::string_view kFrames =
+        "measured: each frame of words on sentences of learners, flawed and corrected";
+
     static constexpr std::array kRules = {
         Rule{"text.empty", Severity::high, "something to judge", Unit::part, ""},
         Rule{"text.nearly_empty", Severity::medium, "something to judge", Unit::part,
@@ -45,6 +48,21 @@ struct RulesFor<WorkKind::text> {
              "chosen: four words in capitals, since names of up to three are common; three "
              "exclamation marks, since two are a slip"},
         Rule{"text.spacing", Severity::low, "blanks around marks", Unit::word, ""},
+        Rule{"text.agreement", Severity::medium, "agreement of subject and verb", Unit::word,
+             kFrames},
+        Rule{"text.verb_form", Severity::medium, "forms of verbs", Unit::word, kFrames},
+        Rule{"text.number", Severity::medium, "singular and plural", Unit::word, kFrames},
+        Rule{"text.article", Severity::medium, "articles", Unit::word, kFrames},
+        Rule{"text.comparison", Severity::medium, "comparison", Unit::word, kFrames},
+        Rule{"text.confused_word", Severity::medium, "words taken for others", Unit::word, kFrames},
+        Rule{"text.usage", Severity::medium, "turns of phrase", Unit::word, kFrames},
+        Rule{"text.spelling",
+             {Severity::medium, Severity::low},
+             "spelling",
+             Unit::word,
+             "measured: a suggestion one edit away, or two from 6 letters on, makes it sure; "
+             "chosen: "
+             "a word that stands 3 times is a term"},
     };
 };
 

@@ -28,10 +28,11 @@ public:
         const bool own = !request.arguments.empty() && request.arguments.back() == "--own-readers";
         ChildResult result;
         std::size_t frames = 0;
-        (void)writeFrames(request.input, own ? Readers::own : Readers::all,
-                          [&](std::string_view frame) {
-                              if (own || frames++ < framesBeforeEnd) result.output += frame;
-                          });
+        CriticTools tools;
+        if (own) tools.readers = Readers::own;
+        (void)writeFrames(request.input, tools, [&](std::string_view frame) {
+            if (own || frames++ < framesBeforeEnd) result.output += frame;
+        });
         result.end = own ? endOfOwn : end;
         if (result.end != End::exited && own) result.output.clear();
         if (cancel.stop_requested()) result.end = End::cancelled;
@@ -82,8 +83,8 @@ protected:
         made.modality = "code";
         for (const std::string& name : names) {
             const bool python = name.size() > 3 && name.substr(name.size() - 3) == ".py";
-            made.parts.push_back(textPart(python ? "def f(:\n    pass\n" : "a thing\n", name,
-                                          "text/x-code"));
+            made.parts.push_back(
+                textPart(python ? "def f(:\n    pass\n" : "a thing\n", name, "text/x-code"));
         }
         return made;
     }
@@ -222,8 +223,8 @@ TEST_F(GraderTest, ProgramsAreAskedAboutTheFirstPartsOnly) {
 }
 
 TEST(WriteFrames, TakesOnlyASubmission) {
-    EXPECT_FALSE(writeFrames("no submission", Readers::all, [](std::string_view) { FAIL(); }));
-    EXPECT_FALSE(writeFrames("", Readers::all, [](std::string_view) { FAIL(); }));
+    EXPECT_FALSE(writeFrames("no submission", {}, [](std::string_view) { FAIL(); }));
+    EXPECT_FALSE(writeFrames("", {}, [](std::string_view) { FAIL(); }));
 }
 
 } // namespace
