@@ -466,7 +466,9 @@ bool isNoValue(std::string_view text) {
     return isIn(lower, {"",     "-",   "--",   "–",     "—",
                         "n/a",  "na",  "n.a.", "none",  "nil",
                         "null", "nan", "k.a.", "k. a.", "not applicable",
-                        ".",    "..",  "…",    "*",     "x"});
+                        ".",    "..",  "…",    "*",     "x",
+                        "empty", "(empty)", "blank", "(blank)", "missing",
+                        "not available", "no data", "n.d.", "<na>", "<null>"});
 }
 
 RowKind rowKindOf(std::string_view label) {
