@@ -190,6 +190,25 @@ std::size_t distance(std::string_view a, std::string_view b, std::size_t most) {
     return std::min(row.back(), most + 1);
 }
 
+/// "12.5 oz." as "oz."; empty where no unit stands behind a number. Numbers inside it count alike.
+std::string unitOf(std::string_view value) {
+    std::size_t at = 0;
+    while (at < value.size() && (text::isAsciiDigit(value[at]) || value[at] == '.' ||
+                                 value[at] == ',' || (at == 0 && value[at] == '-')))
+        ++at;
+    if (at == 0 || !text::isAsciiDigit(value[at - 1])) return {};
+    const std::string_view rest = trimmedCell(value.substr(at));
+    if (rest.empty() || rest.size() > kLongestUnit || !text::isAsciiLetter(rest[0])) return {};
+    std::string unit;
+    for (const char c : rest) {
+        if (!text::isAsciiDigit(c))
+            unit += c;
+        else if (unit.empty() || unit.back() != '9')
+            unit += '9';
+    }
+    return unit;
+}
+
 bool isCode(const SheetColumn& column) {
     return column.isCalled({"zip", "zipcode", "postcode", "postal", "plz", "phone", "telephone",
                             "tel", "fax", "mobile", "isbn", "issn", "ean", "gtin", "upc", "iban",
@@ -202,7 +221,8 @@ struct UsualShape {
     std::size_t uses = 0;
 };
 
-std::optional<UsualShape> usualShape(const CodedColumn& column, bool (*eligible)(std::string_view)) {
+std::optional<UsualShape> usualShape(const CodedColumn& column,
+                                     bool (*eligible)(std::string_view)) {
     struct Tally {
         std::size_t uses = 0;
         std::size_t values = 0;
@@ -241,6 +261,7 @@ void judgePattern(const Sheet& sheet, const CodedColumn& column, std::set<CellKe
         const Value& value = column.values[id];
         const std::string shape = shapeOf(value.text.substr(0, kLongestShaped + 1));
         if (shape == usual->shape || value.uses > kMostUsesOfSlip) continue;
+        if (!unitOf(value.text).empty()) continue; // Its number is a quantity.
         const bool slip = distance(shape, usual->shape, kSlipsInShape) <= kSlipsInShape;
         // A longer or shorter run of digits may be the next number of a series.
         const bool certain = slip && (isCode(*column.column) || kindsOf(shape) != kinds);
@@ -252,13 +273,14 @@ void judgePattern(const Sheet& sheet, const CodedColumn& column, std::set<CellKe
                    quoted(value.text) + " in " + place + " does not have the form of the " +
                        std::to_string(usual->uses) + " other values of the " +
                        column.column->place() + ", such as " +
-                       quoted(textOf(sheet, *column.column, [&] {
-                           for (const auto& [otherRow, other] : column.cells) {
-                               if (shapeOf(column.values[other].text) == usual->shape)
-                                   return otherRow;
-                           }
-                           return row;
-                       }())) +
+                       quoted(textOf(sheet, *column.column,
+                                     [&] {
+                                         for (const auto& [otherRow, other] : column.cells) {
+                                             if (shapeOf(column.values[other].text) == usual->shape)
+                                                 return otherRow;
+                                         }
+                                         return row;
+                                     }())) +
                        ".");
     }
 }
@@ -310,8 +332,7 @@ Slip slipBetween(std::string_view frequent, std::string_view rare) {
         ++back;
     const std::string_view was = frequent.substr(front, frequent.size() - front - back);
     const std::string_view is = rare.substr(front, rare.size() - front - back);
-    const bool swapped =
-        was.size() == 2 && is.size() == 2 && was[0] == is[1] && was[1] == is[0];
+    const bool swapped = was.size() == 2 && is.size() == 2 && was[0] == is[1] && was[1] == is[0];
     // One letter of two bytes may stand for one of one.
     const auto isOneLetter = [](std::string_view part) {
         if (part.size() == 1) return true;
@@ -340,8 +361,8 @@ Slip slipBetween(std::string_view frequent, std::string_view rare) {
     Slip slip;
     slip.isSlip = true;
     slip.inLongWord = letters >= kLongWord;
-    slip.plural = end == frequent.size() - back && was.size() + is.size() == 1 &&
-                  (was == "s" || is == "s");
+    slip.plural =
+        end == frequent.size() - back && was.size() + is.size() == 1 && (was == "s" || is == "s");
     return slip;
 }
 
@@ -503,8 +524,7 @@ std::optional<Dependency> dependencyOf(const Groups& groups,
             found.violations.push_back({groups.rows[i], candidate, agreeing, group});
         }
     }
-    if (found.groups < kFewestGroups || violated == 0 ||
-        violated * kRowsPerViolation > found.rows)
+    if (found.groups < kFewestGroups || violated == 0 || violated * kRowsPerViolation > found.rows)
         return std::nullopt;
     // Where one value prevails everywhere the groups tell nothing.
     if (most * 4 > found.rows * 3) return std::nullopt;
@@ -535,8 +555,7 @@ void judgeDependencies(const Sheet& sheet, const std::vector<CodedColumn>& colum
     for (const CodedColumn& column : columns) {
         if (determined.size() == kMostDetermined) break;
         const std::size_t cells = column.cells.size();
-        if (cells < kFewestProfiled || column.values.size() < 2 ||
-            column.values.size() * 2 > cells)
+        if (cells < kFewestProfiled || column.values.size() < 2 || column.values.size() * 2 > cells)
             continue;
         determined.push_back(&column);
     }
@@ -569,7 +588,10 @@ void judgeDependencies(const Sheet& sheet, const std::vector<CodedColumn>& colum
             const Value& value = determined[entry.of]->values[values[entry.of][key.first]];
             const Value& usual = determined[entry.of]->values[entry.violation.usual];
             const bool alone = contradictions[key.first] == 1;
-            if (!alone || (!entry.strict && !isSlipOf(value, usual))) continue;
+            // Of two columns that determine each other the left one is the key.
+            const bool contradicts =
+                entry.strict && determined[entry.of]->column->index > determined[by]->column->index;
+            if (!alone || (!contradicts && !isSlipOf(value, usual))) continue;
             violations.try_emplace(key, entry);
         }
     }
@@ -704,30 +726,10 @@ void judgePercentSigns(const Sheet& sheet, const SheetColumn& column, FindingLis
         const std::string_view value = textOf(sheet, column, cell.row);
         list.addAt(kMixedPercent, place, value,
                    quoted(value) + " in " + place + (signUsual ? " lacks the" : " has a") +
-                       " percent sign, which " +
-                       std::to_string(values[signUsual ? 1 : 0].size()) + " of " +
-                       std::to_string(all) + " numbers of the " + column.place() +
+                       " percent sign, which " + std::to_string(values[signUsual ? 1 : 0].size()) +
+                       " of " + std::to_string(all) + " numbers of the " + column.place() +
                        (signUsual ? " have." : " do not have."));
     }
-}
-
-/// "12.5 oz." as "oz."; empty where no unit stands behind a number. Numbers inside it count alike.
-std::string unitOf(std::string_view value) {
-    std::size_t at = 0;
-    while (at < value.size() && (text::isAsciiDigit(value[at]) || value[at] == '.' ||
-                                 value[at] == ',' || (at == 0 && value[at] == '-')))
-        ++at;
-    if (at == 0 || !text::isAsciiDigit(value[at - 1])) return {};
-    const std::string_view rest = trimmedCell(value.substr(at));
-    if (rest.empty() || rest.size() > kLongestUnit || !text::isAsciiLetter(rest[0])) return {};
-    std::string unit;
-    for (const char c : rest) {
-        if (!text::isAsciiDigit(c))
-            unit += c;
-        else if (unit.empty() || unit.back() != '9')
-            unit += '9';
-    }
-    return unit;
 }
 
 /// One name for the spellings of a unit; the text in small letters where it is no known one.
@@ -771,7 +773,8 @@ std::string withoutPlural(std::string unit) {
 }
 
 void judgeUnits(const CodedColumn& column, std::set<CellKey>& told, FindingList& list) {
-    if (column.cells.size() < kFewestMeasures) return;
+    // Among numbers with a unit that is known, others are strays of another kind.
+    if (column.cells.size() < kFewestMeasures || column.column->isNumeric()) return;
     struct Spelling {
         std::size_t uses = 0;
         std::string_view example;
@@ -816,8 +819,8 @@ void judgeUnits(const CodedColumn& column, std::set<CellKey>& told, FindingList&
             list.addAt(kUnitSpellingLow, place, value.text,
                        quoted(value.text) + " in " + place + " spells its unit unlike the " +
                            std::to_string(usual->second.uses) + " others of the " +
-                           column.column->place() + ", such as " +
-                           quoted(usual->second.example) + ".");
+                           column.column->place() + ", such as " + quoted(usual->second.example) +
+                           ".");
         }
     }
 }
@@ -829,7 +832,7 @@ void judgeMissingMarks(const Sheet& sheet, const SheetColumn& column, FindingLis
         if (sheet.isData(cell.row) && cell.kind == CellKind::noValue)
             ++marks[textOf(sheet, column, cell.row)];
     }
-    if (marks.size() < 2) return;
+    if (marks.size() < 2 || column.cells.size() < kFewestProfiled) return;
     std::string mix;
     for (const auto& [mark, uses] : marks) {
         if (!mix.empty()) mix += ", ";
