@@ -28,7 +28,7 @@ the raw data is [public](https://example.org/data_(2026)/q1.csv "Raw data").
 
 | Region | Orders | Note |
 |:-------|-------:|------|
-| North  | 1,204  | up `a|b` |
+| North  | 1,204  | up `a\|b` |
 | South  | 987    | flat \| calm |
 
 Table 1: Orders by region.
@@ -210,14 +210,21 @@ TEST(DocumentCritic, NumberedLists) {
 
 TEST(DocumentCritic, Tables) {
     const std::string head = "Some words first.\n\n| a | b |\n|---|---|\n";
-    expectRules({{"regular", head + "| one | two |\n", {}},
-                 {"too many", head + "| one | two | three |\n", {"document.table_columns"}},
-                 {"too few", head + "| one |\n", {"document.table_columns"}},
-                 {"escaped bar", head + "| one \\| more | two |\n", {}},
-                 {"bar in code", head + "| `a|b` | two |\n", {}},
-                 {"no outer bars", "Some words.\n\na | b\n--|--\none | two\n", {}},
-                 {"placeholder in a cell", head + "| one | TBD |\n", {"text.placeholder"}}},
-                critiqueDocument);
+    expectRules(
+        {{"regular", head + "| one | two |\n", {}},
+         {"too many", head + "| one | two | three |\n", {"document.table_columns"}},
+         {"too few", head + "| one |\n", {"document.table_columns"}},
+         {"escaped bar", head + "| one \\| more | two |\n", {}},
+         {"bar in code", head + "| `a|b` | two |\n", {"document.table_columns"}},
+         {"escaped bar in code", head + "| `a\\|b` | two |\n", {}},
+         {"text right below", head + "| one | two |\nAnd so on.\n", {"document.table_columns"}},
+         {"a delimiter row of other columns",
+          "Some words first.\n\n| a | b |\n|---|\n| one | two |\n",
+          {"document.table_columns"}},
+         {"in a quotation", "Some words.\n\n> | a | b |\n> |---|---|\n> | one | two |\n", {}},
+         {"no outer bars", "Some words.\n\na | b\n--|--\none | two\n", {}},
+         {"placeholder in a cell", head + "| one | TBD |\n", {"text.placeholder"}}},
+        critiqueDocument);
 }
 
 TEST(DocumentCritic, ReferencesByNumber) {
