@@ -75,7 +75,7 @@ void checkLevels(const DocumentView& document, const std::vector<bool>& content,
         // A title in the front matter is the heading above all others.
         if (i == 0 && !document.outline.frontTitle) continue;
         const int above = i == 0 ? 1 : headings[i - 1].level;
-        if (heading.level <= above + 1) continue;
+        if (heading.level <= above + 1 || length == 0) continue; // Told as wordless.
         findings.add(kHeadingOrder, heading.begin, length,
                      "is a heading of level " + std::to_string(heading.level) +
                          " right below one of level " + std::to_string(above));
@@ -109,7 +109,7 @@ void checkEmptySections(const DocumentView& document, const std::vector<bool>& c
         // Several names of one thing share what stands below the last of them.
         const bool shares = !last && headings[i + 1].level == headings[i].level &&
                             headings[i + 1].line == headings[i].line + 1;
-        if (shares) continue;
+        if (shares || headings[i].begin == headings[i].end) continue;
         findings.add(kEmptySection, headings[i].begin, headings[i].end - headings[i].begin,
                      "heads a section without any content");
     }

@@ -112,16 +112,19 @@ private:
         if (opener != "---" && opener != "+++") return 0;
         const std::size_t limit = std::min<std::size_t>(m_source.lineCount(), kMostFrontMatter);
         bool titled = false;
+        bool keyed = false;
         for (std::size_t i = 1; i < limit; ++i) {
             const std::string_view line = text::trimmed(m_source.line(i));
             if (line == opener || (opener == "---" && line == "...")) {
+                if (i > 1 && !keyed) return 0; // A heading between rules.
                 for (std::size_t j = 0; j <= i; ++j) setOther(j);
                 m_outline.frontTitle = titled;
                 return i + 1;
             }
             if (line.empty() && opener == "---" && i == 1) return 0; // A rule above the text.
             if (opener == "---" && (line.empty() || line[0] == '#')) return 0;
-            titled = titled || namesTitle(m_source.line(i));
+            keyed = keyed || line.find_first_of(":=") != std::string_view::npos;
+            titled = titled || namesTitle(line);
         }
         return 0;
     }
@@ -281,7 +284,13 @@ private:
         return static_cast<std::size_t>(part.data() - m_outline.prose.masked.data());
     }
 
-    void readHeading(const MarkdownBlock& block) {
+    void readHeading(MarkdownBlock block) {
+        // Definitions right above a heading are counted in with it.
+        while (block.firstLine + 1 < block.lastLine) {
+            const std::string_view above = unquoted(block.firstLine, block.quoted);
+            if (!definesAddress(above) || !readDefinition(block.firstLine, above)) break;
+            block.begin = m_source.lineStart(++block.firstLine);
+        }
         std::string_view content = unquoted(block.firstLine, block.quoted);
         const std::size_t at = block.begin - m_source.lineStart(block.firstLine);
         if (!block.quoted) content = text::trimmed(maskedLine(block.firstLine).substr(at));

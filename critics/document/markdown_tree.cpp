@@ -189,6 +189,7 @@ private:
     void visit(cmark_node* node, bool enters) {
         const cmark_node_type type = cmark_node_get_type(node);
         if (type == CMARK_NODE_BLOCK_QUOTE) m_quotes += enters ? 1U : std::size_t(-1);
+        if (type == CMARK_NODE_ITEM) m_items += enters ? 1U : std::size_t(-1);
         if (type == CMARK_NODE_IMAGE) m_pictures += enters ? 1U : std::size_t(-1);
         if (type == CMARK_NODE_HEADING && !enters) m_heading.reset();
         if (!enters) return;
@@ -223,13 +224,40 @@ private:
             block.fenceLength = static_cast<std::size_t>(std::max(0, length));
             block.fenceMark = mark;
         }
+        trimEnd(block);
         m_blocks.push_back(std::move(block));
+    }
+
+    /// The library closes some blocks with the line behind them and counts that line in.
+    void trimEnd(MarkdownBlock& block) const {
+        if (block.kind == MarkdownKind::heading) {
+            // What is on several lines ends with the line under it.
+            while (block.lastLine > block.firstLine) {
+                const std::string_view last = contentOf(m_source.line(block.lastLine));
+                if (!last.empty() && last.find_first_not_of("=- \t") == std::string_view::npos)
+                    return;
+                --block.lastLine;
+            }
+        }
+        if (block.kind != MarkdownKind::code || !block.fenced ||
+            block.lastLine == block.firstLine) {
+            return;
+        }
+        // A quotation or an item ends with its own lines, closed or not.
+        const std::string_view last = m_source.line(block.lastLine);
+        const std::size_t indent = std::min(last.find_first_not_of(" \t"), last.size());
+        if (indent == last.size()) return;
+        const std::size_t column = block.begin - m_source.lineStart(block.firstLine);
+        const bool outside =
+            block.quoted ? last[indent] != '>' : m_items > 0 && indent + 1 < column;
+        if (outside) --block.lastLine;
     }
 
     const SourceText& m_source;
     std::size_t m_lines;
     std::vector<MarkdownBlock> m_blocks;
     std::size_t m_quotes = 0;
+    std::size_t m_items = 0;
     std::size_t m_pictures = 0;
     std::optional<std::size_t> m_heading; ///< The block of the heading that is open.
 };
