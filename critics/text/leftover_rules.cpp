@@ -200,8 +200,7 @@ std::size_t garbledLength(std::string_view text, std::size_t at) {
         const std::size_t third = next + second.length;
         if (third >= text.size()) return 0;
         const text::Decoded last = text::decodeFront(text.substr(third));
-        const bool garbled = last.codePoint != text::kNoCodePoint && (last.codePoint >= 0x80) &&
-                             !text::isLetter(last.codePoint);
+        const bool garbled = last.codePoint >= 0x80 && !text::isLetter(last.codePoint);
         const bool letter = last.codePoint == 0x153 || last.codePoint == 0x161;
         return garbled || letter ? first.length + second.length + last.length : 0;
     }
