@@ -119,8 +119,8 @@ bool argumentOfCommand(std::string_view text, std::size_t at) {
     while (!before.empty() && before.back() == ' ') before.remove_suffix(1);
     if (before.empty()) return false;
     if (before.back() == '=') return true;
-    const std::size_t blank = before.find_last_of(" \t\n");
-    return before[blank == std::string_view::npos ? 0 : blank + 1] == '-';
+    // Nothing is left behind the end of a line or a tab.
+    return before.substr(before.find_last_of(" \t\n") + 1).starts_with('-');
 }
 
 void checkBracketedSlot(const ProseView& view, std::size_t at, FindingList& findings) {
