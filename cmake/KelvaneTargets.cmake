@@ -49,8 +49,8 @@ endfunction()
 # single test, for suites whose set-up (a display, a server) is worth sharing.
 #
 # Each label is a target too (tests_LABEL) that builds its programs. What scripts/check runs is told by
-# these: `desktop` needs a display, `adapter` asks the machine, and what is neither is `logic`;
-# `threads` has more than one.
+# these: `desktop` needs a display, `adapter` asks the machine, `measure` measures time or memory, which
+# a sanitizer changes, and what is none of these is `logic`; `threads` has more than one.
 function(kelvane_tests name)
   cmake_parse_arguments(PARSE_ARGV 1 ARG "WHOLE" "TIMEOUT" "LIBS;LABELS")
   if(NOT ARG_TIMEOUT)
@@ -60,7 +60,9 @@ function(kelvane_tests name)
   if(KELVANE_SANITIZE)
     math(EXPR ARG_TIMEOUT "${ARG_TIMEOUT} * 10")
   endif()
-  if(NOT "desktop" IN_LIST ARG_LABELS AND NOT "adapter" IN_LIST ARG_LABELS)
+  set(kinds ${ARG_LABELS})
+  list(FILTER kinds INCLUDE REGEX "^(desktop|adapter|measure)$")
+  if(NOT kinds)
     list(APPEND ARG_LABELS logic)
   endif()
   add_executable(${name} ${ARG_UNPARSED_ARGUMENTS})
