@@ -4,6 +4,8 @@
 #include "text/unicode.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <utility>
 
 namespace trevix {
 
@@ -47,7 +49,89 @@ std::vector<std::int32_t> codePointsOf(const std::string& word) {
     return points;
 }
 
+// Bytes; words that are longer are made up, and what is made of them is soon all there is to do.
+constexpr std::size_t kLongestSlip = 40;
+
+std::vector<std::string> lettersOf(std::string_view word) {
+    std::vector<std::string> letters;
+    for (std::size_t i = 0; i < word.size();) {
+        const std::size_t length = text::decodeFront(word.substr(i)).length;
+        letters.emplace_back(word.substr(i, length));
+        i += length;
+    }
+    return letters;
+}
+
+/// Tries words of letters, and keeps those that a dictionary knows, each once.
+class Tries {
+public:
+    Tries(const Dictionary& dictionary, std::string_view itself)
+        : m_dictionary(dictionary),
+          m_tried{std::string(itself)} {}
+
+    void add(const std::vector<std::string>& letters) {
+        std::string word;
+        for (const std::string& letter : letters) word += letter;
+        if (!m_tried.insert(word).second || !m_dictionary.knows(word)) return;
+        m_known.push_back(std::move(word));
+    }
+    [[nodiscard]] std::vector<std::string> take() { return std::move(m_known); }
+
+private:
+    const Dictionary& m_dictionary;
+    std::unordered_set<std::string> m_tried;
+    std::vector<std::string> m_known;
+};
+
 } // namespace
+
+std::vector<std::string> oneSlipAway(const Dictionary& dictionary, std::string_view word) {
+    if (word.empty() || word.size() > kLongestSlip) return {};
+    const std::vector<std::string> own = lettersOf(word);
+    const std::vector<std::string> alphabet = lettersOf(dictionary.letters());
+    Tries tries(dictionary, word);
+    const auto without = [&own](std::size_t i) {
+        std::vector<std::string> fewer = own;
+        fewer.erase(fewer.begin() + static_cast<std::ptrdiff_t>(i));
+        return fewer;
+    };
+    const auto with = [&own](std::size_t i, const std::string& letter) {
+        std::vector<std::string> more = own;
+        more.insert(more.begin() + static_cast<std::ptrdiff_t>(i), letter);
+        return more;
+    };
+    for (std::size_t i = 1; i + 1 < own.size(); ++i) {
+        std::vector<std::string> swapped = own;
+        std::swap(swapped[i], swapped[i + 1]);
+        tries.add(swapped);
+    }
+    for (std::size_t i = 0; i < own.size(); ++i) {
+        tries.add(with(i, own[i]));
+        if (i > 0 && own[i] == own[i - 1]) tries.add(without(i));
+    }
+    // The rest behind the first letter, and then at it.
+    for (const bool first : {false, true}) {
+        for (std::size_t i = first ? 0 : 1; i < (first ? 1 : own.size()); ++i) {
+            std::vector<std::string> changed = own;
+            for (const std::string& letter : alphabet) {
+                changed[i] = letter;
+                tries.add(changed);
+            }
+        }
+        for (std::size_t i = first ? 0 : 1; i < (first ? 1 : own.size() + 1); ++i) {
+            for (const std::string& letter : alphabet) tries.add(with(i, letter));
+        }
+        for (std::size_t i = first ? 0 : 1; i < (first ? 1 : own.size()); ++i) {
+            tries.add(without(i));
+        }
+    }
+    if (own.size() > 1) {
+        std::vector<std::string> swapped = own;
+        std::swap(swapped[0], swapped[1]);
+        tries.add(swapped);
+    }
+    return tries.take();
+}
 
 bool SpellingBooks::know(std::string_view word) const {
     return std::any_of(books.begin(), books.end(),

@@ -22,8 +22,11 @@ public:
     /// Whether the word is right as it stands. Capitals count: a name in lower case is wrong.
     [[nodiscard]] virtual bool knows(std::string_view word) const = 0;
 
-    /// Words that may have been meant, the likeliest first. Costs a thousand times what `knows`
-    /// does.
+    /// The letters that words of the language are made of, in lower case, each once.
+    [[nodiscard]] virtual std::string_view letters() const { return "abcdefghijklmnopqrstuvwxyz"; }
+
+    /// Words that may have been meant, the likeliest first, however far they are. Costs some ten
+    /// thousand times what `knows` does.
     [[nodiscard]] virtual std::vector<std::string> suggestions(std::string_view word) const = 0;
 };
 
@@ -67,6 +70,13 @@ private:
     SpellingBooks m_books[kNaturalLanguages];
     SpellingBooks m_none{{}, "", "no dictionary of the language is installed", ""};
 };
+
+/// Words that the dictionary knows and that one slip of the pen makes of `word`: two neighbours
+/// swapped, a letter doubled or not doubled, one changed, left out or put in; in this order, the
+/// first letter last, as that is where slips are rarest. Costs some thousand times what `knows`
+/// does. None for a word of more than 40 bytes.
+[[nodiscard]] std::vector<std::string> oneSlipAway(const Dictionary& dictionary,
+                                                   std::string_view word);
 
 /// Least number of letters put in, left out, changed or swapped with their neighbour that makes one
 /// word the other, counted in code points and without regard to case; at most `most` + 1, which

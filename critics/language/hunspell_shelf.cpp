@@ -23,14 +23,21 @@ namespace {
 struct KnownBook {
     NaturalLanguage language;
     std::array<std::string_view, 4> names;
+    std::string_view letters;
 };
 
 constexpr std::array kBooks = {
-    KnownBook{NaturalLanguage::english, {"en_US"}},
-    KnownBook{NaturalLanguage::english, {"en_GB", "en_AU"}},
-    KnownBook{NaturalLanguage::german, {"de_DE", "de_DE_frami", "de_AT", "de_CH"}},
-    KnownBook{NaturalLanguage::french, {"fr", "fr_FR", "fr-classique", "fr-toutesvariantes"}},
-    KnownBook{NaturalLanguage::spanish, {"es_ES", "es", "es_MX", "es_AR"}},
+    KnownBook{NaturalLanguage::english, {"en_US"}, "abcdefghijklmnopqrstuvwxyz"},
+    KnownBook{NaturalLanguage::english, {"en_GB", "en_AU"}, "abcdefghijklmnopqrstuvwxyz"},
+    KnownBook{NaturalLanguage::german,
+              {"de_DE", "de_DE_frami", "de_AT", "de_CH"},
+              "abcdefghijklmnopqrstuvwxyzäöüß"},
+    KnownBook{NaturalLanguage::french,
+              {"fr", "fr_FR", "fr-classique", "fr-toutesvariantes"},
+              "abcdefghijklmnopqrstuvwxyzàâæçéèêëîïôœùûü"},
+    KnownBook{NaturalLanguage::spanish,
+              {"es_ES", "es", "es_MX", "es_AR"},
+              "abcdefghijklmnopqrstuvwxyzáéíñóúü"},
 };
 
 std::string_view packageOf(NaturalLanguage language) {
@@ -81,9 +88,13 @@ std::optional<Encoding> encodingOf(const fs::path& affixes) {
 
 class HunspellDictionary : public Dictionary {
 public:
-    HunspellDictionary(const fs::path& affixes, const fs::path& words, Encoding encoding)
+    HunspellDictionary(const fs::path& affixes, const fs::path& words, Encoding encoding,
+                       std::string_view letters)
         : m_library(affixes.c_str(), words.c_str()),
-          m_encoding(encoding) {}
+          m_encoding(encoding),
+          m_letters(letters) {}
+
+    [[nodiscard]] std::string_view letters() const override { return m_letters; }
 
     [[nodiscard]] bool knows(std::string_view word) const override {
         const std::optional<std::string> own = encoded(word);
@@ -119,6 +130,7 @@ private:
     mutable std::mutex m_mutex;
     mutable Hunspell m_library;
     Encoding m_encoding;
+    std::string_view m_letters;
 };
 
 bool isReadable(const fs::path& file) {
@@ -150,7 +162,8 @@ Opened openFirst(const std::vector<fs::path>& folders, const KnownBook& known) {
                 opened.broken = true;
                 continue;
             }
-            opened.book = std::make_shared<HunspellDictionary>(affixes, words, *encoding);
+            opened.book =
+                std::make_shared<HunspellDictionary>(affixes, words, *encoding, known.letters);
             opened.broken = false;
             return opened;
         }
