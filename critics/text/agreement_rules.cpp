@@ -161,7 +161,12 @@ void checkSingularNoun(const EnglishSentence& s, std::size_t i, GrammarReport& r
     if (wantsSubjunctive(s, i)) return;
     const std::size_t verb = noun + 1;
     if (!s.glued(verb)) return;
-    if (s.is(verb, {"have", "are", "don't", "aren't", "haven't", "were", "weren't"})) {
+    const bool bare = s.has(verb, kPureBase) && !s.is(verb, {"do"});
+    const bool object = s.has(noun, kPerson) && s.has(verb, kBase) &&
+                        !s.has(verb, kSingular | kAdverb) && s.glued(verb + 1) &&
+                        s.has(verb + 1, kDeterminer | kObject) && s.word(verb + 1) != "that";
+    if (bare || object ||
+        s.is(verb, {"have", "are", "don't", "aren't", "haven't", "were", "weren't"})) {
         say(s, noun, verb, report);
     }
 }

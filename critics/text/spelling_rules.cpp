@@ -30,9 +30,12 @@ constexpr std::size_t kLongestWord = 40;  // Bytes; what is longer is no slip of
 constexpr std::size_t kFewestLetters = 3;
 constexpr std::size_t kTerm = 3;              // Times a word stands in the text.
 constexpr std::size_t kLongerForTwoEdits = 6; // Letters from which on two edits are a slip.
-constexpr std::size_t kFewestForShare = 8;    // Words; in fewer a share says nothing.
-constexpr std::size_t kMostUnknown = 50;      // Percent; beyond it the words are no prose.
-constexpr std::size_t kShortestPart = 4;      // Letters of each half of "codebase".
+constexpr std::size_t kLongerForThreeEdits = 8;
+constexpr std::size_t kMostEdits = 3;
+constexpr std::size_t kFewSuggestions = 8; // Of a dictionary, the likeliest.
+constexpr std::size_t kFewestForShare = 8; // Words; in fewer a share says nothing.
+constexpr std::size_t kMostUnknown = 50;   // Percent; beyond it the words are no prose.
+constexpr std::size_t kShortestPart = 4;   // Letters of each half of "codebase".
 
 constexpr std::array<std::string_view, 28> kPrefixes = {
     "un",   "re",    "non",   "pre",   "sub",   "multi",  "auto", "de",  "micro", "meta",
@@ -272,17 +275,21 @@ private:
         if (english && shape == Shape::plain) {
             const std::string proper = capitalised(own);
             if (books.know(proper)) {
-                verdict.sure = isProperWord(own);
+                // "git", "java": in notes on code a name may be a command.
+                if (m_technical && !isProperWord(own)) return {};
+                verdict.sure = true;
                 verdict.suggestion = proper;
                 verdict.capitalOnly = true;
-                if (!verdict.sure) return {};
                 return verdict;
             }
         }
-        if (isBuilt(own, books)) return {};
+        const bool built = isBuilt(own, books);
+        if (built && m_technical) return {};
         suggest(own, index, shape, books, verdict);
-        if (shape == Shape::capitalised && !verdict.sure) return {};
-        if (isForeign(own, language)) verdict.sure = false;
+        if ((shape == Shape::capitalised || built) && !verdict.sure) return {};
+        if (!verdict.sure || m_edits > 1) {
+            if (isForeign(own, language)) verdict.sure = false;
+        }
         return verdict;
     }
 
@@ -327,18 +334,25 @@ private:
                  Verdict& verdict) {
         if (m_suggested >= kMostSuggestions) return;
         ++m_suggested;
-        std::size_t best = 3;
+        std::size_t best = kMostEdits + 1;
+        std::string parted;
         for (const auto& book : books.books) {
             const std::vector<std::string> found = book->suggestions(own);
-            const std::size_t few = std::min<std::size_t>(found.size(), 6);
+            const std::size_t few = std::min<std::size_t>(found.size(), kFewSuggestions);
             for (std::size_t i = 0; i < few; ++i) {
-                const std::size_t edits = editsBetween(own, found[i], 2);
+                if (found[i].find_first_of(" -") != std::string::npos) {
+                    if (parted.empty()) parted = found[i];
+                    continue;
+                }
+                const std::size_t edits = editsBetween(own, found[i], kMostEdits);
                 if (edits >= best) continue;
                 best = edits;
                 verdict.suggestion = found[i];
             }
             if (best <= 1) break;
         }
+        m_edits = best;
+        if (verdict.suggestion.empty()) verdict.suggestion = parted;
         const text::Word& word = m_view.words[index];
         if (verdict.suggestion.find(' ') != std::string::npos) {
             verdict.sure = false;
@@ -389,6 +403,7 @@ private:
     std::size_t m_looked = 0;
     std::size_t m_suggested = 0;
     std::size_t m_foreign = 0;
+    std::size_t m_edits = 0; // Of the suggestion that was found last.
 };
 
 } // namespace

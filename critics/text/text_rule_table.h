@@ -54,6 +54,8 @@ struct RulesFor<WorkKind::text> {
         Rule{"text.number", Severity::medium, "singular and plural", Unit::word, kFrames},
         Rule{"text.article", Severity::medium, "articles", Unit::word, kFrames},
         Rule{"text.comparison", Severity::medium, "comparison", Unit::word, kFrames},
+        Rule{"text.capital", Severity::medium, "capital letters", Unit::sentence,
+             "chosen: from 5 words on; shorter notes begin as they like"},
         Rule{"text.confused_word", Severity::medium, "words taken for others", Unit::word, kFrames},
         Rule{"text.usage", Severity::medium, "turns of phrase", Unit::word, kFrames},
         Rule{"text.spelling",

@@ -51,6 +51,12 @@ void checkModal(const EnglishSentence& s, std::size_t i, GrammarReport& report) 
         say(s, i, at, "needs the bare verb behind its auxiliary", report);
     } else if (isUnlikeBase(s, at) && !s.has(at, kBase) && !all) {
         say(s, i, at, "needs the bare verb behind its auxiliary", report);
+    } else if (s.has(at, kAnyThird | kLatePast) && !s.has(at, kBase | kAdjective) && at == i + 1 &&
+               !all && i > 0 && s.glued(i) &&
+               (s.is(i - 1,
+                     {"i", "he", "she", "it", "they", "we", "you", "who", "which", "that"}) ||
+                s.has(i - 1, kPlural) || (s.has(i - 1, kSingular) && s.has(at, kLatePast)))) {
+        say(s, i, at, "needs the bare verb behind its auxiliary", report);
     } else if (s.has(at, kIng) && !all) {
         say(s, i, at, "needs the bare verb behind its auxiliary", report);
     } else if (s.has(at, kRegularPast) && !s.has(at, kAdjective | kBase) && !all && at == i + 1 &&
@@ -85,7 +91,9 @@ void checkDo(const EnglishSentence& s, std::size_t i, GrammarReport& report) {
     at = pastAdverbs(s, at);
     if (at >= s.size()) return;
     const bool be = s.is(at, {"is", "are", "was", "were", "am", "been"});
-    const bool regular = s.has(at, kRegularPast) && !s.has(at, kAdjective | kBase);
+    const bool regular = (s.has(at, kRegularPast) && !s.has(at, kAdjective | kBase)) ||
+                         ((negated || withNot) && s.has(at, kAnyThird | kLatePast) &&
+                          !s.has(at, kBase | kAdjective));
     if (be || regular || (isUnlikeBase(s, at) && !s.has(at, kBase))) {
         if (asks && s.before(i, {"what", "who"}) && i == 0) return;
         say(s, i, at, "needs the bare verb behind “do”", report);
