@@ -64,9 +64,10 @@ void checkThirdPerson(const EnglishSentence& s, std::size_t i, GrammarReport& re
         s.is(verb, {"are", "aren't"}) || (s.is(verb, {"were", "weren't"}) && !isHypothetical(s, i));
     if (person) {
         const bool bare =
-            isBareFinite(s, verb) ||
-            (s.has(verb, kBase) && !s.is(verb, {"cost", "set", "put", "let", "fit"}) &&
-             !s.has(verb, kPast | kAdverb | kModal));
+            isBareFinite(s, verb) || (s.has(verb, kBase) &&
+                                      !s.is(verb, {"cost", "set", "put", "let", "fit", "last",
+                                                   "present", "direct", "long"}) &&
+                                      !s.has(verb, kPast | kAdverb | kModal));
         if (s.is(verb, {"become", "come"}) || bare || were) say(s, i, verb, report);
         return;
     }

@@ -58,7 +58,7 @@ void GrammarReport::add(GradedRule rule, const EnglishSentence& sentence, std::s
 
 std::set<std::size_t> checkGrammar(const ProseView& view, const ProseLanguages& languages,
                                    FindingList& findings) {
-    const bool technical = view.masked().find(kMasked) != std::string_view::npos;
+    const bool technical = view.hasCode();
     GrammarReport report(findings, technical);
     std::size_t word = 0;
     for (const Sentence& sentence : view.sentences) {

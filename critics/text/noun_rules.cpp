@@ -211,8 +211,7 @@ void checkOrdinal(const EnglishSentence& s, std::size_t i, GrammarReport& report
 
 void checkKinds(const EnglishSentence& s, std::size_t i, GrammarReport& report) {
     if (!s.is(i, {"kind", "type", "sort"}) || s.word(i + 1) != "of" || !s.glued(i)) return;
-    if (!s.is(i - 1, {"many", "several", "various", "all", "these", "those", "two", "three",
-                      "different"})) {
+    if (!s.is(i - 1, {"many", "several", "various", "all", "two", "three", "different"})) {
         return;
     }
     if (s.word(i - 1) == "different" && i >= 2 && s.has(i - 2, kDeterminer | kAdjective | kAdverb))
@@ -223,11 +222,14 @@ void checkKinds(const EnglishSentence& s, std::size_t i, GrammarReport& report) 
     say(s, i - 1, i, "needs the plural", report);
 }
 
-constexpr std::array<std::string_view, 43> kNoPlural = {
-    "informations", "advices",  "furnitures",      "equipments", "knowledges",  "homeworks",
-    "luggages",     "baggages", "softwares",       "hardwares",  "machineries", "sceneries",
-    "childrens",    "mens",     "womens",          "childs",     "persones",    "moneys",
-    "musics",       "peoples",  "transportations", "evidences",  "traffics",    "informationes"};
+constexpr std::array<std::string_view, 42> kNoPlural = {
+    "informations", "advices",       "furnitures",      "equipments", "knowledges",  "homeworks",
+    "luggages",     "baggages",      "softwares",       "hardwares",  "machineries", "sceneries",
+    "childrens",    "mens",          "womens",          "childs",     "persones",    "moneys",
+    "musics",       "peoples",       "transportations", "evidences",  "traffics",    "pollutions",
+    "livestocks",   "medias",        "fundings",        "feedbacks",  "stuffs",      "slangs",
+    "weathers",     "electricities", "clothings",       "jewelries",  "cattles",     "aircrafts",
+    "offsprings",   "violences",     "happinesses",     "garbages",   "rubbishes",   "sunlights"};
 
 void checkWrongPlural(const EnglishSentence& s, std::size_t i, GrammarReport& report) {
     if (!text::isOneOf(s.word(i), kNoPlural)) return;

@@ -35,6 +35,7 @@ constexpr std::size_t kMostEdits = 3;
 constexpr std::size_t kFewSuggestions = 8; // Of a dictionary, the likeliest.
 constexpr std::size_t kFewestForShare = 8; // Words; in fewer a share says nothing.
 constexpr std::size_t kMostUnknown = 50;   // Percent; beyond it the words are no prose.
+constexpr std::size_t kShortestStem = 5;   // Letters behind a prefix.
 constexpr std::size_t kShortestPart = 4;   // Letters of each half of "codebase".
 
 constexpr std::array<std::string_view, 28> kPrefixes = {
@@ -63,7 +64,8 @@ public:
           m_tools(tools),
           m_spokenOf(spokenOf),
           m_findings(findings),
-          m_coverage(coverage) {
+          m_coverage(coverage),
+          m_technical(view.hasCode()) {
         if (tools.personalWords) m_personal = tools.personalWords();
         countWords();
         gatherCodeWords();
@@ -113,7 +115,6 @@ private:
                     m_code.insert(text::lowercased(whole.substr(word.offset, word.length)));
                 }
             }
-            m_technical = true;
             i = end;
         }
     }
@@ -276,20 +277,25 @@ private:
             const std::string proper = capitalised(own);
             if (books.know(proper)) {
                 // "git", "java": in notes on code a name may be a command.
-                if (m_technical && !isProperWord(own)) return {};
+                if ((m_technical || own.size() <= kFewestLetters) && !isProperWord(own)) return {};
                 verdict.sure = true;
                 verdict.suggestion = proper;
                 verdict.capitalOnly = true;
                 return verdict;
             }
         }
-        const bool built = isBuilt(own, books);
-        if (built && m_technical) return {};
+        if (isBuilt(own, books)) return {};
+        // Dictionaries of other languages lack more, and borrow from English what they lack.
+        if (!english && isForeign(own, language)) return {};
         suggest(own, index, shape, books, verdict);
-        if ((shape == Shape::capitalised || built) && !verdict.sure) return {};
-        if (!verdict.sure || m_edits > 1) {
-            if (isForeign(own, language)) verdict.sure = false;
+        // Beside code a word that no dictionary has is more often a term than a slip.
+        if (m_technical) {
+            verdict.sure = false;
+            if (m_edits > 1 || own.size() < kLongerForTwoEdits) return {};
         }
+        if (shape == Shape::capitalised && !verdict.sure) return {};
+        if (english && verdict.sure && m_edits > 1 && isForeign(own, language))
+            verdict.sure = false;
         return verdict;
     }
 
@@ -301,12 +307,13 @@ private:
     [[nodiscard]] bool isKnownOtherwise(const std::string& own, const SpellingBooks& books,
                                         NaturalLanguage language) const {
         if (m_personal.contains(own)) return true;
-        if (language == NaturalLanguage::english && isYoungWord(own)) return true;
+        if (isYoungWord(own)) return true;
         const std::size_t apostrophe = own.rfind('\'');
         if (apostrophe == std::string::npos || apostrophe == 0) return false;
         const std::string stem = own.substr(0, apostrophe);
         const std::string tail = own.substr(apostrophe + 1);
         if (language == NaturalLanguage::english) {
+            if (own.ends_with("n'ts")) return true; // "dos and don'ts"
             return tail == "s" && (books.know(stem) || books.know(capitalised(stem)) ||
                                    isYoungWord(stem) || m_personal.contains(stem));
         }
@@ -317,7 +324,7 @@ private:
     /// "codebase", "rebuildable": made of known words, as every text may make them.
     [[nodiscard]] bool isBuilt(const std::string& own, const SpellingBooks& books) const {
         for (const std::string_view prefix : kPrefixes) {
-            if (own.size() < prefix.size() + kShortestPart || !own.starts_with(prefix)) continue;
+            if (own.size() < prefix.size() + kShortestStem || !own.starts_with(prefix)) continue;
             if (books.know(own.substr(prefix.size()))) return true;
         }
         for (const std::string_view suffix : kSuffixes) {
@@ -360,9 +367,12 @@ private:
         }
         const bool one = best == 1 && word.letters > kFewestLetters;
         const bool two = best == 2 && word.letters >= kLongerForTwoEdits && !m_technical;
-        verdict.sure = one || two;
-        if (shape == Shape::capitalised)
-            verdict.sure = verdict.sure && best == 1 && word.letters > 5;
+        const bool three = best == 3 && word.letters >= kLongerForThreeEdits &&
+                           verdict.suggestion.front() == own.front();
+        verdict.sure = one || two || three;
+        if (shape == Shape::capitalised) {
+            verdict.sure = (best == 1 && word.letters > 4) || (best == 2 && word.letters > 7);
+        }
     }
 
     [[nodiscard]] bool isForeign(const std::string& own, NaturalLanguage language) {

@@ -62,8 +62,8 @@ void checkIts(const EnglishSentence& s, std::size_t i, GrammarReport& report) {
     if (!s.glued(i + 1)) return;
     const std::size_t next = i + 1;
     if (s.word(i) == "its" &&
-        (s.is(next,
-              {"a", "an", "the", "not", "been", "because", "my", "your", "what", "why", "how"}) ||
+        (s.is(next, {"a", "an", "the", "not", "been", "because", "my", "your", "what", "why", "how",
+                     "always", "never", "really", "so", "too", "also", "actually", "probably"}) ||
          (s.has(next, kAdjective) && s.is(i + 2, {"to", "that"}) && s.glued(i + 2) &&
           s.is(next,
                {"important", "possible", "hard", "easy", "difficult", "necessary", "true", "good",
@@ -293,7 +293,6 @@ constexpr Turn kTurns[] = {
     {"in other hand", "on the other hand"},
     {"in the other side", "on the other hand"},
     {"according me", "in my opinion"},
-    {"according to me", "in my opinion"},
     {"according with", "according to"},
     {"despite of", "despite"},
     {"in spite the", "in spite of the"},
