@@ -111,7 +111,10 @@ void checkSingularWanted(const EnglishSentence& s, std::size_t i, GrammarReport&
     }
     if (!s.has(at, kPlural) || s.has(at, kSingular | kAdjective | kBase) || s.has(at, kThird))
         return;
-    if (s.word(at) == "people" && article) return;
+    if (s.word(at) == "people") {
+        if (each) say(s, i, at, "needs the singular", report);
+        if (!here) return;
+    }
     if (s.is(at, {"means", "sports", "glasses", "plans", "works", "needs"})) return;
     if (here && !(i == 0 || s.has(i - 1, kFunction) || s.has(i - 1, kBase))) return;
     // "a customers' choice", "every two weeks"
@@ -155,8 +158,7 @@ void checkOther(const EnglishSentence& s, std::size_t i, GrammarReport& report) 
     }
     if (s.word(i) != "other") return;
     const std::size_t noun = i + 1;
-    if (!s.has(noun, kSingular) || s.has(noun, kAdjective | kMeasure) || !s.endsPhrase(noun))
-        return;
+    if (!s.has(noun, kStrict) || s.has(noun, kAdjective | kMeasure) || !s.endsPhrase(noun)) return;
     if (i > 0 && s.glued(i) &&
         (s.is(i - 1, {"the", "any",     "no",   "each",  "every", "some", "one",  "my",
                       "his", "her",     "our",  "their", "your",  "its",  "this", "that",

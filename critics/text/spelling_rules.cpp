@@ -370,6 +370,8 @@ private:
         const bool three = best == 3 && word.letters >= kLongerForThreeEdits &&
                            verdict.suggestion.front() == own.front();
         verdict.sure = one || two || three;
+        // An ending that every language hangs on words of its own making.
+        if (own.ends_with("able") && !verdict.suggestion.ends_with("able")) verdict.sure = false;
         if (shape == Shape::capitalised) {
             verdict.sure = (best == 1 && word.letters > 4) || (best == 2 && word.letters > 7);
         }

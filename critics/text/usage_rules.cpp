@@ -407,8 +407,6 @@ constexpr Turn kTurns[] = {
     {"how it looks like", "what it looks like"},
     {"how they look like", "what they look like"},
     {"how does it look like", "what does it look like"},
-    {"i am agree", "I agree"},
-    {"i'm agree", "I agree"},
     {"i very like", "I like … very much"},
     {"in the first i", "at first I"},
     {"by this way", "in this way"},
@@ -452,9 +450,6 @@ constexpr Turn kTurns[] = {
     {"there have some", "there are some"},
     {"there are exist", "there exist"},
     {"there is exist", "there exists"},
-    {"is consist of", "consists of"},
-    {"is depend on", "depends on"},
-    {"are depend on", "depend on"},
     {"in the end of", "at the end of"},
     {"at the internet", "on the internet"},
     {"in the internet~", "on the internet"},
@@ -478,8 +473,6 @@ constexpr Turn kTurns[] = {
     {"resemble to", "resemble"},
     {"approach to him", "approach him"},
     {"can't able to", "can't"},
-    {"will can", "will be able to"},
-    {"to can", "to be able to"},
     {"people which", "people who"},
     {"person which", "person who"},
     {"students which", "students who"},
@@ -488,7 +481,6 @@ constexpr Turn kTurns[] = {
     {"man which", "man who"},
     {"woman which", "woman who"},
     {"friends which", "friends who"},
-    {"more better", "better"},
 };
 
 using Turns = std::unordered_map<std::string_view, std::vector<const Turn*>>;

@@ -117,6 +117,10 @@ void checkPerfect(const EnglishSentence& s, std::size_t i, GrammarReport& report
         say(s, i, at, "needs the participle behind “have”", report);
         return;
     }
+    if (s.word(at) == "saw" && s.endsPhrase(at)) {
+        say(s, i, at, "needs the participle behind “have”", report);
+        return;
+    }
     const bool bare = s.has(at, kPureBase) && !s.is(at, {"become", "come", "overcome", "get"});
     if (bare) say(s, i, at, "needs the participle behind “have”", report);
 }
@@ -197,8 +201,7 @@ void checkPatterns(const EnglishSentence& s, std::size_t i, GrammarReport& repor
     const std::size_t next = i + 1;
     if (!s.glued(next)) return;
     // "want go", "able do"
-    if (s.is(i, {"want", "wants", "wanted", "able", "hope", "hopes", "decide", "decides", "decided",
-                 "plan", "plans"}) &&
+    if (s.is(i, {"want", "wants", "wanted", "able", "decide", "decides", "decided"}) &&
         s.has(next, kPureBase) && !s.capital(next)) {
         say(s, i, next, "lacks a “to”", report);
     }

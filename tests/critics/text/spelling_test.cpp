@@ -109,12 +109,11 @@ TEST(Spelling, AWordOfTheCodeIsATerm) {
 }
 
 TEST(Spelling, KnownWordsMayBeJoinedAndGrow) {
-    EXPECT_EQ(misspeltIn("The codebase is rebuildable, and it is not unwritten, in this room."),
-              Words());
+    EXPECT_EQ(misspeltIn("The codebase is new, and we rebuild it in an unwritten plan."), Words());
 }
 
 TEST(Spelling, WordsWronglyJoinedAreFound) {
-    EXPECT_EQ(misspeltIn("We have alot of customers in the house.", true), Words{"alot"});
+    EXPECT_EQ(misspeltIn("We have the plan and the report atleast.", true), Words{"atleast"});
 }
 
 TEST(Spelling, ANameInASentenceHasACapital) {
