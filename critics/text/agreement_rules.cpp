@@ -64,9 +64,10 @@ void checkThirdPerson(const EnglishSentence& s, std::size_t i, GrammarReport& re
         s.is(verb, {"are", "aren't"}) || (s.is(verb, {"were", "weren't"}) && !isHypothetical(s, i));
     if (person) {
         const bool bare =
-            isBareFinite(s, verb) ||
-            (s.has(verb, kBase) && !s.is(verb, {"cost", "set", "put", "let", "fit"}) &&
-             !s.has(verb, kPast | kAdverb | kModal));
+            isBareFinite(s, verb) || (s.has(verb, kBase) &&
+                                      !s.is(verb, {"cost", "set", "put", "let", "fit", "last",
+                                                   "present", "direct", "long"}) &&
+                                      !s.has(verb, kPast | kAdverb | kModal));
         if (s.is(verb, {"become", "come"}) || bare || were) say(s, i, verb, report);
         return;
     }
@@ -161,7 +162,12 @@ void checkSingularNoun(const EnglishSentence& s, std::size_t i, GrammarReport& r
     if (wantsSubjunctive(s, i)) return;
     const std::size_t verb = noun + 1;
     if (!s.glued(verb)) return;
-    if (s.is(verb, {"have", "are", "don't", "aren't", "haven't", "were", "weren't"})) {
+    const bool bare = s.has(verb, kPureBase) && !s.is(verb, {"do"});
+    const bool object = s.has(noun, kPerson) && s.has(verb, kBase) &&
+                        !s.has(verb, kSingular | kAdverb) && s.glued(verb + 1) &&
+                        s.has(verb + 1, kDeterminer | kObject) && s.word(verb + 1) != "that";
+    if (bare || object ||
+        s.is(verb, {"have", "are", "don't", "aren't", "haven't", "were", "weren't"})) {
         say(s, noun, verb, report);
     }
 }

@@ -116,6 +116,23 @@ constexpr std::string_view kPeople =
     "girl "
     "boy child kid adult baby citizen employee employer aunt cousin daughter son husband wife king "
     "queen doctor engineer grandmother grandfather grandparent classmate roommate consumer";
+// Of the things, those that no idiom has bare: not "at school", "by car", "on holiday".
+constexpr std::string_view kStrictNouns =
+    "accident activity advantage airplane airport animal apartment apple artist bottle box "
+    "building "
+    "camera career chair city client computer country customer decision detail dictionary "
+    "difficulty "
+    "disadvantage dog employee employer event expert explanation farmer flower foreigner friend "
+    "guest "
+    "guide idea island job lawyer lesson letter machine magazine method mistake mountain movie "
+    "museum "
+    "musician nation neighbor neighbour newspaper obstacle opinion opportunity passenger pencil "
+    "phone photo picture planet player politician possibility problem product program project "
+    "question "
+    "reason restaurant river scientist shop singer situation smartphone soldier solution song "
+    "statement stranger student subject suggestion supermarket teacher teenager ticket tool "
+    "topic tourist toy vehicle village visitor winner woman worker writer girl boy child kid car "
+    "person man website advertisement generation book house activity skill";
 constexpr std::string_view kMeasures =
     "day hour minute month week year dollar mile kilometer meter season generation";
 // Nouns that are left out where a missing article or plural is told: they also go without one.
@@ -275,12 +292,13 @@ private:
     void addVerbs() {
         forEachWord(kPureVerbs, ' ', [&](const std::string& word) {
             add(word, kBase | kPureBase);
-            add(withS(word), kThird);
+            add(withS(word), kThird | kAnyThird);
             add(withEnding(word, "ed"), kRegularPast);
             add(withEnding(word, "ing"), kIng);
         });
         forEachWord(kMixedVerbs, ' ', [&](const std::string& word) {
             add(word, kBase);
+            add(withS(word), kAnyThird);
             add(withEnding(word, "ed"), kRegularPast);
         });
         forEachWord(kIrregularVerbs, '|', [&](const std::string& entry) {
@@ -295,8 +313,10 @@ private:
             if (base == "have") {
                 add("has", kThird);
             } else if (!mixed) {
-                add(withS(base), kThird);
+                add(withS(base), kThird | kAnyThird);
                 add(withEnding(base, "ing"), kIng);
+            } else {
+                add(withS(base), kAnyThird);
             }
             add(past, kPast | (past == participle || base == "get" ? 0U : kPastOnly));
         });
@@ -307,8 +327,13 @@ private:
                 drop(withEnding(word, "ing"), kIng);
             }
         });
-        forEachWord(kAmbiguousPast, ' ',
-                    [&](const std::string& word) { drop(word, kPast | kPastOnly); });
+        forEachWord(kAmbiguousPast, ' ', [&](const std::string& word) {
+            drop(word, kPast | kPastOnly);
+            if (word != "found" && word != "saw" && word != "ground" && word != "bound" &&
+                word != "fit" && word != "hung") {
+                add(word, kLatePast);
+            }
+        });
     }
 
     static std::string pluralOf(const std::string& word) {
@@ -336,6 +361,8 @@ private:
             add(pluralOf(word), kMeasure);
         });
         addList(kMassNouns, kMass);
+        addList(kStrictNouns, kStrict);
+        addList("me him her us them it you", kObject);
     }
 
     void addAdjectives() {

@@ -35,6 +35,10 @@ enum WordClass : std::uint32_t {
     kAdverb = 1U << 19U,      ///< One that stands between subject and verb.
     kMeasure = 1U << 20U,     ///< "years", "dollars": five of them may be one amount.
     kConjunction = 1U << 21U, ///< Behind it a clause begins.
+    kAnyThird = 1U << 22U,    ///< "works": in "-s" too, where it may be the plural of a noun.
+    kObject = 1U << 23U,      ///< "me", "them", "it".
+    kStrict = 1U << 24U,      ///< A singular noun that no idiom has without an article.
+    kLatePast = 1U << 25U,    ///< "felt", "lost": a past that is another word too.
 };
 
 /// The classes of a word in lower case, with straight apostrophes; 0 when it is not known.

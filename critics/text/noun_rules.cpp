@@ -111,7 +111,10 @@ void checkSingularWanted(const EnglishSentence& s, std::size_t i, GrammarReport&
     }
     if (!s.has(at, kPlural) || s.has(at, kSingular | kAdjective | kBase) || s.has(at, kThird))
         return;
-    if (s.word(at) == "people" && article) return;
+    if (s.word(at) == "people") {
+        if (each) say(s, i, at, "needs the singular", report);
+        if (!here) return;
+    }
     if (s.is(at, {"means", "sports", "glasses", "plans", "works", "needs"})) return;
     if (here && !(i == 0 || s.has(i - 1, kFunction) || s.has(i - 1, kBase))) return;
     // "a customers' choice", "every two weeks"
@@ -155,8 +158,7 @@ void checkOther(const EnglishSentence& s, std::size_t i, GrammarReport& report) 
     }
     if (s.word(i) != "other") return;
     const std::size_t noun = i + 1;
-    if (!s.has(noun, kSingular) || s.has(noun, kAdjective | kMeasure) || !s.endsPhrase(noun))
-        return;
+    if (!s.has(noun, kStrict) || s.has(noun, kAdjective | kMeasure) || !s.endsPhrase(noun)) return;
     if (i > 0 && s.glued(i) &&
         (s.is(i - 1, {"the", "any",     "no",   "each",  "every", "some", "one",  "my",
                       "his", "her",     "our",  "their", "your",  "its",  "this", "that",
@@ -178,10 +180,40 @@ void checkLot(const EnglishSentence& s, std::size_t i, GrammarReport& report) {
     say(s, i, at, "needs the plural", report);
 }
 
+/// "a number of car", "hundreds of student"
+void checkNumberOf(const EnglishSentence& s, std::size_t i, GrammarReport& report) {
+    if (s.word(i + 1) != "of" || !s.glued(i + 1)) return;
+    if (!s.is(i, {"number", "numbers", "variety", "hundreds", "thousands", "millions", "majority",
+                  "dozens"})) {
+        return;
+    }
+    const std::size_t at = pastAdjectives(s, i + 2);
+    if (at >= s.size() || !s.has(at, kSingular) || s.has(at, kMass | kBase) || !s.endsPhrase(at))
+        return;
+    say(s, i, at, "needs the plural", report);
+}
+
+/// "2th", "1th"
+void checkOrdinal(const EnglishSentence& s, std::size_t i, GrammarReport& report) {
+    const std::string_view word = s.word(i);
+    if (!s.digits(i) || word.size() < 3 || word.size() > 6) return;
+    const std::string_view ending = word.substr(word.size() - 2);
+    const std::string_view figures = word.substr(0, word.size() - 2);
+    if (figures.find_first_not_of("0123456789") != std::string_view::npos) return;
+    if (ending != "th" && ending != "st" && ending != "nd" && ending != "rd") return;
+    const char last = figures.back();
+    const bool teen = figures.size() > 1 && figures[figures.size() - 2] == '1';
+    const std::string_view right = teen          ? "th"
+                                   : last == '1' ? "st"
+                                   : last == '2' ? "nd"
+                                   : last == '3' ? "rd"
+                                                 : "th";
+    if (ending != right) say(s, i, i, "has the ending of another number", report);
+}
+
 void checkKinds(const EnglishSentence& s, std::size_t i, GrammarReport& report) {
     if (!s.is(i, {"kind", "type", "sort"}) || s.word(i + 1) != "of" || !s.glued(i)) return;
-    if (!s.is(i - 1, {"many", "several", "various", "all", "these", "those", "two", "three",
-                      "different"})) {
+    if (!s.is(i - 1, {"many", "several", "various", "all", "two", "three", "different"})) {
         return;
     }
     if (s.word(i - 1) == "different" && i >= 2 && s.has(i - 2, kDeterminer | kAdjective | kAdverb))
@@ -192,12 +224,14 @@ void checkKinds(const EnglishSentence& s, std::size_t i, GrammarReport& report) 
     say(s, i - 1, i, "needs the plural", report);
 }
 
-constexpr std::array<std::string_view, 24> kNoPlural = {
-    "informations",     "advices",   "furnitures", "equipments",   "knowledges",
-    "homeworks",        "luggages",  "baggages",   "softwares",    "hardwares",
-    "housemachineries", "sceneries", "childrens",  "mens",         "womens",
-    "childs",           "persones",  "moneys",     "musics",       "peoples",
-    "transportations",  "evidences", "traffics",   "informationes"};
+constexpr std::array<std::string_view, 42> kNoPlural = {
+    "informations", "advices",       "furnitures",      "equipments", "knowledges",  "homeworks",
+    "luggages",     "baggages",      "softwares",       "hardwares",  "machineries", "sceneries",
+    "childrens",    "mens",          "womens",          "childs",     "persones",    "moneys",
+    "musics",       "peoples",       "transportations", "evidences",  "traffics",    "pollutions",
+    "livestocks",   "medias",        "fundings",        "feedbacks",  "stuffs",      "slangs",
+    "weathers",     "electricities", "clothings",       "jewelries",  "cattles",     "aircrafts",
+    "offsprings",   "violences",     "happinesses",     "garbages",   "rubbishes",   "sunlights"};
 
 void checkWrongPlural(const EnglishSentence& s, std::size_t i, GrammarReport& report) {
     if (!text::isOneOf(s.word(i), kNoPlural)) return;
@@ -351,8 +385,18 @@ void checkMissingArticle(const EnglishSentence& s, std::size_t i, GrammarReport&
         const std::size_t noun = bareNoun(s, i + 1);
         if (noun >= s.size()) return;
         const bool adjective = noun > i + 1;
-        const bool as = s.word(i) == "as" && noun == i + 1 && s.has(noun, kPerson) && false;
-        if (!adjective && !as) return;
+        if (!adjective && (!s.has(noun, kStrict) || s.is(i, {"as", "at", "on", "to", "from"})))
+            return;
+        if (!adjective && s.word(i) == "of" &&
+            s.is(i - 1,
+                 {"kind",  "type",  "sort",     "form",   "kinds", "types",  "sorts",   "forms",
+                  "line",  "name",  "level",    "source", "lack",  "choice", "freedom", "change",
+                  "style", "class", "category", "method", "state", "mode",   "point"})) {
+            return;
+        }
+        if (s.word(noun + 1) == s.word(i) || s.word(noun + 1) == "to" ||
+            s.word(noun + 2) == s.word(noun))
+            return;
         if (s.is(i + 1, {"human", "public",   "private", "first",  "last",     "next",   "future",
                          "late",  "early",    "full",    "good",   "original", "open",   "common",
                          "high",  "everyday", "daily",   "modern", "real",     "short",  "extra",
@@ -362,6 +406,27 @@ void checkMissingArticle(const EnglishSentence& s, std::size_t i, GrammarReport&
         }
         report.add(kArticle, s, i, noun, says);
     }
+}
+
+/// "Student should learn", "when teacher asks": a clause that begins with a bare noun.
+void checkBareSubject(const EnglishSentence& s, std::size_t i, GrammarReport& report) {
+    const bool opens =
+        i == 0 || (s.glued(i) && s.is(i - 1, {"because", "when", "if", "but", "although", "while",
+                                              "whether", "since", "and"}));
+    if (!opens || s.is(i, {"next", "last", "most"})) return;
+    std::size_t at = i;
+    while (at < i + 2 && s.has(at, kDescribing) && !s.has(at, kSingular | kDeterminer) &&
+           s.glued(at + 1))
+        ++at;
+    if (!s.has(at, kStrict) || s.has(at, kAdjective | kPlural | kBase)) return;
+    if (i > 0 && s.capital(at)) return;
+    const std::size_t verb = at + 1;
+    if (!s.glued(verb) || s.is(i - 1, {"and"})) return;
+    const bool finite = s.has(verb, kModal | kBe | kPureBase) ||
+                        s.is(verb, {"have", "has", "do", "does", "don't", "doesn't"}) ||
+                        (s.has(verb, kThird) && !s.has(verb, kPlural));
+    if (!finite) return;
+    report.add(kArticle, s, i, at, "lacks an article, or the plural");
 }
 
 } // namespace
@@ -376,6 +441,8 @@ void checkNumber(const EnglishSentence& s, GrammarReport& report) {
         checkOther(s, i, report);
         checkLot(s, i, report);
         checkKinds(s, i, report);
+        checkNumberOf(s, i, report);
+        checkOrdinal(s, i, report);
         checkWrongPlural(s, i, report);
     }
 }
@@ -384,7 +451,10 @@ void checkArticles(const EnglishSentence& s, bool whole, GrammarReport& report) 
     for (std::size_t i = 0; i < s.size(); ++i) {
         checkAn(s, i, report);
         checkDoubledDeterminer(s, i, report);
-        if (whole && !report.technical()) checkMissingArticle(s, i, report);
+        if (whole && !report.technical()) {
+            checkMissingArticle(s, i, report);
+            checkBareSubject(s, i, report);
+        }
     }
 }
 

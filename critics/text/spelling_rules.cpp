@@ -30,9 +30,13 @@ constexpr std::size_t kLongestWord = 40;  // Bytes; what is longer is no slip of
 constexpr std::size_t kFewestLetters = 3;
 constexpr std::size_t kTerm = 3;              // Times a word stands in the text.
 constexpr std::size_t kLongerForTwoEdits = 6; // Letters from which on two edits are a slip.
-constexpr std::size_t kFewestForShare = 8;    // Words; in fewer a share says nothing.
-constexpr std::size_t kMostUnknown = 50;      // Percent; beyond it the words are no prose.
-constexpr std::size_t kShortestPart = 4;      // Letters of each half of "codebase".
+constexpr std::size_t kLongerForThreeEdits = 8;
+constexpr std::size_t kMostEdits = 3;
+constexpr std::size_t kFewSuggestions = 8; // Of a dictionary, the likeliest.
+constexpr std::size_t kFewestForShare = 8; // Words; in fewer a share says nothing.
+constexpr std::size_t kMostUnknown = 50;   // Percent; beyond it the words are no prose.
+constexpr std::size_t kShortestStem = 5;   // Letters behind a prefix.
+constexpr std::size_t kShortestPart = 4;   // Letters of each half of "codebase".
 
 constexpr std::array<std::string_view, 28> kPrefixes = {
     "un",   "re",    "non",   "pre",   "sub",   "multi",  "auto", "de",  "micro", "meta",
@@ -60,7 +64,8 @@ public:
           m_tools(tools),
           m_spokenOf(spokenOf),
           m_findings(findings),
-          m_coverage(coverage) {
+          m_coverage(coverage),
+          m_technical(view.hasCode()) {
         if (tools.personalWords) m_personal = tools.personalWords();
         countWords();
         gatherCodeWords();
@@ -110,7 +115,6 @@ private:
                     m_code.insert(text::lowercased(whole.substr(word.offset, word.length)));
                 }
             }
-            m_technical = true;
             i = end;
         }
     }
@@ -272,17 +276,26 @@ private:
         if (english && shape == Shape::plain) {
             const std::string proper = capitalised(own);
             if (books.know(proper)) {
-                verdict.sure = isProperWord(own);
+                // "git", "java": in notes on code a name may be a command.
+                if ((m_technical || own.size() <= kFewestLetters) && !isProperWord(own)) return {};
+                verdict.sure = true;
                 verdict.suggestion = proper;
                 verdict.capitalOnly = true;
-                if (!verdict.sure) return {};
                 return verdict;
             }
         }
         if (isBuilt(own, books)) return {};
+        // Dictionaries of other languages lack more, and borrow from English what they lack.
+        if (!english && isForeign(own, language)) return {};
         suggest(own, index, shape, books, verdict);
+        // Beside code a word that no dictionary has is more often a term than a slip.
+        if (m_technical) {
+            verdict.sure = false;
+            if (m_edits > 1 || own.size() < kLongerForTwoEdits) return {};
+        }
         if (shape == Shape::capitalised && !verdict.sure) return {};
-        if (isForeign(own, language)) verdict.sure = false;
+        if (english && verdict.sure && m_edits > 1 && isForeign(own, language))
+            verdict.sure = false;
         return verdict;
     }
 
@@ -294,12 +307,13 @@ private:
     [[nodiscard]] bool isKnownOtherwise(const std::string& own, const SpellingBooks& books,
                                         NaturalLanguage language) const {
         if (m_personal.contains(own)) return true;
-        if (language == NaturalLanguage::english && isYoungWord(own)) return true;
+        if (isYoungWord(own)) return true;
         const std::size_t apostrophe = own.rfind('\'');
         if (apostrophe == std::string::npos || apostrophe == 0) return false;
         const std::string stem = own.substr(0, apostrophe);
         const std::string tail = own.substr(apostrophe + 1);
         if (language == NaturalLanguage::english) {
+            if (own.ends_with("n'ts")) return true; // "dos and don'ts"
             return tail == "s" && (books.know(stem) || books.know(capitalised(stem)) ||
                                    isYoungWord(stem) || m_personal.contains(stem));
         }
@@ -310,7 +324,7 @@ private:
     /// "codebase", "rebuildable": made of known words, as every text may make them.
     [[nodiscard]] bool isBuilt(const std::string& own, const SpellingBooks& books) const {
         for (const std::string_view prefix : kPrefixes) {
-            if (own.size() < prefix.size() + kShortestPart || !own.starts_with(prefix)) continue;
+            if (own.size() < prefix.size() + kShortestStem || !own.starts_with(prefix)) continue;
             if (books.know(own.substr(prefix.size()))) return true;
         }
         for (const std::string_view suffix : kSuffixes) {
@@ -327,18 +341,25 @@ private:
                  Verdict& verdict) {
         if (m_suggested >= kMostSuggestions) return;
         ++m_suggested;
-        std::size_t best = 3;
+        std::size_t best = kMostEdits + 1;
+        std::string parted;
         for (const auto& book : books.books) {
             const std::vector<std::string> found = book->suggestions(own);
-            const std::size_t few = std::min<std::size_t>(found.size(), 6);
+            const std::size_t few = std::min<std::size_t>(found.size(), kFewSuggestions);
             for (std::size_t i = 0; i < few; ++i) {
-                const std::size_t edits = editsBetween(own, found[i], 2);
+                if (found[i].find_first_of(" -") != std::string::npos) {
+                    if (parted.empty()) parted = found[i];
+                    continue;
+                }
+                const std::size_t edits = editsBetween(own, found[i], kMostEdits);
                 if (edits >= best) continue;
                 best = edits;
                 verdict.suggestion = found[i];
             }
             if (best <= 1) break;
         }
+        m_edits = best;
+        if (verdict.suggestion.empty()) verdict.suggestion = parted;
         const text::Word& word = m_view.words[index];
         if (verdict.suggestion.find(' ') != std::string::npos) {
             verdict.sure = false;
@@ -346,9 +367,14 @@ private:
         }
         const bool one = best == 1 && word.letters > kFewestLetters;
         const bool two = best == 2 && word.letters >= kLongerForTwoEdits && !m_technical;
-        verdict.sure = one || two;
-        if (shape == Shape::capitalised)
-            verdict.sure = verdict.sure && best == 1 && word.letters > 5;
+        const bool three = best == 3 && word.letters >= kLongerForThreeEdits &&
+                           verdict.suggestion.front() == own.front();
+        verdict.sure = one || two || three;
+        // An ending that every language hangs on words of its own making.
+        if (own.ends_with("able") && !verdict.suggestion.ends_with("able")) verdict.sure = false;
+        if (shape == Shape::capitalised) {
+            verdict.sure = (best == 1 && word.letters > 4) || (best == 2 && word.letters > 7);
+        }
     }
 
     [[nodiscard]] bool isForeign(const std::string& own, NaturalLanguage language) {
@@ -389,6 +415,7 @@ private:
     std::size_t m_looked = 0;
     std::size_t m_suggested = 0;
     std::size_t m_foreign = 0;
+    std::size_t m_edits = 0; // Of the suggestion that was found last.
 };
 
 } // namespace

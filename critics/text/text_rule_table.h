@@ -36,7 +36,9 @@ struct RulesFor<WorkKind::text> {
         Rule{"text.unclosed_pair", Severity::medium, "closed brackets and quotes", Unit::word,
              "chosen: an interval has at most 24 bytes between its brackets"},
         Rule{"text.repeated_sentence", Severity::medium, "repeated passages", Unit::sentence,
-             "chosen: from 8 words on; shorter sentences are formulas that people do repeat"},
+             "chosen: from 8 words on, beside code from 20; shorter sentences are formulas that "
+             "people "
+             "do repeat"},
         Rule{
             "text.unfinished_sentence", Severity::medium, "unfinished text", Unit::sentence,
             "chosen: from 4 words on, and from 7 where it breaks off at a comma, since salutations "
@@ -54,6 +56,8 @@ struct RulesFor<WorkKind::text> {
         Rule{"text.number", Severity::medium, "singular and plural", Unit::word, kFrames},
         Rule{"text.article", Severity::medium, "articles", Unit::word, kFrames},
         Rule{"text.comparison", Severity::medium, "comparison", Unit::word, kFrames},
+        Rule{"text.capital", Severity::medium, "capital letters", Unit::sentence,
+             "chosen: from 5 words on; shorter notes begin as they like"},
         Rule{"text.confused_word", Severity::medium, "words taken for others", Unit::word, kFrames},
         Rule{"text.usage", Severity::medium, "turns of phrase", Unit::word, kFrames},
         Rule{"text.spelling",

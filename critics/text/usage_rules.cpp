@@ -62,8 +62,8 @@ void checkIts(const EnglishSentence& s, std::size_t i, GrammarReport& report) {
     if (!s.glued(i + 1)) return;
     const std::size_t next = i + 1;
     if (s.word(i) == "its" &&
-        (s.is(next,
-              {"a", "an", "the", "not", "been", "because", "my", "your", "what", "why", "how"}) ||
+        (s.is(next, {"a", "an", "the", "not", "been", "because", "my", "your", "what", "why", "how",
+                     "always", "never", "really", "so", "too", "also", "actually", "probably"}) ||
          (s.has(next, kAdjective) && s.is(i + 2, {"to", "that"}) && s.glued(i + 2) &&
           s.is(next,
                {"important", "possible", "hard", "easy", "difficult", "necessary", "true", "good",
@@ -293,7 +293,6 @@ constexpr Turn kTurns[] = {
     {"in other hand", "on the other hand"},
     {"in the other side", "on the other hand"},
     {"according me", "in my opinion"},
-    {"according to me", "in my opinion"},
     {"according with", "according to"},
     {"despite of", "despite"},
     {"in spite the", "in spite of the"},
@@ -408,8 +407,6 @@ constexpr Turn kTurns[] = {
     {"how it looks like", "what it looks like"},
     {"how they look like", "what they look like"},
     {"how does it look like", "what does it look like"},
-    {"i am agree", "I agree"},
-    {"i'm agree", "I agree"},
     {"i very like", "I like … very much"},
     {"in the first i", "at first I"},
     {"by this way", "in this way"},
@@ -453,9 +450,6 @@ constexpr Turn kTurns[] = {
     {"there have some", "there are some"},
     {"there are exist", "there exist"},
     {"there is exist", "there exists"},
-    {"is consist of", "consists of"},
-    {"is depend on", "depends on"},
-    {"are depend on", "depend on"},
     {"in the end of", "at the end of"},
     {"at the internet", "on the internet"},
     {"in the internet~", "on the internet"},
@@ -479,8 +473,6 @@ constexpr Turn kTurns[] = {
     {"resemble to", "resemble"},
     {"approach to him", "approach him"},
     {"can't able to", "can't"},
-    {"will can", "will be able to"},
-    {"to can", "to be able to"},
     {"people which", "people who"},
     {"person which", "person who"},
     {"students which", "students who"},
@@ -489,7 +481,6 @@ constexpr Turn kTurns[] = {
     {"man which", "man who"},
     {"woman which", "woman who"},
     {"friends which", "friends who"},
-    {"more better", "better"},
 };
 
 using Turns = std::unordered_map<std::string_view, std::vector<const Turn*>>;

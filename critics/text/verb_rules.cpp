@@ -51,6 +51,12 @@ void checkModal(const EnglishSentence& s, std::size_t i, GrammarReport& report) 
         say(s, i, at, "needs the bare verb behind its auxiliary", report);
     } else if (isUnlikeBase(s, at) && !s.has(at, kBase) && !all) {
         say(s, i, at, "needs the bare verb behind its auxiliary", report);
+    } else if (s.has(at, kAnyThird | kLatePast) && !s.has(at, kBase | kAdjective) && at == i + 1 &&
+               !all && i > 0 && s.glued(i) &&
+               (s.is(i - 1,
+                     {"i", "he", "she", "it", "they", "we", "you", "who", "which", "that"}) ||
+                s.has(i - 1, kPlural) || (s.has(i - 1, kSingular) && s.has(at, kLatePast)))) {
+        say(s, i, at, "needs the bare verb behind its auxiliary", report);
     } else if (s.has(at, kIng) && !all) {
         say(s, i, at, "needs the bare verb behind its auxiliary", report);
     } else if (s.has(at, kRegularPast) && !s.has(at, kAdjective | kBase) && !all && at == i + 1 &&
@@ -85,7 +91,9 @@ void checkDo(const EnglishSentence& s, std::size_t i, GrammarReport& report) {
     at = pastAdverbs(s, at);
     if (at >= s.size()) return;
     const bool be = s.is(at, {"is", "are", "was", "were", "am", "been"});
-    const bool regular = s.has(at, kRegularPast) && !s.has(at, kAdjective | kBase);
+    const bool regular = (s.has(at, kRegularPast) && !s.has(at, kAdjective | kBase)) ||
+                         ((negated || withNot) && s.has(at, kAnyThird | kLatePast) &&
+                          !s.has(at, kBase | kAdjective));
     if (be || regular || (isUnlikeBase(s, at) && !s.has(at, kBase))) {
         if (asks && s.before(i, {"what", "who"}) && i == 0) return;
         say(s, i, at, "needs the bare verb behind “do”", report);
@@ -106,6 +114,10 @@ void checkPerfect(const EnglishSentence& s, std::size_t i, GrammarReport& report
     if (s.has(at, kPastOnly) && s.is(at, {"became", "gave", "did", "came"}) && i > 0 &&
         s.is(i - 1, {"i", "he", "she", "it", "we", "they", "you"}) &&
         !s.before(i - 1, {"that", "what", "all"}) && s.endsPhrase(at)) {
+        say(s, i, at, "needs the participle behind “have”", report);
+        return;
+    }
+    if (s.word(at) == "saw" && s.endsPhrase(at)) {
         say(s, i, at, "needs the participle behind “have”", report);
         return;
     }
@@ -189,8 +201,7 @@ void checkPatterns(const EnglishSentence& s, std::size_t i, GrammarReport& repor
     const std::size_t next = i + 1;
     if (!s.glued(next)) return;
     // "want go", "able do"
-    if (s.is(i, {"want", "wants", "wanted", "able", "hope", "hopes", "decide", "decides", "decided",
-                 "plan", "plans"}) &&
+    if (s.is(i, {"want", "wants", "wanted", "able", "decide", "decides", "decided"}) &&
         s.has(next, kPureBase) && !s.capital(next)) {
         say(s, i, next, "lacks a “to”", report);
     }
