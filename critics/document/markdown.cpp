@@ -60,7 +60,7 @@ std::size_t cellsIn(std::string_view row) {
 bool namesTitle(std::string_view line) {
     const std::string_view key = text::trimmed(line.substr(0, line.find_first_of(":=")));
     return key.size() < line.size() && text::lowerAscii(key) == "title" &&
-           text::trimmed(line.substr(line.find_first_of(":=") + 1)).size() > 0;
+           !text::trimmed(line.substr(line.find_first_of(":=") + 1)).empty();
 }
 
 class OutlineReader {
