@@ -148,6 +148,8 @@ bool looksLikeNames(const Table& table, std::size_t row, std::size_t leastWords)
         if (cell.size() > kLongestName) return false;
         if (isWords(cell))
             ++words;
+        else if (isNoValue(cell))
+            continue; // A column may be called x.
         else if (const auto number = readNumber(cell); !number || number->decimals > 0 ||
                                                        number->value < kFirstYear ||
                                                        number->value > kLastYear)
