@@ -64,6 +64,7 @@ TEST(SheetCritic, GoodSheetsAreClean) {
          "x,y,none\n1.5,2.5,3\n1.7,2.25,4\n1.9,2.1,7\n2.5,2.2,1\n2.75,2,9\n",
          {}},
         {"one cell", "42", {}},
+        {"one column of numbers", "Heads counted\n4\n17\n9\n12\n30\n2\n", {}},
         {"one column", "Name\nAnn\nBob\nCid\n", {}},
         {"crosstab without corner", ",Q1,Q2\nNorth,1,2\nSouth,3,4\nEast,5,6\n", {}},
         {"sections",
