@@ -369,6 +369,21 @@ void checkLinks(const DocumentView& document, FindingList& findings) {
     for (const Reference& definition : document.outline.definitions) {
         defined.insert(text::lowerAscii(definition.id));
     }
+    std::set<std::string, std::less<>> used;
+    for (const Reference& reference : document.outline.references) {
+        used.insert(text::lowerAscii(reference.id));
+    }
+    for (std::size_t i = 0; i < document.outline.definedLinks.size(); ++i) {
+        const Link& link = document.outline.definedLinks[i];
+        // "[//]: # (…)" is how some write comments.
+        const bool points = link.target.size() > 1 && link.target[0] == '#';
+        const std::string id = text::lowerAscii(document.outline.definitions[i].id);
+        if (points || used.count(id) > 0) checkTarget(document, link, anchors, findings);
+    }
+    for (const Reference& picture : document.outline.silentPictures) {
+        findings.add(kImageText, picture.offset, picture.length,
+                     "is a picture without words for those who cannot see it");
+    }
     for (const Reference& reference : document.outline.references) {
         if (defined.count(text::lowerAscii(reference.id)) > 0) continue;
         findings.add(kMissingDefinition, reference.offset, reference.length,

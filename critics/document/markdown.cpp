@@ -60,7 +60,7 @@ std::size_t cellsIn(std::string_view row) {
 bool namesTitle(std::string_view line) {
     const std::string_view key = text::trimmed(line.substr(0, line.find_first_of(":=")));
     return key.size() < line.size() && text::lowerAscii(key) == "title" &&
-           text::trimmed(line.substr(line.find_first_of(":=") + 1)).size() > 0;
+           !text::trimmed(line.substr(line.find_first_of(":=") + 1)).empty();
 }
 
 class OutlineReader {
@@ -382,6 +382,10 @@ private:
         const std::string_view raw = m_source.text().substr(offset, content.size());
         setKind(line, LineKind::definition);
         m_outline.definitions.push_back({offset, content.size(), raw.substr(1, close - 1)});
+        std::string_view target = text::trimmed(raw.substr(close + 2));
+        if (target.front() != '<') target = target.substr(0, target.find_first_of(" \t"));
+        m_outline.definedLinks.push_back(
+            {offset, content.size(), {}, withoutTitle(target), false, target.front() == '<'});
         mask(masked(), offset, content.size());
         return true;
     }
@@ -545,6 +549,9 @@ private:
         const bool numbers = onlyOf(inner, "0123456789, -");
         if (!numbers) {
             m_outline.references.push_back({begin, close + 3 + end - begin, id});
+            if (image && text::trimmed(inner).empty()) {
+                m_outline.silentPictures.push_back({begin - 1, close + 4 + end - begin, {}});
+            }
             mask(masked(), begin, 1);
             mask(masked(), close, end + 3);
             return close + 2 + end;
@@ -560,15 +567,16 @@ private:
         if (!path || address.empty() || address.size() > kLongestTarget ||
             address.find_first_of(" \t\n") != std::string_view::npos)
             return;
-        std::size_t open = begin - 1;
+        std::size_t open = begin - 1; // On the bracket that closes the text.
         const std::size_t least = open > kLongestReversed ? open - kLongestReversed : 0;
-        while (open > least && masked()[open - 1] != '(') {
-            const char c = masked()[open - 1];
-            if (c == ')' || c == '\n') return;
-            --open;
+        std::size_t depth = 1;
+        while (open > least && depth > 0) {
+            const char c = masked()[--open];
+            if (c == '\n') return;
+            if (c == ')') ++depth;
+            if (c == '(') --depth;
         }
-        if (open <= least || open == begin - 1) return;
-        --open; // On the bracket.
+        if (depth > 0 || open + 2 == begin) return;
         // f(x)[a.b] is program text, and what is behind a bracket has its link already.
         const char before = open > 0 ? m_source.text()[open - 1] : ' ';
         if (text::isAsciiWord(before) || before == ']' || before == '\\') return;
@@ -614,8 +622,23 @@ private:
             const bool tag = inner.find('=') != std::string_view::npos || inner[0] == '/' ||
                              inner.back() == '/' || inner.find("://") != std::string_view::npos ||
                              inner.find('@') != std::string_view::npos || isElement(inner);
+            if (tag && isSilentPicture(inner)) {
+                m_outline.silentPictures.push_back({i, close + 2, {}});
+            }
             if (tag) mask(text, i, close + 2);
         }
+    }
+
+    /// "img src=…" that does not even say that no words are needed, as alt="" does.
+    static bool isSilentPicture(std::string_view tag) {
+        if (!text::hasAt(tag, 0, "img ") && !text::hasAt(tag, 0, "img\n")) return false;
+        for (const std::string_view attribute : {"alt", "aria-", "role", "{"}) {
+            for (std::size_t at = 1; at < tag.size(); ++at) {
+                if (text::hasAt(tag, at, attribute) && !text::isAsciiWord(tag[at - 1]))
+                    return false;
+            }
+        }
+        return true;
     }
 
     static bool isElement(std::string_view inner) {

@@ -59,10 +59,12 @@ struct Outline {
     std::vector<Link> links;
     std::vector<Reference> references;  ///< To link definitions.
     std::vector<Reference> definitions; ///< Of links.
+    std::vector<Link> definedLinks;     ///< For each definition its address; without a text.
     std::vector<Reference> noteMarks;
     std::vector<Reference> notes;
-    std::vector<Reference> reversed;      ///< "(text)[address]"; the id is the address.
-    std::vector<Reference> gluedHeadings; ///< "##Text", which is none; without an id.
+    std::vector<Reference> reversed;       ///< "(text)[address]"; the id is the address.
+    std::vector<Reference> silentPictures; ///< Of HTML or by reference, without words; no id.
+    std::vector<Reference> gluedHeadings;  ///< "##Text", which is none; without an id.
     std::vector<TableRow> rows;
     std::optional<std::size_t> unclosedFence;   ///< Its offset.
     std::optional<std::size_t> unclosedComment; ///< Its offset.

@@ -244,8 +244,7 @@ std::optional<UsualShape> usualShape(const CodedColumn& column,
     return std::nullopt;
 }
 
-void judgePattern(const Sheet& sheet, const CodedColumn& column, std::set<CellKey>& told,
-                  FindingList& list) {
+void judgePattern(const CodedColumn& column, std::set<CellKey>& told, FindingList& list) {
     // Numbers may have any number of digits, unless the column's name says that they are no
     // quantity; dates and numbers among words have rules of their own.
     const bool digits = column.column->isNumeric();
@@ -257,6 +256,8 @@ void judgePattern(const Sheet& sheet, const CodedColumn& column, std::set<CellKe
     });
     if (!usual || usual->uses == column.cells.size()) return;
     const std::string kinds = kindsOf(usual->shape);
+    const auto example = std::ranges::find_if(
+        column.values, [&](const Value& value) { return shapeOf(value.text) == usual->shape; });
     for (const auto& [row, id] : column.cells) {
         const Value& value = column.values[id];
         const std::string shape = shapeOf(value.text.substr(0, kLongestShaped + 1));
@@ -272,16 +273,7 @@ void judgePattern(const Sheet& sheet, const CodedColumn& column, std::set<CellKe
         list.addAt(certain ? kPatternMedium : kPatternLow, place, value.text,
                    quoted(value.text) + " in " + place + " does not have the form of the " +
                        std::to_string(usual->uses) + " other values of the " +
-                       column.column->place() + ", such as " +
-                       quoted(textOf(sheet, *column.column,
-                                     [&] {
-                                         for (const auto& [otherRow, other] : column.cells) {
-                                             if (shapeOf(column.values[other].text) == usual->shape)
-                                                 return otherRow;
-                                         }
-                                         return row;
-                                     }())) +
-                       ".");
+                       column.column->place() + ", such as " + quoted(example->text) + ".");
     }
 }
 
@@ -549,6 +541,8 @@ void judgeDependencies(const Sheet& sheet, const std::vector<CodedColumn>& colum
         const CodedColumn* by = nullptr;
         std::size_t of = 0;
         bool strict = false;
+        bool slip = false;
+        std::size_t witnesses = 1;
     };
     std::map<CellKey, Told> violations;
     std::vector<const CodedColumn*> determined;
@@ -585,23 +579,33 @@ void judgeDependencies(const Sheet& sheet, const std::vector<CodedColumn>& colum
             }
         }
         for (auto& [key, entry] : fresh) {
+            if (contradictions[key.first] > 1) continue;
+            if (const auto known = violations.find(key); known != violations.end()) {
+                ++known->second.witnesses;
+                continue;
+            }
             const Value& value = determined[entry.of]->values[values[entry.of][key.first]];
             const Value& usual = determined[entry.of]->values[entry.violation.usual];
-            const bool alone = contradictions[key.first] == 1;
-            // Of two columns that determine each other the left one is the key.
-            const bool contradicts =
-                entry.strict && determined[entry.of]->column->index > determined[by]->column->index;
-            if (!alone || (!contradicts && !isSlipOf(value, usual))) continue;
-            violations.try_emplace(key, entry);
+            entry.slip = isSlipOf(value, usual);
+            if (entry.strict || entry.slip) violations.emplace(key, entry);
         }
     }
+    // Of two columns that contradict each other in a row the one that more columns speak against is
+    // wrong, or else the right one: keys stand on the left.
+    std::map<std::size_t, std::pair<std::size_t, std::size_t>> wrong; // By row: witnesses, column.
     for (const auto& [key, entry] : violations) {
+        auto& most = wrong[key.first];
+        most = std::max(most, {entry.witnesses, key.second});
+    }
+    for (const auto& [key, entry] : violations) {
+        const bool certainSide = entry.witnesses > 1 || entry.by->column->index < key.second;
+        if (!entry.slip && (!certainSide || wrong[key.first].second != key.second)) continue;
         if (!told.insert(key).second) continue;
         const CodedColumn& of = *determined[entry.of];
         const Value& value = of.values[values[entry.of][key.first]];
         const Value& usual = of.values[entry.violation.usual];
         const std::string place = cellPlace(key.first, *of.column);
-        list.addAt(isSlipOf(value, usual) ? kDependencyMedium : kDependencyLow, place, value.text,
+        list.addAt(entry.slip ? kDependencyMedium : kDependencyLow, place, value.text,
                    quoted(value.text) + " in " + place + " stands beside " +
                        quoted(entry.by->values[entry.violation.group].text) + " of the " +
                        entry.by->column->place() + ", which has " + quoted(usual.text) + " in " +
@@ -860,7 +864,7 @@ void judgeProfiles(const Sheet& sheet, FindingList& list) {
         judgeTimes(column, told, list);
         judgeUnits(column, told, list);
         judgeNearDuplicates(column, told, list);
-        judgePattern(sheet, column, told, list);
+        judgePattern(column, told, list);
         judgeCapitals(column, told, list);
     }
     judgeDependencies(sheet, columns, told, list);

@@ -94,7 +94,7 @@ struct RulesFor<WorkKind::sheet> {
              "contradicting rows",
              Unit::cell,
              "measured (sheet_thresholds dependencies): three groups of three rows, one violation "
-             "in twenty rows; chosen: ten groups and one in a hundred make a valid value a slip"},
+             "in twenty rows; chosen: ten groups and one in fifty where a value is right elsewhere"},
         Rule{"sheet.mixed_times", Severity::medium, "mixed time formats", Unit::cell,
              "measured (sheet_thresholds profiles): five times, two thirds written alike"},
         Rule{"sheet.mixed_percent", Severity::medium, "mixed percent signs", Unit::cell,

@@ -229,8 +229,9 @@ void expectInRange(const std::string& text, const Outline& outline) {
         EXPECT_LT(heading.line, source.lineCount());
     }
     for (const Link& link : outline.links) EXPECT_LE(link.offset + link.length, text.size());
-    for (const auto* list : {&outline.references, &outline.definitions, &outline.noteMarks,
-                             &outline.notes, &outline.reversed, &outline.gluedHeadings}) {
+    for (const auto* list :
+         {&outline.references, &outline.definitions, &outline.noteMarks, &outline.notes,
+          &outline.reversed, &outline.silentPictures, &outline.gluedHeadings}) {
         for (const Reference& entry : *list) EXPECT_LE(entry.offset + entry.length, text.size());
     }
     for (const TableRow& row : outline.rows) EXPECT_LT(row.line, source.lineCount());
