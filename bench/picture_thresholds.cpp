@@ -10,6 +10,7 @@
 // results.
 
 #include "critics/picture/glyph_strokes.h"
+#include "critics/picture/ink.h"
 #include "critics/picture/picture_measures.h"
 #include "critics/picture/pixels.h"
 #include "critics/picture/regions.h"
@@ -306,6 +307,52 @@ void contrast() {
     }
 }
 
+/// How near the colour taken for the ink's is to it, by the share of pixels that have it; and the
+/// strokes of bold and regular type.
+void ink() {
+    std::map<std::string, std::vector<double>> shares;
+    std::map<std::string, std::vector<double>> strokes;
+    for (const double ratio : {3.0, 4.5, 7.0}) {
+        for (const int level : {255, 235, 30}) {
+            const auto value = static_cast<std::uint8_t>(level);
+            const Colour ground{value, value, value, 255};
+            const Colour drawn = grayWith(ratio, ground);
+            for (const QString& family : kFamilies) {
+                for (const int size : {9, 10, 11, 12, 13, 14, 15, 16, 18, 20, 24, 28}) {
+                    for (const auto hinting : {QFont::PreferNoHinting, QFont::PreferVerticalHinting,
+                                               QFont::PreferFullHinting}) {
+                        for (const bool bold : {false, true}) {
+                            QFont font = fontOf(family, size);
+                            font.setHintingPreference(hinting);
+                            font.setBold(bold);
+                            const QImage image = written(font, qtOf(drawn), qtOf(ground));
+                            const Picture picture = pictureOf(image);
+                            for (const TextLine& line :
+                                 findTextLines(picture, findRegions(picture))) {
+                                const Ink found = inkIn(picture, line.box, line.ground);
+                                const char* group = found.full < 0.04   ? "a: below 4 %"
+                                                    : found.full < 0.08 ? "b: 4 to 8 %"
+                                                    : found.full < 0.1  ? "c: 8 to 10 %"
+                                                    : found.full < 0.12 ? "c: 10 to 12 %"
+                                                    : found.full < 0.16 ? "c: 12 to 16 %"
+                                                    : found.full < 0.3  ? "d: 16 to 30 %"
+                                                                        : "e: 30 % and more";
+                                shares[std::string(bold ? "bold, " : "regular, ") + group]
+                                    .push_back(found.contrast / contrastRatio(drawn, ground));
+                                strokes[std::string(bold ? "bold, " : "regular, ") +
+                                        (line.xHeight >= 10 ? "10 px and more" : "below 10 px")]
+                                    .push_back(found.stroke / line.xHeight);
+                            }
+                        }
+                    }
+                }
+            }
+        }
+    }
+    for (const auto& [group, values] : shares) print("contrast by drawn, full ink " + group, values);
+    for (const auto& [group, values] : strokes) print("stroke by x-height, " + group, values);
+}
+
 // ---- surfaces and outlines ----------------------------------------------------------------------
 
 void surfaces() {
@@ -527,7 +574,7 @@ int main(int argc, char** argv) {
     qputenv("QT_QPA_PLATFORM", "offscreen");
     const QGuiApplication application(argc, argv);
     const std::vector<std::pair<std::string_view, void (*)()>> experiments{
-        {"rows", rows},         {"heights", heights}, {"contrast", contrast},
+        {"rows", rows},         {"heights", heights}, {"contrast", contrast}, {"ink", ink},
         {"surfaces", surfaces}, {"blocks", blocks},   {"noise", noise},
         {"blur", blurred},      {"banding", banding}, {"bearings", bearings}};
     for (const QString& family : kFamilies) {
