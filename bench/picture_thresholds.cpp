@@ -312,45 +312,50 @@ void contrast() {
 void ink() {
     std::map<std::string, std::vector<double>> shares;
     std::map<std::string, std::vector<double>> strokes;
-    for (const double ratio : {3.0, 4.5, 7.0}) {
-        for (const int level : {255, 235, 30}) {
-            const auto value = static_cast<std::uint8_t>(level);
-            const Colour ground{value, value, value, 255};
-            const Colour drawn = grayWith(ratio, ground);
-            for (const QString& family : kFamilies) {
-                for (const int size : {9, 10, 11, 12, 13, 14, 15, 16, 18, 20, 24, 28}) {
-                    for (const auto hinting : {QFont::PreferNoHinting, QFont::PreferVerticalHinting,
-                                               QFont::PreferFullHinting}) {
-                        for (const bool bold : {false, true}) {
-                            QFont font = fontOf(family, size);
-                            font.setHintingPreference(hinting);
-                            font.setBold(bold);
-                            const QImage image = written(font, qtOf(drawn), qtOf(ground));
-                            const Picture picture = pictureOf(image);
-                            for (const TextLine& line :
-                                 findTextLines(picture, findRegions(picture))) {
-                                const Ink found = inkIn(picture, line.box, line.ground);
-                                const char* group = found.full < 0.04   ? "a: below 4 %"
-                                                    : found.full < 0.08 ? "b: 4 to 8 %"
-                                                    : found.full < 0.1  ? "c: 8 to 10 %"
-                                                    : found.full < 0.12 ? "c: 10 to 12 %"
-                                                    : found.full < 0.16 ? "c: 12 to 16 %"
-                                                    : found.full < 0.3  ? "d: 16 to 30 %"
-                                                                        : "e: 30 % and more";
-                                shares[std::string(bold ? "bold, " : "regular, ") + group]
-                                    .push_back(found.contrast / contrastRatio(drawn, ground));
-                                strokes[std::string(bold ? "bold, " : "regular, ") +
-                                        (line.xHeight >= 10 ? "10 px and more" : "below 10 px")]
-                                    .push_back(found.stroke / line.xHeight);
-                            }
-                        }
+    const auto group = [](const Ink& found) {
+        if (found.full < 0.08) return "a: below 8 %";
+        if (found.full < 0.1) return "b: 8 to 10 %";
+        if (found.full < 0.12) return "c: 10 to 12 %";
+        return found.full < 0.2 ? "d: 12 to 20 %" : "e: 20 % and more";
+    };
+    const auto drawn = [&](const QFont& font, bool bold, const Colour& pen, const Colour& ground) {
+        const Picture picture = pictureOf(written(font, qtOf(pen), qtOf(ground)));
+        const double right = contrastRatio(pen, ground);
+        for (const TextLine& line : findTextLines(picture, findRegions(picture))) {
+            const Ink whole = inkIn(picture, line.box, line.ground);
+            shares[std::string("lines, full ink ") + group(whole)].push_back(whole.contrast /
+                                                                             right);
+            strokes[std::string(bold ? "bold, " : "regular, ") +
+                    (line.xHeight >= 10 ? "10 px and more" : "below 10 px")]
+                .push_back(whole.stroke / line.xHeight);
+            for (const int heights : {2, 4, 8}) { // About as many letters.
+                Rect part = line.box;
+                part.width = std::min(part.width, heights * line.xHeight);
+                const Ink found = inkIn(picture, part, line.ground);
+                shares[std::to_string(heights) + " heights, full ink " + group(found)].push_back(
+                    found.contrast / right);
+            }
+        }
+    };
+    for (const int level : {255, 30}) {
+        const auto value = static_cast<std::uint8_t>(level);
+        const Colour ground{value, value, value, 255};
+        for (const QString& family : kFamilies) {
+            for (const int size : {9, 10, 11, 12, 13, 14, 15, 16, 18, 20, 24}) {
+                for (const auto hinting : {QFont::PreferNoHinting, QFont::PreferVerticalHinting,
+                                           QFont::PreferFullHinting}) {
+                    for (const bool bold : {false, true}) {
+                        QFont font = fontOf(family, size);
+                        font.setHintingPreference(hinting);
+                        font.setBold(bold);
+                        drawn(font, bold, grayWith(4.5, ground), ground);
                     }
                 }
             }
         }
     }
-    for (const auto& [group, values] : shares) print("contrast by drawn, full ink " + group, values);
-    for (const auto& [group, values] : strokes) print("stroke by x-height, " + group, values);
+    for (const auto& [name, values] : shares) print(name + ": contrast by drawn", values);
+    for (const auto& [name, values] : strokes) print("stroke by x-height, " + name, values);
 }
 
 // ---- surfaces and outlines ----------------------------------------------------------------------

@@ -4,6 +4,7 @@
 #include "critics/code/code_critic.h"
 #include "critics/document/document_critic.h"
 #include "critics/findings/finding_list.h"
+#include "critics/ocr/line_reader.h"
 #include "critics/picture/image_critic.h"
 #include "critics/sheet/sheet_critic.h"
 #include "critics/text/calendar.h"
@@ -14,6 +15,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdlib>
 #include <mutex>
 
 namespace trevix {
@@ -30,6 +32,15 @@ std::string bareType(std::string_view mimeType) {
     std::string type = text::lowerAscii(mimeType.substr(0, mimeType.find(';')));
     while (!type.empty() && type.back() == ' ') type.pop_back();
     return type;
+}
+
+/// Readers of the words in pictures, kept from one piece of work to the next.
+LineReaders& lineReaders() {
+    static LineReaders readers([] {
+        const char* prefix = std::getenv("TESSDATA_PREFIX");
+        return languageFolders(prefix == nullptr ? "" : prefix);
+    }());
+    return readers;
 }
 
 bool isEmpty(const Part& part) {
@@ -92,7 +103,7 @@ Critique critiqueByType(const Part& part, std::string_view modality, const std::
                         PictureAllowance& pictures) {
     const std::string type = bareType(part.mimeType);
     if (!part.isText || (part.text.empty() && !part.bytes.empty())) {
-        if (type == "image/png") return critiqueImage(part, modality, pictures);
+        if (type == "image/png") return critiqueImage(part, modality, pictures, &lineReaders());
         return unreadableCritique(part, place);
     }
     // The type says what this part is; the modality speaks only for parts that are plain text.

@@ -9,8 +9,10 @@
 #include <chrono>
 #include <cstdint>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
+#include <utility>
 #include <variant>
 #include <vector>
 
@@ -58,6 +60,40 @@ public:
 
     /// The library's own: "5.3.0".
     [[nodiscard]] virtual std::string version() const = 0;
+};
+
+/// Readers that are kept while the program runs, as loading one takes a tenth of a second. Any
+/// thread, several at once; each gets a reader of its own.
+class LineReaders {
+public:
+    /// Opens nothing yet; `folders` are those of `LineReader::open`.
+    explicit LineReaders(std::vector<std::string> folders) : m_folders(std::move(folders)) {}
+
+    /// A reader for as long as the answer lives, which the readers must outlive.
+    class Lease {
+    public:
+        Lease(LineReaders& home, std::unique_ptr<LineReader> reader)
+            : m_home(&home),
+              m_reader(std::move(reader)) {}
+        Lease(Lease&&) = default;
+        Lease& operator=(Lease&&) = delete;
+        Lease(const Lease&) = delete;
+        Lease& operator=(const Lease&) = delete;
+        ~Lease();
+
+        [[nodiscard]] LineReader& reader() const { return *m_reader; }
+
+    private:
+        LineReaders* m_home;
+        std::unique_ptr<LineReader> m_reader;
+    };
+
+    [[nodiscard]] std::variant<Lease, ReaderAbsence> take();
+
+private:
+    std::vector<std::string> m_folders;
+    std::mutex m_mutex;
+    std::vector<std::unique_ptr<LineReader>> m_idle; ///< Guarded by `m_mutex`.
 };
 
 /// Where language data is kept: the folder that `prefix` (TESSDATA_PREFIX of the environment)

@@ -21,9 +21,9 @@ constexpr int kSameInk = 2;
 /// what stands beside the writing.
 constexpr std::size_t kStrayShare = 100;
 constexpr std::size_t kFewestFull = 3;
-/// Percent of the inked pixels that have the ink's colour when it was seen itself (experiment
+/// Share of the inked pixels that have the ink's colour when it was seen itself (experiment
 /// `ink`).
-constexpr double kSureFull = 0.08;
+constexpr double kSureFull = 0.12;
 /// Of the pixels that are not ground, one in so many on either side of it makes an outline.
 constexpr std::size_t kOutlineShare = 6;
 

@@ -24,6 +24,9 @@ constexpr int kFrame = 10;
 /// Pixels of one cut: four lines across a screen of 7680 at the largest type. It bounds memory.
 constexpr std::int64_t kMostCutPixels = 4'000'000;
 
+/// Levels of 255 between shades of one ground, as in glyph_strokes.cpp.
+constexpr int kSameGround = 12;
+
 /// How much of the ink's colour each pixel has, as darkness: 0 is ink, 255 is ground.
 class Darkness {
 public:
@@ -53,6 +56,25 @@ struct Between {
     int second = 0;
     double weight = 0; ///< Of the second.
 };
+
+/// Whether ground of the line's own colour alone stands beside that end of it, for as far as two
+/// letters may be apart. A letter that touches something else was not found as a part of the line.
+bool endsFreely(const Picture& picture, const TextLine& line, bool left) {
+    const int reach = std::max(2, line.xHeight / 2);
+    const int from = left ? std::max(0, line.box.x - reach) : line.box.right();
+    const int to = left ? line.box.x : std::min(picture.width, line.box.right() + reach);
+    if (from >= to) return false; // The picture ends there.
+    for (int y = line.box.y; y < line.box.bottom(); ++y) {
+        for (int x = from; x < to; ++x) {
+            if (channelDistance(picture.at(x, y), line.ground) > kSameGround) {
+                // A full stop, or what else is too small for a mark.
+                const int above = line.box.bottom() - y;
+                if (left || above * 2 > line.box.height) return false;
+            }
+        }
+    }
+    return true;
+}
 
 std::vector<Between> steps(int from, int count, double scale) {
     std::vector<Between> all;
@@ -145,9 +167,13 @@ WordsRead readWords(const Picture& picture, const std::vector<TextLine>& lines, 
             result.complete = false;
             return result;
         }
-        for (LineWord& word : *words) {
+        for (std::size_t w = 0; w < words->size(); ++w) {
+            LineWord& word = (*words)[w];
+            const bool whole = (w > 0 || endsFreely(picture, lines[i], true)) &&
+                               (w + 1 < words->size() || endsFreely(picture, lines[i], false));
             result.words.push_back({std::move(word.text), word.confidence,
-                                    cut.inPicture(word.x, word.y, word.width, word.height), i});
+                                    cut.inPicture(word.x, word.y, word.width, word.height), i,
+                                    whole});
         }
     }
     return result;

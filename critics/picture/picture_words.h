@@ -23,6 +23,8 @@ struct PictureWord {
     int confidence = 0;   ///< From 0 to 100, as the reader reckons it.
     Rect box;             ///< In the picture.
     std::size_t line = 0; ///< Index of its line.
+    /// Nothing that may belong to it stands right beside it on other ground.
+    bool whole = true;
 
     bool operator==(const PictureWord&) const = default;
 };
