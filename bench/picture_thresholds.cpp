@@ -316,7 +316,8 @@ void ink() {
         if (found.full < 0.08) return "a: below 8 %";
         if (found.full < 0.1) return "b: 8 to 10 %";
         if (found.full < 0.12) return "c: 10 to 12 %";
-        return found.full < 0.2 ? "d: 12 to 20 %" : "e: 20 % and more";
+        if (found.full < 0.2) return "d: 12 to 20 %";
+        return found.full < 0.35 ? "e: 20 to 35 %" : "f: 35 % and more";
     };
     const auto drawn = [&](const QFont& font, bool bold, const Colour& pen, const Colour& ground) {
         const Picture picture = pictureOf(written(font, qtOf(pen), qtOf(ground)));

@@ -1,6 +1,7 @@
 #include "critics/picture/ink.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdint>
 #include <cstdlib>
@@ -21,9 +22,13 @@ constexpr int kSameInk = 2;
 /// what stands beside the writing.
 constexpr std::size_t kStrayShare = 100;
 constexpr std::size_t kFewestFull = 3;
-/// Share of the inked pixels that have the ink's colour when it was seen itself (experiment
-/// `ink`).
-constexpr double kSureFull = 0.12;
+/// Share of the inked pixels that have the ink's colour when it was seen itself, by the width of the
+/// box in its heights: the fewer letters, the more alike their blends may be (experiment `ink`).
+struct SureFull {
+    int heights;
+    double share;
+};
+constexpr std::array<SureFull, 3> kSureFull{{{10, 0.12}, {5, 0.2}, {2, 0.35}}};
 /// Of the pixels that are not ground, one in so many on either side of it makes an outline.
 constexpr std::size_t kOutlineShare = 6;
 
@@ -134,7 +139,9 @@ Ink inkIn(const Picture& picture, const Rect& box, const Colour& ground) {
         if (channelDistance(shade.colour, ink.colour) <= kSameInk) fully += shade.pixels;
     }
     if (inked > 0) ink.full = static_cast<double>(fully) / static_cast<double>(inked);
-    ink.sure = fully >= kFewestFull && ink.full >= kSureFull;
+    ink.sure = std::ranges::any_of(kSureFull, [&](const SureFull& limit) {
+        return box.width >= limit.heights * box.height && ink.full >= limit.share;
+    });
     const std::size_t all = darkerPixels + lighterPixels;
     if (std::min(darkerPixels, lighterPixels) * kOutlineShare >= all) {
         ink.outlined = true;

@@ -91,6 +91,8 @@ constexpr int kNeighbourHeights = 2;
 
 /// Of 100: what was read with less is perhaps no word, and its box not that of one.
 constexpr int kTellingConfidence = 50;
+/// X-heights of a word that tells its own colour from that of the words beside it: two letters.
+constexpr int kTellingHeights = 2;
 
 /// Tenths of the width of all writing that prevail, and those that are no oddity any more; the
 /// lines that are none either.
@@ -325,9 +327,13 @@ std::vector<Writing> writingIn(const PictureFacts& facts) {
             if (word.confidence < kTellingConfidence) continue;
             const Writing piece{word.box, line.xHeight,
                                 inkIn(facts.picture, word.box, line.ground)};
-            if (!pieces.empty() &&
+            const bool tells =
+                piece.ink.sure && piece.box.width >= line.xHeight * kTellingHeights;
+            const bool same =
+                !pieces.empty() &&
                 channelDistance(pieces.back().ink.ground, piece.ink.ground) <= kSameGround &&
-                channelDistance(pieces.back().ink.colour, piece.ink.colour) <= kSameInk) {
+                channelDistance(pieces.back().ink.colour, piece.ink.colour) <= kSameInk;
+            if (!pieces.empty() && (same || !tells)) {
                 pieces.back().box = united(pieces.back().box, piece.box);
                 continue;
             }
