@@ -100,7 +100,7 @@ Critique unreadableCritique(const Part& part, const std::string& place) {
 }
 
 Critique critiqueByType(const Part& part, std::string_view modality, const std::string& place,
-                        PictureAllowance& pictures) {
+                        const LanguageTools& tools, PictureAllowance& pictures) {
     const std::string type = bareType(part.mimeType);
     if (!part.isText || (part.text.empty() && !part.bytes.empty())) {
         if (type == "image/png") return critiqueImage(part, modality, pictures, &lineReaders());
@@ -109,16 +109,20 @@ Critique critiqueByType(const Part& part, std::string_view modality, const std::
     // The type says what this part is; the modality speaks only for parts that are plain text.
     if (type == "text/tab-separated-values" || type == "text/csv") return critiqueSheet(part);
     if (type == "text/x-code") return critiqueCode(part);
-    if (type == "text/markdown") return critiqueDocument(part);
+    if (type == "text/markdown") return critiqueDocument(part, tools);
     if (modality == "spreadsheet") return critiqueSheet(part);
     if (modality == "code") return critiqueCode(part);
-    if (modality == "document") return critiqueDocument(part);
-    return critiqueText(part);
+    if (modality == "document") return critiqueDocument(part, tools);
+    return critiqueText(part, tools);
 }
 
 } // namespace
 
 Critique critique(const Submission& submission) {
+    return critique(submission, LanguageTools());
+}
+
+Critique critique(const Submission& submission, const LanguageTools& tools) {
     warmUp();
     Critique whole;
     whole.coverage.known = true;
@@ -136,8 +140,8 @@ Critique critique(const Submission& submission) {
         const Part& part = submission.parts[i];
         if (isWholeThoughEmpty(part)) continue;
         const std::string label = labelOf(part, i);
-        Critique ofPart =
-            isEmpty(part) ? emptyCritique(label) : critiqueByType(part, modality, label, pictures);
+        Critique ofPart = isEmpty(part) ? emptyCritique(label)
+                                        : critiqueByType(part, modality, label, tools, pictures);
         for (Finding& finding : ofPart.findings) {
             if (!several || finding.place == label) continue;
             finding.place = label + ", " + finding.place;

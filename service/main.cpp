@@ -6,6 +6,7 @@
 #include "service/setup/key_file.h"
 #include "service/store/run_store.h"
 #include "text/build_version.h"
+#include "text/xdg_folders.h"
 
 #include <chrono>
 #include <csignal>
@@ -65,6 +66,15 @@ fs::path shippedCatalog(const fs::path& folder) {
     return {};
 }
 
+// What this machine and this person spell by.
+LanguageTools languageTools() {
+    const fs::path home = environment("HOME").value_or("");
+    return toolsOfMachine(
+        home, kelvane::text::xdgDataHome(environment("XDG_DATA_HOME").value_or(""), home),
+        kelvane::text::xdgConfigHome(environment("XDG_CONFIG_HOME").value_or(""), home) /
+            "kelvane/dictionary.txt");
+}
+
 sigset_t endSignals() {
     sigset_t signals;
     sigemptyset(&signals);
@@ -98,7 +108,9 @@ int serve(const CommandLine& line, const fs::path& data, const fs::path& catalog
     QueueOptions queueOptions;
     queueOptions.maxWaiting = line.queue;
     queueOptions.keep = std::chrono::hours(24) * line.keepDays;
-    queueOptions.critic = [](const Submission& work) { return critique(work).findings; };
+    queueOptions.critic = [tools = languageTools()](const Submission& work) {
+        return critique(work, tools).findings;
+    };
     queueOptions.warmUp = warmUp;
     queueOptions.nowMs = nowMs;
     queueOptions.log = notice;

@@ -13,6 +13,10 @@ constexpr GradedRule kSecret = declared<WorkKind::text>("text.secret");
 } // namespace
 
 Critique critiqueDocument(const Part& part) {
+    return critiqueDocument(part, LanguageTools());
+}
+
+Critique critiqueDocument(const Part& part, const LanguageTools& tools) {
     const SourceText source(part.text);
     FindingList findings(source);
     checkSecrets(source, kSecret, findings);
@@ -27,6 +31,7 @@ Critique critiqueDocument(const Part& part) {
     checkConflictMarkers(source, kConflict, findings);
     checkEncoding(source, findings);
     checkProse(view, findings);
+    checkLanguage(view, tools, findings, critique.coverage);
 
     const DocumentView document{source, outline, view};
     checkHeadings(document, findings);

@@ -1,6 +1,8 @@
 #include "critics/text/prose_rules.h"
 
 #include "critics/text/calendar.h"
+#include "critics/text/prose_languages.h"
+#include "critics/text/spelling_rules.h"
 #include "critics/text/text_rule_table.h"
 #include "text/letters.h"
 #include "text/unicode.h"
@@ -324,6 +326,13 @@ void checkDates(const ProseView& view, FindingList& findings) {
 
 void warmUpWordLists() {
     (void)wordLists();
+}
+
+void checkLanguage(const ProseView& view, const LanguageTools& tools, FindingList& findings,
+                   Coverage& coverage) {
+    const ProseLanguages languages = languagesOf(view, tools);
+    checkSpelling(view, languages, tools, findings, coverage);
+    noteLanguages(view, languages, tools, coverage);
 }
 
 void checkProse(const ProseView& view, FindingList& findings) {

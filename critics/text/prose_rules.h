@@ -8,6 +8,7 @@
 
 #include "critics/findings/critique.h"
 #include "critics/findings/finding_list.h"
+#include "critics/language/language_tools.h"
 #include "critics/text/prose.h"
 #include "text/letters.h"
 
@@ -47,6 +48,11 @@ void checkSentences(const ProseView& view, FindingList& findings);
 void checkDates(const ProseView& view, FindingList& findings);
 void checkEditingMarks(const ProseView& view, FindingList& findings);
 void checkEncoding(const SourceText& source, FindingList& findings);
+
+/// Spelling and grammar, in the languages that can be told: adds findings, and to `coverage` who
+/// looked and what could not be judged. Separate, since it needs what the machine has.
+void checkLanguage(const ProseView& view, const LanguageTools& tools, FindingList& findings,
+                   Coverage& coverage);
 
 /// How much prose there is, and that the rules below read it; without findings.
 [[nodiscard]] Critique proseCritique(const ProseView& view);

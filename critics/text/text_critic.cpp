@@ -13,6 +13,10 @@ constexpr GradedRule kSecret = declared<WorkKind::text>("text.secret");
 } // namespace
 
 Critique critiqueText(const Part& part) {
+    return critiqueText(part, LanguageTools());
+}
+
+Critique critiqueText(const Part& part, const LanguageTools& tools) {
     const SourceText source(part.text);
     FindingList findings(source);
     checkSecrets(source, kSecret, findings);
@@ -22,6 +26,7 @@ Critique critiqueText(const Part& part) {
         checkConflictMarkers(source, kConflict, findings);
         checkEncoding(source, findings);
         checkProse(view, findings);
+        checkLanguage(view, tools, findings, critique.coverage);
     }
     critique.findings = findings.take();
     return critique;

@@ -45,6 +45,13 @@ struct RulesFor<WorkKind::text> {
              "chosen: four words in capitals, since names of up to three are common; three "
              "exclamation marks, since two are a slip"},
         Rule{"text.spacing", Severity::low, "blanks around marks", Unit::word, ""},
+        Rule{"text.spelling",
+             {Severity::medium, Severity::low},
+             "spelling",
+             Unit::word,
+             "measured: a suggestion one edit away, or two from 6 letters on, makes it sure; "
+             "chosen: "
+             "a word that stands 3 times is a term"},
     };
 };
 

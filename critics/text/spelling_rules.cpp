@@ -1,0 +1,400 @@
+#include "critics/text/spelling_rules.h"
+
+#include "critics/text/known_words.h"
+#include "critics/text/text_rule_table.h"
+#include "text/letters.h"
+#include "text/one_of.h"
+#include "text/unicode.h"
+
+#include <algorithm>
+#include <array>
+#include <optional>
+#include <string>
+#include <unordered_map>
+#include <unordered_set>
+
+namespace trevix {
+
+namespace text = kelvane::text;
+
+namespace {
+
+constexpr GradedRule kSure = declared<WorkKind::text>("text.spelling", Severity::medium);
+constexpr GradedRule kUnsure = declared<WorkKind::text>("text.spelling", Severity::low);
+
+// Where these come from stands in docs/thresholds.md.
+constexpr std::size_t kMostWords = 50'000;    // Different words of a part that are looked up.
+constexpr std::size_t kMostSuggestions = 120; // Words of a part that suggestions are asked for.
+constexpr std::size_t kMostForeign = 300; // Unknown words that other dictionaries are asked for.
+constexpr std::size_t kLongestWord = 40;  // Bytes; what is longer is no slip of a word.
+constexpr std::size_t kFewestLetters = 3;
+constexpr std::size_t kTerm = 3;              // Times a word stands in the text.
+constexpr std::size_t kLongerForTwoEdits = 6; // Letters from which on two edits are a slip.
+constexpr std::size_t kFewestForShare = 8;    // Words; in fewer a share says nothing.
+constexpr std::size_t kMostUnknown = 50;      // Percent; beyond it the words are no prose.
+constexpr std::size_t kShortestPart = 4;      // Letters of each half of "codebase".
+
+constexpr std::array<std::string_view, 28> kPrefixes = {
+    "un",   "re",    "non",   "pre",   "sub",   "multi",  "auto", "de",  "micro", "meta",
+    "over", "under", "inter", "cross", "super", "pseudo", "anti", "co",  "mis",   "dis",
+    "semi", "mini",  "macro", "hyper", "ultra", "bi",     "mid",  "post"};
+constexpr std::array<std::string_view, 10> kSuffixes = {
+    "like", "wise", "less", "able", "ability", "ness", "ish", "ify", "ization", "ized"};
+
+/// How the text writes a word, as far as that decides whether it is looked up.
+enum class Shape { plain, capitalised, other };
+
+struct Verdict {
+    bool known = true;
+    bool sure = false;
+    std::string suggestion; ///< Empty when there is none.
+    bool capitalOnly = false;
+};
+
+class Speller {
+public:
+    Speller(const ProseView& view, const ProseLanguages& languages, const LanguageTools& tools,
+            FindingList& findings, Coverage& coverage)
+        : m_view(view),
+          m_languages(languages),
+          m_tools(tools),
+          m_findings(findings),
+          m_coverage(coverage) {
+        if (tools.personalWords) m_personal = tools.personalWords();
+        countWords();
+        gatherCodeWords();
+    }
+
+    void check() {
+        const std::vector<WordRange> ranges = wordsOfBlocks(m_view);
+        m_starts = sentenceStarts();
+        for (std::size_t i = 0; i < ranges.size(); ++i) {
+            if (m_view.prose.blocks[i].kind == BlockKind::table) continue;
+            const NaturalLanguage language = m_languages.blocks[i].language;
+            if (language == NaturalLanguage::unknown || language == NaturalLanguage::other)
+                continue;
+            checkBlock(ranges[i], language);
+        }
+        if (m_looked > kMostWords) {
+            m_coverage.missed({"spelling of all words",
+                               "more than " + std::to_string(kMostWords) + " different words", ""});
+        }
+    }
+
+private:
+    struct Suspect {
+        std::size_t word;
+        Verdict verdict;
+    };
+
+    void countWords() {
+        for (std::size_t i = 0; i < m_view.words.size(); ++i) {
+            if (m_view.words[i].length <= kLongestWord) ++m_counts[lower(i)];
+        }
+    }
+
+    /// Words that also stand in what is masked are names of things in the code.
+    void gatherCodeWords() {
+        const std::string_view masked = m_view.masked();
+        const std::string_view whole = m_view.source.text();
+        for (std::size_t i = 0; i < masked.size();) {
+            if (masked[i] != kMasked) {
+                ++i;
+                continue;
+            }
+            std::size_t end = i;
+            while (end < masked.size() && (masked[end] == kMasked || masked[end] == '\n')) ++end;
+            for (const text::Word& word : text::wordsIn(whole, i, end)) {
+                if (word.length <= kLongestWord) {
+                    m_code.insert(text::lowercased(whole.substr(word.offset, word.length)));
+                }
+            }
+            m_technical = true;
+            i = end;
+        }
+    }
+
+    [[nodiscard]] std::string lower(std::size_t word) const {
+        std::string own = text::lowercased(m_view.wordText(word));
+        for (std::size_t at = own.find("\u2019"); at != std::string::npos;
+             at = own.find("\u2019", at)) {
+            own.replace(at, 3, "'");
+        }
+        return own;
+    }
+
+    [[nodiscard]] std::unordered_set<std::size_t> sentenceStarts() const {
+        std::unordered_set<std::size_t> starts;
+        for (const Sentence& sentence : m_view.sentences) {
+            const auto first = std::lower_bound(
+                m_view.words.begin(), m_view.words.end(), sentence.begin,
+                [](const text::Word& word, std::size_t at) { return word.offset < at; });
+            if (first != m_view.words.end()) {
+                starts.insert(static_cast<std::size_t>(first - m_view.words.begin()));
+            }
+        }
+        return starts;
+    }
+
+    [[nodiscard]] char before(const text::Word& word) const {
+        return word.offset == 0 ? ' ' : m_view.masked()[word.offset - 1];
+    }
+    [[nodiscard]] char at(std::size_t offset) const {
+        return offset < m_view.masked().size() ? m_view.masked()[offset] : ' ';
+    }
+
+    /// Whether it is a word of prose at all: no part of an address, a file name, a quotation.
+    [[nodiscard]] bool isProse(std::size_t index) const {
+        const text::Word& word = m_view.words[index];
+        if (word.digits || word.letters < kFewestLetters || word.length > kLongestWord)
+            return false;
+        constexpr std::string_view kOfCode = "_/\\@#$%&+=<>~^|*:\x01{}";
+        const char left = before(word);
+        if (kOfCode.find(left) != std::string_view::npos) {
+            // Emphasis and a label's colon stand beside ordinary words.
+            const bool emphasis = left == '*' || (left == '_' && at(word.end()) == '_');
+            if (!emphasis) return false;
+        }
+        if (left == '.' && word.offset > 1 && !isBlank(at(word.offset - 2))) return false;
+        if (left == '.' || left == '-') {
+            if (word.offset < 2 || isBlank(at(word.offset - 2)) || at(word.offset - 2) == '-') {
+                return false; // ".profile", "--verbose"
+            }
+        }
+        const char right = at(word.end());
+        const char next = at(word.end() + 1);
+        if (right == '_' && left != '_') return false;
+        if (std::string_view("/\\@#$%&+=<>~^|\x01({[").find(right) != std::string_view::npos)
+            return false;
+        const bool joins = right == '.' || right == ':';
+        if (joins && !isBlank(next) && next != '*' && next != '"' && next != ')' && next != '\'' &&
+            next != '.') {
+            return false;
+        }
+        return !isQuoted(word);
+    }
+
+    static bool isBlank(char c) { return c == ' ' || c == '\n' || c == '\t' || c == '\r'; }
+
+    [[nodiscard]] bool isQuoted(const text::Word& word) const {
+        const std::string_view masked = m_view.masked();
+        const char left = before(word);
+        const char right = at(word.end());
+        if ((left == '"' || left == '\'') && left == right) return true;
+        const auto marks = [&](std::string_view open, std::string_view close) {
+            return word.offset >= open.size() &&
+                   masked.substr(word.offset - open.size(), open.size()) == open &&
+                   masked.substr(word.end(), close.size()) == close;
+        };
+        return marks("“", "”") || marks("„", "“") || marks("‘", "’") || marks("«", "»");
+    }
+
+    [[nodiscard]] Shape shapeOf(const text::Word& word) const {
+        if (word.upper == 0) return Shape::plain;
+        if (word.upper == 1 && word.capitalised) return Shape::capitalised;
+        return Shape::other;
+    }
+
+    void checkBlock(const WordRange& range, NaturalLanguage language) {
+        const SpellingBooks& books = m_tools.shelf->of(language);
+        if (books.books.empty()) return;
+        std::vector<Suspect> suspects;
+        std::size_t looked = 0;
+        std::size_t unknown = 0;
+        for (std::size_t i = range.begin; i < range.end; ++i) {
+            const text::Word& word = m_view.words[i];
+            const Shape shape = shapeOf(word);
+            if (shape == Shape::other || !isProse(i)) continue;
+            // German writes every noun with a capital; elsewhere one inside a sentence is a name.
+            const bool starts = m_starts.contains(i);
+            if (shape == Shape::capitalised && language != NaturalLanguage::german && !starts)
+                continue;
+            ++looked;
+            const Verdict& verdict = verdictOn(i, shape, books, language);
+            if (verdict.known) continue;
+            ++unknown;
+            suspects.push_back({i, verdict});
+        }
+        if (looked >= kFewestForShare && unknown * 100 > looked * kMostUnknown) {
+            m_coverage.missed(
+                {"spelling of some passages", "they are in no language known here", ""});
+            return;
+        }
+        for (const Suspect& suspect : suspects) report(suspect);
+    }
+
+    void report(const Suspect& suspect) {
+        const text::Word& word = m_view.words[suspect.word];
+        const Verdict& verdict = suspect.verdict;
+        const std::string says =
+            verdict.capitalOnly
+                ? "is a name and begins with a capital: “" + verdict.suggestion + "”"
+            : verdict.suggestion.empty() ? "is in no dictionary"
+                                         : "is misspelt; “" + verdict.suggestion + "” may be meant";
+        m_findings.add(verdict.sure ? kSure : kUnsure, word.offset, word.length, says);
+    }
+
+    const Verdict& verdictOn(std::size_t index, Shape shape, const SpellingBooks& books,
+                             NaturalLanguage language) {
+        std::string own = lower(index);
+        const std::string key =
+            std::to_string(static_cast<int>(language)) + (shape == Shape::plain ? "p" : "c") + own;
+        const auto found = m_verdicts.find(key);
+        if (found != m_verdicts.end()) return found->second;
+        Verdict verdict;
+        if (++m_looked <= kMostWords) verdict = judge(own, index, shape, books, language);
+        return m_verdicts.emplace(key, std::move(verdict)).first->second;
+    }
+
+    [[nodiscard]] Verdict judge(const std::string& own, std::size_t index, Shape shape,
+                                const SpellingBooks& books, NaturalLanguage language) {
+        const std::string written = shape == Shape::plain ? own : capitalised(own);
+        if (books.know(written) || isKnownOtherwise(own, books, language)) return {};
+
+        Verdict verdict;
+        verdict.known = false;
+        const bool english = language == NaturalLanguage::english;
+        const std::string_view meant =
+            english && m_tools.slips != nullptr ? m_tools.slips->meantBy(own) : std::string_view();
+        if (!meant.empty()) {
+            verdict.sure = true;
+            verdict.suggestion = meant;
+            return verdict;
+        }
+        if (const std::string_view parted = partedForm(own); english && !parted.empty()) {
+            verdict.sure = true;
+            verdict.suggestion = parted;
+            return verdict;
+        }
+        // A word that comes again and again is a term of the text.
+        if (m_counts[own] >= kTerm || m_code.contains(own)) return {};
+        if (english && shape == Shape::plain) {
+            const std::string proper = capitalised(own);
+            if (books.know(proper)) {
+                verdict.sure = isProperWord(own);
+                verdict.suggestion = proper;
+                verdict.capitalOnly = true;
+                if (!verdict.sure) return {};
+                return verdict;
+            }
+        }
+        if (isBuilt(own, books)) return {};
+        suggest(own, index, shape, books, verdict);
+        if (shape == Shape::capitalised && !verdict.sure) return {};
+        if (isForeign(own, language)) verdict.sure = false;
+        return verdict;
+    }
+
+    static std::string capitalised(const std::string& own) {
+        const std::size_t first = text::decodeFront(own).length;
+        return text::uppercased(own.substr(0, first)) + own.substr(first);
+    }
+
+    [[nodiscard]] bool isKnownOtherwise(const std::string& own, const SpellingBooks& books,
+                                        NaturalLanguage language) const {
+        if (m_personal.contains(own)) return true;
+        if (language == NaturalLanguage::english && isYoungWord(own)) return true;
+        const std::size_t apostrophe = own.rfind('\'');
+        if (apostrophe == std::string::npos || apostrophe == 0) return false;
+        const std::string stem = own.substr(0, apostrophe);
+        const std::string tail = own.substr(apostrophe + 1);
+        if (language == NaturalLanguage::english) {
+            return tail == "s" && (books.know(stem) || books.know(capitalised(stem)) ||
+                                   isYoungWord(stem) || m_personal.contains(stem));
+        }
+        // "l'eau", "jusqu'ici": the word behind the elision counts.
+        return books.know(tail) || books.know(capitalised(tail));
+    }
+
+    /// "codebase", "rebuildable": made of known words, as every text may make them.
+    [[nodiscard]] bool isBuilt(const std::string& own, const SpellingBooks& books) const {
+        for (const std::string_view prefix : kPrefixes) {
+            if (own.size() < prefix.size() + kShortestPart || !own.starts_with(prefix)) continue;
+            if (books.know(own.substr(prefix.size()))) return true;
+        }
+        for (const std::string_view suffix : kSuffixes) {
+            if (own.size() < suffix.size() + kShortestPart || !own.ends_with(suffix)) continue;
+            if (books.know(own.substr(0, own.size() - suffix.size()))) return true;
+        }
+        for (std::size_t i = kShortestPart; i + kShortestPart <= own.size(); ++i) {
+            if (books.know(own.substr(0, i)) && books.know(own.substr(i))) return true;
+        }
+        return false;
+    }
+
+    void suggest(const std::string& own, std::size_t index, Shape shape, const SpellingBooks& books,
+                 Verdict& verdict) {
+        if (m_suggested >= kMostSuggestions) return;
+        ++m_suggested;
+        std::size_t best = 3;
+        for (const auto& book : books.books) {
+            const std::vector<std::string> found = book->suggestions(own);
+            const std::size_t few = std::min<std::size_t>(found.size(), 6);
+            for (std::size_t i = 0; i < few; ++i) {
+                const std::size_t edits = editsBetween(own, found[i], 2);
+                if (edits >= best) continue;
+                best = edits;
+                verdict.suggestion = found[i];
+            }
+            if (best <= 1) break;
+        }
+        const text::Word& word = m_view.words[index];
+        if (verdict.suggestion.find(' ') != std::string::npos) {
+            verdict.sure = false;
+            return;
+        }
+        const bool one = best == 1 && word.letters > kFewestLetters;
+        const bool two = best == 2 && word.letters >= kLongerForTwoEdits && !m_technical;
+        verdict.sure = one || two;
+        if (shape == Shape::capitalised)
+            verdict.sure = verdict.sure && best == 1 && word.letters > 5;
+    }
+
+    [[nodiscard]] bool isForeign(const std::string& own, NaturalLanguage language) {
+        if (++m_foreign > kMostForeign) return false;
+        return std::any_of(std::begin(kSpelledLanguages), std::end(kSpelledLanguages),
+                           [&](NaturalLanguage other) {
+                               return other != language && m_tools.shelf->of(other).know(own);
+                           });
+    }
+
+    /// Names of peoples, languages, days and months, which nobody writes in lower case on purpose.
+    static bool isProperWord(const std::string& own) {
+        constexpr std::array<std::string_view, 58> kProper = {
+            "english",    "american", "british",  "french",   "german",    "spanish",   "chinese",
+            "japanese",   "indian",   "italian",  "russian",  "korean",    "european",  "african",
+            "asian",      "arabic",   "canadian", "mexican",  "christian", "christmas", "america",
+            "europe",     "africa",   "asia",     "england",  "germany",   "france",    "spain",
+            "india",      "italy",    "russia",   "canada",   "mexico",    "australia", "brazil",
+            "london",     "paris",    "monday",   "tuesday",  "wednesday", "thursday",  "friday",
+            "saturday",   "sunday",   "january",  "february", "april",     "june",      "july",
+            "september",  "october",  "november", "december", "greek",     "dutch",     "swedish",
+            "portuguese", "egyptian"};
+        return text::isOneOf(own, kProper);
+    }
+
+    const ProseView& m_view;
+    const ProseLanguages& m_languages;
+    const LanguageTools& m_tools;
+    FindingList& m_findings;
+    Coverage& m_coverage;
+    PersonalWords m_personal;
+    std::unordered_map<std::string, std::size_t> m_counts;
+    std::unordered_set<std::string> m_code;
+    std::unordered_set<std::size_t> m_starts;
+    std::unordered_map<std::string, Verdict> m_verdicts;
+    bool m_technical = false;
+    std::size_t m_looked = 0;
+    std::size_t m_suggested = 0;
+    std::size_t m_foreign = 0;
+};
+
+} // namespace
+
+void checkSpelling(const ProseView& view, const ProseLanguages& languages,
+                   const LanguageTools& tools, FindingList& findings, Coverage& coverage) {
+    if (tools.shelf == nullptr) return;
+    Speller(view, languages, tools, findings, coverage).check();
+}
+
+} // namespace trevix
