@@ -103,7 +103,9 @@ Critique critiqueByType(const Part& part, std::string_view modality, const std::
                         const LanguageTools& tools, PictureAllowance& pictures) {
     const std::string type = bareType(part.mimeType);
     if (!part.isText || (part.text.empty() && !part.bytes.empty())) {
-        if (type == "image/png") return critiqueImage(part, modality, pictures, &lineReaders());
+        if (type == "image/png") {
+            return critiqueImage(part, modality, pictures, &lineReaders(), tools);
+        }
         return unreadableCritique(part, place);
     }
     // The type says what this part is; the modality speaks only for parts that are plain text.

@@ -180,7 +180,7 @@ void readWriting(PictureFacts& facts, PictureAllowance& allowance, LineReaders* 
 /// Judges what is written. Of the rules for prose those that a fragment, a label or a misread mark
 /// does not set off: not how much there is, whether sentences are whole, begin with a capital or
 /// close their brackets, how they are spaced, or who shouts in them.
-void judgeText(const PictureFacts& facts, Critique& critique, std::vector<Finding>& findings) {
+void judgeText(const PictureFacts& facts, const LanguageTools& tools, Critique& critique) {
     if (facts.words.empty()) return;
     const PictureText read = textOf(facts.words, facts.lines);
     const SourceText source(read.text, [&read](std::size_t offset, std::size_t length) {
@@ -192,13 +192,14 @@ void judgeText(const PictureFacts& facts, Critique& critique, std::vector<Findin
     checkPlaceholders(view, list);
     checkDoubledWords(view, list);
     checkDates(view, list);
+    checkLanguage(view, tools, list, critique.coverage);
     critique.extent.words = read.sureWords;
     critique.coverage.checked(ownRules("what was left behind, dates and repetition in pictures"));
-    for (Finding& finding : list.take()) findings.push_back(std::move(finding));
+    for (Finding& finding : list.take()) critique.findings.push_back(std::move(finding));
 }
 
 void judgeWhole(Picture picture, PictureKind kind, PictureAllowance& allowance,
-                LineReaders* readers, Critique& critique) {
+                LineReaders* readers, const LanguageTools& tools, Critique& critique) {
     FindingList list;
     Emptiness seen;
     seen.look(picture.pixels);
@@ -230,12 +231,12 @@ void judgeWhole(Picture picture, PictureKind kind, PictureAllowance& allowance,
         break;
     }
     critique.findings = list.take();
-    judgeText(facts, critique, critique.findings);
+    judgeText(facts, tools, critique);
 }
 
 /// Judges the picture as far as the allowance reaches.
 void judge(const Part& part, PictureKind kind, PictureAllowance& allowance, LineReaders* readers,
-           Critique& critique) {
+           const LanguageTools& tools, Critique& critique) {
     FindingList list;
     const auto header = sizeOfPng(part.bytes);
     if (const auto* failure = std::get_if<DecodeFailure>(&header)) {
@@ -267,20 +268,24 @@ void judge(const Part& part, PictureKind kind, PictureAllowance& allowance, Line
         critique.findings = list.take();
         return;
     }
-    judgeWhole(std::get<Picture>(std::move(decoded)), kind, allowance, readers, critique);
+    judgeWhole(std::get<Picture>(std::move(decoded)), kind, allowance, readers, tools, critique);
 }
 
 } // namespace
 
 Critique critiqueImage(const Part& part, std::string_view modality, PictureAllowance& allowance,
-                       LineReaders* readers) {
+                       LineReaders* readers, const LanguageTools& tools) {
     Critique critique;
     critique.coverage.checked(ownRules("emptiness, writing, edges and contrast in pictures"));
     const PictureKind kind = kindOf(modality);
     // What a window or slide is for stands in its words.
     critique.coverage.known = kind == PictureKind::image;
-    judge(part, kind, allowance, readers, critique);
+    judge(part, kind, allowance, readers, tools, critique);
     return critique;
+}
+
+Critique critiqueImage(const Part& part, std::string_view modality, PictureAllowance& allowance) {
+    return critiqueImage(part, modality, allowance, nullptr, LanguageTools());
 }
 
 } // namespace trevix

@@ -7,6 +7,7 @@
 #pragma once
 
 #include "critics/findings/critique.h"
+#include "critics/language/language_tools.h"
 #include "critics/ocr/line_reader.h"
 #include "critics/picture/pixels.h"
 
@@ -55,8 +56,13 @@ private:
 
 /// What is wrong with the picture, judged as what `modality` says it shows: "ui_ux", "deck" or
 /// anything else. A picture that cannot be read, or for which the allowance does not suffice, is
-/// one finding. Its words are read by one of `readers`; without, that is a gap in the coverage.
+/// one finding. Its words are read by one of `readers` and spelled by `tools`; without readers that
+/// is a gap in the coverage.
 [[nodiscard]] Critique critiqueImage(const Part& part, std::string_view modality,
-                                     PictureAllowance& allowance, LineReaders* readers = nullptr);
+                                     PictureAllowance& allowance, LineReaders* readers,
+                                     const LanguageTools& tools);
+/// Likewise, without anybody who reads.
+[[nodiscard]] Critique critiqueImage(const Part& part, std::string_view modality,
+                                     PictureAllowance& allowance);
 
 } // namespace trevix

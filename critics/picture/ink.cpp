@@ -28,7 +28,7 @@ struct SureFull {
     int heights;
     double share;
 };
-constexpr std::array<SureFull, 3> kSureFull{{{10, 0.12}, {5, 0.2}, {2, 0.35}}};
+constexpr std::array<SureFull, 3> kSureFull{{{14, 0.12}, {5, 0.2}, {3, 0.35}}};
 /// Of the pixels that are not ground, one in so many on either side of it makes an outline.
 constexpr std::size_t kOutlineShare = 6;
 
