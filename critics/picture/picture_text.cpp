@@ -109,16 +109,17 @@ bool isLetterOrMark(std::int32_t c) {
 /// Letters with the marks of prose around and between them: no path, no program text, no name of a
 /// file, no brand in mixed case.
 bool isOfLanguage(std::string_view word) {
+    constexpr std::u32string_view kJoins = U".:/(["; // Names of files, addresses, calls.
     bool lower = false;
-    std::int32_t before = 0;
+    char32_t before = 0;
     for (std::size_t i = 0; i < word.size();) {
         const text::Decoded point = text::decodeFront(word.substr(i));
         if (!isLetterOrMark(point.codePoint)) return false;
         const bool letter = text::isLetter(point.codePoint);
-        if (letter && (before == '.' || before == ':' || before == '/') && i > 1) return false;
+        if (letter && kJoins.find(before) != std::u32string_view::npos && i > 1) return false;
         if (text::isUpper(point.codePoint) && lower) return false;
         lower = text::isLower(point.codePoint);
-        before = point.codePoint;
+        before = static_cast<char32_t>(point.codePoint);
         i += point.length;
     }
     return true;
