@@ -5,6 +5,8 @@
 #include "critics/document/document_critic.h"
 #include "critics/findings/finding_list.h"
 #include "critics/ocr/line_reader.h"
+#include "critics/office/office_critic.h"
+#include "critics/pages/pdf_critic.h"
 #include "critics/picture/image_critic.h"
 #include "critics/sheet/sheet_critic.h"
 #include "critics/text/calendar.h"
@@ -17,6 +19,8 @@
 #include <array>
 #include <cstdlib>
 #include <mutex>
+#include <utility>
+#include <variant>
 
 namespace trevix {
 
@@ -99,6 +103,18 @@ Critique unreadableCritique(const Part& part, const std::string& place) {
     return critique;
 }
 
+/// What a reader of files made of one.
+Critique ofFile(std::variant<Critique, Unread> outcome, const std::string& place) {
+    if (auto* critique = std::get_if<Critique>(&outcome)) return std::move(*critique);
+    const Unread& unread = std::get<Unread>(outcome);
+    Critique critique;
+    critique.findings = onlyFinding(kUnreadable, place, unread.reason,
+                                    "Content of " + place + " was not judged: " + unread.reason +
+                                        ".");
+    critique.coverage.missed(unread.gap);
+    return critique;
+}
+
 Critique critiqueByType(const Part& part, std::string_view modality, const std::string& place,
                         const LanguageTools& tools, PictureAllowance& pictures) {
     const std::string type = bareType(part.mimeType);
@@ -106,6 +122,9 @@ Critique critiqueByType(const Part& part, std::string_view modality, const std::
         if (type == "image/png") {
             return critiqueImage(part, modality, pictures, &lineReaders(), tools);
         }
+        if (type == "application/pdf") return ofFile(critiquePdf(part, tools), place);
+        if (const auto kind = officeKindOf(type))
+            return ofFile(critiqueOffice(part, *kind, tools), place);
         return unreadableCritique(part, place);
     }
     // The type says what this part is; the modality speaks only for parts that are plain text.

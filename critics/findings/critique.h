@@ -58,6 +58,14 @@ struct Coverage {
     void missed(NotChecked gap);
 };
 
+/// Why a file could not be looked into at all.
+struct Unread {
+    std::string reason; ///< A clause for people: "it is damaged or no PDF".
+    NotChecked gap;     ///< The same for the coverage.
+
+    bool operator==(const Unread&) const = default;
+};
+
 struct Critique {
     std::vector<Finding> findings;
     Extent extent;

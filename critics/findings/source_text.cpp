@@ -73,4 +73,10 @@ std::string SourceText::place(std::size_t offset, std::size_t length) const {
     return "line " + std::to_string(line + 1) + ", column " + std::to_string(column);
 }
 
+std::string SourceText::linePlace(std::size_t offset) const {
+    offset = std::min(offset, m_text.size());
+    if (m_namer) return m_namer(offset, 0);
+    return "line " + std::to_string(lineAt(offset) + 1);
+}
+
 } // namespace trevix

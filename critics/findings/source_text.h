@@ -42,6 +42,9 @@ public:
     /// "line 12, column 5", or what the namer of places says.
     [[nodiscard]] std::string place(std::size_t offset, std::size_t length = 0) const;
 
+    /// "line 12", or what the namer of places says.
+    [[nodiscard]] std::string linePlace(std::size_t offset) const;
+
 private:
     [[nodiscard]] std::size_t codePointsBefore(std::size_t offset) const;
 
