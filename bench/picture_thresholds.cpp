@@ -11,7 +11,9 @@
 
 #include "critics/picture/glyph_strokes.h"
 #include "critics/picture/ink.h"
+#include "critics/ocr/line_reader.h"
 #include "critics/picture/picture_measures.h"
+#include "critics/picture/picture_words.h"
 #include "critics/picture/pixels.h"
 #include "critics/picture/regions.h"
 
@@ -24,13 +26,17 @@
 #include <QPainterPath>
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <cstdio>
 #include <functional>
 #include <map>
+#include <memory>
 #include <random>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <variant>
 #include <vector>
 
 namespace {
@@ -359,6 +365,50 @@ void ink() {
     for (const auto& [name, values] : strokes) print("stroke by x-height, " + name, values);
 }
 
+/// How many words are read wrongly, by how surely they were read and by the size of the type.
+void words() {
+    const auto opened = LineReader::open(languageFolders(""));
+    if (const auto* absence = std::get_if<ReaderAbsence>(&opened)) {
+        std::printf("  %s\n", absence->why.c_str());
+        return;
+    }
+    LineReader& reader = *std::get<std::unique_ptr<LineReader>>(opened);
+    std::map<std::string, std::pair<std::size_t, std::size_t>> wrong; // Of all.
+    for (const auto& [ink, ground] : {std::pair(QColor(Qt::black), QColor(Qt::white)),
+                                      std::pair(QColor(150, 150, 150), QColor(Qt::white)),
+                                      std::pair(QColor(220, 220, 220), QColor(30, 31, 34))}) {
+        for (const QString& family : kFamilies) {
+            for (const int size : {9, 10, 11, 12, 13, 15, 18, 24}) {
+                const Picture picture = pictureOf(written(fontOf(family, size), ink, ground));
+                auto lines = findTextLines(picture, findRegions(picture));
+                if (lines.size() > kSentences.size()) lines.resize(kSentences.size());
+                const WordsRead read =
+                    readWords(picture, lines, reader, std::chrono::hours(1));
+                std::vector<std::string> expected;
+                for (const QString& sentence : kSentences) {
+                    for (const QString& word : sentence.split(' '))
+                        expected.push_back(word.toStdString());
+                }
+                for (const PictureWord& word : read.words) {
+                    const bool right = std::ranges::find(expected, word.text) != expected.end();
+                    const char* sure = word.confidence >= 94   ? "94 and more"
+                                       : word.confidence >= 90 ? "90 to 93"
+                                       : word.confidence >= 80 ? "80 to 89"
+                                                               : "below 80";
+                    const std::string height = size < 11 ? "type below 11 px" : "type from 11 px on";
+                    for (const std::string& group :
+                         {height + ", read with " + sure, height + ", all"}) {
+                        wrong[group].first += right ? 0 : 1;
+                        ++wrong[group].second;
+                    }
+                }
+            }
+        }
+    }
+    for (const auto& [group, counts] : wrong)
+        share("wrong words, " + group, counts.first, counts.second);
+}
+
 // ---- surfaces and outlines ----------------------------------------------------------------------
 
 void surfaces() {
@@ -580,7 +630,7 @@ int main(int argc, char** argv) {
     qputenv("QT_QPA_PLATFORM", "offscreen");
     const QGuiApplication application(argc, argv);
     const std::vector<std::pair<std::string_view, void (*)()>> experiments{
-        {"rows", rows},         {"heights", heights}, {"contrast", contrast}, {"ink", ink},
+        {"rows", rows},         {"heights", heights}, {"contrast", contrast}, {"ink", ink}, {"words", words},
         {"surfaces", surfaces}, {"blocks", blocks},   {"noise", noise},
         {"blur", blurred},      {"banding", banding}, {"bearings", bearings}};
     for (const QString& family : kFamilies) {

@@ -33,8 +33,9 @@ public:
         if (source != nullptr && !m_zip) zip_source_free(source);
         zip_error_fini(&error);
         if (!m_zip) throw GivenUp("it is damaged or no archive");
-        if (static_cast<std::uint64_t>(zip_get_num_entries(m_zip.get(), 0)) > kMostOfficeEntries)
-            throw GivenUp("its archive has too many entries");
+        const auto entries = static_cast<std::uint64_t>(zip_get_num_entries(m_zip.get(), 0));
+        if (entries == 0) throw GivenUp("it is damaged or no archive");
+        if (entries > kMostOfficeEntries) throw GivenUp("its archive has too many entries");
     }
 
     /// The content of an entry; nothing where there is none of that name.

@@ -36,7 +36,8 @@ struct RulesFor<WorkKind::picture> {
             "weak contrast",
             Unit::region,
             "WCAG 2.2 (1.4.3) asks for 4.5:1, for large letters 3:1; measured (picture_thresholds "
-            "contrast): antialiased letters have less, so 4.0, 3.0 below 8 px, 2.9 for large ones"},
+            "ink): when the ink's own colour was seen; measured (picture_thresholds contrast): "
+            "antialiased letters have less, so else 4.0, 3.0 below 8 px, 2.9 for large ones"},
         Rule{"picture.tiny_text",
              {Severity::medium, Severity::low},
              "unreadably small text",
