@@ -9,9 +9,9 @@
 // seeded generator, so that two runs on one machine print the same. docs/thresholds.md quotes the
 // results.
 
+#include "critics/ocr/line_reader.h"
 #include "critics/picture/glyph_strokes.h"
 #include "critics/picture/ink.h"
-#include "critics/ocr/line_reader.h"
 #include "critics/picture/picture_measures.h"
 #include "critics/picture/picture_words.h"
 #include "critics/picture/pixels.h"
@@ -382,8 +382,7 @@ void words() {
                 const Picture picture = pictureOf(written(fontOf(family, size), ink, ground));
                 auto lines = findTextLines(picture, findRegions(picture));
                 if (lines.size() > kSentences.size()) lines.resize(kSentences.size());
-                const WordsRead read =
-                    readWords(picture, lines, reader, std::chrono::hours(1));
+                const WordsRead read = readWords(picture, lines, reader, std::chrono::hours(1));
                 std::vector<std::string> expected;
                 for (const QString& sentence : kSentences) {
                     for (const QString& word : sentence.split(' '))
@@ -395,7 +394,8 @@ void words() {
                                        : word.confidence >= 90 ? "90 to 93"
                                        : word.confidence >= 80 ? "80 to 89"
                                                                : "below 80";
-                    const std::string height = size < 11 ? "type below 11 px" : "type from 11 px on";
+                    const std::string height =
+                        size < 11 ? "type below 11 px" : "type from 11 px on";
                     for (const std::string& group :
                          {height + ", read with " + sure, height + ", all"}) {
                         wrong[group].first += right ? 0 : 1;
@@ -630,9 +630,9 @@ int main(int argc, char** argv) {
     qputenv("QT_QPA_PLATFORM", "offscreen");
     const QGuiApplication application(argc, argv);
     const std::vector<std::pair<std::string_view, void (*)()>> experiments{
-        {"rows", rows},         {"heights", heights}, {"contrast", contrast}, {"ink", ink}, {"words", words},
-        {"surfaces", surfaces}, {"blocks", blocks},   {"noise", noise},
-        {"blur", blurred},      {"banding", banding}, {"bearings", bearings}};
+        {"rows", rows},    {"heights", heights},   {"contrast", contrast}, {"ink", ink},
+        {"words", words},  {"surfaces", surfaces}, {"blocks", blocks},     {"noise", noise},
+        {"blur", blurred}, {"banding", banding},   {"bearings", bearings}};
     for (const QString& family : kFamilies) {
         if (!QFontDatabase::hasFamily(family))
             std::printf("%s is not installed; another family stands in\n", qPrintable(family));

@@ -108,9 +108,9 @@ Critique ofFile(std::variant<Critique, Unread> outcome, const std::string& place
     if (auto* critique = std::get_if<Critique>(&outcome)) return std::move(*critique);
     const Unread& unread = std::get<Unread>(outcome);
     Critique critique;
-    critique.findings = onlyFinding(kUnreadable, place, unread.reason,
-                                    "Content of " + place + " was not judged: " + unread.reason +
-                                        ".");
+    critique.findings =
+        onlyFinding(kUnreadable, place, unread.reason,
+                    "Content of " + place + " was not judged: " + unread.reason + ".");
     critique.coverage.missed(unread.gap);
     return critique;
 }

@@ -4,8 +4,8 @@
 // is not UTF-8 counts as one. The text is not copied and must outlive the view. Building it is
 // linear, every question afterwards is cheap even for a single line of many megabytes.
 //
-// A text that was taken out of something else (a picture, a page, a cell) is shown at the place that
-// it has there: whoever took it out names the places.
+// A text that was taken out of something else (a picture, a page, a cell) is shown at the place
+// that it has there: whoever took it out names the places.
 
 #pragma once
 

@@ -1,8 +1,8 @@
 // Reads the words of one line of writing with a library of others, where the build has one.
 //
-// What a line is, and where, is the caller's knowledge: the reader gets a picture of the line alone,
-// dark on white. It knows English. The library and its language data are both optional; without
-// either nothing is read and `ReaderAbsence` says why.
+// What a line is, and where, is the caller's knowledge: the reader gets a picture of the line
+// alone, dark on white. It knows English. The library and its language data are both optional;
+// without either nothing is read and `ReaderAbsence` says why.
 
 #pragma once
 

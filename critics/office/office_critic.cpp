@@ -17,7 +17,8 @@ struct TypeOfKind {
     OfficeKind kind;
 };
 
-// As registered with IANA; templates and files with macros have types of their own and are left out.
+// As registered with IANA; templates and files with macros have types of their own and are left
+// out.
 constexpr std::array<TypeOfKind, 6> kTypes{{
     {"application/vnd.openxmlformats-officedocument.wordprocessingml.document",
      OfficeKind::wordDocument},
@@ -112,8 +113,8 @@ std::variant<Critique, Unread> critiqueOffice(const Part& part, OfficeKind kind,
     const bool sheets = kind == OfficeKind::workbook || kind == OfficeKind::openSheet;
     Critique critique = sheets ? ofSheets(work) : ofParagraphs(work, tools);
     if (!work.whole) {
-        critique.coverage.missed({"a part of the file", "it is larger than what is read of one",
-                                  "grade it in parts"});
+        critique.coverage.missed(
+            {"a part of the file", "it is larger than what is read of one", "grade it in parts"});
     }
     return critique;
 }

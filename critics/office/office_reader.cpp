@@ -43,8 +43,7 @@ public:
         zip_stat_t stat;
         zip_stat_init(&stat);
         if (zip_stat(m_zip.get(), name.c_str(), 0, &stat) != 0) return std::nullopt;
-        if ((stat.valid & ZIP_STAT_ENCRYPTION_METHOD) != 0 &&
-            stat.encryption_method != ZIP_EM_NONE)
+        if ((stat.valid & ZIP_STAT_ENCRYPTION_METHOD) != 0 && stat.encryption_method != ZIP_EM_NONE)
             throw GivenUp("it is encrypted");
         if ((stat.valid & ZIP_STAT_SIZE) == 0 || (stat.valid & ZIP_STAT_COMP_SIZE) == 0)
             throw GivenUp("its archive does not say how large its entries are");
@@ -250,8 +249,8 @@ OfficeWork readPresentation(Archive& archive) {
         }
         const std::string place = "slide " + std::to_string(number);
         readParagraphs(
-            document, kDrawing, [&](std::size_t) { return place; },
-            OfficeParagraph::Role::listItem, collector);
+            document, kDrawing, [&](std::size_t) { return place; }, OfficeParagraph::Role::listItem,
+            collector);
     }
     return work;
 }
@@ -393,7 +392,8 @@ OfficeWork readWorkbook(Archive& archive) {
                     std::size_t index = 0;
                     const auto [end, error] =
                         std::from_chars(text.data(), text.data() + text.size(), index);
-                    text = error == std::errc() && index < shared.size() ? shared[index] : std::string_view();
+                    text = error == std::errc() && index < shared.size() ? shared[index]
+                                                                         : std::string_view();
                 } else if (type == "inlineStr") {
                     own = runsIn(cell.child("is"));
                     text = own;

@@ -16,10 +16,10 @@
 
 namespace trevix {
 
-/// Bounds, chosen: what a person writes is far below them. XML that is read takes up to twenty times
-/// its size in memory, one entry at a time.
+/// Bounds, chosen: what a person writes is far below them. XML that is read takes up to twenty
+/// times its size in memory, one entry at a time.
 constexpr std::uint64_t kMostOfficeEntries = 20'000;
-constexpr std::uint64_t kMostOfficeXml = std::uint64_t{16} << 20U; ///< Bytes of one entry,
+constexpr std::uint64_t kMostOfficeXml = std::uint64_t{16} << 20U;      ///< Bytes of one entry,
 constexpr std::uint64_t kMostOfficeTogether = std::uint64_t{64} << 20U; ///< and of all of them.
 /// Times that an entry of more than a megabyte is larger than its packed form. Written XML reaches
 /// 30, sheets of equal cells 100.
@@ -27,7 +27,8 @@ constexpr std::uint64_t kMostOfficeRatio = 400;
 constexpr std::size_t kMostOfficeText = std::size_t{8} << 20U; ///< Bytes of text.
 constexpr std::size_t kMostSheetRows = 100'000;
 constexpr std::size_t kMostSheetColumns = 1'000;
-constexpr std::size_t kMostSheetCells = 1'000'000; ///< Of all sheets, those between filled ones too.
+constexpr std::size_t kMostSheetCells =
+    1'000'000; ///< Of all sheets, those between filled ones too.
 
 enum class OfficeKind { wordDocument, presentation, workbook, openText, openSlides, openSheet };
 

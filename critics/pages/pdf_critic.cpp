@@ -32,16 +32,15 @@ std::variant<Critique, Unread> critiquePdf(const Part& part, const LanguageTools
         critique.coverage.checked({engine.name, engine.version, "text of PDF pages"});
     }
     if (bare > 0) {
-        critique.coverage.missed({std::to_string(bare) + (bare == 1 ? " page" : " pages") +
-                                      " without text",
-                                  "pictures of pages are not read",
-                                  "grade them as PNG pictures"});
+        critique.coverage.missed(
+            {std::to_string(bare) + (bare == 1 ? " page" : " pages") + " without text",
+             "pictures of pages are not read", "grade them as PNG pictures"});
     }
     if (text.pages.size() < text.pageCount) {
-        critique.coverage.missed(
-            {"the pages from " + std::to_string(text.pages.size() + 1) + " to " +
-                 std::to_string(text.pageCount),
-             "a PDF is read up to a limit of pages, text and time", "grade it in parts"});
+        critique.coverage.missed({"the pages from " + std::to_string(text.pages.size() + 1) +
+                                      " to " + std::to_string(text.pageCount),
+                                  "a PDF is read up to a limit of pages, text and time",
+                                  "grade it in parts"});
     }
     return critique;
 }

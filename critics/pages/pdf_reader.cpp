@@ -16,9 +16,8 @@ namespace {
 /// The library tells standard error of every oddity of a file unless somebody else listens.
 void beQuiet() {
     static std::once_flag once;
-    std::call_once(once, [] {
-        poppler::set_debug_error_function([](const std::string&, void*) {}, nullptr);
-    });
+    std::call_once(
+        once, [] { poppler::set_debug_error_function([](const std::string&, void*) {}, nullptr); });
 }
 
 } // namespace

@@ -256,8 +256,8 @@ void judge(const Part& part, PictureKind kind, PictureAllowance& allowance, Line
         facts.picture = {size.width, size.height, {}};
         judgeLarge(part.bytes, std::move(facts), list);
         critique.findings = list.take();
-        missWords({"the picture is larger than " +
-                       std::to_string(kMostAnalysedPixels / 1'000'000) + " megapixels",
+        missWords({"the picture is larger than " + std::to_string(kMostAnalysedPixels / 1'000'000) +
+                       " megapixels",
                    "send a part of it"},
                   critique);
         return;

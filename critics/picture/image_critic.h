@@ -45,9 +45,7 @@ public:
     [[nodiscard]] std::chrono::milliseconds reading() const {
         return std::min(kMostReading, m_reading);
     }
-    void spend(std::chrono::milliseconds onReading) {
-        m_reading -= std::min(m_reading, onReading);
-    }
+    void spend(std::chrono::milliseconds onReading) { m_reading -= std::min(m_reading, onReading); }
 
 private:
     std::size_t m_left;

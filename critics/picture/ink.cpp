@@ -22,8 +22,9 @@ constexpr int kSameInk = 2;
 /// what stands beside the writing.
 constexpr std::size_t kStrayShare = 100;
 constexpr std::size_t kFewestFull = 3;
-/// Share of the inked pixels that have the ink's colour when it was seen itself, by the width of the
-/// box in its heights: the fewer letters, the more alike their blends may be (experiment `ink`).
+/// Share of the inked pixels that have the ink's colour when it was seen itself, by the width of
+/// the box in its heights: the fewer letters, the more alike their blends may be (experiment
+/// `ink`).
 struct SureFull {
     int heights;
     double share;

@@ -41,9 +41,9 @@ struct LowContrast {
 // docs/thresholds.md has the figures.
 
 /// WCAG 2.2, success criterion 1.4.3: contrast that writing needs, and large writing, which begins
-/// at 18 points, or 24 pixels of type, and when bold at 14 points, or 18.7 pixels. Type of 24 pixels
-/// has letters of about 13, of 18.7 pixels about 10 (experiment `heights`); strokes of bold type are
-/// a quarter of that wide, of regular type at most a fifth (experiment `ink`).
+/// at 18 points, or 24 pixels of type, and when bold at 14 points, or 18.7 pixels. Type of 24
+/// pixels has letters of about 13, of 18.7 pixels about 10 (experiment `heights`); strokes of bold
+/// type are a quarter of that wide, of regular type at most a fifth (experiment `ink`).
 constexpr double kNeededContrast = 4.5;
 constexpr double kNeededContrastLarge = 3.0;
 constexpr int kLargeXHeight = 13;
@@ -327,8 +327,7 @@ std::vector<Writing> writingIn(const PictureFacts& facts) {
             if (word.confidence < kTellingConfidence) continue;
             const Writing piece{word.box, line.xHeight,
                                 inkIn(facts.picture, word.box, line.ground)};
-            const bool tells =
-                piece.ink.sure && piece.box.width >= line.xHeight * kTellingHeights;
+            const bool tells = piece.ink.sure && piece.box.width >= line.xHeight * kTellingHeights;
             const bool same =
                 !pieces.empty() &&
                 channelDistance(pieces.back().ink.ground, piece.ink.ground) <= kSameGround &&

@@ -1,9 +1,10 @@
 // The words of a picture as one text that the rules for prose can read.
 //
-// Words of one line stand on one line; lines that go on below each other are one paragraph; whatever
-// stands apart, as labels and cells do, is a paragraph of its own. What was not read surely, and
-// what is no word of a language (paths, code, names with figures in them), is there to be quoted but
-// masked for the rules. All pure; linear in the words, and in the lines times those beside them.
+// Words of one line stand on one line; lines that go on below each other are one paragraph;
+// whatever stands apart, as labels and cells do, is a paragraph of its own. What was not read
+// surely, and what is no word of a language (paths, code, names with figures in them), is there to
+// be quoted but masked for the rules. All pure; linear in the words, and in the lines times those
+// beside them.
 
 #pragma once
 

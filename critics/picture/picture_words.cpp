@@ -110,8 +110,8 @@ LineCut cutLine(const Picture& picture, const TextLine& line) {
     cut.area = {left, top, right - left, bottom - top};
     const double most = std::sqrt(static_cast<double>(kMostCutPixels) /
                                   static_cast<double>(std::max<std::int64_t>(1, cut.area.area())));
-    cut.scale = std::min({static_cast<double>(kReadXHeight) / std::max(1, line.xHeight), kMostScale,
-                          most});
+    cut.scale =
+        std::min({static_cast<double>(kReadXHeight) / std::max(1, line.xHeight), kMostScale, most});
     const int width = std::max(1, static_cast<int>(std::lround(cut.area.width * cut.scale)));
     const int height = std::max(1, static_cast<int>(std::lround(cut.area.height * cut.scale)));
 
@@ -128,9 +128,8 @@ LineCut cutLine(const Picture& picture, const TextLine& line) {
     LineImage& image = cut.image;
     image.width = width + 2 * kFrame;
     image.height = height + 2 * kFrame;
-    image.pixels.assign(static_cast<std::size_t>(image.width) *
-                            static_cast<std::size_t>(image.height),
-                        255);
+    image.pixels.assign(
+        static_cast<std::size_t>(image.width) * static_cast<std::size_t>(image.height), 255);
     const std::vector<Between> columns = steps(cut.area.width, width, cut.scale);
     const std::vector<Between> rows = steps(cut.area.height, height, cut.scale);
     for (int y = 0; y < height; ++y) {

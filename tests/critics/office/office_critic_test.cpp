@@ -65,13 +65,13 @@ std::vector<std::string> placesOf(const Critique& critique) {
 
 TEST(OfficeCritic, WordDocumentsAreReadByParagraphs) {
     NEEDS_READER();
-    const std::string bytes = word(
-        paragraph("Minutes", "<w:pStyle w:val=\"Heading1\"/>") +
-        paragraph("We met on Monday and spoke about the budget.") +
-        paragraph("The next meeting is at the the town hall.") +
-        "<w:p><w:del><w:r><w:delText>the the</w:delText></w:r></w:del>"
-        "<w:r><w:t xml:space=\"preserve\">Costs &amp; </w:t></w:r><w:r><w:t>gains</w:t></w:r>"
-        "<w:r><w:tab/><w:t>rose.</w:t></w:r></w:p>");
+    const std::string bytes =
+        word(paragraph("Minutes", "<w:pStyle w:val=\"Heading1\"/>") +
+             paragraph("We met on Monday and spoke about the budget.") +
+             paragraph("The next meeting is at the the town hall.") +
+             "<w:p><w:del><w:r><w:delText>the the</w:delText></w:r></w:del>"
+             "<w:r><w:t xml:space=\"preserve\">Costs &amp; </w:t></w:r><w:r><w:t>gains</w:t></w:r>"
+             "<w:r><w:tab/><w:t>rose.</w:t></w:r></w:p>");
     EXPECT_THAT(placesOf(judged(bytes, OfficeKind::wordDocument)),
                 ElementsAre("text.doubled_word at paragraph 3"));
     const auto read = readOffice(bytes, OfficeKind::wordDocument);
@@ -85,9 +85,9 @@ TEST(OfficeCritic, WordDocumentsAreReadByParagraphs) {
 TEST(OfficeCritic, ARepeatedSentenceNamesTheFirstOnesPlace) {
     NEEDS_READER();
     const std::string sentence = "All of us agree that the offer must be sent before Friday noon.";
-    const auto critique = judged(word(paragraph(sentence) + paragraph("Something else stands here.") +
-                                      paragraph(sentence)),
-                                 OfficeKind::wordDocument);
+    const auto critique = judged(
+        word(paragraph(sentence) + paragraph("Something else stands here.") + paragraph(sentence)),
+        OfficeKind::wordDocument);
     ASSERT_THAT(placesOf(critique), ElementsAre("text.repeated_sentence at paragraph 3"));
     EXPECT_THAT(critique.findings[0].detail, HasSubstr("in paragraph 1 already"));
 }
@@ -137,13 +137,14 @@ TEST(OfficeCritic, WorkbooksGoToTheSheetCritic) {
     }
     rows += row(7, "<c r=\"A7\" t=\"inlineStr\"><is><t>south</t></is></c>"
                    "<c r=\"B7\" t=\"e\"><v>#REF!</v></c>");
-    const std::string bytes = zip(
-        {{"xl/workbook.xml", "<workbook><sheets><sheet name=\"Sales\" r:id=\"rId1\"/></sheets>"
-                             "</workbook>"},
-         {"xl/_rels/workbook.xml.rels", "<Relationships><Relationship Id=\"rId1\" "
-                                        "Target=\"worksheets/other.xml\"/></Relationships>"},
-         {"xl/sharedStrings.xml", "<sst><si><r><t>Reg</t></r><r><t>ion</t></r></si></sst>"},
-         {"xl/worksheets/other.xml", "<worksheet><sheetData>" + rows + "</sheetData></worksheet>"}});
+    const std::string bytes =
+        zip({{"xl/workbook.xml", "<workbook><sheets><sheet name=\"Sales\" r:id=\"rId1\"/></sheets>"
+                                 "</workbook>"},
+             {"xl/_rels/workbook.xml.rels", "<Relationships><Relationship Id=\"rId1\" "
+                                            "Target=\"worksheets/other.xml\"/></Relationships>"},
+             {"xl/sharedStrings.xml", "<sst><si><r><t>Reg</t></r><r><t>ion</t></r></si></sst>"},
+             {"xl/worksheets/other.xml",
+              "<worksheet><sheetData>" + rows + "</sheetData></worksheet>"}});
     const auto critique = judged(bytes, OfficeKind::workbook);
     EXPECT_THAT(placesOf(critique),
                 testing::Contains("sheet.formula_error at sheet Sales, cell B7"));
@@ -155,15 +156,17 @@ TEST(OfficeCritic, WorkbooksGoToTheSheetCritic) {
 TEST(OfficeCritic, OpenSheetsGoThereToo) {
     NEEDS_READER();
     const std::string cell = "<table:table-cell><text:p>";
-    const std::string bytes = openFile(
-        "<office:spreadsheet><table:table table:name=\"Sales\">"
-        "<table:table-row>" + cell + "Region</text:p></table:table-cell>" + cell +
-        "Sum</text:p></table:table-cell></table:table-row>"
-        "<table:table-row>" + cell + "north</text:p></table:table-cell>" + cell +
-        "#REF!</text:p></table:table-cell></table:table-row>"
-        "<table:table-row table:number-rows-repeated=\"1048574\"><table:table-cell "
-        "table:number-columns-repeated=\"16384\"/></table:table-row>"
-        "</table:table></office:spreadsheet>");
+    const std::string bytes =
+        openFile("<office:spreadsheet><table:table table:name=\"Sales\">"
+                 "<table:table-row>" +
+                 cell + "Region</text:p></table:table-cell>" + cell +
+                 "Sum</text:p></table:table-cell></table:table-row>"
+                 "<table:table-row>" +
+                 cell + "north</text:p></table:table-cell>" + cell +
+                 "#REF!</text:p></table:table-cell></table:table-row>"
+                 "<table:table-row table:number-rows-repeated=\"1048574\"><table:table-cell "
+                 "table:number-columns-repeated=\"16384\"/></table:table-row>"
+                 "</table:table></office:spreadsheet>");
     EXPECT_THAT(placesOf(judged(bytes, OfficeKind::openSheet)),
                 testing::Contains("sheet.formula_error at sheet Sales, cell B2"));
     const auto read = readOffice(bytes, OfficeKind::openSheet);
@@ -187,12 +190,11 @@ TEST(OfficeCritic, WhatIsNoSuchFileIsSaid) {
 
 TEST(OfficeCritic, NamesOutsideTheArchiveAreNobodysBusiness) {
     NEEDS_READER();
-    const std::string document = "<w:document>" + paragraph("A sentence of some words.") +
-                                 "</w:document>";
-    const auto read = readOffice(zip({{"../../etc/cron.d/x", "x"},
-                                      {"/etc/passwd", "x"},
-                                      {"word/document.xml", document}}),
-                                 OfficeKind::wordDocument);
+    const std::string document =
+        "<w:document>" + paragraph("A sentence of some words.") + "</w:document>";
+    const auto read = readOffice(
+        zip({{"../../etc/cron.d/x", "x"}, {"/etc/passwd", "x"}, {"word/document.xml", document}}),
+        OfficeKind::wordDocument);
     EXPECT_EQ(std::get<OfficeWork>(read).paragraphs.size(), 1U);
     // A relation that points out of the archive finds nothing in it.
     EXPECT_EQ(refused(zip({{"xl/workbook.xml",
@@ -229,15 +231,16 @@ TEST(OfficeCritic, BombsAreRefusedBeforeTheyAreUnpacked) {
 TEST(OfficeCritic, FarCellsAndLongStringsAreCutOff) {
     NEEDS_READER();
     const auto book = [](const std::string& strings, const std::string& rows) {
-        return zip({{"xl/workbook.xml",
-                     "<workbook><sheets><sheet name=\"A\"/></sheets></workbook>"},
-                    {"xl/sharedStrings.xml", "<sst>" + strings + "</sst>"},
-                    {"xl/worksheets/sheet1.xml",
-                     "<worksheet><sheetData>" + rows + "</sheetData></worksheet>"}});
+        return zip(
+            {{"xl/workbook.xml", "<workbook><sheets><sheet name=\"A\"/></sheets></workbook>"},
+             {"xl/sharedStrings.xml", "<sst>" + strings + "</sst>"},
+             {"xl/worksheets/sheet1.xml",
+              "<worksheet><sheetData>" + rows + "</sheetData></worksheet>"}});
     };
-    const auto far = readOffice(book("", "<row r=\"1\"><c r=\"A1\"><v>1</v></c></row>"
-                                         "<row r=\"1048576\"><c r=\"XFD1048576\"><v>2</v></c></row>"),
-                                OfficeKind::workbook);
+    const auto far =
+        readOffice(book("", "<row r=\"1\"><c r=\"A1\"><v>1</v></c></row>"
+                            "<row r=\"1048576\"><c r=\"XFD1048576\"><v>2</v></c></row>"),
+                   OfficeKind::workbook);
     EXPECT_EQ(std::get<OfficeWork>(far).sheets[0].rows.size(), 1U);
     EXPECT_FALSE(std::get<OfficeWork>(far).whole);
 
@@ -245,9 +248,8 @@ TEST(OfficeCritic, FarCellsAndLongStringsAreCutOff) {
     for (int i = 1; i <= 2000; ++i) {
         rows += "<row><c t=\"s\"><v>0</v></c><c t=\"s\"><v>0</v></c></row>";
     }
-    const auto shared =
-        readOffice(book("<si><t>" + std::string(100'000, 'x') + "</t></si>", rows),
-                   OfficeKind::workbook);
+    const auto shared = readOffice(book("<si><t>" + std::string(100'000, 'x') + "</t></si>", rows),
+                                   OfficeKind::workbook);
     EXPECT_FALSE(std::get<OfficeWork>(shared).whole);
     std::size_t bytes = 0;
     for (const auto& row : std::get<OfficeWork>(shared).sheets[0].rows) {

@@ -14,7 +14,8 @@ namespace trevix::archives {
 struct Entry {
     std::string name;
     std::string content;
-    std::optional<std::uint32_t> claimedSize = std::nullopt; ///< Unpacked; the entry then claims to be deflated.
+    std::optional<std::uint32_t> claimedSize =
+        std::nullopt; ///< Unpacked; the entry then claims to be deflated.
     bool encrypted = false;
 };
 
@@ -30,7 +31,8 @@ inline std::uint32_t crc32(std::string_view bytes) {
 }
 
 inline void put(std::string& out, std::uint32_t value, int bytes) {
-    for (int i = 0; i < bytes; ++i) out += static_cast<char>(value >> (8U * static_cast<unsigned>(i)));
+    for (int i = 0; i < bytes; ++i)
+        out += static_cast<char>(value >> (8U * static_cast<unsigned>(i)));
 }
 
 inline std::string zip(const std::vector<Entry>& entries) {

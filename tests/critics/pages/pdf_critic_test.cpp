@@ -77,8 +77,9 @@ TEST_F(PdfCritic, FindingsStandOnPages) {
 }
 
 TEST_F(PdfCritic, PagesCutSentencesWithoutAFinding) {
-    const auto outcome = judged(pdf({{"This page ends in the middle of a sentence (which the"},
-                                     {"next page then brings to its end in good or-", "der) and"}}));
+    const auto outcome =
+        judged(pdf({{"This page ends in the middle of a sentence (which the"},
+                    {"next page then brings to its end in good or-", "der) and"}}));
     EXPECT_TRUE(std::get<Critique>(outcome).findings.empty());
 }
 
@@ -114,7 +115,8 @@ TEST_F(PdfCritic, WhatCannotBeReadIsSaid) {
 }
 
 TEST_F(PdfCritic, LongFilesAreReadInPart) {
-    const std::vector<std::vector<std::string>> pages(kMostPdfPages + 5, {"Some words stand here."});
+    const std::vector<std::vector<std::string>> pages(kMostPdfPages + 5,
+                                                      {"Some words stand here."});
     const auto outcome = judged(pdf(pages));
     const auto& gaps = std::get<Critique>(outcome).coverage.notChecked;
     ASSERT_FALSE(gaps.empty());

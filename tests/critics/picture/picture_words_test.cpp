@@ -1,6 +1,7 @@
 #include "critics/picture/picture_words.h"
 
 #include "critics/picture/picture_text.h"
+#include "tests/critics/growth.h"
 #include "tests/critics/picture/drawing.h"
 
 #include <gmock/gmock.h>
@@ -220,6 +221,43 @@ TEST(PictureText, APartedWordIsNoWord) {
     page.line(40, 20, {"Here", "a", "long", "line", "ends", "in", "an", "exam-"});
     page.line(40, 44, {"ple", "of", "it."});
     EXPECT_THAT(page.masked(), ElementsAre("exam-", "ple"));
+}
+
+// ---- what it costs ------------------------------------------------------------------------------
+
+TEST(PictureTextGrowth, IsModest) {
+    const auto page = [](int lines, bool columns) {
+        Page made;
+        for (int i = 0; i < lines; ++i) {
+            made.line(columns ? 40 + i % 40 * 150 : 40, 20 + (columns ? i / 40 : i) * 24,
+                      {"all", "of", "these", "words", "make", "one", "paragraph"});
+        }
+        return made;
+    };
+    for (const bool columns : {false, true}) {
+        std::vector<Page> pages;
+        for (const int lines : {600, 2'400, 9'600}) pages.push_back(page(lines, columns));
+        expectModestGrowth(pages, [](const Page& made) {
+            const PictureText text = made.text();
+            for (std::size_t i = 0; i < text.text.size(); i += 100) (void)text.placeOf(i, 10);
+        });
+    }
+}
+
+TEST(ReadWordsGrowth, IsModest) {
+    std::vector<Picture> pictures;
+    for (const int side : {256, 512, 1024, 2048}) {
+        Picture picture = blank(side, side);
+        for (int y = 4; y < side; y += 20) {
+            for (int x = 4; x < side; x += 150) write(picture, x, y, "pack my box", gray(60));
+        }
+        pictures.push_back(std::move(picture));
+    }
+    expectModestGrowth(pictures, [](const Picture& picture) {
+        PreparedReader reader;
+        reader.answers = 1'000'000;
+        (void)readWords(picture, linesOf(picture), reader, std::chrono::hours(1));
+    });
 }
 
 } // namespace

@@ -1,5 +1,5 @@
-// Pictures with real type, drawn by Qt without a display, and read by the reader of this build. They
-// are skipped where there is none, and say so.
+// Pictures with real type, drawn by Qt without a display, and read by the reader of this build.
+// They are skipped where there is none, and say so.
 
 #include "critics/ocr/line_reader.h"
 #include "critics/picture/image_critic.h"
@@ -102,15 +102,16 @@ TEST_F(WordsInPictures, AreReadInAnyColourAndSize) {
     const struct {
         QColor ink, ground;
         int pixels;
-    } cases[] = {{Qt::black, Qt::white, 11},      {Qt::black, Qt::white, 15},
+    } cases[] = {{Qt::black, Qt::white, 11},
+                 {Qt::black, Qt::white, 15},
                  {QColor(230, 230, 230), QColor(30, 31, 34), 13},
-                 {QColor(150, 150, 150), Qt::white, 14}, {QColor(0, 60, 160), QColor(255, 240, 200), 28}};
+                 {QColor(150, 150, 150), Qt::white, 14},
+                 {QColor(0, 60, 160), QColor(255, 240, 200), 28}};
     const auto taken = readers.take();
     LineReader& reader = std::get<LineReaders::Lease>(taken).reader();
     for (const auto& c : cases) {
-        const Picture picture =
-            drawn({{40, 60, "Please send the signed form before Friday.", c.pixels, c.ink}},
-                  c.ground);
+        const Picture picture = drawn(
+            {{40, 60, "Please send the signed form before Friday.", c.pixels, c.ink}}, c.ground);
         const auto lines = findTextLines(picture, findRegions(picture));
         const WordsRead read = trevix::readWords(picture, lines, reader, std::chrono::minutes(5));
         EXPECT_TRUE(read.complete);
@@ -124,15 +125,16 @@ TEST_F(WordsInPictures, AreReadInAnyColourAndSize) {
 }
 
 TEST_F(WordsInPictures, AFindingStandsAtTheBoxOfItsWords) {
-    const Picture picture = drawn({{40, 60, "We shall meet at the the northern gate of the park."}});
+    const Picture picture =
+        drawn({{40, 60, "We shall meet at the the northern gate of the park."}});
     const auto findings = judged(picture).findings;
     ASSERT_EQ(findings.size(), 1U);
     EXPECT_EQ(findings[0].rule, "text.doubled_word");
     EXPECT_EQ(findings[0].evidence, "the the");
     int x = 0, y = 0, width = 0, height = 0;
-    ASSERT_EQ(std::sscanf(findings[0].place.c_str(), "x %d, y %d, %d x %d px", &x, &y, &width,
-                          &height),
-              4)
+    ASSERT_EQ(
+        std::sscanf(findings[0].place.c_str(), "x %d, y %d, %d x %d px", &x, &y, &width, &height),
+        4)
         << findings[0].place;
     EXPECT_NEAR(x, 175, 25);
     EXPECT_NEAR(width, 54, 12);
@@ -164,9 +166,10 @@ TEST_F(WordsInPictures, FragmentsLabelsAndColumnsAreQuiet) {
 }
 
 TEST_F(WordsInPictures, AWeakWordOnAStrongLineIsFound) {
-    const Picture weak = drawn({{40, 60, "Everything is ready for you,", 15},
-                                {300, 60, "continue whenever you like", 15, QColor(190, 190, 190)},
-                                {40, 100, "and the rest of the page has ink that is dark enough."}});
+    const Picture weak =
+        drawn({{40, 60, "Everything is ready for you,", 15},
+               {300, 60, "continue whenever you like", 15, QColor(190, 190, 190)},
+               {40, 100, "and the rest of the page has ink that is dark enough."}});
     const auto findings = judged(weak).findings;
     ASSERT_EQ(findings.size(), 1U);
     EXPECT_EQ(findings[0].rule, "picture.low_contrast");
@@ -194,7 +197,8 @@ TEST_F(WordsInPictures, CoverageSaysWhoRead) {
 }
 
 TEST_F(WordsInPictures, SeveralThreadsReadAtOnce) {
-    const Picture picture = drawn({{40, 60, "We shall meet at the the northern gate of the park."}});
+    const Picture picture =
+        drawn({{40, 60, "We shall meet at the the northern gate of the park."}});
     const auto expected = judged(picture).findings;
     std::vector<std::vector<Finding>> got(3);
     {
@@ -215,7 +219,8 @@ TEST(WordsInPicturesUnread, IsAGapInTheCoverage) {
     Picture picture = drawing::blank(640, 300);
     drawing::write(picture, 40, 40, "the quick brown fox", drawing::gray(0));
     part.bytes = drawing::encodePng(picture);
-    for (const auto& [modality, known] : {std::pair{"image", true}, {"ui_ux", false}, {"deck", false}}) {
+    for (const auto& [modality, known] :
+         {std::pair{"image", true}, {"ui_ux", false}, {"deck", false}}) {
         PictureAllowance allowance;
         const Critique critique = critiqueImage(part, modality, allowance, &none, LanguageTools());
         EXPECT_EQ(critique.coverage.known, known) << modality;
