@@ -9,8 +9,11 @@
 // seeded generator, so that two runs on one machine print the same. docs/thresholds.md quotes the
 // results.
 
+#include "critics/ocr/line_reader.h"
 #include "critics/picture/glyph_strokes.h"
+#include "critics/picture/ink.h"
 #include "critics/picture/picture_measures.h"
+#include "critics/picture/picture_words.h"
 #include "critics/picture/pixels.h"
 #include "critics/picture/regions.h"
 
@@ -23,13 +26,17 @@
 #include <QPainterPath>
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <cstdio>
 #include <functional>
 #include <map>
+#include <memory>
 #include <random>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <variant>
 #include <vector>
 
 namespace {
@@ -307,6 +314,102 @@ void contrast() {
     }
 }
 
+/// How near the colour taken for the ink's is to it, by the share of pixels that have it; and the
+/// strokes of bold and regular type.
+void ink() {
+    std::map<std::string, std::vector<double>> shares;
+    std::map<std::string, std::vector<double>> strokes;
+    const auto group = [](const Ink& found) {
+        if (found.full < 0.08) return "a: below 8 %";
+        if (found.full < 0.1) return "b: 8 to 10 %";
+        if (found.full < 0.12) return "c: 10 to 12 %";
+        if (found.full < 0.2) return "d: 12 to 20 %";
+        return found.full < 0.35 ? "e: 20 to 35 %" : "f: 35 % and more";
+    };
+    const auto drawn = [&](const QFont& font, bool bold, const Colour& pen, const Colour& ground) {
+        const Picture picture = pictureOf(written(font, qtOf(pen), qtOf(ground)));
+        const double right = contrastRatio(pen, ground);
+        for (const TextLine& line : findTextLines(picture, findRegions(picture))) {
+            const Ink whole = inkIn(picture, line.box, line.ground);
+            shares[std::string("lines, full ink ") + group(whole)].push_back(whole.contrast /
+                                                                             right);
+            strokes[std::string(bold ? "bold, " : "regular, ") +
+                    (line.xHeight >= 10 ? "10 px and more" : "below 10 px")]
+                .push_back(whole.stroke / line.xHeight);
+            for (const int heights : {2, 4, 8}) { // About as many letters.
+                Rect part = line.box;
+                part.width = std::min(part.width, heights * line.xHeight);
+                const Ink found = inkIn(picture, part, line.ground);
+                shares[std::to_string(heights) + " heights, full ink " + group(found)].push_back(
+                    found.contrast / right);
+            }
+        }
+    };
+    for (const int level : {255, 30}) {
+        const auto value = static_cast<std::uint8_t>(level);
+        const Colour ground{value, value, value, 255};
+        for (const QString& family : kFamilies) {
+            for (const int size : {9, 10, 11, 12, 13, 14, 15, 16, 18, 20, 24}) {
+                for (const auto hinting : {QFont::PreferNoHinting, QFont::PreferVerticalHinting,
+                                           QFont::PreferFullHinting}) {
+                    for (const bool bold : {false, true}) {
+                        QFont font = fontOf(family, size);
+                        font.setHintingPreference(hinting);
+                        font.setBold(bold);
+                        drawn(font, bold, grayWith(4.5, ground), ground);
+                    }
+                }
+            }
+        }
+    }
+    for (const auto& [name, values] : shares) print(name + ": contrast by drawn", values);
+    for (const auto& [name, values] : strokes) print("stroke by x-height, " + name, values);
+}
+
+/// How many words are read wrongly, by how surely they were read and by the size of the type.
+void words() {
+    const auto opened = LineReader::open(languageFolders(""));
+    if (const auto* absence = std::get_if<ReaderAbsence>(&opened)) {
+        std::printf("  %s\n", absence->why.c_str());
+        return;
+    }
+    LineReader& reader = *std::get<std::unique_ptr<LineReader>>(opened);
+    std::map<std::string, std::pair<std::size_t, std::size_t>> wrong; // Of all.
+    for (const auto& [ink, ground] : {std::pair(QColor(Qt::black), QColor(Qt::white)),
+                                      std::pair(QColor(150, 150, 150), QColor(Qt::white)),
+                                      std::pair(QColor(220, 220, 220), QColor(30, 31, 34))}) {
+        for (const QString& family : kFamilies) {
+            for (const int size : {9, 10, 11, 12, 13, 15, 18, 24}) {
+                const Picture picture = pictureOf(written(fontOf(family, size), ink, ground));
+                auto lines = findTextLines(picture, findRegions(picture));
+                if (lines.size() > kSentences.size()) lines.resize(kSentences.size());
+                const WordsRead read = readWords(picture, lines, reader, std::chrono::hours(1));
+                std::vector<std::string> expected;
+                for (const QString& sentence : kSentences) {
+                    for (const QString& word : sentence.split(' '))
+                        expected.push_back(word.toStdString());
+                }
+                for (const PictureWord& word : read.words) {
+                    const bool right = std::ranges::find(expected, word.text) != expected.end();
+                    const char* sure = word.confidence >= 94   ? "94 and more"
+                                       : word.confidence >= 90 ? "90 to 93"
+                                       : word.confidence >= 80 ? "80 to 89"
+                                                               : "below 80";
+                    const std::string height =
+                        size < 11 ? "type below 11 px" : "type from 11 px on";
+                    for (const std::string& group :
+                         {height + ", read with " + sure, height + ", all"}) {
+                        wrong[group].first += right ? 0 : 1;
+                        ++wrong[group].second;
+                    }
+                }
+            }
+        }
+    }
+    for (const auto& [group, counts] : wrong)
+        share("wrong words, " + group, counts.first, counts.second);
+}
+
 // ---- surfaces and outlines ----------------------------------------------------------------------
 
 void surfaces() {
@@ -533,9 +636,9 @@ int main(int argc, char** argv) {
     qputenv("QT_QPA_PLATFORM", "offscreen");
     const QGuiApplication application(argc, argv);
     const std::vector<std::pair<std::string_view, void (*)()>> experiments{
-        {"rows", rows},         {"heights", heights}, {"contrast", contrast},
-        {"surfaces", surfaces}, {"blocks", blocks},   {"noise", noise},
-        {"blur", blurred},      {"banding", banding}, {"bearings", bearings}};
+        {"rows", rows},    {"heights", heights},   {"contrast", contrast}, {"ink", ink},
+        {"words", words},  {"surfaces", surfaces}, {"blocks", blocks},     {"noise", noise},
+        {"blur", blurred}, {"banding", banding},   {"bearings", bearings}};
     for (const QString& family : kFamilies) {
         if (!QFontDatabase::hasFamily(family))
             std::printf("%s is not installed; another family stands in\n", qPrintable(family));

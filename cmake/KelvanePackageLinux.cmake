@@ -29,5 +29,5 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 # imports the two others, which Debian's package of it does not ask for.
 set(CPACK_DEBIAN_PACKAGE_DEPENDS
   "procps, qml6-module-qtquick, qml6-module-qtqml, qml6-module-qtqml-workerscript")
-set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "python3, qt6-wayland")
+set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "python3, qt6-wayland, tesseract-ocr-eng")
 set(CPACK_STRIP_FILES ON)

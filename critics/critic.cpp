@@ -4,6 +4,9 @@
 #include "critics/code/code_critic.h"
 #include "critics/document/document_critic.h"
 #include "critics/findings/finding_list.h"
+#include "critics/ocr/line_reader.h"
+#include "critics/office/office_critic.h"
+#include "critics/pages/pdf_critic.h"
 #include "critics/picture/image_critic.h"
 #include "critics/sheet/sheet_critic.h"
 #include "critics/text/calendar.h"
@@ -16,6 +19,8 @@
 #include <array>
 #include <functional>
 #include <mutex>
+#include <utility>
+#include <variant>
 
 namespace trevix {
 
@@ -96,11 +101,40 @@ Critique unreadableCritique(const Part& part, const std::string& place) {
     return critique;
 }
 
+/// What a reader of files made of one.
+Critique ofFile(std::variant<Critique, Unread> outcome, const std::string& place) {
+    if (auto* critique = std::get_if<Critique>(&outcome)) return std::move(*critique);
+    const Unread& unread = std::get<Unread>(outcome);
+    Critique critique;
+    critique.findings =
+        onlyFinding(kUnreadable, place, unread.reason,
+                    "Content of " + place + " was not judged: " + unread.reason + ".");
+    critique.coverage.missed(unread.gap);
+    return critique;
+}
+
+/// A file on which its reader has ended badly.
+Critique leftAlone(const Part& part, const std::string& place) {
+    return ofFile(Unread{"the reader of such files ended badly on it",
+                         {"content of type " + shortened(part.mimeType),
+                          "a reader ended badly on this work", ""}},
+                  place);
+}
+
 Critique critiqueByType(const Part& part, std::string_view modality, const std::string& place,
                         const CriticTools& tools, PictureAllowance& pictures) {
     const std::string type = bareType(part.mimeType);
     if (!part.isText || (part.text.empty() && !part.bytes.empty())) {
-        if (type == "image/png") return critiqueImage(part, modality, pictures);
+        const bool own = tools.readers == Readers::own;
+        if (type == "image/png") {
+            LineReaders* const readers = own ? nullptr : tools.lines.get();
+            return critiqueImage(part, modality, pictures, readers, tools.language);
+        }
+        const auto kind = officeKindOf(type);
+        const bool pdf = type == "application/pdf";
+        if ((pdf || kind) && own) return leftAlone(part, place);
+        if (pdf) return ofFile(critiquePdf(part, tools.language), place);
+        if (kind) return ofFile(critiqueOffice(part, *kind, tools.language), place);
         return unreadableCritique(part, place);
     }
     // The type says what this part is; the modality speaks only for parts that are plain text.

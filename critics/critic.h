@@ -8,15 +8,19 @@
 
 #include "critics/findings/critique.h"
 #include "critics/language/language_tools.h"
+#include "critics/ocr/line_reader.h"
 
 #include <cstddef>
 #include <functional>
+#include <memory>
 
 namespace trevix {
 
-/// What the critics judge with beside their own rules. As it is made: no dictionary, every reader.
+/// What the critics judge with beside their own rules. As it is made: no dictionary, nobody who
+/// reads pictures.
 struct CriticTools {
     LanguageTools language;
+    std::shared_ptr<LineReaders> lines; ///< Who reads the words in pictures; may be null.
     Readers readers = Readers::all;
 };
 

@@ -107,7 +107,8 @@ int serve(const CommandLine& line, const fs::path& self, const fs::path& data,
         {self, data / "work", home,
          kelvane::text::xdgDataHome(environment("XDG_DATA_HOME").value_or(""), home),
          kelvane::text::xdgConfigHome(environment("XDG_CONFIG_HOME").value_or(""), home) /
-             "kelvane/dictionary.txt"});
+             "kelvane/dictionary.txt",
+         environment("TESSDATA_PREFIX").value_or("")});
 
     QueueOptions queueOptions;
     queueOptions.maxWaiting = line.queue;

@@ -65,6 +65,14 @@ enum class Readers {
          ///< badly. What it would have told is a gap in the coverage.
 };
 
+/// Why a file could not be looked into at all.
+struct Unread {
+    std::string reason; ///< A clause for people: "it is damaged or no PDF".
+    NotChecked gap;     ///< The same for the coverage.
+
+    bool operator==(const Unread&) const = default;
+};
+
 struct Critique {
     std::vector<Finding> findings;
     Extent extent;

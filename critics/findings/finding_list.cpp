@@ -114,7 +114,7 @@ bool FindingList::admit(GradedRule rule, const Place& place) {
 
 void FindingList::add(GradedRule rule, std::size_t offset, std::size_t length,
                       std::string_view says) {
-    const auto place = [&] { return m_source->place(offset); };
+    const auto place = [&] { return m_source->place(offset, length); };
     if (!admit(rule, place)) return;
     m_findings.emplace_back(
         offset, worded(rule.rule(), rule.severity(), place(), quote(offset, length), says));

@@ -1,6 +1,7 @@
 #include "critics/findings/source_text.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace trevix {
 
@@ -16,7 +17,9 @@ bool startsCodePoint(char byte) {
 
 } // namespace
 
-SourceText::SourceText(std::string_view text) : m_text(text) {
+SourceText::SourceText(std::string_view text, PlaceNamer namer)
+    : m_text(text),
+      m_namer(std::move(namer)) {
     m_lineStarts.push_back(0);
     std::size_t codePoints = 0;
     for (std::size_t i = 0; i < text.size(); ++i) {
@@ -62,11 +65,18 @@ std::size_t SourceText::writtenLines() const {
     return written;
 }
 
-std::string SourceText::place(std::size_t offset) const {
+std::string SourceText::place(std::size_t offset, std::size_t length) const {
     offset = std::min(offset, m_text.size());
+    if (m_namer) return m_namer(offset, std::min(length, m_text.size() - offset));
     const std::size_t line = lineAt(offset);
     const std::size_t column = codePointsBefore(offset) - codePointsBefore(m_lineStarts[line]) + 1;
     return "line " + std::to_string(line + 1) + ", column " + std::to_string(column);
+}
+
+std::string SourceText::linePlace(std::size_t offset) const {
+    offset = std::min(offset, m_text.size());
+    if (m_namer) return m_namer(offset, 0);
+    return "line " + std::to_string(lineAt(offset) + 1);
 }
 
 } // namespace trevix

@@ -3,19 +3,29 @@
 // Lines end at LF, CR LF or a lone CR. Columns count code points from 1, as editors do; a byte that
 // is not UTF-8 counts as one. The text is not copied and must outlive the view. Building it is
 // linear, every question afterwards is cheap even for a single line of many megabytes.
+//
+// A text that was taken out of something else (a picture, a page, a cell) is shown at the place
+// that it has there: whoever took it out names the places.
 
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace trevix {
 
+/// Where the bytes from `offset` on, `length` of them, stand in what the text was taken from: "page
+/// 2", "x 10, y 40, 120 x 30 px". Answers for every offset up to the end of the text.
+using PlaceNamer = std::function<std::string(std::size_t offset, std::size_t length)>;
+
 class SourceText {
 public:
-    explicit SourceText(std::string_view text);
+    explicit SourceText(std::string_view text) : SourceText(text, {}) {}
+    /// For a text whose places `namer` knows.
+    SourceText(std::string_view text, PlaceNamer namer);
 
     [[nodiscard]] std::string_view text() const { return m_text; }
     [[nodiscard]] std::size_t lineCount() const { return m_lineStarts.size(); }
@@ -29,13 +39,17 @@ public:
     /// How many lines hold more than blanks.
     [[nodiscard]] std::size_t writtenLines() const;
 
-    /// "line 12, column 5".
-    [[nodiscard]] std::string place(std::size_t offset) const;
+    /// "line 12, column 5", or what the namer of places says.
+    [[nodiscard]] std::string place(std::size_t offset, std::size_t length = 0) const;
+
+    /// "line 12", or what the namer of places says.
+    [[nodiscard]] std::string linePlace(std::size_t offset) const;
 
 private:
     [[nodiscard]] std::size_t codePointsBefore(std::size_t offset) const;
 
     std::string_view m_text;
+    PlaceNamer m_namer;
     std::vector<std::size_t> m_lineStarts;
     std::vector<std::size_t> m_codePointsAtBlock; ///< Code points before each block of bytes.
 };

@@ -34,16 +34,19 @@ const fs::path& emptied(const fs::path& folder) {
 constexpr const char* kHome = "TREVIX_HOME";
 constexpr const char* kDataHome = "TREVIX_DATA_HOME";
 constexpr const char* kWords = "TREVIX_WORDS";
+constexpr const char* kWritings = "TREVIX_TESSDATA";
 
 GraderOptions optionsFor(const MachinePlaces& places) {
     GraderOptions options;
     options.worker.program = places.program.string();
     options.worker.environment = {{kHome, places.home.string()},
                                   {kDataHome, places.dataHome.string()},
-                                  {kWords, places.words.string()}};
+                                  {kWords, places.words.string()},
+                                  {kWritings, places.tessdata.string()}};
     // Of the person's folders those alone in which dictionaries are looked for.
     options.worker.readable = {(places.dataHome / "hunspell").string(), places.words.string(),
                                (places.home / "Library/Spelling").string()};
+    if (!places.tessdata.empty()) options.worker.readable.push_back(places.tessdata.string());
     options.worker.arguments = {"--worker"};
     options.worker.limits = kWorkerLimits;
     return options;
@@ -74,6 +77,7 @@ const Grader& MachineGrader::grader() const {
 int serveWorker(Readers readers, const std::function<std::string(const char*)>& environment) {
     CriticTools tools;
     tools.readers = readers;
+    tools.lines = std::make_shared<LineReaders>(languageFolders(environment(kWritings)));
     tools.language =
         toolsOfMachine(environment(kHome), environment(kDataHome), environment(kWords));
     std::string input;

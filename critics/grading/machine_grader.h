@@ -21,6 +21,8 @@ struct MachinePlaces {
     std::filesystem::path home;     ///< Of the person, where programs of the desktop keep words.
     std::filesystem::path dataHome; ///< Where the person's own dictionaries are.
     std::filesystem::path words;    ///< A file of the person's own words; need not be there.
+    /// Where the reader of pictures finds what it knows, before the usual folders; may be empty.
+    std::filesystem::path tessdata;
 };
 
 class MachineGrader {

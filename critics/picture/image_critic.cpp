@@ -3,7 +3,10 @@
 #include "critics/findings/finding_list.h"
 #include "critics/picture/picture_rule_table.h"
 #include "critics/picture/picture_rules.h"
+#include "critics/picture/picture_text.h"
 #include "critics/picture/pixels.h"
+#include "critics/text/prose_rules.h"
+#include "critics/text/text_rule_table.h"
 
 #include <algorithm>
 #include <optional>
@@ -21,6 +24,8 @@ constexpr GradedRule kBlankHigh = declared<WorkKind::picture>("picture.blank", S
 constexpr GradedRule kBlankMedium = declared<WorkKind::picture>("picture.blank", Severity::medium);
 constexpr GradedRule kUnreadable = declared<WorkKind::picture>("picture.unreadable");
 constexpr GradedRule kUnjudged = declared<WorkKind::picture>("picture.unjudged");
+
+constexpr GradedRule kSecret = declared<WorkKind::text>("text.secret");
 
 /// Of 255: an alpha that no eye tells from none, and a brightness that it does not tell from black.
 constexpr int kInvisibleAlpha = 8;
@@ -142,7 +147,60 @@ void judgeLarge(std::string_view bytes, PictureFacts facts, FindingList& list) {
     judgeSize(facts, list);
 }
 
-void judgeWhole(Picture picture, PictureKind kind, FindingList& list) {
+/// What nobody read, and why.
+void missWords(const ReaderAbsence& absence, Critique& critique) {
+    critique.coverage.missed({"words in pictures", absence.why, absence.remedy});
+}
+
+/// Reads the words of the picture's lines.
+void readWriting(PictureFacts& facts, PictureAllowance& allowance, LineReaders* readers,
+                 Critique& critique) {
+    if (readers == nullptr) {
+        missWords({"nobody reads them", ""}, critique);
+        return;
+    }
+    const auto taken = readers->take();
+    if (const auto* absence = std::get_if<ReaderAbsence>(&taken)) {
+        missWords(*absence, critique);
+        return;
+    }
+    LineReader& reader = std::get<LineReaders::Lease>(taken).reader();
+    const auto start = std::chrono::steady_clock::now();
+    WordsRead read = readWords(facts.picture, facts.lines, reader, allowance.reading());
+    allowance.spend(std::chrono::duration_cast<std::chrono::milliseconds>(
+        std::chrono::steady_clock::now() - start));
+    facts.words = std::move(read.words);
+    if (!read.complete) missWords({"reading all of them took too long", ""}, critique);
+    if (read.complete || !facts.words.empty()) {
+        critique.coverage.checked({"tesseract", reader.version(), "words in pictures, English"});
+        critique.coverage.known = true;
+    }
+}
+
+/// Judges what is written. Of the rules for prose those that a fragment, a label or a misread mark
+/// does not set off: not how much there is, whether sentences are whole, begin with a capital or
+/// close their brackets, how they are spaced, or who shouts in them.
+void judgeText(const PictureFacts& facts, const LanguageTools& tools, Critique& critique) {
+    if (facts.words.empty()) return;
+    const PictureText read = textOf(facts.words, facts.lines);
+    const SourceText source(read.text, [&read](std::size_t offset, std::size_t length) {
+        return read.placeOf(offset, length);
+    });
+    FindingList list(source);
+    checkSecrets(source, kSecret, list);
+    const ProseView view(source, proseOf(read, source));
+    checkPlaceholders(view, list);
+    checkDoubledWords(view, list);
+    checkDates(view, list);
+    checkLanguage(view, tools, list, critique.coverage);
+    critique.extent.words = read.sureWords;
+    critique.coverage.checked(ownRules("what was left behind, dates and repetition in pictures"));
+    for (Finding& finding : list.take()) critique.findings.push_back(std::move(finding));
+}
+
+void judgeWhole(Picture picture, PictureKind kind, PictureAllowance& allowance,
+                LineReaders* readers, const LanguageTools& tools, Critique& critique) {
+    FindingList list;
     Emptiness seen;
     seen.look(picture.pixels);
     layOnWhite(picture.pixels);
@@ -153,9 +211,11 @@ void judgeWhole(Picture picture, PictureKind kind, FindingList& list) {
         facts.kind = kind;
         facts.picture = std::move(picture);
         judgeSize(facts, list);
+        critique.findings = list.take();
         return;
     }
-    const PictureFacts facts = factsOf(std::move(picture), kind);
+    PictureFacts facts = factsOf(std::move(picture), kind);
+    readWriting(facts, allowance, readers, critique);
     judgeSize(facts, list);
     judgeWriting(facts, list);
     judgeRendering(facts, list);
@@ -170,18 +230,24 @@ void judgeWhole(Picture picture, PictureKind kind, FindingList& list) {
         judgeSlide(facts, list);
         break;
     }
+    critique.findings = list.take();
+    judgeText(facts, tools, critique);
 }
 
 /// Judges the picture as far as the allowance reaches.
-void judge(const Part& part, PictureKind kind, PictureAllowance& allowance, FindingList& list) {
+void judge(const Part& part, PictureKind kind, PictureAllowance& allowance, LineReaders* readers,
+           const LanguageTools& tools, Critique& critique) {
+    FindingList list;
     const auto header = sizeOfPng(part.bytes);
     if (const auto* failure = std::get_if<DecodeFailure>(&header)) {
         tellUnreadable(*failure, list);
+        critique.findings = list.take();
         return;
     }
     const PictureSize size = std::get<PictureSize>(header);
     if (!allowance.take(size.pixels())) {
         tellUnjudged(size, list);
+        critique.findings = list.take();
         return;
     }
     if (size.pixels() > kMostAnalysedPixels) {
@@ -189,25 +255,37 @@ void judge(const Part& part, PictureKind kind, PictureAllowance& allowance, Find
         facts.kind = kind;
         facts.picture = {size.width, size.height, {}};
         judgeLarge(part.bytes, std::move(facts), list);
+        critique.findings = list.take();
+        missWords({"the picture is larger than " + std::to_string(kMostAnalysedPixels / 1'000'000) +
+                       " megapixels",
+                   "send a part of it"},
+                  critique);
         return;
     }
     auto decoded = decodePng(part.bytes);
-    if (const auto* failure = std::get_if<DecodeFailure>(&decoded))
+    if (const auto* failure = std::get_if<DecodeFailure>(&decoded)) {
         tellUnreadable(*failure, list);
-    else
-        judgeWhole(std::get<Picture>(std::move(decoded)), kind, list);
+        critique.findings = list.take();
+        return;
+    }
+    judgeWhole(std::get<Picture>(std::move(decoded)), kind, allowance, readers, tools, critique);
 }
 
 } // namespace
 
-Critique critiqueImage(const Part& part, std::string_view modality, PictureAllowance& allowance) {
+Critique critiqueImage(const Part& part, std::string_view modality, PictureAllowance& allowance,
+                       LineReaders* readers, const LanguageTools& tools) {
     Critique critique;
     critique.coverage.checked(ownRules("emptiness, writing, edges and contrast in pictures"));
-    critique.coverage.known = true;
-    FindingList list;
-    judge(part, kindOf(modality), allowance, list);
-    critique.findings = list.take();
+    const PictureKind kind = kindOf(modality);
+    // What a window or slide is for stands in its words.
+    critique.coverage.known = kind == PictureKind::image;
+    judge(part, kind, allowance, readers, tools, critique);
     return critique;
+}
+
+Critique critiqueImage(const Part& part, std::string_view modality, PictureAllowance& allowance) {
+    return critiqueImage(part, modality, allowance, nullptr, LanguageTools());
 }
 
 } // namespace trevix

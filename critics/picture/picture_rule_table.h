@@ -30,13 +30,13 @@ struct RulesFor<WorkKind::picture> {
              "chosen, in pixels by kind of picture"},
         Rule{"picture.aspect", Severity::medium, "extreme proportions", Unit::part,
              "chosen, as width to height by kind of picture"},
-        Rule{
-            "picture.low_contrast",
-            {Severity::high, Severity::medium, Severity::low},
-            "weak contrast",
-            Unit::region,
-            "WCAG 2.2 (1.4.3) asks for 4.5:1, for large letters 3:1; measured (picture_thresholds "
-            "contrast): antialiased letters have less, so 4.0, 3.0 below 8 px, 2.9 for large ones"},
+        Rule{"picture.low_contrast",
+             {Severity::high, Severity::medium, Severity::low},
+             "weak contrast",
+             Unit::region,
+             "WCAG 2.2 (1.4.3) asks for 4.5:1, for large letters 3:1; measured (picture_thresholds "
+             "ink): when the ink's own colour was seen; measured (picture_thresholds contrast): "
+             "antialiased letters have less, so else 4.0, 3.0 below 8 px, 2.9 for large ones"},
         Rule{"picture.tiny_text",
              {Severity::medium, Severity::low},
              "unreadably small text",

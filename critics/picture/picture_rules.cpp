@@ -32,37 +32,51 @@ constexpr GradedRule kBandingLow = declared<WorkKind::picture>("picture.banding"
 
 struct LowContrast {
     Rect box;
-    TextLine worst;
-    int lines = 0;
+    Writing worst;
+    bool hard = false; ///< Anything in it is hard to read.
+    bool sure = false; ///< Anything in it is known to fall short.
 };
 
 // Where a comment names an experiment, `build/dev/bench/picture_thresholds NAME` repeats it;
 // docs/thresholds.md has the figures.
 
 /// WCAG 2.2, success criterion 1.4.3: contrast that writing needs, and large writing, which begins
-/// at 18 points, or 24 pixels of type. Type of 24 pixels has letters of about 13 (experiment
-/// `heights`).
+/// at 18 points, or 24 pixels of type, and when bold at 14 points, or 18.7 pixels. Type of 24
+/// pixels has letters of about 13, of 18.7 pixels about 10 (experiment `heights`); strokes of bold
+/// type are a quarter of that wide, of regular type at most a fifth (experiment `ink`).
 constexpr double kNeededContrast = 4.5;
 constexpr double kNeededContrastLarge = 3.0;
 constexpr int kLargeXHeight = 13;
+constexpr int kLargeBoldXHeight = 10;
+constexpr double kBoldStroke = 0.21;
+/// What rounds to the contrast that is needed counts as that.
+constexpr double kRoundedOff = 0.05;
 
-double requiredContrast(const TextLine& line) {
-    return line.xHeight >= kLargeXHeight ? kNeededContrastLarge : kNeededContrast;
+bool isLarge(const Writing& writing) {
+    if (writing.xHeight >= kLargeXHeight) return true;
+    return writing.xHeight >= kLargeBoldXHeight &&
+           writing.ink.stroke >= kBoldStroke * writing.xHeight;
+}
+
+double requiredContrast(const Writing& writing) {
+    return isLarge(writing) ? kNeededContrastLarge : kNeededContrast;
 }
 
 /// Contrasts below which even the best pixels of antialiased letters tell that the colour is too
-/// weak. Of writing drawn at 4.5:1, one line in a hundred measures less than 4.06; letters below
-/// `kSmallXHeight` pixels have no stroke that fills a pixel, a tenth measures less than 3.4, and so
-/// they are held to 3:1, which nothing on a screen may have less of (1.4.11). Large letters measure
-/// what they have, but for rounding to 255 levels (experiment `contrast`).
+/// weak, where the ink's own colour was not seen. Of writing drawn at 4.5:1, one line in a hundred
+/// measures less than 4.06; letters below `kSmallXHeight` pixels have no stroke that fills a pixel,
+/// a tenth measures less than 3.4, and so they are held to 3:1, which nothing on a screen may have
+/// less of (1.4.11). Large letters measure what they have, but for rounding to 255 levels
+/// (experiment `contrast`).
 constexpr double kHardToRead = 2.9;
 constexpr double kTooLow = 4.0;
 constexpr double kTooLowSmall = 3.0;
 constexpr int kSmallXHeight = 8;
 
-double surelyTooLow(const TextLine& line) {
-    if (line.xHeight >= kLargeXHeight) return kHardToRead;
-    return line.xHeight >= kSmallXHeight ? kTooLow : kTooLowSmall;
+double surelyTooLow(const Writing& writing) {
+    if (writing.ink.sure) return requiredContrast(writing) - kRoundedOff;
+    if (isLarge(writing)) return kHardToRead;
+    return writing.xHeight >= kSmallXHeight ? kTooLow : kTooLowSmall;
 }
 
 /// Fainter than this is rather a trace in a light surface than writing: white and a gray 21
@@ -74,6 +88,11 @@ constexpr double kFaintest = 1.2;
 constexpr int kSameGround = 12;
 constexpr int kSameInk = 48;
 constexpr int kNeighbourHeights = 2;
+
+/// Of 100: what was read with less is perhaps no word, and its box not that of one.
+constexpr int kTellingConfidence = 50;
+/// X-heights of a word that tells its own colour from that of the words beside it: two letters.
+constexpr int kTellingHeights = 2;
 
 /// Tenths of the width of all writing that prevail, and those that are no oddity any more; the
 /// lines that are none either.
@@ -113,60 +132,83 @@ constexpr double kVeryNoisy = 16;
 /// A gradient is large from this share of the picture on: one in so many pixels.
 constexpr int kLargeShare = 20;
 
-bool isWeak(const TextLine& line, double below) {
-    return line.contrast >= kFaintest && line.contrast < below;
+bool isWeak(const Writing& writing, double below) {
+    return writing.ink.contrast >= kFaintest && writing.ink.contrast < below;
 }
 
-std::vector<LowContrast> lowContrastRegions(const std::vector<TextLine>& lines) {
+std::vector<LowContrast> lowContrastRegions(const std::vector<Writing>& all) {
     std::vector<LowContrast> regions;
-    for (const TextLine& line : lines) {
-        if (!isWeak(line, surelyTooLow(line))) continue;
+    for (const Writing& writing : all) {
+        if (!isWeak(writing, surelyTooLow(writing))) continue;
+        const Ink& ink = writing.ink;
         const auto joined = std::ranges::find_if(regions, [&](const LowContrast& region) {
-            const int gap = line.box.y - region.box.bottom();
-            const int side =
-                std::max(line.box.x, region.box.x) - std::min(line.box.right(), region.box.right());
-            return gap <= line.box.height * kNeighbourHeights &&
-                   side <= line.box.height * kNeighbourHeights &&
-                   channelDistance(region.worst.ground, line.ground) <= kSameGround &&
-                   channelDistance(region.worst.ink, line.ink) <= kSameInk;
+            const int gap = writing.box.y - region.box.bottom();
+            const int side = std::max(writing.box.x, region.box.x) -
+                             std::min(writing.box.right(), region.box.right());
+            return gap <= writing.box.height * kNeighbourHeights &&
+                   side <= writing.box.height * kNeighbourHeights &&
+                   channelDistance(region.worst.ink.ground, ink.ground) <= kSameGround &&
+                   channelDistance(region.worst.ink.colour, ink.colour) <= kSameInk;
         });
+        const bool hard = ink.contrast < kHardToRead;
         if (joined == regions.end()) {
-            regions.push_back({line.box, line, 1});
+            regions.push_back({writing.box, writing, hard, ink.sure});
             continue;
         }
-        joined->box = united(joined->box, line.box);
-        ++joined->lines;
-        if (line.contrast < joined->worst.contrast) joined->worst = line;
+        joined->box = united(joined->box, writing.box);
+        joined->hard = joined->hard || hard;
+        joined->sure = joined->sure || ink.sure;
+        if (ink.contrast < joined->worst.ink.contrast) joined->worst = writing;
     }
     std::ranges::stable_sort(regions, {},
-                             [](const LowContrast& region) { return region.worst.contrast; });
+                             [](const LowContrast& region) { return region.worst.ink.contrast; });
     return regions;
 }
 
-void judgeContrast(const PictureFacts& facts, FindingList& list) {
-    int weak = 0;
-    int weakLines = 0;
-    for (const TextLine& line : facts.lines) {
-        if (!isWeak(line, kHardToRead)) continue;
-        weak += line.box.width;
-        ++weakLines;
+/// How much of the writing is weak: its width and its pieces.
+struct Weakness {
+    int width = 0;
+    int pieces = 0;
+
+    void add(const Writing& writing) {
+        width += writing.box.width;
+        ++pieces;
     }
-    const int all = facts.textWidth();
-    // A few pale words may be disabled controls or hints; most of the writing may not.
-    GradedRule prevailing = kPale;
-    if (weak * 10 >= all * kMoreThanOddTenths || weakLines > kMostOddLines)
-        prevailing = kWeakContrast;
-    if (weak * 10 >= all * kPrevailingTenths && weakLines >= 2) prevailing = kWeakThroughout;
+    [[nodiscard]] bool isOdd(int all) const {
+        return width * 10 < all * kMoreThanOddTenths && pieces <= kMostOddLines;
+    }
+    [[nodiscard]] bool prevails(int all) const {
+        return width * 10 >= all * kPrevailingTenths && pieces >= 2;
+    }
+};
+
+void judgeContrast(const PictureFacts& facts, FindingList& list) {
+    const std::vector<Writing> writing = writingIn(facts);
+    Weakness hard;
+    Weakness known; // To fall short, hard to read or not.
+    int all = 0;
+    for (const Writing& piece : writing) {
+        all += piece.box.width;
+        const bool isHard = isWeak(piece, kHardToRead);
+        if (isHard) hard.add(piece);
+        if (isHard || (piece.ink.sure && isWeak(piece, surelyTooLow(piece)))) known.add(piece);
+    }
+    // A few pale words may be disabled controls or hints; most of the writing may not. Nor is it
+    // the gravest fault unless it is hard to read.
     // In photographs the search may take ripples for writing.
     const PictureMeasures& m = facts.measures;
-    if (m.photoBlocks * 2 > m.blocks) prevailing = kPale;
-    for (const LowContrast& region : lowContrastRegions(facts.lines)) {
-        const TextLine& worst = region.worst;
-        const bool hard = worst.contrast < kHardToRead;
+    const bool photograph = m.photoBlocks * 2 > m.blocks;
+    const GradedRule ofKnown = known.isOdd(all) || photograph ? kPale : kWeakContrast;
+    const GradedRule ofHard = hard.prevails(all) && !photograph ? kWeakThroughout : ofKnown;
+    for (const LowContrast& region : lowContrastRegions(writing)) {
+        const Writing& worst = region.worst;
         const std::string place = placeName(region.box);
-        const std::string ratio = fixed(worst.contrast, 2) + ":1";
-        const std::string colours = hexName(worst.ink) + " on " + hexName(worst.ground);
-        list.addAt(hard ? prevailing : kPale, place, ratio + ", " + colours,
+        const std::string ratio = fixed(worst.ink.contrast, 2) + ":1";
+        const std::string colours = hexName(worst.ink.colour) + " on " + hexName(worst.ink.ground);
+        list.addAt(region.hard   ? ofHard
+                   : region.sure ? ofKnown
+                                 : kPale,
+                   place, ratio + ", " + colours,
                    "The writing at " + place + " has a contrast of only " + ratio + " (" + colours +
                        "); at its size " + fixed(requiredContrast(worst), 1) + ":1 is needed.");
     }
@@ -272,6 +314,41 @@ PictureFacts factsOf(Picture onWhite, PictureKind kind) {
     facts.lines = findTextLines(facts.picture, facts.regions);
     facts.measures = measure(facts.picture);
     return facts;
+}
+
+std::vector<Writing> writingIn(const PictureFacts& facts) {
+    std::vector<Writing> all;
+    std::size_t next = 0; // Of the words, which are in the order of the lines.
+    for (std::size_t i = 0; i < facts.lines.size(); ++i) {
+        const TextLine& line = facts.lines[i];
+        std::vector<Writing> pieces;
+        for (; next < facts.words.size() && facts.words[next].line == i; ++next) {
+            const PictureWord& word = facts.words[next];
+            if (word.confidence < kTellingConfidence) continue;
+            const Writing piece{word.box, line.xHeight,
+                                inkIn(facts.picture, word.box, line.ground)};
+            const bool tells = piece.ink.sure && piece.box.width >= line.xHeight * kTellingHeights;
+            const bool same =
+                !pieces.empty() &&
+                channelDistance(pieces.back().ink.ground, piece.ink.ground) <= kSameGround &&
+                channelDistance(pieces.back().ink.colour, piece.ink.colour) <= kSameInk;
+            if (!pieces.empty() && (same || !tells)) {
+                pieces.back().box = united(pieces.back().box, piece.box);
+                continue;
+            }
+            pieces.push_back(piece);
+        }
+        if (pieces.size() <= 1) {
+            all.push_back({line.box, line.xHeight, inkIn(facts.picture, line.box, line.ground)});
+            continue;
+        }
+        // More pixels know the ink better.
+        for (Writing& piece : pieces) {
+            piece.ink = inkIn(facts.picture, piece.box, line.ground);
+            all.push_back(piece);
+        }
+    }
+    return all;
 }
 
 std::string fixed(double value, int decimals) {

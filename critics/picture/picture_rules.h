@@ -8,7 +8,9 @@
 
 #include "critics/findings/finding_list.h"
 #include "critics/picture/glyph_strokes.h"
+#include "critics/picture/ink.h"
 #include "critics/picture/picture_measures.h"
+#include "critics/picture/picture_words.h"
 #include "critics/picture/regions.h"
 
 #include <string>
@@ -22,12 +24,20 @@ enum class PictureKind { image, userInterface, slide };
 /// What a modality's pictures show: "ui_ux", "deck", anything else.
 [[nodiscard]] PictureKind kindOf(std::string_view modality);
 
+/// A line of writing, or a part of it whose words have one colour.
+struct Writing {
+    Rect box;
+    int xHeight = 0;
+    Ink ink;
+};
+
 /// A picture with everything that the rules ask about it.
 struct PictureFacts {
     PictureKind kind = PictureKind::image;
     Picture picture; ///< On white.
     Regions regions;
     std::vector<TextLine> lines;
+    std::vector<PictureWord> words; ///< Empty where they were not read.
     PictureMeasures measures;
 
     [[nodiscard]] Rect whole() const { return {0, 0, picture.width, picture.height}; }
@@ -36,6 +46,10 @@ struct PictureFacts {
 };
 
 [[nodiscard]] PictureFacts factsOf(Picture onWhite, PictureKind kind);
+
+/// What is written, by colour: each line whole where its words were not read, else parted where the
+/// colour changes. In the order of the lines.
+[[nodiscard]] std::vector<Writing> writingIn(const PictureFacts& facts);
 
 /// "3.50", with `decimals` digits after the point.
 [[nodiscard]] std::string fixed(double value, int decimals);

@@ -150,9 +150,9 @@ void checkRepeatedSentences(const ProseView& view, FindingList& findings) {
         const bool goesOn =
             original != kNone && previousOriginal != kNone && original == previousOriginal + 1;
         if (original != kNone && !goesOn) {
-            const std::size_t line = view.source.lineAt(view.sentences[original].begin);
             findings.add(kRepeated, view.sentences[i].begin, own.size(),
-                         "stands word for word in line " + std::to_string(line + 1) + " already");
+                         "stands word for word in " +
+                             view.source.linePlace(view.sentences[original].begin) + " already");
         }
         previousOriginal = original;
     }

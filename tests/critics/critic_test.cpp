@@ -80,7 +80,7 @@ TEST(Critique, SheetsAndPicturesReachTheirCritics) {
 }
 
 TEST(Critique, WhatCannotBeReadIsAFinding) {
-    for (const std::string type : {"application/pdf", "image/jpeg", "video/mp4", ""}) {
+    for (const std::string type : {"application/zip", "image/jpeg", "video/mp4", ""}) {
         const auto findings = critique(submission("deck", {binaryPart(type, "\x01\x02")})).findings;
         ASSERT_EQ(findings.size(), 1U) << type;
         EXPECT_EQ(findings[0].rule, "artifact.unreadable");
@@ -89,6 +89,23 @@ TEST(Critique, WhatCannotBeReadIsAFinding) {
         EXPECT_EQ(findings[0].evidence, type.empty() ? "no type" : type);
         EXPECT_NE(findings[0].detail.find(findings[0].place), std::string::npos);
         EXPECT_NE(findings[0].detail.find(findings[0].evidence), std::string::npos);
+    }
+}
+
+TEST(Critique, AFileOfAReadableKindThatCannotBeReadSaysWhy) {
+    for (const std::string type :
+         {"application/pdf",
+          "application/vnd.openxmlformats-officedocument.wordprocessingml.document",
+          "application/vnd.oasis.opendocument.spreadsheet"}) {
+        const Critique made = critique(submission("document", {binaryPart(type, "\x01\x02")}));
+        ASSERT_EQ(made.findings.size(), 1U) << type;
+        EXPECT_EQ(made.findings[0].rule, "artifact.unreadable");
+        EXPECT_EQ(made.findings[0].place, "part 1 (work.bin)");
+        EXPECT_NE(made.findings[0].detail.find(made.findings[0].evidence), std::string::npos);
+        EXPECT_EQ(made.findings[0].evidence.find(type), std::string::npos);
+        ASSERT_EQ(made.coverage.notChecked.size(), 1U) << type;
+        EXPECT_EQ(made.coverage.notChecked[0].why, made.findings[0].evidence);
+        EXPECT_FALSE(made.coverage.known);
     }
 }
 

@@ -112,5 +112,17 @@ TEST(Shortened, CutsToTheLimit) {
     EXPECT_TRUE(kelvane::text::isValidUtf8(shortened(marks)));
 }
 
+TEST(SourceText, ANamerOfPlacesNamesThemAll) {
+    const std::string text = "first page\nsecond page";
+    const SourceText named(text, [](std::size_t offset, std::size_t length) {
+        return "page " + std::to_string(offset < 11 ? 1 : 2) + ", " + std::to_string(length);
+    });
+    EXPECT_EQ(named.place(0, 5), "page 1, 5");
+    EXPECT_EQ(named.place(18, 100), "page 2, 4"); // Not beyond the end.
+    EXPECT_EQ(named.linePlace(12), "page 2, 0");
+    EXPECT_EQ(SourceText(text).linePlace(12), "line 2");
+    EXPECT_EQ(SourceText(text).place(12, 4), "line 2, column 2");
+}
+
 } // namespace
 } // namespace trevix

@@ -1,0 +1,62 @@
+#include "critics/pages/pdf_reader.h"
+
+#include <poppler-document.h>
+#include <poppler-global.h>
+#include <poppler-page.h>
+#include <poppler-version.h>
+
+#include <algorithm>
+#include <limits>
+#include <memory>
+#include <mutex>
+
+namespace trevix {
+namespace {
+
+/// The library tells standard error of every oddity of a file unless somebody else listens.
+void beQuiet() {
+    static std::once_flag once;
+    std::call_once(
+        once, [] { poppler::set_debug_error_function([](const std::string&, void*) {}, nullptr); });
+}
+
+} // namespace
+
+std::variant<PdfText, PdfFailure> readPdf(std::string_view bytes) {
+    beQuiet();
+    if (bytes.size() > static_cast<std::size_t>(std::numeric_limits<int>::max()))
+        return PdfFailure{"it is too large", ""};
+    const std::unique_ptr<poppler::document> document(
+        poppler::document::load_from_raw_data(bytes.data(), static_cast<int>(bytes.size())));
+    if (!document) return PdfFailure{"it is damaged or no PDF", ""};
+    if (document->is_locked()) return PdfFailure{"it is encrypted with a password", ""};
+    if (document->pages() <= 0) return PdfFailure{"it has no page", ""};
+
+    using Clock = std::chrono::steady_clock;
+    const auto end = Clock::now() + kMostPdfTime;
+    PdfText read;
+    read.pageCount = static_cast<std::size_t>(document->pages());
+    std::size_t kept = 0;
+    const std::size_t count = std::min(read.pageCount, kMostPdfPages);
+    for (std::size_t i = 0; i < count && kept < kMostPdfText && Clock::now() < end; ++i) {
+        const std::unique_ptr<poppler::page> page(document->create_page(static_cast<int>(i)));
+        std::string text;
+        if (page) {
+            // The order in which people read, columns one after the other.
+            const poppler::byte_array utf8 =
+                page->text(poppler::rectf(), poppler::page::non_raw_non_physical_layout).to_utf8();
+            text.assign(utf8.begin(), utf8.end());
+        }
+        std::erase(text, '\f');
+        if (text.size() > kMostPdfText - kept) text.resize(kMostPdfText - kept);
+        kept += text.size();
+        read.pages.push_back(std::move(text));
+    }
+    return read;
+}
+
+PdfEngine pdfEngine() {
+    return {"poppler", poppler::version_string()};
+}
+
+} // namespace trevix
