@@ -4,8 +4,6 @@
 #include "text/unicode.h"
 
 #include <algorithm>
-#include <cstddef>
-#include <utility>
 
 namespace trevix {
 
@@ -49,89 +47,7 @@ std::vector<std::int32_t> codePointsOf(const std::string& word) {
     return points;
 }
 
-// Bytes; words that are longer are made up, and what is made of them is soon all there is to do.
-constexpr std::size_t kLongestSlip = 40;
-
-std::vector<std::string> lettersOf(std::string_view word) {
-    std::vector<std::string> letters;
-    for (std::size_t i = 0; i < word.size();) {
-        const std::size_t length = text::decodeFront(word.substr(i)).length;
-        letters.emplace_back(word.substr(i, length));
-        i += length;
-    }
-    return letters;
-}
-
-/// Tries words of letters, and keeps those that a dictionary knows, each once.
-class Tries {
-public:
-    Tries(const Dictionary& dictionary, std::string_view itself)
-        : m_dictionary(dictionary),
-          m_tried{std::string(itself)} {}
-
-    void add(const std::vector<std::string>& letters) {
-        std::string word;
-        for (const std::string& letter : letters) word += letter;
-        if (!m_tried.insert(word).second || !m_dictionary.knows(word)) return;
-        m_known.push_back(std::move(word));
-    }
-    [[nodiscard]] std::vector<std::string> take() { return std::move(m_known); }
-
-private:
-    const Dictionary& m_dictionary;
-    std::unordered_set<std::string> m_tried;
-    std::vector<std::string> m_known;
-};
-
 } // namespace
-
-std::vector<std::string> oneSlipAway(const Dictionary& dictionary, std::string_view word) {
-    if (word.empty() || word.size() > kLongestSlip) return {};
-    const std::vector<std::string> own = lettersOf(word);
-    const std::vector<std::string> alphabet = lettersOf(dictionary.letters());
-    Tries tries(dictionary, word);
-    const auto without = [&own](std::size_t i) {
-        std::vector<std::string> fewer = own;
-        fewer.erase(fewer.begin() + static_cast<std::ptrdiff_t>(i));
-        return fewer;
-    };
-    const auto with = [&own](std::size_t i, const std::string& letter) {
-        std::vector<std::string> more = own;
-        more.insert(more.begin() + static_cast<std::ptrdiff_t>(i), letter);
-        return more;
-    };
-    for (std::size_t i = 1; i + 1 < own.size(); ++i) {
-        std::vector<std::string> swapped = own;
-        std::swap(swapped[i], swapped[i + 1]);
-        tries.add(swapped);
-    }
-    for (std::size_t i = 0; i < own.size(); ++i) {
-        tries.add(with(i, own[i]));
-        if (i > 0 && own[i] == own[i - 1]) tries.add(without(i));
-    }
-    // The rest behind the first letter, and then at it.
-    for (const bool first : {false, true}) {
-        for (std::size_t i = first ? 0 : 1; i < (first ? 1 : own.size()); ++i) {
-            std::vector<std::string> changed = own;
-            for (const std::string& letter : alphabet) {
-                changed[i] = letter;
-                tries.add(changed);
-            }
-        }
-        for (std::size_t i = first ? 0 : 1; i < (first ? 1 : own.size() + 1); ++i) {
-            for (const std::string& letter : alphabet) tries.add(with(i, letter));
-        }
-        for (std::size_t i = first ? 0 : 1; i < (first ? 1 : own.size()); ++i) {
-            tries.add(without(i));
-        }
-    }
-    if (own.size() > 1) {
-        std::vector<std::string> swapped = own;
-        std::swap(swapped[0], swapped[1]);
-        tries.add(swapped);
-    }
-    return tries.take();
-}
 
 bool SpellingBooks::know(std::string_view word) const {
     return std::any_of(books.begin(), books.end(),
@@ -147,6 +63,114 @@ void ListShelf::add(NaturalLanguage language, std::string_view words) {
 const SpellingBooks& ListShelf::of(NaturalLanguage language) const {
     const SpellingBooks& books = m_books[static_cast<std::size_t>(language)];
     return books.books.empty() ? m_none : books;
+}
+
+namespace {
+
+std::vector<std::string> lettersOf(std::string_view word) {
+    std::vector<std::string> letters;
+    while (!word.empty()) {
+        const std::size_t length = text::decodeFront(word).length;
+        letters.emplace_back(word.substr(0, length));
+        word.remove_prefix(length);
+    }
+    return letters;
+}
+
+std::string_view alphabetOf(NaturalLanguage language) {
+    switch (language) {
+    case NaturalLanguage::german:
+        return "enirstadhulcgmobwfkzpvjyxqäöüß";
+    case NaturalLanguage::french:
+        return "esaitnrulodcmpvqgbfhjxyzkwéèêàâçôîûùëï";
+    case NaturalLanguage::spanish:
+        return "eaosnrildtucmpbgyvqhfzjxkwáéíóúñü";
+    case NaturalLanguage::english:
+    case NaturalLanguage::unknown:
+    case NaturalLanguage::other:
+        break;
+    }
+    return "etaoinsrhldcumfpgwybvkxjqz";
+}
+
+bool isVowel(const std::string& letter) {
+    return letter.size() > 1 || std::string_view("aeiouy").find(letter) != std::string_view::npos;
+}
+
+/// Collects known words, each once.
+class Finder {
+public:
+    Finder(const SpellingBooks& books, bool capitals, std::size_t most)
+        : m_books(books),
+          m_capitals(capitals),
+          m_most(most) {}
+
+    [[nodiscard]] bool full() const { return m_found.size() >= m_most; }
+    [[nodiscard]] std::vector<std::string> take() { return std::move(m_found); }
+
+    /// The letters with `replacement` for the `length` from `at` on.
+    void ask(const std::vector<std::string>& letters, std::size_t at, std::size_t length,
+             const std::string& replacement) {
+        if (full()) return;
+        std::string word;
+        for (std::size_t i = 0; i < at; ++i) word += letters[i];
+        word += replacement;
+        for (std::size_t i = at + length; i < letters.size(); ++i) word += letters[i];
+        if (word.empty() || std::find(m_found.begin(), m_found.end(), word) != m_found.end())
+            return;
+        if (m_books.know(word)) {
+            m_found.push_back(std::move(word));
+        } else if (m_capitals) {
+            const std::size_t first = text::decodeFront(word).length;
+            std::string capital = text::uppercased(word.substr(0, first)) + word.substr(first);
+            if (m_books.know(capital)) m_found.push_back(std::move(capital));
+        }
+    }
+
+private:
+    const SpellingBooks& m_books;
+    bool m_capitals;
+    std::size_t m_most;
+    std::vector<std::string> m_found;
+};
+
+} // namespace
+
+std::vector<std::string> wordsOneEditFrom(std::string_view word, const SpellingBooks& books,
+                                          NaturalLanguage language, bool capitals,
+                                          std::size_t most) {
+    const std::vector<std::string> letters = lettersOf(word);
+    const std::vector<std::string> alphabet = lettersOf(alphabetOf(language));
+    const std::size_t size = letters.size();
+    Finder finder(books, capitals, most);
+    for (std::size_t i = 0; i + 1 < size; ++i) {
+        if (letters[i] != letters[i + 1]) {
+            finder.ask(letters, i, 2, letters[i + 1] + letters[i]);
+        } else {
+            finder.ask(letters, i, 1, "");
+        }
+    }
+    for (std::size_t i = 0; i < size; ++i) finder.ask(letters, i, 1, letters[i] + letters[i]);
+    for (const std::string& letter : alphabet) {
+        for (std::size_t i = 1; i <= size; ++i) finder.ask(letters, i, 0, letter);
+    }
+    for (std::size_t i = 1; i < size; ++i) finder.ask(letters, i, 1, "");
+    for (const bool vowels : {true, false}) {
+        for (std::size_t i = 1; i < size; ++i) {
+            for (const std::string& letter : alphabet) {
+                if ((isVowel(letter) && isVowel(letters[i])) == vowels) {
+                    finder.ask(letters, i, 1, letter);
+                }
+            }
+        }
+    }
+    // People rarely miss the first letter.
+    if (size > 0) finder.ask(letters, 0, 1, "");
+    for (const std::string& letter : alphabet) {
+        finder.ask(letters, 0, 0, letter);
+        if (size > 0) finder.ask(letters, 0, 1, letter);
+    }
+    return finder.take();
 }
 
 std::size_t editsBetween(std::string_view a, std::string_view b, std::size_t most) {

@@ -22,11 +22,8 @@ public:
     /// Whether the word is right as it stands. Capitals count: a name in lower case is wrong.
     [[nodiscard]] virtual bool knows(std::string_view word) const = 0;
 
-    /// The letters that words of the language are made of, in lower case, each once.
-    [[nodiscard]] virtual std::string_view letters() const { return "abcdefghijklmnopqrstuvwxyz"; }
-
-    /// Words that may have been meant, the likeliest first, however far they are. Costs some ten
-    /// thousand times what `knows` does.
+    /// Words that may have been meant, the likeliest first. Costs a thousand times what `knows`
+    /// does.
     [[nodiscard]] virtual std::vector<std::string> suggestions(std::string_view word) const = 0;
 };
 
@@ -71,12 +68,14 @@ private:
     SpellingBooks m_none{{}, "", "no dictionary of the language is installed", ""};
 };
 
-/// Words that the dictionary knows and that one slip of the pen makes of `word`: two neighbours
-/// swapped, a letter doubled or not doubled, one changed, left out or put in; in this order, the
-/// first letter last, as that is where slips are rarest. Costs some thousand times what `knows`
-/// does. None for a word of more than 40 bytes.
-[[nodiscard]] std::vector<std::string> oneSlipAway(const Dictionary& dictionary,
-                                                   std::string_view word);
+/// The known words that are one edit from `word`, which is in lower case, the likeliest slips
+/// first: neighbours swapped, a letter doubled or not, one left out, one too many, another vowel,
+/// another letter. At most `most`. Costs some hundred look-ups, whatever the dictionary. With
+/// `capitals` a word counts that is known with a capital only.
+[[nodiscard]] std::vector<std::string> wordsOneEditFrom(std::string_view word,
+                                                        const SpellingBooks& books,
+                                                        NaturalLanguage language, bool capitals,
+                                                        std::size_t most);
 
 /// Least number of letters put in, left out, changed or swapped with their neighbour that makes one
 /// word the other, counted in code points and without regard to case; at most `most` + 1, which

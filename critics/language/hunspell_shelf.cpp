@@ -23,21 +23,14 @@ namespace {
 struct KnownBook {
     NaturalLanguage language;
     std::array<std::string_view, 4> names;
-    std::string_view letters;
 };
 
 constexpr std::array kBooks = {
-    KnownBook{NaturalLanguage::english, {"en_US"}, "abcdefghijklmnopqrstuvwxyz"},
-    KnownBook{NaturalLanguage::english, {"en_GB", "en_AU"}, "abcdefghijklmnopqrstuvwxyz"},
-    KnownBook{NaturalLanguage::german,
-              {"de_DE", "de_DE_frami", "de_AT", "de_CH"},
-              "abcdefghijklmnopqrstuvwxyzäöüß"},
-    KnownBook{NaturalLanguage::french,
-              {"fr", "fr_FR", "fr-classique", "fr-toutesvariantes"},
-              "abcdefghijklmnopqrstuvwxyzàâæçéèêëîïôœùûü"},
-    KnownBook{NaturalLanguage::spanish,
-              {"es_ES", "es", "es_MX", "es_AR"},
-              "abcdefghijklmnopqrstuvwxyzáéíñóúü"},
+    KnownBook{NaturalLanguage::english, {"en_US"}},
+    KnownBook{NaturalLanguage::english, {"en_GB", "en_AU"}},
+    KnownBook{NaturalLanguage::german, {"de_DE", "de_DE_frami", "de_AT", "de_CH"}},
+    KnownBook{NaturalLanguage::french, {"fr", "fr_FR", "fr-classique", "fr-toutesvariantes"}},
+    KnownBook{NaturalLanguage::spanish, {"es_ES", "es", "es_MX", "es_AR"}},
 };
 
 std::string_view packageOf(NaturalLanguage language) {
@@ -90,14 +83,10 @@ std::optional<Encoding> encodingOf(const fs::path& affixes) {
 /// need only the first. Opening one takes 50 ms.
 class HunspellDictionary : public Dictionary {
 public:
-    HunspellDictionary(const fs::path& affixes, const fs::path& words, Encoding encoding,
-                       std::string_view letters)
+    HunspellDictionary(const fs::path& affixes, const fs::path& words, Encoding encoding)
         : m_affixes(affixes),
           m_words(words),
-          m_encoding(encoding),
-          m_letters(letters) {}
-
-    [[nodiscard]] std::string_view letters() const override { return m_letters; }
+          m_encoding(encoding) {}
 
     [[nodiscard]] bool knows(std::string_view word) const override {
         const std::optional<std::string> own = encoded(word);
@@ -140,7 +129,6 @@ private:
     fs::path m_affixes;
     fs::path m_words;
     Encoding m_encoding;
-    std::string_view m_letters;
 };
 
 bool isReadable(const fs::path& file) {
@@ -172,8 +160,7 @@ Opened openFirst(const std::vector<fs::path>& folders, const KnownBook& known) {
                 opened.broken = true;
                 continue;
             }
-            opened.book =
-                std::make_shared<HunspellDictionary>(affixes, words, *encoding, known.letters);
+            opened.book = std::make_shared<HunspellDictionary>(affixes, words, *encoding);
             opened.broken = false;
             return opened;
         }

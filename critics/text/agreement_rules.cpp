@@ -138,11 +138,9 @@ void checkPluralNoun(const EnglishSentence& s, std::size_t i, GrammarReport& rep
         return;
     const std::size_t verb = verbAfter(s, noun);
     if (verb >= s.size()) return;
-    if (s.is(verb, {"is", "was", "has", "does", "doesn't", "isn't", "wasn't", "hasn't"})) {
-        say(s, noun, verb, report);
-    } else if (s.has(noun, kPerson) && s.has(verb, kThird)) {
-        say(s, noun, verb, report);
-    }
+    const bool sure =
+        s.is(verb, {"is", "was", "has", "does", "doesn't", "isn't", "wasn't", "hasn't"});
+    if (sure || (s.has(noun, kPerson) && s.has(verb, kThird))) say(s, noun, verb, report);
 }
 
 void checkSingularNoun(const EnglishSentence& s, std::size_t i, GrammarReport& report) {

@@ -1,5 +1,6 @@
 #include "critics/text/spelling_rules.h"
 
+#include "critics/text/english_words.h"
 #include "critics/text/known_words.h"
 #include "critics/text/text_rule_table.h"
 #include "text/letters.h"
@@ -23,13 +24,13 @@ constexpr GradedRule kSure = declared<WorkKind::text>("text.spelling", Severity:
 constexpr GradedRule kUnsure = declared<WorkKind::text>("text.spelling", Severity::low);
 
 // Where these come from stands in docs/thresholds.md.
-constexpr std::size_t kMostWords = 50'000;    // Different words of a part that are looked up.
-constexpr std::size_t kMostSuggestions = 120; // Words of a part that suggestions are asked for.
-// Words of a part that are searched for in whole dictionaries, 30 to 80 ms each on the machine that
-// these were measured on; that more than one slip is in a word is rare.
-constexpr std::size_t kMostSearches = 24;
-constexpr std::size_t kMostForeign = 300; // Unknown words that other dictionaries are asked for.
-constexpr std::size_t kLongestWord = 40;  // Bytes; what is longer is no slip of a word.
+constexpr std::size_t kMostWords = 20'000;   // Different words of a part that are looked up.
+constexpr std::size_t kMostSuggestions = 16; // Words that a dictionary is asked to mend.
+constexpr std::size_t kMostNearest = 150;    // Words that are mended by one edit.
+constexpr std::size_t kMostNear = 12;        // Words that are one edit away from one.
+constexpr std::size_t kLongestToMend = 20;   // Letters; also of what is taken apart.
+constexpr std::size_t kMostForeign = 300;    // Unknown words that other dictionaries are asked for.
+constexpr std::size_t kLongestWord = 40;     // Bytes; what is longer is no slip of a word.
 constexpr std::size_t kFewestLetters = 3;
 constexpr std::size_t kTerm = 3;              // Times a word stands in the text.
 constexpr std::size_t kLongerForTwoEdits = 6; // Letters from which on two edits are a slip.
@@ -290,7 +291,7 @@ private:
         if (isBuilt(own, books)) return {};
         // Dictionaries of other languages lack more, and borrow from English what they lack.
         if (!english && isForeign(own, language)) return {};
-        suggest(own, index, shape, books, verdict);
+        suggest(own, index, shape, language, books, verdict);
         // Beside code a word that no dictionary has is more often a term than a slip.
         if (m_technical) {
             verdict.sure = false;
@@ -334,30 +335,34 @@ private:
             if (own.size() < suffix.size() + kShortestPart || !own.ends_with(suffix)) continue;
             if (books.know(own.substr(0, own.size() - suffix.size()))) return true;
         }
+        if (own.size() > kLongestToMend) return false;
         for (std::size_t i = kShortestPart; i + kShortestPart <= own.size(); ++i) {
             if (books.know(own.substr(0, i)) && books.know(own.substr(i))) return true;
         }
         return false;
     }
 
-    /// What one slip makes of the word, and only where there is none of that what the library finds
-    /// by searching its whole list.
-    [[nodiscard]] std::vector<std::string> candidates(const Dictionary& book,
-                                                      const std::string& own) {
-        std::vector<std::string> near = oneSlipAway(book, own);
-        if (!near.empty() || m_searched >= kMostSearches) return near;
-        ++m_searched;
-        return book.suggestions(own);
-    }
-
-    void suggest(const std::string& own, std::size_t index, Shape shape, const SpellingBooks& books,
-                 Verdict& verdict) {
-        if (m_suggested >= kMostSuggestions) return;
-        ++m_suggested;
+    void suggest(const std::string& own, std::size_t index, Shape shape, NaturalLanguage language,
+                 const SpellingBooks& books, Verdict& verdict) {
+        const text::Word& word = m_view.words[index];
         std::size_t best = kMostEdits + 1;
         std::string parted;
-        for (const auto& book : books.books) {
-            const std::vector<std::string> found = candidates(*book, own);
+        if (word.letters <= kLongestToMend && m_nearest++ < kMostNearest) {
+            const bool capitals =
+                language == NaturalLanguage::german && shape == Shape::capitalised;
+            const std::vector<std::string> near =
+                wordsOneEditFrom(own, books, language, capitals, kMostNear);
+            // Among like slips the everyday word is the likelier one.
+            const auto everyday = std::find_if(
+                near.begin(), near.end(), [](const auto& each) { return classesOf(each) != 0; });
+            if (!near.empty()) {
+                best = 1;
+                verdict.suggestion = everyday == near.end() ? near.front() : *everyday;
+            }
+        }
+        if (best > 1 && word.letters <= kLongestToMend && m_suggested < kMostSuggestions) {
+            ++m_suggested;
+            const std::vector<std::string> found = books.books.front()->suggestions(own);
             const std::size_t few = std::min<std::size_t>(found.size(), kFewSuggestions);
             for (std::size_t i = 0; i < few; ++i) {
                 if (found[i].find_first_of(" -") != std::string::npos) {
@@ -369,11 +374,9 @@ private:
                 best = edits;
                 verdict.suggestion = found[i];
             }
-            if (best <= 1) break;
         }
         m_edits = best;
         if (verdict.suggestion.empty()) verdict.suggestion = parted;
-        const text::Word& word = m_view.words[index];
         if (verdict.suggestion.find(' ') != std::string::npos) {
             verdict.sure = false;
             return;
@@ -427,7 +430,7 @@ private:
     bool m_technical = false;
     std::size_t m_looked = 0;
     std::size_t m_suggested = 0;
-    std::size_t m_searched = 0;
+    std::size_t m_nearest = 0;
     std::size_t m_foreign = 0;
     std::size_t m_edits = 0; // Of the suggestion that was found last.
 };

@@ -85,6 +85,25 @@ TEST(Edits, CountsLettersNotBytes) {
     EXPECT_EQ(editsBetween("", "ab", 3), 2U);
 }
 
+TEST(OneEdit, FindsTheLikeliestSlipFirst) {
+    ListShelf shelf;
+    shelf.add(NaturalLanguage::english, "form from farm forms for fork London");
+    const SpellingBooks& books = shelf.of(NaturalLanguage::english);
+    const auto near = [&](std::string_view word, bool capitals = false, std::size_t most = 10) {
+        return wordsOneEditFrom(word, books, NaturalLanguage::english, capitals, most);
+    };
+    ASSERT_FALSE(near("fomr").empty());
+    EXPECT_EQ(near("fomr").front(), "form") << "swapped";
+    EXPECT_EQ(near("forrm").front(), "form") << "doubled";
+    EXPECT_EQ(near("frm").front(), "farm") << "left out, the commoner letter first";
+    EXPECT_EQ(near("torm"), std::vector<std::string>{"form"}) << "the first letter";
+    EXPECT_EQ(near("londn"), std::vector<std::string>());
+    EXPECT_EQ(near("londn", true), std::vector<std::string>{"London"});
+    EXPECT_EQ(near("forn", false, 1).size(), 1U);
+    EXPECT_EQ(near("xyzzy"), std::vector<std::string>());
+    EXPECT_EQ(near(""), std::vector<std::string>());
+}
+
 TEST(ListShelf, KnowsCapitalsAsADictionaryDoes) {
     ListShelf shelf;
     shelf.add(NaturalLanguage::english, "house Berlin");
