@@ -56,8 +56,9 @@ using JobRequest = std::variant<SubmitRequest, IterateRequest>;
 /// {"job_id", "status": "queued"}
 [[nodiscard]] std::string acceptedJson(std::string_view jobId);
 /// {"status", "progress": {"warming", "position"}}, while it is judged also how many of those who
-/// judge are "done", "of" how many, and who is "running"; when the job is over "run_id" and "result_summary", or "error". A verdict names who judged ("checked_by") and
-/// what nobody here could judge ("not_checked").
+/// judge are "done", "of" how many, and who is "running"; when the job is over "run_id" and
+/// "result_summary", or "error". A verdict names who judged ("checked_by") and what nobody here
+/// could judge ("not_checked").
 [[nodiscard]] std::string statusJson(const JobStatus& status);
 /// {"run": …}: the verdict as it stands, that of the first version, and each revision with what it
 /// fixed, what remains and what is new.

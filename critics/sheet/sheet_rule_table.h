@@ -89,12 +89,13 @@ struct RulesFor<WorkKind::sheet> {
              Unit::cell,
              "measured (sheet_thresholds near-duplicates): five uses of the frequent value, two of "
              "the rare one; chosen: words of five letters, from eight on wherever they stand"},
-        Rule{"sheet.dependency",
-             {Severity::medium, Severity::low},
-             "contradicting rows",
-             Unit::cell,
-             "measured (sheet_thresholds dependencies): three groups of three rows, one violation "
-             "in twenty rows; chosen: ten groups and one in fifty where a value is right elsewhere"},
+        Rule{
+            "sheet.dependency",
+            {Severity::medium, Severity::low},
+            "contradicting rows",
+            Unit::cell,
+            "measured (sheet_thresholds dependencies): three groups of three rows, one violation "
+            "in twenty rows; chosen: ten groups and one in fifty where a value is right elsewhere"},
         Rule{"sheet.mixed_times", Severity::medium, "mixed time formats", Unit::cell,
              "measured (sheet_thresholds profiles): five times, two thirds written alike"},
         Rule{"sheet.mixed_percent", Severity::medium, "mixed percent signs", Unit::cell,

@@ -298,7 +298,13 @@ TEST(DecodeCatalogFile, TheLastValueCountsUnderEveryKeyOfAnApp) {
         {.key = "workflow_nodes", .one = "1", .other = "2", .texts = &CatalogApp::workflowNodes},
     };
     const CatalogApp bare = decodedApp("");
-    for (const auto& [key, one, other, text, texts] : cases) {
+    for (const Case& each : cases) {
+        // Not as structured bindings, which not every compiler lets a lambda refer to.
+        const auto& key = each.key;
+        const auto& one = each.one;
+        const auto& other = each.other;
+        const auto& text = each.text;
+        const auto& texts = each.texts;
         const auto member = [&](std::string_view value) {
             const std::string quoted = "\"" + std::string(value) + "\"";
             return "\"" + std::string(key) +
