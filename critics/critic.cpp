@@ -4,6 +4,7 @@
 #include "critics/code/code_critic.h"
 #include "critics/document/document_critic.h"
 #include "critics/findings/finding_list.h"
+#include "critics/findings/part_kind.h"
 #include "critics/picture/image_critic.h"
 #include "critics/sheet/sheet_critic.h"
 #include "critics/text/calendar.h"
@@ -25,13 +26,6 @@ namespace {
 
 constexpr GradedRule kEmpty = declared<WorkKind::any>("artifact.empty");
 constexpr GradedRule kUnreadable = declared<WorkKind::any>("artifact.unreadable");
-
-/// "text/csv; charset=utf-8" is "text/csv".
-std::string bareType(std::string_view mimeType) {
-    std::string type = text::lowerAscii(mimeType.substr(0, mimeType.find(';')));
-    while (!type.empty() && type.back() == ' ') type.pop_back();
-    return type;
-}
 
 bool isEmpty(const Part& part) {
     return part.text.empty() && part.bytes.empty();
@@ -98,19 +92,22 @@ Critique unreadableCritique(const Part& part, const std::string& place) {
 
 Critique critiqueByType(const Part& part, std::string_view modality, const std::string& place,
                         const CriticTools& tools, PictureAllowance& pictures) {
-    const std::string type = bareType(part.mimeType);
-    if (!part.isText || (part.text.empty() && !part.bytes.empty())) {
-        if (type == "image/png") return critiqueImage(part, modality, pictures);
-        return unreadableCritique(part, place);
+    switch (kindOf(part, modality)) {
+    case WorkKind::picture:
+        return critiqueImage(part, modality, pictures);
+    case WorkKind::sheet:
+        return critiqueSheet(part);
+    case WorkKind::code:
+        return critiqueCode(part, tools.readers);
+    case WorkKind::document:
+        return critiqueDocument(part, tools.language);
+    case WorkKind::text:
+        return critiqueText(part, tools.language);
+    case WorkKind::any:
+    case WorkKind::engine:
+        break;
     }
-    // The type says what this part is; the modality speaks only for parts that are plain text.
-    if (type == "text/tab-separated-values" || type == "text/csv") return critiqueSheet(part);
-    if (type == "text/x-code") return critiqueCode(part, tools.readers);
-    if (type == "text/markdown") return critiqueDocument(part, tools.language);
-    if (modality == "spreadsheet") return critiqueSheet(part);
-    if (modality == "code") return critiqueCode(part, tools.readers);
-    if (modality == "document") return critiqueDocument(part, tools.language);
-    return critiqueText(part, tools.language);
+    return unreadableCritique(part, place);
 }
 
 } // namespace
