@@ -93,10 +93,9 @@ class EngineRoom {
 public:
     virtual ~EngineRoom() = default;
 
-    /// The ids of the engines here that read this part, in the order of asking. `modality` is in
-    /// lower case, here and below.
+    /// The ids of the engines here that read this part, in the order of asking.
     [[nodiscard]] virtual std::vector<std::string> enginesFor(const Part& part,
-                                                              std::string_view modality) = 0;
+                                                              std::string_view modality) const = 0;
 
     /// What `engine`, an id of `enginesFor`, makes of it. An engine that does not end well is a gap
     /// in the coverage. Blocks; any thread, several at once.
@@ -106,10 +105,7 @@ public:
     /// Gaps for engines that would read this part and are not here or of no use, with how to get
     /// them. `dropAnswered` takes away those that somebody else filled.
     [[nodiscard]] virtual std::vector<NotChecked> absentFor(const Part& part,
-                                                            std::string_view modality) = 0;
-
-    /// All engines of the room, here or not, in the order of its table.
-    [[nodiscard]] virtual std::vector<EngineInfo> list() = 0;
+                                                            std::string_view modality) const = 0;
 };
 
 /// Takes away each gap whose `what` an engine did judge: "syntax, Go" is judged whoever judged it.

@@ -11,7 +11,9 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <chrono>
 #include <cstdint>
+#include <limits>
 #include <utility>
 
 namespace trevix {
@@ -22,6 +24,9 @@ namespace {
 
 /// Much more than any of them prints about a file that they are given.
 constexpr std::uint64_t kMostOutput = std::uint64_t{4} << 20U;
+/// From start to end. What computes without end is stopped by the limit on its CPU time before
+/// that; a sound answer may take this long where everything else on the machine is busy.
+constexpr std::chrono::seconds kMostTime{60};
 /// Characters of a program's own words in a finding. Chosen: two lines of a report.
 constexpr std::size_t kLongestMessage = 240;
 /// A line of evidence begins at most so far before what is meant, in bytes, so that it is in sight.
@@ -59,12 +64,9 @@ ChildRequest requestOf(const InstalledEngine& engine, std::span<const std::strin
         request.readable.push_back(engine.module.substr(0, below == 0 ? 0 : below - 1));
     }
     request.limits.output = kMostOutput;
+    request.limits.wall = kMostTime;
     if (entry.reservesMuch) request.limits.addressSpace = 0;
     return request;
-}
-
-std::string seconds(std::chrono::milliseconds time) {
-    return std::to_string(std::chrono::duration_cast<std::chrono::seconds>(time).count()) + " s";
 }
 
 /// Why nothing is to be had of the answer, a clause for people; empty when it is to be read.
@@ -76,7 +78,7 @@ std::string troubleOf(const EngineEntry& entry, const ChildResult& answer) {
     case ChildResult::End::killed:
         return name + " was ended by signal " + std::to_string(answer.status);
     case ChildResult::End::outOfTime:
-        return name + " did not end within " + seconds(ChildLimits().wall);
+        return name + " did not end within " + std::to_string(kMostTime.count()) + " s";
     case ChildResult::End::tooMuch:
         return name + " printed more than is read of it";
     case ChildResult::End::cancelled:
@@ -134,8 +136,9 @@ using Span = std::pair<std::size_t, std::size_t>; ///< Begin and end.
 
 /// Whether the rule is about a password that stands in the code as a word in quotes.
 bool isAboutPassword(std::string_view engine, std::string_view code) {
-    constexpr std::array<std::string_view, 3> kPasswords = {"B105", "B106", "B107"};
-    return engine == "bandit" && text::isOneOf(code, kPasswords);
+    constexpr std::array<std::string_view, 6> kPasswords = {"B105", "B106", "B107",
+                                                            "S105", "S106", "S107"};
+    return (engine == "bandit" || engine == "ruff") && text::isOneOf(code, kPasswords);
 }
 
 /// What stands in quotes between the two offsets.
@@ -299,8 +302,8 @@ bool comesBefore(std::string_view a, std::string_view b) {
         const std::string_view number = version.substr(0, version.find('.'));
         version.remove_prefix(std::min(number.size() + 1, version.size()));
         long value = -1;
-        std::from_chars(number.data(), number.data() + number.size(), value);
-        return value;
+        const auto read = std::from_chars(number.data(), number.data() + number.size(), value);
+        return read.ec == std::errc::result_out_of_range ? std::numeric_limits<long>::max() : value;
     };
     while (!a.empty() || !b.empty()) {
         const long left = next(a);

@@ -172,6 +172,21 @@ std::optional<Severity> ofBandit(const ForeignFault& fault) {
     return kOff;
 }
 
+/// It has no levels. Those of what is unsafe are Bandit's, whose rules they are.
+std::optional<Severity> ofRuff(const ForeignFault& fault, bool whole) {
+    constexpr std::array<std::string_view, 14> kUnsafe = {"S201", "S312", "S321", "S501", "S502",
+                                                          "S503", "S505", "S507", "S508", "S602",
+                                                          "S605", "S609", "S612", "S701"};
+    constexpr std::array<std::string_view, 7> kHints = {"S105", "S106", "S107", "S110",
+                                                        "S112", "S310", "S311"};
+    // In a selection the rest may declare it.
+    if (fault.code.starts_with("F82")) return whole ? kMedium : kLow;
+    if (text::isOneOf(fault.code, kHints)) return kLow;
+    if (!text::isOneOf(fault.code, kUnsafe)) return kMedium;
+    // So it says of commands that are words in quotes.
+    return fault.message.find("seems safe") == std::string::npos ? kHigh : kLow;
+}
+
 std::optional<Severity> byEngine(std::string_view engine, const ForeignFault& fault, bool whole) {
     if (engine == "bandit") return ofBandit(fault);
     if (engine == "shellcheck") {
@@ -179,9 +194,13 @@ std::optional<Severity> byEngine(std::string_view engine, const ForeignFault& fa
         if (fault.code == "SC2154" && !whole) return kLow;
         return byLevel(fault);
     }
-    if (engine == "cppcheck") return byLevel(fault);
+    if (engine == "cppcheck") {
+        // An error is certain; as a warning it supposes a path, such as a loop without a turn.
+        if (fault.code == "uninitvar" && fault.level == "warning") return kLow;
+        return byLevel(fault);
+    }
     if (engine == "oxlint") return text::isOneOf(fault.code, kScriptFaults) ? kMedium : kOff;
-    if (engine == "ruff") return fault.code.starts_with("F82") && !whole ? kLow : kMedium;
+    if (engine == "ruff") return ofRuff(fault, whole);
     if (engine == "python" && fault.code == "warning") return kMedium;
     // The rest says no more than whether a file parses.
     return kHigh;

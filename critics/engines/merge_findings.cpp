@@ -36,20 +36,9 @@ constexpr std::array kSubjects = {
     Subject{"shellcheck.SC1072", kSyntax},
     Subject{"shellcheck.SC1073", kSyntax},
     Subject{"code.secret", "secret"},
-    Subject{"bandit.B105", "secret"},
-    Subject{"bandit.B106", "secret"},
-    Subject{"bandit.B107", "secret"},
     Subject{"code.runs_text", "runs text"},
-    Subject{"bandit.B102", "runs text"},
-    Subject{"bandit.B307", "runs text"},
-    Subject{"bandit.B602", "runs text"},
-    Subject{"bandit.B604", "runs text"},
-    Subject{"bandit.B605", "runs text"},
     Subject{"code.query_from_text", "query"},
-    Subject{"bandit.B608", "query"},
     Subject{"code.swallowed_error", "swallowed"},
-    Subject{"bandit.B110", "swallowed"},
-    Subject{"bandit.B112", "swallowed"},
     Subject{"code.breakpoint", "breakpoint"},
     Subject{"oxlint.no-debugger", "breakpoint"},
     Subject{"code.assignment_in_condition", "assignment"},
@@ -60,6 +49,24 @@ constexpr std::array kSubjects = {
     Subject{"python.warning", "comparison"},
     Subject{"ruff.F632", "comparison"},
 };
+
+/// What is unsafe, by the numbers that Bandit gave it and Ruff took over.
+constexpr std::array kUnsafe = {
+    Subject{"105", "secret"},    Subject{"106", "secret"},    Subject{"107", "secret"},
+    Subject{"102", "runs text"}, Subject{"307", "runs text"}, Subject{"602", "runs text"},
+    Subject{"604", "runs text"}, Subject{"605", "runs text"}, Subject{"608", "query"},
+    Subject{"110", "swallowed"}, Subject{"112", "swallowed"}, Subject{"303", "weak hash"},
+    Subject{"324", "weak hash"},
+};
+
+/// "602" for "bandit.B602" and "ruff.S602"; empty for others.
+std::string_view unsafeNumber(std::string_view rule) {
+    for (const std::string_view front : {"bandit.B", "ruff.S"}) {
+        if (!rule.starts_with(front) || rule.size() != front.size() + 3) continue;
+        return rule.substr(front.size());
+    }
+    return {};
+}
 
 /// ShellCheck's first thousand, which it reports as errors of reading the script.
 bool isShellSyntax(std::string_view rule) {
@@ -84,17 +91,35 @@ bool isSameSlip(const Finding& a, const Finding& b) {
 std::string_view subjectOf(std::string_view rule) {
     const auto known = std::ranges::find(kSubjects, rule, &Subject::rule);
     if (known != kSubjects.end()) return known->about;
-    return isShellSyntax(rule) ? kSyntax : std::string_view();
+    if (isShellSyntax(rule)) return kSyntax;
+    const std::string_view number = unsafeNumber(rule);
+    const auto unsafe = std::ranges::find(kUnsafe, number, &Subject::rule);
+    return unsafe != kUnsafe.end() ? unsafe->about : number;
 }
 
 std::optional<std::size_t> lineOf(std::string_view place) {
     constexpr std::string_view kLine = "line ";
-    if (!place.starts_with(kLine)) return std::nullopt;
-    place.remove_prefix(kLine.size());
+    constexpr std::string_view kInPart = ", line ";
+    // A part's name may hold anything, so the last one counts.
+    const std::size_t behind = place.rfind(kInPart);
+    if (behind != std::string_view::npos) {
+        place.remove_prefix(behind + kInPart.size());
+    } else if (place.starts_with(kLine)) {
+        place.remove_prefix(kLine.size());
+    } else {
+        return std::nullopt;
+    }
     std::size_t line = 0;
     const auto read = std::from_chars(place.data(), place.data() + place.size(), line);
     if (read.ec != std::errc()) return std::nullopt;
     return line;
+}
+
+void mergeCritique(Critique& critique, Critique other) {
+    std::vector<Finding> findings = std::move(other.findings);
+    other.findings.clear();
+    addSecondOpinion(critique, std::move(other));
+    mergeFindings(critique.findings, std::move(findings));
 }
 
 void mergeFindings(std::vector<Finding>& findings, std::vector<Finding> more) {

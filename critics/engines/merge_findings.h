@@ -4,6 +4,7 @@
 
 #pragma once
 
+#include "critics/findings/critique.h"
 #include "critics/findings/finding.h"
 
 #include <cstddef>
@@ -21,11 +22,16 @@ namespace trevix {
 /// behind.
 void mergeFindings(std::vector<Finding>& findings, std::vector<Finding> more);
 
+/// Takes in what another critic says of the same part: coverage and extent as `addSecondOpinion`
+/// does, findings as above.
+void mergeCritique(Critique& critique, Critique other);
+
 /// What rules of several critics are about alike: "syntax", "secret". Empty for a rule that has no
-/// like.
+/// like. It may point into `rule`.
 [[nodiscard]] std::string_view subjectOf(std::string_view rule);
 
-/// The line that a place names: 12 for "line 12, column 5". Absent without one.
+/// The line that a place names: 12 for "line 12, column 5" and "part 2 (a.py), line 12, column 5".
+/// Absent without one.
 [[nodiscard]] std::optional<std::size_t> lineOf(std::string_view place);
 
 } // namespace trevix

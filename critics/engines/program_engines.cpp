@@ -2,23 +2,26 @@
 
 #include "critics/engines/foreign_critique.h"
 #include "critics/findings/part_kind.h"
+#include "text/unicode.h"
 
 #include <algorithm>
 #include <utility>
 
 namespace trevix {
 
+namespace text = kelvane::text;
+
 namespace {
 
 std::optional<WorkFile> fileFor(const EngineEntry& entry, const Part& part,
                                 std::string_view modality) {
-    if (kindOf(part, modality) != entry.kind) return std::nullopt;
+    if (kindOf(part, text::lowerAscii(modality)) != entry.kind) return std::nullopt;
     return entry.file(part);
 }
 
 } // namespace
 
-InstalledEngine ProgramEngines::probed(const EngineEntry& entry) {
+InstalledEngine ProgramEngines::probed(const EngineEntry& entry) const {
     InstalledEngine engine;
     engine.entry = &entry;
     const auto program = m_finder.program(entry.program);
@@ -38,18 +41,19 @@ InstalledEngine ProgramEngines::probed(const EngineEntry& entry) {
     return engine;
 }
 
-const std::vector<InstalledEngine>& ProgramEngines::installed() {
+const std::vector<InstalledEngine>& ProgramEngines::installed() const {
     std::call_once(m_probed, [this] {
         for (const EngineEntry& entry : m_table) m_installed.push_back(probed(entry));
     });
     return m_installed;
 }
 
-void ProgramEngines::probe() {
+void ProgramEngines::probe() const {
     static_cast<void>(installed());
 }
 
-std::vector<std::string> ProgramEngines::enginesFor(const Part& part, std::string_view modality) {
+std::vector<std::string> ProgramEngines::enginesFor(const Part& part,
+                                                    std::string_view modality) const {
     std::vector<std::string> ids;
     if (part.text.size() > kLongestForPrograms) return ids;
     for (const InstalledEngine& engine : installed()) {
@@ -70,7 +74,8 @@ Critique ProgramEngines::look(std::string_view engine, const Part& part, std::st
     return critiqueOf(*known, part, m_runner.run(judgeRequest(*known, *file), std::move(cancel)));
 }
 
-std::vector<NotChecked> ProgramEngines::absentFor(const Part& part, std::string_view modality) {
+std::vector<NotChecked> ProgramEngines::absentFor(const Part& part,
+                                                  std::string_view modality) const {
     std::vector<NotChecked> gaps;
     for (const InstalledEngine& engine : installed()) {
         const EngineEntry& entry = *engine.entry;
@@ -88,7 +93,7 @@ std::vector<NotChecked> ProgramEngines::absentFor(const Part& part, std::string_
     return gaps;
 }
 
-std::vector<EngineInfo> ProgramEngines::list() {
+std::vector<EngineInfo> ProgramEngines::list() const {
     std::vector<EngineInfo> infos;
     for (const InstalledEngine& engine : installed()) {
         const EngineEntry& entry = *engine.entry;

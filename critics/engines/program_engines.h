@@ -25,25 +25,27 @@ public:
           m_runner(runner) {}
 
     [[nodiscard]] std::vector<std::string> enginesFor(const Part& part,
-                                                      std::string_view modality) override;
+                                                      std::string_view modality) const override;
     [[nodiscard]] Critique look(std::string_view engine, const Part& part,
                                 std::string_view modality, std::stop_token cancel) override;
     [[nodiscard]] std::vector<NotChecked> absentFor(const Part& part,
-                                                    std::string_view modality) override;
-    [[nodiscard]] std::vector<EngineInfo> list() override;
+                                                    std::string_view modality) const override;
 
-    /// Finds out now, so that the first work need not wait for it. At most some seconds.
-    void probe();
+    /// All engines of the table, here or not, in its order.
+    [[nodiscard]] std::vector<EngineInfo> list() const;
+
+    /// Finds out now what is here, so that the first work need not wait for it. Some seconds.
+    void probe() const;
 
 private:
-    [[nodiscard]] const std::vector<InstalledEngine>& installed();
-    [[nodiscard]] InstalledEngine probed(const EngineEntry& entry);
+    [[nodiscard]] const std::vector<InstalledEngine>& installed() const;
+    [[nodiscard]] InstalledEngine probed(const EngineEntry& entry) const;
 
     std::span<const EngineEntry> m_table;
     const ProgramFinder& m_finder;
     ChildRunner& m_runner;
-    std::once_flag m_probed;
-    std::vector<InstalledEngine> m_installed; ///< One for each entry, in its order.
+    mutable std::once_flag m_probed;
+    mutable std::vector<InstalledEngine> m_installed; ///< One for each entry, in its order.
 };
 
 } // namespace trevix
