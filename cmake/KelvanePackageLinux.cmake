@@ -8,6 +8,8 @@ file(MAKE_DIRECTORY ${CMAKE_BINARY_DIR}/installed-link)
 file(CREATE_LINK ../lib/kelvane/Kelvane.app/Contents/MacOS/Kelvane ${link} SYMBOLIC)
 install(FILES ${link} DESTINATION ${CMAKE_INSTALL_BINDIR})
 install(TARGETS trevix-local RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+# What scripts/engines has fetched, if it has; the service looks for it there.
+install(DIRECTORY ${CMAKE_SOURCE_DIR}/build/engines/ DESTINATION lib/kelvane/engines OPTIONAL)
 install(FILES ${CMAKE_SOURCE_DIR}/resources/brask.svg RENAME ${KELVANE_BUNDLE_ID}.svg
   DESTINATION ${CMAKE_INSTALL_DATADIR}/icons/hicolor/scalable/apps)
 install(FILES ${CMAKE_SOURCE_DIR}/docs/kelvane.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
@@ -30,4 +32,7 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_DEPENDS
   "procps, qml6-module-qtquick, qml6-module-qtqml, qml6-module-qtqml-workerscript")
 set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "python3, qt6-wayland, tesseract-ocr-eng")
+# Asked by the local service when they are there: docs/engines.md.
+set(CPACK_DEBIAN_PACKAGE_SUGGESTS
+  "bubblewrap, shellcheck, cppcheck, bandit, yamllint, libxml2-utils, nodejs, golang-go")
 set(CPACK_STRIP_FILES ON)

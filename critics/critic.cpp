@@ -4,6 +4,7 @@
 #include "critics/code/code_critic.h"
 #include "critics/document/document_critic.h"
 #include "critics/findings/finding_list.h"
+#include "critics/findings/part_kind.h"
 #include "critics/ocr/line_reader.h"
 #include "critics/office/office_critic.h"
 #include "critics/pages/pdf_critic.h"
@@ -30,13 +31,6 @@ namespace {
 
 constexpr GradedRule kEmpty = declared<WorkKind::any>("artifact.empty");
 constexpr GradedRule kUnreadable = declared<WorkKind::any>("artifact.unreadable");
-
-/// "text/csv; charset=utf-8" is "text/csv".
-std::string bareType(std::string_view mimeType) {
-    std::string type = text::lowerAscii(mimeType.substr(0, mimeType.find(';')));
-    while (!type.empty() && type.back() == ' ') type.pop_back();
-    return type;
-}
 
 bool isEmpty(const Part& part) {
     return part.text.empty() && part.bytes.empty();
@@ -113,38 +107,42 @@ Critique ofFile(std::variant<Critique, Unread> outcome, const std::string& place
     return critique;
 }
 
-/// A file on which its reader has ended badly.
-Critique leftAlone(const Part& part, const std::string& place) {
-    return ofFile(Unread{"the reader of such files ended badly on it",
-                         {"content of type " + shortened(part.mimeType),
-                          "a reader ended badly on this work", ""}},
+/// Content that is no text: a file that is read for what is in it, or one that nobody reads.
+Critique critiqueFile(const Part& part, const std::string& place, const CriticTools& tools) {
+    const std::string type = bareType(part.mimeType);
+    const auto office = officeKindOf(type);
+    if (type != "application/pdf" && !office) return unreadableCritique(part, place);
+    if (tools.readers == Readers::own) {
+        return ofFile(Unread{"the reader of such files ended badly on it",
+                             {"content of type " + shortened(part.mimeType),
+                              "a reader ended badly on this work", ""}},
+                      place);
+    }
+    return ofFile(office ? critiqueOffice(part, *office, tools.language)
+                         : critiquePdf(part, tools.language),
                   place);
 }
 
 Critique critiqueByType(const Part& part, std::string_view modality, const std::string& place,
                         const CriticTools& tools, PictureAllowance& pictures) {
-    const std::string type = bareType(part.mimeType);
-    if (!part.isText || (part.text.empty() && !part.bytes.empty())) {
-        const bool own = tools.readers == Readers::own;
-        if (type == "image/png") {
-            LineReaders* const readers = own ? nullptr : tools.lines.get();
-            return critiqueImage(part, modality, pictures, readers, tools.language);
-        }
-        const auto kind = officeKindOf(type);
-        const bool pdf = type == "application/pdf";
-        if ((pdf || kind) && own) return leftAlone(part, place);
-        if (pdf) return ofFile(critiquePdf(part, tools.language), place);
-        if (kind) return ofFile(critiqueOffice(part, *kind, tools.language), place);
-        return unreadableCritique(part, place);
+    switch (kindOf(part, modality)) {
+    case WorkKind::picture:
+        return critiqueImage(part, modality, pictures,
+                             tools.readers == Readers::own ? nullptr : tools.lines.get(),
+                             tools.language);
+    case WorkKind::sheet:
+        return critiqueSheet(part);
+    case WorkKind::code:
+        return critiqueCode(part, tools.readers);
+    case WorkKind::document:
+        return critiqueDocument(part, tools.language);
+    case WorkKind::text:
+        return critiqueText(part, tools.language);
+    case WorkKind::any:
+    case WorkKind::engine:
+        break;
     }
-    // The type says what this part is; the modality speaks only for parts that are plain text.
-    if (type == "text/tab-separated-values" || type == "text/csv") return critiqueSheet(part);
-    if (type == "text/x-code") return critiqueCode(part, tools.readers);
-    if (type == "text/markdown") return critiqueDocument(part, tools.language);
-    if (modality == "spreadsheet") return critiqueSheet(part);
-    if (modality == "code") return critiqueCode(part, tools.readers);
-    if (modality == "document") return critiqueDocument(part, tools.language);
-    return critiqueText(part, tools.language);
+    return critiqueFile(part, place, tools);
 }
 
 } // namespace

@@ -1,3 +1,4 @@
+#include "critics/engines/engine_list.h"
 #include "critics/grading/machine_grader.h"
 #include "service/http/http_api.h"
 #include "service/job_queue.h"
@@ -118,7 +119,7 @@ int serve(const CommandLine& line, const fs::path& self, const fs::path& data,
                               const std::function<void(const GradingProgress&)>& progress) {
         return critics.grader().grade(submission, cancel, progress);
     };
-    queueOptions.warmUp = [] {};
+    queueOptions.warmUp = [&] { critics.probe(); };
     queueOptions.nowMs = nowMs;
     queueOptions.log = notice;
 
@@ -147,6 +148,18 @@ int serve(const CommandLine& line, const fs::path& self, const fs::path& data,
     return 0;
 }
 
+// Prints who judges work here. The programs are asked for their versions, each in a folder of its
+// own.
+int printEngines(bool json, const fs::path& self) {
+    std::string work = (fs::temp_directory_path() / "trevix-engines-XXXXXX").string();
+    if (mkdtemp(work.data()) == nullptr) return complain("no folder for the programs' files", 1);
+    const auto engines = MachineGrader({self, work, {}, {}, {}, {}}).engines();
+    std::error_code error;
+    fs::remove_all(work, error);
+    std::fputs((json ? engineTableJson(engines) : engineTableText(engines)).c_str(), stdout);
+    return 0;
+}
+
 int run(int argc, char** argv) {
     const auto parsed = parseCommandLine({argv + (argc > 0 ? 1 : 0), argv + argc});
     if (const auto* error = std::get_if<UsageError>(&parsed)) {
@@ -172,6 +185,8 @@ int run(int argc, char** argv) {
     }
 
     umask(077);
+    const fs::path self = ownProgram(argc > 0 ? argv[0] : "");
+    if (line.action == CommandLine::Action::engines) return printEngines(line.json, self);
     const auto wanted = dataFolder(line.data, environment("XDG_DATA_HOME"), environment("HOME"));
     if (!wanted) return complain("HOME is not set; say where to keep data with --data", 1);
     const auto data = makeDataFolder(*wanted);
@@ -194,7 +209,6 @@ int run(int argc, char** argv) {
     if (line.catalog && !fs::is_regular_file(*line.catalog, error)) {
         return complain("--catalog: there is no file " + *line.catalog, 1);
     }
-    const fs::path self = ownProgram(argc > 0 ? argv[0] : "");
     return serve(line, self, folder,
                  line.catalog ? fs::absolute(*line.catalog) : shippedCatalog(self.parent_path()));
 }

@@ -2,47 +2,113 @@
 //
 // An entry says how to find the program and its version, what it reads, its argument list, what its
 // exit statuses mean, how its output is understood, and how it is installed. What to run is decided
-// from the entry and the work alone; a ChildRunner runs it.
+// from the entry and the work alone; a ChildRunner runs it. How its rules weigh stands in
+// `foreign_grade.h`.
 
 #pragma once
 
+#include "critics/engines/foreign_fault.h"
+#include "critics/engines/work_file.h"
 #include "critics/findings/critique.h"
+#include "critics/findings/rule.h"
 #include "critics/worker/child_process.h"
 
-#include <functional>
+#include <optional>
 #include <span>
+#include <stop_token>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace trevix {
 
-/// A program that is present on this machine.
-struct InstalledEngine {
-    std::string id;      ///< That of the table: "shellcheck".
-    std::string program; ///< Absolute path.
-    std::string version; ///< As it tells it: "0.9.0".
+/// A program that judges work. In arguments, "{file}" stands for the file's name, "{dialect}" for
+/// its dialect, "{script}" for the name of `script`, and "{module}" for the path of `module`.
+struct EngineEntry {
+    std::string_view id;   ///< "shellcheck"; its family of rules is "shellcheck.*".
+    std::string_view name; ///< For people: "ShellCheck".
+    std::string_view
+        judges; ///< For people: "meaning, shell". What two engines both judge, both call the same.
+    std::string_view licence; ///< By its SPDX identifier.
+    std::string_view program; ///< The file to look for: "shellcheck".
+    std::string_view module; ///< A file below the engines' own folder that it needs; empty if none.
+    std::string_view scriptName; ///< A script of ours that it runs; empty if none.
+    std::string_view script;     ///< Its text.
 
+    std::span<const std::string_view> versionArguments; ///< Empty: it cannot be asked.
+    std::string_view oldest; ///< The first version that is understood; empty: any.
+    std::string_view beyond; ///< The first one that is not known to be; empty: none.
+
+    WorkKind kind; ///< The kind of work that it reads, by `kindOf`.
+    WorkFileOf file;
+    std::span<const std::string_view> arguments;
+
+    std::span<const int> clean;  ///< Exit statuses with which it has looked and its output counts.
+    std::span<const int> faulty; ///< Likewise, and it must have found something.
+    ForeignReader read;
+    bool speaksOnErrors; ///< Its faults stand on standard error, not on standard output.
+    ColumnUnit columns;
+    bool reservesMuch; ///< A runtime that reserves far more address space than it uses.
+
+    std::string_view debian; ///< Package, or empty where Debian has none.
+    std::string_view homebrew;
+    std::string_view otherwise; ///< How else it is had: "scripts/engines". Empty if not.
+};
+
+/// An entry's program on this machine.
+struct InstalledEngine {
+    const EngineEntry* entry = nullptr; ///< Of a table that outlives it.
+    std::string program;                ///< Absolute path; empty where it is not here.
+    std::string module;                 ///< Absolute path; empty where it needs none.
+    std::string version;                ///< As it tells it: "0.9.0"; empty where it does not.
+    /// Why it is not used although it is here, a clause for people; empty otherwise.
+    std::string trouble;
+
+    [[nodiscard]] bool usable() const { return !program.empty() && trouble.empty(); }
     bool operator==(const InstalledEngine&) const = default;
 };
+
+/// What people are told about an engine of whatever sort.
+struct EngineInfo {
+    std::string id;
+    std::string name;
+    std::string judges;
+    std::string licence;
+    std::string version; ///< Empty where it is not here, or tells none.
+    std::string place;   ///< Path of a program; empty for what is part of the service.
+    bool here = false;   ///< Present and used.
+    bool inside = false; ///< Part of the service itself.
+    std::string trouble; ///< Why it is not used though present; empty otherwise.
+    std::string obtain;  ///< How to get it: "Debian: shellcheck; Homebrew: shellcheck".
+
+    bool operator==(const EngineInfo&) const = default;
+};
+
+/// How to get it, for people.
+[[nodiscard]] std::string howToObtain(const EngineEntry& entry);
 
 /// What the programs on this machine make of one part, beside the critics in process.
 class EngineRoom {
 public:
     virtual ~EngineRoom() = default;
 
-    /// The engines that read this part: an id and a name for people each, in the order of asking.
+    /// The ids of the engines here that read this part, in the order of asking.
     [[nodiscard]] virtual std::vector<std::string> enginesFor(const Part& part,
                                                               std::string_view modality) const = 0;
 
-    /// What `engine` makes of it. An engine that does not end well is a gap in the coverage.
-    /// Blocks; any thread, several at once.
+    /// What `engine`, an id of `enginesFor`, makes of it. An engine that does not end well is a gap
+    /// in the coverage. Blocks; any thread, several at once.
     [[nodiscard]] virtual Critique look(std::string_view engine, const Part& part,
                                         std::string_view modality, std::stop_token cancel) = 0;
 
-    /// Gaps for engines that would read this part and are not here, with how to get them.
+    /// Gaps for engines that would read this part and are not here or of no use, with how to get
+    /// them. `dropAnswered` takes away those that somebody else filled.
     [[nodiscard]] virtual std::vector<NotChecked> absentFor(const Part& part,
                                                             std::string_view modality) const = 0;
 };
+
+/// Takes away each gap whose `what` an engine did judge: "syntax, Go" is judged whoever judged it.
+void dropAnswered(Coverage& coverage);
 
 } // namespace trevix

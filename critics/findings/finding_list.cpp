@@ -46,17 +46,22 @@ std::string capitalised(std::string sentence) {
     return sentence;
 }
 
-Finding findingOf(const Rule& rule, Severity severity, std::string_view place, std::string evidence,
-                  std::string detail) {
-    return {severity,           std::string(rule.id), std::string(rule.criterion),
-            std::string(place), std::move(evidence),  std::move(detail)};
+Finding findingOf(std::string_view id, std::string_view criterion, Severity severity,
+                  std::string_view place, std::string evidence, std::string detail) {
+    return {severity,           std::string(id),     std::string(criterion),
+            std::string(place), std::move(evidence), std::move(detail)};
+}
+
+Finding worded(std::string_view id, std::string_view criterion, Severity severity,
+               std::string_view place, std::string evidence, std::string_view says) {
+    std::string detail =
+        capitalised(std::string(place)) + ": “" + evidence + "” " + std::string(says) + ".";
+    return findingOf(id, criterion, severity, place, std::move(evidence), std::move(detail));
 }
 
 Finding worded(const Rule& rule, Severity severity, std::string_view place, std::string evidence,
                std::string_view says) {
-    std::string detail =
-        capitalised(std::string(place)) + ": “" + evidence + "” " + std::string(says) + ".";
-    return findingOf(rule, severity, place, std::move(evidence), std::move(detail));
+    return worded(rule.id, rule.criterion, severity, place, std::move(evidence), says);
 }
 
 } // namespace
@@ -103,9 +108,10 @@ std::string FindingList::quote(std::size_t offset, std::size_t length) const {
 }
 
 template <typename Place>
-bool FindingList::admit(GradedRule rule, const Place& place) {
-    Tally& tally = m_tallies[rule.rule().id];
-    tally.rule = &rule.rule();
+bool FindingList::admit(std::string_view id, GradedRule rule, const Place& place) {
+    const auto known = m_tallies.find(id);
+    Tally& tally = known != m_tallies.end() ? known->second : m_tallies[std::string(id)];
+    tally.criterion = rule.rule().criterion;
     if (++tally.count <= kMostFindingsPerRule) return true;
     if (tally.firstUnlisted.empty()) tally.firstUnlisted = place();
     tally.worstUnlisted = std::max(tally.worstUnlisted, rule.severity());
@@ -115,7 +121,7 @@ bool FindingList::admit(GradedRule rule, const Place& place) {
 void FindingList::add(GradedRule rule, std::size_t offset, std::size_t length,
                       std::string_view says) {
     const auto place = [&] { return m_source->place(offset, length); };
-    if (!admit(rule, place)) return;
+    if (!admit(rule.rule().id, rule, place)) return;
     m_findings.emplace_back(
         offset, worded(rule.rule(), rule.severity(), place(), quote(offset, length), says));
 }
@@ -123,16 +129,26 @@ void FindingList::add(GradedRule rule, std::size_t offset, std::size_t length,
 void FindingList::addWith(GradedRule rule, std::size_t offset, std::string_view evidence,
                           std::string_view says) {
     const auto place = [&] { return m_source->place(offset); };
-    if (!admit(rule, place)) return;
+    if (!admit(rule.rule().id, rule, place)) return;
     m_findings.emplace_back(
         offset, worded(rule.rule(), rule.severity(), place(), shortened(evidence), says));
 }
 
+void FindingList::addForeign(GradedRule rule, std::string_view code, std::size_t offset,
+                             std::size_t evidence, std::size_t length, std::string_view says) {
+    const std::string_view family = rule.rule().id;
+    const std::string id = std::string(family.substr(0, family.size() - 1)) + std::string(code);
+    const auto place = [&] { return m_source->place(offset); };
+    if (!admit(id, rule, place)) return;
+    m_findings.emplace_back(offset, worded(id, rule.rule().criterion, rule.severity(), place(),
+                                           quote(evidence, length), says));
+}
+
 void FindingList::addAt(GradedRule rule, std::string_view place, std::string_view evidence,
                         std::string detail) {
-    if (!admit(rule, [&] { return std::string(place); })) return;
-    m_findings.emplace_back(
-        0, findingOf(rule.rule(), rule.severity(), place, shortened(evidence), std::move(detail)));
+    if (!admit(rule.rule().id, rule, [&] { return std::string(place); })) return;
+    m_findings.emplace_back(0, findingOf(rule.rule().id, rule.rule().criterion, rule.severity(),
+                                         place, shortened(evidence), std::move(detail)));
 }
 
 std::vector<Finding> FindingList::take() {
@@ -143,7 +159,7 @@ std::vector<Finding> FindingList::take() {
     for (auto& [offset, finding] : m_findings) findings.push_back(std::move(finding));
     for (const auto& [id, tally] : m_tallies) {
         if (tally.count <= kMostFindingsPerRule) continue;
-        findings.push_back(worded(*tally.rule, tally.worstUnlisted, tally.firstUnlisted,
+        findings.push_back(worded(id, tally.criterion, tally.worstUnlisted, tally.firstUnlisted,
                                   std::to_string(tally.count - kMostFindingsPerRule) + " more",
                                   "of the same kind are not listed, the first of them here"));
     }

@@ -11,6 +11,7 @@
 #include "critics/findings/source_text.h"
 
 #include <cstddef>
+#include <functional>
 #include <map>
 #include <string>
 #include <string_view>
@@ -29,7 +30,7 @@ constexpr std::size_t kLongestEvidence = 120;
 
 /// `text` on one line, at most `limit` characters long with its ellipsis: runs of white space and
 /// control characters become one blank, bytes that are not UTF-8 become U+FFFD.
-/// Precondition: 0 < limit <= kLongestEvidence.
+/// Precondition: 0 < limit <= 300, which is what the bytes that are read of it surely hold.
 [[nodiscard]] std::string shortened(std::string_view text, std::size_t limit = kLongestEvidence);
 
 class FindingList {
@@ -52,6 +53,13 @@ public:
     void addWith(GradedRule rule, std::size_t offset, std::string_view evidence,
                  std::string_view says);
 
+    /// Adds a finding of the rule that its program calls `code`, one of a family: "SC2086" of
+    /// "shellcheck.*". Placed at `offset`, with the `length` bytes at `evidence` quoted as by
+    /// `add`; each code is a rule of its own for what is listed. Preconditions: the list is over a
+    /// text; `rule` is a family.
+    void addForeign(GradedRule rule, std::string_view code, std::size_t offset,
+                    std::size_t evidence, std::size_t length, std::string_view says);
+
     /// Adds a finding at a place of the caller's, with a whole sentence for people as its detail.
     /// The evidence is shortened, nothing is hidden in it.
     void addAt(GradedRule rule, std::string_view place, std::string_view evidence,
@@ -68,20 +76,20 @@ private:
     /// What one rule found beyond what is listed.
     struct Tally {
         std::size_t count = 0; ///< All of them.
-        const Rule* rule = nullptr;
+        std::string criterion;
         Severity worstUnlisted = Severity::low;
         std::string firstUnlisted; ///< Its place.
     };
 
     /// Counts one more; whether it is to be listed.
     template <typename Place>
-    [[nodiscard]] bool admit(GradedRule rule, const Place& place);
+    [[nodiscard]] bool admit(std::string_view id, GradedRule rule, const Place& place);
     [[nodiscard]] std::string quote(std::size_t offset, std::size_t length) const;
 
     const SourceText* m_source = nullptr;
     std::vector<std::pair<std::size_t, std::size_t>> m_hidden; ///< Begin and end of each span.
     std::vector<std::pair<std::size_t, Finding>> m_findings;   ///< By offset, 0 without a text.
-    std::map<std::string_view, Tally> m_tallies;
+    std::map<std::string, Tally, std::less<>> m_tallies;       ///< By rule.
 };
 
 } // namespace trevix

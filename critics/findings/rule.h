@@ -3,7 +3,11 @@
 // Each kind of work declares its rules in one table, a specialisation of `RulesFor` in its own
 // folder. A `GradedRule` can only be had from such a table and at compile time: a finding whose
 // rule is not declared, or comes in a severity that its rule does not have, does not compile.
-// Values, constants; any thread.
+//
+// The rules of other people's programs are theirs: open-ended, and known when they speak. Such a
+// program has one family here, "shellcheck.*", whose severities, criterion and unit hold for each
+// of its rules; a finding bears the program's own code, "shellcheck.SC2086". Values, constants; any
+// thread.
 
 #pragma once
 
@@ -12,6 +16,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <initializer_list>
+#include <optional>
 #include <stdexcept>
 #include <string_view>
 
@@ -62,7 +67,8 @@ private:
 };
 
 struct Rule {
-    std::string_view id; ///< "text.doubled_word"; never changes, it is stored with every verdict.
+    /// "text.doubled_word"; never changes, it is stored with every verdict. A family ends in ".*".
+    std::string_view id;
     Severities severities;
     std::string_view criterion; ///< What is judged, in a word or two for people.
     Unit unit;
@@ -71,9 +77,15 @@ struct Rule {
     std::string_view provenance;
 };
 
-/// Who declares a rule: the critic of one kind of work, or (`any`) the judge of all of them.
-enum class WorkKind { any, text, document, code, sheet, picture };
-inline constexpr std::size_t kWorkKinds = static_cast<std::size_t>(WorkKind::picture) + 1;
+/// Whether `rule` is a family.
+[[nodiscard]] constexpr bool isFamily(const Rule& rule) {
+    return rule.id.ends_with(".*");
+}
+
+/// Who declares a rule: the critic of one kind of work, the judge of all of them (`any`), or the
+/// room of other people's programs (`engine`), which is no kind of work.
+enum class WorkKind { any, text, document, code, sheet, picture, engine };
+inline constexpr std::size_t kWorkKinds = static_cast<std::size_t>(WorkKind::engine) + 1;
 
 /// Specialised once for each kind, with `static constexpr std::array<Rule, N> kRules`.
 template <WorkKind kind>
@@ -90,6 +102,7 @@ private:
     friend consteval GradedRule declared(std::string_view id);
     template <WorkKind kind>
     friend consteval GradedRule declared(std::string_view id, Severity severity);
+    friend constexpr std::optional<GradedRule> graded(const Rule& family, Severity severity);
 
     constexpr GradedRule(const Rule& rule, Severity severity)
         : m_rule(&rule),
@@ -120,6 +133,13 @@ consteval GradedRule declared(std::string_view id) {
         return {rule, rule.severities.worst()};
     }
     throw std::logic_error("no such rule");
+}
+
+/// A rule of a declared family at a severity that is known when its program has spoken. Absent
+/// where `family` is none, or has no such severity. It points to `family`, which must outlive it.
+[[nodiscard]] constexpr std::optional<GradedRule> graded(const Rule& family, Severity severity) {
+    if (!isFamily(family) || !family.severities.has(severity)) return std::nullopt;
+    return GradedRule{family, severity};
 }
 
 } // namespace trevix

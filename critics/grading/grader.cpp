@@ -1,5 +1,6 @@
 #include "critics/grading/grader.h"
 
+#include "critics/engines/merge_findings.h"
 #include "critics/worker/work_codec.h"
 
 #include <algorithm>
@@ -188,13 +189,14 @@ Grader::grade(const Submission& submission, std::stop_token cancel,
     Shift(std::move(tasks), progress).run(m_options.atOnce);
     if (cancel.stop_requested()) return std::nullopt;
 
-    for (auto& [part, critique] : looked) addSecondOpinion(foreign[part], std::move(critique));
+    for (auto& [part, critique] : looked) mergeCritique(foreign[part], std::move(critique));
     Critique whole;
     whole.coverage.known = true;
     const bool byPart = own.size() == submission.parts.size();
     for (std::size_t i = 0; i < own.size(); ++i) {
         if (byPart) {
-            addSecondOpinion(own[i], placedIn(submission, i, std::move(foreign[i])));
+            mergeCritique(own[i], placedIn(submission, i, std::move(foreign[i])));
+            dropAnswered(own[i].coverage);
         }
         addPart(whole, std::move(own[i]));
     }

@@ -1,12 +1,16 @@
 #include "critics/grading/machine_grader.h"
 
 #include "critics/critic.h"
+#include "critics/engines/engine_table.h"
+#include "critics/engines/program_engines.h"
+#include "critics/inside_engines.h"
 #include "critics/worker/posix_child_runner.h"
 
 #include <array>
 #include <cstdio>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace trevix {
 
@@ -58,10 +62,13 @@ struct MachineGrader::Parts {
     explicit Parts(const MachinePlaces& places)
         : runner(makePosixChildRunner(emptied(places.work),
                                       sandboxOfThisMachine(places.work, places.program.string()))),
+          finder(usualProgramFolders(), usualModuleFolders(places.program.parent_path())),
+          engines(engineTable(), finder, *runner),
           grader(*runner, engines, optionsFor(places)) {}
 
     std::unique_ptr<ChildRunner> runner;
-    NoEngines engines;
+    FolderFinder finder;
+    ProgramEngines engines;
     Grader grader;
 };
 
@@ -72,6 +79,16 @@ MachineGrader::~MachineGrader() = default;
 
 const Grader& MachineGrader::grader() const {
     return m_parts->grader;
+}
+
+void MachineGrader::probe() const {
+    m_parts->engines.probe();
+}
+
+std::vector<EngineInfo> MachineGrader::engines() const {
+    std::vector<EngineInfo> engines = insideEngines();
+    for (EngineInfo& program : m_parts->engines.list()) engines.push_back(std::move(program));
+    return engines;
 }
 
 int serveWorker(Readers readers, const std::function<std::string(const char*)>& environment) {

@@ -9,6 +9,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace trevix {
 
@@ -35,6 +36,13 @@ public:
     MachineGrader& operator=(const MachineGrader&) = delete;
 
     [[nodiscard]] const Grader& grader() const;
+
+    /// Finds out which programs are here, so that the first work need not wait for it. Some
+    /// seconds.
+    void probe() const;
+
+    /// All engines: those that are part of this program, then the programs, here or not.
+    [[nodiscard]] std::vector<EngineInfo> engines() const;
 
 private:
     struct Parts;

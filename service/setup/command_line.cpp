@@ -76,6 +76,14 @@ std::variant<CommandLine, UsageError> parseCommandLine(const std::vector<std::st
             line.action = CommandLine::Action::printKey;
             continue;
         }
+        if (option == "--engines") {
+            line.action = CommandLine::Action::engines;
+            continue;
+        }
+        if (option == "--json") {
+            line.json = true;
+            continue;
+        }
         std::optional<std::string> value;
         if (const auto equals = option.find('='); equals != std::string::npos) {
             value = option.substr(equals + 1);
@@ -90,6 +98,9 @@ std::variant<CommandLine, UsageError> parseCommandLine(const std::vector<std::st
             value = arguments[i];
         }
         if (auto error = take(line, option, *value)) return UsageError{std::move(*error)};
+    }
+    if (line.json && line.action != CommandLine::Action::engines) {
+        return UsageError{"--json goes with --engines"};
     }
     return line;
 }
@@ -108,6 +119,8 @@ Judges work on this machine, for programs of this machine only: listens on 127.0
   --queue N       jobs that may wait (default 256)
   --keep-days N   forget runs N days after their last version; 0 keeps them (default 365)
   --print-key     print the key, making it when there is none yet, and exit
+  --engines       print who judges work here, and how to get those who are not, and exit
+  --json          print that as JSON
   --help          print this and exit
   --version       print the version and exit
 

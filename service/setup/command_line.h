@@ -18,7 +18,7 @@ constexpr std::uint16_t kDefaultPort = 8797;
 
 struct CommandLine {
     /// `worker` is how the service starts itself for one work; it stands in no usage text.
-    enum class Action { serve, printKey, help, version, worker };
+    enum class Action { serve, printKey, engines, help, version, worker };
 
     Action action = Action::serve;
     std::uint16_t port = kDefaultPort; ///< 0: any free one.
@@ -27,6 +27,7 @@ struct CommandLine {
     std::optional<std::string> catalog;
     std::size_t queue = 256;
     int keepDays = 365;      ///< 0: for good.
+    bool json = false;       ///< Of the engines: for programs.
     bool ownReaders = false; ///< Of a worker: only readers that were written for this service.
 
     bool operator==(const CommandLine&) const = default;

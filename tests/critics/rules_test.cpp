@@ -131,6 +131,16 @@ TEST(Rules, EachIsDeclaredOnceAndWhole) {
     EXPECT_TRUE(ids.contains("deck.margin"));
 }
 
+TEST(Rules, AreFoundByNameAndFamiliesByTheirs) {
+    EXPECT_EQ(ruleNamed("text.secret")->id, "text.secret");
+    EXPECT_EQ(ruleNamed("shellcheck.SC2086")->id, "shellcheck.*");
+    EXPECT_EQ(ruleNamed("oxlint.oxc/missing-throw")->id, "oxlint.*");
+    EXPECT_FALSE(ruleNamed("text.unheard_of").has_value());
+    EXPECT_FALSE(ruleNamed("shellcheck.").has_value());
+    EXPECT_FALSE(ruleNamed("shellcheck").has_value());
+    EXPECT_FALSE(ruleNamed("").has_value());
+}
+
 TEST(Rules, TheDocumentHasEachOnceWithItsSeverities) {
     std::ifstream document(kelvane::inSourceTree("docs/critics.md"));
     ASSERT_TRUE(document.is_open());

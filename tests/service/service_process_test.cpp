@@ -9,6 +9,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <chrono>
@@ -367,6 +368,18 @@ TEST_F(ServiceProcessTest, HelpAndVersion) {
     EXPECT_THAT(help.output, HasSubstr("--keep-days"));
     EXPECT_EQ(help.errors, "");
     EXPECT_THAT(ran({"--version"}).output, MatchesRegex("trevix-local [0-9.]+\n"));
+}
+
+TEST_F(ServiceProcessTest, ListsTheEnginesAndStartsNothing) {
+    const Ended listed = ran({"--engines", "--json"});
+    EXPECT_EQ(listed.exitCode, 0);
+    EXPECT_EQ(listed.errors, "");
+    const auto engines = nlohmann::json::parse(listed.output, nullptr, false);
+    ASSERT_TRUE(engines.is_object());
+    bool bash = false;
+    for (const auto& engine : engines["engines"]) bash = bash || engine["id"] == "bash";
+    EXPECT_TRUE(bash);
+    EXPECT_THAT(ran({"--engines"}).output, HasSubstr("part of the service\n"));
 }
 
 TEST_F(ServiceProcessTest, ServesTheCatalogItIsGiven) {

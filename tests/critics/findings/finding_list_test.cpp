@@ -14,6 +14,39 @@ constexpr GradedRule kError = declared<WorkKind::sheet>("sheet.formula_error", S
 constexpr GradedRule kNotAvailable =
     declared<WorkKind::sheet>("sheet.formula_error", Severity::medium);
 
+constexpr Rule kFamily{"tool.*", {Severity::high, Severity::low}, "sound work", Unit::line, ""};
+
+TEST(FindingList, ARuleOfAFamilyBearsTheCodeOfItsProgram) {
+    const std::string text = "first\nsecond line";
+    const SourceText source(text);
+    FindingList list(source);
+    list.addForeign(*graded(kFamily, Severity::low), "X12", 13, 6, 11, "is wrong");
+    EXPECT_EQ(list.take(),
+              (std::vector<Finding>{{Severity::low, "tool.X12", "sound work", "line 2, column 8",
+                                     "second line", "Line 2, column 8: “second line” is wrong."}}));
+}
+
+TEST(FindingList, EachCodeOfAFamilyHasALimitOfItsOwn) {
+    const std::string text(kMostFindingsPerRule + 2, 'x');
+    const SourceText source(text);
+    FindingList list(source);
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        list.addForeign(*graded(kFamily, Severity::low), "A", i, i, 1, "is wrong");
+    }
+    list.addForeign(*graded(kFamily, Severity::high), "B", 0, 0, 1, "is wrong");
+    const auto findings = list.take();
+    ASSERT_EQ(findings.size(), kMostFindingsPerRule + 2);
+    EXPECT_EQ(findings.back().rule, "tool.A");
+    EXPECT_EQ(findings.back().severity, Severity::low);
+    EXPECT_EQ(findings.back().evidence, "2 more");
+}
+
+TEST(GradedRule, OnlyAFamilyIsGradedWhileRunning) {
+    EXPECT_TRUE(graded(kFamily, Severity::high).has_value());
+    EXPECT_FALSE(graded(kFamily, Severity::medium).has_value());
+    EXPECT_FALSE(graded(kWord.rule(), Severity::medium).has_value());
+}
+
 TEST(FindingList, WordsAFindingByPlaceAndEvidence) {
     const std::string text = "so it is\nthe the end";
     const SourceText source(text);

@@ -31,6 +31,18 @@ TEST(CommandLineOptions, EveryOptionIsTaken) {
               expected);
 }
 
+TEST(CommandLineOptions, EnginesArePrintedForPeopleOrPrograms) {
+    EXPECT_EQ(parsed({"--engines"}).action, CommandLine::Action::engines);
+    EXPECT_FALSE(parsed({"--engines"}).json);
+    EXPECT_TRUE(parsed({"--engines", "--json"}).json);
+    EXPECT_TRUE(parsed({"--json", "--engines"}).json);
+    EXPECT_EQ(std::get<UsageError>(parseCommandLine({"--json"})).text,
+              "--json goes with --engines");
+    EXPECT_EQ(std::get<UsageError>(parseCommandLine({"--engines=all"})).text,
+              "unknown option --engines=all");
+    EXPECT_NE(usageText().find("--engines"), std::string_view::npos);
+}
+
 TEST(CommandLineOptions, HelpAndVersionWinOverWhatFollows) {
     EXPECT_EQ(parsed({"--help", "--nonsense"}).action, CommandLine::Action::help);
     EXPECT_EQ(parsed({"-h"}).action, CommandLine::Action::help);

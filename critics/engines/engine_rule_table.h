@@ -1,0 +1,45 @@
+// The families of rules of other people's programs: one for each program, since their rules are
+// theirs and open-ended.
+
+#pragma once
+
+#include "critics/findings/rule.h"
+
+#include <array>
+
+namespace trevix {
+
+template <>
+struct RulesFor<WorkKind::engine> {
+    static constexpr std::array kRules = {
+        Rule{"bandit.*",
+             {Severity::high, Severity::medium, Severity::low},
+             "safe code",
+             Unit::line,
+             ""},
+        Rule{"bash.*", Severity::high, "code that parses", Unit::line, ""},
+        Rule{"cppcheck.*",
+             {Severity::high, Severity::medium, Severity::low},
+             "sound C and C++",
+             Unit::line,
+             ""},
+        Rule{"gofmt.*", Severity::high, "code that parses", Unit::line, ""},
+        Rule{"node.*", Severity::high, "code that parses", Unit::line, ""},
+        Rule{"oxlint.*", {Severity::high, Severity::medium}, "sound scripts", Unit::line, ""},
+        Rule{"python.*", {Severity::high, Severity::medium}, "code that parses", Unit::line, ""},
+        Rule{"ruff.*",
+             {Severity::high, Severity::medium, Severity::low},
+             "sound Python",
+             Unit::line,
+             ""},
+        Rule{"shellcheck.*",
+             {Severity::high, Severity::medium, Severity::low},
+             "sound shell",
+             Unit::line,
+             ""},
+        Rule{"xmllint.*", Severity::high, "readable data", Unit::line, ""},
+        Rule{"yamllint.*", Severity::high, "readable data", Unit::line, ""},
+    };
+};
+
+} // namespace trevix

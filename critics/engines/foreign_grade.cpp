@@ -1,0 +1,236 @@
+#include "critics/engines/foreign_grade.h"
+
+#include "text/one_of.h"
+
+#include <array>
+
+namespace trevix {
+
+namespace text = kelvane::text;
+
+namespace {
+
+constexpr std::optional<Severity> kHigh = Severity::high;
+constexpr std::optional<Severity> kMedium = Severity::medium;
+constexpr std::optional<Severity> kLow = Severity::low;
+constexpr std::optional<Severity> kOff = std::nullopt;
+
+constexpr std::string_view kOthers = "another file may use, set or declare it";
+constexpr std::string_view kImport = "an import is no flaw, its use is judged where it stands";
+constexpr std::string_view kWords = "the shell changes the words at that place";
+constexpr std::string_view kNoted = "a question to the reader, true of sound code as well";
+constexpr std::string_view kNote = "explains another finding, or tells what the program cannot see";
+
+constexpr std::array kGrades = {
+    // ShellCheck: what it calls information and is a fault of the script.
+    ForeignGrade{"shellcheck", "SC2086", kMedium, kWords},
+    ForeignGrade{"shellcheck", "SC2030", kMedium, "the change is lost with its subshell"},
+    ForeignGrade{"shellcheck", "SC2031", kMedium, "the change was lost with its subshell"},
+    ForeignGrade{"shellcheck", "SC2035", kMedium, "a name that begins with a dash is an option"},
+    ForeignGrade{"shellcheck", "SC2059", kMedium, "a percent sign in the value changes the output"},
+    ForeignGrade{"shellcheck", "SC2094", kMedium, "the file is emptied before it is read"},
+    ForeignGrade{"shellcheck", "SC2095", kMedium, "the loop ends after its first turn"},
+    ForeignGrade{"shellcheck", "SC2021", kMedium, "the brackets are taken as characters"},
+    ForeignGrade{"shellcheck", "SC2060", kMedium, kWords},
+    ForeignGrade{"shellcheck", "SC2139", kMedium, "the value is that of the definition's moment"},
+    ForeignGrade{"shellcheck", "SC2117", kMedium, "what follows runs as the other user"},
+    // ShellCheck: warnings that sound scripts have.
+    ForeignGrade{"shellcheck", "SC1090", kOff, kNote},
+    ForeignGrade{"shellcheck", "SC1091", kOff, kNote},
+    ForeignGrade{"shellcheck", "SC1094", kOff, kNote},
+    ForeignGrade{"shellcheck", "SC1071", kOff, kNote},
+    ForeignGrade{"shellcheck", "SC1009", kOff, kNote},
+    ForeignGrade{"shellcheck", "SC2148", kOff, "the dialect is told beside the file"},
+    ForeignGrade{"shellcheck", "SC2187", kOff, kNote},
+    ForeignGrade{"shellcheck", "SC2034", kLow, kOthers},
+    ForeignGrade{"shellcheck", "SC2120", kLow, kOthers},
+    ForeignGrade{"shellcheck", "SC2119", kLow, kOthers},
+    ForeignGrade{"shellcheck", "SC2155", kLow, "the lost status is seldom looked at"},
+    ForeignGrade{"shellcheck", "SC2206", kLow,
+                 "splitting on purpose is the older way to fill a list"},
+    ForeignGrade{"shellcheck", "SC2207", kLow,
+                 "splitting on purpose is the older way to fill a list"},
+    ForeignGrade{"shellcheck", "SC2254", kLow, "a pattern in a variable is often meant"},
+    ForeignGrade{"shellcheck", "SC2166", kLow, "works in every shell of today"},
+
+    // Cppcheck: about the check and not about the code.
+    ForeignGrade{"cppcheck", "missingInclude*", kOff, kNote},
+    ForeignGrade{"cppcheck", "toomanyconfigs", kOff, kNote},
+    ForeignGrade{"cppcheck", "normalCheckLevelMaxBranches", kOff, kNote},
+    ForeignGrade{"cppcheck", "checkersReport", kOff, kNote},
+    ForeignGrade{"cppcheck", "ConfigurationNotChecked", kOff, kNote},
+    ForeignGrade{"cppcheck", "objectIndex", kLow,
+                 "counting on from one object is how buffers work"},
+    ForeignGrade{"cppcheck", "uselessAssignmentPtrArg", kLow,
+                 "clearing a pointer after its last use is a habit of care"},
+
+    // Bandit.
+    ForeignGrade{"bandit", "B101", kOff, "assertions belong to tests and to sound code"},
+    ForeignGrade{"bandit", "B322", kOff, "a fault of Python 2 alone"},
+    ForeignGrade{"bandit", "B401", kMedium,
+                 "the protocol is in clear text whatever is done with it"},
+    ForeignGrade{"bandit", "B402", kMedium,
+                 "the protocol is in clear text whatever is done with it"},
+    ForeignGrade{"bandit", "B403", kOff, kImport},
+    ForeignGrade{"bandit", "B404", kOff, kImport},
+    ForeignGrade{"bandit", "B405", kOff, kImport},
+    ForeignGrade{"bandit", "B406", kOff, kImport},
+    ForeignGrade{"bandit", "B407", kOff, kImport},
+    ForeignGrade{"bandit", "B408", kOff, kImport},
+    ForeignGrade{"bandit", "B409", kOff, kImport},
+    ForeignGrade{"bandit", "B410", kOff, kImport},
+    ForeignGrade{"bandit", "B603", kOff, kNoted},
+    ForeignGrade{"bandit", "B606", kOff, kNoted},
+    ForeignGrade{"bandit", "B607", kOff, kNoted},
+    ForeignGrade{"bandit", "B310", kLow, kNoted},
+    ForeignGrade{"bandit", "B311", kLow, kNoted},
+
+    // Ruff: what its rules are, since it grades nothing.
+    ForeignGrade{"ruff", "syntax", kHigh, "the file does not run"},
+    ForeignGrade{"ruff", "F811", kLow, "the later definition holds, often on purpose"},
+    ForeignGrade{"ruff", "B006", kLow, "harmless where nobody changes the value"},
+    ForeignGrade{"ruff", "B018", kLow, "touching a name can be a check of its own"},
+    ForeignGrade{"ruff", "PLE0604", kLow, kOthers},
+    ForeignGrade{"ruff", "PLE0605", kLow, kOthers},
+
+    // Oxlint: its category "correctness" without what is a matter of habit.
+    ForeignGrade{"oxlint", "syntax", kHigh, "the file does not run"},
+    ForeignGrade{"oxlint", "no-debugger", kHigh, "stops whoever runs it"},
+    ForeignGrade{"oxlint", "no-const-assign", kHigh, "throws whenever it runs"},
+    ForeignGrade{"oxlint", "no-this-before-super", kHigh, "throws whenever it runs"},
+    ForeignGrade{"oxlint", "no-obj-calls", kHigh, "throws whenever it runs"},
+    ForeignGrade{"oxlint", "no-new-native-nonconstructor", kHigh, "throws whenever it runs"},
+    ForeignGrade{"oxlint", "no-invalid-regexp", kHigh, "throws whenever it runs"},
+};
+
+/// The rules of Oxlint that are a fault wherever they speak: the "possible problems" of the linter
+/// whose names they bear, but for those about unused names, and the comparisons that cannot hold.
+constexpr std::array<std::string_view, 43> kScriptFaults = {
+    "for-direction",
+    "getter-return",
+    "no-async-promise-executor",
+    "no-class-assign",
+    "no-compare-neg-zero",
+    "no-cond-assign",
+    "no-constant-binary-expression",
+    "no-delete-var",
+    "no-dupe-args",
+    "no-dupe-class-members",
+    "no-dupe-else-if",
+    "no-dupe-keys",
+    "no-duplicate-case",
+    "no-empty-character-class",
+    "no-ex-assign",
+    "no-func-assign",
+    "no-global-assign",
+    "no-import-assign",
+    "no-loss-of-precision",
+    "no-nonoctal-decimal-escape",
+    "no-self-assign",
+    "no-setter-return",
+    "no-sparse-arrays",
+    "no-unreachable",
+    "no-unsafe-finally",
+    "no-unsafe-negation",
+    "no-unsafe-optional-chaining",
+    "no-unassigned-vars",
+    "no-useless-backreference",
+    "use-isnan",
+    "valid-typeof",
+    "oxc/bad-array-method-on-arguments",
+    "oxc/bad-char-at-comparison",
+    "oxc/bad-comparison-sequence",
+    "oxc/bad-min-max-func",
+    "oxc/bad-object-literal-comparison",
+    "oxc/bad-replace-all-arg",
+    "oxc/const-comparisons",
+    "oxc/double-comparisons",
+    "oxc/missing-throw",
+    "oxc/number-arg-out-of-range",
+    "oxc/uninvoked-array-callback",
+    "typescript/no-duplicate-enum-values",
+};
+
+bool fits(std::string_view pattern, std::string_view code) {
+    if (!pattern.ends_with('*')) return pattern == code;
+    return code.starts_with(pattern.substr(0, pattern.size() - 1));
+}
+
+std::optional<Severity> byLevel(const ForeignFault& fault) {
+    if (fault.level == "error") return kHigh;
+    if (fault.level == "warning") return kMedium;
+    if (fault.level == "info") return kLow;
+    return kOff;
+}
+
+std::optional<Severity> ofBandit(const ForeignFault& fault) {
+    // What it is hardly sure of weighs one step less.
+    const bool sure = fault.confidence != "low";
+    if (fault.level == "high") return sure ? kHigh : kMedium;
+    if (fault.level == "medium") return sure ? kMedium : kLow;
+    if (fault.level == "low") return sure ? kLow : kOff;
+    return kOff;
+}
+
+/// It has no levels. Those of what is unsafe are Bandit's, whose rules they are.
+std::optional<Severity> ofRuff(const ForeignFault& fault, bool whole) {
+    constexpr std::array<std::string_view, 14> kUnsafe = {"S201", "S312", "S321", "S501", "S502",
+                                                          "S503", "S505", "S507", "S508", "S602",
+                                                          "S605", "S609", "S612", "S701"};
+    constexpr std::array<std::string_view, 7> kHints = {"S105", "S106", "S107", "S110",
+                                                        "S112", "S310", "S311"};
+    // In a selection the rest may declare it.
+    if (fault.code.starts_with("F82")) return whole ? kMedium : kLow;
+    if (text::isOneOf(fault.code, kHints)) return kLow;
+    if (!text::isOneOf(fault.code, kUnsafe)) return kMedium;
+    // So it says of commands that are words in quotes.
+    return fault.message.find("seems safe") == std::string::npos ? kHigh : kLow;
+}
+
+std::optional<Severity> byEngine(std::string_view engine, const ForeignFault& fault, bool whole) {
+    if (engine == "bandit") return ofBandit(fault);
+    if (engine == "shellcheck") {
+        // In a part of a script the rest may set it.
+        if (fault.code == "SC2154" && !whole) return kLow;
+        return byLevel(fault);
+    }
+    if (engine == "cppcheck") {
+        // An error is certain; as a warning it supposes a path, such as a loop without a turn.
+        if (fault.code == "uninitvar" && fault.level == "warning") return kLow;
+        return byLevel(fault);
+    }
+    if (engine == "oxlint") return text::isOneOf(fault.code, kScriptFaults) ? kMedium : kOff;
+    if (engine == "ruff") return ofRuff(fault, whole);
+    if (engine == "python" && fault.code == "warning") return kMedium;
+    // The rest says no more than whether a file parses.
+    return kHigh;
+}
+
+} // namespace
+
+std::span<const ForeignGrade> foreignGrades() {
+    return kGrades;
+}
+
+std::optional<Severity> gradeOf(std::string_view engine, const ForeignFault& fault, bool whole) {
+    for (const ForeignGrade& grade : kGrades) {
+        if (grade.engine == engine && fits(grade.code, fault.code)) return grade.severity;
+    }
+    return byEngine(engine, fault, whole);
+}
+
+bool gaveUp(std::string_view engine, const ForeignFault& fault) {
+    // Headers that the part does not bring are missing, so that a macro may stand where it reads
+    // nonsense: our own reader of the grammar is better placed to complain.
+    constexpr std::array<std::string_view, 8> kAtMacros = {
+        "syntaxError",   "unknownMacro",  "preprocessorErrorDirective", "internalAstError",
+        "internalError", "cppcheckError", "noValidConfiguration",       "AST"};
+    return engine == "cppcheck" && text::isOneOf(fault.code, kAtMacros);
+}
+
+bool isSyntax(std::string_view engine, const ForeignFault& fault) {
+    if (fault.code == kSyntaxCode) return true;
+    return engine == "shellcheck" && (fault.code == "SC1072" || fault.code == "SC1073");
+}
+
+} // namespace trevix

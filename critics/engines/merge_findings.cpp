@@ -1,0 +1,139 @@
+#include "critics/engines/merge_findings.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <utility>
+
+namespace trevix {
+
+namespace {
+
+struct Subject {
+    std::string_view rule;
+    std::string_view about;
+};
+
+constexpr std::string_view kSyntax = "syntax";
+
+constexpr std::array kSubjects = {
+    Subject{"code.syntax", kSyntax},
+    Subject{"code.unclosed_string", kSyntax},
+    Subject{"code.misspelt_keyword", kSyntax},
+    Subject{"code.mismatched_bracket", kSyntax},
+    Subject{"code.unclosed_bracket", kSyntax},
+    Subject{"code.json_syntax", kSyntax},
+    Subject{"code.yaml_syntax", kSyntax},
+    Subject{"bash.syntax", kSyntax},
+    Subject{"gofmt.syntax", kSyntax},
+    Subject{"node.syntax", kSyntax},
+    Subject{"oxlint.syntax", kSyntax},
+    Subject{"python.syntax", kSyntax},
+    Subject{"ruff.syntax", kSyntax},
+    Subject{"xmllint.syntax", kSyntax},
+    Subject{"yamllint.syntax", kSyntax},
+    Subject{"yamllint.key-duplicates", kSyntax},
+    Subject{"shellcheck.SC1072", kSyntax},
+    Subject{"shellcheck.SC1073", kSyntax},
+    Subject{"code.secret", "secret"},
+    Subject{"code.runs_text", "runs text"},
+    Subject{"code.query_from_text", "query"},
+    Subject{"code.swallowed_error", "swallowed"},
+    Subject{"code.breakpoint", "breakpoint"},
+    Subject{"oxlint.no-debugger", "breakpoint"},
+    Subject{"code.assignment_in_condition", "assignment"},
+    Subject{"oxlint.no-cond-assign", "assignment"},
+    Subject{"cppcheck.assignIfError", "assignment"},
+    Subject{"code.dead_code", "dead code"},
+    Subject{"oxlint.no-unreachable", "dead code"},
+    Subject{"python.warning", "comparison"},
+    Subject{"ruff.F632", "comparison"},
+};
+
+/// What is unsafe, by the numbers that Bandit gave it and Ruff took over.
+constexpr std::array kUnsafe = {
+    Subject{"105", "secret"},    Subject{"106", "secret"},    Subject{"107", "secret"},
+    Subject{"102", "runs text"}, Subject{"307", "runs text"}, Subject{"602", "runs text"},
+    Subject{"604", "runs text"}, Subject{"605", "runs text"}, Subject{"608", "query"},
+    Subject{"110", "swallowed"}, Subject{"112", "swallowed"}, Subject{"303", "weak hash"},
+    Subject{"324", "weak hash"},
+};
+
+/// "602" for "bandit.B602" and "ruff.S602"; empty for others.
+std::string_view unsafeNumber(std::string_view rule) {
+    for (const std::string_view front : {"bandit.B", "ruff.S"}) {
+        if (!rule.starts_with(front) || rule.size() != front.size() + 3) continue;
+        return rule.substr(front.size());
+    }
+    return {};
+}
+
+/// ShellCheck's first thousand, which it reports as errors of reading the script.
+bool isShellSyntax(std::string_view rule) {
+    constexpr std::string_view kFirst = "shellcheck.SC1";
+    return rule.starts_with(kFirst) && rule.size() == kFirst.size() + 3;
+}
+
+bool isSameSlip(const Finding& a, const Finding& b) {
+    const std::string_view subject = subjectOf(a.rule);
+    if (subject.empty() || subject != subjectOf(b.rule)) return false;
+    const auto line = lineOf(a.place);
+    const auto other = lineOf(b.place);
+    if (!line || !other) return false;
+    if (*line == *other) return true;
+    // A reader notices where it can no longer go on, which may be far behind the slip. Lesser
+    // findings about brackets are of a line each.
+    return subject == kSyntax && a.severity >= Severity::high && b.severity >= Severity::high;
+}
+
+} // namespace
+
+std::string_view subjectOf(std::string_view rule) {
+    const auto known = std::ranges::find(kSubjects, rule, &Subject::rule);
+    if (known != kSubjects.end()) return known->about;
+    if (isShellSyntax(rule)) return kSyntax;
+    const std::string_view number = unsafeNumber(rule);
+    const auto unsafe = std::ranges::find(kUnsafe, number, &Subject::rule);
+    return unsafe != kUnsafe.end() ? unsafe->about : number;
+}
+
+std::optional<std::size_t> lineOf(std::string_view place) {
+    constexpr std::string_view kLine = "line ";
+    constexpr std::string_view kInPart = ", line ";
+    // A part's name may hold anything, so the last one counts.
+    const std::size_t behind = place.rfind(kInPart);
+    if (behind != std::string_view::npos) {
+        place.remove_prefix(behind + kInPart.size());
+    } else if (place.starts_with(kLine)) {
+        place.remove_prefix(kLine.size());
+    } else {
+        return std::nullopt;
+    }
+    std::size_t line = 0;
+    const auto read = std::from_chars(place.data(), place.data() + place.size(), line);
+    if (read.ec != std::errc()) return std::nullopt;
+    return line;
+}
+
+void mergeCritique(Critique& critique, Critique other) {
+    std::vector<Finding> findings = std::move(other.findings);
+    other.findings.clear();
+    addSecondOpinion(critique, std::move(other));
+    mergeFindings(critique.findings, std::move(findings));
+}
+
+void mergeFindings(std::vector<Finding>& findings, std::vector<Finding> more) {
+    const std::size_t known = findings.size();
+    for (Finding& finding : more) {
+        const auto end = findings.begin() + static_cast<std::ptrdiff_t>(known);
+        const auto same = std::find_if(
+            findings.begin(), end, [&](const Finding& each) { return isSameSlip(each, finding); });
+        if (same == end) {
+            findings.push_back(std::move(finding));
+        } else if (finding.severity > same->severity) {
+            *same = std::move(finding);
+        }
+    }
+}
+
+} // namespace trevix

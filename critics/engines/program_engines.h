@@ -1,0 +1,51 @@
+// The room of the engines that are programs of this machine.
+//
+// What is here, and in which version, is found out once, when it is first asked for, by running
+// each program that is found.
+
+#pragma once
+
+#include "critics/engines/engine.h"
+#include "critics/engines/program_finder.h"
+#include "critics/worker/child_process.h"
+
+#include <mutex>
+#include <span>
+#include <vector>
+
+namespace trevix {
+
+class ProgramEngines : public EngineRoom {
+public:
+    /// All three outlive the room.
+    ProgramEngines(std::span<const EngineEntry> table, const ProgramFinder& finder,
+                   ChildRunner& runner)
+        : m_table(table),
+          m_finder(finder),
+          m_runner(runner) {}
+
+    [[nodiscard]] std::vector<std::string> enginesFor(const Part& part,
+                                                      std::string_view modality) const override;
+    [[nodiscard]] Critique look(std::string_view engine, const Part& part,
+                                std::string_view modality, std::stop_token cancel) override;
+    [[nodiscard]] std::vector<NotChecked> absentFor(const Part& part,
+                                                    std::string_view modality) const override;
+
+    /// All engines of the table, here or not, in its order.
+    [[nodiscard]] std::vector<EngineInfo> list() const;
+
+    /// Finds out now what is here, so that the first work need not wait for it. Some seconds.
+    void probe() const;
+
+private:
+    [[nodiscard]] const std::vector<InstalledEngine>& installed() const;
+    [[nodiscard]] InstalledEngine probed(const EngineEntry& entry) const;
+
+    std::span<const EngineEntry> m_table;
+    const ProgramFinder& m_finder;
+    ChildRunner& m_runner;
+    mutable std::once_flag m_probed;
+    mutable std::vector<InstalledEngine> m_installed; ///< One for each entry, in its order.
+};
+
+} // namespace trevix

@@ -1,0 +1,120 @@
+// Do the programs of this machine answer as the table says?
+//
+// Those that scripts/bootstrap installs must be here; what is fetched from npm, or belongs to
+// another toolchain, is told loudly when it is not.
+
+#include "critics/engines/program_engines.h"
+#include "critics/worker/posix_child_runner.h"
+#include "tests/critics/engines/recorded.h"
+#include "tests/service/temporary_folder.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <memory>
+#include <span>
+
+namespace trevix {
+namespace {
+
+class Programs : public testing::Test {
+protected:
+    Programs()
+        : m_runner(makePosixChildRunner(m_folder.path(),
+                                        sandboxOfThisMachine(m_folder.path(), "/usr/bin/env"))),
+          m_finder(usualProgramFolders(), {kelvane::inSourceTree("build/engines")}) {}
+
+    /// A room with this engine alone, so that nobody else is asked for a version.
+    [[nodiscard]] std::unique_ptr<ProgramEngines> roomOf(std::string_view id) {
+        return std::make_unique<ProgramEngines>(std::span(engineNamed(id), 1), m_finder, *m_runner);
+    }
+
+    TemporaryFolder m_folder;
+    std::unique_ptr<ChildRunner> m_runner;
+    FolderFinder m_finder;
+};
+
+class RealPrograms : public Programs, public testing::WithParamInterface<Sample> {};
+
+bool mayBeAbsent(std::string_view id) {
+    return id == "gofmt" || id == "ruff" || id == "oxlint";
+}
+
+INSTANTIATE_TEST_SUITE_P(Each, RealPrograms, testing::ValuesIn(samples()),
+                         [](const auto& sample) { return std::string(sample.param.engine); });
+
+TEST_P(RealPrograms, FindsInTheSampleWhatItFoundWhenThatWasRecorded) {
+    const Sample& sample = GetParam();
+    const auto room = roomOf(sample.engine);
+    const EngineInfo engine = room->list().front();
+    if (!engine.here && mayBeAbsent(sample.engine)) {
+        GTEST_SKIP() << "NOT RUN: " << sample.engine << " is not here (" << engine.obtain << ")";
+    }
+    ASSERT_TRUE(engine.here) << sample.engine << " is not here: " << engine.trouble << "; "
+                             << engine.obtain;
+    const Part part = partOf(sample);
+    const auto asked = room->enginesFor(part, "code");
+    EXPECT_EQ(asked, std::vector<std::string>{std::string(sample.engine)});
+    const Critique critique = room->look(sample.engine, part, "code", {});
+    for (const NotChecked& gap : critique.coverage.notChecked) ADD_FAILURE() << gap.why;
+    EXPECT_TRUE(critique.coverage.known);
+    // Later versions know more; what is certain stays.
+    const auto found = rulesIn(critique.findings);
+    for (const std::string& rule : sample.rules) {
+        EXPECT_NE(std::ranges::find(found, rule), found.end()) << rule;
+    }
+}
+
+struct Sound {
+    std::string_view engine;
+    std::string_view name;
+    std::string_view text;
+};
+
+class SoundWork : public Programs {};
+
+TEST_F(SoundWork, HasNoFindingWithLfWithCrLfAndWithAMark) {
+    const std::vector<Sound> works = {
+        {"python", "a.py", "def sow(bed):\n    return bed + 1\n"},
+        {"bash", "a.sh", "for bed in \"$@\"; do\n  echo \"$bed\"\ndone\n"},
+        {"node", "a.js", "import fs from 'node:fs';\nexport const a = fs;\n"},
+        {"gofmt", "a.go", "package garden\n\nfunc Sow() int { return 1 }\n"},
+        {"yamllint", "a.yaml", "garden:\n    beds: [north,   south]\n"},
+        {"xmllint", "a.xml", "<garden><bed/></garden>\n"},
+        {"shellcheck", "a.sh", "for bed in \"$@\"; do\n  echo \"$bed\"\ndone\n"},
+        {"cppcheck", "a.cpp", "int sow(int bed) {\n    return bed + 1;\n}\n"},
+        {"bandit", "a.py", "def sow(bed):\n    assert bed\n    return bed + 1\n"},
+        {"ruff", "a.py", "def sow(bed):\n    return bed + 1\n"},
+        {"oxlint", "a.tsx", "export const Bed = (a: string) => <p>{a}</p>;\n"},
+    };
+    ASSERT_EQ(works.size(), engineTable().size());
+    for (const Sound& work : works) {
+        const auto room = roomOf(work.engine);
+        const EngineInfo engine = room->list().front();
+        if (!engine.here && mayBeAbsent(work.engine)) continue; // Told by the test above.
+        std::string withCarriageReturns;
+        for (const char c : work.text) {
+            if (c == '\n') withCarriageReturns += '\r';
+            withCarriageReturns += c;
+        }
+        for (const std::string& text :
+             {std::string(work.text), withCarriageReturns, "\xEF\xBB\xBF" + withCarriageReturns}) {
+            Part part;
+            part.name = work.name;
+            part.mimeType = "text/x-code";
+            part.text = text;
+            const Critique critique = room->look(work.engine, part, "code", {});
+            for (const Finding& finding : critique.findings) {
+                ADD_FAILURE() << work.engine << ": " << finding.detail;
+            }
+            for (const NotChecked& gap : critique.coverage.notChecked) {
+                ADD_FAILURE() << work.engine << ": " << gap.why;
+            }
+            EXPECT_TRUE(critique.coverage.known) << work.engine;
+        }
+    }
+}
+
+} // namespace
+} // namespace trevix

@@ -1,0 +1,5 @@
+package garden
+
+func Beds(n int) int {
+	return n +
+}

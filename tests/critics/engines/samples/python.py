@@ -1,0 +1,6 @@
+"""Waters the beds."""
+
+
+def water(beds:
+    for bed in beds:
+        bed.open()
