@@ -9,6 +9,7 @@
 #include "app/panel/panel_item.h"
 #include "tests/app/panel/panel_states.h"
 
+#include <QByteArray>
 #include <QGuiApplication>
 #include <QImage>
 #include <QQuickItem>
@@ -83,7 +84,7 @@ int main(int argc, char** argv) {
     qputenv("QT_QPA_PLATFORM", "offscreen");
     const QGuiApplication application(argc, argv);
     kelvane::useSoftwareRendering();
-    const int rounds = std::max(argc > 1 ? std::atoi(argv[1]) : 200, 1);
+    const int rounds = std::max(argc > 1 ? QByteArray(argv[1]).toInt() : 200, 1);
     for (const std::size_t flaws : {3U, 10'000U}) measure(flaws, rounds);
     return 0;
 }

@@ -162,8 +162,9 @@ std::vector<QImage> rowsWithoutWriting() {
                 if (kind == 2) p.drawRoundedRect(x, y, size, size, 4, 4);
                 if (kind == 3) {
                     QPainterPath path;
+                    const int middle = x + size / 2;
                     path.moveTo(x, y + size);
-                    path.lineTo(x + size / 2, y);
+                    path.lineTo(middle, y);
                     path.lineTo(x + size, y + size);
                     p.drawPath(path);
                 }
@@ -446,6 +447,12 @@ void surfaces() {
 
 // ---- photographs, noise, blur -------------------------------------------------------------------
 
+/// Where a pixel stands in rows that are `width` long.
+std::size_t at(int x, int y, int width) {
+    return static_cast<std::size_t>(y) * static_cast<std::size_t>(width) +
+           static_cast<std::size_t>(x);
+}
+
 /// Light and shade with texture of several sizes, as photographs have, and sharp outlines.
 std::vector<double> scene(Random& random, int width, int height, double texture) {
     std::vector<double> light(static_cast<std::size_t>(width) * static_cast<std::size_t>(height));
@@ -464,8 +471,7 @@ std::vector<double> scene(Random& random, int width, int height, double texture)
             double value = 120;
             for (const Wave& w : waves) value += w.height * std::sin(w.x * x + w.y * y + w.phase);
             const bool thing = (x / 130 + y / 110) % 3 == 0; // With a sharp outline.
-            light[static_cast<std::size_t>(y) * static_cast<std::size_t>(width) +
-                  static_cast<std::size_t>(x)] = value + (thing ? 70 : 0);
+            light[at(x, y, width)] = value + (thing ? 70 : 0);
         }
     }
     return light;
@@ -485,13 +491,13 @@ void blur(std::vector<double>& light, int width, int height, double deviation) {
         for (int y = 0; y < height; ++y) {
             for (int x = 0; x < width; ++x) {
                 double value = 0;
-                for (int i = -reach; i <= reach; ++i) {
+                auto weight = weights.begin();
+                for (int i = -reach; i <= reach; ++i, ++weight) {
                     const int atX = std::clamp(x + i * stepX, 0, width - 1);
                     const int atY = std::clamp(y + i * stepY, 0, height - 1);
-                    value += weights[static_cast<std::size_t>(i + reach)] *
-                             light[static_cast<std::size_t>(atY * width + atX)];
+                    value += *weight * light[at(atX, atY, width)];
                 }
-                result[static_cast<std::size_t>(y * width + x)] = value / sum;
+                result[at(x, y, width)] = value / sum;
             }
         }
         light.swap(result);

@@ -103,7 +103,7 @@ int main(int argc, char** argv) {
     }
 
     if (argc > 1) {
-        printGrowth(model, std::atoi(argv[1]));
+        printGrowth(model, static_cast<int>(std::strtol(argv[1], nullptr, 10)));
         return 0;
     }
 

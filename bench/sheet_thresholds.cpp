@@ -318,6 +318,159 @@ void delimiters() {
     }
 }
 
+// ---- profiles of columns ------------------------------------------------------------------------
+
+std::string wordOf(Random& random, int letters) {
+    constexpr std::string_view kConsonants = "bcdfghklmnprstvw";
+    constexpr std::string_view kVowels = "aeiou";
+    std::string word;
+    for (int i = 0; i < letters; ++i) {
+        const std::string_view from = i % 2 == 0 ? kConsonants : kVowels;
+        word +=
+            from[static_cast<std::size_t>(random.between(0, static_cast<int>(from.size()) - 1))];
+    }
+    word[0] = static_cast<char>(word[0] - 'a' + 'A');
+    return word;
+}
+
+/// Columns of which a share is written in a second way.
+void profiles() {
+    const std::vector<Style> styles{
+        {"sheet.value_pattern", "Name,Town,Code\n",
+         [](Random& random, int i, bool second) {
+             const std::string code = std::to_string(random.between(1000, 9999));
+             return three(i) + (second ? "KX " : "KX-") + code + "\n";
+         }},
+        {"sheet.mixed_case", "Name,Town,Maker\n",
+         [](Random& random, int i, bool second) {
+             std::string maker = wordOf(random, 7);
+             if (second) maker[0] = static_cast<char>(maker[0] - 'A' + 'a');
+             return three(i) + maker + "\n";
+         }},
+        {"sheet.mixed_times", "Name,Town,Opens\n",
+         [](Random& random, int i, bool second) {
+             const std::string time = std::to_string(random.between(7, 11)) + ":30";
+             return three(i) + time + (second ? "" : " a.m.") + "\n";
+         }},
+        {"sheet.mixed_percent", "Name,Town,Fee\n",
+         [](Random& random, int i, bool second) {
+             return three(i) + shown(1 + 9 * random.share(), 1) + (second ? "%" : "") + "\n";
+         }},
+        {"sheet.unit_spelling", "Name,Town,Weight\n",
+         [](Random& random, int i, bool second) {
+             return three(i) + std::to_string(random.between(2, 90)) +
+                    (second ? " ounces" : " oz") + "\n";
+         }},
+    };
+    const std::vector<int> shares{0, 1, 2, 5, 10, 20, 30, 50};
+    std::printf("  tables reported, in percent, when each row is written in a second way with the "
+                "probability (percent)\n");
+    for (const int rows : {20, 60, 200}) {
+        std::printf("  %-28s", (std::to_string(rows) + " rows").c_str());
+        for (const int share : shares) std::printf(" %5d", share);
+        std::printf("\n");
+        for (const Style& style : styles) {
+            std::printf("    %-26s", style.rule);
+            for (const int share : shares) {
+                Random random;
+                std::printf(" %5.0f", percent(200, [&] {
+                                std::string csv = style.header;
+                                for (int i = 0; i < rows; ++i)
+                                    csv += style.row(random, i, random.between(0, 99) < share);
+                                return says(csv, style.rule);
+                            }));
+            }
+            std::printf("\n");
+        }
+    }
+}
+
+std::string withSlip(Random& random, std::string word) {
+    const auto at = static_cast<std::size_t>(random.between(1, static_cast<int>(word.size()) - 1));
+    const char letter = static_cast<char>('a' + random.between(0, 25));
+    switch (random.between(0, 2)) {
+    case 0:
+        word[at] = word[at] == letter ? (letter == 'z' ? 'a' : 'z') : letter;
+        break;
+    case 1:
+        word.erase(at, 1);
+        break;
+    default:
+        word.insert(at, 1, letter);
+    }
+    return word;
+}
+
+/// Categories of two syllables and more, some of which come once; sound, and with one slip.
+void nearDuplicates() {
+    std::printf("  tables of 100 rows and ten categories reported, in percent; some names come "
+                "once\n");
+    std::printf("  %8s %8s %8s %8s\n", "letters", "once", "sound", "a slip");
+    for (const int letters : {4, 5, 6, 8, 10, 14}) {
+        for (const int once : {0, 5, 40}) {
+            const auto table = [&](Random& random, bool slip) {
+                std::vector<std::string> names;
+                for (int i = 0; i < 10; ++i) names.push_back(wordOf(random, letters));
+                std::string csv = "No,Maker,Amount\n";
+                for (int i = 0; i < 100; ++i) {
+                    std::string name = i < once
+                                           ? wordOf(random, letters)
+                                           : names[static_cast<std::size_t>(random.between(0, 9))];
+                    if (slip && i == 99) name = withSlip(random, name);
+                    csv += std::to_string(i) + "," + name + "," + shown(random.amount(), 2) + "\n";
+                }
+                return csv;
+            };
+            Random sound;
+            Random slipped;
+            std::printf(
+                "  %8d %8d %8.1f %8.1f\n", letters, once,
+                percent(300, [&] { return says(table(sound, false), "sheet.near_duplicate"); }),
+                percent(300, [&] { return says(table(slipped, true), "sheet.near_duplicate"); }));
+        }
+    }
+}
+
+/// A town by its post code: unrelated, sound, with towns that have exceptions, with slips.
+void dependencies() {
+    struct Case {
+        const char* name;
+        bool related;
+        int exceptions; ///< Percent of the rows with another valid value.
+        int slips;      ///< Percent of the rows with a slip.
+    };
+    const std::vector<Case> cases{{"unrelated", false, 0, 0},       {"sound", true, 0, 0},
+                                  {"1 % exceptions", true, 1, 0},   {"5 % exceptions", true, 5, 0},
+                                  {"20 % exceptions", true, 20, 0}, {"1 % slips", true, 0, 1},
+                                  {"5 % slips", true, 0, 5},        {"20 % slips", true, 0, 20}};
+    std::printf("  tables of 120 rows reported, in percent\n");
+    std::printf("  %-24s %8s %8s %8s\n", "", "4 groups", "12", "30");
+    for (const Case& c : cases) {
+        std::printf("  %-24s", c.name);
+        for (const int groups : {4, 12, 30}) {
+            Random random;
+            std::printf(" %8.1f", percent(300, [&] {
+                            std::vector<std::string> towns;
+                            for (int i = 0; i < groups; ++i) towns.push_back(wordOf(random, 9));
+                            std::string csv = "Code,Town,Amount\n";
+                            for (int i = 0; i < 120; ++i) {
+                                const int group = random.between(0, groups - 1);
+                                const bool other =
+                                    !c.related || random.between(0, 99) < c.exceptions;
+                                std::string town = towns[static_cast<std::size_t>(
+                                    other ? random.between(0, groups - 1) : group)];
+                                if (random.between(0, 99) < c.slips) town = withSlip(random, town);
+                                csv += "K" + std::to_string(100 + group) + "," + town + "," +
+                                       shown(random.amount(), 2) + "\n";
+                            }
+                            return says(csv, "sheet.dependency") ||
+                                   (c.slips > 0 && says(csv, "sheet.near_duplicate"));
+                        }));
+        }
+        std::printf("\n");
+    }
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
@@ -325,7 +478,10 @@ int main(int argc, char** argv) {
         {"totals", totals},
         {"majorities", majorities},
         {"row-totals", rowTotals},
-        {"delimiters", delimiters}};
+        {"delimiters", delimiters},
+        {"profiles", profiles},
+        {"near-duplicates", nearDuplicates},
+        {"dependencies", dependencies}};
     bool known = argc < 2;
     for (const auto& [name, run] : experiments) {
         if (argc > 1 && name != argv[1]) continue;

@@ -47,10 +47,23 @@ endfunction()
 # kelvane_tests(NAME SOURCES... [LIBS libs...] [LABELS labels...] [TIMEOUT seconds] [WHOLE])
 # One test program per folder, each test of it known to ctest by name. WHOLE runs the program as a
 # single test, for suites whose set-up (a display, a server) is worth sharing.
+#
+# Each label is a target too (tests_LABEL) that builds its programs. What scripts/check runs is told by
+# these: `desktop` needs a display, `adapter` asks the machine, `measure` measures time or memory, which
+# a sanitizer changes, and what is none of these is `logic`; `threads` has more than one.
 function(kelvane_tests name)
   cmake_parse_arguments(PARSE_ARGV 1 ARG "WHOLE" "TIMEOUT" "LIBS;LABELS")
   if(NOT ARG_TIMEOUT)
     set(ARG_TIMEOUT 60)
+  endif()
+  # The sanitizers make programs slower by as much as this.
+  if(KELVANE_SANITIZE)
+    math(EXPR ARG_TIMEOUT "${ARG_TIMEOUT} * 10")
+  endif()
+  set(kinds ${ARG_LABELS})
+  list(FILTER kinds INCLUDE REGEX "^(desktop|adapter|measure)$")
+  if(NOT kinds)
+    list(APPEND ARG_LABELS logic)
   endif()
   add_executable(${name} ${ARG_UNPARSED_ARGUMENTS})
   target_link_libraries(${name} PRIVATE
@@ -60,16 +73,36 @@ function(kelvane_tests name)
     target_compile_options(${name} PRIVATE -fPIC)
   endif()
   kelvane_use_precompiled(${name} kelvane_test_headers)
-  if(ARG_WHOLE)
+  foreach(label IN LISTS ARG_LABELS)
+    if(NOT TARGET tests_${label})
+      add_custom_target(tests_${label})
+    endif()
+    add_dependencies(tests_${label} ${name})
+  endforeach()
+  # Sanitized, the start of a program takes longer than most tests do.
+  if(ARG_WHOLE OR KELVANE_SANITIZE)
     add_test(NAME ${name} COMMAND ${name})
     set_tests_properties(${name} PROPERTIES TIMEOUT ${ARG_TIMEOUT} LABELS "${ARG_LABELS}")
   else()
     gtest_discover_tests(${name} TEST_PREFIX ${name}. DISCOVERY_MODE PRE_TEST
-      PROPERTIES TIMEOUT ${ARG_TIMEOUT} LABELS "${ARG_LABELS}")
+      PROPERTIES TIMEOUT ${ARG_TIMEOUT})
+    # Afterwards, for a list does not survive the discovery.
+    set(labels ${CMAKE_CURRENT_BINARY_DIR}/${name}_labels.cmake)
+    file(WRITE ${labels} "if(${name}_TESTS)
+  set_tests_properties(\${${name}_TESTS} PROPERTIES LABELS \"${ARG_LABELS}\")
+endif()
+")
+    set_property(DIRECTORY APPEND PROPERTY TEST_INCLUDE_FILES ${labels})
   endif()
   foreach(source IN LISTS ARG_UNPARSED_ARGUMENTS)
     cmake_path(ABSOLUTE_PATH source NORMALIZE)
     set_property(GLOBAL APPEND PROPERTY KELVANE_TEST_SOURCES ${source})
+    if(source MATCHES "_test\\.cpp$" AND NOT "threads" IN_LIST ARG_LABELS)
+      file(STRINGS ${source} starts_threads REGEX "std::(thread|jthread|async)[ ({>]" LIMIT_COUNT 1)
+      if(starts_threads)
+        message(FATAL_ERROR "${source} starts threads: ${name} has to say LABELS threads")
+      endif()
+    endif()
   endforeach()
 endfunction()
 

@@ -17,7 +17,7 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdlib>
+#include <functional>
 #include <mutex>
 #include <utility>
 #include <variant>
@@ -36,15 +36,6 @@ std::string bareType(std::string_view mimeType) {
     std::string type = text::lowerAscii(mimeType.substr(0, mimeType.find(';')));
     while (!type.empty() && type.back() == ' ') type.pop_back();
     return type;
-}
-
-/// Readers of the words in pictures, kept from one piece of work to the next.
-LineReaders& lineReaders() {
-    static LineReaders readers([] {
-        const char* prefix = std::getenv("TESSDATA_PREFIX");
-        return languageFolders(prefix == nullptr ? "" : prefix);
-    }());
-    return readers;
 }
 
 bool isEmpty(const Part& part) {
@@ -82,6 +73,13 @@ std::vector<Finding> onlyFinding(GradedRule rule, const std::string& place,
     return findings.take();
 }
 
+/// Nothing is wrong with nothing where nothing has to be.
+Critique nothingToJudge() {
+    Critique critique;
+    critique.coverage.known = true;
+    return critique;
+}
+
 /// That there is nothing needs no knowledge of what it might have been.
 Critique emptyCritique(const std::string& place) {
     Critique critique;
@@ -115,62 +113,83 @@ Critique ofFile(std::variant<Critique, Unread> outcome, const std::string& place
     return critique;
 }
 
+/// A file on which its reader has ended badly.
+Critique leftAlone(const Part& part, const std::string& place) {
+    return ofFile(Unread{"the reader of such files ended badly on it",
+                         {"content of type " + shortened(part.mimeType),
+                          "a reader ended badly on this work", ""}},
+                  place);
+}
+
 Critique critiqueByType(const Part& part, std::string_view modality, const std::string& place,
-                        const LanguageTools& tools, PictureAllowance& pictures) {
+                        const CriticTools& tools, PictureAllowance& pictures) {
     const std::string type = bareType(part.mimeType);
     if (!part.isText || (part.text.empty() && !part.bytes.empty())) {
+        const bool own = tools.readers == Readers::own;
         if (type == "image/png") {
-            return critiqueImage(part, modality, pictures, &lineReaders(), tools);
+            LineReaders* const readers = own ? nullptr : tools.lines.get();
+            return critiqueImage(part, modality, pictures, readers, tools.language);
         }
-        if (type == "application/pdf") return ofFile(critiquePdf(part, tools), place);
-        if (const auto kind = officeKindOf(type))
-            return ofFile(critiqueOffice(part, *kind, tools), place);
+        const auto kind = officeKindOf(type);
+        const bool pdf = type == "application/pdf";
+        if ((pdf || kind) && own) return leftAlone(part, place);
+        if (pdf) return ofFile(critiquePdf(part, tools.language), place);
+        if (kind) return ofFile(critiqueOffice(part, *kind, tools.language), place);
         return unreadableCritique(part, place);
     }
     // The type says what this part is; the modality speaks only for parts that are plain text.
     if (type == "text/tab-separated-values" || type == "text/csv") return critiqueSheet(part);
-    if (type == "text/x-code") return critiqueCode(part);
-    if (type == "text/markdown") return critiqueDocument(part, tools);
+    if (type == "text/x-code") return critiqueCode(part, tools.readers);
+    if (type == "text/markdown") return critiqueDocument(part, tools.language);
     if (modality == "spreadsheet") return critiqueSheet(part);
-    if (modality == "code") return critiqueCode(part);
-    if (modality == "document") return critiqueDocument(part, tools);
-    return critiqueText(part, tools);
+    if (modality == "code") return critiqueCode(part, tools.readers);
+    if (modality == "document") return critiqueDocument(part, tools.language);
+    return critiqueText(part, tools.language);
 }
 
 } // namespace
 
-Critique critique(const Submission& submission) {
-    return critique(submission, LanguageTools());
-}
-
-Critique critique(const Submission& submission, const LanguageTools& tools) {
+void critiqueEach(const Submission& submission, const CriticTools& tools,
+                  const std::function<void(Critique)>& each) {
     warmUp();
-    Critique whole;
-    whole.coverage.known = true;
     if (std::all_of(submission.parts.begin(), submission.parts.end(), isEmpty)) {
-        const bool marks =
+        const bool whole =
             !submission.parts.empty() &&
             std::all_of(submission.parts.begin(), submission.parts.end(), isWholeThoughEmpty);
-        return marks ? whole : emptyCritique("the submission");
+        each(whole ? nothingToJudge() : emptyCritique("the submission"));
+        return;
     }
 
     const std::string modality = text::lowerAscii(submission.modality);
-    const bool several = submission.parts.size() > 1;
     PictureAllowance pictures;
     for (std::size_t i = 0; i < submission.parts.size(); ++i) {
         const Part& part = submission.parts[i];
-        if (isWholeThoughEmpty(part)) continue;
-        const std::string label = labelOf(part, i);
-        Critique ofPart = isEmpty(part) ? emptyCritique(label)
-                                        : critiqueByType(part, modality, label, tools, pictures);
-        for (Finding& finding : ofPart.findings) {
-            if (!several || finding.place == label) continue;
-            finding.place = label + ", " + finding.place;
-            finding.detail = "In " + label + ": " + finding.detail;
+        if (isWholeThoughEmpty(part)) {
+            each(nothingToJudge());
+            continue;
         }
-        addPart(whole, std::move(ofPart));
+        const std::string label = labelOf(part, i);
+        each(placedIn(submission, i,
+                      isEmpty(part) ? emptyCritique(label)
+                                    : critiqueByType(part, modality, label, tools, pictures)));
     }
+}
+
+Critique critique(const Submission& submission, const CriticTools& tools) {
+    Critique whole = nothingToJudge();
+    critiqueEach(submission, tools, [&](Critique part) { addPart(whole, std::move(part)); });
     return whole;
+}
+
+Critique placedIn(const Submission& submission, std::size_t index, Critique critique) {
+    if (submission.parts.size() < 2) return critique;
+    const std::string label = labelOf(submission.parts[index], index);
+    for (Finding& finding : critique.findings) {
+        if (finding.place == label) continue;
+        finding.place = label + ", " + finding.place;
+        finding.detail = "In " + label + ": " + finding.detail;
+    }
+    return critique;
 }
 
 void warmUp() {

@@ -15,15 +15,19 @@ namespace {
 // Once a day: runs are kept by the day.
 constexpr std::int64_t kPruneEveryMs = std::int64_t{24} * 60 * 60 * 1000;
 
-Iteration judged(const Submission& submission, std::vector<Finding> findings, std::int64_t nowMs) {
-    const Judgement judgement = judge(findings);
+constexpr const char* kCancelled = "the job was cancelled";
+
+Iteration judged(const Submission& submission, Critique critique, std::int64_t nowMs) {
+    const Judgement judgement = judge(critique);
     Iteration iteration;
     iteration.createdMs = nowMs;
     iteration.intent = submission.intent;
     iteration.band = judgement.band;
     iteration.score = judgement.score;
     iteration.parts = summarize(submission.parts);
-    iteration.findings = std::move(findings);
+    iteration.findings = std::move(critique.findings);
+    iteration.extent = critique.extent;
+    iteration.coverage = std::move(critique.coverage);
     return iteration;
 }
 
@@ -48,7 +52,9 @@ JobQueue::JobQueue(RunStore& store, QueueOptions options)
     std::stable_partition(m_waiting.begin(), m_waiting.end(), [](const Waiting& waiting) {
         return waiting.job.attempts < kAttemptsInTurn;
     });
-    m_worker = std::thread([this] { work(); });
+    for (std::size_t i = 0; i < m_options.atOnce; ++i) {
+        m_workers.emplace_back([this, i] { work(i == 0); });
+    }
 }
 
 JobQueue::~JobQueue() {
@@ -108,15 +114,16 @@ std::optional<JobStatus> JobQueue::status(const std::string& jobId) {
     {
         const std::lock_guard lock(m_mutex);
         status.warming = m_warming;
-        if (m_running && m_running->id == jobId) {
+        if (const auto running = m_running.find(jobId); running != m_running.end()) {
             status.state = JobState::running;
+            status.progress = running->second.progress;
             return status;
         }
         const auto found = std::find_if(m_waiting.begin(), m_waiting.end(),
                                         [&](const Waiting& each) { return each.job.id == jobId; });
         if (found != m_waiting.end()) {
-            status.position = static_cast<std::size_t>(found - m_waiting.begin()) +
-                              (m_running.has_value() ? 1U : 0U);
+            status.position =
+                static_cast<std::size_t>(found - m_waiting.begin()) + m_running.size();
             return status;
         }
     }
@@ -148,37 +155,69 @@ void JobQueue::stop() {
     }
     m_changed.notify_all();
     const std::lock_guard joining(m_joining);
-    if (m_worker.joinable()) m_worker.join();
+    for (std::thread& worker : m_workers) {
+        if (worker.joinable()) worker.join();
+    }
 }
 
 bool JobQueue::isPending(const std::string& jobId) const {
-    return (m_running && m_running->id == jobId) ||
+    return m_running.count(jobId) > 0 ||
            std::any_of(m_waiting.begin(), m_waiting.end(),
                        [&](const Waiting& each) { return each.job.id == jobId; });
 }
 
-void JobQueue::work() {
-    try {
-        m_options.warmUp();
-    } catch (const std::exception& error) {
-        log(std::string("the critics could not be warmed up: ") + error.what());
+JobQueue::Cancelled JobQueue::cancel(const std::string& jobId) {
+    {
+        const std::lock_guard lock(m_mutex);
+        if (const auto running = m_running.find(jobId); running != m_running.end()) {
+            running->second.cancel.request_stop();
+            return Cancelled::done;
+        }
+        const auto found = std::find_if(m_waiting.begin(), m_waiting.end(),
+                                        [&](const Waiting& each) { return each.job.id == jobId; });
+        if (found != m_waiting.end()) {
+            // First on the disk: what is not there would be judged after the next start.
+            m_store.failJob(jobId, kCancelled, m_options.nowMs());
+            forget(*found);
+            m_waiting.erase(found);
+            m_changed.notify_all();
+            return Cancelled::done;
+        }
+    }
+    return m_store.finishedJob(jobId) ? Cancelled::over : Cancelled::noSuchJob;
+}
+
+void JobQueue::work(bool warmsUp) {
+    if (warmsUp) {
+        try {
+            m_options.warmUp();
+        } catch (const std::exception& error) {
+            log(std::string("the critics could not be warmed up: ") + error.what());
+        }
     }
     std::unique_lock lock(m_mutex);
-    m_warming = false;
+    if (warmsUp) {
+        m_warming = false;
+        m_changed.notify_all();
+    }
+    m_changed.wait(lock, [this] { return m_stopping || !m_warming; });
     while (true) {
-        if (m_waiting.empty() && !m_stopping) {
+        if (m_waiting.empty() && m_running.empty() && !m_stopping && !m_tidying) {
+            m_tidying = true;
             lock.unlock();
             tidy();
             lock.lock();
+            m_tidying = false;
         }
         m_changed.wait(lock, [this] { return m_stopping || !m_waiting.empty(); });
         if (m_stopping) return;
         Waiting taken = takeFirst();
-        m_running = taken.job;
+        const std::string id = taken.job.id;
+        const std::stop_token cancel = m_running[id].cancel.get_token();
         lock.unlock();
-        grade(taken);
+        grade(taken, cancel);
         lock.lock();
-        m_running.reset();
+        m_running.erase(id);
         m_changed.notify_all();
     }
 }
@@ -186,13 +225,17 @@ void JobQueue::work() {
 JobQueue::Waiting JobQueue::takeFirst() {
     Waiting taken = std::move(m_waiting.front());
     m_waiting.pop_front();
-    m_waitingBytes -= taken.job.bytes;
-    if (taken.request) m_heldBytes -= taken.job.bytes;
+    forget(taken);
     return taken;
 }
 
+void JobQueue::forget(const Waiting& waiting) {
+    m_waitingBytes -= waiting.job.bytes;
+    if (waiting.request) m_heldBytes -= waiting.job.bytes;
+}
+
 // Goes on until the job's end is on the disk: a full disk delays verdicts and loses none.
-void JobQueue::grade(Waiting& taken) {
+void JobQueue::grade(Waiting& taken, const std::stop_token& cancel) {
     const PendingJob& job = taken.job;
     bool told = false;
     bool begun = false;
@@ -206,7 +249,7 @@ void JobQueue::grade(Waiting& taken) {
                 return;
             }
             begun = true;
-            gradeOnce(taken);
+            gradeOnce(taken, cancel);
             return;
         } catch (const StoreError& error) {
             if (!told) log(std::string(error.what()) + "; trying again until it works");
@@ -217,11 +260,11 @@ void JobQueue::grade(Waiting& taken) {
     }
 }
 
-void JobQueue::gradeOnce(Waiting& taken) {
+void JobQueue::gradeOnce(Waiting& taken, const std::stop_token& cancel) {
     const std::string& jobId = taken.job.id;
     if (!m_store.isPending(jobId)) return; // already over
     try {
-        judgeJob(taken);
+        judgeJob(taken, cancel);
     } catch (const StoreError&) {
         throw;
     } catch (const std::exception& error) {
@@ -233,7 +276,7 @@ void JobQueue::gradeOnce(Waiting& taken) {
     }
 }
 
-void JobQueue::judgeJob(Waiting& taken) {
+void JobQueue::judgeJob(Waiting& taken, const std::stop_token& cancel) {
     const PendingJob& job = taken.job;
     if (!taken.request) {
         auto read = readAgain(job.kind, m_store.payload(job.id).value_or(""));
@@ -244,23 +287,41 @@ void JobQueue::judgeJob(Waiting& taken) {
         taken.request = std::move(std::get<JobRequest>(read));
     }
     if (const auto* work = std::get_if<SubmitRequest>(&*taken.request)) {
-        judgeWork(job, *work);
+        judgeWork(job, *work, cancel);
     } else {
-        judgeRevision(job, std::get<IterateRequest>(*taken.request));
+        judgeRevision(job, std::get<IterateRequest>(*taken.request), cancel);
     }
 }
 
-void JobQueue::judgeWork(const PendingJob& job, const SubmitRequest& request) {
+std::optional<Iteration> JobQueue::verdict(const PendingJob& job, const Submission& work,
+                                           const std::stop_token& cancel) {
+    auto critique = m_options.critic(work, cancel, [&](const GradingProgress& progress) {
+        const std::lock_guard lock(m_mutex);
+        if (const auto running = m_running.find(job.id); running != m_running.end()) {
+            running->second.progress = progress;
+        }
+    });
+    if (!critique) {
+        m_store.failJob(job.id, kCancelled, m_options.nowMs());
+        return std::nullopt;
+    }
+    return judged(work, std::move(*critique), m_options.nowMs());
+}
+
+void JobQueue::judgeWork(const PendingJob& job, const SubmitRequest& request,
+                         const std::stop_token& cancel) {
     const Submission& submission = request.submission;
-    Iteration first = judged(submission, m_options.critic(submission), m_options.nowMs());
+    auto first = verdict(job, submission, cancel);
+    if (!first) return;
     m_store.finishGrade(job.id, {newRunId(),
                                  submission.modality,
                                  submission.vertical,
                                  request.policyId,
-                                 {std::move(first)}});
+                                 {std::move(*first)}});
 }
 
-void JobQueue::judgeRevision(const PendingJob& job, IterateRequest& request) {
+void JobQueue::judgeRevision(const PendingJob& job, IterateRequest& request,
+                             const std::stop_token& cancel) {
     const auto run = m_store.run(job.runId);
     if (!run) {
         m_store.failJob(job.id, "the run is gone", m_options.nowMs());
@@ -269,8 +330,8 @@ void JobQueue::judgeRevision(const PendingJob& job, IterateRequest& request) {
     Submission& submission = request.submission;
     submission.modality = run->modality;
     submission.vertical = run->vertical;
-    m_store.finishIterate(job.id, job.runId,
-                          judged(submission, m_options.critic(submission), m_options.nowMs()));
+    const auto revision = verdict(job, submission, cancel);
+    if (revision) m_store.finishIterate(job.id, job.runId, *revision);
 }
 
 void JobQueue::tidy() {

@@ -1,9 +1,10 @@
 // The queue of work to grade, and what has become of each job.
 //
-// One worker grades one job at a time, in the order in which the jobs came in. The store is the
-// truth: a job is accepted when it is on the disk, and after a crash at any moment a new queue over
-// the same store goes on where the old one was. Grading is deterministic, so that doing a job again
-// whose verdict was not yet written does no harm.
+// Jobs are begun in the order in which they came in, a few at a time, and may be cancelled while
+// they wait and while they are graded. The store is the truth: a job is accepted when it is on the
+// disk, and after a crash at any moment a new queue over the same store goes on where the old one
+// was. Grading is deterministic, so that doing a job again whose verdict was not yet written does
+// no harm.
 //
 // A request's body is read once, at the door: the queue keeps what was read beside the stored
 // bytes. From the store a job is read back, once, when it was taken up from an earlier start or
@@ -15,7 +16,7 @@
 
 #pragma once
 
-#include "critics/critic.h"
+#include "critics/grading/grader.h"
 #include "service/store/job_status.h"
 #include "service/store/run_store.h"
 #include "service/wire.h"
@@ -26,8 +27,10 @@
 #include <cstdint>
 #include <deque>
 #include <functional>
+#include <map>
 #include <mutex>
 #include <optional>
+#include <stop_token>
 #include <string>
 #include <string_view>
 #include <thread>
@@ -54,9 +57,15 @@ struct QueueOptions {
     std::chrono::milliseconds keep{0};
     std::chrono::milliseconds storeRetry{1000}; ///< Between attempts while the store cannot write.
 
-    std::function<std::vector<Finding>(const Submission&)> critic;
-    std::function<void()> warmUp;        ///< Runs once, on the worker, before the first job.
-    std::function<std::int64_t()> nowMs; ///< Since 1970, UTC.
+    std::size_t atOnce = 1; ///< Jobs graded at the same time.
+
+    /// Judges one work; absent when it was cancelled. Called from as many threads as jobs are
+    /// graded at once.
+    std::function<std::optional<Critique>(const Submission&, const std::stop_token& cancel,
+                                          const std::function<void(const GradingProgress&)>&)>
+        critic;
+    std::function<void()> warmUp;                ///< Runs once, on a worker, before the first job.
+    std::function<std::int64_t()> nowMs;         ///< Since 1970, UTC.
     std::function<void(const std::string&)> log; ///< One line for the person who runs the service.
 };
 
@@ -102,10 +111,20 @@ public:
     /// Absent for an id that no job has.
     [[nodiscard]] std::optional<JobStatus> status(const std::string& jobId);
 
+    enum class Cancelled {
+        done,      ///< It will not be judged; its status is failed, and says so.
+        over,      ///< It has its verdict, or has failed, already.
+        noSuchJob, ///< There is no job of that id.
+    };
+
+    /// Gives a job up: at once when it waits, soon when it is being graded. What was accepted and
+    /// is cancelled leaves nothing but its status.
+    Cancelled cancel(const std::string& jobId);
+
     /// Whether the critics are still being made ready.
     [[nodiscard]] bool isWarming() const;
 
-    /// Waits for the job being graded, not for those that wait, and returns those who wait for a
+    /// Waits for the jobs being graded, not for those that wait, and returns those who wait for a
     /// revision. Nothing is accepted afterwards. May be called again.
     void stop();
 
@@ -120,13 +139,19 @@ private:
     [[nodiscard]] Enqueued enqueue(JobKind kind, const std::string& runId, JobRequest request,
                                    std::string_view body);
     [[nodiscard]] bool isPending(const std::string& jobId) const; // under m_mutex
-    void work();
-    [[nodiscard]] Waiting takeFirst(); // under m_mutex
-    void grade(Waiting& taken);
-    void gradeOnce(Waiting& taken);
-    void judgeJob(Waiting& taken);
-    void judgeWork(const PendingJob& job, const SubmitRequest& request);
-    void judgeRevision(const PendingJob& job, IterateRequest& request);
+    void work(bool warmsUp);
+    [[nodiscard]] Waiting takeFirst();   // under m_mutex
+    void forget(const Waiting& waiting); // its bytes; under m_mutex
+    void grade(Waiting& taken, const std::stop_token& cancel);
+    void gradeOnce(Waiting& taken, const std::stop_token& cancel);
+    void judgeJob(Waiting& taken, const std::stop_token& cancel);
+    void judgeWork(const PendingJob& job, const SubmitRequest& request,
+                   const std::stop_token& cancel);
+    void judgeRevision(const PendingJob& job, IterateRequest& request,
+                       const std::stop_token& cancel);
+    /// The verdict on the work; absent when the job was cancelled, which is then on the disk.
+    [[nodiscard]] std::optional<Iteration> verdict(const PendingJob& job, const Submission& work,
+                                                   const std::stop_token& cancel);
     void tidy();
     void log(const std::string& line) const;
 
@@ -138,13 +163,19 @@ private:
     std::deque<Waiting> m_waiting;
     std::uint64_t m_waitingBytes = 0;
     std::uint64_t m_heldBytes = 0; // of the bodies whose request waits here too
-    std::optional<PendingJob> m_running;
+    /// A job that is being graded.
+    struct Running {
+        std::stop_source cancel;
+        GradingProgress progress;
+    };
+    std::map<std::string, Running> m_running; // by id of the job
     bool m_warming = true;
     bool m_stopping = false;
-    std::optional<std::int64_t> m_lastPruneMs; // worker only
+    bool m_tidying = false;
+    std::optional<std::int64_t> m_lastPruneMs;
 
     std::mutex m_joining;
-    std::thread m_worker;
+    std::vector<std::thread> m_workers;
 };
 
 } // namespace trevix

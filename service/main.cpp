@@ -1,4 +1,4 @@
-#include "critics/critic.h"
+#include "critics/grading/machine_grader.h"
 #include "service/http/http_api.h"
 #include "service/job_queue.h"
 #include "service/setup/command_line.h"
@@ -14,8 +14,11 @@
 #include <cstdlib>
 #include <exception>
 #include <filesystem>
+#include <functional>
 #include <optional>
+#include <stop_token>
 #include <string>
+#include <string_view>
 #include <system_error>
 #include <utility>
 #include <variant>
@@ -27,6 +30,8 @@ namespace {
 
 namespace fs = std::filesystem;
 using namespace trevix;
+
+constexpr std::size_t kJobsAtOnce = 2; // Chosen for machines of two cores and more.
 
 int complain(const std::string& text, int status) {
     std::fprintf(stderr, "trevix-local: %s\n", text.c_str());
@@ -48,11 +53,11 @@ std::int64_t nowMs() {
         .count();
 }
 
-fs::path programFolder(const char* invokedAs) {
+fs::path ownProgram(const char* invokedAs) {
     std::error_code error;
     fs::path self = fs::read_symlink("/proc/self/exe", error);
     if (error) self = fs::canonical(invokedAs, error);
-    return error ? fs::path() : self.parent_path();
+    return error ? fs::path() : self;
 }
 
 // The product's catalog, where builds and packages put it in relation to this program.
@@ -66,15 +71,6 @@ fs::path shippedCatalog(const fs::path& folder) {
     return {};
 }
 
-// What this machine and this person spell by.
-LanguageTools languageTools() {
-    const fs::path home = environment("HOME").value_or("");
-    return toolsOfMachine(
-        home, kelvane::text::xdgDataHome(environment("XDG_DATA_HOME").value_or(""), home),
-        kelvane::text::xdgConfigHome(environment("XDG_CONFIG_HOME").value_or(""), home) /
-            "kelvane/dictionary.txt");
-}
-
 sigset_t endSignals() {
     sigset_t signals;
     sigemptyset(&signals);
@@ -82,7 +78,8 @@ sigset_t endSignals() {
     return signals;
 }
 
-int serve(const CommandLine& line, const fs::path& data, const fs::path& catalog) {
+int serve(const CommandLine& line, const fs::path& self, const fs::path& data,
+          const fs::path& catalog) {
     auto lock = FolderLock::take(data);
     if (const auto* error = std::get_if<FolderError>(&lock)) return complain(error->text, 1);
 
@@ -105,13 +102,23 @@ int serve(const CommandLine& line, const fs::path& data, const fs::path& catalog
     const sigset_t signals = endSignals();
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);
 
+    const fs::path home = environment("HOME").value_or("");
+    const MachineGrader critics(
+        {self, data / "work", home,
+         kelvane::text::xdgDataHome(environment("XDG_DATA_HOME").value_or(""), home),
+         kelvane::text::xdgConfigHome(environment("XDG_CONFIG_HOME").value_or(""), home) /
+             "kelvane/dictionary.txt",
+         environment("TESSDATA_PREFIX").value_or("")});
+
     QueueOptions queueOptions;
     queueOptions.maxWaiting = line.queue;
     queueOptions.keep = std::chrono::hours(24) * line.keepDays;
-    queueOptions.critic = [tools = languageTools()](const Submission& work) {
-        return critique(work, tools).findings;
+    queueOptions.atOnce = kJobsAtOnce;
+    queueOptions.critic = [&](const Submission& submission, const std::stop_token& cancel,
+                              const std::function<void(const GradingProgress&)>& progress) {
+        return critics.grader().grade(submission, cancel, progress);
     };
-    queueOptions.warmUp = warmUp;
+    queueOptions.warmUp = [] {};
     queueOptions.nowMs = nowMs;
     queueOptions.log = notice;
 
@@ -155,6 +162,15 @@ int run(int argc, char** argv) {
         return 0;
     }
 
+    if (line.action == CommandLine::Action::worker) {
+        const int status =
+            serveWorker(line.ownReaders ? Readers::own : Readers::all,
+                        [](const char* name) { return environment(name).value_or(""); });
+        // Taking dictionaries apart word by word would take a quarter of the time of a short work.
+        std::fflush(stdout);
+        std::_Exit(status);
+    }
+
     umask(077);
     const auto wanted = dataFolder(line.data, environment("XDG_DATA_HOME"), environment("HOME"));
     if (!wanted) return complain("HOME is not set; say where to keep data with --data", 1);
@@ -178,9 +194,9 @@ int run(int argc, char** argv) {
     if (line.catalog && !fs::is_regular_file(*line.catalog, error)) {
         return complain("--catalog: there is no file " + *line.catalog, 1);
     }
-    return serve(line, folder,
-                 line.catalog ? fs::absolute(*line.catalog)
-                              : shippedCatalog(programFolder(argc > 0 ? argv[0] : "")));
+    const fs::path self = ownProgram(argc > 0 ? argv[0] : "");
+    return serve(line, self, folder,
+                 line.catalog ? fs::absolute(*line.catalog) : shippedCatalog(self.parent_path()));
 }
 
 } // namespace

@@ -141,12 +141,26 @@ json flawsJson(const std::vector<Finding>& findings) {
     return flaws;
 }
 
+json coverageJson(const Coverage& coverage) {
+    json checked = json::array();
+    for (const CheckedBy& by : coverage.checkedBy) {
+        checked.push_back({{"engine", by.engine}, {"version", by.version}, {"knows", by.knows}});
+    }
+    json missed = json::array();
+    for (const NotChecked& gap : coverage.notChecked) {
+        missed.push_back({{"what", gap.what}, {"why", gap.why}, {"remedy", gap.remedy}});
+    }
+    return {{"checked_by", std::move(checked)}, {"not_checked", std::move(missed)}};
+}
+
 json verdictJson(const Iteration& iteration) {
-    return {{"band", name(iteration.band)},
-            {"decision", name(iteration.band)},
-            {"score", iteration.score},
-            {"findings", iteration.findings.size()},
-            {"flaws", flawsJson(iteration.findings)}};
+    json verdict = {{"band", name(iteration.band)},
+                    {"decision", name(iteration.band)},
+                    {"score", iteration.score},
+                    {"findings", iteration.findings.size()},
+                    {"flaws", flawsJson(iteration.findings)}};
+    verdict.update(coverageJson(iteration.coverage));
+    return verdict;
 }
 
 json revisionJson(const RunRecord& run, std::size_t number) {
@@ -221,9 +235,19 @@ std::string acceptedJson(std::string_view jobId) {
     return dump({{"job_id", std::string(jobId)}, {"status", "queued"}});
 }
 
+std::string cancelledJson(std::string_view jobId) {
+    return dump(
+        {{"job_id", std::string(jobId)}, {"status", "failed"}, {"error", "the job was cancelled"}});
+}
+
 std::string statusJson(const JobStatus& status) {
-    json answer = {{"status", name(status.state)},
-                   {"progress", {{"warming", status.warming}, {"position", status.position}}}};
+    json progress = {{"warming", status.warming}, {"position", status.position}};
+    if (status.state == JobState::running && status.progress.of > 0) {
+        progress["done"] = status.progress.done;
+        progress["of"] = status.progress.of;
+        progress["running"] = status.progress.running;
+    }
+    json answer = {{"status", name(status.state)}, {"progress", std::move(progress)}};
     if (status.result) {
         answer["run_id"] = status.runId;
         answer["result_summary"] = verdictJson(*status.result);

@@ -51,10 +51,13 @@ using JobRequest = std::variant<SubmitRequest, IterateRequest>;
 
 /// {"error": text}
 [[nodiscard]] std::string errorJson(std::string_view text);
+/// {"job_id", "status": "failed", "error"}: what became of a job that was cancelled.
+[[nodiscard]] std::string cancelledJson(std::string_view jobId);
 /// {"job_id", "status": "queued"}
 [[nodiscard]] std::string acceptedJson(std::string_view jobId);
-/// {"status", "progress": {"warming", "position"}} and, when the job is over, "run_id" and
-/// "result_summary", or "error".
+/// {"status", "progress": {"warming", "position"}}, while it is judged also how many of those who
+/// judge are "done", "of" how many, and who is "running"; when the job is over "run_id" and "result_summary", or "error". A verdict names who judged ("checked_by") and
+/// what nobody here could judge ("not_checked").
 [[nodiscard]] std::string statusJson(const JobStatus& status);
 /// {"run": …}: the verdict as it stands, that of the first version, and each revision with what it
 /// fixed, what remains and what is new.

@@ -1,13 +1,12 @@
 #include "text/xdg_folders.h"
 
-#include <utility>
-
 namespace kelvane::text {
 
 namespace {
 
 std::filesystem::path folder(const std::filesystem::path& value, std::filesystem::path otherwise) {
-    return value.is_absolute() ? value : std::move(otherwise);
+    if (value.is_absolute()) return value;
+    return otherwise;
 }
 
 } // namespace

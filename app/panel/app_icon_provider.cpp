@@ -60,7 +60,7 @@ AppIconProvider::AppIconProvider(AppIcons& icons) : QQuickImageProvider(Image), 
 
 QImage AppIconProvider::requestImage(const QString& id, QSize* size, const QSize& requested) {
     const auto bundleId = QUrl::fromPercentEncoding(id.toUtf8()).toStdString();
-    const auto picture = appIconPicture(m_icons, bundleId, sizeOr(requested, kUsualSize));
+    auto picture = appIconPicture(m_icons, bundleId, sizeOr(requested, kUsualSize));
     if (size != nullptr) *size = picture.size();
     return picture;
 }
@@ -84,8 +84,7 @@ QImage SymbolProvider::requestImage(const QString& id, QSize* size, const QSize&
     const auto slash = id.lastIndexOf(QLatin1Char('/'));
     const QColor color(QLatin1Char('#') + id.mid(slash + 1));
     const QSize wanted = sizeOr(requested, kUsualSize);
-    const auto picture =
-        symbolPicture(id.left(slash), color, std::max(wanted.width(), wanted.height()));
+    auto picture = symbolPicture(id.left(slash), color, std::max(wanted.width(), wanted.height()));
     if (size != nullptr) *size = picture.size();
     return picture;
 }

@@ -66,8 +66,7 @@ std::unique_ptr<QQuickItem> makePanelItem(QQmlEngine& engine, PanelBridge& bridg
     panel->setParentItem(parent);
     component.completeCreate();
     QQmlEngine::setObjectOwnership(panel, QQmlEngine::CppOwnership);
-    object.release();
-    return std::unique_ptr<QQuickItem>(panel);
+    return std::unique_ptr<QQuickItem>(static_cast<QQuickItem*>(object.release()));
 }
 
 std::unique_ptr<QQuickView> makePanelView(PanelBridge& bridge) {

@@ -47,9 +47,9 @@ AppDelegate::~AppDelegate() {
 }
 
 void AppDelegate::applicationDidFinishLaunching() {
-    AppCatalog catalog = m_actions.loadCatalog(argValue(m_options.args, "--catalog"));
+    const AppCatalog catalog = m_actions.loadCatalog(argValue(m_options.args, "--catalog"));
     if (m_options.renderPath) {
-        m_ports.application.later(whileAlive([this, catalog = std::move(catalog)] {
+        m_ports.application.later(whileAlive([this, catalog] {
             m_ports.application.terminate(renderDemo(m_actions.makeModel, m_ports.renderer, catalog,
                                                      *m_options.renderPath, m_ports.out,
                                                      m_ports.err));

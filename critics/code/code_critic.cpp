@@ -17,7 +17,7 @@ constexpr GradedRule kSecret = declared<WorkKind::code>("code.secret");
 
 } // namespace
 
-Critique critiqueCode(const Part& part) {
+Critique critiqueCode(const Part& part, Readers readers) {
     const SourceText source(part.text);
     FindingList findings(source);
     if (text::trimmed(part.text).empty()) {
@@ -37,7 +37,7 @@ Critique critiqueCode(const Part& part) {
         critique.coverage.known = true;
     } else if (checkYaml(view, findings)) {
         // One slip is one finding: the grammar speaks where the more telling rule is silent.
-        checkSyntax(view, part.name, findings, critique.coverage);
+        checkSyntax(view, part.name, readers, findings, critique.coverage);
     } else {
         critique.coverage.checked(ownRules("syntax, YAML"));
         critique.coverage.known = true;

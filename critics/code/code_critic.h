@@ -10,6 +10,9 @@ namespace trevix {
 
 /// What is wrong with one part, in reading order, how much there is of it, and who looked.
 /// `part.isText` holds.
-[[nodiscard]] Critique critiqueCode(const Part& part);
+[[nodiscard]] Critique critiqueCode(const Part& part, Readers readers);
+[[nodiscard]] inline Critique critiqueCode(const Part& part) {
+    return critiqueCode(part, Readers::all);
+}
 
 } // namespace trevix

@@ -33,8 +33,8 @@ void checkHomePaths(const CodeView& view, FindingList& findings);
 
 // Grammar: code_syntax_rules.cpp
 /// Also tells whether there is a grammar, and whether the text was read by it.
-void checkSyntax(const CodeView& view, std::string_view name, FindingList& findings,
-                 Coverage& coverage);
+void checkSyntax(const CodeView& view, std::string_view name, Readers readers,
+                 FindingList& findings, Coverage& coverage);
 
 // Grammar where there is no grammar: code_shape_rules.cpp
 void checkShape(const CodeView& view, FindingList& findings);

@@ -186,14 +186,18 @@ std::string packageOf(std::string_view grammar) {
 
 } // namespace
 
-void checkSyntax(const CodeView& view, std::string_view name, FindingList& findings,
-                 Coverage& coverage) {
+void checkSyntax(const CodeView& view, std::string_view name, Readers readers,
+                 FindingList& findings, Coverage& coverage) {
     const std::string what = "syntax, " + std::string(trevix::name(view.language));
     const auto rules = std::ranges::find(kGrammars, view.language, &GrammarOf::language);
     const std::string_view grammar =
         rules == kGrammars.end() ? std::string_view() : grammarFor(*rules, name);
     if (grammar.empty()) {
         coverage.missed({what, "no grammar of it is known here", ""});
+        return;
+    }
+    if (readers == Readers::own) {
+        coverage.missed({what, "a reader ended badly on this work", ""});
         return;
     }
     const std::string_view text = view.source.text();

@@ -1,6 +1,7 @@
 #include "critics/document/document_critic.h"
 
 #include "critics/document/document_rules.h"
+#include "critics/document/markdown_tree.h"
 #include "critics/text/text_rule_table.h"
 
 namespace trevix {
@@ -23,6 +24,13 @@ Critique critiqueDocument(const Part& part, const LanguageTools& tools) {
     Outline outline = outlineOf(source);
     const ProseView view(source, std::move(outline.prose));
     Critique critique = proseCritique(view);
+    critique.coverage.checked(
+        {"cmark-gfm", std::string(markdownVersion()), "structure of Markdown"});
+    if (outline.unread) {
+        critique.coverage.missed({"structure of Markdown behind " + source.place(*outline.unread),
+                                  "no more than the first mebibyte of a text is read as Markdown",
+                                  "grade it in parts"});
+    }
     if (checkAmount(view, findings)) {
         critique.findings = findings.take();
         return critique;

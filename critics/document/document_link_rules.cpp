@@ -19,6 +19,8 @@ namespace text = kelvane::text;
 namespace {
 
 constexpr GradedRule kEmptyLink = declared<WorkKind::document>("document.empty_link");
+constexpr GradedRule kReversedLink = declared<WorkKind::document>("document.reversed_link");
+constexpr GradedRule kLinkText = declared<WorkKind::document>("document.link_text");
 constexpr GradedRule kBrokenAddress = declared<WorkKind::document>("document.broken_address");
 constexpr GradedRule kBrokenAnchor = declared<WorkKind::document>("document.broken_anchor");
 constexpr GradedRule kImageText = declared<WorkKind::document>("document.image_text");
@@ -105,57 +107,70 @@ std::string unescaped(std::string_view target) {
     return plain;
 }
 
-/// Behind the bracket that closes the one at `open`, or `open` where nothing near does.
-std::size_t behindBracket(std::string_view text, std::size_t open, char opener, char closer) {
-    constexpr std::size_t kLongestTarget = 2000; // Bytes, as for the links of the text.
-    const std::string_view near = text.substr(open, kLongestTarget);
-    std::size_t depth = 0;
-    for (std::size_t i = 0; i < near.size(); ++i) {
-        if (near[i] == opener) ++depth;
-        if (near[i] == closer && --depth == 0) return open + i + 1;
+/// What GitHub makes of a heading's text: letters, digits, "-" and "_" in small letters, blanks as
+/// "-", all else left out.
+std::string slugOf(std::string_view title) {
+    std::string slug;
+    const std::string lower = text::lowercased(title);
+    for (std::size_t i = 0; i < lower.size();) {
+        const text::Decoded point = text::decodeFront(std::string_view(lower).substr(i));
+        if (lower[i] == ' ') {
+            slug += '-';
+        } else if (lower[i] == '-' || lower[i] == '_' ||
+                   (point.codePoint != text::kNoCodePoint &&
+                    (text::isLetter(point.codePoint) || text::isDigit(point.codePoint)))) {
+            slug += lower.substr(i, point.length);
+        }
+        i += point.length;
     }
-    return open;
+    return slug;
 }
 
-/// What a heading shows: of "[text](target)" and "[text][id]" the text.
-std::string shownTitle(std::string_view title) {
-    std::string shown;
-    for (std::size_t i = 0; i < title.size();) {
-        const char next = i + 1 < title.size() ? title[i + 1] : ' ';
-        shown += title[i];
-        const std::size_t target = i + 1;
-        if (title[i] == ']' && next == '(')
-            i = behindBracket(title, target, '(', ')');
-        else if (title[i] == ']' && next == '[')
-            i = behindBracket(title, target, '[', ']');
-        else
-            i = target;
-    }
-    return shown;
-}
+struct Anchors {
+    std::unordered_set<std::string> exact; ///< Slugs as GitHub makes them, and ids as written.
+    std::unordered_set<std::string> keys;  ///< Whatever else a renderer may make of them.
 
-std::unordered_set<std::string> anchorsOf(const DocumentView& document) {
-    std::unordered_set<std::string> anchors;
+    [[nodiscard]] bool has(const std::string& fragment) const {
+        if (exact.count(fragment) > 0) return true;
+        // Anchors tell capitals apart, and no renderer makes any of headings.
+        const bool capitals = std::any_of(fragment.begin(), fragment.end(),
+                                          [](char c) { return c >= 'A' && c <= 'Z'; });
+        return !capitals && keys.count(anchorKey(fragment)) > 0;
+    }
+};
+
+Anchors anchorsOf(const DocumentView& document) {
+    Anchors anchors;
     std::map<std::string, std::size_t> uses;
+    const auto add = [&](std::string_view title) {
+        const std::string slug = slugOf(text::trimmed(title));
+        const std::size_t earlier = uses[slug]++;
+        const std::string again = earlier == 0 ? "" : std::to_string(earlier);
+        anchors.exact.insert(earlier == 0 ? slug : slug + "-" + again);
+        anchors.keys.insert(anchorKey(title) + again);
+    };
+    const auto addOwn = [&](std::string_view id) {
+        anchors.exact.insert(std::string(id));
+        anchors.keys.insert(anchorKey(id));
+    };
     const std::string_view text = document.source.text();
     for (const Heading& heading : document.outline.headings) {
-        std::string_view title = text.substr(heading.begin, heading.end - heading.begin);
+        std::string_view title = heading.shown;
         const std::size_t own = title.rfind("{#");
         if (own != std::string_view::npos && title.back() == '}') {
-            anchors.insert(anchorKey(title.substr(own)));
+            addOwn(title.substr(own + 2, title.size() - own - 3));
             title = title.substr(0, own);
         }
-        const std::string key = anchorKey(shownTitle(title));
-        const std::size_t earlier = uses[key]++;
-        anchors.insert(earlier == 0 ? key : key + std::to_string(earlier));
+        add(title);
+        // Others make words of pictures too.
+        if (heading.described != heading.shown) anchors.keys.insert(anchorKey(heading.described));
     }
     for (const std::string_view attribute : {"id=", "name="}) {
         for (std::size_t at = text.find(attribute); at != std::string_view::npos;
              at = text.find(attribute, at + 1)) {
             std::string_view value = text.substr(at + attribute.size(), 100);
             if (value.empty() || (value[0] != '"' && value[0] != '\'')) continue;
-            value = value.substr(1, value.find(value[0], 1) - 1);
-            anchors.insert(anchorKey(value));
+            addOwn(value.substr(1, value.find(value[0], 1) - 1));
         }
     }
     return anchors;
@@ -279,15 +294,17 @@ bool refersOutside(std::string_view text, std::size_t end, std::string_view befo
     return lower == "rfc" || lower == "iso" || lower == "act" || lower == "supplementary";
 }
 
-void checkTarget(const DocumentView& document, const Link& link,
-                 const std::unordered_set<std::string>& anchors, FindingList& findings) {
+void checkTarget(const DocumentView& document, const Link& link, const Anchors& anchors,
+                 FindingList& findings) {
     if (isGapTarget(link.target)) {
         findings.add(kEmptyLink, link.offset, link.length, "is a link that leads nowhere");
         return;
     }
     if (link.target[0] == '#') {
-        const std::string key = anchorKey(unescaped(link.target.substr(1)));
-        const bool known = anchors.count(key) > 0 || key == "top";
+        std::string fragment = unescaped(link.target.substr(1));
+        constexpr std::string_view kPrefix = "user-content-"; // GitHub's own, in the page.
+        if (fragment.starts_with(kPrefix)) fragment.erase(0, kPrefix.size());
+        const bool known = anchors.has(fragment) || text::lowerAscii(fragment) == "top";
         if (!known && !document.outline.headings.empty()) {
             findings.add(kBrokenAnchor, link.offset, link.length,
                          "leads to a heading that the document does not have");
@@ -333,17 +350,39 @@ void checkSources(const DocumentView& document, FindingList& findings) {
 } // namespace
 
 void checkLinks(const DocumentView& document, FindingList& findings) {
-    const std::unordered_set<std::string> anchors = anchorsOf(document);
+    const Anchors anchors = anchorsOf(document);
     for (const Link& link : document.outline.links) {
         checkTarget(document, link, anchors, findings);
+        if (!link.image && text::trimmed(link.text).empty() && !isGapTarget(link.target)) {
+            findings.add(kLinkText, link.offset, link.length, "is a link that shows nothing");
+        }
         if (link.image && text::trimmed(link.text).empty()) {
             findings.add(kImageText, link.offset, link.length,
                          "is a picture without words for those who cannot see it");
         }
     }
+    for (const Reference& link : document.outline.reversed) {
+        findings.add(kReversedLink, link.offset, link.length,
+                     "is a link with its brackets the wrong way round");
+    }
     std::set<std::string, std::less<>> defined;
     for (const Reference& definition : document.outline.definitions) {
         defined.insert(text::lowerAscii(definition.id));
+    }
+    std::set<std::string, std::less<>> used;
+    for (const Reference& reference : document.outline.references) {
+        used.insert(text::lowerAscii(reference.id));
+    }
+    for (std::size_t i = 0; i < document.outline.definedLinks.size(); ++i) {
+        const Link& link = document.outline.definedLinks[i];
+        // "[//]: # (…)" is how some write comments.
+        const bool points = link.target.size() > 1 && link.target[0] == '#';
+        const std::string id = text::lowerAscii(document.outline.definitions[i].id);
+        if (points || used.count(id) > 0) checkTarget(document, link, anchors, findings);
+    }
+    for (const Reference& picture : document.outline.silentPictures) {
+        findings.add(kImageText, picture.offset, picture.length,
+                     "is a picture without words for those who cannot see it");
     }
     for (const Reference& reference : document.outline.references) {
         if (defined.count(text::lowerAscii(reference.id)) > 0) continue;

@@ -20,6 +20,8 @@ namespace {
 constexpr GradedRule kHeadingOrder = declared<WorkKind::document>("document.heading_order");
 constexpr GradedRule kSecondTitle = declared<WorkKind::document>("document.second_title");
 constexpr GradedRule kDuplicateHeading = declared<WorkKind::document>("document.duplicate_heading");
+constexpr GradedRule kEmptyHeading = declared<WorkKind::document>("document.empty_heading");
+constexpr GradedRule kGluedHeading = declared<WorkKind::document>("document.glued_heading");
 constexpr GradedRule kEmptySection = declared<WorkKind::document>("document.empty_section");
 constexpr GradedRule kListOrder = declared<WorkKind::document>("document.list_order");
 constexpr GradedRule kTableColumns = declared<WorkKind::document>("document.table_columns");
@@ -36,12 +38,32 @@ std::string headingKey(std::string_view text) {
     return std::string(text::trimmed(key));
 }
 
-void checkLevels(const DocumentView& document, FindingList& findings) {
+/// For each heading whether something stands below it and in front of the next one.
+std::vector<bool> haveContent(const DocumentView& document) {
+    const auto& headings = document.outline.headings;
+    const auto& lines = document.outline.lines;
+    std::vector<bool> content;
+    for (std::size_t i = 0; i < headings.size(); ++i) {
+        const std::size_t end = i + 1 < headings.size() ? headings[i + 1].line : lines.size();
+        const std::size_t begin = std::min(headings[i].line, end);
+        content.push_back(
+            std::any_of(lines.begin() + static_cast<std::ptrdiff_t>(begin),
+                        lines.begin() + static_cast<std::ptrdiff_t>(end), [](LineKind kind) {
+                            return kind != LineKind::blank && kind != LineKind::heading &&
+                                   kind != LineKind::rule && kind != LineKind::definition;
+                        }));
+    }
+    return content;
+}
+
+void checkLevels(const DocumentView& document, const std::vector<bool>& content,
+                 FindingList& findings) {
     const auto& headings = document.outline.headings;
     std::size_t titles = 0;
     for (const Heading& heading : headings) titles += heading.level == 1 ? 1U : 0U;
-    // Where every chapter is of the first level, none of them is a second title.
-    const bool chapters = titles > 2 || titles == headings.size();
+    // Where every chapter is of the first level, none of them is a second title; a chapter has
+    // something in it.
+    const bool chapters = titles > 2 || (titles == headings.size() && content[0]);
     bool titled = false;
     for (std::size_t i = 0; i < headings.size(); ++i) {
         const Heading& heading = headings[i];
@@ -50,10 +72,13 @@ void checkLevels(const DocumentView& document, FindingList& findings) {
             findings.add(kSecondTitle, heading.begin, length, "is a second title of the document");
         }
         titled = titled || heading.level == 1;
-        if (i == 0 || heading.level <= headings[i - 1].level + 1) continue;
+        // A title in the front matter is the heading above all others.
+        if (i == 0 && !document.outline.frontTitle) continue;
+        const int above = i == 0 ? 1 : headings[i - 1].level;
+        if (heading.level <= above + 1 || length == 0) continue; // Told as wordless.
         findings.add(kHeadingOrder, heading.begin, length,
                      "is a heading of level " + std::to_string(heading.level) +
-                         " right below one of level " + std::to_string(headings[i - 1].level));
+                         " right below one of level " + std::to_string(above));
     }
 }
 
@@ -73,23 +98,33 @@ void checkDuplicateHeadings(const DocumentView& document, FindingList& findings)
     }
 }
 
-void checkEmptySections(const DocumentView& document, FindingList& findings) {
+void checkEmptySections(const DocumentView& document, const std::vector<bool>& content,
+                        FindingList& findings) {
     const auto& headings = document.outline.headings;
-    const auto& lines = document.outline.lines;
+    // Headings alone are the plan of a document, or a title that somebody selected.
+    if (std::find(content.begin(), content.end(), true) == content.end()) return;
     for (std::size_t i = 0; i < headings.size(); ++i) {
         const bool last = i + 1 == headings.size();
-        if (!last && headings[i + 1].level > headings[i].level) continue;
-        const std::size_t end = last ? lines.size() : headings[i + 1].line;
-        const bool content =
-            std::any_of(lines.begin() + static_cast<std::ptrdiff_t>(headings[i].line),
-                        lines.begin() + static_cast<std::ptrdiff_t>(end), [](LineKind kind) {
-                            return kind != LineKind::blank && kind != LineKind::heading &&
-                                   kind != LineKind::rule && kind != LineKind::definition;
-                        });
-        // A single heading is a title that somebody selected.
-        if (content || headings.size() == 1) continue;
+        if (content[i] || (!last && headings[i + 1].level > headings[i].level)) continue;
+        // Several names of one thing share what stands below the last of them.
+        const bool shares = !last && headings[i + 1].level == headings[i].level &&
+                            headings[i + 1].line == headings[i].line + 1;
+        if (shares || headings[i].begin == headings[i].end) continue;
         findings.add(kEmptySection, headings[i].begin, headings[i].end - headings[i].begin,
                      "heads a section without any content");
+    }
+}
+
+void checkHeadingTexts(const DocumentView& document, FindingList& findings) {
+    for (const Heading& heading : document.outline.headings) {
+        if (heading.begin < heading.end) continue;
+        const std::size_t begin = document.source.lineStart(heading.line);
+        findings.add(kEmptyHeading, begin, document.source.line(heading.line).size(),
+                     "is a heading without words");
+    }
+    for (const Reference& line : document.outline.gluedHeadings) {
+        findings.add(kGluedHeading, line.offset, line.length,
+                     "is no heading without a blank behind its marks");
     }
 }
 
@@ -171,9 +206,11 @@ bool standsAt(std::string_view text, std::size_t offset, std::string_view word, 
 } // namespace
 
 void checkHeadings(const DocumentView& document, FindingList& findings) {
-    checkLevels(document, findings);
+    const std::vector<bool> content = haveContent(document);
+    if (!content.empty()) checkLevels(document, content, findings);
     checkDuplicateHeadings(document, findings);
-    checkEmptySections(document, findings);
+    checkEmptySections(document, content, findings);
+    checkHeadingTexts(document, findings);
 }
 
 void checkNumberedLists(const DocumentView& document, FindingList& findings) {

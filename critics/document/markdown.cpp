@@ -1,9 +1,11 @@
 #include "critics/document/markdown.h"
 
+#include "critics/document/markdown_tree.h"
 #include "text/letters.h"
 #include "text/unicode.h"
 
 #include <algorithm>
+#include <optional>
 #include <utility>
 
 namespace trevix {
@@ -17,21 +19,11 @@ namespace {
 constexpr std::size_t kLongestTarget = 2000;
 constexpr std::size_t kDeepestTarget = 8; // Brackets within an address; chosen.
 constexpr std::size_t kLongestTag = 400;
-constexpr std::size_t kLongestLabel = 999; // Of a link, as CommonMark has it; bytes here.
-
-std::size_t indentOf(std::string_view line) {
-    std::size_t columns = 0;
-    for (const char c : line) {
-        if (c == ' ') {
-            ++columns;
-        } else if (c == '\t') {
-            columns += 4 - columns % 4;
-        } else {
-            break;
-        }
-    }
-    return columns;
-}
+constexpr std::size_t kLongestLabel = 999;      // Of a link, as CommonMark has it; bytes here.
+constexpr std::size_t kMostFrontMatter = 200;   // Lines; chosen.
+constexpr std::size_t kLongestUnderlined = 100; // Bytes of a heading with a line under it; chosen.
+constexpr std::size_t kLongestReversed = 300;   // Bytes between round brackets in front of a link.
+constexpr std::string_view kMaskedOnly("\x01 \t", 3);
 
 std::size_t runOf(std::string_view text, char c) {
     const std::size_t end = text.find_first_not_of(c);
@@ -48,22 +40,27 @@ bool isDelimiterRow(std::string_view content) {
            content.find('|') != std::string_view::npos;
 }
 
+/// A bar parts cells even within code, unless a backslash stands before it.
 std::size_t cellsIn(std::string_view row) {
     row = text::trimmed(row);
     if (!row.empty() && row.front() == '|') row.remove_prefix(1);
     std::size_t cells = 1;
-    bool code = false;
     for (std::size_t i = 0; i < row.size(); ++i) {
         if (row[i] == '\\') {
             ++i;
-        } else if (row[i] == '`') {
-            code = !code;
-        } else if (row[i] == '|' && !code) {
+        } else if (row[i] == '|') {
             if (text::trimmed(row.substr(i + 1)).empty()) break;
             ++cells;
         }
     }
     return cells;
+}
+
+/// "title: …" in front matter of either kind.
+bool namesTitle(std::string_view line) {
+    const std::string_view key = text::trimmed(line.substr(0, line.find_first_of(":=")));
+    return key.size() < line.size() && text::lowerAscii(key) == "title" &&
+           !text::trimmed(line.substr(line.find_first_of(":=") + 1)).empty();
 }
 
 class OutlineReader {
@@ -74,12 +71,16 @@ public:
     }
 
     Outline read() {
-        maskComments();
-        std::size_t line = frontMatter();
-        while (line < m_source.lineCount()) line = readLine(line);
-        closeBlock();
-        if (m_fenceOpen) m_outline.unclosedFence = m_fenceOffset;
+        const std::size_t first = frontMatter();
+        const MarkdownTree tree = markdownTree(m_source, first);
+        if (tree.cut) m_outline.unread = tree.cut;
+        m_read.assign(m_source.lineCount(), false);
+        std::fill(m_read.begin(), m_read.begin() + static_cast<std::ptrdiff_t>(first), true);
+        for (const MarkdownBlock& block : tree.blocks) readBlock(block);
+        readRest();
+        sortBlocks();
         maskCode(masked());
+        maskComments();
         readLinks();
         maskTags();
         maskAddresses(masked());
@@ -94,34 +95,36 @@ private:
             .substr(m_source.lineStart(line), m_source.lineEnd(line) - m_source.lineStart(line));
     }
 
+    /// Comments within lines; those of their own are masked by then.
     void maskComments() {
-        const std::string_view text = m_source.text();
-        for (std::size_t at = text.find("<!--"); at != std::string_view::npos;) {
-            const std::size_t close = text.find("-->", at + 4);
-            if (close == std::string_view::npos) {
-                // A comment shown inside code is closed by the code.
-                const std::size_t line = m_source.lineStart(m_source.lineAt(at));
-                if (text.substr(line, at - line).find('`') == std::string_view::npos) {
-                    m_outline.unclosedComment = at;
-                }
-                return;
-            }
+        for (std::size_t at = masked().find("<!--"); at != std::string::npos;) {
+            const std::size_t close = masked().find("-->", at + 4);
+            if (close == std::string::npos) return;
             mask(masked(), at, close + 3 - at);
-            at = text.find("<!--", close + 3);
+            at = masked().find("<!--", close + 3);
         }
     }
 
-    /// "---", lines of "key: value", "---" at the very start. The first line behind it.
+    /// "---" or "+++" at the very start, lines of "key: value" or "key = value", and the same mark
+    /// again. The first line behind it.
     std::size_t frontMatter() {
-        if (text::trimmed(m_source.line(0)) != "---") return 0;
-        const std::size_t limit = std::min<std::size_t>(m_source.lineCount(), 200);
+        const std::string_view opener = text::trimmed(m_source.line(0));
+        if (opener != "---" && opener != "+++") return 0;
+        const std::size_t limit = std::min<std::size_t>(m_source.lineCount(), kMostFrontMatter);
+        bool titled = false;
+        bool keyed = false;
         for (std::size_t i = 1; i < limit; ++i) {
             const std::string_view line = text::trimmed(m_source.line(i));
-            if (line == "---" || line == "...") {
+            if (line == opener || (opener == "---" && line == "...")) {
+                if (i > 1 && !keyed) return 0; // A heading between rules.
                 for (std::size_t j = 0; j <= i; ++j) setOther(j);
-                return i > 1 ? i + 1 : 0;
+                m_outline.frontTitle = titled;
+                return i + 1;
             }
-            if (line.empty() || line[0] == '#') return 0;
+            if (line.empty() && opener == "---" && i == 1) return 0; // A rule above the text.
+            if (opener == "---" && (line.empty() || line[0] == '#')) return 0;
+            keyed = keyed || line.find_first_of(":=") != std::string_view::npos;
+            titled = titled || namesTitle(line);
         }
         return 0;
     }
@@ -131,177 +134,317 @@ private:
         mask(masked(), m_source.lineStart(line), m_source.line(line).size());
     }
 
-    void setCode(std::size_t line) {
-        m_outline.lines[line] = LineKind::code;
-        mask(masked(), m_source.lineStart(line), m_source.line(line).size());
+    /// Masks the marks of quotations that begin the line. What stands behind them.
+    std::string_view unquoted(std::size_t line, bool quoted) {
+        std::string_view content = text::trimmed(maskedLine(line));
+        while (quoted && !content.empty() &&
+               (content.front() == '>' || content.front() == kMasked)) {
+            // A quotation in a document is part of it; only its marks are not.
+            mask(masked(), offsetOf(content), 1);
+            content = text::trimmed(content.substr(1));
+        }
+        return content;
+    }
+
+    void readBlock(const MarkdownBlock& block) {
+        for (std::size_t line = block.firstLine; line <= block.lastLine; ++line) {
+            if (block.kind != MarkdownKind::item && block.kind != MarkdownKind::note) {
+                m_read[line] = true;
+            }
+        }
+        switch (block.kind) {
+        case MarkdownKind::heading:
+            readHeading(block);
+            break;
+        case MarkdownKind::code:
+            readCode(block);
+            break;
+        case MarkdownKind::html:
+            readHtml(block);
+            break;
+        case MarkdownKind::table:
+            readTable(block.firstLine, block.lastLine, block.quoted);
+            break;
+        case MarkdownKind::item:
+            m_read[block.firstLine] = true;
+            m_outline.lines[block.firstLine] = LineKind::listItem;
+            break;
+        case MarkdownKind::note:
+            m_read[block.firstLine] = true;
+            readNote(block.firstLine, block.quoted);
+            break;
+        case MarkdownKind::rule:
+            m_outline.lines[block.firstLine] = LineKind::rule;
+            break;
+        case MarkdownKind::paragraph:
+            readParagraph(block);
+            break;
+        }
+    }
+
+    /// The line's kind, unless it begins an item or a note, which weighs more.
+    void setKind(std::size_t line, LineKind kind) {
+        LineKind& own = m_outline.lines[line];
+        if (own != LineKind::listItem && own != LineKind::definition) own = kind;
+    }
+
+    void readCode(const MarkdownBlock& block) {
+        for (std::size_t line = block.firstLine; line <= block.lastLine; ++line) {
+            setKind(line, LineKind::code);
+            const std::size_t begin =
+                line == block.firstLine ? block.begin : m_source.lineStart(line);
+            mask(masked(), begin, m_source.lineEnd(line) - begin);
+        }
+        if (!block.fenced) return;
+        std::string_view last = text::trimmed(m_source.line(block.lastLine));
+        while (block.quoted && !last.empty() && last.front() == '>') {
+            last = text::trimmed(last.substr(1));
+        }
+        const bool closed = block.lastLine > block.firstLine &&
+                            runOf(last, block.fenceMark) == last.size() &&
+                            last.size() >= block.fenceLength;
+        if (!closed && !m_outline.unclosedFence) m_outline.unclosedFence = block.begin;
+    }
+
+    void readHtml(const MarkdownBlock& block) {
+        const std::size_t end = m_source.lineEnd(block.lastLine);
+        const std::string_view html = m_source.text().substr(block.begin, end - block.begin);
+        const std::string_view content = text::trimmed(html);
+        const std::string head = text::lowerAscii(content.substr(0, 8));
+        const auto beginsWith = [&](std::string_view tag) {
+            return head.compare(0, tag.size(), tag) == 0;
+        };
+        if (beginsWith("<!--")) {
+            const auto begin = static_cast<std::size_t>(content.data() - m_source.text().data());
+            std::size_t close = m_source.text().find("-->", begin + 4);
+            // Only at the end of the text is nothing behind it that it could hide by mistake.
+            if (close == std::string_view::npos) {
+                if (!m_outline.unclosedComment) m_outline.unclosedComment = begin;
+                close = m_source.text().size();
+            }
+            mask(masked(), begin, std::min(close + 3, end) - begin);
+            for (std::size_t line = block.firstLine; line <= block.lastLine; ++line) {
+                const bool masked = onlyOf(text::trimmed(maskedLine(line)), kMaskedOnly);
+                setKind(line, masked ? LineKind::other : LineKind::prose);
+            }
+            readProse(block, LineKind::prose);
+            return;
+        }
+        if (beginsWith("<pre") || beginsWith("<script") || beginsWith("<style")) {
+            readCode(block);
+            return;
+        }
+        readProse(block, LineKind::prose);
+    }
+
+    /// Lines of text as one block, or several where items begin.
+    void readProse(const MarkdownBlock& block, LineKind kind) {
+        for (std::size_t line = block.firstLine; line <= block.lastLine; ++line) {
+            const std::string_view content = unquoted(line, block.quoted);
+            if (content.empty() || onlyOf(content, kMaskedOnly)) continue;
+            setKind(line, kind);
+            if (!m_open) openBlock(offsetOf(content), BlockKind::paragraph);
+            m_current.end = m_source.lineEnd(line);
+        }
         closeBlock();
     }
 
-    std::size_t readLine(std::size_t line) {
-        const std::string_view raw = maskedLine(line);
-        std::string_view content = text::trimmed(raw);
-        if (readFence(line, content)) return line + 1;
-        if (content.empty()) {
-            m_outline.lines[line] = LineKind::blank;
-            closeBlock();
-            return line + 1;
+    void readParagraph(const MarkdownBlock& block) {
+        bool atStart = true; // Definitions stand in front of the text.
+        for (std::size_t line = block.firstLine; line <= block.lastLine; ++line) {
+            std::string_view content = unquoted(line, block.quoted);
+            if (line == block.firstLine) {
+                content = maskedLine(line).substr(
+                    std::min(block.begin - m_source.lineStart(line), maskedLine(line).size()));
+                content = text::trimmed(content);
+            }
+            if (content.empty()) continue;
+            if ((atStart || definesAddress(content)) && readDefinition(line, content)) continue;
+            atStart = false;
+            // Columns that the header does not have make it no table.
+            if (content.find('|') != std::string_view::npos && line < block.lastLine &&
+                isDelimiterRow(unquoted(line + 1, block.quoted))) {
+                closeBlock();
+                readTable(line, block.lastLine, block.quoted);
+                break;
+            }
+            const bool alone = block.firstLine == block.lastLine && !block.inItem;
+            if (alone && runOf(content, '#') > 1 && runOf(content, '#') <= 6 &&
+                content.size() > runOf(content, '#') &&
+                (text::isAsciiLetter(content[runOf(content, '#')]) ||
+                 static_cast<unsigned char>(content[runOf(content, '#')]) >= 0x80)) {
+                m_outline.gluedHeadings.push_back({offsetOf(content), content.size(), {}});
+            }
+            readText(line, content, block.inItem && line == block.firstLine);
         }
-        if (onlyOf(content, std::string_view("\x01", 1))) {
-            m_outline.lines[line] = LineKind::other;
-            return line + 1;
-        }
-        const bool afterBlank = line == 0 || m_outline.lines[line - 1] == LineKind::blank ||
-                                m_outline.lines[line - 1] == LineKind::code;
-        if (indentOf(raw) >= 4 && afterBlank && !m_inList) {
-            setCode(line);
-            return line + 1;
-        }
-        while (!content.empty() && content.front() == '>') {
-            // A quotation in a document is part of it; only its marks are not.
-            mask(masked(), static_cast<std::size_t>(content.data() - masked().data()), 1);
-            content = text::trimmed(content.substr(1));
-        }
-        if (content.empty()) {
-            m_outline.lines[line] = LineKind::other;
-            closeBlock();
-            return line + 1;
-        }
-        if (readHeading(line, content) || readRule(line, content)) return line + 1;
-        if (const std::size_t next = readTable(line, content); next > line) return next;
-        if (readDefinition(line, content)) return line + 1;
-        readText(line, content, indentOf(raw), afterBlank);
-        return line + 1;
-    }
-
-    bool readFence(std::size_t line, std::string_view content) {
-        const char mark = content.empty() ? '\0' : content.front();
-        const std::size_t run = mark == '`' || mark == '~' ? runOf(content, mark) : 0;
-        if (m_fenceOpen) {
-            const bool closes =
-                run >= m_fenceLength && mark == m_fenceMark && run == content.size();
-            if (closes) m_fenceOpen = false;
-            setCode(line);
-            return true;
-        }
-        if (run < 3) return false;
-        if (mark == '`' && content.find('`', run) != std::string_view::npos) return false;
-        m_fenceOpen = true;
-        m_fenceMark = mark;
-        m_fenceLength = run;
-        m_fenceOffset = static_cast<std::size_t>(content.data() - masked().data());
-        setCode(line);
-        return true;
+        closeBlock();
     }
 
     [[nodiscard]] std::size_t offsetOf(std::string_view part) const {
         return static_cast<std::size_t>(part.data() - m_outline.prose.masked.data());
     }
 
-    void addHeading(std::size_t line, int level, std::string_view text) {
-        closeBlock();
-        m_inList = false;
+    void readHeading(MarkdownBlock block) {
+        // Definitions right above a heading are counted in with it.
+        while (block.firstLine + 1 < block.lastLine) {
+            const std::string_view above = unquoted(block.firstLine, block.quoted);
+            if (!definesAddress(above) || !readDefinition(block.firstLine, above)) break;
+            block.begin = m_source.lineStart(++block.firstLine);
+        }
+        std::string_view content = unquoted(block.firstLine, block.quoted);
+        const std::size_t at = block.begin - m_source.lineStart(block.firstLine);
+        if (!block.quoted) content = text::trimmed(maskedLine(block.firstLine).substr(at));
+        if (block.firstLine == block.lastLine) {
+            std::string_view text = text::trimmed(content.substr(runOf(content, '#')));
+            std::string_view bare = text;
+            while (!bare.empty() && bare.back() == '#') bare.remove_suffix(1);
+            if (bare.empty() || bare.back() == ' ' || bare.back() == '\t') {
+                text = text::trimmed(bare);
+            }
+            addHeading(block, text);
+            return;
+        }
+        // A line under a heading, or under a paragraph that was not meant for one.
+        const bool heading = block.lastLine == block.firstLine + 1 &&
+                             content.size() <= kLongestUnderlined &&
+                             unquoted(block.lastLine, block.quoted).size() >= 2;
+        if (heading) {
+            setKind(block.lastLine, LineKind::heading);
+            addHeading(block, content);
+            return;
+        }
+        MarkdownBlock text = block;
+        --text.lastLine;
+        readParagraph(text);
+        m_outline.lines[block.lastLine] = LineKind::rule;
+    }
+
+    void addHeading(const MarkdownBlock& block, std::string_view text) {
+        m_outline.lines[block.firstLine] = LineKind::heading;
         const std::size_t begin = offsetOf(text);
-        m_outline.headings.push_back({level, line, begin, begin + text.size()});
+        m_outline.headings.push_back({block.level, block.firstLine, begin, begin + text.size(),
+                                      block.shown, block.described});
         if (!text.empty()) {
             m_outline.prose.blocks.push_back({begin, begin + text.size(), BlockKind::heading});
         }
     }
 
-    bool readHeading(std::size_t line, std::string_view content) {
-        const std::size_t marks = runOf(content, '#');
-        if (marks == 0 || marks > 6) return false;
-        if (content.size() > marks && content[marks] != ' ' && content[marks] != '\t') return false;
-        m_outline.lines[line] = LineKind::heading;
-        std::string_view text = text::trimmed(content.substr(marks));
-        std::string_view bare = text;
-        while (!bare.empty() && bare.back() == '#') bare.remove_suffix(1);
-        if (bare.empty() || bare.back() == ' ' || bare.back() == '\t') text = text::trimmed(bare);
-        addHeading(line, static_cast<int>(marks), text);
-        return true;
-    }
-
-    /// A rule between paragraphs, or the line under a heading.
-    bool readRule(std::size_t line, std::string_view content) {
-        const bool single = onlyOf(content, "=") || onlyOf(content, "-");
-        const bool afterText = line > 0 && m_outline.lines[line - 1] == LineKind::prose &&
-                               (line == 1 || m_outline.lines[line - 2] == LineKind::blank ||
-                                m_outline.lines[line - 2] == LineKind::heading);
-        if (single && content.size() >= 2 && afterText &&
-            text::trimmed(m_source.line(line - 1)).size() <= 100) {
-            m_open = false; // Its text was taken for a paragraph.
-            m_outline.lines[line - 1] = LineKind::heading;
-            m_outline.lines[line] = LineKind::heading;
-            addHeading(line - 1, content[0] == '=' ? 1 : 2, text::trimmed(maskedLine(line - 1)));
-            return true;
-        }
-        if (content.size() < 3 || !(onlyOf(content, "- ") || onlyOf(content, "* ") ||
-                                    onlyOf(content, "_ ") || onlyOf(content, "= "))) {
-            return false;
-        }
-        m_outline.lines[line] = LineKind::rule;
-        closeBlock();
-        return true;
-    }
-
-    std::size_t readTable(std::size_t line, std::string_view content) {
-        if (content.find('|') == std::string_view::npos || line + 1 >= m_source.lineCount()) {
-            return line;
-        }
-        if (!isDelimiterRow(text::trimmed(m_source.line(line + 1)))) return line;
-        closeBlock();
-        const std::size_t expected = cellsIn(m_source.line(line));
-        std::size_t row = line;
-        Block block{m_source.lineStart(line), 0, BlockKind::table};
-        for (; row < m_source.lineCount(); ++row) {
-            const std::string_view text = m_source.line(row);
-            if (text.find('|') == std::string_view::npos) break;
+    void readTable(std::size_t first, std::size_t last, bool quoted) {
+        const std::size_t expected = cellsIn(unquoted(first, quoted));
+        Block block{m_source.lineStart(first), 0, BlockKind::table};
+        for (std::size_t row = first; row <= last; ++row) {
+            const std::string_view content = unquoted(row, quoted);
+            if (content.empty()) break;
             m_outline.lines[row] = LineKind::tableRow;
-            m_outline.rows.push_back({row, cellsIn(text), expected});
+            m_outline.rows.push_back({row, cellsIn(content), expected});
             block.end = m_source.lineEnd(row);
         }
         m_outline.prose.blocks.push_back(block);
-        return row;
     }
 
-    /// "[id]: target" and "[^id]: text".
-    bool readDefinition(std::size_t line, std::string_view content) {
-        if (content.size() < 4 || content[0] != '[') return false;
-        const std::size_t close = content.find("]:");
-        if (close == std::string_view::npos || close < 2 || close > 100) return false;
+    /// The end of the label of "[id]: …" at the start of `content`, or 0.
+    static std::size_t labelEnd(std::string_view content) {
+        if (content.size() < 4 || content[0] != '[') return 0;
+        const std::size_t close = content.substr(0, kLongestLabel + 2).find("]:");
+        if (close == std::string_view::npos || close < 2) return 0;
         const std::string_view id = content.substr(1, close - 1);
-        if (id.find_first_of("[]") != std::string_view::npos) return false;
+        return id.find_first_of("[]") == std::string_view::npos ? close : 0;
+    }
+
+    /// Whether "[id]: …" has an address behind it: meant for a definition wherever it stands.
+    static bool definesAddress(std::string_view content) {
+        const std::size_t close = labelEnd(content);
+        if (close == 0) return false;
+        const std::string_view target = text::trimmed(content.substr(close + 2));
+        if (target.empty()) return false;
+        return target[0] == '/' || target[0] == '.' || target[0] == '#' || target[0] == '<' ||
+               target.find("://") != std::string_view::npos;
+    }
+
+    /// "[^id]: text", of which the text is read as a paragraph.
+    void readNote(std::size_t line, bool quoted) {
+        const std::string_view content = unquoted(line, quoted);
+        const std::size_t close = labelEnd(content);
+        if (close < 3 || content[1] != '^') return;
         const std::size_t offset = offsetOf(content);
         const std::string_view raw = m_source.text().substr(offset, content.size());
-        if (id[0] == '^') {
-            m_outline.notes.push_back({offset, content.size(), raw.substr(2, close - 2)});
-            mask(masked(), offset, close + 2);
-            m_outline.lines[line] = LineKind::definition;
-            closeBlock();
-            openBlock(offset + close + 2, BlockKind::paragraph);
-            m_current.end = m_source.lineEnd(line);
-            return true;
-        }
-        if (text::trimmed(content.substr(close + 2)).empty()) return false;
-        closeBlock();
+        m_outline.notes.push_back({offset, content.size(), raw.substr(2, close - 2)});
+        mask(masked(), offset, close + 2);
         m_outline.lines[line] = LineKind::definition;
+    }
+
+    /// "[id]: target".
+    bool readDefinition(std::size_t line, std::string_view content) {
+        const std::size_t close = labelEnd(content);
+        if (close == 0 || content[1] == '^') return false;
+        if (text::trimmed(content.substr(close + 2)).empty()) return false;
+        const std::size_t offset = offsetOf(content);
+        const std::string_view raw = m_source.text().substr(offset, content.size());
+        setKind(line, LineKind::definition);
         m_outline.definitions.push_back({offset, content.size(), raw.substr(1, close - 1)});
+        std::string_view target = text::trimmed(raw.substr(close + 2));
+        if (target.front() != '<') target = target.substr(0, target.find_first_of(" \t"));
+        m_outline.definedLinks.push_back(
+            {offset, content.size(), {}, withoutTitle(target), false, target.front() == '<'});
         mask(masked(), offset, content.size());
         return true;
     }
 
-    void readText(std::size_t line, std::string_view content, std::size_t indent, bool afterBlank) {
-        const std::size_t marker = listMarkerLength(content);
-        if (marker > 0) {
-            closeBlock();
-            m_inList = true;
-            m_outline.lines[line] = LineKind::listItem;
-        } else {
-            if (afterBlank && indent < 2) m_inList = false;
-            m_outline.lines[line] = LineKind::prose;
+    /// The library drops definitions, and notes that nothing points to; behind its reach is text.
+    void readRest() {
+        for (std::size_t line = 0; line < m_source.lineCount(); ++line) {
+            if (m_read[line]) {
+                closeBlock();
+                continue;
+            }
+            const std::string_view content = unquoted(line, true);
+            if (content.empty()) {
+                closeBlock();
+                if (!text::trimmed(m_source.line(line)).empty()) setKind(line, LineKind::other);
+                continue;
+            }
+            if (labelEnd(content) > 2 && content[1] == '^') {
+                closeBlock();
+                readNote(line, true);
+                const std::string_view text = unquoted(line, true);
+                if (!text.empty()) openBlock(offsetOf(text), BlockKind::paragraph);
+                m_current.end = m_source.lineEnd(line);
+                continue;
+            }
+            if (!m_open && (readDefinition(line, content) || readSplitDefinition(line, content))) {
+                continue;
+            }
+            readText(line, content, false);
         }
+        closeBlock();
+    }
+
+    /// A definition that has its target, or its title, on a line of its own.
+    bool readSplitDefinition(std::size_t line, std::string_view content) {
+        const std::size_t close = labelEnd(content);
+        const std::size_t offset = offsetOf(content);
+        if (close > 0 && close + 2 == content.size() && line + 1 < m_source.lineCount()) {
+            const std::string_view raw = m_source.text().substr(offset, content.size());
+            setKind(line, LineKind::definition);
+            m_outline.definitions.push_back({offset, content.size(), raw.substr(1, close - 1)});
+            mask(masked(), offset, content.size());
+            return true;
+        }
+        if (line > 0 && m_outline.lines[line - 1] == LineKind::definition) {
+            setKind(line, LineKind::definition);
+            mask(masked(), offset, content.size());
+            return true;
+        }
+        return false;
+    }
+
+    void readText(std::size_t line, std::string_view content, bool item) {
+        const std::size_t marker = listMarkerLength(content);
+        if (marker > 0) closeBlock();
+        setKind(line, marker > 0 ? LineKind::listItem : LineKind::prose);
         if (!m_open) {
             openBlock(offsetOf(content) + marker,
-                      marker > 0 ? BlockKind::listItem : BlockKind::paragraph);
+                      marker > 0 || item ? BlockKind::listItem : BlockKind::paragraph);
         }
         m_current.end = m_source.lineEnd(line);
     }
@@ -314,6 +457,23 @@ private:
     void closeBlock() {
         if (m_open && m_current.begin < m_current.end) m_outline.prose.blocks.push_back(m_current);
         m_open = false;
+    }
+
+    void sortBlocks() {
+        std::vector<Block>& blocks = m_outline.prose.blocks;
+        std::stable_sort(blocks.begin(), blocks.end(),
+                         [](const Block& a, const Block& b) { return a.begin < b.begin; });
+        std::size_t end = 0;
+        std::erase_if(blocks, [&](Block& block) {
+            block.begin = std::max(block.begin, end);
+            if (block.begin >= block.end) return true;
+            end = block.end;
+            return false;
+        });
+        std::stable_sort(m_outline.headings.begin(), m_outline.headings.end(),
+                         [](const Heading& a, const Heading& b) { return a.begin < b.begin; });
+        std::stable_sort(m_outline.rows.begin(), m_outline.rows.end(),
+                         [](const TableRow& a, const TableRow& b) { return a.line < b.line; });
     }
 
     void readLinks() {
@@ -377,6 +537,7 @@ private:
             }
             return end;
         }
+        if (next != '[' && begin > 0 && masked()[begin - 1] == ')') readReversed(begin, close);
         const bool indexing = begin > 0 && text::isAsciiWord(text[begin - 1]);
         if (next != '[' || indexing) return close;
         const std::string_view rest = text.substr(close + 2, 100);
@@ -388,11 +549,38 @@ private:
         const bool numbers = onlyOf(inner, "0123456789, -");
         if (!numbers) {
             m_outline.references.push_back({begin, close + 3 + end - begin, id});
+            if (image && text::trimmed(inner).empty()) {
+                m_outline.silentPictures.push_back({begin - 1, close + 4 + end - begin, {}});
+            }
             mask(masked(), begin, 1);
             mask(masked(), close, end + 3);
             return close + 2 + end;
         }
         return close;
+    }
+
+    /// "(text)[address]": the brackets of a link the wrong way round.
+    void readReversed(std::size_t begin, std::size_t close) {
+        const std::string_view address = m_source.text().substr(begin + 1, close - begin - 1);
+        const bool path = address.find_first_of("./#") != std::string_view::npos ||
+                          address.find("://") != std::string_view::npos;
+        if (!path || address.empty() || address.size() > kLongestTarget ||
+            address.find_first_of(" \t\n") != std::string_view::npos)
+            return;
+        std::size_t open = begin - 1; // On the bracket that closes the text.
+        const std::size_t least = open > kLongestReversed ? open - kLongestReversed : 0;
+        std::size_t depth = 1;
+        while (open > least && depth > 0) {
+            const char c = masked()[--open];
+            if (c == '\n') return;
+            if (c == ')') ++depth;
+            if (c == '(') --depth;
+        }
+        if (depth > 0 || open + 2 == begin) return;
+        // f(x)[a.b] is program text, and what is behind a bracket has its link already.
+        const char before = open > 0 ? m_source.text()[open - 1] : ' ';
+        if (text::isAsciiWord(before) || before == ']' || before == '\\') return;
+        m_outline.reversed.push_back({open, close + 1 - open, address});
     }
 
     /// The bracket that closes the target opened at `open`, on the same line, or 0.
@@ -434,8 +622,23 @@ private:
             const bool tag = inner.find('=') != std::string_view::npos || inner[0] == '/' ||
                              inner.back() == '/' || inner.find("://") != std::string_view::npos ||
                              inner.find('@') != std::string_view::npos || isElement(inner);
+            if (tag && isSilentPicture(inner)) {
+                m_outline.silentPictures.push_back({i, close + 2, {}});
+            }
             if (tag) mask(text, i, close + 2);
         }
+    }
+
+    /// "img src=…" that does not even say that no words are needed, as alt="" does.
+    static bool isSilentPicture(std::string_view tag) {
+        if (!text::hasAt(tag, 0, "img ") && !text::hasAt(tag, 0, "img\n")) return false;
+        for (const std::string_view attribute : {"alt", "aria-", "role", "{"}) {
+            for (std::size_t at = 1; at < tag.size(); ++at) {
+                if (text::hasAt(tag, at, attribute) && !text::isAsciiWord(tag[at - 1]))
+                    return false;
+            }
+        }
+        return true;
     }
 
     static bool isElement(std::string_view inner) {
@@ -448,14 +651,10 @@ private:
 
     const SourceText& m_source;
     Outline m_outline;
+    std::vector<bool> m_read; ///< Lines that some block of the library has.
     Block m_current;
     std::vector<std::pair<std::size_t, std::size_t>> m_pictures; ///< Begin and end of each.
     bool m_open = false;
-    bool m_inList = false;
-    bool m_fenceOpen = false;
-    char m_fenceMark = '`';
-    std::size_t m_fenceLength = 3;
-    std::size_t m_fenceOffset = 0;
 };
 
 } // namespace

@@ -58,6 +58,13 @@ struct Coverage {
     void missed(NotChecked gap);
 };
 
+/// Who reads the work.
+enum class Readers {
+    all,
+    own, ///< What was written for this service alone: for work on which a foreign reader has ended
+         ///< badly. What it would have told is a gap in the coverage.
+};
+
 /// Why a file could not be looked into at all.
 struct Unread {
     std::string reason; ///< A clause for people: "it is damaged or no PDF".

@@ -6,6 +6,7 @@
 #include <functional>
 #include <map>
 #include <string_view>
+#include <vector>
 
 namespace trevix {
 
@@ -20,7 +21,8 @@ constexpr std::uint64_t kFullScore = 100 * kHundredth;
 constexpr std::uint64_t kQuarantineBelow = 50; // Hundredths of score.
 constexpr std::uint64_t kShipFrom = 85;
 
-constexpr std::array kBands{Band::ship, Band::route_to_fix, Band::quarantine, Band::block};
+constexpr std::array kBands{Band::ship, Band::route_to_fix, Band::quarantine, Band::block,
+                            Band::unknown};
 
 std::uint64_t points(Severity severity) {
     switch (severity) {
@@ -40,11 +42,37 @@ std::uint64_t halved(std::uint64_t value, std::size_t times) {
     return times < 64 ? value >> times : 0;
 }
 
-std::uint64_t costOf(std::vector<Severity> ofOneRule) {
+// Words and lines on a page, and tenths of its cells: about what is read at a glance. Chosen.
+constexpr std::uint64_t kPage = 100;
+constexpr std::uint64_t kCellsForOne = 10;
+
+/// In the unit of kPage, at least one page.
+std::uint64_t sizeOf(const Extent& extent) {
+    return std::max(kPage, extent.words + extent.lines + extent.cells / kCellsForOne);
+}
+
+std::uint64_t habitOf(std::vector<Severity> ofOneRule) {
     std::sort(ofOneRule.begin(), ofOneRule.end(), std::greater<>());
     std::uint64_t sum = 0;
     for (std::size_t i = 0; i < ofOneRule.size(); ++i) sum += halved(points(ofOneRule[i]), i);
     return sum;
+}
+
+/// What the findings of one rule have in common with each other, and what not.
+struct OfOneRule {
+    std::vector<Severity> all;
+    std::map<std::string_view, Severity> worstByEvidence;
+};
+
+// The sum stays below 2^64: even 2^20 findings cost at most 2^20 * 50 * 2^32.
+std::uint64_t costOf(const OfOneRule& findings, std::uint64_t size) {
+    std::uint64_t different = 0;
+    for (const auto& [evidence, severity] : findings.worstByEvidence) {
+        if (severity != Severity::low) different += points(severity);
+    }
+    // Divided first: the product with the page would not fit.
+    const std::uint64_t density = different / size * kPage + different % size * kPage / size;
+    return std::max(habitOf(findings.all), density);
 }
 
 } // namespace
@@ -58,9 +86,11 @@ std::string_view name(Band band) {
     case Band::quarantine:
         return "quarantine";
     case Band::block:
+        return "block";
+    case Band::unknown:
         break;
     }
-    return "block";
+    return "unknown";
 }
 
 std::optional<Band> bandNamed(std::string_view text) {
@@ -70,17 +100,21 @@ std::optional<Band> bandNamed(std::string_view text) {
     return *found;
 }
 
-Judgement judge(const std::vector<Finding>& findings) {
-    std::map<std::string_view, std::vector<Severity>> byRule;
+Judgement judge(const Critique& critique) {
+    std::map<std::string_view, OfOneRule> byRule;
     Severity worst = Severity::low;
-    for (const Finding& finding : findings) {
-        byRule[finding.rule].push_back(finding.severity);
+    for (const Finding& finding : critique.findings) {
+        OfOneRule& rule = byRule[finding.rule];
+        rule.all.push_back(finding.severity);
+        Severity& ofEvidence = rule.worstByEvidence[finding.evidence];
+        ofEvidence = std::max(ofEvidence, finding.severity);
         worst = std::max(worst, finding.severity);
     }
 
+    const std::uint64_t size = sizeOf(critique.extent);
     std::uint64_t cost = 0;
-    for (const auto& [rule, severities] : byRule) {
-        cost = std::min(kFullScore, cost + costOf(severities));
+    for (const auto& [rule, findings] : byRule) {
+        cost = std::min(kFullScore, cost + costOf(findings, size));
     }
     const std::uint64_t hundredths = (kFullScore - cost + kHundredth / 2) / kHundredth;
 
@@ -92,6 +126,8 @@ Judgement judge(const std::vector<Finding>& findings) {
         judgement.band = Band::quarantine;
     } else if (worst == Severity::high || hundredths < kShipFrom) {
         judgement.band = Band::route_to_fix;
+    } else {
+        judgement.band = critique.coverage.known ? Band::ship : Band::unknown;
     }
     return judgement;
 }

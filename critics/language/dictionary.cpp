@@ -65,6 +65,114 @@ const SpellingBooks& ListShelf::of(NaturalLanguage language) const {
     return books.books.empty() ? m_none : books;
 }
 
+namespace {
+
+std::vector<std::string> lettersOf(std::string_view word) {
+    std::vector<std::string> letters;
+    while (!word.empty()) {
+        const std::size_t length = text::decodeFront(word).length;
+        letters.emplace_back(word.substr(0, length));
+        word.remove_prefix(length);
+    }
+    return letters;
+}
+
+std::string_view alphabetOf(NaturalLanguage language) {
+    switch (language) {
+    case NaturalLanguage::german:
+        return "enirstadhulcgmobwfkzpvjyxqäöüß";
+    case NaturalLanguage::french:
+        return "esaitnrulodcmpvqgbfhjxyzkwéèêàâçôîûùëï";
+    case NaturalLanguage::spanish:
+        return "eaosnrildtucmpbgyvqhfzjxkwáéíóúñü";
+    case NaturalLanguage::english:
+    case NaturalLanguage::unknown:
+    case NaturalLanguage::other:
+        break;
+    }
+    return "etaoinsrhldcumfpgwybvkxjqz";
+}
+
+bool isVowel(const std::string& letter) {
+    return letter.size() > 1 || std::string_view("aeiouy").find(letter) != std::string_view::npos;
+}
+
+/// Collects known words, each once.
+class Finder {
+public:
+    Finder(const SpellingBooks& books, bool capitals, std::size_t most)
+        : m_books(books),
+          m_capitals(capitals),
+          m_most(most) {}
+
+    [[nodiscard]] bool full() const { return m_found.size() >= m_most; }
+    [[nodiscard]] std::vector<std::string> take() { return std::move(m_found); }
+
+    /// The letters with `replacement` for the `length` from `at` on.
+    void ask(const std::vector<std::string>& letters, std::size_t at, std::size_t length,
+             const std::string& replacement) {
+        if (full()) return;
+        std::string word;
+        for (std::size_t i = 0; i < at; ++i) word += letters[i];
+        word += replacement;
+        for (std::size_t i = at + length; i < letters.size(); ++i) word += letters[i];
+        if (word.empty() || std::find(m_found.begin(), m_found.end(), word) != m_found.end())
+            return;
+        if (m_books.know(word)) {
+            m_found.push_back(std::move(word));
+        } else if (m_capitals) {
+            const std::size_t first = text::decodeFront(word).length;
+            std::string capital = text::uppercased(word.substr(0, first)) + word.substr(first);
+            if (m_books.know(capital)) m_found.push_back(std::move(capital));
+        }
+    }
+
+private:
+    const SpellingBooks& m_books;
+    bool m_capitals;
+    std::size_t m_most;
+    std::vector<std::string> m_found;
+};
+
+} // namespace
+
+std::vector<std::string> wordsOneEditFrom(std::string_view word, const SpellingBooks& books,
+                                          NaturalLanguage language, bool capitals,
+                                          std::size_t most) {
+    const std::vector<std::string> letters = lettersOf(word);
+    const std::vector<std::string> alphabet = lettersOf(alphabetOf(language));
+    const std::size_t size = letters.size();
+    Finder finder(books, capitals, most);
+    for (std::size_t i = 0; i + 1 < size; ++i) {
+        if (letters[i] != letters[i + 1]) {
+            finder.ask(letters, i, 2, letters[i + 1] + letters[i]);
+        } else {
+            finder.ask(letters, i, 1, "");
+        }
+    }
+    for (std::size_t i = 0; i < size; ++i) finder.ask(letters, i, 1, letters[i] + letters[i]);
+    for (const std::string& letter : alphabet) {
+        for (std::size_t i = 1; i <= size; ++i) finder.ask(letters, i, 0, letter);
+    }
+    for (std::size_t i = 1; i < size; ++i) finder.ask(letters, i, 1, "");
+    for (const bool vowels : {true, false}) {
+        for (std::size_t i = 1; i < size; ++i) {
+            for (const std::string& letter : alphabet) {
+                if ((isVowel(letter) && isVowel(letters[i])) == vowels) {
+                    finder.ask(letters, i, 1, letter);
+                }
+            }
+        }
+    }
+    // People rarely miss the first letter.
+    if (size > 0) finder.ask(letters, 0, 1, "");
+    for (const std::string& letter : alphabet) {
+        finder.ask(letters, 0, 0, letter);
+        if (size > 0) finder.ask(letters, 0, 1, letter);
+    }
+    return finder.take();
+}
+
 std::size_t editsBetween(std::string_view a, std::string_view b, std::size_t most) {
     const std::vector<std::int32_t> left = codePointsOf(text::lowercased(a));
     const std::vector<std::int32_t> right = codePointsOf(text::lowercased(b));

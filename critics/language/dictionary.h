@@ -68,6 +68,15 @@ private:
     SpellingBooks m_none{{}, "", "no dictionary of the language is installed", ""};
 };
 
+/// The known words that are one edit from `word`, which is in lower case, the likeliest slips
+/// first: neighbours swapped, a letter doubled or not, one left out, one too many, another vowel,
+/// another letter. At most `most`. Costs some hundred look-ups, whatever the dictionary. With
+/// `capitals` a word counts that is known with a capital only.
+[[nodiscard]] std::vector<std::string> wordsOneEditFrom(std::string_view word,
+                                                        const SpellingBooks& books,
+                                                        NaturalLanguage language, bool capitals,
+                                                        std::size_t most);
+
 /// Least number of letters put in, left out, changed or swapped with their neighbour that makes one
 /// word the other, counted in code points and without regard to case; at most `most` + 1, which
 /// says that it is more than `most`.

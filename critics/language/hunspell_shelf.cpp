@@ -79,17 +79,20 @@ std::optional<Encoding> encodingOf(const fs::path& affixes) {
     return Encoding::latin1; // The library's own assumption.
 }
 
+/// Opened when it is first asked: a word is looked for in one book after the other, and most texts
+/// need only the first. Opening one takes 50 ms.
 class HunspellDictionary : public Dictionary {
 public:
     HunspellDictionary(const fs::path& affixes, const fs::path& words, Encoding encoding)
-        : m_library(affixes.c_str(), words.c_str()),
+        : m_affixes(affixes),
+          m_words(words),
           m_encoding(encoding) {}
 
     [[nodiscard]] bool knows(std::string_view word) const override {
         const std::optional<std::string> own = encoded(word);
         if (!own) return true; // Letters that the dictionary cannot have: not its business.
         const std::lock_guard lock(m_mutex);
-        return m_library.spell(*own);
+        return library().spell(*own);
     }
 
     [[nodiscard]] std::vector<std::string> suggestions(std::string_view word) const override {
@@ -98,7 +101,7 @@ public:
         std::vector<std::string> found;
         {
             const std::lock_guard lock(m_mutex);
-            found = m_library.suggest(*own);
+            found = library().suggest(*own);
         }
         if (m_encoding == Encoding::latin1) {
             for (std::string& each : found) each = kelvane::text::fromLatin1(each);
@@ -115,9 +118,16 @@ private:
         return latin;
     }
 
+    [[nodiscard]] Hunspell& library() const { // under m_mutex
+        if (!m_library) m_library.emplace(m_affixes.c_str(), m_words.c_str());
+        return *m_library;
+    }
+
     // The library keeps state between calls and is not marked const.
     mutable std::mutex m_mutex;
-    mutable Hunspell m_library;
+    mutable std::optional<Hunspell> m_library;
+    fs::path m_affixes;
+    fs::path m_words;
     Encoding m_encoding;
 };
 

@@ -33,7 +33,9 @@ constexpr std::string_view kEnglish =
     "but what all were when we there can your how their if will each about up out them then she "
     "many some these would other into has more her like him could my than been who its now did "
     "because should our very i he his me us it's don't doesn't i'm just only also most people "
-    "think every much does do by at so where after before over such through those both";
+    "think every much does do by at so where after before over such through those both "
+    "here since never always why again still any get go went make made come while under back may "
+    "might must well good two first being another between during however although";
 constexpr std::string_view kGerman =
     "der und das ist nicht ein ich sie mit dem zu den von für auf auch eine als im es sich des "
     "wird aus werden bei oder wie noch nach nur einer um wenn kann sind haben zum zur über einen "

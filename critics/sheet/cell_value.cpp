@@ -463,10 +463,36 @@ bool isNoValue(std::string_view text) {
     text = trimmedCell(text);
     if (text.size() > kLongestNoValue) return false;
     const std::string lower = kelvane::text::lowercased(text);
-    return isIn(lower, {"",     "-",   "--",   "–",     "—",
-                        "n/a",  "na",  "n.a.", "none",  "nil",
-                        "null", "nan", "k.a.", "k. a.", "not applicable",
-                        ".",    "..",  "…",    "*",     "x"});
+    return isIn(lower, {"",
+                        "-",
+                        "--",
+                        "–",
+                        "—",
+                        "n/a",
+                        "na",
+                        "n.a.",
+                        "none",
+                        "nil",
+                        "null",
+                        "nan",
+                        "k.a.",
+                        "k. a.",
+                        "not applicable",
+                        ".",
+                        "..",
+                        "…",
+                        "*",
+                        "x",
+                        "empty",
+                        "(empty)",
+                        "blank",
+                        "(blank)",
+                        "missing",
+                        "not available",
+                        "no data",
+                        "n.d.",
+                        "<na>",
+                        "<null>"});
 }
 
 RowKind rowKindOf(std::string_view label) {

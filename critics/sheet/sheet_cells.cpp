@@ -225,8 +225,10 @@ void judgeImpossibleDates(const Sheet& sheet, const SheetColumn& column, Finding
     const bool dateColumn = isDateColumn(column);
     for (const SheetCell& cell : column.cells) {
         if (!cell.date || cell.date->possible) continue;
-        // 31.02.24 may be a version or a part number; only a column of dates tells.
-        if (!cell.date->fullYear && !dateColumn) continue;
+        // 31.02.24 and 2024.0.1 may be versions or part numbers; only a column of dates tells.
+        const bool version =
+            cell.date->form == DateForm::dots && cell.date->order == DayOrder::yearFirst;
+        if ((!cell.date->fullYear || version) && !dateColumn) continue;
         const CellPlace place = placeOf(sheet, column, cell.row);
         list.addAt(kImpossibleDate, place.name, place.text,
                    "No calendar has the date " + place.quoted + " in " + place.name + ".");

@@ -42,6 +42,7 @@ Critique critiqueSheet(const Part& part) {
     const Sheet sheet = understand(std::move(table));
     judgeStructure(sheet, list);
     judgeCells(sheet, list);
+    judgeProfiles(sheet, list);
     judgeTotals(sheet, list);
     critique.findings = list.take();
     return critique;

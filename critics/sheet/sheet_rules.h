@@ -1,6 +1,6 @@
 // The rules for spreadsheets, over a sheet that has been understood.
 //
-// Three groups. Each adds what it finds to the list,
+// Four groups. Each adds what it finds to the list,
 // row by row, and keeps no state. A rule judges only where the sheet itself gives the standard: a
 // stray needs a clear majority to be a stray of.
 
@@ -17,6 +17,11 @@ void judgeStructure(const Sheet& sheet, FindingList& list);
 /// Single cells against their column: errors, placeholders, numbers kept as text, types, dates,
 /// marks, currencies, ranges.
 void judgeCells(const Sheet& sheet, FindingList& list);
+
+/// Columns against their own profile: shapes of values, rare values beside frequent ones, spellings
+/// of units, times and missing values, and one column against another. Time is linear in the
+/// cells: only the first 24 columns that could do so are held to determine others, the first 64.
+void judgeProfiles(const Sheet& sheet, FindingList& list);
 
 /// Totals, subtotals, totals across a row, shares that should make 100 %.
 void judgeTotals(const Sheet& sheet, FindingList& list);

@@ -148,12 +148,28 @@ bool looksLikeNames(const Table& table, std::size_t row, std::size_t leastWords)
         if (cell.size() > kLongestName) return false;
         if (isWords(cell))
             ++words;
+        else if (isNoValue(cell))
+            continue; // A column may be called x.
         else if (const auto number = readNumber(cell); !number || number->decimals > 0 ||
                                                        number->value < kFirstYear ||
                                                        number->value > kLastYear)
             return false;
     }
     return filled >= kFewestNames && words >= leastWords;
+}
+
+/// Whether most of the cells right below the one that names a column are numbers or dates.
+bool namesValuesBelow(const Table& table, std::size_t row, std::size_t column) {
+    std::size_t values = 0;
+    std::size_t cells = 0;
+    const std::size_t end = std::min(table.rows.size(), row + kRowsBelowHeader);
+    for (std::size_t r = row + 1; r < end; ++r) {
+        const std::string_view cell = trimmedCell(table.cell(r, column));
+        if (cell.empty()) continue;
+        ++cells;
+        if (readNumber(cell) || readDate(cell)) ++values;
+    }
+    return cells >= 1 && values * 2 > cells;
 }
 
 /// Whether what stands under the row differs from it in kind, as data differs from its names.
@@ -202,6 +218,12 @@ std::optional<std::size_t> detectHeader(const Table& table) {
             looksLikeNames(table, next, 1) && table.filledCells(next) > filled &&
             namesDataBelow(table, next))
             return next;
+        // A single column has a name where numbers or dates stand under a word.
+        if (table.width == 1) {
+            const std::string_view name = trimmedCell(table.cell(row, 0));
+            const bool names = isWords(name) && name.size() <= kLongestShortName;
+            return names && namesValuesBelow(table, row, 0) ? std::optional(row) : std::nullopt;
+        }
         if (!looksLikeNames(table, row, 1)) return std::nullopt;
         if (namesDataBelow(table, row)) return row;
         return std::nullopt;

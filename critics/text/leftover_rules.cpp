@@ -119,8 +119,8 @@ bool argumentOfCommand(std::string_view text, std::size_t at) {
     while (!before.empty() && before.back() == ' ') before.remove_suffix(1);
     if (before.empty()) return false;
     if (before.back() == '=') return true;
-    const std::size_t blank = before.find_last_of(" \t\n");
-    return before[blank == std::string_view::npos ? 0 : blank + 1] == '-';
+    // Nothing is left behind the end of a line or a tab.
+    return before.substr(before.find_last_of(" \t\n") + 1).starts_with('-');
 }
 
 void checkBracketedSlot(const ProseView& view, std::size_t at, FindingList& findings) {
@@ -200,8 +200,7 @@ std::size_t garbledLength(std::string_view text, std::size_t at) {
         const std::size_t third = next + second.length;
         if (third >= text.size()) return 0;
         const text::Decoded last = text::decodeFront(text.substr(third));
-        const bool garbled = last.codePoint != text::kNoCodePoint && (last.codePoint >= 0x80) &&
-                             !text::isLetter(last.codePoint);
+        const bool garbled = last.codePoint >= 0x80 && !text::isLetter(last.codePoint);
         const bool letter = last.codePoint == 0x153 || last.codePoint == 0x161;
         return garbled || letter ? first.length + second.length + last.length : 0;
     }

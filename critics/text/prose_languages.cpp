@@ -59,6 +59,27 @@ ToldLanguage byDictionaries(const ProseView& view, const DictionaryShelf& shelf)
     return counted > 0 && (sure || all) ? best : ToldLanguage();
 }
 
+/// Whether the words of a block speak for `own` rather than for `whole`, as far as both have
+/// dictionaries: names and code make languages look like others.
+bool knowsMore(const ProseView& view, const WordRange& range, const ToldLanguage& own,
+               const ToldLanguage& whole, const LanguageTools& tools) {
+    if (tools.shelf == nullptr) return true;
+    const SpellingBooks& ours = tools.shelf->of(own.language);
+    const SpellingBooks& theirs = tools.shelf->of(whole.language);
+    if (whole.language == NaturalLanguage::unknown || theirs.books.empty()) return true;
+    std::size_t asked = 0;
+    std::size_t left = 0;
+    std::size_t right = 0;
+    for (std::size_t i = range.begin; i < range.end && asked < kMostWordsAsked; ++i) {
+        if (view.words[i].digits || view.words[i].letters < 2) continue;
+        ++asked;
+        if (ours.know(view.wordText(i))) ++left;
+        if (theirs.know(view.wordText(i))) ++right;
+    }
+    // Without a dictionary of its own, half of the words being unknown speaks for another language.
+    return ours.books.empty() ? right * 2 < asked : left > right;
+}
+
 } // namespace
 
 std::vector<WordRange> wordsOfBlocks(const ProseView& view) {
@@ -98,8 +119,9 @@ ProseLanguages languagesOf(const ProseView& view, const LanguageTools& tools) {
             own = tellLanguage(
                 plain(view, block.begin, std::min(block.end, block.begin + kMostToldBytes)));
         }
-        languages.blocks.push_back(own.language == NaturalLanguage::unknown ? languages.whole
-                                                                            : own);
+        const bool other = own.language != NaturalLanguage::unknown && own != languages.whole &&
+                           knowsMore(view, ranges[i], own, languages.whole, tools);
+        languages.blocks.push_back(other ? own : languages.whole);
     }
     return languages;
 }

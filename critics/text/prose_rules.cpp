@@ -1,6 +1,7 @@
 #include "critics/text/prose_rules.h"
 
 #include "critics/text/calendar.h"
+#include "critics/text/grammar_rules.h"
 #include "critics/text/prose_languages.h"
 #include "critics/text/spelling_rules.h"
 #include "critics/text/text_rule_table.h"
@@ -33,6 +34,8 @@ constexpr GradedRule kDateOrder = declared<WorkKind::text>("text.date_order");
 // Where these come from stands with the rules in text_rule_table.h.
 constexpr std::size_t kMostWordsInSentence = 45;
 constexpr std::size_t kFewestRepeatedWords = 8; // In a sentence that may not come twice.
+// The same beside code: a reference describes like things in like words.
+constexpr std::size_t kFewestRepeatedBesideCode = 20;
 // Bytes; shorter lines are lists or tables set with line breaks, where a word may stand twice.
 constexpr std::size_t kProseLine = 30;
 
@@ -134,11 +137,12 @@ void checkRepeatedSentences(const ProseView& view, FindingList& findings) {
     std::unordered_map<std::uint64_t, std::size_t> first;
     constexpr std::size_t kNone = static_cast<std::size_t>(-1);
     std::size_t previousOriginal = kNone;
+    const std::size_t fewest = view.hasCode() ? kFewestRepeatedBesideCode : kFewestRepeatedWords;
     for (std::size_t i = 0; i < view.sentences.size(); ++i) {
         const std::string_view own = textOf(i);
         std::size_t original = kNone;
         const bool masked = own.find(kMasked) != std::string_view::npos;
-        if (view.sentences[i].words >= kFewestRepeatedWords && !masked && own.back() != ':') {
+        if (view.sentences[i].words >= fewest && !masked && own.back() != ':') {
             const auto [entry, added] = first.try_emplace(hashOf(own), i);
             if (!added && sameButForSpacing(textOf(entry->second), own)) original = entry->second;
         }
@@ -225,13 +229,30 @@ std::string inFigures(int year, int month, int day) {
     return std::to_string(year) + "-" + two(month) + "-" + two(day);
 }
 
+/// Whether a run of masked bytes holds something else than an address.
+bool masksCode(std::string_view source, std::string_view masked) {
+    for (std::size_t i = masked.find(kMasked); i != std::string_view::npos;
+         i = masked.find(kMasked, i)) {
+        std::size_t end = i;
+        while (end < masked.size() && masked[end] == kMasked) ++end;
+        const std::string_view run = source.substr(i, end - i);
+        const bool address = run.find("://") != std::string_view::npos ||
+                             run.find('@') != std::string_view::npos || run.starts_with("www.") ||
+                             run.starts_with('>') || run.starts_with('<');
+        if (!address) return true;
+        i = end;
+    }
+    return false;
+}
+
 } // namespace
 
 ProseView::ProseView(const SourceText& text, Prose parts)
     : source(text),
       prose(std::move(parts)),
       words(text::wordsIn(prose.masked, 0, prose.masked.size())),
-      sentences(sentencesOf(prose)) {}
+      sentences(sentencesOf(prose)),
+      m_hasCode(masksCode(source.text(), prose.masked)) {}
 
 std::string_view ProseView::wordText(std::size_t word) const {
     return masked().substr(words[word].offset, words[word].length);
@@ -331,7 +352,8 @@ void warmUpWordLists() {
 void checkLanguage(const ProseView& view, const LanguageTools& tools, FindingList& findings,
                    Coverage& coverage) {
     const ProseLanguages languages = languagesOf(view, tools);
-    checkSpelling(view, languages, tools, findings, coverage);
+    const std::set<std::size_t> spokenOf = checkGrammar(view, languages, findings);
+    checkSpelling(view, languages, tools, spokenOf, findings, coverage);
     noteLanguages(view, languages, tools, coverage);
 }
 

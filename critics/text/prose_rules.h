@@ -30,6 +30,11 @@ struct ProseView {
 
     [[nodiscard]] std::string_view masked() const { return prose.masked; }
     [[nodiscard]] std::string_view wordText(std::size_t word) const;
+    /// Whether the text has code beside its prose: something is masked that is no address.
+    [[nodiscard]] bool hasCode() const { return m_hasCode; }
+
+private:
+    bool m_hasCode = false;
 };
 
 /// Builds the word lists that the prose rules look words up in; otherwise the first check does.

@@ -74,6 +74,10 @@ public:
     void scan(const Block& block, const Block* next) {
         m_begin = block.begin;
         m_open.clear();
+        const std::size_t before =
+            block.begin == 0 ? std::string_view::npos
+                             : m_text.find_last_not_of(" \t\r\n\xC2\xA0", block.begin - 1);
+        m_followsMasked = before != std::string_view::npos && m_text[before] == kMasked;
         for (std::size_t i = block.begin; i < block.end;) {
             const auto byte = static_cast<unsigned char>(m_text[i]);
             if (byte < 0x80) {
@@ -115,6 +119,7 @@ private:
             return;
         }
         if (c == ')' && closesNothingByRight(m_text, m_begin, i)) return;
+        if (m_followsMasked) return; // It may have been opened in what was not read.
         reportStray(i);
     }
 
@@ -215,6 +220,7 @@ private:
     std::vector<Open> m_open;
     std::size_t m_begin = 0;
     bool m_reportedOpen = false;
+    bool m_followsMasked = false; // Code or an address stands right before the block.
 };
 
 constexpr std::array<std::string_view, 34> kEverydayWords = {

@@ -1,5 +1,6 @@
 #include "critics/text/spelling_rules.h"
 
+#include "critics/text/english_words.h"
 #include "critics/text/known_words.h"
 #include "critics/text/text_rule_table.h"
 #include "text/letters.h"
@@ -23,16 +24,23 @@ constexpr GradedRule kSure = declared<WorkKind::text>("text.spelling", Severity:
 constexpr GradedRule kUnsure = declared<WorkKind::text>("text.spelling", Severity::low);
 
 // Where these come from stands in docs/thresholds.md.
-constexpr std::size_t kMostWords = 50'000;    // Different words of a part that are looked up.
-constexpr std::size_t kMostSuggestions = 120; // Words of a part that suggestions are asked for.
-constexpr std::size_t kMostForeign = 300; // Unknown words that other dictionaries are asked for.
-constexpr std::size_t kLongestWord = 40;  // Bytes; what is longer is no slip of a word.
+constexpr std::size_t kMostWords = 20'000;   // Different words of a part that are looked up.
+constexpr std::size_t kMostSuggestions = 16; // Words that a dictionary is asked to mend.
+constexpr std::size_t kMostNearest = 150;    // Words that are mended by one edit.
+constexpr std::size_t kMostNear = 12;        // Words that are one edit away from one.
+constexpr std::size_t kLongestToMend = 20;   // Letters; also of what is taken apart.
+constexpr std::size_t kMostForeign = 300;    // Unknown words that other dictionaries are asked for.
+constexpr std::size_t kLongestWord = 40;     // Bytes; what is longer is no slip of a word.
 constexpr std::size_t kFewestLetters = 3;
 constexpr std::size_t kTerm = 3;              // Times a word stands in the text.
 constexpr std::size_t kLongerForTwoEdits = 6; // Letters from which on two edits are a slip.
-constexpr std::size_t kFewestForShare = 8;    // Words; in fewer a share says nothing.
-constexpr std::size_t kMostUnknown = 50;      // Percent; beyond it the words are no prose.
-constexpr std::size_t kShortestPart = 4;      // Letters of each half of "codebase".
+constexpr std::size_t kLongerForThreeEdits = 8;
+constexpr std::size_t kMostEdits = 3;
+constexpr std::size_t kFewSuggestions = 8; // Of a dictionary, the likeliest.
+constexpr std::size_t kFewestForShare = 8; // Words; in fewer a share says nothing.
+constexpr std::size_t kMostUnknown = 50;   // Percent; beyond it the words are no prose.
+constexpr std::size_t kShortestStem = 5;   // Letters behind a prefix.
+constexpr std::size_t kShortestPart = 4;   // Letters of each half of "codebase".
 
 constexpr std::array<std::string_view, 28> kPrefixes = {
     "un",   "re",    "non",   "pre",   "sub",   "multi",  "auto", "de",  "micro", "meta",
@@ -54,12 +62,14 @@ struct Verdict {
 class Speller {
 public:
     Speller(const ProseView& view, const ProseLanguages& languages, const LanguageTools& tools,
-            FindingList& findings, Coverage& coverage)
+            const std::set<std::size_t>& spokenOf, FindingList& findings, Coverage& coverage)
         : m_view(view),
           m_languages(languages),
           m_tools(tools),
+          m_spokenOf(spokenOf),
           m_findings(findings),
-          m_coverage(coverage) {
+          m_coverage(coverage),
+          m_technical(view.hasCode()) {
         if (tools.personalWords) m_personal = tools.personalWords();
         countWords();
         gatherCodeWords();
@@ -109,7 +119,6 @@ private:
                     m_code.insert(text::lowercased(whole.substr(word.offset, word.length)));
                 }
             }
-            m_technical = true;
             i = end;
         }
     }
@@ -204,7 +213,7 @@ private:
         for (std::size_t i = range.begin; i < range.end; ++i) {
             const text::Word& word = m_view.words[i];
             const Shape shape = shapeOf(word);
-            if (shape == Shape::other || !isProse(i)) continue;
+            if (shape == Shape::other || !isProse(i) || m_spokenOf.contains(word.offset)) continue;
             // German writes every noun with a capital; elsewhere one inside a sentence is a name.
             const bool starts = m_starts.contains(i);
             if (shape == Shape::capitalised && language != NaturalLanguage::german && !starts)
@@ -271,17 +280,26 @@ private:
         if (english && shape == Shape::plain) {
             const std::string proper = capitalised(own);
             if (books.know(proper)) {
-                verdict.sure = isProperWord(own);
+                // "git", "java": in notes on code a name may be a command.
+                if ((m_technical || own.size() <= kFewestLetters) && !isProperWord(own)) return {};
+                verdict.sure = true;
                 verdict.suggestion = proper;
                 verdict.capitalOnly = true;
-                if (!verdict.sure) return {};
                 return verdict;
             }
         }
         if (isBuilt(own, books)) return {};
-        suggest(own, index, shape, books, verdict);
+        // Dictionaries of other languages lack more, and borrow from English what they lack.
+        if (!english && isForeign(own, language)) return {};
+        suggest(own, index, shape, language, books, verdict);
+        // Beside code a word that no dictionary has is more often a term than a slip.
+        if (m_technical) {
+            verdict.sure = false;
+            if (m_edits > 1 || own.size() < kLongerForTwoEdits) return {};
+        }
         if (shape == Shape::capitalised && !verdict.sure) return {};
-        if (isForeign(own, language)) verdict.sure = false;
+        if (english && verdict.sure && m_edits > 1 && isForeign(own, language))
+            verdict.sure = false;
         return verdict;
     }
 
@@ -293,12 +311,13 @@ private:
     [[nodiscard]] bool isKnownOtherwise(const std::string& own, const SpellingBooks& books,
                                         NaturalLanguage language) const {
         if (m_personal.contains(own)) return true;
-        if (language == NaturalLanguage::english && isYoungWord(own)) return true;
+        if (isYoungWord(own)) return true;
         const std::size_t apostrophe = own.rfind('\'');
         if (apostrophe == std::string::npos || apostrophe == 0) return false;
         const std::string stem = own.substr(0, apostrophe);
         const std::string tail = own.substr(apostrophe + 1);
         if (language == NaturalLanguage::english) {
+            if (own.ends_with("n'ts")) return true; // "dos and don'ts"
             return tail == "s" && (books.know(stem) || books.know(capitalised(stem)) ||
                                    isYoungWord(stem) || m_personal.contains(stem));
         }
@@ -309,45 +328,69 @@ private:
     /// "codebase", "rebuildable": made of known words, as every text may make them.
     [[nodiscard]] bool isBuilt(const std::string& own, const SpellingBooks& books) const {
         for (const std::string_view prefix : kPrefixes) {
-            if (own.size() < prefix.size() + kShortestPart || !own.starts_with(prefix)) continue;
+            if (own.size() < prefix.size() + kShortestStem || !own.starts_with(prefix)) continue;
             if (books.know(own.substr(prefix.size()))) return true;
         }
         for (const std::string_view suffix : kSuffixes) {
             if (own.size() < suffix.size() + kShortestPart || !own.ends_with(suffix)) continue;
             if (books.know(own.substr(0, own.size() - suffix.size()))) return true;
         }
+        if (own.size() > kLongestToMend) return false;
         for (std::size_t i = kShortestPart; i + kShortestPart <= own.size(); ++i) {
             if (books.know(own.substr(0, i)) && books.know(own.substr(i))) return true;
         }
         return false;
     }
 
-    void suggest(const std::string& own, std::size_t index, Shape shape, const SpellingBooks& books,
-                 Verdict& verdict) {
-        if (m_suggested >= kMostSuggestions) return;
-        ++m_suggested;
-        std::size_t best = 3;
-        for (const auto& book : books.books) {
-            const std::vector<std::string> found = book->suggestions(own);
-            const std::size_t few = std::min<std::size_t>(found.size(), 6);
+    void suggest(const std::string& own, std::size_t index, Shape shape, NaturalLanguage language,
+                 const SpellingBooks& books, Verdict& verdict) {
+        const text::Word& word = m_view.words[index];
+        std::size_t best = kMostEdits + 1;
+        std::string parted;
+        if (word.letters <= kLongestToMend && m_nearest++ < kMostNearest) {
+            const bool capitals =
+                language == NaturalLanguage::german && shape == Shape::capitalised;
+            const std::vector<std::string> near =
+                wordsOneEditFrom(own, books, language, capitals, kMostNear);
+            // Among like slips the everyday word is the likelier one.
+            const auto everyday = std::find_if(
+                near.begin(), near.end(), [](const auto& each) { return classesOf(each) != 0; });
+            if (!near.empty()) {
+                best = 1;
+                verdict.suggestion = everyday == near.end() ? near.front() : *everyday;
+            }
+        }
+        if (best > 1 && word.letters <= kLongestToMend && m_suggested < kMostSuggestions) {
+            ++m_suggested;
+            const std::vector<std::string> found = books.books.front()->suggestions(own);
+            const std::size_t few = std::min<std::size_t>(found.size(), kFewSuggestions);
             for (std::size_t i = 0; i < few; ++i) {
-                const std::size_t edits = editsBetween(own, found[i], 2);
+                if (found[i].find_first_of(" -") != std::string::npos) {
+                    if (parted.empty()) parted = found[i];
+                    continue;
+                }
+                const std::size_t edits = editsBetween(own, found[i], kMostEdits);
                 if (edits >= best) continue;
                 best = edits;
                 verdict.suggestion = found[i];
             }
-            if (best <= 1) break;
         }
-        const text::Word& word = m_view.words[index];
+        m_edits = best;
+        if (verdict.suggestion.empty()) verdict.suggestion = parted;
         if (verdict.suggestion.find(' ') != std::string::npos) {
             verdict.sure = false;
             return;
         }
         const bool one = best == 1 && word.letters > kFewestLetters;
         const bool two = best == 2 && word.letters >= kLongerForTwoEdits && !m_technical;
-        verdict.sure = one || two;
-        if (shape == Shape::capitalised)
-            verdict.sure = verdict.sure && best == 1 && word.letters > 5;
+        const bool three = best == 3 && word.letters >= kLongerForThreeEdits &&
+                           verdict.suggestion.front() == own.front();
+        verdict.sure = one || two || three;
+        // An ending that every language hangs on words of its own making.
+        if (own.ends_with("able") && !verdict.suggestion.ends_with("able")) verdict.sure = false;
+        if (shape == Shape::capitalised) {
+            verdict.sure = (best == 1 && word.letters > 4) || (best == 2 && word.letters > 7);
+        }
     }
 
     [[nodiscard]] bool isForeign(const std::string& own, NaturalLanguage language) {
@@ -376,6 +419,7 @@ private:
     const ProseView& m_view;
     const ProseLanguages& m_languages;
     const LanguageTools& m_tools;
+    const std::set<std::size_t>& m_spokenOf;
     FindingList& m_findings;
     Coverage& m_coverage;
     PersonalWords m_personal;
@@ -386,15 +430,18 @@ private:
     bool m_technical = false;
     std::size_t m_looked = 0;
     std::size_t m_suggested = 0;
+    std::size_t m_nearest = 0;
     std::size_t m_foreign = 0;
+    std::size_t m_edits = 0; // Of the suggestion that was found last.
 };
 
 } // namespace
 
 void checkSpelling(const ProseView& view, const ProseLanguages& languages,
-                   const LanguageTools& tools, FindingList& findings, Coverage& coverage) {
+                   const LanguageTools& tools, const std::set<std::size_t>& spokenOf,
+                   FindingList& findings, Coverage& coverage) {
     if (tools.shelf == nullptr) return;
-    Speller(view, languages, tools, findings, coverage).check();
+    Speller(view, languages, tools, spokenOf, findings, coverage).check();
 }
 
 } // namespace trevix

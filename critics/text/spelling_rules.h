@@ -10,10 +10,14 @@
 
 #include "critics/text/prose_languages.h"
 
+#include <set>
+
 namespace trevix {
 
-/// Adds what is misspelt. Without a shelf nothing. A limit that was met is a gap in `coverage`.
+/// Adds what is misspelt. Without a shelf nothing; nothing about words whose offsets are in
+/// `spokenOf`, which another rule has found already. A limit that was met is a gap in `coverage`.
 void checkSpelling(const ProseView& view, const ProseLanguages& languages,
-                   const LanguageTools& tools, FindingList& findings, Coverage& coverage);
+                   const LanguageTools& tools, const std::set<std::size_t>& spokenOf,
+                   FindingList& findings, Coverage& coverage);
 
 } // namespace trevix

@@ -10,6 +10,9 @@ namespace trevix {
 
 template <>
 struct RulesFor<WorkKind::text> {
+    static constexpr std::string_view kFrames =
+        "measured: each frame of words on sentences of learners, flawed and corrected";
+
     static constexpr std::array kRules = {
         Rule{"text.empty", Severity::high, "something to judge", Unit::part, ""},
         Rule{"text.nearly_empty", Severity::medium, "something to judge", Unit::part,
@@ -33,7 +36,9 @@ struct RulesFor<WorkKind::text> {
         Rule{"text.unclosed_pair", Severity::medium, "closed brackets and quotes", Unit::word,
              "chosen: an interval has at most 24 bytes between its brackets"},
         Rule{"text.repeated_sentence", Severity::medium, "repeated passages", Unit::sentence,
-             "chosen: from 8 words on; shorter sentences are formulas that people do repeat"},
+             "chosen: from 8 words on, beside code from 20; shorter sentences are formulas that "
+             "people "
+             "do repeat"},
         Rule{
             "text.unfinished_sentence", Severity::medium, "unfinished text", Unit::sentence,
             "chosen: from 4 words on, and from 7 where it breaks off at a comma, since salutations "
@@ -45,6 +50,16 @@ struct RulesFor<WorkKind::text> {
              "chosen: four words in capitals, since names of up to three are common; three "
              "exclamation marks, since two are a slip"},
         Rule{"text.spacing", Severity::low, "blanks around marks", Unit::word, ""},
+        Rule{"text.agreement", Severity::medium, "agreement of subject and verb", Unit::word,
+             kFrames},
+        Rule{"text.verb_form", Severity::medium, "forms of verbs", Unit::word, kFrames},
+        Rule{"text.number", Severity::medium, "singular and plural", Unit::word, kFrames},
+        Rule{"text.article", Severity::medium, "articles", Unit::word, kFrames},
+        Rule{"text.comparison", Severity::medium, "comparison", Unit::word, kFrames},
+        Rule{"text.capital", Severity::medium, "capital letters", Unit::sentence,
+             "chosen: from 5 words on; shorter notes begin as they like"},
+        Rule{"text.confused_word", Severity::medium, "words taken for others", Unit::word, kFrames},
+        Rule{"text.usage", Severity::medium, "turns of phrase", Unit::word, kFrames},
         Rule{"text.spelling",
              {Severity::medium, Severity::low},
              "spelling",

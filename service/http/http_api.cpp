@@ -143,13 +143,16 @@ std::optional<HttpAnswer> HttpApi::refuse(const HttpHead& head) {
     }
     const auto target = targetOf(head.path);
     if (!target) return errorAnswer(404, "there is nothing at this address");
-    if (!target->isPost()) {
+    const bool cancels = target->route == Route::job && head.method == "DELETE";
+    if (!target->isPost() && !cancels) {
         if (head.method == "GET" || head.method == "HEAD") return std::nullopt;
-        HttpAnswer answer = errorAnswer(405, "only GET is possible here");
-        answer.headers.emplace_back("Allow", "GET, HEAD");
+        const bool job = target->route == Route::job;
+        HttpAnswer answer = errorAnswer(405, job ? "only GET and DELETE are possible here"
+                                                 : "only GET is possible here");
+        answer.headers.emplace_back("Allow", job ? "GET, HEAD, DELETE" : "GET, HEAD");
         return answer;
     }
-    if (head.method != "POST") {
+    if (!cancels && head.method != "POST") {
         HttpAnswer answer = errorAnswer(405, "only POST is possible here");
         answer.headers.emplace_back("Allow", "POST");
         return answer;
@@ -160,6 +163,7 @@ std::optional<HttpAnswer> HttpApi::refuse(const HttpHead& head) {
         (origins > 1 || lowerAscii(*head.header("origin")) != "http://" + lowerAscii(*host))) {
         return errorAnswer(403, "requests from other web pages are not taken");
     }
+    if (cancels) return std::nullopt;
     const std::string type = lowerAscii(head.header("content-type").value_or(""));
     if (type.substr(0, type.find_first_of("; ")) != "application/json") {
         return errorAnswer(415, "Content-Type must be application/json");
@@ -197,7 +201,7 @@ HttpAnswer HttpApi::route(const HttpHead& head, const std::string& body) {
     case Route::submit:
         return submit(body);
     case Route::job:
-        return jobStatus(target->id);
+        return head.method == "DELETE" ? cancelJob(target->id) : jobStatus(target->id);
     case Route::run:
         return runRecord(target->id);
     case Route::iterate:
@@ -230,6 +234,18 @@ HttpAnswer HttpApi::jobStatus(const std::string& jobId) {
     const auto status = m_queue.status(jobId);
     if (!status) return errorAnswer(404, "there is no such job");
     return jsonAnswer(200, statusJson(*status));
+}
+
+HttpAnswer HttpApi::cancelJob(const std::string& jobId) {
+    switch (m_queue.cancel(jobId)) {
+    case JobQueue::Cancelled::done:
+        return jsonAnswer(200, cancelledJson(jobId));
+    case JobQueue::Cancelled::over:
+        return errorAnswer(409, "the job is over");
+    case JobQueue::Cancelled::noSuchJob:
+        break;
+    }
+    return errorAnswer(404, "there is no such job");
 }
 
 HttpAnswer HttpApi::runRecord(const std::string& runId) {

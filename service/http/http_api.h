@@ -2,6 +2,7 @@
 //
 //   POST /api/v1/eval/jobs               a new job                                     key
 //   GET  /api/v1/eval/jobs/ID            how far it is, and its verdict                key
+//   DELETE /api/v1/eval/jobs/ID          gives it up                                   key
 //   GET  /api/v1/eval/runs/ID            the graded work with all its versions         key
 //   POST /api/v1/eval/runs/ID/iterate    a revision; answers when it is judged         key
 //   GET  /console?run=ID                 the report, for a browser
@@ -50,6 +51,7 @@ private:
     [[nodiscard]] HttpAnswer route(const HttpHead& head, const std::string& body);
     [[nodiscard]] HttpAnswer submit(const std::string& body);
     [[nodiscard]] HttpAnswer jobStatus(const std::string& jobId);
+    [[nodiscard]] HttpAnswer cancelJob(const std::string& jobId);
     [[nodiscard]] HttpAnswer runRecord(const std::string& runId);
     [[nodiscard]] HttpAnswer iterate(const std::string& runId, const std::string& body);
     [[nodiscard]] HttpAnswer report(const HttpHead& head);

@@ -48,9 +48,11 @@ const char* headline(Band band) {
     case Band::quarantine:
         return "Hold it back";
     case Band::block:
+        return "Do not ship this";
+    case Band::unknown:
         break;
     }
-    return "Do not ship this";
+    return "Nobody here can judge this";
 }
 
 std::string scoreText(double score) {
@@ -184,6 +186,26 @@ Html term(const char* name, const Html& description) {
     return made += element("dd", {}, {description});
 }
 
+/// Who judged it, and what nobody could judge.
+Html coverageList(const Coverage& coverage) {
+    if (coverage.checkedBy.empty() && coverage.notChecked.empty()) return {};
+    Html items = "\n";
+    for (const CheckedBy& by : coverage.checkedBy) {
+        const std::string engine = by.version.empty() ? by.engine : by.engine + " " + by.version;
+        items += element("li", {{"class", "checked"}}, {by.knows, " ", soft(engine)});
+        items += "\n";
+    }
+    for (const NotChecked& gap : coverage.notChecked) {
+        const std::string advice = gap.remedy.empty() ? gap.why : gap.why + "; " + gap.remedy;
+        items += element("li", {{"class", "missed"}}, {gap.what, " ", soft(advice)});
+        items += "\n";
+    }
+    Html section =
+        element("section", {{"class", "coverage"}},
+                {element("h2", {}, {"What was looked at"}), "\n", element("ul", {}, {items})});
+    return section += "\n";
+}
+
 Html verdictCard(const RunRecord& run, const std::string& change) {
     const Iteration& now = run.latest();
     const Html since = change.empty() ? Html()
@@ -264,6 +286,7 @@ Page reportPage(const RunRecord& run) {
             element("p", {{"class", "none"}}, {"Nothing was found that would have to be fixed."});
         content += "\n";
     }
+    content += coverageList(now.coverage);
     content += history(run);
     return page(bandWords(now.band) + " · " + scoreText(now.score) + " · Trevix report", content);
 }

@@ -64,6 +64,14 @@ std::variant<CommandLine, UsageError> parseCommandLine(const std::vector<std::st
             line.action = CommandLine::Action::version;
             return line;
         }
+        if (option == "--worker") {
+            line.action = CommandLine::Action::worker;
+            continue;
+        }
+        if (option == "--own-readers") {
+            line.ownReaders = true;
+            continue;
+        }
         if (option == "--print-key") {
             line.action = CommandLine::Action::printKey;
             continue;

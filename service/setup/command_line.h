@@ -17,7 +17,8 @@ namespace trevix {
 constexpr std::uint16_t kDefaultPort = 8797;
 
 struct CommandLine {
-    enum class Action { serve, printKey, help, version };
+    /// `worker` is how the service starts itself for one work; it stands in no usage text.
+    enum class Action { serve, printKey, help, version, worker };
 
     Action action = Action::serve;
     std::uint16_t port = kDefaultPort; ///< 0: any free one.
@@ -25,7 +26,8 @@ struct CommandLine {
     std::optional<std::string> key;
     std::optional<std::string> catalog;
     std::size_t queue = 256;
-    int keepDays = 365; ///< 0: for good.
+    int keepDays = 365;      ///< 0: for good.
+    bool ownReaders = false; ///< Of a worker: only readers that were written for this service.
 
     bool operator==(const CommandLine&) const = default;
 };

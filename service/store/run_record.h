@@ -5,7 +5,7 @@
 
 #pragma once
 
-#include "critics/findings/finding.h"
+#include "critics/findings/critique.h"
 #include "critics/findings/verdict_rule.h"
 
 #include <cstdint>
@@ -32,6 +32,8 @@ struct Iteration {
     double score = 0;
     std::vector<PartSummary> parts;
     std::vector<Finding> findings;
+    Extent extent;     ///< How much work it was. All zero for verdicts before this was kept.
+    Coverage coverage; ///< Who judged it. Empty, and known, for verdicts before this was kept.
 
     bool operator==(const Iteration&) const = default;
 };

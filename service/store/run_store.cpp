@@ -10,7 +10,7 @@ namespace trevix {
 
 namespace {
 
-constexpr int kSchemaVersion = 1;
+constexpr int kSchemaVersion = 2;
 constexpr int kApplicationId = 0x54525658; // "TRVX": SQLite's mark of whose file it is.
 // Milliseconds to wait for the lock of another program that looks into the file.
 constexpr int kBusyTimeoutMs = 5000;
@@ -72,6 +72,26 @@ CREATE TABLE findings (
 ) WITHOUT ROWID;
 )sql";
 
+// From format 1 to 2: how much work it was, and who judged it. Verdicts from before keep their
+// bands, so they count as known.
+constexpr const char* kCoverageColumns = R"sql(
+ALTER TABLE iterations ADD COLUMN words INTEGER NOT NULL DEFAULT 0;
+ALTER TABLE iterations ADD COLUMN lines INTEGER NOT NULL DEFAULT 0;
+ALTER TABLE iterations ADD COLUMN cells INTEGER NOT NULL DEFAULT 0;
+ALTER TABLE iterations ADD COLUMN known INTEGER NOT NULL DEFAULT 1;
+CREATE TABLE coverage (
+  run_id     TEXT NOT NULL,
+  number     INTEGER NOT NULL,
+  ordinal    INTEGER NOT NULL,
+  checked    INTEGER NOT NULL,
+  subject    TEXT NOT NULL,
+  version    TEXT NOT NULL,
+  about      TEXT NOT NULL,
+  PRIMARY KEY (run_id, number, ordinal),
+  FOREIGN KEY (run_id, number) REFERENCES iterations(run_id, number) ON DELETE CASCADE
+) WITHOUT ROWID;
+)sql";
+
 Severity severityOf(std::int64_t stored) {
     switch (stored) {
     case 3:
@@ -95,16 +115,42 @@ std::int64_t stored(Severity severity) {
     return static_cast<std::int64_t>(severity);
 }
 
+void insertCoverage(sqlite3* db, const std::string& runId, int number, const Coverage& coverage) {
+    std::int64_t ordinal = 0;
+    const auto insert = [&](bool checked, const std::string& subject, const std::string& version,
+                            const std::string& about) {
+        Statement(db, "INSERT INTO coverage (run_id, number, ordinal, checked, subject, version, "
+                      "about) VALUES (?, ?, ?, ?, ?, ?, ?)")
+            .bind(runId)
+            .bind(std::int64_t{number})
+            .bind(ordinal++)
+            .bind(std::int64_t{checked ? 1 : 0})
+            .bind(subject)
+            .bind(version)
+            .bind(about)
+            .run();
+    };
+    for (const CheckedBy& by : coverage.checkedBy) insert(true, by.engine, by.version, by.knows);
+    for (const NotChecked& gap : coverage.notChecked) {
+        insert(false, gap.what, gap.remedy, gap.why);
+    }
+}
+
 void insertIteration(sqlite3* db, const std::string& runId, int number, const Iteration& it) {
-    Statement(db, "INSERT INTO iterations (run_id, number, created, intent, band, score) "
-                  "VALUES (?, ?, ?, ?, ?, ?)")
+    Statement(db, "INSERT INTO iterations (run_id, number, created, intent, band, score, words, "
+                  "lines, cells, known) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?)")
         .bind(runId)
         .bind(std::int64_t{number})
         .bind(it.createdMs)
         .bind(it.intent)
         .bind(name(it.band))
         .bind(it.score)
+        .bind(static_cast<std::int64_t>(it.extent.words))
+        .bind(static_cast<std::int64_t>(it.extent.lines))
+        .bind(static_cast<std::int64_t>(it.extent.cells))
+        .bind(std::int64_t{it.coverage.known ? 1 : 0})
         .run();
+    insertCoverage(db, runId, number, it.coverage);
     std::int64_t ordinal = 0;
     for (const PartSummary& part : it.parts) {
         Statement(db, "INSERT INTO parts (run_id, number, ordinal, name, mime_type, bytes) "
@@ -193,7 +239,7 @@ private:
         execute(m_db, "PRAGMA synchronous = FULL; PRAGMA foreign_keys = ON;"
                       "PRAGMA secure_delete = ON; PRAGMA journal_size_limit = 16777216;");
         checkSound();
-        if (version == 0) createSchema();
+        bringUp(version);
     }
 
     void checkSound() {
@@ -201,9 +247,12 @@ private:
         if (statement.step() && statement.text(0) != "ok") throw Damaged(statement.text(0));
     }
 
-    void createSchema() {
+    /// From the format that it has to the one of this program, whole or not at all.
+    void bringUp(std::int64_t version) {
+        if (version == kSchemaVersion) return;
         Transaction transaction(m_db);
-        execute(m_db, kSchema);
+        if (version < 1) execute(m_db, kSchema);
+        if (version < 2) execute(m_db, kCoverageColumns);
         execute(m_db, "PRAGMA application_id = " + std::to_string(kApplicationId));
         execute(m_db, "PRAGMA user_version = " + std::to_string(kSchemaVersion));
         transaction.commit();
@@ -370,8 +419,8 @@ std::optional<RunRecord> RunStore::run(const std::string& runId) {
         run = {runId, statement.text(0), statement.text(1), statement.text(2), {}};
     }
     {
-        Statement statement(db, "SELECT number, created, intent, band, score FROM iterations "
-                                "WHERE run_id = ? ORDER BY number");
+        Statement statement(db, "SELECT number, created, intent, band, score, words, lines, "
+                                "cells, known FROM iterations WHERE run_id = ? ORDER BY number");
         statement.bind(runId);
         while (statement.step()) {
             Iteration iteration;
@@ -380,6 +429,10 @@ std::optional<RunRecord> RunStore::run(const std::string& runId) {
             iteration.intent = statement.text(2);
             iteration.band = bandOf(statement.text(3));
             iteration.score = statement.real(4);
+            iteration.extent = {static_cast<std::uint64_t>(statement.integer(5)),
+                                static_cast<std::uint64_t>(statement.integer(6)),
+                                static_cast<std::uint64_t>(statement.integer(7))};
+            iteration.coverage.known = statement.integer(8) != 0;
             run.iterations.push_back(std::move(iteration));
         }
     }
@@ -391,6 +444,20 @@ std::optional<RunRecord> RunStore::run(const std::string& runId) {
             run.iterations.at(static_cast<std::size_t>(statement.integer(0)))
                 .parts.push_back({statement.text(1), statement.text(2),
                                   static_cast<std::uint64_t>(statement.integer(3))});
+        }
+    }
+    {
+        Statement statement(db, "SELECT number, checked, subject, version, about FROM coverage "
+                                "WHERE run_id = ? ORDER BY number, ordinal");
+        statement.bind(runId);
+        while (statement.step()) {
+            Coverage& coverage =
+                run.iterations.at(static_cast<std::size_t>(statement.integer(0))).coverage;
+            if (statement.integer(1) != 0) {
+                coverage.checked({statement.text(2), statement.text(3), statement.text(4)});
+            } else {
+                coverage.missed({statement.text(2), statement.text(4), statement.text(3)});
+            }
         }
     }
     Statement statement(db, "SELECT number, severity, rule, criterion, place, evidence, detail "

@@ -113,10 +113,10 @@ TEST(Critique, AnEmptySubmissionHasOneFinding) {
     const auto none = critique(submission("text", {})).findings;
     ASSERT_EQ(none.size(), 1U);
     EXPECT_EQ(none[0].rule, "artifact.empty");
-    const auto empty =
-        critique(submission("text", {textPart(""), binaryPart("image/png", ""), Part{}})).findings;
-    ASSERT_EQ(empty.size(), 1U);
-    EXPECT_EQ(empty[0].rule, "artifact.empty");
+    const Critique empty =
+        critique(submission("text", {textPart(""), binaryPart("image/png", ""), Part{}}));
+    ASSERT_EQ(empty.findings.size(), 1U);
+    EXPECT_EQ(empty.findings[0].rule, "artifact.empty");
     EXPECT_EQ(judge(empty).band, Band::route_to_fix);
 }
 
@@ -303,16 +303,16 @@ private:
 
 /// Whatever the text, the findings are sound: bounded, valid and the same each time.
 void expectSound(const Submission& made) {
-    const std::vector<Finding> findings = critique(made).findings;
-    EXPECT_EQ(findings, critique(made).findings);
-    for (const Finding& finding : findings) {
+    const Critique critiqued = critique(made);
+    EXPECT_EQ(critiqued, critique(made));
+    for (const Finding& finding : critiqued.findings) {
         EXPECT_FALSE(finding.rule.empty());
         EXPECT_FALSE(finding.place.empty());
         EXPECT_FALSE(finding.criterion.empty());
         EXPECT_TRUE(kelvane::text::isValidUtf8(finding.detail)) << finding.rule;
         EXPECT_LE(kelvane::text::characterCount(finding.evidence), 120U) << finding.rule;
     }
-    const Judgement judgement = judge(findings);
+    const Judgement judgement = judge(critiqued);
     EXPECT_GE(judgement.score, 0.0);
     EXPECT_LE(judgement.score, 1.0);
 }

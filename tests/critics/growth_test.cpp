@@ -234,7 +234,19 @@ const std::vector<Hostile>& commonInputs() {
                                   "{\"a\":",
                                   "{\"a\":1,",
                                   "and ",
-                                  "import a\n"}) {
+                                  "import a\n",
+                                  "*",
+                                  "_",
+                                  "~",
+                                  "**a ",
+                                  ">",
+                                  "> ",
+                                  "* ",
+                                  "1. ",
+                                  "&amp;",
+                                  "(a)[b.c",
+                                  "[^a]: b\n",
+                                  "[a]: b\n"}) {
             made.push_back({piece, "", ""});
         }
         for (const auto& [piece, tail] :
@@ -305,6 +317,16 @@ TEST(GrowthToAMegabyte, IsInProportion) {
         {{"code", "a.go"}, {" ", "a{", ""}},
         {{"document", "a.md"}, {"![", "](x)", ""}},
         {{"document", "a.md"}, {"[[", "][]", ""}},
+        {{"document", "a.md"}, {"[", "", ""}},
+        {{"document", "a.md"}, {"*", "", ""}},
+        {{"document", "a.md"}, {"`", "", ""}},
+        {{"document", "a.md"}, {"> ", "", ""}},
+        {{"document", "a.md"}, {"- ", "a\n", ""}},
+        {{"document", "a.md"}, {"**a\n\n", "", ""}},
+        {{"document", "a.md"}, {"|a|\n|-|\n|b|\n\n", "", ""}},
+        {{"document", "a.md"}, {"(a)[b.c]", "", ""}},
+        {{"document", "a.md"}, {"[^a]: b\n\n", "[^a] ", ""}},
+        {{"document", "a.md"}, {"## a\n", "[x](#a) ", ""}},
         {{"document", "a.md"}, {" ", "Table 4 ", ""}},
         {{"code", "a.c"}, {" TODO TODO", "", "//"}},
         {{"code", "a.c"}, {"#if x\n", "", brackets}},

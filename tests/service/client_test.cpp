@@ -32,7 +32,7 @@ protected:
     void start(std::function<void()> warmUp = [] {}) {
         m_store = RunStore::open(m_folder.path() / "runs.db", 1).store;
         QueueOptions queue;
-        queue.critic = [this](const Submission& work) { return m_critic(work); };
+        queue.critic = [this](const auto&... asked) { return m_critic(asked...); };
         queue.warmUp = std::move(warmUp);
         queue.nowMs = [] { return std::int64_t{1}; };
         m_queue = std::make_unique<JobQueue>(*m_store, std::move(queue));

@@ -34,7 +34,7 @@ protected:
 
     QueueOptions options() {
         QueueOptions options;
-        options.critic = [this](const Submission& work) { return m_critic(work); };
+        options.critic = [this](const auto&... asked) { return m_critic(asked...); };
         options.warmUp = [] {};
         options.nowMs = [this] { return m_now.load(); };
         options.storeRetry = std::chrono::milliseconds(2);
@@ -118,7 +118,7 @@ protected:
     }
     QueueOptions closedOptions() {
         QueueOptions made = options();
-        made.critic = [this](const Submission& work) { return (*m_closed)(work); };
+        made.critic = [this](const auto&... asked) { return (*m_closed)(asked...); };
         return made;
     }
     std::unique_ptr<GatedCritic> m_closed;
@@ -177,6 +177,90 @@ TEST_F(ClosedJobQueueTest, JobsAreJudgedOneByOneInTheirOrder) {
     std::vector<std::string> order;
     for (const Submission& work : m_closed->judged()) order.push_back(work.parts[0].text);
     EXPECT_THAT(order, ElementsAre("first", "second", "third"));
+}
+
+TEST_F(ClosedJobQueueTest, SeveralJobsAreJudgedAtOnce) {
+    QueueOptions two = closedOptions();
+    two.atOnce = 2;
+    start(std::move(two));
+    std::vector<std::string> ids;
+    for (const char* text : {"first", "second", "third"}) ids.push_back(submit(text));
+    m_closed->awaitArrivals(2);
+    EXPECT_EQ(m_queue->status(ids[0])->state, JobState::running);
+    EXPECT_EQ(m_queue->status(ids[1])->state, JobState::running);
+    EXPECT_EQ(m_queue->status(ids[2])->state, JobState::queued);
+    EXPECT_EQ(m_queue->status(ids[2])->position, 2U);
+    m_closed->open();
+    for (const std::string& id : ids) EXPECT_EQ(finished(id).state, JobState::completed);
+}
+
+TEST_F(ClosedJobQueueTest, ProgressIsToldWhileAJobIsJudged) {
+    start(closedOptions());
+    const std::string id = submit("work");
+    m_closed->awaitArrivals(1);
+    EXPECT_EQ(m_queue->status(id)->progress, (GradingProgress{0, 1, {"gate"}}));
+    m_closed->open();
+    EXPECT_EQ(finished(id).progress, GradingProgress{});
+}
+
+TEST_F(ClosedJobQueueTest, AJobThatIsBeingJudgedIsCancelled) {
+    start(closedOptions());
+    const std::string running = submit("running");
+    const std::string waiting = submit("waiting");
+    m_closed->awaitArrivals(1);
+    EXPECT_EQ(m_queue->cancel(running), JobQueue::Cancelled::done);
+    const JobStatus status = finished(running);
+    EXPECT_EQ(status.state, JobState::failed);
+    EXPECT_EQ(status.error, "the job was cancelled");
+    m_closed->open();
+    EXPECT_EQ(finished(waiting).state, JobState::completed);
+}
+
+TEST_F(ClosedJobQueueTest, AJobThatWaitsIsCancelledAtOnceAndForGood) {
+    QueueOptions small = closedOptions();
+    small.maxWaiting = 1;
+    start(std::move(small));
+    submit("running");
+    m_closed->awaitArrivals(1);
+    const std::string waiting = submit("waiting");
+    EXPECT_EQ(m_queue->cancel(waiting), JobQueue::Cancelled::done);
+    EXPECT_EQ(m_queue->status(waiting)->error, "the job was cancelled");
+    submit("there is room again");
+    EXPECT_FALSE(m_store->isPending(waiting));
+    m_closed->open();
+}
+
+TEST_F(ClosedJobQueueTest, ARevisionThatIsCancelledReturnsToWhoWaits) {
+    start(closedOptions());
+    const std::string first = submit("first");
+    m_closed->letOnePass();
+    const std::string runId = finished(first).runId;
+    auto revision = std::async(std::launch::async, [&] { return iterated(runId, "revised"); });
+    m_closed->awaitArrivals(2);
+    EXPECT_EQ(m_queue->cancel(m_store->pendingJobs().at(0).id), JobQueue::Cancelled::done);
+    const auto outcome = revision.get();
+    ASSERT_TRUE(std::holds_alternative<JudgingFailed>(outcome));
+    EXPECT_EQ(std::get<JudgingFailed>(outcome).error, "the job was cancelled");
+    EXPECT_THAT(m_store->run(runId)->iterations, SizeIs(1));
+}
+
+TEST_F(JobQueueTest, WhatIsOverOrUnknownIsNotCancelled) {
+    start();
+    const std::string id = submit("work");
+    finished(id);
+    EXPECT_EQ(m_queue->cancel(id), JobQueue::Cancelled::over);
+    EXPECT_EQ(finished(id).state, JobState::completed);
+    EXPECT_EQ(m_queue->cancel("job_none"), JobQueue::Cancelled::noSuchJob);
+}
+
+TEST_F(JobQueueTest, TheVerdictSaysWhoJudged) {
+    start();
+    const std::string runId = finished(submit("work")).runId;
+    const auto run = m_store->run(runId);
+    ASSERT_TRUE(run);
+    EXPECT_TRUE(run->latest().coverage.known);
+    EXPECT_EQ(run->latest().coverage.checkedBy,
+              (std::vector<CheckedBy>{{"gate", "1", "what it was told"}}));
 }
 
 TEST_F(ClosedJobQueueTest, AFullQueueTakesNothing) {

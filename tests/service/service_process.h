@@ -35,6 +35,7 @@ public:
     /// Blocks until the program has ended.
     Ended end();
 
+    [[nodiscard]] pid_t pid() const { return m_pid; }
     [[nodiscard]] const std::string& firstLine() const { return m_firstLine; }
 
 private:

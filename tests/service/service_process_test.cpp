@@ -10,6 +10,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <chrono>
 #include <csignal>
 #include <fstream>
@@ -17,6 +18,7 @@
 #include <iterator>
 #include <random>
 #include <set>
+#include <sstream>
 #include <thread>
 
 #include <sqlite3.h>
@@ -94,6 +96,32 @@ protected:
         }
         ADD_FAILURE() << jobId << " does not end";
         return {};
+    }
+
+    /// The children of this test's service: of a process whose parent is the one that listens.
+    static std::vector<pid_t> childrenOf(pid_t parent) {
+        std::vector<pid_t> children;
+        for (const auto& entry : std::filesystem::directory_iterator("/proc")) {
+            const std::string name = entry.path().filename().string();
+            if (name.find_first_not_of("0123456789") != std::string::npos) continue;
+            const std::string stat = contentOf(entry.path() / "stat");
+            const std::size_t behindName = stat.rfind(')');
+            if (behindName == std::string::npos) continue;
+            std::istringstream fields(stat.substr(behindName + 1));
+            std::string state;
+            pid_t ppid = 0;
+            fields >> state >> ppid;
+            if (ppid == parent && state != "Z") children.push_back(std::stoi(name));
+        }
+        return children;
+    }
+    /// Blocks until the service has a child at work.
+    static pid_t awaitChildOf(pid_t parent) {
+        while (true) {
+            const auto children = childrenOf(parent);
+            if (!children.empty()) return children.front();
+            std::this_thread::yield();
+        }
     }
 
     std::string integrity() const {
@@ -263,8 +291,9 @@ TEST_F(ServiceProcessTest, KilledAgainAndAgainAtAnyMomentItLosesNothing) {
     process->signal(SIGTERM);
     EXPECT_EQ(process->end().errors, "");
     EXPECT_EQ(integrity(), "ok");
-    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(data()), {}), 3)
-        << "key, lock and database: no drafts, no logs";
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(data()), {}), 4)
+        << "key, lock, database and the children's folder: no drafts, no logs";
+    EXPECT_TRUE(std::filesystem::is_empty(data() / "work"));
 }
 
 TEST_F(ServiceProcessTest, ADamagedDatabaseIsPutAsideWithAMessage) {
@@ -344,6 +373,53 @@ TEST_F(ServiceProcessTest, ServesTheCatalogItIsGiven) {
     std::ofstream(m_folder.path() / "catalog.json") << "{\"mine\": 1}";
     auto process = start({"--catalog", (m_folder.path() / "catalog.json").string()});
     EXPECT_EQ(get(m_port, "/brask/app-catalog.json").body, "{\"mine\": 1}");
+}
+
+TEST_F(ServiceProcessTest, AChildThatIsKilledCostsOnlyWhatItHadNotSaid) {
+    auto process = start();
+    std::string text;
+    while (text.size() < 8'000'000) text += workNumber(1);
+    const std::string job = submit(text);
+    ::kill(awaitChildOf(process->pid()), SIGKILL);
+    const json answer = finished(job);
+    EXPECT_EQ(answer.at("status"), "completed") << answer;
+    const json& summary = answer.at("result_summary");
+    EXPECT_GT(summary.at("findings"), 0);
+    EXPECT_THAT(summary.at("not_checked").dump(), HasSubstr("signal 9"));
+    EXPECT_EQ(finished(submit("One more note, sound and short.")).at("status"), "completed");
+}
+
+TEST_F(ServiceProcessTest, ACancelledJobEndsItsChild) {
+    auto process = start();
+    std::string text;
+    while (text.size() < 8'000'000) text += workNumber(1);
+    const std::string job = submit(text);
+    const pid_t child = awaitChildOf(process->pid());
+    const Reply reply = roundTrip(
+        m_port, requestText("DELETE", "/api/v1/eval/jobs/" + job, HeaderLines(m_keyed), ""));
+    EXPECT_EQ(reply.status, 200) << reply.body;
+    EXPECT_EQ(finished(job).at("error"), "the job was cancelled");
+    const auto left = childrenOf(process->pid());
+    EXPECT_EQ(std::count(left.begin(), left.end(), child), 0);
+    EXPECT_TRUE(std::filesystem::is_empty(data() / "work"));
+}
+
+TEST_F(ServiceProcessTest, WhatACrashLeftOfTheWorkGoesAtTheNextStart) {
+    {
+        auto process = start();
+        std::string text;
+        while (text.size() < 8'000'000) text += workNumber(1);
+        submit(text);
+        const pid_t child = awaitChildOf(process->pid());
+        process->signal(SIGKILL);
+        process->end();
+        while (::kill(child, 0) == 0) std::this_thread::yield(); // it ends with the service
+    }
+    std::filesystem::create_directories(data() / "work" / "work.left");
+    std::ofstream(data() / "work" / "work.left" / "words") << "private";
+    auto process = start();
+    EXPECT_FALSE(std::filesystem::exists(data() / "work" / "work.left"));
+    EXPECT_EQ(modeOf(data() / "work"), 0700U);
 }
 
 } // namespace

@@ -45,6 +45,8 @@ Iteration someIteration(int number, std::vector<Finding> findings) {
     iteration.band = findings.empty() ? Band::ship : Band::route_to_fix;
     iteration.score = findings.empty() ? 1.0 : 0.8;
     iteration.findings = std::move(findings);
+    iteration.coverage = {
+        {{"hunspell", "1.7", "spelling"}}, {{"French", "no dictionary", "install one"}}, true};
     return iteration;
 }
 
@@ -246,6 +248,10 @@ TEST(StatusJson, SaysHowFarAJobIs) {
     status.state = JobState::running;
     EXPECT_EQ(json::parse(statusJson(status)),
               json::parse(R"({"status":"running","progress":{"warming":false,"position":0}})"));
+    status.progress = {1, 3, {"trevix", "cppcheck"}};
+    EXPECT_EQ(json::parse(statusJson(status)),
+              json::parse(R"({"status":"running","progress":{"warming":false,"position":0,
+                              "done":1,"of":3,"running":["trevix","cppcheck"]}})"));
     status.state = JobState::failed;
     status.error = "why";
     EXPECT_EQ(json::parse(statusJson(status)), json::parse(R"({"status":"failed","error":"why",
@@ -264,7 +270,10 @@ TEST(StatusJson, HoldsTheVerdictOfACompletedJob) {
             "band": "route_to_fix", "decision": "route_to_fix", "score": 0.8, "findings": 1,
             "flaws": [{"severity": "HIGH", "criterion": "unfinished text",
                        "detail": "Line 3 holds a placeholder.", "rule": "text.placeholder",
-                       "place": "line 3", "evidence": "TODO"}]}})"));
+                       "place": "line 3", "evidence": "TODO"}],
+            "checked_by": [{"engine": "hunspell", "version": "1.7", "knows": "spelling"}],
+            "not_checked": [{"what": "French", "why": "no dictionary",
+                             "remedy": "install one"}]}})"));
 }
 
 TEST(RunJson, HoldsTheLatestVerdictTheOriginalAndEveryRevision) {

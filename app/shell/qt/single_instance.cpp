@@ -135,7 +135,7 @@ void SingleInstance::listen(std::function<void(std::string)> opened) {
         ignored);
 }
 
-void SingleInstance::serve(std::function<void(std::string)> opened) {
+void SingleInstance::serve(const std::function<void(std::string)>& opened) {
     while (QLocalSocket* const peer = m_server->nextPendingConnection()) {
         peer->setReadBufferSize(kLongestMessage);
         QObject::connect(peer, &QLocalSocket::disconnected, peer, &QObject::deleteLater);

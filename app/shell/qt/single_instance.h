@@ -59,7 +59,7 @@ public:
 private:
     [[nodiscard]] std::filesystem::path lockFile() const;
     [[nodiscard]] std::filesystem::path socketFile() const;
-    void serve(std::function<void(std::string)> opened);
+    void serve(const std::function<void(std::string)>& opened);
 
     std::filesystem::path m_folder;
     std::string m_desktop;

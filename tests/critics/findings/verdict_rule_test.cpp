@@ -28,13 +28,29 @@ std::vector<Finding> repeated(Severity severity, std::size_t count) {
     return std::vector<Finding>(count, finding(severity, "one.rule"));
 }
 
+/// Work of this size, by somebody who knows it, with these findings.
+Critique found(std::vector<Finding> findings, Extent extent = {}, bool known = true) {
+    Critique critique;
+    critique.findings = std::move(findings);
+    critique.extent = extent;
+    critique.coverage.known = known;
+    return critique;
+}
+
+/// One rule broken in so many different ways.
+std::vector<Finding> different(Severity severity, std::size_t count) {
+    std::vector<Finding> findings = repeated(severity, count);
+    for (std::size_t i = 0; i < count; ++i) findings[i].evidence = "word " + std::to_string(i);
+    return findings;
+}
+
 std::vector<Finding> operator+(std::vector<Finding> a, const std::vector<Finding>& b) {
     a.insert(a.end(), b.begin(), b.end());
     return a;
 }
 
 TEST(VerdictRule, NoFindingShipsAtOne) {
-    EXPECT_EQ(judge({}), (Judgement{1.0, Band::ship}));
+    EXPECT_EQ(judge(found({})), (Judgement{1.0, Band::ship}));
 }
 
 TEST(VerdictRule, EachSeverityCostsItsPoints) {
@@ -49,7 +65,8 @@ TEST(VerdictRule, EachSeverityCostsItsPoints) {
         {Severity::critical, {0.50, Band::block}},
     };
     for (const Case& entry : cases) {
-        EXPECT_EQ(judge({finding(entry.severity, "r")}), entry.expected) << name(entry.severity);
+        EXPECT_EQ(judge(found({finding(entry.severity, "r")})), entry.expected)
+            << name(entry.severity);
     }
 }
 
@@ -74,17 +91,17 @@ TEST(VerdictRule, FurtherFindingsOfARuleCostHalfOfTheOneBefore) {
         {Severity::critical, 3, 0.13}, // 87.5, and 12.5 goes up
     };
     for (const Case& entry : cases) {
-        EXPECT_EQ(judge(repeated(entry.severity, entry.count)).score, entry.score)
+        EXPECT_EQ(judge(found(repeated(entry.severity, entry.count))).score, entry.score)
             << name(entry.severity) << " x " << entry.count;
     }
 }
 
 TEST(VerdictRule, AHundredFindingsOfOneRuleNeverCostMoreThanTwice) {
-    EXPECT_EQ(judge(repeated(Severity::low, 100)), (Judgement{0.96, Band::ship}));
-    EXPECT_EQ(judge(repeated(Severity::medium, 100)), (Judgement{0.84, Band::route_to_fix}));
-    EXPECT_EQ(judge(repeated(Severity::high, 100)), (Judgement{0.60, Band::route_to_fix}));
-    EXPECT_EQ(judge(repeated(Severity::critical, 100)), (Judgement{0.0, Band::block}));
-    EXPECT_EQ(judge(repeated(Severity::low, 100'000)), (Judgement{0.96, Band::ship}));
+    EXPECT_EQ(judge(found(repeated(Severity::low, 100))), (Judgement{0.96, Band::ship}));
+    EXPECT_EQ(judge(found(repeated(Severity::medium, 100))), (Judgement{0.84, Band::route_to_fix}));
+    EXPECT_EQ(judge(found(repeated(Severity::high, 100))), (Judgement{0.60, Band::route_to_fix}));
+    EXPECT_EQ(judge(found(repeated(Severity::critical, 100))), (Judgement{0.0, Band::block}));
+    EXPECT_EQ(judge(found(repeated(Severity::low, 100'000))), (Judgement{0.96, Band::ship}));
 }
 
 TEST(VerdictRule, BandsChangeExactlyAtTheirBoundaries) {
@@ -117,7 +134,7 @@ TEST(VerdictRule, BandsChangeExactlyAtTheirBoundaries) {
         {"far below 0", distinct(Severity::critical, 200), {0.0, Band::block}},
     };
     for (const Case& entry : cases) {
-        EXPECT_EQ(judge(entry.findings), entry.expected) << entry.name;
+        EXPECT_EQ(judge(found(entry.findings)), entry.expected) << entry.name;
     }
 }
 
@@ -125,7 +142,7 @@ TEST(VerdictRule, OneRuleWithSeveralSeveritiesCountsTheHeaviestFirst) {
     // 20 + 8/2 + 2/4 = 24.5
     const std::vector<Finding> mixed = {finding(Severity::low, "r"), finding(Severity::high, "r"),
                                         finding(Severity::medium, "r")};
-    EXPECT_EQ(judge(mixed), (Judgement{0.76, Band::route_to_fix}));
+    EXPECT_EQ(judge(found(mixed)), (Judgement{0.76, Band::route_to_fix}));
 }
 
 TEST(VerdictRule, TheOrderOfFindingsDoesNotMatter) {
@@ -135,24 +152,103 @@ TEST(VerdictRule, TheOrderOfFindingsDoesNotMatter) {
         return a.rule != b.rule ? a.rule < b.rule : a.severity < b.severity;
     };
     std::sort(findings.begin(), findings.end(), less);
-    const Judgement expected = judge(findings);
+    const Judgement expected = judge(found(findings));
     int orders = 0;
     do {
-        EXPECT_EQ(judge(findings), expected);
+        EXPECT_EQ(judge(found(findings)), expected);
     } while (std::next_permutation(findings.begin(), findings.end(), less) && ++orders < 500);
 }
 
 TEST(VerdictRule, FixingAFindingNeverLowersTheScore) {
     std::vector<Finding> findings = repeated(Severity::medium, 6) + distinct(Severity::low, 9) +
                                     repeated(Severity::low, 4) + distinct(Severity::high, 1);
-    double score = judge(findings).score;
+    double score = judge(found(findings)).score;
     while (!findings.empty()) {
         findings.pop_back();
-        const double better = judge(findings).score;
+        const double better = judge(found(findings)).score;
         EXPECT_GE(better, score) << findings.size();
         score = better;
     }
     EXPECT_EQ(score, 1.0);
+}
+
+TEST(VerdictRule, DifferentEvidenceCountsByThePage) {
+    struct Case {
+        const char* name;
+        std::vector<Finding> findings;
+        Extent extent;
+        double score;
+    };
+    const std::vector<Case> cases = {
+        {"on half a page", different(Severity::medium, 4), {50, 0, 0}, 0.68},
+        {"on one page", different(Severity::medium, 4), {100, 0, 0}, 0.68},
+        {"on two pages", different(Severity::medium, 4), {200, 0, 0}, 0.84},  // 16 > 15
+        {"on four pages", different(Severity::medium, 4), {400, 0, 0}, 0.85}, // the habit: 15
+        {"on a hundred", different(Severity::medium, 4), {10'000, 0, 0}, 0.85},
+        {"a page of lines", different(Severity::high, 3), {0, 100, 0}, 0.40},
+        {"three pages of cells", different(Severity::medium, 9), {0, 0, 3000}, 0.76},
+        {"cells and words add up", different(Severity::medium, 9), {150, 50, 1000}, 0.76},
+        {"the same evidence is one habit", repeated(Severity::medium, 9), {100, 0, 0}, 0.84},
+        {"low ones stay a habit", different(Severity::low, 50), {100, 0, 0}, 0.96},
+        {"a page full", different(Severity::medium, 50), {100, 0, 0}, 0.0},
+    };
+    for (const Case& entry : cases) {
+        EXPECT_EQ(judge(found(entry.findings, entry.extent)).score, entry.score) << entry.name;
+    }
+}
+
+TEST(VerdictRule, OfOneEvidenceTheWorstCounts) {
+    std::vector<Finding> findings = different(Severity::low, 3) + different(Severity::medium, 3);
+    EXPECT_EQ(judge(found(findings, {100, 0, 0})).score, 0.76);
+}
+
+TEST(VerdictRule, MoreWorkNeverMakesTheSameFindingsWorse) {
+    const std::vector<Finding> findings =
+        different(Severity::medium, 20) + different(Severity::high, 2);
+    double score = 0;
+    for (std::uint64_t words = 0; words < 5000; words += 37) {
+        const double now = judge(found(findings, {words, 0, 0})).score;
+        EXPECT_GE(now, score) << words;
+        score = now;
+    }
+}
+
+TEST(VerdictRule, TakingAnyFindingAwayNeverLowersTheScore) {
+    // Every subset that lacks one, of mixtures of rules, evidence, severities and sizes.
+    for (unsigned seed = 0; seed < 200; ++seed) {
+        std::vector<Finding> findings;
+        unsigned state = seed * 2654435761U + 1;
+        const auto next = [&state](unsigned below) {
+            state = state * 1664525U + 1013904223U;
+            return (state >> 16U) % below;
+        };
+        for (unsigned i = 0; i < 12; ++i) {
+            Finding one = finding(static_cast<Severity>(next(3)), "rule" + std::to_string(next(3)));
+            one.evidence = std::to_string(next(5));
+            findings.push_back(one);
+        }
+        const Extent extent{next(600), 0, 0};
+        const double whole = judge(found(findings, extent)).score;
+        for (std::size_t i = 0; i < findings.size(); ++i) {
+            std::vector<Finding> fewer = findings;
+            fewer.erase(fewer.begin() + static_cast<std::ptrdiff_t>(i));
+            EXPECT_GE(judge(found(fewer, extent)).score, whole) << seed << " without " << i;
+        }
+    }
+}
+
+TEST(VerdictRule, LargeFiguresDoNotOverflow) {
+    constexpr std::uint64_t kHuge = std::uint64_t{1} << 40U;
+    EXPECT_EQ(judge(found(different(Severity::high, 1000), {kHuge, kHuge, kHuge})).score, 0.60);
+    EXPECT_EQ(judge(found(different(Severity::critical, 10'000), {1, 0, 0})).score, 0.0);
+}
+
+TEST(VerdictRule, WhatNobodyKnowsIsNotShipped) {
+    EXPECT_EQ(judge(found({}, {}, false)), (Judgement{1.0, Band::unknown}));
+    EXPECT_EQ(judge(found(distinct(Severity::low, 2), {}, false)).band, Band::unknown);
+    EXPECT_EQ(judge(found(distinct(Severity::high, 1), {}, false)).band, Band::route_to_fix);
+    EXPECT_EQ(judge(found(distinct(Severity::high, 3), {}, false)).band, Band::quarantine);
+    EXPECT_EQ(judge(found(distinct(Severity::critical, 1), {}, false)).band, Band::block);
 }
 
 TEST(VerdictRule, BandsHaveTheNamesOfTheWireAndNoOthers) {
@@ -162,12 +258,13 @@ TEST(VerdictRule, BandsHaveTheNamesOfTheWireAndNoOthers) {
     } names[] = {{Band::ship, "ship"},
                  {Band::route_to_fix, "route_to_fix"},
                  {Band::quarantine, "quarantine"},
-                 {Band::block, "block"}};
+                 {Band::block, "block"},
+                 {Band::unknown, "unknown"}};
     for (const auto& [band, text] : names) {
         EXPECT_EQ(name(band), text);
         EXPECT_EQ(bandNamed(text), band);
     }
-    for (const char* text : {"", "Ship", "unknown", "ship "}) {
+    for (const char* text : {"", "Ship", "Unknown", "ship "}) {
         EXPECT_EQ(bandNamed(text), std::nullopt) << text;
     }
 }

@@ -60,7 +60,11 @@ TEST(SheetCritic, GoodSheetsAreClean) {
         {"French", "Article;Prix\nA;1 234,50\nB;2 000,00\nC;12,25\nTotal;3 246,75\n", {}},
         {"no header", "Chair,3,12\nTable,1,150\nLamp,4,20\n", {}},
         {"words alone", "Name,City\nAnn,Bern\nBob,Rome\nCid,Oslo\n", {}},
+        {"a column called x",
+         "x,y,none\n1.5,2.5,3\n1.7,2.25,4\n1.9,2.1,7\n2.5,2.2,1\n2.75,2,9\n",
+         {}},
         {"one cell", "42", {}},
+        {"one column of numbers", "Heads counted\n4\n17\n9\n12\n30\n2\n", {}},
         {"one column", "Name\nAnn\nBob\nCid\n", {}},
         {"crosstab without corner", ",Q1,Q2\nNorth,1,2\nSouth,3,4\nEast,5,6\n", {}},
         {"sections",
@@ -298,6 +302,7 @@ TEST(SheetCritic, ImpossibleDates) {
          {"sheet.impossible_date@cell B2"}},
         {"leap day", "Item,Date\nA,2024-02-29\n" + rest, {}},
         {"no leap day", "Item,Date\nA,2023-02-29\n" + rest, {"sheet.impossible_date@cell B2"}},
+        {"version numbers by year", "Item,Version\nA,2024.0.1\nB,2024.1.12\nC,2023.40.1\n", {}},
         {"version numbers", "Item,Version\nA,1.13.45\nB,2.31.40\nC,3.45.99\n", {}},
     });
 }

@@ -70,6 +70,28 @@ const std::vector<Hostile>& hostileTables() {
         {"PaddedWords",
          [](std::string& t, std::size_t i) { t += " Word" + std::to_string(i % 999) + " ,x\n"; },
          "Name,Note\n"},
+        {"RareValuesBesideFrequentOnes",
+         [](std::string& t, std::size_t i) {
+             std::string word = "abcdefghijklmnopqrstuvwxyz";
+             if (i % 2 == 0) word[i / 2 % 26] = static_cast<char>('a' + i / 52 % 26);
+             if (i % 4 == 0) word += std::to_string(i);
+             t += word + ",x" + std::to_string(i % 300) + "yyyyyyy\n";
+         },
+         "Name,Maker\n"},
+        {"ColumnsThatDetermineEachOther",
+         [](std::string& t, std::size_t i) {
+             for (std::size_t column = 0; column < 40; ++column)
+                 t += "k" + std::to_string(i / 4 % (50 + column)) + (i % 97 == column ? "x," : ",");
+             t += "\n";
+         },
+         "a,b,c,d,e,f,g,h,i,j,k,l,m,n,o,p,q,r,s,t,u,v,w,x,y,z,"
+         "aa,ab,ac,ad,ae,af,ag,ah,ai,aj,ak,al,am,an,\n"},
+        {"TimesAndUnitsOfEveryForm",
+         [](std::string& t, std::size_t i) {
+             t += std::to_string(i % 12) + ":30" + std::string(i % 29, '-') + "," +
+                  std::to_string(i) + " oz" + std::string(i % 13, '.') + "\n";
+         },
+         "Opens,Weight\n"},
         {"BytesThatAreNoText", [](std::string& t, std::size_t) { t += "\xFF\xFE,\x80\xC2\n"; }},
     };
     return tables;

@@ -133,7 +133,7 @@ class OnMacos(unittest.TestCase):
         result = self.run_script("bootstrap", "build")
         self.assertEqual(result.returncode, 0, result.stderr)
         self.assertEqual(self.installed(), [{"ninja", "pkgconf", "nlohmann-json", "utf8proc",
-                                             "libpng", "cpp-httplib", "sqlite", "re2", "tree-sitter",
+                                             "libpng", "cpp-httplib", "sqlite", "re2", "tree-sitter", "cmark-gfm",
                                              "node"}])
         self.assertEqual(len(self.calls("grammars")), 1)
 

@@ -33,7 +33,7 @@ protected:
         m_store = RunStore::open(m_folder.path() / "runs.db", 1).store;
         QueueOptions queue;
         queue.maxWaiting = maxWaiting;
-        queue.critic = [this](const Submission& work) { return (*m_critic)(work); };
+        queue.critic = [this](const auto&... asked) { return (*m_critic)(asked...); };
         queue.warmUp = [] {};
         queue.nowMs = [] { return std::int64_t{1'772'546'709'000}; };
         m_queue = std::make_unique<JobQueue>(*m_store, std::move(queue));
@@ -232,6 +232,7 @@ TEST_F(HttpApiTest, AddressesAndMethodsThatDoNotExist) {
         {"GET", kJobs, "POST"},
         {"PUT", kJobs, "POST"},
         {"DELETE", runs + run, "GET, HEAD"},
+        {"PUT", std::string(kJobs) + "/job_none", "GET, HEAD, DELETE"},
         {"POST", runs + run, "GET, HEAD"},
         {"GET", runs + run + "/iterate", "POST"},
         {"POST", "/console?run=" + run, "GET, HEAD"},
@@ -331,6 +332,27 @@ TEST_F(HttpApiTest, AHundredJobsAtOnceAreAnsweredInTheirOrder) {
     for (const auto& [position, number] : byPosition) {
         EXPECT_EQ(judged[position].parts[0].text, "work " + std::to_string(number));
     }
+}
+
+TEST_F(HttpApiTest, AJobIsGivenUpWhenItsOwnerSaysSo) {
+    start(false);
+    const std::string id = submit("work");
+    m_critic->awaitArrivals(1);
+    const auto deleted = [&](const std::string& job, HeaderLines headers) {
+        return roundTrip(
+            port(), requestText("DELETE", std::string(kJobs) + "/" + job, std::move(headers), ""));
+    };
+    EXPECT_EQ(deleted(id, {}).status, 401);
+    EXPECT_EQ(deleted(id, keyed({{"Origin", "http://elsewhere.example"}})).status, 403);
+    EXPECT_EQ(status(id).at("status"), "running");
+    const Reply reply = deleted(id, keyed());
+    EXPECT_EQ(reply.status, 200);
+    EXPECT_EQ(json::parse(reply.body),
+              (json{{"job_id", id}, {"status", "failed"}, {"error", "the job was cancelled"}}));
+    EXPECT_EQ(finished(id).at("error"), "the job was cancelled");
+    EXPECT_EQ(deleted(id, keyed()).status, 409);
+    EXPECT_EQ(errorOf(deleted(id, keyed())), "the job is over");
+    EXPECT_EQ(deleted("job_none", keyed()).status, 404);
 }
 
 TEST_F(HttpApiTest, AFailedJobAndAFailedRevisionSayWhy) {

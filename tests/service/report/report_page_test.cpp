@@ -24,7 +24,11 @@ Iteration iteration(int number, Band band, double score, std::vector<Finding> fi
             band,
             score,
             {{"launch-note.md", "text/markdown", 1843}},
-            std::move(findings)};
+            std::move(findings),
+            {100, 0, 0},
+            {{{"hunspell", "1.7", "spelling, English"}},
+             {{"grammar", "nobody <here> knows it", "learn it"}},
+             true}};
 }
 
 RunRecord fresh() {
@@ -96,6 +100,15 @@ TEST(ReportPage, WorkWithoutFlawsIsToldSo) {
     EXPECT_THAT(html, HasSubstr("1.00"));
     EXPECT_THAT(html, HasSubstr("No flaws"));
     EXPECT_THAT(html, Not(HasSubstr("class=\"flaw ")));
+}
+
+TEST(ReportPage, SaysWhoLookedAndWhatNobodyKnows) {
+    const std::string html =
+        reportPage({"run_1", "text", "", "", {iteration(0, Band::unknown, 1.0, {})}}).html;
+    EXPECT_THAT(html, HasSubstr("Nobody here can judge this"));
+    EXPECT_THAT(html, HasSubstr("spelling, English"));
+    EXPECT_THAT(html, HasSubstr("hunspell 1.7"));
+    EXPECT_THAT(html, HasSubstr("nobody &lt;here&gt; knows it; learn it"));
 }
 
 TEST(ReportPage, ARevisionShowsWhatIsFixedRemainsAndIsNew) {

@@ -64,7 +64,11 @@ Iteration iteration(int number, std::int64_t createdMs, std::vector<Finding> fin
             Band::ship,
             0.92,
             {{"name", "text/plain", 12}},
-            std::move(findings)};
+            std::move(findings),
+            {120, 3, 40},
+            {{{"hunspell", "1.7", "spelling, English"}, {"trevix", "", "dates"}},
+             {{"spelling, French", "no dictionary", "install one"}},
+             createdMs % 2 == 0}};
 }
 
 RunRecord runRecord(std::string id, std::int64_t createdMs) {
@@ -131,6 +135,31 @@ TEST_F(RunStoreTest, IterationsAreNumberedAndKeepTheirFindings) {
     expected.iterations.push_back(iteration(2, 9));
     EXPECT_EQ(store->run("run_1"), expected);
     EXPECT_EQ(store->finishedJob("job_3"), (FinishedJob{"run_1", 2, std::nullopt}));
+}
+
+TEST_F(RunStoreTest, AStoreOfTheFirstFormatIsTakenOver) {
+    {
+        const auto store = open();
+        store->addJob("job_1", JobKind::grade, "", "work", 1);
+        store->finishGrade("job_1", runRecord("run_1", 5));
+        store->addJob("job_2", JobKind::grade, "", "waits", 2);
+    }
+    // As the program before this one left it.
+    for (const char* column : {"words", "lines", "cells", "known"}) {
+        query(std::string("ALTER TABLE iterations DROP COLUMN ") + column);
+    }
+    query("DROP TABLE coverage");
+    query("PRAGMA user_version = 1");
+
+    const auto store = open();
+    RunRecord expected = runRecord("run_1", 5);
+    expected.iterations.front().extent = {};
+    expected.iterations.front().coverage = {{}, {}, true};
+    EXPECT_EQ(store->run("run_1"), expected);
+    ASSERT_EQ(store->pendingJobs().size(), 1U);
+    store->finishGrade("job_2", runRecord("run_2", 6));
+    EXPECT_EQ(store->run("run_2"), runRecord("run_2", 6));
+    EXPECT_EQ(query("PRAGMA user_version"), "2");
 }
 
 TEST_F(RunStoreTest, BandsAreKeptByNameAndNoOtherNameIsRead) {
@@ -240,7 +269,7 @@ TEST_F(RunStoreTest, KeepsWhatItPromisesThroughAPowerCut) {
     const auto store = open();
     EXPECT_EQ(query("PRAGMA journal_mode"), "wal");
     EXPECT_EQ(query("PRAGMA integrity_check"), "ok");
-    EXPECT_EQ(query("PRAGMA user_version"), "1");
+    EXPECT_EQ(query("PRAGMA user_version"), "2");
 }
 
 TEST_F(RunStoreTest, ADamagedFileIsMovedAsideWhole) {
@@ -293,7 +322,7 @@ TEST_F(RunStoreTest, AFileOfANewerVersionOrAnotherProgramIsLeftAlone) {
     } catch (const StoreError& error) {
         EXPECT_THAT(error.what(), HasSubstr("newer"));
     }
-    query("PRAGMA user_version = 1; PRAGMA application_id = 7");
+    query("PRAGMA user_version = 2; PRAGMA application_id = 7");
     EXPECT_THROW((void)RunStore::open(file(), 1), StoreError);
     EXPECT_TRUE(std::filesystem::exists(file()));
     query("PRAGMA application_id = 1414682200"); // its own again

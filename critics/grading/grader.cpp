@@ -1,0 +1,218 @@
+#include "critics/grading/grader.h"
+
+#include "critics/worker/work_codec.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cstdint>
+#include <mutex>
+#include <string_view>
+#include <thread>
+#include <utility>
+
+namespace trevix {
+
+namespace {
+
+// A frame is the length of what follows in eight bytes, the least first, and an encoded critique.
+constexpr std::size_t kLengthBytes = 8;
+
+std::string framed(const std::string& bytes) {
+    std::string frame;
+    for (std::size_t i = 0; i < kLengthBytes; ++i) {
+        frame.push_back(static_cast<char>(std::uint64_t{bytes.size()} >> (8U * i)));
+    }
+    return frame + bytes;
+}
+
+/// The whole frames at the beginning of what a child wrote; what follows the last of them is lost.
+std::vector<Critique> critiquesIn(std::string_view written) {
+    std::vector<Critique> critiques;
+    while (written.size() >= kLengthBytes) {
+        std::uint64_t length = 0;
+        for (std::size_t i = kLengthBytes; i-- > 0;) {
+            length = length << 8U | static_cast<unsigned char>(written[i]);
+        }
+        written.remove_prefix(kLengthBytes);
+        if (length > written.size()) break;
+        auto critique = decodeCritique(written.substr(0, static_cast<std::size_t>(length)));
+        if (!critique) break;
+        critiques.push_back(std::move(*critique));
+        written.remove_prefix(static_cast<std::size_t>(length));
+    }
+    return critiques;
+}
+
+std::string howItEnded(const ChildResult& result, const ChildLimits& limits) {
+    switch (result.end) {
+    case ChildResult::End::outOfTime:
+        return "did not end within " + std::to_string(limits.wall.count() / 1000) + " s";
+    case ChildResult::End::tooMuch:
+        return "wrote more than it may";
+    case ChildResult::End::notStarted:
+        return "could not be started";
+    case ChildResult::End::cancelled:
+        return "was cancelled";
+    case ChildResult::End::exited:
+        return "ended with status " + std::to_string(result.status);
+    case ChildResult::End::killed:
+        break;
+    }
+    return "was ended by signal " + std::to_string(result.status);
+}
+
+Submission onlyPart(const Submission& submission, std::size_t index) {
+    Submission one = submission;
+    one.parts = {submission.parts[index]};
+    return one;
+}
+
+/// Somebody who judges, with where the result goes.
+struct Task {
+    std::string name;
+    std::function<void()> run;
+};
+
+/// Runs the tasks, so many at once, and tells how far they are.
+class Shift {
+public:
+    Shift(std::vector<Task> tasks, const std::function<void(const GradingProgress&)>& progress)
+        : m_tasks(std::move(tasks)),
+          m_progress(progress) {
+        m_state.of = m_tasks.size();
+    }
+
+    void run(std::size_t atOnce) {
+        tell();
+        std::vector<std::thread> others;
+        for (std::size_t i = 1; i < std::min(atOnce, m_tasks.size()); ++i) {
+            others.emplace_back([this] { work(); });
+        }
+        work();
+        for (std::thread& other : others) other.join();
+    }
+
+private:
+    void work() {
+        for (std::size_t i = m_next++; i < m_tasks.size(); i = m_next++) {
+            {
+                const std::lock_guard lock(m_mutex);
+                m_state.running.push_back(m_tasks[i].name);
+                tell();
+            }
+            m_tasks[i].run();
+            const std::lock_guard lock(m_mutex);
+            m_state.running.erase(
+                std::find(m_state.running.begin(), m_state.running.end(), m_tasks[i].name));
+            ++m_state.done;
+            tell();
+        }
+    }
+
+    void tell() const {
+        if (m_progress) m_progress(m_state);
+    }
+
+    const std::vector<Task> m_tasks;
+    const std::function<void(const GradingProgress&)>& m_progress;
+    std::atomic<std::size_t> m_next{0};
+    std::mutex m_mutex;
+    GradingProgress m_state;
+};
+
+} // namespace
+
+Grader::Grader(ChildRunner& runner, EngineRoom& engines, GraderOptions options)
+    : m_runner(runner),
+      m_engines(engines),
+      m_options(std::move(options)) {}
+
+std::vector<Critique> Grader::askCritics(const Submission& submission,
+                                         const std::stop_token& cancel) const {
+    ChildRequest request = m_options.worker;
+    request.input = encode(submission);
+    const ChildResult first = m_runner.run(request, cancel);
+    std::vector<Critique> critiques = critiquesIn(first.output);
+    const bool well = first.end == ChildResult::End::exited && first.status == 0;
+    if (cancel.stop_requested() || (well && !critiques.empty())) return critiques;
+    // The part that it ended on, and those behind it, without the readers that may be to blame.
+    request.arguments.push_back(m_options.ownReadersOption);
+    const std::size_t parts = std::max<std::size_t>(submission.parts.size(), 1);
+    for (std::size_t i = critiques.size(); i < parts && !cancel.stop_requested(); ++i) {
+        const bool alone = submission.parts.size() > 1;
+        request.input = encode(alone ? onlyPart(submission, i) : submission);
+        const ChildResult again = m_runner.run(request, cancel);
+        std::vector<Critique> more = critiquesIn(again.output);
+        Critique critique;
+        if (more.empty()) {
+            critique.coverage.missed(
+                {m_options.workerName, "it " + howItEnded(again, m_options.worker.limits), ""});
+        } else {
+            critique =
+                alone ? placedIn(submission, i, std::move(more.front())) : std::move(more.front());
+            critique.coverage.missed({m_options.workerName + " with all its readers",
+                                      "it " + howItEnded(first, m_options.worker.limits), ""});
+        }
+        critiques.push_back(std::move(critique));
+    }
+    return critiques;
+}
+
+std::optional<Critique>
+Grader::grade(const Submission& submission, std::stop_token cancel,
+              const std::function<void(const GradingProgress&)>& progress) const {
+    std::vector<Critique> own;
+    std::vector<Critique> foreign(submission.parts.size());
+    std::vector<std::pair<std::size_t, Critique>> looked; // by part, in the order of asking
+    std::vector<Task> tasks;
+    tasks.push_back({m_options.workerName, [&] { own = askCritics(submission, cancel); }});
+    const std::size_t most = std::min(submission.parts.size(), kMostPartsForEngines);
+    std::vector<std::pair<std::size_t, std::string>> asked;
+    for (std::size_t i = 0; i < most; ++i) {
+        const Part& part = submission.parts[i];
+        for (const std::string& engine : m_engines.enginesFor(part, submission.modality)) {
+            asked.emplace_back(i, engine);
+        }
+        for (NotChecked& gap : m_engines.absentFor(part, submission.modality)) {
+            foreign[i].coverage.missed(std::move(gap));
+        }
+    }
+    looked.resize(asked.size());
+    for (std::size_t n = 0; n < asked.size(); ++n) {
+        tasks.push_back({asked[n].second, [&, n] {
+                             const auto& [part, engine] = asked[n];
+                             looked[n] = {part, m_engines.look(engine, submission.parts[part],
+                                                               submission.modality, cancel)};
+                         }});
+    }
+    Shift(std::move(tasks), progress).run(m_options.atOnce);
+    if (cancel.stop_requested()) return std::nullopt;
+
+    for (auto& [part, critique] : looked) addSecondOpinion(foreign[part], std::move(critique));
+    Critique whole;
+    whole.coverage.known = true;
+    const bool byPart = own.size() == submission.parts.size();
+    for (std::size_t i = 0; i < own.size(); ++i) {
+        if (byPart) {
+            addSecondOpinion(own[i], placedIn(submission, i, std::move(foreign[i])));
+        }
+        addPart(whole, std::move(own[i]));
+    }
+    if (submission.parts.size() > most) {
+        whole.coverage.missed({"the parts from number " + std::to_string(most + 1) + " on",
+                               "programs are asked about the first ones only",
+                               "grade them by themselves"});
+    }
+    return whole;
+}
+
+bool writeFrames(std::string_view input, const CriticTools& tools,
+                 const std::function<void(std::string_view)>& write) {
+    const auto submission = decodeSubmission(input);
+    if (!submission) return false;
+    critiqueEach(*submission, tools,
+                 [&](const Critique& critique) { write(framed(encode(critique))); });
+    return true;
+}
+
+} // namespace trevix

@@ -1,0 +1,74 @@
+// The judge of a piece of work with everything that this machine has: the critics in a child
+// process, and beside it the programs that know this kind of work.
+//
+// All of them run at once. A child that ends badly takes nothing with it: what it made of the parts
+// before stands, the part it ended on is judged once more without the readers that were made by
+// others, and the coverage says what was not looked at. Any thread, several works at once.
+
+#pragma once
+
+#include "critics/critic.h"
+#include "critics/engines/engine.h"
+#include "critics/findings/critique.h"
+#include "critics/findings/progress.h"
+#include "critics/worker/child_process.h"
+
+#include <cstddef>
+#include <functional>
+#include <optional>
+#include <stop_token>
+#include <string>
+#include <vector>
+
+namespace trevix {
+
+/// The programs look into at most this many parts of one submission, the first: each is started
+/// anew for every part. Chosen; a project is graded file by file.
+constexpr std::size_t kMostPartsForEngines = 32;
+
+struct GraderOptions {
+    /// The program that judges what encode() made of a submission on standard input, and writes
+    /// frames; see writeFrames(). Its input is filled in.
+    ChildRequest worker;
+    std::string workerName = "trevix"; ///< For people.
+    /// What the worker is told to leave other people's readers alone.
+    std::string ownReadersOption = "--own-readers";
+    std::size_t atOnce = 3; ///< Children at work on one submission.
+};
+
+class Grader {
+public:
+    /// Both must outlive the grader.
+    Grader(ChildRunner& runner, EngineRoom& engines, GraderOptions options);
+
+    /// Blocks. `progress`, if any, is called from several threads, one at a time. Absent when it
+    /// was cancelled.
+    [[nodiscard]] std::optional<Critique>
+    grade(const Submission& submission, std::stop_token cancel,
+          const std::function<void(const GradingProgress&)>& progress) const;
+
+private:
+    [[nodiscard]] std::vector<Critique> askCritics(const Submission& submission,
+                                                   const std::stop_token& cancel) const;
+
+    ChildRunner& m_runner;
+    EngineRoom& m_engines;
+    const GraderOptions m_options;
+};
+
+/// The worker's own end of it: judges what stands encoded in `input`, and hands what it made of
+/// each part to `write`, as soon as it is made. False for bytes that are no submission.
+[[nodiscard]] bool writeFrames(std::string_view input, const CriticTools& tools,
+                               const std::function<void(std::string_view)>& write);
+
+/// An engine room with nobody in it.
+class NoEngines : public EngineRoom {
+public:
+    std::vector<std::string> enginesFor(const Part&, std::string_view) const override { return {}; }
+    Critique look(std::string_view, const Part&, std::string_view, std::stop_token) override {
+        return {};
+    }
+    std::vector<NotChecked> absentFor(const Part&, std::string_view) const override { return {}; }
+};
+
+} // namespace trevix

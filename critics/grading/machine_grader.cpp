@@ -1,0 +1,95 @@
+#include "critics/grading/machine_grader.h"
+
+#include "critics/critic.h"
+#include "critics/worker/posix_child_runner.h"
+
+#include <array>
+#include <cstdio>
+#include <string>
+#include <string_view>
+
+namespace trevix {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+// Of the child that the critics run in. What sound work of the largest size that the service takes
+// needs is in docs/performance.md; what needs more is made to.
+constexpr ChildLimits kWorkerLimits{
+    .wall = std::chrono::seconds(20),
+    .cpu = std::chrono::seconds(20),
+    .addressSpace = 0, // Libraries are mapped, not used up.
+    .memory = std::uint64_t{512} << 20U,
+};
+
+const fs::path& emptied(const fs::path& folder) {
+    fs::remove_all(folder);
+    fs::create_directories(folder);
+    fs::permissions(folder, fs::perms::owner_all);
+    return folder;
+}
+
+// What the child is told of the person, whose folders it does not see.
+constexpr const char* kHome = "TREVIX_HOME";
+constexpr const char* kDataHome = "TREVIX_DATA_HOME";
+constexpr const char* kWords = "TREVIX_WORDS";
+constexpr const char* kWritings = "TREVIX_TESSDATA";
+
+GraderOptions optionsFor(const MachinePlaces& places) {
+    GraderOptions options;
+    options.worker.program = places.program.string();
+    options.worker.environment = {{kHome, places.home.string()},
+                                  {kDataHome, places.dataHome.string()},
+                                  {kWords, places.words.string()},
+                                  {kWritings, places.tessdata.string()}};
+    // Of the person's folders those alone in which dictionaries are looked for.
+    options.worker.readable = {(places.dataHome / "hunspell").string(), places.words.string(),
+                               (places.home / "Library/Spelling").string()};
+    if (!places.tessdata.empty()) options.worker.readable.push_back(places.tessdata.string());
+    options.worker.arguments = {"--worker"};
+    options.worker.limits = kWorkerLimits;
+    return options;
+}
+
+} // namespace
+
+struct MachineGrader::Parts {
+    explicit Parts(const MachinePlaces& places)
+        : runner(makePosixChildRunner(emptied(places.work),
+                                      sandboxOfThisMachine(places.work, places.program.string()))),
+          grader(*runner, engines, optionsFor(places)) {}
+
+    std::unique_ptr<ChildRunner> runner;
+    NoEngines engines;
+    Grader grader;
+};
+
+MachineGrader::MachineGrader(const MachinePlaces& places)
+    : m_parts(std::make_unique<Parts>(places)) {}
+
+MachineGrader::~MachineGrader() = default;
+
+const Grader& MachineGrader::grader() const {
+    return m_parts->grader;
+}
+
+int serveWorker(Readers readers, const std::function<std::string(const char*)>& environment) {
+    CriticTools tools;
+    tools.readers = readers;
+    tools.lines = std::make_shared<LineReaders>(languageFolders(environment(kWritings)));
+    tools.language =
+        toolsOfMachine(environment(kHome), environment(kDataHome), environment(kWords));
+    std::string input;
+    std::array<char, 65536> room{};
+    while (const std::size_t got = std::fread(room.data(), 1, room.size(), stdin)) {
+        input.append(room.data(), got);
+    }
+    const bool read = writeFrames(input, tools, [](std::string_view frame) {
+        std::fwrite(frame.data(), 1, frame.size(), stdout);
+        std::fflush(stdout);
+    });
+    return read && std::ferror(stdout) == 0 ? 0 : 1;
+}
+
+} // namespace trevix

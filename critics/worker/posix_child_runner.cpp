@@ -1,0 +1,456 @@
+#include "critics/worker/posix_child_runner.h"
+
+#include "critics/worker/confinement.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <functional>
+#include <mutex>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <system_error>
+#include <utility>
+#include <vector>
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace trevix {
+
+namespace fs = std::filesystem;
+using Clock = std::chrono::steady_clock;
+
+namespace {
+
+constexpr std::size_t kMostErrors = 4096; // Bytes, as the header says.
+constexpr int kExecFailed = 127;          // What shells say of a program that cannot be run.
+constexpr rlim_t kDescriptors = 256;      // Enough for every runtime that was tried, with room.
+constexpr std::chrono::milliseconds kTick{50}; // How late an end behind an open pipe is noticed.
+constexpr std::chrono::milliseconds kNearEnd{1};
+constexpr std::chrono::seconds kProbe{5}; // bwrap takes some 10 ms where it works.
+
+/// A descriptor that is closed with its owner.
+class Descriptor {
+public:
+    Descriptor() = default;
+    explicit Descriptor(int fd) : m_fd(fd) {}
+    Descriptor(Descriptor&& other) noexcept : m_fd(std::exchange(other.m_fd, -1)) {}
+    Descriptor& operator=(Descriptor&& other) noexcept {
+        std::swap(m_fd, other.m_fd);
+        return *this;
+    }
+    ~Descriptor() { reset(); }
+
+    [[nodiscard]] int get() const { return m_fd; }
+    [[nodiscard]] bool isOpen() const { return m_fd >= 0; }
+    void reset() {
+        if (m_fd >= 0) ::close(std::exchange(m_fd, -1));
+    }
+
+private:
+    int m_fd = -1;
+};
+
+struct Pipe {
+    Descriptor read;
+    Descriptor write;
+};
+
+/// Throws std::system_error when the process has no descriptor left.
+Pipe makePipe() {
+    std::array<int, 2> ends{};
+    if (::pipe(ends.data()) != 0) throw std::system_error(errno, std::generic_category(), "pipe");
+    Pipe made{Descriptor(ends[0]), Descriptor(ends[1])};
+    for (const int end : ends) ::fcntl(end, F_SETFD, FD_CLOEXEC);
+    return made;
+}
+
+void unblock(const Descriptor& end) {
+    ::fcntl(end.get(), F_SETFL, ::fcntl(end.get(), F_GETFL) | O_NONBLOCK);
+}
+
+/// The child's own folder, which goes with everything in it.
+class OwnFolder {
+public:
+    explicit OwnFolder(const fs::path& parent) {
+        std::string name = (parent / "work.XXXXXX").string();
+        if (::mkdtemp(name.data()) == nullptr) {
+            throw std::system_error(errno, std::generic_category(), "a folder for the work");
+        }
+        m_path = name;
+    }
+    OwnFolder(const OwnFolder&) = delete;
+    OwnFolder& operator=(const OwnFolder&) = delete;
+    ~OwnFolder() {
+        std::error_code ignored;
+        fs::remove_all(m_path, ignored);
+    }
+
+    void put(const std::string& name, const std::string& content) const {
+        const fs::path relative(name);
+        if (relative.empty() || relative.is_absolute() ||
+            std::find(relative.begin(), relative.end(), "..") != relative.end()) {
+            throw std::invalid_argument("a file outside its folder: " + name);
+        }
+        const fs::path file = m_path / relative;
+        fs::create_directories(file.parent_path());
+        std::ofstream out(file, std::ios::binary);
+        out.write(content.data(), static_cast<std::streamsize>(content.size()));
+        if (!out.flush()) throw std::runtime_error("the work cannot be written: " + name);
+    }
+
+    [[nodiscard]] const std::string& path() const { return m_path.native(); }
+
+private:
+    fs::path m_path;
+};
+
+void limit(int resource, rlim_t most) {
+    rlimit now{};
+    if (::getrlimit(static_cast<decltype(RLIMIT_CPU)>(resource), &now) != 0) return;
+    now.rlim_max = now.rlim_max == RLIM_INFINITY ? most : std::min(now.rlim_max, most);
+    now.rlim_cur = now.rlim_max;
+    ::setrlimit(static_cast<decltype(RLIMIT_CPU)>(resource), &now);
+}
+
+/// Everything that the child needs after the fork, made before it: nothing may be allocated there.
+struct Launch {
+    std::vector<std::string> command;
+    std::vector<std::string> environment;
+    std::vector<char*> argv;
+    std::vector<char*> envp;
+    std::string folder;
+    ChildLimits limits;
+    bool filterNetwork = false;
+    int input = -1;
+    int output = -1;
+    int errors = -1;
+    int failure = -1;
+
+    void settle() {
+        for (std::string& word : command) argv.push_back(word.data());
+        for (std::string& entry : environment) envp.push_back(entry.data());
+        argv.push_back(nullptr);
+        envp.push_back(nullptr);
+    }
+};
+
+/// In the child, between fork and exec.
+[[noreturn]] void become(const Launch& launch) {
+    ::setsid();
+    endWithParent();
+    for (int signal = 1; signal < NSIG; ++signal) ::signal(signal, SIG_DFL);
+    sigset_t none;
+    sigemptyset(&none);
+    ::sigprocmask(SIG_SETMASK, &none, nullptr);
+    ::dup2(launch.input, STDIN_FILENO);
+    ::dup2(launch.output, STDOUT_FILENO);
+    ::dup2(launch.errors, STDERR_FILENO);
+    keepOnlyStandardDescriptors();
+    limit(RLIMIT_CORE, 0);
+    limit(RLIMIT_CPU, static_cast<rlim_t>(launch.limits.cpu.count()));
+    limit(RLIMIT_FSIZE, launch.limits.fileSize);
+    limit(RLIMIT_NOFILE, kDescriptors);
+    if (launch.limits.addressSpace > 0) limit(RLIMIT_AS, launch.limits.addressSpace);
+    limit(RLIMIT_DATA, launch.limits.memory);
+    // Where the system has no such means the limits are all there is.
+    [[maybe_unused]] const bool shut = launch.filterNetwork && giveUpNetwork();
+    if (::chdir(launch.folder.c_str()) == 0) {
+        ::execve(launch.argv.front(), launch.argv.data(), launch.envp.data());
+    }
+    const int error = errno;
+    // There is nobody to tell if this fails.
+    [[maybe_unused]] const auto told = ::write(launch.failure, &error, sizeof error);
+    ::_exit(kExecFailed);
+}
+
+/// Turns a stop request into something that poll sees.
+class Cancel {
+public:
+    explicit Cancel(std::stop_token token)
+        : m_pipe(makePipe()),
+          m_callback(std::move(token), [this] { m_pipe.write.reset(); }) {}
+
+    [[nodiscard]] int readable() const { return m_pipe.read.get(); }
+
+private:
+    Pipe m_pipe;
+    std::stop_callback<std::function<void()>> m_callback;
+};
+
+/// While it lives, writing to a program that has ended is an error of the write and no more.
+class NoBrokenPipes {
+public:
+    NoBrokenPipes() {
+        sigemptyset(&m_broken);
+        sigaddset(&m_broken, SIGPIPE);
+        m_before = isPending();
+        ::pthread_sigmask(SIG_BLOCK, &m_broken, &m_mask);
+    }
+    NoBrokenPipes(const NoBrokenPipes&) = delete;
+    NoBrokenPipes& operator=(const NoBrokenPipes&) = delete;
+    ~NoBrokenPipes() {
+        int taken = 0;
+        if (!m_before && isPending()) ::sigwait(&m_broken, &taken);
+        ::pthread_sigmask(SIG_SETMASK, &m_mask, nullptr);
+    }
+
+private:
+    static bool isPending() {
+        sigset_t pending;
+        return ::sigpending(&pending) == 0 && sigismember(&pending, SIGPIPE) == 1;
+    }
+
+    sigset_t m_broken{};
+    sigset_t m_mask{};
+    bool m_before = false;
+};
+
+/// A child from its start to its end.
+class Child {
+public:
+    Child(pid_t pid, const ChildRequest& request, Descriptor input, Descriptor output,
+          Descriptor errors)
+        : m_pid(pid),
+          m_request(request),
+          m_input(std::move(input)),
+          m_output(std::move(output)),
+          m_errors(std::move(errors)),
+          m_deadline(Clock::now() + request.limits.wall) {
+        for (const Descriptor* end : {&m_input, &m_output, &m_errors}) unblock(*end);
+    }
+    Child(const Child&) = delete;
+    Child& operator=(const Child&) = delete;
+    ~Child() { endAll(); }
+
+    ChildResult attend(const Cancel& cancel,
+                       const std::function<void(std::string_view)>& onOutput) {
+        while (!m_ended && (m_output.isOpen() || m_errors.isOpen() || !reaped(false))) {
+            if (!wait(cancel, onOutput)) break;
+            // Something that it started may hold the pipes open longer than it lives.
+            if (reaped(false)) {
+                drain(onOutput);
+                break;
+            }
+        }
+        endAll();
+        if (!m_ended) {
+            const bool itself = WIFEXITED(m_status);
+            m_result.end = itself ? ChildResult::End::exited : ChildResult::End::killed;
+            m_result.status = itself ? WEXITSTATUS(m_status) : WTERMSIG(m_status);
+        }
+        return std::move(m_result);
+    }
+
+private:
+    /// One round; false when the child is to be ended.
+    bool wait(const Cancel& cancel, const std::function<void(std::string_view)>& onOutput) {
+        const auto left = m_deadline - Clock::now();
+        if (left <= Clock::duration::zero()) return ends(ChildResult::End::outOfTime);
+        std::array<pollfd, 4> events = {
+            pollfd{cancel.readable(), POLLIN, 0}, pollfd{m_output.get(), POLLIN, 0},
+            pollfd{m_errors.get(), POLLIN, 0}, pollfd{m_input.get(), POLLOUT, 0}};
+        // With both pipes closed nothing announces the end, which is then near.
+        const bool silent = !m_output.isOpen() && !m_errors.isOpen();
+        const auto most = std::min<Clock::duration>(left, silent ? kNearEnd : kTick);
+        const auto wait = std::chrono::ceil<std::chrono::milliseconds>(most).count();
+        if (::poll(events.data(), events.size(), static_cast<int>(wait)) < 0) return errno == EINTR;
+        if (events[0].revents != 0) return ends(ChildResult::End::cancelled);
+        if (events[3].revents != 0) feed();
+        if (events[2].revents != 0) readErrors();
+        return events[1].revents == 0 || readOutput(onOutput);
+    }
+
+    bool ends(ChildResult::End end) {
+        m_ended = true;
+        m_result.end = end;
+        return false;
+    }
+
+    void feed() {
+        const std::string_view rest = std::string_view(m_request.input).substr(m_fed);
+        const ssize_t written = rest.empty() ? 0 : ::write(m_input.get(), rest.data(), rest.size());
+        if (written > 0) m_fed += static_cast<std::size_t>(written);
+        const bool refused = written < 0 && errno != EAGAIN && errno != EINTR;
+        // A program that does not want all of it is no fault.
+        if (refused || m_fed == m_request.input.size()) m_input.reset();
+    }
+
+    void readErrors() {
+        std::array<char, 4096> room{};
+        const ssize_t got = ::read(m_errors.get(), room.data(), room.size());
+        if (got == 0 || (got < 0 && errno != EAGAIN && errno != EINTR)) m_errors.reset();
+        if (got <= 0) return;
+        const std::size_t left = kMostErrors - m_result.errors.size();
+        m_result.errors.append(room.data(), std::min(left, static_cast<std::size_t>(got)));
+    }
+
+    bool readOutput(const std::function<void(std::string_view)>& onOutput) {
+        std::array<char, 65536> room; // NOLINT(cppcoreguidelines-pro-type-member-init): is filled
+        const ssize_t got = ::read(m_output.get(), room.data(), room.size());
+        if (got == 0 || (got < 0 && errno != EAGAIN && errno != EINTR)) m_output.reset();
+        if (got <= 0) return true;
+        const std::uint64_t left = m_request.limits.output - m_result.output.size();
+        const auto taken = std::min<std::uint64_t>(left, static_cast<std::uint64_t>(got));
+        const std::string_view piece(room.data(), static_cast<std::size_t>(taken));
+        m_result.output.append(piece);
+        if (onOutput) onOutput(piece);
+        return taken == static_cast<std::uint64_t>(got) || ends(ChildResult::End::tooMuch);
+    }
+
+    /// What it wrote before it ended.
+    void drain(const std::function<void(std::string_view)>& onOutput) {
+        std::array<pollfd, 1> event = {pollfd{m_output.get(), POLLIN, 0}};
+        while (m_output.isOpen() && ::poll(event.data(), 1, 0) > 0 && readOutput(onOutput)) {
+        }
+        event[0].fd = m_errors.get();
+        while (m_errors.isOpen() && ::poll(event.data(), 1, 0) > 0) readErrors();
+    }
+
+    bool reaped(bool block) {
+        if (m_reaped) return true;
+        pid_t got = 0;
+        do {
+            got = ::waitpid(m_pid, &m_status, block ? 0 : WNOHANG);
+        } while (got < 0 && errno == EINTR);
+        m_reaped = got != 0;
+        return m_reaped;
+    }
+
+    /// Ends the whole group, which outlives its leader when it started more.
+    void endAll() {
+        if (m_gone) return;
+        m_gone = true;
+        ::kill(-m_pid, SIGKILL);
+        reaped(true);
+    }
+
+    pid_t m_pid;
+    const ChildRequest& m_request;
+    Descriptor m_input;
+    Descriptor m_output;
+    Descriptor m_errors;
+    Clock::time_point m_deadline;
+    ChildResult m_result;
+    std::size_t m_fed = 0;
+    int m_status = 0;
+    bool m_ended = false; // by us
+    bool m_reaped = false;
+    bool m_gone = false;
+};
+
+ChildResult notStarted(std::string why) {
+    ChildResult result;
+    result.errors = std::move(why);
+    return result;
+}
+
+class PosixChildRunner : public ChildRunner {
+public:
+    PosixChildRunner(fs::path workFolder, SandboxFacts facts)
+        : m_workFolder(std::move(workFolder)),
+          m_facts(std::move(facts)) {}
+
+    using ChildRunner::run;
+
+    ChildResult run(const ChildRequest& request, std::stop_token cancel,
+                    const std::function<void(std::string_view)>& onOutput) override {
+        try {
+            return start(request, std::move(cancel), onOutput);
+        } catch (const std::exception& error) {
+            return notStarted(error.what());
+        }
+    }
+
+private:
+    ChildResult start(const ChildRequest& request, std::stop_token cancel,
+                      const std::function<void(std::string_view)>& onOutput) {
+        const OwnFolder folder(m_workFolder);
+        for (const auto& [name, content] : request.files) folder.put(name, content);
+        const NoBrokenPipes quiet;
+        const Cancel cancelled(std::move(cancel));
+
+        Launch launch;
+        launch.command = shutIn(request, folder.path(), m_facts);
+        launch.environment = {"PATH=/usr/local/bin:/usr/bin:/bin", "HOME=" + folder.path(),
+                              "LC_ALL=C.UTF-8"};
+        for (const auto& [name, value] : request.environment) {
+            launch.environment.push_back(name + "=" + value);
+        }
+        launch.folder = folder.path();
+        launch.limits = request.limits;
+        launch.filterNetwork = m_facts.bubblewrap.empty();
+
+        // Under one lock: a child that is made between a pipe and its mark would hold it open.
+        std::unique_lock making(m_making);
+        Pipe input = makePipe();
+        Pipe output = makePipe();
+        Pipe errors = makePipe();
+        Pipe failure = makePipe();
+        launch.input = input.read.get();
+        launch.output = output.write.get();
+        launch.errors = errors.write.get();
+        launch.failure = failure.write.get();
+        launch.settle();
+        const pid_t pid = ::fork();
+        if (pid < 0) throw std::system_error(errno, std::generic_category(), "fork");
+        if (pid == 0) become(launch);
+        making.unlock();
+        input.read.reset();
+        output.write.reset();
+        errors.write.reset();
+        failure.write.reset();
+
+        Child child(pid, request, std::move(input.write), std::move(output.read),
+                    std::move(errors.read));
+        int error = 0;
+        // Ends at once: the other end closes when the program begins, or when it cannot.
+        if (::read(failure.read.get(), &error, sizeof error) == sizeof error) {
+            return notStarted(request.program + ": " + std::strerror(error));
+        }
+        return child.attend(cancelled, onOutput);
+    }
+
+    fs::path m_workFolder;
+    SandboxFacts m_facts;
+    std::mutex m_making;
+};
+
+} // namespace
+
+std::unique_ptr<ChildRunner> makePosixChildRunner(fs::path workFolder, SandboxFacts facts) {
+    return std::make_unique<PosixChildRunner>(std::move(workFolder), std::move(facts));
+}
+
+SandboxFacts sandboxOfThisMachine(const fs::path& workFolder, const std::string& program) {
+    SandboxFacts facts;
+    for (const char* name : {"/bin", "/sbin", "/lib", "/lib32", "/lib64", "/libx32"}) {
+        std::error_code error;
+        const fs::path target = fs::read_symlink(name, error);
+        if (!error) facts.rootLinks.emplace_back(name, target.string());
+    }
+    for (const char* path : {"/usr/bin/bwrap", "/usr/local/bin/bwrap"}) {
+        if (::access(path, X_OK) != 0) continue;
+        facts.bubblewrap = path;
+        ChildRequest probe;
+        probe.program = program;
+        probe.arguments = {"--version"};
+        probe.limits.wall = kProbe;
+        const ChildResult tried = makePosixChildRunner(workFolder, facts)->run(probe);
+        if (tried.end == ChildResult::End::exited && tried.status == 0) return facts;
+    }
+    facts.bubblewrap.clear();
+    return facts;
+}
+
+} // namespace trevix

@@ -1,0 +1,28 @@
+// Children as processes of this machine, shut in as far as it has the means.
+//
+// With bubblewrap (a `bwrap` that works here) a child has name spaces of its own; without it, on
+// Linux, it can open no socket to a network; elsewhere only the limits hold. Each child leads a
+// process group, which is ended as one.
+
+#pragma once
+
+#include "critics/worker/child_process.h"
+#include "critics/worker/sandbox.h"
+
+#include <filesystem>
+#include <memory>
+
+namespace trevix {
+
+/// A runner whose children's folders are made in `workFolder`, which exists and is this user's
+/// alone.
+[[nodiscard]] std::unique_ptr<ChildRunner> makePosixChildRunner(std::filesystem::path workFolder,
+                                                                SandboxFacts facts);
+
+/// What there is to shut programs in with, tried out with `program --version`: a bwrap that is
+/// there but may not work, as in some containers, or in which that program finds not all that it
+/// needs, is none. Runs it once.
+[[nodiscard]] SandboxFacts sandboxOfThisMachine(const std::filesystem::path& workFolder,
+                                                const std::string& program);
+
+} // namespace trevix

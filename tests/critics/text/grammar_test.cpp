@@ -1,0 +1,287 @@
+#include "critics/document/document_critic.h"
+#include "critics/text/english_words.h"
+#include "critics/text/text_critic.h"
+#include "tests/critics/critic_cases.h"
+#include "tests/critics/growth.h"
+
+#include <string>
+#include <vector>
+
+namespace trevix {
+namespace {
+
+const std::vector<std::string> kGrammarRules = {
+    "text.agreement",     "text.article", "text.capital", "text.comparison",
+    "text.confused_word", "text.number",  "text.usage",   "text.verb_form"};
+
+std::vector<std::string> grammarOf(const std::string& text) {
+    std::vector<std::string> found;
+    for (const std::string& rule : rulesOf(critiqueText(textPart(text)).findings)) {
+        if (std::find(kGrammarRules.begin(), kGrammarRules.end(), rule) != kGrammarRules.end()) {
+            found.push_back(rule);
+        }
+    }
+    return found;
+}
+
+void expectFound(const std::string& rule, const std::vector<std::string>& texts) {
+    for (const std::string& text : texts) {
+        EXPECT_EQ(grammarOf(text), std::vector<std::string>{rule}) << text;
+    }
+}
+
+void expectSound(const std::vector<std::string>& texts) {
+    for (const std::string& text : texts) {
+        EXPECT_EQ(grammarOf(text), std::vector<std::string>()) << text;
+    }
+}
+
+TEST(Agreement, IsMissed) {
+    expectFound(
+        "text.agreement",
+        {"She don't like the colour of the walls in there.", "He have a big house by the sea.",
+         "We think that he often go to the market.", "They was at the station before us.",
+         "We has a plan for this.", "I is not sure about that.", "It have no effect on the price.",
+         "Everyone have to sign the form before noon.",
+         "Many people is waiting in front of the door.", "Young people has more time than we do.",
+         "The students who wants to come must write to us.",
+         "A person who have a ticket may go in.", "The teacher have to read all of the letters.",
+         "There is many reasons for this.", "There are a problem with the door.",
+         "These is the letters that came today.", "Does they know about the meeting?",
+         "Why do he write such letters?", "The engineer want the plans before Friday."});
+}
+
+TEST(Agreement, IsKept) {
+    expectSound({"She doesn't like it, and neither do they.",
+                 "Does he have a house by the sea?",
+                 "I suggest that he go to the market at once.",
+                 "If he were here, we would ask him about it.",
+                 "They saw him go to the market and let him have it.",
+                 "What they need is more time for the work.",
+                 "You and he have the same plan.",
+                 "World War I was over when they came home.",
+                 "One of the people who has a key is here.",
+                 "The number of people is growing every year.",
+                 "Five years is a long time to wait.",
+                 "Let everyone have a look at the plan.",
+                 "Making friends is easier than it seems.",
+                 "There is some truth in that.",
+                 "There are a few things to say about this.",
+                 "There are a cat and a dog in the yard.",
+                 "This is the only thing we have in common.",
+                 "The man and the woman who have the key are late.",
+                 "It is important that the teacher have a key.",
+                 "All the people he knows have left the city.",
+                 "Should he fail, we will try it again."});
+}
+
+TEST(VerbForms, AreWrong) {
+    expectFound("text.verb_form", {"She can goes home when the work is done.",
+                                   "We must went to the station at once.",
+                                   "They didn't went to the meeting.",
+                                   "He does not has the time for that.",
+                                   "I have went there many times before.",
+                                   "She has wrote to us about the price.",
+                                   "He wants to went home before the others.",
+                                   "It seems that our plans are depend on the weather.",
+                                   "I think we are agree in this.",
+                                   "The letter was wrote in the spring.",
+                                   "They enjoy to swim in the sea.",
+                                   "We are able understand it now.",
+                                   "I want go home before it rains.",
+                                   "She let him to go home before noon.",
+                                   "This is good for learn about the city.",
+                                   "We look forward to meet you in the spring.",
+                                   "You should careful, since it is glass.",
+                                   "They have never saw the sea before.",
+                                   "It could works if we try it.",
+                                   "We were suppose to be there at nine.",
+                                   "He must to leave before the others."});
+}
+
+TEST(VerbForms, AreRight) {
+    expectSound({"She can go home when the work is done.",
+                 "The will has been read to all of us.",
+                 "All we can do is wait and see.",
+                 "The best I could do was to call them.",
+                 "They did what they could to help us.",
+                 "He had better go before it rains.",
+                 "I have to go, and he has gone already.",
+                 "The work they have led to a new plan.",
+                 "What you have to do is learn the rules.",
+                 "They made us feel at home.",
+                 "He was made to wait in the rain.",
+                 "We used to go there in the summer.",
+                 "It is used to make paper.",
+                 "In May was the first meeting of the year.",
+                 "She may have been there before us.",
+                 "Not only did he go, he stayed for days.",
+                 "Of course we would of course help you.",
+                 "They stopped to eat at noon.",
+                 "The news has spread to all of the towns.",
+                 "To be or not to be, that is it."});
+}
+
+TEST(Number, IsWrong) {
+    expectFound("text.number",
+                {"These thing are not what we asked for.", "There were many student in the hall.",
+                 "We need three chair for the guests.", "She bought a cars from her brother.",
+                 "Another people came to the door.", "We had too much problems with it.",
+                 "It was one of the best movie that we saw.", "He gave us many informations.",
+                 "We asked for an advice before the meeting.",
+                 "Most of people like it when it rains.", "Others people came by train.",
+                 "We also went to other country in the spring.",
+                 "A lot of student were late for the lesson.",
+                 "This problems are new to all of us.", "It is the 2th time that this happens.",
+                 "All of the student were there in time.", "There are many kind of tea here."});
+}
+
+TEST(Number, IsRight) {
+    expectSound(
+        {"These things are what we asked for.", "Many a student has been late for it.",
+         "They live in a two bedroom apartment.", "It is a sales meeting like all others.",
+         "We waited for a few days and a hundred hours.", "Every two weeks they come to us.",
+         "One of the best things is the view.", "He has much more problems than we have.",
+         "The other country has no sea at all.", "In other words, it is over.",
+         "All day long it rained on the roof.", "The people of this country are kind.",
+         "It is the 2nd and the 11th and the 21st time.", "What other reason could there be?",
+         "A lot of time and money went into it.", "They gave us some information about it."});
+}
+
+TEST(Articles, AreWrong) {
+    expectFound("text.article",
+                {"It took an long time to read it.", "She is a honest woman.",
+                 "This is a old house by the sea.", "They built an university in the city.",
+                 "It was the my best day in the year.", "It is good idea to ask them.",
+                 "We live in big city by the sea.", "He has big car and no time.",
+                 "When student comes late, we wait for him."});
+}
+
+TEST(Articles, AreRight) {
+    expectSound({"It took an hour to read an honest letter.", "A European and a one-eyed man met.",
+                 "She went to a university in the north.", "A US company has an FBI agent.",
+                 "An umbrella and a uniform are in the hall.",
+                 "Vitamin A is in it, and a and b too.", "It is time to go to school by car.",
+                 "He is at home and in good health.", "They came by bus, from door to door.",
+                 "It is a kind of tea.", "She is president of the club.",
+                 "He gave her the book and the pen.", "We have time, and we have good news."});
+}
+
+TEST(Articles, AreLeftOutOfNotesOnCode) {
+    expectSound({"Run `make` first. It is good idea for big project."});
+}
+
+TEST(Capitals, BeginASentence) {
+    expectFound("text.capital", {"the meeting was moved to the end of the week.",
+                                 "however, we have not heard from them yet."});
+    expectSound({"npm is what we use for all of this.", "not so fast, my friend",
+                 "The meeting was moved.\n\nThe rest of it stays as it is.",
+                 "Dear Ana,\n\nwe have not heard from you for some days.",
+                 "iPhones are what they use for all of this."});
+}
+
+TEST(Comparison, IsWrong) {
+    expectFound("text.comparison",
+                {"This way is more better than the other.", "It was the most easiest of them all.",
+                 "The new one is more cheap than the old one.",
+                 "She is as taller as her brother."});
+    expectSound({"More older people live here than before.", "It is better, and more so every day.",
+                 "The more, the better it is for us.", "This is far easier than it was."});
+}
+
+TEST(ConfusedWords, AreFound) {
+    expectFound("text.confused_word",
+                {"Their is no reason to wait for them.", "They took there own car to the sea.",
+                 "Its a long way from here to the sea.", "The dog had it's own bed.",
+                 "I think your the best of us all.", "We could of gone there by train.",
+                 "She is taller then her brother is.", "We would rather then that wait here.",
+                 "It is to late to call them now.", "They want to loose weight before summer.",
+                 "It had a bad affect on all of us.", "We swim in the sea everyday.",
+                 "He said that i was late for it.", "We want too go home before noon.",
+                 "They belief that it is over."});
+}
+
+TEST(ConfusedWords, AreRight) {
+    expectSound({"Their car is there, and they're in it.", "Its colour is the same as before.",
+                 "It's a long way, and its end is far.", "Of course we could, of course.",
+                 "If it gets warmer then we go out.", "It is an everyday thing for us.",
+                 "They let the dogs loose in the yard.", "The effect on us is small.",
+                 "For i in the list, do it again.", "It is too late, and he is too old to go."});
+}
+
+TEST(Usage, IsWrong) {
+    expectFound("text.usage",
+                {"In the other hand, it is cheap and near.", "It depends of the weather in May.",
+                 "We discussed about the plan for hours.", "Despite of the rain we went out.",
+                 "Although it was late, but we went out.", "Because it was late, so we went home.",
+                 "He has twenty years old and lives here.", "They live here since two years.",
+                 "I very like the view from here.", "We have lot of guests in the hall.",
+                 "We went there with they, and it was fine."});
+    expectSound({"On the other hand, it is cheap and near.", "Although it was late, we went out.",
+                 "The lot of the poor has not changed.", "It was late, but we went out.",
+                 "Since two years ago we live by the sea.",
+                 "He has twenty years of work behind him."});
+}
+
+TEST(Grammar, NamesTheRuleThePlaceAndTheWords) {
+    const Finding finding =
+        onlyFinding(critiqueText(textPart("The letter came.\nShe don't like it at all.")).findings,
+                    "text.agreement");
+    EXPECT_EQ(finding.severity, Severity::medium);
+    EXPECT_EQ(finding.place, "line 2, column 1");
+    EXPECT_EQ(finding.evidence, "She don't");
+}
+
+TEST(Grammar, ReadsOnlyEnglish) {
+    expectSound({"Die Wagen were nicht da, und wir haben sie gesucht, aber das ist vorbei.",
+                 "Nous avons a idea dans la maison et les autres sont dans le jardin."});
+}
+
+TEST(Grammar, LeavesHeadingsTitlesAndTablesAlone) {
+    const Critique critique = critiqueDocument(
+        textPart("# She don't like it\n\nThis is what the people in the house think about it.\n\n"
+                 "| She don't | They was |\n|---|---|\n| a | b |\n",
+                 "a.md", "text/markdown"));
+    EXPECT_EQ(rulesOf(critique.findings), std::vector<std::string>());
+    expectSound({"It is in the paper of the year: She Have A House And They Was There."});
+}
+
+TEST(Grammar, SpeaksOfAPlaceOnce) {
+    std::size_t count = 0;
+    for (const Finding& finding :
+         critiqueText(textPart("He should can goes to an university.")).findings) {
+        (void)finding;
+        ++count;
+    }
+    EXPECT_EQ(count, 2U);
+}
+
+TEST(EnglishWords, KnowTheFormsOfVerbsAndNouns) {
+    EXPECT_NE(classesOf("studies") & kAnyThird, 0U);
+    EXPECT_NE(classesOf("preferred") & kRegularPast, 0U);
+    EXPECT_NE(classesOf("making") & kIng, 0U);
+    EXPECT_NE(classesOf("lying"), classesOf("making"));
+    EXPECT_NE(classesOf("went") & kPastOnly, 0U);
+    EXPECT_EQ(classesOf("bought") & kPastOnly, 0U);
+    EXPECT_NE(classesOf("children") & kPlural, 0U);
+    EXPECT_NE(classesOf("countries") & kPlural, 0U);
+    EXPECT_NE(classesOf("easier") & kComparative, 0U);
+    EXPECT_NE(classesOf("biggest") & kSuperlative, 0U);
+    EXPECT_EQ(classesOf("xqwzvy"), 0U);
+}
+
+TEST(Grammar, GrowsWithTheText) {
+    for (const std::string piece :
+         {"he ", "a ", "is to ", "one of the ", "because, ", "there are a big ", "the most more ",
+          "I have not always ", "in the other hand ", "students who ", "don't "}) {
+        expectModestGrowth(std::vector<std::size_t>{16'384, 65'536, 262'144},
+                           [&](std::size_t bytes) {
+                               std::string text = "This is what we have for them.\n\n";
+                               while (text.size() < bytes) text += piece;
+                               (void)critiqueText(textPart(text));
+                           });
+    }
+}
+
+} // namespace
+} // namespace trevix
