@@ -142,6 +142,19 @@ bool isOpenEnd(std::string_view word) {
     return text::isOneOf(letters, kOpenEnds);
 }
 
+/// One upright stroke: in many typefaces I, l and 1 have no other shape, and a dot is a pixel or
+/// two.
+bool isOneStroke(std::string_view word) {
+    std::size_t strokes = 0;
+    for (const char c : word) {
+        if (c == 'i' || c == 'I' || c == 'l' || c == '1' || c == '|')
+            ++strokes;
+        else if (text::isAsciiWord(c) || static_cast<unsigned char>(c) >= 0x80)
+            return false;
+    }
+    return strokes == 1;
+}
+
 class Writer {
 public:
     Writer(const std::vector<PictureWord>& words, PictureText& out) : m_words(words), m_out(out) {}
@@ -166,6 +179,7 @@ public:
             const bool parted = i + 1 == segment.last && goesOnBelow && word.text.ends_with('-');
             const bool masks = foreign || m_split || parted || !word.whole ||
                                word.confidence < kSureConfidence || !isOfLanguage(word.text) ||
+                               isOneStroke(word.text) ||
                                (count <= kLabelWords && isOpenEnd(word.text));
             m_split = parted;
             if (masks)

@@ -21,9 +21,9 @@ constexpr int kLeastMargin = 3;
 constexpr int kEndShare = 2;
 /// Pixels of white around the cut, which the reader expects.
 constexpr int kFrame = 10;
-/// Pixels of one cut: a line of 300 letters at the height above, longer ones come smaller. It bounds
-/// memory, and time that cannot be cut short: the reader looks at the clock between words, and at
-/// worst, over noise, takes six seconds a megapixel before the first.
+/// Pixels of one cut: a line of 300 letters at the height above, longer ones come smaller. It
+/// bounds memory, and time that cannot be cut short: the reader looks at the clock between words,
+/// and at worst, over noise, takes six seconds a megapixel before the first.
 constexpr std::int64_t kMostCutPixels = 600'000;
 
 /// Levels of 255 between shades of one ground, as in glyph_strokes.cpp.

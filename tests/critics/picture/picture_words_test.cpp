@@ -216,6 +216,12 @@ TEST(PictureText, ABoardMayHaveAColumnOfOpenTasks) {
     EXPECT_EQ(page.text().masked[0].first, 0U);
 }
 
+TEST(PictureText, ALoneStrokeMayBeAnyOfSeveralLetters) {
+    Page page;
+    page.line(40, 20, {"Today", "i", "and", "I,", "with", "a", "friend", "in", "it,", "came."});
+    EXPECT_THAT(page.masked(), ElementsAre("i", "I,"));
+}
+
 TEST(PictureText, APartedWordIsNoWord) {
     Page page;
     page.line(40, 20, {"Here", "a", "long", "line", "ends", "in", "an", "exam-"});
