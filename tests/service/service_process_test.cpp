@@ -116,11 +116,14 @@ protected:
         }
         return children;
     }
-    /// Blocks until the service has a child at work.
-    static pid_t awaitChildOf(pid_t parent) {
+    /// Blocks until the service has a child that judges. Others tell which programs are here.
+    static pid_t awaitJudgeOf(pid_t parent) {
         while (true) {
-            const auto children = childrenOf(parent);
-            if (!children.empty()) return children.front();
+            for (const pid_t child : childrenOf(parent)) {
+                const std::string command =
+                    contentOf("/proc/" + std::to_string(child) + "/cmdline");
+                if (command.find("--worker") != std::string::npos) return child;
+            }
             std::this_thread::yield();
         }
     }
@@ -393,7 +396,7 @@ TEST_F(ServiceProcessTest, AChildThatIsKilledCostsOnlyWhatItHadNotSaid) {
     std::string text;
     while (text.size() < 8'000'000) text += workNumber(1);
     const std::string job = submit(text);
-    ::kill(awaitChildOf(process->pid()), SIGKILL);
+    ::kill(awaitJudgeOf(process->pid()), SIGKILL);
     const json answer = finished(job);
     EXPECT_EQ(answer.at("status"), "completed") << answer;
     const json& summary = answer.at("result_summary");
@@ -407,7 +410,7 @@ TEST_F(ServiceProcessTest, ACancelledJobEndsItsChild) {
     std::string text;
     while (text.size() < 8'000'000) text += workNumber(1);
     const std::string job = submit(text);
-    const pid_t child = awaitChildOf(process->pid());
+    const pid_t child = awaitJudgeOf(process->pid());
     const Reply reply = roundTrip(
         m_port, requestText("DELETE", "/api/v1/eval/jobs/" + job, HeaderLines(m_keyed), ""));
     EXPECT_EQ(reply.status, 200) << reply.body;
@@ -423,7 +426,7 @@ TEST_F(ServiceProcessTest, WhatACrashLeftOfTheWorkGoesAtTheNextStart) {
         std::string text;
         while (text.size() < 8'000'000) text += workNumber(1);
         submit(text);
-        const pid_t child = awaitChildOf(process->pid());
+        const pid_t child = awaitJudgeOf(process->pid());
         process->signal(SIGKILL);
         process->end();
         while (::kill(child, 0) == 0) std::this_thread::yield(); // it ends with the service

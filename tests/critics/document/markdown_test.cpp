@@ -146,6 +146,14 @@ TEST(Outline, UnclosedParts) {
     EXPECT_EQ(comment("<!--\n\na\n\n-->\n"), std::nullopt);
 }
 
+/// How often the coverage says that the structure behind some line was not read.
+std::ptrdiff_t structureGaps(const Coverage& coverage) {
+    return std::count_if(coverage.notChecked.begin(), coverage.notChecked.end(),
+                         [](const NotChecked& gap) {
+                             return gap.what.find("structure of Markdown behind line") == 0;
+                         });
+}
+
 TEST(Outline, BehindTheFirstMebibyteOnlyProseIsRead) {
     std::string text = "# Title\n\n";
     while (text.size() < (1U << 20U) + 100) text += "A line of text stands here.\n\n";
@@ -159,9 +167,7 @@ TEST(Outline, BehindTheFirstMebibyteOnlyProseIsRead) {
     EXPECT_EQ(text.substr(outline.prose.blocks.back().begin), "The last words.\n");
     Part part;
     part.text = text;
-    const Coverage coverage = critiqueDocument(part).coverage;
-    ASSERT_EQ(coverage.notChecked.size(), 1U);
-    EXPECT_EQ(coverage.notChecked[0].what.find("structure of Markdown behind line"), 0U);
+    EXPECT_EQ(structureGaps(critiqueDocument(part).coverage), 1);
 }
 
 TEST(Outline, TheCriticSaysWhoReadTheStructure) {
@@ -172,7 +178,7 @@ TEST(Outline, TheCriticSaysWhoReadTheStructure) {
         std::count(coverage.checkedBy.begin(), coverage.checkedBy.end(),
                    CheckedBy{"cmark-gfm", std::string(markdownVersion()), "structure of Markdown"}),
         1);
-    EXPECT_TRUE(coverage.notChecked.empty());
+    EXPECT_EQ(structureGaps(coverage), 0);
 }
 
 // ---- the specification's own examples -----------------------------------------------------------

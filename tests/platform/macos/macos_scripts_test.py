@@ -54,7 +54,8 @@ class OnMacos(unittest.TestCase):
         for program in [self.tools / "uname", self.tools / "brew", self.tools / "cmake",
                         self.tools / "ctest", self.bundle,
                         self.checkout / "build/release/trevix-local",
-                        self.checkout / "scripts/grammars", self.checkout / "scripts/real-tools"]:
+                        self.checkout / "scripts/grammars", self.checkout / "scripts/engines",
+                        self.checkout / "scripts/real-tools"]:
             program.parent.mkdir(parents=True, exist_ok=True)
             program.write_text(STAND_IN)
             program.chmod(0o755)
@@ -133,8 +134,9 @@ class OnMacos(unittest.TestCase):
         result = self.run_script("bootstrap", "build")
         self.assertEqual(result.returncode, 0, result.stderr)
         self.assertEqual(self.installed(), [{"ninja", "pkgconf", "nlohmann-json", "utf8proc",
-                                             "libpng", "cpp-httplib", "sqlite", "re2", "tree-sitter", "cmark-gfm",
-                                             "node"}])
+                                             "libpng", "cpp-httplib", "sqlite", "re2",
+                                             "tree-sitter", "cmark-gfm", "hunspell", "tesseract",
+                                             "poppler", "libzip", "pugixml", "node"}])
         self.assertEqual(len(self.calls("grammars")), 1)
 
     def test_bootstrap_does_nothing_when_everything_is_there(self):
