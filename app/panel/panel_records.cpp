@@ -111,6 +111,7 @@ VerdictRecord verdictRecord(const VerdictSection& verdict) {
     record.band = text(graded.pill.label);
     record.bandTint = value(graded.pill.tint);
     record.bandLabelTint = value(graded.pill.labelTint);
+    record.bandToolTip = text(graded.pill.toolTip);
     record.score = text(graded.score);
     if (graded.report) record.report = text(graded.report->label);
     record.error = text(graded.error);

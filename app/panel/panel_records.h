@@ -120,6 +120,7 @@ struct VerdictRecord {
     Q_PROPERTY(QString band MEMBER band CONSTANT)
     Q_PROPERTY(int bandTint READ bandTintNumber CONSTANT)
     Q_PROPERTY(int bandLabelTint READ bandLabelTintNumber CONSTANT)
+    Q_PROPERTY(QString bandToolTip MEMBER bandToolTip CONSTANT)
     Q_PROPERTY(QString score MEMBER score CONSTANT)
     Q_PROPERTY(QString report MEMBER report CONSTANT)
     Q_PROPERTY(QString error MEMBER error CONSTANT)
@@ -135,6 +136,7 @@ public:
     QString band;
     PanelTint::Value bandTint = PanelTint::Value::Gray;
     PanelTint::Value bandLabelTint = PanelTint::Value::White;
+    QString bandToolTip; ///< Empty: there is none.
     QString score;
     QString report; ///< What the link to the report says; empty: there is none to open.
     QString error;

@@ -74,6 +74,7 @@ FocusScope {
                 }
                 VerdictSection {
                     theme: root.theme
+                    tip: tip
                     verdict: root.bridge.verdict
                     visible: verdict.shown
                     width: parent.width

@@ -5,6 +5,7 @@ Column {
     id: root
 
     required property Theme theme
+    required property PanelToolTip tip
     required property verdictRecord verdict
     signal reportAsked
 
@@ -39,10 +40,13 @@ Column {
 
         BandPill {
             id: pill
+            objectName: "bandPill"
             theme: root.theme
+            tip: root.tip
             label: root.verdict.band
             tint: root.verdict.bandTint
             labelTint: root.verdict.bandLabelTint
+            toolTip: root.verdict.bandToolTip
             width: implicitWidth
             height: implicitHeight
             anchors.verticalCenter: parent.verticalCenter
