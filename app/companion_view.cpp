@@ -20,6 +20,10 @@ using text::shownWithin;
 
 // A panel is for a glance: the rest is in the report, and is counted.
 constexpr std::size_t kFlawsShown = 3;
+// A tool tip that is read while the pointer rests. At the panel's width a line of so many
+// characters takes two rows, so that the whole stays lower than the lowest panel with a verdict.
+constexpr std::size_t kCoverageLines = 8;
+constexpr std::size_t kCoverageLineLength = 80;
 // Two names of tools fit side by side at the panel's width.
 constexpr std::size_t kAgentsPerRow = 2;
 constexpr const char* kPipelineArrow = "  →  ";
@@ -62,9 +66,37 @@ NowSection nowSection(const DetectedApp& detected, const AppCatalog& catalog) {
     return now;
 }
 
+// One line: a beginning of ours and what comes from outside, cut to fit behind it.
+std::string coverageLine(const std::string& beginning, const std::string& said) {
+    const std::size_t room = kCoverageLineLength - text::characterCount(beginning);
+    const std::string_view fits = text::firstCharacters(said, room);
+    if (fits.size() == said.size()) return beginning + shownWithin(said);
+    return beginning + shownWithin(std::string(text::firstCharacters(said, room - 1)) + "…");
+}
+
+std::string coverageLine(const CheckedBy& by) {
+    std::string said = by.engine;
+    if (!by.version.empty()) said += " " + by.version;
+    if (!by.knows.empty()) said += ": " + by.knows;
+    return coverageLine("Judged by ", said);
+}
+
+std::string coverageLine(const NotChecked& gap) {
+    std::string why = gap.why;
+    if (!why.empty() && !gap.remedy.empty()) why += "; ";
+    why += gap.remedy;
+    return coverageLine("Not checked: ", why.empty() ? gap.what : gap.what + " (" + why + ")");
+}
+
+// Whether somebody answered, and nobody there knows this kind of work.
+bool isBeyondTheService(const Verdict& verdict) {
+    return verdict.band == Band::unknown && !verdict.error && !verdict.notChecked.empty();
+}
+
 VerdictSection::Graded graded(const Verdict& verdict) {
     VerdictSection::Graded section;
     section.pill = bandPill(verdict.band);
+    section.pill.toolTip = coverageTip(verdict);
     if (verdict.score) {
         if (const auto number = scoreText(*verdict.score)) section.score = "Trevix " + *number;
     }
@@ -75,7 +107,9 @@ VerdictSection::Graded graded(const Verdict& verdict) {
     if (verdict.flaws.size() > shown) {
         section.more = "+" + std::to_string(verdict.flaws.size() - shown) + " more";
     }
-    if (verdict.flaws.empty()) {
+    if (verdict.flaws.empty() && isBeyondTheService(verdict)) {
+        section.summary = "Nobody here can judge this kind of work.";
+    } else if (verdict.flaws.empty()) {
         section.summary = clears(verdict.band) ? "Clears your bar — ready to ship."
                                                : "Held below your bar. No itemised flaws returned.";
     }
@@ -107,7 +141,10 @@ ActionRow actionRow(const CompanionModel& model) {
             .getKey = {.label = "Get a free key to start grading →",
                        .symbol = std::nullopt,
                        .visible = !*model.hasKey,
-                       .enabled = true}};
+                       .enabled = true},
+            .cancel = *model.grading ? std::optional(CancelLink{.label = "Cancel",
+                                                                .spokenName = "Cancel the grade"})
+                                     : std::nullopt};
 }
 
 AgentsSection agentsSection(const std::vector<DetectedAgent>& agents) {
@@ -211,6 +248,20 @@ BandPillView bandPill(Band band) {
         break;
     }
     return {.label = "—", .tint = Tint::gray, .labelTint = Tint::white};
+}
+
+std::string coverageTip(const Verdict& verdict) {
+    const std::size_t forGaps = std::min(verdict.notChecked.size(), kCoverageLines / 2);
+    const std::size_t judges = std::min(verdict.checkedBy.size(), kCoverageLines - forGaps);
+    const std::size_t gaps = std::min(verdict.notChecked.size(), kCoverageLines - judges);
+    std::vector<std::string> lines;
+    for (std::size_t i = 0; i < judges; ++i) lines.push_back(coverageLine(verdict.checkedBy[i]));
+    for (std::size_t i = 0; i < gaps; ++i) lines.push_back(coverageLine(verdict.notChecked[i]));
+    const std::size_t left = verdict.checkedBy.size() + verdict.notChecked.size() - lines.size();
+    if (left > 0) lines.push_back("and " + std::to_string(left) + " more");
+    std::string tip;
+    for (const std::string& line : lines) tip += (tip.empty() ? "" : "\n") + line;
+    return tip;
 }
 
 FlawRow flawRow(const Flaw& flaw) {

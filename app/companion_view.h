@@ -49,6 +49,7 @@ struct BandPillView {
     std::string label;
     Tint tint = Tint::gray;
     Tint labelTint = Tint::white;
+    std::string toolTip = {}; ///< Lines; empty: there is none.
 
     bool operator==(const BandPillView&) const = default;
 };
@@ -99,10 +100,19 @@ struct ButtonView {
     bool operator==(const ButtonView&) const = default;
 };
 
+/// "Cancel", beside the progress of a grade.
+struct CancelLink {
+    std::string label;
+    std::string spokenName; ///< What assistive technology calls it.
+
+    bool operator==(const CancelLink&) const = default;
+};
+
 struct ActionRow {
     ButtonView grade;
     ButtonView iterate;
     ButtonView getKey;
+    std::optional<CancelLink> cancel = {}; ///< Present while a grade runs.
 
     bool operator==(const ActionRow&) const = default;
 };
@@ -176,6 +186,12 @@ struct CompanionViewRecord {
 [[nodiscard]] std::optional<std::string> scoreText(double score);
 
 [[nodiscard]] BandPillView bandPill(Band band);
+
+/// Who judged and what was not checked, one thing a line: at most eight lines of 80 characters, and
+/// a ninth that counts the rest. Half of the lines are kept for what was not checked, as far as
+/// there is so much of it. Empty when the service told neither.
+[[nodiscard]] std::string coverageTip(const Verdict& verdict);
+
 [[nodiscard]] FlawRow flawRow(const Flaw& flaw);
 [[nodiscard]] AgentChipView agentChip(const DetectedAgent& agent);
 

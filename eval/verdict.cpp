@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
 #include <initializer_list>
 #include <utility>
 
@@ -24,6 +25,39 @@ std::string firstString(const nlohmann::json& object, std::initializer_list<cons
         if (auto text = service_json::string(object, key)) return *std::move(text);
     }
     return {};
+}
+
+// The text under `key`, cut at so many characters; and, since one character can be made of any
+// number of marks, at so many bytes.
+std::string boundedString(const nlohmann::json& object, const char* key) {
+    constexpr std::size_t kMostBytes = EvalBridge::kLongestCoverageText * 8;
+    const std::string whole = service_json::string(object, key).value_or("");
+    std::string_view kept = text::firstCharacters(whole, EvalBridge::kLongestCoverageText);
+    if (kept.size() > kMostBytes) {
+        std::size_t end = kMostBytes;
+        while (end > 0 && (static_cast<unsigned char>(kept[end]) & 0xC0U) == 0x80U) --end;
+        kept = kept.substr(0, end);
+    }
+    return std::string(kept);
+}
+
+// The entries of an array of objects, each of three texts, the first of which says what it is.
+template <typename Entry>
+std::vector<Entry> entries(const nlohmann::json* value, const char* first, const char* second,
+                           const char* third) {
+    if (!value || !value->is_array()) return {};
+    if (!std::all_of(value->begin(), value->end(), [](const auto& e) { return e.is_object(); })) {
+        return {};
+    }
+    std::vector<Entry> found;
+    for (const nlohmann::json& object : *value) {
+        if (found.size() == EvalBridge::kMostCoverageEntries) break;
+        std::string name = boundedString(object, first);
+        if (name.empty()) continue;
+        found.push_back(
+            {std::move(name), boundedString(object, second), boundedString(object, third)});
+    }
+    return found;
 }
 
 } // namespace
@@ -96,6 +130,10 @@ Verdict verdictFrom(const nlohmann::json& summary, std::optional<std::string> ru
     verdict.score = service_json::number(summary, "score");
     verdict.flaws = parseFlaws(service_json::find(summary, "flaws"));
     verdict.runId = std::move(runId);
+    verdict.checkedBy =
+        entries<CheckedBy>(service_json::find(summary, "checked_by"), "engine", "version", "knows");
+    verdict.notChecked =
+        entries<NotChecked>(service_json::find(summary, "not_checked"), "what", "why", "remedy");
     return verdict;
 }
 

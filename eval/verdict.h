@@ -8,6 +8,7 @@
 
 #include <nlohmann/json_fwd.hpp>
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -22,6 +23,24 @@ struct Flaw {
     std::string detail;
 
     bool operator==(const Flaw&) const = default;
+};
+
+/// An engine that looked at the work.
+struct CheckedBy {
+    std::string engine;  ///< Never empty when it came from the service.
+    std::string version; ///< Empty when the service gave none.
+    std::string knows;   ///< What it judged, for people. Empty when the service gave none.
+
+    bool operator==(const CheckedBy&) const = default;
+};
+
+/// Something about the work that nobody at the service judged.
+struct NotChecked {
+    std::string what; ///< Never empty when it came from the service.
+    std::string why;
+    std::string remedy; ///< What would change that. Empty when the service gave none.
+
+    bool operator==(const NotChecked&) const = default;
 };
 
 enum class Band {
@@ -54,7 +73,9 @@ struct Verdict {
     std::vector<Flaw> flaws;          ///< In the service's order.
     std::optional<std::string> runId; ///< Needed to iterate on the run.
     bool warming = false; ///< Only on a time-out: the grader had said that it was warming up.
-    std::optional<std::string> error; ///< Present only on failure, for people.
+    std::optional<std::string> error;        ///< Present only on failure, for people.
+    std::vector<CheckedBy> checkedBy = {};   ///< Empty when the service does not tell.
+    std::vector<NotChecked> notChecked = {}; ///< Likewise.
 
     bool operator==(const Verdict&) const = default;
 
@@ -68,7 +89,15 @@ namespace EvalBridge {
 /// control characters included: whoever shows them makes them harmless.
 [[nodiscard]] std::vector<Flaw> parseFlaws(const nlohmann::json* value);
 
-/// The verdict in a summary of the service. Absent keys leave their fields empty.
+/// Entries of `checkedBy`, and of `notChecked`, that are kept, and characters of each of their
+/// texts: several times what a service tells, and little enough to compare and to lay out at any
+/// time.
+inline constexpr std::size_t kMostCoverageEntries = 50;
+inline constexpr std::size_t kLongestCoverageText = 300;
+
+/// The verdict in a summary of the service. Absent keys leave their fields empty. Who judged and
+/// what nobody judged are read like flaws, from arrays of objects; an entry without its first text
+/// is passed over, and both are cut at the two bounds above.
 [[nodiscard]] Verdict verdictFrom(const nlohmann::json& summary, std::optional<std::string> runId);
 
 } // namespace EvalBridge

@@ -111,6 +111,7 @@ VerdictRecord verdictRecord(const VerdictSection& verdict) {
     record.band = text(graded.pill.label);
     record.bandTint = value(graded.pill.tint);
     record.bandLabelTint = value(graded.pill.labelTint);
+    record.bandToolTip = text(graded.pill.toolTip);
     record.score = text(graded.score);
     if (graded.report) record.report = text(graded.report->label);
     record.error = text(graded.error);
@@ -125,6 +126,10 @@ ActionsRecord actionsRecord(const ActionRow& actions) {
     record.grade = buttonRecord(actions.grade);
     record.iterate = buttonRecord(actions.iterate);
     record.getKey = buttonRecord(actions.getKey);
+    if (actions.cancel) {
+        record.cancel = text(actions.cancel->label);
+        record.cancelName = text(actions.cancel->spokenName);
+    }
     return record;
 }
 

@@ -120,6 +120,7 @@ struct VerdictRecord {
     Q_PROPERTY(QString band MEMBER band CONSTANT)
     Q_PROPERTY(int bandTint READ bandTintNumber CONSTANT)
     Q_PROPERTY(int bandLabelTint READ bandLabelTintNumber CONSTANT)
+    Q_PROPERTY(QString bandToolTip MEMBER bandToolTip CONSTANT)
     Q_PROPERTY(QString score MEMBER score CONSTANT)
     Q_PROPERTY(QString report MEMBER report CONSTANT)
     Q_PROPERTY(QString error MEMBER error CONSTANT)
@@ -135,6 +136,7 @@ public:
     QString band;
     PanelTint::Value bandTint = PanelTint::Value::Gray;
     PanelTint::Value bandLabelTint = PanelTint::Value::White;
+    QString bandToolTip; ///< Empty: there is none.
     QString score;
     QString report; ///< What the link to the report says; empty: there is none to open.
     QString error;
@@ -167,11 +169,15 @@ struct ActionsRecord {
     Q_PROPERTY(kelvane::ButtonRecord grade MEMBER grade CONSTANT)
     Q_PROPERTY(kelvane::ButtonRecord iterate MEMBER iterate CONSTANT)
     Q_PROPERTY(kelvane::ButtonRecord getKey MEMBER getKey CONSTANT)
+    Q_PROPERTY(QString cancel MEMBER cancel CONSTANT)
+    Q_PROPERTY(QString cancelName MEMBER cancelName CONSTANT)
 
 public:
     ButtonRecord grade;
     ButtonRecord iterate;
     ButtonRecord getKey;
+    QString cancel;     ///< What the link beside the progress says; empty: there is none.
+    QString cancelName; ///< What assistive technology calls it.
 };
 
 struct ChipRecord {

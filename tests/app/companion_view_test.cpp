@@ -176,6 +176,16 @@ TEST_F(CompanionViewTest, WhileGradingNothingElseOfTheVerdictShows) {
                                               .note = std::nullopt}));
 }
 
+TEST_F(CompanionViewTest, OnlyAGradeThatRunsCanBeCancelled) {
+    EXPECT_EQ(view().actions.cancel, std::nullopt);
+    model.grading = true;
+    EXPECT_EQ(view().actions.cancel,
+              (CancelLink{.label = "Cancel", .spokenName = "Cancel the grade"}));
+    model.grading = false;
+    gradedWith(Band::ship);
+    EXPECT_EQ(view().actions.cancel, std::nullopt);
+}
+
 TEST_F(CompanionViewTest, WhileGradingBothButtonsAreDisabled) {
     inFront(figma());
     model.hasKey = true;
@@ -198,6 +208,97 @@ TEST(BandPill, HasALabelAndColoursForEachBand) {
         {Band::unknown, {.label = "—", .tint = Tint::gray, .labelTint = Tint::white}},
     };
     for (const auto& [band, pill] : cases) EXPECT_EQ(bandPill(band), pill) << name(band);
+}
+
+Verdict told(std::vector<CheckedBy> checkedBy, std::vector<NotChecked> notChecked) {
+    Verdict verdict;
+    verdict.band = Band::ship;
+    verdict.checkedBy = std::move(checkedBy);
+    verdict.notChecked = std::move(notChecked);
+    return verdict;
+}
+
+std::vector<std::string> linesOf(const std::string& tip) {
+    std::vector<std::string> lines{""};
+    for (const char c : tip) {
+        if (c == '\n') {
+            lines.emplace_back();
+        } else {
+            lines.back() += c;
+        }
+    }
+    return lines;
+}
+
+TEST(CoverageTip, SaysWhoJudgedAndWhatWasNotCheckedOneThingALine) {
+    EXPECT_EQ(coverageTip(told({{"trevix", "0.1.0", "prose"}, {"cmark", "", ""}},
+                               {{"spelling", "no dictionary", "install one"},
+                                {"sound", "nobody hears", ""},
+                                {"links", "", ""}})),
+              "Judged by trevix 0.1.0: prose\n"
+              "Judged by cmark\n"
+              "Not checked: spelling (no dictionary; install one)\n"
+              "Not checked: sound (nobody hears)\n"
+              "Not checked: links");
+}
+
+TEST(CoverageTip, IsEmptyWhenTheServiceToldNeither) {
+    EXPECT_EQ(coverageTip(Verdict{}), "");
+    EXPECT_EQ(bandPill(Band::ship).toolTip, "");
+}
+
+TEST(CoverageTip, HasEightLinesAndCountsTheRest) {
+    const std::vector<CheckedBy> judges(20, CheckedBy{"e", "", ""});
+    const std::vector<NotChecked> gaps(20, NotChecked{"w", "", ""});
+    const auto both = linesOf(coverageTip(told(judges, gaps)));
+    ASSERT_EQ(both.size(), 9U);
+    EXPECT_EQ(both[3], "Judged by e");
+    EXPECT_EQ(both[4], "Not checked: w");
+    EXPECT_EQ(both[8], "and 32 more");
+    EXPECT_EQ(linesOf(coverageTip(told(judges, {{"w", "", ""}})))[7], "Not checked: w");
+    EXPECT_EQ(linesOf(coverageTip(told({}, gaps))).back(), "and 12 more");
+    EXPECT_EQ(
+        linesOf(coverageTip(told(std::vector<CheckedBy>(8, CheckedBy{"e", "", ""}), {}))).size(),
+        8U);
+}
+
+TEST(CoverageTip, CutsALineAtEightyCharactersWithAnEllipsis) {
+    const auto line = [](std::size_t length) {
+        return coverageTip(told({{std::string(length, 'x'), "", ""}}, {}));
+    };
+    EXPECT_EQ(line(70), "Judged by " + std::string(70, 'x'));
+    EXPECT_EQ(line(71), "Judged by " + std::string(69, 'x') + "…");
+    EXPECT_EQ(line(5000), line(71));
+}
+
+TEST(CoverageTip, CannotTurnOrBreakWhatStandsAroundIt) {
+    EXPECT_EQ(coverageTip(told({{"a\nb", "\x1b[2J", "\u202ec"}}, {{"שלום", "", ""}})),
+              "Judged by a b  [2J: c\nNot checked: \u2068שלום\u2069");
+}
+
+TEST_F(CompanionViewTest, ThePillTellsWhoJudged) {
+    model.verdict = told({{"trevix", "1", ""}}, {});
+    EXPECT_EQ(graded().pill.toolTip, "Judged by trevix 1");
+    EXPECT_EQ(graded().pill.label, "SHIP");
+}
+
+TEST_F(CompanionViewTest, WorkThatNobodyCanJudgeIsNotSaidToBeHeld) {
+    Verdict verdict = told({}, {{"prose", "nobody knows the language", ""}});
+    verdict.band = Band::unknown;
+    model.verdict = verdict;
+    EXPECT_EQ(graded().pill.label, "—");
+    EXPECT_EQ(graded().summary, "Nobody here can judge this kind of work.");
+    verdict.error = "it broke";
+    model.verdict = verdict;
+    EXPECT_EQ(graded().summary, kHeld);
+    verdict.error = std::nullopt;
+    verdict.notChecked.clear();
+    model.verdict = verdict;
+    EXPECT_EQ(graded().summary, kHeld);
+    verdict = told({}, {{"links", "", ""}});
+    verdict.band = Band::route_to_fix;
+    model.verdict = verdict;
+    EXPECT_EQ(graded().summary, kHeld);
 }
 
 TEST(ScoreText, IsTimesAHundredRoundedHalfAwayFromZero) {

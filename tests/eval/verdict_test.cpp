@@ -12,6 +12,8 @@
 namespace kelvane {
 namespace {
 
+using EvalBridge::kLongestCoverageText;
+using EvalBridge::kMostCoverageEntries;
 using EvalBridge::parseFlaws;
 using EvalBridge::verdictFrom;
 using nlohmann::json;
@@ -228,6 +230,52 @@ TEST(VerdictFrom, AScoreOfAnotherTypeIsAbsent) {
 TEST(VerdictFrom, TheBandIsNeverDerivedFromTheScore) {
     EXPECT_EQ(verdictIn(R"({"score":1.0})").band, Band::unknown);
     EXPECT_EQ(verdictIn(R"({"score":0.0,"band":"ship"})").band, Band::ship);
+}
+
+TEST(VerdictFrom, ReadsWhoJudgedAndWhatNobodyDid) {
+    const Verdict verdict = verdictIn(
+        R"({"checked_by":[{"engine":"e","version":"1","knows":"k"},{"engine":"f","version":5}],
+            "not_checked":[{"what":"w","why":"y","remedy":"r"},{"what":"x","why":null}]})");
+    EXPECT_EQ(verdict.checkedBy, (std::vector<CheckedBy>{{"e", "1", "k"}, {"f", "", ""}}));
+    EXPECT_EQ(verdict.notChecked, (std::vector<NotChecked>{{"w", "y", "r"}, {"x", "", ""}}));
+}
+
+TEST(VerdictFrom, AServiceThatTellsNeitherLeavesBothEmpty) {
+    EXPECT_EQ(verdictIn(R"({"band":"ship"})"), (Verdict{.band = Band::ship,
+                                                        .score = std::nullopt,
+                                                        .flaws = {},
+                                                        .runId = std::nullopt,
+                                                        .warming = false,
+                                                        .error = std::nullopt}));
+}
+
+TEST(VerdictFrom, CoverageOfAnotherTypeOrWithoutANameCountsAsMissing) {
+    for (const char* value :
+         {"null", "5", R"("e")", "{}", "[5]", R"([{"engine":"e","what":"w"},5])", "[[]]", "[{}]",
+          R"([{"engine":"","what":""}])", R"([{"engine":7,"what":{}}])"}) {
+        const json summary = {{"checked_by", json::parse(value)},
+                              {"not_checked", json::parse(value)}};
+        EXPECT_EQ(verdictFrom(summary, std::nullopt), Verdict{}) << value;
+    }
+}
+
+TEST(VerdictFrom, CoverageOfAnyLengthIsBounded) {
+    const std::string marks = [] {
+        std::string text = "a";
+        for (int i = 0; i < 10'000; ++i) text += "\xCC\x81";
+        return text;
+    }();
+    json many = json::array();
+    for (std::size_t i = 0; i < kMostCoverageEntries + 50; ++i) {
+        many.push_back({{"engine", std::string(10'000, 'e')}, {"what", marks}});
+    }
+    const Verdict verdict =
+        verdictFrom({{"checked_by", many}, {"not_checked", many}}, std::nullopt);
+    ASSERT_EQ(verdict.checkedBy.size(), kMostCoverageEntries);
+    ASSERT_EQ(verdict.notChecked.size(), kMostCoverageEntries);
+    EXPECT_EQ(verdict.checkedBy[0].engine, std::string(kLongestCoverageText, 'e'));
+    EXPECT_LE(verdict.notChecked[0].what.size(), 8 * kLongestCoverageText);
+    EXPECT_TRUE(verdict.notChecked[0].what.ends_with("\xCC\x81"));
 }
 
 TEST(VerdictFrom, IgnoresAnErrorAndAWarmingInTheSummary) {

@@ -5,9 +5,11 @@ RoundedBox {
     id: root
 
     required property Theme theme
+    required property PanelToolTip tip
     required property string label
     required property int tint
     required property int labelTint
+    required property string toolTip
 
     implicitWidth: Math.ceil(words.implicitWidth) + 18
     implicitHeight: Math.ceil(words.implicitHeight) + 6
@@ -24,5 +26,11 @@ RoundedBox {
         wrapMode: Text.NoWrap
         font.pixelSize: theme.caption
         font.weight: Font.Bold
+        Accessible.description: root.toolTip
+    }
+    ToolTipArea {
+        visible: text !== ""
+        tip: root.tip
+        text: root.toolTip
     }
 }

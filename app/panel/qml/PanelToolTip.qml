@@ -53,7 +53,7 @@ RoundedBox {
         x: 8
         y: 5
         width: parent.width - 16
-        maximumLineCount: 4
+        maximumLineCount: 18
         font.pixelSize: theme.caption
         Accessible.ignored: true
     }

@@ -5,8 +5,11 @@ Column {
     id: root
 
     required property Theme theme
+    required property PanelToolTip tip
     required property verdictRecord verdict
+    required property actionsRecord actions
     signal reportAsked
+    signal cancelAsked
 
     spacing: 8
 
@@ -26,9 +29,20 @@ Column {
             theme: root.theme
             ink: theme.secondary
             text: root.verdict.progress
-            width: parent.width - spinner.width - parent.spacing
+            width: parent.width - spinner.width - cancel.width - 2 * parent.spacing
             anchors.verticalCenter: parent.verticalCenter
             font.pixelSize: theme.callout
+        }
+        LinkButton {
+            id: cancel
+            objectName: "cancelLink"
+            theme: root.theme
+            label: root.actions.cancel
+            width: implicitWidth
+            height: implicitHeight
+            anchors.verticalCenter: parent.verticalCenter
+            Accessible.name: root.actions.cancelName
+            onClicked: root.cancelAsked()
         }
     }
 
@@ -39,10 +53,13 @@ Column {
 
         BandPill {
             id: pill
+            objectName: "bandPill"
             theme: root.theme
+            tip: root.tip
             label: root.verdict.band
             tint: root.verdict.bandTint
             labelTint: root.verdict.bandLabelTint
+            toolTip: root.verdict.bandToolTip
             width: implicitWidth
             height: implicitHeight
             anchors.verticalCenter: parent.verticalCenter

@@ -181,6 +181,38 @@ TEST(PanelPointer, TheToolTipOfAnAgentTellsItsStateAndFollowsIt) {
     }
 }
 
+TEST(PanelPointer, ThePillTellsWhoJudgedAndKeepsItsPlace) {
+    ShownPanel plain(demo);
+    ShownPanel shown([](PanelFixture& panel) {
+        demo(panel);
+        auto verdict = *panel.model.verdict;
+        verdict->checkedBy.assign(20, CheckedBy{"engine", "1", std::string(200, 'k')});
+        panel.model.verdict = verdict;
+    });
+    EXPECT_EQ(shown.place(shown.item("bandPill")), plain.place(plain.item("bandPill")));
+    EXPECT_EQ(shown.view->height(), plain.view->height());
+
+    shown.moveTo(shown.item("bandPill"));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return shown.bubble().isVisible(); }));
+    EXPECT_EQ(shown.bubble().property("text").toString().toStdString(),
+              coverageTip(**shown.panel.model.verdict));
+    const QRectF room(0, 0, shown.view->width(), shown.view->height());
+    EXPECT_TRUE(room.contains(shown.place(shown.bubble())));
+
+    shown.panel.model.verdict = std::nullopt;
+    shown.bridge.redraw();
+    QCoreApplication::processEvents();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !shown.bubble().isVisible(); }));
+}
+
+TEST(PanelPointer, APillOfAServiceThatTellsNothingHasNoToolTip) {
+    ShownPanel shown(demo);
+    shown.moveTo(shown.item("bandPill"));
+    QTest::qWait(50);
+    EXPECT_FALSE(shown.bubble().isVisible());
+    EXPECT_TRUE(shown.bubble().property("source").value<QQuickItem*>() == nullptr);
+}
+
 TEST(PanelPointer, AToolTipStaysInsideThePanel) {
     ShownPanel shown(demo);
     const QRectF room(0, 0, shown.view->width(), shown.view->height());

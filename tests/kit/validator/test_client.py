@@ -10,7 +10,9 @@ import unittest
 import surroundings  # finds the engine  # noqa: F401
 from engine import client, settings, transport
 from engine.parts import Part
-from engine.verdict import Flaw, failure, parse_band, parse_flaws, verdict_from
+from engine.verdict import (LONGEST_ENTRY, MOST_ENTRIES, CheckedBy, Flaw, NotChecked, failure,
+                            parse_band, parse_checked_by, parse_flaws, parse_not_checked,
+                            verdict_from)
 
 SUBMITTED = {"job_id": "j1"}
 SHIPPED = {"status": "completed", "run_id": "r1", "result_summary": {
@@ -339,6 +341,43 @@ class VerdictTest(unittest.TestCase):
         self.assertEqual(verdict_from({"band": "block", "decision": "ship"}, None).band, "block")
         self.assertEqual(verdict_from({"band": 5, "decision": "ship"}, None).band, "ship")
         self.assertEqual(verdict_from({}, None).band, "unknown")
+
+    def test_who_judged_and_what_nobody_did_are_read_in_their_order(self):
+        verdict = verdict_from({
+            "band": "ship", "checked_by": [{"engine": "e", "version": "1", "knows": "k"},
+                                           {"engine": "f", "more": 5}],
+            "not_checked": [{"what": "w", "why": "y", "remedy": "r"}, {"what": "x", "why": 5}]},
+            None)
+        self.assertEqual(verdict.checked_by, (CheckedBy("e", "1", "k"), CheckedBy("f")))
+        self.assertEqual(verdict.not_checked, (NotChecked("w", "y", "r"), NotChecked("x")))
+
+    def test_a_service_that_tells_neither_leaves_both_empty(self):
+        verdict = verdict_from({"band": "ship"}, None)
+        self.assertEqual((verdict.checked_by, verdict.not_checked), ((), ()))
+
+    def test_lists_that_are_none_and_entries_without_a_name_count_as_missing(self):
+        for value in ("x", 5, None, {}, [5], [{"engine": "e", "what": "w"}, 5], [[]],
+                      [{"engine": "", "what": ""}], [{"engine": 5, "what": None}], [{}]):
+            self.assertEqual((parse_checked_by(value), parse_not_checked(value)), ((), ()), value)
+
+    def test_lists_and_texts_of_any_length_are_bounded(self):
+        flood = [{"engine": "e" * 10000, "what": "w" * 10000, "why": "y" * 10000}] * 10000
+        for entries in (parse_checked_by(flood), parse_not_checked(flood)):
+            self.assertEqual(len(entries), MOST_ENTRIES)
+            self.assertEqual(max(len(text) for text in entries[0]), LONGEST_ENTRY)
+            self.assertTrue(entries[0][0].endswith("…"))
+        whole = "w" * LONGEST_ENTRY
+        self.assertEqual(parse_not_checked([{"what": whole}])[0].what, whole)
+
+    def test_unknown_is_an_answer_only_with_what_was_not_checked_and_without_error(self):
+        gap = {"what": "prose"}
+        for summary, answered in (({"band": "unknown", "not_checked": [gap]}, True),
+                                  ({"band": "unknown", "not_checked": []}, False),
+                                  ({"band": "unknown"}, False),
+                                  ({"band": "ship", "not_checked": [gap]}, False)):
+            self.assertEqual(verdict_from(summary, None).is_beyond_the_service, answered, summary)
+        failed = verdict_from({"not_checked": [gap]}, None)._replace(error="no")
+        self.assertFalse(failed.is_beyond_the_service)
 
     def test_the_score_is_a_number_and_nothing_else(self):
         for value, score in ((1, 1.0), (0.5, 0.5), ("1", None), (True, None), (None, None),

@@ -18,9 +18,13 @@ FLAW = {"severity": "high", "criterion": "c", "rule": "code.x", "detail": "Line 
         "place": "line 1", "evidence": "bad"}
 
 
-def verdict(band, *flaws):
-    return answer(200, {"status": "completed", "run_id": "r1", "result_summary": {
-        "band": band, "score": 0.5, "flaws": list(flaws)}})
+def verdict(band, *flaws, **more):
+    return answer(200, {"status": "completed", "run_id": "r1", "result_summary": dict(
+        {"band": band, "score": 0.5, "flaws": list(flaws)}, **more)})
+
+
+BEYOND = verdict("unknown", not_checked=[
+    {"what": "prose,\nFrisian", "why": "no dictionary is at hand", "remedy": "install one"}])
 
 
 class HookTest(surroundings.HomeTest):
@@ -191,6 +195,36 @@ class AtTheEnd(HookTest):
             self.assertIsNone(self.stop())
             self.assertIsNone(self.stop())
             self.assertEqual(len(server.requests), 2)
+
+    def test_what_nobody_can_judge_is_a_fact_told_once_and_never_a_block(self):
+        with FaultServer(SUBMITTED, BEYOND, SUBMITTED, BEYOND) as server:
+            self.point_to(server.base)
+            self.edit("a.py", "x\n")
+            self.assertEqual(self.stop(), {"systemMessage": (
+                "Kelvane: a.py: not judged: nobody here can judge this: prose, Frisian (no "
+                "dictionary is at hand; install one)")})
+            self.assertFalse(State(str(self.data), "s1").is_down())
+            self.assertEqual(self.changed(), [])
+            self.assertIsNone(self.stop())
+            self.assertEqual(len(server.requests), 3)  # with the flaws asked for
+            self.edit("a.py", "y\n")
+            self.assertIsNone(self.stop(active=True))
+
+    def test_what_nobody_can_judge_never_passes_for_cleared_while_a_turn_is_kept_alive(self):
+        with FaultServer(SUBMITTED, BEYOND) as server:
+            self.point_to(server.base)
+            self.edit("a.py", "x\n")
+            said = self.stop(active=True)["systemMessage"]
+        self.assertIn("a.py: not judged", said)
+        self.assertNotIn("clears", said)
+
+    def test_a_secret_in_what_nobody_can_judge_is_held_all_the_same(self):
+        with FaultServer(SUBMITTED, BEYOND) as server:
+            self.point_to(server.base)
+            self.edit("a.py", "key = '" + CLOUD + "'\n")
+            said = self.stop()
+        self.assertEqual(said["decision"], "block")
+        self.assertIn("standing.secret", said["reason"])
 
     def test_a_flood_of_flaws_is_bounded(self):
         flaws = [dict(FLAW, detail="x" * 2000) for _ in range(3000)]

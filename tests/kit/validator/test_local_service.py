@@ -165,6 +165,20 @@ class ServiceTest(surroundings.HomeTest):
         self.assertEqual((code, found["files"][0]["state"]), (3, "not_graded"))
         self.assertIn("cannot read this kind of work", found["files"][0]["reason"])
 
+    def test_work_in_a_language_that_nobody_here_knows_is_not_judged(self):
+        self.write("a.md", "# ᎧᏃᎮᏓ\n\nᎣᏏᏲ ᏙᎯᏧ ᎠᏂᏴᏫᏯ ᎤᏂᏬᏂᏍᏗ ᏣᎳᎩ ᎦᏬᏂᎯᏍᏗ ᎠᏎᏊ ᎢᎦ ᏂᎦᏓ.\n")
+        code, found = self.grade("a.md")
+        file, = found["files"]
+        self.assertEqual((code, file["state"], file["band"]), (3, "not_judged", "unknown"))
+        self.assertTrue(file["not_checked"] and file["checked_by"], file)
+        self.assertTrue(file["reason"].startswith(
+            "nobody here can judge this: " + file["not_checked"][0]["what"]), file)
+
+    def test_work_that_clears_names_who_judged(self):
+        self.write("a.md", CLEAN)
+        engines = [by["engine"] for by in self.grade("a.md")[1]["files"][0]["checked_by"]]
+        self.assertIn("trevix", engines)
+
     def test_a_secret_never_arrives_and_holds_the_work_all_the_same(self):
         self.write("a.py", "KEY = '" + CLOUD + "'\nPASSWORD = \"hunter2xyz9\"\n")
         code, found = self.grade("a.py")

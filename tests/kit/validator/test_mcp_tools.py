@@ -251,6 +251,30 @@ class GradeTest(ToolsTest):
                      "run_id: r1", "report: http://127.0.0.1:1/console?run=r1"):
             self.assertIn(word, text)
 
+    def test_who_judged_and_what_nobody_did(self):
+        self.service.summary = dict(SHIP, checked_by=[
+            {"engine": "trevix", "version": "0.1.0", "knows": "English\x1b[2J"}], not_checked=[
+            {"what": "links", "why": "nothing is fetched", "remedy": ""}])
+        result = self.run_tool("grade", text="x")
+        facts, text = result["structuredContent"], result["content"][0]["text"]
+        self.assertEqual(facts["checked_by"], [
+            {"engine": "trevix", "version": "0.1.0", "knows": "English\ufffd[2J"}])
+        self.assertEqual(facts["not_checked"], [
+            {"what": "links", "why": "nothing is fetched", "remedy": ""}])
+        self.assertIn("\njudged by: trevix 0.1.0 (English\ufffd[2J)\n"
+                      "not checked: links (nothing is fetched)\n", text)
+
+    def test_work_that_nobody_there_can_judge_is_a_result_and_no_clearance(self):
+        self.service.summary = {"band": "unknown", "score": 1, "flaws": [], "not_checked": [
+            {"what": "prose, Frisian", "why": "no dictionary is at hand", "remedy": "install it"}]}
+        result = self.run_tool("grade", text="x")
+        facts = result["structuredContent"]
+        self.assertFalse(result["isError"])
+        self.assertEqual((facts["band"], facts["clears"], facts["score"]), ("unknown", False, 1.0))
+        self.assertTrue(result["content"][0]["text"].startswith(
+            "text.txt: not judged: nobody here can judge this: prose, Frisian (no dictionary is at "
+            "hand; install it)\n"))
+
     def test_all_arguments_reach_the_service(self):
         self.run_tool("grade", text="print(1)", name="src/a.py", modality="code", intent="Run it.",
                       vertical="", policy="p1")

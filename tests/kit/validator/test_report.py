@@ -6,9 +6,9 @@ import unittest
 
 import surroundings  # finds the engine  # noqa: F401
 from engine import grading, report, sarif
-from engine.grading import CLEARS, HELD, NOT_GRADED, Outcome
+from engine.grading import CLEARS, HELD, NOT_GRADED, NOT_JUDGED, Outcome
 from engine.parts import Artifact, Part
-from engine.verdict import Flaw, Verdict, failure
+from engine.verdict import CheckedBy, Flaw, NotChecked, Verdict, failure
 
 FLAW = Flaw("HIGH", "safe code", "Line 3, column 12: “eval(x)” runs a text as code.",
             "code.runs_text", "line 3, column 12", "eval(x)")
@@ -22,6 +22,24 @@ def outcome(flaws=(FLAW,), state=HELD, band="route_to_fix", score=0.8, path="src
     made = Outcome(path or "text", path, "code", state, Verdict(band, score, tuple(flaws), "r1"),
                    artifact=Artifact(parts, "code", path or "text", path))
     return made._replace(**more)
+
+
+JUDGES = (CheckedBy("trevix", "0.1.0", "code"), CheckedBy("tree-sitter", "", "Go"))
+GAPS = (NotChecked("spelling, Frisian", "no dictionary is at hand", "install one"),
+        NotChecked("sound", "nothing here hears", ""), NotChecked("page 3"),
+        NotChecked("page 4"), NotChecked("page 5"))
+
+
+def told(checked_by=JUDGES, not_checked=GAPS, **more):
+    made = outcome(**more)
+    return made._replace(verdict=made.verdict._replace(checked_by=checked_by,
+                                                       not_checked=not_checked))
+
+
+def beyond(not_checked=GAPS[:1], **more):
+    """Work that nobody at the service knows."""
+    return told((), not_checked, flaws=(), state=NOT_JUDGED, band="unknown", score=1.0,
+                reason="nobody here can judge this: " + grading.gaps(not_checked), **more)
 
 
 def unreachable(name="b.py"):
@@ -60,6 +78,38 @@ class Table(unittest.TestCase):
         self.assertTrue(text.endswith("1 of 3 clear, 1 held, 1 not graded\n"))
         self.assertIn("b.py  not graded\n  no way\n", text)
 
+    def test_it_says_who_judged_and_what_nobody_did_in_two_lines(self):
+        text = report.table([told(flaws=(), state=CLEARS, band="ship")], 120)
+        self.assertIn("  judged by: trevix 0.1.0 (code), tree-sitter (Go)\n", text)
+        self.assertIn("  not checked: spelling, Frisian (no dictionary is at hand; install one), "
+                      "sound (nothing here hears), page 3 and 2 more\n", text)
+
+    def test_many_who_judged_are_counted(self):
+        many = tuple(CheckedBy("e%d" % number) for number in range(9))
+        self.assertEqual(report.coverage(told(many, ())), ["judged by: e0, e1, e2, e3 and 5 more"])
+
+    def test_a_service_that_tells_neither_adds_no_line(self):
+        self.assertEqual(report.coverage(outcome()), [])
+
+    def test_what_the_service_tells_of_itself_is_made_harmless(self):
+        nasty = told((CheckedBy("a\033[2J", "1\n2", "\u202e"),), (NotChecked("x\033]0;", "\ry"),))
+        for line in report.coverage(nasty):
+            self.assertNotRegex(line, "[\\x00-\\x1f\u202e]")
+
+    def test_work_that_nobody_can_judge_says_so_and_neither_clears_nor_fails(self):
+        self.assertEqual(report.table([beyond()], 200), (
+            "src/a b.py  not judged\n"
+            "  nobody here can judge this: spelling, Frisian (no dictionary is at hand; install "
+            "one)\n  run r1\n"))
+        self.assertTrue(report.table([beyond(), unreachable(), outcome()], 80).endswith(
+            "0 of 3 clear, 1 held, 1 not judged, 1 not graded\n"))
+
+    def test_a_secret_holds_what_nobody_else_can_judge(self):
+        held = told((), GAPS[:1], flaws=(), band="unknown", score=1.0, findings=(FLAW,))
+        text = report.table([held], 100)
+        self.assertIn("held on this machine (unknown, score 1.00, 1 flaw)", text)
+        self.assertIn("not checked: spelling, Frisian", text)
+
     def test_a_secret_holds_what_the_service_let_pass(self):
         held = outcome((), HELD, "ship", 1.0, findings=(FLAW,))
         self.assertIn("held on this machine (ship, score 1.00, 1 flaw)", report.table([held], 80))
@@ -74,6 +124,8 @@ class ExitCodes(unittest.TestCase):
         for outcomes, code in (([clear], 0), ([clear, held], 1), ([held, lost], 3), ([lost], 3),
                                ([], 3)):
             self.assertEqual(grading.worst(outcomes), code)
+        self.assertEqual(grading.worst([clear, beyond()]), 3)
+        self.assertEqual(grading.worst([held, beyond()]), 3)
         self.assertNotIn(2, grading.EXIT_CODES.values())
 
 
@@ -86,6 +138,16 @@ class Json(unittest.TestCase):
         self.assertEqual((first["band"], first["score"], first["run_id"], first["state"]),
                          ("route_to_fix", 0.8, "r1", "held"))
         self.assertEqual((second["reason"], second["state"]), ("no way", "not_graded"))
+
+    def test_who_judged_and_what_nobody_did_are_fields(self):
+        first, second, third = json.loads(
+            report.as_json([told(), outcome(), beyond()]))["files"]
+        self.assertEqual(first["checked_by"], [by._asdict() for by in JUDGES])
+        self.assertEqual(first["not_checked"], [gap._asdict() for gap in GAPS])
+        self.assertEqual((second["checked_by"], second["not_checked"]), ([], []))
+        self.assertEqual((third["state"], third["band"], third["score"]),
+                         ("not_judged", "unknown", 1.0))
+        self.assertTrue(third["reason"].startswith("nobody here can judge this: spelling"))
 
     def test_what_is_empty_and_optional_is_left_out_of_a_flaw(self):
         self.assertEqual(Flaw("", "", "").to_json(),
@@ -162,6 +224,29 @@ class Sarif(unittest.TestCase):
         self.assertFalse(call["executionSuccessful"])
         self.assertEqual(call["toolExecutionNotifications"][0]["message"]["text"], "b.py: no way")
         self.assertEqual(run["results"], [])
+
+    def test_each_engine_is_an_extension_of_the_tool_once(self):
+        more = CheckedBy("trevix", "0.1.0", "prose")
+        run = self.run_of(told(), told(JUDGES + (more,)), outcome())
+        self.assertEqual(run["tool"]["extensions"], [
+            {"name": "trevix", "version": "0.1.0", "properties": {"knows": ["code", "prose"]}},
+            {"name": "tree-sitter", "properties": {"knows": ["Go"]}}])
+        self.assertNotIn("extensions", self.run_of(outcome())["tool"])
+
+    def test_what_was_not_checked_is_a_note_and_no_trouble(self):
+        call, = self.run_of(told((), GAPS[:2]))["invocations"]
+        self.assertTrue(call["executionSuccessful"])
+        self.assertEqual(call["toolExecutionNotifications"], [
+            {"level": "note", "message": {"text": "src/a b.py: not checked: " + text},
+             "locations": [{"physicalLocation": {"artifactLocation": {"uri": "src/a%20b.py"}}}]}
+            for text in ("spelling, Frisian (no dictionary is at hand; install one)",
+                         "sound (nothing here hears)")])
+
+    def test_work_that_nobody_can_judge_does_not_pass_for_clean(self):
+        call, = self.run_of(beyond())["invocations"]
+        self.assertFalse(call["executionSuccessful"])
+        self.assertEqual([n["level"] for n in call["toolExecutionNotifications"]],
+                         ["warning", "note"])
 
     def test_addresses_are_relative_below_the_folder_and_absolute_elsewhere(self):
         here = os.path.join(os.getcwd(), "x", "ü.py")

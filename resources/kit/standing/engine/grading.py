@@ -1,22 +1,25 @@
 """One artifact in, one outcome out: the standing rules, the service, and what it all means.
 
     outcome = grading.grade(artifact, settings=settings.load(), rules=standing.load(), intent="…")
-    outcome.state       # CLEARS, HELD or NOT_GRADED
-    outcome.reason      # a sentence when NOT_GRADED
+    outcome.state       # CLEARS, HELD, NOT_JUDGED or NOT_GRADED
+    outcome.reason      # a sentence when NOT_JUDGED or NOT_GRADED
     outcome.flaws       # the service's and those found on this machine
 
-A secret found here holds the work even when the service, which never saw it, lets it pass.
+A secret found here holds the work even when the service, which never saw it, lets it pass or
+cannot judge the rest. NOT_JUDGED is work that the service looked at and that nobody there knows: an
+answer, not a failure, and no clearance either.
 """
 
-from typing import Any, Dict, NamedTuple, Optional, Tuple
+from typing import Any, Dict, NamedTuple, Optional, Sequence, Tuple
 
 from . import client, standing
 from .parts import Artifact, NotGradable, from_file
 from .settings import Settings
-from .verdict import Flaw, Verdict, failure
+from .verdict import Flaw, NotChecked, Verdict, failure
 
-CLEARS, HELD, NOT_GRADED = "clears", "held", "not_graded"
-EXIT_CODES = {CLEARS: 0, HELD: 1, NOT_GRADED: 3}
+CLEARS, HELD, NOT_JUDGED, NOT_GRADED = "clears", "held", "not_judged", "not_graded"
+EXIT_CODES = {CLEARS: 0, HELD: 1, NOT_JUDGED: 3, NOT_GRADED: 3}
+MOST_GAPS = 3   # named in one sentence; the rest is counted
 INTENT = "Validate this work before it ships."
 NO_KEY = ("there is no key: set BRASK_API_KEY or put the key into {}; "
           "the local service prints its own with `trevix-local --print-key`")
@@ -31,7 +34,7 @@ class Outcome(NamedTuple):
     state: str
     verdict: Verdict
     findings: Tuple[Flaw, ...] = ()     # of the standing rules, on this machine
-    reason: Optional[str] = None        # why there is no verdict; present exactly then
+    reason: Optional[str] = None        # why it neither clears nor is held; present exactly then
     notes: Tuple[str, ...] = ()
     artifact: Optional[Artifact] = None     # what was sent
     kept: bool = False      # the standing rules, or a file that cannot be read, kept it here
@@ -43,7 +46,7 @@ class Outcome(NamedTuple):
 
     @property
     def exit_code(self) -> int:
-        """0 clears, 1 held, 3 could not be graded."""
+        """0 clears, 1 held, 3 could not be graded: nobody could, or nobody was reached."""
         return EXIT_CODES[self.state]
 
     def to_json(self) -> Dict[str, Any]:
@@ -51,7 +54,9 @@ class Outcome(NamedTuple):
         return {"name": self.name, "modality": self.modality, "state": self.state,
                 "band": self.verdict.band, "score": self.verdict.score,
                 "run_id": self.verdict.run_id, "flaws": [f.to_json() for f in self.flaws],
-                "reason": self.reason, "notes": list(self.notes)}
+                "reason": self.reason, "notes": list(self.notes),
+                "checked_by": [by.to_json() for by in self.verdict.checked_by],
+                "not_checked": [gap.to_json() for gap in self.verdict.not_checked]}
 
 
 def worst(outcomes) -> int:
@@ -109,10 +114,26 @@ def not_graded(name: str, reason: str, modality: str = "text", path: Optional[st
                    tuple(notes), None, kept)
 
 
+def gaps(not_checked: Sequence[NotChecked]) -> str:
+    """What nobody judged, as part of a sentence: at most MOST_GAPS, and how many more."""
+    said = [_gap(gap) for gap in not_checked[:MOST_GAPS]]
+    left = len(not_checked) - len(said)
+    return ", ".join(said) + (" and {} more".format(left) if left > 0 else "")
+
+
+def _gap(gap: NotChecked) -> str:
+    why = "; ".join(text for text in (gap.why, gap.remedy) if text)
+    return "{} ({})".format(gap.what, why) if why else gap.what
+
+
 def _outcome(sent: Artifact, verdict: Verdict, screened: standing.Screened) -> Outcome:
-    reason = _why_no_verdict(verdict)
+    reason = None
+    if not verdict.is_beyond_the_service:
+        reason = _why_no_verdict(verdict)
+    elif not screened.findings:
+        reason = "nobody here can judge this: " + gaps(verdict.not_checked)
     if reason is not None:
-        state = NOT_GRADED
+        state = NOT_JUDGED if verdict.is_beyond_the_service else NOT_GRADED
     elif screened.findings or not verdict.clears:
         state = HELD
     else:

@@ -48,12 +48,31 @@ _FLAW = {
     },
     "required": ["severity", "criterion", "detail"],
 }
+_CHECKED_BY = {
+    "type": "object", "additionalProperties": False,
+    "properties": {
+        "engine": {"type": "string"},
+        "version": {"type": "string"},
+        "knows": {"type": "string", "description": "what it judged"},
+    },
+    "required": ["engine", "version", "knows"],
+}
+_NOT_CHECKED = {
+    "type": "object", "additionalProperties": False,
+    "properties": {
+        "what": {"type": "string"},
+        "why": {"type": "string"},
+        "remedy": {"type": "string", "description": "what would change that; may be empty"},
+    },
+    "required": ["what", "why", "remedy"],
+}
 _VERDICT = {
     "type": "object", "additionalProperties": False,
     "properties": {
         "name": {"type": "string"},
         "modality": {"type": "string"},
-        "band": {"type": "string", "enum": ["ship", "route_to_fix", "quarantine", "block"]},
+        "band": {"type": "string", "enum": ["ship", "route_to_fix", "quarantine", "block", "unknown"],
+                 "description": "unknown: nobody at the service knows this kind of work"},
         "clears": {"type": "boolean",
                    "description": "true only for ship with nothing found on this machine"},
         "score": {"type": "number", "description": "0 to 1, where the service gave one"},
@@ -61,6 +80,10 @@ _VERDICT = {
         "report": {"type": "string", "description": "address of the report, for people"},
         "flaws": {"type": "array", "items": _FLAW},
         "flaws_left_out": {"type": "integer", "minimum": 0},
+        "checked_by": {"type": "array", "items": _CHECKED_BY,
+                       "description": "who judged, where the service tells"},
+        "not_checked": {"type": "array", "items": _NOT_CHECKED,
+                        "description": "what nobody judged, where the service tells"},
         "notes": {"type": "array", "items": {"type": "string"}},
     },
     "required": ["name", "modality", "band", "clears", "flaws", "flaws_left_out", "notes"],
@@ -98,7 +121,8 @@ DEFINITIONS = [
     _tool("grade", "Grade work",
           "Grades a file or a text before it ships and returns a verdict: a band, a score and "
           "itemised flaws with their place and evidence. The band ship clears; route_to_fix, "
-          "quarantine and block do not. The work is sent to the evaluation service that this "
+          "quarantine and block do not; unknown means that nobody there knows this kind of "
+          "work, and is no clearance. The work is sent to the evaluation service that this "
           "machine's user has chosen (see status). Secrets are taken out first, and files that "
           "the standing rules hold back are refused and never sent. It takes seconds as a rule, "
           "and up to %d seconds while the grader warms up. Nothing on this machine is changed. "
@@ -284,6 +308,11 @@ def _verdict(outcome, settings, problems):
         "notes": [report.clean(note) for note in tuple(outcome.notes) + problems]}
     if verdict.score is not None and abs(verdict.score) < float("inf"):
         facts["score"] = verdict.score
+    for key in ("checked_by", "not_checked"):
+        entries = getattr(verdict, key)
+        if entries:
+            facts[key] = [{name: _harmless(text) for name, text in entry.to_json().items()}
+                          for entry in entries]
     if verdict.run_id:
         facts["run_id"] = _harmless(verdict.run_id)
         facts["report"] = "%s/console?run=%s" % (settings.base, facts["run_id"])
@@ -293,11 +322,14 @@ def _verdict(outcome, settings, problems):
 def _told(outcome, facts):
     """The same facts as lines to read, for clients that show no structured content."""
     lines = [report.facts(outcome, 0)[0]]
+    if outcome.reason is not None:
+        lines[0] += ": " + report.clean(outcome.reason)
     for flaw in facts["flaws"]:
         lines.append("- %s %s: %s" % (flaw["severity"] or "FLAW",
                                       flaw.get("rule") or flaw["criterion"], flaw["detail"]))
     if facts["flaws_left_out"]:
         lines.append("- and %d more, none of them more severe" % facts["flaws_left_out"])
+    lines += report.coverage(outcome)
     lines += ["note: " + note for note in facts["notes"]]
     lines += ["%s: %s" % (key, facts[key]) for key in ("run_id", "report") if key in facts]
     return "\n".join(lines)

@@ -9,11 +9,12 @@ import textwrap
 import unicodedata
 from typing import Any, Dict, List, Optional, Sequence
 
-from .grading import CLEARS, HELD, Outcome, worst
-from .verdict import Flaw
+from .grading import CLEARS, HELD, NOT_JUDGED, Outcome, gaps, worst
+from .verdict import CheckedBy, Flaw
 
 WORDS = {"ship": "clears", "route_to_fix": "fix first", "quarantine": "quarantine",
          "block": "blocked", "unknown": "no verdict"}
+MOST_JUDGES = 4     # named in one line; the rest is counted
 _COLOURS = {"red": "31", "yellow": "33", "green": "32", "dim": "2", "bold": "1"}
 _SEVERITY_COLOURS = {"CRITICAL": "red", "HIGH": "red", "MEDIUM": "yellow", "LOW": "dim"}
 _CONTROL = re.compile(r"[\x00-\x08\x0b-\x1f\x7f-\x9f\u202a-\u202e\u2066-\u2069]")
@@ -49,6 +50,25 @@ def facts(outcome: Outcome, most: int = 12) -> List[str]:
     return lines
 
 
+def coverage(outcome: Outcome) -> List[str]:
+    """Who judged, and what nobody judged: a line each, none where the service does not tell.
+    What the reason says already is not said again."""
+    verdict, lines = outcome.verdict, []
+    if verdict.checked_by:
+        said = [_judge(by) for by in verdict.checked_by[:MOST_JUDGES]]
+        left = len(verdict.checked_by) - len(said)
+        lines.append("judged by: " + ", ".join(said)
+                     + (" and {} more".format(left) if left > 0 else ""))
+    if verdict.not_checked and outcome.state != NOT_JUDGED:
+        lines.append("not checked: " + clean(gaps(verdict.not_checked)))
+    return lines
+
+
+def _judge(by: CheckedBy) -> str:
+    name = "{} {}".format(by.engine, by.version) if by.version else by.engine
+    return clean("{} ({})".format(name, by.knows) if by.knows else name)
+
+
 def clean(text: str) -> str:
     """One line without anything that a terminal or a reader could take for more than text."""
     return _CONTROL.sub("\ufffd", text.replace("\r", " ").replace("\n", " "))
@@ -69,6 +89,8 @@ def _block(outcome: Outcome, width: int, colour: bool, base: Optional[str]) -> s
         lines += _wrapped(clean(outcome.reason), width, "  ")
     for flaw in outcome.flaws:
         lines += _flaw_rows(flaw, width, colour)
+    for line in coverage(outcome):
+        lines += _wrapped(line, width, "  ")
     for note in outcome.notes:
         lines += _wrapped("note: " + clean(note), width, "  ")
     if outcome.verdict.run_id:
@@ -90,9 +112,10 @@ def _flaw_rows(flaw: Flaw, width: int, colour: bool) -> List[str]:
 
 def _verdict_words(outcome: Outcome) -> str:
     if outcome.reason is not None:
-        return "not graded"
+        return "not judged" if outcome.state == NOT_JUDGED else "not graded"
     words = WORDS[outcome.verdict.band]
-    if outcome.state == HELD and outcome.verdict.clears:
+    verdict = outcome.verdict
+    if outcome.state == HELD and (verdict.clears or verdict.is_beyond_the_service):
         words = "held on this machine"
     score = outcome.verdict.score
     shown = "" if score is None else ", score {:.2f}".format(score)
@@ -104,8 +127,10 @@ def _verdict_words(outcome: Outcome) -> str:
 def _summary(outcomes: Sequence[Outcome]) -> str:
     cleared = sum(outcome.state == CLEARS for outcome in outcomes)
     held = sum(outcome.state == HELD for outcome in outcomes)
-    return "{} of {} clear, {} held, {} not graded".format(
-        cleared, len(outcomes), held, len(outcomes) - cleared - held)
+    beyond = sum(outcome.state == NOT_JUDGED for outcome in outcomes)
+    return "{} of {} clear, {} held, {}{} not graded".format(
+        cleared, len(outcomes), held, "{} not judged, ".format(beyond) if beyond else "",
+        len(outcomes) - cleared - held - beyond)
 
 
 def _wrapped(text: str, width: int, indent: str) -> List[str]:

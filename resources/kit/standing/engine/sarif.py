@@ -10,10 +10,10 @@ import json
 import os
 import re
 import urllib.parse
-from typing import Any, Dict, List, NamedTuple, Optional, Sequence
+from typing import Any, Dict, List, NamedTuple, Optional, Sequence, Tuple
 
 from .version import VERSION
-from .grading import Outcome
+from .grading import NOT_JUDGED, Outcome, gaps
 from .verdict import Flaw
 
 SCHEMA = "https://json.schemastore.org/sarif-2.1.0.json"
@@ -32,18 +32,27 @@ class _At(NamedTuple):
 
 
 def document(outcomes: Sequence[Outcome]) -> str:
-    """One run with a result for each flaw; what could not be graded is a notification."""
+    """One run with a result for each flaw. What could not be graded is a notification, and so, as a
+    note, is what was not checked; whoever judged besides the validator is an extension of it."""
     rules: List[Dict[str, Any]] = []
     index: Dict[str, int] = {}
     results = [_result(outcome, flaw, rules, index)
                for outcome in outcomes for flaw in outcome.flaws]
-    troubles = [_notification(outcome) for outcome in outcomes if outcome.reason is not None]
+    troubles = [_notification(
+        outcome, "warning" if outcome.state == NOT_JUDGED else "error", outcome.reason)
+                for outcome in outcomes if outcome.reason is not None]
+    notes = [_notification(outcome, "note", "not checked: " + gaps((gap,)))
+             for outcome in outcomes for gap in outcome.verdict.not_checked]
+    tool: Dict[str, Any] = {"driver": {"name": "Kelvane validator", "version": VERSION,
+                                       "semanticVersion": VERSION, "rules": rules}}
+    judges = _extensions(outcomes)
+    if judges:
+        tool["extensions"] = judges
     run = {
-        "tool": {"driver": {"name": "Kelvane validator", "version": VERSION,
-                            "semanticVersion": VERSION, "rules": rules}},
+        "tool": tool,
         "columnKind": "unicodeCodePoints",
         "invocations": [{"executionSuccessful": not troubles,
-                         "toolExecutionNotifications": troubles}],
+                         "toolExecutionNotifications": troubles + notes}],
         "results": results,
     }
     return json.dumps({"$schema": SCHEMA, "version": "2.1.0", "runs": [run]},
@@ -93,9 +102,28 @@ def _where(place: str) -> _At:
                int(line.group(2)) or None if line and line.group(2) else None)
 
 
-def _notification(outcome: Outcome) -> Dict[str, Any]:
-    found: Dict[str, Any] = {"level": "error", "message": {"text": "{}: {}".format(
-        outcome.name, outcome.reason)}}
+def _extensions(outcomes: Sequence[Outcome]) -> List[Dict[str, Any]]:
+    """Each engine once, with everything that it judged."""
+    knows: Dict[Tuple[str, str], List[str]] = {}
+    for outcome in outcomes:
+        for by in outcome.verdict.checked_by:
+            known = knows.setdefault((by.engine, by.version), [])
+            if by.knows and by.knows not in known:
+                known.append(by.knows)
+    found = []
+    for (engine, version), known in knows.items():
+        component: Dict[str, Any] = {"name": engine}
+        if version:
+            component["version"] = version
+        if known:
+            component["properties"] = {"knows": known}
+        found.append(component)
+    return found
+
+
+def _notification(outcome: Outcome, level: str, text: Optional[str]) -> Dict[str, Any]:
+    found: Dict[str, Any] = {"level": level, "message": {"text": "{}: {}".format(
+        outcome.name, text)}}
     if outcome.path is not None:
         found["locations"] = [
             {"physicalLocation": {"artifactLocation": {"uri": uri(outcome.path)}}}]

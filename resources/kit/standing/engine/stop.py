@@ -15,6 +15,7 @@ from .reachability import DOWN_SECONDS
 MOST_FILES = 40
 MOST_SUBMISSIONS = 4
 MOST_TRIES = 3
+LONGEST_FACT = 1000     # characters of one line for the user
 _INTENT = "Validate the files that a coding agent changed before they ship."
 
 
@@ -46,6 +47,7 @@ def grade_changes(paths, project, settings, state, going_on):
     for group in groups:
         if _is_over(group, memory):
             memory["graded"].update(group.hashes)
+    beyond = _beyond(groups, memory)
     held = [g for g in groups if g.outcome.state == grading.HELD]
     fresh = [g for g in held if g.digest() not in memory["reported"]]
     memory["reported"] += [g.digest() for g in fresh]
@@ -58,7 +60,7 @@ def grade_changes(paths, project, settings, state, going_on):
     else:
         state.note_down(DOWN_SECONDS[trouble])
     said = _answer(groups, held, fresh, going_on, trouble, left, settings)
-    return _with_problems(said, broken)
+    return _with_lines(said, beyond + ["standing rules: " + report.clean(p) for p in broken])
 
 
 def _groups(paths, project, rules, memory):
@@ -151,6 +153,21 @@ def _trouble(groups):
     return "unreachable" if lost else None
 
 
+def _beyond(groups, memory):
+    """What nobody at the service can judge, as facts for the user, each told once."""
+    facts = []
+    for group in groups:
+        if group.outcome.state != grading.NOT_JUDGED:
+            continue
+        fact = "{}: {}".format(report.facts(group.outcome, 0)[0],
+                               report.clean(group.outcome.reason))[:LONGEST_FACT]
+        mark = hashlib.sha256(fact.encode("utf-8", "replace")).hexdigest()[:32]
+        if mark not in memory["told"]:
+            memory["told"].append(mark)
+            facts.append(fact)
+    return facts
+
+
 def _was_kept(outcome):
     """Whether the standing rules kept the work on this machine."""
     return outcome.state == grading.NOT_GRADED and outcome.kept
@@ -175,13 +192,13 @@ def _answer(groups, held, fresh, going_on, trouble, left, settings):
     return {"systemMessage": "Kelvane: " + "; ".join(lines)[:1000]} if lines else None
 
 
-def _with_problems(said, problems):
-    """The answer, and for the user what is wrong with the rule files."""
-    if not problems:
+def _with_lines(said, lines):
+    """The answer, and further lines for the user."""
+    if not lines:
         return said
     said = dict(said or {})
     told = [said["systemMessage"]] if "systemMessage" in said else []
-    told += ["Kelvane: standing rules: " + report.clean(problem) for problem in problems]
+    told += ["Kelvane: " + line for line in lines]
     said["systemMessage"] = "\n".join(told)
     return said
 
