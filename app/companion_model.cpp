@@ -15,8 +15,11 @@ namespace kelvane {
 
 namespace {
 
-EvalBridge::Ports evalPorts(const CompanionModel::Ports& ports) {
-    return {.environment = ports.environment, .http = ports.http, .clock = ports.clock};
+EvalBridge::Ports evalPorts(const CompanionModel::Ports& ports, GradeTicket* ticket = nullptr) {
+    return {.environment = ports.environment,
+            .http = ports.http,
+            .clock = ports.clock,
+            .ticket = ticket};
 }
 
 bool hasWork(const CaptureResult& capture) {
@@ -66,16 +69,19 @@ void CompanionModel::grade() {
     verdict = std::nullopt;
     note = std::nullopt;
 
-    captureInTurn(*detected, [this, app = *detected->app,
-                              key = std::move(*key)](CaptureResult capture) {
+    captureInTurn(*detected, [this, app = *detected->app, ticket = begin(*key),
+                              key = *key](CaptureResult capture) {
+        if (ticket->cancelled()) return;
         if (!hasWork(capture)) {
+            end(ticket);
             grading = false;
             note = capture.note ? capture.note : "Couldn't capture anything to grade.";
             return;
         }
         note = capture.note;
-        publishVerdict([ports = evalPorts(m_ports), capture = std::move(capture), app, key,
-                        policyId = m_ports.environment.get("BRASK_POLICY_ID")] {
+        publishVerdict(ticket, [ports = evalPorts(m_ports, ticket.get()),
+                                capture = std::move(capture), app, key,
+                                policyId = m_ports.environment.get("BRASK_POLICY_ID")] {
             return EvalBridge::grade(ports, capture.parts, capture.modality, app.vertical, policyId,
                                      "Validate this " + app.name + " work before it ships.", key);
         });
@@ -89,18 +95,44 @@ void CompanionModel::iterate() {
 
     grading = true;
 
-    captureInTurn(*detected, [this, runId = *verdict.get()->runId,
-                              key = std::move(*key)](CaptureResult capture) {
+    captureInTurn(*detected, [this, runId = *verdict.get()->runId, ticket = begin(*key),
+                              key = *key](CaptureResult capture) {
+        if (ticket->cancelled()) return;
         if (!hasWork(capture)) {
+            end(ticket);
             grading = false;
             note = capture.note;
             return;
         }
-        publishVerdict([ports = evalPorts(m_ports), parts = std::move(capture.parts), runId, key] {
+        publishVerdict(ticket, [ports = evalPorts(m_ports, ticket.get()),
+                                parts = std::move(capture.parts), runId, key] {
             return EvalBridge::iterate(ports, runId, parts, "Re-grade after fixing the flaws.",
                                        key);
         });
     });
+}
+
+void CompanionModel::cancel() {
+    if (!*grading) return;
+    for (const InFlight& each : std::exchange(m_inFlight, {})) {
+        auto jobId = each.ticket->cancel();
+        if (!jobId) continue;
+        m_ports.dispatcher.background(
+            [ports = evalPorts(m_ports), jobId = std::move(*jobId), key = each.key] {
+                EvalBridge::cancelJob(ports, jobId, key);
+            });
+    }
+    grading = false;
+    note = "Grade cancelled.";
+}
+
+CompanionModel::Ticket CompanionModel::begin(const std::string& key) {
+    m_inFlight.push_back({.ticket = std::make_shared<GradeTicket>(), .key = key});
+    return m_inFlight.back().ticket;
+}
+
+void CompanionModel::end(const Ticket& ticket) {
+    std::erase_if(m_inFlight, [&](const InFlight& each) { return each.ticket == ticket; });
 }
 
 void CompanionModel::captureInTurn(DetectedApp app, Continuation then) {
@@ -123,11 +155,12 @@ void CompanionModel::startNextCapture() {
     });
 }
 
-void CompanionModel::publishVerdict(std::function<Verdict()> work) {
+void CompanionModel::publishVerdict(Ticket ticket, std::function<Verdict()> work) {
     m_ports.dispatcher.background([this, &dispatcher = m_ports.dispatcher, work = std::move(work),
-                                   alive = std::weak_ptr(m_alive)] {
-        dispatcher.main([this, alive, result = work()]() mutable {
-            if (alive.expired()) return;
+                                   ticket = std::move(ticket), alive = std::weak_ptr(m_alive)] {
+        dispatcher.main([this, alive, ticket, result = work()]() mutable {
+            if (alive.expired() || ticket->cancelled()) return;
+            end(ticket);
             verdict = std::move(result);
             grading = false;
         });

@@ -1,4 +1,4 @@
-// Everything the panel shows, and the three things a user can do with it.
+// Everything the panel shows, and the four things a user can do with it.
 //
 // One instance for the whole process, on the main thread: every member is called there and every
 // property read and written there. `refresh` does its work before it returns; `grade` and `iterate`
@@ -14,6 +14,7 @@
 #include "detect/capture.h"
 #include "detect/workflow_infer.h"
 #include "eval/eval_bridge.h"
+#include "eval/grade_ticket.h"
 #include "eval/verdict.h"
 
 #include <deque>
@@ -96,22 +97,40 @@ public:
     /// stays until the new one is there. Does nothing without a run to iterate on or without a key.
     void iterate();
 
+    /// Gives up every grade and iterate that is in flight: from here on nothing of them changes
+    /// anything. Ends grading and leaves the note "Grade cancelled."; the verdict stays as it is.
+    /// The service is asked, in the background, to give up the jobs that it had accepted. A capture
+    /// that is under way ends by itself and is thrown away. Does nothing while nothing is graded.
+    void cancel();
+
     /// Fills the state with the demonstration content.
     void seedDemo();
 
 private:
     using Continuation = std::function<void(CaptureResult)>;
+    using Ticket = std::shared_ptr<GradeTicket>;
+
+    /// A grade or iterate from when it is asked for to its verdict, or to the end without one.
+    struct InFlight {
+        Ticket ticket;
+        std::string key;
+    };
+
+    [[nodiscard]] Ticket begin(const std::string& key);
+    void end(const Ticket& ticket);
 
     /// Captures `app` in the background, after every capture asked for earlier, and hands the
     /// result to `then` on the main thread.
     void captureInTurn(DetectedApp app, Continuation then);
     void startNextCapture();
 
-    /// Runs `work` in the background, then on the main thread assigns its verdict and ends grading.
-    void publishVerdict(std::function<Verdict()> work);
+    /// Runs `work`, which may use the ticket, in the background, then on the main thread assigns
+    /// its verdict and ends grading; drops the verdict when the ticket was given up meanwhile.
+    void publishVerdict(Ticket ticket, std::function<Verdict()> work);
 
     Ports m_ports;
     std::deque<std::pair<DetectedApp, Continuation>> m_captures; ///< The first one is running.
+    std::vector<InFlight> m_inFlight;
     std::shared_ptr<const bool> m_alive; ///< Jobs that outlive the model see it gone.
 };
 

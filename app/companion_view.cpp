@@ -141,7 +141,10 @@ ActionRow actionRow(const CompanionModel& model) {
             .getKey = {.label = "Get a free key to start grading →",
                        .symbol = std::nullopt,
                        .visible = !*model.hasKey,
-                       .enabled = true}};
+                       .enabled = true},
+            .cancel = *model.grading ? std::optional(CancelLink{.label = "Cancel",
+                                                                .spokenName = "Cancel the grade"})
+                                     : std::nullopt};
 }
 
 AgentsSection agentsSection(const std::vector<DetectedAgent>& agents) {

@@ -100,10 +100,19 @@ struct ButtonView {
     bool operator==(const ButtonView&) const = default;
 };
 
+/// "Cancel", beside the progress of a grade.
+struct CancelLink {
+    std::string label;
+    std::string spokenName; ///< What assistive technology calls it.
+
+    bool operator==(const CancelLink&) const = default;
+};
+
 struct ActionRow {
     ButtonView grade;
     ButtonView iterate;
     ButtonView getKey;
+    std::optional<CancelLink> cancel = {}; ///< Present while a grade runs.
 
     bool operator==(const ActionRow&) const = default;
 };

@@ -1,5 +1,6 @@
 #include "eval/eval_bridge.h"
 
+#include "eval/grade_ticket.h"
 #include "eval/service_address.h"
 #include "eval/service_json.h"
 #include "platform/ports/clock.h"
@@ -31,12 +32,16 @@ constexpr std::size_t kLongestIntent = 4000;
 // for so long is gone.
 constexpr std::chrono::milliseconds kRequestTimeout = 30s;
 
+// For a courtesy to the service: long enough for one that is well.
+constexpr std::chrono::milliseconds kCancelTimeout = 5s;
+
 // Between two polls. A short text is graded within the first two seconds; a critic that has to warm
 // up takes minutes, and is asked less and less often, down to every six seconds.
 constexpr std::chrono::nanoseconds kFirstInterval = 1500ms;
 constexpr std::chrono::nanoseconds kLastGrowingInterval = 5s;
 constexpr std::chrono::nanoseconds kIntervalGrowth = 1s;
 
+constexpr const char* kCancelled = "the grade was cancelled";
 constexpr const char* kUnreachable = "could not reach the eval API";
 
 // What an HTTP error says of itself, in words for people.
@@ -52,14 +57,15 @@ std::string errorText(int status, const json& object) {
 // could not be reached or its success was not a JSON object; an HTTP error is an object with the
 // key "error".
 std::optional<json> request(const Ports& ports, const char* method, const std::string& path,
-                            const std::string& key, const std::optional<json>& object) {
+                            const std::string& key, const std::optional<json>& object,
+                            std::chrono::milliseconds timeout = kRequestTimeout) {
     HttpRequest request{.method = method,
                         .url = base(ports.environment) + path,
                         .headers = {{"Authorization", "Bearer " + key},
                                     {"Accept", "application/json"},
                                     {"User-Agent", "Kelvane-Companion"}},
                         .body = std::nullopt,
-                        .timeout = kRequestTimeout};
+                        .timeout = timeout};
     if (object) {
         request.headers.emplace_back("Content-Type", "application/json");
         request.body = service_json::compact(*object);
@@ -112,6 +118,10 @@ bool saysWarming(const json& answer) {
     return warming && warming->is_boolean() && warming->get<bool>();
 }
 
+bool isCancelled(const Ports& ports) {
+    return ports.ticket && ports.ticket->cancelled();
+}
+
 Verdict poll(const Ports& ports, const std::string& jobId, const std::string& key,
              double deadlineSec) {
     const Instant start = ports.clock.now();
@@ -124,6 +134,7 @@ Verdict poll(const Ports& ports, const std::string& jobId, const std::string& ke
 
     while (!deadlinePassed()) {
         const auto answer = request(ports, "GET", "/api/v1/eval/jobs/" + jobId, key, std::nullopt);
+        if (isCancelled(ports)) return Verdict::failure(kCancelled);
         if (answer) {
             const std::string status =
                 text::lowercased(service_json::string(*answer, "status").value_or(""));
@@ -138,6 +149,7 @@ Verdict poll(const Ports& ports, const std::string& jobId, const std::string& ke
         if (ports.clock.sleep(interval) == SleepEnd::Quitting) {
             return Verdict::failure(kUnreachable);
         }
+        if (isCancelled(ports)) return Verdict::failure(kCancelled);
         // Past the deadline there is no next wait, so how long it would have been is no matter.
         if (answer) interval = std::min(interval, kLastGrowingInterval) + kIntervalGrowth;
     }
@@ -176,12 +188,26 @@ Verdict grade(const Ports& ports, const std::vector<ArtifactPart>& parts,
     if (vertical) submission["vertical"] = *vertical;
     if (policyId && !policyId->empty()) submission["policy_id"] = *policyId;
 
+    if (isCancelled(ports)) return Verdict::failure(kCancelled);
     const auto answer = request(ports, "POST", "/api/v1/eval/jobs", key, submission);
     if (!answer) return Verdict::failure(kUnreachable);
     const auto jobId = service_json::string(*answer, "job_id");
-    if (jobId) return poll(ports, *jobId, key, deadlineSec);
+    if (jobId && ports.ticket && !ports.ticket->accept(*jobId)) {
+        cancelJob(ports, *jobId, key);
+        return Verdict::failure(kCancelled);
+    }
+    if (jobId) {
+        Verdict verdict = poll(ports, *jobId, key, deadlineSec);
+        if (ports.ticket) ports.ticket->finish();
+        return verdict;
+    }
     return Verdict::failure(
         service_json::string(*answer, "error").value_or("no job_id in response"));
+}
+
+void cancelJob(const Ports& ports, const std::string& jobId, const std::string& key) {
+    static_cast<void>(
+        request(ports, "DELETE", "/api/v1/eval/jobs/" + jobId, key, std::nullopt, kCancelTimeout));
 }
 
 Verdict iterate(const Ports& ports, const std::string& runId,
@@ -190,6 +216,7 @@ Verdict iterate(const Ports& ports, const std::string& runId,
     const json revision = {{"decision", "re_prompt"},
                            {"user_prompt", cutIntent(intent)},
                            {"new_artifact_parts", jsonOf(parts)}};
+    if (isCancelled(ports)) return Verdict::failure(kCancelled);
     const auto answer =
         request(ports, "POST", "/api/v1/eval/runs/" + runId + "/iterate", key, revision);
     if (!answer) return Verdict::failure(kUnreachable);

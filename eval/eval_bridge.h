@@ -5,7 +5,9 @@
 // belong on a background thread. Neither throws: every failure is a verdict with its `error` set.
 // Nothing is kept between calls, and the environment is read again for every request. An answer
 // that is not UTF-8, holds a NUL byte or nests deeper than any honest one counts as no JSON. When
-// the program quits, a grade returns at its next wait, as if the service could not be reached.
+// the program quits, a grade returns at its next wait, as if the service could not be reached. A
+// grade with a ticket that is given up makes no further request and returns at the end of the one,
+// or of the wait, that is under way, with a failure that nobody needs to see.
 
 #pragma once
 
@@ -23,6 +25,7 @@ namespace kelvane {
 class Clock;
 class Environment;
 class FileSystem;
+class GradeTicket;
 class HttpSession;
 
 namespace EvalBridge {
@@ -31,6 +34,7 @@ struct Ports {
     Environment& environment;
     HttpSession& http;
     Clock& clock;
+    GradeTicket* ticket = nullptr; ///< Of this one grade. Null: it cannot be given up.
 };
 
 inline constexpr double kDeadlineSec = 420;
@@ -50,6 +54,10 @@ inline constexpr double kDeadlineSec = 420;
                             const std::string& modality, const std::optional<std::string>& vertical,
                             const std::optional<std::string>& policyId, const std::string& intent,
                             const std::string& key, double deadlineSec = kDeadlineSec);
+
+/// Asks the service to give a job up. One request that is not waited for longer than five seconds;
+/// what comes of it is no matter, since the job is over before long in any case.
+void cancelJob(const Ports& ports, const std::string& jobId, const std::string& key);
 
 /// Grades a revised version of an earlier run's work. One request: it does not poll, does not fetch
 /// flaws, and an HTTP error comes back as a verdict `unknown` without an error text.

@@ -104,6 +104,10 @@ void PanelBridge::iterate() {
     m_model.iterate();
 }
 
+void PanelBridge::cancel() {
+    m_model.cancel();
+}
+
 // The hooks may replace or end what holds them: each call works on a copy.
 void PanelBridge::wire() {
     const auto hook = m_model.onWire;

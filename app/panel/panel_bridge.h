@@ -76,6 +76,7 @@ public:
     Q_INVOKABLE void choose(kelvane::PanelMenuAction::Value action); ///< From the menu.
     Q_INVOKABLE void grade();
     Q_INVOKABLE void iterate();
+    Q_INVOKABLE void cancel();
     Q_INVOKABLE void wire();
     Q_INVOKABLE void getKey();
     Q_INVOKABLE void uninstall();

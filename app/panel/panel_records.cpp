@@ -126,6 +126,10 @@ ActionsRecord actionsRecord(const ActionRow& actions) {
     record.grade = buttonRecord(actions.grade);
     record.iterate = buttonRecord(actions.iterate);
     record.getKey = buttonRecord(actions.getKey);
+    if (actions.cancel) {
+        record.cancel = text(actions.cancel->label);
+        record.cancelName = text(actions.cancel->spokenName);
+    }
     return record;
 }
 

@@ -169,11 +169,15 @@ struct ActionsRecord {
     Q_PROPERTY(kelvane::ButtonRecord grade MEMBER grade CONSTANT)
     Q_PROPERTY(kelvane::ButtonRecord iterate MEMBER iterate CONSTANT)
     Q_PROPERTY(kelvane::ButtonRecord getKey MEMBER getKey CONSTANT)
+    Q_PROPERTY(QString cancel MEMBER cancel CONSTANT)
+    Q_PROPERTY(QString cancelName MEMBER cancelName CONSTANT)
 
 public:
     ButtonRecord grade;
     ButtonRecord iterate;
     ButtonRecord getKey;
+    QString cancel;     ///< What the link beside the progress says; empty: there is none.
+    QString cancelName; ///< What assistive technology calls it.
 };
 
 struct ChipRecord {

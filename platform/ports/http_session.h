@@ -11,7 +11,7 @@
 namespace kelvane {
 
 struct HttpRequest {
-    std::string method; ///< "GET" or "POST".
+    std::string method; ///< "GET", "POST" or "DELETE".
     std::string url;    ///< Absolute; anything but http and https counts as unreachable.
     std::vector<std::pair<std::string, std::string>> headers;
     std::optional<std::string> body;

@@ -147,7 +147,8 @@ bool isAboutBody(const std::string& headerName) {
 } // namespace
 
 bool isSendable(const HttpRequest& request) {
-    return (request.method == "GET" || request.method == "POST") && isReachable(urlOf(request)) &&
+    return (request.method == "GET" || request.method == "POST" || request.method == "DELETE") &&
+           isReachable(urlOf(request)) &&
            std::all_of(request.headers.begin(), request.headers.end(), [](const auto& header) {
                return isToken(header.first) && isOneLine(header.second);
            });

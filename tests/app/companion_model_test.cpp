@@ -533,6 +533,136 @@ TEST_F(CompanionModelTest, IterateCapturesTheAppThatIsDetectedNow) {
     EXPECT_EQ(lastBody()["new_artifact_parts"][0]["logical_name"], "design.png");
 }
 
+// ---- cancel
+
+TEST_F(CompanionModelTest, CancelWhileNothingIsGradedDoesNothing) {
+    model.refresh();
+    int changes = 0;
+    const auto watching = model.observeWillChange([&] { ++changes; });
+    model.cancel();
+    EXPECT_EQ(changes, 0);
+    EXPECT_EQ(fake.dispatcher.waitingInBackground(), 0U);
+}
+
+TEST_F(CompanionModelTest, CancelDuringTheCaptureSendsNothing) {
+    model.refresh();
+    model.grade();
+    model.cancel();
+    EXPECT_FALSE(*model.grading);
+    EXPECT_EQ(*model.note, "Grade cancelled.");
+    fake.dispatcher.runAll();
+    EXPECT_TRUE(fake.http.requests.empty());
+    EXPECT_FALSE(*model.grading);
+    EXPECT_FALSE(model.verdict->has_value());
+    EXPECT_EQ(*model.note, "Grade cancelled.");
+}
+
+TEST_F(CompanionModelTest, CancelDuringACaptureThatFailsKeepsItsNote) {
+    model.refresh();
+    model.grade();
+    fake.workspace.running.clear();
+    model.cancel();
+    fake.dispatcher.runAll();
+    EXPECT_EQ(*model.note, "Grade cancelled.");
+}
+
+TEST_F(CompanionModelTest, CancelWhileTheServiceIsPolledEndsItAtOnceAndGivesTheJobUp) {
+    statusAnswer = R"({"status":"running"})";
+    model.refresh();
+    model.grade();
+    ASSERT_TRUE(fake.dispatcher.runOneInBackground()); // the capture
+    ASSERT_TRUE(fake.dispatcher.runOneOnMain());
+    fake.clock.onSleep = [&](Instant) {
+        if (fake.clock.sleeps.size() < 3) return;
+        fake.clock.onSleep = nullptr;
+        statusAnswer = R"({"status":"completed","result_summary":{"band":"ship"}})";
+        model.cancel();
+        EXPECT_FALSE(*model.grading);
+        EXPECT_EQ(*model.note, "Grade cancelled.");
+    };
+    fake.http.requests.clear();
+    fake.clock.sleeps.clear();
+    fake.dispatcher.runAll();
+    EXPECT_FALSE(model.verdict->has_value());
+    EXPECT_EQ(fake.http.requests.back().method, "DELETE");
+    EXPECT_EQ(fake.http.requests.back().url, "http://service/api/v1/eval/jobs/j1");
+    EXPECT_EQ(fake.http.requests.back().headers.at(0).second, "Bearer the-key");
+    EXPECT_EQ(fake.http.requests.size(), 1U + 3U + 1U); // submitted, polled, given up
+}
+
+TEST_F(CompanionModelTest, VerdictThatIsOnItsWayWhenTheGradeIsCancelledNeverAppears) {
+    model.refresh();
+    model.grade();
+    ASSERT_TRUE(fake.dispatcher.runOneInBackground());
+    ASSERT_TRUE(fake.dispatcher.runOneOnMain());
+    ASSERT_TRUE(fake.dispatcher.runOneInBackground()); // the grade, to its end
+    model.cancel();
+    fake.dispatcher.runAll();
+    EXPECT_FALSE(model.verdict->has_value());
+    EXPECT_EQ(*model.note, "Grade cancelled.");
+    EXPECT_EQ(fake.journal.count("DELETE"), 0U); // the job was over
+}
+
+TEST_F(CompanionModelTest, GradeAfterACancelledOneIsItsOwn) {
+    model.refresh();
+    model.grade();
+    model.cancel();
+    model.grade();
+    EXPECT_TRUE(*model.grading);
+    EXPECT_FALSE(model.note->has_value());
+    fake.dispatcher.runAll();
+    EXPECT_EQ(fake.journal.count("POST"), 1U);
+    ASSERT_TRUE(model.verdict->has_value());
+    EXPECT_EQ(model.verdict.get()->band, Band::route_to_fix);
+    EXPECT_FALSE(*model.grading);
+    EXPECT_FALSE(model.note->has_value());
+}
+
+TEST_F(CompanionModelTest, CancelEndsEveryGradeInFlight) {
+    model.refresh();
+    model.grade();
+    model.grade();
+    model.grade();
+    model.cancel();
+    fake.dispatcher.runAll();
+    EXPECT_TRUE(fake.http.requests.empty());
+    EXPECT_FALSE(model.verdict->has_value());
+    EXPECT_FALSE(*model.grading);
+}
+
+TEST_F(CompanionModelTest, CancelledIterateKeepsTheVerdictThatThereWas) {
+    model.refresh();
+    model.grade();
+    fake.dispatcher.runAll();
+    const auto before = *model.verdict;
+    model.iterate();
+    ASSERT_TRUE(fake.dispatcher.runOneInBackground());
+    ASSERT_TRUE(fake.dispatcher.runOneOnMain());
+    ASSERT_TRUE(fake.dispatcher.runOneInBackground()); // the revision, to its verdict
+    model.cancel();
+    fake.dispatcher.runAll();
+    EXPECT_EQ(*model.verdict, before);
+    EXPECT_FALSE(*model.grading);
+    EXPECT_EQ(*model.note, "Grade cancelled.");
+
+    model.iterate();
+    model.cancel();
+    const auto requests = fake.http.requests.size();
+    fake.dispatcher.runAll();
+    EXPECT_EQ(fake.http.requests.size(), requests);
+}
+
+TEST_F(CompanionModelTest, ModelGoneAfterACancelledGradeIsNotTouched) {
+    auto shortLived =
+        std::make_unique<CompanionModel>(modelPorts(fake), testCatalog(), "/home/ada");
+    shortLived->refresh();
+    shortLived->grade();
+    shortLived->cancel();
+    shortLived.reset();
+    fake.dispatcher.runAll();
+    EXPECT_TRUE(fake.http.requests.empty());
+}
+
 // ---- states
 
 TEST_F(CompanionModelTest, StatesFollowFromGradingAndVerdict) {

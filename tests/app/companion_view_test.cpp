@@ -176,6 +176,16 @@ TEST_F(CompanionViewTest, WhileGradingNothingElseOfTheVerdictShows) {
                                               .note = std::nullopt}));
 }
 
+TEST_F(CompanionViewTest, OnlyAGradeThatRunsCanBeCancelled) {
+    EXPECT_EQ(view().actions.cancel, std::nullopt);
+    model.grading = true;
+    EXPECT_EQ(view().actions.cancel,
+              (CancelLink{.label = "Cancel", .spokenName = "Cancel the grade"}));
+    model.grading = false;
+    gradedWith(Band::ship);
+    EXPECT_EQ(view().actions.cancel, std::nullopt);
+}
+
 TEST_F(CompanionViewTest, WhileGradingBothButtonsAreDisabled) {
     inFront(figma());
     model.hasKey = true;

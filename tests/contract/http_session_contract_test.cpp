@@ -131,8 +131,12 @@ TEST_P(HttpSessionContract, MethodPathHeadersAndBodyReachTheServer) {
     request.body = R"({"a":"b"})";
     ASSERT_TRUE(send(request));
     ASSERT_TRUE(send(get("/e")));
-    EXPECT_EQ(under().seen(), (std::vector<std::vector<std::string>>{
-                                  {"POST", "/a/b?c=d", R"({"a":"b"})"}, {"GET", "/e", ""}}));
+    HttpRequest removal = get("/f");
+    removal.method = "DELETE";
+    ASSERT_TRUE(send(removal));
+    EXPECT_EQ(under().seen(),
+              (std::vector<std::vector<std::string>>{
+                  {"POST", "/a/b?c=d", R"({"a":"b"})"}, {"GET", "/e", ""}, {"DELETE", "/f", ""}}));
 }
 
 TEST_P(HttpSessionContract, HeadersArriveAsGiven) {

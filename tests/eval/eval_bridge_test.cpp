@@ -1,5 +1,6 @@
 #include "eval/eval_bridge.h"
 
+#include "eval/grade_ticket.h"
 #include "eval/service_address.h"
 #include "platform/fake/fakes.h"
 
@@ -11,6 +12,7 @@
 #include <deque>
 #include <memory>
 #include <string>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -415,6 +417,96 @@ TEST_F(EvalBridgeTest, ACompletedJobGivesItsVerdict) {
     answers = {ok(kSubmitted), ok(kShipped)};
     EXPECT_EQ(grade(), (Verdict{Band::ship, 0.9, {{"LOW", "c", "d"}}, "r1", false, std::nullopt}));
     EXPECT_THAT(machine.clock.sleeps, IsEmpty());
+}
+
+// ---- giving up
+
+TEST_F(EvalBridgeTest, AGradeThatIsGivenUpBeforeItBeginsAsksForNothing) {
+    GradeTicket ticket;
+    ports.ticket = &ticket;
+    EXPECT_EQ(ticket.cancel(), std::nullopt);
+    EXPECT_EQ(grade(), Verdict::failure("the grade was cancelled"));
+    EXPECT_EQ(iterate(), Verdict::failure("the grade was cancelled"));
+    EXPECT_THAT(machine.http.requests, IsEmpty());
+}
+
+TEST_F(EvalBridgeTest, AGradeThatIsGivenUpWhileItIsSubmittedGivesItsJobUpItself) {
+    GradeTicket ticket;
+    ports.ticket = &ticket;
+    machine.http.answer = [&](const HttpRequest& request) {
+        if (request.method == "POST") {
+            EXPECT_EQ(ticket.cancel(), std::nullopt);
+        }
+        return request.method == "POST" ? ok(kSubmitted) : std::nullopt;
+    };
+    EXPECT_EQ(grade(), Verdict::failure("the grade was cancelled"));
+    EXPECT_THAT(exchanges(), ElementsAre("POST https://service.test/api/v1/eval/jobs",
+                                         "DELETE https://service.test/api/v1/eval/jobs/j1"));
+}
+
+TEST_F(EvalBridgeTest, AGradeThatIsGivenUpBetweenTwoPollsAsksForNothingMore) {
+    GradeTicket ticket;
+    ports.ticket = &ticket;
+    answers = {ok(kSubmitted), ok(kRunning), ok(kRunning), ok(kShipped)};
+    machine.clock.onSleep = [&](Instant) {
+        if (machine.clock.sleeps.size() == 2) {
+            EXPECT_EQ(ticket.cancel(), "j1");
+        }
+    };
+    EXPECT_EQ(grade(), Verdict::failure("the grade was cancelled"));
+    EXPECT_THAT(machine.http.requests, SizeIs(3));
+}
+
+TEST_F(EvalBridgeTest, AnAnswerThatComesAfterGivingUpIsDropped) {
+    GradeTicket ticket;
+    ports.ticket = &ticket;
+    machine.http.answer = [&](const HttpRequest& request) {
+        if (request.method == "GET") {
+            EXPECT_EQ(ticket.cancel(), "j1");
+        }
+        return ok(request.method == "GET" ? kShipped : kSubmitted);
+    };
+    EXPECT_EQ(grade(), Verdict::failure("the grade was cancelled"));
+    EXPECT_THAT(machine.http.requests, SizeIs(2));
+}
+
+TEST_F(EvalBridgeTest, AGradeThatIsOverHasNoJobToGiveUp) {
+    GradeTicket ticket;
+    ports.ticket = &ticket;
+    answers = {ok(kSubmitted), ok(kShipped)};
+    EXPECT_EQ(grade().band, Band::ship);
+    EXPECT_EQ(ticket.cancel(), std::nullopt);
+}
+
+TEST_F(EvalBridgeTest, GivingAJobUpIsOneShortRequestOfWhichNothingComes) {
+    for (const Answer& answer : {Answer(), ok("{}"), ok("<html>"), Answer(HttpResponse{404, ""}),
+                                 Answer(HttpResponse{409, R"({"error":"over"})"})}) {
+        machine.http.requests.clear();
+        answers = {answer};
+        EvalBridge::cancelJob(ports, "j1", "the key");
+        ASSERT_THAT(machine.http.requests, SizeIs(1));
+        const HttpRequest& request = machine.http.requests[0];
+        EXPECT_EQ(request.method + " " + request.url,
+                  "DELETE https://service.test/api/v1/eval/jobs/j1");
+        EXPECT_EQ(request.headers.at(0),
+                  std::make_pair(std::string("Authorization"), std::string("Bearer the key")));
+        EXPECT_EQ(request.body, std::nullopt);
+        EXPECT_EQ(request.timeout, 5s);
+    }
+}
+
+TEST(GradeTicket, AJobIsGivenUpByExactlyOneOfTwoThreads) {
+    for (int round = 0; round < 200; ++round) {
+        GradeTicket ticket;
+        bool accepted = false;
+        std::thread grading([&] { accepted = ticket.accept("j"); });
+        const auto told = ticket.cancel();
+        grading.join();
+        // Not accepted: the grade gives up. Accepted before: the one who cancels does.
+        EXPECT_EQ(accepted, told.has_value());
+        EXPECT_TRUE(ticket.cancelled());
+        EXPECT_EQ(ticket.cancel(), std::nullopt);
+    }
 }
 
 TEST_F(EvalBridgeTest, TheStatusIsComparedWithoutRegardToCase) {

@@ -76,9 +76,11 @@ FocusScope {
                     theme: root.theme
                     tip: tip
                     verdict: root.bridge.verdict
+                    actions: root.bridge.actions
                     visible: verdict.shown
                     width: parent.width
                     onReportAsked: root.bridge.openReport()
+                    onCancelAsked: root.bridge.cancel()
                 }
                 ActionRow {
                     theme: root.theme

@@ -7,7 +7,9 @@ Column {
     required property Theme theme
     required property PanelToolTip tip
     required property verdictRecord verdict
+    required property actionsRecord actions
     signal reportAsked
+    signal cancelAsked
 
     spacing: 8
 
@@ -27,9 +29,20 @@ Column {
             theme: root.theme
             ink: theme.secondary
             text: root.verdict.progress
-            width: parent.width - spinner.width - parent.spacing
+            width: parent.width - spinner.width - cancel.width - 2 * parent.spacing
             anchors.verticalCenter: parent.verticalCenter
             font.pixelSize: theme.callout
+        }
+        LinkButton {
+            id: cancel
+            objectName: "cancelLink"
+            theme: root.theme
+            label: root.actions.cancel
+            width: implicitWidth
+            height: implicitHeight
+            anchors.verticalCenter: parent.verticalCenter
+            Accessible.name: root.actions.cancelName
+            onClicked: root.cancelAsked()
         }
     }
 

@@ -99,6 +99,38 @@ TEST_F(PanelKeyboardTest, ADisabledButtonTakesNoClick) {
     EXPECT_EQ(panel.fake.dispatcher.waitingInBackground(), 0U);
 }
 
+TEST_F(PanelKeyboardTest, AGradeThatRunsIsCancelledByKeyboardAndByPointer) {
+    panel.model.verdict = std::nullopt;
+    for (const bool byKeyboard : {true, false}) {
+        panel.model.grading = true;
+        bridge.redraw();
+        layOutPanel(*view->rootObject());
+        ASSERT_TRUE(item("cancelLink").isVisible());
+        if (byKeyboard) {
+            press(Qt::Key_Tab);
+            EXPECT_EQ(focused(), "cancelLink");
+            press(Qt::Key_Return);
+        } else {
+            click(item("cancelLink"));
+        }
+        EXPECT_FALSE(*panel.model.grading);
+        bridge.redraw();
+        EXPECT_FALSE(item("cancelLink").isVisible());
+        EXPECT_EQ(bridge.verdict().note, "Grade cancelled.");
+    }
+}
+
+TEST_F(PanelKeyboardTest, TheLinkThatCancelsStandsAtTheEndOfItsRowAndHasAWholeName) {
+    panel.model.grading = true;
+    bridge.redraw();
+    layOutPanel(*view->rootObject());
+    EXPECT_EQ(placeIn(*view->rootObject(), item("cancelLink")).right(), 360 - 16);
+    auto* interface = QAccessible::queryAccessibleInterface(&item("cancelLink"));
+    ASSERT_NE(interface, nullptr);
+    EXPECT_EQ(interface->text(QAccessible::Name), "Cancel the grade");
+    EXPECT_EQ(interface->role(), QAccessible::Button);
+}
+
 TEST_F(PanelKeyboardTest, TheMenuIsWalkedAndChosenFromByKeyboard) {
     openMenuByKeyboard();
     ASSERT_TRUE(menuIsOpen());
