@@ -1,6 +1,7 @@
 #include "critics/code/code_language.h"
 
 #include "text/letters.h"
+#include "text/one_of.h"
 #include "text/unicode.h"
 
 #include <algorithm>
@@ -314,10 +315,25 @@ Language byContent(std::string_view text) {
 
 } // namespace
 
-Language languageOfName(std::string_view name) {
+namespace {
+
+/// In lower case, without the point; empty without one.
+std::string extensionOf(std::string_view name) {
     const std::size_t point = name.rfind('.');
-    if (point == std::string_view::npos) return Language::unknown;
-    const std::string extension = text::lowerAscii(name.substr(point + 1));
+    return point == std::string_view::npos ? "" : text::lowerAscii(name.substr(point + 1));
+}
+
+// Of languages that nobody here reads. What is written in them looks like one of those that are
+// read, and would be judged by the wrong grammar.
+constexpr std::array<std::string_view, 36> kOtherLanguages = {
+    "swift", "kt", "kts", "scala",  "sc",  "lua", "zig", "dart", "r",   "jl",  "m",    "mm",
+    "pl",    "pm", "hs",  "ml",     "mli", "ex",  "exs", "erl",  "clj", "el",  "lisp", "nim",
+    "v",     "sv", "vhd", "groovy", "ps1", "vb",  "fs",  "fsx",  "sol", "cob", "f90",  "pas"};
+
+} // namespace
+
+Language languageOfName(std::string_view name) {
+    const std::string extension = extensionOf(name);
     const auto known = std::ranges::find(kExtensions, extension, &Extension::name);
     return known == kExtensions.end() ? Language::unknown : known->language;
 }
@@ -325,6 +341,7 @@ Language languageOfName(std::string_view name) {
 Language languageOf(std::string_view name, std::string_view text) {
     const Language byName = languageOfName(name);
     if (byName != Language::unknown) return byName;
+    if (text::isOneOf(extensionOf(name), kOtherLanguages)) return Language::unknown;
     const std::string_view head = text.substr(0, kReadForGuess);
     const Language named = byFirstLine(head.substr(0, head.find('\n')));
     if (named != Language::unknown) return named;

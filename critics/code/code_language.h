@@ -1,7 +1,8 @@
 // The language that code is written in.
 //
 // Told by the extension of the name when it says so; work that was copied from an editor is called
-// "<something>.txt", and then by what stands in it. A guess that is not clear is `unknown`, and
+// "<something>.txt", and then by what stands in it. An extension of a language that is not known
+// here ends the search. A guess that is not clear is `unknown`, and
 // rules that need to know stay silent. Pure.
 
 #pragma once

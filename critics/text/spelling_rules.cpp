@@ -289,6 +289,8 @@ private:
             }
         }
         if (isBuilt(own, books)) return {};
+        // "Priya Nair leads it": at the start of a sentence a name looks like any other word.
+        if (shape == Shape::capitalised && english && beginsName(index)) return {};
         // Dictionaries of other languages lack more, and borrow from English what they lack.
         if (!english && isForeign(own, language)) return {};
         suggest(own, index, shape, language, books, verdict);
@@ -301,6 +303,15 @@ private:
         if (english && verdict.sure && m_edits > 1 && isForeign(own, language))
             verdict.sure = false;
         return verdict;
+    }
+
+    /// Whether the next word, one blank behind this one, begins with a capital too.
+    [[nodiscard]] bool beginsName(std::size_t index) const {
+        if (index + 1 >= m_view.words.size()) return false;
+        const text::Word& word = m_view.words[index];
+        const text::Word& next = m_view.words[index + 1];
+        const std::size_t end = word.offset + word.length;
+        return next.capitalised && next.offset == end + 1 && m_view.masked()[end] == ' ';
     }
 
     static std::string capitalised(const std::string& own) {

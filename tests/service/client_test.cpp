@@ -2,6 +2,7 @@
 // critics.
 
 #include "eval/eval_bridge.h"
+#include "eval/grade_ticket.h"
 #include "platform/fake/fake_clock.h"
 #include "platform/fake/fake_environment.h"
 #include "platform/fake/journal.h"
@@ -111,6 +112,39 @@ TEST_F(ClientTest, ARevisionChangesTheVerdict) {
     EXPECT_EQ(second.score, 1.0);
     EXPECT_EQ(second.runId, first.runId);
     EXPECT_THAT(m_store->run(*first.runId)->iterations, SizeIs(2));
+}
+
+TEST_F(ClientTest, TheVerdictTellsWhoJudged) {
+    start();
+    const std::vector<kelvane::CheckedBy> expected{{"gate", "1", "what it was told"}};
+    const Verdict first = grade("fine words");
+    EXPECT_EQ(first.checkedBy, expected);
+    EXPECT_THAT(first.notChecked, IsEmpty());
+    EXPECT_EQ(iterate(first.runId.value_or(""), "finer words").checkedBy, expected);
+}
+
+TEST_F(ClientTest, AGradeThatIsGivenUpIsJudgedByNobody) {
+    std::promise<void> ready;
+    start([&] { ready.get_future().wait(); });
+    GradeTicket ticket;
+    m_ports.ticket = &ticket;
+    m_clock.onSleep = [&](Instant) {
+        const auto jobId = ticket.cancel();
+        ASSERT_TRUE(jobId);
+        EXPECT_THAT(m_store->pendingJobs(), SizeIs(1));
+        EvalBridge::cancelJob(m_ports, *jobId, "the-right-key");
+    };
+    EXPECT_EQ(grade("x").error, "the grade was cancelled");
+    EXPECT_THAT(m_clock.sleeps, SizeIs(1));
+    EXPECT_THAT(m_store->pendingJobs(), IsEmpty());
+    ready.set_value();
+    m_ports.ticket = nullptr;
+    m_clock.onSleep = [this](Instant) {
+        while (!m_store->pendingJobs().empty()) std::this_thread::yield();
+    };
+    EXPECT_EQ(grade("y").band, kelvane::Band::ship);
+    ASSERT_THAT(m_critic.judged(), SizeIs(1));
+    EXPECT_EQ(m_critic.judged()[0].parts[0].text, "y");
 }
 
 TEST_F(ClientTest, PicturesArriveAsTheyWereSent) {

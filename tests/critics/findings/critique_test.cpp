@@ -59,6 +59,13 @@ TEST(Critique, KnowsTheLanguagesThatItHasAGrammarOf) {
     EXPECT_EQ(coverage.notChecked[0].what, "syntax, a language that is not known here");
 }
 
+TEST(Critique, DoesNotReadOneLanguageByTheGrammarOfAnother) {
+    const std::string text = "pub fn main() void {\n    const x: i32 = 1;\n    _ = x;\n}\n";
+    const Critique critique = of(textPart(text, "a.zig", "text/x-code"));
+    EXPECT_FALSE(critique.coverage.known);
+    EXPECT_TRUE(critique.findings.empty());
+}
+
 TEST(Critique, SaysThatCodeWasTooLongForTheGrammar) {
     std::string text;
     while (text.size() < 61'000) text += "value = 1\n";

@@ -124,6 +124,11 @@ TEST(Spelling, ANameInASentenceHasACapital) {
     EXPECT_NE(finding.detail.find("“London”"), std::string::npos) << finding.detail;
 }
 
+TEST(Spelling, ANameOfTwoWordsIsOneAtTheStartOfASentenceToo) {
+    EXPECT_EQ(misspeltIn("Please read it. Gardon Nair leads the meeting."), Words{});
+    EXPECT_EQ(misspeltIn("Please read it. Gardon walls are green."), Words{"Gardon"});
+}
+
 TEST(Spelling, PersonalWordsAreRight) {
     const Part part = textPart("Please send the xqwzvy and the Reprot to our customers.");
     EXPECT_EQ(misspelt(critiqueText(part, smallTools({"xqwzvy"}))), Words());
