@@ -125,8 +125,8 @@ TEST(Spelling, ANameInASentenceHasACapital) {
 }
 
 TEST(Spelling, ANameOfTwoWordsIsOneAtTheStartOfASentenceToo) {
-    EXPECT_EQ(misspeltIn("Please read it. Gardon Nair leads the meeting."), Words{});
-    EXPECT_EQ(misspeltIn("Please read it. Gardon walls are green."), Words{"Gardon"});
+    EXPECT_EQ(misspeltIn("Please read it. Gardon Nair has the meeting."), Words{});
+    EXPECT_EQ(misspeltIn("Please read it. Gardon wall is green."), Words{"Gardon"});
 }
 
 TEST(Spelling, PersonalWordsAreRight) {
