@@ -322,8 +322,10 @@ TEST(GrowthToAMegabyte, IsInProportion) {
         {{"code", "a.c"}, {"#if x\n", "#else\n#endif\n", brackets}},
     };
     warmUp();
+    // Sixteen times as much stays below the mebibyte up to which Markdown is read for its
+    // structure: behind it what was code is prose, which is another work to compare with.
     for (const Case& entry : cases) {
-        expectProportion(entry.kind, entry.hostile, 64 * 1024, 16);
+        expectProportion(entry.kind, entry.hostile, 63 * 1024, 16);
     }
 }
 
