@@ -224,6 +224,17 @@ TEST(ForeignAnswer, APasswordThatIsOnlyAWordIsNotQuotedEither) {
     EXPECT_THAT(findings[0].detail, Not(HasSubstr("in-may")));
 }
 
+TEST(ForeignAnswer, WhatStandsForASecretThatWasTakenOutIsNone) {
+    const Part part = code("a.py", "password = \"REDACTED\"\n");
+    const auto findings =
+        critiqueOf(hereAs("bandit"), part,
+                   exited(1, R"({"errors":[],"results":[{"test_id":"B105","line_number":1,
+                       "issue_severity":"LOW","issue_confidence":"MEDIUM",
+                       "issue_text":"Possible hardcoded password: 'REDACTED'"}]})"))
+            .findings;
+    EXPECT_TRUE(findings.empty());
+}
+
 TEST(ForeignAnswer, TheWordsOfAProgramStayOnOneShortLine) {
     const std::string words = std::string(900, 'w') + "\\nmore";
     const auto findings = critiqueOf(hereAs("shellcheck"), code("a.sh", "ls\n"),

@@ -100,7 +100,7 @@ class ServiceTest(surroundings.HomeTest):
     def test_standard_input_is_graded_by_the_name_it_is_given(self):
         self.assertEqual(self.rules_broken("-", data=BAD.encode()),
                          (1, ["text.doubled_word", "text.weekday"]))
-        self.assertEqual(self.rules_broken("-", "--name", "x.py", data=b"eval(x)\n"),
+        self.assertEqual(self.rules_broken("-", "--name", "x.py", data=b"x = input()\neval(x)\n"),
                          (1, ["code.runs_text"]))
         self.assertIn("sheet.formula_error", self.rules_broken(
             "-", "--modality", "spreadsheet", data=b"a\tb\nx\t1\ny\t#REF!\n")[1])
