@@ -181,14 +181,14 @@ TEST(Outline, TheCriticSaysWhoReadTheStructure) {
     EXPECT_EQ(structureGaps(coverage), 0);
 }
 
-// ---- the specification's own examples -----------------------------------------------------------
+// ---- the published examples of the format --------------------------------------------------------
 
 struct Example {
     std::string markdown;
     std::string html;
 };
 
-/// Those of the specification that Debian's package cmark-gfm brings; none where it is not here.
+/// Those that Debian's package cmark-gfm brings; none where it is not here.
 std::vector<Example> examples() {
     std::vector<Example> found;
     const std::unique_ptr<std::FILE, int (*)(std::FILE*)> pipe(
@@ -208,7 +208,7 @@ std::vector<Example> examples() {
         if (middle == std::string::npos || end == std::string::npos) break;
         Example example{text.substr(begin, middle + 1 - begin),
                         text.substr(middle + 3, end - middle - 2)};
-        // The specification shows tabs as arrows.
+        // The examples show tabs as arrows.
         for (std::size_t tab = 0; (tab = example.markdown.find("→", tab)) != std::string::npos;) {
             example.markdown.replace(tab, std::string("→").size(), "\t");
         }
@@ -255,7 +255,7 @@ std::size_t countOf(std::string_view text, std::string_view part) {
 TEST(OutlineBySpecification, HasThePartsOfEveryExample) {
     const std::vector<Example> all = examples();
     if (all.empty()) {
-        GTEST_SKIP() << "SKIPPED: no specification here; on Debian the package cmark-gfm has it";
+        GTEST_SKIP() << "SKIPPED: no examples here; on Debian the package cmark-gfm has them";
     }
     EXPECT_GT(all.size(), 600U);
     std::size_t headings = 0;
