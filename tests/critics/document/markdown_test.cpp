@@ -181,7 +181,8 @@ TEST(Outline, TheCriticSaysWhoReadTheStructure) {
     EXPECT_EQ(structureGaps(coverage), 0);
 }
 
-// ---- the published examples of the format --------------------------------------------------------
+// ---- the published examples of the format
+// --------------------------------------------------------
 
 struct Example {
     std::string markdown;
