@@ -9,6 +9,11 @@ namespace kelvane {
 namespace fs = std::filesystem;
 using namespace std::chrono_literals;
 
+namespace {
+/// Selects with the keyboard without owning PRIMARY. It has its document when it has its title.
+constexpr auto kAnnouncesNoKeyboardSelection = "FeatherPad";
+} // namespace
+
 std::string contents(const fs::path& path) {
     std::ifstream in(path, std::ios::binary);
     std::ostringstream text;
@@ -22,6 +27,7 @@ void Journey::SetUpTestSuite() {
     const auto programs = s_desktop->home() / "programs";
     fs::create_directory(programs);
     s_opened = s_desktop->home() / "opened.txt";
+    s_relayed = s_desktop->home() / "relayed.txt";
     std::ofstream(programs / "xdg-open") << "#!/bin/sh\necho \"$1\" >> " << s_opened << "\n";
     fs::permissions(programs / "xdg-open", fs::perms::owner_all);
 }
@@ -32,6 +38,7 @@ void Journey::TearDownTestSuite() {
 
 void Journey::SetUp() {
     fs::remove(s_opened);
+    fs::remove(s_relayed);
     m_home = s_desktop->home();
     m_program = KELVANE_PRODUCT;
     m_panel = std::make_unique<PanelOnScreen>(*s_desktop);
@@ -59,6 +66,16 @@ std::string Journey::serviceAddress() const {
     return "http://127.0.0.1:" + std::to_string(m_port);
 }
 
+std::string Journey::startRelay(const std::vector<std::string>& options) {
+    std::vector<std::string> command{KELVANE_PYTHON, KELVANE_RELAY};
+    command.insert(command.end(), options.begin(), options.end());
+    command.insert(command.end(), {std::to_string(m_port), s_relayed.string()});
+    m_relay = std::make_unique<Program>(command, s_desktop->environment());
+    const auto line = m_relay->readUntil("\n");
+    EXPECT_TRUE(line);
+    return "http://127.0.0.1:" + line.value_or("\n").substr(0, line.value_or("\n").find('\n'));
+}
+
 std::string Journey::serviceKey() {
     auto key = contents(s_desktop->home() / "service" / "key");
     while (key.ends_with('\n')) key.pop_back();
@@ -67,10 +84,15 @@ std::string Journey::serviceKey() {
 
 void Journey::open(const std::vector<std::string>& command, const std::string& wmClass) {
     m_started.push_back(s_desktop->start(command));
-    const auto window = s_desktop->waitForWindow(VirtualDesktop::ofClass(wmClass));
-    ASSERT_TRUE(window) << wmClass;
+    // The window is there before its document is, and has its name once it is.
+    const fs::path last = command.back();
+    const auto name = last.is_absolute() ? last.filename().string() : std::string();
+    const auto window = s_desktop->waitForWindow([&](const DesktopWindow& candidate) {
+        return candidate.wmClass == wmClass && candidate.title.find(name) != std::string::npos;
+    });
+    ASSERT_TRUE(window) << wmClass << " with " << name;
     ASSERT_TRUE(s_desktop->activate(window->window));
-    std::this_thread::sleep_for(1s); // the window is there before its document is
+    m_front = window->window;
 }
 
 bool Journey::waitForOwner(const std::string& selection, std::chrono::milliseconds timeout) {
@@ -87,8 +109,11 @@ bool Journey::waitForOwner(const std::string& selection, std::chrono::millisecon
 void Journey::openAndSelectAll(const std::vector<std::string>& command,
                                const std::string& wmClass) {
     open(command, wmClass);
-    panel().press("ctrl+a");
-    std::this_thread::sleep_for(300ms);
+    ASSERT_TRUE(VirtualDesktop::waitUntil([&] {
+        panel().press("ctrl+a");
+        return s_desktop->hasDealtWithEverything(m_front) &&
+               (wmClass == kAnnouncesNoKeyboardSelection || waitForOwner("PRIMARY", 1s));
+    }));
 }
 
 fs::path Journey::document(const std::string& text, const std::string& name) {

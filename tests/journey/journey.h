@@ -39,12 +39,18 @@ protected:
     void startService();
     [[nodiscard]] std::string serviceAddress() const;
     [[nodiscard]] static std::string serviceKey();
+    /// Starts what stands between the product and the service and says what went through
+    /// (relay.py), and the address to give the product for it.
+    std::string startRelay(const std::vector<std::string>& options = {});
+    /// What went through, a line each.
+    [[nodiscard]] static std::string relayed() { return contents(s_relayed); }
 
     /// Opens a document in an application, in front.
     void open(const std::vector<std::string>& command, const std::string& wmClass);
     /// Whether somebody comes to own this selection, which is when it can be pasted.
     static bool waitForOwner(const std::string& selection,
                              std::chrono::milliseconds timeout = std::chrono::seconds(60));
+    /// Opens a document and selects all of it.
     void openAndSelectAll(const std::vector<std::string>& command, const std::string& wmClass);
     std::filesystem::path document(const std::string& text, const std::string& name = "work.md");
 
@@ -61,13 +67,16 @@ protected:
 
     inline static std::unique_ptr<VirtualDesktop> s_desktop;
     inline static std::filesystem::path s_opened;
+    inline static std::filesystem::path s_relayed;
     std::filesystem::path m_home;    ///< The user's; the desktop's own unless changed.
     std::filesystem::path m_program; ///< What to start; the built one unless changed.
     std::unique_ptr<PanelOnScreen> m_panel;
     std::vector<pid_t> m_started;
     std::unique_ptr<Program> m_service;
+    std::unique_ptr<Program> m_relay;
     std::unique_ptr<Program> m_product;
     int m_port = 0;
+    xcb_window_t m_front = 0; ///< What open() brought to the front.
 };
 
 } // namespace kelvane

@@ -47,37 +47,9 @@ protected:
         ASSERT_TRUE(desktop().activate(window->window));
     }
 
-    /// Has the editor answer whether it lives. The question stands in its queue behind every key
-    /// that it has been sent before.
+    /// The editor has dealt with every key that it has been sent before.
     static bool editorHasDealtWithEverything() {
-        const std::unique_ptr<xcb_connection_t, decltype(&xcb_disconnect)> link(
-            xcb_connect(desktop().display().c_str(), nullptr), xcb_disconnect);
-        auto* const xcb = link.get();
-        const auto root = desktop().link().root();
-        const std::uint32_t notifications = XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY;
-        xcb_change_window_attributes(xcb, root, XCB_CW_EVENT_MASK, &notifications);
-        const auto ping = desktop().link().atom("_NET_WM_PING");
-        xcb_client_message_event_t question{};
-        question.response_type = XCB_CLIENT_MESSAGE;
-        question.format = 32;
-        question.window = desktop().activeWindow();
-        question.type = desktop().link().atom("WM_PROTOCOLS");
-        question.data.data32[0] = ping;
-        question.data.data32[1] = XCB_CURRENT_TIME;
-        question.data.data32[2] = question.window;
-        xcb_send_event(xcb, 0, question.window, XCB_EVENT_MASK_NO_EVENT,
-                       reinterpret_cast<const char*>(&question));
-        xcb_flush(xcb);
-        return VirtualDesktop::waitUntil([&] {
-            while (const XcbOwned<xcb_generic_event_t> event{xcb_poll_for_event(xcb)}) {
-                if ((event->response_type & 0x7F) != XCB_CLIENT_MESSAGE) continue;
-                const auto& answer = reinterpret_cast<const xcb_client_message_event_t&>(*event);
-                if (answer.data.data32[0] == ping && answer.data.data32[2] == question.window) {
-                    return true;
-                }
-            }
-            return false;
-        });
+        return desktop().hasDealtWithEverything(desktop().activeWindow());
     }
 
     static void key(const std::string& keys) { outputOf("xdotool key " + keys); }
@@ -95,17 +67,16 @@ protected:
         xcb_flush(xcb);
     }
 
-    /// Until an editor that has just been activated takes keys, and has dealt with one, nothing
-    /// can be seen from outside.
-    static void settle() { std::this_thread::sleep_for(300ms); }
+    static void settle() { EXPECT_TRUE(editorHasDealtWithEverything()); }
 
+    /// Keys are dealt with in their order, but the window can be there before its document is: in
+    /// an editor that announces what is selected, until it does.
     static void selectAll() {
-        settle();
-        key("ctrl+a");
-        settle();
-        if (GetParam().announcesKeyboardSelection) {
-            EXPECT_NE(ownerOf("PRIMARY"), 0U);
-        }
+        EXPECT_TRUE(VirtualDesktop::waitUntil([] {
+            key("ctrl+a");
+            settle();
+            return !GetParam().announcesKeyboardSelection || ownerOf("PRIMARY") != 0U;
+        }));
     }
 
     /// A capture of the whole document that the copy key, and not PRIMARY, brought: the clipboard

@@ -328,4 +328,38 @@ bool VirtualDesktop::activate(xcb_window_t window) {
     return waitUntil([&] { return activeWindow() == window; });
 }
 
+bool VirtualDesktop::hasDealtWithEverything(xcb_window_t window) {
+    // The answer goes to the root window, where a window manager's own questions are answered too:
+    // a link of its own sees it without taking anything from the fixture's.
+    const std::unique_ptr<xcb_connection_t, decltype(&xcb_disconnect)> link(
+        xcb_connect(m_display.c_str(), nullptr), xcb_disconnect);
+    auto* const xcb = link.get();
+    // GTK answers to the one mask, Qt to the other.
+    const std::uint32_t notifications =
+        XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_STRUCTURE_NOTIFY;
+    xcb_change_window_attributes(xcb, m_link->root(), XCB_CW_EVENT_MASK, &notifications);
+    xcb_client_message_event_t question{};
+    question.response_type = XCB_CLIENT_MESSAGE;
+    question.format = 32;
+    question.window = window;
+    question.type = m_link->atom("WM_PROTOCOLS");
+    question.data.data32[0] = m_link->atom("_NET_WM_PING");
+    question.data.data32[1] = XCB_CURRENT_TIME;
+    question.data.data32[2] = window;
+    xcb_send_event(xcb, 0, window, XCB_EVENT_MASK_NO_EVENT,
+                   reinterpret_cast<const char*>(&question));
+    xcb_flush(xcb);
+    return waitUntil([&] {
+        while (const XcbOwned<xcb_generic_event_t> event{xcb_poll_for_event(xcb)}) {
+            if ((event->response_type & 0x7F) != XCB_CLIENT_MESSAGE) continue;
+            const auto& answer = reinterpret_cast<const xcb_client_message_event_t&>(*event);
+            if (answer.data.data32[0] == question.data.data32[0] &&
+                answer.data.data32[2] == window) {
+                return true;
+            }
+        }
+        return false;
+    });
+}
+
 } // namespace kelvane

@@ -99,6 +99,9 @@ public:
     [[nodiscard]] xcb_window_t activeWindow();
     /// Makes a window the active one and waits until it is. False when that did not happen.
     bool activate(xcb_window_t window);
+    /// Has a window's program answer whether it lives (_NET_WM_PING). The question stands in its
+    /// queue behind every key and press that it has been sent before. False when no answer came.
+    [[nodiscard]] bool hasDealtWithEverything(xcb_window_t window);
 
     /// The fixture's own link to the server, for whatever else a test wants to see or do.
     [[nodiscard]] X11Connection& link() { return *m_link; }
