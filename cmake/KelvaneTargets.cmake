@@ -28,6 +28,13 @@ endif()
 if(KELVANE_SANITIZE)
   add_compile_options(-fsanitize=${KELVANE_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
   add_link_options(-fsanitize=${KELVANE_SANITIZE})
+  # With the calls of this sanitizer between them, gcc 12 takes both ends of a branch over a string's
+  # length for one path, and sees copies past the end where there are none; asan, which would see such
+  # a copy happen, is built with the warnings.
+  if(KELVANE_SANITIZE MATCHES "thread")
+    target_compile_options(kelvane_options INTERFACE
+      $<$<CXX_COMPILER_ID:GNU>:-Wno-array-bounds> $<$<CXX_COMPILER_ID:GNU>:-Wno-stringop-overflow>)
+  endif()
 endif()
 if(KELVANE_FUZZ)
   add_compile_options(-fsanitize=fuzzer-no-link,address,undefined -fno-sanitize-recover=all)
