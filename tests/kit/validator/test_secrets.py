@@ -26,6 +26,16 @@ def samples():
     return [sample for seed in SEEDS for sample in secret_samples.positives(random.Random(seed))]
 
 
+def damaged(chance, texts):
+    """The texts, each cut, torn apart or run into another at a place that chance chooses."""
+    signs = "\"'=:;,.-_/@$%{}()<> \t\r\n\\aZ9é\U0001f511"
+    for text in texts:
+        at, other = chance.randrange(len(text) + 1), chance.choice(texts)
+        yield text[at:]
+        yield text[:at] + chance.choice(signs) + text[at:]
+        yield text[:at] + other[chance.randrange(len(other) + 1):]
+
+
 def screened(text, modality="code"):
     part = Part("text/plain", "a.txt", text, same_lines=True)
     return standing.screen(SHIPPED, Artifact((part,), modality, "a.txt"))
@@ -98,6 +108,7 @@ class OneFile(unittest.TestCase):
     @unittest.skipUnless(SECRET_SPANS, "SECRET_SPANS names no program: run by ctest")
     def test_the_critics_find_the_same_spans(self):
         texts = [text for _, text, _ in samples()] + list(secret_samples.NEGATIVES)
+        texts += list(damaged(random.Random(11), texts))
         # Together as well, in one text and in one line, and between letters of several bytes.
         texts += ["".join(texts), " ".join(texts).replace("\n", " "),
                   "é".join(texts), "\U0001f511".join(t.strip() for t in texts)]
