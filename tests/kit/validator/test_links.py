@@ -50,6 +50,12 @@ class Talker:
             threading.Thread(target=self._serve, args=(connection,), daemon=True).start()
 
     def _serve(self, connection):
+        try:
+            self._talk(connection)
+        except OSError:
+            pass  # whoever asked has heard enough
+
+    def _talk(self, connection):
         with connection:
             while True:
                 seen = surroundings._read_request(connection)
