@@ -7,7 +7,6 @@ import pathlib
 import random
 import re
 import subprocess
-import time
 import unittest
 from unittest import mock
 
@@ -228,13 +227,7 @@ class Growth(unittest.TestCase):
     MOST = 7.0
 
     def seconds(self, text):
-        best = None
-        for _ in range(2):
-            start = time.process_time()
-            screened(text)
-            spent = time.process_time() - start
-            best = spent if best is None else min(best, spent)
-        return best
+        return surroundings.processor_seconds(lambda: screened(text))
 
     def test_time_grows_with_the_text(self):
         drawer = secret_samples.Drawer(random.Random(9))

@@ -59,6 +59,12 @@ class SettingsTest(surroundings.HomeTest):
         self.assertEqual(found.base, settings.DEFAULT_BASE)
         self.assertIn("nothing of it is used", found.problems[0])
 
+    def test_a_report_has_an_address_where_a_browser_gets(self):
+        self.assertEqual(settings.report_page("http://127.0.0.1:8797", "r1"),
+                         "http://127.0.0.1:8797/console?run=r1")
+        self.assertIsNone(settings.report_page("HTTP+unix://%2Frun%2Fx", "r1"))
+        self.assertIsNone(settings.report_page("", "r1"))
+
     def test_folders_to_read_are_absolute(self):
         self.put("settings", "read: /a:~/b: c :\n")
         found = self.load()

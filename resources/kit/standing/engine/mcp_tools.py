@@ -342,7 +342,9 @@ def _verdict(outcome, settings, problems):
                           for entry in entries]
     if verdict.run_id:
         facts["run_id"] = _harmless(verdict.run_id)
-        facts["report"] = "%s/console?run=%s" % (settings.base, facts["run_id"])
+        page = settings_module.report_page(settings.base, facts["run_id"])
+        if page:
+            facts["report"] = page
     return _result(_told(outcome, facts), facts)
 
 

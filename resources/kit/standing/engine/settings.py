@@ -105,6 +105,13 @@ def untrusted(status: os.stat_result) -> str | None:
     return None
 
 
+def report_page(base: str, run_id: str) -> str | None:
+    """The address of a run's report for people; None where no browser gets there."""
+    if base[:4].lower() != "http" or base[:10].lower() == "http+unix:":
+        return None
+    return "{}/console?run={}".format(base, run_id)
+
+
 def tidy_base(address: str) -> str:
     """The address without blanks around it and without slashes at its end."""
     return address.strip(" \t").rstrip("/")

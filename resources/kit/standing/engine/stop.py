@@ -11,6 +11,7 @@ import time
 
 from . import LONGEST_ANSWER, file_types, grading, parts, report, standing
 from .reachability import DOWN_SECONDS, SLOW_SECONDS
+from .settings import report_page
 
 MOST_FILES = 40
 MOST_SUBMISSIONS = 4
@@ -218,9 +219,10 @@ def _facts(groups, left, settings):
     for group in groups:
         lines += [""] + report.facts(group.outcome)
         lines += ["  note: " + report.clean(note) for note in group.outcome.notes]
-        if group.outcome.verdict.run_id:
-            lines.append("  report: {}/console?run={}".format(
-                settings.base, report.clean(group.outcome.verdict.run_id)))
+        run_id = group.outcome.verdict.run_id
+        page = report_page(settings.base, report.clean(run_id)) if run_id else None
+        if page:
+            lines.append("  report: " + page)
     if left:
         lines += ["", "{} more changed files were not graded.".format(left)]
     text = "\n".join(lines)
