@@ -264,6 +264,11 @@ class ClientTest(unittest.TestCase):
         self.assertLess(asked, told + 100)
         self.assertLessEqual(told, asked + client.GIVING_UP)
 
+    def test_a_hard_deadline_that_ends_a_submission_is_told_as_such(self):
+        self.assertEqual(self.grade(None, deadline=0, hard=True),
+                         failure("grade timed out after 0s"))
+        self.assertEqual(self.grade(None, deadline=100, hard=True), failure(client.UNREACHABLE))
+
     def test_a_score_beyond_all_numbers_is_none(self):
         huge = json.dumps(SHIPPED).replace("0.9", "1e999").encode()
         self.answers = []

@@ -142,6 +142,18 @@ class DripTest(LinkTest):
             self.assertLess(time.monotonic() - start, 5)
 
 
+class CommandTest(surroundings.HomeTest):
+    def test_the_time_that_a_command_is_given_holds_against_drops(self):
+        name = self.write("a.txt", "work")
+        with FaultServer(dripping(b"HTTP/1.1 200 X\r\nContent-Length: 99999\r\n\r\n")) as server:
+            start = time.monotonic()
+            code, out, _ = self.run_kit("grade", "--timeout", "0.4", name, BRASK_API_KEY="k",
+                                        BRASK_API_BASE=server.base)
+            self.assertLess(time.monotonic() - start, 20)
+        self.assertEqual(code, 3)
+        self.assertIn(b"grade timed out", out)
+
+
 class SocketTest(LinkTest):
     def setUp(self):
         super().setUp()

@@ -60,7 +60,7 @@ def grade(parts: Sequence[Any], modality: str, vertical: Optional[str] = None, i
         body["policy_id"] = policy
     answer = call.request("POST", "/api/v1/eval/jobs", body)
     if answer is None:
-        return failure(CANCELLED if call.cancelled() else UNREACHABLE)
+        return call.without_answer()
     job_id = string(answer, "job_id")
     if job_id is None:
         error = failure(string(answer, "error") or "no job_id in response")
@@ -90,7 +90,7 @@ def iterate(run_id: str, parts: Sequence[Any], intent: str = "",
             "new_artifact_parts": [part.json() for part in parts]}
     answer = call.request("POST", "/api/v1/eval/runs/" + run_id + "/iterate", body)
     if answer is None:
-        return failure(CANCELLED if call.cancelled() else UNREACHABLE)
+        return call.without_answer()
     verdict = verdict_from(obj(obj(answer, "iteration"), "critic_verdict"), run_id)
     return verdict._replace(notice=string(answer, "error"))
 
@@ -133,8 +133,20 @@ class _Call:
 
     def is_over(self) -> bool:
         """Whether there is no more time to ask how the job is."""
-        return self.elapsed() >= self.deadline or (
-            self._until is not None and time.monotonic() >= self._until)
+        return self.elapsed() >= self.deadline or self._is_cut_short()
+
+    def _is_cut_short(self) -> bool:
+        return self._until is not None and time.monotonic() >= self._until
+
+    def timed_out(self, warming: bool = False) -> Verdict:
+        """The failure of a call whose time is over."""
+        return failure("grade timed out after {}s".format(int(self.deadline)), warming)
+
+    def without_answer(self) -> Verdict:
+        """The failure of a submission that nobody answered."""
+        if self.cancelled():
+            return failure(CANCELLED)
+        return self.timed_out() if self._is_cut_short() else failure(UNREACHABLE)
 
     def give_up(self, job_id: str) -> None:
         """Tells the service that nobody waits for this job any more. Whether it hears it or not."""
@@ -203,7 +215,7 @@ def _poll(call: _Call, job_id: str) -> Tuple[Verdict, bool]:
             interval = min(interval, _LAST_GROWING) + _GROWTH
     if call.cancelled():
         return failure(CANCELLED), False
-    return failure("grade timed out after {}s".format(int(call.deadline)), warming), False
+    return call.timed_out(warming), False
 
 
 def _completed(call: _Call, answer: Dict[str, Any]) -> Verdict:
