@@ -128,7 +128,7 @@ class CodexTest(ToolTest):
         found = self.tool("codex", "mcp", "get", "trevix", "--json")
         self.assertEqual(0, found.returncode, found.stderr)
         server = json.loads(found.stdout)
-        self.assertEqual(["python3", [os.path.join(self.home, ".brask/validate.py"), "mcp"]],
+        self.assertEqual(["python3", ["-I", os.path.join(self.home, ".brask/validate.py"), "mcp"]],
                          [server["transport"]["command"], server["transport"]["args"]])
         self.assertEqual((20.0, 300.0),
                          (server["startup_timeout_sec"], server["tool_timeout_sec"]))

@@ -72,7 +72,7 @@ def main(arguments: Sequence[str], env: Dict[str, str], out: Any = None, err: An
             for line in [json.dumps(status, indent=2)] if options.json else status_lines(status):
                 say(line)
             return DONE
-        lock = installer.locked()
+        lock = installer.locked(needed=options.action == "install")
         work = installer.uninstall if options.action == "uninstall" else installer.install
         return work(options.tool)
     except (Refused, OSError) as error:

@@ -3,6 +3,7 @@
 Symlinks, modes, owners and extended attributes stay; bytes that change meanwhile are noticed.
 """
 
+import errno
 import os
 import re
 import secrets
@@ -106,9 +107,15 @@ def sweep(folder: str, name: str = "") -> None:
 
 
 def dress_like(descriptor: int, path: str, info: os.stat_result) -> None:
-    """Gives an open file the owner, the extended attributes and the mode of an existing one."""
+    """Gives an open file the owner, the extended attributes and the mode of an existing one.
+
+    Raises OSError when it cannot have that owner: a file that is another user's stays theirs.
+    """
     if (info.st_uid, info.st_gid) != (os.geteuid(), os.getegid()):
         if not quietly(os.fchown, descriptor, info.st_uid, info.st_gid):
+            if info.st_uid != os.geteuid():
+                raise PermissionError(errno.EPERM, "it belongs to another user, and a new file "
+                                      "would not", path)
             quietly(os.fchown, descriptor, -1, info.st_gid)
     if hasattr(os, "listxattr"):
         try:
@@ -154,6 +161,27 @@ def replace_file(path: str, data: bytes, expected: Optional[bytes],
         quietly(os.unlink, temporary)
         raise
     settle(folder)
+
+
+def shorten_in_place(path: str, data: bytes, expected: bytes) -> None:
+    """Makes the file hold `data`, which is shorter than what it holds, where no second file can be
+    made beside it: the disk is full, the folder may not be written, or the file is another user's.
+    Everything from the first byte that differs is written at once, and then the rest cut off.
+
+    Raises Changed when the file no longer holds `expected`, OSError when it cannot be written.
+    """
+    same = len(os.path.commonprefix([data, expected]))
+    descriptor = os.open(path, os.O_RDWR | os.O_NOFOLLOW | os.O_CLOEXEC)
+    try:
+        with open(descriptor, "rb", closefd=False) as file:
+            if file.read() != expected:
+                raise Changed()
+        os.lseek(descriptor, same, os.SEEK_SET)
+        write_whole(descriptor, data[same:])
+        os.ftruncate(descriptor, len(data))
+        os.fsync(descriptor)
+    finally:
+        os.close(descriptor)
 
 
 def settle(folder: str) -> None:

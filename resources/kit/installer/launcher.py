@@ -11,11 +11,11 @@ class Launcher:
 
     HEAD = "#!/bin/sh\n# Runs the validator of Kelvane Companion; brask_install.py made this " \
            "file and removes it.\nexec python3 "
-    FORM = re.compile(re.escape(HEAD) + r'"[^\n]*/validate\.py" "\$@"\n')
+    FORM = re.compile(re.escape(HEAD) + r'(?:-I )?"[^\n]*/validate\.py" "\$@"\n')
 
     def __init__(self, home: str, validator: Validator) -> None:
         self.path = os.path.join(home, ".local", "bin", "brask")
-        self.data = (self.HEAD + validator.quoted + ' "$@"\n').encode("utf-8")
+        self.data = (self.HEAD + "-I " + validator.quoted + ' "$@"\n').encode("utf-8")
 
     def state(self) -> str:
         """"ours", "stale" (ours, for another folder), "foreign" or "absent"."""

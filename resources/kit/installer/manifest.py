@@ -30,15 +30,15 @@ class Manifest:
     def __init__(self, path: str, say: Callable[[str], None]) -> None:
         self.path = path
         self.records: Dict[str, Dict[str, Any]] = {}
-        data = contents(path) if os.path.isfile(path) else None
         try:
+            data = contents(path) if os.path.isfile(path) else None
             found = json.loads(data.decode("utf-8")) if data is not None else {}
             entries = found.get("entries", {}) if isinstance(found, dict) else None
             if not isinstance(entries, dict):
                 raise ValueError("not a manifest")
             self.records = {key: record for key, record in entries.items() if sound(record)}
-        except (ValueError, RecursionError):
-            say("%s is damaged and is not used; our entries are found without it" % path)
+        except (OSError, ValueError, RecursionError):
+            say("%s is damaged or cannot be read, and is not used; our entries are found without it" % path)
 
     def folders(self, key: str) -> List[str]:
         return list(self.records.get(key, {}).get("createdFolders", []))

@@ -1,5 +1,6 @@
 """The format "servers": MCP servers by name, in JSON."""
 
+import json
 from typing import Any, Dict, List, Optional, Sequence, Tuple
 
 from .described import SERVER
@@ -7,6 +8,16 @@ from .json_places import Item, Node, plain
 from .ownership import Hints, Validator
 from .text import BadText, Edit, Key
 from .tool import JsonTool
+
+
+def as_plain(value: Any) -> Any:
+    """A value of the table as `plain` has it. An entry of an earlier version that nobody changed is
+    told by it."""
+    if isinstance(value, dict):
+        return {key: as_plain(inner) for key, inner in value.items()}
+    if isinstance(value, list):
+        return [as_plain(inner) for inner in value]
+    return value if isinstance(value, str) else ("raw", json.dumps(value))
 
 
 class NamedServers(JsonTool):
@@ -48,12 +59,15 @@ class NamedServers(JsonTool):
         if not text.strip():
             return "absent"
         root = self.read(text)
-        _, index = self.listed(root)
+        chain, index = self.listed(root)
         if index is None:
             return "absent"
         if not self.owned(root):
             return "foreign"
-        return "wired" if self.seen(text) else "repair"
+        former = [as_plain(self.validator.filled(entry))
+                  for entry in self.described.get("former", [])]
+        current = plain(chain[-1].items[index].node) not in former
+        return "wired" if current and self.seen(text) else "repair"
 
     def add(self, text: str, hints: Hints) -> Edit:
         edit = self.seeded(text, hints)

@@ -38,10 +38,18 @@ class ServerTable(Tool):
                 raise BadText(str(error).split(" (at ")[0], min(offset, len(text)))
         return reader
 
-    def table(self) -> List[str]:
-        entry = self.validator.filled(self.described["entry"])
-        return [self.header] + ["%s = %s" % (key, self.source_of(value))
-                                for key, value in entry.items()]
+    def table(self, entry: Dict[str, Any]) -> List[str]:
+        """The lines of our table, with an entry of tools.json."""
+        return [self.header] + ["%s = %s" % pair for pair in self.pairs(entry).items()]
+
+    def pairs(self, entry: Dict[str, Any]) -> Dict[str, str]:
+        return {key: self.source_of(value) for key, value in self.validator.filled(entry).items()}
+
+    def is_former(self, reader: TomlReader) -> bool:
+        """Is our entry one that an earlier version wrote, and nobody changed since?"""
+        content = toml_outline(reader.root)[self.way[0]][SERVER]
+        return any(content == toml_outline(TomlReader("\n".join(self.table(entry)[1:])).read().root)
+                   for entry in self.described.get("former", []))
 
     def source_of(self, value: Any) -> str:
         """A number, a truth value, a text, or a list of those, as TOML writes it."""
@@ -73,7 +81,7 @@ class ServerTable(Tool):
         if not ours:
             return "absent" if ours is None else "foreign"
         marked = any(text[line.pos:line.end] == self.header for line in self.headers(reader))
-        return "wired" if marked else "repair"
+        return "wired" if marked and not self.is_former(reader) else "repair"
 
     def add(self, text: str, hints: Hints) -> Edit:
         reader = self.read(text)
@@ -90,7 +98,7 @@ class ServerTable(Tool):
             raise BadText("there is already a server named %s, and it is not ours" % SERVER,
                           getattr(entry, "pos", 0))
         eol = line_end_near(text, len(text))
-        body = eol.join(self.table())
+        body = eol.join(self.table(self.described["entry"]))
         if not text:
             body += eol
         elif text.endswith("\n"):
@@ -102,7 +110,8 @@ class ServerTable(Tool):
         return edit
 
     def mended(self, text: str, hints: Hints) -> Edit:
-        """Only the header is written anew, so that settings of the user's in the table stay."""
+        """Only the header is written anew, so that settings of the user's in the table stay; in an
+        entry of an earlier version, each setting that is another one today."""
         reader = self.read(text)
         headers = self.headers(reader)
         if not headers:
@@ -112,7 +121,23 @@ class ServerTable(Tool):
                           entry.pos)
         edit = Edit(text)
         edit.apply([(headers[0].pos, headers[0].end, self.header)])
+        if self.is_former(self.read(edit.text)):
+            self.renew(edit)
         return edit
+
+    def renew(self, edit: Edit) -> None:
+        """Makes today's entry of the one that is there, which stands in a table of its own."""
+        reader, wanted = self.read(edit.text), self.pairs(self.described["entry"])
+        there = {line.key[-1]: line for line in reader.lines
+                 if not line.header and line.key[:-1] == self.way}
+        pieces = [(there[key].pos, there[key].end, "%s = %s" % (key, value))
+                  for key, value in wanted.items()
+                  if key in there]
+        end = max(line.end for line in there.values())
+        eol = line_end_near(edit.text, end)
+        more = "".join("%s%s = %s" % (eol, key, value)
+                       for key, value in wanted.items() if key not in there)
+        edit.apply(pieces + [(end, end, more)])
 
     def remove(self, text: str, hints: Hints) -> str:
         reader = self.read(text)

@@ -1,6 +1,5 @@
 """What people are told: the status, a change, the reason of a failure."""
 
-import difflib
 import re
 from typing import Any, Dict, Iterator, List, Optional
 
@@ -16,12 +15,29 @@ def split_lines(data: Optional[bytes]) -> List[str]:
     return [line for line in re.split(r"(?<=\n)", text) if line]
 
 
+AROUND = 3  # lines shown on either side of a change, as `diff -u` does
+
+
 def unified_diff(path: str, old: Optional[bytes], new: Optional[bytes]) -> Iterator[str]:
-    """The change of a file, which `patch` understands; None is no file."""
-    for line in difflib.unified_diff(
-            split_lines(old), split_lines(new),
-            "/dev/null" if old is None else path, "/dev/null" if new is None else path):
-        yield line[:-1] if line.endswith("\n") else line + "\n\\ No newline at end of file"
+    """The change of a file, which `patch` understands; None is no file. One piece from the first
+    line that differs to the last: an edit of ours has no more, and it takes one look at each line."""
+    before, after = split_lines(old), split_lines(new)
+    most = min(len(before), len(after))
+    head = next((n for n in range(most) if before[n] != after[n]), most)
+    tail = next((n for n in range(most - head) if before[-1 - n] != after[-1 - n]), most - head)
+    if head == len(before) == len(after):
+        return
+    first, last = max(0, head - AROUND), max(0, tail - AROUND)
+    counts = len(before) - last - first, len(after) - last - first
+    yield "--- %s" % ("/dev/null" if old is None else path)
+    yield "+++ %s" % ("/dev/null" if new is None else path)
+    yield "@@ -%s +%s @@" % tuple("%d,%d" % (first + bool(count), count) for count in counts)
+    for sign, lines in ((" ", before[first:head]), ("-", before[head:len(before) - tail]),
+                        ("+", after[head:len(after) - tail]),
+                        (" ", after[len(after) - tail:len(after) - last])):
+        for line in lines:
+            yield sign + (line[:-1] if line.endswith("\n")
+                          else line + "\n\\ No newline at end of file")
 
 
 def reason(error: Exception) -> str:

@@ -1,6 +1,7 @@
 """What the coding tools have in common, whatever their format."""
 
 import json
+import re
 from typing import Any, Dict, List, Optional, Tuple
 
 from .json_places import DIALECTS, STRICT, Item, JsonReader, Node, insertion, outline, removal
@@ -48,8 +49,12 @@ class Tool:
         raise NotImplementedError
 
     def empty(self, text: str) -> bool:
-        """Does the text say nothing at all?"""
+        """Does the text say nothing at all? A comment says something."""
         raise NotImplementedError
+
+    def leftover(self, text: str) -> Optional[int]:
+        """Where something of somebody else's stands that does not work without our validator."""
+        return None
 
     def notes(self, text: str) -> List[str]:
         """What else the user should know about a text that carries our entry."""
@@ -87,12 +92,8 @@ class JsonTool(Tool):
         """May the box of this key be there only because of us?"""
         raise NotImplementedError
 
-    def guess_made(self, key: Key) -> bool:
-        """Without a manifest: is a box of this key that we leave empty taken to be ours?"""
-        return False
-
     def empty(self, text: str) -> bool:
-        return not text.strip() or not self.read(text).items
+        return re.sub(r"\s", "", text) in ("", "{}")
 
     def second_opinion(self, text: str) -> None:
         if self.dialect is STRICT and text.strip():
@@ -157,8 +158,8 @@ class JsonTool(Tool):
                 names = [item.key for item in chain[-1].items]
                 index = names.index(name)
                 chain.append(chain[-1].items[index].node)
-            made = hints.made(here) if hints.known else self.guess_made(here)
-            if chain[-1].items or not made:
+            box = chain[-1]
+            if box.items or text[box.start + 1:box.end - 1].strip() or not hints.made(here):
                 break
             inner = hints.empty.get(here[:-1])
             text = replaced(text, removal(text, chain[-2], index, inner))

@@ -5,7 +5,7 @@ import time
 from typing import Any, Dict, List, NamedTuple, Optional, Sequence
 
 from .files import (Changed, Config, Refused, contents, missing_folders, quietly, replace_file,
-                    settle, sweep)
+                    settle, shorten_in_place, sweep)
 from .manifest import Manifest
 
 
@@ -20,9 +20,11 @@ class Change(NamedTuple):
     mode: Optional[int] = None   # None: as before, and for the owner alone when the file is new
 
 
-def carry_out(change: Change, manifest: Manifest, backups: str = "") -> Optional[str]:
+def carry_out(change: Change, manifest: Manifest, backups: str = "",
+              whatever: bool = False) -> Optional[str]:
     """Carries out the change. With `backups`, a folder, the file as it was is copied there, and the
-    result is the copy's path.
+    result is the copy's path. With `whatever`, for what must not be left behind, neither a copy nor
+    a second file beside the first is insisted on: the file is shortened in its place.
 
     The commit point is the rename that puts the new file in the place of the old one, or the
     removal of the file. What is done before it (the record first, so that a later run knows what to
@@ -44,9 +46,8 @@ def carry_out(change: Change, manifest: Manifest, backups: str = "") -> Optional
                 made.pop()
                 raise
         if backups and change.config.data is not None:
-            copy = place_for_copy(change, backups)
-            replace_file(copy, change.config.data, None)
-        put_in_place(change)
+            copy = copied(change, backups, whatever)
+        put_in_place(change, whatever)
     except BaseException:
         if not committed(change):
             for folder in reversed(made):
@@ -71,7 +72,19 @@ def committed(change: Change) -> bool:
         return False
 
 
-def put_in_place(change: Change) -> None:
+def copied(change: Change, backups: str, whatever: bool) -> Optional[str]:
+    """The path of the new copy; with `whatever`, None where none can be made."""
+    try:
+        copy = place_for_copy(change, backups)
+        replace_file(copy, change.config.data or b"", None)
+        return copy
+    except (OSError, Refused):
+        if not whatever:
+            raise
+        return None
+
+
+def put_in_place(change: Change, whatever: bool) -> None:
     path, before = change.config.real, change.config.data
     if change.data is None:
         if contents(path) != before:
@@ -81,7 +94,12 @@ def put_in_place(change: Change) -> None:
         os.unlink(path)
         settle(folder)
     elif change.mode is None:
-        replace_file(path, change.data, before, change.config.info)
+        try:
+            replace_file(path, change.data, before, change.config.info)
+        except OSError:
+            if not whatever or before is None or len(before) <= len(change.data):
+                raise
+            shorten_in_place(path, change.data, before)
     else:
         replace_file(path, change.data, before, None, change.mode)
 

@@ -45,7 +45,8 @@ class Installer:
         except UnicodeEncodeError as error:
             raise Refused("the path of the home folder is not UTF-8") from error
         self.backups = os.path.join(self.brask, "backups")
-        self.validator = Validator(self.brask, self.home)
+        usual = os.path.join(self.home, ".brask")
+        self.validator = Validator(self.brask, self.home, (usual,))
         self.launcher = Launcher(self.home, self.validator)
         self.tools = tools(self.validator)
         self.manifest = Manifest(os.path.join(self.brask, "installed.json"), complain)
@@ -55,13 +56,20 @@ class Installer:
 
     # -- the lock
 
-    def locked(self) -> Optional[int]:
+    def locked(self, needed: bool = True) -> Optional[int]:
         """Waits until no other installer works here; the descriptor holds the lock. None where
-        nothing can be locked."""
+        nothing can be locked, as on some network folders: every change is checked against what the
+        file held all the same. Refused when another installer does not end and the lock is
+        `needed`; uninstalling goes on without."""
         if fcntl is None or self.dry or not os.path.isdir(self.brask):
             return None
         flags = os.O_RDWR | os.O_CREAT | os.O_NOFOLLOW | os.O_CLOEXEC
-        lock = os.open(os.path.join(self.brask, "install.lock"), flags, 0o600)
+        try:
+            lock = os.open(os.path.join(self.brask, "install.lock"), flags, 0o600)
+        except OSError:
+            if needed:
+                raise
+            return None
         for _ in range(LOCK_TRIES):
             try:
                 fcntl.flock(lock, fcntl.LOCK_EX | fcntl.LOCK_NB)
@@ -70,10 +78,13 @@ class Installer:
                 return lock
             except OSError as error:
                 if error.errno not in (errno.EAGAIN, errno.EACCES):
+                    needed = False  # nothing can be locked here
                     break
             self.pause(LOCK_PAUSE)
         os.close(lock)
-        raise Refused("another installer is at work; try again when it has ended")
+        if needed:
+            raise Refused("another installer is at work; try again when it has ended")
+        return None
 
     # -- reading and writing
 
@@ -140,7 +151,8 @@ class Installer:
             self.say("%s: already wired in %s" % (tool.key, config.path))
             self.tell(tool, text)
             return DONE
-        if config.info is not None and not config.info.st_mode & stat.S_IWUSR:
+        if config.info is not None and not (config.info.st_mode & stat.S_IWUSR
+                                            and os.access(config.real, os.W_OK)):
             raise Refused("%s is write-protected (mode %04o); allow writing with chmod u+w and run "
                           "this again" % (config.path, stat.S_IMODE(config.info.st_mode)))
         old = self.manifest.records.get(tool.key)
@@ -206,6 +218,9 @@ class Installer:
     def uninstall(self, key: str) -> int:
         """Takes our entries out of one tool or of all. One that fails does not stop the others."""
         code = DONE
+        usual = os.path.join(self.home, ".brask", "installed.json")
+        if not self.manifest.records and usual != self.manifest.path:
+            self.manifest = Manifest(usual, self.complain)  # BRASK_HOME is another than at wiring
         chosen = [self.tools[name] for name in self.tools if key in (name, "all")]
         for tool in chosen + [file for tool in chosen
                               for file in cleaned_only(self.validator, tool.key)]:
@@ -244,7 +259,7 @@ class Installer:
         if new == text:
             self.say("%s: nothing of ours in %s, though it mentions a validate.py"
                      % (tool.key, config.path))
-            return DONE
+            return self.told_of_leftover(tool, config, text)
         if tool.others(new) != tool.others(text) or tool.state(new) in ("wired", "repair"):
             raise Refused("%s: our entry cannot be taken out safely, so the file is left as it is; "
                           "take it out by hand" % config.path)
@@ -254,11 +269,22 @@ class Installer:
         if self.dry:
             self.show(config.path, config.data, data)
             return DONE
-        backup = carry_out(Change(tool.key, config, data), self.manifest, self.backups)
-        self.say("%s: our entries are out of %s (before: %s)" % (tool.key, config.path, backup))
+        backup = carry_out(Change(tool.key, config, data), self.manifest, self.backups, True)
+        self.say("%s: our entries are out of %s (%s)" % (
+            tool.key, config.path, "no copy of it could be kept" if backup is None
+            else "before: %s" % backup))
         if self.is_wired_in(tool):
             self.forget(tool.key, config.real)
-        return DONE
+        return self.told_of_leftover(tool, config, new)
+
+    def told_of_leftover(self, tool: Tool, config: Config, text: str) -> int:
+        """Names what stays that somebody made of our validator, and fails once it is gone."""
+        offset = tool.leftover(text)
+        if offset is None:
+            return DONE
+        self.complain("%s:%s: this command is your own and stays, but it runs our validator; take "
+                      "that out by hand" % (config.path, place(text, offset)))
+        return FAILED
 
     def is_wired_in(self, tool: Tool) -> bool:
         """Is this the file that the tool is wired in, and not one that is only cleaned?"""
@@ -275,7 +301,7 @@ class Installer:
             if folder in ours and not os.path.islink(folder):
                 quietly(os.rmdir, folder)
         if self.manifest.records.pop(key, None) is not None:
-            self.manifest.save()
+            quietly(self.manifest.save)  # it only helps, and our entry is out
 
     def folders_below_home(self, path: str) -> Iterator[str]:
         """The folders between the home folder and a file in it."""

@@ -70,7 +70,9 @@ class CorpusTest(HomeTest):
             self.put(FILES[tool], before)
             tree = self.tree()
             self.wire(tool)
-            self.assertEqual(0, self.unwire().code)
+            # A command of the user's that runs our validator among others stays, and is named.
+            stays = b"&& python3 " + self.home.encode() in before
+            self.assertEqual(1 if stays else 0, self.unwire().code)
             self.assertEqual(tree, self.tree())
 
         self.each(".out", check)
@@ -80,7 +82,7 @@ class CorpusTest(HomeTest):
             self.put(FILES[tool], before)
             self.wire(tool)
             os.unlink(self.at(".brask/installed.json"))
-            self.assertEqual(0, self.unwire().code)
+            self.unwire()
             after = self.get(FILES[tool])
             one = install.Installer(self.env, print, print).tools[tool]
             text = after.decode("utf-8-sig")
@@ -141,8 +143,8 @@ class CorpusTest(HomeTest):
 class ExpectationTest(unittest.TestCase):
     """The expected bytes themselves, judged by readers that are not ours."""
 
-    HOOK = 'python3 "/home/u/.brask/validate.py" --harness claude'
-    SERVER = {"command": "python3", "args": ["/home/u/.brask/validate.py", "mcp"]}
+    HOOK = 'python3 -I "/home/u/.brask/validate.py" --harness claude || true'
+    SERVER = {"command": "python3", "args": ["-I", "/home/u/.brask/validate.py", "mcp"]}
 
     def loads(self, data):
         text = data.decode("utf-8-sig")
@@ -176,7 +178,9 @@ class ExpectationTest(unittest.TestCase):
             with self.subTest(case=name):
                 wanted = copy.deepcopy(tomllib.loads(before.decode("utf-8-sig")))
                 wanted.setdefault("mcp_servers", {})["trevix"] = dict(
-                    self.SERVER, startup_timeout_sec=20, tool_timeout_sec=300)
+                    self.SERVER, env_vars=["BRASK_API_BASE", "BRASK_API_KEY", "BRASK_POLICY_ID"],
+                    startup_timeout_sec=20, tool_timeout_sec=300,
+                    default_tools_approval_mode="approve")
                 self.assertEqual(repr(sorted(wanted.items())), repr(sorted(
                     tomllib.loads(after.decode("utf-8-sig")).items())))
 

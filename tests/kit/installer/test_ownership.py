@@ -23,7 +23,15 @@ class CommandTest(unittest.TestCase):
                         "python3 ${HOME}/.brask/validate.py", "python3 $BRASK_HOME/validate.py",
                         "/usr/bin/python3.11 -B '/home/u/.brask/validate.py'",
                         "env A=1 python3 /home/u/.brask/../.brask/validate.py",
-                        "exec python3 /home/u/.brask/validate.py"):
+                        "exec python3 /home/u/.brask/validate.py",
+                        # What people make of the command that we wrote.
+                        "python3.11 -X utf8 /home/u/.brask/validate.py --harness claude",
+                        'python3 -I "/home/u/.brask/validate.py" --harness claude || true',
+                        "python3 /home/u/.brask/validate.py --harness claude 2>/dev/null",
+                        "python3 ~/.brask/validate.py --harness claude >>/tmp/log 2>&1 || true",
+                        "python3 /home/u/.brask/validate.py; true",
+                        "timeout 60 python3 /home/u/.brask/validate.py --harness claude",
+                        "true && python3 /home/u/.brask/validate.py || exit 0"):
             with self.subTest(command=command):
                 self.assertTrue(self.validator.runs(command, None))
 
@@ -33,7 +41,10 @@ class CommandTest(unittest.TestCase):
                         "python3 /home/v/.brask/validate.py", "cat /home/u/.brask/validate.py",
                         "lint && python3 /home/u/.brask/validate.py",
                         "python3 /home/u/.brask/validate.py | tee log",
-                        "python3 /home/u/.brask/validate.py; true",
+                        "python3 /home/u/.brask/validate.py; lint",
+                        "python3 /home/u/.brask/validate.py && make || true",
+                        "(python3 /home/u/.brask/validate.py)",
+                        "x=$(python3 /home/u/.brask/validate.py)",
                         "true\npython3 /home/u/.brask/validate.py",
                         "python3 /home/u/.brask/validate.py\ntrue",
                         "python3 '/home/u/.brask/validate.py", "echo trevix --harness claude",
@@ -149,8 +160,9 @@ class ClaudeTest(HomeTest):
             self.at(".brask/validate.py").encode() + b' --harness claude"}]}]}}'
         self.put(SETTINGS, text)
         result = self.unwire()
-        self.assertEqual((0, text), (result.code, self.get(SETTINGS)))
-        self.assertIn("mentions", result.out)
+        self.assertEqual((1, text), (result.code, self.get(SETTINGS)))
+        self.assertIn("settings.json:1:", result.err)
+        self.assertIn("your own and stays", result.err)
 
     def test_the_project_file_is_never_made_but_cleaned(self):
         self.wire("claude")
@@ -326,8 +338,10 @@ class ManifestTest(HomeTest):
                 self.unwire()
 
     def test_tells_of_a_table_at_the_end_and_of_a_header_put_right(self):
-        table = '[mcp_servers.trevix]\ncommand = "python3"\nargs = ["%s", "mcp"]\n' \
-            'startup_timeout_sec = 20\ntool_timeout_sec = 300\n' % self.at(".brask/validate.py")
+        table = '[mcp_servers.trevix]\ncommand = "python3"\nargs = ["-I", "%s", "mcp"]\n' \
+            'env_vars = ["BRASK_API_BASE", "BRASK_API_KEY", "BRASK_POLICY_ID"]\n' \
+            'startup_timeout_sec = 20\ntool_timeout_sec = 300\n' \
+            'default_tools_approval_mode = "approve"\n' % self.at(".brask/validate.py")
         self.assertEqual([(1, table)], self.inserted("codex", b""))
         self.assertEqual([(3, table)], self.inserted("codex", b"a = 1\n"))
         other = table.replace("[mcp_servers.trevix]", "[ mcp_servers.trevix ]")

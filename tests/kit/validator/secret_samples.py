@@ -208,6 +208,10 @@ def _placed(d):
     yield "camel", "dbPass = '", word(), "'\n"
     yield "key", "apiKey: `", key(), "`,\n"
     yield "client secret", "client_secret => '", d.an(40), "',\n"
+    yield "go with its type", 'var apiKey string = "', key(), '"\n'
+    yield "appended", '$authToken .= "', key(), '";\n'
+    for sign in ("::=", ":::=", "?=", "+="):
+        yield "make " + sign, "API_TOKEN " + sign + ' "', key(), '"\n'
     yield "ruby", ":auth_token => '", d.hex(20), "'\n"
     yield "django", "SECRET_KEY = '", d.of(ALNUM + "!#%^&*(-_=+)", 50), "'\n"
     yield "define", "define( 'DB_PASSWORD', '", word(), "' );\n"
@@ -225,6 +229,8 @@ def _placed(d):
     yield "env in compose", "  - API_TOKEN=", key(), "\n"
     yield "aws secret", "aws_secret_access_key = ", d.b64(40), "\n"
     yield "xml", "<password>", word(), "</password>\n"
+    yield "xml on lines", "<password>\n    ", word(), "\n</password>\n"
+    yield "xml key on lines", "<apiKey>\n  ", key(), "\n</apiKey>\n"
     yield "xml key", "<apiKey>", key(), "</apiKey>\n"
     yield "xml pass", '<Pass encoding="base64">', d.b64(24), "</Pass>\n"
     yield "xml attribute", '<connection user="x" password="', word(), '"/>\n'
@@ -239,6 +245,7 @@ def _placed(d):
         yield "address " + scheme, "url: " + scheme + "://ana:", word(), "@db.firm.org/x\n"
     yield "redis", "redis://:", d.an(24), "@cache:6379/0\n"
     yield "git credentials", "https://ana:", d.an(30), "@git.firm.org\n"
+    yield "git token as the user", "https://", d.hex(40), ":x-oauth-basic@git.firm.org/x\n"
     yield "git credentials with a mail", "https://ana@firm.org:", word(), "@git.firm.org\n"
     yield "jdbc", 'url="jdbc:sqlserver://h;user=sa;password=', word(), ';encrypt=true"\n'
     yield "jdbc query", "jdbc:postgresql://h/db?user=x&password=", word(), "\n"

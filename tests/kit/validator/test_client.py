@@ -105,11 +105,10 @@ class ClientTest(unittest.TestCase):
         self.assertEqual(self.requests[0].body, b'{"artifact_parts":[],"modality":"text",'
                                                 b'"submission":"async","user_prompt":"a b"}')
 
-    def test_a_body_that_cannot_be_serialised_is_left_out_and_its_header_stays(self):
+    def test_a_body_that_cannot_be_serialised_is_not_replaced_by_none(self):
         self.parts = [Part("text/plain", "sel", "broken \ud800")]
-        self.assertEqual(self.grade(None), failure(client.UNREACHABLE))
-        self.assertIsNone(self.requests[0].body)
-        self.assertIn("Content-Type", self.requests[0].headers)
+        self.assertEqual(self.grade(SHIPPED), failure(client.UNREACHABLE))
+        self.assertEqual(self.requests, [])
 
     def test_the_submission_holds_modality_intent_and_parts_in_order(self):
         self.parts = [Part("image/png", "screenshot", data=b"\0\0\0"),
@@ -220,10 +219,62 @@ class ClientTest(unittest.TestCase):
         verdict = self.grade(SUBMITTED, {"status": "running"}, deadline=10.9)
         self.assertEqual(verdict, failure("grade timed out after 10s"))
 
-    def test_a_deadline_of_zero_sends_nothing_after_the_submission(self):
+    def test_a_deadline_of_zero_asks_nothing_after_the_submission(self):
         verdict = self.grade(SUBMITTED, deadline=0)
         self.assertEqual(verdict, failure("grade timed out after 0s"))
-        self.assertEqual(len(self.requests), 1)
+        self.assertEqual([r.method for r in self.requests], ["POST", "DELETE"])
+
+    # -- giving up
+
+    def test_a_job_whose_time_is_over_is_cancelled_at_the_service(self):
+        self.grade(SUBMITTED, {"status": "running"}, deadline=10)
+        self.assertEqual(self.exchanges()[-1],
+                         "DELETE https://service.test/api/v1/eval/jobs/j1")
+        self.assertEqual(self.requests[-1].headers["Authorization"], "Bearer the key")
+        self.assertIsNone(self.requests[-1].body)
+        self.assertNotIn("DELETE", [r.method for r in self.requests[:-1]])
+
+    def test_a_job_that_an_exception_ends_here_is_cancelled_there(self):
+        def interrupted(_step):
+            raise KeyboardInterrupt
+        with self.assertRaises(KeyboardInterrupt):
+            self.grade(SUBMITTED, SHIPPED, progress=interrupted)
+        self.assertEqual([r.method for r in self.requests], ["POST", "DELETE"])
+
+    def test_a_job_that_is_over_is_not_cancelled(self):
+        for done in (SHIPPED, {"status": "failed"}, {"status": "cancelled"}):
+            self.grade(SUBMITTED, done)
+        self.assertNotIn("DELETE", [r.method for r in self.requests])
+
+    def test_an_odd_id_stays_one_part_of_the_path(self):
+        self.grade({"job_id": "../runs/1?x#y"}, deadline=0)
+        self.assertTrue(self.requests[-1].url.endswith("/jobs/..%2Fruns%2F1%3Fx%23y"))
+
+    def test_with_a_hard_deadline_there_is_time_left_to_give_up(self):
+        ends = []
+
+        def send(request, _settings, until):
+            ends.append((request.method, until))
+            return self.send(request, _settings, until)
+        self.grade(SUBMITTED, deadline=0, hard=True, send=send)
+        (_, first), (method, last) = ends
+        self.assertEqual(method, "DELETE")
+        self.grade(SUBMITTED, {"status": "running"}, deadline=100, hard=True, send=send)
+        asked, told = ends[-2][1], ends[-1][1]
+        self.assertLess(asked, told + 100)
+        self.assertLessEqual(told, asked + client.GIVING_UP)
+
+    def test_a_hard_deadline_that_ends_a_submission_is_told_as_such(self):
+        self.assertEqual(self.grade(None, deadline=0, hard=True),
+                         failure("grade timed out after 0s"))
+        self.assertEqual(self.grade(None, deadline=100, hard=True), failure(client.UNREACHABLE))
+
+    def test_a_score_beyond_all_numbers_is_none(self):
+        huge = json.dumps(SHIPPED).replace("0.9", "1e999").encode()
+        self.answers = []
+        verdict = self.grade(SUBMITTED, transport.Response(200, huge))
+        self.assertTrue(verdict.clears)
+        self.assertIsNone(verdict.score)
 
     def test_warming_once_seen_stays(self):
         verdict = self.grade(SUBMITTED, {"status": "queued", "progress": {"warming": True}},
@@ -298,7 +349,7 @@ class ClientTest(unittest.TestCase):
                 self.cancel.set()
         verdict = self.grade(SUBMITTED, {"status": "running"}, progress=told)
         self.assertEqual(verdict, failure(client.CANCELLED))
-        self.assertEqual(len(self.requests), 2)
+        self.assertEqual([r.method for r in self.requests], ["POST", "GET", "DELETE"])
 
     def test_progress_grows_and_says_what_is_known(self):
         self.grade(SUBMITTED, {"status": "queued", "progress": {"position": 3}},

@@ -9,8 +9,10 @@ from unittest import mock
 
 import surroundings
 from surroundings import FaultServer, answer, closed_port, silence
-from engine import hook, standing, state as state_module, stop
+from engine import (client, grading, hook, reachability, standing, state as state_module,
+                    stop)
 from engine.state import State
+from engine.verdict import failure
 
 CLOUD = "AKIA" + "Q7Z3M9X2K5W8R4T6"
 SUBMITTED = answer(202, {"job_id": "j1"})
@@ -304,6 +306,63 @@ class WhenTheServiceIsNotWell(HookTest):
                 self.assertNotIn("decision", self.stop() or {})
                 State(str(self.data), "s1").note_up()
 
+    def test_a_service_that_waits_long_before_it_fails_is_left_alone_for_long(self):
+        lost = mock.Mock(outcome=grading.not_graded("text", "away"))
+        lost.outcome = lost.outcome._replace(verdict=failure(client.UNREACHABLE))
+        self.assertEqual(stop._trouble([lost], 0.1), "unreachable")
+        self.assertEqual(stop._trouble([lost], reachability.SLOW_SECONDS), "slow")
+        self.assertGreaterEqual(reachability.DOWN_SECONDS["slow"], 600)
+        self.assertLessEqual(stop.PATIENCE, 10)
+
+    def test_reading_is_part_of_the_time_that_there_is(self):
+        moments = iter(range(0, 1000, 3))
+        for name in ("a.py", "b.py", "c.py", "d.py", "e.py"):
+            self.edit(name, "x\n")
+        state = State(str(self.data), "s1")
+        with mock.patch.object(stop.time, "monotonic", lambda: next(moments)):
+            groups, left = stop._groups(state.changed(), str(self.work), standing.load(),
+                                        state.load(), 12)
+        self.assertEqual(sum(len(group.artifacts) for group in groups) + left, 5)
+        self.assertGreater(left, 0)
+
+    def test_files_outside_the_project_are_neither_looked_through_nor_sent(self):
+        secret = "key = '" + CLOUD + "'\n"
+        outside = self.home / "notes.py"
+        outside.write_text(secret)
+        (self.work / "link.py").symlink_to(outside)
+        with FaultServer(SUBMITTED, verdict("ship")) as server:
+            self.point_to(server.base)
+            for path in (str(outside), str(self.work / "link.py")):
+                self.assertIsNone(self.event("PostToolUse", tool_name="Write",
+                                             tool_input={"file_path": path}))
+            self.assertIsNone(self.stop())
+            self.assertEqual(server.requests, [])
+            os.environ["BRASK_READ"] = str(self.home)
+            self.assertIsNotNone(self.event("PostToolUse", tool_name="Write",
+                                            tool_input={"file_path": str(outside)}))
+
+    def test_a_file_of_secrets_is_not_even_opened(self):
+        with mock.patch.object(hook, "open", side_effect=AssertionError, create=True):
+            self.assertIsNone(self.edit(".env", "AWS_KEY=" + CLOUD + "\n"))
+
+    def test_a_file_name_is_one_harmless_line(self):
+        said = self.edit("a\n\u202egnp.py", "key = '" + CLOUD + "'\n")
+        context = said["hookSpecificOutput"]["additionalContext"]
+        self.assertEqual(context.count("\n"), 0)
+        self.assertNotIn("\u202e", context)
+
+    def test_a_file_name_that_is_not_utf_8_is_graded_under_another(self):
+        path = os.fsencode(str(self.work)) + b"/caf\xe9.py"
+        with open(path, "wb") as file:
+            file.write(b"x\n")
+        with FaultServer(SUBMITTED, verdict("ship")) as server:
+            self.point_to(server.base)
+            self.event("PostToolUse", tool_name="Write",
+                       tool_input={"file_path": os.fsdecode(path)})
+            self.stop()
+            part, = server.requests[0].json()["artifact_parts"]
+        self.assertEqual((part["logical_name"], part["text"]), ("caf?.py", "x\n"))
+
     def test_a_verdict_without_a_band_blocks_nobody(self):
         with FaultServer(SUBMITTED, verdict("re_prompt", FLAW)) as server:
             self.point_to(server.base)
@@ -377,6 +436,64 @@ class Remembering(surroundings.HomeTest):
         self.assertEqual(self.data.stat().st_mode & 0o777, 0o700)
         self.assertEqual({m for p, m in modes.items() if (self.data / p).is_dir()}, {0o700})
         self.assertEqual({m for p, m in modes.items() if not (self.data / p).is_dir()}, {0o600})
+
+    def test_a_change_while_a_turn_is_graded_is_not_settled_with_it(self):
+        turn, edit = self.state(), self.state()
+        edit.record("/a")
+        edit.record("/b")
+        self.assertEqual(turn.changed(), ["/a", "/b"])
+        edit.record("/a")  # again: it was read before this
+        turn.settle()
+        self.assertEqual(self.state().changed(), ["/a"])
+
+    def test_two_turns_that_end_at_once_lose_nothing(self):
+        first, second, edit = self.state(), self.state(), self.state()
+        edit.record("/a")
+        first.changed()
+        second.changed()
+        edit.record("/b")
+        first.settle()
+        edit.record("/c")
+        second.settle()
+        self.assertEqual(set(self.state().changed()), {"/b", "/c"})
+
+    def test_many_edits_and_turns_at_once_lose_nothing(self):
+        settled = []
+
+        def edits(name):
+            for number in range(20):
+                self.state().record("/{}{}".format(name, number))
+
+        def turns():
+            for _ in range(20):
+                state = self.state()
+                settled.append(state.changed())
+                state.settle()
+
+        threads = [threading.Thread(target=edits, args=(name,)) for name in "abcd"]
+        threads += [threading.Thread(target=turns) for _ in range(4)]
+        for thread in threads:
+            thread.start()
+        for thread in threads:
+            thread.join()
+        seen = {path for paths in settled for path in paths} | set(self.state().changed())
+        self.assertEqual(len(seen), 80)
+
+    def test_turns_that_settle_nothing_do_not_fill_the_list(self):
+        with mock.patch.object(state_module, "LONGEST_CHANGED", 1000):
+            for _ in range(100):
+                state = self.state()
+                state.record("/x/" + "y" * 40)
+                state.changed()
+            self.state().record("/new")
+        self.assertEqual(set(self.state().changed()), {"/x/" + "y" * 40, "/new"})
+
+    def test_of_many_marks_none_is_forgotten(self):
+        state = self.state()
+        memory = state.load()
+        memory["told"] = ["{:032x}".format(number) for number in range(1000)]
+        state.save(memory)
+        self.assertEqual(len(self.state().load()["told"]), 1000)
 
     def test_a_session_of_any_name_has_its_own_file(self):
         sessions = ("a", "../../etc/passwd", "A b", "ü", "x" * 500, "", None, 5, "a/b", ".", "..")

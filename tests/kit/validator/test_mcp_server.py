@@ -17,7 +17,7 @@ from mcp_client import MODERN, PATIENCE, STANDING, Client, Process
 
 sys.path.insert(0, STANDING)
 
-from engine import mcp_protocol, mcp_server  # noqa: E402
+from engine import mcp_protocol, mcp_server, mcp_tools  # noqa: E402
 
 
 class ScriptedTools:
@@ -330,6 +330,22 @@ class OutletTest(unittest.TestCase):
             outlet.send({})
         self.assertTrue(broken.is_set())
         outlet.send({})  # goes nowhere, and waits for nothing
+
+    def test_a_server_whose_client_reads_nothing_ends(self):
+        """The thread that decides is the one that finds out that nothing is read."""
+        stuck = threading.Event()
+        self.addCleanup(stuck.set)
+        sink = ScriptedSink(lambda line: stuck.wait(PATIENCE))
+        ping = b'{"jsonrpc":"2.0","id":%d,"method":"ping"}\n'
+        chunks = (ping % number for number in range(4 * mcp_server.MOST_UNREAD))
+        with unittest.mock.patch.object(mcp_server, "UNREAD_PATIENCE", 0.001), \
+                unittest.mock.patch.object(mcp_server, "LAST_WORDS", 0.001), \
+                unittest.mock.patch.object(mcp_server.Outlet.__init__, "__defaults__", (0.001,)):
+            server = mcp_server.Server(mcp_tools.Tools(), chunks, sink)
+            running = threading.Thread(target=server.run, daemon=True)
+            running.start()
+            running.join(PATIENCE)
+        self.assertFalse(running.is_alive())
 
     def test_broken_stream_is_told_once(self):
         told = threading.Semaphore(0)

@@ -158,7 +158,9 @@ class DefinitionTest(unittest.TestCase):
     def test_annotations(self):
         for tool in mcp_tools.DEFINITIONS:
             hints = tool["annotations"]
-            self.assertIs(hints["readOnlyHint"], True)
+            # A tool that sends work away is not one that only reads.
+            self.assertIs(hints["readOnlyHint"], tool["name"] in ("rules", "status"))
+            self.assertIs(hints["openWorldHint"], tool["name"] in ("grade", "iterate"))
             self.assertIs(hints["destructiveHint"], False)
             self.assertIs(hints["openWorldHint"], tool["name"] in ("grade", "iterate"))
             self.assertEqual(mcp_tools.Tools.is_local(tool["name"]), not hints["openWorldHint"])
@@ -203,7 +205,7 @@ class ArgumentTest(ToolsTest):
     def test_files_that_cannot_be_read(self):
         os.mkfifo(os.path.join(self.folder, "pipe.md"))
         os.symlink("nowhere", os.path.join(self.folder, "dangling.md"))
-        for path, word in ((".", "folder"), ("pipe.md", "plain"), ("/dev/zero", "plain"),
+        for path, word in ((".", "folder"), ("pipe.md", "plain"),
                            ("dangling.md", "No such file")):
             with self.subTest(path):
                 self.refused("grade", "Not graded", word, path=path)
@@ -301,11 +303,12 @@ class GradeTest(ToolsTest):
                                     "text": "# Fine\n\nWork.\n"})
 
     def test_home_folder_in_a_path(self):
-        self.write("a.md")
+        self.write("project/a.md")
+        os.chdir("project")
         before = os.environ.get("HOME")
         os.environ["HOME"] = self.folder
         try:
-            result = self.run_tool("grade", path="~/a.md")
+            result = self.run_tool("grade", path="~/project/a.md")
         finally:
             os.environ["HOME"] = before if before is not None else ""
         self.assertEqual(result["structuredContent"]["modality"], "document")
@@ -357,7 +360,66 @@ class GradeTest(ToolsTest):
                 cancelled.set()
 
         self.tools(deadline=5).run("grade", {"text": "x"}, progress, cancelled)
-        self.assertEqual([r.method for r in self.service.requests], ["POST", "GET"])
+        self.assertEqual([r.method for r in self.service.requests], ["POST", "GET", "DELETE"])
+
+
+class PlacesTest(ToolsTest):
+    """A call reaches the project, and what the user allowed."""
+
+    def setUp(self):
+        super().setUp()
+        for name in ("home/project/.git/HEAD", "home/project/deep/a.md", "home/other/b.md",
+                     "home/secrets.txt"):
+            self.write(name)
+        self.environ = {"HOME": os.path.join(self.folder, "home")}
+
+    def grade(self, path, here="home/project/deep", **more):
+        os.chdir(os.path.join(self.folder, here))
+        return self.run_tool("grade", self.tools(environ=dict(self.environ, **more)), path=path)
+
+    def assert_kept(self, result):
+        self.assertTrue(result["isError"])
+        self.assertIn("lies outside the folders", result["content"][0]["text"])
+        self.assertEqual(self.service.requests, [])
+
+    def test_below_the_root_of_the_project_files_are_graded(self):
+        self.write("home/project/top.md")
+        for path in ("a.md", "../top.md", os.path.join(self.folder, "home/project/top.md")):
+            self.assertFalse(self.grade(path)["isError"], path)
+
+    def test_elsewhere_they_are_neither_read_nor_sent(self):
+        os.symlink("../../secrets.txt", os.path.join(self.folder, "home/project/deep/link.md"))
+        for path in ("../../secrets.txt", "~/secrets.txt", "/etc/hostname", "link.md", "/dev/zero",
+                     "../../other/b.md", "/etc/there-is-no-such-file"):
+            self.assert_kept(self.grade(path))
+
+    def test_a_folder_whose_name_begins_alike_is_another(self):
+        self.write("home/project-2/c.md")
+        self.assert_kept(self.grade("../../project-2/c.md"))
+
+    def test_a_home_folder_is_no_project(self):
+        self.write("home/.git/HEAD")
+        for here in ("home", "."):
+            self.assert_kept(self.grade(os.path.join(self.folder, "home/secrets.txt"), here))
+
+    def test_a_folder_without_version_control_is_its_own_project(self):
+        self.assertFalse(self.grade("b.md", "home/other")["isError"])
+        self.service.requests.clear()
+        self.assert_kept(self.grade("../secrets.txt", "home/other"))
+
+    def test_what_the_user_allowed_is_read_too(self):
+        self.settings = self.settings._replace(read=(os.path.join(self.folder, "home/other"),))
+        self.assertFalse(self.grade("../../other/b.md")["isError"])
+
+    def test_a_project_that_the_tool_names_is_the_project(self):
+        named = os.path.join(self.folder, "home/other")
+        self.assertFalse(self.grade(named + "/b.md", CLAUDE_PROJECT_DIR=named)["isError"])
+
+    def test_status_tells_where_files_are_read(self):
+        os.chdir(os.path.join(self.folder, "home/project/deep"))
+        result = self.run_tool("status", self.tools(environ=self.environ))
+        self.assertEqual(result["structuredContent"]["reads"],
+                         [os.path.join(self.folder, "home/project")])
 
 
 class NotSentTest(ToolsTest):

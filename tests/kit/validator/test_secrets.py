@@ -7,7 +7,6 @@ import pathlib
 import random
 import re
 import subprocess
-import time
 import unittest
 from unittest import mock
 
@@ -24,6 +23,16 @@ SEEDS = range(2)
 
 def samples():
     return [sample for seed in SEEDS for sample in secret_samples.positives(random.Random(seed))]
+
+
+def damaged(chance, texts):
+    """The texts, each cut, torn apart or run into another at a place that chance chooses."""
+    signs = "\"'=:;,.-_/@$%{}()<> \t\r\n\\aZ9é\U0001f511"
+    for text in texts:
+        at, other = chance.randrange(len(text) + 1), chance.choice(texts)
+        yield text[at:]
+        yield text[:at] + chance.choice(signs) + text[at:]
+        yield text[:at] + other[chance.randrange(len(other) + 1):]
 
 
 def screened(text, modality="code"):
@@ -98,6 +107,7 @@ class OneFile(unittest.TestCase):
     @unittest.skipUnless(SECRET_SPANS, "SECRET_SPANS names no program: run by ctest")
     def test_the_critics_find_the_same_spans(self):
         texts = [text for _, text, _ in samples()] + list(secret_samples.NEGATIVES)
+        texts += list(damaged(random.Random(11), texts))
         # Together as well, in one text and in one line, and between letters of several bytes.
         texts += ["".join(texts), " ".join(texts).replace("\n", " "),
                   "é".join(texts), "\U0001f511".join(t.strip() for t in texts)]
@@ -217,13 +227,7 @@ class Growth(unittest.TestCase):
     MOST = 7.0
 
     def seconds(self, text):
-        best = None
-        for _ in range(2):
-            start = time.process_time()
-            screened(text)
-            spent = time.process_time() - start
-            best = spent if best is None else min(best, spent)
-        return best
+        return surroundings.processor_seconds(lambda: screened(text))
 
     def test_time_grows_with_the_text(self):
         drawer = secret_samples.Drawer(random.Random(9))

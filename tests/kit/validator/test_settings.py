@@ -4,6 +4,7 @@ import os
 import pathlib
 import re
 import unittest
+from unittest import mock
 
 import surroundings
 from engine import name_value_lines, settings
@@ -29,6 +30,47 @@ class SettingsTest(surroundings.HomeTest):
     def test_an_empty_variable_gives_way_to_the_key_file(self):
         self.put("key", "from file")
         self.assertEqual(self.load(BRASK_API_KEY="").key, "from file")
+
+    def test_a_key_file_that_others_may_write_is_refused_and_said(self):
+        path = self.put("key", "k")
+        for mode in (0o666, 0o620, 0o602):
+            path.chmod(mode)
+            found = self.load()
+            self.assertIsNone(found.key)
+            self.assertEqual(found.problems, (
+                "{}: others may write it (mode {:04o}; chmod 600 it); the key in it is not used"
+                .format(path, mode),))
+        path.chmod(0o600)
+        self.assertEqual((self.load().key, self.load().problems), ("k", ()))
+
+    def test_a_key_file_of_another_user_is_refused_and_said(self):
+        self.put("key", "k")
+        real = os.stat(str(self.data / "key"))
+        theirs = os.stat_result(list(real)[:4] + [real.st_uid + 1] + list(real)[5:])
+        with mock.patch.object(settings.os, "geteuid", lambda: real.st_uid + 2), \
+                mock.patch.object(settings.os, "stat", lambda path: theirs):
+            problems = []
+            self.assertIsNone(settings.read_key(str(self.data), {}, problems))
+        self.assertIn("belongs to another user", problems[0])
+
+    def test_settings_that_others_may_write_are_not_used(self):
+        self.put("settings", "base: http://127.0.0.1:9\n").chmod(0o666)
+        found = self.load()
+        self.assertEqual(found.base, settings.DEFAULT_BASE)
+        self.assertIn("nothing of it is used", found.problems[0])
+
+    def test_a_report_has_an_address_where_a_browser_gets(self):
+        self.assertEqual(settings.report_page("http://127.0.0.1:8797", "r1"),
+                         "http://127.0.0.1:8797/console?run=r1")
+        self.assertIsNone(settings.report_page("HTTP+unix://%2Frun%2Fx", "r1"))
+        self.assertIsNone(settings.report_page("", "r1"))
+
+    def test_folders_to_read_are_absolute(self):
+        self.put("settings", "read: /a:~/b: c :\n")
+        found = self.load()
+        self.assertEqual(found.read, ("/a", str(self.home / "b")))
+        self.assertEqual(found.problems, ("read: “c” is not an absolute folder",))
+        self.assertEqual(self.load(BRASK_READ="/d").read, ("/d",))
 
     def test_the_key_file_is_trimmed_at_both_ends(self):
         self.put("key", "\n \t\u00a0\u2029k e\ny\r\n\u0085 ")

@@ -1,6 +1,8 @@
 """The validator's engine: what `validate.py` does once there is something to do.
 
     reachability  is the service worth a try
+    links         connections: how each ends in time, and who is at the other end
+    places        where an agent may have files read
     settings      which service, which key, which data folder
     client        the evaluation service: grade, iterate -> Verdict
     parts         a file or a text -> an Artifact: the parts to submit and their modality

@@ -145,7 +145,7 @@ def _grade(options) -> int:
 def _outcomes(options, settings, rules) -> List[grading.Outcome]:
     cancel = threading.Event()
     common = dict(vertical=options.vertical, intent=options.intent, policy=options.policy,
-                  iterate=options.iterate, deadline=options.timeout, cancel=cancel,
+                  iterate=options.iterate, deadline=options.timeout, hard=True, cancel=cancel,
                   progress=_progress(options))
     previous = signal.getsignal(signal.SIGTERM)
     if threading.current_thread() is threading.main_thread():

@@ -7,10 +7,10 @@ captures documents and what the grader knows how to judge. Decks come out slide 
 import re
 from typing import Iterator, List, Optional
 
-from .archive import Archive, attribute, children, local, relations
+from .archive import Archive, attribute, children, limited, local, outermost, relations
 from .parts import NotGradable, Part
 
-_DEEPEST = 200
+_DEEPEST_TABLE = 6  # tables within tables that are drawn as such; the text of deeper ones is kept
 
 
 def read_docx(data: bytes, shown: str, kind):
@@ -19,23 +19,26 @@ def read_docx(data: bytes, shown: str, kind):
     root = archive.xml("word/document.xml")
     if root is None:
         raise NotGradable("{} holds no document".format(shown))
-    blocks: List[str] = []
     links = relations_with_targets(archive)
     levels = _styles(archive.xml("word/styles.xml"))
     if _uses_title(root, levels):  # then the title is the one heading of level 1
         levels = {style: level + 1 if 0 < level < 6 else level for style, level in levels.items()}
-    for body in children(root, "body"):
-        blocks += _word_blocks(body, links, levels)
-    blocks += _notes(archive, links, levels)
-    text = "\n\n".join(block for block in blocks if block.strip()) + "\n"
-    return [Part(kind.mime_type, shown, text)], []
+    bodies = (block for body in children(root, "body")
+              for block in _word_blocks(body, links, levels))
+    blocks = list(limited(bodies)) + _notes(archive, links)
+    return _part(blocks, shown, kind, archive)
+
+
+def _part(blocks: List[str], shown: str, kind, archive: Archive):
+    text = "\n\n".join(limited(block for block in blocks if block.strip())) + "\n"
+    return [Part(kind.mime_type, shown, text)], archive.notes(shown)
 
 
 def read_odt(data: bytes, shown: str, kind):
     """An OpenDocument text."""
-    root = _open_document_body(data, shown)
-    text = "\n\n".join(b for b in _open_blocks(root, 0) if b.strip()) + "\n"
-    return [Part(kind.mime_type, shown, text)], []
+    archive = Archive(data, shown)
+    root = _open_document_body(archive, shown)
+    return _part(list(limited(_open_blocks(root))), shown, kind, archive)
 
 
 def read_pptx(data: bytes, shown: str, kind):
@@ -55,17 +58,20 @@ def read_pptx(data: bytes, shown: str, kind):
             said = [p for p in _drawn_paragraphs(archive.xml(notes)) if not p.isdigit()]
             paragraphs += ["Notes: " + " ".join(said)] if said else []
         blocks.append("\n".join(["Slide {}".format(number)] + paragraphs))
-    return [Part(kind.mime_type, shown, "\n\n".join(blocks) + "\n")], []
+        if archive.cut:
+            break
+    return _part(blocks, shown, kind, archive)
 
 
 def read_odp(data: bytes, shown: str, kind):
     """An OpenDocument deck."""
-    root = _open_document_body(data, shown)
+    archive = Archive(data, shown)
+    root = _open_document_body(archive, shown)
     blocks = []
-    for number, page in enumerate((e for e in root.iter() if local(e) == "page"), 1):
-        lines = [text for text in (_flat(p) for p in page.iter() if local(p) in ("p", "h")) if text]
+    for number, page in enumerate(outermost(root, ("page",)), 1):
+        lines = [text for text in map(_flat, outermost(page, ("p", "h"))) if text]
         blocks.append("\n".join(["Slide {}".format(number)] + lines))
-    return [Part(kind.mime_type, shown, "\n\n".join(blocks) + "\n")], []
+    return _part(blocks, shown, kind, archive)
 
 
 def relations_with_targets(archive: Archive) -> dict:
@@ -103,17 +109,21 @@ def _uses_title(root, levels: dict) -> bool:
                if local(style) == "pStyle")
 
 
-def _word_blocks(body, links: dict, levels: dict, depth: int = 0) -> Iterator[str]:
+def _word_blocks(body, links: dict, levels: dict, tables: int = 0) -> Iterator[str]:
+    """Recursion ends with the depth of the tree, which is bounded."""
     for element in body:
         name = local(element)
         if name == "p":
             yield _word_paragraph(element, links, levels)
         elif name == "tbl":
-            yield _table([[" ".join(_word_blocks(cell, links, {}, depth + 1))
+            if tables >= _DEEPEST_TABLE:
+                yield " ".join(_word_paragraph(p, links, {}) for p in outermost(element, ("p",)))
+                continue
+            yield _table([[" ".join(_word_blocks(cell, links, {}, tables + 1))
                            for cell in children(row, "tc")]
                           for row in children(element, "tr")])
-        elif name in ("sdt", "sdtContent", "ins", "customXml") and depth < _DEEPEST:
-            yield from _word_blocks(element, links, levels, depth + 1)
+        elif name in ("sdt", "sdtContent", "ins", "customXml"):
+            yield from _word_blocks(element, links, levels, tables)
 
 
 def _word_paragraph(paragraph, links: dict, levels: dict) -> str:
@@ -130,7 +140,7 @@ def _word_paragraph(paragraph, links: dict, levels: dict) -> str:
     return text
 
 
-def _word_runs(element, links: dict, depth: int = 0) -> Iterator[str]:
+def _word_runs(element, links: dict) -> Iterator[str]:
     for child in element:
         name = local(child)
         if name == "t":
@@ -140,15 +150,15 @@ def _word_runs(element, links: dict, depth: int = 0) -> Iterator[str]:
         elif name == "noBreakHyphen":
             yield "-"
         elif name == "hyperlink":
-            label = "".join(_word_runs(child, links, depth + 1))
+            label = "".join(_word_runs(child, links))
             target = links.get(attribute(child, "id"))
             yield "[{}]({})".format(label, target) if target else label
         elif name not in ("del", "moveFrom", "pPr", "rPr", "instrText", "delText",
-                          "Fallback") and depth < _DEEPEST:
-            yield from _word_runs(child, links, depth + 1)
+                          "Fallback"):
+            yield from _word_runs(child, links)
 
 
-def _notes(archive: Archive, links: dict, levels: dict) -> List[str]:
+def _notes(archive: Archive, links: dict) -> List[str]:
     found = []
     for member, kind in (("word/footnotes.xml", "footnote"), ("word/endnotes.xml", "endnote")):
         for note in children(archive.xml(member), kind):
@@ -157,14 +167,14 @@ def _notes(archive: Archive, links: dict, levels: dict) -> List[str]:
     return found
 
 
-def _open_document_body(data: bytes, shown: str):
-    root = Archive(data, shown).xml("content.xml")
+def _open_document_body(archive: Archive, shown: str):
+    root = archive.xml("content.xml")
     if root is None:
         raise NotGradable("{} holds no document".format(shown))
     return root
 
 
-def _open_blocks(element, depth: int) -> Iterator[str]:
+def _open_blocks(element) -> Iterator[str]:
     for child in element:
         name = local(child)
         if name == "h":
@@ -174,13 +184,13 @@ def _open_blocks(element, depth: int) -> Iterator[str]:
         elif name == "p":
             yield _flat(child)
         elif name == "table":
-            yield _table([[" ".join(_flat(p) for p in cell.iter() if local(p) in ("p", "h"))
+            yield _table([[" ".join(map(_flat, outermost(cell, ("p", "h"))))
                            for cell in children(row, "table-cell")]
-                          for row in child.iter() if local(row) == "table-row"])
+                          for row in outermost(child, ("table-row",))])
         elif name == "list-item":
-            yield from ("- " + block for block in _open_blocks(child, depth + 1))
-        elif name not in ("tracked-changes", "forms", "sequence-decls") and depth < _DEEPEST:
-            yield from _open_blocks(child, depth + 1)
+            yield from ("- " + block for block in _open_blocks(child))
+        elif name not in ("tracked-changes", "forms", "sequence-decls"):
+            yield from _open_blocks(child)
 
 
 def _flat(element, depth: int = 0) -> str:
@@ -196,7 +206,7 @@ def _flat(element, depth: int = 0) -> str:
         elif name == "a":
             pieces.append("[{}]({})".format(_flat(child, depth + 1),
                                             attribute(child, "href") or ""))
-        elif name not in ("annotation", "note-citation") and depth < _DEEPEST:
+        elif name not in ("annotation", "note-citation"):
             pieces.append(_flat(child, depth + 1))
         pieces.append(child.tail or "")
     return "".join(pieces).strip() if depth == 0 else "".join(pieces)
@@ -207,7 +217,7 @@ def _drawn_paragraphs(root) -> List[str]:
     if root is None:
         return []
     found = []
-    for paragraph in (e for e in root.iter() if local(e) == "p"):
+    for paragraph in outermost(root, ("p",)):
         text = "".join("\n" if local(e) == "br" else e.text or "" for e in paragraph.iter()
                        if local(e) in ("t", "br")).strip()
         if text:

@@ -10,9 +10,10 @@ cannot judge the rest. NOT_JUDGED is work that the service looked at and that no
 answer, not a failure, and no clearance either.
 """
 
+import time
 from typing import Any, Dict, NamedTuple, Optional, Sequence, Tuple
 
-from . import client, standing
+from . import client, standing, transport
 from .parts import Artifact, NotGradable, from_file
 from .settings import Settings
 from .verdict import Flaw, NotChecked, Verdict, failure
@@ -69,6 +70,7 @@ def grade_file(path: str, settings: Settings, rules: standing.RuleSet,
                source: bool = False, **options) -> Outcome:
     """Grades one file. What the rules never send is not even read."""
     from .file_types import of_name
+    start = time.monotonic()
     kind = of_name(path, source)
     declared = modality or (kind.modality if kind else "text")
     shown = name or path
@@ -79,6 +81,8 @@ def grade_file(path: str, settings: Settings, rules: standing.RuleSet,
         artifact = from_file(path, modality, name=name, source=source)
     except NotGradable as error:
         return not_graded(shown, str(error), declared, path, kept=True)
+    if "deadline" in options:  # what reading took is part of it
+        options["deadline"] = max(0.0, options["deadline"] - int(time.monotonic() - start))
     return grade(artifact, settings, rules, **options)
 
 
@@ -97,6 +101,10 @@ def grade(artifact: Artifact, settings: Settings, rules: standing.RuleSet, *,
                           artifact.modality, artifact.path, screened.findings, screened.notes)
     words = standing.screen_text(INTENT if intent is None else intent)
     sent = screened.artifact
+    problem = transport.problem_with(settings.base)
+    if problem is not None:
+        notes = screened.notes + ("nothing can be reached at {}: {}".format(settings.base, problem),)
+        screened = screened._replace(notes=notes)
     if iterate is not None:
         verdict = client.iterate(iterate, sent.parts, words, settings=settings,
                                  deadline=deadline, **options)

@@ -43,7 +43,7 @@ def answer(event, folder):
 def after_tool(payload, state):
     """Remembers the changed file. An answer only when it holds a secret not yet told."""
     path = changed_path(payload)
-    if path is None:
+    if path is None or not _is_readable(path, payload):
         return None
     state.record(path)
     facts = _secret_facts(path, payload, state)
@@ -81,6 +81,9 @@ def at_stop(payload, state):
     if reachability.found_down(state.folder):
         return None
     from . import stop
+    from . import places
+    allowed = places.Allowed.around(_project(payload), settings.read, os.environ)
+    paths = [path for path in paths if allowed.holds(path)]
     said = stop.grade_changes(paths, _project(payload), settings, state,
                               payload.get("stop_hook_active") is True)
     state.clean()
@@ -102,9 +105,20 @@ def _project(payload):
     return cwd if isinstance(cwd, str) and os.path.isabs(cwd) else os.getcwd()
 
 
+def _is_readable(path, payload):
+    """Whether the file lies in the project, or where the user lets the validator read."""
+    from . import places
+    from . import settings as settings_module
+    allowed = settings_module.load().read
+    return places.Allowed.around(_project(payload), allowed, os.environ).holds(path)
+
+
 def _secret_facts(path, payload, state):
     """Sentences about secrets in the file that have not been told before."""
-    from . import secret_shapes
+    from . import file_types, parts, secret_shapes, standing
+    kind = file_types.of_name(path, source=True)
+    if standing.load().refusal(path, kind.modality if kind else "text"):
+        return []  # such files are where secrets belong; they are never sent, nor even opened
     try:
         if os.path.getsize(path) > LARGEST_LOOKED_THROUGH or not os.path.isfile(path):
             return []
@@ -115,12 +129,9 @@ def _secret_facts(path, payload, state):
     found = secret_shapes.find(text)
     if not found:
         return []
-    from . import file_types, parts, standing
-    kind = file_types.of_name(path, source=True)
-    if standing.load().refusal(path, kind.modality if kind else "text"):
-        return []  # such files are where secrets belong; they are never sent
+    from . import report
     memory = state.load()
-    shown = parts.shown_name(path, _project(payload))
+    shown = report.clean(parts.shown_name(path, _project(payload)))
     facts = []
     for secret, (line, _) in zip(found, secret_shapes.places(text, found)):
         import hashlib
@@ -129,8 +140,8 @@ def _secret_facts(path, payload, state):
         if mark not in memory["told"]:
             memory["told"].append(mark)
             facts.append("{}, line {}: this looks like {} (“{}”). Kelvane replaces it before the "
-                         "file is graded.".format(shown, line, secret.kind, secret_shapes.shortened(
-                             text[secret.start:secret.end])))
+                         "file is graded.".format(shown, line, secret.kind, report.clean(
+                             secret_shapes.shortened(text[secret.start:secret.end]))))
     if facts:
         state.save(memory)
     return facts

@@ -266,7 +266,8 @@ class Session:
                 raise Rejection(INVALID_REQUEST, 'Invalid Request: jsonrpc must be "2.0"')
             if not isinstance(value.get("method"), str):
                 raise Rejection(INVALID_REQUEST, "Invalid Request: method must be a string")
-            return [self._request(request_id, value["method"], value.get("params", {}))]
+            return [self._request(request_id, value["method"],
+                                  {} if value.get("params") is None else value["params"])]
         except Rejection as rejection:
             return [Reply(error_reply(request_id, rejection))]
 

@@ -286,6 +286,8 @@ class Calls:
         with self._changed:
             self._changed.wait_for(lambda: not self._by_id, patience)
         cancel_but(lambda call: False)
+        with self._changed:  # what was cancelled tells the service so
+            self._changed.wait_for(lambda: not self._threads, patience)
 
     def _work(self, running):
         while running:
@@ -306,7 +308,8 @@ class Server:
         self._chunks = chunks
         self._session = protocol.Session(tools.identity, tools.instructions, tools.definitions)
         self._events = queue.Queue(2)  # a client that is faster than we are has to wait
-        self._outlet = Outlet(sink, lambda: self._events.put(_END))
+        self._over = threading.Event()
+        self._outlet = Outlet(sink, self._stop)
         self._calls = Calls(self._run_tool)
         self._subscriptions = {}
         self._perform = {protocol.Reply: self._reply, protocol.Call: self._call,
@@ -320,10 +323,21 @@ class Server:
         for line in iter(self._events.get, _END):
             for action in self._session.receive(line):
                 self._perform[type(action)](action, direct)
+            if self._over.is_set():
+                break
         self._calls.end(lambda call: self._tools.is_local(call.tool), LAST_WORDS)
         for listen in self._subscriptions.values():
             self._outlet.send(self._session.end_of_subscription(listen))
         self._outlet.close(LAST_WORDS)
+
+    def _stop(self):
+        """Nothing can be sent any more. Called by whichever thread finds out: the one that takes
+        events from the queue must not wait for room in it."""
+        self._over.set()
+        try:
+            self._events.put_nowait(_END)
+        except queue.Full:
+            pass  # then there is a line to wake up for
 
     def _read(self):
         for line in protocol.split_lines(self._chunks):

@@ -11,7 +11,7 @@ Texts are facts for the agent to weigh. They may quote the work, so they are mad
 import os
 import re
 
-from . import client, file_types, grading, parts, report
+from . import client, file_types, grading, parts, places, report
 from . import settings as settings_module
 from . import standing
 from .version import VERSION
@@ -25,8 +25,8 @@ _RUN_ID = re.compile(r"[A-Za-z0-9_-][A-Za-z0-9._~-]{0,199}")
 
 _WORK = {
     "path": {"type": "string", "minLength": 1,
-             "description": "The file, absolute or relative to the folder the server runs in. "
-                            "Text, code, tables, documents, decks, pictures, recordings."},
+             "description": "A file of the project, absolute or relative to the folder the server "
+                            "runs in. Text, code, tables, documents, decks, pictures, recordings."},
     "text": {"type": "string", "description": "The work itself, in place of a file."},
     "name": {"type": "string", "minLength": 1,
              "description": "With text: what it is called. The ending tells the kind of work, "
@@ -95,12 +95,14 @@ _STATUS = {
         "service": {"type": "string", "description": "where work is sent"},
         "signed_in": {"type": "boolean", "description": "whether there is a key"},
         "folder": {"type": "string", "description": "where key and settings are"},
+        "reads": {"type": "array", "items": {"type": "string"},
+                  "description": "folders below which files may be graded by path"},
         "modalities": {"type": "array", "items": {"type": "string"},
                        "description": "those with standing rules of their own"},
         "problems": {"type": "array", "items": {"type": "string"},
                      "description": "lines of settings and rules that could not be used"},
     },
-    "required": ["version", "service", "signed_in", "folder", "modalities", "problems"],
+    "required": ["version", "service", "signed_in", "folder", "reads", "modalities", "problems"],
 }
 
 
@@ -112,8 +114,10 @@ def _tool(name, title, description, properties, required=(), output=None, *, rem
                         "additionalProperties": False}}
     if output is not None:
         definition["outputSchema"] = output
-    definition["annotations"] = {"title": title, "readOnlyHint": True, "destructiveHint": False,
-                                 "idempotentHint": not remote, "openWorldHint": remote}
+    # A tool that sends a file away has an effect, though it changes nothing here.
+    definition["annotations"] = {"title": title, "readOnlyHint": not remote,
+                                 "destructiveHint": False, "idempotentHint": not remote,
+                                 "openWorldHint": remote}
     return definition
 
 
@@ -124,7 +128,8 @@ DEFINITIONS = [
           "quarantine and block do not; unknown means that nobody there knows this kind of "
           "work, and is no clearance. The work is sent to the evaluation service that this "
           "machine's user has chosen (see status). Secrets are taken out first, and files that "
-          "the standing rules hold back are refused and never sent. It takes seconds as a rule, "
+          "the standing rules hold back, or that lie outside the project, are refused and never "
+          "sent. It takes seconds as a rule, "
           "and up to %d seconds while the grader warms up. Nothing on this machine is changed. "
           "Exactly one of path and text is needed." % DEADLINE,
           dict(_WORK, vertical={"type": "string", "description": "The line of business, e.g. "
@@ -192,8 +197,10 @@ class Tools:
     definitions = DEFINITIONS
 
     def __init__(self, load_settings=settings_module.load, load_rules=standing.load,
-                 deadline=DEADLINE, **options):
-        """`options` go to the client with every call: `send`, `clock`."""
+                 deadline=DEADLINE, environ=os.environ, **options):
+        """`environ` tells what the project is; `options` go to the client with every call: `send`,
+        `clock`."""
+        self._environ = environ
         self._load_settings = load_settings
         self._load_rules = load_rules
         self._deadline = deadline
@@ -239,7 +246,8 @@ class Tools:
 
         options.update(self._options, intent=arguments.get("intent"), deadline=self._deadline,
                        hard=True, cancel=cancelled, progress=tell)
-        outcome = _graded(arguments, settings, rules, options)
+        allowed = _allowed(settings, self._environ)
+        outcome = _graded(arguments, settings, rules, allowed, options)
         problems = tuple(settings.problems) + tuple(rules.problems)
         if outcome.state == grading.NOT_GRADED:
             return self.failure(_why_not(outcome, settings, problems))
@@ -257,18 +265,30 @@ class Tools:
     def _status(self, _arguments, _progress, _cancelled):
         settings, rules = self._load_settings(), self._load_rules()
         facts = {"version": VERSION, "service": settings.base, "signed_in": bool(settings.key),
-                 "folder": settings.folder, "modalities": rules.modalities(),
+                 "folder": settings.folder,
+                 "reads": list(_allowed(settings, self._environ).folders), "modalities": rules.modalities(),
                  "problems": [report.clean(p) for p in settings.problems + rules.problems]}
         text = "\n".join([
             "trevix validator %s" % VERSION,
             "service: %s" % (settings.base or "none, its address is empty"),
             "key: %s" % ("present" if settings.key else "absent"),
             "folder of key and settings: %s" % settings.folder,
+            "files are read below: %s" % (", ".join(map(report.clean, facts["reads"]))
+                                          or "none, see the setting read"),
             "problems: %s" % (_listed(facts["problems"]) or "none")])
         return _result(text, facts)
 
 
-def _graded(arguments, settings, rules, options):
+def _allowed(settings, environ):
+    """Where files may be read for this client."""
+    try:
+        here = os.getcwd()
+    except OSError:
+        here = None
+    return places.Allowed.around(here, settings.read, environ)
+
+
+def _graded(arguments, settings, rules, allowed, options):
     """The outcome for a file or a text."""
     if ("path" in arguments) == ("text" in arguments):
         raise Unusable("Exactly one of path and text is needed.")
@@ -289,6 +309,13 @@ def _graded(arguments, settings, rules, options):
                        "works.") from None
     if not usable:
         raise Unusable("path is not a name that a file can have.")
+    if not allowed.holds(absolute):
+        raise Unusable("%s lies outside the folders that files are read from (%s), so it was neither "
+                       "read nor sent. The user can add a folder to `read` in %s; a text can be "
+                       "given in place of a path."
+                       % (report.clean(absolute[:1000]),
+                          ", ".join(map(report.clean, allowed.folders)) or "there are none",
+                          os.path.join(settings.folder, "settings")))
     if not os.path.lexists(absolute):
         raise Unusable("There is no file %s. A relative path starts at %s."
                        % (report.clean(absolute[:1000]), report.clean(os.getcwd())))
@@ -315,7 +342,9 @@ def _verdict(outcome, settings, problems):
                           for entry in entries]
     if verdict.run_id:
         facts["run_id"] = _harmless(verdict.run_id)
-        facts["report"] = "%s/console?run=%s" % (settings.base, facts["run_id"])
+        page = settings_module.report_page(settings.base, facts["run_id"])
+        if page:
+            facts["report"] = page
     return _result(_told(outcome, facts), facts)
 
 

@@ -4,9 +4,14 @@ import json
 
 from .parts import NotGradable, Part
 
+LARGEST = 16 * 1024 * 1024  # bytes; as Python's own objects these have up to 700 MiB
+
 
 def read_notebook(data: bytes, shown: str, kind):
     """The code cells of a notebook as one source, each below a line that numbers it."""
+    if len(data) > LARGEST:
+        raise NotGradable("{} is larger than {} MiB; its outputs can be cleared".format(
+            shown, LARGEST >> 20))
     try:
         book = json.loads(data.decode("utf-8-sig"))
         language = book.get("metadata", {}).get("language_info", {}).get("file_extension", ".py")

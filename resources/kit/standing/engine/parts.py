@@ -57,6 +57,7 @@ def from_text(text: str, modality: Optional[str] = None, name: str = "text.txt")
     mime_type = file_types.text_type(modality)
     if kind and kind.modality == modality and kind.mime_type.startswith("text/"):
         mime_type = kind.mime_type
+    name = _sound(name)
     return Artifact((Part(mime_type, os.path.basename(name), _sound(text), same_lines=True),),
                     modality, name)
 
@@ -138,11 +139,12 @@ def _artifact(data: bytes, name: str, shown: str, path: Optional[str], modality:
     kind = file_types.of_name(name, source)
     if kind is None:
         kind = _kind_of_content(data, name)
+    shown = _sound(shown)
     found, notes = _READERS[kind.reader](data, shown, kind)
     declared = modality or kind.modality
     if kind.reader == "text" and declared != kind.modality:
         found = [part._replace(mime_type=file_types.text_type(declared)) for part in found]
-    return Artifact(tuple(found), declared, name, path, tuple(notes))
+    return Artifact(tuple(found), declared, _sound(name), path, tuple(notes))
 
 
 def _kind_of_content(data: bytes, name: str) -> file_types.FileType:

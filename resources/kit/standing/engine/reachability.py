@@ -12,6 +12,8 @@ from . import settings as settings_module
 
 #: For how many seconds the service is left alone, by what was wrong with it.
 DOWN_SECONDS = {"unreachable": 30, "refused": 300, "slow": 600}
+#: A service that kept a submission waiting for so long without an answer is slow, and not merely away.
+SLOW_SECONDS = 5.0
 
 
 def found_down(folder):
@@ -49,18 +51,43 @@ def make_folder(path):
 
 def _refuses(base):
     """Whether a service on this machine refuses the connection. False for any other service."""
+    if base[:12].lower() == "http+unix://":
+        return _socket_refuses(base)
     if not base.startswith("http://"):
         return False
     host, _, port = base[len("http://"):].partition("/")[0].rpartition(":")
-    if host not in ("127.0.0.1", "localhost") or not port.isdigit() or int(port) > 65535:
+    if host not in ("127.0.0.1", "localhost", "[::1]") or not port.isdigit() or int(port) > 65535:
         return False
+    hosts = {"127.0.0.1": ("127.0.0.1",), "[::1]": ("::1",)}.get(host, ("127.0.0.1", "::1"))
+    socket = _sockets()
+    return not any(_answers(socket.AF_INET6 if ":" in one else socket.AF_INET, (one, int(port)))
+                   for one in hosts)
+
+
+def _socket_refuses(base):
+    from . import links
+    try:
+        return not _answers(_sockets().AF_UNIX, links.socket_path(base))
+    except ValueError:
+        return False  # the client tells why nothing can be there
+
+
+def _sockets():
     try:
         import _socket as socket  # what `socket` is made of, without what makes it slow to load
     except ImportError:
         import socket
-    probe = socket.socket(socket.AF_INET, socket.SOCK_STREAM)
+    return socket
+
+
+def _answers(family, address):
+    """Whether anybody takes a connection there."""
+    try:
+        probe = _sockets().socket(family, _sockets().SOCK_STREAM)
+    except OSError:
+        return False  # a family that this machine does not have
     try:
         probe.settimeout(0.5)
-        return probe.connect_ex(("127.0.0.1", int(port))) != 0
+        return probe.connect_ex(address) == 0
     finally:
         probe.close()

@@ -10,6 +10,7 @@ import unicodedata
 from typing import Any, Dict, List, Optional, Sequence
 
 from .grading import CLEARS, HELD, NOT_JUDGED, Outcome, gaps, worst
+from .settings import report_page
 from .verdict import CheckedBy, Flaw
 
 WORDS = {"ship": "clears", "route_to_fix": "fix first", "quarantine": "quarantine",
@@ -95,9 +96,9 @@ def _block(outcome: Outcome, width: int, colour: bool, base: Optional[str]) -> s
         lines += _wrapped("note: " + clean(note), width, "  ")
     if outcome.verdict.run_id:
         lines.append(_paint("  run {}".format(clean(outcome.verdict.run_id)), "dim", colour))
-        if base:
-            lines.append(_paint("  {}/console?run={}".format(base, clean(outcome.verdict.run_id)),
-                                "dim", colour))
+        page = report_page(base or "", clean(outcome.verdict.run_id))
+        if page:
+            lines.append(_paint("  " + page, "dim", colour))
     return "\n".join(lines)
 
 

@@ -2,6 +2,7 @@
 
 import re
 
+from .archive import limited
 from .parts import NotGradable, Part
 
 _TOKEN = re.compile(rb"\\([a-z]{1,32})(-?\d{1,10})?[ ]?|\\'([0-9a-fA-F]{2})|\\(.)|([{}])|[\r\n]+"
@@ -14,6 +15,7 @@ _SPECIAL = {b"par": "\n\n", b"line": "\n", b"tab": "\t", b"cell": " | ", b"row":
             b"emdash": "—", b"endash": "–", b"bullet": "•", b"lquote": "‘", b"rquote": "’",
             b"ldblquote": "“", b"rdblquote": "”", b"page": "\n\n", b"sect": "\n\n"}
 _DEEPEST = 1000
+MOST_BYTES = 16 * 1024 * 1024   # of a file, pictures included; some three seconds
 
 
 def read_rtf(data: bytes, shown: str, kind):
@@ -26,19 +28,22 @@ def read_rtf(data: bytes, shown: str, kind):
         b"".decode(encoding)
     except LookupError:
         encoding = "cp1252"
-    text = re.sub(r"\n{3,}", "\n\n", "".join(_words(data, encoding, shown))).strip() + "\n"
-    return [Part(kind.mime_type, shown, text)], []
+    notes = ["{} is larger than what is read of a file".format(shown)] \
+        if len(data) > MOST_BYTES else []
+    words = limited(_words(data[:MOST_BYTES], encoding, shown))
+    text = re.sub(r"\n{3,}", "\n\n", "".join(words)).strip() + "\n"
+    return [Part(kind.mime_type, shown, text)], notes
 
 
 def _words(data: bytes, encoding: str, shown: str):
     """The pieces of text in order. `skip` is whether the group is one that is not shown, `lost`
     how many characters stand in for a Unicode one and are to be passed over."""
-    groups, skip, uc, lost, pending = [], False, 1, 0, b""
+    groups, skip, uc, lost, pending = [], False, 1, 0, bytearray()
     for match in _TOKEN.finditer(data):
         word, number, byte, sign, brace, plain = match.groups()
         if pending and byte is None:
             yield pending.decode(encoding, "replace")
-            pending = b""
+            pending = bytearray()
         if brace == b"{":
             groups.append((skip, uc))
             if len(groups) > _DEEPEST:
@@ -62,7 +67,7 @@ def _words(data: bytes, encoding: str, shown: str):
             if lost:
                 lost -= 1
             else:
-                pending += bytes([int(byte, 16)])
+                pending.append(int(byte, 16))
         elif sign is not None:
             yield {b"~": "\u00a0", b"_": "-"}.get(sign, sign.decode("latin-1")
                                                   if sign in b"\\{}" else "")

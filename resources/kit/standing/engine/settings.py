@@ -25,11 +25,12 @@ NAMES = {
     "no_proxy": "NO_PROXY",
     "hook": "BRASK_HOOK",
     "hook_seconds": "BRASK_HOOK_SECONDS",
+    "read": "BRASK_READ",
 }
 
 
 class Settings(namedtuple("Settings", "folder base key policy_id ca_file proxies no_proxy hook "
-                          "hook_seconds problems")):
+                          "hook_seconds problems read")):
     """Everything the engine needs to know about its surroundings. A plain value.
 
     folder        the data folder, "~/.brask"
@@ -42,14 +43,15 @@ class Settings(namedtuple("Settings", "folder base key policy_id ca_file proxies
     hook          False: the hook stays silent
     hook_seconds  the longest that the end of one turn may take
     problems      sentences about lines of the file that could not be used
+    read          absolute folders outside the project that agents may have read from, besides it
     """
 
     __slots__ = ()
 
     def __new__(cls, folder, base, key, policy_id=None, ca_file=None, proxies=None, no_proxy=None,
-                hook=True, hook_seconds=90.0, problems=()):
+                hook=True, hook_seconds=90.0, problems=(), read=()):
         return super().__new__(cls, folder, base, key, policy_id, ca_file, proxies or {}, no_proxy,
-                               hook, hook_seconds, problems)
+                               hook, hook_seconds, problems, read)
 
     def __repr__(self):
         """Never shows the key: this text ends up in tracebacks."""
@@ -68,21 +70,46 @@ def data_folder(environ: dict[str, str] = os.environ) -> str:
     return os.path.join(home, ".brask")
 
 
-def read_key(folder: str, environ: dict[str, str] = os.environ) -> str | None:
+def read_key(folder: str, environ: dict[str, str] = os.environ,
+             problems: list[str] | None = None) -> str | None:
     """BRASK_API_KEY exactly as it stands; when unset or empty, the file `key`, trimmed.
 
     None when there is neither, and when the file cannot be read, is not UTF-8 or holds only blanks.
+    A file that somebody else could have written is not used; `problems` then gets a sentence.
     """
     given = environ.get("BRASK_API_KEY")
     if given:
         return given
-    data = _read(os.path.join(folder, "key"))
+    path = os.path.join(folder, "key")
+    data = _read(path)
     if data is None:
+        return None
+    reason = untrusted(os.stat(path))
+    if reason:
+        if problems is not None:
+            problems.append("{}: {}; the key in it is not used".format(path, reason))
         return None
     try:
         return data.decode("utf-8").strip() or None
     except UnicodeDecodeError:
         return None
+
+
+def untrusted(status: os.stat_result) -> str | None:
+    """Why a file of this status could hold somebody else's words; None when only its owner, who is
+    this user or root, can have written it."""
+    if status.st_uid not in (os.geteuid(), 0):
+        return "it belongs to another user (chown it to yourself)"
+    if status.st_mode & 0o022:
+        return "others may write it (mode {:04o}; chmod 600 it)".format(status.st_mode & 0o7777)
+    return None
+
+
+def report_page(base: str, run_id: str) -> str | None:
+    """The address of a run's report for people; None where no browser gets there."""
+    if base[:4].lower() != "http" or base[:10].lower() == "http+unix:":
+        return None
+    return "{}/console?run={}".format(base, run_id)
 
 
 def tidy_base(address: str) -> str:
@@ -99,10 +126,12 @@ def load(environ: dict[str, str] = os.environ) -> Settings:
         said = environ.get(variable, environ.get(variable.lower()))
         if said is not None and (said or name == "base"):
             values[name] = said
+    key = read_key(folder, environ, problems)
+    read = _folders(values.get("read"), environ, problems)
     return Settings(
         folder=folder,
         base=tidy_base(values.get("base", DEFAULT_BASE)),
-        key=read_key(folder, environ),
+        key=key,
         policy_id=values.get("policy_id") or None,
         ca_file=values.get("ca_file") or None,
         proxies={scheme: values[scheme + "_proxy"] for scheme in ("https", "http")
@@ -110,7 +139,8 @@ def load(environ: dict[str, str] = os.environ) -> Settings:
         no_proxy=values.get("no_proxy") or None,
         hook=values.get("hook", "on").strip().lower() not in ("off", "0", "no", "false"),
         hook_seconds=_seconds(values.get("hook_seconds"), problems),
-        problems=tuple(problems))
+        problems=tuple(problems),
+        read=read)
 
 
 def _file_values(folder: str, problems: list[str]) -> dict[str, str]:
@@ -118,6 +148,10 @@ def _file_values(folder: str, problems: list[str]) -> dict[str, str]:
     data = _read(path)
     values: dict[str, str] = {}
     if data is None:
+        return values
+    reason = untrusted(os.stat(path))
+    if reason:  # it names where work is sent and what may be read
+        problems.append("{}: {}; nothing of it is used".format(path, reason))
         return values
     texts = data.decode("utf-8-sig", "replace").splitlines()
     lines, found = name_value_lines.parse_lines(texts, path, 1)
@@ -128,6 +162,20 @@ def _file_values(folder: str, problems: list[str]) -> dict[str, str]:
         else:
             problems.append("{}:{}: there is no setting “{}”".format(path, line.number, line.name))
     return values
+
+
+def _folders(text: str | None, environ: dict[str, str], problems: list[str]) -> tuple[str, ...]:
+    """The absolute folders in a list like PATH; ~ is the home folder."""
+    found = []
+    for word in (text or "").split(os.pathsep):
+        folder = word.strip()
+        if folder == "~" or folder.startswith("~/"):
+            folder = (environ.get("HOME") or os.path.expanduser("~")) + folder[1:]
+        if folder and not os.path.isabs(folder):
+            problems.append("read: “{}” is not an absolute folder".format(folder))
+        elif folder:
+            found.append(folder)
+    return tuple(found)
 
 
 def _seconds(text: str | None, problems: list[str]) -> float:

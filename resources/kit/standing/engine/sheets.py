@@ -8,10 +8,10 @@ import datetime
 import re
 from typing import Dict, List, Optional
 
-from .archive import Archive, attribute, children, local, relations
+from .archive import MOST_TEXT, Archive, attribute, children, local, outermost, relations
 from .parts import NotGradable, Part
 
-MOST_ROWS, MOST_COLUMNS, MOST_CELLS = 100000, 1000, 1000000
+MOST_ROWS, MOST_COLUMNS, MOST_CELLS = 100000, 1000, 400000
 _DATE_IDS = set(range(14, 23)) | set(range(27, 37)) | set(range(45, 48)) | set(range(50, 59))
 
 
@@ -24,24 +24,47 @@ class _Grid:
         self.cut = False
         self.uncalculated = 0   # formulas that the file holds no result of
 
-    def put(self, row: int, column: int, text: str) -> None:
+    def put(self, row: int, column: int, text: str) -> bool:
+        """Whether there is room for more below and to the right."""
         if not text:
-            return
+            return True
         if row >= MOST_ROWS or column >= MOST_COLUMNS or self._cells >= MOST_CELLS:
             self.cut = True
-            return
+            return False
         self._cells += 1
         self._rows.setdefault(row, {})[column] = text
+        return True
 
     def text(self) -> str:
-        """Rows from the first to the last; blanks where there is nothing."""
+        """Rows from the first to the last; blanks where there is nothing. As much as is read of a
+        file, however far apart its cells are."""
         if not self._rows:
             return ""
-        last = max(self._rows)
         width = max(max(cells) for cells in self._rows.values()) + 1
-        return "".join("\t".join(_field(self._rows.get(row, {}).get(column, ""))
-                                 for column in range(width)) + "\n"
-                       for row in range(min(self._rows), last + 1))
+        lines, left, row = [], MOST_TEXT, min(self._rows)
+        for filled in sorted(self._rows):
+            for cells in [{}] * (filled - row) + [self._rows[filled]]:
+                line = self._line(cells, width, left)
+                left -= len(line)
+                if left < 0:
+                    self.cut = True
+                    return "".join(lines)
+                lines.append(line)
+            row = filled + 1
+        return "".join(lines)
+
+    @staticmethod
+    def _line(cells: Dict[int, str], width: int, most: int) -> str:
+        """One row, with a tab between any two columns; of one that has more than `most` characters,
+        somewhat more than those."""
+        pieces, at = [], 0
+        for column in sorted(cells):
+            pieces.append("\t" * (column - at) + _field(cells[column]))
+            at = column
+            most -= len(pieces[-1])
+            if most < 0:
+                break
+        return "".join(pieces) + "\t" * (width - 1 - at) + "\n"
 
 
 def read_xlsx(data: bytes, shown: str, kind):
@@ -63,24 +86,35 @@ def read_xlsx(data: bytes, shown: str, kind):
             if root is not None:
                 grids.append((attribute(sheet, "name") or "Sheet",
                               _xlsx_grid(root, strings, formats, since_1904)))
-    return _parts(grids, shown, kind)
+    return _parts(grids, shown, kind, archive)
 
 
 def read_ods(data: bytes, shown: str, kind):
     """An OpenDocument workbook."""
-    root = Archive(data, shown).xml("content.xml")
+    archive = Archive(data, shown)
+    root = archive.xml("content.xml")
     if root is None:
         raise NotGradable("{} holds no workbook".format(shown))
-    tables = [element for element in root.iter() if local(element) == "table"]
-    return _parts([(attribute(t, "name") or "Sheet", _ods_grid(t)) for t in tables], shown, kind)
+    tables = outermost(root, ("table",))
+    return _parts([(attribute(t, "name") or "Sheet", _ods_grid(t)) for t in tables], shown, kind,
+                  archive)
 
 
-def _parts(grids, shown: str, kind):
-    texts = [(name, grid.text(), grid.cut) for name, grid in grids]
+def _parts(grids, shown: str, kind, archive: Archive):
+    texts, left = [], MOST_TEXT
+    for name, grid in grids:
+        if left <= 0:
+            archive.cut = True
+            break
+        text = grid.text()
+        grid.cut = grid.cut or len(text) > left
+        texts.append((name, text[:left], grid.cut))
+        left -= len(texts[-1][1])
     waiting = sum(grid.uncalculated for _, grid in grids)
     filled = [entry for entry in texts if entry[1]] or texts[:1]
-    notes = ["{}: sheet “{}” is larger than what is graded".format(shown, name)
-             for name, _, cut in filled if cut]
+    notes = archive.notes(shown)
+    notes += ["{}: sheet “{}” is larger than what is graded".format(shown, name)
+              for name, _, cut in filled if cut]
     if waiting:
         notes.append("{}: {} formulas have no calculated result and are graded as empty; open and "
                      "save the file in a spreadsheet program".format(shown, waiting))
@@ -201,9 +235,12 @@ def _ods_grid(table) -> _Grid:
         repeated = min(_times(line, "number-rows-repeated"), MOST_ROWS)
         cells = _ods_cells(line)
         for again in range(repeated if cells else 0):
-            for column, text in cells:
-                grid.put(row + again, column, text)
+            if not all([grid.put(row + again, column, text) for column, text in cells]):
+                break
         row += repeated
+        if row >= MOST_ROWS:
+            grid.cut = grid.cut or bool(cells)
+            break
     return grid
 
 
@@ -217,6 +254,8 @@ def _ods_cells(line) -> list:
         if text:
             cells += [(column + again, text) for again in range(repeated)]
         column += repeated
+        if column >= MOST_COLUMNS:
+            break
     return cells
 
 

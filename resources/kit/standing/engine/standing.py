@@ -101,7 +101,10 @@ class RuleSet(NamedTuple):
             names = (os.path.abspath(path), os.path.realpath(path))
         except OSError:
             return "the current folder is gone, so where this name leads cannot be told"
-        from . import secret_shapes
+        from . import secret_shapes, settings
+        own = os.path.realpath(settings.data_folder())
+        if any(name == own or name.startswith(own + os.sep) for name in names):
+            return "nothing in the validator's own folder is sent"
         try:
             key_files = secret_shapes.key_files()
         except secret_shapes.DAMAGED:

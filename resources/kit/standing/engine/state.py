@@ -1,6 +1,8 @@
 """What the hook remembers between two events: small files in `state` of the data folder.
 
-    changed/SESSION        paths that the session changed, one JSON string a line
+    changed/SESSION        paths that the session changed, one JSON string a line; an empty line
+                           stands behind those that the end of a turn has read
+    lock                   held while that list is read and written
     sessions/SESSION.json  what was graded and reported, so that nothing is said twice
     down                   its time of change is when the service is worth another try
 
@@ -17,9 +19,12 @@ from .reachability import make_folder, note_down
 LONGEST_CHANGED = 64 * 1024
 LONGEST_SESSION = 512 * 1024
 MOST_SESSIONS = 200
+MOST_MARKS = 2000       # of 36 bytes each: a file may hold a thousand secrets, and is told of once
 KEEP_SECONDS = 7 * 86400
 CLEAN_SECONDS = 86400
 LONGEST_DOWN = 3600     # further ahead is no promise but a clock that was set back
+LOCK_TRIES, LOCK_PAUSE = 200, 0.005     # seconds between two: one second in all, for a stuck process
+_READ = b"\n"           # an empty line of the list: everything before it has been read by a turn
 _NAME = frozenset("abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789_-")
 
 
@@ -33,29 +38,59 @@ class State:
         self._now = now
         self._changed = os.path.join(self._root, "changed", self._name)
         self._session = os.path.join(self._root, "sessions", self._name + ".json")
-        self._seen = 0
+        self._seen = b""
 
     def record(self, path):
-        """Notes that the session changed this file. Several at once are fine."""
+        """Notes that the session changed this file. Several at once are fine, and none is lost to a
+        turn that ends at the same moment."""
         line = (json.dumps(path) + "\n").encode("ascii")
-        known = self._read(self._changed, LONGEST_CHANGED)
-        if line in known.splitlines(True) or len(known) + len(line) > LONGEST_CHANGED:
-            return
         try:
             make_folder(self._root)
             make_folder(os.path.dirname(self._changed))
-            handle = os.open(self._changed, os.O_WRONLY | os.O_APPEND | os.O_CREAT, 0o600)
-            try:
-                os.write(handle, line)
-            finally:
-                os.close(handle)
+            with self._alone():
+                known = self._read(self._changed, LONGEST_CHANGED)
+                # A path that a turn is just grading may have changed again since it was read.
+                if line in _unread(known):
+                    return
+                if len(known) + len(line) > LONGEST_CHANGED:
+                    known = b"".join(dict.fromkeys(known.splitlines(True)))
+                    if len(known) + len(line) > LONGEST_CHANGED:
+                        return
+                    self._replace(known)  # no turn's reading any more: all is looked at again
+                self._append(line)
         except OSError:
             pass
 
+    def _append(self, data):
+        handle = os.open(self._changed, os.O_WRONLY | os.O_APPEND | os.O_CREAT, 0o600)
+        try:
+            os.write(handle, data)
+        finally:
+            os.close(handle)
+
+    def _replace(self, data):
+        aside = "{}.{}".format(self._changed, os.getpid())
+        handle = os.open(aside, os.O_WRONLY | os.O_CREAT | os.O_TRUNC, 0o600)
+        with os.fdopen(handle, "wb") as file:
+            file.write(data)
+        os.replace(aside, self._changed)
+
+    def _alone(self):
+        """One process at a time works with the list of changes. Where nothing can be locked nobody
+        waits."""
+        return _Lock(os.path.join(self._root, "lock"))
+
     def changed(self):
         """The recorded paths in the order of their first change."""
-        data = self._read(self._changed, LONGEST_CHANGED)
-        self._seen = len(data)
+        try:
+            with self._alone():
+                data = self._read(self._changed, LONGEST_CHANGED)
+                if _unread(data):
+                    self._append(_READ)
+                    data += _READ
+        except OSError:
+            data = self._read(self._changed, LONGEST_CHANGED)
+        self._seen = data
         paths = []
         for line in data.splitlines():
             try:
@@ -68,18 +103,18 @@ class State:
 
     def settle(self):
         """Forgets what the last `changed` returned; what was recorded since stays."""
-        aside = self._changed + ".settling"
         try:
-            os.replace(self._changed, aside)
-            late = self._read(aside, LONGEST_CHANGED)[self._seen:]
-            os.unlink(aside)
+            with self._alone():
+                data = self._read(self._changed, 2 * LONGEST_CHANGED)
+                if not data.startswith(self._seen):
+                    return  # another turn settled meanwhile; what is there is looked at again
+                late = data[len(self._seen):]
+                if not late.strip():
+                    os.unlink(self._changed)
+                    return
+                self._replace(late)
         except OSError:
             return
-        for line in late.splitlines():
-            try:
-                self.record(json.loads(line.decode("ascii")))
-            except ValueError:
-                pass
 
     def load(self):
         """The session's memory: an object with "graded" (path -> digest) and, as lists,
@@ -98,7 +133,7 @@ class State:
     def save(self, memory):
         """Keeps the newest entries of each kind."""
         kept = {"graded": dict(list(memory["graded"].items())[-1000:]),
-                "reported": memory["reported"][-200:], "told": memory["told"][-200:],
+                "reported": memory["reported"][-MOST_MARKS:], "told": memory["told"][-MOST_MARKS:],
                 "tried": memory["tried"][-50:]}
         data = json.dumps(kept).encode("ascii")
         try:
@@ -156,6 +191,38 @@ class State:
                 return file.read(limit)
         except OSError:
             return b""
+
+
+def _unread(data):
+    """The lines that no turn has read yet."""
+    lines = data.splitlines(True)
+    last = max((number for number, line in enumerate(lines) if line == _READ), default=-1)
+    return lines[last + 1:]
+
+
+class _Lock:
+    """Holds a file's lock for as long as it takes to read and write a list."""
+
+    def __init__(self, path):
+        self._path = path
+        self._handle = None
+
+    def __enter__(self):
+        try:
+            import fcntl
+            self._handle = os.open(self._path, os.O_RDWR | os.O_CREAT, 0o600)
+            for _ in range(LOCK_TRIES):
+                try:
+                    fcntl.flock(self._handle, fcntl.LOCK_EX | fcntl.LOCK_NB)
+                    return
+                except BlockingIOError:
+                    time.sleep(LOCK_PAUSE)
+        except (ImportError, OSError):
+            pass
+
+    def __exit__(self, *_):
+        if self._handle is not None:
+            os.close(self._handle)
 
 
 def file_name(session):

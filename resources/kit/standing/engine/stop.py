@@ -10,11 +10,13 @@ import threading
 import time
 
 from . import LONGEST_ANSWER, file_types, grading, parts, report, standing
-from .reachability import DOWN_SECONDS
+from .reachability import DOWN_SECONDS, SLOW_SECONDS
+from .settings import report_page
 
 MOST_FILES = 40
 MOST_SUBMISSIONS = 4
 MOST_TRIES = 3
+PATIENCE = 10.0         # seconds for which the service may stay silent, where somebody waits
 LONGEST_FACT = 1000     # characters of one line for the user
 _INTENT = "Validate the files that a coding agent changed before they ship."
 
@@ -35,15 +37,19 @@ class Group:
 
 
 def grade_changes(paths, project, settings, state, going_on):
-    """The hook's answer, or None. `going_on`: a Stop hook already keeps the turn alive."""
+    """The hook's answer, or None. `going_on`: a Stop hook already keeps the turn alive. What reading
+    the files takes is part of the time that there is."""
+    start = time.monotonic()
+    until = start + settings.hook_seconds
     memory = state.load()
     rules = standing.load()
-    groups, left = _groups(paths, project, rules, memory)
+    groups, left = _groups(paths, project, rules, memory, until)
     if not groups:
         state.settle()
         return None
-    _grade(groups, settings, rules)
-    trouble = _trouble(groups)
+    asked = time.monotonic()
+    _grade(groups, settings, rules, until)
+    trouble = _trouble(groups, time.monotonic() - asked)
     for group in groups:
         if _is_over(group, memory):
             memory["graded"].update(group.hashes)
@@ -63,15 +69,17 @@ def grade_changes(paths, project, settings, state, going_on):
     return _with_lines(said, beyond + ["standing rules: " + report.clean(p) for p in broken])
 
 
-def _groups(paths, project, rules, memory):
-    """What is to be graded, by modality, and how many files are more than are graded at once."""
+def _groups(paths, project, rules, memory, until):
+    """What is to be graded, by modality, and how many files are more than are graded at once, or
+    than were read in half of the time."""
+    until -= (until - time.monotonic()) / 2
     groups, count, left = {}, 0, 0
     for path in paths:
         kind = file_types.of_name(path, source=True)
         modality = kind.modality if kind else "text"
         if not os.path.isfile(path) or rules.refusal(path, modality):
             continue
-        if count >= MOST_FILES:
+        if count >= MOST_FILES or time.monotonic() > until:
             left += 1
             continue
         try:
@@ -107,9 +115,8 @@ def _digest(artifact):
     return whole.hexdigest()[:32]
 
 
-def _grade(groups, settings, rules):
+def _grade(groups, settings, rules, until):
     """Gives every group its outcome, within the deadline in any case."""
-    until = time.monotonic() + settings.hook_seconds
     cancel = threading.Event()
 
     def one(group):
@@ -117,7 +124,7 @@ def _grade(groups, settings, rules):
         if len(group.artifacts) > 1:
             artifact = parts.together(group.artifacts, group.modality)
         found = grading.grade(artifact, settings, rules, intent=_INTENT, cancel=cancel, hard=True,
-                              deadline=settings.hook_seconds)
+                              deadline=max(0.0, until - time.monotonic()), patience=PATIENCE)
         group.outcome = found
 
     threads = [threading.Thread(target=one, args=(g,), daemon=True) for g in groups]
@@ -142,13 +149,16 @@ def _is_over(group, memory):
     return memory["tried"].count(group.digest()) >= MOST_TRIES
 
 
-def _trouble(groups):
-    """Why the service is better left alone for a while; None when it is well."""
+def _trouble(groups, seconds):
+    """Why the service is better left alone for a while; None when it is well. `seconds` is how long
+    it was waited for: one that is merely away says so at once."""
     lost = [g.outcome for g in groups if g.outcome.state == grading.NOT_GRADED
             and not _is_unreadable(g.outcome) and not _was_kept(g.outcome)]
     if any(outcome.verdict.status in (401, 403) for outcome in lost):
         return "refused"
     if any(outcome.reason.startswith("grade timed out") for outcome in lost):
+        return "slow"
+    if lost and seconds >= SLOW_SECONDS:
         return "slow"
     return "unreachable" if lost else None
 
@@ -209,9 +219,10 @@ def _facts(groups, left, settings):
     for group in groups:
         lines += [""] + report.facts(group.outcome)
         lines += ["  note: " + report.clean(note) for note in group.outcome.notes]
-        if group.outcome.verdict.run_id:
-            lines.append("  report: {}/console?run={}".format(
-                settings.base, report.clean(group.outcome.verdict.run_id)))
+        run_id = group.outcome.verdict.run_id
+        page = report_page(settings.base, report.clean(run_id)) if run_id else None
+        if page:
+            lines.append("  report: " + page)
     if left:
         lines += ["", "{} more changed files were not graded.".format(left)]
     text = "\n".join(lines)

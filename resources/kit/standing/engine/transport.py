@@ -4,7 +4,8 @@ The same decisions as the application's own session: a connection for each reque
 sent twice, redirects are followed within the origin only (the headers carry the key), at most ten
 of them, TLS is always verified, this machine is never reached through a proxy, an answer that is
 shorter than it announced is no answer. Plain http is for the loopback alone: a key or somebody's
-work must not cross a network in the open.
+work must not cross a network in the open. Who may be at the other end of a connection within this
+machine, and how each wait ends in time, is said in `links`.
 
 No exception leaves this module, and no text made here can hold the key.
 """
@@ -15,6 +16,8 @@ import urllib.error
 import urllib.parse
 import urllib.request
 from typing import Dict, NamedTuple, Optional
+
+from . import links
 
 LARGEST_ANSWER = 64 * 1024 * 1024
 MOST_REDIRECTS = 10
@@ -61,10 +64,26 @@ def is_loopback(host: Optional[str]) -> bool:
 
 def may_send_to(url: str) -> bool:
     """Whether the key and the work may go there: https, or http to this machine."""
+    try:
+        if links.socket_path(url) is not None:
+            return True
+    except ValueError:
+        return False
     parts = _split(url)
     if parts is None:
         return False
     return parts.scheme == "https" or (parts.scheme == "http" and is_loopback(parts.hostname))
+
+
+def problem_with(base: str) -> Optional[str]:
+    """Why nothing can be sent to this address, as a sentence; None when it can."""
+    try:
+        links.socket_path(base)
+    except ValueError as error:
+        return str(error)
+    if base and not may_send_to(base):
+        return "only https, http to this machine itself and http+unix are used"
+    return None
 
 
 def send(request: Request, settings, until: Optional[float] = None) -> Optional[Response]:
@@ -82,7 +101,7 @@ def _send(request: Request, settings, until: Optional[float]) -> Optional[Respon
     for _ in range(MOST_REDIRECTS + 1):
         if not may_send_to(request.url):
             return None
-        answer = _open(request, settings, _patience(request.timeout, until))
+        answer = _open(request, settings, _patience(request.timeout, until), until)
         with answer:
             status = answer.status if hasattr(answer, "status") else answer.code
             location = answer.headers.get("Location") if status in _REDIRECTS else None
@@ -94,14 +113,18 @@ def _send(request: Request, settings, until: Optional[float]) -> Optional[Respon
     return None
 
 
-def _open(request: Request, settings, timeout: float):
-    message = urllib.request.Request(request.url, data=request.body, method=request.method)
+def _open(request: Request, settings, timeout: float, until: Optional[float]):
+    path = links.socket_path(request.url)
+    url = request.url if path is None else links.over_socket(request.url)
+    message = urllib.request.Request(url, data=request.body, method=request.method)
     for name, value in request.headers.items():
         # A key that is no Latin-1 goes as the UTF-8 bytes that it is.
         message.add_unredirected_header(name, value.encode("utf-8").decode("latin-1"))
     if request.body is not None and "Content-Type" not in request.headers:
         message.add_unredirected_header("Content-Type", "application/json")
-    opener = urllib.request.build_opener(*_handlers(request.url, settings))
+    proved = settings.key if path is None and _needs_proof(url, settings.key) else None
+    link = links.Link(timeout, until, path, proved)
+    opener = urllib.request.build_opener(*_handlers(url, settings, link))
     opener.addheaders = []
     try:
         return opener.open(message, timeout=timeout)
@@ -109,16 +132,40 @@ def _open(request: Request, settings, timeout: float):
         return error  # it is an answer like any other
 
 
-def _handlers(url: str, settings):
+def _needs_proof(url: str, key: Optional[str]) -> bool:
+    return url[:5].lower() == "http:" and bool(key) and key.startswith(links.PROVED_KEYS)
+
+
+class _Plain(urllib.request.HTTPHandler):
+    """Opens http by a link."""
+
+    def __init__(self, link):
+        super().__init__()
+        self._link = link
+
+    def http_open(self, request):
+        return self.do_open(self._link.plain, request)
+
+
+def _handlers(url: str, settings, link):
     parts = _split(url)
-    handlers = [_NoRedirect(), urllib.request.ProxyHandler(_proxies(parts, settings))]
+    handlers = [_NoRedirect(), urllib.request.ProxyHandler(_proxies(parts, settings)), _Plain(link)]
     if parts.scheme == "https":
         import ssl  # only here: it is slow to load and the local service does without
         context = ssl.create_default_context()
         if settings.ca_file:
             context.load_verify_locations(cafile=settings.ca_file)
-        handlers.append(urllib.request.HTTPSHandler(context=context))
+        handlers.append(_encrypted(link, context))
     return handlers
+
+
+def _encrypted(link, context):
+    """Opens https by a link, where Python has TLS."""
+    class Encrypted(urllib.request.HTTPSHandler):
+        def https_open(self, request):
+            return self.do_open(link.encrypted, request, context=context)
+
+    return Encrypted(context=context)
 
 
 def _proxies(parts, settings) -> Dict[str, str]:
@@ -162,7 +209,7 @@ def _following(request: Request, status: int, location: Optional[str]) -> Option
     """The request that a redirect asks for; None when the answer is the answer."""
     if not location:
         return None
-    target = urllib.parse.urljoin(request.url, location.strip())
+    target = _joined(request.url, location.strip())
     if _origin(target) is None or _origin(target) != _origin(request.url):
         return None
     target = urllib.parse.urldefrag(target).url
@@ -173,7 +220,19 @@ def _following(request: Request, status: int, location: Optional[str]) -> Option
     return request._replace(url=target)
 
 
+def _joined(url: str, location: str) -> str:
+    """The address that a location names, seen from an address. What the library joins is http."""
+    if links.socket_path(url) is None or "://" in location:
+        return urllib.parse.urljoin(url, location)
+    joined = urllib.parse.urljoin(links.over_socket(url), location)
+    prefix = url[:len(url) - len(links.over_socket(url)) + len("http://localhost")]
+    return prefix + joined[len("http://localhost"):] if joined.startswith("http://localhost/") else ""
+
+
 def _origin(url: str):
+    path = links.socket_path(url)
+    if path is not None:
+        return links.UNIX, path, 0
     parts = _split(url)
     if parts is None or parts.scheme not in ("http", "https"):
         return None
