@@ -337,9 +337,11 @@ void JobQueue::judgeRevision(const PendingJob& job, IterateRequest& request,
 void JobQueue::tidy() {
     try {
         const std::int64_t now = m_options.nowMs();
-        const bool due = !m_lastPruneMs || now - *m_lastPruneMs >= kPruneEveryMs;
+        // Also when the clock went back: what it leapt to is no measure of the next time.
+        const bool due =
+            !m_lastPruneMs || now - *m_lastPruneMs >= kPruneEveryMs || now < *m_lastPruneMs;
         if (m_options.keep.count() > 0 && due) {
-            m_store.prune(now - m_options.keep.count());
+            if (m_store.believesClock(now)) m_store.prune(now - m_options.keep.count());
             m_lastPruneMs = now;
         }
         m_store.giveBackRoom();
