@@ -61,6 +61,8 @@ set(CMAKE_CXX_FLAGS_INIT "-nostdinc++ -isystem ${MACOS_SDK}/include/c++/v1 ${fla
 list(APPEND CMAKE_FRAMEWORK_PATH ${MACOS_SDK}/Frameworks)
 
 # Found without being looked for: there are headers for them, and no library to link.
+set(Boost_NO_BOOST_CMAKE ON CACHE BOOL "")
+set(Boost_INCLUDE_DIR ${portable} CACHE PATH "")
 set(SQLite3_INCLUDE_DIR ${portable} CACHE PATH "")
 set(PNG_PNG_INCLUDE_DIR ${portable} CACHE PATH "")
 set(ZLIB_INCLUDE_DIR ${portable} CACHE PATH "")

@@ -118,7 +118,7 @@ class ServiceTest(surroundings.HomeTest):
 
     def test_a_report_opens_by_its_command_and_not_by_its_address(self):
         self.write("note.md", BAD)
-        run = self.grade("note.md")[1]["results"][0]["run_id"]
+        run = self.grade("note.md")[1]["files"][0]["run_id"]
         stated = "{}/console?run={}".format(self.environment["BRASK_API_BASE"], run)
         with self.assertRaises(urllib.error.HTTPError) as refused:
             urllib.request.urlopen(stated)
