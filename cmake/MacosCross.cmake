@@ -46,7 +46,7 @@ execute_process(COMMAND ${CMAKE_CXX_COMPILER} -print-resource-dir
   OUTPUT_VARIABLE resources OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
 # Of this system's headers only those of portable libraries, never those of its C library.
 set(portable ${CMAKE_BINARY_DIR}/portable-headers)
-foreach(header nlohmann utf8proc.h httplib.h png.h pngconf.h pnglibconf.h libpng16 re2 sqlite3.h
+foreach(header nlohmann utf8proc.h boost nettle png.h pngconf.h pnglibconf.h libpng16 re2 sqlite3.h
     zconf.h zlib.h cmark-gfm.h cmark-gfm_export.h cmark-gfm_version.h cmark-gfm-core-extensions.h
     cmark-gfm-extension_api.h cmark-gfm-extensions_export.h)
   if(EXISTS /usr/include/${header} AND NOT EXISTS ${portable}/${header})
@@ -61,6 +61,8 @@ set(CMAKE_CXX_FLAGS_INIT "-nostdinc++ -isystem ${MACOS_SDK}/include/c++/v1 ${fla
 list(APPEND CMAKE_FRAMEWORK_PATH ${MACOS_SDK}/Frameworks)
 
 # Found without being looked for: there are headers for them, and no library to link.
+set(Boost_NO_BOOST_CMAKE ON CACHE BOOL "")
+set(Boost_INCLUDE_DIR ${portable} CACHE PATH "")
 set(SQLite3_INCLUDE_DIR ${portable} CACHE PATH "")
 set(PNG_PNG_INCLUDE_DIR ${portable} CACHE PATH "")
 set(ZLIB_INCLUDE_DIR ${portable} CACHE PATH "")

@@ -12,6 +12,7 @@
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
+#include <array>
 #include <cassert>
 #include <chrono>
 #include <cmath>
@@ -32,8 +33,8 @@ constexpr std::size_t kLongestIntent = 4000;
 // for so long is gone.
 constexpr std::chrono::milliseconds kRequestTimeout = 30s;
 
-// For a courtesy to the service: long enough for one that is well.
-constexpr std::chrono::milliseconds kCancelTimeout = 5s;
+// For what is a courtesy to the service or to a person: long enough for a service that is well.
+constexpr std::chrono::milliseconds kCourtesyTimeout = 5s;
 
 // Between two polls. A short text is graded within the first two seconds; a critic that has to warm
 // up takes minutes, and is asked less and less often, down to every six seconds.
@@ -156,6 +157,27 @@ Verdict poll(const Ports& ports, const std::string& jobId, const std::string& ke
     return timedOut(deadlineSec, warming);
 }
 
+// "http://127.0.0.1:8797/...": whether the address names this machine by its loopback.
+bool isLoopbackAddress(std::string_view address) {
+    constexpr std::string_view kScheme = "http://";
+    if (!address.starts_with(kScheme)) return false;
+    address.remove_prefix(kScheme.size());
+    static constexpr std::array<std::string_view, 3> kHosts{"127.0.0.1", "localhost", "[::1]"};
+    return std::ranges::any_of(kHosts, [&](std::string_view host) {
+        if (!address.starts_with(host)) return false;
+        const std::string_view rest = address.substr(host.size());
+        return rest.empty() || rest.front() == ':' || rest.front() == '/';
+    });
+}
+
+// Of letters, digits, "_" and "-": no part of an address but itself.
+bool isPlainId(std::string_view id) {
+    return !id.empty() && std::ranges::all_of(id, [](char c) {
+        return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
+               c == '_' || c == '-';
+    });
+}
+
 } // namespace
 
 std::optional<std::string> apiKey(Environment& environment, FileSystem& files,
@@ -206,8 +228,8 @@ Verdict grade(const Ports& ports, const std::vector<ArtifactPart>& parts,
 }
 
 void cancelJob(const Ports& ports, const std::string& jobId, const std::string& key) {
-    static_cast<void>(
-        request(ports, "DELETE", "/api/v1/eval/jobs/" + jobId, key, std::nullopt, kCancelTimeout));
+    static_cast<void>(request(ports, "DELETE", "/api/v1/eval/jobs/" + jobId, key, std::nullopt,
+                              kCourtesyTimeout));
 }
 
 Verdict iterate(const Ports& ports, const std::string& runId,
@@ -222,6 +244,24 @@ Verdict iterate(const Ports& ports, const std::string& runId,
     if (!answer) return Verdict::failure(kUnreachable);
     const json& iteration = service_json::objectOrEmpty(*answer, "iteration");
     return verdictFrom(service_json::objectOrEmpty(iteration, "critic_verdict"), runId);
+}
+
+bool asksForReportAddress(Environment& environment) {
+    const std::string address = text::lowercased(base(environment));
+    return isLoopbackAddress(address) || address.starts_with("http+unix://");
+}
+
+std::string reportAddress(const Ports& ports, const std::string& runId,
+                          const std::optional<std::string>& key) {
+    const std::string path = "/console?run=" + runId;
+    const std::string stated = base(ports.environment) + path;
+    if (!key || !isPlainId(runId) || !asksForReportAddress(ports.environment)) return stated;
+    const auto answer = request(ports, "POST", "/api/v1/eval/runs/" + runId + "/ticket", *key,
+                                json::object(), kCourtesyTimeout);
+    if (!answer) return stated;
+    const std::string once = service_json::string(*answer, "report").value_or("");
+    const bool here = isLoopbackAddress(once) && once.find(path + "&") != std::string::npos;
+    return here ? once : stated;
 }
 
 } // namespace kelvane::EvalBridge

@@ -65,6 +65,17 @@ void cancelJob(const Ports& ports, const std::string& jobId, const std::string& 
                               const std::vector<ArtifactPart>& parts, const std::string& intent,
                               const std::string& key);
 
+/// The address to open for the full report on a run: the base, "/console?run=" and the id as it
+/// stands. A service of this machine is first asked, with the key, for one that opens the report
+/// once, since other users see what a browser is started with; the stated address is returned when
+/// it has none, does not answer within five seconds, or names one elsewhere. Of other services, and
+/// without a key, nothing is asked, and this does not block.
+[[nodiscard]] std::string reportAddress(const Ports& ports, const std::string& runId,
+                                        const std::optional<std::string>& key);
+
+/// Whether that may ask a service of this machine, and so block.
+[[nodiscard]] bool asksForReportAddress(Environment& environment);
+
 } // namespace EvalBridge
 
 } // namespace kelvane

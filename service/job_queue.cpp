@@ -2,6 +2,7 @@
 
 #include "critics/findings/verdict_rule.h"
 #include "service/store/random_id.h"
+#include "service/verdict_limits.h"
 #include "service/wire.h"
 
 #include <algorithm>
@@ -28,7 +29,7 @@ Iteration judged(const Submission& submission, Critique critique, std::int64_t n
     iteration.findings = std::move(critique.findings);
     iteration.extent = critique.extent;
     iteration.coverage = std::move(critique.coverage);
-    return iteration;
+    return withinLimits(std::move(iteration));
 }
 
 /// A body from the store, read as what it was when it came in.
@@ -314,9 +315,9 @@ void JobQueue::judgeWork(const PendingJob& job, const SubmitRequest& request,
     auto first = verdict(job, submission, cancel);
     if (!first) return;
     m_store.finishGrade(job.id, {newRunId(),
-                                 submission.modality,
-                                 submission.vertical,
-                                 request.policyId,
+                                 cutTo(submission.modality, kLongestText),
+                                 cutTo(submission.vertical, kLongestText),
+                                 cutTo(request.policyId, kLongestText),
                                  {std::move(*first)}});
 }
 
@@ -337,9 +338,11 @@ void JobQueue::judgeRevision(const PendingJob& job, IterateRequest& request,
 void JobQueue::tidy() {
     try {
         const std::int64_t now = m_options.nowMs();
-        const bool due = !m_lastPruneMs || now - *m_lastPruneMs >= kPruneEveryMs;
+        // Also when the clock went back: what it leapt to is no measure of the next time.
+        const bool due =
+            !m_lastPruneMs || now - *m_lastPruneMs >= kPruneEveryMs || now < *m_lastPruneMs;
         if (m_options.keep.count() > 0 && due) {
-            m_store.prune(now - m_options.keep.count());
+            if (m_store.believesClock(now)) m_store.prune(now - m_options.keep.count());
             m_lastPruneMs = now;
         }
         m_store.giveBackRoom();

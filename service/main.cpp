@@ -5,6 +5,7 @@
 #include "service/setup/command_line.h"
 #include "service/setup/data_folder.h"
 #include "service/setup/key_file.h"
+#include "service/setup/local_socket.h"
 #include "service/store/run_store.h"
 #include "text/build_version.h"
 #include "text/xdg_folders.h"
@@ -25,6 +26,7 @@
 #include <variant>
 #include <vector>
 
+#include <sys/resource.h>
 #include <sys/stat.h>
 
 namespace {
@@ -79,6 +81,12 @@ sigset_t endSignals() {
     return signals;
 }
 
+std::optional<fs::path> wantedSocket(const CommandLine& line) {
+    if (!line.socket) return defaultSocket(environment("XDG_RUNTIME_DIR"));
+    if (*line.socket == "none") return std::nullopt;
+    return fs::absolute(*line.socket).lexically_normal();
+}
+
 int serve(const CommandLine& line, const fs::path& self, const fs::path& data,
           const fs::path& catalog) {
     auto lock = FolderLock::take(data);
@@ -93,7 +101,6 @@ int serve(const CommandLine& line, const fs::path& self, const fs::path& data,
         const auto key = loadOrMakeKey(api.keyFile);
         if (const auto* error = std::get_if<KeyError>(&key)) return complain(error->text, 1);
         api.key = std::get<Key>(key).text;
-        notice(std::get<Key>(key).notice);
     }
 
     auto opened = RunStore::open(data / "runs.db", nowMs());
@@ -123,8 +130,22 @@ int serve(const CommandLine& line, const fs::path& self, const fs::path& data,
     queueOptions.nowMs = nowMs;
     queueOptions.log = notice;
 
+    // The default one is a convenience: without it the port is there all the same.
+    const auto socketPath = wantedSocket(line);
+    std::optional<LocalSocket> local;
+    if (socketPath) {
+        auto made = LocalSocket::listen(*socketPath);
+        if (auto* error = std::get_if<SocketError>(&made)) {
+            if (line.socket) return complain(error->text, 1);
+            notice(error->text + "; listening on the port alone");
+        } else {
+            local.emplace(std::move(std::get<LocalSocket>(made)));
+        }
+    }
+
     ServerOptions serverOptions;
     serverOptions.port = line.port;
+    if (local) serverOptions.unixListener = local->release();
     // Every revision that waits holds a thread; others must find one all the same.
     serverOptions.maxThreads = line.queue + 64;
 
@@ -133,8 +154,13 @@ int serve(const CommandLine& line, const fs::path& self, const fs::path& data,
     auto listening = HttpServer::listen(serverOptions, handler);
     if (const auto* error = std::get_if<ListenError>(&listening)) return complain(error->text, 1);
     auto& server = *std::get<std::unique_ptr<HttpServer>>(listening);
+    const std::string base = "http://127.0.0.1:" + std::to_string(server.port());
+    handler.setBase(base);
     server.start();
-    std::printf("trevix-local listening on http://127.0.0.1:%u\n", unsigned{server.port()});
+    std::printf("trevix-local listening on %s\n", base.c_str());
+    if (local) {
+        std::printf("trevix-local listening on %s\n", socketBase(*socketPath).c_str());
+    }
     std::fflush(stdout);
 
     int received = 0;
@@ -143,6 +169,7 @@ int serve(const CommandLine& line, const fs::path& self, const fs::path& data,
     // lost then either.
     for (const int signal : {SIGTERM, SIGINT, SIGHUP}) std::signal(signal, SIG_DFL);
     pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);
+    local.reset();
     queue.stop();
     server.stop();
     return 0;
@@ -185,6 +212,11 @@ int run(int argc, char** argv) {
     }
 
     umask(077);
+    // A child or a client that is gone is told by the write that fails.
+    std::signal(SIGPIPE, SIG_IGN);
+    // What lies in a core dump is the key, and the work of somebody. The children inherit it.
+    const rlimit noCore{0, 0};
+    setrlimit(RLIMIT_CORE, &noCore);
     const fs::path self = ownProgram(argc > 0 ? argv[0] : "");
     if (line.action == CommandLine::Action::engines) return printEngines(line.json, self);
     const auto wanted = dataFolder(line.data, environment("XDG_DATA_HOME"), environment("HOME"));
@@ -200,7 +232,6 @@ int run(int argc, char** argv) {
         }
         const auto key = loadOrMakeKey(folder / "key");
         if (const auto* error = std::get_if<KeyError>(&key)) return complain(error->text, 1);
-        notice(std::get<Key>(key).notice);
         std::puts(std::get<Key>(key).text.c_str());
         return 0;
     }

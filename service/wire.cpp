@@ -227,6 +227,14 @@ std::vector<PartSummary> summarize(const std::vector<Part>& parts) {
     return summaries;
 }
 
+std::string ticketJson(std::string_view address, std::chrono::seconds lasts) {
+    return dump({{"report", std::string(address)}, {"expires_in", lasts.count()}});
+}
+
+std::string proofJson(std::string_view proof) {
+    return dump({{"proof", std::string(proof)}});
+}
+
 std::string errorJson(std::string_view text) {
     return dump({{"error", std::string(text)}});
 }

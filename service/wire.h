@@ -9,6 +9,7 @@
 #include "service/store/job_status.h"
 #include "service/store/run_record.h"
 
+#include <chrono>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -49,6 +50,10 @@ using JobRequest = std::variant<SubmitRequest, IterateRequest>;
 /// Names, types and decoded sizes.
 [[nodiscard]] std::vector<PartSummary> summarize(const std::vector<Part>& parts);
 
+/// {"report", "expires_in"}: an address to open within that time.
+[[nodiscard]] std::string ticketJson(std::string_view address, std::chrono::seconds lasts);
+/// {"proof"}
+[[nodiscard]] std::string proofJson(std::string_view proof);
 /// {"error": text}
 [[nodiscard]] std::string errorJson(std::string_view text);
 /// {"job_id", "status": "failed", "error"}: what became of a job that was cancelled.

@@ -8,8 +8,12 @@
 #include "harness/uninstall.h"
 #include "platform/desktop.h"
 
+#include <functional>
 #include <iostream>
 #include <memory>
+#include <optional>
+#include <string>
+#include <utility>
 
 namespace kelvane {
 
@@ -48,6 +52,20 @@ void fetchCatalog(DesktopPorts& ports, const Installation& installation) {
         kCatalogURL(), installation.braskHome);
 }
 
+// A service of this machine is asked in the background; for others there is nothing to wait for.
+void findReportAddress(DesktopPorts& ports, const Installation& installation,
+                       const std::string& runId, std::function<void(const std::string&)> open) {
+    const auto address = [&ports, runId, home = installation.home] {
+        return EvalBridge::reportAddress(
+            {*ports.environment, *ports.http, *ports.clock}, runId,
+            EvalBridge::apiKey(*ports.environment, *ports.files, home));
+    };
+    if (!EvalBridge::asksForReportAddress(*ports.environment)) return open(address());
+    ports.dispatcher->background([&ports, address, open = std::move(open)] {
+        ports.dispatcher->main([open, found = address()] { open(found); });
+    });
+}
+
 } // namespace
 
 Installation installationOf(DesktopPorts& ports) {
@@ -80,7 +98,9 @@ AppDelegate::Actions shellActions(ShellParts parts) {
     };
     actions.refreshRemoteCatalog = [parts] { fetchCatalog(parts.ports, parts.installation); };
     actions.connectUrl = kConnectURL();
-    actions.serviceBase = [parts] { return EvalBridge::base(*parts.ports.environment); };
+    actions.reportAddress = [parts](const std::string& runId, auto open) {
+        findReportAddress(parts.ports, parts.installation, runId, std::move(open));
+    };
     return actions;
 }
 

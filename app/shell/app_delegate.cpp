@@ -91,7 +91,8 @@ void AppDelegate::wireHooks() {
     });
     m_model->onQuit = whileAlive([this] { m_ports.application.terminate(); });
     m_model->onOpenReport = whileAlive([this](const std::string& runId) {
-        m_ports.urls.open(m_actions.serviceBase() + "/console?run=" + runId);
+        m_actions.reportAddress(
+            runId, whileAlive([this](const std::string& address) { m_ports.urls.open(address); }));
     });
 }
 

@@ -74,7 +74,9 @@ public:
         std::function<void()> runUninstall;
         std::function<void()> refreshRemoteCatalog;
         std::string connectUrl;
-        std::function<std::string()> serviceBase; ///< Without a slash at its end.
+        /// Hands the address of the report on a run to `open`, at once or soon, on this thread.
+        std::function<void(const std::string& runId, std::function<void(const std::string&)> open)>
+            reportAddress;
     };
 
     AppDelegate(Ports ports, Actions actions, LaunchOptions options);

@@ -2,6 +2,7 @@
 
 #include "service/report/report_page.h"
 #include "service/setup/key_file.h"
+#include "service/setup/key_proof.h"
 #include "service/wire.h"
 #include "text/unicode.h"
 
@@ -12,6 +13,8 @@
 #include <system_error>
 #include <utility>
 
+#include <unistd.h>
+
 namespace trevix {
 
 namespace {
@@ -21,13 +24,30 @@ using kelvane::text::lowerAscii;
 // Bytes: many times the shipped catalog. A larger file was put there by mistake.
 constexpr std::uintmax_t kLargestCatalog = std::uintmax_t{16} << 20U;
 
-enum class Route { submit, job, run, iterate, console, connect, index, catalog, health };
+// Asked before the key is sent, so without it.
+constexpr std::string_view kProof = "/api/v1/proof";
+
+enum class Route {
+    submit,
+    job,
+    run,
+    iterate,
+    ticket,
+    proof,
+    console,
+    connect,
+    index,
+    catalog,
+    health
+};
 
 struct Target {
     Route route = Route::index;
     std::string id;
 
-    [[nodiscard]] bool isPost() const { return route == Route::submit || route == Route::iterate; }
+    [[nodiscard]] bool isPost() const {
+        return route == Route::submit || route == Route::iterate || route == Route::ticket;
+    }
 };
 
 bool startsWith(std::string_view text, std::string_view prefix) {
@@ -41,12 +61,12 @@ bool isId(std::string_view id) {
 std::optional<Target> targetOf(std::string_view path) {
     constexpr std::string_view kJobs = "/api/v1/eval/jobs";
     constexpr std::string_view kRuns = "/api/v1/eval/runs/";
-    constexpr std::string_view kIterate = "/iterate";
     if (path == "/") return Target{Route::index, {}};
     if (path == "/console") return Target{Route::console, {}};
     if (path == "/connect") return Target{Route::connect, {}};
     if (path == "/healthz") return Target{Route::health, {}};
     if (path == "/brask/app-catalog.json") return Target{Route::catalog, {}};
+    if (path == kProof) return Target{Route::proof, {}};
     if (path == kJobs) return Target{Route::submit, {}};
     if (startsWith(path, kJobs) && path[kJobs.size()] == '/') {
         const std::string_view id = path.substr(kJobs.size() + 1);
@@ -55,17 +75,19 @@ std::optional<Target> targetOf(std::string_view path) {
     if (startsWith(path, kRuns)) {
         const std::string_view rest = path.substr(kRuns.size());
         if (isId(rest)) return Target{Route::run, std::string(rest)};
-        if (rest.size() > kIterate.size() &&
-            rest.substr(rest.size() - kIterate.size()) == kIterate) {
-            const std::string_view id = rest.substr(0, rest.size() - kIterate.size());
-            if (isId(id)) return Target{Route::iterate, std::string(id)};
+        for (const auto& [ending, route] :
+             {std::pair{std::string_view("/iterate"), Route::iterate},
+              std::pair{std::string_view("/ticket"), Route::ticket}}) {
+            if (!rest.ends_with(ending)) continue;
+            const std::string_view id = rest.substr(0, rest.size() - ending.size());
+            if (isId(id)) return Target{route, std::string(id)};
         }
     }
     return std::nullopt;
 }
 
 bool needsKey(std::string_view path) {
-    return path == "/api" || startsWith(path, "/api/");
+    return path == "/api" || (startsWith(path, "/api/") && path != kProof);
 }
 
 // Said of every answer: it is private, it is what it says it is, and nobody may frame it or learn
@@ -91,6 +113,21 @@ HttpAnswer pageAnswer(int status, Page page) {
     HttpAnswer answer = guarded({status, "text/html; charset=utf-8", std::move(page.html), {}});
     answer.headers.emplace_back("Content-Security-Policy", page.contentSecurityPolicy);
     return answer;
+}
+
+// The value of the cookie of this name in a Cookie header.
+std::optional<std::string_view> cookieIn(std::string_view header, std::string_view name) {
+    while (!header.empty()) {
+        const std::string_view pair =
+            kelvane::text::trimmedBlanks(header.substr(0, header.find(';')));
+        header.remove_prefix(std::min(header.size(), header.find(';')));
+        if (!header.empty()) header.remove_prefix(1);
+        const std::size_t equals = pair.find('=');
+        if (equals != std::string_view::npos && pair.substr(0, equals) == name) {
+            return pair.substr(equals + 1);
+        }
+    }
+    return std::nullopt;
 }
 
 HttpAnswer queueFull() {
@@ -123,6 +160,7 @@ bool isLoopbackHost(std::string_view host) {
 
 HttpApi::HttpApi(ApiOptions options, JobQueue& queue, RunStore& store)
     : m_options(std::move(options)),
+      m_gate(m_options.now),
       m_queue(queue),
       m_store(store) {}
 
@@ -172,13 +210,6 @@ std::optional<HttpAnswer> HttpApi::refuse(const HttpHead& head) {
         head.headers.count("content-encoding") > 1) {
         return errorAnswer(415, "the body must not be compressed");
     }
-    if (target->route == Route::iterate) {
-        try {
-            if (!m_store.hasRun(target->id)) return errorAnswer(404, "there is no such run");
-        } catch (const StoreError& error) {
-            return errorAnswer(503, error.what());
-        }
-    }
     return std::nullopt;
 }
 
@@ -206,6 +237,10 @@ HttpAnswer HttpApi::route(const HttpHead& head, const std::string& body) {
         return runRecord(target->id);
     case Route::iterate:
         return iterate(target->id, body);
+    case Route::ticket:
+        return ticket(target->id);
+    case Route::proof:
+        return proof(head);
     case Route::console:
         return report(head);
     case Route::connect:
@@ -255,6 +290,7 @@ HttpAnswer HttpApi::runRecord(const std::string& runId) {
 }
 
 HttpAnswer HttpApi::iterate(const std::string& runId, const std::string& body) {
+    if (!m_store.hasRun(runId)) return errorAnswer(404, "there is no such run");
     auto parsed = parseIterate(body);
     if (const auto* error = std::get_if<WireError>(&parsed)) return errorAnswer(400, error->text);
     const auto outcome = m_queue.iterate(runId, std::move(std::get<IterateRequest>(parsed)), body);
@@ -269,11 +305,63 @@ HttpAnswer HttpApi::iterate(const std::string& runId, const std::string& body) {
     return stopping();
 }
 
+HttpAnswer HttpApi::ticket(const std::string& runId) {
+    if (!m_store.hasRun(runId)) return errorAnswer(404, "there is no such run");
+    // The id has letters, digits and "_" only, as all that the store knows.
+    const std::string ticket = m_gate.ticketFor(runId);
+    return jsonAnswer(200, ticketJson(m_base + "/console?run=" + runId + "&ticket=" + ticket,
+                                      ReportGate::kTicketLasts));
+}
+
+HttpAnswer HttpApi::proof(const HttpHead& head) {
+    if (head.serverAddress.empty()) {
+        return errorAnswer(404, "over a Unix socket the system tells who answers");
+    }
+    const auto nonce = head.query.find("nonce");
+    if (nonce == head.query.end() || !isNonce(nonce->second)) {
+        return errorAnswer(400, "nonce must be 64 lower-case hexadecimal digits");
+    }
+    return jsonAnswer(200, proofJson(keyProof(m_options.key, nonce->second, head.serverAddress)));
+}
+
 HttpAnswer HttpApi::report(const HttpHead& head) {
     const auto named = head.query.find("run");
-    if (named == head.query.end()) return pageAnswer(404, noSuchRunPage());
-    const auto run = m_store.run(named->second);
+    const std::string runId = named == head.query.end() ? "" : named->second;
+    const auto ticket = head.query.find("ticket");
+    if (ticket != head.query.end() && head.method == "GET" &&
+        m_gate.isTicket(ticket->second, runId) && isOwnUsers(head)) {
+        if (const auto pass = m_gate.redeem(ticket->second, runId)) {
+            // On to the address without the ticket, which is what a history then keeps.
+            HttpAnswer answer = guarded({303, "text/plain", "", {}});
+            answer.headers.emplace_back("Location", "/console?run=" + runId);
+            answer.headers.emplace_back("Set-Cookie",
+                                        runId + "=" + *pass + "; Path=/console; Max-Age=" +
+                                            std::to_string(ReportGate::kPassLasts.count()) +
+                                            "; HttpOnly; SameSite=Lax");
+            return answer;
+        }
+    }
+    if (!mayRead(head, runId)) return pageAnswer(403, closedReportPage());
+    const auto run = m_store.run(runId);
     return run ? pageAnswer(200, reportPage(*run)) : pageAnswer(404, noSuchRunPage());
+}
+
+bool HttpApi::mayRead(const HttpHead& head, const std::string& runId) {
+    const auto authorization = head.header("authorization");
+    if (authorization && authorizes(*authorization, m_options.key)) return true;
+    const auto [first, last] = head.headers.equal_range("cookie");
+    for (auto each = first; each != last; ++each) {
+        if (const auto pass = cookieIn(each->second, runId); pass && m_gate.isPass(*pass, runId)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+bool HttpApi::isOwnUsers(const HttpHead& head) const {
+    if (head.clientAddress.empty()) return true; // A Unix socket lets no others in.
+    const auto user = m_options.userOfPeer(head.clientAddress, head.serverAddress);
+    return !user || *user == geteuid() || *user == 0;
 }
 
 HttpAnswer HttpApi::connect(const HttpHead& head) {

@@ -5,30 +5,38 @@
 //   DELETE /api/v1/eval/jobs/ID          gives it up                                   key
 //   GET  /api/v1/eval/runs/ID            the graded work with all its versions         key
 //   POST /api/v1/eval/runs/ID/iterate    a revision; answers when it is judged         key
-//   GET  /console?run=ID                 the report, for a browser
+//   POST /api/v1/eval/runs/ID/ticket     an address that opens the report once         key
+//   GET  /api/v1/proof?nonce=...         that this service knows the key
+//   GET  /console?run=ID                 the report, for a browser                     see below
 //   GET  /connect                        where the key is and how to use it, for a browser
 //   GET  /                               what this is, for a browser
 //   GET  /brask/app-catalog.json         the application catalog
 //   GET  /healthz                        {"status": "ok", "warming": false}
 //
 // The routing and the rules of who may ask, without sockets. What needs the key is refused without
-// it before anything else is told, even whether a path exists. A report needs no key, since a
-// browser sends none: its address is the permission, for a run's id has 128 random bits and is told
-// to those alone who have the key. Requests that name another host than the loopback are refused,
-// so that no web page reaches the service through a name that it controls, and so are POSTs from
-// pages of other origins. Any thread.
+// it before anything else is told, even whether a path exists. A report is shown to a browser that
+// brings a ticket, or the pass that it got for one (see report_gate.h), and to who has the key; its
+// address alone opens nothing. A ticket is taken from a program of this user, or of root, where the
+// system tells whose a connection is: another user who sees it in the list of processes cannot be
+// faster. Requests that name another host than the loopback are refused, so that no web page
+// reaches the service through a name that it controls, and so are POSTs from pages of other
+// origins. Any thread.
 
 #pragma once
 
 #include "service/http/http_server.h"
+#include "service/http/peer_user.h"
+#include "service/http/report_gate.h"
 #include "service/job_queue.h"
 #include "service/store/run_store.h"
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace trevix {
 
@@ -36,12 +44,20 @@ struct ApiOptions {
     std::string key;
     std::filesystem::path keyFile; ///< To be shown to people; empty when the key is in no file.
     std::filesystem::path catalog; ///< Read anew for every request; empty for none.
+    /// For how long tickets last.
+    std::function<ReportGate::Instant()> now = [] { return std::chrono::steady_clock::now(); };
+    /// See userOfTcpPeer().
+    std::function<std::optional<uid_t>(const std::string& client, const std::string& server)>
+        userOfPeer = userOfTcpPeer;
 };
 
 class HttpApi final : public HttpHandler {
 public:
     /// Both must outlive this object.
     HttpApi(ApiOptions options, JobQueue& queue, RunStore& store);
+
+    /// Where browsers reach the service: "http://127.0.0.1:8797". Before the first request.
+    void setBase(std::string base) { m_base = std::move(base); }
 
     [[nodiscard]] std::optional<HttpAnswer> refuse(const HttpHead& head) override;
     [[nodiscard]] HttpAnswer answer(const HttpHead& head, const std::string& body) override;
@@ -54,12 +70,18 @@ private:
     [[nodiscard]] HttpAnswer cancelJob(const std::string& jobId);
     [[nodiscard]] HttpAnswer runRecord(const std::string& runId);
     [[nodiscard]] HttpAnswer iterate(const std::string& runId, const std::string& body);
+    [[nodiscard]] HttpAnswer ticket(const std::string& runId);
+    [[nodiscard]] HttpAnswer proof(const HttpHead& head);
     [[nodiscard]] HttpAnswer report(const HttpHead& head);
+    [[nodiscard]] bool mayRead(const HttpHead& head, const std::string& runId);
+    [[nodiscard]] bool isOwnUsers(const HttpHead& head) const;
     [[nodiscard]] HttpAnswer connect(const HttpHead& head);
     [[nodiscard]] HttpAnswer catalog();
     [[nodiscard]] HttpAnswer health();
 
     const ApiOptions m_options;
+    std::string m_base;
+    ReportGate m_gate;
     JobQueue& m_queue;
     RunStore& m_store;
 };

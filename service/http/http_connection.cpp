@@ -1,408 +1,495 @@
 #include "service/http/http_connection.h"
 
+#include "service/http/request_target.h"
 #include "text/unicode.h"
-
-#include <httplib.h>
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
 #include <charconv>
+#include <cstddef>
+#include <cstdint>
 #include <exception>
+#include <limits>
+#include <optional>
+#include <utility>
 
-#include <poll.h>
-#include <sys/socket.h>
-#include <unistd.h>
+#include <boost/asio/post.hpp>
+#include <boost/asio/steady_timer.hpp>
+#include <boost/asio/write.hpp>
+#include <boost/beast/core/flat_buffer.hpp>
+#include <boost/beast/http/parser.hpp>
+#include <boost/beast/http/string_body.hpp>
+#include <boost/beast/http/write.hpp>
 
 namespace trevix {
 
 namespace {
 
+namespace asio = boost::asio;
+namespace beast = boost::beast;
+namespace http = boost::beast::http;
+
 using kelvane::text::lowerAscii;
+using ErrorCode = boost::system::error_code;
+using Phase = ConnectionTable::Phase;
 
-using Clock = std::chrono::steady_clock;
-
-// Bytes of request line and headers together.
+// Bytes of request line and headers together, and of what stands between the chunks of a body.
 constexpr std::size_t kLongestHead = std::size_t{32} << 10U;
+// Bytes of the address alone. A run's address has some fifty.
+constexpr std::size_t kLongestTarget = 8190;
+// Bytes asked for at a time: a head fits as a rule, and a silent connection holds no more.
+constexpr std::size_t kHeadAtOnce = std::size_t{4} << 10U;
+constexpr std::size_t kBodyAtOnce = std::size_t{64} << 10U;
 // Bytes read and thrown away after a refusal, so that a client that is still sending gets to read
 // the answer instead of a broken connection.
 constexpr std::size_t kMostPassedOver = std::size_t{256} << 20U;
-// A client on the same machine that takes nothing for this long is gone.
-constexpr std::chrono::seconds kWriteTimeout{30};
 
-// The bytes of the connection, with the deadline of what is being read.
-class SocketStream final : public httplib::Stream {
-public:
-    SocketStream(int socket, int stop, Clock::time_point headDeadline)
-        : m_socket(socket),
-          m_stop(stop),
-          m_deadline(headDeadline) {}
+template <typename View>
+std::string textOf(const View& view) {
+    return {view.data(), view.size()};
+}
 
-    using Stream::write;
-
-    bool is_readable() const override { return true; }
-    bool is_writable() const override { return true; }
-
-    ssize_t read(char* to, size_t size) override {
-        if (m_begin == m_end && !fill()) return m_ended ? 0 : -1;
-        const std::size_t count = std::min(size, m_end - m_begin);
-        if (m_inHead && (m_headBytes += count) > kLongestHead) {
-            m_headTooLong = true;
-            return -1;
-        }
-        std::copy_n(m_buffer.begin() + static_cast<std::ptrdiff_t>(m_begin), count, to);
-        m_begin += count;
-        return static_cast<ssize_t>(count);
-    }
-
-    ssize_t write(const char* from, size_t size) override {
-        const auto deadline = Clock::now() + kWriteTimeout;
-        std::size_t sent = 0;
-        while (sent < size) {
-            // SIGPIPE is ignored by the whole process.
-            const ssize_t n = send(m_socket, from + sent, size - sent, MSG_DONTWAIT);
-            if (n > 0) {
-                sent += static_cast<std::size_t>(n);
-            } else if (n < 0 && (errno == EAGAIN || errno == EWOULDBLOCK)) {
-                if (!wait(POLLOUT, deadline, false)) return -1;
-            } else if (n >= 0 || errno != EINTR) {
-                return -1;
-            }
-        }
-        m_answered = true;
-        return static_cast<ssize_t>(size);
-    }
-
-    void get_remote_ip_and_port(std::string&, int&) const override {}
-    void get_local_ip_and_port(std::string&, int&) const override {}
-    // Used only to refuse descriptors that select() cannot take; nothing here selects.
-    socket_t socket() const override { return 0; }
-
-    void beginBody(Clock::time_point deadline) {
-        m_inHead = false;
-        m_deadline = deadline;
-    }
-
-    /// Reads and forgets, for as long as a client may still be sending. Ends the sending side
-    /// first.
-    void passOver(Clock::time_point deadline) {
-        shutdown(m_socket, SHUT_WR);
-        m_deadline = deadline;
-        for (std::size_t passed = 0; passed < kMostPassedOver; passed += m_end - m_begin) {
-            if (!fill()) return;
-        }
-    }
-
-    [[nodiscard]] bool answered() const { return m_answered; }
-    [[nodiscard]] bool headTooLong() const { return m_headTooLong; }
-    [[nodiscard]] bool timedOut() const { return m_timedOut; }
-    [[nodiscard]] bool cameAnything() const { return m_cameAnything; }
-
-private:
-    bool fill() {
-        m_begin = m_end = 0;
-        while (true) {
-            if (!wait(POLLIN, m_deadline, true)) return false;
-            const ssize_t n = recv(m_socket, m_buffer.data(), m_buffer.size(), MSG_DONTWAIT);
-            if (n > 0) {
-                m_end = static_cast<std::size_t>(n);
-                m_cameAnything = true;
+// Whether a header that holds a list holds this word.
+bool lists(const HttpHead& head, const std::string& name, std::string_view word) {
+    const auto [first, last] = head.headers.equal_range(name);
+    return std::any_of(first, last, [&](const auto& line) {
+        const std::string list = "," + lowerAscii(line.second) + ",";
+        for (std::size_t at = list.find(word); at != std::string::npos;
+             at = list.find(word, at + 1)) {
+            constexpr std::string_view kAround = ", \t";
+            if (kAround.find(list[at - 1]) != std::string_view::npos &&
+                kAround.find(list[at + word.size()]) != std::string_view::npos) {
                 return true;
             }
-            if (n == 0) m_ended = true;
-            if (n == 0 || (errno != EINTR && errno != EAGAIN && errno != EWOULDBLOCK)) return false;
         }
-    }
+        return false;
+    });
+}
 
-    [[nodiscard]] bool wait(short event, Clock::time_point deadline, bool untilStop) {
-        while (true) {
-            const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now());
-            if (left.count() <= 0) {
-                m_timedOut = true;
-                return false;
-            }
-            pollfd waits[2] = {{m_socket, event, 0}, {m_stop, POLLIN, 0}};
-            const int ready = poll(waits, untilStop ? 2 : 1, static_cast<int>(left.count()));
-            if (ready < 0 && errno != EINTR) return false;
-            if (ready <= 0) continue;
-            if (waits[0].revents != 0) return true;
-            if (waits[1].revents != 0) return false;
-        }
-    }
+// Whether a head that the parser refused declares a length of digits alone, which it refused for
+// being past all counting.
+bool declaresTooMuch(const std::string& rawHead) {
+    constexpr std::string_view kName = "\r\ncontent-length:";
+    const std::string lower = lowerAscii(rawHead);
+    const std::size_t at = lower.find(kName);
+    if (at == std::string::npos) return false;
+    const std::size_t end = lower.find("\r\n", at + kName.size());
+    if (end == std::string::npos) return false;
+    const std::string_view value = kelvane::text::trimmedBlanks(
+        std::string_view(lower).substr(at + kName.size(), end - at - kName.size()));
+    std::uint64_t number = 0;
+    const char* last = value.data() + value.size();
+    const auto parsed = std::from_chars(value.data(), last, number);
+    return parsed.ec == std::errc::result_out_of_range && parsed.ptr == last;
+}
 
-    const int m_socket;
-    const int m_stop;
-    Clock::time_point m_deadline;
-    std::array<char, 32768> m_buffer;
-    std::size_t m_begin = 0;
-    std::size_t m_end = 0;
-    std::size_t m_headBytes = 0;
-    bool m_inHead = true;
-    bool m_headTooLong = false;
-    bool m_timedOut = false;
-    bool m_ended = false;
-    bool m_cameAnything = false;
-    bool m_answered = false;
+struct Sending {
+    explicit Sending(http::response<http::string_body> whole)
+        : response(std::move(whole)),
+          serializer(response) {}
+
+    http::response<http::string_body> response;
+    http::response_serializer<http::string_body> serializer;
 };
 
-// What a body declares of itself.
-struct Framing {
-    bool chunked = false;
-    std::size_t length = 0;
-};
-
-// One request. The library keeps its handlers in a server object, so each exchange is one.
-class Exchange final : private httplib::Server {
+class Connection final : public HttpConnection, public std::enable_shared_from_this<Connection> {
 public:
-    Exchange(SocketStream& stream, const ServerOptions& options, BodyBudget& budget,
-             HttpHandler& handler)
-        : m_stream(stream),
-          m_options(options),
-          m_budget(budget),
-          m_handler(handler) {
-        set_pre_routing_handler([this](const httplib::Request&, httplib::Response& response) {
-            return answerUnread(response) ? HandlerResponse::Handled : HandlerResponse::Unhandled;
-        });
-        set_expect_100_continue_handler(
-            [this](const httplib::Request&, httplib::Response& response) {
-                return answerUnread(response) ? response.status : 100;
-            });
-        Post("/", [this](const httplib::Request&, httplib::Response& response,
-                         const httplib::ContentReader& reader) { answerBody(response, reader); });
-        set_exception_handler([this](const httplib::Request&, httplib::Response& response,
-                                     const std::exception_ptr&) {
-            put(m_handler.problem(500, "internal error"), response);
-        });
-        set_error_handler(
-            HandlerWithResponse([this](const httplib::Request&, httplib::Response& response) {
-                // The library's own refusals have no body yet.
-                if (!response.body.empty()) return HandlerResponse::Handled;
-                put(libraryProblem(response.status), response);
-                if (response.status != 416) return HandlerResponse::Handled;
-                // Handled means: to be cut to the ranges, which are what could not be read.
-                response.set_header("Content-Length", std::to_string(response.body.size()));
-                return HandlerResponse::Unhandled;
-            }));
+    Connection(ConnectionShares& shares, ConnectionTable::Id id, Socket socket,
+               std::string serverAddress, std::string clientAddress)
+        : m_shares(shares),
+          m_id(id),
+          m_socket(std::move(socket)),
+          m_timer(shares.loop),
+          m_serverAddress(std::move(serverAddress)),
+          m_clientAddress(std::move(clientAddress)) {}
+
+    // Also where an exception, for want of memory, took away what kept it alive.
+    ~Connection() override { release(); }
+
+    void beginRequest() {
+        m_parser.emplace();
+        m_parser->header_limit(static_cast<std::uint32_t>(kLongestHead));
+        // Checked when it is known who asks. No limit at all, the library (1.74) takes for none.
+        m_parser->body_limit(std::numeric_limits<std::uint64_t>::max());
+        m_head = {};
+        m_rawHead.clear();
+        m_cameAnything = false;
+        m_readWhole = false;
+        m_keep = false;
+        enter(Phase::silent);
+        expireAfter(m_shares.options.headTimeout, &Connection::headTimedOut);
+        if (m_buffer.size() > 0) {
+            headCame({});
+        } else {
+            read(kHeadAtOnce, &Connection::headCame);
+        }
     }
 
-    ~Exchange() override {
-        if (m_taken > 0) m_budget.giveBack(m_taken);
+    void close() override {
+        ++m_epoch;
+        release();
     }
 
-    void run() {
-        bool closed = false;
-        process_request(m_stream, true, closed,
-                        [this](httplib::Request& request) { takeHead(request); });
-        if (!m_stream.answered() && m_stream.cameAnything()) answerBare();
+    void finish() override {
+        m_finishing = true;
+        if (!m_answering && m_phase != Phase::sending) close();
     }
-
-    /// Whether the client may still be sending what nobody wants to read.
-    [[nodiscard]] bool leftUnread() const { return !m_readWhole; }
 
 private:
-    void takeHead(httplib::Request& request) {
-        m_head.method = request.method;
-        m_head.path = request.path;
-        for (const auto& [key, value] : request.params) m_head.query.emplace(key, value);
-        for (const auto& [key, value] : request.headers) {
-            m_head.headers.emplace(lowerAscii(key), value);
-        }
-        // What the library would do by itself with these is not wanted: it serves ranges of
-        // generated pages, compresses for the loopback, and unpacks forms.
-        request.ranges.clear();
-        request.headers.erase("Accept-Encoding");
-        request.headers.erase("Content-Type");
-        request.path = "/";
-        m_stream.beginBody(Clock::now() + m_options.bodyTimeout);
+    void headTimedOut() {
+        interrupt();
+        if (!m_cameAnything) return close();
+        refuse(408, "the request did not come in time");
     }
 
-    // True when the answer is in `response` and the body, if any, is not to be read.
-    bool answerUnread(httplib::Response& response) {
-        if (m_mayReadBody) return false; // asked before, for "Expect: 100-continue"
-        if (auto refusal = framingProblem()) {
-            put(*refusal, response);
-            return true;
+    void headCame(ErrorCode end) {
+        if (m_buffer.size() > 0 && !std::exchange(m_cameAnything, true)) enter(Phase::head);
+        while (!m_parser->is_header_done() && m_buffer.size() > 0) {
+            ErrorCode bad;
+            const std::size_t used = m_parser->put(m_buffer.data(), bad);
+            if (bad && bad != http::error::need_more) return headIsBad(bad);
+            m_rawHead.append(static_cast<const char*>(m_buffer.data().data()), used);
+            m_buffer.consume(used);
+            if (bad || used == 0) break;
         }
-        m_readWhole = !m_framing.chunked && m_framing.length == 0;
-        if (auto refusal = m_handler.refuse(m_head)) {
-            put(*refusal, response);
-            return true;
+        const bool whole = m_parser->is_header_done();
+        if (m_rawHead.size() + (whole ? 0 : m_buffer.size()) > kLongestHead) {
+            return refuse(431, "the head of the request is too long");
         }
-        if (m_head.method != "POST") {
-            put(m_handler.answer(m_head, {}), response);
-            return true;
+        if (whole) return headIsWhole();
+        if (!end) return read(kHeadAtOnce, &Connection::headCame);
+        if (!m_cameAnything) return close();
+        refuse(400, "the request is not valid HTTP");
+    }
+
+    void headIsBad(ErrorCode bad) {
+        m_rawHead.append(static_cast<const char*>(m_buffer.data().data()), m_buffer.size());
+        if (bad == http::error::header_limit || m_rawHead.size() > kLongestHead) {
+            return refuse(431, "the head of the request is too long");
         }
-        if (auto refusal = bodyProblem()) {
-            put(*refusal, response);
-            return true;
+        if (bad == http::error::bad_content_length && declaresTooMuch(m_rawHead)) {
+            return refuse(413, tooLarge());
         }
-        m_mayReadBody = true;
+        refuse(400, "the request is not valid HTTP");
+    }
+
+    void headIsWhole() {
+        const auto& message = m_parser->get();
+        if (message.target().size() > kLongestTarget) {
+            return refuse(414, "the address is too long");
+        }
+        auto target = requestTarget(textOf(message.target()));
+        if (message.method() == http::verb::unknown || !target) {
+            return refuse(400, "the request is not valid HTTP");
+        }
+        m_head.method = textOf(message.method_string());
+        m_head.path = std::move(target->path);
+        m_head.query = std::move(target->query);
+        m_head.serverAddress = m_serverAddress;
+        m_head.clientAddress = m_clientAddress;
+        for (const auto& field : message) {
+            std::string value = textOf(field.value());
+            // An empty header is none at all.
+            if (!value.empty()) {
+                m_head.headers.emplace(lowerAscii(textOf(field.name_string())), std::move(value));
+            }
+        }
+        m_keep = message.version() == 11 && lists(m_head, "connection", "keep-alive") &&
+                 !lists(m_head, "connection", "close");
+        try {
+            considerHead();
+        } catch (const std::exception&) {
+            refuse(500, "internal error");
+        }
+    }
+
+    void considerHead() {
+        if (auto problem = framingProblem()) return respond(std::move(*problem));
+        m_readWhole = !m_chunked && m_length == 0;
+        if (auto refusal = m_shares.handler.refuse(m_head)) return respond(std::move(*refusal));
+        if (m_head.method != "POST") return findAnswer({});
+        if (!m_chunked && m_head.headers.count("content-length") == 0) {
+            return refuse(411, "the length of the body is not given");
+        }
+        if (m_length > m_shares.options.maxBody) return refuse(413, tooLarge());
         m_readWhole = false;
-        return false;
+        awaitRoom();
     }
 
     std::optional<HttpAnswer> framingProblem() {
+        m_chunked = false;
+        m_length = 0;
+        const auto problem = [this](int status, std::string_view text) {
+            return m_shares.handler.problem(status, text);
+        };
         const auto encodings = m_head.headers.count("transfer-encoding");
         const auto lengths = m_head.headers.count("content-length");
         if (encodings + lengths > 1) {
-            return m_handler.problem(400, "the length of the body is given more than once");
+            return problem(400, "the length of the body is given more than once");
         }
         if (encodings == 1) {
             if (lowerAscii(*m_head.header("transfer-encoding")) != "chunked") {
-                return m_handler.problem(501, "the only transfer encoding known here is chunked");
+                return problem(501, "the only transfer encoding known here is chunked");
             }
-            m_framing.chunked = true;
+            m_chunked = true;
         }
         if (lengths == 1) {
             const std::string text = *m_head.header("content-length");
             const char* end = text.data() + text.size();
-            const auto parsed = std::from_chars(text.data(), end, m_framing.length);
-            if (parsed.ec == std::errc::result_out_of_range) {
-                return m_handler.problem(413, tooLarge());
-            }
+            const auto parsed = std::from_chars(text.data(), end, m_length);
+            if (parsed.ec == std::errc::result_out_of_range) return problem(413, tooLarge());
             if (parsed.ec != std::errc() || parsed.ptr != end) {
-                return m_handler.problem(400, "Content-Length is not a number");
+                return problem(400, "Content-Length is not a number");
             }
         }
-        if (m_head.method != "POST" && (m_framing.chunked || m_framing.length > 0) &&
-            m_head.method != "PUT" && m_head.method != "PATCH" && m_head.method != "DELETE") {
-            return m_handler.problem(400, "a " + m_head.method + " request has no body");
+        if ((m_head.method == "GET" || m_head.method == "HEAD" || m_head.method == "OPTIONS") &&
+            (m_chunked || m_length > 0)) {
+            return problem(400, "a " + m_head.method + " request has no body");
         }
         return std::nullopt;
     }
 
-    std::optional<HttpAnswer> bodyProblem() {
-        if (!m_framing.chunked && m_head.headers.count("content-length") == 0) {
-            return m_handler.problem(411, "the length of the body is not given");
-        }
-        if (m_framing.length > m_options.maxBody) return m_handler.problem(413, tooLarge());
-        const std::size_t wanted = std::min(
-            m_framing.chunked ? m_options.maxBody : m_framing.length, m_options.maxBodiesTogether);
-        if (wanted > 0 && !m_budget.take(wanted, Clock::now() + m_options.bodyTimeout)) {
-            HttpAnswer busy = m_handler.problem(503, "too many large requests at once");
-            busy.headers.emplace_back("Retry-After", "5");
-            return busy;
-        }
-        m_taken = wanted;
-        return std::nullopt;
+    void awaitRoom() {
+        enter(Phase::busy);
+        expireAfter(m_shares.options.bodyTimeout, &Connection::foundNoRoom);
+        const std::size_t wanted = std::min<std::uint64_t>(
+            m_chunked ? m_shares.options.maxBody : m_length, m_shares.options.maxBodiesTogether);
+        const auto taken = [this, wanted] {
+            m_taken = wanted;
+            beginBody();
+        };
+        if (m_shares.budget.take(wanted)) return taken();
+        m_shares.budget.wait(m_id, wanted, [self = shared_from_this(), taken] { taken(); });
     }
 
-    void answerBody(httplib::Response& response, const httplib::ContentReader& reader) {
-        std::string body;
-        body.reserve(m_framing.length);
-        bool exceeded = false;
-        const bool whole = reader([&](const char* bytes, std::size_t size) {
-            exceeded = size > m_options.maxBody - body.size();
-            if (!exceeded) body.append(bytes, size);
-            return !exceeded;
-        });
-        response.status = -1;
-        if (exceeded) {
-            put(m_handler.problem(413, tooLarge()), response);
-        } else if (!whole) {
-            put(m_stream.timedOut() ? m_handler.problem(408, "the body did not come in time")
-                                    : m_handler.problem(400, "the body is cut short"),
-                response);
-        } else {
+    void foundNoRoom() {
+        m_shares.budget.giveUp(m_id);
+        HttpAnswer busy = m_shares.handler.problem(503, "too many large requests at once");
+        busy.headers.emplace_back("Retry-After", "5");
+        respond(std::move(busy));
+    }
+
+    void beginBody() {
+        // What the wait for room took of the time is gone.
+        changeDeadline(&Connection::bodyTimedOut);
+        m_parser->body_limit(m_shares.options.maxBody);
+        m_parser->eager(true);
+        if (!lists(m_head, "expect", "100-continue")) return bodyCame({});
+        static constexpr std::string_view kGoOn = "HTTP/1.1 100 Continue\r\n\r\n";
+        asio::async_write(m_socket, asio::buffer(kGoOn.data(), kGoOn.size()),
+                          [self = shared_from_this(), epoch = m_epoch](ErrorCode bad, std::size_t) {
+                              if (epoch != self->m_epoch) return;
+                              if (bad) return self->close();
+                              self->bodyCame({});
+                          });
+    }
+
+    void bodyTimedOut() {
+        interrupt();
+        refuse(408, "the body did not come in time");
+    }
+
+    void bodyCame(ErrorCode end) {
+        ErrorCode bad;
+        if (m_buffer.size() > 0 && !m_parser->is_done()) {
+            m_buffer.consume(m_parser->put(m_buffer.data(), bad));
+            if (bad == http::error::need_more) bad = {};
+        }
+        if (bad == http::error::body_limit) return refuse(413, tooLarge());
+        // A parser leaves what it cannot use yet: a line between two chunks, or behind the last.
+        if (bad || m_buffer.size() > kLongestHead + kBodyAtOnce) {
+            return refuse(400, "the body is not valid HTTP");
+        }
+        if (m_parser->is_done()) {
             m_readWhole = true;
-            put(m_handler.answer(m_head, body), response);
+            return findAnswer(std::move(m_parser->get().body()));
         }
+        if (end) return refuse(400, "the body is cut short");
+        read(kBodyAtOnce, &Connection::bodyCame);
+    }
+
+    void findAnswer(std::string body) {
+        enter(Phase::busy);
+        m_timer.cancel();
+        ++m_deadline;
+        m_answering = true;
+        // The last that holds the connection must let go of it on the thread of the loop: it is
+        // moved along.
+        m_shares.pool.run([self = shared_from_this(), head = std::move(m_head),
+                           body = std::move(body),
+                           work = asio::make_work_guard(m_shares.loop)]() mutable {
+            HttpAnswer answer;
+            HttpHandler& handler = self->m_shares.handler;
+            try {
+                answer = handler.answer(head, body);
+            } catch (...) {
+                answer = handler.problem(500, "internal error");
+            }
+            body = {};
+            const auto where = work.get_executor();
+            asio::post(where, [self = std::move(self), answer = std::move(answer),
+                               isHead = head.method == "HEAD"]() mutable {
+                self->m_answering = false;
+                self->m_head.method = isHead ? "HEAD" : "";
+                self->giveBackRoom();
+                if (self->m_socket.is_open()) self->respond(std::move(answer));
+            });
+        });
+    }
+
+    void refuse(int status, std::string_view text) {
+        respond(m_shares.handler.problem(status, text));
+    }
+
+    void respond(HttpAnswer answer) {
+        ++m_epoch;
+        giveBackRoom();
+        enter(Phase::sending);
+        expireAfter(m_shares.options.sendTimeout, &Connection::close);
+        m_keep = m_keep && m_readWhole && !m_finishing;
+        http::response<http::string_body> response;
+        response.version(11);
+        response.result(static_cast<unsigned>(answer.status));
+        response.set(http::field::connection, m_keep ? "keep-alive" : "close");
+        response.set(http::field::content_type, answer.contentType);
+        for (const auto& [name, value] : answer.headers) response.insert(name, value);
+        response.content_length(answer.body.size());
+        const bool headOnly = m_head.method == "HEAD";
+        if (!headOnly) response.body() = std::move(answer.body);
+        const auto sending = std::make_shared<Sending>(std::move(response));
+        const auto sent = [self = shared_from_this(), sending, epoch = m_epoch](ErrorCode bad,
+                                                                                std::size_t) {
+            if (epoch == self->m_epoch) self->answerIsSent(bad);
+        };
+        if (headOnly) {
+            http::async_write_header(m_socket, sending->serializer, sent);
+        } else {
+            http::async_write(m_socket, sending->serializer, sent);
+        }
+    }
+
+    void answerIsSent(ErrorCode bad) {
+        if (bad) return close();
+        if (m_keep && !m_finishing) return beginRequest();
+        ErrorCode ignored;
+        const bool unread = !m_readWhole || m_buffer.size() > 0 || m_socket.available(ignored) > 0;
+        m_socket.shutdown(Socket::shutdown_send, ignored);
+        if (!unread || m_finishing) return close();
+        enter(Phase::fading);
+        expireAfter(m_shares.options.lingerTimeout, &Connection::close);
+        m_buffer.clear();
+        passOver();
+    }
+
+    // Reads and forgets, for as long as a client may still be sending.
+    void passOver() {
+        m_buffer.consume(m_buffer.size());
+        read(kBodyAtOnce, &Connection::passedOver);
+    }
+
+    void passedOver(ErrorCode end) {
+        m_passed += m_buffer.size();
+        if (end || m_passed > kMostPassedOver) return close();
+        passOver();
+    }
+
+    void read(std::size_t atOnce, void (Connection::*then)(ErrorCode)) {
+        m_socket.async_read_some(
+            m_buffer.prepare(atOnce),
+            [self = shared_from_this(), then, epoch = m_epoch](ErrorCode end, std::size_t size) {
+                if (epoch != self->m_epoch) return;
+                self->m_buffer.commit(size);
+                (self.get()->*then)(end);
+            });
+    }
+
+    // What is being read is waited for no longer, and comes to nothing.
+    void interrupt() {
+        ++m_epoch;
+        ErrorCode ignored;
+        m_socket.cancel(ignored);
+    }
+
+    void expireAfter(std::chrono::milliseconds time, void (Connection::*then)()) {
+        m_timer.expires_after(time);
+        awaitDeadline(then);
+    }
+
+    // The same deadline, but something else is to happen then.
+    void changeDeadline(void (Connection::*then)()) {
+        m_timer.expires_at(m_timer.expiry());
+        awaitDeadline(then);
+    }
+
+    void awaitDeadline(void (Connection::*then)()) {
+        m_timer.async_wait(
+            [self = shared_from_this(), then, deadline = ++m_deadline](ErrorCode cancelled) {
+                if (!cancelled && deadline == self->m_deadline) (self.get()->*then)();
+            });
+    }
+
+    void enter(Phase phase) {
+        m_phase = phase;
+        m_shares.table.enter(m_id, phase);
+    }
+
+    void giveBackRoom() {
+        if (const std::size_t taken = std::exchange(m_taken, 0)) m_shares.budget.giveBack(taken);
+    }
+
+    void release() {
+        if (std::exchange(m_released, true)) return;
+        ErrorCode ignored;
+        m_socket.close(ignored);
+        m_timer.cancel();
+        m_shares.budget.giveUp(m_id);
+        if (!m_answering) giveBackRoom();
+        m_shares.table.remove(m_id);
+        m_shares.gone(m_id);
     }
 
     [[nodiscard]] std::string tooLarge() const {
-        return "the body is larger than " + std::to_string(m_options.maxBody >> 20U) + " MiB";
+        return "the body is larger than " + std::to_string(m_shares.options.maxBody >> 20U) +
+               " MiB";
     }
 
-    HttpAnswer libraryProblem(int& status) {
-        if (m_stream.headTooLong()) {
-            status = 431;
-            return m_handler.problem(431, "the head of the request is too long");
-        }
-        if (m_stream.timedOut()) {
-            status = 408;
-            return m_handler.problem(408, "the request did not come in time");
-        }
-        switch (status) {
-        case 414:
-            return m_handler.problem(status, "the address is too long");
-        case 416:
-            return m_handler.problem(status, "the range cannot be read");
-        default:
-            return m_handler.problem(status, "the request is not valid HTTP");
-        }
-    }
+    ConnectionShares& m_shares;
+    const ConnectionTable::Id m_id;
+    Socket m_socket;
+    asio::steady_timer m_timer;
+    const std::string m_serverAddress;
+    const std::string m_clientAddress;
 
-    static void put(const HttpAnswer& answer, httplib::Response& response) {
-        response.status = answer.status;
-        response.set_content(answer.body, answer.contentType);
-        for (const auto& [key, value] : answer.headers) response.set_header(key, value);
-    }
-
-    // For a request that ended before the library had anything to answer to.
-    void answerBare() {
-        int status = 400;
-        const HttpAnswer answer = libraryProblem(status);
-        m_stream.write("HTTP/1.1 " + std::to_string(status) +
-                       " \r\nConnection: close\r\nContent-Type: " + answer.contentType +
-                       "\r\nContent-Length: " + std::to_string(answer.body.size()) + "\r\n\r\n" +
-                       answer.body);
-    }
-
-    SocketStream& m_stream;
-    const ServerOptions& m_options;
-    BodyBudget& m_budget;
-    HttpHandler& m_handler;
+    beast::flat_buffer m_buffer; // Came and is not used yet.
+    std::optional<http::request_parser<http::string_body>> m_parser;
+    std::string m_rawHead; // What the parser has had of it.
     HttpHead m_head;
-    Framing m_framing;
-    std::size_t m_taken = 0;
-    bool m_mayReadBody = false;
-    bool m_readWhole = false;
+    bool m_chunked = false;
+    std::uint64_t m_length = 0;
+    std::size_t m_taken = 0; // Of the budget.
+    std::size_t m_passed = 0;
+
+    Phase m_phase = Phase::silent;
+    std::uint64_t m_epoch = 0;    // What was begun in an earlier one comes to nothing.
+    std::uint64_t m_deadline = 0; // Likewise.
+    bool m_cameAnything = false;
+    bool m_readWhole = false; // Nothing of the request is left to come.
+    bool m_keep = false;
+    bool m_answering = false;
+    bool m_finishing = false;
+    bool m_released = false;
 };
 
 } // namespace
 
-bool BodyBudget::take(std::size_t bytes, std::chrono::steady_clock::time_point deadline) {
-    const std::size_t wanted = std::min(bytes, m_all);
-    std::unique_lock lock(m_mutex);
-    if (!m_changed.wait_until(lock, deadline, [&] { return m_stopped || m_free >= wanted; })) {
-        return false;
-    }
-    if (m_stopped) return false;
-    m_free -= wanted;
-    return true;
-}
-
-void BodyBudget::giveBack(std::size_t bytes) {
-    {
-        const std::lock_guard lock(m_mutex);
-        m_free += std::min(bytes, m_all);
-    }
-    m_changed.notify_all();
-}
-
-void BodyBudget::stop() {
-    {
-        const std::lock_guard lock(m_mutex);
-        m_stopped = true;
-    }
-    m_changed.notify_all();
-}
-
-void serveConnection(int socket, int stop, const ServerOptions& options, BodyBudget& budget,
-                     HttpHandler& handler) {
-    {
-        SocketStream stream(socket, stop, Clock::now() + options.headTimeout);
-        bool unread = true;
-        try {
-            Exchange exchange(stream, options, budget, handler);
-            exchange.run();
-            unread = exchange.leftUnread();
-        } catch (const std::exception&) {
-            // Out of memory: the connection is closed without an answer, the service goes on.
-        }
-        if (unread && stream.answered()) stream.passOver(Clock::now() + options.lingerTimeout);
-    }
-    close(socket);
+std::shared_ptr<HttpConnection> HttpConnection::begin(ConnectionShares& shares,
+                                                      ConnectionTable::Id id, Socket socket,
+                                                      std::string serverAddress,
+                                                      std::string clientAddress) {
+    auto connection = std::make_shared<Connection>(
+        shares, id, std::move(socket), std::move(serverAddress), std::move(clientAddress));
+    connection->beginRequest();
+    return connection;
 }
 
 } // namespace trevix

@@ -1,40 +1,51 @@
-// One connection, answered.
+// One connection and its requests.
 //
-// For http_server.cpp only. Reads one request with its limits, answers it, closes.
+// For http_server.cpp only. Reads a request within its limits, has it answered, writes the answer
+// and closes, or reads the next. Everything happens on the thread of the loop but the handler's
+// answer, which the pool finds. A connection keeps itself alive while anything of it is under way.
 
 #pragma once
 
+#include "service/http/body_budget.h"
+#include "service/http/connection_table.h"
+#include "service/http/handler_pool.h"
 #include "service/http/http_server.h"
 
-#include <chrono>
-#include <condition_variable>
-#include <cstddef>
-#include <mutex>
+#include <functional>
+#include <memory>
+#include <string>
+
+#include <boost/asio/generic/stream_protocol.hpp>
+#include <boost/asio/io_context.hpp>
 
 namespace trevix {
 
-/// How many bytes of bodies may be in memory at the same time. Any thread.
-class BodyBudget {
-public:
-    explicit BodyBudget(std::size_t bytes) : m_free(bytes), m_all(bytes) {}
-
-    /// Waits until so many bytes are free and takes them. False when they were not by `deadline` or
-    /// the server stopped. More than there are at all counts as all.
-    [[nodiscard]] bool take(std::size_t bytes, std::chrono::steady_clock::time_point deadline);
-    void giveBack(std::size_t bytes);
-    void stop();
-
-private:
-    std::mutex m_mutex;
-    std::condition_variable m_changed;
-    std::size_t m_free;
-    const std::size_t m_all;
-    bool m_stopped = false;
+/// What all connections of a server share; outlives them.
+struct ConnectionShares {
+    boost::asio::io_context& loop;
+    const ServerOptions& options;
+    HttpHandler& handler;
+    HandlerPool& pool;
+    BodyBudget& budget;
+    ConnectionTable& table;
+    std::function<void(ConnectionTable::Id)> gone; ///< The connection is closed.
 };
 
-/// Answers the request that comes over `socket`, and closes it. `stop` is a descriptor that becomes
-/// readable when the server ends: a request that is still being read is then dropped.
-void serveConnection(int socket, int stop, const ServerOptions& options, BodyBudget& budget,
-                     HttpHandler& handler);
+class HttpConnection {
+public:
+    using Socket = boost::asio::generic::stream_protocol::socket;
+
+    /// Begins to read. The addresses are those of HttpHead.
+    [[nodiscard]] static std::shared_ptr<HttpConnection>
+    begin(ConnectionShares& shares, ConnectionTable::Id id, Socket socket,
+          std::string serverAddress, std::string clientAddress);
+
+    virtual ~HttpConnection() = default;
+
+    /// Closes it, whatever it is doing; a handler's answer that comes later is thrown away.
+    virtual void close() = 0;
+    /// The server ends: closes it, unless an answer is under way; then that is the last.
+    virtual void finish() = 0;
+};
 
 } // namespace trevix

@@ -1,31 +1,49 @@
 #include "service/http/http_server.h"
 
+#include "service/http/body_budget.h"
+#include "service/http/connection_table.h"
+#include "service/http/handler_pool.h"
 #include "service/http/http_connection.h"
+#include "service/http/peer_user.h"
 
-#include <array>
+#include <algorithm>
 #include <cerrno>
-#include <condition_variable>
 #include <cstring>
-#include <deque>
+#include <exception>
 #include <iterator>
-#include <mutex>
+#include <list>
+#include <map>
 #include <thread>
 
 #include <arpa/inet.h>
+#include <boost/asio/executor_work_guard.hpp>
+#include <boost/asio/io_context.hpp>
+#include <boost/asio/posix/stream_descriptor.hpp>
+#include <boost/asio/post.hpp>
+#include <boost/asio/steady_timer.hpp>
 #include <fcntl.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
-#include <poll.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
+#include <sys/un.h>
 #include <unistd.h>
 
 namespace trevix {
 
 namespace {
 
-// Connections that the system holds until they are taken: a burst as large as the queue of jobs.
-constexpr int kBacklog = 256;
-constexpr std::size_t kMostConnections = 1024; // Taken and waiting for a thread.
+namespace asio = boost::asio;
+using ErrorCode = boost::system::error_code;
+
+// Descriptors that the program needs beside those of its connections: the database and its log, the
+// lock, the loop's own, and for each job that is judged the pipes of a dozen children.
+constexpr std::size_t kOwnDescriptors = 128;
+constexpr std::size_t kLeastConnections = 16;
+// Connections taken before those that are there get their turn again.
+constexpr int kAcceptedAtOnce = 16;
+// Until it is tried again to take a connection, when there was no descriptor or memory for it.
+constexpr std::chrono::milliseconds kAcceptPause{10};
 
 ListenError listenError(int cause, std::uint16_t port) {
     if (cause == EADDRINUSE) {
@@ -40,6 +58,28 @@ void closeOnExec(int fd) {
     fcntl(fd, F_SETFD, FD_CLOEXEC);
 }
 
+void doNotBlock(int fd) {
+    fcntl(fd, F_SETFL, fcntl(fd, F_GETFL) | O_NONBLOCK);
+}
+
+std::size_t descriptorLimit() {
+    rlimit limit{};
+    if (getrlimit(RLIMIT_NOFILE, &limit) != 0) return kOwnDescriptors + kLeastConnections;
+    return static_cast<std::size_t>(std::min<rlim_t>(limit.rlim_cur, rlim_t{1} << 20U));
+}
+
+// "127.0.0.1:8797"
+std::string addressText(const sockaddr_in& address) {
+    char text[INET_ADDRSTRLEN] = {};
+    inet_ntop(AF_INET, &address.sin_addr, text, sizeof text);
+    return std::string(text) + ":" + std::to_string(ntohs(address.sin_port));
+}
+
+ServerOptions withinLimits(ServerOptions options) {
+    options.maxConnections = connectionsFor(descriptorLimit(), options.maxConnections);
+    return options;
+}
+
 } // namespace
 
 std::optional<std::string> HttpHead::header(std::string_view lowerName) const {
@@ -48,112 +88,169 @@ std::optional<std::string> HttpHead::header(std::string_view lowerName) const {
     return first->second;
 }
 
-class HttpServer::Worker {
-public:
-    /// Owns the listener and both ends of the wake pipe.
-    Worker(int listener, std::array<int, 2> wake, std::uint16_t port, const ServerOptions& options,
-           HttpHandler& handler)
-        : m_listener(listener),
-          m_port(port),
-          m_handler(handler),
-          m_options(options),
-          m_budget(options.maxBodiesTogether),
-          m_wake(wake) {}
+std::size_t connectionsFor(std::size_t descriptors, std::size_t wanted) {
+    const std::size_t left = descriptors > kOwnDescriptors ? descriptors - kOwnDescriptors : 0;
+    return std::max(std::min(wanted, left), std::min(wanted, kLeastConnections));
+}
 
-    ~Worker() {
-        stop();
-        close(m_wake[0]);
+class HttpServer::Loop {
+public:
+    /// Owns the listeners.
+    Loop(int tcpListener, std::uint16_t port, const ServerOptions& options, HttpHandler& handler)
+        : m_port(port),
+          m_options(withinLimits(options)),
+          m_budget(options.maxBodiesTogether),
+          // Who floods the port from one address leaves places for others, and for the socket.
+          m_table(m_options.maxConnections, m_options.maxConnections * 3 / 4),
+          m_pool(options.maxThreads),
+          m_shares{m_loop,
+                   m_options,
+                   handler,
+                   m_pool,
+                   m_budget,
+                   m_table,
+                   [this](ConnectionTable::Id id) { m_connections.erase(id); }},
+          m_work(asio::make_work_guard(m_loop)) {
+        m_listeners.emplace_back(m_loop, tcpListener, false);
+        if (options.unixListener >= 0) m_listeners.emplace_back(m_loop, options.unixListener, true);
     }
-    Worker(const Worker&) = delete;
-    Worker& operator=(const Worker&) = delete;
+
+    ~Loop() { stop(); }
+    Loop(const Loop&) = delete;
+    Loop& operator=(const Loop&) = delete;
 
     [[nodiscard]] std::uint16_t port() const { return m_port; }
 
     void start() {
-        m_acceptor = std::thread([this] { acceptAll(); });
+        for (Listener& listener : m_listeners) await(listener);
+        m_thread = std::thread([this] { run(); });
     }
 
     void stop() {
-        {
-            const std::lock_guard lock(m_mutex);
-            if (std::exchange(m_stopping, true)) return;
-        }
-        close(std::exchange(m_wake[1], -1)); // Every poll on the other end now returns.
-        m_budget.stop();
-        m_connectionCame.notify_all();
-        if (m_acceptor.joinable()) m_acceptor.join();
-        for (std::thread& thread : m_threads) thread.join();
-        close(std::exchange(m_listener, -1));
+        if (!m_thread.joinable()) return;
+        asio::post(m_loop, [this] {
+            m_listeners.clear();
+            const auto connections = m_connections; // Each takes itself out.
+            for (const auto& [id, each] : connections) {
+                if (const auto connection = each.lock()) connection->finish();
+            }
+            m_work.reset();
+        });
+        m_thread.join();
+        m_pool.join();
     }
 
 private:
-    void acceptAll() {
+    struct Listener {
+        Listener(asio::io_context& loop, int fd, bool unixSocket)
+            : descriptor(loop, fd),
+              pause(loop),
+              isUnix(unixSocket) {}
+
+        asio::posix::stream_descriptor descriptor;
+        asio::steady_timer pause;
+        bool isUnix;
+    };
+
+    void run() {
         while (true) {
-            pollfd waits[2] = {{m_listener, POLLIN, 0}, {m_wake[0], POLLIN, 0}};
-            if (poll(waits, 2, -1) < 0 && errno != EINTR) return;
-            if (waits[1].revents != 0) return;
-            if (waits[0].revents == 0) continue;
-            const int socket = accept(m_listener, nullptr, nullptr);
-            if (socket < 0) {
-                // Out of descriptors or memory: those in use come back in a moment.
-                if (errno == EMFILE || errno == ENFILE || errno == ENOBUFS || errno == ENOMEM) {
-                    pollfd stop{m_wake[0], POLLIN, 0};
-                    poll(&stop, 1, 10);
-                }
+            try {
+                m_loop.run();
+                return;
+            } catch (const std::exception&) {
+                // Out of memory: the connection it was for is gone, the service goes on.
+            }
+        }
+    }
+
+    void await(Listener& listener) {
+        listener.descriptor.async_wait(asio::posix::stream_descriptor::wait_read,
+                                       [this, &listener](ErrorCode ended) {
+                                           if (!ended) acceptSome(listener);
+                                       });
+    }
+
+    void acceptSome(Listener& listener) {
+        for (int i = 0; i < kAcceptedAtOnce; ++i) {
+            const int socket = accept(listener.descriptor.native_handle(), nullptr, nullptr);
+            if (socket >= 0) {
+                take(socket, listener.isUnix);
                 continue;
             }
-            closeOnExec(socket);
-            const int yes = 1;
-            setsockopt(socket, IPPROTO_TCP, TCP_NODELAY, &yes, sizeof yes);
-            hand(socket);
+            if (errno == EMFILE || errno == ENFILE || errno == ENOBUFS || errno == ENOMEM) {
+                if (const auto id = m_table.giveUpOne()) close(*id);
+                listener.pause.expires_after(kAcceptPause);
+                listener.pause.async_wait([this, &listener](ErrorCode ended) {
+                    if (!ended) await(listener);
+                });
+                return;
+            }
+            if (errno == EAGAIN || errno == EWOULDBLOCK) break;
         }
+        await(listener);
     }
 
-    void hand(int socket) {
-        const std::lock_guard lock(m_mutex);
-        if (m_stopping || m_connections.size() >= kMostConnections) {
-            close(socket);
+    void take(int fd, bool isUnix) {
+        closeOnExec(fd);
+        std::string peer = "unix";
+        std::string server;
+        std::string client;
+        if (isUnix) {
+            const auto user = userOfUnixPeer(fd);
+            if (!user || (*user != geteuid() && *user != 0)) {
+                ::close(fd);
+                return;
+            }
+        } else {
+            sockaddr_in ends[2] = {};
+            socklen_t sizes[2] = {sizeof ends[0], sizeof ends[1]};
+            if (getsockname(fd, reinterpret_cast<sockaddr*>(&ends[0]), &sizes[0]) != 0 ||
+                getpeername(fd, reinterpret_cast<sockaddr*>(&ends[1]), &sizes[1]) != 0) {
+                ::close(fd); // It is gone again.
+                return;
+            }
+            server = addressText(ends[0]);
+            client = addressText(ends[1]);
+            peer = client.substr(0, client.find(':'));
+            const int yes = 1;
+            setsockopt(fd, IPPROTO_TCP, TCP_NODELAY, &yes, sizeof yes);
+        }
+        const ConnectionTable::Id id = ++m_lastId;
+        const auto admission = m_table.admit(id, peer);
+        if (admission.dropped) close(*admission.dropped);
+        if (!admission.admitted) {
+            ::close(fd);
             return;
         }
-        m_connections.push_back(socket);
-        if (m_idle < m_connections.size() && m_threads.size() < m_options.maxThreads) {
-            m_threads.emplace_back([this] { serveAll(); });
-        }
-        m_connectionCame.notify_one();
+        const asio::generic::stream_protocol protocol(isUnix ? AF_UNIX : AF_INET,
+                                                      isUnix ? 0 : IPPROTO_TCP);
+        m_connections[id] =
+            HttpConnection::begin(m_shares, id, HttpConnection::Socket(m_loop, protocol, fd),
+                                  std::move(server), std::move(client));
     }
 
-    void serveAll() {
-        std::unique_lock lock(m_mutex);
-        while (true) {
-            ++m_idle;
-            m_connectionCame.wait(lock, [this] { return m_stopping || !m_connections.empty(); });
-            --m_idle;
-            if (m_connections.empty()) return;
-            const int socket = m_connections.front();
-            m_connections.pop_front();
-            lock.unlock();
-            serveConnection(socket, m_wake[0], m_options, m_budget, m_handler);
-            lock.lock();
-        }
+    void close(ConnectionTable::Id id) {
+        const auto found = m_connections.find(id);
+        if (found == m_connections.end()) return;
+        if (const auto connection = found->second.lock()) connection->close();
     }
 
-    int m_listener;
     const std::uint16_t m_port;
-    HttpHandler& m_handler;
     const ServerOptions m_options;
     BodyBudget m_budget;
-    std::array<int, 2> m_wake;
-    std::thread m_acceptor;
-
-    std::mutex m_mutex;
-    std::condition_variable m_connectionCame;
-    std::deque<int> m_connections;
-    std::vector<std::thread> m_threads; // Grows as needed; only the acceptor adds.
-    std::size_t m_idle = 0;
-    bool m_stopping = false;
+    ConnectionTable m_table;
+    ConnectionTable::Id m_lastId = 0;
+    std::map<ConnectionTable::Id, std::weak_ptr<HttpConnection>> m_connections;
+    HandlerPool m_pool;
+    // Goes before all that its connections use.
+    asio::io_context m_loop{1};
+    ConnectionShares m_shares;
+    asio::executor_work_guard<asio::io_context::executor_type> m_work;
+    std::list<Listener> m_listeners;
+    std::thread m_thread;
 };
 
-HttpServer::HttpServer(std::unique_ptr<Worker> worker) : m_worker(std::move(worker)) {}
+HttpServer::HttpServer(std::unique_ptr<Loop> loop) : m_loop(std::move(loop)) {}
 HttpServer::~HttpServer() = default;
 
 std::variant<std::unique_ptr<HttpServer>, ListenError>
@@ -161,7 +258,7 @@ HttpServer::listen(const ServerOptions& options, HttpHandler& handler) {
     const int listener = socket(AF_INET, SOCK_STREAM, 0);
     if (listener < 0) return listenError(errno, options.port);
     closeOnExec(listener);
-    fcntl(listener, F_SETFL, fcntl(listener, F_GETFL) | O_NONBLOCK);
+    doNotBlock(listener);
     // A port whose last connections are only fading away is free; one that is listened on is not.
     const int yes = 1;
     setsockopt(listener, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
@@ -171,34 +268,31 @@ HttpServer::listen(const ServerOptions& options, HttpHandler& handler) {
     address.sin_port = htons(options.port);
     socklen_t size = sizeof address;
     auto* raw = reinterpret_cast<sockaddr*>(&address);
-    if (bind(listener, raw, size) != 0 || ::listen(listener, kBacklog) != 0 ||
+    if (bind(listener, raw, size) != 0 || ::listen(listener, SOMAXCONN) != 0 ||
         getsockname(listener, raw, &size) != 0) {
         const int cause = errno;
         close(listener);
         return listenError(cause, options.port);
     }
-    std::array<int, 2> wake{};
-    if (pipe(wake.data()) != 0) {
-        const int cause = errno;
-        close(listener);
-        return listenError(cause, options.port);
+    if (options.unixListener >= 0) doNotBlock(options.unixListener);
+    try {
+        return std::unique_ptr<HttpServer>(new HttpServer(
+            std::make_unique<Loop>(listener, ntohs(address.sin_port), options, handler)));
+    } catch (const boost::system::system_error& error) {
+        return ListenError{false, std::string("cannot serve: ") + error.what()};
     }
-    closeOnExec(wake[0]);
-    closeOnExec(wake[1]);
-    return std::unique_ptr<HttpServer>(new HttpServer(
-        std::make_unique<Worker>(listener, wake, ntohs(address.sin_port), options, handler)));
 }
 
 std::uint16_t HttpServer::port() const {
-    return m_worker->port();
+    return m_loop->port();
 }
 
 void HttpServer::start() {
-    m_worker->start();
+    m_loop->start();
 }
 
 void HttpServer::stop() {
-    m_worker->stop();
+    m_loop->stop();
 }
 
 } // namespace trevix

@@ -1,13 +1,13 @@
-// Requests in and answers out, over the loopback.
+// Requests in and answers out, over the loopback and over a Unix socket.
 //
-// The sockets, the threads and the limits of HTTP, so that a handler sees whole requests only. One
-// request per connection: on a loopback a new connection costs nothing, and no client can hold a
-// thread between requests.
+// The sockets, the loop and the limits of HTTP, so that a handler sees whole requests only. One
+// thread reads and writes for all connections (Boost.Asio, Boost.Beast), so that a connection that
+// says nothing costs a few kilobytes and no thread; the handler's answers are found on threads of
+// their own, made as they are needed. Connections are bounded in number, and one that does nothing
+// gives its place to one that comes (see connection_table.h): no program of the machine can keep
+// others out without knowing the key.
 //
-// The HTTP library reads the head and writes the answer. Listening, time-outs and the limits on
-// what a client may send are here, because the library's own server (0.11) has none for the size of
-// a head and the time of a whole request, and neither answers others nor ends while clients drip:
-// any program on the machine could stop the service without knowing its key.
+// A connection ends with its answer, unless the client asks for "Connection: keep-alive".
 
 #pragma once
 
@@ -31,6 +31,9 @@ struct HttpHead {
     std::string path;   ///< Without the query, unescaped. Not necessarily UTF-8.
     std::map<std::string, std::string> query;        ///< Of a repeated name the first value.
     std::multimap<std::string, std::string> headers; ///< Names in lower case.
+    /// Both ends of the connection, "127.0.0.1:8797". Empty over a Unix socket.
+    std::string serverAddress;
+    std::string clientAddress;
 
     /// The only value of a header; absent when it is missing or there are several.
     [[nodiscard]] std::optional<std::string> header(std::string_view lowerName) const;
@@ -48,10 +51,11 @@ public:
     virtual ~HttpHandler() = default;
 
     /// The answer to a request that is to be turned away unread. Absent when its body may be read
-    /// and answer() be called.
+    /// and answer() be called. Called by the thread that serves all connections: must not block.
     [[nodiscard]] virtual std::optional<HttpAnswer> refuse(const HttpHead& head) = 0;
 
     /// `body` is empty for anything but POST. May block, and may throw: that is answered with 500.
+    /// Called from several threads at once.
     [[nodiscard]] virtual HttpAnswer answer(const HttpHead& head, const std::string& body) = 0;
 
     /// The answer that the server itself gives: to a request that is no HTTP, is too large, ...
@@ -60,16 +64,29 @@ public:
 
 struct ServerOptions {
     std::uint16_t port = 0; ///< 0: any free one.
+    /// A Unix socket that is bound and listens, or -1. The server takes it over. Only programs of
+    /// this user and of root are answered there.
+    int unixListener = -1;
     std::size_t maxBody = std::size_t{64} << 20U;
     /// Bodies being read and answered at the same time; a request waits until its body fits.
     std::size_t maxBodiesTogether = std::size_t{256} << 20U;
-    std::size_t maxThreads = 320; ///< Requests at the same time; more wait to be taken.
+    std::size_t maxThreads = 320; ///< Answers being found at the same time; more wait.
+    /// Connections at the same time. Chosen: four times the jobs that may wait by default. Fewer
+    /// when the process may not have so many descriptors; see connectionsFor().
+    std::size_t maxConnections = 1024;
     std::chrono::milliseconds headTimeout{10'000}; ///< For the whole head.
     std::chrono::milliseconds bodyTimeout{60'000}; ///< For the whole body, its wait included.
+    /// For the client to take its whole answer: on the same machine, a program that has not by then
+    /// is not reading.
+    std::chrono::milliseconds sendTimeout{30'000};
     /// After a request was turned away unread: how long what still comes is passed over, so that
     /// the client gets to read why.
     std::chrono::milliseconds lingerTimeout{2'000};
 };
+
+/// How many connections there may be in a process that may have so many descriptors: what is left
+/// of them beside those that the program needs for itself, at least 16.
+[[nodiscard]] std::size_t connectionsFor(std::size_t descriptors, std::size_t wanted);
 
 struct ListenError {
     bool portTaken = false;
@@ -96,10 +113,10 @@ public:
     void stop();
 
 private:
-    class Worker;
-    explicit HttpServer(std::unique_ptr<Worker> worker);
+    class Loop;
+    explicit HttpServer(std::unique_ptr<Loop> loop);
 
-    std::unique_ptr<Worker> m_worker;
+    std::unique_ptr<Loop> m_loop;
 };
 
 } // namespace trevix

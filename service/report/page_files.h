@@ -17,6 +17,7 @@ extern const PageFile kStyle;     ///< Fills in the page's style.
 extern const PageFile kRing;      ///< band, score, value
 extern const PageFile kRingValue; ///< hundredths
 extern const PageFile kNoSuchRun;
+extern const PageFile kClosedReport;
 extern const PageFile kIndex;
 extern const PageFile kConnect;         ///< base, key_file, quoted_key_file
 extern const PageFile kConnectGivenKey; ///< base

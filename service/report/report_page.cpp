@@ -295,6 +295,10 @@ Page noSuchRunPage() {
     return page("No such report · Trevix", filled(page_files::kNoSuchRun));
 }
 
+Page closedReportPage() {
+    return page("Report · Trevix", filled(page_files::kClosedReport));
+}
+
 Page connectPage(std::string_view base, std::string_view keyFile) {
     const auto& file = keyFile.empty() ? page_files::kConnectGivenKey : page_files::kConnect;
     return page("Connect · Trevix", filled(file, {{"base", base},

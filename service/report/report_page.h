@@ -27,6 +27,9 @@ struct Page {
 /// For an address that names no run, or one that is gone.
 [[nodiscard]] Page noSuchRunPage();
 
+/// For who brings neither ticket nor pass: how reports are opened. The same for every address.
+[[nodiscard]] Page closedReportPage();
+
 /// How to point a client at this service: `base` is its address, `keyFile` where the key is. The
 /// key itself is not shown. `keyFile` is empty for a key that was given on the command line.
 [[nodiscard]] Page connectPage(std::string_view base, std::string_view keyFile);

@@ -42,6 +42,8 @@ std::optional<std::string> take(CommandLine& line, const std::string& option,
         line.data = value;
     } else if (option == "--catalog") {
         line.catalog = value;
+    } else if (option == "--socket") {
+        line.socket = value;
     } else {
         if (!isUsableKey(value))
             return "--key needs 8 to 512 visible ASCII characters without \"%\"";
@@ -90,7 +92,8 @@ std::variant<CommandLine, UsageError> parseCommandLine(const std::vector<std::st
             option.resize(equals);
         }
         if (option != "--port" && option != "--data" && option != "--key" &&
-            option != "--catalog" && option != "--queue" && option != "--keep-days") {
+            option != "--catalog" && option != "--socket" && option != "--queue" &&
+            option != "--keep-days") {
             return UsageError{"unknown option " + arguments[i]};
         }
         if (!value) {
@@ -108,9 +111,12 @@ std::variant<CommandLine, UsageError> parseCommandLine(const std::vector<std::st
 std::string_view usageText() {
     return R"(Usage: trevix-local [OPTION]...
 
-Judges work on this machine, for programs of this machine only: listens on 127.0.0.1.
+Judges work on this machine, for programs of this machine only: listens on 127.0.0.1 and
+on a Unix socket of its user.
 
   --port N        port to listen on; 0 for any free one (default 8797)
+  --socket PATH   Unix socket to listen on beside the port; none for none
+                  (default $XDG_RUNTIME_DIR/trevix-local/api.sock, where there is one)
   --data DIR      where the key and the runs are kept
                   (default ${XDG_DATA_HOME:-~/.local/share}/trevix-local)
   --key KEY       use this key and do not write it down (other users of the machine can
@@ -125,6 +131,7 @@ Judges work on this machine, for programs of this machine only: listens on 127.0
   --version       print the version and exit
 
 When it is ready it prints one line: trevix-local listening on http://127.0.0.1:PORT
+and, where it listens on a socket, a second one: trevix-local listening on http+unix://SOCKET
 )";
 }
 

@@ -25,6 +25,7 @@ struct CommandLine {
     std::optional<std::string> data;
     std::optional<std::string> key;
     std::optional<std::string> catalog;
+    std::optional<std::string> socket; ///< Path of the Unix socket; "none" for none.
     std::size_t queue = 256;
     int keepDays = 365;      ///< 0: for good.
     bool json = false;       ///< Of the engines: for programs.

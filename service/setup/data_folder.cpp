@@ -1,5 +1,7 @@
 #include "service/setup/data_folder.h"
 
+#include "service/store/own_file.h"
+
 #include <cerrno>
 #include <cstring>
 #include <system_error>
@@ -24,11 +26,13 @@ makeDataFolder(const std::filesystem::path& folder) {
         const int cause = errno;
         return FolderError{"cannot make the folder " + made.string() + ": " + std::strerror(cause)};
     }
+    if (auto problem = folderProblem(whole)) return FolderError{std::move(*problem)};
     return whole;
 }
 
 std::variant<FolderLock, FolderError> FolderLock::take(const std::filesystem::path& folder) {
     const std::filesystem::path file = folder / "lock";
+    if (auto problem = fileProblem(file)) return FolderError{std::move(*problem)};
     const int fd = open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);
     if (fd < 0) return FolderError{file.string() + ": " + std::strerror(errno)};
     FolderLock lock(fd);

@@ -1,5 +1,6 @@
 #include "service/setup/key_file.h"
 
+#include "service/store/own_file.h"
 #include "service/store/random_id.h"
 #include "text/unicode.h"
 
@@ -20,6 +21,9 @@ namespace {
 
 // Bytes. A drawn key has far fewer; one of the user's own may be longer.
 constexpr std::size_t kLongest = 512;
+// What keys begin with that this service made: a client that holds one has the service prove over
+// TCP that it knows it (see key_proof.h).
+constexpr std::string_view kPrefix = "trevix_local_";
 
 class Descriptor {
 public:
@@ -60,15 +64,13 @@ std::optional<std::variant<Key, KeyError>> readKey(const std::filesystem::path& 
     }
     struct stat facts {};
     if (fstat(fd.get(), &facts) != 0) return systemError(file, "cannot be read");
-    if (!S_ISREG(facts.st_mode)) return KeyError{file.string() + " is not a file"};
-    if (facts.st_uid != geteuid()) return KeyError{file.string() + " belongs to another user"};
+    if (auto problem = fileProblem(file, facts)) {
+        return KeyError{*problem + ((facts.st_mode & 077U) != 0
+                                        ? "; the key may be known: delete it for a new one"
+                                        : "")};
+    }
 
     Key key;
-    if ((facts.st_mode & 077U) != 0) {
-        if (fchmod(fd.get(), 0600) != 0) return systemError(file, "cannot be closed to others");
-        key.notice = "other users could read " + file.string() +
-                     "; that has ended, but the key may be known: delete the file for a new one";
-    }
     std::string content(kLongest + 64, '\0');
     std::size_t size = 0;
     while (size < content.size()) {
@@ -93,7 +95,7 @@ std::optional<KeyError> makeKeyFile(const std::filesystem::path& file) {
         const Descriptor fd(
             open(draft.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0600));
         if (!fd.isOpen()) return systemError(file, "cannot be made");
-        if (!writeAll(fd.get(), randomName("trevix_", 20) + "\n") || fsync(fd.get()) != 0) {
+        if (!writeAll(fd.get(), randomName(kPrefix, 20) + "\n") || fsync(fd.get()) != 0) {
             const KeyError error = systemError(file, "cannot be written");
             unlink(draft.c_str());
             return error;

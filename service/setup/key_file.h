@@ -18,12 +18,11 @@ struct KeyError {
 
 struct Key {
     std::string text;
-    std::string notice; ///< What was put right on the way, for people; usually empty.
 };
 
 /// The key in `file`, white space at its ends left out; the file is made with a new key of 160
-/// bits, mode 0600, when there is none. A file that others may read is closed to them, and `notice`
-/// says so. An error when the file is no regular file, belongs to somebody else, or holds no usable
+/// bits, mode 0600, when there is none. An error, and nothing is changed, when the file is no
+/// regular file, belongs to somebody else, may be read or written by others, or holds no usable
 /// key. Of two programs that make the file at the same time one wins and both get the same key.
 [[nodiscard]] std::variant<Key, KeyError> loadOrMakeKey(const std::filesystem::path& file);
 

@@ -1,10 +1,15 @@
 #include "service/store/run_store.h"
 
+#include "service/store/clock_trust.h"
+#include "service/store/own_file.h"
 #include "service/store/sqlite_statement.h"
 
 #include <mutex>
 #include <system_error>
 #include <utility>
+
+#include <fcntl.h>
+#include <unistd.h>
 
 namespace trevix {
 
@@ -90,6 +95,17 @@ CREATE TABLE coverage (
   PRIMARY KEY (run_id, number, ordinal),
   FOREIGN KEY (run_id, number) REFERENCES iterations(run_id, number) ON DELETE CASCADE
 ) WITHOUT ROWID;
+)sql";
+
+// What ClockTrust is, in one row. Not of the format: an older program passes it over, and where it
+// is missing it is begun.
+constexpr const char* kClockTable = R"sql(
+CREATE TABLE IF NOT EXISTS clock (
+  one            INTEGER PRIMARY KEY CHECK (one = 1),
+  believed       INTEGER NOT NULL,
+  doubted_first  INTEGER,
+  doubted_last   INTEGER
+);
 )sql";
 
 Severity severityOf(std::int64_t stored) {
@@ -192,6 +208,12 @@ void completeJob(sqlite3* db, const std::string& jobId, const std::string& runId
     if (sqlite3_changes(db) != 1) throw StoreError("the run store: no such pending job");
 }
 
+// Its log gets the mode of the file. What went wrong is told when the file is opened.
+void makeOwn(const std::filesystem::path& file) {
+    const int fd = open(file.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0600);
+    if (fd >= 0) close(fd);
+}
+
 } // namespace
 
 class RunStore::Database {
@@ -240,6 +262,7 @@ private:
                       "PRAGMA secure_delete = ON; PRAGMA journal_size_limit = 16777216;");
         checkSound();
         bringUp(version);
+        execute(m_db, kClockTable);
     }
 
     void checkSound() {
@@ -266,6 +289,10 @@ RunStore::RunStore(std::unique_ptr<Database> database) : m_database(std::move(da
 RunStore::~RunStore() = default;
 
 RunStore::Opened RunStore::open(const std::filesystem::path& file, std::int64_t nowMs) {
+    for (const char* suffix : {"", "-wal", "-shm"}) {
+        if (const auto problem = fileProblem(file.string() + suffix)) throw StoreError(*problem);
+    }
+    makeOwn(file);
     try {
         return {std::unique_ptr<RunStore>(new RunStore(std::make_unique<Database>(file))), {}};
     } catch (const Damaged& damaged) {
@@ -283,6 +310,7 @@ RunStore::Opened RunStore::open(const std::filesystem::path& file, std::int64_t 
                                  "; and it cannot be moved aside: " + error.message());
             }
         }
+        makeOwn(file);
         return {std::unique_ptr<RunStore>(new RunStore(std::make_unique<Database>(file))),
                 "the run store is damaged (" + std::string(damaged.what()) + "); it was moved to " +
                     aside + " and a new one was begun"};
@@ -482,6 +510,33 @@ bool RunStore::hasRun(const std::string& runId) {
     Statement statement(m_database->handle(), "SELECT 1 FROM runs WHERE id = ?");
     statement.bind(runId);
     return statement.step();
+}
+
+bool RunStore::believesClock(std::int64_t nowMs) {
+    const auto lock = m_database->lock();
+    sqlite3* db = m_database->handle();
+    Transaction transaction(db);
+    ClockTrust before{nowMs, std::nullopt};
+    {
+        Statement statement(db, "SELECT believed, doubted_first, doubted_last FROM clock");
+        if (statement.step()) {
+            before.believedMs = statement.integer(0);
+            if (!statement.isNull(1)) {
+                before.doubted = ClockTrust::Doubted{statement.integer(1), statement.integer(2)};
+            }
+        } else {
+            Statement newest(db, "SELECT max(created) FROM iterations");
+            if (newest.step() && !newest.isNull(0)) before.believedMs = newest.integer(0);
+        }
+    }
+    const ClockTrust after = afterReading(before, nowMs);
+    Statement note(db, "INSERT OR REPLACE INTO clock (one, believed, doubted_first, doubted_last) "
+                       "VALUES (1, ?, ?, ?)");
+    note.bind(after.believedMs);
+    if (after.doubted) note.bind(after.doubted->firstMs).bind(after.doubted->lastMs);
+    note.run();
+    transaction.commit();
+    return after.believedMs >= nowMs;
 }
 
 std::size_t RunStore::prune(std::int64_t beforeMs) {

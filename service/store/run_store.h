@@ -60,7 +60,8 @@ public:
 
     /// Opens the file, or makes it. A file that is damaged or no database is renamed to
     /// "NAME.damaged-TIME" together with its log, and a new one is begun. Throws StoreError when
-    /// the file cannot be used and is not to blame: no permission, or written by a newer version.
+    /// the file cannot be used and is not to blame: no permission, written by a newer version, or
+    /// not this user's alone (see own_file.h); then nothing is changed.
     [[nodiscard]] static Opened open(const std::filesystem::path& file, std::int64_t nowMs);
 
     ~RunStore();
@@ -97,6 +98,10 @@ public:
 
     [[nodiscard]] std::optional<RunRecord> run(const std::string& runId);
     [[nodiscard]] bool hasRun(const std::string& runId);
+
+    /// Notes what the clock says, and whether it can be believed about what is old; see
+    /// clock_trust.h. Until the first time the newest thing in the store is what was believed.
+    [[nodiscard]] bool believesClock(std::int64_t nowMs);
 
     /// Deletes runs whose last iteration is older than `beforeMs` and that no pending job revises,
     /// and the jobs that ended before it. Returns the number of runs deleted.

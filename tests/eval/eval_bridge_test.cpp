@@ -794,6 +794,66 @@ TEST_F(FetchFlaws, HappensWhenTheSummarysFlawsCannotBeRead) {
     EXPECT_EQ(grade().flaws, a);
 }
 
+// ---- reports
+
+TEST_F(EvalBridgeTest, AHostedServicesReportHasTheStatedAddressAndNothingIsAsked) {
+    for (const std::string id : {"run-1", "a b&c=/\xc3\xbc%", ""}) {
+        EXPECT_EQ(EvalBridge::reportAddress(ports, id, "the key"),
+                  "https://service.test/console?run=" + id);
+    }
+    for (const char* elsewhere : {"http://127.0.0.1.evil.test", "http://localhost.test:1",
+                                  "http://10.0.0.1", "https://127.0.0.1", "127.0.0.1"}) {
+        machine.environment.variables["BRASK_API_BASE"] = elsewhere;
+        EXPECT_EQ(EvalBridge::reportAddress(ports, "run_1", "the key"),
+                  std::string(elsewhere) + "/console?run=run_1");
+        EXPECT_FALSE(EvalBridge::asksForReportAddress(machine.environment)) << elsewhere;
+    }
+    EXPECT_THAT(machine.http.requests, IsEmpty());
+}
+
+TEST_F(EvalBridgeTest, AServiceOfThisMachineIsAskedForAnAddressThatOpensOnce) {
+    for (const char* address : {"http://127.0.0.1:8797/", "http://localhost:8797", "HTTP://[::1]",
+                                "http+unix://%2Frun%2Fs"}) {
+        machine.environment.variables["BRASK_API_BASE"] = address;
+        EXPECT_TRUE(EvalBridge::asksForReportAddress(machine.environment)) << address;
+        answers = {ok(R"({"report":"http://127.0.0.1:8797/console?run=run_1&ticket=t"})")};
+        EXPECT_EQ(EvalBridge::reportAddress(ports, "run_1", "the key"),
+                  "http://127.0.0.1:8797/console?run=run_1&ticket=t");
+    }
+    EXPECT_THAT(exchanges()[0], "POST http://127.0.0.1:8797/api/v1/eval/runs/run_1/ticket");
+    EXPECT_EQ(machine.http.requests[0].headers[0],
+              (std::pair<std::string, std::string>("Authorization", "Bearer the key")));
+    EXPECT_EQ(machine.http.requests[0].timeout, 5s);
+}
+
+TEST_F(EvalBridgeTest, WithoutATicketTheStatedAddressIsOpened) {
+    machine.environment.variables["BRASK_API_BASE"] = "http://127.0.0.1:8797";
+    const std::string stated = "http://127.0.0.1:8797/console?run=run_1";
+    const Answer unfit[] = {
+        std::nullopt,
+        HttpResponse{404, R"({"error":"there is nothing at this address"})"},
+        ok("no JSON"),
+        ok("{}"),
+        ok(R"({"report":7})"),
+        ok(R"({"report":"https://evil.test/console?run=run_1&ticket=t"})"),
+        ok(R"({"report":"http://127.0.0.1.evil.test/console?run=run_1&ticket=t"})"),
+        ok(R"({"report":"http://127.0.0.1:8797/console?run=run_2&ticket=t"})"),
+        ok(R"({"report":"file:///etc/passwd"})"),
+    };
+    for (const Answer& answer : unfit) {
+        answers = {answer};
+        EXPECT_EQ(EvalBridge::reportAddress(ports, "run_1", "the key"), stated)
+            << (answer ? answer->body : "unreachable");
+    }
+    machine.http.requests.clear();
+    EXPECT_EQ(EvalBridge::reportAddress(ports, "run_1", std::nullopt), stated);
+    EXPECT_EQ(EvalBridge::reportAddress(ports, "a/../b", "the key"),
+              "http://127.0.0.1:8797/console?run=a/../b");
+    EXPECT_EQ(EvalBridge::reportAddress(ports, "", "the key"),
+              "http://127.0.0.1:8797/console?run=");
+    EXPECT_THAT(machine.http.requests, IsEmpty());
+}
+
 // ---- iterate
 
 TEST_F(EvalBridgeTest, IterateSendsTheRevisionToTheRun) {

@@ -506,6 +506,21 @@ TEST_F(JobQueueTest, RunsAreForgottenAfterTheirTime) {
     EXPECT_EQ(finished(second).state, JobState::completed);
 }
 
+TEST_F(JobQueueTest, AClockThatLeapsDuringOneJobForgetsNothing) {
+    QueueOptions keeping = options();
+    keeping.keep = std::chrono::hours(24 * 365);
+    start(std::move(keeping));
+    const JobStatus old = finished(submit("old"));
+    m_now += std::int64_t{2} * 366 * 24 * 60 * 60 * 1000;
+    finished(submit("judged in another year"));
+    const JobStatus also = finished(submit("still there"));
+    m_now = 2'000;
+    finished(submit("the clock is right again"));
+    m_queue.reset(); // What there was to tidy is tidied.
+    EXPECT_TRUE(m_store->hasRun(old.runId));
+    EXPECT_TRUE(m_store->hasRun(also.runId));
+}
+
 TEST_F(JobQueueTest, AHundredJobsFromManyThreadsAreAllJudgedOnce) {
     start();
     std::vector<std::future<std::string>> clients;

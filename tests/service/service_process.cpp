@@ -69,11 +69,17 @@ ServiceProcess::~ServiceProcess() {
 }
 
 std::uint16_t ServiceProcess::awaitPort() {
-    char c = 0;
-    while (read(m_output, &c, 1) == 1 && c != '\n') m_firstLine += c;
+    m_firstLine = nextLine();
     const std::string start = "trevix-local listening on http://127.0.0.1:";
     if (m_firstLine.rfind(start, 0) != 0) return 0;
     return static_cast<std::uint16_t>(std::atoi(m_firstLine.c_str() + start.size()));
+}
+
+std::string ServiceProcess::nextLine() {
+    std::string line;
+    char c = 0;
+    while (read(m_output, &c, 1) == 1 && c != '\n') line += c;
+    return line;
 }
 
 void ServiceProcess::signal(int number) {

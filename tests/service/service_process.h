@@ -31,6 +31,8 @@ public:
 
     /// Reads the line that tells the port; 0 when the program ended without it.
     std::uint16_t awaitPort();
+    /// Reads one more line of standard output; empty when the program ended.
+    std::string nextLine();
     void signal(int number);
     /// Blocks until the program has ended.
     Ended end();

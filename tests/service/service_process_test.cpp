@@ -23,6 +23,7 @@
 #include <thread>
 
 #include <sqlite3.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 
 namespace trevix {
@@ -53,6 +54,22 @@ std::string workNumber(int number) {
     }
     return text;
 }
+
+// What is started meanwhile may have so many descriptors. This process keeps those it has.
+class LimitedDescriptors {
+public:
+    explicit LimitedDescriptors(rlim_t most) {
+        getrlimit(RLIMIT_NOFILE, &m_before);
+        const rlimit limited{most, m_before.rlim_max};
+        EXPECT_EQ(setrlimit(RLIMIT_NOFILE, &limited), 0);
+    }
+    ~LimitedDescriptors() { setrlimit(RLIMIT_NOFILE, &m_before); }
+    LimitedDescriptors(const LimitedDescriptors&) = delete;
+    LimitedDescriptors& operator=(const LimitedDescriptors&) = delete;
+
+private:
+    rlimit m_before{};
+};
 
 class ServiceProcessTest : public testing::Test {
 protected:
@@ -164,7 +181,7 @@ TEST_F(ServiceProcessTest, KeepsItsFilesToItsOwnerAndTheKeyForNextTime) {
         EXPECT_EQ(modeOf(data() / "key"), 0600U);
         EXPECT_EQ(modeOf(data() / "runs.db"), 0600U);
         EXPECT_EQ(modeOf(data() / "runs.db-wal"), 0600U);
-        EXPECT_THAT(key, MatchesRegex("trevix_[0-9a-f]+\n"));
+        EXPECT_THAT(key, MatchesRegex("trevix_local_[0-9a-f]+\n"));
         process->signal(SIGTERM);
         const Ended ended = process->end();
         EXPECT_THAT(ended.output + ended.errors, Not(HasSubstr("trevix_")));
@@ -210,7 +227,97 @@ TEST_F(ServiceProcessTest, ItsRealCriticsJudgeAndSeeWhatARevisionFixed) {
     EXPECT_GE(iteration.at("fixed").size(), 1U);
     EXPECT_GE(iteration.at("remaining").size(), 1U);
     EXPECT_EQ(iteration.at("new"), json::array()) << "what moved down is not new";
-    EXPECT_THAT(get(m_port, "/console?run=" + run).body, HasSubstr("since the version before"));
+    EXPECT_THAT(get(m_port, "/console?run=" + run, m_keyed).body,
+                HasSubstr("since the version before"));
+}
+
+TEST_F(ServiceProcessTest, ListensOnASocketOfItsUserToo) {
+    const auto runtime = m_folder.path() / "runtime";
+    std::filesystem::create_directory(runtime);
+    chmod(runtime.c_str(), 0700);
+    const auto socket = runtime / "trevix-local" / "api.sock";
+    for (const bool killedBefore : {false, true}) {
+        ServiceProcess process({"--port", "0", "--data", data().string()},
+                               {"XDG_RUNTIME_DIR=" + runtime.string()});
+        const std::uint16_t port = process.awaitPort();
+        ASSERT_NE(port, 0) << killedBefore;
+        std::string escaped;
+        for (const char c : socket.string()) escaped += c == '/' ? "%2F" : std::string(1, c);
+        EXPECT_EQ(process.nextLine(), "trevix-local listening on http+unix://" + escaped);
+        EXPECT_EQ(modeOf(socket), 0600U);
+        EXPECT_EQ(modeOf(socket.parent_path()), 0700U);
+        Connection connection(socket);
+        connection.send(requestText("GET", "/healthz", {{"Host", "localhost"}}));
+        EXPECT_EQ(connection.reply().status, 200);
+
+        ServiceProcess second({"--port", "0", "--data", (m_folder.path() / "second").string()},
+                              {"XDG_RUNTIME_DIR=" + runtime.string()});
+        const std::uint16_t other = second.awaitPort();
+        EXPECT_EQ(get(other, "/healthz").status, 200) << "the port alone does";
+        second.signal(SIGTERM);
+        EXPECT_THAT(second.end().errors, HasSubstr("another program listens on"));
+
+        process.signal(killedBefore ? SIGTERM : SIGKILL);
+        process.end();
+        EXPECT_EQ(std::filesystem::exists(socket), !killedBefore);
+    }
+    const Ended told = ran(
+        {"--port", "0", "--data", data().string(), "--socket", (data() / "key" / "s").string()});
+    EXPECT_EQ(told.exitCode, 1) << "one that was asked for by name";
+    EXPECT_THAT(told.errors, HasSubstr("cannot make the folder"));
+}
+
+TEST_F(ServiceProcessTest, UnderSiegeItAnswersWithTheDescriptorsThatItHas) {
+    // A session may have few descriptors; the service is given 256, and three times as many
+    // connections come and say nothing.
+    std::unique_ptr<ServiceProcess> process;
+    {
+        const LimitedDescriptors limited(256);
+        process = start();
+    }
+    std::vector<std::unique_ptr<Connection>> silent;
+    for (int i = 0; i < 800; ++i) {
+        silent.push_back(std::make_unique<Connection>(m_port));
+        if (i % 3 == 0) silent.back()->send("POST /api/v1/eval/jobs HTTP/1.1\r\nHost: 127.0");
+        if (i % 100 == 0) {
+            EXPECT_EQ(get(m_port, "/healthz").status, 200) << i;
+        }
+    }
+    const std::string job = submit(workNumber(1));
+    ASSERT_NE(job, "");
+    EXPECT_EQ(finished(job).at("status"), "completed") << "its children get their pipes";
+    process->signal(SIGTERM);
+    EXPECT_EQ(process->end().errors, "");
+}
+
+TEST_F(ServiceProcessTest, FilesThatAreNotItsUsersAloneAreToldAndStay) {
+    {
+        auto process = start();
+        process->signal(SIGTERM);
+        process->end();
+    }
+    for (const char* name : {"key", "runs.db", "lock"}) {
+        chmod((data() / name).c_str(), 0666);
+        const std::string before = contentOf(data() / name);
+        const Ended told = ran({"--port", "0", "--data", data().string()});
+        EXPECT_EQ(told.exitCode, 1) << name;
+        EXPECT_THAT(told.errors, HasSubstr("other users may change " + (data() / name).string()));
+        EXPECT_EQ(modeOf(data() / name), 0666U);
+        EXPECT_EQ(contentOf(data() / name), before);
+        chmod((data() / name).c_str(), 0600);
+    }
+    chmod(data().c_str(), 0777);
+    const Ended told = ran({"--print-key", "--data", data().string()});
+    EXPECT_EQ(told.exitCode, 1);
+    EXPECT_THAT(told.errors, HasSubstr("other users may write in"));
+    chmod(data().c_str(), 0700);
+    EXPECT_EQ(ran({"--print-key", "--data", data().string()}).exitCode, 0);
+}
+
+TEST_F(ServiceProcessTest, LeavesNoCoreOfWhatItHolds) {
+    auto process = start();
+    EXPECT_THAT(contentOf("/proc/" + std::to_string(process->pid()) + "/limits"),
+                testing::ContainsRegex("Max core file size +0 +0 "));
 }
 
 TEST_F(ServiceProcessTest, EndsCleanlyWhenAsked) {
@@ -255,7 +362,7 @@ TEST_F(ServiceProcessTest, JobsAndRunsSurviveBeingKilledInTheMiddleOfAQueue) {
         runs.insert(done.at("run_id").get<std::string>());
     }
     EXPECT_EQ(runs.size(), ids.size());
-    EXPECT_EQ(get(m_port, "/console?run=" + firstRun).status, 200);
+    EXPECT_EQ(get(m_port, "/console?run=" + firstRun, m_keyed).status, 200);
     EXPECT_EQ(get(m_port, "/api/v1/eval/runs/" + firstRun, m_keyed).status, 200);
     process->signal(SIGTERM);
     EXPECT_EQ(process->end().errors, "");
@@ -303,6 +410,7 @@ TEST_F(ServiceProcessTest, KilledAgainAndAgainAtAnyMomentItLosesNothing) {
 TEST_F(ServiceProcessTest, ADamagedDatabaseIsPutAsideWithAMessage) {
     std::filesystem::create_directory(data());
     std::ofstream(data() / "runs.db") << std::string(10'000, 'x');
+    chmod((data() / "runs.db").c_str(), 0600);
     auto process = start();
     EXPECT_EQ(finished(submit("x")).at("status"), "completed");
     process->signal(SIGTERM);
@@ -338,6 +446,7 @@ TEST_F(ServiceProcessTest, WhatCannotBeUsedIsToldAndEndsIt) {
     EXPECT_THAT(noFolder.errors, HasSubstr("cannot make the folder"));
 
     std::ofstream(data() / "key") << "\n";
+    chmod((data() / "key").c_str(), 0600);
     const Ended noKey = ran({"--port", "0", "--data", data().string()});
     EXPECT_EQ(noKey.exitCode, 1);
     EXPECT_THAT(noKey.errors, HasSubstr("holds no usable key"));

@@ -267,7 +267,13 @@ protected:
             .runUninstall = [this] { steps.add("uninstall"); },
             .refreshRemoteCatalog = [this] { steps.add("catalog refresh"); },
             .connectUrl = "https://service.example/connect?from=macos-app",
-            .serviceBase = [] { return std::string("https://service.example"); }};
+            .reportAddress =
+                [this](const std::string& runId, auto open) {
+                    openReport = [runId, open] {
+                        open("https://service.example/console?run=" + runId);
+                    };
+                    if (!serviceIsSlow) openReport();
+                }};
     }
 
     MakeModel makeModel() {
@@ -306,6 +312,8 @@ protected:
     std::ostringstream out;
     std::ostringstream err;
     bool installed = true;
+    bool serviceIsSlow = false;
+    std::function<void()> openReport; ///< As a slow service answers.
     std::optional<AppDelegate> delegate;
 };
 
@@ -516,6 +524,19 @@ TEST_F(AppDelegateTest, OpenReportPutsTheRunIdIntoTheAddressUnescaped) {
         delegate->model()->onOpenReport(id);
         EXPECT_EQ(urls.opened.back(), "https://service.example/console?run=" + id);
     }
+}
+
+TEST_F(AppDelegateTest, AReportWhoseAddressComesLateIsOpenedThenUnlessTheDelegateIsGone) {
+    serviceIsSlow = true;
+    start();
+    delegate->model()->onOpenReport("run-1");
+    EXPECT_THAT(urls.opened, IsEmpty());
+    openReport();
+    EXPECT_THAT(urls.opened, ElementsAre("https://service.example/console?run=run-1"));
+    delegate->model()->onOpenReport("run-2");
+    delegate.reset();
+    openReport();
+    EXPECT_THAT(urls.opened, testing::SizeIs(1));
 }
 
 TEST_F(AppDelegateTest, AnInvalidReportAddressIsIgnored) {

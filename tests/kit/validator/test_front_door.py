@@ -197,7 +197,8 @@ class CommandLine(surroundings.HomeTest):
                           ("grade", "a.py", "--json", "--sarif"),
                           ("grade", "a.py", "a.py", "--iterate", "r"), ("grade", "-", "-"),
                           ("grade", "a.py", "--iterate", ""), ("grade", "a.py", "--iterate", "a/b"),
-                          ("grade", "a.py", "--js"), ("mcp", "x")):
+                          ("grade", "a.py", "--js"), ("mcp", "x"), ("report",),
+                          ("report", "run_1", "run_2")):
             code, said, errors = self.run_kit(*arguments)
             self.assertEqual((code, said), (3, b""), arguments)
             self.assertIn(b"usage: brask", errors) if arguments and "-" not in arguments \

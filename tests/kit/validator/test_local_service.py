@@ -6,6 +6,8 @@ import json
 import os
 import sys
 import unittest
+import urllib.error
+import urllib.request
 from unittest import mock
 
 import office_files as office
@@ -113,6 +115,34 @@ class ServiceTest(surroundings.HomeTest):
         code, found = self.grade("a.md", "--iterate", run)
         self.assertEqual((code, found["files"][0]["run_id"], found["files"][0]["flaws"]),
                          (0, run, []))
+
+    def test_a_report_opens_by_its_command_and_not_by_its_address(self):
+        self.write("note.md", BAD)
+        run = self.grade("note.md")[1]["files"][0]["run_id"]
+        stated = "{}/console?run={}".format(self.environment["BRASK_API_BASE"], run)
+        with self.assertRaises(urllib.error.HTTPError) as refused:
+            urllib.request.urlopen(stated)
+        self.assertEqual(refused.exception.code, 403)
+        self.assertIn(b"brask report", refused.exception.read())
+        opened = []
+        with mock.patch.object(cli.webbrowser, "open", lambda url: opened.append(url) or True):
+            self.assertEqual(self.run_kit("report", run), (0, b"", b""))
+        self.assertTrue(opened[0].startswith(stated + "&ticket="), opened)
+        browser = urllib.request.build_opener(urllib.request.HTTPCookieProcessor())
+        with browser.open(opened[0]) as page:
+            self.assertEqual(page.geturl(), stated)
+            self.assertIn(b"the the", page.read())
+        with browser.open(stated) as page:
+            self.assertEqual(page.status, 200)
+        with self.assertRaises(urllib.error.HTTPError):
+            urllib.request.urlopen(opened[0])
+
+    def test_a_report_is_printed_where_there_is_no_browser(self):
+        with mock.patch.object(cli.webbrowser, "open", lambda url: False):
+            code, said, errors = self.run_kit("report", "run_none")
+        self.assertEqual((code, errors), (0, b""))
+        self.assertIn(b"/console?run=run_none\n", said)
+        self.assertEqual(self.run_kit("report", "a/b")[0], 3)
 
     def test_iterating_on_a_run_that_is_none_is_three_with_the_reason(self):
         self.write("a.md", CLEAN)

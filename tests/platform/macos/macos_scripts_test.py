@@ -134,7 +134,7 @@ class OnMacos(unittest.TestCase):
         result = self.run_script("bootstrap", "build")
         self.assertEqual(result.returncode, 0, result.stderr)
         self.assertEqual(self.installed(), [{"ninja", "pkgconf", "nlohmann-json", "utf8proc",
-                                             "libpng", "cpp-httplib", "sqlite", "re2",
+                                             "libpng", "boost", "nettle", "sqlite", "re2",
                                              "tree-sitter", "cmark-gfm", "hunspell", "tesseract",
                                              "poppler", "libzip", "pugixml", "node"}])
         self.assertEqual(len(self.calls("grammars")), 1)

@@ -2,6 +2,7 @@
 
 #include "service/http/http_api.h"
 
+#include "service/setup/key_proof.h"
 #include "tests/service/bodies.h"
 #include "tests/service/gated_critic.h"
 #include "tests/service/http/http_client.h"
@@ -15,6 +16,8 @@
 #include <memory>
 #include <set>
 #include <thread>
+
+#include <unistd.h>
 
 namespace trevix {
 namespace {
@@ -41,9 +44,12 @@ protected:
         api.key = "the-right-key";
         api.keyFile = m_folder.path() / "key";
         api.catalog = m_folder.path() / "app-catalog.json";
+        api.now = [this] { return m_now; };
+        api.userOfPeer = [this](const auto&...) { return m_peer; };
         m_api = std::make_unique<HttpApi>(std::move(api), *m_queue, *m_store);
         auto listening = HttpServer::listen({}, *m_api);
         m_server = std::move(std::get<std::unique_ptr<HttpServer>>(listening));
+        m_api->setBase("http://127.0.0.1:" + std::to_string(m_server->port()));
         m_server->start();
     }
     ~HttpApiTest() override {
@@ -79,8 +85,25 @@ protected:
             std::this_thread::yield();
         }
     }
+    /// The target of an address that opens the report once.
+    std::string ticketFor(const std::string& run) {
+        const Reply reply = posted("/api/v1/eval/runs/" + run + "/ticket", "{}");
+        EXPECT_EQ(reply.status, 200) << reply.body;
+        const json answer = json::parse(reply.body);
+        EXPECT_EQ(answer.at("expires_in"), 60);
+        const std::string address = answer.at("report");
+        const std::string base = "http://127.0.0.1:" + std::to_string(port());
+        EXPECT_EQ(address.rfind(base + "/console?run=" + run + "&ticket=", 0), 0U) << address;
+        return address.substr(base.size());
+    }
+    static std::string cookieOf(const Reply& reply) {
+        const std::string cookie = reply.headers.at("set-cookie");
+        return cookie.substr(0, cookie.find(';'));
+    }
     std::string graded(const std::string& text) { return finished(submit(text)).at("run_id"); }
 
+    ReportGate::Instant m_now{std::chrono::hours(1)};
+    std::optional<uid_t> m_peer; ///< Whose the connections are; absent where nobody can tell.
     TemporaryFolder m_folder;
     std::unique_ptr<GatedCritic> m_critic;
     std::unique_ptr<RunStore> m_store;
@@ -137,7 +160,7 @@ TEST_F(HttpApiTest, IterateShowsFixedRemainingAndNew) {
     ASSERT_EQ(iteration.at("new").size(), 1U);
     EXPECT_EQ(iteration.at("new")[0].at("rule"), "c");
 
-    const Reply page = get(port(), "/console?run=" + run);
+    const Reply page = asked("/console?run=" + run);
     EXPECT_THAT(page.body, HasSubstr("1 fixed, 1 remains, 1 new"));
 }
 
@@ -383,10 +406,10 @@ TEST_F(HttpApiTest, WhenTheServiceEndsWhoWaitsForARevisionIsTold) {
     EXPECT_EQ(posted(kJobs, submitBody("late")).status, 503);
 }
 
-TEST_F(HttpApiTest, TheReportNeedsNoKeyButTheRun) {
+TEST_F(HttpApiTest, TheReportIsAPageForWhoHasTheKey) {
     start();
     const std::string run = graded("high x: <script>alert(1)</script>\x01");
-    const Reply page = get(port(), "/console?run=" + run);
+    const Reply page = asked("/console?run=" + run);
     EXPECT_EQ(page.status, 200);
     EXPECT_EQ(page.headers.at("content-type"), "text/html; charset=utf-8");
     EXPECT_THAT(page.headers.at("content-security-policy"), HasSubstr("default-src 'none'"));
@@ -397,11 +420,118 @@ TEST_F(HttpApiTest, TheReportNeedsNoKeyButTheRun) {
 
     for (const char* target : {"/console", "/console?run=", "/console?run=run_none",
                                "/console?run=%3Cscript%3E", "/console?other=1"}) {
-        const Reply none = get(port(), target);
+        const Reply none = asked(target);
         EXPECT_EQ(none.status, 404) << target;
         EXPECT_THAT(none.body, HasSubstr("There is no such report")) << target;
         EXPECT_THAT(none.body, Not(HasSubstr("<script"))) << target;
     }
+}
+
+TEST_F(HttpApiTest, AnAddressAloneOpensNoReport) {
+    start();
+    const std::string run = graded("high x: private words");
+    const std::string same = get(port(), "/console?run=run_none").body;
+    for (const HeaderLines& headers :
+         {HeaderLines{}, HeaderLines{{"Authorization", "Bearer wrong-key"}},
+          HeaderLines{{"Cookie", run + "=pass_00000000000000000000000000000000"}},
+          HeaderLines{{"Cookie", run + "=; " + run}}}) {
+        for (const std::string& target :
+             {"/console?run=" + run, "/console?run=" + run + "&ticket=",
+              "/console?run=" + run + "&ticket=ticket_00000000000000000000000000000000"}) {
+            const Reply reply = get(port(), target, headers);
+            EXPECT_EQ(reply.status, 403) << target;
+            EXPECT_THAT(reply.body, HasSubstr("brask report")) << "how to open it";
+            EXPECT_THAT(reply.body, Not(HasSubstr("private words")));
+        }
+    }
+    EXPECT_THAT(same, HasSubstr("This report is closed"))
+        << "nor does it tell which runs there are";
+}
+
+TEST_F(HttpApiTest, ATicketOpensTheReportOnceAndThePassAgain) {
+    start();
+    const std::string run = graded("high x: private words");
+    const std::string other = graded("high x: other words");
+    const std::string target = ticketFor(run);
+    const Reply opened = get(port(), target);
+    EXPECT_EQ(opened.status, 303);
+    EXPECT_EQ(opened.headers.at("location"), "/console?run=" + run)
+        << "a history keeps the address without the ticket";
+    EXPECT_THAT(opened.headers.at("set-cookie"),
+                testing::MatchesRegex(run + "=pass_[0-9a-f]{32}; Path=/console; Max-Age=3600; "
+                                            "HttpOnly; SameSite=Lax"));
+    EXPECT_EQ(get(port(), target).status, 403) << "whoever else saw the address is too late";
+
+    const std::string cookie = cookieOf(opened);
+    const auto withCookie = [&](const std::string& id) {
+        return get(port(), "/console?run=" + id, {{"Cookie", "a=b;" + cookie + "; c=d"}});
+    };
+    EXPECT_EQ(withCookie(run).status, 200);
+    EXPECT_THAT(withCookie(run).body, HasSubstr("private words"));
+    EXPECT_EQ(withCookie(other).status, 403);
+    m_now += ReportGate::kPassLasts;
+    EXPECT_EQ(withCookie(run).status, 403);
+}
+
+TEST_F(HttpApiTest, TicketsAreForWhoHasTheKeyAndEnd) {
+    start();
+    const std::string run = graded("x");
+    const std::string tickets = "/api/v1/eval/runs/" + run + "/ticket";
+    EXPECT_EQ(post(port(), tickets, "{}").status, 401);
+    EXPECT_EQ(asked(tickets).status, 405);
+    EXPECT_EQ(post(port(), tickets, "{}", keyed({{"Origin", "http://elsewhere.example"}})).status,
+              403);
+    EXPECT_EQ(posted("/api/v1/eval/runs/run_none/ticket", "{}").status, 404);
+    const std::string late = ticketFor(run);
+    EXPECT_EQ(roundTrip(port(), requestText("HEAD", late)).status, 403)
+        << "who looks ahead does not use it up";
+    m_now += ReportGate::kTicketLasts;
+    EXPECT_EQ(get(port(), late).status, 403);
+}
+
+TEST_F(HttpApiTest, ATicketIsTakenFromItsOwnUserWhereTheSystemTells) {
+    start();
+    const std::string run = graded("x");
+    const std::string target = ticketFor(run);
+    m_peer = geteuid() + 1;
+    EXPECT_EQ(get(port(), target).status, 403) << "another user saw the address and was faster";
+    m_peer = geteuid();
+    EXPECT_EQ(get(port(), target).status, 303);
+    const std::string second = ticketFor(run);
+    m_peer = 0;
+    EXPECT_EQ(get(port(), second).status, 303);
+}
+
+TEST_F(HttpApiTest, ProvesThatItKnowsTheKeyBeforeItIsSent) {
+    start();
+    const std::string nonce(64, 'a');
+    const Reply reply = get(port(), "/api/v1/proof?nonce=" + nonce);
+    EXPECT_EQ(reply.status, 200);
+    EXPECT_EQ(
+        json::parse(reply.body),
+        (json{{"proof", keyProof("the-right-key", nonce, "127.0.0.1:" + std::to_string(port()))}}));
+    for (const std::string& odd :
+         {std::string("/api/v1/proof"), std::string("/api/v1/proof?nonce="),
+          "/api/v1/proof?nonce=" + std::string(63, 'a'),
+          "/api/v1/proof?nonce=" + std::string(64, 'A')}) {
+        EXPECT_EQ(get(port(), odd).status, 400) << odd;
+        EXPECT_THAT(errorOf(get(port(), odd)), HasSubstr("nonce")) << odd;
+    }
+    EXPECT_EQ(get(port(), "/api/v1/proof/?nonce=" + nonce).status, 401);
+    EXPECT_EQ(post(port(), "/api/v1/proof?nonce=" + nonce, "{}").status, 405);
+    EXPECT_EQ(get(port(), "/api/v1/proof?nonce=" + nonce, {{"Host", "evil.example"}}).status, 403);
+}
+
+TEST_F(HttpApiTest, TheProofAndWhatFollowsItGoOverOneConnection) {
+    start();
+    Connection connection(port());
+    connection.send(requestText("GET", "/api/v1/proof?nonce=" + std::string(64, '0'),
+                                {{"Connection", "keep-alive"}}));
+    EXPECT_EQ(connection.nextReply().status, 200);
+    connection.send(requestText("POST", kJobs, keyed({{"Connection", "keep-alive"}}),
+                                submitBody("over the same connection")));
+    const Reply accepted = connection.nextReply();
+    EXPECT_EQ(accepted.status, 202) << accepted.body;
 }
 
 TEST_F(HttpApiTest, NoPageTellsTheKeyOrListsRuns) {

@@ -7,20 +7,61 @@
 #include <netinet/in.h>
 #include <sys/socket.h>
 #include <sys/time.h>
+#include <sys/un.h>
 #include <unistd.h>
 
 namespace trevix {
 
+namespace {
+
+// Of a whole answer, or of as much as came of its body.
+Reply replyIn(const std::string& all) {
+    Reply reply;
+    const auto end = all.find("\r\n\r\n");
+    if (end == std::string::npos || all.rfind("HTTP/1.1 ", 0) != 0) return reply;
+    reply.status = std::atoi(all.c_str() + 9);
+    std::size_t begin = all.find("\r\n") + 2;
+    while (begin < end + 2) {
+        const auto stop = all.find("\r\n", begin);
+        const std::string line = all.substr(begin, stop - begin);
+        const auto colon = line.find(": ");
+        if (colon != std::string::npos) {
+            std::string key = line.substr(0, colon);
+            std::transform(key.begin(), key.end(), key.begin(),
+                           [](char c) { return c >= 'A' && c <= 'Z' ? char(c + 32) : c; });
+            reply.headers[key] = line.substr(colon + 2);
+        }
+        begin = stop + 2;
+    }
+    reply.body = all.substr(end + 4);
+    return reply;
+}
+
+} // namespace
+
 Connection::Connection(std::uint16_t port) {
-    m_socket = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    const timeval patience{30, 0};
-    setsockopt(m_socket, SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
-    setsockopt(m_socket, SOL_SOCKET, SO_SNDTIMEO, &patience, sizeof patience);
     sockaddr_in address{};
     address.sin_family = AF_INET;
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
     address.sin_port = htons(port);
-    if (connect(m_socket, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0) {
+    open(AF_INET, &address, sizeof address);
+}
+
+Connection::Connection(const std::filesystem::path& unixSocket) {
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    const std::string name = unixSocket.string();
+    if (name.size() >= sizeof address.sun_path) return;
+    std::copy(name.begin(), name.end(), address.sun_path);
+    open(AF_UNIX, &address, sizeof address);
+}
+
+void Connection::open(int family, const void* address, unsigned size) {
+    m_socket = socket(family, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    const timeval patience{30, 0};
+    setsockopt(m_socket, SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
+    setsockopt(m_socket, SOL_SOCKET, SO_SNDTIMEO, &patience, sizeof patience);
+    if (connect(m_socket, static_cast<const sockaddr*>(address), size) != 0) {
         close(m_socket);
         m_socket = -1;
     }
@@ -51,26 +92,27 @@ Reply Connection::reply() {
         if (n <= 0) break;
         all.append(buffer, static_cast<std::size_t>(n));
     }
-    Reply reply;
-    const auto end = all.find("\r\n\r\n");
-    if (end == std::string::npos || all.rfind("HTTP/1.1 ", 0) != 0) return reply;
-    reply.status = std::atoi(all.c_str() + 9);
-    std::size_t begin = all.find("\r\n") + 2;
-    while (begin < end + 2) {
-        const auto stop = all.find("\r\n", begin);
-        const std::string line = all.substr(begin, stop - begin);
-        const auto colon = line.find(": ");
-        if (colon != std::string::npos) {
-            std::string key = line.substr(0, colon);
-            std::transform(key.begin(), key.end(), key.begin(),
-                           [](char c) { return c >= 'A' && c <= 'Z' ? char(c + 32) : c; });
-            reply.headers[key] = line.substr(colon + 2);
-        }
-        begin = stop + 2;
-    }
-    reply.body = all.substr(end + 4);
+    Reply reply = replyIn(all);
     if (reply.status == 100) reply.status = 0; // No test reads past an interim answer.
     return reply;
+}
+
+Reply Connection::nextReply() {
+    char buffer[16384];
+    while (true) {
+        Reply reply = replyIn(m_rest);
+        if (reply.status != 0 && reply.headers.count("content-length") > 0) {
+            const std::size_t size = std::stoul(reply.headers["content-length"]);
+            if (reply.body.size() >= size) {
+                m_rest = reply.body.substr(size);
+                reply.body.resize(size);
+                return reply;
+            }
+        }
+        const ssize_t n = recv(m_socket, buffer, sizeof buffer, 0);
+        if (n <= 0) return {};
+        m_rest.append(buffer, static_cast<std::size_t>(n));
+    }
 }
 
 Reply roundTrip(std::uint16_t port, std::string_view bytes) {

@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <filesystem>
 #include <map>
 #include <optional>
 #include <string>
@@ -21,10 +22,11 @@ struct Reply {
 
 using HeaderLines = std::vector<std::pair<std::string, std::string>>;
 
-/// A connection to 127.0.0.1; every step may fail and then says so.
+/// A connection to 127.0.0.1, or to a Unix socket; every step may fail and then says so.
 class Connection {
 public:
     explicit Connection(std::uint16_t port);
+    explicit Connection(const std::filesystem::path& unixSocket);
     ~Connection();
     Connection(const Connection&) = delete;
     Connection& operator=(const Connection&) = delete;
@@ -34,9 +36,14 @@ public:
     void endSending();
     /// Reads until the other side closes, at most 30 s.
     [[nodiscard]] Reply reply();
+    /// Reads one answer by its length, and leaves the connection open; status 0 when it ends first.
+    [[nodiscard]] Reply nextReply();
 
 private:
+    void open(int family, const void* address, unsigned size);
+
     int m_socket = -1;
+    std::string m_rest; ///< Came behind the last answer.
 };
 
 /// Sends the bytes and reads the answer.

@@ -21,13 +21,14 @@ TEST(CommandLineOptions, EveryOptionIsTaken) {
     expected.data = "/d";
     expected.key = "trevix_key";
     expected.catalog = "/c.json";
+    expected.socket = "/s";
     expected.queue = 3;
     expected.keepDays = 0;
     EXPECT_EQ(parsed({"--port", "0", "--data", "/d", "--key", "trevix_key", "--catalog", "/c.json",
-                      "--queue", "3", "--keep-days", "0"}),
+                      "--socket", "/s", "--queue", "3", "--keep-days", "0"}),
               expected);
-    EXPECT_EQ(parsed({"--port=0", "--data=/d", "--key=trevix_key", "--catalog=/c.json", "--queue=3",
-                      "--keep-days=0"}),
+    EXPECT_EQ(parsed({"--port=0", "--data=/d", "--key=trevix_key", "--catalog=/c.json",
+                      "--socket=/s", "--queue=3", "--keep-days=0"}),
               expected);
 }
 

@@ -43,10 +43,9 @@ std::string errorOf(const std::filesystem::path& file) {
 TEST(KeyFile, IsMadeOnceForItsOwnerAndReadEverAfter) {
     const TemporaryFolder folder;
     const Key first = keyIn(folder.path() / "key");
-    EXPECT_EQ(first.text.substr(0, 7), "trevix_");
-    EXPECT_EQ(first.text.size(), 7U + 40U);
-    EXPECT_EQ(first.text.find_first_not_of("0123456789abcdef", 7), std::string::npos);
-    EXPECT_EQ(first.notice, "");
+    EXPECT_EQ(first.text.substr(0, 13), "trevix_local_");
+    EXPECT_EQ(first.text.size(), 13U + 40U);
+    EXPECT_EQ(first.text.find_first_not_of("0123456789abcdef", 13), std::string::npos);
     EXPECT_EQ(modeOf(folder.path() / "key"), 0600U);
     EXPECT_EQ(contentOf(folder.path() / "key"), first.text + "\n");
     EXPECT_EQ(keyIn(folder.path() / "key").text, first.text);
@@ -82,15 +81,18 @@ TEST(KeyFile, WhiteSpaceAroundAKeyIsLeftOut) {
     EXPECT_EQ(keyIn(folder.path() / "key").text, "my-own-key");
 }
 
-TEST(KeyFile, ThatOthersCouldReadIsClosedAndSaidSo) {
+TEST(KeyFile, ThatOthersMayReadOrChangeIsAnErrorAndStaysAsItIs) {
     const TemporaryFolder folder;
     std::ofstream(folder.path() / "key") << "my-own-key\n";
-    chmod((folder.path() / "key").c_str(), 0644);
-    const Key key = keyIn(folder.path() / "key");
-    EXPECT_EQ(key.text, "my-own-key");
-    EXPECT_NE(key.notice.find("other users could read"), std::string::npos);
-    EXPECT_EQ(key.notice.find("my-own-key"), std::string::npos);
-    EXPECT_EQ(modeOf(folder.path() / "key"), 0600U);
+    for (const unsigned mode : {0644U, 0666U, 0620U}) {
+        chmod((folder.path() / "key").c_str(), mode);
+        const std::string error = errorOf(folder.path() / "key");
+        EXPECT_NE(error.find("other users may"), std::string::npos) << error;
+        EXPECT_NE(error.find("delete it for a new one"), std::string::npos) << error;
+        EXPECT_EQ(error.find("my-own-key"), std::string::npos);
+        EXPECT_EQ(modeOf(folder.path() / "key"), mode);
+        EXPECT_EQ(contentOf(folder.path() / "key"), "my-own-key\n");
+    }
 }
 
 TEST(KeyFile, WithoutAUsableKeyIsAnErrorAndStaysAsItIs) {
@@ -101,6 +103,7 @@ TEST(KeyFile, WithoutAUsableKeyIsAnErrorAndStaysAsItIs) {
           std::string("nul\0inside", 10)}) {
         const auto file = folder.path() / "key";
         std::ofstream(file, std::ios::binary | std::ios::trunc) << content;
+        chmod(file.c_str(), 0600);
         EXPECT_NE(errorOf(file).find("holds no usable key"), std::string::npos) << content;
         EXPECT_EQ(contentOf(file), content);
     }

@@ -276,6 +276,8 @@ TEST_F(RunStoreTest, ADamagedFileIsMovedAsideWhole) {
     const std::string junk = std::string("this is no database at all\n") + std::string(8192, 'x');
     std::ofstream(file()) << junk;
     std::ofstream(file().string() + "-wal") << "old log";
+    chmod(file().c_str(), 0600);
+    chmod((file().string() + "-wal").c_str(), 0600);
     auto opened = RunStore::open(file(), 1'000'000);
     const auto aside = m_folder.path() / "runs.db.damaged-1000";
     EXPECT_THAT(opened.notice, HasSubstr("is damaged"));
@@ -327,6 +329,54 @@ TEST_F(RunStoreTest, AFileOfANewerVersionOrAnotherProgramIsLeftAlone) {
     EXPECT_TRUE(std::filesystem::exists(file()));
     query("PRAGMA application_id = 1414682200"); // its own again
     EXPECT_NE(open(), nullptr);
+}
+
+TEST_F(RunStoreTest, AFileThatIsNotThisUsersAloneIsAnErrorAndStaysAsItIs) {
+    open().reset();
+    const auto errorNow = [&]() -> std::string {
+        try {
+            (void)RunStore::open(file(), 1);
+        } catch (const StoreError& error) {
+            return error.what();
+        }
+        return "";
+    };
+    EXPECT_EQ(errorNow(), "");
+    ASSERT_EQ(chmod(file().c_str(), 0666), 0);
+    EXPECT_THAT(errorNow(), HasSubstr("may change"));
+    ASSERT_EQ(chmod(file().c_str(), 0644), 0);
+    EXPECT_THAT(errorNow(), HasSubstr("may read"));
+    ASSERT_EQ(chmod(file().c_str(), 0600), 0);
+    std::ofstream(file().string() + "-wal").close();
+    ASSERT_EQ(chmod((file().string() + "-wal").c_str(), 0660), 0);
+    EXPECT_THAT(errorNow(), HasSubstr("runs.db-wal"));
+    std::filesystem::remove(file().string() + "-wal");
+    std::filesystem::rename(file(), m_folder.path() / "elsewhere.db");
+    std::filesystem::create_symlink(m_folder.path() / "elsewhere.db", file());
+    EXPECT_THAT(errorNow(), HasSubstr("is a link"));
+    EXPECT_TRUE(std::filesystem::is_symlink(file()));
+}
+
+TEST_F(RunStoreTest, IsItsOwnersAloneWhateverTheMaskIs) {
+    const mode_t before = umask(0);
+    const auto store = open();
+    store->addJob("job_1", JobKind::grade, "", "x", 1);
+    umask(before);
+    for (const char* suffix : {"", "-wal", "-shm"}) {
+        struct stat facts {};
+        ASSERT_EQ(stat((file().string() + suffix).c_str(), &facts), 0) << suffix;
+        EXPECT_EQ(facts.st_mode & 07777U, 0600U) << suffix;
+    }
+}
+
+TEST_F(RunStoreTest, RemembersWhatTheClockSaidFromStartToStart) {
+    constexpr std::int64_t kDay = std::int64_t{24} * 60 * 60 * 1000;
+    constexpr std::int64_t kNow = 20'000 * kDay;
+    EXPECT_TRUE(open()->believesClock(kNow));
+    EXPECT_FALSE(open()->believesClock(kNow + 730 * kDay));
+    EXPECT_FALSE(open()->believesClock(kNow + 733 * kDay));
+    EXPECT_TRUE(open()->believesClock(kNow + 737 * kDay)) << "it has said so for a week";
+    EXPECT_EQ(query("SELECT count(*) FROM clock"), "1");
 }
 
 TEST_F(RunStoreTest, AFolderThatIsMissingIsAnError) {

@@ -1,4 +1,4 @@
-"""The command line: `brask grade FILE…`, `brask rules`.
+"""The command line: `brask grade FILE…`, `brask rules`, `brask report RUN`.
 
 Exit codes: 0 everything clears, 1 something is held, 3 something could not be graded, which is what
 wrong usage is too. Never 2: coding tools take that for a block.
@@ -6,10 +6,12 @@ wrong usage is too. Never 2: coding tools take that for a block.
 
 import argparse
 import os
+import re
 import shutil
 import signal
 import sys
 import threading
+import webbrowser
 from typing import List, Optional
 
 from . import (client, file_types, grading, parts, report, settings as settings_module,
@@ -83,7 +85,9 @@ def _run(arguments: List[str]) -> int:
         return _grade(options)
     if options.command == "rules":
         return _rules(options)
-    raise _Usage("say what to do: grade or rules\n" + parser.format_usage().rstrip())
+    if options.command == "report":
+        return _report(options)
+    raise _Usage("say what to do: grade, rules or report\n" + parser.format_usage().rstrip())
 
 
 def _parser() -> _Parser:
@@ -112,6 +116,9 @@ def _parser() -> _Parser:
     grade.add_argument("--quiet", action="store_true", help="say nothing while waiting")
     rules = commands.add_parser("rules", help="show the standing rules", allow_abbrev=False)
     rules.add_argument("modality", nargs="?", choices=file_types.MODALITIES, metavar="MODALITY")
+    opened = commands.add_parser("report", help="open the full report on a run in the browser",
+                                 allow_abbrev=False)
+    opened.add_argument("run", metavar="RUN", help="the run's id, as every report names it")
     return parser
 
 
@@ -223,6 +230,18 @@ def _rules(options) -> int:
     if not rules.files:
         return _say("brask: there are no standing rules")
     _print(rules.text(options.modality), None)
+    return 0
+
+
+def _report(options) -> int:
+    if not re.fullmatch(r"[A-Za-z0-9_.~-]+", options.run):
+        raise _Usage("report needs the id of a run")
+    settings = settings_module.load()
+    for problem in settings.problems:
+        _say("brask: " + report.clean(problem))
+    address = client.report_address(options.run, settings=settings)
+    if not webbrowser.open(address):
+        _print("Open this soon, it may open once only: {}\n".format(address), None)
     return 0
 
 

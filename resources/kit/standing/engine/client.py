@@ -95,6 +95,22 @@ def iterate(run_id: str, parts: Sequence[Any], intent: str = "",
     return verdict._replace(notice=string(answer, "error"))
 
 
+def report_address(run_id: str, *, settings: Optional[settings_module.Settings] = None,
+                   send: Callable = transport.send) -> str:
+    """The address to open for the report on a run, as the service states it. A service of this
+    machine is asked for one that opens the report once: the address of its report alone opens
+    nothing, since other users may see it."""
+    settings = settings if settings is not None else settings_module.load()
+    stated = "{}/console?run={}".format(settings.base, run_id)
+    if not (settings.key and transport.is_of_this_machine(settings.base)):
+        return stated
+    call = _Call(settings, None, None, DEADLINE, time.monotonic, send, False)
+    answer = call.request("POST", "/api/v1/eval/runs/" + run_id + "/ticket", {})
+    once = string(answer or {}, "report") or ""
+    here = once.startswith("http://") and transport.is_of_this_machine(once)
+    return once if here and "/console?run={}&".format(run_id) in once else stated
+
+
 class _Call:
     """One grade or iterate: its surroundings and its clock."""
 

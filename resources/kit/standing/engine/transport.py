@@ -86,6 +86,14 @@ def problem_with(base: str) -> Optional[str]:
     return None
 
 
+def is_of_this_machine(url: str) -> bool:
+    """Whether that is a service of this machine: http to the loopback, or a Unix socket."""
+    if url.lower().startswith("http+unix://"):
+        return True
+    parts = _split(url)
+    return parts is not None and parts.scheme == "http" and is_loopback(parts.hostname)
+
+
 def send(request: Request, settings, until: Optional[float] = None) -> Optional[Response]:
     """Performs the exchange. None on every transport failure. `until` is a time.monotonic() at
     which it counts as failed in any case."""

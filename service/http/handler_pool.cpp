@@ -1,0 +1,49 @@
+#include "service/http/handler_pool.h"
+
+#include <system_error>
+#include <utility>
+
+namespace trevix {
+
+void HandlerPool::run(std::function<void()> work) {
+    const std::lock_guard lock(m_mutex);
+    m_waiting.push_back(std::move(work));
+    if (m_idle < m_waiting.size() && m_threads.size() < m_maxThreads) {
+        try {
+            m_threads.emplace_back([this] { workThrough(); });
+        } catch (const std::system_error&) {
+            // The system gives no more threads. Those that are there get to it; the first one
+            // there can be no service without.
+            if (m_threads.empty()) throw;
+        }
+    }
+    m_changed.notify_one();
+}
+
+void HandlerPool::join() {
+    {
+        const std::lock_guard lock(m_mutex);
+        m_ending = true;
+    }
+    m_changed.notify_all();
+    for (std::thread& thread : m_threads) {
+        if (thread.joinable()) thread.join();
+    }
+}
+
+void HandlerPool::workThrough() {
+    std::unique_lock lock(m_mutex);
+    while (true) {
+        ++m_idle;
+        m_changed.wait(lock, [this] { return m_ending || !m_waiting.empty(); });
+        --m_idle;
+        if (m_waiting.empty()) return;
+        const std::function<void()> work = std::move(m_waiting.front());
+        m_waiting.pop_front();
+        lock.unlock();
+        work();
+        lock.lock();
+    }
+}
+
+} // namespace trevix
