@@ -1,5 +1,7 @@
 #include "critics/text/english_words.h"
 
+#include <algorithm>
+#include <array>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -318,6 +320,7 @@ public:
         addList(kModals, kModal | kFunction);
         addList(kBeForms, kBe | kFunction);
         addList(kConjunctions, kConjunction | kFunction);
+        sortByLetter();
     }
 
     [[nodiscard]] std::uint32_t of(std::string_view word) const {
@@ -326,7 +329,21 @@ public:
         return isOpenAdverb(word) ? static_cast<std::uint32_t>(kAdverb) : 0U;
     }
 
+    [[nodiscard]] const std::vector<std::string_view>& beginningWith(char first) const {
+        const bool letter = first >= 'a' && first <= 'z';
+        return m_byLetter[letter ? static_cast<std::size_t>(first - 'a') + 1 : 0];
+    }
+
 private:
+    void sortByLetter() {
+        for (const auto& [word, classes] : m_classes) {
+            const char first = word.front();
+            if (classes == 0 || first < 'a' || first > 'z') continue;
+            m_byLetter[static_cast<std::size_t>(first - 'a') + 1].push_back(word);
+        }
+        for (auto& words : m_byLetter) std::sort(words.begin(), words.end());
+    }
+
     /// "considerably": adverbs are an open class, told by their ending.
     static bool isOpenAdverb(std::string_view word) {
         constexpr std::size_t kShortest = 7;
@@ -438,13 +455,22 @@ private:
     }
 
     std::unordered_map<std::string, std::uint32_t> m_classes;
+    std::array<std::vector<std::string_view>, 27> m_byLetter; ///< None, then "a" to "z".
 };
+
+const Lexicon& lexicon() {
+    static const Lexicon made;
+    return made;
+}
 
 } // namespace
 
 std::uint32_t classesOf(std::string_view word) {
-    static const Lexicon lexicon;
-    return lexicon.of(word);
+    return lexicon().of(word);
+}
+
+const std::vector<std::string_view>& everydayWords(char first) {
+    return lexicon().beginningWith(first);
 }
 
 WordSet::WordSet(std::string_view words) {
