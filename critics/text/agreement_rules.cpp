@@ -7,7 +7,7 @@ namespace trevix {
 
 namespace {
 
-constexpr GradedRule kAgreement = declared<WorkKind::text>("text.agreement");
+constexpr GradedRule kAgreement = declared<WorkKind::text>("text.agreement", Severity::medium);
 
 constexpr std::string_view kDisagree = "has a verb that does not agree with its subject";
 

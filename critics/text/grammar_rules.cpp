@@ -15,7 +15,7 @@ constexpr std::size_t kMostWords = 400;
 // Words; shorter notes begin as they like.
 constexpr std::size_t kFewestForStart = 5;
 
-constexpr GradedRule kCapital = declared<WorkKind::text>("text.capital");
+constexpr GradedRule kCapital = declared<WorkKind::text>("text.capital", Severity::medium);
 
 /// A title, a name or a shout: most of its words have capitals.
 bool isTitle(const EnglishSentence& sentence) {
@@ -73,13 +73,13 @@ void GrammarReport::add(GradedRule rule, const EnglishSentence& sentence, std::s
         if (m_spokenOf.contains(sentence.offset(i))) return;
     }
     for (std::size_t i = first; i <= last; ++i) m_spokenOf.insert(sentence.offset(i));
-    m_findings.add(rule, sentence.offset(first), sentence.length(first, last), says);
+    m_slips.add(rule, sentence.offset(first), sentence.length(first, last), says);
 }
 
 std::set<std::size_t> checkGrammar(const ProseView& view, const ProseLanguages& languages,
-                                   FindingList& findings) {
+                                   LanguageSlips& slips) {
     const bool technical = view.hasCode();
-    GrammarReport report(findings, technical);
+    GrammarReport report(slips, technical);
     std::size_t word = 0;
     for (const Sentence& sentence : view.sentences) {
         while (word < view.words.size() && view.words[word].offset < sentence.begin) ++word;

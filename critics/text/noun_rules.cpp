@@ -10,8 +10,8 @@ namespace trevix {
 
 namespace {
 
-constexpr GradedRule kNumber = declared<WorkKind::text>("text.number");
-constexpr GradedRule kArticle = declared<WorkKind::text>("text.article");
+constexpr GradedRule kNumber = declared<WorkKind::text>("text.number", Severity::medium);
+constexpr GradedRule kArticle = declared<WorkKind::text>("text.article", Severity::medium);
 
 constexpr std::uint32_t kDescribing = kAdjective | kComparative | kSuperlative;
 

@@ -62,12 +62,12 @@ struct Verdict {
 class Speller {
 public:
     Speller(const ProseView& view, const ProseLanguages& languages, const LanguageTools& tools,
-            const std::set<std::size_t>& spokenOf, FindingList& findings, Coverage& coverage)
+            const std::set<std::size_t>& spokenOf, LanguageSlips& slips, Coverage& coverage)
         : m_view(view),
           m_languages(languages),
           m_tools(tools),
           m_spokenOf(spokenOf),
-          m_findings(findings),
+          m_slips(slips),
           m_coverage(coverage),
           m_technical(view.hasCode()) {
         if (tools.personalWords) m_personal = tools.personalWords();
@@ -240,7 +240,7 @@ private:
                 ? "is a name and begins with a capital: “" + verdict.suggestion + "”"
             : verdict.suggestion.empty() ? "is in no dictionary"
                                          : "is misspelt; “" + verdict.suggestion + "” may be meant";
-        m_findings.add(verdict.sure ? kSure : kUnsure, word.offset, word.length, says);
+        m_slips.add(verdict.sure ? kSure : kUnsure, word.offset, word.length, says);
     }
 
     const Verdict& verdictOn(std::size_t index, Shape shape, const SpellingBooks& books,
@@ -497,7 +497,7 @@ private:
     const ProseLanguages& m_languages;
     const LanguageTools& m_tools;
     const std::set<std::size_t>& m_spokenOf;
-    FindingList& m_findings;
+    LanguageSlips& m_slips;
     Coverage& m_coverage;
     PersonalWords m_personal;
     std::unordered_map<std::string, std::size_t> m_counts;
@@ -516,9 +516,9 @@ private:
 
 void checkSpelling(const ProseView& view, const ProseLanguages& languages,
                    const LanguageTools& tools, const std::set<std::size_t>& spokenOf,
-                   FindingList& findings, Coverage& coverage) {
+                   LanguageSlips& slips, Coverage& coverage) {
     if (tools.shelf == nullptr) return;
-    Speller(view, languages, tools, spokenOf, findings, coverage).check();
+    Speller(view, languages, tools, spokenOf, slips, coverage).check();
 }
 
 } // namespace trevix

@@ -12,9 +12,9 @@ namespace trevix {
 
 namespace {
 
-constexpr GradedRule kConfused = declared<WorkKind::text>("text.confused_word");
-constexpr GradedRule kComparison = declared<WorkKind::text>("text.comparison");
-constexpr GradedRule kUsage = declared<WorkKind::text>("text.usage");
+constexpr GradedRule kConfused = declared<WorkKind::text>("text.confused_word", Severity::medium);
+constexpr GradedRule kComparison = declared<WorkKind::text>("text.comparison", Severity::medium);
+constexpr GradedRule kUsage = declared<WorkKind::text>("text.usage", Severity::medium);
 
 void confused(const EnglishSentence& s, std::size_t first, std::size_t last, const char* meant,
               GrammarReport& report) {

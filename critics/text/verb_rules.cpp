@@ -10,7 +10,7 @@ namespace trevix {
 
 namespace {
 
-constexpr GradedRule kVerbForm = declared<WorkKind::text>("text.verb_form");
+constexpr GradedRule kVerbForm = declared<WorkKind::text>("text.verb_form", Severity::medium);
 
 void say(const EnglishSentence& s, std::size_t first, std::size_t last, const char* says,
          GrammarReport& report) {
