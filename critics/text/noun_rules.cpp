@@ -104,7 +104,7 @@ void checkSingularWanted(const EnglishSentence& s, std::size_t i, GrammarReport&
     if (s.has(at, kMass) && !s.has(at, kAdjective) && s.endsPhrase(at) &&
         s.is(at, {"information", "advice", "furniture", "equipment", "homework", "luggage",
                   "baggage", "software", "housework", "electricity", "news", "traffic"})) {
-        if ((article && !s.is(i - 1, {"such"})) || (each && i > 0 && s.endsPhrase(at))) {
+        if ((article && !s.is(i - 1, {"such"})) || (each && s.endsPhrase(at))) {
             say(s, i, at, "counts what cannot be counted", report);
         }
         return;
@@ -362,7 +362,11 @@ std::size_t bareNoun(const EnglishSentence& s, std::size_t i) {
               "dad",          "bed",        "church",       "effort",    "week",       "month",
               "year",         "day",        "conversation", "disease",   "ability",    "lake",
               "organization", "occupation", "state",        "purpose",   "exam",       "lie",
-              "task",         "test",       "hospital",     "community", "speech",     "talk"})) {
+              "task",         "test",       "hospital",     "community", "speech",     "talk",
+              // Offices: "is president of", "was made editor".
+              "president",    "mayor",      "minister",     "secretary", "ambassador", "champion",
+              "editor",       "owner",      "professor",    "supervisor", "boss",      "partner",
+              "producer",     "judge",      "opponent",     "candidate", "captain",    "landlord"})) {
         return s.size();
     }
     return at;
