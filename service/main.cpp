@@ -111,7 +111,7 @@ int serve(const CommandLine& line, const fs::path& self, const fs::path& data,
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);
 
     const fs::path home = environment("HOME").value_or("");
-    const MachineGrader critics(
+    MachineGrader critics(
         {self, data / "work", home,
          kelvane::text::xdgDataHome(environment("XDG_DATA_HOME").value_or(""), home),
          kelvane::text::xdgConfigHome(environment("XDG_CONFIG_HOME").value_or(""), home) /

@@ -21,7 +21,9 @@ constexpr GradedRule kBreakpoint = declared<WorkKind::code>("code.breakpoint");
 constexpr GradedRule kDebugOutput = declared<WorkKind::code>("code.debug_output");
 constexpr GradedRule kTodo = declared<WorkKind::code>("code.todo");
 constexpr GradedRule kCommentedOut = declared<WorkKind::code>("code.commented_out");
-constexpr GradedRule kSwallowed = declared<WorkKind::code>("code.swallowed_error");
+constexpr GradedRule kSwallowed = declared<WorkKind::code>("code.swallowed_error", Severity::medium);
+// Written so that nothing else can be meant.
+constexpr GradedRule kLetGo = declared<WorkKind::code>("code.swallowed_error", Severity::low);
 constexpr GradedRule kNone = declared<WorkKind::code>("code.none_comparison");
 constexpr GradedRule kAssignment = declared<WorkKind::code>("code.assignment_in_condition");
 constexpr GradedRule kDuplicateImport = declared<WorkKind::code>("code.duplicate_import");
@@ -327,9 +329,24 @@ void checkEmptyCatches(const CodeView& view, FindingList& findings) {
         if (!view.is(brace, "{") || !view.is(brace + 1, "}")) continue;
         if (hasComment(view, brace, brace + 1)) continue; // Says why.
         const std::size_t start = view.code[i].offset;
-        findings.add(kSwallowed, start, view.code[brace + 1].end() - start,
+        // "catch {}" declines the error in so many words, "catch (e) {}" forgets it.
+        findings.add(brace == i + 1 ? kLetGo : kSwallowed, start, view.code[brace + 1].end() - start,
                      "drops an error without a word");
     }
+}
+
+/// "try: f.close()" before the `except` at `i`, and nothing else: what closes something may find it
+/// closed.
+bool guardsOnlyAnEnd(const CodeView& view, std::size_t i) {
+    if (i < 7 || !view.is(i - 1, ")") || !view.is(i - 2, "(") || !view.is(i - 4, ".")) return false;
+    if (!view.is(i - 3, "close") && !view.is(i - 3, "kill") && !view.is(i - 3, "terminate") &&
+        !view.is(i - 3, "shutdown") && !view.is(i - 3, "unlink")) {
+        return false;
+    }
+    const std::size_t line = view.lineOf(i - 1);
+    std::size_t first = i - 1;
+    while (first > 0 && view.lineOf(first - 1) == line) --first;
+    return first >= 2 && view.is(first - 1, ":") && view.is(first - 2, "try");
 }
 
 void checkPythonExcepts(const CodeView& view, FindingList& findings) {
@@ -354,7 +371,7 @@ void checkPythonExcepts(const CodeView& view, FindingList& findings) {
         const bool explained = hasComment(view, i, colon + 1) ||
                                (after != view.tokens.end() && after->kind == TokenKind::comment &&
                                 view.source.lineAt(after->offset) == line);
-        if (explained) continue;
+        if (explained || guardsOnlyAnEnd(view, i)) continue;
         addLine(view, kSwallowed, i, "drops every error without a word", findings);
     }
 }

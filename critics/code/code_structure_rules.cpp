@@ -21,7 +21,9 @@ constexpr GradedRule kMismatched = declared<WorkKind::code>("code.mismatched_bra
 constexpr GradedRule kUnclosed = declared<WorkKind::code>("code.unclosed_bracket");
 constexpr GradedRule kLongFunction = declared<WorkKind::code>("code.long_function");
 constexpr GradedRule kNesting = declared<WorkKind::code>("code.deep_nesting");
-constexpr GradedRule kDeadCode = declared<WorkKind::code>("code.dead_code");
+constexpr GradedRule kDeadCode = declared<WorkKind::code>("code.dead_code", Severity::medium);
+// "#if 0" is how C comments code out.
+constexpr GradedRule kShutOff = declared<WorkKind::code>("code.dead_code", Severity::low);
 constexpr GradedRule kMixedIndentation =
     declared<WorkKind::code>("code.mixed_indentation", Severity::low);
 constexpr GradedRule kMixedPython =
@@ -281,7 +283,7 @@ void checkFalseConditions(const CodeView& view, FindingList& findings) {
         if (token.kind != TokenKind::directive) continue;
         const std::string_view text = text::trimmed(view.textOf(token));
         if (text == "#if 0" || text == "#if false") {
-            findings.add(kDeadCode, token.offset, token.length, "guards code that never runs");
+            findings.add(kShutOff, token.offset, token.length, "guards code that never runs");
         }
     }
 }

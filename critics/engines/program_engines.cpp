@@ -41,45 +41,48 @@ InstalledEngine ProgramEngines::probed(const EngineEntry& entry) const {
     return engine;
 }
 
-const std::vector<InstalledEngine>& ProgramEngines::installed() const {
-    std::call_once(m_probed, [this] {
-        for (const EngineEntry& entry : m_table) m_installed.push_back(probed(entry));
-    });
-    return m_installed;
+const InstalledEngine& ProgramEngines::installed(std::size_t number) const {
+    Place& place = m_places[number];
+    std::call_once(place.once, [&] { place.engine = probed(m_table[number]); });
+    return place.engine;
 }
 
-void ProgramEngines::probe() const {
-    static_cast<void>(installed());
+void ProgramEngines::probe(const std::stop_token& stop) const {
+    for (std::size_t i = 0; i < m_table.size() && !stop.stop_requested(); ++i) {
+        static_cast<void>(installed(i));
+    }
 }
 
 std::vector<std::string> ProgramEngines::enginesFor(const Part& part,
                                                     std::string_view modality) const {
     std::vector<std::string> ids;
     if (part.text.size() > kLongestForPrograms) return ids;
-    for (const InstalledEngine& engine : installed()) {
-        if (engine.usable() && fileFor(*engine.entry, part, modality)) {
-            ids.emplace_back(engine.entry->id);
-        }
+    for (std::size_t i = 0; i < m_table.size(); ++i) {
+        // Only those that could read it are asked what they are.
+        if (!fileFor(m_table[i], part, modality)) continue;
+        if (installed(i).usable()) ids.emplace_back(m_table[i].id);
     }
     return ids;
 }
 
 Critique ProgramEngines::look(std::string_view engine, const Part& part, std::string_view modality,
                               std::stop_token cancel) {
-    const auto known = std::ranges::find_if(
-        installed(), [&](const InstalledEngine& each) { return each.entry->id == engine; });
-    if (known == m_installed.end() || !known->usable()) return {};
-    const auto file = fileFor(*known->entry, part, modality);
-    if (!file || part.text.size() > kLongestForPrograms) return {};
-    return critiqueOf(*known, part, m_runner.run(judgeRequest(*known, *file), std::move(cancel)));
+    const auto entry = std::ranges::find(m_table, engine, &EngineEntry::id);
+    if (entry == m_table.end() || part.text.size() > kLongestForPrograms) return {};
+    const auto file = fileFor(*entry, part, modality);
+    if (!file) return {};
+    const InstalledEngine& known = installed(static_cast<std::size_t>(entry - m_table.begin()));
+    if (!known.usable()) return {};
+    return critiqueOf(known, part, m_runner.run(judgeRequest(known, *file), std::move(cancel)));
 }
 
 std::vector<NotChecked> ProgramEngines::absentFor(const Part& part,
                                                   std::string_view modality) const {
     std::vector<NotChecked> gaps;
-    for (const InstalledEngine& engine : installed()) {
-        const EngineEntry& entry = *engine.entry;
+    for (std::size_t i = 0; i < m_table.size(); ++i) {
+        const EngineEntry& entry = m_table[i];
         if (!fileFor(entry, part, modality)) continue;
+        const InstalledEngine& engine = installed(i);
         const std::string name(entry.name);
         if (part.text.size() > kLongestForPrograms) {
             gaps.push_back({std::string(entry.judges),
@@ -95,8 +98,9 @@ std::vector<NotChecked> ProgramEngines::absentFor(const Part& part,
 
 std::vector<EngineInfo> ProgramEngines::list() const {
     std::vector<EngineInfo> infos;
-    for (const InstalledEngine& engine : installed()) {
-        const EngineEntry& entry = *engine.entry;
+    for (std::size_t i = 0; i < m_table.size(); ++i) {
+        const EngineEntry& entry = m_table[i];
+        const InstalledEngine& engine = installed(i);
         infos.push_back({.id = std::string(entry.id),
                          .name = std::string(entry.name),
                          .judges = std::string(entry.judges),

@@ -1,7 +1,7 @@
 // The room of the engines that are programs of this machine.
 //
-// What is here, and in which version, is found out once, when it is first asked for, by running
-// each program that is found.
+// What is here, and in which version, is found out once for each program, by running it: when work
+// first asks for it, or beforehand in probe().
 
 #pragma once
 
@@ -11,6 +11,7 @@
 
 #include <mutex>
 #include <span>
+#include <stop_token>
 #include <vector>
 
 namespace trevix {
@@ -22,7 +23,8 @@ public:
                    ChildRunner& runner)
         : m_table(table),
           m_finder(finder),
-          m_runner(runner) {}
+          m_runner(runner),
+          m_places(table.size()) {}
 
     [[nodiscard]] std::vector<std::string> enginesFor(const Part& part,
                                                       std::string_view modality) const override;
@@ -34,18 +36,24 @@ public:
     /// All engines of the table, here or not, in its order.
     [[nodiscard]] std::vector<EngineInfo> list() const;
 
-    /// Finds out now what is here, so that the first work need not wait for it. Some seconds.
-    void probe() const;
+    /// Finds out now what is here, so that the first work need not wait for it. Some seconds; may
+    /// run beside everything else. Ends early when it is asked to.
+    void probe(const std::stop_token& stop) const;
 
 private:
-    [[nodiscard]] const std::vector<InstalledEngine>& installed() const;
+    struct Place {
+        std::once_flag once;
+        InstalledEngine engine;
+    };
+
+    /// The engine of the entry with this number.
+    [[nodiscard]] const InstalledEngine& installed(std::size_t number) const;
     [[nodiscard]] InstalledEngine probed(const EngineEntry& entry) const;
 
     std::span<const EngineEntry> m_table;
     const ProgramFinder& m_finder;
     ChildRunner& m_runner;
-    mutable std::once_flag m_probed;
-    mutable std::vector<InstalledEngine> m_installed; ///< One for each entry, in its order.
+    mutable std::vector<Place> m_places; ///< One for each entry, in its order.
 };
 
 } // namespace trevix

@@ -103,6 +103,7 @@ private:
     template <WorkKind kind>
     friend consteval GradedRule declared(std::string_view id, Severity severity);
     friend constexpr std::optional<GradedRule> graded(const Rule& family, Severity severity);
+    friend constexpr GradedRule softened(GradedRule graded);
 
     constexpr GradedRule(const Rule& rule, Severity severity)
         : m_rule(&rule),
@@ -140,6 +141,12 @@ consteval GradedRule declared(std::string_view id) {
 [[nodiscard]] constexpr std::optional<GradedRule> graded(const Rule& family, Severity severity) {
     if (!isFamily(family) || !family.severities.has(severity)) return std::nullopt;
     return GradedRule{family, severity};
+}
+
+/// The same rule at low severity, where it has that; else as it is.
+[[nodiscard]] constexpr GradedRule softened(GradedRule graded) {
+    return graded.rule().severities.has(Severity::low) ? GradedRule{graded.rule(), Severity::low}
+                                                       : graded;
 }
 
 } // namespace trevix

@@ -4,6 +4,7 @@
 #include "critics/worker/work_codec.h"
 
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <cstdint>
 #include <mutex>
@@ -66,6 +67,27 @@ Submission onlyPart(const Submission& submission, std::size_t index) {
     Submission one = submission;
     one.parts = {submission.parts[index]};
     return one;
+}
+
+/// Whether the parser of the language itself has read the work and found nothing against it.
+bool parses(const Critique& foreign) {
+    constexpr std::array<std::string_view, 4> kOwnParsers = {"Python", "Bash", "Node.js", "gofmt"};
+    const auto& asked = foreign.coverage.checkedBy;
+    const bool read = std::ranges::any_of(asked, [&](const CheckedBy& who) {
+        return who.knows.starts_with("syntax, ") &&
+               std::ranges::find(kOwnParsers, who.engine) != kOwnParsers.end();
+    });
+    return read && std::ranges::none_of(foreign.findings, [](const Finding& finding) {
+        return finding.severity == Severity::high || finding.severity == Severity::critical;
+    });
+}
+
+/// A grammar is made by others than the language, and lags behind it: where the language's own
+/// parser takes the work, what the grammar says against it is an error of the grammar.
+void dropDoubts(Critique& own, const Critique& foreign) {
+    if (!parses(foreign)) return;
+    std::erase_if(own.findings,
+                  [](const Finding& finding) { return finding.rule == "code.syntax"; });
 }
 
 /// Somebody who judges, with where the result goes.
@@ -187,6 +209,8 @@ Grader::grade(const Submission& submission, std::stop_token cancel,
                          }});
     }
     Shift(std::move(tasks), progress).run(m_options.atOnce);
+    // Work comes in bursts: the next finds its judge with the dictionaries open.
+    m_runner.expect(m_options.worker);
     if (cancel.stop_requested()) return std::nullopt;
 
     for (auto& [part, critique] : looked) mergeCritique(foreign[part], std::move(critique));
@@ -195,6 +219,7 @@ Grader::grade(const Submission& submission, std::stop_token cancel,
     const bool byPart = own.size() == submission.parts.size();
     for (std::size_t i = 0; i < own.size(); ++i) {
         if (byPart) {
+            dropDoubts(own[i], foreign[i]);
             mergeCritique(own[i], placedIn(submission, i, std::move(foreign[i])));
             dropAnswered(own[i].coverage);
         }

@@ -10,7 +10,11 @@
 #include <cstdio>
 #include <string>
 #include <string_view>
+#include <thread>
 #include <utility>
+
+#include <poll.h>
+#include <unistd.h>
 
 namespace trevix {
 
@@ -70,6 +74,7 @@ struct MachineGrader::Parts {
     FolderFinder finder;
     ProgramEngines engines;
     Grader grader;
+    std::jthread prober; // Ends before what it asks.
 };
 
 MachineGrader::MachineGrader(const MachinePlaces& places)
@@ -81,8 +86,9 @@ const Grader& MachineGrader::grader() const {
     return m_parts->grader;
 }
 
-void MachineGrader::probe() const {
-    m_parts->engines.probe();
+void MachineGrader::probe() {
+    m_parts->prober = std::jthread(
+        [this](const std::stop_token& stop) { m_parts->engines.probe(stop); });
 }
 
 std::vector<EngineInfo> MachineGrader::engines() const {
@@ -91,12 +97,33 @@ std::vector<EngineInfo> MachineGrader::engines() const {
     return engines;
 }
 
+namespace {
+
+bool inputWaits() {
+    pollfd input{STDIN_FILENO, POLLIN, 0};
+    return ::poll(&input, 1, 0) != 0;
+}
+
+/// Opens what most works need, as long as none is here: a child that was begun beforehand has the
+/// time.
+void makeReady(const CriticTools& tools) {
+    if (!inputWaits()) warmUp();
+    if (tools.language.shelf == nullptr || inputWaits()) return;
+    for (const auto& book : tools.language.shelf->of(NaturalLanguage::english).books) {
+        if (inputWaits()) return;
+        static_cast<void>(book->knows("ready"));
+    }
+}
+
+} // namespace
+
 int serveWorker(Readers readers, const std::function<std::string(const char*)>& environment) {
     CriticTools tools;
     tools.readers = readers;
     tools.lines = std::make_shared<LineReaders>(languageFolders(environment(kWritings)));
     tools.language =
         toolsOfMachine(environment(kHome), environment(kDataHome), environment(kWords));
+    makeReady(tools);
     std::string input;
     std::array<char, 65536> room{};
     while (const std::size_t got = std::fread(room.data(), 1, room.size(), stdin)) {

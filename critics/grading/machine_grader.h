@@ -37,9 +37,9 @@ public:
 
     [[nodiscard]] const Grader& grader() const;
 
-    /// Finds out which programs are here, so that the first work need not wait for it. Some
-    /// seconds.
-    void probe() const;
+    /// Begins to find out which programs are here, which takes some seconds; work that comes
+    /// meanwhile waits for those alone that it needs.
+    void probe();
 
     /// All engines: those that are part of this program, then the programs, here or not.
     [[nodiscard]] std::vector<EngineInfo> engines() const;

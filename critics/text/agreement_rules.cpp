@@ -7,7 +7,7 @@ namespace trevix {
 
 namespace {
 
-constexpr GradedRule kAgreement = declared<WorkKind::text>("text.agreement");
+constexpr GradedRule kAgreement = declared<WorkKind::text>("text.agreement", Severity::medium);
 
 constexpr std::string_view kDisagree = "has a verb that does not agree with its subject";
 
@@ -75,7 +75,12 @@ void checkThirdPerson(const EnglishSentence& s, std::size_t i, GrammarReport& re
     const bool subject = i == 0 || s.gap(i) == ',' || s.gap(i) == ';' ||
                          s.is(i - 1, {"because", "when", "although", "since", "while", "but", "and",
                                       "so", "that", "think", "believe", "where", "which"});
-    if (subject && (isBareFinite(s, verb) || were)) say(s, i, verb, report);
+    // "Those who saw it have": the verb of the clause around.
+    const bool have = s.is(verb, {"have", "haven't"}) && verb == i + 1 && i > 0 && s.glued(i) &&
+                      !s.has(i - 1, kBase | kPast | kRegularPast | kIng | kPreposition |
+                                        kLatePast | kAnyThird) &&
+                      !s.before(i, {"who", "that", "which", "what", "whoever", "if"});
+    if ((subject && (isBareFinite(s, verb) || were)) || have) say(s, i, verb, report);
 }
 
 void checkPluralPronoun(const EnglishSentence& s, std::size_t i, GrammarReport& report) {

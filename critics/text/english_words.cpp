@@ -1,5 +1,7 @@
 #include "critics/text/english_words.h"
 
+#include <algorithm>
+#include <array>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -10,6 +12,23 @@ namespace {
 
 // Regular verbs that are neither nouns nor adjectives.
 constexpr std::string_view kPureVerbs =
+    "abolish absorb accompany accomplish accumulate acknowledge activate adjust administer "
+    "adore alter analyze anticipate apologise appoint ascend assert assess assign assist "
+    "assure astonish attain banish betray bewilder calculate classify coincide collaborate "
+    "compensate compose comprehend conceal conceive condemn confess confront congratulate "
+    "conserve constitute construct consult contemplate contradict convey correspond "
+    "cultivate deceive declare dedicate deduce demolish deprive descend designate despise "
+    "deteriorate devote diagnose differ diminish disappoint discourage dismiss dissolve "
+    "distinguish distribute disturb dominate donate embarrass emerge employ enforce enlarge "
+    "enrich ensure entertain erase exaggerate exceed exclude exhaust expire facilitate "
+    "formulate foster frighten hesitate illustrate impose impress incorporate infect inherit "
+    "inhibit injure insist inspect instruct interfere interpret interrupt investigate "
+    "irritate isolate justify locate magnify minimize navigate neglect negotiate nominate "
+    "obtain occupy offend oppose persist persuade postpone precede prescribe preserve "
+    "proclaim procrastinate prolong propose prosper provoke pursue reassure regulate "
+    "rehearse reinforce rejoice reproduce resemble reside resist restore restrict retain "
+    "retrieve reveal revise simplify stimulate strengthen summarize suppress surround "
+    "sustain tempt testify tolerate transmit undermine unite vanish violate worsen "
     "accept achieve acquire adapt add admire admit adopt advertise afford agree allow announce "
     "annoy apologize appear apply appreciate argue arrange arrive assume attend attract avoid "
     "behave believe belong borrow bother carry celebrate choose collect commit communicate compare "
@@ -79,6 +98,25 @@ constexpr std::string_view kAmbiguousPast =
 
 // Countable in nearly every use: in the singular they want an article or the like.
 constexpr std::string_view kThings =
+    "adviser airline ambassador ambulance ancestor announcement appointment architect "
+    "assignment athlete author backpack bakery balcony basket bathroom bedroom bicycle "
+    "blanket boss boyfriend cafe calculator candidate candle carpet castle cathedral ceiling "
+    "celebrity ceremony champion chapter classroom colleague cottage coupon cupboard curtain "
+    "dancer deadline definition designer developer diagram document drawer editor election "
+    "elephant envelope farmhouse festival folder fork formula garage girlfriend glove graph "
+    "hammer helicopter helmet historian hypothesis illustration immigrant incident insect "
+    "instruction instructor instrument invention inventor invitation invoice jacket "
+    "journalist kingdom landlord laptop lecturer manufacturer mayor melody menu microphone "
+    "migrant minister mirror monkey monument mosque motorbike nephew newcomer niece novel "
+    "officer opponent orchestra owner package painter partner passport password pillow plate "
+    "pocket podcast poet portrait poster president printer prisoner procedure producer "
+    "professor programmer proposal psychologist publisher pupil puzzle rabbit recipe "
+    "recommendation refrigerator refugee region regulation reporter researcher robot rocket "
+    "screen secretary seller seminar shareholder shirt shoe shoulder snake specialist spider "
+    "spoon stadium strategy suitcase supervisor supplier surgeon swimmer symptom tale "
+    "telescope temple tenant trainee translator treaty tribe tunnel umbrella uniform viewer "
+    "villager volunteer voter waiter waitress wallet warehouse weapon wizard workshop yacht "
+    "zoo "
     "accident activity advantage airplane airport animal answer apartment apple argument artist "
     "attitude bag ball banana bank bed bike bird boat book bottle box brain bridge brother "
     "building "
@@ -108,6 +146,13 @@ constexpr std::string_view kThings =
     "consumer company website advertisement essay article viewpoint ability consequence "
     "generation profession occupation lifestyle technique approach aspect purpose effort";
 constexpr std::string_view kPeople =
+    "adviser ambassador architect athlete author boss boyfriend candidate celebrity champion "
+    "colleague dancer designer developer editor girlfriend historian immigrant instructor "
+    "inventor journalist landlord lecturer manufacturer mayor migrant minister nephew "
+    "newcomer niece officer opponent owner painter partner poet president prisoner producer "
+    "professor programmer psychologist publisher pupil refugee reporter researcher secretary "
+    "seller shareholder specialist supervisor supplier surgeon swimmer tenant trainee "
+    "translator viewer villager volunteer voter waiter waitress wizard "
     "artist brother client couple customer dad driver expert farmer foreigner friend guest guide "
     "hero "
     "lawyer leader man manager member mother musician neighbor neighbour nurse parent passenger "
@@ -233,7 +278,8 @@ bool doubles(const std::string& word) {
     for (const char c : word) vowels += isVowel(c) ? 1U : 0U;
     if (vowels == 1) return true;
     for (const std::string_view stressed :
-         {"prefer", "refer", "admit", "commit", "occur", "forget", "begin", "regret", "control"}) {
+         {"prefer", "refer", "admit", "commit", "occur", "forget", "begin", "regret", "control",
+          "transmit", "dispel", "compel", "infer", "deter", "incur", "permit"}) {
         if (word == stressed) return true;
     }
     return false;
@@ -274,14 +320,46 @@ public:
         addList(kModals, kModal | kFunction);
         addList(kBeForms, kBe | kFunction);
         addList(kConjunctions, kConjunction | kFunction);
+        sortByLetter();
     }
 
     [[nodiscard]] std::uint32_t of(std::string_view word) const {
         const auto found = m_classes.find(std::string(word));
-        return found == m_classes.end() ? 0 : found->second;
+        if (found != m_classes.end()) return found->second;
+        return isOpenAdverb(word) ? static_cast<std::uint32_t>(kAdverb) : 0U;
+    }
+
+    [[nodiscard]] const std::vector<std::string_view>& beginningWith(char first) const {
+        const bool letter = first >= 'a' && first <= 'z';
+        return m_byLetter[letter ? static_cast<std::size_t>(first - 'a') + 1 : 0];
     }
 
 private:
+    void sortByLetter() {
+        for (const auto& [word, classes] : m_classes) {
+            const char first = word.front();
+            if (classes == 0 || first < 'a' || first > 'z') continue;
+            m_byLetter[static_cast<std::size_t>(first - 'a') + 1].push_back(word);
+        }
+        for (auto& words : m_byLetter) std::sort(words.begin(), words.end());
+    }
+
+    /// "considerably": adverbs are an open class, told by their ending.
+    static bool isOpenAdverb(std::string_view word) {
+        constexpr std::size_t kShortest = 7;
+        if (word.size() < kShortest || !word.ends_with("ly")) return false;
+        for (const std::string_view other :
+             {"assembly", "butterfly", "monopoly", "multiply", "anomaly", "elderly", "friendly",
+              "unfriendly", "cowardly", "scholarly", "fatherly", "motherly", "brotherly",
+              "unlikely", "worldly", "monthly", "quarterly", "homily", "orderly", "heavenly",
+              "leisurely", "supply", "resupply", "reapply", "comply", "unholy", "costly",
+              "deadly", "lonely", "lovely", "kindly", "weekly", "biweekly", "firefly", "dragonfly",
+              "disorderly", "subfamily", "superfamily", "underbelly", "melancholy", "panoply"}) {
+            if (word == other) return false;
+        }
+        return true;
+    }
+
     void add(const std::string& word, std::uint32_t classes) { m_classes[word] |= classes; }
     void drop(const std::string& word, std::uint32_t classes) { m_classes[word] &= ~classes; }
 
@@ -377,13 +455,22 @@ private:
     }
 
     std::unordered_map<std::string, std::uint32_t> m_classes;
+    std::array<std::vector<std::string_view>, 27> m_byLetter; ///< None, then "a" to "z".
 };
+
+const Lexicon& lexicon() {
+    static const Lexicon made;
+    return made;
+}
 
 } // namespace
 
 std::uint32_t classesOf(std::string_view word) {
-    static const Lexicon lexicon;
-    return lexicon.of(word);
+    return lexicon().of(word);
+}
+
+const std::vector<std::string_view>& everydayWords(char first) {
+    return lexicon().beginningWith(first);
 }
 
 WordSet::WordSet(std::string_view words) {

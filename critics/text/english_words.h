@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <string_view>
 #include <unordered_set>
+#include <vector>
 
 namespace trevix {
 
@@ -43,6 +44,10 @@ enum WordClass : std::uint32_t {
 
 /// The classes of a word in lower case, with straight apostrophes; 0 when it is not known.
 [[nodiscard]] std::uint32_t classesOf(std::string_view word);
+
+/// The words known that begin with this small letter, in the order of the alphabet; none for
+/// another sign.
+[[nodiscard]] const std::vector<std::string_view>& everydayWords(char first);
 
 /// A set of words written as one text, parted by blanks. `words` must live as long.
 class WordSet {

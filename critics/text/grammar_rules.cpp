@@ -15,7 +15,7 @@ constexpr std::size_t kMostWords = 400;
 // Words; shorter notes begin as they like.
 constexpr std::size_t kFewestForStart = 5;
 
-constexpr GradedRule kCapital = declared<WorkKind::text>("text.capital");
+constexpr GradedRule kCapital = declared<WorkKind::text>("text.capital", Severity::medium);
 
 /// A title, a name or a shout: most of its words have capitals.
 bool isTitle(const EnglishSentence& sentence) {
@@ -44,6 +44,26 @@ void checkSmallStart(const EnglishSentence& sentence, GrammarReport& report) {
     report.add(kCapital, sentence, 0, 0, "begins a sentence with a small letter");
 }
 
+/// "Likewise, The theory": a little word with a capital behind a comma, where nothing is quoted and
+/// no name goes on.
+void checkInnerCapitals(const EnglishSentence& sentence, GrammarReport& report) {
+    for (std::size_t i = 1; i + 1 < sentence.size(); ++i) {
+        if (sentence.gap(i) != ',' || !sentence.capital(i) || sentence.allUpper(i)) continue;
+        if (!sentence.is(i, {"the",  "this", "that", "these", "those", "when", "if", "because",
+                             "but",  "we",   "they", "he",    "she",   "it",   "there", "my",
+                             "our",  "their", "which", "who", "where", "while", "so"})) {
+            continue;
+        }
+        if (!sentence.glued(i + 1) || sentence.capital(i + 1)) continue;
+        // Speech without its marks begins like that; so do the entries of a list.
+        if (sentence.before(i, {"said", "says", "say", "saying", "asked", "thought", "wrote",
+                                "replied", "told", "answered", "think", "thinking", "reads"}))
+            continue;
+        if (sentence.capital(i - 1) && i > 1) continue;
+        report.add(kCapital, sentence, i, i, "has a capital inside a sentence");
+    }
+}
+
 } // namespace
 
 void GrammarReport::add(GradedRule rule, const EnglishSentence& sentence, std::size_t first,
@@ -53,13 +73,13 @@ void GrammarReport::add(GradedRule rule, const EnglishSentence& sentence, std::s
         if (m_spokenOf.contains(sentence.offset(i))) return;
     }
     for (std::size_t i = first; i <= last; ++i) m_spokenOf.insert(sentence.offset(i));
-    m_findings.add(rule, sentence.offset(first), sentence.length(first, last), says);
+    m_slips.add(rule, sentence.offset(first), sentence.length(first, last), says);
 }
 
 std::set<std::size_t> checkGrammar(const ProseView& view, const ProseLanguages& languages,
-                                   FindingList& findings) {
+                                   LanguageSlips& slips) {
     const bool technical = view.hasCode();
-    GrammarReport report(findings, technical);
+    GrammarReport report(slips, technical);
     std::size_t word = 0;
     for (const Sentence& sentence : view.sentences) {
         while (word < view.words.size() && view.words[word].offset < sentence.begin) ++word;
@@ -78,6 +98,7 @@ std::set<std::size_t> checkGrammar(const ProseView& view, const ProseLanguages& 
                 !technical && (sentence.block == 0 || endsSentence(view, sentence.block - 1))) {
                 checkSmallStart(own, report);
             }
+            if (whole && !technical) checkInnerCapitals(own, report);
             checkConfusedWords(own, report);
             checkUsage(own, report);
             checkVerbForms(own, report);

@@ -7,6 +7,7 @@
 #pragma once
 
 #include "critics/text/english_sentence.h"
+#include "critics/text/language_slips.h"
 #include "critics/text/prose_languages.h"
 
 #include <cstddef>
@@ -18,8 +19,8 @@ namespace trevix {
 /// Takes what the rules find, a place at most once.
 class GrammarReport {
 public:
-    GrammarReport(FindingList& findings, bool technical)
-        : m_findings(findings),
+    GrammarReport(LanguageSlips& slips, bool technical)
+        : m_slips(slips),
           m_technical(technical) {}
 
     /// Adds a finding for the words from `first` to `last`, unless one of them was spoken of.
@@ -32,7 +33,7 @@ public:
     [[nodiscard]] const std::set<std::size_t>& spokenOf() const { return m_spokenOf; }
 
 private:
-    FindingList& m_findings;
+    LanguageSlips& m_slips;
     bool m_technical;
     std::set<std::size_t> m_spokenOf;
 };
@@ -48,6 +49,6 @@ void checkUsage(const EnglishSentence& sentence, GrammarReport& report);
 /// All of them over the English blocks of a text. Returns the offsets of the words that they spoke
 /// of, which need no second word about their spelling.
 std::set<std::size_t> checkGrammar(const ProseView& view, const ProseLanguages& languages,
-                                   FindingList& findings);
+                                   LanguageSlips& slips);
 
 } // namespace trevix

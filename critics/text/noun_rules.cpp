@@ -10,8 +10,8 @@ namespace trevix {
 
 namespace {
 
-constexpr GradedRule kNumber = declared<WorkKind::text>("text.number");
-constexpr GradedRule kArticle = declared<WorkKind::text>("text.article");
+constexpr GradedRule kNumber = declared<WorkKind::text>("text.number", Severity::medium);
+constexpr GradedRule kArticle = declared<WorkKind::text>("text.article", Severity::medium);
 
 constexpr std::uint32_t kDescribing = kAdjective | kComparative | kSuperlative;
 
@@ -104,7 +104,7 @@ void checkSingularWanted(const EnglishSentence& s, std::size_t i, GrammarReport&
     if (s.has(at, kMass) && !s.has(at, kAdjective) && s.endsPhrase(at) &&
         s.is(at, {"information", "advice", "furniture", "equipment", "homework", "luggage",
                   "baggage", "software", "housework", "electricity", "news", "traffic"})) {
-        if (article && !s.is(i - 1, {"such"})) {
+        if ((article && !s.is(i - 1, {"such"})) || (each && s.endsPhrase(at))) {
             say(s, i, at, "counts what cannot be counted", report);
         }
         return;
@@ -171,6 +171,17 @@ void checkOther(const EnglishSentence& s, std::size_t i, GrammarReport& report) 
     say(s, i, noun, "needs the plural or an article", report);
 }
 
+/// "in certain thing": what is certain without a determiner is several.
+void checkCertain(const EnglishSentence& s, std::size_t i, GrammarReport& report) {
+    if (!s.is(i, {"certain", "different"}) || i == 0 || !s.glued(i) || !s.glued(i + 1)) return;
+    const std::size_t noun = i + 1;
+    if (!s.has(noun, kStrict) || s.has(noun, kAdjective | kMeasure | kBase)) return;
+    if (!s.endsPhrase(noun) || s.capital(noun)) return;
+    // A determiner or an adverb in front makes it one thing: "a very different person".
+    if (!s.has(i - 1, kPreposition | kPureBase)) return;
+    say(s, i, noun, "needs the plural or an article", report);
+}
+
 void checkLot(const EnglishSentence& s, std::size_t i, GrammarReport& report) {
     const bool lot = (s.word(i) == "lot" && s.word(i - 1) == "a") || s.word(i) == "lots";
     if ((!lot && s.word(i) != "plenty") || s.word(i + 1) != "of") return;
@@ -208,6 +219,8 @@ void checkOrdinal(const EnglishSentence& s, std::size_t i, GrammarReport& report
                                    : last == '2' ? "nd"
                                    : last == '3' ? "rd"
                                                  : "th";
+    // "1 2th" is a figure that came apart.
+    if (s.glued(i) && s.digits(i - 1)) return;
     if (ending != right) say(s, i, i, "has the ending of another number", report);
 }
 
@@ -349,7 +362,11 @@ std::size_t bareNoun(const EnglishSentence& s, std::size_t i) {
               "dad",          "bed",        "church",       "effort",    "week",       "month",
               "year",         "day",        "conversation", "disease",   "ability",    "lake",
               "organization", "occupation", "state",        "purpose",   "exam",       "lie",
-              "task",         "test",       "hospital",     "community", "speech",     "talk"})) {
+              "task",         "test",       "hospital",     "community", "speech",     "talk",
+              // Offices: "is president of", "was made editor".
+              "president",    "mayor",      "minister",     "secretary", "ambassador", "champion",
+              "editor",       "owner",      "professor",    "supervisor", "boss",      "partner",
+              "producer",     "judge",      "opponent",     "candidate", "captain",    "landlord"})) {
         return s.size();
     }
     return at;
@@ -439,6 +456,7 @@ void checkNumber(const EnglishSentence& s, GrammarReport& report) {
         checkMuch(s, i, report);
         checkOneOf(s, i, report);
         checkOther(s, i, report);
+        checkCertain(s, i, report);
         checkLot(s, i, report);
         checkKinds(s, i, report);
         checkNumberOf(s, i, report);

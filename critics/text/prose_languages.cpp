@@ -18,7 +18,7 @@ constexpr std::size_t kMostToldBytes = 16 * 1024;
 // Percent of the words that the dictionary of the language knows, and by how many more than any
 // other. Learners' English has 85 and more known words; a language that a neighbour is taken for
 // has 20 to 40.
-constexpr std::size_t kKnownShare = 60;
+constexpr std::size_t kKnownShare = 50;
 constexpr std::size_t kAheadBy = 20;
 // Percent of the words; what is less is a quotation and needs no line in the coverage.
 constexpr std::size_t kWorthSaying = 10;

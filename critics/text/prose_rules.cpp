@@ -352,8 +352,10 @@ void warmUpWordLists() {
 void checkLanguage(const ProseView& view, const LanguageTools& tools, FindingList& findings,
                    Coverage& coverage) {
     const ProseLanguages languages = languagesOf(view, tools);
-    const std::set<std::size_t> spokenOf = checkGrammar(view, languages, findings);
-    checkSpelling(view, languages, tools, spokenOf, findings, coverage);
+    LanguageSlips slips;
+    const std::set<std::size_t> spokenOf = checkGrammar(view, languages, slips);
+    checkSpelling(view, languages, tools, spokenOf, slips, coverage);
+    slips.weighInto(findings, view.words.size());
     noteLanguages(view, languages, tools, coverage);
 }
 

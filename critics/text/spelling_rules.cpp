@@ -62,12 +62,12 @@ struct Verdict {
 class Speller {
 public:
     Speller(const ProseView& view, const ProseLanguages& languages, const LanguageTools& tools,
-            const std::set<std::size_t>& spokenOf, FindingList& findings, Coverage& coverage)
+            const std::set<std::size_t>& spokenOf, LanguageSlips& slips, Coverage& coverage)
         : m_view(view),
           m_languages(languages),
           m_tools(tools),
           m_spokenOf(spokenOf),
-          m_findings(findings),
+          m_slips(slips),
           m_coverage(coverage),
           m_technical(view.hasCode()) {
         if (tools.personalWords) m_personal = tools.personalWords();
@@ -240,7 +240,7 @@ private:
                 ? "is a name and begins with a capital: “" + verdict.suggestion + "”"
             : verdict.suggestion.empty() ? "is in no dictionary"
                                          : "is misspelt; “" + verdict.suggestion + "” may be meant";
-        m_findings.add(verdict.sure ? kSure : kUnsure, word.offset, word.length, says);
+        m_slips.add(verdict.sure ? kSure : kUnsure, word.offset, word.length, says);
     }
 
     const Verdict& verdictOn(std::size_t index, Shape shape, const SpellingBooks& books,
@@ -289,6 +289,7 @@ private:
             }
         }
         if (isBuilt(own, books)) return {};
+        if (isJoined(own, books) && !isNearEveryday(own, language, books)) return {};
         // "Priya Nair leads it": at the start of a sentence a name looks like any other word.
         if (shape == Shape::capitalised && english && beginsName(index)) return {};
         // Dictionaries of other languages lack more, and borrow from English what they lack.
@@ -346,11 +347,29 @@ private:
             if (own.size() < suffix.size() + kShortestPart || !own.ends_with(suffix)) continue;
             if (books.know(own.substr(0, own.size() - suffix.size()))) return true;
         }
+        return false;
+    }
+
+    /// "codebase": two words in one.
+    [[nodiscard]] static bool isJoined(const std::string& own, const SpellingBooks& books) {
         if (own.size() > kLongestToMend) return false;
         for (std::size_t i = kShortestPart; i + kShortestPart <= own.size(); ++i) {
             if (books.know(own.substr(0, i)) && books.know(own.substr(i))) return true;
         }
         return false;
+    }
+
+    /// Whether a known word is one edit away: "situaction" is no action of a situ. Such a word
+    /// has the same first letter, and is no plural of this one or the other way round.
+    [[nodiscard]] bool isNearEveryday(const std::string& own, NaturalLanguage language,
+                                      const SpellingBooks& books) {
+        if (language != NaturalLanguage::english || m_technical) return false;
+        if (own.size() < kLongerForThreeEdits || m_nearest >= kMostNearest) return false;
+        ++m_nearest;
+        const auto near = wordsOneEditFrom(own, books, language, false, kMostNear);
+        return std::any_of(near.begin(), near.end(), [&](const std::string& each) {
+            return each.front() == own.front() && each + "s" != own && own + "s" != each;
+        });
     }
 
     void suggest(const std::string& own, std::size_t index, Shape shape, NaturalLanguage language,
@@ -386,6 +405,16 @@ private:
                 verdict.suggestion = found[i];
             }
         }
+        if (best > 1 && language == NaturalLanguage::english && !m_technical &&
+            own.size() >= kLongerForTwoEdits) {
+            const std::string_view everyday = everydayWordNear(own);
+            const std::size_t edits =
+                everyday.empty() ? kMostEdits + 1 : editsBetween(own, everyday, kMostEdits);
+            if (edits <= 2) {
+                best = std::min(best, edits);
+                verdict.suggestion = everyday;
+            }
+        }
         m_edits = best;
         if (verdict.suggestion.empty()) verdict.suggestion = parted;
         if (verdict.suggestion.find(' ') != std::string::npos) {
@@ -397,11 +426,48 @@ private:
         const bool three = best == 3 && word.letters >= kLongerForThreeEdits &&
                            verdict.suggestion.front() == own.front();
         verdict.sure = one || two || three;
+        // "perseverant" beside "perseverance": another word of the family, not a slip.
+        if (best > 1 && differsInEnding(own, verdict.suggestion)) verdict.sure = false;
+        // "ipod": a name that is written as it likes.
+        if (text::lowercased(verdict.suggestion) == own && !isProperWord(own)) verdict.sure = false;
         // An ending that every language hangs on words of its own making.
         if (own.ends_with("able") && !verdict.suggestion.ends_with("able")) verdict.sure = false;
         if (shape == Shape::capitalised) {
             verdict.sure = (best == 1 && word.letters > 4) || (best == 2 && word.letters > 7);
         }
+    }
+
+    /// Whether two words have one stem, and each an ending of its own by which such words are made.
+    [[nodiscard]] static bool differsInEnding(std::string_view own, std::string_view other) {
+        constexpr std::size_t kShortestStemOfBoth = 6;
+        constexpr std::array<std::string_view, 16> kEndings = {
+            "ant",  "ance", "ancy", "ent", "ence", "ation", "ative", "ive",
+            "ist",  "ism",  "istic", "al", "ity",  "ness",  "ment",  "er"};
+        std::size_t same = 0;
+        while (same < own.size() && same < other.size() && own[same] == other[same]) ++same;
+        // The stem may end before the letters that both endings begin with.
+        for (std::size_t stem = kShortestStemOfBoth; stem <= same; ++stem) {
+            if (text::isOneOf(own.substr(stem), kEndings) &&
+                text::isOneOf(other.substr(stem), kEndings))
+                return true;
+        }
+        return false;
+    }
+
+    /// The everyday word, with the same first letter and of about the same length, that is at most
+    /// two edits away; empty when there is none, or several.
+    [[nodiscard]] static std::string_view everydayWordNear(const std::string& own) {
+        std::string_view found;
+        std::size_t best = 3;
+        for (const std::string_view word : everydayWords(own.front())) {
+            if (word.size() + 2 < own.size() || own.size() + 2 < word.size()) continue;
+            if (word.size() < kLongerForTwoEdits) continue;
+            const std::size_t edits = editsBetween(own, word, 2);
+            if (edits > best || edits > 2) continue;
+            found = edits == best ? std::string_view() : word;
+            best = edits;
+        }
+        return found;
     }
 
     [[nodiscard]] bool isForeign(const std::string& own, NaturalLanguage language) {
@@ -431,7 +497,7 @@ private:
     const ProseLanguages& m_languages;
     const LanguageTools& m_tools;
     const std::set<std::size_t>& m_spokenOf;
-    FindingList& m_findings;
+    LanguageSlips& m_slips;
     Coverage& m_coverage;
     PersonalWords m_personal;
     std::unordered_map<std::string, std::size_t> m_counts;
@@ -450,9 +516,9 @@ private:
 
 void checkSpelling(const ProseView& view, const ProseLanguages& languages,
                    const LanguageTools& tools, const std::set<std::size_t>& spokenOf,
-                   FindingList& findings, Coverage& coverage) {
+                   LanguageSlips& slips, Coverage& coverage) {
     if (tools.shelf == nullptr) return;
-    Speller(view, languages, tools, spokenOf, findings, coverage).check();
+    Speller(view, languages, tools, spokenOf, slips, coverage).check();
 }
 
 } // namespace trevix

@@ -8,6 +8,7 @@
 
 #pragma once
 
+#include "critics/text/language_slips.h"
 #include "critics/text/prose_languages.h"
 
 #include <set>
@@ -18,6 +19,6 @@ namespace trevix {
 /// `spokenOf`, which another rule has found already. A limit that was met is a gap in `coverage`.
 void checkSpelling(const ProseView& view, const ProseLanguages& languages,
                    const LanguageTools& tools, const std::set<std::size_t>& spokenOf,
-                   FindingList& findings, Coverage& coverage);
+                   LanguageSlips& slips, Coverage& coverage);
 
 } // namespace trevix

@@ -2,6 +2,7 @@
 
 #include "critics/text/grammar_rules.h"
 #include "critics/text/text_rule_table.h"
+#include "critics/text/turns_of_phrase.h"
 
 #include <array>
 #include <unordered_map>
@@ -11,9 +12,9 @@ namespace trevix {
 
 namespace {
 
-constexpr GradedRule kConfused = declared<WorkKind::text>("text.confused_word");
-constexpr GradedRule kComparison = declared<WorkKind::text>("text.comparison");
-constexpr GradedRule kUsage = declared<WorkKind::text>("text.usage");
+constexpr GradedRule kConfused = declared<WorkKind::text>("text.confused_word", Severity::medium);
+constexpr GradedRule kComparison = declared<WorkKind::text>("text.comparison", Severity::medium);
+constexpr GradedRule kUsage = declared<WorkKind::text>("text.usage", Severity::medium);
 
 void confused(const EnglishSentence& s, std::size_t first, std::size_t last, const char* meant,
               GrammarReport& report) {
@@ -122,8 +123,7 @@ void checkVerbLike(const EnglishSentence& s, std::size_t i, GrammarReport& repor
         }
         if (s.word(next) == "effect" &&
             s.is(i + 2, {"us", "people", "our", "them", "you", "me", "my", "your", "everyone",
-                         "society", "children", "students", "the"}) &&
-            !(s.word(i) == "to" && s.word(i + 2) == "the")) {
+                         "society", "children", "students"})) {
             confused(s, next, i + 2, "affect", report);
         }
     }
@@ -190,7 +190,7 @@ void checkTooThen(const EnglishSentence& s, std::size_t i, GrammarReport& report
         confused(s, i, next, "than", report);
     }
     if (s.word(next) == "then" && s.glued(i + 2) &&
-        (s.is(i, {"more", "less", "fewer"}) ||
+        ((s.is(i, {"more", "less", "fewer"}) && !s.before(i, {"if", "when", "once", "after"})) ||
          (s.has(i, kComparative) && !s.is(i, {"later", "earlier", "nearer"}) &&
           !s.before(i, {"if", "when", "once", "as", "after", "and"}))) &&
         (s.has(i + 2, kDeterminer | kPlural | kSingular | kIng) ||
@@ -270,218 +270,21 @@ void checkEveryday(const EnglishSentence& s, std::size_t i, GrammarReport& repor
 void checkSmallI(const EnglishSentence& s, std::size_t i, GrammarReport& report) {
     if (s.capital(i)) return;
     const bool short_ = s.is(i, {"i'm", "i've", "i'll", "i'd"});
+    // In notes on code it may be the name of a counter.
+    const std::uint32_t verbs = report.technical()
+                                    ? 0U
+                                    : kPast | kPastOnly | kRegularPast | kPureBase | kLatePast;
     const bool pronoun =
         s.word(i) == "i" && s.glued(i + 1) &&
-        s.is(i + 1, {"am",       "have", "was",  "think", "will",   "would",   "can",    "do",
-                     "don't",    "had",  "want", "like",  "know",   "believe", "agree",  "could",
-                     "should",   "need", "feel", "love",  "went",   "can't",   "didn't", "think",
-                     "disagree", "hope", "saw",  "get",   "really", "also",    "live"});
+        (s.is(i + 1, {"am",       "have", "was",  "think", "will",   "would",   "can",    "do",
+                      "don't",    "had",  "want", "like",  "know",   "believe", "agree",  "could",
+                      "should",   "need", "feel", "love",  "went",   "can't",   "didn't", "mean",
+                      "disagree", "hope", "saw",  "get",   "really", "also",    "live",   "never",
+                      "always",   "just", "did",  "found", "guess",  "still"}) ||
+         (s.has(i + 1, verbs) && !s.has(i + 1, kAdjective)));
     if (!short_ && !pronoun) return;
     report.add(kConfused, s, i, i, "is written with a capital: “I”");
 }
-
-// Turns of phrase. A "~" ends one that counts only where the phrase around it ends there.
-struct Turn {
-    std::string_view words;
-    std::string_view meant;
-};
-
-constexpr Turn kTurns[] = {
-    {"in the other hand", "on the other hand"},
-    {"on other hand", "on the other hand"},
-    {"on the another hand", "on the other hand"},
-    {"in other hand", "on the other hand"},
-    {"in the other side", "on the other hand"},
-    {"according me", "in my opinion"},
-    {"according with", "according to"},
-    {"despite of", "despite"},
-    {"in spite the", "in spite of the"},
-    {"discuss about", "discuss"},
-    {"discussed about", "discussed"},
-    {"discussing about", "discussing"},
-    {"discusses about", "discusses"},
-    {"emphasize on", "emphasize"},
-    {"depend of", "depend on"},
-    {"depends of", "depends on"},
-    {"depending of", "depending on"},
-    {"depend from", "depend on"},
-    {"depends from", "depends on"},
-    {"consist on", "consist of"},
-    {"consists on", "consists of"},
-    {"interested on", "interested in"},
-    {"interested for", "interested in"},
-    {"interested about", "interested in"},
-    {"married with", "married to"},
-    {"listen music", "listen to music"},
-    {"listen to the musics", "listen to music"},
-    {"explain me", "explain to me"},
-    {"explained me", "explained to me"},
-    {"explain you", "explain to you"},
-    {"said me", "told me"},
-    {"say me", "tell me"},
-    {"says me", "tells me"},
-    {"said him", "told him"},
-    {"capable to", "capable of"},
-    {"afraid from", "afraid of"},
-    {"similar with", "similar to"},
-    {"responsible of", "responsible for"},
-    {"arrive to the", "arrive at the"},
-    {"arrived to the", "arrived at the"},
-    {"arrived to my", "arrived at my"},
-    {"return back", "return"},
-    {"returned back", "returned"},
-    {"enter to the", "enter the"},
-    {"reach to the", "reach the"},
-    {"in my point of view", "from my point of view"},
-    {"in my point view", "from my point of view"},
-    {"in nowadays", "nowadays"},
-    {"nowaday", "nowadays"},
-    {"now a days", "nowadays"},
-    {"now days", "nowadays"},
-    {"even thought", "even though"},
-    {"even tough", "even though"},
-    {"such us", "such as"},
-    {"such like", "such as"},
-    {"as well us", "as well as"},
-    {"so that why", "that is why"},
-    {"that why", "that is why"},
-    {"an other", "another"},
-    {"each others", "each other"},
-    {"each another", "each other"},
-    {"an another", "another"},
-    {"the another", "the other"},
-    {"most of time", "most of the time"},
-    {"most of times", "most of the time"},
-    {"most the time", "most of the time"},
-    {"all of sudden", "all of a sudden"},
-    {"in the same time~", "at the same time"},
-    {"on the same time", "at the same time"},
-    {"in same time", "at the same time"},
-    {"at same time", "at the same time"},
-    {"for instant", "for instance"},
-    {"make homework", "do homework"},
-    {"make my homework", "do my homework"},
-    {"make their homework", "do their homework"},
-    {"make sport", "do sports"},
-    {"do a mistake", "make a mistake"},
-    {"did a mistake", "made a mistake"},
-    {"do mistakes", "make mistakes"},
-    {"doing mistakes", "making mistakes"},
-    {"go to home", "go home"},
-    {"went to home", "went home"},
-    {"back to home~", "back home"},
-    {"come to home", "come home"},
-    {"go to abroad", "go abroad"},
-    {"in abroad", "abroad"},
-    {"to abroad", "abroad"},
-    {"since long time", "for a long time"},
-    {"since a long time", "for a long time"},
-    {"from long time", "for a long time"},
-    {"in internet~", "on the internet"},
-    {"thanks god", "thank God"},
-    {"at last but not least", "last but not least"},
-    {"last but not the least", "last but not least"},
-    {"in the recent years", "in recent years"},
-    {"in recently years", "in recent years"},
-    {"in the conclusion", "in conclusion"},
-    {"for conclude", "to conclude"},
-    {"to concluded", "to conclude"},
-    {"to conclusion", "to conclude"},
-    {"in conclude", "in conclusion"},
-    {"in a conclusion", "in conclusion"},
-    {"in other word", "in other words"},
-    {"for examples", "for example"},
-    {"as example~", "as an example"},
-    {"for a example", "for example"},
-    {"for an example~", "for example"},
-    {"a lots of", "a lot of"},
-    {"a lots", "a lot"},
-    {"lot's of", "lots of"},
-    {"alot of", "a lot of"},
-    {"too much expensive", "too expensive"},
-    {"too much difficult", "too difficult"},
-    {"very much important", "very important"},
-    {"more over", "moreover"},
-    {"never the less", "nevertheless"},
-    {"what so ever", "whatsoever"},
-    {"how it looks like", "what it looks like"},
-    {"how they look like", "what they look like"},
-    {"how does it look like", "what does it look like"},
-    {"i very like", "I like … very much"},
-    {"in the first i", "at first I"},
-    {"by this way", "in this way"},
-    {"pay attention on", "pay attention to"},
-    {"take care about", "take care of"},
-    {"take part of", "take part in"},
-    {"take part on", "take part in"},
-    {"participate on", "participate in"},
-    {"succeed to", "succeed in"},
-    {"prevent to", "prevent from"},
-    {"insist to", "insist on"},
-    {"spend time to", "spend time on"},
-    {"focus in", "focus on"},
-    {"focusing in", "focusing on"},
-    {"concentrate in", "concentrate on"},
-    {"prefer more", "prefer"},
-    {"can not able to", "cannot"},
-    {"can able to", "can"},
-    {"hard to be success", "hard to succeed"},
-    {"would rather to", "would rather"},
-    {"had better to", "had better"},
-    {"because of they", "because they"},
-    {"because of he", "because he"},
-    {"because of we", "because we"},
-    {"because of it is", "because it is"},
-    {"because of there is", "because there is"},
-    {"due to they", "because they"},
-    {"due to it is", "because it is"},
-    {"despite they", "although they"},
-    {"despite it is", "although it is"},
-    {"the reason is because", "the reason is that"},
-    {"the most of the", "most of the"},
-    {"the most of people", "most people"},
-    {"play important role", "play an important role"},
-    {"plays important role", "plays an important role"},
-    {"have to knows", "have to know"},
-    {"there has many", "there are many"},
-    {"there have many", "there are many"},
-    {"there have a", "there is a"},
-    {"there has a", "there is a"},
-    {"there have some", "there are some"},
-    {"there are exist", "there exist"},
-    {"there is exist", "there exists"},
-    {"in the end of", "at the end of"},
-    {"at the internet", "on the internet"},
-    {"in the internet~", "on the internet"},
-    {"in television", "on television"},
-    {"with the purpose to", "with the purpose of"},
-    {"as same as", "the same as"},
-    {"same like", "the same as"},
-    {"different with", "different from"},
-    {"good in english", "good at English"},
-    {"good in math", "good at math"},
-    {"suffer of", "suffer from"},
-    {"die for cancer", "die of cancer"},
-    {"look after to", "look after"},
-    {"contact with me", "contact me"},
-    {"call to me", "call me"},
-    {"ask to him", "ask him"},
-    {"tell to me", "tell me"},
-    {"told to me", "told me"},
-    {"answer to me", "answer me"},
-    {"marry with", "marry"},
-    {"resemble to", "resemble"},
-    {"approach to him", "approach him"},
-    {"can't able to", "can't"},
-    {"people which", "people who"},
-    {"person which", "person who"},
-    {"students which", "students who"},
-    {"children which", "children who"},
-    {"someone which", "someone who"},
-    {"man which", "man who"},
-    {"woman which", "woman who"},
-    {"friends which", "friends who"},
-};
 
 using Turns = std::unordered_map<std::string_view, std::vector<const Turn*>>;
 
@@ -492,7 +295,7 @@ std::string_view firstWordOf(std::string_view words) {
 const Turns& turns() {
     static const Turns made = [] {
         Turns byFirst;
-        for (const Turn& turn : kTurns) {
+        for (const Turn& turn : turnsOfPhrase()) {
             byFirst[firstWordOf(turn.words)].push_back(&turn);
         }
         return byFirst;
@@ -546,8 +349,12 @@ void checkFrames(const EnglishSentence& s, std::size_t i, GrammarReport& report)
     }
     // "Lot of", without "a"
     if (s.word(i) == "lot" && s.word(i + 1) == "of" &&
-        (i == 0 || s.is(i - 1, {"have", "has", "is", "are", "spend", "learn", "of", "there", "with",
-                                "in", "get", "need", "and", "takes", "so", "make", "know"}))) {
+        (i == 0 || s.is(i - 1, {"have", "has",  "had",  "is",   "are",   "be",    "was",  "were",
+                                "spend", "learn", "of", "there", "with", "in", "get", "got",
+                                "gets", "need", "and", "takes", "take", "so", "make", "makes",
+                                "made", "know", "to", "for", "about", "from", "by", "having",
+                                "gave", "give", "gives", "find", "found", "see", "saw", "earn",
+                                "but", "because", "that", "cause", "causes", "buy", "using"}))) {
         report.add(kUsage, s, i, i + 1, "lacks its article: “a lot of”");
     }
     // "It important to", "they happy"

@@ -10,7 +10,7 @@ namespace trevix {
 
 namespace {
 
-constexpr GradedRule kVerbForm = declared<WorkKind::text>("text.verb_form");
+constexpr GradedRule kVerbForm = declared<WorkKind::text>("text.verb_form", Severity::medium);
 
 void say(const EnglishSentence& s, std::size_t first, std::size_t last, const char* says,
          GrammarReport& report) {
@@ -58,7 +58,8 @@ void checkModal(const EnglishSentence& s, std::size_t i, GrammarReport& report) 
                !all && i > 0 && s.glued(i) &&
                (s.is(i - 1,
                      {"i", "he", "she", "it", "they", "we", "you", "who", "which", "that"}) ||
-                s.has(i - 1, kPlural) || (s.has(i - 1, kSingular) && s.has(at, kLatePast)))) {
+                s.has(i - 1, kPlural | kSingular | kMass) ||
+                (s.has(at, kAnyThird) && s.word(i - 1).ends_with("ing")))) {
         say(s, i, at, "needs the bare verb behind its auxiliary", report);
     } else if (s.has(at, kIng) && !all) {
         say(s, i, at, "needs the bare verb behind its auxiliary", report);
@@ -185,6 +186,10 @@ void checkBe(const EnglishSentence& s, std::size_t i, GrammarReport& report) {
                 (s.word(at) == "use" && s.is(at + 1, {"to", "for", "in", "as"}) && i > 0 &&
                  s.has(i - 1, kModal | kPlural | kSingular)))) {
         say(s, i, at, "needs the participle behind “be”", report);
+    } else if (s.is(at, {"increase", "decrease"}) && bare &&
+               s.is(at + 1, {"in", "by", "and", "when", "because", "if"}) && s.glued(at + 1) &&
+               i > 0 && s.has(i - 1, kModal)) {
+        say(s, i, at, "needs the participle behind “be”, or no “be”", report);
     } else if (s.is(at, {"suppose"}) && s.word(at + 1) == "to") {
         say(s, i, at + 1, "needs the participle: “supposed to”", report);
     }

@@ -72,6 +72,11 @@ public:
     run(const ChildRequest& request, std::stop_token cancel,
         const std::function<void(std::string_view)>& onOutput) = 0;
 
+    /// Says that this request may come soon, with another input. A runner may begin its program
+    /// meanwhile, which then waits for its input; what `run` answers is the same. Does not block,
+    /// and tells nothing when it cannot be done.
+    virtual void expect(const ChildRequest& request) { static_cast<void>(request); }
+
     [[nodiscard]] ChildResult run(const ChildRequest& request, std::stop_token cancel = {}) {
         return run(request, std::move(cancel), {});
     }

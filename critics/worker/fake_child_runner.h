@@ -27,6 +27,16 @@ public:
     /// The same as lines: "/usr/bin/shellcheck --norc work.sh < work.sh". Files stand behind "<".
     [[nodiscard]] std::vector<std::string> journal() const;
 
+    /// What was said to come, whole, in order; it is not begun.
+    [[nodiscard]] std::vector<ChildRequest> expected() const {
+        const std::lock_guard lock(m_mutex);
+        return m_expected;
+    }
+    void expect(const ChildRequest& request) override {
+        const std::lock_guard lock(m_mutex);
+        m_expected.push_back(request);
+    }
+
     using ChildRunner::run;
     /// A request whose `cancel` is asked for already ends as cancelled; output longer than the
     /// request's limit is cut there and ends as too much.
@@ -36,6 +46,7 @@ public:
 private:
     mutable std::mutex m_mutex;
     std::vector<ChildRequest> m_requests;
+    std::vector<ChildRequest> m_expected;
 };
 
 } // namespace trevix

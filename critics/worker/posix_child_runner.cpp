@@ -6,6 +6,7 @@
 #include <array>
 #include <cerrno>
 #include <chrono>
+#include <condition_variable>
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
@@ -16,12 +17,14 @@
 #include <stdexcept>
 #include <string>
 #include <system_error>
+#include <thread>
 #include <utility>
 #include <vector>
 
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -219,22 +222,26 @@ private:
 /// A child from its start to its end.
 class Child {
 public:
-    Child(pid_t pid, const ChildRequest& request, Descriptor input, Descriptor output,
-          Descriptor errors)
+    Child(pid_t pid, Descriptor input, Descriptor output, Descriptor errors)
         : m_pid(pid),
-          m_request(request),
           m_input(std::move(input)),
           m_output(std::move(output)),
-          m_errors(std::move(errors)),
-          m_deadline(Clock::now() + request.limits.wall) {
+          m_errors(std::move(errors)) {
         for (const Descriptor* end : {&m_input, &m_output, &m_errors}) unblock(*end);
     }
     Child(const Child&) = delete;
     Child& operator=(const Child&) = delete;
     ~Child() { endAll(); }
 
-    ChildResult attend(const Cancel& cancel,
+    /// Whether it has ended without being asked for anything.
+    [[nodiscard]] bool endedEarly() { return reaped(false); }
+
+    /// Once only, from now on within the limits of `request`.
+    ChildResult attend(const ChildRequest& request, const Cancel& cancel,
                        const std::function<void(std::string_view)>& onOutput) {
+        m_fed = request.input;
+        m_mostOutput = request.limits.output;
+        m_deadline = Clock::now() + request.limits.wall;
         while (!m_ended && (m_output.isOpen() || m_errors.isOpen() || !reaped(false))) {
             if (!wait(cancel, onOutput)) break;
             // Something that it started may hold the pipes open longer than it lives.
@@ -278,12 +285,12 @@ private:
     }
 
     void feed() {
-        const std::string_view rest = std::string_view(m_request.input).substr(m_fed);
-        const ssize_t written = rest.empty() ? 0 : ::write(m_input.get(), rest.data(), rest.size());
-        if (written > 0) m_fed += static_cast<std::size_t>(written);
+        const ssize_t written =
+            m_fed.empty() ? 0 : ::write(m_input.get(), m_fed.data(), m_fed.size());
+        if (written > 0) m_fed.remove_prefix(static_cast<std::size_t>(written));
         const bool refused = written < 0 && errno != EAGAIN && errno != EINTR;
         // A program that does not want all of it is no fault.
-        if (refused || m_fed == m_request.input.size()) m_input.reset();
+        if (refused || m_fed.empty()) m_input.reset();
     }
 
     void readErrors() {
@@ -300,7 +307,7 @@ private:
         const ssize_t got = ::read(m_output.get(), room.data(), room.size());
         if (got == 0 || (got < 0 && errno != EAGAIN && errno != EINTR)) m_output.reset();
         if (got <= 0) return true;
-        const std::uint64_t left = m_request.limits.output - m_result.output.size();
+        const std::uint64_t left = m_mostOutput - m_result.output.size();
         const auto taken = std::min<std::uint64_t>(left, static_cast<std::uint64_t>(got));
         const std::string_view piece(room.data(), static_cast<std::size_t>(taken));
         m_result.output.append(piece);
@@ -336,13 +343,13 @@ private:
     }
 
     pid_t m_pid;
-    const ChildRequest& m_request;
     Descriptor m_input;
     Descriptor m_output;
     Descriptor m_errors;
     Clock::time_point m_deadline;
     ChildResult m_result;
-    std::size_t m_fed = 0;
+    std::string_view m_fed; ///< What is left of the input.
+    std::uint64_t m_mostOutput = 0;
     int m_status = 0;
     bool m_ended = false; // by us
     bool m_reaped = false;
@@ -355,30 +362,164 @@ ChildResult notStarted(std::string why) {
     return result;
 }
 
+/// A program that has begun, in its folder, and has been told nothing so far.
+struct Begun {
+    OwnFolder folder; // Goes after the child that works in it.
+    std::optional<Child> child;
+
+    explicit Begun(const fs::path& parent) : folder(parent) {}
+};
+
+/// What a path stands for at a moment; what is not there is all zero.
+struct Stamp {
+    dev_t device = 0;
+    ino_t node = 0;
+    off_t size = 0;
+    std::int64_t seconds = 0;
+    std::int64_t nanoseconds = 0;
+
+    bool operator==(const Stamp&) const = default;
+};
+
+Stamp stampOf(const std::string& path) {
+    struct stat found = {};
+    if (::stat(path.c_str(), &found) != 0) return {};
+#if defined(__APPLE__)
+    const timespec changed = found.st_mtimespec;
+#else
+    const timespec changed = found.st_mtim;
+#endif
+    return {found.st_dev, found.st_ino, found.st_size, std::int64_t{changed.tv_sec},
+            std::int64_t{changed.tv_nsec}};
+}
+
+/// Of all that a child saw when it began and that may change before it is asked.
+std::vector<Stamp> stampsFor(const ChildRequest& request) {
+    std::vector<Stamp> stamps = {stampOf(request.program)};
+    for (const std::string& path : request.readable) stamps.push_back(stampOf(path));
+    return stamps;
+}
+
+ChildRequest withoutInput(ChildRequest request) {
+    request.input.clear();
+    return request;
+}
+
 class PosixChildRunner : public ChildRunner {
 public:
-    PosixChildRunner(fs::path workFolder, SandboxFacts facts)
+    PosixChildRunner(fs::path workFolder, SandboxFacts facts, std::chrono::milliseconds readyFor)
         : m_workFolder(std::move(workFolder)),
-          m_facts(std::move(facts)) {}
+          m_facts(std::move(facts)),
+          m_readyFor(readyFor) {}
+    PosixChildRunner(const PosixChildRunner&) = delete;
+    PosixChildRunner& operator=(const PosixChildRunner&) = delete;
+
+    ~PosixChildRunner() override {
+        {
+            const std::lock_guard lock(m_mutex);
+            m_stopping = true;
+        }
+        m_changed.notify_all();
+        if (m_keeper.joinable()) m_keeper.join();
+    }
 
     using ChildRunner::run;
 
     ChildResult run(const ChildRequest& request, std::stop_token cancel,
                     const std::function<void(std::string_view)>& onOutput) override {
         try {
-            return start(request, std::move(cancel), onOutput);
+            const NoBrokenPipes quiet;
+            const Cancel cancelled(std::move(cancel));
+            std::unique_ptr<Begun> begun = ready(request);
+            if (begun == nullptr) begun = begin(request);
+            return begun->child->attend(request, cancelled, onOutput);
         } catch (const std::exception& error) {
             return notStarted(error.what());
         }
     }
 
+    void expect(const ChildRequest& request) override {
+        try {
+            const std::lock_guard lock(m_mutex);
+            m_wanted = withoutInput(request);
+            // One thread begins them all: where a child ends with the thread that made it, none
+            // may be made by a thread that ends before.
+            if (!m_keeper.joinable()) m_keeper = std::thread([this] { keep(); });
+        } catch (const std::exception&) {
+            return; // Then it is begun when it comes.
+        }
+        m_changed.notify_all();
+    }
+
 private:
-    ChildResult start(const ChildRequest& request, std::stop_token cancel,
-                      const std::function<void(std::string_view)>& onOutput) {
-        const OwnFolder folder(m_workFolder);
+    struct Ready {
+        ChildRequest request;
+        std::vector<Stamp> stamps;
+        std::unique_ptr<Begun> begun;
+        Clock::time_point until;
+    };
+
+    /// The child that was begun for such a request, when it is as good as a new one.
+    [[nodiscard]] std::unique_ptr<Begun> ready(const ChildRequest& request) {
+        std::optional<Ready> taken;
+        {
+            const std::lock_guard lock(m_mutex);
+            if (!m_ready || withoutInput(request) != m_ready->request) return nullptr;
+            taken = std::exchange(m_ready, std::nullopt);
+        }
+        const bool good =
+            !taken->begun->child->endedEarly() && taken->stamps == stampsFor(request);
+        return good ? std::move(taken->begun) : nullptr;
+    }
+
+    /// The keeper's thread: begins what is expected, and ends what waited too long.
+    void keep() {
+        std::unique_lock lock(m_mutex);
+        while (!m_stopping) {
+            std::optional<Ready> gone;
+            if (m_wanted) {
+                const ChildRequest wanted = *std::exchange(m_wanted, std::nullopt);
+                if (m_ready && m_ready->request == wanted) {
+                    m_ready->until = Clock::now() + m_readyFor;
+                    continue;
+                }
+                gone = std::exchange(m_ready, std::nullopt);
+                lock.unlock();
+                gone.reset();
+                std::optional<Ready> made = prepared(wanted);
+                lock.lock();
+                m_ready = std::move(made);
+            } else if (!m_ready) {
+                m_changed.wait(lock, [this] { return m_stopping || m_wanted; });
+            } else if (Clock::now() < m_ready->until) {
+                // By value: the child may be taken, and another one begun, meanwhile.
+                const auto until = m_ready->until;
+                m_changed.wait_until(lock, until, [this] { return m_stopping || m_wanted; });
+            } else {
+                gone = std::exchange(m_ready, std::nullopt);
+                lock.unlock();
+                gone.reset();
+                lock.lock();
+            }
+        }
+        m_ready.reset();
+    }
+
+    [[nodiscard]] std::optional<Ready> prepared(const ChildRequest& request) {
+        try {
+            std::vector<Stamp> stamps = stampsFor(request);
+            auto begun = begin(request);
+            return Ready{request, std::move(stamps), std::move(begun), Clock::now() + m_readyFor};
+        } catch (const std::exception&) {
+            return std::nullopt; // The request itself will say why.
+        }
+    }
+
+    /// Throws when the program cannot be started.
+    [[nodiscard]] std::unique_ptr<Begun> begin(const ChildRequest& request) {
+        auto begun = std::make_unique<Begun>(m_workFolder);
+        const OwnFolder& folder = begun->folder;
         for (const auto& [name, content] : request.files) folder.put(name, content);
-        const NoBrokenPipes quiet;
-        const Cancel cancelled(std::move(cancel));
 
         Launch launch;
         launch.command = shutIn(request, folder.path(), m_facts);
@@ -411,25 +552,34 @@ private:
         errors.write.reset();
         failure.write.reset();
 
-        Child child(pid, request, std::move(input.write), std::move(output.read),
-                    std::move(errors.read));
+        begun->child.emplace(pid, std::move(input.write), std::move(output.read),
+                             std::move(errors.read));
         int error = 0;
         // Ends at once: the other end closes when the program begins, or when it cannot.
         if (::read(failure.read.get(), &error, sizeof error) == sizeof error) {
-            return notStarted(request.program + ": " + std::strerror(error));
+            throw std::runtime_error(request.program + ": " + std::strerror(error));
         }
-        return child.attend(cancelled, onOutput);
+        return begun;
     }
 
-    fs::path m_workFolder;
-    SandboxFacts m_facts;
+    const fs::path m_workFolder;
+    const SandboxFacts m_facts;
+    const std::chrono::milliseconds m_readyFor;
     std::mutex m_making;
+
+    std::mutex m_mutex;
+    std::condition_variable m_changed;
+    bool m_stopping = false;
+    std::optional<ChildRequest> m_wanted;
+    std::optional<Ready> m_ready;
+    std::thread m_keeper;
 };
 
 } // namespace
 
-std::unique_ptr<ChildRunner> makePosixChildRunner(fs::path workFolder, SandboxFacts facts) {
-    return std::make_unique<PosixChildRunner>(std::move(workFolder), std::move(facts));
+std::unique_ptr<ChildRunner> makePosixChildRunner(fs::path workFolder, SandboxFacts facts,
+                                                  std::chrono::milliseconds readyFor) {
+    return std::make_unique<PosixChildRunner>(std::move(workFolder), std::move(facts), readyFor);
 }
 
 SandboxFacts sandboxOfThisMachine(const fs::path& workFolder, const std::string& program) {

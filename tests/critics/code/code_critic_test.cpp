@@ -349,6 +349,26 @@ TEST(CodeCritic, DeadCode) {
         critiqueCode);
 }
 
+TEST(CodeCritic, WhatIsDroppedOrShutOffInSoManyWordsIsLow) {
+    const auto severityOf = [](const std::string& text, const std::string& name,
+                               std::string_view rule) {
+        return onlyFinding(critiqueCode(textPart(text, name, "text/x-code")).findings, rule)
+            .severity;
+    };
+    EXPECT_EQ(severityOf("try { f(); } catch { }\n", "a.js", "code.swallowed_error"),
+              Severity::low);
+    EXPECT_EQ(severityOf("try { f(); } catch (e) { }\n", "a.js", "code.swallowed_error"),
+              Severity::medium);
+    EXPECT_EQ(severityOf("#if 0\nint x;\n#endif\n", "a.c", "code.dead_code"), Severity::low);
+    EXPECT_EQ(severityOf("if 0:\n    f()\n", "a.py", "code.dead_code"), Severity::medium);
+    EXPECT_TRUE(critiqueCode(textPart("try:\n    f.close()\nexcept Exception:\n    pass\n", "a.py",
+                                      "text/x-code"))
+                    .findings.empty());
+    EXPECT_FALSE(critiqueCode(textPart("try:\n    g()\n    f.close()\nexcept Exception:\n    pass\n",
+                                       "a.py", "text/x-code"))
+                     .findings.empty());
+}
+
 TEST(CodeCritic, SwallowedErrors) {
     const Rules swallowed = {"code.swallowed_error"};
     expectRules(

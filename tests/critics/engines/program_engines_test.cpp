@@ -81,6 +81,26 @@ TEST_F(ProgramEnginesTest, VersionsAreAskedForOnce) {
                 ElementsAre("/bin/bash --version", "/usr/bin/shellcheck --version"));
 }
 
+TEST_F(ProgramEnginesTest, OnlyThoseThatCouldReadTheWorkAreAskedForTheirVersion) {
+    finder.programs["node"] = "/usr/bin/node";
+    Part text = shell();
+    text.mimeType = "text/plain";
+    static_cast<void>(room.enginesFor(text, "text"));
+    static_cast<void>(room.absentFor(text, "text"));
+    EXPECT_THAT(runner.journal(), IsEmpty());
+    static_cast<void>(room.enginesFor(shell(), "code"));
+    EXPECT_THAT(runner.journal(),
+                ElementsAre("/bin/bash --version", "/usr/bin/shellcheck --version"));
+    room.probe({});
+    EXPECT_EQ(runner.journal().size(), 3U) << "each is asked once";
+    EXPECT_EQ(runner.journal().back(), "/usr/bin/node --version");
+}
+
+TEST_F(ProgramEnginesTest, AProbeThatIsStoppedAsksNobody) {
+    room.probe(stopped());
+    EXPECT_THAT(runner.journal(), IsEmpty());
+}
+
 TEST_F(ProgramEnginesTest, AnEngineLooksAtThePart) {
     const Critique critique = room.look("shellcheck", shell(), "code", {});
     EXPECT_THAT(rulesIn(critique.findings), ElementsAre("shellcheck.SC2086"));

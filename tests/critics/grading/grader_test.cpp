@@ -40,6 +40,9 @@ public:
         return result;
     }
 
+    void expect(const ChildRequest& request) override { expected.push_back(request); }
+
+    std::vector<ChildRequest> expected;
     std::size_t framesBeforeEnd = 1000;
     End end = End::exited;
     End endOfOwn = End::exited;
@@ -104,6 +107,11 @@ TEST_F(GraderTest, WithoutEnginesItIsWhatTheCriticsSay) {
     EXPECT_EQ(m_runner.runs, 1);
 }
 
+TEST_F(GraderTest, TheNextWorkIsExpectedWithoutAnythingOfThisOne) {
+    (void)graded(code({"a.py"}));
+    EXPECT_EQ(m_runner.expected, std::vector<ChildRequest>{GraderOptions().worker});
+}
+
 TEST_F(GraderTest, NothingIsGradedToo) {
     EXPECT_EQ(graded(Submission{}), critique(Submission{}));
     Submission empty = code({"a.py", "b.py"});
@@ -126,6 +134,30 @@ TEST_F(GraderTest, WhatEnginesFindIsAddedToTheirPart) {
     EXPECT_TRUE(misses(*critique, "mypy is not here"));
     EXPECT_TRUE(critique->coverage.known);
     EXPECT_EQ(critique->extent.lines, 4U);
+}
+
+TEST_F(GraderTest, TheLanguagesOwnParserKnowsBetterThanAGrammar) {
+    const auto grammarSpeaks = [](const std::optional<Critique>& critique) {
+        return critique && std::ranges::any_of(critique->findings, [](const Finding& finding) {
+            return finding.rule == "code.syntax";
+        });
+    };
+    if (!grammarSpeaks(graded(code({"a.py"})))) {
+        GTEST_SKIP() << "NOT RUN: this build has no grammar of Python";
+    }
+    Critique parser;
+    parser.coverage.checked({"Python", "3.11", "syntax, Python"});
+    m_engines.made["parsed"] = parser;
+    EXPECT_FALSE(grammarSpeaks(graded(code({"parsed.py"}))));
+    Critique linter;
+    linter.coverage.checked({"Ruff", "0.17", "meaning and security, Python"});
+    m_engines.made["linted"] = linter;
+    EXPECT_TRUE(grammarSpeaks(graded(code({"linted.py"}))));
+    parser.findings = {{Severity::high, "python.syntax", "syntax", "line 1, column 7", "x", "Bad."}};
+    m_engines.made["refused"] = parser;
+    const auto refused = graded(code({"refused.py"}));
+    ASSERT_TRUE(refused);
+    EXPECT_FALSE(refused->findings.empty());
 }
 
 TEST_F(GraderTest, AnEngineMakesKnownWhatTheCriticsDoNotKnow) {

@@ -223,6 +223,86 @@ TEST(Usage, IsWrong) {
                  "He has twenty years of work behind him."});
 }
 
+TEST(Usage, WordsThatSoundAlikeInATurnOfPhrase) {
+    expectFound("text.usage",
+                {"For all intensive purposes the work is done.",
+                 "The news peaked my interest at once.", "We were able to make due with less.",
+                 "They gave her free reign over the whole plan.",
+                 "This is a worse case scenario for the team.",
+                 "She slammed on the breaks before the bridge.",
+                 "They went threw all of the papers again.",
+                 "In a such situation we wait for help.", "There was very less water in the lake.",
+                 "If your looking for a room, call us.", "It is apart of our plan for May.",
+                 "Please bare with us until the work is done."});
+    expectSound({"To all intents and purposes the work is done.",
+                 "They let her reign over the whole land.",
+                 "In the worse case we wait for a day.", "They all wanted to, and we did too.",
+                 "She took the breaks that the rules allow.", "They threw all of the papers away.",
+                 "It is such a situation that we fear.", "There was much less water in the lake.",
+                 "If your looks matter to you, call us.", "They live far apart of late.",
+                 "Things were better then.", "He has a part of it, and it is worth the price.",
+                 "Put the coarse sand and a pile of coarse gravel here."});
+}
+
+TEST(Capitals, StandInsideASentenceBehindAComma) {
+    expectFound("text.capital", {"Likewise, The price of the house went up in May.",
+                                 "For a long time, They had no news of him at all."});
+    expectSound({"He said, This is the way to the sea.",
+                 "They live by the sea, The Hague is near, and they like it.",
+                 "We read The Times, The Post and the rest of them.",
+                 "For a long time, they had no news of him at all."});
+}
+
+TEST(Agreement, OfAPronounBehindAnAside) {
+    expectFound("text.agreement", {"In addition it have no door to the yard.",
+                                   "The professor oppose the plan of the school."});
+    expectSound({"Those who own it have a key to the yard.", "Let it have a door to the yard.",
+                 "Does it have a door to the yard?", "If we let it have a day it will be done."});
+}
+
+TEST(VerbForms, AfterOpenAdverbs) {
+    expectFound("text.verb_form", {"Heating will causes the water to rise.",
+                                   "They have considerably went beyond the plan."});
+    expectSound({"They are considerably better than the others.",
+                 "The family have gone, and the supply is low."});
+}
+
+TEST(ConfusedWords, TheSmallPronounBeforeAnyVerb) {
+    expectFound("text.confused_word", {"When i arrived at the sea it was late.",
+                                       "After the rain i gave her the key."});
+    expectSound({"If it costs more then the plan will fall.",
+                 "In June the work will effect the change."});
+}
+
+TEST(Number, OfWhatIsCertain) {
+    expectFound("text.number", {"They saw it in certain book about the sea.",
+                                "Every information about it is kept here."});
+    expectSound({"A certain book about the sea is lost.", "It is quite a different book of his.",
+                 "She talks of certain books and of different books.",
+                 "They met in the 1 2th and last week of it."});
+}
+
+/// A text with one slip and so many other words.
+std::string withOneSlip(std::size_t words) {
+    std::string text = "She don't like it.";
+    for (std::size_t i = 4; i < words; i += 5) text += " We saw it in May.";
+    return text;
+}
+
+TEST(Grammar, WeighsALoneSlipInAPageLow) {
+    const auto severityIn = [](const std::string& text) {
+        const std::vector<Finding> findings = critiqueText(textPart(text)).findings;
+        for (const Finding& finding : findings) {
+            if (finding.rule == "text.agreement") return finding.severity;
+        }
+        ADD_FAILURE() << "nothing found";
+        return Severity::critical;
+    };
+    EXPECT_EQ(severityIn(withOneSlip(90)), Severity::medium);
+    EXPECT_EQ(severityIn(withOneSlip(110)), Severity::low);
+    EXPECT_EQ(severityIn(withOneSlip(110) + " They was there."), Severity::medium);
+}
+
 TEST(Grammar, NamesTheRuleThePlaceAndTheWords) {
     const Finding finding =
         onlyFinding(critiqueText(textPart("The letter came.\nShe don't like it at all.")).findings,

@@ -10,7 +10,9 @@
 
 #include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <filesystem>
+#include <fstream>
 #include <memory>
 #include <stop_token>
 #include <string>
@@ -253,6 +255,118 @@ TEST_P(PosixChildRunnerTest, RunsManyAtOnce) {
     }
     for (std::thread& thread : threads) thread.join();
     EXPECT_EQ(right, 8);
+}
+
+/// Children that are begun before they are asked.
+class ReadyChildTest : public PosixChildRunnerTest {
+protected:
+    /// The folder of the child that was begun; empty when none was within five seconds.
+    std::string begun() const {
+        for (int i = 0; i < 5000; ++i) {
+            const auto folders = std::filesystem::directory_iterator(m_folder.path());
+            if (folders != end(folders)) return folders->path().filename().string();
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
+        return "";
+    }
+    bool becomesEmpty() const {
+        for (int i = 0; i < 5000; ++i) {
+            if (std::filesystem::is_empty(m_folder.path())) return true;
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
+        return false;
+    }
+    static ChildRequest reader() {
+        ChildRequest request = shell("pwd; cat");
+        request.input = "the work";
+        return request;
+    }
+};
+
+INSTANTIATE_TEST_SUITE_P(Shut, ReadyChildTest, testing::Bool(), [](const auto& shut) {
+    return std::string(shut.param ? "InByBubblewrap" : "InByLimits");
+});
+
+TEST_P(ReadyChildTest, IsTheOneThatIsAsked) {
+    m_runner->expect(reader());
+    const std::string folder = begun();
+    ASSERT_NE(folder, "");
+    const ChildResult result = run(reader());
+    EXPECT_EQ(result.end, End::exited) << result.errors;
+    EXPECT_NE(result.output.find(folder), std::string::npos) << result.output;
+    EXPECT_TRUE(result.output.ends_with("the work")) << result.output;
+    EXPECT_TRUE(std::filesystem::is_empty(m_folder.path()));
+    EXPECT_TRUE(run(reader()).output.ends_with("the work")) << "each is asked once";
+}
+
+TEST_P(ReadyChildTest, IsNotAskedForAnotherRequest) {
+    m_runner->expect(reader());
+    ASSERT_NE(begun(), "");
+    ChildRequest other = reader();
+    other.arguments.push_back("other");
+    EXPECT_EQ(run(other).output.find(begun()), std::string::npos);
+}
+
+TEST_P(ReadyChildTest, IsHeldToTheTimeOfItsWork) {
+    ChildRequest slow = shell("cat; sleep 60");
+    slow.limits.wall = std::chrono::milliseconds(300);
+    m_runner->expect(slow);
+    ASSERT_NE(begun(), "");
+    slow.input = "work";
+    const ChildResult result = run(slow);
+    EXPECT_EQ(result.end, End::outOfTime);
+    EXPECT_EQ(result.output, "work");
+}
+
+TEST_P(ReadyChildTest, ThatEndedByItselfIsBegunAnew) {
+    const ChildRequest hasty = shell("echo out; exit 3");
+    m_runner->expect(hasty);
+    ASSERT_NE(begun(), "");
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    const ChildResult result = run(hasty);
+    EXPECT_EQ(result.end, End::exited);
+    EXPECT_EQ(result.status, 3);
+    EXPECT_EQ(result.output, "out\n");
+}
+
+TEST_P(ReadyChildTest, IsNotUsedWhenWhatItMayReadHasChanged) {
+    const TemporaryFolder words;
+    const std::filesystem::path file = words.path() / "words";
+    std::ofstream(file) << "old";
+    ChildRequest request = shell("cat; cat " + file.string());
+    request.readable = {file.string()};
+    m_runner->expect(request);
+    ASSERT_NE(begun(), "");
+    std::ofstream(words.path() / "next") << "new one";
+    std::filesystem::rename(words.path() / "next", file);
+    EXPECT_EQ(run(request).output, "new one");
+}
+
+TEST_P(ReadyChildTest, EndsUnusedAfterAWhile) {
+    SandboxFacts facts = sandboxOfThisMachine(m_folder.path(), "/usr/bin/env");
+    if (!GetParam()) facts.bubblewrap.clear();
+    const auto runner =
+        makePosixChildRunner(m_folder.path(), facts, std::chrono::milliseconds(200));
+    runner->expect(reader());
+    ASSERT_NE(begun(), "");
+    EXPECT_TRUE(becomesEmpty());
+    EXPECT_TRUE(runner->run(reader()).output.ends_with("the work"));
+}
+
+TEST_P(ReadyChildTest, EndsWithItsRunner) {
+    m_runner->expect(reader());
+    ASSERT_NE(begun(), "");
+    m_runner.reset();
+    EXPECT_TRUE(std::filesystem::is_empty(m_folder.path()));
+}
+
+TEST_P(ReadyChildTest, ThatCannotBeBegunIsToldWhenItIsAsked) {
+    ChildRequest request;
+    request.program = "/nowhere/at/all";
+    m_runner->expect(request);
+    const ChildResult result = run(request);
+    // With bubblewrap it is that which ends, since it finds no such program.
+    EXPECT_TRUE(result.end == End::notStarted || (GetParam() && result.status != 0));
 }
 
 } // namespace

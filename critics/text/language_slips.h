@@ -1,0 +1,42 @@
+// What spelling and grammar find in one text, before it is weighed.
+//
+// A slip says the more, the less is written around it: what is alone in a page or more weighs low.
+// One text, one thread.
+
+#pragma once
+
+#include "critics/findings/finding_list.h"
+#include "critics/findings/rule.h"
+
+#include <cstddef>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace trevix {
+
+/// Words; in as many or more a lone slip weighs low. The page of the verdict's formula.
+constexpr std::size_t kWordsOfAPage = 100;
+
+class LanguageSlips {
+public:
+    /// As FindingList::add().
+    void add(GradedRule rule, std::size_t offset, std::size_t length, std::string says) {
+        m_slips.push_back({rule, offset, length, std::move(says)});
+    }
+
+    /// Hands all of them to `findings`; the text has so many words.
+    void weighInto(FindingList& findings, std::size_t words) const;
+
+private:
+    struct Slip {
+        GradedRule rule;
+        std::size_t offset;
+        std::size_t length;
+        std::string says;
+    };
+
+    std::vector<Slip> m_slips;
+};
+
+} // namespace trevix
