@@ -83,6 +83,19 @@ def iterate(run_id: str, parts: Sequence[Any], intent: str = "",
     return verdict._replace(notice=string(answer, "error"))
 
 
+def verdict_of(run_id: str, *, settings: Optional[settings_module.Settings] = None,
+               clock: Callable[[], float] = time.monotonic,
+               send: Callable = transport.send) -> Verdict:
+    """The verdict on a run as it stands."""
+    call = _Call(settings, None, None, REQUEST_TIMEOUT, clock, send, False)
+    answer = call.request("GET", "/api/v1/eval/runs/" + run_id)
+    if answer is None:
+        return failure(UNREACHABLE)
+    if call.refusal is not None:
+        return failure(string(answer, "error") or UNREACHABLE)._replace(status=call.refusal)
+    return verdict_from(answer["run"] if isinstance(answer.get("run"), dict) else answer, run_id)
+
+
 class _Call:
     """One grade or iterate: its surroundings and its clock."""
 
