@@ -1,5 +1,6 @@
 #include "service/http/http_api.h"
 
+#include "service/http/answers.h"
 #include "service/report/report_page.h"
 #include "service/setup/key_file.h"
 #include "service/wire.h"
@@ -68,31 +69,6 @@ bool needsKey(std::string_view path) {
     return path == "/api" || startsWith(path, "/api/");
 }
 
-// Said of every answer: it is private, it is what it says it is, and nobody may frame it or learn
-// the address that a link in it was followed from.
-HttpAnswer guarded(HttpAnswer answer) {
-    answer.headers.emplace_back("Cache-Control", "no-store");
-    answer.headers.emplace_back("X-Content-Type-Options", "nosniff");
-    answer.headers.emplace_back("Referrer-Policy", "no-referrer");
-    answer.headers.emplace_back("X-Frame-Options", "DENY");
-    answer.headers.emplace_back("Cross-Origin-Resource-Policy", "same-origin");
-    return answer;
-}
-
-HttpAnswer jsonAnswer(int status, std::string body) {
-    return guarded({status, "application/json", std::move(body), {}});
-}
-
-HttpAnswer errorAnswer(int status, std::string_view text) {
-    return jsonAnswer(status, errorJson(text));
-}
-
-HttpAnswer pageAnswer(int status, Page page) {
-    HttpAnswer answer = guarded({status, "text/html; charset=utf-8", std::move(page.html), {}});
-    answer.headers.emplace_back("Content-Security-Policy", page.contentSecurityPolicy);
-    return answer;
-}
-
 HttpAnswer queueFull() {
     HttpAnswer answer = errorAnswer(429, "too many jobs are waiting; try again in a while");
     answer.headers.emplace_back("Retry-After", "5");
@@ -124,7 +100,8 @@ bool isLoopbackHost(std::string_view host) {
 HttpApi::HttpApi(ApiOptions options, JobQueue& queue, RunStore& store)
     : m_options(std::move(options)),
       m_queue(queue),
-      m_store(store) {}
+      m_store(store),
+      m_user(UserFiles(m_options.dismissed, m_options.dictionary), store, m_options.nowMs) {}
 
 std::optional<HttpAnswer> HttpApi::refuse(const HttpHead& head) {
     const auto host = head.header("host");
@@ -141,21 +118,22 @@ std::optional<HttpAnswer> HttpApi::refuse(const HttpHead& head) {
             return answer;
         }
     }
+    if (UserActions::owns(head)) return m_user.refuse(head);
     const auto target = targetOf(head.path);
     if (!target) return errorAnswer(404, "there is nothing at this address");
     const bool cancels = target->route == Route::job && head.method == "DELETE";
     if (!target->isPost() && !cancels) {
         if (head.method == "GET" || head.method == "HEAD") return std::nullopt;
-        const bool job = target->route == Route::job;
-        HttpAnswer answer = errorAnswer(405, job ? "only GET and DELETE are possible here"
-                                                 : "only GET is possible here");
-        answer.headers.emplace_back("Allow", job ? "GET, HEAD, DELETE" : "GET, HEAD");
-        return answer;
+        if (target->route == Route::job) {
+            return wrongMethod("only GET and DELETE are possible here", "GET, HEAD, DELETE");
+        }
+        if (target->route == Route::console) {
+            return wrongMethod("only GET and POST are possible here", "GET, HEAD, POST");
+        }
+        return wrongMethod("only GET is possible here", "GET, HEAD");
     }
     if (!cancels && head.method != "POST") {
-        HttpAnswer answer = errorAnswer(405, "only POST is possible here");
-        answer.headers.emplace_back("Allow", "POST");
-        return answer;
+        return wrongMethod("only POST is possible here", "POST");
     }
     // Programs send no Origin; pages of this service have none but its own.
     const auto origins = head.headers.count("origin");
@@ -195,6 +173,7 @@ HttpAnswer HttpApi::problem(int status, std::string_view text) {
 }
 
 HttpAnswer HttpApi::route(const HttpHead& head, const std::string& body) {
+    if (UserActions::owns(head)) return m_user.answer(head, body);
     const auto target = targetOf(head.path);
     if (!target) return errorAnswer(404, "there is nothing at this address");
     switch (target->route) {
@@ -231,8 +210,9 @@ HttpAnswer HttpApi::submit(const std::string& body) {
 }
 
 HttpAnswer HttpApi::jobStatus(const std::string& jobId) {
-    const auto status = m_queue.status(jobId);
+    auto status = m_queue.status(jobId);
     if (!status) return errorAnswer(404, "there is no such job");
+    if (status->result) status->result = withUserSays(std::move(*status->result), m_user.says());
     return jsonAnswer(200, statusJson(*status));
 }
 
@@ -251,7 +231,7 @@ HttpAnswer HttpApi::cancelJob(const std::string& jobId) {
 HttpAnswer HttpApi::runRecord(const std::string& runId) {
     const auto run = m_store.run(runId);
     if (!run) return errorAnswer(404, "there is no such run");
-    return jsonAnswer(200, runJson(*run));
+    return jsonAnswer(200, runJson(withUserSays(*run, m_user.says())));
 }
 
 HttpAnswer HttpApi::iterate(const std::string& runId, const std::string& body) {
@@ -259,7 +239,7 @@ HttpAnswer HttpApi::iterate(const std::string& runId, const std::string& body) {
     if (const auto* error = std::get_if<WireError>(&parsed)) return errorAnswer(400, error->text);
     const auto outcome = m_queue.iterate(runId, std::move(std::get<IterateRequest>(parsed)), body);
     if (const auto* done = std::get_if<Iterated>(&outcome)) {
-        return jsonAnswer(200, iterationJson(done->run, done->number));
+        return jsonAnswer(200, iterationJson(withUserSays(done->run, m_user.says()), done->number));
     }
     if (std::holds_alternative<NoSuchRun>(outcome)) return errorAnswer(404, "there is no such run");
     if (std::holds_alternative<QueueFull>(outcome)) return queueFull();
@@ -273,7 +253,7 @@ HttpAnswer HttpApi::report(const HttpHead& head) {
     const auto named = head.query.find("run");
     if (named == head.query.end()) return pageAnswer(404, noSuchRunPage());
     const auto run = m_store.run(named->second);
-    return run ? pageAnswer(200, reportPage(*run)) : pageAnswer(404, noSuchRunPage());
+    return run ? m_user.report(*run) : pageAnswer(404, noSuchRunPage());
 }
 
 HttpAnswer HttpApi::connect(const HttpHead& head) {

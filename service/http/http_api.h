@@ -6,6 +6,7 @@
 //   GET  /api/v1/eval/runs/ID            the graded work with all its versions         key
 //   POST /api/v1/eval/runs/ID/iterate    a revision; answers when it is judged         key
 //   GET  /console?run=ID                 the report, for a browser
+//   and what a person says about findings, see user_actions.h
 //   GET  /connect                        where the key is and how to use it, for a browser
 //   GET  /                               what this is, for a browser
 //   GET  /brask/app-catalog.json         the application catalog
@@ -21,11 +22,13 @@
 #pragma once
 
 #include "service/http/http_server.h"
+#include "service/http/user_actions.h"
 #include "service/job_queue.h"
 #include "service/store/run_store.h"
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -34,8 +37,11 @@ namespace trevix {
 
 struct ApiOptions {
     std::string key;
-    std::filesystem::path keyFile; ///< To be shown to people; empty when the key is in no file.
-    std::filesystem::path catalog; ///< Read anew for every request; empty for none.
+    std::filesystem::path keyFile;    ///< To be shown to people; empty when the key is in no file.
+    std::filesystem::path catalog;    ///< Read anew for every request; empty for none.
+    std::filesystem::path dismissed;  ///< See user_files.h; empty where there is no home folder.
+    std::filesystem::path dictionary; ///< Likewise.
+    std::function<std::int64_t()> nowMs = [] { return std::int64_t{0}; }; ///< Since 1970, UTC.
 };
 
 class HttpApi final : public HttpHandler {
@@ -62,6 +68,7 @@ private:
     const ApiOptions m_options;
     JobQueue& m_queue;
     RunStore& m_store;
+    UserActions m_user;
 };
 
 /// Whether a Host header names this machine's loopback, with or without a port.
