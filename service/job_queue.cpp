@@ -1,6 +1,7 @@
 #include "service/job_queue.h"
 
 #include "critics/findings/verdict_rule.h"
+#include "service/kept_work.h"
 #include "service/store/random_id.h"
 #include "service/verdict_limits.h"
 #include "service/wire.h"
@@ -314,11 +315,13 @@ void JobQueue::judgeWork(const PendingJob& job, const SubmitRequest& request,
     const Submission& submission = request.submission;
     auto first = verdict(job, submission, cancel);
     if (!first) return;
-    m_store.finishGrade(job.id, {newRunId(),
-                                 cutTo(submission.modality, kLongestText),
-                                 cutTo(submission.vertical, kLongestText),
-                                 cutTo(request.policyId, kLongestText),
-                                 {std::move(*first)}});
+    m_store.finishGrade(job.id,
+                        {newRunId(),
+                         cutTo(submission.modality, kLongestText),
+                         cutTo(submission.vertical, kLongestText),
+                         cutTo(request.policyId, kLongestText),
+                         {std::move(*first)}},
+                        toKeep(submission));
 }
 
 void JobQueue::judgeRevision(const PendingJob& job, IterateRequest& request,
@@ -332,7 +335,11 @@ void JobQueue::judgeRevision(const PendingJob& job, IterateRequest& request,
     submission.modality = run->modality;
     submission.vertical = run->vertical;
     const auto revision = verdict(job, submission, cancel);
-    if (revision) m_store.finishIterate(job.id, job.runId, *revision);
+    if (revision) m_store.finishIterate(job.id, job.runId, *revision, toKeep(submission));
+}
+
+KeptWork JobQueue::toKeep(const Submission& work) const {
+    return m_options.keepWork.count() > 0 ? keptWork(work.parts) : KeptWork();
 }
 
 void JobQueue::tidy() {
@@ -344,6 +351,12 @@ void JobQueue::tidy() {
         if (m_options.keep.count() > 0 && due) {
             if (m_store.believesClock(now)) m_store.prune(now - m_options.keep.count());
             m_lastPruneMs = now;
+        }
+        // At every pause: what is no longer to be kept is not kept a day longer.
+        if (m_options.keepWork.count() > 0) {
+            m_store.dropWork(now - m_options.keepWork.count(), kMostKept);
+        } else {
+            m_store.dropWork(now, 0);
         }
         m_store.giveBackRoom();
     } catch (const StoreError& error) {

@@ -55,6 +55,8 @@ struct QueueOptions {
     std::uint64_t maxHeldBytes = std::uint64_t{64} << 20U;
     /// Runs are forgotten this long after their last version; zero keeps them for good.
     std::chrono::milliseconds keep{0};
+    /// The work itself is kept this long after its verdict, see kept_work.h; zero keeps none.
+    std::chrono::milliseconds keepWork{0};
     std::chrono::milliseconds storeRetry{1000}; ///< Between attempts while the store cannot write.
 
     std::size_t atOnce = 1; ///< Jobs graded at the same time.
@@ -152,6 +154,7 @@ private:
     /// The verdict on the work; absent when the job was cancelled, which is then on the disk.
     [[nodiscard]] std::optional<Iteration> verdict(const PendingJob& job, const Submission& work,
                                                    const std::stop_token& cancel);
+    [[nodiscard]] KeptWork toKeep(const Submission& work) const;
     void tidy();
     void log(const std::string& line) const;
 

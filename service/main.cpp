@@ -103,6 +103,16 @@ int serve(const CommandLine& line, const fs::path& self, const fs::path& data,
         api.key = std::get<Key>(key).text;
     }
 
+    const fs::path home = environment("HOME").value_or("");
+    const fs::path config =
+        kelvane::text::xdgConfigHome(environment("XDG_CONFIG_HOME").value_or(""), home) / "kelvane";
+    const fs::path words = config / "dictionary.txt";
+    if (config.is_absolute()) {
+        api.dictionary = words;
+        api.dismissed = config / "dismissed.tsv";
+    }
+    api.nowMs = nowMs;
+
     auto opened = RunStore::open(data / "runs.db", nowMs());
     notice(opened.notice);
 
@@ -110,17 +120,15 @@ int serve(const CommandLine& line, const fs::path& self, const fs::path& data,
     const sigset_t signals = endSignals();
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);
 
-    const fs::path home = environment("HOME").value_or("");
     MachineGrader critics(
         {self, data / "work", home,
-         kelvane::text::xdgDataHome(environment("XDG_DATA_HOME").value_or(""), home),
-         kelvane::text::xdgConfigHome(environment("XDG_CONFIG_HOME").value_or(""), home) /
-             "kelvane/dictionary.txt",
+         kelvane::text::xdgDataHome(environment("XDG_DATA_HOME").value_or(""), home), words,
          environment("TESSDATA_PREFIX").value_or("")});
 
     QueueOptions queueOptions;
     queueOptions.maxWaiting = line.queue;
     queueOptions.keep = std::chrono::hours(24) * line.keepDays;
+    queueOptions.keepWork = std::chrono::hours(24) * line.keepWorkDays;
     queueOptions.atOnce = kJobsAtOnce;
     queueOptions.critic = [&](const Submission& submission, const std::stop_token& cancel,
                               const std::function<void(const GradingProgress&)>& progress) {

@@ -141,6 +141,17 @@ json flawsJson(const std::vector<Finding>& findings) {
     return flaws;
 }
 
+json dismissedJson(const std::vector<DismissedFinding>& dismissed) {
+    json flaws = json::array();
+    for (const DismissedFinding& one : dismissed) {
+        json flaw = flawJson(one.finding);
+        flaw["reason"] = one.byDictionary ? "the word is in the dictionary" : one.reason;
+        flaw["dismissed_at"] = one.when;
+        flaws.push_back(std::move(flaw));
+    }
+    return flaws;
+}
+
 json coverageJson(const Coverage& coverage) {
     json checked = json::array();
     for (const CheckedBy& by : coverage.checkedBy) {
@@ -158,7 +169,8 @@ json verdictJson(const Iteration& iteration) {
                     {"decision", name(iteration.band)},
                     {"score", iteration.score},
                     {"findings", iteration.findings.size()},
-                    {"flaws", flawsJson(iteration.findings)}};
+                    {"flaws", flawsJson(iteration.findings)},
+                    {"dismissed", dismissedJson(iteration.dismissed)}};
     verdict.update(coverageJson(iteration.coverage));
     return verdict;
 }
@@ -217,6 +229,42 @@ std::variant<IterateRequest, WireError> parseIterate(std::string_view body) {
     } catch (const Unusable& unusable) {
         return WireError{unusable.text};
     }
+}
+
+std::variant<Dismissal, WireError> parseDismissal(std::string_view body) {
+    try {
+        json object = parseBody(body);
+        Dismissal dismissal;
+        dismissal.rule = requiredString(object, "rule");
+        if (dismissal.rule.empty()) throw Unusable{"rule must not be empty"};
+        dismissal.evidence = withoutPlaces(optionalString(object, "evidence").value_or(""));
+        dismissal.place = optionalString(object, "place").value_or("");
+        dismissal.reason = optionalString(object, "reason").value_or("");
+        return dismissal;
+    } catch (const Unusable& unusable) {
+        return WireError{unusable.text};
+    }
+}
+
+std::variant<std::string, WireError> parseWord(std::string_view body) {
+    try {
+        json object = parseBody(body);
+        return requiredString(object, "word");
+    } catch (const Unusable& unusable) {
+        return WireError{unusable.text};
+    }
+}
+
+std::string dismissalsJson(const std::vector<Dismissal>& dismissals) {
+    json list = json::array();
+    for (const Dismissal& one : dismissals) {
+        list.push_back({{"rule", one.rule},
+                        {"evidence", one.evidence},
+                        {"place", one.place},
+                        {"reason", one.reason},
+                        {"dismissed_at", one.when}});
+    }
+    return dump({{"dismissals", std::move(list)}});
 }
 
 std::vector<PartSummary> summarize(const std::vector<Part>& parts) {

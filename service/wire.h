@@ -5,6 +5,7 @@
 
 #pragma once
 
+#include "critics/findings/dismissal.h"
 #include "critics/findings/finding.h"
 #include "service/store/job_status.h"
 #include "service/store/run_record.h"
@@ -47,6 +48,14 @@ using JobRequest = std::variant<SubmitRequest, IterateRequest>;
 [[nodiscard]] std::variant<SubmitRequest, WireError> parseSubmit(std::string_view body);
 [[nodiscard]] std::variant<IterateRequest, WireError> parseIterate(std::string_view body);
 
+/// {"rule", "evidence", "place", "reason"}: the rule is required. The evidence is as a finding has
+/// it or as a dismissal has it; what only tells its place is taken out.
+[[nodiscard]] std::variant<Dismissal, WireError> parseDismissal(std::string_view body);
+/// {"word"}
+[[nodiscard]] std::variant<std::string, WireError> parseWord(std::string_view body);
+/// {"dismissals": [{"rule", "evidence", "place", "reason", "dismissed_at"}]}
+[[nodiscard]] std::string dismissalsJson(const std::vector<Dismissal>& dismissals);
+
 /// Names, types and decoded sizes.
 [[nodiscard]] std::vector<PartSummary> summarize(const std::vector<Part>& parts);
 
@@ -63,7 +72,7 @@ using JobRequest = std::variant<SubmitRequest, IterateRequest>;
 /// {"status", "progress": {"warming", "position"}}, while it is judged also how many of those who
 /// judge are "done", "of" how many, and who is "running"; when the job is over "run_id" and
 /// "result_summary", or "error". A verdict names who judged ("checked_by") and what nobody here
-/// could judge ("not_checked").
+/// could judge ("not_checked"), and lists as "dismissed" what the person said is no flaw.
 [[nodiscard]] std::string statusJson(const JobStatus& status);
 /// {"run": …}: the verdict as it stands, that of the first version, and each revision with what it
 /// fixed, what remains and what is new.

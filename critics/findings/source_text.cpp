@@ -73,6 +73,22 @@ std::string SourceText::place(std::size_t offset, std::size_t length) const {
     return "line " + std::to_string(line + 1) + ", column " + std::to_string(column);
 }
 
+std::size_t SourceText::offsetOf(std::size_t line, std::size_t column) const {
+    const std::size_t start = m_lineStarts[line];
+    const std::size_t end = lineEnd(line);
+    if (column <= 1 || start == end) return start;
+    const std::size_t wanted = codePointsBefore(start) + column - 1;
+    // The last block with no more code points before it; the one wanted begins in it.
+    const auto after =
+        std::upper_bound(m_codePointsAtBlock.begin(), m_codePointsAtBlock.end(), wanted);
+    const auto block = static_cast<std::size_t>(after - m_codePointsAtBlock.begin()) - 1;
+    std::size_t seen = m_codePointsAtBlock[block];
+    for (std::size_t at = block * kBlock; at < end; ++at) {
+        if (startsCodePoint(m_text[at]) && seen++ == wanted) return std::max(at, start);
+    }
+    return end;
+}
+
 std::string SourceText::linePlace(std::size_t offset) const {
     offset = std::min(offset, m_text.size());
     if (m_namer) return m_namer(offset, 0);

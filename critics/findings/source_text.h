@@ -42,6 +42,10 @@ public:
     /// "line 12, column 5", or what the namer of places says.
     [[nodiscard]] std::string place(std::size_t offset, std::size_t length = 0) const;
 
+    /// Where the column of the line begins, columns being counted from 1; the end of the line for
+    /// one that it does not have. The other way round from `place`.
+    [[nodiscard]] std::size_t offsetOf(std::size_t line, std::size_t column) const;
+
     /// "line 12", or what the namer of places says.
     [[nodiscard]] std::string linePlace(std::size_t offset) const;
 

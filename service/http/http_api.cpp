@@ -1,5 +1,6 @@
 #include "service/http/http_api.h"
 
+#include "service/http/answers.h"
 #include "service/report/report_page.h"
 #include "service/setup/key_file.h"
 #include "service/setup/key_proof.h"
@@ -90,31 +91,6 @@ bool needsKey(std::string_view path) {
     return path == "/api" || (startsWith(path, "/api/") && path != kProof);
 }
 
-// Said of every answer: it is private, it is what it says it is, and nobody may frame it or learn
-// the address that a link in it was followed from.
-HttpAnswer guarded(HttpAnswer answer) {
-    answer.headers.emplace_back("Cache-Control", "no-store");
-    answer.headers.emplace_back("X-Content-Type-Options", "nosniff");
-    answer.headers.emplace_back("Referrer-Policy", "no-referrer");
-    answer.headers.emplace_back("X-Frame-Options", "DENY");
-    answer.headers.emplace_back("Cross-Origin-Resource-Policy", "same-origin");
-    return answer;
-}
-
-HttpAnswer jsonAnswer(int status, std::string body) {
-    return guarded({status, "application/json", std::move(body), {}});
-}
-
-HttpAnswer errorAnswer(int status, std::string_view text) {
-    return jsonAnswer(status, errorJson(text));
-}
-
-HttpAnswer pageAnswer(int status, Page page) {
-    HttpAnswer answer = guarded({status, "text/html; charset=utf-8", std::move(page.html), {}});
-    answer.headers.emplace_back("Content-Security-Policy", page.contentSecurityPolicy);
-    return answer;
-}
-
 // The value of the cookie of this name in a Cookie header.
 std::optional<std::string_view> cookieIn(std::string_view header, std::string_view name) {
     while (!header.empty()) {
@@ -162,7 +138,8 @@ HttpApi::HttpApi(ApiOptions options, JobQueue& queue, RunStore& store)
     : m_options(std::move(options)),
       m_gate(m_options.now),
       m_queue(queue),
-      m_store(store) {}
+      m_store(store),
+      m_user(UserFiles(m_options.dismissed, m_options.dictionary), store, m_options.nowMs) {}
 
 std::optional<HttpAnswer> HttpApi::refuse(const HttpHead& head) {
     const auto host = head.header("host");
@@ -179,21 +156,22 @@ std::optional<HttpAnswer> HttpApi::refuse(const HttpHead& head) {
             return answer;
         }
     }
+    if (UserActions::owns(head)) return m_user.refuse(head);
     const auto target = targetOf(head.path);
     if (!target) return errorAnswer(404, "there is nothing at this address");
     const bool cancels = target->route == Route::job && head.method == "DELETE";
     if (!target->isPost() && !cancels) {
         if (head.method == "GET" || head.method == "HEAD") return std::nullopt;
-        const bool job = target->route == Route::job;
-        HttpAnswer answer = errorAnswer(405, job ? "only GET and DELETE are possible here"
-                                                 : "only GET is possible here");
-        answer.headers.emplace_back("Allow", job ? "GET, HEAD, DELETE" : "GET, HEAD");
-        return answer;
+        if (target->route == Route::job) {
+            return wrongMethod("only GET and DELETE are possible here", "GET, HEAD, DELETE");
+        }
+        if (target->route == Route::console) {
+            return wrongMethod("only GET and POST are possible here", "GET, HEAD, POST");
+        }
+        return wrongMethod("only GET is possible here", "GET, HEAD");
     }
     if (!cancels && head.method != "POST") {
-        HttpAnswer answer = errorAnswer(405, "only POST is possible here");
-        answer.headers.emplace_back("Allow", "POST");
-        return answer;
+        return wrongMethod("only POST is possible here", "POST");
     }
     // Programs send no Origin; pages of this service have none but its own.
     const auto origins = head.headers.count("origin");
@@ -226,6 +204,7 @@ HttpAnswer HttpApi::problem(int status, std::string_view text) {
 }
 
 HttpAnswer HttpApi::route(const HttpHead& head, const std::string& body) {
+    if (UserActions::owns(head)) return m_user.answer(head, body);
     const auto target = targetOf(head.path);
     if (!target) return errorAnswer(404, "there is nothing at this address");
     switch (target->route) {
@@ -266,8 +245,9 @@ HttpAnswer HttpApi::submit(const std::string& body) {
 }
 
 HttpAnswer HttpApi::jobStatus(const std::string& jobId) {
-    const auto status = m_queue.status(jobId);
+    auto status = m_queue.status(jobId);
     if (!status) return errorAnswer(404, "there is no such job");
+    if (status->result) status->result = withUserSays(std::move(*status->result), m_user.says());
     return jsonAnswer(200, statusJson(*status));
 }
 
@@ -286,7 +266,7 @@ HttpAnswer HttpApi::cancelJob(const std::string& jobId) {
 HttpAnswer HttpApi::runRecord(const std::string& runId) {
     const auto run = m_store.run(runId);
     if (!run) return errorAnswer(404, "there is no such run");
-    return jsonAnswer(200, runJson(*run));
+    return jsonAnswer(200, runJson(withUserSays(*run, m_user.says())));
 }
 
 HttpAnswer HttpApi::iterate(const std::string& runId, const std::string& body) {
@@ -295,7 +275,7 @@ HttpAnswer HttpApi::iterate(const std::string& runId, const std::string& body) {
     if (const auto* error = std::get_if<WireError>(&parsed)) return errorAnswer(400, error->text);
     const auto outcome = m_queue.iterate(runId, std::move(std::get<IterateRequest>(parsed)), body);
     if (const auto* done = std::get_if<Iterated>(&outcome)) {
-        return jsonAnswer(200, iterationJson(done->run, done->number));
+        return jsonAnswer(200, iterationJson(withUserSays(done->run, m_user.says()), done->number));
     }
     if (std::holds_alternative<NoSuchRun>(outcome)) return errorAnswer(404, "there is no such run");
     if (std::holds_alternative<QueueFull>(outcome)) return queueFull();
@@ -343,7 +323,7 @@ HttpAnswer HttpApi::report(const HttpHead& head) {
     }
     if (!mayRead(head, runId)) return pageAnswer(403, closedReportPage());
     const auto run = m_store.run(runId);
-    return run ? pageAnswer(200, reportPage(*run)) : pageAnswer(404, noSuchRunPage());
+    return run ? m_user.report(*run) : pageAnswer(404, noSuchRunPage());
 }
 
 bool HttpApi::mayRead(const HttpHead& head, const std::string& runId) {

@@ -8,6 +8,7 @@
 //   POST /api/v1/eval/runs/ID/ticket     an address that opens the report once         key
 //   GET  /api/v1/proof?nonce=...         that this service knows the key
 //   GET  /console?run=ID                 the report, for a browser                     see below
+//   and what a person says about findings, see user_actions.h
 //   GET  /connect                        where the key is and how to use it, for a browser
 //   GET  /                               what this is, for a browser
 //   GET  /brask/app-catalog.json         the application catalog
@@ -27,6 +28,7 @@
 #include "service/http/http_server.h"
 #include "service/http/peer_user.h"
 #include "service/http/report_gate.h"
+#include "service/http/user_actions.h"
 #include "service/job_queue.h"
 #include "service/store/run_store.h"
 
@@ -42,8 +44,11 @@ namespace trevix {
 
 struct ApiOptions {
     std::string key;
-    std::filesystem::path keyFile; ///< To be shown to people; empty when the key is in no file.
-    std::filesystem::path catalog; ///< Read anew for every request; empty for none.
+    std::filesystem::path keyFile;    ///< To be shown to people; empty when the key is in no file.
+    std::filesystem::path catalog;    ///< Read anew for every request; empty for none.
+    std::filesystem::path dismissed;  ///< See user_files.h; empty where there is no home folder.
+    std::filesystem::path dictionary; ///< Likewise.
+    std::function<std::int64_t()> nowMs = [] { return std::int64_t{0}; }; ///< Since 1970, UTC.
     /// For how long tickets last.
     std::function<ReportGate::Instant()> now = [] { return std::chrono::steady_clock::now(); };
     /// See userOfTcpPeer().
@@ -84,6 +89,7 @@ private:
     ReportGate m_gate;
     JobQueue& m_queue;
     RunStore& m_store;
+    UserActions m_user;
 };
 
 /// Whether a Host header names this machine's loopback, with or without a port.

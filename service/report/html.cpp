@@ -6,6 +6,20 @@
 
 namespace trevix {
 
+namespace {
+
+std::string openTag(std::string_view tag, std::initializer_list<Attribute> attributes) {
+    std::string markup("<");
+    markup.append(tag);
+    for (const Attribute& attribute : attributes) {
+        markup.append(" ").append(attribute.name).append("=\"");
+        markup.append(htmlText(attribute.value)).append("\"");
+    }
+    return markup.append(">");
+}
+
+} // namespace
+
 Html::Html(std::string_view text) : m_markup(htmlText(text)) {}
 
 Html& Html::operator+=(const Html& more) {
@@ -17,20 +31,15 @@ Html element(std::string_view tag, std::initializer_list<Attribute> attributes,
              std::initializer_list<Html> content) {
     Html made;
     std::string& markup = made.m_markup;
-    markup.append("<").append(tag);
-    for (const Attribute& attribute : attributes) {
-        markup.append(" ").append(attribute.name).append("=\"");
-        markup.append(htmlText(attribute.value)).append("\"");
-    }
-    markup.append(">");
+    markup = openTag(tag, attributes);
     for (const Html& piece : content) made += piece;
     markup.append("</").append(tag).append(">");
     return made;
 }
 
-Html lineBreak() {
+Html voidElement(std::string_view tag, std::initializer_list<Attribute> attributes) {
     Html made;
-    made.m_markup = "<br>";
+    made.m_markup = openTag(tag, attributes);
     return made;
 }
 

@@ -31,7 +31,7 @@ public:
 private:
     friend Html element(std::string_view, std::initializer_list<struct Attribute>,
                         std::initializer_list<Html>);
-    friend Html lineBreak();
+    friend Html voidElement(std::string_view, std::initializer_list<struct Attribute>);
     friend Html filled(const page_files::PageFile&,
                        std::initializer_list<std::pair<std::string_view, Html>>);
 
@@ -47,7 +47,12 @@ struct Attribute {
 [[nodiscard]] Html element(std::string_view tag, std::initializer_list<Attribute> attributes,
                            std::initializer_list<Html> content);
 
-[[nodiscard]] Html lineBreak();
+/// A tag without content or end: "br", "input".
+[[nodiscard]] Html voidElement(std::string_view tag, std::initializer_list<Attribute> attributes);
+
+[[nodiscard]] inline Html lineBreak() {
+    return voidElement("br", {});
+}
 
 /// The file's markup with every "{{name}}" replaced by the piece of that name. A name that no piece
 /// has is replaced by nothing, and a piece that the file does not name is left out.

@@ -12,8 +12,11 @@ struct PageFile {
     std::string_view markup;
 };
 
-extern const PageFile kPage;      ///< title, nonce, style, content
+extern const PageFile kPage;      ///< title, nonce, style, content, script
 extern const PageFile kStyle;     ///< Fills in the page's style.
+extern const PageFile kScript;    ///< nonce, report
+extern const PageFile kReport;    ///< Fills in the script of a report.
+extern const PageFile kFilter;    ///< critical, high, medium, low: how many there are
 extern const PageFile kRing;      ///< band, score, value
 extern const PageFile kRingValue; ///< hundredths
 extern const PageFile kNoSuchRun;

@@ -36,6 +36,10 @@ std::optional<std::string> take(CommandLine& line, const std::string& option,
         const auto days = numberIn<int>(value, 0, 36500);
         if (!days) return "--keep-days needs a number from 0 to 36500";
         line.keepDays = *days;
+    } else if (option == "--keep-work") {
+        const auto days = numberIn<int>(value, 0, 365);
+        if (!days) return "--keep-work needs a number from 0 to 365";
+        line.keepWorkDays = *days;
     } else if (value.empty()) {
         return option + " needs a value";
     } else if (option == "--data") {
@@ -93,7 +97,7 @@ std::variant<CommandLine, UsageError> parseCommandLine(const std::vector<std::st
         }
         if (option != "--port" && option != "--data" && option != "--key" &&
             option != "--catalog" && option != "--socket" && option != "--queue" &&
-            option != "--keep-days") {
+            option != "--keep-days" && option != "--keep-work") {
             return UsageError{"unknown option " + arguments[i]};
         }
         if (!value) {
@@ -124,6 +128,8 @@ on a Unix socket of its user.
   --catalog FILE  served as /brask/app-catalog.json (default: the one of the product)
   --queue N       jobs that may wait (default 256)
   --keep-days N   forget runs N days after their last version; 0 keeps them (default 365)
+  --keep-work N   keep the judged work itself N days, to show it with its flaws marked; 0 keeps
+                  nothing of it (default 7)
   --print-key     print the key, making it when there is none yet, and exit
   --engines       print who judges work here, and how to get those who are not, and exit
   --json          print that as JSON

@@ -28,6 +28,7 @@ struct CommandLine {
     std::optional<std::string> socket; ///< Path of the Unix socket; "none" for none.
     std::size_t queue = 256;
     int keepDays = 365;      ///< 0: for good.
+    int keepWorkDays = 7;    ///< The work itself. 0: not at all.
     bool json = false;       ///< Of the engines: for programs.
     bool ownReaders = false; ///< Of a worker: only readers that were written for this service.
 

@@ -1,13 +1,15 @@
 // The graded work as the service remembers it.
 //
-// Plain values; any thread. The work itself is not kept: a finding carries the evidence that it
-// rests on.
+// Plain values; any thread. A finding carries the evidence that it rests on; the work itself is a
+// value of its own, kept for a while or not at all.
 
 #pragma once
 
 #include "critics/findings/critique.h"
+#include "critics/findings/dismissal.h"
 #include "critics/findings/verdict_rule.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -23,6 +25,18 @@ struct PartSummary {
     bool operator==(const PartSummary&) const = default;
 };
 
+/// A part of the work as it is kept to be shown with its flaws marked.
+struct KeptPart {
+    std::size_t ordinal = 0; ///< Which part of the work it is, from 0.
+    bool isText = true;
+    std::string bytes; ///< Of a text with its secrets blotted out, see service/kept_work.h.
+
+    bool operator==(const KeptPart&) const = default;
+};
+
+/// What is kept of one version, by ordinal; a part that is not kept is missing.
+using KeptWork = std::vector<KeptPart>;
+
 /// The verdict on one version of the work.
 struct Iteration {
     int number = 0;             ///< 0 is the work as first submitted, 1 the first revision.
@@ -34,6 +48,9 @@ struct Iteration {
     std::vector<Finding> findings;
     Extent extent;     ///< How much work it was. All zero for verdicts before this was kept.
     Coverage coverage; ///< Who judged it. Empty, and known, for verdicts before this was kept.
+    /// What the person has dismissed, see withUserSays(). Not stored here: the store knows what was
+    /// found.
+    std::vector<DismissedFinding> dismissed = {};
 
     bool operator==(const Iteration&) const = default;
 };
@@ -50,5 +67,10 @@ struct RunRecord {
 
     bool operator==(const RunRecord&) const = default;
 };
+
+/// The verdict as it is without what the person has dismissed: those findings are put aside, and
+/// where there are any, score and band are those of the rest.
+[[nodiscard]] Iteration withUserSays(Iteration iteration, const UserSays& says);
+[[nodiscard]] RunRecord withUserSays(RunRecord run, const UserSays& says);
 
 } // namespace trevix

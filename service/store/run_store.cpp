@@ -15,7 +15,7 @@ namespace trevix {
 
 namespace {
 
-constexpr int kSchemaVersion = 2;
+constexpr int kSchemaVersion = 3;
 constexpr int kApplicationId = 0x54525658; // "TRVX": SQLite's mark of whose file it is.
 // Milliseconds to wait for the lock of another program that looks into the file.
 constexpr int kBusyTimeoutMs = 5000;
@@ -108,6 +108,23 @@ CREATE TABLE IF NOT EXISTS clock (
 );
 )sql";
 
+// From format 2 to 3: the work that reports show. With a row number: large values are kept apart
+// from what is looked at to find them.
+constexpr const char* kWorks = R"sql(
+CREATE TABLE works (
+  run_id     TEXT NOT NULL,
+  number     INTEGER NOT NULL,
+  ordinal    INTEGER NOT NULL,
+  is_text    INTEGER NOT NULL,
+  bytes      BLOB NOT NULL,
+  PRIMARY KEY (run_id, number, ordinal),
+  FOREIGN KEY (run_id, number) REFERENCES iterations(run_id, number) ON DELETE CASCADE
+);
+)sql";
+
+// The latest version and the one before, which it is compared with.
+constexpr int kVersionsWithWork = 2;
+
 Severity severityOf(std::int64_t stored) {
     switch (stored) {
     case 3:
@@ -196,6 +213,23 @@ void insertIteration(sqlite3* db, const std::string& runId, int number, const It
     }
 }
 
+void insertWork(sqlite3* db, const std::string& runId, int number, const KeptWork& work) {
+    Statement(db, "DELETE FROM works WHERE run_id = ? AND number <= ?")
+        .bind(runId)
+        .bind(std::int64_t{number} - kVersionsWithWork)
+        .run();
+    for (const KeptPart& part : work) {
+        Statement(db, "INSERT INTO works (run_id, number, ordinal, is_text, bytes) "
+                      "VALUES (?, ?, ?, ?, ?)")
+            .bind(runId)
+            .bind(std::int64_t{number})
+            .bind(static_cast<std::int64_t>(part.ordinal))
+            .bind(std::int64_t{part.isText ? 1 : 0})
+            .bindBlob(part.bytes)
+            .run();
+    }
+}
+
 void completeJob(sqlite3* db, const std::string& jobId, const std::string& runId, int number,
                  std::int64_t nowMs) {
     Statement(db, "UPDATE jobs SET status = 'completed', run_id = ?, iteration = ?, finished = ?, "
@@ -276,6 +310,7 @@ private:
         Transaction transaction(m_db);
         if (version < 1) execute(m_db, kSchema);
         if (version < 2) execute(m_db, kCoverageColumns);
+        if (version < 3) execute(m_db, kWorks);
         execute(m_db, "PRAGMA application_id = " + std::to_string(kApplicationId));
         execute(m_db, "PRAGMA user_version = " + std::to_string(kSchemaVersion));
         transaction.commit();
@@ -375,7 +410,7 @@ int RunStore::beginAttempt(const std::string& jobId) {
     return attempts;
 }
 
-void RunStore::finishGrade(const std::string& jobId, const RunRecord& run) {
+void RunStore::finishGrade(const std::string& jobId, const RunRecord& run, const KeptWork& work) {
     const auto lock = m_database->lock();
     sqlite3* db = m_database->handle();
     Transaction transaction(db);
@@ -386,12 +421,13 @@ void RunStore::finishGrade(const std::string& jobId, const RunRecord& run) {
         .bind(run.policyId)
         .run();
     insertIteration(db, run.id, 0, run.iterations.front());
+    insertWork(db, run.id, 0, work);
     completeJob(db, jobId, run.id, 0, run.iterations.front().createdMs);
     transaction.commit();
 }
 
 int RunStore::finishIterate(const std::string& jobId, const std::string& runId,
-                            const Iteration& iteration) {
+                            const Iteration& iteration, const KeptWork& work) {
     const auto lock = m_database->lock();
     sqlite3* db = m_database->handle();
     Transaction transaction(db);
@@ -405,9 +441,50 @@ int RunStore::finishIterate(const std::string& jobId, const std::string& runId,
         number = static_cast<int>(statement.integer(0));
     }
     insertIteration(db, runId, number, iteration);
+    insertWork(db, runId, number, work);
     completeJob(db, jobId, runId, number, iteration.createdMs);
     transaction.commit();
     return number;
+}
+
+KeptWork RunStore::work(const std::string& runId, int number) {
+    const auto lock = m_database->lock();
+    Statement statement(m_database->handle(), "SELECT ordinal, is_text, bytes FROM works "
+                                              "WHERE run_id = ? AND number = ? ORDER BY ordinal");
+    statement.bind(runId).bind(std::int64_t{number});
+    KeptWork work;
+    while (statement.step()) {
+        work.push_back({static_cast<std::size_t>(statement.integer(0)), statement.integer(1) != 0,
+                        statement.text(2)});
+    }
+    return work;
+}
+
+std::size_t RunStore::dropWork(std::int64_t beforeMs, std::uint64_t mostBytes) {
+    const auto lock = m_database->lock();
+    sqlite3* db = m_database->handle();
+    Transaction transaction(db);
+    Statement(db, "DELETE FROM works WHERE (SELECT created FROM iterations WHERE "
+                  "iterations.run_id = works.run_id AND iterations.number = works.number) < ?")
+        .bind(beforeMs)
+        .run();
+    std::size_t dropped = static_cast<std::size_t>(sqlite3_changes(db));
+    std::vector<std::int64_t> rows;
+    {
+        Statement statement(db, "SELECT works.rowid, length(bytes) FROM works JOIN iterations "
+                                "USING (run_id, number) ORDER BY created DESC, works.rowid DESC");
+        std::uint64_t together = 0;
+        while (statement.step()) {
+            together += static_cast<std::uint64_t>(statement.integer(1));
+            if (together > mostBytes) rows.push_back(statement.integer(0));
+        }
+    }
+    for (const std::int64_t row : rows) {
+        Statement(db, "DELETE FROM works WHERE rowid = ?").bind(row).run();
+    }
+    dropped += rows.size();
+    transaction.commit();
+    return dropped;
 }
 
 void RunStore::failJob(const std::string& jobId, const std::string& error, std::int64_t nowMs) {

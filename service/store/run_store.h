@@ -1,8 +1,10 @@
 // The run store: everything that the service must not lose, in one SQLite file.
-// A job's work is kept from the moment it
+// A job's body is kept from the moment it
 // is accepted until it is judged, and dropped in the transaction that writes its verdict: there is
-// no moment at which a crash loses either or counts a job twice. Commits are on the disk when a
-// call returns (write-ahead log, synchronous=FULL), because an accepted job has been promised.
+// no moment at which a crash loses either or counts a job twice. What the report shows of the work
+// is kept apart from it, of the last two versions of a run, until it is dropped. Commits are on the
+// disk when a call returns (write-ahead log, synchronous=FULL), because an accepted job has been
+// promised.
 //
 // Any thread may call anything; calls take turns. What the database cannot do (disk full, file
 // gone) is thrown as StoreError and stays within this folder.
@@ -85,11 +87,18 @@ public:
     int beginAttempt(const std::string& jobId);
 
     /// Ends the job with a new run that has one iteration, number 0.
-    void finishGrade(const std::string& jobId, const RunRecord& run);
+    void finishGrade(const std::string& jobId, const RunRecord& run, const KeptWork& work = {});
 
     /// Ends the job with a further iteration of its run and returns the number that it got.
     int finishIterate(const std::string& jobId, const std::string& runId,
-                      const Iteration& iteration);
+                      const Iteration& iteration, const KeptWork& work = {});
+
+    /// What is kept of a version, by ordinal. Empty when nothing is.
+    [[nodiscard]] KeptWork work(const std::string& runId, int number);
+
+    /// Drops and overwrites the kept work of versions judged before `beforeMs`, then of the oldest
+    /// ones until no more than `mostBytes` are left. Returns the number of parts dropped.
+    std::size_t dropWork(std::int64_t beforeMs, std::uint64_t mostBytes);
 
     void failJob(const std::string& jobId, const std::string& error, std::int64_t nowMs);
 

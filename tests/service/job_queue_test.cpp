@@ -494,6 +494,33 @@ TEST_F(ClosedJobQueueTest, AStoreThatCannotWriteDelaysVerdictsAndLosesNone) {
     EXPECT_THAT(m_log, ElementsAre(HasSubstr("disk is full"))) << "told once";
 }
 
+TEST_F(JobQueueTest, TheWorkIsKeptForItsTimeAndNoLonger) {
+    QueueOptions keeping = options();
+    keeping.keepWork = std::chrono::hours(24);
+    start(std::move(keeping));
+    const std::string run = finished(submit("work to show")).runId;
+    EXPECT_EQ(m_store->work(run, 0), (KeptWork{{0, true, "work to show"}}));
+    const auto revised = iterated(run, "shown again");
+    ASSERT_TRUE(std::holds_alternative<Iterated>(revised));
+    EXPECT_EQ(m_store->work(run, 1), (KeptWork{{0, true, "shown again"}}));
+    m_now += std::int64_t{25} * 60 * 60 * 1000;
+    finished(submit("new"));
+    while (!m_store->work(run, 1).empty()) std::this_thread::yield();
+    EXPECT_TRUE(m_store->hasRun(run)) << "the verdict stays";
+}
+
+TEST_F(JobQueueTest, WhoKeepsNoWorkKeepsNoneOfBeforeEither) {
+    QueueOptions keeping = options();
+    keeping.keepWork = std::chrono::hours(24);
+    start(std::move(keeping));
+    const std::string run = finished(submit("work to show")).runId;
+    ASSERT_FALSE(m_store->work(run, 0).empty());
+    restart();
+    while (!m_store->work(run, 0).empty()) std::this_thread::yield();
+    const std::string other = finished(submit("more work")).runId;
+    EXPECT_TRUE(m_store->work(other, 0).empty());
+}
+
 TEST_F(JobQueueTest, RunsAreForgottenAfterTheirTime) {
     QueueOptions keeping = options();
     keeping.keep = std::chrono::hours(24 * 10);

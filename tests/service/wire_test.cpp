@@ -258,6 +258,33 @@ TEST(StatusJson, SaysHowFarAJobIs) {
                               "progress":{"warming":false,"position":0}})"));
 }
 
+TEST(StatusJson, WhatIsDismissedIsTold) {
+    JobStatus status;
+    status.state = JobState::completed;
+    status.result = someIteration(0, {});
+    status.result->dismissed = {{someFinding("TODO"), "mine", "2026-03-03T14:05:09Z", false},
+                                {someFinding("x"), "", "", true}};
+    const json dismissed = json::parse(statusJson(status)).at("result_summary").at("dismissed");
+    ASSERT_EQ(dismissed.size(), 2U);
+    EXPECT_EQ(dismissed[0].at("reason"), "mine");
+    EXPECT_EQ(dismissed[0].at("evidence"), "TODO");
+    EXPECT_EQ(dismissed[0].at("dismissed_at"), "2026-03-03T14:05:09Z");
+    EXPECT_EQ(dismissed[1].at("reason"), "the word is in the dictionary");
+}
+
+TEST(Dismissals, AreReadStrictlyAndToldWhole) {
+    const auto one = parseDismissal(
+        R"({"rule":"r","evidence":"see line 12","place":"p","reason":"why","other":1})");
+    ASSERT_TRUE(std::holds_alternative<Dismissal>(one));
+    EXPECT_EQ(std::get<Dismissal>(one), (Dismissal{"r", "see line #", "p", "why", ""}));
+    EXPECT_TRUE(std::holds_alternative<WireError>(parseDismissal(R"({"rule":3})")));
+    EXPECT_TRUE(std::holds_alternative<WireError>(parseWord(R"({"word":3})")));
+    EXPECT_EQ(std::get<std::string>(parseWord(R"({"word":"w"})")), "w");
+    EXPECT_EQ(json::parse(dismissalsJson({{"r", "e", "p", "why", "when"}})),
+              json::parse(R"({"dismissals":[{"rule":"r","evidence":"e","place":"p",
+                              "reason":"why","dismissed_at":"when"}]})"));
+}
+
 TEST(StatusJson, HoldsTheVerdictOfACompletedJob) {
     JobStatus status;
     status.state = JobState::completed;
@@ -272,7 +299,7 @@ TEST(StatusJson, HoldsTheVerdictOfACompletedJob) {
                        "detail": "Line 3 holds a placeholder.", "rule": "text.placeholder",
                        "place": "line 3", "evidence": "TODO"}],
             "checked_by": [{"engine": "hunspell", "version": "1.7", "knows": "spelling"}],
-            "not_checked": [{"what": "French", "why": "no dictionary",
+            "dismissed": [], "not_checked": [{"what": "French", "why": "no dictionary",
                              "remedy": "install one"}]}})"));
 }
 

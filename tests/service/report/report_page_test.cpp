@@ -167,8 +167,13 @@ TEST(ReportPage, NothingOfTheWorkBecomesPartOfThePage) {
         run.iterations.push_back(version);
     }
     run.iterations[2].findings[0].rule = "other" + hostile;
-    const std::string html = reportPage(run).html;
-    EXPECT_EQ(countOf(html, "<script"), 0U);
+    ReportExtras extras;
+    extras.work = {{0, true, hostile + "\n" + hostile}};
+    extras.workBefore = {{0, true, hostile}};
+    extras.formToken = hostile;
+    extras.notice = hostile;
+    const std::string html = reportPage(run, extras).html;
+    EXPECT_EQ(countOf(html, "<script"), 1U) << "the page's own";
     EXPECT_EQ(countOf(html, "<img"), 0U);
     EXPECT_EQ(countOf(html, "</style>"), 1U) << "the page's own";
     EXPECT_EQ(countOf(html, "</title>"), 1U);
@@ -176,12 +181,14 @@ TEST(ReportPage, NothingOfTheWorkBecomesPartOfThePage) {
     EXPECT_EQ(countOf(html, "\u202e"), 0U);
     EXPECT_GT(countOf(html, "&lt;script&gt;"), 10U);
     // No tag but those that the page itself is made of, and attributes always closed.
-    EXPECT_EQ(withoutTags(html.substr(html.find("</style>"))).find_first_of("<>"),
+    EXPECT_EQ(withoutTags(
+                  html.substr(html.find("</style>"), html.find("<script") - html.find("</style>")))
+                  .find_first_of("<>"),
               std::string::npos);
     EXPECT_EQ(withoutTags("<b onclick='x'>"), "<b onclick='x'>") << "else this could not fail";
 }
 
-TEST(ReportPage, LoadsNothingAndRunsNothing) {
+TEST(ReportPage, LoadsNothingAndRunsItsOwnScriptAlone) {
     RunRecord run = fresh();
     const Page first = reportPage(run);
     EXPECT_THAT(first.contentSecurityPolicy, HasSubstr("default-src 'none'"));
@@ -192,11 +199,21 @@ TEST(ReportPage, LoadsNothingAndRunsNothing) {
     const std::string nonce = first.contentSecurityPolicy.substr(at + 7, 32);
     EXPECT_EQ(nonce.find_first_not_of("0123456789abcdef"), std::string::npos);
     EXPECT_THAT(first.html, HasSubstr("<style nonce=\"" + nonce + "\">"));
+    EXPECT_THAT(first.html, HasSubstr("<script nonce=\"" + nonce + "\">"));
+    EXPECT_THAT(first.contentSecurityPolicy, HasSubstr("script-src 'nonce-" + nonce + "'"));
+    EXPECT_THAT(first.contentSecurityPolicy, HasSubstr("img-src data:;"));
+    EXPECT_THAT(first.contentSecurityPolicy, HasSubstr("form-action 'self'"));
     EXPECT_NE(first.contentSecurityPolicy, reportPage(run).contentSecurityPolicy);
     for (const char* loads : {"http:", "https:", "//", "url(", "@import", "<link", "src="}) {
         EXPECT_THAT(first.html, Not(HasSubstr(loads)));
     }
     EXPECT_THAT(first.html, Not(HasSubstr(" style=\""))) << "the policy would ignore it";
+    EXPECT_THAT(first.html, Not(HasSubstr(" on"
+                                          "click")));
+    const Page other = indexPage();
+    EXPECT_THAT(other.contentSecurityPolicy, Not(HasSubstr("script-src")));
+    EXPECT_THAT(other.contentSecurityPolicy, HasSubstr("form-action 'none'"));
+    EXPECT_THAT(other.html, Not(HasSubstr("<script")));
 }
 
 TEST(ConnectPage, TellsWhereTheKeyIsInWordsForAShell) {
@@ -219,7 +236,7 @@ TEST(AnyPage, LeavesNothingToFillIn) {
           connectPage("http://127.0.0.1:8797", "/key"), connectPage("http://127.0.0.1:8797", "")}) {
         EXPECT_THAT(page.html, Not(HasSubstr("{{")));
         EXPECT_THAT(page.html, HasSubstr(":root{color-scheme:light dark;"));
-        EXPECT_THAT(page.html, HasSubstr("</main></body></html>\n"));
+        EXPECT_THAT(page.html, HasSubstr("</body></html>\n"));
     }
 }
 

@@ -32,6 +32,13 @@ TEST(CommandLineOptions, EveryOptionIsTaken) {
               expected);
 }
 
+TEST(CommandLineOptions, TheWorkIsKeptAWeekUnlessOneSaysOtherwise) {
+    EXPECT_EQ(parsed({}).keepWorkDays, 7);
+    EXPECT_EQ(parsed({"--keep-work", "0"}).keepWorkDays, 0);
+    EXPECT_EQ(parsed({"--keep-work=30"}).keepWorkDays, 30);
+    EXPECT_NE(usageText().find("--keep-work"), std::string_view::npos);
+}
+
 TEST(CommandLineOptions, EnginesArePrintedForPeopleOrPrograms) {
     EXPECT_EQ(parsed({"--engines"}).action, CommandLine::Action::engines);
     EXPECT_FALSE(parsed({"--engines"}).json);
@@ -66,6 +73,7 @@ TEST(CommandLineOptions, WhatCannotBeUsedIsNamed) {
         {{"--port", ""}, "--port needs a number from 0 to 65535"},
         {{"--queue", "0"}, "--queue needs a number from 1 to 4096"},
         {{"--queue", "99999"}, "--queue needs a number from 1 to 4096"},
+        {{"--keep-work", "366"}, "--keep-work needs a number from 0 to 365"},
         {{"--keep-days", "-3"}, "--keep-days needs a number from 0 to 36500"},
         {{"--data", ""}, "--data needs a value"},
         {{"--key", "short"}, "--key needs 8 to 512 visible ASCII characters without \"%\""},

@@ -120,6 +120,65 @@ TEST_F(RunStoreTest, AFinishedJobLosesItsWork) {
     EXPECT_EQ(query("SELECT count(*) FROM jobs WHERE payload IS NOT NULL"), "0");
 }
 
+TEST_F(RunStoreTest, AStoreOfTheSecondFormatIsTakenOver) {
+    {
+        const auto store = open();
+        store->addJob("job_1", JobKind::grade, "", "work", 1);
+        store->finishGrade("job_1", runRecord("run_1", 5));
+    }
+    query("DROP TABLE works");
+    query("PRAGMA user_version = 2");
+    const auto store = open();
+    EXPECT_EQ(store->run("run_1"), runRecord("run_1", 5));
+    EXPECT_THAT(store->work("run_1", 0), IsEmpty());
+    store->addJob("job_2", JobKind::iterate, "run_1", "x", 6);
+    store->finishIterate("job_2", "run_1", iteration(0, 7), {{0, true, "kept"}});
+    EXPECT_EQ(store->work("run_1", 1), (KeptWork{{0, true, "kept"}}));
+}
+
+TEST_F(RunStoreTest, TheWorkOfTheLastTwoVersionsIsKeptUntilItIsDropped) {
+    const auto store = open();
+    const std::string bytes("\x89 \0 \xff", 5);
+    store->addJob("job_1", JobKind::grade, "", "x", 1);
+    store->finishGrade("job_1", runRecord("run_1", 5), {{0, true, "first"}, {2, false, bytes}});
+    EXPECT_EQ(store->work("run_1", 0), (KeptWork{{0, true, "first"}, {2, false, bytes}}));
+    for (int number = 1; number <= 2; ++number) {
+        const std::string job = "job_again_" + std::to_string(number);
+        store->addJob(job, JobKind::iterate, "run_1", "x", 6);
+        store->finishIterate(job, "run_1", iteration(0, 10 * number),
+                             {{0, true, "version " + std::to_string(number)}});
+    }
+    EXPECT_THAT(store->work("run_1", 0), IsEmpty());
+    EXPECT_EQ(store->work("run_1", 1), (KeptWork{{0, true, "version 1"}}));
+    EXPECT_EQ(store->work("run_1", 2), (KeptWork{{0, true, "version 2"}}));
+
+    EXPECT_EQ(store->dropWork(10, 100), 0U);
+    EXPECT_EQ(store->dropWork(11, 100), 1U) << "what is older than that";
+    EXPECT_THAT(store->work("run_1", 1), IsEmpty());
+    store->addJob("job_2", JobKind::grade, "", "x", 7);
+    store->finishGrade("job_2", runRecord("run_2", 30), {{0, true, "another"}});
+    EXPECT_EQ(store->dropWork(0, 7), 1U) << "the oldest of too much";
+    EXPECT_THAT(store->work("run_1", 2), IsEmpty());
+    EXPECT_EQ(store->work("run_2", 0), (KeptWork{{0, true, "another"}}));
+    EXPECT_EQ(store->prune(31), 2U);
+    EXPECT_THAT(store->work("run_2", 0), IsEmpty()) << "with its run";
+}
+
+TEST_F(RunStoreTest, DroppedWorkLeavesNoTrace) {
+    const std::string secret = "the private words of a person";
+    {
+        const auto store = open();
+        store->addJob("job_1", JobKind::grade, "", "x", 1);
+        store->finishGrade("job_1", runRecord("run_1", 5), {{0, true, secret}});
+        store->dropWork(6, 100);
+        store->giveBackRoom();
+    }
+    std::ifstream in(file(), std::ios::binary);
+    const std::string bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    EXPECT_EQ(bytes.find(secret), std::string::npos);
+    EXPECT_FALSE(bytes.empty());
+}
+
 TEST_F(RunStoreTest, IterationsAreNumberedAndKeepTheirFindings) {
     const auto store = open();
     store->addJob("job_1", JobKind::grade, "", "x", 1);
@@ -149,6 +208,7 @@ TEST_F(RunStoreTest, AStoreOfTheFirstFormatIsTakenOver) {
         query(std::string("ALTER TABLE iterations DROP COLUMN ") + column);
     }
     query("DROP TABLE coverage");
+    query("DROP TABLE works");
     query("PRAGMA user_version = 1");
 
     const auto store = open();
@@ -159,7 +219,7 @@ TEST_F(RunStoreTest, AStoreOfTheFirstFormatIsTakenOver) {
     ASSERT_EQ(store->pendingJobs().size(), 1U);
     store->finishGrade("job_2", runRecord("run_2", 6));
     EXPECT_EQ(store->run("run_2"), runRecord("run_2", 6));
-    EXPECT_EQ(query("PRAGMA user_version"), "2");
+    EXPECT_EQ(query("PRAGMA user_version"), "3");
 }
 
 TEST_F(RunStoreTest, BandsAreKeptByNameAndNoOtherNameIsRead) {
@@ -269,7 +329,7 @@ TEST_F(RunStoreTest, KeepsWhatItPromisesThroughAPowerCut) {
     const auto store = open();
     EXPECT_EQ(query("PRAGMA journal_mode"), "wal");
     EXPECT_EQ(query("PRAGMA integrity_check"), "ok");
-    EXPECT_EQ(query("PRAGMA user_version"), "2");
+    EXPECT_EQ(query("PRAGMA user_version"), "3");
 }
 
 TEST_F(RunStoreTest, ADamagedFileIsMovedAsideWhole) {
@@ -324,7 +384,7 @@ TEST_F(RunStoreTest, AFileOfANewerVersionOrAnotherProgramIsLeftAlone) {
     } catch (const StoreError& error) {
         EXPECT_THAT(error.what(), HasSubstr("newer"));
     }
-    query("PRAGMA user_version = 2; PRAGMA application_id = 7");
+    query("PRAGMA user_version = 3; PRAGMA application_id = 7");
     EXPECT_THROW((void)RunStore::open(file(), 1), StoreError);
     EXPECT_TRUE(std::filesystem::exists(file()));
     query("PRAGMA application_id = 1414682200"); // its own again

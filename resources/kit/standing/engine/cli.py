@@ -1,4 +1,4 @@
-"""The command line: `brask grade FILE…`, `brask rules`, `brask report RUN`.
+"""The command line: `brask grade FILE…`, `brask dismiss`, `brask rules`, `brask report RUN`.
 
 Exit codes: 0 everything clears, 1 something is held, 3 something could not be graded, which is what
 wrong usage is too. Never 2: coding tools take that for a block.
@@ -14,8 +14,8 @@ import threading
 import webbrowser
 from typing import List, Optional
 
-from . import (client, file_types, grading, parts, report, settings as settings_module,
-               standing)
+from . import (baseline, client, dismissals, file_types, grading, parts, report,
+               settings as settings_module, standing)
 from .version import VERSION
 
 COULD_NOT = 3
@@ -85,9 +85,11 @@ def _run(arguments: List[str]) -> int:
         return _grade(options)
     if options.command == "rules":
         return _rules(options)
+    if options.command == "dismiss":
+        return _dismiss(options)
     if options.command == "report":
         return _report(options)
-    raise _Usage("say what to do: grade, rules or report\n" + parser.format_usage().rstrip())
+    raise _Usage("say what to do: grade, dismiss, rules or report\n" + parser.format_usage().rstrip())
 
 
 def _parser() -> _Parser:
@@ -113,7 +115,14 @@ def _parser() -> _Parser:
                        help="how long to wait for one verdict (%(default).0f)")
     grade.add_argument("--name", metavar="NAME", default=None,
                        help="what standard input is called; its ending tells the kind of work")
+    grade.add_argument("--baseline", metavar="FILE",
+                       help="only what is new since FILE was written counts")
+    grade.add_argument("--write-baseline", metavar="FILE",
+                       help="write the flaws to FILE: they are known from now on")
     grade.add_argument("--quiet", action="store_true", help="say nothing while waiting")
+    dismiss = commands.add_parser("dismiss", help="say that a flaw is none, or undo that",
+                                  allow_abbrev=False)
+    dismissals.arguments(dismiss)
     rules = commands.add_parser("rules", help="show the standing rules", allow_abbrev=False)
     rules.add_argument("modality", nargs="?", choices=file_types.MODALITIES, metavar="MODALITY")
     opened = commands.add_parser("report", help="open the full report on a run in the browser",
@@ -140,13 +149,55 @@ def _grade(options) -> int:
             raise _Usage("--iterate revises one run: name one file, or use --together")
     if options.files.count("-") > 1:
         raise _Usage("standard input can be read once")
+    try:
+        known = baseline.load(options.baseline) if options.baseline else None
+        written = baseline.load_or_new(options.write_baseline) if options.write_baseline else None
+    except baseline.NotUsable as error:
+        raise _Usage(str(error)) from None
     settings = settings_module.load()
     rules = standing.load()
     for problem in settings.problems + rules.problems:
         _say("brask: " + report.clean(problem))
     outcomes = _outcomes(options, settings, rules)
+    if written is not None:
+        return _write_baseline(options, written, outcomes, settings)
+    if known is not None:
+        outcomes = [baseline.applied(outcome, known) for outcome in outcomes]
     _print(_rendered(options, outcomes, settings), options.output)
     return grading.worst(outcomes)
+
+
+def _write_baseline(options, written, outcomes, settings) -> int:
+    """What is graded is known from now on; what could not be is told as ever."""
+    try:
+        baseline.save(baseline.updated(written, outcomes))
+        known = baseline.load(options.write_baseline)
+    except baseline.NotUsable as error:
+        raise _Usage(str(error)) from None
+    outcomes = [baseline.applied(outcome, known) for outcome in outcomes]
+    _print(_rendered(options, outcomes, settings), options.output)
+    return grading.worst(outcomes)
+
+
+def _dismiss(options) -> int:
+    wrong = dismissals.wrong_usage(options)
+    if wrong:
+        raise _Usage(wrong)
+    try:
+        text, well = dismissals.run(options, _flaws_of, report.clean)
+    except dismissals.NotChanged as error:
+        raise _Usage(str(error)) from None
+    _print(text, None)
+    return 0 if well else COULD_NOT
+
+
+def _flaws_of(run: str):
+    """The flaws of a run, and those that are dismissed in it, as the service tells them."""
+    verdict = client.verdict_of(run, settings=settings_module.load())
+    if verdict.error is not None:
+        raise dismissals.NotChanged(verdict.error)
+    left, gone = dismissals.applied(verdict.flaws, dismissals.load())
+    return left, [one.flaw for one in tuple(verdict.dismissed) + gone]
 
 
 def _outcomes(options, settings, rules) -> List[grading.Outcome]:

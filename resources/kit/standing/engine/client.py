@@ -111,6 +111,19 @@ def report_address(run_id: str, *, settings: Optional[settings_module.Settings] 
     return once if here and "/console?run={}&".format(run_id) in once else stated
 
 
+def verdict_of(run_id: str, *, settings: Optional[settings_module.Settings] = None,
+               clock: Callable[[], float] = time.monotonic,
+               send: Callable = transport.send) -> Verdict:
+    """The verdict on a run as it stands."""
+    call = _Call(settings, None, None, REQUEST_TIMEOUT, clock, send, False)
+    answer = call.request("GET", "/api/v1/eval/runs/" + run_id)
+    if answer is None:
+        return failure(UNREACHABLE)
+    if call.refusal is not None:
+        return failure(string(answer, "error") or UNREACHABLE)._replace(status=call.refusal)
+    return verdict_from(answer["run"] if isinstance(answer.get("run"), dict) else answer, run_id)
+
+
 class _Call:
     """One grade or iterate: its surroundings and its clock."""
 

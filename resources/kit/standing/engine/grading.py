@@ -13,7 +13,7 @@ answer, not a failure, and no clearance either.
 import time
 from typing import Any, Dict, NamedTuple, Optional, Sequence, Tuple
 
-from . import client, standing, transport
+from . import client, dismissals, standing, transport
 from .parts import Artifact, NotGradable, from_file
 from .settings import Settings
 from .verdict import Flaw, NotChecked, Verdict, failure
@@ -57,7 +57,8 @@ class Outcome(NamedTuple):
                 "run_id": self.verdict.run_id, "flaws": [f.to_json() for f in self.flaws],
                 "reason": self.reason, "notes": list(self.notes),
                 "checked_by": [by.to_json() for by in self.verdict.checked_by],
-                "not_checked": [gap.to_json() for gap in self.verdict.not_checked]}
+                "not_checked": [gap.to_json() for gap in self.verdict.not_checked],
+                "dismissed": [gone.to_json() for gone in self.verdict.dismissed]}
 
 
 def worst(outcomes) -> int:
@@ -135,6 +136,10 @@ def _gap(gap: NotChecked) -> str:
 
 
 def _outcome(sent: Artifact, verdict: Verdict, screened: standing.Screened) -> Outcome:
+    # The local service has put them aside already; others do not know them.
+    left, gone = dismissals.applied(verdict.flaws, dismissals.load())
+    by_word = bool(gone) and not left
+    verdict = verdict._replace(flaws=left, dismissed=tuple(verdict.dismissed) + gone)
     reason = None
     if not verdict.is_beyond_the_service:
         reason = _why_no_verdict(verdict)
@@ -142,7 +147,7 @@ def _outcome(sent: Artifact, verdict: Verdict, screened: standing.Screened) -> O
         reason = "nobody here can judge this: " + gaps(verdict.not_checked)
     if reason is not None:
         state = NOT_JUDGED if verdict.is_beyond_the_service else NOT_GRADED
-    elif screened.findings or not verdict.clears:
+    elif screened.findings or not (verdict.clears or by_word):
         state = HELD
     else:
         state = CLEARS

@@ -48,6 +48,12 @@ _FLAW = {
     },
     "required": ["severity", "criterion", "detail"],
 }
+_DISMISSED = {
+    "type": "object", "additionalProperties": False,
+    "properties": {**_FLAW["properties"],
+                   "reason": {"type": "string", "description": "the user's; may be empty"}},
+    "required": ["severity", "criterion", "detail", "reason"],
+}
 _CHECKED_BY = {
     "type": "object", "additionalProperties": False,
     "properties": {
@@ -84,6 +90,8 @@ _VERDICT = {
                        "description": "who judged, where the service tells"},
         "not_checked": {"type": "array", "items": _NOT_CHECKED,
                         "description": "what nobody judged, where the service tells"},
+        "dismissed": {"type": "array", "items": _DISMISSED,
+                      "description": "what the user said is no flaw; it does not count"},
         "notes": {"type": "array", "items": {"type": "string"}},
     },
     "required": ["name", "modality", "band", "clears", "flaws", "flaws_left_out", "notes"],
@@ -340,6 +348,11 @@ def _verdict(outcome, settings, problems):
         if entries:
             facts[key] = [{name: _harmless(text) for name, text in entry.to_json().items()}
                           for entry in entries]
+    if verdict.dismissed:
+        facts["dismissed"] = [
+            {key: _harmless(value)
+             for key, value in dict(gone.flaw.to_json(), reason=gone.reason).items()}
+            for gone in verdict.dismissed[:MOST_FLAWS]]
     if verdict.run_id:
         facts["run_id"] = _harmless(verdict.run_id)
         page = settings_module.report_page(settings.base, facts["run_id"])
@@ -358,7 +371,7 @@ def _told(outcome, facts):
                                       flaw.get("rule") or flaw["criterion"], flaw["detail"]))
     if facts["flaws_left_out"]:
         lines.append("- and %d more, none of them more severe" % facts["flaws_left_out"])
-    lines += report.coverage(outcome)
+    lines += report.dismissed(outcome) + report.coverage(outcome)
     lines += ["note: " + note for note in facts["notes"]]
     lines += ["%s: %s" % (key, facts[key]) for key in ("run_id", "report") if key in facts]
     return "\n".join(lines)

@@ -51,6 +51,19 @@ def facts(outcome: Outcome, most: int = 12) -> List[str]:
     return lines
 
 
+def dismissed(outcome: Outcome, most: int = 12) -> List[str]:
+    """What does not count, a line each: dismissed by the user, or of a baseline."""
+    gone = outcome.verdict.dismissed
+    lines = ["{}: {} {}: {}{}".format(
+        "known" if one.known else "dismissed", clean(one.flaw.severity) or "-",
+        clean(one.flaw.rule or one.flaw.criterion), clean(one.flaw.detail),
+        clean(" ({})".format(one.reason)) if one.reason and not one.known else "")
+             for one in gone[:most]]
+    if len(gone) > most:
+        lines.append("and {} more that do not count".format(len(gone) - most))
+    return lines
+
+
 def coverage(outcome: Outcome) -> List[str]:
     """Who judged, and what nobody judged: a line each, none where the service does not tell.
     What the reason says already is not said again."""
@@ -90,7 +103,7 @@ def _block(outcome: Outcome, width: int, colour: bool, base: Optional[str]) -> s
         lines += _wrapped(clean(outcome.reason), width, "  ")
     for flaw in outcome.flaws:
         lines += _flaw_rows(flaw, width, colour)
-    for line in coverage(outcome):
+    for line in dismissed(outcome) + coverage(outcome):
         lines += _wrapped(line, width, "  ")
     for note in outcome.notes:
         lines += _wrapped("note: " + clean(note), width, "  ")
@@ -118,6 +131,8 @@ def _verdict_words(outcome: Outcome) -> str:
     verdict = outcome.verdict
     if outcome.state == HELD and (verdict.clears or verdict.is_beyond_the_service):
         words = "held on this machine"
+    if outcome.state == CLEARS and not verdict.clears:
+        words = "clears without what does not count"
     score = outcome.verdict.score
     shown = "" if score is None else ", score {:.2f}".format(score)
     flaws = len(outcome.flaws)

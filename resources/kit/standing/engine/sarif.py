@@ -14,7 +14,7 @@ from typing import Any, Dict, List, NamedTuple, Optional, Sequence, Tuple
 
 from .version import VERSION
 from .grading import NOT_JUDGED, Outcome, gaps
-from .verdict import Flaw
+from .verdict import DismissedFlaw, Flaw
 
 SCHEMA = "https://json.schemastore.org/sarif-2.1.0.json"
 _LEVELS = {"CRITICAL": "error", "HIGH": "error", "MEDIUM": "warning", "LOW": "note"}
@@ -38,6 +38,8 @@ def document(outcomes: Sequence[Outcome]) -> str:
     index: Dict[str, int] = {}
     results = [_result(outcome, flaw, rules, index)
                for outcome in outcomes for flaw in outcome.flaws]
+    results += [_suppressed(outcome, gone, rules, index)
+                for outcome in outcomes for gone in outcome.verdict.dismissed]
     troubles = [_notification(
         outcome, "warning" if outcome.state == NOT_JUDGED else "error", outcome.reason)
                 for outcome in outcomes if outcome.reason is not None]
@@ -74,6 +76,19 @@ def _result(outcome: Outcome, flaw: Flaw, rules: List, index: Dict[str, int]) ->
     location = _location(outcome, flaw)
     if location:
         result["locations"] = [location]
+    return result
+
+
+def _suppressed(outcome: Outcome, gone: DismissedFlaw, rules: List,
+                index: Dict[str, int]) -> Dict[str, Any]:
+    """A result that viewers hide and count apart: what is dismissed, or of the baseline."""
+    result = _result(outcome, gone.flaw, rules, index)
+    suppression: Dict[str, Any] = {"kind": "external", "status": "accepted"}
+    if gone.reason:
+        suppression["justification"] = gone.reason
+    result["suppressions"] = [suppression]
+    if gone.known:
+        result["baselineState"] = "unchanged"
     return result
 
 

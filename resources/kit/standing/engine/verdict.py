@@ -31,6 +31,18 @@ class Flaw(NamedTuple):
         return {k: v for k, v in self._asdict().items() if v or k in keep}
 
 
+class DismissedFlaw(NamedTuple):
+    """A flaw that does not count: the user said that it is none, or it is `known`, of a baseline."""
+
+    flaw: Flaw
+    reason: str = ""
+    known: bool = False
+
+    def to_json(self) -> Dict[str, Any]:
+        """The flaw's object with the reason."""
+        return dict(self.flaw.to_json(), reason=self.reason, known=self.known)
+
+
 class CheckedBy(NamedTuple):
     """An engine that looked at the work: "hunspell", "1.7.1", "spelling, English"."""
 
@@ -71,6 +83,7 @@ class Verdict(NamedTuple):
     status: Optional[int] = None
     checked_by: Tuple[CheckedBy, ...] = ()
     not_checked: Tuple[NotChecked, ...] = ()
+    dismissed: Tuple[DismissedFlaw, ...] = ()
 
     @property
     def clears(self) -> bool:
@@ -125,6 +138,13 @@ def parse_flaws(value: Any) -> List[Flaw]:
             for item in value]
 
 
+def parse_dismissed(value: Any) -> Tuple[DismissedFlaw, ...]:
+    """What the service says the user has dismissed, with the reasons."""
+    flaws = parse_flaws(value)
+    return tuple(DismissedFlaw(flaw, _bounded(string(item, "reason") or ""))
+                 for flaw, item in zip(flaws, value or ()))
+
+
 def parse_checked_by(value: Any) -> Tuple[CheckedBy, ...]:
     """The engines in a list of objects, in its order; what has no name is passed over."""
     return tuple(CheckedBy(*texts) for texts in _entries(value, CheckedBy._fields))
@@ -143,7 +163,8 @@ def verdict_from(summary: Dict[str, Any], run_id: Optional[str]) -> Verdict:
     return Verdict(parse_band(band), _number(summary.get("score")),
                    tuple(parse_flaws(summary.get("flaws"))), run_id,
                    checked_by=parse_checked_by(summary.get("checked_by")),
-                   not_checked=parse_not_checked(summary.get("not_checked")))
+                   not_checked=parse_not_checked(summary.get("not_checked")),
+                   dismissed=parse_dismissed(summary.get("dismissed")))
 
 
 def _entries(value: Any, keys: Sequence[str]) -> List[List[str]]:

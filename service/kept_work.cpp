@@ -1,0 +1,56 @@
+#include "service/kept_work.h"
+
+#include "critics/text/secret_shapes.h"
+#include "text/unicode.h"
+
+namespace trevix {
+
+namespace {
+
+constexpr std::string_view kBlot = "•";
+constexpr std::size_t kShownOfASecret = 4; // As the evidence of a finding shows it.
+constexpr std::string_view kPngMark("\x89PNG\r\n\x1a\n", 8);
+
+std::string blotted(std::string_view secret) {
+    std::string shown(kelvane::text::firstCharacters(secret, kShownOfASecret));
+    secret.remove_prefix(shown.size());
+    while (!secret.empty()) {
+        const std::size_t length = kelvane::text::decodeFront(secret).length;
+        const bool lineEnd = secret.front() == '\n' || secret.front() == '\r';
+        shown += lineEnd ? secret.substr(0, length) : kBlot;
+        secret.remove_prefix(length);
+    }
+    return shown;
+}
+
+} // namespace
+
+std::string withoutSecrets(std::string_view text) {
+    std::string kept;
+    kept.reserve(text.size());
+    std::size_t at = 0;
+    for (const Secret& secret : findSecrets(text)) {
+        kept += text.substr(at, secret.valueOffset - at);
+        kept += blotted(text.substr(secret.valueOffset, secret.valueLength));
+        at = secret.valueOffset + secret.valueLength;
+    }
+    kept += text.substr(at);
+    return kept;
+}
+
+KeptWork keptWork(const std::vector<Part>& parts) {
+    KeptWork kept;
+    std::size_t together = 0;
+    for (std::size_t i = 0; i < parts.size(); ++i) {
+        const Part& part = parts[i];
+        const bool picture = !part.isText && part.bytes.starts_with(kPngMark);
+        const std::size_t size = picture ? part.bytes.size() : part.text.size();
+        const std::size_t most = picture ? kLargestKeptPicture : kLargestKeptText;
+        if (size == 0 || size > most || together + size > kLargestKeptWork) continue;
+        together += size;
+        kept.push_back({i, !picture, picture ? part.bytes : withoutSecrets(part.text)});
+    }
+    return kept;
+}
+
+} // namespace trevix

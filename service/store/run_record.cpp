@@ -1,0 +1,23 @@
+#include "service/store/run_record.h"
+
+#include <utility>
+
+namespace trevix {
+
+Iteration withUserSays(Iteration iteration, const UserSays& says) {
+    iteration.dismissed = takeDismissed(iteration.findings, says);
+    if (iteration.dismissed.empty()) return iteration;
+    const Judgement judgement = judge({iteration.findings, iteration.extent, iteration.coverage});
+    iteration.band = judgement.band;
+    iteration.score = judgement.score;
+    return iteration;
+}
+
+RunRecord withUserSays(RunRecord run, const UserSays& says) {
+    for (Iteration& iteration : run.iterations) {
+        iteration = withUserSays(std::move(iteration), says);
+    }
+    return run;
+}
+
+} // namespace trevix
