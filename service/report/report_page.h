@@ -44,6 +44,10 @@ constexpr std::size_t kMostVersions = 30;
 /// For an address that names no run, or one that is gone.
 [[nodiscard]] Page noSuchRunPage();
 
+/// For a form that was not taken: why, and the way back. Shows nothing of the run, since whoever
+/// sent the form has not shown that the report was theirs to read.
+[[nodiscard]] Page notDonePage(std::string_view runId, std::string_view why);
+
 /// How to point a client at this service: `base` is its address, `keyFile` where the key is. The
 /// key itself is not shown. `keyFile` is empty for a key that was given on the command line.
 [[nodiscard]] Page connectPage(std::string_view base, std::string_view keyFile);
