@@ -354,7 +354,9 @@ void JobQueue::tidy() {
         }
         // At every pause: what is no longer to be kept is not kept a day longer.
         if (m_options.keepWork.count() > 0) {
-            m_store.dropWork(now - m_options.keepWork.count(), kMostKept);
+            // Of a clock that is not believed only the sizes count.
+            m_store.dropWork(m_store.believesClock(now) ? now - m_options.keepWork.count() : 0,
+                             kMostKept);
         } else {
             m_store.dropWork(now, 0);
         }

@@ -7,7 +7,6 @@
 #include "service/wire.h"
 #include "text/unicode.h"
 
-#include <algorithm>
 #include <charconv>
 #include <utility>
 #include <variant>
@@ -27,7 +26,9 @@ constexpr std::string_view kUndoWord = "/api/v1/eval/words/undo";
 // Reports open at the same time; the forms of one opened before so many others ask to be reloaded.
 constexpr std::size_t kMostTokens = 1000;
 constexpr std::string_view kReload =
-    "That was not done: this page is older than the service. It has been reloaded; try again.";
+    "The page is older than the service. Open the report again, and try once more.";
+
+constexpr std::string_view kNotUnderstood = "The form is none of a report.";
 
 bool isSmall(const HttpHead& head) {
     const std::string length = head.header("content-length").value_or("");
@@ -145,14 +146,18 @@ HttpAnswer UserActions::report(const RunRecord& run, int status, const std::stri
 
 HttpAnswer UserActions::form(const HttpHead& head, const std::string& body) {
     const auto named = head.query.find("run");
-    const auto run = named == head.query.end() ? std::nullopt : m_store.run(named->second);
-    if (!run) return pageAnswer(404, noSuchRunPage());
-    const auto action = parsePageAction(body);
-    if (!action) return report(*run, 400, "That was not understood, and nothing was changed.");
-    // Compared as keys are: in a time that does not tell how much of it is right.
-    if (!authorizes("Bearer " + action->token, tokenFor(run->id))) {
-        return report(*run, 403, std::string(kReload));
+    if (named == head.query.end() || !m_store.hasRun(named->second)) {
+        return pageAnswer(404, noSuchRunPage());
     }
+    const auto action = parsePageAction(body);
+    if (!action) return pageAnswer(400, notDonePage(named->second, kNotUnderstood));
+    // Compared as keys are: in a time that does not tell how much of it is right. Until then
+    // nothing is told of the run: the token is the proof that its report could be read.
+    if (!authorizes("Bearer " + action->token, tokenFor(named->second))) {
+        return pageAnswer(403, notDonePage(named->second, kReload));
+    }
+    const auto run = m_store.run(named->second);
+    if (!run) return pageAnswer(404, noSuchRunPage());
     const auto finding = findingWith(run->latest(), action->finding);
     if (!finding) {
         return report(*run, 409, "That flaw is not in the latest version; nothing was changed.");

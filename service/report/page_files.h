@@ -21,6 +21,7 @@ extern const PageFile kRing;      ///< band, score, value
 extern const PageFile kRingValue; ///< hundredths
 extern const PageFile kNoSuchRun;
 extern const PageFile kClosedReport;
+extern const PageFile kNotDone; ///< why, report
 extern const PageFile kIndex;
 extern const PageFile kConnect;         ///< base, key_file, quoted_key_file
 extern const PageFile kConnectGivenKey; ///< base

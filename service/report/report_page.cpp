@@ -626,6 +626,12 @@ Page closedReportPage() {
     return page("Report · Trevix", filled(page_files::kClosedReport));
 }
 
+Page notDonePage(std::string_view runId, std::string_view why) {
+    return page("Not done · Trevix",
+                filled(page_files::kNotDone,
+                       {{"why", why}, {"report", "/console?run=" + std::string(runId)}}));
+}
+
 Page connectPage(std::string_view base, std::string_view keyFile) {
     const auto& file = keyFile.empty() ? page_files::kConnectGivenKey : page_files::kConnect;
     return page("Connect · Trevix", filled(file, {{"base", base},

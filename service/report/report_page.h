@@ -46,6 +46,9 @@ constexpr std::size_t kMostVersions = 30;
 
 /// For who brings neither ticket nor pass: how reports are opened. The same for every address.
 [[nodiscard]] Page closedReportPage();
+/// For a form that was not taken: why, and the way back. Shows nothing of the run, since whoever
+/// sent the form has not shown that the report was theirs to read.
+[[nodiscard]] Page notDonePage(std::string_view runId, std::string_view why);
 
 /// How to point a client at this service: `base` is its address, `keyFile` where the key is. The
 /// key itself is not shown. `keyFile` is empty for a key that was given on the command line.

@@ -459,7 +459,8 @@ Html workView(const Iteration& iteration, std::string_view modality, const KeptW
     }
 
     std::size_t number = 0;
-    for (auto& [ordinal, view] : views) {
+    for (auto& each : views) {
+        PartView& view = each.second;
         std::stable_sort(
             view.flaws.begin(), view.flaws.end(),
             [&](const Placed& a, const Placed& b) { return orderOf(view, a) < orderOf(view, b); });

@@ -64,7 +64,9 @@ protected:
     json run(const std::string& id) {
         return json::parse(get(port(), "/api/v1/eval/runs/" + id, keyed()).body).at("run");
     }
-    std::string page(const std::string& id) { return get(port(), "/console?run=" + id).body; }
+    std::string page(const std::string& id) {
+        return get(port(), "/console?run=" + id, keyed()).body;
+    }
     static std::string tokenIn(const std::string& html) {
         const std::string before = "name=\"token\" value=\"";
         const auto at = html.find(before);
@@ -72,7 +74,8 @@ protected:
     }
     /// As a browser sends a form of the report.
     Reply sent(const std::string& id, const std::string& body, HeaderLines more = {}) {
-        HeaderLines headers{{"Host", host()},
+        HeaderLines headers{{"Authorization", "Bearer the-right-key"},
+                            {"Host", host()},
                             {"Origin", "http://" + host()},
                             {"Content-Type", "application/x-www-form-urlencoded"}};
         for (auto& line : more) {
@@ -179,7 +182,8 @@ TEST_F(UserActionsTest, AFormOfTheReportDismissesAndUndoes) {
     EXPECT_EQ(sent(id, form + "&do=undo").status, 303);
     EXPECT_THAT(page(id), Not(HasSubstr("It is meant")));
     EXPECT_THAT(page(id), HasSubstr("Fix it before it ships"));
-    EXPECT_EQ(get(port(), "/console?run=" + id).headers.at("referrer-policy"), "same-origin")
+    EXPECT_EQ(get(port(), "/console?run=" + id, keyed()).headers.at("referrer-policy"),
+              "same-origin")
         << "else the browser would not name the origin of a form";
 }
 
@@ -194,7 +198,7 @@ TEST_F(UserActionsTest, OneSaidOfAPlaceHoldsThereAndIsUndoneOnThePage) {
 }
 
 TEST_F(UserActionsTest, NoOtherPageSpeaksForThePerson) {
-    const std::string id = graded("high a: one");
+    const std::string id = graded("high a: zebras");
     const std::string other = graded("high b: two");
     const std::string key = findingKey(m_store->run(id)->latest().findings[0]);
     const std::string token = tokenIn(page(id));
@@ -216,6 +220,8 @@ TEST_F(UserActionsTest, NoOtherPageSpeaksForThePerson) {
         const Reply reply = sent(id, form + wrong);
         EXPECT_EQ(reply.status, 403);
         EXPECT_THAT(reply.body, HasSubstr("older than the service"));
+        EXPECT_THAT(reply.body, Not(HasSubstr("zebras"))) << "nothing is told of the run";
+        EXPECT_THAT(reply.body, Not(HasSubstr(token)));
     }
     EXPECT_EQ(sent(id, "token=" + token + "&finding=0123&do=dismiss").status, 409);
     EXPECT_EQ(sent(id, "nonsense").status, 400);

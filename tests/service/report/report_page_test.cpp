@@ -232,8 +232,9 @@ TEST(AnyPage, LeavesNothingToFillIn) {
     RunRecord revised = fresh();
     revised.iterations.push_back(iteration(1, Band::ship, 1.0, {}));
     for (const Page& page :
-         {reportPage(fresh()), reportPage(revised), noSuchRunPage(), indexPage(),
-          connectPage("http://127.0.0.1:8797", "/key"), connectPage("http://127.0.0.1:8797", "")}) {
+         {reportPage(fresh()), reportPage(revised), noSuchRunPage(), notDonePage("run_1", "why"),
+          indexPage(), connectPage("http://127.0.0.1:8797", "/key"),
+          connectPage("http://127.0.0.1:8797", "")}) {
         EXPECT_THAT(page.html, Not(HasSubstr("{{")));
         EXPECT_THAT(page.html, HasSubstr(":root{color-scheme:light dark;"));
         EXPECT_THAT(page.html, HasSubstr("</body></html>\n"));
