@@ -38,7 +38,8 @@ class Manifest:
                 raise ValueError("not a manifest")
             self.records = {key: record for key, record in entries.items() if sound(record)}
         except (OSError, ValueError, RecursionError):
-            say("%s is damaged or cannot be read, and is not used; our entries are found without it" % path)
+            say("%s is damaged or cannot be read, and is not used; our entries are found without "
+                "it" % path)
 
     def folders(self, key: str) -> List[str]:
         return list(self.records.get(key, {}).get("createdFolders", []))

@@ -143,7 +143,7 @@ class UnreadyServiceTest(McpTest):
             server.result("tools/list")
             self.assertEqual(server.early, [])
             self.assert_clean_end(server)
-            self.assertEqual(len(service.requests), 2)
+            self.assertEqual([seen.method for seen in service.requests], ["POST", "GET", "DELETE"])
 
     def test_end_of_input_while_the_service_says_nothing(self):
         with FaultServer(silence) as service:
@@ -216,6 +216,7 @@ class StreamTest(McpTest):
     def test_work_folder_that_is_gone(self):
         self.write("gone/a.md", "x")
         gone = str(self.work / "gone")
+        self.environment["BRASK_READ"] = str(self.work)
         server = Process([VALIDATE, "mcp"], str(self.home), "modern", self.environment, gone)
         self.addCleanup(server.close)
         server.result("tools/list")

@@ -104,7 +104,8 @@ def grade(artifact: Artifact, settings: Settings, rules: standing.RuleSet, *,
     sent = screened.artifact
     problem = transport.problem_with(settings.base)
     if problem is not None:
-        notes = screened.notes + ("nothing can be reached at {}: {}".format(settings.base, problem),)
+        notes = screened.notes + ("nothing can be reached at {}: {}".format(
+            settings.base, problem),)
         screened = screened._replace(notes=notes)
     if iterate is not None:
         verdict = client.iterate(iterate, sent.parts, words, settings=settings,

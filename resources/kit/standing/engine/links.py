@@ -70,7 +70,8 @@ def peer_user(peer: socket.socket) -> Optional[int]:
     try:
         if hasattr(socket, "SO_PEERCRED"):
             size = struct.calcsize("3i")
-            return struct.unpack("3i", peer.getsockopt(socket.SOL_SOCKET, socket.SO_PEERCRED, size))[1]
+            data = peer.getsockopt(socket.SOL_SOCKET, socket.SO_PEERCRED, size)
+            return struct.unpack("3i", data)[1]
         if sys.platform == "darwin":  # LOCAL_PEERCRED at level SOL_LOCAL: a version, then the user
             return struct.unpack("=II", peer.getsockopt(0, 1, 76)[:8])[1]
     except (OSError, struct.error):
@@ -162,5 +163,6 @@ class Link:
         finally:
             answer.close()
         wanted = proof(self._key, nonce, address)
-        if not whole or said is None or not hmac.compare_digest(said.group(1).decode("ascii"), wanted):
+        told = said.group(1).decode("ascii") if said is not None else ""
+        if not whole or not hmac.compare_digest(told, wanted):
             raise Stranger("who listens at {} does not know the key".format(address))

@@ -274,7 +274,8 @@ class Tools:
         settings, rules = self._load_settings(), self._load_rules()
         facts = {"version": VERSION, "service": settings.base, "signed_in": bool(settings.key),
                  "folder": settings.folder,
-                 "reads": list(_allowed(settings, self._environ).folders), "modalities": rules.modalities(),
+                 "reads": list(_allowed(settings, self._environ).folders),
+                 "modalities": rules.modalities(),
                  "problems": [report.clean(p) for p in settings.problems + rules.problems]}
         text = "\n".join([
             "trevix validator %s" % VERSION,

@@ -12,7 +12,7 @@ from . import settings as settings_module
 
 #: For how many seconds the service is left alone, by what was wrong with it.
 DOWN_SECONDS = {"unreachable": 30, "refused": 300, "slow": 600}
-#: A service that kept a submission waiting for so long without an answer is slow, and not merely away.
+#: A service that kept a submission waiting for so long is slow, and not merely away.
 SLOW_SECONDS = 5.0
 
 

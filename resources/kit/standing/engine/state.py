@@ -23,7 +23,7 @@ MOST_MARKS = 2000       # of 36 bytes each: a file may hold a thousand secrets, 
 KEEP_SECONDS = 7 * 86400
 CLEAN_SECONDS = 86400
 LONGEST_DOWN = 3600     # further ahead is no promise but a clock that was set back
-LOCK_TRIES, LOCK_PAUSE = 200, 0.005     # seconds between two: one second in all, for a stuck process
+LOCK_TRIES, LOCK_PAUSE = 200, 0.005     # seconds: one in all, for a stuck process
 _READ = b"\n"           # an empty line of the list: everything before it has been read by a turn
 _NAME = frozenset("abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789_-")
 
