@@ -2,8 +2,10 @@
 
 #include "critics/critic.h"
 #include "critics/engines/engine_table.h"
+#include "critics/engines/joined_engines.h"
 #include "critics/engines/program_engines.h"
 #include "critics/inside_engines.h"
+#include "critics/servers/curl_servers.h"
 #include "critics/worker/posix_child_runner.h"
 
 #include <array>
@@ -26,6 +28,14 @@ constexpr ChildLimits kWorkerLimits{
     .addressSpace = 0, // Libraries are mapped, not used up.
     .memory = std::uint64_t{512} << 20U,
 };
+
+CriticTools toolsFor(const std::string& tessdata, const fs::path& home, const fs::path& dataHome,
+                     const fs::path& words) {
+    CriticTools tools;
+    tools.lines = std::make_shared<LineReaders>(languageFolders(tessdata));
+    tools.language = toolsOfMachine(home, dataHome, words);
+    return tools;
+}
 
 const fs::path& emptied(const fs::path& folder) {
     fs::remove_all(folder);
@@ -59,16 +69,24 @@ GraderOptions optionsFor(const MachinePlaces& places) {
 } // namespace
 
 struct MachineGrader::Parts {
-    explicit Parts(const MachinePlaces& places)
-        : runner(makePosixChildRunner(emptied(places.work),
+    explicit Parts(const MachinePlaces& given)
+        : places(given),
+          runner(makePosixChildRunner(emptied(places.work),
                                       sandboxOfThisMachine(places.work, places.program.string()))),
           finder(usualProgramFolders(), usualModuleFolders(places.program.parent_path())),
-          engines(engineTable(), finder, *runner),
+          programs(engineTable(), finder, *runner),
+          web(makeCurlServers()),
+          servers(places.servers, *web),
+          engines({&programs, &servers}),
           grader(*runner, engines, optionsFor(places)) {}
 
+    const MachinePlaces places;
     std::unique_ptr<ChildRunner> runner;
     FolderFinder finder;
-    ProgramEngines engines;
+    ProgramEngines programs;
+    std::unique_ptr<OwnServers> web;
+    ServerEngines servers;
+    JoinedEngines engines;
     Grader grader;
 };
 
@@ -82,21 +100,23 @@ const Grader& MachineGrader::grader() const {
 }
 
 void MachineGrader::probe() const {
-    m_parts->engines.probe();
+    m_parts->programs.probe();
 }
 
 std::vector<EngineInfo> MachineGrader::engines() const {
-    std::vector<EngineInfo> engines = insideEngines();
-    for (EngineInfo& program : m_parts->engines.list()) engines.push_back(std::move(program));
+    // For telling what is here; the child that judges has its own.
+    const MachinePlaces& places = m_parts->places;
+    std::vector<EngineInfo> engines = insideEngines(
+        toolsFor(places.tessdata.string(), places.home, places.dataHome, places.words));
+    for (EngineInfo& program : m_parts->programs.list()) engines.push_back(std::move(program));
+    for (EngineInfo& server : m_parts->servers.list()) engines.push_back(std::move(server));
     return engines;
 }
 
 int serveWorker(Readers readers, const std::function<std::string(const char*)>& environment) {
-    CriticTools tools;
+    CriticTools tools = toolsFor(environment(kWritings), environment(kHome), environment(kDataHome),
+                                 environment(kWords));
     tools.readers = readers;
-    tools.lines = std::make_shared<LineReaders>(languageFolders(environment(kWritings)));
-    tools.language =
-        toolsOfMachine(environment(kHome), environment(kDataHome), environment(kWords));
     std::string input;
     std::array<char, 65536> room{};
     while (const std::size_t got = std::fread(room.data(), 1, room.size(), stdin)) {

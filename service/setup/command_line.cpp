@@ -42,6 +42,12 @@ std::optional<std::string> take(CommandLine& line, const std::string& option,
         line.data = value;
     } else if (option == "--catalog") {
         line.catalog = value;
+    } else if (option == "--judge") {
+        line.judge = value;
+    } else if (option == "--model") {
+        line.model = value;
+    } else if (option == "--languagetool") {
+        line.languageTool = value;
     } else {
         if (!isUsableKey(value))
             return "--key needs 8 to 512 visible ASCII characters without \"%\"";
@@ -84,13 +90,18 @@ std::variant<CommandLine, UsageError> parseCommandLine(const std::vector<std::st
             line.json = true;
             continue;
         }
+        if (option == "--judge-elsewhere") {
+            line.judgeElsewhere = true;
+            continue;
+        }
         std::optional<std::string> value;
         if (const auto equals = option.find('='); equals != std::string::npos) {
             value = option.substr(equals + 1);
             option.resize(equals);
         }
         if (option != "--port" && option != "--data" && option != "--key" &&
-            option != "--catalog" && option != "--queue" && option != "--keep-days") {
+            option != "--catalog" && option != "--queue" && option != "--keep-days" &&
+            option != "--judge" && option != "--model" && option != "--languagetool") {
             return UsageError{"unknown option " + arguments[i]};
         }
         if (!value) {
@@ -101,6 +112,12 @@ std::variant<CommandLine, UsageError> parseCommandLine(const std::vector<std::st
     }
     if (line.json && line.action != CommandLine::Action::engines) {
         return UsageError{"--json goes with --engines"};
+    }
+    if (line.judge.has_value() != line.model.has_value()) {
+        return UsageError{"--judge and --model go together"};
+    }
+    if (line.judgeElsewhere && !line.judge) {
+        return UsageError{"--judge-elsewhere goes with --judge"};
     }
     return line;
 }
@@ -118,6 +135,16 @@ Judges work on this machine, for programs of this machine only: listens on 127.0
   --catalog FILE  served as /brask/app-catalog.json (default: the one of the product)
   --queue N       jobs that may wait (default 256)
   --keep-days N   forget runs N days after their last version; 0 keeps them (default 365)
+  --judge URL     have a model judge too, as advice: a chat server of your own on this
+                  machine that speaks OpenAI's protocol (http://127.0.0.1:11434,
+                  http+unix://%2Fpath%2Fto%2Fsocket); a key of its own stands in the
+                  environment as TREVIX_JUDGE_KEY
+  --model NAME    the model that it shall ask
+  --judge-elsewhere
+                  that server may be on another machine: work leaves this one, by https
+  --languagetool URL
+                  ask a LanguageTool server of your own on this machine
+                  (http://127.0.0.1:8081)
   --print-key     print the key, making it when there is none yet, and exit
   --engines       print who judges work here, and how to get those who are not, and exit
   --json          print that as JSON

@@ -25,6 +25,10 @@ struct CommandLine {
     std::optional<std::string> data;
     std::optional<std::string> key;
     std::optional<std::string> catalog;
+    std::optional<std::string> judge;        ///< Address of a server of models; only with a model.
+    std::optional<std::string> model;        ///< Its name; only with a judge.
+    bool judgeElsewhere = false;             ///< Whether that server may be on another machine.
+    std::optional<std::string> languageTool; ///< Address of such a server.
     std::size_t queue = 256;
     int keepDays = 365;      ///< 0: for good.
     bool json = false;       ///< Of the engines: for programs.
