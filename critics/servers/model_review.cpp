@@ -204,9 +204,10 @@ std::vector<ModelWindow> modelWindowsOf(std::string_view text) {
     for (std::size_t at = 0; at < text.size();) {
         std::size_t end = std::min(at + kModelWindow, text.size());
         if (end < text.size()) {
-            const std::size_t line = text.rfind('\n', end - 1);
-            if (line != std::string_view::npos && line >= at) {
-                end = line + 1;
+            // In the window alone: a line may be as long as the text.
+            const std::size_t line = text.substr(at, end - at).rfind('\n');
+            if (line != std::string_view::npos) {
+                end = at + line + 1;
             } else {
                 // Of a character at most three bytes follow the first.
                 for (int i = 0; i < 3 && isContinuation(text[end]); ++i) --end;
