@@ -90,6 +90,12 @@ std::string troubleOf(const EngineEntry& entry, const ChildResult& answer) {
     }
     if (std::ranges::find(entry.clean, answer.status) == entry.clean.end() &&
         std::ranges::find(entry.faulty, answer.status) == entry.faulty.end()) {
+        // So shells, and what shuts a child in, tell that a signal ended what they ran.
+        constexpr int kBySignal = 128;
+        constexpr int kSignals = 64;
+        if (answer.status > kBySignal && answer.status <= kBySignal + kSignals) {
+            return name + " was ended by signal " + std::to_string(answer.status - kBySignal);
+        }
         return name + " ended with status " + std::to_string(answer.status);
     }
     return {};

@@ -174,6 +174,9 @@ TEST(ForeignAnswer, EveryOtherEndIsToldInTheCoverage) {
     EXPECT_EQ(why({End::cancelled, 0, "", ""}), "Bandit was stopped");
     EXPECT_EQ(why({End::notStarted, 0, "", "no"}), "Bandit could not be started");
     EXPECT_EQ(why(exited(2, "{}")), "Bandit ended with status 2");
+    EXPECT_EQ(why(exited(139, "{}")), "Bandit was ended by signal 11");
+    EXPECT_EQ(why(exited(128, "{}")), "Bandit ended with status 128");
+    EXPECT_EQ(why(exited(255, "{}")), "Bandit ended with status 255");
     EXPECT_EQ(why(exited(0, R"({"errors":[{"reason":"x"}],"results":[]})")),
               "Bandit was asked, but it could not read the code");
 }
