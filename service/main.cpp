@@ -1,5 +1,6 @@
 #include "critics/engines/engine_list.h"
 #include "critics/grading/machine_grader.h"
+#include "critics/servers/server_engines.h"
 #include "service/http/http_api.h"
 #include "service/job_queue.h"
 #include "service/setup/command_line.h"
@@ -87,8 +88,22 @@ std::optional<fs::path> wantedSocket(const CommandLine& line) {
     return fs::absolute(*line.socket).lexically_normal();
 }
 
+// Where this person has what work is judged with.
+MachinePlaces placesFor(const fs::path& self) {
+    MachinePlaces places;
+    places.program = self;
+    places.home = environment("HOME").value_or("");
+    places.dataHome =
+        kelvane::text::xdgDataHome(environment("XDG_DATA_HOME").value_or(""), places.home);
+    places.words =
+        kelvane::text::xdgConfigHome(environment("XDG_CONFIG_HOME").value_or(""), places.home) /
+        "kelvane/dictionary.txt";
+    places.tessdata = environment("TESSDATA_PREFIX").value_or("");
+    return places;
+}
+
 int serve(const CommandLine& line, const fs::path& self, const fs::path& data,
-          const fs::path& catalog) {
+          const fs::path& catalog, ServerChoices servers) {
     auto lock = FolderLock::take(data);
     if (const auto* error = std::get_if<FolderError>(&lock)) return complain(error->text, 1);
 
@@ -103,13 +118,12 @@ int serve(const CommandLine& line, const fs::path& self, const fs::path& data,
         api.key = std::get<Key>(key).text;
     }
 
-    const fs::path home = environment("HOME").value_or("");
-    const fs::path config =
-        kelvane::text::xdgConfigHome(environment("XDG_CONFIG_HOME").value_or(""), home) / "kelvane";
-    const fs::path words = config / "dictionary.txt";
-    if (config.is_absolute()) {
-        api.dictionary = words;
-        api.dismissed = config / "dismissed.tsv";
+    MachinePlaces places = placesFor(self);
+    places.work = data / "work";
+    places.servers = std::move(servers);
+    if (places.words.is_absolute()) {
+        api.dictionary = places.words;
+        api.dismissed = places.words.parent_path() / "dismissed.tsv";
     }
     api.nowMs = nowMs;
 
@@ -120,10 +134,7 @@ int serve(const CommandLine& line, const fs::path& self, const fs::path& data,
     const sigset_t signals = endSignals();
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);
 
-    MachineGrader critics(
-        {self, data / "work", home,
-         kelvane::text::xdgDataHome(environment("XDG_DATA_HOME").value_or(""), home), words,
-         environment("TESSDATA_PREFIX").value_or("")});
+    MachineGrader critics(places);
 
     QueueOptions queueOptions;
     queueOptions.maxWaiting = line.queue;
@@ -185,10 +196,13 @@ int serve(const CommandLine& line, const fs::path& self, const fs::path& data,
 
 // Prints who judges work here. The programs are asked for their versions, each in a folder of its
 // own.
-int printEngines(bool json, const fs::path& self) {
+int printEngines(bool json, const fs::path& self, ServerChoices servers) {
     std::string work = (fs::temp_directory_path() / "trevix-engines-XXXXXX").string();
     if (mkdtemp(work.data()) == nullptr) return complain("no folder for the programs' files", 1);
-    const auto engines = MachineGrader({self, work, {}, {}, {}, {}}).engines();
+    MachinePlaces places = placesFor(self);
+    places.work = work;
+    places.servers = std::move(servers);
+    const auto engines = MachineGrader(places).engines();
     std::error_code error;
     fs::remove_all(work, error);
     std::fputs((json ? engineTableJson(engines) : engineTableText(engines)).c_str(), stdout);
@@ -226,7 +240,14 @@ int run(int argc, char** argv) {
     const rlimit noCore{0, 0};
     setrlimit(RLIMIT_CORE, &noCore);
     const fs::path self = ownProgram(argc > 0 ? argv[0] : "");
-    if (line.action == CommandLine::Action::engines) return printEngines(line.json, self);
+    auto chosen = chosenServers({line.judge.value_or(""), line.model.value_or(""),
+                                 environment("TREVIX_JUDGE_KEY").value_or(""), line.judgeElsewhere,
+                                 line.languageTool.value_or("")});
+    if (const auto* error = std::get_if<AddressError>(&chosen)) return complain(error->text, 2);
+    auto& servers = std::get<ServerChoices>(chosen);
+    if (line.action == CommandLine::Action::engines) {
+        return printEngines(line.json, self, std::move(servers));
+    }
     const auto wanted = dataFolder(line.data, environment("XDG_DATA_HOME"), environment("HOME"));
     if (!wanted) return complain("HOME is not set; say where to keep data with --data", 1);
     const auto data = makeDataFolder(*wanted);
@@ -249,7 +270,8 @@ int run(int argc, char** argv) {
         return complain("--catalog: there is no file " + *line.catalog, 1);
     }
     return serve(line, self, folder,
-                 line.catalog ? fs::absolute(*line.catalog) : shippedCatalog(self.parent_path()));
+                 line.catalog ? fs::absolute(*line.catalog) : shippedCatalog(self.parent_path()),
+                 std::move(servers));
 }
 
 } // namespace

@@ -6,6 +6,9 @@
 
 #include "critics/findings/critique.h"
 
+#include <string_view>
+#include <vector>
+
 namespace trevix {
 
 /// What is wrong with one part, in reading order, how much there is of it, and who looked.
@@ -14,5 +17,8 @@ namespace trevix {
 [[nodiscard]] inline Critique critiqueCode(const Part& part) {
     return critiqueCode(part, Readers::all);
 }
+
+/// The grammars that code is read by, where the build has them: "python", "c_sharp". Constants.
+[[nodiscard]] std::vector<std::string_view> grammarsAskedFor();
 
 } // namespace trevix

@@ -4,6 +4,7 @@
 // part of something, and where there is a preprocessor the text is not yet the program. What is
 // reported holds in spite of both.
 
+#include "critics/code/code_critic.h"
 #include "critics/code/code_rule_table.h"
 #include "critics/code/code_rules.h"
 #include "critics/syntax/syntax_reader.h"
@@ -68,6 +69,9 @@ constexpr std::array kGrammars = {
               {{{"async function f() {\n", "\n}"}, {"class C {\n", "\n}"}, {"({\n", "\n})"}}}},
     GrammarOf{Language::yaml, "yaml"},
 };
+
+/// Of TypeScript with marks of a page in it.
+constexpr std::string_view kTsx = "tsx";
 
 bool hasMacros(Language language) {
     return language == Language::c || language == Language::cpp;
@@ -171,7 +175,7 @@ std::string_view grammarFor(const GrammarOf& rules, std::string_view name) {
     const std::size_t dot = name.rfind('.');
     const std::string extension =
         dot == std::string_view::npos ? "" : text::lowerAscii(name.substr(dot));
-    if (extension == ".tsx") return "tsx";
+    if (extension == ".tsx") return kTsx;
     constexpr std::array<std::string_view, 5> kDialects = {".xml", ".svg", ".scss", ".less",
                                                            ".zsh"};
     return std::ranges::find(kDialects, extension) == kDialects.end() ? rules.grammar : "";
@@ -185,6 +189,13 @@ std::string packageOf(std::string_view grammar) {
 }
 
 } // namespace
+
+std::vector<std::string_view> grammarsAskedFor() {
+    std::vector<std::string_view> names;
+    for (const GrammarOf& rules : kGrammars) names.push_back(rules.grammar);
+    names.push_back(kTsx);
+    return names;
+}
 
 void checkSyntax(const CodeView& view, std::string_view name, Readers readers,
                  FindingList& findings, Coverage& coverage) {

@@ -13,6 +13,8 @@
 #include "critics/findings/rule.h"
 #include "critics/worker/child_process.h"
 
+#include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <span>
 #include <stop_token>
@@ -40,7 +42,7 @@ struct EngineEntry {
     std::string_view oldest; ///< The first version that is understood; empty: any.
     std::string_view beyond; ///< The first one that is not known to be; empty: none.
 
-    WorkKind kind; ///< The kind of work that it reads, by `kindOf`.
+    std::span<const WorkKind> kinds; ///< The kinds of work that it reads, by `kindOf`.
     WorkFileOf file;
     std::span<const std::string_view> arguments;
 
@@ -49,7 +51,14 @@ struct EngineEntry {
     ForeignReader read;
     bool speaksOnErrors; ///< Its faults stand on standard error, not on standard output.
     ColumnUnit columns;
-    bool reservesMuch; ///< A runtime that reserves far more address space than it uses.
+    bool reservesMuch;           ///< A runtime that reserves far more address space than it uses.
+    std::uint64_t megabytes = 0; ///< Of memory, where it needs more than programs usually get.
+    /// It reads prose, of which it gets to see `proseForOthers`; its faults are passages.
+    bool prose = false;
+    /// What it points at is a secret, and never quoted.
+    bool findsSecrets = false;
+    /// Others judge the same: where it is not here, nobody misses it.
+    bool secondOpinion = false;
 
     std::string_view debian; ///< Package, or empty where Debian has none.
     std::string_view homebrew;
@@ -88,7 +97,11 @@ struct EngineInfo {
 /// How to get it, for people.
 [[nodiscard]] std::string howToObtain(const EngineEntry& entry);
 
-/// What the programs on this machine make of one part, beside the critics in process.
+/// Engines look into at most this many parts of one submission, the first: a program is started
+/// anew for every part. Chosen; a project is graded file by file.
+constexpr std::size_t kMostPartsForEngines = 32;
+
+/// What engines beside the critics in process make of one part.
 class EngineRoom {
 public:
     virtual ~EngineRoom() = default;
@@ -106,6 +119,12 @@ public:
     /// them. `dropAnswered` takes away those that somebody else filled.
     [[nodiscard]] virtual std::vector<NotChecked> absentFor(const Part& part,
                                                             std::string_view modality) const = 0;
+
+    /// Of how many parts of one submission the engine looks into the first only.
+    [[nodiscard]] virtual std::size_t mostParts(std::string_view engine) const {
+        static_cast<void>(engine);
+        return kMostPartsForEngines;
+    }
 };
 
 /// Takes away each gap whose `what` an engine did judge: "syntax, Go" is judged whoever judged it.

@@ -25,7 +25,7 @@ Row rowOf(const EngineInfo& engine) {
         state = "here";
     }
     std::string obtain = engine.obtain;
-    if (engine.inside) {
+    if (engine.inside && engine.here) {
         obtain = "part of the service";
     } else if (engine.here) {
         obtain = engine.place;

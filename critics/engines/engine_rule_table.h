@@ -6,6 +6,7 @@
 #include "critics/findings/rule.h"
 
 #include <array>
+#include <string_view>
 
 namespace trevix {
 
@@ -17,13 +18,28 @@ struct RulesFor<WorkKind::engine> {
              "safe code",
              Unit::line,
              ""},
+        Rule{"biome.*", {Severity::high, Severity::medium}, "sound scripts", Unit::line, ""},
         Rule{"bash.*", Severity::high, "code that parses", Unit::line, ""},
         Rule{"cppcheck.*",
              {Severity::high, Severity::medium, Severity::low},
              "sound C and C++",
              Unit::line,
              ""},
+        Rule{"gitleaks.*", {Severity::high, Severity::medium}, "safe code", Unit::line, ""},
         Rule{"gofmt.*", Severity::high, "code that parses", Unit::line, ""},
+        Rule{"harper.*", {Severity::medium, Severity::low}, "sound prose", Unit::sentence, ""},
+        Rule{
+            "languagetool.*", {Severity::medium, Severity::low}, "sound prose", Unit::sentence, ""},
+        Rule{"markdownlint.*",
+             {Severity::high, Severity::medium, Severity::low},
+             "sound Markdown",
+             Unit::line,
+             ""},
+        Rule{"model.*",
+             {Severity::medium, Severity::low},
+             "meaning, as a model sees it",
+             Unit::line,
+             ""},
         Rule{"node.*", Severity::high, "code that parses", Unit::line, ""},
         Rule{"oxlint.*", {Severity::high, Severity::medium}, "sound scripts", Unit::line, ""},
         Rule{"python.*", {Severity::high, Severity::medium}, "code that parses", Unit::line, ""},
@@ -41,5 +57,13 @@ struct RulesFor<WorkKind::engine> {
         Rule{"yamllint.*", Severity::high, "readable data", Unit::line, ""},
     };
 };
+
+/// The family of an engine: "shellcheck.*" of "shellcheck". Null for one that has none.
+[[nodiscard]] constexpr const Rule* engineFamily(std::string_view engine) {
+    for (const Rule& rule : RulesFor<WorkKind::engine>::kRules) {
+        if (rule.id.substr(0, rule.id.size() - 2) == engine) return &rule;
+    }
+    return nullptr;
+}
 
 } // namespace trevix

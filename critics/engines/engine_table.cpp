@@ -1,6 +1,7 @@
 #include "critics/engines/engine_table.h"
 
 #include "critics/engines/engine_scripts.h"
+#include "critics/engines/prose_file.h"
 
 #include <algorithm>
 #include <array>
@@ -16,6 +17,11 @@ constexpr std::array<int, 1> kOne = {1};
 constexpr std::array<int, 2> kZeroOrOne = {0, 1};
 constexpr std::array<int, 2> kOneOrTwo = {1, 2};
 constexpr std::array<Words, 1> kVersion = {"--version"};
+
+constexpr std::array<WorkKind, 1> kCode = {WorkKind::code};
+constexpr std::array<WorkKind, 2> kProse = {WorkKind::text, WorkKind::document};
+constexpr std::array<WorkKind, 4> kWritten = {WorkKind::text, WorkKind::document, WorkKind::code,
+                                              WorkKind::sheet};
 
 constexpr std::array<Words, 3> kPython = {"-I", "{script}", "{file}"};
 
@@ -64,6 +70,28 @@ constexpr std::array<Words, 10> kOxlint = {"{module}",    "--disable-nested-conf
                                            "-f",          "json",
                                            "--no-ignore", "{file}"};
 
+// Its format for people's editors; that called "json" is said to change from version to version.
+constexpr std::array<Words, 2> kBiomeVersion = {"{module}", "--version"};
+constexpr std::array<Words, 9> kBiome = {"{module}",
+                                         "lint",
+                                         "--reporter=rdjson",
+                                         "--only=correctness",
+                                         "--only=suspicious",
+                                         "--vcs-enabled=false",
+                                         "--max-diagnostics=2000",
+                                         "--colors=off",
+                                         "{file}"};
+
+constexpr std::array<Words, 2> kRunnerVersion = {"{script}", "{module}"};
+constexpr std::array<Words, 3> kRunner = {"{script}", "{module}", "{file}"};
+
+// The command of all of its versions 8; the file stands alone in its folder, so no settings are
+// found. It would name the secret, and need not.
+constexpr std::array<Words, 1> kGitleaksVersion = {"version"};
+constexpr std::array<Words, 12> kGitleaks = {
+    "detect",          "--no-git", "--no-banner",   "--redact",    "--exit-code", "0",
+    "--report-format", "json",     "--report-path", "/dev/stdout", "--source",    "{file}"};
+
 constexpr std::array kEngines = {
     EngineEntry{.id = "python",
                 .name = "Python",
@@ -76,7 +104,7 @@ constexpr std::array kEngines = {
                 .versionArguments = kVersion,
                 .oldest = "3.8",
                 .beyond = "4",
-                .kind = WorkKind::code,
+                .kinds = kCode,
                 .file = wholePythonFile,
                 .arguments = kPython,
                 .clean = kZero,
@@ -99,7 +127,7 @@ constexpr std::array kEngines = {
                 .versionArguments = kVersion,
                 .oldest = "3.2",
                 .beyond = "",
-                .kind = WorkKind::code,
+                .kinds = kCode,
                 .file = wholeBashFile,
                 .arguments = kBash,
                 .clean = kZero,
@@ -122,7 +150,7 @@ constexpr std::array kEngines = {
                 .versionArguments = kVersion,
                 .oldest = "18",
                 .beyond = "",
-                .kind = WorkKind::code,
+                .kinds = kCode,
                 .file = wholeJavaScriptFile,
                 .arguments = kNode,
                 .clean = kZero,
@@ -145,7 +173,7 @@ constexpr std::array kEngines = {
                 .versionArguments = {},
                 .oldest = "",
                 .beyond = "",
-                .kind = WorkKind::code,
+                .kinds = kCode,
                 .file = wholeGoFile,
                 .arguments = kGofmt,
                 .clean = kZero,
@@ -168,7 +196,7 @@ constexpr std::array kEngines = {
                 .versionArguments = kVersion,
                 .oldest = "1.20",
                 .beyond = "2",
-                .kind = WorkKind::code,
+                .kinds = kCode,
                 .file = wholeYamlFile,
                 .arguments = kYamllint,
                 .clean = kZero,
@@ -191,7 +219,7 @@ constexpr std::array kEngines = {
                 .versionArguments = kVersion,
                 .oldest = "",
                 .beyond = "",
-                .kind = WorkKind::code,
+                .kinds = kCode,
                 .file = wholeXmlFile,
                 .arguments = kXmllint,
                 .clean = kZero,
@@ -214,7 +242,7 @@ constexpr std::array kEngines = {
                 .versionArguments = kVersion,
                 .oldest = "0.7.0",
                 .beyond = "1",
-                .kind = WorkKind::code,
+                .kinds = kCode,
                 .file = shellFile,
                 .arguments = kShellcheck,
                 .clean = kZeroOrOne,
@@ -237,7 +265,7 @@ constexpr std::array kEngines = {
                 .versionArguments = kVersion,
                 .oldest = "2.0",
                 .beyond = "3",
-                .kind = WorkKind::code,
+                .kinds = kCode,
                 .file = cFile,
                 .arguments = kCppcheck,
                 .clean = kZero,
@@ -260,7 +288,7 @@ constexpr std::array kEngines = {
                 .versionArguments = kVersion,
                 .oldest = "1.6",
                 .beyond = "2",
-                .kind = WorkKind::code,
+                .kinds = kCode,
                 .file = pythonFile,
                 .arguments = kBandit,
                 .clean = kZeroOrOne,
@@ -283,7 +311,7 @@ constexpr std::array kEngines = {
                 .versionArguments = kRuffVersion,
                 .oldest = "0.12",
                 .beyond = "1",
-                .kind = WorkKind::code,
+                .kinds = kCode,
                 .file = pythonFile,
                 .arguments = kRuff,
                 .clean = kZero,
@@ -306,7 +334,7 @@ constexpr std::array kEngines = {
                 .versionArguments = kOxlintVersion,
                 .oldest = "1.0",
                 .beyond = "2",
-                .kind = WorkKind::code,
+                .kinds = kCode,
                 .file = scriptFile,
                 .arguments = kOxlint,
                 .clean = kZeroOrOne,
@@ -318,6 +346,106 @@ constexpr std::array kEngines = {
                 .debian = "",
                 .homebrew = "",
                 .otherwise = "scripts/engines"},
+    EngineEntry{.id = "biome",
+                .name = "Biome",
+                .judges = "meaning, scripts and CSS",
+                .licence = "MIT OR Apache-2.0",
+                .program = "node",
+                .module = "node_modules/@biomejs/biome/bin/biome",
+                .scriptName = "",
+                .script = {},
+                .versionArguments = kBiomeVersion,
+                .oldest = "2.0",
+                .beyond = "3",
+                .kinds = kCode,
+                .file = scriptOrStyleFile,
+                .arguments = kBiome,
+                .clean = kZeroOrOne,
+                .faulty = {},
+                .read = readBiome,
+                .speaksOnErrors = false,
+                .columns = ColumnUnit::codePoint,
+                .reservesMuch = true,
+                .secondOpinion = true,
+                .debian = "",
+                .homebrew = "",
+                .otherwise = "scripts/engines --all"},
+    EngineEntry{.id = "markdownlint",
+                .name = "markdownlint",
+                .judges = "form, Markdown",
+                .licence = "MIT",
+                .program = "node",
+                .module = "node_modules/markdownlint/package.json",
+                .scriptName = "markdownlint_runner.mjs",
+                .script = {},
+                .versionArguments = kRunnerVersion,
+                .oldest = "0.34",
+                .beyond = "1",
+                .kinds = kProse,
+                .file = markdownFile,
+                .arguments = kRunner,
+                .clean = kZero,
+                .faulty = {},
+                .read = readFaults,
+                .speaksOnErrors = false,
+                .columns = ColumnUnit::codePoint,
+                .reservesMuch = true,
+                .secondOpinion = true,
+                .debian = "",
+                .homebrew = "",
+                .otherwise = "scripts/engines"},
+    EngineEntry{.id = "harper",
+                .name = "Harper",
+                .judges = "grammar, English",
+                .licence = "Apache-2.0",
+                .program = "node",
+                .module = "node_modules/harper.js/package.json",
+                .scriptName = "harper_runner.mjs",
+                .script = {},
+                .versionArguments = kRunnerVersion,
+                .oldest = "2.0",
+                .beyond = "3",
+                .kinds = kProse,
+                .file = englishFile,
+                .arguments = kRunner,
+                .clean = kZero,
+                .faulty = {},
+                .read = readFaults,
+                .speaksOnErrors = false,
+                .columns = ColumnUnit::codePoint,
+                .reservesMuch = true,
+                // It takes 470 MB for its dictionary and rules.
+                .megabytes = 768,
+                .prose = true,
+                .secondOpinion = true,
+                .debian = "",
+                .homebrew = "",
+                .otherwise = "scripts/engines --all"},
+    EngineEntry{.id = "gitleaks",
+                .name = "Gitleaks",
+                .judges = "secrets, by their shapes",
+                .licence = "MIT",
+                .program = "gitleaks",
+                .module = "",
+                .scriptName = "",
+                .script = {},
+                .versionArguments = kGitleaksVersion,
+                .oldest = "8.0",
+                .beyond = "9",
+                .kinds = kWritten,
+                .file = anyFile,
+                .arguments = kGitleaks,
+                .clean = kZero,
+                .faulty = {},
+                .read = readGitleaks,
+                .speaksOnErrors = false,
+                .columns = ColumnUnit::byte,
+                .reservesMuch = true,
+                .findsSecrets = true,
+                .secondOpinion = true,
+                .debian = "gitleaks (from Debian 13 on)",
+                .homebrew = "gitleaks",
+                .otherwise = ""},
 };
 
 /// With the scripts, which are known when the program is linked and not before.
@@ -326,6 +454,10 @@ std::array<EngineEntry, kEngines.size()> withScripts() {
     for (EngineEntry& entry : engines) {
         if (entry.scriptName == "python_syntax.py") entry.script = engine_scripts::kPythonSyntax;
         if (entry.scriptName == "ruff_runner.mjs") entry.script = engine_scripts::kRuffRunner;
+        if (entry.scriptName == "harper_runner.mjs") entry.script = engine_scripts::kHarperRunner;
+        if (entry.scriptName == "markdownlint_runner.mjs") {
+            entry.script = engine_scripts::kMarkdownlintRunner;
+        }
     }
     return engines;
 }

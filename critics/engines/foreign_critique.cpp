@@ -2,6 +2,7 @@
 
 #include "critics/engines/engine_rule_table.h"
 #include "critics/engines/foreign_grade.h"
+#include "critics/engines/prose_file.h"
 #include "critics/findings/finding_list.h"
 #include "critics/text/secret_shapes.h"
 #include "text/letters.h"
@@ -66,6 +67,7 @@ ChildRequest requestOf(const InstalledEngine& engine, std::span<const std::strin
     request.limits.output = kMostOutput;
     request.limits.wall = kMostTime;
     if (entry.reservesMuch) request.limits.addressSpace = 0;
+    if (entry.megabytes != 0) request.limits.memory = entry.megabytes << 20U;
     return request;
 }
 
@@ -88,6 +90,12 @@ std::string troubleOf(const EngineEntry& entry, const ChildResult& answer) {
     }
     if (std::ranges::find(entry.clean, answer.status) == entry.clean.end() &&
         std::ranges::find(entry.faulty, answer.status) == entry.faulty.end()) {
+        // So shells, and what shuts a child in, tell that a signal ended what they ran.
+        constexpr int kBySignal = 128;
+        constexpr int kSignals = 64;
+        if (answer.status > kBySignal && answer.status <= kBySignal + kSignals) {
+            return name + " was ended by signal " + std::to_string(answer.status - kBySignal);
+        }
         return name + " ended with status " + std::to_string(answer.status);
     }
     return {};
@@ -209,13 +217,6 @@ Span evidenceAt(const SourceText& source, std::size_t offset) {
     return {begin, end};
 }
 
-const Rule* familyOf(std::string_view engine) {
-    for (const Rule& rule : RulesFor<WorkKind::engine>::kRules) {
-        if (rule.id.substr(0, rule.id.size() - 2) == engine) return &rule;
-    }
-    return nullptr;
-}
-
 Critique gap(const EngineEntry& entry, std::string why) {
     Critique critique;
     critique.coverage.missed({std::string(entry.judges), std::move(why), ""});
@@ -225,6 +226,7 @@ Critique gap(const EngineEntry& entry, std::string why) {
 struct Placed {
     const ForeignFault* fault;
     std::size_t offset;
+    std::size_t end; ///< Of what it is about on its line, where the program said so; else `offset`.
     Severity severity;
 };
 
@@ -237,6 +239,13 @@ std::vector<Finding> findingsOf(const EngineEntry& entry, const SourceText& sour
         values.emplace_back(source.text().substr(secret.valueOffset, secret.valueLength));
     }
     for (const Placed& each : placed) {
+        if (entry.findsSecrets) {
+            const std::size_t line = source.lineAt(each.offset);
+            // Its columns are one off on some lines, by its versions.
+            const std::size_t begin = std::max(each.offset, source.lineStart(line) + 1) - 1;
+            const std::size_t end = source.lineEnd(line);
+            spans.emplace_back(begin, each.end > each.offset ? std::min(each.end + 1, end) : end);
+        }
         if (!isAboutPassword(entry.id, each.fault->code)) continue;
         const std::size_t line = source.lineAt(each.offset);
         addQuoted(source.text(), source.lineStart(line), source.lineEnd(line), spans);
@@ -246,7 +255,7 @@ std::vector<Finding> findingsOf(const EngineEntry& entry, const SourceText& sour
         findings.hide(span.first, span.second - span.first);
     }
 
-    const Rule* family = familyOf(entry.id);
+    const Rule* family = engineFamily(entry.id);
     for (const Placed& each : placed) {
         const auto rule = family == nullptr ? std::nullopt : graded(*family, each.severity);
         if (!rule) continue;
@@ -259,7 +268,9 @@ std::vector<Finding> findingsOf(const EngineEntry& entry, const SourceText& sour
         const std::string says = each.fault->code == kSyntaxCode
                                      ? "does not parse, says " + name + ": " + words
                                      : "is " + each.fault->code + " of " + name + ": " + words;
-        const Span evidence = evidenceAt(source, each.offset);
+        const Span evidence = entry.prose && each.end > each.offset
+                                  ? Span{each.offset, each.end}
+                                  : evidenceAt(source, each.offset);
         findings.addForeign(*rule, each.fault->code, each.offset, evidence.first,
                             evidence.second - evidence.first, says);
     }
@@ -356,6 +367,8 @@ Critique critiqueOf(const InstalledEngine& engine, const Part& part, const Child
     keepOneSyntaxFault(entry.id, faults);
 
     const SourceText source(part.text);
+    const std::string seen =
+        entry.prose ? proseForOthers(part.text, findSecrets(part.text)) : std::string();
     const bool whole = isWholeFile(part);
     std::vector<Placed> placed;
     bool lookedToTheEnd = true;
@@ -370,8 +383,13 @@ Critique critiqueOf(const InstalledEngine& engine, const Part& part, const Child
             return gap(entry,
                        std::string(entry.name) + " was asked, but its answer is not understood");
         }
+        const auto behind = fault.endColumn > fault.column
+                                ? offsetOf(source, fault.line, fault.endColumn, entry.columns)
+                                : offset;
+        const std::size_t end = behind && *behind > *offset ? *behind : *offset;
+        if (entry.prose && !wasSeen(part.text, seen, *offset, end - *offset)) continue;
         const auto severity = gradeOf(entry.id, fault, whole);
-        if (severity) placed.push_back({&fault, *offset, *severity});
+        if (severity) placed.push_back({&fault, *offset, end, *severity});
     }
 
     Critique critique;
@@ -379,7 +397,8 @@ Critique critiqueOf(const InstalledEngine& engine, const Part& part, const Child
     if (lookedToTheEnd) {
         critique.coverage.checked(
             {std::string(entry.name), engine.version, std::string(entry.judges)});
-        critique.coverage.known = true;
+        // Who looks for one thing alone knows the work no better for it.
+        critique.coverage.known = !entry.secondOpinion;
     } else {
         critique.coverage.missed(
             {std::string(entry.judges),

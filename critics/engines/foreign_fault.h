@@ -15,12 +15,13 @@
 namespace trevix {
 
 struct ForeignFault {
-    std::string code;       ///< The program's own name of its rule: "SC2086".
-    std::string level;      ///< Its own word, in lower case: "warning"; may be empty.
-    std::string confidence; ///< Likewise.
-    std::size_t line = 0;   ///< From 1; 0 where it names none.
-    std::size_t column = 0; ///< From 1; 0 where it names none.
-    std::string message;    ///< Its own words, on one line, in UTF-8.
+    std::string code;          ///< The program's own name of its rule: "SC2086".
+    std::string level;         ///< Its own word, in lower case: "warning"; may be empty.
+    std::string confidence;    ///< Likewise.
+    std::size_t line = 0;      ///< From 1; 0 where it names none.
+    std::size_t column = 0;    ///< From 1; 0 where it names none.
+    std::string message;       ///< Its own words, on one line, in UTF-8.
+    std::size_t endColumn = 0; ///< Behind the last on the same line; 0 where it names none.
 
     bool operator==(const ForeignFault&) const = default;
 };
@@ -49,8 +50,10 @@ using ForeignReader = ForeignReading (*)(std::string_view output);
 [[nodiscard]] ForeignReading readShellcheck(std::string_view output); ///< Its format "json1".
 [[nodiscard]] ForeignReading readBandit(std::string_view output);     ///< Its format "json".
 [[nodiscard]] ForeignReading readOxlint(std::string_view output);     ///< Its format "json".
-/// {"faults": [{"code", "line", "column", "message"}]} or {"trouble": "…"}: what the scripts in
-/// resources/engines print.
+[[nodiscard]] ForeignReading readBiome(std::string_view output);      ///< Its format "rdjson".
+[[nodiscard]] ForeignReading readGitleaks(std::string_view output);   ///< Its report "json".
+/// {"faults": [{"code", "line", "column", "endColumn", "message"}]}, endColumn if there is one, or
+/// {"trouble": "…"}: what the scripts in resources/engines print.
 [[nodiscard]] ForeignReading readFaults(std::string_view output);
 
 // Lines.

@@ -101,6 +101,34 @@ constexpr std::array kGrades = {
     ForeignGrade{"oxlint", "no-obj-calls", kHigh, "throws whenever it runs"},
     ForeignGrade{"oxlint", "no-new-native-nonconstructor", kHigh, "throws whenever it runs"},
     ForeignGrade{"oxlint", "no-invalid-regexp", kHigh, "throws whenever it runs"},
+
+    // Biome: as Oxlint, where the two have the same rule.
+    ForeignGrade{"biome", "syntax", kHigh, "the file does not run"},
+    ForeignGrade{"biome", "noDebugger", kHigh, "stops whoever runs it"},
+    ForeignGrade{"biome", "noConstAssign", kHigh, "throws whenever it runs"},
+    ForeignGrade{"biome", "noUnreachableSuper", kHigh, "throws whenever it runs"},
+    ForeignGrade{"biome", "noGlobalObjectCalls", kHigh, "throws whenever it runs"},
+
+    // markdownlint: what a reader meets as broken.
+    ForeignGrade{"markdownlint", "MD042", kHigh, "the link leads nowhere"},
+    ForeignGrade{"markdownlint", "MD001", kMedium, "the outline lacks a level"},
+    ForeignGrade{"markdownlint", "MD011", kMedium, "the link shows its marks"},
+    ForeignGrade{"markdownlint", "MD018", kMedium, "the heading shows its marks"},
+    ForeignGrade{"markdownlint", "MD051", kMedium, "the link leads nowhere"},
+    ForeignGrade{"markdownlint", "MD052", kMedium, "the link shows its marks"},
+    ForeignGrade{"markdownlint", "MD056", kMedium, "a cell is lost, or none is there"},
+    ForeignGrade{"markdownlint", "MD024", kLow, "who links to it does not know which"},
+    ForeignGrade{"markdownlint", "MD025", kLow, "a page has one title"},
+    ForeignGrade{"markdownlint", "MD045", kLow, "who does not see the picture misses it"},
+
+    // Harper: its kinds. What it calls spelling, style and choice of words is true of sound prose.
+    ForeignGrade{"harper", "Agreement", kMedium, "certain, and plain to every reader"},
+    ForeignGrade{"harper", "Grammar", kMedium, "certain, and plain to every reader"},
+    ForeignGrade{"harper", "Repetition", kMedium, "certain, and plain to every reader"},
+    ForeignGrade{"harper", "Usage", kLow, "some of it is a matter of region"},
+
+    // Gitleaks: by nothing but how random a value is.
+    ForeignGrade{"gitleaks", "generic-api-key", kMedium, "random values are not all secrets"},
 };
 
 /// The rules of Oxlint that are a fault wherever they speak: the "possible problems" of the linter
@@ -149,6 +177,42 @@ constexpr std::array<std::string_view, 43> kScriptFaults = {
     "oxc/number-arg-out-of-range",
     "oxc/uninvoked-array-callback",
     "typescript/no-duplicate-enum-values",
+};
+
+/// The rules of Biome that are a fault wherever they speak: those of the list above that it has,
+/// and what no browser understands in a style sheet.
+constexpr std::array<std::string_view, 31> kBiomeFaults = {
+    "useValidForDirection",
+    "useGetterReturn",
+    "noAsyncPromiseExecutor",
+    "noClassAssign",
+    "noCompareNegZero",
+    "noDuplicateParameters",
+    "noDuplicateClassMembers",
+    "noDuplicateElseIf",
+    "noDuplicateObjectKeys",
+    "noDuplicateCase",
+    "noEmptyCharacterClassInRegex",
+    "noCatchAssign",
+    "noFunctionAssign",
+    "noGlobalAssign",
+    "noImportAssign",
+    "noPrecisionLoss",
+    "noNonoctalDecimalEscape",
+    "noSelfAssign",
+    "noSetterReturn",
+    "noSparseArray",
+    "noUnreachable",
+    "noUnsafeFinally",
+    "noUnsafeNegation",
+    "noUnsafeOptionalChaining",
+    "useIsNan",
+    "useValidTypeof",
+    "noUnknownProperty",
+    "noUnknownUnit",
+    "noUnknownFunction",
+    "noInvalidDirectionInLinearGradient",
+    "noUnmatchableAnbSelector",
 };
 
 bool fits(std::string_view pattern, std::string_view code) {
@@ -200,6 +264,8 @@ std::optional<Severity> byEngine(std::string_view engine, const ForeignFault& fa
         return byLevel(fault);
     }
     if (engine == "oxlint") return text::isOneOf(fault.code, kScriptFaults) ? kMedium : kOff;
+    if (engine == "biome") return text::isOneOf(fault.code, kBiomeFaults) ? kMedium : kOff;
+    if (engine == "markdownlint" || engine == "harper") return kOff;
     if (engine == "ruff") return ofRuff(fault, whole);
     if (engine == "python" && fault.code == "warning") return kMedium;
     // The rest says no more than whether a file parses.

@@ -1,5 +1,5 @@
 #include "critics/engines/foreign_fault.h"
-#include "text/json_shape.h"
+#include "critics/engines/hostile_json.h"
 #include "text/unicode.h"
 
 #include <nlohmann/json.hpp>
@@ -13,28 +13,20 @@ namespace {
 
 using nlohmann::json;
 
-/// More than any of the programs says of a file of the size that they are given. Building a value
-/// takes some hundred bytes.
-constexpr std::size_t kMostValues = 400'000;
-
 NotUnderstood notUnderstood() {
     return {"its answer is not understood"};
-}
-
-std::optional<json> objectIn(std::string_view output) {
-    const auto shape = kelvane::text::jsonShape(output);
-    if (shape.hasNul || shape.depth > kelvane::text::kDeepestJson || shape.values > kMostValues) {
-        return std::nullopt;
-    }
-    json value = json::parse(output.begin(), output.end(), nullptr, false);
-    if (!value.is_object()) return std::nullopt;
-    return value;
 }
 
 /// The list called `name`; absent when there is none.
 const json* listIn(const json& object, const char* name) {
     const auto found = object.find(name);
     return found != object.end() && found->is_array() ? &*found : nullptr;
+}
+
+/// The object called `name`; null when there is none.
+const json* objectIn(const json& object, const char* name) {
+    const auto found = object.find(name);
+    return found != object.end() && found->is_object() ? &*found : nullptr;
 }
 
 std::optional<std::string> textIn(const json& object, const char* name) {
@@ -72,7 +64,7 @@ ForeignReading faultsIn(const json* list, FaultOf faultOf) {
 } // namespace
 
 ForeignReading readShellcheck(std::string_view output) {
-    const auto answer = objectIn(output);
+    const auto answer = hostileObject(output);
     if (!answer) return notUnderstood();
     return faultsIn(listIn(*answer, "comments"), [](const json& entry) {
         std::optional<ForeignFault> fault;
@@ -92,7 +84,7 @@ ForeignReading readShellcheck(std::string_view output) {
 }
 
 ForeignReading readBandit(std::string_view output) {
-    const auto answer = objectIn(output);
+    const auto answer = hostileObject(output);
     if (!answer) return notUnderstood();
     const json* errors = listIn(*answer, "errors");
     if (errors == nullptr) return notUnderstood();
@@ -116,7 +108,7 @@ ForeignReading readBandit(std::string_view output) {
 }
 
 ForeignReading readOxlint(std::string_view output) {
-    const auto answer = objectIn(output);
+    const auto answer = hostileObject(output);
     if (!answer) return notUnderstood();
     return faultsIn(listIn(*answer, "diagnostics"), [](const json& entry) {
         std::optional<ForeignFault> fault;
@@ -143,7 +135,7 @@ ForeignReading readOxlint(std::string_view output) {
 }
 
 ForeignReading readFaults(std::string_view output) {
-    const auto answer = objectIn(output);
+    const auto answer = hostileObject(output);
     if (!answer) return notUnderstood();
     if (textIn(*answer, "trouble")) return NotUnderstood{"it could not read the code"};
     return faultsIn(listIn(*answer, "faults"), [](const json& entry) {
@@ -152,9 +144,60 @@ ForeignReading readFaults(std::string_view output) {
         const auto line = numberIn(entry, "line");
         const auto message = textIn(entry, "message");
         if (code && line && message) {
-            fault =
-                ForeignFault{*code, {}, {}, *line, numberIn(entry, "column").value_or(0), *message};
+            fault = ForeignFault{*code,
+                                 {},
+                                 {},
+                                 *line,
+                                 numberIn(entry, "column").value_or(0),
+                                 *message,
+                                 numberIn(entry, "endColumn").value_or(0)};
         }
+        return fault;
+    });
+}
+
+ForeignReading readBiome(std::string_view output) {
+    const auto answer = hostileObject(output);
+    if (!answer) return notUnderstood();
+    return faultsIn(listIn(*answer, "diagnostics"), [](const json& entry) {
+        std::optional<ForeignFault> fault;
+        const json* code = objectIn(entry, "code");
+        const json* location = objectIn(entry, "location");
+        const json* range = location == nullptr ? nullptr : objectIn(*location, "range");
+        const json* start = range == nullptr ? nullptr : objectIn(*range, "start");
+        const auto message = textIn(entry, "message");
+        if (code == nullptr || start == nullptr || !message) return fault;
+        std::string name = textIn(*code, "value").value_or("");
+        // "lint/suspicious/noDebugger" is a group and its rule.
+        const std::string rule = name.substr(name.rfind('/') + 1);
+        fault = ForeignFault{name == "parse" ? std::string(kSyntaxCode) : rule,
+                             orEmpty(textIn(entry, "severity")),
+                             {},
+                             numberIn(*start, "line").value_or(0),
+                             numberIn(*start, "column").value_or(0),
+                             *message};
+        return fault;
+    });
+}
+
+ForeignReading readGitleaks(std::string_view output) {
+    const auto answer = hostileJson(output);
+    if (answer && answer->is_null()) return std::vector<ForeignFault>(); // It found none.
+    return faultsIn(answer && answer->is_array() ? &*answer : nullptr, [](const json& entry) {
+        std::optional<ForeignFault> fault;
+        const auto code = textIn(entry, "RuleID");
+        const auto line = numberIn(entry, "StartLine");
+        const auto message = textIn(entry, "Description");
+        if (!code || !line || !message) return fault;
+        // Over several lines, as keys are, the first is hidden to its end.
+        const bool oneLine = numberIn(entry, "EndLine").value_or(0) == *line;
+        fault = ForeignFault{*code,
+                             {},
+                             {},
+                             *line,
+                             numberIn(entry, "StartColumn").value_or(0),
+                             *message,
+                             oneLine ? numberIn(entry, "EndColumn").value_or(0) : 0};
         return fault;
     });
 }

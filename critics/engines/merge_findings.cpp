@@ -1,11 +1,15 @@
 #include "critics/engines/merge_findings.h"
 
+#include "text/unicode.h"
+
 #include <algorithm>
 #include <array>
 #include <charconv>
 #include <utility>
 
 namespace trevix {
+
+namespace text = kelvane::text;
 
 namespace {
 
@@ -27,6 +31,7 @@ constexpr std::array kSubjects = {
     Subject{"bash.syntax", kSyntax},
     Subject{"gofmt.syntax", kSyntax},
     Subject{"node.syntax", kSyntax},
+    Subject{"biome.syntax", kSyntax},
     Subject{"oxlint.syntax", kSyntax},
     Subject{"python.syntax", kSyntax},
     Subject{"ruff.syntax", kSyntax},
@@ -36,19 +41,71 @@ constexpr std::array kSubjects = {
     Subject{"shellcheck.SC1072", kSyntax},
     Subject{"shellcheck.SC1073", kSyntax},
     Subject{"code.secret", "secret"},
+    Subject{"text.secret", "secret"},
     Subject{"code.runs_text", "runs text"},
     Subject{"code.query_from_text", "query"},
     Subject{"code.swallowed_error", "swallowed"},
     Subject{"code.breakpoint", "breakpoint"},
     Subject{"oxlint.no-debugger", "breakpoint"},
+    Subject{"biome.noDebugger", "breakpoint"},
     Subject{"code.assignment_in_condition", "assignment"},
     Subject{"oxlint.no-cond-assign", "assignment"},
     Subject{"cppcheck.assignIfError", "assignment"},
     Subject{"code.dead_code", "dead code"},
     Subject{"oxlint.no-unreachable", "dead code"},
+    Subject{"biome.noUnreachable", "dead code"},
+    Subject{"oxlint.no-dupe-keys", "key twice"},
+    Subject{"biome.noDuplicateObjectKeys", "key twice"},
+    Subject{"oxlint.use-isnan", "comparison with NaN"},
+    Subject{"biome.useIsNan", "comparison with NaN"},
+    Subject{"oxlint.for-direction", "direction of a loop"},
+    Subject{"biome.useValidForDirection", "direction of a loop"},
+    Subject{"oxlint.no-const-assign", "constant"},
+    Subject{"biome.noConstAssign", "constant"},
+    Subject{"oxlint.no-duplicate-case", "case twice"},
+    Subject{"biome.noDuplicateCase", "case twice"},
+    Subject{"oxlint.no-self-assign", "assignment to itself"},
+    Subject{"biome.noSelfAssign", "assignment to itself"},
+    Subject{"oxlint.no-sparse-arrays", "hole"},
+    Subject{"biome.noSparseArray", "hole"},
+    Subject{"oxlint.no-unsafe-finally", "finally"},
+    Subject{"biome.noUnsafeFinally", "finally"},
+    Subject{"oxlint.valid-typeof", "typeof"},
+    Subject{"biome.useValidTypeof", "typeof"},
+    Subject{"document.heading_order", "heading order"},
+    Subject{"markdownlint.MD001", "heading order"},
+    Subject{"document.reversed_link", "reversed link"},
+    Subject{"markdownlint.MD011", "reversed link"},
+    Subject{"document.glued_heading", "glued heading"},
+    Subject{"markdownlint.MD018", "glued heading"},
+    Subject{"document.duplicate_heading", "heading twice"},
+    Subject{"markdownlint.MD024", "heading twice"},
+    Subject{"document.second_title", "second title"},
+    Subject{"markdownlint.MD025", "second title"},
+    Subject{"document.empty_link", "empty link"},
+    Subject{"markdownlint.MD042", "empty link"},
+    Subject{"document.image_text", "picture's words"},
+    Subject{"markdownlint.MD045", "picture's words"},
+    Subject{"document.broken_anchor", "anchor"},
+    Subject{"markdownlint.MD051", "anchor"},
+    Subject{"document.missing_definition", "definition"},
+    Subject{"markdownlint.MD052", "definition"},
+    Subject{"document.table_columns", "columns"},
+    Subject{"markdownlint.MD056", "columns"},
     Subject{"python.warning", "comparison"},
     Subject{"ruff.F632", "comparison"},
 };
+
+/// The column behind the line; absent without one.
+std::optional<std::size_t> columnOf(std::string_view place) {
+    constexpr std::string_view kColumn = ", column ";
+    const std::size_t at = place.rfind(kColumn);
+    if (at == std::string_view::npos) return std::nullopt;
+    place.remove_prefix(at + kColumn.size());
+    std::size_t column = 0;
+    const auto read = std::from_chars(place.data(), place.data() + place.size(), column);
+    return read.ec == std::errc() ? std::optional(column) : std::nullopt;
+}
 
 /// What is unsafe, by the numbers that Bandit gave it and Ruff took over.
 constexpr std::array kUnsafe = {
@@ -74,7 +131,27 @@ bool isShellSyntax(std::string_view rule) {
     return rule.starts_with(kFirst) && rule.size() == kFirst.size() + 3;
 }
 
+/// Who reads prose for others: what two of them say of the same words is one slip.
+bool isOfProse(std::string_view rule) {
+    constexpr std::array<std::string_view, 9> kOwn = {
+        "text.spelling",      "text.agreement", "text.verb_form",
+        "text.number",        "text.article",   "text.comparison",
+        "text.confused_word", "text.usage",     "text.doubled_word"};
+    return std::ranges::find(kOwn, rule) != kOwn.end() || rule.starts_with("harper.") ||
+           rule.starts_with("languagetool.");
+}
+
+/// Whether the words that the two quote have some in common.
+bool quoteTheSameWords(const Finding& a, const Finding& b) {
+    const auto first = columnOf(a.place);
+    const auto second = columnOf(b.place);
+    return first && second && lineOf(a.place) == lineOf(b.place) &&
+           *first < *second + text::characterCount(b.evidence) &&
+           *second < *first + text::characterCount(a.evidence);
+}
+
 bool isSameSlip(const Finding& a, const Finding& b) {
+    if (isOfProse(a.rule) && isOfProse(b.rule)) return quoteTheSameWords(a, b);
     const std::string_view subject = subjectOf(a.rule);
     if (subject.empty() || subject != subjectOf(b.rule)) return false;
     const auto line = lineOf(a.place);
@@ -92,6 +169,7 @@ std::string_view subjectOf(std::string_view rule) {
     const auto known = std::ranges::find(kSubjects, rule, &Subject::rule);
     if (known != kSubjects.end()) return known->about;
     if (isShellSyntax(rule)) return kSyntax;
+    if (rule.starts_with("gitleaks.")) return "secret";
     const std::string_view number = unsafeNumber(rule);
     const auto unsafe = std::ranges::find(kUnsafe, number, &Subject::rule);
     return unsafe != kUnsafe.end() ? unsafe->about : number;

@@ -15,7 +15,8 @@ namespace {
 
 std::optional<WorkFile> fileFor(const EngineEntry& entry, const Part& part,
                                 std::string_view modality) {
-    if (kindOf(part, text::lowerAscii(modality)) != entry.kind) return std::nullopt;
+    const WorkKind kind = kindOf(part, text::lowerAscii(modality));
+    if (std::ranges::find(entry.kinds, kind) == entry.kinds.end()) return std::nullopt;
     return entry.file(part);
 }
 
@@ -79,12 +80,20 @@ Critique ProgramEngines::look(std::string_view engine, const Part& part, std::st
 std::vector<NotChecked> ProgramEngines::absentFor(const Part& part,
                                                   std::string_view modality) const {
     std::vector<NotChecked> gaps;
+    // Whether it is theirs is seen from the beginning of a long one.
+    const bool isLong = part.text.size() > kLongestForPrograms;
+    Part beginning;
+    if (isLong) {
+        beginning = {part.mimeType, part.name, part.text.substr(0, kLongestForPrograms), "",
+                     part.isText};
+    }
     for (std::size_t i = 0; i < m_table.size(); ++i) {
         const EngineEntry& entry = m_table[i];
-        if (!fileFor(entry, part, modality)) continue;
+        if (!fileFor(entry, isLong ? beginning : part, modality)) continue;
         const InstalledEngine& engine = installed(i);
+        if (entry.secondOpinion && engine.program.empty()) continue;
         const std::string name(entry.name);
-        if (part.text.size() > kLongestForPrograms) {
+        if (isLong) {
             gaps.push_back({std::string(entry.judges),
                             "the text is longer than what " + name + " is asked about", ""});
         } else if (!engine.usable()) {

@@ -101,6 +101,12 @@ std::optional<WorkFile> scriptFile(const Part& part) {
     return fileOf(part, language, language == Language::typescript ? "work.ts" : "work.js");
 }
 
+std::optional<WorkFile> scriptOrStyleFile(const Part& part) {
+    const bool style = languageOf(part.name, part.text) == Language::css &&
+                       text::lowerAscii(extensionOf(part.name)) != "scss";
+    return style ? fileOf(part, Language::css, "work.css") : scriptFile(part);
+}
+
 std::optional<WorkFile> wholeBashFile(const Part& part) {
     auto file = shellFile(part);
     if (!file || !isWholeFile(part) || (file->dialect != "bash" && file->dialect != "sh")) {

@@ -37,6 +37,8 @@ using WorkFileOf = std::optional<WorkFile> (*)(const Part& part);
 [[nodiscard]] std::optional<WorkFile> pythonFile(const Part& part);
 /// JavaScript and TypeScript, with and without JSX.
 [[nodiscard]] std::optional<WorkFile> scriptFile(const Part& part);
+/// The same, and style sheets.
+[[nodiscard]] std::optional<WorkFile> scriptOrStyleFile(const Part& part);
 
 /// Whole files for bash: shell whose dialect is sh or bash.
 [[nodiscard]] std::optional<WorkFile> wholeBashFile(const Part& part);

@@ -28,6 +28,11 @@ struct Finding {
     bool operator==(const Finding&) const = default;
 };
 
+/// Whether a model said so: advice, for which no band is worse.
+[[nodiscard]] inline bool isAdvice(const Finding& finding) {
+    return finding.rule.starts_with("model.");
+}
+
 /// One part of a submission, decoded.
 struct Part {
     std::string mimeType;

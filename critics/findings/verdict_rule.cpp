@@ -75,6 +75,19 @@ std::uint64_t costOf(const OfOneRule& findings, std::uint64_t size) {
     return std::max(habitOf(findings.all), density);
 }
 
+std::uint64_t costOf(const std::map<std::string_view, OfOneRule>& byRule, std::uint64_t size) {
+    std::uint64_t cost = 0;
+    for (const auto& [rule, findings] : byRule) {
+        cost = std::min(kFullScore, cost + costOf(findings, size));
+    }
+    return cost;
+}
+
+/// In hundredths, halves rounded upwards.
+std::uint64_t scoreAt(std::uint64_t cost) {
+    return (kFullScore - cost + kHundredth / 2) / kHundredth;
+}
+
 } // namespace
 
 std::string_view name(Band band) {
@@ -102,33 +115,36 @@ std::optional<Band> bandNamed(std::string_view text) {
 
 Judgement judge(const Critique& critique) {
     std::map<std::string_view, OfOneRule> byRule;
+    std::map<std::string_view, OfOneRule> advice;
     Severity worst = Severity::low;
     for (const Finding& finding : critique.findings) {
-        OfOneRule& rule = byRule[finding.rule];
+        OfOneRule& rule = (isAdvice(finding) ? advice : byRule)[finding.rule];
         rule.all.push_back(finding.severity);
         Severity& ofEvidence = rule.worstByEvidence[finding.evidence];
         ofEvidence = std::max(ofEvidence, finding.severity);
-        worst = std::max(worst, finding.severity);
+        if (!isAdvice(finding)) worst = std::max(worst, finding.severity);
     }
 
     const std::uint64_t size = sizeOf(critique.extent);
-    std::uint64_t cost = 0;
-    for (const auto& [rule, findings] : byRule) {
-        cost = std::min(kFullScore, cost + costOf(findings, size));
-    }
-    const std::uint64_t hundredths = (kFullScore - cost + kHundredth / 2) / kHundredth;
+    const std::uint64_t cost = costOf(byRule, size);
+    const std::uint64_t hundredths = scoreAt(cost);
 
     Judgement judgement;
-    judgement.score = static_cast<double>(hundredths) / 100.0;
+    std::uint64_t least = 0;
     if (worst == Severity::critical) {
         judgement.band = Band::block;
     } else if (hundredths < kQuarantineBelow) {
         judgement.band = Band::quarantine;
     } else if (worst == Severity::high || hundredths < kShipFrom) {
         judgement.band = Band::route_to_fix;
+        // With a high finding the score may be that of work to ship.
+        least = kQuarantineBelow;
     } else {
         judgement.band = critique.coverage.known ? Band::ship : Band::unknown;
+        least = kShipFrom;
     }
+    const std::uint64_t advised = scoreAt(std::min(kFullScore, cost + costOf(advice, size)));
+    judgement.score = static_cast<double>(std::max(advised, least)) / 100.0;
     return judgement;
 }
 

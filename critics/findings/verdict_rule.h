@@ -14,6 +14,9 @@
 //   - The band goes by that rounded score: `block` with any critical finding; else `quarantine`
 //     below 0.50; else `route_to_fix` with any high finding or below 0.85; else `ship` when
 //     somebody who looked knows this kind of work, and `unknown` when nobody does.
+//   - Advice (`isAdvice`) costs like any finding, but the band goes by the others alone, and the
+//     score never falls below the least that their band can have: 0.85 for `ship` and `unknown`,
+//     0.50 for `route_to_fix`.
 //
 // Pure; any thread.
 

@@ -194,7 +194,15 @@ Grader::grade(const Submission& submission, std::stop_token cancel,
     for (std::size_t i = 0; i < most; ++i) {
         const Part& part = submission.parts[i];
         for (const std::string& engine : m_engines.enginesFor(part, submission.modality)) {
-            asked.emplace_back(i, engine);
+            if (i < m_engines.mostParts(engine)) {
+                asked.emplace_back(i, engine);
+            } else {
+                foreign[i].coverage.missed({engine + ", of this part",
+                                            "it is asked about the first " +
+                                                std::to_string(m_engines.mostParts(engine)) +
+                                                " parts only",
+                                            "grade them by themselves"});
+            }
         }
         for (NotChecked& gap : m_engines.absentFor(part, submission.modality)) {
             foreign[i].coverage.missed(std::move(gap));

@@ -22,10 +22,6 @@
 
 namespace trevix {
 
-/// The programs look into at most this many parts of one submission, the first: each is started
-/// anew for every part. Chosen; a project is graded file by file.
-constexpr std::size_t kMostPartsForEngines = 32;
-
 struct GraderOptions {
     /// The program that judges what encode() made of a submission on standard input, and writes
     /// frames; see writeFrames(). Its input is filled in.

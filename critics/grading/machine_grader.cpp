@@ -2,8 +2,10 @@
 
 #include "critics/critic.h"
 #include "critics/engines/engine_table.h"
+#include "critics/engines/joined_engines.h"
 #include "critics/engines/program_engines.h"
 #include "critics/inside_engines.h"
+#include "critics/servers/curl_servers.h"
 #include "critics/worker/posix_child_runner.h"
 
 #include <array>
@@ -30,6 +32,14 @@ constexpr ChildLimits kWorkerLimits{
     .addressSpace = 0, // Libraries are mapped, not used up.
     .memory = std::uint64_t{512} << 20U,
 };
+
+CriticTools toolsFor(const std::string& tessdata, const fs::path& home, const fs::path& dataHome,
+                     const fs::path& words) {
+    CriticTools tools;
+    tools.lines = std::make_shared<LineReaders>(languageFolders(tessdata));
+    tools.language = toolsOfMachine(home, dataHome, words);
+    return tools;
+}
 
 const fs::path& emptied(const fs::path& folder) {
     fs::remove_all(folder);
@@ -63,16 +73,24 @@ GraderOptions optionsFor(const MachinePlaces& places) {
 } // namespace
 
 struct MachineGrader::Parts {
-    explicit Parts(const MachinePlaces& places)
-        : runner(makePosixChildRunner(emptied(places.work),
+    explicit Parts(const MachinePlaces& given)
+        : places(given),
+          runner(makePosixChildRunner(emptied(places.work),
                                       sandboxOfThisMachine(places.work, places.program.string()))),
           finder(usualProgramFolders(), usualModuleFolders(places.program.parent_path())),
-          engines(engineTable(), finder, *runner),
+          programs(engineTable(), finder, *runner),
+          web(makeCurlServers()),
+          servers(places.servers, *web),
+          engines({&programs, &servers}),
           grader(*runner, engines, optionsFor(places)) {}
 
+    const MachinePlaces places;
     std::unique_ptr<ChildRunner> runner;
     FolderFinder finder;
-    ProgramEngines engines;
+    ProgramEngines programs;
+    std::unique_ptr<OwnServers> web;
+    ServerEngines servers;
+    JoinedEngines engines;
     Grader grader;
     std::jthread prober; // Ends before what it asks.
 };
@@ -88,12 +106,16 @@ const Grader& MachineGrader::grader() const {
 
 void MachineGrader::probe() {
     m_parts->prober = std::jthread(
-        [this](const std::stop_token& stop) { m_parts->engines.probe(stop); });
+        [this](const std::stop_token& stop) { m_parts->programs.probe(stop); });
 }
 
 std::vector<EngineInfo> MachineGrader::engines() const {
-    std::vector<EngineInfo> engines = insideEngines();
-    for (EngineInfo& program : m_parts->engines.list()) engines.push_back(std::move(program));
+    // For telling what is here; the child that judges has its own.
+    const MachinePlaces& places = m_parts->places;
+    std::vector<EngineInfo> engines = insideEngines(
+        toolsFor(places.tessdata.string(), places.home, places.dataHome, places.words));
+    for (EngineInfo& program : m_parts->programs.list()) engines.push_back(std::move(program));
+    for (EngineInfo& server : m_parts->servers.list()) engines.push_back(std::move(server));
     return engines;
 }
 
@@ -118,11 +140,9 @@ void makeReady(const CriticTools& tools) {
 } // namespace
 
 int serveWorker(Readers readers, const std::function<std::string(const char*)>& environment) {
-    CriticTools tools;
+    CriticTools tools = toolsFor(environment(kWritings), environment(kHome), environment(kDataHome),
+                                 environment(kWords));
     tools.readers = readers;
-    tools.lines = std::make_shared<LineReaders>(languageFolders(environment(kWritings)));
-    tools.language =
-        toolsOfMachine(environment(kHome), environment(kDataHome), environment(kWords));
     makeReady(tools);
     std::string input;
     std::array<char, 65536> room{};

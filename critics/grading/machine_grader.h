@@ -4,6 +4,7 @@
 #pragma once
 
 #include "critics/grading/grader.h"
+#include "critics/servers/server_engines.h"
 
 #include <filesystem>
 #include <functional>
@@ -24,6 +25,7 @@ struct MachinePlaces {
     std::filesystem::path words;    ///< A file of the person's own words; need not be there.
     /// Where the reader of pictures finds what it knows, before the usual folders; may be empty.
     std::filesystem::path tessdata;
+    ServerChoices servers = {}; ///< Those of the person's own that may be asked.
 };
 
 class MachineGrader {

@@ -48,6 +48,12 @@ std::optional<std::string> take(CommandLine& line, const std::string& option,
         line.catalog = value;
     } else if (option == "--socket") {
         line.socket = value;
+    } else if (option == "--judge") {
+        line.judge = value;
+    } else if (option == "--model") {
+        line.model = value;
+    } else if (option == "--languagetool") {
+        line.languageTool = value;
     } else {
         if (!isUsableKey(value))
             return "--key needs 8 to 512 visible ASCII characters without \"%\"";
@@ -90,6 +96,10 @@ std::variant<CommandLine, UsageError> parseCommandLine(const std::vector<std::st
             line.json = true;
             continue;
         }
+        if (option == "--judge-elsewhere") {
+            line.judgeElsewhere = true;
+            continue;
+        }
         std::optional<std::string> value;
         if (const auto equals = option.find('='); equals != std::string::npos) {
             value = option.substr(equals + 1);
@@ -97,7 +107,8 @@ std::variant<CommandLine, UsageError> parseCommandLine(const std::vector<std::st
         }
         if (option != "--port" && option != "--data" && option != "--key" &&
             option != "--catalog" && option != "--socket" && option != "--queue" &&
-            option != "--keep-days" && option != "--keep-work") {
+            option != "--keep-days" && option != "--keep-work" && option != "--judge" &&
+            option != "--model" && option != "--languagetool") {
             return UsageError{"unknown option " + arguments[i]};
         }
         if (!value) {
@@ -108,6 +119,12 @@ std::variant<CommandLine, UsageError> parseCommandLine(const std::vector<std::st
     }
     if (line.json && line.action != CommandLine::Action::engines) {
         return UsageError{"--json goes with --engines"};
+    }
+    if (line.judge.has_value() != line.model.has_value()) {
+        return UsageError{"--judge and --model go together"};
+    }
+    if (line.judgeElsewhere && !line.judge) {
+        return UsageError{"--judge-elsewhere goes with --judge"};
     }
     return line;
 }
@@ -130,6 +147,16 @@ on a Unix socket of its user.
   --keep-days N   forget runs N days after their last version; 0 keeps them (default 365)
   --keep-work N   keep the judged work itself N days, to show it with its flaws marked; 0 keeps
                   nothing of it (default 7)
+  --judge URL     have a model judge too, as advice: a chat server of your own on this
+                  machine that speaks OpenAI's protocol (http://127.0.0.1:11434,
+                  http+unix://%2Fpath%2Fto%2Fsocket); a key of its own stands in the
+                  environment as TREVIX_JUDGE_KEY
+  --model NAME    the model that it shall ask
+  --judge-elsewhere
+                  that server may be on another machine: work leaves this one, by https
+  --languagetool URL
+                  ask a LanguageTool server of your own on this machine
+                  (http://127.0.0.1:8081)
   --print-key     print the key, making it when there is none yet, and exit
   --engines       print who judges work here, and how to get those who are not, and exit
   --json          print that as JSON

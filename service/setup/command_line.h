@@ -26,6 +26,10 @@ struct CommandLine {
     std::optional<std::string> key;
     std::optional<std::string> catalog;
     std::optional<std::string> socket; ///< Path of the Unix socket; "none" for none.
+    std::optional<std::string> judge;        ///< Address of a server of models; only with a model.
+    std::optional<std::string> model;        ///< Its name; only with a judge.
+    bool judgeElsewhere = false;             ///< Whether that server may be on another machine.
+    std::optional<std::string> languageTool; ///< Address of such a server.
     std::size_t queue = 256;
     int keepDays = 365;      ///< 0: for good.
     int keepWorkDays = 7;    ///< The work itself. 0: not at all.

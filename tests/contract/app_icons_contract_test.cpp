@@ -12,6 +12,7 @@
 #include <fstream>
 #include <memory>
 #include <optional>
+#include <ostream>
 #include <string>
 
 namespace kelvane {
@@ -70,6 +71,11 @@ struct System {
     std::string name;
     std::unique_ptr<IconsOfSystem> (*make)();
 };
+
+/// By its name and not by its bytes, which differ from build to build.
+void PrintTo(const System& system, std::ostream* out) {
+    *out << system.name;
+}
 
 class AppIconsContract : public testing::TestWithParam<System> {
 protected:

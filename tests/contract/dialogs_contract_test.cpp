@@ -15,6 +15,7 @@
 #include <deque>
 #include <memory>
 #include <optional>
+#include <ostream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -107,6 +108,11 @@ struct System {
     std::string name;
     std::unique_ptr<DialogsOfSystem> (*make)();
 };
+
+/// By its name and not by its bytes, which differ from build to build.
+void PrintTo(const System& system, std::ostream* out) {
+    *out << system.name;
+}
 
 class DialogsContract : public testing::TestWithParam<System> {
 protected:

@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <ostream>
 #include <string>
 
 namespace kelvane {
@@ -47,6 +48,11 @@ struct System {
     std::string name;
     std::unique_ptr<PasteboardOfSystem> (*make)();
 };
+
+/// By its name and not by its bytes, which differ from build to build.
+void PrintTo(const System& system, std::ostream* out) {
+    *out << system.name;
+}
 
 class PasteboardContract : public testing::TestWithParam<System> {
 protected:

@@ -11,6 +11,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <ostream>
 #include <string>
 
 #include <xcb/xtest.h>
@@ -58,6 +59,11 @@ struct System {
     std::string name;
     std::unique_ptr<Mouse> (*make)();
 };
+
+/// By its name and not by its bytes, which differ from build to build.
+void PrintTo(const System& system, std::ostream* out) {
+    *out << system.name;
+}
 
 class PointerPressesContract : public testing::TestWithParam<System> {
 protected:

@@ -14,6 +14,7 @@
 #include <filesystem>
 #include <fstream>
 #include <memory>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -81,6 +82,11 @@ struct System {
     std::string name;
     std::unique_ptr<OpenerOfSystem> (*make)();
 };
+
+/// By its name and not by its bytes, which differ from build to build.
+void PrintTo(const System& system, std::ostream* out) {
+    *out << system.name;
+}
 
 class UrlOpenerContract : public testing::TestWithParam<System> {
 protected:

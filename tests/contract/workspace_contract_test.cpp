@@ -13,6 +13,7 @@
 #include <algorithm>
 #include <functional>
 #include <memory>
+#include <ostream>
 #include <set>
 #include <string>
 #include <vector>
@@ -117,6 +118,11 @@ struct Kind {
     const char* name;
     std::function<std::unique_ptr<Furnished>()> make;
 };
+
+/// By its name and not by its bytes, which differ from build to build.
+void PrintTo(const Kind& kind, std::ostream* out) {
+    *out << kind.name;
+}
 
 class DesktopContract : public testing::TestWithParam<Kind> {
 protected:

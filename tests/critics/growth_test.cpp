@@ -14,6 +14,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <new>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -109,6 +110,11 @@ struct Kind {
     std::string modality;
     std::string fileName;
 };
+
+/// By its name and not by its bytes, which differ from build to build.
+void PrintTo(const Kind& kind, std::ostream* out) {
+    *out << kind.modality << " " << kind.fileName;
+}
 
 Submission workOf(const Kind& kind, const Hostile& hostile, std::size_t size) {
     Submission work;

@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
+#include <ostream>
 #include <signal.h>
 #include <thread>
 
@@ -35,6 +36,11 @@ struct Editor {
     std::string wmClass;
     std::vector<std::string> command;
 };
+
+/// By its name and not by its bytes, which differ from build to build.
+void PrintTo(const Editor& editor, std::ostream* out) {
+    *out << editor.name;
+}
 
 class GradeJourneyWithEditor : public GradeJourney, public testing::WithParamInterface<Editor> {};
 

@@ -84,7 +84,9 @@ class Installed(unittest.TestCase):
         # The engines that come from npm, where they could be had.
         engines = {name for name in found if name.startswith("lib/kelvane/engines/node_modules/")}
         self.assertLessEqual({name.split("/")[4] for name in engines},
-                             {"@astral-sh", "@oxlint", "oxlint"})
+                             {"@astral-sh", "@oxlint", "oxlint", "@biomejs", "harper.js",
+                              "markdownlint", "markdownlint-micromark", "markdown-it", "argparse",
+                              "entities", "linkify-it", "mdurl", "punycode.js", "uc.micro"})
         self.assertEqual(found - engines, {"bin/kelvane", "bin/trevix-local", "share/man/man1/kelvane.1",
                                  f"share/applications/{ID}.desktop",
                                  f"share/icons/hicolor/scalable/apps/{ID}.svg"})

@@ -6,6 +6,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <ostream>
+
 namespace trevix {
 namespace {
 
@@ -30,6 +32,11 @@ struct SyntaxCase {
     std::string text;
     std::vector<std::string> rules;
 };
+
+/// By its name and not by its bytes, which differ from build to build.
+void PrintTo(const SyntaxCase& entry, std::ostream* out) {
+    *out << entry.name;
+}
 
 class CodeSyntax : public testing::TestWithParam<SyntaxCase> {};
 

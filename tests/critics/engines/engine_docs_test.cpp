@@ -44,7 +44,8 @@ TEST(EngineDocument, EveryPackageOfDebianIsOneThatBootstrapInstalls) {
     for (const EngineEntry& entry : engineTable()) {
         // Part of every system, of the tool that fetches packages, or of a toolchain of its own.
         if (entry.id == "bash" || entry.id == "node" || entry.id == "gofmt") continue;
-        if (entry.debian.empty()) continue;
+        // What is not in Debian 12, which bootstrap knows, names the release that has it.
+        if (entry.debian.empty() || entry.debian.find('(') != std::string_view::npos) continue;
         EXPECT_NE(bootstrap.find(" " + std::string(entry.debian)), std::string::npos) << entry.id;
     }
 }

@@ -10,6 +10,8 @@
 #include <gtest/gtest.h>
 
 #include <set>
+#include <sstream>
+#include <vector>
 
 namespace trevix {
 namespace {
@@ -61,7 +63,8 @@ TEST(RecordedAnswers, BecomeFindingsOfDeclaredRules) {
             EXPECT_THAT(finding.detail, HasSubstr(finding.evidence));
             EXPECT_THAT(finding.detail, Not(HasSubstr("work."))) << finding.detail;
         }
-        EXPECT_TRUE(critique.coverage.known) << sample.engine;
+        EXPECT_EQ(critique.coverage.known, !engineNamed(sample.engine)->secondOpinion)
+            << sample.engine;
         EXPECT_THAT(critique.coverage.notChecked, IsEmpty());
         ASSERT_EQ(critique.coverage.checkedBy.size(), 1U);
         EXPECT_EQ(critique.coverage.checkedBy[0].knows, engineNamed(sample.engine)->judges);
@@ -112,6 +115,8 @@ TEST(ForeignAnswer, GarbageIsAGapThatSaysWhoseAnswerItWas) {
                                               R"({"comments":[1,2]})"};
     for (const Sample& sample : samples()) {
         for (const std::string& answer : garbage) {
+            // So it writes that there is nothing.
+            if (sample.engine == "gitleaks" && (answer == "[]" || answer == "null")) continue;
             const Critique critique =
                 critiqueOf(hereAs(sample.engine), partOf(sample), resultOf(sample, answer));
             EXPECT_THAT(critique.findings, IsEmpty()) << sample.engine << ": " << answer;
@@ -169,8 +174,71 @@ TEST(ForeignAnswer, EveryOtherEndIsToldInTheCoverage) {
     EXPECT_EQ(why({End::cancelled, 0, "", ""}), "Bandit was stopped");
     EXPECT_EQ(why({End::notStarted, 0, "", "no"}), "Bandit could not be started");
     EXPECT_EQ(why(exited(2, "{}")), "Bandit ended with status 2");
+    EXPECT_EQ(why(exited(139, "{}")), "Bandit was ended by signal 11");
+    EXPECT_EQ(why(exited(128, "{}")), "Bandit ended with status 128");
+    EXPECT_EQ(why(exited(255, "{}")), "Bandit ended with status 255");
     EXPECT_EQ(why(exited(0, R"({"errors":[{"reason":"x"}],"results":[]})")),
               "Bandit was asked, but it could not read the code");
+}
+
+TEST(ForeignAnswer, OfEachEngineEveryBadEndIsAGapThatNamesItAndNoFinding) {
+    using End = ChildResult::End;
+    for (const Sample& sample : samples()) {
+        const std::string answer = answerTo(sample); // As if it had said so before its end.
+        const std::string name(engineNamed(sample.engine)->name);
+        const std::vector<ChildResult> ends = {
+            {End::killed, 11, answer, answer},    {End::outOfTime, 0, answer, answer},
+            {End::tooMuch, 0, answer, answer},    {End::cancelled, 0, answer, answer},
+            {End::notStarted, 0, answer, answer}, {End::exited, 77, answer, answer}};
+        for (const ChildResult& bad : ends) {
+            const Critique critique = critiqueOf(hereAs(sample.engine), partOf(sample), bad);
+            EXPECT_THAT(critique.findings, IsEmpty()) << name;
+            EXPECT_THAT(critique.coverage.checkedBy, IsEmpty()) << name;
+            EXPECT_FALSE(critique.coverage.known) << name;
+            ASSERT_EQ(critique.coverage.notChecked.size(), 1U) << name;
+            EXPECT_THAT(critique.coverage.notChecked[0].why, testing::StartsWith(name + " "));
+        }
+    }
+}
+
+/// As evidence shows a text.
+std::string withSingleBlanks(const std::string& text) {
+    std::istringstream words(text);
+    std::string out;
+    for (std::string word; words >> word;) out += (out.empty() ? "" : " ") + word;
+    return out;
+}
+
+TEST(ForeignAnswer, AForgedPathLeadsNowhere) {
+    for (const Sample& sample : samples()) {
+        for (const char* path : {"/etc/passwd", "../../secret", "x:1:1: y"}) {
+            std::string answer = answerTo(sample);
+            for (std::size_t at = 0; (at = answer.find("work.", at)) != std::string::npos;) {
+                answer.replace(at, 5, path);
+                at += std::string_view(path).size();
+            }
+            const Part part = partOf(sample);
+            const Critique critique =
+                critiqueOf(hereAs(sample.engine), part, resultOf(sample, answer));
+            for (const Finding& finding : critique.findings) {
+                // What is quoted stands in the work, but for what is hidden or cut.
+                const std::string quoted = finding.evidence.substr(0, finding.evidence.find("…"));
+                EXPECT_THAT(withSingleBlanks(part.text), HasSubstr(quoted)) << sample.engine;
+                EXPECT_THAT(finding.place, testing::StartsWith("line ")) << sample.engine;
+            }
+            EXPECT_EQ(critique.coverage.checkedBy.size() + critique.coverage.notChecked.size(), 1U)
+                << sample.engine;
+        }
+    }
+}
+
+TEST(Versions, OfEachEngineOneTooOldOrTooNewIsNotUsed) {
+    for (const EngineEntry& entry : engineTable()) {
+        EXPECT_EQ(versionTrouble(entry, "0.0.1").empty(), entry.oldest.empty()) << entry.id;
+        EXPECT_EQ(versionTrouble(entry, "9999").empty(), entry.beyond.empty()) << entry.id;
+        EXPECT_EQ(versionTrouble(entry, entry.oldest), "") << entry.id;
+        EXPECT_EQ(versionTrouble(entry, entry.beyond).empty(), entry.beyond.empty()) << entry.id;
+    }
 }
 
 TEST(ForeignAnswer, NothingToSayIsAJudgement) {

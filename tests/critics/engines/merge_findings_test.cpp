@@ -48,6 +48,43 @@ TEST(MergeFindings, AnotherLineOrSubjectIsAnotherSlip) {
         ElementsAre("code.todo", "code.todo"));
 }
 
+Finding said(std::string rule, std::string place, std::string words,
+             Severity severity = Severity::medium) {
+    Finding finding = found(std::move(rule), std::move(place), severity);
+    finding.evidence = std::move(words);
+    return finding;
+}
+
+TEST(MergeFindings, OfProseTheSameWordsAreOneSlip) {
+    EXPECT_THAT(merged({said("text.agreement", "line 1, column 9", "she don't")},
+                       {said("harper.Agreement", "line 1, column 13", "don't"),
+                        said("languagetool.HE_VERB_AGR", "line 1, column 18", "know")}),
+                ElementsAre("text.agreement", "languagetool.HE_VERB_AGR"));
+    EXPECT_THAT(merged({said("text.spelling", "line 1, column 9", "teh", Severity::low)},
+                       {said("harper.Grammar", "line 1, column 9", "teh")}),
+                ElementsAre("harper.Grammar"))
+        << "the graver";
+    EXPECT_THAT(merged({said("text.agreement", "line 1, column 9", "she don't")},
+                       {said("harper.Agreement", "line 2, column 9", "don't")}),
+                ElementsAre("text.agreement", "harper.Agreement"));
+    EXPECT_THAT(merged({said("text.spelling", "part 2 (a.md), line 1, column 9", "teh")},
+                       {said("model.language", "part 2 (a.md), line 1, column 9", "teh")}),
+                ElementsAre("text.spelling", "model.language"))
+        << "a model's word is another matter";
+}
+
+TEST(MergeFindings, SecondOpinionsOfMarkdownScriptsAndSecretsAreOneSlip) {
+    EXPECT_THAT(merged({found("document.empty_link", "line 3, column 1")},
+                       {found("markdownlint.MD042", "line 3, column 9")}),
+                ElementsAre("document.empty_link"));
+    EXPECT_THAT(merged({found("oxlint.no-dupe-keys", "line 3, column 1")},
+                       {found("biome.noDuplicateObjectKeys", "line 3, column 9")}),
+                ElementsAre("oxlint.no-dupe-keys"));
+    EXPECT_THAT(merged({found("text.secret", "line 3, column 1", Severity::critical)},
+                       {found("gitleaks.github-pat", "line 3, column 9")}),
+                ElementsAre("text.secret"));
+}
+
 TEST(MergeFindings, TextThatDoesNotParseIsOneSlipWhereverItWasNoticed) {
     EXPECT_THAT(merged({found("code.syntax", "line 3, column 1")},
                        {found("python.syntax", "line 90, column 1")}),

@@ -12,6 +12,7 @@
 
 #include <array>
 #include <fstream>
+#include <ostream>
 #include <sstream>
 #include <string>
 #include <string_view>
@@ -26,7 +27,13 @@ struct Sample {
     int status;
     std::vector<std::string> rules; ///< Of its findings, in their order.
     std::string_view firstPlace;
+    std::string_view mimeType = "text/x-code";
 };
+
+/// Shown when a test with it fails.
+inline void PrintTo(const Sample& sample, std::ostream* out) {
+    *out << sample.engine;
+}
 
 /// One for each engine of the table.
 inline const std::vector<Sample>& samples() {
@@ -73,6 +80,35 @@ inline const std::vector<Sample>& samples() {
          1,
          {"oxlint.no-dupe-keys", "oxlint.no-debugger", "oxlint.use-isnan", "oxlint.no-unreachable"},
          "line 3, column 21"},
+        {"biome",
+         "biome.css",
+         "biome.json",
+         1,
+         {"biome.noUnknownProperty", "biome.noUnknownUnit"},
+         "line 3, column 3"},
+        {"markdownlint",
+         "markdownlint.md",
+         "markdownlint.json",
+         0,
+         {"markdownlint.MD001", "markdownlint.MD011", "markdownlint.MD042", "markdownlint.MD018",
+          "markdownlint.MD051"},
+         "line 5, column 1",
+         "text/markdown"},
+        {"harper",
+         "harper.txt",
+         "harper.json",
+         0,
+         {"harper.Agreement", "harper.Grammar", "harper.Agreement"},
+         "line 1, column 45",
+         "text/plain"},
+        // Written by hand after the format that its manual of 2026-11 shows: Debian 12 has none.
+        {"gitleaks",
+         "gitleaks.txt",
+         "gitleaks.json",
+         0,
+         {"gitleaks.github-pat"},
+         "line 2, column 22",
+         "text/plain"},
     };
     return kSamples;
 }
@@ -88,7 +124,7 @@ inline std::string contentOf(const std::string& nameInTree) {
 inline Part partOf(const Sample& sample) {
     Part part;
     part.name = sample.file;
-    part.mimeType = "text/x-code";
+    part.mimeType = sample.mimeType;
     part.text = contentOf("tests/critics/engines/samples/" + std::string(sample.file));
     return part;
 }

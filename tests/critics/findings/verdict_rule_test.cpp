@@ -269,5 +269,49 @@ TEST(VerdictRule, BandsHaveTheNamesOfTheWireAndNoOthers) {
     }
 }
 
+/// What a model said: so many different remarks of every sort.
+std::vector<Finding> advice(std::size_t count) {
+    std::vector<Finding> findings;
+    for (std::size_t i = 0; i < count; ++i) {
+        findings.push_back(finding(Severity::medium, "model.sort" + std::to_string(i % 7)));
+        findings.back().evidence = "remark " + std::to_string(i);
+    }
+    return findings;
+}
+
+TEST(VerdictRule, AdviceAloneMakesNoBandWorse) {
+    for (std::size_t count = 0; count <= 60; ++count) {
+        EXPECT_EQ(judge(found(advice(count))).band, Band::ship) << count;
+        EXPECT_EQ(judge(found(advice(count), {}, false)).band, Band::unknown) << count;
+        EXPECT_EQ(judge(found(distinct(Severity::high, 1) + advice(count))).band,
+                  Band::route_to_fix)
+            << count;
+        EXPECT_EQ(judge(found(distinct(Severity::medium, 3) + advice(count))).band,
+                  Band::route_to_fix)
+            << count;
+    }
+    EXPECT_EQ(judge(found(advice(1))).score, 0.92) << "it costs all the same";
+    EXPECT_EQ(judge(found(advice(60))).score, 0.85) << "as little as its band can have";
+    EXPECT_EQ(judge(found(distinct(Severity::high, 1) + advice(60))).score, 0.50);
+    EXPECT_EQ(judge(found(distinct(Severity::high, 4) + advice(60))).score, 0.0);
+    EXPECT_EQ(judge(found(distinct(Severity::critical, 1) + advice(60))).band, Band::block);
+}
+
+TEST(VerdictRule, TakingAFindingAwayBesideAdviceNeverLowersTheScore) {
+    for (std::size_t others = 1; others <= 12; ++others) {
+        for (const Severity severity : {Severity::low, Severity::medium, Severity::high}) {
+            for (const std::size_t remarks : {0U, 1U, 3U, 40U}) {
+                const auto all = distinct(severity, others) + advice(remarks);
+                const double before = judge(found(all)).score;
+                for (std::size_t gone = 0; gone < all.size(); ++gone) {
+                    auto rest = all;
+                    rest.erase(rest.begin() + static_cast<std::ptrdiff_t>(gone));
+                    EXPECT_GE(judge(found(rest)).score, before) << others << " " << remarks;
+                }
+            }
+        }
+    }
+}
+
 } // namespace
 } // namespace trevix

@@ -69,6 +69,9 @@ public:
         return absent;
     }
 
+    std::size_t mostParts(std::string_view) const override { return most; }
+
+    std::size_t most = kMostPartsForEngines;
     std::map<std::string, Critique> made;
     std::vector<NotChecked> absent;
     std::function<void()> onLook;
@@ -252,6 +255,16 @@ TEST_F(GraderTest, ProgramsAreAskedAboutTheFirstPartsOnly) {
     const auto critique = graded(code(std::vector<std::string>(40, "tool.py")));
     EXPECT_EQ(looks, static_cast<int>(kMostPartsForEngines));
     EXPECT_TRUE(misses(*critique, "programs are asked about the first ones only"));
+}
+
+TEST_F(GraderTest, AnEngineThatTakesFewPartsIsAskedAboutTheFirst) {
+    std::atomic<int> looks{0};
+    m_engines.made["tool"] = {};
+    m_engines.most = 2;
+    m_engines.onLook = [&] { ++looks; };
+    const auto critique = graded(code(std::vector<std::string>(3, "tool.py")));
+    EXPECT_EQ(looks, 2);
+    EXPECT_TRUE(misses(*critique, "it is asked about the first 2 parts only"));
 }
 
 TEST(WriteFrames, TakesOnlyASubmission) {

@@ -9,6 +9,7 @@
 #include <initializer_list>
 #include <memory>
 #include <optional>
+#include <ostream>
 #include <string>
 
 namespace kelvane {
@@ -22,6 +23,11 @@ struct Editor {
     std::string wmClass;
     bool announcesKeyboardSelection = true; ///< As PRIMARY.
 };
+
+/// By its name and not by its bytes, which differ from build to build.
+void PrintTo(const Editor& editor, std::ostream* out) {
+    *out << editor.name;
+}
 
 std::ostream& operator<<(std::ostream& out, const Editor& editor) {
     return out << editor.name;

@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 
 #include <fstream>
+#include <ostream>
 #include <sstream>
 #include <string>
 
@@ -19,6 +20,11 @@ struct Terminal {
     bool oneArgument; ///< The program to run in it is one word to its option.
     std::string wmClass;
 };
+
+/// By its name and not by its bytes, which differ from build to build.
+void PrintTo(const Terminal& terminal, std::ostream* out) {
+    *out << terminal.name;
+}
 
 std::ostream& operator<<(std::ostream& out, const Terminal& terminal) {
     return out << terminal.name;

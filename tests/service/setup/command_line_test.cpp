@@ -51,6 +51,21 @@ TEST(CommandLineOptions, EnginesArePrintedForPeopleOrPrograms) {
     EXPECT_NE(usageText().find("--engines"), std::string_view::npos);
 }
 
+TEST(CommandLineOptions, ServersOfTheUsersOwnAreOffUntilNamed) {
+    EXPECT_FALSE(parsed({}).judge.has_value());
+    EXPECT_FALSE(parsed({}).languageTool.has_value());
+    const CommandLine line = parsed({"--judge", "http://127.0.0.1:11434", "--model=tiny:1b",
+                                     "--judge-elsewhere", "--languagetool=http://localhost:8081"});
+    EXPECT_EQ(line.judge, "http://127.0.0.1:11434");
+    EXPECT_EQ(line.model, "tiny:1b");
+    EXPECT_TRUE(line.judgeElsewhere);
+    EXPECT_EQ(line.languageTool, "http://localhost:8081");
+    for (const char* option : {"--judge URL", "--model NAME", "--judge-elsewhere",
+                               "--languagetool URL", "TREVIX_JUDGE_KEY"}) {
+        EXPECT_NE(usageText().find(option), std::string_view::npos) << option;
+    }
+}
+
 TEST(CommandLineOptions, HelpAndVersionWinOverWhatFollows) {
     EXPECT_EQ(parsed({"--help", "--nonsense"}).action, CommandLine::Action::help);
     EXPECT_EQ(parsed({"-h"}).action, CommandLine::Action::help);
@@ -63,6 +78,12 @@ TEST(CommandLineOptions, WhatCannotBeUsedIsNamed) {
         std::vector<std::string> arguments;
         const char* text;
     } cases[] = {
+        {{"--judge", "http://127.0.0.1:1"}, "--judge and --model go together"},
+        {{"--model", "m"}, "--judge and --model go together"},
+        {{"--judge-elsewhere"}, "--judge-elsewhere goes with --judge"},
+        {{"--judge="}, "--judge needs a value"},
+        {{"--judge", "u", "--model"}, "--model needs a value"},
+        {{"--judge-elsewhere=yes"}, "unknown option --judge-elsewhere=yes"},
         {{"--nonsense"}, "unknown option --nonsense"},
         {{"stray"}, "unknown option stray"},
         {{"--nonsense=1"}, "unknown option --nonsense=1"},
