@@ -463,7 +463,9 @@ private:
     [[nodiscard]] std::unique_ptr<Begun> ready(const ChildRequest& request) {
         std::optional<Ready> taken;
         {
-            const std::lock_guard lock(m_mutex);
+            std::unique_lock lock(m_mutex);
+            // One that is just being begun is there sooner than another one.
+            m_changed.wait(lock, [this] { return !m_beginning; });
             if (!m_ready || withoutInput(request) != m_ready->request) return nullptr;
             taken = std::exchange(m_ready, std::nullopt);
         }
@@ -484,11 +486,14 @@ private:
                     continue;
                 }
                 gone = std::exchange(m_ready, std::nullopt);
+                m_beginning = true;
                 lock.unlock();
                 gone.reset();
                 std::optional<Ready> made = prepared(wanted);
                 lock.lock();
                 m_ready = std::move(made);
+                m_beginning = false;
+                m_changed.notify_all();
             } else if (!m_ready) {
                 m_changed.wait(lock, [this] { return m_stopping || m_wanted; });
             } else if (Clock::now() < m_ready->until) {
@@ -570,6 +575,7 @@ private:
     std::mutex m_mutex;
     std::condition_variable m_changed;
     bool m_stopping = false;
+    bool m_beginning = false;
     std::optional<ChildRequest> m_wanted;
     std::optional<Ready> m_ready;
     std::thread m_keeper;
