@@ -13,9 +13,6 @@
 #include <thread>
 #include <utility>
 
-#include <poll.h>
-#include <unistd.h>
-
 namespace trevix {
 
 namespace fs = std::filesystem;
@@ -87,8 +84,8 @@ const Grader& MachineGrader::grader() const {
 }
 
 void MachineGrader::probe() {
-    m_parts->prober = std::jthread(
-        [this](const std::stop_token& stop) { m_parts->engines.probe(stop); });
+    m_parts->prober =
+        std::jthread([this](const std::stop_token& stop) { m_parts->engines.probe(stop); });
 }
 
 std::vector<EngineInfo> MachineGrader::engines() const {
@@ -98,11 +95,6 @@ std::vector<EngineInfo> MachineGrader::engines() const {
 }
 
 namespace {
-
-bool inputWaits() {
-    pollfd input{STDIN_FILENO, POLLIN, 0};
-    return ::poll(&input, 1, 0) != 0;
-}
 
 /// Opens what most works need, as long as none is here: a child that was begun beforehand has the
 /// time.

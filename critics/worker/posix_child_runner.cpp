@@ -375,8 +375,7 @@ struct Stamp {
     dev_t device = 0;
     ino_t node = 0;
     off_t size = 0;
-    std::int64_t seconds = 0;
-    std::int64_t nanoseconds = 0;
+    std::int64_t changed = 0; ///< In the clock's own ticks.
 
     bool operator==(const Stamp&) const = default;
 };
@@ -384,13 +383,9 @@ struct Stamp {
 Stamp stampOf(const std::string& path) {
     struct stat found = {};
     if (::stat(path.c_str(), &found) != 0) return {};
-#if defined(__APPLE__)
-    const timespec changed = found.st_mtimespec;
-#else
-    const timespec changed = found.st_mtim;
-#endif
-    return {found.st_dev, found.st_ino, found.st_size, std::int64_t{changed.tv_sec},
-            std::int64_t{changed.tv_nsec}};
+    std::error_code error;
+    const auto changed = fs::last_write_time(path, error).time_since_epoch();
+    return {found.st_dev, found.st_ino, found.st_size, std::int64_t{changed.count()}};
 }
 
 /// Of all that a child saw when it began and that may change before it is asked.
@@ -469,8 +464,7 @@ private:
             if (!m_ready || withoutInput(request) != m_ready->request) return nullptr;
             taken = std::exchange(m_ready, std::nullopt);
         }
-        const bool good =
-            !taken->begun->child->endedEarly() && taken->stamps == stampsFor(request);
+        const bool good = !taken->begun->child->endedEarly() && taken->stamps == stampsFor(request);
         return good ? std::move(taken->begun) : nullptr;
     }
 
@@ -582,6 +576,11 @@ private:
 };
 
 } // namespace
+
+bool inputWaits() {
+    pollfd input{STDIN_FILENO, POLLIN, 0};
+    return ::poll(&input, 1, 0) != 0;
+}
 
 std::unique_ptr<ChildRunner> makePosixChildRunner(fs::path workFolder, SandboxFacts facts,
                                                   std::chrono::milliseconds readyFor) {
