@@ -21,7 +21,8 @@ constexpr GradedRule kBreakpoint = declared<WorkKind::code>("code.breakpoint");
 constexpr GradedRule kDebugOutput = declared<WorkKind::code>("code.debug_output");
 constexpr GradedRule kTodo = declared<WorkKind::code>("code.todo");
 constexpr GradedRule kCommentedOut = declared<WorkKind::code>("code.commented_out");
-constexpr GradedRule kSwallowed = declared<WorkKind::code>("code.swallowed_error", Severity::medium);
+constexpr GradedRule kSwallowed =
+    declared<WorkKind::code>("code.swallowed_error", Severity::medium);
 // Written so that nothing else can be meant.
 constexpr GradedRule kLetGo = declared<WorkKind::code>("code.swallowed_error", Severity::low);
 constexpr GradedRule kNone = declared<WorkKind::code>("code.none_comparison");
@@ -330,8 +331,8 @@ void checkEmptyCatches(const CodeView& view, FindingList& findings) {
         if (hasComment(view, brace, brace + 1)) continue; // Says why.
         const std::size_t start = view.code[i].offset;
         // "catch {}" declines the error in so many words, "catch (e) {}" forgets it.
-        findings.add(brace == i + 1 ? kLetGo : kSwallowed, start, view.code[brace + 1].end() - start,
-                     "drops an error without a word");
+        findings.add(brace == i + 1 ? kLetGo : kSwallowed, start,
+                     view.code[brace + 1].end() - start, "drops an error without a word");
     }
 }
 

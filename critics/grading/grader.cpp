@@ -78,8 +78,8 @@ bool parses(const Critique& foreign) {
                std::ranges::find(kOwnParsers, who.engine) != kOwnParsers.end();
     });
     return read && std::ranges::none_of(foreign.findings, [](const Finding& finding) {
-        return finding.severity == Severity::high || finding.severity == Severity::critical;
-    });
+               return finding.severity == Severity::high || finding.severity == Severity::critical;
+           });
 }
 
 /// A grammar is made by others than the language, and lags behind it: where the language's own

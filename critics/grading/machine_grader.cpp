@@ -15,9 +15,6 @@
 #include <thread>
 #include <utility>
 
-#include <poll.h>
-#include <unistd.h>
-
 namespace trevix {
 
 namespace fs = std::filesystem;
@@ -105,8 +102,8 @@ const Grader& MachineGrader::grader() const {
 }
 
 void MachineGrader::probe() {
-    m_parts->prober = std::jthread(
-        [this](const std::stop_token& stop) { m_parts->programs.probe(stop); });
+    m_parts->prober =
+        std::jthread([this](const std::stop_token& stop) { m_parts->programs.probe(stop); });
 }
 
 std::vector<EngineInfo> MachineGrader::engines() const {
@@ -120,11 +117,6 @@ std::vector<EngineInfo> MachineGrader::engines() const {
 }
 
 namespace {
-
-bool inputWaits() {
-    pollfd input{STDIN_FILENO, POLLIN, 0};
-    return ::poll(&input, 1, 0) != 0;
-}
 
 /// Opens what most works need, as long as none is here: a child that was begun beforehand has the
 /// time.

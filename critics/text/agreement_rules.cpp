@@ -76,10 +76,10 @@ void checkThirdPerson(const EnglishSentence& s, std::size_t i, GrammarReport& re
                          s.is(i - 1, {"because", "when", "although", "since", "while", "but", "and",
                                       "so", "that", "think", "believe", "where", "which"});
     // "Those who saw it have": the verb of the clause around.
-    const bool have = s.is(verb, {"have", "haven't"}) && verb == i + 1 && i > 0 && s.glued(i) &&
-                      !s.has(i - 1, kBase | kPast | kRegularPast | kIng | kPreposition |
-                                        kLatePast | kAnyThird) &&
-                      !s.before(i, {"who", "that", "which", "what", "whoever", "if"});
+    const bool have =
+        s.is(verb, {"have", "haven't"}) && verb == i + 1 && i > 0 && s.glued(i) &&
+        !s.has(i - 1, kBase | kPast | kRegularPast | kIng | kPreposition | kLatePast | kAnyThird) &&
+        !s.before(i, {"who", "that", "which", "what", "whoever", "if"});
     if ((subject && (isBareFinite(s, verb) || were)) || have) say(s, i, verb, report);
 }
 

@@ -349,12 +349,13 @@ private:
         constexpr std::size_t kShortest = 7;
         if (word.size() < kShortest || !word.ends_with("ly")) return false;
         for (const std::string_view other :
-             {"assembly", "butterfly", "monopoly", "multiply", "anomaly", "elderly", "friendly",
-              "unfriendly", "cowardly", "scholarly", "fatherly", "motherly", "brotherly",
-              "unlikely", "worldly", "monthly", "quarterly", "homily", "orderly", "heavenly",
-              "leisurely", "supply", "resupply", "reapply", "comply", "unholy", "costly",
-              "deadly", "lonely", "lovely", "kindly", "weekly", "biweekly", "firefly", "dragonfly",
-              "disorderly", "subfamily", "superfamily", "underbelly", "melancholy", "panoply"}) {
+             {"assembly",  "butterfly",   "monopoly",   "multiply",   "anomaly",   "elderly",
+              "friendly",  "unfriendly",  "cowardly",   "scholarly",  "fatherly",  "motherly",
+              "brotherly", "unlikely",    "worldly",    "monthly",    "quarterly", "homily",
+              "orderly",   "heavenly",    "leisurely",  "supply",     "resupply",  "reapply",
+              "comply",    "unholy",      "costly",     "deadly",     "lonely",    "lovely",
+              "kindly",    "weekly",      "biweekly",   "firefly",    "dragonfly", "disorderly",
+              "subfamily", "superfamily", "underbelly", "melancholy", "panoply"}) {
             if (word == other) return false;
         }
         return true;

@@ -49,9 +49,9 @@ void checkSmallStart(const EnglishSentence& sentence, GrammarReport& report) {
 void checkInnerCapitals(const EnglishSentence& sentence, GrammarReport& report) {
     for (std::size_t i = 1; i + 1 < sentence.size(); ++i) {
         if (sentence.gap(i) != ',' || !sentence.capital(i) || sentence.allUpper(i)) continue;
-        if (!sentence.is(i, {"the",  "this", "that", "these", "those", "when", "if", "because",
-                             "but",  "we",   "they", "he",    "she",   "it",   "there", "my",
-                             "our",  "their", "which", "who", "where", "while", "so"})) {
+        if (!sentence.is(i, {"the", "this",  "that",  "these", "those", "when",  "if",    "because",
+                             "but", "we",    "they",  "he",    "she",   "it",    "there", "my",
+                             "our", "their", "which", "who",   "where", "while", "so"})) {
             continue;
         }
         if (!sentence.glued(i + 1) || sentence.capital(i + 1)) continue;

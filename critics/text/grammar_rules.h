@@ -19,9 +19,7 @@ namespace trevix {
 /// Takes what the rules find, a place at most once.
 class GrammarReport {
 public:
-    GrammarReport(LanguageSlips& slips, bool technical)
-        : m_slips(slips),
-          m_technical(technical) {}
+    GrammarReport(LanguageSlips& slips, bool technical) : m_slips(slips), m_technical(technical) {}
 
     /// Adds a finding for the words from `first` to `last`, unless one of them was spoken of.
     void add(GradedRule rule, const EnglishSentence& sentence, std::size_t first, std::size_t last,

@@ -355,18 +355,16 @@ std::size_t bareNoun(const EnglishSentence& s, std::size_t i) {
     // "is person who" ends a phrase; "is day and night" is an idiom.
     if (s.is(at + 1, {"by", "after"}) && s.word(at + 2) == s.word(at)) return s.size();
     if (s.is(at,
-             {"language",     "experience", "truth",        "history",   "conclusion", "company",
-              "school",       "university", "theory",       "argument",  "factor",     "place",
-              "result",       "character",  "tradition",    "table",     "skill",      "concept",
-              "king",         "queen",      "manager",      "leader",    "mother",     "mom",
-              "dad",          "bed",        "church",       "effort",    "week",       "month",
-              "year",         "day",        "conversation", "disease",   "ability",    "lake",
-              "organization", "occupation", "state",        "purpose",   "exam",       "lie",
-              "task",         "test",       "hospital",     "community", "speech",     "talk",
+             {"language", "experience", "truth", "history", "conclusion", "company", "school",
+              "university", "theory", "argument", "factor", "place", "result", "character",
+              "tradition", "table", "skill", "concept", "king", "queen", "manager", "leader",
+              "mother", "mom", "dad", "bed", "church", "effort", "week", "month", "year", "day",
+              "conversation", "disease", "ability", "lake", "organization", "occupation", "state",
+              "purpose", "exam", "lie", "task", "test", "hospital", "community", "speech", "talk",
               // Offices: "is president of", "was made editor".
-              "president",    "mayor",      "minister",     "secretary", "ambassador", "champion",
-              "editor",       "owner",      "professor",    "supervisor", "boss",      "partner",
-              "producer",     "judge",      "opponent",     "candidate", "captain",    "landlord"})) {
+              "president", "mayor", "minister", "secretary", "ambassador", "champion", "editor",
+              "owner", "professor", "supervisor", "boss", "partner", "producer", "judge",
+              "opponent", "candidate", "captain", "landlord"})) {
         return s.size();
     }
     return at;

@@ -441,8 +441,8 @@ private:
     [[nodiscard]] static bool differsInEnding(std::string_view own, std::string_view other) {
         constexpr std::size_t kShortestStemOfBoth = 6;
         constexpr std::array<std::string_view, 16> kEndings = {
-            "ant",  "ance", "ancy", "ent", "ence", "ation", "ative", "ive",
-            "ist",  "ism",  "istic", "al", "ity",  "ness",  "ment",  "er"};
+            "ant", "ance", "ancy",  "ent", "ence", "ation", "ative", "ive",
+            "ist", "ism",  "istic", "al",  "ity",  "ness",  "ment",  "er"};
         std::size_t same = 0;
         while (same < own.size() && same < other.size() && own[same] == other[same]) ++same;
         // The stem may end before the letters that both endings begin with.

@@ -271,9 +271,8 @@ void checkSmallI(const EnglishSentence& s, std::size_t i, GrammarReport& report)
     if (s.capital(i)) return;
     const bool short_ = s.is(i, {"i'm", "i've", "i'll", "i'd"});
     // In notes on code it may be the name of a counter.
-    const std::uint32_t verbs = report.technical()
-                                    ? 0U
-                                    : kPast | kPastOnly | kRegularPast | kPureBase | kLatePast;
+    const std::uint32_t verbs =
+        report.technical() ? 0U : kPast | kPastOnly | kRegularPast | kPureBase | kLatePast;
     const bool pronoun =
         s.word(i) == "i" && s.glued(i + 1) &&
         (s.is(i + 1, {"am",       "have", "was",  "think", "will",   "would",   "can",    "do",
@@ -349,12 +348,13 @@ void checkFrames(const EnglishSentence& s, std::size_t i, GrammarReport& report)
     }
     // "Lot of", without "a"
     if (s.word(i) == "lot" && s.word(i + 1) == "of" &&
-        (i == 0 || s.is(i - 1, {"have", "has",  "had",  "is",   "are",   "be",    "was",  "were",
-                                "spend", "learn", "of", "there", "with", "in", "get", "got",
-                                "gets", "need", "and", "takes", "take", "so", "make", "makes",
-                                "made", "know", "to", "for", "about", "from", "by", "having",
-                                "gave", "give", "gives", "find", "found", "see", "saw", "earn",
-                                "but", "because", "that", "cause", "causes", "buy", "using"}))) {
+        (i == 0 ||
+         s.is(i - 1, {"have",  "has",     "had",   "is",    "are",    "be",   "was",  "were",
+                      "spend", "learn",   "of",    "there", "with",   "in",   "get",  "got",
+                      "gets",  "need",    "and",   "takes", "take",   "so",   "make", "makes",
+                      "made",  "know",    "to",    "for",   "about",  "from", "by",   "having",
+                      "gave",  "give",    "gives", "find",  "found",  "see",  "saw",  "earn",
+                      "but",   "because", "that",  "cause", "causes", "buy",  "using"}))) {
         report.add(kUsage, s, i, i + 1, "lacks its article: “a lot of”");
     }
     // "It important to", "they happy"

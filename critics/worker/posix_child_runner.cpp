@@ -375,8 +375,7 @@ struct Stamp {
     dev_t device = 0;
     ino_t node = 0;
     off_t size = 0;
-    std::int64_t seconds = 0;
-    std::int64_t nanoseconds = 0;
+    std::int64_t changed = 0; ///< In the clock's own ticks.
 
     bool operator==(const Stamp&) const = default;
 };
@@ -384,13 +383,9 @@ struct Stamp {
 Stamp stampOf(const std::string& path) {
     struct stat found = {};
     if (::stat(path.c_str(), &found) != 0) return {};
-#if defined(__APPLE__)
-    const timespec changed = found.st_mtimespec;
-#else
-    const timespec changed = found.st_mtim;
-#endif
-    return {found.st_dev, found.st_ino, found.st_size, std::int64_t{changed.tv_sec},
-            std::int64_t{changed.tv_nsec}};
+    std::error_code error;
+    const auto changed = fs::last_write_time(path, error).time_since_epoch();
+    return {found.st_dev, found.st_ino, found.st_size, std::int64_t{changed.count()}};
 }
 
 /// Of all that a child saw when it began and that may change before it is asked.
@@ -463,12 +458,13 @@ private:
     [[nodiscard]] std::unique_ptr<Begun> ready(const ChildRequest& request) {
         std::optional<Ready> taken;
         {
-            const std::lock_guard lock(m_mutex);
+            std::unique_lock lock(m_mutex);
+            // One that is just being begun is there sooner than another one.
+            m_changed.wait(lock, [this] { return !m_beginning; });
             if (!m_ready || withoutInput(request) != m_ready->request) return nullptr;
             taken = std::exchange(m_ready, std::nullopt);
         }
-        const bool good =
-            !taken->begun->child->endedEarly() && taken->stamps == stampsFor(request);
+        const bool good = !taken->begun->child->endedEarly() && taken->stamps == stampsFor(request);
         return good ? std::move(taken->begun) : nullptr;
     }
 
@@ -484,11 +480,14 @@ private:
                     continue;
                 }
                 gone = std::exchange(m_ready, std::nullopt);
+                m_beginning = true;
                 lock.unlock();
                 gone.reset();
                 std::optional<Ready> made = prepared(wanted);
                 lock.lock();
                 m_ready = std::move(made);
+                m_beginning = false;
+                m_changed.notify_all();
             } else if (!m_ready) {
                 m_changed.wait(lock, [this] { return m_stopping || m_wanted; });
             } else if (Clock::now() < m_ready->until) {
@@ -570,12 +569,18 @@ private:
     std::mutex m_mutex;
     std::condition_variable m_changed;
     bool m_stopping = false;
+    bool m_beginning = false;
     std::optional<ChildRequest> m_wanted;
     std::optional<Ready> m_ready;
     std::thread m_keeper;
 };
 
 } // namespace
+
+bool inputWaits() {
+    pollfd input{STDIN_FILENO, POLLIN, 0};
+    return ::poll(&input, 1, 0) != 0;
+}
 
 std::unique_ptr<ChildRunner> makePosixChildRunner(fs::path workFolder, SandboxFacts facts,
                                                   std::chrono::milliseconds readyFor) {

@@ -29,6 +29,9 @@ constexpr std::chrono::milliseconds kReadyFor = std::chrono::seconds(60);
 makePosixChildRunner(std::filesystem::path workFolder, SandboxFacts facts,
                      std::chrono::milliseconds readyFor = kReadyFor);
 
+/// Whether a child has something on its standard input, or the end of it.
+[[nodiscard]] bool inputWaits();
+
 /// What there is to shut programs in with, tried out with `program --version`: a bwrap that is
 /// there but may not work, as in some containers, or in which that program finds not all that it
 /// needs, is none. Runs it once.

@@ -364,9 +364,10 @@ TEST(CodeCritic, WhatIsDroppedOrShutOffInSoManyWordsIsLow) {
     EXPECT_TRUE(critiqueCode(textPart("try:\n    f.close()\nexcept Exception:\n    pass\n", "a.py",
                                       "text/x-code"))
                     .findings.empty());
-    EXPECT_FALSE(critiqueCode(textPart("try:\n    g()\n    f.close()\nexcept Exception:\n    pass\n",
-                                       "a.py", "text/x-code"))
-                     .findings.empty());
+    EXPECT_FALSE(
+        critiqueCode(textPart("try:\n    g()\n    f.close()\nexcept Exception:\n    pass\n", "a.py",
+                              "text/x-code"))
+            .findings.empty());
 }
 
 TEST(CodeCritic, SwallowedErrors) {

@@ -142,8 +142,8 @@ TEST_F(GraderTest, WhatEnginesFindIsAddedToTheirPart) {
 TEST_F(GraderTest, TheLanguagesOwnParserKnowsBetterThanAGrammar) {
     const auto grammarSpeaks = [](const std::optional<Critique>& critique) {
         return critique && std::ranges::any_of(critique->findings, [](const Finding& finding) {
-            return finding.rule == "code.syntax";
-        });
+                   return finding.rule == "code.syntax";
+               });
     };
     if (!grammarSpeaks(graded(code({"a.py"})))) {
         GTEST_SKIP() << "NOT RUN: this build has no grammar of Python";
@@ -156,7 +156,8 @@ TEST_F(GraderTest, TheLanguagesOwnParserKnowsBetterThanAGrammar) {
     linter.coverage.checked({"Ruff", "0.17", "meaning and security, Python"});
     m_engines.made["linted"] = linter;
     EXPECT_TRUE(grammarSpeaks(graded(code({"linted.py"}))));
-    parser.findings = {{Severity::high, "python.syntax", "syntax", "line 1, column 7", "x", "Bad."}};
+    parser.findings = {
+        {Severity::high, "python.syntax", "syntax", "line 1, column 7", "x", "Bad."}};
     m_engines.made["refused"] = parser;
     const auto refused = graded(code({"refused.py"}));
     ASSERT_TRUE(refused);

@@ -224,23 +224,22 @@ TEST(Usage, IsWrong) {
 }
 
 TEST(Usage, WordsThatSoundAlikeInATurnOfPhrase) {
-    expectFound("text.usage",
-                {"For all intensive purposes the work is done.",
-                 "The news peaked my interest at once.", "We were able to make due with less.",
-                 "They gave her free reign over the whole plan.",
-                 "This is a worse case scenario for the team.",
-                 "She slammed on the breaks before the bridge.",
-                 "They went threw all of the papers again.",
-                 "In a such situation we wait for help.", "There was very less water in the lake.",
-                 "If your looking for a room, call us.", "It is apart of our plan for May.",
-                 "Please bare with us until the work is done."});
+    expectFound(
+        "text.usage",
+        {"For all intensive purposes the work is done.", "The news peaked my interest at once.",
+         "We were able to make due with less.", "They gave her free reign over the whole plan.",
+         "This is a worse case scenario for the team.",
+         "She slammed on the breaks before the bridge.", "They went threw all of the papers again.",
+         "In a such situation we wait for help.", "There was very less water in the lake.",
+         "If your looking for a room, call us.", "It is apart of our plan for May.",
+         "Please bare with us until the work is done."});
     expectSound({"To all intents and purposes the work is done.",
-                 "They let her reign over the whole land.",
-                 "In the worse case we wait for a day.", "They all wanted to, and we did too.",
-                 "She took the breaks that the rules allow.", "They threw all of the papers away.",
-                 "It is such a situation that we fear.", "There was much less water in the lake.",
-                 "If your looks matter to you, call us.", "They live far apart of late.",
-                 "Things were better then.", "He has a part of it, and it is worth the price.",
+                 "They let her reign over the whole land.", "In the worse case we wait for a day.",
+                 "They all wanted to, and we did too.", "She took the breaks that the rules allow.",
+                 "They threw all of the papers away.", "It is such a situation that we fear.",
+                 "There was much less water in the lake.", "If your looks matter to you, call us.",
+                 "They live far apart of late.", "Things were better then.",
+                 "He has a part of it, and it is worth the price.",
                  "Put the coarse sand and a pile of coarse gravel here."});
 }
 
@@ -268,10 +267,10 @@ TEST(VerbForms, AfterOpenAdverbs) {
 }
 
 TEST(ConfusedWords, TheSmallPronounBeforeAnyVerb) {
-    expectFound("text.confused_word", {"When i arrived at the sea it was late.",
-                                       "After the rain i gave her the key."});
-    expectSound({"If it costs more then the plan will fall.",
-                 "In June the work will effect the change."});
+    expectFound("text.confused_word",
+                {"When i arrived at the sea it was late.", "After the rain i gave her the key."});
+    expectSound(
+        {"If it costs more then the plan will fall.", "In June the work will effect the change."});
 }
 
 TEST(Number, OfWhatIsCertain) {
