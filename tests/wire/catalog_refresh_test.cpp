@@ -5,7 +5,7 @@
 #include "platform/fake/fakes.h"
 #include "platform/ports/quit_signal.h"
 #include "platform/posix/posix_platform.h"
-#include "platform/qt/qt_http_session.h"
+#include "platform/curl/curl_http_session.h"
 #include "tests/platform/temporary_folder.h"
 #include "tests/wire/fault_server.h"
 
@@ -50,7 +50,7 @@ protected:
     QuitSignal quit;
     FakePlatform machine;
     std::unique_ptr<FileSystem> files = makePosixFileSystem();
-    std::unique_ptr<HttpSession> http = makeQtHttpSession(quit);
+    std::unique_ptr<HttpSession> http = makeCurlHttpSession(quit);
 };
 
 TEST_F(CatalogRefreshWire, WhatTheServerSentIsWhatTheNextStartReads) {
