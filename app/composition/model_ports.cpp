@@ -1,11 +1,13 @@
 #include "app/composition/model_ports.h"
 
+#include "app/plain_http_question.h"
 #include "detect/capture.h"
 #include "platform/desktop.h"
 
 namespace kelvane {
 
-CompanionModel::Ports modelPorts(DesktopPorts& platform, Workspace& workspace) {
+CompanionModel::Ports modelPorts(DesktopPorts& platform, Workspace& workspace,
+                                 PlainHttpQuestion& plainHttp) {
     return {.workspace = workspace,
             .processes = *platform.processes,
             .files = *platform.files,
@@ -21,6 +23,9 @@ CompanionModel::Ports modelPorts(DesktopPorts& platform, Workspace& workspace) {
                                          .picture = *platform.picture,
                                          .clock = *platform.clock},
                                         app);
+            },
+            .mayGoUnencrypted = [&plainHttp](const std::string& address) {
+                return plainHttp.mayGoTo(address);
             }};
 }
 

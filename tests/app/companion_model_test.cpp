@@ -70,7 +70,7 @@ protected:
         fake.workspace.front = 10;
         fake.processes.results["/bin/ps"] = {.status = 0, .output = "/usr/bin/ollama\nclaude\n"};
         fake.environment.variables["BRASK_API_KEY"] = "the-key";
-        fake.environment.variables["BRASK_API_BASE"] = "http://service";
+        fake.environment.variables["BRASK_API_BASE"] = "https://service";
         fake.keyboard.onCopy = [this](ProcessId) { fake.pasteboard.copyText("my words"); };
         fake.windows.windows = {{{.ownerPid = 20,
                                   .layer = 0,
@@ -497,7 +497,7 @@ TEST_F(CompanionModelTest, IterateKeepsTheOldVerdictAndNoteWhileItRuns) {
     EXPECT_EQ(*model.note, "a remark");
 
     fake.dispatcher.runAll();
-    EXPECT_EQ(fake.http.requests.back().url, "http://service/api/v1/eval/runs/r1/iterate");
+    EXPECT_EQ(fake.http.requests.back().url, "https://service/api/v1/eval/runs/r1/iterate");
     EXPECT_EQ(lastBody()["user_prompt"], "Re-grade after fixing the flaws.");
     EXPECT_EQ(lastBody()["decision"], "re_prompt");
     EXPECT_EQ(lastBody()["new_artifact_parts"][0]["text"], "my words");
@@ -585,7 +585,7 @@ TEST_F(CompanionModelTest, CancelWhileTheServiceIsPolledEndsItAtOnceAndGivesTheJ
     fake.dispatcher.runAll();
     EXPECT_FALSE(model.verdict->has_value());
     EXPECT_EQ(fake.http.requests.back().method, "DELETE");
-    EXPECT_EQ(fake.http.requests.back().url, "http://service/api/v1/eval/jobs/j1");
+    EXPECT_EQ(fake.http.requests.back().url, "https://service/api/v1/eval/jobs/j1");
     EXPECT_EQ(fake.http.requests.back().headers.at(0).second, "Bearer the-key");
     EXPECT_EQ(fake.http.requests.size(), 1U + 3U + 1U); // submitted, polled, given up
 }
