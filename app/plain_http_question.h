@@ -2,8 +2,8 @@
 // address.
 //
 // Called by the service client on background threads, which it holds up until the user has
-// answered. The answer is kept in the file of `eval/plain_http.h`; where that cannot be written, for
-// as long as the program runs. An alert that is closed without an answer refuses this once.
+// answered. The answer is kept in the file of `eval/plain_http.h`; where that cannot be written,
+// for as long as the program runs. An alert that is closed without an answer refuses this once.
 
 #pragma once
 

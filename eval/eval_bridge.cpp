@@ -50,7 +50,8 @@ constexpr const char* kCancelled = "the grade was cancelled";
 constexpr const char* kUnreachable = "could not reach the eval API";
 constexpr const char* kUnusableKey =
     "the service key holds a line break \u2014 check BRASK_API_KEY or ~/.brask/key";
-constexpr const char* kUnreadableAnswers = "The service answers, but not in a way that can be read.";
+constexpr const char* kUnreadableAnswers =
+    "The service answers, but not in a way that can be read.";
 
 bool isLocalKey(const std::string& key) {
     return key.starts_with(kLocalKeyPrefix);
@@ -159,7 +160,8 @@ bool saysWarming(const json& answer) {
 
 // A request goes on for no longer than anybody waits for its answer.
 std::chrono::milliseconds requestTimeout(double secondsLeft) {
-    if (secondsLeft >= std::chrono::duration<double>(kRequestTimeout).count()) return kRequestTimeout;
+    if (secondsLeft >= std::chrono::duration<double>(kRequestTimeout).count())
+        return kRequestTimeout;
     return std::chrono::ceil<std::chrono::milliseconds>(std::chrono::duration<double>(secondsLeft));
 }
 

@@ -4,9 +4,10 @@
 // version against an earlier run. Both block (a grade for minutes, while the grader warms up) and
 // belong on a background thread. Neither throws: every failure is a verdict with its `error` set.
 // Nothing is kept between calls, and the environment is read again for every request. An answer
-// that is not UTF-8 or holds a NUL byte counts as no JSON. When the program quits, a grade returns at its next wait, as if the service could not be reached. A
-// grade with a ticket that is given up makes no further request and returns at the end of the one,
-// or of the wait, that is under way, with a failure that nobody needs to see.
+// that is not UTF-8 or holds a NUL byte counts as no JSON. When the program quits, a grade returns
+// at its next wait, as if the service could not be reached. A grade with a ticket that is given up
+// makes no further request and returns at the end of the one, or of the wait, that is under way,
+// with a failure that nobody needs to see.
 
 #pragma once
 
@@ -44,8 +45,8 @@ struct Ports {
 inline constexpr double kDeadlineSec = 420;
 
 /// The service's key: BRASK_API_KEY as it stands when it is set and not empty, else the trimmed
-/// content of ".brask/key" under `home`, without a byte-order mark. Absent when neither gives one. A
-/// key that holds a line break or a NUL is one all the same; a grade with it says so and sends
+/// content of ".brask/key" under `home`, without a byte-order mark. Absent when neither gives one.
+/// A key that holds a line break or a NUL is one all the same; a grade with it says so and sends
 /// nothing.
 [[nodiscard]] std::optional<std::string> apiKey(Environment& environment, FileSystem& files,
                                                 const std::filesystem::path& home);
@@ -54,8 +55,8 @@ inline constexpr double kDeadlineSec = 420;
 /// else the built-in one.
 [[nodiscard]] std::string base(Environment& environment);
 
-/// What the keys begin with that a service on a user's own machine makes. Over plain http such a key
-/// is sent only to a loopback address whose server proved that it holds the key.
+/// What the keys begin with that a service on a user's own machine makes. Over plain http such a
+/// key is sent only to a loopback address whose server proved that it holds the key.
 inline constexpr std::string_view kLocalKeyPrefix = "trevix_local_";
 
 /// Grades the parts. An absent `vertical` is not sent, an empty one is; an empty `policyId` is not

@@ -10,7 +10,8 @@ namespace {
 
 constexpr std::string_view kBeginning =
     "# Addresses of an evaluation service that are not encrypted, and whether work and key may go\n"
-    "# there: lines of \"allow ADDRESS\" or \"refuse ADDRESS\", the last one about an address counts.\n"
+    "# there: lines of \"allow ADDRESS\" or \"refuse ADDRESS\", the last one about an address "
+    "counts.\n"
     "# Delete a line to be asked again.\n";
 
 } // namespace

@@ -28,9 +28,8 @@ namespace plain_http {
 
 [[nodiscard]] std::filesystem::path fileIn(const std::filesystem::path& braskHome);
 
-[[nodiscard]] std::optional<bool> remembered(FileSystem& files,
-                                             const std::filesystem::path& braskHome,
-                                             std::string_view address);
+[[nodiscard]] std::optional<bool>
+remembered(FileSystem& files, const std::filesystem::path& braskHome, std::string_view address);
 
 /// Adds the answer to the file, which is made when missing. False when it could not be written.
 bool remember(FileSystem& files, const std::filesystem::path& braskHome, std::string_view address,

@@ -51,10 +51,12 @@ constexpr std::array kNotCheckedMembers{Shape::Member{"what", &kValue},
 constexpr Shape kNotChecked{kNotCheckedMembers};
 constexpr Shape kAllNotChecked{{}, &kNotChecked};
 
-constexpr std::array kSummaryMembers{
-    Shape::Member{"band", &kValue},           Shape::Member{"decision", &kValue},
-    Shape::Member{"score", &kValue},          Shape::Member{"flaws", &kFlaws},
-    Shape::Member{"checked_by", &kAllCheckedBy}, Shape::Member{"not_checked", &kAllNotChecked}};
+constexpr std::array kSummaryMembers{Shape::Member{"band", &kValue},
+                                     Shape::Member{"decision", &kValue},
+                                     Shape::Member{"score", &kValue},
+                                     Shape::Member{"flaws", &kFlaws},
+                                     Shape::Member{"checked_by", &kAllCheckedBy},
+                                     Shape::Member{"not_checked", &kAllNotChecked}};
 constexpr Shape kSummary{kSummaryMembers};
 
 constexpr std::array kProgressMembers{Shape::Member{"warming", &kValue}};
@@ -64,13 +66,17 @@ constexpr Shape kRun{kRunMembers};
 constexpr std::array kIterationMembers{Shape::Member{"critic_verdict", &kSummary}};
 constexpr Shape kIteration{kIterationMembers};
 
-constexpr std::array kAnswerMembers{
-    Shape::Member{"job_id", &kValue},          Shape::Member{"status", &kValue},
-    Shape::Member{"run_id", &kValue},          Shape::Member{"error", &kValue},
-    Shape::Member{"detail", &kValue},          Shape::Member{"message", &kValue},
-    Shape::Member{"result_summary", &kSummary}, Shape::Member{"progress", &kProgress},
-    Shape::Member{"run", &kRun},               Shape::Member{"flaws", &kFlaws},
-    Shape::Member{"iteration", &kIteration}};
+constexpr std::array kAnswerMembers{Shape::Member{"job_id", &kValue},
+                                    Shape::Member{"status", &kValue},
+                                    Shape::Member{"run_id", &kValue},
+                                    Shape::Member{"error", &kValue},
+                                    Shape::Member{"detail", &kValue},
+                                    Shape::Member{"message", &kValue},
+                                    Shape::Member{"result_summary", &kSummary},
+                                    Shape::Member{"progress", &kProgress},
+                                    Shape::Member{"run", &kRun},
+                                    Shape::Member{"flaws", &kFlaws},
+                                    Shape::Member{"iteration", &kIteration}};
 constexpr Shape kAnswer{kAnswerMembers};
 
 /// Builds what the shapes keep; of all the rest only how deep it is.
@@ -97,8 +103,7 @@ public:
         m_key = std::move(name);
         return true;
     }
-    bool parse_error(std::size_t, const std::string&,
-                     const nlohmann::detail::exception&) override {
+    bool parse_error(std::size_t, const std::string&, const nlohmann::detail::exception&) override {
         return false;
     }
 

@@ -19,11 +19,11 @@ namespace kelvane::service_answer {
 /// it an answer takes no more than some five times its own size and 50 MB.
 inline constexpr std::size_t kMostElements = 50'000;
 
-/// The JSON object that `body` is, with nothing but the keys of the service in it. Absent when it is
-/// anything else: another JSON value, malformed text, invalid UTF-8, a NUL byte. What is taken all
-/// the same: a number that no double holds is null, and an escaped surrogate without its other half
-/// (what a service makes that cuts texts in UTF-16) is U+FFFD. Of a key that stands twice the last
-/// value counts.
+/// The JSON object that `body` is, with nothing but the keys of the service in it. Absent when it
+/// is anything else: another JSON value, malformed text, invalid UTF-8, a NUL byte. What is taken
+/// all the same: a number that no double holds is null, and an escaped surrogate without its other
+/// half (what a service makes that cuts texts in UTF-16) is U+FFFD. Of a key that stands twice the
+/// last value counts.
 [[nodiscard]] std::optional<nlohmann::json> read(std::string_view body);
 
 /// The text with such numbers and surrogates mended as said above, and everything else as it is.

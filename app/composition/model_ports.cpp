@@ -15,18 +15,18 @@ CompanionModel::Ports modelPorts(DesktopPorts& platform, Workspace& workspace,
             .http = *platform.http,
             .clock = *platform.clock,
             .dispatcher = *platform.dispatcher,
-            .capture = [&platform](const DetectedApp& app) {
-                return Capture::capture({.workspace = *platform.workspace,
-                                         .keyboard = *platform.keyboard,
-                                         .pasteboard = *platform.pasteboard,
-                                         .windows = *platform.windows,
-                                         .picture = *platform.picture,
-                                         .clock = *platform.clock},
-                                        app);
-            },
-            .mayGoUnencrypted = [&plainHttp](const std::string& address) {
-                return plainHttp.mayGoTo(address);
-            }};
+            .capture =
+                [&platform](const DetectedApp& app) {
+                    return Capture::capture({.workspace = *platform.workspace,
+                                             .keyboard = *platform.keyboard,
+                                             .pasteboard = *platform.pasteboard,
+                                             .windows = *platform.windows,
+                                             .picture = *platform.picture,
+                                             .clock = *platform.clock},
+                                            app);
+                },
+            .mayGoUnencrypted =
+                [&plainHttp](const std::string& address) { return plainHttp.mayGoTo(address); }};
 }
 
 } // namespace kelvane

@@ -68,8 +68,8 @@ void ShellProgram::bringForward() {
 }
 
 void ShellProgram::startedAgain(const std::string& activationToken) {
-    // Qt takes the token from here when it next asks for the focus, and under Wayland alone. Elsewhere
-    // the environment stays as it is: other threads read it.
+    // Qt takes the token from here when it next asks for the focus, and under Wayland alone.
+    // Elsewhere the environment stays as it is: other threads read it.
     if (!activationToken.empty() && QGuiApplication::platformName().startsWith(u"wayland")) {
         qputenv("XDG_ACTIVATION_TOKEN", QByteArray::fromStdString(activationToken));
     }

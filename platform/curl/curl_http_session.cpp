@@ -114,8 +114,8 @@ bool Exchange::startProof() {
 
 bool Exchange::startRequest(bool onNewConnection) {
     m_step = Step::Request;
-    return startTransfer(
-        m_request, {.onNewConnection = onNewConnection, .onProvedConnection = mustProve()});
+    return startTransfer(m_request,
+                         {.onNewConnection = onNewConnection, .onProvedConnection = mustProve()});
 }
 
 bool Exchange::startTransfer(const HttpRequest& request, CurlTransfer::Options options) {
@@ -184,8 +184,8 @@ public:
         const auto call = std::make_shared<Call>();
         call->request = request;
         // A year is as good as for ever, and no clock overflows by it.
-        call->deadline = Steady::now() + std::min<std::chrono::nanoseconds>(
-                                             request.timeout, std::chrono::years(1));
+        call->deadline = Steady::now() +
+                         std::min<std::chrono::nanoseconds>(request.timeout, std::chrono::years(1));
         std::unique_lock lock(m_mutex);
         if (m_isStopped) return std::nullopt;
         if (!m_thread.joinable()) startThread();
@@ -231,10 +231,10 @@ private:
             if (m_isConnected && m_exchanges.empty() && unused >= m_settings.keepsUnused) {
                 closeConnections();
             }
-            const auto rest = m_isConnected && m_exchanges.empty()
-                                  ? std::chrono::ceil<std::chrono::milliseconds>(
-                                        m_settings.keepsUnused - unused)
-                                  : kLongestRest;
+            const auto rest =
+                m_isConnected && m_exchanges.empty()
+                    ? std::chrono::ceil<std::chrono::milliseconds>(m_settings.keepsUnused - unused)
+                    : kLongestRest;
             // The library wakes up earlier for what it is waiting for itself.
             curl_multi_poll(m_multi.get(), nullptr, 0,
                             static_cast<int>(std::clamp(rest, 1ms, kLongestRest).count()), nullptr);

@@ -31,7 +31,7 @@ class QuitSignal;
 
 struct CurlSettings {
     std::string authorities = {}; ///< A file of certificates to trust; empty: those of the system.
-    uid_t user = ::geteuid(); ///< Whose Unix sockets are trusted, beside root's.
+    uid_t user = ::geteuid();     ///< Whose Unix sockets are trusted, beside root's.
     /// How long an unused connection is kept: several times as long as the longest wait between two
     /// requests of a grade, which is six seconds.
     std::chrono::milliseconds keepsUnused{30'000};

@@ -87,10 +87,8 @@ std::optional<Destination> destinationOf(const std::string& address) {
             socket->size() > longestSocketPath() || !text::isWebAddress(url)) {
             return std::nullopt;
         }
-        return Destination{.url = inAscii(url),
-                           .socket = std::move(socket),
-                           .isPlain = false,
-                           .isLoopback = true};
+        return Destination{
+            .url = inAscii(url), .socket = std::move(socket), .isPlain = false, .isLoopback = true};
     }
     const auto origin = text::webOrigin(address);
     if (!origin) return std::nullopt;

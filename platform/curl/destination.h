@@ -10,7 +10,8 @@
 namespace kelvane {
 
 struct Destination {
-    std::string url; ///< http or https, as the library is to take it; of a socket "http://localhost".
+    std::string
+        url; ///< http or https, as the library is to take it; of a socket "http://localhost".
     std::optional<std::string> socket; ///< The Unix socket to reach it by.
     bool isPlain = false;              ///< Nothing hides what goes over the connection.
     bool isLoopback = false;           ///< This machine, by a name or a number that says so.

@@ -64,7 +64,8 @@ bool givesProof(std::string_view body, std::string_view proof) {
     const auto given = answer.find("proof");
     if (given == answer.end() || !given->is_string()) return false;
     const auto& text = given->get_ref<const std::string&>();
-    return text.size() == proof.size() && CRYPTO_memcmp(text.data(), proof.data(), text.size()) == 0;
+    return text.size() == proof.size() &&
+           CRYPTO_memcmp(text.data(), proof.data(), text.size()) == 0;
 }
 
 } // namespace kelvane

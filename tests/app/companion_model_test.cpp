@@ -384,6 +384,30 @@ TEST_F(CompanionModelTest, ServiceFailureArrivesInsideTheVerdict) {
     EXPECT_FALSE(*model.grading);
 }
 
+TEST_F(CompanionModelTest, WhetherWorkMayGoUnencryptedIsAskedInTheBackgroundAndObeyed) {
+    fake.environment.variables["BRASK_API_BASE"] = "http://10.0.0.5";
+    auto ports = modelPorts(fake);
+    bool isAllowed = false;
+    std::vector<std::string> asked;
+    ports.mayGoUnencrypted = [&](const std::string& address) {
+        asked.push_back(address);
+        return isAllowed;
+    };
+    CompanionModel asking(ports, testCatalog(), "/home/ada");
+    asking.refresh();
+    asking.grade();
+    EXPECT_TRUE(asked.empty()) << "on the main thread";
+    fake.dispatcher.runAll();
+    EXPECT_EQ(asked, (std::vector<std::string>{"http://10.0.0.5:80"}));
+    EXPECT_TRUE(fake.http.requests.empty());
+    EXPECT_TRUE(
+        asking.verdict.get()->error->starts_with("nothing was sent: http://10.0.0.5:80 is"));
+    isAllowed = true;
+    asking.grade();
+    fake.dispatcher.runAll();
+    EXPECT_EQ(asking.verdict.get()->error, std::nullopt);
+}
+
 TEST_F(CompanionModelTest, ModelGoneBeforeItsJobsReportIsNotTouched) {
     auto short_lived =
         std::make_unique<CompanionModel>(modelPorts(fake), testCatalog(), "/home/ada");

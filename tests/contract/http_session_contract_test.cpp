@@ -1,8 +1,8 @@
 // What every HTTP session promises, asked of the fake and of the real one.
 
+#include "platform/curl/curl_http_session.h"
 #include "platform/fake/fakes.h"
 #include "platform/ports/quit_signal.h"
-#include "platform/curl/curl_http_session.h"
 #include "tests/wire/fault_server.h"
 
 #include <gtest/gtest.h>
@@ -172,7 +172,9 @@ TEST_P(HttpSessionContract, AnAddressThatIsNotHttpIsAbsentAndReachesNobody) {
 }
 
 INSTANTIATE_TEST_SUITE_P(All, HttpSessionContract, testing::Values(Side::Fake, Side::Curl),
-                         [](const auto& side) { return side.param == Side::Fake ? "Fake" : "Curl"; });
+                         [](const auto& side) {
+                             return side.param == Side::Fake ? "Fake" : "Curl";
+                         });
 
 } // namespace
 } // namespace kelvane

@@ -320,7 +320,8 @@ TEST_F(EvalBridgeTest, AKeyWithALineBreakOrNulIsNeverSentAndSaysWhy) {
         "the service key holds a line break \u2014 check BRASK_API_KEY or ~/.brask/key");
     for (const std::string& key :
          {std::string("a\nb"), std::string("a\r"), std::string("a\0b", 3), std::string("\n")}) {
-        EXPECT_EQ(EvalBridge::grade(ports, parts, "text", vertical, policyId, intent, key), unusable);
+        EXPECT_EQ(EvalBridge::grade(ports, parts, "text", vertical, policyId, intent, key),
+                  unusable);
         EXPECT_EQ(EvalBridge::iterate(ports, "r7", parts, intent, key), unusable);
         EvalBridge::cancelJob(ports, "j1", key);
     }
@@ -335,8 +336,8 @@ TEST_F(EvalBridgeTest, AKeyOfALocalServiceHasToBeProvedFirst) {
     for (const char* base : {"http://127.0.0.1:8797", "https://service.test",
                              "http+unix://%2Frun%2Fa.sock", "http://10.0.0.5"}) {
         machine.environment.variables["BRASK_API_BASE"] = base;
-        static_cast<void>(EvalBridge::grade(ports, parts, "text", vertical, policyId, intent,
-                                            "trevix_local_1"));
+        static_cast<void>(
+            EvalBridge::grade(ports, parts, "text", vertical, policyId, intent, "trevix_local_1"));
         EXPECT_EQ(machine.http.requests.back().keyToProve, "trevix_local_1") << base;
     }
 }
@@ -352,8 +353,9 @@ protected:
             return isAllowed;
         };
     }
-    const Verdict refused = Verdict::failure("nothing was sent: http://10.0.0.5:8797 is not encrypted "
-                                             "and was not allowed \u2014 see ~/.brask/plain-http");
+    const Verdict refused =
+        Verdict::failure("nothing was sent: http://10.0.0.5:8797 is not encrypted "
+                         "and was not allowed \u2014 see ~/.brask/plain-http");
     bool isAllowed = true;
     std::vector<std::string> asked;
 };
@@ -407,7 +409,8 @@ TEST_F(PlainHttpBase, AKeyOfALocalServiceIsNotAskedAboutAndNotSentThere) {
     EXPECT_EQ(EvalBridge::grade(ports, parts, "text", vertical, policyId, intent, "trevix_local_1"),
               Verdict::failure(kUnreachable));
     EXPECT_THAT(asked, IsEmpty());
-    EXPECT_EQ(machine.http.requests.at(0).keyToProve, "trevix_local_1"); // which no session does there
+    EXPECT_EQ(machine.http.requests.at(0).keyToProve,
+              "trevix_local_1"); // which no session does there
 }
 
 // ---- submitting
@@ -520,10 +523,11 @@ TEST_F(EvalBridgeTest, AnErrorStatusThatNamesAJobIsPolled) {
 TEST_F(EvalBridgeTest, OneOddValueCostsNoVerdict) {
     for (const char* odd :
          {R"("trace":1e400)", R"("trace":"\ud800")", R"("result_summary2":{"score":-1e999})"}) {
-        answers = {ok(std::string(R"({"job_id":"j1",)") + odd + "}"),
-                   ok(std::string(R"({"status":"completed","result_summary":{"band":"ship","flaws":[)"
-                                  R"({"name":"cut \ud83d"}]},)") +
-                      odd + "}")};
+        answers = {
+            ok(std::string(R"({"job_id":"j1",)") + odd + "}"),
+            ok(std::string(R"({"status":"completed","result_summary":{"band":"ship","flaws":[)"
+                           R"({"name":"cut \ud83d"}]},)") +
+               odd + "}")};
         const Verdict verdict = grade();
         EXPECT_EQ(verdict.band, Band::ship) << odd;
         EXPECT_EQ(verdict.flaws, (std::vector<Flaw>{{"", "cut \xEF\xBF\xBD", ""}})) << odd;

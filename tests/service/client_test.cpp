@@ -3,11 +3,11 @@
 
 #include "eval/eval_bridge.h"
 #include "eval/grade_ticket.h"
+#include "platform/curl/curl_http_session.h"
 #include "platform/fake/fake_clock.h"
 #include "platform/fake/fake_environment.h"
 #include "platform/fake/journal.h"
 #include "platform/ports/quit_signal.h"
-#include "platform/curl/curl_http_session.h"
 #include "service/http/http_api.h"
 #include "tests/service/gated_critic.h"
 #include "tests/service/temporary_folder.h"

@@ -143,7 +143,8 @@ TEST(WebOrigin, IsWrittenWithItsPort) {
 }
 
 TEST(IsLoopback, IsThisMachineByName) {
-    for (const auto host : {"localhost"sv, "a.localhost"sv, "127.0.0.1"sv, "127.255.0.9"sv, "::1"sv}) {
+    for (const auto host :
+         {"localhost"sv, "a.localhost"sv, "127.0.0.1"sv, "127.255.0.9"sv, "::1"sv}) {
         EXPECT_TRUE(isLoopback(host)) << host;
     }
     for (const auto host :

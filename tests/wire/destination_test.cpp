@@ -26,7 +26,8 @@ TEST(Destination, OfASocketIsItsPathAndThisMachine) {
              {"HTTP+Unix://%2frun%2fa.sock/", "http://localhost/"},
              {"http+unix://%2Frun%2Fa.sock/base/../x?q#f", "http://localhost/base/../x?q#f"},
              {"http+unix://%2F%72un%2Fa.sock/%41", "http://localhost/%41"}}) {
-        EXPECT_EQ(destinationOf(address), (Destination{url, "/run/a.sock", false, true})) << address;
+        EXPECT_EQ(destinationOf(address), (Destination{url, "/run/a.sock", false, true}))
+            << address;
     }
 }
 
@@ -56,7 +57,8 @@ TEST(Destination, ARedirectBehindASocketStaysThere) {
     const std::string from = "http+unix://%2Frun%2Fa.sock/x/y";
     EXPECT_EQ(behindSameSocket(from, "http://localhost/a?b"), "http+unix://%2Frun%2Fa.sock/a?b");
     EXPECT_EQ(behindSameSocket(from, "http://localhost"), "http+unix://%2Frun%2Fa.sock");
-    for (const char* target : {"http://localhost:81/a", "https://localhost/a", "http://other/a", ""}) {
+    for (const char* target :
+         {"http://localhost:81/a", "https://localhost/a", "http://other/a", ""}) {
         EXPECT_EQ(behindSameSocket(from, target), std::nullopt) << target;
     }
     EXPECT_EQ(behindSameSocket("http://localhost/x", "http://localhost/a"), std::nullopt);

@@ -3,10 +3,10 @@
 
 #include "eval/eval_bridge.h"
 
+#include "platform/curl/curl_http_session.h"
 #include "platform/fake/fakes.h"
 #include "platform/ports/quit_signal.h"
 #include "platform/posix/posix_platform.h"
-#include "platform/curl/curl_http_session.h"
 #include "tests/wire/fault_server.h"
 
 #include <gmock/gmock.h>
@@ -40,8 +40,8 @@ Step submitted() {
 }
 
 /// Passes requests on with less patience, so that a silent server costs a test no 30 seconds. That
-/// the client asks for no more than 30 is checked after every test, and http_session_test.cpp that the session
-/// waits for as long as it is asked to.
+/// the client asks for no more than 30 is checked after every test, and http_session_test.cpp that
+/// the session waits for as long as it is asked to.
 class ImpatientSession : public HttpSession {
 public:
     explicit ImpatientSession(HttpSession& session) : m_session(session) {}
@@ -220,8 +220,9 @@ TEST_F(EvalBridgeWire, AnAddressThatIsNoneIsUnreachable) {
 }
 
 TEST_F(EvalBridgeWire, AKeyWithALineBreakReachesNobody) {
-    EXPECT_EQ(EvalBridge::grade(ports, parts, "text", std::nullopt, std::nullopt, "", "a\r\nX: b"),
-              failure("the service key holds a line break \u2014 check BRASK_API_KEY or ~/.brask/key"));
+    EXPECT_EQ(
+        EvalBridge::grade(ports, parts, "text", std::nullopt, std::nullopt, "", "a\r\nX: b"),
+        failure("the service key holds a line break \u2014 check BRASK_API_KEY or ~/.brask/key"));
     EXPECT_EQ(server.connections(), 0);
 }
 

@@ -183,22 +183,24 @@ TEST_F(Proof, IsAskedAnewOnEveryConnection) {
 
 TEST_F(Proof, WithoutOneNothingIsSent) {
     FaultServer real;
-    for (const auto& [name, step] : std::vector<std::pair<std::string, Step>>{
-             {"404", answer(404, "")},
-             {"nothing", json("{}")},
-             {"another key", proof(server.port(), "another")},
-             {"the real service's, on its own port", proof(real.port())},
-             {"made up", json("{\"proof\":\"" + std::string(64, '0') + "\"}")},
-             {"a long one", json("{\"proof\":\"" + std::string(100'000, '0') + "\"}")},
-             {"an error with the proof",
-              [this](Connection& connection, const SeenRequest& request) {
-                  const std::string nonce = request.target.substr(request.target.find('=') + 1);
-                  connection.send(answerBytes(
-                      401, "{\"proof\":\"" +
-                               proofOf(kKey, nonce, "127.0.0.1:" + std::to_string(server.port())) +
-                               "\"}"));
-              }},
-             {"the end", hangUp()}}) {
+    for (const auto
+             & [name, step] : std::vector<std::pair<std::string, Step>>{
+                 {"404", answer(404, "")},
+                 {"nothing", json("{}")},
+                 {"another key", proof(server.port(), "another")},
+                 {"the real service's, on its own port", proof(real.port())},
+                 {"made up", json("{\"proof\":\"" + std::string(64, '0') + "\"}")},
+                 {"a long one", json("{\"proof\":\"" + std::string(100'000, '0') + "\"}")},
+                 {"an error with the proof",
+                  [this](Connection&connection, const SeenRequest&request) {
+                      const std::string nonce = request.target.substr(request.target.find('=') + 1);
+                      connection.send(answerBytes(
+                          401,
+                          "{\"proof\":\"" +
+                              proofOf(kKey, nonce, "127.0.0.1:" + std::to_string(server.port())) +
+                              "\"}"));
+                  }},
+                 {"the end", hangUp()}}) {
         for (const HttpRequest& request :
              {proved(post(server.base() + "/a")), proved(get(server.base() + "/a"))}) {
             server.script({step, json("{}")});

@@ -1,5 +1,6 @@
 // A program that quits while a name is looked up: it asks, waits until the lookup hangs, raises the
-// signal, and ends as any program does. Prints the milliseconds from there to the end of the session.
+// signal, and ends as any program does. Prints the milliseconds from there to the end of the
+// session.
 //
 // Run under hanging_resolver. With the argument "time-out" it waits for its request to time out
 // first, and says by "absent" that it did.
@@ -38,7 +39,8 @@ int main(int argc, char** argv) {
     quit.raise();
     if (!timesOut && answer.get()) return 3;
     session.reset();
-    std::cout << std::chrono::duration_cast<std::chrono::milliseconds>(Steady::now() - start).count()
-              << " ms\n";
+    std::cout
+        << std::chrono::duration_cast<std::chrono::milliseconds>(Steady::now() - start).count()
+        << " ms\n";
     return 0;
 }

@@ -13,8 +13,8 @@ namespace {
 
 /// What the program printed, and its end as a shell has it (124: it never ended).
 std::pair<std::string, int> quitWhileResolving(const std::string& argument) {
-    const std::string command = "LD_PRELOAD=" HANGING_RESOLVER " timeout 20 " QUIT_WHILE_RESOLVING " " +
-                                argument;
+    const std::string command =
+        "LD_PRELOAD=" HANGING_RESOLVER " timeout 20 " QUIT_WHILE_RESOLVING " " + argument;
     FILE* program = ::popen(command.c_str(), "r");
     std::string printed;
     std::array<char, 256> line{};

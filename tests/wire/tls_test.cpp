@@ -31,8 +31,8 @@ protected:
     }
 
     QuitSignal quit;
-    std::unique_ptr<HttpSession> session = makeCurlHttpSession(
-        quit, {.authorities = inSourceTree("tests/wire/tls/authority.pem")});
+    std::unique_ptr<HttpSession> session =
+        makeCurlHttpSession(quit, {.authorities = inSourceTree("tests/wire/tls/authority.pem")});
 };
 
 TEST_F(HttpSessionTls, TalksToAServerThatItTrusts) {
