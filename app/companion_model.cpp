@@ -19,7 +19,8 @@ EvalBridge::Ports evalPorts(const CompanionModel::Ports& ports, GradeTicket* tic
     return {.environment = ports.environment,
             .http = ports.http,
             .clock = ports.clock,
-            .ticket = ticket};
+            .ticket = ticket,
+            .mayGoUnencrypted = ports.mayGoUnencrypted};
 }
 
 bool hasWork(const CaptureResult& capture) {

@@ -49,6 +49,8 @@ public:
         Dispatcher& dispatcher;
         /// `Capture::capture` over the platform. Called in the background, never twice at once.
         std::function<CaptureResult(const DetectedApp&)> capture;
+        /// As the service client has it. Called in the background, and may ask the user.
+        std::function<bool(const std::string& address)> mayGoUnencrypted = nullptr;
     };
 
     /// Stores its arguments. It scans and looks up nothing; the first `refresh` fills the state.

@@ -101,7 +101,10 @@ VerdictSection::Graded graded(const Verdict& verdict) {
         if (const auto number = scoreText(*verdict.score)) section.score = "Trevix " + *number;
     }
     if (verdict.runId) section.report = {.label = "Full report", .runId = *verdict.runId};
-    if (verdict.error) section.error = shownParagraph(*verdict.error);
+    if (verdict.error) {
+        section.error =
+            shownParagraph(verdict.hint ? *verdict.error + ". " + *verdict.hint : *verdict.error);
+    }
     const std::size_t shown = std::min(verdict.flaws.size(), kFlawsShown);
     for (std::size_t i = 0; i < shown; ++i) section.flaws.push_back(flawRow(verdict.flaws[i]));
     if (verdict.flaws.size() > shown) {

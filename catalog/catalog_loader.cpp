@@ -77,6 +77,7 @@ void refreshRemoteCatalog(const CatalogRefresh& ports, const std::string& url,
         HttpRequest request;
         request.method = "GET";
         request.url = url;
+        request.followsToOtherHosts = true; // it carries no key
         const auto response = ports.http.send(request);
         if (!response || !decoded(response->body)) return;
         ports.files.createDirectories(braskHome);

@@ -1,7 +1,9 @@
 #include "eval/eval_bridge.h"
 
 #include "eval/grade_ticket.h"
+#include "eval/plain_http.h"
 #include "eval/service_address.h"
+#include "eval/service_answer.h"
 #include "eval/service_json.h"
 #include "platform/ports/clock.h"
 #include "platform/ports/environment.h"
@@ -42,8 +44,42 @@ constexpr std::chrono::nanoseconds kFirstInterval = 1500ms;
 constexpr std::chrono::nanoseconds kLastGrowingInterval = 5s;
 constexpr std::chrono::nanoseconds kIntervalGrowth = 1s;
 
+// What some editors put before the first character of a file.
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+
 constexpr const char* kCancelled = "the grade was cancelled";
 constexpr const char* kUnreachable = "could not reach the eval API";
+constexpr const char* kUnusableKey =
+    "the service key holds a line break \u2014 check BRASK_API_KEY or ~/.brask/key";
+constexpr const char* kUnreadableAnswers =
+    "The service answers, but not in a way that can be read.";
+
+bool isLocalKey(const std::string& key) {
+    return key.starts_with(kLocalKeyPrefix);
+}
+
+// A header is one line: what follows a break in it would be a header of its own.
+bool isUsable(const std::string& key) {
+    return key.find_first_of(std::string_view("\r\n\0", 3)) == std::string::npos;
+}
+
+// The address that nothing may be sent to, as it stands now.
+std::optional<std::string> refusedAddress(const Ports& ports, const std::string& key) {
+    auto address = plain_http::addressToAskAbout(base(ports.environment));
+    // A local key never goes there, whatever the user would say: the session refuses it.
+    if (!address || isLocalKey(key)) return std::nullopt;
+    if (ports.mayGoUnencrypted && ports.mayGoUnencrypted(*address)) return std::nullopt;
+    return address;
+}
+
+// Why nothing can be sent at all, in words for people.
+std::optional<std::string> hindrance(const Ports& ports, const std::string& key) {
+    if (!isUsable(key)) return kUnusableKey;
+    const auto address = refusedAddress(ports, key);
+    if (!address) return std::nullopt;
+    return "nothing was sent: " + *address +
+           " is not encrypted and was not allowed \u2014 see ~/.brask/plain-http";
+}
 
 // What an HTTP error says of itself, in words for people.
 std::string errorText(int status, const json& object) {
@@ -55,11 +91,13 @@ std::string errorText(int status, const json& object) {
 }
 
 // One exchange with the service, `path` being relative to the base URL. Absent when the service
-// could not be reached or its success was not a JSON object; an HTTP error is an object with the
-// key "error".
+// could not be reached or its success was not a JSON object, which `isUnreadable` tells apart where
+// it is given; an HTTP error is an object with the key "error".
 std::optional<json> request(const Ports& ports, const char* method, const std::string& path,
                             const std::string& key, const std::optional<json>& object,
-                            std::chrono::milliseconds timeout = kRequestTimeout) {
+                            std::chrono::milliseconds timeout = kRequestTimeout,
+                            bool* isUnreadable = nullptr) {
+    if (hindrance(ports, key)) return std::nullopt;
     HttpRequest request{.method = method,
                         .url = base(ports.environment) + path,
                         .headers = {{"Authorization", "Bearer " + key},
@@ -67,6 +105,7 @@ std::optional<json> request(const Ports& ports, const char* method, const std::s
                                     {"User-Agent", "Kelvane-Companion"}},
                         .body = std::nullopt,
                         .timeout = timeout};
+    if (isLocalKey(key)) request.keyToProve = key;
     if (object) {
         request.headers.emplace_back("Content-Type", "application/json");
         request.body = service_json::compact(*object);
@@ -74,7 +113,8 @@ std::optional<json> request(const Ports& ports, const char* method, const std::s
     const std::optional<HttpResponse> response = ports.http.send(request);
     if (!response) return std::nullopt;
 
-    std::optional<json> answer = service_json::parseObject(response->body);
+    std::optional<json> answer = service_answer::read(response->body);
+    if (isUnreadable != nullptr) *isUnreadable = !answer && response->status < 400;
     if (response->status < 400) return answer;
     if (!answer) answer = json::object();
     if (!answer->contains("error")) (*answer)["error"] = errorText(response->status, *answer);
@@ -119,6 +159,13 @@ bool saysWarming(const json& answer) {
     return warming && warming->is_boolean() && warming->get<bool>();
 }
 
+// A request goes on for no longer than anybody waits for its answer.
+std::chrono::milliseconds requestTimeout(double secondsLeft) {
+    if (secondsLeft >= std::chrono::duration<double>(kRequestTimeout).count())
+        return kRequestTimeout;
+    return std::chrono::ceil<std::chrono::milliseconds>(std::chrono::duration<double>(secondsLeft));
+}
+
 bool isCancelled(const Ports& ports) {
     return ports.ticket && ports.ticket->cancelled();
 }
@@ -126,15 +173,17 @@ bool isCancelled(const Ports& ports) {
 Verdict poll(const Ports& ports, const std::string& jobId, const std::string& key,
              double deadlineSec) {
     const Instant start = ports.clock.now();
-    const auto deadlinePassed = [&] {
+    const auto secondsLeft = [&] {
         const std::chrono::duration<double> elapsed = ports.clock.now() - start;
-        return elapsed.count() >= deadlineSec;
+        return deadlineSec - elapsed.count();
     };
     std::chrono::nanoseconds interval = kFirstInterval;
     bool warming = false;
+    bool unreadable = false; // the last answer that came at all
 
-    while (!deadlinePassed()) {
-        const auto answer = request(ports, "GET", "/api/v1/eval/jobs/" + jobId, key, std::nullopt);
+    for (double left = secondsLeft(); left > 0; left = secondsLeft()) {
+        const auto answer = request(ports, "GET", "/api/v1/eval/jobs/" + jobId, key, std::nullopt,
+                                    requestTimeout(left), &unreadable);
         if (isCancelled(ports)) return Verdict::failure(kCancelled);
         if (answer) {
             const std::string status =
@@ -154,7 +203,9 @@ Verdict poll(const Ports& ports, const std::string& jobId, const std::string& ke
         // Past the deadline there is no next wait, so how long it would have been is no matter.
         if (answer) interval = std::min(interval, kLastGrowingInterval) + kIntervalGrowth;
     }
-    return timedOut(deadlineSec, warming);
+    Verdict verdict = timedOut(deadlineSec, warming);
+    if (unreadable) verdict.hint = kUnreadableAnswers;
+    return verdict;
 }
 
 // "http://127.0.0.1:8797/...": whether the address names this machine by its loopback.
@@ -185,7 +236,9 @@ std::optional<std::string> apiKey(Environment& environment, FileSystem& files,
     if (auto key = environment.get("BRASK_API_KEY"); key && !key->empty()) return key;
     const auto content = files.read(home / ".brask" / "key");
     if (!content || !text::isValidUtf8(*content)) return std::nullopt;
-    const std::string_view key = text::trimmedWhitespaceAndNewlines(*content);
+    std::string_view whole = *content;
+    if (whole.starts_with(kByteOrderMark)) whole.remove_prefix(kByteOrderMark.size());
+    const std::string_view key = text::trimmedWhitespaceAndNewlines(whole);
     if (key.empty()) return std::nullopt;
     return std::string(key);
 }
@@ -210,6 +263,7 @@ Verdict grade(const Ports& ports, const std::vector<ArtifactPart>& parts,
     if (vertical) submission["vertical"] = *vertical;
     if (policyId && !policyId->empty()) submission["policy_id"] = *policyId;
 
+    if (auto why = hindrance(ports, key)) return Verdict::failure(*std::move(why));
     if (isCancelled(ports)) return Verdict::failure(kCancelled);
     const auto answer = request(ports, "POST", "/api/v1/eval/jobs", key, submission);
     if (!answer) return Verdict::failure(kUnreachable);
@@ -238,6 +292,7 @@ Verdict iterate(const Ports& ports, const std::string& runId,
     const json revision = {{"decision", "re_prompt"},
                            {"user_prompt", cutIntent(intent)},
                            {"new_artifact_parts", jsonOf(parts)}};
+    if (auto why = hindrance(ports, key)) return Verdict::failure(*std::move(why));
     if (isCancelled(ports)) return Verdict::failure(kCancelled);
     const auto answer =
         request(ports, "POST", "/api/v1/eval/runs/" + runId + "/iterate", key, revision);

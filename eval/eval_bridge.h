@@ -4,10 +4,10 @@
 // version against an earlier run. Both block (a grade for minutes, while the grader warms up) and
 // belong on a background thread. Neither throws: every failure is a verdict with its `error` set.
 // Nothing is kept between calls, and the environment is read again for every request. An answer
-// that is not UTF-8, holds a NUL byte or nests deeper than any honest one counts as no JSON. When
-// the program quits, a grade returns at its next wait, as if the service could not be reached. A
-// grade with a ticket that is given up makes no further request and returns at the end of the one,
-// or of the wait, that is under way, with a failure that nobody needs to see.
+// that is not UTF-8 or holds a NUL byte counts as no JSON. When the program quits, a grade returns
+// at its next wait, as if the service could not be reached. A grade with a ticket that is given up
+// makes no further request and returns at the end of the one, or of the wait, that is under way,
+// with a failure that nobody needs to see.
 
 #pragma once
 
@@ -15,6 +15,7 @@
 #include "eval/verdict.h"
 
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -35,12 +36,18 @@ struct Ports {
     HttpSession& http;
     Clock& clock;
     GradeTicket* ticket = nullptr; ///< Of this one grade. Null: it cannot be given up.
+    /// Whether key and work may go unencrypted to this address, "http://host:port" of another
+    /// machine. Called before anything is sent there, each time; may block to ask the user. Unset:
+    /// nobody could be asked, and they may not.
+    std::function<bool(const std::string& address)> mayGoUnencrypted = nullptr;
 };
 
 inline constexpr double kDeadlineSec = 420;
 
 /// The service's key: BRASK_API_KEY as it stands when it is set and not empty, else the trimmed
-/// content of ".brask/key" under `home`. Absent when neither gives one.
+/// content of ".brask/key" under `home`, without a byte-order mark. Absent when neither gives one.
+/// A key that holds a line break or a NUL is one all the same; a grade with it says so and sends
+/// nothing.
 [[nodiscard]] std::optional<std::string> apiKey(Environment& environment, FileSystem& files,
                                                 const std::filesystem::path& home);
 
@@ -48,8 +55,14 @@ inline constexpr double kDeadlineSec = 420;
 /// else the built-in one.
 [[nodiscard]] std::string base(Environment& environment);
 
+/// What the keys begin with that a service on a user's own machine makes. Over plain http such a
+/// key is sent only to a loopback address whose server proved that it holds the key.
+inline constexpr std::string_view kLocalKeyPrefix = "trevix_local_";
+
 /// Grades the parts. An absent `vertical` is not sent, an empty one is; an empty `policyId` is not
-/// sent. The deadline is in seconds, checked before each status request, and must be finite.
+/// sent. The deadline is in seconds, checked before each status request, and must be finite; no
+/// status request lasts longer than what is left of it. Nothing is sent unencrypted to another
+/// machine unless `mayGoUnencrypted`.
 [[nodiscard]] Verdict grade(const Ports& ports, const std::vector<ArtifactPart>& parts,
                             const std::string& modality, const std::optional<std::string>& vertical,
                             const std::optional<std::string>& policyId, const std::string& intent,

@@ -1,20 +1,8 @@
 #include "eval/service_json.h"
 
-#include "text/json_shape.h"
-
 #include <nlohmann/json.hpp>
 
-#include <utility>
-
 namespace kelvane::service_json {
-
-std::optional<nlohmann::json> parseObject(std::string_view body) {
-    const auto shape = text::jsonShape(body);
-    if (shape.hasNul || shape.depth > text::kDeepestJson) return std::nullopt;
-    nlohmann::json value = nlohmann::json::parse(body, nullptr, /*allow_exceptions=*/false);
-    if (!value.is_object()) return std::nullopt;
-    return value;
-}
 
 std::optional<std::string> compact(const nlohmann::json& value) {
     try {

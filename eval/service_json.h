@@ -1,4 +1,4 @@
-// Typed lookups in a loosely typed answer of the service.
+// Typed lookups in a loosely typed answer of the service, as `service_answer` has read it.
 //
 // For the sources of this folder only. Each lookup succeeds when the key is there and its value has
 // the wanted type, and is absent otherwise: a wrong type counts as a missing key. Nothing throws.
@@ -9,14 +9,8 @@
 
 #include <optional>
 #include <string>
-#include <string_view>
 
 namespace kelvane::service_json {
-
-/// The JSON object that `body` is. Absent when it is anything else: another JSON value, malformed
-/// text, invalid UTF-8, a number no double can hold, a NUL byte, nesting past
-/// `text::kDeepestJson`. Of a key that stands twice the last value counts.
-[[nodiscard]] std::optional<nlohmann::json> parseObject(std::string_view body);
 
 /// The value's compact text. Absent when a string in it is not UTF-8.
 [[nodiscard]] std::optional<std::string> compact(const nlohmann::json& value);

@@ -76,6 +76,7 @@ struct Verdict {
     std::optional<std::string> error;        ///< Present only on failure, for people.
     std::vector<CheckedBy> checkedBy = {};   ///< Empty when the service does not tell.
     std::vector<NotChecked> notChecked = {}; ///< Likewise.
+    std::optional<std::string> hint = {};    ///< What is known beside the error, a sentence.
 
     bool operator==(const Verdict&) const = default;
 

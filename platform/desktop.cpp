@@ -1,8 +1,8 @@
 #include "platform/desktop.h"
 
 #include "platform/cli.h"
+#include "platform/curl/curl_http_session.h"
 #include "platform/qt/qt_dispatcher.h"
-#include "platform/qt/qt_http_session.h"
 
 #include <utility>
 
@@ -18,7 +18,7 @@ DesktopPorts makeDesktopPorts() {
     ports.processes = std::move(plain.processes);
     ports.clock = std::move(plain.clock);
     addSystemPorts(ports);
-    ports.http = makeQtHttpSession(*ports.quit);
+    ports.http = makeCurlHttpSession(*ports.quit);
     ports.dispatcher = makeQtDispatcher();
     return ports;
 }

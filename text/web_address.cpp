@@ -5,9 +5,11 @@
 #include <utf8proc.h>
 
 #include <algorithm>
+#include <charconv>
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <system_error>
 
 namespace kelvane::text {
 
@@ -124,6 +126,56 @@ bool isWebAddress(std::string_view text) {
         rest.remove_prefix(front.length);
     }
     return isAddress(plain);
+}
+
+std::optional<WebOrigin> webOrigin(std::string_view text) {
+    if (!isWebAddress(text)) return std::nullopt;
+    const auto colon = text.find(':');
+    WebOrigin origin;
+    origin.scheme = lowerAscii(text.substr(0, colon));
+    text.remove_prefix(colon + 3); // "://", as every such address has
+    std::string_view authority = text.substr(0, text.find_first_of("/?#"));
+    if (const auto at = authority.rfind('@'); at != authority.npos) authority.remove_prefix(at + 1);
+    std::string_view port;
+    if (authority.starts_with('[')) {
+        const auto end = authority.find(']');
+        origin.host = lowerAscii(authority.substr(1, end - 1));
+        port = authority.substr(end + 1);
+    } else {
+        const auto end = std::min(authority.find(':'), authority.size());
+        origin.host = lowerAscii(authority.substr(0, end));
+        port = authority.substr(end);
+    }
+    if (port.size() <= 1) { // nothing, or a colon with nothing behind it
+        origin.port = origin.scheme == "https" ? 443 : 80;
+        return origin;
+    }
+    port.remove_prefix(1);
+    const auto read = std::from_chars(port.data(), port.data() + port.size(), origin.port);
+    if (read.ec != std::errc{} || origin.port == 0) return std::nullopt;
+    return origin;
+}
+
+std::string written(const WebOrigin& origin) {
+    const bool isNumeric = origin.host.find(':') != std::string::npos;
+    return origin.scheme + "://" + (isNumeric ? "[" + origin.host + "]" : origin.host) + ":" +
+           std::to_string(origin.port);
+}
+
+bool isLoopback(std::string_view host) {
+    if (host == "localhost" || host.ends_with(".localhost") || host == "::1") return true;
+    int numbers = 0;
+    for (std::size_t at = 0; at <= host.size(); ++numbers) {
+        const auto part = host.substr(at, host.find('.', at) - at);
+        int value = -1;
+        const auto read = std::from_chars(part.data(), part.data() + part.size(), value);
+        const bool isByte = read.ec == std::errc{} && read.ptr == part.data() + part.size() &&
+                            value >= 0 && value <= 255 && part.front() != '-' &&
+                            (part.size() == 1 || part.front() != '0');
+        if (!isByte || (numbers == 0 && value != 127)) return false;
+        at += part.size() + 1;
+    }
+    return numbers == 4;
 }
 
 } // namespace kelvane::text

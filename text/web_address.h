@@ -6,6 +6,9 @@
 
 #pragma once
 
+#include <cstdint>
+#include <optional>
+#include <string>
 #include <string_view>
 
 namespace kelvane::text {
@@ -20,5 +23,25 @@ namespace kelvane::text {
 /// beyond ASCII may stand in it unescaped, as people write them; blanks, control characters and
 /// bytes that are not UTF-8 may not.
 [[nodiscard]] bool isWebAddress(std::string_view text);
+
+/// Who an address of the web speaks to, and how.
+struct WebOrigin {
+    std::string scheme; ///< "http" or "https".
+    std::string host;   ///< In lower case, without brackets.
+    std::uint16_t port = 0;
+
+    bool operator==(const WebOrigin&) const = default;
+};
+
+/// Absent when the text is no such address, and when its port is none (0, or past 65535). Without a
+/// port it is the scheme's own.
+[[nodiscard]] std::optional<WebOrigin> webOrigin(std::string_view text);
+
+/// "http://host:port", the port also where it is the scheme's own.
+[[nodiscard]] std::string written(const WebOrigin& origin);
+
+/// Whether a host, as in `WebOrigin`, is this machine itself by its name alone: localhost and the
+/// names below it, 127.x.y.z, ::1. Other spellings of these are not taken for it.
+[[nodiscard]] bool isLoopback(std::string_view host);
 
 } // namespace kelvane::text

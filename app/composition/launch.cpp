@@ -2,6 +2,7 @@
 
 #include "app/panel/panel_item.h"
 #include "app/process_settings.h"
+#include "platform/posix/posix_platform.h"
 
 #include <QCoreApplication>
 #include <QGuiApplication>
@@ -55,6 +56,11 @@ void prepareQt(const Launch& launch) {
     if (launch.shape == Shape::Picture) qputenv("QT_QPA_PLATFORM", "offscreen");
     useSoftwareRendering();
     nameApplication();
+}
+
+void settleHome() {
+    const auto files = makePosixFileSystem();
+    qputenv("HOME", QByteArray::fromStdString(home(*files).string()));
 }
 
 std::unique_ptr<SingleInstance> claimMenuBar(const Launch& launch) {

@@ -26,6 +26,10 @@ struct Launch {
 /// with the CPU, and this application's names.
 void prepareQt(const Launch& launch);
 
+/// Has the environment name the user's home folder where it names none, so that shell scripts mean
+/// the same one: what they remove lies below it.
+void settleHome();
+
 /// The claim to be the one program in this menu bar; null in the other shapes, which may run beside
 /// it. Needs no application object: a second start is to be over at once.
 [[nodiscard]] std::unique_ptr<SingleInstance> claimMenuBar(const Launch& launch);

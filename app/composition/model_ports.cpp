@@ -1,11 +1,13 @@
 #include "app/composition/model_ports.h"
 
+#include "app/plain_http_question.h"
 #include "detect/capture.h"
 #include "platform/desktop.h"
 
 namespace kelvane {
 
-CompanionModel::Ports modelPorts(DesktopPorts& platform, Workspace& workspace) {
+CompanionModel::Ports modelPorts(DesktopPorts& platform, Workspace& workspace,
+                                 PlainHttpQuestion& plainHttp) {
     return {.workspace = workspace,
             .processes = *platform.processes,
             .files = *platform.files,
@@ -13,15 +15,18 @@ CompanionModel::Ports modelPorts(DesktopPorts& platform, Workspace& workspace) {
             .http = *platform.http,
             .clock = *platform.clock,
             .dispatcher = *platform.dispatcher,
-            .capture = [&platform](const DetectedApp& app) {
-                return Capture::capture({.workspace = *platform.workspace,
-                                         .keyboard = *platform.keyboard,
-                                         .pasteboard = *platform.pasteboard,
-                                         .windows = *platform.windows,
-                                         .picture = *platform.picture,
-                                         .clock = *platform.clock},
-                                        app);
-            }};
+            .capture =
+                [&platform](const DetectedApp& app) {
+                    return Capture::capture({.workspace = *platform.workspace,
+                                             .keyboard = *platform.keyboard,
+                                             .pasteboard = *platform.pasteboard,
+                                             .windows = *platform.windows,
+                                             .picture = *platform.picture,
+                                             .clock = *platform.clock},
+                                            app);
+                },
+            .mayGoUnencrypted =
+                [&plainHttp](const std::string& address) { return plainHttp.mayGoTo(address); }};
 }
 
 } // namespace kelvane

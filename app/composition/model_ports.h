@@ -7,9 +7,11 @@
 namespace kelvane {
 
 struct DesktopPorts;
+class PlainHttpQuestion;
 
 /// The model sees the applications through `workspace`; captures see them as the platform does.
-/// Both must outlive the model and the jobs it has handed to the dispatcher.
-[[nodiscard]] CompanionModel::Ports modelPorts(DesktopPorts& platform, Workspace& workspace);
+/// All three must outlive the model and the jobs it has handed to the dispatcher.
+[[nodiscard]] CompanionModel::Ports modelPorts(DesktopPorts& platform, Workspace& workspace,
+                                               PlainHttpQuestion& plainHttp);
 
 } // namespace kelvane

@@ -8,6 +8,7 @@
 namespace kelvane {
 
 struct DesktopPorts;
+class PlainHttpQuestion;
 
 /// What the operations are done with. All of it must outlive them.
 struct ShellParts {
@@ -15,6 +16,7 @@ struct ShellParts {
     Workspace& workspace; ///< What the model sees of the applications.
     const Installation& installation;
     Application& application;
+    PlainHttpQuestion& plainHttp;
 };
 
 /// Where this user's copy of the program stands, or would.

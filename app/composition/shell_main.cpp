@@ -17,6 +17,8 @@ extern "C" int kelvaneRunApplication(int argc, char** argv) {
     auto instance = claimMenuBar(launch);
     if (const auto status = handOver(instance.get())) return *status;
 
+    // Before there is a thread that reads the environment: the toolkit starts some.
+    settleHome();
     QApplication qt(argc, argv);
     makeAccessoryApplication();
     ShellProgram program(launch, std::move(instance));

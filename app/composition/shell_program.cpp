@@ -16,6 +16,11 @@ ShellProgram::ShellProgram(const Launch& launch, std::unique_ptr<SingleInstance>
     : m_ports(makeDesktopPorts()),
       m_workspace(*m_ports.workspace, kBundleID),
       m_installation(installationOf(m_ports)),
+      m_plainHttp({.files = *m_ports.files,
+                   .dialogs = *m_ports.dialogs,
+                   .dispatcher = *m_ports.dispatcher,
+                   .quit = *m_ports.quit},
+                  m_installation.braskHome),
       m_application(
           makeQtApplication([this] { m_ports.quit->raise(); }, [this] { bringForward(); })),
       m_idle(releaseIdleMemory),
@@ -27,15 +32,12 @@ ShellProgram::ShellProgram(const Launch& launch, std::unique_ptr<SingleInstance>
                  shellActions({.ports = m_ports,
                                .workspace = m_workspace,
                                .installation = m_installation,
-                               .application = *m_application}),
+                               .application = *m_application,
+                               .plainHttp = m_plainHttp}),
                  {.args = args(), .renderPath = launch.renderPath}),
       m_backgroundEnd(*m_ports.quit, m_ports.dispatcher),
       m_quitOnSignal([this] { m_application->terminate(); }),
-      m_instance(std::move(instance)) {
-    // Shell scripts are to mean the same folder when the environment names none: what they remove
-    // lies below it.
-    qputenv("HOME", QByteArray::fromStdString(m_installation.home.string()));
-}
+      m_instance(std::move(instance)) {}
 
 int ShellProgram::run() {
     if (m_instance != nullptr) {
@@ -66,8 +68,9 @@ void ShellProgram::bringForward() {
 }
 
 void ShellProgram::startedAgain(const std::string& activationToken) {
-    // Qt takes the token from here when it next asks for the focus.
-    if (!activationToken.empty()) {
+    // Qt takes the token from here when it next asks for the focus, and under Wayland alone.
+    // Elsewhere the environment stays as it is: other threads read it.
+    if (!activationToken.empty() && QGuiApplication::platformName().startsWith(u"wayland")) {
         qputenv("XDG_ACTIVATION_TOKEN", QByteArray::fromStdString(activationToken));
     }
     m_delegate.openPopover();

@@ -10,6 +10,7 @@
 #include "app/composition/launch.h"
 #include "app/composition/qt_windows.h"
 #include "app/own_workspace.h"
+#include "app/plain_http_question.h"
 #include "app/shell/app_delegate.h"
 #include "app/shell/background_end.h"
 #include "app/shell/qt/idle_timer.h"
@@ -43,6 +44,7 @@ private:
     DesktopPorts m_ports;
     OwnWorkspace m_workspace;
     const Installation m_installation;
+    PlainHttpQuestion m_plainHttp;
     std::unique_ptr<Application> m_application;
     // What starting, or showing the panel, has used is not kept for the hours until the next time.
     IdleTimer m_idle;

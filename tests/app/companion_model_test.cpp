@@ -70,7 +70,7 @@ protected:
         fake.workspace.front = 10;
         fake.processes.results["/bin/ps"] = {.status = 0, .output = "/usr/bin/ollama\nclaude\n"};
         fake.environment.variables["BRASK_API_KEY"] = "the-key";
-        fake.environment.variables["BRASK_API_BASE"] = "http://service";
+        fake.environment.variables["BRASK_API_BASE"] = "https://service";
         fake.keyboard.onCopy = [this](ProcessId) { fake.pasteboard.copyText("my words"); };
         fake.windows.windows = {{{.ownerPid = 20,
                                   .layer = 0,
@@ -384,6 +384,30 @@ TEST_F(CompanionModelTest, ServiceFailureArrivesInsideTheVerdict) {
     EXPECT_FALSE(*model.grading);
 }
 
+TEST_F(CompanionModelTest, WhetherWorkMayGoUnencryptedIsAskedInTheBackgroundAndObeyed) {
+    fake.environment.variables["BRASK_API_BASE"] = "http://10.0.0.5";
+    auto ports = modelPorts(fake);
+    bool isAllowed = false;
+    std::vector<std::string> asked;
+    ports.mayGoUnencrypted = [&](const std::string& address) {
+        asked.push_back(address);
+        return isAllowed;
+    };
+    CompanionModel asking(ports, testCatalog(), "/home/ada");
+    asking.refresh();
+    asking.grade();
+    EXPECT_TRUE(asked.empty()) << "on the main thread";
+    fake.dispatcher.runAll();
+    EXPECT_EQ(asked, (std::vector<std::string>{"http://10.0.0.5:80"}));
+    EXPECT_TRUE(fake.http.requests.empty());
+    EXPECT_TRUE(
+        asking.verdict.get()->error->starts_with("nothing was sent: http://10.0.0.5:80 is"));
+    isAllowed = true;
+    asking.grade();
+    fake.dispatcher.runAll();
+    EXPECT_EQ(asking.verdict.get()->error, std::nullopt);
+}
+
 TEST_F(CompanionModelTest, ModelGoneBeforeItsJobsReportIsNotTouched) {
     auto short_lived =
         std::make_unique<CompanionModel>(modelPorts(fake), testCatalog(), "/home/ada");
@@ -497,7 +521,7 @@ TEST_F(CompanionModelTest, IterateKeepsTheOldVerdictAndNoteWhileItRuns) {
     EXPECT_EQ(*model.note, "a remark");
 
     fake.dispatcher.runAll();
-    EXPECT_EQ(fake.http.requests.back().url, "http://service/api/v1/eval/runs/r1/iterate");
+    EXPECT_EQ(fake.http.requests.back().url, "https://service/api/v1/eval/runs/r1/iterate");
     EXPECT_EQ(lastBody()["user_prompt"], "Re-grade after fixing the flaws.");
     EXPECT_EQ(lastBody()["decision"], "re_prompt");
     EXPECT_EQ(lastBody()["new_artifact_parts"][0]["text"], "my words");
@@ -585,7 +609,7 @@ TEST_F(CompanionModelTest, CancelWhileTheServiceIsPolledEndsItAtOnceAndGivesTheJ
     fake.dispatcher.runAll();
     EXPECT_FALSE(model.verdict->has_value());
     EXPECT_EQ(fake.http.requests.back().method, "DELETE");
-    EXPECT_EQ(fake.http.requests.back().url, "http://service/api/v1/eval/jobs/j1");
+    EXPECT_EQ(fake.http.requests.back().url, "https://service/api/v1/eval/jobs/j1");
     EXPECT_EQ(fake.http.requests.back().headers.at(0).second, "Bearer the-key");
     EXPECT_EQ(fake.http.requests.size(), 1U + 3U + 1U); // submitted, polled, given up
 }

@@ -378,6 +378,13 @@ TEST_F(CompanionViewTest, AVerdictThatCarriesOnlyAnErrorShowsItAndTheHeldBelowTe
                             .summary = kHeld}));
 }
 
+TEST_F(CompanionViewTest, WhatIsKnownBesideAnErrorStandsBehindIt) {
+    auto verdict = Verdict::failure("grade timed out after 420s");
+    verdict.hint = "The service answers.";
+    model.verdict = verdict;
+    EXPECT_EQ(graded().error, "grade timed out after 420s. The service answers.");
+}
+
 TEST_F(CompanionViewTest, AnErrorWithABandThatClearsSaysReady) {
     auto verdict = Verdict::failure("odd");
     verdict.band = Band::ship;

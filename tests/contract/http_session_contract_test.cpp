@@ -1,8 +1,8 @@
 // What every HTTP session promises, asked of the fake and of the real one.
 
+#include "platform/curl/curl_http_session.h"
 #include "platform/fake/fakes.h"
 #include "platform/ports/quit_signal.h"
-#include "platform/qt/qt_http_session.h"
 #include "tests/wire/fault_server.h"
 
 #include <gtest/gtest.h>
@@ -58,7 +58,7 @@ private:
     std::vector<HttpRequest> m_reached;
 };
 
-class QtSessionUnderTest : public SessionUnderTest {
+class CurlSessionUnderTest : public SessionUnderTest {
 public:
     HttpSession& session() override { return *m_session; }
     std::string origin() override { return m_server.base(); }
@@ -82,10 +82,10 @@ public:
 private:
     wire::FaultServer m_server;
     QuitSignal m_quit;
-    std::unique_ptr<HttpSession> m_session = makeQtHttpSession(m_quit);
+    std::unique_ptr<HttpSession> m_session = makeCurlHttpSession(m_quit);
 };
 
-enum class Side { Fake, Qt };
+enum class Side { Fake, Curl };
 
 class HttpSessionContract : public testing::TestWithParam<Side> {
 protected:
@@ -93,7 +93,7 @@ protected:
         if (GetParam() == Side::Fake) {
             m_under = std::make_unique<FakeSessionUnderTest>();
         } else {
-            m_under = std::make_unique<QtSessionUnderTest>();
+            m_under = std::make_unique<CurlSessionUnderTest>();
         }
     }
 
@@ -171,8 +171,10 @@ TEST_P(HttpSessionContract, AnAddressThatIsNotHttpIsAbsentAndReachesNobody) {
     EXPECT_TRUE(under().seen().empty());
 }
 
-INSTANTIATE_TEST_SUITE_P(All, HttpSessionContract, testing::Values(Side::Fake, Side::Qt),
-                         [](const auto& side) { return side.param == Side::Fake ? "Fake" : "Qt"; });
+INSTANTIATE_TEST_SUITE_P(All, HttpSessionContract, testing::Values(Side::Fake, Side::Curl),
+                         [](const auto& side) {
+                             return side.param == Side::Fake ? "Fake" : "Curl";
+                         });
 
 } // namespace
 } // namespace kelvane

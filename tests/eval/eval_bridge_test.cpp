@@ -113,8 +113,15 @@ TEST_F(ApiKey, TheKeyFileIsTrimmedAtBothEnds) {
     EXPECT_EQ(apiKey(), "k e\ny");
 }
 
+TEST_F(ApiKey, AByteOrderMarkBeforeTheKeyIsNoPartOfIt) {
+    machine.files.files["/home/me/.brask/key"] = "\xEF\xBB\xBF k\n";
+    EXPECT_EQ(apiKey(), "k");
+    machine.files.files["/home/me/.brask/key"] = "k\xEF\xBB\xBF";
+    EXPECT_EQ(apiKey(), "k\xEF\xBB\xBF");
+}
+
 TEST_F(ApiKey, AKeyFileOfOnlyANewlineGivesNoKey) {
-    for (const char* content : {"\n", "", " \t\r\n"}) {
+    for (const char* content : {"\n", "", " \t\r\n", "\xEF\xBB\xBF", "\xEF\xBB\xBF\r\n"}) {
         machine.files.files["/home/me/.brask/key"] = content;
         EXPECT_EQ(apiKey(), std::nullopt);
     }
@@ -306,6 +313,106 @@ TEST_F(EvalBridgeTest, IdsAreAppendedAsGiven) {
                                          "GET https://service.test/api/v1/eval/runs/r /?"));
 }
 
+// ---- keys that must not travel
+
+TEST_F(EvalBridgeTest, AKeyWithALineBreakOrNulIsNeverSentAndSaysWhy) {
+    const Verdict unusable = Verdict::failure(
+        "the service key holds a line break \u2014 check BRASK_API_KEY or ~/.brask/key");
+    for (const std::string& key :
+         {std::string("a\nb"), std::string("a\r"), std::string("a\0b", 3), std::string("\n")}) {
+        EXPECT_EQ(EvalBridge::grade(ports, parts, "text", vertical, policyId, intent, key),
+                  unusable);
+        EXPECT_EQ(EvalBridge::iterate(ports, "r7", parts, intent, key), unusable);
+        EvalBridge::cancelJob(ports, "j1", key);
+    }
+    EXPECT_THAT(machine.http.requests, IsEmpty());
+}
+
+TEST_F(EvalBridgeTest, AKeyOfALocalServiceHasToBeProvedFirst) {
+    lastAnswerStays = true;
+    answers = {std::nullopt};
+    static_cast<void>(grade());
+    EXPECT_EQ(machine.http.requests.back().keyToProve, std::nullopt);
+    for (const char* base : {"http://127.0.0.1:8797", "https://service.test",
+                             "http+unix://%2Frun%2Fa.sock", "http://10.0.0.5"}) {
+        machine.environment.variables["BRASK_API_BASE"] = base;
+        static_cast<void>(
+            EvalBridge::grade(ports, parts, "text", vertical, policyId, intent, "trevix_local_1"));
+        EXPECT_EQ(machine.http.requests.back().keyToProve, "trevix_local_1") << base;
+    }
+}
+
+// ---- addresses that are not encrypted
+
+class PlainHttpBase : public EvalBridgeTest {
+protected:
+    PlainHttpBase() {
+        machine.environment.variables["BRASK_API_BASE"] = "http://10.0.0.5:8797/base";
+        ports.mayGoUnencrypted = [this](const std::string& address) {
+            asked.push_back(address);
+            return isAllowed;
+        };
+    }
+    const Verdict refused =
+        Verdict::failure("nothing was sent: http://10.0.0.5:8797 is not encrypted "
+                         "and was not allowed \u2014 see ~/.brask/plain-http");
+    bool isAllowed = true;
+    std::vector<std::string> asked;
+};
+
+TEST_F(PlainHttpBase, IsAskedAboutBeforeAnythingIsSent) {
+    isAllowed = false;
+    EXPECT_EQ(grade(), refused);
+    EXPECT_EQ(iterate(), refused);
+    EvalBridge::cancelJob(ports, "j1", "the key");
+    EXPECT_THAT(machine.http.requests, IsEmpty());
+    EXPECT_THAT(asked, testing::Each("http://10.0.0.5:8797"));
+}
+
+TEST_F(PlainHttpBase, ThatIsAllowedIsUsed) {
+    answers = {ok(kSubmitted), ok(kShipped)};
+    EXPECT_EQ(grade().band, Band::ship);
+    EXPECT_THAT(machine.http.requests, SizeIs(2));
+}
+
+TEST_F(PlainHttpBase, IsRefusedWhereNobodyCanBeAsked) {
+    ports.mayGoUnencrypted = nullptr;
+    EXPECT_EQ(grade(), refused);
+    EXPECT_EQ(iterate(), refused);
+    EXPECT_THAT(machine.http.requests, IsEmpty());
+}
+
+TEST_F(PlainHttpBase, ThatComesUpDuringAGradeIsSentNothing) {
+    isAllowed = false;
+    machine.environment.variables["BRASK_API_BASE"] = "https://service.test";
+    machine.http.answer = [this](const HttpRequest&) -> Answer {
+        machine.environment.variables["BRASK_API_BASE"] = "http://10.0.0.5:8797";
+        return ok(kSubmitted);
+    };
+    EXPECT_EQ(grade(), Verdict::failure("grade timed out after 420s"));
+    EXPECT_THAT(machine.http.requests, SizeIs(1));
+}
+
+TEST_F(PlainHttpBase, NobodyIsAskedAboutThisMachineOrAnEncryptedAddress) {
+    lastAnswerStays = true;
+    answers = {std::nullopt};
+    for (const char* base : {"http://127.0.0.1:8797", "http://localhost", "https://service.test",
+                             "http+unix://%2Frun%2Fa.sock", ""}) {
+        machine.environment.variables["BRASK_API_BASE"] = base;
+        EXPECT_EQ(grade(), Verdict::failure(kUnreachable)) << base;
+    }
+    EXPECT_THAT(asked, IsEmpty());
+}
+
+TEST_F(PlainHttpBase, AKeyOfALocalServiceIsNotAskedAboutAndNotSentThere) {
+    answers = {std::nullopt};
+    EXPECT_EQ(EvalBridge::grade(ports, parts, "text", vertical, policyId, intent, "trevix_local_1"),
+              Verdict::failure(kUnreachable));
+    EXPECT_THAT(asked, IsEmpty());
+    EXPECT_EQ(machine.http.requests.at(0).keyToProve,
+              "trevix_local_1"); // which no session does there
+}
+
 // ---- submitting
 
 TEST_F(EvalBridgeTest, AnUnreachableSubmissionFails) {
@@ -317,7 +424,7 @@ TEST_F(EvalBridgeTest, AnUnreachableSubmissionFails) {
 TEST_F(EvalBridgeTest, ASuccessThatIsNoJsonObjectCountsAsUnreachable) {
     for (const std::string& body :
          {std::string(), std::string("<html>"), std::string("[]"), std::string("\"x\""),
-          std::string("null"), std::string("{\"job_id\":\"j\xFF\"}"),
+          std::string("null"), std::string("{\"job_id\":\"j\xFF\"}"), std::string("{} \0", 4),
           std::string("{\"job_id\":") + std::string(100'000, '[')}) {
         for (const int status : {0, 200, 204, 302, 399}) {
             answers = {HttpResponse{status, body}};
@@ -412,6 +519,51 @@ TEST_F(EvalBridgeTest, AnErrorStatusThatNamesAJobIsPolled) {
 }
 
 // ---- polling
+
+TEST_F(EvalBridgeTest, OneOddValueCostsNoVerdict) {
+    for (const char* odd :
+         {R"("trace":1e400)", R"("trace":"\ud800")", R"("result_summary2":{"score":-1e999})"}) {
+        answers = {
+            ok(std::string(R"({"job_id":"j1",)") + odd + "}"),
+            ok(std::string(R"({"status":"completed","result_summary":{"band":"ship","flaws":[)"
+                           R"({"name":"cut \ud83d"}]},)") +
+               odd + "}")};
+        const Verdict verdict = grade();
+        EXPECT_EQ(verdict.band, Band::ship) << odd;
+        EXPECT_EQ(verdict.flaws, (std::vector<Flaw>{{"", "cut \xEF\xBF\xBD", ""}})) << odd;
+    }
+}
+
+TEST_F(EvalBridgeTest, AScoreThatNoDoubleHoldsIsAbsent) {
+    answers = {ok(kSubmitted),
+               ok(R"({"status":"completed","result_summary":{"band":"ship","score":1e400}})")};
+    EXPECT_EQ(grade(), (Verdict{Band::ship, std::nullopt, {}, std::nullopt, false, std::nullopt}));
+}
+
+TEST_F(EvalBridgeTest, AnswersThatKeepBeingUnreadableAreSaidAtTheDeadline) {
+    lastAnswerStays = true;
+    answers = {ok(kSubmitted), ok("<html>")};
+    Verdict expected = Verdict::failure("grade timed out after 420s");
+    expected.hint = "The service answers, but not in a way that can be read.";
+    EXPECT_EQ(grade(), expected);
+}
+
+TEST_F(EvalBridgeTest, AnUnreachableServiceIsNotSaidToAnswer) {
+    lastAnswerStays = true;
+    answers = {ok(kSubmitted), ok("[]"), ok(kRunning), std::nullopt};
+    EXPECT_EQ(grade(), Verdict::failure("grade timed out after 420s"));
+}
+
+TEST_F(EvalBridgeTest, NoStatusRequestLastsLongerThanWhatIsLeft) {
+    answers = {ok(kSubmitted), ok(kRunning), ok(kRunning), std::nullopt};
+    static_cast<void>(grade(4.0001)); // waits 1.5 s, then 2.5 s
+    const auto& sent = machine.http.requests;
+    ASSERT_THAT(sent, SizeIs(4));
+    EXPECT_EQ(sent[0].timeout, 30s);
+    EXPECT_EQ(sent[1].timeout, 4001ms);
+    EXPECT_EQ(sent[2].timeout, 2501ms);
+    EXPECT_EQ(sent[3].timeout, 1ms);
+}
 
 TEST_F(EvalBridgeTest, ACompletedJobGivesItsVerdict) {
     answers = {ok(kSubmitted), ok(kShipped)};

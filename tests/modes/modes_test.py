@@ -51,6 +51,16 @@ class ExecutableTest(unittest.TestCase):
         self.assertIn("libxcb", libraries)
         self.assertNotIn("Qt", libraries)
 
+    def test_panel_talks_to_the_network_without_the_toolkit(self):
+        # What it links itself: the toolkit's own libraries link one another as they like.
+        module = pathlib.Path(EXECUTABLE).parent.parent / "Frameworks/libKelvaneShell.so"
+        needed = subprocess.run(["readelf", "--wide", "--dynamic", str(module)], check=True,
+                                stdout=subprocess.PIPE, encoding="utf-8",
+                                env={"LC_ALL": "C", "PATH": PATH}).stdout
+        self.assertRegex(needed, r"\(NEEDED\).*libcurl")
+        self.assertRegex(needed, r"\(NEEDED\).*libQt6Core")
+        self.assertNotRegex(needed, r"\(NEEDED\).*libQt6Network")
+
 
 class ModesTest(unittest.TestCase):
     def setUp(self):

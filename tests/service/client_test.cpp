@@ -3,11 +3,11 @@
 
 #include "eval/eval_bridge.h"
 #include "eval/grade_ticket.h"
+#include "platform/curl/curl_http_session.h"
 #include "platform/fake/fake_clock.h"
 #include "platform/fake/fake_environment.h"
 #include "platform/fake/journal.h"
 #include "platform/ports/quit_signal.h"
-#include "platform/qt/qt_http_session.h"
 #include "service/http/http_api.h"
 #include "tests/service/gated_critic.h"
 #include "tests/service/temporary_folder.h"
@@ -75,7 +75,7 @@ protected:
     Journal m_journal;
     FakeEnvironment m_environment;
     FakeClock m_clock{m_journal};
-    std::unique_ptr<HttpSession> m_http = makeQtHttpSession(m_quit);
+    std::unique_ptr<HttpSession> m_http = makeCurlHttpSession(m_quit);
     EvalBridge::Ports m_ports{m_environment, *m_http, m_clock};
 };
 

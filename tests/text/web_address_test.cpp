@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace kelvane::text {
 namespace {
@@ -114,6 +116,43 @@ TEST(IsWebAddress, Table) {
         {"httpſ://trevix.example/", false},
     };
     for (const auto& each : cases) EXPECT_EQ(isWebAddress(each.text), each.valid) << each.text;
+}
+
+TEST(WebOrigin, IsSchemeHostAndPort) {
+    for (const auto& [text, origin] : std::vector<std::pair<std::string_view, WebOrigin>>{
+             {"http://Host.Test", {"http", "host.test", 80}},
+             {"HTTPS://host.test/a:1/b@c", {"https", "host.test", 443}},
+             {"https://host.test:/", {"https", "host.test", 443}},
+             {"http://me:pw@host.test:8080?x", {"http", "host.test", 8080}},
+             {"http://[::A]:65535#x", {"http", "::a", 65535}},
+             {"http://[::1]", {"http", "::1", 80}}}) {
+        EXPECT_EQ(webOrigin(text), origin) << text;
+    }
+}
+
+TEST(WebOrigin, IsAbsentWithoutAnAddressOrAPort) {
+    for (const auto text : {"http://host:0/"sv, "http://host:65536/"sv, "http://host:99999/"sv,
+                            "ftp://host/"sv, "host"sv, ""sv, "http://a b/"sv}) {
+        EXPECT_EQ(webOrigin(text), std::nullopt) << text;
+    }
+}
+
+TEST(WebOrigin, IsWrittenWithItsPort) {
+    EXPECT_EQ(written(*webOrigin("https://Host.Test/x")), "https://host.test:443");
+    EXPECT_EQ(written(*webOrigin("http://[::1]:8080/x")), "http://[::1]:8080");
+}
+
+TEST(IsLoopback, IsThisMachineByName) {
+    for (const auto host :
+         {"localhost"sv, "a.localhost"sv, "127.0.0.1"sv, "127.255.0.9"sv, "::1"sv}) {
+        EXPECT_TRUE(isLoopback(host)) << host;
+    }
+    for (const auto host :
+         {""sv, "localhost.example"sv, "notlocalhost"sv, "128.0.0.1"sv, "127.0.0.1.example"sv,
+          "127.0.0"sv, "127.1"sv, "127.0.0.256"sv, "127.0.0.-1"sv, "127.0.0.01"sv, "127.0.0."sv,
+          "127.0.0.1."sv, "127..0.1"sv, "0.0.0.0"sv, "::"sv, "::2"sv, "10.127.0.1"sv}) {
+        EXPECT_FALSE(isLoopback(host)) << host;
+    }
 }
 
 } // namespace

@@ -2,10 +2,10 @@
 
 #include "catalog/catalog_loader.h"
 
+#include "platform/curl/curl_http_session.h"
 #include "platform/fake/fakes.h"
 #include "platform/ports/quit_signal.h"
 #include "platform/posix/posix_platform.h"
-#include "platform/qt/qt_http_session.h"
 #include "tests/platform/temporary_folder.h"
 #include "tests/wire/fault_server.h"
 
@@ -50,7 +50,7 @@ protected:
     QuitSignal quit;
     FakePlatform machine;
     std::unique_ptr<FileSystem> files = makePosixFileSystem();
-    std::unique_ptr<HttpSession> http = makeQtHttpSession(quit);
+    std::unique_ptr<HttpSession> http = makeCurlHttpSession(quit);
 };
 
 TEST_F(CatalogRefreshWire, WhatTheServerSentIsWhatTheNextStartReads) {
@@ -83,6 +83,15 @@ TEST_F(CatalogRefreshWire, ARedirectWithinTheOriginIsFollowed) {
     server.script({redirect(302, "/elsewhere.json"), answer(200, catalogOfVersion("1"))});
     refresh();
     EXPECT_EQ(versionOfTheNextStart(), "1");
+}
+
+TEST_F(CatalogRefreshWire, ARedirectToAnotherHostIsFollowedToo) {
+    FaultServer other;
+    other.script({answer(200, catalogOfVersion("1"))});
+    server.script({redirect(302, "http://localhost:" + std::to_string(other.port()) + "/c.json")});
+    refresh();
+    EXPECT_EQ(versionOfTheNextStart(), "1");
+    EXPECT_EQ(other.requests().at(0).target, "/c.json");
 }
 
 TEST_F(CatalogRefreshWire, WhateverIsNoCatalogLeavesTheStoredOneAsItWas) {

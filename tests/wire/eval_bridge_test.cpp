@@ -3,10 +3,10 @@
 
 #include "eval/eval_bridge.h"
 
+#include "platform/curl/curl_http_session.h"
 #include "platform/fake/fakes.h"
 #include "platform/ports/quit_signal.h"
 #include "platform/posix/posix_platform.h"
-#include "platform/qt/qt_http_session.h"
 #include "tests/wire/fault_server.h"
 
 #include <gmock/gmock.h>
@@ -40,8 +40,8 @@ Step submitted() {
 }
 
 /// Passes requests on with less patience, so that a silent server costs a test no 30 seconds. That
-/// the client asks for 30 is checked after every test, and http_session_test.cpp that the session
-/// waits for as long as it is asked to.
+/// the client asks for no more than 30 is checked after every test, and http_session_test.cpp that
+/// the session waits for as long as it is asked to.
 class ImpatientSession : public HttpSession {
 public:
     explicit ImpatientSession(HttpSession& session) : m_session(session) {}
@@ -64,7 +64,7 @@ class EvalBridgeWire : public testing::Test {
 protected:
     EvalBridgeWire() { machine.environment.variables["BRASK_API_BASE"] = server.base() + "/"; }
     ~EvalBridgeWire() override {
-        for (const auto timeout : http.timeouts) EXPECT_EQ(timeout, 30s);
+        for (const auto timeout : http.timeouts) EXPECT_LE(timeout, 30s);
     }
 
     Verdict grade() {
@@ -77,7 +77,7 @@ protected:
 
     FaultServer server;
     QuitSignal quit;
-    std::unique_ptr<HttpSession> session = makeQtHttpSession(quit);
+    std::unique_ptr<HttpSession> session = makeCurlHttpSession(quit);
     ImpatientSession http{*session};
     FakePlatform machine;
     EvalBridge::Ports ports{machine.environment, http, machine.clock};
@@ -182,7 +182,7 @@ TEST_F(EvalBridgeWire, EveryBadAnswerToASubmissionOrAnIterateHasItsVerdict) {
         {"a reset", reset(), kUnreachable, kUnreachable},
         {"a key that ends in a NUL", json(std::string("{\"job_id\":\"j1\"}\0", 16)), kUnreachable,
          kUnreachable},
-        {"deep nesting", json("{\"job_id\":" + std::string(100'000, '[')), kUnreachable,
+        {"nesting without end", json("{\"job_id\":" + std::string(100'000, '[')), kUnreachable,
          kUnreachable},
     };
     for (const AnswerCase& c : table) {
@@ -220,8 +220,9 @@ TEST_F(EvalBridgeWire, AnAddressThatIsNoneIsUnreachable) {
 }
 
 TEST_F(EvalBridgeWire, AKeyWithALineBreakReachesNobody) {
-    EXPECT_EQ(EvalBridge::grade(ports, parts, "text", std::nullopt, std::nullopt, "", "a\r\nX: b"),
-              kUnreachable);
+    EXPECT_EQ(
+        EvalBridge::grade(ports, parts, "text", std::nullopt, std::nullopt, "", "a\r\nX: b"),
+        failure("the service key holds a line break \u2014 check BRASK_API_KEY or ~/.brask/key"));
     EXPECT_EQ(server.connections(), 0);
 }
 
@@ -263,17 +264,13 @@ TEST_F(EvalBridgeWire, TheKeyIsNotCarriedToAnotherOrigin) {
 struct PollFault {
     const char* name;
     Step step;
-    /// How often the network library sends a GET again, at once and on its own, because its
-    /// connection breaks before a whole head has come. Where it does, this client never learns of
-    /// the fault.
-    std::size_t sentAgainByTheLibrary = 0;
 };
 
 TEST_F(EvalBridgeWire, APollSurvivesEveryFaultAndIsSentOnce) {
     const std::vector<PollFault> table{
-        {"a reset", reset(), 1},
-        {"the end of the connection", hangUp(), 1},
-        {"half a head", rawThenClose("HTTP/1.1 200 OK\r\nCont"), 2},
+        {"a reset", reset()},
+        {"the end of the connection", hangUp()},
+        {"half a head", rawThenClose("HTTP/1.1 200 OK\r\nCont")},
         {"half a body", halfBody(200, kShipped)},
         {"500", answer(500, "<html>")},
         {"401", answer(401, "")},
@@ -287,12 +284,10 @@ TEST_F(EvalBridgeWire, APollSurvivesEveryFaultAndIsSentOnce) {
         server.script({submitted(), fault.step, json(kShipped)});
         EXPECT_EQ(grade(), kShipVerdict) << fault.name;
 
-        // Of this client: the submission, the poll that met the fault, and after one wait the next.
-        const std::size_t waits = fault.sentAgainByTheLibrary > 0 ? 0 : 1;
-        EXPECT_EQ(machine.clock.sleeps.size(), waits) << fault.name;
-        EXPECT_EQ(http.timeouts.size(), 2 + waits) << fault.name;
-        EXPECT_EQ(server.requests().size() - before, 2 + waits + fault.sentAgainByTheLibrary)
-            << fault.name;
+        // The submission, the poll that met the fault, and after one wait the next.
+        EXPECT_THAT(machine.clock.sleeps, SizeIs(1)) << fault.name;
+        EXPECT_THAT(http.timeouts, SizeIs(3)) << fault.name;
+        EXPECT_EQ(server.requests().size() - before, 3U) << fault.name;
     }
 }
 

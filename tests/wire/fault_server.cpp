@@ -4,6 +4,8 @@
 #include <netinet/in.h>
 #include <poll.h>
 #include <sys/socket.h>
+#include <sys/syscall.h>
+#include <sys/un.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -22,23 +24,6 @@ namespace {
 
 [[noreturn]] void fail(const char* what) {
     throw std::system_error(errno, std::generic_category(), what);
-}
-
-struct Listening {
-    int fd;
-    std::uint16_t port;
-};
-
-Listening bindToLoopback() {
-    const int fd = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    if (fd < 0) fail("socket");
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t size = sizeof address;
-    if (::bind(fd, reinterpret_cast<const sockaddr*>(&address), size) != 0) fail("bind");
-    if (::getsockname(fd, reinterpret_cast<sockaddr*>(&address), &size) != 0) fail("getsockname");
-    return {fd, ntohs(address.sin_port)};
 }
 
 std::string lowercase(std::string text) {
@@ -145,11 +130,46 @@ std::optional<SeenRequest> Connection::readRequest() {
     return request;
 }
 
-FaultServer::FaultServer() {
-    const Listening listening = bindToLoopback();
+FaultServer::Listening FaultServer::bindToLoopback() {
+    const int fd = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    if (fd < 0) fail("socket");
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t size = sizeof address;
+    if (::bind(fd, reinterpret_cast<const sockaddr*>(&address), size) != 0) fail("bind");
+    if (::getsockname(fd, reinterpret_cast<sockaddr*>(&address), &size) != 0) fail("getsockname");
+    if (::listen(fd, 64) != 0) fail("listen");
+    return {fd, ntohs(address.sin_port)};
+}
+
+FaultServer::Listening FaultServer::bindTo(const std::string& socketPath,
+                                           std::optional<unsigned> user) {
+    const int fd = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    if (fd < 0) fail("socket");
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    socketPath.copy(address.sun_path, sizeof address.sun_path - 1);
+    if (::bind(fd, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) fail("bind");
+    // Who listens is who the other end is told of. Of this thread alone, and only while it does.
+    const auto become = [](unsigned effective) {
+        if (::syscall(SYS_setresuid, -1, effective, -1) != 0) fail("setresuid");
+    };
+    const unsigned self = ::geteuid();
+    if (user) become(*user);
+    if (::listen(fd, 64) != 0) fail("listen");
+    if (user) become(self);
+    return {fd, 0};
+}
+
+FaultServer::FaultServer() : FaultServer(bindToLoopback()) {}
+
+FaultServer::FaultServer(const std::string& socketPath, std::optional<unsigned> user)
+    : FaultServer(bindTo(socketPath, user)) {}
+
+FaultServer::FaultServer(Listening listening) {
     m_listenFd = listening.fd;
     m_port = listening.port;
-    if (::listen(m_listenFd, 64) != 0) fail("listen");
     std::array<int, 2> stop{};
     if (::pipe(stop.data()) != 0) fail("pipe");
     m_stopReadFd = stop[0];
@@ -196,6 +216,11 @@ bool FaultServer::waitForRequests(std::size_t count) const {
                               [&] { return m_requests.size() >= count; });
 }
 
+bool FaultServer::waitForEnds(int count) const {
+    std::unique_lock lock(m_mutex);
+    return m_arrived.wait_for(lock, std::chrono::seconds(10), [&] { return m_ended >= count; });
+}
+
 void FaultServer::acceptAll() {
     while (true) {
         std::array<pollfd, 2> waits{pollfd{m_listenFd, POLLIN, 0}, pollfd{m_stopReadFd, POLLIN, 0}};
@@ -211,6 +236,10 @@ void FaultServer::acceptAll() {
         m_served.emplace_back([this, fd, number] {
             Connection connection(fd, number, m_stopReadFd);
             serve(connection);
+            connection.close();
+            const std::lock_guard ended(m_mutex);
+            ++m_ended;
+            m_arrived.notify_all();
         });
     }
 }
@@ -239,7 +268,7 @@ void FaultServer::serve(Connection& connection) {
 
 std::uint16_t closedPort() {
     // Bound and let go: the system hands out other ports before it comes back to this one.
-    const Listening listening = bindToLoopback();
+    const auto listening = FaultServer::bindToLoopback();
     ::close(listening.fd);
     return listening.port;
 }

@@ -72,6 +72,10 @@ using Step = std::function<void(Connection&, const SeenRequest&)>;
 class FaultServer {
 public:
     FaultServer();
+    /// Listens on a Unix socket of that path instead, as another user when `user` is given, which
+    /// only root can have.
+    explicit FaultServer(const std::string& socketPath,
+                         std::optional<unsigned> user = std::nullopt);
     ~FaultServer();
     FaultServer(const FaultServer&) = delete;
     FaultServer& operator=(const FaultServer&) = delete;
@@ -89,8 +93,19 @@ public:
 
     /// Waits until so many requests have arrived; false after ten seconds.
     [[nodiscard]] bool waitForRequests(std::size_t count) const;
+    /// Waits until so many connections were served to their end; false after ten seconds.
+    [[nodiscard]] bool waitForEnds(int count) const;
 
 private:
+    struct Listening {
+        int fd;
+        std::uint16_t port;
+    };
+    explicit FaultServer(Listening listening);
+    static Listening bindToLoopback();
+    static Listening bindTo(const std::string& socketPath, std::optional<unsigned> user);
+    friend std::uint16_t closedPort();
+
     void acceptAll();
     void serve(Connection& connection);
 
@@ -105,6 +120,7 @@ private:
     std::function<void(Connection&)> m_onAccept;
     std::vector<SeenRequest> m_requests;
     int m_connections = 0;
+    int m_ended = 0;
 
     std::vector<std::thread> m_served;
     std::thread m_accepting;

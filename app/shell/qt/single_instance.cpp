@@ -1,16 +1,20 @@
 #include "app/shell/qt/single_instance.h"
 
-#include <QLocalServer>
-#include <QLocalSocket>
-#include <QString>
+#include <QObject>
+#include <QSocketNotifier>
 #include <QTimer>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <chrono>
 #include <fcntl.h>
+#include <optional>
 #include <sys/file.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/time.h>
+#include <sys/un.h>
 #include <system_error>
 #include <thread>
 #include <unistd.h>
@@ -22,13 +26,16 @@ namespace {
 
 /// How long one instance waits for the other to say something. Starting takes well under a second;
 /// who was started from a menu notices no more than two.
-constexpr std::chrono::milliseconds kPatience{2'000};
+constexpr std::chrono::seconds kPatience{2};
 /// Between two attempts to reach an instance that has the lock and does not listen yet: no longer
 /// than a frame or two.
 constexpr std::chrono::milliseconds kRetry{20};
 /// In bytes. A message is one word and an activation token, which takes about a hundred.
-constexpr qint64 kLongestMessage = 4'096;
+constexpr std::size_t kLongestMessage = 4'096;
+/// Starts that wait to be heard: more than anybody makes by pressing a key too long.
+constexpr int kMostWaiting = 30;
 constexpr std::string_view kOpen = "open ";
+constexpr std::string_view kDone = "done\n";
 
 bool isPrivateFolder(const std::filesystem::path& folder) {
     struct stat status {};
@@ -68,6 +75,99 @@ std::string fileName(const std::string& kind, const std::string& value) {
     return name;
 }
 
+std::optional<sockaddr_un> socketAddress(const std::filesystem::path& path) {
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    const std::string text = path.string();
+    if (text.size() >= sizeof address.sun_path) return std::nullopt;
+    text.copy(address.sun_path, text.size());
+    return address;
+}
+
+/// Closed in programs that this one starts, and never waited for in the event loop.
+void makePrivateAndPatient(int socket) {
+    ::fcntl(socket, F_SETFD, FD_CLOEXEC);
+    ::fcntl(socket, F_SETFL, O_NONBLOCK);
+}
+
+/// Without the signal that ends a program whose listener has gone.
+ssize_t sendTo(int socket, std::string_view bytes) {
+#ifdef MSG_NOSIGNAL
+    return ::send(socket, bytes.data(), bytes.size(), MSG_NOSIGNAL);
+#else
+    const int on = 1;
+    ::setsockopt(socket, SOL_SOCKET, SO_NOSIGPIPE, &on, sizeof on);
+    return ::send(socket, bytes.data(), bytes.size(), 0);
+#endif
+}
+
+/// A later start at the first one's end: one line, answered, and gone.
+class Peer : public QObject {
+public:
+    Peer(int socket, std::function<void(std::string)> opened, QObject* parent)
+        : QObject(parent),
+          m_socket(socket),
+          m_opened(std::move(opened)),
+          m_readable(socket, QSocketNotifier::Read) {
+        connect(&m_readable, &QSocketNotifier::activated, this, [this] { read(); });
+    }
+    Peer(const Peer&) = delete;
+    Peer& operator=(const Peer&) = delete;
+    ~Peer() override {
+        m_readable.setEnabled(false);
+        ::close(m_socket);
+    }
+
+private:
+    void read() {
+        std::array<char, kLongestMessage> bytes{};
+        const ssize_t size = ::recv(m_socket, bytes.data(), bytes.size() - m_line.size(), 0);
+        if (size < 0 && (errno == EAGAIN || errno == EINTR)) return;
+        if (size > 0) m_line.append(bytes.data(), static_cast<std::size_t>(size));
+        const auto end = m_line.find('\n');
+        if (size > 0 && end == std::string::npos && m_line.size() < kLongestMessage) return;
+        m_readable.setEnabled(false);
+        deleteLater();
+        if (end == std::string::npos) return;
+        sendTo(m_socket, kDone);
+        std::string line = m_line.substr(0, end);
+        if (line.ends_with('\r')) line.pop_back();
+        if ((line + ' ').starts_with(kOpen)) {
+            // It may run a loop of events of its own, in which this object goes.
+            const auto opened = m_opened;
+            opened(line.size() > kOpen.size() ? line.substr(kOpen.size()) : std::string());
+        }
+    }
+
+    int m_socket;
+    std::function<void(std::string)> m_opened;
+    QSocketNotifier m_readable;
+    std::string m_line;
+};
+
+/// Whether the first one took the message; absent when nobody listens.
+std::optional<bool> ask(const sockaddr_un& address, const std::string& message) {
+    const int socket = ::socket(AF_UNIX, SOCK_STREAM, 0);
+    if (socket < 0) return false;
+    ::fcntl(socket, F_SETFD, FD_CLOEXEC);
+    std::optional<bool> answered;
+    if (::connect(socket, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0) {
+        const timeval patience{.tv_sec = std::chrono::seconds(kPatience).count(), .tv_usec = 0};
+        ::setsockopt(socket, SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
+        sendTo(socket, message);
+        std::string answer;
+        std::array<char, 16> bytes{};
+        ssize_t size = 0;
+        while (answer.size() < kDone.size() &&
+               (size = ::recv(socket, bytes.data(), bytes.size(), 0)) > 0) {
+            answer.append(bytes.data(), static_cast<std::size_t>(size));
+        }
+        answered = answer.starts_with(kDone);
+    }
+    ::close(socket);
+    return answered;
+}
+
 } // namespace
 
 std::string desktopName(const EnvironmentSnapshot& environment) {
@@ -103,7 +203,12 @@ SingleInstance::SingleInstance(std::filesystem::path folder, const std::string& 
 }
 
 SingleInstance::~SingleInstance() {
-    m_server.reset();
+    if (m_listening) {
+        const auto socket = static_cast<int>(m_listening->socket());
+        m_listening.reset(); // and with it those who are being served
+        ::close(socket);
+        ::unlink(socketFile().c_str());
+    }
     // The lock's file stays: were it removed, two starts could hold locks on two files of its name.
     if (m_lock >= 0) ::close(m_lock);
 }
@@ -117,44 +222,33 @@ std::filesystem::path SingleInstance::socketFile() const {
 }
 
 void SingleInstance::listen(std::function<void(std::string)> opened) {
-    if (m_role != Role::First) return;
-    const QString name = QString::fromStdString(socketFile().string());
+    if (m_role != Role::First || m_listening) return;
+    const auto address = socketAddress(socketFile());
+    const int socket = address ? ::socket(AF_UNIX, SOCK_STREAM, 0) : -1;
+    if (socket < 0) return;
+    makePrivateAndPatient(socket);
     // What lies there is left of an instance that crashed: the lock is ours.
-    QLocalServer::removeServer(name);
-    m_server = std::make_unique<QLocalServer>();
-    m_server->setSocketOptions(QLocalServer::UserAccessOption);
-    QObject::connect(m_server.get(), &QLocalServer::newConnection,
-                     [this, opened = std::move(opened)] { serve(opened); });
-    if (!m_server->listen(name)) {
-        m_server.reset();
+    ::unlink(address->sun_path);
+    // Nobody but this user can come so far; the folder is his alone.
+    if (::bind(socket, reinterpret_cast<const sockaddr*>(&*address), sizeof *address) != 0 ||
+        ::chmod(address->sun_path, S_IRUSR | S_IWUSR) != 0 || ::listen(socket, kMostWaiting) != 0) {
+        ::close(socket);
         return;
     }
-    std::error_code ignored;
-    std::filesystem::permissions(
-        socketFile(), std::filesystem::perms::owner_read | std::filesystem::perms::owner_write,
-        ignored);
+    m_listening = std::make_unique<QSocketNotifier>(socket, QSocketNotifier::Read);
+    QObject::connect(m_listening.get(), &QSocketNotifier::activated,
+                     [this, opened = std::move(opened)] { serve(opened); });
 }
 
 void SingleInstance::serve(const std::function<void(std::string)>& opened) {
-    while (QLocalSocket* const peer = m_server->nextPendingConnection()) {
-        peer->setReadBufferSize(kLongestMessage);
-        QObject::connect(peer, &QLocalSocket::disconnected, peer, &QObject::deleteLater);
+    while (true) {
+        const int socket = ::accept(static_cast<int>(m_listening->socket()), nullptr, nullptr);
+        if (socket < 0) return;
+        makePrivateAndPatient(socket);
+        // It goes with the listening one, at the latest.
+        auto* peer = new Peer(socket, opened, m_listening.get());
         // Whoever connects and says nothing does not stay.
-        QTimer::singleShot(kPatience, peer, [peer] { peer->abort(); });
-        const auto read = [peer, opened] {
-            if (!peer->canReadLine()) {
-                if (peer->bytesAvailable() >= kLongestMessage) peer->abort();
-                return;
-            }
-            const std::string line = peer->readLine(kLongestMessage).trimmed().toStdString();
-            peer->write("done\n");
-            peer->disconnectFromServer();
-            if ((line + ' ').starts_with(kOpen)) {
-                opened(line.size() > kOpen.size() ? line.substr(kOpen.size()) : std::string());
-            }
-        };
-        QObject::connect(peer, &QLocalSocket::readyRead, peer, read);
-        if (peer->bytesAvailable() > 0) read();
+        QTimer::singleShot(kPatience, peer, &QObject::deleteLater);
     }
 }
 
@@ -164,17 +258,12 @@ bool SingleInstance::askToOpen(const std::string& activationToken) {
     // A token that would be a message of its own is no token.
     std::erase_if(message, [](char c) { return c == '\n' || c == '\r' || c == '\0'; });
     message += '\n';
+    const auto address = socketAddress(socketFile());
+    if (!address) return false;
     const auto deadline = std::chrono::steady_clock::now() + kPatience;
-    const QString name = QString::fromStdString(socketFile().string());
     // The first one may have the lock and not listen yet.
     for (; std::chrono::steady_clock::now() < deadline; std::this_thread::sleep_for(kRetry)) {
-        QLocalSocket socket;
-        socket.connectToServer(name);
-        if (!socket.waitForConnected(static_cast<int>(kRetry.count()))) continue;
-        socket.write(message.data(), static_cast<qint64>(message.size()));
-        if (socket.waitForReadyRead(static_cast<int>(kPatience.count()))) {
-            return socket.readLine().startsWith("done");
-        }
+        if (const auto answered = ask(*address, message)) return *answered;
     }
     return false;
 }

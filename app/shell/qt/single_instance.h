@@ -16,7 +16,7 @@
 #include <optional>
 #include <string>
 
-class QLocalServer;
+class QSocketNotifier;
 
 namespace kelvane {
 
@@ -65,7 +65,7 @@ private:
     std::string m_desktop;
     Role m_role = Role::Unknown;
     int m_lock = -1;
-    std::unique_ptr<QLocalServer> m_server;
+    std::unique_ptr<QSocketNotifier> m_listening; // of the socket that it listens on
 };
 
 } // namespace kelvane

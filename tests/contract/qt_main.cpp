@@ -1,4 +1,4 @@
-// The network adapter needs the toolkit's application object; nothing here needs its event loop.
+// The dispatcher needs the toolkit's application object; nothing here needs its event loop.
 
 #include <gtest/gtest.h>
 
