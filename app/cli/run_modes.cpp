@@ -44,7 +44,7 @@ Without a switch it runs in the menu bar.
                   of JSON, and exit
   --selftest      check the catalog and the rules of this build, and exit
   --check-catalog PATH
-                  say what is wrong with the application catalog at PATH, and exit
+                  say what is wrong with the catalog at PATH, and exit
   --help          print this and exit
   --version       print the version and exit
 )";
