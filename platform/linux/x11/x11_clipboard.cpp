@@ -97,6 +97,7 @@ private:
     /// turn out to have nothing to do with a copy.
     std::int64_t m_shift = 0;
     std::weak_ptr<Memory> m_memory; ///< What the latest `remember()` saw.
+    bool m_lost = false;            ///< And whether that could not be kept.
     std::optional<Copy> m_copy;
 };
 
@@ -127,7 +128,8 @@ void Clipboard::copyFrom(const CopyTarget& target) {
         memory->changeCount = before;
         m_shift = before - now.changes;
     }
-    const bool mayPost = target.takesKeys && m_hasXtest && !(memory && memory->lost);
+    const bool lost = memory ? memory->lost : m_lost;
+    const bool mayPost = target.takesKeys && m_hasXtest && !lost;
     const auto keys = mayPost ? strokes() : std::nullopt;
     m_monitor->beginCopy(target, keys.has_value(),
                          memory ? std::optional(memory->content) : std::nullopt);
@@ -240,6 +242,7 @@ PasteboardMemory Clipboard::remember() {
     const auto memory = std::make_shared<Memory>(readAll(now));
     memory->changeCount = now.changes + m_shift;
     m_memory = memory;
+    m_lost = memory->lost;
     return {.string = memory->content ? textAmong(*memory->content) : std::nullopt,
             .changeCount = memory->changeCount,
             .formats = std::shared_ptr<const void>(memory, memory->content.get())};
