@@ -19,12 +19,21 @@ std::vector<RunningApp> OwnWorkspace::runningApplications() {
     return apps;
 }
 
+std::vector<RunningApp> OwnWorkspace::instancesOf(std::string_view bundleId) {
+    if (bundleId == m_bundleId || bundleId == m_classId) return Workspace::instancesOf(bundleId);
+    return m_workspace.instancesOf(bundleId);
+}
+
 bool OwnWorkspace::activate(ProcessId pid) {
     return m_workspace.activate(pid);
 }
 
+std::optional<std::string> OwnWorkspace::silentDisplay() {
+    return m_workspace.silentDisplay();
+}
+
 bool OwnWorkspace::activateItself() {
-    const auto own = kelvane::runningApplications(*this, m_bundleId);
+    const auto own = instancesOf(m_bundleId);
     return !own.empty() && activate(own.front().pid);
 }
 

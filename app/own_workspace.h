@@ -23,7 +23,9 @@ public:
 
     std::optional<RunningApp> frontmost() override;
     std::vector<RunningApp> runningApplications() override;
+    std::vector<RunningApp> instancesOf(std::string_view bundleId) override;
     bool activate(ProcessId pid) override;
+    std::optional<std::string> silentDisplay() override;
 
     /// Brings this program itself to the front. False when it has no window.
     bool activateItself();

@@ -15,9 +15,8 @@ using nlohmann::json;
 
 // What a hostile file can make of its bytes is decided before anything is built from them: an app
 // takes 360 bytes however short its entry is, and the tree that the parser builds about 100 for
-// each value, so these bounds hold decoding to some 300 MB. The shipped catalog, a thousand apps,
-// is 0.3 MB with 20,000 values.
-constexpr std::size_t kMostBytes = std::size_t{64} << 20U;
+// each value, so this bound and the one on bytes hold decoding to some 300 MB. The shipped catalog,
+// a thousand apps, has 20,000 values.
 constexpr std::size_t kMostValues = 500'000;
 
 /// Where a value stands: a chain that leads out to the root. Spelled out only for a message.
@@ -120,8 +119,8 @@ void take(json& value, const Place& place, CatalogApp& to) {
 }
 
 json parsed(std::string_view bytes) {
-    if (bytes.size() > kMostBytes) {
-        throw CatalogError("larger than " + std::to_string(kMostBytes) + " bytes");
+    if (bytes.size() > kMostCatalogBytes) {
+        throw CatalogError("larger than " + std::to_string(kMostCatalogBytes) + " bytes");
     }
     const text::JsonShape shape = text::jsonShape(bytes);
     if (shape.hasNul) throw CatalogError("a NUL byte is not JSON"); // the parser would end there

@@ -13,6 +13,7 @@
 
 #pragma once
 
+#include <cstddef>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -55,6 +56,9 @@ struct CatalogFile {
 
     bool operator==(const CatalogFile&) const = default;
 };
+
+/// Larger files are not decoded. The shipped one has 0.3 MB.
+inline constexpr std::size_t kMostCatalogBytes = std::size_t{64} << 20U;
 
 /// Why a file could not be decoded, with the place in it. It never leaves the catalog folder.
 class CatalogError : public std::runtime_error {

@@ -47,7 +47,7 @@ std::optional<AppCatalog> decodedFile(FileSystem& files, const std::filesystem::
     std::optional<std::string> bytes;
     try {
         bytes = files.read(path);
-    } catch (const std::bad_alloc&) { // of any size, as somebody named it
+    } catch (const std::bad_alloc&) {
         return std::nullopt;
     }
     return bytes ? decoded(*bytes) : std::nullopt;
@@ -55,10 +55,20 @@ std::optional<AppCatalog> decodedFile(FileSystem& files, const std::filesystem::
 
 } // namespace
 
+std::optional<std::string> readCatalogFile(FileSystem& files, const std::string& path) {
+    if (path.empty()) return std::nullopt;
+    try {
+        return files.readAny(absolutePath(path), kMostCatalogBytes);
+    } catch (const std::bad_alloc&) { // of any size, as somebody named it
+        return std::nullopt;
+    }
+}
+
 AppCatalog loadCatalog(const CatalogSources& sources,
                        const std::optional<std::string>& explicitPath) {
-    if (explicitPath && !explicitPath->empty()) {
-        if (auto catalog = decodedFile(sources.files, absolutePath(*explicitPath))) return *catalog;
+    if (explicitPath) {
+        const auto bytes = readCatalogFile(sources.files, *explicitPath);
+        if (auto catalog = bytes ? decoded(*bytes) : std::nullopt) return *catalog;
     }
     if (auto catalog = decodedFile(sources.files, downloadedCopy(sources.braskHome))) {
         return *catalog;

@@ -33,11 +33,17 @@ struct CatalogSources {
     std::ostream& standardError;
 };
 
-/// The first catalog that decodes, of: the file at `explicitPath` (when given), the downloaded copy
-/// "app-catalog.json" in the data folder, the copy shipped in the bundle. When none does: the
-/// warning on standard error and the empty catalog.
+/// The first catalog that decodes, of: the file or pipe at `explicitPath` (when given), the
+/// downloaded copy "app-catalog.json" in the data folder, the copy shipped in the bundle. When none
+/// does: the warning on standard error and the empty catalog.
 [[nodiscard]] AppCatalog loadCatalog(const CatalogSources& sources,
                                      const std::optional<std::string>& explicitPath);
+
+/// The bytes of a catalog that somebody named on the command line: of a file of any kind, a pipe
+/// included. A relative path counts from the folder the program was started in. Nothing when it
+/// cannot be read, or is too large to be a catalog.
+[[nodiscard]] std::optional<std::string> readCatalogFile(FileSystem& files,
+                                                         const std::string& path);
 
 struct CatalogRefresh {
     FileSystem& files;

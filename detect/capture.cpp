@@ -160,7 +160,7 @@ CaptureResult capture(const Ports& ports, const DetectedApp& app) {
     const std::string& name = displayName(app);
 
     std::vector<RunningApp> instances;
-    if (!app.rawBundleId.empty()) instances = runningApplications(ports.workspace, app.rawBundleId);
+    if (!app.rawBundleId.empty()) instances = ports.workspace.instancesOf(app.rawBundleId);
     if (instances.empty()) {
         return failure(modality, name + " isn't running anymore — open it and press Grade.");
     }
@@ -184,11 +184,9 @@ bool waitFrontmost(Workspace& workspace, Clock& clock, ProcessId pid) {
 
 double area(const WindowInfo& info) {
     if (!info.bounds || !info.bounds->width || !info.bounds->height) return 0;
-    const double width = *info.bounds->width;
-    const double height = *info.bounds->height;
+    const double product = *info.bounds->width * *info.bounds->height;
     // A size that is none must not win over a real one, nor block it by being incomparable.
-    if (!std::isfinite(width) || !std::isfinite(height) || width < 0 || height < 0) return 0;
-    return width * height;
+    return std::isfinite(product) ? product : 0;
 }
 
 std::optional<std::string> frontWindowPNG(WindowList& windows, WindowPicture& picture,

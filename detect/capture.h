@@ -4,9 +4,10 @@
 // application's largest window. Whatever happens comes back as a `CaptureResult`; nothing throws.
 //
 // A capture blocks its thread for up to about a second (it waits for the application to come to the
-// front and for the copied text to arrive) and uses the one clipboard and keyboard of the machine:
-// run it in the background, and never two at once. It keeps no state. Its lasting effects are that
-// the application may have come to the front; the clipboard is put back.
+// front and for the copied text to arrive), and for a few more when the programs it asks are slow
+// to answer: each port says how long. It uses the one clipboard and keyboard of the machine: run it
+// in the background, and never two at once. It keeps no state. Its lasting effects are that the
+// application may have come to the front; the clipboard is put back.
 
 #pragma once
 
@@ -61,7 +62,7 @@ inline constexpr std::size_t kMaxCharacters = 180'000;
 /// the end.
 [[nodiscard]] bool waitFrontmost(Workspace& workspace, Clock& clock, ProcessId pid);
 
-/// Width times height in pixels; 0 when either is missing.
+/// Width times height in pixels; 0 when either is missing or the product is no number.
 [[nodiscard]] double area(const WindowInfo& info);
 
 /// PNG bytes of the largest normal window that `pid` has on screen, the frontmost among equally

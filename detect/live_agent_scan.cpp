@@ -1,9 +1,11 @@
 #include "detect/live_agent_scan.h"
 
+#include "detect/agent_aliases.h"
 #include "platform/ports/process_runner.h"
 #include "platform/ports/workspace.h"
 #include "text/unicode.h"
 
+#include <optional>
 #include <utility>
 
 namespace kelvane::LiveAgentScan {
@@ -56,12 +58,35 @@ std::set<std::string> runningBundleIds(Workspace& workspace) {
     return bundleIds;
 }
 
+Observations inTheTablesWords(Observations seen) {
+    Observations more;
+    const auto add = [](std::set<std::string>& to, std::optional<std::string> name) {
+        if (name) to.insert(*std::move(name));
+    };
+    for (const auto& id : seen.bundleIds) add(more.bundleIds, AgentAliases::bundleIdFor(id));
+    for (const auto& process : seen.processes) {
+        add(more.bundleIds, AgentAliases::bundleIdForProcess(process));
+        add(more.processes, AgentAliases::processFor(process));
+    }
+    seen.bundleIds.merge(more.bundleIds);
+    seen.processes.merge(more.processes);
+    return seen;
+}
+
+std::vector<DetectedAgent> finish(std::unique_ptr<RunningProcess> listing,
+                                  std::set<std::string> bundleIds,
+                                  const std::set<std::string>& configPresent,
+                                  const std::set<std::string>& wired) {
+    const auto seen =
+        inTheTablesWords({std::move(bundleIds), runningProcessNames(std::move(listing))});
+    return AgentScan::detect(seen.bundleIds, seen.processes, configPresent, wired);
+}
+
 std::vector<DetectedAgent> scan(const Ports& ports, const std::set<std::string>& configPresent,
                                 const std::set<std::string>& wired) {
     auto listing = startProcessListing(ports.processes); // goes on beside the next question
-    const auto bundleIds = runningBundleIds(ports.workspace);
-    return AgentScan::detect(bundleIds, runningProcessNames(std::move(listing)), configPresent,
-                             wired);
+    auto bundleIds = runningBundleIds(ports.workspace);
+    return finish(std::move(listing), std::move(bundleIds), configPresent, wired);
 }
 
 } // namespace kelvane::LiveAgentScan

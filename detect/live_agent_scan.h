@@ -32,6 +32,21 @@ struct Ports {
                                               const std::set<std::string>& configPresent,
                                               const std::set<std::string>& wired);
 
+/// What runs, in the words of the table of known agents as well as its own.
+struct Observations {
+    std::set<std::string> bundleIds;
+    std::set<std::string> processes;
+};
+
+/// Adds the table's names for what goes by others here. Pure.
+[[nodiscard]] Observations inTheTablesWords(Observations seen);
+
+/// The rest of a scan whose process listing was started and whose applications were asked for.
+[[nodiscard]] std::vector<DetectedAgent> finish(std::unique_ptr<RunningProcess> listing,
+                                                std::set<std::string> bundleIds,
+                                                const std::set<std::string>& configPresent,
+                                                const std::set<std::string>& wired);
+
 /// The bundle identifiers of the applications that run.
 [[nodiscard]] std::set<std::string> runningBundleIds(Workspace& workspace);
 

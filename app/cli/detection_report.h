@@ -16,7 +16,8 @@ namespace kelvane {
 /// agent that cannot be wired has "wired":null.
 ///
 /// Texts are written between double quotes exactly as they are, without escapes: the line is for
-/// scripts that know the values and look for them byte by byte.
+/// scripts that know the values and look for them byte by byte. Control characters are left out, so
+/// that it is one line.
 [[nodiscard]] std::string detectionReport(const DetectedApp& front, std::size_t catalogApps,
                                           const std::vector<DetectedAgent>& agents);
 

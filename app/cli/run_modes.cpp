@@ -2,7 +2,9 @@
 
 #include "app/cli/detection_report.h"
 #include "app/cli/standard_streams.h"
+#include "app/own_workspace.h"
 #include "app/process_settings.h"
+#include "catalog/catalog_check.h"
 #include "catalog/catalog_loader.h"
 #include "detect/app_detector.h"
 #include "detect/harness_config.h"
@@ -23,9 +25,12 @@ namespace kelvane {
 
 namespace {
 
+constexpr std::string_view kCheckCatalog = "--check-catalog";
+
 constexpr std::string_view kHelp =
     R"(Usage: kelvane [--catalog PATH] [--render PATH | --demo]
        kelvane --detect | --selftest [--catalog PATH]
+       kelvane --check-catalog PATH
        kelvane --help | --version
 
 Grades your work, in whatever application is in front, before it ships.
@@ -38,6 +43,8 @@ Without a switch it runs in the menu bar.
   --detect        print what is in front and which agents are here, as one line
                   of JSON, and exit
   --selftest      check the catalog and the rules of this build, and exit
+  --check-catalog PATH
+                  say what is wrong with the catalog at PATH, and exit
   --help          print this and exit
   --version       print the version and exit
 )";
@@ -67,14 +74,34 @@ Answer detect() {
     // Most of the time goes into listing processes: let that go on beside the rest.
     auto listing = LiveAgentScan::startProcessListing(*ports.processes);
     const AppCatalog catalog = catalogOf(ports);
-    const auto workspace = makeWorkspace(ports);
-    const DetectedApp front = AppDetector::frontmost(*workspace, catalog);
+    const auto desktop = makeWorkspace(ports);
+    OwnWorkspace workspace(*desktop, kBundleID);
+    const DetectedApp front = AppDetector::frontmost(workspace, catalog);
     const auto folder = home(*ports.files);
-    const auto bundleIds = LiveAgentScan::runningBundleIds(*workspace);
-    const auto agents = AgentScan::detect(
-        bundleIds, LiveAgentScan::runningProcessNames(std::move(listing)),
-        HarnessConfig::present(*ports.files, folder), HarnessConfig::wired(*ports.files, folder));
+    auto bundleIds = LiveAgentScan::runningBundleIds(workspace);
+    if (const auto silent = workspace.silentDisplay()) {
+        std::cerr << "kelvane: the display " << *silent << " does not answer\n";
+    }
+    const auto agents = LiveAgentScan::finish(std::move(listing), std::move(bundleIds),
+                                              HarnessConfig::present(*ports.files, folder),
+                                              HarnessConfig::wired(*ports.files, folder));
     return {detectionReport(front, catalog.apps().size(), agents) + '\n'};
+}
+
+Answer checkCatalog() {
+    const auto path = argValue(kCheckCatalog);
+    if (!path || path->empty()) {
+        std::cerr << "kelvane: " << kCheckCatalog << " needs the path of a catalog\n";
+        return {{}, 1};
+    }
+    const CliPorts ports = makeCliPorts();
+    const CatalogCheck check = checkCatalogFile(*ports.files, *path);
+    std::string output;
+    for (const auto& complaint : check.complaints) output += *path + ": " + complaint + '\n';
+    if (check.complaints.empty()) {
+        output = *path + ": nothing wrong (" + std::to_string(check.apps) + " apps)\n";
+    }
+    return {std::move(output), check.complaints.empty() ? 0 : 1};
 }
 
 Answer version() {
@@ -88,24 +115,34 @@ Answer help() {
 struct Mode {
     std::string_view name;
     Answer (*run)();
+    bool anywhere; ///< Counts even where it stands as the value of another switch.
 };
 
 /// Of several the first one wins.
 constexpr Mode kModes[] = {
-    {"--selftest", selfTest},
-    {"--detect", detect},
-    {"--help", help},
-    {"--version", version},
+    {"--selftest", selfTest, true},       {"--detect", detect, true},
+    {kCheckCatalog, checkCatalog, false}, {"--help", help, false},
+    {"--version", version, false},
 };
+
+/// The switches that take the argument after them, whatever it looks like.
+constexpr std::string_view kTakeAValue[] = {"--catalog", "--render", kCheckCatalog};
+
+bool isAskedFor(const Mode& mode) {
+    for (auto argument = args().begin(); argument != args().end(); ++argument) {
+        if (*argument == mode.name) return true;
+        const bool takesNext = std::ranges::find(kTakeAValue, *argument) != std::end(kTakeAValue);
+        if (takesNext && !mode.anywhere && ++argument == args().end()) break;
+    }
+    return false;
+}
 
 } // namespace
 
 std::optional<int> runCommandLineMode(int argc, const char* const* argv) {
     recordArgs(argc, argv);
     openStandardStreams();
-    const auto asked = std::ranges::find_if(kModes, [](const Mode& mode) {
-        return std::ranges::find(args(), mode.name) != args().end();
-    });
+    const auto asked = std::ranges::find_if(kModes, isAskedFor);
     if (asked == std::end(kModes)) return std::nullopt;
     const Answer answer = asked->run();
     return writeStandardOutput(answer.output) ? answer.status : std::max(answer.status, 1);

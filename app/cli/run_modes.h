@@ -10,8 +10,9 @@
 namespace kelvane {
 
 /// Records the arguments and runs the command-line mode that they ask for, wherever its switch
-/// stands among them: the first that is there of `--selftest`, `--detect`, `--help` and
-/// `--version`. Its exit status, or nothing when none is there: then the application is to be
+/// stands among them: the first that is there of `--selftest`, `--detect`, `--check-catalog`,
+/// `--help` and `--version`. The last three do not count where they stand as the value of another
+/// switch. The mode's exit status, or nothing when none is there: then the application is to be
 /// started.
 ///
 /// The answer has been written when this returns. A reader that has gone, and a standard output

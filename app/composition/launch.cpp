@@ -9,8 +9,10 @@
 #include <QString>
 
 #include <algorithm>
+#include <atomic>
 #include <filesystem>
 #include <iostream>
+#include <string_view>
 #include <system_error>
 #include <unistd.h>
 
@@ -24,6 +26,20 @@ void reportQtMessage(QtMsgType type, const QMessageLogContext&, const QString& m
     // A display that went away is nothing to speak of, and the end: Qt would go on to call exit,
     // which takes static objects away under the threads that still run.
     if (message.startsWith(QLatin1String("The X11 connection broke"))) ::_exit(1);
+    // Without a display Qt says first that it could not connect, then that a new installation may
+    // help, which it does not.
+    static std::atomic<bool> noDisplay = false;
+    if (message.startsWith(QLatin1String("could not connect to display"))) noDisplay = true;
+    if (noDisplay && message.startsWith(QLatin1String("Could not load the Qt platform plugin"))) {
+        return;
+    }
+    if (type == QtFatalMsg && noDisplay) {
+        constexpr std::string_view kWhatHelps =
+            "kelvane: start it in a desktop session: the panel needs a display\n";
+        [[maybe_unused]] const auto told =
+            ::write(STDERR_FILENO, kWhatHelps.data(), kWhatHelps.size());
+        ::_exit(1);
+    }
     // Nor is a session without a runtime folder.
     const bool idle = message.startsWith(QLatin1String("QStandardPaths: XDG_RUNTIME_DIR"));
     if (type == QtDebugMsg || type == QtInfoMsg || idle) return;

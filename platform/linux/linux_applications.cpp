@@ -15,17 +15,20 @@ LinuxApplications openLinuxApplications(Environment& environment, Clock& clock) 
         std::make_shared<DesktopFiles>(dataFolders(variables), messagesLocale(variables), clock);
     const auto session = linuxSession(environment);
     if (session.kind == LinuxSession::Kind::None) return opened;
-    if (auto connection = X11Connection::open(session.display)) {
+    auto connection = X11Connection::tryOpen(session.display);
+    if (connection.silent) opened.silentDisplay = session.display;
+    if (connection.link) {
         opened.display = session.display;
         opened.applications = std::make_shared<X11Applications>(
-            std::move(connection), [files = opened.files] { return files->index(); });
+            std::move(connection.link), [files = opened.files] { return files->index(); });
     }
     return opened;
 }
 
 std::unique_ptr<Workspace> makeLinuxWorkspace(Environment& environment, Clock& clock) {
     auto opened = openLinuxApplications(environment, clock);
-    return makeX11Workspace(std::move(opened.applications), std::move(opened.display));
+    auto display = opened.applications ? opened.display : opened.silentDisplay;
+    return makeX11Workspace(std::move(opened.applications), std::move(display));
 }
 
 } // namespace kelvane

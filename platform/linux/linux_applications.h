@@ -13,7 +13,8 @@
 namespace kelvane {
 
 struct LinuxApplications {
-    std::string display; ///< Of the X server; empty when there is none to ask.
+    std::string display;       ///< Of the X server; empty when there is none to ask.
+    std::string silentDisplay; ///< Of one that let nobody in within the time it had; else empty.
     std::shared_ptr<X11Applications> applications; ///< Null likewise.
     std::shared_ptr<DesktopFiles> files;           ///< Never null; reads nothing until asked.
 };

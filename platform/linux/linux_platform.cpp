@@ -29,11 +29,11 @@ CopyTargetOf copyTargetOf(std::shared_ptr<X11Applications> applications) {
 } // namespace
 
 LinuxDesktop makeLinuxDesktop(Environment& environment, Clock& clock) {
-    const auto [display, applications, files] = openLinuxApplications(environment, clock);
+    const auto [display, silent, applications, files] = openLinuxApplications(environment, clock);
     const auto clipboard = applications ? openX11Clipboard(display) : nullptr;
     const auto session = linuxSession(environment);
     const auto pressesOf = session.kind == LinuxSession::Kind::X11 ? session.display : "";
-    return {makeX11Workspace(applications, display),
+    return {makeX11Workspace(applications, applications ? display : silent),
             makeX11Keyboard(clipboard, copyTargetOf(applications)),
             makeX11Pasteboard(clipboard),
             makeX11WindowList(applications),

@@ -27,7 +27,7 @@ double launchTime(const ApplicationFacts& facts) {
 std::optional<RunningApp> runningApp(ApplicationFacts facts) {
     if (!systemProcessId(facts.processId)) return std::nullopt;
     return RunningApp{.bundleId = unlessEmpty(std::move(facts.bundleId)),
-                      .name = unlessEmpty(std::move(facts.name)),
+                      .name = std::move(facts.name),
                       .pid = facts.processId};
 }
 

@@ -24,7 +24,7 @@ struct ApplicationFacts {
 };
 
 /// The application that the facts describe; absent when no process stands behind it. An empty
-/// bundle identifier or name is one that the system did not tell.
+/// bundle identifier is one that the system did not tell; an empty name is a name.
 [[nodiscard]] std::optional<RunningApp> runningApp(ApplicationFacts facts);
 
 /// Every described application once, the oldest first. Whatever has no time of its launch (or one

@@ -39,6 +39,19 @@ public:
         }
     }
 
+    std::vector<RunningApp> instancesOf(std::string_view bundleId) override {
+        @autoreleasepool {
+            NSString* wanted = nsString(bundleId);
+            if (wanted == nil) return {};
+            std::vector<RunningApp> instances;
+            for (NSRunningApplication* one in
+                 [NSRunningApplication runningApplicationsWithBundleIdentifier:wanted]) {
+                if (auto app = runningApp(factsOf(one))) instances.push_back(*std::move(app));
+            }
+            return instances;
+        }
+    }
+
     bool activate(ProcessId pid) override {
         @autoreleasepool {
             const auto process = systemProcessId(pid);

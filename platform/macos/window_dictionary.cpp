@@ -38,7 +38,7 @@ std::optional<double> lengthAt(const WindowNumbers& numbers, const char* key) {
     } else {
         return std::nullopt;
     }
-    if (!std::isfinite(length) || length < 0) return std::nullopt;
+    if (!std::isfinite(length)) return std::nullopt;
     return length;
 }
 

@@ -40,8 +40,8 @@ inline constexpr const char* kBoundsHeightKey = "Height";
 
 /// The window that the dictionary describes. A key that is missing, or whose value is of another
 /// kind than it should be, leaves its field absent: an integer may come as a floating-point number
-/// only when it is whole and in range; a length is any finite number that is not negative, in the
-/// system's points. The bounds are there as soon as they are a dictionary, whatever that holds.
+/// only when it is whole and in range; a length is any finite number, in the system's points. The
+/// bounds are there as soon as they are a dictionary, whatever that holds.
 [[nodiscard]] WindowInfo windowInfo(const WindowDictionary& dictionary);
 
 } // namespace kelvane

@@ -4,6 +4,7 @@
 
 #pragma once
 
+#include <cstddef>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -18,6 +19,12 @@ public:
 
     /// All bytes of a file, or nothing when it cannot be read (missing, a folder, no permission).
     [[nodiscard]] virtual std::optional<std::string> read(const std::filesystem::path& path) = 0;
+
+    /// All bytes of a file of any kind, a pipe included, or nothing when it cannot be read or holds
+    /// more than `most`. Waits for whoever writes into a pipe, but not when nothing has come for
+    /// ten seconds: then it cannot be read. The plain answer knows files alone.
+    [[nodiscard]] virtual std::optional<std::string> readAny(const std::filesystem::path& path,
+                                                             std::size_t most);
 
     /// Whether anything stands at the path: a file or a folder both count, a dangling link does
     /// not.

@@ -1,7 +1,8 @@
 // The user's clipboard: what is on it, whether it has changed, and how it is put back.
 //
-// Calls come from one thread at a time (captures never overlap). None of them waits longer than
-// about 300 ms for another program: an owner that does not answer in time has nothing to give.
+// Calls come from one thread at a time (captures never overlap). An owner that shows no sign of
+// life for about 300 ms has nothing to give; one that keeps sending a long content is given up
+// after 3 s, and after 0.6 s where it is only remembered.
 
 #pragma once
 
@@ -28,10 +29,13 @@ class Pasteboard {
 public:
     virtual ~Pasteboard() = default;
 
-    /// The text on the pasteboard as UTF-8, or nothing when it holds no text.
+    /// The text on the pasteboard as UTF-8, or nothing when it holds no text. A text that its owner
+    /// marks as a password counts as none. After a copy of ours it is the asked application's text:
+    /// an adapter that can tell gives nothing of what somebody else copied meanwhile.
     [[nodiscard]] virtual std::optional<std::string> string() = 0;
 
-    /// A number that differs from an earlier answer when something was copied in between.
+    /// A number that differs from an earlier answer when something was copied in between. After a
+    /// copy of ours an adapter that can tell whose change it was counts only the application's.
     [[nodiscard]] virtual std::int64_t changeCount() = 0;
 
     virtual void clearContents() = 0;

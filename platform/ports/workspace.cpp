@@ -1,13 +1,12 @@
 #include "platform/ports/workspace.h"
 
-#include <algorithm>
-#include <iterator>
+#include <utility>
 
 namespace kelvane {
 
-std::vector<RunningApp> runningApplications(Workspace& workspace, std::string_view bundleId) {
+std::vector<RunningApp> Workspace::instancesOf(std::string_view bundleId) {
     std::vector<RunningApp> found;
-    for (RunningApp& app : workspace.runningApplications()) {
+    for (RunningApp& app : runningApplications()) {
         if (app.bundleId == bundleId) found.push_back(std::move(app));
     }
     return found;

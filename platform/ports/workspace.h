@@ -8,6 +8,7 @@
 #include "platform/ports/running_app.h"
 
 #include <optional>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -22,18 +23,23 @@ public:
 
     /// Every application that the system counts as running, each instance once. macOS keeps such a
     /// list, and those without a Dock icon or a window are in it; on Linux an application is what
-    /// has a window, so a program that merely runs in the background is not. The order is stable
-    /// while the set is: oldest first where the system tells.
+    /// has a window, so a program that merely runs in the background is not. The oldest
+    /// application comes first where the system tells; of several instances of one application the
+    /// one in front does, where the system tells that.
     [[nodiscard]] virtual std::vector<RunningApp> runningApplications() = 0;
+
+    /// The running instances whose bundle identifier is exactly `bundleId`, in the order in which
+    /// the system itself names them where it does. The plain answer takes them out of
+    /// `runningApplications()`.
+    [[nodiscard]] virtual std::vector<RunningApp> instancesOf(std::string_view bundleId);
 
     /// Asks the system to bring this instance forward and returns without waiting for it. False
     /// when there is nothing to ask: the instance is gone or there is no display.
     virtual bool activate(ProcessId pid) = 0;
-};
 
-/// The running instances whose bundle identifier is exactly `bundleId`, in the order of
-/// `runningApplications()`. Empty when none is running.
-[[nodiscard]] std::vector<RunningApp> runningApplications(Workspace& workspace,
-                                                          std::string_view bundleId);
+    /// The name of a display that is there but does not answer, which is why every answer is the
+    /// absent one. Absent when it answers, and when there is none.
+    [[nodiscard]] virtual std::optional<std::string> silentDisplay() { return std::nullopt; }
+};
 
 } // namespace kelvane

@@ -6,10 +6,12 @@
 #include <atomic>
 #include <cerrno>
 #include <climits>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
 #include <new>
+#include <poll.h>
 #include <pwd.h>
 #include <stdexcept>
 #include <string>
@@ -26,6 +28,7 @@ namespace fs = std::filesystem;
 
 constexpr std::size_t kReadAtOnce = 65536;
 constexpr off_t kMaxFileSize = off_t{1} << 30;
+constexpr int kStreamSilence = 10'000; ///< Milliseconds.
 constexpr int kMaxLinks = 40;
 constexpr mode_t kPermissions = S_IRWXU | S_IRWXG | S_IRWXO;
 
@@ -70,6 +73,30 @@ std::optional<std::string> readRegularFile(const fs::path& path) {
         if (got < 0) return std::nullopt;
         if (got == 0) break;
         used += static_cast<std::size_t>(got);
+    }
+    bytes.resize(used);
+    return bytes;
+}
+
+/// Everything that comes out of a file, a pipe or a device.
+std::optional<std::string> readStream(int stream, bool isPipe, std::size_t most) {
+    std::string bytes;
+    std::size_t used = 0;
+    while (true) {
+        bytes.resize(std::min(used + std::max(used / 2, kReadAtOnce), most + 1));
+        const ssize_t got = ::read(stream, bytes.data() + used, bytes.size() - used);
+        if (got > 0) {
+            used += static_cast<std::size_t>(got);
+            if (used > most) return std::nullopt;
+            continue;
+        }
+        // A pipe that nobody has opened for writing yet is at its end, too: that is waited for.
+        if (got == 0 && (used > 0 || !isPipe)) break;
+        if (got < 0 && errno != EINTR && errno != EAGAIN) return std::nullopt;
+        pollfd writer{.fd = stream, .events = POLLIN, .revents = 0};
+        const int ready = ::poll(&writer, 1, kStreamSilence);
+        if (ready == 0) return std::nullopt;
+        if (ready > 0 && got == 0 && (writer.revents & POLLIN) == 0) break; // written to and left
     }
     bytes.resize(used);
     return bytes;
@@ -272,6 +299,22 @@ public:
         } catch (const std::length_error&) {
         }
         return std::nullopt;
+    }
+
+    std::optional<std::string> readAny(const fs::path& path, std::size_t most) override {
+        if (!isUsable(path)) return std::nullopt;
+        const UniqueFd file(openRetrying(path, O_RDONLY | O_NONBLOCK));
+        struct stat info {};
+        if (!file || fstat(file.get(), &info) != 0 || S_ISDIR(info.st_mode)) return std::nullopt;
+        if (S_ISREG(info.st_mode) && info.st_size > 0 &&
+            static_cast<std::uintmax_t>(info.st_size) > most) {
+            return std::nullopt;
+        }
+        try {
+            return readStream(file.get(), S_ISFIFO(info.st_mode), most);
+        } catch (const std::bad_alloc&) { // more than this machine's memory holds
+            return std::nullopt;
+        }
     }
 
     bool exists(const fs::path& path) override {

@@ -40,7 +40,7 @@ TEST_F(OwnWorkspaceTest, OthersPassThrough) {
 }
 
 TEST_F(OwnWorkspaceTest, ItselfIsFoundAmongTheRunning) {
-    EXPECT_EQ(runningApplications(workspace, "example.menubar").size(), 1U);
+    EXPECT_EQ(workspace.instancesOf("example.menubar").size(), 1U);
     EXPECT_EQ(workspace.runningApplications().size(), 4U);
 }
 

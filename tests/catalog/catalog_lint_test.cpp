@@ -1,6 +1,6 @@
 // Holds the rules themselves: each bad example must be found, by its own complaint.
 
-#include "tests/catalog/catalog_lint.h"
+#include "catalog/catalog_lint.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -182,8 +182,8 @@ TEST_P(DesktopContract, theFrontmostIsOneOfTheRunning) {
     ASSERT_TRUE(app);
     EXPECT_THAT(workspace().runningApplications(), testing::Contains(*app));
     ASSERT_TRUE(app->bundleId);
-    EXPECT_THAT(runningApplications(workspace(), *app->bundleId), ElementsAre(*app));
-    EXPECT_THAT(runningApplications(workspace(), "nobody"), IsEmpty());
+    EXPECT_THAT(workspace().instancesOf(*app->bundleId), ElementsAre(*app));
+    EXPECT_THAT(workspace().instancesOf("nobody"), IsEmpty());
 }
 
 TEST_P(DesktopContract, anApplicationCanBeBroughtForward) {

@@ -14,6 +14,7 @@ import os
 import pathlib
 import resource
 import shutil
+import signal
 import subprocess
 import sys
 import tempfile
@@ -186,6 +187,42 @@ class Detect(ModesTest):
     def test_broken_catalog_falls_back_to_the_shipped_one(self):
         self.assertEqual(self.report("--catalog", self.catalog("{")), self.report())
 
+    def test_the_catalog_may_be_a_pipe(self):
+        pipe = self.folder / "pipe"
+        os.mkfifo(pipe)
+        with subprocess.Popen(["cp", self.catalog(good_catalog(50)), str(pipe)]) as writer:
+            line = self.report("--catalog", str(pipe))
+            self.assertEqual(writer.wait(timeout=30), 0)
+        self.assertEqual(json.loads(line)["catalog_apps"], 50)
+
+    def test_help_and_version_as_values_of_other_switches_are_values(self):
+        for value in ("--help", "--version", "--check-catalog"):
+            picture = self.folder / value
+            result = self.run_product("--render", str(picture), "--catalog", value)
+            self.assertEqual((result.returncode, picture.exists()), (0, True), result)
+            result = self.run_product("--check-catalog", value)
+            self.assertIn(b"cannot be read", result.stdout)
+
+    def test_a_display_that_stands_still_is_named_and_not_waited_for(self):
+        read, write = os.pipe()
+        with subprocess.Popen(["Xvfb", "-displayfd", str(write), "-nolisten", "tcp", "-noreset"],
+                              pass_fds=[write], stdout=subprocess.DEVNULL,
+                              stderr=subprocess.DEVNULL) as server:
+            os.close(write)
+            try:
+                with os.fdopen(read) as answer:
+                    display = ":" + answer.readline().strip()
+                server.send_signal(signal.SIGSTOP)
+                os.waitid(os.P_PID, server.pid, os.WSTOPPED | os.WNOWAIT)
+                result = self.run_product("--detect", environment=self.environment(
+                    DISPLAY=display, XDG_SESSION_TYPE="x11"))
+            finally:
+                server.kill()
+        self.assertRegex(result.stdout.decode(), self.SHAPE)
+        self.assertTrue(result.stdout.startswith(b'{"frontmost_bundle":"",'))
+        self.assertEqual(result.stderr.decode(), f"kelvane: the display {display} does not answer\n")
+        self.assertEqual(result.returncode, 0)
+
     def test_a_display_that_is_not_there(self):
         line = self.report(environment=self.environment(DISPLAY=":6543", XDG_SESSION_TYPE="x11"))
         self.assertTrue(line.startswith('{"frontmost_bundle":"",'))
@@ -270,10 +307,71 @@ class Output(ModesTest):
             self.assertEqual(child.wait(timeout=30), 0)
 
 
+class CheckCatalog(ModesTest):
+    SHIPPED = pathlib.Path(__file__).resolve().parent.parent.parent / "resources/app-catalog.json"
+
+    def check(self, path):
+        result = self.run_product("--check-catalog", str(path))
+        self.assertEqual(result.stderr, b"")
+        return result.returncode, result.stdout.decode().splitlines()
+
+    def test_the_shipped_catalog_is_right(self):
+        status, lines = self.check(self.SHIPPED)
+        self.assertEqual(status, 0)
+        self.assertEqual(len(lines), 1)
+        self.assertRegex(lines[0], r": nothing wrong \(\d+ apps\)$")
+
+    def test_what_does_not_decode_says_why_and_no_other_catalog_is_looked_at(self):
+        path = self.catalog({"apps": [app(1, tier=7)]})
+        self.assertEqual(self.check(path), (1, [
+            f"{path}: does not decode: apps[0].tier: expected string, found number"]))
+
+    def test_what_decodes_is_held_to_the_rules(self):
+        path = self.catalog(good_catalog(50))
+        status, lines = self.check(path)
+        self.assertEqual(status, 1)
+        self.assertGreater(len(lines), 10)
+
+    def test_a_pipe_is_read(self):
+        pipe = self.folder / "pipe"
+        os.mkfifo(pipe)
+        with subprocess.Popen(["cp", str(self.SHIPPED), str(pipe)]) as writer:
+            self.assertEqual(self.check(pipe)[0], 0)
+            self.assertEqual(writer.wait(timeout=30), 0)
+
+    def test_what_cannot_be_read_is_wrong(self):
+        for path in (self.folder / "none", self.folder, "/dev/zero"):
+            status, lines = self.check(path)
+            self.assertEqual((status, len(lines)), (1, 1), path)
+            self.assertIn("cannot be read", lines[0])
+
+    def test_without_a_path_it_says_so(self):
+        result = self.run_product("--check-catalog")
+        self.assertEqual((result.returncode, result.stdout), (1, b""))
+        self.assertEqual(result.stderr, b"kelvane: --check-catalog needs the path of a catalog\n")
+
+    def test_a_valid_catalog_larger_than_memory_does_not_end_the_program(self):
+        path = self.catalog('{"apps":[' + ",".join(['{"id":"","name":""}'] * 1_100_000) + "]}")
+        status, lines = self.check(path)
+        self.assertEqual((status, len(lines)), (1, 1))
+        self.assertIn("does not decode: more than", lines[0])
+
+        def little_memory():
+            resource.setrlimit(resource.RLIMIT_AS, (150 << 20, 150 << 20))
+        path = self.catalog('{"apps":[' + ",".join(['{"id":"","name":""}'] * 160_000) + "]}")
+        result = self.run_product("--check-catalog", path, preexec_fn=little_memory)
+        self.assertEqual(result.returncode, 1)
+        self.assertIn(b"does not decode: not enough memory", result.stdout)
+        result = self.run_product("--detect", "--catalog", path, preexec_fn=little_memory)
+        self.assertEqual(result.returncode, 0)
+        self.assertGreater(json.loads(result.stdout)["catalog_apps"], 100)
+
+
 class HelpAndVersion(ModesTest):
     def test_help_names_every_switch(self):
         result = self.run_product("--help")
-        for switch in ("--catalog", "--render", "--demo", "--detect", "--selftest", "--version"):
+        for switch in ("--catalog", "--render", "--demo", "--detect", "--selftest",
+                       "--check-catalog", "--version"):
             self.assertIn(switch.encode(), result.stdout)
         self.assertTrue(all(len(line) <= 80 for line in result.stdout.split(b"\n")))
         self.assertEqual((result.returncode, result.stderr), (0, b""))
@@ -329,6 +427,21 @@ class OnADesktop(ModesTest):
         self.assertEqual(report["app_name"], "Mousepad")
         self.assertEqual(report["modality"], "text")
         self.assertIs(report["supported"], True)
+
+    def test_the_program_itself_is_no_window_class(self):
+        self.front()
+        with subprocess.Popen([EXECUTABLE, "--demo"], env=self.desktop, stdout=subprocess.PIPE,
+                              stderr=subprocess.DEVNULL) as demo:
+            try:
+                self.assertTrue(demo.stdout.readline().startswith(b"WINDOW_ID="))
+                deadline = time.monotonic() + 20
+                bundle = ""
+                while time.monotonic() < deadline and "mousepad" in bundle or not bundle:
+                    bundle = json.loads(self.front())["frontmost_bundle"]
+            finally:
+                demo.kill()
+        self.assertFalse(bundle.startswith("wmclass:"), bundle)
+        self.assertNotIn("mousepad", bundle)
 
     def test_quotes_and_backslashes_in_the_catalog_go_through_raw(self):
         path = self.catalog({"apps": [app(1, id='i"d', name='The "Best" \\ Editor',

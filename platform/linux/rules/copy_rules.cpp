@@ -20,26 +20,28 @@ Provenance provenanceOf(const SelectionParty& owner, const SelectionParty& asked
     return process != 0 || asked.process ? Provenance::Other : Provenance::Unknown;
 }
 
+namespace {
+
+/// Whether what CLIPBOARD holds now came from the asked application.
+bool isItsCopy(Provenance change, bool oneClient) {
+    return change == Provenance::Target || (change == Provenance::Unknown && oneClient);
+}
+
+} // namespace
+
 CopyOutcome copyOutcome(const CopyFacts& facts) {
-    if (facts.keyPosted && facts.clipboardChanged) return CopyOutcome::Clipboard;
+    if (facts.keyPosted && facts.clipboardChanged && isItsCopy(facts.changedBy, facts.oneClient)) {
+        return CopyOutcome::Clipboard;
+    }
     if (facts.primaryOwner != Provenance::Target) return CopyOutcome::Nothing;
-    if (!facts.keyPosted) return CopyOutcome::Primary;
+    if (facts.keyPosted && facts.hasAnswered) return CopyOutcome::Nothing;
     const bool fresh = facts.primaryAge && *facts.primaryAge <= kFreshSelection;
     return fresh ? CopyOutcome::Primary : CopyOutcome::Nothing;
 }
 
 bool mayPutBack(const ClipboardFacts& facts) {
     if (facts.ownedByUs) return true;
-    if (!facts.keyPosted || !facts.changed) return false;
-    switch (facts.lastChange) {
-    case Provenance::Target:
-        return true;
-    case Provenance::Other:
-        return false;
-    case Provenance::Unknown:
-        return facts.oneClient;
-    }
-    return false;
+    return facts.keyPosted && facts.changed && isItsCopy(facts.lastChange, facts.oneClient);
 }
 
 bool isLateCopy(const LateChangeFacts& facts) {

@@ -36,8 +36,8 @@ enum class Provenance {
 [[nodiscard]] Provenance provenanceOf(const SelectionParty& owner, const SelectionParty& asked,
                                       std::int32_t process, std::uint32_t resourceMask);
 
-/// PRIMARY may stand in for a copy that did not come only while it is this fresh: some applications
-/// keep it long after nothing is selected any more.
+/// PRIMARY may stand in for a copy that did not come only while it is this fresh: many
+/// applications, terminals among them, keep it long after nothing is selected any more.
 inline constexpr std::chrono::seconds kFreshSelection{60};
 
 /// A late CLIPBOARD is still the answer to our key when it carries a time within this of the key's.
@@ -54,6 +54,9 @@ struct CopyFacts {
     Provenance primaryOwner = Provenance::Unknown;
     /// Since PRIMARY was selected; absent when that moment is not known.
     std::optional<std::chrono::milliseconds> primaryAge;
+    Provenance changedBy = Provenance::Unknown; ///< The last change of CLIPBOARD since the key.
+    bool oneClient = true;    ///< Every change since the key came from one client of the server.
+    bool hasAnswered = false; ///< The application has answered a copy key of ours before.
 };
 
 enum class CopyOutcome {
@@ -62,8 +65,11 @@ enum class CopyOutcome {
     Primary,   ///< The text is PRIMARY; CLIPBOARD is as it was.
 };
 
-/// What came of a copy. Where no key was posted CLIPBOARD cannot be the answer and PRIMARY may have
-/// any age: a terminal gives it up when nothing is selected any more.
+/// What came of a copy. A change of CLIPBOARD is the answer when the asked application made it, or
+/// one client of whom the server does not know whose it is; what somebody else copied meanwhile is
+/// not the selection. Where no key was posted CLIPBOARD cannot be the answer. PRIMARY stands in for
+/// an application that gets no key, or has never answered one: when one that does says nothing,
+/// nothing is selected.
 [[nodiscard]] CopyOutcome copyOutcome(const CopyFacts& facts);
 
 struct ClipboardFacts {

@@ -125,6 +125,38 @@ const DesktopEntry* byDesktopFile(const DesktopEntryIndex& index, std::string_vi
     return file.empty() ? nullptr : index.byId(file);
 }
 
+std::string_view baseName(std::string_view path) {
+    return path.substr(path.rfind('/') + 1); // npos + 1 is 0: the whole path.
+}
+
+/// The program that a desktop file's Exec line starts, without quotes. Wrappers count as
+/// themselves.
+std::string_view programOf(std::string_view exec) {
+    exec.remove_prefix(std::min(exec.find_first_not_of(' '), exec.size()));
+    if (exec.starts_with('"')) {
+        exec.remove_prefix(1);
+        return exec.substr(0, exec.find('"'));
+    }
+    return exec.substr(0, exec.find(' '));
+}
+
+/// Programs that are started to run another one: what stands behind their windows is anybody.
+bool runsOthers(std::string_view program) {
+    static constexpr std::array<std::string_view, 19> kRunners{
+        "bash", "dash", "env",    "electron", "flatpak", "gjs",  "java",   "mono",
+        "node", "perl", "python", "ruby",     "sh",      "snap", "wine64", "wine64-preloader",
+        "wine", "wish", "zsh"};
+    const auto bare = program.substr(0, program.find_last_not_of("0123456789.") + 1);
+    return text::isOneOf(program, kRunners) || text::isOneOf(bare, kRunners);
+}
+
+bool isIdentifier(std::string_view id) {
+    return std::ranges::none_of(id, [](char c) {
+        const auto byte = static_cast<unsigned char>(c);
+        return byte < 0x20 || byte == 0x7F || c == '"' || c == '\\';
+    });
+}
+
 bool isHostAndPath(std::string_view name) {
     const auto host = name.substr(0, name.find("__"));
     const auto dot = host.find('.');
@@ -177,10 +209,25 @@ public:
         for (const auto name : {m_instance, m_class}) {
             if (const auto* const entry = byLastComponent(m_index, name)) return of(*entry);
         }
+        if (const auto* const entry = byExecutable()) return of(*entry);
         return byClassAlone();
     }
 
 private:
+    /// The one entry that starts the program behind the window: programs that come without an
+    /// installer (an archive, an AppImage) get a desktop file that says no more than that.
+    const DesktopEntry* byExecutable() const {
+        const auto program = baseName(m_facts.executable);
+        if (program.empty() || runsOthers(program)) return nullptr;
+        const DesktopEntry* only = nullptr;
+        for (const auto& entry : m_index.entries()) {
+            if (entry.noDisplay || baseName(programOf(entry.exec)) != program) continue;
+            if (only != nullptr) return nullptr;
+            only = &entry;
+        }
+        return only;
+    }
+
     std::optional<WindowIdentity> byClasses(const Accept& accept) const {
         if (const auto* const entry = byClaim(m_index, m_instance, m_class, accept)) {
             return of(*entry);
@@ -280,7 +327,9 @@ private:
 } // namespace
 
 std::optional<WindowIdentity> identify(const WindowFacts& facts, const DesktopEntryIndex& index) {
-    return Resolver(facts, index).resolve();
+    auto identity = Resolver(facts, index).resolve();
+    if (identity && !isIdentifier(identity->id)) return std::nullopt;
+    return identity;
 }
 
 std::optional<IdentifiedWindow> identify(std::span<const WindowFacts> chain,
@@ -319,6 +368,19 @@ std::string flatpakIdFrom(std::string_view flatpakInfo) {
         flatpakInfo.remove_prefix(std::min(end + 1, flatpakInfo.size()));
         if (line.starts_with('[')) inside = line == "[Application]";
         if (inside && line.starts_with("name=")) return text::utf8FromOutside(line.substr(5));
+    }
+    return {};
+}
+
+std::string appImageFrom(std::string_view environment) {
+    constexpr std::string_view kName = "APPIMAGE=";
+    while (!environment.empty()) {
+        const auto end = std::min(environment.find('\0'), environment.size());
+        const auto variable = environment.substr(0, end);
+        environment.remove_prefix(std::min(end + 1, environment.size()));
+        if (variable.starts_with(kName)) {
+            return text::utf8FromOutside(variable.substr(kName.size()));
+        }
     }
     return {};
 }

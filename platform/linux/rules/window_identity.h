@@ -25,6 +25,7 @@ struct WindowFacts {
     std::string gtkApplicationId; ///< _GTK_APPLICATION_ID
     std::string flatpakId;        ///< From the sandbox its process runs in.
     std::string snapInstance;     ///< Likewise.
+    std::string executable;       ///< The file its process runs, or the AppImage that it came in.
     std::int32_t process = 0;     ///< On this machine; 0 when not known.
 
     bool operator==(const WindowFacts&) const = default;
@@ -48,7 +49,9 @@ struct WindowIdentity {
     bool operator==(const WindowIdentity&) const = default;
 };
 
-/// Who this window says it is. Absent when it says nothing at all.
+/// Who this window says it is. Absent when it says nothing at all, and when what it says would make
+/// an identifier with control characters, quotes or backslashes: nobody is called that, and reports
+/// hold identifiers as they are.
 [[nodiscard]] std::optional<WindowIdentity> identify(const WindowFacts& facts,
                                                      const DesktopEntryIndex& index);
 
@@ -71,6 +74,9 @@ struct IdentifiedWindow {
 
 /// The `name` in the [Application] group of a Flatpak's own description of itself.
 [[nodiscard]] std::string flatpakIdFrom(std::string_view flatpakInfo);
+
+/// The AppImage that a process was started from, by its environment; empty when it was not.
+[[nodiscard]] std::string appImageFrom(std::string_view environment);
 
 /// The snap that a process belongs to, from its control groups ("…/snap.gimp.gimp-….scope").
 [[nodiscard]] std::string snapInstanceFrom(std::string_view cgroups);

@@ -9,6 +9,12 @@ namespace kelvane {
 
 using std::chrono::steady_clock;
 
+namespace {
+
+constexpr std::chrono::milliseconds kReplySlice{5};
+
+} // namespace
+
 bool waitForInput(xcb_connection_t* xcb, steady_clock::time_point end) {
     while (xcb_connection_has_error(xcb) == 0) {
         const auto left =
@@ -28,18 +34,22 @@ XcbOwned<xcb_generic_event_t> eventBefore(xcb_connection_t* xcb, steady_clock::t
     return nullptr;
 }
 
-XcbOwned<void> replyBefore(xcb_connection_t* xcb, unsigned sequence, steady_clock::time_point end) {
+BoundedReply replyBefore(xcb_connection_t* xcb, unsigned sequence, steady_clock::time_point end) {
     xcb_flush(xcb);
-    do {
+    for (;;) {
         void* reply = nullptr;
         xcb_generic_error_t* error = nullptr;
         if (xcb_poll_for_reply(xcb, sequence, &reply, &error) != 0) {
             std::free(error);
-            return XcbOwned<void>(reply);
+            return {XcbOwned<void>(reply), false};
         }
-    } while (waitForInput(xcb, end));
+        const auto now = steady_clock::now();
+        if (now >= end || xcb_connection_has_error(xcb) != 0) break;
+        // In short waits: another thread may take our reply off the line together with its own.
+        (void)waitForInput(xcb, std::min(end, now + kReplySlice));
+    }
     xcb_discard_reply(xcb, sequence);
-    return nullptr;
+    return {nullptr, xcb_connection_has_error(xcb) == 0};
 }
 
 } // namespace kelvane

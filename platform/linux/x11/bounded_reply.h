@@ -1,7 +1,8 @@
 // Bounded waits for the replies and events of an X server.
 //
 // A server answers in well under a millisecond, unless another client has grabbed it, it is stopped
-// or the line to it is. Use these on a link whose events and replies nobody else waits for.
+// or the line to it is. Events are one queue for each link: wait for them on a link of your own.
+// Replies may be waited for by several threads at once.
 
 #pragma once
 
@@ -21,16 +22,22 @@ inline constexpr std::chrono::milliseconds kServerSilence{300};
 [[nodiscard]] XcbOwned<xcb_generic_event_t> eventBefore(xcb_connection_t* xcb,
                                                         std::chrono::steady_clock::time_point end);
 
-/// The reply to the request with that sequence number; null for an error, at `end` or when the link
-/// broke. The caller knows the type.
-[[nodiscard]] XcbOwned<void> replyBefore(xcb_connection_t* xcb, unsigned sequence,
-                                         std::chrono::steady_clock::time_point end);
+struct BoundedReply {
+    XcbOwned<void> reply; ///< Null for an error, at the end, or when the link broke.
+    bool missed = false;  ///< Null because it did not come in time.
+};
+
+/// The reply to the request with that sequence number, if it comes before `end`; one that has come
+/// already counts even then. The caller knows the type.
+[[nodiscard]] BoundedReply replyBefore(xcb_connection_t* xcb, unsigned sequence,
+                                       std::chrono::steady_clock::time_point end);
 
 template <class Reply, class Cookie>
 [[nodiscard]] XcbOwned<Reply> replyWithin(xcb_connection_t* xcb, Cookie cookie,
                                           std::chrono::milliseconds patience = kServerSilence) {
     const auto end = std::chrono::steady_clock::now() + patience;
-    return XcbOwned<Reply>(static_cast<Reply*>(replyBefore(xcb, cookie.sequence, end).release()));
+    return XcbOwned<Reply>(
+        static_cast<Reply*>(replyBefore(xcb, cookie.sequence, end).reply.release()));
 }
 
 } // namespace kelvane

@@ -60,8 +60,7 @@ bool isDerivedPicture(std::string_view target) {
 
 int rank(std::string_view target) {
     static constexpr std::array<std::string_view, 6> kFirst{
-        kUtf8String,     kUtf8Plain, kLatin1String, "x-kde-passwordManagerHint",
-        "text/uri-list", "image/png"};
+        kUtf8String, kUtf8Plain, kLatin1String, kPasswordHint, "text/uri-list", "image/png"};
     const auto found = std::ranges::find(kFirst, target);
     if (found != kFirst.end()) return static_cast<int>(found - kFirst.begin());
     if (target.starts_with("text/")) return 10;

@@ -24,6 +24,7 @@ inline constexpr std::string_view kUtf8String = "UTF8_STRING";
 inline constexpr std::string_view kPlain = "text/plain";
 inline constexpr std::string_view kUtf8Plain = "text/plain;charset=utf-8";
 inline constexpr std::string_view kLatin1String = "STRING";
+inline constexpr std::string_view kPasswordHint = "x-kde-passwordManagerHint";
 
 /// The targets to ask an owner for in order to keep its content, the most precious first, each
 /// once. Left out are those that are questions about the owner rather than content, those that make

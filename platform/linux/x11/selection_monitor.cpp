@@ -1,15 +1,16 @@
 #include "platform/linux/x11/selection_monitor.h"
 
 #include "platform/linux/x11/bounded_reply.h"
+#include "platform/linux/x11/x11_processes.h"
 
 #include <poll.h>
 #include <signal.h>
 #include <sys/eventfd.h>
 #include <sys/socket.h>
 #include <unistd.h>
-#include <xcb/res.h>
 #include <xcb/xfixes.h>
 
+#include <algorithm>
 #include <array>
 #include <string_view>
 
@@ -38,20 +39,12 @@ constexpr std::array<std::string_view, 18> kAtoms{"CLIPBOARD",    "CLIPBOARD_MAN
 
 /// The event number of XFIXES events; absent when the server has none.
 std::optional<std::uint8_t> startFixes(X11Connection& link) {
-    const auto* const extension = xcb_get_extension_data(link.xcb(), &xcb_xfixes_id);
-    if (extension == nullptr || extension->present == 0) return std::nullopt;
+    const auto* const extension = link.extension(xcb_xfixes_id);
+    if (extension == nullptr) return std::nullopt;
     const auto version = replyWithin<xcb_xfixes_query_version_reply_t>(
         link.xcb(), xcb_xfixes_query_version(link.xcb(), 1, 0));
     if (!version || version->major_version < 1) return std::nullopt;
     return static_cast<std::uint8_t>(extension->first_event + XCB_XFIXES_SELECTION_NOTIFY);
-}
-
-bool startProcessQuestions(X11Connection& link) {
-    const auto* const extension = xcb_get_extension_data(link.xcb(), &xcb_res_id);
-    if (extension == nullptr || extension->present == 0) return false;
-    const auto version = replyWithin<xcb_res_query_version_reply_t>(
-        link.xcb(), xcb_res_query_version(link.xcb(), 1, 2));
-    return version && (version->server_major > 1 || version->server_minor >= 2);
 }
 
 } // namespace
@@ -74,7 +67,7 @@ std::unique_ptr<SelectionMonitor> SelectionMonitor::open(const std::string& disp
                 XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_WINDOW_DESTROY |
                 XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_CLIENT_CLOSE);
     }
-    const bool tellsProcesses = startProcessQuestions(*link);
+    const bool tellsProcesses = serverTellsProcesses(*link);
     if (!link->alive()) return nullptr;
     return std::unique_ptr<SelectionMonitor>(
         new SelectionMonitor(std::move(link), window, *fixes, tellsProcesses));
@@ -167,6 +160,7 @@ void SelectionMonitor::beginCopy(const CopyTarget& target, bool keyPosted,
         copy.keyPosted = keyPosted;
         copy.remembered = remembered;
         copy.keyTime = serverTime().value_or(0);
+        copy.watchedUntil = steady_clock::now() + kLateCopyWatch;
         m_copy = std::move(copy);
         return true;
     });
@@ -219,8 +213,11 @@ void SelectionMonitor::run() {
             continue;
         }
         pollfd waits[] = {{xcb_get_file_descriptor(m_link->xcb()), POLLIN, 0}, {m_wake, POLLIN, 0}};
-        const auto longest = std::chrono::milliseconds(kStallCheck).count();
-        ::poll(waits, 2, transfers ? static_cast<int>(longest) : -1);
+        auto longest = untilMemoryIsDropped();
+        if (transfers)
+            longest =
+                std::min<std::chrono::milliseconds>(longest.value_or(kStallCheck), kStallCheck);
+        ::poll(waits, 2, longest ? static_cast<int>(longest->count()) : -1);
         eventfd_t ignored = 0;
         ::eventfd_read(m_wake, &ignored);
     }
@@ -306,11 +303,17 @@ void SelectionMonitor::clipboardChanged(xcb_window_t owner, ServerTime selected,
     ++m_changes;
     if (!m_copy || !m_copy->keyPosted) return;
     Copy& copy = *m_copy;
-    const std::uint32_t client = owner & ~xcb_get_setup(m_link->xcb())->resource_id_mask;
+    const auto client = clientOf(owner);
+    const auto before = copy.changed ? copy.lastChange : Provenance::Unknown;
     if (copy.changed && client != copy.client) copy.oneClient = false;
     if (!copy.changed) copy.client = client;
     copy.changed = true;
     copy.lastChange = provenance(owner);
+    // A clipboard manager may take over at once what the application has just copied.
+    if (copy.lastChange == Provenance::Other && before == Provenance::Target && isKeeper(owner)) {
+        copy.lastChange = Provenance::Target;
+    }
+    if (copy.lastChange == Provenance::Target) m_haveAnswered.insert(programOf(copy));
     const LateChangeFacts facts{
         .keyPosted = copy.keyPosted,
         .decided = copy.decided,
@@ -342,6 +345,9 @@ std::optional<SelectionMonitor::CopyResult> SelectionMonitor::lookAtCopy() {
     CopyResult result{m_changes, {}};
     result.facts.keyPosted = m_copy->keyPosted;
     result.facts.clipboardChanged = m_copy->changed;
+    result.facts.changedBy = m_copy->lastChange;
+    result.facts.oneClient = m_copy->oneClient;
+    result.facts.hasAnswered = m_haveAnswered.contains(programOf(*m_copy));
     result.facts.primaryOwner = provenance(m_primary.owner);
     const auto now = serverTime();
     if (now && m_primary.since) {
@@ -353,17 +359,38 @@ std::optional<SelectionMonitor::CopyResult> SelectionMonitor::lookAtCopy() {
 SelectionParty SelectionMonitor::partyOf(xcb_window_t window) {
     SelectionParty party{window, std::nullopt};
     if (window == XCB_WINDOW_NONE || !m_tellsProcesses) return party;
-    const xcb_res_client_id_spec_t question{window, XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID};
-    const auto reply = replyWithin<xcb_res_query_client_ids_reply_t>(
-        m_link->xcb(), xcb_res_query_client_ids(m_link->xcb(), 1, &question));
-    if (!reply) return party;
-    for (auto id = xcb_res_query_client_ids_ids_iterator(reply.get()); id.rem > 0;
-         xcb_res_client_id_value_next(&id)) {
-        if ((id.data->spec.mask & XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID) == 0) continue;
-        if (xcb_res_client_id_value_value_length(id.data) < 1) continue;
-        party.process = static_cast<pid_t>(*xcb_res_client_id_value_value(id.data));
+    if (const auto process = takeProcess(*m_link, askProcess(*m_link, window)); process != 0) {
+        party.process = process;
     }
     return party;
+}
+
+std::uint32_t SelectionMonitor::clientOf(xcb_window_t window) const {
+    return window & ~xcb_get_setup(m_link->xcb())->resource_id_mask;
+}
+
+SelectionMonitor::Program SelectionMonitor::programOf(const Copy& copy) const {
+    return {copy.asked.process.value_or(copy.target.process), clientOf(copy.asked.window)};
+}
+
+bool SelectionMonitor::isKeeper(xcb_window_t window) {
+    const auto keeper = m_link->reply<xcb_get_selection_owner_reply_t>(
+        xcb_get_selection_owner_unchecked(m_link->xcb(), m_link->atom("CLIPBOARD_MANAGER")));
+    if (!keeper || keeper->owner == XCB_WINDOW_NONE) return false;
+    if (clientOf(keeper->owner) == clientOf(window)) return true;
+    const auto process = partyOf(keeper->owner).process;
+    return process && process == partyOf(window).process;
+}
+
+/// What was remembered for the case that a copy comes too late is let go once none is waited for:
+/// it may be a password, or large. The time until then; absent when there is nothing to let go.
+std::optional<std::chrono::milliseconds> SelectionMonitor::untilMemoryIsDropped() {
+    if (!m_copy || !m_copy->remembered) return std::nullopt;
+    const auto left =
+        std::chrono::ceil<std::chrono::milliseconds>(m_copy->watchedUntil - steady_clock::now());
+    if (left > std::chrono::milliseconds::zero()) return left;
+    m_copy->remembered.reset();
+    return std::nullopt;
 }
 
 Provenance SelectionMonitor::provenance(xcb_window_t owner) {

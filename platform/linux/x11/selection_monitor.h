@@ -19,6 +19,7 @@
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <set>
 #include <string>
 #include <thread>
 #include <type_traits>
@@ -79,7 +80,12 @@ private:
         bool oneClient = true;
         std::uint32_t client = 0; ///< The first that changed it.
         Provenance lastChange = Provenance::Unknown;
+        /// Nothing of this copy is expected, and so nothing has to be put back, after this.
+        std::chrono::steady_clock::time_point watchedUntil;
     };
+    /// A program of this display, as far as it can be told from others: its process, where the
+    /// server knows it, and its client of the server.
+    using Program = std::pair<std::int32_t, std::uint32_t>;
     struct Selected {
         xcb_window_t owner = XCB_WINDOW_NONE;
         std::optional<ServerTime> since;
@@ -102,6 +108,10 @@ private:
     [[nodiscard]] std::optional<ServerTime> serverTime();
     [[nodiscard]] SelectionParty partyOf(xcb_window_t window);
     [[nodiscard]] Provenance provenance(xcb_window_t owner);
+    [[nodiscard]] std::uint32_t clientOf(xcb_window_t window) const;
+    [[nodiscard]] Program programOf(const Copy& copy) const;
+    [[nodiscard]] bool isKeeper(xcb_window_t window);
+    [[nodiscard]] std::optional<std::chrono::milliseconds> untilMemoryIsDropped();
     [[nodiscard]] std::optional<CopyResult> lookAtCopy();
     void give(const Content& content);
 
@@ -118,6 +128,7 @@ private:
     std::int64_t m_changes = 1;
     Selected m_primary;
     std::optional<Copy> m_copy;
+    std::set<Program> m_haveAnswered; ///< A copy key of ours.
 
     std::mutex m_mutex;
     std::deque<std::function<void()>> m_jobs; ///< Guarded by m_mutex.

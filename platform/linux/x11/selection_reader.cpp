@@ -130,7 +130,7 @@ XcbOwned<xcb_get_property_reply_t> SelectionReader::takeProperty(xcb_window_t wi
         xcb_get_property(m_link->xcb(), 1, window, m_property, XCB_GET_PROPERTY_TYPE_ANY, 0,
                          static_cast<std::uint32_t>(bytes / 4 + 1));
     return XcbOwned<xcb_get_property_reply_t>(static_cast<xcb_get_property_reply_t*>(
-        replyBefore(m_link->xcb(), cookie.sequence, end).release()));
+        replyBefore(m_link->xcb(), cookie.sequence, end).reply.release()));
 }
 
 std::optional<xcb_window_t> SelectionReader::owner(xcb_atom_t selection) {
@@ -148,7 +148,7 @@ std::vector<std::string> SelectionReader::names(const std::vector<xcb_atom_t>& a
     const auto end = steady_clock::now() + kServerSilence;
     for (const auto cookie : cookies) {
         const XcbOwned<xcb_get_atom_name_reply_t> reply(static_cast<xcb_get_atom_name_reply_t*>(
-            replyBefore(m_link->xcb(), cookie.sequence, end).release()));
+            replyBefore(m_link->xcb(), cookie.sequence, end).reply.release()));
         names.emplace_back();
         if (!reply) continue;
         names.back().assign(xcb_get_atom_name_name(reply.get()),

@@ -9,6 +9,10 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <filesystem>
+#include <functional>
+#include <span>
+#include <system_error>
 #include <tuple>
 #include <utility>
 
@@ -17,12 +21,18 @@ namespace kelvane {
 namespace {
 
 constexpr std::size_t kLongestChain = 8;
-constexpr std::uint32_t kLongestList = 1 << 20; ///< Bytes: some 260,000 windows.
-constexpr std::array<std::string_view, 11> kAtoms{
+/// Below the root: a frame, a part of the frame, the window itself.
+constexpr std::size_t kDeepestFrame = 3;
+/// Where the keyboard may be inside a window, seen from outside.
+constexpr std::size_t kDeepestFocus = 16;
+constexpr std::size_t kLongestEnvironment = 1 << 16; ///< Bytes that are looked at.
+constexpr std::uint32_t kWithdrawn = 0;              ///< WM_STATE: not managed any more.
+constexpr std::uint32_t kLongestList = 1 << 20;      ///< Bytes: some 260,000 windows.
+constexpr std::array<std::string_view, 12> kAtoms{
     "_NET_ACTIVE_WINDOW",  "_NET_CLIENT_LIST",         "_NET_CLIENT_LIST_STACKING",
     "_NET_WM_PID",         "_NET_SUPPORTING_WM_CHECK", "_NET_WM_STATE",
     "_NET_WM_DESKTOP",     "_NET_CURRENT_DESKTOP",     "_NET_WM_WINDOW_TYPE",
-    "_GTK_APPLICATION_ID", "_KDE_NET_WM_DESKTOP_FILE",
+    "_GTK_APPLICATION_ID", "_KDE_NET_WM_DESKTOP_FILE", "WM_STATE",
 };
 
 std::string textOf(const std::optional<X11Property>& property) {
@@ -41,8 +51,8 @@ std::pair<std::string, std::string> classOf(const std::optional<X11Property>& pr
 }
 
 /// The beginning of a small file of the kernel's or a sandbox's; empty when it cannot be read.
-std::string beginningOf(const std::string& path) {
-    std::string bytes(4096, '\0');
+std::string beginningOf(const std::string& path, std::size_t most = 4096) {
+    std::string bytes(most, '\0');
     const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
     if (file < 0) return {};
     ssize_t got = 0;
@@ -78,23 +88,17 @@ X11Applications::X11Applications(std::shared_ptr<X11Connection> connection,
 
 std::optional<ApplicationWindow> X11Applications::active() {
     auto& x = *m_connection;
+    if (!x.answers()) return std::nullopt;
     x.dropEvents();
-    const auto activeCookie = x.askProperty(x.root(), x.atom("_NET_ACTIVE_WINDOW"));
-    const auto managerCookie = x.askProperty(x.root(), x.atom("_NET_SUPPORTING_WM_CHECK"));
-    const auto activeProperty = x.takeProperty(activeCookie);
-    const auto managerProperty = x.takeProperty(managerCookie);
-    const auto window = activeProperty ? activeProperty->firstWord().value_or(0) : 0;
-    const auto manager = managerProperty ? managerProperty->firstWord().value_or(0) : 0;
-    if (window == XCB_WINDOW_NONE || manager == XCB_WINDOW_NONE) return std::nullopt;
-
-    const auto proof = x.askProperty(manager, x.atom("_NET_SUPPORTING_WM_CHECK"));
+    const auto window = activeWindow();
+    if (window == XCB_WINDOW_NONE) return std::nullopt;
     Reads reads;
     read({window}, reads);
-    if (!isManager(manager, proof) || !reads[window]) return std::nullopt;
+    if (!reads[window]) return std::nullopt;
 
     const auto index = m_installed();
     auto found = decide(window, reads, {}, *index);
-    if (found && found->identity.source == WindowIdentity::Source::WmClass) {
+    if (!found || found->identity.source == WindowIdentity::Source::WmClass) {
         const auto neighbours = stacking().value_or(std::vector<xcb_window_t>{});
         read(neighbours, reads);
         found = decide(window, reads, neighbours, *index);
@@ -112,20 +116,71 @@ std::optional<ApplicationWindow> X11Applications::active() {
     return answer;
 }
 
+xcb_window_t X11Applications::activeWindow() {
+    auto& x = *m_connection;
+    const auto activeCookie = x.askProperty(x.root(), x.atom("_NET_ACTIVE_WINDOW"));
+    const auto managerCookie = x.askProperty(x.root(), x.atom("_NET_SUPPORTING_WM_CHECK"));
+    const auto active = x.takeProperty(activeCookie);
+    const auto managerProperty = x.takeProperty(managerCookie);
+    const auto manager = managerProperty ? managerProperty->firstWord().value_or(0) : 0;
+    const bool told =
+        active && manager != XCB_WINDOW_NONE &&
+        isManager(manager, x.askProperty(manager, x.atom("_NET_SUPPORTING_WM_CHECK")));
+    return told ? active->firstWord().value_or(0) : focusedWindow();
+}
+
 // A window manager that died leaves its last words on the root window, but not on its own.
 bool X11Applications::isManager(xcb_window_t window, xcb_get_property_cookie_t proof) {
     const auto proven = m_connection->takeProperty(proof);
     return window != XCB_WINDOW_NONE && proven && proven->firstWord() == window;
 }
 
+/// Whoever decides where windows go, whether it follows the newer conventions or only the old ones.
+/// The server itself knows that.
+bool X11Applications::somebodyManages() {
+    auto& x = *m_connection;
+    const auto root = x.reply<xcb_get_window_attributes_reply_t>(
+        xcb_get_window_attributes_unchecked(x.xcb(), x.root()));
+    return root && (root->all_event_masks & XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT) != 0;
+}
+
+/// The managed window around the one that has the keyboard.
+xcb_window_t X11Applications::focusedWindow() {
+    auto& x = *m_connection;
+    if (!somebodyManages()) return XCB_WINDOW_NONE;
+    const auto focus = x.reply<xcb_get_input_focus_reply_t>(xcb_get_input_focus_unchecked(x.xcb()));
+    auto window = focus ? focus->focus : static_cast<xcb_window_t>(XCB_WINDOW_NONE);
+    for (std::size_t level = 0; level < kDeepestFocus; ++level) {
+        if (window == x.root() || window == XCB_INPUT_FOCUS_POINTER_ROOT) break;
+        const auto stateCookie = x.askProperty(window, x.atom("WM_STATE"));
+        const auto treeCookie = xcb_query_tree_unchecked(x.xcb(), window);
+        const auto state = x.takeProperty(stateCookie);
+        const auto tree = x.reply<xcb_query_tree_reply_t>(treeCookie);
+        if (state) return window;
+        if (!tree) break;
+        window = tree->parent;
+    }
+    return XCB_WINDOW_NONE;
+}
+
 std::optional<std::vector<xcb_window_t>> X11Applications::clients() {
-    return list("_NET_CLIENT_LIST");
+    if (!m_connection->answers()) return std::nullopt;
+    if (auto windows = list("_NET_CLIENT_LIST")) return windows;
+    if (!somebodyManages()) return std::nullopt;
+    auto windows = windowsWithState();
+    std::ranges::sort(windows); // An order of its own, so that it is the same each time.
+    return windows;
 }
 
 std::optional<std::vector<xcb_window_t>> X11Applications::stacking() {
-    auto windows = list("_NET_CLIENT_LIST_STACKING");
-    if (windows) std::reverse(windows->begin(), windows->end());
-    return windows;
+    if (!m_connection->answers()) return std::nullopt;
+    if (auto windows = list("_NET_CLIENT_LIST_STACKING")) {
+        std::ranges::reverse(*windows);
+        return windows;
+    }
+    auto windows = clients();
+    if (!windows) return std::nullopt;
+    return topmostFirst(*std::move(windows));
 }
 
 std::optional<std::vector<xcb_window_t>> X11Applications::list(std::string_view name) {
@@ -143,9 +198,69 @@ std::optional<std::vector<xcb_window_t>> X11Applications::list(std::string_view 
     return property->words();
 }
 
+/// What a window manager has taken charge of, by the mark that it puts on every such window.
+std::vector<xcb_window_t> X11Applications::windowsWithState() {
+    auto& x = *m_connection;
+    std::vector<xcb_window_t> found;
+    std::vector<xcb_window_t> level{x.root()};
+    for (std::size_t depth = 0; depth < kDeepestFrame && !level.empty(); ++depth) {
+        std::vector<xcb_query_tree_cookie_t> trees;
+        for (const auto window : level) trees.push_back(xcb_query_tree_unchecked(x.xcb(), window));
+        std::vector<std::pair<xcb_window_t, xcb_get_property_cookie_t>> asked;
+        for (const auto cookie : trees) {
+            const auto tree = x.reply<xcb_query_tree_reply_t>(cookie);
+            if (!tree) continue;
+            const std::span children(
+                xcb_query_tree_children(tree.get()),
+                static_cast<std::size_t>(xcb_query_tree_children_length(tree.get())));
+            for (const auto child : children) {
+                asked.emplace_back(child, x.askProperty(child, x.atom("WM_STATE")));
+            }
+        }
+        level.clear();
+        for (const auto& [window, cookie] : asked) {
+            const auto state = x.takeProperty(cookie);
+            const bool managed = state && state->firstWord().value_or(0) != kWithdrawn;
+            (managed ? found : level).push_back(window);
+        }
+    }
+    return found;
+}
+
+/// As the server has stacked the frames in which they stand.
+std::vector<xcb_window_t> X11Applications::topmostFirst(std::vector<xcb_window_t> windows) {
+    auto& x = *m_connection;
+    std::map<xcb_window_t, xcb_window_t> frames;
+    for (const auto window : windows) frames[window] = window;
+    auto climbing = windows;
+    for (std::size_t level = 0; level < kDeepestFocus && !climbing.empty(); ++level) {
+        std::vector<xcb_query_tree_cookie_t> asked;
+        for (const auto window : climbing) {
+            asked.push_back(xcb_query_tree_unchecked(x.xcb(), frames[window]));
+        }
+        std::vector<xcb_window_t> higher;
+        for (std::size_t i = 0; i < climbing.size(); ++i) {
+            const auto tree = x.reply<xcb_query_tree_reply_t>(asked[i]);
+            if (!tree || tree->parent == x.root() || tree->parent == XCB_WINDOW_NONE) continue;
+            frames[climbing[i]] = tree->parent;
+            higher.push_back(climbing[i]);
+        }
+        climbing = std::move(higher);
+    }
+    const auto tree = x.reply<xcb_query_tree_reply_t>(xcb_query_tree_unchecked(x.xcb(), x.root()));
+    if (!tree) return windows;
+    std::map<xcb_window_t, int> height; // The server lists the lowest first.
+    const auto* const children = xcb_query_tree_children(tree.get());
+    for (int i = 0; i < xcb_query_tree_children_length(tree.get()); ++i) height[children[i]] = i;
+    std::ranges::stable_sort(windows, std::ranges::greater(),
+                             [&](xcb_window_t window) { return height[frames[window]]; });
+    return windows;
+}
+
 std::vector<ApplicationWindow>
 X11Applications::identifyAll(const std::vector<xcb_window_t>& windows,
                              const std::vector<xcb_window_t>& neighbours) {
+    if (!m_connection->answers()) return {};
     Reads reads;
     auto all = windows;
     all.insert(all.end(), neighbours.begin(), neighbours.end());
@@ -199,8 +314,7 @@ void X11Applications::read(std::vector<xcb_window_t> windows, Reads& reads) {
         }
         windows.clear();
         for (const auto& one : asked) {
-            const XcbOwned<xcb_get_geometry_reply_t> there(
-                xcb_get_geometry_reply(xcb, one.there, nullptr));
+            const auto there = x.reply<xcb_get_geometry_reply_t>(one.there);
             Read found;
             std::tie(found.facts.instance, found.facts.wmClass) =
                 classOf(x.takeProperty(one.wmClass));
@@ -228,6 +342,12 @@ void X11Applications::read(std::vector<xcb_window_t> windows, Reads& reads) {
 void X11Applications::addSandbox(WindowFacts& facts) const {
     if (facts.process == 0) return;
     const auto folder = "/proc/" + std::to_string(facts.process);
+    std::error_code ignored;
+    facts.executable = appImageFrom(beginningOf(folder + "/environ", kLongestEnvironment));
+    if (facts.executable.empty()) {
+        facts.executable =
+            text::utf8FromOutside(std::filesystem::read_symlink(folder + "/exe", ignored).string());
+    }
     facts.flatpakId = flatpakIdFrom(beginningOf(folder + "/root/.flatpak-info"));
     if (facts.flatpakId.empty())
         facts.snapInstance = snapInstanceFrom(beginningOf(folder + "/cgroup"));

@@ -38,13 +38,16 @@ public:
 
     [[nodiscard]] X11Connection& connection() { return *m_connection; }
 
-    /// The window that has the user's attention. Absent when none has, when the window manager does
-    /// not tell, and when there is no window manager to keep the answer true.
+    /// The window that has the user's attention. Absent when none has and when there is no window
+    /// manager to keep the answer true. Of a window manager that does not tell which one it is, it
+    /// is the one that has the keyboard.
     [[nodiscard]] std::optional<ApplicationWindow> active();
 
-    /// The managed windows, oldest first. Absent when there is no window manager or no link.
+    /// The managed windows, oldest first where the window manager lists them. Absent when there is
+    /// no window manager or no link.
     [[nodiscard]] std::optional<std::vector<xcb_window_t>> clients();
-    /// The managed windows, the one in front first. Absent likewise.
+    /// The managed windows, the one in front first: as the window manager says or, when it does
+    /// not, as the server has stacked them. Absent likewise.
     [[nodiscard]] std::optional<std::vector<xcb_window_t>> stacking();
 
     /// Whom these windows belong to, in the order given. `neighbours` may speak for those that no
@@ -63,6 +66,11 @@ private:
 
     [[nodiscard]] std::optional<std::vector<xcb_window_t>> list(std::string_view name);
     [[nodiscard]] bool isManager(xcb_window_t window, xcb_get_property_cookie_t proof);
+    [[nodiscard]] bool somebodyManages();
+    [[nodiscard]] xcb_window_t activeWindow();
+    [[nodiscard]] xcb_window_t focusedWindow();
+    [[nodiscard]] std::vector<xcb_window_t> windowsWithState();
+    [[nodiscard]] std::vector<xcb_window_t> topmostFirst(std::vector<xcb_window_t> windows);
     void read(std::vector<xcb_window_t> windows, Reads& reads);
     void addSandbox(WindowFacts& facts) const;
     [[nodiscard]] std::optional<IdentifiedWindow>

@@ -29,10 +29,11 @@ using Content = SelectionMonitor::Content;
 /// Some owners refuse while they are about to take the clipboard a second time.
 constexpr auto kBeforeSecondTry = 30ms;
 constexpr std::size_t kLargestTargetList = std::size_t{64} << 10U;
+constexpr std::size_t kLongestHint = 64; ///< Bytes: it is one word.
+constexpr std::string_view kSecret = "secret";
 
 bool startXtest(X11Connection& link) {
-    const auto* const extension = xcb_get_extension_data(link.xcb(), &xcb_test_id);
-    if (extension == nullptr || extension->present == 0) return false;
+    if (link.extension(xcb_test_id) == nullptr) return false;
     return replyWithin<xcb_test_get_version_reply_t>(
                link.xcb(), xcb_test_get_version(link.xcb(), 2, 2)) != nullptr;
 }
@@ -57,6 +58,8 @@ public:
     void putBack(const PasteboardMemory& memory) override;
 
 private:
+    /// It lives as long as the memory that was handed out for it, so that what was on the clipboard
+    /// is gone from here once a capture is over.
     struct Memory {
         Content content;
         bool lost = false; ///< There was something, and nothing of it could be kept.
@@ -65,16 +68,18 @@ private:
     /// A copy that was started and not yet put back.
     struct Copy {
         bool decided = false;
+        bool fromClipboard = false;
         std::int64_t countBefore = 0;
         std::optional<std::string> fromPrimary;
     };
 
     [[nodiscard]] SelectionMonitor::Status status();
+    [[nodiscard]] bool isSecret(xcb_atom_t selection);
     [[nodiscard]] std::int64_t decideCopy();
     [[nodiscard]] std::optional<std::vector<KeyStroke>> strokes();
     void post(const std::vector<KeyStroke>& strokes);
     [[nodiscard]] std::optional<std::string> textFrom(xcb_atom_t selection);
-    [[nodiscard]] Memory readAll();
+    [[nodiscard]] Memory readAll(const SelectionMonitor::Status& now);
     [[nodiscard]] std::vector<std::string> namesOf(const std::string& atoms);
     [[nodiscard]] std::string nameOf(xcb_atom_t atom);
 
@@ -87,19 +92,23 @@ private:
     const xcb_atom_t m_targets;
     std::map<xcb_atom_t, std::string> m_names;
 
-    SelectionMonitor::Status m_lastStatus;
+    std::int64_t m_lastChanges = 0; ///< As the monitor last told.
     /// Added to the monitor's count. It moves when PRIMARY stands in for a change, and when changes
     /// turn out to have nothing to do with a copy.
     std::int64_t m_shift = 0;
-    std::optional<Memory> m_memory; ///< What the latest `remember()` saw.
+    std::weak_ptr<Memory> m_memory; ///< What the latest `remember()` saw.
+    bool m_lost = false;            ///< And whether that could not be kept.
     std::optional<Copy> m_copy;
 };
 
 SelectionMonitor::Status Clipboard::status() {
     if (m_monitor) {
-        if (auto now = m_monitor->status()) m_lastStatus = std::move(*now);
+        if (auto now = m_monitor->status()) {
+            m_lastChanges = now->changes;
+            return *std::move(now);
+        }
     }
-    return m_lastStatus;
+    return {m_lastChanges, nullptr};
 }
 
 // ---- copying -----------------------------------------------------------------------------------
@@ -110,21 +119,23 @@ void Clipboard::copyFrom(const CopyTarget& target) {
     // Without word of changes a copy could neither be noticed nor undone.
     if (!m_monitor || !m_link->alive()) return;
     const auto now = status();
-    if (m_memory && now.changes + m_shift != m_memory->changeCount) {
+    const auto memory = m_memory.lock();
+    if (memory && now.changes + m_shift != memory->changeCount) {
         // The clipboard moved while the application came to the front: some take it anew then, or
         // the user copied something. That is what has to come back, and no answer to our key.
-        const auto before = m_memory->changeCount;
-        m_memory = readAll();
-        m_memory->changeCount = before;
+        const auto before = memory->changeCount;
+        *memory = readAll(now);
+        memory->changeCount = before;
         m_shift = before - now.changes;
     }
-    const bool mayPost = target.takesKeys && m_hasXtest && !(m_memory && m_memory->lost);
+    const bool lost = memory ? memory->lost : m_lost;
+    const bool mayPost = target.takesKeys && m_hasXtest && !lost;
     const auto keys = mayPost ? strokes() : std::nullopt;
     m_monitor->beginCopy(target, keys.has_value(),
-                         m_memory ? std::optional(m_memory->content) : std::nullopt);
+                         memory ? std::optional(memory->content) : std::nullopt);
     if (keys) post(*keys);
-    m_copy =
-        Copy{.decided = false, .countBefore = now.changes + m_shift, .fromPrimary = std::nullopt};
+    m_copy = Copy{};
+    m_copy->countBefore = now.changes + m_shift;
 }
 
 std::optional<std::vector<KeyStroke>> Clipboard::strokes() {
@@ -182,10 +193,11 @@ std::int64_t Clipboard::decideCopy() {
     // so the copy itself may have come meanwhile.
     const auto result = m_monitor->finalCopyResult();
     if (!result) return m_copy->countBefore;
-    m_lastStatus.changes = result->changes;
-    if (copyOutcome(result->facts) != CopyOutcome::Clipboard) {
-        // PRIMARY counts as one change. Without it there was none: where no key was posted, a
-        // change is someone else's and no answer.
+    m_lastChanges = result->changes;
+    m_copy->fromClipboard = copyOutcome(result->facts) == CopyOutcome::Clipboard;
+    if (!m_copy->fromClipboard) {
+        // PRIMARY counts as one change. Without it there was none: a change that the application
+        // did not make is someone else's and no answer.
         const bool taken = fromPrimary && !fromPrimary->empty();
         m_shift = m_copy->countBefore + (taken ? 1 : 0) - result->changes;
         if (taken) m_copy->fromPrimary = std::move(fromPrimary);
@@ -200,7 +212,13 @@ std::optional<std::string> Clipboard::string() {
     if (m_copy && m_copy->fromPrimary) return m_copy->fromPrimary;
     if (!m_link->alive()) return std::nullopt;
     if (const auto ours = status().ours) return textAmong(*ours);
-    return textFrom(m_clipboard);
+    auto text = textFrom(m_clipboard);
+    if (text && m_copy && m_copy->fromClipboard) {
+        // Somebody else may have copied between the look and the reading.
+        const auto seen = m_monitor->copyResult();
+        if (!seen || copyOutcome(seen->facts) != CopyOutcome::Clipboard) return std::nullopt;
+    }
+    return text;
 }
 
 void Clipboard::clearContents() {
@@ -221,11 +239,13 @@ PasteboardMemory Clipboard::remember() {
     const std::lock_guard lock(m_mutex);
     m_copy.reset();
     const auto now = status();
-    m_memory = readAll();
-    m_memory->changeCount = now.changes + m_shift;
-    return {.string = m_memory->content ? textAmong(*m_memory->content) : std::nullopt,
-            .changeCount = m_memory->changeCount,
-            .formats = m_memory->content};
+    const auto memory = std::make_shared<Memory>(readAll(now));
+    memory->changeCount = now.changes + m_shift;
+    m_memory = memory;
+    m_lost = memory->lost;
+    return {.string = memory->content ? textAmong(*memory->content) : std::nullopt,
+            .changeCount = memory->changeCount,
+            .formats = std::shared_ptr<const void>(memory, memory->content.get())};
 }
 
 void Clipboard::putBack(const PasteboardMemory& memory) {
@@ -235,7 +255,8 @@ void Clipboard::putBack(const PasteboardMemory& memory) {
     if (!m_monitor) return;
     auto content = std::static_pointer_cast<const ClipboardContent>(memory.formats);
     // The latest memory may have been renewed since it was handed out.
-    if (m_memory && m_memory->changeCount == memory.changeCount) content = m_memory->content;
+    const auto latest = m_memory.lock();
+    if (latest && latest->changeCount == memory.changeCount) content = latest->content;
     m_monitor->putBack(std::move(content), afterCopy);
 }
 
@@ -253,7 +274,7 @@ std::optional<std::string> Clipboard::textFrom(xcb_atom_t selection) {
             refused = false;
             const ClipboardFormat format{target, nameOf(answer.type), answer.unit,
                                          std::move(answer.bytes)};
-            if (auto text = textOf(format)) return text;
+            if (auto text = textOf(format)) return isSecret(selection) ? std::nullopt : text;
         }
         if (!refused) break;
         if (attempt == 0) std::this_thread::sleep_for(kBeforeSecondTry);
@@ -261,11 +282,18 @@ std::optional<std::string> Clipboard::textFrom(xcb_atom_t selection) {
     return std::nullopt;
 }
 
-Clipboard::Memory Clipboard::readAll() {
+/// Password managers mark what they copy, for clipboard managers not to record it. It is no work.
+bool Clipboard::isSecret(xcb_atom_t selection) {
+    const SelectionBounds bounds{kLongestHint, kOwnerSilence, steady_clock::now() + kOwnerSilence};
+    const auto hint = m_reader.read(selection, m_link->atom(kPasswordHint), bounds);
+    return hint.kind == SelectionAnswer::Kind::Value && hint.bytes.starts_with(kSecret);
+}
+
+Clipboard::Memory Clipboard::readAll(const SelectionMonitor::Status& now) {
     Memory memory;
     if (!m_link->alive()) return memory;
-    if (const auto ours = m_lastStatus.ours) {
-        memory.content = ours;
+    if (now.ours) {
+        memory.content = now.ours;
         return memory;
     }
     if (m_reader.owner(m_clipboard).value_or(XCB_WINDOW_NONE) == XCB_WINDOW_NONE) return memory;

@@ -1,8 +1,15 @@
 #include "platform/linux/x11/x11_connection.h"
 
-#include <poll.h>
+#include "platform/linux/x11/bounded_reply.h"
 
+#include <poll.h>
+#include <signal.h>
+#include <xcb/xcbext.h>
+
+#include <condition_variable>
 #include <cstring>
+#include <system_error>
+#include <thread>
 #include <utility>
 
 namespace kelvane {
@@ -25,28 +32,140 @@ std::optional<std::string> X11Property::text() const {
     return bytes;
 }
 
-std::shared_ptr<X11Connection> X11Connection::open(const std::string& display) {
+namespace {
+
+/// A connection that is being made. It is shared by who waits for it and by the thread that makes
+/// it, for xcb waits for a server that accepts and says nothing as long as it says nothing.
+struct Attempt {
+    std::mutex mutex; ///< Guards everything below.
+    std::condition_variable ended;
+    bool givenUp = false;
+    bool made = false;
+    xcb_connection_t* xcb = nullptr;
+    int screenNumber = 0;
+};
+
+void connect(Attempt& attempt, const std::string& display) {
     int screenNumber = 0;
     xcb_connection_t* const xcb =
         xcb_connect(display.empty() ? nullptr : display.c_str(), &screenNumber);
+    std::unique_lock lock(attempt.mutex);
+    if (attempt.givenUp) {
+        lock.unlock();
+        xcb_disconnect(xcb);
+        return;
+    }
+    attempt.xcb = xcb;
+    attempt.screenNumber = screenNumber;
+    attempt.made = true;
+    attempt.ended.notify_one();
+}
+
+bool startConnecting(const std::shared_ptr<Attempt>& attempt, const std::string& display) {
+    // Signals are the business of the program's own threads.
+    sigset_t all;
+    sigset_t before;
+    ::sigfillset(&all);
+    ::pthread_sigmask(SIG_SETMASK, &all, &before);
+    bool started = true;
+    try {
+        std::thread([attempt, display] { connect(*attempt, display); }).detach();
+    } catch (const std::system_error&) { // no thread to be had
+        started = false;
+    }
+    ::pthread_sigmask(SIG_SETMASK, &before, nullptr);
+    return started;
+}
+
+} // namespace
+
+X11Connection::Opening X11Connection::tryOpen(const std::string& display,
+                                              std::chrono::milliseconds patience) {
+    const auto attempt = std::make_shared<Attempt>();
+    if (!startConnecting(attempt, display)) return {};
+    {
+        std::unique_lock lock(attempt->mutex);
+        if (!attempt->ended.wait_for(lock, patience, [&] { return attempt->made; })) {
+            attempt->givenUp = true;
+            return {nullptr, true};
+        }
+    }
+    auto* const xcb = attempt->xcb;
     if (xcb_connection_has_error(xcb) != 0) {
         xcb_disconnect(xcb);
-        return nullptr;
+        return {};
     }
     auto screens = xcb_setup_roots_iterator(xcb_get_setup(xcb));
-    while (screenNumber > 0 && screens.rem > 0) {
+    for (int left = attempt->screenNumber; left > 0 && screens.rem > 0; --left) {
         xcb_screen_next(&screens);
-        --screenNumber;
     }
     if (screens.rem == 0) {
         xcb_disconnect(xcb);
-        return nullptr;
+        return {};
     }
-    return std::shared_ptr<X11Connection>(new X11Connection(xcb, screens.data));
+    return {std::shared_ptr<X11Connection>(
+                new X11Connection(xcb, attempt->screenNumber, screens.data, patience)),
+            false};
+}
+
+std::shared_ptr<X11Connection> X11Connection::open(const std::string& display,
+                                                   std::chrono::milliseconds patience) {
+    return tryOpen(display, patience).link;
 }
 
 X11Connection::~X11Connection() {
     xcb_disconnect(m_xcb);
+}
+
+bool X11Connection::answers() {
+    if (!alive()) return false;
+    const std::lock_guard lock(m_mutex);
+    if (!m_owed) return true;
+    void* reply = nullptr;
+    xcb_generic_error_t* error = nullptr;
+    if (xcb_poll_for_reply(m_xcb, *m_owed, &reply, &error) == 0) return false;
+    std::free(reply);
+    std::free(error);
+    m_owed.reset();
+    return true;
+}
+
+/// From here to the answer of one last question the server is not waited for.
+void X11Connection::beSilent() {
+    const std::lock_guard lock(m_mutex);
+    if (m_owed) return;
+    m_owed = xcb_get_input_focus_unchecked(m_xcb).sequence;
+    xcb_flush(m_xcb);
+}
+
+XcbOwned<void> X11Connection::take(unsigned sequence, std::chrono::milliseconds patience) {
+    const auto now = std::chrono::steady_clock::now();
+    auto answer = replyBefore(m_xcb, sequence, answers() ? now + patience : now);
+    if (answer.missed) beSilent();
+    return std::move(answer.reply);
+}
+
+const xcb_query_extension_reply_t* X11Connection::extension(xcb_extension_t& extension) {
+    const auto known = [&] {
+        const std::lock_guard lock(m_mutex);
+        return m_known.contains(&extension);
+    };
+    if (!known()) {
+        xcb_prefetch_extension_data(m_xcb, &extension);
+        // Answers come in the order of the questions: after this one the other is there.
+        if (!roundTrip()) return nullptr;
+        const std::lock_guard lock(m_mutex);
+        m_known.insert(&extension);
+    }
+    const auto* const data = xcb_get_extension_data(m_xcb, &extension);
+    return data != nullptr && data->present != 0 ? data : nullptr;
+}
+
+bool X11Connection::succeeded(xcb_void_cookie_t checked) {
+    // Once a later question is answered xcb knows of every error before it, and waits no more.
+    if (!roundTrip()) return false;
+    const XcbOwned<xcb_generic_error_t> error(xcb_request_check(m_xcb, checked));
+    return !error && alive();
 }
 
 xcb_atom_t X11Connection::atom(std::string_view name) {
@@ -73,11 +192,10 @@ void X11Connection::internAtoms(std::span<const std::string_view> names) {
         }
     }
     for (const auto& [name, cookie] : asked) {
-        const XcbOwned<xcb_intern_atom_reply_t> reply(
-            xcb_intern_atom_reply(m_xcb, cookie, nullptr));
-        if (!reply) continue;
+        const auto answer = reply<xcb_intern_atom_reply_t>(cookie);
+        if (!answer) continue;
         const std::lock_guard lock(m_mutex);
-        m_atoms.insert_or_assign(std::string(name), reply->atom);
+        m_atoms.insert_or_assign(std::string(name), answer->atom);
     }
 }
 
@@ -93,12 +211,12 @@ xcb_get_property_cookie_t X11Connection::askProperty(xcb_window_t window, xcb_at
 }
 
 std::optional<X11Property> X11Connection::takeProperty(xcb_get_property_cookie_t cookie) {
-    const XcbOwned<xcb_get_property_reply_t> reply(xcb_get_property_reply(m_xcb, cookie, nullptr));
-    if (!reply || reply->type == XCB_ATOM_NONE) return std::nullopt;
-    const auto length = static_cast<std::size_t>(xcb_get_property_value_length(reply.get()));
+    const auto answer = reply<xcb_get_property_reply_t>(cookie);
+    if (!answer || answer->type == XCB_ATOM_NONE) return std::nullopt;
+    const auto length = static_cast<std::size_t>(xcb_get_property_value_length(answer.get()));
     return X11Property{
-        reply->type, reply->format,
-        std::string(static_cast<const char*>(xcb_get_property_value(reply.get())), length)};
+        answer->type, answer->format,
+        std::string(static_cast<const char*>(xcb_get_property_value(answer.get())), length)};
 }
 
 std::optional<X11Property> X11Connection::property(xcb_window_t window, xcb_atom_t name,
@@ -106,9 +224,8 @@ std::optional<X11Property> X11Connection::property(xcb_window_t window, xcb_atom
     return takeProperty(askProperty(window, name, longest));
 }
 
-void X11Connection::roundTrip() {
-    const XcbOwned<xcb_get_input_focus_reply_t> reply(
-        xcb_get_input_focus_reply(m_xcb, xcb_get_input_focus_unchecked(m_xcb), nullptr));
+bool X11Connection::roundTrip() {
+    return reply<xcb_get_input_focus_reply_t>(xcb_get_input_focus_unchecked(m_xcb)) != nullptr;
 }
 
 XcbOwned<xcb_generic_event_t>

@@ -4,6 +4,11 @@
 // that is gone yields no reply, and a link that broke yields no reply from then on. There is no
 // way back from a broken link; its owner simply answers "absent" for the rest of its life.
 //
+// No member waits longer than the link's patience for the server, which may be stopped, or grabbed
+// by another program. After one answer that did not come the server counts as silent: answers are
+// absent at once, until it has caught up. Whoever is about to send questions asks `answers()`
+// first, so that nothing piles up for a server that does not read.
+//
 // Any thread may call any member, and several threads may have requests under way at once. Events
 // are different: they form one queue per link, so whoever waits for events opens a link of its
 // own.
@@ -19,6 +24,7 @@
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <set>
 #include <span>
 #include <string>
 #include <string_view>
@@ -48,11 +54,25 @@ struct X11Property {
     [[nodiscard]] std::optional<std::string> text() const;
 };
 
+/// What a server may take to let a program in, and for one answer. It takes well under a
+/// millisecond unless it is stopped, grabbed or the machine is very busy; whoever waits is a person
+/// or a program that was promised an answer within two seconds, and one run may wait for both.
+inline constexpr std::chrono::milliseconds kServerPatience{700};
+
 class X11Connection {
 public:
-    /// Connects to `display` ("" means what the `DISPLAY` variable of this process says). Null when
-    /// no server answers there or it will not have us.
-    [[nodiscard]] static std::shared_ptr<X11Connection> open(const std::string& display);
+    struct Opening {
+        std::shared_ptr<X11Connection> link; ///< Null when there is none.
+        bool silent = false;                 ///< Null because the server did not answer in time.
+    };
+
+    /// Connects to `display` ("" means what the `DISPLAY` variable of this process says). No link
+    /// when no server answers there or it will not have us.
+    [[nodiscard]] static Opening tryOpen(const std::string& display,
+                                         std::chrono::milliseconds patience = kServerPatience);
+    /// The same for whoever does not care why there is none. Null then.
+    [[nodiscard]] static std::shared_ptr<X11Connection>
+    open(const std::string& display, std::chrono::milliseconds patience = kServerPatience);
 
     ~X11Connection();
     X11Connection(const X11Connection&) = delete;
@@ -64,8 +84,33 @@ public:
     /// False once the link is broken, for good.
     [[nodiscard]] bool alive() const { return xcb_connection_has_error(m_xcb) == 0; }
 
+    /// Whether questions are worth sending: the link is up and the server owes no answer. Never
+    /// waits.
+    [[nodiscard]] bool answers();
+
+    /// The reply to a question. Null for an error, when the link broke, and when the server did not
+    /// answer in time. `cookie` comes from the function that sent the question.
+    template <class Reply, class Cookie>
+    [[nodiscard]] XcbOwned<Reply> reply(Cookie cookie) {
+        return reply<Reply>(cookie, m_patience);
+    }
+    /// The same for an answer that takes the server longer than most.
+    template <class Reply, class Cookie>
+    [[nodiscard]] XcbOwned<Reply> reply(Cookie cookie, std::chrono::milliseconds patience) {
+        return XcbOwned<Reply>(static_cast<Reply*>(take(cookie.sequence, patience).release()));
+    }
+
+    /// What the server says about an extension; null when it has none of that name. Requests of an
+    /// extension may be sent only after this said it is there: xcb would wait for the server by
+    /// itself.
+    [[nodiscard]] const xcb_query_extension_reply_t* extension(xcb_extension_t& extension);
+
+    /// Whether the server did what a checked request asked for. A round trip.
+    [[nodiscard]] bool succeeded(xcb_void_cookie_t checked);
+
     /// The screen the display name chose.
     [[nodiscard]] const xcb_screen_t& screen() const { return *m_screen; }
+    [[nodiscard]] int screenNumber() const { return m_screenNumber; }
     [[nodiscard]] xcb_window_t root() const { return m_screen->root; }
 
     /// The atom of that name, made when it does not exist yet. Asked of the server once per name.
@@ -93,7 +138,8 @@ public:
                                                       std::uint32_t longest = 4096);
 
     /// Returns when the server has done all that was asked so far; events it caused have arrived.
-    void roundTrip();
+    /// False when it did not do so in time.
+    bool roundTrip();
 
     /// For a link with one listener: the next event, waiting for it until `deadline`; null when
     /// none came or the link broke. Error reports arrive here too, as events of type 0.
@@ -106,14 +152,24 @@ public:
     [[nodiscard]] xcb_timestamp_t serverTime();
 
 private:
-    X11Connection(xcb_connection_t* xcb, const xcb_screen_t* screen)
+    X11Connection(xcb_connection_t* xcb, int screenNumber, const xcb_screen_t* screen,
+                  std::chrono::milliseconds patience)
         : m_xcb(xcb),
-          m_screen(screen) {}
+          m_screenNumber(screenNumber),
+          m_screen(screen),
+          m_patience(patience) {}
+
+    [[nodiscard]] XcbOwned<void> take(unsigned sequence, std::chrono::milliseconds patience);
+    void beSilent();
 
     xcb_connection_t* m_xcb;
+    int m_screenNumber;
     const xcb_screen_t* m_screen;
-    std::mutex m_mutex; ///< Guards m_atoms.
+    std::chrono::milliseconds m_patience;
+    std::mutex m_mutex; ///< Guards everything below.
     std::map<std::string, xcb_atom_t, std::less<>> m_atoms;
+    std::set<const xcb_extension_t*> m_known; ///< Extensions whose description has arrived.
+    std::optional<unsigned> m_owed;           ///< The question whose answer ends a silence.
 };
 
 } // namespace kelvane

@@ -7,10 +7,9 @@
 namespace kelvane {
 
 bool serverTellsProcesses(X11Connection& connection) {
-    const auto* const extension = xcb_get_extension_data(connection.xcb(), &xcb_res_id);
-    if (extension == nullptr || extension->present == 0) return false;
-    const XcbOwned<xcb_res_query_version_reply_t> version(xcb_res_query_version_reply(
-        connection.xcb(), xcb_res_query_version_unchecked(connection.xcb(), 1, 2), nullptr));
+    if (connection.extension(xcb_res_id) == nullptr) return false;
+    const auto version = connection.reply<xcb_res_query_version_reply_t>(
+        xcb_res_query_version_unchecked(connection.xcb(), 1, 2));
     return version && (version->server_major > 1 ||
                        (version->server_major == 1 && version->server_minor >= 2));
 }
@@ -21,8 +20,7 @@ xcb_res_query_client_ids_cookie_t askProcess(X11Connection& connection, xcb_wind
 }
 
 pid_t takeProcess(X11Connection& connection, xcb_res_query_client_ids_cookie_t cookie) {
-    const XcbOwned<xcb_res_query_client_ids_reply_t> reply(
-        xcb_res_query_client_ids_reply(connection.xcb(), cookie, nullptr));
+    const auto reply = connection.reply<xcb_res_query_client_ids_reply_t>(cookie);
     if (!reply) return 0;
     for (auto ids = xcb_res_query_client_ids_ids_iterator(reply.get()); ids.rem > 0;
          xcb_res_client_id_value_next(&ids)) {

@@ -11,11 +11,13 @@
 #include <unistd.h>
 #include <xcb/composite.h>
 #include <xcb/damage.h>
+#include <xcb/shape.h>
 #include <xcb/shm.h>
 
 #include <algorithm>
 #include <chrono>
 #include <limits>
+#include <span>
 #include <utility>
 #include <vector>
 
@@ -32,8 +34,16 @@ constexpr auto kFirstStroke = 60ms;
 constexpr auto kQuiet = 20ms;
 /// ...or at least once it has had this long, if it never rests.
 constexpr auto kRestless = 100ms;
-/// An application that has not shown what was missing by now hangs.
+/// An application that has not drawn all of its window by now hangs.
 constexpr auto kPatience = 600ms;
+/// For the pixels to come: a large picture of a display on another machine takes seconds.
+constexpr auto kTransfer = 3s;
+/// A window that changes its size meanwhile is drawn for us anew, once.
+constexpr int kSittings = 2;
+/// Windows inside a window: programs that give each control one have some hundreds.
+constexpr std::size_t kMostParts = 4096;
+/// Rectangles to a request, which holds some 32,000 at most.
+constexpr std::size_t kClipAtOnce = 4096;
 
 /// Memory that this process and the server both see.
 class SharedMemory {
@@ -51,9 +61,7 @@ public:
         }
         m_segment = xcb_generate_id(x.xcb());
         // Takes the descriptor along, whatever comes of it.
-        const XcbOwned<xcb_generic_error_t> error(
-            xcb_request_check(x.xcb(), xcb_shm_attach_fd_checked(x.xcb(), m_segment, file, 0)));
-        m_attached = !error && x.alive();
+        m_attached = x.succeeded(xcb_shm_attach_fd_checked(x.xcb(), m_segment, file, 0));
     }
     ~SharedMemory() {
         if (m_attached) xcb_shm_detach(m_x.xcb(), m_segment);
@@ -82,11 +90,6 @@ bool isLocal(X11Connection& x) {
            address.ss_family == AF_UNIX;
 }
 
-bool has(X11Connection& x, xcb_extension_t& extension) {
-    const auto* const data = xcb_get_extension_data(x.xcb(), &extension);
-    return data != nullptr && data->present != 0;
-}
-
 const xcb_visualtype_t* findVisual(const xcb_screen_t& screen, xcb_visualid_t id) {
     for (auto depth = xcb_screen_allowed_depths_iterator(&screen); depth.rem > 0;
          xcb_depth_next(&depth)) {
@@ -110,24 +113,28 @@ Rectangle asRectangle(const xcb_rectangle_t& area) {
     return {area.x, area.y, area.width, area.height};
 }
 
+/// What of `area` lies inside `bounds`.
+Rectangle common(const Rectangle& area, const Rectangle& bounds) {
+    const auto left = std::max(area.x, bounds.x);
+    const auto top = std::max(area.y, bounds.y);
+    return {left, top, std::min(area.x + area.width, bounds.x + bounds.width) - left,
+            std::min(area.y + area.height, bounds.y + bounds.height) - top};
+}
+
 /// One picture of one window over one link.
 class Sitting {
 public:
     Sitting(X11Connection& x, xcb_window_t window) : m_x(x), m_xcb(x.xcb()), m_window(window) {}
 
     std::optional<std::string> png() {
-        if (!look()) return std::nullopt;
-        const auto copy = xcb_generate_id(m_xcb);
-        xcb_create_pixmap(m_xcb, m_depth, copy, m_window, m_width, m_height);
-        auto missing = copyVisible(copy);
-        if (!missing) return std::nullopt;
-        if (missing->empty()) return encode(copy, 0);
-        xcb_free_pixmap(m_xcb, copy);
-        if (!haveWholeCopyKept(*std::move(missing))) return std::nullopt;
-        const auto kept = xcb_generate_id(m_xcb);
-        xcb_composite_name_window_pixmap(m_xcb, m_window, kept);
-        return encode(kept, m_border);
+        if (!look() || !serverKeepsCopies() || !demandAll() || !waitUntilDrawn()) {
+            return std::nullopt;
+        }
+        return encode();
     }
+
+    /// Whether there was no picture because the window changed its size meanwhile.
+    [[nodiscard]] bool wasResized() const { return m_resized; }
 
 private:
     bool look() {
@@ -136,19 +143,14 @@ private:
         m_x.internAtoms(
             std::vector<std::string_view>{"_GTK_FRAME_EXTENTS", "WM_PROTOCOLS", "_NET_WM_PING"});
         const auto protocolsCookie = m_x.askProperty(m_window, m_x.atom("WM_PROTOCOLS"));
-        const XcbOwned<xcb_get_geometry_reply_t> geometry(
-            xcb_get_geometry_reply(m_xcb, geometryCookie, nullptr));
-        const XcbOwned<xcb_get_window_attributes_reply_t> attributes(
-            xcb_get_window_attributes_reply(m_xcb, attributesCookie, nullptr));
+        const auto geometry = m_x.reply<xcb_get_geometry_reply_t>(geometryCookie);
+        const auto attributes = m_x.reply<xcb_get_window_attributes_reply_t>(attributesCookie);
         const auto protocols = m_x.takeProperty(protocolsCookie);
         if (!geometry || !attributes || attributes->map_state != XCB_MAP_STATE_VIEWABLE ||
             attributes->_class != XCB_WINDOW_CLASS_INPUT_OUTPUT) {
             return false;
         }
         m_depth = geometry->depth;
-        m_width = geometry->width;
-        m_height = geometry->height;
-        m_border = geometry->border_width;
         m_visual = findVisual(m_x.screen(), attributes->visual);
         if (protocols) {
             const auto words = protocols->words();
@@ -159,153 +161,185 @@ private:
                                        m_visual->_class == XCB_VISUAL_CLASS_DIRECT_COLOR);
     }
 
-    /// Copies what can be seen of the window and tells what cannot: the server reports every part
-    /// of a copy that it had no source for. Absent when it did not copy at all.
-    std::optional<std::vector<Rectangle>> copyVisible(xcb_pixmap_t copy) {
-        const auto context = xcb_generate_id(m_xcb);
-        const std::uint32_t values[] = {XCB_SUBWINDOW_MODE_INCLUDE_INFERIORS, 1};
-        xcb_create_gc(m_xcb, context, copy, XCB_GC_SUBWINDOW_MODE | XCB_GC_GRAPHICS_EXPOSURES,
-                      values);
-        xcb_copy_area(m_xcb, m_window, copy, context, 0, 0, 0, 0, m_width, m_height);
-        xcb_free_gc(m_xcb, context);
-        m_x.roundTrip();
-        std::vector<Rectangle> missing;
-        bool copied = false;
-        while (const auto event = m_x.nextEvent(SteadyClock::now())) {
-            const auto type = event->response_type & 0x7FU;
-            if (type == 0) return std::nullopt;
-            if (type == XCB_NO_EXPOSURE) copied = true;
-            if (type != XCB_GRAPHICS_EXPOSURE) continue;
-            const auto& part = *reinterpret_cast<const xcb_graphics_exposure_event_t*>(event.get());
-            missing.push_back({part.x, part.y, part.width, part.height});
-            copied = true;
-        }
-        if (!copied || !m_x.alive()) return std::nullopt;
-        return missing;
-    }
-
-    /// Has the server keep all of the window and waits until the application has drawn what was
-    /// missing. False when it does not.
-    bool haveWholeCopyKept(std::vector<Rectangle> missing) {
-        if (!has(m_x, xcb_composite_id) || !has(m_x, xcb_damage_id)) return false;
+    bool serverKeepsCopies() {
+        const auto* const damageExtension = m_x.extension(xcb_damage_id);
+        if (m_x.extension(xcb_composite_id) == nullptr || damageExtension == nullptr) return false;
+        m_damageEvent = damageExtension->first_event;
         const auto compositeCookie = xcb_composite_query_version_unchecked(m_xcb, 0, 4);
         const auto damageCookie = xcb_damage_query_version_unchecked(m_xcb, 1, 1);
-        const XcbOwned<xcb_composite_query_version_reply_t> composite(
-            xcb_composite_query_version_reply(m_xcb, compositeCookie, nullptr));
-        const XcbOwned<xcb_damage_query_version_reply_t> damage(
-            xcb_damage_query_version_reply(m_xcb, damageCookie, nullptr));
-        if (!composite || !damage) return false;
-        if (composite->major_version == 0 && composite->minor_version < 2) return false;
+        const auto composite = m_x.reply<xcb_composite_query_version_reply_t>(compositeCookie);
+        const auto damage = m_x.reply<xcb_damage_query_version_reply_t>(damageCookie);
+        return composite && damage &&
+               (composite->major_version > 0 || composite->minor_version >= 2);
+    }
 
-        const xcb_timestamp_t time = m_answersPings ? m_x.serverTime() : 0;
-        const std::uint32_t rootEvents = XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY;
+    /// Has the server keep all of the window, and the application told to draw all of it.
+    bool demandAll() {
+        const std::uint32_t resizing = XCB_EVENT_MASK_STRUCTURE_NOTIFY;
+        xcb_change_window_attributes(m_xcb, m_window, XCB_CW_EVENT_MASK, &resizing);
         if (m_answersPings) {
+            m_pingTime = m_x.serverTime();
+            const std::uint32_t rootEvents = XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY;
             xcb_change_window_attributes(m_xcb, m_x.root(), XCB_CW_EVENT_MASK, &rootEvents);
         }
         // While the server is ours, whatever is drawn is drawn by the server itself: backgrounds.
         xcb_grab_server(m_xcb);
         const auto reports = xcb_generate_id(m_xcb);
         xcb_damage_create(m_xcb, reports, m_window, XCB_DAMAGE_REPORT_LEVEL_RAW_RECTANGLES);
-        const XcbOwned<xcb_generic_error_t> refused(
-            xcb_request_check(m_xcb, xcb_composite_redirect_window_checked(
-                                         m_xcb, m_window, XCB_COMPOSITE_REDIRECT_AUTOMATIC)));
-        m_x.roundTrip();
-        Watch watch{std::move(missing), m_x.atom("_NET_WM_PING"), time};
-        while (const auto event = m_x.nextEvent(SteadyClock::now())) note(*event, watch);
-        watch.byApplication = false;
+        const auto parts = measure();
+        const bool kept = m_x.succeeded(xcb_composite_redirect_window_checked(
+            m_xcb, m_window, XCB_COMPOSITE_REDIRECT_AUTOMATIC));
+        for (const auto part : parts) xcb_clear_area(m_xcb, 1, part, 0, 0, 0, 0);
+        const bool asked = m_x.roundTrip();
+        noteEverything();
+        m_byApplication = false;
         xcb_ungrab_server(m_xcb);
-        if (m_answersPings) ping(time);
+        if (m_answersPings) ping();
         xcb_flush(m_xcb);
-        return !refused && waitUntilDrawn(watch);
+        return kept && asked && !parts.empty();
     }
 
-    struct Watch {
-        std::vector<Rectangle> missing; ///< Not drawn since.
-        xcb_atom_t pingAtom = XCB_ATOM_NONE;
-        xcb_timestamp_t pingTime = 0;
-        bool byApplication = false; ///< Something was drawn after the server was free again.
-        bool pong = false;          ///< The application has seen all that was sent before the ping.
-        SteadyClock::time_point lastStroke = SteadyClock::now();
-    };
+    /// Size and shape as they are now, with the server in our hands. The window and the windows
+    /// inside it, each of which is drawn by itself; none when it is gone.
+    std::vector<xcb_window_t> measure() {
+        const auto geometryCookie = xcb_get_geometry_unchecked(m_xcb, m_window);
+        const bool hasShapes = m_x.extension(xcb_shape_id) != nullptr;
+        const auto geometry = m_x.reply<xcb_get_geometry_reply_t>(geometryCookie);
+        if (!geometry) return {};
+        m_width = geometry->width;
+        m_height = geometry->height;
+        m_border = geometry->border_width;
+        const Rectangle all{0, 0, m_width, m_height};
+        m_shape = {all};
+        if (hasShapes) {
+            const auto shape = m_x.reply<xcb_shape_get_rectangles_reply_t>(
+                xcb_shape_get_rectangles_unchecked(m_xcb, m_window, XCB_SHAPE_SK_BOUNDING));
+            if (!shape) return {};
+            m_shape.clear();
+            const std::span rectangles(
+                xcb_shape_get_rectangles_rectangles(shape.get()),
+                static_cast<std::size_t>(xcb_shape_get_rectangles_rectangles_length(shape.get())));
+            for (const auto& each : rectangles) {
+                const auto inside = common(asRectangle(each), all);
+                if (!inside.empty()) m_shape.push_back(inside);
+            }
+        }
+        // A first report comes with the asking, of what can be seen; it says nothing about who
+        // drew.
+        noteEverything();
+        m_missing = m_shape;
+        m_resized = false;
 
-    void note(const xcb_generic_event_t& event, Watch& watch) {
+        std::vector<xcb_window_t> parts{m_window};
+        for (std::size_t next = 0; next < parts.size() && parts.size() < kMostParts; ++next) {
+            const auto tree =
+                m_x.reply<xcb_query_tree_reply_t>(xcb_query_tree_unchecked(m_xcb, parts[next]));
+            if (!tree) continue;
+            const auto* const children = xcb_query_tree_children(tree.get());
+            parts.insert(parts.end(), children,
+                         children + xcb_query_tree_children_length(tree.get()));
+        }
+        return parts;
+    }
+
+    void noteEverything() {
+        while (const auto event = m_x.nextEvent(SteadyClock::now())) note(*event);
+    }
+
+    void note(const xcb_generic_event_t& event) {
         const auto type = event.response_type & 0x7FU;
-        if (type == xcb_get_extension_data(m_xcb, &xcb_damage_id)->first_event) {
+        if (type == m_damageEvent) {
             const auto& stroke = reinterpret_cast<const xcb_damage_notify_event_t&>(event);
-            watch.missing = without(watch.missing, asRectangle(stroke.area));
-            watch.byApplication = true;
-            watch.lastStroke = SteadyClock::now();
+            m_missing = without(m_missing, asRectangle(stroke.area));
+            m_byApplication = true;
+            m_lastStroke = SteadyClock::now();
+        } else if (type == XCB_CONFIGURE_NOTIFY) {
+            const auto& change = reinterpret_cast<const xcb_configure_notify_event_t&>(event);
+            m_resized = m_resized || (change.window == m_window &&
+                                      (change.width != m_width || change.height != m_height));
         } else if (type == XCB_CLIENT_MESSAGE) {
             const auto& message = reinterpret_cast<const xcb_client_message_event_t&>(event);
-            watch.pong = watch.pong || (message.type == m_x.atom("WM_PROTOCOLS") &&
-                                        message.data.data32[0] == watch.pingAtom &&
-                                        message.data.data32[1] == watch.pingTime &&
-                                        message.data.data32[2] == m_window);
+            if (message.type == m_x.atom("WM_PROTOCOLS") &&
+                message.data.data32[0] == m_x.atom("_NET_WM_PING") &&
+                message.data.data32[1] == m_pingTime && message.data.data32[2] == m_window) {
+                ++m_pongs;
+            }
         }
     }
 
-    /// The question comes after the news that parts of the window are to be drawn, so an answer
-    /// means that the application knows.
-    void ping(xcb_timestamp_t time) {
+    /// The question comes after the news that the window is to be drawn, so an answer means that
+    /// the application knows.
+    void ping() {
         xcb_client_message_event_t message{};
         message.response_type = XCB_CLIENT_MESSAGE;
         message.format = 32;
         message.window = m_window;
         message.type = m_x.atom("WM_PROTOCOLS");
         message.data.data32[0] = m_x.atom("_NET_WM_PING");
-        message.data.data32[1] = time;
+        message.data.data32[1] = m_pingTime;
         message.data.data32[2] = m_window;
         xcb_send_event(m_xcb, 0, m_window, XCB_EVENT_MASK_NO_EVENT,
                        reinterpret_cast<const char*>(&message));
+        ++m_pings;
     }
 
     /// The server has filled everything with the window's background and the application has left
     /// it at that. It may be content with it, or it may hang. (Not every application that promises
-    /// to answer pings answers in a way that others see, but those that do not draw.)
-    bool hadNothingToDraw(const Watch& watch) {
-        if (m_answersPings) return watch.pong;
+    /// to answer pings answers in a way that others see, but those that do not draw.) One that
+    /// answers may still be about to draw, in its next turn: it is busy with that until it answers
+    /// once more.
+    bool hadNothingToDraw() {
+        if (m_answersPings) {
+            if (m_pings == 1 && m_pongs == 1) ping();
+            return m_pongs >= 2;
+        }
         return !serverTellsProcesses(m_x) ||
                !isStopped(takeProcess(m_x, askProcess(m_x, m_window)));
     }
 
-    bool waitUntilDrawn(Watch& watch) {
+    bool waitUntilDrawn() {
         const auto begin = SteadyClock::now();
         std::optional<SteadyClock::time_point> drawnSince;
         for (;;) {
             const auto now = SteadyClock::now();
             const bool drawn =
-                watch.missing.empty() &&
-                (watch.byApplication || (now - begin >= kFirstStroke && hadNothingToDraw(watch)));
+                m_missing.empty() &&
+                (m_byApplication || (now - begin >= kFirstStroke && hadNothingToDraw()));
             if (drawn && !drawnSince) drawnSince = now;
-            if (drawn && (now - std::max(watch.lastStroke, *drawnSince) >= kQuiet ||
+            if (drawn && (now - std::max(m_lastStroke, *drawnSince) >= kQuiet ||
                           now - *drawnSince >= kRestless)) {
                 return true;
             }
-            if (now - begin >= kPatience || !m_x.alive()) return false;
+            if (now - begin >= kPatience || m_resized || !m_x.alive()) return false;
             const auto wait = std::min({begin + kPatience, now + kQuiet});
-            if (const auto event = m_x.nextEvent(wait)) note(*event, watch);
+            if (const auto event = m_x.nextEvent(wait)) note(*event);
         }
     }
 
-    /// The picture of the window in `drawable`, which has a border of this width around it.
-    std::optional<std::string> encode(xcb_drawable_t drawable, std::uint16_t border) {
-        const auto geometryCookie = xcb_get_geometry_unchecked(m_xcb, drawable);
+    /// The picture of the window as the server has kept it, which has the border around it.
+    std::optional<std::string> encode() {
+        const auto kept = xcb_generate_id(m_xcb);
+        xcb_composite_name_window_pixmap(m_xcb, m_window, kept);
+        const auto geometryCookie = xcb_get_geometry_unchecked(m_xcb, kept);
         const auto marginsCookie = m_x.askProperty(m_window, m_x.atom("_GTK_FRAME_EXTENTS"));
-        const XcbOwned<xcb_get_geometry_reply_t> geometry(
-            xcb_get_geometry_reply(m_xcb, geometryCookie, nullptr));
+        const auto geometry = m_x.reply<xcb_get_geometry_reply_t>(geometryCookie);
         const auto margins = m_x.takeProperty(marginsCookie);
-        const auto* const format = findFormat(m_x, m_depth);
-        if (!geometry || format == nullptr || geometry->width <= 2 * border ||
-            geometry->height <= 2 * border) {
+        // A window of another size has been given a new copy, whose pixels are anybody's.
+        noteEverything();
+        if (!geometry || m_resized || geometry->width != m_width + 2 * m_border ||
+            geometry->height != m_height + 2 * m_border) {
             return std::nullopt;
         }
-        const std::uint32_t width = geometry->width - 2U * border;
-        const std::uint32_t height = geometry->height - 2U * border;
-        const auto extents = frameExtents(margins, width, height);
-        const Rectangle part{static_cast<std::int32_t>(border + extents.left),
-                             static_cast<std::int32_t>(border + extents.top),
-                             static_cast<std::int32_t>(width - extents.left - extents.right),
-                             static_cast<std::int32_t>(height - extents.top - extents.bottom)};
+        const auto* const format = findFormat(m_x, m_depth);
+        if (format == nullptr) return std::nullopt;
+        const auto shaped = insideShape(kept);
+        const auto source = shaped.value_or(kept);
+        const std::int32_t border = shaped ? 0 : m_border;
+        const auto extents = frameExtents(margins, m_width, m_height);
+        const Rectangle part{border + static_cast<std::int32_t>(extents.left),
+                             border + static_cast<std::int32_t>(extents.top),
+                             static_cast<std::int32_t>(m_width - extents.left - extents.right),
+                             static_cast<std::int32_t>(m_height - extents.top - extents.bottom)};
         ServerPixels pixels;
         pixels.width = static_cast<std::uint32_t>(part.width);
         pixels.height = static_cast<std::uint32_t>(part.height);
@@ -317,7 +351,38 @@ private:
         pixels.green = m_visual->green_mask;
         pixels.blue = m_visual->blue_mask;
         if (m_depth == 32) pixels.alpha = ~(pixels.red | pixels.green | pixels.blue);
-        return fetchAndEncode(drawable, part, pixels);
+        return fetchAndEncode(source, part, pixels);
+    }
+
+    /// What the server kept, without what lies outside the window's shape: nobody draws that, so
+    /// it holds whatever was on the screen. Absent for a window that is all of its rectangle.
+    std::optional<xcb_pixmap_t> insideShape(xcb_pixmap_t kept) {
+        const Rectangle all{0, 0, m_width, m_height};
+        if (m_shape.size() == 1 && m_shape.front() == all) return std::nullopt;
+        const auto copy = xcb_generate_id(m_xcb);
+        xcb_create_pixmap(m_xcb, m_depth, copy, m_window, m_width, m_height);
+        const auto context = xcb_generate_id(m_xcb);
+        const std::uint32_t values[] = {0, 0}; // nothing, and black where that is a colour
+        xcb_create_gc(m_xcb, context, copy, XCB_GC_FOREGROUND | XCB_GC_GRAPHICS_EXPOSURES, values);
+        const xcb_rectangle_t everything{0, 0, m_width, m_height};
+        xcb_poly_fill_rectangle(m_xcb, copy, context, 1, &everything);
+        std::vector<xcb_rectangle_t> clip;
+        for (std::size_t from = 0; from < m_shape.size(); from += kClipAtOnce) {
+            clip.clear();
+            const auto end = std::min(m_shape.size(), from + kClipAtOnce);
+            for (std::size_t i = from; i < end; ++i) {
+                clip.push_back({static_cast<std::int16_t>(m_shape[i].x),
+                                static_cast<std::int16_t>(m_shape[i].y),
+                                static_cast<std::uint16_t>(m_shape[i].width),
+                                static_cast<std::uint16_t>(m_shape[i].height)});
+            }
+            xcb_set_clip_rectangles(m_xcb, XCB_CLIP_ORDERING_UNSORTED, context, 0, 0,
+                                    static_cast<std::uint32_t>(clip.size()), clip.data());
+            const auto border = static_cast<std::int16_t>(m_border);
+            xcb_copy_area(m_xcb, kept, copy, context, border, border, 0, 0, m_width, m_height);
+        }
+        xcb_free_gc(m_xcb, context);
+        return copy;
     }
 
     std::optional<std::string> fetchAndEncode(xcb_drawable_t drawable, const Rectangle& part,
@@ -331,21 +396,19 @@ private:
         if (canShareMemory()) {
             const SharedMemory memory(m_x, size);
             if (memory.usable()) {
-                const XcbOwned<xcb_shm_get_image_reply_t> image(xcb_shm_get_image_reply(
-                    m_xcb,
+                const auto image = m_x.reply<xcb_shm_get_image_reply_t>(
                     xcb_shm_get_image_unchecked(m_xcb, drawable, x, y, width, height, kEveryPlane,
                                                 XCB_IMAGE_FORMAT_Z_PIXMAP, memory.segment(), 0),
-                    nullptr));
+                    kTransfer);
                 if (!image) return std::nullopt;
                 pixels.bytes = memory.bytes();
                 return pngFrom(pixels);
             }
         }
-        const XcbOwned<xcb_get_image_reply_t> image(
-            xcb_get_image_reply(m_xcb,
-                                xcb_get_image_unchecked(m_xcb, XCB_IMAGE_FORMAT_Z_PIXMAP, drawable,
-                                                        x, y, width, height, kEveryPlane),
-                                nullptr));
+        const auto image = m_x.reply<xcb_get_image_reply_t>(
+            xcb_get_image_unchecked(m_xcb, XCB_IMAGE_FORMAT_Z_PIXMAP, drawable, x, y, width, height,
+                                    kEveryPlane),
+            kTransfer);
         if (!image) return std::nullopt;
         pixels.bytes = std::as_bytes(std::span(
             xcb_get_image_data(image.get()),
@@ -355,9 +418,9 @@ private:
 
     bool canShareMemory() {
         // A descriptor cannot travel over a network connection, and the attempt would end it.
-        if (!isLocal(m_x) || !has(m_x, xcb_shm_id)) return false;
-        const XcbOwned<xcb_shm_query_version_reply_t> version(
-            xcb_shm_query_version_reply(m_xcb, xcb_shm_query_version_unchecked(m_xcb), nullptr));
+        if (!isLocal(m_x) || m_x.extension(xcb_shm_id) == nullptr) return false;
+        const auto version =
+            m_x.reply<xcb_shm_query_version_reply_t>(xcb_shm_query_version_unchecked(m_xcb));
         return version && (version->major_version > 1 ||
                            (version->major_version == 1 && version->minor_version >= 2));
     }
@@ -371,6 +434,15 @@ private:
     std::uint16_t m_border = 0;
     const xcb_visualtype_t* m_visual = nullptr;
     bool m_answersPings = false;
+    xcb_timestamp_t m_pingTime = 0;
+    int m_pings = 0;
+    int m_pongs = 0;
+    std::uint8_t m_damageEvent = 0;
+    std::vector<Rectangle> m_shape;   ///< What belongs to the window.
+    std::vector<Rectangle> m_missing; ///< What of it was not drawn since we asked.
+    bool m_byApplication = false;     ///< Something was drawn after the server was free again.
+    bool m_resized = false;
+    SteadyClock::time_point m_lastStroke = SteadyClock::now();
 };
 
 class X11WindowPicture : public WindowPicture {
@@ -382,9 +454,14 @@ public:
             windowNumber > std::numeric_limits<xcb_window_t>::max()) {
             return std::nullopt;
         }
-        const auto link = X11Connection::open(m_display);
-        if (!link) return std::nullopt;
-        return Sitting(*link, static_cast<xcb_window_t>(windowNumber)).png();
+        for (int i = 0; i < kSittings; ++i) {
+            const auto link = X11Connection::open(m_display);
+            if (!link) return std::nullopt;
+            Sitting sitting(*link, static_cast<xcb_window_t>(windowNumber));
+            if (auto png = sitting.png()) return png;
+            if (!sitting.wasResized()) break;
+        }
+        return std::nullopt;
     }
 
 private:

@@ -1,10 +1,12 @@
 // The picture of one window on an X server, whatever covers it.
 //
-// A window that is visible as a whole is copied as it is. Of one that is covered in part, or
-// reaches over the edge of the screen, the server is asked to keep a whole copy (XComposite) and
-// the application gets a moment to draw what was missing. An application that does not draw (it
-// hangs) has no picture: a wrong one would be worse. Nothing is asked of the compositing manager,
-// and nothing but the window itself can get into the picture.
+// Nobody can tell from the pixels of a window who drew them: where another window was a moment ago
+// its picture stays until the program below has drawn. So every picture is drawn for us: the server
+// keeps a whole copy of the window (XComposite), the program is told that all of it is to be drawn,
+// and only what has been drawn since (XDamage) counts. A program that does not draw (it was
+// stopped, it hangs) has no picture: a wrong one would be worse. What lies outside the shape of a
+// window without straight edges is black. Nothing is asked of the compositing manager, and nothing
+// but the window itself can get into the picture.
 
 #pragma once
 
@@ -15,8 +17,9 @@
 
 namespace kelvane {
 
-/// Every picture opens a link of its own to `display`, which also undoes everything when it closes.
-/// With an empty display there are no pictures.
+/// Every picture opens a link of its own to `display`, which also undoes everything when it closes,
+/// and takes up to about a second, whatever the program and the server do. With an empty display,
+/// and on a server without XComposite or XDamage, there are no pictures.
 [[nodiscard]] std::unique_ptr<WindowPicture> makeX11WindowPicture(std::string display);
 
 } // namespace kelvane

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <optional>
+#include <string>
 #include <string_view>
 #include <utility>
 
@@ -32,8 +33,15 @@ constexpr std::array<std::pair<std::string_view, X11WindowType>, 14> kTypes{{
 
 void internAtoms(X11Connection& x) {
     std::vector<std::string_view> names{
-        "_NET_CURRENT_DESKTOP", "_NET_WM_DESKTOP",     "_NET_WM_STATE",      "_NET_WM_STATE_HIDDEN",
-        "_NET_WM_STATE_STICKY", "_NET_WM_WINDOW_TYPE", "_GTK_FRAME_EXTENTS", "WM_STATE",
+        "_NET_CURRENT_DESKTOP",
+        "_NET_WM_DESKTOP",
+        "_NET_WM_STATE",
+        "_NET_WM_STATE_HIDDEN",
+        "_NET_WM_STATE_STICKY",
+        "_NET_WM_WINDOW_TYPE",
+        "_GTK_FRAME_EXTENTS",
+        "WM_STATE",
+        "_NET_SUPPORTING_WM_CHECK",
     };
     for (const auto& [name, type] : kTypes) names.push_back(name);
     x.internAtoms(names);
@@ -66,12 +74,40 @@ X11FrameExtents frameExtents(const std::optional<X11Property>& property, std::ui
     return extents;
 }
 
+namespace {
+
+/// Whether the window manager itself draws the screen. Such a one keeps the windows of other
+/// desktops mapped, for its overviews; all others unmap what is not shown or move it off the
+/// screen.
+bool managerDrawsScreen(X11Connection& x) {
+    const auto ownerCookie = xcb_get_selection_owner_unchecked(
+        x.xcb(), x.atom("_NET_WM_CM_S" + std::to_string(x.screenNumber())));
+    const auto managerCookie = x.askProperty(x.root(), x.atom("_NET_SUPPORTING_WM_CHECK"));
+    const auto owner = x.reply<xcb_get_selection_owner_reply_t>(ownerCookie);
+    const auto manager = x.takeProperty(managerCookie);
+    const auto client = [&](xcb_window_t window) {
+        return window & ~xcb_get_setup(x.xcb())->resource_id_mask;
+    };
+    return owner && owner->owner != XCB_WINDOW_NONE && manager &&
+           client(owner->owner) == client(manager->firstWord().value_or(0));
+}
+
+/// Whether any of it lies on the screen, all outputs taken together.
+bool reachesScreen(const xcb_screen_t& screen, const xcb_translate_coordinates_reply_t& place,
+                   const xcb_get_geometry_reply_t& size) {
+    return place.dst_x < screen.width_in_pixels && place.dst_y < screen.height_in_pixels &&
+           place.dst_x + size.width > 0 && place.dst_y + size.height > 0;
+}
+
+} // namespace
+
 std::vector<X11WindowDescription> describeWindows(X11Connection& x,
                                                   const std::vector<xcb_window_t>& windows) {
-    if (windows.empty()) return {};
+    if (windows.empty() || !x.answers()) return {};
     auto* const xcb = x.xcb();
     struct Asked {
         xcb_get_geometry_cookie_t geometry;
+        xcb_translate_coordinates_cookie_t place;
         xcb_get_window_attributes_cookie_t attributes;
         xcb_get_property_cookie_t type, states, desktop, shown, margins;
     };
@@ -81,6 +117,7 @@ std::vector<X11WindowDescription> describeWindows(X11Connection& x,
     asked.reserve(windows.size());
     for (const auto window : windows) {
         asked.push_back({xcb_get_geometry_unchecked(xcb, window),
+                         xcb_translate_coordinates_unchecked(xcb, window, x.root(), 0, 0),
                          xcb_get_window_attributes_unchecked(xcb, window),
                          x.askProperty(window, x.atom("_NET_WM_WINDOW_TYPE")),
                          x.askProperty(window, x.atom("_NET_WM_STATE")),
@@ -88,32 +125,36 @@ std::vector<X11WindowDescription> describeWindows(X11Connection& x,
                          x.askProperty(window, x.atom("WM_STATE")),
                          x.askProperty(window, x.atom("_GTK_FRAME_EXTENTS"))});
     }
+    const bool drawsScreen = managerDrawsScreen(x);
     const auto current = x.takeProperty(currentCookie);
     const auto currentDesktop = current ? current->firstWord() : std::nullopt;
     std::vector<X11WindowDescription> described;
     for (std::size_t i = 0; i < windows.size(); ++i) {
-        const XcbOwned<xcb_get_geometry_reply_t> geometry(
-            xcb_get_geometry_reply(xcb, asked[i].geometry, nullptr));
-        const XcbOwned<xcb_get_window_attributes_reply_t> attributes(
-            xcb_get_window_attributes_reply(xcb, asked[i].attributes, nullptr));
+        const auto geometry = x.reply<xcb_get_geometry_reply_t>(asked[i].geometry);
+        const auto place = x.reply<xcb_translate_coordinates_reply_t>(asked[i].place);
+        const auto attributes = x.reply<xcb_get_window_attributes_reply_t>(asked[i].attributes);
         const auto type = x.takeProperty(asked[i].type);
         const auto states = x.takeProperty(asked[i].states);
         const auto desktop = x.takeProperty(asked[i].desktop);
         const auto shown = x.takeProperty(asked[i].shown);
         const auto margins = x.takeProperty(asked[i].margins);
-        if (!geometry || !attributes) continue;
+        if (!geometry || !place || !attributes) continue;
 
         const auto has = [&](std::string_view state) {
             const auto words = states ? states->words() : std::vector<std::uint32_t>{};
             return std::find(words.begin(), words.end(), x.atom(state)) != words.end();
         };
         const auto onDesktop = desktop ? desktop->firstWord() : std::nullopt;
-        const bool here = !onDesktop || !currentDesktop || *onDesktop == *currentDesktop ||
-                          *onDesktop == kEveryDesktop || has("_NET_WM_STATE_STICKY");
+        // Every output of a tiling window manager shows a desktop of its own, and one of them is
+        // the current one.
+        const bool here = !drawsScreen || !onDesktop || !currentDesktop ||
+                          *onDesktop == *currentDesktop || *onDesktop == kEveryDesktop ||
+                          has("_NET_WM_STATE_STICKY");
         X11WindowDescription one;
         one.window = windows[i];
         one.type = typeOf(x, type);
         one.onScreen = here && attributes->map_state == XCB_MAP_STATE_VIEWABLE &&
+                       reachesScreen(x.screen(), *place, *geometry) &&
                        (!shown || shown->firstWord() == kNormalState) &&
                        !has("_NET_WM_STATE_HIDDEN");
         const auto extents = frameExtents(margins, geometry->width, geometry->height);

@@ -29,7 +29,7 @@ struct X11FrameExtents {
 struct X11WindowDescription {
     xcb_window_t window = XCB_WINDOW_NONE;
     X11WindowType type = X11WindowType::Normal;
-    bool onScreen = false;   ///< Shown on the current desktop; covered or not does not matter.
+    bool onScreen = false;   ///< Shown on any of the outputs; covered or not does not matter.
     std::uint32_t width = 0; ///< As the user sees it: without the invisible margins.
     std::uint32_t height = 0;
 };

@@ -2,13 +2,36 @@
 
 #include "platform/linux/x11/x11_windows.h"
 
-#include <set>
+#include <algorithm>
+#include <map>
 #include <utility>
 #include <vector>
 
 namespace kelvane {
 
 namespace {
+
+/// A running application and how far behind the window in front its own frontmost one lies.
+struct Instance {
+    RunningApp app;
+    std::size_t depth = 0;
+};
+
+/// Applications stay where they are, oldest first; the instances of one change places, so that the
+/// one in front comes first.
+std::vector<RunningApp> frontInstancesFirst(std::vector<Instance> running) {
+    std::map<std::optional<std::string>, std::vector<std::size_t>> places;
+    for (std::size_t i = 0; i < running.size(); ++i) places[running[i].app.bundleId].push_back(i);
+    std::vector<RunningApp> ordered(running.size());
+    for (const auto& [id, own] : places) {
+        auto byDepth = own;
+        std::ranges::stable_sort(byDepth, {}, [&](std::size_t i) { return running[i].depth; });
+        for (std::size_t i = 0; i < own.size(); ++i) {
+            ordered[own[i]] = std::move(running[byDepth[i]].app);
+        }
+    }
+    return ordered;
+}
 
 class X11Workspace : public Workspace {
 public:
@@ -28,12 +51,24 @@ public:
         const auto windows = m_applications->clients();
         if (!windows) return {};
         const auto front = m_applications->stacking().value_or(std::vector<xcb_window_t>{});
-        std::vector<RunningApp> running;
-        std::set<ProcessId> seen;
+        std::map<xcb_window_t, std::size_t> depth; // 0 for the window in front
+        for (const auto window : front) depth.emplace(window, depth.size() + 1);
+        const auto active = m_applications->active();
+        if (active) depth[active->window] = 0;
+
+        std::vector<Instance> running;
+        std::map<ProcessId, std::size_t> seen;
         for (auto& window : m_applications->identifyAll(*windows, front)) {
-            if (seen.insert(window.app.pid).second) running.push_back(std::move(window.app));
+            const auto lies = depth.try_emplace(window.window, depth.size() + 1).first->second;
+            const auto [known, isNew] = seen.emplace(window.app.pid, running.size());
+            if (isNew) {
+                running.push_back({std::move(window.app), lies});
+            } else {
+                auto& instance = running[known->second];
+                instance.depth = std::min(instance.depth, lies);
+            }
         }
-        return running;
+        return frontInstancesFirst(std::move(running));
     }
 
     bool activate(ProcessId pid) override {
@@ -49,12 +84,17 @@ public:
         message.type = link->atom("_NET_ACTIVE_WINDOW");
         message.data.data32[0] = 2; // On behalf of the user, not of another application.
         message.data.data32[1] = link->serverTime();
-        const auto sent = xcb_send_event_checked(link->xcb(), 0, link->root(),
-                                                 XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT |
-                                                     XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY,
-                                                 reinterpret_cast<const char*>(&message));
-        const XcbOwned<xcb_generic_error_t> error(xcb_request_check(link->xcb(), sent));
-        return !error && link->alive();
+        return link->succeeded(xcb_send_event_checked(link->xcb(), 0, link->root(),
+                                                      XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT |
+                                                          XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY,
+                                                      reinterpret_cast<const char*>(&message)));
+    }
+
+    std::optional<std::string> silentDisplay() override {
+        const bool silent = m_applications ? m_applications->connection().alive() &&
+                                                 !m_applications->connection().answers()
+                                           : !m_display.empty();
+        return silent ? std::optional(m_display) : std::nullopt;
     }
 
 private:

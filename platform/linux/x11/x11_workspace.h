@@ -15,7 +15,7 @@
 namespace kelvane {
 
 /// `display` is the server that `applications` asks about. With null applications every answer is
-/// the absent one.
+/// the absent one; a display named all the same is one that let nobody in.
 [[nodiscard]] std::unique_ptr<Workspace>
 makeX11Workspace(std::shared_ptr<X11Applications> applications, std::string display);
 

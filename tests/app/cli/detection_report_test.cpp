@@ -45,6 +45,18 @@ TEST(DetectionReport, UnknownAppKeepsItsIdentifierAndHasNoName) {
               R"("modality":"","supported":false,"catalog_apps":7,"agents":[]})");
 }
 
+TEST(DetectionReport, IsOneLineWhateverAnybodyIsCalled) {
+    auto front = figma();
+    front.rawBundleId = "a\nb\r\x1b[31m\x7f\tc\0d";
+    front.app->id = "fig\nma";
+    front.app->name = "Fig\n\"ma\" \\ \u00e9";
+    front.app->primaryModality = "ui\x01_ux";
+    EXPECT_EQ(detectionReport(front, 1, {}),
+              "{\"frontmost_bundle\":\"ab[31mc\",\"detected_app\":\"figma\","
+              "\"app_name\":\"Fig\"ma\" \\ \u00e9\",\"modality\":\"ui_ux\","
+              "\"supported\":true,\"catalog_apps\":1,\"agents\":[]}");
+}
+
 TEST(DetectionReport, AgentThatCannotBeWiredHasNull) {
     EXPECT_NE(detectionReport({}, 0, {agent("ollama", true, true, std::nullopt)})
                   .find(R"({"id":"ollama","running":true,"wired":null})"),

@@ -25,7 +25,7 @@ protected:
 TEST_F(LinuxPlatformTest, answersAboutTheDisplayOfItsEnvironment) {
     auto ports = make();
     EXPECT_TRUE(ports.keyboard->trusted());
-    const auto window = paint({.wmClass = "Whole"});
+    const auto window = paint({.background = 0xFFFFFF, .wmClass = "Whole"});
     ASSERT_TRUE(desktop().activate(window->id()));
     const auto front = ports.workspace->frontmost();
     ASSERT_TRUE(front);

@@ -1,5 +1,7 @@
 #include "tests/platform/linux/virtual_desktop.h"
 
+#include "platform/linux/x11/x11_processes.h"
+
 #include <fcntl.h>
 #include <poll.h>
 #include <signal.h>
@@ -105,7 +107,7 @@ std::string readLine(int descriptor, std::chrono::milliseconds timeout) {
 
 } // namespace
 
-VirtualDesktop::VirtualDesktop(DesktopOptions options) {
+VirtualDesktop::VirtualDesktop(DesktopOptions options) : m_manager(options.manager) {
     const std::string model =
         (std::filesystem::temp_directory_path() / "kelvane-desktop-XXXXXX").string();
     std::vector<char> path(model.begin(), model.end());
@@ -158,7 +160,7 @@ void VirtualDesktop::startServer(const DesktopOptions& options) {
     }
     m_display = ":" + number;
     m_environment["DISPLAY"] = m_display;
-    m_link = X11Connection::open(m_display);
+    m_link = X11Connection::open(m_display, kTestPatience);
     if (!m_link) throw std::runtime_error("Xvfb started but nobody answers on " + m_display);
 }
 
@@ -173,8 +175,10 @@ void VirtualDesktop::startBus() {
 }
 
 pid_t VirtualDesktop::startWindowManager() {
-    const auto manager = start({"openbox", "--sm-disable"});
-    if (!waitUntil([&] { return givesFocus(); })) throw std::runtime_error("openbox did not start");
+    const auto manager = start(m_manager);
+    if (!waitUntil([&] { return givesFocus(); })) {
+        throw std::runtime_error(m_manager.front() + " did not start");
+    }
     return manager;
 }
 
@@ -225,6 +229,16 @@ void VirtualDesktop::reap(pid_t program) {
     ::kill(-program, SIGKILL);
     while (::waitpid(program, nullptr, 0) < 0 && errno == EINTR) {
     }
+}
+
+void VirtualDesktop::stopServer() {
+    ::kill(m_server, SIGSTOP);
+    // The signal takes effect some time later; only then is the test about a stopped server.
+    waitUntil([&] { return isStopped(m_server); });
+}
+
+void VirtualDesktop::continueServer() {
+    ::kill(m_server, SIGCONT);
 }
 
 void VirtualDesktop::killServer() {

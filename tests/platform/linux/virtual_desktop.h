@@ -36,6 +36,8 @@ struct DesktopOptions {
     bool windowManager = true;
     bool sessionBus = true;
     std::vector<std::string> withoutExtensions = {}; ///< Of the server, like "XTEST".
+    /// The window manager.
+    std::vector<std::string> manager = {"openbox", "--sm-disable"};
 };
 
 /// One managed top-level window, as the window manager lists it.
@@ -46,6 +48,9 @@ struct DesktopWindow {
     std::string title;
     pid_t pid = 0; ///< _NET_WM_PID, 0 when not set.
 };
+
+/// How long the links of tests wait for the server. A machine may be busy for a while.
+inline constexpr std::chrono::seconds kTestPatience{60};
 
 class VirtualDesktop {
 public:
@@ -78,6 +83,10 @@ public:
 
     /// Ends the X server at once, as a crash would.
     void killServer();
+    /// Has the X server stand still and go on. Nothing else of this object may be used meanwhile:
+    /// it would wait.
+    void stopServer();
+    void continueServer();
 
     /// All managed windows, oldest first. Empty when the server is gone.
     [[nodiscard]] std::vector<DesktopWindow> windows();
@@ -118,6 +127,7 @@ private:
     std::map<std::string, std::string> m_environment;
     std::vector<pid_t> m_programs; ///< Oldest first; the server is the first one.
     pid_t m_server = 0;
+    std::vector<std::string> m_manager;
     std::shared_ptr<X11Connection> m_link;
 };
 

@@ -35,9 +35,8 @@ TEST(MacosApplicationFacts, AbsentNameStaysAbsent) {
               (RunningApp{"com.example.Editor", std::nullopt, 501}));
 }
 
-TEST(MacosApplicationFacts, EmptyTextWasNotTold) {
-    EXPECT_EQ(runningApp({"", "", 501, std::nullopt}),
-              (RunningApp{std::nullopt, std::nullopt, 501}));
+TEST(MacosApplicationFacts, AnEmptyIdentifierWasNotToldAndAnEmptyNameIsOne) {
+    EXPECT_EQ(runningApp({"", "", 501, std::nullopt}), (RunningApp{std::nullopt, "", 501}));
 }
 
 TEST(MacosApplicationFacts, BundleIdentifierIsNeitherTrimmedNorFolded) {

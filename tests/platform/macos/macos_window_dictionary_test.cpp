@@ -124,10 +124,9 @@ TEST(MacosWindowDictionary, LengthMayBeAnyKindOfNumber) {
     EXPECT_EQ(boundsWith(0.0, std::int64_t{0}), (WindowBounds{.width = 0.0, .height = 0.0}));
 }
 
-TEST(MacosWindowDictionary, NegativeSizeIsNone) {
-    EXPECT_EQ(boundsWith(-1.0, 4.0), (WindowBounds{.width = std::nullopt, .height = 4.0}));
-    EXPECT_EQ(boundsWith(4.0, std::int64_t{-600}),
-              (WindowBounds{.width = 4.0, .height = std::nullopt}));
+TEST(MacosWindowDictionary, NegativeSizeIsASize) {
+    EXPECT_EQ(boundsWith(-1.0, 4.0), (WindowBounds{.width = -1.0, .height = 4.0}));
+    EXPECT_EQ(boundsWith(4.0, std::int64_t{-600}), (WindowBounds{.width = 4.0, .height = -600.0}));
 }
 
 TEST(MacosWindowDictionary, SizeThatIsNoNumberIsNone) {

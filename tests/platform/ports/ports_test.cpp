@@ -22,15 +22,15 @@ TEST(RunningApplicationsWithIdentifier, AreExactMatchesInOrder) {
         {.bundleId = "org.example.editor.beta", .name = "x", .pid = 5},
         second,
     };
-    EXPECT_EQ(runningApplications(fake.workspace, "org.example.editor"),
+    EXPECT_EQ(fake.workspace.instancesOf("org.example.editor"),
               (std::vector<RunningApp>{first, second}));
-    EXPECT_TRUE(runningApplications(fake.workspace, "org.example").empty());
+    EXPECT_TRUE(fake.workspace.instancesOf("org.example").empty());
 }
 
 TEST(RunningApplicationsWithIdentifier, EmptyIdentifierIsNotAnAbsentOne) {
     FakePlatform fake;
     fake.workspace.running = {{.bundleId = std::nullopt, .name = "x", .pid = 1}};
-    EXPECT_TRUE(runningApplications(fake.workspace, "").empty());
+    EXPECT_TRUE(fake.workspace.instancesOf("").empty());
 }
 
 TEST(PasteboardMemoryDefault, RemembersTextAndCount) {

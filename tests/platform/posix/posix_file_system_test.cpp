@@ -7,6 +7,7 @@
 
 #include <atomic>
 #include <csignal>
+#include <fcntl.h>
 #include <filesystem>
 #include <memory>
 #include <optional>
@@ -52,6 +53,37 @@ TEST_F(PosixFileSystemTest, ReadsAFileThatStatesNoSize) {
     ASSERT_TRUE(status.has_value());
     EXPECT_NE(status->find("Name:"), std::string::npos);
     EXPECT_TRUE(status->ends_with('\n'));
+}
+
+TEST_F(PosixFileSystemTest, ReadsAnyKindOfFileUpToABound) {
+    putFile(folder / "f", "0123456789");
+    EXPECT_EQ(files->readAny(folder / "f", 10), "0123456789");
+    EXPECT_EQ(files->readAny(folder / "f", 9), std::nullopt);
+    EXPECT_EQ(files->readAny(folder / "none", 10), std::nullopt);
+    EXPECT_EQ(files->readAny(folder.path(), 10), std::nullopt);
+    EXPECT_EQ(files->readAny("/dev/null", 10), "");
+    EXPECT_EQ(files->readAny("/dev/zero", 1 << 20), std::nullopt) << "it never ends";
+}
+
+TEST_F(PosixFileSystemTest, ReadsAPipeToItsEnd) {
+    std::string bytes;
+    for (int i = 0; bytes.size() < 300'000; ++i) bytes += std::to_string(i);
+    ASSERT_EQ(mkfifo((folder / "pipe").c_str(), 0600), 0);
+    const auto write = [&] {
+        const int writing = open((folder / "pipe").c_str(), O_WRONLY | O_CLOEXEC);
+        for (std::size_t at = 0; at < bytes.size();) {
+            const auto sent = ::write(writing, bytes.data() + at, bytes.size() - at);
+            if (sent <= 0) break; // the reader has had enough
+            at += static_cast<std::size_t>(sent);
+        }
+        close(writing);
+    };
+    for (const std::size_t most : {bytes.size(), bytes.size() - 1}) {
+        std::thread writer(write);
+        const auto read = files->readAny(folder / "pipe", most);
+        writer.join();
+        EXPECT_TRUE(most == bytes.size() ? read == bytes : read == std::nullopt) << most;
+    }
 }
 
 TEST_F(PosixFileSystemTest, PipeThatNobodyWritesToIsAbsentAtOnce) {

@@ -393,5 +393,61 @@ TEST(Sandboxes, snapsShowInTheControlGroups) {
     EXPECT_EQ(snapInstanceFrom(""), "");
 }
 
+DesktopEntry starting(DesktopEntry made, std::string exec) {
+    made.exec = std::move(exec);
+    return made;
+}
+
+TEST(WindowIdentity, AnIdentifierHasNoControlCharactersQuotesOrBackslashes) {
+    const DesktopEntryIndex index({entry("good", "Good"), entry("b\"ad", "Bad", "Claimed")});
+    for (const auto* const name : {"line\nbreak", "a\",\"supported\":true", "back\\slash",
+                                   "es\x1b[0mcape", "de\x7fl", "Claimed"}) {
+        EXPECT_EQ(identify(window(name, name), index), std::nullopt) << name;
+    }
+    EXPECT_TRUE(identify(window("good", "good"), index));
+    EXPECT_TRUE(identify(window("gr\u00fc\u00df", "gr\u00fc\u00df"), index));
+}
+
+TEST(WindowIdentity, TheExecutableTellsWhereNothingElseDoes) {
+    const DesktopEntryIndex index({
+        starting(entry("lm-studio", "LM Studio"), "/home/me/LM-Studio-0.3.AppImage --x %U"),
+        starting(entry("spaced", "Spaced"), "\"/opt/My Program/run me\" %f"),
+        starting(entry("plain", "Plain"), "plainly"),
+        starting(aside(entry("helper", "Helper")), "plainly --help"),
+        starting(entry("one", "One"), "twice"),
+        starting(entry("other", "Other"), "/usr/bin/twice -o"),
+        starting(entry("script", "Script"), "python3 /opt/script.py"),
+        starting(entry("wrapped", "Wrapped"), "sh -c wrapped"),
+        entry("silent", "Silent"),
+    });
+    const auto idOf = [&](std::string executable) {
+        auto facts = window("main", "Main");
+        facts.executable = std::move(executable);
+        return identify(facts, index)->id;
+    };
+    EXPECT_EQ(idOf("/home/me/LM-Studio-0.3.AppImage"), "lm-studio");
+    EXPECT_EQ(idOf("/opt/My Program/run me"), "spaced");
+    EXPECT_EQ(idOf("/usr/bin/plainly"), "plain");
+    EXPECT_EQ(idOf("/usr/bin/twice"), "wmclass:main") << "one of two, nobody knows which";
+    EXPECT_EQ(idOf("/usr/bin/python3"), "wmclass:main") << "anybody's program may run in it";
+    EXPECT_EQ(idOf("/usr/bin/python3.11"), "wmclass:main");
+    EXPECT_EQ(idOf("/usr/bin/sh"), "wmclass:main");
+    EXPECT_EQ(idOf(""), "wmclass:main");
+    EXPECT_EQ(idOf("/usr/bin/"), "wmclass:main");
+    // The class of a window still counts before it.
+    auto facts = window("spaced", "Spaced");
+    facts.executable = "/usr/bin/plainly";
+    EXPECT_EQ(identify(facts, index)->id, "spaced");
+}
+
+TEST(WindowIdentity, AnAppImageIsNamedByItsEnvironment) {
+    using std::string_literals::operator""s;
+    EXPECT_EQ(appImageFrom("HOME=/home/me\0APPIMAGE=/opt/X.AppImage\0ARGV0=x\0"s),
+              "/opt/X.AppImage");
+    EXPECT_EQ(appImageFrom("APPIMAGE=/opt/X.AppImage"), "/opt/X.AppImage");
+    EXPECT_EQ(appImageFrom("NOAPPIMAGE=/x\0HOME=/\0"s), "");
+    EXPECT_EQ(appImageFrom(""), "");
+}
+
 } // namespace
 } // namespace kelvane

@@ -1,5 +1,7 @@
 #include "tests/platform/linux/x11/painted_window.h"
 
+#include <xcb/shape.h>
+
 #include <chrono>
 #include <stdexcept>
 #include <utility>
@@ -25,7 +27,7 @@ xcb_visualid_t deepVisual(const xcb_screen_t& screen) {
 
 PaintedWindow::PaintedWindow(const std::string& display, PaintedWindowOptions options)
     : m_options(std::move(options)),
-      m_link(X11Connection::open(display)) {
+      m_link(X11Connection::open(display, std::chrono::minutes(1))) {
     if (!m_link) throw std::runtime_error("no server on " + display);
     auto& x = *m_link;
     auto* const xcb = x.xcb();
@@ -75,6 +77,11 @@ PaintedWindow::PaintedWindow(const std::string& display, PaintedWindowOptions op
         {1, static_cast<std::uint32_t>(m_options.x), static_cast<std::uint32_t>(m_options.y),
          m_options.width, m_options.height, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1});
     if (m_options.transientFor != XCB_WINDOW_NONE) setTransientFor(m_options.transientFor);
+    if (!m_options.shape.empty()) {
+        xcb_shape_rectangles(
+            xcb, XCB_SHAPE_SO_SET, XCB_SHAPE_SK_BOUNDING, XCB_CLIP_ORDERING_UNSORTED, m_window, 0,
+            0, static_cast<std::uint32_t>(m_options.shape.size()), m_options.shape.data());
+    }
     xcb_map_window(xcb, m_window);
     xcb_flush(xcb);
     m_thread = std::thread([this] { run(); });
@@ -112,11 +119,13 @@ void PaintedWindow::run() {
             std::this_thread::sleep_for(5ms);
             continue;
         }
+        m_hanging = false;
         const auto event = x.nextEvent(std::chrono::steady_clock::now() + 10ms);
         if (!event) continue;
         const auto type = event->response_type & 0x7FU;
         if (type == XCB_EXPOSE &&
             reinterpret_cast<const xcb_expose_event_t*>(event.get())->count == 0) {
+            std::this_thread::sleep_for(m_options.slowness);
             draw();
         }
         if (type == XCB_CLIENT_MESSAGE) {

@@ -8,6 +8,7 @@
 #include "platform/linux/x11/x11_connection.h"
 
 #include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -38,6 +39,8 @@ struct PaintedWindowOptions {
     xcb_window_t transientFor = XCB_WINDOW_NONE;
     std::vector<std::uint32_t> frameExtents{}; ///< Left, right, top, bottom; empty for none.
     bool answersPings = true;                  ///< And says so.
+    std::chrono::milliseconds slowness{0};     ///< Between hearing that it is to draw, and drawing.
+    std::vector<xcb_rectangle_t> shape{};      ///< Of the window; empty for all of it.
     bool managed = true;                       ///< False: the window manager leaves it alone.
 };
 
@@ -53,6 +56,8 @@ public:
     [[nodiscard]] bool waitUntilDrawn() const;
     /// Stops drawing and answering, as a program that hangs does. In force when it returns.
     void hang();
+    /// Goes on from there.
+    void recover() { m_hangs = false; }
     /// Sets WM_TRANSIENT_FOR afterwards.
     void setTransientFor(xcb_window_t other);
 

@@ -12,7 +12,7 @@ using namespace std::chrono_literals;
 
 ScriptedOwner::ScriptedOwner(const std::string& display, OwnerScript script,
                              const std::string& selection)
-    : m_link(X11Connection::open(display)),
+    : m_link(X11Connection::open(display, std::chrono::minutes(1))),
       m_script(std::move(script)) {
     if (!m_link) throw std::runtime_error("no display " + display);
     m_selection = m_link->atom(selection);

@@ -28,7 +28,8 @@ struct X11Adapters {
           files(std::make_shared<DesktopFiles>(
               std::vector<std::filesystem::path>{share, "/usr/share"}, "", clock)),
           applications(std::make_shared<X11Applications>(
-              X11Connection::open(desktop.display()), [files = files] { return files->index(); })),
+              X11Connection::open(desktop.display(), kTestPatience),
+              [files = files] { return files->index(); })),
           workspace(makeX11Workspace(applications, desktop.display())),
           windowList(makeX11WindowList(applications)),
           windowPicture(makeX11WindowPicture(desktop.display())) {}

@@ -20,7 +20,8 @@ constexpr std::uint8_t kInsert = 118;
 /// A window that has the focus and writes down the keys it gets.
 class KeyListener {
 public:
-    explicit KeyListener(const std::string& display) : m_link(X11Connection::open(display)) {
+    explicit KeyListener(const std::string& display)
+        : m_link(X11Connection::open(display, std::chrono::minutes(1))) {
         auto* const xcb = m_link->xcb();
         m_window = xcb_generate_id(xcb);
         const std::uint32_t values[] = {1, XCB_EVENT_MASK_KEY_PRESS | XCB_EVENT_MASK_KEY_RELEASE};

@@ -343,7 +343,9 @@ TEST_F(X11PasteboardTest, whatTheUserCopiedAfterwardsStays) {
     askToCopy();
     ScriptedOwner app(desktop().display(), says("the selection"));
     app.own();
+    EXPECT_NE(pasteboard.changeCount(), memory.changeCount);
     otherProgramCopies("the user's new text");
+    EXPECT_EQ(pasteboard.string(), std::nullopt) << "that is not the selection any more";
     EXPECT_NE(pasteboard.changeCount(), memory.changeCount);
     pasteboard.putBack(memory);
     EXPECT_EQ(pasted(), "the user's new text");
@@ -354,9 +356,80 @@ TEST_F(X11PasteboardTest, whatTheUserCopiedInsteadStays) {
     const auto memory = pasteboard.remember();
     askToCopy();
     otherProgramCopies("the user's new text");
-    (void)pasteboard.changeCount();
+    EXPECT_EQ(pasteboard.changeCount(), memory.changeCount) << "nobody copied the selection";
     pasteboard.putBack(memory);
     EXPECT_EQ(pasted(), "the user's new text");
+}
+
+TEST_F(X11PasteboardTest, whatAnotherProgramCopiedRightAfterTheApplicationIsNotTheSelection) {
+    const auto memory = pasteboard.remember();
+    askToCopy();
+    ScriptedOwner app(desktop().display(), says("the selection"));
+    app.own();
+    otherProgramCopies("a password");
+    EXPECT_EQ(pasteboard.changeCount(), memory.changeCount);
+    EXPECT_EQ(pasted(), "a password");
+}
+
+TEST_F(X11PasteboardTest, whatIsMarkedAsAPasswordIsNoText) {
+    auto script = says("hunter2");
+    script.values["x-kde-passwordManagerHint"] = {"x-kde-passwordManagerHint", "secret"};
+    ScriptedOwner manager(desktop().display(), script);
+    manager.own();
+    EXPECT_EQ(pasteboard.string(), std::nullopt);
+    // It is remembered all the same, to come back as it was.
+    EXPECT_EQ(pasteboard.remember().string, "hunter2");
+    askToCopy();
+    ScriptedOwner app(desktop().display(), script);
+    app.own();
+    EXPECT_EQ(pasteboard.string(), std::nullopt);
+
+    script.values["x-kde-passwordManagerHint"].bytes = "public";
+    ScriptedOwner open(desktop().display(), script);
+    open.own();
+    (void)pasteboard.remember();
+    EXPECT_EQ(pasteboard.string(), "hunter2");
+
+    ScriptedOwner selected(
+        desktop().display(),
+        {.values = {{"UTF8_STRING", {"UTF8_STRING", "hunter2"}},
+                    {"x-kde-passwordManagerHint", {"x-kde-passwordManagerHint", "secret"}}}},
+        "PRIMARY");
+    selected.own();
+    const auto memory = pasteboard.remember();
+    askToCopy(false);
+    EXPECT_EQ(pasteboard.changeCount(), memory.changeCount);
+}
+
+TEST_F(X11PasteboardTest, silenceOfAnApplicationThatAnswersMeansThatNothingIsSelected) {
+    ScriptedOwner selected(desktop().display(), says("the old word"), "PRIMARY");
+    selected.own();
+    auto memory = pasteboard.remember();
+    askToCopy();
+    ScriptedOwner app(desktop().display(), says("the selection"));
+    app.own();
+    EXPECT_EQ(pasteboard.string(), "the selection");
+    EXPECT_NE(pasteboard.changeCount(), memory.changeCount);
+    pasteboard.putBack(memory);
+
+    memory = pasteboard.remember();
+    askToCopy();
+    EXPECT_EQ(pasteboard.changeCount(), memory.changeCount);
+}
+
+TEST_F(X11PasteboardTest, whatWasRememberedIsLetGoWithItsMemory) {
+    otherProgramCopies("a password");
+    std::weak_ptr<const void> content;
+    {
+        const auto memory = pasteboard.remember();
+        content = memory.formats;
+        EXPECT_FALSE(content.expired());
+        askToCopy();
+        EXPECT_EQ(pasteboard.changeCount(), memory.changeCount);
+    }
+    // For as long as a late copy would be undone; then for nothing.
+    EXPECT_TRUE(VirtualDesktop::waitUntil([&] { return content.expired(); }));
+    EXPECT_EQ(pasted(), "a password");
 }
 
 TEST_F(X11PasteboardTest, nothingCopiedLeavesTheOwnerInPlace) {
@@ -507,7 +580,7 @@ TEST_F(X11PasteboardTest, aCopyThatComesWhilePrimaryIsAskedForIsTheAnswer) {
     EXPECT_EQ(pasted(), "theirs");
 }
 
-TEST_F(X11PasteboardTest, aSelectionFromBeforeWeListenedIsNotFreshButGoodForATerminal) {
+TEST_F(X11PasteboardTest, aSelectionFromBeforeWeListenedMayBeStale) {
     ScriptedOwner app(desktop().display(), says("selected long ago"), "PRIMARY");
     app.own();
     ClipboardPorts late(desktop().display());
@@ -518,7 +591,11 @@ TEST_F(X11PasteboardTest, aSelectionFromBeforeWeListenedIsNotFreshButGoodForATer
     late.target->takesKeys = false;
     const auto again = late.pasteboard->remember();
     late.keyboard->postCopy(1);
-    EXPECT_NE(late.pasteboard->changeCount(), again.changeCount);
+    EXPECT_EQ(late.pasteboard->changeCount(), again.changeCount);
+    app.own();
+    const auto fresh = late.pasteboard->remember();
+    late.keyboard->postCopy(1);
+    EXPECT_NE(late.pasteboard->changeCount(), fresh.changeCount);
     EXPECT_EQ(late.pasteboard->string(), "selected long ago");
 }
 

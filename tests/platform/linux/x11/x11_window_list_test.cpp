@@ -2,6 +2,7 @@
 
 #include "platform/linux/rules/window_identity.h"
 #include "platform/linux/x11/x11_windows.h"
+#include "tests/platform/linux/x11/scripted_manager.h"
 
 #include <gmock/gmock.h>
 
@@ -187,12 +188,51 @@ TEST_F(X11WindowListTest, whateverHidesAWindowTakesItOffTheScreen) {
     EXPECT_FALSE(onScreen()) << "hidden";
     set("_NET_WM_STATE", {});
     set("_NET_WM_DESKTOP", {3});
-    EXPECT_FALSE(onScreen()) << "on another desktop";
-    set("_NET_WM_STATE", {x.atom("_NET_WM_STATE_STICKY")});
-    EXPECT_TRUE(onScreen()) << "on every desktop";
+    EXPECT_TRUE(onScreen()) << "on the desktop of another output";
+    const auto moveTo = [&](std::int32_t place) {
+        const auto left = static_cast<std::uint32_t>(place);
+        xcb_configure_window(x.xcb(), window->id(), XCB_CONFIG_WINDOW_X, &left);
+    };
+    for (const std::int32_t outside : {-200, -3200, 1600}) {
+        moveTo(outside);
+        EXPECT_FALSE(onScreen()) << "moved off the screen to " << outside;
+    }
+    moveTo(-199);
+    EXPECT_TRUE(onScreen()) << "one column is left";
     xcb_unmap_window(x.xcb(), window->id());
     EXPECT_FALSE(onScreen()) << "not mapped";
     EXPECT_TRUE(describeWindows(x, {0x7FFFFFF}).empty());
+}
+
+TEST(X11WindowListAlone, aManagerThatDrawsTheScreenKeepsOtherDesktopsMapped) {
+    VirtualDesktop desktop({.windowManager = false, .sessionBus = false});
+    ScriptedManager manager(desktop.display());
+    manager.introduceItself();
+    manager.tell("_NET_CURRENT_DESKTOP", {0});
+    PaintedWindow window(desktop.display(), {.managed = false});
+    ASSERT_TRUE(window.waitUntilDrawn());
+    const auto onScreen = [&] {
+        const auto described = describeWindows(desktop.link(), {window.id()});
+        return described.size() == 1 && described.front().onScreen;
+    };
+    manager.mark(window.id(), "_NET_WM_DESKTOP", 3);
+    EXPECT_TRUE(onScreen());
+    manager.composite();
+    EXPECT_FALSE(onScreen());
+    manager.mark(window.id(), "_NET_WM_DESKTOP", 0xFFFFFFFF);
+    EXPECT_TRUE(onScreen()) << "on every desktop";
+    manager.mark(window.id(), "_NET_WM_DESKTOP", 3);
+    manager.mark(window.id(), "_NET_WM_STATE", desktop.link().atom("_NET_WM_STATE_STICKY"));
+    EXPECT_TRUE(onScreen()) << "on every desktop";
+    manager.mark(window.id(), "_NET_WM_STATE", 0);
+    manager.mark(window.id(), "_NET_WM_DESKTOP", 0);
+    EXPECT_TRUE(onScreen());
+    // A compositor that is a program of its own hides nothing.
+    manager.mark(window.id(), "_NET_WM_DESKTOP", 3);
+    PaintedWindow other(desktop.display(), {.managed = false});
+    xcb_set_selection_owner(desktop.link().xcb(), other.id(), desktop.link().atom("_NET_WM_CM_S0"),
+                            XCB_CURRENT_TIME);
+    EXPECT_TRUE(onScreen());
 }
 
 TEST_F(X11WindowListTest, windowsNobodyManagesAreNotListed) {

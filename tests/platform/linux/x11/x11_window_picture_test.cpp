@@ -3,7 +3,9 @@
 
 #include <signal.h>
 
+#include <atomic>
 #include <chrono>
+#include <thread>
 
 namespace kelvane {
 namespace {
@@ -183,10 +185,110 @@ TEST_F(X11WindowPictureTest, aCoveredProgramThatHangsHasNone) {
     EXPECT_FALSE(picture(window->id()));
 }
 
-TEST_F(X11WindowPictureTest, aVisibleProgramThatHangsStillHasOne) {
+/// Until it draws, a program that was covered shows what covered it.
+TEST_F(X11WindowPictureTest, aVisibleProgramThatHangsHasNone) {
+    for (const bool answersPings : {true, false}) {
+        auto options = flag();
+        options.answersPings = answersPings;
+        const auto window = paint(options);
+        auto above = paint(cover(0, 0, 1600, 1000));
+        window->hang();
+        above.reset();
+        EXPECT_FALSE(picture(window->id())) << answersPings;
+        window->recover();
+        expectFlag(picture(window->id()));
+    }
+}
+
+TEST_F(X11WindowPictureTest, aProgramThatIsSlowToDrawIsWaitedFor) {
+    for (const bool answersPings : {true, false}) {
+        for (const bool hasBackground : {true, false}) {
+            auto options = flag();
+            options.answersPings = answersPings;
+            options.slowness = std::chrono::milliseconds(300);
+            if (hasBackground && answersPings) options.background = pixel(kBackground);
+            const auto window = paint(options);
+            auto above = paint(cover(0, 0, 1600, 1000));
+            above.reset();
+            expectFlag(picture(window->id()));
+        }
+    }
+}
+
+TEST_F(X11WindowPictureTest, popUpsOfOthersThatComeAndGoAreNeverInIt) {
     const auto window = paint(flag());
-    window->hang();
+    const auto [x, y] = placeOf(window->id());
+    std::atomic<bool> enough = false;
+    std::thread popping([&, x = x, y = y] {
+        while (!enough) {
+            PaintedWindow menu(desktop().display(),
+                               cover(static_cast<std::int16_t>(x + 20),
+                                     static_cast<std::int16_t>(y + 20), 90, 60));
+            (void)menu.waitUntilDrawn();
+        }
+    });
+    for (int i = 0; i < 30; ++i) {
+        const auto png = picture(window->id());
+        if (png) expectFlag(png);
+    }
+    enough = true;
+    popping.join();
     expectFlag(picture(window->id()));
+}
+
+TEST_F(X11WindowPictureTest, ofAWindowThatChangesItsSizeItIsTheWindowAlone) {
+    const auto below = paint(cover(0, 0, 1600, 1000));
+    auto options = flag();
+    options.managed = false;
+    const auto window = paint(options);
+    std::atomic<bool> enough = false;
+    std::thread resizing([&] {
+        const auto link = X11Connection::open(desktop().display(), kTestPatience);
+        bool small = false;
+        while (!enough) {
+            small = !small;
+            const std::uint32_t size[] = {small ? 180U : 200U, small ? 90U : 100U};
+            xcb_configure_window(link->xcb(), window->id(),
+                                 XCB_CONFIG_WINDOW_WIDTH | XCB_CONFIG_WINDOW_HEIGHT, size);
+            link->roundTrip();
+            std::this_thread::sleep_for(std::chrono::milliseconds(7));
+        }
+    });
+    for (int i = 0; i < 30; ++i) {
+        const auto png = picture(window->id());
+        if (!png) continue;
+        EXPECT_EQ(png->count(kRed) + png->count(kGreen) + png->count(kBlue),
+                  std::size_t{png->width} * png->height);
+    }
+    enough = true;
+    resizing.join();
+}
+
+/// A window without corners: 200 x 50 above, 100 x 50 below.
+TEST_F(X11WindowPictureTest, whatLiesOutsideTheShapeIsBlack) {
+    const auto below = paint(cover(0, 0, 1600, 1000));
+    const std::uint32_t lowest = XCB_STACK_MODE_BELOW;
+    xcb_configure_window(desktop().link().xcb(), below->id(), XCB_CONFIG_WINDOW_STACK_MODE,
+                         &lowest);
+    desktop().link().roundTrip();
+    for (const bool managed : {true, false}) {
+        for (const bool covered : {true, false}) {
+            auto options = flag();
+            options.managed = managed;
+            options.shape = {{0, 0, 200, 50}, {50, 50, 100, 50}};
+            const auto window = paint(options);
+            const auto above = covered ? paint(cover(0, 0, 1600, 1000)) : nullptr;
+            const auto png = picture(window->id());
+            ASSERT_TRUE(png) << managed << covered;
+            EXPECT_EQ(png->width, 200U);
+            EXPECT_EQ(png->height, 100U);
+            EXPECT_EQ(png->count(kRed), 100U * 50U + 50U * 50U);
+            EXPECT_EQ(png->count(kGreen), 100U * 50U);
+            EXPECT_EQ(png->count(kBlue), 50U * 50U);
+            EXPECT_EQ(png->count(0xFF000000), 2U * 50U * 50U);
+            EXPECT_EQ(png->at(10, 75), 0xFF000000U);
+        }
+    }
 }
 
 TEST_F(X11WindowPictureTest, whatIsNoVisibleWindowHasNone) {

@@ -1,6 +1,7 @@
 #include "tests/platform/linux/x11/x11_desktop_test.h"
 
 #include "platform/linux/rules/window_identity.h"
+#include "tests/platform/linux/x11/scripted_manager.h"
 
 #include <gmock/gmock.h>
 
@@ -74,10 +75,45 @@ TEST_F(X11WorkspaceTest, tellsInstancesOfOneProgramApartAndListsEachOnce) {
     const auto two = paint({.x = 400, .wmClass = "Twice"});
     const auto running = adapters.workspace->runningApplications();
     ASSERT_EQ(running.size(), 3U);
-    EXPECT_EQ(running[0].pid, processIdOf(first, "debian-xterm"));
-    EXPECT_EQ(running[1].pid, processIdOf(second, "debian-xterm"));
+    EXPECT_EQ(running[0].pid, processIdOf(second, "debian-xterm"));
+    EXPECT_EQ(running[1].pid, processIdOf(first, "debian-xterm"));
     EXPECT_EQ(running[2].pid, processIdOf(::getpid(), "wmclass:twice"));
-    EXPECT_EQ(runningApplications(*adapters.workspace, "debian-xterm").size(), 2U);
+    EXPECT_EQ(adapters.workspace->instancesOf("debian-xterm").size(), 2U);
+}
+
+TEST_F(X11WorkspaceTest, ofTwoInstancesTheOneInFrontComesFirst) {
+    X11Adapters adapters(desktop());
+    const auto one = open({"xterm", "-e", "sleep", "600"}, "XTerm");
+    const auto first = lastProgram();
+    const auto between = paint({.wmClass = "Between"});
+    const auto two = open({"xterm", "-e", "sleep", "600"}, "XTerm");
+    const auto second = lastProgram();
+    const auto firstOf = [&] {
+        return adapters.workspace->instancesOf("debian-xterm").front().pid;
+    };
+    ASSERT_TRUE(desktop().activate(one));
+    EXPECT_TRUE(
+        VirtualDesktop::waitUntil([&] { return firstOf() == processIdOf(first, "debian-xterm"); }));
+    ASSERT_TRUE(desktop().activate(two));
+    EXPECT_TRUE(VirtualDesktop::waitUntil(
+        [&] { return firstOf() == processIdOf(second, "debian-xterm"); }));
+    // Another application in front of both changes nothing between them.
+    ASSERT_TRUE(desktop().activate(between->id()));
+    EXPECT_EQ(firstOf(), processIdOf(second, "debian-xterm"));
+    EXPECT_THAT(runningIds(adapters),
+                ElementsAre("debian-xterm", "wmclass:between", "debian-xterm"));
+}
+
+TEST_F(X11WorkspaceTest, aWindowWithoutAClassIsTheSameToEveryQuestion) {
+    X11Adapters adapters(desktop());
+    adapters.install("family", "Name=Family\nStartupWMClass=Family\n");
+    const auto main = paint({.wmClass = "Family"});
+    const auto nameless = paint({.x = 400, .instance = "", .wmClass = ""});
+    ASSERT_TRUE(desktop().activate(nameless->id()));
+    const auto front = adapters.workspace->frontmost();
+    ASSERT_TRUE(front);
+    EXPECT_EQ(front->bundleId, "family");
+    EXPECT_EQ(adapters.workspace->runningApplications(), std::vector{*front});
 }
 
 TEST_F(X11WorkspaceTest, oneProcessMayHostSeveralApplications) {
@@ -191,12 +227,162 @@ TEST(X11WorkspaceAlone, hasNoAnswersWithoutADisplay) {
 TEST(X11WorkspaceAlone, hasNoAnswersWithoutAWindowManager) {
     VirtualDesktop desktop({.windowManager = false, .sessionBus = false});
     X11Adapters adapters(desktop);
-    PaintedWindow window(desktop.display(), {});
+    PaintedWindow window(desktop.display(), {.background = 0xFFFFFF});
     ASSERT_TRUE(window.waitUntilDrawn());
     EXPECT_EQ(adapters.workspace->frontmost(), std::nullopt);
     EXPECT_THAT(adapters.workspace->runningApplications(), IsEmpty());
     EXPECT_EQ(adapters.windowList->onScreenWindows(), std::nullopt);
     EXPECT_TRUE(adapters.windowPicture->png(window.id())) << "a picture needs no window manager";
+}
+
+TEST(X11WorkspaceAlone, aManagerThatListsNoStackingIsAskedForTheRest) {
+    VirtualDesktop desktop({.windowManager = false, .sessionBus = false});
+    X11Adapters adapters(desktop);
+    ScriptedManager manager(desktop.display());
+    manager.introduceItself();
+    PaintedWindow one(desktop.display(), {.wmClass = "One", .managed = false});
+    PaintedWindow two(desktop.display(), {.x = 120, .wmClass = "Two", .managed = false});
+    PaintedWindow three(desktop.display(), {.x = 140, .wmClass = "Three", .managed = false});
+    for (const auto* window : {&one, &two, &three}) ASSERT_TRUE(window->waitUntilDrawn());
+    manager.tell("_NET_CLIENT_LIST", {one.id(), two.id(), three.id()});
+    manager.tell("_NET_ACTIVE_WINDOW", {two.id()});
+    const auto frame = manager.frame(one.id());
+    manager.raise(three.id());
+    manager.raise(two.id());
+    manager.raise(frame);
+    const auto order = [&] {
+        std::vector<std::int64_t> numbers;
+        const auto list = adapters.windowList->onScreenWindows();
+        for (const auto& window : list.value_or(std::vector<WindowInfo>{})) {
+            numbers.push_back(window.number.value_or(0));
+        }
+        return numbers;
+    };
+    EXPECT_THAT(order(), ElementsAre(one.id(), two.id(), three.id()));
+    manager.raise(three.id());
+    EXPECT_THAT(order(), ElementsAre(three.id(), one.id(), two.id()));
+    ASSERT_TRUE(adapters.workspace->frontmost());
+    EXPECT_EQ(adapters.workspace->frontmost()->bundleId, "wmclass:two");
+    EXPECT_TRUE(adapters.workspace->activate(processIdOf(::getpid(), "wmclass:one")));
+}
+
+TEST(X11WorkspaceAlone, aManagerOfTheOldConventionsIsUnderstood) {
+    VirtualDesktop desktop({.windowManager = false, .sessionBus = false});
+    X11Adapters adapters(desktop);
+    PaintedWindow one(desktop.display(), {.wmClass = "One", .managed = false});
+    PaintedWindow two(desktop.display(), {.x = 120, .wmClass = "Two", .managed = false});
+    PaintedWindow menu(desktop.display(), {.x = 140, .wmClass = "Menu", .managed = false});
+    for (const auto* window : {&one, &two, &menu}) ASSERT_TRUE(window->waitUntilDrawn());
+    {
+        ScriptedManager manager(desktop.display());
+        manager.manage(one.id());
+        manager.manage(two.id());
+        const auto frame = manager.frame(one.id());
+        manager.focus(manager.inside(one.id()));
+        ASSERT_TRUE(adapters.workspace->frontmost());
+        EXPECT_EQ(adapters.workspace->frontmost()->bundleId, "wmclass:one");
+        manager.focus(two.id());
+        EXPECT_EQ(adapters.workspace->frontmost()->bundleId, "wmclass:two");
+        EXPECT_EQ(adapters.workspace->runningApplications().size(), 2U) << "a menu is none";
+        manager.raise(two.id());
+        manager.raise(frame);
+        const auto windows = adapters.windowList->onScreenWindows();
+        ASSERT_TRUE(windows);
+        ASSERT_EQ(windows->size(), 2U);
+        EXPECT_EQ(windows->front().number, one.id());
+    }
+    // Without anybody who keeps them the marks on the windows are worth nothing.
+    EXPECT_TRUE(VirtualDesktop::waitUntil([&] { return !adapters.workspace->frontmost(); }));
+    EXPECT_THAT(adapters.workspace->runningApplications(), IsEmpty());
+    EXPECT_EQ(adapters.windowList->onScreenWindows(), std::nullopt);
+}
+
+TEST(X11WorkspaceAlone, everyOutputOfATilingManagerShowsItsDesktop) {
+    VirtualDesktop desktop({.windowManager = false, .sessionBus = false});
+    for (const std::vector<std::string>& monitor :
+         {std::vector<std::string>{"LEFT", "800/200x1000/250+0+0", "screen"},
+          std::vector<std::string>{"RIGHT", "800/200x1000/250+800+0", "none"}}) {
+        const auto program =
+            desktop.start({"xrandr", "--setmonitor", monitor[0], monitor[1], monitor[2]});
+        ASSERT_TRUE(VirtualDesktop::waitUntil([&] { return !desktop.running(program); }));
+    }
+    std::ofstream(desktop.home() / "i3") << "font pango:monospace 8\nfocus_follows_mouse no\n";
+    desktop.start({"i3", "-c", (desktop.home() / "i3").string()},
+                  {{"I3SOCK", (desktop.home() / "socket").string()}});
+    X11Adapters adapters(desktop);
+    const auto tell = [&](const std::string& command) {
+        const auto program =
+            desktop.start({"i3-msg", "-s", (desktop.home() / "socket").string(), command});
+        return VirtualDesktop::waitUntil([&] { return !desktop.running(program); });
+    };
+    desktop.start({"xterm", "-class", "OnTheLeft", "-e", "sleep", "600"});
+    const auto left = desktop.waitForWindow(VirtualDesktop::ofClass("OnTheLeft"));
+    ASSERT_TRUE(left);
+    const auto current = [&] {
+        auto& x = desktop.link();
+        const auto property = x.property(x.root(), x.atom("_NET_CURRENT_DESKTOP"));
+        return property ? property->firstWord().value_or(99) : 99;
+    };
+    ASSERT_EQ(current(), 0U);
+    ASSERT_TRUE(tell("focus output right"));
+    ASSERT_TRUE(VirtualDesktop::waitUntil([&] { return current() == 1; })) << "two desktops";
+    desktop.start({"xterm", "-class", "OnTheRight", "-e", "sleep", "600"});
+    const auto right = desktop.waitForWindow(VirtualDesktop::ofClass("OnTheRight"));
+    ASSERT_TRUE(right);
+    ASSERT_TRUE(VirtualDesktop::waitUntil([&] { return desktop.activeWindow() == right->window; }));
+
+    const auto shows = [&](xcb_window_t window) {
+        const auto list = adapters.windowList->onScreenWindows();
+        return list && std::ranges::any_of(*list, [&](const WindowInfo& info) {
+                   return info.number == std::int64_t{window};
+               });
+    };
+    EXPECT_TRUE(VirtualDesktop::waitUntil([&] { return shows(right->window); }));
+    EXPECT_TRUE(shows(left->window)) << "on the other output";
+    EXPECT_TRUE(adapters.windowPicture->png(left->window));
+    // What no output shows is not on screen.
+    ASSERT_TRUE(tell("workspace 7"));
+    EXPECT_TRUE(VirtualDesktop::waitUntil([&] { return !shows(right->window); }));
+    EXPECT_TRUE(shows(left->window));
+}
+
+TEST(X11WorkspaceAlone, aServerThatStandsStillHoldsNobodyUp) {
+    VirtualDesktop desktop({.sessionBus = false});
+    const auto files = std::make_shared<const DesktopEntryIndex>(std::vector<DesktopEntry>{});
+    const auto applications = std::make_shared<X11Applications>(
+        X11Connection::open(desktop.display()), [files] { return files; });
+    const auto workspace = makeX11Workspace(applications, desktop.display());
+    const auto windowList = makeX11WindowList(applications);
+    const auto windowPicture = makeX11WindowPicture(desktop.display());
+    PaintedWindow window(desktop.display(), {});
+    ASSERT_TRUE(VirtualDesktop::waitUntil([&] { return workspace->frontmost().has_value(); }));
+    const auto pid = workspace->frontmost()->pid;
+    EXPECT_EQ(workspace->silentDisplay(), std::nullopt);
+
+    desktop.stopServer();
+    using Clock = std::chrono::steady_clock;
+    const auto begin = Clock::now();
+    EXPECT_EQ(workspace->frontmost(), std::nullopt);
+    const auto first = Clock::now() - begin;
+    EXPECT_GE(first, kServerPatience) << "it was not waited for at all";
+    EXPECT_EQ(workspace->silentDisplay(), desktop.display());
+    // Many questions, as a program that runs for days asks them: what has to be waited for was
+    // waited for once, and nothing piles up until a question cannot be sent any more.
+    for (int i = 0; i < 20'000; ++i) {
+        EXPECT_EQ(workspace->frontmost(), std::nullopt);
+        EXPECT_TRUE(workspace->runningApplications().empty());
+        EXPECT_EQ(windowList->onScreenWindows(), std::nullopt);
+    }
+    EXPECT_FALSE(workspace->activate(pid));
+    EXPECT_EQ(windowPicture->png(window.id()), std::nullopt);
+    const auto opening = X11Connection::tryOpen(desktop.display());
+    EXPECT_EQ(opening.link, nullptr);
+    EXPECT_TRUE(opening.silent);
+    EXPECT_LT(Clock::now() - begin, std::chrono::seconds(30)) << "or it would have been for ever";
+
+    desktop.continueServer();
+    EXPECT_TRUE(VirtualDesktop::waitUntil([&] { return workspace->frontmost().has_value(); }));
+    EXPECT_EQ(workspace->silentDisplay(), std::nullopt);
 }
 
 TEST(X11WorkspaceAlone, doesNotBelieveTheLastWordsOfADeadWindowManager) {
@@ -268,7 +454,7 @@ TEST(X11WorkspaceAlone, windowsComingAndGoingDoNotDisturbIt) {
             }
         });
     }
-    const auto link = X11Connection::open(desktop.display());
+    const auto link = X11Connection::open(desktop.display(), kTestPatience);
     ASSERT_TRUE(link);
     for (int i = 0; i < 200; ++i) {
         const auto id = xcb_generate_id(link->xcb());

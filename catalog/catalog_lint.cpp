@@ -1,4 +1,4 @@
-#include "tests/catalog/catalog_lint.h"
+#include "catalog/catalog_lint.h"
 
 #include "catalog/app_catalog.h"
 

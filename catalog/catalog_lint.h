@@ -38,6 +38,11 @@ struct Overlap {
 /// entry that is found in one of them is too loose.
 [[nodiscard]] const std::vector<std::string>& commonPages();
 
+/// The overlaps that are meant in the shipped catalog.
+[[nodiscard]] const std::vector<Overlap>& intendedOverlaps();
+/// Those of them that `file` has both sides of: the ones to hold a catalog to that may list less.
+[[nodiscard]] std::vector<Overlap> intendedOverlapsOf(const CatalogFile& file);
+
 /// Every rule about the entries themselves. `intended` names the overlaps that are meant; one that
 /// is not there, and one that is there but no longer occurs, are complaints.
 [[nodiscard]] Complaints checkEntries(const CatalogFile& file,

@@ -1,4 +1,4 @@
-#include "tests/catalog/catalog_lint.h"
+#include "catalog/catalog_lint.h"
 
 namespace kelvane::lint {
 
@@ -19,6 +19,41 @@ const std::set<std::string>& knownVerticals() {
                                              "hr",         "legal",    "marketing",   "media",
                                              "operations", "research", "sales",       "support"};
     return words;
+}
+
+// What is meant: the longer identifier is listed, so it wins. One that goes is to be struck here
+// too.
+const std::vector<Overlap>& intendedOverlaps() {
+    static const std::vector<Overlap> overlaps{
+        {"com.jetbrains.", "com.jetbrains.toolbox", "the launcher is no editor of the family"},
+        {"jetbrains-", "jetbrains-toolbox", "the same launcher"},
+        {"com.linear", "com.linearity.vn", "another maker's drawing program"},
+        {"com.visualstudio.code", "com.visualstudio.code.oss", "the free build counts as its kin"},
+        {"com.visualstudio.code", "com.visualstudio.code-oss", "the same, as it was called"},
+        {"com.sketchup.SketchUp", "com.sketchup.SketchUpViewer", "a viewer models nothing"},
+        {"com.google.Chrome", "com.google.Chrome.app.fmgjjmmmlfnkbppncabfkddbjimcfncm",
+         "an installed web application is not the browser"},
+        {"terminator", "terminatorX", "a turntable, not a terminal"},
+        {"org.libreoffice.LibreOffice", "org.libreoffice.LibreOffice.base",
+         "databases are not texts"},
+        {"org.libreoffice.LibreOffice", "org.libreoffice.LibreOffice.calc", "nor are sheets"},
+        {"org.libreoffice.LibreOffice", "org.libreoffice.LibreOffice.draw", "nor are drawings"},
+        {"org.libreoffice.LibreOffice", "org.libreoffice.LibreOffice.impress", "nor are decks"},
+        {"org.libreoffice.LibreOffice", "org.libreoffice.LibreOffice.math", "nor are formulas"},
+    };
+    return overlaps;
+}
+
+std::vector<Overlap> intendedOverlapsOf(const CatalogFile& file) {
+    std::set<std::string_view> listed;
+    for (const auto& app : file.apps) listed.insert(app.bundleIds.begin(), app.bundleIds.end());
+    std::vector<Overlap> both;
+    for (const auto& overlap : intendedOverlaps()) {
+        if (listed.contains(overlap.prefix) && listed.contains(overlap.longer)) {
+            both.push_back(overlap);
+        }
+    }
+    return both;
 }
 
 const std::vector<std::string>& commonPages() {
