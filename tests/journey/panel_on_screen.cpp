@@ -161,6 +161,11 @@ void PanelOnScreen::press(const std::string& key) {
     m_nextClick = {}; // with a key in between, a click is one by itself
 }
 
+void PanelOnScreen::xdotool(std::vector<std::string> words) {
+    words.insert(words.begin(), "xdotool");
+    run(words);
+}
+
 void PanelOnScreen::run(const std::vector<std::string>& command) {
     const pid_t program = m_desktop.start(command);
     VirtualDesktop::waitUntil([&] { return !m_desktop.running(program); });

@@ -68,6 +68,8 @@ public:
     [[nodiscard]] bool click(const std::string& name);
     void clickAt(int x, int y);
     void press(const std::string& key);
+    /// Anything else that xdotool does, which it says in these words.
+    void xdotool(std::vector<std::string> words);
 
 private:
     struct Place {

@@ -3,14 +3,45 @@
 #include "app/panel/panel_picture.h"
 
 #include <QBuffer>
-#include <QSaveFile>
-#include <QString>
 
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <unistd.h>
 #include <utility>
 
 namespace kelvane {
 
 namespace {
+
+/// Of a picture that is made: what the umask leaves of it.
+constexpr mode_t kReadable = 0666;
+
+bool writeAll(int file, std::string_view bytes) {
+    while (!bytes.empty()) {
+        const ssize_t written = ::write(file, bytes.data(), bytes.size());
+        if (written < 0 && errno != EINTR) return false;
+        if (written > 0) bytes.remove_prefix(static_cast<std::size_t>(written));
+    }
+    return true;
+}
+
+/// Into what is there, be that a pipe, a device or a file that others have names for. The name is
+/// bytes, as the system takes it.
+std::optional<std::string> writeTo(const std::filesystem::path& path, std::string_view bytes) {
+    int file = ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOCTTY, kReadable);
+    const bool made = file >= 0;
+    if (!made && errno == EEXIST) {
+        file = ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOCTTY, kReadable);
+    }
+    if (file < 0) return std::strerror(errno);
+    int error = writeAll(file, bytes) ? 0 : errno;
+    // Some disks tell only now that they are full.
+    if (::close(file) != 0 && error == 0) error = errno;
+    if (error == 0) return std::nullopt;
+    if (made) ::unlink(path.c_str());
+    return std::strerror(error);
+}
 
 class QtRenderedPanel : public RenderedPanel {
 public:
@@ -40,13 +71,7 @@ public:
 
     std::optional<std::string> write(const std::filesystem::path& path,
                                      std::string_view bytes) override {
-        QSaveFile file(QString::fromStdString(path.string()));
-        const bool written = file.open(QIODevice::WriteOnly) &&
-                             file.write(bytes.data(), static_cast<qint64>(bytes.size())) ==
-                                 static_cast<qint64>(bytes.size()) &&
-                             file.commit();
-        if (written) return std::nullopt;
-        return file.errorString().toStdString();
+        return writeTo(path, bytes);
     }
 
 private:

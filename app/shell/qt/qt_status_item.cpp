@@ -1,5 +1,9 @@
 #include "app/shell/qt/qt_status_item.h"
 
+#include "app/shell/qt/qt_application.h"
+
+#include <QCursor>
+#include <QGuiApplication>
 #include <QImage>
 #include <QMenu>
 #include <QPainter>
@@ -33,11 +37,14 @@ public:
     QtStatusItem() {
         QObject::connect(&m_icon, &QSystemTrayIcon::activated, &m_icon,
                          [this](QSystemTrayIcon::ActivationReason reason) {
+                             if (reason == QSystemTrayIcon::Context && m_opensMenuItself) {
+                                 m_menu.popup(QCursor::pos());
+                             }
                              // The second of two quick clicks is a click as well.
                              const bool click = reason == QSystemTrayIcon::Trigger ||
                                                 reason == QSystemTrayIcon::DoubleClick ||
                                                 reason == QSystemTrayIcon::MiddleClick;
-                             if (click && m_action) m_action();
+                             if (click && !bringAlertForward() && m_action) m_action();
                          });
     }
 
@@ -60,7 +67,7 @@ public:
             QObject::connect(m_menu.addAction(QString::fromStdString(entry.title)),
                              &QAction::triggered, &m_menu, std::move(entry.action));
         }
-        m_icon.setContextMenu(&m_menu);
+        if (!m_opensMenuItself) m_icon.setContextMenu(&m_menu);
     }
 
     std::optional<Rect> bounds() const override {
@@ -70,6 +77,8 @@ public:
     }
 
 private:
+    /// In the menu bar of macOS an icon with a menu opens it at a click of any button.
+    const bool m_opensMenuItself = QGuiApplication::platformName() == QLatin1String("cocoa");
     QMenu m_menu;
     QSystemTrayIcon m_icon;
     std::function<void()> m_action;

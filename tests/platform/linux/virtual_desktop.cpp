@@ -105,7 +105,7 @@ std::string readLine(int descriptor, std::chrono::milliseconds timeout) {
 
 } // namespace
 
-VirtualDesktop::VirtualDesktop(DesktopOptions options) {
+VirtualDesktop::VirtualDesktop(DesktopOptions options) : m_manager(options.manager) {
     const std::string model =
         (std::filesystem::temp_directory_path() / "kelvane-desktop-XXXXXX").string();
     std::vector<char> path(model.begin(), model.end());
@@ -173,8 +173,10 @@ void VirtualDesktop::startBus() {
 }
 
 pid_t VirtualDesktop::startWindowManager() {
-    const auto manager = start({"openbox", "--sm-disable"});
-    if (!waitUntil([&] { return givesFocus(); })) throw std::runtime_error("openbox did not start");
+    const auto manager = start(m_manager);
+    if (!waitUntil([&] { return givesFocus(); })) {
+        throw std::runtime_error(m_manager.front() + " did not start");
+    }
     return manager;
 }
 
