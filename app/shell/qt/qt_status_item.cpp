@@ -10,7 +10,9 @@
 #include <QPixmap>
 #include <QString>
 #include <QSystemTrayIcon>
+#include <QTimer>
 
+#include <chrono>
 #include <utility>
 
 namespace kelvane {
@@ -19,6 +21,10 @@ namespace {
 
 /// Densities that screens have; a bar of another height than ours scales the nearest larger one.
 constexpr double kScales[] = {1.0, 1.25, 1.5, 2.0, 3.0};
+
+/// From when a tray can be found to when it has said so, on a machine that is busy: both are one
+/// step of its start.
+constexpr std::chrono::milliseconds kUntilAnnounced{250};
 
 QPixmap drawn(const QImage& image, int side, double scale) {
     QPixmap pixmap(QSize(side, side) * scale);
@@ -58,7 +64,14 @@ public:
 
     void setAction(std::function<void()> action) override {
         m_action = std::move(action);
-        m_icon.show();
+        // A tray that is not there yet announces itself, and Qt makes the icon then. One that comes
+        // up at this very moment is there already and announces itself a moment later: Qt would
+        // make the icon, and make it anew, and lose the click on the first one.
+        if (QSystemTrayIcon::isSystemTrayAvailable()) {
+            QTimer::singleShot(kUntilAnnounced, &m_icon, [this] { m_icon.show(); });
+        } else {
+            m_icon.show();
+        }
     }
 
     void setMenu(std::vector<MenuEntry> entries) override {
