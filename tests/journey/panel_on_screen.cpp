@@ -102,31 +102,49 @@ PanelOnScreen::waitForText(const std::string& text, std::chrono::milliseconds ti
     return waitFor([&](const Frame& frame) { return frame.says(text); }, timeout);
 }
 
-std::optional<PanelOnScreen::Place> PanelOnScreen::icon() const {
+// Not every window manager lists a dock among the windows: it is looked for on the screen itself.
+std::optional<PanelOnScreen::Place> PanelOnScreen::iconBelow(xcb_window_t window, int depth) const {
     auto& link = m_desktop.link();
-    for (const auto& window : m_desktop.windows()) {
-        if (window.instance != "trayer" && window.wmClass != "trayer") continue;
-        const XcbOwned<xcb_query_tree_reply_t> tree(
-            xcb_query_tree_reply(link.xcb(), xcb_query_tree(link.xcb(), window.window), nullptr));
-        const XcbOwned<xcb_get_geometry_reply_t> size(xcb_get_geometry_reply(
-            link.xcb(), xcb_get_geometry(link.xcb(), window.window), nullptr));
-        const XcbOwned<xcb_translate_coordinates_reply_t> corner(xcb_translate_coordinates_reply(
-            link.xcb(), xcb_translate_coordinates(link.xcb(), window.window, link.root(), 0, 0),
-            nullptr));
-        // A host without an icon is a sliver.
-        if (!tree || !size || !corner || size->width < 12) return std::nullopt;
-        return Place{corner->dst_x + size->width / 2, corner->dst_y + size->height / 2};
+    const XcbOwned<xcb_query_tree_reply_t> tree(
+        xcb_query_tree_reply(link.xcb(), xcb_query_tree(link.xcb(), window), nullptr));
+    if (!tree) return std::nullopt;
+    const auto* const children = xcb_query_tree_children(tree.get());
+    for (int i = 0; i < xcb_query_tree_children_length(tree.get()); ++i) {
+        const auto found = isTray(children[i]) ? middleOf(children[i])
+                           : depth > 0         ? iconBelow(children[i], depth - 1)
+                                               : std::nullopt;
+        if (found) return found;
     }
     return std::nullopt;
 }
 
+bool PanelOnScreen::isTray(xcb_window_t window) const {
+    auto& link = m_desktop.link();
+    const auto name = link.property(window, XCB_ATOM_WM_CLASS);
+    if (!name || name->bytes != std::string("panel\0trayer\0", 13)) return false;
+    const XcbOwned<xcb_get_window_attributes_reply_t> state(xcb_get_window_attributes_reply(
+        link.xcb(), xcb_get_window_attributes(link.xcb(), window), nullptr));
+    return state && state->map_state == XCB_MAP_STATE_VIEWABLE;
+}
+
+std::optional<PanelOnScreen::Place> PanelOnScreen::middleOf(xcb_window_t window) const {
+    auto& link = m_desktop.link();
+    const XcbOwned<xcb_get_geometry_reply_t> size(
+        xcb_get_geometry_reply(link.xcb(), xcb_get_geometry(link.xcb(), window), nullptr));
+    const XcbOwned<xcb_translate_coordinates_reply_t> corner(xcb_translate_coordinates_reply(
+        link.xcb(), xcb_translate_coordinates(link.xcb(), window, link.root(), 0, 0), nullptr));
+    // A host without an icon is a sliver.
+    if (!size || !corner || size->width < 12) return std::nullopt;
+    return Place{corner->dst_x + size->width / 2, corner->dst_y + size->height / 2};
+}
+
 bool PanelOnScreen::waitForIcon() const {
-    return VirtualDesktop::waitUntil([&] { return icon().has_value(); }, 20s);
+    return VirtualDesktop::waitUntil([&] { return iconBelow(m_desktop.link().root()).has_value(); }, 20s);
 }
 
 void PanelOnScreen::clickIcon() {
     std::this_thread::sleep_until(m_nextClick);
-    if (const auto place = icon()) clickAt(place->x, place->y);
+    if (const auto place = iconBelow(m_desktop.link().root())) clickAt(place->x, place->y);
     m_nextClick = std::chrono::steady_clock::now() + kBetweenClicks;
 }
 

@@ -75,7 +75,9 @@ private:
     struct Place {
         int x = 0, y = 0;
     };
-    [[nodiscard]] std::optional<Place> icon() const;
+    [[nodiscard]] std::optional<Place> iconBelow(xcb_window_t window, int depth = 3) const;
+    [[nodiscard]] bool isTray(xcb_window_t window) const;
+    [[nodiscard]] std::optional<Place> middleOf(xcb_window_t window) const;
     void run(const std::vector<std::string>& command);
 
     VirtualDesktop& m_desktop;

@@ -174,9 +174,9 @@ void QtPopover::endLoanOnceBack() {
 }
 
 void QtPopover::endLoan() {
-    m_lent = false;
     m_waitForKeyboard.stop();
     m_ports.hold.stop();
+    if (std::exchange(m_lent, false) && m_trace) m_trace->note("keyboard back");
 }
 
 bool QtPopover::eventFilter(QObject*, QEvent* event) {

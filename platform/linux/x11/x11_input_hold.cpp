@@ -38,6 +38,12 @@ public:
             nullptr));
     }
 
+    /// What is pressed from now on arrives again. Closing the link alone would do so a little later.
+    void letAllGo() {
+        xcb_ungrab_pointer(m_link->xcb(), XCB_CURRENT_TIME);
+        letKeyboardGo();
+    }
+
     [[nodiscard]] xcb_window_t keyboardAt() {
         m_link->dropEvents(); // What was pressed.
         const XcbOwned<xcb_get_input_focus_reply_t> focus(xcb_get_input_focus_reply(
@@ -77,6 +83,7 @@ public:
 
     void stop() override {
         const std::lock_guard lock(m_shared->mutex);
+        if (m_shared->grabs) m_shared->grabs->letAllGo();
         m_shared->grabs.reset();
     }
 
