@@ -5,8 +5,8 @@
 #include <QBuffer>
 
 #include <cerrno>
-#include <cstring>
 #include <fcntl.h>
+#include <system_error>
 #include <unistd.h>
 #include <utility>
 
@@ -29,18 +29,19 @@ bool writeAll(int file, std::string_view bytes) {
 /// Into what is there, be that a pipe, a device or a file that others have names for. The name is
 /// bytes, as the system takes it.
 std::optional<std::string> writeTo(const std::filesystem::path& path, std::string_view bytes) {
-    int file = ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOCTTY, kReadable);
-    const bool made = file >= 0;
-    if (!made && errno == EEXIST) {
-        file = ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOCTTY, kReadable);
-    }
-    if (file < 0) return std::strerror(errno);
+    constexpr int kHow = O_WRONLY | O_TRUNC | O_CLOEXEC | O_NOCTTY;
+    // First what is there: in a folder that everybody writes to, systems refuse to "make" the pipe
+    // of another user. A link to nothing is there and is not.
+    int file = ::open(path.c_str(), kHow);
+    const bool made = file < 0 && errno == ENOENT;
+    if (made) file = ::open(path.c_str(), kHow | O_CREAT, kReadable);
+    if (file < 0) return std::generic_category().message(errno);
     int error = writeAll(file, bytes) ? 0 : errno;
     // Some disks tell only now that they are full.
     if (::close(file) != 0 && error == 0) error = errno;
     if (error == 0) return std::nullopt;
     if (made) ::unlink(path.c_str());
-    return std::strerror(error);
+    return std::generic_category().message(error);
 }
 
 class QtRenderedPanel : public RenderedPanel {

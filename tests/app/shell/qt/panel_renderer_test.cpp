@@ -54,6 +54,13 @@ TEST_F(PanelRendererTest, AFileKeepsItsOtherNamesAndItsMode) {
     EXPECT_EQ(fs::status(file).permissions(), fs::perms::owner_read | fs::perms::owner_write);
 }
 
+TEST_F(PanelRendererTest, ALinkToNothingIsFollowed) {
+    fs::create_symlink("later.png", folder / "soft");
+    EXPECT_EQ(renderer->write(folder / "soft", "new"), std::nullopt);
+    EXPECT_TRUE(fs::is_symlink(folder / "soft"));
+    EXPECT_EQ(contents(folder / "later.png"), "new");
+}
+
 TEST_F(PanelRendererTest, APipeStaysAPipeAndItsReaderGetsEverything) {
     const auto pipe = folder / "pipe";
     ASSERT_EQ(::mkfifo(pipe.c_str(), S_IRWXU), 0);
