@@ -13,6 +13,9 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr auto kBetweenClicks = 700ms;
+constexpr const char* kProductClass = "example.trevix.kelvane.menubar";
+constexpr int kLargestIcon = 64; // Pixels.
+constexpr int kDeepestIcon = 6;  // In the frame of a bar, in the bar, in its socket.
 
 PanelOnScreen::Frame frameOf(const nlohmann::json& line) {
     PanelOnScreen::Frame frame;
@@ -102,7 +105,8 @@ PanelOnScreen::waitForText(const std::string& text, std::chrono::milliseconds ti
     return waitFor([&](const Frame& frame) { return frame.says(text); }, timeout);
 }
 
-// Not every window manager lists a dock among the windows: it is looked for on the screen itself.
+// A window of the product, small enough to be an icon and inside another one. Not every window
+// manager lists a dock among the windows or leaves it its width: it is looked for on the screen.
 std::optional<PanelOnScreen::Place> PanelOnScreen::iconBelow(xcb_window_t window, int depth) const {
     auto& link = m_desktop.link();
     const XcbOwned<xcb_query_tree_reply_t> tree(
@@ -110,18 +114,17 @@ std::optional<PanelOnScreen::Place> PanelOnScreen::iconBelow(xcb_window_t window
     if (!tree) return std::nullopt;
     const auto* const children = xcb_query_tree_children(tree.get());
     for (int i = 0; i < xcb_query_tree_children_length(tree.get()); ++i) {
-        const auto found = isTray(children[i]) ? middleOf(children[i])
-                           : depth > 0         ? iconBelow(children[i], depth - 1)
-                                               : std::nullopt;
+        auto found = depth > 0 && isOurs(children[i]) ? middleOf(children[i]) : std::nullopt;
+        if (!found && depth < kDeepestIcon) found = iconBelow(children[i], depth + 1);
         if (found) return found;
     }
     return std::nullopt;
 }
 
-bool PanelOnScreen::isTray(xcb_window_t window) const {
+bool PanelOnScreen::isOurs(xcb_window_t window) const {
     auto& link = m_desktop.link();
     const auto name = link.property(window, XCB_ATOM_WM_CLASS);
-    if (!name || name->bytes != std::string("panel\0trayer\0", 13)) return false;
+    if (!name || name->bytes.find(kProductClass) == std::string::npos) return false;
     const XcbOwned<xcb_get_window_attributes_reply_t> state(xcb_get_window_attributes_reply(
         link.xcb(), xcb_get_window_attributes(link.xcb(), window), nullptr));
     return state && state->map_state == XCB_MAP_STATE_VIEWABLE;
@@ -133,8 +136,7 @@ std::optional<PanelOnScreen::Place> PanelOnScreen::middleOf(xcb_window_t window)
         xcb_get_geometry_reply(link.xcb(), xcb_get_geometry(link.xcb(), window), nullptr));
     const XcbOwned<xcb_translate_coordinates_reply_t> corner(xcb_translate_coordinates_reply(
         link.xcb(), xcb_translate_coordinates(link.xcb(), window, link.root(), 0, 0), nullptr));
-    // A host without an icon is a sliver.
-    if (!size || !corner || size->width < 12) return std::nullopt;
+    if (!size || !corner || size->width > kLargestIcon) return std::nullopt;
     return Place{corner->dst_x + size->width / 2, corner->dst_y + size->height / 2};
 }
 

@@ -75,8 +75,8 @@ private:
     struct Place {
         int x = 0, y = 0;
     };
-    [[nodiscard]] std::optional<Place> iconBelow(xcb_window_t window, int depth = 3) const;
-    [[nodiscard]] bool isTray(xcb_window_t window) const;
+    [[nodiscard]] std::optional<Place> iconBelow(xcb_window_t window, int depth = 0) const;
+    [[nodiscard]] bool isOurs(xcb_window_t window) const;
     [[nodiscard]] std::optional<Place> middleOf(xcb_window_t window) const;
     void run(const std::vector<std::string>& command);
 
