@@ -48,7 +48,8 @@ void limitPanelHeight(QQuickItem& panel, int points);
 void layOutPanel(QQuickItem& panel);
 
 /// Ends what must not outlast the moment in which the panel is hidden: an open menu, a tool tip, a
-/// focus ring and the keyboard under it, the place in a long verdict. `panel` is what either function above made, or its rootObject.
+/// focus ring and the keyboard under it, the place in a long verdict. `panel` is what either
+/// function above made, or its rootObject.
 void resetPanel(QQuickItem& panel);
 
 } // namespace kelvane

@@ -1,8 +1,8 @@
 // The user's keys and clicks, kept from every program for a moment.
 //
 // A capture brings another application forward. What the user presses in that moment was meant for
-// whatever had the keyboard before, and would land in the document that is being captured: while the
-// hold lasts it goes nowhere. The copy key that this program posts itself still arrives.
+// whatever had the keyboard before, and would land in the document that is being captured: while
+// the hold lasts it goes nowhere. The copy key that this program posts itself still arrives.
 
 #pragma once
 

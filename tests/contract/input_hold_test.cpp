@@ -60,8 +60,8 @@ protected:
     Heard heard() {
         desktop.link().roundTrip();
         Heard all;
-        while (const XcbOwned<xcb_generic_event_t> event{
-            xcb_poll_for_event(desktop.link().xcb())}) {
+        while (
+            const XcbOwned<xcb_generic_event_t> event{xcb_poll_for_event(desktop.link().xcb())}) {
             const int type = event->response_type & 0x7f;
             all.keys += type == XCB_KEY_PRESS ? 1 : 0;
             all.clicks += type == XCB_BUTTON_PRESS ? 1 : 0;
@@ -104,8 +104,7 @@ TEST_F(X11InputHoldTest, AButtonThatIsDownWhenItStartsIsHeldBackFromTheCopyOn) {
     xcb_test_fake_input(x.xcb(), XCB_BUTTON_PRESS, 1, XCB_CURRENT_TIME, XCB_WINDOW_NONE, 0, 0, 0);
     x.roundTrip();
     held.hold->start();
-    xcb_test_fake_input(x.xcb(), XCB_BUTTON_RELEASE, 1, XCB_CURRENT_TIME, XCB_WINDOW_NONE, 0, 0,
-                        0);
+    xcb_test_fake_input(x.xcb(), XCB_BUTTON_RELEASE, 1, XCB_CURRENT_TIME, XCB_WINDOW_NONE, 0, 0, 0);
     x.roundTrip();
     held.keyboard->postCopy(1);
     (void)heard();

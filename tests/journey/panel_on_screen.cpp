@@ -141,7 +141,8 @@ std::optional<PanelOnScreen::Place> PanelOnScreen::middleOf(xcb_window_t window)
 }
 
 bool PanelOnScreen::waitForIcon() const {
-    return VirtualDesktop::waitUntil([&] { return iconBelow(m_desktop.link().root()).has_value(); }, 20s);
+    return VirtualDesktop::waitUntil([&] { return iconBelow(m_desktop.link().root()).has_value(); },
+                                     20s);
 }
 
 void PanelOnScreen::clickIcon() {

@@ -46,9 +46,10 @@ struct Case {
 };
 
 std::vector<Manager> managers() {
-    return {{"openbox", {"openbox", "--sm-disable"}},
-            {"i3", {"sh", "-c", "printf 'focus_follows_mouse no\\n' > $HOME/i3; exec i3 -c $HOME/i3"}},
-            {"xfwm4", {"xfwm4", "--compositor=off"}}};
+    return {
+        {"openbox", {"openbox", "--sm-disable"}},
+        {"i3", {"sh", "-c", "printf 'focus_follows_mouse no\\n' > $HOME/i3; exec i3 -c $HOME/i3"}},
+        {"xfwm4", {"xfwm4", "--compositor=off"}}};
 }
 
 std::vector<Gesture> gestures() {
@@ -59,7 +60,8 @@ std::vector<Gesture> gestures() {
         {"space_twice", {"key", "space", "sleep", "0.15", "key", "space"}},
         {"words_typed_on", {"key", "Return", "type", "--delay", "15", "these words came too late"}},
         {"tab_meanwhile", {"key", "Return", "sleep", "0.1", "key", "Tab"}},
-        {"delete_meanwhile", {"key", "Return", "sleep", "0.1", "key", "Delete", "key", "BackSpace"}},
+        {"delete_meanwhile",
+         {"key", "Return", "sleep", "0.1", "key", "Delete", "key", "BackSpace"}},
     };
     for (const int gap : {10, 15, 40, 70, 120, 200}) {
         all.push_back({"double_click_" + std::to_string(gap) + "_ms",

@@ -17,7 +17,7 @@ MouseArea {
     signal closed
 
     // The panel grows and shrinks with what it says, and the button moves with its lower edge.
-    onHeightChanged: if (visible) Qt.callLater(place)
+    onHeightChanged: if (visible) settled.restart()
     onCurrentChanged: if (visible) speak()
 
     function open(byKeyboard: bool) {
@@ -68,6 +68,12 @@ MouseArea {
         if (!sheet.contains(mapToItem(sheet, mouse.x, mouse.y))) close(false)
     }
     onWheel: wheel => wheel.accepted = true
+
+    Timer {
+        id: settled
+        interval: 0 // When the rest of the panel has its new place, too.
+        onTriggered: root.place()
+    }
 
     // A soft shadow out of three outlines: no effect that needs a GPU.
     Repeater {

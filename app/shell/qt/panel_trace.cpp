@@ -18,7 +18,8 @@ namespace {
 /// Points of the desktop as pixels: who moves a pointer counts those. Qt scales a screen from its
 /// top left corner.
 QJsonArray inPixels(const QQuickWindow& window, const QRectF& points) {
-    const QPointF origin = window.screen() ? QPointF(window.screen()->geometry().topLeft()) : QPointF();
+    const QPointF origin =
+        window.screen() ? QPointF(window.screen()->geometry().topLeft()) : QPointF();
     const double scale = window.devicePixelRatio();
     const QPointF corner = origin + (points.topLeft() - origin) * scale;
     return {qRound(corner.x()), qRound(corner.y()), qRound(points.width() * scale),

@@ -91,7 +91,7 @@ private:
     bool m_wasActive = false; ///< Since it was last shown.
     std::optional<PointerMoment> m_closed;
     std::optional<PointerMoment> m_opened; ///< By a click.
-    bool m_lent = false; ///< The keyboard, to a capture.
+    bool m_lent = false;                   ///< The keyboard, to a capture.
     QTimer m_waitForKeyboard;
     std::chrono::nanoseconds m_patienceEnds{0};
 };

@@ -38,7 +38,8 @@ public:
             nullptr));
     }
 
-    /// What is pressed from now on arrives again. Closing the link alone would do so a little later.
+    /// What is pressed from now on arrives again. Closing the link alone would do so a little
+    /// later.
     void letAllGo() {
         xcb_ungrab_pointer(m_link->xcb(), XCB_CURRENT_TIME);
         letKeyboardGo();
@@ -46,8 +47,8 @@ public:
 
     [[nodiscard]] xcb_window_t keyboardAt() {
         m_link->dropEvents(); // What was pressed.
-        const XcbOwned<xcb_get_input_focus_reply_t> focus(xcb_get_input_focus_reply(
-            m_link->xcb(), xcb_get_input_focus(m_link->xcb()), nullptr));
+        const XcbOwned<xcb_get_input_focus_reply_t> focus(
+            xcb_get_input_focus_reply(m_link->xcb(), xcb_get_input_focus(m_link->xcb()), nullptr));
         if (!focus) return XCB_WINDOW_NONE;
         return focus->focus;
     }

@@ -29,17 +29,16 @@ TEST(PanelPortalOnABus, AChangeIsHeardOf) {
     auto desktop = QDBusConnection::connectToBus(QString::fromLatin1(address), "desktop");
     ASSERT_TRUE(desktop.registerService("org.freedesktop.portal.Desktop"));
     for (const unsigned scheme : {1U, 2U}) {
-        auto change = QDBusMessage::createSignal("/org/freedesktop/portal/desktop",
-                                                 "org.freedesktop.portal.Settings",
-                                                 "SettingChanged");
+        auto change = QDBusMessage::createSignal(
+            "/org/freedesktop/portal/desktop", "org.freedesktop.portal.Settings", "SettingChanged");
         change << QStringLiteral("org.freedesktop.appearance") << QStringLiteral("color-scheme")
                << QVariant::fromValue(QDBusVariant(scheme));
         // Whoever listens hears of a new owner of the name first, in a turn of its own.
         ASSERT_TRUE(QTest::qWaitFor([&] {
             desktop.send(change);
             QTest::qWait(20);
-            return !told.empty() && told.back() == (scheme == 1 ? ColorScheme::dark
-                                                                : ColorScheme::light);
+            return !told.empty() &&
+                   told.back() == (scheme == 1 ? ColorScheme::dark : ColorScheme::light);
         }));
     }
     QDBusConnection::disconnectFromBus("desktop");
