@@ -31,12 +31,12 @@ CopyTargetOf copyTargetOf(std::shared_ptr<X11Applications> applications) {
 
 LinuxDesktop makeLinuxDesktop(Environment& environment, Clock& clock) {
     const auto [display, applications, files] = openLinuxApplications(environment, clock);
-    const auto clipboard = applications ? openX11Clipboard(display) : nullptr;
     const auto session = linuxSession(environment);
     const auto pressesOf = session.kind == LinuxSession::Kind::X11 ? session.display : "";
-    auto held = makeX11InputHold(pressesOf, makeX11Keyboard(clipboard, copyTargetOf(applications)));
+    auto held = makeX11InputHold(pressesOf);
+    const auto clipboard = applications ? openX11Clipboard(display, held.post) : nullptr;
     return {makeX11Workspace(applications, display),
-            std::move(held.keyboard),
+            makeX11Keyboard(clipboard, copyTargetOf(applications)),
             makeX11Pasteboard(clipboard),
             makeX11WindowList(applications),
             makeX11WindowPicture(display),

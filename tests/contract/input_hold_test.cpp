@@ -1,15 +1,14 @@
 // A hold on the keys and clicks of a real X server.
 
 #include "platform/fake/fake_input_hold.h"
-#include "platform/fake/fake_keyboard.h"
 #include "platform/linux/x11/x11_input_hold.h"
 #include "tests/platform/linux/virtual_desktop.h"
 
 #include <gtest/gtest.h>
 
-#include <chrono>
-#include <memory>
+#include <atomic>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include <xcb/xtest.h>
@@ -18,6 +17,7 @@ namespace kelvane {
 namespace {
 
 constexpr std::uint8_t kSomeKey = 38; // The A of most keyboards.
+const std::vector<KeyStroke> kStrokes{{kSomeKey, true}, {kSomeKey, false}};
 
 /// A bare server with a window that has the keyboard and lies under the pointer.
 class X11InputHoldTest : public testing::Test {
@@ -32,13 +32,6 @@ protected:
         xcb_map_window(x.xcb(), window);
         xcb_set_input_focus(x.xcb(), XCB_INPUT_FOCUS_PARENT, window, XCB_CURRENT_TIME);
         x.roundTrip();
-    }
-
-    /// The keyboard under the hold: what it posts, it posts as a program does.
-    std::unique_ptr<Keyboard> posting() {
-        auto keyboard = std::make_unique<FakeKeyboard>(journal);
-        keyboard->onCopy = [this](ProcessId) { stroke(kSomeKey); };
-        return keyboard;
     }
 
     void stroke(std::uint8_t key) { input(XCB_KEY_PRESS, XCB_KEY_RELEASE, key); }
@@ -72,7 +65,7 @@ protected:
     Journal journal;
     VirtualDesktop desktop{{.windowManager = false, .sessionBus = false}};
     xcb_window_t window = XCB_WINDOW_NONE;
-    X11HeldKeyboard held = makeX11InputHold(desktop.display(), posting());
+    X11InputHold held = makeX11InputHold(desktop.display());
 };
 
 TEST_F(X11InputHoldTest, KeysAndClicksReachNobodyWhileItLasts) {
@@ -91,8 +84,10 @@ TEST_F(X11InputHoldTest, KeysAndClicksReachNobodyWhileItLasts) {
 }
 
 TEST_F(X11InputHoldTest, TheCopyKeyArrivesAllTheSame) {
+    EXPECT_FALSE(held.post(kStrokes)) << "without a hold there is the usual way";
+    EXPECT_EQ(heard(), (Heard{0, 0}));
     held.hold->start();
-    held.keyboard->postCopy(1);
+    EXPECT_TRUE(held.post(kStrokes));
     EXPECT_EQ(heard(), (Heard{1, 0}));
     stroke(kSomeKey);
     click();
@@ -106,7 +101,7 @@ TEST_F(X11InputHoldTest, AButtonThatIsDownWhenItStartsIsHeldBackFromTheCopyOn) {
     held.hold->start();
     xcb_test_fake_input(x.xcb(), XCB_BUTTON_RELEASE, 1, XCB_CURRENT_TIME, XCB_WINDOW_NONE, 0, 0, 0);
     x.roundTrip();
-    held.keyboard->postCopy(1);
+    held.post(kStrokes);
     (void)heard();
     click();
     EXPECT_EQ(heard().clicks, 0);
@@ -123,20 +118,38 @@ TEST_F(X11InputHoldTest, OnAServerThatIsGoneItDoesNothing) {
     held.hold->start();
     desktop.killServer();
     EXPECT_FALSE(held.hold->keyboardIsAt(window));
-    held.keyboard->postCopy(1);
+    held.post(kStrokes);
     held.hold->stop();
     held.hold->start();
     EXPECT_TRUE(held.hold->keyboardIsAt(window));
 }
 
-TEST(X11InputHold, WithoutADisplayItHoldsNothingAndTheKeyboardIsAsGiven) {
-    Journal journal;
-    const auto held = makeX11InputHold("", std::make_unique<FakeKeyboard>(journal));
+TEST_F(X11InputHoldTest, WhatIsTypedMeanwhileGetsInNowhereBesideTheCopyKey) {
+    held.hold->start();
+    std::atomic<bool> typing{true};
+    std::thread typist([&] {
+        const auto link = X11Connection::open(desktop.display());
+        while (typing) {
+            for (const std::uint8_t type :
+                 {std::uint8_t{XCB_KEY_PRESS}, std::uint8_t{XCB_KEY_RELEASE}}) {
+                xcb_test_fake_input(link->xcb(), type, kSomeKey + 1, XCB_CURRENT_TIME,
+                                    XCB_WINDOW_NONE, 0, 0, 0);
+            }
+            link->roundTrip();
+        }
+    });
+    constexpr int kCopies = 300;
+    for (int i = 0; i < kCopies; ++i) held.post(kStrokes);
+    typing = false;
+    typist.join();
+    EXPECT_EQ(heard().keys, kCopies);
+}
+
+TEST(X11InputHoldWithoutADisplay, HoldsNothingAndPostsNothing) {
+    const auto held = makeX11InputHold("");
     held.hold->start();
     EXPECT_TRUE(held.hold->keyboardIsAt(1));
-    EXPECT_TRUE(held.keyboard->trusted());
-    held.keyboard->postCopy(7);
-    EXPECT_EQ(journal.count("copy"), 1U);
+    EXPECT_FALSE(held.post(kStrokes));
     held.hold->stop();
 }
 

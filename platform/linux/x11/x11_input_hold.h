@@ -2,23 +2,23 @@
 
 #pragma once
 
+#include "platform/linux/x11/copy_keys.h"
 #include "platform/ports/input_hold.h"
-#include "platform/ports/keyboard.h"
 
 #include <memory>
 #include <string>
 
 namespace kelvane {
 
-/// The two ports share the grab: whoever holds it must let go of it for the copy key.
-struct X11HeldKeyboard {
+struct X11InputHold {
     std::unique_ptr<InputHold> hold;
-    std::unique_ptr<Keyboard> keyboard; ///< `keyboard` as given, heard through a hold as well.
+    /// Posts keys through the hold while it lasts, and only those: nothing that is pressed at that
+    /// moment gets through beside them. False without a hold. Any thread; may outlive the hold.
+    PostKeys post;
 };
 
 /// A hold on `display`, linked to it only while it lasts. One that does not answer, or is already
 /// grabbed by another program, is not held. An empty `display` never is.
-[[nodiscard]] X11HeldKeyboard makeX11InputHold(std::string display,
-                                               std::unique_ptr<Keyboard> keyboard);
+[[nodiscard]] X11InputHold makeX11InputHold(std::string display);
 
 } // namespace kelvane
