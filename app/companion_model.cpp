@@ -138,7 +138,9 @@ void CompanionModel::end(const Ticket& ticket) {
 
 void CompanionModel::captureInTurn(DetectedApp app, Continuation then) {
     m_captures.emplace_back(std::move(app), std::move(then));
-    if (m_captures.size() == 1) startNextCapture();
+    if (m_captures.size() != 1) return;
+    onCapture(true);
+    startNextCapture();
 }
 
 void CompanionModel::startNextCapture() {
@@ -150,7 +152,11 @@ void CompanionModel::startNextCapture() {
             if (alive.expired()) return;
             const auto then = std::move(m_captures.front().second);
             m_captures.pop_front();
-            if (!m_captures.empty()) startNextCapture();
+            if (!m_captures.empty()) {
+                startNextCapture();
+            } else {
+                onCapture(false);
+            }
             then(std::move(result));
         });
     });

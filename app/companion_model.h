@@ -83,6 +83,10 @@ public:
     std::function<void()> onQuit = [] {};
     std::function<void(const std::string& runId)> onOpenReport = [](const std::string&) {};
 
+    /// The shell's as well: called with true before a row of captures begins, each of which may
+    /// bring another application to the front, and with false when the last of them is over.
+    std::function<void(bool under)> onCapture = [](bool) {};
+
     /// Called before any published property changes.
     [[nodiscard]] Subscription observeWillChange(std::function<void()> observer);
 

@@ -119,14 +119,28 @@ VerdictSection::Graded graded(const Verdict& verdict) {
     return section;
 }
 
+// The verdict as one sentence or three, for who hears it and does not see it.
+std::string spokenVerdict(const Verdict& verdict, const VerdictSection::Graded& shown) {
+    const bool banded = verdict.band != Band::unknown;
+    std::string said = banded ? "Verdict: " + shown.pill.label + "." : std::string("No verdict.");
+    if (shown.score) said += " " + *shown.score + ".";
+    if (shown.error) said += " " + *shown.error;
+    const std::size_t flaws = verdict.flaws.size();
+    if (flaws > 0) said += " " + std::to_string(flaws) + (flaws == 1 ? " flaw." : " flaws.");
+    if (shown.summary) said += " " + *shown.summary;
+    return said;
+}
+
 VerdictSection verdictSection(const CompanionModel& model) {
     VerdictSection section;
     if (*model.grading) {
         section.progress = "Grading… the critic may be warming up";
     } else if (const auto& verdict = *model.verdict) {
         section.graded = graded(*verdict);
+        section.spoken = spokenVerdict(*verdict, *section.graded);
     } else if (const auto& note = *model.note) {
         section.note = shownParagraph(*note);
+        section.spoken = *section.note;
     }
     return section;
 }

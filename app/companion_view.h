@@ -87,6 +87,7 @@ struct VerdictSection {
     std::optional<std::string> progress; ///< Beside a moving indicator.
     std::optional<Graded> graded;
     std::optional<std::string> note;
+    std::string spoken = {}; ///< What is read out when this comes up; empty: nothing.
 
     bool operator==(const VerdictSection&) const = default;
 };

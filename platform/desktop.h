@@ -14,6 +14,7 @@
 #include "platform/ports/environment.h"
 #include "platform/ports/file_system.h"
 #include "platform/ports/http_session.h"
+#include "platform/ports/input_hold.h"
 #include "platform/ports/keyboard.h"
 #include "platform/ports/login_item.h"
 #include "platform/ports/pasteboard.h"
@@ -48,6 +49,7 @@ struct DesktopPorts {
     std::unique_ptr<WindowPicture> picture;
     std::unique_ptr<AppIcons> icons;
     std::unique_ptr<PointerPresses> presses;
+    std::unique_ptr<InputHold> hold;
     std::unique_ptr<Dialogs> dialogs;
     std::unique_ptr<UrlOpener> urls;
     std::unique_ptr<HttpSession> http;

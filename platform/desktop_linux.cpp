@@ -17,6 +17,7 @@ void addSystemPorts(DesktopPorts& ports) {
     ports.picture = std::move(desktop.windowPicture);
     ports.icons = std::move(desktop.icons);
     ports.presses = std::move(desktop.pointerPresses);
+    ports.hold = std::move(desktop.hold);
     ports.dialogs = makeQtDialogs();
     ports.urls = makeQtUrlOpener();
 }

@@ -14,6 +14,7 @@ void addSystemPorts(DesktopPorts& ports) {
     ports.picture = makeScreencapture(*ports.processes, *ports.files);
     ports.icons = makeNsAppIcons();
     ports.presses = makeNsPointerPresses();
+    ports.hold = std::make_unique<NoInputHold>();
     ports.dialogs = makeNsDialogs();
     ports.urls = makeNsUrlOpener();
 }

@@ -27,9 +27,16 @@ bool isDirectionControl(std::int32_t codePoint) {
     return between(codePoint, 0x202A, 0x202E) || between(codePoint, 0x2066, 0x2069);
 }
 
+/// Invisible letters of one direction or the other. Among writing from right to left they put its
+/// punctuation in place; alone they turn a line that is not such writing.
+bool isDirectionMark(std::int32_t codePoint) {
+    return between(codePoint, 0x200E, 0x200F) || codePoint == 0x061C;
+}
+
 /// The blocks that Unicode keeps for writing from right to left: Hebrew to Arabic Extended-A, the
 /// presentation forms, and those of the first supplementary plane.
 bool isRightToLeft(std::int32_t codePoint) {
+    if (isDirectionMark(codePoint)) return false;
     return between(codePoint, 0x0590, 0x08FF) || between(codePoint, 0xFB1D, 0xFDFF) ||
            between(codePoint, 0xFE70, 0xFEFF) || between(codePoint, 0x10800, 0x10FFF) ||
            between(codePoint, 0x1E800, 0x1EFFF);
@@ -60,13 +67,15 @@ std::string_view beginning(std::string_view text) {
 
 std::string shown(std::string_view text, bool keepLineFeeds) {
     const auto kept = beginning(text);
+    const bool marksMatter = hasRightToLeft(kept);
     std::string result;
     result.reserve(kept.size() + kEllipsis.size());
     for (std::size_t i = 0; i < kept.size();) {
         const Decoded front = decodeFront(kept.substr(i));
         if (isControl(front.codePoint) && !(keepLineFeeds && front.codePoint == '\n')) {
             result += ' ';
-        } else if (!isDirectionControl(front.codePoint)) {
+        } else if (!isDirectionControl(front.codePoint) &&
+                   (marksMatter || !isDirectionMark(front.codePoint))) {
             result += kept.substr(i, front.length);
         }
         i += front.length;

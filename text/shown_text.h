@@ -16,7 +16,8 @@ namespace kelvane::text {
 inline constexpr std::size_t kLongestShownText = 2000;
 
 /// `text` as one line: line breaks and control characters become blanks, the invisible characters
-/// that override or isolate the direction of what follows are left out. A text longer than
+/// that override or isolate the direction of what follows are left out, and in a text without
+/// right-to-left writing the marks of a direction too. A text longer than
 /// `kLongestShownText` characters, or of unreasonably many bytes, is cut and ends in an ellipsis.
 /// Everything else, bytes that are not UTF-8 included, stays as it is.
 [[nodiscard]] std::string shownLine(std::string_view text);

@@ -4,6 +4,8 @@
 #include "app/process_settings.h"
 #include "platform/posix/posix_platform.h"
 
+#include <QAccessible>
+#include <QAccessibleObject>
 #include <QCoreApplication>
 #include <QGuiApplication>
 #include <QString>
@@ -48,12 +50,26 @@ void reportQtMessage(QtMsgType type, const QMessageLogContext&, const QString& m
     if (type == QtFatalMsg) ::_exit(1);
 }
 
+/// The program under the name that people know. Qt would tell them its identifier.
+class NamedApplication : public QAccessibleApplication {
+public:
+    QString text(QAccessible::Text which) const override {
+        if (which == QAccessible::Name) return QGuiApplication::applicationDisplayName();
+        return QAccessibleApplication::text(which);
+    }
+};
+
+QAccessibleInterface* namedApplication(const QString&, QObject* object) {
+    return object == QCoreApplication::instance() ? new NamedApplication : nullptr;
+}
+
 void nameApplication() {
     const auto id = QString::fromUtf8(kBundleID.data(), static_cast<qsizetype>(kBundleID.size()));
     // The name is also the class of the windows: that is how the program knows itself.
     QCoreApplication::setApplicationName(id);
     QGuiApplication::setApplicationDisplayName(QStringLiteral("Kelvane Companion"));
     QGuiApplication::setDesktopFileName(id);
+    QAccessible::installFactory(namedApplication);
     // The program lives in the menu bar: it goes on when its last window closes.
     QGuiApplication::setQuitOnLastWindowClosed(false);
 }

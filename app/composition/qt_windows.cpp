@@ -25,6 +25,7 @@ std::unique_ptr<Popover> QtWindows::popover(CompanionModel& model) {
                                                         .images = images(),
                                                         .clock = *m_ports.clock,
                                                         .presses = *m_ports.presses,
+                                                        .hold = *m_ports.hold,
                                                         .bringForward = m_bringForward,
                                                         .wentAway = m_popoverWentAway},
                                        m_ports.environment->get(kPanelTraceVariable).value_or(""));

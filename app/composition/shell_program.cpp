@@ -6,6 +6,8 @@
 #include "platform/posix/idle_memory.h"
 
 #include <QApplication>
+#include <QFile>
+#include <QIcon>
 
 #include <iostream>
 #include <utility>
@@ -23,6 +25,7 @@ ShellProgram::ShellProgram(const Launch& launch, std::unique_ptr<SingleInstance>
                   m_installation.braskHome),
       m_application(
           makeQtApplication([this] { m_ports.quit->raise(); }, [this] { bringForward(); })),
+      m_palette(launch.shape == Shape::Picture ? nullptr : std::make_unique<ProgramPalette>()),
       m_idle(releaseIdleMemory),
       m_windows(
           m_ports, [this] { bringForward(); }, [this] { m_idle.restart(); }),
@@ -37,7 +40,11 @@ ShellProgram::ShellProgram(const Launch& launch, std::unique_ptr<SingleInstance>
                  {.args = args(), .renderPath = launch.renderPath}),
       m_backgroundEnd(*m_ports.quit, m_ports.dispatcher),
       m_quitOnSignal([this] { m_application->terminate(); }),
-      m_instance(std::move(instance)) {}
+      m_instance(std::move(instance)) {
+    if (const auto icon = m_ports.resources->url("brask", "png")) {
+        QApplication::setWindowIcon(QIcon(QFile::decodeName(icon->c_str())));
+    }
+}
 
 int ShellProgram::run() {
     if (m_instance != nullptr) {
@@ -73,7 +80,7 @@ void ShellProgram::startedAgain(const std::string& activationToken) {
     if (!activationToken.empty() && QGuiApplication::platformName().startsWith(u"wayland")) {
         qputenv("XDG_ACTIVATION_TOKEN", QByteArray::fromStdString(activationToken));
     }
-    m_delegate.openPopover();
+    if (!bringAlertForward()) m_delegate.openPopover();
 }
 
 } // namespace kelvane

@@ -10,6 +10,7 @@
 #include "app/composition/launch.h"
 #include "app/composition/qt_windows.h"
 #include "app/own_workspace.h"
+#include "app/panel/panel_appearance.h"
 #include "app/plain_http_question.h"
 #include "app/shell/app_delegate.h"
 #include "app/shell/background_end.h"
@@ -46,6 +47,7 @@ private:
     const Installation m_installation;
     PlainHttpQuestion m_plainHttp;
     std::unique_ptr<Application> m_application;
+    std::unique_ptr<ProgramPalette> m_palette; ///< Null for a picture, which has one of its own.
     // What starting, or showing the panel, has used is not kept for the hours until the next time.
     IdleTimer m_idle;
     QtWindows m_windows;

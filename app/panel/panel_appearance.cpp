@@ -1,11 +1,19 @@
 #include "app/panel/panel_appearance.h"
 
+#include <QColor>
 #include <QEvent>
 #include <QFontInfo>
 #include <QGuiApplication>
-#include <QPalette>
 
 namespace kelvane {
+
+namespace {
+
+// What Qt makes a whole palette of.
+constexpr QColor kDarkButton(0x35, 0x35, 0x38);
+constexpr QColor kLightButton(0xef, 0xef, 0xef);
+
+} // namespace
 
 ColorScheme colorScheme(unsigned number) {
     if (number == 1) return ColorScheme::dark;
@@ -18,13 +26,23 @@ bool isDark(const QPalette& palette) {
            palette.color(QPalette::Window).lightness();
 }
 
+QPalette paletteFor(ColorScheme scheme, const QPalette& usual) {
+    if (scheme == ColorScheme::noPreference) return usual;
+    if (isDark(usual) == (scheme == ColorScheme::dark)) return usual;
+    return scheme == ColorScheme::dark ? QPalette(kDarkButton) : QPalette(kLightButton);
+}
+
+ProgramPalette::ProgramPalette()
+    : m_usual(QGuiApplication::palette()),
+      m_portal(watchPortal([this](ColorScheme scheme) {
+          QGuiApplication::setPalette(paletteFor(scheme, m_usual));
+      })) {}
+
+ProgramPalette::~ProgramPalette() = default;
+
 PanelAppearance::PanelAppearance(PanelBridge& bridge) : m_bridge(bridge) {
     QCoreApplication::instance()->installEventFilter(this);
     apply();
-    m_portal = watchPortal([this](ColorScheme scheme) {
-        m_scheme = scheme;
-        apply();
-    });
 }
 
 bool PanelAppearance::eventFilter(QObject* watched, QEvent* event) {
@@ -37,8 +55,7 @@ bool PanelAppearance::eventFilter(QObject* watched, QEvent* event) {
 }
 
 void PanelAppearance::apply() {
-    m_bridge.setDark(m_scheme == ColorScheme::noPreference ? isDark(QGuiApplication::palette())
-                                                           : m_scheme == ColorScheme::dark);
+    m_bridge.setDark(isDark(QGuiApplication::palette()));
     m_bridge.setTextSize(QFontInfo(QGuiApplication::font()).pixelSize());
 }
 

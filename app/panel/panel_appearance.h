@@ -1,7 +1,7 @@
-// The desktop's wish for dark windows and its size of text, handed to a panel.
+// The desktop's wish for dark windows and its size of text, handed to the program and to a panel.
 //
 // Dark is what the desktop's setting says where it has one that can be read (the settings portal),
-// else how dark Qt's palette is. Main thread only; needs a QGuiApplication.
+// else how dark Qt's palette was to begin with. Main thread only; needs a QGuiApplication.
 
 #pragma once
 
@@ -9,10 +9,9 @@
 #include "app/panel/panel_portal.h"
 
 #include <QObject>
+#include <QPalette>
 
 #include <memory>
-
-class QPalette;
 
 namespace kelvane {
 
@@ -22,8 +21,25 @@ namespace kelvane {
 /// Whether text is lighter than the window it stands on.
 [[nodiscard]] bool isDark(const QPalette& palette);
 
-/// Keeps a bridge's `dark` and `textSize` as the desktop has them, for as long as it lives.
-/// Sets both from Qt at once; the portal answers later and tells of every change.
+/// The palette that fits a wish: `usual` unless that is of the other kind.
+[[nodiscard]] QPalette paletteFor(ColorScheme scheme, const QPalette& usual);
+
+/// Keeps the palette of the whole program, its alerts and menus, as the desktop's setting has it,
+/// for as long as it lives. The setting comes a moment after this was made, and every change later.
+class ProgramPalette {
+public:
+    ProgramPalette();
+    ~ProgramPalette();
+    ProgramPalette(const ProgramPalette&) = delete;
+    ProgramPalette& operator=(const ProgramPalette&) = delete;
+
+private:
+    QPalette m_usual;
+    std::unique_ptr<QObject> m_portal;
+};
+
+/// Keeps a bridge's `dark` and `textSize` as the program's palette and font have them, at once and
+/// for as long as it lives.
 class PanelAppearance : public QObject {
     Q_OBJECT
 
@@ -36,8 +52,6 @@ private:
     void apply();
 
     PanelBridge& m_bridge;
-    ColorScheme m_scheme = ColorScheme::noPreference;
-    std::unique_ptr<QObject> m_portal;
 };
 
 } // namespace kelvane

@@ -44,7 +44,7 @@ class PanelBridge : public QObject {
 public:
     /// The size of ordinary text, in pixels, unless the desktop asks for another.
     static constexpr int kTextSize = 13;
-    static constexpr int kSmallestTextSize = 12;
+    static constexpr int kSmallestTextSize = 13;
     static constexpr int kLargestTextSize = 18;
 
     PanelBridge(CompanionModel& model, PanelImages images, QObject* parent = nullptr);

@@ -90,6 +90,10 @@ std::unique_ptr<QQuickView> makePanelView(PanelBridge& bridge) {
     return view;
 }
 
+void limitPanelHeight(QQuickItem& panel, int points) {
+    panel.setProperty("maximumHeight", points);
+}
+
 void layOutPanel(QQuickItem& panel) {
     // A row or column of others waits for those: from the inside out.
     for (auto* child : panel.childItems()) layOutPanel(*child);

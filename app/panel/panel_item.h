@@ -39,12 +39,17 @@ void useSoftwareRendering();
 /// transparent and what lies outside the corners is for its owner to cut off. Null as above.
 [[nodiscard]] std::unique_ptr<QQuickView> makePanelView(PanelBridge& bridge);
 
+/// From now on the panel wants to be no higher than `points`: what does not fit between its head
+/// and its foot is scrolled. 0 for as high as its content.
+void limitPanelHeight(QQuickItem& panel, int points);
+
 /// Lays the panel out at once, so that its implicitHeight (and the height of a view that holds it)
 /// is right before it is shown. A hidden window lays out nothing by itself.
 void layOutPanel(QQuickItem& panel);
 
 /// Ends what must not outlast the moment in which the panel is hidden: an open menu, a tool tip, a
-/// focus ring. `panel` is what either function above made, or its rootObject.
+/// focus ring and the keyboard under it, the place in a long verdict. `panel` is what either
+/// function above made, or its rootObject.
 void resetPanel(QQuickItem& panel);
 
 } // namespace kelvane

@@ -30,9 +30,13 @@ QVariant unwrapped(QVariant value) {
 PanelPortal::PanelPortal(std::function<void(ColorScheme)> told) : m_told(std::move(told)) {
     auto bus = QDBusConnection::sessionBus();
     if (!bus.isConnected()) return;
-    bus.connect(QLatin1String(kService), QLatin1String(kPath), QLatin1String(kInterface),
-                QStringLiteral("SettingChanged"), this,
-                SLOT(settingChanged(QString, QString, QDBusVariant)));
+    // Qt refuses a slot whose types it does not know by name, and learns this one only when
+    // somebody has sent or received one.
+    qRegisterMetaType<QDBusVariant>();
+    const bool listens = bus.connect(QLatin1String(kService), QLatin1String(kPath),
+                                     QLatin1String(kInterface), QStringLiteral("SettingChanged"),
+                                     this, SLOT(settingChanged(QString, QString, QDBusVariant)));
+    if (!listens) qWarning("changes of the desktop's colours are not heard of");
     auto question =
         QDBusMessage::createMethodCall(QLatin1String(kService), QLatin1String(kPath),
                                        QLatin1String(kInterface), QStringLiteral("Read"));

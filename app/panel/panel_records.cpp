@@ -34,6 +34,15 @@ QString text(const std::optional<Symbol>& symbol) {
     return symbol ? text(name(*symbol)) : QString();
 }
 
+/// A line of names may be broken between two of them and not inside one: single blanks hold.
+QString withWholeNames(QString line) {
+    for (qsizetype i = 1; i + 1 < line.size(); ++i) {
+        const bool single = line[i] == u' ' && line[i - 1] != u' ' && line[i + 1] != u' ';
+        if (single) line[i] = QChar::Nbsp;
+    }
+    return line;
+}
+
 PanelTint::Value value(Tint tint) {
     return static_cast<PanelTint::Value>(tint);
 }
@@ -105,6 +114,7 @@ VerdictRecord verdictRecord(const VerdictSection& verdict) {
     record.shown = verdict.progress || verdict.graded || verdict.note;
     record.progress = text(verdict.progress);
     record.note = text(verdict.note);
+    record.spoken = text(verdict.spoken);
     if (!verdict.graded) return record;
     const auto& graded = *verdict.graded;
     record.graded = true;
@@ -149,7 +159,7 @@ WorkflowRecord workflowRecord(const WorkflowSection& workflow) {
     WorkflowRecord record;
     record.caption = text(workflow.caption);
     record.tag = text(workflow.tag);
-    record.pipeline = text(workflow.pipeline);
+    record.pipeline = withWholeNames(text(workflow.pipeline));
     return record;
 }
 

@@ -127,6 +127,7 @@ struct VerdictRecord {
     Q_PROPERTY(QList<kelvane::FlawRecord> flaws MEMBER flaws CONSTANT)
     Q_PROPERTY(QString more MEMBER more CONSTANT)
     Q_PROPERTY(QString summary MEMBER summary CONSTANT)
+    Q_PROPERTY(QString spoken MEMBER spoken CONSTANT)
 
 public:
     bool shown = false; ///< Whether the section has anything to show.
@@ -143,6 +144,7 @@ public:
     QList<FlawRecord> flaws;
     QString more;
     QString summary;
+    QString spoken; ///< What is read out when it comes up.
 
     [[nodiscard]] int bandTintNumber() const { return static_cast<int>(bandTint); }
     [[nodiscard]] int bandLabelTintNumber() const { return static_cast<int>(bandLabelTint); }

@@ -34,6 +34,10 @@ int renderDemo(const MakeModel& makeModel, PanelRenderer& renderer, const AppCat
     }
     const auto [width, height] = picture->pixels();
     out << "rendered -> " << path << " (" << width << 'x' << height << ")\n" << std::flush;
+    if (!out) {
+        err << "render: the result could not be printed\n" << std::flush;
+        return kRenderFailed;
+    }
     return 0;
 }
 
@@ -90,6 +94,14 @@ void AppDelegate::wireHooks() {
         m_actions.runUninstall();
     });
     m_model->onQuit = whileAlive([this] { m_ports.application.terminate(); });
+    m_model->onCapture = whileAlive([this](bool under) {
+        if (m_popover == nullptr) return;
+        if (under) {
+            m_popover->lendKeyboard();
+        } else {
+            m_popover->takeKeyboardBack();
+        }
+    });
     m_model->onOpenReport = whileAlive([this](const std::string& runId) {
         m_actions.reportAddress(
             runId, whileAlive([this](const std::string& address) { m_ports.urls.open(address); }));
@@ -114,7 +126,7 @@ std::shared_ptr<const TrayImage> AppDelegate::trayIcon() {
 void AppDelegate::togglePopover() {
     if (m_statusItem == nullptr || m_popover == nullptr) return;
     if (m_popover->isShown()) {
-        m_popover->close();
+        if (!m_popover->openedByThisClick()) m_popover->close();
         return;
     }
     if (m_popover->closedByThisClick()) return;

@@ -31,6 +31,14 @@ const Screen* screenAt(const std::vector<Screen>& screens, Point point) {
     return found == screens.end() ? nullptr : &*found;
 }
 
+/// The one on which the popover comes to stand. Precondition: there is one.
+const Screen& screenOf(const PopoverBeside& beside, const std::vector<Screen>& screens) {
+    const Screen* screen = nullptr;
+    if (beside.item && hasArea(*beside.item)) screen = screenAt(screens, middle(*beside.item));
+    if (screen == nullptr && beside.pointer) screen = screenAt(screens, *beside.pointer);
+    return screen != nullptr ? *screen : screens.front();
+}
+
 Rect availableOn(const Screen& screen) {
     return hasArea(screen.available) ? screen.available : screen.geometry;
 }
@@ -79,6 +87,11 @@ Point popoverPlace(const PopoverBeside& beside, Size popover, const std::vector<
     }
     const Rect area = availableOn(screens.front());
     return keptInside({area.x + area.width, area.y}, popover, area);
+}
+
+int popoverRoom(const PopoverBeside& beside, const std::vector<Screen>& screens) {
+    if (screens.empty()) return 0;
+    return std::max(availableOn(screenOf(beside, screens)).height - 2 * kPopoverGap, 1);
 }
 
 bool isSameClick(const std::optional<PointerMoment>& closing, const PointerMoment& now) {

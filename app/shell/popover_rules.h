@@ -37,6 +37,9 @@ inline constexpr int kPopoverGap = 4;
 [[nodiscard]] Point popoverPlace(const PopoverBeside& beside, Size popover,
                                  const std::vector<Screen>& screens);
 
+/// How high a popover beside that may be to be seen whole. 0 when there is no screen.
+[[nodiscard]] int popoverRoom(const PopoverBeside& beside, const std::vector<Screen>& screens);
+
 /// A moment at which the pointer stood somewhere.
 struct PointerMoment {
     std::chrono::nanoseconds time{0};

@@ -101,9 +101,19 @@ public:
     /// Whether it went away because of the very click that is being handled now: a click on the
     /// item while the popover is shown is a click elsewhere before it is a click on the item.
     [[nodiscard]] virtual bool closedByThisClick() const = 0;
+    /// Whether it was opened by the very click that is being handled now: the second half of a
+    /// double one is no wish to close it.
+    [[nodiscard]] virtual bool openedByThisClick() const = 0;
     virtual void show(const PopoverAnchor& anchor) = 0;
     /// Gives the popover the keyboard. Only when shown.
     virtual void makeKey() = 0;
+    /// Another application is about to be brought forward for a moment, by this program and not by
+    /// the user: the popover stays, takes no keys and clicks, and sees to it that nobody else gets
+    /// those either. Only when shown.
+    virtual void lendKeyboard() = 0;
+    /// That moment is over: the keyboard comes back to the control that had it. Nothing without a
+    /// loan; one ends with the popover, too.
+    virtual void takeKeyboardBack() = 0;
     /// Nothing happens when it is not shown.
     virtual void close() = 0;
 };
@@ -149,8 +159,9 @@ public:
     [[nodiscard]] virtual std::unique_ptr<RenderedPanel> render(CompanionModel& model, int width,
                                                                 double scale) = 0;
 
-    /// Writes a whole file so that the path holds the old bytes or the new ones and nothing
-    /// between. What went wrong, for a person; absent when it is written.
+    /// Writes the bytes to the path as a shell's redirection does: to a pipe or a device, too. A
+    /// file that could not be opened keeps what it had; one that was made for bytes that could not
+    /// be written is gone again. What went wrong, for a person; absent when it is written.
     [[nodiscard]] virtual std::optional<std::string> write(const std::filesystem::path& file,
                                                            std::string_view bytes) = 0;
 };

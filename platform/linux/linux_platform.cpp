@@ -4,6 +4,7 @@
 #include "platform/linux/linux_applications.h"
 #include "platform/linux/linux_session.h"
 #include "platform/linux/x11/x11_clipboard.h"
+#include "platform/linux/x11/x11_input_hold.h"
 #include "platform/linux/x11/x11_keyboard.h"
 #include "platform/linux/x11/x11_pasteboard.h"
 #include "platform/linux/x11/x11_pointer_presses.h"
@@ -30,16 +31,18 @@ CopyTargetOf copyTargetOf(std::shared_ptr<X11Applications> applications) {
 
 LinuxDesktop makeLinuxDesktop(Environment& environment, Clock& clock) {
     const auto [display, silent, applications, files] = openLinuxApplications(environment, clock);
-    const auto clipboard = applications ? openX11Clipboard(display) : nullptr;
     const auto session = linuxSession(environment);
     const auto pressesOf = session.kind == LinuxSession::Kind::X11 ? session.display : "";
+    auto held = makeX11InputHold(pressesOf);
+    const auto clipboard = applications ? openX11Clipboard(display, held.post) : nullptr;
     return {makeX11Workspace(applications, applications ? display : silent),
             makeX11Keyboard(clipboard, copyTargetOf(applications)),
             makeX11Pasteboard(clipboard),
             makeX11WindowList(applications),
             makeX11WindowPicture(display),
             makeDesktopIcons(files),
-            makeX11PointerPresses(pressesOf)};
+            makeX11PointerPresses(pressesOf),
+            std::move(held.hold)};
 }
 
 } // namespace kelvane

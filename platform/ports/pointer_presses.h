@@ -14,11 +14,11 @@ public:
     virtual ~PointerPresses() = default;
 
     /// From now on has `pressed` called whenever a button goes down, wherever the pointer is: over
-    /// this program's own windows too. The call comes on the thread on which the system tells,
-    /// which may be the main one or one of the adapter's own; `pressed` must therefore do for any
-    /// thread, return soon, and neither start nor stop. It takes the place of what an earlier start
-    /// named. Nobody is called where the system does not tell, nor for an empty function, which is
-    /// as good as a stop. Main thread.
+    /// this program's own windows too. The wheel is no button. The call comes on the thread on
+    /// which the system tells, which may be the main one or one of the adapter's own; `pressed`
+    /// must therefore do for any thread, return soon, and neither start nor stop. It takes the
+    /// place of what an earlier start named. Nobody is called where the system does not tell, nor
+    /// for an empty function, which is as good as a stop. Main thread.
     virtual void start(std::function<void()> pressed) = 0;
 
     /// No call is under way or begins after this returns. Costs nothing until the next start, and

@@ -2,8 +2,10 @@
 
 #include <QAbstractButton>
 #include <QGuiApplication>
+#include <QIcon>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QSize>
 #include <QString>
 
 #include <algorithm>
@@ -11,6 +13,11 @@
 namespace kelvane {
 
 namespace {
+
+/// About sixty characters: a title in one line, and a paragraph that is read without turning back.
+constexpr QLatin1String kWidthOfTexts(
+    "QLabel#qt_msgbox_label, QLabel#qt_msgbox_informativelabel { min-width: 380px; }");
+constexpr QSize kIconSize{48, 48}; // Points.
 
 QString label(const std::string& text) {
     return QString::fromStdString(text).replace(QLatin1Char('&'), QLatin1String("&&"));
@@ -22,9 +29,18 @@ public:
         if (QGuiApplication::screens().isEmpty()) return std::nullopt;
         QMessageBox box;
         box.setWindowTitle(QGuiApplication::applicationDisplayName());
-        box.setWindowFlag(Qt::WindowStaysOnTopHint);
-        box.setIcon(alert.style == Alert::Style::Warning ? QMessageBox::Warning
-                                                         : QMessageBox::Information);
+        // A question has no other sizes.
+        box.setWindowFlags(Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint |
+                           Qt::WindowSystemMenuHint | Qt::WindowCloseButtonHint |
+                           Qt::WindowStaysOnTopHint);
+        box.setStyleSheet(kWidthOfTexts);
+        const QIcon own = QGuiApplication::windowIcon();
+        if (alert.style == Alert::Style::Warning || own.isNull()) {
+            box.setIcon(alert.style == Alert::Style::Warning ? QMessageBox::Warning
+                                                             : QMessageBox::Information);
+        } else {
+            box.setIconPixmap(own.pixmap(kIconSize));
+        }
         box.setTextFormat(Qt::PlainText); // Nothing in a text is markup.
         box.setText(QString::fromStdString(alert.message));
         box.setInformativeText(QString::fromStdString(alert.informative));

@@ -374,6 +374,36 @@ TEST_F(CompanionModelTest, CapturesNeverOverlapHoweverOftenAGradeIsAskedFor) {
     EXPECT_FALSE(*model.grading);
 }
 
+TEST_F(CompanionModelTest, TheShellIsToldBeforeTheFirstCaptureAndAfterTheLast) {
+    model.onCapture = [this](bool under) {
+        fake.journal.add(under ? "captures begin" : "captures are over");
+    };
+    model.refresh();
+    model.grade();
+    EXPECT_EQ(fake.journal.count("captures begin"), 1U) << "before anything runs";
+    model.grade();
+    fake.dispatcher.runAll();
+    const auto entries = fake.journal.entries();
+    const auto at = [&](const char* entry) { return std::ranges::find(entries, entry); };
+    EXPECT_EQ(fake.journal.count("captures begin"), 1U);
+    EXPECT_EQ(fake.journal.count("captures are over"), 1U);
+    const auto copies = std::count_if(at("captures begin"), at("captures are over"),
+                                      [](const auto& entry) { return entry.starts_with("copy"); });
+    EXPECT_EQ(copies, 2);
+}
+
+TEST_F(CompanionModelTest, TheShellIsToldOfTheEndOfACaptureThatWasCancelled) {
+    int under = 0;
+    model.onCapture = [&](bool begins) { under += begins ? 1 : -1; };
+    model.refresh();
+    model.grade();
+    EXPECT_EQ(under, 1);
+    model.cancel();
+    EXPECT_EQ(under, 1) << "it still runs";
+    fake.dispatcher.runAll();
+    EXPECT_EQ(under, 0);
+}
+
 TEST_F(CompanionModelTest, ServiceFailureArrivesInsideTheVerdict) {
     fake.http.answer = nullptr;
     model.refresh();

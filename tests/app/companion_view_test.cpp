@@ -157,7 +157,31 @@ TEST_F(CompanionViewTest, ANoteShowsWhenThereIsNoVerdict) {
     model.note = "Couldn't capture anything to grade.";
     EXPECT_EQ(view().verdict, (VerdictSection{.progress = std::nullopt,
                                               .graded = std::nullopt,
-                                              .note = "Couldn't capture anything to grade."}));
+                                              .note = "Couldn't capture anything to grade.",
+                                              .spoken = "Couldn't capture anything to grade."}));
+}
+
+TEST_F(CompanionViewTest, AVerdictIsReadOutInAFewWords) {
+    const auto spoken = [&](const Verdict& verdict) {
+        model.verdict = verdict;
+        return view().verdict.spoken;
+    };
+    Verdict verdict{.band = Band::ship,
+                    .score = 0.96,
+                    .flaws = {},
+                    .runId = "r",
+                    .warming = false,
+                    .error = std::nullopt};
+    EXPECT_EQ(spoken(verdict), "Verdict: SHIP. Trevix 96. Clears your bar — ready to ship.");
+    verdict.band = Band::block;
+    verdict.flaws = {{"HIGH", "a", "b"}};
+    EXPECT_EQ(spoken(verdict), "Verdict: BLOCK. Trevix 96. 1 flaw.");
+    verdict.flaws.push_back({"LOW", "c", "d"});
+    EXPECT_EQ(spoken(verdict), "Verdict: BLOCK. Trevix 96. 2 flaws.");
+    EXPECT_EQ(spoken(Verdict::failure("No answer.")),
+              "No verdict. No answer. Held below your bar. No itemised flaws returned.");
+    model.grading = true;
+    EXPECT_EQ(spoken(verdict), "") << "an old one is not read out again";
 }
 
 TEST_F(CompanionViewTest, AVerdictHidesTheNote) {

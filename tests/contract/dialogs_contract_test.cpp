@@ -9,7 +9,11 @@
 
 #include <QAbstractButton>
 #include <QApplication>
+#include <QColor>
+#include <QIcon>
+#include <QImage>
 #include <QMessageBox>
+#include <QPixmap>
 #include <QTimer>
 
 #include <deque>
@@ -186,6 +190,25 @@ TEST(DesktopDialogs, TheLoopRunsOnMeanwhile) {
     timer.start(5);
     EXPECT_EQ(dialogs->show(alert("News")), std::nullopt);
     EXPECT_GE(turns, 3);
+}
+
+TEST(DesktopDialogs, AnAlertIsWideEnoughToBeReadHasOneSizeAndShowsWhoAsks) {
+    const auto dialogs = makeQtDialogs();
+    QPixmap mark(64, 64);
+    mark.fill(Qt::darkCyan);
+    QGuiApplication::setWindowIcon(QIcon(mark));
+    QTimer timer;
+    QObject::connect(&timer, &QTimer::timeout, [&] {
+        auto* const box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+        if (box == nullptr) return;
+        EXPECT_GE(box->width(), 400);
+        EXPECT_FALSE(box->windowFlags() & (Qt::WindowMinMaxButtonsHint));
+        EXPECT_EQ(box->iconPixmap().toImage().pixelColor(10, 10), QColor(Qt::darkCyan));
+        box->close();
+    });
+    timer.start(5);
+    EXPECT_EQ(dialogs->show(alert("News", {"OK"})), std::nullopt);
+    QGuiApplication::setWindowIcon({});
 }
 
 TEST(DesktopDialogs, NothingInATextIsMarkupAndReturnPressesTheFirstButton) {

@@ -30,7 +30,9 @@ public:
 class ScriptedMouse : public Mouse {
 public:
     PointerPresses& presses() override { return m_presses; }
-    void press(std::uint8_t) override { m_presses.press(); }
+    void press(std::uint8_t button) override {
+        if (button < 4 || button > 7) m_presses.press();
+    }
 
 private:
     Journal m_journal;
@@ -84,6 +86,18 @@ protected:
 TEST_P(PointerPressesContract, TellsOfEachPressOfEveryButton) {
     presses.start(counting(first));
     for (std::uint8_t button = 1; button <= 3; ++button) mouse->press(button);
+    EXPECT_TRUE(reaches(first, 3));
+    presses.stop();
+    EXPECT_EQ(first, 3);
+}
+
+TEST_P(PointerPressesContract, TheWheelIsNoButton) {
+    presses.start(counting(first));
+    for (std::uint8_t button = 4; button <= 7; ++button) mouse->press(button);
+    for (const std::uint8_t sideButton : {std::uint8_t{8}, std::uint8_t{9}}) {
+        mouse->press(sideButton);
+    }
+    mouse->press(1);
     EXPECT_TRUE(reaches(first, 3));
     presses.stop();
     EXPECT_EQ(first, 3);

@@ -21,8 +21,8 @@ std::string contents(const fs::path& path) {
     return text.str();
 }
 
-void Journey::SetUpTestSuite() {
-    s_desktop = std::make_unique<VirtualDesktop>();
+void Journey::makeDesktop(DesktopOptions options) {
+    s_desktop = std::make_unique<VirtualDesktop>(std::move(options));
     // Stands in for the browser: keeps the addresses that it was asked to show.
     const auto programs = s_desktop->home() / "programs";
     fs::create_directory(programs);

@@ -26,7 +26,8 @@ namespace kelvane {
 
 class Journey : public testing::Test {
 protected:
-    static void SetUpTestSuite();
+    static void SetUpTestSuite() { makeDesktop({}); }
+    static void makeDesktop(DesktopOptions options);
     static void TearDownTestSuite();
     void SetUp() override;
     void TearDown() override;

@@ -13,6 +13,9 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr auto kBetweenClicks = 700ms;
+constexpr const char* kProductClass = "example.trevix.kelvane.menubar";
+constexpr int kLargestIcon = 64; // Pixels.
+constexpr int kDeepestIcon = 6;  // In the frame of a bar, in the bar, in its socket.
 
 PanelOnScreen::Frame frameOf(const nlohmann::json& line) {
     PanelOnScreen::Frame frame;
@@ -102,31 +105,49 @@ PanelOnScreen::waitForText(const std::string& text, std::chrono::milliseconds ti
     return waitFor([&](const Frame& frame) { return frame.says(text); }, timeout);
 }
 
-std::optional<PanelOnScreen::Place> PanelOnScreen::icon() const {
+// A window of the product, small enough to be an icon and inside another one. Not every window
+// manager lists a dock among the windows or leaves it its width: it is looked for on the screen.
+std::optional<PanelOnScreen::Place> PanelOnScreen::iconBelow(xcb_window_t window, int depth) const {
     auto& link = m_desktop.link();
-    for (const auto& window : m_desktop.windows()) {
-        if (window.instance != "trayer" && window.wmClass != "trayer") continue;
-        const XcbOwned<xcb_query_tree_reply_t> tree(
-            xcb_query_tree_reply(link.xcb(), xcb_query_tree(link.xcb(), window.window), nullptr));
-        const XcbOwned<xcb_get_geometry_reply_t> size(xcb_get_geometry_reply(
-            link.xcb(), xcb_get_geometry(link.xcb(), window.window), nullptr));
-        const XcbOwned<xcb_translate_coordinates_reply_t> corner(xcb_translate_coordinates_reply(
-            link.xcb(), xcb_translate_coordinates(link.xcb(), window.window, link.root(), 0, 0),
-            nullptr));
-        // A host without an icon is a sliver.
-        if (!tree || !size || !corner || size->width < 12) return std::nullopt;
-        return Place{corner->dst_x + size->width / 2, corner->dst_y + size->height / 2};
+    const XcbOwned<xcb_query_tree_reply_t> tree(
+        xcb_query_tree_reply(link.xcb(), xcb_query_tree(link.xcb(), window), nullptr));
+    if (!tree) return std::nullopt;
+    const auto* const children = xcb_query_tree_children(tree.get());
+    for (int i = 0; i < xcb_query_tree_children_length(tree.get()); ++i) {
+        auto found = depth > 0 && isOurs(children[i]) ? middleOf(children[i]) : std::nullopt;
+        if (!found && depth < kDeepestIcon) found = iconBelow(children[i], depth + 1);
+        if (found) return found;
     }
     return std::nullopt;
 }
 
+bool PanelOnScreen::isOurs(xcb_window_t window) const {
+    auto& link = m_desktop.link();
+    const auto name = link.property(window, XCB_ATOM_WM_CLASS);
+    if (!name || name->bytes.find(kProductClass) == std::string::npos) return false;
+    const XcbOwned<xcb_get_window_attributes_reply_t> state(xcb_get_window_attributes_reply(
+        link.xcb(), xcb_get_window_attributes(link.xcb(), window), nullptr));
+    return state && state->map_state == XCB_MAP_STATE_VIEWABLE;
+}
+
+std::optional<PanelOnScreen::Place> PanelOnScreen::middleOf(xcb_window_t window) const {
+    auto& link = m_desktop.link();
+    const XcbOwned<xcb_get_geometry_reply_t> size(
+        xcb_get_geometry_reply(link.xcb(), xcb_get_geometry(link.xcb(), window), nullptr));
+    const XcbOwned<xcb_translate_coordinates_reply_t> corner(xcb_translate_coordinates_reply(
+        link.xcb(), xcb_translate_coordinates(link.xcb(), window, link.root(), 0, 0), nullptr));
+    if (!size || !corner || size->width > kLargestIcon) return std::nullopt;
+    return Place{corner->dst_x + size->width / 2, corner->dst_y + size->height / 2};
+}
+
 bool PanelOnScreen::waitForIcon() const {
-    return VirtualDesktop::waitUntil([&] { return icon().has_value(); }, 20s);
+    return VirtualDesktop::waitUntil([&] { return iconBelow(m_desktop.link().root()).has_value(); },
+                                     20s);
 }
 
 void PanelOnScreen::clickIcon() {
     std::this_thread::sleep_until(m_nextClick);
-    if (const auto place = icon()) clickAt(place->x, place->y);
+    if (const auto place = iconBelow(m_desktop.link().root())) clickAt(place->x, place->y);
     m_nextClick = std::chrono::steady_clock::now() + kBetweenClicks;
 }
 
@@ -159,6 +180,11 @@ void PanelOnScreen::clickAt(int x, int y) {
 void PanelOnScreen::press(const std::string& key) {
     run({"xdotool", "key", "--clearmodifiers", key});
     m_nextClick = {}; // with a key in between, a click is one by itself
+}
+
+void PanelOnScreen::xdotool(std::vector<std::string> words) {
+    words.insert(words.begin(), "xdotool");
+    run(words);
 }
 
 void PanelOnScreen::run(const std::vector<std::string>& command) {

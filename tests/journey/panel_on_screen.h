@@ -68,12 +68,16 @@ public:
     [[nodiscard]] bool click(const std::string& name);
     void clickAt(int x, int y);
     void press(const std::string& key);
+    /// Anything else that xdotool does, which it says in these words.
+    void xdotool(std::vector<std::string> words);
 
 private:
     struct Place {
         int x = 0, y = 0;
     };
-    [[nodiscard]] std::optional<Place> icon() const;
+    [[nodiscard]] std::optional<Place> iconBelow(xcb_window_t window, int depth = 0) const;
+    [[nodiscard]] bool isOurs(xcb_window_t window) const;
+    [[nodiscard]] std::optional<Place> middleOf(xcb_window_t window) const;
     void run(const std::vector<std::string>& command);
 
     VirtualDesktop& m_desktop;

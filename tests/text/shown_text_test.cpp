@@ -32,6 +32,11 @@ TEST(ShownText, DirectionOverridesAreLeftOut) {
     EXPECT_EQ(shownLine("\u2066x\u2067y\u2068z\u2069\u202A\u202B\u202D"), "xyz");
 }
 
+TEST(ShownText, AMarkOfADirectionTurnsNoLineAndStaysWhereItBelongs) {
+    EXPECT_EQ(shownLine("\u200FTwo words (\u200E\u061C)."), "Two words ().");
+    EXPECT_EQ(shownLine("\u05D0\u200F."), "\u05D0\u200F.");
+}
+
 TEST(ShownText, RightToLeftTextInsideASentenceIsIsolated) {
     EXPECT_EQ(shownWithin("Figma"), "Figma");
     EXPECT_EQ(shownWithin("日本語 ﬁ ︙"), "日本語 ﬁ ︙");

@@ -22,7 +22,7 @@ Column {
             prominent: true
             label: root.actions.grade.label
             symbol: root.actions.grade.symbol
-            enabled: root.actions.grade.enabled
+            usable: root.actions.grade.enabled
             width: parent.width - (iterate.visible ? iterate.width + parent.spacing : 0)
             height: implicitHeight
             onClicked: root.gradeAsked()
@@ -34,7 +34,7 @@ Column {
             label: root.actions.iterate.label
             symbol: root.actions.iterate.symbol
             visible: root.actions.iterate.visible
-            enabled: root.actions.iterate.enabled
+            usable: root.actions.iterate.enabled
             width: implicitWidth
             height: implicitHeight
             onClicked: root.iterateAsked()

@@ -27,6 +27,16 @@ RoundedBox {
         height: 7
         radius: 3.5
         color: root.theme.dot(root.chip.dot)
+
+        // Not by its colour alone: what runs is full, what does not is a ring.
+        RoundedBox {
+            visible: root.chip.dot === Tint.Secondary
+            anchors.centerIn: parent
+            width: 3
+            height: 3
+            radius: 1.5
+            color: root.theme.background
+        }
     }
     PanelText {
         id: words

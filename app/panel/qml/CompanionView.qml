@@ -8,6 +8,9 @@ FocusScope {
     required property PanelBridge bridge
     /// Above 0: a window of its own, with a hairline along its edge.
     property real cornerRadius: 0
+    /// Above 0: no higher than this; the middle scrolls then, between its head and its foot.
+    property real maximumHeight: 0
+    readonly property real naturalHeight: head.implicitHeight + body.implicitHeight + 32 + foot.implicitHeight
 
     /// Escape was pressed and there was nothing in the panel for it to end.
     signal dismissed
@@ -15,7 +18,8 @@ FocusScope {
     function reset() {
         menu.close(false)
         tip.hide()
-        root.forceActiveFocus()
+        scroll.contentY = 0
+        rest.forceActiveFocus()
     }
 
     readonly property Theme theme: Theme {
@@ -25,23 +29,51 @@ FocusScope {
 
     width: 360
     implicitWidth: 360
-    implicitHeight: column.implicitHeight
+    implicitHeight: maximumHeight > 0 ? Math.min(naturalHeight, maximumHeight) : naturalHeight
     focus: true
     Accessible.role: Accessible.Pane
     Accessible.name: bridge.header.product
 
-    Keys.onEscapePressed: event => {
-        event.accepted = false
-        root.dismissed()
+    Keys.onPressed: event => {
+        const page = scroll.height - 2 * theme.body
+        switch (event.key) {
+        case Qt.Key_Escape: root.dismissed(); return
+        case Qt.Key_Down: scroll.moveBy(3 * theme.body); break
+        case Qt.Key_Up: scroll.moveBy(-3 * theme.body); break
+        case Qt.Key_PageDown: scroll.moveBy(page); break
+        case Qt.Key_PageUp: scroll.moveBy(-page); break
+        default: return
+        }
+        event.accepted = true
     }
 
     Rectangle {
         anchors.fill: parent
         color: root.theme.background
     }
+    // Has the keyboard while no control does: Tab goes from here to the first one.
+    Item {
+        id: rest
+        objectName: "rest"
+        focus: true
+    }
+    // Shown anew for every verdict, so that it is read out.
+    Item {
+        id: announcement
+        objectName: "announcement"
+        width: 1
+        height: 1
+        visible: false
+        Accessible.role: Accessible.Notification
+        Accessible.name: root.bridge.verdict.spoken
+        Accessible.onNameChanged: {
+            visible = false
+            visible = Accessible.name !== ""
+        }
+    }
 
     Column {
-        id: column
+        id: head
         width: root.width
 
         HeaderRow {
@@ -56,58 +88,111 @@ FocusScope {
             width: parent.width
             strength: 0.4
         }
-        Item {
-            width: parent.width
-            height: body.implicitHeight + 32
+    }
+    Flickable {
+        id: scroll
+        objectName: "scroll"
 
-            Column {
-                id: body
-                x: 16
-                y: 16
-                width: parent.width - 32
-                spacing: 14
-
-                NowSection {
-                    theme: root.theme
-                    now: root.bridge.now
-                    width: parent.width
-                }
-                VerdictSection {
-                    theme: root.theme
-                    tip: tip
-                    verdict: root.bridge.verdict
-                    actions: root.bridge.actions
-                    visible: verdict.shown
-                    width: parent.width
-                    onReportAsked: root.bridge.openReport()
-                    onCancelAsked: root.bridge.cancel()
-                }
-                ActionRow {
-                    theme: root.theme
-                    actions: root.bridge.actions
-                    width: parent.width
-                    onGradeAsked: root.bridge.grade()
-                    onIterateAsked: root.bridge.iterate()
-                    onKeyAsked: root.bridge.getKey()
-                }
-                Divider {
-                    theme: root.theme
-                    width: parent.width
-                    strength: 0.3
-                }
-                AgentsSection {
-                    theme: root.theme
-                    tip: tip
-                    agents: root.bridge.agents
-                    width: parent.width
-                }
-                WorkflowSection {
-                    theme: root.theme
-                    workflow: root.bridge.workflow
-                    width: parent.width
-                }
+        function moveBy(distance: real) {
+            contentY = Math.max(0, Math.min(contentHeight - height, contentY + distance))
+        }
+        /// Brings what has the keyboard into view.
+        function follow() {
+            const item = root.Window.activeFocusItem
+            if (!item || !interactive) return
+            let inside = item
+            while (inside && inside !== contentItem) inside = inside.parent
+            if (!inside) return
+            const top = item.mapToItem(contentItem, 0, 0).y
+            const margin = 12
+            if (top - margin < contentY) moveBy(top - margin - contentY)
+            else if (top + item.height + margin > contentY + height) {
+                moveBy(top + item.height + margin - contentY - height)
             }
         }
+
+        width: root.width
+        anchors.top: head.bottom
+        anchors.bottom: foot.top
+        contentHeight: body.implicitHeight + 32
+        interactive: contentHeight > height + 0.5
+        clip: interactive
+        boundsBehavior: Flickable.StopAtBounds
+        // What is clicked is a control or nothing: dragging with the mouse is for neither.
+        onContentHeightChanged: moveBy(0)
+        onHeightChanged: moveBy(0)
+
+        Connections {
+            target: root.Window.window
+            function onActiveFocusItemChanged() { scroll.follow() }
+        }
+
+        Column {
+            id: body
+            x: 16
+            y: 16
+            width: scroll.width - 32
+            spacing: 14
+
+            NowSection {
+                theme: root.theme
+                now: root.bridge.now
+                width: parent.width
+            }
+            VerdictSection {
+                theme: root.theme
+                tip: tip
+                verdict: root.bridge.verdict
+                actions: root.bridge.actions
+                visible: verdict.shown
+                width: parent.width
+                onReportAsked: root.bridge.openReport()
+                onCancelAsked: root.bridge.cancel()
+            }
+            ActionRow {
+                theme: root.theme
+                actions: root.bridge.actions
+                width: parent.width
+                onGradeAsked: root.bridge.grade()
+                onIterateAsked: root.bridge.iterate()
+                onKeyAsked: root.bridge.getKey()
+            }
+            Divider {
+                theme: root.theme
+                width: parent.width
+                strength: 0.3
+            }
+            AgentsSection {
+                theme: root.theme
+                tip: tip
+                agents: root.bridge.agents
+                width: parent.width
+            }
+            WorkflowSection {
+                theme: root.theme
+                workflow: root.bridge.workflow
+                width: parent.width
+            }
+        }
+    }
+    // How much there is, and where: shown while there is more than fits.
+    RoundedBox {
+        objectName: "scrollMark"
+        visible: scroll.interactive
+        width: 4
+        radius: 2
+        color: root.theme.wash(root.theme.secondary, 0.6)
+        anchors.right: parent.right
+        anchors.rightMargin: 4
+        height: Math.max(24, scroll.height * scroll.height / scroll.contentHeight)
+        y: scroll.y + (scroll.height - height) * scroll.contentY
+                      / Math.max(1, scroll.contentHeight - scroll.height)
+    }
+    Column {
+        id: foot
+        width: root.width
+        anchors.bottom: parent.bottom
+
         Divider {
             theme: root.theme
             width: parent.width
@@ -129,6 +214,7 @@ FocusScope {
         footer: root.bridge.footer
         button: footer.menuButton
         onChosen: action => root.bridge.choose(action)
+        onClosed: rest.forceActiveFocus()
     }
     PanelToolTip {
         id: tip

@@ -19,7 +19,6 @@ Item {
         width: root.severityWidth
         // Both texts stand on one line of writing.
         y: words.baselineOffset - baselineOffset
-        wrapMode: Text.NoWrap
         font.pixelSize: theme.smallCaption
         font.weight: Font.Bold
     }
@@ -29,7 +28,6 @@ Item {
         text: root.flaw.text
         x: level.width + 8
         width: root.width - x
-        maximumLineCount: 6
         font.pixelSize: theme.caption
     }
 }

@@ -12,6 +12,7 @@ Column {
 
     spacing: 6
     Accessible.role: Accessible.List
+    Accessible.name: agents.caption
 
     Repeater {
         model: root.agents.rows

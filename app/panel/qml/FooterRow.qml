@@ -30,12 +30,13 @@ Item {
         quiet: true
         label: root.footer.menuTitle
         trailingSymbol: "chevron.down"
+        trailingTurn: 180 // The menu opens upwards.
         anchors.right: parent.right
         anchors.rightMargin: 16
         y: 10
         width: implicitWidth
         height: implicitHeight
-        Accessible.role: Accessible.ButtonMenu
+        opensMenu: true
         Keys.onDownPressed: root.menuAsked()
         Keys.onUpPressed: root.menuAsked()
         onClicked: root.menuAsked()

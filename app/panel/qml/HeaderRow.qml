@@ -47,7 +47,7 @@ Item {
         height: 8
         radius: 4
         color: root.theme.dot(root.header.dot)
-        Accessible.role: Accessible.Indicator
+        Accessible.role: Accessible.Graphic
         Accessible.name: root.header.toolTip
 
         ToolTipArea {

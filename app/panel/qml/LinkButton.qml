@@ -7,6 +7,7 @@ Pressable {
     /// Less of a link: for what stands beside one.
     property bool quiet: false
     property string trailingSymbol
+    property real trailingTurn: 0
 
     implicitWidth: Math.ceil(words.implicitWidth) + (trailingSymbol === "" ? 0 : trailing.width + 4)
     implicitHeight: Math.ceil(words.implicitHeight)
@@ -32,6 +33,7 @@ Pressable {
         anchors.verticalCenter: words.verticalCenter
         symbol: root.trailingSymbol
         ink: words.color
+        rotation: root.trailingTurn
         size: root.theme.smallCaption
     }
 }

@@ -13,23 +13,38 @@ MouseArea {
     property bool fromKeyboard: false
 
     signal chosen(int action)
+    /// Closed, with the keyboard on nothing.
+    signal closed
+
+    // The panel grows and shrinks with what it says, and the button moves with its lower edge.
+    onHeightChanged: if (visible) settled.restart()
+    onCurrentChanged: if (visible) speak()
 
     function open(byKeyboard: bool) {
+        place()
+        current = byKeyboard ? step(-1, 1) : -1
+        fromKeyboard = byKeyboard
+        visible = true
+        speak()
+    }
+    function place() {
         const spot = button.mapToItem(parent, button.width, 0)
         sheet.x = Math.round(Math.max(8, Math.min(parent.width - sheet.width - 8,
                                                   spot.x - sheet.width + 8)))
         sheet.y = Math.round(Math.max(8, spot.y - sheet.height - 4))
-        current = byKeyboard ? step(-1, 1) : -1
-        fromKeyboard = byKeyboard
-        visible = true
-        sheet.forceActiveFocus()
+    }
+    /// The keyboard goes to what is chosen, so that it is read out.
+    function speak() {
+        const entry = current < 0 ? null : entries.itemAt(current)
+        if (entry) entry.forceActiveFocus()
+        else sheet.forceActiveFocus()
     }
     function close(toButton: bool) {
         if (!visible) return
         visible = false
         current = -1
-        sheet.focus = false
         if (toButton) button.forceActiveFocus()
+        else closed()
     }
     function step(from: int, by: int): int {
         const items = footer.menu
@@ -53,6 +68,12 @@ MouseArea {
         if (!sheet.contains(mapToItem(sheet, mouse.x, mouse.y))) close(false)
     }
     onWheel: wheel => wheel.accepted = true
+
+    Timer {
+        id: settled
+        interval: 0 // When the rest of the panel has its new place, too.
+        onTriggered: root.place()
+    }
 
     // A soft shadow out of three outlines: no effect that needs a GPU.
     Repeater {
@@ -109,6 +130,7 @@ MouseArea {
             width: parent.width - 10
 
             Repeater {
+                id: entries
                 model: root.footer.menu
 
                 Item {
@@ -125,7 +147,7 @@ MouseArea {
                     Accessible.role: divides ? Accessible.Separator : Accessible.MenuItem
                     Accessible.name: modelData.title
                     Accessible.focusable: !divides
-                    Accessible.focused: root.current === index
+                    Accessible.focused: activeFocus
                     Accessible.onPressAction: if (!divides) root.choose(index)
 
                     RoundedBox {

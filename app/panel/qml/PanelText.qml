@@ -10,11 +10,11 @@ Text {
     color: ink
     font.pixelSize: theme.body
     textFormat: Text.PlainText
-    horizontalAlignment: Text.AlignLeft
     wrapMode: Text.Wrap
     elide: Text.ElideRight
 
     Accessible.role: Accessible.StaticText
     Accessible.name: text
+    Accessible.focusable: false
     Accessible.ignored: !visible
 }

@@ -1,46 +1,45 @@
 // What every control has in common: mouse, keyboard, focus ring and accessibility.
 //
-// Keyboard focus comes by Tab alone, as the ring shows; a click leaves it where it is.
+// Keyboard focus comes by Tab alone, as the ring shows; a click leaves it where it is. A control that
+// cannot be used now keeps it, so that the position is not lost over a grade.
 import QtQuick
 import Kelvane.Panel
 
-Item {
+PanelControl {
     id: root
 
     required property Theme theme
-    required property string label
     property real ringRadius: 5
     property real ringGap: 2
-    readonly property bool hovered: mouse.containsMouse && enabled
-    readonly property bool pressed: (mouse.pressed && mouse.containsMouse) || keyDown
+    readonly property bool hovered: mouse.containsMouse && usable
     property bool keyDown: false
 
-    signal clicked
+    function press() {
+        if (usable) clicked()
+    }
 
-    activeFocusOnTab: true
+    pressed: usable && ((mouse.pressed && mouse.containsMouse) || keyDown)
+    activeFocusOnTab: usable || activeFocus
     onActiveFocusChanged: keyDown = false
-    onEnabledChanged: keyDown = false
+    onUsableChanged: keyDown = false
 
     Accessible.role: Accessible.Button
-    Accessible.name: label
-    Accessible.focusable: true
-    Accessible.pressed: pressed
+    Accessible.name: spokenName === "" ? label : spokenName
     Accessible.ignored: !visible
-    Accessible.onPressAction: if (root.enabled) root.clicked()
 
     Keys.onPressed: event => {
         const returns = event.key === Qt.Key_Return || event.key === Qt.Key_Enter
         if (!returns && event.key !== Qt.Key_Space) return
         event.accepted = true
         if (event.isAutoRepeat) return
-        if (returns) clicked()
-        else keyDown = true
+        if (returns) press()
+        else keyDown = usable
     }
     Keys.onReleased: event => {
         if (event.key !== Qt.Key_Space || event.isAutoRepeat || !keyDown) return
         event.accepted = true
         keyDown = false
-        clicked()
+        press()
     }
 
     RoundedBox {
@@ -58,6 +57,6 @@ Item {
         anchors.fill: parent
         hoverEnabled: true
         cursorShape: Qt.PointingHandCursor
-        onClicked: root.clicked()
+        onClicked: root.press()
     }
 }

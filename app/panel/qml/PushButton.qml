@@ -7,7 +7,7 @@ Pressable {
 
     property string symbol
     property bool prominent: false
-    readonly property color ink: !enabled ? theme.secondary : prominent ? theme.white : theme.primary
+    readonly property color ink: !usable ? theme.secondary : prominent ? theme.white : theme.primary
 
     implicitWidth: Math.ceil(content.implicitWidth) + 24
     implicitHeight: theme.body + 17
@@ -16,9 +16,9 @@ Pressable {
     RoundedBox {
         anchors.fill: parent
         radius: 7
-        color: root.prominent && root.enabled ? root.theme.accent
-             : root.enabled ? root.theme.raised : root.theme.wash(root.theme.secondary, 0.12)
-        borderWidth: root.prominent || !root.enabled ? 0 : 1
+        color: root.prominent && root.usable ? root.theme.accent
+             : root.usable ? root.theme.raised : root.theme.wash(root.theme.secondary, 0.12)
+        borderWidth: root.prominent || !root.usable ? 0 : 1
         borderColor: root.theme.wash(root.theme.secondary, 0.35)
 
         RoundedBox {

@@ -50,7 +50,7 @@ QtObject {
         switch (tint) {
         case Tint.Green: return "#1d7a38"
         case Tint.Yellow: return "#ffcc00"
-        case Tint.Orange: return "#b04f00"
+        case Tint.Orange: return "#c84b00"
         case Tint.Red: return "#c62a22"
         default: return "#66666b"
         }

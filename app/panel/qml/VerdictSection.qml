@@ -41,7 +41,7 @@ Column {
             width: implicitWidth
             height: implicitHeight
             anchors.verticalCenter: parent.verticalCenter
-            Accessible.name: root.actions.cancelName
+            spokenName: root.actions.cancelName
             onClicked: root.cancelAsked()
         }
     }
@@ -94,7 +94,6 @@ Column {
         text: root.verdict.error
         visible: text !== ""
         width: root.width
-        maximumLineCount: 6
         font.pixelSize: theme.caption
     }
 
@@ -145,7 +144,6 @@ Column {
         text: root.verdict.note
         visible: text !== ""
         width: root.width
-        maximumLineCount: 6
         font.pixelSize: theme.caption
     }
 }

@@ -35,7 +35,6 @@ Column {
         text: root.workflow.pipeline
         visible: text !== ""
         width: root.width
-        maximumLineCount: 4
         font.pixelSize: theme.caption
     }
 }

@@ -6,6 +6,7 @@
 #include <QJsonObject>
 #include <QQuickItem>
 #include <QQuickWindow>
+#include <QScreen>
 
 #include <fstream>
 #include <utility>
@@ -14,11 +15,24 @@ namespace kelvane {
 
 namespace {
 
+/// Points of the desktop as pixels: who moves a pointer counts those. Qt scales a screen from its
+/// top left corner.
+QJsonArray inPixels(const QQuickWindow& window, const QRectF& points) {
+    const QPointF origin =
+        window.screen() ? QPointF(window.screen()->geometry().topLeft()) : QPointF();
+    const double scale = window.devicePixelRatio();
+    const QPointF corner = origin + (points.topLeft() - origin) * scale;
+    return {qRound(corner.x()), qRound(corner.y()), qRound(points.width() * scale),
+            qRound(points.height() * scale)};
+}
+
 QJsonArray rectangle(const QQuickItem& item) {
-    const QPointF corner = item.mapToGlobal(QPointF(0, 0));
-    const QPointF opposite = item.mapToGlobal(QPointF(item.width(), item.height()));
-    return {qRound(corner.x()), qRound(corner.y()), qRound(opposite.x() - corner.x()),
-            qRound(opposite.y() - corner.y())};
+    return inPixels(*item.window(), QRectF(item.mapToGlobal(QPointF(0, 0)), item.size()));
+}
+
+/// Whether it can be used: a control says so to assistive technology.
+bool isUsable(const QQuickItem& item, QAccessibleInterface& accessible) {
+    return item.isEnabled() && !accessible.state().disabled;
 }
 
 QString roleName(QAccessible::Role role) {
@@ -44,7 +58,7 @@ void collect(QQuickItem& item, QJsonArray& controls) {
         if (!name.isEmpty() && item.width() > 0 && item.height() > 0) {
             controls.append(QJsonObject{{"name", name},
                                         {"role", roleName(accessible->role())},
-                                        {"enabled", item.isEnabled()},
+                                        {"enabled", isUsable(item, *accessible)},
                                         {"focused", item.hasActiveFocus()},
                                         {"rect", rectangle(item)}});
         }
@@ -74,8 +88,7 @@ void PanelTrace::write(std::string_view event, bool withControls) {
         {"time", static_cast<double>(now.count()) / 1e6},
         {"event", QString::fromUtf8(event.data(), static_cast<qsizetype>(event.size()))}};
     if (withControls) {
-        line["window"] =
-            QJsonArray{m_window.x(), m_window.y(), m_window.width(), m_window.height()};
+        line["window"] = inPixels(m_window, m_window.geometry());
         QJsonArray controls;
         collect(*m_window.contentItem(), controls);
         line["controls"] = controls;

@@ -1,9 +1,10 @@
 #include "app/shell/qt/qt_application.h"
 
-#include <QCoreApplication>
+#include <QApplication>
 #include <QMetaObject>
 #include <QSocketNotifier>
 #include <QTimer>
+#include <QWidget>
 
 #include <csignal>
 #include <fcntl.h>
@@ -86,6 +87,14 @@ void handleSignals() {
 std::unique_ptr<Application> makeQtApplication(std::function<void()> ending,
                                                std::function<void()> bringForward) {
     return std::make_unique<QtApplication>(std::move(ending), std::move(bringForward));
+}
+
+bool bringAlertForward() {
+    QWidget* const alert = QApplication::activeModalWidget();
+    if (alert == nullptr) return false;
+    alert->raise();
+    alert->activateWindow();
+    return true;
 }
 
 std::unique_ptr<Ticker> makeQtTicker() {

@@ -15,6 +15,11 @@ namespace kelvane {
 [[nodiscard]] std::unique_ptr<Application> makeQtApplication(std::function<void()> ending,
                                                              std::function<void()> bringForward);
 
+/// Brings the alert that waits for an answer, if there is one, before everything else. Until it has
+/// one nothing else of this program reacts, a panel that opened now among it. False when none
+/// waits.
+[[nodiscard]] bool bringAlertForward();
+
 /// Precise to a twentieth of the interval, so that the system may wake for several things at once.
 [[nodiscard]] std::unique_ptr<Ticker> makeQtTicker();
 

@@ -10,7 +10,6 @@
 #include <QScreen>
 #include <QString>
 
-#include <algorithm>
 #include <utility>
 
 namespace kelvane {
@@ -31,13 +30,8 @@ public:
         m_window.setMaximumSize(size);
         m_window.resize(size);
         if (m_panel) {
-            m_panel->setWidth(content.width);
-            // The panel's own ground goes on to the window's lower edge.
-            const auto fit = [panel = m_panel.get(), content] {
-                panel->setHeight(std::max<double>(panel->implicitHeight(), content.height));
-            };
-            QObject::connect(m_panel.get(), &QQuickItem::implicitHeightChanged, m_panel.get(), fit);
-            fit();
+            // Its foot stands at the window's lower edge, however much there is above it.
+            m_panel->setSize(QSizeF(size));
         }
         QObject::connect(&m_window, &QWindow::visibleChanged, &m_window, [](bool visible) {
             if (!visible) QGuiApplication::quit();

@@ -3,14 +3,46 @@
 #include "app/panel/panel_picture.h"
 
 #include <QBuffer>
-#include <QSaveFile>
-#include <QString>
 
+#include <cerrno>
+#include <fcntl.h>
+#include <system_error>
+#include <unistd.h>
 #include <utility>
 
 namespace kelvane {
 
 namespace {
+
+/// Of a picture that is made: what the umask leaves of it.
+constexpr mode_t kReadable = 0666;
+
+bool writeAll(int file, std::string_view bytes) {
+    while (!bytes.empty()) {
+        const ssize_t written = ::write(file, bytes.data(), bytes.size());
+        if (written < 0 && errno != EINTR) return false;
+        if (written > 0) bytes.remove_prefix(static_cast<std::size_t>(written));
+    }
+    return true;
+}
+
+/// Into what is there, be that a pipe, a device or a file that others have names for. The name is
+/// bytes, as the system takes it.
+std::optional<std::string> writeTo(const std::filesystem::path& path, std::string_view bytes) {
+    constexpr int kHow = O_WRONLY | O_TRUNC | O_CLOEXEC | O_NOCTTY;
+    // First what is there: in a folder that everybody writes to, systems refuse to "make" the pipe
+    // of another user. A link to nothing is there and is not.
+    int file = ::open(path.c_str(), kHow);
+    const bool made = file < 0 && errno == ENOENT;
+    if (made) file = ::open(path.c_str(), kHow | O_CREAT, kReadable);
+    if (file < 0) return std::generic_category().message(errno);
+    int error = writeAll(file, bytes) ? 0 : errno;
+    // Some disks tell only now that they are full.
+    if (::close(file) != 0 && error == 0) error = errno;
+    if (error == 0) return std::nullopt;
+    if (made) ::unlink(path.c_str());
+    return std::generic_category().message(error);
+}
 
 class QtRenderedPanel : public RenderedPanel {
 public:
@@ -40,13 +72,7 @@ public:
 
     std::optional<std::string> write(const std::filesystem::path& path,
                                      std::string_view bytes) override {
-        QSaveFile file(QString::fromStdString(path.string()));
-        const bool written = file.open(QIODevice::WriteOnly) &&
-                             file.write(bytes.data(), static_cast<qint64>(bytes.size())) ==
-                                 static_cast<qint64>(bytes.size()) &&
-                             file.commit();
-        if (written) return std::nullopt;
-        return file.errorString().toStdString();
+        return writeTo(path, bytes);
     }
 
 private:

@@ -1,13 +1,14 @@
 #include "app/shell/qt/qt_popover.h"
 
-#include "app/companion_model.h"
 #include "app/panel/panel_appearance.h"
 #include "app/panel/panel_item.h"
 #include "app/shell/qt/panel_trace.h"
 #include "platform/ports/clock.h"
+#include "platform/ports/input_hold.h"
 #include "platform/ports/pointer_presses.h"
 
 #include <QCursor>
+#include <QEvent>
 #include <QGuiApplication>
 #include <QPainterPath>
 #include <QQuickItem>
@@ -20,6 +21,26 @@
 namespace kelvane {
 
 namespace {
+
+/// Between two looks at who has the keyboard, and how long a window manager may take to give it
+/// back: it takes some 50 ms, and a user whose keys are held must not wait for one that never does.
+constexpr std::chrono::milliseconds kLook{10};
+constexpr std::chrono::seconds kPatience{1};
+
+/// What a person does to a window; what ends such a thing is not among it.
+bool isPress(QEvent::Type type) {
+    switch (type) {
+    case QEvent::KeyPress:
+    case QEvent::ShortcutOverride:
+    case QEvent::MouseButtonPress:
+    case QEvent::MouseButtonDblClick:
+    case QEvent::TouchBegin:
+    case QEvent::Wheel:
+        return true;
+    default:
+        return false;
+    }
+}
 
 Point point(const QPoint& from) {
     return {from.x(), from.y()};
@@ -43,10 +64,15 @@ std::vector<Screen> screensOfTheDesktop() {
 
 QtPopover::QtPopover(Ports ports, std::filesystem::path traceFile)
     : m_ports(std::move(ports)),
-      m_traceFile(std::move(traceFile)) {}
+      m_traceFile(std::move(traceFile)) {
+    m_waitForKeyboard.setInterval(kLook);
+    m_waitForKeyboard.setTimerType(Qt::PreciseTimer);
+    connect(&m_waitForKeyboard, &QTimer::timeout, this, &QtPopover::endLoanOnceBack);
+}
 
 QtPopover::~QtPopover() {
     m_ports.presses.stop();
+    m_ports.hold.stop();
     if (m_view) m_view->disconnect(this);
 }
 
@@ -62,6 +88,10 @@ bool QtPopover::closedByThisClick() const {
     return isSameClick(m_closed, pointerNow());
 }
 
+bool QtPopover::openedByThisClick() const {
+    return isSameClick(m_opened, pointerNow());
+}
+
 void QtPopover::build() {
     m_bridge = std::make_unique<PanelBridge>(m_ports.model, m_ports.images);
     m_appearance = std::make_unique<PanelAppearance>(*m_bridge);
@@ -73,6 +103,7 @@ void QtPopover::build() {
     m_view->setPersistentSceneGraph(false);
     m_view->setPersistentGraphics(false);
 
+    m_view->installEventFilter(this);
     connect(m_view->rootObject(), SIGNAL(dismissed()), this, SLOT(close()));
     connect(m_view.get(), &QWindow::activeChanged, this, &QtPopover::activeChanged);
     connect(m_view.get(), &QWindow::heightChanged, this, [this] {
@@ -90,11 +121,13 @@ void QtPopover::show(const PopoverAnchor& anchor) {
     if (!m_view) build();
     if (!m_view) return;
     // The first frame shows what holds now, in a window of the right height.
-    m_bridge->redraw();
-    layOutPanel(*m_view->rootObject());
     m_beside.item = anchor.item;
     m_beside.pointer = anchor.byPointer ? std::optional(point(QCursor::pos())) : std::nullopt;
+    m_bridge->redraw();
+    limitPanelHeight(*m_view->rootObject(), popoverRoom(m_beside, screensOfTheDesktop()));
+    layOutPanel(*m_view->rootObject());
     m_closed.reset();
+    m_opened = anchor.byPointer ? std::optional(pointerNow()) : std::nullopt;
     m_wasActive = false;
     place();
     m_view->show();
@@ -105,12 +138,49 @@ void QtPopover::show(const PopoverAnchor& anchor) {
 }
 
 void QtPopover::makeKey() {
-    if (!isShown()) return;
+    // Lent, it comes back by itself; taken now, the capture would copy the panel.
+    if (isShown() && !m_lent) takeKeyboard();
+}
+
+void QtPopover::takeKeyboard() {
     m_view->raise();
     m_view->requestActivate();
     m_view->rootObject()->forceActiveFocus();
     // A window manager may take Qt's wish for something older than the user's last action.
     if (!m_view->isActive()) m_ports.bringForward();
+}
+
+void QtPopover::lendKeyboard() {
+    if (!isShown()) return;
+    m_waitForKeyboard.stop();
+    m_lent = true;
+    m_ports.hold.start();
+}
+
+void QtPopover::takeKeyboardBack() {
+    if (!m_lent) return;
+    takeKeyboard();
+    m_patienceEnds = m_ports.clock.now() + kPatience;
+    m_waitForKeyboard.start();
+    endLoanOnceBack();
+}
+
+void QtPopover::endLoanOnceBack() {
+    const bool back = m_ports.hold.keyboardIsAt(static_cast<std::int64_t>(m_view->winId()));
+    if (!back && m_ports.clock.now() < m_patienceEnds) return;
+    endLoan();
+    // Somebody else has it, and would get the keys that are meant for a panel which looks open.
+    if (!back && m_wasActive) close();
+}
+
+void QtPopover::endLoan() {
+    m_waitForKeyboard.stop();
+    m_ports.hold.stop();
+    if (std::exchange(m_lent, false) && m_trace) m_trace->note("keyboard back");
+}
+
+bool QtPopover::eventFilter(QObject*, QEvent* event) {
+    return m_lent && isPress(event->type());
 }
 
 void QtPopover::place() {
@@ -127,13 +197,15 @@ void QtPopover::shape() {
 }
 
 void QtPopover::pressed(Point at) {
-    if (isShown() && !m_view->geometry().contains(at.x, at.y)) closeForClick();
+    if (isShown() && !m_view->geometry().contains(at.x, at.y) && !openedByThisClick()) {
+        closeForClick();
+    }
 }
 
 void QtPopover::activeChanged() {
     if (m_view->isActive()) {
         m_wasActive = true;
-    } else if (m_wasActive && isShown() && !m_ports.model.grading.get()) {
+    } else if (m_wasActive && isShown() && !m_lent) {
         closeForClick();
     }
 }
@@ -149,6 +221,7 @@ void QtPopover::close() {
 
 void QtPopover::hidden() {
     m_ports.presses.stop();
+    endLoan();
     resetPanel(*m_view->rootObject());
     m_view->releaseResources();
     m_ports.wentAway();

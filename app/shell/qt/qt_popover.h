@@ -2,9 +2,11 @@
 //
 // An ordinary window as far as the window manager knows, without a frame: it grabs nothing, so
 // that the rest of the desktop, its shortcuts and its screen lock work while it is open. It closes
-// when the user clicks elsewhere or another window takes the keyboard. The one exception: while a
-// grade is under way the capture brings the graded application to the front, and the panel stays to
-// show what comes of it.
+// when the user clicks elsewhere or another window takes the keyboard.
+//
+// The one exception: a capture brings the graded application to the front for the fraction of a
+// second in which it copies. Then the panel stays, and keys and clicks are held: a Return that was
+// meant for the panel would replace the user's selection. Once the keyboard is back, they are free.
 //
 // The window is made when it is first shown and kept; while it is hidden it holds no pictures.
 
@@ -15,7 +17,9 @@
 #include "app/shell/shell_ports.h"
 
 #include <QObject>
+#include <QTimer>
 
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -25,6 +29,7 @@ class QQuickView;
 namespace kelvane {
 
 class Clock;
+class InputHold;
 class PanelAppearance;
 class PanelTrace;
 class PointerPresses;
@@ -39,6 +44,7 @@ public:
         PanelImages images;
         Clock& clock;
         PointerPresses& presses;
+        InputHold& hold;
         /// Asks the system to bring this program forward.
         std::function<void()> bringForward;
         /// Called whenever it has gone away.
@@ -51,20 +57,28 @@ public:
 
     [[nodiscard]] bool isShown() const override;
     [[nodiscard]] bool closedByThisClick() const override;
+    [[nodiscard]] bool openedByThisClick() const override;
     void show(const PopoverAnchor& anchor) override;
     void makeKey() override;
+    void lendKeyboard() override;
+    void takeKeyboardBack() override;
+
+    bool eventFilter(QObject* watched, QEvent* event) override;
 
 public slots:
     void close() override;
 
 private:
     void build();
+    void takeKeyboard();
     void place();
     void shape();
     void pressed(Point at);
     void activeChanged();
     void closeForClick();
     void hidden();
+    void endLoanOnceBack();
+    void endLoan();
     [[nodiscard]] PointerMoment pointerNow() const;
 
     Ports m_ports;
@@ -76,6 +90,10 @@ private:
     PopoverBeside m_beside;
     bool m_wasActive = false; ///< Since it was last shown.
     std::optional<PointerMoment> m_closed;
+    std::optional<PointerMoment> m_opened; ///< By a click.
+    bool m_lent = false;                   ///< The keyboard, to a capture.
+    QTimer m_waitForKeyboard;
+    std::chrono::nanoseconds m_patienceEnds{0};
 };
 
 } // namespace kelvane

@@ -1,12 +1,18 @@
 #include "app/shell/qt/qt_status_item.h"
 
+#include "app/shell/qt/qt_application.h"
+
+#include <QCursor>
+#include <QGuiApplication>
 #include <QImage>
 #include <QMenu>
 #include <QPainter>
 #include <QPixmap>
 #include <QString>
 #include <QSystemTrayIcon>
+#include <QTimer>
 
+#include <chrono>
 #include <utility>
 
 namespace kelvane {
@@ -15,6 +21,10 @@ namespace {
 
 /// Densities that screens have; a bar of another height than ours scales the nearest larger one.
 constexpr double kScales[] = {1.0, 1.25, 1.5, 2.0, 3.0};
+
+/// From when a tray can be found to when it has said so, on a machine that is busy: both are one
+/// step of its start.
+constexpr std::chrono::milliseconds kUntilAnnounced{250};
 
 QPixmap drawn(const QImage& image, int side, double scale) {
     QPixmap pixmap(QSize(side, side) * scale);
@@ -33,11 +43,14 @@ public:
     QtStatusItem() {
         QObject::connect(&m_icon, &QSystemTrayIcon::activated, &m_icon,
                          [this](QSystemTrayIcon::ActivationReason reason) {
+                             if (reason == QSystemTrayIcon::Context && m_opensMenuItself) {
+                                 m_menu.popup(QCursor::pos());
+                             }
                              // The second of two quick clicks is a click as well.
                              const bool click = reason == QSystemTrayIcon::Trigger ||
                                                 reason == QSystemTrayIcon::DoubleClick ||
                                                 reason == QSystemTrayIcon::MiddleClick;
-                             if (click && m_action) m_action();
+                             if (click && !bringAlertForward() && m_action) m_action();
                          });
     }
 
@@ -51,7 +64,14 @@ public:
 
     void setAction(std::function<void()> action) override {
         m_action = std::move(action);
-        m_icon.show();
+        // A tray that is not there yet announces itself, and Qt makes the icon then. One that comes
+        // up at this very moment is there already and announces itself a moment later: Qt would
+        // make the icon, and make it anew, and lose the click on the first one.
+        if (QSystemTrayIcon::isSystemTrayAvailable()) {
+            QTimer::singleShot(kUntilAnnounced, &m_icon, [this] { m_icon.show(); });
+        } else {
+            m_icon.show();
+        }
     }
 
     void setMenu(std::vector<MenuEntry> entries) override {
@@ -60,7 +80,7 @@ public:
             QObject::connect(m_menu.addAction(QString::fromStdString(entry.title)),
                              &QAction::triggered, &m_menu, std::move(entry.action));
         }
-        m_icon.setContextMenu(&m_menu);
+        if (!m_opensMenuItself) m_icon.setContextMenu(&m_menu);
     }
 
     std::optional<Rect> bounds() const override {
@@ -70,6 +90,8 @@ public:
     }
 
 private:
+    /// In the menu bar of macOS an icon with a menu opens it at a click of any button.
+    const bool m_opensMenuItself = QGuiApplication::platformName() == QLatin1String("cocoa");
     QMenu m_menu;
     QSystemTrayIcon m_icon;
     std::function<void()> m_action;

@@ -9,6 +9,7 @@
 #include <array>
 #include <bitset>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <vector>
 
@@ -33,6 +34,10 @@ struct KeyStroke {
 
     bool operator==(const KeyStroke&) const = default;
 };
+
+/// Another way for strokes into the server, for when the usual one is held. False: not now, take
+/// the usual one.
+using PostKeys = std::function<bool(const std::vector<KeyStroke>&)>;
 
 /// The strokes in order. Absent when the keyboard has no Insert or no Control key.
 ///

@@ -40,8 +40,10 @@ bool startXtest(X11Connection& link) {
 
 class Clipboard : public X11Clipboard {
 public:
-    Clipboard(std::shared_ptr<X11Connection> link, std::unique_ptr<SelectionMonitor> monitor)
-        : m_link(std::move(link)),
+    Clipboard(std::shared_ptr<X11Connection> link, std::unique_ptr<SelectionMonitor> monitor,
+              PostKeys post)
+        : m_post(std::move(post)),
+          m_link(std::move(link)),
           m_monitor(std::move(monitor)),
           m_reader(m_link),
           m_hasXtest(startXtest(*m_link)),
@@ -83,7 +85,8 @@ private:
     [[nodiscard]] std::vector<std::string> namesOf(const std::string& atoms);
     [[nodiscard]] std::string nameOf(xcb_atom_t atom);
 
-    std::mutex m_mutex; ///< Serialises the calls; guards everything below.
+    const PostKeys m_post; ///< May be empty.
+    std::mutex m_mutex;    ///< Serialises the calls; guards everything below.
     std::shared_ptr<X11Connection> m_link;
     std::unique_ptr<SelectionMonitor> m_monitor; ///< Null without XFIXES.
     SelectionReader m_reader;
@@ -133,7 +136,7 @@ void Clipboard::copyFrom(const CopyTarget& target) {
     const auto keys = mayPost ? strokes() : std::nullopt;
     m_monitor->beginCopy(target, keys.has_value(),
                          memory ? std::optional(memory->content) : std::nullopt);
-    if (keys) post(*keys);
+    if (keys && !(m_post && m_post(*keys))) post(*keys);
     m_copy = Copy{};
     m_copy->countBefore = now.changes + m_shift;
 }
@@ -358,10 +361,11 @@ std::string Clipboard::nameOf(xcb_atom_t atom) {
 
 } // namespace
 
-std::shared_ptr<X11Clipboard> openX11Clipboard(const std::string& display) {
+std::shared_ptr<X11Clipboard> openX11Clipboard(const std::string& display, PostKeys post) {
     auto link = X11Connection::open(display);
     if (!link) return nullptr;
-    return std::make_shared<Clipboard>(std::move(link), SelectionMonitor::open(display));
+    return std::make_shared<Clipboard>(std::move(link), SelectionMonitor::open(display),
+                                       std::move(post));
 }
 
 } // namespace kelvane

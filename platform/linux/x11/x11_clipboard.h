@@ -13,6 +13,7 @@
 
 #pragma once
 
+#include "platform/linux/x11/copy_keys.h"
 #include "platform/ports/pasteboard.h"
 #include "platform/ports/running_app.h"
 
@@ -67,7 +68,9 @@ public:
 
 /// Connects to `display` ("" means the `DISPLAY` variable of this process). Null when no server
 /// answers there. Ending the last reference hands what this program offers on the clipboard to a
-/// clipboard manager, where one runs, and takes at most about half a second.
-[[nodiscard]] std::shared_ptr<X11Clipboard> openX11Clipboard(const std::string& display);
+/// clipboard manager, where one runs, and takes at most about half a second. The copy key is posted
+/// by `post` where that is given and does.
+[[nodiscard]] std::shared_ptr<X11Clipboard> openX11Clipboard(const std::string& display,
+                                                             PostKeys post = {});
 
 } // namespace kelvane

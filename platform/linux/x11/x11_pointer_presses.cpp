@@ -32,10 +32,15 @@ bool selectRawPresses(X11Connection& link) {
     return link.alive();
 }
 
+/// The server tells of the wheel as buttons 4 to 7.
+bool isWheel(std::uint32_t button) {
+    return button >= 4 && button <= 7;
+}
+
 bool isRawPress(const xcb_generic_event_t& event) {
     if ((event.response_type & 0x7f) != XCB_GE_GENERIC) return false;
-    return reinterpret_cast<const xcb_ge_generic_event_t&>(event).event_type ==
-           XCB_INPUT_RAW_BUTTON_PRESS;
+    const auto& press = reinterpret_cast<const xcb_input_raw_button_press_event_t&>(event);
+    return press.event_type == XCB_INPUT_RAW_BUTTON_PRESS && !isWheel(press.detail);
 }
 
 class X11PointerPresses : public PointerPresses {

@@ -31,8 +31,19 @@ TEST(IsDark, TellsByTextAndWindow) {
     EXPECT_FALSE(isDark(palette(Qt::gray, Qt::gray)));
 }
 
+TEST(PaletteFor, IsTheUsualOneUnlessThatIsOfTheOtherKind) {
+    const QPalette light = palette(Qt::black, Qt::white);
+    const QPalette dark = palette(Qt::white, Qt::black);
+    for (const auto& usual : {light, dark}) {
+        EXPECT_EQ(paletteFor(ColorScheme::noPreference, usual), usual);
+        EXPECT_TRUE(isDark(paletteFor(ColorScheme::dark, usual)));
+        EXPECT_FALSE(isDark(paletteFor(ColorScheme::light, usual)));
+    }
+    EXPECT_EQ(paletteFor(ColorScheme::dark, dark), dark);
+    EXPECT_EQ(paletteFor(ColorScheme::light, light), light);
+}
+
 TEST(PanelAppearance, FollowsThePaletteWhereNothingElseIsKnown) {
-    qunsetenv("DBUS_SESSION_BUS_ADDRESS");
     const QPalette before = QGuiApplication::palette();
     PanelFixture panel;
     PanelBridge bridge(panel.model, panel.images);

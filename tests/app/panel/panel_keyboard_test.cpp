@@ -94,7 +94,7 @@ TEST_F(PanelKeyboardTest, AClickPressesAndLeavesTheKeyboardAlone) {
 TEST_F(PanelKeyboardTest, ADisabledButtonTakesNoClick) {
     panel.model.grading = true;
     bridge.redraw();
-    EXPECT_FALSE(item("gradeButton").isEnabled());
+    EXPECT_FALSE(item("gradeButton").property("usable").toBool());
     click(item("gradeButton"));
     EXPECT_EQ(panel.fake.dispatcher.waitingInBackground(), 0U);
 }
@@ -193,7 +193,123 @@ TEST_F(PanelKeyboardTest, ResettingClosesTheMenuAndTakesTheFocusFromTheControls)
     openMenuByKeyboard();
     resetPanel(*view->rootObject());
     EXPECT_FALSE(menuIsOpen());
-    EXPECT_EQ(view->activeFocusItem(), view->rootObject());
+    EXPECT_EQ(focused(), "rest");
+}
+
+TEST_F(PanelKeyboardTest, ResettingTakesTheFocusFromAControl) {
+    item("gradeButton").forceActiveFocus();
+    resetPanel(*view->rootObject());
+    view->hide();
+    view->show();
+    EXPECT_TRUE(QTest::qWaitForWindowActive(view.get()));
+    view->rootObject()->forceActiveFocus(); // As whoever shows the panel does.
+    EXPECT_EQ(focused(), "rest");
+    press(Qt::Key_Return);
+    EXPECT_EQ(panel.fake.dispatcher.waitingInBackground(), 0U);
+    press(Qt::Key_Tab);
+    EXPECT_EQ(focused(), "reportLink");
+}
+
+TEST_F(PanelKeyboardTest, APositionIsKeptOverAGradeAndNothingIsPressedMeanwhile) {
+    item("gradeButton").forceActiveFocus();
+    panel.model.grading = true;
+    bridge.redraw();
+    EXPECT_EQ(focused(), "gradeButton");
+    press(Qt::Key_Return);
+    press(Qt::Key_Space);
+    EXPECT_EQ(panel.fake.dispatcher.waitingInBackground(), 0U);
+    panel.model.grading = false;
+    bridge.redraw();
+    EXPECT_EQ(focused(), "gradeButton");
+}
+
+TEST_F(PanelKeyboardTest, AControlThatCannotBeUsedSaysSo) {
+    auto* grade = QAccessible::queryAccessibleInterface(&item("gradeButton"));
+    ASSERT_NE(grade, nullptr);
+    EXPECT_FALSE(grade->state().disabled);
+    ASSERT_NE(grade->actionInterface(), nullptr);
+    EXPECT_TRUE(grade->actionInterface()->actionNames().contains(
+        QAccessibleActionInterface::pressAction()));
+    panel.model.grading = true;
+    bridge.redraw();
+    EXPECT_TRUE(grade->state().disabled);
+    EXPECT_FALSE(grade->actionInterface()->actionNames().contains(
+        QAccessibleActionInterface::pressAction()));
+    grade->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
+    EXPECT_EQ(panel.fake.dispatcher.waitingInBackground(), 0U);
+}
+
+TEST_F(PanelKeyboardTest, AControlIsPressedByAssistiveTechnologyAndHasAPlaceInTheTree) {
+    auto* wire = QAccessible::queryAccessibleInterface(&item("wireLink"));
+    ASSERT_NE(wire, nullptr);
+    wire->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
+    EXPECT_EQ(called, std::vector<std::string>{"wire"});
+    ASSERT_NE(wire->parent(), nullptr);
+    EXPECT_GE(wire->parent()->indexOfChild(wire), 0);
+    EXPECT_TRUE(wire->window() == view.get());
+}
+
+TEST_F(PanelKeyboardTest, AMenuItemHasTheKeyboardWhileItIsTheCurrentOne) {
+    openMenuByKeyboard();
+    EXPECT_EQ(focused(), "menu.getKey");
+    press(Qt::Key_Down);
+    EXPECT_EQ(focused(), "menu.uninstall");
+    press(Qt::Key_Escape);
+    EXPECT_EQ(focused(), "settingsButton");
+}
+
+TEST_F(PanelKeyboardTest, AVerdictIsAnnouncedWhenItComes) {
+    auto& announcement = item("announcement");
+    auto* spoken = QAccessible::queryAccessibleInterface(&announcement);
+    ASSERT_NE(spoken, nullptr);
+    panel.model.grading = true;
+    bridge.redraw();
+    EXPECT_FALSE(announcement.isVisible());
+    panel.model.grading = false;
+    bridge.redraw();
+    EXPECT_TRUE(announcement.isVisible());
+    EXPECT_EQ(spoken->role(), QAccessible::Notification);
+    EXPECT_EQ(spoken->text(QAccessible::Name), "Verdict: ROUTE TO FIX. Trevix 62. 3 flaws.");
+}
+
+TEST_F(PanelKeyboardTest, OnALowScreenTheFootStaysAndTheMiddleScrollsToWhatHasTheKeyboard) {
+    limitPanelHeight(*view->rootObject(), 260);
+    EXPECT_EQ(view->height(), 260);
+    layOutPanel(*view->rootObject());
+    const QRectF room(0, 0, 360, 260);
+    const auto place = [&](const char* name) { return placeIn(*view->rootObject(), item(name)); };
+    EXPECT_TRUE(room.contains(place("wireLink")));
+    EXPECT_TRUE(room.contains(place("settingsButton")));
+    EXPECT_TRUE(item("scrollMark").isVisible());
+    const QRectF middle = place("scroll");
+    for (const char* name : {"reportLink", "gradeButton", "iterateButton"}) {
+        press(Qt::Key_Tab);
+        ASSERT_EQ(focused(), name);
+        EXPECT_TRUE(middle.contains(place(name))) << name;
+    }
+    press(Qt::Key_PageUp);
+    press(Qt::Key_PageUp);
+    EXPECT_EQ(item("scroll").property("contentY").toDouble(), 0);
+    press(Qt::Key_PageDown);
+    EXPECT_GT(item("scroll").property("contentY").toDouble(), 0);
+    resetPanel(*view->rootObject());
+    EXPECT_EQ(item("scroll").property("contentY").toDouble(), 0);
+    limitPanelHeight(*view->rootObject(), 0);
+    EXPECT_FALSE(item("scrollMark").isVisible());
+    EXPECT_GT(view->height(), 300);
+}
+
+TEST_F(PanelKeyboardTest, TheOpenMenuFollowsItsButton) {
+    openMenuByKeyboard();
+    const auto gap = [&] {
+        return placeIn(*view->rootObject(), item("settingsButton")).top() -
+               placeIn(*view->rootObject(), item("menu")).bottom();
+    };
+    const double before = gap();
+    panel.model.verdict = std::nullopt;
+    bridge.redraw();
+    layOutPanel(*view->rootObject());
+    EXPECT_TRUE(QTest::qWaitFor([&] { return gap() == before; }));
 }
 
 TEST_F(PanelKeyboardTest, EveryControlHasANameAndARole) {

@@ -122,7 +122,7 @@ TEST(PanelPointer, EveryControlShowsThePointerAndThePress) {
 TEST(PanelPointer, ADisabledButtonTakesNoNoticeOfThePointer) {
     ShownPanel shown(withoutKey);
     auto& grade = shown.item("gradeButton");
-    ASSERT_FALSE(grade.isEnabled());
+    ASSERT_FALSE(grade.property("usable").toBool());
     const QImage usual = shown.picture(grade);
     shown.moveTo(grade);
     EXPECT_EQ(shown.picture(grade), usual);

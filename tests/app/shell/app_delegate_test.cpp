@@ -45,6 +45,7 @@ struct ShellState {
     std::vector<StatusItem::MenuEntry> menu;
     bool popoverShown = false;
     bool closedByThisClick = false;
+    bool openedByThisClick = false;
     std::optional<std::int64_t> windowNumber = 4'194'310;
     std::function<void()> tick;
     std::chrono::milliseconds interval{0};
@@ -84,12 +85,15 @@ public:
 
     bool isShown() const override { return m_state.popoverShown; }
     bool closedByThisClick() const override { return m_state.closedByThisClick; }
+    bool openedByThisClick() const override { return m_state.openedByThisClick; }
     void show(const PopoverAnchor& anchor) override {
         m_state.popoverShown = true;
         m_journal.add("popover show " + (anchor.item ? text(*anchor.item) : "nowhere") +
                       (anchor.byPointer ? " by pointer" : ""));
     }
     void makeKey() override { m_journal.add("popover key"); }
+    void lendKeyboard() override { m_journal.add("popover lends"); }
+    void takeKeyboardBack() override { m_journal.add("popover takes back"); }
     void close() override {
         m_state.popoverShown = false;
         m_journal.add("popover close");
@@ -415,6 +419,27 @@ TEST_F(AppDelegateTest, ClickWhileShownClosesItWithoutRefresh) {
     EXPECT_THAT(happened(), ElementsAre("popover close"));
 }
 
+TEST_F(AppDelegateTest, TheSecondHalfOfADoubleClickDoesNotCloseIt) {
+    start();
+    state.click();
+    state.openedByThisClick = true;
+    happened();
+    state.click();
+    EXPECT_THAT(happened(), IsEmpty());
+    EXPECT_TRUE(state.popoverShown);
+    state.openedByThisClick = false;
+    state.click();
+    EXPECT_FALSE(state.popoverShown);
+}
+
+TEST_F(AppDelegateTest, ACaptureBorrowsTheKeyboardFromThePopover) {
+    start();
+    happened();
+    delegate->model()->onCapture(true);
+    delegate->model()->onCapture(false);
+    EXPECT_THAT(happened(), ElementsAre("popover lends", "popover takes back"));
+}
+
 TEST_F(AppDelegateTest, TheClickThatTookTheFocusDoesNotReopenIt) {
     start();
     state.click();
@@ -672,6 +697,14 @@ TEST_F(AppDelegateTest, RenderFailuresEndWithStatusThree) {
         EXPECT_EQ(err.str(), c.err);
         EXPECT_EQ(out.str(), "");
     }
+}
+
+TEST_F(AppDelegateTest, AResultThatCannotBePrintedIsAFailure) {
+    out.setstate(std::ios::badbit);
+    start({"--render", "p.png"}, "p.png");
+    application.runJobs();
+    EXPECT_EQ(err.str(), "render: the result could not be printed\n");
+    EXPECT_THAT(happened(), testing::Contains("terminate 3"));
 }
 
 TEST_F(AppDelegateTest, ANilImageWritesNothing) {

@@ -113,6 +113,17 @@ TEST(PopoverPlaceTest, WhateverTheItemThePanelStaysOnItsScreen) {
     }
 }
 
+TEST(PopoverRoomTest, IsWhatTheBarsLeaveOfTheScreenThatItStandsOn) {
+    const Screen small{{1600, 0, 1024, 600}, {1600, 28, 1024, 572}};
+    EXPECT_EQ(popoverRoom({Rect{1000, 2, 22, 22}, {}}, {kTopBar, small}),
+              kTopBar.available.height - 2 * kPopoverGap);
+    EXPECT_EQ(popoverRoom({Rect{2500, 2, 22, 22}, {}}, {kTopBar, small}), 572 - 2 * kPopoverGap);
+    EXPECT_EQ(popoverRoom({{}, Point{2500, 2}}, {kTopBar, small}), 572 - 2 * kPopoverGap);
+    EXPECT_EQ(popoverRoom({}, {small, kTopBar}), 572 - 2 * kPopoverGap) << "the first one";
+    EXPECT_EQ(popoverRoom({}, {}), 0);
+    EXPECT_EQ(popoverRoom({}, {{{0, 0, 4, 4}, {}}}), 1) << "never nothing, which means any height";
+}
+
 TEST(SameClickTest, Table) {
     const struct {
         const char* name;

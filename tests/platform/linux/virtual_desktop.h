@@ -34,6 +34,7 @@ namespace kelvane {
 struct DesktopOptions {
     std::string screen = "1600x1000x24"; ///< Width x height x depth.
     bool windowManager = true;
+    std::vector<std::string> manager = {"openbox", "--sm-disable"}; ///< Which one.
     bool sessionBus = true;
     std::vector<std::string> withoutExtensions = {}; ///< Of the server, like "XTEST".
     /// The window manager.
@@ -122,6 +123,7 @@ private:
     void reap(pid_t program);
     void endEverything() noexcept;
 
+    std::vector<std::string> m_manager;
     std::filesystem::path m_home;
     std::string m_display;
     std::map<std::string, std::string> m_environment;

@@ -4,6 +4,7 @@
 
 #include <array>
 #include <signal.h>
+#include <sys/stat.h>
 
 namespace kelvane {
 namespace {
@@ -83,6 +84,34 @@ TEST_F(PanelDesktopTest, ClickThatGivesNobodyTheKeyboardClosesItToo) {
     xcb_map_window(x.xcb(), bar);
     x.roundTrip();
     clickAt(150, 820);
+    EXPECT_TRUE(waitUntilPanel(false));
+}
+
+TEST_F(PanelDesktopTest, ADoubleClickOnTheIconOpensItAndLeavesItOpen) {
+    startTray();
+    startEditor();
+    const auto program = startProgram();
+    ASSERT_TRUE(waitForIcon());
+    const auto box = boxOf(*icon());
+    ASSERT_TRUE(box);
+    xdotool({"mousemove", std::to_string(box->middle()), std::to_string(box->y + box->height / 2),
+             "click", "--repeat", "2", "--delay", "120", "1"});
+    EXPECT_TRUE(waitUntilPanel(true));
+    pause();
+    EXPECT_TRUE(panelStands());
+    EXPECT_EQ(count("hidden"), 0U);
+    clickIcon();
+    EXPECT_TRUE(waitUntilPanel(false)) << "a click of its own closes it";
+}
+
+TEST_F(PanelDesktopTest, TheWheelOverAnotherWindowLeavesItOpen) {
+    startTray();
+    startEditor();
+    const auto program = startAndOpen();
+    for (const int button : {4, 5, 6, 7}) clickAt(700, 500, button);
+    pause();
+    EXPECT_EQ(count("hidden"), 0U);
+    clickAt(700, 500);
     EXPECT_TRUE(waitUntilPanel(false));
 }
 
@@ -167,6 +196,19 @@ TEST_F(PanelDesktopTest, PictureNeedsNoDisplayAndIsAsWideAsPromised) {
     file.read(reinterpret_cast<char*>(head.data()), head.size());
     EXPECT_EQ(std::string(head.begin(), head.begin() + 8), "\x89PNG\r\n\x1a\n");
     EXPECT_EQ(head[18] << 8 | head[19], 720);
+}
+
+TEST_F(PanelDesktopTest, PictureGoesIntoAPipe) {
+    const auto pipe = desktop.home() / "pipe";
+    const auto copy = desktop.home() / "copy.png";
+    ASSERT_EQ(::mkfifo(pipe.c_str(), S_IRWXU), 0);
+    const pid_t drain =
+        desktop.start({"sh", "-c", "exec cat " + pipe.string() + " > " + copy.string()});
+    Program program({KELVANE_PRODUCT, "--render", pipe.string()}, environment());
+    EXPECT_EQ(program.waitForEnd(), 0);
+    EXPECT_TRUE(VirtualDesktop::waitUntil([&] { return !desktop.running(drain); }));
+    EXPECT_GT(std::filesystem::file_size(copy), 10'000U);
+    EXPECT_TRUE(std::filesystem::is_fifo(pipe));
 }
 
 TEST_F(PanelDesktopTest, PictureIntoAMissingFolderEndsWithThreeAndLeavesNothing) {

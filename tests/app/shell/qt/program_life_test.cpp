@@ -115,6 +115,7 @@ TEST_F(ProgramLifeTest, AClickElsewhereClosesThePanelAlsoWhileGrading) {
     clickControl("Grade this");
     ASSERT_TRUE(waitUntilShown(kGrading));
     ASSERT_TRUE(service.waitForWork());
+    ASSERT_TRUE(waitForCount("keyboard back", 1)) << "until then every click is held";
     clickAt(60, 960);
     EXPECT_TRUE(waitUntilPanel(false));
 }

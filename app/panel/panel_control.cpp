@@ -1,0 +1,94 @@
+#include "app/panel/panel_control.h"
+
+#include <QAccessible>
+#include <QAccessibleObject>
+#include <QQuickWindow>
+
+namespace kelvane {
+
+namespace {
+
+class SpokenControl : public QAccessibleObject, public QAccessibleActionInterface {
+public:
+    explicit SpokenControl(PanelControl* control) : QAccessibleObject(control) {}
+
+    QWindow* window() const override { return control()->window(); }
+
+    QAccessibleInterface* parent() const override {
+        // Most items only lay others out: Qt makes no interface for those.
+        for (auto* item = control()->parentItem(); item != nullptr; item = item->parentItem()) {
+            if (auto* const found = QAccessible::queryAccessibleInterface(item)) return found;
+        }
+        return QAccessible::queryAccessibleInterface(window());
+    }
+    QAccessibleInterface* child(int) const override { return nullptr; }
+    int childCount() const override { return 0; }
+    int indexOfChild(const QAccessibleInterface*) const override { return -1; }
+    QAccessibleInterface* childAt(int, int) const override { return nullptr; }
+
+    QString text(QAccessible::Text which) const override {
+        return which == QAccessible::Name ? control()->name() : QString();
+    }
+    QAccessible::Role role() const override {
+        return control()->opensMenu() ? QAccessible::ButtonMenu : QAccessible::Button;
+    }
+    QRect rect() const override {
+        const auto* const item = control();
+        return {item->mapToGlobal(QPointF(0, 0)).toPoint(), item->size().toSize()};
+    }
+    QAccessible::State state() const override {
+        const auto* const item = control();
+        QAccessible::State state;
+        state.focusable = true;
+        state.focused = item->hasActiveFocus();
+        state.disabled = !item->isUsable();
+        state.pressed = item->isPressed();
+        state.hasPopup = item->opensMenu();
+        state.invisible = !item->isVisible() || !window() || !window()->isVisible();
+        return state;
+    }
+
+    void* interface_cast(QAccessible::InterfaceType type) override {
+        if (type != QAccessible::ActionInterface) return nullptr;
+        return static_cast<QAccessibleActionInterface*>(this);
+    }
+    QStringList actionNames() const override {
+        if (!control()->isUsable()) return {setFocusAction()};
+        return {pressAction(), setFocusAction()};
+    }
+    void doAction(const QString& name) override {
+        if (name == setFocusAction()) control()->forceActiveFocus();
+        if (name == pressAction() && control()->isUsable()) emit control()->clicked();
+    }
+    QStringList keyBindingsForAction(const QString&) const override { return {}; }
+
+private:
+    [[nodiscard]] PanelControl* control() const { return static_cast<PanelControl*>(object()); }
+};
+
+QAccessibleInterface* spokenControl(const QString&, QObject* object) {
+    auto* const control = qobject_cast<PanelControl*>(object);
+    return control == nullptr ? nullptr : new SpokenControl(control);
+}
+
+} // namespace
+
+PanelControl::PanelControl(QQuickItem* parent) : QQuickItem(parent) {
+    [[maybe_unused]] static const bool once = [] {
+        QAccessible::installFactory(spokenControl);
+        return true;
+    }();
+}
+
+void PanelControl::setUsable(bool usable) {
+    if (m_usable == usable) return;
+    m_usable = usable;
+    emit usableChanged();
+    if (!QAccessible::isActive()) return;
+    QAccessible::State changed;
+    changed.disabled = true;
+    QAccessibleStateChangeEvent event(this, changed);
+    QAccessible::updateAccessibility(&event);
+}
+
+} // namespace kelvane
