@@ -29,10 +29,6 @@ void PrintTo(const Editor& editor, std::ostream* out) {
     *out << editor.name;
 }
 
-std::ostream& operator<<(std::ostream& out, const Editor& editor) {
-    return out << editor.name;
-}
-
 class EditorsTest : public ClipboardDesktopTest<EditorsTest>,
                     public testing::WithParamInterface<Editor> {
 public:

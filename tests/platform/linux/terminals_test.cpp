@@ -26,10 +26,6 @@ void PrintTo(const Terminal& terminal, std::ostream* out) {
     *out << terminal.name;
 }
 
-std::ostream& operator<<(std::ostream& out, const Terminal& terminal) {
-    return out << terminal.name;
-}
-
 /// Notes every interrupt and every byte that it gets.
 constexpr auto kChild = R"(import os, signal, sys, termios
 log = open(sys.argv[1], 'ab', 0)

@@ -34,11 +34,9 @@ namespace kelvane {
 struct DesktopOptions {
     std::string screen = "1600x1000x24"; ///< Width x height x depth.
     bool windowManager = true;
-    std::vector<std::string> manager = {"openbox", "--sm-disable"}; ///< Which one.
+    std::vector<std::string> manager = {"openbox", "--sm-disable"}; ///< Its command.
     bool sessionBus = true;
     std::vector<std::string> withoutExtensions = {}; ///< Of the server, like "XTEST".
-    /// The window manager.
-    std::vector<std::string> manager = {"openbox", "--sm-disable"};
 };
 
 /// One managed top-level window, as the window manager lists it.
@@ -123,7 +121,6 @@ private:
     void reap(pid_t program);
     void endEverything() noexcept;
 
-    std::vector<std::string> m_manager;
     std::filesystem::path m_home;
     std::string m_display;
     std::map<std::string, std::string> m_environment;
