@@ -136,7 +136,8 @@ class OnMacos(unittest.TestCase):
         self.assertEqual(self.installed(), [{"ninja", "pkgconf", "nlohmann-json", "utf8proc",
                                              "libpng", "boost", "nettle", "sqlite", "re2",
                                              "tree-sitter", "cmark-gfm", "hunspell", "tesseract",
-                                             "poppler", "libzip", "pugixml", "node"}])
+                                             "poppler", "curl", "openssl@3", "libzip",
+                                             "pugixml", "node"}])
         self.assertEqual(len(self.calls("grammars")), 1)
 
     def test_bootstrap_does_nothing_when_everything_is_there(self):
