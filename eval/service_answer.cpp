@@ -76,7 +76,8 @@ constexpr std::array kAnswerMembers{Shape::Member{"job_id", &kValue},
                                     Shape::Member{"progress", &kProgress},
                                     Shape::Member{"run", &kRun},
                                     Shape::Member{"flaws", &kFlaws},
-                                    Shape::Member{"iteration", &kIteration}};
+                                    Shape::Member{"iteration", &kIteration},
+                                    Shape::Member{"report", &kValue}};
 constexpr Shape kAnswer{kAnswerMembers};
 
 /// Builds what the shapes keep; of all the rest only how deep it is.

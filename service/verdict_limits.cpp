@@ -53,8 +53,7 @@ Iteration withinLimits(Iteration verdict) {
             cut(*text);
         }
     }
-    const std::size_t unnamed =
-        verdict.parts.size() - std::min(verdict.parts.size(), kMostNamed);
+    const std::size_t unnamed = verdict.parts.size() - std::min(verdict.parts.size(), kMostNamed);
     verdict.parts.resize(verdict.parts.size() - unnamed);
     for (PartSummary& part : verdict.parts) {
         cut(part.name);

@@ -1,8 +1,8 @@
 // How much a verdict may say.
 //
-// Work of the largest size can hold more flaws than anybody reads, and names as long as itself. What is
-// stored of it, and so every answer and every page, stays within some megabytes: the most severe
-// findings are kept, in their order, and what was left out is told. Pure; any thread.
+// Work of the largest size can hold more flaws than anybody reads, and names as long as itself.
+// What is stored of it, and so every answer and every page, stays within some megabytes: the most
+// severe findings are kept, in their order, and what was left out is told. Pure; any thread.
 
 #pragma once
 

@@ -18,7 +18,7 @@ namespace {
 /// The mark of a fence of code at the beginning of the line: "```" or longer. Empty without one.
 std::string_view fenceOf(std::string_view line) {
     const std::size_t first = line.find_first_not_of(' ');
-    if (first == std::string_view::npos || first > 3) return {};
+    if (first > 3) return {}; // Nor where the line is blank.
     line.remove_prefix(first);
     if (line[0] != '`' && line[0] != '~') return {};
     const std::size_t size = std::min(line.find_first_not_of(line[0]), line.size());

@@ -61,8 +61,7 @@ std::optional<std::size_t> byteAt(std::string_view text, std::size_t units) {
     while (units > 0) {
         if (at >= text.size()) return std::nullopt;
         const text::Decoded point = text::decodeFront(text.substr(at));
-        const std::size_t size =
-            point.codePoint != text::kNoCodePoint && point.codePoint > 0xFFFF ? 2 : 1;
+        const std::size_t size = point.codePoint > 0xFFFF ? 2 : 1;
         at += point.length;
         units -= std::min(size, units);
     }

@@ -301,7 +301,10 @@ HttpAnswer HttpApi::proof(const HttpHead& head) {
     if (nonce == head.query.end() || !isNonce(nonce->second)) {
         return errorAnswer(400, "nonce must be 64 lower-case hexadecimal digits");
     }
-    return jsonAnswer(200, proofJson(keyProof(m_options.key, nonce->second, head.serverAddress)));
+    HttpAnswer answer =
+        jsonAnswer(200, proofJson(keyProof(m_options.key, nonce->second, head.serverAddress)));
+    answer.goesOn = true; // With what the proof was asked for.
+    return answer;
 }
 
 HttpAnswer HttpApi::report(const HttpHead& head) {

@@ -115,7 +115,7 @@ public:
         m_rawHead.clear();
         m_cameAnything = false;
         m_readWhole = false;
-        m_keep = false;
+        m_mayKeep = m_keep = false;
         enter(Phase::silent);
         expireAfter(m_shares.options.headTimeout, &Connection::headTimedOut);
         if (m_buffer.size() > 0) {
@@ -194,8 +194,8 @@ private:
                 m_head.headers.emplace(lowerAscii(textOf(field.name_string())), std::move(value));
             }
         }
-        m_keep = message.version() == 11 && lists(m_head, "connection", "keep-alive") &&
-                 !lists(m_head, "connection", "close");
+        m_mayKeep = message.version() == 11 && !lists(m_head, "connection", "close");
+        m_keep = m_mayKeep && lists(m_head, "connection", "keep-alive");
         try {
             considerHead();
         } catch (const std::exception&) {
@@ -346,7 +346,7 @@ private:
         giveBackRoom();
         enter(Phase::sending);
         expireAfter(m_shares.options.sendTimeout, &Connection::close);
-        m_keep = m_keep && m_readWhole && !m_finishing;
+        m_keep = (m_keep || (m_mayKeep && answer.goesOn)) && m_readWhole && !m_finishing;
         http::response<http::string_body> response;
         response.version(11);
         response.result(static_cast<unsigned>(answer.status));
@@ -474,6 +474,7 @@ private:
     std::uint64_t m_deadline = 0; // Likewise.
     bool m_cameAnything = false;
     bool m_readWhole = false; // Nothing of the request is left to come.
+    bool m_mayKeep = false;   // As the client has it.
     bool m_keep = false;
     bool m_answering = false;
     bool m_finishing = false;

@@ -7,7 +7,8 @@
 // gives its place to one that comes (see connection_table.h): no program of the machine can keep
 // others out without knowing the key.
 //
-// A connection ends with its answer, unless the client asks for "Connection: keep-alive".
+// A connection ends with its answer, unless the client asks for "Connection: keep-alive" or the
+// answer says that it goes on.
 
 #pragma once
 
@@ -44,6 +45,8 @@ struct HttpAnswer {
     std::string contentType = "application/json";
     std::string body;
     std::vector<std::pair<std::string, std::string>> headers;
+    /// The client is expected to ask more over this very connection.
+    bool goesOn = false;
 };
 
 class HttpHandler {

@@ -25,7 +25,7 @@ struct CommandLine {
     std::optional<std::string> data;
     std::optional<std::string> key;
     std::optional<std::string> catalog;
-    std::optional<std::string> socket; ///< Path of the Unix socket; "none" for none.
+    std::optional<std::string> socket;       ///< Path of the Unix socket; "none" for none.
     std::optional<std::string> judge;        ///< Address of a server of models; only with a model.
     std::optional<std::string> model;        ///< Its name; only with a judge.
     bool judgeElsewhere = false;             ///< Whether that server may be on another machine.

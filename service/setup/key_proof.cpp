@@ -20,7 +20,7 @@ bool isNonce(std::string_view nonce) {
 
 std::string keyProof(std::string_view key, std::string_view nonce, std::string_view address) {
     std::string message = "trevix-local proof\n";
-    message.append(nonce).append("\n").append(address);
+    message.append(nonce).append("\n").append(address).append("\n");
     const auto bytes = [](std::string_view text) {
         return reinterpret_cast<const std::uint8_t*>(text.data());
     };

@@ -15,9 +15,9 @@ namespace trevix {
 /// Whether a client may send this as its nonce: 64 lower-case hexadecimal digits.
 [[nodiscard]] bool isNonce(std::string_view nonce);
 
-/// HMAC-SHA256, with the whole key as its key, of "trevix-local proof\n", the nonce, "\n" and
-/// `address`, in 64 lower-case hexadecimal digits. `address` is the number and port of the server's
-/// end of the connection: "127.0.0.1:8797".
+/// HMAC-SHA256, with the whole key as its key, of "trevix-local proof", the nonce and `address`,
+/// each with a line feed, in 64 lower-case hexadecimal digits. `address` is the number and port of
+/// the server's end of the connection: "127.0.0.1:8797".
 [[nodiscard]] std::string keyProof(std::string_view key, std::string_view nonce,
                                    std::string_view address);
 

@@ -165,6 +165,7 @@ TEST_F(RefreshRemoteCatalog, AsksOnceWithNothingAdded) {
     HttpRequest plain;
     plain.method = "GET";
     plain.url = kUrl;
+    plain.followsToOtherHosts = true;
     EXPECT_EQ(fake.http.requests, std::vector<HttpRequest>{plain});
     EXPECT_EQ(plain.timeout, std::chrono::seconds(60));
 }

@@ -233,7 +233,7 @@ TEST_F(FrontWindowTest, WindowWithoutBoundsIsTheLastChoiceButAChoice) {
 TEST_F(FrontWindowTest, SizesThatAreNoneDoNotWin) {
     EXPECT_EQ(chosen({{window(kNan, kNan, 1), window(5, 5, 2)}}), 2);
     EXPECT_EQ(chosen({{window(5, 5, 2), window(kNan, 9, 1)}}), 2);
-    EXPECT_EQ(chosen({{window(-100, -100, 1), window(5, 5, 2)}}), 2);
+    EXPECT_EQ(chosen({{window(-100, 100, 1), window(5, 5, 2)}}), 2);
     EXPECT_EQ(chosen({{window(kInfinity, 1, 1), window(5, 5, 2)}}), 2);
 }
 

@@ -97,7 +97,7 @@ TEST_F(GradeJourney, WhileGradingTheIndicatorMovesAndTheButtonIsDisabled) {
     EXPECT_TRUE(panel().waitFor([&](const auto& frame) {
         return frame.time > grading->time + 0.1 && frame.says("Grading…");
     })) << "no frame was drawn while grading";
-    EXPECT_TRUE(panel().waitForText("SHIP"));
+    EXPECT_TRUE(panel().waitForText("SHIP")) << panel().frame().all();
     quitThroughTheMenu();
 }
 

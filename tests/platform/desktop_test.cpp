@@ -74,7 +74,7 @@ protected:
 
 TEST_F(DesktopPortsTest, backgroundJobsEndBeforeEveryPortThatTheyUse) {
     { const DesktopPorts ports = filled(); }
-    ASSERT_THAT(ended, ::testing::SizeIs(16));
+    ASSERT_THAT(ended, ::testing::SizeIs(17));
     EXPECT_EQ(ended.front(), "dispatcher");
 }
 

@@ -10,7 +10,6 @@
 namespace trevix {
 namespace {
 
-
 using testing::SizeIs;
 
 Finding finding(Severity severity, std::size_t number) {

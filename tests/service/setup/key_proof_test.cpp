@@ -18,7 +18,7 @@ std::string nonce(const std::string& pair) {
 // The expected value was computed with Python's hmac and hashlib.
 TEST(KeyProof, IsTheCodeOfNonceAndAddressUnderTheKey) {
     EXPECT_EQ(keyProof(kKey, nonce("ab"), "127.0.0.1:8797"),
-              "453f1159b9909f4d63f50246f73581d115d614d3657952609abd86f083195980");
+              "2245772c5dc1be6221ce58fffe54af4530a001004c0e0e9090094efb610e3330");
 }
 
 TEST(KeyProof, DependsOnAllThree) {
