@@ -153,26 +153,27 @@ TEST_F(GradeJourney, APictureViewerIsGradedByItsWindow) {
 }
 
 TEST_F(GradeJourney, AServiceKilledInMidGradeAndStartedAgainStillGivesTheVerdict) {
-    startService();
+    startService({"--key", kOwnKey});
     openAndSelectAll({"mousepad", "--disable-server", document("All is well here.\n").string()},
                      "Mousepad");
-    startProduct({{"BRASK_API_BASE", startRelay()}});
+    startProduct({{"BRASK_API_BASE", startRelay()}, {"BRASK_API_KEY", kOwnKey}});
     ASSERT_TRUE(panel().open());
     ASSERT_TRUE(panel().click("Grade this"));
     ASSERT_TRUE(
         VirtualDesktop::waitUntil([] { return relayed().find("< 202\n") != std::string::npos; }));
     m_service->signal(SIGKILL);
     ASSERT_TRUE(m_service->waitForEnd());
-    startService();
+    startService({"--key", kOwnKey});
     EXPECT_TRUE(panel().waitForText("SHIP")) << panel().frame().all();
     quitThroughTheMenu();
 }
 
 TEST_F(GradeJourney, QuittingWhileAGradePollsIsImmediate) {
-    startService();
+    startService({"--key", kOwnKey});
     openAndSelectAll({"mousepad", "--disable-server", document("All is well here.\n").string()},
                      "Mousepad");
-    startProduct({{"BRASK_API_BASE", startRelay({"--silent-after-submission"})}});
+    startProduct({{"BRASK_API_BASE", startRelay({"--silent-after-submission"})},
+                  {"BRASK_API_KEY", kOwnKey}});
     ASSERT_TRUE(panel().open());
     ASSERT_TRUE(panel().click("Grade this"));
     ASSERT_TRUE(VirtualDesktop::waitUntil(

@@ -50,11 +50,11 @@ void Journey::TearDown() {
     m_panel.reset();
 }
 
-void Journey::startService() {
-    m_service = std::make_unique<Program>(
-        std::vector<std::string>{KELVANE_SERVICE, "--port", std::to_string(m_port), "--data",
-                                 (s_desktop->home() / "service").string()},
-        s_desktop->environment());
+void Journey::startService(const std::vector<std::string>& more) {
+    std::vector<std::string> command{KELVANE_SERVICE, "--port", std::to_string(m_port), "--data",
+                                     (s_desktop->home() / "service").string()};
+    command.insert(command.end(), more.begin(), more.end());
+    m_service = std::make_unique<Program>(command, s_desktop->environment());
     const auto line = m_service->readUntil("\n", 20s);
     ASSERT_TRUE(line);
     const std::string expected = "trevix-local listening on http://127.0.0.1:";

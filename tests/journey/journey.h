@@ -37,11 +37,12 @@ protected:
     [[nodiscard]] static std::string opened() { return contents(s_opened); }
 
     /// Starts the service on a port of its own, or again on the one it had.
-    void startService();
+    void startService(const std::vector<std::string>& more = {});
     [[nodiscard]] std::string serviceAddress() const;
     [[nodiscard]] static std::string serviceKey();
     /// Starts what stands between the product and the service and says what went through
-    /// (relay.py), and the address to give the product for it.
+    /// (relay.py), and the address to give the product for it. A service whose key is of its own
+    /// making cannot prove it there, at another's address: give it `kOwnKey`.
     std::string startRelay(const std::vector<std::string>& options = {});
     /// What went through, a line each.
     [[nodiscard]] static std::string relayed() { return contents(s_relayed); }
@@ -65,6 +66,8 @@ protected:
     /// Chooses an item of the menu in the panel, opening the panel if need be.
     void chooseFromMenu(const std::string& item);
     void quitThroughTheMenu();
+
+    static constexpr const char* kOwnKey = "a-key-of-the-user's";
 
     inline static std::unique_ptr<VirtualDesktop> s_desktop;
     inline static std::filesystem::path s_opened;
