@@ -10,6 +10,7 @@
 #include "platform/ports/file_system.h"
 #include "platform/ports/http_session.h"
 #include "text/unicode.h"
+#include "text/web_address.h"
 
 #include <nlohmann/json.hpp>
 
@@ -210,15 +211,8 @@ Verdict poll(const Ports& ports, const std::string& jobId, const std::string& ke
 
 // "http://127.0.0.1:8797/...": whether the address names this machine by its loopback.
 bool isLoopbackAddress(std::string_view address) {
-    constexpr std::string_view kScheme = "http://";
-    if (!address.starts_with(kScheme)) return false;
-    address.remove_prefix(kScheme.size());
-    static constexpr std::array<std::string_view, 3> kHosts{"127.0.0.1", "localhost", "[::1]"};
-    return std::ranges::any_of(kHosts, [&](std::string_view host) {
-        if (!address.starts_with(host)) return false;
-        const std::string_view rest = address.substr(host.size());
-        return rest.empty() || rest.front() == ':' || rest.front() == '/';
-    });
+    const auto origin = text::webOrigin(address);
+    return origin && origin->scheme == "http" && text::isLoopback(origin->host);
 }
 
 // Of letters, digits, "_" and "-": no part of an address but itself.
