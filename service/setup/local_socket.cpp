@@ -112,8 +112,7 @@ std::variant<LocalSocket, SocketError> LocalSocket::listen(const std::filesystem
     return LocalSocket(fd, socket, facts.st_dev, facts.st_ino);
 }
 
-LocalSocket::LocalSocket(int fd, std::filesystem::path path, unsigned long long device,
-                         unsigned long long inode)
+LocalSocket::LocalSocket(int fd, std::filesystem::path path, dev_t device, unsigned long long inode)
     : m_fd(fd),
       m_path(std::move(path)),
       m_device(device),

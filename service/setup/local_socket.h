@@ -5,6 +5,8 @@
 
 #pragma once
 
+#include <sys/types.h>
+
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -43,12 +45,11 @@ public:
     [[nodiscard]] int release();
 
 private:
-    LocalSocket(int fd, std::filesystem::path path, unsigned long long device,
-                unsigned long long inode);
+    LocalSocket(int fd, std::filesystem::path path, dev_t device, unsigned long long inode);
 
     int m_fd;
     std::filesystem::path m_path; ///< Empty when it was moved from.
-    unsigned long long m_device;
+    dev_t m_device;
     unsigned long long m_inode;
 };
 
