@@ -104,7 +104,7 @@ def report_address(run_id: str, *, settings: Optional[settings_module.Settings] 
     stated = "{}/console?run={}".format(settings.base, run_id)
     if not (settings.key and transport.is_of_this_machine(settings.base)):
         return stated
-    call = _Call(settings, None, None, DEADLINE, time.monotonic, send, False)
+    call = _Call(settings, None, None, DEADLINE, time.monotonic, send, False, REQUEST_TIMEOUT)
     answer = call.request("POST", "/api/v1/eval/runs/" + run_id + "/ticket", {})
     once = string(answer or {}, "report") or ""
     here = once.startswith("http://") and transport.is_of_this_machine(once)
@@ -115,7 +115,7 @@ def verdict_of(run_id: str, *, settings: Optional[settings_module.Settings] = No
                clock: Callable[[], float] = time.monotonic,
                send: Callable = transport.send) -> Verdict:
     """The verdict on a run as it stands."""
-    call = _Call(settings, None, None, REQUEST_TIMEOUT, clock, send, False)
+    call = _Call(settings, None, None, REQUEST_TIMEOUT, clock, send, False, REQUEST_TIMEOUT)
     answer = call.request("GET", "/api/v1/eval/runs/" + run_id)
     if answer is None:
         return failure(UNREACHABLE)
