@@ -126,9 +126,12 @@ void checkWorkflow(Report& report, const std::vector<WorkflowEvent>& history,
 } // namespace
 
 Observed observe(const AppCatalog& catalog) {
+    // What is detected is given here and not asked of the machine: the report has to be the same
+    // everywhere.
     Observed observed;
     observed.agents = AgentScan::detect({"com.openai.codex", "com.electron.ollama"}, {"claude"},
                                         {"claude", "codex"}, {"codex"});
+    // The same application twice, to see that it is one step.
     for (const WorkflowEvent& event : {
              WorkflowEvent{"obsidian", "Obsidian", "docs", "text"},
              WorkflowEvent{"obsidian", "Obsidian", "docs", "text"},
