@@ -189,8 +189,8 @@ void CompanionModel::publishVerdict(Ticket ticket, std::function<Verdict()> work
 }
 
 void CompanionModel::seedDemo() {
+    // Everything that a panel can show, without asking anything.
     if (const auto* figma = catalog.appForBundleId("com.figma.Desktop")) {
-        // Everything that a panel can show, without asking anything.
         detected =
             DetectedApp{.rawBundleId = "com.figma.Desktop", .rawName = "Figma", .app = *figma};
     }

@@ -241,11 +241,11 @@ public:
 
     std::optional<std::string> run() {
         while (m_at < m_body.size()) {
+            // Strings are passed as a whole, so digits within them are left alone.
             if (m_body[m_at] == '"') {
                 ++m_at;
                 passString();
             } else if (m_body[m_at] == '-' || isDigit(m_body[m_at])) {
-                // Strings are passed as a whole, so digits within them are left alone.
                 passNumber();
             } else {
                 ++m_at;
@@ -271,13 +271,13 @@ private:
 
     void passEscape() {
         const auto unit = escapedUnit(m_body.substr(m_at));
-        // Both halves together are one character; what they are is left to the parser.
         if (!unit) {
             m_at += 2;
             return;
         }
         if (isHighSurrogate(*unit)) {
             const auto other = escapedUnit(m_body.substr(m_at + 6));
+            // Both halves together are one character; what they are is left to the parser.
             if (other && isLowSurrogate(*other)) {
                 m_at += 12;
                 return;

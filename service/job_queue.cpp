@@ -20,12 +20,12 @@ constexpr std::int64_t kPruneEveryMs = std::int64_t{24} * 60 * 60 * 1000;
 constexpr const char* kCancelled = "the job was cancelled";
 
 Iteration judged(const Submission& submission, Critique critique, std::int64_t nowMs) {
+    // Before the findings are moved away, on which the judgement rests.
     const Judgement judgement = judge(critique);
     Iteration iteration;
     iteration.createdMs = nowMs;
     iteration.intent = submission.intent;
     iteration.band = judgement.band;
-    // Before the findings are moved away, on which the judgement rests.
     iteration.score = judgement.score;
     iteration.parts = summarize(submission.parts);
     iteration.findings = std::move(critique.findings);
@@ -84,8 +84,8 @@ JobQueue::Enqueued JobQueue::enqueue(JobKind kind, const std::string& runId, Job
         waiting.request = std::move(request);
     }
     m_waiting.push_back(std::move(waiting));
-    m_changed.notify_all();
     // All, since workers and those who wait for a revision wait on the same condition.
+    m_changed.notify_all();
     return job;
 }
 
@@ -136,8 +136,8 @@ std::optional<JobStatus> JobQueue::status(const std::string& jobId) {
             return status;
         }
     }
-    // A job between the queue and the store is in neither for nobody: work() takes it out of the
-    // running ones only when its end is stored.
+    // No job is in neither of the two: work() takes it out of the running ones only when its end is
+    // stored.
     const auto finished = m_store.finishedJob(jobId);
     if (!finished) return std::nullopt;
     status.warming = false;

@@ -84,7 +84,6 @@ sigset_t endSignals() {
     return signals;
 }
 
-// An empty value has been refused by parseCommandLine().
 std::optional<fs::path> wantedSocket(const CommandLine& line) {
     if (!line.socket) return defaultSocket(environment("XDG_RUNTIME_DIR"));
     if (*line.socket == "none") return std::nullopt;

@@ -41,8 +41,8 @@ PanelPortal::PanelPortal(std::function<void(ColorScheme)> told) : m_told(std::mo
     auto question =
         QDBusMessage::createMethodCall(QLatin1String(kService), QLatin1String(kPath),
                                        QLatin1String(kInterface), QStringLiteral("Read"));
-    // Asked without waiting, since a portal may be started by this very question.
     question << QLatin1String(kSpace) << QLatin1String(kKey);
+    // Asked without waiting, since a portal may be started by this very question.
     auto* answer = new QDBusPendingCallWatcher(bus.asyncCall(question), this);
     connect(answer, &QDBusPendingCallWatcher::finished, this, [this, answer] {
         answer->deleteLater();

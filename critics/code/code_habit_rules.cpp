@@ -217,7 +217,6 @@ void checkTodo(const CodeView& view, const Token& comment, FindingList& findings
             const char after = end < text.size() ? text[end] : '\n';
             if (text::isAsciiWord(after) || after == '"' || after == '`' || after == '\'' ||
                 after == '/' || after == '-' || after == ',') {
-                // The only word that fits here was looked at, so none of the others can.
                 break; // Part of a name, or a mention of the word.
             }
             // Somebody owns it: "TODO(ana)", "TODO @ana", "TODO: #41", "TODO ABC-41".

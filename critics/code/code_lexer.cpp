@@ -460,8 +460,7 @@ private:
                                 (number && c == '\'' && separators && i + 1 < m_text.size() &&
                                  text::isAsciiWord(m_text[i + 1]));
             if (!inside) break;
-            // "$(" and "${" are marks; a name may only hold the sign. A name holds the sign at its
-            // beginning only.
+            // "$(" and "${" are marks; a name may only hold the sign.
             if ((c == '$' || c == '@') && i > m_at) break;
             ++i;
         }
@@ -478,7 +477,6 @@ private:
         }
         const bool indented = i < m_text.size() && (m_text[i] == '-' || m_text[i] == '~');
         if (indented) ++i;
-        // "list << ITEM" would otherwise begin a text that does not end.
         if (is(Language::ruby) && !indented) return false; // "list << ITEM"
         while (is(Language::shell) && i < m_text.size() && m_text[i] == ' ') ++i;
         const char quote = i < m_text.size() ? m_text[i] : '\0';

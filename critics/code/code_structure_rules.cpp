@@ -227,9 +227,9 @@ bool anyBetween(const std::vector<std::size_t>& offsets, std::size_t begin, std:
 }
 
 void checkUnreachable(const CodeView& view, FindingList& findings) {
+    // Words and marks that may stand behind a statement that leaves: the end of a block, the next
+    // case, and declarations, which hold for the whole block.
     constexpr std::array<std::string_view, 11> kMayFollow = {
-        // Words and marks that may stand behind a statement that leaves: the end of a block, the
-        // next case, and declarations, which hold for the whole block.
         "}",  "case",  "default", "function",    "break", "else",
         "]]", "class", "async",   "fallthrough", "var"};
     const StatementEnds ends(view);
@@ -243,7 +243,7 @@ void checkUnreachable(const CodeView& view, FindingList& findings) {
         const std::size_t next = end + 1;
         if (text::isOneOf(view.textOf(view.code[next]), kMayFollow)) continue;
         if (view.isKind(next, TokenKind::identifier) && view.is(next + 1, ":")) continue; // Label.
-        // A case of a shell, an empty statement and an attribute.
+        // An attribute, or an empty statement.
         if (view.is(next, "[") || view.is(next, ";") || view.is(next, "#")) continue;
         const std::size_t start = view.code[next].offset;
         // Between branches of an "#if" either may be the only one there.

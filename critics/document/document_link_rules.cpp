@@ -444,7 +444,7 @@ void checkNumberedReferences(const DocumentView& document, FindingList& findings
         text::wordsIn(text, 0, text.size()); // Captions of pictures too.
     for (std::size_t i = 0; i < all.size(); ++i) {
         const text::Word& word = all[i];
-        // Neither shorter nor longer is any of the words.
+        // No word that is looked for is shorter or longer.
         if (!word.capitalised || word.length < 3 || word.length > 7) continue;
         const std::size_t kind = kindOf(text.substr(word.offset, word.length));
         if (kind == kKinds.size()) continue;

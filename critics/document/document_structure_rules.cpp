@@ -311,7 +311,7 @@ void checkSpellings(const DocumentView& document, FindingList& findings) {
         const Sightings& one = seen[i][0];
         const Sightings& other = seen[i][1];
         if (one.count == 0 || other.count == 0) continue;
-        // In a tie the second of the pair is told, which is the less common one by now.
+        // In a tie the second of the pair is told.
         const bool otherIsRarer = other.count <= one.count;
         const std::string_view rare = otherIsRarer ? kSpellings[i].other : kSpellings[i].one;
         const std::string_view usual = otherIsRarer ? kSpellings[i].one : kSpellings[i].other;

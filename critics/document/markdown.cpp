@@ -34,7 +34,7 @@ bool onlyOf(std::string_view text, std::string_view marks) {
     return !text.empty() && text.find_first_not_of(marks) == std::string_view::npos;
 }
 
-/// "| --- | :-: |" As the marks under a header have it; a hyphen and a bar, or it is a rule or a
+/// "| --- | :-: |". As the marks under a header have it; a hyphen and a bar, or it is a rule or a
 /// line of text.
 bool isDelimiterRow(std::string_view content) {
     return onlyOf(content, "|-: \t") && content.find('-') != std::string_view::npos &&

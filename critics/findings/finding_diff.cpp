@@ -27,7 +27,7 @@ bool namesAPlace(std::string_view word) {
 // does.
 std::size_t positionLength(std::string_view text) {
     std::size_t letters = 0;
-    // Two letters are the last column of many a program, three the last there is.
+    // Three letters name the last column that a sheet has.
     while (letters < text.size() && letters < 3 && text[letters] >= 'A' && text[letters] <= 'Z') {
         ++letters;
     }

@@ -155,11 +155,11 @@ Grader::Grader(ChildRunner& runner, EngineRoom& engines, GraderOptions options)
 
 std::vector<Critique> Grader::askCritics(const Submission& submission,
                                          const std::stop_token& cancel) const {
-    // The parts are judged in order and each is told at once, so as many critiques as came are
-    // parts that were finished.
     ChildRequest request = m_options.worker;
     request.input = encode(submission);
     const ChildResult first = m_runner.run(request, cancel);
+    // The parts are judged in order and each is told at once, so as many critiques as came are
+    // parts that were finished.
     std::vector<Critique> critiques = critiquesIn(first.output);
     const bool well = first.end == ChildResult::End::exited && first.status == 0;
     // A bad end after the last part has cost nothing: then the loop below has nothing to do.

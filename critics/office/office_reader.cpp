@@ -349,14 +349,11 @@ std::optional<std::pair<std::size_t, std::size_t>> cellNamed(std::string_view na
 
 /// All text below a node, as rich text has it in several runs; not its phonetic readings.
 std::string runsIn(const pugi::xml_node& node) {
-    // Sheets are named by relations, ECMA-376 part 1, 18.2.19; the names of their entries are a
-    // habit only.
     std::string text;
     for (const pugi::xml_node& child : node.children()) {
         const std::string_view name = child.name();
         if (name == "t") text += child.text().get();
         if (name == "r") text += child.child("t").text().get();
-        // Texts are kept once for all sheets, and cells say their number.
         if (text.size() > kMostOfficeText) break;
     }
     return text;
@@ -367,27 +364,29 @@ OfficeWork readWorkbook(Archive& archive) {
     Cells cells(work);
     pugi::xml_document book;
     parse(archive, "xl/workbook.xml", book);
-    // A target is relative to the folder of the workbook, or absolute within the archive.
     std::map<std::string, std::string> targets;
     pugi::xml_document relations;
     if (parseIfThere(archive, "xl/_rels/workbook.xml.rels", relations)) {
+        // Sheets are named by relations, ECMA-376 part 1, 18.2.19; the names of their entries are a
+        // habit only.
         for (const pugi::xml_node& one : relations.child("Relationships").children())
             targets[one.attribute("Id").value()] = one.attribute("Target").value();
     }
     std::vector<std::string> shared;
     pugi::xml_document strings;
     if (parseIfThere(archive, "xl/sharedStrings.xml", strings)) {
+        // Texts are kept once for all sheets, and cells say their number.
         for (const pugi::xml_node& one : strings.child("sst").children("si"))
             shared.push_back(runsIn(one));
     }
     std::size_t number = 0;
-    // Numbers of rows may be left out, and then go on from the one before.
     for (const pugi::xml_node& entry : book.child("workbook").child("sheets").children("sheet")) {
         ++number;
         std::string name = "xl/worksheets/sheet" + std::to_string(number) + ".xml";
         if (const auto target = targets.find(entry.attribute("r:id").value());
             target != targets.end()) {
             const std::string& path = target->second;
+            // A target is relative to the folder of the workbook, or absolute within the archive.
             name = path.starts_with('/') ? path.substr(1) : "xl/" + path;
         }
         pugi::xml_document document;
@@ -401,6 +400,7 @@ OfficeWork readWorkbook(Archive& archive) {
         for (const pugi::xml_node& row :
              document.child("worksheet").child("sheetData").children("row")) {
             const unsigned long long given = row.attribute("r").as_ullong(0);
+            // Numbers of rows may be left out, and then go on from the one before.
             const std::size_t at = given > 0 ? static_cast<std::size_t>(given - 1) : nextRow;
             nextRow = at + 1;
             if (!work.whole) break;

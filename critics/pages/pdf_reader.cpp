@@ -35,8 +35,8 @@ std::variant<PdfText, PdfFailure> readPdf(std::string_view bytes) {
     if (document->pages() <= 0) return PdfFailure{"it has no page", ""};
 
     using Clock = std::chrono::steady_clock;
-    const auto end = Clock::now() + kMostPdfTime;
     // Looked at between pages; a single page that takes for ever ends with its child.
+    const auto end = Clock::now() + kMostPdfTime;
     PdfText read;
     read.pageCount = static_cast<std::size_t>(document->pages());
     std::size_t kept = 0;

@@ -61,7 +61,6 @@ double strokeOf(const Picture& picture, const Rect& box, const Ink& ink) {
     const int range = brightness(ink.colour) - ground;
     std::vector<int> widths;
     for (int y = box.y; y < box.bottom(); ++y) {
-        // Of 255ths: see below.
         int sum = 0; // Of 255ths of a pixel: blended pixels count for their share.
         for (int x = box.x; x <= box.right(); ++x) {
             int share = 0;

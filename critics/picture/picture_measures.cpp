@@ -107,7 +107,7 @@ BlockFigures figuresOf(const Light& light, int left, int top) {
     figures.photo = equal * 10 < kPixels * kMostEqualTenths && range >= kLeastPhotoRange;
     if (figures.photo) {
         // Correlation is the covariance with a neighbour over the variance; multiplied out, so that
-        // a block of one level divides by nothing.
+        // nothing is divided by zero.
         const double mean = static_cast<double>(sum) / kPixels;
         const double variance = static_cast<double>(squares) / kPixels - mean * mean;
         // The neighbours' mean differs by one row or column at most, which does not matter here.

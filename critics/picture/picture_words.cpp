@@ -122,7 +122,6 @@ LineCut cutLine(const Picture& picture, const TextLine& line) {
     const int width = std::max(1, static_cast<int>(std::lround(cut.area.width * cut.scale)));
     const int height = std::max(1, static_cast<int>(std::lround(cut.area.height * cut.scale)));
 
-    // Bilinear: nearest neighbours would turn antialiased strokes back into stairs.
     const Darkness darkness(line);
     std::vector<double> source;
     source.reserve(static_cast<std::size_t>(cut.area.area()));
@@ -139,6 +138,7 @@ LineCut cutLine(const Picture& picture, const TextLine& line) {
     // White all around, frame included.
     image.pixels.assign(
         static_cast<std::size_t>(image.width) * static_cast<std::size_t>(image.height), 255);
+    // Bilinear: nearest neighbours would turn antialiased strokes back into stairs.
     const std::vector<Between> columns = steps(cut.area.width, width, cut.scale);
     const std::vector<Between> rows = steps(cut.area.height, height, cut.scale);
     for (int y = 0; y < height; ++y) {

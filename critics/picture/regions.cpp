@@ -186,10 +186,10 @@ public:
 private:
     void visit(int x, int y) {
         if (x < 0 || y < 0 || x >= m_picture.width || y >= m_picture.height) return;
-        // Ground around a mark counts once for each mark pixel that it touches, corners too.
         const auto i = static_cast<std::uint32_t>(y) * static_cast<std::uint32_t>(m_picture.width) +
                        static_cast<std::uint32_t>(x);
         if (m_regions.surfaceAt[i] != 0) {
+            // Ground around a mark counts once for each mark pixel that it touches, corners too.
             const Colour& colour = m_picture.pixels[i];
             if (m_borders++ == 0)
                 m_ground = colour;
@@ -240,9 +240,9 @@ private:
         const auto inked = static_cast<std::int64_t>(m_members.size());
         if (box.width >= kNarrowestOutline && box.height >= kLowestOutline &&
             inked * 100 < box.area() * kOutlinePercent)
-            // The farther from the ground in luminance, the less of it is blended in.
             return;
         Mark mark{box, static_cast<int>(m_members.size()), m_ground, m_ground, 1};
+        // The farther from the ground in luminance, the less of it is blended in.
         const double groundLight = relativeLuminance(m_ground);
         double farthest = -1;
         for (const std::uint32_t i : m_members) {

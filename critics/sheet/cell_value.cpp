@@ -326,11 +326,11 @@ std::optional<NumberText> readNumber(std::string_view text) {
         negative = true;
         text = trimmedCell(text.substr(1, text.size() - 2));
     }
+    // One before the currency or one behind it: "-$5" and "$-5".
     const auto takeSign = [&] {
         if (takeMinus(text))
             negative = !negative;
         else if (!take(text, "+"))
-            // One before the currency or one behind it: "-$5" and "$-5".
             return;
         skipSpaces(text);
     };

@@ -124,7 +124,7 @@ char detectDelimiter(std::string_view text) {
             ++widths[table.rows[row].size()];
             ++filled;
         }
-        // With one cell in every record any mark is even that does not occur.
+        // A mark that does not occur makes every record one cell wide, which says nothing.
         std::size_t most = 0;
         for (const auto& [width, count] : widths) {
             if (width > 1) most = std::max(most, count);

@@ -597,8 +597,8 @@ private:
         begun->child.emplace(pid, std::move(input.write), std::move(output.read),
                              std::move(errors.read));
         int error = 0;
-        // Ends at once: the other end closes when the program begins, or when it cannot.
-        // Otherwise 0 bytes: the program has begun.
+        // Ends at once: the other end closes when the program begins, or when it cannot. No bytes
+        // mean that the program has begun.
         if (::read(failure.read.get(), &error, sizeof error) == sizeof error) {
             throw std::runtime_error(request.program + ": " + std::strerror(error));
         }

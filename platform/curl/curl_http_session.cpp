@@ -200,7 +200,7 @@ public:
                          std::min<std::chrono::nanoseconds>(request.timeout, std::chrono::years(1));
         std::unique_lock lock(m_mutex);
         if (m_isStopped) return std::nullopt;
-        // Not in the constructor: many programs make a session and ask nothing.
+        // Not in the constructor: a session that is asked nothing needs no thread.
         if (!m_thread.joinable()) startThread();
         if (!m_multi) return std::nullopt;
         m_waiting.push_back(call);

@@ -339,10 +339,10 @@ HttpAnswer HttpApi::report(const HttpHead& head) {
         if (const auto pass = m_gate.redeem(ticket->second, runId)) {
             // On to the address without the ticket, which is what a history then keeps.
             HttpAnswer answer = guarded({303, "text/plain", "", {}});
+            answer.headers.emplace_back("Location", "/console?run=" + runId);
             // Only for this path, out of reach for scripts, and sent along when a link is followed
             // here but not with requests that other pages make. The name is the run's, so that
             // reports do not push each other's passes out.
-            answer.headers.emplace_back("Location", "/console?run=" + runId);
             answer.headers.emplace_back("Set-Cookie",
                                         runId + "=" + *pass + "; Path=/console; Max-Age=" +
                                             std::to_string(ReportGate::kPassLasts.count()) +

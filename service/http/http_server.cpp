@@ -65,8 +65,8 @@ void doNotBlock(int fd) {
 }
 
 std::size_t descriptorLimit() {
-    // A number to count on even where there is no telling.
     rlimit limit{};
+    // A number to count on even where there is no telling.
     if (getrlimit(RLIMIT_NOFILE, &limit) != 0) return kOwnDescriptors + kLeastConnections;
     // A limit may be "none", or a thousand million in a container: a million is enough to ask for.
     return static_cast<std::size_t>(std::min<rlim_t>(limit.rlim_cur, rlim_t{1} << 20U));

@@ -82,7 +82,7 @@ std::optional<PageAction> parsePageAction(std::string_view body) {
             named = true;
         }
     }
-    // Without a token is not said here: the token is compared by who knows it.
+    // A missing token is not told here: it is compared by who knows the right one.
     if (!named || action.finding.empty()) return std::nullopt;
     return action;
 }

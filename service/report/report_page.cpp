@@ -452,8 +452,8 @@ Html history(const RunRecord& run) {
     if (run.iterations.size() < 2) return {};
     Html made = element("h2", {}, {"Earlier versions"});
     made += "\n";
-    // Counts down to 0 without going below it.
     const std::size_t last = run.iterations.size() - 1;
+    // Counts down to 0 without going below it.
     for (std::size_t number = last; number-- > 0;) {
         if (last - number > kMostVersions) {
             return made +=

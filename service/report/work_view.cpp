@@ -209,7 +209,6 @@ Html textPart(PartView& view, Room& room) {
     for (const Placed& placed : view.flaws) {
         const std::size_t line = view.marks.at(placed.flaw).line;
         byLine[line].push_back(placed);
-        // Lines of one part are counted against those of all others.
         marked.insert(line);
     }
     // An end of the last line begins none.

@@ -148,10 +148,6 @@ void forLines(std::string_view text,
 /// Changes the file while nobody else does. `change` gets the content, and says whether it made it
 /// another one.
 std::optional<std::string> edited(const fs::path& named,
-                                  // The folder is locked, not the file: each change puts another
-                                  // file in its place, and a lock would go on holding the one that
-                                  // is gone. Closing the folder ends the lock, also when the
-                                  // program is killed.
                                   const std::function<bool(std::string&)>& change) {
     const fs::path file = target(named);
     const Descriptor folder(open(file.parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
@@ -159,6 +155,9 @@ std::optional<std::string> edited(const fs::path& named,
         if (errno == ENOENT) return std::nullopt; // nothing there to take a line out of
         return cannot(file, "written");
     }
+    // The folder is locked, not the file: each change puts another file in its place, and a lock
+    // would go on holding the one that is gone. Closing the folder ends the lock, also when the
+    // program is killed.
     while (flock(folder.get(), LOCK_EX) != 0) {
         if (errno != EINTR) return cannot(file, "locked");
     }

@@ -317,8 +317,8 @@ private:
     }
 
     void checkSound() {
-        // The quick check reads every page once but compares no index with its table: the full
-        // check takes several times as long at every start. One complaint is enough.
+        // The quick check reads every page once but compares no index with its table, which would
+        // make every start longer. One complaint is enough.
         Statement statement(m_db, "PRAGMA quick_check(1)");
         if (statement.step() && statement.text(0) != "ok") throw Damaged(statement.text(0));
     }
