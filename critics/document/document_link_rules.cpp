@@ -161,6 +161,7 @@ Anchors anchorsOf(const DocumentView& document) {
     };
     const std::string_view text = document.source.text();
     for (const Heading& heading : document.outline.headings) {
+        // As it is shown: the anchor of a heading that is a link has nothing of its target.
         std::string_view title = heading.shown;
         // Some renderers let a heading name its own anchor.
         const std::size_t own = title.rfind("{#");

@@ -101,7 +101,8 @@ std::string readable(const SourceText& source, std::size_t firstLine, std::size_
         }
         std::size_t depth = 0;
         bool leading = true;
-        // In code nothing counts. Elsewhere marks beyond what anybody writes are made letters.
+        // In code nothing counts. Elsewhere marks beyond what anybody writes are made letters,
+        // which keeps the time that hostile text takes in proportion to its length.
         for (; at < end; ++at) {
             const char c = copy[at];
             const bool container =

@@ -69,6 +69,7 @@ struct OfOneRule {
 
 // The sum stays below 2^64: even 2^20 findings cost at most 2^20 * 50 * 2^32.
 std::uint64_t costOf(const OfOneRule& findings, std::uint64_t size) {
+    // By habit alone a paragraph with five misspellings would score nearly like one with two.
     std::uint64_t different = 0;
     for (const auto& [evidence, severity] : findings.worstByEvidence) {
         if (severity != Severity::low) different += points(severity);

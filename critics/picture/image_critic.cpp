@@ -259,6 +259,8 @@ void judge(const Part& part, PictureKind kind, PictureAllowance& allowance, Line
         critique.findings = list.take();
         return;
     }
+    // The analysis takes up to ten bytes a pixel, and a file of some kilobytes may hold 100
+    // megapixels.
     if (size.pixels() > kMostAnalysedPixels) {
         PictureFacts facts;
         facts.kind = kind;

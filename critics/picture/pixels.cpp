@@ -84,6 +84,8 @@ public:
         if (m_size.pixels() > kMostPicturePixels)
             return DecodeFailure{"it has more than 100 megapixels"};
         // A header that promises more than the file can hold lies; no memory is spent on it.
+        // Reckoned in the file's own bits a pixel: at eight, a blank picture of one bit would look
+        // cut short.
         const std::size_t packed =
             png_get_rowbytes(m_png, m_info) * static_cast<std::size_t>(m_size.height);
         if (packed / kMostDeflated > m_source.bytes.size())
