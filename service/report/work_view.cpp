@@ -141,7 +141,7 @@ PartView viewOf(std::size_t ordinal, const PartSummary& summary, const KeptPart&
         view.width = bigEndian(std::string_view(kept.bytes).substr(16, 4));
         view.height = bigEndian(std::string_view(kept.bytes).substr(20, 4));
     } else if (view.kind == WorkKind::sheet) {
-        // Cut into rows as the critics cut it, or places would lead elsewhere.
+        // By the reader that the critics use: places lead into its rows.
         view.table =
             readTable(kept.bytes, bareType(summary.mimeType) == "text/tab-separated-values");
     } else {
