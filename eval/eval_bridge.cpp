@@ -313,6 +313,7 @@ Verdict iterate(const Ports& ports, const std::string& runId,
 }
 
 bool asksForReportAddress(Environment& environment) {
+    // Schemes and hosts have no case: an address in capitals is this machine's own all the same.
     const std::string address = text::lowercased(base(environment));
     return isLoopbackAddress(address) || address.starts_with("http+unix://");
 }

@@ -117,7 +117,8 @@ private:
     };
 
     /// The shape that keeps the value that comes next; null when nothing of it is kept. Of arrays
-    /// only so many elements are kept, and the rest is passed over.
+    /// only so many elements are kept, and the rest is passed over: twelve megabytes of empty flaws
+    /// would take eight hundred.
     [[nodiscard]] const Shape* next() const {
         if (m_dropped > 0) return nullptr;
         const Open& holder = m_open.back();
