@@ -56,6 +56,8 @@ std::string entryValue(std::string_view text) {
 std::string desktopEntry(const Installation& installation) {
     const auto program = installedExecutable(installation);
     const auto icon = installedBundle(installation) / "Contents" / "Resources" / "brask.png";
+    // No startup notification: the first start shows no window, and a desktop would wait for one
+    // with a busy pointer.
     return "[Desktop Entry]\n"
            "Type=Application\n"
            "Name=Kelvane Companion\n"
