@@ -125,7 +125,7 @@ bool Exchange::startRequest(bool onNewConnection) {
 }
 
 bool Exchange::startTransfer(const HttpRequest& request, CurlTransfer::Options options) {
-    // One deadline for all hops together.
+    // One deadline for all hops together, which no trickle of bytes puts off.
     const auto left =
         std::chrono::ceil<std::chrono::milliseconds>(m_call->deadline - Steady::now());
     if (left <= 0ms) return false;

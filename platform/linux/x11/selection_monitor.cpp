@@ -333,6 +333,7 @@ void SelectionMonitor::clipboardChanged(xcb_window_t owner, ServerTime selected,
     if (copy.lastChange == Provenance::Other && before == Provenance::Target && isKeeper(owner)) {
         copy.lastChange = Provenance::Target;
     }
+    // For a program that answers the copy key the primary selection need not stand in.
     if (copy.lastChange == Provenance::Target) m_haveAnswered.insert(programOf(copy));
     const LateChangeFacts facts{
         .keyPosted = copy.keyPosted,

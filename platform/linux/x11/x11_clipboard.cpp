@@ -133,7 +133,8 @@ void Clipboard::copyFrom(const CopyTarget& target) {
         memory->changeCount = before;
         m_shift = before - now.changes;
     }
-    // What cannot be brought back is not put at risk.
+    // What cannot be brought back is not put at risk, even if the memory that was handed out for it
+    // is gone by now.
     const bool lost = memory ? memory->lost : m_lost;
     const bool mayPost = target.takesKeys && m_hasXtest && !lost;
     const auto keys = mayPost ? strokes() : std::nullopt;

@@ -185,6 +185,9 @@ private:
     bool demandAll() {
         // A window that changes its size is drawn anew, and what was drawn of the old size counts
         // no more.
+        // Pixels do not say who drew them: where the application has not drawn yet, a picture would
+        // show what was on the screen before, such as the text of a window that has just been
+        // closed. So all of it is drawn for us, and only what was drawn since counts.
         const std::uint32_t resizing = XCB_EVENT_MASK_STRUCTURE_NOTIFY;
         xcb_change_window_attributes(m_xcb, m_window, XCB_CW_EVENT_MASK, &resizing);
         if (m_answersPings) {
