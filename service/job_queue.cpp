@@ -340,6 +340,8 @@ void JobQueue::judgeWork(const PendingJob& job, const SubmitRequest& request,
     auto first = verdict(job, submission, cancel);
     if (!first) return;
     m_store.finishGrade(job.id,
+                        // The run gets its id with its verdict: a job that fails or is cancelled
+                        // leaves no run behind.
                         {newRunId(),
                          cutTo(submission.modality, kLongestText),
                          cutTo(submission.vertical, kLongestText),

@@ -247,6 +247,8 @@ std::variant<Dismissal, WireError> parseDismissal(std::string_view body) {
         Dismissal dismissal;
         dismissal.rule = requiredString(object, "rule");
         if (dismissal.rule.empty()) throw Unusable{"rule must not be empty"};
+        // In the form that findings are compared in, so that a dismissal still fits when a line is
+        // added above its flaw.
         dismissal.evidence = withoutPlaces(optionalString(object, "evidence").value_or(""));
         dismissal.place = optionalString(object, "place").value_or("");
         dismissal.reason = optionalString(object, "reason").value_or("");

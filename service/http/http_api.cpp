@@ -397,6 +397,7 @@ HttpAnswer HttpApi::catalog() {
 }
 
 HttpAnswer HttpApi::health() {
+    // In order as soon as it answers: work is taken while the critics are still made ready.
     return jsonAnswer(200, std::string(R"({"status":"ok","warming":)") +
                                (m_queue.isWarming() ? "true}" : "false}"));
 }

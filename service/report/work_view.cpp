@@ -435,6 +435,8 @@ Html picturePart(PartView& view, const std::string& label, Room& room) {
     }
     Html made = element("svg",
                         {{"class", "picture"},
+                         // The drawing counts in pixels of the picture, as the places of flaws do,
+                         // whatever size the page gives it.
                          {"viewBox", "0 0 " + width + " " + height},
                          {"width", width},
                          {"height", height}},

@@ -176,6 +176,7 @@ void insertCoverage(sqlite3* db, const std::string& runId, int number, const Cov
     }
 }
 
+// Within a transaction of the caller: a verdict is kept with all its rows or not at all.
 void insertIteration(sqlite3* db, const std::string& runId, int number, const Iteration& it) {
     Statement(db, "INSERT INTO iterations (run_id, number, created, intent, band, score, words, "
                   "lines, cells, known) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?)")
@@ -378,6 +379,7 @@ PendingJob RunStore::addJob(const std::string& id, JobKind kind, const std::stri
                             std::string_view payload, std::int64_t nowMs) {
     const auto lock = m_database->lock();
     sqlite3* db = m_database->handle();
+    // One statement is a transaction of its own: when it returns, the job outlives the service.
     Statement(db, "INSERT INTO jobs (id, kind, status, run_id, created, payload) "
                   "VALUES (?, ?, 'pending', ?, ?, ?)")
         .bind(id)
@@ -533,6 +535,8 @@ std::optional<FinishedJob> RunStore::finishedJob(const std::string& jobId) {
     statement.bind(jobId);
     if (!statement.step()) return std::nullopt;
     FinishedJob job;
+    // A job of a revision that failed names a run as well, the one that it was to revise. That is
+    // no result.
     if (statement.isNull(2)) {
         job.runId = statement.text(0);
     } else {
@@ -553,6 +557,9 @@ std::optional<RunRecord> RunStore::run(const std::string& runId) {
         run = {runId, statement.text(0), statement.text(1), statement.text(2), {}};
     }
     {
+        // One question a table: a join would repeat every part for every finding of its version.
+        // The lock is held throughout and this service alone writes, so all answers are of one
+        // moment.
         Statement statement(db, "SELECT number, created, intent, band, score, words, lines, "
                                 "cells, known FROM iterations WHERE run_id = ? ORDER BY number");
         statement.bind(runId);
