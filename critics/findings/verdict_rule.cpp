@@ -149,6 +149,7 @@ Judgement judge(const Critique& critique) {
         judgement.band = critique.coverage.known ? Band::ship : Band::unknown;
         least = kShipFrom;
     }
+    // Advice lowers the score within its band and never changes the band, which is settled above.
     const std::uint64_t advised = scoreAt(std::min(kFullScore, cost + costOf(advice, size)));
     judgement.score = static_cast<double>(std::max(advised, least)) / 100.0;
     return judgement;

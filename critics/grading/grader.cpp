@@ -36,6 +36,7 @@ std::vector<Critique> critiquesIn(std::string_view written) {
             length = length << 8U | static_cast<unsigned char>(written[i]);
         }
         written.remove_prefix(kLengthBytes);
+        // The frame that the child was ended in.
         if (length > written.size()) break;
         auto critique = decodeCritique(written.substr(0, static_cast<std::size_t>(length)));
         if (!critique) break;
