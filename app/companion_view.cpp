@@ -263,6 +263,7 @@ BandPillView bandPill(Band band) {
     case Band::ship:
         return {.label = "SHIP", .tint = Tint::green, .labelTint = Tint::white};
     case Band::route_to_fix:
+        // White letters on yellow would be too pale to read.
         return {.label = "ROUTE TO FIX", .tint = Tint::yellow, .labelTint = Tint::black};
     case Band::quarantine:
         return {.label = "QUARANTINE", .tint = Tint::orange, .labelTint = Tint::white};

@@ -106,6 +106,7 @@ void checkAgents(Report& report, const std::vector<DetectedAgent>& agents) {
                  holds("codex", [](const auto& agent) { return agent.wired == true; }));
     report.check("claude_code running via proc", holds("claude_code", running));
     report.check("claude_code wired==false (not in wired set)",
+                 // Compared and not negated: unset would pass for "not wired".
                  holds("claude_code", [](const auto& agent) { return agent.wired == false; }));
     report.check("ollama running, wired==nil (not a harness)",
                  holds("ollama", [](const auto& agent) { return agent.running && !agent.wired; }));

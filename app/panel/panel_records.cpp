@@ -117,6 +117,7 @@ VerdictRecord verdictRecord(const VerdictSection& verdict) {
     record.progress = text(verdict.progress);
     record.note = text(verdict.note);
     record.spoken = text(verdict.spoken);
+    // All that follows belongs to a verdict with a band; the panel hides it otherwise.
     if (!verdict.graded) return record;
     const auto& graded = *verdict.graded;
     record.graded = true;

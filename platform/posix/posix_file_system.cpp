@@ -342,6 +342,8 @@ public:
         if (!isUsable(path)) return false;
         std::error_code error;
         fs::create_directories(path, error);
+        // Asked for and not taken from the answer above, which is false for a folder that is there
+        // already.
         return fs::is_directory(path, error);
     }
 
@@ -362,6 +364,7 @@ public:
             names.push_back(entry->path().filename().string());
         }
         if (error) return std::nullopt;
+        // readdir(3) gives names in the file system's own order, which differs between machines.
         std::sort(names.begin(), names.end());
         return names;
     }

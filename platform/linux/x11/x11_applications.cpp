@@ -278,6 +278,8 @@ X11Applications::identifyAll(const std::vector<xcb_window_t>& windows,
     Reads reads;
     auto all = windows;
     all.insert(all.end(), neighbours.begin(), neighbours.end());
+    // All at once: what the server is asked about one window does not wait for the answers about
+    // another.
     read(std::move(all), reads);
     const auto index = m_installed();
     std::vector<ApplicationWindow> answers;
