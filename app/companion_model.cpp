@@ -34,6 +34,7 @@ CompanionModel::CompanionModel(Ports ports, const AppCatalog& catalogToUse,
     : catalog(catalogToUse),
       home(std::move(homeFolder)),
       m_ports(std::move(ports)),
+      // Jobs hold it weakly, and so know whether there is still somebody to tell.
       m_alive(std::make_shared<const bool>(true)) {}
 
 CompanionModel::~CompanionModel() = default;
@@ -45,6 +46,7 @@ Subscription CompanionModel::observeWillChange(std::function<void()> observer) {
 void CompanionModel::refresh() {
     const auto front = m_ports.workspace.frontmost();
     const std::string bundleId = front ? front->bundleId.value_or("") : "";
+    // The panel itself is no application to grade: what was in front before it stays.
     if (!bundleId.empty() && bundleId != kBundleID) {
         detected = AppDetector::resolve(front->bundleId, front->name, catalog);
         if (const auto& app = detected->app) {
@@ -67,11 +69,15 @@ void CompanionModel::grade() {
     if (!key) return;
 
     grading = true;
+    // The verdict of other work must not stand beside the progress of this one.
     verdict = std::nullopt;
     note = std::nullopt;
 
+    // The application, the key and the ticket as they are now: the panel may show another by the
+    // time the capture ends.
     captureInTurn(*detected, [this, app = *detected->app, ticket = begin(*key),
                               key = *key](CaptureResult capture) {
+        // Cancelled while it was captured.
         if (ticket->cancelled()) return;
         if (!hasWork(capture)) {
             end(ticket);
@@ -94,6 +100,7 @@ void CompanionModel::iterate() {
     auto key = EvalBridge::apiKey(m_ports.environment, m_ports.files, home);
     if (!key) return;
 
+    // The verdict that there was stays until there is a new one.
     grading = true;
 
     captureInTurn(*detected, [this, runId = *verdict.get()->runId, ticket = begin(*key),
@@ -115,8 +122,10 @@ void CompanionModel::iterate() {
 
 void CompanionModel::cancel() {
     if (!*grading) return;
+    // All of them, also one whose capture has yet to begin: its ticket tells it so.
     for (const InFlight& each : std::exchange(m_inFlight, {})) {
         auto jobId = each.ticket->cancel();
+        // Without a job there is nothing to give up at the service, or the grade does that itself.
         if (!jobId) continue;
         m_ports.dispatcher.background(
             [ports = evalPorts(m_ports), jobId = std::move(*jobId), key = each.key] {
@@ -138,7 +147,9 @@ void CompanionModel::end(const Ticket& ticket) {
 
 void CompanionModel::captureInTurn(DetectedApp app, Continuation then) {
     m_captures.emplace_back(std::move(app), std::move(then));
+    // Two captures at once would read each other's clipboard.
     if (m_captures.size() != 1) return;
+    // Told once for a row of captures: the panel lends the keyboard only while there is one.
     onCapture(true);
     startNextCapture();
 }
@@ -149,9 +160,11 @@ void CompanionModel::startNextCapture() {
                                    alive = std::weak_ptr(m_alive)] {
         auto result = capture(app);
         dispatcher.main([this, alive, result = std::move(result)]() mutable {
+            // The model has gone; the capture was made for nobody.
             if (alive.expired()) return;
             const auto then = std::move(m_captures.front().second);
             m_captures.pop_front();
+            // The next is started before the work of this one begins, which may take minutes.
             if (!m_captures.empty()) {
                 startNextCapture();
             } else {
@@ -165,6 +178,7 @@ void CompanionModel::startNextCapture() {
 void CompanionModel::publishVerdict(Ticket ticket, std::function<Verdict()> work) {
     m_ports.dispatcher.background([this, &dispatcher = m_ports.dispatcher, work = std::move(work),
                                    ticket = std::move(ticket), alive = std::weak_ptr(m_alive)] {
+        // Computed in the background, assigned on the main thread.
         dispatcher.main([this, alive, ticket, result = work()]() mutable {
             if (alive.expired() || ticket->cancelled()) return;
             end(ticket);
@@ -175,6 +189,7 @@ void CompanionModel::publishVerdict(Ticket ticket, std::function<Verdict()> work
 }
 
 void CompanionModel::seedDemo() {
+    // Everything that a panel can show, without asking anything.
     if (const auto* figma = catalog.appForBundleId("com.figma.Desktop")) {
         detected =
             DetectedApp{.rawBundleId = "com.figma.Desktop", .rawName = "Figma", .app = *figma};

@@ -68,6 +68,7 @@ NowSection nowSection(const DetectedApp& detected, const AppCatalog& catalog) {
 
 // One line: a beginning of ours and what comes from outside, cut to fit behind it.
 std::string coverageLine(const std::string& beginning, const std::string& said) {
+    // At least one character is left: the beginnings are short.
     const std::size_t room = kCoverageLineLength - text::characterCount(beginning);
     const std::string_view fits = text::firstCharacters(said, room);
     if (fits.size() == said.size()) return beginning + shownWithin(said);
@@ -95,6 +96,8 @@ bool isBeyondTheService(const Verdict& verdict) {
 
 VerdictSection::Graded graded(const Verdict& verdict) {
     VerdictSection::Graded section;
+    // In the order in which they are read: the band, the score, the way to the report, what went
+    // wrong, the flaws.
     section.pill = bandPill(verdict.band);
     section.pill.toolTip = coverageTip(verdict);
     if (verdict.score) {
@@ -113,6 +116,7 @@ VerdictSection::Graded graded(const Verdict& verdict) {
     if (verdict.flaws.empty() && isBeyondTheService(verdict)) {
         section.summary = "Nobody here can judge this kind of work.";
     } else if (verdict.flaws.empty()) {
+        // The band may hold work back without saying why, if the service keeps its flaws to itself.
         section.summary = clears(verdict.band) ? "Clears your bar — ready to ship."
                                                : "Held below your bar. No itemised flaws returned.";
     }
@@ -122,6 +126,7 @@ VerdictSection::Graded graded(const Verdict& verdict) {
 // The verdict as one sentence or three, for who hears it and does not see it.
 std::string spokenVerdict(const Verdict& verdict, const VerdictSection::Graded& shown) {
     const bool banded = verdict.band != Band::unknown;
+    // "Unknown" as a verdict would sound like one.
     std::string said = banded ? "Verdict: " + shown.pill.label + "." : std::string("No verdict.");
     if (shown.score) said += " " + *shown.score + ".";
     if (shown.error) said += " " + *shown.error;
@@ -133,6 +138,7 @@ std::string spokenVerdict(const Verdict& verdict, const VerdictSection::Graded& 
 
 VerdictSection verdictSection(const CompanionModel& model) {
     VerdictSection section;
+    // One of the three at a time, the latest first.
     if (*model.grading) {
         section.progress = "Grading… the critic may be warming up";
     } else if (const auto& verdict = *model.verdict) {
@@ -237,7 +243,8 @@ std::string_view modalityLabel(std::string_view modality) {
 
 std::optional<std::string> scoreText(double score) {
     if (std::isnan(score)) return std::nullopt;
-    // Two to the power of 63: the first double that is no 64-bit number any more.
+    // Two to the power of 63: the first double that is no 64-bit number any more. Rounded, then
+    // bounded: converting a double that no 64-bit number can hold is undefined.
     constexpr double kBeyond = 9223372036854775808.0;
     const double rounded = std::round(score * 100.0);
     std::int64_t whole = 0;
@@ -256,6 +263,7 @@ BandPillView bandPill(Band band) {
     case Band::ship:
         return {.label = "SHIP", .tint = Tint::green, .labelTint = Tint::white};
     case Band::route_to_fix:
+        // White letters on yellow would be too pale to read.
         return {.label = "ROUTE TO FIX", .tint = Tint::yellow, .labelTint = Tint::black};
     case Band::quarantine:
         return {.label = "QUARANTINE", .tint = Tint::orange, .labelTint = Tint::white};
@@ -268,6 +276,8 @@ BandPillView bandPill(Band band) {
 }
 
 std::string coverageTip(const Verdict& verdict) {
+    // Half of the lines are for what was not checked, if there is so much; whatever one side leaves
+    // the other takes.
     const std::size_t forGaps = std::min(verdict.notChecked.size(), kCoverageLines / 2);
     const std::size_t judges = std::min(verdict.checkedBy.size(), kCoverageLines - forGaps);
     const std::size_t gaps = std::min(verdict.notChecked.size(), kCoverageLines - judges);
@@ -303,6 +313,7 @@ AgentChipView agentChip(const DetectedAgent& agent) {
     } else if (agent.present) {
         chip.dot = Tint::secondary;
     }
+    // Running tells more than being installed.
     chip.toolTip = agent.running ? "running" : "installed";
     if (agent.wired) chip.toolTip += *agent.wired ? " · validation wired" : " · not wired";
     if (agent.wired.value_or(false)) chip.badge = Symbol::shield;

@@ -59,6 +59,7 @@ AppCatalog::Contents::Contents(std::vector<CatalogApp> theApps, std::string theV
       version(std::move(theVersion)),
       modalities(std::move(theModalities)),
       categories(std::move(theCategories)) {
+    // Counted first, so that nothing is moved while it is filled.
     std::size_t bundleIds = 0;
     std::size_t webHosts = 0;
     for (const auto& app : apps) {
@@ -71,6 +72,7 @@ AppCatalog::Contents::Contents(std::vector<CatalogApp> theApps, std::string theV
 
     for (const auto& app : apps) {
         for (const auto& id : app.bundleIds) {
+            // A later entry of the same identifier wins; prefixes below keep the first.
             byExactBundle.insert_or_assign(id, &app);
             const std::size_t characters = text::characterCount(id);
             if (characters >= kShortestPrefix) bundlePrefixes.push_back({id, characters, &app});
@@ -81,6 +83,8 @@ AppCatalog::Contents::Contents(std::vector<CatalogApp> theApps, std::string theV
             hostEntries.push_back({std::move(lower), characters, &app});
         }
     }
+    // The first host that occurs is then the longest that does. Stable, so that equal lengths go by
+    // the file.
     std::stable_sort(
         hostEntries.begin(), hostEntries.end(),
         [](const HostEntry& a, const HostEntry& b) { return a.characters > b.characters; });
@@ -104,7 +108,9 @@ const CatalogApp* AppCatalog::appForBundleId(std::string_view bundleId) const {
     if (exact != m_contents->byExactBundle.end()) return exact->second;
 
     const PrefixEntry* best = nullptr;
+    // Every prefix is looked at: applications change seconds apart.
     for (const auto& entry : m_contents->bundlePrefixes) {
+        // Of equal lengths the first in the file.
         if (best != nullptr && entry.characters <= best->characters) continue;
         if (bundleId.starts_with(entry.prefix)) best = &entry;
     }

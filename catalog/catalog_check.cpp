@@ -15,6 +15,8 @@ CatalogCheck checkCatalog(std::string_view bytes) {
     try {
         const CatalogFile file = decodeCatalogFile(bytes);
         check.apps = file.apps.size();
+        // Complaints about entries and about the form of the file are told together, so that one
+        // look is enough.
         check.complaints = lint::checkEntries(file, lint::intendedOverlapsOf(file));
         auto format = lint::checkFormat(bytes, file);
         check.complaints.insert(check.complaints.end(), std::make_move_iterator(format.begin()),

@@ -26,6 +26,7 @@ struct Place {
     std::size_t index = 0;
 
     [[nodiscard]] std::string path() const {
+        // Written only when it is asked for, which is once, in the message of the refusal.
         if (outer == nullptr) return {};
         std::string path = outer->path();
         if (key.empty()) return path + "[" + std::to_string(index) + "]";
@@ -63,6 +64,7 @@ void take(json& value, const Place& place, CatalogApp& to);
 template <typename Element>
 void take(json& value, const Place& place, std::vector<Element>& to) {
     require(value.is_array(), place, "array", value);
+    // Elements are made first and filled then, so that each can be told by its place.
     to.resize(value.size());
     for (std::size_t i = 0; i < to.size(); ++i) take(value[i], {&place, {}, i}, to[i]);
 }
@@ -108,6 +110,7 @@ void take(json& value, const Place& place, CatalogApp& to) {
     members.optional("bundle_ids", to.bundleIds);
     members.optional("web_hosts", to.webHosts);
     members.optional("modalities", to.modalities);
+    // The first modality stands for a primary one that is not stated.
     if (!members.optional("primary_modality", to.primaryModality) && !to.modalities.empty()) {
         to.primaryModality = to.modalities.front();
     }
@@ -122,6 +125,7 @@ json parsed(std::string_view bytes) {
     if (bytes.size() > kMostCatalogBytes) {
         throw CatalogError("larger than " + std::to_string(kMostCatalogBytes) + " bytes");
     }
+    // Looked at before anything is built: a parser would build what the bytes ask for.
     const text::JsonShape shape = text::jsonShape(bytes);
     if (shape.hasNul) throw CatalogError("a NUL byte is not JSON"); // the parser would end there
     if (shape.depth > text::kDeepestJson) {
@@ -142,6 +146,7 @@ json parsed(std::string_view bytes) {
 CatalogFile decodeCatalogFile(std::string_view bytes) {
     json tree = parsed(bytes);
     const Place root;
+    // Members that are not known are passed over, so that a later catalog can be read.
     Members members(tree, root);
     CatalogFile file;
     std::string schema; // has to be a string, and that is all

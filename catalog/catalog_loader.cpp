@@ -64,6 +64,7 @@ std::optional<std::string> readCatalogFile(FileSystem& files, const std::string&
     }
 }
 
+// From what somebody named to what was shipped; what cannot be decoded is as if it were not there.
 AppCatalog loadCatalog(const CatalogSources& sources,
                        const std::optional<std::string>& explicitPath) {
     if (explicitPath) {
@@ -82,6 +83,7 @@ AppCatalog loadCatalog(const CatalogSources& sources,
 
 void refreshRemoteCatalog(const CatalogRefresh& ports, const std::string& url,
                           const std::filesystem::path& braskHome) {
+    // Nothing is asked of an address that no request could go to.
     if (!text::isWebAddress(url)) return;
     ports.dispatcher.background([ports, url, braskHome] {
         HttpRequest request;
@@ -89,6 +91,7 @@ void refreshRemoteCatalog(const CatalogRefresh& ports, const std::string& url,
         request.url = url;
         request.followsToOtherHosts = true; // it carries no key
         const auto response = ports.http.send(request);
+        // Decoded before it is kept: a page of an error must not take the place of a catalog.
         if (!response || !decoded(response->body)) return;
         ports.files.createDirectories(braskHome);
         ports.files.writeAtomically(downloadedCopy(braskHome), response->body);

@@ -56,6 +56,8 @@ std::vector<Overlap> intendedOverlapsOf(const CatalogFile& file) {
     return both;
 }
 
+// Pages that no entry may take for an application; hosts are matched anywhere in an address, and
+// short ones are in many.
 const std::vector<std::string>& commonPages() {
     static const std::vector<std::string> pages{
         // News.

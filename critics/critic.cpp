@@ -43,6 +43,7 @@ bool marksByName(const Part& part) {
         "py.typed",                    // A package of Python has types (PEP 561).
         ".gitkeep",    ".keep",        // A folder stays under version control.
         ".nojekyll"};                  // A site is served as it is.
+    // Names may come with folders of either system.
     const std::size_t folder = part.name.find_last_of("/\\");
     const std::string_view name =
         std::string_view(part.name).substr(folder == std::string::npos ? 0 : folder + 1);
@@ -149,6 +150,7 @@ Critique critiqueByType(const Part& part, std::string_view modality, const std::
 
 void critiqueEach(const Submission& submission, const CriticTools& tools,
                   const std::function<void(Critique)>& each) {
+    // Also here, for those who judge without a worker; after the first time it costs nothing.
     warmUp();
     if (std::all_of(submission.parts.begin(), submission.parts.end(), isEmpty)) {
         const bool whole =
@@ -158,7 +160,9 @@ void critiqueEach(const Submission& submission, const CriticTools& tools,
         return;
     }
 
+    // Lower case once, for all comparisons behind it.
     const std::string modality = text::lowerAscii(submission.modality);
+    // Shared by all parts: it bounds the time of a submission, not of a picture.
     PictureAllowance pictures;
     for (std::size_t i = 0; i < submission.parts.size(); ++i) {
         const Part& part = submission.parts[i];
@@ -183,6 +187,7 @@ Critique placedIn(const Submission& submission, std::size_t index, Critique crit
     if (submission.parts.size() < 2) return critique;
     const std::string label = labelOf(submission.parts[index], index);
     for (Finding& finding : critique.findings) {
+        // What speaks of the part as a whole names it already.
         if (finding.place == label) continue;
         finding.place = label + ", " + finding.place;
         finding.detail = "In " + label + ": " + finding.detail;

@@ -11,6 +11,7 @@ namespace {
 // Apps. As many as the panel's one line has room for.
 constexpr std::size_t kPipelineLimit = 4;
 
+// What a person sees of a step; ids behind the same name are not told apart.
 std::string joined(const WorkflowStep& step) {
     return step.name + "|" + step.modality;
 }
@@ -31,6 +32,7 @@ std::vector<WorkflowEvent> append(std::vector<WorkflowEvent> history, WorkflowEv
     // Looking at the front application every few seconds would else fill it with one app.
     if (!history.empty() && history.back().appId == event.appId) return history;
     history.push_back(std::move(event));
+    // The oldest go.
     if (history.size() > limit) {
         history.erase(history.begin(), history.end() - static_cast<std::ptrdiff_t>(limit));
     }
@@ -44,6 +46,7 @@ WorkflowState infer(const std::vector<WorkflowEvent>& history,
 
     std::set<std::string_view> taken;
     std::set<std::string_view> modalities;
+    // From the newest on: of several visits to one app the last gives its place.
     for (auto event = history.rbegin(); event != history.rend(); ++event) {
         if (!taken.insert(event->appId).second) continue;
         state.pipeline.push_back({.name = event->name, .modality = event->modality});

@@ -85,6 +85,7 @@ std::optional<std::string> hindrance(const Ports& ports, const std::string& key)
 // What an HTTP error says of itself, in words for people.
 std::string errorText(int status, const json& object) {
     const std::string suffix = " (HTTP " + std::to_string(status) + ")";
+    // The two mean one thing to a person, whatever the service says of it.
     if (status == 401 || status == 403) return "not authorized — check your Trevix key" + suffix;
     if (auto detail = service_json::string(object, "detail")) return *std::move(detail);
     if (auto message = service_json::string(object, "message")) return *std::move(message);
@@ -98,6 +99,7 @@ std::optional<json> request(const Ports& ports, const char* method, const std::s
                             const std::string& key, const std::optional<json>& object,
                             std::chrono::milliseconds timeout = kRequestTimeout,
                             bool* isUnreadable = nullptr) {
+    // Asked with every request, since the answer may change while a grade is under way.
     if (hindrance(ports, key)) return std::nullopt;
     HttpRequest request{.method = method,
                         .url = base(ports.environment) + path,
@@ -106,6 +108,7 @@ std::optional<json> request(const Ports& ports, const char* method, const std::s
                                     {"User-Agent", "Kelvane-Companion"}},
                         .body = std::nullopt,
                         .timeout = timeout};
+    // The session sends a key of this service only after a proof, see HttpRequest::keyToProve.
     if (isLocalKey(key)) request.keyToProve = key;
     if (object) {
         request.headers.emplace_back("Content-Type", "application/json");
@@ -115,6 +118,7 @@ std::optional<json> request(const Ports& ports, const char* method, const std::s
     if (!response) return std::nullopt;
 
     std::optional<json> answer = service_answer::read(response->body);
+    // An error is read as an error even if it says nothing that can be read.
     if (isUnreadable != nullptr) *isUnreadable = !answer && response->status < 400;
     if (response->status < 400) return answer;
     if (!answer) answer = json::object();
@@ -143,6 +147,7 @@ std::vector<Flaw> fetchFlaws(const Ports& ports, const std::string& runId, const
 Verdict completed(const Ports& ports, const json& answer, const std::string& key) {
     const auto runId = service_json::string(answer, "run_id");
     Verdict verdict = verdictFrom(service_json::objectOrEmpty(answer, "result_summary"), runId);
+    // A summary may leave the flaws to the run.
     if (verdict.flaws.empty() && runId) verdict.flaws = fetchFlaws(ports, *runId, key);
     return verdict;
 }
@@ -162,6 +167,7 @@ bool saysWarming(const json& answer) {
 
 // A request goes on for no longer than anybody waits for its answer.
 std::chrono::milliseconds requestTimeout(double secondsLeft) {
+    // Compared first: the conversion of a very long time would overflow.
     if (secondsLeft >= std::chrono::duration<double>(kRequestTimeout).count())
         return kRequestTimeout;
     return std::chrono::ceil<std::chrono::milliseconds>(std::chrono::duration<double>(secondsLeft));
@@ -182,6 +188,7 @@ Verdict poll(const Ports& ports, const std::string& jobId, const std::string& ke
     bool warming = false;
     bool unreadable = false; // the last answer that came at all
 
+    // The deadline is looked at before each poll; a poll itself ends with it too.
     for (double left = secondsLeft(); left > 0; left = secondsLeft()) {
         const auto answer = request(ports, "GET", "/api/v1/eval/jobs/" + jobId, key, std::nullopt,
                                     requestTimeout(left), &unreadable);
@@ -194,6 +201,7 @@ Verdict poll(const Ports& ports, const std::string& jobId, const std::string& ke
                 return Verdict::failure(
                     service_json::string(*answer, "error").value_or("grade " + status));
             }
+            // Once it has said so, that is what the time went for.
             warming = warming || saysWarming(*answer);
         }
         // Nobody will see this verdict; what matters is to be gone.
@@ -202,6 +210,8 @@ Verdict poll(const Ports& ports, const std::string& jobId, const std::string& ke
         }
         if (isCancelled(ports)) return Verdict::failure(kCancelled);
         // Past the deadline there is no next wait, so how long it would have been is no matter.
+        // Only an answer tells that the work takes longer; a request that failed is tried again as
+        // soon as before.
         if (answer) interval = std::min(interval, kLastGrowingInterval) + kIntervalGrowth;
     }
     Verdict verdict = timedOut(deadlineSec, warming);
@@ -209,7 +219,8 @@ Verdict poll(const Ports& ports, const std::string& jobId, const std::string& ke
     return verdict;
 }
 
-// "http://127.0.0.1:8797/...": whether the address names this machine by its loopback.
+// "http://127.0.0.1:8797/...": whether the address names this machine by its loopback. Only then is
+// the report asked of it, and believed.
 bool isLoopbackAddress(std::string_view address) {
     const auto origin = text::webOrigin(address);
     return origin && origin->scheme == "http" && text::isLoopback(origin->host);
@@ -228,6 +239,7 @@ bool isPlainId(std::string_view id) {
 std::optional<std::string> apiKey(Environment& environment, FileSystem& files,
                                   const std::filesystem::path& home) {
     if (auto key = environment.get("BRASK_API_KEY"); key && !key->empty()) return key;
+    // A file that is not UTF-8 is no key: a header could not hold it.
     const auto content = files.read(home / ".brask" / "key");
     if (!content || !text::isValidUtf8(*content)) return std::nullopt;
     std::string_view whole = *content;
@@ -241,6 +253,7 @@ std::string base(Environment& environment) {
     const std::string address =
         environment.get("BRASK_API_BASE").value_or(std::string(kServiceBase));
     std::string_view trimmed = text::trimmedBlanks(address);
+    // Paths are added with their own "/".
     while (trimmed.ends_with('/')) trimmed.remove_suffix(1);
     return std::string(trimmed);
 }
@@ -257,17 +270,21 @@ Verdict grade(const Ports& ports, const std::vector<ArtifactPart>& parts,
     if (vertical) submission["vertical"] = *vertical;
     if (policyId && !policyId->empty()) submission["policy_id"] = *policyId;
 
+    // Before anything is sent: whoever has not allowed the address gets its reason, not a failure
+    // of the network.
     if (auto why = hindrance(ports, key)) return Verdict::failure(*std::move(why));
     if (isCancelled(ports)) return Verdict::failure(kCancelled);
     const auto answer = request(ports, "POST", "/api/v1/eval/jobs", key, submission);
     if (!answer) return Verdict::failure(kUnreachable);
     const auto jobId = service_json::string(*answer, "job_id");
+    // Cancelled while it was sent: nobody else knows the job by now, so it is given up here.
     if (jobId && ports.ticket && !ports.ticket->accept(*jobId)) {
         cancelJob(ports, *jobId, key);
         return Verdict::failure(kCancelled);
     }
     if (jobId) {
         Verdict verdict = poll(ports, *jobId, key, deadlineSec);
+        // From here on cancelling finds no job to give up.
         if (ports.ticket) ports.ticket->finish();
         return verdict;
     }
@@ -296,6 +313,7 @@ Verdict iterate(const Ports& ports, const std::string& runId,
 }
 
 bool asksForReportAddress(Environment& environment) {
+    // Schemes and hosts have no case: an address in capitals is this machine's own all the same.
     const std::string address = text::lowercased(base(environment));
     return isLoopbackAddress(address) || address.starts_with("http+unix://");
 }
@@ -309,6 +327,8 @@ std::string reportAddress(const Ports& ports, const std::string& runId,
                                 json::object(), kCourtesyTimeout);
     if (!answer) return stated;
     const std::string once = service_json::string(*answer, "report").value_or("");
+    // An address of this machine alone, and of that run, is opened: the answer decides what a
+    // browser shows.
     const bool here = isLoopbackAddress(once) && once.find(path + "&") != std::string::npos;
     return here ? once : stated;
 }

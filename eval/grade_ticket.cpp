@@ -7,6 +7,7 @@ namespace kelvane {
 std::optional<std::string> GradeTicket::cancel() {
     const std::lock_guard lock(m_mutex);
     m_cancelled = true;
+    // Handed out once: whoever has it gives the job up.
     return std::exchange(m_jobId, std::nullopt);
 }
 
@@ -17,6 +18,7 @@ bool GradeTicket::cancelled() const {
 
 bool GradeTicket::accept(const std::string& jobId) {
     const std::lock_guard lock(m_mutex);
+    // The other order of the two: cancelled first, so whoever sent the job has to give it up.
     if (m_cancelled) return false;
     m_jobId = jobId;
     return true;

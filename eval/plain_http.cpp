@@ -18,6 +18,7 @@ constexpr std::string_view kBeginning =
 
 std::optional<std::string> addressToAskAbout(std::string_view base) {
     const auto origin = text::webOrigin(base);
+    // Encrypted, or within this machine: there is nothing to ask.
     if (!origin || origin->scheme != "http" || text::isLoopback(origin->host)) return std::nullopt;
     return written(*origin);
 }
@@ -31,6 +32,7 @@ std::optional<bool> answerIn(std::string_view content, std::string_view address)
         const auto blank = std::min(line.find_first_of(" \t"), line.size());
         const auto word = line.substr(0, blank);
         if (text::trimmedBlanks(line.substr(blank)) != address) continue;
+        // Later lines win, so answering again is adding a line.
         if (word == "allow" || word == "refuse") answer = word == "allow";
     }
     return answer;
@@ -49,6 +51,7 @@ std::optional<bool> remembered(FileSystem& files, const std::filesystem::path& b
 bool remember(FileSystem& files, const std::filesystem::path& braskHome, std::string_view address,
               bool isAllowed) {
     std::string content = files.read(fileIn(braskHome)).value_or(std::string(kBeginning));
+    // Whoever edited the file may have left its last line open.
     if (!content.empty() && !content.ends_with('\n')) content += '\n';
     content.append(isAllowed ? "allow " : "refuse ").append(address).append("\n");
     files.createDirectories(braskHome);

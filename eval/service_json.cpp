@@ -5,6 +5,7 @@
 namespace kelvane::service_json {
 
 std::optional<std::string> compact(const nlohmann::json& value) {
+    // Text that is no UTF-8 cannot be written.
     try {
         return value.dump();
     } catch (const nlohmann::json::type_error&) {
@@ -31,6 +32,7 @@ std::optional<double> number(const nlohmann::json& object, const char* key) {
 }
 
 const nlohmann::json& objectOrEmpty(const nlohmann::json& object, const char* key) {
+    // Outlives every answer, so it may be returned as if it were part of one.
     static const nlohmann::json kEmpty = nlohmann::json::object();
     const nlohmann::json* value = find(object, key);
     return value && value->is_object() ? *value : kEmpty;

@@ -34,6 +34,7 @@ std::string boundedString(const nlohmann::json& object, const char* key) {
     const std::string whole = service_json::string(object, key).value_or("");
     std::string_view kept = text::firstCharacters(whole, EvalBridge::kLongestCoverageText);
     if (kept.size() > kMostBytes) {
+        // Back to the beginning of a code point.
         std::size_t end = kMostBytes;
         while (end > 0 && (static_cast<unsigned char>(kept[end]) & 0xC0U) == 0x80U) --end;
         kept = kept.substr(0, end);
@@ -46,6 +47,7 @@ template <typename Entry>
 std::vector<Entry> entries(const nlohmann::json* value, const char* first, const char* second,
                            const char* third) {
     if (!value || !value->is_array()) return {};
+    // One entry of another kind, and the list is not what it is taken for.
     if (!std::all_of(value->begin(), value->end(), [](const auto& e) { return e.is_object(); })) {
         return {};
     }
@@ -115,6 +117,7 @@ std::vector<Flaw> parseFlaws(const nlohmann::json* value) {
     std::vector<Flaw> flaws;
     flaws.reserve(value->size());
     for (const nlohmann::json& object : *value) {
+        // The same is known by several names; the first that is there counts.
         flaws.push_back({text::uppercased(firstString(object, {"severity"})),
                          firstString(object, {"criterion", "name"}),
                          firstString(object, {"detail", "evidence", "description"})});
@@ -125,6 +128,7 @@ std::vector<Flaw> parseFlaws(const nlohmann::json* value) {
 Verdict verdictFrom(const nlohmann::json& summary, std::optional<std::string> runId) {
     Verdict verdict;
     auto band = service_json::string(summary, "band");
+    // Services say it under either name.
     if (!band) band = service_json::string(summary, "decision");
     verdict.band = parseBand(band);
     verdict.score = service_json::number(summary, "score");

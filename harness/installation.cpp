@@ -56,6 +56,8 @@ std::string entryValue(std::string_view text) {
 std::string desktopEntry(const Installation& installation) {
     const auto program = installedExecutable(installation);
     const auto icon = installedBundle(installation) / "Contents" / "Resources" / "brask.png";
+    // No startup notification: the first start shows no window, and a desktop would wait for one
+    // with a busy pointer.
     return "[Desktop Entry]\n"
            "Type=Application\n"
            "Name=Kelvane Companion\n"
@@ -105,6 +107,7 @@ std::vector<InstalledFile> startFiles(const Installation& installation) {
     }
     const std::string name = installation.bundleId + ".desktop";
     const std::string entry = desktopEntry(installation);
+    // Behind the panel, or the icon has no place to go to.
     return {{.path = installation.configHome / "autostart" / name,
              .text = entry + "X-GNOME-Autostart-enabled=true\nX-KDE-autostart-after=panel\n"},
             {.path = installation.dataHome / "applications" / name, .text = entry}};
@@ -122,10 +125,12 @@ std::string execValue(const fs::path& program) {
     }
     quoted += '"';
     // Desktops look for a program before they resolve field codes, and none may have an equals sign
-    // in its name; both are allowed in what follows the program.
+    // in its name; both are allowed in what follows the program. The shell then begins the program
+    // that it gets as its first argument, "$0", whose name may hold anything.
     if (program.string().find_first_of("%=") != std::string::npos) {
         quoted = R"(/bin/sh -c "exec \"\$0\"" )" + quoted;
     }
+    // Twice escaped: once for the words of a command, and once as a value of the file.
     return entryValue(quoted);
 }
 

@@ -29,7 +29,8 @@ Alert farewell() {
 
 std::string script(const Installation& installation) {
     const auto& id = installation.bundleId;
-    // The installer first: it lives in the folder that goes next.
+    // The installer first: it lives in the folder that goes next. Each line goes on whatever the
+    // one before came to: what is gone already is no failure.
     std::string lines =
         R"sh(python3 "$HOME/.brask/brask_install.py" uninstall all --global >/dev/null 2>&1 || true
 rm -rf "$HOME/.brask"
@@ -38,6 +39,7 @@ launchctl bootout "gui/$(id -u)/)sh" +
 rm -f "$HOME/Library/LaunchAgents/)sh" +
         id + R"sh(.plist"
 rm -rf "$HOME/Applications/Kelvane.app")sh";
+    // The files of a Linux desktop; those of macOS are named above.
     if (installation.loginItem == LoginItem::AutostartEntry) {
         lines += "\nrm -f";
         for (const auto& file : startFiles(installation)) {
@@ -48,6 +50,7 @@ rm -rf "$HOME/Applications/Kelvane.app")sh";
 }
 
 void runUninstall(const Ports& ports, const Installation& installation) {
+    // Closing the question is no answer, and removes nothing.
     if (ports.dialogs.show(question()) != 0U) return;
     sh(ports.processes, script(installation));
     ports.dialogs.show(farewell());

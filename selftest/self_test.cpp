@@ -106,6 +106,7 @@ void checkAgents(Report& report, const std::vector<DetectedAgent>& agents) {
                  holds("codex", [](const auto& agent) { return agent.wired == true; }));
     report.check("claude_code running via proc", holds("claude_code", running));
     report.check("claude_code wired==false (not in wired set)",
+                 // Compared and not negated: unset would pass for "not wired".
                  holds("claude_code", [](const auto& agent) { return agent.wired == false; }));
     report.check("ollama running, wired==nil (not a harness)",
                  holds("ollama", [](const auto& agent) { return agent.running && !agent.wired; }));
@@ -126,9 +127,12 @@ void checkWorkflow(Report& report, const std::vector<WorkflowEvent>& history,
 } // namespace
 
 Observed observe(const AppCatalog& catalog) {
+    // What is detected is given here and not asked of the machine: the report has to be the same
+    // everywhere.
     Observed observed;
     observed.agents = AgentScan::detect({"com.openai.codex", "com.electron.ollama"}, {"claude"},
                                         {"claude", "codex"}, {"codex"});
+    // The same application twice, to see that it is one step.
     for (const WorkflowEvent& event : {
              WorkflowEvent{"obsidian", "Obsidian", "docs", "text"},
              WorkflowEvent{"obsidian", "Obsidian", "docs", "text"},

@@ -20,6 +20,7 @@ constexpr std::int64_t kPruneEveryMs = std::int64_t{24} * 60 * 60 * 1000;
 constexpr const char* kCancelled = "the job was cancelled";
 
 Iteration judged(const Submission& submission, Critique critique, std::int64_t nowMs) {
+    // Before the findings are moved away, on which the judgement rests.
     const Judgement judgement = judge(critique);
     Iteration iteration;
     iteration.createdMs = nowMs;
@@ -51,6 +52,7 @@ JobQueue::JobQueue(RunStore& store, QueueOptions options)
         m_waitingBytes += job.bytes;
         m_waiting.push_back({std::move(job), std::nullopt});
     }
+    // Stable: within each of the two halves the order of coming in stands.
     std::stable_partition(m_waiting.begin(), m_waiting.end(), [](const Waiting& waiting) {
         return waiting.job.attempts < kAttemptsInTurn;
     });
@@ -67,11 +69,13 @@ JobQueue::Enqueued JobQueue::enqueue(JobKind kind, const std::string& runId, Job
                                      std::string_view body) {
     const std::lock_guard lock(m_mutex);
     if (m_stopping) return QueueStopped{};
+    // Waiting for judging counts here, being judged does not.
     if (m_waiting.size() >= m_options.maxWaiting ||
         m_waitingBytes + body.size() > m_options.maxWaitingBytes) {
         return QueueFull{};
     }
     // Written under the lock, so that the order in the store is the order in the queue.
+    // A throw by the store leaves the queue as it was: the job was not accepted.
     PendingJob job = m_store.addJob(newJobId(), kind, runId, body, m_options.nowMs());
     m_waitingBytes += job.bytes;
     Waiting waiting{job, std::nullopt};
@@ -80,6 +84,7 @@ JobQueue::Enqueued JobQueue::enqueue(JobKind kind, const std::string& runId, Job
         waiting.request = std::move(request);
     }
     m_waiting.push_back(std::move(waiting));
+    // All, since workers and those who wait for a revision wait on the same condition.
     m_changed.notify_all();
     return job;
 }
@@ -100,6 +105,7 @@ JobQueue::IterateOutcome JobQueue::iterate(const std::string& runId, IterateRequ
     const std::string& jobId = std::get<PendingJob>(enqueued).id;
     {
         std::unique_lock lock(m_mutex);
+        // Waits on the queue and not on the store, which would have to be asked again and again.
         m_changed.wait(lock, [&] { return m_stopping || !isPending(jobId); });
         if (isPending(jobId)) return QueueStopped{};
     }
@@ -124,11 +130,14 @@ std::optional<JobStatus> JobQueue::status(const std::string& jobId) {
         const auto found = std::find_if(m_waiting.begin(), m_waiting.end(),
                                         [&](const Waiting& each) { return each.job.id == jobId; });
         if (found != m_waiting.end()) {
+            // Those that are being judged go before it as well.
             status.position =
                 static_cast<std::size_t>(found - m_waiting.begin()) + m_running.size();
             return status;
         }
     }
+    // No job is in neither of the two: work() takes it out of the running ones only when its end is
+    // stored.
     const auto finished = m_store.finishedJob(jobId);
     if (!finished) return std::nullopt;
     status.warming = false;
@@ -137,6 +146,7 @@ std::optional<JobStatus> JobQueue::status(const std::string& jobId) {
         status.error = *finished->error;
         return status;
     }
+    // A run may have been forgotten since, by its age; then its jobs are as well.
     const auto run = m_store.run(finished->runId);
     if (!run) return std::nullopt;
     status.state = JobState::completed;
@@ -156,6 +166,7 @@ void JobQueue::stop() {
         m_stopping = true;
     }
     m_changed.notify_all();
+    // The destructor and whoever calls this meet here: a thread can be joined once.
     const std::lock_guard joining(m_joining);
     for (std::thread& worker : m_workers) {
         if (worker.joinable()) worker.join();
@@ -172,6 +183,8 @@ JobQueue::Cancelled JobQueue::cancel(const std::string& jobId) {
     {
         const std::lock_guard lock(m_mutex);
         if (const auto running = m_running.find(jobId); running != m_running.end()) {
+            // Only asked: the critics see it between two steps, and the job ends as cancelled by
+            // itself.
             running->second.cancel.request_stop();
             return Cancelled::done;
         }
@@ -202,8 +215,11 @@ void JobQueue::work(bool warmsUp) {
         m_warming = false;
         m_changed.notify_all();
     }
+    // Until the critics know what this machine has, no worker begins a job.
     m_changed.wait(lock, [this] { return m_stopping || !m_warming; });
     while (true) {
+        // Only the last worker to run out of work tidies, outside the lock: it may take seconds,
+        // and jobs that come in meanwhile are accepted and begun by the others.
         if (m_waiting.empty() && m_running.empty() && !m_stopping && !m_tidying) {
             m_tidying = true;
             lock.unlock();
@@ -212,6 +228,7 @@ void JobQueue::work(bool warmsUp) {
             m_tidying = false;
         }
         m_changed.wait(lock, [this] { return m_stopping || !m_waiting.empty(); });
+        // What still waits is on the disk, and is taken up by the next start.
         if (m_stopping) return;
         Waiting taken = takeFirst();
         const std::string id = taken.job.id;
@@ -219,6 +236,7 @@ void JobQueue::work(bool warmsUp) {
         lock.unlock();
         grade(taken, cancel);
         lock.lock();
+        // After its end is stored, see status().
         m_running.erase(id);
         m_changed.notify_all();
     }
@@ -243,6 +261,8 @@ void JobQueue::grade(Waiting& taken, const std::stop_token& cancel) {
     bool begun = false;
     while (true) {
         try {
+            // Counted on the disk before the judging: what ends the whole program can be counted in
+            // no other way. Waiting for the store to work again counts once.
             if (!begun && m_store.beginAttempt(job.id) > kMostAttempts) {
                 m_store.failJob(job.id,
                                 "the service ended " + std::to_string(kMostAttempts) +
@@ -258,12 +278,14 @@ void JobQueue::grade(Waiting& taken, const std::stop_token& cancel) {
             told = true;
         }
         std::unique_lock lock(m_mutex);
+        // Left pending: the next start judges it again.
         if (m_changed.wait_for(lock, m_options.storeRetry, [this] { return m_stopping; })) return;
     }
 }
 
 void JobQueue::gradeOnce(Waiting& taken, const std::stop_token& cancel) {
     const std::string& jobId = taken.job.id;
+    // A finish whose answer was lost, when the store failed after the commit.
     if (!m_store.isPending(jobId)) return; // already over
     try {
         judgeJob(taken, cancel);
@@ -281,6 +303,8 @@ void JobQueue::gradeOnce(Waiting& taken, const std::stop_token& cancel) {
 void JobQueue::judgeJob(Waiting& taken, const std::stop_token& cancel) {
     const PendingJob& job = taken.job;
     if (!taken.request) {
+        // The bytes were accepted once, but maybe by another version of this program with other
+        // rules.
         auto read = readAgain(job.kind, m_store.payload(job.id).value_or(""));
         if (const auto* error = std::get_if<WireError>(&read)) {
             m_store.failJob(job.id, error->text, m_options.nowMs());
@@ -316,6 +340,8 @@ void JobQueue::judgeWork(const PendingJob& job, const SubmitRequest& request,
     auto first = verdict(job, submission, cancel);
     if (!first) return;
     m_store.finishGrade(job.id,
+                        // The run gets its id with its verdict: a job that fails or is cancelled
+                        // leaves no run behind.
                         {newRunId(),
                          cutTo(submission.modality, kLongestText),
                          cutTo(submission.vertical, kLongestText),
@@ -331,6 +357,7 @@ void JobQueue::judgeRevision(const PendingJob& job, IterateRequest& request,
         m_store.failJob(job.id, "the run is gone", m_options.nowMs());
         return;
     }
+    // A revision is judged as what its run is, not as what it says it is.
     Submission& submission = request.submission;
     submission.modality = run->modality;
     submission.vertical = run->vertical;
@@ -349,6 +376,8 @@ void JobQueue::tidy() {
         const bool due =
             !m_lastPruneMs || now - *m_lastPruneMs >= kPruneEveryMs || now < *m_lastPruneMs;
         if (m_options.keep.count() > 0 && due) {
+            // Judged by the clock only when the clock is believed: what is forgotten does not come
+            // back.
             if (m_store.believesClock(now)) m_store.prune(now - m_options.keep.count());
             m_lastPruneMs = now;
         }
@@ -358,10 +387,12 @@ void JobQueue::tidy() {
             m_store.dropWork(m_store.believesClock(now) ? now - m_options.keepWork.count() : 0,
                              kMostKept);
         } else {
+            // Nothing is to be kept, so what an earlier start kept goes too.
             m_store.dropWork(now, 0);
         }
         m_store.giveBackRoom();
     } catch (const StoreError& error) {
+        // Tidying can wait for the next pause; nothing depends on it.
         log(error.what());
     }
 }

@@ -12,6 +12,8 @@ constexpr std::size_t kShownOfASecret = 4; // As the evidence of a finding shows
 constexpr std::string_view kPngMark("\x89PNG\r\n\x1a\n", 8);
 
 std::string blotted(std::string_view secret) {
+    // As many marks as characters, and line ends as they were: the places of findings after it are
+    // told by line and column, and stay right.
     std::string shown(kelvane::text::firstCharacters(secret, kShownOfASecret));
     secret.remove_prefix(shown.size());
     while (!secret.empty()) {
@@ -44,8 +46,11 @@ KeptWork keptWork(const std::vector<Part>& parts) {
     for (std::size_t i = 0; i < parts.size(); ++i) {
         const Part& part = parts[i];
         const bool picture = !part.isText && part.bytes.starts_with(kPngMark);
+        // Of a part that is neither text nor such a picture there is an empty text, and nothing is
+        // kept: a browser would not show it.
         const std::size_t size = picture ? part.bytes.size() : part.text.size();
         const std::size_t most = picture ? kLargestKeptPicture : kLargestKeptText;
+        // Too large for what is left is passed over, and a smaller one after it still kept.
         if (size == 0 || size > most || together + size > kLargestKeptWork) continue;
         together += size;
         kept.push_back({i, !picture, picture ? part.bytes : withoutSecrets(part.text)});

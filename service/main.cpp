@@ -59,6 +59,8 @@ std::int64_t nowMs() {
 
 fs::path ownProgram(const char* invokedAs) {
     std::error_code error;
+    // Not by how it was started: that may be a link, or a name found along PATH. Other systems have
+    // no such file.
     fs::path self = fs::read_symlink("/proc/self/exe", error);
     if (error) self = fs::canonical(invokedAs, error);
     return error ? fs::path() : self;
@@ -85,6 +87,7 @@ sigset_t endSignals() {
 std::optional<fs::path> wantedSocket(const CommandLine& line) {
     if (!line.socket) return defaultSocket(environment("XDG_RUNTIME_DIR"));
     if (*line.socket == "none") return std::nullopt;
+    // Absolute, because it is printed for others to connect to.
     return fs::absolute(*line.socket).lexically_normal();
 }
 
@@ -104,6 +107,8 @@ MachinePlaces placesFor(const fs::path& self) {
 
 int serve(const CommandLine& line, const fs::path& self, const fs::path& data,
           const fs::path& catalog, ServerChoices servers) {
+    // Before anything in the folder is read: a second service over the same store would judge the
+    // same jobs.
     auto lock = FolderLock::take(data);
     if (const auto* error = std::get_if<FolderError>(&lock)) return complain(error->text, 1);
 
@@ -121,6 +126,7 @@ int serve(const CommandLine& line, const fs::path& self, const fs::path& data,
     MachinePlaces places = placesFor(self);
     places.work = data / "work";
     places.servers = std::move(servers);
+    // Without HOME there is no folder of settings, and so nobody's say.
     if (places.words.is_absolute()) {
         api.dictionary = places.words;
         api.dismissed = places.words.parent_path() / "dismissed.tsv";
@@ -166,8 +172,11 @@ int serve(const CommandLine& line, const fs::path& self, const fs::path& data,
     serverOptions.port = line.port;
     if (local) serverOptions.unixListener = local->release();
     // Every revision that waits holds a thread; others must find one all the same.
+    // The others are the pages, the polls and the submits, which last milliseconds each.
     serverOptions.maxThreads = line.queue + 64;
 
+    // Declared after the store and before the server, so that the server goes first and nobody asks
+    // a queue that is gone.
     JobQueue queue(*opened.store, std::move(queueOptions));
     HttpApi handler(std::move(api), queue, *opened.store);
     auto listening = HttpServer::listen(serverOptions, handler);
@@ -175,11 +184,15 @@ int serve(const CommandLine& line, const fs::path& self, const fs::path& data,
     auto& server = *std::get<std::unique_ptr<HttpServer>>(listening);
     const std::string base = "http://127.0.0.1:" + std::to_string(server.port());
     handler.setBase(base);
+    // Only now that the port is known: reports are opened under it, and it may be one that the
+    // system chose.
     server.start();
     std::printf("trevix-local listening on %s\n", base.c_str());
     if (local) {
         std::printf("trevix-local listening on %s\n", socketBase(*socketPath).c_str());
     }
+    // Who starts the service waits for these lines, through a pipe as a rule, which is not flushed
+    // by itself.
     std::fflush(stdout);
 
     int received = 0;
@@ -188,7 +201,10 @@ int serve(const CommandLine& line, const fs::path& self, const fs::path& data,
     // lost then either.
     for (const int signal : {SIGTERM, SIGINT, SIGHUP}) std::signal(signal, SIG_DFL);
     pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);
+    // First, so that nobody new connects while the last job is finished.
     local.reset();
+    // Before the server: who waits for a revision is told that the service ends, which frees the
+    // thread that the server would otherwise wait for.
     queue.stop();
     server.stop();
     return 0;
@@ -204,6 +220,7 @@ int printEngines(bool json, const fs::path& self, ServerChoices servers) {
     places.servers = std::move(servers);
     const auto engines = MachineGrader(places).engines();
     std::error_code error;
+    // For a folder that cannot be removed there is nobody to tell; the system clears its own.
     fs::remove_all(work, error);
     std::fputs((json ? engineTableJson(engines) : engineTableText(engines)).c_str(), stdout);
     return 0;
@@ -229,10 +246,12 @@ int run(int argc, char** argv) {
             serveWorker(line.ownReaders ? Readers::own : Readers::all,
                         [](const char* name) { return environment(name).value_or(""); });
         // Taking dictionaries apart word by word would take a quarter of the time of a short work.
+        // _Exit() writes no buffer out.
         std::fflush(stdout);
         std::_Exit(status);
     }
 
+    // For whatever makes a file without saying for whom.
     umask(077);
     // A child or a client that is gone is told by the write that fails.
     std::signal(SIGPIPE, SIG_IGN);

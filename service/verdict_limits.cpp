@@ -17,6 +17,8 @@ void cut(std::string& text) {
 
 // Those that weigh most, in the order in which they stood.
 std::size_t keepMostSevere(std::vector<Finding>& findings) {
+    // How many of each severity there is room for, then one pass that keeps the first so many of
+    // each: the order stays, and nothing is sorted.
     if (findings.size() <= kMostFindings) return 0;
     std::map<Severity, std::size_t> counts;
     for (const Finding& finding : findings) ++counts[finding.severity];
@@ -38,13 +40,17 @@ std::size_t keepMostSevere(std::vector<Finding>& findings) {
 std::string cutTo(std::string text, std::size_t bytes) {
     if (text.size() <= bytes) return text;
     std::size_t end = bytes - kEllipsis.size();
+    // At the beginning of a code point: 10xxxxxx continues one.
     while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xc0U) == 0x80U) --end;
     text.resize(end);
+    // A text of megabytes that was cut would otherwise go on holding them until it is stored.
     text.shrink_to_fit();
     return text.append(kEllipsis);
 }
 
 Iteration withinLimits(Iteration verdict) {
+    // Without limits, work of the largest size made an answer of 94 MB, which went out with each
+    // poll.
     verdict.intent = cutTo(std::move(verdict.intent), kLongestIntent);
     const std::size_t unlisted = keepMostSevere(verdict.findings);
     for (Finding& finding : verdict.findings) {
@@ -59,6 +65,7 @@ Iteration withinLimits(Iteration verdict) {
         cut(part.name);
         cut(part.mimeType);
     }
+    // What is left out here is not told, since nobody mends anything by it.
     auto& checked = verdict.coverage.checkedBy;
     checked.resize(std::min(checked.size(), kMostNamed));
     for (CheckedBy& by : checked) {
@@ -70,6 +77,7 @@ Iteration withinLimits(Iteration verdict) {
     for (NotChecked& gap : missed) {
         for (std::string* text : {&gap.what, &gap.why, &gap.remedy}) cut(*text);
     }
+    // These come on top of what is listed, so that a verdict never looks more complete than it is.
     const auto tell = [&](std::size_t count, const char* what, std::size_t most) {
         if (count == 0) return;
         missed.push_back({std::to_string(count) + " more " + what,

@@ -21,6 +21,7 @@ using namespace kelvane;
 namespace {
 
 constexpr std::size_t kLongestIntent = 4000; // Characters, as docs/local-service.md says.
+// One text for all of it: what a parser says names its own states.
 constexpr const char* kNoJson = "the body is not valid JSON";
 
 // Thrown and caught in this file only.
@@ -43,8 +44,10 @@ void checkShape(std::string_view body) {
 }
 
 json parseBody(std::string_view body) {
+    // Strings go into answers and pages as they came, where anything else would break them.
     if (!text::isValidUtf8(body)) throw Unusable{"the body is not valid UTF-8"};
     checkShape(body);
+    // Without exceptions: bad bodies are an everyday answer.
     json value = json::parse(body.begin(), body.end(), nullptr, false);
     if (value.is_discarded()) throw Unusable{kNoJson};
     if (!value.is_object()) throw Unusable{"the body must be a JSON object"};
@@ -57,6 +60,7 @@ std::optional<std::string> optionalString(json& object, const char* key,
     const auto found = object.find(key);
     if (found == object.end()) return std::nullopt;
     if (!found->is_string()) throw Unusable{where + key + " must be a string"};
+    // Moved, because a part's text may have tens of megabytes.
     return std::move(found->get_ref<std::string&>());
 }
 
@@ -67,6 +71,7 @@ std::string requiredString(json& object, const char* key, const std::string& whe
 
 std::string intentOf(json& body) {
     const std::string intent = requiredString(body, "user_prompt");
+    // Cut, not refused: it is what was asked of some model, shown for orientation only.
     return std::string(text::firstCharacters(intent, kLongestIntent));
 }
 
@@ -94,11 +99,13 @@ void addPart(std::vector<Part>& parts, json& object, const std::string& where) {
         Part picture = part;
         picture.isText = false;
         picture.bytes = std::exchange(bytes, {});
+        // The order counts: findings name parts by it, the text first.
         part.text = std::move(*content);
         parts.push_back(std::move(part));
         parts.push_back(std::move(picture));
         return;
     }
+    // Neither text nor bytes is an empty text.
     part.isText = bytes.empty();
     part.text = content ? std::move(*content) : std::string();
     part.bytes = std::move(bytes);
@@ -123,6 +130,7 @@ void requireWord(json& body, const char* key, std::string_view word) {
 }
 
 std::string dump(const json& value) {
+    // What cannot be written as UTF-8 is written as U+FFFD: an answer must never fail for its text.
     return value.dump(-1, ' ', false, json::error_handler_t::replace);
 }
 
@@ -165,6 +173,7 @@ json coverageJson(const Coverage& coverage) {
 }
 
 json verdictJson(const Iteration& iteration) {
+    // "band" and "decision" say the same: clients look for one or the other.
     json verdict = {{"band", name(iteration.band)},
                     {"decision", name(iteration.band)},
                     {"score", iteration.score},
@@ -177,6 +186,7 @@ json verdictJson(const Iteration& iteration) {
 
 json revisionJson(const RunRecord& run, std::size_t number) {
     const Iteration& now = run.iterations[number];
+    // Against the version right before it, since that is what was revised.
     const FindingDiff diff = compareFindings(run.iterations[number - 1].findings, now.findings);
     return {{"number", now.number},
             {"created", isoTime(now.createdMs)},
@@ -237,6 +247,8 @@ std::variant<Dismissal, WireError> parseDismissal(std::string_view body) {
         Dismissal dismissal;
         dismissal.rule = requiredString(object, "rule");
         if (dismissal.rule.empty()) throw Unusable{"rule must not be empty"};
+        // In the form that findings are compared in, so that a dismissal still fits when a line is
+        // added above its flaw.
         dismissal.evidence = withoutPlaces(optionalString(object, "evidence").value_or(""));
         dismissal.place = optionalString(object, "place").value_or("");
         dismissal.reason = optionalString(object, "reason").value_or("");
@@ -270,6 +282,7 @@ std::string dismissalsJson(const std::vector<Dismissal>& dismissals) {
 std::vector<PartSummary> summarize(const std::vector<Part>& parts) {
     std::vector<PartSummary> summaries;
     for (const Part& part : parts) {
+        // One of the two is empty: addPart() makes two parts of one that has both.
         summaries.push_back({part.name, part.mimeType, part.text.size() + part.bytes.size()});
     }
     return summaries;
@@ -292,12 +305,14 @@ std::string acceptedJson(std::string_view jobId) {
 }
 
 std::string cancelledJson(std::string_view jobId) {
+    // "failed" is a state that every client knows an end by; "cancelled" would be a new one.
     return dump(
         {{"job_id", std::string(jobId)}, {"status", "failed"}, {"error", "the job was cancelled"}});
 }
 
 std::string statusJson(const JobStatus& status) {
     json progress = {{"warming", status.warming}, {"position", status.position}};
+    // Zero is before the critics have counted the parts.
     if (status.state == JobState::running && status.progress.of > 0) {
         progress["done"] = status.progress.done;
         progress["of"] = status.progress.of;
@@ -335,6 +350,7 @@ std::string isoTime(std::int64_t ms) {
     std::tm parts{};
     if (gmtime_r(&seconds, &parts) == nullptr) return {};
     char text[32];
+    // RFC 3339 in UTC, without a locale.
     const std::size_t length = std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%SZ", &parts);
     return {text, length};
 }

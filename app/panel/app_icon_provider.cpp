@@ -24,6 +24,7 @@ constexpr int kUsualSize = 32;
 
 QImage pictureOf(const QIcon& icon, QSize pixels) {
     if (icon.isNull()) return {};
+    // By real pixels: the image that asks knows its own scale.
     return icon.pixmap(pixels, 1.0).toImage();
 }
 
@@ -44,6 +45,7 @@ QImage appIconPicture(AppIcons& icons, const std::string& bundleId, QSize pixels
         return pictureOf(QIcon(QFile::decodeName(file->path.c_str())), pixels);
     }
     const auto& png = std::get<IconPng>(*icon).bytes;
+    // Read where it lies; the bytes live until the picture is made.
     const auto picture =
         QImage::fromData(QByteArray::fromRawData(png.data(), static_cast<qsizetype>(png.size())));
     return picture.isNull() ? picture
@@ -52,6 +54,7 @@ QImage appIconPicture(AppIcons& icons, const std::string& bundleId, QSize pixels
 
 QString appIconSource(const std::string& bundleId) {
     return QStringLiteral("image://%1/%2")
+        // An id may hold anything; in an address it is escaped.
         .arg(QLatin1String(AppIconProvider::kName),
              QString::fromLatin1(QUrl::toPercentEncoding(QString::fromStdString(bundleId))));
 }
@@ -68,6 +71,7 @@ QImage AppIconProvider::requestImage(const QString& id, QSize* size, const QSize
 QImage symbolPicture(const QString& name, const QColor& color, int pixels) {
     QFile file(QStringLiteral(":/kelvane/symbols/%1.svg").arg(name));
     if (pixels <= 0 || !file.open(QIODevice::ReadOnly)) return {};
+    // The drawings have one colour, which they call the current one.
     const auto drawing = file.readAll().replace("currentColor", color.name().toLatin1());
     QSvgRenderer renderer(drawing);
     QImage picture(pixels, pixels, QImage::Format_ARGB32_Premultiplied);
@@ -81,6 +85,7 @@ QImage symbolPicture(const QString& name, const QColor& color, int pixels) {
 SymbolProvider::SymbolProvider() : QQuickImageProvider(Image) {}
 
 QImage SymbolProvider::requestImage(const QString& id, QSize* size, const QSize& requested) {
+    // "name/rrggbb": the colour stands behind the last slash.
     const auto slash = id.lastIndexOf(QLatin1Char('/'));
     const QColor color(QLatin1Char('#') + id.mid(slash + 1));
     const QSize wanted = sizeOr(requested, kUsualSize);

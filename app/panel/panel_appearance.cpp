@@ -15,6 +15,7 @@ constexpr QColor kLightButton(0xef, 0xef, 0xef);
 
 } // namespace
 
+// As the portal of the desktop has it: 1 is dark, 2 is light, anything else is no preference.
 ColorScheme colorScheme(unsigned number) {
     if (number == 1) return ColorScheme::dark;
     if (number == 2) return ColorScheme::light;
@@ -28,6 +29,7 @@ bool isDark(const QPalette& palette) {
 
 QPalette paletteFor(ColorScheme scheme, const QPalette& usual) {
     if (scheme == ColorScheme::noPreference) return usual;
+    // A palette that is right already is the desktop's own, and better than one made here.
     if (isDark(usual) == (scheme == ColorScheme::dark)) return usual;
     return scheme == ColorScheme::dark ? QPalette(kDarkButton) : QPalette(kLightButton);
 }
@@ -41,6 +43,7 @@ ProgramPalette::ProgramPalette()
 ProgramPalette::~ProgramPalette() = default;
 
 PanelAppearance::PanelAppearance(PanelBridge& bridge) : m_bridge(bridge) {
+    // The program's palette and font change by events of its own.
     QCoreApplication::instance()->installEventFilter(this);
     apply();
 }

@@ -38,9 +38,11 @@ void PanelBridge::setTextSize(int pixels) {
 void PanelBridge::redrawSoon() {
     if (m_redrawPending) return;
     m_redrawPending = true;
+    // Queued: the model tells of a change before it makes it.
     QMetaObject::invokeMethod(
         this,
         [this] {
+            // redraw() may have been called by somebody else since.
             if (m_redrawPending) redraw();
         },
         Qt::QueuedConnection);
@@ -48,6 +50,7 @@ void PanelBridge::redrawSoon() {
 
 void PanelBridge::redraw() {
     m_redrawPending = false;
+    // Compared by section: QML draws anew what it is told has changed.
     const CompanionViewRecord before = std::exchange(m_record, companionView(m_model));
     if (m_record.product != before.product || m_record.tag != before.tag ||
         m_record.markLetter != before.markLetter || m_record.status != before.status) {
@@ -131,6 +134,7 @@ void PanelBridge::quit() {
 
 void PanelBridge::openReport() {
     const auto& graded = m_record.verdict.graded;
+    // The report that is shown, by id: the model may have another by the time it opens.
     if (!graded || !graded->report) return;
     const auto hook = m_model.onOpenReport;
     const std::string runId = graded->report->runId;

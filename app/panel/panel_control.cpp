@@ -53,6 +53,7 @@ public:
         return static_cast<QAccessibleActionInterface*>(this);
     }
     QStringList actionNames() const override {
+        // What cannot be used can still be read, and so be gone to.
         if (!control()->isUsable()) return {setFocusAction()};
         return {pressAction(), setFocusAction()};
     }
@@ -74,6 +75,7 @@ QAccessibleInterface* spokenControl(const QString&, QObject* object) {
 } // namespace
 
 PanelControl::PanelControl(QQuickItem* parent) : QQuickItem(parent) {
+    // Once for the program; the factory knows its own controls among all objects.
     [[maybe_unused]] static const bool once = [] {
         QAccessible::installFactory(spokenControl);
         return true;
@@ -84,6 +86,7 @@ void PanelControl::setUsable(bool usable) {
     if (m_usable == usable) return;
     m_usable = usable;
     emit usableChanged();
+    // Nobody listens, so nothing is told.
     if (!QAccessible::isActive()) return;
     QAccessible::State changed;
     changed.disabled = true;

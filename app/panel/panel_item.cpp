@@ -31,6 +31,7 @@ const QUrl& panelSource() {
 void prepare(QQmlEngine& engine, PanelBridge& bridge) {
     // Of a static library only what something refers to is linked. The engine calls it on import.
     [[maybe_unused]] static const volatile auto registration = &qml_register_types_Kelvane_Panel;
+    // Once for each engine; it owns the providers.
     if (engine.imageProvider(QLatin1String(SymbolProvider::kName)) != nullptr) return;
     engine.addImageProvider(QLatin1String(SymbolProvider::kName), new SymbolProvider);
     engine.addImageProvider(QLatin1String(AppIconProvider::kName),
@@ -65,6 +66,7 @@ std::unique_ptr<QQuickItem> makePanelItem(QQmlEngine& engine, PanelBridge& bridg
     // The pictures are loaded on completion, for the scale of the window that the panel is in.
     panel->setParentItem(parent);
     component.completeCreate();
+    // Of what has a parent among QML's items, QML would think itself the owner.
     QQmlEngine::setObjectOwnership(panel, QQmlEngine::CppOwnership);
     return std::unique_ptr<QQuickItem>(static_cast<QQuickItem*>(object.release()));
 }
@@ -82,6 +84,7 @@ std::unique_ptr<QQuickView> makePanelView(PanelBridge& bridge) {
     if (panel == nullptr) return nullptr;
     // The view itself would follow its panel only in the next turn of the loop.
     const auto fit = [panel, window = view.get()] {
+        // Whole points: a fraction would be drawn across two rows of pixels.
         panel->setHeight(std::ceil(panel->implicitHeight()));
         window->resize(QSizeF(panel->width(), panel->height()).toSize());
     };

@@ -41,6 +41,7 @@ QImage renderPanel(PanelBridge& bridge, const QColor& ground, int width, double 
     const auto panel = makePanelItem(engine, bridge, window.contentItem());
     if (panel == nullptr) return {};
     panel->setWidth(width);
+    // Rounded up, so that nothing of the last row is cut off.
     const double height = std::ceil(panel->implicitHeight());
     panel->setHeight(height);
     window.contentItem()->setSize(QSizeF(width, height));
@@ -53,11 +54,13 @@ QImage renderPanel(PanelBridge& bridge, const QColor& ground, int width, double 
     picture.setDevicePixelRatio(scale);
     picture.fill(ground);
     window.setRenderTarget(targetOf(picture));
+    // One frame by hand: without a window on a screen nobody asks for one.
     control.polishItems();
     control.beginFrame();
     control.sync();
     control.render();
     control.endFrame();
+    // Its size in pixels is meant from here on.
     picture.setDevicePixelRatio(1);
     return picture.convertToFormat(QImage::Format_RGB32);
 }

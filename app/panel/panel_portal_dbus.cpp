@@ -29,6 +29,7 @@ QVariant unwrapped(QVariant value) {
 
 PanelPortal::PanelPortal(std::function<void(ColorScheme)> told) : m_told(std::move(told)) {
     auto bus = QDBusConnection::sessionBus();
+    // Without a session bus there is no portal, and the palette stays as it is.
     if (!bus.isConnected()) return;
     // Qt refuses a slot whose types it does not know by name, and learns this one only when
     // somebody has sent or received one.
@@ -41,6 +42,7 @@ PanelPortal::PanelPortal(std::function<void(ColorScheme)> told) : m_told(std::mo
         QDBusMessage::createMethodCall(QLatin1String(kService), QLatin1String(kPath),
                                        QLatin1String(kInterface), QStringLiteral("Read"));
     question << QLatin1String(kSpace) << QLatin1String(kKey);
+    // Asked without waiting, since a portal may be started by this very question.
     auto* answer = new QDBusPendingCallWatcher(bus.asyncCall(question), this);
     connect(answer, &QDBusPendingCallWatcher::finished, this, [this, answer] {
         answer->deleteLater();

@@ -90,6 +90,7 @@ HeaderRecord headerRecord(const CompanionViewRecord& view, BundleResources& reso
     record.dot = value(view.status.tint);
     record.toolTip = text(view.status.toolTip);
     if (const auto mark = resources.url("brask", "png")) {
+        // Paths are bytes; Qt decodes them by the locale.
         record.mark = QUrl::fromLocalFile(QFile::decodeName(mark->c_str())).toString();
     }
     record.markLetter = text(view.markLetter);
@@ -100,6 +101,7 @@ NowRecord nowRecord(const NowSection& now, AppIcons& icons) {
     NowRecord record;
     record.caption = text(now.caption);
     record.recognised = now.recognised;
+    // A picture that cannot be had is left out, and the symbol stands there.
     if (now.recognised && !appIconPicture(icons, now.bundleId, kGlyphSize).isNull()) {
         record.icon = appIconSource(now.bundleId);
     }
@@ -115,6 +117,7 @@ VerdictRecord verdictRecord(const VerdictSection& verdict) {
     record.progress = text(verdict.progress);
     record.note = text(verdict.note);
     record.spoken = text(verdict.spoken);
+    // All that follows belongs to a verdict with a band; the panel hides it otherwise.
     if (!verdict.graded) return record;
     const auto& graded = *verdict.graded;
     record.graded = true;

@@ -27,6 +27,7 @@ public:
     void render(const RenderState* state) override {
         auto* painter = static_cast<QPainter*>(m_window->rendererInterface()->getResource(
             m_window, QSGRendererInterface::PainterResource));
+        // Another renderer has no painter, and draws nothing of this.
         if (painter == nullptr) return;
         const QRegion* clip = state->clipRegion();
         if (clip != nullptr && !clip->isEmpty()) painter->setClipRegion(*clip, Qt::ReplaceClip);
@@ -35,6 +36,7 @@ public:
         painter->setRenderHint(QPainter::Antialiasing);
         const bool bordered = m_look.borderWidth > 0 && m_look.borderColor.alpha() > 0;
         const double inset = bordered ? m_look.borderWidth / 2 : 0;
+        // A pen is drawn half on either side of its line, so the line goes in by half of it.
         const QRectF outline = m_area.adjusted(inset, inset, -inset, -inset);
         const double radius =
             std::clamp(m_look.radius, 0.0, std::min(m_area.width(), m_area.height()) / 2) - inset;
@@ -88,6 +90,7 @@ void RoundedBox::setRadius(double radius) {
 
 QSGNode* RoundedBox::updatePaintNode(QSGNode* node, UpdatePaintNodeData*) {
     auto* box = static_cast<RoundedBoxNode*>(node);
+    // The scene graph owns the node and hands it back.
     if (box == nullptr) box = new RoundedBoxNode(window());
     box->set(m_look, boundingRect());
     return box;

@@ -34,6 +34,7 @@ int renderDemo(const MakeModel& makeModel, PanelRenderer& renderer, const AppCat
     }
     const auto [width, height] = picture->pixels();
     out << "rendered -> " << path << " (" << width << 'x' << height << ")\n" << std::flush;
+    // A full disk, or a reader that has gone, shows only when it is written out.
     if (!out) {
         err << "render: the result could not be printed\n" << std::flush;
         return kRenderFailed;
@@ -47,12 +48,14 @@ AppDelegate::AppDelegate(Ports ports, Actions actions, LaunchOptions options)
       m_options(std::move(options)) {}
 
 AppDelegate::~AppDelegate() {
+    // First, so that nothing that was put off runs into what goes.
     m_alive.reset();
 }
 
 void AppDelegate::applicationDidFinishLaunching() {
     const AppCatalog catalog = m_actions.loadCatalog(argValue(m_options.args, "--catalog"));
     if (m_options.renderPath) {
+        // In the next turn of the loop: ending before it has begun would be lost.
         m_ports.application.later(whileAlive([this, catalog] {
             m_ports.application.terminate(renderDemo(m_actions.makeModel, m_ports.renderer, catalog,
                                                      *m_options.renderPath, m_ports.out,
@@ -85,6 +88,7 @@ void AppDelegate::showDemoWindow() {
 
 void AppDelegate::wireHooks() {
     m_model->onWire = whileAlive([this] {
+        // The panel would stand in front of the alert.
         closePopover();
         m_actions.runInstall(false);
     });
@@ -110,6 +114,7 @@ void AppDelegate::wireHooks() {
 
 void AppDelegate::makeStatusItem() {
     m_statusItem = m_ports.windows.statusItem();
+    // Without a tray the panel is opened by a second start.
     if (m_statusItem == nullptr) return;
     if (auto image = trayIcon()) m_statusItem->setImage(std::move(image));
     m_statusItem->setToolTip(kToolTip);
@@ -126,9 +131,11 @@ std::shared_ptr<const TrayImage> AppDelegate::trayIcon() {
 void AppDelegate::togglePopover() {
     if (m_statusItem == nullptr || m_popover == nullptr) return;
     if (m_popover->isShown()) {
+        // A second click of a double click finds the panel open, and leaves it.
         if (!m_popover->openedByThisClick()) m_popover->close();
         return;
     }
+    // The press of this click has closed it already, as one outside.
     if (m_popover->closedByThisClick()) return;
     showPopover(true);
 }
@@ -143,6 +150,7 @@ void AppDelegate::openPopover(bool pointerAtItem) {
 }
 
 void AppDelegate::showPopover(bool pointerAtItem) {
+    // Shown with what holds now, not with what held at the last tick.
     m_model->refresh();
     m_popover->show({.item = m_statusItem != nullptr ? m_statusItem->bounds() : std::nullopt,
                      .byPointer = pointerAtItem});

@@ -21,6 +21,7 @@ Point middle(const Rect& rect) {
 }
 
 bool holds(const Rect& rect, Point point) {
+    // Half-open, so that two screens side by side share no point.
     return point.x >= rect.x && point.x < rect.x + rect.width && point.y >= rect.y &&
            point.y < rect.y + rect.height;
 }
@@ -40,10 +41,12 @@ const Screen& screenOf(const PopoverBeside& beside, const std::vector<Screen>& s
 }
 
 Rect availableOn(const Screen& screen) {
+    // Some desktops tell no area without their bars.
     return hasArea(screen.available) ? screen.available : screen.geometry;
 }
 
 int kept(int value, int low, int high) {
+    // Low wins where there is not enough room: the top left corner stays in sight.
     return std::max(low, std::min(value, high));
 }
 
@@ -58,6 +61,7 @@ Point besideItem(const Rect& item, Size popover, const Screen& screen) {
     const Rect area = availableOn(screen);
     const Point centre = middle(item);
     Point place{centre.x - popover.width / 2, centre.y - popover.height / 2};
+    // A bar at the side: within the height of the area and beyond its width.
     const bool inSideBar = centre.y >= area.y && centre.y < area.y + area.height &&
                            (centre.x < area.x || centre.x >= area.x + area.width);
     if (inSideBar) {
@@ -75,6 +79,7 @@ Point besideItem(const Rect& item, Size popover, const Screen& screen) {
 
 Point popoverPlace(const PopoverBeside& beside, Size popover, const std::vector<Screen>& screens) {
     if (screens.empty()) return {};
+    // In the order of what is known best: the item, the pointer, the corner where trays are.
     if (beside.item && hasArea(*beside.item)) {
         if (const Screen* screen = screenAt(screens, middle(*beside.item))) {
             return besideItem(*beside.item, popover, *screen);
@@ -97,6 +102,7 @@ int popoverRoom(const PopoverBeside& beside, const std::vector<Screen>& screens)
 bool isSameClick(const std::optional<PointerMoment>& closing, const PointerMoment& now) {
     if (!closing) return false;
     const auto passed = now.time - closing->time;
+    // A clock that went back makes no click.
     return passed >= std::chrono::nanoseconds(0) && passed <= kClickTime &&
            std::abs(now.at.x - closing->at.x) <= kClickSlop &&
            std::abs(now.at.y - closing->at.y) <= kClickSlop;

@@ -23,10 +23,13 @@ constexpr GradedRule kJson = declared<WorkKind::code>("code.json_syntax");
 constexpr GradedRule kJsonKey = declared<WorkKind::code>("code.json_duplicate_key");
 constexpr GradedRule kYaml = declared<WorkKind::code>("code.yaml_syntax");
 
-/// Takes the events of the parser and keeps what the rules need.
+/// Takes the events of the parser and keeps what the rules need. Events, not a document: what is
+/// asked for takes no more memory than the keys of what is open.
 class JsonListener : public nlohmann::json::json_sax_t {
 public:
     /// Without `keepsKeys` no double keys are found, and deep data costs no memory for its levels.
+    /// A set for each level that is open: text of brackets alone would have as many levels as
+    /// bytes.
     explicit JsonListener(bool keepsKeys) : m_keepsKeys(keepsKeys) {}
 
     std::optional<std::size_t> faultAt;
@@ -44,6 +47,7 @@ public:
         return true;
     }
     bool key(string_t& name) override {
+        // Twice what is listed, so that the count of the rest can be told.
         if (!m_keys.empty() && !m_keys.back().insert(name).second &&
             doubleKeys.size() < 2 * kMostFindingsPerRule) {
             doubleKeys.push_back(name);
@@ -58,6 +62,7 @@ public:
     bool end_array() override { return true; }
     bool parse_error(std::size_t position, const std::string&,
                      const nlohmann::detail::exception&) override {
+        // The parser counts the bytes that it has read, the faulty one included.
         faultAt = position > 0 ? position - 1 : 0;
         return false;
     }
@@ -73,6 +78,7 @@ bool isJsonLines(const SourceText& source) {
     for (std::size_t i = 0; i < source.lineCount(); ++i) {
         const std::string_view line = text::trimmed(source.line(i));
         if (line.empty()) continue;
+        // Every line by itself, or the text is one document with a fault.
         if (line[0] != '{' || !nlohmann::json::accept(line)) return false;
         ++documents;
     }
@@ -106,6 +112,7 @@ std::size_t keyEnd(std::string_view content) {
         return i < content.size() && content[i] == ':' ? i : std::string_view::npos;
     }
     for (; i < content.size(); ++i) {
+        // A colon without a blank behind it is part of a value: times, addresses.
         if (content[i] == ':' && (i + 1 == content.size() || content[i + 1] == ' ')) return i;
         if (content[i] == '{' || content[i] == '[' || content[i] == '"') break;
     }
@@ -117,6 +124,9 @@ struct Level {
     std::set<std::string, std::less<>> keys;
 };
 
+// No parser of YAML, which would say little about what is wrong: the slips that people make, line
+// by line, and nothing where it is not sure. Flow collections and block texts are passed over,
+// since other rules hold there.
 class YamlReader {
 public:
     YamlReader(const SourceText& source, FindingList& findings)
@@ -142,6 +152,7 @@ private:
         }
         const std::string_view content = text::trimmed(withoutYamlComment(raw.substr(lead)));
         if (content.empty() || content == "---" || content == "...") {
+            // A new document has keys of its own.
             if (!content.empty()) m_levels.clear();
             return;
         }
@@ -157,6 +168,7 @@ private:
             const std::string_view rest = text::trimmed(content.substr(1));
             // Each item starts keys of its own.
             closeLevels(indent, true);
+            // The rest of the line stands deeper by what the dash and its blanks take.
             indent += rest.empty() ? 1 : static_cast<std::size_t>(rest.data() - content.data());
             content = rest;
             if (content.empty()) return;
@@ -169,6 +181,7 @@ private:
         closeLevels(indent, false);
         if (m_levels.empty() || m_levels.back().indent < indent) m_levels.push_back({indent, {}});
         const std::string_view key = content.substr(0, colon);
+        // "<<" merges another mapping and may come several times.
         if (m_levels.back().indent == indent && key != "<<" && key != "?" &&
             !m_levels.back().keys.insert(std::string(key)).second) {
             report(line, "repeats a key of the same mapping");
@@ -192,6 +205,7 @@ private:
             countFlow(value);
             return;
         }
+        // Anchors, references and tags: what follows is not looked into.
         if (first == '&' || first == '*' || first == '!') return;
         if (keyEnd(value) != std::string_view::npos) {
             report(line, "has a second “: ” in a value without quotes");
@@ -243,12 +257,14 @@ void checkJson(const CodeView& view, FindingList& findings) {
     if (text.substr(0, 3) == "\xEF\xBB\xBF") skipped = 3;
     text.remove_prefix(skipped);
     JsonListener listener(text::jsonShape(text).depth <= text::kDeepestJson);
+    // Without exceptions: the listener hears of the fault.
     nlohmann::json::sax_parse(text, &listener);
     if (listener.faultAt) {
         if (isJsonLines(view.source)) return;
         const std::size_t at = std::min(skipped + *listener.faultAt, view.source.text().size());
         const std::size_t line = view.source.lineAt(at);
         const std::size_t start = view.source.lineStart(line);
+        // 60 bytes before the fault, for a line that is a whole document.
         const std::size_t shown = at - start > 60 ? at - 60 : start;
         const std::string_view rest = text::trimmed(view.source.text().substr(at));
         const bool comment = rest.substr(0, 2) == "//" || rest.substr(0, 2) == "/*";
@@ -265,6 +281,8 @@ void checkJson(const CodeView& view, FindingList& findings) {
     for (const std::string& key : listener.doubleKeys) {
         const std::string quoted = "\"" + key + "\"";
         const std::size_t first = view.source.text().find(quoted);
+        // The second place where the key is written. It may be a value or another object's: only
+        // the finding's place hangs on it.
         const std::size_t second =
             first == std::string_view::npos ? 0 : view.source.text().find(quoted, first + 1);
         findings.addWith(kJsonKey, second == std::string_view::npos ? first : second, quoted,
@@ -272,6 +290,7 @@ void checkJson(const CodeView& view, FindingList& findings) {
     }
 }
 
+// True when nothing was found, and the grammar may speak.
 bool checkYaml(const CodeView& view, FindingList& findings) {
     const std::size_t before = findings.count();
     if (view.language == Language::yaml) YamlReader(view.source, findings).read();

@@ -38,6 +38,7 @@ bool calls(const CodeView& view, std::size_t index, std::string_view path) {
         std::size_t end = 0;
         const bool name = text::isAsciiWord(path[0]);
         while (end < path.size() && text::isAsciiWord(path[end]) == name) {
+            // "::" is one mark, all others of these are single.
             ++end;
             if (!name && path.substr(0, 2) != "::") break;
         }
@@ -118,6 +119,7 @@ constexpr std::array<std::string_view, 15> kPrinters = {"print(",
                                                         "System.err.println("};
 
 bool isNoteToOneself(std::string_view literal) {
+    // What stands before the text itself: quotes, and marks that people underline with.
     while (!literal.empty() && !text::isAsciiLetter(literal.front()) && literal.front() != '*' &&
            literal.front() != '=' && literal.front() != '-' && literal.front() != '#' &&
            literal.front() != '>') {
@@ -127,6 +129,7 @@ bool isNoteToOneself(std::string_view literal) {
     std::string text = text::lowerAscii(literal.substr(0, 40));
     while (!text.empty() &&
            std::string_view("\"'`\\n :.!*#=->").find(text.back()) != std::string_view::npos) {
+        // The "n" of "\n" goes with its backslash, and no other.
         if (text.back() == 'n' && (text.size() < 2 || text[text.size() - 2] != '\\')) break;
         text.pop_back();
     }
@@ -141,6 +144,7 @@ bool isNoteToOneself(std::string_view literal) {
            text.compare(0, 5, "here:") == 0 || text.compare(0, 4, "xxx ") == 0;
 }
 
+// How many tokens a path is: where the first argument stands.
 std::size_t afterPath(std::string_view path) {
     std::size_t tokens = 0;
     for (std::size_t i = 0; i < path.size(); ++tokens) {
@@ -166,6 +170,7 @@ void checkPrinters(const CodeView& view, std::size_t i, FindingList& findings) {
             isNoteToOneself(view.textOf(view.code[argument]))) {
             addLine(view, kDebugOutput, i, "prints a note left from debugging", findings);
         }
+        // One printer at most fits; whether it prints a note is settled by then.
         return;
     }
     const bool stream = view.is(i, "cout") || view.is(i, "cerr");
@@ -199,7 +204,9 @@ void checkTodo(const CodeView& view, const Token& comment, FindingList& findings
     for (std::size_t i = 0; i < text.size(); ++i) {
         if (i >= lineEnd) lineEnd = std::min(text.find('\n', i), text.size());
         const char c = text[i];
+        // The first letters of the four words. Most bytes are looked at no further.
         if (c != 'T' && c != 'F' && c != 'X' && c != 'H') continue;
+        // Part of a name or a path, or quoted: a mention and no note.
         if (i > 0 && (text::isAsciiWord(text[i - 1]) || text[i - 1] == '"' || text[i - 1] == '`' ||
                       text[i - 1] == '\'' || text[i - 1] == '/' || text[i - 1] == '-')) {
             continue;
@@ -229,6 +236,7 @@ void checkTodo(const CodeView& view, const Token& comment, FindingList& findings
 
 bool looksLikeCode(std::string_view text, Language language) {
     if (text.empty()) return false;
+    // A sentence ends with a full stop and a blank; code hardly ever has both.
     if (text[0] == '@' || text.find(". ") != std::string_view::npos) return false;
     const char last = text.back();
     const bool assigns = text.find(" = ") != std::string_view::npos;
@@ -241,10 +249,12 @@ bool looksLikeCode(std::string_view text, Language language) {
                             text.substr(0, 6) == "except");
         const bool word = text.substr(0, 7) == "return " || text.substr(0, 7) == "import " ||
                           text == "end" || text == "fi" || text == "done";
+        // The name is all that stands before the sign.
         const bool name = text::isAsciiWord(text[0]) && text.find(' ') == text.find(" = ");
         const bool bareCall = call && text.find(' ') > text.find('(');
         return block || word || (assigns && name) || bareCall;
     }
+    // A line that ends in a semicolon is code if anything in it looks like it.
     if (last == ';')
         return assigns || text.find('(') != std::string_view::npos ||
                text.substr(0, 6) == "return" || text.find(' ') < text.size();
@@ -261,6 +271,7 @@ void checkCommentedOut(const CodeView& view, FindingList& findings) {
     bool example = false;
     std::string_view previous;
     const auto close = [&] {
+        // Four in five: examples have words between them.
         if (lines >= kFewestCommentedLines && codeLines * 5 >= lines * 4 && !example) {
             findings.add(
                 kCommentedOut, begin, view.source.lineEnd(view.source.lineAt(begin)) - begin,
@@ -286,10 +297,13 @@ void checkCommentedOut(const CodeView& view, FindingList& findings) {
                 previous = text;
                 continue;
             }
+            // Where the comment begins, not its line.
             begin = view.source.lineStart(i) +
                     static_cast<std::size_t>(line.data() - view.source.line(i).data());
+            // "Like this:" says that it is an example.
             example = !previous.empty() && previous.back() == ':' && i > 0;
         }
+        // Empty lines of a comment count for neither.
         if (!text.empty()) {
             ++lines;
             if (code) ++codeLines;
@@ -303,6 +317,7 @@ bool hasComment(const CodeView& view, std::size_t from, std::size_t to) {
     const std::size_t first = view.code[from].offset;
     const std::size_t last =
         to < view.code.size() ? view.code[to].offset : view.source.text().size();
+    // Tokens are in the order of the text, so the first is found by halving.
     const auto start = std::lower_bound(
         view.tokens.begin(), view.tokens.end(), first,
         [](const Token& token, std::size_t offset) { return token.offset < offset; });
@@ -339,6 +354,7 @@ void checkEmptyCatches(const CodeView& view, FindingList& findings) {
 /// "try: f.close()" before the `except` at `i`, and nothing else: what closes something may find it
 /// closed.
 bool guardsOnlyAnEnd(const CodeView& view, std::size_t i) {
+    // "f.close()" is a name, a dot, a name and two brackets, seven with "try:" before it.
     if (i < 7 || !view.is(i - 1, ")") || !view.is(i - 2, "(") || !view.is(i - 4, ".")) return false;
     if (!view.is(i - 3, "close") && !view.is(i - 3, "kill") && !view.is(i - 3, "terminate") &&
         !view.is(i - 3, "shutdown") && !view.is(i - 3, "unlink")) {
@@ -346,6 +362,7 @@ bool guardsOnlyAnEnd(const CodeView& view, std::size_t i) {
     }
     const std::size_t line = view.lineOf(i - 1);
     std::size_t first = i - 1;
+    // Back to the beginning of the line of the call.
     while (first > 0 && view.lineOf(first - 1) == line) --first;
     return first >= 2 && view.is(first - 1, ":") && view.is(first - 2, "try");
 }
@@ -364,6 +381,7 @@ void checkPythonExcepts(const CodeView& view, FindingList& findings) {
         if (!passes) continue;
         const std::size_t next = std::min(colon + 2, view.code.size());
         const std::size_t line = view.lineOf(colon + 1);
+        // Something else is done, though on the same line.
         const bool nextOnLine = next < view.code.size() && view.lineOf(next) == line;
         if (nextOnLine) continue;
         const auto after = std::upper_bound(
@@ -391,6 +409,7 @@ void checkAssignments(const CodeView& view, FindingList& findings) {
         // "if (auto it = find(x); ...)" and "if (Foo* foo = get())" declare.
         const std::size_t length = i - open - 1;
         bool declares = false;
+        // 40 tokens bound the search for a declaration.
         for (std::size_t j = open + 1; j + 1 < i && length < 40; ++j) {
             const bool left = view.isKind(j, TokenKind::identifier) || view.is(j, "*") ||
                               view.is(j, "&") || view.is(j, ">") || view.is(j, "]");
@@ -404,6 +423,7 @@ void checkAssignments(const CodeView& view, FindingList& findings) {
             continue;
         }
         bool semicolon = false;
+        // An initialisation in front of the condition ends in a semicolon.
         for (std::size_t j = i; j < view.match[open] && j < i + 200; ++j) {
             semicolon = semicolon || view.is(j, ";");
         }
@@ -456,6 +476,7 @@ void checkSwallowedErrors(const CodeView& view, FindingList& findings) {
     }
     if (view.language == Language::go) {
         for (std::size_t i = 0; i + 2 < view.code.size(); ++i) {
+            // In "x, _ = err" another value is taken.
             if (view.is(i, "_") && view.is(i + 1, "=") && view.is(i + 2, "err") &&
                 (i == 0 || !view.is(i - 1, ","))) {
                 addLine(view, kSwallowed, i, "drops an error without a word", findings);
@@ -489,8 +510,10 @@ void checkImports(const CodeView& view, FindingList& findings) {
     std::size_t conditions = 0;
     for (std::size_t i = 0; i < view.source.lineCount(); ++i) {
         const std::string_view raw = view.source.line(i);
+        // Longer lines are data, and no imports.
         if (raw.size() > 400 || view.lineInText[i]) continue;
         const std::string_view line = text::trimmed(raw);
+        // The include guard of a header is one condition; within a second one an import may differ.
         if (line.substr(0, 3) == "#if") ++conditions;
         if (line.substr(0, 6) == "#endif" && conditions > 0) --conditions;
         const bool include = line.substr(0, 8) == "#include" && conditions <= 1;

@@ -15,6 +15,7 @@ namespace text = kelvane::text;
 
 namespace {
 
+// Bytes. A language shows itself early or not at all.
 constexpr std::size_t kReadForGuess = 16000;
 constexpr int kClear = 3; ///< Points that make a guess.
 
@@ -68,6 +69,7 @@ struct Sign {
     int points;
 };
 
+// Three points make a guess (kClear): some signs do so by themselves, others only together. Chosen.
 constexpr std::array kSigns = {
     Sign{Language::python, "def ", true, 2},
     Sign{Language::python, "async def ", true, 3},
@@ -204,6 +206,7 @@ bool endsWith(std::string_view text, std::string_view end) {
 
 Language byFirstLine(std::string_view line) {
     if (line.substr(0, 2) != "#!") return Language::unknown;
+    // "sh" is asked for last, as it may be a part of a path or of another name.
     if (line.find("python") != std::string_view::npos) return Language::python;
     if (line.find("node") != std::string_view::npos) return Language::javascript;
     if (line.find("ruby") != std::string_view::npos) return Language::ruby;
@@ -225,7 +228,9 @@ bool looksLikeJson(std::string_view text) {
         const std::string_view after = text::trimmed(inner.substr(close + 1, 20));
         return !after.empty() && after[0] == ':';
     }
+    // "{}" is an object; other braces open blocks in many languages.
     if (!array) return inner[0] == '}' && inner.size() == 1;
+    // A list that was cut off is taken for one only if it holds objects.
     if (text.back() != ']' && inner[0] != '{') return false;
     const bool starts = inner[0] == '"' || inner[0] == '{' || inner[0] == '[' || inner[0] == '-' ||
                         text::isAsciiDigit(inner[0]);
@@ -261,6 +266,7 @@ bool looksLikeYaml(std::string_view text) {
         if (isYamlLine(line)) ++fitting;
         if (isYamlLine(line) && line[0] != '-') ++pairs;
     }
+    // Four lines in five: block texts may stand between the pairs.
     return lines >= 2 && pairs >= 1 && fitting * 10 >= lines * 8;
 }
 
@@ -268,6 +274,8 @@ Language byContent(std::string_view text) {
     std::array<int, kLanguages> points{};
     for (std::string_view rest = text; !rest.empty();) {
         const std::size_t end = std::min(rest.find('\n'), rest.size());
+        // Signs are looked for in the first 400 bytes of a line: generated lines are as long as
+        // files.
         const std::string_view line =
             text::trimmed(rest.substr(0, std::min<std::size_t>(end, 400)));
         rest.remove_prefix(std::min(end + 1, rest.size()));
@@ -296,6 +304,7 @@ Language byContent(std::string_view text) {
                                                line.find(" from \"") != std::string_view::npos)) {
             points[static_cast<std::size_t>(Language::javascript)] += 4;
         }
+        // Statements of these languages do not end in one.
         if (semicolon) {
             points[python] -= 1;
             points[static_cast<std::size_t>(Language::ruby)] -= 1;
@@ -308,6 +317,7 @@ Language byContent(std::string_view text) {
     // What a language shares with its forerunner counts for it once it shows itself.
     if (at(Language::typescript) >= 3) at(Language::typescript) += at(Language::javascript) + 1;
     if (at(Language::cpp) >= 3) at(Language::cpp) += at(Language::c);
+    // The first of equal ones; the order of the languages breaks the tie, always the same way.
     const auto best = std::max_element(points.begin(), points.end());
     if (*best < kClear) return Language::unknown;
     return static_cast<Language>(best - points.begin());
@@ -338,9 +348,12 @@ Language languageOfName(std::string_view name) {
     return known == kExtensions.end() ? Language::unknown : known->language;
 }
 
+// From the surest sign to the vaguest: the name, the first line, the shape of data, the signs of a
+// language.
 Language languageOf(std::string_view name, std::string_view text) {
     const Language byName = languageOfName(name);
     if (byName != Language::unknown) return byName;
+    // A language that has no rules here must not be taken for one that has.
     if (text::isOneOf(extensionOf(name), kOtherLanguages)) return Language::unknown;
     const std::string_view head = text.substr(0, kReadForGuess);
     const Language named = byFirstLine(head.substr(0, head.find('\n')));

@@ -13,13 +13,19 @@ namespace text = kelvane::text;
 
 namespace {
 
+// Longer marks before those that they begin with, since the first that fits is taken.
 constexpr std::array<std::string_view, 28> kMarks = {
     "===", "!==", "...", "<<=", ">>=", "==", "!=", "<=", ">=", "=>", "->", ":=", "+=", "-=",
     "*=",  "/=",  "%=",  "|=",  "&=",  "^=", "&&", "||", "::", "++", "--", "<<", "**", "?."};
 
+// Behind these a value is expected, so "/" begins a regular expression and divides nothing.
 constexpr std::array<std::string_view, 12> kBeforeRegex = {
     "return", "typeof", "case", "in", "of", "delete", "void", "throw", "if", "and", "or", "when"};
 
+// One for all languages, since a selection is often too short to be sure of its language: where
+// they differ is asked at the place where it matters. Nothing is an error here; whatever is not
+// understood becomes a mark of one byte, so that each step gets further and every text comes to its
+// end.
 class Lexer {
 public:
     Lexer(std::string_view text, Language language) : m_text(text), m_language(language) {}
@@ -42,6 +48,7 @@ private:
     void emit(TokenKind kind, std::size_t end) {
         end = std::min(end, m_text.size());
         m_tokens.push_back({kind, m_at, end - m_at});
+        // What a "/" means depends on what stands before it, and a comment is nothing.
         if (kind != TokenKind::comment) m_last = m_tokens.size();
         m_at = end;
     }
@@ -49,10 +56,12 @@ private:
     /// A selection may begin in the middle of a block comment.
     void startInsideComment() {
         if (!hasBraces(m_language) && !is(Language::css)) return;
+        // 4000 bytes: a long comment at the head of a file.
         const std::size_t close = m_text.substr(0, 4000).find("*/");
         if (close == std::string_view::npos) return;
         const std::string_view before = m_text.substr(0, close);
         if (before.find("/*") != std::string_view::npos) return;
+        // Only where the text begins as the inside of a comment does.
         if (text::trimmed(before).empty() || text::trimmed(before).front() == '*') {
             emit(TokenKind::comment, close + 2);
         }
@@ -63,6 +72,7 @@ private:
         if (c == '\n') {
             ++m_at;
             m_lineHasCode = false;
+            // The text of a heredoc begins with the next line, whatever else is on this one.
             skipHeredocs();
             return;
         }
@@ -77,6 +87,7 @@ private:
             word();
             return;
         }
+        // An escaped character of a shell is a word of it.
         if (c == '\\' && is(Language::shell) && peek(1) != '\n' && peek(1) != '\0') {
             emit(TokenKind::identifier, m_at + 2);
             return;
@@ -113,6 +124,8 @@ private:
             return true;
         }
         if (c == '#' && hashComments()) {
+            // In a shell "#" begins a comment only at the beginning of a word: "$#" and "a#b" are
+            // none.
             const bool start = m_at == 0 || static_cast<unsigned char>(m_text[m_at - 1]) <= ' ' ||
                                m_text[m_at - 1] == ';' || !is(Language::shell);
             if (start) {
@@ -136,11 +149,13 @@ private:
     }
 
     [[nodiscard]] bool hashComments() const {
+        // "#[" is an attribute of PHP 8.
         return is(Language::python) || is(Language::ruby) || is(Language::shell) ||
                is(Language::yaml) || (is(Language::php) && peek(1) != '[') ||
                (is(Language::unknown) && !m_lineHasCode);
     }
 
+    // Comments nest in Rust.
     [[nodiscard]] std::size_t nestedCommentEnd() const {
         std::size_t depth = 0;
         for (std::size_t i = m_at; i + 1 < m_text.size(); ++i) {
@@ -159,6 +174,7 @@ private:
         if (peek() != '#' || m_lineHasCode) return false;
         if (!is(Language::c) && !is(Language::cpp) && !is(Language::csharp)) return false;
         std::size_t end = lineEnd(m_at);
+        // A directive goes on while its lines end with a backslash.
         while (end < m_text.size()) {
             std::size_t last = end;
             while (last > m_at && (m_text[last - 1] == '\r' || m_text[last - 1] == ' ')) --last;
@@ -179,6 +195,7 @@ private:
             return singleQuoted();
         case '`':
             return backQuoted();
+        // Told from a division by what stands before it.
         case '/':
             return regex();
         case 'R':
@@ -192,6 +209,7 @@ private:
         }
     }
 
+    // In other languages a quote that its line does not close is a slip, and ends there.
     [[nodiscard]] bool spansLines() const {
         return is(Language::rust) || is(Language::shell) || is(Language::ruby) ||
                is(Language::php) || is(Language::sql) || is(Language::html);
@@ -230,6 +248,7 @@ private:
             }
             quoted('\'');
             return true;
+        // $'...' knows escapes, '...' does not.
         case Language::shell: {
             const bool escapes = m_at > 0 && m_text[m_at - 1] == '$';
             emit(TokenKind::string, escapes ? behindEscaped("'", m_at + 1) : behind("'", m_at + 1));
@@ -248,7 +267,8 @@ private:
         }
     }
 
-    /// 'x' or '\n'; a lone quote is a lifetime or a slip.
+    /// 'x' or '\n'; a lone quote is a lifetime or a slip. 14 bytes hold the longest: '\U0010FFFF'
+    /// and its quotes.
     bool character() {
         std::size_t i = m_at + 1;
         const std::size_t limit = std::min(m_text.size(), m_at + 14);
@@ -257,6 +277,7 @@ private:
         } else if (i < limit) {
             i += text::decodeFront(m_text.substr(i)).length;
         }
+        // In Rust 'a may be a lifetime, so only one character or an escape is taken for a literal.
         const bool longer = !is(Language::rust);
         while (i < limit && m_text[i] != '\'' && m_text[i] != '\n' &&
                (longer || m_text[m_at + 1] == '\\')) {
@@ -276,6 +297,8 @@ private:
                 emit(TokenKind::string, i + 1);
                 return;
             }
+            // SQL doubles its quotes; a backslash is a character like any other. A backslash before
+            // CR LF escapes both.
             if (c == '\\' && !is(Language::sql)) {
                 if (i + 2 < m_text.size() && m_text[i + 1] == '\r') ++i;
                 ++i;
@@ -285,6 +308,7 @@ private:
                 return;
             }
         }
+        // As at the end of a line.
         const bool apostrophe = m_at > 0 && text::isAsciiLetter(m_text[m_at - 1]);
         emit(apostrophe ? TokenKind::mark : TokenKind::string,
              apostrophe ? m_at + 1 : m_text.size());
@@ -329,6 +353,8 @@ private:
     /// The end of a text that may hold code which holds texts again: `a ${b(`c`)}` and "a $(b
     /// "c")".
     [[nodiscard]] std::size_t nestedEnd() const {
+        // A stack of what is open, as one character each; texts nest as deep as they like without
+        // recursion.
         std::string open(1, m_text[m_at]); // Quotes, and the brackets that code inside has open.
         for (std::size_t i = m_at + 1; i < m_text.size(); ++i) {
             const char c = m_text[i];
@@ -345,6 +371,7 @@ private:
                     ++i;
                 }
             } else if (c == '\'') {
+                // Which does not close at all is passed over as one character.
                 i = closingQuote(i, is(Language::shell));
             } else if (c == '`' || c == '"') {
                 if (c == '"' && isScript(m_language)) {
@@ -367,6 +394,7 @@ private:
             const Token& last = m_tokens[m_last - 1];
             const std::string_view text = m_text.substr(last.offset, last.length);
             if (last.kind == TokenKind::number || last.kind == TokenKind::string) return false;
+            // A name or a value before it, and it divides; a closing bracket too.
             if (last.kind == TokenKind::identifier &&
                 std::find(kBeforeRegex.begin(), kBeforeRegex.end(), text) == kBeforeRegex.end()) {
                 return false;
@@ -376,8 +404,10 @@ private:
             }
         }
         bool set = false;
+        // A "/" within "[...]" closes nothing. A line that does not close it has none.
         for (std::size_t i = m_at + 1; i < m_text.size() && m_text[i] != '\n'; ++i) {
             const char c = m_text[i];
+            // 2000 bytes: no expression that is written by hand is as long.
             if (i - m_at > 2000) return false;
             if (c == '\\') {
                 ++i;
@@ -394,6 +424,7 @@ private:
     }
 
     bool rawCpp() {
+        // A delimiter has at most 16 characters.
         const std::size_t open = m_text.substr(m_at, 20).find('(');
         if (open == std::string_view::npos) return false;
         const std::string close = ")" + std::string(m_text.substr(m_at + 2, open - 2)) + "\"";
@@ -403,6 +434,7 @@ private:
 
     bool rawRust() {
         std::size_t i = m_at;
+        // "for" and "expr" end in letters that are prefixes elsewhere.
         if (m_at > 0 && text::isAsciiWord(m_text[m_at - 1])) return false;
         while (i < m_text.size() && i - m_at < 2 &&
                (m_text[i] == 'b' || m_text[i] == 'r' || m_text[i] == 'c'))
@@ -460,11 +492,13 @@ private:
     }
 
     void skipHeredocs() {
+        // Several may have been announced in one line; their texts follow in that order.
         for (const std::string_view end : m_heredocs) {
             std::size_t at = m_at;
             while (at < m_text.size()) {
                 const std::size_t stop = lineEnd(at);
                 const std::string_view line = text::trimmed(m_text.substr(at, stop - at));
+                // A heredoc that does not end takes the rest of the text.
                 at = std::min(stop + 1, m_text.size());
                 if (line == end) break;
             }

@@ -20,6 +20,7 @@ constexpr GradedRule kQuery = declared<WorkKind::code>("code.query_from_text");
 constexpr GradedRule kHomePath = declared<WorkKind::code>("code.home_path");
 
 bool isMember(const CodeView& view, std::size_t index) {
+    // A definition of that name is no call of it.
     return index > 0 && (view.is(index - 1, ".") || view.is(index - 1, "->") ||
                          view.is(index - 1, "::") || view.is(index - 1, "?.") ||
                          view.is(index - 1, "def") || view.is(index - 1, "function") ||
@@ -48,6 +49,7 @@ bool contains(std::string_view text, std::string_view what) {
 /// Whether a literal is the beginning of a query. Sentences ("Select a file from the list") are
 /// not.
 bool isQuery(std::string_view literal) {
+    // 2000 bytes: the verb and its second word stand at the beginning of a query.
     const std::string_view text = inner(literal).substr(0, 2000);
     struct Form {
         std::string_view verb;
@@ -60,6 +62,8 @@ bool isQuery(std::string_view literal) {
                                              {"UPDATE ", "SET", "update ", " set "},
                                              {"DELETE FROM ", "", "delete from ", ""}}};
     return std::any_of(kForms.begin(), kForms.end(), [&](const Form& form) {
+        // In capitals a verb is sure. In small letters it may be a sentence, so a mark of a query
+        // has to be there as well.
         if (text.substr(0, form.verb.size()) == form.verb) return contains(text, form.second);
         if (text.substr(0, form.smallVerb.size()) != form.smallVerb) return false;
         return contains(text, form.smallSecond) && (contains(text, "*") || contains(text, "="));
@@ -73,6 +77,7 @@ bool isHarmlessName(std::string_view name) {
                                         "schema", "order", "direction"}) {
         if (contains(lower, part)) return true;
     }
+    // No small letter: a constant by its name.
     return !name.empty() &&
            std::none_of(name.begin(), name.end(), [](char c) { return c >= 'a' && c <= 'z'; });
 }
@@ -85,6 +90,7 @@ bool takesInName(std::string_view literal, std::string_view opening) {
         const std::size_t end = literal.find('}', start);
         if (end == std::string_view::npos) return false;
         const std::string_view name = literal.substr(start, end - start);
+        // "{{" is how a brace itself is written.
         if (!name.empty() && name[0] != '{' && !isHarmlessName(name)) return true;
     }
     return false;
@@ -100,6 +106,7 @@ bool joinsText(const CodeView& view, std::size_t i) {
     const Language language = view.language;
     const bool plus = view.is(i + 1, "+") && isStranger(view, i + 2);
     if (language == Language::python) {
+        // A prefix is a token of its own, right before the quote.
         const std::string_view prefix = i > 0 && view.isKind(i - 1, TokenKind::identifier) &&
                                                 view.code[i - 1].end() == view.code[i].offset
                                             ? view.textOf(view.code[i - 1])
@@ -119,11 +126,13 @@ bool joinsText(const CodeView& view, std::size_t i) {
         return !tagged && takesInName(literal, "${");
     }
     if (language == Language::go) {
+        // Marks for values are the driver's; these are those of printing.
         const bool printed = i >= 2 && view.is(i - 1, "(") && view.is(i - 2, "Sprintf");
         return plus || (printed && (contains(literal, "'%s'") || contains(literal, "= %s") ||
                                     contains(literal, "%v")));
     }
     if (language == Language::php) {
+        // In double quotes PHP puts values in.
         return (view.is(i + 1, ".") && view.isKind(i + 2, TokenKind::identifier)) ||
                (literal[0] == '"' && contains(literal, "$"));
     }
@@ -152,8 +161,10 @@ void checkUnsafeCalls(const CodeView& view, FindingList& findings) {
         if (!view.isKind(i, TokenKind::identifier)) continue;
         if (view.is(i + 1, "(") && !isMember(view, i)) {
             const bool runs = view.is(i, "eval") || (python && view.is(i, "exec"));
+            // A method of that name, where a body follows.
             const bool method = isScript(language) && view.match[i + 1] != kNoToken &&
                                 view.is(view.match[i + 1] + 1, "{");
+            // Without an argument it is another function.
             if (runs && !method && !view.is(i + 2, ")")) {
                 addCall(view, kUnsafeCall, i, "runs a text as code", findings);
             }
@@ -165,6 +176,7 @@ void checkUnsafeCalls(const CodeView& view, FindingList& findings) {
         if (python && view.is(i, "shell") && view.is(i + 1, "=") && view.is(i + 2, "True")) {
             addCall(view, kUnsafeCall, i, "hands a command to a shell", findings);
         }
+        // A fixed command is no text of a stranger.
         if (python && view.is(i, "os") && view.is(i + 1, ".") && view.is(i + 2, "system") &&
             view.is(i + 3, "(") &&
             !(view.isKind(i + 4, TokenKind::string) && view.is(i + 5, ")"))) {
@@ -187,11 +199,13 @@ void checkQueries(const CodeView& view, FindingList& findings) {
 
 void checkHomePaths(const CodeView& view, FindingList& findings) {
     if (isTest(view.source.text())) return;
+    // Names of folders that belong to nobody in particular, in examples and on machines that build.
     constexpr std::array<std::string_view, 18> kNobody = {
         "user",    "username",  "you",      "runner", "ubuntu",   "vagrant",
         "app",     "node",      "shared",   "name",   "someone",  "public",
         "default", "linuxbrew", "circleci", "me",     "youruser", "test"};
     for (const Token& token : view.tokens) {
+        // Elsewhere a path that matters stands in quotes.
         const bool data = view.language == Language::unknown || view.language == Language::yaml ||
                           view.language == Language::shell;
         if (token.kind == TokenKind::comment || (token.kind != TokenKind::string && !data))
@@ -204,6 +218,7 @@ void checkHomePaths(const CodeView& view, FindingList& findings) {
                  {"/home/", "/Users/", "C:\\Users\\", "C:\\\\Users\\\\"}) {
                 if (text.compare(i, root.size(), root) == 0) start = i + root.size();
             }
+            // The end of a longer path is no root.
             if (start == 0 || (i > 0 && (text::isAsciiWord(text[i - 1]) || text[i - 1] == '.')))
                 continue;
             std::size_t end = start;
@@ -212,11 +227,13 @@ void checkHomePaths(const CodeView& view, FindingList& findings) {
                 ++end;
             }
             const std::string user = text::lowerAscii(text.substr(start, end - start));
+            // "/home/ana" alone may be a mention; below it is somebody's file.
             const bool deeper = end < text.size() && (text[end] == '/' || text[end] == '\\');
             const bool nobody = std::find(kNobody.begin(), kNobody.end(), user) != kNobody.end();
             if (user.empty() || !deeper || nobody) continue;
             findings.add(kHomePath, token.offset + i, std::min<std::size_t>(text.size() - i, 60),
                          "is a path in the home folder of one person");
+            // What follows belongs to the same path.
             i = end;
         }
     }

@@ -33,6 +33,7 @@ bool isOneSlipAway(std::string_view word, std::string_view right) {
     if (word == right) return false;
     const std::size_t shorter = std::min(word.size(), right.size());
     if (std::max(word.size(), right.size()) - shorter > 1) return false;
+    // What both begin with is taken off; the slip is in the next one or two letters.
     const auto [a, b] = std::ranges::mismatch(word, right);
     const auto from = static_cast<std::size_t>(a - word.begin());
     const std::string_view restOfWord = word.substr(from);
@@ -47,6 +48,8 @@ bool isOneSlipAway(std::string_view word, std::string_view right) {
 template <std::size_t size>
 std::optional<std::string_view> meant(std::string_view word,
                                       const std::array<std::string_view, size>& keywords) {
+    // The first in the order of the list. Where a word is a slip away from two, either tells the
+    // place.
     const auto found = std::ranges::find_if(
         keywords, [&](std::string_view right) { return isOneSlipAway(word, right); });
     if (found == keywords.end()) return std::nullopt;
@@ -84,13 +87,15 @@ bool isUnclosed(std::string_view literal) {
     if (literal.size() == 1) return true;
     if (literal.starts_with(std::string(3, quote))) return false;
     std::size_t slashes = 0;
+    // An odd number of backslashes escapes the quote.
     while (slashes + 2 < literal.size() && literal[literal.size() - 2 - slashes] == '\\') ++slashes;
     return literal.back() != quote || slashes % 2 == 1;
 }
 
 // Python
 
-/// Blocks are opened by a colon and closed by going back to a margin that was there before.
+/// Blocks are opened by a colon and closed by going back to a margin that was there before. The
+/// margins of the blocks that are open, as the language itself keeps them.
 void checkBlocks(const CodeView& view, FindingList& findings) {
     if (view.language != Language::python) return;
     std::vector<std::size_t> margins;
@@ -100,6 +105,7 @@ void checkBlocks(const CodeView& view, FindingList& findings) {
     for (std::size_t i = 0; i < lines.size() && reported < kMostReported; ++i) {
         const LogicalLine& line = lines[i];
         const Token& first = view.code[line.first];
+        // Deeper than before: a colon has to have opened it.
         if (margins.empty() || line.indent > margins.back()) {
             if (!opened) {
                 findings.add(kSyntax, first.offset, first.length,
@@ -112,11 +118,13 @@ void checkBlocks(const CodeView& view, FindingList& findings) {
                          "is not indented though a block opens before it");
             ++reported;
         }
+        // Back to a margin that was there, or the line stands between two.
         while (margins.size() > 1 && line.indent < margins.back()) margins.pop_back();
         if (line.indent > margins.back()) {
             findings.add(kSyntax, first.offset, first.length,
                          "goes back to a margin that no line before it has");
             ++reported;
+            // From here on it counts as one, so that the next line is not told for the same slip.
             margins.push_back(line.indent);
         } else if (line.indent < margins.back()) {
             margins.back() = line.indent; // The selection began further in.
@@ -152,6 +160,7 @@ void checkStatements(const CodeView& view, FindingList& findings) {
     if (view.language != Language::sql) return;
     std::size_t reported = 0;
     bool begins = true;
+    // Of brackets, in this statement.
     std::vector<std::size_t> open;
     const auto report = [&](std::size_t index, const std::string& says) {
         if (reported++ < kMostReported) {
@@ -164,10 +173,12 @@ void checkStatements(const CodeView& view, FindingList& findings) {
             const bool known = word == "with" || word == "while" || word == "when" ||
                                word == "where" || word == "from" ||
                                std::ranges::find(kStatements, word) != kStatements.end();
-            // What is assigned, called or reached into is a name.
+            // What is assigned, called or reached into is a name. Stored programs have statements
+            // that begin with such names.
             const bool isName = view.is(i + 1, ":") || view.is(i + 1, ":=") ||
                                 view.is(i + 1, "=") || view.is(i + 1, ".") || view.is(i + 1, "(") ||
                                 view.is(i + 1, ";");
+            // A word one letter shorter may be such a slip.
             if (!known && !isName && word.size() >= kShortestStatement - 1) {
                 if (const auto right = meant(word, kStatements);
                     right && right->size() >= kShortestStatement && reported < kMostReported) {
@@ -188,6 +199,8 @@ void checkStatements(const CodeView& view, FindingList& findings) {
         }
         if (view.is(i, ";")) {
             if (!open.empty()) report(open.back(), "is not closed before its statement ends");
+            // Brackets are counted anew with each statement, so one slip does not go through the
+            // file.
             open.clear();
             begins = true;
         }
@@ -203,6 +216,8 @@ constexpr std::array<std::string_view, 4> kBeforeConditions = {"if", "while", "s
 /// A name that stands but once, a slip away from a keyword and where that keyword would stand.
 /// With macros and types unknown to it a parser takes it for a name.
 void checkKeywords(const CodeView& view, FindingList& findings) {
+    // Macros and types are a name to a parser, so what is told here has to be rare, near and in the
+    // right place.
     if (view.language != Language::c && view.language != Language::cpp) return;
     std::map<std::string_view, std::size_t> counts;
     for (const Token& token : view.code) {
@@ -214,7 +229,9 @@ void checkKeywords(const CodeView& view, FindingList& findings) {
         const bool begins = view.is(i - 1, ";") || view.is(i - 1, "{") || view.is(i - 1, "}") ||
                             view.is(i - 1, ")") || view.is(i - 1, ":");
         const std::string_view word = view.textOf(view.code[i]);
+        // What stands twice is a name of the program's own.
         if (!begins || counts[word] > 1) continue;
+        // Words of three letters are near to too much.
         const auto value = word.size() >= 4 ? meant(word, kBeforeValues) : std::nullopt;
         const bool isValue = view.isKind(i + 1, TokenKind::identifier) ||
                              view.isKind(i + 1, TokenKind::number) || view.is(i + 1, ";");
@@ -241,6 +258,8 @@ void checkKeywords(const CodeView& view, FindingList& findings) {
 void checkDeclarations(const CodeView& view, FindingList& findings) {
     if (view.language != Language::css) return;
     std::size_t reported = 0;
+    // A second colon at the start of a line, before any semicolon, says that the declaration before
+    // it lacks its own.
     std::size_t colon = kNoToken; // of the declaration that goes on
     for (std::size_t i = 0; i < view.code.size() && reported < kMostReported; ++i) {
         if (view.is(i, "{") || view.is(i, "}") || view.is(i, ";")) colon = kNoToken;
@@ -274,6 +293,7 @@ void checkDeclarations(const CodeView& view, FindingList& findings) {
 
 void checkUnclosedStrings(const CodeView& view, FindingList& findings) {
     const bool toTheEnd = view.language == Language::sql;
+    // In SQL texts may span lines, so only one that runs to the end is open.
     if (!toTheEnd && !hasStringsOnOneLine(view.language)) return;
     std::size_t reported = 0;
     for (const Token& token : view.code) {

@@ -56,7 +56,9 @@ constexpr std::array<std::string_view, 14> kControl = {
 
 /// The opening brace of the body that belongs to the function word at `word`, or kNoToken.
 std::size_t bodyOf(const CodeView& view, std::size_t word) {
+    // 200 tokens: the longest list of parameters, with room.
     for (std::size_t i = word + 1; i < view.code.size() && i < word + 200; ++i) {
+        // Only what stands beside the word: braces of default values are within brackets.
         if (view.parent[i] != view.parent[word]) continue;
         if (view.is(i, "{")) return i;
         if (view.is(i, ";") || view.is(i, "}")) return kNoToken;
@@ -67,6 +69,8 @@ std::size_t bodyOf(const CodeView& view, std::size_t word) {
 /// Whether the brace opens the body of a function written "name(...) {".
 bool opensFunction(const CodeView& view, std::size_t brace) {
     std::size_t i = brace;
+    // Up to eight qualifiers may stand between the brackets and the brace: const, noexcept, a
+    // return type.
     for (int steps = 0; i > 0 && steps < 8; ++steps) {
         --i;
         if (view.is(i, ")")) break;
@@ -99,6 +103,7 @@ void checkLongPythonFunctions(const CodeView& view, FindingList& findings) {
         if (!view.is(first, "def")) continue;
         std::size_t end = i + 1;
         while (end < lines.size() && lines[end].indent > lines[i].indent) ++end;
+        // The last line of the body is the one before the next statement that stands no deeper.
         const std::size_t count =
             view.lineOf(end < lines.size() ? lines[end].first - 1 : view.code.size() - 1) -
             lines[i].line + 1;
@@ -149,6 +154,7 @@ void checkPythonNesting(const CodeView& view, FindingList& findings) {
     bool reported = false;
     for (const LogicalLine& line : view.logicalLines()) {
         while (!indents.empty() && line.indent <= indents.back()) indents.pop_back();
+        // Told once on the way down, and again only after at least half of it was left.
         if (indents.size() <= kDeepestNesting / 2) reported = false;
         if (indents.size() > kDeepestNesting && !reported) {
             reported = true;
@@ -172,6 +178,7 @@ constexpr std::array<std::string_view, 4> kLeavers = {"return", "throw", "raise"
 class StatementEnds {
 public:
     explicit StatementEnds(const CodeView& view)
+        // One place more, so that what is behind the last token needs no special case.
         : m_stop(view.code.size() + 1, kNoToken),
           m_end(view.code.size(), kNoToken) {
         for (std::size_t i = view.code.size(); i-- > 0;) {
@@ -180,6 +187,7 @@ public:
             const bool stops = passedOver || semicolon || view.is(i, "}") || view.is(i, ")");
             m_stop[i] = stops ? i : m_stop[i + 1];
             if (semicolon) m_end[i] = i;
+            // What brackets hold is passed over: the statement ends where it ends behind them.
             if (passedOver) m_end[i] = behind(view.match[i]);
         }
     }
@@ -219,6 +227,8 @@ bool anyBetween(const std::vector<std::size_t>& offsets, std::size_t begin, std:
 }
 
 void checkUnreachable(const CodeView& view, FindingList& findings) {
+    // Words and marks that may stand behind a statement that leaves: the end of a block, the next
+    // case, and declarations, which hold for the whole block.
     constexpr std::array<std::string_view, 11> kMayFollow = {
         "}",  "case",  "default", "function",    "break", "else",
         "]]", "class", "async",   "fallthrough", "var"};
@@ -233,8 +243,10 @@ void checkUnreachable(const CodeView& view, FindingList& findings) {
         const std::size_t next = end + 1;
         if (text::isOneOf(view.textOf(view.code[next]), kMayFollow)) continue;
         if (view.isKind(next, TokenKind::identifier) && view.is(next + 1, ":")) continue; // Label.
+        // An attribute, or an empty statement.
         if (view.is(next, "[") || view.is(next, ";") || view.is(next, "#")) continue;
         const std::size_t start = view.code[next].offset;
+        // Between branches of an "#if" either may be the only one there.
         if (view.is(next, ")") || anyBetween(directives, view.code[i].offset, start)) continue;
         findings.add(kDeadCode, start, view.source.lineEnd(view.lineOf(next)) - start,
                      "is never reached, for the statement before leaves the block");
@@ -248,6 +260,7 @@ void checkUnreachableByIndent(const CodeView& view, FindingList& findings) {
         const std::size_t first = lines[i].first;
         if (!text::isOneOf(view.textOf(view.code[first]), kLeavers) || view.is(first, "panic"))
             continue;
+        // An ordinary name in Python, as panic is.
         if (view.is(first, "throw")) continue;
         if (lines[i + 1].indent != lines[i].indent || lines[i].indent == 0) continue;
         const std::size_t next = lines[i + 1].first;
@@ -268,6 +281,7 @@ void checkFalseConditions(const CodeView& view, FindingList& findings) {
         const bool loop = view.is(i, "while");
         if (!view.is(i, "if") && !view.is(i, "elif") && !loop) continue;
         const bool braces = view.is(i + 1, "(") && isFalse(i + 2) && view.is(i + 3, ")");
+        // Python needs no brackets.
         const bool python =
             view.language == Language::python && isFalse(i + 1) && view.is(i + 2, ":");
         const bool bare = (view.language == Language::go || view.language == Language::rust) &&
@@ -298,6 +312,7 @@ void checkBrackets(const CodeView& view, FindingList& findings) {
         const Token& token = view.code[at];
         const std::size_t line = view.source.lineAt(token.offset);
         const std::size_t stop = std::min(view.source.lineEnd(line), token.offset + 60);
+        // At most 60 bytes of a line, which show where it is.
         const std::size_t length = std::max(stop - token.offset, token.length);
         switch (fault.kind) {
         case BracketFault::Kind::mismatched:
@@ -307,6 +322,7 @@ void checkBrackets(const CodeView& view, FindingList& findings) {
                              "” of " + view.source.place(view.code[fault.opener].offset));
             break;
         case BracketFault::Kind::neverClosed:
+            // Where brackets close others, what is left over is their echo.
             if (mismatches > 0) break;
             findings.add(kUnclosed, token.offset, length, "opens a bracket that nothing closes");
             break;
@@ -330,6 +346,7 @@ void checkLongFunctions(const CodeView& view, FindingList& findings) {
     for (std::size_t i = 0; i < view.code.size(); ++i) {
         std::size_t brace = kNoToken;
         std::size_t first = i;
+        // A function given to a call counts with what it is given to.
         const bool inCall = view.parent[i] != kNoToken && view.is(view.parent[i], "(");
         if (words && !inCall &&
             (view.is(i, "func") || view.is(i, "fn") || view.is(i, "function"))) {
@@ -337,6 +354,8 @@ void checkLongFunctions(const CodeView& view, FindingList& findings) {
         } else if (view.is(i, "{") && !inCall && view.language != Language::go &&
                    view.language != Language::rust && opensFunction(view, i)) {
             brace = i;
+            // Back to where its statement begins, for its return type and attributes; 60 tokens are
+            // a long one.
             while (first > 0 && !view.is(first - 1, ";") && !view.is(first - 1, "}") &&
                    !view.is(first - 1, "{") && !view.is(first - 1, ":") && i - first < 60) {
                 --first;
@@ -344,6 +363,7 @@ void checkLongFunctions(const CodeView& view, FindingList& findings) {
         }
         if (brace == kNoToken || view.match[brace] == kNoToken) continue;
         reportLongFunction(view, first, brace, findings);
+        // What is inside counts with it.
         i = view.match[brace];
     }
 }
@@ -375,6 +395,7 @@ void checkNesting(const CodeView& view, FindingList& findings) {
             }
         } else if (view.is(i, "}") && !blocks.empty()) {
             if (blocks.back()) --depth;
+            // By the kind of the brace that opened, as initialisers close like blocks.
             blocks.pop_back();
             if (depth <= kDeepestNesting / 2) reported = false;
         }
@@ -404,6 +425,7 @@ void checkIndentation(const CodeView& view, FindingList& findings) {
         const std::size_t indent = line.find_first_not_of(" \t");
         const std::string_view lead = line.substr(0, indent);
         if (lead.empty()) continue;
+        // A tab behind blanks looks different in every editor.
         if (lead.find(" \t") != std::string_view::npos && !mixedLine) mixedLine = i;
         if (lead[0] == '\t') {
             ++tabs;
@@ -415,6 +437,7 @@ void checkIndentation(const CodeView& view, FindingList& findings) {
         }
     }
     std::optional<std::size_t> where = mixedLine;
+    // Whichever is rarer is told.
     if (!where && tabs > 0 && blanks > 0) where = tabs < blanks ? firstTab : firstBlank;
     if (!where) return;
     const GradedRule rule = view.language == Language::python ? kMixedPython : kMixedIndentation;
@@ -429,6 +452,8 @@ void checkLongLines(const CodeView& view, FindingList& findings) {
     for (std::size_t i = 0; i < view.source.lineCount(); ++i) {
         const std::string_view line = view.source.line(i);
         if (line.size() <= kLongestLine) continue;
+        // A character has four bytes at most, so such a line is too long however it is counted, and
+        // need not be.
         const std::size_t length =
             line.size() > 4 * kLongestLine ? line.size() : text::characterCount(line);
         if (length <= kLongestLine) continue;
@@ -438,6 +463,7 @@ void checkLongLines(const CodeView& view, FindingList& findings) {
             run = c == ' ' || c == '\t' ? 0 : run + 1;
             unbroken = std::max(unbroken, run);
         }
+        // An address cannot be wrapped; a line of a thousand bytes is more than that.
         if (unbroken >= kLongestUnbroken && line.size() < 1000) continue;
         findings.add(kLongLine, view.source.lineStart(i), line.size(),
                      "is a line of " + std::to_string(length) + " characters");

@@ -45,6 +45,7 @@ struct GrammarOf {
     std::array<Frame, 3> frames{};
 };
 
+// A frame ends its last line before it closes: the text may end in a comment.
 constexpr std::array kGrammars = {
     GrammarOf{Language::c, "c", {{{"void f() {\n", "\n}"}}}},
     GrammarOf{Language::cpp, "cpp", {{{"void f() {\n", "\n}"}, {"class C {\n", "\n};"}}}},
@@ -79,6 +80,7 @@ bool hasMacros(Language language) {
 
 bool isSoundIn(const Frame& frame, std::string_view grammar, std::string_view text) {
     if (frame.before.empty()) return false;
+    // Only without a fault at all: frames are tried after the text by itself has failed.
     const std::string framed =
         std::string(frame.before) + std::string(text) + std::string(frame.after);
     const SyntaxReading reading = readSyntax(grammar, framed, kMostTime);
@@ -129,8 +131,12 @@ bool beginsLikeMacro(std::string_view behind) {
 bool holdsDespiteMacros(const CodeView& view, const SyntaxFault& fault,
                         const std::vector<SyntaxFault>& all) {
     const std::string_view text = view.source.text();
+    // The parser supposed something that is not there. That is a fault of the text only where no
+    // macro may stand for it.
     if (fault.kind == SyntaxFault::Kind::missing) {
         if (fault.missing != ";") return !view.faults.empty();
+        // It also supposed a type right behind: then it takes a macro for the beginning of a
+        // declaration.
         const bool declares = std::ranges::any_of(all, [&](const SyntaxFault& other) {
             return other.missing == "type_identifier" && other.offset >= fault.offset &&
                    other.offset - fault.offset <= kNextToken;
@@ -139,9 +145,13 @@ bool holdsDespiteMacros(const CodeView& view, const SyntaxFault& fault,
                !beginsLikeMacro(text.substr(fault.offset));
     }
     const std::string_view there = text.substr(fault.offset, fault.length);
+    // Words alone are what macros look like.
     if (std::ranges::all_of(there, isWordOrBlank)) return false;
+    // A "#" within is a directive that the fault runs over.
     if (there.find('#') != std::string_view::npos && there.front() != '#') return false;
+    // A quote is read before macros are, so a fault in one is real.
     if (there.find('"') != std::string_view::npos) return true;
+    // Otherwise the brackets have to say so too.
     return !view.faults.empty();
 }
 
@@ -229,9 +239,12 @@ void checkSyntax(const CodeView& view, std::string_view name, Readers readers,
             {what, "the text is longer than the parser can take", "grade a part of it"});
         return;
     }
+    // In this order: the cheapest question first, and a frame is parsed only for text that has
+    // failed.
     if (reading.faults.empty()) return;
     if (isPartOfSomething(*rules, grammar, text)) return;
     if (languageOfName(name) == Language::unknown && hasLooseEnds(view)) return;
+    // Told in the order of the text, which is that of the tree.
     std::size_t reported = 0;
     for (const SyntaxFault& fault : reading.faults) {
         if (hasMacros(view.language) && !holdsDespiteMacros(view, fault, reading.faults)) continue;

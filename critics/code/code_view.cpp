@@ -67,6 +67,8 @@ private:
         if (name == "if" || name == "ifdef" || name == "ifndef") {
             m_branches.push_back(m_open);
         } else if ((name == "else" || name == "elif") && !m_branches.empty()) {
+            // So that "if (a) {" in one branch and "if (b) {" in the other open one block and not
+            // two.
             m_open = m_branches.back();
         } else if (name == "endif" && !m_branches.empty()) {
             m_branches.pop_back();
@@ -81,6 +83,7 @@ private:
         m_view.parent.push_back(m_open.top);
         const bool shell = m_view.language == Language::shell;
         if (shell && token.kind == TokenKind::identifier) {
+            // The patterns of a case are closed by brackets that nothing opens.
             if (text == "case") m_cases.push_back(m_open.depth);
             if (text == "esac" && !m_cases.empty()) m_cases.pop_back();
         }
@@ -96,6 +99,7 @@ private:
 
     void close(std::size_t index, std::string_view text) {
         const Open partner = partnerOf(text);
+        // As deep as where the case began, so not within brackets inside of it.
         const bool inCase = !m_cases.empty() && m_open.depth <= m_cases.back();
         const bool innermost = partner.top != kNoToken && partner.top == m_open.top;
         if (text == ")" && (inCase || (!m_cases.empty() && !innermost))) {
@@ -105,15 +109,19 @@ private:
             if (m_open.top == kNoToken) {
                 fault(BracketFault::Kind::neverOpened, kNoToken, index);
             } else {
+                // Takes the innermost for the one that was meant, or every bracket behind it would
+                // be off.
                 fault(BracketFault::Kind::mismatched, m_open.top, index);
                 m_open = below(m_open);
             }
             return;
         }
+        // What lies in between was left open.
         if (!innermost) fault(BracketFault::Kind::mismatched, m_open.top, index);
         m_view.match[index] = partner.top;
         m_view.match[partner.top] = index;
         m_open = below(partner);
+        // A closing bracket belongs to what the pair stands in.
         m_view.parent[index] = m_open.top;
     }
 
@@ -136,6 +144,7 @@ private:
     }
 
     void reportOpen() {
+        // From the outermost, as they stand in the text.
         std::vector<std::size_t> openers;
         for (Open open = m_open; open.top != kNoToken; open = below(open)) {
             openers.push_back(open.top);
@@ -168,6 +177,7 @@ bool CodeView::isKind(std::size_t index, TokenKind kind) const {
     return index < code.size() && code[index].kind == kind;
 }
 
+// Both lists are in order, so one walk through each is enough.
 void CodeView::markLines() {
     lineInText.assign(source.lineCount(), false);
     std::size_t line = 0;
@@ -187,6 +197,8 @@ std::vector<LogicalLine> CodeView::logicalLines() const {
         const std::size_t line = lineOf(i);
         if (line == previous) continue;
         previous = line;
+        // A line within brackets goes on with the one before, and one within a text has no
+        // indentation of its own.
         if (parent[i] != kNoToken || lineInText[line] || closes(textOf(code[i]))) continue;
         if (i > 0 && is(i - 1, "\\")) continue; // Goes on from the line before.
         std::size_t indent = 0;
@@ -194,6 +206,7 @@ std::vector<LogicalLine> CodeView::logicalLines() const {
             if (c == ' ') {
                 ++indent;
             } else if (c == '\t') {
+                // Tabs count to the next eighth column, as Python has it.
                 indent += 8 - indent % 8;
             } else {
                 break;

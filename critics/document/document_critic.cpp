@@ -31,6 +31,7 @@ Critique critiqueDocument(const Part& part, const LanguageTools& tools) {
                                   "no more than the first mebibyte of a text is read as Markdown",
                                   "grade it in parts"});
     }
+    // Without a word there is nothing that the rules below could read.
     if (checkAmount(view, findings)) {
         critique.findings = findings.take();
         return critique;

@@ -30,6 +30,7 @@ constexpr GradedRule kMissingDefinition =
     declared<WorkKind::document>("document.missing_definition");
 constexpr GradedRule kMissingReference = declared<WorkKind::document>("document.missing_reference");
 
+// Targets that stand for one that was to come.
 bool isGapTarget(std::string_view target) {
     constexpr std::array<std::string_view, 14> kGaps = {
         "",    "#", "todo", "tbd",     "url",      "link",  "xxx",
@@ -42,6 +43,7 @@ std::string_view addressFault(const Link& link) {
     const std::string_view target = link.target;
     const bool blank = target.find_first_of(" \t") != std::string_view::npos;
     if (blank && !link.bracketed) return "contains a blank";
+    // 16 bytes hold every scheme that is looked for.
     const std::string lower = text::lowerAscii(target.substr(0, 16));
     for (const std::string_view slip : {"http:/", "https:/", "ftp:/"}) {
         if (lower.compare(0, slip.size(), slip) == 0 &&
@@ -60,8 +62,10 @@ std::string_view addressFault(const Link& link) {
     if (scheme == 0) return {};
     std::string_view host = target.substr(scheme);
     host = host.substr(0, host.find_first_of("/?#"));
+    // Names of users may stand before the host.
     host = host.substr(host.rfind('@') == std::string_view::npos ? 0 : host.rfind('@') + 1);
     if (host.empty()) return "names no host";
+    // Two dots in a row, or marks at its beginning, no name may have (RFC 1123, 2.1).
     if (host.front() == '.' || host.front() == '-' || host.find("..") != std::string_view::npos ||
         host.find(',') != std::string_view::npos) {
         return "names a host that cannot exist";
@@ -75,6 +79,7 @@ std::string anchorKey(std::string_view text) {
     std::string key;
     for (std::size_t i = 0; i < text.size();) {
         const text::Decoded point = text::decodeFront(text.substr(i));
+        // One pass over code points, since letters beyond ASCII count.
         if (point.codePoint >= 0x80 || text::isAsciiDigit(text[i]) ||
             text::isAsciiLetter(text[i])) {
             if (point.codePoint < 0x80) {
@@ -144,6 +149,7 @@ Anchors anchorsOf(const DocumentView& document) {
     std::map<std::string, std::size_t> uses;
     const auto add = [&](std::string_view title) {
         const std::string slug = slugOf(text::trimmed(title));
+        // As GitHub has it: the second heading of one text gets "-1", the third "-2".
         const std::size_t earlier = uses[slug]++;
         const std::string again = earlier == 0 ? "" : std::to_string(earlier);
         anchors.exact.insert(earlier == 0 ? slug : slug + "-" + again);
@@ -155,7 +161,9 @@ Anchors anchorsOf(const DocumentView& document) {
     };
     const std::string_view text = document.source.text();
     for (const Heading& heading : document.outline.headings) {
+        // As it is shown: the anchor of a heading that is a link has nothing of its target.
         std::string_view title = heading.shown;
+        // Some renderers let a heading name its own anchor.
         const std::size_t own = title.rfind("{#");
         if (own != std::string_view::npos && title.back() == '}') {
             addOwn(title.substr(own + 2, title.size() - own - 3));
@@ -168,6 +176,7 @@ Anchors anchorsOf(const DocumentView& document) {
     for (const std::string_view attribute : {"id=", "name="}) {
         for (std::size_t at = text.find(attribute); at != std::string_view::npos;
              at = text.find(attribute, at + 1)) {
+            // 100 bytes: an id is a word or two.
             std::string_view value = text.substr(at + attribute.size(), 100);
             if (value.empty() || (value[0] != '"' && value[0] != '\'')) continue;
             addOwn(value.substr(1, value.find(value[0], 1) - 1));
@@ -190,12 +199,14 @@ constexpr std::size_t kSection = 2;
 /// "3" or "3.2" at `at`; empty when no number stands there.
 std::string_view numberAt(std::string_view text, std::size_t at) {
     std::size_t end = at;
+    // 12 bytes hold any number that sections have.
     while (end < text.size() && end - at < 12) {
         const bool point = text[end] == '.' && end > at && end + 1 < text.size() &&
                            text::isAsciiDigit(text[end + 1]);
         if (!text::isAsciiDigit(text[end]) && !point) break;
         ++end;
     }
+    // "3D" and "2nd" are no numbers.
     if (end < text.size() && text::isAsciiLetter(text[end])) return {};
     return text.substr(at, end - at);
 }
@@ -221,6 +232,8 @@ class LineLeads {
 public:
     explicit LineLeads(const SourceText& source) : m_source(source) {}
 
+    // Words come in the order of the text, so the line that was asked for last is the one asked for
+    // next.
     bool has(const text::Word& word) {
         const std::size_t line = m_source.lineAt(word.offset);
         if (line != m_line) {
@@ -243,6 +256,7 @@ bool isCaption(std::string_view text, const text::Word& word, std::size_t number
                LineLeads& leads) {
     if (!leads.has(word)) return false;
     if (numberEnd >= text.size()) return true;
+    // Four bytes: a blank and a dash of three.
     const std::string_view rest = text.substr(numberEnd, 4);
     constexpr std::string_view kBehind = ":.|)*_]\n\r-";
     if (kBehind.find(rest[0]) != std::string_view::npos) return true;
@@ -270,6 +284,8 @@ Numbers sectionNumbers(const DocumentView& document) {
     const auto& lines = document.outline.lines;
     for (std::size_t i = 0; i < lines.size(); ++i) {
         if (lines[i] != LineKind::prose && lines[i] != LineKind::listItem) continue;
+        // A number on a line of its own, with a capital behind it, is a heading that was not marked
+        // as one.
         const bool alone = (i == 0 || lines[i - 1] == LineKind::blank) &&
                            (i + 1 == lines.size() || lines[i + 1] == LineKind::blank);
         const std::string_view line = text::trimmed(document.source.line(i));
@@ -305,6 +321,7 @@ void checkTarget(const DocumentView& document, const Link& link, const Anchors& 
         constexpr std::string_view kPrefix = "user-content-"; // GitHub's own, in the page.
         if (fragment.starts_with(kPrefix)) fragment.erase(0, kPrefix.size());
         const bool known = anchors.has(fragment) || text::lowerAscii(fragment) == "top";
+        // Without any heading the anchors come from elsewhere.
         if (!known && !document.outline.headings.empty()) {
             findings.add(kBrokenAnchor, link.offset, link.length,
                          "leads to a heading that the document does not have");
@@ -332,11 +349,13 @@ void checkSources(const DocumentView& document, FindingList& findings) {
         listed.insert(std::string(number));
         entries.insert(start);
     }
+    // One entry may be something in brackets; two are a list.
     if (listed.size() < 2) return;
     for (std::size_t at = text.find('['); at != std::string_view::npos;
          at = text.find('[', at + 1)) {
         const std::string_view number = numberAt(text, at + 1);
         const std::size_t close = at + 1 + number.size();
+        // Up to 999 sources; longer numbers are years and the like.
         if (number.empty() || number.size() > 3 || close >= text.size() || text[close] != ']') {
             continue;
         }
@@ -375,7 +394,8 @@ void checkLinks(const DocumentView& document, FindingList& findings) {
     }
     for (std::size_t i = 0; i < document.outline.definedLinks.size(); ++i) {
         const Link& link = document.outline.definedLinks[i];
-        // "[//]: # (…)" is how some write comments.
+        // "[//]: # (…)" is how some write comments. Of definitions only those are judged that are
+        // used, and those that lead within the document.
         const bool points = link.target.size() > 1 && link.target[0] == '#';
         const std::string id = text::lowerAscii(document.outline.definitions[i].id);
         if (points || used.count(id) > 0) checkTarget(document, link, anchors, findings);
@@ -408,6 +428,7 @@ void checkNotes(const DocumentView& document, FindingList& findings) {
     checkSources(document, findings);
 }
 
+// Two passes: a caption may stand behind what refers to it.
 void checkNumberedReferences(const DocumentView& document, FindingList& findings) {
     struct Mention {
         std::size_t offset;
@@ -424,6 +445,7 @@ void checkNumberedReferences(const DocumentView& document, FindingList& findings
         text::wordsIn(text, 0, text.size()); // Captions of pictures too.
     for (std::size_t i = 0; i < all.size(); ++i) {
         const text::Word& word = all[i];
+        // No word that is looked for is shorter or longer.
         if (!word.capitalised || word.length < 3 || word.length > 7) continue;
         const std::size_t kind = kindOf(text.substr(word.offset, word.length));
         if (kind == kKinds.size()) continue;
@@ -431,6 +453,7 @@ void checkNumberedReferences(const DocumentView& document, FindingList& findings
         const std::string_view number = numberAt(text, start);
         if (number.empty()) continue;
         const std::size_t end = start + number.size();
+        // A number on the next line belongs to something else.
         if (isCaption(text, word, end, leads) && text[start - 1] != '\n') {
             existing[kind].insert(std::string(number));
             continue;
@@ -444,6 +467,7 @@ void checkNumberedReferences(const DocumentView& document, FindingList& findings
     }
     for (const Mention& mention : mentions) {
         const Numbers& numbers = existing[mention.kind];
+        // Without any caption the tables and figures are elsewhere.
         if (numbers.empty() || numbers.find(mention.number) != numbers.end()) continue;
         findings.add(kMissingReference, mention.offset, mention.end - mention.offset,
                      "does not exist in the document, which has " + std::to_string(numbers.size()) +

@@ -29,6 +29,7 @@ constexpr GradedRule kUnclosedFence = declared<WorkKind::document>("document.unc
 constexpr GradedRule kUnclosedComment = declared<WorkKind::document>("document.unclosed_comment");
 constexpr GradedRule kSpelling = declared<WorkKind::document>("document.spelling_mix");
 
+// Marks of emphasis and code do not make another heading.
 std::string headingKey(std::string_view text) {
     std::string key;
     for (const char c : text) {
@@ -60,6 +61,7 @@ void checkLevels(const DocumentView& document, const std::vector<bool>& content,
                  FindingList& findings) {
     const auto& headings = document.outline.headings;
     std::size_t titles = 0;
+    // How many titles there are has to be known before the first is judged.
     for (const Heading& heading : headings) titles += heading.level == 1 ? 1U : 0U;
     // Where every chapter is of the first level, none of them is a second title; a chapter has
     // something in it.
@@ -74,6 +76,7 @@ void checkLevels(const DocumentView& document, const std::vector<bool>& content,
         titled = titled || heading.level == 1;
         // A title in the front matter is the heading above all others.
         if (i == 0 && !document.outline.frontTitle) continue;
+        // The first heading is measured by the title of the front matter.
         const int above = i == 0 ? 1 : headings[i - 1].level;
         if (heading.level <= above + 1 || length == 0) continue; // Told as wordless.
         findings.add(kHeadingOrder, heading.begin, length,
@@ -144,10 +147,12 @@ struct Item {
 std::optional<Item> itemNumber(std::string_view content) {
     std::size_t digits = 0;
     int number = 0;
+    // 999 at most: larger numbers are years.
     while (digits < content.size() && digits < 4 && text::isAsciiDigit(content[digits])) {
         number = number * 10 + (content[digits] - '0');
         ++digits;
     }
+    // A number needs a mark and a blank behind it.
     if (digits == 0 || digits > 3 || digits + 1 >= content.size()) return std::nullopt;
     const char mark = content[digits];
     if ((mark != '.' && mark != ')') || content[digits + 1] != ' ') return std::nullopt;
@@ -155,6 +160,7 @@ std::optional<Item> itemNumber(std::string_view content) {
 }
 
 bool continuesList(const OpenList& list, int number) {
+    // After a paragraph a list may begin anew at any number.
     if (number == list.last + 1 || list.interrupted) return true;
     // All items numbered alike are counted by whatever shows the document.
     return number == list.last && number == list.first && number <= 1;
@@ -206,6 +212,7 @@ bool standsAt(std::string_view text, std::size_t offset, std::string_view word, 
 } // namespace
 
 void checkHeadings(const DocumentView& document, FindingList& findings) {
+    // One look for the content of all sections, as two rules ask for it.
     const std::vector<bool> content = haveContent(document);
     if (!content.empty()) checkLevels(document, content, findings);
     checkDuplicateHeadings(document, findings);
@@ -221,12 +228,15 @@ void checkNumberedLists(const DocumentView& document, FindingList& findings) {
         const std::string_view content = text::trimmed(raw);
         const auto indent = static_cast<std::size_t>(content.data() - raw.data());
         if (lines[i] == LineKind::heading || lines[i] == LineKind::rule) open.clear();
+        // Prose behind a blank line and no deeper ends what it stands beside, or goes on with it:
+        // the next number tells which.
         if (lines[i] == LineKind::prose && i > 0 && lines[i - 1] == LineKind::blank) {
             for (OpenList& list : open) {
                 if (indent <= list.indent) list.interrupted = true;
             }
         }
         if (lines[i] != LineKind::listItem) continue;
+        // Indented by one more may be a slip of the same list.
         while (!open.empty() && open.back().indent > indent + 1) open.pop_back();
         const bool same = !open.empty() && open.back().indent + 1 >= indent;
         const auto item = itemNumber(content);
@@ -242,6 +252,7 @@ void checkNumberedLists(const DocumentView& document, FindingList& findings) {
             continue;
         }
         OpenList& list = open.back();
+        // A list that begins again at 1 is another one.
         const bool fresh = item->number == 1 && list.last != 1;
         if (!continuesList(list, item->number) && !fresh) {
             findings.add(kListOrder, document.source.lineStart(i) + indent, content.size(),
@@ -283,10 +294,12 @@ void checkSpellings(const DocumentView& document, FindingList& findings) {
     const std::string_view text = document.view.masked();
     std::array<std::array<Sightings, 2>, kSpellings.size()> seen{};
     for (const text::Word& word : document.view.words) {
+        // A joined word is one longer word.
         const bool joined = word.offset > 0 && text[word.offset - 1] == '-';
         if (joined) continue;
         for (std::size_t i = 0; i < kSpellings.size(); ++i) {
             const SpellingPair& pair = kSpellings[i];
+            // Most words are told apart by their first letter.
             if (text::lowerAscii(text[word.offset]) != text::lowerAscii(pair.one[0])) continue;
             const bool one = standsAt(text, word.offset, pair.one, pair.byCase);
             if (!one && !standsAt(text, word.offset, pair.other, pair.byCase)) continue;
@@ -298,6 +311,7 @@ void checkSpellings(const DocumentView& document, FindingList& findings) {
         const Sightings& one = seen[i][0];
         const Sightings& other = seen[i][1];
         if (one.count == 0 || other.count == 0) continue;
+        // In a tie the second of the pair is told.
         const bool otherIsRarer = other.count <= one.count;
         const std::string_view rare = otherIsRarer ? kSpellings[i].other : kSpellings[i].one;
         const std::string_view usual = otherIsRarer ? kSpellings[i].one : kSpellings[i].other;

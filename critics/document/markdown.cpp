@@ -34,7 +34,8 @@ bool onlyOf(std::string_view text, std::string_view marks) {
     return !text.empty() && text.find_first_not_of(marks) == std::string_view::npos;
 }
 
-/// "| --- | :-: |"
+/// "| --- | :-: |". As the marks under a header have it; a hyphen and a bar, or it is a rule or a
+/// line of text.
 bool isDelimiterRow(std::string_view content) {
     return onlyOf(content, "|-: \t") && content.find('-') != std::string_view::npos &&
            content.find('|') != std::string_view::npos;
@@ -49,6 +50,7 @@ std::size_t cellsIn(std::string_view row) {
         if (row[i] == '\\') {
             ++i;
         } else if (row[i] == '|') {
+            // A bar at the end closes the last cell and begins none.
             if (text::trimmed(row.substr(i + 1)).empty()) break;
             ++cells;
         }
@@ -70,6 +72,9 @@ public:
         m_outline.prose.masked = std::string(source.text());
     }
 
+    // The library says which block each line is of; what it does not tell, such as places within a
+    // line, is read here from the text. In this order: code goes first, since nothing in it is a
+    // mark, and links before tags, since an address may stand in angle brackets.
     Outline read() {
         const std::size_t first = frontMatter();
         const MarkdownTree tree = markdownTree(m_source, first);
@@ -95,7 +100,8 @@ private:
             .substr(m_source.lineStart(line), m_source.lineEnd(line) - m_source.lineStart(line));
     }
 
-    /// Comments within lines; those of their own are masked by then.
+    /// Comments within lines; those of their own are masked by then. One that is not closed is told
+    /// elsewhere, and hides nothing here.
     void maskComments() {
         for (std::size_t at = masked().find("<!--"); at != std::string::npos;) {
             const std::size_t close = masked().find("-->", at + 4);
@@ -110,6 +116,8 @@ private:
     std::size_t frontMatter() {
         const std::string_view opener = text::trimmed(m_source.line(0));
         if (opener != "---" && opener != "+++") return 0;
+        // A block of keys is short; without a limit a rule at the top would be followed through all
+        // of the text.
         const std::size_t limit = std::min<std::size_t>(m_source.lineCount(), kMostFrontMatter);
         bool titled = false;
         bool keyed = false;
@@ -137,6 +145,8 @@ private:
     /// Masks the marks of quotations that begin the line. What stands behind them.
     std::string_view unquoted(std::size_t line, bool quoted) {
         std::string_view content = text::trimmed(maskedLine(line));
+        // What is masked already may be a mark that an earlier block of the same line has dealt
+        // with.
         while (quoted && !content.empty() &&
                (content.front() == '>' || content.front() == kMasked)) {
             // A quotation in a document is part of it; only its marks are not.
@@ -148,6 +158,7 @@ private:
 
     void readBlock(const MarkdownBlock& block) {
         for (std::size_t line = block.firstLine; line <= block.lastLine; ++line) {
+            // Items and notes hold other blocks, and only their first lines are theirs.
             if (block.kind != MarkdownKind::item && block.kind != MarkdownKind::note) {
                 m_read[line] = true;
             }
@@ -197,6 +208,7 @@ private:
         }
         if (!block.fenced) return;
         std::string_view last = text::trimmed(m_source.line(block.lastLine));
+        // Within a quotation the fence that closes has its marks too.
         while (block.quoted && !last.empty() && last.front() == '>') {
             last = text::trimmed(last.substr(1));
         }
@@ -211,6 +223,8 @@ private:
         const std::string_view html = m_source.text().substr(block.begin, end - block.begin);
         const std::string_view content = text::trimmed(html);
         const std::string head = text::lowerAscii(content.substr(0, 8));
+        // Kinds of HTML blocks begin with these, CommonMark 4.6: comments, and elements whose
+        // content is text as it stands.
         const auto beginsWith = [&](std::string_view tag) {
             return head.compare(0, tag.size(), tag) == 0;
         };
@@ -241,6 +255,7 @@ private:
     void readProse(const MarkdownBlock& block, LineKind kind) {
         for (std::size_t line = block.firstLine; line <= block.lastLine; ++line) {
             const std::string_view content = unquoted(line, block.quoted);
+            // A line of marks alone shows nothing.
             if (content.empty() || onlyOf(content, kMaskedOnly)) continue;
             setKind(line, kind);
             if (!m_open) openBlock(offsetOf(content), BlockKind::paragraph);
@@ -269,6 +284,8 @@ private:
                 break;
             }
             const bool alone = block.firstLine == block.lastLine && !block.inItem;
+            // "##Heading": the library takes it for text, people for a heading. One "#" may be a
+            // number or a name.
             if (alone && runOf(content, '#') > 1 && runOf(content, '#') <= 6 &&
                 content.size() > runOf(content, '#') &&
                 (text::isAsciiLetter(content[runOf(content, '#')]) ||
@@ -287,6 +304,7 @@ private:
     void readHeading(MarkdownBlock block) {
         // Definitions right above a heading are counted in with it.
         while (block.firstLine + 1 < block.lastLine) {
+            // Definitions belong to no heading, so each moves its beginning down.
             const std::string_view above = unquoted(block.firstLine, block.quoted);
             if (!definesAddress(above) || !readDefinition(block.firstLine, above)) break;
             block.begin = m_source.lineStart(++block.firstLine);
@@ -295,6 +313,7 @@ private:
         const std::size_t at = block.begin - m_source.lineStart(block.firstLine);
         if (!block.quoted) content = text::trimmed(maskedLine(block.firstLine).substr(at));
         if (block.firstLine == block.lastLine) {
+            // Marks may close a heading as well, if a blank stands before them.
             std::string_view text = text::trimmed(content.substr(runOf(content, '#')));
             std::string_view bare = text;
             while (!bare.empty() && bare.back() == '#') bare.remove_suffix(1);
@@ -330,6 +349,7 @@ private:
     }
 
     void readTable(std::size_t first, std::size_t last, bool quoted) {
+        // The header says how many cells a row has.
         const std::size_t expected = cellsIn(unquoted(first, quoted));
         Block block{m_source.lineStart(first), 0, BlockKind::table};
         for (std::size_t row = first; row <= last; ++row) {
@@ -345,6 +365,7 @@ private:
     /// The end of the label of "[id]: …" at the start of `content`, or 0.
     static std::size_t labelEnd(std::string_view content) {
         if (content.size() < 4 || content[0] != '[') return 0;
+        // A label is bounded, so a bracket that never closes costs no more than that.
         const std::size_t close = content.substr(0, kLongestLabel + 2).find("]:");
         if (close == std::string_view::npos || close < 2) return 0;
         const std::string_view id = content.substr(1, close - 1);
@@ -357,6 +378,7 @@ private:
         if (close == 0) return false;
         const std::string_view target = text::trimmed(content.substr(close + 2));
         if (target.empty()) return false;
+        // What begins like an address, since text behind such a label may be a note.
         return target[0] == '/' || target[0] == '.' || target[0] == '#' || target[0] == '<' ||
                target.find("://") != std::string_view::npos;
     }
@@ -383,6 +405,7 @@ private:
         setKind(line, LineKind::definition);
         m_outline.definitions.push_back({offset, content.size(), raw.substr(1, close - 1)});
         std::string_view target = text::trimmed(raw.substr(close + 2));
+        // Behind the address a title may stand.
         if (target.front() != '<') target = target.substr(0, target.find_first_of(" \t"));
         m_outline.definedLinks.push_back(
             {offset, content.size(), {}, withoutTitle(target), false, target.front() == '<'});
@@ -393,6 +416,7 @@ private:
     /// The library drops definitions, and notes that nothing points to; behind its reach is text.
     void readRest() {
         for (std::size_t line = 0; line < m_source.lineCount(); ++line) {
+            // Lines that no block has: definitions, and what is beyond the reach of the library.
             if (m_read[line]) {
                 closeBlock();
                 continue;
@@ -423,6 +447,7 @@ private:
     bool readSplitDefinition(std::size_t line, std::string_view content) {
         const std::size_t close = labelEnd(content);
         const std::size_t offset = offsetOf(content);
+        // The target stands on the next line.
         if (close > 0 && close + 2 == content.size() && line + 1 < m_source.lineCount()) {
             const std::string_view raw = m_source.text().substr(offset, content.size());
             setKind(line, LineKind::definition);
@@ -430,6 +455,7 @@ private:
             mask(masked(), offset, content.size());
             return true;
         }
+        // A title, or the target of the line before.
         if (line > 0 && m_outline.lines[line - 1] == LineKind::definition) {
             setKind(line, LineKind::definition);
             mask(masked(), offset, content.size());
@@ -463,6 +489,7 @@ private:
         std::vector<Block>& blocks = m_outline.prose.blocks;
         std::stable_sort(blocks.begin(), blocks.end(),
                          [](const Block& a, const Block& b) { return a.begin < b.begin; });
+        // Blocks that overlap are cut where the one before ends, so that every byte is judged once.
         std::size_t end = 0;
         std::erase_if(blocks, [&](Block& block) {
             block.begin = std::max(block.begin, end);
@@ -478,6 +505,8 @@ private:
 
     void readLinks() {
         const std::string_view source = m_source.text();
+        // A stack of brackets that are open; what a bracket closes is the innermost. Paragraphs end
+        // it.
         std::vector<std::size_t> open;
         m_pictures.clear();
         for (std::size_t i = 0; i < source.size(); ++i) {
@@ -491,6 +520,7 @@ private:
             } else if (c == '[') {
                 open.push_back(i);
             } else if (c == ']' && !open.empty()) {
+                // Everything within is read by then, since inner brackets close first.
                 const std::size_t begin = open.back();
                 open.pop_back();
                 i = readBracket(begin, i);
@@ -502,6 +532,7 @@ private:
     /// Pictures lie within one another or apart, in the order of their ends: from the last one
     /// back, each that begins in front of all masked before it is masked up to there.
     void maskPictures() {
+        // What is masked twice would cost the square of how deep pictures nest.
         std::size_t masked = m_source.text().size();
         for (auto picture = m_pictures.rbegin(); picture != m_pictures.rend(); ++picture) {
             const auto [begin, end] = *picture;
@@ -515,6 +546,7 @@ private:
     std::size_t readBracket(std::size_t begin, std::size_t close) {
         const std::string_view text = m_source.text();
         const std::string_view inner = text.substr(begin + 1, close - begin - 1);
+        // A mark of a note has no blanks and is short.
         if (inner.size() > 1 && inner[0] == '^' && inner.size() < 100) {
             m_outline.noteMarks.push_back({begin, close + 1 - begin, inner.substr(1)});
             mask(masked(), begin, close + 1 - begin);
@@ -524,6 +556,7 @@ private:
         const bool image = begin > 0 && text[begin - 1] == '!';
         if (next == '(') {
             const std::size_t end = targetEnd(close + 1);
+            // Brackets without an address are text in brackets.
             if (end == 0) return close;
             std::string_view target = text::trimmed(text.substr(close + 2, end - close - 2));
             const std::size_t offset = image ? begin - 1 : begin;
@@ -532,13 +565,16 @@ private:
             if (image) {
                 m_pictures.emplace_back(offset, end + 1);
             } else {
+                // The text of a link is prose; its brackets and its address are none.
                 mask(masked(), begin, 1);
                 mask(masked(), close, end + 1 - close);
             }
             return end;
         }
+        // The round brackets before it may hold the text.
         if (next != '[' && begin > 0 && masked()[begin - 1] == ')') readReversed(begin, close);
         const bool indexing = begin > 0 && text::isAsciiWord(text[begin - 1]);
+        // a[i][j] is program text.
         if (next != '[' || indexing) return close;
         const std::string_view rest = text.substr(close + 2, 100);
         const std::size_t end = rest.find_first_of("]\n[");
@@ -546,6 +582,7 @@ private:
         const std::string_view id = end == 0 ? inner : rest.substr(0, end);
         if (id.empty() || id[0] == '^') return close; // "[1][^2]" is two things.
         if (id.size() > kLongestLabel) return close;
+        // [1][2] are two sources.
         const bool numbers = onlyOf(inner, "0123456789, -");
         if (!numbers) {
             m_outline.references.push_back({begin, close + 3 + end - begin, id});
@@ -568,6 +605,7 @@ private:
             address.find_first_of(" \t\n") != std::string_view::npos)
             return;
         std::size_t open = begin - 1; // On the bracket that closes the text.
+        // Bounded, since a bracket may have no partner.
         const std::size_t least = open > kLongestReversed ? open - kLongestReversed : 0;
         std::size_t depth = 1;
         while (open > least && depth > 0) {
@@ -587,6 +625,7 @@ private:
     [[nodiscard]] std::size_t targetEnd(std::size_t open) const {
         const std::string_view near = m_source.text().substr(open, kLongestTarget);
         std::size_t depth = 0;
+        // As CommonMark has it, round brackets in an address come in pairs.
         for (std::size_t i = 0; i < near.size(); ++i) {
             if (near[i] == '\n') return 0;
             if (near[i] == '(' && ++depth > kDeepestTarget) return 0;
@@ -596,6 +635,7 @@ private:
     }
 
     static std::string_view withoutTitle(std::string_view target) {
+        // In angle brackets an address may hold blanks, and has no title within.
         if (!target.empty() && target.front() == '<') {
             const std::size_t close = target.find('>');
             return target.substr(1, close == std::string_view::npos ? target.size() : close - 1);
@@ -616,6 +656,7 @@ private:
             const char first = text[i + 1] == '/' ? text[i + 2] : text[i + 1];
             if (!text::isAsciiLetter(first)) continue;
             const std::string_view near = std::string_view(text).substr(i + 1, kLongestTag);
+            // A second "<" before the end shows that the first begins no tag.
             const std::size_t close = near.find_first_of("<>");
             if (close == std::string_view::npos || near[close] == '<') continue;
             const std::string_view inner = near.substr(0, close);
@@ -634,6 +675,7 @@ private:
         if (!text::hasAt(tag, 0, "img ") && !text::hasAt(tag, 0, "img\n")) return false;
         for (const std::string_view attribute : {"alt", "aria-", "role", "{"}) {
             for (std::size_t at = 1; at < tag.size(); ++at) {
+                // A name of an attribute, not the end of another.
                 if (text::hasAt(tag, at, attribute) && !text::isAsciiWord(tag[at - 1]))
                     return false;
             }
@@ -645,6 +687,7 @@ private:
         constexpr std::string_view kElements =
             " a b i u p s br hr em li ol ul td th tr dl dt dd div img kbd pre sub sup del ins "
             "code span table thead tbody details summary strong small center picture source ";
+        // Elements without attributes; with them the "=" tells.
         const std::string name = " " + text::lowerAscii(inner) + " ";
         return kElements.find(name) != std::string_view::npos;
     }

@@ -43,6 +43,8 @@ public:
             if (closes) m_length = 0;
             return true;
         }
+        // As CommonMark has it: three marks at least, and none within what follows a fence of
+        // backticks.
         if (run < 3 || (mark == '`' && content.find('`', run) != std::string_view::npos)) {
             return false;
         }
@@ -63,6 +65,7 @@ bool isMark(char c) {
 
 /// The text as the library may have it: of the same length byte by byte, so that its places hold.
 std::string readable(const SourceText& source, std::size_t firstLine, std::size_t lines) {
+    // Only as far as is read at all.
     std::string copy(source.text().substr(0, source.lineEnd(lines - 1)));
     const auto blank = [&](std::size_t at, std::size_t length) {
         for (std::size_t i = at; i < at + length; ++i) copy[i] = ' ';
@@ -98,11 +101,14 @@ std::string readable(const SourceText& source, std::size_t firstLine, std::size_
         }
         std::size_t depth = 0;
         bool leading = true;
+        // In code nothing counts. Elsewhere marks beyond what anybody writes are made letters,
+        // which keeps the time that hostile text takes in proportion to its length.
         for (; at < end; ++at) {
             const char c = copy[at];
             const bool container =
                 c == '>' || c == '-' || c == '*' || c == '+' || c == '.' || c == ')';
             leading = leading && (container || c == ' ' || c == '\t' || (c >= '0' && c <= '9'));
+            // Within one another on one line: each level costs the library a block.
             if (leading && container && ++depth > kDeepest) copy[at] = 'x';
             if (isMark(c) && ++marks > kMostMarks) copy[at] = 'x';
         }
@@ -117,6 +123,7 @@ struct Free {
 };
 
 std::unique_ptr<cmark_node, Free> parsed(const std::string& text) {
+    // Notes ("[^1]") are no part of CommonMark, so they are asked for.
     constexpr int kOptions = CMARK_OPT_FOOTNOTES;
     const std::unique_ptr<cmark_parser, Free> parser(cmark_parser_new(kOptions));
     for (const char* name : {"table", "strikethrough", "tasklist"}) {
@@ -197,19 +204,23 @@ private:
         const std::optional<MarkdownKind> kind = kindOf(node);
         if (!kind) return;
         const int start = cmark_node_get_start_line(node);
+        // Blocks of extensions may have no line.
         if (start < 1 || static_cast<std::size_t>(start) > m_lines) return;
         MarkdownBlock block;
         block.kind = *kind;
         block.firstLine = static_cast<std::size_t>(start) - 1;
         const int end = cmark_node_get_end_line(node);
+        // A block that the library has given no end is one line.
         block.lastLine = std::clamp(end < 1 ? block.firstLine : static_cast<std::size_t>(end) - 1,
                                     block.firstLine, m_lines - 1);
+        // Columns count bytes from 1.
         const int column = std::max(1, cmark_node_get_start_column(node));
         block.begin =
             std::min(m_source.lineStart(block.firstLine) + static_cast<std::size_t>(column) - 1,
                      m_source.lineEnd(block.firstLine));
         block.quoted = m_quotes > 0;
         cmark_node* const parent = cmark_node_parent(node);
+        // The paragraph of an item is its first child.
         block.inItem = parent != nullptr && cmark_node_previous(node) == nullptr &&
                        kindOf(parent) == MarkdownKind::item;
         if (*kind == MarkdownKind::heading) {
@@ -245,6 +256,7 @@ private:
         }
         // A quotation or an item ends with its own lines, closed or not.
         const std::string_view last = m_source.line(block.lastLine);
+        // A line of blanks is inside either way.
         const std::size_t indent = std::min(last.find_first_not_of(" \t"), last.size());
         if (indent == last.size()) return;
         const std::size_t column = block.begin - m_source.lineStart(block.firstLine);

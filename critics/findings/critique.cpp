@@ -10,6 +10,7 @@ namespace trevix {
 
 namespace {
 
+// Linear, in lists of a few dozen.
 template <typename Entry>
 void addOnce(std::vector<Entry>& list, Entry entry) {
     if (std::find(list.begin(), list.end(), entry) == list.end()) list.push_back(std::move(entry));
@@ -36,6 +37,8 @@ CheckedBy ownRules(std::string knows) {
 }
 
 void addSecondOpinion(Critique& critique, Critique other) {
+    // Of the same part: its size is counted once, by whoever saw most of it, and it is known when
+    // one of them knows it.
     takeIn(critique, other);
     critique.extent.words = std::max(critique.extent.words, other.extent.words);
     critique.extent.lines = std::max(critique.extent.lines, other.extent.lines);
@@ -44,6 +47,7 @@ void addSecondOpinion(Critique& critique, Critique other) {
 }
 
 void addPart(Critique& critique, Critique other) {
+    // Of another part: sizes add up, and the whole is known only when all of it is.
     takeIn(critique, other);
     critique.extent.words += other.extent.words;
     critique.extent.lines += other.extent.lines;

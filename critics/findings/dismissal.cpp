@@ -21,6 +21,8 @@ constexpr std::string_view kEllipsis = "…";
 bool hidesAPart(std::string_view evidence) {
     const auto at = evidence.find(kEllipsis);
     if (at == std::string_view::npos) return false;
+    // Evidence of the full length ends in an ellipsis because it was cut, and says enough; anything
+    // shorter has hidden something.
     return at + kEllipsis.size() < evidence.size() ||
            text::characterCount(evidence) < kLongestEvidence;
 }
@@ -66,6 +68,8 @@ std::string wordInDictionary(const Finding& finding, const UserSays& says) {
 std::vector<DismissedFinding> takeDismissed(std::vector<Finding>& findings, const UserSays& says) {
     std::vector<DismissedFinding> dismissed;
     if (says.saysNothing()) return dismissed;
+    // Views into what the person said, which outlives them. One look for each finding, however many
+    // were dismissed.
     std::map<std::tuple<std::string_view, std::string_view, std::string_view>, const Dismissal*>
         known;
     for (const Dismissal& one : says.dismissals) {
@@ -75,6 +79,7 @@ std::vector<DismissedFinding> takeDismissed(std::vector<Finding>& findings, cons
     for (Finding& finding : findings) {
         const Dismissal key = dismissalOf(finding);
         auto found = known.find({key.rule, key.evidence, key.place});
+        // First everywhere, then at its place alone.
         if (found == known.end()) found = known.find({key.rule, key.evidence, finding.place});
         if (found != known.end()) {
             dismissed.push_back(

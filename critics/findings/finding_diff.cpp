@@ -27,6 +27,7 @@ bool namesAPlace(std::string_view word) {
 // does.
 std::size_t positionLength(std::string_view text) {
     std::size_t letters = 0;
+    // Three letters name the last column that a sheet has.
     while (letters < text.size() && letters < 3 && text[letters] >= 'A' && text[letters] <= 'Z') {
         ++letters;
     }
@@ -42,6 +43,7 @@ using Key = std::array<std::string, 3>;
 template <typename KeyOf>
 void pairUp(const std::vector<Finding>& before, const std::vector<Finding>& after,
             std::vector<bool>& beforeTaken, std::vector<bool>& afterTaken, const KeyOf& keyOf) {
+    // Queues, so that of several equal findings the first is paired with the first.
     std::map<Key, std::deque<std::size_t>> open;
     for (std::size_t i = 0; i < before.size(); ++i) {
         if (!beforeTaken[i]) open[keyOf(before[i])].push_back(i);
@@ -84,6 +86,10 @@ std::string withoutPlaces(std::string_view evidence) {
 FindingDiff compareFindings(const std::vector<Finding>& before, const std::vector<Finding>& after) {
     std::vector<bool> beforeTaken(before.size());
     std::vector<bool> afterTaken(after.size());
+    // From the surest pairing to the most doubtful: the very same finding; the same words
+    // elsewhere, since what stands above them has grown or shrunk; other words of the same rule at
+    // the same place. What is left over has gone, or is new. Each round takes time by the number of
+    // findings times its logarithm.
     pairUp(before, after, beforeTaken, afterTaken, [](const Finding& f) {
         return Key{f.rule, f.place, f.evidence};
     });

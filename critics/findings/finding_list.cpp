@@ -21,8 +21,10 @@ std::string onOneLine(std::string_view text) {
     bool blankPending = false;
     for (std::size_t i = 0; i < text.size();) {
         const text::Decoded point = text::decodeFront(text.substr(i));
+        // The C1 controls too: some terminals obey them.
         const bool control =
             point.codePoint < 0x20 || (point.codePoint >= 0x7F && point.codePoint < 0xA0);
+        // A run of blanks is one, and none at either end.
         if (text::isSpace(point.codePoint) || (point.codePoint != text::kNoCodePoint && control)) {
             blankPending = !line.empty();
         } else {
@@ -72,6 +74,7 @@ std::string shortened(std::string_view text, std::size_t limit) {
     std::string line = onOneLine(text.substr(0, 4 * kMostEvidenceBytes));
     std::string_view kept = text::firstCharacters(line, limit);
     if (kept.size() == line.size() && line.size() <= kMostEvidenceBytes && !cutAway) return line;
+    // One less, for the ellipsis.
     kept = text::firstCharacters(line, limit - 1);
     if (kept.size() > kMostEvidenceBytes) {
         std::size_t end = kMostEvidenceBytes;
@@ -89,16 +92,20 @@ std::string FindingList::quote(std::size_t offset, std::size_t length) const {
     const std::string_view text = m_source->text();
     offset = std::min(offset, text.size());
     // Reading a little past what can be shown is enough.
+    // A cut in the middle of a code point is dealt with by shortened(), which reads far less.
     const std::size_t end =
         offset + std::min({length, text.size() - offset, std::size_t{5} * kMostEvidenceBytes});
     std::string shown;
     std::size_t at = offset;
+    // Hidden spans are in order and do not overlap; the first that ends behind the beginning.
     const auto firstOverlap =
         std::upper_bound(m_hidden.begin(), m_hidden.end(), offset,
                          [](std::size_t value, const auto& span) { return value < span.second; });
     for (auto span = firstOverlap; span != m_hidden.end() && span->first < end; ++span) {
         if (span->first > at) shown += text.substr(at, span->first - at);
         const std::string_view secret = text.substr(span->first, span->second - span->first);
+        // Four characters tell of which kind a secret is, "ghp_" or "AKIA", and hardly anything of
+        // it.
         shown += text::firstCharacters(secret, 4);
         shown += kEllipsis;
         at = std::min(std::max(at, span->second), end);
@@ -109,10 +116,12 @@ std::string FindingList::quote(std::size_t offset, std::size_t length) const {
 
 template <typename Place>
 bool FindingList::admit(std::string_view id, GradedRule rule, const Place& place) {
+    // Looked up before a string is made: most findings are of rules that have some already.
     const auto known = m_tallies.find(id);
     Tally& tally = known != m_tallies.end() ? known->second : m_tallies[std::string(id)];
     tally.criterion = rule.rule().criterion;
     if (++tally.count <= kMostFindingsPerRule) return true;
+    // The place costs a search in the text, so it is found for the first one only.
     if (tally.firstUnlisted.empty()) tally.firstUnlisted = place();
     tally.worstUnlisted = std::max(tally.worstUnlisted, rule.severity());
     return false;
@@ -137,6 +146,7 @@ void FindingList::addWith(GradedRule rule, std::size_t offset, std::string_view 
 void FindingList::addForeign(GradedRule rule, std::string_view code, std::size_t offset,
                              std::size_t evidence, std::size_t length, std::string_view says) {
     const std::string_view family = rule.rule().id;
+    // The family's id ends in "*", which the code takes the place of.
     const std::string id = std::string(family.substr(0, family.size() - 1)) + std::string(code);
     const auto place = [&] { return m_source->place(offset); };
     if (!admit(id, rule, place)) return;
@@ -152,11 +162,13 @@ void FindingList::addAt(GradedRule rule, std::string_view place, std::string_vie
 }
 
 std::vector<Finding> FindingList::take() {
+    // Stable: at one place the order of the rules stands.
     std::stable_sort(m_findings.begin(), m_findings.end(),
                      [](const auto& a, const auto& b) { return a.first < b.first; });
     std::vector<Finding> findings;
     findings.reserve(m_findings.size());
     for (auto& [offset, finding] : m_findings) findings.push_back(std::move(finding));
+    // After all others, in the order of the ids, so that the same work has the same list.
     for (const auto& [id, tally] : m_tallies) {
         if (tally.count <= kMostFindingsPerRule) continue;
         findings.push_back(worded(id, tally.criterion, tally.worstUnlisted, tally.firstUnlisted,

@@ -47,6 +47,7 @@ bool readCell(std::string_view text, Place& place) {
     std::size_t column = 0;
     std::size_t letters = 0;
     while (letters < text.size() && text[letters] >= 'A' && text[letters] <= 'Z') {
+        // Six letters are some 300 million columns, so nothing overflows.
         if (++letters > 6) return false;
         column = column * 26 + static_cast<std::size_t>(text[letters - 1] - 'A') + 1;
     }
@@ -70,6 +71,7 @@ bool readRow(std::string_view text, Place& place) {
 
 bool readColumn(std::string_view text, Place& place) {
     if (!taken(text, "column ") || text.empty()) return false;
+    // A header may hold anything, commas too, so all that is left of the words is it.
     place.header = text;
     place.kind = Place::Kind::column;
     return true;

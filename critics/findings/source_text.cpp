@@ -7,6 +7,8 @@ namespace trevix {
 
 namespace {
 
+// Bytes between two counts that are kept: a column costs at most so many steps, and the counts take
+// a hundredth of the text.
 constexpr std::size_t kBlock = 1024;
 
 // A continuation byte outside a sequence is broken text; it may count as part of the character
@@ -25,6 +27,7 @@ SourceText::SourceText(std::string_view text, PlaceNamer namer)
     for (std::size_t i = 0; i < text.size(); ++i) {
         if (i % kBlock == 0) m_codePointsAtBlock.push_back(codePoints);
         if (startsCodePoint(text[i])) ++codePoints;
+        // "\r\n" is one end of a line, and "\r" alone one as well.
         const bool loneReturn = text[i] == '\r' && (i + 1 == text.size() || text[i + 1] != '\n');
         if (text[i] == '\n' || loneReturn) m_lineStarts.push_back(i + 1);
     }
@@ -36,6 +39,7 @@ std::size_t SourceText::lineAt(std::size_t offset) const {
 }
 
 std::size_t SourceText::lineEnd(std::size_t line) const {
+    // The last line has no end of its own: that would have begun another line.
     std::size_t end = line + 1 < m_lineStarts.size() ? m_lineStarts[line + 1] : m_text.size();
     const std::size_t start = m_lineStarts[line];
     if (line + 1 < m_lineStarts.size()) {
@@ -83,6 +87,7 @@ std::size_t SourceText::offsetOf(std::size_t line, std::size_t column) const {
         std::upper_bound(m_codePointsAtBlock.begin(), m_codePointsAtBlock.end(), wanted);
     const auto block = static_cast<std::size_t>(after - m_codePointsAtBlock.begin()) - 1;
     std::size_t seen = m_codePointsAtBlock[block];
+    // Counting begins with the block, which may begin before the line.
     for (std::size_t at = block * kBlock; at < end; ++at) {
         if (startsCodePoint(m_text[at]) && seen++ == wanted) return std::max(at, start);
     }

@@ -18,6 +18,7 @@ constexpr unsigned kBinaryPlaces = 32;
 constexpr std::uint64_t kHundredth = std::uint64_t{1} << kBinaryPlaces;
 constexpr std::uint64_t kFullScore = 100 * kHundredth;
 
+// In hundredths, to be compared with a score that is rounded already: what is shown as 0.85 ships.
 constexpr std::uint64_t kQuarantineBelow = 50; // Hundredths of score.
 constexpr std::uint64_t kShipFrom = 85;
 
@@ -39,6 +40,7 @@ std::uint64_t points(Severity severity) {
 }
 
 std::uint64_t halved(std::uint64_t value, std::size_t times) {
+    // A shift by the width of the type or more is undefined, and nothing is left by then anyway.
     return times < 64 ? value >> times : 0;
 }
 
@@ -52,6 +54,7 @@ std::uint64_t sizeOf(const Extent& extent) {
 }
 
 std::uint64_t habitOf(std::vector<Severity> ofOneRule) {
+    // The heaviest first, or the order of findings would change the sum.
     std::sort(ofOneRule.begin(), ofOneRule.end(), std::greater<>());
     std::uint64_t sum = 0;
     for (std::size_t i = 0; i < ofOneRule.size(); ++i) sum += halved(points(ofOneRule[i]), i);
@@ -66,11 +69,13 @@ struct OfOneRule {
 
 // The sum stays below 2^64: even 2^20 findings cost at most 2^20 * 50 * 2^32.
 std::uint64_t costOf(const OfOneRule& findings, std::uint64_t size) {
+    // By habit alone a paragraph with five misspellings would score nearly like one with two.
     std::uint64_t different = 0;
     for (const auto& [evidence, severity] : findings.worstByEvidence) {
         if (severity != Severity::low) different += points(severity);
     }
     // Divided first: the product with the page would not fit.
+    // The remainder is less than the size, so its product with 100 fits.
     const std::uint64_t density = different / size * kPage + different % size * kPage / size;
     return std::max(habitOf(findings.all), density);
 }
@@ -78,6 +83,7 @@ std::uint64_t costOf(const OfOneRule& findings, std::uint64_t size) {
 std::uint64_t costOf(const std::map<std::string_view, OfOneRule>& byRule, std::uint64_t size) {
     std::uint64_t cost = 0;
     for (const auto& [rule, findings] : byRule) {
+        // Cut at the full score with every rule, so that the sum cannot overflow.
         cost = std::min(kFullScore, cost + costOf(findings, size));
     }
     return cost;
@@ -143,6 +149,7 @@ Judgement judge(const Critique& critique) {
         judgement.band = critique.coverage.known ? Band::ship : Band::unknown;
         least = kShipFrom;
     }
+    // Advice lowers the score within its band and never changes the band, which is settled above.
     const std::uint64_t advised = scoreAt(std::min(kFullScore, cost + costOf(advice, size)));
     judgement.score = static_cast<double>(std::max(advised, least)) / 100.0;
     return judgement;

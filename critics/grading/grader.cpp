@@ -36,6 +36,7 @@ std::vector<Critique> critiquesIn(std::string_view written) {
             length = length << 8U | static_cast<unsigned char>(written[i]);
         }
         written.remove_prefix(kLengthBytes);
+        // The frame that the child was ended in.
         if (length > written.size()) break;
         auto critique = decodeCritique(written.substr(0, static_cast<std::size_t>(length)));
         if (!critique) break;
@@ -107,6 +108,7 @@ public:
 
     void run(std::size_t atOnce) {
         tell();
+        // This thread is one of them, so that a single task needs no thread at all.
         std::vector<std::thread> others;
         for (std::size_t i = 1; i < std::min(atOnce, m_tasks.size()); ++i) {
             others.emplace_back([this] { work(); });
@@ -117,6 +119,7 @@ public:
 
 private:
     void work() {
+        // Taken by number, whoever is free: tasks take from milliseconds to seconds.
         for (std::size_t i = m_next++; i < m_tasks.size(); i = m_next++) {
             {
                 const std::lock_guard lock(m_mutex);
@@ -125,6 +128,7 @@ private:
             }
             m_tasks[i].run();
             const std::lock_guard lock(m_mutex);
+            // The first of that name: an engine may be asked about several parts at once.
             m_state.running.erase(
                 std::find(m_state.running.begin(), m_state.running.end(), m_tasks[i].name));
             ++m_state.done;
@@ -155,11 +159,15 @@ std::vector<Critique> Grader::askCritics(const Submission& submission,
     ChildRequest request = m_options.worker;
     request.input = encode(submission);
     const ChildResult first = m_runner.run(request, cancel);
+    // The parts are judged in order and each is told at once, so as many critiques as came are
+    // parts that were finished.
     std::vector<Critique> critiques = critiquesIn(first.output);
     const bool well = first.end == ChildResult::End::exited && first.status == 0;
+    // A bad end after the last part has cost nothing: then the loop below has nothing to do.
     if (cancel.stop_requested() || (well && !critiques.empty())) return critiques;
     // The part that it ended on, and those behind it, without the readers that may be to blame.
     request.arguments.push_back(m_options.ownReadersOption);
+    // A submission without parts is judged as well, and its only critique says that it is empty.
     const std::size_t parts = std::max<std::size_t>(submission.parts.size(), 1);
     for (std::size_t i = critiques.size(); i < parts && !cancel.stop_requested(); ++i) {
         const bool alone = submission.parts.size() > 1;
@@ -168,6 +176,8 @@ std::vector<Critique> Grader::askCritics(const Submission& submission,
         std::vector<Critique> more = critiquesIn(again.output);
         Critique critique;
         if (more.empty()) {
+            // Twice is enough: what ends badly without other people's readers is a fault of ours,
+            // and would again.
             critique.coverage.missed(
                 {m_options.workerName, "it " + howItEnded(again, m_options.worker.limits), ""});
         } else {
@@ -184,11 +194,14 @@ std::vector<Critique> Grader::askCritics(const Submission& submission,
 std::optional<Critique>
 Grader::grade(const Submission& submission, std::stop_token cancel,
               const std::function<void(const GradingProgress&)>& progress) const {
+    // Each task writes to its own place in one of these, so they share no lock. None may grow once
+    // the tasks are made.
     std::vector<Critique> own;
     std::vector<Critique> foreign(submission.parts.size());
     std::vector<std::pair<std::size_t, Critique>> looked; // by part, in the order of asking
     std::vector<Task> tasks;
     tasks.push_back({m_options.workerName, [&] { own = askCritics(submission, cancel); }});
+    // Parts beyond are judged by the critics alone: starting a program costs its time for each.
     const std::size_t most = std::min(submission.parts.size(), kMostPartsForEngines);
     std::vector<std::pair<std::size_t, std::string>> asked;
     for (std::size_t i = 0; i < most; ++i) {
@@ -208,6 +221,7 @@ Grader::grade(const Submission& submission, std::stop_token cancel,
             foreign[i].coverage.missed(std::move(gap));
         }
     }
+    // By part, in the order of asking: the verdict must not depend on who answered first.
     looked.resize(asked.size());
     for (std::size_t n = 0; n < asked.size(); ++n) {
         tasks.push_back({asked[n].second, [&, n] {
@@ -224,6 +238,7 @@ Grader::grade(const Submission& submission, std::stop_token cancel,
     for (auto& [part, critique] : looked) mergeCritique(foreign[part], std::move(critique));
     Critique whole;
     whole.coverage.known = true;
+    // The critics say one thing for a submission that is empty as a whole.
     const bool byPart = own.size() == submission.parts.size();
     for (std::size_t i = 0; i < own.size(); ++i) {
         if (byPart) {

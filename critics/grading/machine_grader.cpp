@@ -38,6 +38,8 @@ CriticTools toolsFor(const std::string& tessdata, const fs::path& home, const fs
     return tools;
 }
 
+// A service that was killed leaves folders behind. Nobody else uses this one: the data folder is
+// locked by now.
 const fs::path& emptied(const fs::path& folder) {
     fs::remove_all(folder);
     fs::create_directories(folder);
@@ -70,6 +72,7 @@ GraderOptions optionsFor(const MachinePlaces& places) {
 } // namespace
 
 struct MachineGrader::Parts {
+    // In the order of need: each is given those before it, and they go the other way round.
     explicit Parts(const MachinePlaces& given)
         : places(given),
           runner(makePosixChildRunner(emptied(places.work),
@@ -102,6 +105,7 @@ const Grader& MachineGrader::grader() const {
 }
 
 void MachineGrader::probe() {
+    // Assigning stops and waits for the one before, if it is asked twice.
     m_parts->prober =
         std::jthread([this](const std::stop_token& stop) { m_parts->programs.probe(stop); });
 }
@@ -121,10 +125,12 @@ namespace {
 /// Opens what most works need, as long as none is here: a child that was begun beforehand has the
 /// time.
 void makeReady(const CriticTools& tools) {
+    // Asked again before each step, so that work that is there never waits for a preparation.
     if (!inputWaits()) warmUp();
     if (tools.language.shelf == nullptr || inputWaits()) return;
     for (const auto& book : tools.language.shelf->of(NaturalLanguage::english).books) {
         if (inputWaits()) return;
+        // Dictionaries are read when first asked; any word does.
         static_cast<void>(book->knows("ready"));
     }
 }
@@ -137,12 +143,14 @@ int serveWorker(Readers readers, const std::function<std::string(const char*)>& 
     tools.readers = readers;
     makeReady(tools);
     std::string input;
+    // To the end of input: the length is nowhere told.
     std::array<char, 65536> room{};
     while (const std::size_t got = std::fread(room.data(), 1, room.size(), stdin)) {
         input.append(room.data(), got);
     }
     const bool read = writeFrames(input, tools, [](std::string_view frame) {
         std::fwrite(frame.data(), 1, frame.size(), stdout);
+        // After each part, so that what was found survives a bad end of the next.
         std::fflush(stdout);
     });
     return read && std::ferror(stdout) == 0 ? 0 : 1;

@@ -24,7 +24,10 @@ class EngineLineReader : public LineReader {
 public:
     /// Whether the data could be loaded.
     [[nodiscard]] bool load(const std::string& folder) {
+        // It writes to standard error otherwise, which here is told as what a child said.
         m_api.SetVariable("debug_file", "/dev/null");
+        // The network of long short-term memory alone: the older engine needs data that packages
+        // leave out.
         if (m_api.Init(folder.c_str(), kLanguage, tesseract::OEM_LSTM_ONLY) != 0) return false;
         m_api.SetPageSegMode(tesseract::PSM_SINGLE_LINE);
         m_api.SetVariable("debug_file", "/dev/null"); // Loading resets it.
@@ -45,6 +48,7 @@ public:
         m_api.SetSourceResolution(kResolution);
         std::optional<std::vector<LineWord>> words;
         if (m_api.Recognize(&monitor) == 0) words = wordsRead(line);
+        // Drops the picture and what was read, and keeps the data that took so long to load.
         m_api.Clear();
         return words;
     }
@@ -69,7 +73,9 @@ private:
             LineWord word;
             word.text = text.get();
             if (word.text.find_first_not_of(" \t\r\n") == std::string::npos) continue;
+            // Per cent.
             word.confidence = static_cast<int>(at->Confidence(tesseract::RIL_WORD));
+            // Clamped: boxes may reach beyond the picture by a pixel or more.
             word.x = std::clamp(left, 0, line.width);
             word.y = std::clamp(top, 0, line.height);
             word.width = std::clamp(right, word.x, line.width) - word.x;
@@ -88,6 +94,7 @@ std::variant<std::unique_ptr<LineReader>, ReaderAbsence>
 LineReader::open(const std::vector<std::string>& folders) {
     for (const std::string& folder : folders) {
         std::error_code ignored;
+        // Looked for before it is tried: the library says a lot about data that is not there.
         if (!std::filesystem::is_regular_file(
                 std::filesystem::path(folder) / (std::string(kLanguage) + ".traineddata"), ignored))
             continue;

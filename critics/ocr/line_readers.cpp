@@ -10,6 +10,8 @@ LineReaders::Lease::~Lease() {
     m_home->m_idle.push_back(std::move(m_reader));
 }
 
+// A reader serves one thread at a time and takes long to open, so each is used again. Opened
+// outside the lock, so that two threads open theirs side by side.
 std::variant<LineReaders::Lease, ReaderAbsence> LineReaders::take() {
     {
         const std::lock_guard lock(m_mutex);

@@ -47,6 +47,7 @@ BlockKind blockOf(OfficeParagraph::Role role) {
 Critique ofParagraphs(const OfficeWork& work, const LanguageTools& tools) {
     PlacedText placed;
     for (const OfficeParagraph& paragraph : work.paragraphs) {
+        // Consecutive paragraphs of one place share it: a slide has many.
         if (placed.places.empty() || placed.places.back().second != paragraph.place)
             placed.begin(paragraph.place);
         placed.add(paragraph.text, blockOf(paragraph.role));
@@ -63,6 +64,7 @@ std::string tabbed(const OfficeSheet& sheet) {
     for (const auto& row : sheet.rows) {
         for (std::size_t i = 0; i < row.size(); ++i) {
             if (i > 0) text += '\t';
+            // Quoted as RFC 4180 has it, which is how the critic of sheets takes it apart again.
             if (row[i].find_first_of("\t\n\r\"") == std::string::npos) {
                 text += row[i];
                 continue;
@@ -86,6 +88,7 @@ Critique ofSheets(const OfficeWork& work) {
         part.text = tabbed(sheet);
         Critique ofSheet = critiqueSheet(part);
         const std::string name = "sheet " + shortened(sheet.name);
+        // Both, as placedIn() has it for parts.
         for (Finding& finding : ofSheet.findings) {
             finding.place = name + ", " + finding.place;
             finding.detail = "In " + name + ": " + finding.detail;

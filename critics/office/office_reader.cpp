@@ -30,6 +30,7 @@ public:
         zip_error_init(&error);
         zip_source_t* source = zip_source_buffer_create(bytes.data(), bytes.size(), 0, &error);
         if (source != nullptr) m_zip.reset(zip_open_from_source(source, ZIP_RDONLY, &error));
+        // The archive takes the source over only when it opens.
         if (source != nullptr && !m_zip) zip_source_free(source);
         zip_error_fini(&error);
         if (!m_zip) throw GivenUp("it is damaged or no archive");
@@ -40,6 +41,8 @@ public:
 
     /// The content of an entry; nothing where there is none of that name.
     std::optional<std::string> read(const std::string& name) {
+        // As the archive's own directory has it. It may lie: so no more than this is read, and one
+        // that has less is damaged.
         zip_stat_t stat;
         zip_stat_init(&stat);
         if (zip_stat(m_zip.get(), name.c_str(), 0, &stat) != 0) return std::nullopt;
@@ -47,6 +50,7 @@ public:
             throw GivenUp("it is encrypted");
         if ((stat.valid & ZIP_STAT_SIZE) == 0 || (stat.valid & ZIP_STAT_COMP_SIZE) == 0)
             throw GivenUp("its archive does not say how large its entries are");
+        // Counted whether or not it succeeds: an archive may name one entry many times.
         m_together += stat.size;
         if (stat.size > kMostOfficeXml || m_together > kMostOfficeTogether)
             throw GivenUp("it is too large unpacked");
@@ -79,6 +83,8 @@ void parse(Archive& archive, const std::string& name, pugi::xml_document& docume
     const auto content = archive.read(name);
     if (!content) throw GivenUp("it has no " + name);
     const auto result = document.load_buffer(content->data(), content->size(),
+                                             // White space between elements is kept, because a run
+                                             // of text may be nothing but a blank.
                                              pugi::parse_default | pugi::parse_ws_pcdata);
     if (!result) throw GivenUp("its " + name + " is no XML");
 }
@@ -119,6 +125,8 @@ public:
     explicit Collector(OfficeWork& work) : m_work(work) {}
 
     void add(OfficeParagraph paragraph) {
+        // Empty paragraphs are how people make room; they have a number all the same, see
+        // readParagraphs().
         if (paragraph.text.find_first_not_of(" \t\r\n") == std::string::npos) return;
         m_bytes += paragraph.text.size();
         if (m_bytes > kMostOfficeText) {
@@ -142,11 +150,15 @@ const Dialect kWord{{"w:p"},
                     {"w:t"},
                     {"w:tab"},
                     {"w:br", "w:cr"},
+                    // What was deleted or moved away, the codes of fields, and what stands a second
+                    // time for older programs.
                     {"w:del", "w:instrText", "w:pict", "w:object", "mc:Fallback", "w:moveFrom"},
                     {"w:tc"}};
 const Dialect kDrawing{{"a:p"}, {"a:t"}, {"a:tab"}, {"a:br"}, {"mc:Fallback"}, {"a:tc"}};
 /// OpenDocument has its text anywhere in a paragraph.
 const Dialect kOpen{{"text:p", "text:h"},
+                    // The text of ODF is not in elements of its own, so any within a paragraph
+                    // counts.
                     {},
                     {"text:tab"},
                     {"text:line-break"},
@@ -156,6 +168,7 @@ const Dialect kOpen{{"text:p", "text:h"},
 OfficeParagraph::Role roleInWord(const pugi::xml_node& paragraph) {
     const pugi::xml_node properties = paragraph.child("w:pPr");
     const std::string_view style = properties.child("w:pStyle").attribute("w:val").value();
+    // Ids of styles as an English program makes them; a level may stand with the paragraph as well.
     if (style.starts_with("Heading") || style == "Title" || properties.child("w:outlineLvl"))
         return OfficeParagraph::Role::heading;
     return properties.child("w:numPr") || style.starts_with("List")
@@ -182,6 +195,7 @@ void readParagraphs(const pugi::xml_node& root, const Dialect& dialect, const Pl
                 OfficeParagraph paragraph{place(++number), "", role};
                 if (name == "w:p") paragraph.role = roleInWord(node);
                 if (name == "text:h") paragraph.role = OfficeParagraph::Role::heading;
+                // The closest wins: a cell is a cell in a list too.
                 if (lists > 0) paragraph.role = OfficeParagraph::Role::listItem;
                 if (cells > 0) paragraph.role = OfficeParagraph::Role::cell;
                 open.push_back(std::move(paragraph));
@@ -201,6 +215,8 @@ void readParagraphs(const pugi::xml_node& root, const Dialect& dialect, const Pl
                 } else if (isOneOf(name, dialect.breaks)) {
                     text += '\n';
                 } else if (name == "text:s") {
+                    // A run of blanks that is given as a number; bounded, as the number is the
+                    // file's.
                     text.append(std::clamp(node.attribute("text:c").as_uint(1), 1U, 100U), ' ');
                 }
             }
@@ -208,6 +224,7 @@ void readParagraphs(const pugi::xml_node& root, const Dialect& dialect, const Pl
         },
         [&](const pugi::xml_node& node) {
             const std::string_view name = node.name();
+            // As in the beginning: what was passed over has opened nothing.
             if (isOneOf(name, dialect.skipped)) return;
             if (isOneOf(name, dialect.paragraphs)) {
                 collector.add(std::move(open.back()));
@@ -294,6 +311,7 @@ public:
             m_work.whole = false;
             return;
         }
+        // What the rows before it lack is made with it, so all of it is counted before any is.
         const std::size_t filled = row < sheet.rows.size() ? sheet.rows[row].size() : 0;
         const std::size_t newRows = row < sheet.rows.size() ? 0 : row + 1 - sheet.rows.size();
         const std::size_t fresh = newRows + (column < filled ? 0 : column + 1 - filled);
@@ -318,6 +336,7 @@ private:
 std::optional<std::pair<std::size_t, std::size_t>> cellNamed(std::string_view name) {
     std::size_t column = 0;
     std::size_t i = 0;
+    // Bounded, so that the number stays small; the last column that a sheet has is "XFD".
     for (; i < name.size() && name[i] >= 'A' && name[i] <= 'Z' && i < 4; ++i) {
         column = column * 26 + static_cast<std::size_t>(name[i] - 'A') + 1;
     }
@@ -348,12 +367,15 @@ OfficeWork readWorkbook(Archive& archive) {
     std::map<std::string, std::string> targets;
     pugi::xml_document relations;
     if (parseIfThere(archive, "xl/_rels/workbook.xml.rels", relations)) {
+        // Sheets are named by relations, ECMA-376 part 1, 18.2.19; the names of their entries are a
+        // habit only.
         for (const pugi::xml_node& one : relations.child("Relationships").children())
             targets[one.attribute("Id").value()] = one.attribute("Target").value();
     }
     std::vector<std::string> shared;
     pugi::xml_document strings;
     if (parseIfThere(archive, "xl/sharedStrings.xml", strings)) {
+        // Texts are kept once for all sheets, and cells say their number.
         for (const pugi::xml_node& one : strings.child("sst").children("si"))
             shared.push_back(runsIn(one));
     }
@@ -364,6 +386,7 @@ OfficeWork readWorkbook(Archive& archive) {
         if (const auto target = targets.find(entry.attribute("r:id").value());
             target != targets.end()) {
             const std::string& path = target->second;
+            // A target is relative to the folder of the workbook, or absolute within the archive.
             name = path.starts_with('/') ? path.substr(1) : "xl/" + path;
         }
         pugi::xml_document document;
@@ -377,6 +400,7 @@ OfficeWork readWorkbook(Archive& archive) {
         for (const pugi::xml_node& row :
              document.child("worksheet").child("sheetData").children("row")) {
             const unsigned long long given = row.attribute("r").as_ullong(0);
+            // Numbers of rows may be left out, and then go on from the one before.
             const std::size_t at = given > 0 ? static_cast<std::size_t>(given - 1) : nextRow;
             nextRow = at + 1;
             if (!work.whole) break;

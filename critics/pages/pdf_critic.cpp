@@ -14,6 +14,8 @@ std::variant<Critique, Unread> critiquePdf(const Part& part, const LanguageTools
         return Unread{failure->reason, {"text of PDF files", failure->reason, failure->remedy}};
     }
     const PdfText& text = std::get<PdfText>(read);
+    // All pages as one text, so that what runs over a page break is read as it runs, with the
+    // places of either side.
     PlacedText placed;
     std::size_t bare = 0;
     for (std::size_t i = 0; i < text.pages.size(); ++i) {
@@ -23,10 +25,12 @@ std::variant<Critique, Unread> critiquePdf(const Part& part, const LanguageTools
             continue;
         }
         placed.text += text.pages[i];
+        // A page break ends a paragraph, for want of anything that tells otherwise.
         placed.text += "\n\n";
     }
     Critique critique;
     const PdfEngine engine = pdfEngine();
+    // Pages without text alone leave nobody who knows the work.
     if (bare < text.pages.size()) {
         critique = critiquePlacedText(placed, Flow::cut, tools);
         critique.coverage.checked({engine.name, engine.version, "text of PDF pages"});

@@ -24,15 +24,18 @@ void beQuiet() {
 
 std::variant<PdfText, PdfFailure> readPdf(std::string_view bytes) {
     beQuiet();
+    // The library counts in int.
     if (bytes.size() > static_cast<std::size_t>(std::numeric_limits<int>::max()))
         return PdfFailure{"it is too large", ""};
     const std::unique_ptr<poppler::document> document(
         poppler::document::load_from_raw_data(bytes.data(), static_cast<int>(bytes.size())));
     if (!document) return PdfFailure{"it is damaged or no PDF", ""};
+    // A document that opens with an empty password is not locked.
     if (document->is_locked()) return PdfFailure{"it is encrypted with a password", ""};
     if (document->pages() <= 0) return PdfFailure{"it has no page", ""};
 
     using Clock = std::chrono::steady_clock;
+    // Looked at between pages; a single page that takes for ever ends with its child.
     const auto end = Clock::now() + kMostPdfTime;
     PdfText read;
     read.pageCount = static_cast<std::size_t>(document->pages());
@@ -47,7 +50,9 @@ std::variant<PdfText, PdfFailure> readPdf(std::string_view bytes) {
                 page->text(poppler::rectf(), poppler::page::non_raw_non_physical_layout).to_utf8();
             text.assign(utf8.begin(), utf8.end());
         }
+        // It ends each page with a form feed.
         std::erase(text, '\f');
+        // The cut may split a code point, which the rules for text read as damage of one character.
         if (text.size() > kMostPdfText - kept) text.resize(kMostPdfText - kept);
         kept += text.size();
         read.pages.push_back(std::move(text));

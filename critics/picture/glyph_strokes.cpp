@@ -65,6 +65,7 @@ bool continues(const Draft& line, const Mark& mark) {
     const Rect& a = line.box;
     const Rect& b = mark.box;
     const int tall = std::max(a.height, b.height);
+    // Marks overlap where type is slanted or kerned, by less than a height.
     const int gap = b.x - a.right();
     if (gap > std::max(kNarrowestReach, tall * kWidestGapTenths / 10) || gap < -tall) return false;
     const int overlap = std::min(a.bottom(), b.bottom()) - std::max(a.y, b.y);
@@ -78,6 +79,9 @@ std::vector<Draft> draftLines(const std::vector<Mark>& marks) {
     std::vector<const Mark*> order;
     order.reserve(marks.size());
     for (const Mark& mark : marks) order.push_back(&mark);
+    // From left to right, so that a line only grows to the right. Each mark joins the open line
+    // that it shares most rows with. Buckets of rows keep the search to lines nearby: a mark is
+    // compared with those that reach its rows and end not far to its left.
     std::ranges::stable_sort(order, {}, [](const Mark* mark) { return mark->box.x; });
 
     std::vector<Draft> lines;
@@ -110,6 +114,7 @@ std::vector<Draft> draftLines(const std::vector<Mark>& marks) {
         Draft& line = lines[*best];
         line.box = united(line.box, mark->box);
         line.marks.push_back(mark);
+        // A line is in every bucket that one of its marks touches.
         for (int bucket = first; bucket <= last; ++bucket) {
             auto& candidates = open[bucket];
             if (std::ranges::find(candidates, *best) == candidates.end())
@@ -149,9 +154,11 @@ StrokeProfile profileOf(const Picture& picture, const Rect& box, const Colour& g
         int runs = 0;
         int runStart = -1;
         int lastEnd = -1;
+        // One column beyond the box ends the last run.
         for (int x = box.x; x <= box.right(); ++x) {
             bool isInk = false;
             if (x < box.right()) {
+                // Half way from the ground to the ink, in either direction.
                 const int delta = brightness(picture.at(x, y)) - groundLight;
                 isInk = range >= 0 ? delta * 2 > range : delta * 2 < range;
             }
@@ -177,6 +184,7 @@ StrokeProfile profileOf(const Picture& picture, const Rect& box, const Colour& g
 
 /// The mark that speaks for the line's colours.
 const Mark& tellingMark(const Draft& draft) {
+    // Not the strongest: that may be an icon or an emoji in the line.
     std::vector<const Mark*> byContrast = draft.marks;
     std::ranges::stable_sort(byContrast, {}, [](const Mark* mark) { return mark->contrast; });
     return *byContrast[(byContrast.size() - 1) * kTellingFifths / 5];
@@ -188,6 +196,8 @@ std::optional<RowShape> shapeOf(const Picture& picture, const Draft& draft) {
     const StrokeProfile profile = profileOf(picture, box, telling.ground, telling.ink);
     const int most = std::ranges::max(profile.inkPerRow);
     if (most == 0) return std::nullopt;
+    // The x-height is where the rows are full: from the first to the last row with enough ink.
+    // Above it stand ascenders, below it descenders, fewer of either.
     int top = 0;
     int bottom = box.height - 1;
     const auto isBand = [&](int row) {
@@ -242,6 +252,7 @@ std::vector<TextLine> findTextLines(const Picture& picture, const Regions& regio
     for (const Draft& draft : draftLines(regions.marks)) {
         const auto shape = shapeOf(picture, draft);
         if (shape && isWriting(*shape)) lines.push_back(shape->line);
+        // Nothing rather than a part: whatever looks like that is no writing.
         if (lines.size() > kMostLines) return {};
     }
     std::ranges::stable_sort(lines, [](const TextLine& a, const TextLine& b) {

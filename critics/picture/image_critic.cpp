@@ -38,6 +38,8 @@ constexpr std::size_t kNearlyBlankShare = 500;
 
 /// Whether a picture shows anything, told from its pixels in any order, some at a time. Every pixel
 /// goes to `look`, on white to `lookOnWhite` and, when all have been there, on white to `count`.
+/// Two passes at most over pixels that need not be kept: pictures of 100 megapixels are judged in a
+/// row's memory.
 class Emptiness {
 public:
     /// Looks at the pixels as they were decoded.
@@ -65,6 +67,8 @@ public:
 
     /// Counts, on white and after all have been looked at, the pixels that are not of the ground.
     void count(std::span<const Colour> pixels) {
+        // If there was a majority, it is the candidate. If not, most pixels differ from it and the
+        // picture is not blank.
         for (const Colour& pixel : pixels) m_others += same(m_ground, pixel) ? 0U : 1U;
     }
 
@@ -143,6 +147,7 @@ void judgeLarge(std::string_view bytes, PictureFacts facts, FindingList& list) {
         tellUnreadable(*failure, list);
         return;
     }
+    // Of the rest of the rules each needs the whole picture at once.
     judgeEmptiness(seen, {facts.picture.width, facts.picture.height}, list);
     judgeSize(facts, list);
 }
@@ -170,6 +175,7 @@ void readWriting(PictureFacts& facts, PictureAllowance& allowance, LineReaders* 
     allowance.spend(std::chrono::duration_cast<std::chrono::milliseconds>(
         std::chrono::steady_clock::now() - start));
     facts.words = std::move(read.words);
+    // What was read is judged, and what was not is told.
     if (!read.complete) missWords({"reading all of them took too long", ""}, critique);
     if (read.complete || !facts.words.empty()) {
         critique.coverage.checked({"tesseract", reader.version(), "words in pictures, English"});
@@ -202,6 +208,7 @@ void judgeWhole(Picture picture, PictureKind kind, PictureAllowance& allowance,
                 LineReaders* readers, const LanguageTools& tools, Critique& critique) {
     FindingList list;
     Emptiness seen;
+    // Before they are laid on white: after that nothing is transparent.
     seen.look(picture.pixels);
     layOnWhite(picture.pixels);
     seen.lookOnWhite(picture.pixels);
@@ -231,6 +238,7 @@ void judgeWhole(Picture picture, PictureKind kind, PictureAllowance& allowance,
         break;
     }
     critique.findings = list.take();
+    // Last, as its findings go behind those of the pixels.
     judgeText(facts, tools, critique);
 }
 
@@ -245,11 +253,14 @@ void judge(const Part& part, PictureKind kind, PictureAllowance& allowance, Line
         return;
     }
     const PictureSize size = std::get<PictureSize>(header);
+    // Asked before anything is unpacked, with the size from the header.
     if (!allowance.take(size.pixels())) {
         tellUnjudged(size, list);
         critique.findings = list.take();
         return;
     }
+    // The analysis takes up to ten bytes a pixel, and a file of some kilobytes may hold 100
+    // megapixels.
     if (size.pixels() > kMostAnalysedPixels) {
         PictureFacts facts;
         facts.kind = kind;

@@ -66,6 +66,8 @@ double strokeOf(const Picture& picture, const Rect& box, const Ink& ink) {
             int share = 0;
             if (x < box.right() && range != 0)
                 share = std::clamp((brightness(picture.at(x, y)) - ground) * 255 / range, 0, 255);
+            // A tenth of ink is the blur beside a stroke; half a pixel of it is the least that
+            // counts as one.
             if (share > 25) {
                 sum += share;
             } else if (sum > 0) {
@@ -83,6 +85,7 @@ double strokeOf(const Picture& picture, const Rect& box, const Ink& ink) {
 } // namespace
 
 Ink inkIn(const Picture& picture, const Rect& box, const Colour& ground) {
+    // Colours with their numbers of pixels: letters have few colours, so all else goes over these.
     std::unordered_map<std::uint32_t, Shade> counted;
     for (int y = box.y; y < box.bottom(); ++y) {
         for (int x = box.x; x < box.right(); ++x) {
@@ -96,6 +99,8 @@ Ink inkIn(const Picture& picture, const Rect& box, const Colour& ground) {
     ink.ground = ground;
     ink.colour = ground;
     std::size_t most = 0;
+    // The most frequent shade near the ground that the line was found on. The key breaks ties,
+    // since the order of a hash map is not to be relied on.
     for (const auto& [key, shade] : counted) {
         if (channelDistance(shade.colour, ground) > kSameGround) continue;
         if (shade.pixels < most || (shade.pixels == most && key >= keyOf(ink.ground))) continue;
@@ -112,6 +117,8 @@ Ink inkIn(const Picture& picture, const Rect& box, const Colour& ground) {
     for (auto& [key, shade] : counted) {
         if (channelDistance(shade.colour, ink.ground) <= kSameGround) continue;
         shade.light = relativeLuminance(shade.colour);
+        // Ink lies on one side of the ground. What lies on the other is an outline, or stands
+        // beside it.
         (shade.light < groundLight ? darker : lighter).push_back(shade);
         (shade.light < groundLight ? darkerPixels : lighterPixels) += shade.pixels;
     }
@@ -124,6 +131,7 @@ Ink inkIn(const Picture& picture, const Rect& box, const Colour& ground) {
     };
     sorted(darker, true);
     sorted(lighter, false);
+    // The side with more pixels is the ink's.
     const bool dark = darkerPixels >= lighterPixels;
     const std::vector<Shade>& own = dark ? darker : lighter;
     const std::vector<Shade>& other = dark ? lighter : darker;
@@ -131,6 +139,7 @@ Ink inkIn(const Picture& picture, const Rect& box, const Colour& ground) {
     ink.colour = full.colour;
     ink.contrast = contrastRatio(ink.colour, ink.ground);
 
+    // From half the way on a pixel counts as ink; less is the edge of a stroke.
     const double half = std::abs(brightness(ink.colour) - brightness(ink.ground)) / 2.0;
     std::size_t inked = 0;
     std::size_t fully = 0;
@@ -144,6 +153,7 @@ Ink inkIn(const Picture& picture, const Rect& box, const Colour& ground) {
         return box.width >= limit.heights * box.height && ink.full >= limit.share;
     });
     const std::size_t all = darkerPixels + lighterPixels;
+    // Readers see the letters against their outline where the ground is too like them.
     if (std::min(darkerPixels, lighterPixels) * kOutlineShare >= all) {
         ink.outlined = true;
         const Shade& rim = farthest(other, std::min(darkerPixels, lighterPixels));

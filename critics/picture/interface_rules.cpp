@@ -70,6 +70,7 @@ struct Span {
     [[nodiscard]] int end() const { return along + length; }
 };
 
+// Mode and not mean: a slip would shift the mean for all.
 std::optional<int> prevailing(const std::vector<int>& values, std::size_t atLeast) {
     std::map<int, std::size_t> counts;
     for (const int value : values) ++counts[value];
@@ -105,6 +106,7 @@ std::vector<std::vector<Span>> stacks(std::vector<Span> spans) {
     std::ranges::stable_sort(spans, {}, &Span::along);
     std::vector<std::vector<Span>> runs;
     for (const Span& span : spans) {
+        // Twice the slip: both ends of a run may be off, in opposite directions.
         const auto next = std::ranges::find_if(runs, [&](const std::vector<Span>& run) {
             const Span& last = run.back();
             const int gap = span.along - last.end();
@@ -174,6 +176,8 @@ void judgeControls(const PictureFacts& facts, FindingList& list) {
     for (const std::vector<Rect>& boxes : alikeControls(facts)) {
         std::vector<Span> down;
         std::vector<Span> across;
+        // The same rules on either axis: a column of controls has edges on its left, a row of them
+        // on its top.
         for (const Rect& box : boxes) {
             down.push_back({box.x, box.width, box.y, box.height, box});
             across.push_back({box.y, box.height, box.x, box.width, box});
@@ -191,6 +195,8 @@ void judgeControls(const PictureFacts& facts, FindingList& list) {
 
 /// Letters begin up to two pixels beside the edge they are set to, so only three and more tell.
 void judgeLabels(const PictureFacts& facts, FindingList& list) {
+    // Every line is in two buckets, half a bucket apart, so that lines a few pixels apart share one
+    // of them wherever the borders fall.
     std::map<std::pair<std::string, int>, std::vector<const TextLine*>> byLook;
     for (const TextLine& line : facts.lines) {
         if (line.xHeight > kTallestLabel) continue;
@@ -210,6 +216,7 @@ void judgeLabels(const PictureFacts& facts, FindingList& list) {
                 const auto found = counts.find(at);
                 return found == counts.end() ? std::size_t{0} : found->second;
             };
+            // Neighbours by one pixel count: wide and narrow first letters of one edge.
             const std::size_t near = beside(x - 1) + count + beside(x + 1);
             if (near > most) {
                 most = near;
@@ -228,6 +235,7 @@ void judgeLabels(const PictureFacts& facts, FindingList& list) {
             if (first == facts.regions.marks.end() ||
                 first->box.width * 20 < line->box.height * kNarrowLetterTwentieths)
                 continue;
+            // Once, though it is in two buckets.
             if (std::ranges::find(reported, line) != reported.end()) continue;
             reported.push_back(line);
             const std::string place = placeName(line->box);
@@ -246,6 +254,8 @@ void judgeMargins(const PictureFacts& facts, FindingList& list) {
     Rect box;
     int nearest = kLeastMargin;
     for (const TextLine& line : facts.lines) {
+        // A line leads its row when nothing stands to the left of it. Every line with every other:
+        // thousands at most.
         const bool leads = std::ranges::none_of(facts.lines, [&](const TextLine& other) {
             return other.box.right() <= line.box.x && other.box.y < line.box.bottom() &&
                    line.box.y < other.box.bottom();

@@ -64,6 +64,8 @@ struct BlockFigures {
     int pixels = 0;
 };
 
+// All figures of a block in one pass. The caller leaves a border of one pixel, so that every pixel
+// has its four neighbours.
 BlockFigures figuresOf(const Light& light, int left, int top) {
     std::int64_t sum = 0;
     std::int64_t squares = 0;
@@ -81,6 +83,8 @@ BlockFigures figuresOf(const Light& light, int left, int top) {
             const int right = light.at(x + 1, y);
             const int below = light.at(x, y + 1);
             sum += value;
+            // At most 1024 x 255 x 255, which an int would hold too; the whole picture's sum would
+            // not.
             squares += value * value;
             across += value * right;
             down += value * below;
@@ -88,6 +92,8 @@ BlockFigures figuresOf(const Light& light, int left, int top) {
             least = std::min(least, value);
             most = std::max(most, value);
             steepest = std::max({steepest, std::abs(value - right), std::abs(value - below)});
+            // How far a pixel is from the mean of its four neighbours, four times: zero on any even
+            // ramp.
             const int laplacian =
                 right + below + light.at(x - 1, y) + light.at(x, y - 1) - 4 * value;
             sharpest = std::max(sharpest, std::abs(laplacian));
@@ -100,6 +106,8 @@ BlockFigures figuresOf(const Light& light, int left, int top) {
     const int range = most - least;
     figures.photo = equal * 10 < kPixels * kMostEqualTenths && range >= kLeastPhotoRange;
     if (figures.photo) {
+        // Correlation is the covariance with a neighbour over the variance; multiplied out, so that
+        // nothing is divided by zero.
         const double mean = static_cast<double>(sum) / kPixels;
         const double variance = static_cast<double>(squares) / kPixels - mean * mean;
         // The neighbours' mean differs by one row or column at most, which does not matter here.
@@ -109,6 +117,7 @@ BlockFigures figuresOf(const Light& light, int left, int top) {
                                        static_cast<double>(down) / kPixels - mean * mean);
         figures.noisy =
             alike < kMostNoiseCorrelation * variance && unlike > -kMostNoiseCorrelation * variance;
+        // What neighbours share is the picture; the rest of the variance is noise.
         figures.sigma = std::sqrt(std::max(0.0, variance - std::max(0.0, alike)));
     }
     // An even ramp is no edge: its steepest step is no steeper than the others.
@@ -132,6 +141,7 @@ Tones tonesOf(const Light& light, const Rect& box) {
         }
     }
     const std::int64_t all = box.area();
+    // The level that more than that share of the pixels does not exceed.
     const auto below = [&](int percent) {
         std::int64_t seen = 0;
         for (std::size_t level = 0; level < histogram.size(); ++level) {
@@ -183,6 +193,8 @@ std::optional<Stairs> stairsAlong(int length, PixelAt pixelAt) {
         sign = 0;
         smallest = kLargestStep;
     };
+    // Runs of one colour, one after the other: each either continues the stairs so far or begins
+    // new ones.
     for (int begin = 0; begin < length;) {
         int end = begin + 1;
         while (end < length && pixelAt(end) == pixelAt(begin)) ++end;
@@ -239,6 +251,7 @@ void collectBands(int across, StairsOf stairsOf, BoxOf boxOf, std::vector<Bandin
             continue;
         }
         if (open) {
+            // Half of it at least, or it is another gradient that happens to lie beside.
             const int overlap = std::min(open->stairs.end, stairs->end) -
                                 std::max(open->stairs.begin, stairs->begin);
             if (overlap * 2 < stairs->end - stairs->begin) close();
@@ -264,6 +277,7 @@ PictureMeasures measure(const Picture& picture) {
     std::int64_t sum = 0;
     std::int64_t squares = 0;
     std::int64_t pixels = 0;
+    // Whole blocks only; what is left at the right and bottom is less than one of them.
     for (int top = 1; top + kBlock < light.height; top += kBlock) {
         for (int left = 1; left + kBlock < light.width; left += kBlock) {
             const BlockFigures figures = figuresOf(light, left, top);
@@ -286,6 +300,7 @@ PictureMeasures measure(const Picture& picture) {
             }
         }
     }
+    // The middle one: a few blocks of grass are rougher than any camera.
     if (!sigmas.empty()) measures.noiseSigma = atShare(sigmas, 0.5);
     if (!sharpness.empty()) {
         measures.sharpness = atShare(sharpness, kSharpestShare);

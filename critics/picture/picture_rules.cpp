@@ -141,6 +141,8 @@ std::vector<LowContrast> lowContrastRegions(const std::vector<Writing>& all) {
     for (const Writing& writing : all) {
         if (!isWeak(writing, surelyTooLow(writing))) continue;
         const Ink& ink = writing.ink;
+        // By the first region near enough. Lines come from the top down, so a region grows
+        // downwards.
         const auto joined = std::ranges::find_if(regions, [&](const LowContrast& region) {
             const int gap = writing.box.y - region.box.bottom();
             const int side = std::max(writing.box.x, region.box.x) -
@@ -160,6 +162,7 @@ std::vector<LowContrast> lowContrastRegions(const std::vector<Writing>& all) {
         joined->sure = joined->sure || ink.sure;
         if (ink.contrast < joined->worst.ink.contrast) joined->worst = writing;
     }
+    // The worst first, since the list holds so many of a rule and no more.
     std::ranges::stable_sort(regions, {},
                              [](const LowContrast& region) { return region.worst.ink.contrast; });
     return regions;
@@ -204,6 +207,7 @@ void judgeContrast(const PictureFacts& facts, FindingList& list) {
         const Writing& worst = region.worst;
         const std::string place = placeName(region.box);
         const std::string ratio = fixed(worst.ink.contrast, 2) + ":1";
+        // Both, so that a person can check the figure.
         const std::string colours = hexName(worst.ink.colour) + " on " + hexName(worst.ink.ground);
         list.addAt(region.hard   ? ofHard
                    : region.sure ? ofKnown
@@ -218,6 +222,7 @@ void judgeTinyText(const PictureFacts& facts, FindingList& list) {
     std::vector<const TextLine*> tiny;
     int width = 0;
     for (const TextLine& line : facts.lines) {
+        // A dotted rule has as few rows, but not the strokes.
         if (line.xHeight > kUnreadableXHeight || line.box.height > kUnreadableHeight ||
             line.strokes < kFewestTinyStrokes)
             continue;
@@ -239,6 +244,7 @@ void judgeTinyText(const PictureFacts& facts, FindingList& list) {
 /// Marks of the line that reach the picture's edge row or column.
 int marksAtEdge(const PictureFacts& facts, const TextLine& line, bool top) {
     int touching = 0;
+    // Through all marks: done for the lines at two edges of the picture alone.
     for (const Mark& mark : facts.regions.marks) {
         const bool inside = mark.box.x >= line.box.x && mark.box.right() <= line.box.right();
         const bool touches = top ? mark.box.y == 0 : mark.box.bottom() == facts.picture.height;
@@ -261,6 +267,7 @@ void judgeCutText(const PictureFacts& facts, FindingList& list) {
     Edge right{"right", true, {}};
     for (const TextLine& line : facts.lines) {
         const int enough = std::max(kFewestCutMarks, line.marks / kCutShare);
+        // Each line is cut at the top or bottom at most.
         if (line.box.y == 0 && marksAtEdge(facts, line, true) >= enough) {
             top.lines.push_back(&line);
         } else if (line.box.bottom() == whole.height && marksAtEdge(facts, line, false) >= enough) {
@@ -278,6 +285,7 @@ void judgeCutText(const PictureFacts& facts, FindingList& list) {
     }
     for (const Edge* edge : {&top, &left, &bottom, &right}) {
         if (edge->lines.empty()) continue;
+        // One finding for an edge, however many lines it cuts.
         Rect box = edge->lines.front()->box;
         for (const TextLine* line : edge->lines) box = united(box, line->box);
         const bool mild = edge->scrolls && facts.kind != PictureKind::slide;
@@ -318,6 +326,7 @@ PictureFacts factsOf(Picture onWhite, PictureKind kind) {
 
 std::vector<Writing> writingIn(const PictureFacts& facts) {
     std::vector<Writing> all;
+    // Both lists go by lines, so one walk through each is enough.
     std::size_t next = 0; // Of the words, which are in the order of the lines.
     for (std::size_t i = 0; i < facts.lines.size(); ++i) {
         const TextLine& line = facts.lines[i];
@@ -332,6 +341,8 @@ std::vector<Writing> writingIn(const PictureFacts& facts) {
                 !pieces.empty() &&
                 channelDistance(pieces.back().ink.ground, piece.ink.ground) <= kSameGround &&
                 channelDistance(pieces.back().ink.colour, piece.ink.colour) <= kSameInk;
+            // A short word has too few pixels to know its colour by: it goes with what stands
+            // before it.
             if (!pieces.empty() && (same || !tells)) {
                 pieces.back().box = united(pieces.back().box, piece.box);
                 continue;
@@ -342,7 +353,7 @@ std::vector<Writing> writingIn(const PictureFacts& facts) {
             all.push_back({line.box, line.xHeight, inkIn(facts.picture, line.box, line.ground)});
             continue;
         }
-        // More pixels know the ink better.
+        // More pixels know the ink better. So it is measured again over all of a piece.
         for (Writing& piece : pieces) {
             piece.ink = inkIn(facts.picture, piece.box, line.ground);
             all.push_back(piece);
@@ -405,6 +416,7 @@ void judgeWriting(const PictureFacts& facts, FindingList& list) {
 
 void judgeRendering(const PictureFacts& facts, FindingList& list) {
     const PictureMeasures& m = facts.measures;
+    // Too few edges, and a picture is not blurred but empty.
     if (m.edgyBlocks >= kFewestEdgyBlocks && m.edgyBlocks * kEdgyShare >= m.blocks &&
         m.sharpness < kBlurred) {
         const std::string place = placeName(facts.whole());

@@ -52,6 +52,7 @@ std::vector<Segment> segmentsOf(const std::vector<PictureWord>& words,
     for (std::size_t i = 0; i < words.size(); ++i) {
         const PictureWord& word = words[i];
         const int xHeight = lines[word.line].xHeight;
+        // Words of one line come in order, from left to right.
         if (!segments.empty() && words[i - 1].line == word.line) {
             const int gap = word.box.x - words[i - 1].box.right();
             if (gap * 10 <= xHeight * kWidestBlankTenths) {
@@ -81,6 +82,8 @@ bool goesOn(const Segment& upper, const Segment& lower) {
     return beside >= -kMostBeside * small && beside <= kMostBeside * small;
 }
 
+// A line goes on with the segment below it that begins near it. The nearest above wins, which is
+// the last that was opened. Those too far up are closed, so that each segment meets few.
 void joinParagraphs(std::vector<Segment>& segments) {
     std::vector<std::size_t> open; // Segments that may go on, by their tops.
     for (std::size_t i = 0; i < segments.size(); ++i) {
@@ -116,6 +119,7 @@ bool isOfLanguage(std::string_view word) {
         const text::Decoded point = text::decodeFront(word.substr(i));
         if (!isLetterOrMark(point.codePoint)) return false;
         const bool letter = text::isLetter(point.codePoint);
+        // A letter behind such a mark, but not behind the first character of a word, as in "(see".
         if (letter && kJoins.find(before) != std::u32string_view::npos && i > 1) return false;
         if (text::isUpper(point.codePoint) && lower) return false;
         lower = text::isLower(point.codePoint);
@@ -201,8 +205,10 @@ private:
 
 std::string PictureText::placeOf(std::size_t offset, std::size_t length) const {
     const std::size_t end = offset + std::max<std::size_t>(1, length);
+    // The first word that ends behind the offset.
     auto at = std::ranges::upper_bound(spans, offset, {},
                                        [](const Span& span) { return span.offset + span.length; });
+    // Behind the last word: line ends belong to none.
     if (at == spans.end()) --at;
     Rect box = at->box;
     for (++at; at != spans.end() && at->offset < end; ++at) box = united(box, at->box);

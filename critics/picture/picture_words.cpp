@@ -39,6 +39,8 @@ public:
           m_blue(line.ink.blue - line.ground.blue),
           m_square(std::max(1, m_red * m_red + m_green * m_green + m_blue * m_blue)) {}
 
+    // The pixel's share of the way from ground to ink, as a projection on that line between the
+    // two: a colour beside it counts for what it has of the ink.
     [[nodiscard]] double of(const Colour& pixel) const {
         const int along = (pixel.red - m_ground.red) * m_red +
                           (pixel.green - m_ground.green) * m_green +
@@ -78,6 +80,8 @@ bool endsFreely(const Picture& picture, const TextLine& line, bool left) {
     return true;
 }
 
+// Pixel centres of the target, half a pixel in, in terms of those of the source. Made once for
+// columns and once for rows.
 std::vector<Between> steps(int from, int count, double scale) {
     std::vector<Between> all;
     for (int i = 0; i < count; ++i) {
@@ -110,6 +114,7 @@ LineCut cutLine(const Picture& picture, const TextLine& line) {
     const int right = std::min(picture.width, line.box.right() + end);
     const int bottom = std::min(picture.height, line.box.bottom() + margin);
     cut.area = {left, top, right - left, bottom - top};
+    // Area grows with the square of the scale.
     const double most = std::sqrt(static_cast<double>(kMostCutPixels) /
                                   static_cast<double>(std::max<std::int64_t>(1, cut.area.area())));
     cut.scale =
@@ -130,8 +135,10 @@ LineCut cutLine(const Picture& picture, const TextLine& line) {
     LineImage& image = cut.image;
     image.width = width + 2 * kFrame;
     image.height = height + 2 * kFrame;
+    // White all around, frame included.
     image.pixels.assign(
         static_cast<std::size_t>(image.width) * static_cast<std::size_t>(image.height), 255);
+    // Bilinear: nearest neighbours would turn antialiased strokes back into stairs.
     const std::vector<Between> columns = steps(cut.area.width, width, cut.scale);
     const std::vector<Between> rows = steps(cut.area.height, height, cut.scale);
     for (int y = 0; y < height; ++y) {
@@ -157,6 +164,8 @@ WordsRead readWords(const Picture& picture, const std::vector<TextLine>& lines, 
     const auto end = Clock::now() + limit;
     WordsRead result;
     for (std::size_t i = 0; i < lines.size(); ++i) {
+        // What is left goes to the reader as its own limit, so the last line cannot take more
+        // either.
         const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(end - Clock::now());
         if (left.count() <= 0) {
             result.complete = false;

@@ -84,6 +84,8 @@ public:
         if (m_size.pixels() > kMostPicturePixels)
             return DecodeFailure{"it has more than 100 megapixels"};
         // A header that promises more than the file can hold lies; no memory is spent on it.
+        // Reckoned in the file's own bits a pixel: at eight, a blank picture of one bit would look
+        // cut short.
         const std::size_t packed =
             png_get_rowbytes(m_png, m_info) * static_cast<std::size_t>(m_size.height);
         if (packed / kMostDeflated > m_source.bytes.size())
@@ -116,6 +118,8 @@ public:
         });
         if (!ready) return damage();
         const bool interlaced = png_get_interlace_type(m_png, m_info) == PNG_INTERLACE_ADAM7;
+        // With interlacing each pass brings some columns of some rows, and every pixel comes once
+        // in all of them; in which order does not matter here.
         std::vector<Colour> row(static_cast<std::size_t>(m_size.width));
         const auto bytes = reinterpret_cast<png_bytep>(row.data());
         for (int pass = 0; pass < (interlaced ? PNG_INTERLACE_ADAM7_PASSES : 1); ++pass) {
@@ -133,6 +137,8 @@ public:
 
 private:
     void askForRgba() {
+        // Whatever the file has, from one bit of grey to sixteen of colour, comes as four bytes a
+        // pixel.
         png_set_expand(m_png);
         png_set_scale_16(m_png);
         png_set_gray_to_rgb(m_png);
@@ -161,6 +167,7 @@ const std::array<double, 256>& linearLight() {
 }
 
 std::uint8_t over(std::uint8_t value, std::uint8_t alpha) {
+    // 127 rounds to the nearest.
     const int mixed = (value * alpha + 255 * (255 - alpha) + 127) / 255;
     return static_cast<std::uint8_t>(mixed);
 }
@@ -192,6 +199,7 @@ std::optional<DecodeFailure> visitPixels(std::string_view bytes,
 }
 
 void layOnWhite(std::span<Colour> pixels) {
+    // Most pictures are opaque throughout.
     for (Colour& pixel : pixels) {
         if (pixel.alpha == 255) continue;
         pixel = {over(pixel.red, pixel.alpha), over(pixel.green, pixel.alpha),
@@ -200,10 +208,13 @@ void layOnWhite(std::span<Colour> pixels) {
 }
 
 int brightness(const Colour& colour) {
+    // The weights of Rec. 601 for luma, which goes by levels and not by light: it is for telling
+    // levels apart.
     return (299 * colour.red + 587 * colour.green + 114 * colour.blue + 500) / 1000;
 }
 
 double relativeLuminance(const Colour& colour) {
+    // WCAG 2.2, "relative luminance" and "contrast ratio"; the curve is that of sRGB.
     const auto& linear = linearLight();
     return 0.2126 * linear[colour.red] + 0.7152 * linear[colour.green] +
            0.0722 * linear[colour.blue];

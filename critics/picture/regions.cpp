@@ -47,7 +47,9 @@ bool blends(const Colour& one, const Colour& other) {
 
 /// Sets of pixels in one array of a number a pixel. A set's first pixel, its root, holds the size
 /// of the set; every other pixel holds an earlier pixel of it. At the end the array turns into
-/// labels in place.
+/// labels in place. A union-find. Earlier pixels as parents make the root the first pixel in
+/// reading order, which the labelling below rests on; sizes and parents share the array, since only
+/// roots have a size.
 class PixelSets {
 public:
     explicit PixelSets(std::size_t count) : m_slots(count, kRoot | 1U) {}
@@ -72,6 +74,7 @@ public:
     /// reading order. Labels are below 2^31.
     template <typename LabelOf>
     [[nodiscard]] std::vector<std::uint32_t> labels(LabelOf labelOf) && {
+        // A parent is always earlier, and so labelled by now.
         for (std::uint32_t i = 0; i < m_slots.size(); ++i) {
             // An earlier pixel has its label already.
             m_slots[i] = isRoot(i) ? kRoot | labelOf(i, m_slots[i] & ~kRoot) : m_slots[m_slots[i]];
@@ -86,6 +89,8 @@ private:
     [[nodiscard]] bool isRoot(std::uint32_t i) const { return (m_slots[i] & kRoot) != 0; }
 
     std::uint32_t rootOf(std::uint32_t i) {
+        // Each step shortens the way for the next look (path halving), so that a look costs next to
+        // nothing on average.
         while (!isRoot(i)) {
             const std::uint32_t before = m_slots[i];
             if (!isRoot(before)) m_slots[i] = m_slots[before];
@@ -126,6 +131,7 @@ void findSurfaces(const Picture& picture, Regions& regions) {
     for (std::uint32_t i = 0; i < count; ++i) {
         const bool left = i % width != 0 && blends(picture.pixels[i], picture.pixels[i - 1]);
         const bool above = i >= width && blends(picture.pixels[i], picture.pixels[i - width]);
+        // A pixel that blends with neither stays a set of its own.
         if (left)
             sets.attach(i, i - 1);
         else if (above)
@@ -148,6 +154,7 @@ void findSurfaces(const Picture& picture, Regions& regions) {
         if (at[i] == 0) continue;
         extents[at[i] - 1].include(static_cast<int>(i % width), static_cast<int>(i / width));
     }
+    // What is no surface gets the number 0, like pixels of none.
     std::vector<std::uint32_t> renumbered(candidates.size() + 1, 0);
     for (std::size_t i = 0; i < candidates.size(); ++i) {
         candidates[i].box = extents[i].box();
@@ -182,6 +189,7 @@ private:
         const auto i = static_cast<std::uint32_t>(y) * static_cast<std::uint32_t>(m_picture.width) +
                        static_cast<std::uint32_t>(x);
         if (m_regions.surfaceAt[i] != 0) {
+            // Ground around a mark counts once for each mark pixel that it touches, corners too.
             const Colour& colour = m_picture.pixels[i];
             if (m_borders++ == 0)
                 m_ground = colour;
@@ -209,6 +217,7 @@ private:
         const int width = m_picture.width;
         Extent extent;
         std::vector<std::uint32_t> reached;
+        // By layers, without recursion: a mark may be as large as the picture.
         while (!m_frontier.empty()) {
             reached.swap(m_frontier);
             m_frontier.clear();
@@ -233,6 +242,7 @@ private:
             inked * 100 < box.area() * kOutlinePercent)
             return;
         Mark mark{box, static_cast<int>(m_members.size()), m_ground, m_ground, 1};
+        // The farther from the ground in luminance, the less of it is blended in.
         const double groundLight = relativeLuminance(m_ground);
         double farthest = -1;
         for (const std::uint32_t i : m_members) {

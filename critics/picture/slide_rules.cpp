@@ -96,6 +96,7 @@ void judgeFormat(const PictureFacts& facts, FindingList& list) {
                    " % off the nearest slide format (16:9, 16:10 or 4:3).");
 }
 
+// Sorted, sizes are told apart by where the next is clearly larger.
 void judgeSizes(const PictureFacts& facts, FindingList& list) {
     std::vector<int> heights;
     for (const TextLine* line : tellingLines(facts)) heights.push_back(line->xHeight);
@@ -120,6 +121,8 @@ void judgeAmount(const PictureFacts& facts, FindingList& list) {
     int bottom = -1;
     std::int64_t covered = 0;
     Rect box;
+    // Lines come from the top down. One whose middle is above the bottom of the last row stands
+    // beside it.
     for (const TextLine& line : facts.lines) {
         covered += line.box.area();
         box = covered == line.box.area() ? line.box : united(box, line.box);
@@ -189,6 +192,8 @@ void judgeMargins(const PictureFacts& facts, FindingList& list) {
 void judgeColours(const PictureFacts& facts, FindingList& list) {
     std::vector<Colour> colours;
     Rect box;
+    // Greedy: each ink joins the first colour that it is near to. How many there are may change by
+    // one with the order, which is always the same.
     for (const TextLine* line : tellingLines(facts)) {
         box = colours.empty() ? line->box : united(box, line->box);
         const bool known = std::ranges::any_of(colours, [&](const Colour& colour) {

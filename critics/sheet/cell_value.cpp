@@ -43,7 +43,8 @@ bool take(std::string_view& text, std::string_view prefix) {
     return true;
 }
 
-/// The length of a blank that people put between thousands, or 0.
+/// The length of a blank that people put between thousands, or 0. Blank, no-break space, narrow
+/// no-break space and thin space.
 std::size_t spaceAt(std::string_view text) {
     if (text.starts_with(' ')) return 1;
     if (text.starts_with("\xC2\xA0")) return 2;
@@ -60,6 +61,7 @@ struct Sign {
     std::string_view code;
 };
 
+// A sign that several countries have stands for the most frequent of their currencies.
 constexpr std::array<Sign, 30> kCurrencies{{
     {"US$", "USD"}, {"A$", "AUD"},  {"C$", "CAD"},  {"$", "USD"},   {"€", "EUR"},   {"£", "GBP"},
     {"¥", "JPY"},   {"₹", "INR"},   {"₽", "RUB"}, {"₩", "KRW"},   {"USD", "USD"}, {"EUR", "EUR"},
@@ -78,6 +80,7 @@ std::string_view takeCurrency(std::string_view& text) {
     for (const Sign& sign : kCurrencies) {
         std::string_view rest = text;
         if (!take(rest, sign.text)) continue;
+        // "Fr." and "zł" may be followed by a letter; "USDA" is no currency.
         if (isLetter(sign.text.back()) && !rest.empty() && isLetter(rest.front())) continue;
         text = rest;
         return sign.code;
@@ -94,6 +97,7 @@ bool takeMinus(std::string_view& text) {
 template <class Real>
 Real numberIn(const std::string& text) {
     Real value = 0;
+    // The type of the expression decides, when compiled: see the note above.
     if constexpr (requires { std::from_chars(text.data(), text.data(), value); }) {
         std::from_chars(text.data(), text.data() + text.size(), value);
     } else {
@@ -104,6 +108,8 @@ Real numberIn(const std::string& text) {
     return value;
 }
 
+// Through text, because a decimal fraction that is put together by arithmetic is off in its last
+// binary place, and totals are compared.
 double valueOf(const std::string& digits, std::size_t decimals, int exponent) {
     std::string plain = digits.substr(0, digits.size() - decimals);
     if (plain.empty()) plain = "0";
@@ -141,6 +147,7 @@ std::optional<Body> takeBody(std::string_view& text) {
             rest.remove_prefix(length);
             mark = ' ';
         }
+        // A mark is one only between digits, or before the first as in ".5".
         if (mark == 0 || rest.empty() || !isDigit(rest.front())) break;
         if (run == 0 && mark != '.' && mark != ',') break;
         body.groups.push_back(run);
@@ -149,6 +156,7 @@ std::optional<Body> takeBody(std::string_view& text) {
         text = rest;
     }
     body.groups.push_back(run);
+    // No figure in a table has more, and identifiers do.
     if (body.digits.empty() || body.digits.size() > 30) return std::nullopt;
     return body;
 }
@@ -158,6 +166,7 @@ std::optional<Body> takeBody(std::string_view& text) {
 bool areThousands(const Body& body, std::size_t last, char mark) {
     if (body.groups[0] == 0 || body.groups[0] > 3 || body.groups[last] != 3) return false;
     for (std::size_t i = 1; i < last; ++i) {
+        // Indian figures group by twos: 12,34,567.
         const bool lakh = mark == ',' && body.groups[i] == 2;
         if (body.groups[i] != 3 && !lakh) return false;
     }
@@ -169,6 +178,9 @@ bool readMarks(const Body& body, NumberText& number) {
     if (count == 0) return true;
     const char last = body.marks.back();
     const bool uniform = body.marks.find_first_not_of(last) == std::string::npos;
+    // The reading of marks: a mark that comes twice parts thousands; the last of two kinds is the
+    // decimal mark; one alone with three digits behind it may be either, and its column decides
+    // (SheetColumn::valueOf). Anything else is no number.
     const bool canBeDecimal = last == '.' || last == ',';
     if (uniform && (count > 1 || !canBeDecimal)) {
         if (!areThousands(body, count, last)) return false;
@@ -178,6 +190,7 @@ bool readMarks(const Body& body, NumberText& number) {
         return true;
     }
     if (count == 1) {
+        // No figure of thousands begins with 0: "0,123" is a decimal fraction.
         const bool thousands = areThousands(body, 1, last) && body.digits.front() != '0';
         if (thousands) {
             number.mark = last == ',' ? DecimalMark::openComma : DecimalMark::openDot;
@@ -190,6 +203,7 @@ bool readMarks(const Body& body, NumberText& number) {
         return true;
     }
     const char group = body.marks.front();
+    // The last mark differs from the others, which are all of one kind.
     const bool oneKindBefore =
         body.marks.find_first_not_of(group) == count - 1; // All but the last are the same.
     if (!canBeDecimal || !oneKindBefore || !areThousands(body, count - 1, group)) return false;
@@ -202,6 +216,7 @@ bool readMarks(const Body& body, NumberText& number) {
 std::optional<int> takeInt(std::string_view& text, std::size_t most) {
     std::size_t length = 0;
     while (length < text.size() && isDigit(text[length])) ++length;
+    // No more digits than an int holds: the most is 4.
     if (length == 0 || length > most) return std::nullopt;
     int value = 0;
     for (const char digit : text.substr(0, length)) value = value * 10 + (digit - '0');
@@ -215,6 +230,7 @@ bool isTimeOfDay(std::string_view rest) {
     rest.remove_prefix(1);
     skipSpaces(rest);
     if (!takeInt(rest, 2) || !take(rest, ":")) return false;
+    // Only the hour is read; what may follow is known by its letters.
     return rest.find_first_not_of("0123456789:.+-ZzAaPpMm ") == std::string_view::npos;
 }
 
@@ -227,6 +243,7 @@ bool isOnCalendar(int year, int month, int day) {
 }
 
 int monthNamed(std::string_view word) {
+    // English, German and French; the shorter rows are filled up with names they have already.
     constexpr std::array<std::array<std::string_view, 5>, 12> kNames{{
         {"jan", "january", "januar", "jän", "jänner"},
         {"feb", "february", "februar", "feber", "febr"},
@@ -268,6 +285,7 @@ std::optional<DateText> readNamedDate(std::string_view text) {
             text.remove_prefix(1);
         return text.size() < before;
     };
+    // Names tell which is the month, so the order is sure.
     DateText date{DateForm::monthName, DayOrder::dayFirst, true, true};
     std::optional<int> day;
     int month = 0;
@@ -286,6 +304,8 @@ std::optional<DateText> readNamedDate(std::string_view text) {
     const std::optional<int> year = takeInt(text, 4);
     if (!year || !isTimeOfDay(text)) return std::nullopt;
     date.fullYear = before - text.size() == 4;
+    // Of two digits a year of this century is meant; for the calendar it only decides the 29th of
+    // February.
     date.possible = isOnCalendar(date.fullYear ? *year : 2000 + *year, month, *day);
     return date;
 }
@@ -301,10 +321,12 @@ std::optional<NumberText> readNumber(std::string_view text) {
     if (text.empty() || text.size() > kLongestNumber) return std::nullopt;
     NumberText number;
     bool negative = false;
+    // Accountants write losses in parentheses.
     if (text.size() > 2 && text.front() == '(' && text.back() == ')') {
         negative = true;
         text = trimmedCell(text.substr(1, text.size() - 2));
     }
+    // One before the currency or one behind it: "-$5" and "$-5".
     const auto takeSign = [&] {
         if (takeMinus(text))
             negative = !negative;
@@ -327,6 +349,7 @@ std::optional<NumberText> readNumber(std::string_view text) {
         const bool down = take(rest, "-");
         if (!down) take(rest, "+");
         const std::optional<int> power = takeInt(rest, 3);
+        // "e" may also begin a unit or a word; then it is no number.
         if (!power) return std::nullopt;
         exponent = down ? -*power : *power;
         number.scientific = true;
@@ -338,11 +361,13 @@ std::optional<NumberText> readNumber(std::string_view text) {
     else if (number.currency.empty()) {
         number.currency = takeCurrency(text);
         const auto unit = std::ranges::find(kUnits, text);
+        // Units are compared whole, so that "m" is not the beginning of "min".
         if (number.currency.empty() && unit != kUnits.end()) {
             number.unit = *unit;
             text = {};
         }
     }
+    // A sign behind the figure, as some ledgers have it.
     if (takeMinus(text)) negative = !negative;
     if (!text.empty()) return std::nullopt;
 
@@ -369,12 +394,14 @@ std::optional<DateText> readDate(std::string_view text) {
     std::string_view before = rest;
     const std::optional<int> first = takeInt(rest, 4);
     const std::size_t firstDigits = before.size() - rest.size();
+    // Four digits at once are a year in front, or the number of something.
     if (!first || rest.empty()) return readNamedDate(whole);
     const char mark = rest.front();
     if (mark != '-' && mark != '/' && mark != '.') return readNamedDate(whole);
     rest.remove_prefix(1);
     const std::optional<int> second = takeInt(rest, 2);
     if (!second) return readNamedDate(whole);
+    // Two marks that differ make no date.
     if (rest.empty() || rest.front() != mark) return std::nullopt;
     rest.remove_prefix(1);
     before = rest;
@@ -383,6 +410,7 @@ std::optional<DateText> readDate(std::string_view text) {
     if (!third || !isTimeOfDay(rest)) return std::nullopt;
 
     DateText date;
+    // A year in front has one order everywhere but in name: month, then day.
     if (firstDigits == 4) {
         if (thirdDigits > 2 || *first < kFirstYear || *first > kLastYear) return std::nullopt;
         date.form = mark == '-'   ? DateForm::isoDashes
@@ -394,7 +422,9 @@ std::optional<DateText> readDate(std::string_view text) {
     if (firstDigits > 2 || (thirdDigits != 4 && thirdDigits != 2)) return std::nullopt;
     date.fullYear = thirdDigits == 4;
     if (date.fullYear && (*third < kFirstYear || *third > kLastYear)) return std::nullopt;
+    // See readNamedDate() for the century.
     const int year = date.fullYear ? *third : 2000 + *third;
+    // With dots the day is taken to come first.
     const bool dayFirst = isOnCalendar(year, *second, *first);
     const bool monthFirst = mark != '.' && isOnCalendar(year, *first, *second);
     date.form = mark == '.' ? DateForm::dots : mark == '/' ? DateForm::slashes : DateForm::dashes;
@@ -431,10 +461,12 @@ std::string_view example(DateForm form, DayOrder order) {
 
 bool isFormulaError(std::string_view text) {
     text = trimmedCell(text);
+    // Err:502 and the like are LibreOffice's.
     if (text.size() < kShortestError || text.size() > kLongestError) return false;
     if (text.starts_with("Err:")) {
         return text.size() == 7 && text[4] == '5' && isDigit(text[5]) && isDigit(text[6]);
     }
+    // In English, German, French and Spanish or Portuguese, as the programs write them into files.
     return isIn(text,
                 {"#REF!",   "#DIV/0!", "#VALUE!",  "#NAME?",  "#N/A",     "#NUM!",   "#NULL!",
                  "#SPILL!", "#CALC!",  "#FIELD!",  "#ERROR!", "#CYCLE!",  "#WERT!",  "#BEZUG!",
@@ -451,6 +483,7 @@ bool isPlaceholder(std::string_view text) {
                      "to be defined", "fill in", "fill me in",  "insert here", "dummy",
                      "changeme"}))
         return true;
+    // Runs of one sign that people type to come back to. A single one may be an answer.
     for (const char letter : {'x', '?', '#'}) {
         const std::size_t least = letter == 'x' ? 3 : 2;
         if (lower.size() >= least && lower.find_first_not_of(letter) == std::string::npos)
@@ -499,6 +532,7 @@ RowKind rowKindOf(std::string_view label) {
     label = trimmedCell(label);
     if (label.empty() || label.size() > kLongestSummary) return RowKind::data;
     std::string lower = kelvane::text::lowercased(label);
+    // A label ends in a colon or not.
     while (!lower.empty() && (lower.back() == ':' || lower.back() == ' ')) lower.pop_back();
     const auto startsWord = [&lower](std::string_view word) {
         return lower.starts_with(word) &&
@@ -508,6 +542,7 @@ RowKind rowKindOf(std::string_view label) {
         return lower.ends_with(word) &&
                (lower.size() == word.size() || !isLetter(lower[lower.size() - word.size() - 1]));
     };
+    // Before the totals, since some of these end in that word.
     for (const std::string_view word :
          {"subtotal", "sub-total", "sub total", "zwischensumme", "sous-total"}) {
         if (startsWord(word) || endsWord(word)) return RowKind::subtotal;
@@ -516,6 +551,7 @@ RowKind rowKindOf(std::string_view label) {
                      "gesamtsumme", "somme", "suma", "totaal", "totale", "insgesamt", "overall",
                      "total general", "total général", "total (all)"}))
         return RowKind::total;
+    // These begin a label; the words below have to be all of it.
     for (const std::string_view word : {"average", "avg", "median", "durchschnitt", "mittelwert",
                                         "moyenne", "std dev", "% of total"}) {
         if (startsWord(word)) return RowKind::otherSummary;

@@ -72,6 +72,7 @@ std::string withVisibleBlanks(std::string_view text) {
     const std::string_view trimmed = trimmedCell(text);
     if (trimmed.empty()) return "␣";
     std::string visible = shortened(trimmed, 100);
+    // The trimmed view is a part of the text, so the ends tell whether something was taken off.
     if (trimmed.data() != text.data()) visible = "␣" + visible;
     if (trimmed.data() + trimmed.size() != text.data() + text.size()) visible += "␣";
     return visible;
@@ -88,6 +89,7 @@ void judgeErrors(const Sheet& sheet, const SheetColumn& column, FindingList& lis
         if (cell.kind == CellKind::error) {
             const CellPlace place = placeOf(sheet, column, cell.row);
             const std::string_view error = trimmedCell(place.text);
+            // "#N/A" is also how a lookup says that there is nothing to find.
             const bool notAvailable = error == "#N/A" || error == "#NV";
             list.addAt(notAvailable ? kFormulaErrorMedium : kFormulaErrorHigh, place.name,
                        place.text,
@@ -103,6 +105,7 @@ void judgeErrors(const Sheet& sheet, const SheetColumn& column, FindingList& lis
 }
 
 bool isFormulaText(std::string_view text) {
+    // "=A1+B2" and "=SUM(" are formulas; "=====" and "=> next" are not.
     if (text.size() < 4 || text.front() != '=') return false;
     const std::size_t end = text.find_first_not_of("ABCDEFGHIJKLMNOPQRSTUVWXYZ$.0123456789", 1);
     if (end == std::string_view::npos || end == 1) return false;
@@ -122,6 +125,7 @@ bool hasLetterForDigit(std::string_view text) {
         if (zero || one) ++letters;
         repaired += zero ? '0' : one ? '1' : letter;
     }
+    // The repaired text has to be a number, and some of it has to have been one: "Il" is no eleven.
     return letters > 0 && digits > 0 && letters <= digits + 1 && readNumber(repaired).has_value();
 }
 
@@ -137,12 +141,15 @@ void judgeStraysAmongNumbers(const Sheet& sheet, const SheetColumn& column, Find
     for (const SheetCell& cell : column.cells) {
         if (!sheet.isData(cell.row) || !cell.number) continue;
         const std::string_view text = sheet.table.cell(cell.row, column.index);
+        // Blanks between digits are how some countries write thousands. Numbers that need no mark
+        // say nothing about that.
         if (cell.number->groupMark == ' ')
             ++spaced;
         else if (cell.number->groupMark != 0 || cell.number->value >= 1000)
             ++otherwise;
         if (trimmedCell(text).size() != text.size()) ++padded;
     }
+    // Where most cells are padded, a program made the file, and it reads them itself.
     const bool paddingIsStyle = padded * kPaddedNumbersShare > column.numbers;
     const bool spacingIsStyle = spaced >= otherwise;
     for (const SheetCell& cell : column.cells) {
@@ -153,6 +160,7 @@ void judgeStraysAmongNumbers(const Sheet& sheet, const SheetColumn& column, Find
         const std::string_view whole = sheet.table.cell(cell.row, column.index);
         const std::string_view text = trimmedCell(whole);
         std::string why;
+        // In a spreadsheet an apostrophe in front makes text of a number.
         if (text.size() > 1 && text.front() == '\'' && readNumber(text.substr(1))) {
             why = "begins with an apostrophe";
         } else if (cell.kind == CellKind::words && hasLetterForDigit(text)) {
@@ -162,6 +170,7 @@ void judgeStraysAmongNumbers(const Sheet& sheet, const SheetColumn& column, Find
         } else if (cell.number && text.size() != whole.size() && !paddingIsStyle) {
             why = "has a blank before or after it";
         }
+        // Digits alone are numbers of another kind here, such as years among amounts.
         const bool stray = cell.kind != CellKind::number && column.filled >= kFewestForMajority &&
                            !isDigits(text) && !isFormulaText(text);
         if (why.empty() && !stray) continue;
@@ -216,6 +225,7 @@ std::size_t datesIn(const DateStyles& styles) {
 bool isDateColumn(const SheetColumn& column) {
     const auto possible = static_cast<std::size_t>(std::ranges::count_if(
         column.cells, [](const SheetCell& cell) { return cell.date && cell.date->possible; }));
+    // Dates that are not on the calendar are among them, so more than half has to be.
     return (column.isDated() && possible * 2 > column.dates) ||
            column.isCalled({"date", "datum", "day", "due", "deadline", "start", "end", "fecha",
                             "birthday", "born", "geburtsdatum"});
@@ -226,6 +236,7 @@ void judgeImpossibleDates(const Sheet& sheet, const SheetColumn& column, Finding
     for (const SheetCell& cell : column.cells) {
         if (!cell.date || cell.date->possible) continue;
         // 31.02.24 and 2024.0.1 may be versions or part numbers; only a column of dates tells.
+        // "2024.0.1" reads as a year with dots.
         const bool version =
             cell.date->form == DateForm::dots && cell.date->order == DayOrder::yearFirst;
         if ((!cell.date->fullYear || version) && !dateColumn) continue;
@@ -242,6 +253,7 @@ DateStyles stylesOf(const SheetColumn& column) {
     std::map<DateForm, std::size_t> eitherBy;
     for (const SheetCell& cell : column.cells) {
         if (!cell.date || !cell.date->possible) continue;
+        // "01/02/2024": day or month first is not told by itself.
         if (cell.date->order == DayOrder::either)
             ++eitherBy[cell.date->form];
         else
@@ -253,6 +265,7 @@ DateStyles stylesOf(const SheetColumn& column) {
             const bool better = best == styles.end() || it->second > best->second;
             if (it->first.first == form && better) best = it;
         }
+        // Only when no date of that form tells: then its own kind is a style.
         if (best != styles.end())
             best->second += count;
         else
@@ -282,6 +295,8 @@ void judgeDateStyles(const Sheet& sheet, const SheetColumn& column, FindingList&
     const DateStyles styles = stylesOf(column);
     const std::size_t known = datesIn(styles);
     if (!column.isDated() || known < kFewestDates) return;
+    // The first of equal ones, in the order of the map, so that the same sheet has the same
+    // findings.
     const auto usual = std::ranges::max_element(
         styles, [](const auto& a, const auto& b) { return a.second < b.second; });
     if (usual->second * 3 < known * kDatesOfThree) {
@@ -334,6 +349,8 @@ std::string_view decimalMarkOf(const NumberText& number) {
     return {};
 }
 
+// Names of columns are all that tells a part of a whole from a change in per cent, which may well
+// be above 100.
 void judgeRanges(const Sheet& sheet, const SheetColumn& column, FindingList& list) {
     const bool part = column.isCalled({"share", "anteil", "progress", "completion", "complete",
                                        "% of", "percent of", "utilization", "utilisation",
@@ -377,6 +394,7 @@ void judgeRanges(const Sheet& sheet, const SheetColumn& column, FindingList& lis
 
 /// Blanks around words, and words that differ from a more frequent one in capitals alone.
 void judgeWords(const Sheet& sheet, const SheetColumn& column, FindingList& list) {
+    // One pass to learn the column's habits, one to tell who departs from them.
     std::size_t words = 0;
     std::size_t padded = 0;
     std::map<std::string, std::map<std::string_view, std::size_t>> spellings;
@@ -397,6 +415,7 @@ void judgeWords(const Sheet& sheet, const SheetColumn& column, FindingList& list
         if (!sheet.isData(cell.row) || cell.kind != CellKind::words) continue;
         const std::string_view text = sheet.table.cell(cell.row, column.index);
         const std::string_view trimmed = trimmedCell(text);
+        // A line break at the end of a cell is how text comes out of forms; that is left alone.
         if (!paddingIsStyle && trimmed.size() != text.size() &&
             trimmed.find_first_of("\r\n") == std::string_view::npos) {
             const CellPlace place = placeOf(sheet, column, cell.row);
@@ -405,6 +424,7 @@ void judgeWords(const Sheet& sheet, const SheetColumn& column, FindingList& list
                            " has a blank before or after it, so lookups miss it.");
         }
         if (!categories || trimmed.size() > kLongestCategory) continue;
+        // Built above with the same key, so it is there.
         const auto& variants = spellings[kelvane::text::lowercased(trimmed)];
         if (variants.size() < 2) continue;
         const auto usual = std::ranges::max_element(
@@ -422,6 +442,8 @@ void judgeWords(const Sheet& sheet, const SheetColumn& column, FindingList& list
 } // namespace
 
 void judgeCells(const Sheet& sheet, FindingList& list) {
+    // A column is one of three kinds, and each has its rules; errors, placeholders, formulas and
+    // dates are looked for in all.
     for (const SheetColumn& column : sheet.columns) {
         if (column.cells.empty()) continue;
         judgeErrors(sheet, column, list);

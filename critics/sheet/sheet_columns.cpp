@@ -18,6 +18,8 @@ bool isWordLetter(char letter) {
 }
 
 bool hasWord(std::string_view text, std::string_view word) {
+    // A word within the header: "no" is in "item no", and not in "note". Letters beyond ASCII count
+    // as such, byte by byte.
     for (std::size_t at = text.find(word); at != std::string_view::npos;
          at = text.find(word, at + 1)) {
         const std::size_t end = at + word.size();
@@ -33,6 +35,7 @@ SheetRow kindOfRow(const Table& table, std::size_t row) {
     if (table.headerRow && row <= *table.headerRow) return SheetRow::header;
     if (table.isBlankRow(row)) return SheetRow::blank;
     std::size_t filled = 0;
+    // A total is known by its label in one of the first columns, before a row is taken for data.
     std::string_view first;
     for (std::size_t column = 0; column < table.rows[row].size(); ++column) {
         const std::string_view cell = trimmedCell(table.cell(row, column));
@@ -46,6 +49,7 @@ SheetRow kindOfRow(const Table& table, std::size_t row) {
             return SheetRow::groupTotal;
         case RowKind::total:
             return SheetRow::total;
+        // "Average" in the first cell; further on it may be a value.
         case RowKind::otherSummary:
             if (filled == 1) return SheetRow::otherSummary;
             break;
@@ -53,6 +57,7 @@ SheetRow kindOfRow(const Table& table, std::size_t row) {
             break;
         }
     }
+    // One cell of words alone in a wide table names what follows.
     if (filled == 1 && table.width > 2 && !readNumber(first) && !readDate(first)) {
         return SheetRow::heading;
     }
@@ -60,6 +65,7 @@ SheetRow kindOfRow(const Table& table, std::size_t row) {
 }
 
 SheetCell readCell(std::size_t row, std::string_view text) {
+    // From the surest kind to the vaguest: "n/a" before words, "2024" a number before a date.
     SheetCell cell{row, CellKind::words, std::nullopt, std::nullopt};
     if (text.empty())
         cell.kind = CellKind::empty;
@@ -83,6 +89,7 @@ void demoteWordyTotals(const Table& table, std::vector<SheetRow>& kinds) {
             kinds[row] == SheetRow::heading || kinds[row] == SheetRow::blank)
             continue;
         bool hasNumber = false;
+        // An error stands where a number should.
         for (const std::string& cell : table.rows[row]) {
             hasNumber =
                 hasNumber || readNumber(cell) || isFormulaError(cell) || isPlaceholder(cell);
@@ -130,6 +137,8 @@ Sheet understand(Table table) {
     }
     demoteWordyTotals(read, sheet.rowKinds);
 
+    // Marks that tell: "1,5" and "1.50", not "1.234". They are counted for each column, and for the
+    // sheet as a whole for those columns that have none.
     std::size_t dots = 0;
     std::size_t commas = 0;
     std::vector<std::pair<std::size_t, std::size_t>> marks(read.width);
@@ -140,6 +149,7 @@ Sheet understand(Table table) {
         column.header = read.header(index);
         column.lowerHeader = kelvane::text::lowercased(column.header);
     }
+    // By row, as the table lies in memory.
     for (std::size_t row = 0; row < read.rows.size(); ++row) {
         const SheetRow kind = sheet.rowKinds[row];
         if (kind == SheetRow::header || kind == SheetRow::heading) continue;
@@ -155,6 +165,7 @@ Sheet understand(Table table) {
                 ++commas;
                 ++marks[index].second;
             }
+            // What says that there is no value is no cell of the column's kind, nor of another.
             if (kind == SheetRow::data && cell.kind != CellKind::noValue &&
                 cell.kind != CellKind::error && cell.kind != CellKind::placeholder) {
                 ++column.filled;
@@ -166,6 +177,7 @@ Sheet understand(Table table) {
     }
     for (SheetColumn& column : sheet.columns) {
         const auto [ownDots, ownCommas] = marks[column.index];
+        // A tie, mostly of none, goes by the sheet.
         column.commaDecimals = ownDots == ownCommas ? commas > dots : ownCommas > ownDots;
     }
     return sheet;

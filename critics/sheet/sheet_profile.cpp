@@ -122,6 +122,8 @@ std::string_view textOf(const Sheet& sheet, const SheetColumn& column, std::size
 CodedColumn coded(const Sheet& sheet, const SheetColumn& column) {
     CodedColumn result;
     result.column = &column;
+    // Views into the table, which stays as it is: a column is compared by number from here on,
+    // without touching its text again.
     std::unordered_map<std::string_view, std::uint32_t> ids;
     for (const SheetCell& cell : column.cells) {
         if (!sheet.isData(cell.row) || !holdsValue(cell)) continue;
@@ -148,6 +150,7 @@ std::string quoted(std::string_view value) {
 /// "AB-1234" as "AA-9999"; letters beyond ASCII count as small ones.
 std::string shapeOf(std::string_view value) {
     std::string shape;
+    // By bytes, not by letters: that is enough to tell one code from another, and codes are ASCII.
     for (const char c : value) {
         if (c >= '0' && c <= '9')
             shape += '9';
@@ -174,7 +177,10 @@ std::string kindsOf(std::string_view shape) {
 
 /// Insertions, deletions and substitutions between two short texts, at most `most` + 1.
 std::size_t distance(std::string_view a, std::string_view b, std::size_t most) {
+    // Each byte of difference in length costs one at least.
     if (a.size() > b.size() + most || b.size() > a.size() + most) return most + 1;
+    // The usual table of edit distances, of which one row is kept. Time by the product of the two
+    // lengths, which the callers bound.
     std::vector<std::size_t> row(b.size() + 1);
     for (std::size_t j = 0; j <= b.size(); ++j) row[j] = j;
     for (std::size_t i = 1; i <= a.size(); ++i) {
@@ -196,6 +202,7 @@ std::string unitOf(std::string_view value) {
     while (at < value.size() && (text::isAsciiDigit(value[at]) || value[at] == '.' ||
                                  value[at] == ',' || (at == 0 && value[at] == '-')))
         ++at;
+    // A number ends in a digit: "12." is the beginning of a list item, "12,kg" nothing.
     if (at == 0 || !text::isAsciiDigit(value[at - 1])) return {};
     const std::string_view rest = trimmedCell(value.substr(at));
     if (rest.empty() || rest.size() > kLongestUnit || !text::isAsciiLetter(rest[0])) return {};
@@ -237,7 +244,10 @@ std::optional<UsualShape> usualShape(const CodedColumn& column,
         ++tally.values;
     }
     for (const auto& [shape, tally] : tallies) {
+        // At nineteen of twenty, one shape at most can be it, so the order of the map does not
+        // matter.
         if (tally.uses * 20 < cells * kShapedOfTwenty) continue;
+        // No other shape can be the usual one then either.
         if (tally.values < kFewestOfShape || !eligible(shape)) return std::nullopt;
         return UsualShape{shape, tally.uses};
     }
@@ -246,7 +256,8 @@ std::optional<UsualShape> usualShape(const CodedColumn& column,
 
 void judgePattern(const CodedColumn& column, std::set<CellKey>& told, FindingList& list) {
     // Numbers may have any number of digits, unless the column's name says that they are no
-    // quantity; dates and numbers among words have rules of their own.
+    // quantity; dates and numbers among words have rules of their own. Told before are the slips
+    // that a narrower rule has found in the same cells.
     const bool digits = column.column->isNumeric();
     if ((digits && !isCode(*column.column)) || column.column->isDated()) return;
     const auto usual = usualShape(column, [](std::string_view shape) {
@@ -260,6 +271,7 @@ void judgePattern(const CodedColumn& column, std::set<CellKey>& told, FindingLis
         column.values, [&](const Value& value) { return shapeOf(value.text) == usual->shape; });
     for (const auto& [row, id] : column.cells) {
         const Value& value = column.values[id];
+        // One byte more than has a shape, so that a longer value cannot look like a shorter one.
         const std::string shape = shapeOf(value.text.substr(0, kLongestShaped + 1));
         if (shape == usual->shape || value.uses > kMostUsesOfSlip) continue;
         if (!unitOf(value.text).empty()) continue; // Its number is a quantity.
@@ -287,12 +299,14 @@ void judgeCapitals(const CodedColumn& column, std::set<CellKey>& told, FindingLi
     for (const Value& value : column.values) {
         if (isUpper(value.text[0])) capital += value.uses;
     }
+    // Where all of them do there is nothing to tell.
     if (capital == column.cells.size() || capital * 20 < column.cells.size() * kShapedOfTwenty)
         return;
     for (const auto& [row, id] : column.cells) {
         const Value& value = column.values[id];
         const bool small = std::ranges::all_of(
             value.text, [](char c) { return (c >= 'a' && c <= 'z') || c == ' ' || c == '-'; });
+        // Shorter words are units, particles and codes, which have no capital of their own.
         if (!small || value.text.size() < 4 || value.uses > kMostUsesOfSlip) continue;
         if (!told.emplace(row, column.column->index).second) continue;
         const std::string place = cellPlace(row, *column.column);
@@ -315,6 +329,8 @@ struct Slip {
 /// Whether exactly one letter, blank or mark differs, is added, left out, or two neighbours are
 /// swapped, and where.
 Slip slipBetween(std::string_view frequent, std::string_view rare) {
+    // What both begin with and what both end with is taken off; the slip is what is left in the
+    // middle. Two neighbours that are swapped leave two bytes on either side.
     std::size_t front = 0;
     while (front < frequent.size() && front < rare.size() && frequent[front] == rare[front])
         ++front;
@@ -335,6 +351,7 @@ Slip slipBetween(std::string_view frequent, std::string_view rare) {
     const bool one = (is.empty() && isOneLetter(was)) || (was.empty() && isOneLetter(is)) ||
                      (isOneLetter(was) && isOneLetter(is));
     if (!one && !swapped) return {};
+    // Figures differ between things; letters differ by accident.
     for (const std::string_view part : {was, is}) {
         for (const char c : part) {
             if (c >= '0' && c <= '9') return {};
@@ -353,12 +370,18 @@ Slip slipBetween(std::string_view frequent, std::string_view rare) {
     Slip slip;
     slip.isSlip = true;
     slip.inLongWord = letters >= kLongWord;
+    // An "s" at the end of the word, on one side alone.
     slip.plural =
         end == frequent.size() - back && was.size() + is.size() == 1 && (was == "s" || is == "s");
     return slip;
 }
 
-/// The value with each of its bytes left out in turn, and itself.
+/// The value with each of its bytes left out in turn, and itself. The idea of comparing by
+/// deletions: two texts that differ by one insertion, deletion or substitution, or by two
+/// neighbours in the wrong order, have a text in common once a byte is left out of one or both. So
+/// the few frequent values are laid down under all their deletions, and each rare value is looked
+/// up under its own: some forty looks, instead of a comparison with 300 values. What is met is then
+/// compared exactly.
 template <typename Take>
 void eachDeletion(std::string_view value, const Take& take) {
     std::string key(value);
@@ -382,6 +405,8 @@ void judgeNearDuplicates(const CodedColumn& column, std::set<CellKey>& told, Fin
             frequent.push_back(id);
     }
     if (frequent.empty()) return;
+    // The most frequent first: they win where a rare value is near to several. Stable, so that the
+    // same table gives the same findings.
     std::ranges::stable_sort(frequent, [&](std::uint32_t a, std::uint32_t b) {
         return column.values[a].uses > column.values[b].uses;
     });
@@ -390,6 +415,7 @@ void judgeNearDuplicates(const CodedColumn& column, std::set<CellKey>& told, Fin
     for (const std::uint32_t id : frequent) {
         eachDeletion(column.values[id].text, [&](const std::string& key) {
             std::vector<std::uint32_t>& ids = byDeletion[key];
+            // The same key comes twice in a row for doubled letters.
             if (ids.empty() || ids.back() != id) ids.push_back(id);
         });
     }
@@ -403,6 +429,7 @@ void judgeNearDuplicates(const CodedColumn& column, std::set<CellKey>& told, Fin
         const Value& value = column.values[id];
         if (value.uses > kMostUsesOfSlip) continue;
         ++rare;
+        // One byte more or less than a frequent value may have.
         if (value.text.size() > kLongestShaped + 1 || value.text.size() + 1 < kShortWord) continue;
         std::optional<Match> best;
         eachDeletion(value.text, [&](const std::string& key) {
@@ -450,6 +477,7 @@ struct Groups {
 
 Groups groupsOf(const CodedColumn& column) {
     Groups groups;
+    // Counted first, then laid out one after the other: two passes and no list for each group.
     groups.starts.assign(column.values.size() + 1, 0);
     for (const auto& [row, id] : column.cells) ++groups.starts[id + 1];
     for (std::size_t i = 1; i < groups.starts.size(); ++i) groups.starts[i] += groups.starts[i - 1];
@@ -490,20 +518,26 @@ std::optional<Dependency> dependencyOf(const Groups& groups,
         std::size_t lead = 0;
         std::size_t size = 0;
         for (std::size_t i = begin; i < end; ++i) {
+            // A row without a value speaks neither for nor against.
             const std::uint32_t value = values[groups.rows[i]];
             if (value == kNoValue) continue;
             ++size;
             if (lead == 0) candidate = value;
+            // The vote leaves a value that has the majority if any has; whether it has is counted
+            // below.
             lead += 1;
             if (value != candidate) lead -= 2;
         }
         if (size < kFewestInGroup) continue;
+        // Counted even if the vote found none: then most of the group is a violation and the
+        // dependency falls.
         std::size_t agreeing = 0;
         for (std::size_t i = begin; i < end; ++i) {
             if (values[groups.rows[i]] == candidate) ++agreeing;
         }
         ++found.groups;
         found.rows += size;
+        // How often each value is the one that groups agree on, over all groups.
         uses[candidate] += agreeing;
         most = std::max(most, uses[candidate]);
         violated += size - agreeing;
@@ -527,6 +561,7 @@ std::optional<Dependency> dependencyOf(const Groups& groups,
 bool isSlipOf(const Value& value, const Value& usual) {
     if (value.uses > 1 || usual.uses < kFewestInGroup || usual.text.size() > kLongestCompared)
         return false;
+    // One letter in short values, a tenth of them in long ones.
     const std::size_t most = std::max<std::size_t>(1, usual.text.size() / kLettersPerSlip);
     if (distance(value.text, usual.text, most) > most) return false;
     // Figures of like size are no slips of each other.
@@ -548,16 +583,20 @@ void judgeDependencies(const Sheet& sheet, const std::vector<CodedColumn>& colum
     std::vector<const CodedColumn*> determined;
     for (const CodedColumn& column : columns) {
         if (determined.size() == kMostDetermined) break;
+        // A column in which most values are different determines everything, and says nothing.
         const std::size_t cells = column.cells.size();
         if (cells < kFewestProfiled || column.values.size() < 2 || column.values.size() * 2 > cells)
             continue;
         determined.push_back(&column);
     }
+    // By row, with a mark for none, so that a group finds its rows without a search. Rows times
+    // columns of four bytes; the first 64 columns at most.
     std::vector<std::vector<std::uint32_t>> values;
     for (const CodedColumn* column : determined) {
         values.emplace_back(rows, kNoValue);
         for (const auto& [row, id] : column->cells) values.back()[row] = id;
     }
+    // One for all dependencies, so that it is not allocated for each of some thousand pairs.
     std::vector<std::size_t> uses;
     for (std::size_t by = 0; by < determined.size() && by < kMostDeterminants; ++by) {
         const Groups groups = groupsOf(*determined[by]);
@@ -578,6 +617,7 @@ void judgeDependencies(const Sheet& sheet, const std::vector<CodedColumn>& colum
                                  {violation, determined[by], of, strict}});
             }
         }
+        // A row is told by its first witness; later ones only count.
         for (auto& [key, entry] : fresh) {
             if (contradictions[key.first] > 1) continue;
             if (const auto known = violations.find(key); known != violations.end()) {
@@ -619,6 +659,8 @@ void judgeDependencies(const Sheet& sheet, const std::vector<CodedColumn>& colum
 /// other cells.
 std::string timeFormOf(std::string_view value) {
     if (value.size() > kLongestShaped) return {};
+    // The form of a time of day is what stays when digits are one "9", months one "M", and both
+    // halves of the day the same one. A cell without "9:99" is none.
     bool time = false;
     std::string form;
     for (std::size_t i = 0; i < value.size();) {
@@ -635,6 +677,7 @@ std::string timeFormOf(std::string_view value) {
         }
         if (text::isAsciiLetter(c)) {
             const std::size_t begin = i;
+            // Dots within "a.m." belong to the word; the last of a longer one does not.
             while (i < value.size() && (text::isAsciiLetter(value[i]) ||
                                         (value[i] == '.' && i - begin < 4 && i > begin)))
                 ++i;
@@ -647,6 +690,7 @@ std::string timeFormOf(std::string_view value) {
             form += half ? word : word.size() == 1 ? word : std::string("M");
             continue;
         }
+        // Runs of blanks are one.
         if (c != ' ' || (!form.empty() && form.back() != ' ')) form += c;
         ++i;
     }
@@ -675,10 +719,12 @@ void judgeTimes(const CodedColumn& column, std::set<CellKey>& told, FindingList&
         return;
     const auto usual = std::ranges::max_element(
         forms, [](const auto& a, const auto& b) { return a.second.uses < b.second.uses; });
+    // No form prevails, so there is no stray: the mix itself is told, once.
     if (usual->second.uses * 3 < times * kAlikeOfThree) {
         std::string mix;
         std::size_t shown = 0;
         for (const auto& [form, tally] : forms) {
+            // Four examples show the mix; evidence is bounded anyway.
             if (++shown > 4) break;
             if (!mix.empty()) mix += ", ";
             mix += std::to_string(tally.uses) + " like " + quoted(tally.example);
@@ -702,6 +748,7 @@ void judgeTimes(const CodedColumn& column, std::set<CellKey>& told, FindingList&
 
 // ---- percent signs and units --------------------------------------------------------------------
 
+// By value: it is rearranged. Never empty, see the caller.
 double medianOf(std::vector<double> values) {
     const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
     std::ranges::nth_element(values, middle);
@@ -712,13 +759,16 @@ void judgePercentSigns(const Sheet& sheet, const SheetColumn& column, FindingLis
     if (!column.isNumeric()) return;
     std::array<std::vector<double>, 2> values; // Without the sign, and with it.
     for (const SheetCell& cell : column.cells) {
+        // Zero has no size, and is written without a sign more often than other numbers.
         if (!sheet.isData(cell.row) || !cell.number || cell.number->value == 0) continue;
+        // With a currency or unit of its own the column is no list of shares.
         if (!cell.number->currency.empty() || !cell.number->unit.empty()) return;
         values[cell.number->percent ? 1 : 0].push_back(std::abs(column.valueOf(*cell.number)));
     }
     const std::size_t all = values[0].size() + values[1].size();
     if (all < kFewestPercents || values[0].empty() || values[1].empty()) return;
     const bool signUsual = values[1].size() > values[0].size();
+    // Half and half is a list of two kinds of figures.
     if (values[signUsual ? 1 : 0].size() * 5 < all * kUsualOfFive) return;
     // A list of several measures, each in a row of its own, has figures of several sizes.
     const double ratio = medianOf(values[0]) / medianOf(values[1]);
@@ -760,6 +810,7 @@ std::string unitNamed(std::string_view spelling) {
         {"month", "months", "mo", "mos"},
         {"year", "years", "yr", "yrs", "y"},
     }};
+    // Case and a dot at the end are matters of spelling, not of the unit.
     std::string lower = text::lowerAscii(spelling);
     while (!lower.empty() && lower.back() == '.') lower.pop_back();
     for (const auto& unit : kUnits) {
@@ -772,6 +823,7 @@ std::string unitNamed(std::string_view spelling) {
 
 /// One and many of a unit are one spelling.
 std::string withoutPlural(std::string unit) {
+    // Only from four letters on: "ms" and "lbs" keep their ends.
     if (unit.size() > 3 && unit.back() == 's') unit.pop_back();
     return unit;
 }
@@ -794,6 +846,7 @@ void judgeUnits(const CodedColumn& column, std::set<CellKey>& told, FindingList&
         if (spelling.example.empty()) spelling.example = value.text;
         measures += value.uses;
     }
+    // Fewer than four of five: the column holds something else, and some figures in it.
     if (measures * 5 < column.cells.size() * kTimesOfFive) return;
     for (const auto& [name, spellings] : units) {
         if (spellings.size() < 2) continue;
@@ -851,6 +904,7 @@ void judgeMissingMarks(const Sheet& sheet, const SheetColumn& column, FindingLis
 
 void judgeProfiles(const Sheet& sheet, FindingList& list) {
     std::vector<CodedColumn> columns;
+    // Those rules that look at a column as a whole need no numbering of its values.
     for (const SheetColumn& column : sheet.columns) {
         if (column.cells.empty()) continue;
         judgeMissingMarks(sheet, column, list);
@@ -858,7 +912,7 @@ void judgeProfiles(const Sheet& sheet, FindingList& list) {
         CodedColumn values = coded(sheet, column);
         if (values.cells.size() >= kFewestTimes) columns.push_back(std::move(values));
     }
-    // One slip is told once, by the rule that knows most of it.
+    // One slip is told once, by the rule that knows most of it. In the order of the calls below.
     std::set<CellKey> told;
     for (const CodedColumn& column : columns) {
         judgeTimes(column, told, list);

@@ -77,7 +77,8 @@ void judgeOpenQuote(const Sheet& sheet, FindingList& list) {
     if (!sheet.table.openQuote) return;
     const auto [row, column] = *sheet.table.openQuote;
     const std::string cell(sheet.table.cell(row, column));
-    // A cell may well begin with a quoted word; only a quote that is alone in it is open.
+    // A cell may well begin with a quoted word; only a quote that is alone in it is open. The
+    // reader takes every quote at the beginning of a cell that does not close for open.
     if (std::ranges::count(cell, '"') % 2 == 0) return;
     const std::string place = "cell " + cellName(row, column);
     list.addAt(kOpenQuote, place, cell,
@@ -89,6 +90,7 @@ void judgeRagged(const Sheet& sheet, FindingList& list) {
     const Table& table = sheet.table;
     std::map<std::size_t, std::size_t> widths;
     std::size_t records = 0;
+    // Above the header stand titles, of any width.
     const std::size_t first = table.headerRow.value_or(0);
     for (std::size_t row = first; row < table.rows.size(); ++row) {
         if (sheet.rowKinds[row] == SheetRow::blank) continue;
@@ -97,6 +99,7 @@ void judgeRagged(const Sheet& sheet, FindingList& list) {
     }
     std::size_t usual = 0;
     std::size_t most = 0;
+    // The narrowest of equally frequent ones.
     for (const auto& [width, rows] : widths) {
         if (rows > most) {
             most = rows;
@@ -106,8 +109,10 @@ void judgeRagged(const Sheet& sheet, FindingList& list) {
     if (records < kFewestRecords || usual < 2 || most * 3 < records * kRecordsOfThree) return;
     for (std::size_t row = first; row < table.rows.size(); ++row) {
         const std::size_t width = table.rows[row].size();
+        // One cell alone is a heading or a note.
         if (width == usual || sheet.rowKinds[row] == SheetRow::blank || table.filledCells(row) <= 1)
             continue;
+        // Empty cells behind the last column do no harm.
         bool surplus = false;
         for (std::size_t column = usual; column < width; ++column) {
             surplus = surplus || !trimmedCell(table.cell(row, column)).empty();
@@ -129,6 +134,7 @@ void judgeHeaders(const Sheet& sheet, FindingList& list) {
     for (const SheetColumn& column : sheet.columns) {
         const std::string place = "cell " + cellName(row, column.index);
         if (column.header.empty()) {
+            // The first column may hold names of rows, which need no name themselves.
             const bool rowLabels = column.index == 0 && column.numbers == 0;
             if (rowLabels || column.filled < kFewestUnnamed) continue;
             const SheetCell& first = column.cells.front();
@@ -165,6 +171,7 @@ void judgeBlanks(const Sheet& sheet, FindingList& list) {
                     " is empty and cuts the table in two, so filters and formulas stop there.");
         }
     }
+    // Columns behind the last that is used are what an export leaves over.
     std::size_t lastUsed = 0;
     std::size_t empty = 0;
     const auto isEmpty = [](const SheetColumn& column) { return column.cells.empty(); };
@@ -199,6 +206,8 @@ void judgeDuplicateRows(const Sheet& sheet, FindingList& list) {
         std::string key;
         for (const std::string& cell : table.rows[row]) {
             key += cell;
+            // A unit separator, which cells do not hold, so that no two rows have one key by
+            // joining otherwise.
             key += '\x1f';
         }
         const auto [first, isNew] = seen.try_emplace(std::move(key), row);
@@ -247,8 +256,10 @@ bool namesRows(const SheetColumn& column) {
                                         "case id",
                                         "pos",
                                         "pos."}) {
+        // Exactly, since "ticket" in a longer name may count something.
         if (column.lowerHeader == name) return true;
     }
+    // As a first column a looser name is enough.
     return column.index == 0 &&
            (column.isCalled({"id", "number", "no"}) || column.lowerHeader.ends_with("_id") ||
             column.lowerHeader.ends_with("nummer"));
@@ -287,6 +298,8 @@ void judgeSequence(const Sheet& sheet, FindingList& list) {
     std::vector<std::pair<std::size_t, double>> numbers;
     for (const SheetCell& cell : column.cells) {
         if (!sheet.isData(cell.row)) continue;
+        // Any cell that is no plain whole number, and any step that is not upwards, shows that it
+        // is no numbering.
         if (!cell.number || column.decimalsOf(*cell.number) > 0 || cell.number->percent ||
             !cell.number->currency.empty())
             return;
@@ -300,15 +313,18 @@ void judgeSequence(const Sheet& sheet, FindingList& list) {
         column.isCalled({"#", "no", "nr", "pos", "step", "item", "row", "week", "month", "day",
                          "question", "number", "nummer", "year", "rank", "chapter", "line"});
     const bool fromStart = numbers.front().second == 0 || numbers.front().second == 1;
+    // A list that begins anywhere, under a name that does not count, is a list of figures.
     if (!counts && !fromStart) return;
     std::size_t ones = 0;
     for (std::size_t i = 1; i < numbers.size(); ++i) {
         if (numbers[i].second - numbers[i - 1].second == 1) ++ones;
     }
     const std::size_t steps = numbers.size() - 1;
+    // Fewer: its steps are irregular by nature.
     if (ones * 5 < steps * kOnesOfFive) return;
     for (std::size_t i = 1; i < numbers.size(); ++i) {
         const double gap = numbers[i].second - numbers[i - 1].second;
+        // Wider gaps are two numberings, or serial numbers.
         if (gap == 1 || gap > kWidestGap) continue;
         const auto from = std::to_string(std::llround(numbers[i - 1].second));
         const auto to = std::to_string(std::llround(numbers[i].second));

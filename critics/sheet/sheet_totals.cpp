@@ -61,9 +61,11 @@ constexpr double kLeastShareSum = 80;
 constexpr double kMostShareSum = 120;
 
 std::string figure(double value, int decimals) {
+    // 64 bytes hold any sum that a sheet can show; a longer one is cut, not overrun.
     std::string text(64, '\0');
     const int length = std::snprintf(text.data(), text.size(), "%.*f", decimals, value);
     text.resize(static_cast<std::size_t>(std::clamp(length, 0, 63)));
+    // Rounding may leave "-0.00".
     if (text.find_first_not_of("-0.") == std::string::npos && text.starts_with("-"))
         text.erase(0, 1);
     return text;
@@ -75,6 +77,7 @@ double tolerance(int decimals, std::size_t terms, double largest) {
     const double unit = std::pow(10.0, -decimals);
     const bool exact = decimals == 0 && largest < kCountsBelow;
     if (exact) return unit * kExactCounts;
+    // Errors of many rows add up by the root of their number, as they go either way.
     return unit * (kOwnRounding + kRoundingPerRootOfRows * std::sqrt(static_cast<double>(terms)));
 }
 
@@ -84,6 +87,7 @@ enum class Reading { ofColumn, other };
 double valueIn(const SheetColumn& column, const NumberText& number, Reading reading) {
     const double own = column.valueOf(number);
     if (reading == Reading::ofColumn) return own;
+    // The two readings of "1.234": the column has chosen one, this is the other.
     return own == number.value ? number.other : number.value;
 }
 
@@ -100,6 +104,8 @@ struct Sums {
     double largest = 0;
     int decimals = 0;
 
+    // All sums run at once, so one pass down the column is enough; which of them a total was meant
+    // to be is asked when it comes.
     void add(double value) {
         sinceSummary += value;
         sinceBreak += value;
@@ -129,6 +135,7 @@ struct Sums {
 };
 
 bool isAdditive(const SheetColumn& column) {
+    // Adding up makes no sense of these, and a row called total then holds something else.
     if (column.lowerHeader.find('%') != std::string::npos) return false;
     return !column.isCalled({"price",       "rate",        "avg",    "average", "percent",  "ratio",
                              "margin",      "score",       "year",   "date",    "id",       "age",
@@ -152,6 +159,7 @@ bool fits(double total, double sum, double slack) {
 
 /// Whether the figure under the rows is their mean, extreme or number: a summary, but no sum.
 bool isOtherSummary(double total, const std::vector<double>& terms, double slack) {
+    // Without rows above there is nothing that it could have been a sum of.
     if (terms.empty()) return true;
     double sum = 0;
     for (const double term : terms) sum += term;
@@ -163,6 +171,8 @@ bool isOtherSummary(double total, const std::vector<double>& terms, double slack
 
 /// Whether one of the rows is the sum of those right above it, without being called so.
 bool hasHiddenSum(const std::vector<double>& terms, double slack) {
+    // The sum of two rows at least, counted upwards from the row itself. At most 60 times as many
+    // steps as there are rows.
     for (std::size_t i = 2; i < terms.size(); ++i) {
         double sum = 0;
         for (std::size_t above = i; above-- > 0 && i - above <= kFarthestHiddenSum;) {
@@ -176,6 +186,8 @@ bool hasHiddenSum(const std::vector<double>& terms, double slack) {
 /// What a total should say instead, or nothing when it can be explained.
 std::optional<double> expectedInstead(const SheetColumn& column, const Sums& sums, double total,
                                       SheetRow kind, double slack, bool hasBreaks) {
+    // Any sum that fits explains the total: rows are grouped in more ways than can be told from
+    // labels.
     for (const double sum :
          {sums.sinceSummary, sums.sinceTotal, sums.ofAll, sums.ofSubtotals, sums.withGroups}) {
         if (fits(total, sum, slack)) return std::nullopt;
@@ -185,14 +197,17 @@ std::optional<double> expectedInstead(const SheetColumn& column, const Sums& sum
     const std::vector<double>& terms = whole ? sums.allTerms : sums.terms;
     const double expected = whole ? sums.sinceTotal : sums.sinceSummary;
     if (terms.size() < 2) return std::nullopt;
+    // Subtotals without a label are counted twice in the sum, which then is twice the total.
     if (fits(2 * total, expected, slack) && hasHiddenSum(terms, slack)) return std::nullopt;
     if (!isSurelyAmount(column) && isOtherSummary(total, terms, slack)) return std::nullopt;
+    // A slip of a digit is near the right sum, and so is one row that was left out, however large.
     const bool nearMiss =
         std::abs(total - expected) <= kNearMiss * std::abs(expected) ||
         std::ranges::any_of(terms, [&](double t) { return fits(total, expected - t, slack); });
     if (nearMiss) return expected;
     // "Total revenue" may be one figure among others; only a near miss shows what it sums up.
     if (kind == SheetRow::groupTotal) return std::nullopt;
+    // Between the smallest and the largest row it may be a mean or a median by another rule.
     const auto [least, most] = std::ranges::minmax(terms);
     if (total >= least && total <= most && !isSurelyAmount(column)) return std::nullopt;
     return expected;
@@ -217,6 +232,7 @@ public:
           m_column(column),
           m_reading(reading),
           m_row(sheet.table.firstDataRow()) {
+        // The sum of all the data, for totals that stand above their rows.
         for (const SheetCell& cell : column.cells) {
             if (cell.number && sheet.isData(cell.row))
                 m_sumOfAll += valueIn(column, *cell.number, reading);
@@ -230,8 +246,10 @@ public:
         for (const SheetCell& cell : m_column.cells) {
             passGapsBefore(cell.row);
             const SheetRow kind = m_sheet.rowKinds[cell.row];
+            // Also for the totals below: what is not known stays out of every sum from here on.
             m_broken = m_broken || spoilsSums(cell, kind);
             if (!cell.number) continue;
+            // Above a percentage stand amounts, below it other figures.
             if (cell.number->percent) break;
             const double value = valueIn(m_column, *cell.number, m_reading);
             m_sums.decimals = std::max(m_sums.decimals, m_column.decimalsOf(*cell.number));
@@ -296,6 +314,8 @@ void judgeColumnTotals(const Sheet& sheet, const SheetColumn& column, FindingLis
     if (!summands || !isAdditive(column)) return;
     std::vector<Slip> slips = TotalsWalk(sheet, column, Reading::ofColumn).slips();
     if (slips.empty()) return;
+    // "1.234" can be read either way; if the other reading explains every total, it was the right
+    // one.
     const bool open = std::ranges::any_of(column.cells, [](const SheetCell& cell) {
         return cell.number && cell.number->value != cell.number->other;
     });
@@ -307,6 +327,7 @@ void judgeColumnTotals(const Sheet& sheet, const SheetColumn& column, FindingLis
 
 /// The numbers of a row by column, in the readings of the columns.
 std::optional<double> numberAt(const Sheet& sheet, const SheetColumn& column, std::size_t row) {
+    // The cells of a column are in the order of rows, so a row is found by halving.
     const auto cell = std::ranges::lower_bound(column.cells, row, {}, &SheetCell::row);
     if (cell == column.cells.end() || cell->row != row || !cell->number || !sheet.isData(row)) {
         return std::nullopt;
@@ -332,6 +353,7 @@ std::vector<const SheetColumn*> termsBefore(const Sheet& sheet, const SheetColum
     std::vector<const SheetColumn*> terms;
     for (std::size_t i = total.index; i-- > 0;) {
         const SheetColumn& column = sheet.columns[i];
+        // Text between numbers parts one group of figures from another.
         if (column.isNumeric())
             terms.push_back(&column);
         else if (!terms.empty())
@@ -350,13 +372,17 @@ struct RowFormula {
 std::vector<RowFormula> formulasOf(const Sheet& sheet,
                                    const std::vector<const SheetColumn*>& terms) {
     std::vector<RowFormula> formulas;
+    // References to `sheet` and `terms`: see above.
     formulas.push_back({"the sum of the columns before it",
                         [&sheet, &terms](std::size_t row) -> std::optional<double> {
                             double sum = 0;
                             for (const SheetColumn* term : terms)
+                                // A missing figure counts as nothing in a sum, and makes a product
+                                // unknown.
                                 sum += numberAt(sheet, *term, row).value_or(0);
                             return sum;
                         }});
+    // Six columns are fifteen pairs, each of which reads all rows.
     const std::size_t factors = std::min(terms.size(), kMostFactors);
     for (std::size_t a = 0; a < factors; ++a) {
         for (std::size_t b = a + 1; b < factors; ++b) {
@@ -392,6 +418,8 @@ struct RowFit {
 
 RowFit fitOf(const Sheet& sheet, const SheetColumn& total, const RowFormula& formula) {
     const int decimals = decimalsIn(total);
+    // A product of rounded factors is off by more than half a unit; a unit in whole numbers would
+    // hide slips of one.
     const double slack =
         std::pow(10.0, -decimals) * (decimals == 0 ? kRowSlackWhole : kRowSlackDecimals) +
         kBinaryNoise;
@@ -402,6 +430,8 @@ RowFit fitOf(const Sheet& sheet, const SheetColumn& total, const RowFormula& for
         if (!expected) continue;
         ++fit.judged;
         const double value = total.valueOf(*cell.number);
+        // A row fits a wrong formula by chance when it is zero or one, so at least three others
+        // have to.
         if (!fits(value, *expected, slack))
             fit.strays.push_back({cell.row, *expected});
         else if (std::abs(value) > 1)
@@ -431,6 +461,7 @@ void judgeRowTotals(const Sheet& sheet, FindingList& list) {
         if (!total.isNumeric() || !isCalledRowTotal(total)) continue;
         const std::vector<const SheetColumn*> terms = termsBefore(sheet, total);
         if (terms.size() < 2) continue;
+        // The sum comes first in the list, and the first that prevails is told.
         for (const RowFormula& formula : formulasOf(sheet, terms)) {
             const RowFit fit = fitOf(sheet, total, formula);
             if (!fit.prevails()) continue;
@@ -472,7 +503,8 @@ void judgeShares(const Sheet& sheet, const SheetColumn& column, FindingList& lis
         lastRow = cell.row;
     }
     decimals = std::min(decimals, kMostDecimals);
-    // Each share is rounded by half a unit at most.
+    // Each share is rounded by half a unit at most. So n of them are off by n halves at worst, and
+    // that is what is allowed for.
     const double slack =
         std::pow(10.0, -decimals) * 0.5 * static_cast<double>(terms) + kBinaryNoise;
     // Far from 100 the parts are not all there, which a list may well intend.

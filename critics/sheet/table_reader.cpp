@@ -42,7 +42,8 @@ bool endsCell(std::string_view text, std::size_t at, char delimiter) {
     return at >= text.size() || text[at] == delimiter || text[at] == '\n' || text[at] == '\r';
 }
 
-/// Where the quoted cell that opens at `open` closes, or nothing.
+/// Where the quoted cell that opens at `open` closes, or nothing. RFC 4180: within quotes a doubled
+/// quote is one, and anything may stand, line ends too.
 std::optional<std::size_t> closingQuote(std::string_view text, std::size_t open, char delimiter) {
     std::size_t at = open + 1;
     while (true) {
@@ -78,6 +79,9 @@ Table readRecords(std::string_view text, char delimiter) {
         while (true) {
             std::optional<std::size_t> close;
             if (at < text.size() && text[at] == '"') {
+                // An open quote is read as text to the end of its cell, so that one slip does not
+                // swallow the rest of the table. The search for the end goes through all the text
+                // once at most.
                 if (closable) close = closingQuote(text, at, delimiter);
                 if (!close) {
                     closable = false;
@@ -96,6 +100,7 @@ Table readRecords(std::string_view text, char delimiter) {
             if (at >= text.size() || text[at] != delimiter) break;
             ++at;
         }
+        // A line ends with CR LF, LF or CR.
         if (at < text.size()) at += text.substr(at).starts_with("\r\n") ? 2U : 1U;
         table.width = std::max(table.width, record.size());
         table.rows.push_back(std::move(record));
@@ -107,8 +112,10 @@ char detectDelimiter(std::string_view text) {
     const std::string_view sample = text.substr(0, kSampleBytes);
     char best = ',';
     double bestShare = 0;
+    // Rarer marks first: a comma stands in sentences as well, and has to be clearly more even.
     for (const char delimiter : {'\t', ';', '|', ','}) {
         Table table = readRecords(sample, delimiter);
+        // The last record of a sample may be cut.
         if (sample.size() < text.size() && table.rows.size() > 1) table.rows.pop_back();
         std::map<std::size_t, std::size_t> widths;
         std::size_t filled = 0;
@@ -117,12 +124,14 @@ char detectDelimiter(std::string_view text) {
             ++widths[table.rows[row].size()];
             ++filled;
         }
+        // A mark that does not occur makes every record one cell wide, which says nothing.
         std::size_t most = 0;
         for (const auto& [width, count] : widths) {
             if (width > 1) most = std::max(most, count);
         }
         double share = filled == 0 ? 0 : static_cast<double>(most) / static_cast<double>(filled);
-        // A wrong delimiter tears quoted cells apart.
+        // A wrong delimiter tears quoted cells apart. Only of the whole text can it be said that a
+        // quote stays open.
         if (table.openQuote && sample.size() == text.size()) share *= kTornQuotes;
         if (share > bestShare + kClearlyMoreEven) {
             bestShare = share;
@@ -162,6 +171,7 @@ bool looksLikeNames(const Table& table, std::size_t row, std::size_t leastWords)
 bool namesValuesBelow(const Table& table, std::size_t row, std::size_t column) {
     std::size_t values = 0;
     std::size_t cells = 0;
+    // A look at the rows below is what tells: names differ in kind from what they name.
     const std::size_t end = std::min(table.rows.size(), row + kRowsBelowHeader);
     for (std::size_t r = row + 1; r < end; ++r) {
         const std::string_view cell = trimmedCell(table.cell(r, column));
@@ -203,6 +213,7 @@ bool namesDataBelow(const Table& table, std::size_t row) {
     bool shortNames = true;
     for (const std::string_view cell : own)
         shortNames = shortNames && cell.size() <= kLongestShortName;
+    // As many cells below as two rows of names would have; fewer show nothing.
     return below >= 2 * filled && !repeats && shortNames && filled == table.width;
 }
 
@@ -211,6 +222,7 @@ std::optional<std::size_t> detectHeader(const Table& table) {
     for (std::size_t row = 0; row < end; ++row) {
         const std::size_t filled = table.filledCells(row);
         if (filled == 0) continue;
+        // Two columns may have a title as well, but one of them may also be empty.
         if (filled == 1 && table.width > 2) continue; // A title above the table.
         // Names on two rows: the lower row is the one that data stands under.
         const std::size_t next = row + 1;
@@ -224,6 +236,7 @@ std::optional<std::size_t> detectHeader(const Table& table) {
             const bool names = isWords(name) && name.size() <= kLongestShortName;
             return names && namesValuesBelow(table, row, 0) ? std::optional(row) : std::nullopt;
         }
+        // Whatever the first row that is filled says, decides: a header below data is none.
         if (!looksLikeNames(table, row, 1)) return std::nullopt;
         if (namesDataBelow(table, row)) return row;
         return std::nullopt;
@@ -252,6 +265,7 @@ std::string Table::header(std::size_t column) const {
     if (!headerRow) return {};
     std::string name(trimmedCell(cell(*headerRow, column)));
     if (!groupRow || name.empty()) return name;
+    // The name of a group stands over its first column only; those to the right of it belong to it.
     for (std::size_t left = column + 1; left-- > 0;) {
         const std::string_view group = trimmedCell(cell(*groupRow, left));
         if (!group.empty()) return std::string(group) + " " + name;
@@ -273,6 +287,7 @@ Table readTable(std::string_view text, bool tabSeparated) {
 }
 
 std::string columnName(std::size_t column) {
+    // Letters count without a zero: A is 1, Z 26, AA 27.
     std::string name;
     for (std::size_t rest = column + 1; rest > 0; rest = (rest - 1) / 26) {
         name.insert(name.begin(), static_cast<char>('A' + (rest - 1) % 26));
@@ -286,6 +301,7 @@ std::string cellName(std::size_t row, std::size_t column) {
 
 std::string_view trimmedCell(std::string_view text) {
     if (text.empty()) return text;
+    // Nearly all cells have nothing to trim, so the ends are looked at before the decoder is.
     const auto plain = [](char letter) { return letter > ' ' && letter < 0x7F; };
     if (plain(text.front()) && plain(text.back())) return text;
     return kelvane::text::trimmedWhitespaceAndNewlines(text);

@@ -43,6 +43,7 @@ private:
 
 SyntaxFault faultAt(TSNode node) {
     SyntaxFault fault;
+    // A missing node takes no room: it stands where something should have been.
     fault.offset = ts_node_start_byte(node);
     if (ts_node_is_missing(node)) {
         fault.kind = SyntaxFault::Kind::missing;
@@ -57,11 +58,13 @@ std::vector<SyntaxFault> faultsIn(TSNode root) {
     constexpr TSSymbol kError = std::numeric_limits<TSSymbol>::max(); // the same in every grammar
     std::vector<SyntaxFault> faults;
     Walk walk(root);
+    // Asked of the root first: text without faults is walked not at all.
     bool more = ts_node_has_error(root);
     while (more && faults.size() < kMostFaults) {
         const TSNode node = walk.node();
         if (ts_node_is_missing(node) || ts_node_symbol(node) == kError) {
             faults.push_back(faultAt(node));
+            // What is within an error follows from it, and is passed over.
             more = walk.past();
         } else {
             // Only branches that hold errors are entered.
@@ -78,6 +81,7 @@ SyntaxReading readSyntax(std::string_view grammar, std::string_view text,
     const auto known = grammars();
     const auto found = std::ranges::find(known, grammar, &Grammar::name);
     if (found == known.end()) return {};
+    // See kLongestText for what the library does beyond it.
     if (text.size() > kLongestText) return {SyntaxReading::Outcome::tooLong, {}};
 
     const std::unique_ptr<TSParser, ParserDeleter> parser(ts_parser_new());
@@ -86,6 +90,7 @@ SyntaxReading readSyntax(std::string_view grammar, std::string_view text,
     ts_parser_set_timeout_micros(parser.get(), static_cast<std::uint64_t>(limit.count()));
     const std::unique_ptr<TSTree, TreeDeleter> tree(ts_parser_parse_string(
         parser.get(), nullptr, text.data(), static_cast<std::uint32_t>(text.size())));
+    // It gives a null tree for no other reason here than the time.
     if (!tree) return {SyntaxReading::Outcome::outOfTime, {}};
     return {SyntaxReading::Outcome::read, faultsIn(ts_tree_root_node(tree.get()))};
 }

@@ -24,7 +24,7 @@ struct ChildLimits {
     /// Address space of one process of it, in bytes; zero is no limit, for runtimes that reserve
     /// far more than they use.
     std::uint64_t addressSpace = std::uint64_t{512} << 20U;
-    std::uint64_t memory = std::uint64_t{512} << 20U;  ///< Resident bytes of one process of it.
+    std::uint64_t memory = std::uint64_t{512} << 20U;  ///< Of data, of one process of it.
     std::uint64_t fileSize = std::uint64_t{16} << 20U; ///< Of one file that it writes.
     std::uint64_t output = std::uint64_t{16} << 20U;   ///< Bytes on standard output.
 

@@ -40,6 +40,9 @@ constexpr sock_filter jump(unsigned code, unsigned value, unsigned char yes, uns
 
 } // namespace
 
+// Returns are to the last two rules; a jump tells how many rules are passed over. socket(2) is
+// refused for all but local sockets, which need it for talking to programs of the machine; what is
+// open already may be used, and nothing but the standard descriptors is.
 bool giveUpNetwork() {
     if (kArchitecture == 0) return false;
     constexpr unsigned kLoad = BPF_LD | BPF_W | BPF_ABS;
@@ -62,16 +65,20 @@ bool giveUpNetwork() {
         statement(kReturn, kRefused),
     };
     const sock_fprog program{static_cast<unsigned short>(rules.size()), rules.data()};
+    // Without the first an unprivileged process may set no filter, seccomp(2). It also keeps
+    // programs with the right of another user from getting that right.
     return prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 &&
            prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program) == 0;
 }
 
 void endWithParent() {
+    // When the thread that made it ends, prctl(2), not the process: see PosixChildRunner::expect().
     ::prctl(PR_SET_PDEATHSIG, SIGKILL);
 }
 
 void keepOnlyStandardDescriptors() {
     constexpr unsigned kFirst = STDERR_FILENO + 1;
+    // Marked instead of closed: the pipe that tells of a failed exec is still needed.
     if (::close_range(kFirst, ~0U, CLOSE_RANGE_CLOEXEC) == 0) return;
     // Before Linux 5.11. As many as a process may have unless it asks for more.
     constexpr int kUsualMost = 1024;

@@ -6,6 +6,7 @@
 namespace trevix {
 
 bool giveUpNetwork() {
+    // There is no such means that a process may use on itself and that is documented.
     return false;
 }
 

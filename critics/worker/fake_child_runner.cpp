@@ -35,6 +35,7 @@ ChildResult FakeChildRunner::run(const ChildRequest& request, std::stop_token ca
         result.output.resize(static_cast<std::size_t>(request.limits.output));
         result.end = ChildResult::End::tooMuch;
     }
+    // As the real one has it: see kMostErrors there.
     if (result.errors.size() > 4096) result.errors.resize(4096);
     if (onOutput) onOutput(result.output);
     return result;

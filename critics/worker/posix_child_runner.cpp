@@ -39,6 +39,7 @@ constexpr std::size_t kMostErrors = 4096; // Bytes, as the header says.
 constexpr int kExecFailed = 127;          // What shells say of a program that cannot be run.
 constexpr rlim_t kDescriptors = 256;      // Enough for every runtime that was tried, with room.
 constexpr std::chrono::milliseconds kTick{50}; // How late an end behind an open pipe is noticed.
+// How often the end is looked for once both pipes are closed; see Child::wait().
 constexpr std::chrono::milliseconds kNearEnd{1};
 constexpr std::chrono::seconds kProbe{5}; // bwrap takes some 10 ms where it works.
 
@@ -74,10 +75,13 @@ Pipe makePipe() {
     std::array<int, 2> ends{};
     if (::pipe(ends.data()) != 0) throw std::system_error(errno, std::generic_category(), "pipe");
     Pipe made{Descriptor(ends[0]), Descriptor(ends[1])};
+    // pipe2() would do it at once, but is not everywhere; see m_making for the moment between.
     for (const int end : ends) ::fcntl(end, F_SETFD, FD_CLOEXEC);
     return made;
 }
 
+// poll() may announce what is gone by the time of the call, and one pipe must not hold the others
+// up.
 void unblock(const Descriptor& end) {
     ::fcntl(end.get(), F_SETFL, ::fcntl(end.get(), F_GETFL) | O_NONBLOCK);
 }
@@ -96,11 +100,14 @@ public:
     OwnFolder& operator=(const OwnFolder&) = delete;
     ~OwnFolder() {
         std::error_code ignored;
+        // A folder that stays takes room and no more: emptied() clears what an earlier service
+        // left.
         fs::remove_all(m_path, ignored);
     }
 
     void put(const std::string& name, const std::string& content) const {
         const fs::path relative(name);
+        // Names come from tables of ours and from the names of parts, which are a stranger's.
         if (relative.empty() || relative.is_absolute() ||
             std::find(relative.begin(), relative.end(), "..") != relative.end()) {
             throw std::invalid_argument("a file outside its folder: " + name);
@@ -121,6 +128,7 @@ private:
 void limit(int resource, rlim_t most) {
     rlimit now{};
     if (::getrlimit(static_cast<decltype(RLIMIT_CPU)>(resource), &now) != 0) return;
+    // Never more than is allowed already, since raising a hard limit is an error.
     now.rlim_max = now.rlim_max == RLIM_INFINITY ? most : std::min(now.rlim_max, most);
     now.rlim_cur = now.rlim_max;
     ::setrlimit(static_cast<decltype(RLIMIT_CPU)>(resource), &now);
@@ -140,6 +148,7 @@ struct Launch {
     int errors = -1;
     int failure = -1;
 
+    // Called last: growing one of the vectors would move the words that the pointers point to.
     void settle() {
         for (std::string& word : command) argv.push_back(word.data());
         for (std::string& entry : environment) envp.push_back(entry.data());
@@ -150,12 +159,16 @@ struct Launch {
 
 /// In the child, between fork and exec.
 [[noreturn]] void become(const Launch& launch) {
+    // A session, and so a group, of its own: endAll() reaches all that it starts.
     ::setsid();
     endWithParent();
+    // Ignored signals stay ignored over an exec, and blocked ones blocked; programs expect neither.
     for (int signal = 1; signal < NSIG; ++signal) ::signal(signal, SIG_DFL);
     sigset_t none;
     sigemptyset(&none);
     ::sigprocmask(SIG_SETMASK, &none, nullptr);
+    // Relies on the three being open in this process: then all ends of the pipes are above them,
+    // and none is overwritten.
     ::dup2(launch.input, STDIN_FILENO);
     ::dup2(launch.output, STDOUT_FILENO);
     ::dup2(launch.errors, STDERR_FILENO);
@@ -165,12 +178,16 @@ struct Launch {
     limit(RLIMIT_FSIZE, launch.limits.fileSize);
     limit(RLIMIT_NOFILE, kDescriptors);
     if (launch.limits.addressSpace > 0) limit(RLIMIT_AS, launch.limits.addressSpace);
+    // Since Linux 4.7 this counts what is mapped privately for writing as well as the heap, so an
+    // allocator cannot get around it; getrlimit(2).
     limit(RLIMIT_DATA, launch.limits.memory);
     // Where the system has no such means the limits are all there is.
     [[maybe_unused]] const bool shut = launch.filterNetwork && giveUpNetwork();
     if (::chdir(launch.folder.c_str()) == 0) {
         ::execve(launch.argv.front(), launch.argv.data(), launch.envp.data());
     }
+    // The other end of the pipe closes with a successful exec, so four bytes in it mean that there
+    // was none.
     const int error = errno;
     // There is nobody to tell if this fails.
     [[maybe_unused]] const auto told = ::write(launch.failure, &error, sizeof error);
@@ -182,6 +199,8 @@ class Cancel {
 public:
     explicit Cancel(std::stop_token token)
         : m_pipe(makePipe()),
+          // Closing the other end is all that is done on the thread that asks to stop: it takes no
+          // lock and makes poll() return.
           m_callback(std::move(token), [this] { m_pipe.write.reset(); }) {}
 
     [[nodiscard]] int readable() const { return m_pipe.read.get(); }
@@ -197,6 +216,8 @@ public:
     NoBrokenPipes() {
         sigemptyset(&m_broken);
         sigaddset(&m_broken, SIGPIPE);
+        // SIGPIPE of a write is sent to the thread that writes, so blocking it here is enough,
+        // whatever the program does about it. One that was pending before is not ours to take.
         m_before = isPending();
         ::pthread_sigmask(SIG_BLOCK, &m_broken, &m_mask);
     }
@@ -227,6 +248,8 @@ public:
           m_input(std::move(input)),
           m_output(std::move(output)),
           m_errors(std::move(errors)) {
+        // Ours alone: the flag belongs to an end's own file description, and the child has the
+        // other ends.
         for (const Descriptor* end : {&m_input, &m_output, &m_errors}) unblock(*end);
     }
     Child(const Child&) = delete;
@@ -242,6 +265,7 @@ public:
         m_fed = request.input;
         m_mostOutput = request.limits.output;
         m_deadline = Clock::now() + request.limits.wall;
+        // Until both pipes have closed and the child has ended, in whichever order.
         while (!m_ended && (m_output.isOpen() || m_errors.isOpen() || !reaped(false))) {
             if (!wait(cancel, onOutput)) break;
             // Something that it started may hold the pipes open longer than it lives.
@@ -250,6 +274,7 @@ public:
                 break;
             }
         }
+        // Also after a good end: what it left running goes too.
         endAll();
         if (!m_ended) {
             const bool itself = WIFEXITED(m_status);
@@ -271,8 +296,11 @@ private:
         const bool silent = !m_output.isOpen() && !m_errors.isOpen();
         const auto most = std::min<Clock::duration>(left, silent ? kNearEnd : kTick);
         const auto wait = std::chrono::ceil<std::chrono::milliseconds>(most).count();
+        // A signal may interrupt the waiting; the limits go on from m_deadline.
         if (::poll(events.data(), events.size(), static_cast<int>(wait)) < 0) return errno == EINTR;
         if (events[0].revents != 0) return ends(ChildResult::End::cancelled);
+        // Feeding and reading in turns: a child that writes before it has read everything would
+        // otherwise wait for us while we wait for it.
         if (events[3].revents != 0) feed();
         if (events[2].revents != 0) readErrors();
         return events[1].revents == 0 || readOutput(onOutput);
@@ -298,6 +326,7 @@ private:
         const ssize_t got = ::read(m_errors.get(), room.data(), room.size());
         if (got == 0 || (got < 0 && errno != EAGAIN && errno != EINTR)) m_errors.reset();
         if (got <= 0) return;
+        // Beyond that it is read and dropped, or the child would stop at a full pipe.
         const std::size_t left = kMostErrors - m_result.errors.size();
         m_result.errors.append(room.data(), std::min(left, static_cast<std::size_t>(got)));
     }
@@ -312,6 +341,7 @@ private:
         const std::string_view piece(room.data(), static_cast<std::size_t>(taken));
         m_result.output.append(piece);
         if (onOutput) onOutput(piece);
+        // Exactly the limit is not too much.
         return taken == static_cast<std::uint64_t>(got) || ends(ChildResult::End::tooMuch);
     }
 
@@ -330,6 +360,8 @@ private:
         do {
             got = ::waitpid(m_pid, &m_status, block ? 0 : WNOHANG);
         } while (got < 0 && errno == EINTR);
+        // Also for an error, ECHILD: then somebody else has waited for it, and there is nothing
+        // left to wait for.
         m_reaped = got != 0;
         return m_reaped;
     }
@@ -339,6 +371,7 @@ private:
         if (m_gone) return;
         m_gone = true;
         ::kill(-m_pid, SIGKILL);
+        // SIGKILL cannot be put off, so this does not wait for long.
         reaped(true);
     }
 
@@ -383,6 +416,7 @@ struct Stamp {
 Stamp stampOf(const std::string& path) {
     struct stat found = {};
     if (::stat(path.c_str(), &found) != 0) return {};
+    // The file's own time, since what a folder holds shows in it too.
     std::error_code error;
     const auto changed = fs::last_write_time(path, error).time_since_epoch();
     return {found.st_dev, found.st_ino, found.st_size, std::int64_t{changed.count()}};
@@ -424,6 +458,8 @@ public:
                     const std::function<void(std::string_view)>& onOutput) override {
         try {
             const NoBrokenPipes quiet;
+            // Before anything is begun: a request to stop that has come already ends the child in
+            // its first round.
             const Cancel cancelled(std::move(cancel));
             std::unique_ptr<Begun> begun = ready(request);
             if (begun == nullptr) begun = begin(request);
@@ -464,6 +500,8 @@ private:
             if (!m_ready || withoutInput(request) != m_ready->request) return nullptr;
             taken = std::exchange(m_ready, std::nullopt);
         }
+        // It may have ended while it waited, and what it has read may have changed: a dictionary
+        // was installed, a word was added. Then one is begun anew.
         const bool good = !taken->begun->child->endedEarly() && taken->stamps == stampsFor(request);
         return good ? std::move(taken->begun) : nullptr;
     }
@@ -475,6 +513,7 @@ private:
             std::optional<Ready> gone;
             if (m_wanted) {
                 const ChildRequest wanted = *std::exchange(m_wanted, std::nullopt);
+                // The same is expected again: it only waits for longer.
                 if (m_ready && m_ready->request == wanted) {
                     m_ready->until = Clock::now() + m_readyFor;
                     continue;
@@ -482,6 +521,7 @@ private:
                 gone = std::exchange(m_ready, std::nullopt);
                 m_beginning = true;
                 lock.unlock();
+                // Ended outside the lock: a child and its folder take a while to go.
                 gone.reset();
                 std::optional<Ready> made = prepared(wanted);
                 lock.lock();
@@ -522,6 +562,8 @@ private:
 
         Launch launch;
         launch.command = shutIn(request, folder.path(), m_facts);
+        // Nothing of the service's own environment, in which secrets may stand. C.UTF-8, so that
+        // answers read the same everywhere.
         launch.environment = {"PATH=/usr/local/bin:/usr/bin:/bin", "HOME=" + folder.path(),
                               "LC_ALL=C.UTF-8"};
         for (const auto& [name, value] : request.environment) {
@@ -529,6 +571,7 @@ private:
         }
         launch.folder = folder.path();
         launch.limits = request.limits;
+        // The name space of bubblewrap has no network already.
         launch.filterNetwork = m_facts.bubblewrap.empty();
 
         // Under one lock: a child that is made between a pipe and its mark would hold it open.
@@ -554,7 +597,8 @@ private:
         begun->child.emplace(pid, std::move(input.write), std::move(output.read),
                              std::move(errors.read));
         int error = 0;
-        // Ends at once: the other end closes when the program begins, or when it cannot.
+        // Ends at once: the other end closes when the program begins, or when it cannot. No bytes
+        // mean that the program has begun.
         if (::read(failure.read.get(), &error, sizeof error) == sizeof error) {
             throw std::runtime_error(request.program + ": " + std::strerror(error));
         }
@@ -589,6 +633,7 @@ std::unique_ptr<ChildRunner> makePosixChildRunner(fs::path workFolder, SandboxFa
 
 SandboxFacts sandboxOfThisMachine(const fs::path& workFolder, const std::string& program) {
     SandboxFacts facts;
+    // On a system with a merged /usr these are links into it, and a child needs the same ones.
     for (const char* name : {"/bin", "/sbin", "/lib", "/lib32", "/lib64", "/libx32"}) {
         std::error_code error;
         const fs::path target = fs::read_symlink(name, error);
@@ -597,6 +642,8 @@ SandboxFacts sandboxOfThisMachine(const fs::path& workFolder, const std::string&
     for (const char* path : {"/usr/bin/bwrap", "/usr/local/bin/bwrap"}) {
         if (::access(path, X_OK) != 0) continue;
         facts.bubblewrap = path;
+        // Tried and not asked for its version: whether name spaces are allowed depends on the
+        // kernel's settings, and shows only in use.
         ChildRequest probe;
         probe.program = program;
         probe.arguments = {"--version"};

@@ -23,6 +23,7 @@ std::vector<std::string> shutIn(const ChildRequest& request, const std::string& 
     std::vector<std::string> command;
     if (!facts.bubblewrap.empty()) {
         command.push_back(facts.bubblewrap);
+        // --unshare-all: no network, no other process in sight, no shared memory.
         add(command, {"--unshare-all", "--die-with-parent", "--ro-bind", "/usr", "/usr"});
         for (const auto& [name, target] : facts.rootLinks) {
             add(command, {"--symlink", target, name});
@@ -34,13 +35,17 @@ std::vector<std::string> shutIn(const ChildRequest& request, const std::string& 
             for (const auto& link : facts.rootLinks) linked = linked || link.first == path;
             if (!linked) add(command, {"--ro-bind-try", path, path});
         }
+        // Mounts happen in the order of the options: /tmp is emptied before anything below it is
+        // put there.
         add(command, {"--proc", "/proc", "--dev", "/dev", "--tmpfs", "/tmp"});
         for (const std::string& path : request.readable) {
+            // What is not there at the moment is passed over; a dictionary may come later.
             add(command, {"--ro-bind-try", path, path});
         }
         if (!isBelow(request.program, "/usr")) {
             add(command, {"--ro-bind", request.program, request.program});
         }
+        // Last, since it may lie below any of the others. The only place where it may write.
         add(command, {"--bind", folder, folder, "--chdir", folder, "--"});
     }
     command.push_back(request.program);

@@ -14,6 +14,7 @@ namespace {
 constexpr std::size_t kNumberBytes = 8;
 
 // What stands first, so that the one is not taken for the other.
+// "SUBM1" and "CRIT1" in ASCII; the digit is the version of the format.
 constexpr std::uint64_t kSubmission = 0x5355424d31;
 constexpr std::uint64_t kCritique = 0x4352495431;
 
@@ -50,6 +51,7 @@ public:
         return value;
     }
     [[nodiscard]] std::string text() { return std::string(next(number())); }
+    // Strict, so that two different byte strings never mean the same.
     [[nodiscard]] bool truth() {
         const std::uint64_t value = number();
         if (value > 1) throw Malformed{};
@@ -64,6 +66,7 @@ public:
 
 private:
     std::string_view next(std::uint64_t length) {
+        // Before any addition: a length near 2^64 would come round to a small one.
         if (length > m_rest.size()) throw Malformed{};
         const std::string_view bytes = m_rest.substr(0, static_cast<std::size_t>(length));
         m_rest.remove_prefix(bytes.size());
@@ -74,6 +77,7 @@ private:
 };
 
 Severity severityOf(std::uint64_t number) {
+    // A cast of another number would be a severity that no switch knows.
     if (number > static_cast<std::uint64_t>(Severity::critical)) throw Malformed{};
     return static_cast<Severity>(number);
 }

@@ -21,6 +21,7 @@ namespace {
 using Steady = std::chrono::steady_clock;
 using namespace std::chrono_literals;
 
+// A longer chain leads in a circle.
 constexpr int kMostRedirects = 10;
 // A proof is one number; its answer has no business being longer.
 constexpr std::size_t kLargestProof = 4'096;
@@ -90,7 +91,10 @@ private:
 bool Exchange::startHop() {
     m_to = destinationOf(m_request.url).value_or(Destination{});
     m_hasAskedForProof = false;
+    // A POST is never repeated, so it does not go over a kept connection, which the server may be
+    // closing just then.
     if (!mustProve()) return startRequest(/*onNewConnection=*/m_request.method == "POST");
+    // A key of this machine's service does not leave it without encryption.
     if (!m_to.isLoopback) return false;
     // A kept connection that is proved already serves; a POST has a new one all the same.
     if (m_request.method == "POST" || m_context.proved.empty()) return startProof();
@@ -100,6 +104,7 @@ bool Exchange::startHop() {
 bool Exchange::startProof() {
     const auto nonce = newNonce();
     const auto origin = text::webOrigin(m_to.url);
+    // Asked once for each hop: a server that does not prove itself then will not later.
     if (m_hasAskedForProof || !nonce || !origin) return false;
     m_hasAskedForProof = true;
     m_step = Step::Proof;
@@ -109,6 +114,7 @@ bool Exchange::startProof() {
     question.url = written(*origin) + proofTarget(m_nonce);
     question.headers = {{"Accept", "application/json"}};
     question.largestAnswer = kLargestProof;
+    // On a new connection: the connection is what is proved.
     return startTransfer(question, {.onNewConnection = true});
 }
 
@@ -119,6 +125,7 @@ bool Exchange::startRequest(bool onNewConnection) {
 }
 
 bool Exchange::startTransfer(const HttpRequest& request, CurlTransfer::Options options) {
+    // One deadline for all hops together, which no trickle of bytes puts off.
     const auto left =
         std::chrono::ceil<std::chrono::milliseconds>(m_call->deadline - Steady::now());
     if (left <= 0ms) return false;
@@ -137,13 +144,15 @@ bool Exchange::proofEnded(const std::optional<HttpResponse>& answer) {
     const std::string& key = *m_request.keyToProve;
     const std::string proof = proofOf(key, m_nonce, m_transfer->serverEnd());
     if (!answer || answer->status != 200 || !givesProof(answer->body, proof)) return false;
+    // By both ends and by the key: the same connection proves another key not.
     m_context.proved.emplace(m_transfer->ownEnd(), key);
     return startRequest(false);
 }
 
 bool Exchange::requestEnded(std::optional<HttpResponse> answer) {
     // Nothing was sent yet in either case: the kept connection had ended meanwhile, or is not
-    // proved.
+    // proved. The second is asked to prove itself, and the request then goes over the connection
+    // that did.
     if (m_transfer->cameTooLate()) return mustProve() ? startProof() : startRequest(true);
     if (m_transfer->lackedProof()) return startProof();
     if (!answer) return false;
@@ -159,6 +168,7 @@ bool Exchange::requestEnded(std::optional<HttpResponse> answer) {
 
 void Exchange::dropTransfer() {
     if (!m_transfer) return;
+    // Taken out of the multi handle before it is destroyed, which the library asks for.
     if (m_transfer->handle() != nullptr) curl_multi_remove_handle(m_multi, m_transfer->handle());
     m_transfer.reset();
 }
@@ -182,15 +192,19 @@ public:
     std::optional<HttpResponse> send(const HttpRequest& request) override {
         if (!isSendable(request)) return std::nullopt;
         const auto call = std::make_shared<Call>();
+        // Copied: the caller's may go when the wait is given up, and the thread would still read
+        // it.
         call->request = request;
         // A year is as good as for ever, and no clock overflows by it.
         call->deadline = Steady::now() +
                          std::min<std::chrono::nanoseconds>(request.timeout, std::chrono::years(1));
         std::unique_lock lock(m_mutex);
         if (m_isStopped) return std::nullopt;
+        // Not in the constructor: a session that is asked nothing needs no thread.
         if (!m_thread.joinable()) startThread();
         if (!m_multi) return std::nullopt;
         m_waiting.push_back(call);
+        // The one call of the library that another thread may make at any time.
         curl_multi_wakeup(m_multi.get());
         m_changed.wait(lock, [&] { return call->isOver || m_isStopped; });
         return call->isOver ? std::move(call->response) : std::nullopt;
@@ -199,6 +213,7 @@ public:
 private:
     // With the mutex held, like everything that touches the multi handle itself.
     void startThread() {
+        // Once in the program, before any other thread uses the library.
         static const CURLcode isReady = curl_global_init(CURL_GLOBAL_DEFAULT);
         if (isReady != CURLE_OK) return;
         m_multi.reset(curl_multi_init());
@@ -224,6 +239,7 @@ private:
         auto lastUse = Steady::now();
         while (takeWaiting()) {
             int running = 0;
+            // Neither waits for anything; what was waited for is told by curl_multi_poll() below.
             curl_multi_perform(m_multi.get(), &running);
             tellEnded();
             if (!m_exchanges.empty()) lastUse = Steady::now();
@@ -233,12 +249,14 @@ private:
             }
             const auto rest =
                 m_isConnected && m_exchanges.empty()
+                    // Only idle connections are a reason to wake up.
                     ? std::chrono::ceil<std::chrono::milliseconds>(m_settings.keepsUnused - unused)
                     : kLongestRest;
             // The library wakes up earlier for what it is waiting for itself.
             curl_multi_poll(m_multi.get(), nullptr, 0,
                             static_cast<int>(std::clamp(rest, 1ms, kLongestRest).count()), nullptr);
         }
+        // On this thread, since the handles are its own.
         m_exchanges.clear();
         const std::lock_guard lock(m_mutex);
         m_multi.reset();
@@ -256,6 +274,7 @@ private:
             m_isConnected = true;
             m_exchanges.push_back(
                 std::make_unique<Exchange>(std::move(call), m_multi.get(), m_context));
+            // One that cannot start is over at once.
             if (!m_exchanges.back()->start()) finish(std::prev(m_exchanges.end()));
         }
         return true;
@@ -263,6 +282,7 @@ private:
 
     void tellEnded() {
         int left = 0;
+        // Handles may be removed in between: the queue is read anew each time.
         while (const CURLMsg* message = curl_multi_info_read(m_multi.get(), &left)) {
             if (message->msg != CURLMSG_DONE) continue;
             CurlTransfer* transfer = nullptr;
@@ -286,6 +306,7 @@ private:
 
     void closeConnections() {
         const std::lock_guard lock(m_mutex);
+        // The library keeps its connections in the handle, and closes them with it.
         m_multi.reset(curl_multi_init());
         m_isConnected = false;
         if (!m_multi) m_isStopped = true; // no memory: nothing can be asked any more

@@ -34,17 +34,24 @@ bool CurlTransfer::setUp(Options options, std::chrono::milliseconds timeout) {
     // An end does not wait for a name that is still being looked up. A library older than the one
     // that this was compiled with may not know it.
     curl_easy_setopt(m_handle.get(), CURLOPT_QUICK_EXIT, 1L);
+    // One failure is enough to give the transfer up, so only the sum of all is kept.
     bool isSet = true;
     const auto set = [&](CURLoption option, auto value) {
         isSet = curl_easy_setopt(m_handle.get(), option, value) == CURLE_OK && isSet;
     };
     set(CURLOPT_PRIVATE, static_cast<void*>(this));
     set(CURLOPT_URL, m_destination.url.c_str());
+    // What stands in an address is sent as it stands: the service and its proof agree on the text.
     set(CURLOPT_PATH_AS_IS, 1L);
+    // What is sent and what is kept alive is decided here, connection by connection; HTTP/2 would
+    // mix requests on one.
     set(CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_1_1));
     set(CURLOPT_ACCEPT_ENCODING, "gzip, deflate");
     set(CURLOPT_FOLLOWLOCATION, 0L); // what follows is decided by `afterRedirect`
+    // The library would use signals for the time-outs of name look-ups, which interrupt other
+    // threads.
     set(CURLOPT_NOSIGNAL, 1L);
+    // The library counts in long, which may have 32 bits.
     constexpr std::chrono::milliseconds kLongest{std::numeric_limits<int>::max()};
     set(CURLOPT_TIMEOUT_MS, static_cast<long>(std::min(timeout, kLongest).count()));
     set(CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(std::min(timeout, kLongest).count()));
@@ -68,10 +75,12 @@ bool CurlTransfer::setUp(Options options, std::chrono::milliseconds timeout) {
 
     if (m_request.method == "POST" || m_request.body) {
         static const std::string kNothing;
+        // Not copied by the library: the request lives as long as the transfer.
         const std::string& body = m_request.body ? *m_request.body : kNothing;
         set(CURLOPT_POSTFIELDS, body.c_str());
         set(CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(body.size()));
     }
+    // After the fields, which make a POST of it.
     if (m_request.method != "GET" || m_request.body) {
         set(CURLOPT_CUSTOMREQUEST, m_request.method.c_str());
     }
@@ -94,7 +103,8 @@ void CurlTransfer::setHeaders() {
         add(value.empty() ? name + ";" : name + ": " + value);
         namesType = namesType || text::lowerAscii(name) == "content-type";
     }
-    // Nobody is asked whether he will take the body, and no type is made up for it.
+    // Nobody is asked whether he will take the body, and no type is made up for it. Without these
+    // the library adds both by itself.
     add("Expect:");
     if (!namesType) add("Content-Type:");
 }
@@ -144,6 +154,7 @@ curl_socket_t CurlTransfer::open(void* self, curlsocktype, curl_sockaddr* addres
 }
 
 int CurlTransfer::closeSocket(void* context, curl_socket_t socket) {
+    // Before the descriptor is closed, when its number may be another's at once.
     static_cast<TransferContext*>(context)->sockets.erase(socket);
     // The next connection may get the same end, and would pass for this one.
     auto& proved = static_cast<TransferContext*>(context)->proved;
@@ -159,6 +170,7 @@ int CurlTransfer::askBeforeSending(void* self, char* serverIp, char* ownIp, int 
     return static_cast<CurlTransfer*>(self)->beforeSending(serverIp, ownIp, serverPort, ownPort);
 }
 
+// Called when the connection stands and nothing was sent. What is refused here has reached nobody.
 int CurlTransfer::beforeSending(const char* serverIp, const char* ownIp, int serverPort,
                                 int ownPort) {
     // The library sends again, by itself, what went over a kept connection that then broke. The

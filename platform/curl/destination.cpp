@@ -26,6 +26,7 @@ std::optional<SocketAddress> socketAddress(std::string_view address) {
     if (text::lowerAscii(address.substr(0, kSocketScheme.size())) != kSocketScheme) {
         return std::nullopt;
     }
+    // The path of the socket stands in the place of a host, its "/" escaped.
     address.remove_prefix(kSocketScheme.size());
     const auto authority = address.substr(0, address.find_first_of("/?#"));
     return SocketAddress{authority, address.substr(authority.size())};
@@ -44,6 +45,7 @@ std::optional<std::string> unescaped(std::string_view text) {
             plain += text[at];
             continue;
         }
+        // A "%" without two digits names no file for certain.
         if (at + 2 >= text.size()) return std::nullopt;
         const int high = hexDigit(text[at + 1]);
         const int low = hexDigit(text[at + 2]);
@@ -83,10 +85,12 @@ std::optional<Destination> destinationOf(const std::string& address) {
     if (const auto parts = socketAddress(address)) {
         auto socket = unescaped(parts->authority);
         const std::string url = std::string(kSocketOrigin).append(parts->rest);
+        // A relative path would depend on where the program was started.
         if (!socket || !socket->starts_with('/') || socket->find('\0') != std::string::npos ||
             socket->size() > longestSocketPath() || !text::isWebAddress(url)) {
             return std::nullopt;
         }
+        // Nobody between the two ends reads along, so it counts as encrypted.
         return Destination{
             .url = inAscii(url), .socket = std::move(socket), .isPlain = false, .isLoopback = true};
     }
@@ -101,6 +105,7 @@ std::optional<Destination> destinationOf(const std::string& address) {
 std::optional<std::string> behindSameSocket(const std::string& address, const std::string& target) {
     const auto parts = socketAddress(address);
     const auto origin = text::webOrigin(target);
+    // A server behind a socket calls itself by the name it was called by.
     if (!parts || !origin || origin != text::webOrigin(kSocketOrigin)) return std::nullopt;
     const auto path = std::min(target.find_first_of("/?#", kSocketOrigin.size()), target.size());
     return std::string(kSocketScheme).append(parts->authority).append(target.substr(path));

@@ -44,11 +44,13 @@ int openSocket(int family, int type, int protocol) {
 
 bool isTrustedPeer(int socket, uid_t user) {
     const auto peer = peerOf(socket);
+    // The administrator's programs may answer for a user, and can do everything anyway.
     return peer && (*peer == user || *peer == 0);
 }
 
 bool hasUnread(int socket) {
     char byte = 0;
+    // Also for 0, the end of the connection: it is over, which is something to read as well.
     const ssize_t size = ::recv(socket, &byte, sizeof byte, MSG_PEEK | MSG_DONTWAIT);
     return size >= 0 || (errno != EAGAIN && errno != EWOULDBLOCK && errno != EINTR);
 }

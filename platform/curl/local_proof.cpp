@@ -40,12 +40,14 @@ std::string proofTarget(std::string_view nonce) {
 }
 
 std::string serverAddress(std::string_view ip, int port) {
+    // An address of IPv6 stands in brackets, as in an address of the web.
     const bool isBracketed = ip.find(':') != std::string_view::npos;
     return (isBracketed ? "[" + std::string(ip) + "]" : std::string(ip)) + ":" +
            std::to_string(port);
 }
 
 std::string proofOf(std::string_view key, std::string_view nonce, std::string_view address) {
+    // The same text as the service makes; see service/setup/key_proof.cpp.
     const std::string message =
         std::string("trevix-local proof\n").append(nonce).append("\n").append(address).append("\n");
     std::array<unsigned char, EVP_MAX_MD_SIZE> bytes{};
@@ -64,6 +66,7 @@ bool givesProof(std::string_view body, std::string_view proof) {
     const auto given = answer.find("proof");
     if (given == answer.end() || !given->is_string()) return false;
     const auto& text = given->get_ref<const std::string&>();
+    // In a time that does not tell how much of it is right.
     return text.size() == proof.size() &&
            CRYPTO_memcmp(text.data(), proof.data(), text.size()) == 0;
 }

@@ -13,6 +13,7 @@ namespace kelvane {
 
 namespace {
 
+// RFC 9110, 5.6.2.
 bool isToken(std::string_view name) {
     constexpr std::string_view kMarks = "!#$%&'*+-.^_`|~";
     return !name.empty() && std::all_of(name.begin(), name.end(), [&](char c) {
@@ -27,6 +28,7 @@ bool isOneLine(std::string_view value) {
 }
 
 bool isRedirect(int status) {
+    // 300 and 304 to 306 leave the choice to somebody, or are no redirects.
     constexpr std::array kRedirects{301, 302, 303, 307, 308};
     return std::find(kRedirects.begin(), kRedirects.end(), status) != kRedirects.end();
 }
@@ -43,6 +45,8 @@ bool isUpgrade(const text::WebOrigin& from, const text::WebOrigin& to) {
 }
 
 bool mayGoOn(const HttpRequest& request, const text::WebOrigin& from, const text::WebOrigin& to) {
+    // The same server, or the same host by TLS: what was asked of it may be asked again. Elsewhere
+    // goes only what carries no key, and nothing goes from TLS to plain text.
     if (from == to || isUpgrade(from, to)) return true;
     const bool leavesTls = from.scheme == "https" && to.scheme == "http";
     return request.followsToOtherHosts && !carriesKey(request) && !leavesTls;
@@ -69,9 +73,11 @@ std::optional<HttpRequest> afterRedirect(const HttpRequest& request, int status,
         const auto from = text::webOrigin(request.url);
         const auto to = text::webOrigin(target);
         if (!from || !to || !mayGoOn(request, *from, *to)) return std::nullopt;
+        // A POST that is only sent to the encrypted address was not acted on by then.
         repeats = repeats || (status != 303 && isUpgrade(*from, *to));
         next.url = target;
     }
+    // RFC 9110, 15.4: what browsers have always done after 301 and 302, and what 303 asks for.
     if (!repeats && (status == 303 || request.method == "POST")) {
         next.method = "GET";
         next.body.reset();

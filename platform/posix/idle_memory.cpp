@@ -27,7 +27,8 @@ struct Mapping {
     bool changed = true; ///< Holds pages of its own, as those that the loader has relocated.
 };
 
-/// "7f52a0000000-7f52a0021000 r-xp 00000000 fe:01 1234   /usr/lib/libX.so"
+/// "7f52a0000000-7f52a0021000 r-xp 00000000 fe:01 1234   /usr/lib/libX.so". The form of
+/// /proc/PID/smaps, proc(5): this line, and figures about the mapping below it.
 bool parseMapping(std::string_view line, Mapping& mapping) {
     const char* const end = line.data() + line.size();
     const auto first = std::from_chars(line.data(), end, mapping.begin, 16);
@@ -45,10 +46,12 @@ std::vector<Mapping> unchangedFileMappings() {
     std::ifstream table("/proc/self/smaps");
     Mapping mapping;
     for (std::string line; std::getline(table, line);) {
+        // Figures follow the line of their mapping.
         Mapping next;
         if (parseMapping(line, next)) {
             mapping = next;
         } else if (line.starts_with("Anonymous:")) {
+            // Pages that were changed would be read anew from the file, without the change.
             mapping.changed = line.find(" 0 kB") == std::string::npos;
             if (mapping.ofFile && !mapping.changed) found.push_back(mapping);
         }
@@ -59,7 +62,9 @@ std::vector<Mapping> unchangedFileMappings() {
 } // namespace
 
 void releaseIdleMemory() {
+    // What was freed and kept for later goes back to the system.
     ::malloc_trim(0);
+    // Read again from the file when they are used; they cost nothing until then.
     for (const Mapping& mapping : unchangedFileMappings()) {
         // NOLINTNEXTLINE(performance-no-int-to-ptr): addresses come as text.
         ::madvise(reinterpret_cast<void*>(mapping.begin), mapping.end - mapping.begin,

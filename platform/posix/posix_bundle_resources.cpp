@@ -50,6 +50,8 @@ private:
 std::optional<std::filesystem::path> bundleAround(const std::filesystem::path& executable) {
     const auto folder = executable.parent_path();
     const auto contents = folder.parent_path();
+    // The form of a bundle is looked at, so that a program beside other files does not take them
+    // for its own.
     if (folder.filename() != "MacOS" || contents.filename() != "Contents") return std::nullopt;
     return contents.parent_path();
 }
@@ -68,6 +70,7 @@ std::unique_ptr<BundleResources> makeBundleResources(const std::filesystem::path
 
 std::filesystem::path currentExecutable() {
 #ifdef __APPLE__
+    // Asked twice: the first call tells the size.
     std::uint32_t size = 0;
     _NSGetExecutablePath(nullptr, &size);
     std::string path(size, '\0');

@@ -8,6 +8,7 @@ namespace kelvane {
 namespace {
 
 #ifdef CLOCK_BOOTTIME
+// It goes on while the machine sleeps, as the deadlines of people do.
 constexpr clockid_t kClock = CLOCK_BOOTTIME;
 #else
 constexpr clockid_t kClock = CLOCK_MONOTONIC; // goes on in the machine's sleep on macOS

@@ -26,9 +26,12 @@ namespace {
 
 namespace fs = std::filesystem;
 
+// Bytes.
 constexpr std::size_t kReadAtOnce = 65536;
+// Bytes; nothing that is read whole is meant to be larger.
 constexpr off_t kMaxFileSize = off_t{1} << 30;
 constexpr int kStreamSilence = 10'000; ///< Milliseconds.
+// As Linux follows at most, path_resolution(7).
 constexpr int kMaxLinks = 40;
 constexpr mode_t kPermissions = S_IRWXU | S_IRWXG | S_IRWXO;
 
@@ -51,6 +54,7 @@ bool isUsable(const fs::path& path) {
 int openRetrying(const fs::path& path, int flags, mode_t mode = 0) {
     int fd = -1;
     do {
+        // A terminal that is opened must not become this program's own.
         fd = ::open(path.c_str(), flags | O_CLOEXEC | O_NOCTTY, mode);
     } while (fd < 0 && errno == EINTR);
     return fd;
@@ -65,6 +69,7 @@ std::optional<std::string> readRegularFile(const fs::path& path) {
     // The size is a hint only: some files have none (those in /proc), and others grow.
     std::string bytes;
     std::size_t used = 0;
+    // One byte more, so that the end is found without making room for more.
     bytes.resize(info.st_size > 0 ? static_cast<std::size_t>(info.st_size) + 1 : kReadAtOnce);
     while (true) {
         if (used == bytes.size()) bytes.resize(bytes.size() + bytes.size() / 2 + kReadAtOnce);
@@ -83,6 +88,8 @@ std::optional<std::string> readStream(int stream, bool isPipe, std::size_t most)
     std::string bytes;
     std::size_t used = 0;
     while (true) {
+        // Never more than one byte beyond what is allowed, which is enough to see that it is too
+        // much.
         bytes.resize(std::min(used + std::max(used / 2, kReadAtOnce), most + 1));
         const ssize_t got = ::read(stream, bytes.data() + used, bytes.size() - used);
         if (got > 0) {
@@ -109,6 +116,7 @@ std::optional<fs::path> finalTarget(fs::path path) {
         if (!fs::is_symlink(fs::symlink_status(path, error))) return path;
         const fs::path target = fs::read_symlink(path, error);
         if (error) return std::nullopt;
+        // A relative one counts from the folder of the link.
         path = path.parent_path() / target; // an absolute target replaces the whole
     }
     return std::nullopt;
@@ -130,6 +138,7 @@ public:
         for (int i = 0; i < kTemporaryNames && !m_file; ++i) {
             m_path = temporaryNameBeside(target);
             m_file = UniqueFd(openRetrying(m_path, O_WRONLY | O_CREAT | O_EXCL, mode));
+            // Any other reason holds for every name.
             if (!m_file && errno != EEXIST) break;
         }
         m_exists = static_cast<bool>(m_file);
@@ -158,6 +167,7 @@ public:
             if (put < 0) return false;
             bytes.remove_prefix(static_cast<std::size_t>(put));
         }
+        // Closing may tell what writing did not, on network file systems.
         return toDisk() && m_file.close();
     }
 
@@ -185,6 +195,7 @@ private:
 };
 
 bool replaceContents(const fs::path& path, std::string_view bytes) {
+    // A link stays, and what it leads to is replaced.
     const auto target = finalTarget(path);
     if (!target || !target->has_filename()) return false;
     struct stat old {};
@@ -220,6 +231,7 @@ bool somethingAt(const fs::path& path) {
 }
 
 bool liesIn(const fs::path& path, const fs::path& folder) {
+    // By whole names: "/a/bc" does not lie in "/a/b".
     return std::mismatch(folder.begin(), folder.end(), path.begin(), path.end()).first ==
            folder.end();
 }
@@ -227,6 +239,7 @@ bool liesIn(const fs::path& path, const fs::path& folder) {
 bool removeWholly(const fs::path& path) {
     std::error_code error;
     const auto removed = fs::remove_all(path, error);
+    // remove_all() counts what it removed; nothing is an error here.
     return !error && removed > 0;
 }
 
@@ -240,6 +253,7 @@ bool copyFolder(const fs::path& from, const fs::path& to, fs::perms permissions)
         if (!copyEntry(entry->path(), to / entry->path().filename())) return false;
     }
     if (error) return false;
+    // Its owner has to be able to change it, or it could not even be removed again.
     fs::permissions(to, permissions | fs::perms::owner_all, error);
     return !error;
 }
@@ -267,6 +281,7 @@ bool copyInOneStep(const fs::path& from, const fs::path& to) {
         copy = temporaryNameBeside(to);
     }
     if (somethingAt(copy)) return false;
+    // rename(2) would replace what is there, so that is looked for right before it.
     if (copyEntry(from, copy) && !somethingAt(to) && std::rename(copy.c_str(), to.c_str()) == 0) {
         return true;
     }
@@ -280,6 +295,7 @@ fs::path homeByAccount() {
         std::vector<char> buffer(size);
         passwd record{};
         passwd* found = nullptr;
+        // The record's size is not to be known before: the buffer grows until it fits.
         const int error = getpwuid_r(getuid(), &record, buffer.data(), buffer.size(), &found);
         if (error == EINTR) continue;
         if (error == ERANGE) continue;
@@ -326,6 +342,8 @@ public:
         if (!isUsable(path)) return false;
         std::error_code error;
         fs::create_directories(path, error);
+        // Asked for and not taken from the answer above, which is false for a folder that is there
+        // already.
         return fs::is_directory(path, error);
     }
 
@@ -346,6 +364,7 @@ public:
             names.push_back(entry->path().filename().string());
         }
         if (error) return std::nullopt;
+        // readdir(3) gives names in the file system's own order, which differs between machines.
         std::sort(names.begin(), names.end());
         return names;
     }
@@ -359,6 +378,7 @@ public:
         const auto source = withoutTrailingSlash(from);
         const auto target = withoutTrailingSlash(to);
         if (!namesAnEntry(source) || !namesAnEntry(target) || somethingAt(target)) return false;
+        // Or it would copy itself into itself without end.
         if (liesIn(resolve(target), resolve(source))) return false;
         return copyInOneStep(source, target);
     }

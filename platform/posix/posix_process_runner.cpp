@@ -17,6 +17,7 @@ namespace kelvane {
 
 namespace {
 
+// On macOS the flag closes whatever no action names; elsewhere SpawnFiles::dropOthers() does.
 #ifdef __APPLE__
 constexpr short kSpawnFlags =
     POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_CLOEXEC_DEFAULT;
@@ -33,6 +34,7 @@ public:
         sigset_t usual;
         sigemptyset(&none);
         sigemptyset(&usual);
+        // SIGPIPE alone is set back: this program may ignore it, and the child would inherit that.
         sigaddset(&usual, SIGPIPE);
         m_ready = posix_spawnattr_init(&m_attributes) == 0;
         m_complete = m_ready && posix_spawnattr_setsigmask(&m_attributes, &none) == 0 &&
@@ -183,6 +185,7 @@ private:
 class PosixProcessRunner : public ProcessRunner {
 public:
     std::unique_ptr<RunningProcess> start(const ProcessRequest& request) override {
+        // Nothing is looked for along PATH.
         if (!request.program.starts_with('/') || hasNul(request.program)) return nullptr;
         std::vector<std::string> words{request.program};
         for (const auto& argument : request.arguments) {
@@ -191,6 +194,7 @@ public:
         }
         std::vector<char*> pointers;
         pointers.reserve(words.size() + 1);
+        // After all words are there: growing the list would move them.
         for (auto& word : words) pointers.push_back(word.data());
         pointers.push_back(nullptr);
 

@@ -19,6 +19,7 @@ constexpr QLatin1String kWidthOfTexts(
     "QLabel#qt_msgbox_label, QLabel#qt_msgbox_informativelabel { min-width: 380px; }");
 constexpr QSize kIconSize{48, 48}; // Points.
 
+// Qt takes "&" for the mark of a shortcut.
 QString label(const std::string& text) {
     return QString::fromStdString(text).replace(QLatin1Char('&'), QLatin1String("&&"));
 }
@@ -26,6 +27,7 @@ QString label(const std::string& text) {
 class QtDialogs : public Dialogs {
 public:
     std::optional<std::size_t> show(const Alert& alert) override {
+        // Without a screen exec() would wait for ever.
         if (QGuiApplication::screens().isEmpty()) return std::nullopt;
         QMessageBox box;
         box.setWindowTitle(QGuiApplication::applicationDisplayName());
@@ -55,9 +57,11 @@ public:
                     : box.addButton(label(alert.buttons[i]),
                                     i == 0 ? QMessageBox::AcceptRole : QMessageBox::RejectRole);
             QObject::connect(button, &QAbstractButton::clicked, [&pressed, i] { pressed = i; });
+            // Return presses the first.
             if (i == 0) box.setDefaultButton(button);
             box.setEscapeButton(button); // The last one stays.
         }
+        // A new window is not necessarily in front: its application may not be the active one.
         box.show();
         box.raise();
         box.activateWindow();

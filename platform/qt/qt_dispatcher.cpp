@@ -25,6 +25,8 @@ public:
             const std::lock_guard lock(m_mutex);
             m_closing = true;
         }
+        // Jobs that have not begun are dropped, and those that have are waited for: they use what
+        // goes after this.
         m_pool.clear();
         m_pool.waitForDone();
     }
@@ -35,6 +37,7 @@ public:
     }
 
     void main(std::function<void()> job) override {
+        // Queued even on the main thread: a job never runs within the one that asks for it.
         QMetaObject::invokeMethod(&m_mainThread, std::move(job), Qt::QueuedConnection);
     }
 

@@ -14,6 +14,7 @@ class QtUrlOpener : public UrlOpener {
 public:
     bool open(std::string_view address) override {
         if (!text::isWebAddress(address)) return false;
+        // Strict: what would have to be guessed at is not opened.
         const QUrl url(QString::fromUtf8(address.data(), static_cast<qsizetype>(address.size())),
                        QUrl::StrictMode);
         return url.isValid() && QDesktopServices::openUrl(url);

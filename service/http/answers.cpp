@@ -9,6 +9,8 @@ namespace trevix {
 namespace {
 
 HttpAnswer guardedBut(HttpAnswer answer, const char* referrer) {
+    // All of these for every answer, errors too: a browser that is led here by another page must
+    // keep nothing, guess no type, frame nothing, and tell no address to the next site.
     answer.headers.emplace_back("Cache-Control", "no-store");
     answer.headers.emplace_back("X-Content-Type-Options", "nosniff");
     answer.headers.emplace_back("Referrer-Policy", referrer);
@@ -43,10 +45,13 @@ HttpAnswer pageAnswer(int status, Page page) {
 }
 
 HttpAnswer formPageAnswer(int status, Page page) {
+    // The forms of the page post back to it, and a browser that tells no referrer sends "Origin:
+    // null" with them, which would be refused.
     return withPage(status, std::move(page), "same-origin");
 }
 
 HttpAnswer wrongMethod(std::string_view text, std::string allowed) {
+    // RFC 9110, 15.5.6: this status has to say what is allowed.
     HttpAnswer answer = errorAnswer(405, text);
     answer.headers.emplace_back("Allow", std::move(allowed));
     return answer;

@@ -7,6 +7,7 @@
 namespace trevix {
 
 bool BodyBudget::take(std::size_t bytes) {
+    // One that wants more than there is at all gets all of it, or it would wait for ever.
     const std::size_t wanted = std::min(bytes, m_all);
     if (wanted > m_free) return false;
     m_free -= wanted;
@@ -25,6 +26,8 @@ void BodyBudget::giveBack(std::size_t bytes) {
     m_free += std::min(bytes, m_all);
     std::vector<std::function<void()>> served;
     for (auto each = m_waiting.begin(); each != m_waiting.end();) {
+        // Who wants little may pass who wants much: a large body waits until its deadline at worst,
+        // and small ones never stand still behind it.
         if (take(each->bytes)) {
             served.push_back(std::move(each->taken));
             each = m_waiting.erase(each);
@@ -32,6 +35,8 @@ void BodyBudget::giveBack(std::size_t bytes) {
             ++each;
         }
     }
+    // Only now: what is called may wait, give up or give back itself, and would change the list
+    // under the loop.
     for (const auto& taken : served) taken();
 }
 

@@ -8,6 +8,8 @@ namespace trevix {
 void HandlerPool::run(std::function<void()> work) {
     const std::lock_guard lock(m_mutex);
     m_waiting.push_back(std::move(work));
+    // A thread is only begun when those that wait are fewer than what waits for them: the number
+    // follows what was ever needed at once, and stays.
     if (m_idle < m_waiting.size() && m_threads.size() < m_maxThreads) {
         try {
             m_threads.emplace_back([this] { workThrough(); });
@@ -37,7 +39,10 @@ void HandlerPool::workThrough() {
         ++m_idle;
         m_changed.wait(lock, [this] { return m_ending || !m_waiting.empty(); });
         --m_idle;
+        // Ending does not drop what was accepted: each thread goes once there is nothing left.
         if (m_waiting.empty()) return;
+        // Moved out before the lock is let go, and gone before it is taken again only at the next
+        // turn: what it holds is let go of inside work().
         const std::function<void()> work = std::move(m_waiting.front());
         m_waiting.pop_front();
         lock.unlock();

@@ -63,6 +63,7 @@ std::optional<Target> targetOf(std::string_view path) {
     constexpr std::string_view kJobs = "/api/v1/eval/jobs";
     constexpr std::string_view kRuns = "/api/v1/eval/runs/";
     if (path == "/") return Target{Route::index, {}};
+    // The paths are a protocol that clients have built in; none may change its meaning.
     if (path == "/console") return Target{Route::console, {}};
     if (path == "/connect") return Target{Route::connect, {}};
     if (path == "/healthz") return Target{Route::health, {}};
@@ -88,6 +89,7 @@ std::optional<Target> targetOf(std::string_view path) {
 }
 
 bool needsKey(std::string_view path) {
+    // Everything below /api, also what does not exist: who has no key does not learn which.
     return path == "/api" || (startsWith(path, "/api/") && path != kProof);
 }
 
@@ -96,6 +98,7 @@ std::optional<std::string_view> cookieIn(std::string_view header, std::string_vi
     while (!header.empty()) {
         const std::string_view pair =
             kelvane::text::trimmedBlanks(header.substr(0, header.find(';')));
+        // Both of these clip at the end of the header, where there is no further ";".
         header.remove_prefix(std::min(header.size(), header.find(';')));
         if (!header.empty()) header.remove_prefix(1);
         const std::size_t equals = pair.find('=');
@@ -107,6 +110,8 @@ std::optional<std::string_view> cookieIn(std::string_view header, std::string_vi
 }
 
 HttpAnswer queueFull() {
+    // 429 is what the client waits and tries again for. In seconds; how long the queue takes nobody
+    // knows, but it keeps a client from asking without a pause.
     HttpAnswer answer = errorAnswer(429, "too many jobs are waiting; try again in a while");
     answer.headers.emplace_back("Retry-After", "5");
     return answer;
@@ -119,12 +124,17 @@ HttpAnswer stopping() {
 } // namespace
 
 bool isLoopbackHost(std::string_view host) {
+    // A page elsewhere can have its own name lead to 127.0.0.1, and its browser then takes this
+    // service for that page's server. But it names the page's host, so only our own names are
+    // answered to.
     const std::string name = lowerAscii(host);
     static constexpr std::array<std::string_view, 3> kNames{"127.0.0.1", "localhost", "[::1]"};
     for (const std::string_view known : kNames) {
         if (!startsWith(name, known)) continue;
         const std::string_view rest = std::string_view(name).substr(known.size());
         if (rest.empty()) return true;
+        // A colon and a port of at most five digits. Which port is not looked at: a relay in front
+        // of the service may have another one.
         if (rest.front() == ':' && rest.size() <= 6 &&
             std::all_of(rest.begin() + 1, rest.end(),
                         [](char c) { return c >= '0' && c <= '9'; })) {
@@ -142,6 +152,7 @@ HttpApi::HttpApi(ApiOptions options, JobQueue& queue, RunStore& store)
       m_user(UserFiles(m_options.dismissed, m_options.dictionary), store, m_options.nowMs) {}
 
 std::optional<HttpAnswer> HttpApi::refuse(const HttpHead& head) {
+    // RFC 9112, 3.2: a request that names none, or several, is answered with 400.
     const auto host = head.header("host");
     if (!host) return errorAnswer(400, "the request must name one Host");
     if (!isLoopbackHost(*host)) {
@@ -152,6 +163,7 @@ std::optional<HttpAnswer> HttpApi::refuse(const HttpHead& head) {
         if (!authorization || !authorizes(*authorization, m_options.key)) {
             HttpAnswer answer =
                 errorAnswer(401, "not authorized — check your Trevix key (HTTP 401)");
+            // RFC 9110, 11.6.1: 401 says how to be let in.
             answer.headers.emplace_back("WWW-Authenticate", "Bearer");
             return answer;
         }
@@ -160,6 +172,7 @@ std::optional<HttpAnswer> HttpApi::refuse(const HttpHead& head) {
     const auto target = targetOf(head.path);
     if (!target) return errorAnswer(404, "there is nothing at this address");
     const bool cancels = target->route == Route::job && head.method == "DELETE";
+    // Before the method: it changes nothing, so it may come from anywhere that has the key.
     if (!target->isPost() && !cancels) {
         if (head.method == "GET" || head.method == "HEAD") return std::nullopt;
         if (target->route == Route::job) {
@@ -181,9 +194,12 @@ std::optional<HttpAnswer> HttpApi::refuse(const HttpHead& head) {
     }
     if (cancels) return std::nullopt;
     const std::string type = lowerAscii(head.header("content-type").value_or(""));
+    // A form of another page can be sent without asking, but not with this type. It makes the
+    // browser ask first, and nobody answers that question.
     if (type.substr(0, type.find_first_of("; ")) != "application/json") {
         return errorAnswer(415, "Content-Type must be application/json");
     }
+    // Unpacked it could be a thousand times as large as what the budget was asked for.
     if (lowerAscii(head.header("content-encoding").value_or("identity")) != "identity" ||
         head.headers.count("content-encoding") > 1) {
         return errorAnswer(415, "the body must not be compressed");
@@ -195,6 +211,7 @@ HttpAnswer HttpApi::answer(const HttpHead& head, const std::string& body) {
     try {
         return route(head, body);
     } catch (const StoreError& error) {
+        // A full disk, as a rule: what was not stored was not promised, and may be tried again.
         return errorAnswer(503, error.what());
     }
 }
@@ -247,6 +264,7 @@ HttpAnswer HttpApi::submit(const std::string& body) {
 HttpAnswer HttpApi::jobStatus(const std::string& jobId) {
     auto status = m_queue.status(jobId);
     if (!status) return errorAnswer(404, "there is no such job");
+    // What was dismissed since the verdict is put aside anew with every answer.
     if (status->result) status->result = withUserSays(std::move(*status->result), m_user.says());
     return jsonAnswer(200, statusJson(*status));
 }
@@ -270,6 +288,7 @@ HttpAnswer HttpApi::runRecord(const std::string& runId) {
 }
 
 HttpAnswer HttpApi::iterate(const std::string& runId, const std::string& body) {
+    // Before the body is read for what it says: an unknown run is the likelier mistake.
     if (!m_store.hasRun(runId)) return errorAnswer(404, "there is no such run");
     auto parsed = parseIterate(body);
     if (const auto* error = std::get_if<WireError>(&parsed)) return errorAnswer(400, error->text);
@@ -294,9 +313,11 @@ HttpAnswer HttpApi::ticket(const std::string& runId) {
 }
 
 HttpAnswer HttpApi::proof(const HttpHead& head) {
+    // There a proof would only give away what the key makes of texts that others choose.
     if (head.serverAddress.empty()) {
         return errorAnswer(404, "over a Unix socket the system tells who answers");
     }
+    // 32 bytes that the client drew: an answer heard once proves nothing the next time.
     const auto nonce = head.query.find("nonce");
     if (nonce == head.query.end() || !isNonce(nonce->second)) {
         return errorAnswer(400, "nonce must be 64 lower-case hexadecimal digits");
@@ -311,12 +332,17 @@ HttpAnswer HttpApi::report(const HttpHead& head) {
     const auto named = head.query.find("run");
     const std::string runId = named == head.query.end() ? "" : named->second;
     const auto ticket = head.query.find("ticket");
+    // HEAD uses no ticket up: programs that preview an address ask that way. The order counts: the
+    // ticket is used up only when the one who holds it may read.
     if (ticket != head.query.end() && head.method == "GET" &&
         m_gate.isTicket(ticket->second, runId) && isOwnUsers(head)) {
         if (const auto pass = m_gate.redeem(ticket->second, runId)) {
             // On to the address without the ticket, which is what a history then keeps.
             HttpAnswer answer = guarded({303, "text/plain", "", {}});
             answer.headers.emplace_back("Location", "/console?run=" + runId);
+            // Only for this path, out of reach for scripts, and sent along when a link is followed
+            // here but not with requests that other pages make. The name is the run's, so that
+            // reports do not push each other's passes out.
             answer.headers.emplace_back("Set-Cookie",
                                         runId + "=" + *pass + "; Path=/console; Max-Age=" +
                                             std::to_string(ReportGate::kPassLasts.count()) +
@@ -332,6 +358,7 @@ HttpAnswer HttpApi::report(const HttpHead& head) {
 bool HttpApi::mayRead(const HttpHead& head, const std::string& runId) {
     const auto authorization = head.header("authorization");
     if (authorization && authorizes(*authorization, m_options.key)) return true;
+    // Browsers send one Cookie header, relays may split it.
     const auto [first, last] = head.headers.equal_range("cookie");
     for (auto each = first; each != last; ++each) {
         if (const auto pass = cookieIn(each->second, runId); pass && m_gate.isPass(*pass, runId)) {
@@ -344,16 +371,20 @@ bool HttpApi::mayRead(const HttpHead& head, const std::string& runId) {
 bool HttpApi::isOwnUsers(const HttpHead& head) const {
     if (head.clientAddress.empty()) return true; // A Unix socket lets no others in.
     const auto user = m_options.userOfPeer(head.clientAddress, head.serverAddress);
+    // Where it cannot be found whose the connection is, the ticket alone decides. The administrator
+    // can read everything anyway, and is not shut out.
     return !user || *user == geteuid() || *user == 0;
 }
 
 HttpAnswer HttpApi::connect(const HttpHead& head) {
+    // As the browser has reached it: refuse() has seen that it is a name of this machine.
     return pageAnswer(200, connectPage("http://" + lowerAscii(head.header("host").value_or("")),
                                        m_options.keyFile.string()));
 }
 
 HttpAnswer HttpApi::catalog() {
     std::error_code error;
+    // Looked at with each request: it may be replaced while the service runs.
     if (!std::filesystem::is_regular_file(m_options.catalog, error) ||
         std::filesystem::file_size(m_options.catalog, error) > kLargestCatalog || error) {
         return errorAnswer(404, "this service has no application catalog");
@@ -366,6 +397,7 @@ HttpAnswer HttpApi::catalog() {
 }
 
 HttpAnswer HttpApi::health() {
+    // In order as soon as it answers: work is taken while the critics are still made ready.
     return jsonAnswer(200, std::string(R"({"status":"ok","warming":)") +
                                (m_queue.isWarming() ? "true}" : "false}"));
 }

@@ -54,6 +54,8 @@ ListenError listenError(int cause, std::uint16_t port) {
             "cannot listen on 127.0.0.1:" + std::to_string(port) + ": " + std::strerror(cause)};
 }
 
+// accept4 would do this and the next at once, but is not everywhere. A child begun between the two
+// calls closes what it does not know by itself (see critics/worker).
 void closeOnExec(int fd) {
     fcntl(fd, F_SETFD, FD_CLOEXEC);
 }
@@ -64,7 +66,9 @@ void doNotBlock(int fd) {
 
 std::size_t descriptorLimit() {
     rlimit limit{};
+    // A number to count on even where there is no telling.
     if (getrlimit(RLIMIT_NOFILE, &limit) != 0) return kOwnDescriptors + kLeastConnections;
+    // A limit may be "none", or a thousand million in a container: a million is enough to ask for.
     return static_cast<std::size_t>(std::min<rlim_t>(limit.rlim_cur, rlim_t{1} << 20U));
 }
 
@@ -84,12 +88,15 @@ ServerOptions withinLimits(ServerOptions options) {
 
 std::optional<std::string> HttpHead::header(std::string_view lowerName) const {
     const auto [first, last] = headers.equal_range(std::string(lowerName));
+    // Given twice it is as if not given: two answers to one question are none.
     if (first == last || std::next(first) != last) return std::nullopt;
     return first->second;
 }
 
 std::size_t connectionsFor(std::size_t descriptors, std::size_t wanted) {
     const std::size_t left = descriptors > kOwnDescriptors ? descriptors - kOwnDescriptors : 0;
+    // Never less than a few, even where the system allows hardly any: accepting may then fail,
+    // which is provided for, but a service that listens and takes nobody helps no one.
     return std::max(std::min(wanted, left), std::min(wanted, kLeastConnections));
 }
 
@@ -128,14 +135,17 @@ public:
 
     void stop() {
         if (!m_thread.joinable()) return;
+        // On the loop's own thread, as all that touches connections.
         asio::post(m_loop, [this] {
             m_listeners.clear();
             const auto connections = m_connections; // Each takes itself out.
             for (const auto& [id, each] : connections) {
                 if (const auto connection = each.lock()) connection->finish();
             }
+            // From here on the loop ends by itself, once no connection has anything under way.
             m_work.reset();
         });
+        // The loop first: until it ends, connections still hand work to the pool.
         m_thread.join();
         m_pool.join();
     }
@@ -164,6 +174,8 @@ private:
     }
 
     void await(Listener& listener) {
+        // Waits until there is something to accept, and accepts by hand, so that a failure for want
+        // of descriptors is ours to answer.
         listener.descriptor.async_wait(asio::posix::stream_descriptor::wait_read,
                                        [this, &listener](ErrorCode ended) {
                                            if (!ended) acceptSome(listener);
@@ -178,6 +190,9 @@ private:
                 continue;
             }
             if (errno == EMFILE || errno == ENFILE || errno == ENOBUFS || errno == ENOMEM) {
+                // The connection that could not be taken stays in the listener's queue, so waiting
+                // for it would return at once, and again, with no time left for those that are
+                // there. One gives way, and it is tried again after a pause.
                 if (const auto id = m_table.giveUpOne()) close(*id);
                 listener.pause.expires_after(kAcceptPause);
                 listener.pause.async_wait([this, &listener](ErrorCode ended) {
@@ -185,6 +200,8 @@ private:
                 });
                 return;
             }
+            // Anything else is the fault of the one connection that was just to be taken, which may
+            // have gone away by now: on to the next.
             if (errno == EAGAIN || errno == EWOULDBLOCK) break;
         }
         await(listener);
@@ -197,6 +214,8 @@ private:
         std::string client;
         if (isUnix) {
             const auto user = userOfUnixPeer(fd);
+            // The socket's folder is closed to others as well; the administrator may do everything
+            // anyway.
             if (!user || (*user != geteuid() && *user != 0)) {
                 ::close(fd);
                 return;
@@ -213,15 +232,19 @@ private:
             client = addressText(ends[1]);
             peer = client.substr(0, client.find(':'));
             const int yes = 1;
+            // Without it the end of an answer may be held back until the client has acknowledged
+            // the beginning, which it in turn delays.
             setsockopt(fd, IPPROTO_TCP, TCP_NODELAY, &yes, sizeof yes);
         }
         const ConnectionTable::Id id = ++m_lastId;
+        // Admitted before anything is made for it, so that a flood costs a table entry at most.
         const auto admission = m_table.admit(id, peer);
         if (admission.dropped) close(*admission.dropped);
         if (!admission.admitted) {
             ::close(fd);
             return;
         }
+        // Neither of TCP nor of local sockets, so that one kind of connection serves both.
         const asio::generic::stream_protocol protocol(isUnix ? AF_UNIX : AF_INET,
                                                       isUnix ? 0 : IPPROTO_TCP);
         m_connections[id] =
@@ -243,6 +266,7 @@ private:
     std::map<ConnectionTable::Id, std::weak_ptr<HttpConnection>> m_connections;
     HandlerPool m_pool;
     // Goes before all that its connections use.
+    // Those still hold on to handlers that the loop has yet to destroy.
     asio::io_context m_loop{1};
     ConnectionShares m_shares;
     asio::executor_work_guard<asio::io_context::executor_type> m_work;
@@ -262,18 +286,21 @@ HttpServer::listen(const ServerOptions& options, HttpHandler& handler) {
     // A port whose last connections are only fading away is free; one that is listened on is not.
     const int yes = 1;
     setsockopt(listener, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
+    // The address is not to be chosen: this service answers the machine it runs on.
     sockaddr_in address{};
     address.sin_family = AF_INET;
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
     address.sin_port = htons(options.port);
     socklen_t size = sizeof address;
     auto* raw = reinterpret_cast<sockaddr*>(&address);
+    // The port is asked for again because 0 has the system choose one.
     if (bind(listener, raw, size) != 0 || ::listen(listener, SOMAXCONN) != 0 ||
         getsockname(listener, raw, &size) != 0) {
         const int cause = errno;
         close(listener);
         return listenError(cause, options.port);
     }
+    // It may have been handed over by who started the service, in whichever mode.
     if (options.unixListener >= 0) doNotBlock(options.unixListener);
     try {
         return std::unique_ptr<HttpServer>(new HttpServer(

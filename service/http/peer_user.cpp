@@ -38,6 +38,7 @@ std::optional<uid_t> userOfUnixPeer(int socket) {
 #ifdef SO_PEERCRED
     ucred peer{};
     socklen_t size = sizeof peer;
+    // As they were when the peer connected, which is what was promised of it.
     if (getsockopt(socket, SOL_SOCKET, SO_PEERCRED, &peer, &size) != 0) return std::nullopt;
     return peer.uid;
 #else
@@ -50,6 +51,8 @@ std::optional<uid_t> userOfUnixPeer(int socket) {
 
 std::optional<uid_t> userInTcpTable(std::string_view table, const std::string& client,
                                     const std::string& server) {
+    // Each connection over the loopback has two rows, one for either end. The row of the client's
+    // end is wanted, and there the client is the local side.
     const std::string local = tableForm(client);
     const std::string remote = tableForm(server);
     if (local.empty() || remote.empty()) return std::nullopt;
@@ -70,6 +73,8 @@ std::optional<uid_t> userInTcpTable(std::string_view table, const std::string& c
 }
 
 std::optional<uid_t> userOfTcpPeer(const std::string& client, const std::string& server) {
+    // Where there is no such file, on other systems, the table is empty and nobody is found. It is
+    // read anew each time: it has a row for every connection of the machine.
     std::ifstream file("/proc/net/tcp", std::ios::binary);
     const std::string table{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
     return userInTcpTable(table, client, server);

@@ -37,6 +37,8 @@ bool ReportGate::isTicket(std::string_view ticket, std::string_view runId) {
 std::optional<std::string> ReportGate::redeem(std::string_view ticket, std::string_view runId) {
     const std::lock_guard lock(m_mutex);
     const auto found = find(m_tickets, ticket, runId);
+    // Used up whether or not the answer arrives: an address that leaked is worth nothing after
+    // that.
     if (found == m_tickets.end()) return std::nullopt;
     m_tickets.erase(found);
     return grant(m_passes, "pass_", runId, kPassLasts);
@@ -56,9 +58,11 @@ std::string ReportGate::grant(Grants& grants, std::string prefix, std::string_vi
 
 ReportGate::Grants::iterator ReportGate::find(Grants& grants, std::string_view secret,
                                               std::string_view runId) {
+    // All of a kind last equally long, so the list is in the order of ending too.
     const Instant now = m_now();
     while (!grants.empty() && grants.front().ends <= now) grants.pop_front();
     auto found = grants.end();
+    // To the end even when found: how long it takes tells nothing of where it stands.
     for (auto each = grants.begin(); each != grants.end(); ++each) {
         if (same(each->secret, secret) && each->runId == runId) found = each;
     }

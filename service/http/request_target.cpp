@@ -12,6 +12,7 @@ std::string unescaped(std::string_view text, bool plusIsBlank) {
     std::string plain;
     plain.reserve(text.size());
     for (std::size_t i = 0; i < text.size(); ++i) {
+        // A "%" without two digits behind it stands for itself, as browsers have it.
         if (text[i] == '%' && text.size() - i > 2) {
             unsigned char value = 0;
             const char* digits = text.data() + i + 1;
@@ -22,6 +23,7 @@ std::string unescaped(std::string_view text, bool plusIsBlank) {
                 continue;
             }
         }
+        // RFC 3986 knows no "+" for a blank; forms do, and they write queries only.
         plain += plusIsBlank && text[i] == '+' ? ' ' : text[i];
     }
     return plain;
@@ -30,7 +32,9 @@ std::string unescaped(std::string_view text, bool plusIsBlank) {
 } // namespace
 
 std::optional<RequestTarget> requestTarget(std::string_view target) {
+    // The absolute form is for proxies and "*" for OPTIONS; neither names anything here.
     if (!target.starts_with('/')) return std::nullopt;
+    // A fragment is the client's own affair and should not have been sent.
     target = target.substr(0, target.find('#'));
     const std::size_t question = target.find('?');
     RequestTarget taken{unescaped(target.substr(0, question), false), {}};
@@ -41,6 +45,7 @@ std::optional<RequestTarget> requestTarget(std::string_view target) {
         rest.remove_prefix(std::min(rest.size(), pair.size() + 1));
         if (pair.empty()) continue;
         const std::size_t equals = pair.find('=');
+        // The first of equal names counts.
         taken.query.emplace(
             unescaped(pair.substr(0, equals), true),
             equals == std::string_view::npos ? "" : unescaped(pair.substr(equals + 1), true));

@@ -30,6 +30,7 @@ constexpr std::string_view kReload =
 
 constexpr std::string_view kNotUnderstood = "The form is none of a report.";
 
+// No length, or one in chunks, counts as too large: forms have one.
 bool isSmall(const HttpHead& head) {
     const std::string length = head.header("content-length").value_or("");
     std::size_t value = 0;
@@ -46,13 +47,17 @@ std::string bareContentType(const HttpHead& head) {
 bool comesFromHere(const HttpHead& head) {
     const auto origin = head.header("origin");
     const auto host = head.header("host");
+    // The scheme is always http here. A page in a frame without rights of its own has the origin
+    // "null", which is no address.
     if (!origin || !host || lowerAscii(*origin) != "http://" + lowerAscii(*host)) return false;
+    // Older browsers do not send it; those that do cannot be made to lie by a page.
     return head.header("sec-fetch-site").value_or("same-origin") == "same-origin" &&
            head.headers.count("sec-fetch-site") <= 1;
 }
 
 /// The finding of the latest version with this digest, dismissed or not.
 std::optional<Finding> findingWith(const Iteration& now, const std::string& key) {
+    // By digest and not by number: the list may have changed since the page was read.
     for (const Finding& finding : now.findings) {
         if (findingKey(finding) == key) return finding;
     }
@@ -92,6 +97,7 @@ std::optional<HttpAnswer> UserActions::refuse(const HttpHead& head) const {
                    : wrongMethod("only POST is possible here", "POST");
     }
     // Programs send no Origin; a browser sends one with every form.
+    // For a form it is asked for, for a program's request it only must not be another page's.
     if ((isForm || head.headers.count("origin") > 0) && !comesFromHere(head)) {
         return errorAnswer(403, "requests from other web pages are not taken");
     }
@@ -103,6 +109,7 @@ std::optional<HttpAnswer> UserActions::refuse(const HttpHead& head) const {
         head.headers.count("content-encoding") > 1) {
         return errorAnswer(415, "the body must not be compressed");
     }
+    // Of every body here: the words are a line each.
     if (!isSmall(head)) return errorAnswer(413, "the body is larger than 16 KiB");
     return std::nullopt;
 }
@@ -125,6 +132,8 @@ HttpAnswer UserActions::answer(const HttpHead& head, const std::string& body) {
     if (const auto* error = std::get_if<WireError>(&parsed)) return errorAnswer(400, error->text);
     auto& dismissal = std::get<Dismissal>(parsed);
     if (head.path == kUndoDismissal) return done(m_files.undo(dismissal));
+    // Evidence that is cut short, or stands for other cases too, would dismiss more than was meant,
+    // in every work to come.
     if (dismissal.place.empty() && needsPlace(dismissal.evidence)) {
         return errorAnswer(400, "place is missing: the evidence does not tell one case from "
                                 "another");
@@ -160,6 +169,7 @@ HttpAnswer UserActions::form(const HttpHead& head, const std::string& body) {
     if (!run) return pageAnswer(404, noSuchRunPage());
     const auto finding = findingWith(run->latest(), action->finding);
     if (!finding) {
+        // 409: what was meant is not there any more, and the page shows what is.
         return report(*run, 409, "That flaw is not in the latest version; nothing was changed.");
     }
     std::optional<std::string> error;
@@ -171,6 +181,7 @@ HttpAnswer UserActions::form(const HttpHead& head, const std::string& body) {
         error = m_files.dismiss(std::move(dismissal));
         break;
     case PageAction::Kind::undo:
+        // Forgetting what is not there is no error, so both are tried.
         error = m_files.undo(dismissal);
         // It may have been dismissed at its place alone.
         dismissal.place = finding->place;
@@ -184,6 +195,8 @@ HttpAnswer UserActions::form(const HttpHead& head, const std::string& body) {
         break;
     }
     if (error) return report(*run, 500, "That was not done: " + *error + ".");
+    // A page that was posted to would be posted again by reloading it; after a 303 it is only read
+    // again. Back to the place in the page where the flaw was.
     return seeOther("/console?run=" + run->id + "#k-" + action->finding);
 }
 
@@ -191,11 +204,13 @@ std::string UserActions::tokenFor(const std::string& runId) {
     const std::lock_guard lock(m_mutex);
     const auto found = m_tokens.find(runId);
     if (found != m_tokens.end()) return found->second;
+    // The oldest goes: whoever has that report open is told to open it again.
     if (m_tokenOrder.size() >= kMostTokens) {
         m_tokens.erase(m_tokenOrder.front());
         m_tokenOrder.pop_front();
     }
     m_tokenOrder.push_back(runId);
+    // 128 bits. Held in memory alone, so that no token outlives the service.
     return m_tokens[runId] = randomName("", 16);
 }
 

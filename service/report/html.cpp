@@ -9,6 +9,8 @@ namespace trevix {
 namespace {
 
 std::string openTag(std::string_view tag, std::initializer_list<Attribute> attributes) {
+    // Tags and names of attributes are literals of this program, so they are not escaped; all
+    // values are.
     std::string markup("<");
     markup.append(tag);
     for (const Attribute& attribute : attributes) {
@@ -50,6 +52,8 @@ Html filled(const page_files::PageFile& file,
     constexpr std::string_view kClose = "}}";
     Html made;
     std::string_view rest = file.markup;
+    // Only files of ours are read here, so a name without a piece is a slip of ours, and stays
+    // empty.
     while (true) {
         const auto open = rest.find(kOpen);
         const auto close = rest.find(kClose, open);

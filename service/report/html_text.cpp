@@ -10,6 +10,9 @@ namespace trevix {
 namespace {
 
 bool misleads(std::int32_t c) {
+    // Code points that show nothing or turn what follows around: controls, the soft hyphen, marks
+    // of direction, joiners without width, tags. Left in, a text could look like another one; a
+    // reader of its code would be shown something that no compiler reads.
     return (c >= 0x80 && c < 0xa0) || c == 0xad || c == 0x61c || c == 0x200b || c == 0x200e ||
            c == 0x200f || (c >= 0x2028 && c <= 0x202e) || (c >= 0x2060 && c <= 0x206f) ||
            c == 0xfeff || (c >= 0xfff0 && c <= 0xfffb) || (c >= 0xe0000 && c <= 0xe0fff);
@@ -30,6 +33,7 @@ std::string shown(std::int32_t c, std::string_view sequence) {
     case '\n':
     case '\t':
         return std::string(sequence);
+    // U+2421 and the block before it are pictures of the control characters.
     case 0x7f:
         return "\u2421";
     default:
@@ -50,9 +54,11 @@ std::string shown(std::int32_t c, std::string_view sequence) {
 
 std::string htmlText(std::string_view text) {
     std::string html;
+    // Escapes make few texts longer by more.
     html.reserve(text.size() + text.size() / 8);
     while (!text.empty()) {
         const auto front = kelvane::text::decodeFront(text);
+        // One for each byte that is no UTF-8, so that damage is seen where it is.
         html += front.codePoint == kelvane::text::kNoCodePoint
                     ? "\ufffd"
                     : shown(front.codePoint, text.substr(0, front.length));

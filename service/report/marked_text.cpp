@@ -29,10 +29,15 @@ bool isBlankAt(std::string_view text, std::size_t& length) {
 /// How many bytes at the front of `text` the evidence quotes; 0 when it is not what it quotes.
 /// Evidence is on one line, whatever the text is, and breaks off or leaves out with an ellipsis.
 std::size_t quotedLength(std::string_view text, std::string_view evidence) {
+    // The idea: both are read from the front, and each step takes what the evidence has next from
+    // either. A blank of the evidence stands for any run of blanks, an ellipsis for blots; all else
+    // has to be the same, byte for byte.
     const std::string_view whole = text = text.substr(0, kLongestMatch);
     while (!evidence.empty()) {
         if (evidence.starts_with(kEllipsis) && !text.starts_with(kEllipsis)) {
             evidence.remove_prefix(kEllipsis.size());
+            // Broken off at the end: the quote is what came before, with the rest of a blotted
+            // secret.
             if (evidence.empty()) {
                 while (text.starts_with(kBlot)) text.remove_prefix(kBlot.size());
                 break;
@@ -43,6 +48,7 @@ std::size_t quotedLength(std::string_view text, std::string_view evidence) {
             if (text.size() == before) return 0;
             continue;
         }
+        // The text ends within the quote.
         if (text.empty()) return 0;
         std::size_t length = 0;
         if (evidence.front() == ' ') {
@@ -61,6 +67,7 @@ std::size_t quotedLength(std::string_view text, std::string_view evidence) {
 
 /// The word at the front of the text, or one character of something else.
 std::size_t wordLength(std::string_view text) {
+    // Not text/'s words: this one has to take in identifiers, of which "_" is a part.
     std::size_t end = 0;
     while (end < text.size()) {
         const text::Decoded point = text::decodeFront(text.substr(end));
@@ -97,8 +104,10 @@ std::vector<Span> shownOf(const SourceText& source, std::size_t line,
     if (end - begin <= kLongestWholeLine) return {{begin, end}};
     std::vector<Span> shown;
     const auto add = [&](std::size_t from, std::size_t to) {
+        // Between two code points, since a piece of one would be shown as damage.
         from = alignedDown(source.text(), from);
         to = alignedDown(source.text(), to);
+        // Marks come in the order of their beginnings, so only the last span can touch this one.
         if (!shown.empty() && from <= shown.back().end) {
             shown.back().end = std::max(shown.back().end, to);
         } else {
@@ -131,6 +140,9 @@ bool weighsLess(const TextMark& a, const TextMark& b) {
 /// The bytes from `begin` to `end` with the marks that touch them.
 void appendMarked(Html& line, const SourceText& source, Span span,
                   const std::vector<TextMark>& marks) {
+    // The idea: all ends of marks cut the span into pieces, and a piece is wholly in a mark or
+    // wholly out of it. So marks that overlap need no nesting, which markup could not say anyway;
+    // each piece shows the heaviest of its marks. Pieces times marks; a line has few.
     std::vector<std::size_t> cuts{span.begin, span.end};
     for (const TextMark& mark : marks) {
         for (const std::size_t at : {mark.begin, mark.end}) {
@@ -153,6 +165,7 @@ void appendMarked(Html& line, const SourceText& source, Span span,
             const bool ends =
                 mark.end == cuts[i + 1] || (cuts[i + 1] == span.end && mark.begin < span.end &&
                                             mark.begin >= span.begin && mark.end > span.end);
+            // The number follows the end of a mark, once, though the mark may be in several pieces.
             if (!mark.wholeLine && ends && mark.number > 0 && mark.begin >= span.begin) {
                 line += flawReference(mark.number, mark.severity, mark.dismissed);
             }
@@ -186,6 +199,8 @@ Html flawReference(std::size_t number, Severity severity, bool dismissed) {
 }
 
 std::optional<TextMark> markOf(const SourceText& source, const Place& place,
+                               // In this order: the quote where the place says; the quote elsewhere
+                               // in the line; the word at the place; the whole line.
                                const Finding& finding) {
     if (place.kind != Place::Kind::line || place.line > source.lineCount()) return std::nullopt;
     TextMark mark;
@@ -202,6 +217,8 @@ std::optional<TextMark> markOf(const SourceText& source, const Place& place,
         const std::string_view front =
             std::string_view(finding.evidence).substr(0, finding.evidence.find(kEllipsis));
         std::size_t at = front.empty() ? std::string_view::npos : line.find(front, column);
+        // Without a column the place is a guess of the whole line, so the first word of the quote
+        // may lead to where it begins; with one the place is better than that.
         if (at == std::string_view::npos && place.column == 0 && !front.empty()) {
             at = line.find(front.substr(0, front.find(' ')));
         }
@@ -213,6 +230,7 @@ std::optional<TextMark> markOf(const SourceText& source, const Place& place,
     if (length == 0 && place.column > 0 && mark.begin < lineEnd) {
         length = wordLength(source.text().substr(mark.begin, lineEnd - mark.begin));
     }
+    // A quote that goes on over lines is marked to the end of its first.
     mark.end = std::min(mark.begin + length, lineEnd);
     mark.wholeLine = mark.end <= mark.begin;
     return mark;

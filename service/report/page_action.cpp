@@ -31,6 +31,8 @@ std::optional<std::string> decoded(std::string_view field) {
         } else {
             const int high = i + 2 < field.size() ? hexDigit(field[i + 1]) : -1;
             const int low = i + 2 < field.size() ? hexDigit(field[i + 2]) : -1;
+            // Browsers escape every "%" of their own, so one that begins no escape is no form of
+            // ours.
             if (high < 0 || low < 0) return std::nullopt;
             plain += static_cast<char>(high * 16 + low);
             i += 2;
@@ -68,6 +70,7 @@ std::optional<PageAction> parsePageAction(std::string_view body) {
         const std::string_view key = field.substr(0, equals);
         const auto value = decoded(field.substr(equals + 1));
         if (!value) return std::nullopt;
+        // Fields that are not known are passed over: a later page may send more.
         if (key == "token") action.token = *value;
         if (key == "finding") action.finding = *value;
         if (key == "reason") action.reason = *value;
@@ -79,12 +82,14 @@ std::optional<PageAction> parsePageAction(std::string_view body) {
             named = true;
         }
     }
+    // A missing token is not told here: it is compared by who knows the right one.
     if (!named || action.finding.empty()) return std::nullopt;
     return action;
 }
 
 // FNV-1a. Whoever makes two findings of one digest only has the wrong one of the two dismissed.
 std::string findingKey(const Finding& finding) {
+    // The offset and the prime of its 64-bit form.
     std::uint64_t digest = 0xcbf29ce484222325U;
     for (const std::string* part : {&finding.rule, &finding.evidence, &finding.place}) {
         for (const char c : *part) {

@@ -28,6 +28,8 @@ Html script(const std::string& nonce) {
 }
 
 Page page(const Html& title, const Html& content, Scripted scripted = Scripted::no) {
+    // Drawn for every page: a style or script that got into the page from a work does not know it,
+    // and the browser passes it over.
     const std::string nonce = randomName("", 16);
     const bool report = scripted == Scripted::yes;
     Page made;
@@ -38,10 +40,14 @@ Page page(const Html& title, const Html& content, Scripted scripted = Scripted::
                                            {"script", report ? script(nonce) : Html()}})
                     .markup() +
                 "\n";
+    // Nothing is loaded from anywhere. What a report needs beyond its style: its script, and the
+    // picture within the page itself.
     made.contentSecurityPolicy = "default-src 'none'; style-src 'nonce-" + nonce + "'; ";
     if (report) {
         made.contentSecurityPolicy += "script-src 'nonce-" + nonce + "'; img-src data:; ";
     }
+    // Without this a work's "<base>" could turn the forms elsewhere, and another page could put
+    // this one in a frame under its own buttons.
     made.contentSecurityPolicy += "base-uri 'none'; frame-ancestors 'none'; form-action ";
     made.contentSecurityPolicy += report ? "'self'" : "'none'";
     return made;
@@ -84,6 +90,7 @@ std::string timeText(std::int64_t ms) {
     std::tm parts{};
     if (gmtime_r(&seconds, &parts) == nullptr) return {};
     char text[48];
+    // strftime pads the day with a blank, which a sentence does not begin with.
     const std::size_t length = std::strftime(text, sizeof text, "%e %b %Y, %H:%M UTC", &parts);
     return text[0] == ' ' ? std::string(text + 1, length - 1) : std::string(text, length);
 }
@@ -147,10 +154,12 @@ Html button(PageAction::Kind kind, const Html& words) {
 Html sayForms(const PageFlaw& flaw, const CardPage& page) {
     if (page.token.empty()) return {};
     const auto form = [&](const Html& content) {
+        // They work without script: the browser posts them, and the page comes back at the flaw.
         return element(
             "form", {{"method", "post"}, {"action", page.action}},
             {hidden("token", page.token), hidden("finding", findingKey(flaw.finding)), content});
     };
+    // Empty for all flaws but a single misspelt word.
     const std::string_view word = wordOf(flaw.finding);
     if (flaw.dismissed) {
         return form(flaw.byDictionary
@@ -162,6 +171,7 @@ Html sayForms(const PageFlaw& flaw, const CardPage& page) {
         Html words = "Add “";
         words += word;
         words += "” to my dictionary";
+        // Opened first: dismissing is said with a reason, and not by a slip of the mouse.
         forms += form(button(PageAction::Kind::addWord, words));
     }
     Html dismissing = element("label", {},
@@ -191,6 +201,7 @@ struct Words {
 Words wordsOf(const PageFlaw& flaw) {
     Words words{flaw.finding.place, flaw.finding.detail};
     if (!flaw.inPlace) return words;
+    // A part's name may hold ", " itself, so each of them is tried as the end of it.
     for (std::size_t at = words.place.find(", "); at != std::string_view::npos;
          at = words.place.find(", ", at + 1)) {
         const std::string opening = "In " + std::string(words.place.substr(0, at)) + ": ";
@@ -199,6 +210,7 @@ Words wordsOf(const PageFlaw& flaw) {
         words.detail.remove_prefix(opening.size());
         break;
     }
+    // But for the first letter, which is a capital in the sentence and may be none in the place.
     const bool says = !words.place.empty() && words.detail.size() > words.place.size() + 2 &&
                       words.detail.substr(1, words.place.size() - 1) == words.place.substr(1) &&
                       words.detail.substr(words.place.size(), 2) == ": ";
@@ -218,6 +230,7 @@ Html placeOnCard(const PageFlaw& flaw) {
 Html cardContent(const PageFlaw& flaw) {
     const Finding& finding = flaw.finding;
     const std::string severity = severityName(finding.severity);
+    // Flaws of earlier versions have no number: nothing leads to them.
     const Html number = flaw.number == 0
                             ? Html()
                             : element("span", {{"class", "no"}}, {std::to_string(flaw.number)});
@@ -250,6 +263,7 @@ Html foot(const PageFlaw& flaw, const Html& forms) {
 
 /// A flaw that can be led to, with what can be said about it.
 Html numberedCard(const PageFlaw& flaw, const void* page) {
+    // By digest, so that the address stays right when numbers change; see UserActions::form().
     const Html anchor = element("span", {{"id", "k-" + findingKey(flaw.finding)}}, {});
     Html card = element("article",
                         {{"class", "flaw " + flawClass(flaw.finding.severity, flaw.dismissed)},
@@ -280,6 +294,7 @@ Html cardList(Html cards, std::size_t leftOut) {
 }
 
 Html flawList(const std::vector<Finding>& findings, std::size_t most) {
+    // Stable, so that those of one severity stay in the order of the work.
     std::vector<Finding> heaviestFirst = findings;
     std::stable_sort(heaviestFirst.begin(), heaviestFirst.end(),
                      [](const Finding& a, const Finding& b) { return a.severity > b.severity; });
@@ -329,6 +344,7 @@ Html sectionOf(const std::vector<PageFlaw>& flaws, const char* id, const char* t
 Html ring(const Iteration& iteration) {
     const auto hundredths = std::lround(std::clamp(iteration.score, 0.0, 1.0) * 100.0);
     // A dash of no length would still show its round ends.
+    // Its round ends come from the style of the line.
     const Html value = hundredths == 0 ? Html()
                                        : filled(page_files::kRingValue,
                                                 {{"hundredths", std::to_string(hundredths)}});
@@ -342,6 +358,7 @@ Html partsList(const std::vector<PartSummary>& parts) {
     Html list;
     for (const PartSummary& part : parts) {
         if (!list.empty()) list += lineBreak();
+        // Compared by address, because parts may have equal names.
         if (&part == parts.data() + kMostNamed) {
             return list += soft("and " + std::to_string(parts.size() - kMostNamed) + " more");
         }
@@ -436,6 +453,7 @@ Html history(const RunRecord& run) {
     Html made = element("h2", {}, {"Earlier versions"});
     made += "\n";
     const std::size_t last = run.iterations.size() - 1;
+    // Counts down to 0 without going below it.
     for (std::size_t number = last; number-- > 0;) {
         if (last - number > kMostVersions) {
             return made +=
@@ -451,6 +469,7 @@ Html history(const RunRecord& run) {
 /// As one word of a shell, whatever is in it.
 std::string quotedForShell(std::string_view path) {
     std::string quoted = "'";
+    // Between single quotes a shell changes nothing; one of its own is put between two such texts.
     for (const char c : path) quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
     return quoted + "'";
 }
@@ -487,6 +506,7 @@ std::vector<PageFlaw> pageFlaws(const Iteration& now, const FindingDiff* diff) {
 std::size_t dropLightest(std::vector<PageFlaw>& flaws) {
     if (flaws.size() <= kMostCards) return 0;
     std::stable_sort(flaws.begin(), flaws.end(), [](const PageFlaw& a, const PageFlaw& b) {
+        // What was dismissed is the lightest of all.
         return a.dismissed != b.dismissed ? b.dismissed : a.finding.severity > b.finding.severity;
     });
     const std::size_t dropped = flaws.size() - kMostCards;
@@ -514,6 +534,7 @@ Html overview(const std::vector<PageFlaw>& flaws) {
     for (const PageFlaw& flaw : flaws) {
         if (!flaw.dismissed) order.push_back(&flaw);
     }
+    // A list of one says nothing that the flaw itself does not.
     if (order.size() < 2) return {};
     std::stable_sort(order.begin(), order.end(), [](const PageFlaw* a, const PageFlaw* b) {
         return a->finding.severity != b->finding.severity
@@ -545,6 +566,7 @@ Html workSection(const Html& work) {
 }
 
 Html notShown(const Iteration& now) {
+    // Where there are no flaws nothing is missed.
     if (now.parts.empty() || now.findings.empty()) return {};
     Html made = element("p", {{"class", "none"}},
                         {"The work itself is not kept, or no longer: its flaws are listed."});
@@ -572,8 +594,10 @@ Page reportPage(const RunRecord& run, const ReportExtras& extras) {
         diff = compareFindings(run.iterations[run.iterations.size() - 2].findings, now.findings);
     }
     std::vector<PageFlaw> flaws = pageFlaws(now, revised ? &diff : nullptr);
+    // Before the work is drawn, which draws a card for each that is left.
     const std::size_t dropped = dropLightest(flaws);
     const CardPage cards{"/console?run=" + run.id, extras.formToken};
+    // Numbers the flaws and says which of them are shown in the work; all that follows reads that.
     const Html work = workView(now, run.modality, extras.work, flaws, numberedCard, &cards);
 
     Html content;

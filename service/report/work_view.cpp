@@ -48,6 +48,8 @@ std::vector<std::string> namesOf(const std::vector<PartSummary>& parts) {
 
 /// The kind that the critics took a kept part for.
 WorkKind kindOfKept(const PartSummary& summary, const KeptPart& kept, std::string_view modality) {
+    // Only whether there are text and bytes decides the kind, so a word stands for either, and the
+    // content is not copied.
     Part part{summary.mimeType, summary.name, "text", "", true};
     if (!kept.isText) part = {summary.mimeType, summary.name, "", "bytes", false};
     return kindOf(part, text::lowerAscii(modality));
@@ -79,6 +81,8 @@ std::size_t bigEndian(std::string_view bytes) {
 }
 
 std::size_t columnCalled(const Table& table, const std::string& header) {
+    // A place may name a header that was cut to fit into a sentence, so its beginning is enough.
+    // Names before letters: a column may be called "B".
     for (std::size_t i = 0; i < table.width; ++i) {
         const std::string name = table.header(i);
         if (!name.empty() && (name == header || name.starts_with(header))) return i;
@@ -94,11 +98,14 @@ bool isThere(PartView& view, Placed& placed) {
     Place& place = placed.place;
     switch (view.kind) {
     case WorkKind::sheet:
+        // A place names its column by header or by letter; which one that is in this table is found
+        // here.
         if (place.kind == Place::Kind::column) {
             place.cellColumn = columnCalled(*view.table, place.header);
             return place.cellColumn != kNone;
         }
         if (place.kind != Place::Kind::cell && place.kind != Place::Kind::row) return false;
+        // Bounded here, once: what is drawn later trusts it.
         return place.row < view.table->rows.size() &&
                (place.kind == Place::Kind::row || place.cellColumn < view.table->width);
     case WorkKind::picture:
@@ -128,11 +135,13 @@ PartView viewOf(std::size_t ordinal, const PartSummary& summary, const KeptPart&
     view.ordinal = ordinal;
     view.kept = &kept;
     view.kind = kindOfKept(summary, kept, modality);
+    // 16 bytes: 8 of the signature, 4 of a length and 4 of a name stand before the size.
     if (view.kind == WorkKind::picture && kept.bytes.size() >= 24) {
         // The header of a PNG file: its width and height follow the name of the first chunk.
         view.width = bigEndian(std::string_view(kept.bytes).substr(16, 4));
         view.height = bigEndian(std::string_view(kept.bytes).substr(20, 4));
     } else if (view.kind == WorkKind::sheet) {
+        // By the reader that the critics use: places lead into its rows.
         view.table =
             readTable(kept.bytes, bareType(summary.mimeType) == "text/tab-separated-values");
     } else {
@@ -149,9 +158,12 @@ std::vector<std::pair<std::size_t, std::size_t>> windows(std::size_t count, std:
     if (marked.empty()) return {{0, std::min({count, kLinesOfCleanPart, most})}};
     std::vector<std::pair<std::size_t, std::size_t>> shown;
     std::size_t left = most;
+    // The marked lines come in order, so one pass is enough: a window that touches the one before
+    // it makes that longer, and the first that has no room left ends it all.
     for (const std::size_t at : marked) {
         std::size_t first = at - std::min(at, around);
         const std::size_t last = std::min(count, at + around + 1);
+        // What is shown already is not shown twice.
         if (!shown.empty() && first <= shown.back().second) first = shown.back().second;
         if (last <= first) continue;
         if (last - first > left) break;
@@ -183,6 +195,7 @@ Html cardsBelow(const std::vector<Placed>& flaws, const Room& room) {
 std::string lineClass(const std::vector<TextMark>& marks) {
     const TextMark* worst = nullptr;
     for (const TextMark& mark : marks) {
+        // What was dismissed keeps its number and loses its colour.
         if (!mark.wholeLine || mark.dismissed) continue;
         if (worst == nullptr || worst->severity < mark.severity) worst = &mark;
     }
@@ -211,6 +224,7 @@ Html textPart(PartView& view, Room& room) {
             std::vector<TextMark> marks;
             for (Placed& placed : byLine[line]) {
                 placed.flaw->inPlace = true;
+                // The number is known only now, once all parts are ordered.
                 TextMark mark = view.marks.at(placed.flaw);
                 mark.number = placed.flaw->number;
                 mark.dismissed = placed.flaw->dismissed;
@@ -233,6 +247,7 @@ Html textPart(PartView& view, Room& room) {
 /// The columns that are shown: all, or the first ones and those with flaws.
 std::vector<std::size_t> shownColumns(const Table& table, const std::vector<Placed>& flaws) {
     std::set<std::size_t> columns;
+    // The columns with flaws first, so that room that is short is not spent on those before them.
     for (const Placed& placed : flaws) {
         if (placed.place.kind != Place::Kind::row && columns.size() < kMostColumns) {
             columns.insert(placed.place.cellColumn);
@@ -272,6 +287,7 @@ Html tablePart(PartView& view, const std::string& label, Room& room) {
     const auto shown = windows(table.rows.size(), kWholeRows,
                                std::min(kMostLinesOfPart, room.lines), kAround, marked);
     const std::vector<std::size_t> columns = shownColumns(table, view.flaws);
+    // A row or column that was left out takes its flaws to the list below.
     const auto isShown = [&](const Place& place) {
         const bool column = place.kind == Place::Kind::row ||
                             std::binary_search(columns.begin(), columns.end(), place.cellColumn);
@@ -301,6 +317,7 @@ Html tablePart(PartView& view, const std::string& label, Room& room) {
     }
     Html body = "\n";
     std::size_t at = 0;
+    // One more than the columns, for the one that has the rows' numbers.
     const std::string span = std::to_string(columns.size() + 1);
     const auto skipped = [&](std::size_t count) {
         if (count == 0) return;
@@ -317,6 +334,7 @@ Html tablePart(PartView& view, const std::string& label, Room& room) {
                                 {std::to_string(row + 1), ofRow.numbers});
             for (const std::size_t column : columns) {
                 const CellMarks& marks = cells[{row, column}];
+                // Missing cells of a short row are empty ones.
                 const std::string_view content = table.cell(row, column);
                 const std::string_view kept = text::firstCharacters(content, kLongestCell);
                 line += element(
@@ -351,12 +369,15 @@ Html picturePart(PartView& view, const std::string& label, Room& room) {
     const bool drawable = view.width > 0 && view.height > 0 && view.width <= kLargestSide &&
                           view.height <= kLargestSide && view.width * view.height <= kMostPixels;
     if (bytes.size() > room.pictures || !drawable) {
+        // Missing is said, not a broken picture: the flaws are listed all the same.
         return gap("This picture is not shown: what pictures on a page may take has a limit.");
     }
     room.pictures -= bytes.size();
     const std::string width = std::to_string(view.width);
     const std::string height = std::to_string(view.height);
     // A number is readable on a picture that is made smaller to fit a page.
+    // A page is 832 pixels wide at most (52rem in style.css), a 55th of which is 15. Small pictures
+    // are not made smaller, and 12 is what can just be read.
     const std::size_t letter = std::max<std::size_t>(view.width / 55, 12);
     Html drawn = element("title", {}, {"Picture " + label + " with its flaws boxed"});
     drawn += element("image",
@@ -379,10 +400,13 @@ Html picturePart(PartView& view, const std::string& label, Room& room) {
         const std::size_t right = std::min(view.width, place.x + place.width + 3);
         const std::size_t bottom = std::min(view.height, place.y + place.height + 3);
         const std::size_t tall = letter + letter / 3;
+        // Digits are about two thirds as wide as tall, with half a one free on either side.
         const std::size_t wide = letter * (number.size() + 1) * 2 / 3;
         // Above its box, or inside it where there is no room above.
         const std::size_t top = y >= tall ? y - tall : y;
         std::size_t left = x;
+        // Boxes that begin in the same place would have their numbers on top of each other; they
+        // stand side by side instead.
         while (!taken.emplace(left / letter, top / letter).second) left += letter;
         drawn += element("a",
                          {{"class", "box " + look},
@@ -411,6 +435,8 @@ Html picturePart(PartView& view, const std::string& label, Room& room) {
     }
     Html made = element("svg",
                         {{"class", "picture"},
+                         // The drawing counts in pixels of the picture, as the places of flaws do,
+                         // whatever size the page gives it.
                          {"viewBox", "0 0 " + width + " " + height},
                          {"width", width},
                          {"height", height}},
@@ -452,6 +478,8 @@ Html workView(const Iteration& iteration, std::string_view modality, const KeptW
     }
     for (PageFlaw& flaw : flaws) {
         Placed placed{&flaw, placeOf(flaw.finding.place, names)};
+        // A part that is not kept, or of which the place is not known, has no view: the flaw is
+        // listed.
         const auto view = views.find(placed.place.part);
         if (view != views.end() && isThere(view->second, placed)) {
             view->second.flaws.push_back(std::move(placed));
@@ -460,12 +488,14 @@ Html workView(const Iteration& iteration, std::string_view modality, const KeptW
 
     std::size_t number = 0;
     for (auto& each : views) {
+        // By part and by where in it; the numbers follow the order of reading.
         PartView& view = each.second;
         std::stable_sort(
             view.flaws.begin(), view.flaws.end(),
             [&](const Placed& a, const Placed& b) { return orderOf(view, a) < orderOf(view, b); });
         for (Placed& placed : view.flaws) placed.flaw->number = ++number;
     }
+    // Those that are listed come after those that are shown.
     for (PageFlaw& flaw : flaws) {
         if (flaw.number == 0) flaw.number = ++number;
     }
@@ -511,6 +541,7 @@ std::map<std::size_t, std::vector<TextMark>> marksByLine(const SourceText& sourc
         if (const auto mark = markOf(source, place, finding)) marks[mark->line].push_back(*mark);
     }
     for (auto& [line, each] : marks) {
+        // By where they begin; a mark within another follows it, as markedLine() expects.
         std::stable_sort(each.begin(), each.end(), [](const TextMark& a, const TextMark& b) {
             return std::tie(a.begin, a.end) < std::tie(b.begin, b.end);
         });
@@ -553,6 +584,8 @@ Html changesOfPart(const Side& before, const Side& after, std::size_t& left) {
     const auto fresh = linesOf(after.source);
     Html lines;
     std::size_t shownTo = 0; // in the later text
+    // Each change is shown with a few lines around it. The same lines between two changes are told
+    // once, as the end of the one and the beginning of the other, with the rest counted.
     for (const LineChange& change : changedLines(old, fresh)) {
         if (left == 0) {
             lines += gap("More changed; the rest is left out.");
@@ -563,6 +596,7 @@ Html changesOfPart(const Side& before, const Side& after, std::size_t& left) {
         // What follows the change before it, and what comes before this one.
         const std::size_t tail = std::min(from, shownTo == 0 ? 0 : shownTo + kAroundAChange);
         for (std::size_t i = shownTo; i < tail; ++i) lines += after.line(i, "span", "");
+        // A single line is shown: saying that it is left out would take as much room.
         if (from == tail + 1) lines += after.line(tail, "span", "");
         if (from > tail + 1) lines += gap(counted(from - tail, "line", "lines") + " the same");
         for (std::size_t i = from; i < change.after; ++i) lines += after.line(i, "span", "");
@@ -608,6 +642,7 @@ Html changesView(const Iteration& before, const KeptWork& workBefore,
         if (!kept.isText || kept.ordinal >= now.parts.size()) continue;
         // The part of the same name, or the one in its place.
         std::size_t old = kept.ordinal;
+        // A part that was renamed is most likely still in its place.
         const auto called = std::find(namesBefore.begin(), namesBefore.end(), names[kept.ordinal]);
         if (called != namesBefore.end()) {
             old = static_cast<std::size_t>(called - namesBefore.begin());

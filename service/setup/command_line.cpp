@@ -15,6 +15,7 @@ std::optional<Number> numberIn(std::string_view text, Number least, Number most)
     Number value{};
     const char* end = text.data() + text.size();
     const auto parsed = std::from_chars(text.data(), end, value);
+    // The whole text has to be the number: "80x" is a slip, not port 80.
     if (parsed.ec != std::errc() || parsed.ptr != end || value < least || value > most) {
         return std::nullopt;
     }
@@ -33,6 +34,7 @@ std::optional<std::string> take(CommandLine& line, const std::string& option,
         if (!queue) return "--queue needs a number from 1 to 4096";
         line.queue = *queue;
     } else if (option == "--keep-days") {
+        // A hundred years. Who means for good says 0.
         const auto days = numberIn<int>(value, 0, 36500);
         if (!days) return "--keep-days needs a number from 0 to 36500";
         line.keepDays = *days;
@@ -68,6 +70,7 @@ std::variant<CommandLine, UsageError> parseCommandLine(const std::vector<std::st
     CommandLine line;
     for (std::size_t i = 0; i < arguments.size(); ++i) {
         std::string option = arguments[i];
+        // Answered at once: what else stands on the line is not looked at.
         if (option == "--help" || option == "-h") {
             line.action = CommandLine::Action::help;
             return line;
@@ -101,10 +104,12 @@ std::variant<CommandLine, UsageError> parseCommandLine(const std::vector<std::st
             continue;
         }
         std::optional<std::string> value;
+        // At the first "=": an address may hold others.
         if (const auto equals = option.find('='); equals != std::string::npos) {
             value = option.substr(equals + 1);
             option.resize(equals);
         }
+        // Before a value is looked for, so that a slip is named and not its neighbour.
         if (option != "--port" && option != "--data" && option != "--key" &&
             option != "--catalog" && option != "--socket" && option != "--queue" &&
             option != "--keep-days" && option != "--keep-work" && option != "--judge" &&
@@ -174,6 +179,8 @@ std::optional<std::string> dataFolder(const std::optional<std::string>& data,
     if (data) return data;
     const auto folder =
         kelvane::text::xdgDataHome(xdgDataHome.value_or(""), home.value_or("")) / "trevix-local";
+    // XDG_DATA_HOME that is not absolute is to be ignored, by its specification; without HOME
+    // nothing is left.
     if (!folder.is_absolute()) return std::nullopt;
     return folder.string();
 }

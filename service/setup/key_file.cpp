@@ -57,6 +57,7 @@ bool writeAll(int fd, std::string_view bytes) {
 
 // Absent when the file is not there.
 std::optional<std::variant<Key, KeyError>> readKey(const std::filesystem::path& file) {
+    // Not through a link, and without waiting should somebody have put a pipe there.
     const Descriptor fd(open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
     if (!fd.isOpen()) {
         if (errno == ENOENT) return std::nullopt;
@@ -65,12 +66,14 @@ std::optional<std::variant<Key, KeyError>> readKey(const std::filesystem::path& 
     struct stat facts {};
     if (fstat(fd.get(), &facts) != 0) return systemError(file, "cannot be read");
     if (auto problem = fileProblem(file, facts)) {
+        // Whoever could read it may have kept it, so a new mode alone does not help.
         return KeyError{*problem + ((facts.st_mode & 077U) != 0
                                         ? "; the key may be known: delete it for a new one"
                                         : "")};
     }
 
     Key key;
+    // Room for blanks around it; a file that is longer holds no usable key anyway.
     std::string content(kLongest + 64, '\0');
     std::size_t size = 0;
     while (size < content.size()) {
@@ -81,6 +84,7 @@ std::optional<std::variant<Key, KeyError>> readKey(const std::filesystem::path& 
         size += static_cast<std::size_t>(n);
     }
     content.resize(size);
+    // An editor ends the file with a line break.
     key.text = std::string(kelvane::text::trimmedWhitespaceAndNewlines(content));
     if (!isUsableKey(key.text)) {
         return KeyError{file.string() + " holds no usable key; delete it and a new one is made"};
@@ -95,12 +99,15 @@ std::optional<KeyError> makeKeyFile(const std::filesystem::path& file) {
         const Descriptor fd(
             open(draft.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0600));
         if (!fd.isOpen()) return systemError(file, "cannot be made");
+        // 160 random bits.
         if (!writeAll(fd.get(), randomName(kPrefix, 20) + "\n") || fsync(fd.get()) != 0) {
             const KeyError error = systemError(file, "cannot be written");
             unlink(draft.c_str());
             return error;
         }
     }
+    // link(2) fails where the name is taken, unlike rename(2): of two services that start at once
+    // both end up with the key of the one that came first.
     const bool linked = link(draft.c_str(), file.c_str()) == 0;
     const int cause = errno;
     // Some file systems have no links; there, nobody else is expected to make the file meanwhile.
@@ -131,6 +138,7 @@ bool isUsableKey(std::string_view key) {
 bool authorizes(std::string_view authorizationHeader, std::string_view key) {
     constexpr std::string_view kScheme = "bearer ";
     if (authorizationHeader.size() < kScheme.size() || key.empty()) return false;
+    // The scheme's name is compared without case, RFC 9110, 11.1.
     if (kelvane::text::lowerAscii(authorizationHeader.substr(0, kScheme.size())) != kScheme) {
         return false;
     }

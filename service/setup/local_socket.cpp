@@ -21,6 +21,7 @@ namespace {
 
 int makeSocket() {
     const int fd = socket(AF_UNIX, SOCK_STREAM, 0);
+    // SOCK_CLOEXEC would do it at once, but is not everywhere.
     if (fd >= 0) fcntl(fd, F_SETFD, FD_CLOEXEC);
     return fd;
 }
@@ -30,6 +31,8 @@ bool isAnswered(const sockaddr_un& address) {
     const int fd = makeSocket();
     if (fd < 0) return true;
     fcntl(fd, F_SETFL, fcntl(fd, F_GETFL) | O_NONBLOCK);
+    // These two are what a socket file without a program gives, and no file. EAGAIN, a full queue,
+    // is the sign of one that lives.
     const bool answered =
         connect(fd, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0 ||
         (errno != ECONNREFUSED && errno != ENOENT);
@@ -44,6 +47,8 @@ defaultSocket(const std::optional<std::string>& xdgRuntimeDir) {
     if (!xdgRuntimeDir) return std::nullopt;
     const std::filesystem::path folder = *xdgRuntimeDir;
     struct stat facts {};
+    // A runtime folder belongs to its user by the rules for it; one left over from another user, by
+    // sudo say, is no place for us.
     if (!folder.is_absolute() || stat(folder.c_str(), &facts) != 0 || !S_ISDIR(facts.st_mode) ||
         facts.st_uid != geteuid()) {
         return std::nullopt;
@@ -57,6 +62,8 @@ std::string socketBase(const std::filesystem::path& socket) {
         "0123456789-._~";
     static constexpr std::string_view kDigits = "0123456789ABCDEF";
     std::string base = "http+unix://";
+    // Every byte that is not unreserved (RFC 3986, 2.3), the "/" as well: the path is one
+    // component, in the place of a host's name.
     for (const char c : socket.string()) {
         if (kPlain.find(c) != std::string_view::npos) {
             base += c;
@@ -74,6 +81,7 @@ std::variant<LocalSocket, SocketError> LocalSocket::listen(const std::filesystem
     const std::string name = socket.string();
     sockaddr_un address{};
     if (!socket.is_absolute()) return SocketError{name + " is not an absolute path"};
+    // 108 bytes on Linux, 104 elsewhere, the closing zero among them (unix(7)).
     if (name.size() >= sizeof address.sun_path) {
         return SocketError{name + " is longer than the " +
                            std::to_string(sizeof address.sun_path - 1) +
@@ -85,6 +93,7 @@ std::variant<LocalSocket, SocketError> LocalSocket::listen(const std::filesystem
     const auto folder = makeDataFolder(socket.parent_path());
     if (const auto* error = std::get_if<FolderError>(&folder)) return SocketError{error->text};
     struct stat facts {};
+    // The rights of a socket file are not looked at everywhere; those of its folder are.
     if (lstat(socket.parent_path().c_str(), &facts) == 0 && (facts.st_mode & 077U) != 0) {
         return SocketError{"other users may look into " + socket.parent_path().string() +
                            "; take that from them: chmod 700 '" + socket.parent_path().string() +
@@ -95,12 +104,15 @@ std::variant<LocalSocket, SocketError> LocalSocket::listen(const std::filesystem
             return SocketError{name + " is there already and is no socket of this user's"};
         }
         if (isAnswered(address)) return SocketError{"another program listens on " + name};
+        // Left behind by a service that was killed: bind(2) takes no name that is there.
         unlink(name.c_str());
     }
     const int fd = makeSocket();
     if (fd < 0) return SocketError{name + ": " + std::strerror(errno)};
     // The process makes its files with mode 0600 (umask 077), but this may be used without.
     const mode_t before = umask(0177);
+    // The file is there with its final rights at once; chmod afterwards would leave a moment
+    // between.
     const bool bound = bind(fd, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
     const int cause = errno;
     umask(before);
@@ -109,6 +121,7 @@ std::variant<LocalSocket, SocketError> LocalSocket::listen(const std::filesystem
         close(fd);
         return SocketError{"cannot listen on " + name + ": " + std::strerror(why)};
     }
+    // Remembered by device and inode, for the destructor: the name may have been taken over since.
     return LocalSocket(fd, socket, facts.st_dev, facts.st_ino);
 }
 
@@ -122,6 +135,7 @@ LocalSocket::~LocalSocket() {
     if (m_fd >= 0) close(m_fd);
     if (m_path.empty()) return;
     struct stat facts {};
+    // A later service may have made its own there by now.
     if (lstat(m_path.c_str(), &facts) == 0 && facts.st_dev == m_device && facts.st_ino == m_inode) {
         unlink(m_path.c_str());
     }

@@ -34,6 +34,7 @@ private:
 };
 
 std::string cannot(const fs::path& file, const char* what) {
+    // Before anything else can change it: naming the file may allocate.
     const int cause = errno;
     return file.string() + " cannot be " + what + ": " + std::generic_category().message(cause);
 }
@@ -53,6 +54,7 @@ std::optional<Content> contentOf(const fs::path& file, std::string& error) {
         return std::nullopt;
     }
     struct stat facts {};
+    // Asked of what was opened, not of the path, which may lead elsewhere by now.
     if (fstat(fd.get(), &facts) != 0 || !S_ISREG(facts.st_mode)) {
         error = file.string() + " is not a file";
         return std::nullopt;
@@ -63,6 +65,7 @@ std::optional<Content> contentOf(const fs::path& file, std::string& error) {
     }
     Content content;
     content.mode = facts.st_mode & 07777U;
+    // One byte more than is allowed: a file that grows while it is read shows it by filling that.
     content.bytes.resize(kLargestLineFile + 1);
     std::size_t size = 0;
     while (size < content.bytes.size()) {
@@ -81,6 +84,7 @@ std::optional<Content> contentOf(const fs::path& file, std::string& error) {
 
 bool writeAll(int fd, std::string_view bytes) {
     while (!bytes.empty()) {
+        // A short write is no error: the disk may be filling up, and the next call then says so.
         const ssize_t n = write(fd, bytes.data(), bytes.size());
         if (n < 0 && errno == EINTR) continue;
         if (n < 0) return false;
@@ -89,12 +93,17 @@ bool writeAll(int fd, std::string_view bytes) {
     return true;
 }
 
+// A new file under the old name, because only rename(2) is whole or not at all: writing in place
+// would leave half a file to whoever reads meanwhile, and after a crash.
 std::optional<std::string> replaced(const fs::path& file, const Content& content) {
     const fs::path draft = randomName(file.string() + ".", 8);
     {
         const Descriptor fd(
             open(draft.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0600));
         if (!fd.isOpen()) return cannot(file, "written");
+        // In this order: the mode before the name, so that the file is never there with another
+        // one, and the bytes on the disk before the name, or a loss of power leaves an empty file
+        // under it.
         if (!writeAll(fd.get(), content.bytes) || fchmod(fd.get(), content.mode) != 0 ||
             fsync(fd.get()) != 0) {
             std::string error = cannot(file, "written");
@@ -107,6 +116,8 @@ std::optional<std::string> replaced(const fs::path& file, const Content& content
         unlink(draft.c_str());
         return error;
     }
+    // The name itself is on the disk only when the folder is. A file system that cannot sync a
+    // folder keeps the change all the same, so that failing is no error.
     const Descriptor folder(open(file.parent_path().c_str(), O_RDONLY | O_CLOEXEC));
     if (folder.isOpen()) fsync(folder.get());
     return std::nullopt;
@@ -144,6 +155,9 @@ std::optional<std::string> edited(const fs::path& named,
         if (errno == ENOENT) return std::nullopt; // nothing there to take a line out of
         return cannot(file, "written");
     }
+    // The folder is locked, not the file: each change puts another file in its place, and a lock
+    // would go on holding the one that is gone. Closing the folder ends the lock, also when the
+    // program is killed.
     while (flock(folder.get(), LOCK_EX) != 0) {
         if (errno != EINTR) return cannot(file, "locked");
     }
@@ -179,6 +193,8 @@ std::optional<std::string> addLine(const fs::path& file, std::string_view line,
     }
     return edited(file, [&](std::string& content) {
         bool there = false;
+        // New lines end as those that are there, so that an editor of another system goes on
+        // showing one kind.
         std::string_view end = "\n";
         forLines(content, [&](std::string_view each, std::string_view whole) {
             there = there || isSame(each);

@@ -30,12 +30,14 @@ std::optional<std::string> fileProblem(const std::filesystem::path& file,
     return std::nullopt;
 }
 
+// Not stat(2): a link would have us judge, and then write to, what somebody else chose.
 std::optional<std::string> fileProblem(const std::filesystem::path& file) {
     struct stat facts {};
     if (lstat(file.c_str(), &facts) != 0) {
         return errno == ENOENT ? std::nullopt : std::optional(unreadable(file));
     }
     if (auto problem = fileProblem(file, facts)) return problem;
+    // A second name may stand in a folder that others can reach, and outlives this one.
     if (facts.st_nlink > 1) {
         return file.string() + " has another name elsewhere (a hard link); remove that";
     }
@@ -48,6 +50,7 @@ std::optional<std::string> folderProblem(const std::filesystem::path& folder) {
         return errno == ENOENT ? std::nullopt : std::optional(unreadable(folder));
     }
     const std::string name = folder.string();
+    // Named by what it leads to, it is judged itself: whoever owns a link can turn it later.
     if (S_ISLNK(facts.st_mode)) return name + " is a link; name the folder that it leads to";
     if (!S_ISDIR(facts.st_mode)) return name + " is not a folder";
     if (facts.st_uid != geteuid()) return name + " belongs to another user";

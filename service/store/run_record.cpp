@@ -6,6 +6,8 @@ namespace trevix {
 
 Iteration withUserSays(Iteration iteration, const UserSays& says) {
     iteration.dismissed = takeDismissed(iteration.findings, says);
+    // The stored band and score stand as they were given, even where the rule of verdicts has
+    // changed since: only a dismissal has them found anew.
     if (iteration.dismissed.empty()) return iteration;
     const Judgement judgement = judge({iteration.findings, iteration.extent, iteration.coverage});
     iteration.band = judgement.band;

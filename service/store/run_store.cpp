@@ -22,6 +22,9 @@ constexpr int kBusyTimeoutMs = 5000;
 // Pages of 4 KiB, so 1 MiB: less is soon used again, and giving it back would rewrite the file.
 constexpr std::int64_t kUnusedPagesKept = 256;
 
+// Tables of runs and their parts have no row numbers of their own: they are reached by their key
+// alone, so the key is how they are laid out. Jobs have one because it is their order, and because
+// AUTOINCREMENT never gives a number out twice, even when the newest job is deleted.
 constexpr const char* kSchema = R"sql(
 CREATE TABLE jobs (
   seq        INTEGER PRIMARY KEY AUTOINCREMENT,
@@ -125,6 +128,8 @@ CREATE TABLE works (
 // The latest version and the one before, which it is compared with.
 constexpr int kVersionsWithWork = 2;
 
+// Stored as numbers so that a reader of the file can sort by them; they are part of the format. A
+// number of a later program is told as the mildest, since nothing else is known of it.
 Severity severityOf(std::int64_t stored) {
     switch (stored) {
     case 3:
@@ -150,6 +155,8 @@ std::int64_t stored(Severity severity) {
 
 void insertCoverage(sqlite3* db, const std::string& runId, int number, const Coverage& coverage) {
     std::int64_t ordinal = 0;
+    // Both kinds stand in one table, in the order of being told: what was checked by whom, and what
+    // was not and why. A gap has its remedy where the other has the version.
     const auto insert = [&](bool checked, const std::string& subject, const std::string& version,
                             const std::string& about) {
         Statement(db, "INSERT INTO coverage (run_id, number, ordinal, checked, subject, version, "
@@ -169,6 +176,7 @@ void insertCoverage(sqlite3* db, const std::string& runId, int number, const Cov
     }
 }
 
+// Within a transaction of the caller: a verdict is kept with all its rows or not at all.
 void insertIteration(sqlite3* db, const std::string& runId, int number, const Iteration& it) {
     Statement(db, "INSERT INTO iterations (run_id, number, created, intent, band, score, words, "
                   "lines, cells, known) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?)")
@@ -214,6 +222,7 @@ void insertIteration(sqlite3* db, const std::string& runId, int number, const It
 }
 
 void insertWork(sqlite3* db, const std::string& runId, int number, const KeptWork& work) {
+    // In the same transaction as the version that pushes the older one out.
     Statement(db, "DELETE FROM works WHERE run_id = ? AND number <= ?")
         .bind(runId)
         .bind(std::int64_t{number} - kVersionsWithWork)
@@ -239,11 +248,14 @@ void completeJob(sqlite3* db, const std::string& jobId, const std::string& runId
         .bind(nowMs)
         .bind(jobId)
         .run();
+    // A job that was given up meanwhile has no verdict to take. Thrown before the commit, so that
+    // the run just written is undone with it.
     if (sqlite3_changes(db) != 1) throw StoreError("the run store: no such pending job");
 }
 
 // Its log gets the mode of the file. What went wrong is told when the file is opened.
 void makeOwn(const std::filesystem::path& file) {
+    // SQLite would make the file by the process's umask, readable for others as a rule.
     const int fd = open(file.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0600);
     if (fd >= 0) close(fd);
 }
@@ -253,6 +265,7 @@ void makeOwn(const std::filesystem::path& file) {
 class RunStore::Database {
 public:
     explicit Database(const std::filesystem::path& file) {
+        // No mutex of SQLite's own: ours has each call, of several statements, take its turn whole.
         const int code = sqlite3_open_v2(file.c_str(), &m_db,
                                          SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE |
                                              SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE,
@@ -261,6 +274,7 @@ public:
             if (code != SQLITE_OK) failWith(m_db, code);
             prepare();
         } catch (...) {
+            // A handle is there even when opening failed, and has to be closed like any other.
             sqlite3_close(m_db);
             throw;
         }
@@ -285,6 +299,7 @@ private:
             throw StoreError("the run store was written by a newer trevix-local (format " +
                              std::to_string(version) + ")");
         }
+        // 0 is what a file has that no program has marked: a new one.
         const std::int64_t owner = pragma("PRAGMA application_id");
         if (owner != 0 && owner != kApplicationId) {
             throw StoreError("the run store belongs to another program");
@@ -292,6 +307,9 @@ private:
         // Space that finished jobs leave behind is handed back; must be set before the first table.
         if (version == 0) execute(m_db, "PRAGMA auto_vacuum = INCREMENTAL");
         Statement(m_db, "PRAGMA journal_mode = WAL").run();
+        // In WAL mode anything less than FULL may lose the newest commits with the power, and those
+        // were promised. Deleted work is overwritten with zeros, not only forgotten. The log is cut
+        // back to 16 MiB after a checkpoint, having grown with a large body.
         execute(m_db, "PRAGMA synchronous = FULL; PRAGMA foreign_keys = ON;"
                       "PRAGMA secure_delete = ON; PRAGMA journal_size_limit = 16777216;");
         checkSound();
@@ -300,6 +318,8 @@ private:
     }
 
     void checkSound() {
+        // The quick check reads every page once but compares no index with its table, which would
+        // make every start longer. One complaint is enough.
         Statement statement(m_db, "PRAGMA quick_check(1)");
         if (statement.step() && statement.text(0) != "ok") throw Damaged(statement.text(0));
     }
@@ -325,6 +345,7 @@ RunStore::~RunStore() = default;
 
 RunStore::Opened RunStore::open(const std::filesystem::path& file, std::int64_t nowMs) {
     for (const char* suffix : {"", "-wal", "-shm"}) {
+        // Before SQLite touches any of them: opening the file may already play the log into it.
         if (const auto problem = fileProblem(file.string() + suffix)) throw StoreError(*problem);
     }
     makeOwn(file);
@@ -333,12 +354,14 @@ RunStore::Opened RunStore::open(const std::filesystem::path& file, std::int64_t 
     } catch (const Damaged& damaged) {
         // The log belongs to the damaged file: left in place it would be played into the new one.
         std::string aside = file.string() + ".damaged-" + std::to_string(nowMs / 1000);
+        // Two damaged stores within a second must not replace each other.
         for (int n = 2; std::filesystem::exists(aside); ++n) {
             aside = file.string() + ".damaged-" + std::to_string(nowMs / 1000) + "-" +
                     std::to_string(n);
         }
         for (const char* suffix : {"", "-wal", "-shm"}) {
             std::error_code error;
+            // Not every file has a log beside it.
             std::filesystem::rename(file.string() + suffix, aside + suffix, error);
             if (error && error != std::errc::no_such_file_or_directory) {
                 throw StoreError(std::string(damaged.what()) +
@@ -356,6 +379,7 @@ PendingJob RunStore::addJob(const std::string& id, JobKind kind, const std::stri
                             std::string_view payload, std::int64_t nowMs) {
     const auto lock = m_database->lock();
     sqlite3* db = m_database->handle();
+    // One statement is a transaction of its own: when it returns, the job outlives the service.
     Statement(db, "INSERT INTO jobs (id, kind, status, run_id, created, payload) "
                   "VALUES (?, ?, 'pending', ?, ?, ?)")
         .bind(id)
@@ -364,6 +388,7 @@ PendingJob RunStore::addJob(const std::string& id, JobKind kind, const std::stri
         .bind(nowMs)
         .bindBlob(payload)
         .run();
+    // Nobody else inserts over this handle while the lock is held, so it is this job's number.
     return {sqlite3_last_insert_rowid(db), id, kind, runId, payload.size(), 0};
 }
 
@@ -406,6 +431,7 @@ int RunStore::beginAttempt(const std::string& jobId) {
                                               "RETURNING attempts");
     statement.bind(jobId);
     const int attempts = statement.step() ? static_cast<int>(statement.integer(0)) : 0;
+    // A statement with RETURNING must be run to its end before it counts as done.
     statement.run();
     return attempts;
 }
@@ -423,6 +449,7 @@ void RunStore::finishGrade(const std::string& jobId, const RunRecord& run, const
     insertIteration(db, run.id, 0, run.iterations.front());
     insertWork(db, run.id, 0, work);
     completeJob(db, jobId, run.id, 0, run.iterations.front().createdMs);
+    // Nothing of the job is changed until here, and everything is once this returns.
     transaction.commit();
 }
 
@@ -433,6 +460,7 @@ int RunStore::finishIterate(const std::string& jobId, const std::string& runId,
     Transaction transaction(db);
     int number = 0;
     {
+        // Numbers have no holes: versions are added one by one and go with their run alone.
         Statement statement(db, "SELECT max(number) + 1 FROM iterations WHERE run_id = ?");
         statement.bind(runId);
         if (!statement.step() || statement.isNull(0)) {
@@ -464,6 +492,7 @@ std::size_t RunStore::dropWork(std::int64_t beforeMs, std::uint64_t mostBytes) {
     const auto lock = m_database->lock();
     sqlite3* db = m_database->handle();
     Transaction transaction(db);
+    // A version that is gone has no time, and NULL < ? is not true; but its works went with it.
     Statement(db, "DELETE FROM works WHERE (SELECT created FROM iterations WHERE "
                   "iterations.run_id = works.run_id AND iterations.number = works.number) < ?")
         .bind(beforeMs)
@@ -471,6 +500,7 @@ std::size_t RunStore::dropWork(std::int64_t beforeMs, std::uint64_t mostBytes) {
     std::size_t dropped = static_cast<std::size_t>(sqlite3_changes(db));
     std::vector<std::int64_t> rows;
     {
+        // From the newest on: the budget is spent on what is likeliest to be looked at.
         Statement statement(db, "SELECT works.rowid, length(bytes) FROM works JOIN iterations "
                                 "USING (run_id, number) ORDER BY created DESC, works.rowid DESC");
         std::uint64_t together = 0;
@@ -489,6 +519,7 @@ std::size_t RunStore::dropWork(std::int64_t beforeMs, std::uint64_t mostBytes) {
 
 void RunStore::failJob(const std::string& jobId, const std::string& error, std::int64_t nowMs) {
     const auto lock = m_database->lock();
+    // Without a look at how many rows changed: a job that is over by now keeps its end.
     Statement(m_database->handle(), "UPDATE jobs SET status = 'failed', error = ?, finished = ?, "
                                     "payload = NULL WHERE id = ? AND status = 'pending'")
         .bind(error)
@@ -504,6 +535,8 @@ std::optional<FinishedJob> RunStore::finishedJob(const std::string& jobId) {
     statement.bind(jobId);
     if (!statement.step()) return std::nullopt;
     FinishedJob job;
+    // A job of a revision that failed names a run as well, the one that it was to revise. That is
+    // no result.
     if (statement.isNull(2)) {
         job.runId = statement.text(0);
     } else {
@@ -524,6 +557,9 @@ std::optional<RunRecord> RunStore::run(const std::string& runId) {
         run = {runId, statement.text(0), statement.text(1), statement.text(2), {}};
     }
     {
+        // One question a table: a join would repeat every part for every finding of its version.
+        // The lock is held throughout and this service alone writes, so all answers are of one
+        // moment.
         Statement statement(db, "SELECT number, created, intent, band, score, words, lines, "
                                 "cells, known FROM iterations WHERE run_id = ? ORDER BY number");
         statement.bind(runId);
@@ -546,6 +582,8 @@ std::optional<RunRecord> RunStore::run(const std::string& runId) {
                                 "WHERE run_id = ? ORDER BY number, ordinal");
         statement.bind(runId);
         while (statement.step()) {
+            // A part's number is an index of the versions, which have no holes; at() throws where
+            // the file says otherwise.
             run.iterations.at(static_cast<std::size_t>(statement.integer(0)))
                 .parts.push_back({statement.text(1), statement.text(2),
                                   static_cast<std::uint64_t>(statement.integer(3))});
@@ -593,6 +631,7 @@ bool RunStore::believesClock(std::int64_t nowMs) {
     const auto lock = m_database->lock();
     sqlite3* db = m_database->handle();
     Transaction transaction(db);
+    // Before anything is in the store there is nothing to be too old: the present is believed.
     ClockTrust before{nowMs, std::nullopt};
     {
         Statement statement(db, "SELECT believed, doubted_first, doubted_last FROM clock");
@@ -610,6 +649,7 @@ bool RunStore::believesClock(std::int64_t nowMs) {
     Statement note(db, "INSERT OR REPLACE INTO clock (one, believed, doubted_first, doubted_last) "
                        "VALUES (1, ?, ?, ?)");
     note.bind(after.believedMs);
+    // Values not bound are NULL: no doubt.
     if (after.doubted) note.bind(after.doubted->firstMs).bind(after.doubted->lastMs);
     note.run();
     transaction.commit();
@@ -622,6 +662,8 @@ std::size_t RunStore::prune(std::int64_t beforeMs) {
     std::size_t deleted = 0;
     {
         Transaction transaction(db);
+        // A run is as old as its newest version, and one that is just being revised is not old at
+        // all.
         Statement(db, "DELETE FROM runs WHERE "
                       "(SELECT max(created) FROM iterations WHERE run_id = runs.id) < ? AND "
                       "NOT EXISTS (SELECT 1 FROM jobs WHERE run_id = runs.id AND "
@@ -647,6 +689,7 @@ void RunStore::giveBackRoom() {
         Statement statement(db, "PRAGMA freelist_count");
         if (statement.step()) unused = statement.integer(0);
     }
+    // In the order of these two: moving pages writes to the log, which is then emptied.
     if (unused > kUnusedPagesKept) execute(db, "PRAGMA incremental_vacuum");
     // Without waiting for readers of the file: the log is emptied the next time there is nothing to
     // do.

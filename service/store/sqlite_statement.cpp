@@ -16,6 +16,7 @@ const char* notNull(std::string_view text) {
 void failWith(sqlite3* db, int code) {
     const std::string text = std::string("the run store: ") +
                              (db != nullptr ? sqlite3_errmsg(db) : sqlite3_errstr(code));
+    // Extended result codes carry the kind in their low byte.
     const int primary = code & 0xff;
     if (primary == SQLITE_CORRUPT || primary == SQLITE_NOTADB) throw Damaged(text);
     throw StoreError(text);
@@ -31,6 +32,8 @@ Statement::Statement(sqlite3* db, std::string_view sql) : m_db(db) {
 }
 
 Statement& Statement::bind(std::string_view text) {
+    // Not copied (SQLITE_STATIC): a payload may have many megabytes, and callers keep values until
+    // the last step.
     check(sqlite3_bind_text64(m_statement, ++m_bound, notNull(text), text.size(), SQLITE_STATIC,
                               SQLITE_UTF8));
     return *this;
@@ -64,6 +67,8 @@ void Statement::run() {
 }
 
 std::string Statement::text(int column) {
+    // As a blob, so that a text with a NUL in it arrives whole. The size must be asked for after
+    // the bytes, since asking for them may convert the value.
     const void* bytes = sqlite3_column_blob(m_statement, column);
     const auto size = static_cast<std::size_t>(sqlite3_column_bytes(m_statement, column));
     return bytes == nullptr ? std::string() : std::string(static_cast<const char*>(bytes), size);
@@ -86,10 +91,13 @@ void Statement::check(int code) {
 }
 
 Transaction::Transaction(sqlite3* db) : m_db(db) {
+    // Takes the right to write at once. A transaction that reads first and writes later can find
+    // that another program wrote in between, and then fails however long it waits.
     execute(db, "BEGIN IMMEDIATE");
 }
 
 Transaction::~Transaction() {
+    // Its own failure is passed over: SQLite has then undone the transaction already.
     if (!m_done) sqlite3_exec(m_db, "ROLLBACK", nullptr, nullptr, nullptr);
 }
 

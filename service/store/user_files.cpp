@@ -31,6 +31,7 @@ std::string oneLine(std::string_view text) {
 std::string firstCodePoints(std::string text, std::size_t most) {
     std::size_t seen = 0;
     for (std::size_t i = 0; i < text.size(); ++i) {
+        // A byte of the form 10xxxxxx continues a code point, so it does not begin the next.
         if ((static_cast<unsigned char>(text[i]) & 0xC0U) != 0x80U && seen++ == most) {
             return text.substr(0, i);
         }
@@ -67,6 +68,7 @@ std::optional<Dismissal> dismissalInLine(std::string_view line) {
     if (line.starts_with('#')) return std::nullopt;
     std::array<std::string, 5> fields;
     for (std::size_t i = 0; i < fields.size(); ++i) {
+        // The last field takes the rest of the line, whatever tabs a hand has put in it.
         const std::size_t tab = i + 1 < fields.size() ? line.find('\t') : std::string_view::npos;
         // A reason may be left out by who writes the file by hand.
         if (tab == std::string_view::npos && i < 2) return std::nullopt;
@@ -103,6 +105,8 @@ UserSays UserFiles::says() const {
 std::optional<std::string> UserFiles::dismiss(Dismissal dismissal) const {
     if (m_dismissed.empty()) return kNoFolder;
     dismissal.reason = firstCodePoints(oneLine(dismissal.reason), kLongestReason);
+    // Compared as it will be read: control characters are blanks by then, and what is dismissed
+    // already would otherwise not be recognised.
     const auto read = dismissalInLine(lineOfDismissal(dismissal));
     if (!read) return "a dismissal needs a rule";
     return addLine(

@@ -53,11 +53,14 @@ bool isLeftOut(std::string_view target) {
            target.starts_with("GTK_TEXT_BUFFER_CONTENTS") || target.starts_with("_QT_");
 }
 
+// Programs offer a picture in every format that they can write; one of them is enough.
 bool isDerivedPicture(std::string_view target) {
     return target.starts_with("image/") && target != "image/png" &&
            !target.starts_with("image/svg");
 }
 
+// What is kept first, should the room or the time end: text, then what says that it is secret, then
+// files, then pictures.
 int rank(std::string_view target) {
     static constexpr std::array<std::string_view, 6> kFirst{
         kUtf8String, kUtf8Plain, kLatin1String, kPasswordHint, "text/uri-list", "image/png"};
@@ -84,10 +87,12 @@ bool isCovered(std::string_view target, const std::vector<ClipboardFormat>& kept
         return std::ranges::find(kept, name, &ClipboardFormat::target) != kept.end();
     };
     if (isDerivedPicture(target)) return has("image/png");
+    // These say no more than the same text in UTF-8.
     const bool isPlainText = target == kUtf8Plain || target == kPlain || target == kLatin1String;
     return isPlainText && has(kUtf8String);
 }
 
+// Ids of things on the server mean nothing once their owner has gone.
 bool canBeKept(std::string_view type) {
     static constexpr std::array<std::string_view, 9> kNames{
         "ATOM", "ATOM_PAIR", "WINDOW", "PIXMAP", "BITMAP", "DRAWABLE", "COLORMAP", "INCR", "NULL"};
@@ -105,6 +110,7 @@ std::optional<std::string> textOf(const ClipboardFormat& format) {
                         format.type.starts_with("text/");
     if (format.unit != 8 || !isText) return std::nullopt;
     std::string_view bytes = format.bytes;
+    // Some programs count a closing NUL in.
     if (!bytes.empty() && bytes.back() == '\0') bytes.remove_suffix(1);
     return format.type == kLatin1String ? text::fromLatin1(bytes) : text::repairedUtf8(bytes);
 }

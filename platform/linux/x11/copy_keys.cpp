@@ -9,13 +9,16 @@ namespace kelvane {
 
 namespace {
 
+// Keysyms of X: Insert and the left Control.
 constexpr std::uint32_t kInsert = 0xFF63;
 constexpr std::uint32_t kControlLeft = 0xFFE3;
+// Rows of the modifier mapping: Shift, Lock, Control, Mod1 to Mod5.
 constexpr std::size_t kShiftRow = 0;
 constexpr std::size_t kControlRow = 2;
 
 std::span<const std::uint32_t> symbolsOf(const KeyboardState& keyboard, KeyCode key) {
     if (key < keyboard.firstKeyCode) return {};
+    // The mapping is a table with so many symbols for each key, from the first key on.
     const std::size_t begin =
         std::size_t{static_cast<std::size_t>(key) - keyboard.firstKeyCode} * keyboard.symbolsPerKey;
     if (begin + keyboard.symbolsPerKey > keyboard.symbols.size()) return {};
@@ -35,6 +38,7 @@ bool locks(const KeyboardState& keyboard, KeyCode key) {
 
 /// The key that gives `symbol` without Shift, by preference in the first group.
 std::optional<KeyCode> keyFor(const KeyboardState& keyboard, std::uint32_t symbol) {
+    // Columns in pairs: without and with Shift, for each group.
     for (std::size_t column = 0; column < keyboard.symbolsPerKey; column += 2) {
         for (std::size_t key = keyboard.firstKeyCode; key <= 255; ++key) {
             const auto symbols = symbolsOf(keyboard, static_cast<KeyCode>(key));
@@ -84,6 +88,8 @@ std::optional<std::vector<KeyStroke>> copyKeys(const KeyboardState& keyboard) {
     const auto stroke = [&](KeyCode key, bool press) { strokes.push_back({key, press}); };
     if (keyboard.held[*insert]) stroke(*insert, false);
     for (const KeyCode key : shifts) stroke(key, false);
+    // Control before the others are let go: a Super that is pressed and let go by itself opens
+    // menus.
     if (!controlHeld) stroke(*control, true);
     for (const KeyCode key : others) stroke(key, false);
     stroke(*insert, true);

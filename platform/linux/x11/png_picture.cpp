@@ -24,6 +24,7 @@ public:
           m_most(mask >> m_shift) {}
 
     [[nodiscard]] std::uint8_t of(std::uint32_t pixel) const {
+        // Channels of 5 or 6 bits are stretched to 8, rounded to the nearest.
         const std::uint64_t value = (pixel & m_mask) >> m_shift;
         if (m_most == 255 || m_most == 0) return static_cast<std::uint8_t>(value);
         return static_cast<std::uint8_t>((value * 255 + m_most / 2) / m_most);
@@ -46,6 +47,8 @@ public:
           m_plain(pixels.bitsPerPixel == 32 && pixels.red == 0xFF0000 && pixels.green == 0xFF00 &&
                   pixels.blue == 0xFF && (pixels.alpha == 0 || pixels.alpha == 0xFF000000)) {}
 
+    // A window may have an alpha channel and leave it full, or leave it at nothing. It is meant
+    // when it varies and no colour is larger than it, as premultiplied colours never are.
     [[nodiscard]] bool alphaIsMeant() const {
         if (m_pixels.alpha == 0) return false;
         bool full = true;
@@ -83,6 +86,7 @@ public:
         const auto* const source = m_pixels.bytes.data() + y * m_pixels.stride;
         const bool little = !m_pixels.bigEndian;
         for (std::uint32_t x = 0; x < m_pixels.width; ++x, row += 3) {
+            // The usual layout is read byte by byte, without masks.
             if (m_plain) {
                 const auto* const pixel = source + std::size_t{x} * 4;
                 row[0] = std::to_integer<std::uint8_t>(pixel[little ? 2 : 1]);
@@ -101,6 +105,7 @@ public:
         for (std::uint32_t x = 0; x < m_pixels.width; ++x, row += 4) {
             const auto pixel = at(x, y);
             const std::uint32_t alpha = m_alpha.of(pixel);
+            // The server's colours are premultiplied, those of a PNG are not.
             const auto whole = [alpha](std::uint32_t colour) {
                 return alpha == 0 ? std::uint8_t{0}
                                   : static_cast<std::uint8_t>((colour * 255 + alpha / 2) / alpha);
@@ -116,6 +121,7 @@ private:
     [[nodiscard]] std::uint32_t at(std::uint32_t x, std::uint32_t y) const {
         const std::size_t size = m_pixels.bitsPerPixel / 8U;
         const auto* const bytes = m_pixels.bytes.data() + y * m_pixels.stride + x * size;
+        // The most significant byte first, wherever the server has it.
         std::uint32_t pixel = 0;
         for (std::size_t i = 0; i < size; ++i) {
             const auto byte =
@@ -143,6 +149,7 @@ bool makeSense(const ServerPixels& pixels) {
 }
 
 void append(png_structp png, png_bytep bytes, std::size_t count) {
+    // An exception must not pass through frames of C.
     auto& out = *static_cast<std::string*>(png_get_io_ptr(png));
     try {
         out.append(reinterpret_cast<const char*>(bytes), count);
@@ -189,6 +196,7 @@ bool write(const Reader& reader, const ServerPixels& pixels, bool withAlpha, boo
         } else {
             reader.rgb(y, row.data());
         }
+        // Rows are written as they are made: no second picture in memory.
         png_write_row(png, row.data());
     }
     png_write_end(png, info);
@@ -204,6 +212,7 @@ std::optional<std::string> pngFrom(const ServerPixels& pixels) {
     const bool withAlpha = reader.alphaIsMeant();
     std::vector<std::uint8_t> row(std::size_t{pixels.width} * (withAlpha ? 4 : 3));
     std::string out;
+    // A guess for most windows; it grows if need be.
     out.reserve(std::size_t{pixels.width} * pixels.height / 4);
     if (!write(reader, pixels, withAlpha, reader.isFlat(), row, out)) return std::nullopt;
     return out;

@@ -37,7 +37,8 @@ constexpr std::array<std::string_view, 18> kAtoms{"CLIPBOARD",    "CLIPBOARD_MAN
                                                   "text/html",    "KELVANE_SELECTION",
                                                   "KELVANE_TIME", "KELVANE_SAVED_TARGETS"};
 
-/// The event number of XFIXES events; absent when the server has none.
+/// The event number of XFIXES events; absent when the server has none. Without it nobody says when
+/// a selection gets another owner: it could only be asked for again and again.
 std::optional<std::uint8_t> startFixes(X11Connection& link) {
     const auto* const extension = link.extension(xcb_xfixes_id);
     if (extension == nullptr) return std::nullopt;
@@ -57,7 +58,9 @@ std::unique_ptr<SelectionMonitor> SelectionMonitor::open(const std::string& disp
     link->internAtoms(kAtoms);
 
     const auto window = xcb_generate_id(link->xcb());
+    // Changes of its own properties tell the server's time; see serverTime().
     const std::uint32_t mask = XCB_EVENT_MASK_PROPERTY_CHANGE;
+    // Never shown: selections need a window as their owner.
     xcb_create_window(link->xcb(), XCB_COPY_FROM_PARENT, window, link->root(), -1, -1, 1, 1, 0,
                       XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, XCB_CW_EVENT_MASK, &mask);
     for (const auto selection : {link->atom("CLIPBOARD"), xcb_atom_t{XCB_ATOM_PRIMARY}}) {
@@ -98,6 +101,8 @@ SelectionMonitor::SelectionMonitor(std::shared_ptr<X11Connection> link, xcb_wind
 }
 
 SelectionMonitor::~SelectionMonitor() {
+    // Three steps: it is asked to end, is given a second, and then loses its connection, on which
+    // alone it can hang.
     m_stop = true;
     ::eventfd_write(m_wake, 1);
     if (m_ended.get_future().wait_for(kEndPatience) != std::future_status::ready) {
@@ -120,6 +125,8 @@ bool SelectionMonitor::post(std::function<void()> job) {
     return true;
 }
 
+// The job runs on the thread; the caller waits for so long and no longer. A job that is late finds
+// nobody, and does no harm: it refers to nothing of the caller's.
 template <class Job>
 std::optional<std::invoke_result_t<Job>> SelectionMonitor::ask(Job job) {
     using Answer = std::invoke_result_t<Job>;
@@ -136,6 +143,7 @@ std::optional<std::invoke_result_t<Job>> SelectionMonitor::ask(Job job) {
 
 std::optional<SelectionMonitor::Status> SelectionMonitor::status() {
     return ask([this] {
+        // Changes that have happened are told before the answer is given.
         catchUp();
         return Status{m_changes, m_owner.content()};
     });
@@ -159,6 +167,8 @@ void SelectionMonitor::beginCopy(const CopyTarget& target, bool keyPosted,
         copy.asked = partyOf(target.window);
         copy.keyPosted = keyPosted;
         copy.remembered = remembered;
+        // Changes are held against the moment of the key by the server's own clock, in which they
+        // are told.
         copy.keyTime = serverTime().value_or(0);
         copy.watchedUntil = steady_clock::now() + kLateCopyWatch;
         m_copy = std::move(copy);
@@ -174,7 +184,8 @@ std::optional<SelectionMonitor::CopyResult> SelectionMonitor::copyResult() {
 std::optional<SelectionMonitor::CopyResult> SelectionMonitor::finalCopyResult() {
     auto result = ask([this] {
         auto seen = lookAtCopy();
-        // An answer that is there is about to be read; it may even be given twice.
+        // An answer that is there is about to be read; it may even be given twice. A change that
+        // comes from here on is late.
         if (m_copy) m_copy->decided = !m_copy->changed;
         return seen;
     });
@@ -193,6 +204,8 @@ void SelectionMonitor::putBack(Content remembered, bool afterCopy) {
             facts.lastChange = m_copy->lastChange;
             facts.oneClient = m_copy->oneClient;
         }
+        // What is there already is not taken once more: programs would be told of a change that is
+        // none.
         const bool there = remembered && remembered == m_owner.content();
         if (!there && mayPutBack(facts)) give(remembered);
         return true;
@@ -204,6 +217,7 @@ void SelectionMonitor::putBack(Content remembered, bool afterCopy) {
 void SelectionMonitor::run() {
     while (!m_stop && m_link->alive()) {
         drain();
+        // Jobs may have brought events along, so those are looked at again first.
         if (runJobs()) continue;
         const bool transfers = m_owner.dropStalled();
         xcb_flush(m_link->xcb());
@@ -218,6 +232,7 @@ void SelectionMonitor::run() {
             longest =
                 std::min<std::chrono::milliseconds>(longest.value_or(kStallCheck), kStallCheck);
         ::poll(waits, 2, longest ? static_cast<int>(longest->count()) : -1);
+        // It only wakes; what is to be done stands in the list.
         eventfd_t ignored = 0;
         ::eventfd_read(m_wake, &ignored);
     }
@@ -227,12 +242,14 @@ void SelectionMonitor::run() {
         m_open = false;
         left.swap(m_jobs);
     }
+    // A promise that is broken ends the wait of its caller.
     left.clear(); // Tells those who wait.
     if (m_link->alive()) handOver();
     m_ended.set_value();
 }
 
 void SelectionMonitor::handOver() {
+    // A copy that comes too late has nobody to be given back by.
     m_copy.reset();
     if (!m_owner.askKeeper()) return;
     const auto end = steady_clock::now() + kKeeperPatience;
@@ -252,6 +269,7 @@ bool SelectionMonitor::runJobs() {
         const std::lock_guard lock(m_mutex);
         jobs.swap(m_jobs);
     }
+    // Run outside the lock, since a job may post another.
     for (const auto& job : jobs) {
         if (!m_stop) job();
     }
@@ -279,6 +297,7 @@ void SelectionMonitor::catchUp() {
     drain();
 }
 
+// The highest bit marks events that other clients have sent.
 void SelectionMonitor::handle(const xcb_generic_event_t& event) {
     if ((event.response_type & 0x7FU) != m_fixesEvent) {
         m_owner.handle(event);
@@ -301,6 +320,7 @@ void SelectionMonitor::handle(const xcb_generic_event_t& event) {
 void SelectionMonitor::clipboardChanged(xcb_window_t owner, ServerTime selected,
                                         ServerTime happened) {
     ++m_changes;
+    // Only what happens after a key of ours may be an answer to it.
     if (!m_copy || !m_copy->keyPosted) return;
     Copy& copy = *m_copy;
     const auto client = clientOf(owner);
@@ -313,6 +333,7 @@ void SelectionMonitor::clipboardChanged(xcb_window_t owner, ServerTime selected,
     if (copy.lastChange == Provenance::Other && before == Provenance::Target && isKeeper(owner)) {
         copy.lastChange = Provenance::Target;
     }
+    // For a program that answers the copy key the primary selection need not stand in.
     if (copy.lastChange == Provenance::Target) m_haveAnswered.insert(programOf(copy));
     const LateChangeFacts facts{
         .keyPosted = copy.keyPosted,
@@ -326,6 +347,7 @@ void SelectionMonitor::clipboardChanged(xcb_window_t owner, ServerTime selected,
 }
 
 std::optional<ServerTime> SelectionMonitor::serverTime() {
+    // Appending nothing changes nothing, and is told of with the time all the same.
     xcb_change_property(m_link->xcb(), XCB_PROP_MODE_APPEND, m_window, m_clock, XCB_ATOM_STRING, 8,
                         0, nullptr);
     const auto end = steady_clock::now() + kServerSilence;
@@ -334,6 +356,7 @@ std::optional<ServerTime> SelectionMonitor::serverTime() {
             const auto& change = reinterpret_cast<const xcb_property_notify_event_t&>(*event);
             if (change.window == m_window && change.atom == m_clock) return change.time;
         }
+        // What else comes in meanwhile is kept for later, in its order.
         m_events.push_back(std::move(event));
     }
     return std::nullopt;
@@ -350,6 +373,8 @@ std::optional<SelectionMonitor::CopyResult> SelectionMonitor::lookAtCopy() {
     result.facts.hasAnswered = m_haveAnswered.contains(programOf(*m_copy));
     result.facts.primaryOwner = provenance(m_primary.owner);
     const auto now = serverTime();
+    // The age of the primary selection, by the server's clock again, which comes round after 49
+    // days.
     if (now && m_primary.since) {
         result.facts.primaryAge = serverTimeBetween(*m_primary.since, *now);
     }
@@ -366,10 +391,12 @@ SelectionParty SelectionMonitor::partyOf(xcb_window_t window) {
 }
 
 std::uint32_t SelectionMonitor::clientOf(xcb_window_t window) const {
+    // The upper bits of an id are those of the client that made it.
     return window & ~xcb_get_setup(m_link->xcb())->resource_id_mask;
 }
 
 SelectionMonitor::Program SelectionMonitor::programOf(const Copy& copy) const {
+    // A program is known by its process, and where that cannot be told, by its connection.
     return {copy.asked.process.value_or(copy.target.process), clientOf(copy.asked.window)};
 }
 
@@ -400,6 +427,8 @@ Provenance SelectionMonitor::provenance(xcb_window_t owner) {
 }
 
 void SelectionMonitor::give(const Content& content) {
+    // A selection is taken at a time of the server's, or a slower client could take it back with an
+    // older one (ICCCM 2.1).
     if (const auto time = serverTime()) m_owner.offer(content, *time);
 }
 

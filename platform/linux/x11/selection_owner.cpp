@@ -12,9 +12,13 @@ namespace {
 
 using std::chrono::steady_clock;
 
+// Bytes; small enough that a slow client does not keep the link busy.
 constexpr std::size_t kChunk = std::size_t{256} << 10U;
+// At once; each holds its content until it is taken.
 constexpr std::size_t kMostTransfers = 32;
+// A requestor that takes nothing for so long has lost interest, or hangs.
 constexpr std::chrono::seconds kStall{10};
+// Of a request for several targets; nobody asks for a tenth of it.
 constexpr std::size_t kMostPairs = 4096;
 
 } // namespace
@@ -22,6 +26,7 @@ constexpr std::size_t kMostPairs = 4096;
 SelectionOwner::SelectionOwner(std::shared_ptr<X11Connection> link, xcb_window_t window)
     : m_link(std::move(link)),
       m_window(window),
+      // Half of the largest request, in whole units of four bytes: max_request_length counts those.
       m_chunk(std::min(kChunk,
                        (std::size_t{xcb_get_maximum_request_length(m_link->xcb())} * 2) / 4 * 4)),
       m_clipboard(m_link->atom("CLIPBOARD")),
@@ -41,6 +46,7 @@ SelectionOwner::SelectionOwner(std::shared_ptr<X11Connection> link, xcb_window_t
 bool SelectionOwner::offer(std::shared_ptr<const ClipboardContent> content, xcb_timestamp_t time) {
     const bool empty = !content || content->empty();
     const xcb_window_t owner = empty ? static_cast<xcb_window_t>(XCB_WINDOW_NONE) : m_window;
+    // The server refuses a time that is older than the present owner's.
     xcb_set_selection_owner(m_link->xcb(), owner, m_clipboard, time);
     m_content = nullptr;
     m_text.reset();
@@ -93,6 +99,7 @@ void SelectionOwner::handle(const xcb_generic_event_t& event) {
 void SelectionOwner::answer(const xcb_selection_request_event_t& request) {
     // Clients of the very old kind leave the choice of the property to the owner.
     const auto property = request.property != XCB_ATOM_NONE ? request.property : request.target;
+    // A request for several targets names them in a property, so it has to name one.
     const bool given = request.selection == m_clipboard &&
                        (request.target == m_multiple
                             ? request.property != XCB_ATOM_NONE && answerMultiple(request, property)
@@ -108,6 +115,7 @@ void SelectionOwner::answer(const xcb_selection_request_event_t& request) {
     event.notify.selection = request.selection;
     event.notify.target = request.target;
     event.notify.property = given ? property : static_cast<xcb_atom_t>(XCB_ATOM_NONE);
+    // Sent in any case: a requestor waits for it (ICCCM 2.2).
     xcb_send_event(m_link->xcb(), 0, request.requestor, XCB_EVENT_MASK_NO_EVENT, event.bytes);
 }
 
@@ -120,6 +128,7 @@ bool SelectionOwner::answerMultiple(const xcb_selection_request_event_t& request
     const auto* const words = static_cast<const xcb_atom_t*>(xcb_get_property_value(reply.get()));
     std::vector<xcb_atom_t> pairs(words, words + reply->value_len);
     for (std::size_t i = 0; i + 1 < pairs.size(); i += 2) {
+        // Which of the pairs were not given is told in the property itself.
         const bool given = pairs[i] != m_multiple && pairs[i + 1] != XCB_ATOM_NONE &&
                            give(request.requestor, pairs[i], pairs[i + 1]);
         if (!given) pairs[i + 1] = XCB_ATOM_NONE;
@@ -130,19 +139,23 @@ bool SelectionOwner::answerMultiple(const xcb_selection_request_event_t& request
 }
 
 bool SelectionOwner::give(xcb_window_t requestor, xcb_atom_t target, xcb_atom_t property) {
+    // TARGETS, TIMESTAMP and the like are answered like content.
     const auto value = valueOf(target);
     if (!value) return false;
     const std::size_t size = value->bytes->size();
     if (size <= m_chunk) {
+        // What fits into a request goes at once; the rest in pieces, as it is asked for.
         put(requestor, property, *value, 0, size);
         return true;
     }
     if (m_transfers.size() >= kMostTransfers) return false;
     const std::uint32_t mask = XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_EVENT_MASK_STRUCTURE_NOTIFY;
     xcb_change_window_attributes(m_link->xcb(), requestor, XCB_CW_EVENT_MASK, &mask);
+    // The least size of what is to come, as a hint (ICCCM 2.7.2).
     const auto announced = static_cast<std::uint32_t>(size);
     xcb_change_property(m_link->xcb(), XCB_PROP_MODE_REPLACE, requestor, property, m_incr, 32, 1,
                         &announced);
+    // The requestor has begun anew.
     std::erase_if(m_transfers, [&](const Transfer& transfer) {
         return transfer.requestor == requestor && transfer.property == property;
     });
@@ -162,9 +175,11 @@ std::optional<SelectionOwner::Value> SelectionOwner::valueOf(xcb_atom_t target) 
         value.type = XCB_ATOM_INTEGER;
         return value;
     }
+    // Answered with nothing, as the convention of clipboard managers has it.
     if (target == m_saveTargets) return Value{m_null, 32, std::make_shared<std::string>()};
     for (const auto& format : *m_content) {
         if (m_link->atom(format.target) != target) continue;
+        // The text belongs to the content, which stays as long as it is being sent.
         return Value{m_link->atom(format.type), format.unit,
                      std::shared_ptr<const std::string>(m_content, &format.bytes)};
     }
@@ -175,6 +190,7 @@ std::optional<SelectionOwner::Value> SelectionOwner::valueOf(xcb_atom_t target) 
     if (target == m_utf8Plain || target == m_plain) {
         return Value{target, 8, std::make_shared<std::string>(*m_text)};
     }
+    // STRING is ISO Latin-1 (ICCCM 2.6.2).
     if (target == XCB_ATOM_STRING) {
         return Value{XCB_ATOM_STRING, 8, std::make_shared<std::string>(text::toLatin1(*m_text))};
     }
@@ -210,11 +226,13 @@ void SelectionOwner::put(xcb_window_t requestor, xcb_atom_t property, const Valu
 }
 
 void SelectionOwner::sendNext(const xcb_property_notify_event_t& change) {
+    // Deleting the property is how a requestor asks for the next piece.
     if (change.state != XCB_PROPERTY_DELETE) return;
     const auto found = std::ranges::find_if(m_transfers, [&](const Transfer& transfer) {
         return transfer.requestor == change.window && transfer.property == change.atom;
     });
     if (found == m_transfers.end()) return;
+    // After the last piece comes an empty one, which ends the transfer.
     const std::size_t length = std::min(m_chunk, found->value.bytes->size() - found->sent);
     put(found->requestor, found->property, found->value, found->sent, length);
     found->sent += length;
@@ -250,6 +268,7 @@ bool SelectionOwner::dropStalled() {
     return !m_transfers.empty();
 }
 
+// Clipboard managers take over what a program leaves behind when it ends.
 bool SelectionOwner::askKeeper() {
     if (!m_content) return false;
     const auto manager = replyWithin<xcb_get_selection_owner_reply_t>(

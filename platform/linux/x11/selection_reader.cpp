@@ -58,19 +58,25 @@ SelectionReader::SelectionReader(std::shared_ptr<X11Connection> link)
 SelectionAnswer SelectionReader::read(xcb_atom_t selection, xcb_atom_t target,
                                       const SelectionBounds& bounds) {
     using Kind = SelectionAnswer::Kind;
+    // Events of questions that were given up may still come in.
     m_link->dropEvents();
+    // A new window for each question: what belongs to an older one is told by its window, and goes
+    // with it.
     const AskingWindow window(*m_link);
+    // XCB_CURRENT_TIME: nothing here was set off by an event that has a time.
     xcb_convert_selection(m_link->xcb(), window.id(), selection, target, m_property,
                           XCB_CURRENT_TIME);
     const auto patience = std::min(bounds.end, steady_clock::now() + bounds.silence);
     const auto notify = waitForNotify(window.id(), patience);
     if (!notify) return nothing(Kind::Silent);
+    // No property: the owner cannot give this target (ICCCM 2.2).
     if (notify->property == XCB_ATOM_NONE) return nothing(Kind::Refused);
 
     const auto reply =
         takeProperty(window.id(), bounds.bytes, steady_clock::now() + kServerSilence);
     if (!reply) return nothing(Kind::Silent);
     if (reply->type == XCB_ATOM_NONE) return nothing(Kind::Refused);
+    // The value comes in pieces, each when the one before was taken (ICCCM 2.7.2).
     if (reply->type == m_incr) return readChunks(window.id(), bounds);
     if (reply->bytes_after > 0) return nothing(Kind::TooLarge);
     auto bytes = bytesOf(*reply);
@@ -82,6 +88,7 @@ SelectionAnswer SelectionReader::read(xcb_atom_t selection, xcb_atom_t target,
 SelectionAnswer SelectionReader::readChunks(xcb_window_t window, const SelectionBounds& bounds) {
     using Kind = SelectionAnswer::Kind;
     SelectionAnswer answer = nothing(Kind::Value);
+    // Each piece has its own patience, all of them together have the bounds'.
     while (waitForChunk(window, std::min(bounds.end, steady_clock::now() + bounds.silence))) {
         const auto reply = takeProperty(window, bounds.bytes - answer.bytes.size(),
                                         steady_clock::now() + kServerSilence);
@@ -89,6 +96,7 @@ SelectionAnswer SelectionReader::readChunks(xcb_window_t window, const Selection
         // The notice was about the announcement of the transfer, or about a chunk already taken.
         if (reply->type == XCB_ATOM_NONE || reply->type == m_incr) continue;
         const auto bytes = bytesOf(*reply);
+        // An empty piece ends the transfer.
         if (bytes.empty()) return answer;
         if (reply->bytes_after > 0 || bytes.size() > bounds.bytes - answer.bytes.size()) {
             return nothing(Kind::TooLarge);
@@ -104,6 +112,7 @@ XcbOwned<xcb_selection_notify_event_t> SelectionReader::waitForNotify(xcb_window
                                                                       Moment end) {
     while (auto event = eventBefore(m_link->xcb(), end)) {
         if (kindOf(*event) != XCB_SELECTION_NOTIFY) continue;
+        // Answers to windows of earlier questions are passed over.
         XcbOwned<xcb_selection_notify_event_t> notify(
             reinterpret_cast<xcb_selection_notify_event_t*>(event.release()));
         if (notify->requestor == window) return notify;
@@ -125,7 +134,8 @@ bool SelectionReader::waitForChunk(xcb_window_t window, Moment end) {
 
 XcbOwned<xcb_get_property_reply_t> SelectionReader::takeProperty(xcb_window_t window,
                                                                  std::size_t bytes, Moment end) {
-    // The property is deleted only when all of it came, so one that is too large is not cut.
+    // The property is deleted only when all of it came, so one that is too large is not cut. In
+    // units of four bytes; one more than allowed, so that what is too large shows.
     const auto cookie =
         xcb_get_property(m_link->xcb(), 1, window, m_property, XCB_GET_PROPERTY_TYPE_ANY, 0,
                          static_cast<std::uint32_t>(bytes / 4 + 1));
@@ -146,6 +156,7 @@ std::vector<std::string> SelectionReader::names(const std::vector<xcb_atom_t>& a
     for (const auto atom : atoms) cookies.push_back(xcb_get_atom_name(m_link->xcb(), atom));
     std::vector<std::string> names;
     const auto end = steady_clock::now() + kServerSilence;
+    // One limit for all answers, which come together.
     for (const auto cookie : cookies) {
         const XcbOwned<xcb_get_atom_name_reply_t> reply(static_cast<xcb_get_atom_name_reply_t*>(
             replyBefore(m_link->xcb(), cookie.sequence, end).reply.release()));

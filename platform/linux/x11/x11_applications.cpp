@@ -38,10 +38,12 @@ constexpr std::array<std::string_view, 12> kAtoms{
 std::string textOf(const std::optional<X11Property>& property) {
     if (!property) return {};
     auto text = text::utf8FromOutside(property->text().value_or(""));
+    // Whatever a program has written stands there, so it is made UTF-8, and ends at the first NUL.
     text.resize(std::min(text.find('\0'), text.size()));
     return text;
 }
 
+// WM_CLASS is two texts, each with a NUL at its end (ICCCM 4.1.2.5).
 std::pair<std::string, std::string> classOf(const std::optional<X11Property>& property) {
     const auto bytes = property ? property->text().value_or("") : std::string();
     const auto cut = std::min(bytes.find('\0'), bytes.size());
@@ -50,7 +52,8 @@ std::pair<std::string, std::string> classOf(const std::optional<X11Property>& pr
             text::utf8FromOutside(rest.substr(0, rest.find('\0')))};
 }
 
-/// The beginning of a small file of the kernel's or a sandbox's; empty when it cannot be read.
+/// The beginning of a small file of the kernel's or a sandbox's; empty when it cannot be read. Of a
+/// program's environment or a kernel's file more is never looked at.
 std::string beginningOf(const std::string& path, std::size_t most = 4096) {
     std::string bytes(most, '\0');
     const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
@@ -88,6 +91,7 @@ X11Applications::X11Applications(std::shared_ptr<X11Connection> connection,
 
 std::optional<ApplicationWindow> X11Applications::active() {
     auto& x = *m_connection;
+    // A server that owes an answer is not asked further.
     if (!x.answers()) return std::nullopt;
     x.dropEvents();
     const auto window = activeWindow();
@@ -98,6 +102,8 @@ std::optional<ApplicationWindow> X11Applications::active() {
 
     const auto index = m_installed();
     auto found = decide(window, reads, {}, *index);
+    // Its own facts may be enough; the other windows of the same process are read only when they
+    // are not.
     if (!found || found->identity.source == WindowIdentity::Source::WmClass) {
         const auto neighbours = stacking().value_or(std::vector<xcb_window_t>{});
         read(neighbours, reads);
@@ -116,6 +122,7 @@ std::optional<ApplicationWindow> X11Applications::active() {
     return answer;
 }
 
+// EWMH; without it the window with the keyboard, from which the managed one is found outwards.
 xcb_window_t X11Applications::activeWindow() {
     auto& x = *m_connection;
     const auto activeCookie = x.askProperty(x.root(), x.atom("_NET_ACTIVE_WINDOW"));
@@ -129,7 +136,8 @@ xcb_window_t X11Applications::activeWindow() {
     return told ? active->firstWord().value_or(0) : focusedWindow();
 }
 
-// A window manager that died leaves its last words on the root window, but not on its own.
+// A window manager that died leaves its last words on the root window, but not on its own. It sets
+// the same property on a window of its own (EWMH, _NET_SUPPORTING_WM_CHECK).
 bool X11Applications::isManager(xcb_window_t window, xcb_get_property_cookie_t proof) {
     const auto proven = m_connection->takeProperty(proof);
     return window != XCB_WINDOW_NONE && proven && proven->firstWord() == window;
@@ -141,6 +149,7 @@ bool X11Applications::somebodyManages() {
     auto& x = *m_connection;
     const auto root = x.reply<xcb_get_window_attributes_reply_t>(
         xcb_get_window_attributes_unchecked(x.xcb(), x.root()));
+    // Only one client may ask to redirect windows: the window manager.
     return root && (root->all_event_masks & XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT) != 0;
 }
 
@@ -151,6 +160,7 @@ xcb_window_t X11Applications::focusedWindow() {
     const auto focus = x.reply<xcb_get_input_focus_reply_t>(xcb_get_input_focus_unchecked(x.xcb()));
     auto window = focus ? focus->focus : static_cast<xcb_window_t>(XCB_WINDOW_NONE);
     for (std::size_t level = 0; level < kDeepestFocus; ++level) {
+        // The keyboard is nowhere, or wherever the pointer is.
         if (window == x.root() || window == XCB_INPUT_FOCUS_POINTER_ROOT) break;
         const auto stateCookie = x.askProperty(window, x.atom("WM_STATE"));
         const auto treeCookie = xcb_query_tree_unchecked(x.xcb(), window);
@@ -175,6 +185,7 @@ std::optional<std::vector<xcb_window_t>> X11Applications::clients() {
 std::optional<std::vector<xcb_window_t>> X11Applications::stacking() {
     if (!m_connection->answers()) return std::nullopt;
     if (auto windows = list("_NET_CLIENT_LIST_STACKING")) {
+        // The list has the lowest first.
         std::ranges::reverse(*windows);
         return windows;
     }
@@ -204,6 +215,7 @@ std::vector<xcb_window_t> X11Applications::windowsWithState() {
     std::vector<xcb_window_t> found;
     std::vector<xcb_window_t> level{x.root()};
     for (std::size_t depth = 0; depth < kDeepestFrame && !level.empty(); ++depth) {
+        // All questions of a level before the first answer: as many round trips as levels.
         std::vector<xcb_query_tree_cookie_t> trees;
         for (const auto window : level) trees.push_back(xcb_query_tree_unchecked(x.xcb(), window));
         std::vector<std::pair<xcb_window_t, xcb_get_property_cookie_t>> asked;
@@ -219,6 +231,7 @@ std::vector<xcb_window_t> X11Applications::windowsWithState() {
         }
         level.clear();
         for (const auto& [window, cookie] : asked) {
+            // What is managed is not looked into: its parts are the program's own.
             const auto state = x.takeProperty(cookie);
             const bool managed = state && state->firstWord().value_or(0) != kWithdrawn;
             (managed ? found : level).push_back(window);
@@ -230,6 +243,7 @@ std::vector<xcb_window_t> X11Applications::windowsWithState() {
 /// As the server has stacked the frames in which they stand.
 std::vector<xcb_window_t> X11Applications::topmostFirst(std::vector<xcb_window_t> windows) {
     auto& x = *m_connection;
+    // The child of the root around each window, level by level, for all windows at once.
     std::map<xcb_window_t, xcb_window_t> frames;
     for (const auto window : windows) frames[window] = window;
     auto climbing = windows;
@@ -264,6 +278,8 @@ X11Applications::identifyAll(const std::vector<xcb_window_t>& windows,
     Reads reads;
     auto all = windows;
     all.insert(all.end(), neighbours.begin(), neighbours.end());
+    // All at once: what the server is asked about one window does not wait for the answers about
+    // another.
     read(std::move(all), reads);
     const auto index = m_installed();
     std::vector<ApplicationWindow> answers;
@@ -296,9 +312,12 @@ void X11Applications::read(std::vector<xcb_window_t> windows, Reads& reads) {
         xcb_get_property_cookie_t wmClass, transientFor, pid, machine, gtk, kde;
         xcb_res_query_client_ids_cookie_t owner;
     };
+    // Level by level along WM_TRANSIENT_FOR, with all questions of a level asked at once. A window
+    // is read once, however many lead to it.
     for (std::size_t level = 0; level < kLongestChain && !windows.empty(); ++level) {
         std::vector<Asked> asked;
         for (const auto window : windows) {
+            // Already read, or being read.
             if (!reads.emplace(window, std::nullopt).second) continue;
             Asked one{};
             one.window = window;
@@ -331,6 +350,7 @@ void X11Applications::read(std::vector<xcb_window_t> windows, Reads& reads) {
             }
             if (!there) continue;
             const auto above = parent ? parent->firstWord().value_or(0) : 0;
+            // The root stands for "of the whole group", which names no window.
             if (above != x.root()) found.transientFor = above;
             if (!found.remote) addSandbox(found.facts);
             if (found.transientFor != XCB_WINDOW_NONE) windows.push_back(found.transientFor);
@@ -339,6 +359,8 @@ void X11Applications::read(std::vector<xcb_window_t> windows, Reads& reads) {
     }
 }
 
+// A program in a sandbox has facts of its own: the image that it runs from, or the name that its
+// sandbox gives it.
 void X11Applications::addSandbox(WindowFacts& facts) const {
     if (facts.process == 0) return;
     const auto folder = "/proc/" + std::to_string(facts.process);
@@ -348,11 +370,13 @@ void X11Applications::addSandbox(WindowFacts& facts) const {
         facts.executable =
             text::utf8FromOutside(std::filesystem::read_symlink(folder + "/exe", ignored).string());
     }
+    // The root of the process as it sees it itself.
     facts.flatpakId = flatpakIdFrom(beginningOf(folder + "/root/.flatpak-info"));
     if (facts.flatpakId.empty())
         facts.snapInstance = snapInstanceFrom(beginningOf(folder + "/cgroup"));
 }
 
+// A window may lead back to itself, by mistake or on purpose.
 std::vector<xcb_window_t> X11Applications::chain(xcb_window_t window, const Reads& reads) const {
     std::vector<xcb_window_t> windows;
     while (windows.size() < kLongestChain &&

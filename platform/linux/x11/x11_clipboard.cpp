@@ -32,6 +32,7 @@ constexpr std::size_t kLargestTargetList = std::size_t{64} << 10U;
 constexpr std::size_t kLongestHint = 64; ///< Bytes: it is one word.
 constexpr std::string_view kSecret = "secret";
 
+// The version has to be asked for before anything else of it works.
 bool startXtest(X11Connection& link) {
     if (link.extension(xcb_test_id) == nullptr) return false;
     return replyWithin<xcb_test_get_version_reply_t>(
@@ -117,6 +118,7 @@ SelectionMonitor::Status Clipboard::status() {
 // ---- copying -----------------------------------------------------------------------------------
 
 void Clipboard::copyFrom(const CopyTarget& target) {
+    // One call at a time: a copy is a conversation, and two would mix.
     const std::lock_guard lock(m_mutex);
     m_copy.reset();
     // Without word of changes a copy could neither be noticed nor undone.
@@ -131,11 +133,15 @@ void Clipboard::copyFrom(const CopyTarget& target) {
         memory->changeCount = before;
         m_shift = before - now.changes;
     }
+    // What cannot be brought back is not put at risk, even if the memory that was handed out for it
+    // is gone by now.
     const bool lost = memory ? memory->lost : m_lost;
     const bool mayPost = target.takesKeys && m_hasXtest && !lost;
     const auto keys = mayPost ? strokes() : std::nullopt;
+    // Begun before the key is posted, or its answer could come before anybody watches.
     m_monitor->beginCopy(target, keys.has_value(),
                          memory ? std::optional(memory->content) : std::nullopt);
+    // Through a hold, if there is one: it lets go for this key alone.
     if (keys && !(m_post && m_post(*keys))) post(*keys);
     m_copy = Copy{};
     m_copy->countBefore = now.changes + m_shift;
@@ -145,6 +151,7 @@ std::optional<std::vector<KeyStroke>> Clipboard::strokes() {
     auto* const xcb = m_link->xcb();
     const auto* const setup = xcb_get_setup(xcb);
     const auto keyCount = static_cast<std::uint8_t>(setup->max_keycode - setup->min_keycode + 1);
+    // All three are asked before the first is answered: one round trip.
     const auto keymap = xcb_query_keymap(xcb);
     const auto mapping = xcb_get_keyboard_mapping(xcb, setup->min_keycode, keyCount);
     const auto rows = xcb_get_modifier_mapping(xcb);
@@ -159,11 +166,13 @@ std::optional<std::vector<KeyStroke>> Clipboard::strokes() {
     const auto* const first = xcb_get_keyboard_mapping_keysyms(symbols.get());
     keyboard.symbols.assign(first, first + xcb_get_keyboard_mapping_keysyms_length(symbols.get()));
     const auto* key = xcb_get_modifier_mapping_keycodes(modifiers.get());
+    // Eight rows of as many keys, in the order of the modifiers.
     for (auto& row : keyboard.modifiers) {
         row.assign(key, key + modifiers->keycodes_per_modifier);
         key += modifiers->keycodes_per_modifier;
     }
     for (std::size_t code = 0; code < keyboard.held.size(); ++code) {
+        // A bit for each key.
         keyboard.held[code] = ((std::uint32_t{held->keys[code / 8]} >> (code % 8)) & 1U) != 0;
     }
     return copyKeys(keyboard);
@@ -219,6 +228,7 @@ std::optional<std::string> Clipboard::string() {
     if (text && m_copy && m_copy->fromClipboard) {
         // Somebody else may have copied between the look and the reading.
         const auto seen = m_monitor->copyResult();
+        // It would be somebody else's text.
         if (!seen || copyOutcome(seen->facts) != CopyOutcome::Clipboard) return std::nullopt;
     }
     return text;
@@ -226,6 +236,7 @@ std::optional<std::string> Clipboard::string() {
 
 void Clipboard::clearContents() {
     const std::lock_guard lock(m_mutex);
+    // What was copied is over once the clipboard is set from here.
     m_copy.reset();
     if (m_monitor) m_monitor->offer(nullptr);
 }
@@ -244,10 +255,12 @@ PasteboardMemory Clipboard::remember() {
     const auto now = status();
     const auto memory = std::make_shared<Memory>(readAll(now));
     memory->changeCount = now.changes + m_shift;
+    // Held weakly: see Memory.
     m_memory = memory;
     m_lost = memory->lost;
     return {.string = memory->content ? textAmong(*memory->content) : std::nullopt,
             .changeCount = memory->changeCount,
+            // An opaque pointer to the caller, that keeps the memory alive.
             .formats = std::shared_ptr<const void>(memory, memory->content.get())};
 }
 
@@ -268,15 +281,18 @@ void Clipboard::putBack(const PasteboardMemory& memory) {
 std::optional<std::string> Clipboard::textFrom(xcb_atom_t selection) {
     const SelectionBounds bounds{kLargestText, kOwnerSilence, steady_clock::now() + kLongestRead};
     for (int attempt = 0; attempt < 2; ++attempt) {
+        // Nobody there: a second try would change nothing.
         if (m_reader.owner(selection).value_or(XCB_WINDOW_NONE) == XCB_WINDOW_NONE) break;
         bool refused = true;
         for (const auto& target : textTargets()) {
             auto answer = m_reader.read(selection, m_link->atom(target), bounds);
             if (answer.kind == SelectionAnswer::Kind::Refused) continue;
+            // An owner that is silent once is not asked for each target.
             if (answer.kind != SelectionAnswer::Kind::Value) return std::nullopt;
             refused = false;
             const ClipboardFormat format{target, nameOf(answer.type), answer.unit,
                                          std::move(answer.bytes)};
+            // Asked last, since most text is no password, and before it is handed out.
             if (auto text = textOf(format)) return isSecret(selection) ? std::nullopt : text;
         }
         if (!refused) break;
@@ -299,6 +315,7 @@ Clipboard::Memory Clipboard::readAll(const SelectionMonitor::Status& now) {
         memory.content = now.ours;
         return memory;
     }
+    // Nobody there: there is nothing to remember, and nothing to lose.
     if (m_reader.owner(m_clipboard).value_or(XCB_WINDOW_NONE) == XCB_WINDOW_NONE) return memory;
 
     using Kind = SelectionAnswer::Kind;
@@ -314,6 +331,7 @@ Clipboard::Memory Clipboard::readAll(const SelectionMonitor::Status& now) {
     bool missed = false;
     const auto targets = told ? namesOf(offered.bytes) : textTargets();
     for (const auto& target : formatsToKeep(targets)) {
+        // In the order of worth, as the room and the time may not be enough for all.
         if (isCovered(target, *content)) continue;
         auto answer = m_reader.read(m_clipboard, m_link->atom(target), {room, kOwnerSilence, end});
         if (answer.kind == Kind::Silent || answer.kind == Kind::TooLarge) missed = true;
@@ -334,11 +352,13 @@ Clipboard::Memory Clipboard::readAll(const SelectionMonitor::Status& now) {
 }
 
 std::vector<std::string> Clipboard::namesOf(const std::string& atoms) {
+    // Atoms are words of 32 bits, as in a property.
     X11Property list;
     list.format = 32;
     list.bytes = atoms;
     const auto wanted = list.words();
     std::vector<xcb_atom_t> unknown;
+    // Names never change, so each is asked for once.
     std::ranges::copy_if(wanted, std::back_inserter(unknown),
                          [&](xcb_atom_t atom) { return !m_names.contains(atom); });
     auto names = m_reader.names(unknown);
@@ -362,6 +382,7 @@ std::string Clipboard::nameOf(xcb_atom_t atom) {
 } // namespace
 
 std::shared_ptr<X11Clipboard> openX11Clipboard(const std::string& display, PostKeys post) {
+    // Two links: the monitor listens on its own all the time.
     auto link = X11Connection::open(display);
     if (!link) return nullptr;
     return std::make_shared<Clipboard>(std::move(link), SelectionMonitor::open(display),

@@ -17,6 +17,7 @@ namespace kelvane {
 std::vector<std::uint32_t> X11Property::words() const {
     if (format != 32) return {};
     std::vector<std::uint32_t> items(bytes.size() / sizeof(std::uint32_t));
+    // Copied: the bytes of a text need not lie where words may.
     if (!items.empty()) std::memcpy(items.data(), bytes.data(), items.size() * sizeof(items[0]));
     return items;
 }
@@ -50,6 +51,7 @@ void connect(Attempt& attempt, const std::string& display) {
     xcb_connection_t* const xcb =
         xcb_connect(display.empty() ? nullptr : display.c_str(), &screenNumber);
     std::unique_lock lock(attempt.mutex);
+    // Nobody waits any more, so whoever made it takes it down.
     if (attempt.givenUp) {
         lock.unlock();
         xcb_disconnect(xcb);
@@ -69,6 +71,7 @@ bool startConnecting(const std::shared_ptr<Attempt>& attempt, const std::string&
     ::pthread_sigmask(SIG_SETMASK, &all, &before);
     bool started = true;
     try {
+        // Detached: a server that never answers would keep the program from ending.
         std::thread([attempt, display] { connect(*attempt, display); }).detach();
     } catch (const std::system_error&) { // no thread to be had
         started = false;
@@ -86,6 +89,7 @@ X11Connection::Opening X11Connection::tryOpen(const std::string& display,
     {
         std::unique_lock lock(attempt->mutex);
         if (!attempt->ended.wait_for(lock, patience, [&] { return attempt->made; })) {
+            // From here on the thread has it alone.
             attempt->givenUp = true;
             return {nullptr, true};
         }
@@ -96,6 +100,7 @@ X11Connection::Opening X11Connection::tryOpen(const std::string& display,
         return {};
     }
     auto screens = xcb_setup_roots_iterator(xcb_get_setup(xcb));
+    // A display names one of the server's screens.
     for (int left = attempt->screenNumber; left > 0 && screens.rem > 0; --left) {
         xcb_screen_next(&screens);
     }
@@ -120,6 +125,7 @@ X11Connection::~X11Connection() {
 bool X11Connection::answers() {
     if (!alive()) return false;
     const std::lock_guard lock(m_mutex);
+    // While an answer is owed, none after it can have come.
     if (!m_owed) return true;
     void* reply = nullptr;
     xcb_generic_error_t* error = nullptr;
@@ -139,6 +145,7 @@ void X11Connection::beSilent() {
 }
 
 XcbOwned<void> X11Connection::take(unsigned sequence, std::chrono::milliseconds patience) {
+    // A reply that is there already is taken even from a server that owes one.
     const auto now = std::chrono::steady_clock::now();
     auto answer = replyBefore(m_xcb, sequence, answers() ? now + patience : now);
     if (answer.missed) beSilent();
@@ -151,6 +158,7 @@ const xcb_query_extension_reply_t* X11Connection::extension(xcb_extension_t& ext
         return m_known.contains(&extension);
     };
     if (!known()) {
+        // Asked without waiting; xcb_get_extension_data() would otherwise wait without a limit.
         xcb_prefetch_extension_data(m_xcb, &extension);
         // Answers come in the order of the questions: after this one the other is there.
         if (!roundTrip()) return nullptr;
@@ -191,6 +199,7 @@ void X11Connection::internAtoms(std::span<const std::string_view> names) {
                                                 name.data()));
         }
     }
+    // All names are asked for before the first is answered.
     for (const auto& [name, cookie] : asked) {
         const auto answer = reply<xcb_intern_atom_reply_t>(cookie);
         if (!answer) continue;
@@ -200,12 +209,14 @@ void X11Connection::internAtoms(std::span<const std::string_view> names) {
 }
 
 void X11Connection::dropEvents() {
+    // What nobody waits for would be kept for ever.
     while (const XcbOwned<xcb_generic_event_t> event{xcb_poll_for_event(m_xcb)}) {
     }
 }
 
 xcb_get_property_cookie_t X11Connection::askProperty(xcb_window_t window, xcb_atom_t name,
                                                      std::uint32_t longest) {
+    // In units of four bytes.
     return xcb_get_property_unchecked(m_xcb, 0, window, name, XCB_GET_PROPERTY_TYPE_ANY, 0,
                                       (longest + 3) / 4);
 }
@@ -236,6 +247,7 @@ X11Connection::nextEvent(std::chrono::steady_clock::time_point deadline) {
         const auto left =
             std::chrono::ceil<milliseconds>(deadline - std::chrono::steady_clock::now());
         if (left <= milliseconds::zero()) break;
+        // Requests that still wait to be written may be what the event answers.
         xcb_flush(m_xcb);
         pollfd waiting{xcb_get_file_descriptor(m_xcb), POLLIN, 0};
         ::poll(&waiting, 1, static_cast<int>(left.count()));
@@ -249,8 +261,11 @@ xcb_timestamp_t X11Connection::serverTime() {
     xcb_create_window(m_xcb, XCB_COPY_FROM_PARENT, window, root(), -1, -1, 1, 1, 0,
                       XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, XCB_CW_EVENT_MASK,
                       &events);
+    // Appending nothing changes nothing, and is told of with the time all the same.
     xcb_change_property(m_xcb, XCB_PROP_MODE_APPEND, window, XCB_ATOM_WM_NAME, XCB_ATOM_STRING, 8,
                         0, "");
+    // Far longer than a server takes. Without an answer the time is unknown, which callers allow
+    // for.
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(200);
     xcb_timestamp_t time = XCB_CURRENT_TIME;
     while (const auto event = nextEvent(deadline)) {

@@ -20,6 +20,8 @@ public:
     }
 
     void takeKeyboard() {
+        // What comes of it is not looked at: somebody else may hold the keyboard, who then has it
+        // by right.
         (void)replyWithin<xcb_grab_keyboard_reply_t>(m_link->xcb(), askForKeyboard());
     }
 
@@ -28,6 +30,7 @@ public:
     void post(const std::vector<KeyStroke>& strokes) {
         auto* const xcb = m_link->xcb();
         xcb_grab_server(xcb);
+        // Let go within the server's grab, or the key would come to us.
         xcb_ungrab_keyboard(xcb, XCB_CURRENT_TIME);
         for (const auto& stroke : strokes) {
             xcb_test_fake_input(xcb, stroke.press ? XCB_KEY_PRESS : XCB_KEY_RELEASE, stroke.key,
@@ -56,6 +59,7 @@ public:
         m_link->roundTrip();
     }
 
+    // The focus does not move with a grab, so it tells who gets the keys afterwards.
     [[nodiscard]] xcb_window_t keyboardAt() {
         m_link->dropEvents(); // What was pressed.
         const auto focus = replyWithin<xcb_get_input_focus_reply_t>(
@@ -90,6 +94,7 @@ public:
 
     void start() override {
         const std::lock_guard lock(m_shared->mutex);
+        // Asked twice it is held once.
         if (m_shared->grabs || m_display.empty()) return;
         auto link = X11Connection::open(m_display);
         if (!link) return;

@@ -27,6 +27,8 @@ bool selectRawPresses(X11Connection& link) {
         xcb_input_event_mask_t head;
         std::uint32_t mask;
     } wanted{{XCB_INPUT_DEVICE_ALL_MASTER, 1}, XCB_INPUT_XI_EVENT_MASK_RAW_BUTTON_PRESS};
+    // Raw events come to whoever asks for them, wherever the pointer is and whoever holds it (XI
+    // 2).
     xcb_input_xi_select_events(link.xcb(), link.root(), 1, &wanted.head);
     link.roundTrip();
     return link.alive();
@@ -71,6 +73,7 @@ public:
 
 private:
     static void listen(X11Connection& link, const std::function<void()>& pressed, int wake) {
+        // Events first: they may have come in with an answer, and then wake nobody.
         for (;;) {
             while (const XcbOwned<xcb_generic_event_t> event{xcb_poll_for_event(link.xcb())}) {
                 if (isRawPress(*event)) pressed();

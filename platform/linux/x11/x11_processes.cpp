@@ -10,6 +10,7 @@ bool serverTellsProcesses(X11Connection& connection) {
     if (connection.extension(xcb_res_id) == nullptr) return false;
     const auto version = connection.reply<xcb_res_query_version_reply_t>(
         xcb_res_query_version_unchecked(connection.xcb(), 1, 2));
+    // Processes can be asked for from version 1.2 of X-Resource on.
     return version && (version->server_major > 1 ||
                        (version->server_major == 1 && version->server_minor >= 2));
 }
@@ -32,10 +33,12 @@ pid_t takeProcess(X11Connection& connection, xcb_res_query_client_ids_cookie_t c
 }
 
 pid_t asProcess(std::uint32_t number) {
+    // 0 stands for unknown throughout.
     constexpr auto kLargest = static_cast<std::uint32_t>(std::numeric_limits<pid_t>::max());
     return number <= kLargest ? static_cast<pid_t>(number) : 0;
 }
 
+// "T" is stopped by a signal, "t" by a debugger; proc(5).
 bool isStopped(pid_t process) {
     if (process <= 0) return false;
     std::ifstream file("/proc/" + std::to_string(process) + "/stat");

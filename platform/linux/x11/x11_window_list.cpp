@@ -50,6 +50,7 @@ public:
         std::vector<WindowInfo> list;
         for (const auto& window : describeWindows(m_applications->connection(), *windows)) {
             const auto owner = owners.find(window.window);
+            // What could not be identified is nobody's, and the desktop is no window to people.
             if (owner == owners.end() || !window.onScreen ||
                 window.type == X11WindowType::Desktop) {
                 continue;
@@ -59,6 +60,7 @@ public:
                                          static_cast<double>(window.height)},
                             std::int64_t{window.window}});
         }
+        // A list from a server that has gone would say that nothing is open.
         if (!m_applications->connection().alive()) return std::nullopt;
         return list;
     }

@@ -49,6 +49,8 @@ constexpr std::size_t kClipAtOnce = 4096;
 class SharedMemory {
 public:
     SharedMemory(X11Connection& x, std::size_t size) : m_x(x), m_size(size) {
+        // A file without a name, so that nobody else can open it; unlike a System V segment it goes
+        // with its last user.
         const int file = ::memfd_create("window picture", MFD_CLOEXEC);
         if (file < 0) return;
         if (::ftruncate(file, static_cast<off_t>(size)) == 0) {
@@ -82,6 +84,7 @@ private:
     bool m_attached = false;
 };
 
+// By the socket, not by the name of the display: "localhost:10" may lead through a tunnel.
 bool isLocal(X11Connection& x) {
     sockaddr_storage address{};
     socklen_t length = sizeof address;
@@ -127,6 +130,7 @@ public:
     Sitting(X11Connection& x, xcb_window_t window) : m_x(x), m_xcb(x.xcb()), m_window(window) {}
 
     std::optional<std::string> png() {
+        // In this order: whatever is wrong is found before the application is asked to draw.
         if (!look() || !serverKeepsCopies() || !demandAll() || !waitUntilDrawn()) {
             return std::nullopt;
         }
@@ -140,6 +144,8 @@ private:
     bool look() {
         const auto geometryCookie = xcb_get_geometry_unchecked(m_xcb, m_window);
         const auto attributesCookie = xcb_get_window_attributes_unchecked(m_xcb, m_window);
+        // One question for all names, and its answer is there when the properties below are asked
+        // for.
         m_x.internAtoms(
             std::vector<std::string_view>{"_GTK_FRAME_EXTENTS", "WM_PROTOCOLS", "_NET_WM_PING"});
         const auto protocolsCookie = m_x.askProperty(m_window, m_x.atom("WM_PROTOCOLS"));
@@ -157,6 +163,7 @@ private:
             m_answersPings =
                 std::find(words.begin(), words.end(), m_x.atom("_NET_WM_PING")) != words.end();
         }
+        // Only in these the masks of a visual say where the colours are.
         return m_visual != nullptr && (m_visual->_class == XCB_VISUAL_CLASS_TRUE_COLOR ||
                                        m_visual->_class == XCB_VISUAL_CLASS_DIRECT_COLOR);
     }
@@ -169,15 +176,22 @@ private:
         const auto damageCookie = xcb_damage_query_version_unchecked(m_xcb, 1, 1);
         const auto composite = m_x.reply<xcb_composite_query_version_reply_t>(compositeCookie);
         const auto damage = m_x.reply<xcb_damage_query_version_reply_t>(damageCookie);
+        // Copies can be named from version 0.2 of Composite on.
         return composite && damage &&
                (composite->major_version > 0 || composite->minor_version >= 2);
     }
 
     /// Has the server keep all of the window, and the application told to draw all of it.
     bool demandAll() {
+        // A window that changes its size is drawn anew, and what was drawn of the old size counts
+        // no more.
+        // Pixels do not say who drew them: where the application has not drawn yet, a picture would
+        // show what was on the screen before, such as the text of a window that has just been
+        // closed. So all of it is drawn for us, and only what was drawn since counts.
         const std::uint32_t resizing = XCB_EVENT_MASK_STRUCTURE_NOTIFY;
         xcb_change_window_attributes(m_xcb, m_window, XCB_CW_EVENT_MASK, &resizing);
         if (m_answersPings) {
+            // The server's own time tells our ping from others that may be under way.
             m_pingTime = m_x.serverTime();
             const std::uint32_t rootEvents = XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY;
             xcb_change_window_attributes(m_xcb, m_x.root(), XCB_CW_EVENT_MASK, &rootEvents);
@@ -185,11 +199,16 @@ private:
         // While the server is ours, whatever is drawn is drawn by the server itself: backgrounds.
         xcb_grab_server(m_xcb);
         const auto reports = xcb_generate_id(m_xcb);
+        // Raw rectangles: each stroke is reported, also where something was reported before.
         xcb_damage_create(m_xcb, reports, m_window, XCB_DAMAGE_REPORT_LEVEL_RAW_RECTANGLES);
         const auto parts = measure();
+        // Automatic: the screen goes on looking as it did, and a copy is kept beside it.
         const bool kept = m_x.succeeded(xcb_composite_redirect_window_checked(
             m_xcb, m_window, XCB_COMPOSITE_REDIRECT_AUTOMATIC));
+        // Each window is told that all of it is to be drawn, as after it was covered.
         for (const auto part : parts) xcb_clear_area(m_xcb, 1, part, 0, 0, 0, 0);
+        // Reports of what the server has done itself are in before it is let go, so that they are
+        // not taken for the application's.
         const bool asked = m_x.roundTrip();
         noteEverything();
         m_byApplication = false;
@@ -231,6 +250,7 @@ private:
         m_resized = false;
 
         std::vector<xcb_window_t> parts{m_window};
+        // From the outside in, without recursion; a window that went meanwhile is passed over.
         for (std::size_t next = 0; next < parts.size() && parts.size() < kMostParts; ++next) {
             const auto tree =
                 m_x.reply<xcb_query_tree_reply_t>(xcb_query_tree_unchecked(m_xcb, parts[next]));
@@ -247,6 +267,7 @@ private:
     }
 
     void note(const xcb_generic_event_t& event) {
+        // The highest bit marks events that other clients have sent.
         const auto type = event.response_type & 0x7FU;
         if (type == m_damageEvent) {
             const auto& stroke = reinterpret_cast<const xcb_damage_notify_event_t&>(event);
@@ -259,6 +280,7 @@ private:
                                       (change.width != m_width || change.height != m_height));
         } else if (type == XCB_CLIENT_MESSAGE) {
             const auto& message = reinterpret_cast<const xcb_client_message_event_t&>(event);
+            // By type, word, time and window: an answer to somebody else's ping is none to ours.
             if (message.type == m_x.atom("WM_PROTOCOLS") &&
                 message.data.data32[0] == m_x.atom("_NET_WM_PING") &&
                 message.data.data32[1] == m_pingTime && message.data.data32[2] == m_window) {
@@ -293,6 +315,8 @@ private:
             if (m_pings == 1 && m_pongs == 1) ping();
             return m_pongs >= 2;
         }
+        // Without pings only a process that is stopped is known to draw nothing. Where processes
+        // are not told of, nothing speaks against it.
         return !serverTellsProcesses(m_x) ||
                !isStopped(takeProcess(m_x, askProcess(m_x, m_window)));
     }
@@ -311,6 +335,8 @@ private:
                 return true;
             }
             if (now - begin >= kPatience || m_resized || !m_x.alive()) return false;
+            // A frame at a time: what is drawn comes as events, and what is not has to be looked
+            // for.
             const auto wait = std::min({begin + kPatience, now + kQuiet});
             if (const auto event = m_x.nextEvent(wait)) note(*event);
         }
@@ -318,6 +344,7 @@ private:
 
     /// The picture of the window as the server has kept it, which has the border around it.
     std::optional<std::string> encode() {
+        // The name refers to the copy as it is now, even if the window gets another.
         const auto kept = xcb_generate_id(m_xcb);
         xcb_composite_name_window_pixmap(m_xcb, m_window, kept);
         const auto geometryCookie = xcb_get_geometry_unchecked(m_xcb, kept);
@@ -335,6 +362,7 @@ private:
         const auto shaped = insideShape(kept);
         const auto source = shaped.value_or(kept);
         const std::int32_t border = shaped ? 0 : m_border;
+        // Shadows that the program draws around its window are no part of what it shows.
         const auto extents = frameExtents(margins, m_width, m_height);
         const Rectangle part{border + static_cast<std::int32_t>(extents.left),
                              border + static_cast<std::int32_t>(extents.top),
@@ -345,11 +373,13 @@ private:
         pixels.height = static_cast<std::uint32_t>(part.height);
         pixels.bitsPerPixel = format->bits_per_pixel;
         const std::size_t pad = format->scanline_pad;
+        // Rows begin at multiples of the pad, which is in bits.
         pixels.stride = (pixels.width * std::size_t{pixels.bitsPerPixel} + pad - 1) / pad * pad / 8;
         pixels.bigEndian = xcb_get_setup(m_xcb)->image_byte_order == XCB_IMAGE_ORDER_MSB_FIRST;
         pixels.red = m_visual->red_mask;
         pixels.green = m_visual->green_mask;
         pixels.blue = m_visual->blue_mask;
+        // What no colour takes of 32 bits is alpha, where it means anything; see alphaIsMeant().
         if (m_depth == 32) pixels.alpha = ~(pixels.red | pixels.green | pixels.blue);
         return fetchAndEncode(source, part, pixels);
     }
@@ -364,6 +394,8 @@ private:
         const auto context = xcb_generate_id(m_xcb);
         const std::uint32_t values[] = {0, 0}; // nothing, and black where that is a colour
         xcb_create_gc(m_xcb, context, copy, XCB_GC_FOREGROUND | XCB_GC_GRAPHICS_EXPOSURES, values);
+        // What is outside the shape is made empty first, since a new pixmap holds whatever was
+        // there.
         const xcb_rectangle_t everything{0, 0, m_width, m_height};
         xcb_poly_fill_rectangle(m_xcb, copy, context, 1, &everything);
         std::vector<xcb_rectangle_t> clip;
@@ -376,6 +408,7 @@ private:
                                 static_cast<std::uint16_t>(m_shape[i].width),
                                 static_cast<std::uint16_t>(m_shape[i].height)});
             }
+            // Several requests: each draws what lies within its own rectangles.
             xcb_set_clip_rectangles(m_xcb, XCB_CLIP_ORDERING_UNSORTED, context, 0, 0,
                                     static_cast<std::uint32_t>(clip.size()), clip.data());
             const auto border = static_cast<std::int16_t>(m_border);
@@ -393,6 +426,7 @@ private:
         const auto height = static_cast<std::uint16_t>(part.height);
         constexpr auto kEveryPlane = std::numeric_limits<std::uint32_t>::max();
         const auto size = pixels.stride * pixels.height;
+        // Without shared memory the pixels travel over the connection, which takes longer.
         if (canShareMemory()) {
             const SharedMemory memory(m_x, size);
             if (memory.usable()) {
@@ -454,6 +488,8 @@ public:
             windowNumber > std::numeric_limits<xcb_window_t>::max()) {
             return std::nullopt;
         }
+        // A link of its own for each sitting: what a link has redirected ends with it, whatever
+        // happened.
         for (int i = 0; i < kSittings; ++i) {
             const auto link = X11Connection::open(m_display);
             if (!link) return std::nullopt;

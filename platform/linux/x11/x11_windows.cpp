@@ -11,6 +11,7 @@ namespace kelvane {
 
 namespace {
 
+// _NET_WM_DESKTOP of a window that is on all of them.
 constexpr std::uint32_t kEveryDesktop = 0xFFFFFFFFU;
 constexpr std::uint32_t kNormalState = 1; ///< WM_STATE: shown, not an icon.
 
@@ -63,11 +64,13 @@ X11WindowType typeOf(X11Connection& x, const std::optional<X11Property>& propert
 X11FrameExtents frameExtents(const std::optional<X11Property>& property, std::uint32_t width,
                              std::uint32_t height) {
     const auto words = property ? property->words() : std::vector<std::uint32_t>{};
+    // A program that draws its own shadow tells how far that reaches: left, right, top, bottom.
     if (words.size() < 4) return {};
     const X11FrameExtents extents{words[0], words[1], words[2], words[3]};
     const auto fits = [](std::uint64_t one, std::uint64_t other, std::uint32_t length) {
         return one + other < length;
     };
+    // Margins that leave nothing of the window are nobody's.
     if (!fits(extents.left, extents.right, width) || !fits(extents.top, extents.bottom, height)) {
         return {};
     }
@@ -80,6 +83,7 @@ namespace {
 /// desktops mapped, for its overviews; all others unmap what is not shown or move it off the
 /// screen.
 bool managerDrawsScreen(X11Connection& x) {
+    // Whoever owns this selection draws the screen (EWMH); one for each screen.
     const auto ownerCookie = xcb_get_selection_owner_unchecked(
         x.xcb(), x.atom("_NET_WM_CM_S" + std::to_string(x.screenNumber())));
     const auto managerCookie = x.askProperty(x.root(), x.atom("_NET_SUPPORTING_WM_CHECK"));
@@ -115,6 +119,7 @@ std::vector<X11WindowDescription> describeWindows(X11Connection& x,
     const auto currentCookie = x.askProperty(x.root(), x.atom("_NET_CURRENT_DESKTOP"));
     std::vector<Asked> asked;
     asked.reserve(windows.size());
+    // All questions before the first answer, for a hundred windows too: a few round trips together.
     for (const auto window : windows) {
         asked.push_back({xcb_get_geometry_unchecked(xcb, window),
                          xcb_translate_coordinates_unchecked(xcb, window, x.root(), 0, 0),
@@ -138,6 +143,7 @@ std::vector<X11WindowDescription> describeWindows(X11Connection& x,
         const auto desktop = x.takeProperty(asked[i].desktop);
         const auto shown = x.takeProperty(asked[i].shown);
         const auto margins = x.takeProperty(asked[i].margins);
+        // It went while it was being asked about.
         if (!geometry || !place || !attributes) continue;
 
         const auto has = [&](std::string_view state) {
@@ -153,6 +159,7 @@ std::vector<X11WindowDescription> describeWindows(X11Connection& x,
         X11WindowDescription one;
         one.window = windows[i];
         one.type = typeOf(x, type);
+        // Without a window manager there is no such state, and what is mapped is shown.
         one.onScreen = here && attributes->map_state == XCB_MAP_STATE_VIEWABLE &&
                        reachesScreen(x.screen(), *place, *geometry) &&
                        (!shown || shown->firstWord() == kNormalState) &&

@@ -20,6 +20,8 @@ struct Instance {
 /// Applications stay where they are, oldest first; the instances of one change places, so that the
 /// one in front comes first.
 std::vector<RunningApp> frontInstancesFirst(std::vector<Instance> running) {
+    // Positions are kept by id, so that the list of applications changes only when one comes or
+    // goes.
     std::map<std::optional<std::string>, std::vector<std::size_t>> places;
     for (std::size_t i = 0; i < running.size(); ++i) places[running[i].app.bundleId].push_back(i);
     std::vector<RunningApp> ordered(running.size());
@@ -52,11 +54,13 @@ public:
         if (!windows) return {};
         const auto front = m_applications->stacking().value_or(std::vector<xcb_window_t>{});
         std::map<xcb_window_t, std::size_t> depth; // 0 for the window in front
+        // Windows that are in no stacking come behind all others.
         for (const auto window : front) depth.emplace(window, depth.size() + 1);
         const auto active = m_applications->active();
         if (active) depth[active->window] = 0;
 
         std::vector<Instance> running;
+        // By process: two windows of one are one application, two processes are two.
         std::map<ProcessId, std::size_t> seen;
         for (auto& window : m_applications->identifyAll(*windows, front)) {
             const auto lies = depth.try_emplace(window.window, depth.size() + 1).first->second;
@@ -82,8 +86,11 @@ public:
         message.format = 32;
         message.window = window;
         message.type = link->atom("_NET_ACTIVE_WINDOW");
+        // What a pager says, EWMH; window managers may refuse an application that puts itself in
+        // front.
         message.data.data32[0] = 2; // On behalf of the user, not of another application.
         message.data.data32[1] = link->serverTime();
+        // To the root: it is the window manager who acts on it.
         return link->succeeded(xcb_send_event_checked(link->xcb(), 0, link->root(),
                                                       XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT |
                                                           XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY,
