@@ -46,11 +46,25 @@ struct Attempt {
     int screenNumber = 0;
 };
 
+/// libXau, which looks up the permission to connect, writes the name of its file into a buffer that
+/// it shares among all callers, so two connections are never made at once. Never taken down: a
+/// thread may still wait here when the program ends.
+std::mutex& oneAtATime() {
+    static auto& mutex = *new std::mutex;
+    return mutex;
+}
+
 void connect(Attempt& attempt, const std::string& display) {
+    const std::lock_guard alone(oneAtATime());
+    std::unique_lock lock(attempt.mutex);
+    // A server that stands still holds up those behind it; once it goes on, they need not ask it
+    // too.
+    if (attempt.givenUp) return;
+    lock.unlock();
     int screenNumber = 0;
     xcb_connection_t* const xcb =
         xcb_connect(display.empty() ? nullptr : display.c_str(), &screenNumber);
-    std::unique_lock lock(attempt.mutex);
+    lock.lock();
     // Nobody waits any more, so whoever made it takes it down.
     if (attempt.givenUp) {
         lock.unlock();
