@@ -174,6 +174,8 @@ exit ${status:-0}
 
 # A first start: the panel's program in the tray, until it has installed itself.
 FIRST_START = """
+# As every session has one.
+export XDG_RUNTIME_DIR=$(mktemp -d)
 "$0" 2>"$HOME/product.log" &
 for i in $(seq 1 600); do
   # The entry of the menu is what a first start writes last.
@@ -183,7 +185,7 @@ for i in $(seq 1 600); do
 done
 kill $!
 wait
-rm "$HOME/product.log"
+rm -r "$HOME/product.log" "$XDG_RUNTIME_DIR"
 [ -e "$HOME/.local/share/applications/$1.desktop" ]
 """
 
