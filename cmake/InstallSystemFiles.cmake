@@ -24,6 +24,8 @@ function(write template name folder)
 endfunction()
 
 write("${KELVANE_TEMPLATES}/menu.desktop.in" ${KELVANE_BUNDLE_ID}.desktop "${prefix}/share/applications")
+write("${KELVANE_TEMPLATES}/kwin.desktop.in" ${KELVANE_BUNDLE_ID}.kwin.desktop
+  "${prefix}/share/applications")
 write("${KELVANE_TEMPLATES}/metainfo.xml.in" ${KELVANE_BUNDLE_ID}.metainfo.xml "${prefix}/share/metainfo")
 # Named as the entry that the program writes itself, which takes its place then.
 write("${KELVANE_TEMPLATES}/autostart.desktop.in" ${KELVANE_BUNDLE_ID}.desktop "${etc}/xdg/autostart")

@@ -10,6 +10,7 @@ import configparser
 import os
 import pathlib
 import re
+import shlex
 import struct
 import subprocess
 import sys
@@ -32,10 +33,10 @@ class Installed(unittest.TestCase):
                        stdout=subprocess.DEVNULL)
         cls.contents = cls.prefix / "lib/kelvane/Kelvane.app/Contents"
 
-    def entry(self):
+    def entry(self, name=ID):
         found = configparser.ConfigParser(interpolation=None)
         found.optionxform = str
-        found.read(self.prefix / f"share/applications/{ID}.desktop", encoding="utf-8")
+        found.read(self.prefix / f"share/applications/{name}.desktop", encoding="utf-8")
         return found["Desktop Entry"]
 
     def test_bundle_is_whole(self):
@@ -93,13 +94,16 @@ class Installed(unittest.TestCase):
         self.assertEqual(entry["TryExec"], str(program))
         self.assertEqual(entry["Icon"], ID)
 
-    def test_entry_in_the_menu_says_to_kwin_what_the_program_may_be_asked(self):
-        entry = self.entry()
-        # KWin compares the program that asks with the first word of Exec, links resolved.
-        self.assertEqual(os.path.realpath(entry["TryExec"]), os.path.realpath(self.contents / "MacOS/Kelvane"))
-        self.assertEqual(entry["X-KDE-Wayland-Interfaces"],
-                         "org_kde_kwin_fake_input,org_kde_plasma_window_management")
-        self.assertEqual(entry["X-KDE-DBUS-Restricted-Interfaces"], "org.kde.KWin.ScreenShot2")
+    def test_entries_say_to_kwin_what_the_program_may_ask_for(self):
+        # The second one stays when the user's own entry takes the place of the first.
+        for entry in [self.entry(), self.entry(f"{ID}.kwin")]:
+            # KWin compares the program that asks with the first word of Exec, links resolved.
+            self.assertEqual(os.path.realpath(shlex.split(entry["Exec"])[0]),
+                             os.path.realpath(self.contents / "MacOS/Kelvane"))
+            self.assertEqual(entry["X-KDE-Wayland-Interfaces"],
+                             "org_kde_kwin_fake_input,org_kde_plasma_window_management")
+            self.assertEqual(entry["X-KDE-DBUS-Restricted-Interfaces"], "org.kde.KWin.ScreenShot2")
+        self.assertEqual(self.entry(f"{ID}.kwin")["NoDisplay"], "true")
 
     def test_entries_are_valid(self):
         for entry in self.prefix.rglob("*.desktop"):
@@ -186,7 +190,8 @@ class Installed(unittest.TestCase):
                  for unit in (ROOT / "resources/systemd").glob("*")}
         self.assertEqual(others, {"bin/kelvane", "bin/trevix-local", "bin/brask",
                                   "lib/kelvane/start-at-login", "share/doc/kelvane/copyright",
-                                  f"share/applications/{ID}.desktop", f"etc/xdg/autostart/{ID}.desktop",
+                                  f"share/applications/{ID}.desktop",
+                                  f"share/applications/{ID}.kwin.desktop", f"etc/xdg/autostart/{ID}.desktop",
                                   f"share/metainfo/{ID}.metainfo.xml"} | units)
 
     def test_part_that_runs_from_anywhere_names_no_place(self):
