@@ -18,7 +18,7 @@ import sys
 sys.dont_write_bytecode = True
 # The values of these are names of files; of a folder with DIR.
 FILES = {"PATH", "FILE", "DIR", "SOCKET"}
-OPTION = re.compile(r"^ {2,6}(?:(-\w), )?(--[a-z][a-z-]*)(?:[ =]([A-Z][A-Z_]*|\[[^]]*\]))?(?: {2,}(\S.*))?$")
+OPTION = re.compile(r"^ {2,6}(?:(-\w), )?(--[a-z][a-z-]*)(?:[ =]([A-Z][A-Z_]*))?(?: {2,}(\S.*))?$")
 
 
 class Option:
@@ -48,11 +48,8 @@ def told_by(name, program):
     for line in shown.splitlines():
         found = OPTION.match(line)
         if found:
-            value, also = found[3], []
-            if value and value.startswith("["):  # options that go with this one
-                value, also = None, re.findall(r"--[a-z][a-z-]*", value)
-            last = Option(found[2], value, found[4], short=found[1])
-            options += [last] + [Option(name, None, "with " + last.name) for name in also]
+            last = Option(found[2], found[3], found[4], short=found[1])
+            options.append(last)
         elif last is not None and re.match(r" {8,}\S", line):
             last.text = (last.text + " " + line.strip()).strip()
         else:

@@ -295,6 +295,15 @@ class FreshRoot(unittest.TestCase):
         self.assertEqual(files(home), users)
         self.apt("purge", "kelvane")
         self.assertEqual(files(home), users)
+        self.step("running the archive, where it is unpacked")
+        archive = list(deb.parent.glob("kelvane-*-linux-*.tar.gz"))
+        self.assertEqual(len(archive), 1)
+        subprocess.run(["tar", "-xzf", archive[0], "-C", ROOT / "opt", "--no-same-owner"], check=True)
+        unpacked = f"/opt/{archive[0].name.removesuffix('.tar.gz')}"
+        self.assertIn("ALL PASS", inside(f"{unpacked}/bin/kelvane", "--selftest", user="ada").stdout)
+        for command in ["trevix-local", "brask"]:
+            inside(f"{unpacked}/bin/{command}", "--version", user="ada")
+        shutil.rmtree(ROOT / unpacked[1:])
         left = system()
         self.assertEqual({name: what for name, what in left.items() if bare.get(name) != what}, {})
         self.assertEqual(set(bare) - set(left), set())
