@@ -58,12 +58,18 @@ foreach(side 16 22 24 32 48 64 96 128 256 512)
 endforeach()
 add_custom_target(desktop_icons ALL DEPENDS ${icons})
 
-# Who holds which rights, those of the grammars that were compiled in among them.
+# Who holds which rights, those of the grammars and of Wayland's protocols that were compiled in among them.
+set(protocols)
+if(KELVANE_WAYLAND)
+  file(GLOB protocols CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/platform/linux/wayland/protocols/*.xml)
+  list(APPEND protocols ${XDG_OUTPUT_XML} ${XDG_ACTIVATION_XML} ${XDG_SHELL_XML} ${PLASMA_WINDOWS_XML}
+    ${FAKE_INPUT_XML})
+endif()
 file(GLOB grammars ${CMAKE_SOURCE_DIR}/build/grammars/installed)
 add_custom_command(OUTPUT ${made}/copyright
   COMMAND Python3::Interpreter -B ${CMAKE_SOURCE_DIR}/cmake/package_texts.py copyright
-          ${CMAKE_SOURCE_DIR} >${made}/copyright
-  DEPENDS ${CMAKE_SOURCE_DIR}/cmake/package_texts.py ${grammars})
+          ${CMAKE_SOURCE_DIR} ${protocols} >${made}/copyright
+  DEPENDS ${CMAKE_SOURCE_DIR}/cmake/package_texts.py ${grammars} ${protocols})
 add_custom_target(copyright ALL DEPENDS ${made}/copyright)
 install(FILES ${made}/copyright DESTINATION ${share}/doc/kelvane COMPONENT program)
 

@@ -5,7 +5,8 @@
     package_texts.py check ROOT                  may this be released? Says the version, or why not
     package_texts.py changelog ROOT TIME         CHANGELOG.md as Debian's tools read it
     package_texts.py releases ROOT TIME          the same as the releases of AppStream's metainfo
-    package_texts.py copyright ROOT              who holds the rights of what is compiled in
+    package_texts.py copyright ROOT [PROTOCOL…]  who holds the rights of what is compiled in; PROTOCOL is a
+                                                 description of a Wayland protocol that is
 
 ROOT is the checkout. TIME is in seconds since 1970: when what is not released yet was changed last; the
 version of such a package sorts before the release that it becomes. Exits with 1 and one sentence where
@@ -17,12 +18,14 @@ import pathlib
 import re
 import sys
 import textwrap
+import xml.etree.ElementTree
 from xml.sax.saxutils import quoteattr
 
 MAINTAINER = "Kelvane Companion <support@trevix.example>"
 VERSION_FILE = "resources/kit/standing/engine/version.txt"
 HEADING = re.compile(r"^## \[(?P<name>[^\]]+)\](?: - (?P<date>\S+))?$", re.MULTILINE)
 NUMBERS = re.compile(r"\d+\.\d+\.\d+")
+HOLDER = re.compile(r"(Copyright (©|\([cC]\))|SPDX-FileCopyrightText:) *")
 SECTIONS = {"Added", "Changed", "Deprecated", "Removed", "Fixed", "Security", "Known limits"}
 
 
@@ -191,7 +194,27 @@ def grammars(root):
     return found
 
 
-def copyright_text(root):
+def protocol(path):
+    """The stanza of a protocol of Wayland's, whose description states its own rights."""
+    told = xml.etree.ElementTree.parse(path).getroot().findtext("copyright") or ""
+    lines = [line.strip() for line in told.strip().splitlines()]
+    who = [HOLDER.sub("", line) for line in lines if HOLDER.match(line)]
+    rest = [line for line in lines if line and not HOLDER.match(line) and not line.startswith("SPDX-")]
+    named = re.search(r"^SPDX-License-Identifier: (\S+)$", "\n".join(lines), re.MULTILINE)
+    if not who or not (rest or named):
+        raise Wrong("%s does not say who holds its rights" % path)
+    name = path.stem
+    if named:
+        short = named[1].replace("-or-later", "+").replace("-only", "")
+        text = "License: %s\n See /usr/share/common-licenses/%s." % (short, short.rstrip("+"))
+    else:
+        paragraphs = re.sub(r"\n(?:\n)+", "\n.\n", "\n".join(
+            line for line in lines if not HOLDER.match(line)).strip())
+        text = "License: %s\n %s" % (name, paragraphs.replace("\n", "\n "))
+    return "Files: %s.xml\nCopyright: %s\n%s\n" % (name, "\n ".join(who), text)
+
+
+def copyright_text(root, *protocols):
     stanzas = ["Format: https://www.debian.org/doc/packaging-manuals/copyright-format/1.0/\n"
                "Upstream-Name: Kelvane Companion\nUpstream-Contact: %s\n"
                "Comment: What is compiled in from elsewhere stands below what is ours. Libraries\n"
@@ -202,6 +225,7 @@ def copyright_text(root):
                " 2008-2009 Bjoern Hoehrmann <bjoern@hoehrmann.de>\nLicense: Expat\n"]
     for name, who in grammars(root):
         stanzas.append("Files: %s/*\nCopyright: %s\nLicense: Expat\n" % (name, who))
+    stanzas += [protocol(pathlib.Path(path)) for path in protocols]
     return "\n".join(stanzas + [APACHE, EXPAT])
 
 
@@ -211,11 +235,12 @@ def main(arguments):
     if len(arguments) < 2 or arguments[0] not in actions:
         sys.exit(__doc__)
     action, needs_time = actions[arguments[0]]
-    if len(arguments) != (3 if needs_time else 2):
+    root, more = pathlib.Path(arguments[1]), arguments[2:]
+    if action is not copyright_text and len(more) != (1 if needs_time else 0):
         sys.exit(__doc__)
     try:
-        text = action(pathlib.Path(arguments[1]), *map(int, arguments[2:]))
-    except (Wrong, OSError, ValueError) as error:
+        text = action(root, *(map(int, more) if needs_time else more))
+    except (Wrong, OSError, ValueError, xml.etree.ElementTree.ParseError) as error:
         sys.exit("package_texts: %s" % error)
     sys.stdout.write(text if text.endswith("\n") else text + "\n")
 

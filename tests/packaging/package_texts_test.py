@@ -147,6 +147,28 @@ class Rights(Checkout):
         with self.assertRaises(texts.Wrong):
             texts.copyright_text(self.grammar("Copyright (c) 2020 Ada\n\nAll rights reserved."))
 
+    def protocol(self, told):
+        path = self.checkout() / "some-protocol.xml"
+        path.write_text(f'<protocol name="x"><copyright>{told}</copyright></protocol>', encoding="utf-8")
+        return path
+
+    def test_protocol_with_the_terms_that_it_states(self):
+        text = texts.protocol(self.protocol("\n  Copyright © 2018 Ada\n  Copyright (C) 2019 Bob\n\n"
+                                            "  Do what you like.\n\n  No warranty.\n"))
+        self.assertEqual(text, "Files: some-protocol.xml\nCopyright: 2018 Ada\n 2019 Bob\n"
+                               "License: some-protocol\n Do what you like.\n .\n No warranty.\n")
+
+    def test_protocol_with_a_licence_that_every_system_has(self):
+        text = texts.protocol(self.protocol("<![CDATA[\n  SPDX-FileCopyrightText: 2015 Ada\n\n"
+                                            "  SPDX-License-Identifier: LGPL-2.1-or-later\n]]>"))
+        self.assertEqual(text, "Files: some-protocol.xml\nCopyright: 2015 Ada\nLicense: LGPL-2.1+\n"
+                               " See /usr/share/common-licenses/LGPL-2.1.\n")
+
+    def test_protocol_of_nobody_is_refused(self):
+        for told in ["", "Do what you like.", "Copyright © 2018 Ada"]:
+            with self.assertRaises(texts.Wrong):
+                texts.protocol(self.protocol(told))
+
     def test_without_grammars_there_are_none(self):
         self.assertNotIn("tree-sitter", texts.copyright_text(self.checkout()))
 
