@@ -6,7 +6,7 @@
 Installs PACKAGE.deb into a Debian 12 of its own, in build/package-try, as a person does (`apt install`),
 in namespaces of its own: a release before it, use by an ordinary user, the upgrade, more use, removal. What
 is left then is compared with what was there before. The bare Debian and what apt downloads are kept there
-for the next time (700 MB). Exits with 77, and says so loudly, where it cannot be tried.
+for the next time (330 MB). Exits with 77, and says so loudly, where it cannot be tried.
 """
 
 import hashlib
