@@ -15,7 +15,3 @@ install(CODE "
     \"-executable=\${CMAKE_INSTALL_PREFIX}/Kelvane.app/Contents/Frameworks/$<TARGET_FILE_NAME:KelvaneShell>\"
     \"-qmldir=${CMAKE_SOURCE_DIR}/app/panel/qml\" -always-overwrite
     COMMAND_ERROR_IS_FATAL ANY)")
-
-set(CPACK_GENERATOR DragNDrop)
-set(CPACK_PACKAGE_FILE_NAME Kelvane-${PROJECT_VERSION})
-set(CPACK_DMG_VOLUME_NAME Kelvane)

@@ -81,6 +81,12 @@ std::string desktopEntry(const Installation& installation) {
            "Keywords=grade;review;quality;\n";
 }
 
+/// What KWin lets a program do whose executable an entry of the menu names: press the key that
+/// copies, list windows, and take their pictures.
+constexpr std::string_view kAskedOfKwin =
+    "X-KDE-Wayland-Interfaces=org_kde_kwin_fake_input,org_kde_plasma_window_management\n"
+    "X-KDE-DBUS-Restricted-Interfaces=org.kde.KWin.ScreenShot2\n";
+
 } // namespace
 
 fs::path configHome(Environment& environment, const fs::path& home) {
@@ -110,7 +116,8 @@ std::vector<InstalledFile> startFiles(const Installation& installation) {
     // Behind the panel, or the icon has no place to go to.
     return {{.path = installation.configHome / "autostart" / name,
              .text = entry + "X-GNOME-Autostart-enabled=true\nX-KDE-autostart-after=panel\n"},
-            {.path = installation.dataHome / "applications" / name, .text = entry}};
+            {.path = installation.dataHome / "applications" / name,
+             .text = entry + std::string(kAskedOfKwin)}};
 }
 
 std::string execValue(const fs::path& program) {

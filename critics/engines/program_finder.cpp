@@ -44,7 +44,7 @@ std::vector<fs::path> usualProgramFolders() {
 
 std::vector<fs::path> usualModuleFolders(const fs::path& programFolder) {
     return {programFolder / "../lib/kelvane/engines", programFolder / "engines",
-            programFolder / "../engines"};
+            programFolder / "../engines", "/usr/local/lib/kelvane/engines"};
 }
 
 } // namespace trevix

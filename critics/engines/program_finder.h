@@ -43,7 +43,8 @@ private:
 [[nodiscard]] std::vector<std::filesystem::path> usualProgramFolders();
 
 /// The folders in which builds and packages put the engines' own files, in relation to the folder
-/// of this program: lib/kelvane/engines of an installation, build/engines of a checkout.
+/// of this program: lib/kelvane/engines of an installation, build/engines of a checkout; and last
+/// the folder into which an administrator puts them beside a system's package.
 [[nodiscard]] std::vector<std::filesystem::path>
 usualModuleFolders(const std::filesystem::path& programFolder);
 

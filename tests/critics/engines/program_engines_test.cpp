@@ -226,6 +226,13 @@ TEST(EngineTable, EveryEntryIsWholeAndHasItsFamily) {
     }
 }
 
+TEST(FolderFinder, AdministratorsFolderComesAfterThoseOfTheProgram) {
+    const auto folders = usualModuleFolders("/usr/bin");
+    ASSERT_EQ(folders.size(), 4U);
+    EXPECT_EQ(folders.front().lexically_normal(), "/usr/lib/kelvane/engines");
+    EXPECT_EQ(folders.back(), "/usr/local/lib/kelvane/engines");
+}
+
 TEST(FolderFinder, FindsWhatCanBeRunInTheOrderOfTheFolders) {
     namespace fs = std::filesystem;
     const fs::path root = fs::path(testing::TempDir()) / "finder";

@@ -118,8 +118,8 @@ class Cask(unittest.TestCase):
 
     def test_image_is_the_one_that_is_packed(self):
         self.assertIn('url "https://trevix.example/download/Kelvane-#{version}.dmg"', self.text)
-        packing = (ROOT / "cmake/KelvanePackageMacos.cmake").read_text(encoding="utf-8")
-        self.assertIn("CPACK_PACKAGE_FILE_NAME Kelvane-${PROJECT_VERSION}", packing)
+        self.assertIn('version "1.2.3"\n', self.text)
+        self.assertIn("image=$build/Kelvane-$version.dmg\n", PACKAGE.read_text(encoding="utf-8"))
 
     def test_login_item_goes_with_the_program(self):
         self.assertIn('launchctl: "org.example.menubar"', self.text)
@@ -267,9 +267,11 @@ if name == "cmake" and "--install" in arguments:
         (contents / file).parent.mkdir(parents=True, exist_ok=True)
         (contents / file).write_text("x")
     (contents / "MacOS/Kelvane").chmod(0o755)
-    (build / "kelvane.rb").write_text("  sha256 :no_check\\n")
-if name == "cpack":
-    pathlib.Path("Kelvane-1.2.3.dmg").write_text("image")
+    (build / "kelvane.rb").write_text('  version "1.2.3"\\n  sha256 :no_check\\n')
+if name == "hdiutil":
+    source = pathlib.Path(arguments[arguments.index("-srcfolder") + 1])
+    found = sorted(path.name for path in source.iterdir())
+    pathlib.Path(arguments[-1]).write_text(" ".join(found))
 if name == "shasum":
     print("0123abcd  " + arguments[-1])
 """
@@ -286,15 +288,15 @@ class Packaging(unittest.TestCase):
         for place in [self.checkout / "scripts", self.checkout / "build/release", tools]:
             place.mkdir(parents=True)
         (self.checkout / "scripts/package-macos").write_bytes(PACKAGE.read_bytes())
-        for name in ["uname", "cmake", "cpack", "codesign", "xcrun", "shasum"]:
+        for name in ["uname", "cmake", "hdiutil", "codesign", "xcrun", "shasum"]:
             (tools / name).write_text(STAND_IN)
             (tools / name).chmod(0o755)
         self.journal = pathlib.Path(folder.name) / "journal"
         self.environment = {"PATH": f"{tools}:{os.environ['PATH']}", "STAND_IN_SYSTEM": "Darwin",
                             "STAND_IN_JOURNAL": str(self.journal)}
 
-    def run_it(self, **environment):
-        return subprocess.run(["bash", self.checkout / "scripts/package-macos"],
+    def run_it(self, *arguments, **environment):
+        return subprocess.run(["bash", self.checkout / "scripts/package-macos", *arguments],
                               env={**self.environment, **environment}, capture_output=True,
                               text=True, check=False)
 
@@ -337,8 +339,8 @@ class Packaging(unittest.TestCase):
 
     def test_signature_is_checked_before_the_image_is_made(self):
         self.run_it()
-        order = [call for call in self.calls() if "--verify" in call or call[0] == "cpack"]
-        self.assertEqual([call[0] for call in order], ["codesign", "cpack"])
+        order = [call for call in self.calls() if "--verify" in call or call[0] == "hdiutil"]
+        self.assertEqual([call[0] for call in order], ["codesign", "hdiutil"])
 
     def test_identity_signs_everything_with_the_hardened_runtime(self):
         result = self.run_it(KELVANE_SIGN_IDENTITY="Developer ID Application: A B (C)")
@@ -373,17 +375,38 @@ class Packaging(unittest.TestCase):
     def test_cask_gets_the_digest_of_the_finished_image(self):
         result = self.run_it(KELVANE_SIGN_IDENTITY="A", KELVANE_NOTARY_PROFILE="notary")
         cask = (self.checkout / "build/release/stage/kelvane.rb").read_text()
-        self.assertEqual(cask, '  sha256 "0123abcd"\n')
+        self.assertEqual(cask, '  version "1.2.3"\n  sha256 "0123abcd"\n')
         self.assertEqual(self.calls()[-1][0], "shasum")
         self.assertTrue(result.stdout.endswith("build/release/Kelvane-1.2.3.dmg\n"))
 
     def test_every_failing_tool_ends_it(self):
-        for tool in ["cmake", "codesign", "cpack", "xcrun notarytool submit", "xcrun stapler staple",
+        for tool in ["cmake", "codesign", "hdiutil", "xcrun notarytool submit", "xcrun stapler staple",
                      "shasum"]:
             result = self.run_it(KELVANE_SIGN_IDENTITY="A", KELVANE_NOTARY_PROFILE="n",
                                  STAND_IN_FAILS=tool)
             self.assertNotEqual(result.returncode, 0, tool)
             self.assertNotIn("made build", result.stdout, tool)
+
+    def test_image_holds_the_program_and_where_it_goes(self):
+        self.run_it()
+        image = (self.checkout / "build/release/Kelvane-1.2.3.dmg").read_text()
+        self.assertEqual(image, "Applications Kelvane.app")
+
+    def test_built_in_one_place_and_signed_in_another(self):
+        built = self.run_it("--stage", KELVANE_SIGN_IDENTITY="A", KELVANE_NOTARY_PROFILE="n")
+        self.assertEqual(built.returncode, 0, built.stderr)
+        self.assertEqual({call[0] for call in self.calls()}, {"cmake"})
+        self.journal.unlink()
+        signed = self.run_it("--sign", KELVANE_SIGN_IDENTITY="A", KELVANE_NOTARY_PROFILE="n")
+        self.assertEqual(signed.returncode, 0, signed.stderr)
+        self.assertEqual({call[0] for call in self.calls()}, {"codesign", "hdiutil", "xcrun", "shasum"})
+        self.assertTrue((self.checkout / "build/release/Kelvane-1.2.3.dmg").exists())
+
+    def test_nothing_is_signed_where_nothing_was_built(self):
+        result = self.run_it("--sign", KELVANE_SIGN_IDENTITY="A")
+        self.assertEqual(result.returncode, 1)
+        self.assertIn("no program", result.stderr)
+        self.assertEqual(self.calls(), [])
 
     def test_image_of_an_earlier_run_is_not_taken_for_this_ones(self):
         (self.checkout / "build/release/Kelvane-0.0.1.dmg").write_text("old")
