@@ -28,6 +28,8 @@ TEST(AgentAliases, DesktopFilesAndWindowClassesAreAgentsOfTheTable) {
     const std::pair<std::string, std::string> cases[] = {
         {"cursor", "cursor"},
         {"wmclass:cursor", "cursor"},
+        {"appimagekit_0123456789abcdef0123456789abcdef-Cursor", "cursor"},
+        {"appimagekit_0123456789abcdef0123456789abcdef-LM_Studio", "lm_studio"},
         {"lm-studio", "lm_studio"},
         {"lmstudio", "lm_studio"},
         {"wmclass:lm studio", "lm_studio"},
@@ -35,6 +37,7 @@ TEST(AgentAliases, DesktopFilesAndWindowClassesAreAgentsOfTheTable) {
         {"antigravity", "antigravity"},
         {"wmclass:antigravity", "antigravity"},
         {"claude-desktop", "claude_desktop"},
+        {"com.anthropic.Claude", "claude_desktop"},
         {"wmclass:claude", "claude_desktop"},
         {"wmclass:claude-desktop", "claude_desktop"},
         {"chatgpt", "chatgpt"},
@@ -66,6 +69,8 @@ TEST(AgentAliases, AProcessNamedAfterWhatItDoesIsStillItself) {
 
 TEST(AgentAliases, OthersKeepTheirNamesAndNobodyLosesHis) {
     EXPECT_EQ(AgentAliases::bundleIdFor("org.xfce.mousepad"), std::nullopt);
+    EXPECT_EQ(AgentAliases::bundleIdFor("appimagekit_0123456789abcdef0123456789abcdef-Krita"),
+              std::nullopt);
     EXPECT_EQ(AgentAliases::bundleIdForProcess("bash"), std::nullopt);
     EXPECT_EQ(AgentAliases::processFor("codex"), std::nullopt);
     const auto seen = LiveAgentScan::inTheTablesWords({{"cursor", "other"}, {"openclaw-x"}});
