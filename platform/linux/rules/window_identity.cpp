@@ -52,6 +52,38 @@ constexpr std::array<std::string_view, 7> kWebAppPrefixes{
     "chrome-", "chromium-", "msedge-", "brave-", "vivaldi-", "opera-", "crx_",
 };
 
+/// Names under which a program's windows go that no desktop file claims, and the file that is
+/// meant.
+constexpr std::pair<std::string_view, std::string_view> kOtherNames[] = {
+    // The windows belong to a service behind the terminal, which under Wayland is all they say.
+    {"gnome-terminal-server", "org.gnome.Terminal"},
+};
+
+/// What LibreOffice's windows are called as long as they do not say which of its applications they
+/// are: under Wayland for as long as they live, when the first of them was the start centre.
+constexpr std::array<std::string_view, 3> kOfficeClasses{"libreoffice-startcenter", "soffice",
+                                                         "org.libreoffice.libreoffice"};
+constexpr std::string_view kOfficeMark = "LibreOffice ";
+constexpr std::array<std::string_view, 6> kOfficeApplications{"Writer", "Calc", "Impress",
+                                                              "Draw",   "Math", "Base"};
+
+/// The class that a document of LibreOffice ought to have, from the end of its title:
+/// "budget.ods - LibreOffice Calc" gives "libreoffice-calc". Empty for other titles.
+std::string officeClass(std::string_view title) {
+    for (const auto application : kOfficeApplications) {
+        if (!title.ends_with(application)) continue;
+        auto before = title.substr(0, title.size() - application.size());
+        if (!before.ends_with(kOfficeMark)) return {};
+        before.remove_suffix(kOfficeMark.size());
+        // Before the product stands a dash, which dash depends on the version and the language.
+        for (const std::string_view dash : {" - ", " \u2013 ", " \u2014 "}) {
+            if (before.ends_with(dash)) return "libreoffice-" + text::lowerAscii(application);
+        }
+        return {};
+    }
+    return {};
+}
+
 /// Chromium appends its profile's folder to the instance: "chromium (/home/me/other)".
 std::string_view withoutProfile(std::string_view name) {
     if (!name.ends_with(')')) return name;
@@ -166,6 +198,18 @@ bool isHostAndPath(std::string_view name) {
            });
 }
 
+bool isPage(std::string_view rest) {
+    return isHostAndPath(rest) && rest.find("__") != rest.npos;
+}
+
+/// An installed site's key, then a profile: "<32 letters>-Default"; one browser writes "_" before.
+bool isInstalledSite(std::string_view rest) {
+    constexpr std::size_t kKey = 32;
+    if (rest.starts_with('_')) rest.remove_prefix(1);
+    return rest.size() > kKey && rest[kKey] == '-' &&
+           rest.substr(0, kKey).find_first_not_of("abcdefghijklmnop") == rest.npos;
+}
+
 /// The id of a site in a browser's window of its own, when `name` names one: as the browser writes
 /// it where it writes it whole ("chrome-docs.google.com__document-Default", "crx_…"), completed
 /// where it leaves the browser to the class ("docs.google.com__document").
@@ -173,8 +217,9 @@ std::optional<std::string> webApp(std::string_view name, bool classIsBrowser) {
     for (const auto prefix : kWebAppPrefixes) {
         if (!name.starts_with(prefix)) continue;
         const auto rest = name.substr(prefix.size());
-        if (prefix == "crx_" ? !rest.empty() : isHostAndPath(rest) && rest.find("__") != rest.npos)
+        if (prefix == "crx_" ? !rest.empty() : isPage(rest) || isInstalledSite(rest)) {
             return std::string(name);
+        }
     }
     if (name.starts_with("_crx_")) return webApp(name.substr(1), classIsBrowser);
     if (!classIsBrowser || !isHostAndPath(name)) return std::nullopt;
@@ -191,6 +236,7 @@ public:
           m_class(withoutProfile(facts.wmClass)) {}
 
     std::optional<WindowIdentity> resolve() const {
+        if (auto found = byTitle()) return found;
         if (const auto* const entry = byDesktopFile(m_index, m_facts.kdeDesktopFile)) {
             return of(*entry);
         }
@@ -209,11 +255,33 @@ public:
         for (const auto name : {m_instance, m_class}) {
             if (const auto* const entry = byLastComponent(m_index, name)) return of(*entry);
         }
+        for (const auto& [name, id] : kOtherNames) {
+            if (m_instance != name && m_class != name) continue;
+            if (const auto* const entry = m_index.byId(id)) return of(*entry);
+        }
         if (const auto* const entry = byExecutable()) return of(*entry);
         return byClassAlone();
     }
 
 private:
+    /// A document of LibreOffice whose window is still called after the start centre.
+    std::optional<WindowIdentity> byTitle() const {
+        if (m_facts.title.empty()) return std::nullopt;
+        const auto isOffice = [](std::string_view name) {
+            return text::isOneOf(text::lowerAscii(name), kOfficeClasses);
+        };
+        if (!isOffice(m_instance) && !isOffice(m_class)) return std::nullopt;
+        WindowFacts named = m_facts;
+        named.title.clear();
+        named.kdeDesktopFile.clear(); // It names the start centre, too.
+        named.instance = named.wmClass = officeClass(m_facts.title);
+        if (named.wmClass.empty()) return std::nullopt;
+        auto found = Resolver(named, m_index).resolve();
+        // The Flatpak without its files here is told by its sandbox, as without a title.
+        if (found && found->source == WindowIdentity::Source::Sandbox) return std::nullopt;
+        return found;
+    }
+
     /// The one entry that starts the program behind the window: programs that come without an
     /// installer (an archive, an AppImage) get a desktop file that says no more than that.
     const DesktopEntry* byExecutable() const {
