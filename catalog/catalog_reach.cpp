@@ -15,25 +15,20 @@ namespace {
 
 using Systems = std::set<std::string_view>;
 
-/// What stands between the tabs of one line.
-std::vector<std::string_view> cellsOf(std::string_view row) {
-    std::vector<std::string_view> cells;
-    for (std::size_t begin = 0; begin <= row.size();) {
-        const auto end = std::min(row.find('\t', begin), row.size());
-        cells.push_back(row.substr(begin, end - begin));
-        begin = end + 1;
-    }
-    return cells;
-}
-
 /// Identifier -> the systems it is listed for.
 std::map<std::string_view, Systems> systemsOf(std::string_view sources) {
     std::map<std::string_view, Systems> systems;
     while (!sources.empty()) {
         const auto end = std::min(sources.find('\n'), sources.size());
-        const auto cells = cellsOf(sources.substr(0, end));
+        const auto row = sources.substr(0, end);
         sources.remove_prefix(std::min(end + 1, sources.size()));
-        if (cells.size() >= 3) systems[cells[1]].insert(cells[2]);
+        // Application, identifier, platform, and what is of no use here.
+        const auto first = row.find('\t');
+        const auto second = row.find('\t', first + 1);
+        const auto third = row.find('\t', second + 1);
+        if (first == row.npos || second == row.npos || third == row.npos) continue;
+        systems[row.substr(first + 1, second - first - 1)].insert(
+            row.substr(second + 1, third - second - 1));
     }
     return systems;
 }

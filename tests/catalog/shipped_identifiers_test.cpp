@@ -390,7 +390,14 @@ TEST(ShippedIdentifiers, OfRenamedAndNewerMacApplicationsFindThem) {
                                  {"com.dingtalk.DingTalk", "dingtalk"},
                                  {"com.nextcloud.desktopclient.nextcloud", "nextcloud"},
                                  {"org.gnome.Loupe", "loupe"},
-                                 {"org.gnome.eog", "eog"}};
+                                 {"org.gnome.eog", "eog"},
+                                 {"im.manus.desktop", "manus"},
+                                 {"inc.tana.desktop", "tana"},
+                                 {"com.taskade", "taskade"},
+                                 {"com.moonshot.kimichat", "kimi"},
+                                 {"io.hoppscotch.desktop", "hoppscotch"},
+                                 {"com.sindresorhus.caprine", "messenger"},
+                                 {"com.sindresorhus.Caprine", "messenger"}};
     for (const auto& [asked, id] : expected) EXPECT_EQ(byBundle(asked), id) << asked;
 }
 

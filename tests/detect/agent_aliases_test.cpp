@@ -1,5 +1,6 @@
 #include "detect/agent_aliases.h"
 
+#include "detect/known_agents.h"
 #include "detect/live_agent_scan.h"
 
 #include <gtest/gtest.h>
@@ -7,6 +8,7 @@
 #include <algorithm>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace kelvane {
@@ -24,13 +26,14 @@ std::vector<std::string> running(std::set<std::string> bundleIds, std::set<std::
 
 using Ids = std::vector<std::string>;
 
-TEST(AgentAliases, DesktopFilesAndWindowClassesAreAgentsOfTheTable) {
-    const std::pair<std::string, std::string> cases[] = {
+const std::vector<std::pair<std::string, std::string>>& applications() {
+    static const std::vector<std::pair<std::string, std::string>> cases{
         {"cursor", "cursor"},
         {"wmclass:cursor", "cursor"},
         {"appimagekit_0123456789abcdef0123456789abcdef-Cursor", "cursor"},
         {"appimagekit_0123456789abcdef0123456789abcdef-LM_Studio", "lm_studio"},
         {"lm-studio", "lm_studio"},
+        {"LM-Studio", "lm_studio"},
         {"lmstudio", "lm_studio"},
         {"wmclass:lm studio", "lm_studio"},
         {"wmclass:lm-studio", "lm_studio"},
@@ -42,6 +45,7 @@ TEST(AgentAliases, DesktopFilesAndWindowClassesAreAgentsOfTheTable) {
         {"wmclass:claude-desktop", "claude_desktop"},
         {"chatgpt", "chatgpt"},
         {"chatgpt-desktop", "chatgpt"},
+        {"chatgpt-desktop_chatgpt-desktop", "chatgpt"},
         {"wmclass:chatgpt", "chatgpt"},
         {"wmclass:chatgpt-desktop", "chatgpt"},
         {"gemini", "gemini"},
@@ -49,7 +53,23 @@ TEST(AgentAliases, DesktopFilesAndWindowClassesAreAgentsOfTheTable) {
         {"wmclass:gemini", "gemini"},
         {"wmclass:gemini-desktop", "gemini"},
     };
-    for (const auto& [name, agent] : cases) EXPECT_EQ(running({name}, {}), Ids{agent}) << name;
+    return cases;
+}
+
+TEST(AgentAliases, DesktopFilesAndWindowClassesAreAgentsOfTheTable) {
+    for (const auto& [name, agent] : applications()) {
+        EXPECT_EQ(running({name}, {}), Ids{agent}) << name;
+    }
+}
+
+// An agent that the table knows by its application alone would otherwise never show on a system
+// where applications have other names.
+TEST(AgentAliases, EveryAgentIsSeenByAProcessOrByAnotherName) {
+    for (const auto& agent : knownAgents()) {
+        const bool named = std::ranges::any_of(
+            applications(), [&](const auto& one) { return one.second == agent.id; });
+        EXPECT_TRUE(named || !agent.processNames.empty()) << agent.id;
+    }
 }
 
 TEST(AgentAliases, ProcessesThatAreAnApplicationAreAgentsOfTheTable) {
