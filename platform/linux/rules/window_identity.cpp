@@ -59,17 +59,23 @@ constexpr std::pair<std::string_view, std::string_view> kOtherNames[] = {
     {"gnome-terminal-server", "org.gnome.Terminal"},
 };
 
-/// What LibreOffice's windows are called as long as they do not say which of its applications they
-/// are: under Wayland for as long as they live, when the first of them was the start centre.
-constexpr std::array<std::string_view, 3> kOfficeClasses{"libreoffice-startcenter", "soffice",
-                                                         "org.libreoffice.libreoffice"};
+/// What LibreOffice's windows and their program are called as long as they do not say which of its
+/// applications they are: under Wayland for as long as they live, when the first of them was the
+/// start centre.
+constexpr std::array<std::string_view, 5> kOfficeNames{"libreoffice", "libreoffice-startcenter",
+                                                       "soffice", "soffice.bin",
+                                                       "org.libreoffice.libreoffice"};
 constexpr std::string_view kOfficeMark = "LibreOffice ";
 constexpr std::array<std::string_view, 6> kOfficeApplications{"Writer", "Calc", "Impress",
                                                               "Draw",   "Math", "Base"};
 
-/// The class that a document of LibreOffice ought to have, from the end of its title:
-/// "budget.ods - LibreOffice Calc" gives "libreoffice-calc". Empty for other titles.
-std::string officeClass(std::string_view title) {
+bool isOffice(std::string_view name) {
+    return text::isOneOf(text::lowerAscii(name), kOfficeNames);
+}
+
+/// The application of LibreOffice that shows a document, from the end of its window's title:
+/// "budget.ods - LibreOffice Calc" gives "calc". Empty for other titles.
+std::string officeApplication(std::string_view title) {
     for (const auto application : kOfficeApplications) {
         if (!title.ends_with(application)) continue;
         auto before = title.substr(0, title.size() - application.size());
@@ -77,7 +83,7 @@ std::string officeClass(std::string_view title) {
         before.remove_suffix(kOfficeMark.size());
         // Before the product stands a dash, which dash depends on the version and the language.
         for (const std::string_view dash : {" - ", " \u2013 ", " \u2014 "}) {
-            if (before.ends_with(dash)) return "libreoffice-" + text::lowerAscii(application);
+            if (before.ends_with(dash)) return text::lowerAscii(application);
         }
         return {};
     }
@@ -241,7 +247,7 @@ public:
             return of(*entry);
         }
         const Accept anyone = [](const DesktopEntry&) { return true; };
-        if (!m_facts.flatpakId.empty() || !m_facts.snapInstance.empty()) {
+        if (boxed()) {
             // A sandbox knows its application; a namesake from outside must not take its windows.
             if (auto found = byClasses([this](const DesktopEntry& entry) { return ours(entry); })) {
                 return found;
@@ -256,7 +262,9 @@ public:
             if (const auto* const entry = byLastComponent(m_index, name)) return of(*entry);
         }
         for (const auto& [name, id] : kOtherNames) {
-            if (m_instance != name && m_class != name) continue;
+            if (m_instance != name && m_class != name && baseName(m_facts.executable) != name) {
+                continue;
+            }
             if (const auto* const entry = m_index.byId(id)) return of(*entry);
         }
         if (const auto* const entry = byExecutable()) return of(*entry);
@@ -264,21 +272,31 @@ public:
     }
 
 private:
-    /// A document of LibreOffice whose window is still called after the start centre.
+    /// A document of LibreOffice whose window does not say which application it is of.
     std::optional<WindowIdentity> byTitle() const {
         if (m_facts.title.empty()) return std::nullopt;
-        const auto isOffice = [](std::string_view name) {
-            return text::isOneOf(text::lowerAscii(name), kOfficeClasses);
-        };
-        if (!isOffice(m_instance) && !isOffice(m_class)) return std::nullopt;
+        const bool itself = m_class.starts_with("libreoffice-") && !isOffice(m_class);
+        if (itself || (!isOffice(m_instance) && !isOffice(m_class) &&
+                       !isOffice(baseName(m_facts.executable)))) {
+            return std::nullopt;
+        }
+        const auto application = officeApplication(m_facts.title);
+        if (application.empty()) return std::nullopt;
+        // As if the window were called as it ought to be. The desktop's property and the executable
+        // know no better than the window did.
         WindowFacts named = m_facts;
         named.title.clear();
-        named.kdeDesktopFile.clear(); // It names the start centre, too.
-        named.instance = named.wmClass = officeClass(m_facts.title);
-        if (named.wmClass.empty()) return std::nullopt;
+        named.kdeDesktopFile.clear();
+        named.executable.clear();
+        named.instance = named.wmClass = "libreoffice-" + application;
         auto found = Resolver(named, m_index).resolve();
+        if (found && found->source == WindowIdentity::Source::DesktopEntry) return found;
+        for (const std::string_view prefix : {"org.libreoffice.LibreOffice.", "libreoffice_"}) {
+            const auto* const entry = m_index.byId(std::string(prefix) + application);
+            if (entry != nullptr && (!boxed() || ours(*entry))) return of(*entry);
+        }
         // The Flatpak without its files here is told by its sandbox, as without a title.
-        if (found && found->source == WindowIdentity::Source::Sandbox) return std::nullopt;
+        if (boxed()) return std::nullopt;
         return found;
     }
 
@@ -328,6 +346,8 @@ private:
         return text::isOneOf(lower, kChromiumClasses) ||
                text::isOneOf(text::lowerAscii(lastComponent(m_class)), kChromiumClasses);
     }
+
+    bool boxed() const { return !m_facts.flatpakId.empty() || !m_facts.snapInstance.empty(); }
 
     bool ours(const DesktopEntry& entry) const {
         if (!m_facts.flatpakId.empty()) {

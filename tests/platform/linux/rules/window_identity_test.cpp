@@ -375,6 +375,24 @@ TEST(WindowIdentity, aDocumentOfTheOfficeIsToldByTheEndOfItsTitle) {
     EXPECT_EQ(idOf(facts), "libreoffice-calc");
 }
 
+TEST(WindowIdentity, theOfficeIsKnownByItsProgramAndByIdsWithoutClasses) {
+    WindowFacts facts = window("LibreOffice", "LibreOffice");
+    facts.executable = "/usr/lib/libreoffice/program/soffice.bin";
+    facts.title = "a.ods - LibreOffice Calc";
+    const DesktopEntryIndex flathub({entry("org.libreoffice.LibreOffice.calc", "Calc")});
+    EXPECT_EQ(identify(facts, flathub)->id, "org.libreoffice.LibreOffice.calc");
+    const DesktopEntryIndex snap({entry("libreoffice_calc", "Calc")});
+    EXPECT_EQ(identify(facts, snap)->id, "libreoffice_calc");
+    facts.instance = facts.wmClass = "x-window";
+    EXPECT_EQ(identify(facts, snap)->id, "libreoffice_calc");
+    facts.executable = "/usr/bin/other";
+    EXPECT_EQ(identify(facts, snap)->id, "wmclass:x-window");
+    // A terminal's service by its program.
+    facts.executable = "/usr/libexec/gnome-terminal-server";
+    EXPECT_EQ(identify(facts, DesktopEntryIndex({entry("org.gnome.Terminal", "Terminal")}))->id,
+              "org.gnome.Terminal");
+}
+
 TEST(WindowIdentity, theOfficeInASandboxIsToldByItsTitleAmongItsOwn) {
     const DesktopEntryIndex index(
         {flatpak(entry("org.libreoffice.LibreOffice.calc", "Calc", "libreoffice-calc"),
