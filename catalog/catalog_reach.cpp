@@ -33,15 +33,15 @@ std::map<std::string_view, Systems> systemsOf(std::string_view sources) {
     return systems;
 }
 
-/// How a browser built from Chromium calls the window that it opens this host in.
+/// How a browser built from Chromium calls the window that it opens this host in; but for the
+/// slashes of the path, which it writes as "_" and which are read the same.
 std::string windowOf(std::string_view host) {
     std::string name = "chrome-";
     if (host.starts_with("//")) host.remove_prefix(2);
     if (host.starts_with('.')) name += "acme"; // some customer's
     const auto slash = std::min(host.find('/'), host.size());
-    std::string path(host.substr(std::min(slash + 1, host.size())));
-    std::ranges::replace(path, '/', '_');
-    return name + std::string(host.substr(0, slash)) + "__" + path + "-Default";
+    const auto path = host.substr(std::min(slash + 1, host.size()));
+    return name.append(host.substr(0, slash)).append("__").append(path).append("-Default");
 }
 
 bool isWindow(std::string_view identifier) {

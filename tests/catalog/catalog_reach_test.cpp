@@ -29,6 +29,8 @@ CatalogFile file() {
         app("site", "mail", {"chrome-abcdefghijklmnopabcdefghijklmnop"}),
         app("pages", "mail", {}, {".desk.example/agent"}),
         app("hidden", "mail", {}, {"desk.example/agent"}),
+        // The first that lists a host gets its windows.
+        app("second", "mail", {}, {"desk.example/agent"}),
         app("nothing", "mail", {}),
     };
     return made;
@@ -47,7 +49,7 @@ TEST(CatalogReach, CountsEachWayInWhichAnApplicationIsFound) {
     const auto reach = lint::reachOf(file(), kSources);
     ASSERT_EQ(reach.size(), 2U);
     EXPECT_EQ(reach[0], (lint::Reach{"Code", 2, 2, 2, 1, 1, 0}));
-    EXPECT_EQ(reach[1], (lint::Reach{"Mail", 4, 0, 0, 3, 2, 1}));
+    EXPECT_EQ(reach[1], (lint::Reach{"Mail", 5, 0, 0, 3, 3, 1}));
 }
 
 TEST(CatalogReach, WithoutSourcesNoProgramIsKnownToBeAnywhere) {
