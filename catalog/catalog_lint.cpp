@@ -1,6 +1,7 @@
 #include "catalog/catalog_lint.h"
 
 #include "catalog/app_catalog.h"
+#include "catalog/web_apps.h"
 
 #include <nlohmann/json.hpp>
 
@@ -8,22 +9,23 @@
 #include <cstddef>
 #include <iterator>
 #include <map>
-#include <optional>
 #include <utility>
 
 namespace kelvane::lint {
 
 namespace {
 
-constexpr std::size_t kShortestPrefix = 6;
+constexpr std::size_t kShortestPrefix = 6; // characters; as the look-up has it
+constexpr std::size_t kShortestHost = 8;   // characters; "miro.com" is found in few other hosts
 constexpr std::string_view kPlainIdLetters = "abcdefghijklmnopqrstuvwxyz0123456789_";
 constexpr std::string_view kIdentifierLetters =
     "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789._-+";
+constexpr std::string_view kClassLetters =
+    "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789._-+ ";
 constexpr std::string_view kHostLetters = "abcdefghijklmnopqrstuvwxyz0123456789.-";
 constexpr std::string_view kPathLetters = "abcdefghijklmnopqrstuvwxyz0123456789.-_/@~%";
 constexpr std::string_view kWmClassPrefix = "wmclass:";
-constexpr std::string_view kWebAppPrefixes[] = {"chrome-", "msedge-", "brave-"};
-constexpr std::size_t kWebAppKeyLength = 32;
+constexpr std::string_view kKnownFromUse = "its own address; known from use";
 
 bool onlyOf(std::string_view text, std::string_view letters) {
     return text.find_first_not_of(letters) == std::string_view::npos;
@@ -44,27 +46,29 @@ bool takesText(const CatalogApp& app) {
     return app.capture == "selection" || app.capture == "document";
 }
 
+/// A host may begin at the beginning of the address's host only ("//example.org"), or after a label
+/// of it (".example.org").
+std::string_view hostWithoutAnchor(std::string_view host) {
+    if (host.starts_with("//")) return host.substr(2);
+    if (host.starts_with('.')) return host.substr(1);
+    return host;
+}
+
+/// A page that the host is found in.
+std::string pageOfHost(const std::string& host) {
+    if (host.starts_with("//")) return "https:" + host;
+    return (host.starts_with('.') ? "https://acme" : "https://") + host;
+}
+
+/// A class is found as a whole word unless it is listed as a family.
+bool isWholeClass(std::string_view identifier) {
+    return identifier.starts_with(kWmClassPrefix) && !identifier.ends_with('-') &&
+           !identifier.ends_with('.');
+}
+
 bool isTextual(std::string_view modality) {
     return modality == "text" || modality == "code" || modality == "document" ||
            modality == "spreadsheet" || modality == "video_transcript";
-}
-
-/// "chrome-docs.google.com__document_d" names a page of the web; the address it stands for.
-std::optional<std::string> pageOfWebApp(std::string_view identifier) {
-    for (const auto prefix : kWebAppPrefixes) {
-        if (!identifier.starts_with(prefix)) continue;
-        const auto rest = identifier.substr(prefix.size());
-        const auto gap = rest.find("__");
-        if (gap == std::string_view::npos) return std::nullopt;
-        std::string path(rest.substr(gap + 2));
-        std::replace(path.begin(), path.end(), '_', '/');
-        return "https://" + std::string(rest.substr(0, gap)) + "/" + path;
-    }
-    return std::nullopt;
-}
-
-bool isWebAppKey(std::string_view text) {
-    return text.size() == kWebAppKeyLength && onlyOf(text, "abcdefghijklmnop");
 }
 
 class Entries {
@@ -163,6 +167,10 @@ private:
             complain(app.id, "its text would be graded as " + inQuotes(app.primaryModality) +
                                  "; capture \"screenshot\" or \"export\" fits that modality");
         }
+        if (!takesText(app) && isTextual(app.primaryModality)) {
+            complain(app.id, "its text would never be read, only its picture; capture "
+                             "\"selection\" takes the picture by itself when nothing is selected");
+        }
         if (app.workflowNodes.empty()) {
             complain(app.id, "plays no step in a workflow; fill \"workflow_nodes\"");
         }
@@ -174,8 +182,8 @@ private:
         if (app.isBrowser != (app.category == "browser")) {
             complain(app.id, "\"is_browser\" and the category \"browser\" go together");
         }
-        if (app.isBrowser && app.capture != "screenshot") {
-            complain(app.id, "a browser shows any page: capture it as a \"screenshot\"");
+        if (app.isBrowser && app.capture != "selection") {
+            complain(app.id, "a browser shows any page: capture it by \"selection\"");
         }
         if (app.category == "terminal" && app.capture != "selection") {
             complain(app.id, "a terminal is captured by \"selection\"");
@@ -211,7 +219,11 @@ private:
     void checkSpelling(const CatalogApp& app, std::string_view identifier) {
         const bool byClass = identifier.starts_with(kWmClassPrefix);
         const auto letters = byClass ? identifier.substr(kWmClassPrefix.size()) : identifier;
-        if (letters.size() < 2 || !onlyOf(letters, kIdentifierLetters)) {
+        // A class may be several words; a blank at an end is a slip.
+        const bool blankAtAnEnd = letters.starts_with(' ') || letters.ends_with(' ');
+        const bool spelled =
+            onlyOf(letters, byClass ? kClassLetters : kIdentifierLetters) && !blankAtAnEnd;
+        if (letters.size() < 2 || !spelled) {
             complain(app.id, "identifier " + inQuotes(identifier) +
                                  " has a letter that no identifier has, or is too short");
         }
@@ -229,13 +241,16 @@ private:
 
     /// A window of a web application's own must lead where its page leads.
     void checkWebApp(const CatalogApp& app, std::string_view identifier) {
-        if (identifier.starts_with("crx_")) {
-            if (!isWebAppKey(identifier.substr(4))) {
-                complain(app.id, inQuotes(identifier) + ": a web application's key has 32 letters");
-            }
-            return;
+        const auto key = WebApps::keyOf(identifier);
+        if (key && identifier != WebApps::listedAs(*key)) {
+            complain(app.id, "installed site " + inQuotes(identifier) + ": list it as " +
+                                 inQuotes(WebApps::listedAs(*key)) +
+                                 ", from which its other names follow");
         }
-        const auto page = pageOfWebApp(identifier);
+        if (identifier.starts_with("crx_") && !key) {
+            complain(app.id, inQuotes(identifier) + ": an installed site's key has 32 letters");
+        }
+        const auto page = WebApps::pageOf(identifier);
         if (!page) return;
         const CatalogApp* const found = m_catalog.appForURL(*page);
         if (found == nullptr || found->id != app.id) {
@@ -256,10 +271,10 @@ private:
                 complain(app.id, "host " + inQuotes(host) + ": leave the scheme out");
                 continue;
             }
-            const auto slash = host.find('/');
-            const auto name = std::string_view(host).substr(0, slash);
-            const auto path = slash == std::string::npos ? std::string_view()
-                                                         : std::string_view(host).substr(slash);
+            const auto plain = hostWithoutAnchor(host);
+            const auto slash = plain.find('/');
+            const auto name = plain.substr(0, slash);
+            const auto path = slash == plain.npos ? std::string_view() : plain.substr(slash);
             if (!onlyOf(name, kHostLetters) || !onlyOf(path, kPathLetters)) {
                 complain(app.id, "host " + inQuotes(host) +
                                      " must be lower case, without blanks, query or fragment");
@@ -270,11 +285,12 @@ private:
             const auto dot = name.find('.');
             if (dot == std::string_view::npos || dot == 0 || name.ends_with('.')) {
                 complain(app.id, "host " + inQuotes(host) + " is no whole host name");
-            } else if (host.size() < 8) {
+            } else if (host.size() < kShortestHost) {
                 complain(app.id, "host " + inQuotes(host) +
-                                     " would be found inside other hosts; add a subdomain or path");
+                                     " would be found inside other hosts; begin it with \"//\" or "
+                                     "\".\", or add a subdomain or path");
             }
-            const CatalogApp* const found = m_catalog.appForURL("https://" + host + "/x");
+            const CatalogApp* const found = m_catalog.appForURL(pageOfHost(host) + "/x");
             if (found == nullptr || found->id != app.id) {
                 complain(app.id, "host " + inQuotes(host) + " leads to " +
                                      (found == nullptr ? "nothing" : found->id));
@@ -300,13 +316,13 @@ private:
         }
         std::set<std::pair<std::string, std::string>> found;
         for (const auto& [prefix, owner] : m_identifiers) {
-            if (prefix.size() < kShortestPrefix) continue;
+            if (prefix.size() < kShortestPrefix || isWholeClass(prefix)) continue;
             // The map is sorted: what begins with the prefix follows it directly.
             for (auto next = m_identifiers.upper_bound(prefix);
                  next != m_identifiers.end() && next->first.starts_with(prefix); ++next) {
                 if (next->second == owner) continue;
                 // Between windows of pages the hosts decide, and they were held to that above.
-                if (pageOfWebApp(prefix) && pageOfWebApp(next->first)) continue;
+                if (WebApps::pageOf(prefix) && WebApps::pageOf(next->first)) continue;
                 found.insert({prefix, next->first});
                 if (!meant.contains({prefix, next->first})) {
                     complain(owner, "identifier " + inQuotes(prefix) + " begins " +
@@ -496,6 +512,14 @@ Complaints checkSources(std::string_view table, const CatalogFile& file) {
         if (!cells[3].starts_with("https://") && !cells[3].starts_with("Debian package ")) {
             complain("source " + inQuotes(cells[3]) +
                      " is no public place: an https address, or \"Debian package <name>, <file>\"");
+        }
+        const bool itself =
+            listed.isHost && cells[3] == "https://" + std::string(hostWithoutAnchor(listed.value));
+        if (itself && cells[4] != kKnownFromUse) {
+            complain("host " + inQuotes(listed.value) +
+                     " is its own source: name a public place that "
+                     "names it, or note " +
+                     inQuotes(kKnownFromUse));
         }
     }
     if (next < wanted.size()) {

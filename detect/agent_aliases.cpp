@@ -1,7 +1,11 @@
 #include "detect/agent_aliases.h"
 
+#include "catalog/recognition.h"
+#include "text/unicode.h"
+
 #include <algorithm>
 #include <iterator>
+#include <string>
 
 namespace kelvane::AgentAliases {
 
@@ -25,16 +29,19 @@ constexpr Alias kApplications[] = {
     {"cursor", kCursor},
     {"wmclass:cursor", kCursor},
     {"lm-studio", kLmStudio},
+    {"LM-Studio", kLmStudio},
     {"lmstudio", kLmStudio},
     {"wmclass:lm studio", kLmStudio},
     {"wmclass:lm-studio", kLmStudio},
     {"antigravity", kAntigravity},
     {"wmclass:antigravity", kAntigravity},
     {"claude-desktop", kClaudeDesktop},
+    {"com.anthropic.Claude", kClaudeDesktop},
     {"wmclass:claude", kClaudeDesktop},
     {"wmclass:claude-desktop", kClaudeDesktop},
     {"chatgpt", kChatGpt},
     {"chatgpt-desktop", kChatGpt},
+    {"chatgpt-desktop_chatgpt-desktop", kChatGpt},
     {"wmclass:chatgpt", kChatGpt},
     {"wmclass:chatgpt-desktop", kChatGpt},
     {"gemini", kGemini},
@@ -62,7 +69,13 @@ std::optional<std::string> find(const Alias (&table)[Count], std::string_view na
 } // namespace
 
 std::optional<std::string> bundleIdFor(std::string_view bundleId) {
-    return find(kApplications, bundleId);
+    if (auto known = find(kApplications, bundleId)) return known;
+    // A desktop file made for an AppImage has the name of the program, which is its windows' class.
+    const auto name = nameOfAppImage(bundleId);
+    if (!name) return std::nullopt;
+    auto word = text::lowerAscii(*name);
+    std::ranges::replace(word, '_', ' ');
+    return find(kApplications, "wmclass:" + word);
 }
 
 std::optional<std::string> bundleIdForProcess(std::string_view process) {

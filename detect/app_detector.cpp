@@ -1,5 +1,6 @@
 #include "detect/app_detector.h"
 
+#include "catalog/recognition.h"
 #include "platform/ports/workspace.h"
 
 namespace kelvane::AppDetector {
@@ -10,7 +11,7 @@ DetectedApp resolve(const std::optional<std::string>& bundleId,
     detected.rawBundleId = bundleId.value_or("");
     detected.rawName = name.value_or(detected.rawBundleId);
     if (!detected.rawBundleId.empty()) {
-        if (const CatalogApp* app = catalog.appForBundleId(detected.rawBundleId)) {
+        if (const CatalogApp* app = recognise(catalog, detected.rawBundleId)) {
             detected.app = *app;
         }
     }

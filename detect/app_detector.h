@@ -1,7 +1,8 @@
 // The application in front, and what the catalog knows of it.
 //
 // The answer rests on the bundle identifier alone. For a browser it says only that it is a browser;
-// the page in it is not looked at.
+// the page in it is not looked at. A site in a window of its own has an identifier of its own,
+// which says more (see catalog/recognition.h).
 
 #pragma once
 

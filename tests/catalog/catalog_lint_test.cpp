@@ -38,7 +38,6 @@ CatalogFile good() {
     browser.category = "browser";
     browser.bundleIds = {"org.example.browser"};
     browser.webHosts = {};
-    browser.capture = "screenshot";
     browser.isBrowser = true;
     CatalogApp terminal = editor;
     terminal.id = "terminal";
@@ -54,13 +53,14 @@ CatalogApp& editorOf(CatalogFile& file) {
     return file.apps.front();
 }
 
-const char* const kGoodSources = "app\tidentifier\tplatform\tsource\tnote\n"
-                                 "editor\torg.example.editor\tmacos\thttps://example.org/a\t\n"
-                                 "editor\torg.example.editor\tlinux\tDebian package e, f\t\n"
-                                 "editor\tchrome-edit.example.org__\tlinux\thttps://a.org\tx\n"
-                                 "editor\tedit.example.org\tweb\thttps://edit.example.org/\t\n"
-                                 "browser\torg.example.browser\tlinux\thttps://a.org\t\n"
-                                 "terminal\torg.example.terminal\tlinux\thttps://a.org\t\n";
+const char* const kGoodSources =
+    "app\tidentifier\tplatform\tsource\tnote\n"
+    "editor\torg.example.editor\tmacos\thttps://example.org/a\t\n"
+    "editor\torg.example.editor\tlinux\tDebian package e, f\t\n"
+    "editor\tchrome-edit.example.org__\tlinux\thttps://a.org\tx\n"
+    "editor\tedit.example.org\tweb\thttps://edit.example.org\tits own address; known from use\n"
+    "browser\torg.example.browser\tlinux\thttps://a.org\t\n"
+    "terminal\torg.example.terminal\tlinux\thttps://a.org\t\n";
 
 TEST(CatalogLint, AGoodCatalogDrawsNoComplaint) {
     EXPECT_THAT(lint::checkEntries(good(), {}), IsEmpty());
@@ -123,7 +123,11 @@ TEST(CatalogLint, EachBadEntryIsFound) {
          "is no plain word"},
         {"browser that is not marked", [](auto& file) { file.apps[1].isBrowser = false; },
          "go together"},
-        {"browser read by its text", [](auto& file) { file.apps[1].capture = "selection"; },
+        {"text taken as a picture", [](auto& file) { editorOf(file).capture = "screenshot"; },
+         "editor: its text would never be read"},
+        {"text left to an exported file", [](auto& file) { editorOf(file).capture = "export"; },
+         "editor: its text would never be read"},
+        {"browser taken as a picture", [](auto& file) { file.apps[1].capture = "screenshot"; },
          "a browser shows any page"},
         {"terminal taken as a picture", [](auto& file) { file.apps[2].capture = "screenshot"; },
          "a terminal is captured by"},
@@ -145,6 +149,9 @@ TEST(CatalogLint, EachBadEntryIsFound) {
         {"window class in capitals",
          [](auto& file) { editorOf(file).bundleIds.push_back("wmclass:Editor"); },
          "a window class is listed in lower case"},
+        {"window class with a blank at its end",
+         [](auto& file) { editorOf(file).bundleIds.push_back("wmclass:editor "); },
+         "a letter that no identifier has"},
         {"prefix that reaches into another",
          [](auto& file) { file.apps[1].bundleIds.push_back("org.example.editor-viewer"); },
          "editor: identifier \"org.example.editor\" begins \"org.example.editor-viewer\" of "
@@ -154,6 +161,11 @@ TEST(CatalogLint, EachBadEntryIsFound) {
          "which no host of this application matches"},
         {"key of a web application cut short",
          [](auto& file) { editorOf(file).bundleIds.push_back("crx_abc"); }, "has 32 letters"},
+        {"installed site by another of its names",
+         [](auto& file) {
+             editorOf(file).bundleIds.push_back("msedge-abcdefghijklmnopabcdefghijklmnop");
+         },
+         "list it as \"chrome-abcdefghijklmnopabcdefghijklmnop\""},
         {"host in capitals",
          [](auto& file) { editorOf(file).webHosts.push_back("Edit.example.com"); },
          "must be lower case"},
@@ -171,6 +183,12 @@ TEST(CatalogLint, EachBadEntryIsFound) {
         {"host found inside others",
          [](auto& file) { editorOf(file).webHosts.push_back("hdt.app"); },
          "would be found inside other hosts"},
+        {"host that begins with half a mark",
+         [](auto& file) { editorOf(file).webHosts.push_back("/edit.example.net"); },
+         "is no whole host name"},
+        {"host that begins with two marks",
+         [](auto& file) { editorOf(file).webHosts.push_back("//.example.net"); },
+         "is no whole host name"},
         {"host listed by two",
          [](auto& file) { file.apps[2].webHosts.push_back("edit.example.org"); },
          "terminal: host \"edit.example.org\" is listed by editor already"},
@@ -189,6 +207,27 @@ TEST(CatalogLint, EachBadEntryIsFound) {
         }
         EXPECT_TRUE(named) << bad.name << ": " << testing::PrintToString(complaints);
     }
+}
+
+TEST(CatalogLint, AHostMayBeginAtALabel) {
+    CatalogFile file = good();
+    editorOf(file).webHosts = {"edit.example.org", "//edit.app", ".hdt.app", "//x.io/write"};
+    EXPECT_THAT(lint::checkEntries(file, {}), IsEmpty());
+}
+
+TEST(CatalogLint, AClassReachesIntoNothingUnlessItIsAFamily) {
+    CatalogFile file = good();
+    editorOf(file).bundleIds.push_back("wmclass:edit");
+    file.apps[1].bundleIds.push_back("wmclass:editor-browser");
+    EXPECT_THAT(lint::checkEntries(file, {}), IsEmpty());
+    editorOf(file).bundleIds.back() = "wmclass:editor-";
+    EXPECT_THAT(lint::checkEntries(file, {}), ElementsAre(HasSubstr("\"wmclass:editor-\" begins")));
+}
+
+TEST(CatalogLint, AClassMayBeSeveralWords) {
+    CatalogFile file = good();
+    editorOf(file).bundleIds.push_back("wmclass:the editor");
+    EXPECT_THAT(lint::checkEntries(file, {}), IsEmpty());
 }
 
 TEST(CatalogLint, AnIdUsedTwiceIsFound) {
@@ -289,6 +328,8 @@ TEST(CatalogLint, EachBadTableOfSourcesIsFound) {
          ":8: \"org.gone\" of terminal stands where nothing is due"},
         {replaced("https://a.org\tx", "https://a.org"), ":4: has 4 cells"},
         {replaced("Debian package e, f", "my memory"), "is no public place"},
+        {replaced("its own address; known from use", ""), "is its own source"},
+        {replaced("its own address; known from use", "seen"), "is its own source"},
         {replaced("Debian package e, f", "/home/me/list.txt"), "is no public place"},
         {replaced("\tweb\t", "\tlinux\t"), "a host is \"web\""},
         {replaced("\tlinux\tDebian", "\tplan9\tDebian"), "platform \"plan9\""},

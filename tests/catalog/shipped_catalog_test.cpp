@@ -2,6 +2,7 @@
 
 #include "catalog/app_catalog.h"
 #include "catalog/catalog_lint.h"
+#include "catalog/catalog_reach.h"
 #include "tests/source_tree.h"
 
 #include <gtest/gtest.h>
@@ -71,6 +72,58 @@ TEST(ShippedCatalog, EveryIdentifierAndHostHasItsSource) {
     const auto complaints = lint::checkSources(bytesOf("resources/catalog-sources.tsv"),
                                                decodeCatalogFile(shippedBytes()));
     EXPECT_TRUE(complaints.empty()) << all(complaints);
+}
+
+/// What stands between two lines of docs/catalog.md, without them.
+std::string inTheDocs(std::string_view after, std::string_view before) {
+    const std::string docs = bytesOf("docs/catalog.md");
+    const auto begin = docs.find(after);
+    if (begin == docs.npos) return {};
+    const auto from = begin + after.size();
+    return docs.substr(from, docs.find(before, from) - from);
+}
+
+TEST(ShippedCatalog, TheDocsSayHowManyAreRecognisedWhere) {
+    const auto reach =
+        lint::reachOf(decodeCatalogFile(shippedBytes()), bytesOf("resources/catalog-sources.tsv"));
+    const std::string table = lint::reachTable(reach);
+    const auto heading = table.substr(0, table.find('\n') + 1);
+    EXPECT_EQ(heading + inTheDocs(heading, "\n\n") + "\n", table)
+        << "docs/catalog.md: the table should read\n"
+        << table;
+}
+
+TEST(ShippedCatalog, EveryApplicationIsFoundBySomething) {
+    for (const auto& each : lint::reachOf(decodeCatalogFile(shippedBytes()),
+                                          bytesOf("resources/catalog-sources.tsv"))) {
+        EXPECT_EQ(each.none, 0U) << each.category;
+        EXPECT_GT(each.apps, 0U) << each.category;
+    }
+    // A page that nobody can open in a window of its own would be found by nothing at all: the
+    // program does not read addresses.
+    for (const auto& app : shipped().apps()) {
+        CatalogFile alone;
+        alone.categories = {{app.category, app.category}};
+        alone.apps = {app};
+        std::string sources;
+        for (const auto& identifier : app.bundleIds) {
+            sources += app.id + "\t" + identifier + "\tmacos\t\t\n";
+        }
+        const auto reach = lint::reachOf(alone, sources).front();
+        EXPECT_GT(reach.onMacos + reach.window, 0U) << app.id << " is found by no identifier";
+    }
+}
+
+TEST(ShippedCatalog, TheExampleOfTheDocsPassesItsOwnChecks) {
+    CatalogFile file = decodeCatalogFile("{\"version\": \"2026-01-01\", \"apps\": [" +
+                                         inTheDocs("```json\n", "```") + "]}");
+    file.modalities = {"document", "text"};
+    file.categories = {{"writing", "Writing"}};
+    EXPECT_EQ(lint::checkEntries(file, {}), lint::Complaints{});
+    EXPECT_EQ(lint::checkSources("app\tidentifier\tplatform\tsource\tnote\n" +
+                                     inTheDocs("```text\n", "```"),
+                                 file),
+              lint::Complaints{});
 }
 
 TEST(ShippedCatalog, HasAVersionAndEnoughApps) {

@@ -2,6 +2,7 @@
 // application, versioned and suffixed ones too, and those that must find none.
 
 #include "catalog/app_catalog.h"
+#include "catalog/recognition.h"
 #include "tests/source_tree.h"
 
 #include <gtest/gtest.h>
@@ -27,7 +28,7 @@ std::string idOf(const CatalogApp* app) {
 }
 
 std::string byBundle(std::string_view bundleId) {
-    return idOf(shipped().appForBundleId(bundleId));
+    return idOf(recognise(shipped(), bundleId));
 }
 
 struct Expected {
@@ -319,6 +320,87 @@ TEST(ShippedIdentifiers, OfLinuxApplicationsFindThem) {
     for (const auto& [asked, id] : expected) EXPECT_EQ(byBundle(asked), id) << asked;
 }
 
+// Names under which programs go that have no desktop file here, or one that snapd or an AppImage
+// made.
+TEST(ShippedIdentifiers, OfSnapsArchivesAndAppImagesFindThem) {
+    const Expected expected[] = {
+        {"vlc_vlc", "vlc"},
+        {"gimp_gimp", "gimp"},
+        {"telegram-desktop_telegram-desktop", "telegram"},
+        {"pycharm-community_pycharm-community", "jetbrains"},
+        {"datagrip_datagrip", "jetbrains"},
+        {"libreoffice_writer", "libreoffice"},
+        {"libreoffice_calc", "libreoffice_calc"},
+        {"libreoffice_impress", "libreoffice_impress"},
+        {"signal-desktop_signal-desktop", "signal"},
+        {"obsidian_obsidian", "obsidian"},
+        {"brave_brave", "brave"},
+        {"obs-studio_obs-studio", "obs_studio"},
+        {"wmclass:code", "vscode"},
+        {"wmclass:obsidian", "obsidian"},
+        {"wmclass:jetbrains-idea", "jetbrains"},
+        {"wmclass:gnome-terminal-server", "gnome_terminal"},
+        {"wmclass:libreoffice-writer", "libreoffice"},
+        {"wmclass:libreoffice-calc", "libreoffice_calc"},
+        {"wmclass:beekeeper studio", "beekeeper_studio"},
+        {"wmclass:urxvt", "rxvt_unicode"},
+        {"appimagekit_8c8237c3d919fe4f450c2ed4d2fa0fcc-Obsidian", "obsidian"},
+        {"appimagekit_8c8237c3d919fe4f450c2ed4d2fa0fcc-Beekeeper_Studio", "beekeeper_studio"}};
+    for (const auto& [asked, id] : expected) EXPECT_EQ(byBundle(asked), id) << asked;
+}
+
+TEST(ShippedIdentifiers, OfInstalledSitesFindThemInEveryBrowser) {
+    const Expected expected[] = {
+        {"msedge-cifhbcnohmdccbgoicgdjpfamggdegmo-Default", "teams"},
+        {"msedge-_cifhbcnohmdccbgoicgdjpfamggdegmo-Default", "teams"},
+        {"crx__cifhbcnohmdccbgoicgdjpfamggdegmo", "teams"},
+        {"brave-agimnkijcaahngcdmfeangaknmldooml-Default", "youtube"},
+        {"com.google.Chrome.flextop.chrome-mpnpojknpmmopombnjdcgaaiekajbnjb-Default",
+         "google_docs"},
+        {"com.google.Chrome.app.kjbdgfilnfhdoflbpgamdcdgpehopbep", "google_calendar"},
+        {"com.microsoft.edgemac.app.fmgjjmmmlfnkbppncabfkddbjimcfncm", "gmail"},
+        {"com.brave.Browser.app.mjoklplbddabcmpepnokjaffbmgbkkgg", "github"},
+        {"chrome-cadlkienfkclaiaibeoongdcgmdikeeg-Default", "chatgpt"},
+        {"chrome-fmpnliohjhemenmnlpbfagaolkdacoja-Profile_1", "claude"}};
+    for (const auto& [asked, id] : expected) EXPECT_EQ(byBundle(asked), id) << asked;
+}
+
+TEST(ShippedIdentifiers, OfPagesInWindowsFindTheCustomersPages) {
+    const Expected expected[] = {
+        {"chrome-acme.zendesk.com__agent-Default", "zendesk"},
+        {"msedge-acme.service-now.com__-Default", "servicenow"},
+        {"brave-acme.lightning.force.com__lightning-Default", "salesforce"},
+        {"chrome-acme.crm4.dynamics.com__-Default", "dynamics365"},
+        {"chrome-acme.atlassian.net__wiki-Default", "confluence"},
+        {"msedge-docs.google.com__document_d_1-Default", "google_docs"}};
+    for (const auto& [asked, id] : expected) EXPECT_EQ(byBundle(asked), id) << asked;
+}
+
+TEST(ShippedIdentifiers, OfRenamedAndNewerMacApplicationsFindThem) {
+    const Expected expected[] = {{"app.kaleidoscope.v4", "kaleidoscope"},
+                                 {"com.apple.pixelmator", "pixelmator"},
+                                 {"com.apple.mobilelogic", "logic_pro"},
+                                 {"com.apple.MainStageApp", "mainstage"},
+                                 {"com.apple.FinalCutApp", "final_cut"},
+                                 {"com.mathworks.matlab", "matlab"},
+                                 {"com.adobe.Lightroom", "lightroom"},
+                                 {"com.adobe.Lightroom6", "lightroom"},
+                                 {"com.unity3d.UnityEditor", "unity"},
+                                 {"com.presonus.studioone6", "studio_one"},
+                                 {"com.dingtalk.DingTalk", "dingtalk"},
+                                 {"com.nextcloud.desktopclient.nextcloud", "nextcloud"},
+                                 {"org.gnome.Loupe", "loupe"},
+                                 {"org.gnome.eog", "eog"},
+                                 {"im.manus.desktop", "manus"},
+                                 {"inc.tana.desktop", "tana"},
+                                 {"com.taskade", "taskade"},
+                                 {"com.moonshot.kimichat", "kimi"},
+                                 {"io.hoppscotch.desktop", "hoppscotch"},
+                                 {"com.sindresorhus.caprine", "messenger"},
+                                 {"com.sindresorhus.Caprine", "messenger"}};
+    for (const auto& [asked, id] : expected) EXPECT_EQ(byBundle(asked), id) << asked;
+}
+
 // Neighbours of listed identifiers: other products of the same makers, parts of the system, names
 // that begin like one of ours, and ours cut short.
 TEST(ShippedIdentifiers, OfOtherProductsFindNothing) {
@@ -389,7 +471,11 @@ TEST(ShippedIdentifiers, OfOtherProductsFindNothing) {
                                    "chrome-",
                                    "chrome-example.org__",
                                    "crx_abcdefghijklmnopabcdefghijklmnop",
-                                   "wmclass:xclock"};
+                                   "wmclass:xclock",
+                                   "wmclass:codeblocks",
+                                   "wmclass:elements",
+                                   "wmclass:signal-loom",
+                                   "wmclass:footnote"};
     for (const char* const asked : foreign) EXPECT_EQ(byBundle(asked), "-") << asked;
 }
 
@@ -398,6 +484,10 @@ TEST(ShippedIdentifiers, OfOtherProductsFindNothing) {
 TEST(ShippedIdentifiers, ReachIntoTheseForeignProductsAndNoOneHasFoundAWayOut) {
     // A game in Debian. The browser there is called "chromium", with nothing longer to list.
     EXPECT_EQ(byBundle("chromium-bsu"), "chromium");
+    // A clock in the tray.
+    EXPECT_EQ(byBundle("cursor-clock"), "cursor");
+    // A driver of mice, whose maker calls it by its name alone in one of its builds.
+    EXPECT_EQ(byBundle("com.linearmouse.LinearMouse"), "linear");
     // An installed web application that is not listed: its window is still the browser's.
     EXPECT_EQ(byBundle("com.google.Chrome.app.abcdefghijklmnopabcdefghijklmnop"), "chrome");
 }
@@ -406,9 +496,33 @@ TEST(ShippedIdentifiers, AWebApplicationInAWindowOfItsOwnIsNotItsBrowser) {
     for (const char* const window :
          {"chrome-docs.google.com__document", "chrome-mail.google.com__", "chrome-www.figma.com__",
           "chrome-fmgjjmmmlfnkbppncabfkddbjimcfncm-Default"}) {
-        const CatalogApp* const app = shipped().appForBundleId(window);
+        const CatalogApp* const app = recognise(shipped(), window);
         ASSERT_NE(app, nullptr) << window;
         EXPECT_FALSE(app->isBrowser) << window;
+    }
+}
+
+TEST(ShippedIdentifiers, OfAConverterOfFilmsAreNotTheScreenshotProgram) {
+    EXPECT_EQ(byBundle("shutter"), "shutter");
+    EXPECT_EQ(byBundle("shutter-encoder"), "shutter_encoder");
+}
+
+TEST(ShippedHosts, AreNotFoundInTheMiddleOfOtherHosts) {
+    for (const char* const page :
+         {"https://www.bostondynamics.com/", "https://code.visualstudio.com/docs",
+          "https://24slides.com/x", "https://cybermonday.com/", "https://linux.com/compose/x",
+          "https://thankyou.com/search", "https://precursor.com/", "https://nonlinear.app/"}) {
+        EXPECT_EQ(idOf(shipped().appForURL(page)), "-") << page;
+    }
+    const Expected expected[] = {{"https://acme.crm.dynamics.com/main.aspx", "dynamics365"},
+                                 {"https://slides.com/me/deck", "slides_com"},
+                                 {"https://acme.slides.com/deck", "slides_com"},
+                                 {"https://acme.monday.com/boards/1", "monday"},
+                                 {"https://x.com/compose/post", "x_twitter"},
+                                 {"https://cursor.com/agents", "cursor"},
+                                 {"https://www.cursor.com/agents", "cursor"}};
+    for (const auto& [asked, id] : expected) {
+        EXPECT_EQ(idOf(shipped().appForURL(asked)), id) << asked;
     }
 }
 

@@ -1,5 +1,6 @@
 #include "detect/agent_aliases.h"
 
+#include "detect/known_agents.h"
 #include "detect/live_agent_scan.h"
 
 #include <gtest/gtest.h>
@@ -7,6 +8,7 @@
 #include <algorithm>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace kelvane {
@@ -24,21 +26,26 @@ std::vector<std::string> running(std::set<std::string> bundleIds, std::set<std::
 
 using Ids = std::vector<std::string>;
 
-TEST(AgentAliases, DesktopFilesAndWindowClassesAreAgentsOfTheTable) {
-    const std::pair<std::string, std::string> cases[] = {
+const std::vector<std::pair<std::string, std::string>>& applications() {
+    static const std::vector<std::pair<std::string, std::string>> cases{
         {"cursor", "cursor"},
         {"wmclass:cursor", "cursor"},
+        {"appimagekit_0123456789abcdef0123456789abcdef-Cursor", "cursor"},
+        {"appimagekit_0123456789abcdef0123456789abcdef-LM_Studio", "lm_studio"},
         {"lm-studio", "lm_studio"},
+        {"LM-Studio", "lm_studio"},
         {"lmstudio", "lm_studio"},
         {"wmclass:lm studio", "lm_studio"},
         {"wmclass:lm-studio", "lm_studio"},
         {"antigravity", "antigravity"},
         {"wmclass:antigravity", "antigravity"},
         {"claude-desktop", "claude_desktop"},
+        {"com.anthropic.Claude", "claude_desktop"},
         {"wmclass:claude", "claude_desktop"},
         {"wmclass:claude-desktop", "claude_desktop"},
         {"chatgpt", "chatgpt"},
         {"chatgpt-desktop", "chatgpt"},
+        {"chatgpt-desktop_chatgpt-desktop", "chatgpt"},
         {"wmclass:chatgpt", "chatgpt"},
         {"wmclass:chatgpt-desktop", "chatgpt"},
         {"gemini", "gemini"},
@@ -46,7 +53,23 @@ TEST(AgentAliases, DesktopFilesAndWindowClassesAreAgentsOfTheTable) {
         {"wmclass:gemini", "gemini"},
         {"wmclass:gemini-desktop", "gemini"},
     };
-    for (const auto& [name, agent] : cases) EXPECT_EQ(running({name}, {}), Ids{agent}) << name;
+    return cases;
+}
+
+TEST(AgentAliases, DesktopFilesAndWindowClassesAreAgentsOfTheTable) {
+    for (const auto& [name, agent] : applications()) {
+        EXPECT_EQ(running({name}, {}), Ids{agent}) << name;
+    }
+}
+
+// An agent that the table knows by its application alone would otherwise never show on a system
+// where applications have other names.
+TEST(AgentAliases, EveryAgentIsSeenByAProcessOrByAnotherName) {
+    for (const auto& agent : knownAgents()) {
+        const bool named = std::ranges::any_of(
+            applications(), [&](const auto& one) { return one.second == agent.id; });
+        EXPECT_TRUE(named || !agent.processNames.empty()) << agent.id;
+    }
 }
 
 TEST(AgentAliases, ProcessesThatAreAnApplicationAreAgentsOfTheTable) {
@@ -66,6 +89,8 @@ TEST(AgentAliases, AProcessNamedAfterWhatItDoesIsStillItself) {
 
 TEST(AgentAliases, OthersKeepTheirNamesAndNobodyLosesHis) {
     EXPECT_EQ(AgentAliases::bundleIdFor("org.xfce.mousepad"), std::nullopt);
+    EXPECT_EQ(AgentAliases::bundleIdFor("appimagekit_0123456789abcdef0123456789abcdef-Krita"),
+              std::nullopt);
     EXPECT_EQ(AgentAliases::bundleIdForProcess("bash"), std::nullopt);
     EXPECT_EQ(AgentAliases::processFor("codex"), std::nullopt);
     const auto seen = LiveAgentScan::inTheTablesWords({{"cursor", "other"}, {"openclaw-x"}});

@@ -2,6 +2,7 @@
 // every lookup without contradicting itself.
 
 #include "catalog/app_catalog.h"
+#include "catalog/recognition.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -31,6 +32,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             // Whatever is listed is found, if perhaps as another app that lists it too.
             for (const auto& id : app.bundleIds) {
                 require(catalog.appForBundleId(id) != nullptr);
+                require(recognise(catalog, id) != nullptr);
                 (void)catalog.appForBundleId(id + ".1");
             }
             for (const auto& host : app.webHosts) {
@@ -41,6 +43,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         }
         (void)catalog.appForBundleId(bytes);
         (void)catalog.appForURL(bytes);
+        (void)recognise(catalog, bytes);
     } catch (const CatalogError&) {
     }
     return 0;

@@ -52,6 +52,44 @@ constexpr std::array<std::string_view, 7> kWebAppPrefixes{
     "chrome-", "chromium-", "msedge-", "brave-", "vivaldi-", "opera-", "crx_",
 };
 
+/// Names under which a program's windows go that no desktop file claims, and the file that is
+/// meant.
+constexpr std::pair<std::string_view, std::string_view> kOtherNames[] = {
+    // The windows belong to a service behind the terminal, which under Wayland is all they say.
+    {"gnome-terminal-server", "org.gnome.Terminal"},
+};
+
+/// What LibreOffice's windows and their program are called as long as they do not say which of its
+/// applications they are: under Wayland for as long as they live, when the first of them was the
+/// start centre.
+constexpr std::array<std::string_view, 5> kOfficeNames{"libreoffice", "libreoffice-startcenter",
+                                                       "soffice", "soffice.bin",
+                                                       "org.libreoffice.libreoffice"};
+constexpr std::string_view kOfficeMark = "LibreOffice ";
+constexpr std::array<std::string_view, 6> kOfficeApplications{"Writer", "Calc", "Impress",
+                                                              "Draw",   "Math", "Base"};
+
+bool isOffice(std::string_view name) {
+    return text::isOneOf(text::lowerAscii(name), kOfficeNames);
+}
+
+/// The application of LibreOffice that shows a document, from the end of its window's title:
+/// "budget.ods - LibreOffice Calc" gives "calc". Empty for other titles.
+std::string officeApplication(std::string_view title) {
+    for (const auto application : kOfficeApplications) {
+        if (!title.ends_with(application)) continue;
+        auto before = title.substr(0, title.size() - application.size());
+        if (!before.ends_with(kOfficeMark)) return {};
+        before.remove_suffix(kOfficeMark.size());
+        // Before the product stands a dash, which dash depends on the version and the language.
+        for (const std::string_view dash : {" - ", " \u2013 ", " \u2014 "}) {
+            if (before.ends_with(dash)) return text::lowerAscii(application);
+        }
+        return {};
+    }
+    return {};
+}
+
 /// Chromium appends its profile's folder to the instance: "chromium (/home/me/other)".
 std::string_view withoutProfile(std::string_view name) {
     if (!name.ends_with(')')) return name;
@@ -166,6 +204,18 @@ bool isHostAndPath(std::string_view name) {
            });
 }
 
+bool isPage(std::string_view rest) {
+    return isHostAndPath(rest) && rest.find("__") != rest.npos;
+}
+
+/// An installed site's key, then a profile: "<32 letters>-Default"; one browser writes "_" before.
+bool isInstalledSite(std::string_view rest) {
+    constexpr std::size_t kKey = 32;
+    if (rest.starts_with('_')) rest.remove_prefix(1);
+    return rest.size() > kKey && rest[kKey] == '-' &&
+           rest.substr(0, kKey).find_first_not_of("abcdefghijklmnop") == rest.npos;
+}
+
 /// The id of a site in a browser's window of its own, when `name` names one: as the browser writes
 /// it where it writes it whole ("chrome-docs.google.com__document-Default", "crx_…"), completed
 /// where it leaves the browser to the class ("docs.google.com__document").
@@ -173,8 +223,9 @@ std::optional<std::string> webApp(std::string_view name, bool classIsBrowser) {
     for (const auto prefix : kWebAppPrefixes) {
         if (!name.starts_with(prefix)) continue;
         const auto rest = name.substr(prefix.size());
-        if (prefix == "crx_" ? !rest.empty() : isHostAndPath(rest) && rest.find("__") != rest.npos)
+        if (prefix == "crx_" ? !rest.empty() : isPage(rest) || isInstalledSite(rest)) {
             return std::string(name);
+        }
     }
     if (name.starts_with("_crx_")) return webApp(name.substr(1), classIsBrowser);
     if (!classIsBrowser || !isHostAndPath(name)) return std::nullopt;
@@ -191,11 +242,12 @@ public:
           m_class(withoutProfile(facts.wmClass)) {}
 
     std::optional<WindowIdentity> resolve() const {
+        if (auto found = byTitle()) return found;
         if (const auto* const entry = byDesktopFile(m_index, m_facts.kdeDesktopFile)) {
             return of(*entry);
         }
         const Accept anyone = [](const DesktopEntry&) { return true; };
-        if (!m_facts.flatpakId.empty() || !m_facts.snapInstance.empty()) {
+        if (boxed()) {
             // A sandbox knows its application; a namesake from outside must not take its windows.
             if (auto found = byClasses([this](const DesktopEntry& entry) { return ours(entry); })) {
                 return found;
@@ -209,11 +261,45 @@ public:
         for (const auto name : {m_instance, m_class}) {
             if (const auto* const entry = byLastComponent(m_index, name)) return of(*entry);
         }
+        for (const auto& [name, id] : kOtherNames) {
+            if (m_instance != name && m_class != name && baseName(m_facts.executable) != name) {
+                continue;
+            }
+            if (const auto* const entry = m_index.byId(id)) return of(*entry);
+        }
         if (const auto* const entry = byExecutable()) return of(*entry);
         return byClassAlone();
     }
 
 private:
+    /// A document of LibreOffice whose window does not say which application it is of.
+    std::optional<WindowIdentity> byTitle() const {
+        if (m_facts.title.empty()) return std::nullopt;
+        const bool itself = m_class.starts_with("libreoffice-") && !isOffice(m_class);
+        if (itself || (!isOffice(m_instance) && !isOffice(m_class) &&
+                       !isOffice(baseName(m_facts.executable)))) {
+            return std::nullopt;
+        }
+        const auto application = officeApplication(m_facts.title);
+        if (application.empty()) return std::nullopt;
+        // As if the window were called as it ought to be. The desktop's property and the executable
+        // know no better than the window did.
+        WindowFacts named = m_facts;
+        named.title.clear();
+        named.kdeDesktopFile.clear();
+        named.executable.clear();
+        named.instance = named.wmClass = "libreoffice-" + application;
+        auto found = Resolver(named, m_index).resolve();
+        if (found && found->source == WindowIdentity::Source::DesktopEntry) return found;
+        for (const std::string_view prefix : {"org.libreoffice.LibreOffice.", "libreoffice_"}) {
+            const auto* const entry = m_index.byId(std::string(prefix) + application);
+            if (entry != nullptr && (!boxed() || ours(*entry))) return of(*entry);
+        }
+        // The Flatpak without its files here is told by its sandbox, as without a title.
+        if (boxed()) return std::nullopt;
+        return found;
+    }
+
     /// The one entry that starts the program behind the window: programs that come without an
     /// installer (an archive, an AppImage) get a desktop file that says no more than that.
     const DesktopEntry* byExecutable() const {
@@ -260,6 +346,8 @@ private:
         return text::isOneOf(lower, kChromiumClasses) ||
                text::isOneOf(text::lowerAscii(lastComponent(m_class)), kChromiumClasses);
     }
+
+    bool boxed() const { return !m_facts.flatpakId.empty() || !m_facts.snapInstance.empty(); }
 
     bool ours(const DesktopEntry& entry) const {
         if (!m_facts.flatpakId.empty()) {

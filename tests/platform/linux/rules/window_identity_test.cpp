@@ -293,6 +293,12 @@ TEST(WindowIdentity, aSiteInAWindowOfItsOwnKeepsItsName) {
         {"_crx_nobodyinstalled", "Google-chrome", "crx_nobodyinstalled"},
         {"msedge-www.notion.so__-Default", "msedge-www.notion.so__-Default",
          "msedge-www.notion.so__-Default"},
+        {"msedge-_abcdefghijklmnopabcdefghijklmnop-Default",
+         "msedge-_abcdefghijklmnopabcdefghijklmnop-Default",
+         "msedge-_abcdefghijklmnopabcdefghijklmnop-Default"},
+        {"brave-abcdefghijklmnopabcdefghijklmnop-Profile_1",
+         "brave-abcdefghijklmnopabcdefghijklmnop-Profile_1",
+         "brave-abcdefghijklmnopabcdefghijklmnop-Profile_1"},
     };
     for (const auto& one : cases) {
         const auto identity = identify(window(one.instance, one.wmClass), machine());
@@ -309,6 +315,96 @@ TEST(WindowIdentity, aBrowsersOwnWindowIsNoSite) {
         EXPECT_EQ(idOf(window(instance, "Google-chrome")), "google-chrome") << instance;
     }
     EXPECT_EQ(idOf(window("org.example.tool", "Tool")), "wmclass:tool");
+    for (const auto* const name :
+         {"brave-abcdefghijklmnopabcdefghijklmnop", "brave-abcdefghijklmnopabcdefghijklmno-Default",
+          "brave-zbcdefghijklmnopabcdefghijklmnop-Default"}) {
+        EXPECT_EQ(identify(window(name, name), machine())->source, Source::WmClass) << name;
+    }
+}
+
+TEST(WindowIdentity, aTerminalsServiceIsTheTerminal) {
+    const auto service = window("gnome-terminal-server", "gnome-terminal-server");
+    DesktopEntryIndex index({entry("org.gnome.Terminal", "Terminal", "", {"TerminalEmulator"})});
+    const auto identity = identify(service, index);
+    ASSERT_TRUE(identity);
+    EXPECT_EQ(identity->id, "org.gnome.Terminal");
+    EXPECT_EQ(identity->name, "Terminal");
+    EXPECT_FALSE(identity->takesKeys);
+    // Without the file it keeps its class, and still takes no keys.
+    EXPECT_EQ(identify(service, DesktopEntryIndex({}))->id, "wmclass:gnome-terminal-server");
+    EXPECT_FALSE(identify(service, DesktopEntryIndex({}))->takesKeys);
+}
+
+TEST(WindowIdentity, aDocumentOfTheOfficeIsToldByTheEndOfItsTitle) {
+    const auto titled = [](const char* wmClass, const char* title) {
+        auto facts = window(wmClass, wmClass);
+        facts.title = title;
+        return facts;
+    };
+    const struct {
+        const char *wmClass, *title, *id;
+    } cases[] = {
+        {"libreoffice-startcenter", "Untitled 1 - LibreOffice Writer", "libreoffice-writer"},
+        {"libreoffice-startcenter", "budget.ods - LibreOffice Calc", "libreoffice-calc"},
+        {"libreoffice-startcenter", "a \u2014 LibreOffice Impress", "libreoffice-impress"},
+        {"libreoffice-startcenter", "a \u2013 LibreOffice Calc", "libreoffice-calc"},
+        {"soffice", "letter.odt - LibreOffice Writer", "libreoffice-writer"},
+        {"Soffice", "letter.odt - LibreOffice Writer", "libreoffice-writer"},
+        // Those without a desktop file here keep the class they ought to have.
+        {"libreoffice-startcenter", "plan.odg - LibreOffice Draw", "wmclass:libreoffice-draw"},
+        {"libreoffice-startcenter", "x - LibreOffice Math", "wmclass:libreoffice-math"},
+        {"libreoffice-startcenter", "books.odb - LibreOffice Base", "wmclass:libreoffice-base"},
+        // The start centre itself, and titles that only look alike.
+        {"libreoffice-startcenter", "LibreOffice", "libreoffice-startcenter"},
+        {"libreoffice-startcenter", "", "libreoffice-startcenter"},
+        {"libreoffice-startcenter", "LibreOffice Writer", "libreoffice-startcenter"},
+        {"libreoffice-startcenter", "MyLibreOffice Writer", "libreoffice-startcenter"},
+        {"libreoffice-startcenter", "About Writer", "libreoffice-startcenter"},
+        {"libreoffice-startcenter", "a - LibreOffice Writer (read-only)",
+         "libreoffice-startcenter"},
+        // What says itself what it is is believed, and a title of another program means nothing.
+        {"libreoffice-calc", "a - LibreOffice Writer", "libreoffice-calc"},
+        {"Code", "notes - LibreOffice Writer", "code"},
+    };
+    for (const auto& one : cases) {
+        EXPECT_EQ(idOf(titled(one.wmClass, one.title)), one.id) << one.wmClass << ", " << one.title;
+    }
+    // The property of the desktop's own names the start centre as well.
+    auto facts = titled("libreoffice-startcenter", "a - LibreOffice Calc");
+    facts.kdeDesktopFile = "libreoffice-startcenter";
+    EXPECT_EQ(idOf(facts), "libreoffice-calc");
+}
+
+TEST(WindowIdentity, theOfficeIsKnownByItsProgramAndByIdsWithoutClasses) {
+    WindowFacts facts = window("LibreOffice", "LibreOffice");
+    facts.executable = "/usr/lib/libreoffice/program/soffice.bin";
+    facts.title = "a.ods - LibreOffice Calc";
+    const DesktopEntryIndex flathub({entry("org.libreoffice.LibreOffice.calc", "Calc")});
+    EXPECT_EQ(identify(facts, flathub)->id, "org.libreoffice.LibreOffice.calc");
+    const DesktopEntryIndex snap({entry("libreoffice_calc", "Calc")});
+    EXPECT_EQ(identify(facts, snap)->id, "libreoffice_calc");
+    facts.instance = facts.wmClass = "x-window";
+    EXPECT_EQ(identify(facts, snap)->id, "libreoffice_calc");
+    facts.executable = "/usr/bin/other";
+    EXPECT_EQ(identify(facts, snap)->id, "wmclass:x-window");
+    // A terminal's service by its program.
+    facts.executable = "/usr/libexec/gnome-terminal-server";
+    EXPECT_EQ(identify(facts, DesktopEntryIndex({entry("org.gnome.Terminal", "Terminal")}))->id,
+              "org.gnome.Terminal");
+}
+
+TEST(WindowIdentity, theOfficeInASandboxIsToldByItsTitleAmongItsOwn) {
+    const DesktopEntryIndex index(
+        {flatpak(entry("org.libreoffice.LibreOffice.calc", "Calc", "libreoffice-calc"),
+                 "org.libreoffice.LibreOffice"),
+         flatpak(entry("org.libreoffice.LibreOffice", "LibreOffice", "libreoffice-startcenter"),
+                 "org.libreoffice.LibreOffice"),
+         entry("libreoffice-calc", "Calc outside", "libreoffice-calc")});
+    auto facts = window("libreoffice-startcenter", "libreoffice-startcenter");
+    facts.flatpakId = "org.libreoffice.LibreOffice";
+    facts.title = "budget.ods - LibreOffice Calc";
+    EXPECT_EQ(identify(facts, index)->id, "org.libreoffice.LibreOffice.calc");
+    EXPECT_EQ(identify(facts, DesktopEntryIndex({}))->id, "org.libreoffice.LibreOffice");
 }
 
 TEST(WindowIdentity, terminalsAndEmacsTakeNoKeys) {
