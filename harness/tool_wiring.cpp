@@ -3,6 +3,7 @@
 #include "detect/harness_config.h"
 #include "detect/known_agents.h"
 #include "harness/installation.h"
+#include "harness/replace_tree.h"
 #include "harness/self_install.h"
 #include "platform/ports/bundle_resources.h"
 #include "platform/ports/dialogs.h"
@@ -89,26 +90,20 @@ Alert toolsAreWired(const std::vector<Harness>& status, std::string_view connect
             .buttons = {}};
 }
 
-/// A copy onto something that is there fails.
-void replace(FileSystem& files, const fs::path& source, const fs::path& target) {
-    files.removeTree(target);
-    files.copyTree(source, target);
-}
-
 void copyKit(const Ports& ports, const fs::path& kit, const fs::path& braskHome) {
     ports.files.createDirectories(braskHome / "standing");
     for (const auto name : {kValidator, kInstaller}) {
-        replace(ports.files, kit / name, braskHome / name);
+        replaceTree(ports.files, kit / name, braskHome / name);
     }
     if (const auto names = ports.files.list(kit / "standing")) {
         for (const auto& name : *names) {
             // What some archivers leave beside a file to keep its attributes.
             if (name.starts_with("._")) continue;
-            replace(ports.files, kit / "standing" / name, braskHome / "standing" / name);
+            replaceTree(ports.files, kit / "standing" / name, braskHome / "standing" / name);
         }
     }
     if (const auto catalog = ports.bundle.url("app-catalog", "json")) {
-        replace(ports.files, *catalog, braskHome / "app-catalog.json");
+        replaceTree(ports.files, *catalog, braskHome / "app-catalog.json");
     }
     const std::string folder = braskHome.string();
     sh(ports.processes,
