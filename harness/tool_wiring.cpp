@@ -90,7 +90,8 @@ Alert toolsAreWired(const std::vector<Harness>& status, std::string_view connect
             .buttons = {}};
 }
 
-void copyKit(const Ports& ports, const fs::path& kit, const fs::path& braskHome) {
+void copyKit(const Ports& ports, LoginShell& shell, const fs::path& kit,
+             const fs::path& braskHome) {
     ports.files.createDirectories(braskHome / "standing");
     for (const auto name : {kValidator, kInstaller}) {
         replaceTree(ports.files, kit / name, braskHome / name);
@@ -105,9 +106,9 @@ void copyKit(const Ports& ports, const fs::path& kit, const fs::path& braskHome)
     if (const auto catalog = ports.bundle.url("app-catalog", "json")) {
         replaceTree(ports.files, *catalog, braskHome / "app-catalog.json");
     }
-    const std::string folder = braskHome.string();
-    sh(ports.processes,
-       "chmod 0755 \"" + folder + "/validate.py\" \"" + folder + "/brask_install.py\" 2>/dev/null");
+    const std::string folder = inDoubleQuotes(braskHome.string());
+    shell.sh("chmod 0755 \"" + folder + "/validate.py\" \"" + folder +
+             "/brask_install.py\" 2>/dev/null");
 }
 
 } // namespace
@@ -128,14 +129,15 @@ bool isInstalled(FileSystem& files, const fs::path& braskHome) {
 
 void runInstall(const Ports& ports, const Installation& installation, const Settings& settings,
                 bool firstRun) {
-    if (!hasPython3(ports.processes)) {
+    LoginShell shell(ports.processes);
+    if (!shell.hasPython3()) {
         ports.dialogs.show(pythonIsMissing());
         return;
     }
     if (const auto resources = ports.bundle.resourceFolder()) {
-        copyKit(ports, *resources / "kit", installation.braskHome);
+        copyKit(ports, shell, *resources / "kit", installation.braskHome);
     }
-    sh(ports.processes, wiringScript());
+    shell.sh(wiringScript());
     if (!settings.noPersist) {
         SelfInstall::persistToApplications({.files = ports.files, .bundle = ports.bundle},
                                            installation);
