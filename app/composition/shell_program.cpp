@@ -37,7 +37,7 @@ ShellProgram::ShellProgram(const Launch& launch, std::unique_ptr<SingleInstance>
                                .installation = m_installation,
                                .application = *m_application,
                                .plainHttp = m_plainHttp}),
-                 {.args = args(), .renderPath = launch.renderPath}),
+                 {.args = args(), .renderPath = launch.renderPath, .refreshesCatalog = !kNoRefresh()}),
       m_backgroundEnd(*m_ports.quit, m_ports.dispatcher),
       m_quitOnSignal([this] { m_application->terminate(); }),
       m_instance(std::move(instance)) {
