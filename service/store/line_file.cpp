@@ -1,5 +1,6 @@
 #include "service/store/line_file.h"
 
+#include "service/store/descriptor.h"
 #include "service/store/random_id.h"
 
 #include <cerrno>
@@ -17,21 +18,6 @@ namespace trevix {
 namespace fs = std::filesystem;
 
 namespace {
-
-class Descriptor {
-public:
-    explicit Descriptor(int fd) : m_fd(fd) {}
-    ~Descriptor() {
-        if (m_fd >= 0) close(m_fd);
-    }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    [[nodiscard]] int get() const { return m_fd; }
-    [[nodiscard]] bool isOpen() const { return m_fd >= 0; }
-
-private:
-    int m_fd;
-};
 
 std::string cannot(const fs::path& file, const char* what) {
     const int cause = errno;
@@ -77,16 +63,6 @@ std::optional<Content> contentOf(const fs::path& file, std::string& error) {
     }
     content.bytes.resize(size);
     return content;
-}
-
-bool writeAll(int fd, std::string_view bytes) {
-    while (!bytes.empty()) {
-        const ssize_t n = write(fd, bytes.data(), bytes.size());
-        if (n < 0 && errno == EINTR) continue;
-        if (n < 0) return false;
-        bytes.remove_prefix(static_cast<std::size_t>(n));
-    }
-    return true;
 }
 
 std::optional<std::string> replaced(const fs::path& file, const Content& content) {
