@@ -105,9 +105,11 @@ TEST_F(ScreencaptureTest, ExitStatusIsNotExamined) {
 
 TEST_F(ScreencaptureTest, UnreadableFileGivesNothingAndIsDeletedAllTheSame) {
     toolWrites("png");
-    fake.files.unreadable = {"/var/folders/x/T/kelvane-shot-5.png"};
+    fake.processes.onRun = [this](const ProcessRequest& request) {
+        fake.files.unreadable.insert(request.arguments.back());
+    };
     EXPECT_EQ(png(5), std::nullopt);
-    EXPECT_TRUE(fake.files.files.empty());
+    EXPECT_TRUE(fake.files.unreadable.empty());
 }
 
 TEST_F(ScreencaptureTest, FileThatCannotBeDeletedIsNoFailure) {
