@@ -31,9 +31,10 @@ struct GraderOptions {
     /// What the worker is told to leave other people's readers alone.
     std::string ownReadersOption = "--own-readers";
     std::size_t atOnce = 3; ///< Children at work on one submission.
-    /// From its beginning: after that nobody else is asked about the work, and the coverage says who
-    /// was not. Three times what the slowest child may take over a part on its own; chosen so that a
-    /// job of many parts, each made to be slow, holds the others up for minutes and not for hours.
+    /// From its beginning: after that nobody else is asked about the work, and the coverage says
+    /// who was not. Three times what the slowest child may take over a part on its own; chosen so
+    /// that a job of many parts, each made to be slow, holds the others up for minutes and not for
+    /// hours.
     std::chrono::milliseconds enough{60'000};
     std::function<std::chrono::steady_clock::time_point()> now = std::chrono::steady_clock::now;
 };

@@ -15,11 +15,11 @@ bool LoginShell::hasPython3() {
 }
 
 std::int32_t LoginShell::run(std::string_view command, std::chrono::seconds patience) {
-    const auto tried = m_processes.run({.program = "/bin/sh",
-                                        .arguments = {m_readsProfile ? "-lc" : "-c",
-                                                      std::string(command)},
-                                        .output = ProcessOutput::Inherit,
-                                        .timeLimit = patience});
+    const auto tried =
+        m_processes.run({.program = "/bin/sh",
+                         .arguments = {m_readsProfile ? "-lc" : "-c", std::string(command)},
+                         .output = ProcessOutput::Inherit,
+                         .timeLimit = patience});
     if (!tried) return -1;
     if (!tried->timedOut || !m_readsProfile) return tried->status;
     m_readsProfile = false;

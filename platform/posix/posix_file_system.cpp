@@ -271,8 +271,8 @@ bool copyEntry(const fs::path& from, const fs::path& to) {
     }
 }
 
-/// Whether the name is one of `temporaryNameBeside` by a process that is no more: it was killed, and
-/// what it had copied is nobody's.
+/// Whether the name is one of `temporaryNameBeside` by a process that is no more: it was killed,
+/// and what it had copied is nobody's.
 bool isLeftOver(std::string_view name) {
     if (!name.starts_with(kTemporaryPrefix)) return false;
     name.remove_prefix(kTemporaryPrefix.size());
@@ -297,8 +297,8 @@ void removeLeftOvers(const fs::path& folder) {
     for (const auto& path : found) removeWholly(path);
 }
 
-/// Copies beside the target first, so that nobody sees half a copy in its place. A copy is large, so
-/// what a killed one left there goes first.
+/// Copies beside the target first, so that nobody sees half a copy in its place. A copy is large,
+/// so what a killed one left there goes first.
 bool copyInOneStep(const fs::path& from, const fs::path& to) {
     removeLeftOvers(to.parent_path());
     fs::path copy;

@@ -34,13 +34,13 @@ constexpr short kSpawnFlags = POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF;
 constexpr int kFirstPrivateFd = 3;
 
 using Time = std::chrono::steady_clock::time_point;
-constexpr std::chrono::milliseconds kMercy{500};      ///< From being asked to end to being ended.
+constexpr std::chrono::milliseconds kMercy{500};     ///< From being asked to end to being ended.
 constexpr std::chrono::milliseconds kLongestNap{10}; ///< Between two looks at a child.
 
 class SpawnAttributes {
 public:
-    /// A session rather than a group: on a terminal, a program in the background may neither read nor
-    /// set anything, and a profile that does would be stopped.
+    /// A session rather than a group: on a terminal, a program in the background may neither read
+    /// nor set anything, and a profile that does would be stopped.
     explicit SpawnAttributes(bool ownSession) {
         const auto flags =
             static_cast<short>(kSpawnFlags | (ownSession ? short{POSIX_SPAWN_SETSID} : short{0}));
@@ -148,8 +148,8 @@ Pipe makePipe() {
 /// Milliseconds until then for `poll`, which waits for ever without a time.
 int pollTimeout(const std::optional<Time>& until) {
     if (!until) return -1;
-    const auto left = std::chrono::ceil<std::chrono::milliseconds>(
-        *until - std::chrono::steady_clock::now());
+    const auto left =
+        std::chrono::ceil<std::chrono::milliseconds>(*until - std::chrono::steady_clock::now());
     return static_cast<int>(std::clamp<std::int64_t>(left.count(), 0, INT_MAX));
 }
 
@@ -220,7 +220,9 @@ class PosixProcess : public RunningProcess {
 public:
     /// Without `output` there is nothing to read.
     PosixProcess(pid_t child, UniqueFd output, std::chrono::milliseconds timeLimit)
-        : m_child(child), m_output(std::move(output)), m_timeLimit(timeLimit) {}
+        : m_child(child),
+          m_output(std::move(output)),
+          m_timeLimit(timeLimit) {}
     PosixProcess(const PosixProcess&) = delete;
     PosixProcess& operator=(const PosixProcess&) = delete;
     ~PosixProcess() override {

@@ -29,12 +29,14 @@ struct Killed {};
 
 enum class End { Fails, IsTheLast, IsNotReached };
 
-/// Another file system, of whose changing calls one, counted from 0, fails without doing anything, or
-/// is the last one that is done, or is the first that is not.
+/// Another file system, of whose changing calls one, counted from 0, fails without doing anything,
+/// or is the last one that is done, or is the first that is not.
 class InterruptedFileSystem : public FileSystem {
 public:
     InterruptedFileSystem(FileSystem& files, int call, End end)
-        : m_files(files), m_call(call), m_end(end) {}
+        : m_files(files),
+          m_call(call),
+          m_end(end) {}
 
     [[nodiscard]] bool wasInterrupted() const { return m_made > m_call; }
 
@@ -115,9 +117,7 @@ protected:
         replaceTree(with, folder / "shipped", folder / "place/installed");
     }
 
-    std::vector<std::string> inPlace() const {
-        return *files->list(folder / "place");
-    }
+    std::vector<std::string> inPlace() const { return *files->list(folder / "place"); }
 
     TemporaryFolder folder;
     std::unique_ptr<FileSystem> files = makePosixFileSystem();
@@ -195,9 +195,9 @@ TEST_F(ReplaceTreeTest, WhatAKilledCopyLeftIsTakenAwayAndNothingElse) {
     putFile(folder / "place" / (left + "x"), "not ours");
     replace(*files);
     EXPECT_FALSE(fs::exists(folder / "place" / left));
-    for (const std::string& name : {alive, left + "x", std::string(".kelvane-0-1"),
-                                    std::string(".kelvane-notes"),
-                                    std::string(".kelvane-99999999999-1")}) {
+    for (const std::string& name :
+         {alive, left + "x", std::string(".kelvane-0-1"), std::string(".kelvane-notes"),
+          std::string(".kelvane-99999999999-1")}) {
         EXPECT_TRUE(fs::exists(folder / "place" / name)) << name;
     }
 }

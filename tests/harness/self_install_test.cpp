@@ -53,8 +53,7 @@ TEST_F(SelfInstallTest, TakesEveryStepInOrderAndStartsNothing) {
     EXPECT_THAT(fake.journal.entries(),
                 ElementsAre("mkdir /home/ada/Applications", "remove-tree " + kBeside,
                             "copy-tree /opt/Kelvane.app -> " + kBeside,
-                            "exchange " + kBeside + " <-> " + kInstalled,
-                            "remove-tree " + kBeside,
+                            "exchange " + kBeside + " <-> " + kInstalled, "remove-tree " + kBeside,
                             "mkdir /home/ada/Library/LaunchAgents", "write " + kPlist));
     EXPECT_EQ(installedProgram(), "new");
     EXPECT_EQ(fake.files.files.at(kPlist), startFiles(installation).at(0).text);
@@ -66,8 +65,7 @@ TEST_F(SelfInstallTest, WithAutostartEntriesBothAreWrittenAndNoPropertyList) {
     EXPECT_THAT(fake.journal.entries(),
                 ElementsAre("mkdir /home/ada/Applications", "remove-tree " + kBeside,
                             "copy-tree /opt/Kelvane.app -> " + kBeside,
-                            "exchange " + kBeside + " <-> " + kInstalled,
-                            "remove-tree " + kBeside,
+                            "exchange " + kBeside + " <-> " + kInstalled, "remove-tree " + kBeside,
                             "mkdir /home/ada/.config/autostart",
                             "write "
                             "/home/ada/.config/autostart/org.example.kelvane.menubar.desktop",

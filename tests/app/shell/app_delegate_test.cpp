@@ -236,7 +236,8 @@ protected:
                        std::optional<std::string> renderPath = std::nullopt) {
         std::vector<std::string> args{"/bundle/Kelvane"};
         args.insert(args.end(), switches.begin(), switches.end());
-        delegate.emplace(ports(), actions(), LaunchOptions{.args = args, .renderPath = std::move(renderPath)});
+        delegate.emplace(ports(), actions(),
+                         LaunchOptions{.args = args, .renderPath = std::move(renderPath)});
         delegate->applicationDidFinishLaunching();
         return *delegate;
     }

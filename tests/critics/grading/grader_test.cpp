@@ -224,7 +224,8 @@ TEST_F(GraderTest, WorkThatHasTakenEnoughIsAskedAboutNoMore) {
     options.atOnce = 1; // the critics first, then the engines
     // Every child takes twenty seconds: the first, and two of those that judge the parts anew.
     options.now = [&] {
-        return std::chrono::steady_clock::time_point(std::chrono::seconds(20) * m_runner.runs.load());
+        return std::chrono::steady_clock::time_point(std::chrono::seconds(20) *
+                                                     m_runner.runs.load());
     };
     const Grader grader(m_runner, m_engines, options);
     const auto critique = grader.grade(code(std::vector<std::string>(30, "tool.py")), {}, {});
