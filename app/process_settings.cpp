@@ -69,6 +69,11 @@ bool kNoOpen() {
     return set;
 }
 
+bool kNoRefresh() {
+    static const bool set = isSet(kEnv(), "BRASK_APP_NO_REFRESH");
+    return set;
+}
+
 bool isSet(const std::map<std::string, std::string>& env, const std::string& name) {
     return env.contains(name);
 }

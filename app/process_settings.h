@@ -39,6 +39,9 @@ void recordArgs(int argc, const char* const* argv);
 /// Whether BRASK_APP_NO_OPEN is set, to whatever value: do not open the connect page.
 [[nodiscard]] bool kNoOpen();
 
+/// Whether BRASK_APP_NO_REFRESH is set, to whatever value: do not fetch the newest catalog.
+[[nodiscard]] bool kNoRefresh();
+
 /// Whether the snapshot `env` holds `name`, the empty value included.
 [[nodiscard]] bool isSet(const std::map<std::string, std::string>& env, const std::string& name);
 

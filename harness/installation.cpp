@@ -141,6 +141,15 @@ std::string execValue(const fs::path& program) {
     return entryValue(quoted);
 }
 
+std::string inDoubleQuotes(std::string_view text) {
+    std::string quoted;
+    for (const char character : text) {
+        if (std::string_view("\"`$\\").find(character) != std::string_view::npos) quoted += '\\';
+        quoted += character;
+    }
+    return quoted;
+}
+
 std::string shellWord(std::string_view text) {
     std::string word = "'";
     for (const char character : text) {

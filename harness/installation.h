@@ -57,6 +57,9 @@ struct InstalledFile {
 /// themselves.
 [[nodiscard]] std::string execValue(const std::filesystem::path& program);
 
+/// The text as it stands between double quotes in a shell command.
+[[nodiscard]] std::string inDoubleQuotes(std::string_view text);
+
 /// The text as one word of a shell command.
 [[nodiscard]] std::string shellWord(std::string_view text);
 

@@ -1,6 +1,7 @@
 #include "harness/self_install.h"
 
 #include "harness/installation.h"
+#include "harness/replace_tree.h"
 #include "platform/ports/bundle_resources.h"
 #include "platform/ports/file_system.h"
 
@@ -22,8 +23,7 @@ void persistToApplications(const Ports& ports, const Installation& installation)
     const auto running = ports.bundle.bundle();
     if (running && !isInstalledCopy(ports.files, *running, installed)) {
         ports.files.createDirectories(installed.parent_path());
-        ports.files.removeTree(installed);
-        ports.files.copyTree(*running, installed);
+        replaceTree(ports.files, *running, installed);
     }
     for (const auto& file : startFiles(installation)) {
         ports.files.createDirectories(file.path.parent_path());

@@ -21,7 +21,8 @@ struct Ports {
 
 /// Replaces the installed copy by the running bundle, unless that is the one that runs or the
 /// program runs outside a bundle, and writes the start files anew. Whatever fails is passed over in
-/// silence; the start files name the installed copy even when it could not be made.
+/// silence: an installed copy that cannot be replaced stays as it is, and the start files name the
+/// installed copy even when there is none.
 void persistToApplications(const Ports& ports, const Installation& installation);
 
 } // namespace SelfInstall

@@ -3,6 +3,7 @@
 #include "detect/harness_config.h"
 #include "detect/known_agents.h"
 #include "harness/installation.h"
+#include "harness/replace_tree.h"
 #include "harness/self_install.h"
 #include "platform/ports/bundle_resources.h"
 #include "platform/ports/dialogs.h"
@@ -89,30 +90,25 @@ Alert toolsAreWired(const std::vector<Harness>& status, std::string_view connect
             .buttons = {}};
 }
 
-/// A copy onto something that is there fails.
-void replace(FileSystem& files, const fs::path& source, const fs::path& target) {
-    files.removeTree(target);
-    files.copyTree(source, target);
-}
-
-void copyKit(const Ports& ports, const fs::path& kit, const fs::path& braskHome) {
+void copyKit(const Ports& ports, LoginShell& shell, const fs::path& kit,
+             const fs::path& braskHome) {
     ports.files.createDirectories(braskHome / "standing");
     for (const auto name : {kValidator, kInstaller}) {
-        replace(ports.files, kit / name, braskHome / name);
+        replaceTree(ports.files, kit / name, braskHome / name);
     }
     if (const auto names = ports.files.list(kit / "standing")) {
         for (const auto& name : *names) {
             // What some archivers leave beside a file to keep its attributes.
             if (name.starts_with("._")) continue;
-            replace(ports.files, kit / "standing" / name, braskHome / "standing" / name);
+            replaceTree(ports.files, kit / "standing" / name, braskHome / "standing" / name);
         }
     }
     if (const auto catalog = ports.bundle.url("app-catalog", "json")) {
-        replace(ports.files, *catalog, braskHome / "app-catalog.json");
+        replaceTree(ports.files, *catalog, braskHome / "app-catalog.json");
     }
-    const std::string folder = braskHome.string();
-    sh(ports.processes,
-       "chmod 0755 \"" + folder + "/validate.py\" \"" + folder + "/brask_install.py\" 2>/dev/null");
+    const std::string folder = inDoubleQuotes(braskHome.string());
+    shell.sh("chmod 0755 \"" + folder + "/validate.py\" \"" + folder +
+             "/brask_install.py\" 2>/dev/null");
 }
 
 } // namespace
@@ -133,14 +129,15 @@ bool isInstalled(FileSystem& files, const fs::path& braskHome) {
 
 void runInstall(const Ports& ports, const Installation& installation, const Settings& settings,
                 bool firstRun) {
-    if (!hasPython3(ports.processes)) {
+    LoginShell shell(ports.processes);
+    if (!shell.hasPython3()) {
         ports.dialogs.show(pythonIsMissing());
         return;
     }
     if (const auto resources = ports.bundle.resourceFolder()) {
-        copyKit(ports, *resources / "kit", installation.braskHome);
+        copyKit(ports, shell, *resources / "kit", installation.braskHome);
     }
-    sh(ports.processes, wiringScript());
+    shell.sh(wiringScript());
     if (!settings.noPersist) {
         SelfInstall::persistToApplications({.files = ports.files, .bundle = ports.bundle},
                                            installation);

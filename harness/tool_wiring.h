@@ -56,7 +56,8 @@ struct Settings {
 ///
 /// Without python3 it says so and does nothing else. Every other failure is passed over in silence
 /// and shows only as a tool that is not wired. Each run brings the kit's files to the shipped
-/// version; other files in the data folder are left alone.
+/// version, or leaves one that cannot be replaced as it is; other files in the data folder are left
+/// alone.
 void runInstall(const Ports& ports, const Installation& installation, const Settings& settings,
                 bool firstRun);
 

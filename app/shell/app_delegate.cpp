@@ -74,7 +74,7 @@ void AppDelegate::applicationDidFinishLaunching() {
     if (!m_actions.isInstalled()) m_actions.runInstall(true);
     m_model->refresh();
     m_timer = m_ports.ticker.every(kRefreshInterval, whileAlive([this] { m_model->refresh(); }));
-    m_actions.refreshRemoteCatalog();
+    if (m_options.refreshesCatalog) m_actions.refreshRemoteCatalog();
 }
 
 void AppDelegate::showDemoWindow() {

@@ -40,6 +40,7 @@ inline constexpr int kRenderFailed = 3;
 struct LaunchOptions {
     std::vector<std::string> args;         ///< All of them, the program's path first.
     std::optional<std::string> renderPath; ///< Present: only the picture is wanted.
+    bool refreshesCatalog = true;          ///< Fetch the newest catalog for the next start.
 };
 
 using MakeModel = std::function<std::unique_ptr<CompanionModel>(const AppCatalog&)>;

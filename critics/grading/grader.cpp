@@ -154,7 +154,13 @@ Grader::Grader(ChildRunner& runner, EngineRoom& engines, GraderOptions options)
       m_engines(engines),
       m_options(std::move(options)) {}
 
-std::vector<Critique> Grader::askCritics(const Submission& submission,
+NotChecked Grader::notAsked(std::string who) const {
+    return {std::move(who),
+            "the work had taken " + std::to_string(m_options.enough.count() / 1000) + " s by then",
+            "grade its parts by themselves"};
+}
+
+std::vector<Critique> Grader::askCritics(const Submission& submission, Until enough,
                                          const std::stop_token& cancel) const {
     ChildRequest request = m_options.worker;
     request.input = encode(submission);
@@ -170,6 +176,12 @@ std::vector<Critique> Grader::askCritics(const Submission& submission,
     // A submission without parts is judged as well, and its only critique says that it is empty.
     const std::size_t parts = std::max<std::size_t>(submission.parts.size(), 1);
     for (std::size_t i = critiques.size(); i < parts && !cancel.stop_requested(); ++i) {
+        if (isEnough(enough)) {
+            Critique none;
+            none.coverage.missed(notAsked(m_options.workerName));
+            critiques.push_back(std::move(none));
+            continue;
+        }
         const bool alone = submission.parts.size() > 1;
         request.input = encode(alone ? onlyPart(submission, i) : submission);
         const ChildResult again = m_runner.run(request, cancel);
@@ -200,7 +212,8 @@ Grader::grade(const Submission& submission, std::stop_token cancel,
     std::vector<Critique> foreign(submission.parts.size());
     std::vector<std::pair<std::size_t, Critique>> looked; // by part, in the order of asking
     std::vector<Task> tasks;
-    tasks.push_back({m_options.workerName, [&] { own = askCritics(submission, cancel); }});
+    const Until enough = m_options.now() + m_options.enough;
+    tasks.push_back({m_options.workerName, [&] { own = askCritics(submission, enough, cancel); }});
     // Parts beyond are judged by the critics alone: starting a program costs its time for each.
     const std::size_t most = std::min(submission.parts.size(), kMostPartsForEngines);
     std::vector<std::pair<std::size_t, std::string>> asked;
@@ -226,6 +239,11 @@ Grader::grade(const Submission& submission, std::stop_token cancel,
     for (std::size_t n = 0; n < asked.size(); ++n) {
         tasks.push_back({asked[n].second, [&, n] {
                              const auto& [part, engine] = asked[n];
+                             if (isEnough(enough)) {
+                                 looked[n].first = part;
+                                 looked[n].second.coverage.missed(notAsked(engine));
+                                 return;
+                             }
                              looked[n] = {part, m_engines.look(engine, submission.parts[part],
                                                                submission.modality, cancel)};
                          }});

@@ -13,6 +13,7 @@
 #include "critics/findings/progress.h"
 #include "critics/worker/child_process.h"
 
+#include <chrono>
 #include <cstddef>
 #include <functional>
 #include <optional>
@@ -30,6 +31,12 @@ struct GraderOptions {
     /// What the worker is told to leave other people's readers alone.
     std::string ownReadersOption = "--own-readers";
     std::size_t atOnce = 3; ///< Children at work on one submission.
+    /// From its beginning: after that nobody else is asked about the work, and the coverage says
+    /// who was not. Three times what the slowest child may take over a part on its own; chosen so
+    /// that a job of many parts, each made to be slow, holds the others up for minutes and not for
+    /// hours.
+    std::chrono::milliseconds enough{60'000};
+    std::function<std::chrono::steady_clock::time_point()> now = std::chrono::steady_clock::now;
 };
 
 class Grader {
@@ -44,8 +51,12 @@ public:
           const std::function<void(const GradingProgress&)>& progress) const;
 
 private:
-    [[nodiscard]] std::vector<Critique> askCritics(const Submission& submission,
+    using Until = std::chrono::steady_clock::time_point;
+
+    [[nodiscard]] std::vector<Critique> askCritics(const Submission& submission, Until enough,
                                                    const std::stop_token& cancel) const;
+    [[nodiscard]] bool isEnough(Until enough) const { return m_options.now() >= enough; }
+    [[nodiscard]] NotChecked notAsked(std::string who) const;
 
     ChildRunner& m_runner;
     EngineRoom& m_engines;

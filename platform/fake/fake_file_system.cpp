@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <utility>
 
 namespace kelvane {
 
@@ -129,6 +130,35 @@ bool FakeFileSystem::copyTree(const std::filesystem::path& from, const std::file
     if (isFolder(source)) newFolders.insert(target);
     files.merge(newFiles);
     folders.merge(newFolders);
+    return true;
+}
+
+bool FakeFileSystem::exchange(const std::filesystem::path& from, const std::filesystem::path& to) {
+    m_journal.add("exchange " + from.string() + " <-> " + to.string());
+    const auto one = withoutTrailingSlash(from);
+    const auto other = withoutTrailingSlash(to);
+    if (one == one.root_path() || other == other.root_path() || !(isFile(one) || isFolder(one)) ||
+        !isFolder(other.parent_path()) || isBelow(one, other) || isBelow(other, one)) {
+        return false;
+    }
+    if (unwritable.contains(one) || unwritable.contains(other)) return false;
+    const auto moved = [&](const std::filesystem::path& path) {
+        const auto on = [&](const std::filesystem::path& top, const std::filesystem::path& place) {
+            return path == top ? place : place / path.lexically_relative(top);
+        };
+        if (path == one || isBelow(path, one)) return on(one, other);
+        if (path == other || isBelow(path, other)) return on(other, one);
+        return path;
+    };
+    std::map<std::filesystem::path, std::string> newFiles;
+    for (auto& [path, bytes] : files) newFiles.emplace(moved(path), std::move(bytes));
+    files = std::move(newFiles);
+    for (auto* paths : {&folders, &unreadable}) {
+        std::set<std::filesystem::path> places;
+        for (const auto& path : *paths) places.insert(moved(path));
+        *paths = std::move(places);
+    }
+    folders.insert(one.parent_path());
     return true;
 }
 

@@ -39,6 +39,7 @@ public:
     std::optional<std::vector<std::string>> list(const std::filesystem::path& folder) override;
     bool removeTree(const std::filesystem::path& path) override;
     bool copyTree(const std::filesystem::path& from, const std::filesystem::path& to) override;
+    bool exchange(const std::filesystem::path& from, const std::filesystem::path& to) override;
     std::filesystem::path resolve(const std::filesystem::path& path) override;
     std::filesystem::path temporaryDirectory() override { return temporary; }
     std::filesystem::path homeDirectoryForCurrentUser() override { return accountHome; }

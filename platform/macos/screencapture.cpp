@@ -19,6 +19,8 @@ public:
         const std::string number = std::to_string(windowNumber);
         const std::string path =
             m_files.temporaryDirectory().string() + "kelvane-shot-" + number + ".png";
+        // What a program that was ended there left is no picture of now.
+        if (m_files.exists(path)) m_files.remove(path);
         const auto result = m_processes.run({
             .program = "/usr/sbin/screencapture",
             .arguments = {"-x", "-o", "-l", number, path},

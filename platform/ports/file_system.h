@@ -56,6 +56,13 @@ public:
     /// when the folder for it is missing, and when `to` lies inside `from`.
     virtual bool copyTree(const std::filesystem::path& from, const std::filesystem::path& to) = 0;
 
+    /// Puts what stands at `from` in the place of `to`; what stood there, if anything did, then
+    /// stands at `from`. Links are exchanged, not what they lead to. One step where the system
+    /// knows such a step for the file system, so that at no moment nothing stands at `to`;
+    /// elsewhere several, undone when one fails. False when nothing stands at `from`, when the two
+    /// are on different file systems, and on any failure: then both are as they were.
+    virtual bool exchange(const std::filesystem::path& from, const std::filesystem::path& to) = 0;
+
     /// The one path of the place that `path` leads to, so that two spellings can be compared: links
     /// followed and dot segments resolved as far as something stands there, no slash at the end.
     [[nodiscard]] virtual std::filesystem::path resolve(const std::filesystem::path& path) = 0;

@@ -6,15 +6,24 @@
 
 namespace kelvane {
 
-std::int32_t sh(ProcessRunner& processes, std::string_view command) {
-    const auto result = processes.run({.program = "/bin/sh",
-                                       .arguments = {"-lc", std::string(command)},
-                                       .output = ProcessOutput::Inherit});
-    return result ? result->status : -1;
+std::int32_t LoginShell::sh(std::string_view command) {
+    return run(command, kCommandPatience);
 }
 
-bool hasPython3(ProcessRunner& processes) {
-    return sh(processes, "command -v python3 >/dev/null 2>&1") == 0;
+bool LoginShell::hasPython3() {
+    return run("command -v python3 >/dev/null 2>&1", kProfilePatience) == 0;
+}
+
+std::int32_t LoginShell::run(std::string_view command, std::chrono::seconds patience) {
+    const auto tried =
+        m_processes.run({.program = "/bin/sh",
+                         .arguments = {m_readsProfile ? "-lc" : "-c", std::string(command)},
+                         .output = ProcessOutput::Inherit,
+                         .timeLimit = patience});
+    if (!tried) return -1;
+    if (!tried->timedOut || !m_readsProfile) return tried->status;
+    m_readsProfile = false;
+    return run(command, patience);
 }
 
 } // namespace kelvane

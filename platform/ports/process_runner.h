@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -19,6 +20,10 @@ struct ProcessRequest {
     std::string program;                ///< Absolute path; the search path is not consulted.
     std::vector<std::string> arguments; ///< Without the program itself.
     ProcessOutput output = ProcessOutput::Capture;
+    /// How long it may run once somebody waits for it; 0 is for ever. With a limit the program is
+    /// the first of a session of its own, and when its time is over all of that session's first
+    /// group is ended with it.
+    std::chrono::milliseconds timeLimit{0};
 
     bool operator==(const ProcessRequest&) const = default;
 };
@@ -26,7 +31,8 @@ struct ProcessRequest {
 struct ProcessResult {
     /// The exit status, or 128 + the signal's number when a signal ended it.
     std::int32_t status = 0;
-    std::string output; ///< All of standard output as raw bytes; empty with `Inherit`.
+    std::string output;    ///< All of standard output as raw bytes; empty with `Inherit`.
+    bool timedOut = false; ///< Ended because its time was over; the status is that of its end.
 
     bool operator==(const ProcessResult&) const = default;
 };

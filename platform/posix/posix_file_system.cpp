@@ -5,7 +5,9 @@
 #include <array>
 #include <atomic>
 #include <cerrno>
+#include <charconv>
 #include <climits>
+#include <csignal>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -122,11 +124,13 @@ std::optional<fs::path> finalTarget(fs::path path) {
     return std::nullopt;
 }
 
+constexpr std::string_view kTemporaryPrefix = ".kelvane-";
+
 /// A name beside `target` for what is to take its place; a new one at every call.
 fs::path temporaryNameBeside(const fs::path& target) {
     static std::atomic<unsigned> number = 0;
-    return target.parent_path() /
-           (".kelvane-" + std::to_string(getpid()) + "-" + std::to_string(number++));
+    return target.parent_path() / (std::string(kTemporaryPrefix) + std::to_string(getpid()) + "-" +
+                                   std::to_string(number++));
 }
 
 constexpr int kTemporaryNames = 100; // some may be left over from a crash
@@ -243,6 +247,13 @@ bool removeWholly(const fs::path& path) {
     return !error && removed > 0;
 }
 
+/// Some file systems tell only now that there was no room. It also makes a copy that replaces
+/// something survive a power cut as what it replaces would have.
+bool flushed(const fs::path& file) {
+    const UniqueFd opened(openRetrying(file, O_RDONLY | O_NONBLOCK));
+    return (!opened && errno == EACCES) || (opened && fsync(opened.get()) == 0);
+}
+
 bool copyEntry(const fs::path& from, const fs::path& to);
 
 bool copyFolder(const fs::path& from, const fs::path& to, fs::perms permissions) {
@@ -263,7 +274,7 @@ bool copyEntry(const fs::path& from, const fs::path& to) {
     const auto status = fs::symlink_status(from, error);
     switch (status.type()) {
     case fs::file_type::regular:
-        return fs::copy_file(from, to, error);
+        return fs::copy_file(from, to, error) && flushed(to);
     case fs::file_type::symlink:
         fs::copy_symlink(from, to, error);
         return !error;
@@ -274,8 +285,36 @@ bool copyEntry(const fs::path& from, const fs::path& to) {
     }
 }
 
-/// Copies beside the target first, so that nobody sees half a copy in its place.
+/// Whether the name is one of `temporaryNameBeside` by a process that is no more: it was killed,
+/// and what it had copied is nobody's.
+bool isLeftOver(std::string_view name) {
+    if (!name.starts_with(kTemporaryPrefix)) return false;
+    name.remove_prefix(kTemporaryPrefix.size());
+    pid_t process = 0;
+    const auto read = std::from_chars(name.data(), name.data() + name.size(), process);
+    if (read.ec != std::errc() || process <= 0) return false;
+    const std::string_view rest(read.ptr, name.data() + name.size());
+    if (rest.size() < 2 || rest[0] != '-' ||
+        rest.find_first_not_of("0123456789", 1) != std::string_view::npos) {
+        return false;
+    }
+    return ::kill(process, 0) != 0 && errno == ESRCH;
+}
+
+void removeLeftOvers(const fs::path& folder) {
+    std::vector<fs::path> found;
+    std::error_code error;
+    fs::directory_iterator entry(folder, error);
+    for (; !error && entry != fs::directory_iterator(); entry.increment(error)) {
+        if (isLeftOver(entry->path().filename().native())) found.push_back(entry->path());
+    }
+    for (const auto& path : found) removeWholly(path);
+}
+
+/// Copies beside the target first, so that nobody sees half a copy in its place. A copy is large,
+/// so what a killed one left there goes first.
 bool copyInOneStep(const fs::path& from, const fs::path& to) {
+    removeLeftOvers(to.parent_path());
     fs::path copy;
     for (int i = 0; i < kTemporaryNames && (copy.empty() || somethingAt(copy)); ++i) {
         copy = temporaryNameBeside(to);
@@ -286,6 +325,32 @@ bool copyInOneStep(const fs::path& from, const fs::path& to) {
         return true;
     }
     removeWholly(copy);
+    return false;
+}
+
+/// The system's own exchange. False with EINVAL, ENOSYS or ENOTSUP where there is none.
+bool exchangeAtOnce(const fs::path& from, const fs::path& to) {
+#if defined(__APPLE__)
+    return ::renamex_np(from.c_str(), to.c_str(), RENAME_SWAP) == 0;
+#elif defined(RENAME_EXCHANGE)
+    return ::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_EXCHANGE) == 0;
+#else
+    errno = ENOSYS;
+    return false;
+#endif
+}
+
+/// For file systems that know no exchange, those of some networks among them.
+bool exchangeInSteps(const fs::path& from, const fs::path& to) {
+    const fs::path aside = temporaryNameBeside(to);
+    if (somethingAt(aside) || std::rename(to.c_str(), aside.c_str()) != 0) return false;
+    if (std::rename(from.c_str(), to.c_str()) != 0) {
+        std::rename(aside.c_str(), to.c_str());
+        return false;
+    }
+    if (std::rename(aside.c_str(), from.c_str()) == 0) return true;
+    std::rename(to.c_str(), from.c_str());
+    std::rename(aside.c_str(), to.c_str());
     return false;
 }
 
@@ -381,6 +446,16 @@ public:
         // Or it would copy itself into itself without end.
         if (liesIn(resolve(target), resolve(source))) return false;
         return copyInOneStep(source, target);
+    }
+
+    bool exchange(const fs::path& from, const fs::path& to) override {
+        const auto one = withoutTrailingSlash(from);
+        const auto other = withoutTrailingSlash(to);
+        if (!namesAnEntry(one) || !namesAnEntry(other) || !somethingAt(one)) return false;
+        if (!somethingAt(other)) return std::rename(one.c_str(), other.c_str()) == 0;
+        if (exchangeAtOnce(one, other)) return true;
+        const bool isUnknown = errno == EINVAL || errno == ENOSYS || errno == ENOTSUP;
+        return isUnknown && exchangeInSteps(one, other);
     }
 
     fs::path resolve(const fs::path& path) override {

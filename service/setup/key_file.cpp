@@ -1,5 +1,6 @@
 #include "service/setup/key_file.h"
 
+#include "service/store/descriptor.h"
 #include "service/store/own_file.h"
 #include "service/store/random_id.h"
 #include "text/unicode.h"
@@ -25,34 +26,8 @@ constexpr std::size_t kLongest = 512;
 // TCP that it knows it (see key_proof.h).
 constexpr std::string_view kPrefix = "trevix_local_";
 
-class Descriptor {
-public:
-    explicit Descriptor(int fd) : m_fd(fd) {}
-    ~Descriptor() {
-        if (m_fd >= 0) close(m_fd);
-    }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-
-    [[nodiscard]] int get() const { return m_fd; }
-    [[nodiscard]] bool isOpen() const { return m_fd >= 0; }
-
-private:
-    int m_fd;
-};
-
 KeyError systemError(const std::filesystem::path& file, const char* what) {
     return {file.string() + ": " + what + ": " + std::strerror(errno)};
-}
-
-bool writeAll(int fd, std::string_view bytes) {
-    while (!bytes.empty()) {
-        const ssize_t n = write(fd, bytes.data(), bytes.size());
-        if (n < 0 && errno == EINTR) continue;
-        if (n <= 0) return false;
-        bytes.remove_prefix(static_cast<std::size_t>(n));
-    }
-    return true;
 }
 
 // Absent when the file is not there.

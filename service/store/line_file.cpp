@@ -1,5 +1,6 @@
 #include "service/store/line_file.h"
 
+#include "service/store/descriptor.h"
 #include "service/store/random_id.h"
 
 #include <cerrno>
@@ -17,21 +18,6 @@ namespace trevix {
 namespace fs = std::filesystem;
 
 namespace {
-
-class Descriptor {
-public:
-    explicit Descriptor(int fd) : m_fd(fd) {}
-    ~Descriptor() {
-        if (m_fd >= 0) close(m_fd);
-    }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    [[nodiscard]] int get() const { return m_fd; }
-    [[nodiscard]] bool isOpen() const { return m_fd >= 0; }
-
-private:
-    int m_fd;
-};
 
 std::string cannot(const fs::path& file, const char* what) {
     // Before anything else can change it: naming the file may allocate.
@@ -80,17 +66,6 @@ std::optional<Content> contentOf(const fs::path& file, std::string& error) {
     }
     content.bytes.resize(size);
     return content;
-}
-
-bool writeAll(int fd, std::string_view bytes) {
-    while (!bytes.empty()) {
-        // A short write is no error: the disk may be filling up, and the next call then says so.
-        const ssize_t n = write(fd, bytes.data(), bytes.size());
-        if (n < 0 && errno == EINTR) continue;
-        if (n < 0) return false;
-        bytes.remove_prefix(static_cast<std::size_t>(n));
-    }
-    return true;
 }
 
 // A new file under the old name, because only rename(2) is whole or not at all: writing in place

@@ -61,8 +61,9 @@ TEST(ProcessSettingsDeathTest, GlobalsAreASnapshotTakenOnFirstUse) {
     EXPECT_EXIT(
         {
             ::setenv("BRASK_APP_NO_OPEN", "", 1);
+            ::setenv("BRASK_APP_NO_REFRESH", "", 1);
             ::unsetenv("BRASK_APP_NO_PERSIST");
-            const bool open = kNoOpen();
+            const bool open = kNoOpen() && kNoRefresh();
             const bool persist = kNoPersist();
             ::unsetenv("BRASK_APP_NO_OPEN");
             ::setenv("BRASK_APP_NO_PERSIST", "1", 1);

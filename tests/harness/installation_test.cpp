@@ -26,6 +26,12 @@ Installation installationIn(const fs::path& home, LoginItem item) {
             .dataHome = home / ".local/share"};
 }
 
+TEST(Installation, TextBetweenDoubleQuotesStandsForItself) {
+    EXPECT_EQ(inDoubleQuotes("/home/ada/.brask"), "/home/ada/.brask");
+    EXPECT_EQ(inDoubleQuotes("it's; *a* & b"), "it's; *a* & b");
+    EXPECT_EQ(inDoubleQuotes(R"(a"b$(c)`d`\e)"), R"(a\"b\$(c)\`d\`\\e)");
+}
+
 TEST(Installation, DesktopFoldersFollowTheirVariables) {
     struct Case {
         std::optional<std::string> value;

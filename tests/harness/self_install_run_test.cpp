@@ -101,6 +101,15 @@ TEST_F(SelfInstallRunTest, CopyThatFailsMidwayLeavesNoHalfBundleAndStillWritesTh
     EXPECT_EQ(contentsOf(autostart), startFiles(installation).at(0).text);
 }
 
+TEST_F(SelfInstallRunTest, CopyThatFailsMidwayLeavesTheOlderOne) {
+    persist();
+    const auto before = filesBelow(home / "Applications");
+    putFile(contents / "MacOS/Kelvane", "a newer program");
+    ASSERT_EQ(mkfifo((contents / "Resources/pipe").c_str(), 0600), 0); // cannot be copied
+    persist();
+    EXPECT_EQ(filesBelow(home / "Applications"), before);
+}
+
 TEST_F(SelfInstallRunTest, FilesInPlaceOfTheFoldersStayAndNothingIsWritten) {
     putHomeFile("Applications", "a file");
     putHomeFile(".config", "a file");

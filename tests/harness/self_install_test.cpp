@@ -15,6 +15,7 @@ namespace {
 using testing::ElementsAre;
 
 const std::string kInstalled = "/home/ada/Applications/Kelvane.app";
+const std::string kBeside = "/home/ada/Applications/.Kelvane.app.new";
 const std::string kPlist = "/home/ada/Library/LaunchAgents/org.example.kelvane.menubar.plist";
 
 class SelfInstallTest : public testing::Test {
@@ -50,8 +51,9 @@ protected:
 TEST_F(SelfInstallTest, TakesEveryStepInOrderAndStartsNothing) {
     persist();
     EXPECT_THAT(fake.journal.entries(),
-                ElementsAre("mkdir /home/ada/Applications", "remove-tree " + kInstalled,
-                            "copy-tree /opt/Kelvane.app -> " + kInstalled,
+                ElementsAre("mkdir /home/ada/Applications", "remove-tree " + kBeside,
+                            "copy-tree /opt/Kelvane.app -> " + kBeside,
+                            "exchange " + kBeside + " <-> " + kInstalled, "remove-tree " + kBeside,
                             "mkdir /home/ada/Library/LaunchAgents", "write " + kPlist));
     EXPECT_EQ(installedProgram(), "new");
     EXPECT_EQ(fake.files.files.at(kPlist), startFiles(installation).at(0).text);
@@ -61,8 +63,9 @@ TEST_F(SelfInstallTest, WithAutostartEntriesBothAreWrittenAndNoPropertyList) {
     installation.loginItem = LoginItem::AutostartEntry;
     persist();
     EXPECT_THAT(fake.journal.entries(),
-                ElementsAre("mkdir /home/ada/Applications", "remove-tree " + kInstalled,
-                            "copy-tree /opt/Kelvane.app -> " + kInstalled,
+                ElementsAre("mkdir /home/ada/Applications", "remove-tree " + kBeside,
+                            "copy-tree /opt/Kelvane.app -> " + kBeside,
+                            "exchange " + kBeside + " <-> " + kInstalled, "remove-tree " + kBeside,
                             "mkdir /home/ada/.config/autostart",
                             "write "
                             "/home/ada/.config/autostart/org.example.kelvane.menubar.desktop",
@@ -95,6 +98,7 @@ TEST_F(SelfInstallTest, InstalledPlaceBehindALinkIsTheInstalledPlace) {
     fake.resources.runsFrom = "/data/home/ada/Applications/Kelvane.app";
     putBundle(kInstalled, "the one that runs");
     persist();
+    EXPECT_EQ(fake.journal.count("exchange"), 0U);
     EXPECT_EQ(fake.journal.count("remove-tree"), 0U);
     EXPECT_EQ(installedProgram(), "the one that runs");
 }
@@ -122,11 +126,12 @@ TEST_F(SelfInstallTest, LoginItemNamesTheInstalledProgramWhateverTheRunningBundl
     EXPECT_EQ(installedProgram(), "new");
 }
 
-TEST_F(SelfInstallTest, CopyThatFailsMidwayLeavesNoHalfBundleAndStillWritesTheLoginItem) {
+TEST_F(SelfInstallTest, CopyThatFailsMidwayLeavesTheOlderOneAndStillWritesTheLoginItem) {
     putBundle(kInstalled, "old");
     fake.files.unreadable.insert("/opt/Kelvane.app/Contents/Resources/secret");
     persist();
-    EXPECT_FALSE(fake.files.exists(kInstalled));
+    EXPECT_EQ(installedProgram(), "old");
+    EXPECT_FALSE(fake.files.exists(kBeside));
     EXPECT_EQ(fake.files.files.at(kPlist), startFiles(installation).at(0).text);
 }
 

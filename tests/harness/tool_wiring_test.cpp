@@ -142,31 +142,27 @@ TEST_F(ToolWiringTest, FirstRunTakesEveryStepInOrder) {
     run(true);
     const std::string resources = "/opt/Kelvane.app/Contents/Resources";
     const std::string brask = "/home/ada/.brask";
-    EXPECT_THAT(
-        steps(),
-        ElementsAreArray<std::string>({
-            kCheckPython,
-            "mkdir " + brask + "/standing",
-            "remove-tree " + brask + "/validate.py",
-            "copy-tree " + resources + "/kit/validate.py -> " + brask + "/validate.py",
-            "remove-tree " + brask + "/brask_install.py",
-            "copy-tree " + resources + "/kit/brask_install.py -> " + brask + "/brask_install.py",
-            "list " + resources + "/kit/standing",
-            "remove-tree " + brask + "/standing/engine",
-            "copy-tree " + resources + "/kit/standing/engine -> " + brask + "/standing/engine",
-            "remove-tree " + brask + "/standing/rules.md",
-            "copy-tree " + resources + "/kit/standing/rules.md -> " + brask + "/standing/rules.md",
-            "remove-tree " + brask + "/app-catalog.json",
-            "copy-tree " + resources + "/app-catalog.json -> " + brask + "/app-catalog.json",
-            kChmod,
-            kWire,
-            "mkdir /home/ada/Applications",
-            "remove-tree /home/ada/Applications/Kelvane.app",
-            "copy-tree /opt/Kelvane.app -> /home/ada/Applications/Kelvane.app",
-            "mkdir /home/ada/Library/LaunchAgents",
-            "write " + kPlist,
-            "open https://trevix.example/connect?from=macos-app",
-        }));
+    std::vector<std::string> expected{kCheckPython, "mkdir " + brask + "/standing"};
+    const auto replaced = [&](const std::string& source, const std::string& folder,
+                              const std::string& name) {
+        const std::string beside = folder + "/." + name + ".new";
+        expected.push_back("remove-tree " + beside);
+        expected.push_back("copy-tree " + source + " -> " + beside);
+        expected.push_back("exchange " + beside + " <-> " + folder + "/" + name);
+        expected.push_back("remove-tree " + beside);
+    };
+    const std::string standing = brask + "/standing";
+    replaced(resources + "/kit/validate.py", brask, "validate.py");
+    replaced(resources + "/kit/brask_install.py", brask, "brask_install.py");
+    expected.push_back("list " + resources + "/kit/standing");
+    replaced(resources + "/kit/standing/engine", standing, "engine");
+    replaced(resources + "/kit/standing/rules.md", standing, "rules.md");
+    replaced(resources + "/app-catalog.json", brask, "app-catalog.json");
+    expected.insert(expected.end(), {kChmod, kWire, "mkdir /home/ada/Applications"});
+    replaced("/opt/Kelvane.app", "/home/ada/Applications", "Kelvane.app");
+    expected.insert(expected.end(), {"mkdir /home/ada/Library/LaunchAgents", "write " + kPlist,
+                                     "open https://trevix.example/connect?from=macos-app"});
+    EXPECT_EQ(steps(), expected);
     EXPECT_TRUE(ToolWiring::isInstalled(fake.files, installation.braskHome));
     EXPECT_EQ(fake.files.files.at("/home/ada/.brask/standing/engine/check.py"), "the check");
     EXPECT_EQ(fake.files.files.at("/home/ada/.brask/app-catalog.json"), "the catalog");
@@ -200,7 +196,7 @@ TEST_F(ToolWiringTest, StandingEntryThatBeginsWithDotUnderscoreIsNotCopied) {
     run(true);
     EXPECT_TRUE(fake.files.exists("/home/ada/.brask/standing/rules.md"));
     EXPECT_FALSE(fake.files.exists("/home/ada/.brask/standing/._rules.md"));
-    EXPECT_FALSE(happened("remove-tree /home/ada/.brask/standing/._"));
+    EXPECT_FALSE(happened("exchange /home/ada/.brask/standing/.._"));
 }
 
 TEST_F(ToolWiringTest, EveryRunBringsTheKitToTheShippedVersion) {

@@ -5,6 +5,9 @@
 
 #include <gmock/gmock.h>
 
+#include <chrono>
+#include <memory>
+
 namespace kelvane {
 namespace {
 
@@ -170,17 +173,52 @@ TEST_F(WiringInAQuotedHomeTest, NameOfTheHomeFolderDoesNotMatter) {
     EXPECT_FALSE(fs::exists(brask));
 }
 
-/// The one character that ends the quotes of the stated chmod command.
-class WiringInAHomeWithADoubleQuoteTest : public WiringRunTest {
+/// A home folder whose name would end the quotes of the chmod command, or be run by it.
+class WiringInAHostileHomeTest : public WiringRunTest {
 protected:
-    WiringInAHomeWithADoubleQuoteTest() : WiringRunTest("a\"b") {}
+    WiringInAHostileHomeTest() : WiringRunTest("a\"b $(touch ran) `touch ran` $HOME \\") {}
 };
 
-TEST_F(WiringInAHomeWithADoubleQuoteTest, ToolsAreWiredAndOnlyThePermissionsStayAsShipped) {
+TEST_F(WiringInAHostileHomeTest, NothingOfItsNameIsRunAndEverythingIsInstalled) {
     fs::permissions(kit / "validate.py", fs::perms::owner_read | fs::perms::owner_write);
+    const fs::path before = fs::current_path();
+    fs::current_path(folder.path());
     install(true);
+    fs::current_path(before);
     EXPECT_THAT(installerCalls(), ElementsAre(call("claude"), call("codex")));
-    EXPECT_EQ(permissionsOf(brask / "validate.py"), fs::perms(0600));
+    EXPECT_EQ(permissionsOf(brask / "validate.py"), fs::perms(0755));
+    EXPECT_FALSE(fs::exists(folder / "ran"));
+}
+
+/// Real processes, but nobody has patience with a shell that reads the profile.
+class ImpatientProcesses : public ProcessRunner {
+public:
+    explicit ImpatientProcesses(ProcessRunner& processes) : m_processes(processes) {}
+
+    std::unique_ptr<RunningProcess> start(const ProcessRequest& request) override {
+        auto hurried = request;
+        if (request.arguments.front() == "-lc") hurried.timeLimit = std::chrono::milliseconds(100);
+        return m_processes.start(hurried);
+    }
+
+private:
+    ProcessRunner& m_processes;
+};
+
+TEST_F(WiringRunTest, ProfileThatNeverEndsIsDoneWithout) {
+    putFile(home / ".profile", "while :; do '" + pathOf("sleep").string() + "' 1000; done\n");
+    const ScopedVariable path("PATH", bin.string());
+    ImpatientProcesses impatient(*processes);
+    auto ports = wiringPorts();
+    ToolWiring::runInstall({.files = ports.files,
+                            .processes = impatient,
+                            .bundle = ports.bundle,
+                            .dialogs = ports.dialogs,
+                            .urls = ports.urls},
+                           installation, settings, true);
+    EXPECT_THAT(installerCalls(), ElementsAre(call("claude"), call("codex")));
+    EXPECT_EQ(permissionsOf(brask / "validate.py"), fs::perms(0755));
+    EXPECT_EQ(fake.dialogs.shown.size(), 0U);
 }
 
 TEST_F(WiringRunTest, HomeThatTakesNothingIsPassedOverInSilence) {

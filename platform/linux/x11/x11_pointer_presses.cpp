@@ -18,10 +18,9 @@ constexpr std::uint16_t kMajor = 2;
 constexpr std::uint16_t kMinor = 0;
 
 bool selectRawPresses(X11Connection& link) {
-    const auto* const extension = xcb_get_extension_data(link.xcb(), &xcb_input_id);
-    if (extension == nullptr || extension->present == 0) return false;
-    const XcbOwned<xcb_input_xi_query_version_reply_t> version(xcb_input_xi_query_version_reply(
-        link.xcb(), xcb_input_xi_query_version(link.xcb(), kMajor, kMinor), nullptr));
+    if (link.extension(xcb_input_id) == nullptr) return false;
+    const auto version = link.reply<xcb_input_xi_query_version_reply_t>(
+        xcb_input_xi_query_version(link.xcb(), kMajor, kMinor));
     if (!version || version->major_version < kMajor) return false;
     const struct {
         xcb_input_event_mask_t head;
@@ -30,8 +29,7 @@ bool selectRawPresses(X11Connection& link) {
     // Raw events come to whoever asks for them, wherever the pointer is and whoever holds it (XI
     // 2).
     xcb_input_xi_select_events(link.xcb(), link.root(), 1, &wanted.head);
-    link.roundTrip();
-    return link.alive();
+    return link.roundTrip() && link.alive();
 }
 
 /// The server tells of the wheel as buttons 4 to 7.

@@ -236,7 +236,8 @@ protected:
                        std::optional<std::string> renderPath = std::nullopt) {
         std::vector<std::string> args{"/bundle/Kelvane"};
         args.insert(args.end(), switches.begin(), switches.end());
-        delegate.emplace(ports(), actions(), LaunchOptions{args, std::move(renderPath)});
+        delegate.emplace(ports(), actions(),
+                         LaunchOptions{.args = args, .renderPath = std::move(renderPath)});
         delegate->applicationDidFinishLaunching();
         return *delegate;
     }
@@ -330,6 +331,16 @@ TEST_F(AppDelegateTest, NormalLaunchDoesEverythingInOrder) {
                             "item action", "popover made", "installed?", "install first", "refresh",
                             "tick every 4000ms", "catalog refresh"));
     EXPECT_EQ(out.str() + err.str(), "");
+}
+
+TEST_F(AppDelegateTest, WhoWantsNoRefreshOfTheCatalogHasNone) {
+    delegate.emplace(ports(), actions(),
+                     LaunchOptions{.args = {"/bundle/Kelvane"},
+                                   .renderPath = std::nullopt,
+                                   .refreshesCatalog = false});
+    delegate->applicationDidFinishLaunching();
+    EXPECT_EQ(steps.count("catalog refresh"), 0U);
+    EXPECT_EQ(steps.count("tick every"), 1U);
 }
 
 TEST_F(AppDelegateTest, HooksAreWiredBeforeTheItemIsMade) {

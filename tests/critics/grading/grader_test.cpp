@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <chrono>
 #include <map>
 #include <mutex>
 
@@ -211,6 +212,28 @@ TEST_F(GraderTest, EveryBadEndHasItsWords) {
         m_runner.end = end;
         EXPECT_TRUE(misses(*graded(code({"a.py"})), words)) << words;
     }
+}
+
+TEST_F(GraderTest, WorkThatHasTakenEnoughIsAskedAboutNoMore) {
+    m_engines.made["tool"] = {};
+    m_runner.framesBeforeEnd = 0;
+    m_runner.end = End::outOfTime;
+    std::atomic<int> looks{0};
+    m_engines.onLook = [&] { ++looks; };
+    GraderOptions options;
+    options.atOnce = 1; // the critics first, then the engines
+    // Every child takes twenty seconds: the first, and two of those that judge the parts anew.
+    options.now = [&] {
+        return std::chrono::steady_clock::time_point(std::chrono::seconds(20) *
+                                                     m_runner.runs.load());
+    };
+    const Grader grader(m_runner, m_engines, options);
+    const auto critique = grader.grade(code(std::vector<std::string>(30, "tool.py")), {}, {});
+    ASSERT_TRUE(critique);
+    EXPECT_EQ(m_runner.runs, 3);
+    EXPECT_EQ(looks, 0);
+    EXPECT_TRUE(misses(*critique, "the work had taken 60 s by then"));
+    EXPECT_FALSE(critique->coverage.known);
 }
 
 TEST_F(GraderTest, RubbishBehindWholeFramesIsLost) {

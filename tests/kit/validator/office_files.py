@@ -11,7 +11,7 @@ _S = 'xmlns="http://schemas.openxmlformats.org/spreadsheetml/2006/main"'
 _P = ('xmlns:p="http://schemas.openxmlformats.org/presentationml/2006/main" '
       'xmlns:a="http://schemas.openxmlformats.org/drawingml/2006/main"')
 _O = ('xmlns:office="urn:o" xmlns:text="urn:t" xmlns:table="urn:b" xmlns:draw="urn:d" '
-      'xmlns:xlink="urn:x"')
+      'xmlns:xlink="urn:x" xmlns:style="urn:s" xmlns:presentation="urn:p"')
 
 
 def packed(**members):
@@ -52,30 +52,32 @@ def paragraph(text, style=None):
     return "<w:p>{}<w:r><w:t>{}</w:t></w:r></w:p>".format(properties, text)
 
 
-def xlsx(rows, strings="", styles="", more=None):
+def xlsx(rows, strings="", styles="", more=None, more_state="visible", columns=""):
     """A workbook with one sheet "Data" of these rows of XML, and perhaps a second, "More"."""
     sheets, targets = '<sheet name="Data" r:id="r1"/>', {"r1": "worksheets/s1.xml"}
     members = {}
     if more is not None:
-        sheets += '<sheet name="More" r:id="r2"/>'
+        sheets += '<sheet name="More" state="{}" r:id="r2"/>'.format(more_state)
         targets["r2"] = "/xl/worksheets/s2.xml"
         members["xl__worksheets__s2_dot_xml"] = _sheet(more)
     members.update({
         "xl__workbook_dot_xml": "<workbook {} {}><sheets>{}</sheets></workbook>".format(
             _S, _R, sheets),
         "xl___rels__workbook_dot_xml_dot_rels": relations(**targets),
-        "xl__worksheets__s1_dot_xml": _sheet(rows),
+        "xl__worksheets__s1_dot_xml": _sheet(rows, columns),
         "xl__sharedStrings_dot_xml": "<sst {}>{}</sst>".format(_S, strings),
         "xl__styles_dot_xml": "<styleSheet {}>{}</styleSheet>".format(_S, styles)})
     return packed(**members)
 
 
-def _sheet(rows):
-    return "<worksheet {}><sheetData>{}</sheetData></worksheet>".format(_S, rows)
+def _sheet(rows, columns=""):
+    return "<worksheet {}><cols>{}</cols><sheetData>{}</sheetData></worksheet>".format(
+        _S, columns, rows)
 
 
-def pptx(*slides, notes=None):
-    """A deck; a slide is a list of paragraphs. The file lists them in reverse of the show."""
+def pptx(*slides, notes=None, hidden=()):
+    """A deck; a slide is a list of paragraphs. The file lists them in reverse of the show. `hidden`
+    has the numbers of slides that are not shown."""
     targets = {"r%d" % n: "slides/slide%d.xml" % n for n in range(1, len(slides) + 1)}
     order = "".join('<p:sldId id="{}" r:id="r{}"/>'.format(255 + n, n)
                     for n in range(1, len(slides) + 1))
@@ -84,7 +86,8 @@ def pptx(*slides, notes=None):
         "</p:presentation>".format(_P, _R, order),
         "ppt___rels__presentation_dot_xml_dot_rels": relations(**targets)}
     for number in range(len(slides), 0, -1):
-        members["ppt__slides__slide%d_dot_xml" % number] = _slide(slides[number - 1])
+        members["ppt__slides__slide%d_dot_xml" % number] = _slide(
+            slides[number - 1], ' show="0"' if number in hidden else "")
     if notes:
         members["ppt__slides___rels__slide1_dot_xml_dot_rels"] = relations(
             n="../notesSlides/notesSlide1.xml")
@@ -92,15 +95,16 @@ def pptx(*slides, notes=None):
     return packed(**members)
 
 
-def _slide(paragraphs):
-    return "<p:sld {}>{}</p:sld>".format(_P, "".join(
+def _slide(paragraphs, marks=""):
+    return "<p:sld {}{}>{}</p:sld>".format(_P, marks, "".join(
         "<a:p><a:r><a:t>{}</a:t></a:r></a:p>".format(text) for text in paragraphs))
 
 
-def open_document(body):
-    """An OpenDocument file of any kind with this body."""
-    return packed(content_dot_xml="<office:document-content {}><office:body>{}</office:body>"
-                                  "</office:document-content>".format(_O, body))
+def open_document(body, styles=""):
+    """An OpenDocument file of any kind with this body and these automatic styles."""
+    return packed(content_dot_xml="<office:document-content {}><office:automatic-styles>{}"
+                                  "</office:automatic-styles><office:body>{}</office:body>"
+                                  "</office:document-content>".format(_O, styles, body))
 
 
 def png(*private, end=b""):

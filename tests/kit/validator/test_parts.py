@@ -188,6 +188,33 @@ class Documents(PartsTest):
         for broken in ("{}", "[]", "x", '{"cells":[5]}', "[" * 100000):
             self.assertIn("notebook", self.refused("b.ipynb", broken), broken[:20])
 
+    def test_hidden_writing_is_told(self):
+        run = "<w:r><w:rPr><w:vanish{}/></w:rPr>{}</w:r>"
+        body = "<w:p>" + "".join(run.format(*case) for case in (
+            ("", "<w:t>secret</w:t>"), (' w:val="0"', "<w:t>shown</w:t>"), ("", ""))) + "</w:p>"
+        artifact = self.read("a.docx", office.docx(body))
+        self.assertIn("secret", artifact.parts[0].text)
+        self.assertEqual(list(artifact.notes),
+                         ["a.docx: hidden in it, and sent and graded too: 1 passage"])
+        styles = ('<style:style style:name="h"><style:text-properties text:display="none"/>'
+                  '</style:style>')
+        body = ('<office:text><text:p>a <text:span text:style-name="h">b</text:span></text:p>'
+                '<text:p text:style-name="h">c</text:p><text:p text:style-name="h"/></office:text>')
+        self.assertEqual(list(self.read("a.odt", office.open_document(body, styles)).notes),
+                         ["a.odt: hidden in it, and sent and graded too: 2 passages"])
+        self.assertEqual(list(self.read("a.odt", office.open_document(body)).notes), [])
+
+    def test_hidden_slides_are_told(self):
+        artifact = self.read("a.pptx", office.pptx(["One"], ["Two"], hidden=(2,)))
+        self.assertIn("Two", artifact.parts[0].text)
+        self.assertEqual(list(artifact.notes),
+                         ["a.pptx: hidden in it, and sent and graded too: 1 slide"])
+        styles = ('<style:style style:name="h"><style:drawing-page-properties '
+                  'presentation:visibility="hidden"/></style:style>')
+        page = '<draw:page draw:style-name="h"><text:p>Two</text:p></draw:page>'
+        self.assertEqual(list(self.read("a.odp", office.open_document(page, styles)).notes),
+                         ["a.odp: hidden in it, and sent and graded too: 1 slide"])
+
 
 class Sheets(PartsTest):
     def test_a_workbook_is_tab_separated_text(self):
@@ -221,6 +248,33 @@ class Sheets(PartsTest):
     def test_formulas_without_a_result_are_told(self):
         rows = '<row><c r="A1"><f>SUM(B1)</f></c><c r="B1"><v>1</v></c></row>'
         self.assertIn("1 formulas", self.read("a.xlsx", office.xlsx(rows)).notes[0])
+
+    def test_what_is_hidden_is_graded_and_told(self):
+        rows = ('<row r="1" hidden="1"><c t="inlineStr"><is><t>salary</t></is></c></row>'
+                '<row r="2" hidden="true"/>'
+                '<row r="3"><c r="A3"><v>1</v></c><c r="C3"><v>2</v></c></row>')
+        columns = '<col min="3" max="16384" hidden="1"/><col min="1" max="1" hidden="0"/>'
+        more = '<row><c t="inlineStr"><is><t>x</t></is></c></row>'
+        artifact = self.read("a.xlsx", office.xlsx(rows, more=more, more_state="veryHidden",
+                                                   columns=columns))
+        self.assertIn("salary", artifact.parts[0].text)
+        self.assertEqual(list(artifact.notes), [
+            "a.xlsx: hidden in it, and sent and graded too: 1 row, 1 column, 1 sheet"])
+        self.assertEqual(list(self.read("a.xlsx", office.xlsx(more, more=more)).notes), [])
+
+    def test_what_is_hidden_in_an_open_workbook_is_told(self):
+        cell = '<table:table-cell><text:p>a</text:p></table:table-cell>'
+        row = '<table:table-row{}>' + cell + cell + '</table:table-row>'
+        body = ('<office:spreadsheet><table:table table:name="T"><table:table-column/>'
+                '<table:table-column table:visibility="collapse"/>' + row.format("")
+                + row.format(' table:visibility="filter" table:number-rows-repeated="2"')
+                + '<table:table-row table:visibility="collapse"/></table:table>'
+                  '<table:table table:name="U" table:style-name="s">' + row.format("")
+                + '</table:table></office:spreadsheet>')
+        styles = '<style:style style:name="s"><style:table-properties table:display="false"/>'
+        artifact = self.read("a.ods", office.open_document(body, styles + "</style:style>"))
+        self.assertEqual(list(artifact.notes), [
+            "a.ods: hidden in it, and sent and graded too: 2 rows, 1 column, 1 sheet"])
 
     def test_a_sheet_that_reaches_to_the_end_of_the_world_is_bounded(self):
         rows = ('<row r="1048576"><c r="XFD1048576"><v>1</v></c></row>'

@@ -88,6 +88,16 @@ TEST_F(ScreencaptureTest, ToolThatLeavesNoFileGivesNothing) {
     EXPECT_EQ(fake.journal.count("remove "), 1U);
 }
 
+TEST_F(ScreencaptureTest, PictureThatWasLeftThereIsNotTaken) {
+    fake.files.files["/var/folders/x/T/kelvane-shot-5.png"] = "of another moment";
+    fake.processes.results[kTool] = {.status = 1, .output = ""};
+    EXPECT_EQ(png(5), std::nullopt);
+    EXPECT_TRUE(fake.files.files.empty());
+    fake.files.files["/var/folders/x/T/kelvane-shot-5.png"] = "of another moment";
+    toolWrites("png");
+    EXPECT_EQ(png(5), "png");
+}
+
 TEST_F(ScreencaptureTest, ExitStatusIsNotExamined) {
     toolWrites("png", 1);
     EXPECT_EQ(png(5), "png");
@@ -95,9 +105,11 @@ TEST_F(ScreencaptureTest, ExitStatusIsNotExamined) {
 
 TEST_F(ScreencaptureTest, UnreadableFileGivesNothingAndIsDeletedAllTheSame) {
     toolWrites("png");
-    fake.files.unreadable = {"/var/folders/x/T/kelvane-shot-5.png"};
+    fake.processes.onRun = [this](const ProcessRequest& request) {
+        fake.files.unreadable.insert(request.arguments.back());
+    };
     EXPECT_EQ(png(5), std::nullopt);
-    EXPECT_TRUE(fake.files.files.empty());
+    EXPECT_TRUE(fake.files.unreadable.empty());
 }
 
 TEST_F(ScreencaptureTest, FileThatCannotBeDeletedIsNoFailure) {

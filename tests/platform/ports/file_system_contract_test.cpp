@@ -229,6 +229,38 @@ TEST_P(FileSystemContract, FolderIsNotCopiedIntoItself) {
     EXPECT_EQ(files().list(at("d/a")), std::vector<std::string>{});
 }
 
+TEST_P(FileSystemContract, ExchangedThingsStandInEachOthersPlace) {
+    ASSERT_TRUE(files().createDirectories(at("d/e")));
+    ASSERT_TRUE(files().writeAtomically(at("d/e/f"), "deep"));
+    ASSERT_TRUE(files().writeAtomically(at("f"), "x"));
+    EXPECT_TRUE(files().exchange(at("d/"), at("f")));
+    EXPECT_EQ(files().read(at("d")), "x");
+    EXPECT_EQ(files().read(at("f/e/f")), "deep");
+    EXPECT_EQ(files().list(at("")), (std::vector<std::string>{"d", "f"}));
+}
+
+TEST_P(FileSystemContract, ExchangeWithNothingMoves) {
+    ASSERT_TRUE(files().writeAtomically(at("f"), "x"));
+    EXPECT_TRUE(files().exchange(at("f"), at("g")));
+    EXPECT_EQ(files().list(at("")), std::vector<std::string>{"g"});
+    EXPECT_EQ(files().read(at("g")), "x");
+}
+
+TEST_P(FileSystemContract, ExchangeThatCannotBeLeavesBoth) {
+    ASSERT_TRUE(files().createDirectories(at("d/e")));
+    ASSERT_TRUE(files().writeAtomically(at("f"), "x"));
+    EXPECT_FALSE(files().exchange(at("no"), at("f")));
+    EXPECT_FALSE(files().exchange(at("f"), at("no/f")));
+    EXPECT_FALSE(files().exchange(at("d"), at("d/e")));
+    EXPECT_FALSE(files().exchange(at("d/e"), at("d")));
+    EXPECT_FALSE(files().exchange(at("f"), ""));
+    EXPECT_FALSE(files().exchange("", at("f")));
+    EXPECT_FALSE(files().exchange("/", at("f")));
+    EXPECT_EQ(files().list(at("")), (std::vector<std::string>{"d", "f"}));
+    EXPECT_EQ(files().list(at("d")), std::vector<std::string>{"e"});
+    EXPECT_EQ(files().read(at("f")), "x");
+}
+
 TEST_P(FileSystemContract, ResolvedSpellingsOfOnePlaceAreEqual) {
     EXPECT_TRUE(files().createDirectories(at("d/a")));
     for (const char* spelling : {"d/a", "d/a/", "d/./a", "d/../d/a", "d//a/."}) {

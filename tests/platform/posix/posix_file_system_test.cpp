@@ -381,6 +381,19 @@ TEST_F(PosixFileSystemTest, CopyOntoADiskThatIsFullLeavesNothing) {
     EXPECT_EQ(folder.names(), std::vector<std::string>{"d"});
 }
 
+TEST_F(PosixFileSystemTest, LinksAreExchangedAndNotWhatTheyLeadTo) {
+    putFile(folder / "precious", "the user's");
+    putFile(folder / "f", "x");
+    fs::create_symlink("precious", folder / "link");
+    fs::create_symlink("nowhere", folder / "dangling");
+    EXPECT_TRUE(files->exchange(folder / "f", folder / "link"));
+    EXPECT_TRUE(fs::is_symlink(folder / "f"));
+    EXPECT_EQ(contentsOf(folder / "link"), "x");
+    EXPECT_EQ(contentsOf(folder / "precious"), "the user's");
+    EXPECT_TRUE(files->exchange(folder / "link", folder / "dangling"));
+    EXPECT_TRUE(fs::is_symlink(folder / "link"));
+}
+
 TEST_F(PosixFileSystemTest, TreeCallsRefuseAPathWithANul) {
     putFile(folder / "f", "x");
     const fs::path path((folder / "f").string() + std::string("\0g", 2));

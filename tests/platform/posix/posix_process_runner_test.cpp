@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
@@ -327,6 +328,35 @@ TEST_F(PosixProcessRunnerTest, MoreThanAPipeHoldsIsReadWhenItIsFinished) {
     const auto result = process->finish();
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(result.output.size(), 300'000U);
+}
+
+TEST_F(PosixProcessRunnerTest, WhatDoesNotEndInItsTimeIsEndedWithAllItStarted) {
+    const fs::path child = folder / "child";
+    const auto result =
+        runner->run({.program = "/bin/sh",
+                     .arguments = {"-c", "trap '' TERM; sleep 1000 & echo $! > " + child.string() +
+                                             "; echo partly; wait; sleep 1000"},
+                     .output = ProcessOutput::Capture,
+                     .timeLimit = std::chrono::milliseconds(300)});
+    ASSERT_TRUE(result.has_value());
+    EXPECT_TRUE(result->timedOut);
+    EXPECT_EQ(result->status, 128 + SIGKILL); // it would not listen
+    // The other end of the pipe is closed by now, and whoever inherits it waits for it for us.
+    const pid_t sleeper = std::stoi(contentsOf(child));
+    const auto isGone = [&] {
+        std::string stat = contentsOf("/proc/" + std::to_string(sleeper) + "/stat");
+        return kill(sleeper, 0) != 0 || stat.find(") Z ") != std::string::npos;
+    };
+    for (int i = 0; i < 1000 && !isGone(); ++i) usleep(10'000);
+    EXPECT_TRUE(isGone());
+}
+
+TEST_F(PosixProcessRunnerTest, WhatEndsInItsTimeIsAsWithoutOne) {
+    const auto result = runner->run({.program = "/bin/sh",
+                                     .arguments = {"-c", "echo out; exit 4"},
+                                     .output = ProcessOutput::Capture,
+                                     .timeLimit = std::chrono::hours(1)});
+    EXPECT_EQ(result, (ProcessResult{.status = 4, .output = "out\n"}));
 }
 
 } // namespace

@@ -9,6 +9,7 @@ from typing import Iterator, List, Optional
 
 from .archive import Archive, attribute, children, limited, local, outermost, relations
 from .parts import NotGradable, Part
+from .unseen import Unseen, hidden_runs, hiding_styles, styled_texts
 
 _DEEPEST_TABLE = 6  # tables within tables that are drawn as such; the text of deeper ones is kept
 
@@ -26,19 +27,24 @@ def read_docx(data: bytes, shown: str, kind):
     bodies = (block for body in children(root, "body")
               for block in _word_blocks(body, links, levels))
     blocks = list(limited(bodies)) + _notes(archive, links)
-    return _part(blocks, shown, kind, archive)
+    unseen = Unseen()
+    unseen.add("passage", hidden_runs(root))
+    return _part(blocks, shown, kind, archive, unseen)
 
 
-def _part(blocks: List[str], shown: str, kind, archive: Archive):
+def _part(blocks: List[str], shown: str, kind, archive: Archive, unseen: Unseen):
     text = "\n\n".join(limited(block for block in blocks if block.strip())) + "\n"
-    return [Part(kind.mime_type, shown, text)], archive.notes(shown)
+    return [Part(kind.mime_type, shown, text)], archive.notes(shown) + unseen.notes(shown)
 
 
 def read_odt(data: bytes, shown: str, kind):
     """An OpenDocument text."""
     archive = Archive(data, shown)
     root = _open_document_body(archive, shown)
-    return _part(list(limited(_open_blocks(root))), shown, kind, archive)
+    unseen = Unseen()
+    unseen.add("passage",
+               styled_texts(root, hiding_styles(root, "text-properties", "display", "none")))
+    return _part(list(limited(_open_blocks(root))), shown, kind, archive, unseen)
 
 
 def read_pptx(data: bytes, shown: str, kind):
@@ -50,9 +56,11 @@ def read_pptx(data: bytes, shown: str, kind):
     targets = relations(archive, "ppt/presentation.xml")
     slides = [targets.get(attribute_of_relation(item)) for order in
               children(presentation, "sldIdLst") for item in order]
-    blocks = []
+    blocks, unseen = [], Unseen()
     for number, member in enumerate([s for s in slides if s], 1):
-        paragraphs = _drawn_paragraphs(archive.xml(member))
+        slide = archive.xml(member)
+        paragraphs = _drawn_paragraphs(slide)
+        unseen.add("slide", int(slide is not None and attribute(slide, "show") in ("0", "false")))
         notes = next((m for m in relations(archive, member).values() if "notesSlide" in m), None)
         if notes:
             said = [p for p in _drawn_paragraphs(archive.xml(notes)) if not p.isdigit()]
@@ -60,18 +68,20 @@ def read_pptx(data: bytes, shown: str, kind):
         blocks.append("\n".join(["Slide {}".format(number)] + paragraphs))
         if archive.cut:
             break
-    return _part(blocks, shown, kind, archive)
+    return _part(blocks, shown, kind, archive, unseen)
 
 
 def read_odp(data: bytes, shown: str, kind):
     """An OpenDocument deck."""
     archive = Archive(data, shown)
     root = _open_document_body(archive, shown)
-    blocks = []
+    blocks, unseen = [], Unseen()
+    hiding = hiding_styles(root, "drawing-page-properties", "visibility", "hidden")
     for number, page in enumerate(outermost(root, ("page",)), 1):
+        unseen.add("slide", int(attribute(page, "style-name") in hiding))
         lines = [text for text in map(_flat, outermost(page, ("p", "h"))) if text]
         blocks.append("\n".join(["Slide {}".format(number)] + lines))
-    return _part(blocks, shown, kind, archive)
+    return _part(blocks, shown, kind, archive, unseen)
 
 
 def relations_with_targets(archive: Archive) -> dict:

@@ -10,9 +10,12 @@ from typing import Dict, List, Optional
 
 from .archive import MOST_TEXT, Archive, attribute, children, local, outermost, relations
 from .parts import NotGradable, Part
+from .unseen import Unseen, hiding_styles, says_yes
 
 MOST_ROWS, MOST_COLUMNS, MOST_CELLS = 100000, 1000, 400000
 _DATE_IDS = set(range(14, 23)) | set(range(27, 37)) | set(range(45, 48)) | set(range(50, 59))
+
+_HIDDEN = ("collapse", "filter")    # what OpenDocument calls a row or column that is not shown
 
 
 class _Grid:
@@ -23,6 +26,23 @@ class _Grid:
         self._cells = 0
         self.cut = False
         self.uncalculated = 0   # formulas that the file holds no result of
+        self.hidden_rows = 0    # those that hold anything
+        self.hidden = False     # the sheet as a whole
+        self._hidden_columns: List[range] = []
+
+    def hide_columns(self, columns: range) -> None:
+        """Notes that these are not shown."""
+        if len(self._hidden_columns) < MOST_COLUMNS:
+            self._hidden_columns.append(columns)
+
+    def count_unseen(self, unseen: Unseen) -> None:
+        """Adds what of this sheet is hidden and holds anything."""
+        filled = {column for cells in self._rows.values() for column in cells}
+        unseen.add("sheet", int(self.hidden and bool(filled)))
+        unseen.add("row", self.hidden_rows)
+        if self._hidden_columns:
+            unseen.add("column", sum(any(column in hidden for hidden in self._hidden_columns)
+                                     for column in filled))
 
     def put(self, row: int, column: int, text: str) -> bool:
         """Whether there is room for more below and to the right."""
@@ -86,6 +106,7 @@ def read_xlsx(data: bytes, shown: str, kind):
             if root is not None:
                 grids.append((attribute(sheet, "name") or "Sheet",
                               _xlsx_grid(root, strings, formats, since_1904)))
+                grids[-1][1].hidden = attribute(sheet, "state") in ("hidden", "veryHidden")
     return _parts(grids, shown, kind, archive)
 
 
@@ -96,8 +117,11 @@ def read_ods(data: bytes, shown: str, kind):
     if root is None:
         raise NotGradable("{} holds no workbook".format(shown))
     tables = outermost(root, ("table",))
-    return _parts([(attribute(t, "name") or "Sheet", _ods_grid(t)) for t in tables], shown, kind,
-                  archive)
+    grids = [(attribute(t, "name") or "Sheet", _ods_grid(t)) for t in tables]
+    hiding = hiding_styles(root, "table-properties", "display", "false")
+    for table, (_, grid) in zip(tables, grids):
+        grid.hidden = attribute(table, "style-name") in hiding
+    return _parts(grids, shown, kind, archive)
 
 
 def _parts(grids, shown: str, kind, archive: Archive):
@@ -111,6 +135,9 @@ def _parts(grids, shown: str, kind, archive: Archive):
         texts.append((name, text[:left], grid.cut))
         left -= len(texts[-1][1])
     waiting = sum(grid.uncalculated for _, grid in grids)
+    unseen = Unseen()
+    for _, grid in grids[:len(texts)]:
+        grid.count_unseen(unseen)
     filled = [entry for entry in texts if entry[1]] or texts[:1]
     notes = archive.notes(shown)
     notes += ["{}: sheet “{}” is larger than what is graded".format(shown, name)
@@ -118,6 +145,7 @@ def _parts(grids, shown: str, kind, archive: Archive):
     if waiting:
         notes.append("{}: {} formulas have no calculated result and are graded as empty; open and "
                      "save the file in a spreadsheet program".format(shown, waiting))
+    notes += unseen.notes(shown)
     stem = shown.rpartition(".")[0] or shown
     several = len(filled) > 1
     return [Part(kind.mime_type, "{}{}.tsv".format(stem, "-" + _plain(name) if several else ""),
@@ -127,15 +155,23 @@ def _parts(grids, shown: str, kind, archive: Archive):
 def _xlsx_grid(root, strings: List[str], formats: List[str], since_1904: bool) -> _Grid:
     grid = _Grid()
     row = -1
+    for column in (c for columns in children(root, "cols") for c in children(columns, "col")):
+        first, last = attribute(column, "min") or "", attribute(column, "max") or ""
+        if says_yes(column, "hidden") and first.isdigit() and last.isdigit():
+            grid.hide_columns(range(int(first[:9]) - 1, int(last[:9])))
     for data in children(root, "sheetData"):
         for line in children(data, "row"):
+            filled = False
             number = attribute(line, "r") or ""
             row = int(number) - 1 if number.isdigit() and 0 < len(number) < 9 else row + 1
             column = -1
             for cell in children(line, "c"):
                 column = _column(attribute(cell, "r"), column + 1)
                 grid.uncalculated += bool(children(cell, "f")) and not children(cell, "v")
-                grid.put(row, column, _xlsx_value(cell, strings, formats, since_1904))
+                text = _xlsx_value(cell, strings, formats, since_1904)
+                filled = filled or bool(text)
+                grid.put(row, column, text)
+            grid.hidden_rows += filled and says_yes(line, "hidden")
     return grid
 
 
@@ -230,13 +266,20 @@ def _column(reference: Optional[str], following: int) -> int:
 
 def _ods_grid(table) -> _Grid:
     grid = _Grid()
-    row = 0
+    row = column = 0
+    for line in (e for e in table.iter() if local(e) == "table-column"):
+        repeated = min(_times(line, "number-columns-repeated"), MOST_COLUMNS)
+        if attribute(line, "visibility") in _HIDDEN:
+            grid.hide_columns(range(column, column + repeated))
+        column += repeated
     for line in (e for e in table.iter() if local(e) == "table-row"):
         repeated = min(_times(line, "number-rows-repeated"), MOST_ROWS)
         cells = _ods_cells(line)
         for again in range(repeated if cells else 0):
             if not all([grid.put(row + again, column, text) for column, text in cells]):
                 break
+        if cells and attribute(line, "visibility") in _HIDDEN:
+            grid.hidden_rows += repeated
         row += repeated
         if row >= MOST_ROWS:
             grid.cut = grid.cut or bool(cells)
