@@ -200,9 +200,6 @@ inline constexpr auto kWordFrames = std::to_array<WordFrame>({
      "raise", FrameKind::confusion},
     {"grind|grinds|ground|grinding|come|comes|came|coming|brought|bring|brings to halt",
      "to a halt", FrameKind::confusion},
-    {"take|takes|took|taken|taking|claim|claims|claimed|claiming|assume|assumes|assumed "
-     "responsibility|responsibilities of @any",
-     "responsibility for", FrameKind::confusion},
     {"look|looks|looked|looking forward for|on|in",
      "looking forward to", FrameKind::confusion},
     {"make|makes|making|made senses",
@@ -773,8 +770,6 @@ inline constexpr auto kWordFrames = std::to_array<WordFrame>({
      "a hard time", FrameKind::turn},
     {"mean|means|meant lot to|for",
      "a lot", FrameKind::turn},
-    {"these|those type|kind|sort of",
-     "these types of", FrameKind::turn},
     {"ask|asks|asked|asking to me|us|him|her|them -to",
      "ask, without “to”", FrameKind::turn},
     {"arrive|arrives|arrived|arriving to @det|@poss|every",
