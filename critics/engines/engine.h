@@ -59,6 +59,9 @@ struct EngineEntry {
     bool findsSecrets = false;
     /// Others judge the same: where it is not here, nobody misses it.
     bool secondOpinion = false;
+    /// About what it takes for 500 lines, bare, on the reference machine. Only tells who begins
+    /// first.
+    int milliseconds = 50;
 
     std::string_view debian; ///< Package, or empty where Debian has none.
     std::string_view homebrew;
@@ -124,6 +127,13 @@ public:
     [[nodiscard]] virtual std::size_t mostParts(std::string_view engine) const {
         static_cast<void>(engine);
         return kMostPartsForEngines;
+    }
+
+    /// About how long it takes for a part, in milliseconds: who takes longest begins first, so that
+    /// nobody waits for one who began last.
+    [[nodiscard]] virtual int usualMilliseconds(std::string_view engine) const {
+        static_cast<void>(engine);
+        return 0;
     }
 };
 

@@ -50,6 +50,14 @@ public:
         return most;
     }
 
+    [[nodiscard]] int usualMilliseconds(std::string_view engine) const override {
+        int most = 0;
+        for (const EngineRoom* room : m_rooms) {
+            most = std::max(most, room->usualMilliseconds(engine));
+        }
+        return most;
+    }
+
 private:
     std::vector<EngineRoom*> m_rooms;
 };

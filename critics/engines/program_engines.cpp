@@ -105,6 +105,11 @@ std::vector<NotChecked> ProgramEngines::absentFor(const Part& part,
     return gaps;
 }
 
+int ProgramEngines::usualMilliseconds(std::string_view engine) const {
+    const auto entry = std::ranges::find(m_table, engine, &EngineEntry::id);
+    return entry == m_table.end() ? 0 : entry->milliseconds;
+}
+
 std::vector<EngineInfo> ProgramEngines::list() const {
     std::vector<EngineInfo> infos;
     for (std::size_t i = 0; i < m_table.size(); ++i) {

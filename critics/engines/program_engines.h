@@ -32,6 +32,7 @@ public:
                                 std::string_view modality, std::stop_token cancel) override;
     [[nodiscard]] std::vector<NotChecked> absentFor(const Part& part,
                                                     std::string_view modality) const override;
+    [[nodiscard]] int usualMilliseconds(std::string_view engine) const override;
 
     /// All engines of the table, here or not, in its order.
     [[nodiscard]] std::vector<EngineInfo> list() const;

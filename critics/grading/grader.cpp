@@ -7,7 +7,9 @@
 #include <array>
 #include <atomic>
 #include <cstdint>
+#include <functional>
 #include <mutex>
+#include <numeric>
 #include <string_view>
 #include <thread>
 #include <utility>
@@ -89,6 +91,19 @@ void dropDoubts(Critique& own, const Critique& foreign) {
     if (!parses(foreign)) return;
     std::erase_if(own.findings,
                   [](const Finding& finding) { return finding.rule == "code.syntax"; });
+}
+
+using Asked = std::vector<std::pair<std::size_t, std::string>>; ///< Part and engine.
+
+/// In which order those asked begin: with fewer hands than engines the verdict waits for whoever
+/// begins last, who should be quick. What they find keeps the order of asking.
+std::vector<std::size_t> longestFirst(const Asked& asked, const EngineRoom& engines) {
+    std::vector<std::size_t> order(asked.size());
+    std::iota(order.begin(), order.end(), std::size_t{0});
+    std::ranges::stable_sort(order, std::ranges::greater(), [&](std::size_t n) {
+        return engines.usualMilliseconds(asked[n].second);
+    });
+    return order;
 }
 
 /// Somebody who judges, with where the result goes.
@@ -216,7 +231,7 @@ Grader::grade(const Submission& submission, std::stop_token cancel,
     tasks.push_back({m_options.workerName, [&] { own = askCritics(submission, enough, cancel); }});
     // Parts beyond are judged by the critics alone: starting a program costs its time for each.
     const std::size_t most = std::min(submission.parts.size(), kMostPartsForEngines);
-    std::vector<std::pair<std::size_t, std::string>> asked;
+    Asked asked;
     for (std::size_t i = 0; i < most; ++i) {
         const Part& part = submission.parts[i];
         for (const std::string& engine : m_engines.enginesFor(part, submission.modality)) {
@@ -236,7 +251,7 @@ Grader::grade(const Submission& submission, std::stop_token cancel,
     }
     // By part, in the order of asking: the verdict must not depend on who answered first.
     looked.resize(asked.size());
-    for (std::size_t n = 0; n < asked.size(); ++n) {
+    for (const std::size_t n : longestFirst(asked, m_engines)) {
         tasks.push_back({asked[n].second, [&, n] {
                              const auto& [part, engine] = asked[n];
                              if (isEnough(enough)) {

@@ -90,6 +90,13 @@ std::size_t ServerEngines::mostParts(std::string_view engine) const {
     return engine == kModel ? kMostModelParts : EngineRoom::mostParts(engine);
 }
 
+int ServerEngines::usualMilliseconds(std::string_view engine) const {
+    // A model answers in seconds to a minute, LanguageTool in about one second; both work elsewhere
+    // meanwhile. The room is asked about programs of other rooms too.
+    if (engine == kModel) return 10'000;
+    return engine == kLanguageTool ? 1'000 : 0;
+}
+
 Critique ServerEngines::look(std::string_view engine, const Part& part, std::string_view modality,
                              std::stop_token cancel) {
     const WorkKind kind = kindOf(part, text::lowerAscii(modality));

@@ -51,6 +51,7 @@ public:
     [[nodiscard]] std::vector<NotChecked> absentFor(const Part& part,
                                                     std::string_view modality) const override;
     [[nodiscard]] std::size_t mostParts(std::string_view engine) const override;
+    [[nodiscard]] int usualMilliseconds(std::string_view engine) const override;
 
     /// All of them, asked for or not. A server that was asked for is asked whether it is there:
     /// some seconds.

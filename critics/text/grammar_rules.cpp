@@ -14,6 +14,8 @@ constexpr std::size_t kFewestWords = 2;
 constexpr std::size_t kMostWords = 400;
 // Words; shorter notes begin as they like.
 constexpr std::size_t kFewestForStart = 5;
+// Bytes from the begin of a sentence in which its dots stand.
+constexpr std::size_t kDotsWithin = 8;
 
 constexpr GradedRule kCapital = declared<WorkKind::text>("text.capital", Severity::medium);
 
@@ -33,9 +35,15 @@ bool endsSentence(const ProseView& view, std::size_t block) {
            (content.back() == '.' || content.back() == '!' || content.back() == '?');
 }
 
+bool beginsWithDots(const ProseView& view, std::size_t offset) {
+    const std::string_view rest = text::trimmed(view.masked().substr(offset, kDotsWithin));
+    return rest.starts_with("..") || rest.starts_with("\u2026");
+}
+
 /// A sentence that begins with a small letter. Names may, so the word must be a common one.
-void checkSmallStart(const EnglishSentence& sentence, GrammarReport& report) {
+void checkSmallStart(const EnglishSentence& sentence, bool goesOn, GrammarReport& report) {
     if (sentence.size() < kFewestForStart || sentence.capital(0) || sentence.digits(0)) return;
+    if (goesOn) return; // "... and so it ended": the beginning was left out.
     constexpr std::uint32_t kCommon = kFunction | kDeterminer | kPlural | kSingular | kAdjective |
                                       kIng | kPureBase | kObject | kMass;
     if (!sentence.has(0, kCommon) || sentence.gap(1) != ' ') {
@@ -96,7 +104,7 @@ std::set<std::size_t> checkGrammar(const ProseView& view, const ProseLanguages& 
             const bool whole = sentence.ended && kind == BlockKind::paragraph;
             if (whole && at == begin && sentence.begin == view.prose.blocks[sentence.block].begin &&
                 !technical && (sentence.block == 0 || endsSentence(view, sentence.block - 1))) {
-                checkSmallStart(own, report);
+                checkSmallStart(own, beginsWithDots(view, sentence.begin), report);
             }
             if (whole && !technical) checkInnerCapitals(own, report);
             checkConfusedWords(own, report);
@@ -106,6 +114,7 @@ std::set<std::size_t> checkGrammar(const ProseView& view, const ProseLanguages& 
             checkComparison(own, report);
             checkNumber(own, report);
             checkArticles(own, whole, report);
+            checkWordFrames(own, report);
         }
     }
     return report.spokenOf();

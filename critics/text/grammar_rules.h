@@ -43,6 +43,8 @@ void checkArticles(const EnglishSentence& sentence, bool whole, GrammarReport& r
 void checkComparison(const EnglishSentence& sentence, GrammarReport& report);
 void checkConfusedWords(const EnglishSentence& sentence, GrammarReport& report);
 void checkUsage(const EnglishSentence& sentence, GrammarReport& report);
+/// Last, for what no rule has spoken of.
+void checkWordFrames(const EnglishSentence& sentence, GrammarReport& report);
 
 /// All of them over the English blocks of a text. Returns the offsets of the words that they spoke
 /// of, which need no second word about their spelling.

@@ -218,7 +218,7 @@ constexpr Turn kTurns[] = {
     {"reason why is because", "reason is that"},
     {"for all intensive purposes", "for all intents and purposes"},
     {"for all intense purposes", "for all intents and purposes"},
-    {"one in the same", "one and the same"},
+    {"one in the same~", "one and the same"},
     {"case and point", "case in point"},
     {"sneak peak", "sneak peek"},
     {"sneak peaks", "sneak peeks"},

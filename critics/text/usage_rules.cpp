@@ -3,6 +3,7 @@
 #include "critics/text/grammar_rules.h"
 #include "critics/text/text_rule_table.h"
 #include "critics/text/turns_of_phrase.h"
+#include "critics/text/word_frames.h"
 
 #include <array>
 #include <unordered_map>
@@ -15,6 +16,7 @@ namespace {
 constexpr GradedRule kConfused = declared<WorkKind::text>("text.confused_word", Severity::medium);
 constexpr GradedRule kComparison = declared<WorkKind::text>("text.comparison", Severity::medium);
 constexpr GradedRule kUsage = declared<WorkKind::text>("text.usage", Severity::medium);
+constexpr GradedRule kVerbForm = declared<WorkKind::text>("text.verb_form", Severity::medium);
 
 void confused(const EnglishSentence& s, std::size_t first, std::size_t last, const char* meant,
               GrammarReport& report) {
@@ -158,7 +160,8 @@ void checkVerbLike(const EnglishSentence& s, std::size_t i, GrammarReport& repor
     }
     if (s.is(i, {"a", "an", "bad", "good", "positive", "negative", "big", "great", "side",
                  "greenhouse", "harmful", "main"}) &&
-        s.is(next, {"affect", "affects"}) && s.endsPhrase(next)) {
+        s.is(next, {"affect", "affects"}) && s.endsPhrase(next) && !s.has(next + 1, kDeterminer) &&
+        !s.has(next + 1, kObject) && !s.is(next + 1, {"how", "what", "whether", "which"})) {
         confused(s, i, next, "effect", report);
     }
 }
@@ -403,6 +406,26 @@ void checkFrames(const EnglishSentence& s, std::size_t i, GrammarReport& report)
     }
 }
 
+void sayFrame(const EnglishSentence& s, std::size_t i, GrammarReport& report) {
+    const auto match = frameAt(s, i);
+    if (!match) return;
+    const std::string meant(match->frame->meant);
+    switch (match->frame->kind) {
+    case FrameKind::confusion:
+        report.add(kConfused, s, match->first, match->last,
+                   "takes one word for another; “" + meant + "” may be meant");
+        break;
+    case FrameKind::form:
+        report.add(kVerbForm, s, match->first, match->last,
+                   "has a form that cannot stand there; meant may be: " + meant);
+        break;
+    case FrameKind::turn:
+        report.add(kUsage, s, match->first, match->last,
+                   "is no turn of English; meant may be: " + meant);
+        break;
+    }
+}
+
 } // namespace
 
 void checkComparison(const EnglishSentence& s, GrammarReport& report) {
@@ -458,6 +481,10 @@ void checkUsage(const EnglishSentence& s, GrammarReport& report) {
         checkTurns(s, i, report);
         checkFrames(s, i, report);
     }
+}
+
+void checkWordFrames(const EnglishSentence& s, GrammarReport& report) {
+    for (std::size_t i = 0; i < s.size(); ++i) sayFrame(s, i, report);
 }
 
 } // namespace trevix

@@ -201,7 +201,8 @@ void checkBareAfterPreposition(const EnglishSentence& s, std::size_t i, GrammarR
         return;
     const std::size_t at = i + 1;
     if (!s.glued(at) || !s.has(at, kPureBase)) return;
-    if (s.is(at, {"do"})) return;
+    // "written in Go", "used in Replace": a name.
+    if (s.is(at, {"do"}) || s.capital(at)) return;
     say(s, i, at, "needs the form in “-ing” behind its preposition", report);
 }
 

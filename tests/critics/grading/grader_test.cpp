@@ -63,6 +63,10 @@ public:
     }
     Critique look(std::string_view engine, const Part&, std::string_view,
                   std::stop_token) override {
+        {
+            const std::lock_guard lock(mutex);
+            looked.emplace_back(engine);
+        }
         if (onLook) onLook();
         return made.at(std::string(engine));
     }
@@ -71,11 +75,18 @@ public:
     }
 
     std::size_t mostParts(std::string_view) const override { return most; }
+    int usualMilliseconds(std::string_view engine) const override {
+        const auto found = milliseconds.find(std::string(engine));
+        return found == milliseconds.end() ? 0 : found->second;
+    }
 
     std::size_t most = kMostPartsForEngines;
     std::map<std::string, Critique> made;
+    std::map<std::string, int> milliseconds;
     std::vector<NotChecked> absent;
     std::function<void()> onLook;
+    std::vector<std::string> looked; ///< In the order of their beginning.
+    std::mutex mutex;
 };
 
 class GraderTest : public testing::Test {
@@ -279,6 +290,26 @@ TEST_F(GraderTest, ProgramsAreAskedAboutTheFirstPartsOnly) {
     const auto critique = graded(code(std::vector<std::string>(40, "tool.py")));
     EXPECT_EQ(looks, static_cast<int>(kMostPartsForEngines));
     EXPECT_TRUE(misses(*critique, "programs are asked about the first ones only"));
+}
+
+TEST_F(GraderTest, WhoTakesLongestBeginsFirst) {
+    for (const std::string name : {"a", "b", "c"}) {
+        Critique critique;
+        critique.coverage.checked({name, "1", name});
+        m_engines.made[name] = critique;
+    }
+    m_engines.milliseconds = {{"a", 10}, {"b", 300}, {"c", 20}};
+    GraderOptions options;
+    options.atOnce = 1;
+    const Grader grader(m_runner, m_engines, options);
+    const auto critique = grader.grade(code({"abc"}), {}, {});
+    EXPECT_EQ(m_engines.looked, (std::vector<std::string>{"b", "c", "a"}));
+    // What they say keeps the order of asking.
+    std::vector<std::string> said;
+    for (const CheckedBy& who : critique->coverage.checkedBy) {
+        if (who.version == "1") said.push_back(who.engine);
+    }
+    EXPECT_EQ(said, (std::vector<std::string>{"a", "b", "c"}));
 }
 
 TEST_F(GraderTest, AnEngineThatTakesFewPartsIsAskedAboutTheFirst) {

@@ -1,6 +1,7 @@
 #include "critics/document/document_critic.h"
 #include "critics/text/english_words.h"
 #include "critics/text/text_critic.h"
+#include "critics/text/word_frames.h"
 #include "tests/critics/critic_cases.h"
 #include "tests/critics/growth.h"
 
@@ -335,6 +336,59 @@ TEST(Grammar, SpeaksOfAPlaceOnce) {
     EXPECT_EQ(count, 2U);
 }
 
+TEST(WordFrames, FindWordsTakenForOthers) {
+    expectFound("text.confused_word",
+                {"The old driver is not longer in use.", "I though that the door was open.",
+                 "They want to thing about the colour first.",
+                 "Nobody remembered, so check were the key hangs.",
+                 "The new valve should effect the pressure in both pipes.",
+                 "The rain had a domino affect on the harvest.",
+                 "We intent to paint the fence in June.", "That would safe us a long walk.",
+                 "It seams that the bridge is closed.", "The new road is much worst.",
+                 "The work came to halt at noon.", "He finally got rid off the old boat.",
+                 "Please take a peak at the draft.", "I look forward for the summer fair.",
+                 "The story is a cautionary tail.", "I hope your happy with the new room.",
+                 "The gate was open, because its in the shade.",
+                 "In the passed week it snowed twice.", "We had never herd of that village."});
+}
+
+TEST(WordFrames, FindFormsThatCannotStand) {
+    expectFound("text.verb_form",
+                {"They have been away, and did they painted the fence?",
+                 "She helped designed the new kitchen.", "It would nice to have a second key.",
+                 "We have looking for the cat all day.",
+                 "I hope it will help, but it has became worse.",
+                 "Let the student to choose the plants.", "The letter explains how fix the lamp."});
+}
+
+TEST(WordFrames, FindTurnsThatEnglishDoesNotHave) {
+    expectFound("text.usage", {"It rained few days ago, and now it snows.",
+                               "The gift mean lot to me.", "We have waited here since 3 hours.",
+                               "The path must comply to the rules of the park.",
+                               "He asked to us where the station is."});
+}
+
+TEST(WordFrames, LeaveSoundSentencesAlone) {
+    expectSound({"The road is not longer than the river.", "You, though tired, drove on.",
+                 "There is one in the same drawer as the forks.",
+                 "Nobody knows what side affects the result.",
+                 "The committee can effect a change of the rules.",
+                 "The test ran for several time-consuming hours.", "It's the best of it's a deal.",
+                 "A few days ago it rained, and long ago it snowed.",
+                 "He and I are good friends of the house.", "They have working lamps in the hall.",
+                 "The tool is written in Go and used in Begin.",
+                 "... and so the story went on for years."});
+}
+
+TEST(WordFrames, AreWellFormedAndSayWhatIsMeant) {
+    for (const WordFrame& frame : wordFrames()) {
+        EXPECT_TRUE(isWellFormed(frame)) << frame.words;
+        EXPECT_FALSE(frame.meant.empty()) << frame.words;
+    }
+    EXPECT_FALSE(isWellFormed({"to @nothing", "", FrameKind::turn}));
+    EXPECT_FALSE(isWellFormed({"@mark", "", FrameKind::turn}));
+}
+
 TEST(EnglishWords, KnowTheFormsOfVerbsAndNouns) {
     EXPECT_NE(classesOf("studies") & kAnyThird, 0U);
     EXPECT_NE(classesOf("preferred") & kRegularPast, 0U);
@@ -352,7 +406,8 @@ TEST(EnglishWords, KnowTheFormsOfVerbsAndNouns) {
 TEST(Grammar, GrowsWithTheText) {
     for (const std::string piece :
          {"he ", "a ", "is to ", "one of the ", "because, ", "there are a big ", "the most more ",
-          "I have not always ", "in the other hand ", "students who ", "don't "}) {
+          "I have not always ", "in the other hand ", "students who ", "don't ", "to always ",
+          "let the user ", "for of it's "}) {
         expectModestGrowth(std::vector<std::size_t>{16'384, 65'536, 262'144},
                            [&](std::size_t bytes) {
                                std::string text = "This is what we have for them.\n\n";

@@ -99,6 +99,25 @@ class ServiceTest(surroundings.HomeTest):
         self.assertEqual(json.loads((self.work / "out.sarif").read_text())["version"], "2.1.0")
         self.assertEqual(self.run_kit("grade", "a.md", "--output", "no/such/x")[0], 3)
 
+    def test_of_a_folder_everything_below_it_is_graded(self):
+        self.write("w/good.md", CLEAN)
+        self.write("w/sub/bad.md", BAD)
+        self.write("w/made/bad.md", BAD)
+        self.write("w/.gitignore", "made/\n")
+        code, said, errors = self.run_kit("grade", "--json", "w")
+        files = json.loads(said.decode("utf-8"))["files"]
+        self.assertEqual((code, [file["name"] for file in files]),
+                         (1, ["w/good.md", "w/sub/bad.md"]))
+        self.assertIn(b"1 of 2, w/good.md", errors)
+        self.assertEqual(self.run_kit("grade", "--quiet", "w")[2], b"")
+        self.assertEqual(self.run_kit("grade", "--sarif", "w")[0], 1)
+
+    def test_a_folder_with_nothing_to_grade_is_three(self):
+        self.write("w/a.o", "x")
+        code, said, _ = self.run_kit("grade", "w")
+        self.assertEqual(code, 3)
+        self.assertIn(b"nothing below it", said)
+
     def test_standard_input_is_graded_by_the_name_it_is_given(self):
         self.assertEqual(self.rules_broken("-", data=BAD.encode()),
                          (1, ["text.doubled_word", "text.weekday"]))

@@ -1,4 +1,4 @@
-"""The command line: `brask grade FILE…`, `brask dismiss`, `brask rules`, `brask report RUN`.
+"""The command line: `brask grade FILE…` (or a folder), `brask dismiss`, `brask rules`, `brask report RUN`.
 
 Exit codes: 0 everything clears, 1 something is held, 3 something could not be graded, which is what
 wrong usage is too. Never 2: coding tools take that for a block.
@@ -14,7 +14,7 @@ import threading
 import webbrowser
 from typing import List, Optional
 
-from . import (baseline, client, dismissals, file_types, grading, parts, report,
+from . import (baseline, client, dismissals, file_types, folders, grading, parts, report,
                settings as settings_module, standing)
 from .version import VERSION
 
@@ -99,7 +99,7 @@ def _parser() -> _Parser:
     commands = parser.add_subparsers(dest="command", metavar="COMMAND")
     grade = commands.add_parser("grade", help="grade files", epilog=_EPILOG, allow_abbrev=False,
                                 formatter_class=argparse.RawDescriptionHelpFormatter)
-    grade.add_argument("files", nargs="+", metavar="FILE", help="- is standard input")
+    grade.add_argument("files", nargs="+", metavar="FILE", help="- is standard input; of a folder all files below it")
     shape = grade.add_mutually_exclusive_group()
     shape.add_argument("--json", action="store_true", help="print the outcome as JSON")
     shape.add_argument("--sarif", action="store_true", help="print the outcome as SARIF 2.1.0")
@@ -142,6 +142,7 @@ def _seconds(text: str) -> float:
 
 
 def _grade(options) -> int:
+    missing = _expand_folders(options)
     if options.iterate is not None:
         if not options.iterate or "/" in options.iterate:
             raise _Usage("--iterate needs the id of a run")
@@ -158,13 +159,32 @@ def _grade(options) -> int:
     rules = standing.load()
     for problem in settings.problems + rules.problems:
         _say("brask: " + report.clean(problem))
-    outcomes = _outcomes(options, settings, rules)
+    outcomes = _outcomes(options, settings, rules) if options.files else []
+    outcomes += missing
     if written is not None:
         return _write_baseline(options, written, outcomes, settings)
     if known is not None:
         outcomes = [baseline.applied(outcome, known) for outcome in outcomes]
     _print(_rendered(options, outcomes, settings), options.output)
     return grading.worst(outcomes)
+
+
+def _expand_folders(options) -> List[grading.Outcome]:
+    """Puts the files below each folder in its place; returns what of them cannot be graded."""
+    named, missing = [], []
+    for name in options.files:
+        if name == "-" or not os.path.isdir(name):
+            named.append(name)
+            continue
+        listing = folders.below(name)
+        named.extend(listing.files)
+        missing += [grading.not_graded(name, why) for why in listing.left]
+        if not listing.files and not listing.left:
+            missing.append(grading.not_graded(
+                name, "{}: nothing below it is of a kind that is graded".format(name)))
+    options.many = len(named) > len(options.files)
+    options.files = named
+    return missing
 
 
 def _write_baseline(options, written, outcomes, settings) -> int:
@@ -211,7 +231,12 @@ def _outcomes(options, settings, rules) -> List[grading.Outcome]:
     try:
         if options.together:
             return [_grade_together(options, settings, rules, common)]
-        return [_grade_one(name, options, settings, rules, common) for name in options.files]
+        outcomes = []
+        for number, name in enumerate(options.files, 1):
+            if options.many and not options.quiet:
+                _say("brask: {} of {}, {}".format(number, len(options.files), report.clean(name)))
+            outcomes.append(_grade_one(name, options, settings, rules, common))
+        return outcomes
     finally:
         cancel.set()
         if threading.current_thread() is threading.main_thread():
