@@ -49,6 +49,7 @@ rm -rf "$HOME/Applications/Kelvane.app")sh";
 
 void runUninstall(const Ports& ports, const Installation& installation) {
     if (ports.dialogs.show(question()) != 0U) return;
+    ports.giveBack();
     sh(ports.processes, script(installation));
     ports.dialogs.show(farewell());
     ports.terminate();
