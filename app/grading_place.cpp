@@ -22,9 +22,10 @@ using Where = ServiceChoice::Where;
 
 constexpr std::string_view kProgram = "trevix-local";
 constexpr std::string_view kSockets = "trevix-local.socket trevix-local-port.socket";
-/// After the service ended by itself: about a minute of looks, so that one that cannot run is not
-/// started on and on.
-constexpr int kLooksBetweenStarts = 15;
+/// Looks to pass before a service that ended by itself is started again: one, then twice as many
+/// each time up to about a minute of them. One that an earlier instance left to finish its work
+/// still holds the folder and is gone soon; one that cannot run is not started on and on.
+constexpr int kMostLooksBetweenStarts = 15;
 
 /// The service manager answers in hundredths of a second, or hangs.
 std::string manager(const std::string& words) {
@@ -65,7 +66,8 @@ void GradingPlace::look() {
     if (m_choice.where != Where::ThisMachine) return;
     if (!m_established) {
         m_established = true; // Once a start, whatever comes of it.
-        m_problem = establish().value_or("");
+        m_problem.clear();
+        if (auto problem = establish()) m_problem = std::move(*problem);
         return;
     }
     keep();
@@ -75,13 +77,15 @@ std::optional<std::string> GradingPlace::useThisMachine() {
     const ServiceChoice before = std::exchange(
         m_choice,
         {.where = Where::ThisMachine, .base = {}, .keyFile = {}, .program = m_choice.program});
+    const std::string problemBefore = std::exchange(m_problem, {});
     m_looksToPass = 0;
+    m_pause = 1;
     if (auto problem = establish()) {
         m_choice = before;
+        m_problem = problemBefore;
         return problem;
     }
     m_established = true;
-    m_problem.clear();
     return std::nullopt;
 }
 
@@ -195,9 +199,12 @@ std::optional<std::string> GradingPlace::establish() {
 void GradingPlace::keep() {
     if (m_way != Way::Own) return;
     if (m_service != nullptr) {
-        if (m_service->isRunning()) return;
+        if (m_service->isRunning()) {
+            m_pause = 1;
+            return;
+        }
         m_service.reset();
-        m_looksToPass = kLooksBetweenStarts;
+        pause();
     }
     if (m_ports.programs.isServed(m_socket)) {
         m_looksToPass = 0;
@@ -211,7 +218,12 @@ void GradingPlace::keep() {
     m_service =
         m_ports.programs.start(m_choice.program, {"--with-parent", "--port", "0", "--socket",
                                                   m_socket.string(), "--data", m_data.string()});
-    if (m_service == nullptr) m_looksToPass = kLooksBetweenStarts;
+    if (m_service == nullptr) pause();
+}
+
+void GradingPlace::pause() {
+    m_looksToPass = m_pause;
+    m_pause = std::min(m_pause * 2, kMostLooksBetweenStarts);
 }
 
 void GradingPlace::leaveThisMachine() {

@@ -87,6 +87,7 @@ private:
     [[nodiscard]] std::optional<std::string> establish();
     void leaveThisMachine();
     void keep();
+    void pause();
     void write(const ServiceChoice& choice);
 
     Ports m_ports;
@@ -99,6 +100,7 @@ private:
     std::filesystem::path m_data;
     std::unique_ptr<KeptProgram> m_service;
     int m_looksToPass = 0;
+    int m_pause = 1; ///< Looks to pass after the next end.
 };
 
 /// The local service's program: beside the bundle, as builds have it; in the folder of programs

@@ -213,10 +213,24 @@ TEST_F(GradingPlaceTest, AServiceThatEndsIsStartedAnewButNotOnAndOn) {
     place().begin();
     EXPECT_EQ(place().useThisMachine(), std::nullopt);
     platform.programs.keepsRunning = false;
-    for (int i = 0; i < 16; ++i) place().look();
-    EXPECT_EQ(platform.journal.count("keep "), 2U);
-    for (int i = 0; i < 16; ++i) place().look();
-    EXPECT_EQ(platform.journal.count("keep "), 3U);
+    int looks = 0;
+    const auto startsAfter = [&](int count) {
+        for (; looks < count; ++looks) place().look();
+        return platform.journal.count("keep ");
+    };
+    // One look is passed, then two, four, eight, and fifteen each time from then on.
+    EXPECT_EQ(startsAfter(1), 1U);
+    EXPECT_EQ(startsAfter(2), 2U);
+    EXPECT_EQ(startsAfter(5), 3U);
+    EXPECT_EQ(startsAfter(10), 4U);
+    EXPECT_EQ(startsAfter(34), 5U);
+    EXPECT_EQ(startsAfter(35), 6U);
+    EXPECT_EQ(startsAfter(50), 6U);
+    EXPECT_EQ(startsAfter(51), 7U);
+    platform.programs.keepsRunning = true;
+    place().look();
+    platform.programs.keepsRunning = false;
+    EXPECT_EQ(startsAfter(53), 8U) << "one that ran begins with one again";
 }
 
 TEST_F(GradingPlaceTest, TheServiceIsFoundBesideTheBundleInThePackageWhereItWasAndOnThePath) {
@@ -307,6 +321,7 @@ TEST_F(GradingPlaceTest, ADiskThatTakesNothingIsSaidAndTheChoiceHoldsForNow) {
     place().begin();
     EXPECT_EQ(place().useThisMachine(), std::nullopt);
     EXPECT_EQ(environment.get("BRASK_API_BASE"), kSocketBase);
+    EXPECT_THAT(place().problem(), HasSubstr("/home/me/.brask/service could not be written"));
 }
 
 TEST_F(GradingPlaceTest, OnMacOsALaunchAgentRunsIt) {
