@@ -50,8 +50,9 @@ protected:
                                          m_program.string()};
         command.insert(command.end(), switches.begin(), switches.end());
         Program program(command, sessionEnvironment());
-        return program.readUntil("status ", 60s).value_or("") +
-               program.readUntil("\n", 10s).value_or("");
+        std::string text = program.readUntil("status ", 60s).value_or("");
+        text += program.readUntil("\n", 10s).value_or("");
+        return text;
     }
 
     void answer(const std::string& button) {
