@@ -23,6 +23,13 @@ EvalBridge::Ports evalPorts(const CompanionModel::Ports& ports, GradeTicket* tic
             .mayGoUnencrypted = ports.mayGoUnencrypted};
 }
 
+/// The application as the capture is to take it.
+DetectedApp asWished(DetectedApp app, GradeWish wish) {
+    if (wish == GradeWish::Selection) app.app->capture = "selection";
+    if (wish == GradeWish::Window) app.app->capture = "screenshot";
+    return app;
+}
+
 bool hasWork(const CaptureResult& capture) {
     return capture.ok && !capture.parts.empty();
 }
@@ -63,7 +70,7 @@ void CompanionModel::refresh() {
     workflow = WorkflowInfer::infer(history, detected->app);
 }
 
-void CompanionModel::grade() {
+void CompanionModel::grade(GradeWish wish) {
     if (!detected->app) return;
     auto key = EvalBridge::apiKey(m_ports.environment, m_ports.files, home);
     if (!key) return;
@@ -75,8 +82,8 @@ void CompanionModel::grade() {
 
     // The application, the key and the ticket as they are now: the panel may show another by the
     // time the capture ends.
-    captureInTurn(*detected, [this, app = *detected->app, ticket = begin(*key),
-                              key = *key](CaptureResult capture) {
+    captureInTurn(asWished(*detected, wish), [this, app = *detected->app, ticket = begin(*key),
+                                              key = *key](CaptureResult capture) {
         // Cancelled while it was captured.
         if (ticket->cancelled()) return;
         if (!hasWork(capture)) {

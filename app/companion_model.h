@@ -7,6 +7,7 @@
 
 #pragma once
 
+#include "app/instance_place.h"
 #include "app/published.h"
 #include "catalog/app_catalog.h"
 #include "detect/agent_scan.h"
@@ -95,9 +96,9 @@ public:
     /// panel goes on describing the application the user came from.
     void refresh();
 
-    /// Captures and grades the work in the detected application. Does nothing when the catalog does
-    /// not know that application or there is no key.
-    void grade();
+    /// Captures and grades the work in the detected application, as the catalog or the wish says.
+    /// Does nothing when the catalog does not know that application or there is no key.
+    void grade(GradeWish wish = GradeWish::AsCatalog);
 
     /// Captures again and grades the result as a revision of the run in `verdict`. The old verdict
     /// stays until the new one is there. Does nothing without a run to iterate on or without a key.

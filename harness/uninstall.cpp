@@ -52,6 +52,7 @@ rm -rf "$HOME/Applications/Kelvane.app")sh";
 void runUninstall(const Ports& ports, const Installation& installation) {
     // Closing the question is no answer, and removes nothing.
     if (ports.dialogs.show(question()) != 0U) return;
+    ports.giveBack();
     LoginShell(ports.processes).sh(script(installation));
     ports.dialogs.show(farewell());
     ports.terminate();

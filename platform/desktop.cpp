@@ -2,6 +2,7 @@
 
 #include "platform/cli.h"
 #include "platform/curl/curl_http_session.h"
+#include "platform/posix/posix_platform.h"
 #include "platform/qt/qt_dispatcher.h"
 
 #include <utility>
@@ -16,6 +17,7 @@ DesktopPorts makeDesktopPorts() {
     ports.files = std::move(plain.files);
     ports.resources = std::move(plain.resources);
     ports.processes = std::move(plain.processes);
+    ports.programs = makePosixKeptPrograms();
     ports.clock = std::move(plain.clock);
     addSystemPorts(ports);
     ports.http = makeCurlHttpSession(*ports.quit);

@@ -15,6 +15,7 @@
 #include "platform/ports/file_system.h"
 #include "platform/ports/http_session.h"
 #include "platform/ports/input_hold.h"
+#include "platform/ports/kept_programs.h"
 #include "platform/ports/keyboard.h"
 #include "platform/ports/login_item.h"
 #include "platform/ports/pasteboard.h"
@@ -41,6 +42,7 @@ struct DesktopPorts {
     std::unique_ptr<FileSystem> files;
     std::unique_ptr<BundleResources> resources;
     std::unique_ptr<ProcessRunner> processes;
+    std::unique_ptr<KeptPrograms> programs;
     std::unique_ptr<Clock> clock;
     std::unique_ptr<Workspace> workspace;
     std::unique_ptr<Keyboard> keyboard;

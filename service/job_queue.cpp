@@ -155,6 +155,11 @@ std::optional<JobStatus> JobQueue::status(const std::string& jobId) {
     return status;
 }
 
+bool JobQueue::isIdle() const {
+    const std::lock_guard lock(m_mutex);
+    return m_waiting.empty() && m_running.empty() && !m_warming && !m_tidying;
+}
+
 bool JobQueue::isWarming() const {
     const std::lock_guard lock(m_mutex);
     return m_warming;

@@ -123,6 +123,9 @@ public:
     /// is cancelled leaves nothing but its status.
     Cancelled cancel(const std::string& jobId);
 
+    /// Whether nothing waits, is being graded, made ready or tidied.
+    [[nodiscard]] bool isIdle() const;
+
     /// Whether the critics are still being made ready.
     [[nodiscard]] bool isWarming() const;
 

@@ -5,30 +5,37 @@
 #include "service/job_queue.h"
 #include "service/setup/command_line.h"
 #include "service/setup/data_folder.h"
+#include "service/setup/idle_watch.h"
+#include "service/setup/inherited_sockets.h"
 #include "service/setup/key_file.h"
 #include "service/setup/local_socket.h"
 #include "service/store/run_store.h"
 #include "text/build_version.h"
 #include "text/xdg_folders.h"
 
+#include <cerrno>
 #include <chrono>
+#include <condition_variable>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
 #include <filesystem>
 #include <functional>
+#include <mutex>
 #include <optional>
 #include <stop_token>
 #include <string>
 #include <string_view>
 #include <system_error>
+#include <thread>
 #include <utility>
 #include <variant>
 #include <vector>
 
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
 
@@ -105,8 +112,43 @@ MachinePlaces placesFor(const fs::path& self) {
     return places;
 }
 
+// Has the wait for a signal end as somebody who ends the service would.
+void endOurselves() {
+    kill(getpid(), SIGTERM);
+}
+
+// Ends the service with whoever holds the other end of its standard input, however that one ends.
+void endWithParent() {
+    std::thread([] {
+        char bytes[64];
+        ssize_t size = 0;
+        do {
+            size = read(STDIN_FILENO, bytes, sizeof bytes);
+        } while (size > 0 || (size < 0 && errno == EINTR));
+        endOurselves();
+    }).detach();
+}
+
+// Ends the service once it has had nothing to do for long enough.
+std::jthread endWhenIdle(std::chrono::seconds limit, HttpServer& server, const JobQueue& queue) {
+    return std::jthread([limit, &server, &queue](const std::stop_token& stop) {
+        std::mutex mutex;
+        std::condition_variable_any never;
+        const auto now = [] { return std::chrono::steady_clock::now(); };
+        IdleWatch watch(limit, now());
+        std::unique_lock lock(mutex);
+        while (!stop.stop_requested()) {
+            never.wait_for(lock, stop, watch.period(), [] { return false; });
+            if (stop.stop_requested()) return;
+            if (!watch.isOver(now(), server.connectionsTaken(), !queue.isIdle())) continue;
+            if (server.closeIfQuiet([&queue] { return queue.isIdle(); })) return endOurselves();
+            watch.restart(now());
+        }
+    });
+}
+
 int serve(const CommandLine& line, const fs::path& self, const fs::path& data,
-          const fs::path& catalog, ServerChoices servers) {
+          const fs::path& catalog, ServerChoices servers, const InheritedSockets& inherited) {
     // Before anything in the folder is read: a second service over the same store would judge the
     // same jobs.
     auto lock = FolderLock::take(data);
@@ -156,9 +198,10 @@ int serve(const CommandLine& line, const fs::path& self, const fs::path& data,
     queueOptions.log = notice;
 
     // The default one is a convenience: without it the port is there all the same.
-    const auto socketPath = wantedSocket(line);
+    const bool ownSocket = inherited.unixListener < 0;
+    const auto socketPath = ownSocket ? wantedSocket(line) : inherited.socket;
     std::optional<LocalSocket> local;
-    if (socketPath) {
+    if (ownSocket && socketPath) {
         auto made = LocalSocket::listen(*socketPath);
         if (auto* error = std::get_if<SocketError>(&made)) {
             if (line.socket) return complain(error->text, 1);
@@ -170,7 +213,8 @@ int serve(const CommandLine& line, const fs::path& self, const fs::path& data,
 
     ServerOptions serverOptions;
     serverOptions.port = line.port;
-    if (local) serverOptions.unixListener = local->release();
+    serverOptions.tcpListener = inherited.tcpListener;
+    serverOptions.unixListener = local ? local->release() : inherited.unixListener;
     // Every revision that waits holds a thread; others must find one all the same.
     // The others are the pages, the polls and the submits, which last milliseconds each.
     serverOptions.maxThreads = line.queue + 64;
@@ -180,6 +224,12 @@ int serve(const CommandLine& line, const fs::path& self, const fs::path& data,
     JobQueue queue(*opened.store, std::move(queueOptions));
     HttpApi handler(std::move(api), queue, *opened.store);
     auto listening = HttpServer::listen(serverOptions, handler);
+    if (const auto* error = std::get_if<ListenError>(&listening);
+        error != nullptr && error->portTaken && !ownSocket) {
+        // Another user has it, say. Who was handed a socket serves there; browsers get any port.
+        serverOptions.port = 0;
+        listening = HttpServer::listen(serverOptions, handler);
+    }
     if (const auto* error = std::get_if<ListenError>(&listening)) return complain(error->text, 1);
     auto& server = *std::get<std::unique_ptr<HttpServer>>(listening);
     const std::string base = "http://127.0.0.1:" + std::to_string(server.port());
@@ -188,15 +238,20 @@ int serve(const CommandLine& line, const fs::path& self, const fs::path& data,
     // system chose.
     server.start();
     std::printf("trevix-local listening on %s\n", base.c_str());
-    if (local) {
+    if (serverOptions.unixListener >= 0) {
         std::printf("trevix-local listening on %s\n", socketBase(*socketPath).c_str());
     }
     // Who starts the service waits for these lines, through a pipe as a rule, which is not flushed
     // by itself.
     std::fflush(stdout);
 
+    if (line.withParent) endWithParent();
+    std::jthread idle;
+    if (line.idleExit > 0) idle = endWhenIdle(std::chrono::seconds(line.idleExit), server, queue);
+
     int received = 0;
     sigwait(&signals, &received);
+    idle = {};
     // The job being graded is finished first. Who cannot wait for that signals again: nothing is
     // lost then either.
     for (const int signal : {SIGTERM, SIGINT, SIGHUP}) std::signal(signal, SIG_DFL);
@@ -251,6 +306,14 @@ int run(int argc, char** argv) {
         std::_Exit(status);
     }
 
+    // Taken out of the environment: children and later programs were not meant.
+    const auto count =
+        inheritedCount(environment("LISTEN_PID"), environment("LISTEN_FDS"), getpid());
+    for (const char* name : {"LISTEN_PID", "LISTEN_FDS", "LISTEN_FDNAMES"}) unsetenv(name);
+    if (const auto* error = std::get_if<SocketError>(&count)) return complain(error->text, 1);
+    const auto handedOn = takeInherited(std::get<std::size_t>(count));
+    if (const auto* error = std::get_if<SocketError>(&handedOn)) return complain(error->text, 1);
+
     // For whatever makes a file without saying for whom.
     umask(077);
     // A child or a client that is gone is told by the write that fails.
@@ -290,7 +353,7 @@ int run(int argc, char** argv) {
     }
     return serve(line, self, folder,
                  line.catalog ? fs::absolute(*line.catalog) : shippedCatalog(self.parent_path()),
-                 std::move(servers));
+                 std::move(servers), std::get<InheritedSockets>(handedOn));
 }
 
 } // namespace

@@ -96,6 +96,12 @@ bool isAuthority(std::string_view text) {
     return port.front() == ':' && std::ranges::all_of(port.substr(1), isPlainDigit);
 }
 
+int hexDigit(char c) {
+    if (c >= '0' && c <= '9') return c - '0';
+    const char lower = lowerAscii(c);
+    return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
+}
+
 } // namespace
 
 bool isAddress(std::string_view text) {
@@ -176,6 +182,42 @@ bool isLoopback(std::string_view host) {
         at += part.size() + 1;
     }
     return numbers == 4;
+}
+
+std::optional<std::string> unescaped(std::string_view text) {
+    std::string plain;
+    for (std::size_t at = 0; at < text.size(); ++at) {
+        if (text[at] != '%') {
+            plain += text[at];
+            continue;
+        }
+        if (at + 2 >= text.size()) return std::nullopt;
+        const int high = hexDigit(text[at + 1]);
+        const int low = hexDigit(text[at + 2]);
+        if (high < 0 || low < 0) return std::nullopt;
+        plain += static_cast<char>(high * 16 + low);
+        at += 2;
+    }
+    return plain;
+}
+
+std::string socketAddress(std::string_view path) {
+    static constexpr std::string_view kPlain =
+        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz"
+        "0123456789-._~";
+    static constexpr std::string_view kDigits = "0123456789ABCDEF";
+    std::string address = "http+unix://";
+    for (const char c : path) {
+        if (kPlain.find(c) != std::string_view::npos) {
+            address += c;
+        } else {
+            const auto byte = static_cast<unsigned char>(c);
+            address += '%';
+            address += kDigits[byte >> 4U];
+            address += kDigits[byte & 15U];
+        }
+    }
+    return address;
 }
 
 } // namespace kelvane::text

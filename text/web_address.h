@@ -44,4 +44,12 @@ struct WebOrigin {
 /// names below it, 127.x.y.z, ::1. Other spellings of these are not taken for it.
 [[nodiscard]] bool isLoopback(std::string_view host);
 
+/// The text with every %XX replaced by its byte; absent when a percent sign is followed by anything
+/// else.
+[[nodiscard]] std::optional<std::string> unescaped(std::string_view text);
+
+/// "http+unix://%2Frun%2F...": the address of a service that listens on the Unix socket of that
+/// path.
+[[nodiscard]] std::string socketAddress(std::string_view path);
+
 } // namespace kelvane::text

@@ -1,7 +1,11 @@
 #include "app/cli/run_modes.h"
 
 #include "app/cli/detection_report.h"
+#include "app/cli/doctor.h"
+#include "app/cli/doctor_facts.h"
 #include "app/cli/standard_streams.h"
+#include "app/cli/status_report.h"
+#include "app/instance_place.h"
 #include "app/own_workspace.h"
 #include "app/process_settings.h"
 #include "catalog/catalog_check.h"
@@ -31,6 +35,9 @@ constexpr std::string_view kHelp =
     R"(Usage: kelvane [--catalog PATH] [--render PATH | --demo]
        kelvane --detect | --selftest [--catalog PATH]
        kelvane --check-catalog PATH
+       kelvane --grade [--window | --selection]
+       kelvane --status | --doctor [--json]
+       kelvane --service
        kelvane --help | --version
 
 Grades your work, in whatever application is in front, before it ships.
@@ -45,6 +52,15 @@ Without a switch it runs in the menu bar.
   --selftest      check the catalog and the rules of this build, and exit
   --check-catalog PATH
                   say what is wrong with the catalog at PATH, and exit
+  --grade         have the running instance grade what is in front, for a
+                  shortcut of your desktop's, and exit
+  --window        of that: a picture of its window, whatever the catalog says
+  --selection     of that: the selected text
+  --status        print what the running instance does, and exit
+  --doctor        print what works here and what to do, without secrets, and
+                  exit
+  --json          of these two: one line of JSON
+  --service       ask where to grade: on this machine, or with a service account
   --help          print this and exit
   --version       print the version and exit
 )";
@@ -112,6 +128,55 @@ Answer help() {
     return {std::string(kHelp)};
 }
 
+bool isGiven(std::string_view name) {
+    return std::ranges::find(args(), name) != args().end();
+}
+
+Answer grade() {
+    const bool window = isGiven("--window");
+    if (window && isGiven("--selection")) {
+        std::cerr << "kelvane: --window and --selection exclude each other\n";
+        return {{}, 2};
+    }
+    const GradeWish wish = window                   ? GradeWish::Window
+                           : isGiven("--selection") ? GradeWish::Selection
+                                                    : GradeWish::AsCatalog;
+    const auto reply = askInstance(askGrade(wish));
+    const auto begun = reply ? gradeBegunOf(*reply) : std::nullopt;
+    if (!begun) {
+        std::cerr << "kelvane: no instance runs here that answers; start kelvane first\n";
+        return {{}, 1};
+    }
+    switch (*begun) {
+    case GradeBegun::Yes:
+        return {};
+    case GradeBegun::NothingInFront:
+        std::cerr << "kelvane: nothing is in front that the catalog knows\n";
+        return {{}, 3};
+    case GradeBegun::NoKey:
+        std::cerr << "kelvane: there is no key; choose where to grade with kelvane --service\n";
+        return {{}, 4};
+    case GradeBegun::Already:
+        std::cerr << "kelvane: a grade is under way\n";
+        return {{}, 5};
+    }
+    return {{}, 1};
+}
+
+Answer status() {
+    CliPorts ports = makeCliPorts();
+    const StatusReport report = statusFacts(ports);
+    return {isGiven("--json") ? statusJson(report) + '\n' : statusText(report),
+            report.isRunning ? 0 : 1};
+}
+
+Answer doctor() {
+    CliPorts ports = makeCliPorts();
+    const auto lines = doctorLines(doctorFacts(ports));
+    return {isGiven("--json") ? doctorJson(lines) + '\n' : doctorText(lines),
+            isHealthy(lines) ? 0 : 1};
+}
+
 struct Mode {
     std::string_view name;
     Answer (*run)();
@@ -122,7 +187,8 @@ struct Mode {
 constexpr Mode kModes[] = {
     {"--selftest", selfTest, true},       {"--detect", detect, true},
     {kCheckCatalog, checkCatalog, false}, {"--help", help, false},
-    {"--version", version, false},
+    {"--version", version, false},        {"--grade", grade, false},
+    {"--status", status, false},          {"--doctor", doctor, false},
 };
 
 /// The switches that take the argument after them, whatever it looks like.
@@ -143,7 +209,11 @@ std::optional<int> runCommandLineMode(int argc, const char* const* argv) {
     recordArgs(argc, argv);
     openStandardStreams();
     const auto asked = std::ranges::find_if(kModes, isAskedFor);
-    if (asked == std::end(kModes)) return std::nullopt;
+    if (asked == std::end(kModes)) {
+        // Said to the instance that runs; where none does, it begins with the question.
+        const bool isAnswered = isGiven("--service") && askInstance(kAskService) == "done";
+        return isAnswered ? std::optional(0) : std::nullopt;
+    }
     const Answer answer = asked->run();
     return writeStandardOutput(answer.output) ? answer.status : std::max(answer.status, 1);
 }

@@ -1,7 +1,8 @@
 // The command-line modes: which one a start is, and its answer.
 //
-// They run from start to end on the calling thread: no event loop, no window, no
-// network, and a display only to ask what is in front, if there is one.
+// They run from start to end on the calling thread: no event loop, no window, and a display only to
+// ask what is in front, if there is one. Only `--status` and `--doctor` use the network: whether
+// the service answers.
 
 #pragma once
 
@@ -11,9 +12,10 @@ namespace kelvane {
 
 /// Records the arguments and runs the command-line mode that they ask for, wherever its switch
 /// stands among them: the first that is there of `--selftest`, `--detect`, `--check-catalog`,
-/// `--help` and `--version`. The last three do not count where they stand as the value of another
-/// switch. The mode's exit status, or nothing when none is there: then the application is to be
-/// started.
+/// `--help`, `--version`, `--grade`, `--status` and `--doctor`. All but the first two do not count
+/// where they stand as the value of another switch. The mode's exit status, or nothing when none is
+/// there: then the application is to be started. `--service` is no such mode but said to the
+/// instance that runs, if one does.
 ///
 /// The answer has been written when this returns. A reader that has gone, and a standard output
 /// that was never open, are no errors. An answer lost any other way (a full disk) makes the status

@@ -7,11 +7,11 @@
 namespace kelvane {
 
 CompanionModel::Ports modelPorts(DesktopPorts& platform, Workspace& workspace,
-                                 PlainHttpQuestion& plainHttp) {
+                                 Environment& environment, PlainHttpQuestion& plainHttp) {
     return {.workspace = workspace,
             .processes = *platform.processes,
             .files = *platform.files,
-            .environment = *platform.environment,
+            .environment = environment,
             .http = *platform.http,
             .clock = *platform.clock,
             .dispatcher = *platform.dispatcher,

@@ -1,12 +1,17 @@
 #include "app/composition/shell_actions.h"
 
 #include "app/composition/model_ports.h"
+#include "app/grading_place.h"
+#include "app/grading_question.h"
 #include "app/process_settings.h"
 #include "catalog/catalog_loader.h"
+#include "eval/chosen_environment.h"
 #include "eval/eval_bridge.h"
+#include "eval/service_address.h"
 #include "harness/tool_wiring.h"
 #include "harness/uninstall.h"
 #include "platform/desktop.h"
+#include "text/web_address.h"
 
 #include <functional>
 #include <iostream>
@@ -39,10 +44,12 @@ void install(DesktopPorts& ports, const Installation& installation, bool firstRu
         firstRun);
 }
 
-void uninstall(DesktopPorts& ports, const Installation& installation, Application& application) {
+void uninstall(DesktopPorts& ports, const Installation& installation, Application& application,
+               GradingPlace& place) {
     Uninstall::runUninstall({.dialogs = *ports.dialogs,
                              .processes = *ports.processes,
-                             .terminate = [&application] { application.terminate(); }},
+                             .terminate = [&application] { application.terminate(); },
+                             .giveBack = [&place] { place.giveUp(); }},
                             installation);
 }
 
@@ -53,17 +60,33 @@ void fetchCatalog(DesktopPorts& ports, const Installation& installation) {
 }
 
 // A service of this machine is asked in the background; for others there is nothing to wait for.
-void findReportAddress(DesktopPorts& ports, const Installation& installation,
-                       const std::string& runId, std::function<void(const std::string&)> open) {
-    const auto address = [&ports, runId, home = installation.home] {
-        return EvalBridge::reportAddress(
-            {*ports.environment, *ports.http, *ports.clock}, runId,
-            EvalBridge::apiKey(*ports.environment, *ports.files, home));
+void findReportAddress(DesktopPorts& ports, Environment& environment,
+                       const Installation& installation, const std::string& runId,
+                       std::function<void(const std::string&)> open) {
+    const auto address = [&ports, &environment, runId, home = installation.home] {
+        return EvalBridge::reportAddress({environment, *ports.http, *ports.clock}, runId,
+                                         EvalBridge::apiKey(environment, *ports.files, home));
     };
-    if (!EvalBridge::asksForReportAddress(*ports.environment)) return open(address());
+    if (!EvalBridge::asksForReportAddress(environment)) return open(address());
     ports.dispatcher->background([&ports, address, open = std::move(open)] {
         ports.dispatcher->main([open, found = address()] { open(found); });
     });
+}
+
+GradingQuestion gradingQuestion(const ShellParts& parts) {
+    const auto origin = text::webOrigin(kServiceBase);
+    return {.dialogs = *parts.ports.dialogs,
+            .place = parts.place,
+            .service = origin ? origin->host : std::string(kServiceBase),
+            .hasKey =
+                [parts] {
+                    return EvalBridge::apiKey(parts.environment, *parts.ports.files,
+                                              parts.installation.home)
+                        .has_value();
+                },
+            .openKeyPage = [parts] { parts.ports.urls->open(kConnectURL()); },
+            .isSetOutside =
+                [parts] { return parts.environment.outside().get("BRASK_API_BASE").has_value(); }};
 }
 
 } // namespace
@@ -85,7 +108,7 @@ AppDelegate::Actions shellActions(ShellParts parts) {
     };
     actions.makeModel = [parts](const AppCatalog& catalog) {
         return std::make_unique<CompanionModel>(
-            modelPorts(parts.ports, parts.workspace, parts.plainHttp), catalog,
+            modelPorts(parts.ports, parts.workspace, parts.environment, parts.plainHttp), catalog,
             parts.installation.home);
     };
     actions.isInstalled = [parts] {
@@ -95,13 +118,17 @@ AppDelegate::Actions shellActions(ShellParts parts) {
         install(parts.ports, parts.installation, firstRun);
     };
     actions.runUninstall = [parts] {
-        uninstall(parts.ports, parts.installation, parts.application);
+        uninstall(parts.ports, parts.installation, parts.application, parts.place);
     };
     actions.refreshRemoteCatalog = [parts] { fetchCatalog(parts.ports, parts.installation); };
     actions.connectUrl = kConnectURL();
     actions.reportAddress = [parts](const std::string& runId, auto open) {
-        findReportAddress(parts.ports, parts.installation, runId, std::move(open));
+        findReportAddress(parts.ports, parts.environment, parts.installation, runId,
+                          std::move(open));
     };
+    actions.isGradingPlaceUnknown = [parts] { return parts.place.isUnknown(); };
+    actions.askWhereToGrade = [parts] { askWhereToGrade(gradingQuestion(parts)); };
+    actions.keepService = [parts] { parts.place.look(); };
     return actions;
 }
 

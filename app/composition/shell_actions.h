@@ -8,6 +8,8 @@
 namespace kelvane {
 
 struct DesktopPorts;
+class ChosenEnvironment;
+class GradingPlace;
 class PlainHttpQuestion;
 
 /// What the operations are done with. All of it must outlive them.
@@ -17,6 +19,8 @@ struct ShellParts {
     const Installation& installation;
     Application& application;
     PlainHttpQuestion& plainHttp;
+    ChosenEnvironment& environment;
+    GradingPlace& place;
 };
 
 /// Where this user's copy of the program stands, or would.

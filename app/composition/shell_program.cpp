@@ -1,6 +1,8 @@
 #include "app/composition/shell_program.h"
 
+#include "app/composition/instance_answers.h"
 #include "app/composition/shell_actions.h"
+#include "app/instance_place.h"
 #include "app/process_settings.h"
 #include "app/shell/qt/qt_panel_renderer.h"
 #include "platform/posix/idle_memory.h"
@@ -16,8 +18,18 @@ namespace kelvane {
 
 ShellProgram::ShellProgram(const Launch& launch, std::unique_ptr<SingleInstance> instance)
     : m_ports(makeDesktopPorts()),
+      m_environment(*m_ports.environment),
       m_workspace(*m_ports.workspace, kBundleID),
       m_installation(installationOf(m_ports)),
+      m_place({.files = *m_ports.files,
+               .processes = *m_ports.processes,
+               .programs = *m_ports.programs,
+               .environment = m_environment},
+              {.home = m_installation.home,
+               .braskHome = m_installation.braskHome,
+               .bundle = m_ports.resources->bundle().value_or(std::filesystem::path()),
+               .loginItem = m_installation.loginItem,
+               .bundleId = m_installation.bundleId}),
       m_plainHttp({.files = *m_ports.files,
                    .dialogs = *m_ports.dialogs,
                    .dispatcher = *m_ports.dispatcher,
@@ -37,11 +49,14 @@ ShellProgram::ShellProgram(const Launch& launch, std::unique_ptr<SingleInstance>
                         .workspace = m_workspace,
                         .installation = m_installation,
                         .application = *m_application,
-                        .plainHttp = m_plainHttp}),
+                        .plainHttp = m_plainHttp,
+                        .environment = m_environment,
+                        .place = m_place}),
           {.args = args(), .renderPath = launch.renderPath, .refreshesCatalog = !kNoRefresh()}),
       m_backgroundEnd(*m_ports.quit, m_ports.dispatcher),
       m_quitOnSignal([this] { m_application->terminate(); }),
       m_instance(std::move(instance)) {
+    if (launch.shape == Shape::MenuBar) m_place.begin();
     if (const auto icon = m_ports.resources->url("brask", "png")) {
         QApplication::setWindowIcon(QIcon(QFile::decodeName(icon->c_str())));
     }
@@ -49,7 +64,8 @@ ShellProgram::ShellProgram(const Launch& launch, std::unique_ptr<SingleInstance>
 
 int ShellProgram::run() {
     if (m_instance != nullptr) {
-        m_instance->listen([this](const std::string& token) { startedAgain(token); });
+        m_instance->listen([this](const std::string& token) { startedAgain(token); },
+                           [this](const std::string& line) { return answer(line); });
     }
     m_application->later([this] {
         m_delegate.applicationDidFinishLaunching();
@@ -82,6 +98,25 @@ void ShellProgram::startedAgain(const std::string& activationToken) {
         qputenv("XDG_ACTIVATION_TOKEN", QByteArray::fromStdString(activationToken));
     }
     if (!bringAlertForward()) m_delegate.openPopover();
+}
+
+/// What is said to this instance by others of its user. Returns soon: dialogs come afterwards.
+std::string ShellProgram::answer(const std::string& line) {
+    if (line == kAskStatus) {
+        return m_delegate.model() == nullptr
+                   ? std::string("{}")
+                   : statusLine(*m_delegate.model(), m_place, m_environment, *m_ports.files);
+    }
+    if (line == kAskService) {
+        m_application->later([this] {
+            if (!bringAlertForward()) m_delegate.askWhereToGrade();
+        });
+        return "done";
+    }
+    if (const auto wish = gradeWishOf(line)) {
+        return std::string(gradeReply(m_delegate.gradeNow(*wish)));
+    }
+    return "unknown";
 }
 
 } // namespace kelvane

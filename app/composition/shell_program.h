@@ -9,6 +9,7 @@
 
 #include "app/composition/launch.h"
 #include "app/composition/qt_windows.h"
+#include "app/grading_place.h"
 #include "app/own_workspace.h"
 #include "app/panel/panel_appearance.h"
 #include "app/plain_http_question.h"
@@ -18,6 +19,7 @@
 #include "app/shell/qt/qt_application.h"
 #include "app/shell/qt/qt_status_item.h"
 #include "app/shell/qt/single_instance.h"
+#include "eval/chosen_environment.h"
 #include "harness/installation.h"
 #include "platform/desktop.h"
 
@@ -41,10 +43,13 @@ private:
     [[nodiscard]] AppDelegate::Ports delegatePorts();
     void bringForward();
     void startedAgain(const std::string& activationToken);
+    [[nodiscard]] std::string answer(const std::string& line);
 
     DesktopPorts m_ports;
+    ChosenEnvironment m_environment; ///< Of the session, with the person's choice in it.
     OwnWorkspace m_workspace;
     const Installation m_installation;
+    GradingPlace m_place;
     PlainHttpQuestion m_plainHttp;
     std::unique_ptr<Application> m_application;
     std::unique_ptr<ProgramPalette> m_palette; ///< Null for a picture, which has one of its own.

@@ -73,8 +73,12 @@ void AppDelegate::applicationDidFinishLaunching() {
     m_popover = m_ports.windows.popover(*m_model);
     if (!m_actions.isInstalled()) m_actions.runInstall(true);
     m_model->refresh();
-    m_timer = m_ports.ticker.every(kRefreshInterval, whileAlive([this] { m_model->refresh(); }));
+    m_timer = m_ports.ticker.every(kRefreshInterval, whileAlive([this] {
+                                       m_model->refresh();
+                                       m_actions.keepService();
+                                   }));
     if (m_options.refreshesCatalog) m_actions.refreshRemoteCatalog();
+    m_ports.application.later(whileAlive([this] { settleGradingPlace(); }));
 }
 
 void AppDelegate::showDemoWindow() {
@@ -102,9 +106,10 @@ void AppDelegate::wireHooks() {
         if (m_popover == nullptr) return;
         if (under) {
             m_popover->lendKeyboard();
-        } else {
-            m_popover->takeKeyboardBack();
+            return;
         }
+        m_popover->takeKeyboardBack();
+        if (std::exchange(m_opensAfterCapture, false)) openPopover();
     });
     m_model->onOpenReport = whileAlive([this](const std::string& runId) {
         m_actions.reportAddress(
@@ -120,6 +125,7 @@ void AppDelegate::makeStatusItem() {
     m_statusItem->setToolTip(kToolTip);
     m_statusItem->setAction(whileAlive([this] { togglePopover(); }));
     m_statusItem->setMenu({{"Open", whileAlive([this] { openPopover(true); })},
+                           {"Where to grade…", whileAlive([this] { askWhereToGrade(); })},
                            {"Quit", whileAlive([this] { m_ports.application.terminate(); })}});
 }
 
@@ -155,6 +161,35 @@ void AppDelegate::showPopover(bool pointerAtItem) {
     m_popover->show({.item = m_statusItem != nullptr ? m_statusItem->bounds() : std::nullopt,
                      .byPointer = pointerAtItem});
     m_popover->makeKey();
+}
+
+void AppDelegate::settleGradingPlace() {
+    m_actions.keepService();
+    const bool isWished = std::ranges::find(m_options.args, "--service") != m_options.args.end();
+    if (isWished || m_actions.isGradingPlaceUnknown()) askWhereToGrade();
+}
+
+void AppDelegate::askWhereToGrade() {
+    if (m_popover == nullptr || m_isAsking) return;
+    closePopover();
+    m_isAsking = true;
+    // The program may be quit while it is asked.
+    const std::weak_ptr<const bool> alive = m_alive;
+    m_actions.askWhereToGrade();
+    if (alive.expired()) return;
+    m_isAsking = false;
+    m_model->refresh();
+}
+
+GradeBegun AppDelegate::gradeNow(GradeWish wish) {
+    if (m_popover == nullptr) return GradeBegun::NothingInFront;
+    if (*m_model->grading) return GradeBegun::Already;
+    m_model->refresh();
+    if (!m_model->detected->app) return GradeBegun::NothingInFront;
+    if (!*m_model->hasKey) return GradeBegun::NoKey;
+    m_opensAfterCapture = true;
+    m_model->grade(wish);
+    return GradeBegun::Yes;
 }
 
 void AppDelegate::closePopover() {

@@ -11,6 +11,7 @@
 #pragma once
 
 #include "app/companion_model.h"
+#include "app/instance_place.h"
 #include "app/shell/shell_ports.h"
 #include "catalog/app_catalog.h"
 
@@ -74,6 +75,12 @@ public:
         std::function<void(bool firstRun)> runInstall;
         std::function<void()> runUninstall;
         std::function<void()> refreshRemoteCatalog;
+        /// Whether nobody has said yet where to grade.
+        std::function<bool()> isGradingPlaceUnknown = [] { return false; };
+        /// Asks that in a window of its own, and returns when it is answered.
+        std::function<void()> askWhereToGrade = [] {};
+        /// Sees to it that the service that was chosen is there.
+        std::function<void()> keepService = [] {};
         std::string connectUrl;
         /// Hands the address of the report on a run to `open`, at once or soon, on this thread.
         std::function<void(const std::string& runId, std::function<void(const std::string&)> open)>
@@ -96,6 +103,14 @@ public:
     /// or the user asked for it by name. Nothing in the shapes that have no popover.
     void openPopover(bool pointerAtItem = false);
 
+    /// Asks where to grade, for the first time or anew. Nothing while it is being asked, and in the
+    /// shapes that have no popover.
+    void askWhereToGrade();
+
+    /// Looks what is in front and begins to grade it, as the panel's button does; the panel opens
+    /// once the work is captured.
+    [[nodiscard]] GradeBegun gradeNow(GradeWish wish);
+
     /// The item's picture; null when the bundle has none or it is unreadable.
     [[nodiscard]] std::shared_ptr<const TrayImage> trayIcon();
 
@@ -106,6 +121,7 @@ private:
     void showDemoWindow();
     void wireHooks();
     void makeStatusItem();
+    void settleGradingPlace();
     void closePopover();
     void showPopover(bool pointerAtItem);
 
@@ -120,6 +136,8 @@ private:
     Ports m_ports;
     Actions m_actions;
     LaunchOptions m_options;
+    bool m_isAsking = false;
+    bool m_opensAfterCapture = false;
     // What shows the model goes before it does.
     std::unique_ptr<CompanionModel> m_model;
     std::unique_ptr<StatusItem> m_statusItem;

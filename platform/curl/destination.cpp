@@ -32,30 +32,6 @@ std::optional<SocketAddress> socketAddress(std::string_view address) {
     return SocketAddress{authority, address.substr(authority.size())};
 }
 
-int hexDigit(char c) {
-    if (c >= '0' && c <= '9') return c - '0';
-    const char lower = text::lowerAscii(c);
-    return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
-}
-
-std::optional<std::string> unescaped(std::string_view text) {
-    std::string plain;
-    for (std::size_t at = 0; at < text.size(); ++at) {
-        if (text[at] != '%') {
-            plain += text[at];
-            continue;
-        }
-        // A "%" without two digits names no file for certain.
-        if (at + 2 >= text.size()) return std::nullopt;
-        const int high = hexDigit(text[at + 1]);
-        const int low = hexDigit(text[at + 2]);
-        if (high < 0 || low < 0) return std::nullopt;
-        plain += static_cast<char>(high * 16 + low);
-        at += 2;
-    }
-    return plain;
-}
-
 /// A request's line is ASCII: what is not, behind the host, goes escaped.
 std::string inAscii(std::string_view url) {
     constexpr std::string_view kHex = "0123456789ABCDEF";
@@ -83,7 +59,7 @@ std::size_t longestSocketPath() {
 
 std::optional<Destination> destinationOf(const std::string& address) {
     if (const auto parts = socketAddress(address)) {
-        auto socket = unescaped(parts->authority);
+        auto socket = text::unescaped(parts->authority);
         const std::string url = std::string(kSocketOrigin).append(parts->rest);
         // A relative path would depend on where the program was started.
         if (!socket || !socket->starts_with('/') || socket->find('\0') != std::string::npos ||

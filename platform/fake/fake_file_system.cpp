@@ -45,6 +45,12 @@ bool FakeFileSystem::exists(const std::filesystem::path& path) {
            isFolder(withoutTrailingSlash(path));
 }
 
+std::optional<FileGuard> FakeFileSystem::guard(const std::filesystem::path& path) {
+    if (path.empty() || !exists(path)) return std::nullopt;
+    const auto found = guards.find(path);
+    return found == guards.end() ? FileGuard{} : found->second;
+}
+
 bool FakeFileSystem::createDirectories(const std::filesystem::path& path) {
     m_journal.add("mkdir " + path.string());
     const auto folder = withoutTrailingSlash(path);

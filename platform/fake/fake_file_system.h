@@ -28,11 +28,14 @@ public:
     std::set<std::filesystem::path> unwritable; ///< Writing, making and removing them fails.
     /// Folders that lead elsewhere. Only `resolve` follows them.
     std::map<std::filesystem::path, std::filesystem::path> links;
+    /// Who may use a file; one that is not listed is this user's alone.
+    std::map<std::filesystem::path, FileGuard> guards;
     std::filesystem::path temporary = "/tmp/";
     std::filesystem::path accountHome = "/home/account";
 
     std::optional<std::string> read(const std::filesystem::path& path) override;
     bool exists(const std::filesystem::path& path) override;
+    std::optional<FileGuard> guard(const std::filesystem::path& path) override;
     bool createDirectories(const std::filesystem::path& path) override;
     bool writeAtomically(const std::filesystem::path& path, std::string_view bytes) override;
     bool remove(const std::filesystem::path& path) override;

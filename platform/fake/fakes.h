@@ -14,6 +14,7 @@
 #include "platform/fake/fake_environment.h"
 #include "platform/fake/fake_file_system.h"
 #include "platform/fake/fake_http_session.h"
+#include "platform/fake/fake_kept_programs.h"
 #include "platform/fake/fake_keyboard.h"
 #include "platform/fake/fake_pasteboard.h"
 #include "platform/fake/fake_process_runner.h"
@@ -36,6 +37,7 @@ struct FakePlatform {
     FakeBundleResources resources;
     FakeAppIcons icons;
     FakeHttpSession http{journal};
+    FakeKeptPrograms programs{journal};
     FakeKeyboard keyboard{journal};
     FakePasteboard pasteboard{journal};
     FakeProcessRunner processes{journal};

@@ -13,6 +13,15 @@
 
 namespace kelvane {
 
+/// Who may use a file, links followed.
+struct FileGuard {
+    bool isOurs = true;       ///< It belongs to this user, or to root.
+    bool othersRead = false;  ///< Somebody besides its owner may read it.
+    bool othersWrite = false; ///< Likewise write it.
+
+    bool operator==(const FileGuard&) const = default;
+};
+
 class FileSystem {
 public:
     virtual ~FileSystem() = default;
@@ -29,6 +38,9 @@ public:
     /// Whether anything stands at the path: a file or a folder both count, a dangling link does
     /// not.
     [[nodiscard]] virtual bool exists(const std::filesystem::path& path) = 0;
+
+    /// Who may use what stands at the path; nothing when nothing does.
+    [[nodiscard]] virtual std::optional<FileGuard> guard(const std::filesystem::path& path) = 0;
 
     /// Makes the folder and every missing one above it. False when it is not there afterwards.
     virtual bool createDirectories(const std::filesystem::path& path) = 0;

@@ -403,6 +403,14 @@ public:
         return isUsable(path) && ::stat(path.c_str(), &info) == 0;
     }
 
+    std::optional<FileGuard> guard(const fs::path& path) override {
+        struct stat info {};
+        if (!isUsable(path) || ::stat(path.c_str(), &info) != 0) return std::nullopt;
+        return FileGuard{.isOurs = info.st_uid == ::geteuid() || info.st_uid == 0,
+                         .othersRead = (info.st_mode & (S_IRGRP | S_IROTH)) != 0,
+                         .othersWrite = (info.st_mode & (S_IWGRP | S_IWOTH)) != 0};
+    }
+
     bool createDirectories(const fs::path& path) override {
         if (!isUsable(path)) return false;
         std::error_code error;

@@ -9,6 +9,7 @@
 #include "platform/ports/clock.h"
 #include "platform/ports/environment.h"
 #include "platform/ports/file_system.h"
+#include "platform/ports/kept_programs.h"
 #include "platform/ports/process_runner.h"
 
 #include <filesystem>
@@ -35,6 +36,8 @@ class QuitSignal;
 /// Absent also for a program that is no absolute path and for text with a NUL in it. The status is
 /// 255 when the system does not keep it because this program ignores SIGCHLD.
 [[nodiscard]] std::unique_ptr<ProcessRunner> makePosixProcessRunner();
+
+[[nodiscard]] std::unique_ptr<KeptPrograms> makePosixKeptPrograms();
 
 /// The resources of the bundle around `executable`: for ".../X.app/Contents/MacOS/X" the files in
 /// ".../X.app/Contents/Resources", also when `executable` is a link to it. Anything that does not

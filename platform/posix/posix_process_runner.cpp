@@ -13,6 +13,8 @@
 #include <poll.h>
 #include <spawn.h>
 #include <string>
+#include <sys/socket.h>
+#include <sys/un.h>
 #include <sys/wait.h>
 #include <thread>
 #include <utility>
@@ -79,6 +81,8 @@ public:
         m_ready = posix_spawn_file_actions_init(&m_actions) == 0;
         m_complete = m_ready && (output ? redirect(output.get()) : inherit()) && dropOthers();
     }
+    /// What the child is told comes by `input`; what it writes goes nowhere, its errors to ours.
+    static SpawnFiles kept(const UniqueFd& input) { return SpawnFiles(input.get()); }
     SpawnFiles(const SpawnFiles&) = delete;
     SpawnFiles& operator=(const SpawnFiles&) = delete;
     ~SpawnFiles() {
@@ -89,6 +93,15 @@ public:
     [[nodiscard]] const posix_spawn_file_actions_t* get() const { return &m_actions; }
 
 private:
+    explicit SpawnFiles(int input) {
+        m_ready = posix_spawn_file_actions_init(&m_actions) == 0;
+        m_complete =
+            m_ready && posix_spawn_file_actions_adddup2(&m_actions, input, STDIN_FILENO) == 0 &&
+            posix_spawn_file_actions_addopen(&m_actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0) ==
+                0 &&
+            inheritOne(STDERR_FILENO) && dropOthers();
+    }
+
     bool redirect(int output) {
         return posix_spawn_file_actions_addopen(&m_actions, STDIN_FILENO, "/dev/null", O_RDONLY,
                                                 0) == 0 &&
@@ -100,8 +113,16 @@ private:
     bool inherit() {
 #ifdef __APPLE__ // where nothing is passed on that is not named
         for (const int fd : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
-            if (fcntl(fd, F_GETFD) < 0) continue;
-            if (posix_spawn_file_actions_addinherit_np(&m_actions, fd) != 0) return false;
+            if (!inheritOne(fd)) return false;
+        }
+#endif
+        return true;
+    }
+
+    bool inheritOne([[maybe_unused]] int fd) {
+#ifdef __APPLE__
+        if (fcntl(fd, F_GETFD) >= 0) {
+            return posix_spawn_file_actions_addinherit_np(&m_actions, fd) == 0;
         }
 #endif
         return true;
@@ -252,6 +273,69 @@ private:
     std::chrono::milliseconds m_timeLimit;
 };
 
+/// `words` as posix_spawn takes them: valid as long as they are.
+std::vector<char*> pointersTo(std::vector<std::string>& words) {
+    std::vector<char*> pointers;
+    pointers.reserve(words.size() + 1);
+    for (auto& word : words) pointers.push_back(word.data());
+    pointers.push_back(nullptr);
+    return pointers;
+}
+
+class PosixKeptProgram : public KeptProgram {
+public:
+    PosixKeptProgram(pid_t child, UniqueFd input) : m_child(child), m_input(std::move(input)) {}
+
+    bool isRunning() override {
+        if (m_child != 0 && waitpid(m_child, nullptr, WNOHANG) != 0) m_child = 0;
+        return m_child != 0;
+    }
+
+private:
+    pid_t m_child;    ///< 0 once it has ended.
+    UniqueFd m_input; ///< Nothing is ever written into it.
+};
+
+class PosixKeptPrograms : public KeptPrograms {
+public:
+    std::unique_ptr<KeptProgram> start(const std::filesystem::path& program,
+                                       const std::vector<std::string>& arguments) override {
+        std::vector<std::string> words{program.string()};
+        words.insert(words.end(), arguments.begin(), arguments.end());
+        for (const auto& word : words) {
+            if (hasNul(word)) return nullptr;
+        }
+        if (!program.is_absolute()) return nullptr;
+        Pipe pipe = makePipe();
+        if (!pipe) return nullptr;
+        const SpawnAttributes attributes;
+        const auto files = SpawnFiles::kept(pipe.read);
+        if (!attributes.complete() || !files.complete()) return nullptr;
+        pid_t child = 0;
+        if (posix_spawn(&child, words.front().c_str(), files.get(), attributes.get(),
+                        pointersTo(words).data(), environ) != 0) {
+            return nullptr;
+        }
+        return std::make_unique<PosixKeptProgram>(child, std::move(pipe.write));
+    }
+
+    bool isServed(const std::filesystem::path& path) override {
+        sockaddr_un address{};
+        const std::string name = path.string();
+        if (name.size() >= sizeof address.sun_path || hasNul(name)) return false;
+        address.sun_family = AF_UNIX;
+        name.copy(address.sun_path, name.size());
+        const UniqueFd asking(::socket(AF_UNIX, SOCK_STREAM, 0));
+        if (!asking) return false;
+        ::fcntl(asking.get(), F_SETFD, FD_CLOEXEC);
+        ::fcntl(asking.get(), F_SETFL, O_NONBLOCK);
+        // With no room for one more right now somebody listens all the same.
+        return ::connect(asking.get(), reinterpret_cast<const sockaddr*>(&address),
+                         sizeof address) == 0 ||
+               errno == EAGAIN || errno == EINPROGRESS;
+    }
+};
+
 class PosixProcessRunner : public ProcessRunner {
 public:
     std::unique_ptr<RunningProcess> start(const ProcessRequest& request) override {
@@ -262,12 +346,6 @@ public:
             if (hasNul(argument)) return nullptr;
             words.push_back(argument);
         }
-        std::vector<char*> pointers;
-        pointers.reserve(words.size() + 1);
-        // After all words are there: growing the list would move them.
-        for (auto& word : words) pointers.push_back(word.data());
-        pointers.push_back(nullptr);
-
         Pipe pipe;
         if (request.output == ProcessOutput::Capture) {
             pipe = makePipe();
@@ -278,7 +356,7 @@ public:
         if (!attributes.complete() || !files.complete()) return nullptr;
         pid_t child = 0;
         if (posix_spawn(&child, words.front().c_str(), files.get(), attributes.get(),
-                        pointers.data(), environ) != 0) {
+                        pointersTo(words).data(), environ) != 0) {
             return nullptr;
         }
         // Our writing end goes here, or the end of the output would never come.
@@ -287,6 +365,10 @@ public:
 };
 
 } // namespace
+
+std::unique_ptr<KeptPrograms> makePosixKeptPrograms() {
+    return std::make_unique<PosixKeptPrograms>();
+}
 
 std::unique_ptr<ProcessRunner> makePosixProcessRunner() {
     return std::make_unique<PosixProcessRunner>();

@@ -7,9 +7,11 @@
 #include "service/http/peer_user.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <cstring>
 #include <exception>
+#include <future>
 #include <iterator>
 #include <list>
 #include <map>
@@ -133,6 +135,19 @@ public:
         m_thread = std::thread([this] { run(); });
     }
 
+    [[nodiscard]] std::uint64_t taken() const { return m_taken; }
+
+    [[nodiscard]] bool closeIfQuiet(const std::function<bool()>& isQuiet) {
+        const auto closed = std::make_shared<std::promise<bool>>();
+        auto answer = closed->get_future();
+        asio::post(m_loop, [this, closed, isQuiet] {
+            const bool quiet = m_connections.empty() && isQuiet();
+            if (quiet) m_listeners.clear();
+            closed->set_value(quiet);
+        });
+        return answer.get();
+    }
+
     void stop() {
         if (!m_thread.joinable()) return;
         // On the loop's own thread, as all that touches connections.
@@ -208,6 +223,7 @@ private:
     }
 
     void take(int fd, bool isUnix) {
+        ++m_taken;
         closeOnExec(fd);
         std::string peer = "unix";
         std::string server;
@@ -263,6 +279,7 @@ private:
     BodyBudget m_budget;
     ConnectionTable m_table;
     ConnectionTable::Id m_lastId = 0;
+    std::atomic<std::uint64_t> m_taken = 0;
     std::map<ConnectionTable::Id, std::weak_ptr<HttpConnection>> m_connections;
     HandlerPool m_pool;
     // Goes before all that its connections use.
@@ -279,7 +296,8 @@ HttpServer::~HttpServer() = default;
 
 std::variant<std::unique_ptr<HttpServer>, ListenError>
 HttpServer::listen(const ServerOptions& options, HttpHandler& handler) {
-    const int listener = socket(AF_INET, SOCK_STREAM, 0);
+    const bool given = options.tcpListener >= 0;
+    const int listener = given ? options.tcpListener : socket(AF_INET, SOCK_STREAM, 0);
     if (listener < 0) return listenError(errno, options.port);
     closeOnExec(listener);
     doNotBlock(listener);
@@ -294,7 +312,7 @@ HttpServer::listen(const ServerOptions& options, HttpHandler& handler) {
     socklen_t size = sizeof address;
     auto* raw = reinterpret_cast<sockaddr*>(&address);
     // The port is asked for again because 0 has the system choose one.
-    if (bind(listener, raw, size) != 0 || ::listen(listener, SOMAXCONN) != 0 ||
+    if ((!given && (bind(listener, raw, size) != 0 || ::listen(listener, SOMAXCONN) != 0)) ||
         getsockname(listener, raw, &size) != 0) {
         const int cause = errno;
         close(listener);
@@ -312,6 +330,14 @@ HttpServer::listen(const ServerOptions& options, HttpHandler& handler) {
 
 std::uint16_t HttpServer::port() const {
     return m_loop->port();
+}
+
+std::uint64_t HttpServer::connectionsTaken() const {
+    return m_loop->taken();
+}
+
+bool HttpServer::closeIfQuiet(const std::function<bool()>& isQuiet) {
+    return m_loop->closeIfQuiet(isQuiet);
 }
 
 void HttpServer::start() {

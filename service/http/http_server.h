@@ -15,6 +15,7 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -67,6 +68,9 @@ public:
 
 struct ServerOptions {
     std::uint16_t port = 0; ///< 0: any free one.
+    /// A socket of 127.0.0.1 that is bound and listens, in place of the port, or -1. The server
+    /// takes it over.
+    int tcpListener = -1;
     /// A Unix socket that is bound and listens, or -1. The server takes it over. Only programs of
     /// this user and of root are answered there.
     int unixListener = -1;
@@ -110,6 +114,13 @@ public:
 
     /// Begins to answer; before, connections wait.
     void start();
+
+    /// How many connections have come so far. Any thread.
+    [[nodiscard]] std::uint64_t connectionsTaken() const;
+
+    /// Ends listening if no connection is there and `isQuiet`, asked in the same moment, says so
+    /// too: then nobody is cut off. Whether it did. Between start() and stop().
+    [[nodiscard]] bool closeIfQuiet(const std::function<bool()>& isQuiet);
 
     /// Ends listening, cuts off requests that are still being read, and waits for answers under
     /// way.

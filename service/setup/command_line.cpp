@@ -42,6 +42,10 @@ std::optional<std::string> take(CommandLine& line, const std::string& option,
         const auto days = numberIn<int>(value, 0, 365);
         if (!days) return "--keep-work needs a number from 0 to 365";
         line.keepWorkDays = *days;
+    } else if (option == "--idle-exit") {
+        const auto seconds = numberIn<int>(value, 1, 86400);
+        if (!seconds) return "--idle-exit needs a number from 1 to 86400";
+        line.idleExit = *seconds;
     } else if (value.empty()) {
         return option + " needs a value";
     } else if (option == "--data") {
@@ -99,6 +103,10 @@ std::variant<CommandLine, UsageError> parseCommandLine(const std::vector<std::st
             line.json = true;
             continue;
         }
+        if (option == "--with-parent") {
+            line.withParent = true;
+            continue;
+        }
         if (option == "--judge-elsewhere") {
             line.judgeElsewhere = true;
             continue;
@@ -113,7 +121,7 @@ std::variant<CommandLine, UsageError> parseCommandLine(const std::vector<std::st
         if (option != "--port" && option != "--data" && option != "--key" &&
             option != "--catalog" && option != "--socket" && option != "--queue" &&
             option != "--keep-days" && option != "--keep-work" && option != "--judge" &&
-            option != "--model" && option != "--languagetool") {
+            option != "--model" && option != "--languagetool" && option != "--idle-exit") {
             return UsageError{"unknown option " + arguments[i]};
         }
         if (!value) {
@@ -162,6 +170,10 @@ on a Unix socket of its user.
   --languagetool URL
                   ask a LanguageTool server of your own on this machine
                   (http://127.0.0.1:8081)
+  --idle-exit SECONDS
+                  end when for so long nothing was asked and no job waited or ran: for a
+                  service manager that listens and starts it anew (LISTEN_FDS)
+  --with-parent   end when standard input does, so with the program that holds it
   --print-key     print the key, making it when there is none yet, and exit
   --engines       print who judges work here, and how to get those who are not, and exit
   --json          print that as JSON

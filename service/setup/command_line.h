@@ -31,8 +31,11 @@ struct CommandLine {
     bool judgeElsewhere = false;             ///< Whether that server may be on another machine.
     std::optional<std::string> languageTool; ///< Address of such a server.
     std::size_t queue = 256;
-    int keepDays = 365;      ///< 0: for good.
-    int keepWorkDays = 7;    ///< The work itself. 0: not at all.
+    int keepDays = 365;   ///< 0: for good.
+    int keepWorkDays = 7; ///< The work itself. 0: not at all.
+    /// End after so many seconds without a request and without a job; 0: never.
+    int idleExit = 0;
+    bool withParent = false; ///< End when standard input does.
     bool json = false;       ///< Of the engines: for programs.
     bool ownReaders = false; ///< Of a worker: only readers that were written for this service.
 

@@ -2,6 +2,7 @@
 
 #include "service/setup/data_folder.h"
 #include "service/store/own_file.h"
+#include "text/web_address.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -57,24 +58,7 @@ defaultSocket(const std::optional<std::string>& xdgRuntimeDir) {
 }
 
 std::string socketBase(const std::filesystem::path& socket) {
-    static constexpr std::string_view kPlain =
-        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz"
-        "0123456789-._~";
-    static constexpr std::string_view kDigits = "0123456789ABCDEF";
-    std::string base = "http+unix://";
-    // Every byte that is not unreserved (RFC 3986, 2.3), the "/" as well: the path is one
-    // component, in the place of a host's name.
-    for (const char c : socket.string()) {
-        if (kPlain.find(c) != std::string_view::npos) {
-            base += c;
-        } else {
-            const auto byte = static_cast<unsigned char>(c);
-            base += '%';
-            base += kDigits[byte >> 4U];
-            base += kDigits[byte & 15U];
-        }
-    }
-    return base;
+    return kelvane::text::socketAddress(socket.string());
 }
 
 std::variant<LocalSocket, SocketError> LocalSocket::listen(const std::filesystem::path& socket) {

@@ -33,7 +33,8 @@ protected:
     void run() {
         Uninstall::runUninstall({.dialogs = fake.dialogs,
                                  .processes = fake.processes,
-                                 .terminate = [this] { fake.journal.add("terminate"); }},
+                                 .terminate = [this] { fake.journal.add("terminate"); },
+                                 .giveBack = [this] { fake.journal.add("give back"); }},
                                 installation);
     }
 
@@ -63,7 +64,7 @@ TEST_F(UninstallTest, ConfirmedItAsksRunsSaysSoAndQuitsInThisOrder) {
     fake.dialogs.answers = {0U};
     run();
     EXPECT_THAT(fake.journal.entries(),
-                ElementsAre("alert Uninstall Kelvane?", "/bin/sh -lc " + kFiveLines,
+                ElementsAre("alert Uninstall Kelvane?", "give back", "/bin/sh -lc " + kFiveLines,
                             "alert Kelvane removed", "terminate"));
     EXPECT_THAT(fake.dialogs.shown,
                 ElementsAre(Alert{.style = Alert::Style::Warning,

@@ -15,9 +15,11 @@ import pathlib
 import resource
 import shutil
 import signal
+import socket
 import subprocess
 import sys
 import tempfile
+import threading
 import time
 import unittest
 
@@ -43,6 +45,33 @@ def good_catalog(count):
     ]
     apps += [app(number) for number in range(9, count + 1)]
     return {"version": "1", "modalities": ["text"], "apps": apps}
+
+
+@contextlib.contextmanager
+def stopped_display():
+    """The name of a display whose server stands still."""
+    read, write = os.pipe()
+    with subprocess.Popen(["Xvfb", "-displayfd", str(write), "-nolisten", "tcp", "-noreset"],
+                          pass_fds=[write], stdout=subprocess.DEVNULL,
+                          stderr=subprocess.DEVNULL) as server:
+        os.close(write)
+        try:
+            with os.fdopen(read) as answer:
+                display = ":" + answer.readline().strip()
+            server.send_signal(signal.SIGSTOP)
+            os.waitid(os.P_PID, server.pid, os.WSTOPPED | os.WNOWAIT)
+            yield display
+        finally:
+            server.kill()
+
+
+@contextlib.contextmanager
+def silent_service():
+    """The address of a service that takes connections and says nothing."""
+    with socket.socket() as listener:
+        listener.bind(("127.0.0.1", 0))
+        listener.listen()
+        yield "http://127.0.0.1:%d" % listener.getsockname()[1]
 
 
 class ExecutableTest(unittest.TestCase):
@@ -93,6 +122,131 @@ class ModesTest(unittest.TestCase):
         self.assertEqual(result.stdout.count(b"\n"), 1)
         self.assertTrue(result.stdout.endswith(b"\n"))
         return result.stdout.decode()
+
+
+class FromOutside(ModesTest):
+    """What is said to the instance that runs, and what is said without one."""
+
+    @contextlib.contextmanager
+    def instance(self, *replies):
+        """Stands in for a running instance: answers one line for each connection. Gives the environment
+        that leads to it, and the lines that were said."""
+        runtime = self.folder / "run"
+        place = runtime / "example.trevix.kelvane.menubar"
+        place.mkdir(parents=True, exist_ok=True)
+        path = place / "console.socket"
+        path.unlink(missing_ok=True)
+        said = []
+        with socket.socket(socket.AF_UNIX) as listener:
+            listener.bind(str(path))
+            listener.listen()
+
+            def serve():
+                for reply in replies:
+                    peer, _ = listener.accept()
+                    with peer, peer.makefile("rw") as stream:
+                        said.append(stream.readline().rstrip("\n"))
+                        stream.write(reply)
+
+            thread = threading.Thread(target=serve, daemon=True)
+            thread.start()
+            yield self.environment(XDG_RUNTIME_DIR=str(runtime)), said
+            thread.join(timeout=30)
+
+    def test_a_grade_is_asked_of_the_instance_and_its_answer_is_the_status(self):
+        for arguments, line in ((["--grade"], "grade"), (["--grade", "--window"], "grade window"),
+                                (["--selection", "--grade"], "grade selection")):
+            with self.instance("done\n") as (environment, said):
+                result = self.run_product(*arguments, environment=environment)
+            self.assertEqual((result.returncode, result.stdout, result.stderr), (0, b"", b""))
+            self.assertEqual(said, [line])
+        for reply, status, word in (("nothing in front that can be graded", 3, b"catalog"),
+                                    ("no key", 4, b"--service"),
+                                    ("grading already", 5, b"under way"),
+                                    ("unknown", 1, b"start kelvane first")):
+            with self.instance(reply + "\n") as (environment, _):
+                result = self.run_product("--grade", environment=environment)
+            self.assertEqual((result.returncode, result.stdout), (status, b""), reply)
+            self.assertIn(word, result.stderr)
+
+    def test_without_an_instance_a_grade_says_so(self):
+        result = self.run_product("--grade")
+        self.assertEqual((result.returncode, result.stdout), (1, b""))
+        self.assertEqual(result.stderr,
+                         b"kelvane: no instance runs here that answers; start kelvane first\n")
+
+    def test_an_instance_that_hangs_is_given_up(self):
+        with self.instance("") as (environment, _):
+            self.assertEqual(self.run_product("--grade", environment=environment).returncode, 1)
+
+    def test_what_excludes_each_other_is_refused(self):
+        result = self.run_product("--grade", "--window", "--selection")
+        self.assertEqual((result.returncode, result.stdout), (2, b""))
+        self.assertIn(b"exclude each other", result.stderr)
+
+    def test_the_question_is_asked_by_the_instance(self):
+        with self.instance("done\n") as (environment, said):
+            result = self.run_product("--service", environment=environment)
+        self.assertEqual((result.returncode, said), (0, ["service"]))
+
+    def choose(self, base):
+        """The file in which a person's choice stands."""
+        data = self.home / ".brask"
+        data.mkdir(exist_ok=True)
+        key = data / "its-key"
+        key.write_text("trevix_local_secret\n")
+        key.chmod(0o600)
+        choice = data / "service"
+        choice.write_text(f"service: this machine\nbase: {base}\nkey_file: {key}\n")
+        choice.chmod(0o600)
+
+    def test_status_without_an_instance_says_what_can_be_seen(self):
+        with silent_service() as base:
+            self.choose(base)
+            result = self.run_product("--status", "--json")
+        self.assertEqual((result.returncode, result.stderr), (1, b""))
+        self.assertEqual(result.stdout.count(b"\n"), 1)
+        told = json.loads(result.stdout)
+        self.assertEqual((told["running"], told["key"], told["verdict"]), (False, True, None))
+        self.assertEqual(told["service"], {"place": "this machine", "base": base, "answers": False,
+                                           "problem": ""})
+        self.assertEqual([row["tool"] for row in told["wiring"]],
+                         ["Claude Code", "Codex", "OpenClaw", "Cursor"])
+        self.assertNotIn(b"secret", result.stdout)
+
+    def test_status_is_the_instances_word(self):
+        word = json.dumps({"running": True, "version": "9", "front": {"name": "Mousepad",
+                           "supported": True}, "service": {"base": "http://127.0.0.1:1"}})
+        with self.instance(word + "\n") as (environment, said):
+            result = self.run_product("--status", environment=environment)
+        self.assertEqual((result.returncode, said), (0, ["status"]))
+        self.assertEqual(result.stdout.decode(), "Kelvane:  runs, version 9\nIn front: Mousepad\n"
+                         "Grade:    none yet\nKey:      none\n"
+                         "Service:  http://127.0.0.1:1, does not answer\nWired:    no coding tool\n")
+
+    def test_the_doctor_ends_in_time_and_keeps_secrets(self):
+        with silent_service() as base, stopped_display() as display:
+            base = base.replace("http://", "http://me:geheim@")
+            result = self.run_product("--doctor", timeout=60, environment=self.environment(
+                BRASK_API_BASE=base, BRASK_API_KEY="trevix_local_secret", DISPLAY=display,
+                XDG_SESSION_TYPE="x11"))
+        text = result.stdout.decode()
+        self.assertEqual(result.returncode, 1, result.stderr)
+        self.assertIn(f"BAD    display       The display {display} does not answer.", text)
+        self.assertIn("does not answer (BRASK_API_BASE names it).", text)
+        self.assertIn("The key is in BRASK_API_KEY.", text)
+        for secret in ("geheim", "secret", str(self.home)):
+            self.assertNotIn(secret, text)
+
+    def test_the_doctor_speaks_to_programs(self):
+        result = self.run_product("--doctor", "--json", timeout=60)
+        told = json.loads(result.stdout)
+        self.assertEqual((result.returncode, result.stdout.count(b"\n")), (1, 1))
+        self.assertIs(told["healthy"], False)
+        areas = [line["area"] for line in told["lines"]]
+        self.assertEqual([area for at, area in enumerate(areas) if area not in areas[:at]],
+                         ["program", "display", "bus", "service", "key", "tools", "engines"])
+        self.assertTrue(all(line["todo"] for line in told["lines"] if line["health"] != "ok"))
 
 
 class SelfTest(ModesTest):
@@ -204,20 +358,9 @@ class Detect(ModesTest):
             self.assertIn(b"cannot be read", result.stdout)
 
     def test_a_display_that_stands_still_is_named_and_not_waited_for(self):
-        read, write = os.pipe()
-        with subprocess.Popen(["Xvfb", "-displayfd", str(write), "-nolisten", "tcp", "-noreset"],
-                              pass_fds=[write], stdout=subprocess.DEVNULL,
-                              stderr=subprocess.DEVNULL) as server:
-            os.close(write)
-            try:
-                with os.fdopen(read) as answer:
-                    display = ":" + answer.readline().strip()
-                server.send_signal(signal.SIGSTOP)
-                os.waitid(os.P_PID, server.pid, os.WSTOPPED | os.WNOWAIT)
-                result = self.run_product("--detect", environment=self.environment(
-                    DISPLAY=display, XDG_SESSION_TYPE="x11"))
-            finally:
-                server.kill()
+        with stopped_display() as display:
+            result = self.run_product("--detect", environment=self.environment(
+                DISPLAY=display, XDG_SESSION_TYPE="x11"))
         self.assertRegex(result.stdout.decode(), self.SHAPE)
         self.assertTrue(result.stdout.startswith(b'{"frontmost_bundle":"",'))
         self.assertEqual(result.stderr.decode(), f"kelvane: the display {display} does not answer\n")

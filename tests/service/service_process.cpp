@@ -26,13 +26,27 @@ std::string readAll(int fd) {
 
 ServiceProcess::ServiceProcess(const std::vector<std::string>& arguments,
                                const std::vector<std::string>& environment) {
+    std::vector<std::string> words{TREVIX_LOCAL};
+    words.insert(words.end(), arguments.begin(), arguments.end());
+    spawn(std::move(words), environment, {});
+}
+
+ServiceProcess::ServiceProcess(const std::vector<std::string>& arguments,
+                               const std::vector<std::string>& environment,
+                               const std::vector<int>& descriptors, const std::string& begin) {
+    std::vector<std::string> words{"/bin/sh", "-c", begin, "sh", TREVIX_LOCAL};
+    words.insert(words.end(), arguments.begin(), arguments.end());
+    spawn(std::move(words), environment, descriptors);
+}
+
+void ServiceProcess::spawn(std::vector<std::string> words,
+                           const std::vector<std::string>& environment,
+                           const std::vector<int>& descriptors) {
     int output[2];
     int errors[2];
     if (pipe2(output, O_CLOEXEC) != 0 || pipe2(errors, O_CLOEXEC) != 0) {
         throw std::runtime_error("no pipe");
     }
-    std::vector<std::string> words{TREVIX_LOCAL};
-    words.insert(words.end(), arguments.begin(), arguments.end());
     std::vector<std::string> variables = environment;
     for (const char* kept : {"PATH", "TMPDIR", "ASAN_OPTIONS", "TSAN_OPTIONS", "UBSAN_OPTIONS"}) {
         if (const char* value = std::getenv(kept)) {
@@ -49,14 +63,23 @@ ServiceProcess::ServiceProcess(const std::vector<std::string>& arguments,
     posix_spawn_file_actions_init(&actions);
     posix_spawn_file_actions_adddup2(&actions, output[1], 1);
     posix_spawn_file_actions_adddup2(&actions, errors[1], 2);
-    const int failed = posix_spawn(&m_pid, TREVIX_LOCAL, &actions, nullptr, pointers(words).data(),
-                                   pointers(variables).data());
+    // Out of the way of the numbers that they are to have.
+    std::vector<int> moved;
+    for (const int descriptor : descriptors) {
+        moved.push_back(fcntl(descriptor, F_DUPFD_CLOEXEC, 100));
+    }
+    for (std::size_t i = 0; i < moved.size(); ++i) {
+        posix_spawn_file_actions_adddup2(&actions, moved[i], 3 + static_cast<int>(i));
+    }
+    const int failed = posix_spawn(&m_pid, words.front().c_str(), &actions, nullptr,
+                                   pointers(words).data(), pointers(variables).data());
+    for (const int descriptor : moved) close(descriptor);
     posix_spawn_file_actions_destroy(&actions);
     close(output[1]);
     close(errors[1]);
     m_output = output[0];
     m_errors = errors[0];
-    if (failed != 0) throw std::runtime_error("cannot start " TREVIX_LOCAL);
+    if (failed != 0) throw std::runtime_error("cannot start " + words.front());
 }
 
 ServiceProcess::~ServiceProcess() {

@@ -25,6 +25,11 @@ public:
     /// variables ("NAME=value").
     explicit ServiceProcess(const std::vector<std::string>& arguments,
                             const std::vector<std::string>& environment = {});
+    /// The same, begun as a service manager does it: with these descriptors as 3, 4 and so on, by a
+    /// shell that runs `begin` with the program's words as its own, so `exec "$@"` at the end.
+    ServiceProcess(const std::vector<std::string>& arguments,
+                   const std::vector<std::string>& environment, const std::vector<int>& descriptors,
+                   const std::string& begin);
     ~ServiceProcess(); ///< Kills it if it still runs.
     ServiceProcess(const ServiceProcess&) = delete;
     ServiceProcess& operator=(const ServiceProcess&) = delete;
@@ -41,6 +46,9 @@ public:
     [[nodiscard]] const std::string& firstLine() const { return m_firstLine; }
 
 private:
+    void spawn(std::vector<std::string> words, const std::vector<std::string>& environment,
+               const std::vector<int>& descriptors);
+
     pid_t m_pid = -1;
     int m_output = -1;
     int m_errors = -1;

@@ -50,31 +50,6 @@ bool makePrivateFolder(const std::filesystem::path& folder) {
     return isPrivateFolder(folder);
 }
 
-std::string valueOf(const EnvironmentSnapshot& environment, const std::string& name) {
-    const auto found = environment.find(name);
-    return found == environment.end() ? std::string() : found->second;
-}
-
-/// The name of a display ends in ".<screen>" when it names a screen of it.
-std::string withoutScreen(const std::string& display) {
-    const auto colon = display.rfind(':');
-    const auto dot = display.rfind('.');
-    return dot != std::string::npos && colon != std::string::npos && dot > colon
-               ? display.substr(0, dot)
-               : display;
-}
-
-/// Short, unique enough for the displays of one user, and without a slash.
-std::string fileName(const std::string& kind, const std::string& value) {
-    std::string name = kind;
-    for (const char c : value.substr(value.size() - std::min<std::size_t>(value.size(), 24))) {
-        const bool plain =
-            (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '-';
-        name += plain ? c : '_';
-    }
-    return name;
-}
-
 std::optional<sockaddr_un> socketAddress(const std::filesystem::path& path) {
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
@@ -104,10 +79,12 @@ ssize_t sendTo(int socket, std::string_view bytes) {
 /// A later start at the first one's end: one line, answered, and gone.
 class Peer : public QObject {
 public:
-    Peer(int socket, std::function<void(std::string)> opened, QObject* parent)
+    Peer(int socket, std::function<void(std::string)> opened,
+         std::function<std::string(const std::string&)> answer, QObject* parent)
         : QObject(parent),
           m_socket(socket),
           m_opened(std::move(opened)),
+          m_answer(std::move(answer)),
           m_readable(socket, QSocketNotifier::Read) {
         connect(&m_readable, &QSocketNotifier::activated, this, [this] { read(); });
     }
@@ -129,10 +106,11 @@ private:
         m_readable.setEnabled(false);
         deleteLater();
         if (end == std::string::npos) return;
-        sendTo(m_socket, kDone);
         std::string line = m_line.substr(0, end);
         if (line.ends_with('\r')) line.pop_back();
-        if ((line + ' ').starts_with(kOpen)) {
+        const bool opens = (line + ' ').starts_with(kOpen);
+        sendTo(m_socket, opens || !m_answer ? std::string(kDone) : m_answer(line) + '\n');
+        if (opens) {
             // It may run a loop of events of its own, in which this object goes.
             const auto opened = m_opened;
             opened(line.size() > kOpen.size() ? line.substr(kOpen.size()) : std::string());
@@ -141,6 +119,7 @@ private:
 
     int m_socket;
     std::function<void(std::string)> m_opened;
+    std::function<std::string(const std::string&)> m_answer;
     QSocketNotifier m_readable;
     std::string m_line;
 };
@@ -169,24 +148,6 @@ std::optional<bool> ask(const sockaddr_un& address, const std::string& message) 
 }
 
 } // namespace
-
-std::string desktopName(const EnvironmentSnapshot& environment) {
-    if (const auto wayland = valueOf(environment, "WAYLAND_DISPLAY"); !wayland.empty()) {
-        return fileName("wayland-", wayland);
-    }
-    if (const auto display = valueOf(environment, "DISPLAY"); !display.empty()) {
-        return fileName("x11-", withoutScreen(display));
-    }
-    return "console";
-}
-
-std::filesystem::path instanceFolder(const EnvironmentSnapshot& environment,
-                                     const std::string& name, unsigned user,
-                                     const std::filesystem::path& temporary) {
-    const std::filesystem::path runtime = valueOf(environment, "XDG_RUNTIME_DIR");
-    if (runtime.is_absolute()) return runtime / name;
-    return temporary / (name + "-" + std::to_string(user));
-}
 
 SingleInstance::SingleInstance(std::filesystem::path folder, const std::string& desktop)
     : m_folder(std::move(folder)),
@@ -218,10 +179,11 @@ std::filesystem::path SingleInstance::lockFile() const {
 }
 
 std::filesystem::path SingleInstance::socketFile() const {
-    return m_folder / (m_desktop + ".socket");
+    return instanceSocket(m_folder, m_desktop);
 }
 
-void SingleInstance::listen(std::function<void(std::string)> opened) {
+void SingleInstance::listen(std::function<void(std::string)> opened,
+                            std::function<std::string(const std::string&)> answer) {
     if (m_role != Role::First || m_listening) return;
     const auto address = socketAddress(socketFile());
     const int socket = address ? ::socket(AF_UNIX, SOCK_STREAM, 0) : -1;
@@ -236,17 +198,19 @@ void SingleInstance::listen(std::function<void(std::string)> opened) {
         return;
     }
     m_listening = std::make_unique<QSocketNotifier>(socket, QSocketNotifier::Read);
-    QObject::connect(m_listening.get(), &QSocketNotifier::activated,
-                     [this, opened = std::move(opened)] { serve(opened); });
+    QObject::connect(
+        m_listening.get(), &QSocketNotifier::activated,
+        [this, opened = std::move(opened), answer = std::move(answer)] { serve(opened, answer); });
 }
 
-void SingleInstance::serve(const std::function<void(std::string)>& opened) {
+void SingleInstance::serve(const std::function<void(std::string)>& opened,
+                           const std::function<std::string(const std::string&)>& answer) {
     while (true) {
         const int socket = ::accept(static_cast<int>(m_listening->socket()), nullptr, nullptr);
         if (socket < 0) return;
         makePrivateAndPatient(socket);
         // It goes with the listening one, at the latest.
-        auto* peer = new Peer(socket, opened, m_listening.get());
+        auto* peer = new Peer(socket, opened, answer, m_listening.get());
         // Whoever connects and says nothing does not stay.
         QTimer::singleShot(kPatience, peer, &QObject::deleteLater);
     }

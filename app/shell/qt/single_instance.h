@@ -9,9 +9,10 @@
 
 #pragma once
 
+#include "app/instance_place.h"
+
 #include <filesystem>
 #include <functional>
-#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -19,18 +20,6 @@
 class QSocketNotifier;
 
 namespace kelvane {
-
-using EnvironmentSnapshot = std::map<std::string, std::string>;
-
-/// What tells one desktop of a user from another, fit for a file's name: from WAYLAND_DISPLAY, else
-/// from DISPLAY without its screen number, else "console".
-[[nodiscard]] std::string desktopName(const EnvironmentSnapshot& environment);
-
-/// The folder for the lock and the socket: `name` in XDG_RUNTIME_DIR when that is an absolute path,
-/// else "`name`-`user`" in `temporary`.
-[[nodiscard]] std::filesystem::path instanceFolder(const EnvironmentSnapshot& environment,
-                                                   const std::string& name, unsigned user,
-                                                   const std::filesystem::path& temporary);
 
 class SingleInstance {
 public:
@@ -49,8 +38,10 @@ public:
     [[nodiscard]] Role role() const { return m_role; }
 
     /// As the first one: has `opened` called, with the token that lets a window take the focus
-    /// (empty when there was none), for every later start.
-    void listen(std::function<void(std::string activationToken)> opened);
+    /// (empty when there was none), for every later start, and other lines answered by `answer`,
+    /// which returns soon and gives the line to reply.
+    void listen(std::function<void(std::string activationToken)> opened,
+                std::function<std::string(const std::string& line)> answer = nullptr);
 
     /// As a later one: tells the first one to show itself. False when it does not take the message
     /// within two seconds.
@@ -59,7 +50,8 @@ public:
 private:
     [[nodiscard]] std::filesystem::path lockFile() const;
     [[nodiscard]] std::filesystem::path socketFile() const;
-    void serve(const std::function<void(std::string)>& opened);
+    void serve(const std::function<void(std::string)>& opened,
+               const std::function<std::string(const std::string&)>& answer);
 
     std::filesystem::path m_folder;
     std::string m_desktop;

@@ -220,7 +220,16 @@ AppCatalog figmaCatalog() {
     app.name = "Figma";
     app.bundleIds = {"com.figma.Desktop"};
     app.primaryModality = "ui_ux";
+    app.capture = "export";
     return AppCatalog({app});
+}
+
+RunningApp figma() {
+    RunningApp app;
+    app.pid = 42;
+    app.bundleId = "com.figma.Desktop";
+    app.name = "Figma";
+    return app;
 }
 
 class AppDelegateTest : public testing::Test {
@@ -271,6 +280,13 @@ protected:
                 [this](bool firstRun) { steps.add(firstRun ? "install first" : "install again"); },
             .runUninstall = [this] { steps.add("uninstall"); },
             .refreshRemoteCatalog = [this] { steps.add("catalog refresh"); },
+            .isGradingPlaceUnknown = [this] { return placeIsUnknown; },
+            .askWhereToGrade =
+                [this] {
+                    steps.add("ask where");
+                    if (whileAsked) whileAsked();
+                },
+            .keepService = [this] { steps.add("keep service"); },
             .connectUrl = "https://service.example/connect?from=macos-app",
             .reportAddress =
                 [this](const std::string& runId, auto open) {
@@ -285,15 +301,17 @@ protected:
         return [this](const AppCatalog& catalog) {
             steps.add("model");
             return std::make_unique<CompanionModel>(
-                CompanionModel::Ports{
-                    .workspace = platform.workspace,
-                    .processes = platform.processes,
-                    .files = platform.files,
-                    .environment = platform.environment,
-                    .http = platform.http,
-                    .clock = platform.clock,
-                    .dispatcher = platform.dispatcher,
-                    .capture = [](const DetectedApp&) -> CaptureResult { return {}; }},
+                CompanionModel::Ports{.workspace = platform.workspace,
+                                      .processes = platform.processes,
+                                      .files = platform.files,
+                                      .environment = platform.environment,
+                                      .http = platform.http,
+                                      .clock = platform.clock,
+                                      .dispatcher = platform.dispatcher,
+                                      .capture = [this](const DetectedApp& app) -> CaptureResult {
+                                          captured = app.app->capture;
+                                          return {};
+                                      }},
                 catalog, "/home/me");
         };
     }
@@ -318,6 +336,9 @@ protected:
     std::ostringstream err;
     bool installed = true;
     bool serviceIsSlow = false;
+    bool placeIsUnknown = false;
+    std::string captured; ///< How the last capture was to be made.
+    std::function<void()> whileAsked;
     std::function<void()> openReport; ///< As a slow service answers.
     std::optional<AppDelegate> delegate;
 };
@@ -408,7 +429,98 @@ TEST_F(AppDelegateTest, EveryTickRefreshesOnceAndNothingElse) {
     happened();
     state.tick();
     state.tick();
-    EXPECT_THAT(happened(), ElementsAre("refresh", "refresh"));
+    EXPECT_THAT(happened(), ElementsAre("refresh", "keep service", "refresh", "keep service"));
+}
+
+// Where to grade
+
+TEST_F(AppDelegateTest, TheFirstRunAsksOnceWhereToGradeWhenAllElseIsDone) {
+    placeIsUnknown = true;
+    start();
+    EXPECT_EQ(happened().back(), "catalog refresh");
+    application.runJobs();
+    EXPECT_THAT(happened(), ElementsAre("keep service", "ask where", "refresh"));
+}
+
+TEST_F(AppDelegateTest, WhereItIsKnownNothingIsAsked) {
+    start();
+    happened();
+    application.runJobs();
+    EXPECT_THAT(happened(), ElementsAre("keep service"));
+}
+
+TEST_F(AppDelegateTest, TheSwitchAndTheMenuAskAnew) {
+    start({"--service"});
+    happened();
+    application.runJobs();
+    EXPECT_THAT(happened(), ElementsAre("keep service", "ask where", "refresh"));
+    ASSERT_EQ(state.menu.size(), 3U);
+    EXPECT_EQ(state.menu[1].title, "Where to grade…");
+    state.click();
+    happened();
+    state.menu[1].action();
+    EXPECT_THAT(happened(), ElementsAre("popover close", "ask where", "refresh"));
+}
+
+TEST_F(AppDelegateTest, WhileItIsAskedItIsNotAskedAgain) {
+    start();
+    happened();
+    whileAsked = [this] { delegate->askWhereToGrade(); };
+    delegate->askWhereToGrade();
+    EXPECT_THAT(happened(), ElementsAre("ask where", "refresh"));
+}
+
+TEST_F(AppDelegateTest, QuittingWhileItIsAskedIsSafe) {
+    start();
+    happened();
+    whileAsked = [this] { delegate.reset(); };
+    delegate->askWhereToGrade();
+    EXPECT_EQ(steps.count("refresh"), 0U);
+}
+
+TEST_F(AppDelegateTest, ADemoAsksNothing) {
+    placeIsUnknown = true;
+    start({"--demo"});
+    happened();
+    application.runJobs();
+    EXPECT_EQ(steps.count("ask where"), 0U);
+    delegate->askWhereToGrade();
+    EXPECT_EQ(steps.count("ask where"), 0U);
+}
+
+// A grade asked for from outside
+
+TEST_F(AppDelegateTest, AGradeFromOutsideSaysWhyItCannotBegin) {
+    EXPECT_EQ(start({"--demo"}).gradeNow(GradeWish::AsCatalog), GradeBegun::NothingInFront);
+    start();
+    EXPECT_EQ(delegate->gradeNow(GradeWish::AsCatalog), GradeBegun::NothingInFront);
+    platform.workspace.running = {figma()};
+    platform.workspace.front = 42;
+    EXPECT_EQ(delegate->gradeNow(GradeWish::AsCatalog), GradeBegun::NoKey);
+    platform.environment.variables["BRASK_API_KEY"] = "k";
+    delegate->model()->grading = true;
+    EXPECT_EQ(delegate->gradeNow(GradeWish::AsCatalog), GradeBegun::Already);
+    EXPECT_FALSE(state.popoverShown);
+}
+
+TEST_F(AppDelegateTest, AGradeFromOutsideOpensThePanelOnceTheWorkIsCaptured) {
+    platform.workspace.running = {figma()};
+    platform.workspace.front = 42;
+    platform.environment.variables["BRASK_API_KEY"] = "k";
+    start();
+    EXPECT_EQ(delegate->gradeNow(GradeWish::Window), GradeBegun::Yes);
+    EXPECT_TRUE(*delegate->model()->grading);
+    EXPECT_FALSE(state.popoverShown) << "it would be in the way of the capture";
+    platform.dispatcher.runAll();
+    EXPECT_TRUE(state.popoverShown);
+    EXPECT_EQ(captured, "screenshot");
+    state.popoverShown = false;
+    EXPECT_EQ(delegate->gradeNow(GradeWish::Selection), GradeBegun::Yes);
+    platform.dispatcher.runAll();
+    EXPECT_EQ(captured, "selection");
+    EXPECT_EQ(delegate->gradeNow(GradeWish::AsCatalog), GradeBegun::Yes);
+    platform.dispatcher.runAll();
+    EXPECT_EQ(captured, "export");
 }
 
 // The popover
@@ -499,13 +611,13 @@ TEST_F(AppDelegateTest, StartedAgainWhileOpenItOnlyTakesTheKeyboard) {
 TEST_F(AppDelegateTest, TheItemsMenuOpensAndQuits) {
     start();
     happened();
-    ASSERT_EQ(state.menu.size(), 2U);
+    ASSERT_EQ(state.menu.size(), 3U);
     EXPECT_EQ(state.menu[0].title, "Open");
     state.menu[0].action();
     EXPECT_THAT(happened(),
                 ElementsAre("refresh", "popover show nowhere by pointer", "popover key"));
-    EXPECT_EQ(state.menu[1].title, "Quit");
-    state.menu[1].action();
+    EXPECT_EQ(state.menu[2].title, "Quit");
+    state.menu[2].action();
     EXPECT_THAT(happened(), ElementsAre("terminate 0"));
 }
 

@@ -184,6 +184,20 @@ class ServiceTest(surroundings.HomeTest):
         self.write("a.md", CLEAN)
         self.assertEqual(self.grade("a.md")[0], 0)
 
+    def test_the_choice_of_a_person_does_for_a_stripped_environment(self):
+        for name in list(SERVICE.variables()):
+            del self.environment[name]
+        self.data.mkdir()
+        key = self.data / "its-key"
+        key.write_text(SERVICE.key + "\n")
+        key.chmod(0o600)
+        choice = self.data / "service"
+        choice.write_text("service: this machine\nbase: {}\nkey_file: {}\n".format(
+            SERVICE.base, key))
+        choice.chmod(0o600)
+        self.write("a.md", CLEAN)
+        self.assertEqual(self.grade("a.md")[0], 0)
+
     def test_a_deadline_of_nothing_is_three(self):
         self.write("a.md", CLEAN)
         code, found = self.grade("a.md", "--timeout", "0")

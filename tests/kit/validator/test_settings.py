@@ -20,6 +20,92 @@ class SettingsTest(surroundings.HomeTest):
         path.write_bytes(content if isinstance(content, bytes) else content.encode())
         return path
 
+    # -- the choice of a service
+
+    def choose(self, where="this machine", **more):
+        key = self.put("local-key", "trevix_local_1\n")
+        key.chmod(0o600)
+        lines = dict({"base": "http+unix://%2Frun%2Fx", "key_file": str(key)}, **more)
+        path = self.put("service", "# mine\nservice: {}\n".format(where) + "".join(
+            "{}: {}\n".format(name, value) for name, value in lines.items() if value))
+        path.chmod(0o600)
+        return path, key
+
+    def test_the_chosen_service_is_found_with_home_alone(self):
+        self.choose(program="/usr/bin/trevix-local")
+        found = self.load()
+        self.assertEqual((found.base, found.key, found.problems),
+                         ("http+unix://%2Frun%2Fx", "trevix_local_1", ()))
+
+    def test_variables_and_settings_win_over_the_choice_and_the_key_goes_with_the_service(self):
+        self.choose()
+        self.put("key", "account").chmod(0o600)
+        self.assertEqual(self.load().key, "trevix_local_1")
+        found = self.load(BRASK_API_KEY="mine")
+        self.assertEqual((found.base, found.key), ("http+unix://%2Frun%2Fx", "mine"))
+        for base in ("https://elsewhere.example", ""):
+            found = self.load(BRASK_API_BASE=base)
+            self.assertEqual((found.base, found.key), (base, "account"))
+        self.put("settings", "base: http://127.0.0.1:9\n").chmod(0o600)
+        found = self.load()
+        self.assertEqual((found.base, found.key), ("http://127.0.0.1:9", "account"))
+
+    def test_an_account_and_a_later_answer_are_the_stated_rules(self):
+        self.put("key", "account").chmod(0o600)
+        for where in ("account", "later"):
+            self.choose(where, base=None, key_file=None)
+            found = self.load()
+            self.assertEqual((found.base, found.key, found.problems),
+                             (settings.DEFAULT_BASE, "account", ()), where)
+
+    def test_a_choice_that_others_may_write_is_not_used(self):
+        path, _ = self.choose()
+        path.chmod(0o620)
+        found = self.load()
+        self.assertEqual((found.base, found.key), (settings.DEFAULT_BASE, None))
+        self.assertIn("nothing of it is used", found.problems[0])
+
+    def test_a_chosen_key_that_others_may_read_is_not_used(self):
+        _, key = self.choose()
+        for mode in (0o644, 0o640, 0o622):
+            key.chmod(mode)
+            found = self.load()
+            self.assertEqual((found.base, found.key), ("http+unix://%2Frun%2Fx", None))
+            self.assertIn("others may read or write it", found.problems[0])
+
+    def test_a_chosen_key_that_is_not_there_is_said_and_no_other_is_sent(self):
+        self.put("key", "account").chmod(0o600)
+        for content in (None, b" \n", b"\xff\xfe"):
+            _, key = self.choose()
+            if content is None:
+                key.unlink()
+            else:
+                key.write_bytes(content)
+            found = self.load()
+            self.assertIsNone(found.key)
+            self.assertEqual(found.problems, ("there is no key in {}".format(key),))
+
+    def test_what_is_wrong_in_a_choice_is_said_by_its_line(self):
+        path = self.put("service", "nonsense\nservice: here\nkey: k\nbase: https://a.example\n"
+                        "base: http://127.0.0.1.a.example\nkey_file: key\n")
+        path.chmod(0o600)
+        self.assertEqual(self.load().problems, tuple("{}:{}: {}".format(path, number, text) for
+                         number, text in (
+            (1, "not a “name: value” line"),
+            (2, "service is “this machine”, “account” or “later”"),
+            (3, "there is no setting “key”"),
+            (4, "base is no address of this machine"),
+            (5, "base is no address of this machine"),
+            (6, "key_file is no absolute path"))))
+
+    def test_this_machine_without_where_and_what_key_is_no_choice(self):
+        path, _ = self.choose(key_file=None)
+        found = self.load()
+        self.assertEqual(found.base, settings.DEFAULT_BASE)
+        self.assertEqual(found.problems, (
+            "{}: this machine needs base and key_file; start Kelvane and choose “Grade on this "
+            "machine” again".format(path),))
+
     # -- the key
 
     def test_the_key_variable_is_taken_as_it_stands(self):

@@ -270,6 +270,16 @@ TEST_P(FileSystemContract, ResolvedSpellingsOfOnePlaceAreEqual) {
     EXPECT_EQ(files().resolve("/"), "/");
 }
 
+TEST_P(FileSystemContract, OwnFilesAreGuardedByTheirOwner) {
+    EXPECT_TRUE(files().writeAtomically(at("f"), "x"));
+    const auto guard = files().guard(at("f"));
+    ASSERT_TRUE(guard.has_value());
+    EXPECT_TRUE(guard->isOurs);
+    EXPECT_FALSE(guard->othersWrite);
+    EXPECT_EQ(files().guard(at("no")), std::nullopt);
+    EXPECT_EQ(files().guard(""), std::nullopt);
+}
+
 TEST_P(FileSystemContract, TheRootExists) {
     EXPECT_TRUE(files().exists("/"));
     EXPECT_EQ(files().read("/"), std::nullopt);

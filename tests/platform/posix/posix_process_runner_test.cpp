@@ -15,8 +15,10 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/time.h>
+#include <sys/un.h>
 #include <thread>
 #include <unistd.h>
 #include <vector>
@@ -357,6 +359,64 @@ TEST_F(PosixProcessRunnerTest, WhatEndsInItsTimeIsAsWithoutOne) {
                                      .output = ProcessOutput::Capture,
                                      .timeLimit = std::chrono::hours(1)});
     EXPECT_EQ(result, (ProcessResult{.status = 4, .output = "out\n"}));
+}
+
+class PosixKeptProgramsTest : public testing::Test {
+protected:
+    TemporaryFolder folder;
+    std::unique_ptr<KeptPrograms> programs = makePosixKeptPrograms();
+
+    /// What a file says once it says something.
+    std::string awaited(const std::string& name) {
+        for (int i = 0; i < 3000; ++i) {
+            const auto text = makePosixFileSystem()->read(folder / name).value_or("");
+            if (!text.empty()) return text;
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        }
+        return {};
+    }
+};
+
+TEST_F(PosixKeptProgramsTest, AProgramIsToldItsEndByTheEndOfItsInput) {
+    auto program =
+        programs->start("/bin/sh", {"-c", "cat; echo over > \"$0\"", (folder / "end").string()});
+    ASSERT_NE(program, nullptr);
+    EXPECT_TRUE(program->isRunning());
+    program.reset();
+    EXPECT_EQ(awaited("end"), "over\n");
+}
+
+TEST_F(PosixKeptProgramsTest, AProgramThatEndedNoLongerRuns) {
+    auto program = programs->start("/bin/true", {});
+    ASSERT_NE(program, nullptr);
+    for (int i = 0; i < 3000 && program->isRunning(); ++i) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    EXPECT_FALSE(program->isRunning());
+    EXPECT_FALSE(program->isRunning());
+}
+
+TEST_F(PosixKeptProgramsTest, WhatCannotBeStartedIsNull) {
+    EXPECT_EQ(programs->start(folder / "none", {}), nullptr);
+    EXPECT_EQ(programs->start("sh", {}), nullptr);
+    EXPECT_EQ(programs->start("/bin/sh", {std::string("a\0b", 3)}), nullptr);
+}
+
+TEST_F(PosixKeptProgramsTest, ASocketIsServedWhileSomebodyListens) {
+    const std::filesystem::path path = folder / "s";
+    EXPECT_FALSE(programs->isServed(path));
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    path.string().copy(address.sun_path, sizeof address.sun_path - 1);
+    const int fd = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    ASSERT_EQ(::bind(fd, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+    EXPECT_FALSE(programs->isServed(path)) << "nobody listens yet";
+    ASSERT_EQ(::listen(fd, 1), 0);
+    EXPECT_TRUE(programs->isServed(path));
+    for (int i = 0; i < 4; ++i) EXPECT_TRUE(programs->isServed(path)) << "a full queue is one, too";
+    ::close(fd);
+    EXPECT_FALSE(programs->isServed(path)) << "the name alone is left";
+    EXPECT_FALSE(programs->isServed("/" + std::string(200, 'x')));
 }
 
 } // namespace

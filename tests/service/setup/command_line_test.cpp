@@ -66,6 +66,17 @@ TEST(CommandLineOptions, ServersOfTheUsersOwnAreOffUntilNamed) {
     }
 }
 
+TEST(CommandLineOptions, TheEndMayComeByItself) {
+    EXPECT_EQ(parsed({}).idleExit, 0);
+    EXPECT_FALSE(parsed({}).withParent);
+    EXPECT_EQ(parsed({"--idle-exit", "300"}).idleExit, 300);
+    EXPECT_EQ(parsed({"--idle-exit=1"}).idleExit, 1);
+    EXPECT_TRUE(parsed({"--with-parent"}).withParent);
+    for (const char* option : {"--idle-exit SECONDS", "--with-parent"}) {
+        EXPECT_NE(usageText().find(option), std::string_view::npos) << option;
+    }
+}
+
 TEST(CommandLineOptions, HelpAndVersionWinOverWhatFollows) {
     EXPECT_EQ(parsed({"--help", "--nonsense"}).action, CommandLine::Action::help);
     EXPECT_EQ(parsed({"-h"}).action, CommandLine::Action::help);
@@ -96,6 +107,11 @@ TEST(CommandLineOptions, WhatCannotBeUsedIsNamed) {
         {{"--queue", "99999"}, "--queue needs a number from 1 to 4096"},
         {{"--keep-work", "366"}, "--keep-work needs a number from 0 to 365"},
         {{"--keep-days", "-3"}, "--keep-days needs a number from 0 to 36500"},
+        {{"--idle-exit", "0"}, "--idle-exit needs a number from 1 to 86400"},
+        {{"--idle-exit", "86401"}, "--idle-exit needs a number from 1 to 86400"},
+        {{"--idle-exit", "soon"}, "--idle-exit needs a number from 1 to 86400"},
+        {{"--idle-exit"}, "--idle-exit needs a value"},
+        {{"--with-parent=1"}, "unknown option --with-parent=1"},
         {{"--data", ""}, "--data needs a value"},
         {{"--key", "short"}, "--key needs 8 to 512 visible ASCII characters without \"%\""},
         {{"--key", "with a blank"}, "--key needs 8 to 512 visible ASCII characters without \"%\""},

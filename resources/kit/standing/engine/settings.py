@@ -3,6 +3,11 @@
 Coding tools start the validator with a stripped environment (some pass HOME and PATH and nothing
 else), so everything that an environment variable can say may also stand in the file `settings` of
 the data folder, one `name: value` a line. A variable that is set wins over the file.
+
+Where neither says which service, the person's choice does: the file `service`, which the application
+writes when it has asked (`eval/service_choice.h` has its rules). It names the service of this machine
+and the file with that service's key. A key goes with its service: one that was chosen is asked with
+its own, not with the account's in the file `key`.
 """
 
 from __future__ import annotations
@@ -117,6 +122,66 @@ def tidy_base(address: str) -> str:
     return address.strip(" \t").rstrip("/")
 
 
+def read_choice(folder: str, problems: list[str]) -> dict[str, str]:
+    """`base` and `key_file` of the service that the person chose; empty when it is not this
+    machine's, or the file cannot be used, for which `problems` gets sentences."""
+    path = os.path.join(folder, "service")
+    data = _read(path)
+    if data is None:
+        return {}
+    reason = untrusted(os.stat(path))
+    if reason:  # it names where work is sent
+        problems.append("{}: {}; nothing of it is used".format(path, reason))
+        return {}
+    lines, found = name_value_lines.parse_lines(
+        data.decode("utf-8", "replace").splitlines(), path, 1)
+    problems.extend(found)
+    values: dict[str, str] = {}
+    for line in lines:
+        wrong = _wrong_in_choice(line.name, line.value)
+        if wrong:
+            problems.append("{}:{}: {}".format(path, line.number, wrong))
+        else:
+            values[line.name] = line.value
+    if values.get("service") != "this machine":
+        return {}
+    if "base" not in values or "key_file" not in values:
+        problems.append("{}: this machine needs base and key_file; start Kelvane and choose “Grade on "
+                        "this machine” again".format(path))
+        return {}
+    return values
+
+
+def _wrong_in_choice(name: str, value: str) -> str | None:
+    if name == "service":
+        known = value in ("this machine", "account", "later")
+        return None if known else "service is “this machine”, “account” or “later”"
+    if name == "base":
+        local = value.startswith(("http+unix://%2F", "http://127.0.0.1:"))
+        return None if local else "base is no address of this machine"
+    if name in ("key_file", "program"):
+        return None if os.path.isabs(value) else name + " is no absolute path"
+    return "there is no setting “{}”".format(name)
+
+
+def read_chosen_key(path: str, problems: list[str]) -> str | None:
+    """The key in that file; None, and a sentence, when there is none or others may read it."""
+    data = _read(path)
+    try:
+        key = data.decode("utf-8").strip() if data is not None else ""
+    except UnicodeDecodeError:
+        key = ""
+    if not key:
+        problems.append("there is no key in " + path)
+        return None
+    status = os.stat(path)
+    if untrusted(status) or status.st_mode & 0o044:
+        problems.append("{}: others may read or write it; the key in it is not used (make it yours, "
+                        "chmod 600)".format(path))
+        return None
+    return key
+
+
 def load(environ: dict[str, str] = os.environ) -> Settings:
     """Reads variables and file afresh. Never fails; what could not be used is in `problems`."""
     folder = data_folder(environ)
@@ -126,11 +191,16 @@ def load(environ: dict[str, str] = os.environ) -> Settings:
         said = environ.get(variable, environ.get(variable.lower()))
         if said is not None and (said or name == "base"):
             values[name] = said
-    key = read_key(folder, environ, problems)
+    choice = {} if "base" in values else read_choice(folder, problems)
+    values.setdefault("base", choice.get("base", DEFAULT_BASE))
+    if choice and not environ.get("BRASK_API_KEY"):
+        key = read_chosen_key(choice["key_file"], problems)
+    else:
+        key = read_key(folder, environ, problems)
     read = _folders(values.get("read"), environ, problems)
     return Settings(
         folder=folder,
-        base=tidy_base(values.get("base", DEFAULT_BASE)),
+        base=tidy_base(values["base"]),
         key=key,
         policy_id=values.get("policy_id") or None,
         ca_file=values.get("ca_file") or None,

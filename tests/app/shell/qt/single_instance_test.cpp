@@ -159,6 +159,36 @@ TEST_F(SingleInstanceTest, NonsenseOnTheSocketOpensNothing) {
     EXPECT_THAT(opened, ElementsAre("honest"));
 }
 
+TEST_F(SingleInstanceTest, OtherLinesAreAnsweredAndOpenNothing) {
+    SingleInstance first(folder, "x11-_0");
+    std::vector<std::string> lines;
+    first.listen([this](const std::string& token) { opened.push_back(token); },
+                 [&](const std::string& line) {
+                     lines.push_back(line);
+                     return "answer to " + line;
+                 });
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    const std::string path = folder / "x11-_0.socket";
+    path.copy(address.sun_path, sizeof address.sun_path - 1);
+    const int fd = ::socket(AF_UNIX, SOCK_STREAM, 0);
+    ASSERT_EQ(::connect(fd, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+    const std::string message = "status\n";
+    ASSERT_EQ(::send(fd, message.data(), message.size(), MSG_NOSIGNAL),
+              static_cast<ssize_t>(message.size()));
+    std::string reply;
+    runLoopUntil([&] {
+        char bytes[64];
+        const ssize_t size = ::recv(fd, bytes, sizeof bytes, MSG_DONTWAIT);
+        if (size > 0) reply.append(bytes, static_cast<std::size_t>(size));
+        return size == 0;
+    });
+    ::close(fd);
+    EXPECT_EQ(reply, "answer to status\n");
+    EXPECT_THAT(lines, ElementsAre("status"));
+    EXPECT_TRUE(opened.empty());
+}
+
 TEST(DesktopNameTest, Table) {
     const struct {
         EnvironmentSnapshot environment;
