@@ -42,6 +42,7 @@ constexpr std::array kGrades = {
     ForeignGrade{"shellcheck", "SC1009", kOff, kNote},
     ForeignGrade{"shellcheck", "SC2148", kOff, "the dialect is told beside the file"},
     ForeignGrade{"shellcheck", "SC2187", kOff, kNote},
+    ForeignGrade{"shellcheck", "SC2034", kLow, kOthers},
     ForeignGrade{"shellcheck", "SC2120", kLow, kOthers},
     ForeignGrade{"shellcheck", "SC2119", kLow, kOthers},
     ForeignGrade{"shellcheck", "SC2155", kLow, "the lost status is seldom looked at"},
@@ -253,8 +254,8 @@ std::optional<Severity> ofRuff(const ForeignFault& fault, bool whole) {
 std::optional<Severity> byEngine(std::string_view engine, const ForeignFault& fault, bool whole) {
     if (engine == "bandit") return ofBandit(fault);
     if (engine == "shellcheck") {
-        // In a part of a script the rest may set it, or use it.
-        if ((fault.code == "SC2154" || fault.code == "SC2034") && !whole) return kLow;
+        // In a part of a script the rest may set it.
+        if (fault.code == "SC2154" && !whole) return kLow;
         return byLevel(fault);
     }
     if (engine == "cppcheck") {

@@ -383,9 +383,6 @@ TEST(ForeignGrade, WhatIsDeclaredNowhereWeighsLittleInASelection) {
     const ForeignFault variable{"SC2154", "warning", "", 1, 1, ""};
     EXPECT_EQ(gradeOf("shellcheck", variable, true), Severity::medium);
     EXPECT_EQ(gradeOf("shellcheck", variable, false), Severity::low);
-    const ForeignFault unused{"SC2034", "warning", "", 1, 1, ""};
-    EXPECT_EQ(gradeOf("shellcheck", unused, true), Severity::medium);
-    EXPECT_EQ(gradeOf("shellcheck", unused, false), Severity::low);
 }
 
 TEST(ForeignGrade, EveryDepartureIsOfAKnownEngineOnceAndHasAReason) {
