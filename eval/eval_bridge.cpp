@@ -237,6 +237,11 @@ std::optional<std::string> apiKey(Environment& environment, FileSystem& files,
     return std::string(key);
 }
 
+bool isKeyExposed(Environment& environment, FileSystem& files, const std::filesystem::path& home) {
+    const auto key = environment.get("BRASK_API_KEY");
+    return (!key || key->empty()) && !files.isPrivate(home / ".brask" / "key");
+}
+
 std::string base(Environment& environment) {
     const std::string address =
         environment.get("BRASK_API_BASE").value_or(std::string(kServiceBase));

@@ -26,6 +26,7 @@ public:
     std::set<std::filesystem::path> folders;
     std::set<std::filesystem::path> unreadable; ///< Files that exist, but reading them fails.
     std::set<std::filesystem::path> unwritable; ///< Writing, making and removing them fails.
+    std::set<std::filesystem::path> shared;     ///< What others may read or write.
     /// Folders that lead elsewhere. Only `resolve` follows them.
     std::map<std::filesystem::path, std::filesystem::path> links;
     std::filesystem::path temporary = "/tmp/";
@@ -33,6 +34,7 @@ public:
 
     std::optional<std::string> read(const std::filesystem::path& path) override;
     bool exists(const std::filesystem::path& path) override;
+    bool isPrivate(const std::filesystem::path& path) override { return !shared.contains(path); }
     bool createDirectories(const std::filesystem::path& path) override;
     bool writeAtomically(const std::filesystem::path& path, std::string_view bytes) override;
     bool remove(const std::filesystem::path& path) override;

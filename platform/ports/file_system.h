@@ -30,6 +30,10 @@ public:
     /// not.
     [[nodiscard]] virtual bool exists(const std::filesystem::path& path) = 0;
 
+    /// Whether others than this user may neither read nor write the file, by its owner and its
+    /// permissions. True of what is not there; of a link, what it leads to counts.
+    [[nodiscard]] virtual bool isPrivate(const std::filesystem::path& path) = 0;
+
     /// Makes the folder and every missing one above it. False when it is not there afterwards.
     virtual bool createDirectories(const std::filesystem::path& path) = 0;
 

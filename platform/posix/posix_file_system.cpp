@@ -387,6 +387,12 @@ public:
         return isUsable(path) && ::stat(path.c_str(), &info) == 0;
     }
 
+    bool isPrivate(const fs::path& path) override {
+        struct stat info {};
+        if (!isUsable(path) || ::stat(path.c_str(), &info) != 0) return true;
+        return info.st_uid == geteuid() && (info.st_mode & (S_IRWXG | S_IRWXO)) == 0;
+    }
+
     bool createDirectories(const fs::path& path) override {
         if (!isUsable(path)) return false;
         std::error_code error;
