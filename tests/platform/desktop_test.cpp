@@ -76,7 +76,7 @@ protected:
 
 TEST_F(DesktopPortsTest, backgroundJobsEndBeforeEveryPortThatTheyUse) {
     { const DesktopPorts ports = filled(); }
-    ASSERT_THAT(ended, ::testing::SizeIs(17));
+    ASSERT_THAT(ended, ::testing::SizeIs(18));
     EXPECT_EQ(ended.front(), "dispatcher");
 }
 
