@@ -5,6 +5,7 @@
 #include "detect/live_agent_scan.h"
 #include "platform/ports/dispatcher.h"
 #include "platform/ports/environment.h"
+#include "platform/ports/file_system.h"
 #include "platform/ports/workspace.h"
 
 #include <algorithm>
@@ -34,6 +35,14 @@ bool hasWork(const CaptureResult& capture) {
     return capture.ok && !capture.parts.empty();
 }
 
+GradedWork aboutWork(const CaptureResult& capture, const DetectedApp& app) {
+    const auto isPicture = [](const ArtifactPart& part) {
+        return part.mimeType.starts_with("image/");
+    };
+    return {.app = app.app ? app.app->name : app.rawName,
+            .isPicture = std::ranges::any_of(capture.parts, isPicture)};
+}
+
 } // namespace
 
 CompanionModel::CompanionModel(Ports ports, const AppCatalog& catalogToUse,
@@ -52,6 +61,8 @@ Subscription CompanionModel::observeWillChange(std::function<void()> observer) {
 
 void CompanionModel::refresh() {
     const auto front = m_ports.workspace.frontmost();
+    keyIsExposed = EvalBridge::isKeyExposed(m_ports.environment, m_ports.files, home);
+    kitIsMissing = !m_ports.files.exists(home / ".brask" / "validate.py");
     const std::string bundleId = front ? front->bundleId.value_or("") : "";
     // The panel itself is no application to grade: what was in front before it stays.
     if (!bundleId.empty() && bundleId != kBundleID) {
@@ -82,7 +93,7 @@ void CompanionModel::grade(GradeWish wish) {
 
     // The application, the key and the ticket as they are now: the panel may show another by the
     // time the capture ends.
-    captureInTurn(asWished(*detected, wish), [this, app = *detected->app, ticket = begin(*key),
+    captureInTurn(asWished(*detected, wish), [this, from = *detected, ticket = begin(*key),
                                               key = *key](CaptureResult capture) {
         // Cancelled while it was captured.
         if (ticket->cancelled()) return;
@@ -93,12 +104,15 @@ void CompanionModel::grade(GradeWish wish) {
             return;
         }
         note = capture.note;
-        publishVerdict(ticket, [ports = evalPorts(m_ports, ticket.get()),
-                                capture = std::move(capture), app, key,
-                                policyId = m_ports.environment.get("BRASK_POLICY_ID")] {
-            return EvalBridge::grade(ports, capture.parts, capture.modality, app.vertical, policyId,
-                                     "Validate this " + app.name + " work before it ships.", key);
-        });
+        auto about = aboutWork(capture, from);
+        publishVerdict(ticket, std::move(about),
+                       [ports = evalPorts(m_ports, ticket.get()), capture = std::move(capture),
+                        app = *from.app, key,
+                        policyId = m_ports.environment.get("BRASK_POLICY_ID")] {
+                           return EvalBridge::grade(
+                               ports, capture.parts, capture.modality, app.vertical, policyId,
+                               "Validate this " + app.name + " work before it ships.", key);
+                       });
     });
 }
 
@@ -110,8 +124,8 @@ void CompanionModel::iterate() {
     // The verdict that there was stays until there is a new one.
     grading = true;
 
-    captureInTurn(*detected, [this, runId = *verdict.get()->runId, ticket = begin(*key),
-                              key = *key](CaptureResult capture) {
+    captureInTurn(*detected, [this, from = *detected, runId = *verdict.get()->runId,
+                              ticket = begin(*key), key = *key](CaptureResult capture) {
         if (ticket->cancelled()) return;
         if (!hasWork(capture)) {
             end(ticket);
@@ -119,11 +133,13 @@ void CompanionModel::iterate() {
             note = capture.note;
             return;
         }
-        publishVerdict(ticket, [ports = evalPorts(m_ports, ticket.get()),
-                                parts = std::move(capture.parts), runId, key] {
-            return EvalBridge::iterate(ports, runId, parts, "Re-grade after fixing the flaws.",
-                                       key);
-        });
+        auto about = aboutWork(capture, from);
+        publishVerdict(ticket, std::move(about),
+                       [ports = evalPorts(m_ports, ticket.get()), parts = std::move(capture.parts),
+                        runId, key] {
+                           return EvalBridge::iterate(ports, runId, parts,
+                                                      "Re-grade after fixing the flaws.", key);
+                       });
     });
 }
 
@@ -182,13 +198,16 @@ void CompanionModel::startNextCapture() {
     });
 }
 
-void CompanionModel::publishVerdict(Ticket ticket, std::function<Verdict()> work) {
+void CompanionModel::publishVerdict(Ticket ticket, GradedWork about,
+                                    std::function<Verdict()> work) {
     m_ports.dispatcher.background([this, &dispatcher = m_ports.dispatcher, work = std::move(work),
-                                   ticket = std::move(ticket), alive = std::weak_ptr(m_alive)] {
+                                   about = std::move(about), ticket = std::move(ticket),
+                                   alive = std::weak_ptr(m_alive)] {
         // Computed in the background, assigned on the main thread.
-        dispatcher.main([this, alive, ticket, result = work()]() mutable {
+        dispatcher.main([this, alive, ticket, about, result = work()]() mutable {
             if (alive.expired() || ticket->cancelled()) return;
             end(ticket);
+            gradedWork = std::move(about);
             verdict = std::move(result);
             grading = false;
         });

@@ -36,6 +36,14 @@ class HttpSession;
 class ProcessRunner;
 class Workspace;
 
+/// What a verdict is about.
+struct GradedWork {
+    std::string app;        ///< The application that it was taken from, as people know it.
+    bool isPicture = false; ///< A picture of its window, not the text selected in it.
+
+    bool operator==(const GradedWork&) const = default;
+};
+
 class CompanionModel {
 public:
     /// What the model uses of the world. Everything must outlive each job that the model has handed
@@ -72,6 +80,11 @@ public:
     Published<bool> grading{m_willChange};                    ///< A grade or iterate is in flight.
     Published<std::optional<std::string>> note{m_willChange}; ///< A remark on the last capture.
     Published<bool> hasKey{m_willChange};                     ///< A service key is available.
+
+    // These notify nobody: they change only before something above does.
+    std::optional<GradedWork> gradedWork; ///< What `verdict` is about; absent of a demonstration.
+    bool keyIsExposed = false; ///< Others may read or change the key's file. As of a refresh.
+    bool kitIsMissing = false; ///< What wired tools would call is not there. As of a refresh.
 
     const AppCatalog catalog;
     const std::filesystem::path home;
@@ -133,7 +146,7 @@ private:
 
     /// Runs `work`, which may use the ticket, in the background, then on the main thread assigns
     /// its verdict and ends grading; drops the verdict when the ticket was given up meanwhile.
-    void publishVerdict(Ticket ticket, std::function<Verdict()> work);
+    void publishVerdict(Ticket ticket, GradedWork about, std::function<Verdict()> work);
 
     Ports m_ports;
     std::deque<std::pair<DetectedApp, Continuation>> m_captures; ///< The first one is running.

@@ -42,7 +42,11 @@ constexpr std::array<std::pair<std::string_view, std::string_view>, 11> kModalit
     {"text", "text"},
 }};
 
-StatusDot statusDot(bool hasKey) {
+StatusDot statusDot(bool hasKey, bool keyIsExposed) {
+    if (hasKey && keyIsExposed) {
+        return {.tint = Tint::green,
+                .toolTip = "Ready to grade\nOthers may read your key: chmod 600 ~/.brask/key"};
+    }
     if (hasKey) return {.tint = Tint::green, .toolTip = "Ready to grade"};
     return {.tint = Tint::orange, .toolTip = "Get a free key to start grading"};
 }
@@ -94,12 +98,21 @@ bool isBeyondTheService(const Verdict& verdict) {
     return verdict.band == Band::unknown && !verdict.error && !verdict.notChecked.empty();
 }
 
-VerdictSection::Graded graded(const Verdict& verdict) {
+// One line, in front of who judged it.
+std::string verdictTip(const Verdict& verdict, const std::optional<GradedWork>& about) {
+    const std::string coverage = coverageTip(verdict);
+    if (!about) return coverage;
+    std::string line = coverageLine(
+        about->isPicture ? "A picture of a window of " : "What was selected in ", about->app);
+    return coverage.empty() ? line : line + "\n" + coverage;
+}
+
+VerdictSection::Graded graded(const Verdict& verdict, const std::optional<GradedWork>& about) {
     VerdictSection::Graded section;
     // In the order in which they are read: the band, the score, the way to the report, what went
     // wrong, the flaws.
     section.pill = bandPill(verdict.band);
-    section.pill.toolTip = coverageTip(verdict);
+    section.pill.toolTip = verdictTip(verdict, about);
     if (verdict.score) {
         if (const auto number = scoreText(*verdict.score)) section.score = "Trevix " + *number;
     }
@@ -142,7 +155,7 @@ VerdictSection verdictSection(const CompanionModel& model) {
     if (*model.grading) {
         section.progress = "Grading… the critic may be warming up";
     } else if (const auto& verdict = *model.verdict) {
-        section.graded = graded(*verdict);
+        section.graded = graded(*verdict, model.gradedWork);
         section.spoken = spokenVerdict(*verdict, *section.graded);
     } else if (const auto& note = *model.note) {
         section.note = shownParagraph(*note);
@@ -170,13 +183,13 @@ ActionRow actionRow(const CompanionModel& model) {
                                      : std::nullopt};
 }
 
-AgentsSection agentsSection(const std::vector<DetectedAgent>& agents) {
+AgentsSection agentsSection(const std::vector<DetectedAgent>& agents, bool kitIsMissing) {
     AgentsSection section;
     section.caption = "AGENTS";
     if (agents.empty()) section.empty = "No coding agents detected yet";
     for (std::size_t i = 0; i < agents.size(); ++i) {
         if (i % kAgentsPerRow == 0) section.rows.emplace_back();
-        section.rows.back().push_back(agentChip(agents[i]));
+        section.rows.back().push_back(agentChip(agents[i], kitIsMissing));
     }
     return section;
 }
@@ -305,7 +318,7 @@ FlawRow flawRow(const Flaw& flaw) {
     return row;
 }
 
-AgentChipView agentChip(const DetectedAgent& agent) {
+AgentChipView agentChip(const DetectedAgent& agent, bool kitIsMissing) {
     AgentChipView chip;
     chip.name = shownLine(agent.name);
     if (agent.running) {
@@ -316,7 +329,10 @@ AgentChipView agentChip(const DetectedAgent& agent) {
     // Running tells more than being installed.
     chip.toolTip = agent.running ? "running" : "installed";
     if (agent.wired) chip.toolTip += *agent.wired ? " · validation wired" : " · not wired";
-    if (agent.wired.value_or(false)) chip.badge = Symbol::shield;
+    if (agent.wired.value_or(false)) {
+        chip.badge = Symbol::shield;
+        if (kitIsMissing) chip.toolTip += "\nneeds repair: choose “Wire my tools”";
+    }
     return chip;
 }
 
@@ -324,11 +340,11 @@ CompanionViewRecord companionView(const CompanionModel& model) {
     return {.product = "Kelvane",
             .markLetter = "K",
             .tag = "Companion",
-            .status = statusDot(*model.hasKey),
+            .status = statusDot(*model.hasKey, model.keyIsExposed),
             .now = nowSection(*model.detected, model.catalog),
             .verdict = verdictSection(model),
             .actions = actionRow(model),
-            .agents = agentsSection(*model.agents),
+            .agents = agentsSection(*model.agents, model.kitIsMissing),
             .workflow = workflowSection(*model.workflow),
             .footer = footerRow()};
 }

@@ -49,7 +49,8 @@ struct BandPillView {
     std::string label;
     Tint tint = Tint::gray;
     Tint labelTint = Tint::white;
-    std::string toolTip = {}; ///< Lines; empty: there is none.
+    /// Lines: what was judged, who judged it and what nobody could. Empty: there is none.
+    std::string toolTip = {};
 
     bool operator==(const BandPillView&) const = default;
 };
@@ -194,7 +195,8 @@ struct CompanionViewRecord {
 [[nodiscard]] std::string coverageTip(const Verdict& verdict);
 
 [[nodiscard]] FlawRow flawRow(const Flaw& flaw);
-[[nodiscard]] AgentChipView agentChip(const DetectedAgent& agent);
+/// `kitIsMissing`: what a wired tool would call is not there.
+[[nodiscard]] AgentChipView agentChip(const DetectedAgent& agent, bool kitIsMissing = false);
 
 /// Main thread, like the model that it reads.
 [[nodiscard]] CompanionViewRecord companionView(const CompanionModel& model);

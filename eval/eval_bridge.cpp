@@ -249,6 +249,13 @@ std::optional<std::string> apiKey(Environment& environment, FileSystem& files,
     return std::string(key);
 }
 
+bool isKeyExposed(Environment& environment, FileSystem& files, const std::filesystem::path& home) {
+    const auto key = environment.get("BRASK_API_KEY");
+    if (key && !key->empty()) return false;
+    const auto guard = files.guard(home / ".brask" / "key");
+    return guard && !guard->isPrivate();
+}
+
 std::string base(Environment& environment) {
     const std::string address =
         environment.get("BRASK_API_BASE").value_or(std::string(kServiceBase));

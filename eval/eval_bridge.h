@@ -51,6 +51,11 @@ inline constexpr double kDeadlineSec = 420;
 [[nodiscard]] std::optional<std::string> apiKey(Environment& environment, FileSystem& files,
                                                 const std::filesystem::path& home);
 
+/// Whether others than this user may read or change the key that `apiKey` answers: it is in the
+/// file, and the file is not private.
+[[nodiscard]] bool isKeyExposed(Environment& environment, FileSystem& files,
+                                const std::filesystem::path& home);
+
 /// The service's base URL, without a slash at its end: BRASK_API_BASE when set, even to nothing,
 /// else the built-in one.
 [[nodiscard]] std::string base(Environment& environment);

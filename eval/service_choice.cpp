@@ -117,7 +117,7 @@ ChosenKey readChosenKey(FileSystem& files, const fs::path& keyFile) {
     const auto text = files.readAny(keyFile, kLongest);
     if (!text) return {.key = std::nullopt, .problem = "there is no key in " + keyFile.string()};
     const auto guard = files.guard(keyFile);
-    if (!guard || !guard->isOurs || guard->othersWrite || guard->othersRead) {
+    if (!guard || !guard->isPrivate()) {
         return {.key = std::nullopt,
                 .problem = keyFile.string() + ": others may read or write it; the key in it is not "
                                               "used (make it yours, chmod 600)"};

@@ -9,6 +9,7 @@
 #include "platform/ports/app_icons.h"
 #include "platform/ports/bundle_resources.h"
 #include "platform/ports/clock.h"
+#include "platform/ports/compositing.h"
 #include "platform/ports/dialogs.h"
 #include "platform/ports/dispatcher.h"
 #include "platform/ports/environment.h"
@@ -52,6 +53,7 @@ struct DesktopPorts {
     std::unique_ptr<AppIcons> icons;
     std::unique_ptr<PointerPresses> presses;
     std::unique_ptr<InputHold> hold;
+    std::unique_ptr<Compositing> compositing;
     std::unique_ptr<Dialogs> dialogs;
     std::unique_ptr<UrlOpener> urls;
     std::unique_ptr<HttpSession> http;

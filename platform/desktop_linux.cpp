@@ -18,6 +18,7 @@ void addSystemPorts(DesktopPorts& ports) {
     ports.icons = std::move(desktop.icons);
     ports.presses = std::move(desktop.pointerPresses);
     ports.hold = std::move(desktop.hold);
+    ports.compositing = std::move(desktop.compositing);
     ports.dialogs = makeQtDialogs();
     ports.urls = makeQtUrlOpener();
 }

@@ -15,6 +15,7 @@ void addSystemPorts(DesktopPorts& ports) {
     ports.icons = makeNsAppIcons();
     ports.presses = makeNsPointerPresses();
     ports.hold = std::make_unique<NoInputHold>();
+    ports.compositing = std::make_unique<AlwaysCompositing>();
     ports.dialogs = makeNsDialogs();
     ports.urls = makeNsUrlOpener();
 }

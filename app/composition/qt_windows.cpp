@@ -26,6 +26,7 @@ std::unique_ptr<Popover> QtWindows::popover(CompanionModel& model) {
                                                         .clock = *m_ports.clock,
                                                         .presses = *m_ports.presses,
                                                         .hold = *m_ports.hold,
+                                                        .compositing = *m_ports.compositing,
                                                         .bringForward = m_bringForward,
                                                         .wentAway = m_popoverWentAway},
                                        m_ports.environment->get(kPanelTraceVariable).value_or(""));

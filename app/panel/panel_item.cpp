@@ -93,6 +93,10 @@ std::unique_ptr<QQuickView> makePanelView(PanelBridge& bridge) {
     return view;
 }
 
+void roundPanelGround(QQuickItem& panel, bool rounded) {
+    panel.setProperty("groundIsRounded", rounded);
+}
+
 void limitPanelHeight(QQuickItem& panel, int points) {
     panel.setProperty("maximumHeight", points);
 }

@@ -36,8 +36,13 @@ void useSoftwareRendering();
 
 /// A hidden window without frame or flags of its own that holds a panel and is always as large as
 /// it. The panel has a hairline along its edge, round at the corners; the window's colour is
-/// transparent and what lies outside the corners is for its owner to cut off. Null as above.
+/// transparent, and what lies outside the corners is for its owner to cut off or to have left out,
+/// see roundPanelGround(). Null as above.
 [[nodiscard]] std::unique_ptr<QQuickView> makePanelView(PanelBridge& bridge);
+
+/// Whether the panel draws its corners itself and leaves what is outside them transparent. At first
+/// it does not.
+void roundPanelGround(QQuickItem& panel, bool rounded);
 
 /// From now on the panel wants to be no higher than `points`: what does not fit between its head
 /// and its foot is scrolled. 0 for as high as its content.

@@ -4,6 +4,7 @@
 #include "platform/linux/linux_applications.h"
 #include "platform/linux/linux_session.h"
 #include "platform/linux/x11/x11_clipboard.h"
+#include "platform/linux/x11/x11_compositing.h"
 #include "platform/linux/x11/x11_input_hold.h"
 #include "platform/linux/x11/x11_keyboard.h"
 #include "platform/linux/x11/x11_pasteboard.h"
@@ -27,6 +28,11 @@ CopyTargetOf copyTargetOf(std::shared_ptr<X11Applications> applications) {
     };
 }
 
+std::unique_ptr<Compositing> compositingOf(const LinuxSession& session) {
+    if (session.kind == LinuxSession::Kind::X11) return makeX11Compositing(session.display);
+    return std::make_unique<AlwaysCompositing>(); // as every Wayland desktop does
+}
+
 } // namespace
 
 LinuxDesktop makeLinuxDesktop(Environment& environment, Clock& clock) {
@@ -42,7 +48,8 @@ LinuxDesktop makeLinuxDesktop(Environment& environment, Clock& clock) {
             makeX11WindowPicture(display),
             makeDesktopIcons(files),
             makeX11PointerPresses(pressesOf),
-            std::move(held.hold)};
+            std::move(held.hold),
+            compositingOf(session)};
 }
 
 } // namespace kelvane

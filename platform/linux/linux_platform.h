@@ -4,6 +4,7 @@
 
 #include "platform/ports/app_icons.h"
 #include "platform/ports/clock.h"
+#include "platform/ports/compositing.h"
 #include "platform/ports/environment.h"
 #include "platform/ports/input_hold.h"
 #include "platform/ports/keyboard.h"
@@ -28,7 +29,8 @@ struct LinuxDesktop {
     /// Under Wayland it never tells: only presses on the windows of X11 programs would be heard,
     /// half an answer.
     std::unique_ptr<PointerPresses> pointerPresses;
-    std::unique_ptr<InputHold> hold; ///< Under Wayland it holds nothing, likewise.
+    std::unique_ptr<InputHold> hold;          ///< Under Wayland it holds nothing, likewise.
+    std::unique_ptr<Compositing> compositing; ///< Without an X session always on.
 };
 
 /// Connects to the display that `environment` names. The environment is read now and never again;

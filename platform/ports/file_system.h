@@ -19,6 +19,9 @@ struct FileGuard {
     bool othersRead = false;  ///< Somebody besides its owner may read it.
     bool othersWrite = false; ///< Likewise write it.
 
+    /// As the file of a key has to be.
+    [[nodiscard]] bool isPrivate() const { return isOurs && !othersRead && !othersWrite; }
+
     bool operator==(const FileGuard&) const = default;
 };
 

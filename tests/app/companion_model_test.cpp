@@ -299,6 +299,32 @@ TEST_F(CompanionModelTest, GradeSubmitsTheCaptureWithTheAppsFacts) {
     EXPECT_FALSE(model.note->has_value());
 }
 
+TEST_F(CompanionModelTest, AVerdictIsAboutWhatWasGradedAndWhereItCameFrom) {
+    model.refresh();
+    model.grade();
+    fake.dispatcher.runAll();
+    EXPECT_EQ(model.gradedWork, (GradedWork{.app = "The editor", .isPicture = false}));
+    fake.workspace.front = 20;
+    model.refresh();
+    EXPECT_EQ(model.gradedWork->app, "The editor") << "the verdict is still that of the other one";
+    model.iterate();
+    fake.dispatcher.runAll();
+    EXPECT_EQ(model.gradedWork, (GradedWork{.app = "The design", .isPicture = true}));
+}
+
+TEST_F(CompanionModelTest, RefreshSeesAKeyThatOthersMayReadAndAKitThatIsGone) {
+    fake.files.guards["/home/ada/.brask/key"] = {.othersRead = true};
+    fake.files.files["/home/ada/.brask/validate.py"] = "";
+    model.refresh();
+    EXPECT_FALSE(model.keyIsExposed) << "the key is not that of the file";
+    EXPECT_FALSE(model.kitIsMissing);
+    fake.environment.variables["BRASK_API_KEY"] = "";
+    fake.files.files.erase("/home/ada/.brask/validate.py");
+    model.refresh();
+    EXPECT_TRUE(model.keyIsExposed);
+    EXPECT_TRUE(model.kitIsMissing);
+}
+
 TEST_F(CompanionModelTest, GradeWithoutAPolicySendsNone) {
     model.refresh();
     model.grade();

@@ -1,6 +1,7 @@
 #include "app/companion_view.h"
 
 #include "platform/fake/fakes.h"
+#include "text/unicode.h"
 
 #include <gtest/gtest.h>
 
@@ -80,6 +81,11 @@ TEST_F(CompanionViewTest, StatusDotTellsWhetherThereIsAKey) {
               (StatusDot{.tint = Tint::orange, .toolTip = "Get a free key to start grading"}));
     model.hasKey = true;
     EXPECT_EQ(view().status, (StatusDot{.tint = Tint::green, .toolTip = "Ready to grade"}));
+    model.keyIsExposed = true;
+    EXPECT_EQ(view().status,
+              (StatusDot{.tint = Tint::green,
+                         .toolTip = "Ready to grade\nOthers may read your key: chmod 600 "
+                                    "~/.brask/key"}));
 }
 
 TEST_F(CompanionViewTest, NowShowsTheCatalogAppInFront) {
@@ -304,6 +310,19 @@ TEST_F(CompanionViewTest, ThePillTellsWhoJudged) {
     model.verdict = told({{"trevix", "1", ""}}, {});
     EXPECT_EQ(graded().pill.toolTip, "Judged by trevix 1");
     EXPECT_EQ(graded().pill.label, "SHIP");
+}
+
+TEST_F(CompanionViewTest, ThePillTellsWhatWasJudged) {
+    model.verdict = told({{"trevix", "1", ""}}, {});
+    model.gradedWork = GradedWork{.app = "Figma", .isPicture = true};
+    EXPECT_EQ(graded().pill.toolTip, "A picture of a window of Figma\nJudged by trevix 1");
+    model.gradedWork = GradedWork{.app = "No\u202ete\npad", .isPicture = false};
+    model.verdict = told({}, {});
+    EXPECT_TRUE(graded().pill.toolTip.starts_with("What was selected in No"));
+    EXPECT_EQ(graded().pill.toolTip.find('\n'), std::string::npos);
+    model.gradedWork = GradedWork{.app = std::string(100, 'x'), .isPicture = false};
+    EXPECT_TRUE(graded().pill.toolTip.ends_with("x…"));
+    EXPECT_EQ(text::characterCount(graded().pill.toolTip), 80U);
 }
 
 TEST_F(CompanionViewTest, WorkThatNobodyCanJudgeIsNotSaidToBeHeld) {
@@ -581,6 +600,17 @@ TEST(AgentChip, ToolTipSaysHowItStands) {
     EXPECT_EQ(chipOf(false, true, false).toolTip, "installed · not wired");
     EXPECT_EQ(chipOf(false, true, {}).toolTip, "installed");
     EXPECT_EQ(chipOf(false, false, {}).toolTip, "installed");
+}
+
+TEST_F(CompanionViewTest, WiredAgentsSayThatTheirValidatorIsGone) {
+    model.agents = {
+        {.id = "codex", .name = "Codex", .running = true, .present = true, .wired = true},
+        {.id = "a", .name = "A", .running = false, .present = true, .wired = false}};
+    EXPECT_EQ(view().agents.rows.at(0).at(0).toolTip, "running · validation wired");
+    model.kitIsMissing = true;
+    EXPECT_EQ(view().agents.rows.at(0).at(0).toolTip,
+              "running · validation wired\nneeds repair: choose “Wire my tools”");
+    EXPECT_EQ(view().agents.rows.at(0).at(1).toolTip, "installed · not wired");
 }
 
 TEST_F(CompanionViewTest, WorkflowJoinsItsStepsWithArrows) {

@@ -42,6 +42,7 @@ public:
 
     std::optional<std::string> read(const fs::path& path) override { return m_files.read(path); }
     bool exists(const fs::path& path) override { return m_files.exists(path); }
+    std::optional<FileGuard> guard(const fs::path& path) override { return m_files.guard(path); }
     bool createDirectories(const fs::path& path) override {
         return change([&] { return m_files.createDirectories(path); });
     }

@@ -1,5 +1,6 @@
 #include "platform/desktop.h"
 
+#include "platform/fake/fake_compositing.h"
 #include "platform/fake/fake_input_hold.h"
 #include "platform/fake/fake_pointer_presses.h"
 #include "platform/fake/fakes.h"
@@ -57,6 +58,7 @@ protected:
         fill<FakeAppIcons>(ports.icons, "icons");
         fill<FakePointerPresses>(ports.presses, "presses", journal);
         fill<FakeInputHold>(ports.hold, "hold", journal);
+        fill<FakeCompositing>(ports.compositing, "compositing");
         fill<FakeDialogs>(ports.dialogs, "dialogs", journal);
         fill<FakeUrlOpener>(ports.urls, "urls", journal);
         fill<FakeHttpSession>(ports.http, "http", journal);
@@ -74,7 +76,7 @@ protected:
 
 TEST_F(DesktopPortsTest, backgroundJobsEndBeforeEveryPortThatTheyUse) {
     { const DesktopPorts ports = filled(); }
-    ASSERT_THAT(ended, ::testing::SizeIs(17));
+    ASSERT_THAT(ended, ::testing::SizeIs(18));
     EXPECT_EQ(ended.front(), "dispatcher");
 }
 

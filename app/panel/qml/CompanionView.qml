@@ -8,6 +8,8 @@ FocusScope {
     required property PanelBridge bridge
     /// Above 0: a window of its own, with a hairline along its edge.
     property real cornerRadius: 0
+    /// Whether nothing is drawn outside those corners; else the ground fills them.
+    property bool groundIsRounded: false
     /// Above 0: no higher than this; the middle scrolls then, between its head and its foot.
     property real maximumHeight: 0
     readonly property real naturalHeight: head.implicitHeight + body.implicitHeight + 32 + foot.implicitHeight
@@ -48,7 +50,14 @@ FocusScope {
     }
 
     Rectangle {
+        visible: !root.groundIsRounded
         anchors.fill: parent
+        color: root.theme.background
+    }
+    RoundedBox {
+        visible: root.groundIsRounded
+        anchors.fill: parent
+        radius: root.cornerRadius
         color: root.theme.background
     }
     // Has the keyboard while no control does: Tab goes from here to the first one.

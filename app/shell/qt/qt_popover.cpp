@@ -4,6 +4,7 @@
 #include "app/panel/panel_item.h"
 #include "app/shell/qt/panel_trace.h"
 #include "platform/ports/clock.h"
+#include "platform/ports/compositing.h"
 #include "platform/ports/input_hold.h"
 #include "platform/ports/pointer_presses.h"
 
@@ -113,7 +114,6 @@ void QtPopover::build() {
     connect(m_view.get(), &QWindow::visibleChanged, this, [this](bool visible) {
         if (!visible) hidden();
     });
-    shape();
     if (!m_traceFile.empty()) m_trace = std::make_unique<PanelTrace>(*m_view, m_traceFile);
 }
 
@@ -129,6 +129,7 @@ void QtPopover::show(const PopoverAnchor& anchor) {
     m_closed.reset();
     m_opened = anchor.byPointer ? std::optional(pointerNow()) : std::nullopt;
     m_wasActive = false;
+    shape();
     place();
     m_view->show();
     m_ports.presses.start([this] {
@@ -189,7 +190,15 @@ void QtPopover::place() {
     m_view->setPosition(x, y);
 }
 
+/// Corners that let through what lies below them are smooth. Where nothing lets anything through
+/// they are cut off, which leaves stairs.
 void QtPopover::shape() {
+    const bool letsThrough = m_ports.compositing.isOn();
+    roundPanelGround(*m_view->rootObject(), letsThrough);
+    if (letsThrough) {
+        m_view->setMask({});
+        return;
+    }
     QPainterPath outline;
     outline.addRoundedRect(QRectF(QPointF(0, 0), QSizeF(m_view->size())), kPanelCornerRadius,
                            kPanelCornerRadius);

@@ -29,6 +29,7 @@ class QQuickView;
 namespace kelvane {
 
 class Clock;
+class Compositing;
 class InputHold;
 class PanelAppearance;
 class PanelTrace;
@@ -45,6 +46,7 @@ public:
         Clock& clock;
         PointerPresses& presses;
         InputHold& hold;
+        Compositing& compositing;
         /// Asks the system to bring this program forward.
         std::function<void()> bringForward;
         /// Called whenever it has gone away.

@@ -18,6 +18,7 @@
 #include <sys/stat.h>
 #include <thread>
 #include <unistd.h>
+#include <utility>
 #include <vector>
 
 namespace kelvane {
@@ -120,6 +121,20 @@ TEST_F(PosixFileSystemTest, DanglingLinkDoesNotExist) {
     fs::create_symlink(folder / "nowhere", folder / "link");
     EXPECT_FALSE(files->exists(folder / "link"));
     EXPECT_EQ(files->read(folder / "link"), std::nullopt);
+}
+
+TEST_F(PosixFileSystemTest, TheGuardTellsWhatOthersMayDo) {
+    putFile(folder / "key", "x");
+    for (const auto& [mode, isPrivate] :
+         {std::pair{0600, true}, {0400, true}, {0640, false}, {0604, false}, {0666, false}}) {
+        ASSERT_EQ(::chmod((folder / "key").c_str(), static_cast<mode_t>(mode)), 0);
+        const auto guard = files->guard(folder / "key");
+        ASSERT_TRUE(guard.has_value()) << std::oct << mode;
+        EXPECT_EQ(guard->isPrivate(), isPrivate) << std::oct << mode;
+    }
+    fs::create_symlink("key", folder / "link");
+    EXPECT_FALSE(files->guard(folder / "link")->isPrivate());
+    EXPECT_EQ(files->guard(folder / "nowhere"), std::nullopt);
 }
 
 TEST_F(PosixFileSystemTest, WriteGoesToTheFileALinkLeadsTo) {

@@ -5,6 +5,7 @@
 #include <array>
 #include <signal.h>
 #include <sys/stat.h>
+#include <xcb/shape.h>
 
 namespace kelvane {
 namespace {
@@ -51,6 +52,40 @@ TEST_F(PanelDesktopTest, EscapeClosesIt) {
     EXPECT_TRUE(waitUntilPanel(false));
     clickIcon();
     EXPECT_TRUE(waitUntilPanel(true)) << "Escape was no click: the next one opens it at once";
+}
+
+TEST_F(PanelDesktopTest, CornersAreCutOffOnlyWhereNothingIsSeenThroughThem) {
+    startTray();
+    startEditor();
+    const auto program = startAndOpen();
+    auto& x = desktop.link();
+    const auto isCut = [&] {
+        const auto panel = desktop.waitForWindow(VirtualDesktop::ofClass(kProgramClass));
+        if (!panel) return false;
+        const XcbOwned<xcb_shape_query_extents_reply_t> shape(xcb_shape_query_extents_reply(
+            x.xcb(), xcb_shape_query_extents(x.xcb(), panel->window), nullptr));
+        return shape && shape->bounding_shaped != 0;
+    };
+    EXPECT_TRUE(isCut());
+    xdotool({"key", "Escape"});
+    ASSERT_TRUE(waitUntilPanel(false));
+    // What a compositing manager does to be known; that it draws is not needed here.
+    const auto manager = xcb_generate_id(x.xcb());
+    xcb_create_window(x.xcb(), XCB_COPY_FROM_PARENT, manager, x.root(), 0, 0, 1, 1, 0,
+                      XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, 0, nullptr);
+    xcb_set_selection_owner(x.xcb(), manager, x.atom("_NET_WM_CM_S0"), XCB_CURRENT_TIME);
+    x.roundTrip();
+    clickIcon();
+    ASSERT_TRUE(waitUntilPanel(true));
+    EXPECT_FALSE(isCut());
+    // It may end while the panel is hidden.
+    xdotool({"key", "Escape"});
+    ASSERT_TRUE(waitUntilPanel(false));
+    xcb_destroy_window(x.xcb(), manager);
+    x.roundTrip();
+    clickIcon();
+    ASSERT_TRUE(waitUntilPanel(true));
+    EXPECT_TRUE(isCut());
 }
 
 TEST_F(PanelDesktopTest, ClickOnAnotherWindowClosesIt) {

@@ -76,9 +76,19 @@ protected:
         desktop.start({"mousepad", "--disable-server", page.string()});
         const auto window = desktop.waitForWindow(VirtualDesktop::ofClass("Mousepad"));
         EXPECT_TRUE(window && desktop.activate(window->window));
-        std::this_thread::sleep_for(1s); // The window is there before its text is.
-        xdotool({"key", "ctrl+a"});
+        // The window is there before its text is, and only text can be selected.
+        EXPECT_TRUE(VirtualDesktop::waitUntil([&] {
+            xdotool({"key", "ctrl+a"});
+            return somethingIsSelected();
+        }));
         return window.value_or(DesktopWindow{});
+    }
+
+    bool somethingIsSelected() {
+        auto& x = desktop.link();
+        const XcbOwned<xcb_get_selection_owner_reply_t> answer(xcb_get_selection_owner_reply(
+            x.xcb(), xcb_get_selection_owner(x.xcb(), XCB_ATOM_PRIMARY), nullptr));
+        return answer && answer->owner != XCB_WINDOW_NONE;
     }
 
     std::map<std::string, std::string> withService(const SilentService& service) {
