@@ -5,8 +5,8 @@
 #include "platform/linux/linux_session.h"
 #include "platform/linux/x11/x11_clipboard.h"
 #include "platform/linux/x11/x11_input_hold.h"
-#include "platform/linux/x11/x11_keyboard.h"
-#include "platform/linux/x11/x11_pasteboard.h"
+#include "platform/linux/common/copy_keyboard.h"
+#include "platform/linux/common/copy_pasteboard.h"
 #include "platform/linux/x11/x11_pointer_presses.h"
 #include "platform/linux/x11/x11_window_list.h"
 #include "platform/linux/x11/x11_window_picture.h"
@@ -36,8 +36,8 @@ LinuxDesktop makeLinuxDesktop(Environment& environment, Clock& clock) {
     auto held = makeX11InputHold(pressesOf);
     const auto clipboard = applications ? openX11Clipboard(display, held.post) : nullptr;
     return {makeX11Workspace(applications, applications ? display : silent),
-            makeX11Keyboard(clipboard, copyTargetOf(applications)),
-            makeX11Pasteboard(clipboard),
+            makeCopyKeyboard(clipboard, copyTargetOf(applications)),
+            makeCopyPasteboard(clipboard),
             makeX11WindowList(applications),
             makeX11WindowPicture(display),
             makeDesktopIcons(files),

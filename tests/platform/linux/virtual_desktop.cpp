@@ -1,6 +1,6 @@
 #include "tests/platform/linux/virtual_desktop.h"
 
-#include "platform/linux/x11/x11_processes.h"
+#include "platform/linux/common/process_facts.h"
 
 #include <signal.h>
 
