@@ -4,6 +4,7 @@
 #include "app/composition/shell_actions.h"
 #include "app/instance_place.h"
 #include "app/process_settings.h"
+#include "app/shell/qt/activation_token.h"
 #include "app/shell/qt/qt_panel_renderer.h"
 #include "platform/posix/idle_memory.h"
 
@@ -92,12 +93,8 @@ void ShellProgram::bringForward() {
 }
 
 void ShellProgram::startedAgain(const std::string& activationToken) {
-    // Qt takes the token from here when it next asks for the focus, and under Wayland alone.
-    // Elsewhere the environment stays as it is: other threads read it.
-    if (!activationToken.empty() && QGuiApplication::platformName().startsWith(u"wayland")) {
-        qputenv("XDG_ACTIVATION_TOKEN", QByteArray::fromStdString(activationToken));
-    }
     if (!bringAlertForward()) m_delegate.openPopover();
+    bringForwardBy(activationToken);
 }
 
 /// What is said to this instance by others of its user. Returns soon: dialogs come afterwards.

@@ -1,34 +1,78 @@
 #include "platform/linux/linux_applications.h"
 
 #include "platform/linux/linux_platform.h"
-#include "platform/linux/linux_session.h"
 #include "platform/linux/x11/x11_workspace.h"
 
 #include <utility>
 
 namespace kelvane {
 
-LinuxApplications openLinuxApplications(Environment& environment, Clock& clock) {
+namespace {
+
+InstalledEntries entriesOf(const std::shared_ptr<DesktopFiles>& files) {
+    return [files] { return files->index(); };
+}
+
+/// What the compositor offers; nothing where there is none.
+DesktopOffer offerOf(LinuxApplications& opened, Environment& environment, WaylandUse use) {
+    DesktopOffer offer;
+    offer.wayland = opened.session.kind == LinuxSession::Kind::Wayland;
+    if (opened.session.wayland.empty()) return offer;
+    auto wayland =
+        openWaylandSession({opened.session.wayland, environment.get("SWAYSOCK").value_or(""),
+                            environment.get("DBUS_SESSION_BUS_ADDRESS").value_or("")},
+                           entriesOf(opened.files), use);
+    if (wayland.silent) opened.silentDisplay = opened.session.wayland;
+    if (wayland.session) offer = wayland.session->offer();
+    opened.wayland = std::move(wayland.session);
+    return offer;
+}
+
+/// False where there is no server that lets this program in.
+bool openX11(LinuxApplications& opened) {
+    // One that a compositor runs stands still with it.
+    if (opened.session.display.empty() || !opened.silentDisplay.empty()) return false;
+    auto connection = X11Connection::tryOpen(opened.session.display);
+    if (connection.silent) opened.silentDisplay = opened.session.display;
+    if (!connection.link) return false;
+    opened.x11 =
+        std::make_shared<X11Applications>(std::move(connection.link), entriesOf(opened.files));
+    return true;
+}
+
+} // namespace
+
+LinuxApplications openLinuxApplications(Environment& environment, Clock& clock, WaylandUse use) {
     LinuxApplications opened;
+    opened.session = linuxSession(environment);
     const DesktopVariables variables = desktopVariables(environment);
     opened.files =
         std::make_shared<DesktopFiles>(dataFolders(variables), messagesLocale(variables), clock);
-    const auto session = linuxSession(environment);
-    if (session.kind == LinuxSession::Kind::None) return opened;
-    auto connection = X11Connection::tryOpen(session.display);
-    if (connection.silent) opened.silentDisplay = session.display;
-    if (connection.link) {
-        opened.display = session.display;
-        opened.applications = std::make_shared<X11Applications>(
-            std::move(connection.link), [files = opened.files] { return files->index(); });
-    }
+    if (opened.session.kind == LinuxSession::Kind::None) return opened;
+    auto offer = offerOf(opened, environment, use);
+    // A server that shows a part of the windows is asked when nobody else knows any.
+    if (chooseSources(offer).windows == DesktopSource::None) offer.xServer = openX11(opened);
+    opened.sources = chooseSources(offer);
     return opened;
 }
 
+std::unique_ptr<Workspace> workspaceOf(const LinuxApplications& opened) {
+    switch (opened.sources.windows) {
+    case DesktopSource::Wlroots:
+    case DesktopSource::KWin:
+        return opened.wayland->workspace();
+    case DesktopSource::X11:
+        return makeX11Workspace(opened.x11, opened.session.display);
+    case DesktopSource::GnomeExtension:
+    case DesktopSource::Accessibility:
+    case DesktopSource::None:
+        break;
+    }
+    return makeX11Workspace(nullptr, opened.silentDisplay);
+}
+
 std::unique_ptr<Workspace> makeLinuxWorkspace(Environment& environment, Clock& clock) {
-    auto opened = openLinuxApplications(environment, clock);
-    auto display = opened.applications ? opened.display : opened.silentDisplay;
-    return makeX11Workspace(std::move(opened.applications), std::move(display));
+    return workspaceOf(openLinuxApplications(environment, clock, WaylandUse::WindowsOnly));
 }
 
 } // namespace kelvane

@@ -1,17 +1,15 @@
 #include "platform/linux/linux_platform.h"
 
+#include "platform/linux/common/copy_keyboard.h"
+#include "platform/linux/common/copy_pasteboard.h"
 #include "platform/linux/desktop_icons.h"
 #include "platform/linux/linux_applications.h"
-#include "platform/linux/linux_session.h"
 #include "platform/linux/x11/x11_clipboard.h"
 #include "platform/linux/x11/x11_compositing.h"
 #include "platform/linux/x11/x11_input_hold.h"
-#include "platform/linux/x11/x11_keyboard.h"
-#include "platform/linux/x11/x11_pasteboard.h"
 #include "platform/linux/x11/x11_pointer_presses.h"
 #include "platform/linux/x11/x11_window_list.h"
 #include "platform/linux/x11/x11_window_picture.h"
-#include "platform/linux/x11/x11_workspace.h"
 
 #include <utility>
 
@@ -33,23 +31,35 @@ std::unique_ptr<Compositing> compositingOf(const LinuxSession& session) {
     return std::make_unique<AlwaysCompositing>(); // as every Wayland desktop does
 }
 
+bool isOfWayland(DesktopSource source) {
+    return source == DesktopSource::Wlroots || source == DesktopSource::KWin;
+}
+
 } // namespace
 
 LinuxDesktop makeLinuxDesktop(Environment& environment, Clock& clock) {
-    const auto [display, silent, applications, files] = openLinuxApplications(environment, clock);
-    const auto session = linuxSession(environment);
-    const auto pressesOf = session.kind == LinuxSession::Kind::X11 ? session.display : "";
-    auto held = makeX11InputHold(pressesOf);
-    const auto clipboard = applications ? openX11Clipboard(display, held.post) : nullptr;
-    return {makeX11Workspace(applications, applications ? display : silent),
-            makeX11Keyboard(clipboard, copyTargetOf(applications)),
-            makeX11Pasteboard(clipboard),
-            makeX11WindowList(applications),
-            makeX11WindowPicture(display),
-            makeDesktopIcons(files),
-            makeX11PointerPresses(pressesOf),
-            std::move(held.hold),
-            compositingOf(session)};
+    const auto opened = openLinuxApplications(environment, clock, WaylandUse::Everything);
+    const auto& [session, sources, silent, wayland, x11, files] = opened;
+    // Only presses on the windows of X11 programs would be heard under Wayland: half an answer.
+    const auto wholeX11 = session.kind == LinuxSession::Kind::X11 ? session.display : "";
+    auto held = makeX11InputHold(wholeX11);
+    const auto clipboard = x11 ? openX11Clipboard(session.display, held.post) : nullptr;
+    LinuxDesktop desktop;
+    desktop.workspace = workspaceOf(opened);
+    desktop.keyboard = isOfWayland(sources.keys) ? wayland->keyboard()
+                                                 : makeCopyKeyboard(clipboard, copyTargetOf(x11));
+    desktop.pasteboard =
+        isOfWayland(sources.selection) ? wayland->pasteboard() : makeCopyPasteboard(clipboard);
+    desktop.windowList =
+        isOfWayland(sources.windows) ? wayland->windowList() : makeX11WindowList(x11);
+    desktop.windowPicture = isOfWayland(sources.picture)
+                                ? wayland->windowPicture(sources.picture)
+                                : makeX11WindowPicture(x11 ? session.display : "");
+    desktop.icons = makeDesktopIcons(files);
+    desktop.pointerPresses = makeX11PointerPresses(wholeX11);
+    desktop.hold = std::move(held.hold);
+    desktop.compositing = compositingOf(session);
+    return desktop;
 }
 
 } // namespace kelvane

@@ -2,7 +2,7 @@
 
 #include "platform/fake/fake_pasteboard.h"
 #include "platform/fake/journal.h"
-#include "platform/linux/x11/x11_pasteboard.h"
+#include "platform/linux/common/copy_pasteboard.h"
 #include "tests/platform/linux/virtual_desktop.h"
 
 #include <gtest/gtest.h>
@@ -40,8 +40,8 @@ public:
 private:
     VirtualDesktop m_desktop{{.windowManager = false, .sessionBus = false}};
     std::unique_ptr<Pasteboard> m_pasteboard =
-        makeX11Pasteboard(openX11Clipboard(m_desktop.display()));
-    std::unique_ptr<Pasteboard> m_other = makeX11Pasteboard(openX11Clipboard(m_desktop.display()));
+        makeCopyPasteboard(openX11Clipboard(m_desktop.display()));
+    std::unique_ptr<Pasteboard> m_other = makeCopyPasteboard(openX11Clipboard(m_desktop.display()));
 };
 
 struct System {

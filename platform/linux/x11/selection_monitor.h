@@ -7,9 +7,9 @@
 
 #pragma once
 
+#include "platform/linux/common/copy_clipboard.h"
 #include "platform/linux/rules/copy_rules.h"
 #include "platform/linux/x11/selection_owner.h"
-#include "platform/linux/x11/x11_clipboard.h"
 
 #include <atomic>
 #include <chrono>

@@ -8,7 +8,7 @@
 
 #pragma once
 
-#include "platform/linux/x11/clipboard_formats.h"
+#include "platform/linux/common/clipboard_formats.h"
 #include "platform/linux/x11/x11_connection.h"
 
 #include <chrono>

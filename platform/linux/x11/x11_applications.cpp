@@ -1,18 +1,15 @@
 #include "platform/linux/x11/x11_applications.h"
 
+#include "platform/linux/common/process_facts.h"
 #include "platform/linux/x11/x11_processes.h"
 #include "text/unicode.h"
 
-#include <fcntl.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
-#include <filesystem>
 #include <functional>
 #include <span>
-#include <system_error>
 #include <tuple>
 #include <utility>
 
@@ -25,9 +22,8 @@ constexpr std::size_t kLongestChain = 8;
 constexpr std::size_t kDeepestFrame = 3;
 /// Where the keyboard may be inside a window, seen from outside.
 constexpr std::size_t kDeepestFocus = 16;
-constexpr std::size_t kLongestEnvironment = 1 << 16; ///< Bytes that are looked at.
-constexpr std::uint32_t kWithdrawn = 0;              ///< WM_STATE: not managed any more.
-constexpr std::uint32_t kLongestList = 1 << 20;      ///< Bytes: some 260,000 windows.
+constexpr std::uint32_t kWithdrawn = 0;         ///< WM_STATE: not managed any more.
+constexpr std::uint32_t kLongestList = 1 << 20; ///< Bytes: some 260,000 windows.
 constexpr std::array<std::string_view, 12> kAtoms{
     "_NET_ACTIVE_WINDOW",  "_NET_CLIENT_LIST",         "_NET_CLIENT_LIST_STACKING",
     "_NET_WM_PID",         "_NET_SUPPORTING_WM_CHECK", "_NET_WM_STATE",
@@ -50,21 +46,6 @@ std::pair<std::string, std::string> classOf(const std::optional<X11Property>& pr
     const auto rest = std::string_view(bytes).substr(std::min(cut + 1, bytes.size()));
     return {text::utf8FromOutside(std::string_view(bytes).substr(0, cut)),
             text::utf8FromOutside(rest.substr(0, rest.find('\0')))};
-}
-
-/// The beginning of a small file of the kernel's or a sandbox's; empty when it cannot be read. Of a
-/// program's environment or a kernel's file more is never looked at.
-std::string beginningOf(const std::string& path, std::size_t most = 4096) {
-    std::string bytes(most, '\0');
-    const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
-    if (file < 0) return {};
-    ssize_t got = 0;
-    do {
-        got = ::read(file, bytes.data(), bytes.size());
-    } while (got < 0 && errno == EINTR);
-    ::close(file);
-    bytes.resize(got > 0 ? static_cast<std::size_t>(got) : 0);
-    return bytes;
 }
 
 std::string hostName() {
@@ -352,28 +333,11 @@ void X11Applications::read(std::vector<xcb_window_t> windows, Reads& reads) {
             const auto above = parent ? parent->firstWord().value_or(0) : 0;
             // The root stands for "of the whole group", which names no window.
             if (above != x.root()) found.transientFor = above;
-            if (!found.remote) addSandbox(found.facts);
+            if (!found.remote) addProcessFacts(found.facts);
             if (found.transientFor != XCB_WINDOW_NONE) windows.push_back(found.transientFor);
             reads[one.window] = std::move(found);
         }
     }
-}
-
-// A program in a sandbox has facts of its own: the image that it runs from, or the name that its
-// sandbox gives it.
-void X11Applications::addSandbox(WindowFacts& facts) const {
-    if (facts.process == 0) return;
-    const auto folder = "/proc/" + std::to_string(facts.process);
-    std::error_code ignored;
-    facts.executable = appImageFrom(beginningOf(folder + "/environ", kLongestEnvironment));
-    if (facts.executable.empty()) {
-        facts.executable =
-            text::utf8FromOutside(std::filesystem::read_symlink(folder + "/exe", ignored).string());
-    }
-    // The root of the process as it sees it itself.
-    facts.flatpakId = flatpakIdFrom(beginningOf(folder + "/root/.flatpak-info"));
-    if (facts.flatpakId.empty())
-        facts.snapInstance = snapInstanceFrom(beginningOf(folder + "/cgroup"));
 }
 
 // A window may lead back to itself, by mistake or on purpose.

@@ -72,7 +72,6 @@ private:
     [[nodiscard]] std::vector<xcb_window_t> windowsWithState();
     [[nodiscard]] std::vector<xcb_window_t> topmostFirst(std::vector<xcb_window_t> windows);
     void read(std::vector<xcb_window_t> windows, Reads& reads);
-    void addSandbox(WindowFacts& facts) const;
     [[nodiscard]] std::optional<IdentifiedWindow>
     decide(xcb_window_t window, const Reads& reads, const std::vector<xcb_window_t>& neighbours,
            const DesktopEntryIndex& index) const;

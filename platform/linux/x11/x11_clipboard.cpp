@@ -1,8 +1,8 @@
 #include "platform/linux/x11/x11_clipboard.h"
 
+#include "platform/linux/common/clipboard_formats.h"
 #include "platform/linux/rules/copy_rules.h"
 #include "platform/linux/x11/bounded_reply.h"
-#include "platform/linux/x11/clipboard_formats.h"
 #include "platform/linux/x11/copy_keys.h"
 #include "platform/linux/x11/selection_monitor.h"
 #include "platform/linux/x11/selection_reader.h"
@@ -39,7 +39,7 @@ bool startXtest(X11Connection& link) {
                link.xcb(), xcb_test_get_version(link.xcb(), 2, 2)) != nullptr;
 }
 
-class Clipboard : public X11Clipboard {
+class Clipboard : public CopyClipboard {
 public:
     Clipboard(std::shared_ptr<X11Connection> link, std::unique_ptr<SelectionMonitor> monitor,
               PostKeys post)
@@ -381,7 +381,7 @@ std::string Clipboard::nameOf(xcb_atom_t atom) {
 
 } // namespace
 
-std::shared_ptr<X11Clipboard> openX11Clipboard(const std::string& display, PostKeys post) {
+std::shared_ptr<CopyClipboard> openX11Clipboard(const std::string& display, PostKeys post) {
     // Two links: the monitor listens on its own all the time.
     auto link = X11Connection::open(display);
     if (!link) return nullptr;

@@ -1,8 +1,6 @@
 #include "platform/linux/x11/x11_processes.h"
 
-#include <fstream>
 #include <limits>
-#include <string>
 
 namespace kelvane {
 
@@ -36,18 +34,6 @@ pid_t asProcess(std::uint32_t number) {
     // 0 stands for unknown throughout.
     constexpr auto kLargest = static_cast<std::uint32_t>(std::numeric_limits<pid_t>::max());
     return number <= kLargest ? static_cast<pid_t>(number) : 0;
-}
-
-// "T" is stopped by a signal, "t" by a debugger; proc(5).
-bool isStopped(pid_t process) {
-    if (process <= 0) return false;
-    std::ifstream file("/proc/" + std::to_string(process) + "/stat");
-    std::string line;
-    std::getline(file, line);
-    // "pid (name) state ...", where the name may hold anything, also parentheses.
-    const auto name = line.rfind(") ");
-    return name != std::string::npos && name + 2 < line.size() &&
-           (line[name + 2] == 'T' || line[name + 2] == 't');
 }
 
 } // namespace kelvane

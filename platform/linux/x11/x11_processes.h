@@ -26,7 +26,4 @@ namespace kelvane {
 /// A number from outside as a process id, 0 when it cannot be one.
 [[nodiscard]] pid_t asProcess(std::uint32_t number);
 
-/// Whether a process of this machine was stopped (by a signal or a debugger) and so cannot draw.
-[[nodiscard]] bool isStopped(pid_t process);
-
 } // namespace kelvane

@@ -1,6 +1,7 @@
 #include "platform/linux/x11/x11_window_picture.h"
 
-#include "platform/linux/x11/png_picture.h"
+#include "platform/linux/common/png_picture.h"
+#include "platform/linux/common/process_facts.h"
 #include "platform/linux/x11/rectangles.h"
 #include "platform/linux/x11/x11_connection.h"
 #include "platform/linux/x11/x11_processes.h"

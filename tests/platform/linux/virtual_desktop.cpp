@@ -1,122 +1,22 @@
 #include "tests/platform/linux/virtual_desktop.h"
 
-#include "platform/linux/x11/x11_processes.h"
+#include "platform/linux/common/process_facts.h"
 
-#include <fcntl.h>
-#include <poll.h>
 #include <signal.h>
-#include <sys/prctl.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <cstdlib>
 #include <stdexcept>
 #include <system_error>
-#include <thread>
 
 namespace kelvane {
 
-namespace {
-
 using namespace std::chrono_literals;
 
-std::string findProgram(const std::string& name) {
-    if (name.find('/') != std::string::npos) return name;
-    const char* const value = std::getenv("PATH");
-    const std::string path = value != nullptr ? value : "/usr/local/bin:/usr/bin:/bin";
-    for (std::size_t begin = 0; begin <= path.size();) {
-        const auto end = std::min(path.find(':', begin), path.size());
-        const auto candidate = path.substr(begin, end - begin) + "/" + name;
-        if (::access(candidate.c_str(), X_OK) == 0) return candidate;
-        begin = end + 1;
-    }
-    throw std::runtime_error("The desktop tests need the program \"" + name +
-                             "\", which is not installed (see scripts/bootstrap).");
-}
-
-struct Pipe {
-    Pipe() {
-        int ends[2];
-        if (::pipe2(ends, O_CLOEXEC) != 0) throw std::runtime_error("pipe2 failed");
-        reading = ends[0];
-        writing = ends[1];
-    }
-    ~Pipe() {
-        closeEnd(reading);
-        closeEnd(writing);
-    }
-    static void closeEnd(int& end) {
-        if (end >= 0) ::close(end);
-        end = -1;
-    }
-    int reading = -1;
-    int writing = -1;
-};
-
-/// Starts a program in a process group of its own. `said`, when given, arrives there as
-/// descriptor 3.
-pid_t launch(const std::vector<std::string>& command,
-             const std::map<std::string, std::string>& environment,
-             const std::filesystem::path& log, int said = -1) {
-    const auto program = findProgram(command.at(0));
-    std::vector<std::string> variables;
-    for (const auto& [name, value] : environment) variables.push_back(name + "=" + value);
-    std::vector<char*> arguments;
-    for (const auto& word : command) arguments.push_back(const_cast<char*>(word.c_str()));
-    arguments.push_back(nullptr);
-    std::vector<char*> block;
-    for (const auto& entry : variables) block.push_back(const_cast<char*>(entry.c_str()));
-    block.push_back(nullptr);
-    const int null = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
-    const int output =
-        ::open(log.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, S_IRUSR | S_IWUSR);
-
-    const pid_t child = ::fork();
-    if (child == 0) {
-        ::setpgid(0, 0);
-        ::prctl(PR_SET_PDEATHSIG, SIGKILL);
-        ::dup2(null, 0);
-        ::dup2(output, 1);
-        ::dup2(output, 2);
-        if (said >= 0) ::dup2(said, 3);
-        ::execve(program.c_str(), arguments.data(), block.data());
-        ::_exit(127);
-    }
-    ::close(null);
-    ::close(output);
-    if (child < 0) throw std::runtime_error("fork failed for " + program);
-    ::setpgid(child, child); // Also here: whoever comes first, it is done before we signal it.
-    return child;
-}
-
-std::string readLine(int descriptor, std::chrono::milliseconds timeout) {
-    const auto deadline = std::chrono::steady_clock::now() + timeout;
-    std::string line;
-    while (std::chrono::steady_clock::now() < deadline) {
-        pollfd waiting{descriptor, POLLIN, 0};
-        if (::poll(&waiting, 1, 100) <= 0) continue;
-        char c = 0;
-        const auto got = ::read(descriptor, &c, 1);
-        if (got <= 0 || c == '\n') break;
-        line.push_back(c);
-    }
-    return line;
-}
-
-} // namespace
-
-VirtualDesktop::VirtualDesktop(DesktopOptions options) : m_manager(options.manager) {
-    const std::string model =
-        (std::filesystem::temp_directory_path() / "kelvane-desktop-XXXXXX").string();
-    std::vector<char> path(model.begin(), model.end());
-    path.push_back('\0');
-    if (::mkdtemp(path.data()) == nullptr) throw std::runtime_error("cannot make a home folder");
-    m_home = path.data();
+VirtualDesktop::VirtualDesktop(DesktopOptions options)
+    : m_home(makeTestHome()),
+      m_manager(options.manager) {
     const auto runtime = m_home / "runtime";
-    std::filesystem::create_directories(runtime);
-    std::filesystem::permissions(runtime, std::filesystem::perms::owner_all);
 
     const char* const search = std::getenv("PATH");
     m_environment = {
@@ -145,16 +45,15 @@ VirtualDesktop::~VirtualDesktop() {
 }
 
 void VirtualDesktop::startServer(const DesktopOptions& options) {
-    Pipe pipe;
+    TestPipe pipe;
     std::vector<std::string> command{"Xvfb",         "-displayfd", "3",   "-screen", "0",
                                      options.screen, "-nolisten",  "tcp", "-noreset"};
     for (const auto& extension : options.withoutExtensions) {
         command.insert(command.end(), {"-extension", extension});
     }
-    m_server = launch(command, m_environment, m_home / "server.log", pipe.writing);
-    m_programs.push_back(m_server);
-    Pipe::closeEnd(pipe.writing);
-    const auto number = readLine(pipe.reading, 20s);
+    m_server = m_programs.start(command, m_environment, m_home / "server.log", pipe.writing);
+    TestPipe::closeEnd(pipe.writing);
+    const auto number = pipe.readLine(20s);
     if (number.empty()) {
         throw std::runtime_error("Xvfb did not start; see " + (m_home / "server.log").string());
     }
@@ -165,11 +64,11 @@ void VirtualDesktop::startServer(const DesktopOptions& options) {
 }
 
 void VirtualDesktop::startBus() {
-    Pipe pipe;
-    m_programs.push_back(launch({"dbus-daemon", "--session", "--nofork", "--print-address=3"},
-                                m_environment, m_home / "bus.log", pipe.writing));
-    Pipe::closeEnd(pipe.writing);
-    const auto address = readLine(pipe.reading, 20s);
+    TestPipe pipe;
+    m_programs.start({"dbus-daemon", "--session", "--nofork", "--print-address=3"}, m_environment,
+                     m_home / "bus.log", pipe.writing);
+    TestPipe::closeEnd(pipe.writing);
+    const auto address = pipe.readLine(20s);
     if (address.empty()) throw std::runtime_error("dbus-daemon did not start");
     m_environment["DBUS_SESSION_BUS_ADDRESS"] = address;
 }
@@ -201,34 +100,15 @@ pid_t VirtualDesktop::start(const std::vector<std::string>& command,
                             const std::map<std::string, std::string>& more) {
     auto environment = m_environment;
     for (const auto& [name, value] : more) environment[name] = value;
-    const auto child = launch(command, environment, m_home / "programs.log");
-    m_programs.push_back(child);
-    return child;
+    return m_programs.start(command, environment, m_home / "programs.log");
 }
 
 bool VirtualDesktop::running(pid_t program) {
-    const auto known = std::find(m_programs.begin(), m_programs.end(), program);
-    if (known == m_programs.end()) return false;
-    if (::waitpid(program, nullptr, WNOHANG) == 0) return true;
-    m_programs.erase(known);
-    return false;
+    return m_programs.running(program);
 }
 
 void VirtualDesktop::end(pid_t program) {
-    if (!running(program)) return;
-    ::kill(-program, SIGCONT);
-    ::kill(-program, SIGTERM);
-    if (waitUntil([&] { return !running(program); }, 2s)) return;
-    reap(program);
-}
-
-void VirtualDesktop::reap(pid_t program) {
-    const auto known = std::find(m_programs.begin(), m_programs.end(), program);
-    if (known == m_programs.end()) return;
-    m_programs.erase(known);
-    ::kill(-program, SIGKILL);
-    while (::waitpid(program, nullptr, 0) < 0 && errno == EINTR) {
-    }
+    m_programs.end(program);
 }
 
 void VirtualDesktop::stopServer() {
@@ -242,7 +122,7 @@ void VirtualDesktop::continueServer() {
 }
 
 void VirtualDesktop::killServer() {
-    reap(m_server);
+    m_programs.kill(m_server);
     // Only a server that ends in peace clears its traces away.
     std::error_code ignored;
     std::filesystem::remove("/tmp/.X" + m_display.substr(1) + "-lock", ignored);
@@ -252,10 +132,8 @@ void VirtualDesktop::killServer() {
 void VirtualDesktop::endEverything() noexcept {
     m_link.reset();
     // Programs die quickest when told directly; the server goes last and in peace.
-    while (m_programs.size() > 1 || (m_programs.size() == 1 && m_programs.front() != m_server)) {
-        reap(m_programs.back());
-    }
-    if (!m_programs.empty()) end(m_server);
+    m_programs.killAllBut(m_server);
+    m_programs.end(m_server);
     std::error_code ignored;
     std::filesystem::remove_all(m_home, ignored);
 }
@@ -305,12 +183,7 @@ std::optional<DesktopWindow> VirtualDesktop::waitForWindow(const Predicate& want
 
 bool VirtualDesktop::waitUntil(const std::function<bool()>& condition,
                                std::chrono::milliseconds timeout) {
-    const auto deadline = std::chrono::steady_clock::now() + timeout;
-    while (!condition()) {
-        if (std::chrono::steady_clock::now() >= deadline) return condition();
-        std::this_thread::sleep_for(5ms);
-    }
-    return true;
+    return TestPrograms::waitUntil(condition, timeout);
 }
 
 VirtualDesktop::Predicate VirtualDesktop::ofClass(std::string wmClass) {

@@ -16,6 +16,7 @@
 #pragma once
 
 #include "platform/linux/x11/x11_connection.h"
+#include "tests/platform/linux/test_programs.h"
 
 #include <sys/types.h>
 
@@ -118,13 +119,12 @@ private:
     void startServer(const DesktopOptions& options);
     void startBus();
     bool givesFocus();
-    void reap(pid_t program);
     void endEverything() noexcept;
 
     std::filesystem::path m_home;
     std::string m_display;
     std::map<std::string, std::string> m_environment;
-    std::vector<pid_t> m_programs; ///< Oldest first; the server is the first one.
+    TestPrograms m_programs;
     pid_t m_server = 0;
     std::vector<std::string> m_manager;
     std::shared_ptr<X11Connection> m_link;

@@ -3,8 +3,9 @@
 
 #pragma once
 
-#include "platform/linux/x11/x11_keyboard.h"
-#include "platform/linux/x11/x11_pasteboard.h"
+#include "platform/linux/common/copy_keyboard.h"
+#include "platform/linux/common/copy_pasteboard.h"
+#include "platform/linux/x11/x11_clipboard.h"
 #include "tests/platform/linux/virtual_desktop.h"
 #include "tests/platform/linux/x11/scripted_owner.h"
 
@@ -28,11 +29,11 @@ namespace kelvane {
 struct ClipboardPorts {
     explicit ClipboardPorts(const std::string& display)
         : clipboard(openX11Clipboard(display)),
-          keyboard(makeX11Keyboard(clipboard, [this](ProcessId) { return target; })),
-          pasteboard(makeX11Pasteboard(clipboard)) {}
+          keyboard(makeCopyKeyboard(clipboard, [this](ProcessId) { return target; })),
+          pasteboard(makeCopyPasteboard(clipboard)) {}
 
     std::optional<CopyTarget> target;
-    std::shared_ptr<X11Clipboard> clipboard;
+    std::shared_ptr<CopyClipboard> clipboard;
     std::unique_ptr<Keyboard> keyboard;
     std::unique_ptr<Pasteboard> pasteboard;
 };

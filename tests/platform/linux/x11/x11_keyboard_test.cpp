@@ -1,4 +1,4 @@
-#include "platform/linux/x11/x11_keyboard.h"
+#include "platform/linux/common/copy_keyboard.h"
 #include "tests/platform/linux/x11/clipboard_desktop_test.h"
 
 #include <gmock/gmock.h>

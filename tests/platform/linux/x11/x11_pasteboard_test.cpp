@@ -1,7 +1,7 @@
-#include "platform/linux/x11/x11_pasteboard.h"
+#include "platform/linux/common/copy_pasteboard.h"
 
+#include "platform/linux/common/clipboard_formats.h"
 #include "platform/linux/rules/copy_rules.h"
-#include "platform/linux/x11/clipboard_formats.h"
 #include "tests/platform/linux/x11/clipboard_desktop_test.h"
 
 #include <gmock/gmock.h>
@@ -655,7 +655,7 @@ TEST_F(X11PasteboardTest, aKeeperThatNeverAnswersDoesNotHoldUpTheEnd) {
 
 TEST(X11Pasteboard, withoutADisplayThereIsNothing) {
     EXPECT_EQ(openX11Clipboard(":4711"), nullptr);
-    const auto pasteboard = makeX11Pasteboard(nullptr);
+    const auto pasteboard = makeCopyPasteboard(nullptr);
     EXPECT_EQ(pasteboard->string(), std::nullopt);
     EXPECT_EQ(pasteboard->changeCount(), pasteboard->changeCount());
     pasteboard->setString("x");
@@ -663,7 +663,7 @@ TEST(X11Pasteboard, withoutADisplayThereIsNothing) {
     const auto memory = pasteboard->remember();
     EXPECT_EQ(memory.string, std::nullopt);
     pasteboard->putBack(memory);
-    const auto keyboard = makeX11Keyboard(nullptr, nullptr);
+    const auto keyboard = makeCopyKeyboard(nullptr, nullptr);
     EXPECT_FALSE(keyboard->trusted());
     keyboard->postCopy(1);
 }

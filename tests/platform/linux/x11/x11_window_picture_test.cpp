@@ -1,4 +1,4 @@
-#include "tests/platform/linux/x11/png_pixels.h"
+#include "tests/platform/linux/common/png_pixels.h"
 #include "tests/platform/linux/x11/x11_desktop_test.h"
 
 #include <signal.h>

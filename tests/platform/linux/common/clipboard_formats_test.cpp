@@ -1,4 +1,4 @@
-#include "platform/linux/x11/clipboard_formats.h"
+#include "platform/linux/common/clipboard_formats.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "platform/linux/x11/clipboard_formats.h"
+#include "platform/linux/common/clipboard_formats.h"
 
 #include "text/one_of.h"
 #include "text/unicode.h"

@@ -1,11 +1,11 @@
-// The user's clipboard on an X server: the CLIPBOARD selection, with everything it offers.
+// The user's clipboard, with everything it offers.
 //
 // What the keyboard port's last copy took from PRIMARY instead counts as a change and is the text
-// until it is put back; CLIPBOARD itself is then not touched at any moment.
+// until it is put back; the clipboard itself is then not touched at any moment.
 
 #pragma once
 
-#include "platform/linux/x11/x11_clipboard.h"
+#include "platform/linux/common/copy_clipboard.h"
 #include "platform/ports/pasteboard.h"
 
 #include <memory>
@@ -15,6 +15,6 @@ namespace kelvane {
 /// Hand it the clipboard that the keyboard has. With a null clipboard every answer is the absent
 /// one.
 [[nodiscard]] std::unique_ptr<Pasteboard>
-makeX11Pasteboard(std::shared_ptr<X11Clipboard> clipboard);
+makeCopyPasteboard(std::shared_ptr<CopyClipboard> clipboard);
 
 } // namespace kelvane

@@ -1,7 +1,7 @@
-#include "platform/linux/x11/png_picture.h"
+#include "platform/linux/common/png_picture.h"
 
 #include "platform/linux/x11/rectangles.h"
-#include "tests/platform/linux/x11/png_pixels.h"
+#include "tests/platform/linux/common/png_pixels.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "platform/linux/x11/x11_pasteboard.h"
+#include "platform/linux/common/copy_pasteboard.h"
 
 #include <utility>
 
@@ -6,9 +6,9 @@ namespace kelvane {
 
 namespace {
 
-class X11Pasteboard : public Pasteboard {
+class CopyPasteboard : public Pasteboard {
 public:
-    explicit X11Pasteboard(std::shared_ptr<X11Clipboard> clipboard)
+    explicit CopyPasteboard(std::shared_ptr<CopyClipboard> clipboard)
         : m_clipboard(std::move(clipboard)) {}
 
     std::optional<std::string> string() override {
@@ -29,13 +29,13 @@ public:
     }
 
 private:
-    std::shared_ptr<X11Clipboard> m_clipboard;
+    std::shared_ptr<CopyClipboard> m_clipboard;
 };
 
 } // namespace
 
-std::unique_ptr<Pasteboard> makeX11Pasteboard(std::shared_ptr<X11Clipboard> clipboard) {
-    return std::make_unique<X11Pasteboard>(std::move(clipboard));
+std::unique_ptr<Pasteboard> makeCopyPasteboard(std::shared_ptr<CopyClipboard> clipboard) {
+    return std::make_unique<CopyPasteboard>(std::move(clipboard));
 }
 
 } // namespace kelvane

@@ -1,4 +1,4 @@
-#include "platform/linux/x11/x11_keyboard.h"
+#include "platform/linux/common/copy_keyboard.h"
 
 #include <utility>
 
@@ -6,9 +6,9 @@ namespace kelvane {
 
 namespace {
 
-class X11Keyboard : public Keyboard {
+class CopyKeyboard : public Keyboard {
 public:
-    X11Keyboard(std::shared_ptr<X11Clipboard> clipboard, CopyTargetOf copyTargetOf)
+    CopyKeyboard(std::shared_ptr<CopyClipboard> clipboard, CopyTargetOf copyTargetOf)
         : m_clipboard(std::move(clipboard)),
           m_copyTargetOf(std::move(copyTargetOf)) {}
 
@@ -20,15 +20,15 @@ public:
     }
 
 private:
-    std::shared_ptr<X11Clipboard> m_clipboard;
+    std::shared_ptr<CopyClipboard> m_clipboard;
     CopyTargetOf m_copyTargetOf;
 };
 
 } // namespace
 
-std::unique_ptr<Keyboard> makeX11Keyboard(std::shared_ptr<X11Clipboard> clipboard,
-                                          CopyTargetOf copyTargetOf) {
-    return std::make_unique<X11Keyboard>(std::move(clipboard), std::move(copyTargetOf));
+std::unique_ptr<Keyboard> makeCopyKeyboard(std::shared_ptr<CopyClipboard> clipboard,
+                                           CopyTargetOf copyTargetOf) {
+    return std::make_unique<CopyKeyboard>(std::move(clipboard), std::move(copyTargetOf));
 }
 
 } // namespace kelvane

@@ -1,4 +1,4 @@
-#include "platform/linux/x11/png_picture.h"
+#include "platform/linux/common/png_picture.h"
 
 #include <png.h>
 #include <zlib.h>

@@ -1,4 +1,4 @@
-// The request to an application on an X server to copy its selection.
+// The request to an application to copy its selection.
 //
 // With Ctrl+Insert, which copies wherever Ctrl+C does and interrupts nothing anywhere. A terminal
 // (and Emacs) gets no key at all, because there every key is input to the program inside: what is
@@ -6,7 +6,7 @@
 
 #pragma once
 
-#include "platform/linux/x11/x11_clipboard.h"
+#include "platform/linux/common/copy_clipboard.h"
 #include "platform/ports/keyboard.h"
 
 #include <functional>
@@ -19,7 +19,7 @@ namespace kelvane {
 using CopyTargetOf = std::function<std::optional<CopyTarget>(ProcessId)>;
 
 /// With a null clipboard nothing is trusted and nothing posted.
-[[nodiscard]] std::unique_ptr<Keyboard> makeX11Keyboard(std::shared_ptr<X11Clipboard> clipboard,
-                                                        CopyTargetOf copyTargetOf);
+[[nodiscard]] std::unique_ptr<Keyboard> makeCopyKeyboard(std::shared_ptr<CopyClipboard> clipboard,
+                                                         CopyTargetOf copyTargetOf);
 
 } // namespace kelvane

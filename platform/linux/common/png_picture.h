@@ -1,4 +1,4 @@
-// The pixels of an X server as a PNG.
+// The pixels of a display server as a PNG.
 
 #pragma once
 

@@ -1,0 +1,98 @@
+#include "platform/linux/rules/desktop_sources.h"
+
+#include <gtest/gtest.h>
+
+#include <ostream>
+#include <string>
+
+namespace kelvane {
+namespace {
+
+using enum DesktopSource;
+
+struct Desktop {
+    const char* name;
+    DesktopOffer offer;
+    DesktopSources chosen;
+};
+
+void PrintTo(const Desktop& desktop, std::ostream* out) {
+    *out << desktop.name;
+}
+
+class DesktopSourcesTest : public testing::TestWithParam<Desktop> {};
+
+TEST_P(DesktopSourcesTest, areChosenByWhatIsThere) {
+    const auto chosen = chooseSources(GetParam().offer);
+    EXPECT_EQ(chosen.windows, GetParam().chosen.windows);
+    EXPECT_EQ(chosen.selection, GetParam().chosen.selection);
+    EXPECT_EQ(chosen.keys, GetParam().chosen.keys);
+    EXPECT_EQ(chosen.picture, GetParam().chosen.picture);
+    EXPECT_EQ(chosen.seesAllWindows, GetParam().chosen.seesAllWindows);
+}
+
+const Desktop kDesktops[] = {
+    {"console", {}, {}},
+    {"x11", {.xServer = true}, {X11, X11, X11, X11, true}},
+    {"x11WithAccessibility", {.xServer = true, .accessibility = true}, {X11, X11, X11, X11, true}},
+    {"sway",
+     {.wayland = true,
+      .foreignToplevel = true,
+      .dataControl = true,
+      .virtualKeyboard = true,
+      .screencopy = true,
+      .swaySocket = true},
+     {Wlroots, Wlroots, Wlroots, Wlroots, true}},
+    {"swayWithX11Programs",
+     {.xServer = true,
+      .wayland = true,
+      .foreignToplevel = true,
+      .dataControl = true,
+      .virtualKeyboard = true,
+      .screencopy = true,
+      .swaySocket = true,
+      .accessibility = true},
+     {Wlroots, Wlroots, Wlroots, Wlroots, true}},
+    {"wlrootsWithoutSocket",
+     {.wayland = true,
+      .foreignToplevel = true,
+      .dataControl = true,
+      .virtualKeyboard = true,
+      .screencopy = true},
+     {Wlroots, Wlroots, Wlroots, None, true}},
+    {"kwin",
+     {.wayland = true,
+      .plasmaWindows = true,
+      .dataControl = true,
+      .fakeInput = true,
+      .kwinScreenshot = true},
+     {KWin, KWin, KWin, KWin, true}},
+    {"kwinWithoutKeys",
+     {.wayland = true, .plasmaWindows = true, .dataControl = true},
+     {KWin, KWin, None, None, true}},
+    {"kwinThatDoesNotKnowUs",
+     {.xServer = true, .wayland = true, .dataControl = true},
+     {X11, X11, X11, X11, false}},
+    {"kwinThatDoesNotKnowUsWithAccessibility",
+     {.wayland = true, .dataControl = true, .accessibility = true},
+     {Accessibility, Accessibility, None, None, true}},
+    {"gnome",
+     {.xServer = true, .wayland = true, .accessibility = true},
+     {Accessibility, Accessibility, None, None, true}},
+    {"gnomeWithExtension",
+     {.xServer = true, .wayland = true, .gnomeExtension = true, .accessibility = true},
+     {GnomeExtension, GnomeExtension, None, GnomeExtension, true}},
+    {"gnomeWithNothing", {.xServer = true, .wayland = true}, {X11, X11, X11, X11, false}},
+    {"gnomeWithNothingAtAll", {.wayland = true}, {}},
+    {"noDataControl",
+     {.wayland = true, .foreignToplevel = true, .virtualKeyboard = true},
+     {Wlroots, None, None, None, true}},
+};
+
+INSTANTIATE_TEST_SUITE_P(Desktops, DesktopSourcesTest, testing::ValuesIn(kDesktops),
+                         [](const testing::TestParamInfo<Desktop>& desktop) {
+                             return std::string(desktop.param.name);
+                         });
+
+} // namespace
+} // namespace kelvane
