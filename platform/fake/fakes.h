@@ -6,15 +6,18 @@
 
 #pragma once
 
+#include "platform/fake/fake_accessibility_switch.h"
 #include "platform/fake/fake_app_icons.h"
 #include "platform/fake/fake_bundle_resources.h"
 #include "platform/fake/fake_clock.h"
+#include "platform/fake/fake_desktop_limits.h"
 #include "platform/fake/fake_dialogs.h"
 #include "platform/fake/fake_dispatcher.h"
 #include "platform/fake/fake_environment.h"
 #include "platform/fake/fake_file_system.h"
 #include "platform/fake/fake_http_session.h"
 #include "platform/fake/fake_keyboard.h"
+#include "platform/fake/fake_own_focus.h"
 #include "platform/fake/fake_pasteboard.h"
 #include "platform/fake/fake_process_runner.h"
 #include "platform/fake/fake_url_opener.h"
@@ -28,7 +31,9 @@ namespace kelvane {
 /// One of each, sharing a journal: what most tests start with.
 struct FakePlatform {
     Journal journal;
+    FakeAccessibilitySwitch accessibility{journal};
     FakeClock clock{journal};
+    FakeDesktopLimits limits;
     FakeDialogs dialogs{journal};
     FakeDispatcher dispatcher;
     FakeEnvironment environment;
@@ -37,6 +42,7 @@ struct FakePlatform {
     FakeAppIcons icons;
     FakeHttpSession http{journal};
     FakeKeyboard keyboard{journal};
+    FakeOwnFocus ownFocus;
     FakePasteboard pasteboard{journal};
     FakeProcessRunner processes{journal};
     FakeUrlOpener urls{journal};

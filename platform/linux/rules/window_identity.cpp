@@ -150,6 +150,15 @@ bool runsOthers(std::string_view program) {
     return text::isOneOf(program, kRunners) || text::isOneOf(bare, kRunners);
 }
 
+/// Before the name of the part that a document is open in, behind a dash that differs by version.
+constexpr std::string_view kOfficeTitle = " LibreOffice ";
+
+bool isOfficeSuite(std::string_view name) {
+    const auto lower = text::lowerAscii(name);
+    return lower == "soffice" || lower == "soffice.bin" || lower == "libreoffice" ||
+           lower == "libreoffice-startcenter";
+}
+
 bool isIdentifier(std::string_view id) {
     return std::ranges::none_of(id, [](char c) {
         const auto byte = static_cast<unsigned char>(c);
@@ -191,6 +200,7 @@ public:
           m_class(withoutProfile(facts.wmClass)) {}
 
     std::optional<WindowIdentity> resolve() const {
+        if (const auto* const entry = byDocumentTitle()) return of(*entry);
         if (const auto* const entry = byDesktopFile(m_index, m_facts.kdeDesktopFile)) {
             return of(*entry);
         }
@@ -209,11 +219,38 @@ public:
         for (const auto name : {m_instance, m_class}) {
             if (const auto* const entry = byLastComponent(m_index, name)) return of(*entry);
         }
+        if (const auto* const entry = byAlias()) return of(*entry);
         if (const auto* const entry = byExecutable()) return of(*entry);
         return byClassAlone();
     }
 
 private:
+    /// One process shows all documents of the office suite under whatever name it began with.
+    const DesktopEntry* byDocumentTitle() const {
+        const auto program = baseName(m_facts.executable);
+        if (!isOfficeSuite(m_instance) && !isOfficeSuite(m_class) && !isOfficeSuite(program)) {
+            return nullptr;
+        }
+        const auto mark = m_facts.title.rfind(kOfficeTitle);
+        if (mark == std::string::npos) return nullptr;
+        const auto part =
+            text::lowerAscii(std::string_view(m_facts.title).substr(mark + kOfficeTitle.size()));
+        for (const auto prefix : {"libreoffice-", "org.libreoffice.LibreOffice.", "libreoffice_"}) {
+            const auto* const entry = m_index.byId(prefix + part);
+            const bool boxed = !m_facts.flatpakId.empty() || !m_facts.snapInstance.empty();
+            if (entry != nullptr && (!boxed || ours(*entry))) return entry;
+        }
+        return nullptr;
+    }
+
+    /// A server that shows the windows of its program under its own name.
+    const DesktopEntry* byAlias() const {
+        for (const auto name : {m_instance, m_class, baseName(m_facts.executable)}) {
+            if (name == "gnome-terminal-server") return m_index.byId("org.gnome.Terminal");
+        }
+        return nullptr;
+    }
+
     /// The one entry that starts the program behind the window: programs that come without an
     /// installer (an archive, an AppImage) get a desktop file that says no more than that.
     const DesktopEntry* byExecutable() const {
