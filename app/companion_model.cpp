@@ -1,10 +1,12 @@
 #include "app/companion_model.h"
 
+#include "app/accessibility_choice.h"
 #include "app/process_settings.h"
 #include "detect/harness_config.h"
 #include "detect/live_agent_scan.h"
 #include "platform/ports/dispatcher.h"
 #include "platform/ports/environment.h"
+#include "platform/ports/own_focus.h"
 #include "platform/ports/workspace.h"
 
 #include <algorithm>
@@ -45,6 +47,9 @@ Subscription CompanionModel::observeWillChange(std::function<void()> observer) {
 void CompanionModel::refresh() {
     const auto front = m_ports.workspace.frontmost();
     const std::string bundleId = front ? front->bundleId.value_or("") : "";
+    lookAtLimits();
+    const bool isOurs = m_ports.ownFocus != nullptr && m_ports.ownFocus->isHeld();
+    if (!front && limit->hidesFront && !isOurs) detected = DetectedApp{};
     if (!bundleId.empty() && bundleId != kBundleID) {
         detected = AppDetector::resolve(front->bundleId, front->name, catalog);
         if (const auto& app = detected->app) {
@@ -61,6 +66,16 @@ void CompanionModel::refresh() {
     workflow = WorkflowInfer::infer(history, detected->app);
 }
 
+void CompanionModel::lookAtLimits() {
+    if (m_ports.limits == nullptr) return;
+    auto now = m_ports.limits->now();
+    if (now != *limit) limit = std::move(now);
+    const bool ours = limit->accessibilityHelps &&
+                      accessibility_choice::remembered(m_ports.files, braskHome(home)) ==
+                          accessibility_choice::Answer::On;
+    if (ours != *accessibilityIsOurs) accessibilityIsOurs = ours;
+}
+
 void CompanionModel::grade() {
     if (!detected->app) return;
     auto key = EvalBridge::apiKey(m_ports.environment, m_ports.files, home);
@@ -69,6 +84,7 @@ void CompanionModel::grade() {
     grading = true;
     verdict = std::nullopt;
     note = std::nullopt;
+    hint(CaptureLack::Nothing);
 
     captureInTurn(*detected, [this, app = *detected->app, ticket = begin(*key),
                               key = *key](CaptureResult capture) {
@@ -77,9 +93,11 @@ void CompanionModel::grade() {
             end(ticket);
             grading = false;
             note = capture.note ? capture.note : "Couldn't capture anything to grade.";
+            hint(capture.lacks);
             return;
         }
         note = capture.note;
+        hint(capture.lacks);
         publishVerdict(ticket, [ports = evalPorts(m_ports, ticket.get()),
                                 capture = std::move(capture), app, key,
                                 policyId = m_ports.environment.get("BRASK_POLICY_ID")] {
@@ -103,6 +121,7 @@ void CompanionModel::iterate() {
             end(ticket);
             grading = false;
             note = capture.note;
+            hint(capture.lacks);
             return;
         }
         publishVerdict(ticket, [ports = evalPorts(m_ports, ticket.get()),
@@ -125,6 +144,15 @@ void CompanionModel::cancel() {
     }
     grading = false;
     note = "Grade cancelled.";
+    hint(CaptureLack::Nothing);
+}
+
+void CompanionModel::hint(CaptureLack lack) {
+    std::optional<std::string> said;
+    if (lack == CaptureLack::Picture) said = limit->noPicture;
+    if (lack == CaptureLack::Selection) said = limit->noSelection;
+    if (said == "") said.reset();
+    if (*noteHint != said) noteHint = std::move(said);
 }
 
 CompanionModel::Ticket CompanionModel::begin(const std::string& key) {

@@ -8,6 +8,7 @@
 namespace kelvane {
 
 struct DesktopPorts;
+class AccessibilityQuestion;
 class PlainHttpQuestion;
 
 /// What the operations are done with. All of it must outlive them.
@@ -17,6 +18,7 @@ struct ShellParts {
     const Installation& installation;
     Application& application;
     PlainHttpQuestion& plainHttp;
+    AccessibilityQuestion& accessibility;
 };
 
 /// Where this user's copy of the program stands, or would.

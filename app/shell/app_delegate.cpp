@@ -68,10 +68,15 @@ void AppDelegate::applicationDidFinishLaunching() {
     wireHooks();
     makeStatusItem();
     m_popover = m_ports.windows.popover(*m_model);
-    if (!m_actions.isInstalled()) m_actions.runInstall(true);
+    const bool firstRun = !m_actions.isInstalled();
+    if (firstRun) m_actions.runInstall(true);
     m_model->refresh();
     m_timer = m_ports.ticker.every(kRefreshInterval, whileAlive([this] { m_model->refresh(); }));
     m_actions.refreshRemoteCatalog();
+    // The first run has enough questions of its own.
+    if (firstRun) return;
+    m_ports.application.later(
+        whileAlive([this] { m_actions.offerAccessibility(*m_model->limit); }));
 }
 
 void AppDelegate::showDemoWindow() {
@@ -92,6 +97,11 @@ void AppDelegate::wireHooks() {
     m_model->onUninstall = whileAlive([this] {
         closePopover();
         m_actions.runUninstall();
+    });
+    m_model->onAccessibility = whileAlive([this] {
+        closePopover();
+        m_actions.changeAccessibility();
+        m_model->refresh();
     });
     m_model->onQuit = whileAlive([this] { m_ports.application.terminate(); });
     m_model->onCapture = whileAlive([this](bool under) {
@@ -147,6 +157,7 @@ void AppDelegate::showPopover(bool pointerAtItem) {
     m_popover->show({.item = m_statusItem != nullptr ? m_statusItem->bounds() : std::nullopt,
                      .byPointer = pointerAtItem});
     m_popover->makeKey();
+    m_actions.panelShown();
 }
 
 void AppDelegate::closePopover() {

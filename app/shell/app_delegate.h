@@ -73,6 +73,9 @@ public:
         std::function<void(bool firstRun)> runInstall;
         std::function<void()> runUninstall;
         std::function<void()> refreshRemoteCatalog;
+        std::function<void(const DesktopLimit&)> offerAccessibility;
+        std::function<void()> changeAccessibility;
+        std::function<void()> panelShown; ///< A window of the panel's has just been shown.
         std::string connectUrl;
         /// Hands the address of the report on a run to `open`, at once or soon, on this thread.
         std::function<void(const std::string& runId, std::function<void(const std::string&)> open)>
