@@ -163,8 +163,10 @@ class CompanionService {
     // cannot say where its window goes.
     PlacePanelAsync(_parameters, invocation) {
         this._forCompanion(invocation, pid => {
+            // One that is not on screen yet would be placed once more by the shell.
             const own = this._windows().filter(window => window.get_pid() === pid &&
-                window.get_window_type() !== Meta.WindowType.DIALOG);
+                window.get_window_type() !== Meta.WindowType.DIALOG &&
+                window.get_compositor_private()?.mapped && window.get_frame_rect().width > 0);
             for (const window of own) {
                 const area = window.get_work_area_for_monitor(
                     global.display.get_primary_monitor());

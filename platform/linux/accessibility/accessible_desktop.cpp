@@ -283,11 +283,16 @@ private:
         askProperty(root, "org.a11y.atspi.Application", "ToolkitName",
                     [&](std::string name) { toolkit = std::move(name); });
         answers();
-        if (isSilent(window.name) || !accessible::tellsWholeTexts(toolkit)) return std::nullopt;
+        const auto& executable = m_programs[window.name].facts.executable;
+        if (isSilent(window.name) || !accessible::tellsWholeTexts(toolkit, executable)) {
+            return std::nullopt;
+        }
 
         std::vector<AccessibleRef> found;
-        ask(window, "org.a11y.atspi.Collection", "GetMatches", &AtspiDesktop::writeFocusedRule,
-            [&](sd_bus_message* answer) { found = readRefs(answer); });
+        if (accessible::maySearch(toolkit)) {
+            ask(window, "org.a11y.atspi.Collection", "GetMatches", &AtspiDesktop::writeFocusedRule,
+                [&](sd_bus_message* answer) { found = readRefs(answer); });
+        }
         std::vector<AccessibleRef> cached;
         ask({window.name, "/org/a11y/atspi/cache"}, "org.a11y.atspi.Cache", "GetItems",
             writeNothing, [&](sd_bus_message* answer) { cached = readFocusedItems(answer); });

@@ -21,8 +21,13 @@ bool mayAskText(AccessibleRole role) {
     return role != kPassword;
 }
 
-bool tellsWholeTexts(std::string_view toolkit) {
-    return toolkit != "VCL";
+bool tellsWholeTexts(std::string_view toolkit, std::string_view executable) {
+    const auto program = executable.substr(executable.rfind('/') + 1);
+    return toolkit != "VCL" && program != "soffice.bin" && program != "soffice";
+}
+
+bool maySearch(std::string_view toolkit) {
+    return toolkit == "Gecko";
 }
 
 } // namespace accessible

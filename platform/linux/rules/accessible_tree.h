@@ -63,9 +63,14 @@ inline constexpr std::chrono::seconds kForgotten{30};
 /// those out in the clear.
 [[nodiscard]] bool mayAskText(AccessibleRole role);
 
-/// Whether the texts that a toolkit shows are whole. An office suite shows the paragraphs that are
-/// on screen, so what is selected there would be cut without a word.
-[[nodiscard]] bool tellsWholeTexts(std::string_view toolkit);
+/// Whether the texts that a program shows are whole. An office suite shows the paragraphs that are
+/// on screen, so what is selected there would be cut without a word. By its toolkit and by the file
+/// that it runs: with a desktop's own look the suite names the desktop's toolkit.
+[[nodiscard]] bool tellsWholeTexts(std::string_view toolkit, std::string_view executable);
+
+/// Whether the toolkit may be asked to search its objects itself. Others look below tables too,
+/// which makes their cells: it is safe to walk there, and not to have them walk.
+[[nodiscard]] bool maySearch(std::string_view toolkit);
 
 } // namespace accessible
 

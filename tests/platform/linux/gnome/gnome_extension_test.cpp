@@ -255,9 +255,12 @@ TEST_F(GnomeExtensionTest, PutsThePanelIntoItsCorner) {
     // A program of its own asks: the place is for windows of the caller alone.
     turnOn({std::filesystem::canonical("/usr/bin/gjs")});
     start({"gjs", desktop().file("panel.js", kPanelWindow).string()});
-    const auto panel = waitForWindow("placed", false);
+    std::optional<GnomeWindow> panel;
+    EXPECT_TRUE(WaylandDesktop::waitUntil([&] {
+        panel = waitForWindow("placed", false);
+        return panel && panel->x + panel->width == 1280 - 8;
+    })) << (panel ? panel->x : -1);
     ASSERT_TRUE(panel);
-    EXPECT_EQ(panel->x + panel->width, 1280 - 8);
     EXPECT_GT(panel->y, 8) << "below the bar";
     EXPECT_LT(panel->y, 100);
     EXPECT_FALSE(extension->placePanel()) << "this program has no window";

@@ -48,9 +48,18 @@ TEST(AccessibleTree, APasswordIsNotAskedForItsText) {
 }
 
 TEST(AccessibleTree, TheOfficeSuiteShowsOnlyAPart) {
-    EXPECT_FALSE(tellsWholeTexts("VCL"));
+    const std::string suite = "/usr/lib/libreoffice/program/soffice.bin";
+    EXPECT_FALSE(tellsWholeTexts("VCL", ""));
+    EXPECT_FALSE(tellsWholeTexts("gtk", suite)) << "in the desktop's own look";
     for (const auto* const toolkit : {"gtk", "GTK", "Qt", "Gecko", ""}) {
-        EXPECT_TRUE(tellsWholeTexts(toolkit)) << toolkit;
+        EXPECT_TRUE(tellsWholeTexts(toolkit, "/usr/bin/gedit")) << toolkit;
+    }
+}
+
+TEST(AccessibleTree, NobodyIsAskedToSearchWhoWouldLookBelowTables) {
+    EXPECT_TRUE(maySearch("Gecko"));
+    for (const auto* const toolkit : {"gtk", "GTK", "Qt", "VCL", ""}) {
+        EXPECT_FALSE(maySearch(toolkit)) << toolkit;
     }
 }
 
