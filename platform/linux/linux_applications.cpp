@@ -2,45 +2,98 @@
 
 #include "platform/linux/accessibility/accessible_ports.h"
 #include "platform/linux/linux_platform.h"
-#include "platform/linux/linux_session.h"
-#include "platform/linux/unseen_sources.h"
 #include "platform/linux/x11/x11_workspace.h"
 
 #include <utility>
 
 namespace kelvane {
 
-LinuxApplications openLinuxApplications(Environment& environment, Clock& clock) {
+InstalledEntries entriesOf(const std::shared_ptr<DesktopFiles>& files) {
+    return [files] { return files->index(); };
+}
+
+namespace {
+
+/// What the compositor offers; nothing where there is none.
+DesktopOffer offerOf(LinuxApplications& opened, Environment& environment, WaylandUse use) {
+    DesktopOffer offer;
+    offer.wayland = opened.session.kind == LinuxSession::Kind::Wayland;
+    if (opened.session.wayland.empty()) return offer;
+    auto wayland =
+        openWaylandSession({opened.session.wayland, environment.get("SWAYSOCK").value_or(""),
+                            environment.get("DBUS_SESSION_BUS_ADDRESS").value_or("")},
+                           entriesOf(opened.files), use);
+    if (wayland.silent) opened.silentDisplay = opened.session.wayland;
+    if (wayland.session) offer = wayland.session->offer();
+    opened.wayland = std::move(wayland.session);
+    return offer;
+}
+
+/// False where there is no server that lets this program in.
+bool openX11(LinuxApplications& opened) {
+    // One that a compositor runs stands still with it.
+    if (opened.session.display.empty() || !opened.silentDisplay.empty()) return false;
+    auto connection = X11Connection::tryOpen(opened.session.display);
+    if (connection.silent) opened.silentDisplay = opened.session.display;
+    if (!connection.link) return false;
+    opened.x11 =
+        std::make_shared<X11Applications>(std::move(connection.link), entriesOf(opened.files));
+    return true;
+}
+
+} // namespace
+
+LinuxApplications openLinuxApplications(Environment& environment, Clock& clock, OwnFocus& ownFocus,
+                                        WaylandUse use) {
     LinuxApplications opened;
+    opened.session = linuxSession(environment);
     const DesktopVariables variables = desktopVariables(environment);
     opened.files =
         std::make_shared<DesktopFiles>(dataFolders(variables), messagesLocale(variables), clock);
-    const auto session = linuxSession(environment);
-    if (session.kind == LinuxSession::Kind::None) return opened;
-    auto connection = X11Connection::tryOpen(session.display);
-    if (connection.silent) opened.silentDisplay = session.display;
-    if (connection.link) {
-        opened.display = session.display;
-        opened.applications = std::make_shared<X11Applications>(
-            std::move(connection.link), [files = opened.files] { return files->index(); });
+    if (opened.session.kind == LinuxSession::Kind::None) return opened;
+    auto offer = offerOf(opened, environment, use);
+    if (offer.wayland && chooseSources(offer).windows == DesktopSource::None) {
+        opened.unseen = openUnseenSources(environment, entriesOf(opened.files), clock, ownFocus);
+        offer = opened.unseen.addTo(offer);
     }
+    // A server that shows a part of the windows is asked when nobody else knows any, and beside
+    // programs that tell of themselves.
+    const auto windows = chooseSources(offer).windows;
+    if (windows == DesktopSource::None || windows == DesktopSource::Accessibility) {
+        offer.xServer = openX11(opened);
+    }
+    opened.offer = offer;
+    opened.sources = chooseSources(offer);
     return opened;
+}
+
+std::unique_ptr<Workspace> x11WorkspaceOf(const LinuxApplications& opened) {
+    return makeX11Workspace(opened.x11, opened.x11 ? opened.session.display : opened.silentDisplay);
+}
+
+std::unique_ptr<Workspace> workspaceOf(const LinuxApplications& opened, Clock& clock) {
+    switch (opened.sources.windows) {
+    case DesktopSource::Wlroots:
+    case DesktopSource::KWin:
+        return opened.wayland->workspace();
+    case DesktopSource::GnomeExtension:
+        return makeGnomePorts(opened.unseen.extension, opened.unseen.accessible,
+                              entriesOf(opened.files), clock)
+            .workspace;
+    case DesktopSource::Accessibility:
+        return besideX11(x11WorkspaceOf(opened),
+                         makeAccessiblePorts(opened.unseen.accessible).workspace);
+    case DesktopSource::X11:
+    case DesktopSource::None:
+        break;
+    }
+    return x11WorkspaceOf(opened);
 }
 
 std::unique_ptr<Workspace> makeLinuxWorkspace(Environment& environment, Clock& clock) {
     static NoOwnFocus none; // Who asks here has no windows.
-    auto opened = openLinuxApplications(environment, clock);
-    const InstalledEntries installed = [files = opened.files] { return files->index(); };
-    const auto unseen = openUnseenSources(environment, installed, clock, none);
-    const auto sources = chooseSources(unseen.addTo(
-        {.xServer = opened.applications != nullptr, .wayland = isWaylandSession(environment)}));
-    if (sources.windows == DesktopSource::GnomeExtension) {
-        return makeGnomePorts(unseen.extension, unseen.accessible, installed, clock).workspace;
-    }
-    auto display = opened.applications ? opened.display : opened.silentDisplay;
-    auto x11 = makeX11Workspace(std::move(opened.applications), std::move(display));
-    if (sources.windows != DesktopSource::Accessibility) return x11;
-    return besideX11(std::move(x11), makeAccessiblePorts(unseen.accessible).workspace);
+    return workspaceOf(openLinuxApplications(environment, clock, none, WaylandUse::WindowsOnly),
+                       clock);
 }
 
 } // namespace kelvane

@@ -1,11 +1,16 @@
-// The sources by which applications are told apart on the desktop of this login.
+// The sources by which a desktop's questions are answered, found in the session of this login.
 
 #pragma once
 
 #include "platform/linux/desktop_files.h"
+#include "platform/linux/linux_session.h"
+#include "platform/linux/rules/desktop_sources.h"
+#include "platform/linux/unseen_sources.h"
+#include "platform/linux/wayland/wayland_session.h"
 #include "platform/linux/x11/x11_applications.h"
 #include "platform/ports/clock.h"
 #include "platform/ports/environment.h"
+#include "platform/ports/own_focus.h"
 
 #include <memory>
 #include <string>
@@ -13,14 +18,28 @@
 namespace kelvane {
 
 struct LinuxApplications {
-    std::string display;       ///< Of the X server; empty when there is none to ask.
+    LinuxSession session;
+    DesktopOffer offer; ///< As it was found.
+    DesktopSources sources;
     std::string silentDisplay; ///< Of one that let nobody in within the time it had; else empty.
-    std::shared_ptr<X11Applications> applications; ///< Null likewise.
-    std::shared_ptr<DesktopFiles> files;           ///< Never null; reads nothing until asked.
+    std::unique_ptr<WaylandSession> wayland; ///< Not null for the sources Wlroots and KWin.
+    UnseenSources unseen; ///< Opened where the compositor tells nobody of its windows.
+    /// Not null for the source X11; beside Accessibility where there is a server.
+    std::shared_ptr<X11Applications> x11;
+    std::shared_ptr<DesktopFiles> files; ///< Never null; reads nothing until asked.
 };
 
-/// Connects to the display that `environment` names, if any. The environment is read now and never
-/// again; `clock` must outlive what is made.
-[[nodiscard]] LinuxApplications openLinuxApplications(Environment& environment, Clock& clock);
+/// Connects to whom `environment` names, if anybody. The environment is read now and never again;
+/// `clock` and `ownFocus` must outlive what is made.
+[[nodiscard]] LinuxApplications openLinuxApplications(Environment& environment, Clock& clock,
+                                                      OwnFocus& ownFocus, WaylandUse use);
+
+[[nodiscard]] InstalledEntries entriesOf(const std::shared_ptr<DesktopFiles>& files);
+
+/// What the X server tells; with nobody there every answer is the absent one. Never null.
+[[nodiscard]] std::unique_ptr<Workspace> x11WorkspaceOf(const LinuxApplications& opened);
+
+/// Who is in front and who runs, by the source that was chosen for it. Never null.
+[[nodiscard]] std::unique_ptr<Workspace> workspaceOf(const LinuxApplications& opened, Clock& clock);
 
 } // namespace kelvane

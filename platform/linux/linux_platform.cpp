@@ -7,14 +7,12 @@
 #include "platform/linux/desktop_icons.h"
 #include "platform/linux/linux_applications.h"
 #include "platform/linux/linux_limits.h"
-#include "platform/linux/linux_session.h"
 #include "platform/linux/unseen_sources.h"
 #include "platform/linux/x11/x11_clipboard.h"
 #include "platform/linux/x11/x11_input_hold.h"
 #include "platform/linux/x11/x11_pointer_presses.h"
 #include "platform/linux/x11/x11_window_list.h"
 #include "platform/linux/x11/x11_window_picture.h"
-#include "platform/linux/x11/x11_workspace.h"
 
 #include <utility>
 
@@ -31,46 +29,65 @@ CopyTargetOf copyTargetOf(std::shared_ptr<X11Applications> applications) {
     };
 }
 
-} // namespace
+bool isOfWayland(DesktopSource source) {
+    return source == DesktopSource::Wlroots || source == DesktopSource::KWin;
+}
 
-LinuxDesktop makeLinuxDesktop(Environment& environment, Clock& clock, OwnFocus& ownFocus) {
-    const auto [display, silent, applications, files] = openLinuxApplications(environment, clock);
-    const auto session = linuxSession(environment);
-    const auto pressesOf = session.kind == LinuxSession::Kind::X11 ? session.display : "";
-    auto held = makeX11InputHold(pressesOf);
-    const auto clipboard = applications ? openX11Clipboard(display, held.post) : nullptr;
-    const InstalledEntries installed = [files = files] { return files->index(); };
-    const auto unseen = openUnseenSources(environment, installed, clock, ownFocus);
-    const DesktopOffer plain{.xServer = applications != nullptr,
-                             .wayland = isWaylandSession(environment)};
-    const auto offer = [unseen, plain] { return unseen.addTo(plain); };
+void useExtension(LinuxDesktop& desktop, const LinuxApplications& opened, Clock& clock) {
+    auto gnome = makeGnomePorts(opened.unseen.extension, opened.unseen.accessible,
+                                entriesOf(opened.files), clock);
+    desktop.workspace = std::move(gnome.workspace);
+    desktop.keyboard = std::move(gnome.keyboard);
+    desktop.pasteboard = std::move(gnome.pasteboard);
+    desktop.windowList = std::move(gnome.windowList);
+    desktop.windowPicture = std::move(gnome.windowPicture);
+    desktop.panelPlace = std::move(gnome.panelPlace);
+}
 
-    LinuxDesktop desktop;
-    desktop.panelPlace = std::make_unique<NoPanelPlace>();
-    TextPorts text{makeX11Workspace(applications, applications ? display : silent),
-                   makeCopyKeyboard(clipboard, copyTargetOf(applications)),
-                   makeCopyPasteboard(clipboard)};
-    desktop.windowList = makeX11WindowList(applications);
-    desktop.windowPicture = makeX11WindowPicture(display);
-    const auto windows = chooseSources(offer()).windows;
-    if (windows == DesktopSource::GnomeExtension) {
-        auto gnome = makeGnomePorts(unseen.extension, unseen.accessible, installed, clock);
-        text = {std::move(gnome.workspace), std::move(gnome.keyboard), std::move(gnome.pasteboard)};
-        desktop.windowList = std::move(gnome.windowList);
-        desktop.windowPicture = std::move(gnome.windowPicture);
-        desktop.panelPlace = std::move(gnome.panelPlace);
-    } else if (windows == DesktopSource::Accessibility) {
-        auto own = makeAccessiblePorts(unseen.accessible);
-        text = besideX11(std::move(text), {std::move(own.workspace), std::move(own.keyboard),
-                                           std::move(own.pasteboard)});
-    }
+/// Beside the X server, which answers for its own programs.
+void readFromPrograms(LinuxDesktop& desktop, const LinuxApplications& opened) {
+    auto own = makeAccessiblePorts(opened.unseen.accessible);
+    auto text = besideX11(
+        {x11WorkspaceOf(opened), std::move(desktop.keyboard), std::move(desktop.pasteboard)},
+        {std::move(own.workspace), std::move(own.keyboard), std::move(own.pasteboard)});
     desktop.workspace = std::move(text.workspace);
     desktop.keyboard = std::move(text.keyboard);
     desktop.pasteboard = std::move(text.pasteboard);
-    desktop.limits = makeLinuxLimits(offer, plain.wayland && isGnomeShell(unseen.sessionBus));
-    desktop.accessibility = makeAccessibilitySwitch(unseen.sessionBus);
-    desktop.icons = makeDesktopIcons(files);
-    desktop.pointerPresses = makeX11PointerPresses(pressesOf);
+}
+
+} // namespace
+
+LinuxDesktop makeLinuxDesktop(Environment& environment, Clock& clock, OwnFocus& ownFocus) {
+    const auto opened = openLinuxApplications(environment, clock, ownFocus, WaylandUse::Everything);
+    const auto& session = opened.session;
+    const auto& sources = opened.sources;
+    const auto& wayland = opened.wayland;
+    const auto& x11 = opened.x11;
+    // Only presses on the windows of X11 programs would be heard under Wayland: half an answer.
+    const auto wholeX11 = session.kind == LinuxSession::Kind::X11 ? session.display : "";
+    auto held = makeX11InputHold(wholeX11);
+    const auto clipboard = x11 ? openX11Clipboard(session.display, held.post) : nullptr;
+    LinuxDesktop desktop;
+    desktop.workspace = workspaceOf(opened, clock);
+    desktop.panelPlace = std::make_unique<NoPanelPlace>();
+    desktop.keyboard = isOfWayland(sources.keys) ? wayland->keyboard()
+                                                 : makeCopyKeyboard(clipboard, copyTargetOf(x11));
+    desktop.pasteboard =
+        isOfWayland(sources.selection) ? wayland->pasteboard() : makeCopyPasteboard(clipboard);
+    desktop.windowList =
+        isOfWayland(sources.windows) ? wayland->windowList() : makeX11WindowList(x11);
+    desktop.windowPicture = isOfWayland(sources.picture)
+                                ? wayland->windowPicture(sources.picture)
+                                : makeX11WindowPicture(x11 ? session.display : "");
+    if (sources.windows == DesktopSource::GnomeExtension) useExtension(desktop, opened, clock);
+    if (sources.windows == DesktopSource::Accessibility) readFromPrograms(desktop, opened);
+    const auto offer = [unseen = opened.unseen, plain = opened.offer] {
+        return unseen.addTo(plain);
+    };
+    desktop.limits = makeLinuxLimits(offer, isGnomeShell(opened.unseen.sessionBus));
+    desktop.accessibility = makeAccessibilitySwitch(opened.unseen.sessionBus);
+    desktop.icons = makeDesktopIcons(opened.files);
+    desktop.pointerPresses = makeX11PointerPresses(wholeX11);
     desktop.hold = std::move(held.hold);
     return desktop;
 }

@@ -1,8 +1,8 @@
-// The kind of desktop session, and the X server, if any, that may be asked about it.
+// The kind of desktop session, and who may be asked about it.
 //
-// Decided from the environment alone. Under Wayland only the windows of X11 programs can be seen,
-// through the X server that the compositor runs for them; while a native Wayland window is in
-// front that server names no active window, and every port has its absent answer.
+// Decided from the environment alone. Under Wayland an X server that the compositor runs shows the
+// windows of X11 programs and no others; while a native Wayland window is in front it names no
+// active window.
 
 #pragma once
 
@@ -14,12 +14,13 @@ namespace kelvane {
 
 struct LinuxSession {
     enum class Kind {
-        None,     ///< No display that this program can ask: a console, a service, plain Wayland.
-        X11,      ///< An X server shows everything.
-        XWayland, ///< An X server shows the X11 programs of a Wayland session.
+        None,    ///< No display that this program can ask: a console, a service.
+        X11,     ///< An X server shows everything.
+        Wayland, ///< A compositor does, and perhaps an X server shows the X11 programs.
     };
     Kind kind = Kind::None;
-    std::string display; ///< For the X server; empty exactly when `kind` is `None`.
+    std::string display; ///< For the X server; empty where there is none.
+    std::string wayland; ///< The compositor's socket, an absolute path; empty where none is named.
 
     bool operator==(const LinuxSession&) const = default;
 };

@@ -19,7 +19,7 @@ namespace kelvane {
 
 struct UnseenSources {
     std::string sessionBus; ///< Its address; empty where nobody says.
-    /// Null outside Wayland, where nobody has to be asked.
+    /// Null where nobody has to be asked.
     std::shared_ptr<GnomeExtension> extension;
     std::shared_ptr<AccessibleDesktop> accessible;
 
@@ -27,10 +27,8 @@ struct UnseenSources {
     [[nodiscard]] DesktopOffer addTo(DesktopOffer offer) const;
 };
 
-/// Whether the session is one of Wayland, with an X server or without.
-[[nodiscard]] bool isWaylandSession(Environment& environment);
-
-/// The environment is read now; `clock` and `ownFocus` must outlive the answer. Nothing is started.
+/// For a session of Wayland. The environment is read now; `clock` and `ownFocus` must outlive the
+/// answer. Nothing is started.
 [[nodiscard]] UnseenSources openUnseenSources(Environment& environment, InstalledEntries installed,
                                               Clock& clock, OwnFocus& ownFocus);
 

@@ -30,10 +30,10 @@ class Installed(unittest.TestCase):
                        stdout=subprocess.DEVNULL)
         cls.contents = cls.prefix / "lib/kelvane/Kelvane.app/Contents"
 
-    def entry(self):
+    def entry(self, name=ID):
         found = configparser.ConfigParser(interpolation=None)
         found.optionxform = str
-        found.read(self.prefix / f"share/applications/{ID}.desktop", encoding="utf-8")
+        found.read(self.prefix / f"share/applications/{name}.desktop", encoding="utf-8")
         return found["Desktop Entry"]
 
     def test_bundle_is_whole(self):
@@ -86,6 +86,15 @@ class Installed(unittest.TestCase):
         self.assertEqual(entry["Icon"], ID)
         self.assertTrue((self.prefix / f"share/icons/hicolor/scalable/apps/{ID}.svg").is_file())
 
+    def test_kwin_knows_the_program_by_its_file(self):
+        entry = self.entry(f"{ID}.kwin")
+        installed = pathlib.Path("/usr") / (self.contents / "MacOS/Kelvane").relative_to(self.prefix)
+        self.assertEqual(entry["Exec"], str(installed))
+        self.assertEqual(entry["NoDisplay"], "true")
+        self.assertEqual(entry["X-KDE-Wayland-Interfaces"],
+                         "org_kde_kwin_fake_input,org_kde_plasma_window_management")
+        self.assertEqual(entry["X-KDE-DBUS-Restricted-Interfaces"], "org.kde.KWin.ScreenShot2")
+
     def test_manual_is_there(self):
         self.assertIn(".Dt KELVANE 1", (self.prefix / "share/man/man1/kelvane.1").read_text(encoding="utf-8"))
 
@@ -100,6 +109,7 @@ class Installed(unittest.TestCase):
                               "entities", "linkify-it", "mdurl", "punycode.js", "uc.micro"})
         self.assertEqual(found - engines, {"bin/kelvane", "bin/trevix-local", "share/man/man1/kelvane.1",
                                  f"share/applications/{ID}.desktop",
+                                 f"share/applications/{ID}.kwin.desktop",
                                  f"share/icons/hicolor/scalable/apps/{ID}.svg"})
 
 

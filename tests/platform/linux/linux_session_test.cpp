@@ -14,18 +14,23 @@ TEST(LinuxSession, isDecidedFromTheEnvironment) {
         std::map<std::string, std::string, std::less<>> variables;
         LinuxSession session;
     } cases[] = {
-        {{}, {Kind::None, ""}},
-        {{{"DISPLAY", ""}}, {Kind::None, ""}},
-        {{{"DISPLAY", ":0"}}, {Kind::X11, ":0"}},
-        {{{"DISPLAY", ":0"}, {"XDG_SESSION_TYPE", "x11"}}, {Kind::X11, ":0"}},
-        {{{"DISPLAY", ":1.1"}, {"WAYLAND_DISPLAY", ""}}, {Kind::X11, ":1.1"}},
-        {{{"WAYLAND_DISPLAY", "wayland-0"}}, {Kind::None, ""}},
-        {{{"XDG_SESSION_TYPE", "wayland"}}, {Kind::None, ""}},
-        {{{"WAYLAND_DISPLAY", "wayland-0"}, {"DISPLAY", ":0"}}, {Kind::XWayland, ":0"}},
-        {{{"XDG_SESSION_TYPE", "wayland"}, {"DISPLAY", ":0"}}, {Kind::XWayland, ":0"}},
+        {{}, {Kind::None, "", ""}},
+        {{{"DISPLAY", ""}}, {Kind::None, "", ""}},
+        {{{"DISPLAY", ":0"}}, {Kind::X11, ":0", ""}},
+        {{{"DISPLAY", ":0"}, {"XDG_SESSION_TYPE", "x11"}}, {Kind::X11, ":0", ""}},
+        {{{"DISPLAY", ":1.1"}, {"WAYLAND_DISPLAY", ""}}, {Kind::X11, ":1.1", ""}},
+        {{{"XDG_SESSION_TYPE", "wayland"}}, {Kind::None, "", ""}},
+        {{{"WAYLAND_DISPLAY", "wayland-0"}}, {Kind::Wayland, "", ""}},
+        {{{"WAYLAND_DISPLAY", "wayland-0"}, {"XDG_RUNTIME_DIR", "/run/user/7"}},
+         {Kind::Wayland, "", "/run/user/7/wayland-0"}},
+        {{{"WAYLAND_DISPLAY", "wayland-0"}, {"XDG_RUNTIME_DIR", "here"}}, {Kind::Wayland, "", ""}},
+        {{{"WAYLAND_DISPLAY", "/tmp/one"}, {"DISPLAY", ":0"}}, {Kind::Wayland, ":0", "/tmp/one"}},
+        {{{"WAYLAND_DISPLAY", "wayland-0"}, {"DISPLAY", ":0"}}, {Kind::Wayland, ":0", ""}},
+        {{{"XDG_SESSION_TYPE", "wayland"}, {"DISPLAY", ":0"}}, {Kind::Wayland, ":0", ""}},
+        {{{"WAYLAND_DISPLAY", "wayland-0"}, {"DISPLAY", "far:0"}}, {Kind::X11, "far:0", ""}},
         {{{"XDG_SESSION_TYPE", "wayland"}, {"DISPLAY", "localhost:10.0"}},
-         {Kind::X11, "localhost:10.0"}},
-        {{{"XDG_SESSION_TYPE", "tty"}}, {Kind::None, ""}},
+         {Kind::X11, "localhost:10.0", ""}},
+        {{{"XDG_SESSION_TYPE", "tty"}}, {Kind::None, "", ""}},
     };
     for (const auto& one : cases) {
         FakeEnvironment environment;

@@ -1,0 +1,131 @@
+#include "platform/linux/wayland/sway_tree.h"
+
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <tuple>
+#include <utility>
+
+namespace kelvane {
+
+namespace {
+
+using nlohmann::json;
+
+constexpr int kDeepest = 64; ///< Levels of containers; people have five.
+
+std::string textOf(const json& node, const char* key) {
+    const auto found = node.find(key);
+    return found != node.end() && found->is_string() ? found->get<std::string>() : std::string();
+}
+
+std::int64_t numberOf(const json& node, const char* key) {
+    const auto found = node.find(key);
+    return found != node.end() && found->is_number_integer() ? found->get<std::int64_t>() : 0;
+}
+
+bool isTrue(const json& node, const char* key) {
+    const auto found = node.find(key);
+    return found != node.end() && found->is_boolean() && found->get<bool>();
+}
+
+DisplayRect rectOf(const json& node, const char* key) {
+    const auto found = node.find(key);
+    if (found == node.end() || !found->is_object()) return {};
+    const auto length = [&](const char* name) {
+        return static_cast<std::int32_t>(
+            std::clamp<std::int64_t>(numberOf(*found, name), -1'000'000, 1'000'000));
+    };
+    return {length("x"), length("y"), length("width"), length("height")};
+}
+
+/// What the program draws itself, without the border and the title that sway draws around it.
+DisplayRect contentOf(const json& node) {
+    auto rect = rectOf(node, "rect");
+    const auto inside = rectOf(node, "window_rect");
+    if (inside.empty()) return rect;
+    return {rect.x + inside.x, rect.y + inside.y, inside.width, inside.height};
+}
+
+void collect(const json& node, bool floating, int depth, std::vector<SwayWindow>& windows) {
+    if (!node.is_object() || depth > kDeepest) return;
+    // Only what shows a window has a process.
+    if (numberOf(node, "pid") > 0) {
+        SwayWindow window;
+        window.id = numberOf(node, "id");
+        window.appId = textOf(node, "app_id");
+        const auto properties = node.find("window_properties");
+        if (window.appId.empty() && properties != node.end() && properties->is_object()) {
+            window.appId = textOf(*properties, "class");
+            window.instance = textOf(*properties, "instance");
+        }
+        window.title = textOf(node, "name");
+        window.process = static_cast<pid_t>(numberOf(node, "pid"));
+        window.focused = isTrue(node, "focused");
+        window.visible = isTrue(node, "visible");
+        window.floating = floating;
+        window.fullscreen = numberOf(node, "fullscreen_mode") != 0;
+        window.rect = contentOf(node);
+        windows.push_back(std::move(window));
+    }
+    for (const auto* const key : {"nodes", "floating_nodes"}) {
+        const auto children = node.find(key);
+        if (children == node.end() || !children->is_array()) continue;
+        const bool floats = floating || std::string_view(key) == "floating_nodes";
+        for (const auto& child : *children) collect(child, floats, depth + 1, windows);
+    }
+}
+
+} // namespace
+
+std::optional<std::vector<SwayWindow>> swayWindows(std::string_view text) {
+    const auto tree = json::parse(text, nullptr, false);
+    if (!tree.is_object() || textOf(tree, "type") != "root") return std::nullopt;
+    std::vector<SwayWindow> windows;
+    collect(tree, false, 0, windows);
+    return windows;
+}
+
+std::map<std::uint32_t, SwayWindow> matchedWindows(const std::vector<WaylandWindow>& windows,
+                                                   const std::vector<SwayWindow>& tree) {
+    using Said = std::pair<std::string, std::string>;
+    std::map<Said, std::vector<const SwayWindow*>> theirs;
+    for (const auto& window : tree) theirs[{window.appId, window.title}].push_back(&window);
+    std::map<Said, std::vector<const WaylandWindow*>> ours;
+    for (const auto& window : windows) ours[{window.appId, window.title}].push_back(&window);
+    std::map<std::uint32_t, SwayWindow> matched;
+    for (auto& [said, own] : ours) {
+        auto& candidates = theirs[said];
+        std::ranges::sort(candidates, {}, [](const SwayWindow* window) {
+            return std::tuple(!window->focused, window->id);
+        });
+        std::ranges::stable_sort(own, {}, [](const WaylandWindow* window) {
+            return std::tuple(!window->active, window->number);
+        });
+        // One active without one focused, or the other way about, is another moment.
+        for (std::size_t i = 0; i < std::min(own.size(), candidates.size()); ++i) {
+            matched.emplace(own[i]->number, *candidates[i]);
+        }
+    }
+    return matched;
+}
+
+bool isCovered(const SwayWindow& window, const std::vector<SwayWindow>& tree) {
+    bool isAbove = false; // Of two that float, the one that comes later is above.
+    for (const auto& other : tree) {
+        if (other.id == window.id) {
+            isAbove = true;
+            continue;
+        }
+        if (!other.visible || other.rect.sharedWith(window.rect).empty()) continue;
+        if (window.fullscreen) {
+            if (other.fullscreen && !window.focused) return true;
+            continue;
+        }
+        if (other.fullscreen) return true;
+        if (other.floating && (!window.floating || isAbove)) return true;
+    }
+    return false;
+}
+
+} // namespace kelvane

@@ -1,0 +1,389 @@
+#include "platform/linux/wayland/wayland_clipboard.h"
+
+#include "platform/linux/common/clipboard_formats.h"
+#include "platform/linux/rules/copy_rules.h"
+#include "text/one_of.h"
+#include "text/unicode.h"
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <mutex>
+#include <set>
+#include <utility>
+#include <vector>
+
+namespace kelvane {
+
+namespace {
+
+using std::chrono::milliseconds;
+using std::chrono::steady_clock;
+using Content = std::shared_ptr<const ClipboardContent>;
+
+constexpr std::size_t kLongestHint = 64; ///< Bytes: it is one word.
+constexpr std::string_view kSecret = "secret";
+/// The names by which text is asked for here, the best first. All of it is UTF-8.
+constexpr std::array<std::string_view, 5> kTextFormats{kUtf8Plain, kUtf8String, kPlain, "TEXT",
+                                                       kLatin1String};
+constexpr std::array<WaylandKey, 4> kCopyKey{
+    {{kLeftControl, true}, {kInsert, true}, {kInsert, false}, {kLeftControl, false}}};
+
+milliseconds since(steady_clock::time_point earlier, steady_clock::time_point now) {
+    return std::chrono::duration_cast<milliseconds>(now - earlier);
+}
+
+/// Who made a selection, by the window that was active then.
+Provenance provenanceOf(const SelectionTag& owner, const SelectionTag& asked) {
+    if (owner.window == 0 || asked.window == 0) return Provenance::Unknown;
+    if (owner.window == asked.window) return Provenance::Target;
+    if (owner.process != 0 && asked.process != 0) {
+        return owner.process == asked.process ? Provenance::Target : Provenance::Other;
+    }
+    return owner.appId == asked.appId ? Provenance::Target : Provenance::Other;
+}
+
+/// What a copy left behind for the time after it was looked at. The link's thread uses it, too.
+struct LateCopy {
+    std::mutex mutex; ///< Guards what follows.
+    bool watched = false;
+    SelectionTag asked;
+    steady_clock::time_point posted;
+    Content remembered;
+};
+
+class Clipboard : public CopyClipboard {
+public:
+    explicit Clipboard(WaylandClipboardParts parts) : m_parts(std::move(parts)) {
+        m_parts.selections->onChange(
+            [late = m_late, selections = m_parts.selections.get()](const SelectionChange& change) {
+                undoLate(*late, *selections, change);
+            });
+    }
+    Clipboard(const Clipboard&) = delete;
+    Clipboard& operator=(const Clipboard&) = delete;
+    ~Clipboard() override { m_parts.selections->onChange({}); }
+
+    bool canPostKeys() override {
+        return m_parts.link->alive() && m_parts.selections->offered() &&
+               (m_parts.keys->hasVirtualKeyboard() || m_parts.keys->hasFakeInput());
+    }
+
+    void copyFrom(const CopyTarget& target) override;
+    std::optional<std::string> string() override;
+    std::int64_t changeCount() override;
+    void clearContents() override;
+    void setString(std::string_view text) override;
+    PasteboardMemory remember() override;
+    void putBack(const PasteboardMemory& memory) override;
+
+private:
+    struct Memory {
+        Content content;
+        bool lost = false; ///< There was something, and nothing of it could be kept.
+        std::int64_t changeCount = 0;
+    };
+    /// A copy that was started and not yet put back.
+    struct Copy {
+        SelectionTag asked;
+        bool keyPosted = false;
+        steady_clock::time_point posted;
+        std::uint64_t changesBefore = 0;
+        bool decided = false;
+        bool fromClipboard = false;
+        std::int64_t countBefore = 0;
+        std::optional<std::string> fromPrimary;
+    };
+
+    static void undoLate(LateCopy& late, WaylandSelections& selections,
+                         const SelectionChange& change);
+    [[nodiscard]] std::int64_t count() const {
+        return static_cast<std::int64_t>(m_parts.selections->changes()) + m_shift;
+    }
+    [[nodiscard]] SelectionTag tagOf(const CopyTarget& target) const;
+    [[nodiscard]] CopyFacts facts() const;
+    [[nodiscard]] std::int64_t decideCopy();
+    [[nodiscard]] std::optional<std::string> textFrom(SelectionName which);
+    [[nodiscard]] Memory readAll();
+    void offer(Content content);
+    void stopWatching();
+
+    const WaylandClipboardParts m_parts;
+    const std::shared_ptr<LateCopy> m_late = std::make_shared<LateCopy>();
+    std::mutex m_mutex; ///< Serialises the calls; guards everything below.
+    /// Added to the selections' count. It moves when PRIMARY stands in for a change, and when
+    /// changes turn out to have nothing to do with a copy.
+    std::int64_t m_shift = 0;
+    std::weak_ptr<Memory> m_memory; ///< What the latest `remember()` saw.
+    bool m_lost = false;            ///< And whether that could not be kept.
+    std::optional<Copy> m_copy;
+    bool m_isEmptiedByUs = false;         ///< And by nobody since, when it still is.
+    std::set<std::string> m_haveAnswered; ///< By app_id: who has copied at our key before.
+};
+
+// ---- copying -----------------------------------------------------------------------------------
+
+SelectionTag Clipboard::tagOf(const CopyTarget& target) const {
+    for (auto& window : m_parts.windows->windows()) {
+        if (window.number != target.window) continue;
+        return {target.window, window.process, std::move(window.appId)};
+    }
+    return {target.window, 0, {}};
+}
+
+void Clipboard::copyFrom(const CopyTarget& target) {
+    const std::lock_guard lock(m_mutex);
+    m_copy.reset();
+    stopWatching();
+    if (!m_parts.selections->offered() || !m_parts.link->answers()) return;
+    const auto memory = m_memory.lock();
+    if (memory && count() != memory->changeCount) {
+        // The clipboard moved while the application came to the front: some take it anew then, or
+        // the user copied something. That is what has to come back, and no answer to our key.
+        const auto before = memory->changeCount;
+        const auto changes = m_parts.selections->changes();
+        *memory = readAll();
+        memory->changeCount = before;
+        m_shift = before - static_cast<std::int64_t>(changes);
+    }
+    const bool lost = memory ? memory->lost : m_lost;
+    Copy copy;
+    copy.asked = tagOf(target);
+    copy.changesBefore = m_parts.selections->changes();
+    copy.countBefore = count();
+    copy.posted = steady_clock::now();
+    if (target.takesKeys && !lost) {
+        const auto posted = std::make_shared<bool>(false);
+        const bool ran =
+            m_parts.link->run([keys = m_parts.keys, posted] { *posted = keys->post(kCopyKey); });
+        copy.keyPosted = ran && *posted;
+    }
+    if (copy.keyPosted) {
+        const std::lock_guard late(m_late->mutex);
+        m_late->asked = copy.asked;
+        m_late->posted = copy.posted;
+        m_late->remembered = memory ? memory->content : nullptr;
+        m_late->watched = false; // Until the outcome has been looked at.
+    }
+    m_copy = std::move(copy);
+}
+
+CopyFacts Clipboard::facts() const {
+    CopyFacts facts;
+    facts.keyPosted = m_copy->keyPosted;
+    const auto changes = m_parts.selections->changesSince(m_copy->changesBefore);
+    facts.clipboardChanged = !changes.empty();
+    for (const auto& change : changes) {
+        facts.changedBy = provenanceOf(change.owner, m_copy->asked);
+        facts.oneClient = facts.oneClient && change.owner == changes.front().owner;
+    }
+    const auto primary = m_parts.selections->seen(SelectionName::Primary);
+    if (!primary.formats.empty() && !primary.ours) {
+        facts.primaryOwner = provenanceOf(primary.owner, m_copy->asked);
+        if (primary.since) facts.primaryAge = since(*primary.since, steady_clock::now());
+    }
+    facts.hasAnswered = m_haveAnswered.contains(m_copy->asked.appId);
+    return facts;
+}
+
+std::int64_t Clipboard::changeCount() {
+    const std::lock_guard lock(m_mutex);
+    if (m_copy && !m_copy->decided) return decideCopy();
+    return count();
+}
+
+std::int64_t Clipboard::decideCopy() {
+    (void)m_parts.link->answers(); // What it has sent has arrived.
+    auto& copy = *m_copy;
+    copy.decided = true;
+    std::optional<std::string> fromPrimary;
+    if (copyOutcome(facts()) == CopyOutcome::Primary)
+        fromPrimary = textFrom(SelectionName::Primary);
+    // An application that was busy copying a large selection answers about PRIMARY only after that,
+    // so the copy itself may have come meanwhile.
+    const auto changes = m_parts.selections->changes();
+    copy.fromClipboard = copyOutcome(facts()) == CopyOutcome::Clipboard;
+    if (copy.fromClipboard) {
+        m_haveAnswered.insert(copy.asked.appId);
+    } else {
+        // PRIMARY counts as one change. Without it there was none: a change that the application
+        // did not make is someone else's and no answer.
+        const bool taken = fromPrimary && !fromPrimary->empty();
+        m_shift = copy.countBefore + (taken ? 1 : 0) - static_cast<std::int64_t>(changes);
+        if (taken) copy.fromPrimary = std::move(fromPrimary);
+        const std::lock_guard late(m_late->mutex);
+        m_late->watched = copy.keyPosted;
+    }
+    return count();
+}
+
+void Clipboard::undoLate(LateCopy& late, WaylandSelections& selections,
+                         const SelectionChange& change) {
+    const std::lock_guard lock(late.mutex);
+    if (!late.watched) return;
+    LateChangeFacts facts;
+    facts.keyPosted = facts.decided = facts.remembered = true;
+    facts.change = provenanceOf(change.owner, late.asked);
+    // Nobody tells the moment of the wish that a copy answers: it counts from when it arrived.
+    facts.selectedAfterKey = facts.arrivedAfterKey = since(late.posted, change.when);
+    if (!isLateCopy(facts)) return;
+    late.watched = false;
+    selections.offer(late.remembered);
+}
+
+void Clipboard::stopWatching() {
+    const std::lock_guard lock(m_late->mutex);
+    m_late->watched = false;
+    m_late->remembered.reset();
+}
+
+// ---- content -----------------------------------------------------------------------------------
+
+std::optional<std::string> Clipboard::string() {
+    const std::lock_guard lock(m_mutex);
+    if (m_copy && m_copy->fromPrimary) return m_copy->fromPrimary;
+    if (!m_parts.link->answers()) return std::nullopt;
+    const auto now = m_parts.selections->seen(SelectionName::Clipboard);
+    if (now.ours) return textAmong(*now.ours);
+    auto text = textFrom(SelectionName::Clipboard);
+    if (text && m_copy && m_copy->fromClipboard && copyOutcome(facts()) != CopyOutcome::Clipboard) {
+        return std::nullopt; // Somebody else copied between the look and the reading.
+    }
+    return text;
+}
+
+void Clipboard::offer(Content content) {
+    m_isEmptiedByUs = false;
+    m_parts.link->run([selections = m_parts.selections, content = std::move(content)] {
+        selections->offer(content);
+    });
+    // It has taken effect when the compositor says so.
+    (void)m_parts.link->answers();
+}
+
+void Clipboard::clearContents() {
+    const std::lock_guard lock(m_mutex);
+    m_copy.reset();
+    stopWatching();
+    offer(nullptr);
+    m_isEmptiedByUs = true;
+}
+
+void Clipboard::setString(std::string_view text) {
+    const std::lock_guard lock(m_mutex);
+    m_copy.reset();
+    stopWatching();
+    offer(std::make_shared<const ClipboardContent>(ClipboardContent{
+        {std::string(kUtf8Plain), std::string(kUtf8Plain), 8, std::string(text)},
+        {std::string(kUtf8String), std::string(kUtf8String), 8, std::string(text)}}));
+}
+
+PasteboardMemory Clipboard::remember() {
+    const std::lock_guard lock(m_mutex);
+    m_copy.reset();
+    (void)m_parts.link->answers();
+    const auto changes = count();
+    const auto memory = std::make_shared<Memory>(readAll());
+    memory->changeCount = changes;
+    m_memory = memory;
+    m_lost = memory->lost;
+    return {.string = memory->content ? textAmong(*memory->content) : std::nullopt,
+            .changeCount = memory->changeCount,
+            .formats = std::shared_ptr<const void>(memory, memory->content.get())};
+}
+
+void Clipboard::putBack(const PasteboardMemory& memory) {
+    const std::lock_guard lock(m_mutex);
+    (void)m_parts.link->answers();
+    ClipboardFacts now;
+    const auto seen = m_parts.selections->seen(SelectionName::Clipboard);
+    now.ownedByUs = seen.ours != nullptr || (seen.formats.empty() && m_isEmptiedByUs);
+    if (m_copy) {
+        const auto facts = this->facts();
+        now.keyPosted = facts.keyPosted;
+        now.changed = facts.clipboardChanged;
+        now.lastChange = facts.changedBy;
+        now.oneClient = facts.oneClient;
+    }
+    const bool tookPrimary = m_copy && m_copy->fromPrimary;
+    m_copy.reset();
+    if (tookPrimary || !mayPutBack(now)) return;
+    auto content = std::shared_ptr<const ClipboardContent>(
+        memory.formats, static_cast<const ClipboardContent*>(memory.formats.get()));
+    // The latest memory may have been renewed since it was handed out.
+    const auto latest = m_memory.lock();
+    if (latest && latest->changeCount == memory.changeCount) content = latest->content;
+    if (seen.ours && seen.ours == content) return;
+    if (seen.formats.empty() && (!content || content->empty())) return;
+    offer(std::move(content));
+}
+
+// ---- reading -----------------------------------------------------------------------------------
+
+std::optional<std::string> Clipboard::textFrom(SelectionName which) {
+    const auto now = m_parts.selections->seen(which);
+    const auto has = [&](std::string_view format) {
+        return std::ranges::find(now.formats, format) != now.formats.end();
+    };
+    // Password managers mark what they copy, for clipboard managers not to record it. It is no
+    // work. One that marks it and then says nothing means the same.
+    if (has(kPasswordHint)) {
+        const auto hint = m_parts.selections->read(
+            which, now.generation, std::string(kPasswordHint),
+            {kLongestHint, kOwnerSilence, steady_clock::now() + kOwnerSilence});
+        const bool harmless =
+            hint.kind == SelectionAnswer::Kind::Value && !hint.bytes.starts_with(kSecret);
+        if (!harmless) return std::nullopt;
+    }
+    const auto deadline = steady_clock::now() + kLongestRead;
+    for (const auto format : kTextFormats) {
+        if (!has(format)) continue;
+        const auto answer = m_parts.selections->read(which, now.generation, std::string(format),
+                                                     {kLargestText, kOwnerSilence, deadline});
+        if (answer.kind == SelectionAnswer::Kind::Refused) continue;
+        if (answer.kind != SelectionAnswer::Kind::Value) return std::nullopt;
+        std::string_view bytes = answer.bytes;
+        if (bytes.ends_with('\0')) bytes.remove_suffix(1);
+        return text::repairedUtf8(bytes);
+    }
+    return std::nullopt;
+}
+
+Clipboard::Memory Clipboard::readAll() {
+    using Kind = SelectionAnswer::Kind;
+    Memory memory;
+    const auto now = m_parts.selections->seen(SelectionName::Clipboard);
+    if (now.ours) {
+        memory.content = now.ours;
+        return memory;
+    }
+    const auto end = steady_clock::now() + kLongestRemember;
+    auto content = std::make_shared<ClipboardContent>();
+    std::size_t room = kLargestMemory;
+    bool missed = false;
+    for (const auto& format : formatsToKeep(now.formats)) {
+        if (isCovered(format, *content)) continue;
+        auto answer = m_parts.selections->read(SelectionName::Clipboard, now.generation, format,
+                                               {room, kOwnerSilence, end});
+        if (answer.kind == Kind::Silent || answer.kind == Kind::TooLarge) missed = true;
+        if (answer.kind == Kind::Silent) break; // Once is enough: the wait is the user's.
+        if (answer.kind != Kind::Value) continue;
+        room -= answer.bytes.size();
+        content->push_back({format, format, 8, std::move(answer.bytes)});
+    }
+    memory.lost = missed && content->empty();
+    // Offered again in the owner's own order, which some programs choose by.
+    std::ranges::sort(*content, {}, [&](const ClipboardFormat& format) {
+        return std::ranges::find(now.formats, format.target) - now.formats.begin();
+    });
+    if (!content->empty()) memory.content = std::move(content);
+    return memory;
+}
+
+} // namespace
+
+std::shared_ptr<CopyClipboard> makeWaylandClipboard(WaylandClipboardParts parts) {
+    return std::make_shared<Clipboard>(std::move(parts));
+}
+
+} // namespace kelvane

@@ -1,0 +1,57 @@
+// The ports of a desktop whose compositor tells what they need.
+//
+// The one header of this room that the rest of the program sees; it names no type of the libraries,
+// so that a build without them has the same one and finds no such desktop.
+
+#pragma once
+
+#include "platform/linux/rules/desktop_entries.h"
+#include "platform/linux/rules/desktop_sources.h"
+#include "platform/ports/keyboard.h"
+#include "platform/ports/pasteboard.h"
+#include "platform/ports/window_list.h"
+#include "platform/ports/window_picture.h"
+#include "platform/ports/workspace.h"
+
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace kelvane {
+
+/// Where the session's services are, as its environment says; empty where it does not.
+struct WaylandPlace {
+    std::string socket;     ///< The compositor's, an absolute path.
+    std::string swaySocket; ///< SWAYSOCK
+    std::string sessionBus; ///< DBUS_SESSION_BUS_ADDRESS
+};
+
+/// One link to the compositor, and all that goes over it. Any thread.
+class WaylandSession {
+public:
+    virtual ~WaylandSession() = default;
+
+    /// What the compositor offers; `wayland` is true.
+    [[nodiscard]] virtual const DesktopOffer& offer() const = 0;
+
+    // Each is for the sources Wlroots and KWin alone, and then never null. They keep the link.
+    [[nodiscard]] virtual std::unique_ptr<Workspace> workspace() = 0;
+    [[nodiscard]] virtual std::unique_ptr<Keyboard> keyboard() = 0;
+    [[nodiscard]] virtual std::unique_ptr<Pasteboard> pasteboard() = 0;
+    [[nodiscard]] virtual std::unique_ptr<WindowList> windowList() = 0;
+    [[nodiscard]] virtual std::unique_ptr<WindowPicture> windowPicture(DesktopSource source) = 0;
+};
+
+/// What to connect for: a look at who is in front needs no keyboard and no clipboard.
+enum class WaylandUse { WindowsOnly, Everything };
+
+struct OpenedWaylandSession {
+    std::unique_ptr<WaylandSession> session; ///< Null when nobody answers, or nothing was built.
+    bool silent = false;                     ///< Somebody is there and does not answer.
+};
+
+/// Waits for at most a second.
+[[nodiscard]] OpenedWaylandSession openWaylandSession(const WaylandPlace& place,
+                                                      InstalledEntries installed, WaylandUse use);
+
+} // namespace kelvane
