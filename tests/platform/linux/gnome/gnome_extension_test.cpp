@@ -3,10 +3,12 @@
 #include "platform/linux/gnome/gnome_extension.h"
 
 #include "platform/fake/fake_clock.h"
+#include "platform/fake/fake_environment.h"
 #include "platform/fake/fake_own_focus.h"
 #include "platform/linux/accessibility/accessible_ports.h"
 #include "platform/linux/desktop_files.h"
 #include "platform/linux/gnome/gnome_ports.h"
+#include "platform/linux/linux_platform.h"
 #include "tests/platform/linux/common/png_pixels.h"
 #include "tests/platform/linux/wayland/wayland_desktop.h"
 
@@ -147,6 +149,14 @@ protected:
         EXPECT_TRUE(found) << "no window " << title;
         return found;
     }
+    /// The ports as the product makes them on this desktop.
+    LinuxDesktop product() {
+        FakeEnvironment environment;
+        for (const auto& [name, value] : desktop().environment()) {
+            environment.variables[name] = value;
+        }
+        return makeLinuxDesktop(environment, clock, focus);
+    }
     pid_t start(const std::vector<std::string>& command) {
         programs.push_back(desktop().start(command));
         return programs.back();
@@ -182,7 +192,11 @@ TEST_F(GnomeExtensionTest, IsOffUntilItIsTurnedOnAndThenAnswersTheCompanionAlone
     EXPECT_FALSE(extension->placePanel());
     EXPECT_TRUE(isGnomeShell(desktop().environment().at("DBUS_SESSION_BUS_ADDRESS")));
 
+    EXPECT_THAT(product().limits->now().line, HasSubstr("turn on its Shell extension"));
+
     turnOn();
+    EXPECT_EQ(product().limits->now().line, "");
+    EXPECT_FALSE(product().limits->now().hidesFront);
     for (const auto* const method : {"Windows", "PlacePanel"}) {
         const auto answer = desktop().outputOf(
             {"sh", "-c",
@@ -203,6 +217,7 @@ TEST_F(GnomeExtensionTest, TellsWhoIsInFrontAndWhatIsSelectedThere) {
     ASSERT_TRUE(front);
     EXPECT_EQ(front->bundleId, "org.xfce.mousepad");
     EXPECT_EQ(first->process, programs.back());
+    EXPECT_EQ(product().workspace->frontmost(), front) << "the product chooses this source";
 
     EXPECT_TRUE(WaylandDesktop::waitUntil([&] {
         selectAll();
