@@ -1,11 +1,13 @@
 #include "app/companion_model.h"
 
+#include "app/accessibility_choice.h"
 #include "app/process_settings.h"
 #include "detect/harness_config.h"
 #include "detect/live_agent_scan.h"
 #include "platform/ports/dispatcher.h"
 #include "platform/ports/environment.h"
 #include "platform/ports/file_system.h"
+#include "platform/ports/own_focus.h"
 #include "platform/ports/workspace.h"
 
 #include <algorithm>
@@ -64,6 +66,9 @@ void CompanionModel::refresh() {
     keyIsExposed = EvalBridge::isKeyExposed(m_ports.environment, m_ports.files, home);
     kitIsMissing = !m_ports.files.exists(home / ".brask" / "validate.py");
     const std::string bundleId = front ? front->bundleId.value_or("") : "";
+    lookAtLimits();
+    const bool isOurs = m_ports.ownFocus != nullptr && m_ports.ownFocus->isHeld();
+    if (!front && limit->hidesFront && !isOurs) detected = DetectedApp{};
     // The panel itself is no application to grade: what was in front before it stays.
     if (!bundleId.empty() && bundleId != kBundleID) {
         detected = AppDetector::resolve(front->bundleId, front->name, catalog);
@@ -81,6 +86,16 @@ void CompanionModel::refresh() {
     workflow = WorkflowInfer::infer(history, detected->app);
 }
 
+void CompanionModel::lookAtLimits() {
+    if (m_ports.limits == nullptr) return;
+    auto now = m_ports.limits->now();
+    if (now != *limit) limit = std::move(now);
+    const bool ours = limit->accessibilityHelps &&
+                      accessibility_choice::remembered(m_ports.files, braskHome(home)) ==
+                          accessibility_choice::Answer::On;
+    if (ours != *accessibilityIsOurs) accessibilityIsOurs = ours;
+}
+
 void CompanionModel::grade(GradeWish wish) {
     if (!detected->app) return;
     auto key = EvalBridge::apiKey(m_ports.environment, m_ports.files, home);
@@ -90,6 +105,7 @@ void CompanionModel::grade(GradeWish wish) {
     // The verdict of other work must not stand beside the progress of this one.
     verdict = std::nullopt;
     note = std::nullopt;
+    hint(CaptureLack::Nothing);
 
     // The application, the key and the ticket as they are now: the panel may show another by the
     // time the capture ends.
@@ -101,9 +117,11 @@ void CompanionModel::grade(GradeWish wish) {
             end(ticket);
             grading = false;
             note = capture.note ? capture.note : "Couldn't capture anything to grade.";
+            hint(capture.lacks);
             return;
         }
         note = capture.note;
+        hint(capture.lacks);
         auto about = aboutWork(capture, from);
         publishVerdict(ticket, std::move(about),
                        [ports = evalPorts(m_ports, ticket.get()), capture = std::move(capture),
@@ -131,6 +149,7 @@ void CompanionModel::iterate() {
             end(ticket);
             grading = false;
             note = capture.note;
+            hint(capture.lacks);
             return;
         }
         auto about = aboutWork(capture, from);
@@ -157,6 +176,15 @@ void CompanionModel::cancel() {
     }
     grading = false;
     note = "Grade cancelled.";
+    hint(CaptureLack::Nothing);
+}
+
+void CompanionModel::hint(CaptureLack lack) {
+    std::optional<std::string> said;
+    if (lack == CaptureLack::Picture) said = limit->noPicture;
+    if (lack == CaptureLack::Selection) said = limit->noSelection;
+    if (said == "") said.reset();
+    if (*noteHint != said) noteHint = std::move(said);
 }
 
 CompanionModel::Ticket CompanionModel::begin(const std::string& key) {

@@ -17,6 +17,7 @@
 #include "eval/eval_bridge.h"
 #include "eval/grade_ticket.h"
 #include "eval/verdict.h"
+#include "platform/ports/desktop_limits.h"
 
 #include <deque>
 #include <filesystem>
@@ -33,6 +34,7 @@ class Dispatcher;
 class Environment;
 class FileSystem;
 class HttpSession;
+class OwnFocus;
 class ProcessRunner;
 class Workspace;
 
@@ -60,6 +62,8 @@ public:
         std::function<CaptureResult(const DetectedApp&)> capture;
         /// As the service client has it. Called in the background, and may ask the user.
         std::function<bool(const std::string& address)> mayGoUnencrypted = nullptr;
+        DesktopLimits* limits = nullptr; ///< Null: the desktop has none.
+        OwnFocus* ownFocus = nullptr;    ///< Null: it has no windows.
     };
 
     /// Stores its arguments. It scans and looks up nothing; the first `refresh` fills the state.
@@ -79,7 +83,12 @@ public:
     Published<std::optional<Verdict>> verdict{m_willChange};  ///< Of the last grade or iterate.
     Published<bool> grading{m_willChange};                    ///< A grade or iterate is in flight.
     Published<std::optional<std::string>> note{m_willChange}; ///< A remark on the last capture.
-    Published<bool> hasKey{m_willChange};                     ///< A service key is available.
+    /// What else helps, on this system; only beside a note.
+    Published<std::optional<std::string>> noteHint{m_willChange};
+    Published<bool> hasKey{m_willChange};        ///< A service key is available.
+    Published<DesktopLimit> limit{m_willChange}; ///< What this desktop does not allow.
+    /// Whether the user's accessibility setting is on because he had this program switch it on.
+    Published<bool> accessibilityIsOurs{m_willChange};
 
     // These notify nobody: they change only before something above does.
     std::optional<GradedWork> gradedWork; ///< What `verdict` is about; absent of a demonstration.
@@ -94,6 +103,7 @@ public:
     std::function<void()> onWire = [] {};
     std::function<void()> onGetKey = [] {};
     std::function<void()> onUninstall = [] {};
+    std::function<void()> onAccessibility = [] {};
     std::function<void()> onQuit = [] {};
     std::function<void(const std::string& runId)> onOpenReport = [](const std::string&) {};
 
@@ -106,7 +116,9 @@ public:
 
     /// Looks again: the application in front, the agents, the key, the workflow. While this program
     /// itself, or nothing, is in front, `detected` and `history` stay as they are, so that the
-    /// panel goes on describing the application the user came from.
+    /// panel goes on describing the application the user came from. Where an application may be in
+    /// front without anybody telling, nobody in front empties `detected`, unless this program has
+    /// the keyboard: no other one is named then than the one the user came from.
     void refresh();
 
     /// Captures and grades the work in the detected application, as the catalog or the wish says.
@@ -136,6 +148,8 @@ private:
         std::string key;
     };
 
+    void lookAtLimits();
+    void hint(CaptureLack lack);
     [[nodiscard]] Ticket begin(const std::string& key);
     void end(const Ticket& ticket);
 

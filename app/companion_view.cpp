@@ -51,9 +51,11 @@ StatusDot statusDot(bool hasKey, bool keyIsExposed) {
     return {.tint = Tint::orange, .toolTip = "Get a free key to start grading"};
 }
 
-NowSection nowSection(const DetectedApp& detected, const AppCatalog& catalog) {
+NowSection nowSection(const DetectedApp& detected, const AppCatalog& catalog,
+                      const DesktopLimit& limit) {
     NowSection now;
     now.caption = "NOW";
+    now.hint = shownParagraph(limit.line);
     if (const auto& app = detected.app) {
         now.recognised = true;
         now.bundleId = detected.rawBundleId;
@@ -160,8 +162,19 @@ VerdictSection verdictSection(const CompanionModel& model) {
     } else if (const auto& note = *model.note) {
         section.note = shownParagraph(*note);
         section.spoken = *section.note;
+        if (const auto& hint = *model.noteHint) {
+            section.hint = shownParagraph(*hint);
+            section.spoken += " " + section.hint;
+        }
     }
     return section;
+}
+
+/// Why nothing can be graded, where the desktop is the reason: nobody says who is in front.
+std::string whyNoGrade(const CompanionModel& model) {
+    const bool nobody = model.detected->rawBundleId.empty() && !model.detected->supported();
+    if (!nobody || model.limit->line.empty()) return {};
+    return shownParagraph("Nobody says which window is in front. " + model.limit->line);
 }
 
 ActionRow actionRow(const CompanionModel& model) {
@@ -169,7 +182,8 @@ ActionRow actionRow(const CompanionModel& model) {
     return {.grade = {.label = "Grade this",
                       .symbol = Symbol::seal,
                       .visible = true,
-                      .enabled = model.detected->supported() && !*model.grading && *model.hasKey},
+                      .enabled = model.detected->supported() && !*model.grading && *model.hasKey,
+                      .toolTip = whyNoGrade(model)},
             .iterate = {.label = "Iterate",
                         .symbol = Symbol::iterateArrows,
                         .visible = verdict && verdict->runId,
@@ -205,16 +219,24 @@ WorkflowSection workflowSection(const WorkflowState& workflow) {
     return section;
 }
 
-FooterRow footerRow() {
-    return {.wire = {.label = "Wire my tools",
-                     .symbol = std::nullopt,
-                     .visible = true,
-                     .enabled = true},
-            .menuTitle = "Settings",
-            .menu = {{.action = MenuAction::getKey, .title = "Get a free key…"},
-                     {.action = MenuAction::uninstall, .title = "Uninstall Kelvane…"},
-                     {.action = MenuAction::divider, .title = ""},
-                     {.action = MenuAction::quit, .title = "Quit"}}};
+FooterRow footerRow(const CompanionModel& model) {
+    FooterRow row{.wire = {.label = "Wire my tools",
+                           .symbol = std::nullopt,
+                           .visible = true,
+                           .enabled = true},
+                  .menuTitle = "Settings",
+                  .menu = {{.action = MenuAction::getKey, .title = "Get a free key…"},
+                           {.action = MenuAction::uninstall, .title = "Uninstall Kelvane…"},
+                           {.action = MenuAction::divider, .title = ""},
+                           {.action = MenuAction::quit, .title = "Quit"}}};
+    // Only where it changes something: nobody else has a use for the setting.
+    if (model.limit->accessibilityHelps) {
+        row.menu.insert(row.menu.begin() + 1,
+                        {.action = MenuAction::accessibility,
+                         .title = *model.accessibilityIsOurs ? "Switch accessibility off again…"
+                                                             : "Read text of more programs…"});
+    }
+    return row;
 }
 
 } // namespace
@@ -241,6 +263,8 @@ std::string_view name(MenuAction action) {
         return "uninstall";
     case MenuAction::quit:
         return "quit";
+    case MenuAction::accessibility:
+        return "accessibility";
     case MenuAction::divider:
         break;
     }
@@ -341,12 +365,12 @@ CompanionViewRecord companionView(const CompanionModel& model) {
             .markLetter = "K",
             .tag = "Companion",
             .status = statusDot(*model.hasKey, model.keyIsExposed),
-            .now = nowSection(*model.detected, model.catalog),
+            .now = nowSection(*model.detected, model.catalog, *model.limit),
             .verdict = verdictSection(model),
             .actions = actionRow(model),
             .agents = agentsSection(*model.agents, model.kitIsMissing),
             .workflow = workflowSection(*model.workflow),
-            .footer = footerRow()};
+            .footer = footerRow(model)};
 }
 
 } // namespace kelvane

@@ -41,6 +41,7 @@ struct NowSection {
     std::optional<Symbol> symbol; ///< Instead of the icon when not recognised.
     std::string headline;
     std::string detail;
+    std::string hint = {}; ///< What this desktop does not allow, below the rest; may be empty.
 
     bool operator==(const NowSection&) const = default;
 };
@@ -88,6 +89,7 @@ struct VerdictSection {
     std::optional<std::string> progress; ///< Beside a moving indicator.
     std::optional<Graded> graded;
     std::optional<std::string> note;
+    std::string hint = {};   ///< Beside the note, what helps on this system; may be empty.
     std::string spoken = {}; ///< What is read out when this comes up; empty: nothing.
 
     bool operator==(const VerdictSection&) const = default;
@@ -98,6 +100,7 @@ struct ButtonView {
     std::optional<Symbol> symbol;
     bool visible = true;
     bool enabled = true;
+    std::string toolTip = {}; ///< Why it is not enabled, where there is more to say; may be empty.
 
     bool operator==(const ButtonView&) const = default;
 };
@@ -145,7 +148,7 @@ struct WorkflowSection {
 };
 
 /// What a menu item asks of the model; a divider asks for nothing.
-enum class MenuAction { getKey, uninstall, quit, divider };
+enum class MenuAction { getKey, uninstall, quit, divider, accessibility };
 
 /// The action's name, e.g. "getKey".
 [[nodiscard]] std::string_view name(MenuAction action);

@@ -143,13 +143,15 @@ CaptureResult selectionOrShot(const Ports& ports, const RunningApp& running, con
         }
     }
     // The permission may have come or gone since; the note must fit how things are now.
+    const bool trusted = ports.keyboard.trusted();
     const std::string note =
-        ports.keyboard.trusted()
-            ? "No text selection found — graded a screenshot of " + displayName(app) +
-                  "'s window. Select text first for a text grade."
-            : "Grant Accessibility (System Settings ▸ Privacy) to grade your text selection; "
-              "graded a window screenshot for now.";
-    return windowShot(ports, running, app, modality, note);
+        trusted ? "No text selection found — graded a screenshot of " + displayName(app) +
+                      "'s window. Select text first for a text grade."
+                : "Grant Accessibility (System Settings ▸ Privacy) to grade your text selection; "
+                  "graded a window screenshot for now.";
+    auto shot = windowShot(ports, running, app, modality, note);
+    if (shot.ok && !trusted) shot.lacks = CaptureLack::Selection;
+    return shot;
 }
 
 } // namespace
@@ -207,10 +209,13 @@ CaptureResult windowShot(const Ports& ports, const RunningApp& running, const De
                          const std::optional<std::string>& note) {
     const auto png = frontWindowPNG(ports.windows, ports.picture, running.pid);
     if (!png || png->empty()) {
-        return failure(fallbackModality,
-                       "Couldn't capture " + displayName(app) +
-                           "'s window — grant Screen Recording in System Settings ▸ Privacy, and "
-                           "make sure the window is open on screen.");
+        auto failed =
+            failure(fallbackModality,
+                    "Couldn't capture " + displayName(app) +
+                        "'s window — grant Screen Recording in System Settings ▸ Privacy, and "
+                        "make sure the window is open on screen.");
+        failed.lacks = CaptureLack::Picture;
+        return failed;
     }
     // A slide and an interface are judged as such by their picture; of anything else only the
     // picture is left.

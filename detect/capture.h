@@ -29,12 +29,16 @@ class Pasteboard;
 class WindowPicture;
 class Workspace;
 
+/// What the system did not let a capture have, for whoever can say more about it than the note.
+enum class CaptureLack { Nothing, Selection, Picture };
+
 struct CaptureResult {
     std::vector<ArtifactPart> parts; ///< What to submit: one part, or none.
     std::string modality;            ///< What to declare the work as.
     bool ok = false;                 ///< False: nothing to submit.
     std::optional<std::string>
         note; ///< A sentence for the user; absent when there is nothing to say.
+    CaptureLack lacks = CaptureLack::Nothing; ///< What the note is about, if about that.
 
     bool operator==(const CaptureResult&) const = default;
 };

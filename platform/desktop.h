@@ -6,10 +6,12 @@
 
 #pragma once
 
+#include "platform/ports/accessibility_switch.h"
 #include "platform/ports/app_icons.h"
 #include "platform/ports/bundle_resources.h"
 #include "platform/ports/clock.h"
 #include "platform/ports/compositing.h"
+#include "platform/ports/desktop_limits.h"
 #include "platform/ports/dialogs.h"
 #include "platform/ports/dispatcher.h"
 #include "platform/ports/environment.h"
@@ -19,6 +21,8 @@
 #include "platform/ports/kept_programs.h"
 #include "platform/ports/keyboard.h"
 #include "platform/ports/login_item.h"
+#include "platform/ports/own_focus.h"
+#include "platform/ports/panel_place.h"
 #include "platform/ports/pasteboard.h"
 #include "platform/ports/pointer_presses.h"
 #include "platform/ports/process_runner.h"
@@ -45,11 +49,15 @@ struct DesktopPorts {
     std::unique_ptr<ProcessRunner> processes;
     std::unique_ptr<KeptPrograms> programs;
     std::unique_ptr<Clock> clock;
+    std::unique_ptr<OwnFocus> ownFocus;
     std::unique_ptr<Workspace> workspace;
     std::unique_ptr<Keyboard> keyboard;
     std::unique_ptr<Pasteboard> pasteboard;
     std::unique_ptr<WindowList> windows;
     std::unique_ptr<WindowPicture> picture;
+    std::unique_ptr<PanelPlace> panelPlace;
+    std::unique_ptr<DesktopLimits> limits;
+    std::unique_ptr<AccessibilitySwitch> accessibility;
     std::unique_ptr<AppIcons> icons;
     std::unique_ptr<PointerPresses> presses;
     std::unique_ptr<InputHold> hold;
@@ -64,7 +72,7 @@ struct DesktopPorts {
 /// this is its thread.
 [[nodiscard]] DesktopPorts makeDesktopPorts();
 
-/// What the systems differ in: the ports from `workspace` to `urls`, and `loginItem`. Called by
+/// What the systems differ in: the ports from `ownFocus` to `urls`, and `loginItem`. Called by
 /// `makeDesktopPorts` once those before them are there.
 void addSystemPorts(DesktopPorts& ports);
 

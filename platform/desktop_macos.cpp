@@ -7,11 +7,15 @@ namespace kelvane {
 
 void addSystemPorts(DesktopPorts& ports) {
     ports.loginItem = LoginItem::LaunchAgent;
+    ports.ownFocus = std::make_unique<NoOwnFocus>();
     ports.workspace = makeNsWorkspace();
     ports.keyboard = makeCgKeyboard();
     ports.pasteboard = makeNsPasteboard();
     ports.windows = makeCgWindowList();
     ports.picture = makeScreencapture(*ports.processes, *ports.files);
+    ports.panelPlace = std::make_unique<NoPanelPlace>();
+    ports.limits = std::make_unique<NoDesktopLimits>();
+    ports.accessibility = std::make_unique<NoAccessibilitySwitch>();
     ports.icons = makeNsAppIcons();
     ports.presses = makeNsPointerPresses();
     ports.hold = std::make_unique<NoInputHold>();

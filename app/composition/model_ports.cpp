@@ -26,7 +26,9 @@ CompanionModel::Ports modelPorts(DesktopPorts& platform, Workspace& workspace,
                                             app);
                 },
             .mayGoUnencrypted =
-                [&plainHttp](const std::string& address) { return plainHttp.mayGoTo(address); }};
+                [&plainHttp](const std::string& address) { return plainHttp.mayGoTo(address); },
+            .limits = platform.limits.get(),
+            .ownFocus = platform.ownFocus.get()};
 }
 
 } // namespace kelvane

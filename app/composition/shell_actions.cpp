@@ -1,5 +1,6 @@
 #include "app/composition/shell_actions.h"
 
+#include "app/accessibility_question.h"
 #include "app/composition/model_ports.h"
 #include "app/grading_place.h"
 #include "app/grading_question.h"
@@ -121,6 +122,14 @@ AppDelegate::Actions shellActions(ShellParts parts) {
         uninstall(parts.ports, parts.installation, parts.application, parts.place);
     };
     actions.refreshRemoteCatalog = [parts] { fetchCatalog(parts.ports, parts.installation); };
+    actions.offerAccessibility = [parts](const DesktopLimit& limit) {
+        parts.accessibility.askOnce(limit);
+    };
+    actions.changeAccessibility = [parts] { parts.accessibility.change(); };
+    actions.panelShown = [parts] {
+        parts.ports.dispatcher->background(
+            [place = parts.ports.panelPlace.get()] { place->settle(); });
+    };
     actions.connectUrl = kConnectURL();
     actions.reportAddress = [parts](const std::string& runId, auto open) {
         findReportAddress(parts.ports, parts.environment, parts.installation, runId,

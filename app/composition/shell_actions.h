@@ -10,6 +10,7 @@ namespace kelvane {
 struct DesktopPorts;
 class ChosenEnvironment;
 class GradingPlace;
+class AccessibilityQuestion;
 class PlainHttpQuestion;
 
 /// What the operations are done with. All of it must outlive them.
@@ -21,6 +22,7 @@ struct ShellParts {
     PlainHttpQuestion& plainHttp;
     ChosenEnvironment& environment;
     GradingPlace& place;
+    AccessibilityQuestion& accessibility;
 };
 
 /// Where this user's copy of the program stands, or would.

@@ -36,6 +36,9 @@ ShellProgram::ShellProgram(const Launch& launch, std::unique_ptr<SingleInstance>
                    .dispatcher = *m_ports.dispatcher,
                    .quit = *m_ports.quit},
                   m_installation.braskHome),
+      m_accessibility(
+          {.files = *m_ports.files, .dialogs = *m_ports.dialogs, .setting = *m_ports.accessibility},
+          m_installation.braskHome),
       m_application(
           makeQtApplication([this] { m_ports.quit->raise(); }, [this] { bringForward(); })),
       m_palette(launch.shape == Shape::Picture ? nullptr : std::make_unique<ProgramPalette>()),
@@ -52,7 +55,8 @@ ShellProgram::ShellProgram(const Launch& launch, std::unique_ptr<SingleInstance>
                         .application = *m_application,
                         .plainHttp = m_plainHttp,
                         .environment = m_environment,
-                        .place = m_place}),
+                        .place = m_place,
+                        .accessibility = m_accessibility}),
           {.args = args(), .renderPath = launch.renderPath, .refreshesCatalog = !kNoRefresh()}),
       m_backgroundEnd(*m_ports.quit, m_ports.dispatcher),
       m_quitOnSignal([this] { m_application->terminate(); }),

@@ -7,6 +7,7 @@
 
 #pragma once
 
+#include "app/accessibility_question.h"
 #include "app/composition/launch.h"
 #include "app/composition/qt_windows.h"
 #include "app/grading_place.h"
@@ -51,6 +52,7 @@ private:
     const Installation m_installation;
     GradingPlace m_place;
     PlainHttpQuestion m_plainHttp;
+    AccessibilityQuestion m_accessibility;
     std::unique_ptr<Application> m_application;
     std::unique_ptr<ProgramPalette> m_palette; ///< Null for a picture, which has one of its own.
     // What starting, or showing the panel, has used is not kept for the hours until the next time.

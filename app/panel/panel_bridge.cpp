@@ -94,6 +94,9 @@ void PanelBridge::choose(PanelMenuAction::Value action) {
     case PanelMenuAction::Value::Quit:
         quit();
         break;
+    case PanelMenuAction::Value::Accessibility:
+        accessibility();
+        break;
     case PanelMenuAction::Value::Divider:
         break;
     }
@@ -124,6 +127,11 @@ void PanelBridge::getKey() {
 
 void PanelBridge::uninstall() {
     const auto hook = m_model.onUninstall;
+    hook();
+}
+
+void PanelBridge::accessibility() {
+    const auto hook = m_model.onAccessibility;
     hook();
 }
 

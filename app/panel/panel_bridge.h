@@ -80,6 +80,7 @@ public:
     Q_INVOKABLE void wire();
     Q_INVOKABLE void getKey();
     Q_INVOKABLE void uninstall();
+    Q_INVOKABLE void accessibility();
     Q_INVOKABLE void quit();
     Q_INVOKABLE void openReport(); ///< Of the verdict shown; nothing when it has no run.
 

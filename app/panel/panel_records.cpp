@@ -53,6 +53,7 @@ ButtonRecord buttonRecord(const ButtonView& button) {
     record.symbol = text(button.symbol);
     record.visible = button.visible;
     record.enabled = button.enabled;
+    record.toolTip = text(button.toolTip);
     return record;
 }
 
@@ -108,6 +109,7 @@ NowRecord nowRecord(const NowSection& now, AppIcons& icons) {
     record.symbol = text(now.symbol);
     record.headline = text(now.headline);
     record.detail = text(now.detail);
+    record.hint = text(now.hint);
     return record;
 }
 
@@ -116,6 +118,7 @@ VerdictRecord verdictRecord(const VerdictSection& verdict) {
     record.shown = verdict.progress || verdict.graded || verdict.note;
     record.progress = text(verdict.progress);
     record.note = text(verdict.note);
+    record.hint = text(verdict.hint);
     record.spoken = text(verdict.spoken);
     // All that follows belongs to a verdict with a band; the panel hides it otherwise.
     if (!verdict.graded) return record;

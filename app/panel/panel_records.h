@@ -51,6 +51,7 @@ enum class Value {
     Uninstall = static_cast<int>(MenuAction::uninstall),
     Quit = static_cast<int>(MenuAction::quit),
     Divider = static_cast<int>(MenuAction::divider),
+    Accessibility = static_cast<int>(MenuAction::accessibility),
 };
 Q_ENUM_NS(Value)
 } // namespace PanelMenuAction
@@ -85,6 +86,7 @@ struct NowRecord {
     Q_PROPERTY(QString symbol MEMBER symbol CONSTANT)
     Q_PROPERTY(QString headline MEMBER headline CONSTANT)
     Q_PROPERTY(QString detail MEMBER detail CONSTANT)
+    Q_PROPERTY(QString hint MEMBER hint CONSTANT)
 
 public:
     QString caption;
@@ -93,6 +95,7 @@ public:
     QString symbol;
     QString headline;
     QString detail;
+    QString hint; ///< What the desktop does not allow; may be empty.
 };
 
 struct FlawRecord {
@@ -116,6 +119,7 @@ struct VerdictRecord {
     Q_PROPERTY(bool shown MEMBER shown CONSTANT)
     Q_PROPERTY(QString progress MEMBER progress CONSTANT)
     Q_PROPERTY(QString note MEMBER note CONSTANT)
+    Q_PROPERTY(QString hint MEMBER hint CONSTANT)
     Q_PROPERTY(bool graded MEMBER graded CONSTANT)
     Q_PROPERTY(QString band MEMBER band CONSTANT)
     Q_PROPERTY(int bandTint READ bandTintNumber CONSTANT)
@@ -133,6 +137,7 @@ public:
     bool shown = false; ///< Whether the section has anything to show.
     QString progress;
     QString note;
+    QString hint;        ///< Below the note; may be empty.
     bool graded = false; ///< Whether what follows is of a verdict.
     QString band;
     PanelTint::Value bandTint = PanelTint::Value::Gray;
@@ -157,12 +162,14 @@ struct ButtonRecord {
     Q_PROPERTY(QString symbol MEMBER symbol CONSTANT)
     Q_PROPERTY(bool visible MEMBER visible CONSTANT)
     Q_PROPERTY(bool enabled MEMBER enabled CONSTANT)
+    Q_PROPERTY(QString toolTip MEMBER toolTip CONSTANT)
 
 public:
     QString label;
     QString symbol;
     bool visible = false;
     bool enabled = false;
+    QString toolTip; ///< Empty: there is none.
 };
 
 struct ActionsRecord {

@@ -71,14 +71,21 @@ void AppDelegate::applicationDidFinishLaunching() {
     wireHooks();
     makeStatusItem();
     m_popover = m_ports.windows.popover(*m_model);
-    if (!m_actions.isInstalled()) m_actions.runInstall(true);
+    const bool firstRun = !m_actions.isInstalled();
+    if (firstRun) m_actions.runInstall(true);
     m_model->refresh();
     m_timer = m_ports.ticker.every(kRefreshInterval, whileAlive([this] {
                                        m_model->refresh();
                                        m_actions.keepService();
                                    }));
     if (m_options.refreshesCatalog) m_actions.refreshRemoteCatalog();
-    m_ports.application.later(whileAlive([this] { settleGradingPlace(); }));
+    m_ports.application.later(whileAlive([this, firstRun] {
+        // The program may be quit while it is asked.
+        const std::weak_ptr<const bool> alive = m_alive;
+        settleGradingPlace();
+        // One question after the other, and the first run has enough of its own.
+        if (!alive.expired() && !firstRun) m_actions.offerAccessibility(*m_model->limit);
+    }));
 }
 
 void AppDelegate::showDemoWindow() {
@@ -100,6 +107,11 @@ void AppDelegate::wireHooks() {
     m_model->onUninstall = whileAlive([this] {
         closePopover();
         m_actions.runUninstall();
+    });
+    m_model->onAccessibility = whileAlive([this] {
+        closePopover();
+        m_actions.changeAccessibility();
+        m_model->refresh();
     });
     m_model->onQuit = whileAlive([this] { m_ports.application.terminate(); });
     m_model->onCapture = whileAlive([this](bool under) {
@@ -161,6 +173,7 @@ void AppDelegate::showPopover(bool pointerAtItem) {
     m_popover->show({.item = m_statusItem != nullptr ? m_statusItem->bounds() : std::nullopt,
                      .byPointer = pointerAtItem});
     m_popover->makeKey();
+    m_actions.panelShown();
 }
 
 void AppDelegate::settleGradingPlace() {

@@ -81,6 +81,9 @@ public:
         std::function<void()> askWhereToGrade = [] {};
         /// Sees to it that the service that was chosen is there.
         std::function<void()> keepService = [] {};
+        std::function<void(const DesktopLimit&)> offerAccessibility;
+        std::function<void()> changeAccessibility;
+        std::function<void()> panelShown; ///< A window of the panel's has just been shown.
         std::string connectUrl;
         /// Hands the address of the report on a run to `open`, at once or soon, on this thread.
         std::function<void(const std::string& runId, std::function<void(const std::string&)> open)>

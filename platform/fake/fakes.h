@@ -6,9 +6,11 @@
 
 #pragma once
 
+#include "platform/fake/fake_accessibility_switch.h"
 #include "platform/fake/fake_app_icons.h"
 #include "platform/fake/fake_bundle_resources.h"
 #include "platform/fake/fake_clock.h"
+#include "platform/fake/fake_desktop_limits.h"
 #include "platform/fake/fake_dialogs.h"
 #include "platform/fake/fake_dispatcher.h"
 #include "platform/fake/fake_environment.h"
@@ -16,6 +18,7 @@
 #include "platform/fake/fake_http_session.h"
 #include "platform/fake/fake_kept_programs.h"
 #include "platform/fake/fake_keyboard.h"
+#include "platform/fake/fake_own_focus.h"
 #include "platform/fake/fake_pasteboard.h"
 #include "platform/fake/fake_process_runner.h"
 #include "platform/fake/fake_url_opener.h"
@@ -29,7 +32,9 @@ namespace kelvane {
 /// One of each, sharing a journal: what most tests start with.
 struct FakePlatform {
     Journal journal;
+    FakeAccessibilitySwitch accessibility{journal};
     FakeClock clock{journal};
+    FakeDesktopLimits limits;
     FakeDialogs dialogs{journal};
     FakeDispatcher dispatcher;
     FakeEnvironment environment;
@@ -39,6 +44,7 @@ struct FakePlatform {
     FakeHttpSession http{journal};
     FakeKeptPrograms programs{journal};
     FakeKeyboard keyboard{journal};
+    FakeOwnFocus ownFocus;
     FakePasteboard pasteboard{journal};
     FakeProcessRunner processes{journal};
     FakeUrlOpener urls{journal};

@@ -1,5 +1,6 @@
 #include "platform/linux/linux_applications.h"
 
+#include "platform/linux/accessibility/accessible_ports.h"
 #include "platform/linux/linux_platform.h"
 #include "platform/linux/x11/x11_workspace.h"
 
@@ -7,11 +8,11 @@
 
 namespace kelvane {
 
-namespace {
-
 InstalledEntries entriesOf(const std::shared_ptr<DesktopFiles>& files) {
     return [files] { return files->index(); };
 }
+
+namespace {
 
 /// What the compositor offers; nothing where there is none.
 DesktopOffer offerOf(LinuxApplications& opened, Environment& environment, WaylandUse use) {
@@ -42,7 +43,8 @@ bool openX11(LinuxApplications& opened) {
 
 } // namespace
 
-LinuxApplications openLinuxApplications(Environment& environment, Clock& clock, WaylandUse use) {
+LinuxApplications openLinuxApplications(Environment& environment, Clock& clock, OwnFocus& ownFocus,
+                                        WaylandUse use) {
     LinuxApplications opened;
     opened.session = linuxSession(environment);
     const DesktopVariables variables = desktopVariables(environment);
@@ -50,29 +52,48 @@ LinuxApplications openLinuxApplications(Environment& environment, Clock& clock, 
         std::make_shared<DesktopFiles>(dataFolders(variables), messagesLocale(variables), clock);
     if (opened.session.kind == LinuxSession::Kind::None) return opened;
     auto offer = offerOf(opened, environment, use);
-    // A server that shows a part of the windows is asked when nobody else knows any.
-    if (chooseSources(offer).windows == DesktopSource::None) offer.xServer = openX11(opened);
+    if (offer.wayland && chooseSources(offer).windows == DesktopSource::None) {
+        opened.unseen = openUnseenSources(environment, entriesOf(opened.files), clock, ownFocus);
+        offer = opened.unseen.addTo(offer);
+    }
+    // A server that shows a part of the windows is asked when nobody else knows any, and beside
+    // programs that tell of themselves.
+    const auto windows = chooseSources(offer).windows;
+    if (windows == DesktopSource::None || windows == DesktopSource::Accessibility) {
+        offer.xServer = openX11(opened);
+    }
+    opened.offer = offer;
     opened.sources = chooseSources(offer);
     return opened;
 }
 
-std::unique_ptr<Workspace> workspaceOf(const LinuxApplications& opened) {
+std::unique_ptr<Workspace> x11WorkspaceOf(const LinuxApplications& opened) {
+    return makeX11Workspace(opened.x11, opened.x11 ? opened.session.display : opened.silentDisplay);
+}
+
+std::unique_ptr<Workspace> workspaceOf(const LinuxApplications& opened, Clock& clock) {
     switch (opened.sources.windows) {
     case DesktopSource::Wlroots:
     case DesktopSource::KWin:
         return opened.wayland->workspace();
-    case DesktopSource::X11:
-        return makeX11Workspace(opened.x11, opened.session.display);
     case DesktopSource::GnomeExtension:
+        return makeGnomePorts(opened.unseen.extension, opened.unseen.accessible,
+                              entriesOf(opened.files), clock)
+            .workspace;
     case DesktopSource::Accessibility:
+        return besideX11(x11WorkspaceOf(opened),
+                         makeAccessiblePorts(opened.unseen.accessible).workspace);
+    case DesktopSource::X11:
     case DesktopSource::None:
         break;
     }
-    return makeX11Workspace(nullptr, opened.silentDisplay);
+    return x11WorkspaceOf(opened);
 }
 
 std::unique_ptr<Workspace> makeLinuxWorkspace(Environment& environment, Clock& clock) {
-    return workspaceOf(openLinuxApplications(environment, clock, WaylandUse::WindowsOnly));
+    static NoOwnFocus none; // Who asks here has no windows.
+    return workspaceOf(openLinuxApplications(environment, clock, none, WaylandUse::WindowsOnly),
+                       clock);
 }
 
 } // namespace kelvane

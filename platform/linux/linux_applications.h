@@ -5,10 +5,12 @@
 #include "platform/linux/desktop_files.h"
 #include "platform/linux/linux_session.h"
 #include "platform/linux/rules/desktop_sources.h"
+#include "platform/linux/unseen_sources.h"
 #include "platform/linux/wayland/wayland_session.h"
 #include "platform/linux/x11/x11_applications.h"
 #include "platform/ports/clock.h"
 #include "platform/ports/environment.h"
+#include "platform/ports/own_focus.h"
 
 #include <memory>
 #include <string>
@@ -17,19 +19,27 @@ namespace kelvane {
 
 struct LinuxApplications {
     LinuxSession session;
+    DesktopOffer offer; ///< As it was found.
     DesktopSources sources;
     std::string silentDisplay; ///< Of one that let nobody in within the time it had; else empty.
     std::unique_ptr<WaylandSession> wayland; ///< Not null for the sources Wlroots and KWin.
-    std::shared_ptr<X11Applications> x11;    ///< Not null for the source X11.
-    std::shared_ptr<DesktopFiles> files;     ///< Never null; reads nothing until asked.
+    UnseenSources unseen; ///< Opened where the compositor tells nobody of its windows.
+    /// Not null for the source X11; beside Accessibility where there is a server.
+    std::shared_ptr<X11Applications> x11;
+    std::shared_ptr<DesktopFiles> files; ///< Never null; reads nothing until asked.
 };
 
 /// Connects to whom `environment` names, if anybody. The environment is read now and never again;
-/// `clock` must outlive what is made.
+/// `clock` and `ownFocus` must outlive what is made.
 [[nodiscard]] LinuxApplications openLinuxApplications(Environment& environment, Clock& clock,
-                                                      WaylandUse use);
+                                                      OwnFocus& ownFocus, WaylandUse use);
+
+[[nodiscard]] InstalledEntries entriesOf(const std::shared_ptr<DesktopFiles>& files);
+
+/// What the X server tells; with nobody there every answer is the absent one. Never null.
+[[nodiscard]] std::unique_ptr<Workspace> x11WorkspaceOf(const LinuxApplications& opened);
 
 /// Who is in front and who runs, by the source that was chosen for it. Never null.
-[[nodiscard]] std::unique_ptr<Workspace> workspaceOf(const LinuxApplications& opened);
+[[nodiscard]] std::unique_ptr<Workspace> workspaceOf(const LinuxApplications& opened, Clock& clock);
 
 } // namespace kelvane

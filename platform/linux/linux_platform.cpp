@@ -1,9 +1,13 @@
 #include "platform/linux/linux_platform.h"
 
+#include "platform/linux/accessibility/accessibility_switch.h"
+#include "platform/linux/accessibility/accessible_ports.h"
 #include "platform/linux/common/copy_keyboard.h"
 #include "platform/linux/common/copy_pasteboard.h"
 #include "platform/linux/desktop_icons.h"
 #include "platform/linux/linux_applications.h"
+#include "platform/linux/linux_limits.h"
+#include "platform/linux/unseen_sources.h"
 #include "platform/linux/x11/x11_clipboard.h"
 #include "platform/linux/x11/x11_compositing.h"
 #include "platform/linux/x11/x11_input_hold.h"
@@ -35,17 +39,43 @@ bool isOfWayland(DesktopSource source) {
     return source == DesktopSource::Wlroots || source == DesktopSource::KWin;
 }
 
+void useExtension(LinuxDesktop& desktop, const LinuxApplications& opened, Clock& clock) {
+    auto gnome = makeGnomePorts(opened.unseen.extension, opened.unseen.accessible,
+                                entriesOf(opened.files), clock);
+    desktop.workspace = std::move(gnome.workspace);
+    desktop.keyboard = std::move(gnome.keyboard);
+    desktop.pasteboard = std::move(gnome.pasteboard);
+    desktop.windowList = std::move(gnome.windowList);
+    desktop.windowPicture = std::move(gnome.windowPicture);
+    desktop.panelPlace = std::move(gnome.panelPlace);
+}
+
+/// Beside the X server, which answers for its own programs.
+void readFromPrograms(LinuxDesktop& desktop, const LinuxApplications& opened) {
+    auto own = makeAccessiblePorts(opened.unseen.accessible);
+    auto text = besideX11(
+        {x11WorkspaceOf(opened), std::move(desktop.keyboard), std::move(desktop.pasteboard)},
+        {std::move(own.workspace), std::move(own.keyboard), std::move(own.pasteboard)});
+    desktop.workspace = std::move(text.workspace);
+    desktop.keyboard = std::move(text.keyboard);
+    desktop.pasteboard = std::move(text.pasteboard);
+}
+
 } // namespace
 
-LinuxDesktop makeLinuxDesktop(Environment& environment, Clock& clock) {
-    const auto opened = openLinuxApplications(environment, clock, WaylandUse::Everything);
-    const auto& [session, sources, silent, wayland, x11, files] = opened;
+LinuxDesktop makeLinuxDesktop(Environment& environment, Clock& clock, OwnFocus& ownFocus) {
+    const auto opened = openLinuxApplications(environment, clock, ownFocus, WaylandUse::Everything);
+    const auto& session = opened.session;
+    const auto& sources = opened.sources;
+    const auto& wayland = opened.wayland;
+    const auto& x11 = opened.x11;
     // Only presses on the windows of X11 programs would be heard under Wayland: half an answer.
     const auto wholeX11 = session.kind == LinuxSession::Kind::X11 ? session.display : "";
     auto held = makeX11InputHold(wholeX11);
     const auto clipboard = x11 ? openX11Clipboard(session.display, held.post) : nullptr;
     LinuxDesktop desktop;
-    desktop.workspace = workspaceOf(opened);
+    desktop.workspace = workspaceOf(opened, clock);
+    desktop.panelPlace = std::make_unique<NoPanelPlace>();
     desktop.keyboard = isOfWayland(sources.keys) ? wayland->keyboard()
                                                  : makeCopyKeyboard(clipboard, copyTargetOf(x11));
     desktop.pasteboard =
@@ -55,7 +85,14 @@ LinuxDesktop makeLinuxDesktop(Environment& environment, Clock& clock) {
     desktop.windowPicture = isOfWayland(sources.picture)
                                 ? wayland->windowPicture(sources.picture)
                                 : makeX11WindowPicture(x11 ? session.display : "");
-    desktop.icons = makeDesktopIcons(files);
+    if (sources.windows == DesktopSource::GnomeExtension) useExtension(desktop, opened, clock);
+    if (sources.windows == DesktopSource::Accessibility) readFromPrograms(desktop, opened);
+    const auto offer = [unseen = opened.unseen, plain = opened.offer] {
+        return unseen.addTo(plain);
+    };
+    desktop.limits = makeLinuxLimits(offer, isGnomeShell(opened.unseen.sessionBus));
+    desktop.accessibility = makeAccessibilitySwitch(opened.unseen.sessionBus);
+    desktop.icons = makeDesktopIcons(opened.files);
     desktop.pointerPresses = makeX11PointerPresses(wholeX11);
     desktop.hold = std::move(held.hold);
     desktop.compositing = compositingOf(session);

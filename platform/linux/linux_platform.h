@@ -2,12 +2,16 @@
 
 #pragma once
 
+#include "platform/ports/accessibility_switch.h"
 #include "platform/ports/app_icons.h"
 #include "platform/ports/clock.h"
 #include "platform/ports/compositing.h"
+#include "platform/ports/desktop_limits.h"
 #include "platform/ports/environment.h"
 #include "platform/ports/input_hold.h"
 #include "platform/ports/keyboard.h"
+#include "platform/ports/own_focus.h"
+#include "platform/ports/panel_place.h"
 #include "platform/ports/pasteboard.h"
 #include "platform/ports/pointer_presses.h"
 #include "platform/ports/window_list.h"
@@ -25,6 +29,9 @@ struct LinuxDesktop {
     std::unique_ptr<Pasteboard> pasteboard;
     std::unique_ptr<WindowList> windowList;
     std::unique_ptr<WindowPicture> windowPicture;
+    std::unique_ptr<PanelPlace> panelPlace;
+    std::unique_ptr<DesktopLimits> limits;
+    std::unique_ptr<AccessibilitySwitch> accessibility;
     std::unique_ptr<AppIcons> icons;
     /// Under Wayland it never tells: only presses on the windows of X11 programs would be heard,
     /// half an answer.
@@ -34,9 +41,10 @@ struct LinuxDesktop {
 };
 
 /// Connects to the display that `environment` names. The environment is read now and never again;
-/// `clock` must outlive what is made. A display that goes away later does not come back: start
-/// again to use another one.
-[[nodiscard]] LinuxDesktop makeLinuxDesktop(Environment& environment, Clock& clock);
+/// `clock` and `ownFocus` must outlive what is made. A display that goes away later does not come
+/// back: start again to use another one.
+[[nodiscard]] LinuxDesktop makeLinuxDesktop(Environment& environment, Clock& clock,
+                                            OwnFocus& ownFocus);
 
 /// The first of them alone, with nothing beside it. The same rules hold.
 [[nodiscard]] std::unique_ptr<Workspace> makeLinuxWorkspace(Environment& environment, Clock& clock);

@@ -45,15 +45,18 @@ CompanionModel::Ports modelPorts(FakePlatform& fake) {
             .http = fake.http,
             .clock = fake.clock,
             .dispatcher = fake.dispatcher,
-            .capture = [&fake](const DetectedApp& app) {
-                return Capture::capture({.workspace = fake.workspace,
-                                         .keyboard = fake.keyboard,
-                                         .pasteboard = fake.pasteboard,
-                                         .windows = fake.windows,
-                                         .picture = fake.picture,
-                                         .clock = fake.clock},
-                                        app);
-            }};
+            .capture =
+                [&fake](const DetectedApp& app) {
+                    return Capture::capture({.workspace = fake.workspace,
+                                             .keyboard = fake.keyboard,
+                                             .pasteboard = fake.pasteboard,
+                                             .windows = fake.windows,
+                                             .picture = fake.picture,
+                                             .clock = fake.clock},
+                                            app);
+                },
+            .limits = &fake.limits,
+            .ownFocus = &fake.ownFocus};
 }
 
 /// The model over fakes, with two applications running and a service that answers.
@@ -189,6 +192,63 @@ TEST_F(CompanionModelTest, WithNothingOrAnAnonymousAppInFrontTheUsersAppStays) {
     model.refresh();
     EXPECT_EQ(*model.detected, before);
     EXPECT_EQ(model.history.size(), 1U);
+}
+
+TEST_F(CompanionModelTest, WhereTheOneInFrontMayBeHiddenNobodyElseIsNamed) {
+    model.refresh();
+    ASSERT_EQ(model.detected->rawBundleId, "org.example.editor");
+    fake.limits.limit = {.line = "Not everything is seen here.", .hidesFront = true};
+    fake.workspace.front = std::nullopt;
+    fake.ownFocus.held = true;
+    model.refresh();
+    EXPECT_EQ(model.detected->rawBundleId, "org.example.editor") << "the panel is in front of it";
+    EXPECT_EQ(model.limit->line, "Not everything is seen here.");
+    fake.ownFocus.held = false;
+    model.refresh();
+    EXPECT_EQ(*model.detected, DetectedApp{});
+    model.grade();
+    EXPECT_FALSE(*model.grading);
+    fake.workspace.front = 10;
+    model.refresh();
+    EXPECT_EQ(model.detected->rawBundleId, "org.example.editor");
+}
+
+TEST_F(CompanionModelTest, ANoteAboutAPermissionHasTheSystemsOwnHintBesideIt) {
+    fake.limits.limit = {.noPicture = "There is no such permission here."};
+    fake.picture.pictures.clear();
+    fake.workspace.front = 20;
+    model.refresh();
+    model.grade();
+    fake.dispatcher.runAll();
+    EXPECT_TRUE(model.note->value_or("").ends_with("make sure the window is open on screen."));
+    EXPECT_EQ(*model.noteHint, "There is no such permission here.");
+    fake.picture.pictures[7] = "PNG";
+    model.grade();
+    EXPECT_EQ(*model.noteHint, std::nullopt);
+    fake.dispatcher.runAll();
+    EXPECT_EQ(*model.noteHint, std::nullopt) << "nothing was lacking";
+}
+
+TEST_F(CompanionModelTest, WhereTheSystemAddsNothingThereIsNoHint) {
+    fake.picture.pictures.clear();
+    fake.workspace.front = 20;
+    model.refresh();
+    model.grade();
+    fake.dispatcher.runAll();
+    EXPECT_TRUE(*model.note);
+    EXPECT_EQ(*model.noteHint, std::nullopt);
+}
+
+TEST_F(CompanionModelTest, KnowsWhetherTheAccessibilitySettingIsItsOwnDoing) {
+    fake.limits.limit.accessibilityHelps = true;
+    model.refresh();
+    EXPECT_FALSE(*model.accessibilityIsOurs);
+    fake.files.files["/home/ada/.brask/accessibility"] = "# said\non\n";
+    model.refresh();
+    EXPECT_TRUE(*model.accessibilityIsOurs);
+    fake.files.files["/home/ada/.brask/accessibility"] = "off\n";
+    model.refresh();
+    EXPECT_FALSE(*model.accessibilityIsOurs);
 }
 
 TEST_F(CompanionModelTest, AppOutsideTheCatalogReplacesDetectedButAddsNoEvent) {

@@ -119,6 +119,50 @@ TEST_F(CompanionViewTest, AModalityWithoutALabelShowsItsId) {
     EXPECT_EQ(view().now.detail, "Design & UI · grades as hologram");
 }
 
+TEST_F(CompanionViewTest, WhatTheDesktopDoesNotAllowStandsBelowTheRest) {
+    EXPECT_EQ(view().now.hint, "");
+    model.limit = DesktopLimit{.line = "Turn it on.\x07"};
+    EXPECT_TRUE(view().now.hint.starts_with("Turn it on."));
+    inFront(figma());
+    EXPECT_EQ(view().now.headline, "You're in Figma") << "the stated lines stay as they are";
+    EXPECT_TRUE(view().now.hint.starts_with("Turn it on."));
+}
+
+TEST_F(CompanionViewTest, WhileNobodySaysWhoIsInFrontGradeSaysWhyItCannot) {
+    EXPECT_EQ(view().actions.grade.toolTip, "");
+    model.limit = DesktopLimit{.line = "Turn it on.", .hidesFront = true};
+    EXPECT_FALSE(view().actions.grade.enabled);
+    EXPECT_EQ(view().actions.grade.toolTip, "Nobody says which window is in front. Turn it on.");
+    inFront("Doom");
+    EXPECT_EQ(view().actions.grade.toolTip, "") << "it is known, and not in the catalog";
+    inFront(figma());
+    model.hasKey = true;
+    EXPECT_TRUE(view().actions.grade.enabled);
+    EXPECT_EQ(view().actions.grade.toolTip, "");
+}
+
+TEST_F(CompanionViewTest, AHintStandsBesideItsNoteAndIsReadOutWithIt) {
+    model.note = "Couldn't.";
+    EXPECT_EQ(view().verdict.hint, "");
+    model.noteHint = "Do this.";
+    EXPECT_EQ(view().verdict.note, "Couldn't.");
+    EXPECT_EQ(view().verdict.hint, "Do this.");
+    EXPECT_EQ(view().verdict.spoken, "Couldn't. Do this.");
+    gradedWith(Band::ship);
+    EXPECT_EQ(view().verdict.hint, "") << "like its note it gives way to a verdict";
+}
+
+TEST_F(CompanionViewTest, TheMenuOffersAccessibilityOnlyWhereItHelps) {
+    EXPECT_EQ(view().footer.menu.size(), 4U);
+    model.limit = DesktopLimit{.accessibilityHelps = true};
+    ASSERT_EQ(view().footer.menu.size(), 5U);
+    EXPECT_EQ(view().footer.menu[1], (MenuItem{.action = MenuAction::accessibility,
+                                               .title = "Read text of more programs…"}));
+    EXPECT_EQ(name(MenuAction::accessibility), "accessibility");
+    model.accessibilityIsOurs = true;
+    EXPECT_EQ(view().footer.menu[1].title, "Switch accessibility off again…");
+}
+
 TEST(ModalityLabel, HasAWordForEachModality) {
     const std::vector<std::pair<std::string, std::string>> cases{
         {"ui_ux", "design"},

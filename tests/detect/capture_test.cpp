@@ -80,13 +80,15 @@ protected:
 
     static CaptureResult shot(const std::string& stem, const std::string& modality,
                               const std::optional<std::string>& note) {
+        const bool lacks = note == kNoPermissionNote;
         return {.parts = {{.mimeType = "image/png",
                            .text = std::nullopt,
                            .dataB64 = "UE5HIGJ5dGVz",
                            .logicalName = stem + ".png"}},
                 .modality = modality,
                 .ok = true,
-                .note = note};
+                .note = note,
+                .lacks = lacks ? CaptureLack::Selection : CaptureLack::Nothing};
     }
 
     static CaptureResult text(const std::string& copied, const std::string& mime,
@@ -101,7 +103,12 @@ protected:
     }
 
     static CaptureResult failed(const std::string& modality, const std::string& note) {
-        return {.parts = {}, .modality = modality, .ok = false, .note = note};
+        const bool lacks = note.starts_with("Couldn't capture");
+        return {.parts = {},
+                .modality = modality,
+                .ok = false,
+                .note = note,
+                .lacks = lacks ? CaptureLack::Picture : CaptureLack::Nothing};
     }
 
     void expectClipboardUntouched() {

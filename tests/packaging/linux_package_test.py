@@ -7,6 +7,7 @@ Installs the finished build in folder BUILD into a made-up prefix; scripts/packa
 """
 
 import configparser
+import json
 import os
 import pathlib
 import re
@@ -44,6 +45,16 @@ class Installed(unittest.TestCase):
                      "Resources/brask.png"]:
             self.assertTrue((self.contents / name).is_file(), name)
         self.assertTrue(os.access(self.contents / "MacOS/Kelvane", os.X_OK))
+
+    def test_extension_of_gnome_shell_is_there_in_both_forms(self):
+        folder = self.contents / "Resources/gnome-shell"
+        for form in ["43", "45"]:
+            told = json.loads((folder / form / "metadata.json").read_text(encoding="utf-8"))
+            self.assertIn(form, told["shell-version"])
+            script = (folder / form / "extension.js").read_text(encoding="utf-8")
+            self.assertIn("class CompanionService", script)
+            self.assertNotIn("@", script.split("class CompanionService", 1)[0])
+        self.assertTrue(os.access(folder / "turn-on", os.X_OK))
 
     def test_kit_is_the_one_of_the_build_without_pythons_leftovers(self):
         def files(folder):

@@ -5,6 +5,7 @@ Column {
     id: root
 
     required property Theme theme
+    required property PanelToolTip tip
     required property actionsRecord actions
     signal gradeAsked
     signal iterateAsked
@@ -25,7 +26,16 @@ Column {
             usable: root.actions.grade.enabled
             width: parent.width - (iterate.visible ? iterate.width + parent.spacing : 0)
             height: implicitHeight
+            Accessible.description: root.actions.grade.toolTip
             onClicked: root.gradeAsked()
+
+            // Says why it cannot be used; over a button that can, it would be in the way.
+            ToolTipArea {
+                tip: root.tip
+                text: root.actions.grade.toolTip
+                visible: text !== "" && !root.actions.grade.enabled
+                cursorShape: Qt.ArrowCursor
+            }
         }
         PushButton {
             id: iterate

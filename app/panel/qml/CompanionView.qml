@@ -160,6 +160,7 @@ FocusScope {
             }
             ActionRow {
                 theme: root.theme
+                tip: tip
                 actions: root.bridge.actions
                 width: parent.width
                 onGradeAsked: root.bridge.grade()

@@ -59,4 +59,14 @@ Column {
             }
         }
     }
+    PanelText {
+        objectName: "desktopHint"
+        theme: root.theme
+        ink: theme.secondary
+        text: root.now.hint
+        visible: text !== ""
+        width: root.width
+        maximumLineCount: 5
+        font.pixelSize: theme.caption
+    }
 }

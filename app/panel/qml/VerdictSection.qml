@@ -146,4 +146,13 @@ Column {
         width: root.width
         font.pixelSize: theme.caption
     }
+    PanelText {
+        objectName: "noteHint"
+        theme: root.theme
+        ink: theme.secondary
+        text: root.verdict.hint
+        visible: text !== ""
+        width: root.width
+        font.pixelSize: theme.caption
+    }
 }

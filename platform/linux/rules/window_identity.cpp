@@ -57,6 +57,8 @@ constexpr std::array<std::string_view, 7> kWebAppPrefixes{
 constexpr std::pair<std::string_view, std::string_view> kOtherNames[] = {
     // The windows belong to a service behind the terminal, which under Wayland is all they say.
     {"gnome-terminal-server", "org.gnome.Terminal"},
+    // A second window of the terminal that runs already.
+    {"footclient", "foot"},
 };
 
 /// What LibreOffice's windows and their program are called as long as they do not say which of its

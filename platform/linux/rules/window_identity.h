@@ -27,7 +27,8 @@ struct WindowFacts {
     std::string snapInstance;     ///< Likewise.
     std::string executable;       ///< The file its process runs, or the AppImage that it came in.
     std::int32_t process = 0;     ///< On this machine; 0 when not known.
-    /// Its title: one program's windows say in it alone which of its applications they are.
+    /// As it stands in the window's frame. Looked at only where one name serves several
+    /// applications: a document of an office suite is known by how its title ends.
     std::string title = {};
 
     bool operator==(const WindowFacts&) const = default;

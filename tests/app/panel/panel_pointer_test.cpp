@@ -205,6 +205,27 @@ TEST(PanelPointer, ThePillTellsWhoJudgedAndKeepsItsPlace) {
     EXPECT_TRUE(QTest::qWaitFor([&] { return !shown.bubble().isVisible(); }));
 }
 
+TEST(PanelPointer, AGradeThatTheDesktopDoesNotAllowSaysWhy) {
+    ShownPanel shown([](PanelFixture& panel) {
+        panel.model.hasKey = true;
+        panel.model.limit = DesktopLimit{.line = "Turn it on.", .hidesFront = true};
+    });
+    shown.moveTo(shown.item("gradeButton"));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return shown.bubble().isVisible(); }));
+    EXPECT_EQ(shown.bubble().property("text").toString().toStdString(),
+              "Nobody says which window is in front. Turn it on.");
+    const QRectF room(0, 0, shown.view->width(), shown.view->height());
+    EXPECT_TRUE(room.contains(shown.place(shown.bubble())));
+
+    shown.away();
+    shown.panel.model.seedDemo();
+    shown.bridge.redraw();
+    QCoreApplication::processEvents();
+    shown.moveTo(shown.item("gradeButton"));
+    QTest::qWait(50);
+    EXPECT_FALSE(shown.bubble().isVisible()) << "it can be pressed";
+}
+
 TEST(PanelPointer, APillOfAServiceThatTellsNothingHasNoToolTip) {
     ShownPanel shown(demo);
     shown.moveTo(shown.item("bandPill"));

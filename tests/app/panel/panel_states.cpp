@@ -64,6 +64,10 @@ std::vector<Flaw> fiveFlaws() {
             {"LOW", "spacing", "Gutters drift again."}};
 }
 
+constexpr const char* kExtensionHint =
+    "On GNOME Kelvane reads text from GTK, Qt and Firefox windows. To read every program and to "
+    "photograph a window, turn on its Shell extension, then log in again.";
+
 } // namespace
 
 PanelFixture::PanelFixture()
@@ -99,6 +103,22 @@ const std::vector<PanelState>& panelStates() {
              panel.model.seedDemo();
              panel.model.verdict = std::nullopt;
              panel.model.note = "Couldn't capture anything to grade.";
+         }},
+        {"hidden-front",
+         [](PanelFixture& panel) {
+             panel.model.hasKey = true;
+             panel.model.limit = DesktopLimit{.line = kExtensionHint, .hidesFront = true};
+         }},
+        {"limited-note",
+         [](PanelFixture& panel) {
+             panel.model.seedDemo();
+             panel.model.verdict = std::nullopt;
+             panel.model.limit = DesktopLimit{.line = kExtensionHint, .hidesFront = true};
+             panel.model.note =
+                 "Couldn't capture Figma's window — grant Screen Recording in System "
+                 "Settings ▸ Privacy, and make sure the window is open on screen.";
+             panel.model.noteHint = "On GNOME a window can be photographed once Kelvane's Shell "
+                                    "extension is on; selected text can be graded without.";
          }},
         {"grading",
          [](PanelFixture& panel) {

@@ -287,6 +287,10 @@ protected:
                     if (whileAsked) whileAsked();
                 },
             .keepService = [this] { steps.add("keep service"); },
+            .offerAccessibility =
+                [this](const DesktopLimit& limit) { steps.add("offer" + limit.line); },
+            .changeAccessibility = [this] { steps.add("change accessibility"); },
+            .panelShown = [this] { ++timesPanelShown; },
             .connectUrl = "https://service.example/connect?from=macos-app",
             .reportAddress =
                 [this](const std::string& runId, auto open) {
@@ -339,6 +343,7 @@ protected:
     bool placeIsUnknown = false;
     std::string captured; ///< How the last capture was to be made.
     std::function<void()> whileAsked;
+    int timesPanelShown = 0;
     std::function<void()> openReport; ///< As a slow service answers.
     std::optional<AppDelegate> delegate;
 };
@@ -392,6 +397,27 @@ TEST_F(AppDelegateTest, AnInstalledValidatorIsNotInstalledAgain) {
     start();
     EXPECT_EQ(steps.count("installed?"), 1U);
     EXPECT_EQ(steps.count("install "), 0U);
+}
+
+TEST_F(AppDelegateTest, AccessibilityIsOfferedOnceTheProgramRunsAndNeverInTheFirstRun) {
+    start();
+    EXPECT_EQ(steps.count("offer"), 0U) << "not before the loop runs";
+    application.runJobs();
+    EXPECT_EQ(steps.count("offer"), 1U);
+    delegate.reset();
+    happened();
+    installed = false;
+    start();
+    application.runJobs();
+    EXPECT_EQ(steps.count("offer"), 0U);
+}
+
+TEST_F(AppDelegateTest, ThePanelClosesBeforeAccessibilityIsChanged) {
+    start();
+    state.click();
+    happened();
+    delegate->model()->onAccessibility();
+    EXPECT_THAT(happened(), ElementsAre("popover close", "change accessibility", "refresh"));
 }
 
 TEST_F(AppDelegateTest, CatalogSwitchGivesTheExplicitPath) {
@@ -532,6 +558,15 @@ TEST_F(AppDelegateTest, OpeningThePopoverRefreshesOnceBeforeItIsShown) {
     state.click();
     EXPECT_THAT(happened(),
                 ElementsAre("refresh", "popover show 1577,1 22x26 by pointer", "popover key"));
+}
+
+TEST_F(AppDelegateTest, APanelThatWasShownIsPutInItsPlaceOnce) {
+    start();
+    EXPECT_EQ(timesPanelShown, 0);
+    state.click();
+    EXPECT_EQ(timesPanelShown, 1);
+    delegate->openPopover();
+    EXPECT_EQ(timesPanelShown, 1) << "it was open already";
 }
 
 TEST_F(AppDelegateTest, ClickWhileShownClosesItWithoutRefresh) {

@@ -33,7 +33,7 @@ struct ProductPorts {
     explicit ProductPorts(VirtualDesktop& desktop, int speed = 1) : clock(speed) {
         fakes.environment.variables = {{"DISPLAY", desktop.display()},
                                        {"HOME", desktop.home().string()}};
-        ports = makeLinuxDesktop(fakes.environment, clock);
+        ports = makeLinuxDesktop(fakes.environment, clock, fakes.ownFocus);
     }
 
     /// Captures what is selected in the application in front; a picture is never taken.

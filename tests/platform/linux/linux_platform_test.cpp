@@ -1,6 +1,7 @@
 #include "platform/linux/linux_platform.h"
 
 #include "platform/fake/fake_environment.h"
+#include "platform/fake/fake_own_focus.h"
 #include "tests/platform/linux/x11/x11_desktop_test.h"
 
 #include <gmock/gmock.h>
@@ -14,10 +15,11 @@ protected:
         for (const auto& [name, value] : desktop().environment()) {
             m_environment.variables[name] = value;
         }
-        return makeLinuxDesktop(m_environment, m_clock);
+        return makeLinuxDesktop(m_environment, m_clock, m_ownFocus);
     }
 
     Journal m_journal;
+    FakeOwnFocus m_ownFocus;
     FakeClock m_clock{m_journal};
     FakeEnvironment m_environment;
 };
@@ -54,9 +56,10 @@ TEST(LinuxPlatformAlone, withoutADisplayEveryAnswerIsTheAbsentOne) {
     for (const auto* const display : {"", ":64321", "rubbish"}) {
         Journal journal;
         FakeClock clock(journal);
+        FakeOwnFocus ownFocus;
         FakeEnvironment environment;
         environment.variables["DISPLAY"] = display;
-        auto ports = makeLinuxDesktop(environment, clock);
+        auto ports = makeLinuxDesktop(environment, clock, ownFocus);
         EXPECT_EQ(ports.workspace->frontmost(), std::nullopt);
         EXPECT_TRUE(ports.workspace->runningApplications().empty());
         EXPECT_FALSE(ports.workspace->activate(1));

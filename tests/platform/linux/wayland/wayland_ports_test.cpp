@@ -57,7 +57,7 @@ public:
         for (const auto& [name, value] : desktop.environment()) {
             fakes.environment.variables[name] = value;
         }
-        ports = makeLinuxDesktop(fakes.environment, clock);
+        ports = makeLinuxDesktop(fakes.environment, clock, fakes.ownFocus);
     }
 
     void press(std::vector<std::uint32_t> codes) {
@@ -353,7 +353,7 @@ TEST(KWinThatDoesNotKnowTheProgram, namesNobody) {
     for (const auto& [name, value] : desktop.environment()) {
         fakes.environment.variables[name] = value;
     }
-    const auto ports = makeLinuxDesktop(fakes.environment, clock);
+    const auto ports = makeLinuxDesktop(fakes.environment, clock, fakes.ownFocus);
     EXPECT_EQ(ports.workspace->frontmost(), std::nullopt);
     EXPECT_FALSE(ports.keyboard->trusted());
     EXPECT_EQ(ports.windowList->onScreenWindows(), std::nullopt);
@@ -370,7 +370,7 @@ TEST(WaylandThatIsGone, givesTheAbsentAnswers) {
     EXPECT_EQ(stage.ports.pasteboard->string(), std::nullopt);
     stage.ports.pasteboard->setString("lost");
     EXPECT_EQ(stage.ports.windowPicture->png(1), std::nullopt);
-    auto again = makeLinuxDesktop(stage.fakes.environment, stage.clock);
+    auto again = makeLinuxDesktop(stage.fakes.environment, stage.clock, stage.fakes.ownFocus);
     EXPECT_EQ(again.workspace->frontmost(), std::nullopt);
 }
 

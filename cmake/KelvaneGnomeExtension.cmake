@@ -1,0 +1,16 @@
+# kelvane_gnome_extension(FOLDER): writes the product's extension of GNOME Shell into FOLDER, one folder
+# for each form: what is the same in both is resources/gnome-shell/service.js.
+function(kelvane_gnome_extension folder)
+  set(source ${CMAKE_SOURCE_DIR}/resources/gnome-shell)
+  set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${source}/service.js)
+  file(READ ${source}/service.js KELVANE_GNOME_SERVICE)
+  set(KELVANE_GNOME_UUID kelvane-companion@trevix.example)
+  set(versions_43 "\"43\", \"44\"")
+  set(versions_45 "\"45\", \"46\", \"47\", \"48\", \"49\"")
+  foreach(form 43 45)
+    set(KELVANE_GNOME_VERSIONS "${versions_${form}}")
+    configure_file(${source}/extension-${form}.js.in ${folder}/${form}/extension.js @ONLY)
+    configure_file(${source}/metadata.json.in ${folder}/${form}/metadata.json @ONLY)
+  endforeach()
+  configure_file(${source}/turn-on ${folder}/turn-on COPYONLY)
+endfunction()
