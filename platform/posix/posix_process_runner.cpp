@@ -308,7 +308,7 @@ public:
         if (!program.is_absolute()) return nullptr;
         Pipe pipe = makePipe();
         if (!pipe) return nullptr;
-        const SpawnAttributes attributes;
+        const SpawnAttributes attributes(false);
         const auto files = SpawnFiles::kept(pipe.read);
         if (!attributes.complete() || !files.complete()) return nullptr;
         pid_t child = 0;
