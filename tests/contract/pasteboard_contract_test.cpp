@@ -3,6 +3,7 @@
 #include "platform/fake/fake_pasteboard.h"
 #include "platform/fake/journal.h"
 #include "platform/linux/common/copy_pasteboard.h"
+#include "platform/linux/x11/x11_clipboard.h"
 #include "tests/platform/linux/virtual_desktop.h"
 
 #include <gtest/gtest.h>
