@@ -70,13 +70,25 @@ struct Pipe {
     Descriptor write;
 };
 
-/// Throws std::system_error when the process has no descriptor left.
+/// Away from the standard descriptors, which become() overwrites one by one; they are free when
+/// this program was started without them.
+Descriptor movedUp(Descriptor end) {
+    if (end.get() > STDERR_FILENO) return end;
+    Descriptor moved(::fcntl(end.get(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
+    if (!moved.isOpen()) throw std::system_error(errno, std::generic_category(), "pipe");
+    return moved;
+}
+
+/// No end is a standard descriptor. Throws std::system_error when the process has no descriptor
+/// left.
 Pipe makePipe() {
     std::array<int, 2> ends{};
     if (::pipe(ends.data()) != 0) throw std::system_error(errno, std::generic_category(), "pipe");
     Pipe made{Descriptor(ends[0]), Descriptor(ends[1])};
     // pipe2() would do it at once, but is not everywhere; see m_making for the moment between.
     for (const int end : ends) ::fcntl(end, F_SETFD, FD_CLOEXEC);
+    made.read = movedUp(std::move(made.read));
+    made.write = movedUp(std::move(made.write));
     return made;
 }
 
@@ -167,8 +179,7 @@ struct Launch {
     sigset_t none;
     sigemptyset(&none);
     ::sigprocmask(SIG_SETMASK, &none, nullptr);
-    // Relies on the three being open in this process: then all ends of the pipes are above them,
-    // and none is overwritten.
+    // All ends of the pipes are above the three, so none is overwritten.
     ::dup2(launch.input, STDIN_FILENO);
     ::dup2(launch.output, STDOUT_FILENO);
     ::dup2(launch.errors, STDERR_FILENO);
