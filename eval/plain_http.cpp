@@ -50,12 +50,16 @@ std::optional<bool> remembered(FileSystem& files, const std::filesystem::path& b
 
 bool remember(FileSystem& files, const std::filesystem::path& braskHome, std::string_view address,
               bool isAllowed) {
-    std::string content = files.read(fileIn(braskHome)).value_or(std::string(kBeginning));
+    const std::filesystem::path file = fileIn(braskHome);
+    const auto before = files.read(file);
+    // Neither read nor absent: what stands in it would be lost.
+    if (!before && files.exists(file)) return false;
+    std::string content = before.value_or(std::string(kBeginning));
     // Whoever edited the file may have left its last line open.
     if (!content.empty() && !content.ends_with('\n')) content += '\n';
     content.append(isAllowed ? "allow " : "refuse ").append(address).append("\n");
     files.createDirectories(braskHome);
-    return files.writeAtomically(fileIn(braskHome), content);
+    return files.writeAtomically(file, content);
 }
 
 } // namespace kelvane::plain_http

@@ -31,7 +31,8 @@ namespace plain_http {
 [[nodiscard]] std::optional<bool>
 remembered(FileSystem& files, const std::filesystem::path& braskHome, std::string_view address);
 
-/// Adds the answer to the file, which is made when missing. False when it could not be written.
+/// Adds the answer to the file, which is made when missing. False when it could not be written, and
+/// when what stands there cannot be read: that stays as it is.
 bool remember(FileSystem& files, const std::filesystem::path& braskHome, std::string_view address,
               bool isAllowed);
 

@@ -1,6 +1,7 @@
 #include "eval/verdict.h"
 
 #include "eval/service_json.h"
+#include "text/byte_cut.h"
 #include "text/unicode.h"
 
 #include <nlohmann/json.hpp>
@@ -32,14 +33,8 @@ std::string firstString(const nlohmann::json& object, std::initializer_list<cons
 std::string boundedString(const nlohmann::json& object, const char* key) {
     constexpr std::size_t kMostBytes = EvalBridge::kLongestCoverageText * 8;
     const std::string whole = service_json::string(object, key).value_or("");
-    std::string_view kept = text::firstCharacters(whole, EvalBridge::kLongestCoverageText);
-    if (kept.size() > kMostBytes) {
-        // Back to the beginning of a code point.
-        std::size_t end = kMostBytes;
-        while (end > 0 && (static_cast<unsigned char>(kept[end]) & 0xC0U) == 0x80U) --end;
-        kept = kept.substr(0, end);
-    }
-    return std::string(kept);
+    const auto kept = text::firstCharacters(whole, EvalBridge::kLongestCoverageText);
+    return std::string(text::firstBytes(kept, kMostBytes));
 }
 
 // The entries of an array of objects, each of three texts, the first of which says what it is.

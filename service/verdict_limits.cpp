@@ -1,5 +1,7 @@
 #include "service/verdict_limits.h"
 
+#include "text/byte_cut.h"
+
 #include <algorithm>
 #include <map>
 #include <utility>
@@ -39,10 +41,7 @@ std::size_t keepMostSevere(std::vector<Finding>& findings) {
 
 std::string cutTo(std::string text, std::size_t bytes) {
     if (text.size() <= bytes) return text;
-    std::size_t end = bytes - kEllipsis.size();
-    // At the beginning of a code point: 10xxxxxx continues one.
-    while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xc0U) == 0x80U) --end;
-    text.resize(end);
+    text.resize(kelvane::text::firstBytes(text, bytes - kEllipsis.size()).size());
     // A text of megabytes that was cut would otherwise go on holding them until it is stored.
     text.shrink_to_fit();
     return text.append(kEllipsis);

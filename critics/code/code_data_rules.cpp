@@ -167,7 +167,7 @@ private:
         while (content.substr(0, 2) == "- " || content == "-") {
             const std::string_view rest = text::trimmed(content.substr(1));
             // Each item starts keys of its own.
-            closeLevels(indent, true);
+            closeLevels(indent);
             // The rest of the line stands deeper by what the dash and its blanks take.
             indent += rest.empty() ? 1 : static_cast<std::size_t>(rest.data() - content.data());
             content = rest;
@@ -178,7 +178,7 @@ private:
             countFlow(content);
             return;
         }
-        closeLevels(indent, false);
+        closeLevels(indent);
         if (m_levels.empty() || m_levels.back().indent < indent) m_levels.push_back({indent, {}});
         const std::string_view key = content.substr(0, colon);
         // "<<" merges another mapping and may come several times.
@@ -230,11 +230,8 @@ private:
         }
     }
 
-    void closeLevels(std::size_t indent, bool alsoSame) {
-        while (!m_levels.empty() &&
-               (m_levels.back().indent > indent || (alsoSame && m_levels.back().indent > indent))) {
-            m_levels.pop_back();
-        }
+    void closeLevels(std::size_t indent) {
+        while (!m_levels.empty() && m_levels.back().indent > indent) m_levels.pop_back();
     }
 
     void report(std::size_t line, std::string_view says) {

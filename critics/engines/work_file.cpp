@@ -1,6 +1,7 @@
 #include "critics/engines/work_file.h"
 
 #include "critics/code/code_language.h"
+#include "text/byte_cut.h"
 #include "text/letters.h"
 #include "text/one_of.h"
 #include "text/unicode.h"
@@ -187,13 +188,8 @@ std::optional<std::size_t> offsetOf(const SourceText& source, std::size_t line, 
         return start + (first == std::string_view::npos ? written.size() : first);
     }
     if (unit == ColumnUnit::byte) {
-        std::size_t at = std::min(column - 1, written.size());
         // A byte inside a character stands for the whole of it.
-        while (at > 0 && at < written.size() &&
-               (static_cast<unsigned char>(written[at]) & 0xC0U) == 0x80U) {
-            --at;
-        }
-        return start + at;
+        return start + text::codePointStart(written, column - 1);
     }
     std::size_t at = 0;
     for (std::size_t i = 1; i < column && at < written.size(); ++i) {

@@ -1,5 +1,6 @@
 #include "critics/findings/finding_list.h"
 
+#include "text/byte_cut.h"
 #include "text/letters.h"
 #include "text/unicode.h"
 
@@ -75,12 +76,7 @@ std::string shortened(std::string_view text, std::size_t limit) {
     std::string_view kept = text::firstCharacters(line, limit);
     if (kept.size() == line.size() && line.size() <= kMostEvidenceBytes && !cutAway) return line;
     // One less, for the ellipsis.
-    kept = text::firstCharacters(line, limit - 1);
-    if (kept.size() > kMostEvidenceBytes) {
-        std::size_t end = kMostEvidenceBytes;
-        while (end > 0 && (static_cast<unsigned char>(kept[end]) & 0xC0U) == 0x80U) --end;
-        kept = kept.substr(0, end);
-    }
+    kept = text::firstBytes(text::firstCharacters(line, limit - 1), kMostEvidenceBytes);
     return std::string(kept) + std::string(kEllipsis);
 }
 

@@ -1,5 +1,7 @@
 #include "critics/pages/pdf_reader.h"
 
+#include "text/byte_cut.h"
+
 #include <poppler-document.h>
 #include <poppler-global.h>
 #include <poppler-page.h>
@@ -22,7 +24,7 @@ void beQuiet() {
 
 } // namespace
 
-std::variant<PdfText, PdfFailure> readPdf(std::string_view bytes) {
+std::variant<PdfText, PdfFailure> readPdf(std::string_view bytes, std::size_t mostText) {
     beQuiet();
     // The library counts in int.
     if (bytes.size() > static_cast<std::size_t>(std::numeric_limits<int>::max()))
@@ -41,7 +43,7 @@ std::variant<PdfText, PdfFailure> readPdf(std::string_view bytes) {
     read.pageCount = static_cast<std::size_t>(document->pages());
     std::size_t kept = 0;
     const std::size_t count = std::min(read.pageCount, kMostPdfPages);
-    for (std::size_t i = 0; i < count && kept < kMostPdfText && Clock::now() < end; ++i) {
+    for (std::size_t i = 0; i < count && kept < mostText && Clock::now() < end; ++i) {
         const std::unique_ptr<poppler::page> page(document->create_page(static_cast<int>(i)));
         std::string text;
         if (page) {
@@ -52,10 +54,12 @@ std::variant<PdfText, PdfFailure> readPdf(std::string_view bytes) {
         }
         // It ends each page with a form feed.
         std::erase(text, '\f');
-        // The cut may split a code point, which the rules for text read as damage of one character.
-        if (text.size() > kMostPdfText - kept) text.resize(kMostPdfText - kept);
+        const bool cut = text.size() > mostText - kept;
+        // Half a code point would be read as damage of the file.
+        if (cut) text.resize(kelvane::text::firstBytes(text, mostText - kept).size());
         kept += text.size();
         read.pages.push_back(std::move(text));
+        if (cut) break; // The bytes that a code point had no room in are not for the next page.
     }
     return read;
 }

@@ -34,7 +34,9 @@ struct PdfFailure {
     bool operator==(const PdfFailure&) const = default;
 };
 
-[[nodiscard]] std::variant<PdfText, PdfFailure> readPdf(std::string_view bytes);
+/// At most `mostText` bytes of text are kept, whole code points; what is behind them is not read.
+[[nodiscard]] std::variant<PdfText, PdfFailure> readPdf(std::string_view bytes,
+                                                        std::size_t mostText = kMostPdfText);
 
 /// The library and its version, for the coverage; two empty texts without one.
 struct PdfEngine {

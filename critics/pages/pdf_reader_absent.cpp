@@ -4,7 +4,7 @@
 
 namespace trevix {
 
-std::variant<PdfText, PdfFailure> readPdf(std::string_view /*bytes*/) {
+std::variant<PdfText, PdfFailure> readPdf(std::string_view /*bytes*/, std::size_t /*mostText*/) {
     return PdfFailure{"this build has no reader of PDF", "install poppler and build again"};
 }
 

@@ -4,6 +4,7 @@
 #include "critics/engines/hostile_json.h"
 #include "critics/engines/prose_file.h"
 #include "critics/findings/finding_list.h"
+#include "text/byte_cut.h"
 #include "text/letters.h"
 #include "text/one_of.h"
 #include "text/unicode.h"
@@ -33,9 +34,8 @@ constexpr std::size_t kLongestMatch = 500;
 std::string_view beginningOf(std::string_view text) {
     if (text.size() <= kMostForLanguageTool) return text;
     const std::size_t line = text.rfind('\n', kMostForLanguageTool - 1);
-    std::size_t end = line == std::string_view::npos ? kMostForLanguageTool : line + 1;
-    while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0U) == 0x80U) --end;
-    return text.substr(0, end);
+    const std::size_t end = line == std::string_view::npos ? kMostForLanguageTool : line + 1;
+    return kelvane::text::firstBytes(text, end);
 }
 
 std::string formEncoded(std::string_view bytes) {

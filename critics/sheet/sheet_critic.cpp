@@ -26,8 +26,7 @@ std::uint64_t filledCells(const Table& table) {
 
 Critique critiqueSheet(const Part& part) {
     FindingList list;
-    const bool tabSeparated = part.mimeType.find("tab-separated") != std::string::npos;
-    Table table = readTable(part.text, tabSeparated && part.text.find('\t') != std::string::npos);
+    Table table = readSheet(part.text, part.mimeType);
     const bool blank = std::ranges::all_of(table.rows, [](const auto& row) {
         return std::ranges::all_of(row, [](const auto& cell) { return trimmedCell(cell).empty(); });
     });

@@ -1,5 +1,6 @@
 #include "critics/sheet/table_reader.h"
 
+#include "critics/findings/part_kind.h"
 #include "critics/sheet/cell_value.h"
 #include "text/unicode.h"
 
@@ -284,6 +285,12 @@ Table readTable(std::string_view text, bool tabSeparated) {
         table.groupRow = *table.headerRow - 1;
     }
     return table;
+}
+
+Table readSheet(std::string_view text, std::string_view mimeType) {
+    // "text/tab-separated-values" is the registered type; others are written with an "x-" in it.
+    const bool declared = bareType(mimeType).find("tab-separated") != std::string::npos;
+    return readTable(text, declared && text.find('\t') != std::string_view::npos);
 }
 
 std::string columnName(std::size_t column) {

@@ -42,6 +42,10 @@ struct Table {
 /// most evenly. Time is linear in the text.
 [[nodiscard]] Table readTable(std::string_view text, bool tabSeparated);
 
+/// Reads the text of a part, whose type may say that tabs divide it. What says so and has no tab is
+/// read as any other. Where findings are and where they are shown is told by this reading alone.
+[[nodiscard]] Table readSheet(std::string_view text, std::string_view mimeType);
+
 /// "A" for 0, "Z" for 25, "AA" for 26.
 [[nodiscard]] std::string columnName(std::size_t column);
 

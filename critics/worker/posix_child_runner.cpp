@@ -70,13 +70,25 @@ struct Pipe {
     Descriptor write;
 };
 
-/// Throws std::system_error when the process has no descriptor left.
+/// Away from the standard descriptors, which become() overwrites one by one; they are free when
+/// this program was started without them.
+Descriptor movedUp(Descriptor end) {
+    if (end.get() > STDERR_FILENO) return end;
+    Descriptor moved(::fcntl(end.get(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
+    if (!moved.isOpen()) throw std::system_error(errno, std::generic_category(), "pipe");
+    return moved;
+}
+
+/// No end is a standard descriptor. Throws std::system_error when the process has no descriptor
+/// left.
 Pipe makePipe() {
     std::array<int, 2> ends{};
     if (::pipe(ends.data()) != 0) throw std::system_error(errno, std::generic_category(), "pipe");
     Pipe made{Descriptor(ends[0]), Descriptor(ends[1])};
     // pipe2() would do it at once, but is not everywhere; see m_making for the moment between.
     for (const int end : ends) ::fcntl(end, F_SETFD, FD_CLOEXEC);
+    made.read = movedUp(std::move(made.read));
+    made.write = movedUp(std::move(made.write));
     return made;
 }
 
@@ -167,8 +179,7 @@ struct Launch {
     sigset_t none;
     sigemptyset(&none);
     ::sigprocmask(SIG_SETMASK, &none, nullptr);
-    // Relies on the three being open in this process: then all ends of the pipes are above them,
-    // and none is overwritten.
+    // All ends of the pipes are above the three, so none is overwritten.
     ::dup2(launch.input, STDIN_FILENO);
     ::dup2(launch.output, STDOUT_FILENO);
     ::dup2(launch.errors, STDERR_FILENO);
@@ -257,7 +268,7 @@ public:
     ~Child() { endAll(); }
 
     /// Whether it has ended without being asked for anything.
-    [[nodiscard]] bool endedEarly() { return reaped(false); }
+    [[nodiscard]] bool endedEarly() { return hasEnded(); }
 
     /// Once only, from now on within the limits of `request`.
     ChildResult attend(const ChildRequest& request, const Cancel& cancel,
@@ -266,10 +277,10 @@ public:
         m_mostOutput = request.limits.output;
         m_deadline = Clock::now() + request.limits.wall;
         // Until both pipes have closed and the child has ended, in whichever order.
-        while (!m_ended && (m_output.isOpen() || m_errors.isOpen() || !reaped(false))) {
+        while (!m_ended && (m_output.isOpen() || m_errors.isOpen() || !hasEnded())) {
             if (!wait(cancel, onOutput)) break;
             // Something that it started may hold the pipes open longer than it lives.
-            if (reaped(false)) {
+            if (hasEnded()) {
                 drain(onOutput);
                 break;
             }
@@ -354,25 +365,31 @@ private:
         while (m_errors.isOpen() && ::poll(event.data(), 1, 0) > 0) readErrors();
     }
 
-    bool reaped(bool block) {
-        if (m_reaped) return true;
-        pid_t got = 0;
+    /// Looks without taking its status: until that is taken the number stays the child's own.
+    bool hasEnded() {
+        if (m_left) return true;
+        siginfo_t found{};
+        int failed = 0;
         do {
-            got = ::waitpid(m_pid, &m_status, block ? 0 : WNOHANG);
-        } while (got < 0 && errno == EINTR);
-        // Also for an error, ECHILD: then somebody else has waited for it, and there is nothing
-        // left to wait for.
-        m_reaped = got != 0;
-        return m_reaped;
+            failed = ::waitid(P_PID, static_cast<id_t>(m_pid), &found, WEXITED | WNOHANG | WNOWAIT);
+        } while (failed != 0 && errno == EINTR);
+        // An error is ECHILD: somebody else has waited for it, and there is nothing left to wait
+        // for.
+        m_taken = failed != 0;
+        m_left = m_taken || found.si_pid != 0;
+        return m_left;
     }
 
     /// Ends the whole group, which outlives its leader when it started more.
     void endAll() {
         if (m_gone) return;
         m_gone = true;
+        // Before the leader is waited for: after that a group of strangers may have its number.
+        if (hasEnded() && m_taken) return;
         ::kill(-m_pid, SIGKILL);
         // SIGKILL cannot be put off, so this does not wait for long.
-        reaped(true);
+        while (::waitpid(m_pid, &m_status, 0) < 0 && errno == EINTR) {
+        }
     }
 
     pid_t m_pid;
@@ -385,8 +402,9 @@ private:
     std::uint64_t m_mostOutput = 0;
     int m_status = 0;
     bool m_ended = false; // by us
-    bool m_reaped = false;
-    bool m_gone = false;
+    bool m_left = false;  // its end was noticed
+    bool m_taken = false; // its status, by somebody else
+    bool m_gone = false;  // with all that it started
 };
 
 ChildResult notStarted(std::string why) {

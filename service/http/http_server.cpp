@@ -152,6 +152,7 @@ public:
         if (!m_thread.joinable()) return;
         // On the loop's own thread, as all that touches connections.
         asio::post(m_loop, [this] {
+            m_stopping = true;
             m_listeners.clear();
             const auto connections = m_connections; // Each takes itself out.
             for (const auto& [id, each] : connections) {
@@ -193,7 +194,7 @@ private:
         // of descriptors is ours to answer.
         listener.descriptor.async_wait(asio::posix::stream_descriptor::wait_read,
                                        [this, &listener](ErrorCode ended) {
-                                           if (!ended) acceptSome(listener);
+                                           if (!ended && !m_stopping) acceptSome(listener);
                                        });
     }
 
@@ -211,7 +212,7 @@ private:
                 if (const auto id = m_table.giveUpOne()) close(*id);
                 listener.pause.expires_after(kAcceptPause);
                 listener.pause.async_wait([this, &listener](ErrorCode ended) {
-                    if (!ended) await(listener);
+                    if (!ended && !m_stopping) await(listener);
                 });
                 return;
             }
@@ -288,6 +289,9 @@ private:
     ConnectionShares m_shares;
     asio::executor_work_guard<asio::io_context::executor_type> m_work;
     std::list<Listener> m_listeners;
+    // Of the loop's thread. What was awaited for a listener may have come, and stand behind the end
+    // in the loop's queue: no error tells it then that the listener is gone.
+    bool m_stopping = false;
     std::thread m_thread;
 };
 

@@ -1,5 +1,6 @@
 #include "service/report/marked_text.h"
 
+#include "text/byte_cut.h"
 #include "text/letters.h"
 #include "text/unicode.h"
 
@@ -81,16 +82,6 @@ std::size_t wordLength(std::string_view text) {
     return end;
 }
 
-/// A code point's beginning at or before the offset.
-std::size_t alignedDown(std::string_view text, std::size_t offset) {
-    offset = std::min(offset, text.size());
-    while (offset > 0 && offset < text.size() &&
-           (static_cast<unsigned char>(text[offset]) & 0xC0U) == 0x80U) {
-        --offset;
-    }
-    return offset;
-}
-
 struct Span {
     std::size_t begin = 0;
     std::size_t end = 0;
@@ -105,8 +96,8 @@ std::vector<Span> shownOf(const SourceText& source, std::size_t line,
     std::vector<Span> shown;
     const auto add = [&](std::size_t from, std::size_t to) {
         // Between two code points, since a piece of one would be shown as damage.
-        from = alignedDown(source.text(), from);
-        to = alignedDown(source.text(), to);
+        from = text::codePointStart(source.text(), from);
+        to = text::codePointStart(source.text(), to);
         // Marks come in the order of their beginnings, so only the last span can touch this one.
         if (!shown.empty() && from <= shown.back().end) {
             shown.back().end = std::max(shown.back().end, to);

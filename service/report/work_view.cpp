@@ -142,8 +142,7 @@ PartView viewOf(std::size_t ordinal, const PartSummary& summary, const KeptPart&
         view.height = bigEndian(std::string_view(kept.bytes).substr(20, 4));
     } else if (view.kind == WorkKind::sheet) {
         // By the reader that the critics use: places lead into its rows.
-        view.table =
-            readTable(kept.bytes, bareType(summary.mimeType) == "text/tab-separated-values");
+        view.table = readSheet(kept.bytes, summary.mimeType);
     } else {
         view.source.emplace(kept.bytes);
     }

@@ -25,8 +25,10 @@ makeDataFolder(const std::filesystem::path& folder) {
         // Step by step, since create_directories() has no say in the mode of what it makes. What is
         // there already keeps its own.
         made /= step;
-        if (mkdir(made.c_str(), 0700) == 0 || std::filesystem::is_directory(made, error)) continue;
+        if (mkdir(made.c_str(), 0700) == 0) continue;
+        // Before anything else is asked, which may fail for reasons of its own.
         const int cause = errno;
+        if (std::filesystem::is_directory(made, error)) continue;
         return FolderError{"cannot make the folder " + made.string() + ": " + std::strerror(cause)};
     }
     if (auto problem = folderProblem(whole)) return FolderError{std::move(*problem)};

@@ -260,6 +260,18 @@ void makeOwn(const std::filesystem::path& file) {
     if (fd >= 0) close(fd);
 }
 
+/// While it lives, what another program holds is an error at once.
+class NoWaiting {
+public:
+    explicit NoWaiting(sqlite3* db) : m_db(db) { sqlite3_busy_timeout(m_db, 0); }
+    NoWaiting(const NoWaiting&) = delete;
+    NoWaiting& operator=(const NoWaiting&) = delete;
+    ~NoWaiting() { sqlite3_busy_timeout(m_db, kBusyTimeoutMs); }
+
+private:
+    sqlite3* m_db;
+};
+
 } // namespace
 
 class RunStore::Database {
@@ -693,9 +705,8 @@ void RunStore::giveBackRoom() {
     if (unused > kUnusedPagesKept) execute(db, "PRAGMA incremental_vacuum");
     // Without waiting for readers of the file: the log is emptied the next time there is nothing to
     // do.
-    sqlite3_busy_timeout(db, 0);
+    const NoWaiting soon(db);
     Statement(db, "PRAGMA wal_checkpoint(TRUNCATE)").run();
-    sqlite3_busy_timeout(db, kBusyTimeoutMs);
 }
 
 } // namespace trevix

@@ -55,5 +55,15 @@ TEST(PlainHttp, AFileThatCannotBeWrittenIsSaid) {
     EXPECT_FALSE(remember(machine.files, "/home/me/.brask", "http://a:80", true));
 }
 
+TEST(PlainHttp, AFileThatCannotBeReadIsLeftAlone) {
+    FakePlatform machine;
+    const std::filesystem::path file = "/home/me/.brask/plain-http";
+    machine.files.files[file] = "refuse http://b:80\n";
+    machine.files.unreadable.insert(file);
+    EXPECT_EQ(remembered(machine.files, "/home/me/.brask", "http://b:80"), std::nullopt);
+    EXPECT_FALSE(remember(machine.files, "/home/me/.brask", "http://a:80", true));
+    EXPECT_EQ(machine.files.files[file], "refuse http://b:80\n");
+}
+
 } // namespace
 } // namespace kelvane::plain_http

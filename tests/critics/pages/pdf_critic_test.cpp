@@ -123,5 +123,16 @@ TEST_F(PdfCritic, LongFilesAreReadInPart) {
     EXPECT_THAT(gaps.back().what, HasSubstr("to " + std::to_string(kMostPdfPages + 5)));
 }
 
+TEST_F(PdfCritic, ALongTextEndsBetweenCodePoints) {
+    // The letter is two bytes of UTF-8 and one of the file.
+    const std::string bytes = pdf({{"\\351\\351\\351"}, {"Behind the limit."}});
+    for (const std::size_t most : {4U, 5U}) {
+        const auto read = readPdf(bytes, most);
+        ASSERT_TRUE(std::holds_alternative<PdfText>(read));
+        EXPECT_THAT(std::get<PdfText>(read).pages, ElementsAre("ØØ")) << most;
+        EXPECT_EQ(std::get<PdfText>(read).pageCount, 2U);
+    }
+}
+
 } // namespace
 } // namespace trevix

@@ -25,6 +25,26 @@ TEST(TableReader, TabSeparatedTextKeepsCommasInCells) {
     EXPECT_EQ(readTable("a,b\tc\n1,5\t2\n", true).rows, (Rows{{"a,b", "c"}, {"1,5", "2"}}));
 }
 
+TEST(TableReader, APartIsCutAtTabsWhereItSaysSoAndHasThem) {
+    const char* both = "a, b\tc, d\n1,5\t2,5\n";
+    const struct {
+        const char* text;
+        const char* type;
+        char delimiter;
+    } cases[] = {
+        {both, "text/tab-separated-values", '\t'},
+        {both, "Text/Tab-Separated-Values; charset=utf-8", '\t'},
+        {both, "text/x-tab-separated-values", '\t'},
+        {"a,b\n1,2\n", "text/tab-separated-values", ','},
+        {"a\tb\n1\t2\n", "text/csv", '\t'},
+        {"a,b\n1,2\n", "text/csv; comment=tab-separated", ','},
+        {"a,b\n1,2\n", "", ','},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(readSheet(c.text, c.type).delimiter, c.delimiter) << c.type << ": " << c.text;
+    }
+}
+
 TEST(TableReader, ReadsQuotingAndLineEnds) {
     const struct {
         const char* text;

@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <chrono>
 #include <filesystem>
@@ -18,6 +19,9 @@
 #include <string>
 #include <thread>
 #include <vector>
+
+#include <fcntl.h>
+#include <unistd.h>
 
 namespace trevix {
 namespace {
@@ -120,6 +124,28 @@ TEST_P(PosixChildRunnerTest, GivesItAnEnvironmentOfItsOwn) {
 TEST_P(PosixChildRunnerTest, PassesNoDescriptorOn) {
     EXPECT_EQ(run("ls /proc/self/fd | wc -l").output, "4\n"); // three, and the listing's own
 }
+
+/// While it lives, this process has none of the three standard descriptors.
+class NoStandardDescriptors {
+public:
+    NoStandardDescriptors() {
+        for (std::size_t i = 0; i < m_kept.size(); ++i) {
+            m_kept[i] = ::fcntl(static_cast<int>(i), F_DUPFD_CLOEXEC, 3);
+            ::close(static_cast<int>(i));
+        }
+    }
+    NoStandardDescriptors(const NoStandardDescriptors&) = delete;
+    NoStandardDescriptors& operator=(const NoStandardDescriptors&) = delete;
+    ~NoStandardDescriptors() {
+        for (std::size_t i = 0; i < m_kept.size(); ++i) {
+            ::dup2(m_kept[i], static_cast<int>(i));
+            ::close(m_kept[i]);
+        }
+    }
+
+private:
+    std::array<int, 3> m_kept{};
+};
 
 TEST_P(PosixChildRunnerTest, SaysWhenThereIsNoSuchProgram) {
     ChildRequest request;
@@ -297,6 +323,26 @@ TEST_P(ReadyChildTest, IsTheOneThatIsAsked) {
     EXPECT_TRUE(result.output.ends_with("the work")) << result.output;
     EXPECT_TRUE(std::filesystem::is_empty(m_folder.path()));
     EXPECT_TRUE(run(reader()).output.ends_with("the work")) << "each is asked once";
+}
+
+TEST_P(ReadyChildTest, HasStandardDescriptorsWhereThisProcessHasNone) {
+    ChildRequest request = shell("cat; echo err >&2; ls /proc/self/fd | wc -l");
+    request.input = "fed\n";
+    std::string folder;
+    std::vector<ChildResult> results;
+    {
+        const NoStandardDescriptors closed;
+        m_runner->expect(request);
+        folder = begun();
+        // One that was begun before, and one that is begun now.
+        for (int i = 0; i < 2; ++i) results.push_back(run(request));
+    }
+    EXPECT_NE(folder, "");
+    for (const ChildResult& result : results) {
+        EXPECT_EQ(result.end, End::exited);
+        EXPECT_EQ(result.output, "fed\n4\n");
+        EXPECT_EQ(result.errors, "err\n");
+    }
 }
 
 TEST_P(ReadyChildTest, IsNotAskedForAnotherRequest) {

@@ -183,6 +183,25 @@ TEST(WorkView, ATableMarksCellsRowsAndColumns) {
     EXPECT_EQ(countOf(html, "<article"), 3U);
 }
 
+TEST(WorkView, ATableIsCutWhereItsCriticCutIt) {
+    // Said to be divided by tabs, of which it has none.
+    const std::string commas =
+        bodyOf(pageOf({.modality = "spreadsheet",
+                       .name = "t.tsv",
+                       .type = "text/tab-separated-values; charset=utf-8",
+                       .content = "Name,Amount\nx,1\n<b>,2\n",
+                       .findings = {finding(Severity::high, "cell B3", "2")}}));
+    EXPECT_THAT(commas, HasSubstr("<td class=\"marked f-high\">2<a class=\"ref f-high\""));
+    // Divided by tabs as it says, in whichever letters, though commas would divide it as well.
+    const std::string tabs =
+        bodyOf(pageOf({.modality = "spreadsheet",
+                       .name = "t.tsv",
+                       .type = "Text/Tab-Separated-Values",
+                       .content = "Name, first\tAmount, net\nx, y\t1,5\nz, w\t2,5\n",
+                       .findings = {finding(Severity::high, "cell B3", "2,5")}}));
+    EXPECT_THAT(tabs, HasSubstr("<td class=\"marked f-high\">2,5<a class=\"ref f-high\""));
+}
+
 TEST(WorkView, ALargeTableIsShownAroundItsFlaws) {
     std::string content = {};
     for (int row = 0; row < 1000; ++row) {

@@ -4,6 +4,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <optional>
 
@@ -42,6 +45,17 @@ TEST(DataFolder, BelowAFileIsAnError) {
     const auto made = makeDataFolder(temporary.path() / "file" / "d");
     ASSERT_TRUE(std::holds_alternative<FolderError>(made));
     EXPECT_NE(std::get<FolderError>(made).text.find("cannot make the folder"), std::string::npos);
+}
+
+TEST(DataFolder, ThatCannotBeMadeSaysWhyNot) {
+    const TemporaryFolder temporary;
+    // Looking behind the link fails as well, and for another reason: there is no such folder.
+    std::filesystem::create_symlink("nowhere", temporary.path() / "link");
+    const auto made = makeDataFolder(temporary.path() / "link" / "d");
+    ASSERT_TRUE(std::holds_alternative<FolderError>(made));
+    EXPECT_EQ(std::get<FolderError>(made).text, "cannot make the folder " +
+                                                    (temporary.path() / "link").string() + ": " +
+                                                    std::strerror(EEXIST));
 }
 
 TEST(FolderLock, IsHeldByOneAndFreeAgainAfterwards) {

@@ -7,6 +7,7 @@
 
 #include <fstream>
 #include <iterator>
+#include <string_view>
 
 #include <sqlite3.h>
 #include <sys/stat.h>
@@ -323,6 +324,56 @@ TEST_F(RunStoreTest, RoomAndTracesOfFinishedWorkAreGivenBack) {
     store->finishGrade("job_2", runRecord("run_2", 5));
     store->giveBackRoom();
     EXPECT_THAT(contentOf(file()), Not(HasSubstr(secret))) << "little work leaves no more";
+}
+
+/// The connection of the store that is opened while it lives.
+class OpenedConnection {
+public:
+    OpenedConnection() { sqlite3_auto_extension(reinterpret_cast<void (*)()>(&opened)); }
+    OpenedConnection(const OpenedConnection&) = delete;
+    OpenedConnection& operator=(const OpenedConnection&) = delete;
+    ~OpenedConnection() {
+        sqlite3_cancel_auto_extension(reinterpret_cast<void (*)()>(&opened));
+        latest = nullptr;
+    }
+
+    [[nodiscard]] static sqlite3* get() { return latest; }
+
+private:
+    static int opened(sqlite3* db, const char** /*error*/, const sqlite3_api_routines* /*api*/) {
+        latest = db;
+        return SQLITE_OK;
+    }
+
+    inline static sqlite3* latest = nullptr;
+};
+
+int busyTimeoutOf(sqlite3* db) {
+    sqlite3_stmt* statement = nullptr;
+    EXPECT_EQ(sqlite3_prepare_v2(db, "PRAGMA busy_timeout", -1, &statement, nullptr), SQLITE_OK);
+    EXPECT_EQ(sqlite3_step(statement), SQLITE_ROW);
+    const int timeout = sqlite3_column_int(statement, 0);
+    sqlite3_finalize(statement);
+    return timeout;
+}
+
+int refuseCheckpoints(void* /*of*/, int action, const char* name, const char* /*value*/,
+                      const char* /*database*/, const char* /*trigger*/) {
+    const bool checkpoint = action == SQLITE_PRAGMA && std::string_view(name) == "wal_checkpoint";
+    return checkpoint ? SQLITE_DENY : SQLITE_OK;
+}
+
+TEST_F(RunStoreTest, WaitsForOthersAlsoAfterTheLogCouldNotBeEmptied) {
+    const OpenedConnection connection;
+    const auto store = open();
+    ASSERT_NE(connection.get(), nullptr);
+    const int before = busyTimeoutOf(connection.get());
+    EXPECT_GT(before, 0);
+    store->giveBackRoom();
+    EXPECT_EQ(busyTimeoutOf(connection.get()), before);
+    sqlite3_set_authorizer(connection.get(), refuseCheckpoints, nullptr);
+    EXPECT_THROW(store->giveBackRoom(), StoreError);
+    EXPECT_EQ(busyTimeoutOf(connection.get()), before);
 }
 
 TEST_F(RunStoreTest, KeepsWhatItPromisesThroughAPowerCut) {
