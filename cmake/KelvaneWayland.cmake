@@ -24,6 +24,10 @@ endif()
 set(KELVANE_WAYLAND ON CACHE INTERNAL "Whether the Wayland adapters are built")
 
 enable_language(C)
+# The presets say how C++ is compiled; what the descriptions become is hardened by the same.
+set(CMAKE_C_FLAGS_DEBUG "${CMAKE_CXX_FLAGS_DEBUG}")
+set(CMAKE_C_FLAGS_RELEASE "${CMAKE_CXX_FLAGS_RELEASE}")
+set(CMAKE_C_FLAGS_RELWITHDEBINFO "${CMAKE_CXX_FLAGS_RELWITHDEBINFO}")
 file(GLOB protocols CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/platform/linux/wayland/protocols/*.xml)
 list(APPEND protocols ${XDG_OUTPUT_XML} ${XDG_ACTIVATION_XML} ${PLASMA_WINDOWS_XML} ${FAKE_INPUT_XML})
 set(folder ${CMAKE_BINARY_DIR}/wayland)

@@ -318,7 +318,8 @@ int run(int argc, char** argv) {
     umask(077);
     // A child or a client that is gone is told by the write that fails.
     std::signal(SIGPIPE, SIG_IGN);
-    // Who starts the service may leave this ignored, and a child's end would then be told to nobody.
+    // Who starts the service may leave this ignored, and a child's end would then be told to
+    // nobody.
     std::signal(SIGCHLD, SIG_DFL);
     // What lies in a core dump is the key, and the work of somebody. The children inherit it.
     const rlimit noCore{0, 0};

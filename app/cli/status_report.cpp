@@ -101,7 +101,8 @@ std::optional<StatusReport> statusFromJson(const std::string& text) {
     take(object, "grading", report.isGrading);
     take(object, "note", report.note);
     if (const json verdict = part(object, "verdict"); !verdict.empty()) {
-        auto& told = report.verdict.emplace();
+        report.verdict = StatusReport::Verdict{};
+        auto& told = *report.verdict;
         take(verdict, "band", told.band);
         take(verdict, "score", told.score);
         take(verdict, "flaws", told.flaws);

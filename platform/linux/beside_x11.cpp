@@ -84,7 +84,7 @@ public:
     void setString(std::string_view text) override { m_both->x11.pasteboard->setString(text); }
 
     PasteboardMemory remember() override {
-        m_both->other.pasteboard->remember();
+        static_cast<void>(m_both->other.pasteboard->remember());
         auto memory = m_both->x11.pasteboard->remember();
         m_ofX11 = memory.changeCount;
         memory.changeCount += m_both->other.pasteboard->changeCount();

@@ -373,6 +373,7 @@ TEST_F(CompanionModelTest, AVerdictIsAboutWhatWasGradedAndWhereItCameFrom) {
 }
 
 TEST_F(CompanionModelTest, RefreshSeesAKeyThatOthersMayReadAndAKitThatIsGone) {
+    fake.files.files["/home/ada/.brask/key"] = "k";
     fake.files.guards["/home/ada/.brask/key"] = {.othersRead = true};
     fake.files.files["/home/ada/.brask/validate.py"] = "";
     model.refresh();

@@ -555,7 +555,7 @@ TEST_F(ServiceProcessTest, ServesTheCatalogItIsGiven) {
 TEST_F(ServiceProcessTest, AChildThatIsKilledCostsOnlyWhatItHadNotSaid) {
     auto process = start();
     std::string text;
-    while (text.size() < 8'000'000) text += workNumber(1);
+    while (text.size() < 2'000'000) text += workNumber(1);
     const std::string job = submit(text);
     ::kill(awaitJudgeOf(process->pid()), SIGKILL);
     const json answer = finished(job);
@@ -569,7 +569,7 @@ TEST_F(ServiceProcessTest, AChildThatIsKilledCostsOnlyWhatItHadNotSaid) {
 TEST_F(ServiceProcessTest, ACancelledJobEndsItsChild) {
     auto process = start();
     std::string text;
-    while (text.size() < 8'000'000) text += workNumber(1);
+    while (text.size() < 2'000'000) text += workNumber(1);
     const std::string job = submit(text);
     const pid_t child = awaitJudgeOf(process->pid());
     std::vector<std::filesystem::path> folders;
@@ -596,7 +596,7 @@ TEST_F(ServiceProcessTest, WhatACrashLeftOfTheWorkGoesAtTheNextStart) {
     {
         auto process = start();
         std::string text;
-        while (text.size() < 8'000'000) text += workNumber(1);
+        while (text.size() < 2'000'000) text += workNumber(1);
         submit(text);
         const pid_t child = awaitJudgeOf(process->pid());
         process->signal(SIGKILL);

@@ -8,7 +8,7 @@
 #include <wayland-client.h>
 
 // The name of a parameter there is a word of this language.
-#define namespace scope
+#define namespace scope // NOLINT(clang-diagnostic-keyword-macro)
 #include <wlr-layer-shell-unstable-v1-client-protocol.h>
 #undef namespace
 #include <xdg-activation-v1-client-protocol.h>

@@ -465,6 +465,15 @@ TEST_F(AppDelegateTest, TheFirstRunAsksOnceWhereToGradeWhenAllElseIsDone) {
     start();
     EXPECT_EQ(happened().back(), "catalog refresh");
     application.runJobs();
+    EXPECT_THAT(happened(), ElementsAre("keep service", "ask where", "refresh", "offer"));
+}
+
+TEST_F(AppDelegateTest, TheFirstRunOffersNothingMore) {
+    installed = false;
+    placeIsUnknown = true;
+    start();
+    happened();
+    application.runJobs();
     EXPECT_THAT(happened(), ElementsAre("keep service", "ask where", "refresh"));
 }
 
@@ -472,14 +481,14 @@ TEST_F(AppDelegateTest, WhereItIsKnownNothingIsAsked) {
     start();
     happened();
     application.runJobs();
-    EXPECT_THAT(happened(), ElementsAre("keep service"));
+    EXPECT_THAT(happened(), ElementsAre("keep service", "offer"));
 }
 
 TEST_F(AppDelegateTest, TheSwitchAndTheMenuAskAnew) {
     start({"--service"});
     happened();
     application.runJobs();
-    EXPECT_THAT(happened(), ElementsAre("keep service", "ask where", "refresh"));
+    EXPECT_THAT(happened(), ElementsAre("keep service", "ask where", "refresh", "offer"));
     ASSERT_EQ(state.menu.size(), 3U);
     EXPECT_EQ(state.menu[1].title, "Where to grade…");
     state.click();

@@ -3,6 +3,8 @@
 #include "tests/app/shell/qt/panel_desktop.h"
 #include "tests/source_tree.h"
 
+#include <fstream>
+#include <iterator>
 #include <netinet/in.h>
 #include <poll.h>
 #include <signal.h>
@@ -151,20 +153,33 @@ TEST_F(ProgramLifeTest, WithThePanelOpenItGoesOnDescribingTheApplicationOverMany
     }
 }
 
+/// The entry in the menu as the installation writes it for a program.
+std::string menuEntryFor(const std::filesystem::path& program) {
+    std::ifstream file(inSourceTree("resources/linux/menu.desktop.in"));
+    std::string entry(std::istreambuf_iterator<char>(file), {});
+    const auto fill = [&](const std::string& blank, const std::string& with) {
+        for (auto at = entry.find(blank); at != std::string::npos; at = entry.find(blank)) {
+            entry.replace(at, blank.size(), with);
+        }
+    };
+    fill("@program@", program.string());
+    fill("@KELVANE_BUNDLE_ID@", kProgramClass);
+    return entry;
+}
+
 TEST_F(ProgramLifeTest, TheDesktopEntryOpensThePanelOfTheOneThatRuns) {
     startEditor();
     const auto programs = desktop.home() / "bin";
     std::filesystem::create_directories(programs);
-    // As a package has it: a link on the search path.
+    // As a package has it: a link.
     std::filesystem::create_symlink(KELVANE_PRODUCT, programs / "kelvane");
-    auto variables = environment();
-    variables["PATH"] = programs.string() + ":" + variables["PATH"];
+    const auto variables = environment();
     Program first({KELVANE_PRODUCT}, variables);
     ASSERT_TRUE(waitUntilRunning());
     ASSERT_FALSE(panelStands());
-    Program launcher({"/usr/bin/env", "gio", "launch",
-                      inSourceTree("resources/linux/") + kProgramClass + ".desktop"},
-                     variables);
+    const auto entry = desktop.home() / (std::string(kProgramClass) + ".desktop");
+    std::ofstream(entry) << menuEntryFor(programs / "kelvane");
+    Program launcher({"/usr/bin/env", "gio", "launch", entry.string()}, variables);
     EXPECT_EQ(launcher.waitForEnd(), 0);
     EXPECT_TRUE(waitUntilPanel(true));
     EXPECT_TRUE(waitUntilShown("You're in Mousepad"));
