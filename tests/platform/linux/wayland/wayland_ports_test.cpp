@@ -314,7 +314,9 @@ TEST_P(OnCompositor, aPictureShowsTheWindowAndNothingElse) {
 TEST_P(OnCompositor, aCompositorThatStandsStillHoldsUpNobody) {
     window("kelvane.probe", "one");
     ASSERT_TRUE(stage().waitForFront("wmclass:kelvane.probe"));
-    EXPECT_EQ(stage().ports.workspace->silentDisplay(), std::nullopt);
+    // A compositor that draws without a GPU may be too busy to answer the first time.
+    EXPECT_TRUE(WaylandDesktop::waitUntil(
+        [&] { return !stage().ports.workspace->silentDisplay().has_value(); }));
     stage().desktop.stopCompositor();
     const auto begin = std::chrono::steady_clock::now();
     EXPECT_EQ(stage().ports.workspace->frontmost(), std::nullopt);
