@@ -30,7 +30,7 @@ constexpr double kBudget = 5; ///< Milliseconds.
 bool measure(const char* name, const std::map<std::string, std::string>& variables) {
     FakePlatform fakes;
     for (const auto& [key, value] : variables) fakes.environment.variables[key] = value;
-    const auto ports = makeLinuxDesktop(fakes.environment, fakes.clock);
+    const auto ports = makeLinuxDesktop(fakes.environment, fakes.clock, fakes.ownFocus);
     if (!TestPrograms::waitUntil([&] {
             return ports.workspace->runningApplications().size() >= 3 &&
                    ports.workspace->frontmost().has_value();
