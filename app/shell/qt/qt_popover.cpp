@@ -2,6 +2,7 @@
 
 #include "app/panel/panel_appearance.h"
 #include "app/panel/panel_item.h"
+#include "app/shell/qt/layer_surface.h"
 #include "app/shell/qt/panel_trace.h"
 #include "platform/ports/clock.h"
 #include "platform/ports/input_hold.h"
@@ -99,6 +100,9 @@ void QtPopover::build() {
     if (!m_view) return;
     m_view->setTitle(QGuiApplication::applicationDisplayName());
     m_view->setFlags(Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint);
+    m_layer = makeLayerSurface(*m_view, [this] {
+        if (isShown() && !m_lent) closeForClick();
+    });
     // Not kept while hidden: a panel is open for seconds and hidden for hours.
     m_view->setPersistentSceneGraph(false);
     m_view->setPersistentGraphics(false);
@@ -108,6 +112,7 @@ void QtPopover::build() {
     connect(m_view.get(), &QWindow::activeChanged, this, &QtPopover::activeChanged);
     connect(m_view.get(), &QWindow::heightChanged, this, [this] {
         shape();
+        if (m_layer) m_layer->resize(m_view->size());
         if (isShown()) place();
     });
     connect(m_view.get(), &QWindow::visibleChanged, this, [this](bool visible) {
@@ -130,6 +135,7 @@ void QtPopover::show(const PopoverAnchor& anchor) {
     m_opened = anchor.byPointer ? std::optional(pointerNow()) : std::nullopt;
     m_wasActive = false;
     place();
+    if (m_layer) m_layer->open(m_view->size(), kPopoverGap);
     m_view->show();
     m_ports.presses.start([this] {
         QMetaObject::invokeMethod(
@@ -154,11 +160,13 @@ void QtPopover::lendKeyboard() {
     if (!isShown()) return;
     m_waitForKeyboard.stop();
     m_lent = true;
+    if (m_layer) m_layer->lend(true);
     m_ports.hold.start();
 }
 
 void QtPopover::takeKeyboardBack() {
     if (!m_lent) return;
+    if (m_layer) m_layer->lend(false);
     takeKeyboard();
     m_patienceEnds = m_ports.clock.now() + kPatience;
     m_waitForKeyboard.start();
@@ -216,7 +224,9 @@ void QtPopover::closeForClick() {
 }
 
 void QtPopover::close() {
-    if (isShown()) m_view->hide();
+    if (!isShown()) return;
+    if (m_layer) m_layer->close();
+    m_view->hide();
 }
 
 void QtPopover::hidden() {
