@@ -48,6 +48,16 @@ Alert failure() {
             .buttons = {}};
 }
 
+Alert leftOn() {
+    return {.style = Alert::Style::Warning,
+            .message = "Accessibility stays switched on.",
+            .informative =
+                "Kelvane switched it on for you, and the desktop's accessibility service "
+                "did not let it be switched off again. You can do so in your desktop's "
+                "settings.",
+            .buttons = {}};
+}
+
 } // namespace
 
 AccessibilityQuestion::AccessibilityQuestion(Ports ports, std::filesystem::path braskHome)
@@ -73,6 +83,17 @@ void AccessibilityQuestion::change() {
                           .informative = "Firefox tells Kelvane what is selected, and so do Qt "
                                          "programs that were started since.",
                           .buttons = {}});
+}
+
+void AccessibilityQuestion::giveBack() {
+    if (accessibility_choice::remembered(m_ports.files, m_braskHome) != Answer::On) return;
+    if (m_ports.setting.isOn() == false) return; // He switched it off himself.
+    if (!m_ports.setting.set(false)) {
+        m_ports.dialogs.show(leftOn());
+        return;
+    }
+    // Should the note outlive the removal, what others switch on is not to be taken for ours.
+    accessibility_choice::remember(m_ports.files, m_braskHome, Answer::Off);
 }
 
 void AccessibilityQuestion::offerOn() {

@@ -36,6 +36,10 @@ public:
     /// again.
     void change();
 
+    /// Before this program is removed: switches it off, without a question, where this program
+    /// switched it on and it is on still. Says so when that cannot be done.
+    void giveBack();
+
 private:
     void offerOn();
     void offerOff();

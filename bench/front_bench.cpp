@@ -6,7 +6,6 @@
 
 #include "platform/fake/fakes.h"
 #include "platform/linux/linux_platform.h"
-#include "platform/ports/own_focus.h"
 #include "tests/platform/linux/virtual_desktop.h"
 #include "tests/platform/linux/wayland/wayland_desktop.h"
 
@@ -31,8 +30,7 @@ constexpr double kBudget = 5; ///< Milliseconds.
 bool measure(const char* name, const std::map<std::string, std::string>& variables) {
     FakePlatform fakes;
     for (const auto& [key, value] : variables) fakes.environment.variables[key] = value;
-    NoOwnFocus focus;
-    const auto ports = makeLinuxDesktop(fakes.environment, fakes.clock, focus);
+    const auto ports = makeLinuxDesktop(fakes.environment, fakes.clock, fakes.ownFocus);
     if (!TestPrograms::waitUntil([&] {
             return ports.workspace->runningApplications().size() >= 3 &&
                    ports.workspace->frontmost().has_value();

@@ -2,6 +2,7 @@
 
 #include "app/panel/panel_item.h"
 #include "app/process_settings.h"
+#include "app/shell/qt/layer_surface.h"
 #include "platform/posix/posix_platform.h"
 
 #include <QAccessible>
@@ -87,6 +88,7 @@ void prepareQt(const Launch& launch) {
     // A picture needs no display, so a machine without one can draw it too.
     if (launch.shape == Shape::Picture) qputenv("QT_QPA_PLATFORM", "offscreen");
     useSoftwareRendering();
+    prepareLayerSurfaces();
     nameApplication();
 }
 

@@ -46,11 +46,15 @@ void install(DesktopPorts& ports, const Installation& installation, bool firstRu
 }
 
 void uninstall(DesktopPorts& ports, const Installation& installation, Application& application,
-               GradingPlace& place) {
+               GradingPlace& place, AccessibilityQuestion& accessibility) {
     Uninstall::runUninstall({.dialogs = *ports.dialogs,
                              .processes = *ports.processes,
                              .terminate = [&application] { application.terminate(); },
-                             .giveBack = [&place] { place.giveUp(); }},
+                             .giveBack =
+                                 [&place, &accessibility] {
+                                     place.giveUp();
+                                     accessibility.giveBack();
+                                 }},
                             installation);
 }
 
@@ -119,7 +123,8 @@ AppDelegate::Actions shellActions(ShellParts parts) {
         install(parts.ports, parts.installation, firstRun);
     };
     actions.runUninstall = [parts] {
-        uninstall(parts.ports, parts.installation, parts.application, parts.place);
+        uninstall(parts.ports, parts.installation, parts.application, parts.place,
+                  parts.accessibility);
     };
     actions.refreshRemoteCatalog = [parts] { fetchCatalog(parts.ports, parts.installation); };
     actions.offerAccessibility = [parts](const DesktopLimit& limit) {

@@ -19,10 +19,9 @@ DesktopOffer offerOf(LinuxApplications& opened, Environment& environment, Waylan
     DesktopOffer offer;
     offer.wayland = opened.session.kind == LinuxSession::Kind::Wayland;
     if (opened.session.wayland.empty()) return offer;
-    auto wayland =
-        openWaylandSession({opened.session.wayland, environment.get("SWAYSOCK").value_or(""),
-                            environment.get("DBUS_SESSION_BUS_ADDRESS").value_or("")},
-                           entriesOf(opened.files), use);
+    opened.place = {opened.session.wayland, environment.get("SWAYSOCK").value_or(""),
+                    environment.get("DBUS_SESSION_BUS_ADDRESS").value_or("")};
+    auto wayland = openWaylandSession(opened.place, entriesOf(opened.files), use);
     if (wayland.silent) opened.silentDisplay = opened.session.wayland;
     if (wayland.session) offer = wayland.session->offer();
     opened.wayland = std::move(wayland.session);
@@ -65,6 +64,25 @@ LinuxApplications openLinuxApplications(Environment& environment, Clock& clock, 
     opened.offer = offer;
     opened.sources = chooseSources(offer);
     return opened;
+}
+
+namespace {
+
+bool wasSilent(const LinuxApplications& opened) {
+    return !opened.place.socket.empty() && opened.silentDisplay == opened.place.socket;
+}
+
+} // namespace
+
+bool mayTellMore(const LinuxApplications& opened) {
+    return wasSilent(opened) || mayOfferMore(opened.offer);
+}
+
+bool tellsMore(const LinuxApplications& opened) {
+    const auto now =
+        openWaylandSession(opened.place, entriesOf(opened.files), WaylandUse::WindowsOnly);
+    if (!now.session) return false;
+    return wasSilent(opened) || !mayOfferMore(now.session->offer());
 }
 
 std::unique_ptr<Workspace> x11WorkspaceOf(const LinuxApplications& opened) {

@@ -19,6 +19,7 @@ namespace kelvane {
 
 struct LinuxApplications {
     LinuxSession session;
+    WaylandPlace place; ///< Empty where the session is not one of Wayland.
     DesktopOffer offer; ///< As it was found.
     DesktopSources sources;
     std::string silentDisplay; ///< Of one that let nobody in within the time it had; else empty.
@@ -33,6 +34,13 @@ struct LinuxApplications {
 /// `clock` and `ownFocus` must outlive what is made.
 [[nodiscard]] LinuxApplications openLinuxApplications(Environment& environment, Clock& clock,
                                                       OwnFocus& ownFocus, WaylandUse use);
+
+/// Whether the compositor was silent, or did not know this program, so that it may tell more later.
+[[nodiscard]] bool mayTellMore(const LinuxApplications& opened);
+
+/// Of such a one: whether it does now. Asked over a link of its own, which is not kept; waits for
+/// at most a second.
+[[nodiscard]] bool tellsMore(const LinuxApplications& opened);
 
 [[nodiscard]] InstalledEntries entriesOf(const std::shared_ptr<DesktopFiles>& files);
 

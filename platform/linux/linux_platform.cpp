@@ -7,6 +7,7 @@
 #include "platform/linux/desktop_icons.h"
 #include "platform/linux/linux_applications.h"
 #include "platform/linux/linux_limits.h"
+#include "platform/linux/renewed_desktop.h"
 #include "platform/linux/unseen_sources.h"
 #include "platform/linux/x11/x11_clipboard.h"
 #include "platform/linux/x11/x11_compositing.h"
@@ -15,6 +16,8 @@
 #include "platform/linux/x11/x11_window_list.h"
 #include "platform/linux/x11/x11_window_picture.h"
 
+#include <memory>
+#include <optional>
 #include <utility>
 
 namespace kelvane {
@@ -61,10 +64,7 @@ void readFromPrograms(LinuxDesktop& desktop, const LinuxApplications& opened) {
     desktop.pasteboard = std::move(text.pasteboard);
 }
 
-} // namespace
-
-LinuxDesktop makeLinuxDesktop(Environment& environment, Clock& clock, OwnFocus& ownFocus) {
-    const auto opened = openLinuxApplications(environment, clock, ownFocus, WaylandUse::Everything);
+LinuxDesktop desktopOf(const LinuxApplications& opened, Clock& clock) {
     const auto& session = opened.session;
     const auto& sources = opened.sources;
     const auto& wayland = opened.wayland;
@@ -97,6 +97,21 @@ LinuxDesktop makeLinuxDesktop(Environment& environment, Clock& clock, OwnFocus& 
     desktop.hold = std::move(held.hold);
     desktop.compositing = compositingOf(session);
     return desktop;
+}
+
+} // namespace
+
+LinuxDesktop makeLinuxDesktop(Environment& environment, Clock& clock, OwnFocus& ownFocus) {
+    const auto opened = std::make_shared<LinuxApplications>(
+        openLinuxApplications(environment, clock, ownFocus, WaylandUse::Everything));
+    auto desktop = desktopOf(*opened, clock);
+    if (!mayTellMore(*opened)) return desktop;
+    return makeRenewedDesktop(
+        std::move(desktop),
+        [opened, &environment, &clock, &ownFocus]() -> std::optional<LinuxDesktop> {
+            if (!tellsMore(*opened)) return std::nullopt;
+            return makeLinuxDesktop(environment, clock, ownFocus);
+        });
 }
 
 } // namespace kelvane

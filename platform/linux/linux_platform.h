@@ -40,13 +40,15 @@ struct LinuxDesktop {
     std::unique_ptr<Compositing> compositing; ///< Without an X session always on.
 };
 
-/// Connects to the display that `environment` names. The environment is read now and never again;
-/// `clock` and `ownFocus` must outlive what is made. A display that goes away later does not come
-/// back: start again to use another one.
+/// Connects to the display that `environment` names. All three must outlive what is made. A
+/// compositor that is silent now, or does not know this program yet, is asked again whenever
+/// `limits` are, and then the environment is read again. A display that goes away later does not
+/// come back: start again to use another one.
 [[nodiscard]] LinuxDesktop makeLinuxDesktop(Environment& environment, Clock& clock,
                                             OwnFocus& ownFocus);
 
-/// The first of them alone, with nothing beside it. The same rules hold.
+/// The first of them alone, with nothing beside it, by what answers now; only `clock` must outlive
+/// it.
 [[nodiscard]] std::unique_ptr<Workspace> makeLinuxWorkspace(Environment& environment, Clock& clock);
 
 } // namespace kelvane

@@ -111,6 +111,48 @@ TEST_F(AccessibilityQuestionTest, WhatCannotBeNotedIsNotSwitchedOn) {
     EXPECT_THAT(machine.dialogs.shown.back().message, HasSubstr("could not be changed"));
 }
 
+TEST_F(AccessibilityQuestionTest, RemovedTheProgramSwitchesOffWhatItSwitchedOnWithoutAQuestion) {
+    machine.dialogs.answers = {1};
+    question.change();
+    ASSERT_EQ(machine.accessibility.on, true);
+    question.giveBack();
+    EXPECT_EQ(machine.accessibility.on, false);
+    EXPECT_EQ(remembered(), Answer::Off);
+    EXPECT_THAT(machine.dialogs.shown, SizeIs(1));
+}
+
+TEST_F(AccessibilityQuestionTest, RemovedTheProgramLeavesWhatSomebodyElseSwitchedOn) {
+    for (const std::optional<Answer> answer :
+         {std::optional<Answer>(), {Answer::No}, {Answer::Off}}) {
+        if (answer) accessibility_choice::remember(machine.files, "/home/me/.brask", *answer);
+        machine.accessibility.on = true;
+        question.giveBack();
+        EXPECT_EQ(machine.accessibility.on, true);
+    }
+    EXPECT_EQ(machine.journal.count("accessibility "), 0U);
+    EXPECT_THAT(machine.dialogs.shown, IsEmpty());
+}
+
+TEST_F(AccessibilityQuestionTest, RemovedTheProgramDoesNothingWhereItIsOffAlready) {
+    accessibility_choice::remember(machine.files, "/home/me/.brask", Answer::On);
+    machine.accessibility.on = false;
+    question.giveBack();
+    EXPECT_EQ(machine.journal.count("accessibility "), 0U);
+    EXPECT_THAT(machine.dialogs.shown, IsEmpty());
+}
+
+TEST_F(AccessibilityQuestionTest, RemovedTheProgramSaysWhenItStaysOn) {
+    for (const bool answers : {true, false}) {
+        accessibility_choice::remember(machine.files, "/home/me/.brask", Answer::On);
+        machine.accessibility.on = answers ? std::optional(true) : std::nullopt;
+        machine.accessibility.isStuck = true;
+        question.giveBack();
+        EXPECT_THAT(machine.dialogs.shown.back().message, HasSubstr("stays switched on"));
+        EXPECT_EQ(remembered(), Answer::On);
+    }
+    EXPECT_THAT(machine.dialogs.shown, SizeIs(2));
+}
+
 TEST(AccessibilityChoice, ReadsTheFirstAnswerAndNothingElse) {
     using accessibility_choice::answerIn;
     EXPECT_EQ(answerIn("# on\non\noff\n"), Answer::On);

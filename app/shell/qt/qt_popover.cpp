@@ -2,6 +2,7 @@
 
 #include "app/panel/panel_appearance.h"
 #include "app/panel/panel_item.h"
+#include "app/shell/qt/layer_surface.h"
 #include "app/shell/qt/panel_trace.h"
 #include "platform/ports/clock.h"
 #include "platform/ports/compositing.h"
@@ -100,6 +101,9 @@ void QtPopover::build() {
     if (!m_view) return;
     m_view->setTitle(QGuiApplication::applicationDisplayName());
     m_view->setFlags(Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint);
+    m_layer = makeLayerSurface(*m_view, [this] {
+        if (isShown() && !m_lent) closeForClick();
+    });
     // Not kept while hidden: a panel is open for seconds and hidden for hours.
     m_view->setPersistentSceneGraph(false);
     m_view->setPersistentGraphics(false);
@@ -109,6 +113,7 @@ void QtPopover::build() {
     connect(m_view.get(), &QWindow::activeChanged, this, &QtPopover::activeChanged);
     connect(m_view.get(), &QWindow::heightChanged, this, [this] {
         shape();
+        if (m_layer) m_layer->resize(m_view->size());
         if (isShown()) place();
     });
     connect(m_view.get(), &QWindow::visibleChanged, this, [this](bool visible) {
@@ -131,6 +136,7 @@ void QtPopover::show(const PopoverAnchor& anchor) {
     m_wasActive = false;
     shape();
     place();
+    if (m_layer) m_layer->open(m_view->size(), kPopoverGap);
     m_view->show();
     m_ports.presses.start([this] {
         QMetaObject::invokeMethod(
@@ -155,11 +161,13 @@ void QtPopover::lendKeyboard() {
     if (!isShown()) return;
     m_waitForKeyboard.stop();
     m_lent = true;
+    if (m_layer) m_layer->lend(true);
     m_ports.hold.start();
 }
 
 void QtPopover::takeKeyboardBack() {
     if (!m_lent) return;
+    if (m_layer) m_layer->lend(false);
     takeKeyboard();
     m_patienceEnds = m_ports.clock.now() + kPatience;
     m_waitForKeyboard.start();
@@ -225,7 +233,9 @@ void QtPopover::closeForClick() {
 }
 
 void QtPopover::close() {
-    if (isShown()) m_view->hide();
+    if (!isShown()) return;
+    if (m_layer) m_layer->close();
+    m_view->hide();
 }
 
 void QtPopover::hidden() {

@@ -2,7 +2,8 @@
 //
 // An ordinary window as far as the window manager knows, without a frame: it grabs nothing, so
 // that the rest of the desktop, its shortcuts and its screen lock work while it is open. It closes
-// when the user clicks elsewhere or another window takes the keyboard.
+// when the user clicks elsewhere or another window takes the keyboard. On a Wayland desktop with a
+// layer shell it is a layer over all windows, in the corner where trays are.
 //
 // The one exception: a capture brings the graded application to the front for the fraction of a
 // second in which it copies. Then the panel stays, and keys and clicks are held: a Return that was
@@ -31,6 +32,7 @@ namespace kelvane {
 class Clock;
 class Compositing;
 class InputHold;
+class LayerSurface;
 class PanelAppearance;
 class PanelTrace;
 class PointerPresses;
@@ -88,6 +90,7 @@ private:
     std::unique_ptr<PanelBridge> m_bridge;
     std::unique_ptr<PanelAppearance> m_appearance;
     std::unique_ptr<QQuickView> m_view;
+    std::unique_ptr<LayerSurface> m_layer; ///< Null where windows are no layers.
     std::unique_ptr<PanelTrace> m_trace;
     PopoverBeside m_beside;
     bool m_wasActive = false; ///< Since it was last shown.

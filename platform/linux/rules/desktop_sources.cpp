@@ -51,4 +51,8 @@ DesktopSources chooseSources(const DesktopOffer& offer) {
     return {windows, selectionOf(offer, windows), keysOf(offer), pictureOf(offer), true};
 }
 
+bool mayOfferMore(const DesktopOffer& offer) {
+    return offer.plasmaShell && !offer.plasmaWindows;
+}
+
 } // namespace kelvane

@@ -30,6 +30,7 @@ struct DesktopOffer {
     bool virtualKeyboard = false; ///< zwp_virtual_keyboard_manager_v1
     bool fakeInput = false;       ///< org_kde_kwin_fake_input
     bool screencopy = false;      ///< zwlr_screencopy_manager_v1
+    bool plasmaShell = false;     ///< org_kde_plasma_shell, which KWin lets everybody use.
 
     // Beside them.
     bool swaySocket = false;     ///< Tells which process a window is of, and where it stands.
@@ -57,5 +58,8 @@ struct DesktopSources {
 /// through some of them costs them seconds. The selection of an X server is taken only together
 /// with its windows: under Wayland the two know different programs.
 [[nodiscard]] DesktopSources chooseSources(const DesktopOffer& offer);
+
+/// Whether the compositor may tell more over a later link: KWin does not know this program yet.
+[[nodiscard]] bool mayOfferMore(const DesktopOffer& offer);
 
 } // namespace kelvane

@@ -40,6 +40,7 @@ public:
         m_offer.wayland = true;
         m_offer.foreignToplevel = m_parts.windows->hasForeignToplevel();
         m_offer.plasmaWindows = m_parts.windows->hasPlasmaWindows();
+        m_offer.plasmaShell = m_parts.windows->hasPlasmaShell();
         m_offer.swaySocket = m_applications->tree().has_value();
         if (!m_parts.selections) return;
         m_offer.dataControl = m_parts.selections->offered();

@@ -21,6 +21,8 @@ constexpr std::uint32_t kNewestToplevels = 3;
 /// With uuids, by which KWin's other interfaces know windows, and the names of X11 programs.
 constexpr std::uint32_t kPlasmaWithUuids = 13;
 constexpr std::uint32_t kNewestPlasma = 16;
+/// Nothing is asked of it: its description need not be here.
+constexpr std::string_view kPlasmaShell = "org_kde_plasma_shell";
 
 class Windows;
 
@@ -50,6 +52,11 @@ public:
     bool hasPlasmaWindows() const override {
         const std::lock_guard lock(m_mutex);
         return m_plasma != nullptr;
+    }
+
+    bool hasPlasmaShell() const override {
+        const std::lock_guard lock(m_mutex);
+        return m_hasPlasmaShell;
     }
 
     std::vector<WaylandWindow> windows() const override {
@@ -143,6 +150,7 @@ private:
     std::vector<std::unique_ptr<Handle>> m_handles;
     zwlr_foreign_toplevel_manager_v1* m_toplevels = nullptr;
     org_kde_plasma_window_management* m_plasma = nullptr;
+    bool m_hasPlasmaShell = false;
     wl_seat* m_seat = nullptr; ///< The first one: who presses decides who is in front.
     std::uint32_t m_lastNumber = 0;
     std::uint64_t m_lastRaised = 0;
@@ -302,6 +310,9 @@ void Windows::globalAdded(wl_registry* registry, std::uint32_t name, std::string
         org_kde_plasma_window_management_add_listener(manager, &kPlasmaListener, this);
         const std::lock_guard lock(m_mutex);
         m_plasma = manager;
+    } else if (interface == kPlasmaShell) {
+        const std::lock_guard lock(m_mutex);
+        m_hasPlasmaShell = true;
     }
 }
 

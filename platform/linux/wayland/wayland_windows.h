@@ -42,6 +42,8 @@ public:
     /// Whether the compositor tells; after the start. Any thread, like all below.
     [[nodiscard]] virtual bool hasForeignToplevel() const = 0;
     [[nodiscard]] virtual bool hasPlasmaWindows() const = 0;
+    /// Whether it is one that tells those of its windows whom it knows.
+    [[nodiscard]] virtual bool hasPlasmaShell() const = 0;
     /// Oldest first where the compositor says so.
     [[nodiscard]] virtual std::vector<WaylandWindow> windows() const = 0;
     /// The active one's number, 0 when none is.

@@ -151,7 +151,6 @@ protected:
     }
     /// The ports as the product makes them on this desktop.
     LinuxDesktop product() {
-        FakeEnvironment environment;
         for (const auto& [name, value] : desktop().environment()) {
             environment.variables[name] = value;
         }
@@ -175,6 +174,7 @@ protected:
     Journal journal;
     FakeClock clock{journal};
     FakeOwnFocus focus;
+    FakeEnvironment environment;
     std::shared_ptr<DesktopFiles> files =
         std::make_shared<DesktopFiles>(std::vector<std::filesystem::path>{"/usr/share"}, "", clock);
     InstalledEntries installed = [files = files] { return files->index(); };

@@ -94,5 +94,13 @@ INSTANTIATE_TEST_SUITE_P(Desktops, DesktopSourcesTest, testing::ValuesIn(kDeskto
                              return std::string(desktop.param.name);
                          });
 
+TEST(MoreOfTheDesktop, mayComeOnlyFromPlasmaThatKeepsItsWindows) {
+    EXPECT_TRUE(mayOfferMore({.wayland = true, .plasmaShell = true}));
+    EXPECT_FALSE(mayOfferMore({.wayland = true, .plasmaWindows = true, .plasmaShell = true}));
+    EXPECT_FALSE(mayOfferMore({.wayland = true, .foreignToplevel = true}));
+    EXPECT_FALSE(mayOfferMore({.wayland = true, .accessibility = true}));
+    EXPECT_FALSE(mayOfferMore({}));
+}
+
 } // namespace
 } // namespace kelvane

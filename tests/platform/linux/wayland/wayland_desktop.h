@@ -82,6 +82,10 @@ public:
     /// Ends a program started here and waits until it is gone: politely, then by force.
     void end(pid_t program) { m_programs.end(program); }
 
+    /// On KWin: has it let this very program use what it keeps from others from now on, once it
+    /// notices, as after an installation. At the start this is done for `known`.
+    void introduceThisProgram();
+
     /// Has the compositor stand still and go on, and ends it as a crash would.
     void stopCompositor();
     void continueCompositor();
@@ -97,7 +101,6 @@ public:
 
 private:
     void startBus();
-    void introduceThisProgram();
     void startCompositor();
     [[nodiscard]] std::vector<std::string> swayCommand();
     [[nodiscard]] std::vector<std::string> kwinCommand();
