@@ -1,4 +1,4 @@
-// The built program's panel on sway: where it stands, and what closes it.
+// The built program's panel on sway and KWin: where it stands, and what closes it.
 
 #include "tests/platform/linux/wayland/wayland_desktop.h"
 
@@ -91,19 +91,15 @@ private:
     std::uint32_t m_time = 0;
 };
 
-class WaylandPanel : public testing::TestWithParam<double> {
+class PanelOnWayland : public testing::Test {
 protected:
-    void SetUp() override {
-        if (const auto why = WaylandDesktop::missing(Compositor::Sway)) GTEST_SKIP() << *why;
-        desktop = std::make_unique<WaylandDesktop>(WaylandOptions{.scale = GetParam()});
-        mouse = std::make_unique<Mouse>(desktop->home() / "runtime" /
-                                        desktop->environment().at("WAYLAND_DISPLAY"));
+    /// A desktop with the product on it, whose panel is closed. The second start of the product has
+    /// the first one open it.
+    void begin(const WaylandOptions& options) {
+        desktop = std::make_unique<WaylandDesktop>(options);
         std::filesystem::create_directories(desktop->home() / ".brask");
         desktop->file(".brask/validate.py", "#\n");
-        desktop->start({"mousepad", "--disable-server"});
-        ASSERT_TRUE(
-            WaylandDesktop::waitUntil([&] { return tree().find("ousepad") != std::string::npos; }));
-        startProgram(); // The second start has the first one open its panel.
+        startProgram();
         ASSERT_TRUE(WaylandDesktop::waitUntil([&] {
             std::error_code none;
             const auto runtime = desktop->home() / "runtime";
@@ -120,7 +116,6 @@ protected:
                                            {"KELVANE_PANEL_TRACE", trace().string()}});
     }
     std::filesystem::path trace() const { return desktop->home() / "trace.jsonl"; }
-    std::string tree() { return desktop->outputOf({"swaymsg", "-t", "get_tree"}); }
     std::size_t count(const std::string& event) const {
         std::size_t n = 0;
         std::ifstream file(trace());
@@ -140,9 +135,22 @@ protected:
         return WaylandDesktop::waitUntil([&] { return count("hidden") == count("shown"); },
                                          std::chrono::seconds(5));
     }
-    /// The mouse, the desktop: gone in this order.
     std::unique_ptr<WaylandDesktop> desktop;
-    std::unique_ptr<Mouse> mouse;
+};
+
+class WaylandPanel : public PanelOnWayland, public testing::WithParamInterface<double> {
+protected:
+    void SetUp() override {
+        if (const auto why = WaylandDesktop::missing(Compositor::Sway)) GTEST_SKIP() << *why;
+        begin({.scale = GetParam()});
+        mouse = std::make_unique<Mouse>(desktop->home() / "runtime" /
+                                        desktop->environment().at("WAYLAND_DISPLAY"));
+        desktop->start({"mousepad", "--disable-server"});
+        ASSERT_TRUE(
+            WaylandDesktop::waitUntil([&] { return tree().find("ousepad") != std::string::npos; }));
+    }
+    std::string tree() { return desktop->outputOf({"swaymsg", "-t", "get_tree"}); }
+    std::unique_ptr<Mouse> mouse; ///< Gone before the desktop.
 };
 
 TEST_P(WaylandPanel, IsNoWindowThatTheCompositorPlacesAndClosesAtEscapeAndAtAClickElsewhere) {
@@ -157,6 +165,17 @@ TEST_P(WaylandPanel, IsNoWindowThatTheCompositorPlacesAndClosesAtEscapeAndAtACli
     open();
     mouse->click(200, 800);
     EXPECT_TRUE(closes()) << "a click elsewhere";
+}
+
+TEST_F(PanelOnWayland, OfKWinOpensAgainAndAgainAndClosesWhenAnotherWindowHasTheKeyboard) {
+    if (const auto why = WaylandDesktop::missing(Compositor::KWin)) GTEST_SKIP() << *why;
+    begin({.compositor = Compositor::KWin});
+    for (int i = 0; i < 2; ++i) {
+        open();
+        EXPECT_GT(count("shown"), count("hidden"));
+        desktop->start({"mousepad", "--disable-server"});
+        EXPECT_TRUE(closes()) << "another window came to the front";
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(Scales, WaylandPanel, testing::Values(1.0, 1.5),
