@@ -306,6 +306,9 @@ private:
 
     void closeConnections() {
         const std::lock_guard lock(m_mutex);
+        // Asked for or ended since the queue was looked at. That wake-up went to the handle that is
+        // here: with another in its place it would be lost, and the call wait for the longest rest.
+        if (m_isStopped || !m_waiting.empty()) return;
         // The library keeps its connections in the handle, and closes them with it.
         m_multi.reset(curl_multi_init());
         m_isConnected = false;

@@ -503,6 +503,31 @@ TEST_F(HttpSessionWire, AnUnusedConnectionIsClosed) {
     EXPECT_EQ(send(get()), (HttpResponse{200, "{}"}));
 }
 
+TEST_F(HttpSessionWire, ARequestMadeWhileUnusedConnectionsAreClosedIsSentAtOnce) {
+    // Nothing is kept, so that every answer is followed by a closing, and several callers ask
+    // while it goes on. A request that is overlooked then waits for the next rest to end.
+    session = makeCurlHttpSession(quit, {.keepsUnused = 0ms});
+    server.script({json("{}")});
+    std::vector<std::future<int>> callers;
+    for (int i = 0; i < 4; ++i) {
+        callers.push_back(std::async(std::launch::async, [this] {
+            int answered = 0;
+            for (int n = 0; n < 250; ++n) answered += send(get()) ? 1 : 0;
+            return answered;
+        }));
+    }
+    for (auto& caller : callers) EXPECT_EQ(caller.get(), 250);
+}
+
+TEST_F(HttpSessionWire, EndsWhileUnusedConnectionsAreClosed) {
+    server.script({json("{}")});
+    for (int i = 0; i < 250; ++i) {
+        session = makeCurlHttpSession(quit, {.keepsUnused = 0ms});
+        ASSERT_TRUE(send(get()));
+        session.reset();
+    }
+}
+
 TEST_F(HttpSessionWire, AConnectionClosedBetweenTwoRequestsHarmsNeither) {
     const Step answerThenClose = rawThenClose(answerBytes(200, "{}"));
     server.script({answerThenClose});
