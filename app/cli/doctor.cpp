@@ -36,9 +36,9 @@ private:
 void program(const DoctorFacts& facts, Lines& lines) {
     lines.good("program", "Kelvane " + facts.version + " on " + facts.system + ".");
     if (facts.isRunning) {
-        lines.good("program", "It runs in this session.");
+        lines.good("program", "It runs on this desktop.");
     } else {
-        lines.advice("program", "It does not run in this session.",
+        lines.advice("program", "It does not run on this desktop.",
                      "Start it from the applications menu, or as kelvane.");
     }
     if (facts.startsAtLogin) {

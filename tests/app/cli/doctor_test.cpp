@@ -71,7 +71,7 @@ TEST(Doctor, OfAMachineOnWhichAllIsWellHasNothingToDo) {
     EXPECT_EQ(
         doctorText(lines),
         "ok     program       Kelvane 0.1.0 on Debian, Linux.\n"
-        "ok     program       It runs in this session.\n"
+        "ok     program       It runs on this desktop.\n"
         "ok     program       It starts when you log in.\n"
         "ok     display       The display is x11 :0, of XFCE.\n"
         "ok     tray          There is a tray that shows the icon.\n"
@@ -107,7 +107,7 @@ TEST_P(DoctorLineOf, SaysWhatIsAndWhatToDo) {
 
 const Case kCases[] = {
     {"NotRunning", [](DoctorFacts& f) { f.isRunning = false; }, Health::Advice,
-     "does not run in this session", "applications menu"},
+     "does not run on this desktop", "applications menu"},
     {"NoLoginItem", [](DoctorFacts& f) { f.startsAtLogin = false; }, Health::Advice,
      "does not start when you log in", "Wire my tools"},
     {"NoDisplay", [](DoctorFacts& f) { f.display = ""; }, Health::Bad, "There is no display",
