@@ -1,5 +1,6 @@
 #include "app/shell/qt/layer_surface.h"
 
+#include "app/shell/qt/layer_shell_protocol.h"
 #include "app/shell/qt/qt_wayland.h"
 
 #include <QPainter>
@@ -7,11 +8,6 @@
 #include <QWindow>
 
 #include <wayland-client.h>
-
-// The name of a parameter there is a word of this language.
-#define namespace scope
-#include <wlr-layer-shell-unstable-v1-client-protocol.h>
-#undef namespace
 
 #include <utility>
 

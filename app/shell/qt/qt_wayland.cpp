@@ -1,16 +1,13 @@
 #include "app/shell/qt/qt_wayland.h"
 
+#include "app/shell/qt/layer_shell_protocol.h"
+
 #include <QGuiApplication>
 #include <QWindow>
 
 #include <poll.h>
 #include <qpa/qplatformnativeinterface.h>
 #include <wayland-client.h>
-
-// The name of a parameter there is a word of this language.
-#define namespace scope // NOLINT(clang-diagnostic-keyword-macro)
-#include <wlr-layer-shell-unstable-v1-client-protocol.h>
-#undef namespace
 #include <xdg-activation-v1-client-protocol.h>
 
 #include <algorithm>

@@ -191,7 +191,7 @@ Message ask(sd_bus* bus, const std::string& uuid, int pipe, std::chrono::nanosec
                               "include-cursor", "b", 0, "native-resolution", "b", 1, pipe) < 0) {
         return nullptr;
     }
-    sd_bus_error error = SD_BUS_ERROR_NULL;
+    sd_bus_error error{};
     sd_bus_message* reply = nullptr;
     const int status = sd_bus_call(bus, made, microseconds(patience), &error, &reply);
     // No such window: but the question was heard.
