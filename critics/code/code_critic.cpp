@@ -55,6 +55,7 @@ Critique critiqueCode(const Part& part, Readers readers) {
     checkComparisons(view, findings);
     checkImports(view, findings);
     checkUnsafeCalls(view, findings);
+    checkDownloads(view, findings);
     checkQueries(view, findings);
     checkHomePaths(view, findings);
     checkJson(view, findings);

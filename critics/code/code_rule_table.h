@@ -26,6 +26,7 @@ struct RulesFor<WorkKind::code> {
              "partner is looked for eight brackets down"},
         Rule{"code.unclosed_bracket", Severity::medium, "matching brackets", Unit::line, ""},
         Rule{"code.runs_text", Severity::high, "safe calls", Unit::line, ""},
+        Rule{"code.runs_download", {Severity::high, Severity::low}, "safe calls", Unit::line, ""},
         Rule{"code.query_from_text", Severity::high, "safe queries", Unit::line, ""},
         Rule{"code.json_syntax", Severity::high, "readable data", Unit::part, ""},
         Rule{

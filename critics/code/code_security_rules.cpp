@@ -16,6 +16,9 @@ namespace text = kelvane::text;
 namespace {
 
 constexpr GradedRule kUnsafeCall = declared<WorkKind::code>("code.runs_text");
+constexpr GradedRule kPlainDownload =
+    declared<WorkKind::code>("code.runs_download", Severity::high);
+constexpr GradedRule kDownload = declared<WorkKind::code>("code.runs_download", Severity::low);
 constexpr GradedRule kQuery = declared<WorkKind::code>("code.query_from_text");
 constexpr GradedRule kHomePath = declared<WorkKind::code>("code.home_path");
 
@@ -140,6 +143,45 @@ bool joinsText(const CodeView& view, std::size_t i) {
     return plus;
 }
 
+bool isDownloader(const CodeView& view, std::size_t i) {
+    return view.is(i, "curl") || view.is(i, "wget");
+}
+
+bool isShellName(const CodeView& view, std::size_t i) {
+    return view.is(i, "sh") || view.is(i, "bash") || view.is(i, "dash") || view.is(i, "zsh") ||
+           view.is(i, "ksh");
+}
+
+/// Past what a command is often run by: a path in front of its name, "sudo -E", "env".
+std::size_t commandAt(const CodeView& view, std::size_t i, std::size_t end) {
+    while (i < end) {
+        const bool path = view.is(i, "/") || view.is(i, "usr") || view.is(i, "bin");
+        if (!path && !view.is(i, "sudo") && !view.is(i, "env") && !view.is(i, "exec") &&
+            !view.is(i, "-") && !(i > 0 && view.is(i - 1, "-"))) {
+            break;
+        }
+        ++i;
+    }
+    return i;
+}
+
+/// The first token behind the command that begins at `i`, with those it is piped into.
+std::size_t pipelineEnd(const CodeView& view, std::size_t i) {
+    std::size_t line = view.lineOf(i);
+    for (; i < view.code.size(); ++i) {
+        const std::size_t own = view.lineOf(i);
+        if (own != line) {
+            // A line goes on behind a backslash, or behind the pipe itself.
+            const std::string_view before =
+                view.source.text().substr(0, view.source.lineEnd(own - 1));
+            if (!before.ends_with('\\') && !view.is(i - 1, "|")) return i;
+            line = own;
+        }
+        if (view.is(i, ";") || view.is(i, "&&") || view.is(i, "||")) return i;
+    }
+    return i;
+}
+
 /// Tests make up people and their folders.
 bool isTest(std::string_view text) {
     for (const std::string_view sign :
@@ -182,6 +224,38 @@ void checkUnsafeCalls(const CodeView& view, FindingList& findings) {
             !(view.isKind(i + 4, TokenKind::string) && view.is(i + 5, ")"))) {
             addCall(view, kUnsafeCall, i, "hands a command to a shell", findings);
         }
+    }
+}
+
+void checkDownloads(const CodeView& view, FindingList& findings) {
+    if (view.language != Language::shell) return;
+    const auto say = [&](std::size_t first, std::string_view command) {
+        // On the way anybody may change what comes without encryption.
+        const bool plain = contains(command, "http://");
+        addCall(view, plain ? kPlainDownload : kDownload, first,
+                plain ? "runs what it downloads without encryption"
+                      : "runs what it downloads, unseen",
+                findings);
+    };
+    for (std::size_t i = 0; i < view.code.size(); ++i) {
+        const std::size_t start = view.code[i].offset;
+        if (isDownloader(view, i)) {
+            const std::size_t end = pipelineEnd(view, i);
+            for (std::size_t k = i + 1; k + 1 < end; ++k) {
+                if (!view.is(k, "|") || !isShellName(view, commandAt(view, k + 1, end))) continue;
+                say(i, view.source.text().substr(start, view.code[k].offset - start));
+                i = end - 1;
+                break;
+            }
+            continue;
+        }
+        // sh -c "$(curl ...)", eval "$(curl ...)"
+        if (!view.isKind(i, TokenKind::string)) continue;
+        const std::string_view literal = view.textOf(view.code[i]);
+        const bool downloads = contains(literal, "$(curl ") || contains(literal, "$(wget ");
+        const bool runs = i > 0 && (view.is(i - 1, "eval") ||
+                                    (view.is(i - 1, "c") && i > 2 && isShellName(view, i - 3)));
+        if (downloads && runs) say(i, literal);
     }
 }
 

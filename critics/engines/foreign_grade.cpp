@@ -243,8 +243,10 @@ std::optional<Severity> ofRuff(const ForeignFault& fault, bool whole) {
                                                           "S605", "S609", "S612", "S701"};
     constexpr std::array<std::string_view, 7> kHints = {"S105", "S106", "S107", "S110",
                                                         "S112", "S310", "S311"};
-    // In a selection the rest may declare it.
-    if (fault.code.starts_with("F82")) return whole ? kMedium : kLow;
+    // In a selection the rest may declare it; in a whole file the line fails when it is reached.
+    // What `__all__` names may be made on demand.
+    if (fault.code == "F821" || fault.code == "F823") return whole ? kHigh : kLow;
+    if (fault.code == "F822") return whole ? kMedium : kLow;
     if (text::isOneOf(fault.code, kHints)) return kLow;
     if (!text::isOneOf(fault.code, kUnsafe)) return kMedium;
     // So it says of commands that are words in quotes.

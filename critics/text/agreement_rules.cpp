@@ -127,6 +127,43 @@ std::size_t nounOf(const EnglishSentence& s, std::size_t i, std::uint32_t nouns)
     return at < s.size() && (at == i || s.glued(at)) && s.has(at, nouns) ? at : s.size();
 }
 
+/// "prices", "pallets": a plural by its ending alone, behind a word that wants a noun. Of the nouns
+/// in "-s" that are singular the endings and the single words are told apart; names and what only
+/// programs have are not asked about.
+bool endsAsPlural(const EnglishSentence& s, std::size_t i) {
+    constexpr std::size_t kShortest = 5;
+    const std::string_view word = s.word(i);
+    if (word.size() < kShortest || !word.ends_with('s') || s.capital(i) ||
+        s.has(i, ~(kAnyThird | kThird))) {
+        return false;
+    }
+    for (const std::string_view other : {"ss", "us", "is", "ics", "'s"}) {
+        if (word.ends_with(other)) return false;
+    }
+    static const WordSet kSingularInS(
+        "alias atlas bias canvas chaos cosmos corps diabetes gallows headquarters innings lens "
+        "measles means molasses news pancreas rabies series species summons sweepstakes asbestos "
+        "barracks billiards blues crossroads darts draughts works sometimes always perhaps besides "
+        "others less yours hers theirs ours");
+    return !kSingularInS.has(word);
+}
+
+void checkPluralByEnding(const EnglishSentence& s, std::size_t i, GrammarReport& report) {
+    if (report.technical() || !s.glued(i + 1) ||
+        !s.is(i, {"the", "these", "those", "our", "my", "your", "their", "his", "her"})) {
+        return;
+    }
+    // Behind a preposition the phrase is part of another, whose verb it is.
+    if (i > 0 && !s.is(i - 1, {"that", "because", "but", "while", "although"})) return;
+    if (i > 0 && !s.glued(i)) return;
+    if (!endsAsPlural(s, i + 1) || !s.glued(i + 2)) return;
+    // "That the headers is a list": the name of one thing.
+    if (s.is(i + 2, {"is", "was"}) && s.is(i + 3, {"a", "an", "the"})) return;
+    if (s.is(i + 2, {"is", "was", "isn't", "wasn't", "doesn't", "hasn't"})) {
+        say(s, i + 1, i + 2, report);
+    }
+}
+
 void checkPluralNoun(const EnglishSentence& s, std::size_t i, GrammarReport& report) {
     if (!s.opensClause(i)) return;
     const std::size_t noun = nounOf(s, i, kPlural);
@@ -273,6 +310,7 @@ void checkAgreement(const EnglishSentence& s, GrammarReport& report) {
         checkPluralPronoun(s, i, report);
         checkEverybody(s, i, report);
         checkPluralNoun(s, i, report);
+        checkPluralByEnding(s, i, report);
         checkSingularNoun(s, i, report);
         checkRelative(s, i, report);
         checkThere(s, i, report);

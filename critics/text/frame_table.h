@@ -889,6 +889,56 @@ inline constexpr auto kWordFrames = std::to_array<WordFrame>({
      "the singular", FrameKind::turn},
     {"these|those|several criterion|phenomenon",
      "the plural, “criteria”", FrameKind::turn},
+    {"to|with|for|of|from|about you're own|@noun|reply|patience|support|kind|feedback|work|help|"
+     "answer|name|order|request|comment|interest|time",
+     "your", FrameKind::confusion},
+    {"it|them|this|that|back|meeting|forward too monday|tuesday|wednesday|thursday|friday|"
+     "saturday|sunday|tomorrow|next",
+     "to", FrameKind::confusion},
+    {"important|easy|difficult|possible|impossible|necessary|nice|ready|happy|how|ought|"
+     "forgot|remember|decided|hope|hoping|promised|refused|pleased|glad too @base|be|do|have|"
+     "see|get|go|make|take|check|work|use|help|look|hear|read|meet",
+     "to", FrameKind::confusion},
+    {"lost|lose|loses|changed|raised|reached|completed|improved|increased|reduced|launched|"
+     "published|expanded|wagged|celebrates|celebrated|of|despite it's @noun|own|first|new|name|size|"
+     "shape|position|value|price|goal|target|peak|limit|tail|colour|color|range|reach|work",
+     "its", FrameKind::confusion},
+    {"@mark there going|coming|trying|planning|supposed|likely|unlikely|unable to",
+     "they're", FrameKind::confusion},
+    {"who's @one is|was|has|will",
+     "whose", FrameKind::confusion},
+    {"@being|been|be|keep|keeps|kept|started|risk|avoid|without loosing",
+     "losing", FrameKind::confusion},
+    {"let's us",
+     "let us", FrameKind::confusion},
+    {"find attach|attache -to",
+     "attached", FrameKind::form},
+    {"@mark one|each of the|my|our|your|these|those|his|her|their @sup? @adj? @many are|were|"
+     "have|aren't|weren't|haven't|don't",
+     "the singular of the verb", FrameKind::form},
+    {"@mark the list|price|quality|cost|purpose|aim|goal|lack|level|size|speed|length|title|"
+     "importance of the|my|our|your|these|those|all? @adj? @many are|were|have|aren't|weren't",
+     "the singular of the verb", FrameKind::form},
+    {"@mark if i|you|he|she|we|they|it would have|of @past|@ed|known|been|had|done|seen|gone|"
+     "come|told",
+     "had", FrameKind::form},
+    {"would|could|should|must|might have came|became|gave|ran|began|saw",
+     "the participle", FrameKind::form},
+    {"i'm|am|you're|we're|he's|she's used to @base|have|work|live|wake|see",
+     "the form in “-ing”", FrameKind::form},
+    {"tell|show|ask|asked|told|telling me|us|him|her|them|you where|when|why|how is|are|was|"
+     "were|do|does|did @det|@poss|@subj",
+     "the order of a statement", FrameKind::turn},
+    {"know|knows|knew|understand|wonder|wondering|explain|explains where|when|why|how is|are|"
+     "was|were|do|does|did @det|@poss|@subj",
+     "the order of a statement", FrameKind::turn},
+    {"sing|sings|sang|dance|dances|danced|drives|drive|cooks|swims|performed|performs|works|"
+     "worked so|very|really|pretty good @end",
+     "well", FrameKind::turn},
+    {"i|we|they|he|she have|has already|also? seen|done|gone|finished|sent|met|"
+     "bought|written|received|visited|called|told @det|@poss|it|him|her|them|you? @adj? @noun? "
+     "yesterday",
+     "the simple past", FrameKind::turn},
 });
 // clang-format on
 

@@ -201,6 +201,14 @@ void checkTooThen(const EnglishSentence& s, std::size_t i, GrammarReport& report
                       "we", "he", "she"}))) {
         confused(s, i, next, "than", report);
     }
+    // "less friends then my sister"
+    if (s.word(next) == "then" && s.glued(i) && s.glued(i + 2) &&
+        s.is(i - 1, {"more", "less", "fewer"}) && s.has(i, kPlural | kMass) &&
+        !s.before(i, {"if", "when", "once", "after", "and"}) &&
+        (s.has(i + 2, kDeterminer) || s.is(i + 2, {"i", "you", "they", "we", "he", "she", "last",
+                                                   "before", "ever", "usual", "expected"}))) {
+        confused(s, next, i + 2, "than", report);
+    }
     if (s.word(next) == "than" && s.is(i, {"since", "back", "until"}) && s.has(i - 1, kFunction)) {
         confused(s, i, next, "then", report);
     }

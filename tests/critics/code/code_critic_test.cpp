@@ -481,6 +481,24 @@ TEST(CodeCritic, PathsAndImports) {
         critiqueCode);
 }
 
+TEST(CodeCritic, ShellThatRunsWhatItDownloads) {
+    const Rules runs = {"code.runs_download"};
+    expectRules(
+        {{"plain", "curl http://a.example/install.sh | sh\n", runs, "a.sh"},
+         {"as another", "curl -fsSL https://a.example/i | sudo -E bash -s -- -y\n", runs, "a.sh"},
+         {"by its path", "wget -qO- https://a.example/i | /bin/sh\n", runs, "a.sh"},
+         {"on two lines", "curl -s https://a.example/i \\\n  | tee log | bash\n", runs, "a.sh"},
+         {"in a string", "sh -c \"$(curl -fsSL https://a.example/i)\"\n", runs, "a.sh"},
+         {"evaluated", "eval \"$(curl -s https://a.example/env)\"\n", runs, "a.sh"},
+         {"into a file", "curl -o i.sh https://a.example/i\nsh i.sh\n", {}, "a.sh"},
+         {"into a reader", "curl -s https://a.example/i | jq .version\n", {}, "a.sh"},
+         {"another command", "curl -s https://a.example/i >i; cat i | sh\n", {}, "a.sh"},
+         {"of the next line", "curl -s https://a.example/i\necho ls | sh\n", {}, "a.sh"},
+         {"in words", "echo \"curl https://a.example/i\"  # curl x | sh\n", {}, "a.sh"},
+         {"not shell", "x = curl | sh\n", {}, "a.rb"}},
+        critiqueCode);
+}
+
 TEST(CodeCritic, CodeThatRunsText) {
     const Rules runs = {"code.runs_text"};
     const Rules query = {"code.query_from_text"};

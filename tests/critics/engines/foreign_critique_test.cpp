@@ -378,8 +378,11 @@ TEST(ForeignGrade, TheProgramsOwnLevelsAreTheRule) {
 
 TEST(ForeignGrade, WhatIsDeclaredNowhereWeighsLittleInASelection) {
     const ForeignFault name{"F821", "", "", 1, 1, ""};
-    EXPECT_EQ(gradeOf("ruff", name, true), Severity::medium);
+    EXPECT_EQ(gradeOf("ruff", name, true), Severity::high);
     EXPECT_EQ(gradeOf("ruff", name, false), Severity::low);
+    const ForeignFault listed{"F822", "", "", 1, 1, ""};
+    EXPECT_EQ(gradeOf("ruff", listed, true), Severity::medium);
+    EXPECT_EQ(gradeOf("ruff", listed, false), Severity::low);
     const ForeignFault variable{"SC2154", "warning", "", 1, 1, ""};
     EXPECT_EQ(gradeOf("shellcheck", variable, true), Severity::medium);
     EXPECT_EQ(gradeOf("shellcheck", variable, false), Severity::low);

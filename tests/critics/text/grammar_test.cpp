@@ -380,6 +380,46 @@ TEST(WordFrames, LeaveSoundSentencesAlone) {
                  "... and so the story went on for years."});
 }
 
+TEST(WordFrames, FindWhatIsOftenMistakenInLetters) {
+    expectFound("text.confused_word",
+                {"We are grateful to you for you're patience in this matter.",
+                 "Please move it too Monday, since the hall is taken.",
+                 "It is important too check the tyres before the trip.",
+                 "The town has changed it's name twice.", "There going to paint the fence in June.",
+                 "Nobody knows who's bicycle was left in the yard.",
+                 "The old pump is loosing water.", "Let's us meet at the gate.",
+                 "We sold less tickets then last year."});
+    expectFound("text.verb_form",
+                {"You will find attach the plan of the garden.", "One of the windows are broken.",
+                 "The list of the rooms are in the hall.",
+                 "If we would have known, we had brought a tent.", "She should have came by train.",
+                 "I'm used to have tea at four."});
+    expectFound("text.usage", {"Could you tell me where is the key?",
+                               "Nobody could explain how does the pump work.",
+                               "The choir sings very good.", "We have met the mayor yesterday."});
+}
+
+TEST(WordFrames, LeaveSoundLettersAlone) {
+    expectSound({"If there are more people then the hall is too small.",
+                 "One of the windows that are broken is in the hall.",
+                 "He ate it too, and so did they.", "The drill is used to have the holes ready.",
+                 "She plays very good music.", "Tell me, where is the key?",
+                 "I have read the letter that came yesterday.", "She bought a lamp yesterday.",
+                 "Who's first is not known yet.", "The list of rooms is in the hall.",
+                 "The windows of each of the rooms are open.", "It's the best of it's a deal."});
+}
+
+TEST(Agreement, OfPluralsThatAreToldByTheirEnding) {
+    expectFound("text.agreement",
+                {"The pallets was loaded on the truck by noon.",
+                 "They wrote that the prices is too high.", "Our bikes was left in the rain."});
+    expectSound({"The lens was too small for the frame.", "The campus is far from the town.",
+                 "The height of the walls is two metres.", "We check that the headers is a list.",
+                 "The news was good, and the series is long.",
+                 "The boss is away, but the process is running.",
+                 "Physics is hard, and the analysis was long."});
+}
+
 TEST(WordFrames, AreWellFormedAndSayWhatIsMeant) {
     for (const WordFrame& frame : wordFrames()) {
         EXPECT_TRUE(isWellFormed(frame)) << frame.words;
