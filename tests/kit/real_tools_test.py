@@ -20,8 +20,9 @@ ROOT = HERE.parents[1]
 KIT = pathlib.Path(os.environ.get("KELVANE_KIT") or ROOT / "build" / "dev" / "kit")
 TOOLS = pathlib.Path(os.environ.get("KELVANE_TOOLS") or ROOT / "build" / "tools").resolve()
 with open(str(ROOT / "resources" / "tools.json"), encoding="utf-8") as table:
-    PROGRAMS = {agent["wiring"]["key"]: agent["npm"]["program"]
-                for agent in json.load(table)["agents"] if agent["npm"]}
+    TABLE = json.load(table)
+PROGRAMS = {agent["wiring"]["key"]: agent["npm"]["program"]
+            for agent in TABLE["agents"] + TABLE["others"] if agent["npm"]}
 PROGRAMS.update(node24="node", inspector="mcp-inspector")
 LIMIT = 120
 OFFLINE = ["unshare", "-rn"] if subprocess.run(
