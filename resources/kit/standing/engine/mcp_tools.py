@@ -11,7 +11,7 @@ Texts are facts for the agent to weigh. They may quote the work, so they are mad
 import os
 import re
 
-from . import client, file_types, grading, parts, places, report
+from . import LONGEST_ANSWER, client, feedback, file_types, grading, parts, places, report
 from . import settings as settings_module
 from . import standing
 from .version import VERSION
@@ -367,11 +367,7 @@ def _told(outcome, facts):
     lines = [report.facts(outcome, 0)[0]]
     if outcome.reason is not None:
         lines[0] += ": " + report.clean(outcome.reason)
-    for flaw in facts["flaws"]:
-        lines.append("- %s %s: %s" % (flaw["severity"] or "FLAW",
-                                      flaw.get("rule") or flaw["criterion"], flaw["detail"]))
-    if facts["flaws_left_out"]:
-        lines.append("- and %d more, none of them more severe" % facts["flaws_left_out"])
+    lines += feedback.lines(feedback.located(outcome), LONGEST_ANSWER - 2000)
     lines += report.dismissed(outcome) + report.coverage(outcome)
     lines += ["note: " + note for note in facts["notes"]]
     lines += ["%s: %s" % (key, facts[key]) for key in ("run_id", "report") if key in facts]
