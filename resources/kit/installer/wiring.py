@@ -4,7 +4,7 @@ import errno
 import os
 import stat
 import time
-from typing import Any, Callable, Dict, Iterator, List, Optional
+from typing import Any, Callable, Dict, Iterator, List, Optional, Tuple
 
 from .asking import Ask, asker, codex_trust, major, version_of
 from .files import BOM, Changed, Config, Refused, missing_folders, quietly, read_config, sweep
@@ -130,6 +130,11 @@ class Installer:
         if not os.path.isfile(self.validator.path):
             raise Refused("there is no validator at %s, and a hook without it would disturb the "
                           "tool; install Kelvane Companion first" % self.validator.path)
+        for other, path in self.instead(key):
+            self.complain("%s: %s does the same already, by %s, and both would do it twice; take that "
+                          "out first, with: brask_install.py uninstall %s --global"
+                          % (key, self.tools[other].label, path, other))
+            return FAILED
         self.warn_when_moved(tool)
         self.suit_version(tool)
         code = self.repeated(self.path(tool), lambda: self.install_once(tool))
@@ -139,6 +144,13 @@ class Installer:
                     self.path(other), lambda: self.install_once(other))))
             self.repeated(self.launcher.path, self.install_launcher)
         return code
+
+    def instead(self, key: str) -> Iterator[Tuple[str, str]]:
+        """What is wired that would do the work of this tool's wiring a second time."""
+        for other, tool in self.tools.items():
+            first, second = (self.agents[name]["wiring"].get("insteadOf") for name in (key, other))
+            if (first == other or second == key) and self.still_wired(tool):
+                yield other, self.path(tool)
 
     def install_found(self) -> int:
         """Wires every tool that is set up on this machine. One that fails does not stop the others."""

@@ -10,7 +10,7 @@ from home import HomeTest, install
 
 ROUNDS = 20     # homes made by chance; each has a file for every tool that has one
 VALIDATOR = install.Validator("/home/u/.brask", "/home/u")
-TOOLS = install.tools(VALIDATOR)
+TOOLS = {key: tool for key, tool in install.tools(VALIDATOR).items() if key != "plugin"}
 FURTHER = install.further(VALIDATOR)
 WRITTEN = [file for key, tool in TOOLS.items() for file in [tool] + FURTHER[key]]
 
@@ -99,7 +99,8 @@ class GivenBackTest(HomeTest):
                 for key in TOOLS:
                     result = self.wire(key)
                     self.assertEqual(0, result.code, result.err)
-                states = {tool["tool"]: tool["state"] for tool in self.status()}
+                states = {tool["tool"]: tool["state"] for tool in self.status()
+                          if tool["tool"] in TOOLS}
                 self.assertEqual({"wired"}, set(states.values()), states)
                 again = self.tree()
                 self.assertEqual(0, self.run_main("found", "--global").code)
@@ -272,6 +273,39 @@ class VersionTest(HomeTest):
         self.assertEqual(["servers"], list(self.wired("2.0.1\n", before)))
         self.unwire()
         self.assertEqual(b"{}", self.get(".config/opencode/opencode.json"))
+
+
+class PluginTest(HomeTest):
+    """Claude Code's plugin, in place of hooks in its settings."""
+
+    FOLDER = ".claude/skills/trevix"
+
+    def test_it_is_one_folder_and_goes_as_one(self):
+        self.put(".claude/settings.json", b"{}")
+        before = self.tree()
+        self.assertEqual(0, self.wire("plugin").code)
+        self.assertEqual(b"{}", self.get(".claude/settings.json"))
+        made = json.loads(self.get(self.FOLDER + "/.claude-plugin/plugin.json").decode())
+        self.assertEqual(["PostToolUse", "Stop"], list(made["hooks"]))
+        self.assertEqual(0, self.unwire("plugin").code)
+        self.assertEqual(before, self.tree())
+
+    def test_it_and_the_settings_do_not_both_do_the_work(self):
+        for first, second in (("claude", "plugin"), ("plugin", "claude")):
+            self.assertEqual(0, self.wire(first).code)
+            before = self.tree()
+            result = self.wire(second)
+            self.assertEqual(1, result.code)
+            self.assertIn("uninstall %s --global" % first, result.err)
+            self.assertEqual(before, self.tree())
+            self.unwire()
+
+    def test_deleting_the_folder_is_enough(self):
+        import shutil
+        self.wire("plugin")
+        shutil.rmtree(self.at(self.FOLDER))
+        self.assertEqual(0, self.wire("claude").code)
+        self.assertEqual(0, self.unwire().code)
 
 
 class OwnFileTest(HomeTest):

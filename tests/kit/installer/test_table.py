@@ -28,7 +28,8 @@ class TableTest(unittest.TestCase):
     def filled_lines(self, value):
         """The same of a value whose texts are command lines."""
         quoted = json.dumps('"/home/u/.brask/validate.py"')[1:-1]
-        return json.loads(json.dumps(value).replace("{validator}", quoted))
+        text = json.dumps(value).replace('"{validator}"', '"/home/u/.brask/validate.py"')
+        return json.loads(text.replace("{validator}", quoted))
 
     def files(self):
         """Each file of each tool: the tool's record, the file's, and what the installer made."""

@@ -1,4 +1,5 @@
-"""The command line: `brask grade FILE…` (or a folder), `brask dismiss`, `brask rules`, `brask report RUN`.
+"""The command line: `brask grade FILE…` (or a folder), `brask dismiss`, `brask rules`, `brask report RUN`,
+`brask plugin`.
 
 Exit codes: 0 everything clears, 1 something is held, 3 something could not be graded, which is what
 wrong usage is too. Never 2: coding tools take that for a block.
@@ -9,6 +10,7 @@ import os
 import re
 import shutil
 import signal
+import subprocess
 import sys
 import threading
 import webbrowser
@@ -92,7 +94,9 @@ def _run(arguments: List[str]) -> int:
         return _dismiss(options)
     if options.command == "report":
         return _report(options)
-    raise _Usage("say what to do: grade, dismiss, rules or report\n" + parser.format_usage().rstrip())
+    if options.command == "plugin":
+        return _plugin(options)
+    raise _Usage("say what to do: grade, dismiss, rules, report or plugin\n" + parser.format_usage().rstrip())
 
 
 def _parser() -> _Parser:
@@ -134,6 +138,9 @@ def _parser() -> _Parser:
     opened = commands.add_parser("report", help="open the full report on a run in the browser",
                                  allow_abbrev=False)
     opened.add_argument("run", metavar="RUN", help="the run's id, as every report names it")
+    plugin = commands.add_parser("plugin", allow_abbrev=False,
+                                 help="make Claude Code's plugin, in place of hooks in its settings")
+    plugin.add_argument("--remove", action="store_true", help="take the plugin away again")
     return parser
 
 
@@ -374,6 +381,16 @@ def _report(options) -> int:
     if not webbrowser.open(address):
         _print("Open this soon, it may open once only: {}\n".format(address), None)
     return 0
+
+
+def _plugin(options) -> int:
+    """The installer's work: it knows what is there, and gives back what was."""
+    script = os.path.join(os.path.dirname(os.path.dirname(os.path.dirname(
+        os.path.realpath(__file__)))), "brask_install.py")
+    if not os.path.isfile(script):
+        return _say("brask: there is no {}; wire the tools again to restore it".format(script))
+    words = ["uninstall", "plugin"] if options.remove else ["plugin"]
+    return COULD_NOT if subprocess.call([sys.executable, "-I", script] + words + ["--global"]) else 0
 
 
 def _print(text: str, path: Optional[str]) -> None:
