@@ -55,7 +55,7 @@ ProcessRequest wiringQuestion(const std::filesystem::path& braskHome) {
             .arguments = {"-lc",
                           "exec python3 -I " + shellWord(installer) + " status --json 2>/dev/null"},
             .output = ProcessOutput::Capture,
-            .timeLimit = std::chrono::seconds(15)};
+            .timeLimit = std::chrono::seconds(20)};
 }
 
 WiringTruths wiringTruths(std::string_view told) {

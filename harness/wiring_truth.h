@@ -42,7 +42,7 @@ using WiringTruths = std::map<std::string, WiringTruth>;
 /// Changes when any file changes by which the truth may change: the tools' own and our manifest.
 [[nodiscard]] std::size_t wiringMark(FileSystem& files, const std::filesystem::path& home);
 
-/// What to run to be told. It ends within 15 seconds: each tool has five, and a
+/// What to run to be told. It ends within 20 seconds: an answer of a tool has ten, and a
 /// start of Python on a busy machine the rest. A quit waits for it.
 [[nodiscard]] ProcessRequest wiringQuestion(const std::filesystem::path& braskHome);
 

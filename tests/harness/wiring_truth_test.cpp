@@ -46,7 +46,7 @@ TEST(WiringQuestion, IsALoginShellThatRunsTheInstallerWithinALimit) {
     EXPECT_EQ(question.arguments[0], "-lc");
     EXPECT_NE(question.arguments[1].find("brask_install.py"), std::string::npos);
     EXPECT_NE(question.arguments[1].find("status --json"), std::string::npos);
-    EXPECT_EQ(question.timeLimit, seconds(15));
+    EXPECT_EQ(question.timeLimit, seconds(20));
 }
 
 TEST(WiringMark, ChangesWithEveryFileThatCounts) {

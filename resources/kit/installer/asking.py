@@ -14,7 +14,7 @@ import subprocess
 import time
 from typing import Any, Callable, Dict, List, Optional, Sequence
 
-PATIENCE = 5.0   # seconds for one program; the slowest of those tried took two
+PATIENCE = 10.0  # seconds for one answer; Codex took seven in a home folder that was new to it
 GRACE = 2.0      # seconds for it to end by itself
 MOST_SAID = 4 << 20  # bytes of an answer that are looked at
 

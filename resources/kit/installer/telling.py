@@ -18,6 +18,7 @@ def split_lines(data: Optional[bytes]) -> List[str]:
 
 TRUST_NOTES = {"untrusted": "installed, not trusted yet: run /hooks in Codex, which passes our hooks "
                             "over until you have looked at them",
+               None: "whether Codex runs our hooks is not known: it did not tell",
                "off": "our hooks are switched off in Codex; /hooks switches them on"}
 
 AROUND = 3  # lines shown on either side of a change, as `diff -u` does

@@ -445,7 +445,7 @@ class Installer:
                 found["notes"] = tool.notes(text)
             if found["state"] == "wired":
                 found["trust"] = self.trust(tool)
-                if found["trust"] in TRUST_NOTES:
+                if "trust" in tool.described and found["trust"] in TRUST_NOTES:
                     found["notes"].append(TRUST_NOTES[found["trust"]])
                 if found["trust"] == "untrusted":
                     found["state"] = "untrusted"
