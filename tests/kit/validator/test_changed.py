@@ -115,6 +115,58 @@ class CommandTest(RepositoryTest):
         self.assertFalse(os.path.exists("x"))
 
 
+class TeamTest(RepositoryTest):
+    """The step of the workflow action, and the hook of the pre-commit framework."""
+
+    ROOT = os.path.abspath(os.path.join(os.path.dirname(__file__), *[os.pardir] * 3))
+
+    def step(self, **inputs):
+        """The step's exit code and outputs."""
+        told = os.path.join(str(self.home), "outputs")
+        done = subprocess.run(["bash", os.path.join(self.ROOT, "scripts", "grade-action")],
+                              env=dict({"PATH": os.environ["PATH"], "HOME": str(self.home),
+                                        "GITHUB_OUTPUT": told, "BRASK_API_KEY": "k",
+                                        "SERVICE": "http://127.0.0.1:%d" % closed_port()}, **inputs),
+                              stdout=subprocess.PIPE, stderr=subprocess.PIPE, check=False)
+        with open(told, encoding="utf-8") as file:
+            outputs = dict(line.rstrip("\n").split("=", 1) for line in file)
+        os.unlink(told)
+        with open(outputs["sarif"], encoding="utf-8") as file:
+            run = json.load(file)["runs"][0]
+        self.assertEqual(str(done.returncode), outputs["exit-code"])
+        return done.returncode, run["invocations"][0]["toolExecutionNotifications"]
+
+    def test_the_step_grades_what_changed_and_ends_with_the_verdict(self):
+        self.assertEqual((0, []), self.step(SINCE="HEAD", SARIF="empty.sarif"))
+        self.write("a b.py", "2\n")
+        code, troubles = self.step(SINCE="HEAD")
+        self.assertEqual((3, 1), (code, len(troubles)))
+        self.assertTrue(troubles[0]["message"]["text"].startswith("a b.py: "))
+
+    def test_the_step_takes_names_and_no_patterns_or_options(self):
+        code, troubles = self.step(FILES="a.py *.md --json", SARIF="out.sarif")
+        self.assertEqual(3, code)
+        names = [trouble["message"]["text"].split(":")[0] for trouble in troubles]
+        self.assertEqual(["a.py", "*.md", "--json"], names)
+
+    def test_the_hook_names_a_program_that_is_there(self):
+        with open(os.path.join(self.ROOT, ".pre-commit-hooks.yaml"), encoding="utf-8") as file:
+            entry, = [line.split(": ", 1)[1].split() for line in file if "entry:" in line]
+        program = os.path.join(self.ROOT, entry[0])
+        self.assertTrue(os.access(program, os.X_OK))
+        done = subprocess.run([program] + entry[1:] + ["a.py"], stdout=subprocess.PIPE,
+                              stderr=subprocess.PIPE, env={"PATH": os.environ["PATH"],
+                                                           "HOME": str(self.home)}, check=False)
+        self.assertEqual((3, b""), (done.returncode, done.stderr))
+        self.assertIn(b"there is no key", done.stdout)
+
+    def test_the_action_hands_its_inputs_on_as_environment_only(self):
+        with open(os.path.join(self.ROOT, "action.yml"), encoding="utf-8") as file:
+            script = [line for line in file if line.strip().startswith("run:")]
+        self.assertEqual(1, len(script))
+        self.assertNotIn("${{", script[0])
+
+
 class AtOnceTest(unittest.TestCase):
     def test_outcomes_stand_in_the_order_of_the_files(self):
         def one(number):
