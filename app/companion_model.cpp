@@ -82,8 +82,32 @@ void CompanionModel::refresh() {
     agents = LiveAgentScan::scan({.workspace = m_ports.workspace, .processes = m_ports.processes},
                                  HarnessConfig::present(m_ports.files, home),
                                  HarnessConfig::wired(m_ports.files, home));
+    askAboutWiring();
     hasKey = EvalBridge::apiKey(m_ports.environment, m_ports.files, home).has_value();
     workflow = WorkflowInfer::infer(history, detected->app);
+}
+
+void CompanionModel::askAboutWiring() {
+    const auto isWired = [](const DetectedAgent& agent) { return agent.wired.value_or(false); };
+    if (m_isAsking || kitIsMissing || !std::ranges::any_of(*agents, isWired) ||
+        !m_ports.files.exists(braskHome(home) / "brask_install.py")) {
+        return;
+    }
+    const auto mark = wiringMark(m_ports.files, home);
+    if (m_askedAt == mark) return;
+    m_askedAt = mark;
+    m_isAsking = true;
+    m_ports.dispatcher.background([this, &dispatcher = m_ports.dispatcher,
+                                   &processes = m_ports.processes,
+                                   question = wiringQuestion(braskHome(home)),
+                                   alive = std::weak_ptr(m_alive)] {
+        const auto told = processes.run(question);
+        dispatcher.main([this, alive, truths = kelvane::wiringTruths(told ? told->output : "")] {
+            if (alive.expired()) return;
+            m_isAsking = false;
+            if (*wiringTruths != truths) wiringTruths = truths;
+        });
+    });
 }
 
 void CompanionModel::lookAtLimits() {

@@ -17,6 +17,7 @@
 #include "eval/eval_bridge.h"
 #include "eval/grade_ticket.h"
 #include "eval/verdict.h"
+#include "harness/wiring_truth.h"
 #include "platform/ports/desktop_limits.h"
 
 #include <deque>
@@ -85,7 +86,9 @@ public:
     Published<std::optional<std::string>> note{m_willChange}; ///< A remark on the last capture.
     /// What else helps, on this system; only beside a note.
     Published<std::optional<std::string>> noteHint{m_willChange};
-    Published<bool> hasKey{m_willChange};        ///< A service key is available.
+    Published<bool> hasKey{m_willChange}; ///< A service key is available.
+    /// What the installer tells of the tools' wiring; empty until it has been asked.
+    Published<WiringTruths> wiringTruths{m_willChange};
     Published<DesktopLimit> limit{m_willChange}; ///< What this desktop does not allow.
     /// Whether the user's accessibility setting is on because he had this program switch it on.
     Published<bool> accessibilityIsOurs{m_willChange};
@@ -149,6 +152,7 @@ private:
     };
 
     void lookAtLimits();
+    void askAboutWiring();
     void hint(CaptureLack lack);
     [[nodiscard]] Ticket begin(const std::string& key);
     void end(const Ticket& ticket);
@@ -165,6 +169,8 @@ private:
     Ports m_ports;
     std::deque<std::pair<DetectedApp, Continuation>> m_captures; ///< The first one is running.
     std::vector<InFlight> m_inFlight;
+    std::optional<std::size_t> m_askedAt; ///< What the wiring was like when it was asked about.
+    bool m_isAsking = false;
     std::shared_ptr<const bool> m_alive; ///< Jobs that outlive the model see it gone.
 };
 

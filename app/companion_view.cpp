@@ -197,13 +197,17 @@ ActionRow actionRow(const CompanionModel& model) {
                                      : std::nullopt};
 }
 
-AgentsSection agentsSection(const std::vector<DetectedAgent>& agents, bool kitIsMissing) {
+AgentsSection agentsSection(const CompanionModel& model) {
+    const auto& agents = *model.agents;
     AgentsSection section;
     section.caption = "AGENTS";
     if (agents.empty()) section.empty = "No coding agents detected yet";
     for (std::size_t i = 0; i < agents.size(); ++i) {
         if (i % kAgentsPerRow == 0) section.rows.emplace_back();
-        section.rows.back().push_back(agentChip(agents[i], kitIsMissing));
+        const auto truth = model.wiringTruths->find(agents[i].id);
+        section.rows.back().push_back(
+            agentChip(agents[i], model.kitIsMissing,
+                      truth == model.wiringTruths->end() ? nullptr : &truth->second));
     }
     return section;
 }
@@ -342,7 +346,29 @@ FlawRow flawRow(const Flaw& flaw) {
     return row;
 }
 
-AgentChipView agentChip(const DetectedAgent& agent, bool kitIsMissing) {
+namespace {
+
+/// What else a wired agent's tool tip says; empty where there is nothing to add.
+std::string_view wiringRemark(WiringState state) {
+    switch (state) {
+    case WiringState::Wired:
+    case WiringState::NotOurs:
+        return "";
+    case WiringState::Untrusted:
+        return "\ninstalled, not trusted yet: run /hooks in it";
+    case WiringState::Repair:
+        return "\nneeds repair: choose “Wire my tools”";
+    case WiringState::Edited:
+        return "\nedited by you, and kept so";
+    case WiringState::Unread:
+        return "\nits configuration cannot be read";
+    }
+    return "";
+}
+
+} // namespace
+
+AgentChipView agentChip(const DetectedAgent& agent, bool kitIsMissing, const WiringTruth* truth) {
     AgentChipView chip;
     chip.name = shownLine(agent.name);
     if (agent.running) {
@@ -352,10 +378,18 @@ AgentChipView agentChip(const DetectedAgent& agent, bool kitIsMissing) {
     }
     // Running tells more than being installed.
     chip.toolTip = agent.running ? "running" : "installed";
-    if (agent.wired) chip.toolTip += *agent.wired ? " · validation wired" : " · not wired";
-    if (agent.wired.value_or(false)) {
+    // A marker in a remark, or in somebody else's entry, looks like a wiring and is none.
+    const bool isWired =
+        agent.wired.value_or(false) && (truth == nullptr || truth->state != WiringState::NotOurs);
+    if (agent.wired) chip.toolTip += isWired ? " · validation wired" : " · not wired";
+    if (isWired) {
         chip.badge = Symbol::shield;
-        if (kitIsMissing) chip.toolTip += "\nneeds repair: choose “Wire my tools”";
+        if (kitIsMissing) {
+            chip.toolTip += wiringRemark(WiringState::Repair);
+        } else if (truth != nullptr) {
+            chip.toolTip += wiringRemark(truth->state);
+            if (!truth->versionIsKnown) chip.toolTip += "\nits version is unknown";
+        }
     }
     return chip;
 }
@@ -368,7 +402,7 @@ CompanionViewRecord companionView(const CompanionModel& model) {
             .now = nowSection(*model.detected, model.catalog, *model.limit),
             .verdict = verdictSection(model),
             .actions = actionRow(model),
-            .agents = agentsSection(*model.agents, model.kitIsMissing),
+            .agents = agentsSection(model),
             .workflow = workflowSection(*model.workflow),
             .footer = footerRow(model)};
 }

@@ -198,8 +198,10 @@ struct CompanionViewRecord {
 [[nodiscard]] std::string coverageTip(const Verdict& verdict);
 
 [[nodiscard]] FlawRow flawRow(const Flaw& flaw);
-/// `kitIsMissing`: what a wired tool would call is not there.
-[[nodiscard]] AgentChipView agentChip(const DetectedAgent& agent, bool kitIsMissing = false);
+/// `kitIsMissing`: what a wired tool would call is not there. `truth`: what the installer tells of
+/// the agent's wiring; null when it has told nothing.
+[[nodiscard]] AgentChipView agentChip(const DetectedAgent& agent, bool kitIsMissing = false,
+                                      const WiringTruth* truth = nullptr);
 
 /// Main thread, like the model that it reads.
 [[nodiscard]] CompanionViewRecord companionView(const CompanionModel& model);

@@ -64,6 +64,8 @@ class Source:
         fields = [".key = " + text(wiring["key"]),
                   ".homeEntries = " + self.texts(name + "HomeEntries", wiring["homeEntries"]),
                   ".files = " + self.array(name + "Files", "WiredFile", files),
+                  ".furtherFiles = " + self.texts(
+                      name + "FurtherFiles", [file["path"] for file in wiring.get("more", [])]),
                   ".wiredWhenFound = " + truth(wiring["wiredWhenFound"]),
                   ".wiredWhenNoneIsFound = " + truth(wiring["wiredWhenNoneIsFound"])]
         self.lines.append("constexpr WiringRecord %sWiring{%s};" % (name, ", ".join(fields)))

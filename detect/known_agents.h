@@ -25,8 +25,9 @@ struct WiredFile {
 /// How a coding tool that can be wired to the validator is recognised and wired.
 struct WiringRecord {
     std::string_view key; ///< The installer's word for it; letters and digits, e.g. "claude".
-    std::span<const std::string_view> homeEntries; ///< One of these in the home folder: set up.
-    std::span<const WiredFile> files;              ///< One of these with its markers: wired.
+    std::span<const std::string_view> homeEntries;  ///< One of these in the home folder: set up.
+    std::span<const WiredFile> files;               ///< One of these with its markers: wired.
+    std::span<const std::string_view> furtherFiles; ///< Hold more of ours; decide nothing.
     bool wiredWhenFound = false;       ///< By the program, where the tool is on the machine.
     bool wiredWhenNoneIsFound = false; ///< By the program, where no tool is.
 };

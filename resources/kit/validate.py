@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
 """The validator's front door.
 
-    validate.py --harness claude     a coding tool's hook: an event in, JSON or nothing out
+    validate.py --harness claude     a coding tool's hook: an event in, JSON or nothing out; also
+                                     codex, copilot, cursor, gemini and windsurf
     validate.py mcp                  the validator as an MCP server on standard input and output
     validate.py grade FILE...        grade files; also: rules, --help, --version
 
@@ -21,6 +22,17 @@ MOST_EVENT = 8 * 1024 * 1024    # an event that is larger is read to its end and
 MOST_READ = 64 * 1024 * 1024
 LONGEST_DOWN = 3600     # seconds; as in `standing/engine/state.py`
 OLDEST = (3, 8)
+
+# What stands in the two events of each tool that matter: of an edit, of the end of a turn, and the
+# name of the session's id.
+EVENTS = {
+    "claude": (b'"PostToolUse"', b'"Stop"', b'"session_id":'),
+    "codex": (b'"PostToolUse"', b'"Stop"', b'"session_id":'),
+    "copilot": (b'"toolName"', b'"stopReason"', b'"sessionId":'),
+    "cursor": (b'"afterFileEdit"', b'"stop"', b'"conversation_id":'),
+    "gemini": (b'"AfterTool"', b'"AfterAgent"', b'"session_id":'),
+    "windsurf": (b'"post_write_code"', b'"post_cascade_response"', b'"trajectory_id":'),
+}
 
 
 def folder():
@@ -60,15 +72,14 @@ def read_event():
     return None
 
 
-def is_ours(event):
+def is_ours(event, tool):
     """Whether these bytes can be one of the two events that matter, without parsing them."""
-    return (event is not None and b'"hook_event_name"' in event
-            and (b'"PostToolUse"' in event or b'"Stop"' in event))
+    return event is not None and any(mark in event for mark in EVENTS[tool][:2])
 
 
-def nothing_to_grade(event, data):
+def nothing_to_grade(event, data, tool):
     """Whether this is the end of a turn that changed nothing, or while the service is down."""
-    if b'"PostToolUse"' in event:
+    if EVENTS[tool][0] in event:
         return False
     state = os.path.join(data, "state")
     try:
@@ -76,14 +87,14 @@ def nothing_to_grade(event, data):
             return True
     except OSError:
         pass
-    session = session_of(event)
+    session = session_of(event, tool)
     name = os.path.join(state, "changed", session) if session else os.path.join(state, "changed")
     return not os.path.exists(name)
 
 
-def session_of(event):
+def session_of(event, tool):
     """The session's id, when it is plain enough to be a file name; else None."""
-    _, found, rest = event.partition(b'"session_id":')
+    _, found, rest = event.partition(EVENTS[tool][2])
     name = rest.lstrip().partition(b'",')[0][1:81] if found else b""
     plain = name.replace(b"-", b"").replace(b"_", b"")
     return name.decode("ascii") if plain.isalnum() and len(name) < 80 else None
@@ -92,19 +103,20 @@ def session_of(event):
 def hook(arguments):
     """Answers one event. Returns the bytes to write, usually none."""
     data = data_folder()
-    if arguments != ["--harness", "claude"] or sys.version_info < OLDEST or os.isatty(0):
+    tool = arguments[1] if len(arguments) == 2 and arguments[0] == "--harness" else ""
+    if tool not in EVENTS or sys.version_info < OLDEST or os.isatty(0):
         return b""
     keyed = has_key(data)
     event = read_event()
-    if not keyed or not is_ours(event) or nothing_to_grade(event, data):
+    if not keyed or not is_ours(event, tool) or nothing_to_grade(event, data, tool):
         return b""
     sys.path.insert(0, folder())
-    if b'"PostToolUse"' not in event:
+    if EVENTS[tool][0] not in event:
         from engine import reachability
         if reachability.found_down(data):
             return b""
     from engine import hook as engine_hook
-    return engine_hook.answer(event, data)
+    return engine_hook.answer(event, data, tool)
 
 
 def run_hook(arguments):

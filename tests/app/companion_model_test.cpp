@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -384,6 +385,37 @@ TEST_F(CompanionModelTest, RefreshSeesAKeyThatOthersMayReadAndAKitThatIsGone) {
     model.refresh();
     EXPECT_TRUE(model.keyIsExposed);
     EXPECT_TRUE(model.kitIsMissing);
+}
+
+TEST_F(CompanionModelTest, TheInstallerIsAskedAboutTheWiringOnceForEachChange) {
+    const auto asked = [&] {
+        return std::ranges::count(fake.processes.requests, "/bin/sh", &ProcessRequest::program);
+    };
+    fake.processes.results["/bin/sh"] = {
+        .status = 0, .output = R"({"tools": [{"tool": "codex", "state": "untrusted"}]})"};
+    fake.files.files["/home/ada/.brask/validate.py"] = "";
+    fake.files.files["/home/ada/.brask/brask_install.py"] = "";
+    model.refresh();
+    fake.dispatcher.runAll();
+    EXPECT_EQ(asked(), 0) << "nothing is wired";
+
+    fake.files.files["/home/ada/.codex/config.toml"] = "[mcp_servers.trevix]\n";
+    model.refresh();
+    model.refresh();
+    EXPECT_EQ(asked(), 0) << "in the background";
+    fake.dispatcher.runAll();
+    EXPECT_EQ(asked(), 1);
+    EXPECT_EQ(model.wiringTruths->at("codex").state, WiringState::Untrusted);
+    model.refresh();
+    fake.dispatcher.runAll();
+    EXPECT_EQ(asked(), 1) << "nothing has changed";
+
+    fake.processes.results["/bin/sh"] = {.status = 1, .output = "no such file"};
+    fake.files.files["/home/ada/.codex/hooks.json"] = "{}";
+    model.refresh();
+    fake.dispatcher.runAll();
+    EXPECT_EQ(asked(), 2);
+    EXPECT_TRUE(model.wiringTruths->empty()) << "what is not known any more is not told";
 }
 
 TEST_F(CompanionModelTest, GradeWithoutAPolicySendsNone) {

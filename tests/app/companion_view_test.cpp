@@ -657,6 +657,27 @@ TEST_F(CompanionViewTest, WiredAgentsSayThatTheirValidatorIsGone) {
     EXPECT_EQ(view().agents.rows.at(0).at(1).toolTip, "installed · not wired");
 }
 
+TEST(AgentChip, FollowsWhatTheInstallerTells) {
+    const DetectedAgent agent = {
+        .id = "codex", .name = "Codex", .running = true, .present = true, .wired = true};
+    const auto chip = [&](WiringState state, bool versionIsKnown = true) {
+        const WiringTruth truth = {.state = state, .versionIsKnown = versionIsKnown};
+        return agentChip(agent, false, &truth);
+    };
+    EXPECT_EQ(chip(WiringState::Wired).toolTip, "running · validation wired");
+    EXPECT_EQ(chip(WiringState::Wired, false).toolTip,
+              "running · validation wired\nits version is unknown");
+    EXPECT_EQ(chip(WiringState::Untrusted).toolTip,
+              "running · validation wired\ninstalled, not trusted yet: run /hooks in it");
+    EXPECT_EQ(chip(WiringState::Repair).toolTip,
+              "running · validation wired\nneeds repair: choose “Wire my tools”");
+    EXPECT_EQ(chip(WiringState::Edited).toolTip,
+              "running · validation wired\nedited by you, and kept so");
+    EXPECT_EQ(chip(WiringState::Unread).badge, Symbol::shield);
+    EXPECT_EQ(chip(WiringState::NotOurs).toolTip, "running · not wired");
+    EXPECT_EQ(chip(WiringState::NotOurs).badge, std::nullopt);
+}
+
 TEST_F(CompanionViewTest, WorkflowJoinsItsStepsWithArrows) {
     model.workflow =
         WorkflowState{.node = "design",

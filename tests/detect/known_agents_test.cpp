@@ -38,6 +38,11 @@ void expectSame(const WiringRecord& made, const json& said) {
     EXPECT_EQ(strings(made.homeEntries), strings(said.at("homeEntries")));
     EXPECT_EQ(made.wiredWhenFound, said.at("wiredWhenFound").get<bool>());
     EXPECT_EQ(made.wiredWhenNoneIsFound, said.at("wiredWhenNoneIsFound").get<bool>());
+    const json more = said.value("more", json::array());
+    ASSERT_THAT(made.furtherFiles, SizeIs(more.size()));
+    for (std::size_t i = 0; i < more.size(); ++i) {
+        EXPECT_EQ(made.furtherFiles[i], more.at(i).at("path").get<std::string>());
+    }
     ASSERT_THAT(made.files, SizeIs(said.at("files").size()));
     for (std::size_t i = 0; i < made.files.size(); ++i) {
         EXPECT_EQ(made.files[i].path, said.at("files").at(i).at("path").get<std::string>());

@@ -20,9 +20,10 @@ ROOT = HERE.parents[1]
 KIT = pathlib.Path(os.environ.get("KELVANE_KIT") or ROOT / "build" / "dev" / "kit")
 TOOLS = pathlib.Path(os.environ.get("KELVANE_TOOLS") or ROOT / "build" / "tools").resolve()
 with open(str(ROOT / "resources" / "tools.json"), encoding="utf-8") as table:
-    PROGRAMS = {agent["wiring"]["key"]: agent["npm"]["program"]
-                for agent in json.load(table)["agents"] if agent["npm"]}
-PROGRAMS.update(node24="node", inspector="mcp-inspector")
+    TABLE = json.load(table)
+PROGRAMS = {agent["wiring"]["key"]: agent["npm"]["program"]
+            for agent in TABLE["agents"] + TABLE["others"] if agent["npm"]}
+PROGRAMS.update(node24="node", inspector="mcp-inspector", sarif="sarif-multitool")
 LIMIT = 120
 OFFLINE = ["unshare", "-rn"] if subprocess.run(
     ["unshare", "-rn", "true"], stderr=subprocess.DEVNULL).returncode == 0 else []
@@ -184,6 +185,154 @@ class OpenClawTest(ToolTest):
                 self.assertEqual(0, valid.returncode, valid.stdout)
 
 
+@unittest.skipIf(not OFFLINE, "no network of one's own can be had here")
+class EndToEndTest(ToolTest):
+    """The tools with a model of our own: they change a file, our hooks have it graded, and the
+    verdict reaches the model, which the tool has go on."""
+
+    FLAW = "HIGH code.mock a.py:1: Line 1 is MOCKED. There: “bad”."
+
+    def setUp(self):
+        super().setUp()
+        self.project = os.path.join(self.home, "proj")
+        os.makedirs(self.project)
+        subprocess.run(["git", "init", "-q", self.project], check=True, env=self.env)
+        os.chmod(self.put(".brask/key", b"the-key\n"), 0o600)
+        os.chmod(self.put(".brask/settings", b"base: http://127.0.0.1:7801\n"), 0o600)
+
+    def work(self, *command, **env):
+        """What came of a task; the tool runs in the project."""
+        self.env.update(env)
+        file = os.path.join(self.project, "a.py")
+        done = subprocess.run(OFFLINE + ["python3", str(HERE / "mock_model.py"), file] + list(command),
+                              env=self.env, cwd=self.project, stdin=subprocess.DEVNULL,
+                              stdout=subprocess.PIPE, stderr=subprocess.PIPE, timeout=LIMIT,
+                              universal_newlines=True, errors="replace", check=False)
+        self.assertEqual(0, done.returncode, done.stderr)
+        found = json.loads(done.stdout.splitlines()[-1])
+        self.assertTrue(os.path.isfile(file), done.stderr)
+        self.assertEqual([["a.py"]], found["sent"], done.stderr)
+        told = [json.loads(body) for body in found["told"]]
+        self.assertIn(self.FLAW, json.dumps(told[-1], ensure_ascii=False))
+        self.assertNotIn(self.FLAW, json.dumps(told[0], ensure_ascii=False))
+
+    @needs("codex")
+    def test_codex(self):
+        self.put(".codex/config.toml", b'model = "gpt-5.5"\nmodel_provider = "mock"\n'
+                 b'[model_providers.mock]\nname = "mock"\nwire_api = "responses"\n'
+                 b'base_url = "http://127.0.0.1:7801/v1"\n')
+        self.kit("codex", "--global")
+        self.work(str(program("codex")), "exec", "--dangerously-bypass-hook-trust",
+                  "-s", "danger-full-access", "write a.py")
+
+    @needs("node24", "copilot")
+    def test_copilot(self):
+        self.kit("copilot", "--global")
+        self.work(str(program("copilot")), "-p", "write a.py", "--allow-all-tools",
+                  COPILOT_PROVIDER_BASE_URL="http://127.0.0.1:7801/v1", COPILOT_MODEL="gpt-4.1",
+                  COPILOT_PROVIDER_API_KEY="x")
+
+    @needs("node24", "gemini")
+    def test_gemini(self):
+        self.put(".gemini/settings.json",
+                 b'{"security": {"auth": {"selectedType": "gemini-api-key"}}}\n')
+        self.kit("gemini", "--global")
+        self.work(str(program("gemini")), "-m", "gemini-2.5-flash", "--skip-trust", "-y",
+                  "-p", "write a.py", GOOGLE_GEMINI_BASE_URL="http://127.0.0.1:7801",
+                  GEMINI_API_KEY="x")
+
+
+class MeansTest(ToolTest):
+    """What the tools say of our entries without being given a task."""
+
+    def status(self, key):
+        self.env["PATH"] = os.pathsep.join(
+            [str(program(name).parent) for name in ("codex", "opencode")] + [self.env["PATH"]])
+        told = self.run_it(["python3", "-B", os.path.join(self.home, ".brask", "brask_install.py"),
+                            "status", "--json"])
+        return next(tool for tool in json.loads(told.stdout)["tools"] if tool["tool"] == key)
+
+    @needs("codex")
+    def test_codex_has_not_looked_at_our_hooks_yet(self):
+        self.kit("codex", "--global")
+        found = self.status("codex")
+        self.assertEqual("untrusted", found["state"], found)
+        self.assertIsNotNone(found["version"])
+
+    @needs("claude", "node24")
+    def test_claude_validates_the_plugin(self):
+        self.kit("plugin", "--global")
+        folder = os.path.join(self.home, ".claude/skills/trevix")
+        said = self.tool("claude", "plugin", "validate", "--strict", folder)
+        self.assertEqual(0, said.returncode, said.stdout + said.stderr)
+        said = self.tool("claude", "plugin", "details", "trevix")
+        self.assertIn("Hooks (2)", said.stdout, said.stderr)
+        self.kit("uninstall", "plugin", "--global")
+        self.assertFalse(os.path.exists(folder))
+
+    @needs("opencode")
+    def test_opencode_starts_our_server(self):
+        self.kit("opencode", "--global")
+        said = self.tool("opencode", "mcp", "list")
+        self.assertRegex(said.stdout + said.stderr, r"trevix[^\n]*connected")
+
+    @needs("node24", "copilot")
+    def test_copilot_lists_our_server(self):
+        self.kit("copilot", "--global")
+        said = self.tool("copilot", "mcp", "list")
+        self.assertIn("trevix", said.stdout, said.stderr)
+
+    @needs("node24", "gemini")
+    def test_gemini_lists_our_server(self):
+        self.kit("gemini", "--global")
+        said = self.tool("gemini", "mcp", "list")
+        self.assertIn("trevix", said.stdout + said.stderr)
+
+
+class SdkTest(ToolTest):
+    """The official SDKs' own clients, in every era that they speak."""
+
+    def test_each_is_told_everything_that_there_is(self):
+        if not os.access(str(program("node24")), os.X_OK):
+            self.skipTest("not in %s: node24 (scripts/real-tools fetches it)" % TOOLS)
+        for sdk, era, negotiated in (("sdk1", "v1", None), ("sdk2", "legacy", "2025-11-25"),
+                                     ("sdk2", "auto", "2026-07-28"),
+                                     ("sdk2", "modern", "2026-07-28")):
+            with self.subTest(era=era):
+                if not (TOOLS / sdk / "installed").is_file():
+                    self.skipTest("not in %s: %s (scripts/real-tools fetches it)" % (TOOLS, sdk))
+                said = self.run_it(OFFLINE + [
+                    str(program("node24")), str(HERE / "sdk_client.mjs"), str(TOOLS / sdk), era,
+                    "python3", "-I", os.path.join(self.home, ".brask/validate.py"), "mcp"])
+                self.assertEqual(0, said.returncode, said.stderr)
+                found = json.loads(said.stdout)
+                self.assertEqual((negotiated, "trevix"), (found["era"], found["version"]))
+                self.assertEqual(["grade", "iterate", "rules", "status"], found["tools"])
+                self.assertIn("trevix://rules/code", found["resources"])
+                self.assertEqual(2, len(found["templates"]))
+                self.assertTrue(found["rules"] and found["structured"])
+                self.assertIn(found["missing"], (-32002, -32602))
+
+
+class SarifTest(ToolTest):
+    @needs("node24", "sarif")
+    def test_the_formats_own_validator_finds_no_error(self):
+        self.put("a.py", b"x = 1\n")
+        os.chmod(self.put(".brask/key", b"k\n"), 0o600)
+        os.chmod(self.put(".brask/settings", b"base: http://127.0.0.1:9\n"), 0o600)
+        self.run_it(["python3", ".brask/validate.py", "grade", "a.py", "gone.py", "--sarif",
+                     "--output", "out.sarif"])
+        self.env["DOTNET_SYSTEM_GLOBALIZATION_INVARIANT"] = "1"
+        own = TOOLS / "sarif/node_modules/@microsoft/sarif-multitool-linux/Sarif.Multitool"
+        os.chmod(str(own), 0o755)
+        said = self.run_it(OFFLINE + [str(own), "validate", "out.sarif", "--output", "v.sarif"])
+        self.assertIn("1 files scanned", said.stdout)
+        self.assertNotIn(": error", said.stdout)
+        self.put("out.sarif", b'{"version": "2.1.0", "runs": [{"tool": {}}]}')
+        said = self.run_it(OFFLINE + [str(own), "validate", "out.sarif", "--output", "w.sarif"])
+        self.assertIn(": error", said.stdout)
+
+
 class InspectorTest(ToolTest):
     """Cursor cannot be had here; the inspector reads a file of the same shape."""
 
@@ -202,6 +351,9 @@ class InspectorTest(ToolTest):
                 called = self.tool("inspector", *common, "--method", "tools/call",
                                    "--tool-name", "rules", "--tool-args-json", "{}")
                 self.assertEqual(0, called.returncode, called.stdout + called.stderr)
+                read = self.tool("inspector", *common, "--method", "resources/read",
+                                 "--uri", "trevix://rules")
+                self.assertEqual(0, read.returncode, read.stdout + read.stderr)
         self.kit("uninstall", "all", "--global")
         self.assertFalse(os.path.exists(config))
 

@@ -24,7 +24,8 @@ def parsed(arguments: Sequence[str]) -> argparse.Namespace:
     parser = Parser(prog="brask_install.py", description=__doc__, allow_abbrev=False,
                     usage="brask_install.py [TOOL | uninstall TOOL | uninstall all | status] "
                           "[--global] [--dry-run] [--json]",
-                    epilog="TOOL is one of: " + ", ".join(keys),
+                    epilog="TOOL is one of: " + ", ".join(keys) +
+                           "; found is each of them that is set up here",
                     formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("words", nargs="*", metavar="WORD", help=argparse.SUPPRESS)
     parser.add_argument("--global", dest="everywhere", action="store_true",
@@ -40,7 +41,7 @@ def parsed(arguments: Sequence[str]) -> argparse.Namespace:
         if len(words) > 1:
             parser.error("status takes no tool")
         return options
-    known = keys + ["all"] if options.action == "uninstall" else keys
+    known = keys + ["all" if options.action == "uninstall" else "found"]
     if len(options.tool) != 1 or options.tool[0] not in known or \
             len(words) != (2 if options.action == "uninstall" else 1):
         parser.error("which tool? One of: " + ", ".join(known))
@@ -73,8 +74,10 @@ def main(arguments: Sequence[str], env: Dict[str, str], out: Any = None, err: An
                 say(line)
             return DONE
         lock = installer.locked(needed=options.action == "install")
-        work = installer.uninstall if options.action == "uninstall" else installer.install
-        return work(options.tool)
+        if options.action == "uninstall":
+            return installer.uninstall(options.tool)
+        return installer.install_found() if options.tool == "found" else \
+            installer.install(options.tool)
     except (Refused, OSError) as error:
         complain(reason(error))
         return FAILED

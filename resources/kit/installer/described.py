@@ -16,7 +16,8 @@ VALIDATOR = "{validator}"      # stands for the validator's path in the table's 
 
 #: The tools that can be wired, in the order in which people see them.
 WIRED: List[Dict[str, Any]] = [agent for name in TABLE["wiringOrder"]
-                               for agent in TABLE["agents"] if agent["id"] == name]
-HOOK_COMMANDS = sorted({command for agent in WIRED for file in agent["wiring"]["files"]
+                               for agent in TABLE["agents"] if agent["id"] == name] + TABLE["others"]
+HOOK_COMMANDS = sorted({command for agent in WIRED
+                        for file in agent["wiring"]["files"] + agent["wiring"].get("more", [])
                         for hook in file.get("hooks", [])
                         for command in [hook["command"]] + hook.get("former", [])})

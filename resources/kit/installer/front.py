@@ -2,6 +2,7 @@
 """Wires the validator into coding tools, and takes the wiring out again.
 
     brask_install.py TOOL --global             wire one coding tool
+    brask_install.py found --global            wire every coding tool that is set up here
     brask_install.py uninstall TOOL --global   take our entries out of one tool, or of `all`
     brask_install.py status [--json]           what is wired, and whether `brask` can be typed
 

@@ -114,6 +114,21 @@ class HookGroups(JsonTool):
         return command == self.command(event) or bool(command) and command not in former and \
             HARNESS in command
 
+    def edited(self, text: str) -> bool:
+        """Any handler of ours that is not what we write, whatever the user changed in it."""
+        root = self.read(text)
+        for chain, index, key in self.owned(root):
+            event = key[1] if key else next(i.key or "" for i in chain[1].items
+                                            if i.node is chain[2])
+            if event not in self.hooks:
+                continue
+            group = plain(chain[-1].items[index].node) if key else plain(chain[-2])
+            handler = group["hooks"][0] if key else plain(chain[-1].items[index].node)
+            today = self.as_read(self.group(event))
+            if handler != today["hooks"][0] or group.get("matcher") != today.get("matcher"):
+                return True
+        return False
+
     def add(self, text: str, hints: Hints) -> Edit:
         edit = self.seeded(text, hints)
         root = self.read(edit.text)

@@ -41,12 +41,15 @@ class Validator:
         return template.replace(VALIDATOR, self.quoted)
 
     def filled(self, value: Any) -> Any:
-        """A value of the table for this home folder; it may hold values itself."""
+        """A value of the table for this home folder; it may hold values itself. A word that stands
+        for the validator is its path, a longer text is a command line."""
         if isinstance(value, dict):
             return {key: self.filled(inner) for key, inner in value.items()}
         if isinstance(value, list):
             return [self.filled(inner) for inner in value]
-        return value.replace(VALIDATOR, self.path) if isinstance(value, str) else value
+        if value == VALIDATOR:
+            return self.path
+        return self.command_line(value) if isinstance(value, str) else value
 
     def names(self, word: str) -> bool:
         """Does this word of a command name our validator?"""

@@ -51,6 +51,11 @@ class ServerTable(Tool):
         return any(content == toml_outline(TomlReader("\n".join(self.table(entry)[1:])).read().root)
                    for entry in self.described.get("former", []))
 
+    def edited(self, text: str) -> bool:
+        content = toml_outline(self.read(text).root)[self.way[0]][SERVER]
+        today = TomlReader("\n".join(self.table(self.described["entry"])[1:])).read()
+        return bool(content != toml_outline(today.root))
+
     def source_of(self, value: Any) -> str:
         """A number, a truth value, a text, or a list of those, as TOML writes it."""
         if isinstance(value, list):

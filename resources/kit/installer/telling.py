@@ -5,6 +5,7 @@ from typing import Any, Dict, Iterator, List, Optional
 
 
 WORDS = {"wired": "wired", "absent": "not wired", "repair": "needs repair: run this again",
+         "untrusted": "installed, not trusted yet", "edited": "wired, and edited by you",
          "foreign": "somebody else's server has our name", "unreadable": "cannot be read",
          "ours": "installed", "stale": "for another folder"}
 
@@ -14,6 +15,11 @@ def split_lines(data: Optional[bytes]) -> List[str]:
     text = (data or b"").decode("utf-8", "replace")
     return [line for line in re.split(r"(?<=\n)", text) if line]
 
+
+TRUST_NOTES = {"untrusted": "installed, not trusted yet: run /hooks in Codex, which passes our hooks "
+                            "over until you have looked at them",
+               None: "whether Codex runs our hooks is not known: it did not tell",
+               "off": "our hooks are switched off in Codex; /hooks switches them on"}
 
 AROUND = 3  # lines shown on either side of a change, as `diff -u` does
 
@@ -54,7 +60,13 @@ def status_lines(status: Dict[str, Any]) -> Iterator[str]:
                                  "" if status["validator"]["present"] else " (missing)")
     for tool in status["tools"]:
         yield "%-12s %s: %s" % (tool["label"], WORDS[tool["state"]], tool["file"])
-        if tool["seen"] and tool["state"] != "wired":
+        for means in tool["means"] if len(tool["means"]) > 1 else []:
+            yield "%-12s   %s: %s%s" % ("", means["means"], WORDS[means["state"]],
+                                        "" if means["file"] == tool["file"]
+                                        else " (%s)" % means["file"])
+        if tool["state"] in ("wired", "edited", "untrusted", "repair"):
+            yield "%-12s version %s" % ("", tool["version"] or "unknown")
+        if tool["seen"] and tool["state"] not in ("wired", "edited", "untrusted"):
             yield "%-12s the companion shows it as wired, because its marker is in the file" % ""
         for note in tool["notes"]:
             yield "%-12s %s" % ("", note)

@@ -2,6 +2,7 @@
 
 import json
 import re
+import sys
 from typing import Any, Dict, List, Optional, Tuple
 
 from .json_places import DIALECTS, STRICT, Item, JsonReader, Node, insertion, outline, removal
@@ -18,6 +19,7 @@ class Tool:
     """
 
     seed = ""  # what a file that we make holds before our entry goes in
+    whole = False  # is the file ours as a whole, so that nothing of it stays?
 
     def __init__(self, agent: Dict[str, Any], file: Dict[str, Any], validator: Validator) -> None:
         """`agent` and `file` are what the table says of the tool and of the file."""
@@ -25,7 +27,11 @@ class Tool:
         self.key: str = agent["wiring"]["key"]
         self.label: str = agent["name"]
         self.moved_by: List[str] = agent["wiring"]["movedBy"]
-        self.file: str = file["path"]                # below the home folder
+        means = file.get("means")  # the first file's entry is what the tool counts as wired by
+        self.means: str = means or ("hooks" if "hooks" in file else "server")
+        self.record: str = "%s-%s" % (self.key, means) if means else self.key  # in the manifest
+        on_mac = file.get("pathOnMac") if sys.platform == "darwin" else None
+        self.file: str = on_mac or file["path"]      # below the home folder
         self.markers: List[str] = file["markers"]    # what the companion looks for in it
         self.create: bool = file.get("create", False)
 
@@ -55,6 +61,11 @@ class Tool:
     def leftover(self, text: str) -> Optional[int]:
         """Where something of somebody else's stands that does not work without our validator."""
         return None
+
+    def edited(self, text: str) -> bool:
+        """Did the user change our entry, which is there, so that it is neither today's nor one of an
+        earlier version?"""
+        return False
 
     def notes(self, text: str) -> List[str]:
         """What else the user should know about a text that carries our entry."""
@@ -98,6 +109,15 @@ class JsonTool(Tool):
     def second_opinion(self, text: str) -> None:
         if self.dialect is STRICT and text.strip():
             json.loads(text)
+
+    @staticmethod
+    def as_read(value: Any) -> Any:
+        """A value of the table as `plain` has it, to be compared with what a file holds."""
+        if isinstance(value, dict):
+            return {key: JsonTool.as_read(inner) for key, inner in value.items()}
+        if isinstance(value, list):
+            return [JsonTool.as_read(inner) for inner in value]
+        return value if isinstance(value, str) else ("raw", json.dumps(value))
 
     def one(self, box: Node, key: str) -> Optional[Item]:
         """The member of that name. Two of one name are refused: who knows which one counts."""

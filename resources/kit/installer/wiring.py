@@ -4,16 +4,19 @@ import errno
 import os
 import stat
 import time
-from typing import Any, Callable, Dict, Iterator, Optional
+from typing import Any, Callable, Dict, Iterator, List, Optional, Tuple
 
+from .asking import Ask, asker, codex_trust, major, version_of
 from .files import BOM, Changed, Config, Refused, missing_folders, quietly, read_config, sweep
+from .described import WIRED
 from .launcher import Launcher
 from .manifest import Manifest
 from .ownership import Hints, Validator
-from .telling import reason, unified_diff
+from .telling import TRUST_NOTES, reason, unified_diff
 from .text import BadText, place
+from .named_servers import NamedServers
 from .tool import Tool
-from .tools import cleaned_only, tools
+from .tools import cleaned_only, further, tools
 from .transaction import Change, carry_out
 
 try:
@@ -24,6 +27,8 @@ except ImportError:  # Not on every system; two installers at once are then not 
 DONE, FAILED, NOT_SET_UP, USAGE = 0, 1, 3, 64  # exit codes
 
 LAUNCHER = "launcher"               # the manifest's key for the command `brask`
+# The states of a tool that holds something of ours, the one that matters most first.
+OURS = ("repair", "untrusted", "edited", "wired")
 ATTEMPTS = 5                        # to edit a file that somebody else keeps changing
 LOCK_TRIES, LOCK_PAUSE = 100, 0.1   # seconds between two tries: ten seconds in all
 
@@ -33,7 +38,7 @@ class Installer:
 
     def __init__(self, env: Dict[str, str], say: Callable[[str], None],
                  complain: Callable[[str], None], dry: bool = False,
-                 pause: Callable[[float], None] = time.sleep) -> None:
+                 pause: Callable[[float], None] = time.sleep, ask: Optional[Ask] = None) -> None:
         self.env, self.say, self.complain, self.dry, self.pause = env, say, complain, dry, pause
         home = env.get("HOME", "")
         if not os.path.isabs(home) or not os.path.isdir(home):
@@ -49,6 +54,10 @@ class Installer:
         self.validator = Validator(self.brask, self.home, (usual,))
         self.launcher = Launcher(self.home, self.validator)
         self.tools = tools(self.validator)
+        self.further = further(self.validator)
+        self.agents = {agent["wiring"]["key"]: agent for agent in WIRED}
+        self.ask = ask or asker(env)
+        self.versions: Dict[str, Optional[str]] = {}
         self.manifest = Manifest(os.path.join(self.brask, "installed.json"), complain)
 
     def path(self, tool: Tool) -> str:
@@ -121,11 +130,49 @@ class Installer:
         if not os.path.isfile(self.validator.path):
             raise Refused("there is no validator at %s, and a hook without it would disturb the "
                           "tool; install Kelvane Companion first" % self.validator.path)
+        for other, path in self.instead(key):
+            self.complain("%s: %s does the same already, by %s, and both would do it twice; take that "
+                          "out first, with: brask_install.py uninstall %s --global"
+                          % (key, self.tools[other].label, path, other))
+            return FAILED
         self.warn_when_moved(tool)
+        self.suit_version(tool)
         code = self.repeated(self.path(tool), lambda: self.install_once(tool))
         if code == DONE:
+            for other in self.further[key]:
+                code = max(code, self.attempt(lambda: self.repeated(
+                    self.path(other), lambda: self.install_once(other))))
             self.repeated(self.launcher.path, self.install_launcher)
         return code
+
+    def instead(self, key: str) -> Iterator[Tuple[str, str]]:
+        """What is wired that would do the work of this tool's wiring a second time."""
+        for other, tool in self.tools.items():
+            first, second = (self.agents[name]["wiring"].get("insteadOf") for name in (key, other))
+            if (first == other or second == key) and self.still_wired(tool):
+                yield other, self.path(tool)
+
+    def install_found(self) -> int:
+        """Wires every tool that is set up on this machine. One that fails does not stop the others."""
+        found = [key for key in self.tools if self.is_there(key)]
+        if not found:
+            self.complain("none of the coding tools is set up here")
+            return NOT_SET_UP
+        return max(self.attempt(lambda: self.install(key)) for key in found)
+
+    def is_there(self, key: str) -> bool:
+        return any(os.path.lexists(os.path.join(self.home, *entry.split("/")))
+                   for entry in self.agents[key]["wiring"]["homeEntries"])
+
+    def version(self, key: str) -> Optional[str]:
+        """What the tool's program says its version is, asked once."""
+        if key not in self.versions:
+            self.versions[key] = version_of(self.agents[key], self.ask)
+        return self.versions[key]
+
+    def suit_version(self, tool: Tool) -> None:
+        if isinstance(tool, NamedServers) and tool.since is not None:
+            tool.for_version(major(self.version(tool.key)))
 
     def warn_when_moved(self, tool: Tool) -> None:
         for variable in tool.moved_by:
@@ -155,7 +202,7 @@ class Installer:
                                             and os.access(config.real, os.W_OK)):
             raise Refused("%s is write-protected (mode %04o); allow writing with chmod u+w and run "
                           "this again" % (config.path, stat.S_IMODE(config.info.st_mode)))
-        old = self.manifest.records.get(tool.key)
+        old = self.manifest.records.get(tool.record)
         hints = Hints(old if state == "repair" else None)
         edit = tool.mended(text, hints) if state == "repair" else tool.add(text, hints)
         new = edit.text
@@ -164,12 +211,13 @@ class Installer:
         record["createdFile"] = bool(old and old["createdFile"]) if state == "repair" \
             else config.data is None
         folders = missing_folders(config.path)
-        kept = [f for f in self.manifest.folders(tool.key) if os.path.isdir(f) and f not in folders]
+        kept = [f for f in self.manifest.folders(tool.record)
+                if os.path.isdir(f) and f not in folders]
         record["createdFolders"] = kept + folders
         if self.dry:
             self.show(config.path, config.data, config.bytes_of(new))
             return DONE
-        backup = carry_out(Change(tool.key, config, config.bytes_of(new), record, folders),
+        backup = carry_out(Change(tool.record, config, config.bytes_of(new), record, folders),
                            self.manifest, self.backups)
         self.say("%s: wired in %s%s" % (tool.key, config.path,
                                         "" if backup is None else " (before: %s)" % backup))
@@ -179,6 +227,14 @@ class Installer:
     def tell(self, tool: Tool, text: str) -> None:
         for note in tool.notes(text):
             self.complain("%s: note: %s" % (tool.key, note))
+        if self.trust(tool) == "untrusted":
+            self.complain("%s: %s" % (tool.key, TRUST_NOTES["untrusted"]))
+
+    def trust(self, tool: Tool) -> Optional[str]:
+        """Whether the tool runs our hooks, where it has its user decide that; asked of the tool."""
+        if tool.described.get("trust") != "codex" or self.dry:
+            return None
+        return codex_trust(os.path.realpath(self.path(tool)), self.home, self.ask)
 
     def prove(self, tool: Tool, old: str, new: str, hints: Hints, state: str) -> None:
         """Refuses an edit that does not hold what this file promises. It never should."""
@@ -222,14 +278,20 @@ class Installer:
         if not self.manifest.records and usual != self.manifest.path:
             self.manifest = Manifest(usual, self.complain)  # BRASK_HOME is another than at wiring
         chosen = [self.tools[name] for name in self.tools if key in (name, "all")]
-        for tool in chosen + [file for tool in chosen
-                              for file in cleaned_only(self.validator, tool.key)]:
-            code = max(code, self.attempt(lambda: self.repeated(
-                self.path(tool), lambda: self.uninstall_once(tool))))
-        if key == "all" or not any(self.still_wired(tool) for tool in self.tools.values()):
+        for tool in chosen:
+            # Last in, first out: two of them may stand in one file.
+            for file in list(reversed(self.further[tool.key])) + [tool] + \
+                    cleaned_only(self.validator, tool.key):
+                code = max(code, self.attempt(lambda: self.repeated(
+                    self.path(file), lambda: self.uninstall_once(file))))
+        if key == "all" or not any(self.still_wired(file) for file in self.written()):
             code = max(code, self.attempt(lambda: self.repeated(
                 self.launcher.path, self.uninstall_launcher)))
         return code
+
+    def written(self) -> List[Tool]:
+        """Every file that we write an entry into."""
+        return [file for key, tool in self.tools.items() for file in [tool] + self.further[key]]
 
     def attempt(self, action: Callable[[], int]) -> int:
         try:
@@ -249,12 +311,12 @@ class Installer:
         if config.data is None or b"validate.py" not in config.data:
             if self.is_wired_in(tool):
                 self.say("%s: nothing of ours in %s" % (tool.key, config.path))
-                self.forget(tool.key, config.real)
+                self.forget(tool.record, config.real)
             return DONE
         return self.text_of(config, tool, lambda text: self.unwire(tool, config, text))
 
     def unwire(self, tool: Tool, config: Config, text: str) -> int:
-        record = self.manifest.records.get(tool.key) if self.is_wired_in(tool) else None
+        record = self.manifest.records.get(tool.record) if self.is_wired_in(tool) else None
         new = tool.remove(text, Hints(record))
         if new == text:
             self.say("%s: nothing of ours in %s, though it mentions a validate.py"
@@ -263,18 +325,19 @@ class Installer:
         if tool.others(new) != tool.others(text) or tool.state(new) in ("wired", "repair"):
             raise Refused("%s: our entry cannot be taken out safely, so the file is left as it is; "
                           "take it out by hand" % config.path)
-        gone = bool(record and record["createdFile"]) and tool.empty(new) and \
+        gone = (tool.whole and not (record and record.get("blankBefore")) or
+                bool(record and record["createdFile"])) and tool.empty(new) and \
             not os.path.islink(config.path)
         data = None if gone else config.bytes_of(new)
         if self.dry:
             self.show(config.path, config.data, data)
             return DONE
-        backup = carry_out(Change(tool.key, config, data), self.manifest, self.backups, True)
+        backup = carry_out(Change(tool.record, config, data), self.manifest, self.backups, True)
         self.say("%s: our entries are out of %s (%s)" % (
             tool.key, config.path, "no copy of it could be kept" if backup is None
             else "before: %s" % backup))
         if self.is_wired_in(tool):
-            self.forget(tool.key, config.real)
+            self.forget(tool.record, config.real)
         return self.told_of_leftover(tool, config, new)
 
     def told_of_leftover(self, tool: Tool, config: Config, text: str) -> int:
@@ -288,14 +351,15 @@ class Installer:
 
     def is_wired_in(self, tool: Tool) -> bool:
         """Is this the file that the tool is wired in, and not one that is only cleaned?"""
-        return tool.file == self.tools[tool.key].file
+        return any(tool.record == other.record and tool.file == other.file
+                   for other in self.written())
 
     def forget(self, key: str, real: str) -> None:
         """Removes the folders that we made, if nothing else is in them, and the record."""
         if self.dry:
             return
         sweep(*os.path.split(real))
-        ours = {self.launcher.path} | {self.path(t) for t in self.tools.values() if t.create}
+        ours = {self.launcher.path} | {self.path(file) for file in self.written() if file.create}
         ours = {folder for path in ours for folder in self.folders_below_home(path)}
         for folder in sorted(self.manifest.folders(key), key=len, reverse=True):
             if folder in ours and not os.path.islink(folder):
@@ -345,18 +409,48 @@ class Installer:
                             "lineToAdd": None if self.on_path() else self.path_line()}}
 
     def tool_status(self, tool: Tool) -> Dict[str, Any]:
-        found: Dict[str, Any] = {"tool": tool.key, "label": tool.label, "file": self.path(tool),
-                                 "state": "absent", "seen": False, "notes": []}
-        try:
-            config = read_config(self.path(tool))
-            found["seen"] = tool.seen(config.text)
-            if config.data is not None:
-                found["state"] = self.text_of(config, tool, tool.state)
-            if found["state"] in ("wired", "repair"):
-                found["notes"] = tool.notes(config.text)
-        except (Refused, BadText) as error:
-            found["state"], found["notes"] = "unreadable", [str(error)]
+        """The truth about one tool: `state` of it as a whole, and of each of its means. "repair" is
+        ours, but not whole; wiring again puts it right."""
+        self.suit_version(tool)
+        files = [self.file_status(file) for file in [tool] + self.further[tool.key]]
+        found: Dict[str, Any] = dict(files[0], tool=tool.key, label=tool.label,
+                                     present=self.is_there(tool.key), version=None, means=files)
+        del found["trust"]
+        states = [file["state"] for file in files]
+        ours = [state for state in states if state in OURS]
+        if ours and len(ours) < len(states):
+            found["state"] = "repair"
+        elif ours:
+            found["state"] = next(state for state in OURS if state in ours)
+        if ours:
+            found["version"] = self.version(tool.key)
+        found["notes"] = [note for file in files for note in file["notes"]]
         for variable in tool.moved_by:
             if self.env.get(variable):
                 found["notes"].append("%s is set to %s" % (variable, self.env[variable]))
+        return found
+
+    def file_status(self, tool: Tool) -> Dict[str, Any]:
+        """What is so of one file. Only a whole entry is asked about further: whether it is as we
+        write it, and whether the tool trusts it."""
+        found: Dict[str, Any] = {"means": tool.means, "file": self.path(tool), "state": "absent",
+                                 "seen": False, "trust": None, "notes": []}
+        try:
+            config = read_config(self.path(tool))
+            text = config.text
+            found["seen"] = tool.seen(text)
+            if config.data is not None:
+                found["state"] = self.text_of(config, tool, tool.state)
+            if found["state"] in ("wired", "repair"):
+                found["notes"] = tool.notes(text)
+            if found["state"] == "wired":
+                found["trust"] = self.trust(tool)
+                if "trust" in tool.described and found["trust"] in TRUST_NOTES:
+                    found["notes"].append(TRUST_NOTES[found["trust"]])
+                if found["trust"] == "untrusted":
+                    found["state"] = "untrusted"
+                elif tool.edited(text):
+                    found["state"] = "edited"
+        except (Refused, BadText) as error:
+            found["state"], found["notes"] = "unreadable", [str(error)]
         return found

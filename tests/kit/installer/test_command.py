@@ -131,7 +131,9 @@ class StatusTest(HomeTest):
         self.put(FILES["cursor"], b"{ broken")
         self.assertEqual({"claude": ("wired", True), "codex": ("absent", True),
                           "openclaw": ("foreign", True), "cursor": ("unreadable", False)},
-                         self.states())
+                         {key: state for key, state in self.states().items() if key in FILES})
+        self.assertEqual({("absent", False)},
+                         {state for key, state in self.states().items() if key not in FILES})
         text = self.run_main("status").out
         self.assertIn("somebody else's server", text)
         self.assertIn("mcp.json:1:3", text)

@@ -82,9 +82,18 @@ class EditTest(unittest.TestCase):
         marks = ["{}", "[]", "/* c */", "// c\n", ",", "\n", "\r\n", " ", "\t", '"hooks":{},',
                  '"mcp":{}', "# c\n", "[a]\n", "a=1\n", "\n\n"]
         edited = 0
-        for tool in install.tools(validator).values():
+        further = install.further(validator)
+        for tool in [file for key, tool in install.tools(validator).items()
+                     for file in [tool] + further[key]]:
+            # Tools without a corpus of their own have files of the same formats.
+            folder = {"hooks": "claude", "event-lists": "claude"}.get(
+                tool.described["format"], "cursor")
+            folder = tool.key if (CORPUS / tool.key).is_dir() and tool.record == tool.key \
+                else folder
             seeds = [path.with_suffix(".in").read_bytes().decode("utf-8-sig")
-                     for path in sorted((CORPUS / tool.key).glob("*.out"))]
+                     for path in sorted((CORPUS / folder).glob("*.out"))]
+            if tool.described["format"] == "own-file":
+                seeds = ["", "\n", "{}"]
             for text in mutants(seeds, marks, random.Random(3)):
                 try:
                     if tool.state(text) != "absent":

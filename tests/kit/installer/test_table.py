@@ -12,7 +12,8 @@ from home import FILES, MARKERS, ROOT, HomeTest, install
 with open(str(ROOT / "resources" / "tools.json"), encoding="utf-8") as file:
     TEXT = file.read()
 TABLE = json.loads(TEXT)
-WIRED = {agent["wiring"]["key"]: agent for agent in TABLE["agents"] if agent["wiring"]}
+STATED = {agent["wiring"]["key"]: agent for agent in TABLE["agents"] if agent["wiring"]}
+WIRED = dict(STATED, **{agent["wiring"]["key"]: agent for agent in TABLE["others"]})
 
 
 class TableTest(unittest.TestCase):
@@ -24,11 +25,18 @@ class TableTest(unittest.TestCase):
         """A value of the table with the validator's path in it."""
         return json.loads(json.dumps(value).replace("{validator}", "/home/u/.brask/validate.py"))
 
+    def filled_lines(self, value):
+        """The same of a value whose texts are command lines."""
+        quoted = json.dumps('"/home/u/.brask/validate.py"')[1:-1]
+        text = json.dumps(value).replace('"{validator}"', '"/home/u/.brask/validate.py"')
+        return json.loads(text.replace("{validator}", quoted))
+
     def files(self):
         """Each file of each tool: the tool's record, the file's, and what the installer made."""
         for key, agent in WIRED.items():
-            made = [self.tools[key]] + install.cleaned_only(self.validator, key)
-            said = agent["wiring"]["files"]
+            made = [self.tools[key]] + install.cleaned_only(self.validator, key) + \
+                install.further(self.validator)[key]
+            said = agent["wiring"]["files"] + agent["wiring"].get("more", [])
             self.assertEqual(len(said), len(made), key)
             for one, other in zip(said, made):
                 yield agent, one, other
@@ -37,8 +45,10 @@ class TableTest(unittest.TestCase):
         self.assertEqual(TEXT, install.TOOLS_JSON)
 
     def test_the_tools_and_their_order(self):
-        ids = {agent["id"]: key for key, agent in WIRED.items()}
-        self.assertEqual([ids[name] for name in TABLE["wiringOrder"]], list(self.tools))
+        """Those that the companion shows, and behind them the others."""
+        ids = {agent["id"]: key for key, agent in STATED.items()}
+        self.assertEqual([ids[name] for name in TABLE["wiringOrder"]] +
+                         [agent["wiring"]["key"] for agent in TABLE["others"]], list(self.tools))
 
     def test_every_field_of_a_tool(self):
         for agent, said, made in self.files():
@@ -50,7 +60,7 @@ class TableTest(unittest.TestCase):
                 self.assertEqual(said["markers"], made.markers)
                 self.assertEqual(said.get("create", False), made.create)
                 self.assertIs(install.FORMATS[said["format"]], type(made))
-                if said["format"] != "toml-table":
+                if said["format"] not in ("toml-table", "own-file"):
                     self.assertIs(install.DIALECTS[said["dialect"]], made.dialect)
                 if "under" in said and said["format"] == "servers":
                     self.assertEqual(tuple(said["under"]), made.way)
@@ -58,7 +68,7 @@ class TableTest(unittest.TestCase):
     def test_what_goes_in_is_what_the_table_says(self):
         """Wires a file that says nothing, and reads what is there then."""
         for agent, said, made in self.files():
-            if "entry" not in said and "hooks" not in said:
+            if not set(said) & {"entry", "hooks", "events", "value"}:
                 continue  # never written, only cleaned
             with self.subTest(file=said["path"]):
                 text = made.add(made.seed, install.Hints()).text
@@ -73,6 +83,12 @@ class TableTest(unittest.TestCase):
                     for name in reversed(said["under"]):
                         wanted = {name: wanted}
                     self.assertEqual(wanted, json.loads(text))
+                elif said["format"] == "event-lists":
+                    wanted = {event: [self.filled_lines(handler)]
+                              for event, handler in said["events"].items()}
+                    self.assertEqual(dict(said["root"], hooks=wanted), json.loads(text))
+                elif said["format"] == "own-file":
+                    self.assertEqual(self.filled_lines(said["value"]), json.loads(text))
                 else:
                     wanted = {}
                     for hook in said["hooks"]:
@@ -92,10 +108,10 @@ class TableTest(unittest.TestCase):
 
     def test_the_table_says_what_these_tests_take_for_granted(self):
         self.assertEqual(FILES, {key: agent["wiring"]["files"][0]["path"]
-                                 for key, agent in WIRED.items()})
+                                 for key, agent in STATED.items()})
         self.assertEqual(MARKERS, {key: tuple(marker.encode()
                                               for marker in agent["wiring"]["files"][0]["markers"])
-                                   for key, agent in WIRED.items()})
+                                   for key, agent in STATED.items()})
 
 
 class DamagedKitTest(HomeTest):

@@ -115,7 +115,7 @@ class Harness(surroundings.HomeTest):
         script = self.install_kit()
         (self.data / "standing" / "engine" / "hook.py").write_text(
             "import threading\nthreading.Thread(target=threading.Event().wait).start()\n"
-            "def answer(event, folder): return b'{}'\n")
+            "def answer(event, folder, tool): return b'{}'\n")
         outcome = self.run_kit("--harness", "claude", script=script, BRASK_API_KEY="k",
                                data=self.event(hook_event_name="PostToolUse"))
         self.assertEqual(outcome, (0, b"{}", b""))

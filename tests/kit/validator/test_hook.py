@@ -110,7 +110,7 @@ class AtTheEnd(HookTest):
             said = self.stop()
         self.assertEqual(said["decision"], "block")
         self.assertIn("src/a.py: fix first (route_to_fix, score 0.50, 1 flaw)", said["reason"])
-        self.assertIn("- HIGH code.x: Line 1: bad.", said["reason"])
+        self.assertIn("- HIGH code.x src/a.py:1: Line 1: bad. (clears once line 1", said["reason"])
         self.assertIn(server.base + "/console?run=r1", said["reason"])
         sent = server.requests[0].json()
         self.assertEqual(sent["artifact_parts"], [

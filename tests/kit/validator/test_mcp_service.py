@@ -64,7 +64,9 @@ class RealServiceTest(McpTest):
         opened = server.open_legacy("2025-06-18")
         self.assertEqual(opened["serverInfo"]["name"], "trevix")
         self.grade_and_iterate(server)
-        self.assert_clean_end(server)
+        news = {message.get("method") for message in server.rest()}
+        self.assertLessEqual(news, {"notifications/resources/list_changed"})
+        self.assertEqual(server.end(), (0, b""))
 
     def test_environment_of_home_and_path_alone(self):
         self.data.mkdir()

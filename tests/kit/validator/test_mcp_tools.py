@@ -249,7 +249,7 @@ class GradeTest(ToolsTest):
         self.assertEqual(facts["flaws"][1], {"severity": "LOW", "criterion": "Spacing",
                                              "detail": "a ,b", "evidence": "a ,b"})
         text = result["content"][0]["text"]
-        for word in ("- HIGH text.placeholder: Line 1 holds [Name].", "- LOW Spacing: a ,b",
+        for word in ("- HIGH text.placeholder text.txt:1:6: Line 1 holds [Name].", "- LOW Spacing text.txt: a ,b",
                      "run_id: r1", "report: http://127.0.0.1:1/console?run=r1"):
             self.assertIn(word, text)
 

@@ -1,4 +1,5 @@
-"""The command line: `brask grade FILE…` (or a folder), `brask dismiss`, `brask rules`, `brask report RUN`.
+"""The command line: `brask grade FILE…` (or a folder), `brask dismiss`, `brask rules`, `brask report RUN`,
+`brask plugin`.
 
 Exit codes: 0 everything clears, 1 something is held, 3 something could not be graded, which is what
 wrong usage is too. Never 2: coding tools take that for a block.
@@ -9,16 +10,20 @@ import os
 import re
 import shutil
 import signal
+import subprocess
 import sys
 import threading
 import webbrowser
-from typing import List, Optional
+from typing import Callable, List, Optional
 
-from . import (baseline, client, dismissals, file_types, folders, grading, parts, report,
+from . import (baseline, changed, client, dismissals, file_types, folders, grading, parts, report,
                settings as settings_module, standing)
 from .version import VERSION
 
 COULD_NOT = 3
+AT_ONCE = 4     # files on their way to the service; the hook sends as many
+SOON = 0.05     # seconds until a service of this machine is asked again; small texts take less
+MANY = 20       # files from which on each is named as its turn comes
 _EPILOG = """\
 exit codes: 0 clears, 1 held, 3 could not be graded
 
@@ -89,7 +94,9 @@ def _run(arguments: List[str]) -> int:
         return _dismiss(options)
     if options.command == "report":
         return _report(options)
-    raise _Usage("say what to do: grade, dismiss, rules or report\n" + parser.format_usage().rstrip())
+    if options.command == "plugin":
+        return _plugin(options)
+    raise _Usage("say what to do: grade, dismiss, rules, report or plugin\n" + parser.format_usage().rstrip())
 
 
 def _parser() -> _Parser:
@@ -99,7 +106,10 @@ def _parser() -> _Parser:
     commands = parser.add_subparsers(dest="command", metavar="COMMAND")
     grade = commands.add_parser("grade", help="grade files", epilog=_EPILOG, allow_abbrev=False,
                                 formatter_class=argparse.RawDescriptionHelpFormatter)
-    grade.add_argument("files", nargs="+", metavar="FILE", help="- is standard input; of a folder all files below it")
+    grade.add_argument("files", nargs="*", metavar="FILE",
+                       help="- is standard input; of a folder all files below it")
+    grade.add_argument("--since", metavar="REF",
+                       help="only files that changed since the commit REF, as git tells it")
     shape = grade.add_mutually_exclusive_group()
     shape.add_argument("--json", action="store_true", help="print the outcome as JSON")
     shape.add_argument("--sarif", action="store_true", help="print the outcome as SARIF 2.1.0")
@@ -128,6 +138,9 @@ def _parser() -> _Parser:
     opened = commands.add_parser("report", help="open the full report on a run in the browser",
                                  allow_abbrev=False)
     opened.add_argument("run", metavar="RUN", help="the run's id, as every report names it")
+    plugin = commands.add_parser("plugin", allow_abbrev=False,
+                                 help="make Claude Code's plugin, in place of hooks in its settings")
+    plugin.add_argument("--remove", action="store_true", help="take the plugin away again")
     return parser
 
 
@@ -142,7 +155,9 @@ def _seconds(text: str) -> float:
 
 
 def _grade(options) -> int:
-    missing = _expand_folders(options)
+    missing = _changed(options) if options.since is not None else _expand_folders(options)
+    if options.since is None and not options.files and not missing:
+        raise _Usage("grade needs a FILE, or --since REF\nusage: brask grade [--since REF] [FILE ...]")
     if options.iterate is not None:
         if not options.iterate or "/" in options.iterate:
             raise _Usage("--iterate needs the id of a run")
@@ -166,7 +181,25 @@ def _grade(options) -> int:
     if known is not None:
         outcomes = [baseline.applied(outcome, known) for outcome in outcomes]
     _print(_rendered(options, outcomes, settings), options.output)
-    return grading.worst(outcomes)
+    return grading.worst(outcomes) if outcomes else 0   # nothing changed, which is nothing held
+
+
+def _changed(options) -> List[grading.Outcome]:
+    """Puts the changed files in the place of what is named; none of them is missing."""
+    if "-" in options.files:
+        raise _Usage("--since tells changed files, and standard input is none")
+    if not options.since or options.since.startswith("-"):
+        raise _Usage("--since needs a commit")
+    try:
+        options.files = changed.since(options.since, options.files)
+    except changed.NotTold as error:
+        raise _Usage(report.clean(str(error))) from None
+    options.many = True
+    if not options.quiet:
+        _say("brask: {} changed since {}".format(
+            "{} files".format(len(options.files)) if len(options.files) != 1 else "1 file",
+            report.clean(options.since)))
+    return []
 
 
 def _expand_folders(options) -> List[grading.Outcome]:
@@ -182,7 +215,7 @@ def _expand_folders(options) -> List[grading.Outcome]:
         if not listing.files and not listing.left:
             missing.append(grading.not_graded(
                 name, "{}: nothing below it is of a kind that is graded".format(name)))
-    options.many = len(named) > len(options.files)
+    options.many = len(named) > len(options.files) or len(named) >= MANY
     options.files = named
     return missing
 
@@ -224,23 +257,52 @@ def _outcomes(options, settings, rules) -> List[grading.Outcome]:
     cancel = threading.Event()
     common = dict(vertical=options.vertical, intent=options.intent, policy=options.policy,
                   iterate=options.iterate, deadline=options.timeout, hard=True, cancel=cancel,
-                  progress=_progress(options))
+                  progress=_progress(options), first=SOON)
     previous = signal.getsignal(signal.SIGTERM)
     if threading.current_thread() is threading.main_thread():
         signal.signal(signal.SIGTERM, lambda *_: signal.default_int_handler(signal.SIGINT, None))
     try:
         if options.together:
             return [_grade_together(options, settings, rules, common)]
-        outcomes = []
-        for number, name in enumerate(options.files, 1):
+        def one(number: int) -> grading.Outcome:
+            name = options.files[number]
             if options.many and not options.quiet:
-                _say("brask: {} of {}, {}".format(number, len(options.files), report.clean(name)))
-            outcomes.append(_grade_one(name, options, settings, rules, common))
-        return outcomes
+                _say("brask: {} of {}, {}".format(number + 1, len(options.files),
+                                                  report.clean(name)))
+            return _grade_one(name, options, settings, rules, common)
+        return _at_once(len(options.files), one)
     finally:
         cancel.set()
         if threading.current_thread() is threading.main_thread():
             signal.signal(signal.SIGTERM, previous or signal.SIG_DFL)
+
+
+def _at_once(count: int, one: Callable[[int], grading.Outcome]) -> List[grading.Outcome]:
+    """The outcomes in the order of the files, AT_ONCE of which are on their way at any time, so that
+    the service never waits for us. What `one` raises is raised here."""
+    found: List[Optional[grading.Outcome]] = [None] * count
+    waiting, wrong = iter(range(count)), []
+    lock = threading.Lock()
+
+    def work() -> None:
+        while not wrong:
+            with lock:
+                number = next(waiting, None)
+            if number is None:
+                return
+            try:
+                found[number] = one(number)
+            except BaseException as error:  # for the thread that waits
+                wrong.append(error)
+
+    threads = [threading.Thread(target=work, daemon=True) for _ in range(min(count, AT_ONCE))]
+    for thread in threads:
+        thread.start()
+    for thread in threads:
+        thread.join()
+    if wrong:
+        raise wrong[0]
+    return [outcome for outcome in found if outcome is not None]
 
 
 def _grade_one(name: str, options, settings, rules, common) -> grading.Outcome:
@@ -319,6 +381,16 @@ def _report(options) -> int:
     if not webbrowser.open(address):
         _print("Open this soon, it may open once only: {}\n".format(address), None)
     return 0
+
+
+def _plugin(options) -> int:
+    """The installer's work: it knows what is there, and gives back what was."""
+    script = os.path.join(os.path.dirname(os.path.dirname(os.path.dirname(
+        os.path.realpath(__file__)))), "brask_install.py")
+    if not os.path.isfile(script):
+        return _say("brask: there is no {}; wire the tools again to restore it".format(script))
+    words = ["uninstall", "plugin"] if options.remove else ["plugin"]
+    return COULD_NOT if subprocess.call([sys.executable, "-I", script] + words + ["--global"]) else 0
 
 
 def _print(text: str, path: Optional[str]) -> None:

@@ -46,10 +46,13 @@ def grade(parts: Sequence[Any], modality: str, vertical: Optional[str] = None, i
           cancel: Optional[threading.Event] = None, *,
           settings: Optional[settings_module.Settings] = None,
           hard: bool = False, clock: Callable[[], float] = time.monotonic,
-          send: Callable = transport.send, patience: float = REQUEST_TIMEOUT) -> Verdict:
+          send: Callable = transport.send, patience: float = REQUEST_TIMEOUT,
+          first: Optional[float] = None) -> Verdict:
     """Grades the parts (each with a `json()`) as one submission. `hard` keeps single requests, and
     the last one that gives a job up, inside the deadline too, where a caller is itself being timed.
-    `patience` is how long the service may stay silent."""
+    `patience` is how long the service may stay silent. `first` is how many seconds after the
+    submission it is asked a second time; where that is sooner than usual, the pauses double until
+    they are the usual ones."""
     call = _Call(settings, cancel, progress, deadline, clock, send, hard, patience)
     body = {"submission": "async", "modality": modality,
             "user_prompt": first_characters(intent, LONGEST_INTENT),
@@ -67,7 +70,7 @@ def grade(parts: Sequence[Any], modality: str, vertical: Optional[str] = None, i
         return error._replace(status=call.refusal)
     try:
         call.tell("submitted")
-        verdict, over = _poll(call, job_id)
+        verdict, over = _poll(call, job_id, _FIRST_INTERVAL if first is None else first)
     except BaseException:
         call.give_up(job_id)
         raise
@@ -224,9 +227,9 @@ class _Call:
         return answer
 
 
-def _poll(call: _Call, job_id: str) -> Tuple[Verdict, bool]:
+def _poll(call: _Call, job_id: str, interval: float) -> Tuple[Verdict, bool]:
     """What became of the job, and whether it is over at the service."""
-    interval, warming = _FIRST_INTERVAL, False
+    warming = False
     while not call.is_over():
         if call.cancelled():
             return failure(CANCELLED), False
@@ -240,7 +243,9 @@ def _poll(call: _Call, job_id: str) -> Tuple[Verdict, bool]:
             warming = warming or obj(answer, "progress").get("warming") is True
             call.tell(_state(answer, status))
         call.wait(interval)
-        if answer is not None:
+        if interval < _FIRST_INTERVAL:
+            interval = min(2 * interval, _FIRST_INTERVAL)
+        elif answer is not None:
             interval = min(interval, _LAST_GROWING) + _GROWTH
     if call.cancelled():
         return failure(CANCELLED), False

@@ -90,9 +90,10 @@ def grade_file(path: str, settings: Settings, rules: standing.RuleSet,
 def grade(artifact: Artifact, settings: Settings, rules: standing.RuleSet, *,
           vertical: Optional[str] = None, intent: Optional[str] = None,
           policy: Optional[str] = None, iterate: Optional[str] = None,
-          deadline: float = client.DEADLINE, **options) -> Outcome:
+          deadline: float = client.DEADLINE, first: Optional[float] = None, **options) -> Outcome:
     """Screens the artifact and grades what may be sent; with `iterate`, the id of a run, as its
-    revision. `options` go to the client: progress, cancel, hard."""
+    revision. A service of this machine is asked again after `first` seconds. `options` go to the
+    client: progress, cancel, hard."""
     screened = standing.screen(rules, artifact)
     if screened.refused is not None or screened.artifact is None:
         return not_graded(artifact.name, screened.refused or "", artifact.modality,
@@ -111,6 +112,8 @@ def grade(artifact: Artifact, settings: Settings, rules: standing.RuleSet, *,
         verdict = client.iterate(iterate, sent.parts, words, settings=settings,
                                  deadline=deadline, **options)
     else:
+        if first is not None and transport.is_of_this_machine(settings.base):
+            options["first"] = first
         verdict = client.grade(sent.parts, sent.modality, vertical, words,
                                policy or settings.policy_id, deadline, settings=settings,
                                **options)

@@ -1,8 +1,9 @@
 """A coding tool's events: which files changed, and what is the verdict on them?
 
-PostToolUse: the changed file is remembered, and looked through for secrets here and at once;
-nothing is sent. Stop: everything that changed since it was last graded is sent in one submission
-per kind of work, and a verdict that does not clear goes back to the agent with its flaws, as facts.
+After an edit the changed file is remembered, and looked through for secrets here and at once;
+nothing is sent. At the end of a turn everything that changed since it was last graded is sent in
+one submission per kind of work, and a verdict that does not clear goes back to the agent with its
+flaws, as facts. What the tools send and want to hear is for `harness` to know.
 
 The same content is reported once. When the coding tool is already going on because of a Stop hook,
 nothing blocks it again; the user reads the verdict. A service that is down, slow or does not know
@@ -15,58 +16,42 @@ Imports are where they are needed: this runs on every edit.
 import json
 import os
 
-from . import LONGEST_ANSWER, reachability
+from . import LONGEST_ANSWER, harness, reachability
 from .state import State
 
-TOOLS = ("Write", "Edit", "MultiEdit", "NotebookEdit")
 LARGEST_LOOKED_THROUGH = 1024 * 1024
 _SILENCE = b""
 
 
-def answer(event, folder):
-    """The bytes to write for one event: a JSON object, or nothing. May raise; the front door turns
-    that into silence."""
+def answer(event, folder, tool="claude"):
+    """The bytes to write for one event of a coding tool, usually none. May raise; the front door
+    turns that into silence."""
     payload = _parse(event)
-    if payload is None or "cursor_version" in payload:
+    happened = harness.event_of(tool, payload) if payload is not None else None
+    if happened is None:
         return _SILENCE
-    name = payload.get("hook_event_name")
-    state = State(folder, payload.get("session_id"))
-    if name == "PostToolUse":
-        said = after_tool(payload, state)
-    elif name == "Stop":
-        said = at_stop(payload, state)
-    else:
-        said = None
-    return json.dumps(said).encode("ascii") if said else _SILENCE
+    state = State(folder, happened.session)
+    if not happened.ends_turn:
+        facts = after_edit(happened, state)
+        return json.dumps(harness.told_after_edit(tool, facts)).encode("ascii") if facts \
+            else _SILENCE
+    said = at_stop(happened, state)
+    return harness.told_at_end(tool, said) if said else _SILENCE
 
 
-def after_tool(payload, state):
-    """Remembers the changed file. An answer only when it holds a secret not yet told."""
-    path = changed_path(payload)
-    if path is None or not _is_readable(path, payload):
-        return None
-    state.record(path)
-    facts = _secret_facts(path, payload, state)
-    if not facts:
-        return None
-    return {"hookSpecificOutput": {"hookEventName": "PostToolUse",
-                                   "additionalContext": "\n".join(facts)[:LONGEST_ANSWER]}}
+def after_edit(event, state):
+    """Remembers the changed files. Facts for the agent only when one holds a secret not yet told."""
+    facts = []
+    for path in event.paths:
+        if not _is_readable(path, event.folder):
+            continue
+        state.record(path)
+        if event.is_heard:
+            facts += _secret_facts(path, event.folder, state)
+    return "\n".join(facts)[:LONGEST_ANSWER]
 
 
-def changed_path(payload):
-    """The absolute path of the file that the tool changed; None for any other tool."""
-    if payload.get("tool_name") not in TOOLS:
-        return None
-    for place, key in (("tool_input", "file_path"), ("tool_input", "notebook_path"),
-                       ("tool_response", "filePath")):
-        holder = payload.get(place)
-        path = holder.get(key) if isinstance(holder, dict) else None
-        if isinstance(path, str) and path and "\0" not in path:
-            return os.path.normpath(os.path.join(_project(payload), path))
-    return None
-
-
-def at_stop(payload, state):
+def at_stop(event, state):
     """Grades what changed. An answer when something is held, or when the user should know why
     nothing was graded."""
     if state.is_down():
@@ -82,10 +67,9 @@ def at_stop(payload, state):
         return None
     from . import stop
     from . import places
-    allowed = places.Allowed.around(_project(payload), settings.read, os.environ)
+    allowed = places.Allowed.around(event.folder, settings.read, os.environ)
     paths = [path for path in paths if allowed.holds(path)]
-    said = stop.grade_changes(paths, _project(payload), settings, state,
-                              payload.get("stop_hook_active") is True)
+    said = stop.grade_changes(paths, event.folder, settings, state, event.going_on)
     state.clean()
     return said
 
@@ -99,21 +83,15 @@ def _parse(event):
     return payload if isinstance(payload, dict) else None
 
 
-def _project(payload):
-    """The folder that names are shown relative to."""
-    cwd = payload.get("cwd")
-    return cwd if isinstance(cwd, str) and os.path.isabs(cwd) else os.getcwd()
-
-
-def _is_readable(path, payload):
+def _is_readable(path, project):
     """Whether the file lies in the project, or where the user lets the validator read."""
     from . import places
     from . import settings as settings_module
     allowed = settings_module.load().read
-    return places.Allowed.around(_project(payload), allowed, os.environ).holds(path)
+    return places.Allowed.around(project, allowed, os.environ).holds(path)
 
 
-def _secret_facts(path, payload, state):
+def _secret_facts(path, project, state):
     """Sentences about secrets in the file that have not been told before."""
     from . import file_types, parts, secret_shapes, standing
     kind = file_types.of_name(path, source=True)
@@ -131,7 +109,7 @@ def _secret_facts(path, payload, state):
         return []
     from . import report
     memory = state.load()
-    shown = report.clean(parts.shown_name(path, _project(payload)))
+    shown = report.clean(parts.shown_name(path, project))
     facts = []
     for secret, (line, _) in zip(found, secret_shapes.places(text, found)):
         import hashlib

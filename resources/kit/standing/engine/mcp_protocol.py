@@ -22,6 +22,7 @@ INVALID_REQUEST = -32600
 METHOD_NOT_FOUND = -32601
 INVALID_PARAMS = -32602
 INTERNAL_ERROR = -32603
+RESOURCE_NOT_FOUND = -32002     # in the legacy era; INVALID_PARAMS in the modern one
 UNSUPPORTED_VERSION = -32022
 
 LONGEST_LINE = 16 * 1024 * 1024  # bytes
@@ -72,10 +73,29 @@ class Call(NamedTuple):
     modern: bool
 
 
-class Listen(NamedTuple):
-    """Send `acknowledgement` and keep the subscription until it is cancelled or all ends."""
+class Read(NamedTuple):
+    """Read this resource and send `Session.finished` with its result, or `Session.unknown`."""
 
     id: RequestId
+    uri: str
+    modern: bool
+    progress_token: Optional[RequestId] = None
+    tool: str = "resources/read"
+
+
+class Resources(NamedTuple):
+    """List the resources that there are now, and send `Session.listed`."""
+
+    id: RequestId
+    modern: bool
+
+
+class Listen(NamedTuple):
+    """Send `acknowledgement` and keep the subscription until it is cancelled or all ends. With
+    `resources`, `Session.changed` is sent whenever there are other resources than before."""
+
+    id: RequestId
+    resources: bool = False
 
 
 class Cancel(NamedTuple):
@@ -188,8 +208,10 @@ class Session:
     """One client on the other end of the streams. Used by one thread, but for `finished`."""
 
     def __init__(self, identity: Dict[str, str], instructions: str,
-                 tools: Sequence[Dict[str, Any]]):
-        """`identity` has "name" and "version"; `tools` are the definitions, in their order."""
+                 tools: Sequence[Dict[str, Any]], templates: Sequence[Dict[str, Any]] = ()):
+        """`identity` has "name" and "version"; `tools` are the definitions, in their order, and
+        `templates` those of resources; there are no resources without one."""
+        self._templates = list(templates)
         self._identity = identity
         self._instructions = instructions
         self._tools = list(tools)
@@ -211,13 +233,51 @@ class Session:
             return self._batch(value)
         return self._message(value)
 
-    def finished(self, call: Call, result: Dict[str, Any]) -> Message:
-        """The reply to a call whose tool gave `result` ("content", "isError", ...)."""
-        return result_reply(call.id, self._complete(result) if call.modern else result)
+    def finished(self, call: Union[Call, Read], result: Dict[str, Any]) -> Message:
+        """The reply to a call whose tool gave `result` ("content", "isError", ...), or to a reading
+        that gave "contents"."""
+        if not call.modern:
+            return result_reply(call.id, result)
+        if isinstance(call, Read):
+            result = dict(result, ttlMs=0, cacheScope="private")
+        return result_reply(call.id, self._complete(result))
+
+    def listed(self, asked: Resources, resources: Sequence[Dict[str, Any]]) -> Message:
+        """The reply to a request for the list of resources, which changes with every verdict."""
+        answer: Dict[str, Any] = {"resources": list(resources)}
+        if asked.modern:
+            answer = self._complete(dict(answer, ttlMs=0, cacheScope="private"))
+        return result_reply(asked.id, answer)
+
+    @staticmethod
+    def unknown(asked: Read) -> Message:
+        """The reply to a request for a resource that is not there."""
+        code = INVALID_PARAMS if asked.modern else RESOURCE_NOT_FOUND
+        return error_reply(asked.id, Rejection(code, "Resource not found", {"uri": asked.uri}))
+
+    def wants_changes(self) -> bool:
+        """Whether the client, by what it agreed to, is told of other resources unasked."""
+        return self._agreed is not None and bool(self._templates)
+
+    @staticmethod
+    def changed(listen: Optional[Listen] = None) -> Message:
+        """There are other resources than before; said within a subscription, if there is one."""
+        message: Message = {"jsonrpc": "2.0",
+                            "method": "notifications/resources/list_changed"}
+        if listen is not None:
+            message["params"] = {"_meta": {_SUBSCRIPTION: listen.id}}
+        return message
+
+    def _capabilities(self) -> Dict[str, Any]:
+        found: Dict[str, Any] = {"tools": {}}
+        if self._templates:
+            found["resources"] = {"listChanged": True}
+        return found
 
     def acknowledgement(self, listen: Listen) -> Message:
-        """What a subscriber hears first: nothing that it could subscribe to changes here."""
-        params = {"_meta": {_SUBSCRIPTION: listen.id}, "notifications": {}}
+        """What a subscriber hears first: what of all it asked for it will be told."""
+        told = {"resourcesListChanged": True} if listen.resources else {}
+        params = {"_meta": {_SUBSCRIPTION: listen.id}, "notifications": told}
         method = "notifications/subscriptions/acknowledged"
         return {"jsonrpc": "2.0", "method": method, "params": params}
 
@@ -291,7 +351,9 @@ class Session:
         modern = any(key in meta for key in (_VERSION, _CAPABILITIES, _CLIENT))
         if modern:
             _check_modern(meta)
-        if method not in (_MODERN_METHODS if modern else _METHODS):
+        known = (_MODERN_METHODS if modern else _METHODS) | \
+            (_RESOURCE_METHODS if self._templates else frozenset())
+        if method not in known:
             raise Rejection(METHOD_NOT_FOUND, "Method not found: " + method[:100])
         if not modern and (method in _MODERN_ONLY or not self._may_go_bare(method)):
             raise Rejection(INVALID_PARAMS, "Invalid params: params._meta lacks %s; a client of %s "
@@ -301,8 +363,18 @@ class Session:
         if method == "subscriptions/listen":
             if not isinstance(params.get("notifications"), dict):
                 raise Rejection(INVALID_PARAMS, "Invalid params: notifications must be an object")
-            return Listen(request_id)
-        answer = {"ping": dict, "tools/list": lambda: self._list(params, modern),
+            wanted = params["notifications"].get("resourcesListChanged") is True
+            return Listen(request_id, wanted and bool(self._templates))
+        if method == "resources/read":
+            if not isinstance(params.get("uri"), str):
+                raise Rejection(INVALID_PARAMS, "Invalid params: uri must be a string")
+            return Read(request_id, params["uri"], modern)
+        if method == "resources/list":
+            _check_cursor(params)
+            return Resources(request_id, modern)
+        answer = {"ping": dict, "tools/list": lambda: self._list("tools", self._tools, params, modern),
+                  "resources/templates/list": lambda: self._list(
+                      "resourceTemplates", self._templates, params, modern),
                   "server/discover": self._discover}[method]()
         return Reply(result_reply(request_id, self._complete(answer) if modern else answer))
 
@@ -315,17 +387,18 @@ class Session:
         if not isinstance(version, str):
             raise Rejection(INVALID_PARAMS, "Invalid params: protocolVersion must be a string")
         self._agreed = version if version in LEGACY_VERSIONS else LEGACY_VERSIONS[-1]
-        return {"protocolVersion": self._agreed, "capabilities": {"tools": {}},
+        return {"protocolVersion": self._agreed, "capabilities": self._capabilities(),
                 "serverInfo": self._identity, "instructions": self._instructions}
 
     def _discover(self) -> Dict[str, Any]:
-        return {"supportedVersions": list(MODERN_VERSIONS), "capabilities": {"tools": {}},
+        return {"supportedVersions": list(MODERN_VERSIONS), "capabilities": self._capabilities(),
                 "instructions": self._instructions, "ttlMs": _FRESH_MS, "cacheScope": "public"}
 
-    def _list(self, params: Dict[str, Any], modern: bool) -> Dict[str, Any]:
-        if params.get("cursor") is not None:
-            raise Rejection(INVALID_PARAMS, "Invalid params: no such cursor; the list has one page")
-        answer: Dict[str, Any] = {"tools": self._tools}
+    @staticmethod
+    def _list(name: str, items: List[Dict[str, Any]], params: Dict[str, Any],
+              modern: bool) -> Dict[str, Any]:
+        _check_cursor(params)
+        answer: Dict[str, Any] = {name: items}
         if modern:
             answer.update(ttlMs=_FRESH_MS, cacheScope="public")
         return answer
@@ -351,6 +424,12 @@ class Session:
 _MODERN_ONLY = frozenset(["server/discover", "subscriptions/listen"])
 _MODERN_METHODS = _MODERN_ONLY | {"tools/list", "tools/call"}
 _METHODS = _MODERN_METHODS | {"ping"}
+_RESOURCE_METHODS = frozenset(["resources/list", "resources/read", "resources/templates/list"])
+
+
+def _check_cursor(params: Dict[str, Any]) -> None:
+    if params.get("cursor") is not None:
+        raise Rejection(INVALID_PARAMS, "Invalid params: no such cursor; the list has one page")
 
 
 def _check_modern(meta: Dict[str, Any]) -> None:

@@ -306,13 +306,15 @@ class Server:
     def __init__(self, tools, chunks, sink):
         self._tools = tools
         self._chunks = chunks
-        self._session = protocol.Session(tools.identity, tools.instructions, tools.definitions)
+        self._session = protocol.Session(tools.identity, tools.instructions, tools.definitions,
+                                         getattr(tools, "templates", ()))
         self._events = queue.Queue(2)  # a client that is faster than we are has to wait
         self._over = threading.Event()
         self._outlet = Outlet(sink, self._stop)
         self._calls = Calls(self._run_tool)
         self._subscriptions = {}
         self._perform = {protocol.Reply: self._reply, protocol.Call: self._call,
+                         protocol.Read: self._call, protocol.Resources: self._resources,
                          protocol.Cancel: self._cancel, protocol.Listen: self._listen,
                          protocol.Batch: self._batch}
 
@@ -367,6 +369,17 @@ class Server:
                                        "again when one of them has ended.")
             replies.reply(self._session.finished(call, busy))
 
+    def _resources(self, asked, replies):
+        replies.reply(self._session.listed(asked, self._tools.resources()))
+
+    def _tell_of_resources(self):
+        """Tells everybody who wants to know that there are other resources than before."""
+        if self._session.wants_changes():
+            self._outlet.send(self._session.changed())
+        for listen in list(self._subscriptions.values()):
+            if listen.resources:
+                self._outlet.send(self._session.changed(listen))
+
     def _listen(self, listen, replies):
         if self._is_taken(listen.id, replies):
             return
@@ -391,6 +404,10 @@ class Server:
 
     def _run_tool(self, running):
         call = running.call
+        if isinstance(call, protocol.Read):
+            running.finish(self._read_resource(call, running.cancelled))
+            return
+        before = self._known_resources()
         try:
             result = self._tools.run(call.tool, call.arguments, running.report, running.cancelled)
             message = self._session.finished(call, result)
@@ -399,3 +416,21 @@ class Server:
             message = protocol.error_reply(
                 call.id, protocol.Rejection(protocol.INTERNAL_ERROR, problem))
         running.finish(message)
+        if self._known_resources() != before:
+            self._tell_of_resources()
+
+    def _known_resources(self):
+        """How often there were other resources; None of tools that have none."""
+        return getattr(self._tools, "resource_changes", None)
+
+    def _read_resource(self, asked, cancelled):
+        """The reply to a reading, which may ask the service."""
+        try:
+            contents = self._tools.read(asked.uri, cancelled)
+            if contents is None:
+                return self._session.unknown(asked)
+            return self._session.finished(asked, {"contents": contents})
+        except BaseException as error:  # no text of it, as above
+            problem = "Internal error: %s in %s" % (type(error).__name__, asked.tool)
+            return protocol.error_reply(
+                asked.id, protocol.Rejection(protocol.INTERNAL_ERROR, problem))

@@ -8,10 +8,12 @@ about (a wrong argument, a file that stays here, no key, no service, no time) is
 Texts are facts for the agent to weigh. They may quote the work, so they are made harmless first.
 """
 
+import json
 import os
 import re
+import threading
 
-from . import client, file_types, grading, parts, places, report
+from . import LONGEST_ANSWER, client, feedback, file_types, grading, parts, places, report
 from . import settings as settings_module
 from . import standing
 from .version import VERSION
@@ -19,6 +21,7 @@ from .version import VERSION
 #: Seconds for one grade: inside the 300 that Codex waits for a tool, so that the answer tells why.
 DEADLINE = 270.0
 MOST_FLAWS = 100
+MOST_RUNS = 50      # reports of one session that are listed
 LONGEST_TEXT = 2000  # characters of one string that came from the service
 SEVERITIES = ("CRITICAL", "HIGH", "MEDIUM", "LOW")
 _RUN_ID = re.compile(r"[A-Za-z0-9_-][A-Za-z0-9._~-]{0,199}")
@@ -204,6 +207,14 @@ class Tools:
         "what work here is held to. A verdict whose clears is true has met the user's bar.")
     definitions = DEFINITIONS
 
+    templates = [
+        {"uriTemplate": "trevix://rules/{modality}", "name": "rules", "title": "Standing rules",
+         "description": "The standing rules that work of one kind is held to.",
+         "mimeType": "text/markdown"},
+        {"uriTemplate": "trevix://runs/{run_id}", "name": "report", "title": "Report of a run",
+         "description": "The verdict of a run as it stands, by the run_id of grade.",
+         "mimeType": "application/json"}]
+
     def __init__(self, load_settings=settings_module.load, load_rules=standing.load,
                  deadline=DEADLINE, environ=os.environ, **options):
         """`environ` tells what the project is; `options` go to the client with every call: `send`,
@@ -213,6 +224,10 @@ class Tools:
         self._load_rules = load_rules
         self._deadline = deadline
         self._options = options
+        self._reading = {key: options[key] for key in ("send", "clock") if key in options}
+        self._runs = {}     # of this session: run id -> the verdict's facts, the newest last
+        self._runs_lock = threading.Lock()
+        self.resource_changes = 0   # grows whenever `resources` tells something else
         self._work = {"grade": self._grade, "iterate": self._iterate, "rules": self._rules,
                       "status": self._status}
 
@@ -259,7 +274,66 @@ class Tools:
         problems = tuple(settings.problems) + tuple(rules.problems)
         if outcome.state == grading.NOT_GRADED:
             return self.failure(_why_not(outcome, settings, problems))
-        return _verdict(outcome, settings, problems)
+        result = _verdict(outcome, settings, problems)
+        self._remember(result["structuredContent"])
+        return result
+
+    def _remember(self, facts):
+        run = facts.get("run_id")
+        if run is None or not _RUN_ID.fullmatch(run):
+            return
+        with self._runs_lock:
+            self._runs.pop(run, None)
+            self._runs[run] = facts
+            while len(self._runs) > MOST_RUNS:
+                del self._runs[next(iter(self._runs))]
+            self.resource_changes += 1
+
+    def resources(self):
+        """What can be read: the standing rules, and the reports of what this client had graded."""
+        found = [{"uri": "trevix://rules", "name": "rules", "title": "Standing rules",
+                  "mimeType": "text/markdown"}]
+        found += [{"uri": "trevix://rules/" + modality, "name": "rules-" + modality,
+                   "title": "Standing rules for " + modality, "mimeType": "text/markdown"}
+                  for modality in self._load_rules().modalities()]
+        with self._runs_lock:
+            runs = list(self._runs.items())
+        return found + [{"uri": "trevix://runs/" + run, "name": "report-" + run,
+                         "title": "Report on %s: %s" % (facts["name"], facts["band"]),
+                         "mimeType": "application/json"} for run, facts in reversed(runs)]
+
+    def read(self, uri, cancelled):
+        """The contents of a resource; None when there is no such one."""
+        if uri == "trevix://rules" or uri.startswith("trevix://rules/"):
+            modality = uri[len("trevix://rules/"):] or None
+            rules = self._load_rules()
+            if modality is not None and modality not in file_types.MODALITIES:
+                return None
+            text = rules.text(modality)
+            return [{"uri": uri, "mimeType": "text/markdown", "text": text}] if text else None
+        run = uri[len("trevix://runs/"):] if uri.startswith("trevix://runs/") else ""
+        if not _RUN_ID.fullmatch(run):
+            return None
+        with self._runs_lock:
+            facts = self._runs.get(run)
+        if facts is None:
+            facts = self._asked_for(run)
+        if facts is None:
+            return None
+        return [{"uri": uri, "mimeType": "application/json",
+                 "text": json.dumps(facts, ensure_ascii=False, indent=2)}]
+
+    def _asked_for(self, run):
+        """The verdict on a run of another day, from the service; None when it does not tell."""
+        settings = self._load_settings()
+        if not settings.key:
+            return None
+        verdict = client.verdict_of(run, settings=settings, **self._reading)
+        if verdict.error is not None:
+            return None
+        return {"run_id": run, "band": verdict.band,
+                "flaws": [{key: _harmless(value) for key, value in flaw.to_json().items()}
+                          for flaw in _most_severe(verdict.flaws)]}
 
     def _rules(self, arguments, _progress, _cancelled):
         rules = self._load_rules()
@@ -367,11 +441,7 @@ def _told(outcome, facts):
     lines = [report.facts(outcome, 0)[0]]
     if outcome.reason is not None:
         lines[0] += ": " + report.clean(outcome.reason)
-    for flaw in facts["flaws"]:
-        lines.append("- %s %s: %s" % (flaw["severity"] or "FLAW",
-                                      flaw.get("rule") or flaw["criterion"], flaw["detail"]))
-    if facts["flaws_left_out"]:
-        lines.append("- and %d more, none of them more severe" % facts["flaws_left_out"])
+    lines += feedback.lines(feedback.located(outcome), LONGEST_ANSWER - 2000)
     lines += report.dismissed(outcome) + report.coverage(outcome)
     lines += ["note: " + note for note in facts["notes"]]
     lines += ["%s: %s" % (key, facts[key]) for key in ("run_id", "report") if key in facts]

@@ -117,8 +117,8 @@ class State:
             return
 
     def load(self):
-        """The session's memory: an object with "graded" (path -> digest) and, as lists,
-        "reported", "told" and "tried"."""
+        """The session's memory: an object with "graded" (path -> digest), "open" (name of a file ->
+        its flaws as they were told) and, as lists, "reported", "told" and "tried"."""
         try:
             found = json.loads(self._read(self._session, LONGEST_SESSION).decode("utf-8") or "{}")
         except (ValueError, RecursionError):
@@ -128,13 +128,15 @@ class State:
         graded = found.get("graded")
         return {"graded": graded if isinstance(graded, dict) else {},
                 "reported": _strings(found.get("reported")), "told": _strings(found.get("told")),
-                "tried": _strings(found.get("tried"))}
+                "tried": _strings(found.get("tried")),
+                "open": {name: _strings(marks) for name, marks in found["open"].items()}
+                if isinstance(found.get("open"), dict) else {}}
 
     def save(self, memory):
         """Keeps the newest entries of each kind."""
         kept = {"graded": dict(list(memory["graded"].items())[-1000:]),
                 "reported": memory["reported"][-MOST_MARKS:], "told": memory["told"][-MOST_MARKS:],
-                "tried": memory["tried"][-50:]}
+                "tried": memory["tried"][-50:], "open": dict(list(memory["open"].items())[-100:])}
         data = json.dumps(kept).encode("ascii")
         try:
             make_folder(self._root)

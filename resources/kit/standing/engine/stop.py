@@ -9,7 +9,7 @@ import os
 import threading
 import time
 
-from . import LONGEST_ANSWER, file_types, grading, parts, report, standing
+from . import LONGEST_ANSWER, feedback, file_types, grading, parts, report, standing
 from .reachability import DOWN_SECONDS, SLOW_SECONDS
 from .settings import report_page
 
@@ -17,6 +17,7 @@ MOST_FILES = 40
 MOST_SUBMISSIONS = 4
 MOST_TRIES = 3
 PATIENCE = 10.0         # seconds for which the service may stay silent, where somebody waits
+MOST_OPEN = 50          # flaws of a file that are remembered, to tell which were fixed
 LONGEST_FACT = 1000     # characters of one line for the user
 _INTENT = "Validate the files that a coding agent changed before they ship."
 
@@ -54,6 +55,7 @@ def grade_changes(paths, project, settings, state, going_on):
         if _is_over(group, memory):
             memory["graded"].update(group.hashes)
     beyond = _beyond(groups, memory)
+    fixed = _settled(groups, memory)
     held = [g for g in groups if g.outcome.state == grading.HELD]
     fresh = [g for g in held if g.digest() not in memory["reported"]]
     memory["reported"] += [g.digest() for g in fresh]
@@ -65,7 +67,7 @@ def grade_changes(paths, project, settings, state, going_on):
         state.note_up()
     else:
         state.note_down(DOWN_SECONDS[trouble])
-    said = _answer(groups, held, fresh, going_on, trouble, left, settings)
+    said = _answer(groups, held, fresh, going_on, trouble, left, settings, fixed)
     return _with_lines(said, beyond + ["standing rules: " + report.clean(p) for p in broken])
 
 
@@ -188,9 +190,9 @@ def _is_unreadable(outcome):
         and outcome.verdict.band != "unknown"
 
 
-def _answer(groups, held, fresh, going_on, trouble, left, settings):
+def _answer(groups, held, fresh, going_on, trouble, left, settings, fixed):
     if fresh and not going_on:
-        return {"decision": "block", "reason": _facts(fresh, left, settings)}
+        return {"decision": "block", "reason": _facts(fresh, left, settings, fixed)}
     lines = []
     if held:
         lines = [report.facts(g.outcome, 0)[0] for g in held]
@@ -199,6 +201,7 @@ def _answer(groups, held, fresh, going_on, trouble, left, settings):
                  if g.outcome.state == grading.CLEARS]
     elif trouble in ("refused", "slow"):
         lines = [report.clean(g.outcome.reason) for g in groups if g.outcome.reason][:1]
+    lines += feedback.told_settled(fixed)
     return {"systemMessage": "Kelvane: " + "; ".join(lines)[:1000]} if lines else None
 
 
@@ -213,17 +216,37 @@ def _with_lines(said, lines):
     return said
 
 
-def _facts(groups, left, settings):
+def _facts(groups, left, settings, fixed):
     """What an agent needs to know, without telling it what to do."""
     lines = ["Kelvane graded the files changed in this turn. This work does not clear yet:"]
     for group in groups:
-        lines += [""] + report.facts(group.outcome)
-        lines += ["  note: " + report.clean(note) for note in group.outcome.notes]
+        lines.append(report.facts(group.outcome, 0)[0])
+        lines += ["  note: " + report.clean(note)[:LONGEST_FACT] for note in group.outcome.notes[:5]]
         run_id = group.outcome.verdict.run_id
         page = report_page(settings.base, report.clean(run_id)) if run_id else None
         if page:
             lines.append("  report: " + page)
+    more = feedback.told_settled(fixed)
     if left:
-        lines += ["", "{} more changed files were not graded.".format(left)]
-    text = "\n".join(lines)
-    return text if len(text) <= LONGEST_ANSWER else text[:LONGEST_ANSWER] + "…"
+        more.append("{} more changed files were not graded.".format(left))
+    around = "\n".join(lines + more)[:LONGEST_ANSWER // 2]
+    flaws = [one for group in groups for one in feedback.located(group.outcome)]
+    said = feedback.lines(flaws, LONGEST_ANSWER - len(around) - 2)
+    return "\n".join(lines + said + more)[:LONGEST_ANSWER]
+
+
+def _settled(groups, memory):
+    """What of the flaws that were told is fixed; what is open now is remembered."""
+    fixed = {}
+    for group in groups:
+        if group.outcome.state not in (grading.HELD, grading.CLEARS):
+            continue
+        now = feedback.located(group.outcome)
+        files = [report.clean(artifact.name) for artifact in group.artifacts]
+        fixed.update(feedback.settled(memory["open"], files, now))
+        for name in files:
+            memory["open"].pop(name, None)
+            left = [feedback.mark(one) for one in now if one.place.file == name]
+            if left:
+                memory["open"][name] = left[:MOST_OPEN]
+    return fixed

@@ -1,0 +1,72 @@
+#include "harness/wiring_truth.h"
+
+#include "platform/fake/fakes.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace kelvane {
+namespace {
+
+using std::chrono::seconds;
+
+TEST(WiringTruths, AreReadFromWhatTheInstallerTells) {
+    const WiringTruths wanted = {{"claude_code", {WiringState::Repair, true}},
+                                 {"codex", {WiringState::Untrusted, false}},
+                                 {"openclaw", {WiringState::NotOurs, false}},
+                                 {"cursor", {WiringState::Edited, false}}};
+    EXPECT_EQ(wiringTruths(R"({"validator": {}, "tools": [
+        {"tool": "claude", "state": "repair", "version": "2.1.329"},
+        {"tool": "codex", "state": "untrusted", "version": null},
+        {"tool": "openclaw", "state": "absent", "version": 7},
+        {"tool": "cursor", "state": "edited"},
+        {"tool": "zed", "state": "wired"}]})"),
+              wanted);
+}
+
+TEST(WiringTruths, AreToldBehindWhatAProfilePrints) {
+    EXPECT_EQ(
+        wiringTruths("Welcome!\n{\"tools\": [{\"tool\": \"codex\", \"state\": \"wired\"}]}\n"),
+        (WiringTruths{{"codex", {WiringState::Wired, false}}}));
+}
+
+TEST(WiringTruths, OfAnythingElseAreNone) {
+    for (const std::string told :
+         {"", "{", "[]", "null", "{\"tools\": {}}", "{\"tools\": [1, {\"tool\": []}]}",
+          "{\"tools\": [{\"tool\": \"codex\", \"state\": \"dancing\"}]}", "no such file"}) {
+        EXPECT_EQ(wiringTruths(told), WiringTruths()) << told;
+    }
+}
+
+TEST(WiringQuestion, IsALoginShellThatRunsTheInstallerWithinALimit) {
+    const auto question = wiringQuestion("/home/o'hara/.brask");
+    EXPECT_EQ(question.program, "/bin/sh");
+    ASSERT_EQ(question.arguments.size(), 2U);
+    EXPECT_EQ(question.arguments[0], "-lc");
+    EXPECT_NE(question.arguments[1].find("brask_install.py"), std::string::npos);
+    EXPECT_NE(question.arguments[1].find("status --json"), std::string::npos);
+    EXPECT_EQ(question.timeLimit, seconds(20));
+}
+
+TEST(WiringMark, ChangesWithEveryFileThatCounts) {
+    FakePlatform fake;
+    const auto mark = [&] { return wiringMark(fake.files, "/home/ada"); };
+    std::size_t before = mark();
+    EXPECT_EQ(mark(), before);
+    for (const std::string name :
+         {".claude/settings.json", ".codex/config.toml", ".codex/hooks.json", ".cursor/hooks.json",
+          ".openclaw/openclaw.json", ".brask/installed.json"}) {
+        fake.files.files["/home/ada/" + name] = "";
+        EXPECT_NE(mark(), before) << name;
+        before = mark();
+        fake.files.files["/home/ada/" + name] = "x";
+        EXPECT_NE(mark(), before) << name;
+        before = mark();
+    }
+    fake.files.files["/home/ada/.claude/other.json"] = "x";
+    EXPECT_EQ(mark(), before);
+}
+
+} // namespace
+} // namespace kelvane
