@@ -107,8 +107,8 @@ private:
     const WaylandClipboardParts m_parts;
     const std::shared_ptr<LateCopy> m_late = std::make_shared<LateCopy>();
     std::mutex m_mutex; ///< Serialises the calls; guards everything below.
-    /// Added to the selections' count. It moves when PRIMARY stands in for a change, and when
-    /// changes turn out to have nothing to do with a copy.
+    /// Added to the selections' count. It moves with changes of our own, when PRIMARY stands in for
+    /// a change, and when changes turn out to have nothing to do with a copy.
     std::int64_t m_shift = 0;
     ClipboardMemory m_memory;
     std::optional<Copy> m_copy;
@@ -179,6 +179,7 @@ CopyFacts Clipboard::facts() const {
 std::int64_t Clipboard::changeCount() {
     const std::lock_guard lock(m_mutex);
     if (m_copy && !m_copy->decided) return decideCopy();
+    (void)m_parts.link->answers(); // What happened before the question is counted.
     return count();
 }
 
@@ -244,6 +245,7 @@ std::optional<std::string> Clipboard::string() {
 
 void Clipboard::offer(Content content) {
     m_isEmptiedByUs = false;
+    ++m_shift; // Of the selections' changes ours are none.
     m_parts.link->run([selections = m_parts.selections, content = std::move(content)] {
         selections->offer(content);
     });

@@ -8,6 +8,7 @@
 #include "platform/linux/wayland/wayland_keys.h"
 #include "platform/linux/wayland/wayland_selections.h"
 #include "tests/platform/linux/common/png_pixels.h"
+#include "tests/platform/linux/wayland/proven_table.h"
 #include "tests/platform/linux/wayland/wayland_desktop.h"
 
 #include <gmock/gmock.h>
@@ -139,7 +140,10 @@ Stage* stageOf(Compositor compositor, bool end = false) {
 }
 
 class Stages : public testing::Environment {
-    void TearDown() override { (void)stageOf({}, true); }
+    void TearDown() override {
+        (void)stageOf({}, true);
+        compareProvenTable();
+    }
 };
 const auto* const kStages = testing::AddGlobalTestEnvironment(new Stages);
 
