@@ -28,31 +28,38 @@ namespace {
 
 using namespace std::chrono_literals;
 
-/// One sway for all the promises.
-class Sway : public testing::Environment {
+/// One desktop of each compositor for all the promises.
+class Desktops : public testing::Environment {
 public:
-    static WaylandDesktop& desktop() {
-        if (!s_desktop) {
-            s_desktop = std::make_unique<WaylandDesktop>();
-            // In the middle and of their own size, rather than tiled.
-            s_desktop->outputOf({"swaymsg", "for_window [app_id=\".*\"] floating enable"});
+    static WaylandDesktop& of(Compositor compositor) {
+        auto& desktop = s_desktops[compositor];
+        if (!desktop) {
+            desktop = std::make_unique<WaylandDesktop>(WaylandOptions{.compositor = compositor});
+            // On sway in the middle and of their own size, rather than tiled; elsewhere they are.
+            desktop->outputOf({"swaymsg", "for_window [app_id=\".*\"] floating enable"});
         }
-        return *s_desktop;
+        return *desktop;
     }
-    void TearDown() override { s_desktop.reset(); }
+    void TearDown() override { s_desktops.clear(); }
 
 private:
-    inline static std::unique_ptr<WaylandDesktop> s_desktop;
+    inline static std::map<Compositor, std::unique_ptr<WaylandDesktop>> s_desktops;
 };
-const auto* const kSway = testing::AddGlobalTestEnvironment(new Sway);
+const auto* const kDesktops = testing::AddGlobalTestEnvironment(new Desktops);
 
 /// The product's ports there.
-struct SwayPorts {
-    SwayPorts() {
-        for (const auto& [name, value] : Sway::desktop().environment()) {
+struct PortsThere {
+    explicit PortsThere(Compositor compositor) {
+        for (const auto& [name, value] : Desktops::of(compositor).environment()) {
             fakes.environment.variables[name] = value;
         }
         ports = makeLinuxDesktop(fakes.environment, fakes.clock, fakes.ownFocus);
+        // One that does not know this program yet is asked again.
+        TestPrograms::waitUntil([this] {
+            fakes.clock.time += 10s;
+            (void)ports.limits->now();
+            return ports.keyboard->trusted();
+        });
     }
     FakePlatform fakes;
     LinuxDesktop ports;
@@ -61,7 +68,8 @@ struct SwayPorts {
 class SwayDesktop : public Furnished {
 public:
     ~SwayDesktop() override {
-        for (const auto& [name, program] : m_programs) Sway::desktop().end(program.process);
+        for (const auto& [name, program] : m_programs)
+            Desktops::of(Compositor::Sway).end(program.process);
         // It is the next test's desktop.
         TestPrograms::waitUntil([&] { return listed().empty(); });
     }
@@ -76,14 +84,15 @@ public:
     void open(const std::string& name, std::uint16_t width, std::uint16_t height) override {
         auto& program = m_programs[name];
         if (program.windows++ == 0) {
-            const auto pipe = Sway::desktop().home() / name;
+            const auto pipe = Desktops::of(Compositor::Sway).home() / name;
             std::filesystem::remove(pipe);
             ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
-            program.process =
-                Sway::desktop().start({KELVANE_TEXT_WINDOW, name, name, std::to_string(width),
-                                       std::to_string(height), "#336699", pipe.string()});
+            program.process = Desktops::of(Compositor::Sway)
+                                  .start({KELVANE_TEXT_WINDOW, name, name, std::to_string(width),
+                                          std::to_string(height), "#336699", pipe.string()});
         } else {
-            std::ofstream(Sway::desktop().home() / name) << width << ' ' << height << '\n';
+            std::ofstream(Desktops::of(Compositor::Sway).home() / name)
+                << width << ' ' << height << '\n';
         }
         const WindowBounds bounds{static_cast<double>(width), static_cast<double>(height)};
         ASSERT_TRUE(TestPrograms::waitUntil([&] {
@@ -95,7 +104,7 @@ public:
     }
 
     void close(const std::string& name) override {
-        Sway::desktop().end(m_programs.at(name).process);
+        Desktops::of(Compositor::Sway).end(m_programs.at(name).process);
         m_programs.erase(name);
         ASSERT_TRUE(TestPrograms::waitUntil([&] { return listed().size() == windows(); }));
     }
@@ -115,16 +124,16 @@ private:
         return all;
     }
 
-    SwayPorts m_ports;
+    PortsThere m_ports{Compositor::Sway};
     std::map<std::string, OpenProgram> m_programs;
 };
 
-class PasteboardOfSway : public PasteboardOfSystem {
+class PasteboardOfCompositor : public PasteboardOfSystem {
 public:
-    PasteboardOfSway() {
-        const auto& environment = Sway::desktop().environment();
-        m_other = WaylandConnection::open(Sway::desktop().home() / "runtime" /
-                                              environment.at("WAYLAND_DISPLAY"),
+    explicit PasteboardOfCompositor(Compositor compositor) : m_ports(compositor) {
+        const auto& desktop = Desktops::of(compositor);
+        m_other = WaylandConnection::open(desktop.home() / "runtime" /
+                                              desktop.environment().at("WAYLAND_DISPLAY"),
                                           {m_windows, m_selections}, 10s)
                       .link;
         if (!m_other) throw std::runtime_error("the compositor does not answer");
@@ -140,30 +149,37 @@ public:
     }
 
 private:
-    SwayPorts m_ports;
+    PortsThere m_ports;
     std::shared_ptr<WaylandWindows> m_windows = makeWaylandWindows();
     std::shared_ptr<WaylandSelections> m_selections = makeWaylandSelections(m_windows);
     std::shared_ptr<WaylandConnection> m_other;
 };
 
-/// None where there is no sway; the tests of the ports beside these tell that.
+template <Compositor compositor>
+std::unique_ptr<PasteboardOfSystem> pasteboardOf() {
+    return std::make_unique<PasteboardOfCompositor>(compositor);
+}
+
+/// Those whose compositor is here; the tests of the ports beside these tell of one that is not.
 template <typename Kind>
-std::vector<Kind> onSway(Kind kind) {
-    if (WaylandDesktop::missing(Compositor::Sway)) return {};
-    return {std::move(kind)};
+std::vector<Kind> here(const std::vector<std::pair<Compositor, Kind>>& kinds) {
+    std::vector<Kind> found;
+    for (const auto& [compositor, kind] : kinds) {
+        if (!WaylandDesktop::missing(compositor)) found.push_back(kind);
+    }
+    return found;
 }
 
 INSTANTIATE_TEST_SUITE_P(Wayland, DesktopContract,
-                         testing::ValuesIn(onSway(DesktopKind{
-                             "sway", [] { return std::make_unique<SwayDesktop>(); }})),
+                         testing::ValuesIn(here<DesktopKind>(
+                             {{Compositor::Sway,
+                               {"sway", [] { return std::make_unique<SwayDesktop>(); }}}})),
                          [](const auto& each) { return std::string(each.param.name); });
 
 INSTANTIATE_TEST_SUITE_P(Wayland, PasteboardContract,
-                         testing::ValuesIn(onSway(PasteboardKind{
-                             "sway",
-                             []() -> std::unique_ptr<PasteboardOfSystem> {
-                                 return std::make_unique<PasteboardOfSway>();
-                             }})),
+                         testing::ValuesIn(here<PasteboardKind>(
+                             {{Compositor::Sway, {"sway", pasteboardOf<Compositor::Sway>}},
+                              {Compositor::KWin, {"kwin", pasteboardOf<Compositor::KWin>}}})),
                          [](const auto& each) { return each.param.name; });
 
 } // namespace
