@@ -21,7 +21,7 @@ Alert cannotBe(const std::string& why) {
 } // namespace
 
 Alert gradingAlert(const ServiceChoice& now, const std::string& service, bool isSetOutside) {
-    std::string text = "On this machine: your work stays here and nothing else is needed.\n"
+    std::string text = "On this machine: your work stays here and nothing else is needed.\n\n"
                        "With a service account: your work is sent to " +
                        service + ", and you need a key.";
     bool chosen = true;

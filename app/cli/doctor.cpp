@@ -47,6 +47,12 @@ void program(const DoctorFacts& facts, Lines& lines) {
         lines.advice("program", "It does not start when you log in.",
                      "Choose “Wire my tools” in its menu.");
     }
+    if (!facts.copyVersion.empty() && facts.copyVersion != facts.version) {
+        lines.advice("program",
+                     "Your copy in ~/Applications, which starts when you log in, is Kelvane " +
+                         facts.copyVersion + ".",
+                     "Choose “Wire my tools” in the menu of this one to renew the copy.");
+    }
 }
 
 void display(const DoctorFacts& facts, Lines& lines) {

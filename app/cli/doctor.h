@@ -52,6 +52,8 @@ struct DoctorFacts {
     bool isRunning = false;               ///< An instance answers.
     bool isInstalled = false;             ///< The validator kit stands in the data folder.
     bool startsAtLogin = false;
+    /// Of the copy in the home folder, which is the one that starts then; empty without one.
+    std::string copyVersion;
     bool hasPython = false;
 
     std::string place; ///< As in the choice's file; empty: not asked.

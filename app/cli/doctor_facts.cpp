@@ -114,6 +114,14 @@ bool startsAtLogin(CliPorts& ports) {
                                [&](const fs::path& place) { return ports.files->exists(place); });
 }
 
+/// Of the copy that this program makes of itself; the kit in it knows. Empty when there is none.
+std::string copyVersion(CliPorts& ports) {
+    const auto copy = installedBundle(installation(ports, LoginItem::AutostartEntry));
+    const auto text =
+        ports.files->read(copy / "Contents/Resources/kit/standing/engine/version.txt").value_or("");
+    return text.substr(0, text.find('\n'));
+}
+
 } // namespace
 
 std::optional<std::string> askInstance(std::string_view line) {
@@ -166,6 +174,7 @@ DoctorFacts doctorFacts(CliPorts& ports) {
     facts.isRunning = askInstance(kAskStatus).has_value();
     facts.isInstalled = ToolWiring::isInstalled(*ports.files, braskHome(folder));
     facts.startsAtLogin = startsAtLogin(ports);
+    facts.copyVersion = copyVersion(ports);
     facts.hasPython =
         ran(ports, "5 sh -lc 'command -v python3' </dev/null 2>/dev/null").has_value();
 

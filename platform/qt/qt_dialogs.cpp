@@ -15,8 +15,10 @@ namespace kelvane {
 namespace {
 
 /// About sixty characters: a title in one line, and a paragraph that is read without turning back.
-constexpr QLatin1String kWidthOfTexts(
-    "QLabel#qt_msgbox_label, QLabel#qt_msgbox_informativelabel { min-width: 380px; }");
+/// What is asked stands out from what is said about it.
+constexpr QLatin1String
+    kTexts("QLabel#qt_msgbox_label, QLabel#qt_msgbox_informativelabel { min-width: 380px; }"
+           "QLabel#qt_msgbox_label { font-weight: bold; }");
 constexpr QSize kIconSize{48, 48}; // Points.
 
 // Qt takes "&" for the mark of a shortcut.
@@ -35,7 +37,7 @@ public:
         box.setWindowFlags(Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint |
                            Qt::WindowSystemMenuHint | Qt::WindowCloseButtonHint |
                            Qt::WindowStaysOnTopHint);
-        box.setStyleSheet(kWidthOfTexts);
+        box.setStyleSheet(kTexts);
         const QIcon own = QGuiApplication::windowIcon();
         if (alert.style == Alert::Style::Warning || own.isNull()) {
             box.setIcon(alert.style == Alert::Style::Warning ? QMessageBox::Warning

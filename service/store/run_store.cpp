@@ -4,6 +4,7 @@
 #include "service/store/own_file.h"
 #include "service/store/sqlite_statement.h"
 
+#include <cmath>
 #include <mutex>
 #include <system_error>
 #include <utility>
@@ -147,6 +148,14 @@ Band bandOf(const std::string& stored) {
     const auto band = bandNamed(stored);
     if (!band) throw StoreError("the run store: a verdict of an unknown band");
     return *band;
+}
+
+/// The version of that number: an index, for versions have no holes.
+Iteration& versionOf(RunRecord& run, std::int64_t number) {
+    if (number < 0 || static_cast<std::uint64_t>(number) >= run.iterations.size()) {
+        throw StoreError("the run store: something of a version that is missing");
+    }
+    return run.iterations[static_cast<std::size_t>(number)];
 }
 
 std::int64_t stored(Severity severity) {
@@ -577,6 +586,9 @@ std::optional<RunRecord> RunStore::run(const std::string& runId) {
         statement.bind(runId);
         while (statement.step()) {
             Iteration iteration;
+            if (statement.integer(0) != static_cast<std::int64_t>(run.iterations.size())) {
+                throw StoreError("the run store: a version of a run is missing");
+            }
             iteration.number = static_cast<int>(statement.integer(0));
             iteration.createdMs = statement.integer(1);
             iteration.intent = statement.text(2);
@@ -586,17 +598,19 @@ std::optional<RunRecord> RunStore::run(const std::string& runId) {
                                 static_cast<std::uint64_t>(statement.integer(6)),
                                 static_cast<std::uint64_t>(statement.integer(7))};
             iteration.coverage.known = statement.integer(8) != 0;
+            if (!std::isfinite(iteration.score)) {
+                throw StoreError("the run store: a score that is no number");
+            }
             run.iterations.push_back(std::move(iteration));
         }
+        if (run.iterations.empty()) throw StoreError("the run store: a run without a verdict");
     }
     {
         Statement statement(db, "SELECT number, name, mime_type, bytes FROM parts "
                                 "WHERE run_id = ? ORDER BY number, ordinal");
         statement.bind(runId);
         while (statement.step()) {
-            // A part's number is an index of the versions, which have no holes; at() throws where
-            // the file says otherwise.
-            run.iterations.at(static_cast<std::size_t>(statement.integer(0)))
+            versionOf(run, statement.integer(0))
                 .parts.push_back({statement.text(1), statement.text(2),
                                   static_cast<std::uint64_t>(statement.integer(3))});
         }
@@ -606,8 +620,7 @@ std::optional<RunRecord> RunStore::run(const std::string& runId) {
                                 "WHERE run_id = ? ORDER BY number, ordinal");
         statement.bind(runId);
         while (statement.step()) {
-            Coverage& coverage =
-                run.iterations.at(static_cast<std::size_t>(statement.integer(0))).coverage;
+            Coverage& coverage = versionOf(run, statement.integer(0)).coverage;
             if (statement.integer(1) != 0) {
                 coverage.checked({statement.text(2), statement.text(3), statement.text(4)});
             } else {
@@ -626,8 +639,7 @@ std::optional<RunRecord> RunStore::run(const std::string& runId) {
         finding.place = statement.text(4);
         finding.evidence = statement.text(5);
         finding.detail = statement.text(6);
-        run.iterations.at(static_cast<std::size_t>(statement.integer(0)))
-            .findings.push_back(std::move(finding));
+        versionOf(run, statement.integer(0)).findings.push_back(std::move(finding));
     }
     return run;
 }

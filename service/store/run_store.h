@@ -105,6 +105,8 @@ public:
     /// Absent for a job that is pending or unknown.
     [[nodiscard]] std::optional<FinishedJob> finishedJob(const std::string& jobId);
 
+    /// Absent when there is none of that id. Rows that make no run (another program's, or from a
+    /// damaged disk) are a StoreError.
     [[nodiscard]] std::optional<RunRecord> run(const std::string& runId);
     [[nodiscard]] bool hasRun(const std::string& runId);
 

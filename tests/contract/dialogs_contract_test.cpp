@@ -12,6 +12,7 @@
 #include <QColor>
 #include <QIcon>
 #include <QImage>
+#include <QLabel>
 #include <QMessageBox>
 #include <QPixmap>
 #include <QTimer>
@@ -204,6 +205,7 @@ TEST(DesktopDialogs, AnAlertIsWideEnoughToBeReadHasOneSizeAndShowsWhoAsks) {
         EXPECT_GE(box->width(), 400);
         EXPECT_FALSE(box->windowFlags() & (Qt::WindowMinMaxButtonsHint));
         EXPECT_EQ(box->iconPixmap().toImage().pixelColor(10, 10), QColor(Qt::darkCyan));
+        EXPECT_TRUE(box->findChild<QLabel*>("qt_msgbox_label")->font().bold());
         box->close();
     });
     timer.start(5);

@@ -239,6 +239,11 @@ class FromOutside(ModesTest):
             self.assertNotIn(secret, text)
 
     def test_the_doctor_speaks_to_programs(self):
+        # A copy of an older version, as an update of the package leaves it.
+        version = (self.home / "Applications/Kelvane.app/Contents/Resources/kit/standing/engine"
+                   / "version.txt")
+        version.parent.mkdir(parents=True)
+        version.write_text("0.0.1\n")
         result = self.run_product("--doctor", "--json", timeout=60)
         told = json.loads(result.stdout)
         self.assertEqual((result.returncode, result.stdout.count(b"\n")), (1, 1))
@@ -247,6 +252,8 @@ class FromOutside(ModesTest):
         self.assertEqual([area for at, area in enumerate(areas) if area not in areas[:at]],
                          ["program", "display", "bus", "service", "key", "tools", "engines"])
         self.assertTrue(all(line["todo"] for line in told["lines"] if line["health"] != "ok"))
+        self.assertIn("Your copy in ~/Applications, which starts when you log in, is Kelvane 0.0.1.",
+                      [line["what"] for line in told["lines"]])
 
 
 class SelfTest(ModesTest):

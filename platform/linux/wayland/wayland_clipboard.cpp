@@ -1,6 +1,7 @@
 #include "platform/linux/wayland/wayland_clipboard.h"
 
 #include "platform/linux/common/clipboard_formats.h"
+#include "platform/linux/common/clipboard_memory.h"
 #include "platform/linux/rules/copy_rules.h"
 #include "text/one_of.h"
 #include "text/unicode.h"
@@ -78,11 +79,6 @@ public:
     void putBack(const PasteboardMemory& memory) override;
 
 private:
-    struct Memory {
-        Content content;
-        bool lost = false; ///< There was something, and nothing of it could be kept.
-        std::int64_t changeCount = 0;
-    };
     /// A copy that was started and not yet put back.
     struct Copy {
         SelectionTag asked;
@@ -104,18 +100,17 @@ private:
     [[nodiscard]] CopyFacts facts() const;
     [[nodiscard]] std::int64_t decideCopy();
     [[nodiscard]] std::optional<std::string> textFrom(SelectionName which);
-    [[nodiscard]] Memory readAll();
+    [[nodiscard]] ClipboardCopy readAll();
     void offer(Content content);
     void stopWatching();
 
     const WaylandClipboardParts m_parts;
     const std::shared_ptr<LateCopy> m_late = std::make_shared<LateCopy>();
     std::mutex m_mutex; ///< Serialises the calls; guards everything below.
-    /// Added to the selections' count. It moves when PRIMARY stands in for a change, and when
-    /// changes turn out to have nothing to do with a copy.
+    /// Added to the selections' count. It moves with changes of our own, when PRIMARY stands in for
+    /// a change, and when changes turn out to have nothing to do with a copy.
     std::int64_t m_shift = 0;
-    std::weak_ptr<Memory> m_memory; ///< What the latest `remember()` saw.
-    bool m_lost = false;            ///< And whether that could not be kept.
+    ClipboardMemory m_memory;
     std::optional<Copy> m_copy;
     bool m_isEmptiedByUs = false;         ///< And by nobody since, when it still is.
     std::set<std::string> m_haveAnswered; ///< By app_id: who has copied at our key before.
@@ -136,23 +131,18 @@ void Clipboard::copyFrom(const CopyTarget& target) {
     m_copy.reset();
     stopWatching();
     if (!m_parts.selections->offered() || !m_parts.link->answers()) return;
-    const auto memory = m_memory.lock();
-    if (memory && count() != memory->changeCount) {
-        // The clipboard moved while the application came to the front: some take it anew then, or
-        // the user copied something. That is what has to come back, and no answer to our key.
-        const auto before = memory->changeCount;
-        const auto changes = m_parts.selections->changes();
-        *memory = readAll();
-        memory->changeCount = before;
-        m_shift = before - static_cast<std::int64_t>(changes);
+    // The clipboard may have moved while the application came to the front: some take it anew then,
+    // or the user copied something. That is what has to come back, and no answer to our key.
+    const auto changes = static_cast<std::int64_t>(m_parts.selections->changes());
+    if (const auto before = m_memory.renew(changes + m_shift, [this] { return readAll(); })) {
+        m_shift = *before - changes;
     }
-    const bool lost = memory ? memory->lost : m_lost;
     Copy copy;
     copy.asked = tagOf(target);
     copy.changesBefore = m_parts.selections->changes();
     copy.countBefore = count();
     copy.posted = steady_clock::now();
-    if (target.takesKeys && !lost) {
+    if (target.takesKeys && !m_memory.lost()) {
         const auto posted = std::make_shared<bool>(false);
         const bool ran =
             m_parts.link->run([keys = m_parts.keys, posted] { *posted = keys->post(kCopyKey); });
@@ -162,7 +152,7 @@ void Clipboard::copyFrom(const CopyTarget& target) {
         const std::lock_guard late(m_late->mutex);
         m_late->asked = copy.asked;
         m_late->posted = copy.posted;
-        m_late->remembered = memory ? memory->content : nullptr;
+        m_late->remembered = m_memory.held().value_or(nullptr);
         m_late->watched = false; // Until the outcome has been looked at.
     }
     m_copy = std::move(copy);
@@ -189,6 +179,7 @@ CopyFacts Clipboard::facts() const {
 std::int64_t Clipboard::changeCount() {
     const std::lock_guard lock(m_mutex);
     if (m_copy && !m_copy->decided) return decideCopy();
+    (void)m_parts.link->answers(); // What happened before the question is counted.
     return count();
 }
 
@@ -254,6 +245,7 @@ std::optional<std::string> Clipboard::string() {
 
 void Clipboard::offer(Content content) {
     m_isEmptiedByUs = false;
+    ++m_shift; // Of the selections' changes ours are none.
     m_parts.link->run([selections = m_parts.selections, content = std::move(content)] {
         selections->offer(content);
     });
@@ -282,14 +274,8 @@ PasteboardMemory Clipboard::remember() {
     const std::lock_guard lock(m_mutex);
     m_copy.reset();
     (void)m_parts.link->answers();
-    const auto changes = count();
-    const auto memory = std::make_shared<Memory>(readAll());
-    memory->changeCount = changes;
-    m_memory = memory;
-    m_lost = memory->lost;
-    return {.string = memory->content ? textAmong(*memory->content) : std::nullopt,
-            .changeCount = memory->changeCount,
-            .formats = std::shared_ptr<const void>(memory, memory->content.get())};
+    const auto changes = count(); // Before the reading, which others may change it during.
+    return m_memory.remember(readAll(), changes);
 }
 
 void Clipboard::putBack(const PasteboardMemory& memory) {
@@ -308,11 +294,7 @@ void Clipboard::putBack(const PasteboardMemory& memory) {
     const bool tookPrimary = m_copy && m_copy->fromPrimary;
     m_copy.reset();
     if (tookPrimary || !mayPutBack(now)) return;
-    auto content = std::shared_ptr<const ClipboardContent>(
-        memory.formats, static_cast<const ClipboardContent*>(memory.formats.get()));
-    // The latest memory may have been renewed since it was handed out.
-    const auto latest = m_memory.lock();
-    if (latest && latest->changeCount == memory.changeCount) content = latest->content;
+    auto content = m_memory.toPutBack(memory);
     if (seen.ours && seen.ours == content) return;
     if (seen.formats.empty() && (!content || content->empty())) return;
     offer(std::move(content));
@@ -349,9 +331,9 @@ std::optional<std::string> Clipboard::textFrom(SelectionName which) {
     return std::nullopt;
 }
 
-Clipboard::Memory Clipboard::readAll() {
+ClipboardCopy Clipboard::readAll() {
     using Kind = SelectionAnswer::Kind;
-    Memory memory;
+    ClipboardCopy memory;
     const auto now = m_parts.selections->seen(SelectionName::Clipboard);
     if (now.ours) {
         memory.content = now.ours;

@@ -25,8 +25,9 @@ namespace {
 
 using std::chrono::steady_clock;
 
-/// By which our own content is known when it is offered back to us. Nobody asks for it.
-constexpr std::string_view kOwnMark = "application/x-kelvane-own";
+/// By which our own content is known when it is offered back to us: how the mark of every link
+/// begins. Nobody asks for it.
+constexpr std::string_view kOwnMark = "application/x-kelvane-own;";
 constexpr std::uint32_t kWithPrimary = 2;
 constexpr std::size_t kMostChanges = 64;  ///< That are remembered.
 constexpr std::size_t kMostFormats = 256; ///< Of one owner, that are listened to.
@@ -34,6 +35,12 @@ constexpr std::size_t kMostFormats = 256; ///< Of one owner, that are listened t
 /// The names by which programs ask for the same text.
 constexpr std::array<std::string_view, 5> kTextNames{kUtf8Plain, kUtf8String, kPlain, "TEXT",
                                                      kLatin1String};
+
+/// One that no other link has, of this program or of another one of it.
+std::string newMark() {
+    static std::atomic<unsigned> last = 0;
+    return std::string(kOwnMark) + std::to_string(::getpid()) + "-" + std::to_string(++last);
+}
 
 const ClipboardFormat* named(const ClipboardContent& content, std::string_view name) {
     const auto found = std::ranges::find(content, name, &ClipboardFormat::target);
@@ -175,6 +182,7 @@ private:
     std::map<zwlr_data_control_offer_v1*, std::vector<std::string>> m_offers;
     zwlr_data_control_source_v1* m_source = nullptr;
     std::shared_ptr<const ClipboardContent> m_content; ///< Of the source.
+    const std::string m_ownMark = newMark();
     std::array<bool, 2> m_told{}; ///< Which of the two has been told of: the first is no change.
 };
 
@@ -265,7 +273,9 @@ void Selections::selected(SelectionName which, zwlr_data_control_offer_v1* offer
     const bool isFirst = !std::exchange(m_told[which == SelectionName::Primary ? 1 : 0], true);
     SelectionSeen seen;
     if (offer != nullptr) seen.formats = m_offers[offer];
-    const bool isOurs = std::erase(seen.formats, kOwnMark) > 0;
+    const bool isOurs = text::isOneOf(m_ownMark, seen.formats);
+    std::erase_if(seen.formats,
+                  [](const std::string& format) { return format.starts_with(kOwnMark); });
     if (isOurs) seen.ours = m_content;
     const auto now = steady_clock::now();
     if (!isFirst) {
@@ -318,7 +328,7 @@ void Selections::offer(std::shared_ptr<const ClipboardContent> content) {
             if (!hasText || named(*m_content, name) != nullptr) continue;
             zwlr_data_control_source_v1_offer(m_source, std::string(name).c_str());
         }
-        zwlr_data_control_source_v1_offer(m_source, std::string(kOwnMark).c_str());
+        zwlr_data_control_source_v1_offer(m_source, m_ownMark.c_str());
     }
     zwlr_data_control_device_v1_set_selection(m_device, m_source);
     if (before != nullptr) zwlr_data_control_source_v1_destroy(before);

@@ -2,7 +2,6 @@
 
 #include "platform/linux/common/process_facts.h"
 #include "platform/linux/x11/x11_processes.h"
-#include "text/unicode.h"
 
 #include <unistd.h>
 
@@ -30,23 +29,6 @@ constexpr std::array<std::string_view, 12> kAtoms{
     "_NET_WM_DESKTOP",     "_NET_CURRENT_DESKTOP",     "_NET_WM_WINDOW_TYPE",
     "_GTK_APPLICATION_ID", "_KDE_NET_WM_DESKTOP_FILE", "WM_STATE",
 };
-
-std::string textOf(const std::optional<X11Property>& property) {
-    if (!property) return {};
-    auto text = text::utf8FromOutside(property->text().value_or(""));
-    // Whatever a program has written stands there, so it is made UTF-8, and ends at the first NUL.
-    text.resize(std::min(text.find('\0'), text.size()));
-    return text;
-}
-
-// WM_CLASS is two texts, each with a NUL at its end (ICCCM 4.1.2.5).
-std::pair<std::string, std::string> classOf(const std::optional<X11Property>& property) {
-    const auto bytes = property ? property->text().value_or("") : std::string();
-    const auto cut = std::min(bytes.find('\0'), bytes.size());
-    const auto rest = std::string_view(bytes).substr(std::min(cut + 1, bytes.size()));
-    return {text::utf8FromOutside(std::string_view(bytes).substr(0, cut)),
-            text::utf8FromOutside(rest.substr(0, rest.find('\0')))};
-}
 
 std::string hostName() {
     std::array<char, 256> name{};
@@ -320,9 +302,9 @@ void X11Applications::read(std::vector<xcb_window_t> windows, Reads& reads) {
                 classOf(x.takeProperty(one.wmClass));
             const auto parent = x.takeProperty(one.transientFor);
             const auto pid = x.takeProperty(one.pid);
-            const auto machine = textOf(x.takeProperty(one.machine));
-            found.facts.gtkApplicationId = textOf(x.takeProperty(one.gtk));
-            found.facts.kdeDesktopFile = textOf(x.takeProperty(one.kde));
+            const auto machine = shortTextOf(x.takeProperty(one.machine));
+            found.facts.gtkApplicationId = shortTextOf(x.takeProperty(one.gtk));
+            found.facts.kdeDesktopFile = shortTextOf(x.takeProperty(one.kde));
             found.remote = !machine.empty() && !sameHost(machine, m_host);
             // The server's word first: inside a sandbox a process counts its own pids.
             if (m_serverTellsProcesses) found.facts.process = takeProcess(x, one.owner);

@@ -1,6 +1,7 @@
 #include "platform/linux/x11/x11_clipboard.h"
 
 #include "platform/linux/common/clipboard_formats.h"
+#include "platform/linux/common/clipboard_memory.h"
 #include "platform/linux/rules/copy_rules.h"
 #include "platform/linux/x11/bounded_reply.h"
 #include "platform/linux/x11/copy_keys.h"
@@ -61,13 +62,6 @@ public:
     void putBack(const PasteboardMemory& memory) override;
 
 private:
-    /// It lives as long as the memory that was handed out for it, so that what was on the clipboard
-    /// is gone from here once a capture is over.
-    struct Memory {
-        Content content;
-        bool lost = false; ///< There was something, and nothing of it could be kept.
-        std::int64_t changeCount = 0;
-    };
     /// A copy that was started and not yet put back.
     struct Copy {
         bool decided = false;
@@ -82,7 +76,7 @@ private:
     [[nodiscard]] std::optional<std::vector<KeyStroke>> strokes();
     void post(const std::vector<KeyStroke>& strokes);
     [[nodiscard]] std::optional<std::string> textFrom(xcb_atom_t selection);
-    [[nodiscard]] Memory readAll(const SelectionMonitor::Status& now);
+    [[nodiscard]] ClipboardCopy readAll(const SelectionMonitor::Status& now);
     [[nodiscard]] std::vector<std::string> namesOf(const std::string& atoms);
     [[nodiscard]] std::string nameOf(xcb_atom_t atom);
 
@@ -100,8 +94,7 @@ private:
     /// Added to the monitor's count. It moves when PRIMARY stands in for a change, and when changes
     /// turn out to have nothing to do with a copy.
     std::int64_t m_shift = 0;
-    std::weak_ptr<Memory> m_memory; ///< What the latest `remember()` saw.
-    bool m_lost = false;            ///< And whether that could not be kept.
+    ClipboardMemory m_memory;
     std::optional<Copy> m_copy;
 };
 
@@ -124,23 +117,17 @@ void Clipboard::copyFrom(const CopyTarget& target) {
     // Without word of changes a copy could neither be noticed nor undone.
     if (!m_monitor || !m_link->alive()) return;
     const auto now = status();
-    const auto memory = m_memory.lock();
-    if (memory && now.changes + m_shift != memory->changeCount) {
-        // The clipboard moved while the application came to the front: some take it anew then, or
-        // the user copied something. That is what has to come back, and no answer to our key.
-        const auto before = memory->changeCount;
-        *memory = readAll(now);
-        memory->changeCount = before;
-        m_shift = before - now.changes;
+    // The clipboard may have moved while the application came to the front: some take it anew then,
+    // or the user copied something. That is what has to come back, and no answer to our key.
+    if (const auto before = m_memory.renew(now.changes + m_shift, [&] { return readAll(now); })) {
+        m_shift = *before - now.changes;
     }
     // What cannot be brought back is not put at risk, even if the memory that was handed out for it
     // is gone by now.
-    const bool lost = memory ? memory->lost : m_lost;
-    const bool mayPost = target.takesKeys && m_hasXtest && !lost;
+    const bool mayPost = target.takesKeys && m_hasXtest && !m_memory.lost();
     const auto keys = mayPost ? strokes() : std::nullopt;
     // Begun before the key is posted, or its answer could come before anybody watches.
-    m_monitor->beginCopy(target, keys.has_value(),
-                         memory ? std::optional(memory->content) : std::nullopt);
+    m_monitor->beginCopy(target, keys.has_value(), m_memory.held());
     // Through a hold, if there is one: it lets go for this key alone.
     if (keys && !(m_post && m_post(*keys))) post(*keys);
     m_copy = Copy{};
@@ -253,15 +240,7 @@ PasteboardMemory Clipboard::remember() {
     const std::lock_guard lock(m_mutex);
     m_copy.reset();
     const auto now = status();
-    const auto memory = std::make_shared<Memory>(readAll(now));
-    memory->changeCount = now.changes + m_shift;
-    // Held weakly: see Memory.
-    m_memory = memory;
-    m_lost = memory->lost;
-    return {.string = memory->content ? textAmong(*memory->content) : std::nullopt,
-            .changeCount = memory->changeCount,
-            // An opaque pointer to the caller, that keeps the memory alive.
-            .formats = std::shared_ptr<const void>(memory, memory->content.get())};
+    return m_memory.remember(readAll(now), now.changes + m_shift);
 }
 
 void Clipboard::putBack(const PasteboardMemory& memory) {
@@ -269,11 +248,7 @@ void Clipboard::putBack(const PasteboardMemory& memory) {
     const bool afterCopy = m_copy.has_value();
     m_copy.reset();
     if (!m_monitor) return;
-    auto content = std::static_pointer_cast<const ClipboardContent>(memory.formats);
-    // The latest memory may have been renewed since it was handed out.
-    const auto latest = m_memory.lock();
-    if (latest && latest->changeCount == memory.changeCount) content = latest->content;
-    m_monitor->putBack(std::move(content), afterCopy);
+    m_monitor->putBack(m_memory.toPutBack(memory), afterCopy);
 }
 
 // ---- reading -----------------------------------------------------------------------------------
@@ -308,8 +283,8 @@ bool Clipboard::isSecret(xcb_atom_t selection) {
     return hint.kind == SelectionAnswer::Kind::Value && hint.bytes.starts_with(kSecret);
 }
 
-Clipboard::Memory Clipboard::readAll(const SelectionMonitor::Status& now) {
-    Memory memory;
+ClipboardCopy Clipboard::readAll(const SelectionMonitor::Status& now) {
+    ClipboardCopy memory;
     if (!m_link->alive()) return memory;
     if (now.ours) {
         memory.content = now.ours;

@@ -14,25 +14,6 @@
 
 namespace kelvane {
 
-std::vector<std::uint32_t> X11Property::words() const {
-    if (format != 32) return {};
-    std::vector<std::uint32_t> items(bytes.size() / sizeof(std::uint32_t));
-    // Copied: the bytes of a text need not lie where words may.
-    if (!items.empty()) std::memcpy(items.data(), bytes.data(), items.size() * sizeof(items[0]));
-    return items;
-}
-
-std::optional<std::uint32_t> X11Property::firstWord() const {
-    const auto items = words();
-    if (items.empty()) return std::nullopt;
-    return items.front();
-}
-
-std::optional<std::string> X11Property::text() const {
-    if (format != 8) return std::nullopt;
-    return bytes;
-}
-
 namespace {
 
 /// A connection that is being made. It is shared by who waits for it and by the thread that makes

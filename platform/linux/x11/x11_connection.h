@@ -15,6 +15,8 @@
 
 #pragma once
 
+#include "platform/linux/x11/x11_property.h"
+
 #include <xcb/xcb.h>
 
 #include <chrono>
@@ -39,20 +41,6 @@ struct FreeXcb {
 /// What the xcb `…_reply` functions and event functions return, owned.
 template <class T>
 using XcbOwned = std::unique_ptr<T, FreeXcb>;
-
-/// The value of one window property as the server sent it.
-struct X11Property {
-    xcb_atom_t type = XCB_ATOM_NONE;
-    std::uint8_t format = 0; ///< 8, 16 or 32: the width of one item in bits.
-    std::string bytes;
-
-    /// The items of a 32-bit property; empty for any other format.
-    [[nodiscard]] std::vector<std::uint32_t> words() const;
-    /// The first item of a 32-bit property; absent for any other format and for an empty value.
-    [[nodiscard]] std::optional<std::uint32_t> firstWord() const;
-    /// The bytes of an 8-bit property; absent for any other format.
-    [[nodiscard]] std::optional<std::string> text() const;
-};
 
 /// What a server may take to let a program in, and for one answer. It takes well under a
 /// millisecond unless it is stopped, grabbed or the machine is very busy; whoever waits is a person

@@ -59,26 +59,6 @@ X11WindowType typeOf(X11Connection& x, const std::optional<X11Property>& propert
     return X11WindowType::Normal;
 }
 
-} // namespace
-
-X11FrameExtents frameExtents(const std::optional<X11Property>& property, std::uint32_t width,
-                             std::uint32_t height) {
-    const auto words = property ? property->words() : std::vector<std::uint32_t>{};
-    // A program that draws its own shadow tells how far that reaches: left, right, top, bottom.
-    if (words.size() < 4) return {};
-    const X11FrameExtents extents{words[0], words[1], words[2], words[3]};
-    const auto fits = [](std::uint64_t one, std::uint64_t other, std::uint32_t length) {
-        return one + other < length;
-    };
-    // Margins that leave nothing of the window are nobody's.
-    if (!fits(extents.left, extents.right, width) || !fits(extents.top, extents.bottom, height)) {
-        return {};
-    }
-    return extents;
-}
-
-namespace {
-
 /// Whether the window manager itself draws the screen. Such a one keeps the windows of other
 /// desktops mapped, for its overviews; all others unmap what is not shown or move it off the
 /// screen.

@@ -29,6 +29,7 @@ DoctorFacts allIsWell() {
     facts.hasTray = true;
     facts.hasAccessibility = true;
     facts.isRunning = facts.isInstalled = facts.startsAtLogin = facts.hasPython = true;
+    facts.copyVersion = "0.1.0";
     facts.place = "this machine";
     facts.base = "http+unix://%2Fs";
     facts.answers = true;
@@ -110,6 +111,8 @@ const Case kCases[] = {
      "does not run on this desktop", "applications menu"},
     {"NoLoginItem", [](DoctorFacts& f) { f.startsAtLogin = false; }, Health::Advice,
      "does not start when you log in", "Wire my tools"},
+    {"AnotherCopy", [](DoctorFacts& f) { f.copyVersion = "0.0.9"; }, Health::Advice,
+     "starts when you log in, is Kelvane 0.0.9", "Wire my tools"},
     {"NoDisplay", [](DoctorFacts& f) { f.display = ""; }, Health::Bad, "There is no display",
      "WAYLAND_DISPLAY"},
     {"SilentDisplay", [](DoctorFacts& f) { f.silent = ":0"; }, Health::Bad,

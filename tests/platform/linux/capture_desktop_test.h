@@ -8,6 +8,7 @@
 #include "platform/linux/linux_platform.h"
 #include "tests/platform/linux/x11/clipboard_desktop_test.h"
 
+#include <functional>
 #include <string>
 
 namespace kelvane {
@@ -19,10 +20,18 @@ public:
     explicit HastyClock(int speed) : m_speed(speed) {}
     Instant now() override { return m_now; }
     SleepEnd sleep(std::chrono::nanoseconds duration) override {
-        std::this_thread::sleep_for(duration / m_speed);
+        if (meanwhile) {
+            meanwhile();
+        } else {
+            std::this_thread::sleep_for(duration / m_speed);
+        }
         m_now += duration;
         return SleepEnd::Elapsed;
     }
+
+    /// What other programs do while the code under test waits, in place of the wait: they are as
+    /// fast as that, however busy the machine is.
+    std::function<void()> meanwhile;
 
 private:
     int m_speed;

@@ -236,6 +236,31 @@ TEST_F(RunStoreTest, BandsAreKeptByNameAndNoOtherNameIsRead) {
     EXPECT_THROW((void)store->run("run_1"), StoreError);
 }
 
+TEST_F(RunStoreTest, RowsThatMakeNoRunAreAnError) {
+    const auto store = open();
+    store->addJob("job", JobKind::grade, "", "{}", 1);
+    store->finishGrade("job", runRecord("run", 1000));
+    const auto sound = store->run("run");
+    ASSERT_TRUE(sound);
+    for (const std::string broken :
+         {"UPDATE findings SET number = 7", "UPDATE findings SET number = -1",
+          "UPDATE parts SET number = 1", "UPDATE coverage SET number = 1",
+          "UPDATE iterations SET number = 3", "DELETE FROM iterations",
+          "UPDATE iterations SET score = 9e999"}) {
+        SCOPED_TRACE(broken);
+        query("CREATE TABLE it AS SELECT * FROM iterations; "
+              "CREATE TABLE f AS SELECT * FROM findings; CREATE TABLE p AS SELECT * FROM parts; "
+              "CREATE TABLE c AS SELECT * FROM coverage;" +
+              broken);
+        EXPECT_THROW((void)store->run("run"), StoreError);
+        query("DELETE FROM iterations; INSERT INTO iterations SELECT * FROM it; DROP TABLE it; "
+              "DELETE FROM findings; INSERT INTO findings SELECT * FROM f; DROP TABLE f; "
+              "DELETE FROM parts; INSERT INTO parts SELECT * FROM p; DROP TABLE p; "
+              "DELETE FROM coverage; INSERT INTO coverage SELECT * FROM c; DROP TABLE c;");
+        EXPECT_TRUE(store->run("run") == sound);
+    }
+}
+
 TEST_F(RunStoreTest, AnIterationOfNoRunChangesNothing) {
     const auto store = open();
     store->addJob("job_1", JobKind::iterate, "run_1", "x", 1);

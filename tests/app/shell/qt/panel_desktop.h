@@ -17,7 +17,6 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <thread>
 #include <utility>
 #include <vector>
 
@@ -102,6 +101,19 @@ protected:
         return n;
     }
 
+    /// When that was written for the last time, by the clock of `monotonicNow()`; 0 for never.
+    double lastTimeOf(const std::string& event) const {
+        double time = 0;
+        for (const auto& line : traced()) {
+            if (line["event"] == event) time = line["time"].get<double>();
+        }
+        return time;
+    }
+    static double monotonicNow() {
+        return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch())
+            .count();
+    }
+
     bool waitForCount(const std::string& event, std::size_t n) const {
         return VirtualDesktop::waitUntil([&] { return count(event) >= n; });
     }
@@ -165,12 +177,17 @@ protected:
         return panel ? boxOf(panel->window).value_or(Box{}) : Box{};
     }
 
-    void clickIcon(int button = 1) {
+    /// Where on the icon: so far from one another that two presses are no double click, however
+    /// soon they follow one another.
+    enum class Spot { Middle = 0, Left = -10, Right = 10 };
+
+    void clickIcon(Spot spot = Spot::Middle, int button = 1) {
         const auto window = icon();
         ASSERT_TRUE(window) << "no icon";
         const auto box = boxOf(*window);
         ASSERT_TRUE(box);
-        clickAt(box->middle(), box->y + box->height / 2, button);
+        ASSERT_GE(box->width, 22) << "too small for three spots";
+        clickAt(box->middle() + static_cast<int>(spot), box->y + box->height / 2, button);
     }
 
     /// Clicks what the last frame shows under this name.
@@ -196,8 +213,36 @@ protected:
         return program.unread();
     }
 
-    /// Longer than one click takes.
-    static void pause() { std::this_thread::sleep_for(600ms); }
+    /// Does what closes the panel: it must not have been closed by anything before that.
+    template <typename Action>
+    void expectClosedOnlyBy(Action close) {
+        const double before = monotonicNow();
+        close();
+        EXPECT_TRUE(waitUntilPanel(false));
+        EXPECT_TRUE(waitForCount("hidden", 1));
+        EXPECT_EQ(count("hidden"), 1U);
+        EXPECT_GE(lastTimeOf("hidden"), before);
+    }
+
+    /// Windows of ours that no window manager has a say in: menus, tool tips.
+    std::vector<xcb_window_t> ownPopups() {
+        auto& x = desktop.link();
+        const XcbOwned<xcb_query_tree_reply_t> tree(
+            xcb_query_tree_reply(x.xcb(), xcb_query_tree(x.xcb(), x.root()), nullptr));
+        std::vector<xcb_window_t> found;
+        const auto* const children = xcb_query_tree_children(tree.get());
+        for (int i = 0; i < xcb_query_tree_children_length(tree.get()); ++i) {
+            const XcbOwned<xcb_get_window_attributes_reply_t> state(xcb_get_window_attributes_reply(
+                x.xcb(), xcb_get_window_attributes(x.xcb(), children[i]), nullptr));
+            if (state && state->override_redirect != 0 && seenAsOurs(children[i])) {
+                found.push_back(children[i]);
+            }
+        }
+        return found;
+    }
+    bool waitForMenu() {
+        return VirtualDesktop::waitUntil([&] { return ownPopups().size() == 1; });
+    }
 
     bool panelStands() {
         for (const auto& window : desktop.windows()) {

@@ -9,6 +9,7 @@
 #include <poll.h>
 #include <signal.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace kelvane {
@@ -139,12 +140,24 @@ TEST_F(ProgramLifeTest, WithThePanelOpenItGoesOnDescribingTheApplicationOverMany
     ASSERT_TRUE(waitUntilShown("You're in Mousepad"));
     const auto panel = desktop.activeWindow();
     EXPECT_NE(panel, editor.window);
-    const auto until = std::chrono::steady_clock::now() + 9s; // Two ticks at least.
-    while (std::chrono::steady_clock::now() < until) {
+    // A tick is what finds a key, and what misses it.
+    const auto key = desktop.home() / ".brask" / "key";
+    const std::string invitation = "Get a free key to start grading →";
+    const auto says = [&](const std::string& name) {
         const auto names = shown();
-        ASSERT_NE(std::find(names.begin(), names.end(), "You're in Mousepad"), names.end());
-        ASSERT_EQ(desktop.activeWindow(), panel);
-        std::this_thread::sleep_for(500ms);
+        return std::find(names.begin(), names.end(), name) != names.end();
+    };
+    ASSERT_TRUE(waitUntilShown(invitation));
+    for (const bool hasKey : {true, false}) {
+        if (hasKey) {
+            std::ofstream(key) << "a-key\n";
+            ASSERT_EQ(::chmod(key.c_str(), 0600), 0);
+        } else {
+            std::filesystem::remove(key);
+        }
+        ASSERT_TRUE(VirtualDesktop::waitUntil([&] { return says(invitation) != hasKey; }));
+        EXPECT_TRUE(says("You're in Mousepad"));
+        EXPECT_EQ(desktop.activeWindow(), panel);
     }
     // The workflow has not taken the program itself for a step.
     for (const auto& name : shown()) {
@@ -184,6 +197,24 @@ TEST_F(ProgramLifeTest, TheDesktopEntryOpensThePanelOfTheOneThatRuns) {
     EXPECT_TRUE(waitUntilPanel(true));
     EXPECT_TRUE(waitUntilShown("You're in Mousepad"));
     EXPECT_FALSE(first.waitForEnd(0ms).has_value());
+}
+
+TEST_F(ProgramLifeTest, WhileAQuestionWaitsALaterStartBringsThatForward) {
+    const auto editor = startEditor();
+    Program first({KELVANE_PRODUCT, "--service"}, environment());
+    const auto question = desktop.waitForWindow(VirtualDesktop::ofClass(kProgramClass));
+    ASSERT_TRUE(question);
+    ASSERT_TRUE(waitUntilRunning());
+    ASSERT_TRUE(desktop.activate(editor.window));
+    Program second({KELVANE_PRODUCT}, environment());
+    EXPECT_EQ(second.waitForEnd(), 0);
+    EXPECT_TRUE(
+        VirtualDesktop::waitUntil([&] { return desktop.activeWindow() == question->window; }));
+    xdotool({"key", "Escape"});
+    ASSERT_TRUE(waitUntilPanel(false));
+    Program third({KELVANE_PRODUCT}, environment());
+    EXPECT_TRUE(waitForCount("shown", 1));
+    EXPECT_EQ(count("shown"), 1U) << "a panel that takes no click stood beside the question";
 }
 
 TEST_F(ProgramLifeTest, ALaterStartDoesNotWaitForeverForOneThatHangs) {

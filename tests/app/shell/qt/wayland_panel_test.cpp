@@ -1,5 +1,6 @@
 // The built program's panel on sway and KWin: where it stands, and what closes it.
 
+#include "tests/platform/linux/common/png_pixels.h"
 #include "tests/platform/linux/wayland/wayland_desktop.h"
 
 #include <gtest/gtest.h>
@@ -9,6 +10,7 @@
 #include <array>
 #include <cstring>
 #include <fstream>
+#include <iterator>
 #include <memory>
 #include <optional>
 #include <stdexcept>
@@ -93,12 +95,14 @@ private:
 
 class PanelOnWayland : public testing::Test {
 protected:
-    /// A desktop with the product on it, whose panel is closed. The second start of the product has
-    /// the first one open it.
+    /// A desktop for the product.
     void begin(const WaylandOptions& options) {
         desktop = std::make_unique<WaylandDesktop>(options);
         std::filesystem::create_directories(desktop->home() / ".brask");
         desktop->file(".brask/validate.py", "#\n");
+    }
+    /// The panel is closed then. A second start has the first one open it.
+    void startProduct() {
         startProgram();
         ASSERT_TRUE(WaylandDesktop::waitUntil([&] {
             std::error_code none;
@@ -109,11 +113,13 @@ protected:
             return false;
         }));
     }
-    void startProgram() {
-        desktop->start({KELVANE_PRODUCT}, {{"BRASK_APP_NO_PERSIST", "1"},
-                                           {"BRASK_APP_NO_OPEN", "1"},
-                                           {"BRASK_API_BASE", "http://127.0.0.1:9"},
-                                           {"KELVANE_PANEL_TRACE", trace().string()}});
+    void startProgram() { desktop->start({KELVANE_PRODUCT}, variables()); }
+    std::map<std::string, std::string> variables() const {
+        return {{"BRASK_APP_NO_PERSIST", "1"},
+                {"BRASK_APP_NO_OPEN", "1"},
+                {"BRASK_API_BASE", service},
+                {"BRASK_API_KEY", "a key"},
+                {"KELVANE_PANEL_TRACE", trace().string()}};
     }
     std::filesystem::path trace() const { return desktop->home() / "trace.jsonl"; }
     std::size_t count(const std::string& event) const {
@@ -136,6 +142,7 @@ protected:
                                          std::chrono::seconds(5));
     }
     std::unique_ptr<WaylandDesktop> desktop;
+    std::string service = "http://127.0.0.1:9";
 };
 
 class WaylandPanel : public PanelOnWayland, public testing::WithParamInterface<double> {
@@ -143,6 +150,7 @@ protected:
     void SetUp() override {
         if (const auto why = WaylandDesktop::missing(Compositor::Sway)) GTEST_SKIP() << *why;
         begin({.scale = GetParam()});
+        startProduct();
         mouse = std::make_unique<Mouse>(desktop->home() / "runtime" /
                                         desktop->environment().at("WAYLAND_DISPLAY"));
         desktop->start({"mousepad", "--disable-server"});
@@ -167,9 +175,75 @@ TEST_P(WaylandPanel, IsNoWindowThatTheCompositorPlacesAndClosesAtEscapeAndAtACli
     EXPECT_TRUE(closes()) << "a click elsewhere";
 }
 
+/// A service that takes work: the first picture it is sent becomes a file, and nothing is judged.
+constexpr auto kPictureKeeper = R"py(
+import base64, http.server, os, re, sys
+
+class Keeper(http.server.BaseHTTPRequestHandler):
+    def do_POST(self):
+        body = self.rfile.read(int(self.headers["Content-Length"]))
+        picture = re.search(rb'"data_b64": *"([^"]+)"', body)
+        if picture:
+            with open("picture.part", "wb") as file:
+                file.write(base64.b64decode(picture[1]))
+            os.rename("picture.part", "picture.png")
+        self.send_error(503)
+    def log_message(self, *words):
+        pass
+
+os.chdir(sys.argv[1])
+server = http.server.HTTPServer(("127.0.0.1", 0), Keeper)
+with open("port.part", "w") as file:
+    file.write(str(server.server_port))
+os.rename("port.part", "port")
+server.serve_forever()
+)py";
+
+TEST_F(PanelOnWayland, IsInNoPictureThatIsTakenWhileItIsOpen) {
+    if (const auto why = WaylandDesktop::missing(Compositor::Sway)) GTEST_SKIP() << *why;
+    begin({});
+    const auto home = desktop->home();
+    const auto contentOf = [&](const std::string& name) {
+        std::ifstream file(home / name, std::ios::binary);
+        return std::string(std::istreambuf_iterator<char>(file), {});
+    };
+    desktop->start({"python3", desktop->file("keeper.py", kPictureKeeper).string(), home.string()});
+    ASSERT_TRUE(WaylandDesktop::waitUntil([&] { return !contentOf("port").empty(); }));
+    service = "http://127.0.0.1:" + contentOf("port");
+    // A window of one colour under the name of an application that is graded; as large as the
+    // screen, so that the panel stands over it.
+    const std::string known = "org.xfce.mousepad";
+    desktop->start({KELVANE_TEXT_WINDOW, known, known, "1280", "800", "#336699"});
+    ASSERT_TRUE(WaylandDesktop::waitUntil([&] {
+        return desktop->outputOf({"swaymsg", "-t", "get_tree"}).find(known) != std::string::npos;
+    }));
+    desktop->outputOf({"swaymsg", "[app_id=" + known + "] fullscreen enable"});
+    startProduct();
+    open();
+    if (const char* const folder = std::getenv("KELVANE_PICTURES")) {
+        desktop->outputOf({"grim", std::string(folder) + "/panel-over-window.png"});
+    }
+    ASSERT_TRUE(WaylandDesktop::waitUntil([&] {
+        desktop->outputOf({KELVANE_PRODUCT, "--grade", "--window"}, variables());
+        return std::filesystem::exists(home / "picture.png");
+    }));
+    const auto pixels = decodePng(contentOf("picture.png"));
+    ASSERT_TRUE(pixels);
+    ASSERT_EQ(pixels->width, 1280U);
+    ASSERT_EQ(pixels->height, 800U);
+    // The right half is where the panel stands; the window's own text cursor is on the left.
+    for (std::uint32_t y = 0; y < pixels->height; ++y) {
+        for (std::uint32_t x = pixels->width / 2; x < pixels->width; ++x) {
+            ASSERT_EQ(pixels->at(x, y), 0xFF336699U) << x << ", " << y;
+        }
+    }
+    EXPECT_GT(count("shown"), count("hidden")) << "the panel stays to show what comes of it";
+}
+
 TEST_F(PanelOnWayland, OfKWinOpensAgainAndAgainAndClosesWhenAnotherWindowHasTheKeyboard) {
     if (const auto why = WaylandDesktop::missing(Compositor::KWin)) GTEST_SKIP() << *why;
     begin({.compositor = Compositor::KWin});
+    startProduct();
     for (int i = 0; i < 2; ++i) {
         open();
         EXPECT_GT(count("shown"), count("hidden"));

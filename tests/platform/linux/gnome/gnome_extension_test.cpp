@@ -18,8 +18,10 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <memory>
 #include <optional>
 #include <string>
@@ -62,6 +64,64 @@ GLib.timeout_add(GLib.PRIORITY_DEFAULT, 100, () => {
     return GLib.SOURCE_REMOVE;
 });
 new GLib.MainLoop(null, false).run();
+)";
+
+/// In place of GNOME Shell 45: its two modules that the extension takes something from.
+constexpr const char* kShellModules = R"(<gresources><gresource prefix="/org/gnome/shell">
+<file>ui/main.js</file><file>extensions/extension.js</file>
+</gresource></gresources>
+)";
+constexpr const char* kMainModule = R"(export function activateWindow(window) {
+    print(`activated ${window.get_id()}`);
+}
+)";
+constexpr const char* kExtensionModule = R"(export class Extension {
+    constructor(metadata) { this.path = metadata.path; }
+}
+)";
+/// Loads the extension in ARGV[0] as a module, enables it, asks it for a window before and after
+/// this program stands among those it answers, and disables it again.
+constexpr const char* kShellOfModules = R"(import Gio from 'gi://Gio';
+import GLib from 'gi://GLib';
+
+Gio.Resource.load('shell.gresource')._register();
+const window = {
+    get_id: () => 7, is_override_redirect: () => false, get_window_type: () => 0,
+};
+let listeners = 0;
+globalThis.global = {
+    display: {
+        focus_window: window,
+        get_selection: () => ({ connect: () => ++listeners, disconnect: () => --listeners }),
+    },
+    get_window_actors: () => [{ meta_window: window }],
+};
+const { default: Companion } = await import(`file://${ARGV[0]}/extension.js`);
+const extension = new Companion({ path: ARGV[0] });
+extension.enable();
+print(`listeners ${listeners}`);
+
+const name = 'example.trevix.kelvane.GnomeShell';
+const loop = new GLib.MainLoop(null, false);
+function ask(then) {
+    Gio.DBus.session.call(name, '/example/trevix/kelvane/GnomeShell', name, 'Activate',
+        new GLib.Variant('(t)', [7]), null, Gio.DBusCallFlags.NONE, -1, null, (bus, result) => {
+            try {
+                print(`answered ${bus.call_finish(result).deepUnpack()[0]}`);
+            } catch (error) {
+                print(Gio.DBusError.get_remote_error(error));
+            }
+            then();
+        });
+}
+ask(() => {
+    const self = GLib.file_read_link('/proc/self/exe');
+    GLib.file_set_contents(`${ARGV[0]}/programs`, `${self}\n`);
+    ask(() => loop.quit());
+});
+loop.run();
+extension.disable();
+print(`listeners ${listeners}`);
 )";
 
 class GnomeExtensionTest : public testing::Test {
@@ -301,6 +361,45 @@ TEST_F(GnomeExtensionTest, WithoutItAccessibilityTellsTheTextOfGtkPrograms) {
         ports.keyboard->postCopy(front->pid);
         return ports.pasteboard->string() == "read it";
     })) << ports.pasteboard->string().value_or("nothing");
+}
+
+/// The form for GNOME 45 and later, which this machine has none of: as a module, with stand-ins for
+/// what it takes from the shell.
+TEST(GnomeExtensionAsAModule, LoadsAnswersTheCompanionAloneAndLeavesNothing) {
+    for (const auto* const tool : {"gjs", "glib-compile-resources", "dbus-run-session"}) {
+        if (!installedProgram(tool)) GTEST_SKIP() << "NOT TESTED: " << tool << " is not installed";
+    }
+    const auto folder = std::filesystem::temp_directory_path() /
+                        ("kelvane-gnome-module-" + std::to_string(::getpid()));
+    std::filesystem::create_directories(folder / "ui");
+    std::filesystem::create_directories(folder / "extensions");
+    std::filesystem::copy(std::filesystem::path(KELVANE_GNOME_EXTENSION) / "45", folder / "45");
+    const auto write = [&](const char* name, const char* content) {
+        std::ofstream(folder / name) << content;
+    };
+    write("shell.gresource.xml", kShellModules);
+    write("ui/main.js", kMainModule);
+    write("extensions/extension.js", kExtensionModule);
+    write("host.js", kShellOfModules);
+    // The libraries of the shell that is here have the parts that it uses under the same names.
+    const std::string libraries =
+        "/usr/lib/gnome-shell:$(dirname $(ls -d /usr/lib/*/mutter-*/Meta-*.typelib | tail -n 1))";
+    const std::string command =
+        "cd " + folder.string() +
+        " && glib-compile-resources shell.gresource.xml && l=" + libraries +
+        " && HOME=" + folder.string() +
+        " GI_TYPELIB_PATH=$l LD_LIBRARY_PATH=$l timeout 60 dbus-run-session -- gjs -m host.js " +
+        (folder / "45").string() + " 2>errors";
+    std::string said;
+    std::FILE* const pipe = ::popen(command.c_str(), "r");
+    ASSERT_NE(pipe, nullptr);
+    for (int c = 0; (c = std::fgetc(pipe)) != EOF;) said += static_cast<char>(c);
+    EXPECT_EQ(::pclose(pipe), 0);
+    std::ifstream errors(folder / "errors");
+    EXPECT_EQ(said, "listeners 1\norg.freedesktop.DBus.Error.AccessDenied\nactivated 7\n"
+                    "answered true\nlisteners 0\n")
+        << std::string(std::istreambuf_iterator<char>(errors), {});
+    std::filesystem::remove_all(folder);
 }
 
 } // namespace

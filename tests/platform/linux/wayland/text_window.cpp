@@ -1,25 +1,58 @@
-// A program of Qt 6 for tests: one window with a text that can be selected, or with one colour.
+// A program of Qt 6 for tests: windows with a text that can be selected, or with one colour.
 //
-//     text_window APP_ID TITLE WIDTH HEIGHT TEXT
-//     text_window APP_ID TITLE WIDTH HEIGHT #336699
+//     text_window APP_ID TITLE WIDTH HEIGHT TEXT [PIPE]
+//     text_window APP_ID TITLE WIDTH HEIGHT #336699 [PIPE]
+//
+// One window, and one more for each line "WIDTH HEIGHT" that comes through the named pipe PIPE.
 
 #include <QApplication>
 #include <QPlainTextEdit>
+#include <QSocketNotifier>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <memory>
+#include <vector>
+
+namespace {
+
+std::unique_ptr<QPlainTextEdit> shownWindow(const QStringList& arguments, const QString& width,
+                                            const QString& height) {
+    auto window = std::make_unique<QPlainTextEdit>();
+    window->setWindowTitle(arguments[2]);
+    window->setFixedSize(width.toInt(), height.toInt());
+    if (arguments[5].startsWith('#')) {
+        window->setFrameShape(QFrame::NoFrame);
+        window->setStyleSheet("background: " + arguments[5]);
+    } else {
+        window->setPlainText(arguments[5]);
+    }
+    window->show();
+    return window;
+}
+
+} // namespace
 
 int main(int argc, char** argv) {
     QGuiApplication::setDesktopFileName(QString::fromLocal8Bit(argc > 1 ? argv[1] : ""));
     const QApplication application(argc, argv);
     const auto arguments = QCoreApplication::arguments();
-    if (arguments.size() != 6) return 2;
-    QPlainTextEdit window;
-    window.setWindowTitle(arguments[2]);
-    window.setFixedSize(arguments[3].toInt(), arguments[4].toInt());
-    if (arguments[5].startsWith('#')) {
-        window.setFrameShape(QFrame::NoFrame);
-        window.setStyleSheet("background: " + arguments[5]);
-    } else {
-        window.setPlainText(arguments[5]);
+    if (arguments.size() < 6 || arguments.size() > 7) return 2;
+    std::vector<std::unique_ptr<QPlainTextEdit>> windows;
+    windows.push_back(shownWindow(arguments, arguments[3], arguments[4]));
+    std::unique_ptr<QSocketNotifier> more;
+    if (arguments.size() == 7) {
+        // For writing too, or it would be at its end whenever nobody writes.
+        const int pipe = open(argv[6], O_RDWR | O_NONBLOCK | O_CLOEXEC); // NOLINT(*-vararg)
+        if (pipe < 0) return 2;
+        more = std::make_unique<QSocketNotifier>(pipe, QSocketNotifier::Read);
+        QObject::connect(more.get(), &QSocketNotifier::activated, [&windows, arguments, pipe] {
+            QByteArray line(100, '\0'); // Written at once by whoever writes, so it is a whole one.
+            line.truncate(static_cast<int>(read(pipe, line.data(), 100)));
+            const auto size = QString::fromLatin1(line.trimmed()).split(' ');
+            if (size.size() == 2) windows.push_back(shownWindow(arguments, size[0], size[1]));
+        });
     }
-    window.show();
     return QApplication::exec();
 }
