@@ -26,7 +26,8 @@ struct CriticTools {
 
 /// What the critic that is right for each part makes of it, by its type and the declared modality,
 /// in the order of the parts. A submission without parts, or whose every part is empty, has one
-/// finding that says so.
+/// finding that says so. Of a text beyond 8 MiB, 4 MiB of code or a table, the beginning is read,
+/// and the coverage says so.
 [[nodiscard]] Critique critique(const Submission& submission, const CriticTools& tools = {});
 
 /// The same part by part: `each` is given what was made of every part, as soon as it is made; of a

@@ -29,6 +29,8 @@ std::string_view contentOf(std::string_view line) {
 /// mark.
 class Fences {
 public:
+    [[nodiscard]] bool open() const { return m_length > 0; }
+
     /// Whether the line belongs to code, its fences included.
     bool holds(std::string_view line) {
         const std::string_view content = contentOf(line);
@@ -58,6 +60,22 @@ private:
     char m_mark = '`';
 };
 
+/// Whether the line is the line of tildes under a heading of reStructuredText: as long as the text
+/// above it, with nothing below it. Elsewhere it would open code that nothing closes.
+bool isUnderline(std::string_view above, std::string_view line, std::string_view below) {
+    const auto trimmed = [](std::string_view text) {
+        const std::size_t end = text.find_last_not_of(" \t\r");
+        return end == std::string_view::npos ? std::string_view() : text.substr(0, end + 1);
+    };
+    above = trimmed(above);
+    line = trimmed(line);
+    constexpr std::size_t kMore = 3; // Marks beyond the end of the text.
+    return line.size() >= 3 && line.find_first_not_of('~') == std::string_view::npos &&
+           !above.empty() && above.front() != ' ' && above.front() != '~' &&
+           line.size() + 1 >= above.size() && line.size() <= above.size() + kMore &&
+           trimmed(below).empty();
+}
+
 bool isMark(char c) {
     constexpr std::string_view kMarks = "[]*_~`<>&!|\\(\"'";
     return kMarks.find(c) != std::string_view::npos;
@@ -80,6 +98,13 @@ std::string readable(const SourceText& source, std::size_t firstLine, std::size_
         const std::size_t end = source.lineEnd(line);
         if (line < firstLine) {
             blank(begin, end - begin);
+            continue;
+        }
+        if (line > firstLine && !fences.open() &&
+            isUnderline(source.line(line - 1), source.line(line),
+                        line + 1 < lines ? source.line(line + 1) : std::string_view())) {
+            blank(begin, end - begin);
+            marks = 0;
             continue;
         }
         // Blanks that do not break indent like others.

@@ -289,10 +289,12 @@ Grader::grade(const Submission& submission, std::stop_token cancel,
     return whole;
 }
 
-bool writeFrames(std::string_view input, const CriticTools& tools,
+bool writeFrames(std::string input, const CriticTools& tools,
                  const std::function<void(std::string_view)>& write) {
     const auto submission = decodeSubmission(input);
     if (!submission) return false;
+    // As much again as the work, which the critics can use.
+    std::string().swap(input);
     critiqueEach(*submission, tools,
                  [&](const Critique& critique) { write(framed(encode(critique))); });
     return true;

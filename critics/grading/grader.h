@@ -65,7 +65,7 @@ private:
 
 /// The worker's own end of it: judges what stands encoded in `input`, and hands what it made of
 /// each part to `write`, as soon as it is made. False for bytes that are no submission.
-[[nodiscard]] bool writeFrames(std::string_view input, const CriticTools& tools,
+[[nodiscard]] bool writeFrames(std::string input, const CriticTools& tools,
                                const std::function<void(std::string_view)>& write);
 
 /// An engine room with nobody in it.

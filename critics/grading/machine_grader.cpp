@@ -23,8 +23,8 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// Of the child that the critics run in. 16 MiB of prose take 280 MB and 5 s of processor time on a
-// machine of 2 cores; work of 32 MiB meets the limit of memory, which is said in its coverage.
+// Of the child that the critics run in. What it reads of one text is bounded so that it stays within
+// (critics/critic.cpp); what meets the limits all the same is said in the coverage.
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 // What a sanitizer maps for its own books counts as data of the child, and is terabytes.
 constexpr std::uint64_t kWorkerMemory = std::numeric_limits<std::uint64_t>::max();
@@ -156,7 +156,7 @@ int serveWorker(Readers readers, const std::function<std::string(const char*)>& 
     while (const std::size_t got = std::fread(room.data(), 1, room.size(), stdin)) {
         input.append(room.data(), got);
     }
-    const bool read = writeFrames(input, tools, [](std::string_view frame) {
+    const bool read = writeFrames(std::move(input), tools, [](std::string_view frame) {
         std::fwrite(frame.data(), 1, frame.size(), stdout);
         // After each part, so that what was found survives a bad end of the next.
         std::fflush(stdout);

@@ -86,7 +86,7 @@ void GrammarReport::add(GradedRule rule, const EnglishSentence& sentence, std::s
 
 std::set<std::size_t> checkGrammar(const ProseView& view, const ProseLanguages& languages,
                                    LanguageSlips& slips) {
-    const bool technical = view.hasCode();
+    const bool technical = view.isTechnical();
     GrammarReport report(slips, technical);
     std::size_t word = 0;
     for (const Sentence& sentence : view.sentences) {

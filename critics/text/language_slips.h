@@ -17,6 +17,8 @@ namespace trevix {
 
 /// Words; in as many or more a lone slip weighs low. The page of the verdict's formula.
 constexpr std::size_t kWordsOfAPage = 100;
+/// Words that a longer text has for each slip beyond the first, if it is to be a sound one.
+constexpr std::size_t kWordsOfAFurtherSlip = 200;
 
 class LanguageSlips {
 public:

@@ -51,8 +51,9 @@ constexpr std::array<std::string_view, 16> kNumbered = {
     "chapter", "part",    "volume", "vol",   "book", "bowl",  "canto",    "psalm",
     "section", "article", "act",    "scene", "pope", "louis", "olympiad", "amendment"};
 
-constexpr std::array<std::string_view, 9> kAfterMention = {
-    "list", "lists", "app", "comment", "comments", "item", "items", "marker", "markers"};
+constexpr std::array<std::string_view, 11> kAfterMention = {"file",  "files",   "list",     "lists",
+                                                            "app",   "comment", "comments", "item",
+                                                            "items", "marker",  "markers"};
 
 /// Inner text in small letters, with underscores as blanks and single blanks.
 std::string slotName(std::string_view inner) {
@@ -85,6 +86,27 @@ std::size_t closerNear(std::string_view text, std::size_t at, char closer) {
     return at + 1 + found;
 }
 
+/// Whether tasks are spoken of: a title of a list of them ("TODO", "## TODO tests") with something
+/// below it, or, in a manual, a word in the middle of a sentence.
+bool speaksOfTasks(const ProseView& view, const text::Word& word) {
+    constexpr std::size_t kLongestTitle = 40; // Bytes
+    const std::size_t number = view.source.lineAt(word.offset);
+    const std::string_view whole = view.source.line(number);
+    const std::string_view line = text::trimmed(whole);
+    const std::size_t end = word.end() - view.source.lineStart(number);
+    const bool last =
+        text::trimmed(whole.substr(end)).find_first_not_of(':') == std::string_view::npos;
+    if (line.starts_with('#') || (last && line.size() < kLongestTitle)) {
+        std::string_view next;
+        for (std::size_t i = 1; i <= 2 && next.empty() && number + i < view.source.lineCount(); ++i)
+            next = text::trimmed(view.source.line(number + i));
+        return !next.empty() && !next.starts_with('#');
+    }
+    const std::string_view text = view.masked();
+    return view.isTechnical() && word.offset > 1 && text[word.offset - 1] == ' ' &&
+           text::isAsciiWord(text[word.offset - 2]);
+}
+
 bool wordMarksGap(const ProseView& view, std::size_t index) {
     const text::Word& word = view.words[index];
     const std::string_view text = view.masked();
@@ -96,12 +118,16 @@ bool wordMarksGap(const ProseView& view, std::size_t index) {
     const char after = word.end() < text.size() ? text[word.end()] : ' ';
     const bool quoted = (before == '"' && after == '"') || (before == '\'' && after == '\'') ||
                         text.substr(word.end(), 3) == "”";
+    // "$XXX", "SOL_XXX", "fooXXX-1", "\\XXX": what stands for any letters in a name.
+    constexpr std::string_view kOfNames = "_#/$\\%.=-";
+    if (kOfNames.find(before) != std::string_view::npos && crosses) return false;
     if (quoted || before == '_' || after == '_' || before == '#' || before == '/') return false;
     if (index + 1 < view.words.size() && !crosses &&
         view.words[index + 1].offset == word.end() + 1 &&
         text::isOneOf(text::lowerAscii(view.wordText(index + 1)), kAfterMention)) {
         return false;
     }
+    if (!crosses && own != "TBD" && speaksOfTasks(view, word)) return false;
     if (crosses && own.size() == 3 && index > 0) {
         // The Roman number thirty.
         const text::Word& previous = view.words[index - 1];
@@ -123,6 +149,11 @@ bool argumentOfCommand(std::string_view text, std::size_t at) {
     return before.substr(before.find_last_of(" \t\n") + 1).starts_with('-');
 }
 
+bool startsLine(std::string_view text, std::size_t at) {
+    const std::size_t before = text.find_last_not_of(" \t", at == 0 ? 0 : at - 1);
+    return at == 0 || before == std::string_view::npos || text[before] == '\n';
+}
+
 void checkBracketedSlot(const ProseView& view, std::size_t at, FindingList& findings) {
     const std::string_view text = view.masked();
     const char open = text[at];
@@ -141,6 +172,17 @@ void checkBracketedSlot(const ProseView& view, std::size_t at, FindingList& find
         const std::size_t close = closerNear(text, at, '>');
         if (close == std::string_view::npos) return;
         if (argumentOfCommand(text, at)) return;
+        // "branch.<name>.merge", "--with-<name>": a part of a name.
+        const std::string_view behind = text.substr(close + 1, 1);
+        if (at > 0 && std::string_view("./-_:@=").find(text[at - 1]) != std::string_view::npos)
+            return;
+        if (!behind.empty() &&
+            std::string_view("./-_:@=(").find(behind[0]) != std::string_view::npos &&
+            text.substr(close + 2, 1).find_first_of(" \n") == std::string_view::npos &&
+            close + 2 < text.size()) {
+            return;
+        }
+        if (view.isTechnical() && !startsLine(text, at)) return;
         const std::string slot = slotName(text.substr(at + 1, close - at - 1));
         if (text::isOneOf(slot, kInAngles) || (isSlot(slot) && slot.find("your ") == 0) ||
             (isSlot(slot) && slot.find("insert ") == 0)) {
@@ -245,7 +287,12 @@ void checkPlaceholders(const ProseView& view, FindingList& findings) {
         const bool questions = c == '?' && text.substr(i, 3) == "???";
         if (questions && (i == 0 || text[i - 1] == ' ' || text[i - 1] == '\n')) {
             const std::size_t after = text.find_first_not_of('?', i);
-            findings.add(kPlaceholder, i, 3, kIsPlaceholder);
+            // "????-*.diff" is a pattern of names.
+            const bool pattern =
+                after != std::string_view::npos &&
+                std::string_view("-*._/[").find(text[after]) != std::string_view::npos &&
+                text.substr(after + 1, 1).find_first_of(" \n") != 0 && after + 1 < text.size();
+            if (!pattern) findings.add(kPlaceholder, i, 3, kIsPlaceholder);
             if (after == std::string_view::npos) break;
             i = after - 1;
         }

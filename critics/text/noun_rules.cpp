@@ -302,6 +302,11 @@ int vowelSound(std::string_view word) {
     bool vowel = false;
     for (const char c : word)
         vowel = vowel || c == 'a' || c == 'e' || c == 'i' || c == 'o' || c == 'u' || c == 'y';
+    // No word of English begins so; the letters are spelled out: "an sdist", "an HTTP".
+    constexpr std::array<std::string_view, 24> kSpelledOut = {
+        "bp", "cd", "cp", "cv", "db", "dh", "dn", "dp", "fd", "fp", "fs", "ht",
+        "lc", "ld", "mc", "md", "mk", "mp", "nc", "rf", "rs", "sd", "sr", "sv"};
+    if (text::isOneOf(word.substr(0, 2), kSpelledOut)) return -1;
     return vowel && word.size() > 2 ? 0 : -1;
 }
 
@@ -376,7 +381,7 @@ void checkMissingArticle(const EnglishSentence& s, std::size_t i, GrammarReport&
         std::size_t at = i + 1;
         if (s.word(at) == "not" && s.glued(at)) ++at;
         const std::size_t noun = bareNoun(s, at);
-        if (noun < s.size() && !s.before(i, {"as"}) && !s.is(noun, {"person"}))
+        if (noun < s.size() && !s.before(i, {"as"}) && !s.is(noun, {"person", "relative"}))
             report.add(kArticle, s, i, noun, says);
         return;
     }

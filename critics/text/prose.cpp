@@ -265,6 +265,20 @@ std::size_t listMarkerLength(std::string_view line) {
     return i > blank ? i : 0;
 }
 
+/// "  $ make", ">>> f(x)", "  x = g(y);": a line of a program or of a terminal amid plain text.
+bool isCodeLine(std::string_view line, std::string_view content) {
+    const bool indented = line.size() > content.size() && (line[0] == ' ' || line[0] == '\t');
+    if (content.starts_with(">>> ") || content.starts_with("#include ")) return true;
+    if (content.starts_with("$ ") && content.size() > 3 && !text::isAsciiDigit(content[2])) {
+        return true;
+    }
+    if (!indented) return false;
+    const char last = content.back();
+    if (last == '{' || last == '}' || last == '\\') return true;
+    if (last == ';' && content.find_first_of("()=[]") != std::string_view::npos) return true;
+    return content.starts_with("# ") || content.starts_with("sudo ");
+}
+
 Prose plainProse(const SourceText& source) {
     Prose prose;
     prose.masked = std::string(source.text());
@@ -280,7 +294,9 @@ Prose plainProse(const SourceText& source) {
         if (!content.empty() && line[0] == '>') {
             mask(prose.masked, source.lineStart(i), line.size());
         }
-        if (content.empty() || line[0] == '>' ||
+        const bool code = !content.empty() && isCodeLine(line, content);
+        if (code) mask(prose.masked, source.lineStart(i), line.size());
+        if (content.empty() || line[0] == '>' || code ||
             content.find_first_not_of("-=_*~# ") == std::string_view::npos) {
             close();
             continue;

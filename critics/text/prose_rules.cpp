@@ -4,6 +4,7 @@
 #include "critics/text/grammar_rules.h"
 #include "critics/text/prose_languages.h"
 #include "critics/text/spelling_rules.h"
+#include "critics/text/technical_prose.h"
 #include "critics/text/text_rule_table.h"
 #include "text/letters.h"
 #include "text/unicode.h"
@@ -25,7 +26,8 @@ constexpr GradedRule kEmpty = declared<WorkKind::text>("text.empty");
 constexpr GradedRule kNearlyEmpty = declared<WorkKind::text>("text.nearly_empty");
 constexpr GradedRule kDoubledWord = declared<WorkKind::text>("text.doubled_word");
 constexpr GradedRule kLongSentence = declared<WorkKind::text>("text.long_sentence");
-constexpr GradedRule kRepeated = declared<WorkKind::text>("text.repeated_sentence");
+constexpr GradedRule kRepeated =
+    declared<WorkKind::text>("text.repeated_sentence", Severity::medium);
 constexpr GradedRule kUnfinished = declared<WorkKind::text>("text.unfinished_sentence");
 constexpr GradedRule kWeekday = declared<WorkKind::text>("text.weekday");
 constexpr GradedRule kImpossibleDate = declared<WorkKind::text>("text.impossible_date");
@@ -35,15 +37,16 @@ constexpr GradedRule kDateOrder = declared<WorkKind::text>("text.date_order");
 constexpr std::size_t kMostWordsInSentence = 45;
 constexpr std::size_t kFewestRepeatedWords = 8; // In a sentence that may not come twice.
 // The same beside code: a reference describes like things in like words.
-constexpr std::size_t kFewestRepeatedBesideCode = 20;
+constexpr std::size_t kFewestRepeatedInManuals = 20;
 // Bytes; shorter lines are lists or tables set with line breaks, where a word may stand twice.
 constexpr std::size_t kProseLine = 30;
 
 /// Words that sound sentences have twice in a row.
-constexpr std::array<std::string_view, 33> kDoubledByRight = {
-    "had", "that", "very", "no",     "bye",  "ha",   "so",   "knock", "blah",  "bla",   "yada",
-    "tut", "her",  "can",  "really", "many", "long", "far",  "hear",  "there", "now",   "never",
-    "die", "der",  "das",  "den",    "dem",  "sie",  "nous", "vous",  "dat",   "piano", "one"};
+constexpr std::array<std::string_view, 35> kDoubledByRight = {
+    "had",  "that",  "very", "no",    "bye",   "ha",     "so",   "knock", "blah",
+    "bla",  "yada",  "tut",  "her",   "can",   "really", "many", "long",  "far",
+    "hear", "there", "now",  "never", "die",   "der",    "das",  "den",   "dem",
+    "sie",  "nous",  "vous", "dat",   "piano", "one",    "etc",  "hint"};
 
 constexpr std::array<std::string_view, 24> kNeverLast = {
     "and",   "or",     "but",   "the",  "a",    "an",       "because", "which",
@@ -137,7 +140,7 @@ void checkRepeatedSentences(const ProseView& view, FindingList& findings) {
     std::unordered_map<std::uint64_t, std::size_t> first;
     constexpr std::size_t kNone = static_cast<std::size_t>(-1);
     std::size_t previousOriginal = kNone;
-    const std::size_t fewest = view.hasCode() ? kFewestRepeatedBesideCode : kFewestRepeatedWords;
+    const std::size_t fewest = view.isTechnical() ? kFewestRepeatedInManuals : kFewestRepeatedWords;
     for (std::size_t i = 0; i < view.sentences.size(); ++i) {
         const std::string_view own = textOf(i);
         std::size_t original = kNone;
@@ -150,7 +153,8 @@ void checkRepeatedSentences(const ProseView& view, FindingList& findings) {
         const bool goesOn =
             original != kNone && previousOriginal != kNone && original == previousOriginal + 1;
         if (original != kNone && !goesOn) {
-            findings.add(kRepeated, view.sentences[i].begin, own.size(),
+            findings.add(view.isTechnical() ? softened(kRepeated) : kRepeated,
+                         view.sentences[i].begin, own.size(),
                          "stands word for word in " +
                              view.source.linePlace(view.sentences[original].begin) + " already");
         }
@@ -252,7 +256,8 @@ ProseView::ProseView(const SourceText& text, Prose parts)
       prose(std::move(parts)),
       words(text::wordsIn(prose.masked, 0, prose.masked.size())),
       sentences(sentencesOf(prose)),
-      m_hasCode(masksCode(source.text(), prose.masked)) {}
+      m_technical(masksCode(source.text(), prose.masked) || isTechnicalProse(prose.masked, words)) {
+}
 
 std::string_view ProseView::wordText(std::size_t word) const {
     return masked().substr(words[word].offset, words[word].length);
@@ -284,6 +289,24 @@ bool checkAmount(const ProseView& view, FindingList& findings) {
     return false;
 }
 
+/// "opt-in in", "headers_install INSTALL_PATH", ":param param:", "Colormap colormap": one of the
+/// two belongs to something longer, or is a type and its value.
+bool isOfLongerName(const ProseView& view, const text::Word& left, const text::Word& right) {
+    constexpr std::string_view kJoints = "-_/:@$.=%";
+    const std::string_view text = view.masked();
+    if (left.offset > 0 && kJoints.find(text[left.offset - 1]) != std::string_view::npos) {
+        return true;
+    }
+    if (right.end() + 1 < text.size() &&
+        std::string_view("-_/:=(").find(text[right.end()]) != std::string_view::npos &&
+        text[right.end() + 1] > ' ') {
+        return true;
+    }
+    return view.isTechnical() && left.capitalised != right.capitalised && left.offset > 1 &&
+           text[left.offset - 1] == ' ' &&
+           (text::isAsciiWord(text[left.offset - 2]) || text[left.offset - 2] == ',');
+}
+
 void checkDoubledWords(const ProseView& view, FindingList& findings) {
     for (std::size_t i = 0; i + 1 < view.words.size(); ++i) {
         const text::Word& left = view.words[i];
@@ -295,6 +318,7 @@ void checkDoubledWords(const ProseView& view, FindingList& findings) {
         const std::string lower = text::lowerAscii(own);
         if (isIn(wordLists().doubledByRight, lower)) continue;
         if (left.letters == 1 && lower != "a" && lower != "i") continue;
+        if (isOfLongerName(view, left, right)) continue;
         // Names such as "Walla Walla"; two capitals at the start of a sentence are rare.
         if (left.capitalised && right.capitalised && lower != "the" && lower != "a") continue;
         // Three in a row are meant.

@@ -30,11 +30,12 @@ struct ProseView {
 
     [[nodiscard]] std::string_view masked() const { return prose.masked; }
     [[nodiscard]] std::string_view wordText(std::size_t word) const;
-    /// Whether the text has code beside its prose: something is masked that is no address.
-    [[nodiscard]] bool hasCode() const { return m_hasCode; }
+    /// Whether the text is about programs: it has code beside its prose, something that is masked
+    /// and no address, or reads like a manual.
+    [[nodiscard]] bool isTechnical() const { return m_technical; }
 
 private:
-    bool m_hasCode = false;
+    bool m_technical = false;
 };
 
 /// Builds the word lists that the prose rules look words up in; otherwise the first check does.

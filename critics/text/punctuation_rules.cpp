@@ -15,7 +15,7 @@ namespace text = kelvane::text;
 
 namespace {
 
-constexpr GradedRule kUnclosed = declared<WorkKind::text>("text.unclosed_pair");
+constexpr GradedRule kUnclosed = declared<WorkKind::text>("text.unclosed_pair", Severity::medium);
 constexpr GradedRule kShouting = declared<WorkKind::text>("text.shouting");
 constexpr GradedRule kSpacing = declared<WorkKind::text>("text.spacing");
 
@@ -66,14 +66,22 @@ bool isInterval(std::string_view inner) {
 }
 
 class PairScanner {
+    static constexpr std::size_t kMostCarried = 8; // Marks that stay open to the next block.
+
 public:
     PairScanner(const ProseView& view, FindingList& findings)
         : m_text(view.masked()),
-          m_findings(findings) {}
+          m_findings(findings),
+          // A manual quotes single marks and parts of code.
+          m_rule(view.isTechnical() ? softened(kUnclosed) : kUnclosed) {}
 
-    void scan(const Block& block, const Block* next) {
+    /// `goesOn`: the next block begins on the line behind this one, so that what is opened here may
+    /// be closed there.
+    void scan(const Block& block, const Block* next, bool goesOn) {
         m_begin = block.begin;
-        m_open.clear();
+        // Marks of code that nothing closes: what stands between them is not known.
+        m_unsure = m_unsure || m_text.substr(block.begin, block.end - block.begin).find('`') !=
+                                   std::string_view::npos;
         const std::size_t before =
             block.begin == 0 ? std::string_view::npos
                              : m_text.find_last_not_of(" \t\r\n\xC2\xA0", block.begin - 1);
@@ -89,10 +97,18 @@ public:
                 i += point.length;
             }
         }
+        std::vector<Open> carried;
         for (const Open& open : m_open) {
-            if (quoteGoesOn(open, next)) continue;
-            report(open.offset, open.mark == '"' || open.mark > 0x7F ? "a quote" : "a bracket");
+            const bool quote = open.mark == '"' || open.mark > 0x7F;
+            if (m_unsure || (quote && quoteGoesOn(open, next))) continue;
+            if (!quote && goesOn && carried.size() < kMostCarried) {
+                carried.push_back(open);
+            } else {
+                report(open.offset, quote ? "a quote" : "a bracket");
+            }
         }
+        m_open = std::move(carried);
+        if (!goesOn) m_unsure = false;
     }
 
 private:
@@ -119,6 +135,7 @@ private:
             return;
         }
         if (c == ')' && closesNothingByRight(m_text, m_begin, i)) return;
+        if (m_unsure) return;
         if (m_followsMasked) return; // It may have been opened in what was not read.
         reportStray(i);
     }
@@ -191,7 +208,7 @@ private:
     }
 
     void report(std::size_t at, std::string_view what) {
-        m_findings.add(kUnclosed, at, excerptLength(at),
+        m_findings.add(m_rule, at, excerptLength(at),
                        "opens " + std::string(what) + " that its paragraph never closes");
         m_reportedOpen = true;
     }
@@ -205,7 +222,7 @@ private:
         const std::size_t begin = at - std::min<std::size_t>(at - m_begin, 30);
         std::size_t start = begin;
         while (start < at && (static_cast<unsigned char>(m_text[start]) & 0xC0U) == 0x80U) ++start;
-        m_findings.add(kUnclosed, start, at + 1 - start,
+        m_findings.add(m_rule, start, at + 1 - start,
                        "closes a bracket that its paragraph never opened");
     }
 
@@ -217,9 +234,11 @@ private:
 
     std::string_view m_text;
     FindingList& m_findings;
+    GradedRule m_rule;
     std::vector<Open> m_open;
     std::size_t m_begin = 0;
     bool m_reportedOpen = false;
+    bool m_unsure = false;
     bool m_followsMasked = false; // Code or an address stands right before the block.
 };
 
@@ -344,7 +363,11 @@ void checkPairs(const ProseView& view, FindingList& findings) {
     const std::vector<Block>& blocks = view.prose.blocks;
     for (std::size_t i = 0; i < blocks.size(); ++i) {
         if (blocks[i].kind == BlockKind::table) continue;
-        scanner.scan(blocks[i], i + 1 < blocks.size() ? &blocks[i + 1] : nullptr);
+        const bool last = i + 1 == blocks.size();
+        const bool goesOn =
+            !last && blocks[i + 1].kind != BlockKind::table &&
+            view.source.lineAt(blocks[i + 1].begin) == view.source.lineAt(blocks[i].end) + 1;
+        scanner.scan(blocks[i], last ? nullptr : &blocks[i + 1], goesOn);
     }
 }
 

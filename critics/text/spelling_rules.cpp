@@ -41,6 +41,7 @@ constexpr std::size_t kFewestForShare = 8; // Words; in fewer a share says nothi
 constexpr std::size_t kMostUnknown = 50;   // Percent; beyond it the words are no prose.
 constexpr std::size_t kShortestStem = 5;   // Letters behind a prefix.
 constexpr std::size_t kShortestPart = 4;   // Letters of each half of "codebase".
+constexpr std::size_t kShortestPartOfCompound = 5;
 
 constexpr std::array<std::string_view, 28> kPrefixes = {
     "un",   "re",    "non",   "pre",   "sub",   "multi",  "auto", "de",  "micro", "meta",
@@ -55,6 +56,7 @@ enum class Shape { plain, capitalised, other };
 struct Verdict {
     bool known = true;
     bool sure = false;
+    bool listed = false;    ///< Among the known slips, so that no name is meant.
     std::string suggestion; ///< Empty when there is none.
     bool capitalOnly = false;
 };
@@ -69,7 +71,7 @@ public:
           m_spokenOf(spokenOf),
           m_slips(slips),
           m_coverage(coverage),
-          m_technical(view.hasCode()) {
+          m_technical(view.isTechnical()) {
         if (tools.personalWords) m_personal = tools.personalWords();
         countWords();
         gatherCodeWords();
@@ -183,6 +185,11 @@ private:
         return !isQuoted(word);
     }
 
+    /// Whether a hyphen joins it to another word; one at the end of a line parts a word.
+    [[nodiscard]] bool isPartOfCompound(const text::Word& word) const {
+        return before(word) == '-' || (at(word.end()) == '-' && !isBlank(at(word.end() + 1)));
+    }
+
     static bool isBlank(char c) { return c == ' ' || c == '\n' || c == '\t' || c == '\r'; }
 
     [[nodiscard]] bool isQuoted(const text::Word& word) const {
@@ -221,6 +228,9 @@ private:
             ++looked;
             const Verdict& verdict = verdictOn(i, shape, books, language);
             if (verdict.known) continue;
+            // "git-reflog", "topo-order": parts of a compound are names and short forms.
+            const bool part = isPartOfCompound(word);
+            if (part && (!verdict.listed || word.letters < kShortestPartOfCompound)) continue;
             ++unknown;
             suspects.push_back({i, verdict});
         }
@@ -266,12 +276,12 @@ private:
         const std::string_view meant =
             english && m_tools.slips != nullptr ? m_tools.slips->meantBy(own) : std::string_view();
         if (!meant.empty()) {
-            verdict.sure = true;
+            verdict.sure = verdict.listed = true;
             verdict.suggestion = meant;
             return verdict;
         }
         if (const std::string_view parted = partedForm(own); english && !parted.empty()) {
-            verdict.sure = true;
+            verdict.sure = verdict.listed = true;
             verdict.suggestion = parted;
             return verdict;
         }
@@ -282,7 +292,8 @@ private:
             if (books.know(proper)) {
                 // "git", "java": in notes on code a name may be a command.
                 if ((m_technical || own.size() <= kFewestLetters) && !isProperWord(own)) return {};
-                verdict.sure = true;
+                // A name in small letters is a habit; a day or a language so is a slip.
+                verdict.sure = isProperWord(own);
                 verdict.suggestion = proper;
                 verdict.capitalOnly = true;
                 return verdict;
@@ -295,6 +306,8 @@ private:
         // Dictionaries of other languages lack more, and borrow from English what they lack.
         if (!english && isForeign(own, language)) return {};
         suggest(own, index, shape, language, books, verdict);
+        // Who writes a word twice alike means it, as far as one can tell.
+        if (m_counts[own] > 1) verdict.sure = false;
         // Beside code a word that no dictionary has is more often a term than a slip.
         if (m_technical) {
             verdict.sure = false;

@@ -33,12 +33,19 @@ struct RulesFor<WorkKind::text> {
         Rule{"text.doubled_word", Severity::medium, "repeated words", Unit::word,
              "chosen: across a line break only from 30 characters on, since shorter lines are "
              "lists set with line breaks"},
-        Rule{"text.unclosed_pair", Severity::medium, "closed brackets and quotes", Unit::word,
-             "chosen: an interval has at most 24 bytes between its brackets"},
-        Rule{"text.repeated_sentence", Severity::medium, "repeated passages", Unit::sentence,
-             "chosen: from 8 words on, beside code from 20; shorter sentences are formulas that "
-             "people "
-             "do repeat"},
+        Rule{
+            "text.unclosed_pair",
+            {Severity::medium, Severity::low},
+            "closed brackets and quotes",
+            Unit::word,
+            "chosen: an interval has at most 24 bytes between its brackets; low in a manual, which "
+            "quotes single marks"},
+        Rule{"text.repeated_sentence",
+             {Severity::medium, Severity::low},
+             "repeated passages",
+             Unit::sentence,
+             "chosen: from 8 words on, since shorter sentences are formulas that people do repeat; "
+             "in a manual from 20, and low: it describes like things in like words"},
         Rule{
             "text.unfinished_sentence", Severity::medium, "unfinished text", Unit::sentence,
             "chosen: from 4 words on, and from 7 where it breaks off at a comma, since salutations "

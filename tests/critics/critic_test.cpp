@@ -164,6 +164,49 @@ TEST(Critique, SeveritiesHaveTheirNames) {
     EXPECT_EQ(name(Severity::critical), "CRITICAL");
 }
 
+TEST(Critique, OfAVeryLongTextTheBeginningIsRead) {
+    constexpr std::size_t kMiB = std::size_t{1} << 20U;
+    struct Case {
+        const char* name;
+        std::string mimeType;
+        std::string line;
+        std::string fault; ///< Stands in the first line.
+        std::string rule;
+        std::size_t most;
+    };
+    // Long lines that are soon read.
+    const std::string cell(200, 'x');
+    const std::vector<Case> cases = {
+        {"a.txt", "text/plain", std::string(200, '=') + "\n", "The the (house.\n",
+         "text.doubled_word", 8 * kMiB},
+        {"a.json", "text/x-code", "\"" + cell + "\",\n", "[\n", "", 4 * kMiB},
+        {"a.csv", "text/csv", cell + "1," + cell + "2\n", "a,b\n1,2,3\n", "sheet.ragged_row",
+         4 * kMiB}};
+    for (const Case& each : cases) {
+        SCOPED_TRACE(each.name);
+        std::string text = each.fault;
+        while (text.size() <= each.most) text += each.line;
+        Part part = textPart(text, each.name, each.mimeType);
+        const Critique cut = critique(submission("document", {part}));
+        if (each.rule.empty()) {
+            EXPECT_EQ(rulesOf(cut.findings), std::vector<std::string>{})
+                << "what is not closed may be closed behind";
+        } else {
+            const auto found = rulesOf(cut.findings);
+            EXPECT_NE(std::ranges::find(found, each.rule), found.end());
+        }
+        EXPECT_FALSE(cut.coverage.known);
+        ASSERT_FALSE(cut.coverage.notChecked.empty());
+        EXPECT_EQ(cut.coverage.notChecked.back().what,
+                  "what stands behind the first " + std::to_string(each.most / kMiB) + " MiB");
+    }
+    // No line ends, and no character of three bytes is cut.
+    std::string wide = "a";
+    while (wide.size() <= 8 * kMiB) wide += "\u20AC";
+    const auto found = rulesOf(critique(submission("document", {textPart(wide)})).findings);
+    EXPECT_EQ(std::ranges::find(found, "text.encoding"), found.end());
+}
+
 TEST(Critique, WarmsUpOnceFromManyThreads) {
     std::vector<std::thread> threads;
     std::vector<std::vector<Finding>> results(8);

@@ -307,19 +307,24 @@ TEST(DocumentCritic, ReferencesByNumber) {
 }
 
 TEST(DocumentCritic, UnclosedPartsAndSpellings) {
-    expectRules({{"code block", "Some words first.\n\n```sh\nls\n", {"document.unclosed_code"}},
-                 {"comment",
-                  "Some words first.\n\n<!-- hidden from here\n\nmore words.",
-                  {"document.unclosed_comment"}},
-                 {"longer fence", "Some words first.\n\n````md\n```\n````\n", {}},
-                 {"spelling",
-                  "Send an e-mail. Every email counts, each email is read.",
-                  {"document.spelling_mix"}},
-                 {"one spelling", "Send an e-mail. Every e-mail counts here.", {}},
-                 {"name of a product",
-                  "On GitHub we trust, on Github we post.",
-                  {"document.spelling_mix"}}},
-                critiqueDocument);
+    expectRules(
+        {{"code block", "Some words first.\n\n```sh\nls\n", {"document.unclosed_code"}},
+         {"comment",
+          "Some words first.\n\n<!-- hidden from here\n\nmore words.",
+          {"document.unclosed_comment"}},
+         {"longer fence", "Some words first.\n\n````md\n```\n````\n", {}},
+         {"tildes under a heading", "Garden tools\n~~~~~~~~~~~~\n\nThey hang in the shed.", {}},
+         {"tildes around code", "Call it\n\n~~~~~~~\nls\n~~~~~~~\n\nand wait.", {}},
+         {"code of one line", "~~~~\nls -l\n~~~~\n\nThis lists what is here.\n", {}},
+         {"tildes that open code", "Garden tools\n~~~~~~~~~~~~\nls\n", {"document.unclosed_code"}},
+         {"spelling",
+          "Send an e-mail. Every email counts, each email is read.",
+          {"document.spelling_mix"}},
+         {"one spelling", "Send an e-mail. Every e-mail counts here.", {}},
+         {"name of a product",
+          "On GitHub we trust, on Github we post.",
+          {"document.spelling_mix"}}},
+        critiqueDocument);
 }
 
 TEST(DocumentCritic, ProseRulesLeaveCodeAndAddressesAlone) {

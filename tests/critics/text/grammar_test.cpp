@@ -301,6 +301,8 @@ TEST(Grammar, WeighsALoneSlipInAPageLow) {
     EXPECT_EQ(severityIn(withOneSlip(90)), Severity::medium);
     EXPECT_EQ(severityIn(withOneSlip(110)), Severity::low);
     EXPECT_EQ(severityIn(withOneSlip(110) + " They was there."), Severity::medium);
+    EXPECT_EQ(severityIn(withOneSlip(280) + " They was there."), Severity::medium);
+    EXPECT_EQ(severityIn(withOneSlip(310) + " They was there."), Severity::low);
 }
 
 TEST(Grammar, NamesTheRuleThePlaceAndTheWords) {
@@ -310,6 +312,11 @@ TEST(Grammar, NamesTheRuleThePlaceAndTheWords) {
     EXPECT_EQ(finding.severity, Severity::medium);
     EXPECT_EQ(finding.place, "line 2, column 1");
     EXPECT_EQ(finding.evidence, "She don't");
+}
+
+TEST(Grammar, LettersThatAreSpelledOutTakeTheirOwnArticle) {
+    expectSound({"They built an sdist of the house.", "He has an rsync of the letters here.",
+                 "The weight is relative to the length of the wall."});
 }
 
 TEST(Grammar, ReadsOnlyEnglish) {

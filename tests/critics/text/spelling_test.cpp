@@ -108,6 +108,29 @@ TEST(Spelling, AWordOfTheCodeIsATerm) {
     EXPECT_EQ(misspeltIn("Please run `xarble` here and read the xarble again."), Words());
 }
 
+TEST(Spelling, AWordThatStandsTwiceAlikeIsUnsure) {
+    EXPECT_EQ(misspeltIn("Please send the reprot to all. It is our reprot.", true), Words());
+    EXPECT_EQ(misspeltIn("Please send the reprot to all. It is our report.", true),
+              Words{"reprot"});
+}
+
+TEST(Spelling, PartsOfCompoundsAreSlipsOnlyWhereTheyAreKnownToBe) {
+    EXPECT_EQ(misspeltIn("Please read the reprot-code and the code-gardn in our house."), Words());
+    EXPECT_EQ(misspeltIn("Please write a well-recieve letter to all of our customers.", true),
+              Words{"recieve"});
+}
+
+TEST(Spelling, InAManualOnlyKnownSlipsAreSure) {
+    const std::string manual = "We read config.toml and the house_plan with --all here. ";
+    EXPECT_EQ(misspeltIn(manual + "Please send the reprot to our customers.", true), Words());
+    EXPECT_EQ(misspeltIn(manual + "Please recieve our customers.", true), Words{"recieve"});
+    EXPECT_EQ(misspeltIn("Please send the reprot.txt of the house to all our frend.", true),
+              Words());
+    EXPECT_EQ(misspeltIn("We read of it in the house on 14.9.2026 with a reprot here.", true),
+              Words{"reprot"})
+        << "a day is no version";
+}
+
 TEST(Spelling, KnownWordsMayBeJoinedAndGrow) {
     EXPECT_EQ(misspeltIn("The codebase is new, and we rebuild it in an unwritten plan."), Words());
 }

@@ -92,22 +92,78 @@ TEST(TextCritic, WhatOnlyLooksLikeAPlaceholderIsNotReported) {
     }
 }
 
+TEST(TextCritic, ListsOfTasksAndPartsOfNamesAreNoGaps) {
+    for (const std::string sound :
+         {"TODO\n\n- paint the fence\n- mend the gate", "Garden TODO:\n\nPaint the fence first.",
+          "Each shop has a TODO file for the week.",
+          "The key branch.<name>.merge of the --config file takes a word.",
+          "Run it with --all to set $XXX and SOL_XXX in config.h of the kernel.",
+          "Run ls ?\?\?\?-*.diff in the directory with --all set."}) {
+        EXPECT_EQ(rulesOf(critiqueText(textPart(sound)).findings), std::vector<std::string>{})
+            << sound;
+    }
+    for (const std::string gap :
+         {"## Opening hours\n\nTODO\n\n## Prices\n\nThe entry is free.",
+          "Opening hours:\n\nTODO: ask the keeper.\n\nThe entry is free."}) {
+        EXPECT_EQ(rulesOf(critiqueText(textPart(gap)).findings),
+                  std::vector<std::string>{"text.placeholder"})
+            << gap;
+    }
+}
+
+/// A manual in plain words: options, file names and identifiers tell that it is one.
+const std::string kManual = "The tool reads config.toml and main_table first. With --quiet it "
+                            "prints nothing to stderr. ";
+
+TEST(TextCritic, AManualSaysLikeThingsInLikeWords) {
+    const std::string sentence = "Returns the number of rows that were read from the table before "
+                                 "the first one that did not fit its header and was left out. ";
+    const auto severity = [&](const std::string& before) {
+        const auto findings =
+            critiqueText(textPart(before + sentence + "Between. " + sentence)).findings;
+        EXPECT_EQ(rulesOf(findings), std::vector<std::string>{"text.repeated_sentence"});
+        return findings.empty() ? Severity::critical : findings[0].severity;
+    };
+    EXPECT_EQ(severity("We met at noon. "), Severity::medium);
+    EXPECT_EQ(severity(kManual), Severity::low);
+    const auto pair = critiqueText(textPart(kManual + "It stops at the (first gap.")).findings;
+    ASSERT_EQ(rulesOf(pair), std::vector<std::string>{"text.unclosed_pair"});
+    EXPECT_EQ(pair[0].severity, Severity::low);
+}
+
+TEST(TextCritic, LinesOfCodeAreNoProse) {
+    for (const std::string code :
+         {"To build it:\n\n  $ make the the (all\n\nThen wait.",
+          "In a shell of Python:\n\n>>> f(the the\n\nThen wait.",
+          "At the start:\n\n    if (ready {\n      go(the the;\n    }\n\nThen wait."}) {
+        EXPECT_EQ(rulesOf(critiqueText(textPart(code)).findings), std::vector<std::string>{})
+            << code;
+    }
+    EXPECT_EQ(
+        rulesOf(
+            critiqueText(textPart("It costs:\n\n  the the price of it;\n\nnot more.")).findings),
+        std::vector<std::string>{"text.doubled_word"});
+}
+
 TEST(TextCritic, DoubledWords) {
-    expectRules({{"in a line", "We went to the the market today.", {"text.doubled_word"}},
-                 {"across a line break",
-                  "We went to the market in the morning and to the\nthe harbour at noon.",
-                  {"text.doubled_word"}},
-                 {"but for case", "The the market opens at nine.", {"text.doubled_word"}},
-                 {"beyond ASCII", "Wir gehen über Über die Brücke dort.", {"text.doubled_word"}},
-                 {"had had", "She had had enough of that that day.", {}},
-                 {"a name", "They live in Walla Walla these days.", {}},
-                 {"for emphasis", "It was a very very long day.", {}},
-                 {"across a full stop", "This is it. It is done now.", {}},
-                 {"across a paragraph", "We know what we know\n\nknow your limits and stop.", {}},
-                 {"short lines of a list", "apples\napples\npears and more pears", {}},
-                 {"numbers", "The scores were 10 10 9 in the end.", {}},
-                 {"columns", "yes  yes  no and so on", {}}},
-                critiqueText);
+    expectRules(
+        {{"in a line", "We went to the the market today.", {"text.doubled_word"}},
+         {"across a line break",
+          "We went to the market in the morning and to the\nthe harbour at noon.",
+          {"text.doubled_word"}},
+         {"but for case", "The the market opens at nine.", {"text.doubled_word"}},
+         {"beyond ASCII", "Wir gehen über Über die Brücke dort.", {"text.doubled_word"}},
+         {"a part of a longer word", "You opt-in in the settings of the page.", {}},
+         {"a type and its value", "With --raw it takes the Colormap colormap of main_table.", {}},
+         {"had had", "She had had enough of that that day.", {}},
+         {"a name", "They live in Walla Walla these days.", {}},
+         {"for emphasis", "It was a very very long day.", {}},
+         {"across a full stop", "This is it. It is done now.", {}},
+         {"across a paragraph", "We know what we know\n\nknow your limits and stop.", {}},
+         {"short lines of a list", "apples\napples\npears and more pears", {}},
+         {"numbers", "The scores were 10 10 9 in the end.", {}},
+         {"columns", "yes  yes  no and so on", {}}},
+        critiqueText);
 }
 
 TEST(TextCritic, BracketsAndQuotesAreClosedInTheirParagraph) {
@@ -127,6 +183,10 @@ TEST(TextCritic, BracketsAndQuotesAreClosedInTheirParagraph) {
                  {"quote of several paragraphs",
                   "“The first paragraph goes on.\n\n“The second one ends it.”",
                   {}},
+                 {"brackets over the items of a list",
+                  "We need (for the\n- garden and the\n- kitchen) a new tap.",
+                  {}},
+                 {"code that nothing closes", "Read it (read `-u N') first.", {}},
                  {"German quotes", "Er sagte „gut“ und ging nach Hause.", {}},
                  {"nested", "All (even [the last] one) are here.", {}}},
                 critiqueText);
