@@ -9,7 +9,7 @@
 #include "service/setup/inherited_sockets.h"
 #include "service/setup/key_file.h"
 #include "service/setup/local_socket.h"
-#include "service/store/run_store.h"
+#include "service/store/sqlite_store.h"
 #include "text/build_version.h"
 #include "text/xdg_folders.h"
 
@@ -130,7 +130,7 @@ void endWithParent() {
 }
 
 // Ends the service once it has had nothing to do for long enough.
-std::jthread endWhenIdle(std::chrono::seconds limit, HttpServer& server, const JobQueue& queue) {
+std::jthread endWhenIdle(std::chrono::seconds limit, HttpServer& server, const JobDesk& queue) {
     return std::jthread([limit, &server, &queue](const std::stop_token& stop) {
         std::mutex mutex;
         std::condition_variable_any never;
@@ -175,7 +175,7 @@ int serve(const CommandLine& line, const fs::path& self, const fs::path& data,
     }
     api.nowMs = nowMs;
 
-    auto opened = RunStore::open(data / "runs.db", nowMs());
+    auto opened = SqliteStore::open(data / "runs.db", nowMs());
     notice(opened.notice);
 
     // Before any thread starts, so that all inherit it and only the wait below gets a signal.

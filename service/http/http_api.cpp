@@ -144,7 +144,7 @@ bool isLoopbackHost(std::string_view host) {
     return false;
 }
 
-HttpApi::HttpApi(ApiOptions options, JobQueue& queue, RunStore& store)
+HttpApi::HttpApi(ApiOptions options, JobDesk& queue, RunStore& store)
     : m_options(std::move(options)),
       m_gate(m_options.now),
       m_queue(queue),
@@ -271,11 +271,11 @@ HttpAnswer HttpApi::jobStatus(const std::string& jobId) {
 
 HttpAnswer HttpApi::cancelJob(const std::string& jobId) {
     switch (m_queue.cancel(jobId)) {
-    case JobQueue::Cancelled::done:
+    case JobDesk::Cancelled::done:
         return jsonAnswer(200, cancelledJson(jobId));
-    case JobQueue::Cancelled::over:
+    case JobDesk::Cancelled::over:
         return errorAnswer(409, "the job is over");
-    case JobQueue::Cancelled::noSuchJob:
+    case JobDesk::Cancelled::noSuchJob:
         break;
     }
     return errorAnswer(404, "there is no such job");

@@ -29,7 +29,7 @@
 #include "service/http/peer_user.h"
 #include "service/http/report_gate.h"
 #include "service/http/user_actions.h"
-#include "service/job_queue.h"
+#include "service/job_desk.h"
 #include "service/store/run_store.h"
 
 #include <cstdint>
@@ -59,7 +59,7 @@ struct ApiOptions {
 class HttpApi final : public HttpHandler {
 public:
     /// Both must outlive this object.
-    HttpApi(ApiOptions options, JobQueue& queue, RunStore& store);
+    HttpApi(ApiOptions options, JobDesk& queue, RunStore& store);
 
     /// Where browsers reach the service: "http://127.0.0.1:8797". Before the first request.
     void setBase(std::string base) { m_base = std::move(base); }
@@ -87,7 +87,7 @@ private:
     const ApiOptions m_options;
     std::string m_base;
     ReportGate m_gate;
-    JobQueue& m_queue;
+    JobDesk& m_queue;
     RunStore& m_store;
     UserActions m_user;
 };

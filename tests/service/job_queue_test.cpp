@@ -1,5 +1,8 @@
 #include "service/job_queue.h"
 
+#include "service/judge_job.h"
+#include "service/store/sqlite_store.h"
+
 #include "tests/service/bodies.h"
 #include "tests/service/gated_critic.h"
 #include "tests/service/temporary_folder.h"
@@ -30,7 +33,7 @@ protected:
     }
 
     [[nodiscard]] std::filesystem::path file() const { return m_folder.path() / "runs.db"; }
-    std::unique_ptr<RunStore> openStore() { return RunStore::open(file(), 1).store; }
+    std::unique_ptr<RunStore> openStore() { return SqliteStore::open(file(), 1).store; }
 
     QueueOptions options() {
         QueueOptions options;

@@ -1,4 +1,4 @@
-#include "service/store/run_store.h"
+#include "service/store/sqlite_store.h"
 
 #include "tests/service/temporary_folder.h"
 
@@ -24,12 +24,12 @@ std::string contentOf(const std::filesystem::path& file) {
     return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
 }
 
-class RunStoreTest : public testing::Test {
+class SqliteStoreTest : public testing::Test {
 protected:
     [[nodiscard]] std::filesystem::path file() const { return m_folder.path() / "runs.db"; }
 
-    std::unique_ptr<RunStore> open() {
-        auto opened = RunStore::open(file(), 1'000'000);
+    std::unique_ptr<SqliteStore> open() {
+        auto opened = SqliteStore::open(file(), 1'000'000);
         EXPECT_EQ(opened.notice, "");
         return std::move(opened.store);
     }
@@ -82,7 +82,7 @@ RunRecord runRecord(std::string id, std::int64_t createdMs) {
                         finding(Severity::medium, "c"), finding(Severity::low, "d")})}};
 }
 
-TEST_F(RunStoreTest, JobsWaitInTheOrderInWhichTheyCame) {
+TEST_F(SqliteStoreTest, JobsWaitInTheOrderInWhichTheyCame) {
     const auto store = open();
     store->addJob("job_b", JobKind::grade, "", "first", 1);
     store->addJob("job_a", JobKind::iterate, "run_1", "second", 2);
@@ -97,7 +97,7 @@ TEST_F(RunStoreTest, JobsWaitInTheOrderInWhichTheyCame) {
     EXPECT_EQ(store->finishedJob("job_b"), std::nullopt);
 }
 
-TEST_F(RunStoreTest, EverythingIsThereAgainAfterReopening) {
+TEST_F(SqliteStoreTest, EverythingIsThereAgainAfterReopening) {
     const std::string payload("bytes \0 and \xff", 13);
     {
         const auto store = open();
@@ -112,7 +112,7 @@ TEST_F(RunStoreTest, EverythingIsThereAgainAfterReopening) {
     EXPECT_EQ(store->run("run_2"), runRecord("run_2", 5));
 }
 
-TEST_F(RunStoreTest, AFinishedJobLosesItsWork) {
+TEST_F(SqliteStoreTest, AFinishedJobLosesItsWork) {
     const auto store = open();
     store->addJob("job_1", JobKind::grade, "", "private words", 1);
     store->finishGrade("job_1", runRecord("run_1", 5));
@@ -121,7 +121,7 @@ TEST_F(RunStoreTest, AFinishedJobLosesItsWork) {
     EXPECT_EQ(query("SELECT count(*) FROM jobs WHERE payload IS NOT NULL"), "0");
 }
 
-TEST_F(RunStoreTest, AStoreOfTheSecondFormatIsTakenOver) {
+TEST_F(SqliteStoreTest, AStoreOfTheSecondFormatIsTakenOver) {
     {
         const auto store = open();
         store->addJob("job_1", JobKind::grade, "", "work", 1);
@@ -137,7 +137,7 @@ TEST_F(RunStoreTest, AStoreOfTheSecondFormatIsTakenOver) {
     EXPECT_EQ(store->work("run_1", 1), (KeptWork{{0, true, "kept"}}));
 }
 
-TEST_F(RunStoreTest, TheWorkOfTheLastTwoVersionsIsKeptUntilItIsDropped) {
+TEST_F(SqliteStoreTest, TheWorkOfTheLastTwoVersionsIsKeptUntilItIsDropped) {
     const auto store = open();
     const std::string bytes("\x89 \0 \xff", 5);
     store->addJob("job_1", JobKind::grade, "", "x", 1);
@@ -165,7 +165,7 @@ TEST_F(RunStoreTest, TheWorkOfTheLastTwoVersionsIsKeptUntilItIsDropped) {
     EXPECT_THAT(store->work("run_2", 0), IsEmpty()) << "with its run";
 }
 
-TEST_F(RunStoreTest, DroppedWorkLeavesNoTrace) {
+TEST_F(SqliteStoreTest, DroppedWorkLeavesNoTrace) {
     const std::string secret = "the private words of a person";
     {
         const auto store = open();
@@ -180,7 +180,7 @@ TEST_F(RunStoreTest, DroppedWorkLeavesNoTrace) {
     EXPECT_FALSE(bytes.empty());
 }
 
-TEST_F(RunStoreTest, IterationsAreNumberedAndKeepTheirFindings) {
+TEST_F(SqliteStoreTest, IterationsAreNumberedAndKeepTheirFindings) {
     const auto store = open();
     store->addJob("job_1", JobKind::grade, "", "x", 1);
     store->finishGrade("job_1", runRecord("run_1", 5));
@@ -197,7 +197,7 @@ TEST_F(RunStoreTest, IterationsAreNumberedAndKeepTheirFindings) {
     EXPECT_EQ(store->finishedJob("job_3"), (FinishedJob{"run_1", 2, std::nullopt}));
 }
 
-TEST_F(RunStoreTest, AStoreOfTheFirstFormatIsTakenOver) {
+TEST_F(SqliteStoreTest, AStoreOfTheFirstFormatIsTakenOver) {
     {
         const auto store = open();
         store->addJob("job_1", JobKind::grade, "", "work", 1);
@@ -223,7 +223,7 @@ TEST_F(RunStoreTest, AStoreOfTheFirstFormatIsTakenOver) {
     EXPECT_EQ(query("PRAGMA user_version"), "3");
 }
 
-TEST_F(RunStoreTest, BandsAreKeptByNameAndNoOtherNameIsRead) {
+TEST_F(SqliteStoreTest, BandsAreKeptByNameAndNoOtherNameIsRead) {
     const auto store = open();
     store->addJob("job_1", JobKind::grade, "", "work", 1);
     RunRecord blocked = runRecord("run_1", 5);
@@ -236,14 +236,14 @@ TEST_F(RunStoreTest, BandsAreKeptByNameAndNoOtherNameIsRead) {
     EXPECT_THROW((void)store->run("run_1"), StoreError);
 }
 
-TEST_F(RunStoreTest, AnIterationOfNoRunChangesNothing) {
+TEST_F(SqliteStoreTest, AnIterationOfNoRunChangesNothing) {
     const auto store = open();
     store->addJob("job_1", JobKind::iterate, "run_1", "x", 1);
     EXPECT_THROW((void)store->finishIterate("job_1", "run_1", iteration(0, 2)), StoreError);
     EXPECT_EQ(store->pendingJobs().size(), 1U);
 }
 
-TEST_F(RunStoreTest, AJobEndsOnce) {
+TEST_F(SqliteStoreTest, AJobEndsOnce) {
     const auto store = open();
     store->addJob("job_1", JobKind::grade, "", "x", 1);
     store->finishGrade("job_1", runRecord("run_1", 5));
@@ -253,7 +253,7 @@ TEST_F(RunStoreTest, AJobEndsOnce) {
     EXPECT_EQ(store->finishedJob("job_1"), (FinishedJob{"run_1", 0, std::nullopt}));
 }
 
-TEST_F(RunStoreTest, AFailedJobSaysWhy) {
+TEST_F(SqliteStoreTest, AFailedJobSaysWhy) {
     const auto store = open();
     store->addJob("job_1", JobKind::grade, "", "x", 1);
     store->failJob("job_1", "why", 2);
@@ -261,7 +261,7 @@ TEST_F(RunStoreTest, AFailedJobSaysWhy) {
     EXPECT_THAT(store->pendingJobs(), IsEmpty());
 }
 
-TEST_F(RunStoreTest, AttemptsAreCountedAcrossReopening) {
+TEST_F(SqliteStoreTest, AttemptsAreCountedAcrossReopening) {
     {
         const auto store = open();
         store->addJob("job_1", JobKind::grade, "", "x", 1);
@@ -272,7 +272,7 @@ TEST_F(RunStoreTest, AttemptsAreCountedAcrossReopening) {
     EXPECT_EQ(store->beginAttempt("job_1"), 2);
 }
 
-TEST_F(RunStoreTest, TextFromOutsideIsNeverPartOfAStatement) {
+TEST_F(SqliteStoreTest, TextFromOutsideIsNeverPartOfAStatement) {
     const auto store = open();
     const std::string hostile = "'; DROP TABLE jobs; --";
     store->addJob(hostile, JobKind::grade, hostile, hostile, 1);
@@ -281,7 +281,7 @@ TEST_F(RunStoreTest, TextFromOutsideIsNeverPartOfAStatement) {
     EXPECT_EQ(store->pendingJobs().size(), 1U);
 }
 
-TEST_F(RunStoreTest, OldRunsAreForgottenButNotWhatIsStillRevised) {
+TEST_F(SqliteStoreTest, OldRunsAreForgottenButNotWhatIsStillRevised) {
     const auto store = open();
     for (const char* name : {"1", "2", "3"}) {
         store->addJob(std::string("job_") + name, JobKind::grade, "", "x", 1);
@@ -305,7 +305,7 @@ TEST_F(RunStoreTest, OldRunsAreForgottenButNotWhatIsStillRevised) {
     EXPECT_EQ(query("SELECT count(*) FROM parts WHERE run_id = 'run_1'"), "0");
 }
 
-TEST_F(RunStoreTest, RoomAndTracesOfFinishedWorkAreGivenBack) {
+TEST_F(SqliteStoreTest, RoomAndTracesOfFinishedWorkAreGivenBack) {
     const auto store = open();
     const std::string secret = "words that nobody else may read";
     std::string work;
@@ -363,7 +363,7 @@ int refuseCheckpoints(void* /*of*/, int action, const char* name, const char* /*
     return checkpoint ? SQLITE_DENY : SQLITE_OK;
 }
 
-TEST_F(RunStoreTest, WaitsForOthersAlsoAfterTheLogCouldNotBeEmptied) {
+TEST_F(SqliteStoreTest, WaitsForOthersAlsoAfterTheLogCouldNotBeEmptied) {
     const OpenedConnection connection;
     const auto store = open();
     ASSERT_NE(connection.get(), nullptr);
@@ -376,20 +376,20 @@ TEST_F(RunStoreTest, WaitsForOthersAlsoAfterTheLogCouldNotBeEmptied) {
     EXPECT_EQ(busyTimeoutOf(connection.get()), before);
 }
 
-TEST_F(RunStoreTest, KeepsWhatItPromisesThroughAPowerCut) {
+TEST_F(SqliteStoreTest, KeepsWhatItPromisesThroughAPowerCut) {
     const auto store = open();
     EXPECT_EQ(query("PRAGMA journal_mode"), "wal");
     EXPECT_EQ(query("PRAGMA integrity_check"), "ok");
     EXPECT_EQ(query("PRAGMA user_version"), "3");
 }
 
-TEST_F(RunStoreTest, ADamagedFileIsMovedAsideWhole) {
+TEST_F(SqliteStoreTest, ADamagedFileIsMovedAsideWhole) {
     const std::string junk = std::string("this is no database at all\n") + std::string(8192, 'x');
     std::ofstream(file()) << junk;
     std::ofstream(file().string() + "-wal") << "old log";
     chmod(file().c_str(), 0600);
     chmod((file().string() + "-wal").c_str(), 0600);
-    auto opened = RunStore::open(file(), 1'000'000);
+    auto opened = SqliteStore::open(file(), 1'000'000);
     const auto aside = m_folder.path() / "runs.db.damaged-1000";
     EXPECT_THAT(opened.notice, HasSubstr("is damaged"));
     EXPECT_THAT(opened.notice, HasSubstr(aside.string()));
@@ -400,7 +400,7 @@ TEST_F(RunStoreTest, ADamagedFileIsMovedAsideWhole) {
     EXPECT_EQ(query("PRAGMA integrity_check"), "ok");
 }
 
-TEST_F(RunStoreTest, PagesOverwrittenInTheMiddleAreNoticed) {
+TEST_F(SqliteStoreTest, PagesOverwrittenInTheMiddleAreNoticed) {
     {
         const auto store = open();
         for (int i = 0; i < 50; ++i) {
@@ -416,37 +416,37 @@ TEST_F(RunStoreTest, PagesOverwrittenInTheMiddleAreNoticed) {
             damage << std::string(200, '\xee');
         }
     }
-    auto opened = RunStore::open(file(), 1'000'000);
+    auto opened = SqliteStore::open(file(), 1'000'000);
     EXPECT_THAT(opened.notice, HasSubstr("is damaged"));
     EXPECT_THAT(opened.store->pendingJobs(), IsEmpty());
     // A second one at the same moment does not overwrite the first.
     opened.store.reset();
     std::ofstream(file(), std::ios::trunc) << std::string(9000, 'y');
-    EXPECT_THAT(RunStore::open(file(), 1'000'000).notice, HasSubstr("damaged-1000-2"));
+    EXPECT_THAT(SqliteStore::open(file(), 1'000'000).notice, HasSubstr("damaged-1000-2"));
     EXPECT_EQ(std::filesystem::file_size(m_folder.path() / "runs.db.damaged-1000"), size);
 }
 
-TEST_F(RunStoreTest, AFileOfANewerVersionOrAnotherProgramIsLeftAlone) {
+TEST_F(SqliteStoreTest, AFileOfANewerVersionOrAnotherProgramIsLeftAlone) {
     open().reset();
     query("PRAGMA user_version = 99");
     try {
-        (void)RunStore::open(file(), 1);
+        (void)SqliteStore::open(file(), 1);
         FAIL() << "opened";
     } catch (const StoreError& error) {
         EXPECT_THAT(error.what(), HasSubstr("newer"));
     }
     query("PRAGMA user_version = 3; PRAGMA application_id = 7");
-    EXPECT_THROW((void)RunStore::open(file(), 1), StoreError);
+    EXPECT_THROW((void)SqliteStore::open(file(), 1), StoreError);
     EXPECT_TRUE(std::filesystem::exists(file()));
     query("PRAGMA application_id = 1414682200"); // its own again
     EXPECT_NE(open(), nullptr);
 }
 
-TEST_F(RunStoreTest, AFileThatIsNotThisUsersAloneIsAnErrorAndStaysAsItIs) {
+TEST_F(SqliteStoreTest, AFileThatIsNotThisUsersAloneIsAnErrorAndStaysAsItIs) {
     open().reset();
     const auto errorNow = [&]() -> std::string {
         try {
-            (void)RunStore::open(file(), 1);
+            (void)SqliteStore::open(file(), 1);
         } catch (const StoreError& error) {
             return error.what();
         }
@@ -468,7 +468,7 @@ TEST_F(RunStoreTest, AFileThatIsNotThisUsersAloneIsAnErrorAndStaysAsItIs) {
     EXPECT_TRUE(std::filesystem::is_symlink(file()));
 }
 
-TEST_F(RunStoreTest, IsItsOwnersAloneWhateverTheMaskIs) {
+TEST_F(SqliteStoreTest, IsItsOwnersAloneWhateverTheMaskIs) {
     const mode_t before = umask(0);
     const auto store = open();
     store->addJob("job_1", JobKind::grade, "", "x", 1);
@@ -480,7 +480,7 @@ TEST_F(RunStoreTest, IsItsOwnersAloneWhateverTheMaskIs) {
     }
 }
 
-TEST_F(RunStoreTest, RemembersWhatTheClockSaidFromStartToStart) {
+TEST_F(SqliteStoreTest, RemembersWhatTheClockSaidFromStartToStart) {
     constexpr std::int64_t kDay = std::int64_t{24} * 60 * 60 * 1000;
     constexpr std::int64_t kNow = 20'000 * kDay;
     EXPECT_TRUE(open()->believesClock(kNow));
@@ -490,8 +490,8 @@ TEST_F(RunStoreTest, RemembersWhatTheClockSaidFromStartToStart) {
     EXPECT_EQ(query("SELECT count(*) FROM clock"), "1");
 }
 
-TEST_F(RunStoreTest, AFolderThatIsMissingIsAnError) {
-    EXPECT_THROW((void)RunStore::open(m_folder.path() / "missing" / "runs.db", 1), StoreError);
+TEST_F(SqliteStoreTest, AFolderThatIsMissingIsAnError) {
+    EXPECT_THROW((void)SqliteStore::open(m_folder.path() / "missing" / "runs.db", 1), StoreError);
 }
 
 } // namespace
