@@ -108,6 +108,9 @@ public:
     /// Whether the critics are still being made ready.
     [[nodiscard]] virtual bool isWarming() const = 0;
 
+    /// Whether a job that came now would be taken, but for how many wait already.
+    [[nodiscard]] virtual bool isAccepting() = 0;
+
     /// Waits for the jobs being graded here, not for those that wait, and returns those who wait
     /// for a revision. Nothing is accepted afterwards. May be called again.
     virtual void stop() = 0;

@@ -137,6 +137,11 @@ bool JobQueue::isWarming() const {
     return m_warming;
 }
 
+bool JobQueue::isAccepting() {
+    const std::lock_guard lock(m_mutex);
+    return !m_stopping;
+}
+
 void JobQueue::stop() {
     {
         const std::lock_guard lock(m_mutex);

@@ -46,6 +46,7 @@ public:
     Cancelled cancel(const std::string& jobId) override;
     [[nodiscard]] bool isIdle() const override;
     [[nodiscard]] bool isWarming() const override;
+    [[nodiscard]] bool isAccepting() override;
     void stop() override;
 
 private:

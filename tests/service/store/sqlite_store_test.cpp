@@ -1,5 +1,6 @@
 #include "service/store/sqlite_store.h"
 
+#include "tests/service/store/run_store_contract.h"
 #include "tests/service/temporary_folder.h"
 
 #include <gmock/gmock.h>
@@ -54,63 +55,18 @@ protected:
     TemporaryFolder m_folder;
 };
 
-Finding finding(Severity severity, std::string text) {
-    return {severity, "rule " + text, "criterion", "line 1", "evidence " + text, "detail " + text};
-}
-
-Iteration iteration(int number, std::int64_t createdMs, std::vector<Finding> findings = {}) {
-    return {number,
-            createdMs,
-            "intent",
-            Band::ship,
-            0.92,
-            {{"name", "text/plain", 12}},
-            std::move(findings),
-            {120, 3, 40},
-            {{{"hunspell", "1.7", "spelling, English"}, {"trevix", "", "dates"}},
-             {{"spelling, French", "no dictionary", "install one"}},
-             createdMs % 2 == 0}};
-}
-
-RunRecord runRecord(std::string id, std::int64_t createdMs) {
-    return {std::move(id),
-            "text",
-            "writing",
-            "policy",
-            {iteration(0, createdMs,
-                       {finding(Severity::critical, "a"), finding(Severity::high, "b"),
-                        finding(Severity::medium, "c"), finding(Severity::low, "d")})}};
-}
-
-TEST_F(SqliteStoreTest, JobsWaitInTheOrderInWhichTheyCame) {
-    const auto store = open();
-    store->addJob("job_b", JobKind::grade, "", "first", 1);
-    store->addJob("job_a", JobKind::iterate, "run_1", "second", 2);
-    const auto pending = store->pendingJobs();
-    ASSERT_EQ(pending.size(), 2U);
-    EXPECT_EQ(pending[0], (PendingJob{1, "job_b", JobKind::grade, "", 5, 0}));
-    EXPECT_EQ(pending[1], (PendingJob{2, "job_a", JobKind::iterate, "run_1", 6, 0}));
-    EXPECT_EQ(store->payload("job_b"), "first");
-    EXPECT_EQ(store->payload("job_c"), std::nullopt);
-    EXPECT_TRUE(store->isPending("job_b"));
-    EXPECT_FALSE(store->isPending("job_c"));
-    EXPECT_EQ(store->finishedJob("job_b"), std::nullopt);
-}
-
-TEST_F(SqliteStoreTest, EverythingIsThereAgainAfterReopening) {
-    const std::string payload("bytes \0 and \xff", 13);
-    {
-        const auto store = open();
-        store->addJob("job_1", JobKind::grade, "", payload, 1);
-        store->addJob("job_2", JobKind::grade, "", "second", 2);
-        store->finishGrade("job_2", runRecord("run_2", 5));
+class Sqlite {
+public:
+    static bool isHere() { return true; }
+    std::unique_ptr<RunStore> open() {
+        return SqliteStore::open(m_folder.path() / "runs.db", 1'000'000).store;
     }
-    const auto store = open();
-    ASSERT_EQ(store->pendingJobs().size(), 1U);
-    EXPECT_EQ(store->payload("job_1"), payload);
-    EXPECT_EQ(store->finishedJob("job_2"), (FinishedJob{"run_2", 0, std::nullopt}));
-    EXPECT_EQ(store->run("run_2"), runRecord("run_2", 5));
-}
+
+private:
+    TemporaryFolder m_folder;
+};
+
+INSTANTIATE_TYPED_TEST_SUITE_P(Sqlite, RunStoreContract, Sqlite);
 
 TEST_F(SqliteStoreTest, AFinishedJobLosesItsWork) {
     const auto store = open();
@@ -137,34 +93,6 @@ TEST_F(SqliteStoreTest, AStoreOfTheSecondFormatIsTakenOver) {
     EXPECT_EQ(store->work("run_1", 1), (KeptWork{{0, true, "kept"}}));
 }
 
-TEST_F(SqliteStoreTest, TheWorkOfTheLastTwoVersionsIsKeptUntilItIsDropped) {
-    const auto store = open();
-    const std::string bytes("\x89 \0 \xff", 5);
-    store->addJob("job_1", JobKind::grade, "", "x", 1);
-    store->finishGrade("job_1", runRecord("run_1", 5), {{0, true, "first"}, {2, false, bytes}});
-    EXPECT_EQ(store->work("run_1", 0), (KeptWork{{0, true, "first"}, {2, false, bytes}}));
-    for (int number = 1; number <= 2; ++number) {
-        const std::string job = "job_again_" + std::to_string(number);
-        store->addJob(job, JobKind::iterate, "run_1", "x", 6);
-        store->finishIterate(job, "run_1", iteration(0, 10 * number),
-                             {{0, true, "version " + std::to_string(number)}});
-    }
-    EXPECT_THAT(store->work("run_1", 0), IsEmpty());
-    EXPECT_EQ(store->work("run_1", 1), (KeptWork{{0, true, "version 1"}}));
-    EXPECT_EQ(store->work("run_1", 2), (KeptWork{{0, true, "version 2"}}));
-
-    EXPECT_EQ(store->dropWork(10, 100), 0U);
-    EXPECT_EQ(store->dropWork(11, 100), 1U) << "what is older than that";
-    EXPECT_THAT(store->work("run_1", 1), IsEmpty());
-    store->addJob("job_2", JobKind::grade, "", "x", 7);
-    store->finishGrade("job_2", runRecord("run_2", 30), {{0, true, "another"}});
-    EXPECT_EQ(store->dropWork(0, 7), 1U) << "the oldest of too much";
-    EXPECT_THAT(store->work("run_1", 2), IsEmpty());
-    EXPECT_EQ(store->work("run_2", 0), (KeptWork{{0, true, "another"}}));
-    EXPECT_EQ(store->prune(31), 2U);
-    EXPECT_THAT(store->work("run_2", 0), IsEmpty()) << "with its run";
-}
-
 TEST_F(SqliteStoreTest, DroppedWorkLeavesNoTrace) {
     const std::string secret = "the private words of a person";
     {
@@ -178,23 +106,6 @@ TEST_F(SqliteStoreTest, DroppedWorkLeavesNoTrace) {
     const std::string bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
     EXPECT_EQ(bytes.find(secret), std::string::npos);
     EXPECT_FALSE(bytes.empty());
-}
-
-TEST_F(SqliteStoreTest, IterationsAreNumberedAndKeepTheirFindings) {
-    const auto store = open();
-    store->addJob("job_1", JobKind::grade, "", "x", 1);
-    store->finishGrade("job_1", runRecord("run_1", 5));
-    store->addJob("job_2", JobKind::iterate, "run_1", "x", 6);
-    store->addJob("job_3", JobKind::iterate, "run_1", "x", 7);
-    EXPECT_EQ(
-        store->finishIterate("job_2", "run_1", iteration(0, 8, {finding(Severity::low, "left")})),
-        1);
-    EXPECT_EQ(store->finishIterate("job_3", "run_1", iteration(0, 9)), 2);
-    RunRecord expected = runRecord("run_1", 5);
-    expected.iterations.push_back(iteration(1, 8, {finding(Severity::low, "left")}));
-    expected.iterations.push_back(iteration(2, 9));
-    EXPECT_EQ(store->run("run_1"), expected);
-    EXPECT_EQ(store->finishedJob("job_3"), (FinishedJob{"run_1", 2, std::nullopt}));
 }
 
 TEST_F(SqliteStoreTest, AStoreOfTheFirstFormatIsTakenOver) {
@@ -234,51 +145,6 @@ TEST_F(SqliteStoreTest, BandsAreKeptByNameAndNoOtherNameIsRead) {
 
     query("UPDATE iterations SET band = 'perhaps'");
     EXPECT_THROW((void)store->run("run_1"), StoreError);
-}
-
-TEST_F(SqliteStoreTest, AnIterationOfNoRunChangesNothing) {
-    const auto store = open();
-    store->addJob("job_1", JobKind::iterate, "run_1", "x", 1);
-    EXPECT_THROW((void)store->finishIterate("job_1", "run_1", iteration(0, 2)), StoreError);
-    EXPECT_EQ(store->pendingJobs().size(), 1U);
-}
-
-TEST_F(SqliteStoreTest, AJobEndsOnce) {
-    const auto store = open();
-    store->addJob("job_1", JobKind::grade, "", "x", 1);
-    store->finishGrade("job_1", runRecord("run_1", 5));
-    EXPECT_THROW(store->finishGrade("job_1", runRecord("run_2", 6)), StoreError);
-    EXPECT_FALSE(store->hasRun("run_2")) << "undone with the rest of its transaction";
-    store->failJob("job_1", "too late", 7);
-    EXPECT_EQ(store->finishedJob("job_1"), (FinishedJob{"run_1", 0, std::nullopt}));
-}
-
-TEST_F(SqliteStoreTest, AFailedJobSaysWhy) {
-    const auto store = open();
-    store->addJob("job_1", JobKind::grade, "", "x", 1);
-    store->failJob("job_1", "why", 2);
-    EXPECT_EQ(store->finishedJob("job_1"), (FinishedJob{"", 0, "why"}));
-    EXPECT_THAT(store->pendingJobs(), IsEmpty());
-}
-
-TEST_F(SqliteStoreTest, AttemptsAreCountedAcrossReopening) {
-    {
-        const auto store = open();
-        store->addJob("job_1", JobKind::grade, "", "x", 1);
-        EXPECT_EQ(store->beginAttempt("job_1"), 1);
-    }
-    const auto store = open();
-    EXPECT_EQ(store->pendingJobs().at(0).attempts, 1);
-    EXPECT_EQ(store->beginAttempt("job_1"), 2);
-}
-
-TEST_F(SqliteStoreTest, TextFromOutsideIsNeverPartOfAStatement) {
-    const auto store = open();
-    const std::string hostile = "'; DROP TABLE jobs; --";
-    store->addJob(hostile, JobKind::grade, hostile, hostile, 1);
-    EXPECT_EQ(store->payload(hostile), hostile);
-    EXPECT_EQ(store->run(hostile), std::nullopt);
-    EXPECT_EQ(store->pendingJobs().size(), 1U);
 }
 
 TEST_F(SqliteStoreTest, OldRunsAreForgottenButNotWhatIsStillRevised) {
