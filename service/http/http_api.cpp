@@ -39,7 +39,8 @@ enum class Route {
     connect,
     index,
     catalog,
-    health
+    health,
+    ready
 };
 
 struct Target {
@@ -67,6 +68,7 @@ std::optional<Target> targetOf(std::string_view path) {
     if (path == "/console") return Target{Route::console, {}};
     if (path == "/connect") return Target{Route::connect, {}};
     if (path == "/healthz") return Target{Route::health, {}};
+    if (path == "/readyz") return Target{Route::ready, {}};
     if (path == "/brask/app-catalog.json") return Target{Route::catalog, {}};
     if (path == kProof) return Target{Route::proof, {}};
     if (path == kJobs) return Target{Route::submit, {}};
@@ -155,7 +157,7 @@ std::optional<HttpAnswer> HttpApi::refuse(const HttpHead& head) {
     // RFC 9112, 3.2: a request that names none, or several, is answered with 400.
     const auto host = head.header("host");
     if (!host) return errorAnswer(400, "the request must name one Host");
-    if (!isLoopbackHost(*host)) {
+    if (!isOwnHost(*host)) {
         return errorAnswer(403, "this service answers to 127.0.0.1 and localhost only");
     }
     if (needsKey(head.path)) {
@@ -188,8 +190,7 @@ std::optional<HttpAnswer> HttpApi::refuse(const HttpHead& head) {
     }
     // Programs send no Origin; pages of this service have none but its own.
     const auto origins = head.headers.count("origin");
-    if (origins > 0 &&
-        (origins > 1 || lowerAscii(*head.header("origin")) != "http://" + lowerAscii(*host))) {
+    if (origins > 0 && (origins > 1 || lowerAscii(*head.header("origin")) != originFor(*host))) {
         return errorAnswer(403, "requests from other web pages are not taken");
     }
     if (cancels) return std::nullopt;
@@ -245,6 +246,8 @@ HttpAnswer HttpApi::route(const HttpHead& head, const std::string& body) {
         return pageAnswer(200, indexPage());
     case Route::catalog:
         return catalog();
+    case Route::ready:
+        return readiness();
     case Route::health:
         break;
     }
@@ -343,10 +346,11 @@ HttpAnswer HttpApi::report(const HttpHead& head) {
             // Only for this path, out of reach for scripts, and sent along when a link is followed
             // here but not with requests that other pages make. The name is the run's, so that
             // reports do not push each other's passes out.
-            answer.headers.emplace_back("Set-Cookie",
-                                        runId + "=" + *pass + "; Path=/console; Max-Age=" +
-                                            std::to_string(ReportGate::kPassLasts.count()) +
-                                            "; HttpOnly; SameSite=Lax");
+            answer.headers.emplace_back(
+                "Set-Cookie",
+                runId + "=" + *pass +
+                    "; Path=/console; Max-Age=" + std::to_string(ReportGate::kPassLasts.count()) +
+                    "; HttpOnly; SameSite=Lax" + (m_base.starts_with("https:") ? "; Secure" : ""));
             return answer;
         }
     }
@@ -378,8 +382,8 @@ bool HttpApi::isOwnUsers(const HttpHead& head) const {
 
 HttpAnswer HttpApi::connect(const HttpHead& head) {
     // As the browser has reached it: refuse() has seen that it is a name of this machine.
-    return pageAnswer(200, connectPage("http://" + lowerAscii(head.header("host").value_or("")),
-                                       m_options.keyFile.string()));
+    return pageAnswer(
+        200, connectPage(originFor(head.header("host").value_or("")), m_options.keyFile.string()));
 }
 
 HttpAnswer HttpApi::catalog() {
@@ -394,6 +398,25 @@ HttpAnswer HttpApi::catalog() {
     if (!file.eof() && file.fail())
         return errorAnswer(404, "the application catalog cannot be read");
     return jsonAnswer(200, std::move(bytes));
+}
+
+bool HttpApi::isOwnHost(const std::string& host) const {
+    return isLoopbackHost(host) ||
+           (m_options.publicUrl && lowerAscii(host) == m_options.publicUrl->authority);
+}
+
+std::string HttpApi::originFor(const std::string& host) const {
+    const std::string lower = lowerAscii(host);
+    if (m_options.publicUrl && lower == m_options.publicUrl->authority) {
+        return m_options.publicUrl->origin();
+    }
+    return "http://" + lower;
+}
+
+HttpAnswer HttpApi::readiness() {
+    // A store that does not answer is told as one that cannot be written: see answer().
+    if (!m_queue.isAccepting()) return stopping();
+    return jsonAnswer(200, R"({"status":"ok"})");
 }
 
 HttpAnswer HttpApi::health() {

@@ -13,15 +13,16 @@
 //   GET  /                               what this is, for a browser
 //   GET  /brask/app-catalog.json         the application catalog
 //   GET  /healthz                        {"status": "ok", "warming": false}
+//   GET  /readyz                         {"status": "ok"}, or 503: ask another one
 //
 // The routing and the rules of who may ask, without sockets. What needs the key is refused without
 // it before anything else is told, even whether a path exists. A report is shown to a browser that
 // brings a ticket, or the pass that it got for one (see report_gate.h), and to who has the key; its
 // address alone opens nothing. A ticket is taken from a program of this user, or of root, where the
 // system tells whose a connection is: another user who sees it in the list of processes cannot be
-// faster. Requests that name another host than the loopback are refused, so that no web page
-// reaches the service through a name that it controls, and so are POSTs from pages of other
-// origins. Any thread.
+// faster. Requests that name another host than the loopback, or than the service's public one, are
+// refused, so that no web page reaches the service through a name that it controls, and so are
+// POSTs from pages of other origins. Any thread.
 
 #pragma once
 
@@ -30,6 +31,7 @@
 #include "service/http/report_gate.h"
 #include "service/http/user_actions.h"
 #include "service/job_desk.h"
+#include "service/setup/public_url.h"
 #include "service/store/run_store.h"
 
 #include <cstdint>
@@ -49,6 +51,8 @@ struct ApiOptions {
     std::filesystem::path dismissed;  ///< See user_files.h; empty where there is no home folder.
     std::filesystem::path dictionary; ///< Likewise.
     std::function<std::int64_t()> nowMs = [] { return std::int64_t{0}; }; ///< Since 1970, UTC.
+    /// Where others reach the service; absent for one that answers its own machine alone.
+    std::optional<PublicUrl> publicUrl;
     /// For how long tickets last.
     std::function<ReportGate::Instant()> now = [] { return std::chrono::steady_clock::now(); };
     /// See userOfTcpPeer().
@@ -83,6 +87,10 @@ private:
     [[nodiscard]] HttpAnswer connect(const HttpHead& head);
     [[nodiscard]] HttpAnswer catalog();
     [[nodiscard]] HttpAnswer health();
+    [[nodiscard]] HttpAnswer readiness();
+    [[nodiscard]] bool isOwnHost(const std::string& host) const;
+    /// Of a page of this service that was asked for by that name.
+    [[nodiscard]] std::string originFor(const std::string& host) const;
 
     const ApiOptions m_options;
     std::string m_base;

@@ -30,6 +30,14 @@ struct CommandLine {
     std::optional<std::string> model;        ///< Its name; only with a judge.
     bool judgeElsewhere = false;             ///< Whether that server may be on another machine.
     std::optional<std::string> languageTool; ///< Address of such a server.
+    std::optional<std::string> store;        ///< Address of the database that a team shares.
+    /// What a program of a team does: take work in and tell of it, judge it, or both. Only with a
+    /// store.
+    enum class Role { both, api, worker };
+    Role role = Role::both;
+    std::optional<std::string> listen;    ///< An address of this machine; only with a store.
+    std::optional<std::string> publicUrl; ///< Where others reach the service; only with a store.
+    bool plain = false; ///< Whether what goes beyond this machine may go unencrypted.
     std::size_t queue = 256;
     int keepDays = 365;   ///< 0: for good.
     int keepWorkDays = 7; ///< The work itself. 0: not at all.
