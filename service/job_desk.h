@@ -11,6 +11,7 @@
 #include "critics/grading/grader.h"
 #include "service/store/job_status.h"
 #include "service/store/run_store.h"
+#include "service/store/team_key.h"
 #include "service/wire.h"
 
 #include <chrono>
@@ -53,6 +54,8 @@ struct QueueOptions {
 
 /// The queue holds as many jobs, or as many bytes, as it may.
 struct QueueFull {};
+/// The owner has handed in as much as it may within a day.
+struct QuotaUsed {};
 /// The service is ending.
 struct QueueStopped {};
 struct NoSuchRun {};
@@ -72,22 +75,24 @@ struct Accepted {
 
 class JobDesk {
 public:
-    using Submitted = std::variant<Accepted, QueueFull, QueueStopped>;
+    using Submitted = std::variant<Accepted, QueueFull, QuotaUsed, QueueStopped>;
     using IterateOutcome =
-        std::variant<Iterated, NoSuchRun, QueueFull, JudgingFailed, QueueStopped>;
+        std::variant<Iterated, NoSuchRun, QueueFull, QuotaUsed, JudgingFailed, QueueStopped>;
 
     JobDesk() = default;
     virtual ~JobDesk() = default;
     JobDesk(const JobDesk&) = delete;
     JobDesk& operator=(const JobDesk&) = delete;
 
-    /// `request` is what parseSubmit() read in `body`.
-    [[nodiscard]] virtual Submitted submit(SubmitRequest request, std::string_view body) = 0;
+    /// `request` is what parseSubmit() read in `body`. Only a queue that is shared asks whose the
+    /// job is.
+    [[nodiscard]] virtual Submitted submit(SubmitRequest request, std::string_view body,
+                                           const JobOwner& owner) = 0;
 
     /// Blocks until the revision is judged or the queue stops. `request` is what parseIterate()
     /// read in `body`. A revision that the queue has taken is judged even if nobody waits any more.
     [[nodiscard]] virtual IterateOutcome iterate(const std::string& runId, IterateRequest request,
-                                                 std::string_view body) = 0;
+                                                 std::string_view body, const JobOwner& owner) = 0;
 
     /// Absent for an id that no job has.
     [[nodiscard]] virtual std::optional<JobStatus> status(const std::string& jobId) = 0;

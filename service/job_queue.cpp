@@ -61,7 +61,8 @@ JobQueue::Enqueued JobQueue::enqueue(JobKind kind, const std::string& runId, Job
     return job;
 }
 
-JobQueue::Submitted JobQueue::submit(SubmitRequest request, std::string_view body) {
+JobQueue::Submitted JobQueue::submit(SubmitRequest request, std::string_view body,
+                                     const JobOwner& /*owner*/) {
     Enqueued enqueued = enqueue(JobKind::grade, {}, std::move(request), body);
     if (auto* job = std::get_if<PendingJob>(&enqueued)) return Accepted{std::move(job->id)};
     if (std::holds_alternative<QueueFull>(enqueued)) return QueueFull{};
@@ -69,7 +70,7 @@ JobQueue::Submitted JobQueue::submit(SubmitRequest request, std::string_view bod
 }
 
 JobQueue::IterateOutcome JobQueue::iterate(const std::string& runId, IterateRequest request,
-                                           std::string_view body) {
+                                           std::string_view body, const JobOwner& /*owner*/) {
     if (!m_store.hasRun(runId)) return NoSuchRun{};
     const Enqueued enqueued = enqueue(JobKind::iterate, runId, std::move(request), body);
     if (std::holds_alternative<QueueFull>(enqueued)) return QueueFull{};

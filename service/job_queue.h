@@ -39,9 +39,10 @@ public:
     JobQueue(RunStore& store, QueueOptions options);
     ~JobQueue() override;
 
-    [[nodiscard]] Submitted submit(SubmitRequest request, std::string_view body) override;
+    [[nodiscard]] Submitted submit(SubmitRequest request, std::string_view body,
+                                   const JobOwner& owner) override;
     [[nodiscard]] IterateOutcome iterate(const std::string& runId, IterateRequest request,
-                                         std::string_view body) override;
+                                         std::string_view body, const JobOwner& owner) override;
     [[nodiscard]] std::optional<JobStatus> status(const std::string& jobId) override;
     Cancelled cancel(const std::string& jobId) override;
     [[nodiscard]] bool isIdle() const override;

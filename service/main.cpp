@@ -9,10 +9,12 @@
 #include "service/setup/idle_watch.h"
 #include "service/setup/inherited_sockets.h"
 #include "service/setup/key_file.h"
+#include "service/setup/keys_command.h"
 #include "service/setup/local_socket.h"
 #include "service/setup/public_url.h"
 #include "service/shared_queue.h"
 #include "service/store/sqlite_store.h"
+#include "service/team_keys.h"
 #include "text/build_version.h"
 #include "text/xdg_folders.h"
 
@@ -206,7 +208,7 @@ int serve(const CommandLine& line, const fs::path& self, const fs::path& data,
     api.catalog = catalog;
     if (line.key) {
         api.key = *line.key;
-    } else {
+    } else if (!line.store) {
         api.keyFile = data / "key";
         const auto key = loadOrMakeKey(api.keyFile);
         if (const auto* error = std::get_if<KeyError>(&key)) return complain(error->text, 1);
@@ -239,7 +241,10 @@ int serve(const CommandLine& line, const fs::path& self, const fs::path& data,
         api.dictionary.clear();
         api.dismissed.clear();
         api.nowMs = [shared = store.shared] { return shared->nowMs(); };
+        api.shared = store.shared;
     }
+    std::optional<TeamKeys> teamKeys;
+    if (store.shared != nullptr && listens) api.keys = &teamKeys.emplace(*store.shared);
 
     const auto publicOrigin =
         api.publicUrl ? std::optional<std::string>(api.publicUrl->origin()) : std::nullopt;
@@ -347,7 +352,26 @@ int printEngines(bool json, const fs::path& self, ServerChoices servers) {
     return 0;
 }
 
+int runKeys(const std::vector<std::string>& arguments) {
+    const auto parsed = parseKeysCommand(arguments);
+    if (const auto* error = std::get_if<UsageError>(&parsed)) {
+        return complain(error->text + "; try keys --help", 2);
+    }
+    const auto& command = std::get<KeysCommand>(parsed);
+    if (command.action == KeysCommand::Action::help) {
+        std::fputs(std::string(keysUsageText()).c_str(), stdout);
+        return 0;
+    }
+    std::signal(SIGPIPE, SIG_IGN);
+    const auto store = openPostgresStore(command.store);
+    const KeysDone done = runKeysCommand(*store, command);
+    if (done.status != 0) return complain(done.output, done.status);
+    std::fputs(done.output.c_str(), stdout);
+    return 0;
+}
+
 int run(int argc, char** argv) {
+    if (argc > 1 && std::string_view(argv[1]) == "keys") return runKeys({argv + 2, argv + argc});
     const auto parsed = parseCommandLine({argv + (argc > 0 ? 1 : 0), argv + argc});
     if (const auto* error = std::get_if<UsageError>(&parsed)) {
         return complain(error->text + "; try --help", 2);

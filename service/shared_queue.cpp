@@ -76,29 +76,33 @@ void SharedQueue::hear(const StoreNews& news) {
 }
 
 SharedQueue::Enqueued SharedQueue::enqueue(JobKind kind, const std::string& runId,
-                                           std::string_view body) {
+                                           std::string_view body, const JobOwner& owner) {
     {
         const std::lock_guard lock(m_mutex);
         if (m_isStopping) return QueueStopped{};
     }
-    auto added = m_store.addJobWithin({m_options.maxWaiting, m_options.maxWaitingBytes}, newJobId(),
-                                      kind, runId, body);
-    if (!added) return QueueFull{};
-    return std::move(*added);
+    auto added = m_store.addJobWithin({m_options.maxWaiting, m_options.maxWaitingBytes}, owner,
+                                      newJobId(), kind, runId, body);
+    if (auto* job = std::get_if<PendingJob>(&added)) return std::move(*job);
+    if (std::get<Refusal>(added) == Refusal::quota) return QuotaUsed{};
+    return QueueFull{};
 }
 
-JobDesk::Submitted SharedQueue::submit(SubmitRequest /*request*/, std::string_view body) {
-    Enqueued enqueued = enqueue(JobKind::grade, {}, body);
+JobDesk::Submitted SharedQueue::submit(SubmitRequest /*request*/, std::string_view body,
+                                       const JobOwner& owner) {
+    Enqueued enqueued = enqueue(JobKind::grade, {}, body, owner);
     if (auto* job = std::get_if<PendingJob>(&enqueued)) return Accepted{std::move(job->id)};
     if (std::holds_alternative<QueueFull>(enqueued)) return QueueFull{};
+    if (std::holds_alternative<QuotaUsed>(enqueued)) return QuotaUsed{};
     return QueueStopped{};
 }
 
 JobDesk::IterateOutcome SharedQueue::iterate(const std::string& runId, IterateRequest /*request*/,
-                                             std::string_view body) {
+                                             std::string_view body, const JobOwner& owner) {
     if (!m_store.hasRun(runId)) return NoSuchRun{};
-    const Enqueued enqueued = enqueue(JobKind::iterate, runId, body);
+    const Enqueued enqueued = enqueue(JobKind::iterate, runId, body, owner);
     if (std::holds_alternative<QueueFull>(enqueued)) return QueueFull{};
+    if (std::holds_alternative<QuotaUsed>(enqueued)) return QuotaUsed{};
     if (std::holds_alternative<QueueStopped>(enqueued)) return QueueStopped{};
     const std::string& jobId = std::get<PendingJob>(enqueued).id;
     std::optional<FinishedJob> finished;

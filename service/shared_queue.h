@@ -54,9 +54,10 @@ public:
     SharedQueue(SharedStore& store, QueueOptions options, SharingOptions sharing = {});
     ~SharedQueue() override;
 
-    [[nodiscard]] Submitted submit(SubmitRequest request, std::string_view body) override;
+    [[nodiscard]] Submitted submit(SubmitRequest request, std::string_view body,
+                                   const JobOwner& owner) override;
     [[nodiscard]] IterateOutcome iterate(const std::string& runId, IterateRequest request,
-                                         std::string_view body) override;
+                                         std::string_view body, const JobOwner& owner) override;
     [[nodiscard]] std::optional<JobStatus> status(const std::string& jobId) override;
     Cancelled cancel(const std::string& jobId) override;
     /// Of this program alone: what waits may be another's.
@@ -70,7 +71,7 @@ public:
     [[nodiscard]] const std::string& name() const { return m_name; }
 
 private:
-    using Enqueued = std::variant<PendingJob, QueueFull, QueueStopped>;
+    using Enqueued = std::variant<PendingJob, QueueFull, QuotaUsed, QueueStopped>;
 
     /// A job that this program judges.
     struct Held {
@@ -81,7 +82,8 @@ private:
         bool wasCancelled = false; ///< Somebody may have given it up: to be looked at at once.
     };
 
-    [[nodiscard]] Enqueued enqueue(JobKind kind, const std::string& runId, std::string_view body);
+    [[nodiscard]] Enqueued enqueue(JobKind kind, const std::string& runId, std::string_view body,
+                                   const JobOwner& owner);
     void hear(const StoreNews& news);
     void work();
     void judgeTaken(const TakenJob& taken);

@@ -25,6 +25,9 @@ using kelvane::text::lowerAscii;
 // Bytes: many times the shipped catalog. A larger file was put there by mistake.
 constexpr std::uintmax_t kLargestCatalog = std::uintmax_t{16} << 20U;
 
+// Bytes of a path that the record of uses holds; ours have some sixty.
+constexpr std::size_t kLongestAction = 200;
+
 // Asked before the key is sent, so without it.
 constexpr std::string_view kProof = "/api/v1/proof";
 
@@ -119,6 +122,13 @@ HttpAnswer queueFull() {
     return answer;
 }
 
+HttpAnswer quotaUsed() {
+    // An hour: somewhen within the day the first of its works is a day old.
+    HttpAnswer answer = errorAnswer(429, "this key has handed in as much as it may within a day");
+    answer.headers.emplace_back("Retry-After", "3600");
+    return answer;
+}
+
 HttpAnswer stopping() {
     return errorAnswer(503, "the service is ending");
 }
@@ -161,14 +171,7 @@ std::optional<HttpAnswer> HttpApi::refuse(const HttpHead& head) {
         return errorAnswer(403, "this service answers to 127.0.0.1 and localhost only");
     }
     if (needsKey(head.path)) {
-        const auto authorization = head.header("authorization");
-        if (!authorization || !authorizes(*authorization, m_options.key)) {
-            HttpAnswer answer =
-                errorAnswer(401, "not authorized — check your Trevix key (HTTP 401)");
-            // RFC 9110, 11.6.1: 401 says how to be let in.
-            answer.headers.emplace_back("WWW-Authenticate", "Bearer");
-            return answer;
-        }
+        if (auto refused = refuseKey(head)) return refused;
     }
     if (UserActions::owns(head)) return m_user.refuse(head);
     const auto target = targetOf(head.path);
@@ -208,9 +211,69 @@ std::optional<HttpAnswer> HttpApi::refuse(const HttpHead& head) {
     return std::nullopt;
 }
 
+std::optional<HttpAnswer> HttpApi::refuseKey(const HttpHead& head) {
+    const auto authorization = head.header("authorization");
+    const auto team = teamKeyIn(head);
+    if (m_options.keys != nullptr ? !team
+                                  : !authorization || !authorizes(*authorization, m_options.key)) {
+        HttpAnswer answer = errorAnswer(401, "not authorized — check your Trevix key (HTTP 401)");
+        // RFC 9110, 11.6.1: 401 says how to be let in.
+        answer.headers.emplace_back("WWW-Authenticate", "Bearer");
+        return answer;
+    }
+    if (!team) return std::nullopt;
+    // A ticket opens what may be read anyway.
+    if (team->scope == KeyScope::read && head.method != "GET" && head.method != "HEAD" &&
+        !head.path.ends_with("/ticket")) {
+        return errorAnswer(403, "this key only reads");
+    }
+    if (!m_options.keys->mayAsk(*team)) {
+        HttpAnswer answer = errorAnswer(429, "this key asks too often; try again in a while");
+        answer.headers.emplace_back("Retry-After", "5");
+        return answer;
+    }
+    return std::nullopt;
+}
+
+std::optional<TeamKey> HttpApi::teamKeyIn(const HttpHead& head) const {
+    const auto authorization = head.header("authorization");
+    if (m_options.keys == nullptr || !authorization) return std::nullopt;
+    return m_options.keys->keyOf(*authorization);
+}
+
+JobOwner HttpApi::ownerIn(const HttpHead& head) const {
+    const auto key = teamKeyIn(head);
+    return key ? JobOwner{key->group, key->name, key->perDay} : JobOwner{};
+}
+
+bool HttpApi::ownsJob(const HttpHead& head, const std::string& jobId) const {
+    if (m_options.keys == nullptr) return true;
+    const auto key = teamKeyIn(head);
+    return key && m_options.shared->groupOfJob(jobId) == key->group;
+}
+
+bool HttpApi::ownsRun(const HttpHead& head, const std::string& runId) const {
+    if (m_options.keys == nullptr) return true;
+    const auto key = teamKeyIn(head);
+    return key && m_options.shared->groupOfRun(runId) == key->group;
+}
+
+void HttpApi::noteUse(const HttpHead& head, const HttpAnswer& answer) {
+    // Who waits asks every second how far it is: that tells nobody anything.
+    const bool asksHowFar = head.method == "GET" && head.path.starts_with("/api/v1/eval/jobs/") &&
+                            answer.body.find(R"("run_id")") == std::string::npos;
+    const auto key = teamKeyIn(head);
+    if (!key || asksHowFar) return;
+    // Whoever asks chooses what stands there.
+    m_options.shared->noteUse(
+        {key->name, head.method + " " + head.path.substr(0, kLongestAction), answer.status});
+}
+
 HttpAnswer HttpApi::answer(const HttpHead& head, const std::string& body) {
     try {
-        return route(head, body);
+        HttpAnswer answer = route(head, body);
+        noteUse(head, answer);
+        return answer;
     } catch (const StoreError& error) {
         // A full disk, as a rule: what was not stored was not promised, and may be tried again.
         return errorAnswer(503, error.what());
@@ -222,19 +285,30 @@ HttpAnswer HttpApi::problem(int status, std::string_view text) {
 }
 
 HttpAnswer HttpApi::route(const HttpHead& head, const std::string& body) {
-    if (UserActions::owns(head)) return m_user.answer(head, body);
+    if (UserActions::owns(head)) {
+        // What one person says is no flaw is none in that person's own service.
+        if (m_options.keys != nullptr) {
+            return errorAnswer(404, "a team's service keeps no dismissals and no dictionary");
+        }
+        return m_user.answer(head, body);
+    }
     const auto target = targetOf(head.path);
     if (!target) return errorAnswer(404, "there is nothing at this address");
+    // What is somebody else's is told as what there is not.
     switch (target->route) {
     case Route::submit:
-        return submit(body);
+        return submit(head, body);
     case Route::job:
+        if (!ownsJob(head, target->id)) return errorAnswer(404, "there is no such job");
         return head.method == "DELETE" ? cancelJob(target->id) : jobStatus(target->id);
     case Route::run:
+        if (!ownsRun(head, target->id)) return errorAnswer(404, "there is no such run");
         return runRecord(target->id);
     case Route::iterate:
-        return iterate(target->id, body);
+        if (!ownsRun(head, target->id)) return errorAnswer(404, "there is no such run");
+        return iterate(head, target->id, body);
     case Route::ticket:
+        if (!ownsRun(head, target->id)) return errorAnswer(404, "there is no such run");
         return ticket(target->id);
     case Route::proof:
         return proof(head);
@@ -254,13 +328,15 @@ HttpAnswer HttpApi::route(const HttpHead& head, const std::string& body) {
     return health();
 }
 
-HttpAnswer HttpApi::submit(const std::string& body) {
+HttpAnswer HttpApi::submit(const HttpHead& head, const std::string& body) {
     auto parsed = parseSubmit(body);
     if (const auto* error = std::get_if<WireError>(&parsed)) return errorAnswer(400, error->text);
-    const auto outcome = m_queue.submit(std::move(std::get<SubmitRequest>(parsed)), body);
+    const auto outcome =
+        m_queue.submit(std::move(std::get<SubmitRequest>(parsed)), body, ownerIn(head));
     if (const auto* accepted = std::get_if<Accepted>(&outcome)) {
         return jsonAnswer(202, acceptedJson(accepted->jobId));
     }
+    if (std::holds_alternative<QuotaUsed>(outcome)) return quotaUsed();
     return std::holds_alternative<QueueFull>(outcome) ? queueFull() : stopping();
 }
 
@@ -290,17 +366,20 @@ HttpAnswer HttpApi::runRecord(const std::string& runId) {
     return jsonAnswer(200, runJson(withUserSays(*run, m_user.says())));
 }
 
-HttpAnswer HttpApi::iterate(const std::string& runId, const std::string& body) {
+HttpAnswer HttpApi::iterate(const HttpHead& head, const std::string& runId,
+                            const std::string& body) {
     // Before the body is read for what it says: an unknown run is the likelier mistake.
     if (!m_store.hasRun(runId)) return errorAnswer(404, "there is no such run");
     auto parsed = parseIterate(body);
     if (const auto* error = std::get_if<WireError>(&parsed)) return errorAnswer(400, error->text);
-    const auto outcome = m_queue.iterate(runId, std::move(std::get<IterateRequest>(parsed)), body);
+    const auto outcome =
+        m_queue.iterate(runId, std::move(std::get<IterateRequest>(parsed)), body, ownerIn(head));
     if (const auto* done = std::get_if<Iterated>(&outcome)) {
         return jsonAnswer(200, iterationJson(withUserSays(done->run, m_user.says()), done->number));
     }
     if (std::holds_alternative<NoSuchRun>(outcome)) return errorAnswer(404, "there is no such run");
     if (std::holds_alternative<QueueFull>(outcome)) return queueFull();
+    if (std::holds_alternative<QuotaUsed>(outcome)) return quotaUsed();
     if (const auto* failed = std::get_if<JudgingFailed>(&outcome)) {
         return errorAnswer(500, failed->error);
     }
@@ -319,6 +398,9 @@ HttpAnswer HttpApi::proof(const HttpHead& head) {
     // There a proof would only give away what the key makes of texts that others choose.
     if (head.serverAddress.empty()) {
         return errorAnswer(404, "over a Unix socket the system tells who answers");
+    }
+    if (m_options.keys != nullptr) {
+        return errorAnswer(404, "a team's service is known by its certificate");
     }
     // 32 bytes that the client drew: an answer heard once proves nothing the next time.
     const auto nonce = head.query.find("nonce");
@@ -361,7 +443,11 @@ HttpAnswer HttpApi::report(const HttpHead& head) {
 
 bool HttpApi::mayRead(const HttpHead& head, const std::string& runId) {
     const auto authorization = head.header("authorization");
-    if (authorization && authorizes(*authorization, m_options.key)) return true;
+    if (m_options.keys != nullptr) {
+        if (ownsRun(head, runId)) return true;
+    } else if (authorization && authorizes(*authorization, m_options.key)) {
+        return true;
+    }
     // Browsers send one Cookie header, relays may split it.
     const auto [first, last] = head.headers.equal_range("cookie");
     for (auto each = first; each != last; ++each) {

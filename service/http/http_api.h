@@ -33,6 +33,7 @@
 #include "service/job_desk.h"
 #include "service/setup/public_url.h"
 #include "service/store/run_store.h"
+#include "service/team_keys.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -45,7 +46,11 @@
 namespace trevix {
 
 struct ApiOptions {
-    std::string key;
+    std::string key; ///< Of the one person that there is.
+    /// Those of a team, in its place; both must outlive the API. Then runs and jobs are told to the
+    /// group alone whose they are, and there are no dismissals.
+    TeamKeys* keys = nullptr;
+    SharedStore* shared = nullptr;
     std::filesystem::path keyFile;    ///< To be shown to people; empty when the key is in no file.
     std::filesystem::path catalog;    ///< Read anew for every request; empty for none.
     std::filesystem::path dismissed;  ///< See user_files.h; empty where there is no home folder.
@@ -74,11 +79,19 @@ public:
 
 private:
     [[nodiscard]] HttpAnswer route(const HttpHead& head, const std::string& body);
-    [[nodiscard]] HttpAnswer submit(const std::string& body);
+    /// Whether whoever asks may know of it.
+    [[nodiscard]] bool ownsJob(const HttpHead& head, const std::string& jobId) const;
+    [[nodiscard]] bool ownsRun(const HttpHead& head, const std::string& runId) const;
+    [[nodiscard]] JobOwner ownerIn(const HttpHead& head) const;
+    [[nodiscard]] std::optional<TeamKey> teamKeyIn(const HttpHead& head) const;
+    [[nodiscard]] std::optional<HttpAnswer> refuseKey(const HttpHead& head);
+    void noteUse(const HttpHead& head, const HttpAnswer& answer);
+    [[nodiscard]] HttpAnswer submit(const HttpHead& head, const std::string& body);
     [[nodiscard]] HttpAnswer jobStatus(const std::string& jobId);
     [[nodiscard]] HttpAnswer cancelJob(const std::string& jobId);
     [[nodiscard]] HttpAnswer runRecord(const std::string& runId);
-    [[nodiscard]] HttpAnswer iterate(const std::string& runId, const std::string& body);
+    [[nodiscard]] HttpAnswer iterate(const HttpHead& head, const std::string& runId,
+                                     const std::string& body);
     [[nodiscard]] HttpAnswer ticket(const std::string& runId);
     [[nodiscard]] HttpAnswer proof(const HttpHead& head);
     [[nodiscard]] HttpAnswer report(const HttpHead& head);

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <mutex>
 #include <utility>
+#include <variant>
 #include <vector>
 
 namespace trevix {
@@ -184,13 +185,79 @@ public:
     PendingJob addJob(const std::string& id, JobKind kind, const std::string& runId,
                       std::string_view payload, std::int64_t nowMs) override {
         // Without limits there is always room.
-        return add({}, id, kind, runId, payload, nowMs).value();
+        return std::get<PendingJob>(add({}, {}, id, kind, runId, payload, nowMs));
     }
 
-    std::optional<PendingJob> addJobWithin(const WaitingLimits& limits, const std::string& id,
-                                           JobKind kind, const std::string& runId,
-                                           std::string_view payload) override {
-        return add(limits, id, kind, runId, payload, std::nullopt);
+    std::variant<PendingJob, Refusal> addJobWithin(const WaitingLimits& limits,
+                                                   const JobOwner& owner, const std::string& id,
+                                                   JobKind kind, const std::string& runId,
+                                                   std::string_view payload) override {
+        return add(limits, owner, id, kind, runId, payload, std::nullopt);
+    }
+
+    std::optional<std::string> groupOfJob(const std::string& jobId) override {
+        const SqlRows rows =
+            m_pool.borrow()->query("SELECT owner_group FROM jobs WHERE id = $1", {jobId});
+        return rows.empty() ? std::nullopt : std::optional(rows.text(0, 0));
+    }
+
+    std::optional<std::string> groupOfRun(const std::string& runId) override {
+        const SqlRows rows =
+            m_pool.borrow()->query("SELECT owner_group FROM runs WHERE id = $1", {runId});
+        return rows.empty() ? std::nullopt : std::optional(rows.text(0, 0));
+    }
+
+    bool addKey(const TeamKey& key) override {
+        const auto ms = [](const std::optional<std::int64_t>& time) {
+            return time ? SqlValue(*time) : SqlValue::null();
+        };
+        return m_pool.borrow()
+                   ->query("INSERT INTO keys (name, of_group, digest, scope, created, expires, "
+                           "revoked, per_minute, per_day) VALUES ($1, $2, $3, $4, $5, $6, $7, $8, "
+                           "$9) ON CONFLICT (name) DO NOTHING",
+                           {key.name, key.group, key.digest,
+                            key.scope == KeyScope::read ? "read" : "grade", key.createdMs,
+                            ms(key.expiresMs), ms(key.revokedMs), key.perMinute, key.perDay})
+                   .changed() == 1;
+    }
+
+    bool revokeKey(const std::string& name) override {
+        return m_pool.borrow()
+                   ->query("UPDATE keys SET revoked = floor(extract(epoch FROM now()) * "
+                           "1000)::bigint WHERE name = $1 AND revoked IS NULL",
+                           {name})
+                   .changed() == 1;
+    }
+
+    std::vector<TeamKey> keys() override {
+        const SqlRows rows =
+            m_pool.borrow()->query("SELECT name, of_group, digest, scope, created, expires, "
+                                   "revoked, per_minute, per_day FROM keys ORDER BY name");
+        const auto ms = [&](std::size_t row, int column) {
+            return rows.isNull(row, column) ? std::nullopt
+                                            : std::optional(rows.integer(row, column));
+        };
+        std::vector<TeamKey> keys;
+        for (std::size_t row = 0; row < rows.size(); ++row) {
+            TeamKey key;
+            key.name = rows.text(row, 0);
+            key.group = rows.text(row, 1);
+            key.digest = rows.text(row, 2);
+            // Of what a later program may know, the least.
+            key.scope = rows.text(row, 3) == "grade" ? KeyScope::grade : KeyScope::read;
+            key.createdMs = rows.integer(row, 4);
+            key.expiresMs = ms(row, 5);
+            key.revokedMs = ms(row, 6);
+            key.perMinute = rows.integer(row, 7);
+            key.perDay = rows.integer(row, 8);
+            keys.push_back(std::move(key));
+        }
+        return keys;
+    }
+
+    void noteUse(const KeyUse& use) override {
+        m_pool.borrow()->query("INSERT INTO uses (key, action, status) VALUES ($1, $2, $3)",
+                               {use.key, use.action, std::int64_t{use.status}});
     }
 
     std::vector<PendingJob> pendingJobs() override {
@@ -228,9 +295,10 @@ public:
         SqlTransaction transaction(*db);
         // First: where another was faster nothing else is tried.
         completeJob(*db, jobId, run.id, 0, first.createdMs);
-        db->query("INSERT INTO runs (id, modality, vertical, policy_id, newest) "
-                  "VALUES ($1, $2, $3, $4, $5)",
-                  {run.id, run.modality, run.vertical, run.policyId, first.createdMs});
+        // Whose the job is, the run is.
+        db->query("INSERT INTO runs (id, modality, vertical, policy_id, newest, owner_group) "
+                  "SELECT $1, $2, $3, $4, $5::bigint, owner_group FROM jobs WHERE id = $6",
+                  {run.id, run.modality, run.vertical, run.policyId, first.createdMs, jobId});
         insertIteration(*db, run.id, 0, first);
         insertWork(*db, run.id, 0, first.createdMs, work);
         transaction.commit();
@@ -374,6 +442,11 @@ public:
             deleted += now;
             if (now == 0) break;
         }
+        while (db->query("DELETE FROM uses WHERE ctid IN (SELECT ctid FROM uses WHERE "
+                         "at < to_timestamp($1::bigint / 1000.0) LIMIT $2)",
+                         {beforeMs, kForgottenAtOnce})
+                   .changed() > 0) {
+        }
         // A job is forgotten with its run; one that failed has none.
         while (db->query("DELETE FROM jobs WHERE id IN (SELECT id FROM jobs WHERE "
                          "status <> 'pending' AND finished < $1 AND NOT EXISTS (SELECT 1 FROM runs "
@@ -503,29 +576,36 @@ public:
     }
 
 private:
-    std::optional<PendingJob> add(const std::optional<WaitingLimits>& limits, const std::string& id,
-                                  JobKind kind, const std::string& runId, std::string_view payload,
-                                  std::optional<std::int64_t> nowMs) {
-        // A size below zero is no limit.
+    std::variant<PendingJob, Refusal> add(const std::optional<WaitingLimits>& limits,
+                                          const JobOwner& owner, const std::string& id,
+                                          JobKind kind, const std::string& runId,
+                                          std::string_view payload,
+                                          std::optional<std::int64_t> nowMs) {
+        // Below zero there is no limit.
         const std::int64_t jobs = limits ? number64(limits->jobs) : -1;
         const std::int64_t bytes = limits ? number64(limits->bytes) : -1;
         // One statement is a transaction of its own: when it returns, the job outlives the service.
         const SqlRows rows = m_pool.borrow()->query(
-            std::string("WITH added AS (INSERT INTO jobs (id, kind, run_id, created, bytes) "
-                        "SELECT $1, $2, $3, coalesce($4::bigint, "
-                        "floor(extract(epoch FROM now()) * 1000)::bigint), $5::bigint "
-                        "WHERE $6::bigint < 0 OR (SELECT count(*) < $6::bigint AND "
-                        "coalesce(sum(bytes), 0) + $5::bigint <= $7::bigint FROM jobs "
-                        "WHERE status = 'pending' AND ") +
+            std::string(
+                "WITH asked AS (SELECT coalesce($4::bigint, floor(extract(epoch FROM now()) * "
+                "1000)::bigint) AS at), allowed AS (SELECT "
+                "$6::bigint < 0 OR (SELECT count(*) < $6::bigint AND coalesce(sum(bytes), 0) + "
+                "$5::bigint <= $7::bigint FROM jobs WHERE status = 'pending' AND ") +
                 kWaiting +
-                ") RETURNING seq, id), kept AS (INSERT INTO payloads (job_id, bytes) "
-                "SELECT id, $8::bytea FROM added) "
-                "SELECT seq, pg_notify($9, 'came') FROM added",
+                ") AS has_room, "
+                "$12::bigint = 0 OR (SELECT count(*) FROM jobs, asked WHERE owner_key = $11 AND "
+                "created > asked.at - 86400000) < $12::bigint AS has_quota), "
+                "added AS (INSERT INTO jobs (id, kind, run_id, created, bytes, owner_group, "
+                "owner_key) SELECT $1, $2, $3, asked.at, $5::bigint, $10, $11 FROM asked, allowed "
+                "WHERE has_room AND has_quota RETURNING seq, id), "
+                "kept AS (INSERT INTO payloads (job_id, bytes) SELECT id, $8::bytea FROM added) "
+                "SELECT has_quota, told.* FROM allowed LEFT JOIN "
+                "(SELECT seq, pg_notify($9, 'came') FROM added) AS told ON true",
             {id, kind == JobKind::grade ? "grade" : "iterate", runId,
              nowMs ? SqlValue(*nowMs) : SqlValue::null(), number64(payload.size()), jobs, bytes,
-             SqlValue::bytes(payload), kChannel});
-        if (rows.empty()) return std::nullopt;
-        return PendingJob{rows.integer(0, 0), id, kind, runId, payload.size(), 0};
+             SqlValue::bytes(payload), kChannel, owner.group, owner.key, owner.perDay});
+        if (rows.isNull(0, 1)) return rows.boolean(0, 0) ? Refusal::full : Refusal::quota;
+        return PendingJob{rows.integer(0, 1), id, kind, runId, payload.size(), 0};
     }
 
     // Numbers of versions are indices: versions have no holes. at() throws where the database says

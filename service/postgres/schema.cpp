@@ -1,5 +1,6 @@
 #include "service/postgres/schema.h"
 
+#include <algorithm>
 #include <array>
 #include <string>
 
@@ -126,7 +127,33 @@ CREATE TABLE clock (
 );
 )sql";
 
-constexpr std::array<const char*, 1> kSteps{kFirst};
+// People: whose what is, their keys, and what was done with them. What was there before belongs to
+// nobody, and nobody who asks with a key sees it.
+constexpr const char* kPeople = R"sql(
+ALTER TABLE jobs ADD COLUMN owner_group text NOT NULL DEFAULT '', ADD COLUMN owner_key text NOT NULL DEFAULT '';
+ALTER TABLE runs ADD COLUMN owner_group text NOT NULL DEFAULT '';
+CREATE INDEX jobs_of_key ON jobs (owner_key, created);
+CREATE TABLE keys (
+  name        text PRIMARY KEY,
+  of_group    text NOT NULL,
+  digest      text NOT NULL UNIQUE,
+  scope       text NOT NULL CHECK (scope IN ('grade', 'read')),
+  created     bigint NOT NULL,
+  expires     bigint,
+  revoked     bigint,
+  per_minute  bigint NOT NULL,
+  per_day     bigint NOT NULL
+);
+CREATE TABLE uses (
+  at      timestamptz NOT NULL DEFAULT now(),
+  key     text NOT NULL,
+  action  text NOT NULL,
+  status  integer NOT NULL
+);
+CREATE INDEX uses_at ON uses (at);
+)sql";
+
+constexpr std::array<const char*, 2> kSteps{kFirst, kPeople};
 
 } // namespace
 
@@ -135,6 +162,10 @@ int sharedFormat() {
 }
 
 void bringUp(SqlConnection& connection) {
+    bringUpTo(connection, sharedFormat());
+}
+
+void bringUpTo(SqlConnection& connection, int format) {
     SqlTransaction transaction(connection);
     connection.query(kLock);
     // Asked first: who may not make schemas may still use the one that somebody made.
@@ -150,11 +181,12 @@ void bringUp(SqlConnection& connection) {
         throw StoreError("the run store was written by a newer trevix-local (format " +
                          std::to_string(version) + ")");
     }
-    for (auto step = static_cast<std::size_t>(version); step < kSteps.size(); ++step) {
+    for (auto step = static_cast<std::size_t>(version); step < static_cast<std::size_t>(format);
+         ++step) {
         connection.execute(kSteps.at(step));
     }
     connection.query("UPDATE format SET version = $1::integer WHERE version <> $1::integer",
-                     {std::int64_t{sharedFormat()}});
+                     {std::int64_t{std::max(format, static_cast<int>(version))}});
     transaction.commit();
 }
 

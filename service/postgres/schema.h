@@ -14,5 +14,7 @@ namespace trevix {
 /// Brings the database from whatever format it has to the one of this program, as a whole or not at
 /// all; programs that start together take turns. Throws StoreError when a newer program wrote it.
 void bringUp(SqlConnection& connection);
+/// The same, to an older format: for tests, which then hold what an older program left.
+void bringUpTo(SqlConnection& connection, int format);
 
 } // namespace trevix

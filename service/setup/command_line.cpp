@@ -62,9 +62,7 @@ std::optional<std::string> take(CommandLine& line, const std::string& option,
     } else if (option == "--languagetool") {
         line.languageTool = value;
     } else if (option == "--store") {
-        if (!value.starts_with("postgresql://") && !value.starts_with("postgres://")) {
-            return "--store needs the address of a database, postgresql://…";
-        }
+        if (auto problem = storeProblem(value)) return problem;
         line.store = value;
     } else if (option == "--role") {
         if (value == "api") {
@@ -102,6 +100,9 @@ std::optional<std::string> teamProblem(const CommandLine& line) {
         return std::nullopt;
     }
     // The others would be cut off from what is theirs as well.
+    if (line.key)
+        return "with --store there is a key for each person: see trevix-local keys --help";
+    if (line.action == CommandLine::Action::printKey) return "--print-key does not go with --store";
     if (line.idleExit > 0) return "--idle-exit does not go with --store";
     if (line.role == CommandLine::Role::worker && (line.listen || line.publicUrl || line.socket)) {
         return "a worker listens nowhere: --listen, --public-url and --socket go with --role api";
@@ -199,8 +200,16 @@ std::variant<CommandLine, UsageError> parseCommandLine(const std::vector<std::st
     return line;
 }
 
+std::optional<std::string> storeProblem(std::string_view address) {
+    if (address.starts_with("postgresql://") || address.starts_with("postgres://")) {
+        return std::nullopt;
+    }
+    return "--store needs the address of a database, postgresql://...";
+}
+
 std::string_view usageText() {
     return R"(Usage: trevix-local [OPTION]...
+       trevix-local keys add|list|revoke ...
 
 Judges work on this machine, for programs of this machine only: listens on 127.0.0.1 and
 on a Unix socket of its user. With --store it is one of the programs of a team's service.

@@ -63,6 +63,9 @@ parseCommandLine(const std::vector<std::string>& arguments);
 
 [[nodiscard]] std::string_view usageText();
 
+/// Why this is no address of a shared store; absent when it is one.
+[[nodiscard]] std::optional<std::string> storeProblem(std::string_view address);
+
 /// The folder for key and runs: `data` when given, else "trevix-local" under `xdgDataHome` when
 /// that is an absolute path, else under ".local/share" of `home`. Absent when `home` is needed and
 /// is no absolute path either.

@@ -12,6 +12,7 @@
 #include "critics/findings/progress.h"
 #include "service/store/job_status.h"
 #include "service/store/run_store.h"
+#include "service/store/team_key.h"
 
 #include <chrono>
 #include <cstddef>
@@ -20,6 +21,8 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <variant>
+#include <vector>
 
 namespace trevix {
 
@@ -27,6 +30,12 @@ namespace trevix {
 struct WaitingLimits {
     std::size_t jobs = 0;
     std::uint64_t bytes = 0; ///< Of their bodies together.
+};
+
+/// Why a job was not taken in.
+enum class Refusal {
+    full,  ///< As much as may waits already.
+    quota, ///< Its owner's key has handed in as much as it may within 24 hours.
 };
 
 /// A job that was taken; `attempts` counts this time as well.
@@ -74,11 +83,23 @@ public:
     /// What the store's clock says, in milliseconds since 1970, UTC.
     [[nodiscard]] virtual std::int64_t nowMs() = 0;
 
-    /// addJob() unless so much waits already; then absent. Of jobs that come in the same moment a
-    /// few more than that may be taken.
-    [[nodiscard]] virtual std::optional<PendingJob>
-    addJobWithin(const WaitingLimits& limits, const std::string& id, JobKind kind,
-                 const std::string& runId, std::string_view payload) = 0;
+    /// addJob() for this owner, unless so much waits already or the owner has used up its quota. Of
+    /// jobs that come in the same moment a few more than that may be taken.
+    [[nodiscard]] virtual std::variant<PendingJob, Refusal>
+    addJobWithin(const WaitingLimits& limits, const JobOwner& owner, const std::string& id,
+                 JobKind kind, const std::string& runId, std::string_view payload) = 0;
+
+    /// Whose a job or a run is: the group of the key that handed it in. Absent for an unknown one.
+    [[nodiscard]] virtual std::optional<std::string> groupOfJob(const std::string& jobId) = 0;
+    [[nodiscard]] virtual std::optional<std::string> groupOfRun(const std::string& runId) = 0;
+
+    /// False when there is one of that name, good or not.
+    [[nodiscard]] virtual bool addKey(const TeamKey& key) = 0;
+    /// False when there is no good one of that name.
+    [[nodiscard]] virtual bool revokeKey(const std::string& name) = 0;
+    [[nodiscard]] virtual std::vector<TeamKey> keys() = 0; ///< By name.
+    /// Writes down what was done with a key, for good until prune() forgets runs of that time.
+    virtual void noteUse(const KeyUse& use) = 0;
 
     /// Takes the first job that nobody holds; those that were taken `inTurn` times or more come
     /// after all others. Absent when there is none.

@@ -78,11 +78,11 @@ protected:
     // As the door does it: read once, handed on with the bytes.
     JobDesk::Submitted submitted(const std::string& text) {
         const std::string body = submitBody(text);
-        return m_queue->submit(std::get<SubmitRequest>(parseSubmit(body)), body);
+        return m_queue->submit(std::get<SubmitRequest>(parseSubmit(body)), body, m_owner);
     }
     JobDesk::IterateOutcome iterated(const std::string& runId, const std::string& text) {
         const std::string body = iterateBody(text);
-        return m_queue->iterate(runId, std::get<IterateRequest>(parseIterate(body)), body);
+        return m_queue->iterate(runId, std::get<IterateRequest>(parseIterate(body)), body, m_owner);
     }
 
     std::string submit(const std::string& text) {
@@ -106,6 +106,7 @@ protected:
     }
 
     Kind m_kind;
+    JobOwner m_owner;
     std::atomic<std::int64_t> m_now{1'000};
     GatedCritic m_critic{true};
     std::unique_ptr<GatedCritic> m_closed = std::make_unique<GatedCritic>(false);

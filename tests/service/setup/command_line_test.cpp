@@ -118,6 +118,8 @@ TEST(CommandLineOptions, WhatIsATeamsGoesWithItsStoreAlone) {
     EXPECT_EQ(problemOf({"--listen=127.0.0.1"}), "--listen goes with --store");
     EXPECT_EQ(problemOf({"--public-url=https://a"}), "--public-url goes with --store");
     EXPECT_EQ(problemOf({"--plain"}), "--plain goes with --listen");
+    EXPECT_NE(problemOf({store, "--key=trevix_key"}).find("keys --help"), std::string::npos);
+    EXPECT_EQ(problemOf({store, "--print-key"}), "--print-key does not go with --store");
     EXPECT_EQ(problemOf({store, "--idle-exit=5"}), "--idle-exit does not go with --store");
     EXPECT_NE(problemOf({store, "--role=worker", "--listen=127.0.0.1"}), "");
     EXPECT_NE(problemOf({store, "--role=worker", "--socket=/s"}), "");

@@ -218,7 +218,8 @@ TEST_F(PostgresStoreTest, AWaitingJobIsCancelledAtOnceAndARunningOneByItsHolder)
 
 TEST_F(PostgresStoreTest, OnlySoMuchMayWait) {
     const auto added = [&](WaitingLimits limits, const std::string& id) {
-        return store->addJobWithin(limits, id, JobKind::grade, "", "four").has_value();
+        return std::holds_alternative<PendingJob>(
+            store->addJobWithin(limits, {}, id, JobKind::grade, "", "four"));
     };
     EXPECT_TRUE(added({2, 100}, "job_1"));
     EXPECT_TRUE(added({2, 8}, "job_2"));
