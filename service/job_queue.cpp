@@ -1,10 +1,8 @@
 #include "service/job_queue.h"
 
-#include "critics/findings/verdict_rule.h"
+#include "service/judge_job.h"
 #include "service/kept_work.h"
 #include "service/store/random_id.h"
-#include "service/verdict_limits.h"
-#include "service/wire.h"
 
 #include <algorithm>
 #include <exception>
@@ -16,32 +14,6 @@ namespace {
 
 // Once a day: runs are kept by the day.
 constexpr std::int64_t kPruneEveryMs = std::int64_t{24} * 60 * 60 * 1000;
-
-constexpr const char* kCancelled = "the job was cancelled";
-
-Iteration judged(const Submission& submission, Critique critique, std::int64_t nowMs) {
-    // Before the findings are moved away, on which the judgement rests.
-    const Judgement judgement = judge(critique);
-    Iteration iteration;
-    iteration.createdMs = nowMs;
-    iteration.intent = submission.intent;
-    iteration.band = judgement.band;
-    iteration.score = judgement.score;
-    iteration.parts = summarize(submission.parts);
-    iteration.findings = std::move(critique.findings);
-    iteration.extent = critique.extent;
-    iteration.coverage = std::move(critique.coverage);
-    return withinLimits(std::move(iteration));
-}
-
-/// A body from the store, read as what it was when it came in.
-std::variant<JobRequest, WireError> readAgain(JobKind kind, std::string_view body) {
-    const auto widened = [](auto parsed) -> std::variant<JobRequest, WireError> {
-        if (auto* error = std::get_if<WireError>(&parsed)) return std::move(*error);
-        return JobRequest(std::move(std::get<0>(parsed)));
-    };
-    return kind == JobKind::grade ? widened(parseSubmit(body)) : widened(parseIterate(body));
-}
 
 } // namespace
 
@@ -89,7 +61,8 @@ JobQueue::Enqueued JobQueue::enqueue(JobKind kind, const std::string& runId, Job
     return job;
 }
 
-JobQueue::Submitted JobQueue::submit(SubmitRequest request, std::string_view body) {
+JobQueue::Submitted JobQueue::submit(SubmitRequest request, std::string_view body,
+                                     const JobOwner& /*owner*/) {
     Enqueued enqueued = enqueue(JobKind::grade, {}, std::move(request), body);
     if (auto* job = std::get_if<PendingJob>(&enqueued)) return Accepted{std::move(job->id)};
     if (std::holds_alternative<QueueFull>(enqueued)) return QueueFull{};
@@ -97,7 +70,7 @@ JobQueue::Submitted JobQueue::submit(SubmitRequest request, std::string_view bod
 }
 
 JobQueue::IterateOutcome JobQueue::iterate(const std::string& runId, IterateRequest request,
-                                           std::string_view body) {
+                                           std::string_view body, const JobOwner& /*owner*/) {
     if (!m_store.hasRun(runId)) return NoSuchRun{};
     const Enqueued enqueued = enqueue(JobKind::iterate, runId, std::move(request), body);
     if (std::holds_alternative<QueueFull>(enqueued)) return QueueFull{};
@@ -163,6 +136,11 @@ bool JobQueue::isIdle() const {
 bool JobQueue::isWarming() const {
     const std::lock_guard lock(m_mutex);
     return m_warming;
+}
+
+bool JobQueue::isAccepting() {
+    const std::lock_guard lock(m_mutex);
+    return !m_stopping;
 }
 
 void JobQueue::stop() {
@@ -269,10 +247,7 @@ void JobQueue::grade(Waiting& taken, const std::stop_token& cancel) {
             // Counted on the disk before the judging: what ends the whole program can be counted in
             // no other way. Waiting for the store to work again counts once.
             if (!begun && m_store.beginAttempt(job.id) > kMostAttempts) {
-                m_store.failJob(job.id,
-                                "the service ended " + std::to_string(kMostAttempts) +
-                                    " times while it judged this work",
-                                m_options.nowMs());
+                m_store.failJob(job.id, endedTooOften(), m_options.nowMs());
                 return;
             }
             begun = true;
@@ -292,86 +267,14 @@ void JobQueue::gradeOnce(Waiting& taken, const std::stop_token& cancel) {
     const std::string& jobId = taken.job.id;
     // A finish whose answer was lost, when the store failed after the commit.
     if (!m_store.isPending(jobId)) return; // already over
-    try {
-        judgeJob(taken, cancel);
-    } catch (const StoreError&) {
-        throw;
-    } catch (const std::exception& error) {
-        m_store.failJob(jobId,
-                        std::string("the critics could not judge this work: ") + error.what(),
-                        m_options.nowMs());
-    } catch (...) {
-        m_store.failJob(jobId, "the critics could not judge this work", m_options.nowMs());
-    }
-}
-
-void JobQueue::judgeJob(Waiting& taken, const std::stop_token& cancel) {
-    const PendingJob& job = taken.job;
-    if (!taken.request) {
-        // The bytes were accepted once, but maybe by another version of this program with other
-        // rules.
-        auto read = readAgain(job.kind, m_store.payload(job.id).value_or(""));
-        if (const auto* error = std::get_if<WireError>(&read)) {
-            m_store.failJob(job.id, error->text, m_options.nowMs());
-            return;
-        }
-        taken.request = std::move(std::get<JobRequest>(read));
-    }
-    if (const auto* work = std::get_if<SubmitRequest>(&*taken.request)) {
-        judgeWork(job, *work, cancel);
-    } else {
-        judgeRevision(job, std::get<IterateRequest>(*taken.request), cancel);
-    }
-}
-
-std::optional<Iteration> JobQueue::verdict(const PendingJob& job, const Submission& work,
-                                           const std::stop_token& cancel) {
-    auto critique = m_options.critic(work, cancel, [&](const GradingProgress& progress) {
-        const std::lock_guard lock(m_mutex);
-        if (const auto running = m_running.find(job.id); running != m_running.end()) {
-            running->second.progress = progress;
-        }
-    });
-    if (!critique) {
-        m_store.failJob(job.id, kCancelled, m_options.nowMs());
-        return std::nullopt;
-    }
-    return judged(work, std::move(*critique), m_options.nowMs());
-}
-
-void JobQueue::judgeWork(const PendingJob& job, const SubmitRequest& request,
-                         const std::stop_token& cancel) {
-    const Submission& submission = request.submission;
-    auto first = verdict(job, submission, cancel);
-    if (!first) return;
-    m_store.finishGrade(job.id,
-                        // The run gets its id with its verdict: a job that fails or is cancelled
-                        // leaves no run behind.
-                        {newRunId(),
-                         cutTo(submission.modality, kLongestText),
-                         cutTo(submission.vertical, kLongestText),
-                         cutTo(request.policyId, kLongestText),
-                         {std::move(*first)}},
-                        toKeep(submission));
-}
-
-void JobQueue::judgeRevision(const PendingJob& job, IterateRequest& request,
-                             const std::stop_token& cancel) {
-    const auto run = m_store.run(job.runId);
-    if (!run) {
-        m_store.failJob(job.id, "the run is gone", m_options.nowMs());
-        return;
-    }
-    // A revision is judged as what its run is, not as what it says it is.
-    Submission& submission = request.submission;
-    submission.modality = run->modality;
-    submission.vertical = run->vertical;
-    const auto revision = verdict(job, submission, cancel);
-    if (revision) m_store.finishIterate(job.id, job.runId, *revision, toKeep(submission));
-}
-
-KeptWork JobQueue::toKeep(const Submission& work) const {
-    return m_options.keepWork.count() > 0 ? keptWork(work.parts) : KeptWork();
+    const bool ended = judgeJob(
+        m_store, m_options, taken.job, taken.request, cancel, [&](const GradingProgress& progress) {
+            const std::lock_guard lock(m_mutex);
+            if (const auto running = m_running.find(jobId); running != m_running.end()) {
+                running->second.progress = progress;
+            }
+        });
+    if (!ended) m_store.failJob(jobId, kCancelled, m_options.nowMs());
 }
 
 void JobQueue::tidy() {

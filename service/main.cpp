@@ -3,13 +3,18 @@
 #include "critics/servers/server_engines.h"
 #include "service/http/http_api.h"
 #include "service/job_queue.h"
+#include "service/postgres/postgres_store.h"
 #include "service/setup/command_line.h"
 #include "service/setup/data_folder.h"
 #include "service/setup/idle_watch.h"
 #include "service/setup/inherited_sockets.h"
 #include "service/setup/key_file.h"
+#include "service/setup/keys_command.h"
 #include "service/setup/local_socket.h"
-#include "service/store/run_store.h"
+#include "service/setup/public_url.h"
+#include "service/shared_queue.h"
+#include "service/store/sqlite_store.h"
+#include "service/team_keys.h"
 #include "text/build_version.h"
 #include "text/xdg_folders.h"
 
@@ -130,7 +135,7 @@ void endWithParent() {
 }
 
 // Ends the service once it has had nothing to do for long enough.
-std::jthread endWhenIdle(std::chrono::seconds limit, HttpServer& server, const JobQueue& queue) {
+std::jthread endWhenIdle(std::chrono::seconds limit, HttpServer& server, const JobDesk& queue) {
     return std::jthread([limit, &server, &queue](const std::stop_token& stop) {
         std::mutex mutex;
         std::condition_variable_any never;
@@ -147,6 +152,51 @@ std::jthread endWhenIdle(std::chrono::seconds limit, HttpServer& server, const J
     });
 }
 
+/// Where runs and jobs are kept: a file of this program's own, or a database that it shares.
+struct Store {
+    std::unique_ptr<RunStore> own; ///< Never null.
+    SharedStore* shared = nullptr; ///< The same one, where it is shared.
+};
+
+// Throws StoreError.
+Store openStore(const CommandLine& line, const fs::path& data) {
+    if (!line.store) {
+        auto opened = SqliteStore::open(data / "runs.db", nowMs());
+        notice(opened.notice);
+        return {std::move(opened.store), nullptr};
+    }
+    std::unique_ptr<SharedStore> opened = openPostgresStore(*line.store);
+    SharedStore* shared = opened.get();
+    return {std::move(opened), shared};
+}
+
+std::unique_ptr<JobDesk> startQueue(const Store& store, QueueOptions options) {
+    if (store.shared == nullptr) return std::make_unique<JobQueue>(*store.own, std::move(options));
+    return std::make_unique<SharedQueue>(*store.shared, std::move(options));
+}
+
+// Who cannot wait for the job being graded signals again: nothing is lost then either.
+void awaitEnd(const sigset_t& signals) {
+    int received = 0;
+    sigwait(&signals, &received);
+}
+
+void endAtOnceFromNowOn(const sigset_t& signals) {
+    for (const int signal : {SIGTERM, SIGINT, SIGHUP}) std::signal(signal, SIG_DFL);
+    pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);
+}
+
+// A program of a team that judges, and listens nowhere.
+int judgeForOthers(SharedStore& store, QueueOptions options, const sigset_t& signals) {
+    SharedQueue queue(store, std::move(options));
+    std::printf("trevix-local judging as %s\n", queue.name().c_str());
+    std::fflush(stdout);
+    awaitEnd(signals);
+    endAtOnceFromNowOn(signals);
+    queue.stop();
+    return 0;
+}
+
 int serve(const CommandLine& line, const fs::path& self, const fs::path& data,
           const fs::path& catalog, ServerChoices servers, const InheritedSockets& inherited) {
     // Before anything in the folder is read: a second service over the same store would judge the
@@ -158,7 +208,7 @@ int serve(const CommandLine& line, const fs::path& self, const fs::path& data,
     api.catalog = catalog;
     if (line.key) {
         api.key = *line.key;
-    } else {
+    } else if (!line.store) {
         api.keyFile = data / "key";
         const auto key = loadOrMakeKey(api.keyFile);
         if (const auto* error = std::get_if<KeyError>(&key)) return complain(error->text, 1);
@@ -175,31 +225,52 @@ int serve(const CommandLine& line, const fs::path& self, const fs::path& data,
     }
     api.nowMs = nowMs;
 
-    auto opened = RunStore::open(data / "runs.db", nowMs());
-    notice(opened.notice);
+    const bool judges = line.role != CommandLine::Role::api;
+    const bool listens = line.role != CommandLine::Role::worker;
 
     // Before any thread starts, so that all inherit it and only the wait below gets a signal.
     const sigset_t signals = endSignals();
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);
 
+    Store store = openStore(line, data);
+    if (store.shared) {
+        // Whoever holds an address that somebody was handed is on another machine.
+        api.userOfPeer = [](const std::string&, const std::string&) { return std::nullopt; };
+        if (line.publicUrl) api.publicUrl = parsePublicUrl(*line.publicUrl);
+        // What one person says counts for that person's own service.
+        api.dictionary.clear();
+        api.dismissed.clear();
+        api.nowMs = [shared = store.shared] { return shared->nowMs(); };
+        api.shared = store.shared;
+    }
+    std::optional<TeamKeys> teamKeys;
+    if (store.shared != nullptr && listens) api.keys = &teamKeys.emplace(*store.shared);
+
+    const auto publicOrigin =
+        api.publicUrl ? std::optional<std::string>(api.publicUrl->origin()) : std::nullopt;
     MachineGrader critics(places);
 
     QueueOptions queueOptions;
     queueOptions.maxWaiting = line.queue;
     queueOptions.keep = std::chrono::hours(24) * line.keepDays;
     queueOptions.keepWork = std::chrono::hours(24) * line.keepWorkDays;
-    queueOptions.atOnce = kJobsAtOnce;
+    queueOptions.atOnce = judges ? kJobsAtOnce : 0;
     queueOptions.critic = [&](const Submission& submission, const std::stop_token& cancel,
                               const std::function<void(const GradingProgress&)>& progress) {
         return critics.grader().grade(submission, cancel, progress);
     };
     queueOptions.warmUp = [&] { critics.probe(); };
-    queueOptions.nowMs = nowMs;
+    queueOptions.nowMs = api.nowMs;
     queueOptions.log = notice;
+
+    if (!listens) return judgeForOthers(*store.shared, std::move(queueOptions), signals);
 
     // The default one is a convenience: without it the port is there all the same.
     const bool ownSocket = inherited.unixListener < 0;
-    const auto socketPath = ownSocket ? wantedSocket(line) : inherited.socket;
+    // Programs of a team's machine would get in each other's way.
+    const bool asked = !line.store || line.socket;
+    const auto socketPath =
+        ownSocket ? (asked ? wantedSocket(line) : std::nullopt) : inherited.socket;
     std::optional<LocalSocket> local;
     if (ownSocket && socketPath) {
         auto made = LocalSocket::listen(*socketPath);
@@ -213,6 +284,7 @@ int serve(const CommandLine& line, const fs::path& self, const fs::path& data,
 
     ServerOptions serverOptions;
     serverOptions.port = line.port;
+    if (line.listen) serverOptions.address = *line.listen;
     serverOptions.tcpListener = inherited.tcpListener;
     serverOptions.unixListener = local ? local->release() : inherited.unixListener;
     // Every revision that waits holds a thread; others must find one all the same.
@@ -221,8 +293,9 @@ int serve(const CommandLine& line, const fs::path& self, const fs::path& data,
 
     // Declared after the store and before the server, so that the server goes first and nobody asks
     // a queue that is gone.
-    JobQueue queue(*opened.store, std::move(queueOptions));
-    HttpApi handler(std::move(api), queue, *opened.store);
+    const std::unique_ptr<JobDesk> desk = startQueue(store, std::move(queueOptions));
+    JobDesk& queue = *desk;
+    HttpApi handler(std::move(api), queue, *store.own);
     auto listening = HttpServer::listen(serverOptions, handler);
     if (const auto* error = std::get_if<ListenError>(&listening);
         error != nullptr && error->portTaken && !ownSocket) {
@@ -232,8 +305,9 @@ int serve(const CommandLine& line, const fs::path& self, const fs::path& data,
     }
     if (const auto* error = std::get_if<ListenError>(&listening)) return complain(error->text, 1);
     auto& server = *std::get<std::unique_ptr<HttpServer>>(listening);
-    const std::string base = "http://127.0.0.1:" + std::to_string(server.port());
-    handler.setBase(base);
+    const std::string base =
+        "http://" + serverOptions.address + ":" + std::to_string(server.port());
+    handler.setBase(publicOrigin.value_or(base));
     // Only now that the port is known: reports are opened under it, and it may be one that the
     // system chose.
     server.start();
@@ -249,13 +323,10 @@ int serve(const CommandLine& line, const fs::path& self, const fs::path& data,
     std::jthread idle;
     if (line.idleExit > 0) idle = endWhenIdle(std::chrono::seconds(line.idleExit), server, queue);
 
-    int received = 0;
-    sigwait(&signals, &received);
+    awaitEnd(signals);
     idle = {};
-    // The job being graded is finished first. Who cannot wait for that signals again: nothing is
-    // lost then either.
-    for (const int signal : {SIGTERM, SIGINT, SIGHUP}) std::signal(signal, SIG_DFL);
-    pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);
+    // The job being graded is finished first.
+    endAtOnceFromNowOn(signals);
     // First, so that nobody new connects while the last job is finished.
     local.reset();
     // Before the server: who waits for a revision is told that the service ends, which frees the
@@ -281,7 +352,26 @@ int printEngines(bool json, const fs::path& self, ServerChoices servers) {
     return 0;
 }
 
+int runKeys(const std::vector<std::string>& arguments) {
+    const auto parsed = parseKeysCommand(arguments);
+    if (const auto* error = std::get_if<UsageError>(&parsed)) {
+        return complain(error->text + "; try keys --help", 2);
+    }
+    const auto& command = std::get<KeysCommand>(parsed);
+    if (command.action == KeysCommand::Action::help) {
+        std::fputs(std::string(keysUsageText()).c_str(), stdout);
+        return 0;
+    }
+    std::signal(SIGPIPE, SIG_IGN);
+    const auto store = openPostgresStore(command.store);
+    const KeysDone done = runKeysCommand(*store, command);
+    if (done.status != 0) return complain(done.output, done.status);
+    std::fputs(done.output.c_str(), stdout);
+    return 0;
+}
+
 int run(int argc, char** argv) {
+    if (argc > 1 && std::string_view(argv[1]) == "keys") return runKeys({argv + 2, argv + argc});
     const auto parsed = parseCommandLine({argv + (argc > 0 ? 1 : 0), argv + argc});
     if (const auto* error = std::get_if<UsageError>(&parsed)) {
         return complain(error->text + "; try --help", 2);

@@ -25,6 +25,9 @@ using kelvane::text::lowerAscii;
 // Bytes: many times the shipped catalog. A larger file was put there by mistake.
 constexpr std::uintmax_t kLargestCatalog = std::uintmax_t{16} << 20U;
 
+// Bytes of a path that the record of uses holds; ours have some sixty.
+constexpr std::size_t kLongestAction = 200;
+
 // Asked before the key is sent, so without it.
 constexpr std::string_view kProof = "/api/v1/proof";
 
@@ -39,7 +42,8 @@ enum class Route {
     connect,
     index,
     catalog,
-    health
+    health,
+    ready
 };
 
 struct Target {
@@ -67,6 +71,7 @@ std::optional<Target> targetOf(std::string_view path) {
     if (path == "/console") return Target{Route::console, {}};
     if (path == "/connect") return Target{Route::connect, {}};
     if (path == "/healthz") return Target{Route::health, {}};
+    if (path == "/readyz") return Target{Route::ready, {}};
     if (path == "/brask/app-catalog.json") return Target{Route::catalog, {}};
     if (path == kProof) return Target{Route::proof, {}};
     if (path == kJobs) return Target{Route::submit, {}};
@@ -117,6 +122,13 @@ HttpAnswer queueFull() {
     return answer;
 }
 
+HttpAnswer quotaUsed() {
+    // An hour: somewhen within the day the first of its works is a day old.
+    HttpAnswer answer = errorAnswer(429, "this key has handed in as much as it may within a day");
+    answer.headers.emplace_back("Retry-After", "3600");
+    return answer;
+}
+
 HttpAnswer stopping() {
     return errorAnswer(503, "the service is ending");
 }
@@ -144,7 +156,7 @@ bool isLoopbackHost(std::string_view host) {
     return false;
 }
 
-HttpApi::HttpApi(ApiOptions options, JobQueue& queue, RunStore& store)
+HttpApi::HttpApi(ApiOptions options, JobDesk& queue, RunStore& store)
     : m_options(std::move(options)),
       m_gate(m_options.now),
       m_queue(queue),
@@ -155,18 +167,11 @@ std::optional<HttpAnswer> HttpApi::refuse(const HttpHead& head) {
     // RFC 9112, 3.2: a request that names none, or several, is answered with 400.
     const auto host = head.header("host");
     if (!host) return errorAnswer(400, "the request must name one Host");
-    if (!isLoopbackHost(*host)) {
+    if (!isOwnHost(*host)) {
         return errorAnswer(403, "this service answers to 127.0.0.1 and localhost only");
     }
     if (needsKey(head.path)) {
-        const auto authorization = head.header("authorization");
-        if (!authorization || !authorizes(*authorization, m_options.key)) {
-            HttpAnswer answer =
-                errorAnswer(401, "not authorized — check your Trevix key (HTTP 401)");
-            // RFC 9110, 11.6.1: 401 says how to be let in.
-            answer.headers.emplace_back("WWW-Authenticate", "Bearer");
-            return answer;
-        }
+        if (auto refused = refuseKey(head)) return refused;
     }
     if (UserActions::owns(head)) return m_user.refuse(head);
     const auto target = targetOf(head.path);
@@ -188,8 +193,7 @@ std::optional<HttpAnswer> HttpApi::refuse(const HttpHead& head) {
     }
     // Programs send no Origin; pages of this service have none but its own.
     const auto origins = head.headers.count("origin");
-    if (origins > 0 &&
-        (origins > 1 || lowerAscii(*head.header("origin")) != "http://" + lowerAscii(*host))) {
+    if (origins > 0 && (origins > 1 || lowerAscii(*head.header("origin")) != originFor(*host))) {
         return errorAnswer(403, "requests from other web pages are not taken");
     }
     if (cancels) return std::nullopt;
@@ -207,9 +211,69 @@ std::optional<HttpAnswer> HttpApi::refuse(const HttpHead& head) {
     return std::nullopt;
 }
 
+std::optional<HttpAnswer> HttpApi::refuseKey(const HttpHead& head) {
+    const auto authorization = head.header("authorization");
+    const auto team = teamKeyIn(head);
+    if (m_options.keys != nullptr ? !team
+                                  : !authorization || !authorizes(*authorization, m_options.key)) {
+        HttpAnswer answer = errorAnswer(401, "not authorized — check your Trevix key (HTTP 401)");
+        // RFC 9110, 11.6.1: 401 says how to be let in.
+        answer.headers.emplace_back("WWW-Authenticate", "Bearer");
+        return answer;
+    }
+    if (!team) return std::nullopt;
+    // A ticket opens what may be read anyway.
+    if (team->scope == KeyScope::read && head.method != "GET" && head.method != "HEAD" &&
+        !head.path.ends_with("/ticket")) {
+        return errorAnswer(403, "this key only reads");
+    }
+    if (!m_options.keys->mayAsk(*team)) {
+        HttpAnswer answer = errorAnswer(429, "this key asks too often; try again in a while");
+        answer.headers.emplace_back("Retry-After", "5");
+        return answer;
+    }
+    return std::nullopt;
+}
+
+std::optional<TeamKey> HttpApi::teamKeyIn(const HttpHead& head) const {
+    const auto authorization = head.header("authorization");
+    if (m_options.keys == nullptr || !authorization) return std::nullopt;
+    return m_options.keys->keyOf(*authorization);
+}
+
+JobOwner HttpApi::ownerIn(const HttpHead& head) const {
+    const auto key = teamKeyIn(head);
+    return key ? JobOwner{key->group, key->name, key->perDay} : JobOwner{};
+}
+
+bool HttpApi::ownsJob(const HttpHead& head, const std::string& jobId) const {
+    if (m_options.keys == nullptr) return true;
+    const auto key = teamKeyIn(head);
+    return key && m_options.shared->groupOfJob(jobId) == key->group;
+}
+
+bool HttpApi::ownsRun(const HttpHead& head, const std::string& runId) const {
+    if (m_options.keys == nullptr) return true;
+    const auto key = teamKeyIn(head);
+    return key && m_options.shared->groupOfRun(runId) == key->group;
+}
+
+void HttpApi::noteUse(const HttpHead& head, const HttpAnswer& answer) {
+    // Who waits asks every second how far it is: that tells nobody anything.
+    const bool asksHowFar = head.method == "GET" && head.path.starts_with("/api/v1/eval/jobs/") &&
+                            answer.body.find(R"("run_id")") == std::string::npos;
+    const auto key = teamKeyIn(head);
+    if (!key || asksHowFar) return;
+    // Whoever asks chooses what stands there.
+    m_options.shared->noteUse(
+        {key->name, head.method + " " + head.path.substr(0, kLongestAction), answer.status});
+}
+
 HttpAnswer HttpApi::answer(const HttpHead& head, const std::string& body) {
     try {
-        return route(head, body);
+        HttpAnswer answer = route(head, body);
+        noteUse(head, answer);
+        return answer;
     } catch (const StoreError& error) {
         // A full disk, as a rule: what was not stored was not promised, and may be tried again.
         return errorAnswer(503, error.what());
@@ -221,19 +285,30 @@ HttpAnswer HttpApi::problem(int status, std::string_view text) {
 }
 
 HttpAnswer HttpApi::route(const HttpHead& head, const std::string& body) {
-    if (UserActions::owns(head)) return m_user.answer(head, body);
+    if (UserActions::owns(head)) {
+        // What one person says is no flaw is none in that person's own service.
+        if (m_options.keys != nullptr) {
+            return errorAnswer(404, "a team's service keeps no dismissals and no dictionary");
+        }
+        return m_user.answer(head, body);
+    }
     const auto target = targetOf(head.path);
     if (!target) return errorAnswer(404, "there is nothing at this address");
+    // What is somebody else's is told as what there is not.
     switch (target->route) {
     case Route::submit:
-        return submit(body);
+        return submit(head, body);
     case Route::job:
+        if (!ownsJob(head, target->id)) return errorAnswer(404, "there is no such job");
         return head.method == "DELETE" ? cancelJob(target->id) : jobStatus(target->id);
     case Route::run:
+        if (!ownsRun(head, target->id)) return errorAnswer(404, "there is no such run");
         return runRecord(target->id);
     case Route::iterate:
-        return iterate(target->id, body);
+        if (!ownsRun(head, target->id)) return errorAnswer(404, "there is no such run");
+        return iterate(head, target->id, body);
     case Route::ticket:
+        if (!ownsRun(head, target->id)) return errorAnswer(404, "there is no such run");
         return ticket(target->id);
     case Route::proof:
         return proof(head);
@@ -245,19 +320,23 @@ HttpAnswer HttpApi::route(const HttpHead& head, const std::string& body) {
         return pageAnswer(200, indexPage());
     case Route::catalog:
         return catalog();
+    case Route::ready:
+        return readiness();
     case Route::health:
         break;
     }
     return health();
 }
 
-HttpAnswer HttpApi::submit(const std::string& body) {
+HttpAnswer HttpApi::submit(const HttpHead& head, const std::string& body) {
     auto parsed = parseSubmit(body);
     if (const auto* error = std::get_if<WireError>(&parsed)) return errorAnswer(400, error->text);
-    const auto outcome = m_queue.submit(std::move(std::get<SubmitRequest>(parsed)), body);
+    const auto outcome =
+        m_queue.submit(std::move(std::get<SubmitRequest>(parsed)), body, ownerIn(head));
     if (const auto* accepted = std::get_if<Accepted>(&outcome)) {
         return jsonAnswer(202, acceptedJson(accepted->jobId));
     }
+    if (std::holds_alternative<QuotaUsed>(outcome)) return quotaUsed();
     return std::holds_alternative<QueueFull>(outcome) ? queueFull() : stopping();
 }
 
@@ -271,11 +350,11 @@ HttpAnswer HttpApi::jobStatus(const std::string& jobId) {
 
 HttpAnswer HttpApi::cancelJob(const std::string& jobId) {
     switch (m_queue.cancel(jobId)) {
-    case JobQueue::Cancelled::done:
+    case JobDesk::Cancelled::done:
         return jsonAnswer(200, cancelledJson(jobId));
-    case JobQueue::Cancelled::over:
+    case JobDesk::Cancelled::over:
         return errorAnswer(409, "the job is over");
-    case JobQueue::Cancelled::noSuchJob:
+    case JobDesk::Cancelled::noSuchJob:
         break;
     }
     return errorAnswer(404, "there is no such job");
@@ -287,17 +366,20 @@ HttpAnswer HttpApi::runRecord(const std::string& runId) {
     return jsonAnswer(200, runJson(withUserSays(*run, m_user.says())));
 }
 
-HttpAnswer HttpApi::iterate(const std::string& runId, const std::string& body) {
+HttpAnswer HttpApi::iterate(const HttpHead& head, const std::string& runId,
+                            const std::string& body) {
     // Before the body is read for what it says: an unknown run is the likelier mistake.
     if (!m_store.hasRun(runId)) return errorAnswer(404, "there is no such run");
     auto parsed = parseIterate(body);
     if (const auto* error = std::get_if<WireError>(&parsed)) return errorAnswer(400, error->text);
-    const auto outcome = m_queue.iterate(runId, std::move(std::get<IterateRequest>(parsed)), body);
+    const auto outcome =
+        m_queue.iterate(runId, std::move(std::get<IterateRequest>(parsed)), body, ownerIn(head));
     if (const auto* done = std::get_if<Iterated>(&outcome)) {
         return jsonAnswer(200, iterationJson(withUserSays(done->run, m_user.says()), done->number));
     }
     if (std::holds_alternative<NoSuchRun>(outcome)) return errorAnswer(404, "there is no such run");
     if (std::holds_alternative<QueueFull>(outcome)) return queueFull();
+    if (std::holds_alternative<QuotaUsed>(outcome)) return quotaUsed();
     if (const auto* failed = std::get_if<JudgingFailed>(&outcome)) {
         return errorAnswer(500, failed->error);
     }
@@ -316,6 +398,9 @@ HttpAnswer HttpApi::proof(const HttpHead& head) {
     // There a proof would only give away what the key makes of texts that others choose.
     if (head.serverAddress.empty()) {
         return errorAnswer(404, "over a Unix socket the system tells who answers");
+    }
+    if (m_options.keys != nullptr) {
+        return errorAnswer(404, "a team's service is known by its certificate");
     }
     // 32 bytes that the client drew: an answer heard once proves nothing the next time.
     const auto nonce = head.query.find("nonce");
@@ -343,10 +428,11 @@ HttpAnswer HttpApi::report(const HttpHead& head) {
             // Only for this path, out of reach for scripts, and sent along when a link is followed
             // here but not with requests that other pages make. The name is the run's, so that
             // reports do not push each other's passes out.
-            answer.headers.emplace_back("Set-Cookie",
-                                        runId + "=" + *pass + "; Path=/console; Max-Age=" +
-                                            std::to_string(ReportGate::kPassLasts.count()) +
-                                            "; HttpOnly; SameSite=Lax");
+            answer.headers.emplace_back(
+                "Set-Cookie",
+                runId + "=" + *pass +
+                    "; Path=/console; Max-Age=" + std::to_string(ReportGate::kPassLasts.count()) +
+                    "; HttpOnly; SameSite=Lax" + (m_base.starts_with("https:") ? "; Secure" : ""));
             return answer;
         }
     }
@@ -357,7 +443,11 @@ HttpAnswer HttpApi::report(const HttpHead& head) {
 
 bool HttpApi::mayRead(const HttpHead& head, const std::string& runId) {
     const auto authorization = head.header("authorization");
-    if (authorization && authorizes(*authorization, m_options.key)) return true;
+    if (m_options.keys != nullptr) {
+        if (ownsRun(head, runId)) return true;
+    } else if (authorization && authorizes(*authorization, m_options.key)) {
+        return true;
+    }
     // Browsers send one Cookie header, relays may split it.
     const auto [first, last] = head.headers.equal_range("cookie");
     for (auto each = first; each != last; ++each) {
@@ -378,8 +468,8 @@ bool HttpApi::isOwnUsers(const HttpHead& head) const {
 
 HttpAnswer HttpApi::connect(const HttpHead& head) {
     // As the browser has reached it: refuse() has seen that it is a name of this machine.
-    return pageAnswer(200, connectPage("http://" + lowerAscii(head.header("host").value_or("")),
-                                       m_options.keyFile.string()));
+    return pageAnswer(
+        200, connectPage(originFor(head.header("host").value_or("")), m_options.keyFile.string()));
 }
 
 HttpAnswer HttpApi::catalog() {
@@ -394,6 +484,25 @@ HttpAnswer HttpApi::catalog() {
     if (!file.eof() && file.fail())
         return errorAnswer(404, "the application catalog cannot be read");
     return jsonAnswer(200, std::move(bytes));
+}
+
+bool HttpApi::isOwnHost(const std::string& host) const {
+    return isLoopbackHost(host) ||
+           (m_options.publicUrl && lowerAscii(host) == m_options.publicUrl->authority);
+}
+
+std::string HttpApi::originFor(const std::string& host) const {
+    const std::string lower = lowerAscii(host);
+    if (m_options.publicUrl && lower == m_options.publicUrl->authority) {
+        return m_options.publicUrl->origin();
+    }
+    return "http://" + lower;
+}
+
+HttpAnswer HttpApi::readiness() {
+    // A store that does not answer is told as one that cannot be written: see answer().
+    if (!m_queue.isAccepting()) return stopping();
+    return jsonAnswer(200, R"({"status":"ok"})");
 }
 
 HttpAnswer HttpApi::health() {

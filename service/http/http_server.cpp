@@ -308,10 +308,12 @@ HttpServer::listen(const ServerOptions& options, HttpHandler& handler) {
     // A port whose last connections are only fading away is free; one that is listened on is not.
     const int yes = 1;
     setsockopt(listener, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
-    // The address is not to be chosen: this service answers the machine it runs on.
     sockaddr_in address{};
     address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    if (inet_pton(AF_INET, options.address.c_str(), &address.sin_addr) != 1) {
+        close(listener);
+        return ListenError{false, "cannot listen on " + options.address + ": it is no address"};
+    }
     address.sin_port = htons(options.port);
     socklen_t size = sizeof address;
     auto* raw = reinterpret_cast<sockaddr*>(&address);

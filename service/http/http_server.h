@@ -1,4 +1,4 @@
-// Requests in and answers out, over the loopback and over a Unix socket.
+// Requests in and answers out, over the loopback as a rule, and over a Unix socket.
 //
 // The sockets, the loop and the limits of HTTP, so that a handler sees whole requests only. One
 // thread reads and writes for all connections (Boost.Asio, Boost.Beast), so that a connection that
@@ -67,6 +67,8 @@ public:
 };
 
 struct ServerOptions {
+    /// An IPv4 address of this machine. The loopback's is asked by this machine alone.
+    std::string address = "127.0.0.1";
     std::uint16_t port = 0; ///< 0: any free one.
     /// A socket of 127.0.0.1 that is bound and listens, in place of the port, or -1. The server
     /// takes it over.
@@ -102,7 +104,7 @@ struct ListenError {
 
 class HttpServer {
 public:
-    /// Listens on 127.0.0.1. `handler` must outlive the server.
+    /// Listens on `address`. `handler` must outlive the server.
     [[nodiscard]] static std::variant<std::unique_ptr<HttpServer>, ListenError>
     listen(const ServerOptions& options, HttpHandler& handler);
 

@@ -148,7 +148,7 @@ HttpAnswer UserActions::report(const RunRecord& run, int status, const std::stri
     if (run.iterations.size() > 1) {
         extras.workBefore = m_store.work(run.id, run.latest().number - 1);
     }
-    extras.formToken = tokenFor(run.id);
+    if (m_files.canBeTold()) extras.formToken = tokenFor(run.id);
     extras.notice = notice;
     return formPageAnswer(status, reportPage(withUserSays(run, says()), extras));
 }

@@ -1,6 +1,7 @@
 #include "service/setup/command_line.h"
 
 #include "service/setup/key_file.h"
+#include "service/setup/public_url.h"
 #include "text/xdg_folders.h"
 
 #include <charconv>
@@ -60,11 +61,61 @@ std::optional<std::string> take(CommandLine& line, const std::string& option,
         line.model = value;
     } else if (option == "--languagetool") {
         line.languageTool = value;
+    } else if (option == "--store") {
+        if (auto problem = storeProblem(value)) return problem;
+        line.store = value;
+    } else if (option == "--role") {
+        if (value == "api") {
+            line.role = CommandLine::Role::api;
+        } else if (value == "worker") {
+            line.role = CommandLine::Role::worker;
+        } else if (value == "both") {
+            line.role = CommandLine::Role::both;
+        } else {
+            return "--role is api, worker or both";
+        }
+    } else if (option == "--listen") {
+        if (!isIpv4(value)) return "--listen needs an IPv4 address, as 127.0.0.1";
+        line.listen = value;
+    } else if (option == "--public-url") {
+        if (!parsePublicUrl(value)) {
+            return "--public-url needs an address without a path, as https://judge.example.org";
+        }
+        line.publicUrl = value;
     } else {
         if (!isUsableKey(value))
             return "--key needs 8 to 512 visible ASCII characters without \"%\"";
         line.key = value;
     }
+    return std::nullopt;
+}
+
+/// What does not go together of what a team's service is told.
+std::optional<std::string> teamProblem(const CommandLine& line) {
+    if (!line.store) {
+        if (line.role != CommandLine::Role::both) return "--role goes with --store";
+        if (line.listen) return "--listen goes with --store";
+        if (line.publicUrl) return "--public-url goes with --store";
+        if (line.plain) return "--plain goes with --listen";
+        return std::nullopt;
+    }
+    // The others would be cut off from what is theirs as well.
+    if (line.key)
+        return "with --store there is a key for each person: see trevix-local keys --help";
+    if (line.action == CommandLine::Action::printKey) return "--print-key does not go with --store";
+    if (line.idleExit > 0) return "--idle-exit does not go with --store";
+    if (line.role == CommandLine::Role::worker && (line.listen || line.publicUrl || line.socket)) {
+        return "a worker listens nowhere: --listen, --public-url and --socket go with --role api";
+    }
+    const bool leaves = line.listen && !line.listen->starts_with("127.");
+    if (line.plain && !leaves) return "--plain goes with a --listen beyond this machine";
+    if (leaves && !line.plain) {
+        return "--listen " + *line.listen +
+               " would send keys and work unencrypted: have a proxy on this machine speak TLS, or "
+               "say --plain";
+    }
+    // By which name it is asked is not to be anybody's choice but its owner's.
+    if (leaves && !line.publicUrl) return "--listen beyond this machine needs --public-url";
     return std::nullopt;
 }
 
@@ -107,6 +158,10 @@ std::variant<CommandLine, UsageError> parseCommandLine(const std::vector<std::st
             line.withParent = true;
             continue;
         }
+        if (option == "--plain") {
+            line.plain = true;
+            continue;
+        }
         if (option == "--judge-elsewhere") {
             line.judgeElsewhere = true;
             continue;
@@ -121,7 +176,9 @@ std::variant<CommandLine, UsageError> parseCommandLine(const std::vector<std::st
         if (option != "--port" && option != "--data" && option != "--key" &&
             option != "--catalog" && option != "--socket" && option != "--queue" &&
             option != "--keep-days" && option != "--keep-work" && option != "--judge" &&
-            option != "--model" && option != "--languagetool" && option != "--idle-exit") {
+            option != "--model" && option != "--languagetool" && option != "--idle-exit" &&
+            option != "--store" && option != "--role" && option != "--listen" &&
+            option != "--public-url") {
             return UsageError{"unknown option " + arguments[i]};
         }
         if (!value) {
@@ -139,14 +196,23 @@ std::variant<CommandLine, UsageError> parseCommandLine(const std::vector<std::st
     if (line.judgeElsewhere && !line.judge) {
         return UsageError{"--judge-elsewhere goes with --judge"};
     }
+    if (auto error = teamProblem(line)) return UsageError{std::move(*error)};
     return line;
+}
+
+std::optional<std::string> storeProblem(std::string_view address) {
+    if (address.starts_with("postgresql://") || address.starts_with("postgres://")) {
+        return std::nullopt;
+    }
+    return "--store needs the address of a database, postgresql://...";
 }
 
 std::string_view usageText() {
     return R"(Usage: trevix-local [OPTION]...
+       trevix-local keys add|list|revoke ...
 
 Judges work on this machine, for programs of this machine only: listens on 127.0.0.1 and
-on a Unix socket of its user.
+on a Unix socket of its user. With --store it is one of the programs of a team's service.
 
   --port N        port to listen on; 0 for any free one (default 8797)
   --socket PATH   Unix socket to listen on beside the port; none for none
@@ -170,6 +236,17 @@ on a Unix socket of its user.
   --languagetool URL
                   ask a LanguageTool server of your own on this machine
                   (http://127.0.0.1:8081)
+  --store postgresql://USER@HOST/DATABASE
+                  keep runs and jobs in a database that the machines of a team share; its
+                  password stands in ~/.pgpass or in the environment as PGPASSWORD
+  --role ROLE     api takes work in and tells of it, worker judges it, both does both
+                  (default both); with --store
+  --listen ADDRESS
+                  an IPv4 address of this machine to listen on; with --store (default 127.0.0.1)
+  --public-url URL
+                  where others reach the service, through a proxy as a rule; with --store
+                  (https://judge.example.org)
+  --plain         what --listen sends beyond this machine may go unencrypted
   --idle-exit SECONDS
                   end when for so long nothing was asked and no job waited or ran: for a
                   service manager that listens and starts it anew (LISTEN_FDS)

@@ -30,6 +30,14 @@ struct CommandLine {
     std::optional<std::string> model;        ///< Its name; only with a judge.
     bool judgeElsewhere = false;             ///< Whether that server may be on another machine.
     std::optional<std::string> languageTool; ///< Address of such a server.
+    std::optional<std::string> store;        ///< Address of the database that a team shares.
+    /// What a program of a team does: take work in and tell of it, judge it, or both. Only with a
+    /// store.
+    enum class Role { both, api, worker };
+    Role role = Role::both;
+    std::optional<std::string> listen;    ///< An address of this machine; only with a store.
+    std::optional<std::string> publicUrl; ///< Where others reach the service; only with a store.
+    bool plain = false; ///< Whether what goes beyond this machine may go unencrypted.
     std::size_t queue = 256;
     int keepDays = 365;   ///< 0: for good.
     int keepWorkDays = 7; ///< The work itself. 0: not at all.
@@ -54,6 +62,9 @@ struct UsageError {
 parseCommandLine(const std::vector<std::string>& arguments);
 
 [[nodiscard]] std::string_view usageText();
+
+/// Why this is no address of a shared store; absent when it is one.
+[[nodiscard]] std::optional<std::string> storeProblem(std::string_view address);
 
 /// The folder for key and runs: `data` when given, else "trevix-local" under `xdgDataHome` when
 /// that is an absolute path, else under ".local/share" of `home`. Absent when `home` is needed and

@@ -1,6 +1,6 @@
 // SQLite as the run store speaks it.
 //
-// For run_store.cpp only. A statement with its values bound in order, and a transaction that is
+// For sqlite_store.cpp only. A statement with its values bound in order, and a transaction that is
 // undone unless it is committed. Whatever goes wrong is thrown as StoreError.
 
 #pragma once

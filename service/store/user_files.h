@@ -32,6 +32,9 @@ public:
 
     [[nodiscard]] UserSays says() const;
 
+    /// Whether there is a file for anything.
+    [[nodiscard]] bool canBeTold() const { return !m_dismissed.empty() || !m_dictionary.empty(); }
+
     /// Remembers it. A reason is made one line of at most kLongestReason characters. What is
     /// dismissed already stays as it is.
     [[nodiscard]] std::optional<std::string> dismiss(Dismissal dismissal) const;

@@ -9,6 +9,8 @@
 #include "platform/fake/journal.h"
 #include "platform/ports/quit_signal.h"
 #include "service/http/http_api.h"
+#include "service/job_queue.h"
+#include "service/store/sqlite_store.h"
 #include "tests/service/gated_critic.h"
 #include "tests/service/temporary_folder.h"
 
@@ -31,7 +33,7 @@ using testing::SizeIs;
 class ClientTest : public testing::Test {
 protected:
     void start(std::function<void()> warmUp = [] {}) {
-        m_store = RunStore::open(m_folder.path() / "runs.db", 1).store;
+        m_store = SqliteStore::open(m_folder.path() / "runs.db", 1).store;
         QueueOptions queue;
         queue.critic = [this](const auto&... asked) { return m_critic(asked...); };
         queue.warmUp = std::move(warmUp);

@@ -2,7 +2,9 @@
 
 #include "service/http/http_api.h"
 
+#include "service/job_queue.h"
 #include "service/setup/key_proof.h"
+#include "service/store/sqlite_store.h"
 #include "tests/service/bodies.h"
 #include "tests/service/gated_critic.h"
 #include "tests/service/http/http_client.h"
@@ -33,7 +35,7 @@ class HttpApiTest : public testing::Test {
 protected:
     void start(bool open = true, std::size_t maxWaiting = 256) {
         m_critic = std::make_unique<GatedCritic>(open);
-        m_store = RunStore::open(m_folder.path() / "runs.db", 1).store;
+        m_store = SqliteStore::open(m_folder.path() / "runs.db", 1).store;
         QueueOptions queue;
         queue.maxWaiting = maxWaiting;
         queue.critic = [this](const auto&... asked) { return (*m_critic)(asked...); };

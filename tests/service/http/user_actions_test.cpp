@@ -3,7 +3,9 @@
 #include "service/http/user_actions.h"
 
 #include "service/http/http_api.h"
+#include "service/job_queue.h"
 #include "service/report/page_action.h"
+#include "service/store/sqlite_store.h"
 #include "tests/service/bodies.h"
 #include "tests/service/gated_critic.h"
 #include "tests/service/http/http_client.h"
@@ -29,7 +31,7 @@ constexpr const char* kDismissals = "/api/v1/eval/dismissals";
 class UserActionsTest : public testing::Test {
 protected:
     UserActionsTest() {
-        m_store = RunStore::open(m_folder.path() / "runs.db", 1).store;
+        m_store = SqliteStore::open(m_folder.path() / "runs.db", 1).store;
         QueueOptions queue;
         queue.critic = [this](const auto&... asked) { return m_critic(asked...); };
         queue.warmUp = [] {};

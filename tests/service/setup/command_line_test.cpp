@@ -77,6 +77,58 @@ TEST(CommandLineOptions, TheEndMayComeByItself) {
     }
 }
 
+std::string problemOf(const std::vector<std::string>& arguments) {
+    const auto result = parseCommandLine(arguments);
+    const auto* error = std::get_if<UsageError>(&result);
+    return error != nullptr ? error->text : "";
+}
+
+TEST(CommandLineOptions, AProgramOfATeamIsToldWhatItDoes) {
+    CommandLine expected;
+    expected.store = "postgresql://db/trevix";
+    EXPECT_EQ(parsed({"--store", "postgresql://db/trevix"}), expected);
+    EXPECT_EQ(parsed({"--store", "postgresql://db/trevix", "--role=both"}), expected);
+    expected.role = CommandLine::Role::worker;
+    EXPECT_EQ(parsed({"--role", "worker", "--store=postgresql://db/trevix"}), expected);
+    expected.role = CommandLine::Role::api;
+    expected.listen = "10.0.0.5";
+    expected.publicUrl = "http://judge.example.org:8797";
+    expected.plain = true;
+    EXPECT_EQ(parsed({"--role=api", "--store=postgresql://db/trevix", "--listen=10.0.0.5",
+                      "--plain", "--public-url", "http://judge.example.org:8797"}),
+              expected);
+    EXPECT_EQ(parsed({"--store=postgresql://db/trevix", "--listen=127.0.0.2"}).listen, "127.0.0.2");
+}
+
+TEST(CommandLineOptions, NothingGoesUnencryptedBeyondThisMachineUnlessOneSaysSo) {
+    const std::string store = "--store=postgresql://db/trevix";
+    const std::string url = "--public-url=http://judge.example.org";
+    EXPECT_NE(problemOf({store, "--listen=0.0.0.0", url}).find("--plain"), std::string::npos);
+    EXPECT_EQ(problemOf({store, "--listen=0.0.0.0", url, "--plain"}), "");
+    EXPECT_EQ(problemOf({store, "--listen=0.0.0.0", "--plain"}),
+              "--listen beyond this machine needs --public-url");
+    EXPECT_EQ(problemOf({store, "--plain"}), "--plain goes with a --listen beyond this machine");
+    EXPECT_EQ(problemOf({store, "--plain", "--listen=127.0.0.1"}),
+              "--plain goes with a --listen beyond this machine");
+}
+
+TEST(CommandLineOptions, WhatIsATeamsGoesWithItsStoreAlone) {
+    const std::string store = "--store=postgresql://db/trevix";
+    EXPECT_EQ(problemOf({"--role=worker"}), "--role goes with --store");
+    EXPECT_EQ(problemOf({"--listen=127.0.0.1"}), "--listen goes with --store");
+    EXPECT_EQ(problemOf({"--public-url=https://a"}), "--public-url goes with --store");
+    EXPECT_EQ(problemOf({"--plain"}), "--plain goes with --listen");
+    EXPECT_NE(problemOf({store, "--key=trevix_key"}).find("keys --help"), std::string::npos);
+    EXPECT_EQ(problemOf({store, "--print-key"}), "--print-key does not go with --store");
+    EXPECT_EQ(problemOf({store, "--idle-exit=5"}), "--idle-exit does not go with --store");
+    EXPECT_NE(problemOf({store, "--role=worker", "--listen=127.0.0.1"}), "");
+    EXPECT_NE(problemOf({store, "--role=worker", "--socket=/s"}), "");
+    EXPECT_EQ(problemOf({store, "--role=all"}), "--role is api, worker or both");
+    EXPECT_NE(problemOf({"--store=runs.db"}), "");
+    EXPECT_NE(problemOf({store, "--listen=localhost"}), "");
+    EXPECT_NE(problemOf({store, "--public-url=judge.example.org"}), "");
+}
+
 TEST(CommandLineOptions, HelpAndVersionWinOverWhatFollows) {
     EXPECT_EQ(parsed({"--help", "--nonsense"}).action, CommandLine::Action::help);
     EXPECT_EQ(parsed({"-h"}).action, CommandLine::Action::help);

@@ -1,8 +1,9 @@
-#include "service/store/run_store.h"
+#include "service/store/sqlite_store.h"
 
 #include "service/store/clock_trust.h"
 #include "service/store/own_file.h"
 #include "service/store/sqlite_statement.h"
+#include "service/store/stored_values.h"
 
 #include <cmath>
 #include <mutex>
@@ -126,40 +127,12 @@ CREATE TABLE works (
 );
 )sql";
 
-// The latest version and the one before, which it is compared with.
-constexpr int kVersionsWithWork = 2;
-
-// Stored as numbers so that a reader of the file can sort by them; they are part of the format. A
-// number of a later program is told as the mildest, since nothing else is known of it.
-Severity severityOf(std::int64_t stored) {
-    switch (stored) {
-    case 3:
-        return Severity::critical;
-    case 2:
-        return Severity::high;
-    case 1:
-        return Severity::medium;
-    default:
-        return Severity::low;
-    }
-}
-
-Band bandOf(const std::string& stored) {
-    const auto band = bandNamed(stored);
-    if (!band) throw StoreError("the run store: a verdict of an unknown band");
-    return *band;
-}
-
 /// The version of that number: an index, for versions have no holes.
 Iteration& versionOf(RunRecord& run, std::int64_t number) {
     if (number < 0 || static_cast<std::uint64_t>(number) >= run.iterations.size()) {
         throw StoreError("the run store: something of a version that is missing");
     }
     return run.iterations[static_cast<std::size_t>(number)];
-}
-
-std::int64_t stored(Severity severity) {
-    return static_cast<std::int64_t>(severity);
 }
 
 void insertCoverage(sqlite3* db, const std::string& runId, int number, const Coverage& coverage) {
@@ -220,7 +193,7 @@ void insertIteration(sqlite3* db, const std::string& runId, int number, const It
             .bind(runId)
             .bind(std::int64_t{number})
             .bind(ordinal++)
-            .bind(stored(finding.severity))
+            .bind(storedSeverity(finding.severity))
             .bind(finding.rule)
             .bind(finding.criterion)
             .bind(finding.place)
@@ -283,7 +256,7 @@ private:
 
 } // namespace
 
-class RunStore::Database {
+class SqliteStore::Database {
 public:
     explicit Database(const std::filesystem::path& file) {
         // No mutex of SQLite's own: ours has each call, of several statements, take its turn whole.
@@ -361,17 +334,18 @@ private:
     std::mutex m_mutex;
 };
 
-RunStore::RunStore(std::unique_ptr<Database> database) : m_database(std::move(database)) {}
-RunStore::~RunStore() = default;
+SqliteStore::SqliteStore(std::unique_ptr<Database> database) : m_database(std::move(database)) {}
+SqliteStore::~SqliteStore() = default;
 
-RunStore::Opened RunStore::open(const std::filesystem::path& file, std::int64_t nowMs) {
+SqliteStore::Opened SqliteStore::open(const std::filesystem::path& file, std::int64_t nowMs) {
     for (const char* suffix : {"", "-wal", "-shm"}) {
         // Before SQLite touches any of them: opening the file may already play the log into it.
         if (const auto problem = fileProblem(file.string() + suffix)) throw StoreError(*problem);
     }
     makeOwn(file);
     try {
-        return {std::unique_ptr<RunStore>(new RunStore(std::make_unique<Database>(file))), {}};
+        return {std::unique_ptr<SqliteStore>(new SqliteStore(std::make_unique<Database>(file))),
+                {}};
     } catch (const Damaged& damaged) {
         // The log belongs to the damaged file: left in place it would be played into the new one.
         std::string aside = file.string() + ".damaged-" + std::to_string(nowMs / 1000);
@@ -390,14 +364,14 @@ RunStore::Opened RunStore::open(const std::filesystem::path& file, std::int64_t 
             }
         }
         makeOwn(file);
-        return {std::unique_ptr<RunStore>(new RunStore(std::make_unique<Database>(file))),
+        return {std::unique_ptr<SqliteStore>(new SqliteStore(std::make_unique<Database>(file))),
                 "the run store is damaged (" + std::string(damaged.what()) + "); it was moved to " +
                     aside + " and a new one was begun"};
     }
 }
 
-PendingJob RunStore::addJob(const std::string& id, JobKind kind, const std::string& runId,
-                            std::string_view payload, std::int64_t nowMs) {
+PendingJob SqliteStore::addJob(const std::string& id, JobKind kind, const std::string& runId,
+                               std::string_view payload, std::int64_t nowMs) {
     const auto lock = m_database->lock();
     sqlite3* db = m_database->handle();
     // One statement is a transaction of its own: when it returns, the job outlives the service.
@@ -413,7 +387,7 @@ PendingJob RunStore::addJob(const std::string& id, JobKind kind, const std::stri
     return {sqlite3_last_insert_rowid(db), id, kind, runId, payload.size(), 0};
 }
 
-std::vector<PendingJob> RunStore::pendingJobs() {
+std::vector<PendingJob> SqliteStore::pendingJobs() {
     const auto lock = m_database->lock();
     Statement statement(m_database->handle(),
                         "SELECT seq, id, kind, run_id, length(payload), attempts FROM jobs "
@@ -428,7 +402,7 @@ std::vector<PendingJob> RunStore::pendingJobs() {
     return jobs;
 }
 
-bool RunStore::isPending(const std::string& jobId) {
+bool SqliteStore::isPending(const std::string& jobId) {
     const auto lock = m_database->lock();
     Statement statement(m_database->handle(),
                         "SELECT 1 FROM jobs WHERE id = ? AND status = 'pending'");
@@ -436,7 +410,7 @@ bool RunStore::isPending(const std::string& jobId) {
     return statement.step();
 }
 
-std::optional<std::string> RunStore::payload(const std::string& jobId) {
+std::optional<std::string> SqliteStore::payload(const std::string& jobId) {
     const auto lock = m_database->lock();
     Statement statement(m_database->handle(),
                         "SELECT payload FROM jobs WHERE id = ? AND status = 'pending'");
@@ -445,7 +419,7 @@ std::optional<std::string> RunStore::payload(const std::string& jobId) {
     return statement.text(0);
 }
 
-int RunStore::beginAttempt(const std::string& jobId) {
+int SqliteStore::beginAttempt(const std::string& jobId) {
     const auto lock = m_database->lock();
     Statement statement(m_database->handle(), "UPDATE jobs SET attempts = attempts + 1 "
                                               "WHERE id = ? AND status = 'pending' "
@@ -457,7 +431,8 @@ int RunStore::beginAttempt(const std::string& jobId) {
     return attempts;
 }
 
-void RunStore::finishGrade(const std::string& jobId, const RunRecord& run, const KeptWork& work) {
+void SqliteStore::finishGrade(const std::string& jobId, const RunRecord& run,
+                              const KeptWork& work) {
     const auto lock = m_database->lock();
     sqlite3* db = m_database->handle();
     Transaction transaction(db);
@@ -474,8 +449,8 @@ void RunStore::finishGrade(const std::string& jobId, const RunRecord& run, const
     transaction.commit();
 }
 
-int RunStore::finishIterate(const std::string& jobId, const std::string& runId,
-                            const Iteration& iteration, const KeptWork& work) {
+int SqliteStore::finishIterate(const std::string& jobId, const std::string& runId,
+                               const Iteration& iteration, const KeptWork& work) {
     const auto lock = m_database->lock();
     sqlite3* db = m_database->handle();
     Transaction transaction(db);
@@ -496,7 +471,7 @@ int RunStore::finishIterate(const std::string& jobId, const std::string& runId,
     return number;
 }
 
-KeptWork RunStore::work(const std::string& runId, int number) {
+KeptWork SqliteStore::work(const std::string& runId, int number) {
     const auto lock = m_database->lock();
     Statement statement(m_database->handle(), "SELECT ordinal, is_text, bytes FROM works "
                                               "WHERE run_id = ? AND number = ? ORDER BY ordinal");
@@ -509,7 +484,7 @@ KeptWork RunStore::work(const std::string& runId, int number) {
     return work;
 }
 
-std::size_t RunStore::dropWork(std::int64_t beforeMs, std::uint64_t mostBytes) {
+std::size_t SqliteStore::dropWork(std::int64_t beforeMs, std::uint64_t mostBytes) {
     const auto lock = m_database->lock();
     sqlite3* db = m_database->handle();
     Transaction transaction(db);
@@ -538,7 +513,7 @@ std::size_t RunStore::dropWork(std::int64_t beforeMs, std::uint64_t mostBytes) {
     return dropped;
 }
 
-void RunStore::failJob(const std::string& jobId, const std::string& error, std::int64_t nowMs) {
+void SqliteStore::failJob(const std::string& jobId, const std::string& error, std::int64_t nowMs) {
     const auto lock = m_database->lock();
     // Without a look at how many rows changed: a job that is over by now keeps its end.
     Statement(m_database->handle(), "UPDATE jobs SET status = 'failed', error = ?, finished = ?, "
@@ -549,7 +524,7 @@ void RunStore::failJob(const std::string& jobId, const std::string& error, std::
         .run();
 }
 
-std::optional<FinishedJob> RunStore::finishedJob(const std::string& jobId) {
+std::optional<FinishedJob> SqliteStore::finishedJob(const std::string& jobId) {
     const auto lock = m_database->lock();
     Statement statement(m_database->handle(), "SELECT run_id, iteration, error FROM jobs "
                                               "WHERE id = ? AND status <> 'pending'");
@@ -567,7 +542,7 @@ std::optional<FinishedJob> RunStore::finishedJob(const std::string& jobId) {
     return job;
 }
 
-std::optional<RunRecord> RunStore::run(const std::string& runId) {
+std::optional<RunRecord> SqliteStore::run(const std::string& runId) {
     const auto lock = m_database->lock();
     sqlite3* db = m_database->handle();
     RunRecord run;
@@ -644,14 +619,14 @@ std::optional<RunRecord> RunStore::run(const std::string& runId) {
     return run;
 }
 
-bool RunStore::hasRun(const std::string& runId) {
+bool SqliteStore::hasRun(const std::string& runId) {
     const auto lock = m_database->lock();
     Statement statement(m_database->handle(), "SELECT 1 FROM runs WHERE id = ?");
     statement.bind(runId);
     return statement.step();
 }
 
-bool RunStore::believesClock(std::int64_t nowMs) {
+bool SqliteStore::believesClock(std::int64_t nowMs) {
     const auto lock = m_database->lock();
     sqlite3* db = m_database->handle();
     Transaction transaction(db);
@@ -680,7 +655,7 @@ bool RunStore::believesClock(std::int64_t nowMs) {
     return after.believedMs >= nowMs;
 }
 
-std::size_t RunStore::prune(std::int64_t beforeMs) {
+std::size_t SqliteStore::prune(std::int64_t beforeMs) {
     const auto lock = m_database->lock();
     sqlite3* db = m_database->handle();
     std::size_t deleted = 0;
@@ -705,7 +680,7 @@ std::size_t RunStore::prune(std::int64_t beforeMs) {
     return deleted;
 }
 
-void RunStore::giveBackRoom() {
+void SqliteStore::giveBackRoom() {
     const auto lock = m_database->lock();
     sqlite3* db = m_database->handle();
     std::int64_t unused = 0;

@@ -1,5 +1,6 @@
-#include "service/store/run_store.h"
+#include "service/store/sqlite_store.h"
 
+#include "tests/service/store/run_store_contract.h"
 #include "tests/service/temporary_folder.h"
 
 #include <gmock/gmock.h>
@@ -24,12 +25,12 @@ std::string contentOf(const std::filesystem::path& file) {
     return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
 }
 
-class RunStoreTest : public testing::Test {
+class SqliteStoreTest : public testing::Test {
 protected:
     [[nodiscard]] std::filesystem::path file() const { return m_folder.path() / "runs.db"; }
 
-    std::unique_ptr<RunStore> open() {
-        auto opened = RunStore::open(file(), 1'000'000);
+    std::unique_ptr<SqliteStore> open() {
+        auto opened = SqliteStore::open(file(), 1'000'000);
         EXPECT_EQ(opened.notice, "");
         return std::move(opened.store);
     }
@@ -54,65 +55,20 @@ protected:
     TemporaryFolder m_folder;
 };
 
-Finding finding(Severity severity, std::string text) {
-    return {severity, "rule " + text, "criterion", "line 1", "evidence " + text, "detail " + text};
-}
-
-Iteration iteration(int number, std::int64_t createdMs, std::vector<Finding> findings = {}) {
-    return {number,
-            createdMs,
-            "intent",
-            Band::ship,
-            0.92,
-            {{"name", "text/plain", 12}},
-            std::move(findings),
-            {120, 3, 40},
-            {{{"hunspell", "1.7", "spelling, English"}, {"trevix", "", "dates"}},
-             {{"spelling, French", "no dictionary", "install one"}},
-             createdMs % 2 == 0}};
-}
-
-RunRecord runRecord(std::string id, std::int64_t createdMs) {
-    return {std::move(id),
-            "text",
-            "writing",
-            "policy",
-            {iteration(0, createdMs,
-                       {finding(Severity::critical, "a"), finding(Severity::high, "b"),
-                        finding(Severity::medium, "c"), finding(Severity::low, "d")})}};
-}
-
-TEST_F(RunStoreTest, JobsWaitInTheOrderInWhichTheyCame) {
-    const auto store = open();
-    store->addJob("job_b", JobKind::grade, "", "first", 1);
-    store->addJob("job_a", JobKind::iterate, "run_1", "second", 2);
-    const auto pending = store->pendingJobs();
-    ASSERT_EQ(pending.size(), 2U);
-    EXPECT_EQ(pending[0], (PendingJob{1, "job_b", JobKind::grade, "", 5, 0}));
-    EXPECT_EQ(pending[1], (PendingJob{2, "job_a", JobKind::iterate, "run_1", 6, 0}));
-    EXPECT_EQ(store->payload("job_b"), "first");
-    EXPECT_EQ(store->payload("job_c"), std::nullopt);
-    EXPECT_TRUE(store->isPending("job_b"));
-    EXPECT_FALSE(store->isPending("job_c"));
-    EXPECT_EQ(store->finishedJob("job_b"), std::nullopt);
-}
-
-TEST_F(RunStoreTest, EverythingIsThereAgainAfterReopening) {
-    const std::string payload("bytes \0 and \xff", 13);
-    {
-        const auto store = open();
-        store->addJob("job_1", JobKind::grade, "", payload, 1);
-        store->addJob("job_2", JobKind::grade, "", "second", 2);
-        store->finishGrade("job_2", runRecord("run_2", 5));
+class Sqlite {
+public:
+    static bool isHere() { return true; }
+    std::unique_ptr<RunStore> open() {
+        return SqliteStore::open(m_folder.path() / "runs.db", 1'000'000).store;
     }
-    const auto store = open();
-    ASSERT_EQ(store->pendingJobs().size(), 1U);
-    EXPECT_EQ(store->payload("job_1"), payload);
-    EXPECT_EQ(store->finishedJob("job_2"), (FinishedJob{"run_2", 0, std::nullopt}));
-    EXPECT_EQ(store->run("run_2"), runRecord("run_2", 5));
-}
 
-TEST_F(RunStoreTest, AFinishedJobLosesItsWork) {
+private:
+    TemporaryFolder m_folder;
+};
+
+INSTANTIATE_TYPED_TEST_SUITE_P(Sqlite, RunStoreContract, Sqlite);
+
+TEST_F(SqliteStoreTest, AFinishedJobLosesItsWork) {
     const auto store = open();
     store->addJob("job_1", JobKind::grade, "", "private words", 1);
     store->finishGrade("job_1", runRecord("run_1", 5));
@@ -121,7 +77,7 @@ TEST_F(RunStoreTest, AFinishedJobLosesItsWork) {
     EXPECT_EQ(query("SELECT count(*) FROM jobs WHERE payload IS NOT NULL"), "0");
 }
 
-TEST_F(RunStoreTest, AStoreOfTheSecondFormatIsTakenOver) {
+TEST_F(SqliteStoreTest, AStoreOfTheSecondFormatIsTakenOver) {
     {
         const auto store = open();
         store->addJob("job_1", JobKind::grade, "", "work", 1);
@@ -137,35 +93,7 @@ TEST_F(RunStoreTest, AStoreOfTheSecondFormatIsTakenOver) {
     EXPECT_EQ(store->work("run_1", 1), (KeptWork{{0, true, "kept"}}));
 }
 
-TEST_F(RunStoreTest, TheWorkOfTheLastTwoVersionsIsKeptUntilItIsDropped) {
-    const auto store = open();
-    const std::string bytes("\x89 \0 \xff", 5);
-    store->addJob("job_1", JobKind::grade, "", "x", 1);
-    store->finishGrade("job_1", runRecord("run_1", 5), {{0, true, "first"}, {2, false, bytes}});
-    EXPECT_EQ(store->work("run_1", 0), (KeptWork{{0, true, "first"}, {2, false, bytes}}));
-    for (int number = 1; number <= 2; ++number) {
-        const std::string job = "job_again_" + std::to_string(number);
-        store->addJob(job, JobKind::iterate, "run_1", "x", 6);
-        store->finishIterate(job, "run_1", iteration(0, 10 * number),
-                             {{0, true, "version " + std::to_string(number)}});
-    }
-    EXPECT_THAT(store->work("run_1", 0), IsEmpty());
-    EXPECT_EQ(store->work("run_1", 1), (KeptWork{{0, true, "version 1"}}));
-    EXPECT_EQ(store->work("run_1", 2), (KeptWork{{0, true, "version 2"}}));
-
-    EXPECT_EQ(store->dropWork(10, 100), 0U);
-    EXPECT_EQ(store->dropWork(11, 100), 1U) << "what is older than that";
-    EXPECT_THAT(store->work("run_1", 1), IsEmpty());
-    store->addJob("job_2", JobKind::grade, "", "x", 7);
-    store->finishGrade("job_2", runRecord("run_2", 30), {{0, true, "another"}});
-    EXPECT_EQ(store->dropWork(0, 7), 1U) << "the oldest of too much";
-    EXPECT_THAT(store->work("run_1", 2), IsEmpty());
-    EXPECT_EQ(store->work("run_2", 0), (KeptWork{{0, true, "another"}}));
-    EXPECT_EQ(store->prune(31), 2U);
-    EXPECT_THAT(store->work("run_2", 0), IsEmpty()) << "with its run";
-}
-
-TEST_F(RunStoreTest, DroppedWorkLeavesNoTrace) {
+TEST_F(SqliteStoreTest, DroppedWorkLeavesNoTrace) {
     const std::string secret = "the private words of a person";
     {
         const auto store = open();
@@ -180,24 +108,7 @@ TEST_F(RunStoreTest, DroppedWorkLeavesNoTrace) {
     EXPECT_FALSE(bytes.empty());
 }
 
-TEST_F(RunStoreTest, IterationsAreNumberedAndKeepTheirFindings) {
-    const auto store = open();
-    store->addJob("job_1", JobKind::grade, "", "x", 1);
-    store->finishGrade("job_1", runRecord("run_1", 5));
-    store->addJob("job_2", JobKind::iterate, "run_1", "x", 6);
-    store->addJob("job_3", JobKind::iterate, "run_1", "x", 7);
-    EXPECT_EQ(
-        store->finishIterate("job_2", "run_1", iteration(0, 8, {finding(Severity::low, "left")})),
-        1);
-    EXPECT_EQ(store->finishIterate("job_3", "run_1", iteration(0, 9)), 2);
-    RunRecord expected = runRecord("run_1", 5);
-    expected.iterations.push_back(iteration(1, 8, {finding(Severity::low, "left")}));
-    expected.iterations.push_back(iteration(2, 9));
-    EXPECT_EQ(store->run("run_1"), expected);
-    EXPECT_EQ(store->finishedJob("job_3"), (FinishedJob{"run_1", 2, std::nullopt}));
-}
-
-TEST_F(RunStoreTest, AStoreOfTheFirstFormatIsTakenOver) {
+TEST_F(SqliteStoreTest, AStoreOfTheFirstFormatIsTakenOver) {
     {
         const auto store = open();
         store->addJob("job_1", JobKind::grade, "", "work", 1);
@@ -223,7 +134,7 @@ TEST_F(RunStoreTest, AStoreOfTheFirstFormatIsTakenOver) {
     EXPECT_EQ(query("PRAGMA user_version"), "3");
 }
 
-TEST_F(RunStoreTest, BandsAreKeptByNameAndNoOtherNameIsRead) {
+TEST_F(SqliteStoreTest, BandsAreKeptByNameAndNoOtherNameIsRead) {
     const auto store = open();
     store->addJob("job_1", JobKind::grade, "", "work", 1);
     RunRecord blocked = runRecord("run_1", 5);
@@ -236,7 +147,7 @@ TEST_F(RunStoreTest, BandsAreKeptByNameAndNoOtherNameIsRead) {
     EXPECT_THROW((void)store->run("run_1"), StoreError);
 }
 
-TEST_F(RunStoreTest, RowsThatMakeNoRunAreAnError) {
+TEST_F(SqliteStoreTest, RowsThatMakeNoRunAreAnError) {
     const auto store = open();
     store->addJob("job", JobKind::grade, "", "{}", 1);
     store->finishGrade("job", runRecord("run", 1000));
@@ -261,52 +172,7 @@ TEST_F(RunStoreTest, RowsThatMakeNoRunAreAnError) {
     }
 }
 
-TEST_F(RunStoreTest, AnIterationOfNoRunChangesNothing) {
-    const auto store = open();
-    store->addJob("job_1", JobKind::iterate, "run_1", "x", 1);
-    EXPECT_THROW((void)store->finishIterate("job_1", "run_1", iteration(0, 2)), StoreError);
-    EXPECT_EQ(store->pendingJobs().size(), 1U);
-}
-
-TEST_F(RunStoreTest, AJobEndsOnce) {
-    const auto store = open();
-    store->addJob("job_1", JobKind::grade, "", "x", 1);
-    store->finishGrade("job_1", runRecord("run_1", 5));
-    EXPECT_THROW(store->finishGrade("job_1", runRecord("run_2", 6)), StoreError);
-    EXPECT_FALSE(store->hasRun("run_2")) << "undone with the rest of its transaction";
-    store->failJob("job_1", "too late", 7);
-    EXPECT_EQ(store->finishedJob("job_1"), (FinishedJob{"run_1", 0, std::nullopt}));
-}
-
-TEST_F(RunStoreTest, AFailedJobSaysWhy) {
-    const auto store = open();
-    store->addJob("job_1", JobKind::grade, "", "x", 1);
-    store->failJob("job_1", "why", 2);
-    EXPECT_EQ(store->finishedJob("job_1"), (FinishedJob{"", 0, "why"}));
-    EXPECT_THAT(store->pendingJobs(), IsEmpty());
-}
-
-TEST_F(RunStoreTest, AttemptsAreCountedAcrossReopening) {
-    {
-        const auto store = open();
-        store->addJob("job_1", JobKind::grade, "", "x", 1);
-        EXPECT_EQ(store->beginAttempt("job_1"), 1);
-    }
-    const auto store = open();
-    EXPECT_EQ(store->pendingJobs().at(0).attempts, 1);
-    EXPECT_EQ(store->beginAttempt("job_1"), 2);
-}
-
-TEST_F(RunStoreTest, TextFromOutsideIsNeverPartOfAStatement) {
-    const auto store = open();
-    const std::string hostile = "'; DROP TABLE jobs; --";
-    store->addJob(hostile, JobKind::grade, hostile, hostile, 1);
-    EXPECT_EQ(store->payload(hostile), hostile);
-    EXPECT_EQ(store->run(hostile), std::nullopt);
-    EXPECT_EQ(store->pendingJobs().size(), 1U);
-}
-
-TEST_F(RunStoreTest, OldRunsAreForgottenButNotWhatIsStillRevised) {
+TEST_F(SqliteStoreTest, OldRunsAreForgottenButNotWhatIsStillRevised) {
     const auto store = open();
     for (const char* name : {"1", "2", "3"}) {
         store->addJob(std::string("job_") + name, JobKind::grade, "", "x", 1);
@@ -330,7 +196,7 @@ TEST_F(RunStoreTest, OldRunsAreForgottenButNotWhatIsStillRevised) {
     EXPECT_EQ(query("SELECT count(*) FROM parts WHERE run_id = 'run_1'"), "0");
 }
 
-TEST_F(RunStoreTest, RoomAndTracesOfFinishedWorkAreGivenBack) {
+TEST_F(SqliteStoreTest, RoomAndTracesOfFinishedWorkAreGivenBack) {
     const auto store = open();
     const std::string secret = "words that nobody else may read";
     std::string work;
@@ -388,7 +254,7 @@ int refuseCheckpoints(void* /*of*/, int action, const char* name, const char* /*
     return checkpoint ? SQLITE_DENY : SQLITE_OK;
 }
 
-TEST_F(RunStoreTest, WaitsForOthersAlsoAfterTheLogCouldNotBeEmptied) {
+TEST_F(SqliteStoreTest, WaitsForOthersAlsoAfterTheLogCouldNotBeEmptied) {
     const OpenedConnection connection;
     const auto store = open();
     ASSERT_NE(connection.get(), nullptr);
@@ -401,20 +267,20 @@ TEST_F(RunStoreTest, WaitsForOthersAlsoAfterTheLogCouldNotBeEmptied) {
     EXPECT_EQ(busyTimeoutOf(connection.get()), before);
 }
 
-TEST_F(RunStoreTest, KeepsWhatItPromisesThroughAPowerCut) {
+TEST_F(SqliteStoreTest, KeepsWhatItPromisesThroughAPowerCut) {
     const auto store = open();
     EXPECT_EQ(query("PRAGMA journal_mode"), "wal");
     EXPECT_EQ(query("PRAGMA integrity_check"), "ok");
     EXPECT_EQ(query("PRAGMA user_version"), "3");
 }
 
-TEST_F(RunStoreTest, ADamagedFileIsMovedAsideWhole) {
+TEST_F(SqliteStoreTest, ADamagedFileIsMovedAsideWhole) {
     const std::string junk = std::string("this is no database at all\n") + std::string(8192, 'x');
     std::ofstream(file()) << junk;
     std::ofstream(file().string() + "-wal") << "old log";
     chmod(file().c_str(), 0600);
     chmod((file().string() + "-wal").c_str(), 0600);
-    auto opened = RunStore::open(file(), 1'000'000);
+    auto opened = SqliteStore::open(file(), 1'000'000);
     const auto aside = m_folder.path() / "runs.db.damaged-1000";
     EXPECT_THAT(opened.notice, HasSubstr("is damaged"));
     EXPECT_THAT(opened.notice, HasSubstr(aside.string()));
@@ -425,7 +291,7 @@ TEST_F(RunStoreTest, ADamagedFileIsMovedAsideWhole) {
     EXPECT_EQ(query("PRAGMA integrity_check"), "ok");
 }
 
-TEST_F(RunStoreTest, PagesOverwrittenInTheMiddleAreNoticed) {
+TEST_F(SqliteStoreTest, PagesOverwrittenInTheMiddleAreNoticed) {
     {
         const auto store = open();
         for (int i = 0; i < 50; ++i) {
@@ -441,37 +307,37 @@ TEST_F(RunStoreTest, PagesOverwrittenInTheMiddleAreNoticed) {
             damage << std::string(200, '\xee');
         }
     }
-    auto opened = RunStore::open(file(), 1'000'000);
+    auto opened = SqliteStore::open(file(), 1'000'000);
     EXPECT_THAT(opened.notice, HasSubstr("is damaged"));
     EXPECT_THAT(opened.store->pendingJobs(), IsEmpty());
     // A second one at the same moment does not overwrite the first.
     opened.store.reset();
     std::ofstream(file(), std::ios::trunc) << std::string(9000, 'y');
-    EXPECT_THAT(RunStore::open(file(), 1'000'000).notice, HasSubstr("damaged-1000-2"));
+    EXPECT_THAT(SqliteStore::open(file(), 1'000'000).notice, HasSubstr("damaged-1000-2"));
     EXPECT_EQ(std::filesystem::file_size(m_folder.path() / "runs.db.damaged-1000"), size);
 }
 
-TEST_F(RunStoreTest, AFileOfANewerVersionOrAnotherProgramIsLeftAlone) {
+TEST_F(SqliteStoreTest, AFileOfANewerVersionOrAnotherProgramIsLeftAlone) {
     open().reset();
     query("PRAGMA user_version = 99");
     try {
-        (void)RunStore::open(file(), 1);
+        (void)SqliteStore::open(file(), 1);
         FAIL() << "opened";
     } catch (const StoreError& error) {
         EXPECT_THAT(error.what(), HasSubstr("newer"));
     }
     query("PRAGMA user_version = 3; PRAGMA application_id = 7");
-    EXPECT_THROW((void)RunStore::open(file(), 1), StoreError);
+    EXPECT_THROW((void)SqliteStore::open(file(), 1), StoreError);
     EXPECT_TRUE(std::filesystem::exists(file()));
     query("PRAGMA application_id = 1414682200"); // its own again
     EXPECT_NE(open(), nullptr);
 }
 
-TEST_F(RunStoreTest, AFileThatIsNotThisUsersAloneIsAnErrorAndStaysAsItIs) {
+TEST_F(SqliteStoreTest, AFileThatIsNotThisUsersAloneIsAnErrorAndStaysAsItIs) {
     open().reset();
     const auto errorNow = [&]() -> std::string {
         try {
-            (void)RunStore::open(file(), 1);
+            (void)SqliteStore::open(file(), 1);
         } catch (const StoreError& error) {
             return error.what();
         }
@@ -493,7 +359,7 @@ TEST_F(RunStoreTest, AFileThatIsNotThisUsersAloneIsAnErrorAndStaysAsItIs) {
     EXPECT_TRUE(std::filesystem::is_symlink(file()));
 }
 
-TEST_F(RunStoreTest, IsItsOwnersAloneWhateverTheMaskIs) {
+TEST_F(SqliteStoreTest, IsItsOwnersAloneWhateverTheMaskIs) {
     const mode_t before = umask(0);
     const auto store = open();
     store->addJob("job_1", JobKind::grade, "", "x", 1);
@@ -505,7 +371,7 @@ TEST_F(RunStoreTest, IsItsOwnersAloneWhateverTheMaskIs) {
     }
 }
 
-TEST_F(RunStoreTest, RemembersWhatTheClockSaidFromStartToStart) {
+TEST_F(SqliteStoreTest, RemembersWhatTheClockSaidFromStartToStart) {
     constexpr std::int64_t kDay = std::int64_t{24} * 60 * 60 * 1000;
     constexpr std::int64_t kNow = 20'000 * kDay;
     EXPECT_TRUE(open()->believesClock(kNow));
@@ -515,8 +381,8 @@ TEST_F(RunStoreTest, RemembersWhatTheClockSaidFromStartToStart) {
     EXPECT_EQ(query("SELECT count(*) FROM clock"), "1");
 }
 
-TEST_F(RunStoreTest, AFolderThatIsMissingIsAnError) {
-    EXPECT_THROW((void)RunStore::open(m_folder.path() / "missing" / "runs.db", 1), StoreError);
+TEST_F(SqliteStoreTest, AFolderThatIsMissingIsAnError) {
+    EXPECT_THROW((void)SqliteStore::open(m_folder.path() / "missing" / "runs.db", 1), StoreError);
 }
 
 } // namespace

@@ -1,0 +1,310 @@
+// Who may ask a team's service, and what each is told.
+
+#include "service/http/http_api.h"
+
+#include "service/postgres/connection.h"
+#include "service/postgres/postgres_store.h"
+#include "service/postgres/schema.h"
+#include "service/setup/team_key_text.h"
+#include "service/shared_queue.h"
+#include "service/team_keys.h"
+
+#include "tests/service/bodies.h"
+#include "tests/service/gated_critic.h"
+#include "tests/service/http/http_client.h"
+#include "tests/service/postgres_cluster.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <chrono>
+#include <memory>
+#include <string>
+#include <thread>
+#include <utility>
+
+namespace trevix {
+namespace {
+
+using namespace std::chrono_literals;
+using nlohmann::json;
+using testing::HasSubstr;
+using testing::MatchesRegex;
+using testing::Not;
+
+constexpr const char* kJobs = "/api/v1/eval/jobs";
+
+class TeamApiTest : public testing::Test {
+protected:
+    void SetUp() override {
+        if (m_cluster == nullptr) GTEST_SKIP() << "no database server";
+        m_cluster->clear();
+        m_store = openPostgresStore(m_cluster->address());
+        QueueOptions queue;
+        queue.atOnce = 1;
+        queue.critic = [this](const auto&... asked) { return m_critic(asked...); };
+        queue.warmUp = [] {};
+        queue.nowMs = [this] { return m_store->nowMs(); };
+        m_queue = std::make_unique<SharedQueue>(*m_store, std::move(queue));
+        // What is new is read when the test says so.
+        m_keys = std::make_unique<TeamKeys>(*m_store, 1h);
+        ApiOptions api;
+        api.keys = m_keys.get();
+        api.shared = m_store.get();
+        api.publicUrl = parsePublicUrl("https://judge.example.org");
+        api.userOfPeer = [](const auto&...) { return std::nullopt; };
+        m_api = std::make_unique<HttpApi>(std::move(api), *m_queue, *m_store);
+        m_api->setBase("https://judge.example.org");
+        auto listening = HttpServer::listen({}, *m_api);
+        m_server = std::move(std::get<std::unique_ptr<HttpServer>>(listening));
+        m_server->start();
+    }
+    ~TeamApiTest() override {
+        m_critic.open();
+        if (m_queue) m_queue->stop();
+        m_server.reset();
+    }
+
+    // Adds a key, and returns the headers of who has it.
+    HeaderLines person(KeysCommand command) {
+        command.action = KeysCommand::Action::add;
+        const KeysDone done = runKeysCommand(*m_store, command);
+        EXPECT_EQ(done.status, 0) << done.output;
+        m_keys->reread();
+        return {{"Authorization", "Bearer " + done.output.substr(0, done.output.size() - 1)}};
+    }
+    HeaderLines person(const std::string& name) {
+        KeysCommand command;
+        command.name = name;
+        return person(std::move(command));
+    }
+
+    [[nodiscard]] Reply ask(const std::string& path, const HeaderLines& key) const {
+        return get(m_server->port(), path, key);
+    }
+    [[nodiscard]] Reply handIn(const std::string& text, const HeaderLines& key) const {
+        return post(m_server->port(), kJobs, submitBody(text), key);
+    }
+    std::string submit(const std::string& text, const HeaderLines& key) const {
+        const Reply reply = handIn(text, key);
+        EXPECT_EQ(reply.status, 202) << reply.body;
+        return json::parse(reply.body).value("job_id", "");
+    }
+    std::string finishedRun(const std::string& job, const HeaderLines& key) const {
+        while (true) {
+            const Reply reply = ask(std::string(kJobs) + "/" + job, key);
+            if (reply.status != 200) {
+                ADD_FAILURE() << reply.body;
+                return {};
+            }
+            const json answer = json::parse(reply.body);
+            if (answer.at("status") == "completed") return answer.at("run_id");
+            std::this_thread::yield();
+        }
+    }
+
+    PostgresCluster* m_cluster = PostgresCluster::ofThisProgram();
+    GatedCritic m_critic{true};
+    std::unique_ptr<SharedStore> m_store;
+    std::unique_ptr<SharedQueue> m_queue;
+    std::unique_ptr<TeamKeys> m_keys;
+    std::unique_ptr<HttpApi> m_api;
+    std::unique_ptr<HttpServer> m_server;
+};
+
+TEST(RequestBudget, IsUsedUpAndComesBackWithTime) {
+    RequestBudget budget;
+    EXPECT_TRUE(budget.take(2, 1'000));
+    EXPECT_TRUE(budget.take(2, 1'000));
+    EXPECT_FALSE(budget.take(2, 1'000));
+    EXPECT_FALSE(budget.take(2, 30'000)) << "not quite one";
+    EXPECT_TRUE(budget.take(2, 31'000));
+    EXPECT_FALSE(budget.take(2, 31'000));
+    EXPECT_TRUE(budget.take(2, 9'000'000));
+    EXPECT_TRUE(budget.take(2, 9'000'000));
+    EXPECT_FALSE(budget.take(2, 9'000'000)) << "no more than a minute's";
+}
+
+TEST(RequestBudget, OfAnyNumberIsNeverUsedUp) {
+    RequestBudget budget;
+    for (int i = 0; i < 100; ++i) EXPECT_TRUE(budget.take(0, 0));
+}
+
+TEST_F(TeamApiTest, WithoutAGoodKeyNothingIsTold) {
+    const HeaderLines ada = person("ada");
+    EXPECT_EQ(ask(std::string(kJobs) + "/job_x", ada).status, 404);
+    EXPECT_EQ(ask(std::string(kJobs) + "/job_x", {}).status, 401);
+    EXPECT_EQ(
+        ask(std::string(kJobs) + "/job_x", {{"Authorization", "Bearer trevix_team_0"}}).status,
+        401);
+    // What the database holds opens nothing.
+    EXPECT_EQ(ask(std::string(kJobs) + "/job_x",
+                  {{"Authorization", "Bearer " + m_cluster->query("SELECT digest FROM keys")}})
+                  .status,
+              401);
+    EXPECT_EQ(ask("/api/v1/proof?nonce=" + std::string(64, '0'), {}).status, 404);
+}
+
+TEST_F(TeamApiTest, ARevokedKeyAndAnExpiredOneAreNotGood) {
+    const HeaderLines ada = person("ada");
+    KeysCommand shortLived;
+    shortLived.name = "guest";
+    shortLived.expiresDays = 1;
+    const HeaderLines guest = person(shortLived);
+    EXPECT_EQ(ask(std::string(kJobs) + "/job_x", guest).status, 404);
+    m_cluster->query("UPDATE keys SET expires = expires - 86400000 WHERE name = 'guest'");
+    EXPECT_EQ(runKeysCommand(*m_store, {KeysCommand::Action::revoke, "", "ada"}).status, 0);
+    m_keys->reread();
+    EXPECT_EQ(ask(std::string(kJobs) + "/job_x", ada).status, 401);
+    EXPECT_EQ(ask(std::string(kJobs) + "/job_x", guest).status, 401);
+    EXPECT_EQ(runKeysCommand(*m_store, {KeysCommand::Action::revoke, "", "ada"}).status, 1);
+    EXPECT_EQ(runKeysCommand(*m_store, {KeysCommand::Action::add, "", "ada"}).status, 1)
+        << "its uses are not to be somebody else's";
+    EXPECT_THAT(runKeysCommand(*m_store, {KeysCommand::Action::list, "", ""}).output,
+                MatchesRegex("NAME\tGROUP[^\n]*\n"
+                             "ada\tada\tgrade\t600\tany\t[-0-9]+\trevoked [-0-9]+\n"
+                             "guest\tguest\tgrade\t600\tany\t[-0-9]+\texpired [-0-9]+\n"));
+}
+
+TEST_F(TeamApiTest, KeysAreGoodWhileTheDatabaseIsAway) {
+    const HeaderLines ada = person("ada");
+    m_cluster->kill();
+    EXPECT_EQ(ask(std::string(kJobs) + "/job_x", ada).status, 503);
+    EXPECT_EQ(ask("/readyz", {}).status, 503);
+    EXPECT_EQ(ask(std::string(kJobs) + "/job_x", {}).status, 401);
+    m_cluster->start();
+    EXPECT_EQ(ask("/readyz", {}).status, 200);
+    EXPECT_EQ(ask(std::string(kJobs) + "/job_x", ada).status, 404);
+}
+
+TEST_F(TeamApiTest, NobodySeesWhatIsAnothers) {
+    const HeaderLines ada = person("ada");
+    const HeaderLines eve = person("eve");
+    const std::string job = submit("high a: one", ada);
+    const std::string run = finishedRun(job, ada);
+    const std::string runs = "/api/v1/eval/runs/" + run;
+    EXPECT_EQ(ask(runs, ada).status, 200);
+    const std::string none = ask("/api/v1/eval/runs/run_none", eve).body;
+    EXPECT_EQ(ask(runs, eve).status, 404);
+    EXPECT_EQ(ask(runs, eve).body, none) << "as if it were not there";
+    EXPECT_EQ(ask(std::string(kJobs) + "/" + job, eve).status, 404);
+    EXPECT_EQ(post(m_server->port(), runs + "/iterate", iterateBody("x"), eve).status, 404);
+    EXPECT_EQ(post(m_server->port(), runs + "/ticket", "{}", eve).status, 404);
+    EXPECT_EQ(ask("/console?run=" + run, eve).status, 403);
+    EXPECT_EQ(ask("/console?run=" + run, ada).status, 200);
+    EXPECT_THAT(ask("/console?run=" + run, ada).body, Not(HasSubstr("<form")));
+    EXPECT_EQ(
+        roundTrip(m_server->port(), requestText("DELETE", std::string(kJobs) + "/" + job, eve))
+            .status,
+        404);
+    EXPECT_EQ(post(m_server->port(), runs + "/iterate", iterateBody("x"), ada).status, 200);
+}
+
+TEST_F(TeamApiTest, AGroupSeesItsWorkTogether) {
+    KeysCommand command;
+    command.group = "writers";
+    command.name = "ada";
+    const HeaderLines ada = person(command);
+    command.name = "grace";
+    command.scope = KeyScope::read;
+    const HeaderLines grace = person(command);
+    const std::string run = finishedRun(submit("work", ada), ada);
+    EXPECT_EQ(ask("/api/v1/eval/runs/" + run, grace).status, 200);
+    EXPECT_EQ(handIn("work", grace).status, 403) << "it only reads";
+    EXPECT_EQ(post(m_server->port(), "/api/v1/eval/runs/" + run + "/ticket", "{}", grace).status,
+              200);
+}
+
+TEST_F(TeamApiTest, WhatWasThereBeforeThereWerePeopleIsNobodys) {
+    const HeaderLines ada = person("ada");
+    m_store->addJob("job_old", JobKind::grade, "", submitBody("old"), 1);
+    EXPECT_EQ(ask(std::string(kJobs) + "/job_old", ada).status, 404);
+}
+
+TEST_F(TeamApiTest, AKeyMayAskAndHandInOnlySoOften) {
+    KeysCommand command;
+    command.name = "busy";
+    command.perMinute = 3;
+    const HeaderLines busy = person(command);
+    for (int i = 0; i < 3; ++i) EXPECT_EQ(ask(std::string(kJobs) + "/job_x", busy).status, 404);
+    const Reply refused = ask(std::string(kJobs) + "/job_x", busy);
+    EXPECT_EQ(refused.status, 429);
+    EXPECT_EQ(refused.headers.count("retry-after"), 1U);
+
+    command.name = "many";
+    command.perMinute = 0;
+    command.perDay = 2;
+    const HeaderLines many = person(command);
+    submit("one", many);
+    submit("two", many);
+    const Reply full = handIn("three", many);
+    EXPECT_EQ(full.status, 429);
+    EXPECT_THAT(full.body, HasSubstr("within a day"));
+    m_cluster->query("UPDATE jobs SET created = created - 86400001");
+    EXPECT_EQ(handIn("three", many).status, 202) << "a day later";
+}
+
+TEST_F(TeamApiTest, UsesAreWrittenDownWithoutWorkOrKey) {
+    const HeaderLines ada = person("ada");
+    const std::string job = submit("the private words", ada);
+    const std::string run = finishedRun(job, ada);
+    (void)ask("/api/v1/eval/runs/" + run + "?why=secret", ada);
+    (void)ask("/api/v1/eval/runs/run_none", ada);
+    EXPECT_EQ(m_cluster->query("SELECT string_agg(key || ' ' || action || ' ' || status, '\n' "
+                               "ORDER BY at) FROM uses"),
+              "ada POST /api/v1/eval/jobs 202\n"
+              "ada GET /api/v1/eval/jobs/" +
+                  job +
+                  " 200\n"
+                  "ada GET /api/v1/eval/runs/" +
+                  run +
+                  " 200\n"
+                  "ada GET /api/v1/eval/runs/run_none 404");
+    m_store->prune(m_store->nowMs() + 1000);
+    EXPECT_EQ(m_cluster->query("SELECT count(*) FROM uses"), "0") << "with the runs of their time";
+}
+
+TEST_F(TeamApiTest, AnswersToItsPublicNameAndToNoOther) {
+    const HeaderLines ada = person("ada");
+    const std::string run = finishedRun(submit("work", ada), ada);
+    const auto asked = [&](const std::string& host, const std::string& origin) {
+        std::string text = "POST /api/v1/eval/runs/" + run + "/ticket HTTP/1.1\r\nHost: " + host +
+                           "\r\nAuthorization: " + ada.front().second +
+                           "\r\nContent-Type: application/json\r\nContent-Length: 2\r\n";
+        if (!origin.empty()) text += "Origin: " + origin + "\r\n";
+        return roundTrip(m_server->port(), text + "\r\n{}");
+    };
+    const Reply ticket = asked("Judge.example.org", "");
+    EXPECT_EQ(ticket.status, 200) << ticket.body;
+    EXPECT_THAT(ticket.body, HasSubstr("https://judge.example.org/console?run="));
+    EXPECT_EQ(asked("judge.example.org", "https://judge.example.org").status, 200);
+    EXPECT_EQ(asked("judge.example.org", "http://judge.example.org").status, 403);
+    EXPECT_EQ(asked("judge.example.org:8443", "").status, 403);
+    EXPECT_EQ(asked("elsewhere.example.org", "").status, 403);
+    EXPECT_EQ(asked("127.0.0.1", "").status, 200);
+
+    const std::string address = json::parse(ticket.body).at("report");
+    const Reply opened = ask(address.substr(address.find("/console")), {});
+    EXPECT_EQ(opened.status, 303);
+    EXPECT_THAT(opened.headers.at("set-cookie"), HasSubstr("; Secure"));
+}
+
+TEST_F(TeamApiTest, TablesOfBeforeThereWerePeopleAreTakenOver) {
+    m_queue->stop();
+    m_cluster->clear();
+    {
+        SqlConnection connection(m_cluster->address());
+        bringUpTo(connection, 1);
+        connection.execute("INSERT INTO jobs (id, kind, run_id, created, bytes) VALUES "
+                           "('job_1', 'grade', '', 1, 4); "
+                           "INSERT INTO payloads VALUES ('job_1', 'work')");
+    }
+    const auto store = openPostgresStore(m_cluster->address());
+    EXPECT_EQ(store->pendingJobs().size(), 1U);
+    EXPECT_EQ(store->groupOfJob("job_1"), "");
+    EXPECT_EQ(m_cluster->query("SELECT version FROM format"), std::to_string(sharedFormat()));
+}
+
+} // namespace
+} // namespace trevix
