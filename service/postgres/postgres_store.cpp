@@ -635,7 +635,7 @@ private:
                                       "WHERE run_id = $1 ORDER BY number, ordinal",
                                       {run.id});
         for (std::size_t row = 0; row < rows.size(); ++row) {
-            run.iterations.at(static_cast<std::size_t>(rows.integer(row, 0)))
+            versionOf(run, rows.integer(row, 0))
                 .parts.push_back({rows.text(row, 1), rows.text(row, 2),
                                   static_cast<std::uint64_t>(rows.integer(row, 3))});
         }
@@ -647,8 +647,7 @@ private:
                      "WHERE run_id = $1 ORDER BY number, ordinal",
                      {run.id});
         for (std::size_t row = 0; row < rows.size(); ++row) {
-            Coverage& coverage =
-                run.iterations.at(static_cast<std::size_t>(rows.integer(row, 0))).coverage;
+            Coverage& coverage = versionOf(run, rows.integer(row, 0)).coverage;
             if (rows.boolean(row, 1)) {
                 coverage.checked({rows.text(row, 2), rows.text(row, 3), rows.text(row, 4)});
             } else {
@@ -670,8 +669,7 @@ private:
             finding.place = rows.text(row, 4);
             finding.evidence = rows.text(row, 5);
             finding.detail = rows.text(row, 6);
-            run.iterations.at(static_cast<std::size_t>(rows.integer(row, 0)))
-                .findings.push_back(std::move(finding));
+            versionOf(run, rows.integer(row, 0)).findings.push_back(std::move(finding));
         }
     }
 

@@ -127,14 +127,6 @@ CREATE TABLE works (
 );
 )sql";
 
-/// The version of that number: an index, for versions have no holes.
-Iteration& versionOf(RunRecord& run, std::int64_t number) {
-    if (number < 0 || static_cast<std::uint64_t>(number) >= run.iterations.size()) {
-        throw StoreError("the run store: something of a version that is missing");
-    }
-    return run.iterations[static_cast<std::size_t>(number)];
-}
-
 void insertCoverage(sqlite3* db, const std::string& runId, int number, const Coverage& coverage) {
     std::int64_t ordinal = 0;
     // Both kinds stand in one table, in the order of being told: what was checked by whom, and what

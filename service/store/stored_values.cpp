@@ -25,4 +25,11 @@ Band bandOf(const std::string& stored) {
     return *band;
 }
 
+Iteration& versionOf(RunRecord& run, std::int64_t number) {
+    if (number < 0 || static_cast<std::uint64_t>(number) >= run.iterations.size()) {
+        throw StoreError("the run store: something of a version that is missing");
+    }
+    return run.iterations[static_cast<std::size_t>(number)];
+}
+
 } // namespace trevix

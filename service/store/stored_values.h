@@ -23,4 +23,8 @@ constexpr int kVersionsWithWork = 2;
 /// Bands go by their names. Throws StoreError for a name that no band has.
 [[nodiscard]] Band bandOf(const std::string& stored);
 
+/// The version of that number: an index, for versions have no holes. Throws StoreError for one that
+/// the run does not have.
+[[nodiscard]] Iteration& versionOf(RunRecord& run, std::int64_t number);
+
 } // namespace trevix
