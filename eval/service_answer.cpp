@@ -36,7 +36,8 @@ constexpr Shape kValue{};
 constexpr std::array kFlawMembers{
     Shape::Member{"severity", &kValue}, Shape::Member{"criterion", &kValue},
     Shape::Member{"name", &kValue},     Shape::Member{"detail", &kValue},
-    Shape::Member{"evidence", &kValue}, Shape::Member{"description", &kValue}};
+    Shape::Member{"evidence", &kValue}, Shape::Member{"description", &kValue},
+    Shape::Member{"rule", &kValue},     Shape::Member{"place", &kValue}};
 constexpr Shape kFlaw{kFlawMembers};
 constexpr Shape kFlaws{{}, &kFlaw};
 
@@ -62,8 +63,7 @@ constexpr Shape kSummary{kSummaryMembers};
 
 constexpr std::array kProgressMembers{Shape::Member{"warming", &kValue}};
 constexpr Shape kProgress{kProgressMembers};
-constexpr std::array kRunMembers{Shape::Member{"flaws", &kFlaws}};
-constexpr Shape kRun{kRunMembers};
+// A run tells its verdict as a summary does.
 constexpr std::array kIterationMembers{Shape::Member{"critic_verdict", &kSummary}};
 constexpr Shape kIteration{kIterationMembers};
 
@@ -75,7 +75,7 @@ constexpr std::array kAnswerMembers{Shape::Member{"job_id", &kValue},
                                     Shape::Member{"message", &kValue},
                                     Shape::Member{"result_summary", &kSummary},
                                     Shape::Member{"progress", &kProgress},
-                                    Shape::Member{"run", &kRun},
+                                    Shape::Member{"run", &kSummary},
                                     Shape::Member{"flaws", &kFlaws},
                                     Shape::Member{"iteration", &kIteration},
                                     Shape::Member{"report", &kValue}};
