@@ -165,6 +165,11 @@ bool saysWarming(const json& answer) {
     return warming && warming->is_boolean() && warming->get<bool>();
 }
 
+bool saysKeepsWork(const json& answer) {
+    const json* keeps = service_json::find(answer, "keeps_work");
+    return keeps && keeps->is_boolean() && keeps->get<bool>();
+}
+
 // A request goes on for no longer than anybody waits for its answer.
 std::chrono::milliseconds requestTimeout(double secondsLeft) {
     // Compared first: the conversion of a very long time would overflow.
@@ -290,7 +295,7 @@ Verdict grade(const Ports& ports, const std::vector<ArtifactPart>& parts,
         return Verdict::failure(kCancelled);
     }
     if (jobId) {
-        if (ports.accepted) ports.accepted(*jobId);
+        if (ports.accepted) ports.accepted({*jobId, saysKeepsWork(*answer)});
         Verdict verdict = poll(ports, *jobId, key, deadlineSec);
         // From here on cancelling finds no job to give up.
         if (ports.ticket) ports.ticket->finish();

@@ -31,13 +31,19 @@ class HttpSession;
 
 namespace EvalBridge {
 
+/// What a service says of a job when it takes it.
+struct AcceptedJob {
+    std::string id;
+    bool keepsWork = false; ///< It says that it keeps the work itself.
+};
+
 struct Ports {
     Environment& environment;
     HttpSession& http;
     Clock& clock;
     GradeTicket* ticket = nullptr; ///< Of this one grade. Null: it cannot be given up.
-    /// Told the id of a job as soon as the service has accepted it, on the thread that grades.
-    std::function<void(const std::string& jobId)> accepted = nullptr;
+    /// Told of a job as soon as the service has accepted it, on the thread that grades.
+    std::function<void(const AcceptedJob& job)> accepted = nullptr;
     /// Whether key and work may go unencrypted to this address, "http://host:port" of another
     /// machine. Called before anything is sent there, each time; may block to ask the user. Unset:
     /// nobody could be asked, and they may not.

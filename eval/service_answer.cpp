@@ -67,18 +67,14 @@ constexpr Shape kProgress{kProgressMembers};
 constexpr std::array kIterationMembers{Shape::Member{"critic_verdict", &kSummary}};
 constexpr Shape kIteration{kIterationMembers};
 
-constexpr std::array kAnswerMembers{Shape::Member{"job_id", &kValue},
-                                    Shape::Member{"status", &kValue},
-                                    Shape::Member{"run_id", &kValue},
-                                    Shape::Member{"error", &kValue},
-                                    Shape::Member{"detail", &kValue},
-                                    Shape::Member{"message", &kValue},
-                                    Shape::Member{"result_summary", &kSummary},
-                                    Shape::Member{"progress", &kProgress},
-                                    Shape::Member{"run", &kSummary},
-                                    Shape::Member{"flaws", &kFlaws},
-                                    Shape::Member{"iteration", &kIteration},
-                                    Shape::Member{"report", &kValue}};
+constexpr std::array kAnswerMembers{
+    Shape::Member{"job_id", &kValue},      Shape::Member{"keeps_work", &kValue},
+    Shape::Member{"status", &kValue},      Shape::Member{"run_id", &kValue},
+    Shape::Member{"error", &kValue},       Shape::Member{"detail", &kValue},
+    Shape::Member{"message", &kValue},     Shape::Member{"result_summary", &kSummary},
+    Shape::Member{"progress", &kProgress}, Shape::Member{"run", &kSummary},
+    Shape::Member{"flaws", &kFlaws},       Shape::Member{"iteration", &kIteration},
+    Shape::Member{"report", &kValue}};
 constexpr Shape kAnswer{kAnswerMembers};
 
 /// Builds what the shapes keep; of all the rest only how deep it is.

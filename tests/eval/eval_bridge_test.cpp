@@ -1009,18 +1009,23 @@ TEST_F(EvalBridgeTest, WithoutATicketTheStatedAddressIsOpened) {
 // ---- iterate
 
 TEST_F(EvalBridgeTest, WhoWantsToKnowIsToldOfAnAcceptedJobBeforeItIsPolled) {
-    answers = {ok(kSubmitted), ok(kShipped)};
     std::vector<std::string> told;
-    ports.accepted = [&](const std::string& jobId) {
-        told.push_back(jobId + " after " + std::to_string(machine.http.requests.size()));
+    ports.accepted = [&](const EvalBridge::AcceptedJob& job) {
+        told.push_back(job.id + (job.keepsWork ? " kept" : "") + " after " +
+                       std::to_string(machine.http.requests.size()));
     };
-    EXPECT_EQ(grade().band, Band::ship);
-    EXPECT_THAT(told, ElementsAre("j1 after 1"));
+    for (const char* accepted : {kSubmitted, R"({"job_id":"j2","keeps_work":true})",
+                                 R"({"job_id":"j3","keeps_work":"yes"})"}) {
+        machine.http.requests.clear();
+        answers = {ok(accepted), ok(kShipped)};
+        EXPECT_EQ(grade().band, Band::ship);
+    }
+    EXPECT_THAT(told, ElementsAre("j1 after 1", "j2 kept after 1", "j3 after 1"));
 }
 
 TEST_F(EvalBridgeTest, OfAJobThatIsNotAcceptedNobodyIsTold) {
     answers = {ok("{}")};
-    ports.accepted = [&](const std::string&) { ADD_FAILURE(); };
+    ports.accepted = [&](const EvalBridge::AcceptedJob&) { ADD_FAILURE(); };
     EXPECT_TRUE(grade().error);
 }
 
