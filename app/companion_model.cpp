@@ -18,14 +18,6 @@ namespace kelvane {
 
 namespace {
 
-EvalBridge::Ports evalPorts(const CompanionModel::Ports& ports, GradeTicket* ticket = nullptr) {
-    return {.environment = ports.environment,
-            .http = ports.http,
-            .clock = ports.clock,
-            .ticket = ticket,
-            .mayGoUnencrypted = ports.mayGoUnencrypted};
-}
-
 /// The application as the capture is to take it.
 DetectedApp asWished(DetectedApp app, GradeWish wish) {
     if (wish == GradeWish::Selection) app.app->capture = "selection";
@@ -41,8 +33,11 @@ GradedWork aboutWork(const CaptureResult& capture, const DetectedApp& app) {
     const auto isPicture = [](const ArtifactPart& part) {
         return part.mimeType.starts_with("image/");
     };
+    const bool isOne = capture.parts.size() == 1;
     return {.app = app.app ? app.app->name : app.rawName,
-            .isPicture = std::ranges::any_of(capture.parts, isPicture)};
+            .isPicture = std::ranges::any_of(capture.parts, isPicture),
+            .bundleId = app.rawBundleId,
+            .text = isOne ? capture.parts.front().text : std::nullopt};
 }
 
 } // namespace
@@ -56,6 +51,14 @@ CompanionModel::CompanionModel(Ports ports, const AppCatalog& catalogToUse,
       m_alive(std::make_shared<const bool>(true)) {}
 
 CompanionModel::~CompanionModel() = default;
+
+EvalBridge::Ports CompanionModel::evalPorts(const Ports& ports, GradeTicket* ticket) {
+    return {.environment = ports.environment,
+            .http = ports.http,
+            .clock = ports.clock,
+            .ticket = ticket,
+            .mayGoUnencrypted = ports.mayGoUnencrypted};
+}
 
 Subscription CompanionModel::observeWillChange(std::function<void()> observer) {
     return m_willChange.add(std::move(observer));
@@ -129,6 +132,8 @@ void CompanionModel::grade(GradeWish wish) {
     // The verdict of other work must not stand beside the progress of this one.
     verdict = std::nullopt;
     note = std::nullopt;
+    flawNote = std::nullopt;
+    m_undo.reset();
     hint(CaptureLack::Nothing);
 
     // The application, the key and the ticket as they are now: the panel may show another by the
@@ -147,10 +152,13 @@ void CompanionModel::grade(GradeWish wish) {
         note = capture.note;
         hint(capture.lacks);
         auto about = aboutWork(capture, from);
-        publishVerdict(ticket, std::move(about),
-                       [ports = evalPorts(m_ports, ticket.get()), capture = std::move(capture),
-                        app = *from.app, key,
-                        policyId = m_ports.environment.get("BRASK_POLICY_ID")] {
+        auto kept = keptOf(capture, about);
+        auto job = std::make_shared<EvalBridge::AcceptedJob>();
+        auto ports = evalPorts(m_ports, ticket.get());
+        ports.accepted = keepsUnderWay(kept, job);
+        publishVerdict(ticket, std::move(about), std::move(kept), job,
+                       [ports = std::move(ports), capture = std::move(capture), app = *from.app,
+                        key, policyId = m_ports.environment.get("BRASK_POLICY_ID")] {
                            return EvalBridge::grade(
                                ports, capture.parts, capture.modality, app.vertical, policyId,
                                "Validate this " + app.name + " work before it ships.", key);
@@ -177,7 +185,11 @@ void CompanionModel::iterate() {
             return;
         }
         auto about = aboutWork(capture, from);
-        publishVerdict(ticket, std::move(about),
+        auto kept = keptOf(capture, about);
+        // A revision is kept as the work before it is.
+        auto job = std::make_shared<EvalBridge::AcceptedJob>();
+        job->keepsWork = gradedWork && gradedWork->isKept;
+        publishVerdict(ticket, std::move(about), std::move(kept), std::move(job),
                        [ports = evalPorts(m_ports, ticket.get()), parts = std::move(capture.parts),
                         runId, key] {
                            return EvalBridge::iterate(ports, runId, parts,
@@ -193,10 +205,11 @@ void CompanionModel::cancel() {
         auto jobId = each.ticket->cancel();
         // Without a job there is nothing to give up at the service, or the grade does that itself.
         if (!jobId) continue;
-        m_ports.dispatcher.background(
-            [ports = evalPorts(m_ports), jobId = std::move(*jobId), key = each.key] {
-                EvalBridge::cancelJob(ports, jobId, key);
-            });
+        m_ports.dispatcher.background([ports = evalPorts(m_ports), history = m_ports.history,
+                                       jobId = std::move(*jobId), key = each.key] {
+            EvalBridge::cancelJob(ports, jobId, key);
+            if (history != nullptr) history->endUnderWay(jobId);
+        });
     }
     grading = false;
     note = "Grade cancelled.";
@@ -250,19 +263,30 @@ void CompanionModel::startNextCapture() {
     });
 }
 
-void CompanionModel::publishVerdict(Ticket ticket, GradedWork about,
-                                    std::function<Verdict()> work) {
+void CompanionModel::publishVerdict(Ticket ticket, GradedWork about, history::VerdictEntry kept,
+                                    Accepted job, std::function<Verdict()> work) {
     m_ports.dispatcher.background([this, &dispatcher = m_ports.dispatcher, work = std::move(work),
-                                   about = std::move(about), ticket = std::move(ticket),
-                                   alive = std::weak_ptr(m_alive)] {
+                                   about = std::move(about), kept = std::move(kept),
+                                   job = std::move(job), history = m_ports.history,
+                                   ticket = std::move(ticket), alive = std::weak_ptr(m_alive)] {
+        auto result = work();
+        // Accepted before it was cancelled, and kept after: nobody else knows of it.
+        if (history != nullptr && ticket->cancelled() && !job->id.empty()) {
+            history->endUnderWay(job->id);
+        }
         // Computed in the background, assigned on the main thread.
-        dispatcher.main([this, alive, ticket, about, result = work()]() mutable {
-            if (alive.expired() || ticket->cancelled()) return;
-            end(ticket);
-            gradedWork = std::move(about);
-            verdict = std::move(result);
-            grading = false;
-        });
+        dispatcher.main(
+            [this, alive, ticket, about, kept, job, result = std::move(result)]() mutable {
+                if (alive.expired() || ticket->cancelled()) return;
+                end(ticket);
+                remember(std::move(kept), result, *job);
+                about.isKept = job->keepsWork;
+                gradedWork = std::move(about);
+                flawNote = std::nullopt;
+                m_undo.reset();
+                verdict = std::move(result);
+                grading = false;
+            });
     });
 }
 

@@ -7,6 +7,7 @@
 
 #pragma once
 
+#include "app/history/history_store.h"
 #include "app/instance_place.h"
 #include "app/published.h"
 #include "catalog/app_catalog.h"
@@ -41,10 +42,16 @@ class Workspace;
 
 /// What a verdict is about.
 struct GradedWork {
-    std::string app;        ///< The application that it was taken from, as people know it.
-    bool isPicture = false; ///< A picture of its window, not the text selected in it.
+    std::string app;           ///< The application that it was taken from, as people know it.
+    bool isPicture = false;    ///< A picture of its window, not the text selected in it.
+    std::string bundleId = {}; ///< Of the application; may be empty.
+    std::optional<std::string> text = {}; ///< What was sent, when it was one text.
+    bool isKept = false;                  ///< The service keeps it as well.
 
-    bool operator==(const GradedWork&) const = default;
+    /// Whether people read the same of it.
+    bool operator==(const GradedWork& other) const {
+        return app == other.app && isPicture == other.isPicture;
+    }
 };
 
 class CompanionModel {
@@ -63,8 +70,11 @@ public:
         std::function<CaptureResult(const DetectedApp&)> capture;
         /// As the service client has it. Called in the background, and may ask the user.
         std::function<bool(const std::string& address)> mayGoUnencrypted = nullptr;
-        DesktopLimits* limits = nullptr; ///< Null: the desktop has none.
-        OwnFocus* ownFocus = nullptr;    ///< Null: it has no windows.
+        DesktopLimits* limits = nullptr;          ///< Null: the desktop has none.
+        OwnFocus* ownFocus = nullptr;             ///< Null: it has no windows.
+        history::HistoryStore* history = nullptr; ///< Null: nothing is kept.
+        std::string desktop = {};                 ///< Of this instance, see desktopName().
+        std::filesystem::path dataHome = {};      ///< The desktop's list of files lies here.
     };
 
     /// Stores its arguments. It scans and looks up nothing; the first `refresh` fills the state.
@@ -90,6 +100,8 @@ public:
     /// What the installer tells of the tools' wiring; empty until it has been asked.
     Published<WiringTruths> wiringTruths{m_willChange};
     Published<DesktopLimit> limit{m_willChange}; ///< What this desktop does not allow.
+    /// What became of the last wish about a flaw, a sentence.
+    Published<std::optional<std::string>> flawNote{m_willChange};
     /// Whether the user's accessibility setting is on because he had this program switch it on.
     Published<bool> accessibilityIsOurs{m_willChange};
 
@@ -108,6 +120,7 @@ public:
     std::function<void()> onUninstall = [] {};
     std::function<void()> onAccessibility = [] {};
     std::function<void()> onQuit = [] {};
+    std::function<void()> onHistory = [] {};
     std::function<void(const std::string& runId)> onOpenReport = [](const std::string&) {};
 
     /// The shell's as well: called with true before a row of captures begins, each of which may
@@ -138,6 +151,29 @@ public:
     /// that is under way ends by itself and is thrown away. Does nothing while nothing is graded.
     void cancel();
 
+    /// Goes on waiting for what the service had accepted when this desktop's instance ended, for
+    /// what is left of its deadline: called once, at launch. Without a key nothing is taken up, and
+    /// nothing of another service than the one that is asked now.
+    void takeUpUnderWay();
+
+    // The user's last word about a flaw of the verdict. Each returns at once; what became of it is
+    // in `flawNote`, and the verdict is the service's new one.
+
+    /// Whether the service takes it: it is of this machine, there is a key, and the verdict is a
+    /// run's.
+    [[nodiscard]] bool takesLastWord() const;
+    void dismissFlaw(const Flaw& flaw);
+    /// That the word is right.
+    void addWord(const std::string& word);
+    [[nodiscard]] bool mayUndoLastWord() const;
+    /// Takes back what was said last, as long as the same run is shown.
+    void undoLastWord();
+
+    /// Whether the application that the work is from can be told to show the flaw's line.
+    [[nodiscard]] bool canGoTo(const Flaw& flaw) const;
+    /// Has it show that line, in the file that holds the graded text.
+    void goTo(const Flaw& flaw);
+
     /// Fills the state with the demonstration content.
     void seedDemo();
 
@@ -151,6 +187,8 @@ private:
         std::string key;
     };
 
+    [[nodiscard]] static EvalBridge::Ports evalPorts(const Ports& ports,
+                                                     GradeTicket* ticket = nullptr);
     void lookAtLimits();
     void askAboutWiring();
     void hint(CaptureLack lack);
@@ -164,13 +202,29 @@ private:
 
     /// Runs `work`, which may use the ticket, in the background, then on the main thread assigns
     /// its verdict and ends grading; drops the verdict when the ticket was given up meanwhile.
-    void publishVerdict(Ticket ticket, GradedWork about, std::function<Verdict()> work);
+    using Accepted = std::shared_ptr<EvalBridge::AcceptedJob>; ///< Without an id: none by now.
+    /// `kept` is what the history keeps of the work; `job` is not under way any more then.
+    void publishVerdict(Ticket ticket, GradedWork about, history::VerdictEntry kept, Accepted job,
+                        std::function<Verdict()> work);
+
+    /// What the history keeps of a capture, and what it is told when the service has accepted it.
+    [[nodiscard]] history::VerdictEntry keptOf(const CaptureResult& capture,
+                                               const GradedWork& about) const;
+    [[nodiscard]] std::function<void(const EvalBridge::AcceptedJob&)>
+    keepsUnderWay(history::VerdictEntry kept, Accepted job) const;
+    void remember(history::VerdictEntry kept, const Verdict& verdict,
+                  const EvalBridge::AcceptedJob& job);
+
+    using LastWord = std::function<std::optional<std::string>(const std::string& key)>;
+    void say(LastWord word, std::string done, std::optional<LastWord> undo);
 
     Ports m_ports;
     std::deque<std::pair<DetectedApp, Continuation>> m_captures; ///< The first one is running.
     std::vector<InFlight> m_inFlight;
     std::optional<std::size_t> m_askedAt; ///< What the wiring was like when it was asked about.
     bool m_isAsking = false;
+    std::optional<LastWord> m_undo;      ///< Takes the last word back.
+    std::string m_undoRun;               ///< Said of this run.
     std::shared_ptr<const bool> m_alive; ///< Jobs that outlive the model see it gone.
 };
 

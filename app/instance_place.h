@@ -34,6 +34,7 @@ enum class GradeWish { AsCatalog, Selection, Window };
 // The lines, without their ends. "open" with a token behind it is `SingleInstance`'s own.
 inline constexpr std::string_view kAskStatus = "status";
 inline constexpr std::string_view kAskService = "service";
+inline constexpr std::string_view kAskHistory = "history";
 [[nodiscard]] std::string_view askGrade(GradeWish wish);
 [[nodiscard]] std::optional<GradeWish> gradeWishOf(std::string_view line);
 

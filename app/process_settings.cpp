@@ -4,6 +4,8 @@
 #include "platform/ports/file_system.h"
 
 #include <algorithm>
+#include <chrono>
+#include <ctime>
 #include <utility>
 
 extern char** environ;
@@ -104,6 +106,18 @@ std::filesystem::path braskHome(FileSystem& files) {
 
 std::filesystem::path braskHome(const std::filesystem::path& home) {
     return home / ".brask";
+}
+
+std::int64_t wallClockMs() {
+    using namespace std::chrono;
+    return duration_cast<milliseconds>(system_clock::now().time_since_epoch()).count();
+}
+
+std::int64_t localTimeMs(std::int64_t ms) {
+    const auto seconds = static_cast<std::time_t>(ms / 1000);
+    std::tm parts{};
+    if (localtime_r(&seconds, &parts) == nullptr) return ms;
+    return ms + static_cast<std::int64_t>(parts.tm_gmtoff) * 1000;
 }
 
 } // namespace kelvane

@@ -6,6 +6,7 @@
 
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <map>
 #include <optional>
@@ -23,6 +24,11 @@ extern const std::string_view kBundleID;
 [[nodiscard]] const std::string& kConnectURL();
 /// Where a newer catalog is downloaded from.
 [[nodiscard]] const std::string& kCatalogURL();
+
+/// What the machine's clock says, in milliseconds since 1970, UTC.
+[[nodiscard]] std::int64_t wallClockMs();
+/// The same moment as the clock on the user's wall shows it, for `ms` of UTC.
+[[nodiscard]] std::int64_t localTimeMs(std::int64_t ms);
 
 /// The full argument list, the program's path first. Empty before `recordArgs`.
 [[nodiscard]] const std::vector<std::string>& args();

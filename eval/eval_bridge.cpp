@@ -165,6 +165,11 @@ bool saysWarming(const json& answer) {
     return warming && warming->is_boolean() && warming->get<bool>();
 }
 
+bool saysKeepsWork(const json& answer) {
+    const json* keeps = service_json::find(answer, "keeps_work");
+    return keeps && keeps->is_boolean() && keeps->get<bool>();
+}
+
 // A request goes on for no longer than anybody waits for its answer.
 std::chrono::milliseconds requestTimeout(double secondsLeft) {
     // Compared first: the conversion of a very long time would overflow.
@@ -290,6 +295,7 @@ Verdict grade(const Ports& ports, const std::vector<ArtifactPart>& parts,
         return Verdict::failure(kCancelled);
     }
     if (jobId) {
+        if (ports.accepted) ports.accepted({*jobId, saysKeepsWork(*answer)});
         Verdict verdict = poll(ports, *jobId, key, deadlineSec);
         // From here on cancelling finds no job to give up.
         if (ports.ticket) ports.ticket->finish();
@@ -297,6 +303,18 @@ Verdict grade(const Ports& ports, const std::vector<ArtifactPart>& parts,
     }
     return Verdict::failure(
         service_json::string(*answer, "error").value_or("no job_id in response"));
+}
+
+Verdict resume(const Ports& ports, const std::string& jobId, const std::string& key,
+               double deadlineSec) {
+    if (auto why = hindrance(ports, key)) return Verdict::failure(*std::move(why));
+    if (ports.ticket && !ports.ticket->accept(jobId)) {
+        cancelJob(ports, jobId, key);
+        return Verdict::failure(kCancelled);
+    }
+    Verdict verdict = poll(ports, jobId, key, deadlineSec);
+    if (ports.ticket) ports.ticket->finish();
+    return verdict;
 }
 
 void cancelJob(const Ports& ports, const std::string& jobId, const std::string& key) {
@@ -320,6 +338,10 @@ Verdict iterate(const Ports& ports, const std::string& runId,
 }
 
 bool asksForReportAddress(Environment& environment) {
+    return isThisMachine(environment);
+}
+
+bool isThisMachine(Environment& environment) {
     // Schemes and hosts have no case: an address in capitals is this machine's own all the same.
     const std::string address = text::lowercased(base(environment));
     return isLoopbackAddress(address) || address.starts_with("http+unix://");
@@ -338,6 +360,68 @@ std::string reportAddress(const Ports& ports, const std::string& runId,
     // browser shows.
     const bool here = isLoopbackAddress(once) && once.find(path + "&") != std::string::npos;
     return here ? once : stated;
+}
+
+namespace {
+
+// What the user says goes to a service of this machine alone: no other has such a list.
+std::optional<json> say(const Ports& ports, const std::string& path, const std::string& key,
+                        const json& object) {
+    if (!isThisMachine(ports.environment)) return std::nullopt;
+    return request(ports, "POST", "/api/v1/eval/" + path, key, object);
+}
+
+std::optional<std::string> errorOf(const std::optional<json>& answer) {
+    if (!answer) return kUnreachable;
+    if (!answer->contains("error")) return std::nullopt;
+    return service_json::string(*answer, "error").value_or("the service refused");
+}
+
+// First as it holds everywhere: the service refuses that where the words do not tell which case is
+// meant, and then the place does.
+std::optional<std::string> sayOfFlaw(const Ports& ports, const std::string& path, const Flaw& flaw,
+                                     const std::string& key) {
+    json object = {{"rule", flaw.rule}, {"evidence", flaw.evidence}};
+    const auto answer = say(ports, path, key, object);
+    auto error = errorOf(answer);
+    if (!answer || !error || flaw.place.empty()) return error;
+    object["place"] = flaw.place;
+    return errorOf(say(ports, path, key, object));
+}
+
+} // namespace
+
+std::optional<std::string> dismiss(const Ports& ports, const Flaw& flaw, const std::string& key) {
+    return sayOfFlaw(ports, "dismissals", flaw, key);
+}
+
+std::optional<std::string> undoDismissal(const Ports& ports, const Flaw& flaw,
+                                         const std::string& key) {
+    // Which of the two was said is not known here; forgetting what is not there is no error.
+    json object = {{"rule", flaw.rule}, {"evidence", flaw.evidence}};
+    auto error = errorOf(say(ports, "dismissals/undo", key, object));
+    if (error || flaw.place.empty()) return error;
+    object["place"] = flaw.place;
+    return errorOf(say(ports, "dismissals/undo", key, object));
+}
+
+std::optional<std::string> addWord(const Ports& ports, const std::string& word,
+                                   const std::string& key) {
+    return errorOf(say(ports, "words", key, {{"word", word}}));
+}
+
+std::optional<std::string> removeWord(const Ports& ports, const std::string& word,
+                                      const std::string& key) {
+    return errorOf(say(ports, "words/undo", key, {{"word", word}}));
+}
+
+std::optional<Verdict> verdictOfRun(const Ports& ports, const std::string& runId,
+                                    const std::string& key) {
+    const auto answer = request(ports, "GET", "/api/v1/eval/runs/" + runId, key, std::nullopt);
+    if (!answer) return std::nullopt;
+    const json& run = service_json::objectOrEmpty(*answer, "run");
+    if (!run.contains("band")) return std::nullopt;
+    return verdictFrom(run, runId);
 }
 
 } // namespace kelvane::EvalBridge

@@ -31,11 +31,19 @@ class HttpSession;
 
 namespace EvalBridge {
 
+/// What a service says of a job when it takes it.
+struct AcceptedJob {
+    std::string id;
+    bool keepsWork = false; ///< It says that it keeps the work itself.
+};
+
 struct Ports {
     Environment& environment;
     HttpSession& http;
     Clock& clock;
     GradeTicket* ticket = nullptr; ///< Of this one grade. Null: it cannot be given up.
+    /// Told of a job as soon as the service has accepted it, on the thread that grades.
+    std::function<void(const AcceptedJob& job)> accepted = nullptr;
     /// Whether key and work may go unencrypted to this address, "http://host:port" of another
     /// machine. Called before anything is sent there, each time; may block to ask the user. Unset:
     /// nobody could be asked, and they may not.
@@ -73,6 +81,11 @@ inline constexpr std::string_view kLocalKeyPrefix = "trevix_local_";
                             const std::optional<std::string>& policyId, const std::string& intent,
                             const std::string& key, double deadlineSec = kDeadlineSec);
 
+/// Goes on waiting for a job that the service accepted earlier: `grade` from its first poll on,
+/// with what is left of its deadline.
+[[nodiscard]] Verdict resume(const Ports& ports, const std::string& jobId, const std::string& key,
+                             double deadlineSec);
+
 /// Asks the service to give a job up. One request that is not waited for longer than five seconds;
 /// what comes of it is no matter, since the job is over before long in any case.
 void cancelJob(const Ports& ports, const std::string& jobId, const std::string& key);
@@ -93,6 +106,31 @@ void cancelJob(const Ports& ports, const std::string& jobId, const std::string& 
 
 /// Whether that may ask a service of this machine, and so block.
 [[nodiscard]] bool asksForReportAddress(Environment& environment);
+
+/// Whether the work stays on this machine: the service's address is a socket or the loopback. Only
+/// such a service takes the user's last word.
+[[nodiscard]] bool isThisMachine(Environment& environment);
+
+// The user's last word, for a service of this machine. Each blocks for one request, two at most,
+// and says in a sentence why it could not be done; absent when it was.
+
+/// That a flaw is none: wherever the same words stand, or at its place alone where the service
+/// cannot tell it from others otherwise.
+[[nodiscard]] std::optional<std::string> dismiss(const Ports& ports, const Flaw& flaw,
+                                                 const std::string& key);
+/// Takes that back.
+[[nodiscard]] std::optional<std::string> undoDismissal(const Ports& ports, const Flaw& flaw,
+                                                       const std::string& key);
+/// That a word is right, in the user's own dictionary; or that it is not in there any more.
+[[nodiscard]] std::optional<std::string> addWord(const Ports& ports, const std::string& word,
+                                                 const std::string& key);
+[[nodiscard]] std::optional<std::string> removeWord(const Ports& ports, const std::string& word,
+                                                    const std::string& key);
+
+/// The verdict of a run as it stands now, the last word taken into account; absent when the service
+/// does not tell.
+[[nodiscard]] std::optional<Verdict> verdictOfRun(const Ports& ports, const std::string& runId,
+                                                  const std::string& key);
 
 } // namespace EvalBridge
 

@@ -36,7 +36,8 @@ constexpr Shape kValue{};
 constexpr std::array kFlawMembers{
     Shape::Member{"severity", &kValue}, Shape::Member{"criterion", &kValue},
     Shape::Member{"name", &kValue},     Shape::Member{"detail", &kValue},
-    Shape::Member{"evidence", &kValue}, Shape::Member{"description", &kValue}};
+    Shape::Member{"evidence", &kValue}, Shape::Member{"description", &kValue},
+    Shape::Member{"rule", &kValue},     Shape::Member{"place", &kValue}};
 constexpr Shape kFlaw{kFlawMembers};
 constexpr Shape kFlaws{{}, &kFlaw};
 
@@ -62,23 +63,18 @@ constexpr Shape kSummary{kSummaryMembers};
 
 constexpr std::array kProgressMembers{Shape::Member{"warming", &kValue}};
 constexpr Shape kProgress{kProgressMembers};
-constexpr std::array kRunMembers{Shape::Member{"flaws", &kFlaws}};
-constexpr Shape kRun{kRunMembers};
+// A run tells its verdict as a summary does.
 constexpr std::array kIterationMembers{Shape::Member{"critic_verdict", &kSummary}};
 constexpr Shape kIteration{kIterationMembers};
 
-constexpr std::array kAnswerMembers{Shape::Member{"job_id", &kValue},
-                                    Shape::Member{"status", &kValue},
-                                    Shape::Member{"run_id", &kValue},
-                                    Shape::Member{"error", &kValue},
-                                    Shape::Member{"detail", &kValue},
-                                    Shape::Member{"message", &kValue},
-                                    Shape::Member{"result_summary", &kSummary},
-                                    Shape::Member{"progress", &kProgress},
-                                    Shape::Member{"run", &kRun},
-                                    Shape::Member{"flaws", &kFlaws},
-                                    Shape::Member{"iteration", &kIteration},
-                                    Shape::Member{"report", &kValue}};
+constexpr std::array kAnswerMembers{
+    Shape::Member{"job_id", &kValue},      Shape::Member{"keeps_work", &kValue},
+    Shape::Member{"status", &kValue},      Shape::Member{"run_id", &kValue},
+    Shape::Member{"error", &kValue},       Shape::Member{"detail", &kValue},
+    Shape::Member{"message", &kValue},     Shape::Member{"result_summary", &kSummary},
+    Shape::Member{"progress", &kProgress}, Shape::Member{"run", &kSummary},
+    Shape::Member{"flaws", &kFlaws},       Shape::Member{"iteration", &kIteration},
+    Shape::Member{"report", &kValue}};
 constexpr Shape kAnswer{kAnswerMembers};
 
 /// Builds what the shapes keep; of all the rest only how deep it is.

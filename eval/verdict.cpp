@@ -28,6 +28,12 @@ std::string firstString(const nlohmann::json& object, std::initializer_list<cons
     return {};
 }
 
+// The text under `key`, for telling one flaw from another.
+std::string originString(const nlohmann::json& object, const char* key) {
+    const std::string whole = service_json::string(object, key).value_or("");
+    return std::string(text::firstBytes(whole, EvalBridge::kLongestFlawOrigin));
+}
+
 // The text under `key`, cut at so many characters; and, since one character can be made of any
 // number of marks, at so many bytes.
 std::string boundedString(const nlohmann::json& object, const char* key) {
@@ -115,7 +121,9 @@ std::vector<Flaw> parseFlaws(const nlohmann::json* value) {
         // The same is known by several names; the first that is there counts.
         flaws.push_back({text::uppercased(firstString(object, {"severity"})),
                          firstString(object, {"criterion", "name"}),
-                         firstString(object, {"detail", "evidence", "description"})});
+                         firstString(object, {"detail", "evidence", "description"}),
+                         originString(object, "rule"), originString(object, "place"),
+                         originString(object, "evidence")});
     }
     return flaws;
 }

@@ -21,8 +21,15 @@ struct Flaw {
     std::string severity; ///< In capitals when it came from the service.
     std::string criterion;
     std::string detail;
+    // What tells this flaw from others and where it is; empty when the service does not say.
+    std::string rule = {};     ///< "text.spelling"
+    std::string place = {};    ///< "line 12"
+    std::string evidence = {}; ///< What stands there.
 
-    bool operator==(const Flaw&) const = default;
+    /// Whether people read the same: of severity, criterion and detail alone.
+    bool operator==(const Flaw& other) const {
+        return severity == other.severity && criterion == other.criterion && detail == other.detail;
+    }
 };
 
 /// An engine that looked at the work.
@@ -85,9 +92,13 @@ struct Verdict {
 
 namespace EvalBridge {
 
+/// Bytes of a flaw's rule, place and evidence that are kept: several times what a service quotes.
+inline constexpr std::size_t kLongestFlawOrigin = 2'000;
+
 /// The flaws in a JSON array of objects, all of them, in order. Empty when `value` is null or
 /// anything else than an array whose every element is an object. Texts are kept as they came,
-/// control characters included: whoever shows them makes them harmless.
+/// control characters included: whoever shows them makes them harmless. Rule, place and evidence
+/// are cut at `kLongestFlawOrigin` bytes.
 [[nodiscard]] std::vector<Flaw> parseFlaws(const nlohmann::json* value);
 
 /// Entries of `checkedBy`, and of `notChecked`, that are kept, and characters of each of their

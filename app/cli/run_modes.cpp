@@ -3,8 +3,10 @@
 #include "app/cli/detection_report.h"
 #include "app/cli/doctor.h"
 #include "app/cli/doctor_facts.h"
+#include "app/cli/history_report.h"
 #include "app/cli/standard_streams.h"
 #include "app/cli/status_report.h"
+#include "app/history/history_store.h"
 #include "app/instance_place.h"
 #include "app/own_workspace.h"
 #include "app/process_settings.h"
@@ -30,6 +32,7 @@ namespace kelvane {
 namespace {
 
 constexpr std::string_view kCheckCatalog = "--check-catalog";
+constexpr std::string_view kSearch = "--search";
 
 constexpr std::string_view kHelp =
     R"(Usage: kelvane [--catalog PATH] [--render PATH | --demo]
@@ -37,6 +40,7 @@ constexpr std::string_view kHelp =
        kelvane --check-catalog PATH
        kelvane --grade [--window | --selection]
        kelvane --status | --doctor [--json]
+       kelvane --history [--search TEXT] [--json | --open]
        kelvane --service
        kelvane --help | --version
 
@@ -59,7 +63,10 @@ Without a switch it runs in the menu bar.
   --status        print what the running instance does, and exit
   --doctor        print what works here and what to do, without secrets, and
                   exit
-  --json          of these two: one line of JSON
+  --history       print the verdicts of the past, and exit
+  --search TEXT   of these: those in which all words of TEXT stand
+  --open          have the running instance show them in a window
+  --json          of these three: one line of JSON
   --service       ask where to grade: on this machine, or with a service account
   --help          print this and exit
   --version       print the version and exit
@@ -177,6 +184,18 @@ Answer doctor() {
             isHealthy(lines) ? 0 : 1};
 }
 
+Answer pastVerdicts() {
+    if (isGiven("--open")) {
+        if (askInstance(kAskHistory) == "done") return {};
+        std::cerr << "kelvane: no instance runs here that answers; start kelvane first\n";
+        return {{}, 1};
+    }
+    CliPorts ports = makeCliPorts();
+    const history::HistoryStore store(*ports.files, braskHome(*ports.files), wallClockMs);
+    const auto entries = history::search(store.list(), argValue(kSearch).value_or(""));
+    return {isGiven("--json") ? historyJson(entries) + '\n' : historyText(entries, localTimeMs)};
+}
+
 struct Mode {
     std::string_view name;
     Answer (*run)();
@@ -189,10 +208,11 @@ constexpr Mode kModes[] = {
     {kCheckCatalog, checkCatalog, false}, {"--help", help, false},
     {"--version", version, false},        {"--grade", grade, false},
     {"--status", status, false},          {"--doctor", doctor, false},
+    {"--history", pastVerdicts, false},
 };
 
 /// The switches that take the argument after them, whatever it looks like.
-constexpr std::string_view kTakeAValue[] = {"--catalog", "--render", kCheckCatalog};
+constexpr std::string_view kTakeAValue[] = {"--catalog", "--render", kCheckCatalog, kSearch};
 
 bool isAskedFor(const Mode& mode) {
     for (auto argument = args().begin(); argument != args().end(); ++argument) {

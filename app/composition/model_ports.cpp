@@ -1,13 +1,17 @@
 #include "app/composition/model_ports.h"
 
 #include "app/plain_http_question.h"
+#include "app/process_settings.h"
 #include "detect/capture.h"
 #include "platform/desktop.h"
+
+#include <utility>
 
 namespace kelvane {
 
 CompanionModel::Ports modelPorts(DesktopPorts& platform, Workspace& workspace,
-                                 Environment& environment, PlainHttpQuestion& plainHttp) {
+                                 Environment& environment, PlainHttpQuestion& plainHttp,
+                                 history::HistoryStore& history, std::filesystem::path dataHome) {
     return {.workspace = workspace,
             .processes = *platform.processes,
             .files = *platform.files,
@@ -28,7 +32,10 @@ CompanionModel::Ports modelPorts(DesktopPorts& platform, Workspace& workspace,
             .mayGoUnencrypted =
                 [&plainHttp](const std::string& address) { return plainHttp.mayGoTo(address); },
             .limits = platform.limits.get(),
-            .ownFocus = platform.ownFocus.get()};
+            .ownFocus = platform.ownFocus.get(),
+            .history = &history,
+            .desktop = desktopName(kEnv()),
+            .dataHome = std::move(dataHome)};
 }
 
 } // namespace kelvane

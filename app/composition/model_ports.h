@@ -15,6 +15,8 @@ class PlainHttpQuestion;
 /// model and the jobs it has handed to the dispatcher.
 [[nodiscard]] CompanionModel::Ports modelPorts(DesktopPorts& platform, Workspace& workspace,
                                                Environment& environment,
-                                               PlainHttpQuestion& plainHttp);
+                                               PlainHttpQuestion& plainHttp,
+                                               history::HistoryStore& history,
+                                               std::filesystem::path dataHome);
 
 } // namespace kelvane

@@ -113,8 +113,9 @@ AppDelegate::Actions shellActions(ShellParts parts) {
     };
     actions.makeModel = [parts](const AppCatalog& catalog) {
         return std::make_unique<CompanionModel>(
-            modelPorts(parts.ports, parts.workspace, parts.environment, parts.plainHttp), catalog,
-            parts.installation.home);
+            modelPorts(parts.ports, parts.workspace, parts.environment, parts.plainHttp,
+                       parts.history, parts.installation.dataHome),
+            catalog, parts.installation.home);
     };
     actions.isInstalled = [parts] {
         return ToolWiring::isInstalled(*parts.ports.files, parts.installation.braskHome);
@@ -131,6 +132,7 @@ AppDelegate::Actions shellActions(ShellParts parts) {
         parts.accessibility.askOnce(limit);
     };
     actions.changeAccessibility = [parts] { parts.accessibility.change(); };
+    actions.showHistory = parts.showHistory;
     actions.panelShown = [parts] {
         parts.ports.dispatcher->background(
             [place = parts.ports.panelPlace.get()] { place->settle(); });

@@ -2,8 +2,11 @@
 
 #pragma once
 
+#include "app/history/history_store.h"
 #include "app/shell/app_delegate.h"
 #include "harness/installation.h"
+
+#include <functional>
 
 namespace kelvane {
 
@@ -23,6 +26,8 @@ struct ShellParts {
     ChosenEnvironment& environment;
     GradingPlace& place;
     AccessibilityQuestion& accessibility;
+    history::HistoryStore& history;
+    std::function<void()> showHistory;
 };
 
 /// Where this user's copy of the program stands, or would.

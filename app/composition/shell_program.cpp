@@ -6,6 +6,7 @@
 #include "app/process_settings.h"
 #include "app/shell/qt/activation_token.h"
 #include "app/shell/qt/qt_panel_renderer.h"
+#include "eval/eval_bridge.h"
 #include "platform/posix/idle_memory.h"
 
 #include <QApplication>
@@ -39,6 +40,7 @@ ShellProgram::ShellProgram(const Launch& launch, std::unique_ptr<SingleInstance>
       m_accessibility(
           {.files = *m_ports.files, .dialogs = *m_ports.dialogs, .setting = *m_ports.accessibility},
           m_installation.braskHome),
+      m_history(*m_ports.files, m_installation.braskHome, wallClockMs),
       m_application(
           makeQtApplication([this] { m_ports.quit->raise(); }, [this] { bringForward(); })),
       m_palette(launch.shape == Shape::Picture ? nullptr : std::make_unique<ProgramPalette>()),
@@ -47,6 +49,8 @@ ShellProgram::ShellProgram(const Launch& launch, std::unique_ptr<SingleInstance>
           m_ports, [this] { bringForward(); }, [this] { m_idle.restart(); }),
       m_renderer(makeQtPanelRenderer(m_windows.images())),
       m_ticker(makeQtTicker()),
+      m_historyWindow(
+          historyPorts(), [this] { bringForward(); }, [this] { m_idle.restart(); }),
       m_delegate(
           delegatePorts(),
           shellActions({.ports = m_ports,
@@ -56,7 +60,9 @@ ShellProgram::ShellProgram(const Launch& launch, std::unique_ptr<SingleInstance>
                         .plainHttp = m_plainHttp,
                         .environment = m_environment,
                         .place = m_place,
-                        .accessibility = m_accessibility}),
+                        .accessibility = m_accessibility,
+                        .history = m_history,
+                        .showHistory = [this] { m_historyWindow.show(); }}),
           {.args = args(), .renderPath = launch.renderPath, .refreshesCatalog = !kNoRefresh()}),
       m_backgroundEnd(*m_ports.quit, m_ports.dispatcher),
       m_quitOnSignal([this] { m_application->terminate(); }),
@@ -91,6 +97,30 @@ AppDelegate::Ports ShellProgram::delegatePorts() {
             .err = std::cerr};
 }
 
+HistoryBridge::Ports ShellProgram::historyPorts() {
+    return {.load =
+                [this](std::function<void(HistoryBridge::Entries)> then) {
+                    m_ports.dispatcher->background([this, then = std::move(then)] {
+                        m_ports.dispatcher->main(
+                            [then, entries = m_history.list()] { then(entries); });
+                    });
+                },
+            .erase = [this](const std::string& id) { m_history.erase(id); },
+            .eraseAll = [this] { m_history.eraseAll(); },
+            .openReport =
+                [this](const history::VerdictEntry& entry) {
+                    // One of the service that is asked now opens as the panel's does; of another
+                    // its address is known.
+                    const auto now = EvalBridge::base(m_environment);
+                    if (entry.report.empty() || entry.report.starts_with(now + "/")) {
+                        m_delegate.model()->onOpenReport(entry.runId);
+                    } else {
+                        m_ports.urls->open(entry.report);
+                    }
+                },
+            .local = localTimeMs};
+}
+
 void ShellProgram::bringForward() {
     activateApplication();
     m_workspace.activateItself();
@@ -107,6 +137,12 @@ std::string ShellProgram::answer(const std::string& line) {
         return m_delegate.model() == nullptr
                    ? std::string("{}")
                    : statusLine(*m_delegate.model(), m_place, m_environment, *m_ports.files);
+    }
+    if (line == kAskHistory) {
+        m_application->later([this] {
+            if (m_delegate.model() != nullptr) m_delegate.model()->onHistory();
+        });
+        return "done";
     }
     if (line == kAskService) {
         m_application->later([this] {

@@ -11,6 +11,7 @@
 #include "app/composition/launch.h"
 #include "app/composition/qt_windows.h"
 #include "app/grading_place.h"
+#include "app/history/history_store.h"
 #include "app/own_workspace.h"
 #include "app/panel/panel_appearance.h"
 #include "app/plain_http_question.h"
@@ -18,6 +19,7 @@
 #include "app/shell/background_end.h"
 #include "app/shell/qt/idle_timer.h"
 #include "app/shell/qt/qt_application.h"
+#include "app/shell/qt/qt_history_window.h"
 #include "app/shell/qt/qt_status_item.h"
 #include "app/shell/qt/single_instance.h"
 #include "eval/chosen_environment.h"
@@ -42,6 +44,7 @@ public:
 
 private:
     [[nodiscard]] AppDelegate::Ports delegatePorts();
+    [[nodiscard]] HistoryBridge::Ports historyPorts();
     void bringForward();
     void startedAgain(const std::string& activationToken);
     [[nodiscard]] std::string answer(const std::string& line);
@@ -53,6 +56,7 @@ private:
     GradingPlace m_place;
     PlainHttpQuestion m_plainHttp;
     AccessibilityQuestion m_accessibility;
+    history::HistoryStore m_history;
     std::unique_ptr<Application> m_application;
     std::unique_ptr<ProgramPalette> m_palette; ///< Null for a picture, which has one of its own.
     // What starting, or showing the panel, has used is not kept for the hours until the next time.
@@ -61,6 +65,7 @@ private:
     QtTrayImages m_trayImages;
     std::unique_ptr<PanelRenderer> m_renderer;
     std::unique_ptr<Ticker> m_ticker;
+    QtHistoryWindow m_historyWindow;
     AppDelegate m_delegate;
     BackgroundEnd m_backgroundEnd;
     QuitOnSignal m_quitOnSignal;

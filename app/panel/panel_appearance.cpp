@@ -42,7 +42,13 @@ ProgramPalette::ProgramPalette()
 
 ProgramPalette::~ProgramPalette() = default;
 
-PanelAppearance::PanelAppearance(PanelBridge& bridge) : m_bridge(bridge) {
+PanelAppearance::PanelAppearance(PanelBridge& bridge)
+    : PanelAppearance([&bridge](bool dark, int textSize) {
+          bridge.setDark(dark);
+          bridge.setTextSize(textSize);
+      }) {}
+
+PanelAppearance::PanelAppearance(Taker taker) : m_taker(std::move(taker)) {
     // The program's palette and font change by events of its own.
     QCoreApplication::instance()->installEventFilter(this);
     apply();
@@ -58,8 +64,7 @@ bool PanelAppearance::eventFilter(QObject* watched, QEvent* event) {
 }
 
 void PanelAppearance::apply() {
-    m_bridge.setDark(isDark(QGuiApplication::palette()));
-    m_bridge.setTextSize(QFontInfo(QGuiApplication::font()).pixelSize());
+    m_taker(isDark(QGuiApplication::palette()), QFontInfo(QGuiApplication::font()).pixelSize());
 }
 
 } // namespace kelvane

@@ -11,6 +11,7 @@
 #include <QObject>
 #include <QPalette>
 
+#include <functional>
 #include <memory>
 
 namespace kelvane {
@@ -38,20 +39,24 @@ private:
     std::unique_ptr<QObject> m_portal;
 };
 
-/// Keeps a bridge's `dark` and `textSize` as the program's palette and font have them, at once and
-/// for as long as it lives.
+/// Keeps a bridge's `dark` and `textSize`, or what takes the two, as the program's palette and font
+/// have them, at once and for as long as it lives.
 class PanelAppearance : public QObject {
     Q_OBJECT
 
 public:
+    /// The size of ordinary text in pixels.
+    using Taker = std::function<void(bool dark, int textSize)>;
+
     explicit PanelAppearance(PanelBridge& bridge);
+    explicit PanelAppearance(Taker taker);
 
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
     void apply();
 
-    PanelBridge& m_bridge;
+    Taker m_taker;
 };
 
 } // namespace kelvane

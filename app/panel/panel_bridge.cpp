@@ -1,5 +1,7 @@
 #include "app/panel/panel_bridge.h"
 
+#include <QClipboard>
+#include <QGuiApplication>
 #include <QMetaObject>
 
 #include <algorithm>
@@ -81,6 +83,81 @@ void PanelBridge::redraw() {
         m_footer = footerRecord(m_record.footer);
         emit footerChanged();
     }
+    redrawFlaws();
+}
+
+void PanelBridge::openFlaws(bool open) {
+    if (m_flawsOpen == open) return;
+    m_flawsOpen = open;
+    redrawFlaws();
+    emit flawsOpenChanged();
+}
+
+void PanelBridge::redrawFlaws() {
+    // A list that nobody sees is not made.
+    if (!m_flawsOpen && m_flaws == FlawListView{}) return;
+    FlawListView now = m_flawsOpen ? flawListView(m_model) : FlawListView{};
+    // The last flaw may have gone with what is still to be read.
+    const bool closes = m_flawsOpen && now.items.empty() && now.note.empty();
+    if (closes) now = {};
+    const bool listed = m_flawsOpen && !closes && *m_model.verdict;
+    m_listedFlaws = listed ? (*m_model.verdict)->flaws : std::vector<Flaw>();
+    const FlawListView before = std::exchange(m_flaws, std::move(now));
+    if (m_flaws.title != before.title || m_flaws.items != before.items ||
+        m_flaws.more != before.more) {
+        m_flawList = flawListRecord(m_flaws);
+        chooseFlaw(-1);
+        emit flawListChanged();
+    }
+    if (m_flaws.note != before.note || m_flaws.mayUndo != before.mayUndo) emit flawNoteChanged();
+    if (!closes) return;
+    m_flawsOpen = false;
+    emit flawsOpenChanged();
+}
+
+void PanelBridge::chooseFlaw(int index) {
+    if (m_chosenFlaw == index) return;
+    m_chosenFlaw = index;
+    emit chosenFlawChanged();
+}
+
+const Flaw* PanelBridge::listedFlaw(int index) const {
+    const auto place = static_cast<std::size_t>(index);
+    return index >= 0 && place < m_listedFlaws.size() ? &m_listedFlaws[place] : nullptr;
+}
+
+void PanelBridge::showHistory() {
+    const auto hook = m_model.onHistory;
+    hook();
+}
+
+void PanelBridge::dismissFlaw(int index) {
+    if (const auto* flaw = listedFlaw(index)) m_model.dismissFlaw(*flaw);
+}
+
+void PanelBridge::addFlawsWord(int index) {
+    if (const auto* flaw = listedFlaw(index)) m_model.addWord(misspeltWord(*flaw));
+}
+
+void PanelBridge::goToFlaw(int index) {
+    if (const auto* flaw = listedFlaw(index)) m_model.goTo(*flaw);
+}
+
+void PanelBridge::copyFlaw(int index) {
+    const auto* const flaw = listedFlaw(index);
+    if (flaw == nullptr) return;
+    QGuiApplication::clipboard()->setText(QString::fromStdString(flawText(*flaw)));
+    m_model.flawNote = "Copied.";
+}
+
+void PanelBridge::copyFlaws() {
+    if (m_listedFlaws.empty()) return;
+    QGuiApplication::clipboard()->setText(QString::fromStdString(flawsText(m_listedFlaws)));
+    m_model.flawNote = "Copied.";
+}
+
+void PanelBridge::undoLastWord() {
+    m_model.undoLastWord();
 }
 
 void PanelBridge::choose(PanelMenuAction::Value action) {

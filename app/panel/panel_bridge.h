@@ -16,6 +16,8 @@
 #include <QObject>
 #include <QtQml/qqmlregistration.h>
 
+#include <vector>
+
 namespace kelvane {
 
 class AppIcons;
@@ -38,6 +40,11 @@ class PanelBridge : public QObject {
     Q_PROPERTY(kelvane::AgentsRecord agents READ agents NOTIFY agentsChanged)
     Q_PROPERTY(kelvane::WorkflowRecord workflow READ workflow NOTIFY workflowChanged)
     Q_PROPERTY(kelvane::FooterRecord footer READ footer NOTIFY footerChanged)
+    Q_PROPERTY(bool flawsOpen READ flawsOpen WRITE openFlaws NOTIFY flawsOpenChanged)
+    Q_PROPERTY(kelvane::FlawListRecord flawList READ flawList NOTIFY flawListChanged)
+    Q_PROPERTY(int chosenFlaw READ chosenFlaw WRITE chooseFlaw NOTIFY chosenFlawChanged)
+    Q_PROPERTY(QString flawNote READ flawNote NOTIFY flawNoteChanged)
+    Q_PROPERTY(bool mayUndo READ mayUndo NOTIFY flawNoteChanged)
     Q_PROPERTY(bool dark READ dark WRITE setDark NOTIFY darkChanged)
     Q_PROPERTY(int textSize READ textSize WRITE setTextSize NOTIFY textSizeChanged)
 
@@ -58,6 +65,18 @@ public:
     [[nodiscard]] const AgentsRecord& agents() const { return m_agents; }
     [[nodiscard]] const WorkflowRecord& workflow() const { return m_workflow; }
     [[nodiscard]] const FooterRecord& footer() const { return m_footer; }
+
+    /// Whether all flaws are listed in the place of the first three; a verdict without flaws and a
+    /// grade end it. The list is empty while it is not open.
+    [[nodiscard]] bool flawsOpen() const { return m_flawsOpen; }
+    void openFlaws(bool open);
+    [[nodiscard]] const FlawListRecord& flawList() const { return m_flawList; }
+    /// The one of which is shown what can be done about it; -1 for none.
+    [[nodiscard]] int chosenFlaw() const { return m_chosenFlaw; }
+    void chooseFlaw(int index);
+    /// What became of what was pressed last in it, and whether it can be taken back.
+    [[nodiscard]] QString flawNote() const { return QString::fromStdString(m_flaws.note); }
+    [[nodiscard]] bool mayUndo() const { return m_flaws.mayUndo; }
 
     /// Whether the panel is drawn light on dark. False until it is set.
     [[nodiscard]] bool dark() const { return m_dark; }
@@ -82,6 +101,14 @@ public:
     Q_INVOKABLE void uninstall();
     Q_INVOKABLE void accessibility();
     Q_INVOKABLE void quit();
+    Q_INVOKABLE void showHistory();
+    // Of the list of flaws, by their place in it; nothing for a place that it does not have.
+    Q_INVOKABLE void dismissFlaw(int index);
+    Q_INVOKABLE void addFlawsWord(int index);
+    Q_INVOKABLE void goToFlaw(int index);
+    Q_INVOKABLE void copyFlaw(int index); ///< To the clipboard, as text.
+    Q_INVOKABLE void copyFlaws();
+    Q_INVOKABLE void undoLastWord();
     Q_INVOKABLE void openReport(); ///< Of the verdict shown; nothing when it has no run.
 
 signals:
@@ -92,11 +119,17 @@ signals:
     void agentsChanged();
     void workflowChanged();
     void footerChanged();
+    void flawsOpenChanged();
+    void flawListChanged();
+    void chosenFlawChanged();
+    void flawNoteChanged();
     void darkChanged();
     void textSizeChanged();
 
 private:
     void redrawSoon();
+    void redrawFlaws();
+    [[nodiscard]] const Flaw* listedFlaw(int index) const;
 
     CompanionModel& m_model;
     PanelImages m_images;
@@ -109,6 +142,11 @@ private:
     AgentsRecord m_agents;
     WorkflowRecord m_workflow;
     FooterRecord m_footer;
+    bool m_flawsOpen = false;
+    int m_chosenFlaw = -1;
+    FlawListView m_flaws;
+    std::vector<Flaw> m_listedFlaws; ///< As listed: the model may have others by the next press.
+    FlawListRecord m_flawList;
     bool m_dark = false;
     int m_textSize = kTextSize;
     bool m_redrawPending = false;

@@ -41,6 +41,7 @@ QImage renderPanel(PanelBridge& bridge, const QColor& ground, int width, double 
     const auto panel = makePanelItem(engine, bridge, window.contentItem());
     if (panel == nullptr) return {};
     panel->setWidth(width);
+    layOutPanel(*panel);
     // Rounded up, so that nothing of the last row is cut off.
     const double height = std::ceil(panel->implicitHeight());
     panel->setHeight(height);

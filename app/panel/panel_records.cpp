@@ -137,6 +137,24 @@ VerdictRecord verdictRecord(const VerdictSection& verdict) {
     return record;
 }
 
+FlawListRecord flawListRecord(const FlawListView& list) {
+    FlawListRecord record;
+    record.title = text(list.title);
+    record.more = text(list.more);
+    for (const auto& item : list.items) {
+        FlawItemRecord one;
+        one.flaw = flawRecord(item.row);
+        one.place = text(item.place);
+        one.evidence = text(item.evidence);
+        one.spoken = text(item.spoken);
+        one.mayDismiss = item.mayDismiss;
+        one.mayAddWord = item.mayAddWord;
+        one.mayGoTo = item.mayGoTo;
+        record.items << one;
+    }
+    return record;
+}
+
 ActionsRecord actionsRecord(const ActionRow& actions) {
     ActionsRecord record;
     record.grade = buttonRecord(actions.grade);

@@ -9,6 +9,7 @@
 #pragma once
 
 #include "app/companion_view.h"
+#include "app/flaw_list_view.h"
 
 #include <QList>
 #include <QObject>
@@ -111,6 +112,41 @@ public:
     QString text;
 
     [[nodiscard]] int tintNumber() const { return static_cast<int>(tint); }
+};
+
+/// A flaw of the list that opens from the first three.
+struct FlawItemRecord {
+    Q_GADGET
+    QML_VALUE_TYPE(flawItemRecord)
+    Q_PROPERTY(kelvane::FlawRecord flaw MEMBER flaw CONSTANT)
+    Q_PROPERTY(QString place MEMBER place CONSTANT)
+    Q_PROPERTY(QString evidence MEMBER evidence CONSTANT)
+    Q_PROPERTY(QString spoken MEMBER spoken CONSTANT)
+    Q_PROPERTY(bool mayDismiss MEMBER mayDismiss CONSTANT)
+    Q_PROPERTY(bool mayAddWord MEMBER mayAddWord CONSTANT)
+    Q_PROPERTY(bool mayGoTo MEMBER mayGoTo CONSTANT)
+
+public:
+    FlawRecord flaw;
+    QString place;    ///< May be empty.
+    QString evidence; ///< May be empty.
+    QString spoken;
+    bool mayDismiss = false;
+    bool mayAddWord = false;
+    bool mayGoTo = false;
+};
+
+struct FlawListRecord {
+    Q_GADGET
+    QML_VALUE_TYPE(flawListRecord)
+    Q_PROPERTY(QString title MEMBER title CONSTANT)
+    Q_PROPERTY(QList<kelvane::FlawItemRecord> items MEMBER items CONSTANT)
+    Q_PROPERTY(QString more MEMBER more CONSTANT)
+
+public:
+    QString title;
+    QList<FlawItemRecord> items;
+    QString more; ///< May be empty.
 };
 
 struct VerdictRecord {
@@ -273,6 +309,7 @@ public:
                                         BundleResources& resources);
 [[nodiscard]] NowRecord nowRecord(const NowSection& now, AppIcons& icons);
 [[nodiscard]] VerdictRecord verdictRecord(const VerdictSection& verdict);
+[[nodiscard]] FlawListRecord flawListRecord(const FlawListView& list);
 [[nodiscard]] ActionsRecord actionsRecord(const ActionRow& actions);
 [[nodiscard]] AgentsRecord agentsRecord(const AgentsSection& agents);
 [[nodiscard]] WorkflowRecord workflowRecord(const WorkflowSection& workflow);

@@ -74,6 +74,7 @@ void AppDelegate::applicationDidFinishLaunching() {
     const bool firstRun = !m_actions.isInstalled();
     if (firstRun) m_actions.runInstall(true);
     m_model->refresh();
+    m_model->takeUpUnderWay();
     m_timer = m_ports.ticker.every(kRefreshInterval, whileAlive([this] {
                                        m_model->refresh();
                                        m_actions.keepService();
@@ -113,6 +114,10 @@ void AppDelegate::wireHooks() {
         m_actions.changeAccessibility();
         m_model->refresh();
     });
+    m_model->onHistory = whileAlive([this] {
+        closePopover();
+        m_actions.showHistory();
+    });
     m_model->onQuit = whileAlive([this] { m_ports.application.terminate(); });
     m_model->onCapture = whileAlive([this](bool under) {
         if (m_popover == nullptr) return;
@@ -138,6 +143,7 @@ void AppDelegate::makeStatusItem() {
     m_statusItem->setAction(whileAlive([this] { togglePopover(); }));
     m_statusItem->setMenu({{"Open", whileAlive([this] { openPopover(true); })},
                            {"Where to grade…", whileAlive([this] { askWhereToGrade(); })},
+                           {"History…", whileAlive([this] { m_model->onHistory(); })},
                            {"Quit", whileAlive([this] { m_ports.application.terminate(); })}});
 }
 

@@ -83,6 +83,8 @@ public:
         std::function<void()> keepService = [] {};
         std::function<void(const DesktopLimit&)> offerAccessibility;
         std::function<void()> changeAccessibility;
+        /// Shows the verdicts of the past in a window of their own.
+        std::function<void()> showHistory = [] {};
         std::function<void()> panelShown; ///< A window of the panel's has just been shown.
         std::string connectUrl;
         /// Hands the address of the report on a run to `open`, at once or soon, on this thread.

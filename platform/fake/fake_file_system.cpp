@@ -74,6 +74,14 @@ bool FakeFileSystem::writeAtomically(const std::filesystem::path& path, std::str
     return true;
 }
 
+bool FakeFileSystem::writePrivately(const std::filesystem::path& path, std::string_view bytes) {
+    const auto folder = path.parent_path();
+    if (!unwritable.contains(folder) && !isFile(folder)) folders.insert(folder);
+    if (!writeAtomically(path, bytes)) return false;
+    m_journal.add("private " + path.string());
+    return true;
+}
+
 bool FakeFileSystem::remove(const std::filesystem::path& path) {
     m_journal.add("remove " + path.string());
     if (unwritable.contains(path) || files.erase(path) + unreadable.erase(path) == 0) return false;

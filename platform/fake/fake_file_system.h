@@ -38,6 +38,7 @@ public:
     std::optional<FileGuard> guard(const std::filesystem::path& path) override;
     bool createDirectories(const std::filesystem::path& path) override;
     bool writeAtomically(const std::filesystem::path& path, std::string_view bytes) override;
+    bool writePrivately(const std::filesystem::path& path, std::string_view bytes) override;
     bool remove(const std::filesystem::path& path) override;
     std::optional<std::vector<std::string>> list(const std::filesystem::path& folder) override;
     bool removeTree(const std::filesystem::path& path) override;

@@ -9,4 +9,8 @@ std::optional<std::string> FileSystem::readAny(const std::filesystem::path& path
     return bytes;
 }
 
+bool FileSystem::writePrivately(const std::filesystem::path&, std::string_view) {
+    return false;
+}
+
 } // namespace kelvane

@@ -53,6 +53,11 @@ public:
     /// and then the target is as it was.
     virtual bool writeAtomically(const std::filesystem::path& path, std::string_view bytes) = 0;
 
+    /// The same, for a file that nobody but its owner may read: it has the mode 0600 from its first
+    /// byte on, and the folder that it lies in is made when missing, with the mode 0700.
+    /// The plain answer writes nothing.
+    virtual bool writePrivately(const std::filesystem::path& path, std::string_view bytes);
+
     /// Removes a file. False when there was none or it could not be removed.
     virtual bool remove(const std::filesystem::path& path) = 0;
 

@@ -198,7 +198,10 @@ private:
     bool m_exists = false;
 };
 
-bool replaceContents(const fs::path& path, std::string_view bytes) {
+enum class Privacy { AsBefore, OwnerOnly };
+
+bool replaceContents(const fs::path& path, std::string_view bytes,
+                     Privacy privacy = Privacy::AsBefore) {
     // A link stays, and what it leads to is replaced.
     const auto target = finalTarget(path);
     if (!target || !target->has_filename()) return false;
@@ -208,8 +211,9 @@ bool replaceContents(const fs::path& path, std::string_view bytes) {
 
     constexpr mode_t kOwnerOnly = 0600; // until it has the old file's permissions
     constexpr mode_t kUsual = 0644;     // less what the umask takes away
-    TemporaryFile file(*target, replaces ? kOwnerOnly : kUsual);
-    if (!file || (replaces && !file.adopt(old))) return false;
+    const bool isPrivate = privacy == Privacy::OwnerOnly;
+    TemporaryFile file(*target, replaces || isPrivate ? kOwnerOnly : kUsual);
+    if (!file || (replaces && !isPrivate && !file.adopt(old))) return false;
     if (!file.write(bytes) || !file.replace(*target)) return false;
 
     // The file is in place whatever comes of this; it makes the new name survive a power cut.
@@ -422,6 +426,16 @@ public:
 
     bool writeAtomically(const fs::path& path, std::string_view bytes) override {
         return isUsable(path) && replaceContents(path, bytes);
+    }
+
+    bool writePrivately(const fs::path& path, std::string_view bytes) override {
+        if (!isUsable(path)) return false;
+        constexpr mode_t kOwnersFolder = 0700;
+        std::error_code error;
+        const auto folder = path.parent_path();
+        fs::create_directories(folder.parent_path(), error);
+        ::mkdir(folder.c_str(), kOwnersFolder); // One that is there is as its owner has it.
+        return replaceContents(path, bytes, Privacy::OwnerOnly);
     }
 
     bool remove(const fs::path& path) override {

@@ -1008,6 +1008,84 @@ TEST_F(EvalBridgeTest, WithoutATicketTheStatedAddressIsOpened) {
 
 // ---- iterate
 
+TEST_F(EvalBridgeTest, WhoWantsToKnowIsToldOfAnAcceptedJobBeforeItIsPolled) {
+    std::vector<std::string> told;
+    ports.accepted = [&](const EvalBridge::AcceptedJob& job) {
+        told.push_back(job.id + (job.keepsWork ? " kept" : "") + " after " +
+                       std::to_string(machine.http.requests.size()));
+    };
+    for (const char* accepted : {kSubmitted, R"({"job_id":"j2","keeps_work":true})",
+                                 R"({"job_id":"j3","keeps_work":"yes"})"}) {
+        machine.http.requests.clear();
+        answers = {ok(accepted), ok(kShipped)};
+        EXPECT_EQ(grade().band, Band::ship);
+    }
+    EXPECT_THAT(told, ElementsAre("j1 after 1", "j2 kept after 1", "j3 after 1"));
+}
+
+TEST_F(EvalBridgeTest, OfAJobThatIsNotAcceptedNobodyIsTold) {
+    answers = {ok("{}")};
+    ports.accepted = [&](const EvalBridge::AcceptedJob&) { ADD_FAILURE(); };
+    EXPECT_TRUE(grade().error);
+}
+
+TEST_F(EvalBridgeTest, AnAcceptedJobIsPolledOnWithoutSendingTheWorkAgain) {
+    answers = {ok(kRunning), ok(kShipped)};
+    EXPECT_EQ(EvalBridge::resume(ports, "j1", "the key", 100).band, Band::ship);
+    EXPECT_THAT(exchanges(), ElementsAre("GET https://service.test/api/v1/eval/jobs/j1",
+                                         "GET https://service.test/api/v1/eval/jobs/j1"));
+}
+
+TEST_F(EvalBridgeTest, WhatIsLeftOfADeadlineHoldsForAJobThatIsTakenUp) {
+    EXPECT_EQ(EvalBridge::resume(ports, "j1", "the key", 0).error, "grade timed out after 0s");
+    EXPECT_THAT(exchanges(), IsEmpty());
+}
+
+TEST_F(EvalBridgeTest, AJobThatIsTakenUpCanBeGivenUp) {
+    answers = {ok(kRunning)};
+    GradeTicket ticket;
+    ports.ticket = &ticket;
+    machine.clock.onSleep = [&](Instant) { EXPECT_EQ(ticket.cancel(), "j1"); };
+    EXPECT_TRUE(EvalBridge::resume(ports, "j1", "the key", 100).error);
+    EXPECT_THAT(exchanges(), SizeIs(1));
+}
+
+TEST_F(EvalBridgeTest, TheVerdictOfARunIsReadAsItStandsNow) {
+    answers = {ok(R"({"run":{"id":"r1","band":"ship","score":1,"flaws":[],
+                     "checked_by":[{"engine":"e"}],"iterations":[{"band":"block"}]}})"),
+               ok(R"({"run":{"flaws":[]}})"), HttpResponse{404, "{}"}, std::nullopt};
+    const auto now = EvalBridge::verdictOfRun(ports, "r1", "the key");
+    ASSERT_TRUE(now);
+    EXPECT_EQ(now->band, Band::ship);
+    EXPECT_EQ(now->runId, "r1");
+    EXPECT_THAT(now->checkedBy, SizeIs(1));
+    for (int i = 0; i < 3; ++i) EXPECT_FALSE(EvalBridge::verdictOfRun(ports, "r1", "the key"));
+}
+
+TEST_F(EvalBridgeTest, TheLastWordGoesToAServiceOfThisMachineAlone) {
+    const Flaw flaw{"LOW", "c", "d", "rule", "line 3", "words"};
+    EXPECT_EQ(EvalBridge::dismiss(ports, flaw, "the key"), kUnreachable);
+    EXPECT_EQ(EvalBridge::addWord(ports, "word", "the key"), kUnreachable);
+    EXPECT_THAT(exchanges(), IsEmpty());
+    machine.environment.variables["BRASK_API_BASE"] = "http://127.0.0.1:1";
+    answers = {ok(R"({"status":"ok"})")};
+    lastAnswerStays = true;
+    EXPECT_EQ(EvalBridge::dismiss(ports, flaw, "the key"), std::nullopt);
+    EXPECT_EQ(sentBody(0), (json{{"rule", "rule"}, {"evidence", "words"}}));
+    EXPECT_EQ(EvalBridge::undoDismissal(ports, flaw, "the key"), std::nullopt);
+    EXPECT_EQ(sentBody(2), (json{{"rule", "rule"}, {"evidence", "words"}, {"place", "line 3"}}));
+}
+
+TEST_F(EvalBridgeTest, WhereTheServiceAsksForThePlaceItIsTold) {
+    machine.environment.variables["BRASK_API_BASE"] = "http://127.0.0.1:1";
+    answers = {HttpResponse{400, R"({"error":"place is missing"})"}, ok(R"({"status":"ok"})")};
+    EXPECT_EQ(EvalBridge::dismiss(ports, {"LOW", "c", "d", "rule", "line 3", "2 more"}, "k"),
+              std::nullopt);
+    EXPECT_EQ(sentBody(1)["place"], "line 3");
+    answers = {HttpResponse{500, R"({"error":"not written"})"}};
+    EXPECT_EQ(EvalBridge::addWord(ports, "word", "k"), "not written");
+}
+
 TEST_F(EvalBridgeTest, IterateSendsTheRevisionToTheRun) {
     answers = {ok("{}")};
     static_cast<void>(iterate());

@@ -166,6 +166,24 @@ TEST(ParseFlaws, KeepsOrderDoublesAndEmptyOnes) {
               (std::vector<Flaw>{{"", "b", ""}, {"", "", ""}, {"", "a", ""}, {"", "b", ""}}));
 }
 
+TEST(ParseFlaws, ReadsWhatTellsAFlawFromOthersWhichDoesNotCountForBeingEqual) {
+    const json value = json::parse(
+        R"([{"severity":"low","criterion":"c","detail":"d","rule":"r","place":"line 3","evidence":"e"},
+            {"severity":"low","criterion":"c","detail":"d","rule":7,"place":null}])");
+    const auto flaws = EvalBridge::parseFlaws(&value);
+    ASSERT_EQ(flaws.size(), 2U);
+    EXPECT_EQ(flaws[0].rule, "r");
+    EXPECT_EQ(flaws[0].place, "line 3");
+    EXPECT_EQ(flaws[0].evidence, "e");
+    EXPECT_EQ(flaws[1].rule + flaws[1].place + flaws[1].evidence, "");
+    EXPECT_EQ(flaws[0], flaws[1]);
+}
+
+TEST(ParseFlaws, CutsWhatTellsAFlawFromOthers) {
+    const json value = json::array({{{"evidence", std::string(3'000'000, 'x')}}});
+    EXPECT_EQ(EvalBridge::parseFlaws(&value)[0].evidence.size(), EvalBridge::kLongestFlawOrigin);
+}
+
 TEST(ParseFlaws, KeepsControlCharacters) {
     EXPECT_EQ(flawsIn(R"([{"severity":"h\u0000","criterion":"a\u001b[31m","detail":"x\r\ny"}])"),
               (std::vector<Flaw>{{std::string("H\0", 2), "a\x1b[31m", "x\r\ny"}}));

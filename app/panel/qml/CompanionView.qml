@@ -19,6 +19,7 @@ FocusScope {
 
     function reset() {
         menu.close(false)
+        bridge.flawsOpen = false
         tip.hide()
         scroll.contentY = 0
         rest.forceActiveFocus()
@@ -38,8 +39,21 @@ FocusScope {
 
     Keys.onPressed: event => {
         const page = scroll.height - 2 * theme.body
+        if (event.key === Qt.Key_H && event.modifiers === Qt.ControlModifier) {
+            bridge.showHistory()
+            event.accepted = true
+            return
+        }
         switch (event.key) {
-        case Qt.Key_Escape: root.dismissed(); return
+        case Qt.Key_Escape:
+            // The list of all flaws ends first.
+            if (!bridge.flawsOpen) {
+                root.dismissed()
+                return
+            }
+            bridge.flawsOpen = false
+            rest.forceActiveFocus()
+            break
         case Qt.Key_Down: scroll.moveBy(3 * theme.body); break
         case Qt.Key_Up: scroll.moveBy(-3 * theme.body); break
         case Qt.Key_PageDown: scroll.moveBy(page); break
@@ -153,6 +167,7 @@ FocusScope {
                 tip: tip
                 verdict: root.bridge.verdict
                 actions: root.bridge.actions
+                bridge: root.bridge
                 visible: verdict.shown
                 width: parent.width
                 onReportAsked: root.bridge.openReport()

@@ -8,6 +8,7 @@ Column {
     required property PanelToolTip tip
     required property verdictRecord verdict
     required property actionsRecord actions
+    required property PanelBridge bridge
     signal reportAsked
     signal cancelAsked
 
@@ -97,37 +98,67 @@ Column {
         font.pixelSize: theme.caption
     }
 
-    Column {
-        id: flaws
-        property real severityWidth: 0
-
-        visible: rows.count > 0
+    FlawList {
+        id: flawList
+        objectName: "flawList"
+        theme: root.theme
+        bridge: root.bridge
+        visible: root.bridge.flawsOpen
         width: root.width
-        spacing: 6
+        onFolded: byKeyboard => {
+            if (byKeyboard && firstFlaws.visible) opener.forceActiveFocus()
+        }
+    }
+    Item {
+        id: firstFlaws
+        visible: rows.count > 0 && !root.bridge.flawsOpen
+        width: root.width
+        implicitHeight: flaws.implicitHeight
 
-        Repeater {
-            id: rows
-            model: root.verdict.flaws
-            onItemAdded: (index, item) => flaws.severityWidth =
-                Math.max(index === 0 ? 0 : flaws.severityWidth, item.naturalSeverityWidth)
+        Column {
+            id: flaws
+            property real severityWidth: 0
 
-            FlawLine {
-                required property flawRecord modelData
+            width: parent.width
+            spacing: 6
 
+            Repeater {
+                id: rows
+                model: root.verdict.flaws
+                onItemAdded: (index, item) => flaws.severityWidth =
+                    Math.max(index === 0 ? 0 : flaws.severityWidth, item.naturalSeverityWidth)
+
+                FlawLine {
+                    required property flawRecord modelData
+
+                    theme: root.theme
+                    flaw: modelData
+                    severityWidth: flaws.severityWidth
+                    width: flaws.width
+                    height: implicitHeight
+                }
+            }
+            PanelText {
                 theme: root.theme
-                flaw: modelData
-                severityWidth: flaws.severityWidth
-                width: flaws.width
-                height: implicitHeight
+                ink: opener.hovered ? theme.primary : theme.secondary
+                text: root.verdict.more
+                visible: text !== ""
+                width: parent.width
+                font.pixelSize: theme.caption
             }
         }
-        PanelText {
+        // All over them, and drawn by nothing but its ring: a press lists all flaws in their place.
+        Pressable {
+            id: opener
+            objectName: "flawsButton"
             theme: root.theme
-            ink: theme.secondary
-            text: root.verdict.more
-            visible: text !== ""
-            width: parent.width
-            font.pixelSize: theme.caption
+            label: "Show all flaws"
+            anchors.fill: parent
+            onClicked: {
+                const byKeyboard = activeFocus
+                root.bridge.flawsOpen = true
+                if (byKeyboard) flawList.takeKeyboard(0)
+            }
         }
     }
     PanelText {

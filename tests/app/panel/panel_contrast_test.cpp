@@ -18,8 +18,9 @@ namespace {
 constexpr int kScale = 4;
 
 TEST(PanelContrast, EveryTextIsReadableInLightAndDark) {
-    const std::set<std::string> states{"first-run",  "no-key", "grading", "demo", "ship",
-                                       "quarantine", "block",  "error",   "note", "unknown-app"};
+    const std::set<std::string> states{"first-run", "no-key",      "grading",  "demo",
+                                       "ship",      "quarantine",  "block",    "error",
+                                       "note",      "unknown-app", "all-flaws"};
     for (const auto& state : panelStates()) {
         if (!states.contains(state.name)) continue;
         for (const bool dark : {false, true}) {
@@ -27,9 +28,11 @@ TEST(PanelContrast, EveryTextIsReadableInLightAndDark) {
             state.set(fixture);
             PanelBridge bridge(fixture.model, fixture.images);
             bridge.setDark(dark);
+            state.open(bridge);
             const auto picture = renderPanel(bridge, Qt::magenta, kPanelWidth, kScale);
             QQmlEngine engine;
             const auto panel = makePanelItem(engine, bridge);
+            layOutPanel(*panel);
             for (const auto* text : visibleTexts(*panel)) {
                 const auto place = placeIn(*panel, *text);
                 const QRect area = QRectF(place.topLeft() * kScale, place.size() * kScale)

@@ -1,11 +1,13 @@
 // Draws every state of the panel to PNG files, for people to look at: panel_gallery FOLDER [STATE]
 
+#include "app/panel/history_item.h"
 #include "app/panel/panel_picture.h"
 #include "tests/app/panel/panel_states.h"
 
 #include <QColor>
 #include <QDir>
 #include <QGuiApplication>
+#include <QQuickView>
 
 #include <cstdio>
 
@@ -17,6 +19,7 @@ int main(int argc, char** argv) {
     }
     qputenv("QT_QPA_PLATFORM", "offscreen");
     const QGuiApplication application(argc, argv);
+    useSoftwareRendering();
     const QDir folder(QString::fromLocal8Bit(argv[1]));
     folder.mkpath(QStringLiteral("."));
     for (const auto& state : panelStates()) {
@@ -27,6 +30,7 @@ int main(int argc, char** argv) {
                 state.set(panel);
                 PanelBridge bridge(panel.model, panel.images);
                 bridge.setDark(dark);
+                state.open(bridge);
                 const auto picture = renderPanel(bridge, Qt::gray, kPanelWidth, scale);
                 const auto name = QStringLiteral("%1-%2-%3.png")
                                       .arg(QString::fromStdString(state.name),
@@ -34,6 +38,23 @@ int main(int argc, char** argv) {
                                       .arg(scale);
                 if (!picture.save(folder.filePath(name))) return 1;
             }
+        }
+    }
+    for (const auto& state : historyStates()) {
+        if (argc > 2 && state.name != argv[2]) continue;
+        for (const bool dark : {false, true}) {
+            HistoryBridge bridge(historyPorts());
+            bridge.setDark(dark);
+            const auto view = makeHistoryView(bridge);
+            view->resize(820, 560);
+            bridge.reload();
+            state.open(bridge);
+            view->show();
+            QCoreApplication::processEvents();
+            const auto name = QStringLiteral("%1-%2.png")
+                                  .arg(QString::fromStdString(state.name),
+                                       dark ? QStringLiteral("dark") : QStringLiteral("light"));
+            if (!view->grabWindow().save(folder.filePath(name))) return 1;
         }
     }
     return 0;

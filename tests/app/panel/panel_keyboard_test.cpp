@@ -59,12 +59,13 @@ protected:
 
 TEST_F(PanelKeyboardTest, TabGoesThroughEveryControlInReadingOrder) {
     std::vector<std::string> order;
-    for (int i = 0; i < 6; ++i) {
+    for (int i = 0; i < 7; ++i) {
         press(Qt::Key_Tab);
         order.push_back(focused());
     }
-    EXPECT_EQ(order, (std::vector<std::string>{"reportLink", "gradeButton", "iterateButton",
-                                               "wireLink", "settingsButton", "reportLink"}));
+    EXPECT_EQ(order,
+              (std::vector<std::string>{"reportLink", "flawsButton", "gradeButton", "iterateButton",
+                                        "wireLink", "settingsButton", "reportLink"}));
 }
 
 TEST_F(PanelKeyboardTest, WithoutAKeyTheDisabledButtonIsPassedOver) {
@@ -282,7 +283,7 @@ TEST_F(PanelKeyboardTest, OnALowScreenTheFootStaysAndTheMiddleScrollsToWhatHasTh
     EXPECT_TRUE(room.contains(place("settingsButton")));
     EXPECT_TRUE(item("scrollMark").isVisible());
     const QRectF middle = place("scroll");
-    for (const char* name : {"reportLink", "gradeButton", "iterateButton"}) {
+    for (const char* name : {"reportLink", "flawsButton", "gradeButton", "iterateButton"}) {
         press(Qt::Key_Tab);
         ASSERT_EQ(focused(), name);
         EXPECT_TRUE(middle.contains(place(name))) << name;
@@ -314,7 +315,7 @@ TEST_F(PanelKeyboardTest, TheOpenMenuFollowsItsButton) {
 
 TEST_F(PanelKeyboardTest, EveryControlHasANameAndARole) {
     const auto found = controls(*view->rootObject());
-    ASSERT_EQ(found.size(), 5U);
+    ASSERT_EQ(found.size(), 6U);
     for (auto* control : found) {
         auto* interface = QAccessible::queryAccessibleInterface(control);
         ASSERT_NE(interface, nullptr);

@@ -29,7 +29,9 @@ struct LaidOut {
         state.set(fixture);
         bridge = std::make_unique<PanelBridge>(fixture.model, fixture.images);
         bridge->setTextSize(textSize);
+        state.open(*bridge);
         panel = makePanelItem(engine, *bridge);
+        layOutPanel(*panel);
         panel->setHeight(panel->implicitHeight());
     }
 

@@ -106,8 +106,10 @@ TEST(PanelPicture, EveryStateIsDrawnWithoutAComplaint) {
     for (const auto& state : panelStates()) {
         PanelFixture panel;
         state.set(panel);
+        PanelBridge bridge(panel.model, panel.images);
+        state.open(bridge);
         testing::internal::CaptureStderr();
-        const auto picture = renderPanel(panel.model, panel.images);
+        const auto picture = renderPanel(bridge, Qt::gray, kPanelWidth, 1);
         EXPECT_EQ(testing::internal::GetCapturedStderr(), "") << state.name;
         EXPECT_FALSE(picture.isNull()) << state.name;
     }

@@ -64,6 +64,22 @@ std::vector<Flaw> fiveFlaws() {
             {"LOW", "spacing", "Gutters drift again."}};
 }
 
+/// A verdict of the service of this machine on a text from an editor that can be told a line.
+void listedFlaws(PanelFixture& panel) {
+    panel.fake.environment.variables["BRASK_API_BASE"] = "http://127.0.0.1:8797";
+    graded(panel, Band::route_to_fix,
+           {{"HIGH", "Numbers", "The total is not the sum of its rows.", "text.total", "line 14",
+             "1,204 instead of 1,240"},
+            {"MEDIUM", "Spelling", "“recieve” is misspelt.", "text.spelling", "line 3", "recieve"},
+            {"LOW", "Clarity", "The sentence has 61 words.", "text.long_sentence", "line 21",
+             "Whoever reads this to its end has forgotten how it began, and begins again"},
+            {"LOW", "Links", "“here” does not say where it leads.", "text.link_text", "line 30",
+             "here"},
+            {"LOW", "", "", "", "", ""}});
+    panel.model.gradedWork = GradedWork{
+        .app = "Kate", .isPicture = false, .bundleId = "org.kde.kate", .text = "words\n"};
+}
+
 constexpr const char* kExtensionHint =
     "On GNOME Kelvane reads text from GTK, Qt and Firefox windows. To read every program and to "
     "photograph a window, turn on its Shell extension, then log in again.";
@@ -135,6 +151,17 @@ const std::vector<PanelState>& panelStates() {
         {"ship", [](PanelFixture& panel) { graded(panel, Band::ship, {}); }},
         {"quarantine", [](PanelFixture& panel) { graded(panel, Band::quarantine, fiveFlaws()); }},
         {"block", [](PanelFixture& panel) { graded(panel, Band::block, fiveFlaws()); }},
+        {"all-flaws", listedFlaws,
+         [](PanelBridge& bridge) {
+             bridge.openFlaws(true);
+             bridge.chooseFlaw(1);
+         }},
+        {"all-flaws-after-a-word",
+         [](PanelFixture& panel) {
+             listedFlaws(panel);
+             panel.model.flawNote = "“Kelvane” is in your dictionary.";
+         },
+         [](PanelBridge& bridge) { bridge.openFlaws(true); }},
         {"held-without-flaws", [](PanelFixture& panel) { graded(panel, Band::route_to_fix, {}); }},
         {"error",
          [](PanelFixture& panel) {
@@ -218,6 +245,73 @@ const std::vector<PanelState>& panelStates() {
              panel.model.agents =
                  std::vector<DetectedAgent>{agent("智能助手 🤖", true, true, true)};
          }},
+    };
+    return states;
+}
+
+HistoryBridge::Entries someVerdicts() {
+    constexpr std::int64_t kHour = 3'600'000;
+    const auto verdict = [](int number, const std::string& name, Band band, double score,
+                            std::vector<Flaw> flaws) {
+        history::VerdictEntry entry;
+        entry.id = std::to_string(number);
+        entry.timeMs = 1'772'539'200'000 + number * 7 * kHour; // from 2026-03-03T12:00:00Z on
+        entry.app = name;
+        entry.kind = "document";
+        entry.band = band;
+        entry.score = score;
+        entry.flawCount = flaws.size();
+        entry.flaws = std::move(flaws);
+        entry.runId = "run-" + entry.id;
+        entry.report = "https://service/console?run=" + entry.runId;
+        return entry;
+    };
+    const Flaw spelling{"MEDIUM",        "Spelling", "“recieve” is misspelt.",
+                        "text.spelling", "line 3",   "recieve"};
+    const Flaw clarity{
+        "LOW",    "Clarity",           "The sentence has 61 words.", "text.long_sentence",
+        "line 7", "Whoever reads this"};
+    const Flaw total{"HIGH",       "Numbers", "The total is not the sum of its rows.",
+                     "text.total", "line 14", "1,204"};
+    auto before = verdict(5, "Kate", Band::route_to_fix, 0.62, {spelling, clarity});
+    auto after = verdict(6, "Kate", Band::route_to_fix, 0.71, {clarity, total});
+    before.runId = after.runId = "run-kate";
+    before.text = "# Orders\n\nYou recieve the goods.\n\nWhoever reads this to its end "
+                  "has forgotten how it began.\n";
+    after.text = "# Orders\n\nYou receive the goods.\n\nWhoever reads this to its end "
+                 "has forgotten how it began.\n\nTotal: 1,204\n";
+    before.digest = "1";
+    after.digest = "2";
+    auto picture = verdict(2, "Figma", Band::unknown, 0, {});
+    picture.isPicture = true;
+    picture.score.reset();
+    return {after,
+            before,
+            verdict(4, "Figma", Band::block, 0.2, {total}),
+            verdict(3, "Kate", Band::ship, 0.97, {}),
+            picture,
+            verdict(1, "Figma", Band::quarantine, 0.4, {total, spelling})};
+}
+
+HistoryBridge::Ports historyPorts() {
+    return {.load = [](auto then) { then(someVerdicts()); },
+            .erase = [](const std::string&) {},
+            .eraseAll = [] {},
+            .openReport = [](const history::VerdictEntry&) {},
+            .local = [](std::int64_t ms) { return ms; }};
+}
+
+const std::vector<HistoryState>& historyStates() {
+    static const std::vector<HistoryState> states{
+        {"history", [](HistoryBridge&) {}},
+        {"history-chosen", [](HistoryBridge& bridge) { bridge.choose(QStringLiteral("6")); }},
+        {"history-compared",
+         [](HistoryBridge& bridge) {
+             bridge.choose(QStringLiteral("6"));
+             bridge.compareWithBefore();
+         }},
+        {"history-searched",
+         [](HistoryBridge& bridge) { bridge.setWords(QStringLiteral("no such words")); }},
     };
     return states;
 }

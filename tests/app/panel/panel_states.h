@@ -3,6 +3,7 @@
 #pragma once
 
 #include "app/companion_model.h"
+#include "app/panel/history_bridge.h"
 #include "app/panel/panel_bridge.h"
 #include "platform/fake/fakes.h"
 
@@ -25,8 +26,21 @@ public:
 struct PanelState {
     std::string name;
     std::function<void(PanelFixture&)> set;
+    std::function<void(PanelBridge&)> open = [](PanelBridge&) {}; ///< What is opened in it then.
 };
 
 [[nodiscard]] const std::vector<PanelState>& panelStates();
+
+/// A state of the window of the history, over six verdicts of two applications; the newest, of a
+/// revision, is "6", and "5" is the version before it.
+struct HistoryState {
+    std::string name;
+    std::function<void(HistoryBridge&)> open;
+};
+
+[[nodiscard]] const std::vector<HistoryState>& historyStates();
+[[nodiscard]] HistoryBridge::Entries someVerdicts();
+/// Ports that hand those out at once and do nothing else, at UTC.
+[[nodiscard]] HistoryBridge::Ports historyPorts();
 
 } // namespace kelvane

@@ -290,6 +290,7 @@ protected:
             .offerAccessibility =
                 [this](const DesktopLimit& limit) { steps.add("offer" + limit.line); },
             .changeAccessibility = [this] { steps.add("change accessibility"); },
+            .showHistory = [this] { steps.add("show history"); },
             .panelShown = [this] { ++timesPanelShown; },
             .connectUrl = "https://service.example/connect?from=macos-app",
             .reportAddress =
@@ -489,7 +490,7 @@ TEST_F(AppDelegateTest, TheSwitchAndTheMenuAskAnew) {
     happened();
     application.runJobs();
     EXPECT_THAT(happened(), ElementsAre("keep service", "ask where", "refresh", "offer"));
-    ASSERT_EQ(state.menu.size(), 3U);
+    ASSERT_EQ(state.menu.size(), 4U);
     EXPECT_EQ(state.menu[1].title, "Where to grade…");
     state.click();
     happened();
@@ -655,14 +656,27 @@ TEST_F(AppDelegateTest, StartedAgainWhileOpenItOnlyTakesTheKeyboard) {
 TEST_F(AppDelegateTest, TheItemsMenuOpensAndQuits) {
     start();
     happened();
-    ASSERT_EQ(state.menu.size(), 3U);
+    ASSERT_EQ(state.menu.size(), 4U);
     EXPECT_EQ(state.menu[0].title, "Open");
     state.menu[0].action();
     EXPECT_THAT(happened(),
                 ElementsAre("refresh", "popover show nowhere by pointer", "popover key"));
-    EXPECT_EQ(state.menu[2].title, "Quit");
-    state.menu[2].action();
+    EXPECT_EQ(state.menu[3].title, "Quit");
+    state.menu[3].action();
     EXPECT_THAT(happened(), ElementsAre("terminate 0"));
+}
+
+TEST_F(AppDelegateTest, TheHistoryOpensFromTheMenuAndFromThePanelWhichCloses) {
+    start();
+    ASSERT_EQ(state.menu.size(), 4U);
+    EXPECT_EQ(state.menu[2].title, "History…");
+    happened();
+    state.menu[2].action();
+    EXPECT_THAT(happened(), ElementsAre("show history"));
+    state.click();
+    happened();
+    delegate->model()->onHistory();
+    EXPECT_THAT(happened(), ElementsAre("popover close", "show history"));
 }
 
 // The hooks

@@ -51,6 +51,15 @@ TEST_P(FileSystemContract, WrittenBytesComeBack) {
     EXPECT_EQ(files().read(at("f")), bytes);
 }
 
+TEST_P(FileSystemContract, APrivateFileIsWrittenWithItsFolder) {
+    EXPECT_TRUE(files().writePrivately(at("new/f"), "x"));
+    EXPECT_EQ(files().read(at("new/f")), "x");
+    EXPECT_TRUE(files().writePrivately(at("new/f"), "y"));
+    EXPECT_EQ(files().read(at("new/f")), "y");
+    EXPECT_FALSE(files().writePrivately(at("new/f/below"), "z"));
+    EXPECT_EQ(files().read(at("new/f")), "y");
+}
+
 TEST_P(FileSystemContract, EmptyFileIsThereAndEmpty) {
     EXPECT_TRUE(files().writeAtomically(at("f"), ""));
     EXPECT_TRUE(files().exists(at("f")));

@@ -212,6 +212,23 @@ TEST_F(PosixFileSystemTest, NewFileHasTheUsualPermissionsLessTheUmask) {
     EXPECT_EQ(modeOf(folder / "private"), 0600U);
 }
 
+TEST_F(PosixFileSystemTest, APrivateFileIsTheOwnersFromItsFirstByteOnWhateverStoodThere) {
+    const mode_t usual = umask(0);
+    ASSERT_TRUE(files->writePrivately(folder / "a/b/f", "secret"));
+    umask(usual);
+    EXPECT_EQ(modeOf(folder / "a/b/f"), 0600U);
+    EXPECT_EQ(modeOf(folder / "a/b"), 0700U);
+    EXPECT_EQ(files->read(folder / "a/b/f"), "secret");
+    // One that others could read is not any more; a folder that is there stays as it is.
+    ASSERT_EQ(chmod((folder / "a/b/f").c_str(), 0644), 0);
+    ASSERT_EQ(chmod((folder / "a/b").c_str(), 0755), 0);
+    ASSERT_TRUE(files->writePrivately(folder / "a/b/f", "again"));
+    EXPECT_EQ(modeOf(folder / "a/b/f"), 0600U);
+    EXPECT_EQ(modeOf(folder / "a/b"), 0755U);
+    EXPECT_EQ(files->read(folder / "a/b/f"), "again");
+    EXPECT_FALSE(files->writePrivately(folder / "a/b", "a folder"));
+}
+
 TEST_F(PosixFileSystemTest, ExistingFileKeepsItsOwnerWhereWeMaySetIt) {
     if (geteuid() != 0) GTEST_SKIP() << "only root may give files away";
     putFile(folder / "f", "old");

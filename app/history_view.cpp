@@ -1,0 +1,183 @@
+#include "app/history_view.h"
+
+#include "text/shown_text.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace kelvane {
+
+namespace {
+
+using history::DiffLine;
+using history::VerdictEntry;
+using text::shownLine;
+using text::shownParagraph;
+using text::shownWithin;
+using Kind = HistoryDetail::Kind;
+
+std::string dayOf(std::int64_t ms, const LocalTime& local) {
+    return history::isoTime(local(ms)).substr(0, 10);
+}
+
+std::string flawsOf(const VerdictEntry& entry) {
+    return std::to_string(entry.flawCount) + (entry.flawCount == 1 ? " flaw" : " flaws");
+}
+
+std::string kindOf(const VerdictEntry& entry) {
+    return entry.isPicture ? "a picture" : shownWithin(modalityLabel(entry.kind));
+}
+
+HistoryLine verdictLine(const VerdictEntry& entry, const LocalTime& local) {
+    HistoryLine line;
+    line.kind = HistoryLine::Kind::Verdict;
+    line.id = entry.id;
+    line.pill = bandPill(entry.band);
+    if (entry.score) line.score = scoreText(*entry.score).value_or("");
+    line.text = clockOf(entry.timeMs, local) + " · " + kindOf(entry) + " · " + flawsOf(entry);
+    line.spoken = shownWithin(entry.app) + ", " + momentOf(entry.timeMs, local) + ", " +
+                  (entry.band == Band::unknown ? "no verdict" : line.pill.label) +
+                  (line.score.empty() ? "" : ", Trevix " + line.score) + ", " + flawsOf(entry);
+    return line;
+}
+
+void addFlaws(HistoryDetails& details, const std::string& heading, const std::vector<Flaw>& flaws,
+              std::size_t count) {
+    details.lines.push_back({Kind::Heading, heading + " (" + std::to_string(count) + ")", {}, {}});
+    const std::size_t shown = std::min(flaws.size(), kMostHistoryFlaws);
+    for (std::size_t i = 0; i < shown; ++i) {
+        auto row = flawRow(flaws[i]);
+        if (!flaws[i].place.empty()) row.text += " (" + shownLine(flaws[i].place) + ")";
+        details.lines.push_back(
+            {Kind::Flaw, std::move(row.text), std::move(row.severity), row.severityTint});
+    }
+    if (count > shown) {
+        details.lines.push_back(
+            {Kind::Note, "+" + std::to_string(count - shown) + " more in the full report", {}, {}});
+    }
+}
+
+HistoryDetail diffLine(const DiffLine& line) {
+    switch (line.kind) {
+    case DiffLine::Kind::Removed:
+        return {Kind::Removed, shownLine(line.text), {}, Tint::red};
+    case DiffLine::Kind::Added:
+        return {Kind::Added, shownLine(line.text), {}, Tint::green};
+    case DiffLine::Kind::Skipped:
+        return {Kind::Skipped,
+                line.text + (line.text == "1" ? " line is" : " lines are") + " not shown",
+                {},
+                Tint::secondary};
+    case DiffLine::Kind::Same:
+        break;
+    }
+    return {Kind::Same, shownLine(line.text), {}, Tint::primary};
+}
+
+} // namespace
+
+std::string momentOf(std::int64_t ms, const LocalTime& local) {
+    const std::string time = history::isoTime(local(ms));
+    // "2026-03-03T14:05:09Z"
+    return time.size() < 16 ? time : time.substr(0, 10) + " " + time.substr(11, 5);
+}
+
+std::string clockOf(std::int64_t ms, const LocalTime& local) {
+    const std::string moment = momentOf(ms, local);
+    return moment.size() < 16 ? moment : moment.substr(11);
+}
+
+std::vector<HistoryLine> historyLines(const std::vector<VerdictEntry>& entries,
+                                      const LocalTime& local) {
+    std::vector<std::pair<std::string, std::vector<const VerdictEntry*>>> apps;
+    for (const VerdictEntry& entry : entries) {
+        const auto found = std::ranges::find(apps, entry.app, &decltype(apps)::value_type::first);
+        if (found == apps.end()) {
+            apps.push_back({entry.app, {&entry}});
+        } else {
+            found->second.push_back(&entry);
+        }
+    }
+    std::vector<HistoryLine> lines;
+    for (const auto& [app, verdicts] : apps) {
+        lines.push_back({.kind = HistoryLine::Kind::App,
+                         .text = shownLine(app),
+                         .id = {},
+                         .pill = {},
+                         .score = {},
+                         .spoken = shownLine(app)});
+        std::string day;
+        for (const VerdictEntry* const verdict : verdicts) {
+            if (auto its = dayOf(verdict->timeMs, local); its != day) {
+                day = std::move(its);
+                lines.push_back({.kind = HistoryLine::Kind::Day,
+                                 .text = day,
+                                 .id = {},
+                                 .pill = {},
+                                 .score = {},
+                                 .spoken = day});
+            }
+            lines.push_back(verdictLine(*verdict, local));
+        }
+    }
+    return lines;
+}
+
+HistoryDetails historyDetails(const VerdictEntry& entry, const LocalTime& local) {
+    HistoryDetails details;
+    details.title = shownWithin(entry.app) + ", " + momentOf(entry.timeMs, local);
+    details.hasReport = !entry.runId.empty();
+    addFlaws(details, "Flaws", entry.flaws, entry.flawCount);
+    if (entry.flawCount == 0) {
+        details.lines.back() = {Kind::Note, "No flaws were listed.", {}, Tint::secondary};
+    }
+    return details;
+}
+
+HistoryDetails comparisonDetails(const history::Comparison& comparison, const LocalTime& local) {
+    HistoryDetails details;
+    const auto& [before, after] = std::pair(comparison.before, comparison.after);
+    details.title = shownWithin(after.app) + ", " + momentOf(before.timeMs, local) + " → " +
+                    momentOf(after.timeMs, local);
+    details.hasReport = !after.runId.empty();
+    const auto add = [&](const char* heading, const std::vector<Flaw>& flaws) {
+        addFlaws(details, heading, flaws, flaws.size());
+    };
+    add("Fixed", comparison.flaws.fixed);
+    add("Remaining", comparison.flaws.remaining);
+    add("New", comparison.flaws.fresh);
+    const bool isCut =
+        before.flawCount > before.flaws.size() || after.flawCount > after.flaws.size();
+    if (isCut) {
+        details.lines.push_back({Kind::Note,
+                                 "Of a verdict with more than " +
+                                     std::to_string(history::kMostFlaws) +
+                                     " flaws the first are compared.",
+                                 {},
+                                 Tint::secondary});
+    }
+    details.lines.push_back({Kind::Heading, "Text", {}, {}});
+    if (!comparison.hasTexts) {
+        details.lines.push_back(
+            {Kind::Note,
+             comparison.isSameWork
+                 ? "The work is the same."
+                 : "The text is kept only of what this machine has graded; pictures are not.",
+             {},
+             Tint::secondary});
+    } else if (comparison.text.empty()) {
+        details.lines.push_back({Kind::Note, "No line differs.", {}, Tint::secondary});
+    }
+    for (const DiffLine& line : comparison.text) details.lines.push_back(diffLine(line));
+    if (before.textIsCut || after.textIsCut) {
+        details.lines.push_back({Kind::Note,
+                                 "Of a long text the first " +
+                                     std::to_string(history::kLongestText / 1024) +
+                                     " KiB are kept.",
+                                 {},
+                                 Tint::secondary});
+    }
+    return details;
+}
+
+} // namespace kelvane

@@ -1,0 +1,537 @@
+// The window of the history: verdicts by application and day on the left, the chosen one or a
+// comparison on the right.
+import QtQuick
+import Kelvane.Panel
+
+FocusScope {
+    id: root
+
+    required property HistoryBridge bridge
+    /// Escape was pressed and there was nothing in the window for it to end.
+    signal dismissed
+
+    readonly property Theme theme: Theme {
+        dark: root.bridge.dark
+        textSize: root.bridge.textSize
+    }
+
+    focus: true
+    Accessible.role: Accessible.Pane
+    Accessible.name: "History of verdicts"
+
+    Keys.onPressed: event => {
+        if (event.key === Qt.Key_F && event.modifiers === Qt.ControlModifier) {
+            search.forceActiveFocus()
+            search.selectAll()
+        } else if (event.key === Qt.Key_Escape) {
+            if (sure.visible) sure.visible = false
+            else if (root.bridge.compares) root.bridge.showFlaws()
+            else if (root.bridge.words !== "") search.clear()
+            else root.dismissed()
+        } else {
+            return
+        }
+        event.accepted = true
+    }
+
+    Rectangle {
+        anchors.fill: parent
+        color: root.theme.background
+    }
+
+    // ---- the list
+    Item {
+        id: left
+        width: Math.max(260, Math.min(360, root.width * 0.42))
+        anchors.top: parent.top
+        anchors.bottom: parent.bottom
+
+        RoundedBox {
+            id: field
+            x: 12
+            y: 12
+            width: parent.width - 24
+            height: root.theme.body + 15
+            radius: 7
+            color: root.theme.raised
+            borderWidth: search.activeFocus ? 2 : 1
+            borderColor: search.activeFocus ? root.theme.focusRing
+                                            : root.theme.wash(root.theme.secondary, 0.35)
+
+            PanelText {
+                theme: root.theme
+                ink: theme.secondary
+                text: "Search verdicts"
+                visible: search.text === ""
+                x: 10
+                anchors.verticalCenter: parent.verticalCenter
+                Accessible.ignored: true
+            }
+            TextInput {
+                id: search
+                objectName: "searchField"
+                x: 10
+                width: parent.width - 20
+                anchors.verticalCenter: parent.verticalCenter
+                color: root.theme.primary
+                selectionColor: root.theme.accent
+                selectedTextColor: root.theme.white
+                font.pixelSize: root.theme.body
+                maximumLength: 200
+                selectByMouse: true
+                clip: true
+                activeFocusOnTab: true
+                focus: true
+                onTextChanged: root.bridge.words = text
+                Keys.onDownPressed: list.enter()
+                Accessible.role: Accessible.EditableText
+                Accessible.name: "Search verdicts"
+            }
+        }
+        ListView {
+            id: list
+            objectName: "historyList"
+
+            /// The keyboard goes into the list, to the first verdict of it if to none yet.
+            function enter() {
+                if (count === 0) return
+                const current = root.bridge.lines[currentIndex]
+                if (!current || current.id === "") currentIndex = step(-1, 1)
+                forceActiveFocus()
+                chooseCurrent()
+            }
+            function step(from: int, by: int): int {
+                const lines = root.bridge.lines
+                for (let next = from + by; next >= 0 && next < lines.length; next += by) {
+                    if (lines[next].id !== "") return next
+                }
+                return from
+            }
+            function placeOfChosen(): int {
+                const lines = root.bridge.lines
+                for (let i = 0; i < lines.length; ++i) {
+                    if (lines[i].id !== "" && lines[i].id === root.bridge.chosen) return i
+                }
+                return -1
+            }
+            function move(by: int) {
+                currentIndex = step(currentIndex, by)
+                chooseCurrent()
+            }
+            function chooseCurrent() {
+                if (currentIndex >= 0) root.bridge.choose(root.bridge.lines[currentIndex].id)
+            }
+
+            x: 6
+            width: parent.width - 12
+            anchors.top: field.bottom
+            anchors.topMargin: 8
+            anchors.bottom: eraseAll.top
+            anchors.bottomMargin: 8
+            clip: true
+            activeFocusOnTab: count > 0
+            boundsBehavior: Flickable.StopAtBounds
+            keyNavigationEnabled: false
+            highlightMoveDuration: 0
+            currentIndex: -1
+            model: root.bridge.lines
+            // A list that was made anew begins at its first line.
+            onModelChanged: currentIndex = placeOfChosen()
+            onActiveFocusChanged: if (activeFocus && root.bridge.chosen === "") enter()
+            Accessible.role: Accessible.List
+            Accessible.name: "Verdicts"
+            Keys.onPressed: event => {
+                switch (event.key) {
+                case Qt.Key_Down: move(1); break
+                case Qt.Key_Up: move(-1); break
+                case Qt.Key_Home: currentIndex = -1; move(1); break
+                case Qt.Key_End: currentIndex = count; move(-1); break
+                case Qt.Key_Delete: root.bridge.eraseChosen(); break
+                case Qt.Key_Return:
+                case Qt.Key_Enter: root.bridge.openReport(); break
+                default: return
+                }
+                event.accepted = true
+            }
+
+            delegate: Item {
+                id: entry
+
+                required property int index
+                required property historyLineRecord modelData
+                readonly property bool isVerdict: modelData.id !== ""
+                readonly property bool isChosen: isVerdict && root.bridge.chosen === modelData.id
+
+                width: list.width
+                height: words.implicitHeight + (modelData.isApp ? 18 : modelData.isDay ? 8 : 12)
+                objectName: isVerdict ? "verdict." + modelData.id : ""
+                Accessible.role: isVerdict ? Accessible.ListItem : Accessible.Heading
+                Accessible.name: modelData.spoken
+                Accessible.focusable: isVerdict
+                Accessible.focused: isChosen && list.activeFocus
+                Accessible.selected: isChosen
+                Accessible.onPressAction: if (isVerdict) root.bridge.choose(modelData.id)
+
+                RoundedBox {
+                    visible: entry.isChosen || (mouse.containsMouse && entry.isVerdict)
+                    anchors.fill: parent
+                    radius: 6
+                    color: root.theme.wash(root.theme.secondary, entry.isChosen ? 0.2 : 0.08)
+                    borderWidth: entry.isChosen && list.activeFocus ? 2 : 0
+                    borderColor: root.theme.focusRing
+                }
+                PanelText {
+                    id: words
+                    theme: root.theme
+                    ink: entry.modelData.isDay ? theme.secondary : theme.primary
+                    text: entry.modelData.text
+                    x: 8
+                    width: parent.width - x - (entry.isVerdict ? pill.width + 16 : 8)
+                    anchors.bottom: parent.bottom
+                    anchors.bottomMargin: entry.modelData.isDay ? 3 : 6
+                    wrapMode: Text.NoWrap
+                    font.pixelSize: entry.modelData.isApp ? theme.body : theme.caption
+                    font.weight: entry.modelData.isApp ? Font.DemiBold : Font.Normal
+                    Accessible.ignored: true
+                }
+                RoundedBox {
+                    id: pill
+                    visible: entry.isVerdict
+                    width: Math.ceil(band.implicitWidth) + 12
+                    height: Math.ceil(band.implicitHeight) + 4
+                    radius: 5
+                    anchors.right: parent.right
+                    anchors.rightMargin: 8
+                    anchors.verticalCenter: parent.verticalCenter
+                    color: root.theme.fill(entry.modelData.bandTint)
+
+                    PanelText {
+                        id: band
+                        theme: root.theme
+                        ink: theme.ink(entry.modelData.bandLabelTint)
+                        text: entry.modelData.score === "" ? entry.modelData.band
+                              : entry.modelData.band + " " + entry.modelData.score
+                        anchors.centerIn: parent
+                        wrapMode: Text.NoWrap
+                        font.pixelSize: theme.smallCaption
+                        font.weight: Font.Bold
+                        Accessible.ignored: true
+                    }
+                }
+                MouseArea {
+                    id: mouse
+                    anchors.fill: parent
+                    hoverEnabled: true
+                    onClicked: {
+                        if (!entry.isVerdict) return
+                        list.currentIndex = entry.index
+                        list.forceActiveFocus()
+                        root.bridge.choose(entry.modelData.id)
+                    }
+                    onDoubleClicked: root.bridge.openReport()
+                }
+            }
+        }
+        PanelText {
+            objectName: "emptyText"
+            theme: root.theme
+            ink: theme.secondary
+            text: root.bridge.empty
+            visible: text !== ""
+            anchors.centerIn: list
+            width: list.width - 24
+            horizontalAlignment: Text.AlignHCenter
+        }
+        LinkButton {
+            id: eraseAll
+            objectName: "eraseAllLink"
+            theme: root.theme
+            quiet: true
+            label: "Delete all…"
+            usable: list.count > 0
+            x: 14
+            anchors.bottom: parent.bottom
+            anchors.bottomMargin: 12
+            width: implicitWidth
+            height: implicitHeight
+            onClicked: sure.visible = true
+        }
+        // Asked in the same place: there is no undo.
+        RoundedBox {
+            id: sure
+            objectName: "sure"
+            visible: false
+            x: 8
+            width: parent.width - 16
+            height: question.height + 24
+            anchors.bottom: parent.bottom
+            anchors.bottomMargin: 8
+            radius: 8
+            color: root.theme.raised
+            borderWidth: 1
+            borderColor: root.theme.wash(root.theme.secondary, 0.35)
+            onVisibleChanged: if (visible) keep.forceActiveFocus()
+
+            Column {
+                id: question
+                x: 12
+                y: 12
+                width: parent.width - 24
+                spacing: 10
+
+                PanelText {
+                    theme: root.theme
+                    text: "Delete all verdicts? This cannot be undone."
+                    width: parent.width
+                }
+                Row {
+                    spacing: 8
+                    PushButton {
+                        id: keep
+                        objectName: "keepButton"
+                        theme: root.theme
+                        label: "Keep"
+                        width: implicitWidth
+                        height: implicitHeight
+                        onClicked: sure.visible = false
+                    }
+                    PushButton {
+                        objectName: "eraseAllButton"
+                        theme: root.theme
+                        label: "Delete all"
+                        width: implicitWidth
+                        height: implicitHeight
+                        onClicked: {
+                            sure.visible = false
+                            root.bridge.eraseAll()
+                        }
+                    }
+                }
+            }
+        }
+    }
+    Rectangle {
+        id: edge
+        width: 1
+        anchors.left: left.right
+        anchors.top: parent.top
+        anchors.bottom: parent.bottom
+        color: root.theme.hairline
+    }
+
+    // ---- the chosen verdict
+    Item {
+        anchors.left: edge.right
+        anchors.right: parent.right
+        anchors.top: parent.top
+        anchors.bottom: parent.bottom
+
+        PanelText {
+            theme: root.theme
+            ink: theme.secondary
+            text: "Choose a verdict to see its flaws."
+            visible: root.bridge.title === "" && root.bridge.empty === ""
+            anchors.centerIn: parent
+        }
+        Column {
+            id: head
+            x: 16
+            y: 14
+            width: parent.width - 32
+            spacing: 10
+            visible: root.bridge.title !== ""
+
+            PanelText {
+                objectName: "detailTitle"
+                theme: root.theme
+                text: root.bridge.title
+                width: parent.width
+                font.pixelSize: theme.body + 1
+                font.weight: Font.DemiBold
+                Accessible.role: Accessible.Heading
+            }
+            Flow {
+                width: parent.width
+                spacing: 14
+
+                LinkButton {
+                    objectName: "reportLink"
+                    theme: root.theme
+                    label: "Full report"
+                    visible: root.bridge.hasReport
+                    width: implicitWidth
+                    height: implicitHeight
+                    onClicked: root.bridge.openReport()
+                }
+                LinkButton {
+                    objectName: "compareLink"
+                    theme: root.theme
+                    label: "Compare with the version before"
+                    visible: root.bridge.hasVersionBefore && !root.bridge.compares
+                    width: implicitWidth
+                    height: implicitHeight
+                    onClicked: root.bridge.compareWithBefore()
+                }
+                LinkButton {
+                    objectName: "compareMarkedLink"
+                    theme: root.theme
+                    label: "Compare with the marked one"
+                    visible: root.bridge.marked !== "" && root.bridge.marked !== root.bridge.chosen
+                             && !root.bridge.compares
+                    width: implicitWidth
+                    height: implicitHeight
+                    onClicked: root.bridge.compareWithMarked()
+                }
+                LinkButton {
+                    objectName: "markLink"
+                    theme: root.theme
+                    label: root.bridge.marked === root.bridge.chosen ? "Take the mark away"
+                                                                    : "Mark to compare"
+                    visible: !root.bridge.compares
+                    width: implicitWidth
+                    height: implicitHeight
+                    onClicked: root.bridge.mark()
+                }
+                LinkButton {
+                    objectName: "flawsLink"
+                    theme: root.theme
+                    label: "Back to its flaws"
+                    visible: root.bridge.compares
+                    width: implicitWidth
+                    height: implicitHeight
+                    onClicked: root.bridge.showFlaws()
+                }
+                LinkButton {
+                    objectName: "copyLink"
+                    theme: root.theme
+                    label: "Copy"
+                    spokenName: "Copy all of this as text"
+                    width: implicitWidth
+                    height: implicitHeight
+                    onClicked: root.bridge.copyDetails()
+                }
+                LinkButton {
+                    objectName: "eraseLink"
+                    theme: root.theme
+                    quiet: true
+                    label: "Delete"
+                    spokenName: "Delete this verdict"
+                    width: implicitWidth
+                    height: implicitHeight
+                    onClicked: root.bridge.eraseChosen()
+                }
+            }
+        }
+        ListView {
+            id: details
+            objectName: "details"
+
+            function scroll(distance: real) {
+                contentY = Math.max(originY, Math.min(originY + contentHeight - height,
+                                                      contentY + distance))
+            }
+
+            x: 16
+            width: parent.width - 32
+            anchors.top: head.bottom
+            anchors.topMargin: 6
+            anchors.bottom: parent.bottom
+            anchors.bottomMargin: 12
+            visible: head.visible
+            clip: true
+            activeFocusOnTab: count > 0
+            boundsBehavior: Flickable.StopAtBounds
+            keyNavigationEnabled: false
+            model: root.bridge.details
+            Accessible.role: Accessible.List
+            Accessible.name: root.bridge.compares ? "Differences" : "Flaws"
+            Keys.onPressed: event => {
+                switch (event.key) {
+                case Qt.Key_Down: scroll(3 * root.theme.body); break
+                case Qt.Key_Up: scroll(-3 * root.theme.body); break
+                case Qt.Key_PageDown: scroll(height - 2 * root.theme.body); break
+                case Qt.Key_PageUp: scroll(2 * root.theme.body - height); break
+                default: return
+                }
+                event.accepted = true
+            }
+
+            delegate: Item {
+                id: detail
+
+                required property historyDetailRecord modelData
+                readonly property bool isText: modelData.sign !== ""
+
+                width: details.width
+                height: isText ? Math.ceil(lineText.implicitHeight) + 2
+                        : modelData.isFlaw ? flawLine.implicitHeight + 6
+                        : Math.ceil(noteText.implicitHeight) + (modelData.isHeading ? 14 : 6)
+
+                RoundedBox {
+                    visible: detail.isText && detail.modelData.sign !== " "
+                    anchors.fill: parent
+                    radius: 2
+                    color: root.theme.wash(root.theme.ink(detail.modelData.flaw.tint), 0.14)
+                }
+                PanelText {
+                    theme: root.theme
+                    ink: theme.ink(detail.modelData.flaw.tint)
+                    text: detail.modelData.sign
+                    visible: detail.isText
+                    x: 4
+                    y: 1
+                    width: 12
+                    font.pixelSize: theme.caption
+                    font.family: "monospace"
+                    Accessible.ignored: true
+                }
+                PanelText {
+                    id: lineText
+                    theme: root.theme
+                    text: detail.modelData.flaw.text
+                    visible: detail.isText
+                    x: 20
+                    y: 1
+                    width: parent.width - 24
+                    font.pixelSize: theme.caption
+                    font.family: "monospace"
+                    Accessible.name: detail.modelData.sign === "+" ? "Added: " + text
+                                     : detail.modelData.sign === "−" ? "Removed: " + text : text
+                }
+                FlawLine {
+                    id: flawLine
+                    theme: root.theme
+                    flaw: detail.modelData.flaw
+                    severityWidth: 64
+                    visible: detail.modelData.isFlaw
+                    y: 3
+                    width: parent.width
+                    height: implicitHeight
+                }
+                PanelText {
+                    id: noteText
+                    theme: root.theme
+                    ink: detail.modelData.isHeading ? theme.primary : theme.secondary
+                    text: detail.modelData.flaw.text
+                    visible: !detail.isText && !detail.modelData.isFlaw
+                    width: parent.width
+                    anchors.bottom: parent.bottom
+                    anchors.bottomMargin: 3
+                    font.pixelSize: theme.caption
+                    font.weight: detail.modelData.isHeading ? Font.DemiBold : Font.Normal
+                    Accessible.role: detail.modelData.isHeading ? Accessible.Heading
+                                                                : Accessible.StaticText
+                }
+            }
+        }
+        RoundedBox {
+            visible: details.activeFocus
+            anchors.fill: details
+            anchors.margins: -4
+            radius: 6
+            color: "transparent"
+            borderWidth: 2
+            borderColor: root.theme.focusRing
+        }
+    }
+}
