@@ -92,25 +92,26 @@ void CompanionModel::refresh() {
 
 void CompanionModel::askAboutWiring() {
     const auto isWired = [](const DetectedAgent& agent) { return agent.wired.value_or(false); };
-    if (m_isAsking || kitIsMissing || !std::ranges::any_of(*agents, isWired) ||
+    if (kitIsMissing || !std::ranges::any_of(*agents, isWired) ||
         !m_ports.files.exists(braskHome(home) / "brask_install.py")) {
         return;
     }
+    const auto answer = wiringAnswer(braskHome(home));
     const auto mark = wiringMark(m_ports.files, home);
-    if (m_askedAt == mark) return;
+    if (m_askedAt == mark) {
+        const auto told = m_ports.files.read(answer);
+        auto truths = kelvane::wiringTruths(told.value_or(""));
+        if (*wiringTruths != truths) wiringTruths = std::move(truths);
+        return;
+    }
     m_askedAt = mark;
-    m_isAsking = true;
-    m_ports.dispatcher.background([this, &dispatcher = m_ports.dispatcher,
-                                   &processes = m_ports.processes,
-                                   question = wiringQuestion(braskHome(home)),
-                                   alive = std::weak_ptr(m_alive)] {
-        const auto told = processes.run(question);
-        dispatcher.main([this, alive, truths = kelvane::wiringTruths(told ? told->output : "")] {
-            if (alive.expired()) return;
-            m_isAsking = false;
-            if (*wiringTruths != truths) wiringTruths = truths;
+    // What was true of other files is not told of these.
+    m_ports.files.remove(answer);
+    if (!wiringTruths->empty()) wiringTruths = WiringTruths();
+    m_ports.dispatcher.background(
+        [&processes = m_ports.processes, question = wiringQuestion(braskHome(home))] {
+            static_cast<void>(processes.run(question));
         });
-    });
 }
 
 void CompanionModel::lookAtLimits() {

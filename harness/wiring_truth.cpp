@@ -48,22 +48,31 @@ std::size_t wiringMark(FileSystem& files, const std::filesystem::path& home) {
     return mark;
 }
 
+std::filesystem::path wiringAnswer(const std::filesystem::path& braskHome) {
+    return braskHome / "wiring.json";
+}
+
 ProcessRequest wiringQuestion(const std::filesystem::path& braskHome) {
-    const std::string installer = (braskHome / "brask_install.py").string();
+    const std::string installer = shellWord((braskHome / "brask_install.py").string());
+    const std::string answer = shellWord(wiringAnswer(braskHome).string());
+    // No profile is read, for it may never end; tools that only a profile makes known are looked
+    // for where package managers put them. The answer takes its place as a whole.
+    const std::string script = R"sh(umask 077
+PATH="$PATH:$HOME/.local/bin:/opt/homebrew/bin:/usr/local/bin"
+(answer=)sh" + answer + R"sh(
+ next="$answer.$$"
+ if python3 -I )sh" + installer +
+                               R"sh( status --json >"$next"; then mv -f "$next" "$answer"
+ else rm -f "$next"; fi) </dev/null >/dev/null 2>&1 &)sh";
     return {.program = "/bin/sh",
-            // A login shell, which finds the tools that the user's terminal finds.
-            .arguments = {"-lc",
-                          "exec python3 -I " + shellWord(installer) + " status --json 2>/dev/null"},
+            .arguments = {"-c", script},
             .output = ProcessOutput::Capture,
-            .timeLimit = std::chrono::seconds(20)};
+            .timeLimit = std::chrono::seconds(5)};
 }
 
 WiringTruths wiringTruths(std::string_view told) {
     WiringTruths truths;
-    // A profile may have printed something before the installer did.
-    const auto begin = told.find('{');
-    const json value =
-        json::parse(begin == std::string_view::npos ? "" : told.substr(begin), nullptr, false);
+    const json value = json::parse(told, nullptr, false);
     if (!value.is_object() || !value.contains("tools") || !value["tools"].is_array()) return {};
     for (const json& row : value["tools"]) {
         if (!row.is_object()) continue;

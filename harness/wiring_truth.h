@@ -42,8 +42,12 @@ using WiringTruths = std::map<std::string, WiringTruth>;
 /// Changes when any file changes by which the truth may change: the tools' own and our manifest.
 [[nodiscard]] std::size_t wiringMark(FileSystem& files, const std::filesystem::path& home);
 
-/// What to run to be told. It ends within 20 seconds: an answer of a tool has ten, and a
-/// start of Python on a busy machine the rest. A quit waits for it.
+/// Where the installer's answer will be, once it has been asked and is done.
+[[nodiscard]] std::filesystem::path wiringAnswer(const std::filesystem::path& braskHome);
+
+/// What to run to ask it. It ends at once and leaves the installer at work, so that nobody waits: a
+/// tool that is asked may take seconds, and a quit waits for every program that is run. Until the
+/// installer is done the answer is not there.
 [[nodiscard]] ProcessRequest wiringQuestion(const std::filesystem::path& braskHome);
 
 /// What was told. Nothing of what is no JSON of the installer's, whatever it is.

@@ -391,29 +391,31 @@ TEST_F(CompanionModelTest, TheInstallerIsAskedAboutTheWiringOnceForEachChange) {
     const auto asked = [&] {
         return std::ranges::count(fake.processes.requests, "/bin/sh", &ProcessRequest::program);
     };
-    fake.processes.results["/bin/sh"] = {
-        .status = 0, .output = R"({"tools": [{"tool": "codex", "state": "untrusted"}]})"};
+    const auto look = [&] {
+        model.refresh();
+        fake.dispatcher.runAll();
+    };
+    const std::string answer = "/home/ada/.brask/wiring.json";
+    fake.processes.results["/bin/sh"] = {};
     fake.files.files["/home/ada/.brask/validate.py"] = "";
     fake.files.files["/home/ada/.brask/brask_install.py"] = "";
-    model.refresh();
-    fake.dispatcher.runAll();
+    look();
     EXPECT_EQ(asked(), 0) << "nothing is wired";
 
     fake.files.files["/home/ada/.codex/config.toml"] = "[mcp_servers.trevix]\n";
-    model.refresh();
-    model.refresh();
-    EXPECT_EQ(asked(), 0) << "in the background";
-    fake.dispatcher.runAll();
+    fake.files.files[answer] = R"({"tools": [{"tool": "codex", "state": "wired"}]})";
+    look();
     EXPECT_EQ(asked(), 1);
+    EXPECT_FALSE(fake.files.exists(answer)) << "of other files";
+    look();
+    EXPECT_TRUE(model.wiringTruths->empty()) << "the installer is still at work";
+    fake.files.files[answer] = R"({"tools": [{"tool": "codex", "state": "untrusted"}]})";
+    look();
     EXPECT_EQ(model.wiringTruths->at("codex").state, WiringState::Untrusted);
-    model.refresh();
-    fake.dispatcher.runAll();
     EXPECT_EQ(asked(), 1) << "nothing has changed";
 
-    fake.processes.results["/bin/sh"] = {.status = 1, .output = "no such file"};
     fake.files.files["/home/ada/.codex/hooks.json"] = "{}";
-    model.refresh();
-    fake.dispatcher.runAll();
+    look();
     EXPECT_EQ(asked(), 2);
     EXPECT_TRUE(model.wiringTruths->empty()) << "what is not known any more is not told";
 }

@@ -1,5 +1,6 @@
 #include "harness/wiring_truth.h"
 
+#include "harness/installation.h"
 #include "platform/fake/fakes.h"
 
 #include <gtest/gtest.h>
@@ -25,12 +26,6 @@ TEST(WiringTruths, AreReadFromWhatTheInstallerTells) {
               wanted);
 }
 
-TEST(WiringTruths, AreToldBehindWhatAProfilePrints) {
-    EXPECT_EQ(
-        wiringTruths("Welcome!\n{\"tools\": [{\"tool\": \"codex\", \"state\": \"wired\"}]}\n"),
-        (WiringTruths{{"codex", {WiringState::Wired, false}}}));
-}
-
 TEST(WiringTruths, OfAnythingElseAreNone) {
     for (const std::string told :
          {"", "{", "[]", "null", "{\"tools\": {}}", "{\"tools\": [1, {\"tool\": []}]}",
@@ -39,14 +34,18 @@ TEST(WiringTruths, OfAnythingElseAreNone) {
     }
 }
 
-TEST(WiringQuestion, IsALoginShellThatRunsTheInstallerWithinALimit) {
+TEST(WiringQuestion, LeavesTheInstallerAtWorkAndReadsNoProfile) {
     const auto question = wiringQuestion("/home/o'hara/.brask");
     EXPECT_EQ(question.program, "/bin/sh");
     ASSERT_EQ(question.arguments.size(), 2U);
-    EXPECT_EQ(question.arguments[0], "-lc");
-    EXPECT_NE(question.arguments[1].find("brask_install.py"), std::string::npos);
-    EXPECT_NE(question.arguments[1].find("status --json"), std::string::npos);
-    EXPECT_EQ(question.timeLimit, seconds(20));
+    EXPECT_EQ(question.arguments[0], "-c");
+    const std::string& script = question.arguments[1];
+    EXPECT_NE(script.find(shellWord("/home/o'hara/.brask/brask_install.py") + " status --json"),
+              std::string::npos);
+    EXPECT_NE(script.find("answer=" + shellWord("/home/o'hara/.brask/wiring.json")),
+              std::string::npos);
+    EXPECT_TRUE(script.ends_with("</dev/null >/dev/null 2>&1 &"));
+    EXPECT_LE(question.timeLimit, seconds(5));
 }
 
 TEST(WiringMark, ChangesWithEveryFileThatCounts) {

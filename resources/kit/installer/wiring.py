@@ -222,17 +222,17 @@ class Installer:
         self.say("%s: wired in %s%s" % (tool.key, config.path,
                                         "" if backup is None else " (before: %s)" % backup))
         self.tell(tool, new)
+        if "trust" in tool.described:  # not asked here: it takes seconds, and new hooks are not
+            self.complain("%s: %s" % (tool.key, TRUST_NOTES["untrusted"]))
         return DONE
 
     def tell(self, tool: Tool, text: str) -> None:
         for note in tool.notes(text):
             self.complain("%s: note: %s" % (tool.key, note))
-        if self.trust(tool) == "untrusted":
-            self.complain("%s: %s" % (tool.key, TRUST_NOTES["untrusted"]))
 
     def trust(self, tool: Tool) -> Optional[str]:
         """Whether the tool runs our hooks, where it has its user decide that; asked of the tool."""
-        if tool.described.get("trust") != "codex" or self.dry:
+        if tool.described.get("trust") != "codex":
             return None
         return codex_trust(os.path.realpath(self.path(tool)), self.home, self.ask)
 

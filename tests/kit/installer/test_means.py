@@ -173,8 +173,9 @@ class StateTest(HomeTest):
             self.assertEqual(("wired", None), (found["state"], found["version"]))
             self.assertIsNone(found["means"][1]["trust"])
 
-    def test_no_hash_of_trust_is_ever_written(self):
-        self.wire("codex")
+    def test_no_hash_of_trust_is_ever_written_and_wiring_says_so(self):
+        self.assertIn("run /hooks", self.wire("codex").err)
+        self.assertNotIn("run /hooks", self.wire("codex").err)
         for name in (".codex/hooks.json", ".codex/config.toml"):
             self.assertNotIn(b"trusted_hash", self.get(name))
 

@@ -104,6 +104,16 @@ class ResourceServerTest(ServerTest):
         self.assertEqual(-32603, broken["code"])
         self.assertNotIn("nobody", json.dumps(broken))
 
+    def test_a_reading_that_is_one_too_many_is_an_error_and_no_result(self):
+        import mcp_client
+        from engine import mcp_server
+        for number in range(mcp_server.MOST_RUNNING + mcp_server.MOST_WAITING):
+            self.client.request("tools/call", name="wait", arguments={"as": number})
+        for _ in range(mcp_server.MOST_RUNNING):
+            self.assertTrue(self.tools.started.acquire(timeout=mcp_client.PATIENCE))
+        refused = self.client.ask("resources/read", uri="trevix://rules")
+        self.assertIn("Too many", refused["error"]["message"])
+
     def test_a_subscriber_hears_of_a_new_report_and_nobody_else(self):
         listening = self.client.request("subscriptions/listen",
                                         notifications={"resourcesListChanged": True})

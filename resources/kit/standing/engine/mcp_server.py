@@ -364,7 +364,10 @@ class Server:
             taken = self._calls.start(running)
         except RuntimeError:  # the system gives no more threads
             taken = False
-        if not taken:
+        if not taken and isinstance(call, protocol.Read):
+            replies.reply(protocol.error_reply(call.id, protocol.Rejection(
+                protocol.INTERNAL_ERROR, "Too many calls are in progress")))
+        elif not taken:
             busy = self._tools.failure("Too many calls are in progress. Nothing was sent; call "
                                        "again when one of them has ended.")
             replies.reply(self._session.finished(call, busy))

@@ -233,8 +233,8 @@ class Tools:
 
     @staticmethod
     def is_local(name):
-        """Whether the tool asks nobody and is done in an instant."""
-        return name in ("rules", "status")
+        """Whether the tool asks nobody and is done in an instant; so is most that can be read."""
+        return name in ("rules", "status", "resources/read")
 
     @staticmethod
     def failure(text):
