@@ -371,7 +371,7 @@ void JobQueue::judgeRevision(const PendingJob& job, IterateRequest& request,
 }
 
 KeptWork JobQueue::toKeep(const Submission& work) const {
-    return m_options.keepWork.count() > 0 ? keptWork(work.parts) : KeptWork();
+    return keepsWork() ? keptWork(work.parts) : KeptWork();
 }
 
 void JobQueue::tidy() {
@@ -387,7 +387,7 @@ void JobQueue::tidy() {
             m_lastPruneMs = now;
         }
         // At every pause: what is no longer to be kept is not kept a day longer.
-        if (m_options.keepWork.count() > 0) {
+        if (keepsWork()) {
             // Of a clock that is not believed only the sizes count.
             m_store.dropWork(m_store.believesClock(now) ? now - m_options.keepWork.count() : 0,
                              kMostKept);

@@ -113,6 +113,9 @@ public:
     /// Absent for an id that no job has.
     [[nodiscard]] std::optional<JobStatus> status(const std::string& jobId);
 
+    /// Whether what is judged is kept for the reports.
+    [[nodiscard]] bool keepsWork() const { return m_options.keepWork.count() > 0; }
+
     enum class Cancelled {
         done,      ///< It will not be judged; its status is failed, and says so.
         over,      ///< It has its verdict, or has failed, already.

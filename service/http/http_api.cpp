@@ -256,7 +256,7 @@ HttpAnswer HttpApi::submit(const std::string& body) {
     if (const auto* error = std::get_if<WireError>(&parsed)) return errorAnswer(400, error->text);
     const auto outcome = m_queue.submit(std::move(std::get<SubmitRequest>(parsed)), body);
     if (const auto* accepted = std::get_if<Accepted>(&outcome)) {
-        return jsonAnswer(202, acceptedJson(accepted->jobId));
+        return jsonAnswer(202, acceptedJson(accepted->jobId, m_queue.keepsWork()));
     }
     return std::holds_alternative<QueueFull>(outcome) ? queueFull() : stopping();
 }
