@@ -222,9 +222,9 @@ private:
     std::deque<std::pair<DetectedApp, Continuation>> m_captures; ///< The first one is running.
     std::vector<InFlight> m_inFlight;
     std::optional<std::size_t> m_askedAt; ///< What the wiring was like when it was asked about.
-    std::optional<LastWord> m_undo;      ///< Takes the last word back.
-    std::string m_undoRun;               ///< Said of this run.
-    std::shared_ptr<const bool> m_alive; ///< Jobs that outlive the model see it gone.
+    std::optional<LastWord> m_undo;       ///< Takes the last word back.
+    std::string m_undoRun;                ///< Said of this run.
+    std::shared_ptr<const bool> m_alive;  ///< Jobs that outlive the model see it gone.
 };
 
 } // namespace kelvane

@@ -38,6 +38,7 @@ struct QueueOptions {
     std::chrono::milliseconds keep{0};
     /// The work itself is kept this long after its verdict, see kept_work.h; zero keeps none.
     std::chrono::milliseconds keepWork{0};
+    [[nodiscard]] bool keepsWork() const { return keepWork.count() > 0; }
     std::chrono::milliseconds storeRetry{1000}; ///< Between attempts while the store cannot write.
 
     std::size_t atOnce = 1; ///< Jobs graded at the same time.
@@ -115,6 +116,9 @@ public:
 
     /// Whether a job that came now would be taken, but for how many wait already.
     [[nodiscard]] virtual bool isAccepting() = 0;
+
+    /// Whether what is judged is kept for the reports.
+    [[nodiscard]] virtual bool keepsWork() const = 0;
 
     /// Waits for the jobs being graded here, not for those that wait, and returns those who wait
     /// for a revision. Nothing is accepted afterwards. May be called again.

@@ -290,7 +290,7 @@ void JobQueue::tidy() {
             m_lastPruneMs = now;
         }
         // At every pause: what is no longer to be kept is not kept a day longer.
-        if (m_options.keepWork.count() > 0) {
+        if (m_options.keepsWork()) {
             // Of a clock that is not believed only the sizes count.
             m_store.dropWork(m_store.believesClock(now) ? now - m_options.keepWork.count() : 0,
                              kMostKept);

@@ -48,6 +48,7 @@ public:
     [[nodiscard]] bool isIdle() const override;
     [[nodiscard]] bool isWarming() const override;
     [[nodiscard]] bool isAccepting() override;
+    [[nodiscard]] bool keepsWork() const override { return m_options.keepsWork(); }
     void stop() override;
 
 private:

@@ -38,7 +38,7 @@ std::variant<JobRequest, WireError> readAgain(JobKind kind, std::string_view bod
 }
 
 KeptWork toKeep(const QueueOptions& options, const Submission& work) {
-    return options.keepWork.count() > 0 ? keptWork(work.parts) : KeptWork();
+    return options.keepsWork() ? keptWork(work.parts) : KeptWork();
 }
 
 /// What every step of one job needs.

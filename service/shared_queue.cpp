@@ -388,7 +388,7 @@ void SharedQueue::tidyWhenDue() {
         if (m_options.keep.count() > 0 && believed) {
             (void)m_store.prune(now - m_options.keep.count());
         }
-        if (m_options.keepWork.count() > 0) {
+        if (m_options.keepsWork()) {
             (void)m_store.dropWork(believed ? now - m_options.keepWork.count() : 0,
                                    m_sharing.mostKept);
         } else {

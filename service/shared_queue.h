@@ -65,6 +65,7 @@ public:
     /// Whether no program that is ready to judge is there.
     [[nodiscard]] bool isWarming() const override;
     [[nodiscard]] bool isAccepting() override;
+    [[nodiscard]] bool keepsWork() const override { return m_options.keepsWork(); }
     void stop() override;
 
     /// What this program is called in the store.

@@ -300,8 +300,8 @@ std::string errorJson(std::string_view text) {
     return dump({{"error", std::string(text)}});
 }
 
-std::string acceptedJson(std::string_view jobId) {
-    return dump({{"job_id", std::string(jobId)}, {"status", "queued"}});
+std::string acceptedJson(std::string_view jobId, bool keepsWork) {
+    return dump({{"job_id", std::string(jobId)}, {"status", "queued"}, {"keeps_work", keepsWork}});
 }
 
 std::string cancelledJson(std::string_view jobId) {

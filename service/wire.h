@@ -67,8 +67,8 @@ using JobRequest = std::variant<SubmitRequest, IterateRequest>;
 [[nodiscard]] std::string errorJson(std::string_view text);
 /// {"job_id", "status": "failed", "error"}: what became of a job that was cancelled.
 [[nodiscard]] std::string cancelledJson(std::string_view jobId);
-/// {"job_id", "status": "queued"}
-[[nodiscard]] std::string acceptedJson(std::string_view jobId);
+/// {"job_id", "status": "queued", "keeps_work"}: whether reports will show the work.
+[[nodiscard]] std::string acceptedJson(std::string_view jobId, bool keepsWork);
 /// {"status", "progress": {"warming", "position"}}, while it is judged also how many of those who
 /// judge are "done", "of" how many, and who is "running"; when the job is over "run_id" and
 /// "result_summary", or "error". A verdict names who judged ("checked_by") and what nobody here

@@ -334,7 +334,7 @@ HttpAnswer HttpApi::submit(const HttpHead& head, const std::string& body) {
     const auto outcome =
         m_queue.submit(std::move(std::get<SubmitRequest>(parsed)), body, ownerIn(head));
     if (const auto* accepted = std::get_if<Accepted>(&outcome)) {
-        return jsonAnswer(202, acceptedJson(accepted->jobId));
+        return jsonAnswer(202, acceptedJson(accepted->jobId, m_queue.keepsWork()));
     }
     if (std::holds_alternative<QuotaUsed>(outcome)) return quotaUsed();
     return std::holds_alternative<QueueFull>(outcome) ? queueFull() : stopping();

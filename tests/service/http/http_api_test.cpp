@@ -126,6 +126,7 @@ TEST_F(HttpApiTest, AJobGoesFromQueuedToCompleted) {
     const Reply accepted = posted(kJobs, submitBody("high text.placeholder: TODO"));
     EXPECT_EQ(accepted.status, 202);
     const json body = json::parse(accepted.body);
+    EXPECT_EQ(body.at("keeps_work"), false); // as these tests set the queue up
     EXPECT_EQ(body.at("status"), "queued");
     const std::string id = body.at("job_id");
     m_critic->awaitArrivals(1);
