@@ -190,7 +190,7 @@ JobQueue::Cancelled JobQueue::cancel(const std::string& jobId) {
         if (const auto running = m_running.find(jobId); running != m_running.end()) {
             // Only asked: the critics see it between two steps, and the job ends as cancelled by
             // itself.
-            running->second.cancel.request_stop();
+            running->second.cancel.ask();
             return Cancelled::done;
         }
         const auto found = std::find_if(m_waiting.begin(), m_waiting.end(),
@@ -237,7 +237,7 @@ void JobQueue::work(bool warmsUp) {
         if (m_stopping) return;
         Waiting taken = takeFirst();
         const std::string id = taken.job.id;
-        const std::stop_token cancel = m_running[id].cancel.get_token();
+        const StopToken cancel = m_running[id].cancel.token();
         lock.unlock();
         grade(taken, cancel);
         lock.lock();
@@ -260,7 +260,7 @@ void JobQueue::forget(const Waiting& waiting) {
 }
 
 // Goes on until the job's end is on the disk: a full disk delays verdicts and loses none.
-void JobQueue::grade(Waiting& taken, const std::stop_token& cancel) {
+void JobQueue::grade(Waiting& taken, const StopToken& cancel) {
     const PendingJob& job = taken.job;
     bool told = false;
     bool begun = false;
@@ -288,7 +288,7 @@ void JobQueue::grade(Waiting& taken, const std::stop_token& cancel) {
     }
 }
 
-void JobQueue::gradeOnce(Waiting& taken, const std::stop_token& cancel) {
+void JobQueue::gradeOnce(Waiting& taken, const StopToken& cancel) {
     const std::string& jobId = taken.job.id;
     // A finish whose answer was lost, when the store failed after the commit.
     if (!m_store.isPending(jobId)) return; // already over
@@ -305,7 +305,7 @@ void JobQueue::gradeOnce(Waiting& taken, const std::stop_token& cancel) {
     }
 }
 
-void JobQueue::judgeJob(Waiting& taken, const std::stop_token& cancel) {
+void JobQueue::judgeJob(Waiting& taken, const StopToken& cancel) {
     const PendingJob& job = taken.job;
     if (!taken.request) {
         // The bytes were accepted once, but maybe by another version of this program with other
@@ -325,7 +325,7 @@ void JobQueue::judgeJob(Waiting& taken, const std::stop_token& cancel) {
 }
 
 std::optional<Iteration> JobQueue::verdict(const PendingJob& job, const Submission& work,
-                                           const std::stop_token& cancel) {
+                                           const StopToken& cancel) {
     auto critique = m_options.critic(work, cancel, [&](const GradingProgress& progress) {
         const std::lock_guard lock(m_mutex);
         if (const auto running = m_running.find(job.id); running != m_running.end()) {
@@ -340,7 +340,7 @@ std::optional<Iteration> JobQueue::verdict(const PendingJob& job, const Submissi
 }
 
 void JobQueue::judgeWork(const PendingJob& job, const SubmitRequest& request,
-                         const std::stop_token& cancel) {
+                         const StopToken& cancel) {
     const Submission& submission = request.submission;
     auto first = verdict(job, submission, cancel);
     if (!first) return;
@@ -356,7 +356,7 @@ void JobQueue::judgeWork(const PendingJob& job, const SubmitRequest& request,
 }
 
 void JobQueue::judgeRevision(const PendingJob& job, IterateRequest& request,
-                             const std::stop_token& cancel) {
+                             const StopToken& cancel) {
     const auto run = m_store.run(job.runId);
     if (!run) {
         m_store.failJob(job.id, "the run is gone", m_options.nowMs());

@@ -16,6 +16,7 @@
 
 #pragma once
 
+#include "critics/findings/stop.h"
 #include "critics/grading/grader.h"
 #include "service/store/job_status.h"
 #include "service/store/run_store.h"
@@ -30,7 +31,6 @@
 #include <map>
 #include <mutex>
 #include <optional>
-#include <stop_token>
 #include <string>
 #include <string_view>
 #include <thread>
@@ -63,7 +63,7 @@ struct QueueOptions {
 
     /// Judges one work; absent when it was cancelled. Called from as many threads as jobs are
     /// graded at once.
-    std::function<std::optional<Critique>(const Submission&, const std::stop_token& cancel,
+    std::function<std::optional<Critique>(const Submission&, const StopToken& cancel,
                                           const std::function<void(const GradingProgress&)>&)>
         critic;
     std::function<void()> warmUp;                ///< Runs once, on a worker, before the first job.
@@ -147,16 +147,14 @@ private:
     void work(bool warmsUp);
     [[nodiscard]] Waiting takeFirst();   // under m_mutex
     void forget(const Waiting& waiting); // its bytes; under m_mutex
-    void grade(Waiting& taken, const std::stop_token& cancel);
-    void gradeOnce(Waiting& taken, const std::stop_token& cancel);
-    void judgeJob(Waiting& taken, const std::stop_token& cancel);
-    void judgeWork(const PendingJob& job, const SubmitRequest& request,
-                   const std::stop_token& cancel);
-    void judgeRevision(const PendingJob& job, IterateRequest& request,
-                       const std::stop_token& cancel);
+    void grade(Waiting& taken, const StopToken& cancel);
+    void gradeOnce(Waiting& taken, const StopToken& cancel);
+    void judgeJob(Waiting& taken, const StopToken& cancel);
+    void judgeWork(const PendingJob& job, const SubmitRequest& request, const StopToken& cancel);
+    void judgeRevision(const PendingJob& job, IterateRequest& request, const StopToken& cancel);
     /// The verdict on the work; absent when the job was cancelled, which is then on the disk.
     [[nodiscard]] std::optional<Iteration> verdict(const PendingJob& job, const Submission& work,
-                                                   const std::stop_token& cancel);
+                                                   const StopToken& cancel);
     [[nodiscard]] KeptWork toKeep(const Submission& work) const;
     void tidy();
     void log(const std::string& line) const;
@@ -171,7 +169,7 @@ private:
     std::uint64_t m_heldBytes = 0; // of the bodies whose request waits here too
     /// A job that is being graded.
     struct Running {
-        std::stop_source cancel;
+        StopSource cancel;
         GradingProgress progress;
     };
     std::map<std::string, Running> m_running; // by id of the job
