@@ -6,10 +6,12 @@
 # are taken from this system, whose copies are the same, and nothing can be linked against them:
 # build libraries, and link what uses the system's own frameworks. scripts/check-macos-link does it.
 
-# Read once more after project(): a library that stands in /usr/include must not bring that folder.
+# Read once more after project(): a library that stands in /usr/include must not bring that folder,
+# nor the one of this processor's headers below it.
 set(CMAKE_PROJECT_INCLUDE ${CMAKE_CURRENT_LIST_FILE})
+file(GLOB own_headers /usr/include/*-linux-gnu)
 if(CMAKE_CXX_COMPILER_LOADED)
-  list(APPEND CMAKE_CXX_IMPLICIT_INCLUDE_DIRECTORIES /usr/include)
+  list(APPEND CMAKE_CXX_IMPLICIT_INCLUDE_DIRECTORIES /usr/include ${own_headers})
   # What a distribution adds to its copy of a library needs headers that are not portable.
   foreach(addition OPENSSL BROTLI ZLIB)
     string(REPLACE " -o <OBJECT>" " -UCPPHTTPLIB_${addition}_SUPPORT -o <OBJECT>"
@@ -48,16 +50,33 @@ execute_process(COMMAND ${CMAKE_CXX_COMPILER} -print-resource-dir
 set(portable ${CMAKE_BINARY_DIR}/portable-headers)
 foreach(header nlohmann utf8proc.h boost nettle png.h pngconf.h pnglibconf.h libpng16 re2 sqlite3.h
     zconf.h zlib.h cmark-gfm.h cmark-gfm_export.h cmark-gfm_version.h cmark-gfm-core-extensions.h
-    cmark-gfm-extension_api.h cmark-gfm-extensions_export.h)
-  if(EXISTS /usr/include/${header} AND NOT EXISTS ${portable}/${header})
-    file(MAKE_DIRECTORY ${portable})
-    file(CREATE_LINK /usr/include/${header} ${portable}/${header} SYMBOLIC)
-  endif()
+    cmark-gfm-extension_api.h cmark-gfm-extensions_export.h curl tree_sitter tesseract leptonica
+    pugixml.hpp pugiconfig.hpp zip.h zipconf.h)
+  foreach(folder /usr/include ${own_headers})
+    if(EXISTS ${folder}/${header} AND NOT EXISTS ${portable}/${header})
+      file(MAKE_DIRECTORY ${portable})
+      file(CREATE_LINK ${folder}/${header} ${portable}/${header} SYMBOLIC)
+    endif()
+  endforeach()
+endforeach()
+# This library keeps its headers in two folders.
+file(MAKE_DIRECTORY ${portable}/openssl)
+foreach(folder /usr/include ${own_headers})
+  file(GLOB headers ${folder}/openssl/*.h)
+  foreach(header IN LISTS headers)
+    cmake_path(GET header FILENAME name)
+    if(NOT EXISTS ${portable}/openssl/${name})
+      file(CREATE_LINK ${header} ${portable}/openssl/${name} SYMBOLIC)
+    endif()
+  endforeach()
 endforeach()
 string(CONCAT flags "-nostdinc -isystem ${resources}/include -isystem ${MACOS_SDK}/include "
   "-iframework ${MACOS_SDK}/Frameworks -isystem ${portable}")
 set(CMAKE_C_FLAGS_INIT "${flags}")
-set(CMAKE_CXX_FLAGS_INIT "-nostdinc++ -isystem ${MACOS_SDK}/include/c++/v1 ${flags}")
+# This system's Boost may be older than what macOS's packages have, and asks for a std::result_of that
+# libc++ has no more.
+set(CMAKE_CXX_FLAGS_INIT
+  "-nostdinc++ -isystem ${MACOS_SDK}/include/c++/v1 ${flags} -DBOOST_ASIO_HAS_STD_INVOKE_RESULT=1")
 list(APPEND CMAKE_FRAMEWORK_PATH ${MACOS_SDK}/Frameworks)
 
 # Found without being looked for: there are headers for them, and no library to link.

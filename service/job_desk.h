@@ -8,6 +8,7 @@
 
 #pragma once
 
+#include "critics/findings/stop.h"
 #include "critics/grading/grader.h"
 #include "service/store/job_status.h"
 #include "service/store/run_store.h"
@@ -19,7 +20,6 @@
 #include <cstdint>
 #include <functional>
 #include <optional>
-#include <stop_token>
 #include <string>
 #include <string_view>
 #include <variant>
@@ -45,7 +45,7 @@ struct QueueOptions {
 
     /// Judges one work; absent when it was cancelled. Called from as many threads as jobs are
     /// graded at once.
-    std::function<std::optional<Critique>(const Submission&, const std::stop_token& cancel,
+    std::function<std::optional<Critique>(const Submission&, const StopToken& cancel,
                                           const std::function<void(const GradingProgress&)>&)>
         critic;
     std::function<void()> warmUp;                ///< Runs once, on a worker, before the first job.

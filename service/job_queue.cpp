@@ -168,7 +168,7 @@ JobQueue::Cancelled JobQueue::cancel(const std::string& jobId) {
         if (const auto running = m_running.find(jobId); running != m_running.end()) {
             // Only asked: the critics see it between two steps, and the job ends as cancelled by
             // itself.
-            running->second.cancel.request_stop();
+            running->second.cancel.ask();
             return Cancelled::done;
         }
         const auto found = std::find_if(m_waiting.begin(), m_waiting.end(),
@@ -215,7 +215,7 @@ void JobQueue::work(bool warmsUp) {
         if (m_stopping) return;
         Waiting taken = takeFirst();
         const std::string id = taken.job.id;
-        const std::stop_token cancel = m_running[id].cancel.get_token();
+        const StopToken cancel = m_running[id].cancel.token();
         lock.unlock();
         grade(taken, cancel);
         lock.lock();
@@ -238,7 +238,7 @@ void JobQueue::forget(const Waiting& waiting) {
 }
 
 // Goes on until the job's end is on the disk: a full disk delays verdicts and loses none.
-void JobQueue::grade(Waiting& taken, const std::stop_token& cancel) {
+void JobQueue::grade(Waiting& taken, const StopToken& cancel) {
     const PendingJob& job = taken.job;
     bool told = false;
     bool begun = false;
@@ -263,7 +263,7 @@ void JobQueue::grade(Waiting& taken, const std::stop_token& cancel) {
     }
 }
 
-void JobQueue::gradeOnce(Waiting& taken, const std::stop_token& cancel) {
+void JobQueue::gradeOnce(Waiting& taken, const StopToken& cancel) {
     const std::string& jobId = taken.job.id;
     // A finish whose answer was lost, when the store failed after the commit.
     if (!m_store.isPending(jobId)) return; // already over

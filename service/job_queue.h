@@ -24,7 +24,6 @@
 #include <map>
 #include <mutex>
 #include <optional>
-#include <stop_token>
 #include <string>
 #include <string_view>
 #include <thread>
@@ -65,8 +64,8 @@ private:
     void work(bool warmsUp);
     [[nodiscard]] Waiting takeFirst();   // under m_mutex
     void forget(const Waiting& waiting); // its bytes; under m_mutex
-    void grade(Waiting& taken, const std::stop_token& cancel);
-    void gradeOnce(Waiting& taken, const std::stop_token& cancel);
+    void grade(Waiting& taken, const StopToken& cancel);
+    void gradeOnce(Waiting& taken, const StopToken& cancel);
     void tidy();
     void log(const std::string& line) const;
 
@@ -80,7 +79,7 @@ private:
     std::uint64_t m_heldBytes = 0; // of the bodies whose request waits here too
     /// A job that is being graded.
     struct Running {
-        std::stop_source cancel;
+        StopSource cancel;
         GradingProgress progress;
     };
     std::map<std::string, Running> m_running; // by id of the job

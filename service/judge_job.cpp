@@ -46,7 +46,7 @@ struct Job {
     RunStore& store;
     const QueueOptions& options;
     const PendingJob& job;
-    const std::stop_token& cancel;
+    const StopToken& cancel;
     const std::function<void(const GradingProgress&)>& progress;
 
     /// Absent when the critics gave up.
@@ -114,7 +114,7 @@ std::string endedTooOften() {
 }
 
 bool judgeJob(RunStore& store, const QueueOptions& options, const PendingJob& job,
-              std::optional<JobRequest>& request, const std::stop_token& cancel,
+              std::optional<JobRequest>& request, const StopToken& cancel,
               const std::function<void(const GradingProgress&)>& progress) {
     const Job whole{store, options, job, cancel, progress};
     try {

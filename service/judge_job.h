@@ -9,7 +9,6 @@
 
 #include <functional>
 #include <optional>
-#include <stop_token>
 #include <string>
 
 namespace trevix {
@@ -33,7 +32,7 @@ constexpr const char* kCancelled = "the job was cancelled";
 /// when the critics gave up because `cancel` was asked for: then nothing is written. Throws
 /// StoreError, after which the job may be judged again.
 [[nodiscard]] bool judgeJob(RunStore& store, const QueueOptions& options, const PendingJob& job,
-                            std::optional<JobRequest>& request, const std::stop_token& cancel,
+                            std::optional<JobRequest>& request, const StopToken& cancel,
                             const std::function<void(const GradingProgress&)>& progress);
 
 } // namespace trevix

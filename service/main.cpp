@@ -1,4 +1,5 @@
 #include "critics/engines/engine_list.h"
+#include "critics/findings/stop.h"
 #include "critics/grading/machine_grader.h"
 #include "critics/servers/server_engines.h"
 #include "service/http/http_api.h"
@@ -29,7 +30,6 @@
 #include <functional>
 #include <mutex>
 #include <optional>
-#include <stop_token>
 #include <string>
 #include <string_view>
 #include <system_error>
@@ -135,16 +135,21 @@ void endWithParent() {
 }
 
 // Ends the service once it has had nothing to do for long enough.
-std::jthread endWhenIdle(std::chrono::seconds limit, HttpServer& server, const JobDesk& queue) {
-    return std::jthread([limit, &server, &queue](const std::stop_token& stop) {
+StoppableThread endWhenIdle(std::chrono::seconds limit, HttpServer& server, const JobDesk& queue) {
+    return StoppableThread([limit, &server, &queue](const StopToken& stop) {
         std::mutex mutex;
-        std::condition_variable_any never;
+        std::condition_variable woken;
+        // Under the lock, or the word would be missed between the look and the wait.
+        const StopCallback wake(stop, [&] {
+            const std::lock_guard lock(mutex);
+            woken.notify_all();
+        });
         const auto now = [] { return std::chrono::steady_clock::now(); };
         IdleWatch watch(limit, now());
         std::unique_lock lock(mutex);
-        while (!stop.stop_requested()) {
-            never.wait_for(lock, stop, watch.period(), [] { return false; });
-            if (stop.stop_requested()) return;
+        while (!stop.isAsked()) {
+            woken.wait_for(lock, watch.period(), [&] { return stop.isAsked(); });
+            if (stop.isAsked()) return;
             if (!watch.isOver(now(), server.connectionsTaken(), !queue.isIdle())) continue;
             if (server.closeIfQuiet([&queue] { return queue.isIdle(); })) return endOurselves();
             watch.restart(now());
@@ -255,7 +260,7 @@ int serve(const CommandLine& line, const fs::path& self, const fs::path& data,
     queueOptions.keep = std::chrono::hours(24) * line.keepDays;
     queueOptions.keepWork = std::chrono::hours(24) * line.keepWorkDays;
     queueOptions.atOnce = judges ? kJobsAtOnce : 0;
-    queueOptions.critic = [&](const Submission& submission, const std::stop_token& cancel,
+    queueOptions.critic = [&](const Submission& submission, const StopToken& cancel,
                               const std::function<void(const GradingProgress&)>& progress) {
         return critics.grader().grade(submission, cancel, progress);
     };
@@ -320,7 +325,7 @@ int serve(const CommandLine& line, const fs::path& self, const fs::path& data,
     std::fflush(stdout);
 
     if (line.withParent) endWithParent();
-    std::jthread idle;
+    StoppableThread idle;
     if (line.idleExit > 0) idle = endWhenIdle(std::chrono::seconds(line.idleExit), server, queue);
 
     awaitEnd(signals);

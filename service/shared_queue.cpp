@@ -24,7 +24,7 @@ SharedQueue::SharedQueue(SharedStore& store, QueueOptions options, SharingOption
       m_name(randomName("worker_", 8)) {
     m_store.listen([this](const StoreNews& news) { hear(news); });
     if (m_options.atOnce == 0) return;
-    m_keeper = std::jthread([this](const std::stop_token& stop) { keepLeases(stop); });
+    m_keeper = StoppableThread([this](const StopToken& stop) { keepLeases(stop); });
     m_workers.emplace_back([this] {
         try {
             m_options.warmUp();
@@ -207,10 +207,7 @@ void SharedQueue::stop() {
         if (worker.joinable()) worker.join();
     }
     // After them: while a last job is judged its lease is renewed.
-    if (m_keeper.joinable()) {
-        m_keeper.request_stop();
-        m_keeper.join();
-    }
+    m_keeper = {};
     m_store.listen({});
 }
 
@@ -253,7 +250,7 @@ void SharedQueue::judgeTaken(const TakenJob& taken) {
         const std::lock_guard lock(m_mutex);
         Held& held = m_held[job.id];
         // Before anything is judged: who gave it up was told that it will not be.
-        if (taken.isCancelled) held.cancel.request_stop();
+        if (taken.isCancelled) held.cancel.ask();
     }
     judgeUntilWritten(job);
     const std::lock_guard lock(m_mutex);
@@ -269,9 +266,9 @@ void SharedQueue::judgeUntilWritten(const PendingJob& job) {
         const std::lock_guard lock(m_mutex);
         return m_held.at(job.id).isLost;
     };
-    const std::stop_token cancel = [&] {
+    const StopToken cancel = [&] {
         const std::lock_guard lock(m_mutex);
-        return m_held.at(job.id).cancel.get_token();
+        return m_held.at(job.id).cancel.token();
     }();
     while (true) {
         try {
@@ -282,14 +279,14 @@ void SharedQueue::judgeUntilWritten(const PendingJob& job) {
             // A finish whose answer was lost, or another program was faster.
             if (isLost() || !m_store.isPending(job.id)) return;
             const bool ended =
-                !cancel.stop_requested() && judgeJob(m_store, m_options, job, request, cancel,
-                                                     [&](const GradingProgress& progress) {
-                                                         const std::lock_guard lock(m_mutex);
-                                                         Held& held = m_held.at(job.id);
-                                                         held.progress = progress;
-                                                         held.hasNews = true;
-                                                         m_leases.notify_all();
-                                                     });
+                !cancel.isAsked() && judgeJob(m_store, m_options, job, request, cancel,
+                                              [&](const GradingProgress& progress) {
+                                                  const std::lock_guard lock(m_mutex);
+                                                  Held& held = m_held.at(job.id);
+                                                  held.progress = progress;
+                                                  held.hasNews = true;
+                                                  m_leases.notify_all();
+                                              });
             // Who lost it has no say any more in what becomes of it.
             if (!ended && !isLost()) m_store.failJob(job.id, kCancelled, m_options.nowMs());
             return;
@@ -303,22 +300,28 @@ void SharedQueue::judgeUntilWritten(const PendingJob& job) {
     }
 }
 
-void SharedQueue::keepLeases(const std::stop_token& stop) {
+void SharedQueue::keepLeases(const StopToken& stop) {
+    // Under the lock, or the word would be missed between the look and the wait.
+    const StopCallback wake(stop, [this] {
+        const std::lock_guard lock(m_mutex);
+        m_leases.notify_all();
+    });
     std::unique_lock lock(m_mutex);
     m_nextRenewal = steadyNow();
     auto lastRound = steadyNow() - m_sharing.progressEvery;
-    while (!stop.stop_requested()) {
+    while (!stop.isAsked()) {
         const auto somethingToTell = [this] {
             return m_hasChangedReady ||
                    std::any_of(m_held.begin(), m_held.end(), [](const auto& each) {
                        return each.second.hasNews || each.second.wasCancelled;
                    });
         };
-        m_leases.wait_until(lock, stop, m_nextRenewal, somethingToTell);
+        m_leases.wait_until(lock, m_nextRenewal,
+                            [&] { return stop.isAsked() || somethingToTell(); });
         // However fast the critics go on, and however many jobs are judged here.
-        if (!stop.stop_requested()) {
-            m_leases.wait_until(lock, stop, lastRound + m_sharing.progressEvery, [this] {
-                return m_hasChangedReady ||
+        if (!stop.isAsked()) {
+            m_leases.wait_until(lock, lastRound + m_sharing.progressEvery, [&] {
+                return stop.isAsked() || m_hasChangedReady ||
                        std::any_of(m_held.begin(), m_held.end(),
                                    [](const auto& each) { return each.second.wasCancelled; });
             });
@@ -362,7 +365,7 @@ void SharedQueue::renewAll(std::chrono::steady_clock::time_point now) {
             const auto found = m_held.find(id);
             if (lease == Lease::held || found == m_held.end()) continue;
             found->second.isLost = lease == Lease::lost;
-            found->second.cancel.request_stop();
+            found->second.cancel.ask();
         }
     } catch (const StoreError&) {
         // Who judges is told by the store when a verdict cannot be written; the next renewal may

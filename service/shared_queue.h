@@ -22,7 +22,6 @@
 #include <mutex>
 #include <optional>
 #include <set>
-#include <stop_token>
 #include <string>
 #include <thread>
 #include <variant>
@@ -76,7 +75,7 @@ private:
 
     /// A job that this program judges.
     struct Held {
-        std::stop_source cancel;
+        StopSource cancel;
         GradingProgress progress;
         bool isLost = false;       ///< Another program has it, or it is over.
         bool hasNews = false;      ///< The progress was not told yet.
@@ -89,7 +88,7 @@ private:
     void work();
     void judgeTaken(const TakenJob& taken);
     void judgeUntilWritten(const PendingJob& job);
-    void keepLeases(const std::stop_token& stop);
+    void keepLeases(const StopToken& stop);
     void renewAll(std::chrono::steady_clock::time_point now);
     void tidyWhenDue();
     void log(const std::string& line) const;
@@ -101,7 +100,7 @@ private:
 
     mutable std::mutex m_mutex;
     std::condition_variable m_changed;     // news came, or stop
-    std::condition_variable_any m_leases;  // what is held changed
+    std::condition_variable m_leases;      // what is held changed
     std::uint64_t m_news = 0;              // how often there may be something to take
     std::map<std::string, bool> m_awaited; // jobs that somebody here waits for, and whether to look
     std::map<std::string, Held> m_held;    // by id of the job
@@ -114,7 +113,7 @@ private:
 
     std::mutex m_joining;
     std::vector<std::thread> m_workers;
-    std::jthread m_keeper;
+    StoppableThread m_keeper;
 };
 
 } // namespace trevix

@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <condition_variable>
-#include <stop_token>
 #include <utility>
 
 namespace trevix {
@@ -58,13 +57,18 @@ bool RequestBudget::take(std::int64_t perMinute, std::int64_t nowMs) {
 
 TeamKeys::TeamKeys(SharedStore& store, std::chrono::milliseconds every) : m_store(store) {
     reread();
-    m_rereads = std::jthread([this, every](const std::stop_token& stop) {
+    m_rereads = StoppableThread([this, every](const StopToken& stop) {
         std::mutex mutex;
-        std::condition_variable_any never;
+        std::condition_variable woken;
+        // Under the lock, or the word would be missed between the look and the wait.
+        const StopCallback wake(stop, [&] {
+            const std::lock_guard lock(mutex);
+            woken.notify_all();
+        });
         std::unique_lock lock(mutex);
-        while (!stop.stop_requested()) {
-            never.wait_for(lock, stop, every, [] { return false; });
-            if (stop.stop_requested()) return;
+        while (!stop.isAsked()) {
+            woken.wait_for(lock, every, [&] { return stop.isAsked(); });
+            if (stop.isAsked()) return;
             try {
                 reread();
             } catch (const StoreError&) {

@@ -6,6 +6,7 @@
 
 #pragma once
 
+#include "critics/findings/stop.h"
 #include "service/setup/keys_command.h"
 #include "service/store/shared_store.h"
 #include "service/store/team_key.h"
@@ -18,7 +19,6 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <thread>
 
 namespace trevix {
 
@@ -60,7 +60,7 @@ private:
     // What the database's clock said, and when that was: its hour counts, and is not asked for.
     std::int64_t m_readMs = 0;
     std::chrono::steady_clock::time_point m_readAt;
-    std::jthread m_rereads;
+    StoppableThread m_rereads;
 };
 
 /// What the keys' command printed, and how it ended.

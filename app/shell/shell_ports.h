@@ -104,7 +104,6 @@ public:
     /// Whether it was opened by the very click that is being handled now: the second half of a
     /// double one is no wish to close it.
     [[nodiscard]] virtual bool openedByThisClick() const = 0;
-    /// While a question of this program waits for its answer, that comes forward instead.
     virtual void show(const PopoverAnchor& anchor) = 0;
     /// Gives the popover the keyboard. Only when shown.
     virtual void makeKey() = 0;

@@ -11,13 +11,13 @@
 #include "critics/engines/work_file.h"
 #include "critics/findings/critique.h"
 #include "critics/findings/rule.h"
+#include "critics/findings/stop.h"
 #include "critics/worker/child_process.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <span>
-#include <stop_token>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -116,7 +116,7 @@ public:
     /// What `engine`, an id of `enginesFor`, makes of it. An engine that does not end well is a gap
     /// in the coverage. Blocks; any thread, several at once.
     [[nodiscard]] virtual Critique look(std::string_view engine, const Part& part,
-                                        std::string_view modality, std::stop_token cancel) = 0;
+                                        std::string_view modality, StopToken cancel) = 0;
 
     /// Gaps for engines that would read this part and are not here or of no use, with how to get
     /// them. `dropAnswered` takes away those that somebody else filled.

@@ -26,7 +26,7 @@ public:
     }
 
     [[nodiscard]] Critique look(std::string_view engine, const Part& part,
-                                std::string_view modality, std::stop_token cancel) override {
+                                std::string_view modality, StopToken cancel) override {
         for (EngineRoom* room : m_rooms) {
             const auto ids = room->enginesFor(part, modality);
             if (std::ranges::find(ids, engine) == ids.end()) continue;

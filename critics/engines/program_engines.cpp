@@ -48,8 +48,8 @@ const InstalledEngine& ProgramEngines::installed(std::size_t number) const {
     return place.engine;
 }
 
-void ProgramEngines::probe(const std::stop_token& stop) const {
-    for (std::size_t i = 0; i < m_table.size() && !stop.stop_requested(); ++i) {
+void ProgramEngines::probe(const StopToken& stop) const {
+    for (std::size_t i = 0; i < m_table.size() && !stop.isAsked(); ++i) {
         static_cast<void>(installed(i));
     }
 }
@@ -67,7 +67,7 @@ std::vector<std::string> ProgramEngines::enginesFor(const Part& part,
 }
 
 Critique ProgramEngines::look(std::string_view engine, const Part& part, std::string_view modality,
-                              std::stop_token cancel) {
+                              StopToken cancel) {
     const auto entry = std::ranges::find(m_table, engine, &EngineEntry::id);
     if (entry == m_table.end() || part.text.size() > kLongestForPrograms) return {};
     const auto file = fileFor(*entry, part, modality);

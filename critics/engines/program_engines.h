@@ -7,11 +7,11 @@
 
 #include "critics/engines/engine.h"
 #include "critics/engines/program_finder.h"
+#include "critics/findings/stop.h"
 #include "critics/worker/child_process.h"
 
 #include <mutex>
 #include <span>
-#include <stop_token>
 #include <vector>
 
 namespace trevix {
@@ -29,7 +29,7 @@ public:
     [[nodiscard]] std::vector<std::string> enginesFor(const Part& part,
                                                       std::string_view modality) const override;
     [[nodiscard]] Critique look(std::string_view engine, const Part& part,
-                                std::string_view modality, std::stop_token cancel) override;
+                                std::string_view modality, StopToken cancel) override;
     [[nodiscard]] std::vector<NotChecked> absentFor(const Part& part,
                                                     std::string_view modality) const override;
     [[nodiscard]] int usualMilliseconds(std::string_view engine) const override;
@@ -39,7 +39,7 @@ public:
 
     /// Finds out now what is here, so that the first work need not wait for it. Some seconds; may
     /// run beside everything else. Ends early when it is asked to.
-    void probe(const std::stop_token& stop) const;
+    void probe(const StopToken& stop) const;
 
 private:
     struct Place {

@@ -176,7 +176,7 @@ NotChecked Grader::notAsked(std::string who) const {
 }
 
 std::vector<Critique> Grader::askCritics(const Submission& submission, Until enough,
-                                         const std::stop_token& cancel) const {
+                                         const StopToken& cancel) const {
     ChildRequest request = m_options.worker;
     request.input = encode(submission);
     const ChildResult first = m_runner.run(request, cancel);
@@ -185,12 +185,12 @@ std::vector<Critique> Grader::askCritics(const Submission& submission, Until eno
     std::vector<Critique> critiques = critiquesIn(first.output);
     const bool well = first.end == ChildResult::End::exited && first.status == 0;
     // A bad end after the last part has cost nothing: then the loop below has nothing to do.
-    if (cancel.stop_requested() || (well && !critiques.empty())) return critiques;
+    if (cancel.isAsked() || (well && !critiques.empty())) return critiques;
     // The part that it ended on, and those behind it, without the readers that may be to blame.
     request.arguments.push_back(m_options.ownReadersOption);
     // A submission without parts is judged as well, and its only critique says that it is empty.
     const std::size_t parts = std::max<std::size_t>(submission.parts.size(), 1);
-    for (std::size_t i = critiques.size(); i < parts && !cancel.stop_requested(); ++i) {
+    for (std::size_t i = critiques.size(); i < parts && !cancel.isAsked(); ++i) {
         if (isEnough(enough)) {
             Critique none;
             none.coverage.missed(notAsked(m_options.workerName));
@@ -219,7 +219,7 @@ std::vector<Critique> Grader::askCritics(const Submission& submission, Until eno
 }
 
 std::optional<Critique>
-Grader::grade(const Submission& submission, std::stop_token cancel,
+Grader::grade(const Submission& submission, StopToken cancel,
               const std::function<void(const GradingProgress&)>& progress) const {
     // Each task writes to its own place in one of these, so they share no lock. None may grow once
     // the tasks are made.
@@ -266,7 +266,7 @@ Grader::grade(const Submission& submission, std::stop_token cancel,
     Shift(std::move(tasks), progress).run(m_options.atOnce);
     // Work comes in bursts: the next finds its judge with the dictionaries open.
     m_runner.expect(m_options.worker);
-    if (cancel.stop_requested()) return std::nullopt;
+    if (cancel.isAsked()) return std::nullopt;
 
     for (auto& [part, critique] : looked) mergeCritique(foreign[part], std::move(critique));
     Critique whole;

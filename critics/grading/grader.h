@@ -11,13 +11,13 @@
 #include "critics/engines/engine.h"
 #include "critics/findings/critique.h"
 #include "critics/findings/progress.h"
+#include "critics/findings/stop.h"
 #include "critics/worker/child_process.h"
 
 #include <chrono>
 #include <cstddef>
 #include <functional>
 #include <optional>
-#include <stop_token>
 #include <string>
 #include <vector>
 
@@ -47,14 +47,14 @@ public:
     /// Blocks. `progress`, if any, is called from several threads, one at a time. Absent when it
     /// was cancelled.
     [[nodiscard]] std::optional<Critique>
-    grade(const Submission& submission, std::stop_token cancel,
+    grade(const Submission& submission, StopToken cancel,
           const std::function<void(const GradingProgress&)>& progress) const;
 
 private:
     using Until = std::chrono::steady_clock::time_point;
 
     [[nodiscard]] std::vector<Critique> askCritics(const Submission& submission, Until enough,
-                                                   const std::stop_token& cancel) const;
+                                                   const StopToken& cancel) const;
     [[nodiscard]] bool isEnough(Until enough) const { return m_options.now() >= enough; }
     [[nodiscard]] NotChecked notAsked(std::string who) const;
 
@@ -72,7 +72,7 @@ private:
 class NoEngines : public EngineRoom {
 public:
     std::vector<std::string> enginesFor(const Part&, std::string_view) const override { return {}; }
-    Critique look(std::string_view, const Part&, std::string_view, std::stop_token) override {
+    Critique look(std::string_view, const Part&, std::string_view, StopToken) override {
         return {};
     }
     std::vector<NotChecked> absentFor(const Part&, std::string_view) const override { return {}; }

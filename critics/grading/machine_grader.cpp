@@ -4,6 +4,7 @@
 #include "critics/engines/engine_table.h"
 #include "critics/engines/joined_engines.h"
 #include "critics/engines/program_engines.h"
+#include "critics/findings/stop.h"
 #include "critics/inside_engines.h"
 #include "critics/servers/curl_servers.h"
 #include "critics/worker/posix_child_runner.h"
@@ -100,7 +101,7 @@ struct MachineGrader::Parts {
     ServerEngines servers;
     JoinedEngines engines;
     Grader grader;
-    std::jthread prober; // Ends before what it asks.
+    StoppableThread prober; // Ends before what it asks.
 };
 
 MachineGrader::MachineGrader(const MachinePlaces& places)
@@ -115,7 +116,7 @@ const Grader& MachineGrader::grader() const {
 void MachineGrader::probe() {
     // Assigning stops and waits for the one before, if it is asked twice.
     m_parts->prober =
-        std::jthread([this](const std::stop_token& stop) { m_parts->programs.probe(stop); });
+        StoppableThread([this](const StopToken& stop) { m_parts->programs.probe(stop); });
 }
 
 std::vector<EngineInfo> MachineGrader::engines() const {

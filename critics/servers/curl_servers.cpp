@@ -1,13 +1,15 @@
 #include "critics/servers/curl_servers.h"
 
+#include "critics/findings/stop.h"
+
 #include <algorithm>
 #include <memory>
 #include <mutex>
-#include <stop_token>
 #include <string>
 
 #include <arpa/inet.h>
 #include <curl/curl.h>
+#include <fcntl.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -70,7 +72,11 @@ bool isOfThisMachine(const curl_sockaddr& address) {
 /// says.
 curl_socket_t openHere(void*, curlsocktype, curl_sockaddr* address) {
     if (!isOfThisMachine(*address)) return CURL_SOCKET_BAD;
-    return socket(address->family, address->socktype | SOCK_CLOEXEC, address->protocol);
+    const int made = socket(address->family, address->socktype, address->protocol);
+    // Not every system does it with the call itself. The moment between harms nobody: a child
+    // closes all but its standard descriptors before anything else runs.
+    if (made >= 0) fcntl(made, F_SETFD, FD_CLOEXEC);
+    return made;
 }
 
 End endOf(CURLcode code, const Received& received) {
@@ -97,7 +103,7 @@ public:
         std::call_once(once, [] { curl_global_init(CURL_GLOBAL_DEFAULT); });
     }
 
-    ServerAnswer ask(const ServerRequest& request, std::stop_token cancel) override {
+    ServerAnswer ask(const ServerRequest& request, StopToken cancel) override {
         const Easy easy(curl_easy_init());
         const Multi multi;
         if (!easy || multi.handle == nullptr) return {};
@@ -145,9 +151,9 @@ public:
         curl_multi_add_handle(multi.handle, easy.get());
         CURLcode code = CURLE_RECV_ERROR;
         {
-            const std::stop_callback wake(cancel, [&] { curl_multi_wakeup(multi.handle); });
+            const StopCallback wake(cancel, [&] { curl_multi_wakeup(multi.handle); });
             int running = 1;
-            while (running != 0 && !cancel.stop_requested()) {
+            while (running != 0 && !cancel.isAsked()) {
                 if (curl_multi_perform(multi.handle, &running) != CURLM_OK) break;
                 if (running != 0) curl_multi_poll(multi.handle, nullptr, 0, kWaitMs, nullptr);
             }
@@ -163,7 +169,7 @@ public:
         long status = 0;
         curl_easy_getinfo(easy.get(), CURLINFO_RESPONSE_CODE, &status);
         curl_multi_remove_handle(multi.handle, easy.get());
-        answer.end = cancel.stop_requested() ? End::cancelled : endOf(code, received);
+        answer.end = cancel.isAsked() ? End::cancelled : endOf(code, received);
         answer.status = static_cast<int>(status);
         answer.body = std::move(received.body);
         return answer;

@@ -4,13 +4,13 @@
 
 namespace trevix {
 
-ServerAnswer FakeServers::ask(const ServerRequest& request, std::stop_token cancel) {
+ServerAnswer FakeServers::ask(const ServerRequest& request, StopToken cancel) {
     {
         const std::lock_guard lock(m_mutex);
         m_requests.push_back(request);
     }
     ServerAnswer made = answer ? answer(request) : ServerAnswer{};
-    if (cancel.stop_requested()) return {ServerAnswer::End::cancelled, 0, "", made.took};
+    if (cancel.isAsked()) return {ServerAnswer::End::cancelled, 0, "", made.took};
     if (made.took > request.time) return {ServerAnswer::End::outOfTime, 0, "", request.time};
     if (made.body.size() > request.mostBytes) {
         return {ServerAnswer::End::tooMuch, made.status, made.body.substr(0, request.mostBytes),

@@ -6,13 +6,13 @@
 
 #pragma once
 
+#include "critics/findings/stop.h"
 #include "critics/servers/server_address.h"
 
 #include <chrono>
 #include <cstddef>
 #include <functional>
 #include <mutex>
-#include <stop_token>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -54,8 +54,7 @@ public:
     virtual ~OwnServers() = default;
 
     /// Blocks. `cancel` ends it at once. Connecting takes at most two seconds of its time.
-    [[nodiscard]] virtual ServerAnswer ask(const ServerRequest& request,
-                                           std::stop_token cancel) = 0;
+    [[nodiscard]] virtual ServerAnswer ask(const ServerRequest& request, StopToken cancel) = 0;
 };
 
 /// Servers whose answers a test names.
@@ -65,7 +64,7 @@ public:
     /// allows is cut and too much; what took longer than it allows is out of time.
     std::function<ServerAnswer(const ServerRequest&)> answer;
 
-    [[nodiscard]] ServerAnswer ask(const ServerRequest& request, std::stop_token cancel) override;
+    [[nodiscard]] ServerAnswer ask(const ServerRequest& request, StopToken cancel) override;
 
     /// The requests so far, in their order.
     [[nodiscard]] std::vector<ServerRequest> requests() const;

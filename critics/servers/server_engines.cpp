@@ -1,6 +1,7 @@
 #include "critics/servers/server_engines.h"
 
 #include "critics/findings/part_kind.h"
+#include "critics/findings/stop.h"
 #include "critics/servers/language_tool.h"
 #include "text/unicode.h"
 
@@ -98,7 +99,7 @@ int ServerEngines::usualMilliseconds(std::string_view engine) const {
 }
 
 Critique ServerEngines::look(std::string_view engine, const Part& part, std::string_view modality,
-                             std::stop_token cancel) {
+                             StopToken cancel) {
     const WorkKind kind = kindOf(part, text::lowerAscii(modality));
     if (engine == kModel && m_choices.model && isWritten(kind)) {
         return reviewed(part, kind, std::move(cancel));
@@ -112,10 +113,16 @@ Critique ServerEngines::look(std::string_view engine, const Part& part, std::str
     return {};
 }
 
-Critique ServerEngines::reviewed(const Part& part, WorkKind kind, std::stop_token cancel) {
+Critique ServerEngines::reviewed(const Part& part, WorkKind kind, StopToken cancel) {
     {
+        // Under the lock, or the word would be missed between the look and the wait.
+        const StopCallback wake(cancel, [this] {
+            const std::lock_guard lock(m_mutex);
+            m_free.notify_all();
+        });
         std::unique_lock lock(m_mutex);
-        if (!m_free.wait(lock, cancel, [this] { return !m_asking; })) return {};
+        m_free.wait(lock, [&] { return !m_asking || cancel.isAsked(); });
+        if (m_asking) return {};
         m_asking = true;
     }
     std::vector<ModelWindow> windows = modelWindowsOf(part.text);

@@ -46,7 +46,7 @@ public:
     [[nodiscard]] std::vector<std::string> enginesFor(const Part& part,
                                                       std::string_view modality) const override;
     [[nodiscard]] Critique look(std::string_view engine, const Part& part,
-                                std::string_view modality, std::stop_token cancel) override;
+                                std::string_view modality, StopToken cancel) override;
     /// Only of what the user asked for and the part is not fit for.
     [[nodiscard]] std::vector<NotChecked> absentFor(const Part& part,
                                                     std::string_view modality) const override;
@@ -58,12 +58,12 @@ public:
     [[nodiscard]] std::vector<EngineInfo> list() const;
 
 private:
-    [[nodiscard]] Critique reviewed(const Part& part, WorkKind kind, std::stop_token cancel);
+    [[nodiscard]] Critique reviewed(const Part& part, WorkKind kind, StopToken cancel);
 
     const ServerChoices m_choices;
     OwnServers& m_servers;
     std::mutex m_mutex;
-    std::condition_variable_any m_free;
+    std::condition_variable m_free;
     bool m_asking = false; ///< Guarded by `m_mutex`. A model answers one question at a time.
 };
 

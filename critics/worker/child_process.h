@@ -7,10 +7,11 @@
 
 #pragma once
 
+#include "critics/findings/stop.h"
+
 #include <chrono>
 #include <cstdint>
 #include <functional>
-#include <stop_token>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -69,7 +70,7 @@ public:
     /// Runs it to its end and blocks meanwhile. `onOutput`, if any, sees standard output as it
     /// comes, in pieces, on the calling thread.
     [[nodiscard]] virtual ChildResult
-    run(const ChildRequest& request, std::stop_token cancel,
+    run(const ChildRequest& request, StopToken cancel,
         const std::function<void(std::string_view)>& onOutput) = 0;
 
     /// Says that this request may come soon, with another input. A runner may begin its program
@@ -77,7 +78,7 @@ public:
     /// and tells nothing when it cannot be done.
     virtual void expect(const ChildRequest& request) { static_cast<void>(request); }
 
-    [[nodiscard]] ChildResult run(const ChildRequest& request, std::stop_token cancel = {}) {
+    [[nodiscard]] ChildResult run(const ChildRequest& request, StopToken cancel = {}) {
         return run(request, std::move(cancel), {});
     }
 };

@@ -15,14 +15,14 @@ std::vector<std::string> FakeChildRunner::journal() const {
     return lines;
 }
 
-ChildResult FakeChildRunner::run(const ChildRequest& request, std::stop_token cancel,
+ChildResult FakeChildRunner::run(const ChildRequest& request, StopToken cancel,
                                  const std::function<void(std::string_view)>& onOutput) {
     {
         const std::lock_guard lock(m_mutex);
         m_requests.push_back(request);
     }
     ChildResult result;
-    if (cancel.stop_requested()) {
+    if (cancel.isAsked()) {
         result.end = ChildResult::End::cancelled;
         return result;
     }

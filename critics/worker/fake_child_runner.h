@@ -40,7 +40,7 @@ public:
     using ChildRunner::run;
     /// A request whose `cancel` is asked for already ends as cancelled; output longer than the
     /// request's limit is cut there and ends as too much.
-    [[nodiscard]] ChildResult run(const ChildRequest& request, std::stop_token cancel,
+    [[nodiscard]] ChildResult run(const ChildRequest& request, StopToken cancel,
                                   const std::function<void(std::string_view)>& onOutput) override;
 
 private:

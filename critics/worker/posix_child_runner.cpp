@@ -1,5 +1,6 @@
 #include "critics/worker/posix_child_runner.h"
 
+#include "critics/findings/stop.h"
 #include "critics/worker/confinement.h"
 
 #include <algorithm>
@@ -208,17 +209,17 @@ struct Launch {
 /// Turns a stop request into something that poll sees.
 class Cancel {
 public:
-    explicit Cancel(std::stop_token token)
+    explicit Cancel(const StopToken& token)
         : m_pipe(makePipe()),
           // Closing the other end is all that is done on the thread that asks to stop: it takes no
           // lock and makes poll() return.
-          m_callback(std::move(token), [this] { m_pipe.write.reset(); }) {}
+          m_callback(token, [this] { m_pipe.write.reset(); }) {}
 
     [[nodiscard]] int readable() const { return m_pipe.read.get(); }
 
 private:
     Pipe m_pipe;
-    std::stop_callback<std::function<void()>> m_callback;
+    StopCallback m_callback;
 };
 
 /// While it lives, writing to a program that has ended is an error of the write and no more.
@@ -426,7 +427,7 @@ struct Stamp {
     dev_t device = 0;
     ino_t node = 0;
     off_t size = 0;
-    std::int64_t changed = 0; ///< In the clock's own ticks.
+    fs::file_time_type changed{};
 
     bool operator==(const Stamp&) const = default;
 };
@@ -436,8 +437,7 @@ Stamp stampOf(const std::string& path) {
     if (::stat(path.c_str(), &found) != 0) return {};
     // The file's own time, since what a folder holds shows in it too.
     std::error_code error;
-    const auto changed = fs::last_write_time(path, error).time_since_epoch();
-    return {found.st_dev, found.st_ino, found.st_size, std::int64_t{changed.count()}};
+    return {found.st_dev, found.st_ino, found.st_size, fs::last_write_time(path, error)};
 }
 
 /// Of all that a child saw when it began and that may change before it is asked.
@@ -472,13 +472,13 @@ public:
 
     using ChildRunner::run;
 
-    ChildResult run(const ChildRequest& request, std::stop_token cancel,
+    ChildResult run(const ChildRequest& request, StopToken cancel,
                     const std::function<void(std::string_view)>& onOutput) override {
         try {
             const NoBrokenPipes quiet;
             // Before anything is begun: a request to stop that has come already ends the child in
             // its first round.
-            const Cancel cancelled(std::move(cancel));
+            const Cancel cancelled(cancel);
             std::unique_ptr<Begun> begun = ready(request);
             if (begun == nullptr) begun = begin(request);
             return begun->child->attend(request, cancelled, onOutput);

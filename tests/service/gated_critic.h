@@ -7,6 +7,7 @@
 
 #include "critics/findings/critique.h"
 #include "critics/findings/progress.h"
+#include "critics/findings/stop.h"
 
 #include <condition_variable>
 #include <functional>
@@ -14,7 +15,6 @@
 #include <optional>
 #include <sstream>
 #include <stdexcept>
-#include <stop_token>
 #include <string>
 #include <vector>
 
@@ -26,10 +26,10 @@ public:
     ~GatedCritic() { open(); }
 
     std::optional<Critique>
-    operator()(const Submission& submission, const std::stop_token& cancel,
+    operator()(const Submission& submission, const StopToken& cancel,
                const std::function<void(const GradingProgress&)>& progress) {
         if (progress) progress({0, 1, {"gate"}});
-        const std::stop_callback wake(cancel, [this] {
+        const StopCallback wake(cancel, [this] {
             const std::lock_guard lock(m_mutex);
             m_changed.notify_all();
         });
@@ -37,8 +37,8 @@ public:
             std::unique_lock lock(m_mutex);
             m_judged.push_back(submission);
             m_changed.notify_all();
-            m_changed.wait(lock, [&] { return m_open || m_passes > 0 || cancel.stop_requested(); });
-            if (cancel.stop_requested()) return std::nullopt;
+            m_changed.wait(lock, [&] { return m_open || m_passes > 0 || cancel.isAsked(); });
+            if (cancel.isAsked()) return std::nullopt;
             if (!m_open) --m_passes;
         }
         Critique critique;

@@ -17,7 +17,6 @@
 #include <QQuickView>
 #include <QRegion>
 #include <QScreen>
-#include <QWindow>
 
 #include <utility>
 
@@ -124,12 +123,6 @@ void QtPopover::build() {
 }
 
 void QtPopover::show(const PopoverAnchor& anchor) {
-    // A panel beside a question of ours would take no key and no click until that is answered.
-    if (auto* const question = QGuiApplication::modalWindow()) {
-        question->raise();
-        question->requestActivate();
-        return;
-    }
     if (!m_view) build();
     if (!m_view) return;
     // The first frame shows what holds now, in a window of the right height.

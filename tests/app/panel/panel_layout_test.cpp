@@ -10,6 +10,7 @@
 #include <QQmlEngine>
 #include <QQuickView>
 
+#include <algorithm>
 #include <cmath>
 #include <memory>
 #include <vector>
@@ -174,6 +175,26 @@ TEST(PanelLayout, GradeTakesTheWholeWidthUntilIterateIsOffered) {
     EXPECT_EQ(placeIn(*both.panel, *grade).right() + 8, placeIn(*both.panel, *iterate).left());
 }
 
+TEST(PanelLayout, ALongSeverityIsShownWhole) {
+    const PanelState severe{
+        "severe", [](PanelFixture& panel) {
+            panel.model.verdict =
+                Verdict{.band = Band::block,
+                        .score = 0.2,
+                        .flaws = {{"NEEDS ATTENTION AT ONCE", "a", "One."}, {"LOW", "b", "Two."}},
+                        .runId = "run-1",
+                        .warming = false,
+                        .error = std::nullopt};
+        }};
+    const LaidOut laid(severe, PanelBridge::kTextSize);
+    const auto texts = visibleTexts(*laid.panel);
+    const auto severity = std::ranges::find_if(
+        texts, [](const QQuickItem* text) { return textOf(*text).starts_with("NEEDS"); });
+    ASSERT_NE(severity, texts.end());
+    EXPECT_FALSE((*severity)->property("truncated").toBool());
+    EXPECT_LE((*severity)->property("contentWidth").toDouble(), (*severity)->width() + kTolerance);
+}
+
 TEST(PanelLayout, HeightFollowsTheContent) {
     LaidOut laid(stateNamed("first-run"), PanelBridge::kTextSize);
     const double before = laid.panel->implicitHeight();
@@ -181,6 +202,16 @@ TEST(PanelLayout, HeightFollowsTheContent) {
     laid.bridge->redraw();
     layOutPanel(*laid.panel);
     EXPECT_GT(laid.panel->implicitHeight(), before + 50);
+}
+
+TEST(PanelLayout, InAHigherWindowTheFootStandsAtItsLowerEdge) {
+    const LaidOut laid(stateNamed("demo"), PanelBridge::kTextSize);
+    const auto* settings = laid.panel->findChild<QQuickItem*>("settingsButton");
+    ASSERT_NE(settings, nullptr);
+    const double below = laid.panel->height() - placeIn(*laid.panel, *settings).bottom();
+    laid.panel->setHeight(laid.panel->implicitHeight() + 60);
+    layOutPanel(*laid.panel);
+    EXPECT_NEAR(laid.panel->height() - placeIn(*laid.panel, *settings).bottom(), below, kTolerance);
 }
 
 TEST(PanelLayout, AViewHasThePanelsHeightBeforeItIsShown) {

@@ -5,6 +5,7 @@
 #include "critics/engines/engine_list.h"
 #include "critics/engines/foreign_critique.h"
 #include "critics/engines/prose_file.h"
+#include "critics/findings/stop.h"
 #include "critics/worker/fake_child_runner.h"
 #include "tests/critics/engines/recorded.h"
 
@@ -15,7 +16,6 @@
 #include <filesystem>
 #include <fstream>
 #include <memory>
-#include <stop_token>
 
 namespace trevix {
 namespace {
@@ -29,10 +29,10 @@ ChildResult exited(std::string output, int status = 0) {
 }
 
 /// A token whose stop was asked for. On the heap, since gcc 12 takes its state for unset elsewhere.
-std::stop_token stopped() {
-    const auto source = std::make_unique<std::stop_source>();
-    source->request_stop();
-    return source->get_token();
+StopToken stopped() {
+    const auto source = std::make_unique<StopSource>();
+    source->ask();
+    return source->token();
 }
 
 Part shell(std::string text = "#!/bin/bash\nrm $1\n") {

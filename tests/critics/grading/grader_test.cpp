@@ -4,6 +4,7 @@
 
 #include "critics/grading/grader.h"
 
+#include "critics/findings/stop.h"
 #include "tests/critics/critic_cases.h"
 
 #include <gtest/gtest.h>
@@ -23,7 +24,7 @@ class TestRunner : public ChildRunner {
 public:
     using ChildRunner::run;
 
-    ChildResult run(const ChildRequest& request, std::stop_token cancel,
+    ChildResult run(const ChildRequest& request, StopToken cancel,
                     const std::function<void(std::string_view)>&) override {
         ++runs;
         const bool own = !request.arguments.empty() && request.arguments.back() == "--own-readers";
@@ -36,7 +37,7 @@ public:
         });
         result.end = own ? endOfOwn : end;
         if (result.end != End::exited && own) result.output.clear();
-        if (cancel.stop_requested()) result.end = End::cancelled;
+        if (cancel.isAsked()) result.end = End::cancelled;
         if (!own) result.output += rubbish;
         return result;
     }
@@ -61,8 +62,7 @@ public:
         }
         return names;
     }
-    Critique look(std::string_view engine, const Part&, std::string_view,
-                  std::stop_token) override {
+    Critique look(std::string_view engine, const Part&, std::string_view, StopToken) override {
         {
             const std::lock_guard lock(mutex);
             looked.emplace_back(engine);
@@ -269,18 +269,18 @@ TEST_F(GraderTest, ProgressGoesFromNoneToAll) {
 
 TEST_F(GraderTest, ACancelledGradeHasNoResult) {
     const Grader grader(m_runner, m_engines, {});
-    const auto stop = std::make_unique<std::stop_source>();
-    stop->request_stop();
-    EXPECT_EQ(grader.grade(code({"a.py"}), stop->get_token(), {}), std::nullopt);
+    const auto stop = std::make_unique<StopSource>();
+    stop->ask();
+    EXPECT_EQ(grader.grade(code({"a.py"}), stop->token(), {}), std::nullopt);
     EXPECT_LE(m_runner.runs, 1);
 }
 
 TEST_F(GraderTest, CancelledInTheMiddleItIsNotTakenForABadEnd) {
-    const auto stop = std::make_unique<std::stop_source>();
+    const auto stop = std::make_unique<StopSource>();
     m_engines.made["tool"] = {};
-    m_engines.onLook = [&] { stop->request_stop(); };
+    m_engines.onLook = [&] { stop->ask(); };
     const Grader grader(m_runner, m_engines, {});
-    EXPECT_EQ(grader.grade(code({"tool.py"}), stop->get_token(), {}), std::nullopt);
+    EXPECT_EQ(grader.grade(code({"tool.py"}), stop->token(), {}), std::nullopt);
 }
 
 TEST_F(GraderTest, ProgramsAreAskedAboutTheFirstPartsOnly) {

@@ -201,12 +201,11 @@ TEST_F(WordsInPictures, SeveralThreadsReadAtOnce) {
         drawn({{40, 60, "We shall meet at the the northern gate of the park."}});
     const auto expected = judged(picture).findings;
     std::vector<std::vector<Finding>> got(3);
-    {
-        std::vector<std::jthread> threads;
-        for (auto& findings : got) {
-            threads.emplace_back([&] { findings = judged(picture).findings; });
-        }
+    std::vector<std::thread> threads;
+    for (auto& findings : got) {
+        threads.emplace_back([&] { findings = judged(picture).findings; });
     }
+    for (auto& thread : threads) thread.join();
     for (const auto& findings : got) EXPECT_EQ(findings, expected);
 }
 

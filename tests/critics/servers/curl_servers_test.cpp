@@ -2,6 +2,7 @@
 
 #include "critics/servers/curl_servers.h"
 
+#include "critics/findings/stop.h"
 #include "critics/servers/server_engines.h"
 #include "tests/critics/servers/mock_server.h"
 
@@ -174,15 +175,15 @@ TEST(CurlServers, OnlyAddressesOfThisMachineAreConnectedTo) {
 
 TEST(CurlServers, ACancelEndsItAtOnce) {
     const MockServer server([](const std::string&) { return std::vector<std::string>{""}; });
-    const auto stop = std::make_unique<std::stop_source>();
+    const auto stop = std::make_unique<StopSource>();
     std::thread canceller([&] {
         server.awaitRequests(1);
-        stop->request_stop();
+        stop->ask();
     });
-    const ServerAnswer answer = makeCurlServers()->ask(to(server.url()), stop->get_token());
+    const ServerAnswer answer = makeCurlServers()->ask(to(server.url()), stop->token());
     canceller.join();
     EXPECT_EQ(answer.end, End::cancelled);
-    const ServerAnswer before = makeCurlServers()->ask(to(server.url()), stop->get_token());
+    const ServerAnswer before = makeCurlServers()->ask(to(server.url()), stop->token());
     EXPECT_EQ(before.end, End::cancelled) << "one that was cancelled before it began";
 }
 

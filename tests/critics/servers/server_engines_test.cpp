@@ -4,6 +4,7 @@
 
 #include "critics/engines/engine_list.h"
 #include "critics/engines/joined_engines.h"
+#include "critics/findings/stop.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -186,9 +187,9 @@ TEST(ServerEngines, OneQuestionAtATimeAndACancelWhileWaiting) {
         std::unique_lock lock(mutex);
         changed.wait(lock, [&] { return inside; });
     }
-    const auto stop = std::make_unique<std::stop_source>();
-    stop->request_stop();
-    const Critique second = room.look("model", part("Other words."), "text", stop->get_token());
+    const auto stop = std::make_unique<StopSource>();
+    stop->ask();
+    const Critique second = room.look("model", part("Other words."), "text", stop->token());
     EXPECT_EQ(second, Critique());
     EXPECT_THAT(servers.journal(), SizeIs(1));
     {
@@ -245,9 +246,9 @@ TEST(FakeServers, KeepThePromisesOfServers) {
         return ServerAnswer{End::answered, 200, "", milliseconds(11)};
     };
     EXPECT_EQ(servers.ask(request, {}).end, End::outOfTime);
-    const auto stop = std::make_unique<std::stop_source>();
-    stop->request_stop();
-    EXPECT_EQ(servers.ask(request, stop->get_token()).end, End::cancelled);
+    const auto stop = std::make_unique<StopSource>();
+    stop->ask();
+    EXPECT_EQ(servers.ask(request, stop->token()).end, End::cancelled);
 }
 
 } // namespace

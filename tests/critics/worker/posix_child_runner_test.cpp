@@ -4,6 +4,7 @@
 
 #include "critics/worker/posix_child_runner.h"
 
+#include "critics/findings/stop.h"
 #include "tests/service/temporary_folder.h"
 
 #include <gtest/gtest.h>
@@ -15,7 +16,6 @@
 #include <filesystem>
 #include <fstream>
 #include <memory>
-#include <stop_token>
 #include <string>
 #include <thread>
 #include <vector>
@@ -186,14 +186,14 @@ TEST_P(PosixChildRunnerTest, KeepsTheBeginningOfItsErrors) {
 }
 
 TEST_P(PosixChildRunnerTest, EndsItWhenAsked) {
-    const auto stop = std::make_unique<std::stop_source>();
+    const auto stop = std::make_unique<StopSource>();
     std::atomic<bool> begun{false};
     std::thread asking([&] {
         begun.wait(false);
-        stop->request_stop();
+        stop->ask();
     });
     const ChildResult result =
-        m_runner->run(shell("echo begun; sleep 1000"), stop->get_token(), [&](std::string_view) {
+        m_runner->run(shell("echo begun; sleep 1000"), stop->token(), [&](std::string_view) {
             begun = true;
             begun.notify_all();
         });
@@ -202,9 +202,9 @@ TEST_P(PosixChildRunnerTest, EndsItWhenAsked) {
 }
 
 TEST_P(PosixChildRunnerTest, DoesNotRunWhatIsCancelledAlready) {
-    const auto stop = std::make_unique<std::stop_source>();
-    stop->request_stop();
-    EXPECT_EQ(m_runner->run(shell("sleep 1000"), stop->get_token()).end, End::cancelled);
+    const auto stop = std::make_unique<StopSource>();
+    stop->ask();
+    EXPECT_EQ(m_runner->run(shell("sleep 1000"), stop->token()).end, End::cancelled);
 }
 
 TEST_P(PosixChildRunnerTest, LimitsItsMemory) {
