@@ -1,6 +1,6 @@
 """A team's service on this machine, thrown away afterwards: a database server, api and worker processes.
 
-For bench/team_siege.py. Everything lives in one temporary folder, listens on
+For scripts/run-team, bench/team_siege.py and tests/service/team_test.py. Everything lives in one temporary folder, listens on
 127.0.0.1 and on Unix sockets in it, and ends with the `with` block. PostgreSQL refuses root: as root the
 server runs as the user postgres, or nobody.
 """
@@ -143,14 +143,17 @@ class Member:
     def kill(self):
         self.process.kill()
         self.process.wait()
+        self.process.stdout.close()
 
     def end(self):
-        if self.process is not None and self.process.poll() is None:
-            self.process.terminate()
-            try:
-                self.process.wait(PATIENCE)
-            except subprocess.TimeoutExpired:
-                self.kill()
+        if self.process is None or self.process.poll() is not None:
+            return
+        self.process.terminate()
+        try:
+            self.process.wait(PATIENCE)
+            self.process.stdout.close()
+        except subprocess.TimeoutExpired:
+            self.kill()
 
 
 class Team:
