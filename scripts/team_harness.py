@@ -1,8 +1,8 @@
 """A team's service on this machine, thrown away afterwards: a database server, api and worker processes.
 
-For scripts/run-team, bench/team_siege.py and tests/service/team_test.py. Everything lives in one temporary folder, listens on
-127.0.0.1 and on Unix sockets in it, and ends with the `with` block. PostgreSQL refuses root: as root the
-server runs as the user postgres, or nobody.
+For scripts/run-team, bench/team_siege.py and tests/service/team_test.py. Everything lives in one temporary
+folder, listens on 127.0.0.1 and on Unix sockets in it, and ends with the `with` block. PostgreSQL refuses
+root: as root the server runs as the user postgres, or nobody.
 """
 
 import http.client

@@ -687,8 +687,4 @@ std::unique_ptr<SharedStore> openPostgresStore(const std::string& address) {
     return std::make_unique<PostgresStore>(address);
 }
 
-bool hasPostgres() {
-    return true;
-}
-
 } // namespace trevix
