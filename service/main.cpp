@@ -268,6 +268,7 @@ int serve(const CommandLine& line, const fs::path& self, const fs::path& data,
     queueOptions.nowMs = api.nowMs;
     queueOptions.log = notice;
 
+    if (line.withParent) endWithParent();
     if (!listens) return judgeForOthers(*store.shared, std::move(queueOptions), signals);
 
     // The default one is a convenience: without it the port is there all the same.
@@ -324,7 +325,6 @@ int serve(const CommandLine& line, const fs::path& self, const fs::path& data,
     // by itself.
     std::fflush(stdout);
 
-    if (line.withParent) endWithParent();
     StoppableThread idle;
     if (line.idleExit > 0) idle = endWhenIdle(std::chrono::seconds(line.idleExit), server, queue);
 

@@ -8,8 +8,4 @@ std::unique_ptr<SharedStore> openPostgresStore(const std::string& /*address*/) {
     throw StoreError("this trevix-local was built without PostgreSQL (libpq)");
 }
 
-bool hasPostgres() {
-    return false;
-}
-
 } // namespace trevix

@@ -685,8 +685,4 @@ std::unique_ptr<SharedStore> openPostgresStore(const std::string& address) {
     return std::make_unique<PostgresStore>(address);
 }
 
-bool hasPostgres() {
-    return true;
-}
-
 } // namespace trevix

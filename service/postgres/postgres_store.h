@@ -19,10 +19,8 @@ namespace trevix {
 constexpr std::size_t kMostConnections = 8;
 
 /// Opens the database and brings its tables up to date. `address` as libpq takes it. Throws
-/// StoreError when it cannot be reached, or was written by a newer version.
+/// StoreError when it cannot be reached, was written by a newer version, or this program was built
+/// without libpq.
 [[nodiscard]] std::unique_ptr<SharedStore> openPostgresStore(const std::string& address);
-
-/// Whether this program was built with what it takes.
-[[nodiscard]] bool hasPostgres();
 
 } // namespace trevix

@@ -54,6 +54,25 @@ class Units(unittest.TestCase):
         (self.folder / "trevix-local.service").write_text(broken, encoding="utf-8")
         self.assertIn("kill mode", self.verified().stderr)
 
+    def of_a_team(self, change=lambda text: text):
+        """What systemd says of the unit of a team's processes."""
+        text = (SOURCE / "docs/samples/trevix-team@.service").read_text(encoding="utf-8")
+        unit = self.folder / "trevix-team@.service"
+        unit.write_text(change(text.replace("/usr/bin/trevix-local", str(SERVICE))), encoding="utf-8")
+        instance = self.folder / "trevix-team@worker.service"
+        instance.symlink_to(unit.name)
+        self.addCleanup(instance.unlink)
+        result = subprocess.run(["systemd-analyze", "--man=no", "verify", instance], capture_output=True,
+                                text=True, timeout=60, check=False, env={**os.environ, "LC_ALL": "C"})
+        # Of this machine's own units it speaks too.
+        return [line for line in result.stderr.splitlines() if "trevix-team" in line]
+
+    def test_systemd_has_nothing_to_say_about_those_of_a_team(self):
+        self.assertEqual(self.of_a_team(), [])
+
+    def test_systemd_would_have_something_to_say_about_those_of_a_team(self):
+        self.assertTrue(self.of_a_team(lambda text: text.replace("KillMode=mixed", "KillMode=sometimes")))
+
     def test_nothing_is_left_to_be_filled_in(self):
         for unit in self.folder.glob("trevix-local*"):
             self.assertNotIn("@KELVANE", unit.read_text(encoding="utf-8"), unit)
