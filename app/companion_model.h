@@ -7,6 +7,7 @@
 
 #pragma once
 
+#include "app/grade_preview.h"
 #include "app/instance_place.h"
 #include "app/published.h"
 #include "catalog/app_catalog.h"
@@ -19,6 +20,7 @@
 #include "eval/verdict.h"
 #include "platform/ports/desktop_limits.h"
 
+#include <chrono>
 #include <deque>
 #include <filesystem>
 #include <functional>
@@ -36,6 +38,7 @@ class FileSystem;
 class HttpSession;
 class OwnFocus;
 class ProcessRunner;
+class SettingsStore;
 class Workspace;
 
 /// What a verdict is about.
@@ -64,6 +67,8 @@ public:
         std::function<bool(const std::string& address)> mayGoUnencrypted = nullptr;
         DesktopLimits* limits = nullptr; ///< Null: the desktop has none.
         OwnFocus* ownFocus = nullptr;    ///< Null: it has no windows.
+        /// Null: nothing is previewed and nothing excluded.
+        SettingsStore* settings = nullptr;
     };
 
     /// Stores its arguments. It scans and looks up nothing; the first `refresh` fills the state.
@@ -90,6 +95,12 @@ public:
     /// Whether the user's accessibility setting is on because he had this program switch it on.
     Published<bool> accessibilityIsOurs{m_willChange};
 
+    /// Why nothing may be captured now, whatever is asked for: a pause, or the application in
+    /// front.
+    Published<std::optional<std::string>> refusal{m_willChange};
+    /// Captured work that the person sees before it is sent; `grading` is true meanwhile.
+    Published<std::optional<GradePreview>> preview{m_willChange};
+
     // These notify nobody: they change only before something above does.
     std::optional<GradedWork> gradedWork; ///< What `verdict` is about; absent of a demonstration.
     bool keyIsExposed = false; ///< Others may read or change the key's file. As of a refresh.
@@ -104,7 +115,10 @@ public:
     std::function<void()> onGetKey = [] {};
     std::function<void()> onUninstall = [] {};
     std::function<void()> onAccessibility = [] {};
+    std::function<void()> onSettings = nullptr; ///< Null: there is no window of settings.
     std::function<void()> onQuit = [] {};
+    /// Called once `preview` has work that nobody has seen yet.
+    std::function<void()> onPreview = [] {};
     std::function<void(const std::string& runId)> onOpenReport = [](const std::string&) {};
 
     /// The shell's as well: called with true before a row of captures begins, each of which may
@@ -135,6 +149,21 @@ public:
     /// that is under way ends by itself and is thrown away. Does nothing while nothing is graded.
     void cancel();
 
+    /// Sends the work in `preview`; with `always`, work of its application is sent without a
+    /// preview from now on. Where the service is another one by now, the preview says so and
+    /// nothing is sent.
+    void sendPreviewed(bool always = false);
+
+    /// Sends nothing of what waits in a preview: the grade ends with the note "Nothing was sent.",
+    /// the verdict stays as it is. Does nothing without a preview.
+    void dropPreviewed();
+
+    /// Nothing is captured for so long from now on; a pause that there was is forgotten.
+    void pause(std::chrono::nanoseconds duration);
+    void resume();
+    /// How long it still lasts; absent without one.
+    [[nodiscard]] std::optional<std::chrono::nanoseconds> pauseLeft() const;
+
     /// Fills the state with the demonstration content.
     void seedDemo();
 
@@ -148,7 +177,21 @@ private:
         std::string key;
     };
 
+    /// A capture that waits for the person's word.
+    struct Waiting {
+        Ticket ticket;
+        GradePreview preview;
+        std::function<void()> send;
+    };
+
     void lookAtLimits();
+    void lookAtSettings();
+    [[nodiscard]] std::optional<std::string> whyNot(const DetectedApp& app) const;
+    void endWith(const Ticket& ticket, std::optional<std::string> said);
+    /// Calls `send`, at once or when the person says so, or never.
+    void sendOrAsk(const Ticket& ticket, const DetectedApp& from, const CaptureResult& capture,
+                   std::function<void()> send);
+    void showNextPreview();
     void hint(CaptureLack lack);
     [[nodiscard]] Ticket begin(const std::string& key);
     void end(const Ticket& ticket);
@@ -165,6 +208,8 @@ private:
     Ports m_ports;
     std::deque<std::pair<DetectedApp, Continuation>> m_captures; ///< The first one is running.
     std::vector<InFlight> m_inFlight;
+    std::deque<Waiting> m_waiting; ///< The first one is shown.
+    std::optional<std::chrono::nanoseconds> m_pauseEnds;
     std::shared_ptr<const bool> m_alive; ///< Jobs that outlive the model see it gone.
 };
 

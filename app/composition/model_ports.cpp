@@ -7,7 +7,8 @@
 namespace kelvane {
 
 CompanionModel::Ports modelPorts(DesktopPorts& platform, Workspace& workspace,
-                                 Environment& environment, PlainHttpQuestion& plainHttp) {
+                                 Environment& environment, PlainHttpQuestion& plainHttp,
+                                 SettingsStore& settings) {
     return {.workspace = workspace,
             .processes = *platform.processes,
             .files = *platform.files,
@@ -28,7 +29,8 @@ CompanionModel::Ports modelPorts(DesktopPorts& platform, Workspace& workspace,
             .mayGoUnencrypted =
                 [&plainHttp](const std::string& address) { return plainHttp.mayGoTo(address); },
             .limits = platform.limits.get(),
-            .ownFocus = platform.ownFocus.get()};
+            .ownFocus = platform.ownFocus.get(),
+            .settings = &settings};
 }
 
 } // namespace kelvane

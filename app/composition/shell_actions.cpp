@@ -112,9 +112,10 @@ AppDelegate::Actions shellActions(ShellParts parts) {
         return catalogOf(parts.ports, parts.installation, explicitPath);
     };
     actions.makeModel = [parts](const AppCatalog& catalog) {
-        return std::make_unique<CompanionModel>(
-            modelPorts(parts.ports, parts.workspace, parts.environment, parts.plainHttp), catalog,
-            parts.installation.home);
+        return std::make_unique<CompanionModel>(modelPorts(parts.ports, parts.workspace,
+                                                           parts.environment, parts.plainHttp,
+                                                           parts.settings),
+                                                catalog, parts.installation.home);
     };
     actions.isInstalled = [parts] {
         return ToolWiring::isInstalled(*parts.ports.files, parts.installation.braskHome);

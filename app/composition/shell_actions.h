@@ -12,6 +12,7 @@ class ChosenEnvironment;
 class GradingPlace;
 class AccessibilityQuestion;
 class PlainHttpQuestion;
+class SettingsStore;
 
 /// What the operations are done with. All of it must outlive them.
 struct ShellParts {
@@ -23,6 +24,7 @@ struct ShellParts {
     ChosenEnvironment& environment;
     GradingPlace& place;
     AccessibilityQuestion& accessibility;
+    SettingsStore& settings;
 };
 
 /// Where this user's copy of the program stands, or would.

@@ -39,12 +39,17 @@ ShellProgram::ShellProgram(const Launch& launch, std::unique_ptr<SingleInstance>
       m_accessibility(
           {.files = *m_ports.files, .dialogs = *m_ports.dialogs, .setting = *m_ports.accessibility},
           m_installation.braskHome),
+      m_settings(*m_ports.files, m_installation.braskHome),
       m_application(
           makeQtApplication([this] { m_ports.quit->raise(); }, [this] { bringForward(); })),
       m_palette(launch.shape == Shape::Picture ? nullptr : std::make_unique<ProgramPalette>()),
       m_idle(releaseIdleMemory),
       m_windows(
-          m_ports, [this] { bringForward(); }, [this] { m_idle.restart(); }),
+          m_ports, [this] { bringForward(); },
+          [this] {
+              m_idle.restart();
+              m_delegate.panelWentAway();
+          }),
       m_renderer(makeQtPanelRenderer(m_windows.images())),
       m_ticker(makeQtTicker()),
       m_delegate(
@@ -56,7 +61,8 @@ ShellProgram::ShellProgram(const Launch& launch, std::unique_ptr<SingleInstance>
                         .plainHttp = m_plainHttp,
                         .environment = m_environment,
                         .place = m_place,
-                        .accessibility = m_accessibility}),
+                        .accessibility = m_accessibility,
+                        .settings = m_settings}),
           {.args = args(), .renderPath = launch.renderPath, .refreshesCatalog = !kNoRefresh()}),
       m_backgroundEnd(*m_ports.quit, m_ports.dispatcher),
       m_quitOnSignal([this] { m_application->terminate(); }),
@@ -111,6 +117,12 @@ std::string ShellProgram::answer(const std::string& line) {
     if (line == kAskService) {
         m_application->later([this] {
             if (!bringAlertForward()) m_delegate.askWhereToGrade();
+        });
+        return "done";
+    }
+    if (line == kAskSettings) {
+        m_application->later([this] {
+            if (!bringAlertForward()) m_delegate.openSettings();
         });
         return "done";
     }

@@ -14,6 +14,7 @@
 #include "app/own_workspace.h"
 #include "app/panel/panel_appearance.h"
 #include "app/plain_http_question.h"
+#include "app/settings/settings_store.h"
 #include "app/shell/app_delegate.h"
 #include "app/shell/background_end.h"
 #include "app/shell/qt/idle_timer.h"
@@ -53,6 +54,7 @@ private:
     GradingPlace m_place;
     PlainHttpQuestion m_plainHttp;
     AccessibilityQuestion m_accessibility;
+    SettingsStore m_settings;
     std::unique_ptr<Application> m_application;
     std::unique_ptr<ProgramPalette> m_palette; ///< Null for a picture, which has one of its own.
     // What starting, or showing the panel, has used is not kept for the hours until the next time.

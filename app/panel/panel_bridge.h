@@ -16,6 +16,9 @@
 #include <QObject>
 #include <QtQml/qqmlregistration.h>
 
+#include <memory>
+#include <string>
+
 namespace kelvane {
 
 class AppIcons;
@@ -38,6 +41,7 @@ class PanelBridge : public QObject {
     Q_PROPERTY(kelvane::AgentsRecord agents READ agents NOTIFY agentsChanged)
     Q_PROPERTY(kelvane::WorkflowRecord workflow READ workflow NOTIFY workflowChanged)
     Q_PROPERTY(kelvane::FooterRecord footer READ footer NOTIFY footerChanged)
+    Q_PROPERTY(kelvane::PreviewRecord preview READ preview NOTIFY previewChanged)
     Q_PROPERTY(bool dark READ dark WRITE setDark NOTIFY darkChanged)
     Q_PROPERTY(int textSize READ textSize WRITE setTextSize NOTIFY textSizeChanged)
 
@@ -58,6 +62,9 @@ public:
     [[nodiscard]] const AgentsRecord& agents() const { return m_agents; }
     [[nodiscard]] const WorkflowRecord& workflow() const { return m_workflow; }
     [[nodiscard]] const FooterRecord& footer() const { return m_footer; }
+    [[nodiscard]] const PreviewRecord& preview() const { return m_preview; }
+    /// Of the preview that is shown; null when there is none, or it is of a text.
+    [[nodiscard]] std::shared_ptr<const std::string> previewPicture() const;
 
     /// Whether the panel is drawn light on dark. False until it is set.
     [[nodiscard]] bool dark() const { return m_dark; }
@@ -81,6 +88,9 @@ public:
     Q_INVOKABLE void getKey();
     Q_INVOKABLE void uninstall();
     Q_INVOKABLE void accessibility();
+    Q_INVOKABLE void sendPreviewed(bool always); ///< See the model.
+    Q_INVOKABLE void dropPreviewed();
+    Q_INVOKABLE void settings();
     Q_INVOKABLE void quit();
     Q_INVOKABLE void openReport(); ///< Of the verdict shown; nothing when it has no run.
 
@@ -92,6 +102,7 @@ signals:
     void agentsChanged();
     void workflowChanged();
     void footerChanged();
+    void previewChanged();
     void darkChanged();
     void textSizeChanged();
 
@@ -109,6 +120,7 @@ private:
     AgentsRecord m_agents;
     WorkflowRecord m_workflow;
     FooterRecord m_footer;
+    PreviewRecord m_preview;
     bool m_dark = false;
     int m_textSize = kTextSize;
     bool m_redrawPending = false;

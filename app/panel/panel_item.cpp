@@ -36,6 +36,9 @@ void prepare(QQmlEngine& engine, PanelBridge& bridge) {
     engine.addImageProvider(QLatin1String(SymbolProvider::kName), new SymbolProvider);
     engine.addImageProvider(QLatin1String(AppIconProvider::kName),
                             new AppIconProvider(bridge.images().icons));
+    engine.addImageProvider(
+        QLatin1String(PreviewPictureProvider::kName),
+        new PreviewPictureProvider([&bridge] { return bridge.previewPicture(); }));
 }
 
 QVariantMap initialProperties(PanelBridge& bridge) {

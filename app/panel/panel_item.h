@@ -30,7 +30,8 @@ void useSoftwareRendering();
 /// makes happen. Give it the keyboard with `forceActiveFocus()`; then Tab goes to its first
 /// control. Its signal `dismissed()` tells that Escape was pressed and nothing in the panel used
 /// it. Its controls are found by objectName: reportLink, gradeButton, iterateButton, getKeyLink,
-/// wireLink, settingsButton, and in the open menu menu.getKey, menu.uninstall, menu.quit.
+/// wireLink, settingsButton, and in the open menu menu.getKey, menu.uninstall, menu.quit, and
+/// in a preview previewAlways, previewSend, previewCancel.
 [[nodiscard]] std::unique_ptr<QQuickItem> makePanelItem(QQmlEngine& engine, PanelBridge& bridge,
                                                         QQuickItem* parent = nullptr);
 

@@ -12,7 +12,9 @@ FocusScope {
     property bool groundIsRounded: false
     /// Above 0: no higher than this; the middle scrolls then, between its head and its foot.
     property real maximumHeight: 0
-    readonly property real naturalHeight: head.implicitHeight + body.implicitHeight + 32 + foot.implicitHeight
+    readonly property bool previews: bridge.preview.shown
+    readonly property real naturalHeight: head.implicitHeight
+        + (previews ? preview.implicitHeight : body.implicitHeight + 32 + foot.implicitHeight)
 
     /// Escape was pressed and there was nothing in the panel for it to end.
     signal dismissed
@@ -39,7 +41,10 @@ FocusScope {
     Keys.onPressed: event => {
         const page = scroll.height - 2 * theme.body
         switch (event.key) {
-        case Qt.Key_Escape: root.dismissed(); return
+        case Qt.Key_Escape:
+            if (root.previews) root.bridge.dropPreviewed()
+            else root.dismissed()
+            return
         case Qt.Key_Down: scroll.moveBy(3 * theme.body); break
         case Qt.Key_Up: scroll.moveBy(-3 * theme.body); break
         case Qt.Key_PageDown: scroll.moveBy(page); break
@@ -120,6 +125,7 @@ FocusScope {
             }
         }
 
+        visible: !root.previews
         width: root.width
         anchors.top: head.bottom
         anchors.bottom: foot.top
@@ -188,7 +194,7 @@ FocusScope {
     // How much there is, and where: shown while there is more than fits.
     RoundedBox {
         objectName: "scrollMark"
-        visible: scroll.interactive
+        visible: scroll.interactive && scroll.visible
         width: 4
         radius: 2
         color: root.theme.wash(root.theme.secondary, 0.6)
@@ -198,8 +204,26 @@ FocusScope {
         y: scroll.y + (scroll.height - height) * scroll.contentY
                       / Math.max(1, scroll.contentHeight - scroll.height)
     }
+    PreviewPage {
+        id: preview
+        theme: root.theme
+        preview: root.bridge.preview
+        visible: root.previews
+        width: root.width
+        anchors.top: head.bottom
+        anchors.bottom: parent.bottom
+        // What was pressed for the panel before is no answer to this.
+        onVisibleChanged: {
+            menu.close(false)
+            tip.hide()
+            rest.forceActiveFocus()
+        }
+        onSendAsked: always => root.bridge.sendPreviewed(always)
+        onCancelAsked: root.bridge.dropPreviewed()
+    }
     Column {
         id: foot
+        visible: !root.previews
         width: root.width
         anchors.bottom: parent.bottom
 
