@@ -24,14 +24,15 @@ class GlobalShortcut {
 public:
     virtual ~GlobalShortcut() = default;
 
-    /// From now on `pressed` is called, on the main thread, each time the combination is pressed,
-    /// once however long it is held; the one before is given back. `refused` is called there with a
-    /// sentence for the user when it cannot be had, at once or later: another program has it, the
-    /// desktop knows no such thing, or the user said no there.
+    /// From now on `pressed` is called each time the combination is pressed, once however long it
+    /// is held, at the latest when it is let go; the one before is given back. `refused` is called
+    /// with a sentence for the user when it cannot be had, at once or later: another program has
+    /// it, or the desktop knows no such thing. Both may be called on any thread, and call nothing
+    /// of this object themselves.
     virtual void use(const Shortcut& shortcut, std::function<void()> pressed,
                      std::function<void(const std::string& why)> refused) = 0;
 
-    /// Gives it back; nothing is called any more.
+    /// Gives it back; once it has returned nothing is called any more.
     virtual void stop() = 0;
 };
 
@@ -40,7 +41,8 @@ class NoGlobalShortcut : public GlobalShortcut {
 public:
     void use(const Shortcut&, std::function<void()>,
              std::function<void(const std::string&)> refused) override {
-        refused("This desktop lets no program have a shortcut of its own.");
+        refused("Here no program can have keys of its own: give “kelvane --grade” a "
+                "shortcut in the desktop's settings.");
     }
     void stop() override {}
 };
