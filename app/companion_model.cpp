@@ -101,7 +101,7 @@ void CompanionModel::lookAtLimits() {
 }
 
 void CompanionModel::lookAtSettings() {
-    if (m_ports.settings != nullptr) m_ports.settings->look();
+    if (m_ports.settings != nullptr && m_ports.settings->look()) settingsSeen = *settingsSeen + 1;
     auto why = whyNot(*detected);
     if (why != *refusal) refusal = std::move(why);
 }

@@ -98,6 +98,7 @@ public:
     /// Why nothing may be captured now, whatever is asked for: a pause, or the application in
     /// front.
     Published<std::optional<std::string>> refusal{m_willChange};
+    Published<int> settingsSeen{m_willChange}; ///< How often settings turned out to be others.
     /// Captured work that the person sees before it is sent; `grading` is true meanwhile.
     Published<std::optional<GradePreview>> preview{m_willChange};
 

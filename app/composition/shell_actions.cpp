@@ -132,6 +132,8 @@ AppDelegate::Actions shellActions(ShellParts parts) {
         parts.accessibility.askOnce(limit);
     };
     actions.changeAccessibility = [parts] { parts.accessibility.change(); };
+    actions.openSettings = parts.openSettings;
+    actions.applySettings = parts.applySettings;
     actions.panelShown = [parts] {
         parts.ports.dispatcher->background(
             [place = parts.ports.panelPlace.get()] { place->settle(); });

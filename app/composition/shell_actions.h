@@ -5,6 +5,8 @@
 #include "app/shell/app_delegate.h"
 #include "harness/installation.h"
 
+#include <functional>
+
 namespace kelvane {
 
 struct DesktopPorts;
@@ -25,6 +27,8 @@ struct ShellParts {
     GradingPlace& place;
     AccessibilityQuestion& accessibility;
     SettingsStore& settings;
+    std::function<void(CompanionModel&)> openSettings;
+    std::function<void()> applySettings;
 };
 
 /// Where this user's copy of the program stands, or would.

@@ -4,8 +4,10 @@
 #include "app/composition/shell_actions.h"
 #include "app/instance_place.h"
 #include "app/process_settings.h"
+#include "app/settings/privacy_rules.h"
 #include "app/shell/qt/activation_token.h"
 #include "app/shell/qt/qt_panel_renderer.h"
+#include "eval/eval_bridge.h"
 #include "platform/posix/idle_memory.h"
 
 #include <QApplication>
@@ -44,6 +46,10 @@ ShellProgram::ShellProgram(const Launch& launch, std::unique_ptr<SingleInstance>
           makeQtApplication([this] { m_ports.quit->raise(); }, [this] { bringForward(); })),
       m_palette(launch.shape == Shape::Picture ? nullptr : std::make_unique<ProgramPalette>()),
       m_idle(releaseIdleMemory),
+      m_shortcut({.shortcut = *m_ports.shortcut,
+                  .settings = m_settings,
+                  .dispatcher = *m_ports.dispatcher},
+                 [this] { static_cast<void>(m_delegate.gradeNow(GradeWish::AsCatalog)); }),
       m_windows(
           m_ports, [this] { bringForward(); },
           [this] {
@@ -62,7 +68,9 @@ ShellProgram::ShellProgram(const Launch& launch, std::unique_ptr<SingleInstance>
                         .environment = m_environment,
                         .place = m_place,
                         .accessibility = m_accessibility,
-                        .settings = m_settings}),
+                        .settings = m_settings,
+                        .openSettings = [this](CompanionModel& model) { openSettings(model); },
+                        .applySettings = [this] { m_shortcut.look(); }}),
           {.args = args(), .renderPath = launch.renderPath, .refreshesCatalog = !kNoRefresh()}),
       m_backgroundEnd(*m_ports.quit, m_ports.dispatcher),
       m_quitOnSignal([this] { m_application->terminate(); }),
@@ -100,6 +108,22 @@ AppDelegate::Ports ShellProgram::delegatePorts() {
 void ShellProgram::bringForward() {
     activateApplication();
     m_workspace.activateItself();
+}
+
+void ShellProgram::openSettings(CompanionModel& model) {
+    if (m_settingsWindow == nullptr) {
+        m_settingsWindow = std::make_unique<QtSettingsWindow>(
+            SettingsBridge::Ports{
+                .model = model,
+                .store = m_settings,
+                .place = [this] { return placeName(EvalBridge::base(m_environment)); },
+                .askPlace = [this] { m_delegate.askWhereToGrade(); },
+                .apply = [this] { m_shortcut.look(); },
+                .shortcutProblem = [this] { return m_shortcut.problem(); }},
+            m_windows.images());
+    }
+    m_settingsWindow->open();
+    bringForward();
 }
 
 void ShellProgram::startedAgain(const std::string& activationToken) {

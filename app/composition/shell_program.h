@@ -19,8 +19,10 @@
 #include "app/shell/background_end.h"
 #include "app/shell/qt/idle_timer.h"
 #include "app/shell/qt/qt_application.h"
+#include "app/shell/qt/qt_settings_window.h"
 #include "app/shell/qt/qt_status_item.h"
 #include "app/shell/qt/single_instance.h"
+#include "app/shell/shortcut_keeper.h"
 #include "eval/chosen_environment.h"
 #include "harness/installation.h"
 #include "platform/desktop.h"
@@ -44,6 +46,7 @@ public:
 private:
     [[nodiscard]] AppDelegate::Ports delegatePorts();
     void bringForward();
+    void openSettings(CompanionModel& model);
     void startedAgain(const std::string& activationToken);
     [[nodiscard]] std::string answer(const std::string& line);
 
@@ -59,11 +62,13 @@ private:
     std::unique_ptr<ProgramPalette> m_palette; ///< Null for a picture, which has one of its own.
     // What starting, or showing the panel, has used is not kept for the hours until the next time.
     IdleTimer m_idle;
+    ShortcutKeeper m_shortcut;
     QtWindows m_windows;
     QtTrayImages m_trayImages;
     std::unique_ptr<PanelRenderer> m_renderer;
     std::unique_ptr<Ticker> m_ticker;
     AppDelegate m_delegate;
+    std::unique_ptr<QtSettingsWindow> m_settingsWindow; ///< Once it has been opened.
     BackgroundEnd m_backgroundEnd;
     QuitOnSignal m_quitOnSignal;
     std::unique_ptr<SingleInstance> m_instance;

@@ -96,6 +96,20 @@ std::unique_ptr<QQuickView> makePanelView(PanelBridge& bridge) {
     return view;
 }
 
+std::unique_ptr<QQuickView> makeSettingsView(SettingsBridge& settings, PanelBridge& panel) {
+    auto view = std::make_unique<QQuickView>();
+    prepare(*view->engine(), panel);
+    view->setResizeMode(QQuickView::SizeRootObjectToView);
+    view->setInitialProperties(
+        {{QStringLiteral("bridge"), QVariant::fromValue<QObject*>(&settings)},
+         {QStringLiteral("panel"), QVariant::fromValue<QObject*>(&panel)}});
+    view->setSource(QUrl(QStringLiteral("qrc:/qt/qml/Kelvane/SettingsWindow.qml")));
+    if (view->rootObject() == nullptr) return nullptr;
+    // Narrower than this the longest caption would be cut.
+    view->setMinimumSize(QSize(360, 320));
+    return view;
+}
+
 void roundPanelGround(QQuickItem& panel, bool rounded) {
     panel.setProperty("groundIsRounded", rounded);
 }

@@ -7,6 +7,7 @@
 #pragma once
 
 #include "app/panel/panel_bridge.h"
+#include "app/panel/settings_bridge.h"
 
 #include <memory>
 
@@ -40,6 +41,12 @@ void useSoftwareRendering();
 /// transparent, and what lies outside the corners is for its owner to cut off or to have left out,
 /// see roundPanelGround(). Null as above.
 [[nodiscard]] std::unique_ptr<QQuickView> makePanelView(PanelBridge& bridge);
+
+/// A hidden window with everything that can be set, to be shown by whoever holds it; `panel` tells
+/// its colours and the size of its text. Its item's signal `dismissed()` is as the panel's. Null as
+/// above.
+[[nodiscard]] std::unique_ptr<QQuickView> makeSettingsView(SettingsBridge& settings,
+                                                           PanelBridge& panel);
 
 /// Whether the panel draws its corners itself and leaves what is outside them transparent. At first
 /// it does not.

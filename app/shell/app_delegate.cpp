@@ -83,6 +83,7 @@ void AppDelegate::applicationDidFinishLaunching() {
     m_ports.application.later(whileAlive([this, firstRun] {
         // The program may be quit while it is asked.
         const std::weak_ptr<const bool> alive = m_alive;
+        m_actions.applySettings();
         settleGradingPlace();
         // One question after the other, and the first run has enough of its own.
         if (!alive.expired() && !firstRun) m_actions.offerAccessibility(*m_model->limit);
@@ -92,6 +93,7 @@ void AppDelegate::applicationDidFinishLaunching() {
 }
 
 void AppDelegate::tick() {
+    m_actions.applySettings();
     if (m_menuPauses != m_model->pauseLeft().has_value()) setItemMenu();
 }
 

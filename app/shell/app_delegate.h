@@ -83,6 +83,8 @@ public:
         std::function<void()> askWhereToGrade = [] {};
         /// Sees to it that the service that was chosen is there.
         std::function<void()> keepService = [] {};
+        /// Sees to it that what was set is in use.
+        std::function<void()> applySettings = [] {};
         std::function<void(const DesktopLimit&)> offerAccessibility;
         std::function<void()> changeAccessibility;
         /// Opens the window of settings, or brings it forward. Empty: there is none.
