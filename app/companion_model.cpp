@@ -2,8 +2,11 @@
 
 #include "app/accessibility_choice.h"
 #include "app/process_settings.h"
+#include "app/settings/privacy_rules.h"
+#include "app/settings/settings_store.h"
 #include "detect/harness_config.h"
 #include "detect/live_agent_scan.h"
+#include "platform/ports/clock.h"
 #include "platform/ports/dispatcher.h"
 #include "platform/ports/environment.h"
 #include "platform/ports/file_system.h"
@@ -87,6 +90,7 @@ void CompanionModel::refresh() {
                                  HarnessConfig::wired(m_ports.files, home));
     askAboutWiring();
     hasKey = EvalBridge::apiKey(m_ports.environment, m_ports.files, home).has_value();
+    lookAtSettings();
     workflow = WorkflowInfer::infer(history, detected->app);
 }
 
@@ -124,8 +128,41 @@ void CompanionModel::lookAtLimits() {
     if (ours != *accessibilityIsOurs) accessibilityIsOurs = ours;
 }
 
+void CompanionModel::lookAtSettings() {
+    if (m_ports.settings != nullptr && m_ports.settings->look()) settingsSeen = *settingsSeen + 1;
+    auto why = whyNot(*detected);
+    if (why != *refusal) refusal = std::move(why);
+}
+
+std::optional<std::string> CompanionModel::whyNot(const DetectedApp& app) const {
+    const auto left = pauseLeft();
+    if (m_ports.settings == nullptr && !left) return std::nullopt;
+    static const Settings none{.neverPasswordManagers = false};
+    return whyNotCaptured(m_ports.settings != nullptr ? m_ports.settings->now() : none,
+                          app.rawBundleId, app.app ? app.app->name : app.rawName, left);
+}
+
+void CompanionModel::pause(std::chrono::nanoseconds duration) {
+    m_pauseEnds = m_ports.clock.now() + duration;
+    lookAtSettings();
+}
+
+void CompanionModel::resume() {
+    m_pauseEnds.reset();
+    lookAtSettings();
+}
+
+std::optional<std::chrono::nanoseconds> CompanionModel::pauseLeft() const {
+    if (!m_pauseEnds) return std::nullopt;
+    const auto left = *m_pauseEnds - m_ports.clock.now();
+    if (left <= std::chrono::nanoseconds(0)) return std::nullopt;
+    return left;
+}
+
 void CompanionModel::grade(GradeWish wish) {
     if (!detected->app) return;
+    lookAtSettings();
+    if (*refusal) return;
     auto key = EvalBridge::apiKey(m_ports.environment, m_ports.files, home);
     if (!key) return;
 
@@ -144,31 +181,33 @@ void CompanionModel::grade(GradeWish wish) {
         // Cancelled while it was captured.
         if (ticket->cancelled()) return;
         if (!hasWork(capture)) {
-            end(ticket);
-            grading = false;
-            note = capture.note ? capture.note : "Couldn't capture anything to grade.";
+            endWith(ticket, capture.note ? capture.note : "Couldn't capture anything to grade.");
             hint(capture.lacks);
             return;
         }
         note = capture.note;
         hint(capture.lacks);
-        auto about = aboutWork(capture, from);
-        auto kept = keptOf(capture, about);
-        auto job = std::make_shared<EvalBridge::AcceptedJob>();
-        auto ports = evalPorts(m_ports, ticket.get());
-        ports.accepted = keepsUnderWay(kept, job);
-        publishVerdict(ticket, std::move(about), std::move(kept), job,
-                       [ports = std::move(ports), capture = std::move(capture), app = *from.app,
-                        key, policyId = m_ports.environment.get("BRASK_POLICY_ID")] {
-                           return EvalBridge::grade(
-                               ports, capture.parts, capture.modality, app.vertical, policyId,
-                               "Validate this " + app.name + " work before it ships.", key);
-                       });
+        sendOrAsk(ticket, from, capture, [this, ticket, from, capture, key] {
+            auto about = aboutWork(capture, from);
+            auto kept = keptOf(capture, about);
+            auto job = std::make_shared<EvalBridge::AcceptedJob>();
+            auto ports = evalPorts(m_ports, ticket.get());
+            ports.accepted = keepsUnderWay(kept, job);
+            publishVerdict(ticket, std::move(about), std::move(kept), job,
+                           [ports = std::move(ports), capture, app = *from.app, key,
+                            policyId = m_ports.environment.get("BRASK_POLICY_ID")] {
+                               return EvalBridge::grade(
+                                   ports, capture.parts, capture.modality, app.vertical, policyId,
+                                   "Validate this " + app.name + " work before it ships.", key);
+                           });
+        });
     });
 }
 
 void CompanionModel::iterate() {
     if (!verdict.get() || !verdict.get()->runId) return;
+    lookAtSettings();
+    if (*refusal) return;
     auto key = EvalBridge::apiKey(m_ports.environment, m_ports.files, home);
     if (!key) return;
 
@@ -179,28 +218,99 @@ void CompanionModel::iterate() {
                               ticket = begin(*key), key = *key](CaptureResult capture) {
         if (ticket->cancelled()) return;
         if (!hasWork(capture)) {
-            end(ticket);
-            grading = false;
-            note = capture.note;
+            endWith(ticket, capture.note);
             hint(capture.lacks);
             return;
         }
-        auto about = aboutWork(capture, from);
-        auto kept = keptOf(capture, about);
-        // A revision is kept as the work before it is.
-        auto job = std::make_shared<EvalBridge::AcceptedJob>();
-        job->keepsWork = gradedWork && gradedWork->isKept;
-        publishVerdict(ticket, std::move(about), std::move(kept), std::move(job),
-                       [ports = evalPorts(m_ports, ticket.get()), parts = std::move(capture.parts),
-                        runId, key] {
-                           return EvalBridge::iterate(ports, runId, parts,
-                                                      "Re-grade after fixing the flaws.", key);
-                       });
+        sendOrAsk(ticket, from, capture, [this, ticket, from, capture, runId, key] {
+            auto about = aboutWork(capture, from);
+            auto kept = keptOf(capture, about);
+            // A revision is kept as the work before it is.
+            auto job = std::make_shared<EvalBridge::AcceptedJob>();
+            job->keepsWork = gradedWork && gradedWork->isKept;
+            publishVerdict(
+                ticket, std::move(about), std::move(kept), std::move(job),
+                [ports = evalPorts(m_ports, ticket.get()), parts = capture.parts, runId, key] {
+                    return EvalBridge::iterate(ports, runId, parts,
+                                               "Re-grade after fixing the flaws.", key);
+                });
+        });
     });
+}
+
+void CompanionModel::sendOrAsk(const Ticket& ticket, const DetectedApp& from,
+                               const CaptureResult& capture, std::function<void()> send) {
+    // What was set while it was captured counts.
+    lookAtSettings();
+    if (auto why = whyNot(from)) return endWith(ticket, std::move(why));
+    const std::string base = EvalBridge::base(m_ports.environment);
+    if (m_ports.settings == nullptr ||
+        !previewNeeded(m_ports.settings->now(), isThisMachine(base), from.rawBundleId)) {
+        return send();
+    }
+    m_waiting.push_back({.ticket = ticket,
+                         .preview = gradePreview(capture, from, base, *noteHint),
+                         .send = std::move(send)});
+    if (m_waiting.size() == 1) showNextPreview();
+}
+
+void CompanionModel::showNextPreview() {
+    if (m_waiting.empty()) {
+        if (*preview) preview = std::nullopt;
+        return;
+    }
+    preview = m_waiting.front().preview;
+    onPreview();
+}
+
+void CompanionModel::sendPreviewed(bool always) {
+    if (m_waiting.empty()) return;
+    // The person has said yes to one place and not to another.
+    const std::string base = EvalBridge::base(m_ports.environment);
+    GradePreview& shown = m_waiting.front().preview;
+    if (shown.to != placeName(base) || shown.leaves == isThisMachine(base)) {
+        shown.to = placeName(base);
+        shown.leaves = !isThisMachine(base);
+        preview = shown;
+        return;
+    }
+    const Waiting waiting = std::move(m_waiting.front());
+    m_waiting.pop_front();
+    if (always && m_ports.settings != nullptr && !waiting.preview.appId.empty()) {
+        if (auto why = m_ports.settings->change(
+                [&](Settings& settings) { settings.previewApps[waiting.preview.appId] = false; })) {
+            note = std::move(why);
+        }
+    }
+    showNextPreview();
+    waiting.send();
+}
+
+void CompanionModel::dropPreviewed() {
+    if (m_waiting.empty()) return;
+    for (const Waiting& each : std::exchange(m_waiting, {})) {
+        // Nothing has been asked of the service: there is no job to give up.
+        static_cast<void>(each.ticket->cancel());
+    }
+    std::erase_if(m_inFlight, [](const InFlight& each) { return each.ticket->cancelled(); });
+    preview = std::nullopt;
+    note = "Nothing was sent.";
+    hint(CaptureLack::Nothing);
+    grading = !m_inFlight.empty();
+}
+
+void CompanionModel::endWith(const Ticket& ticket, std::optional<std::string> said) {
+    end(ticket);
+    grading = false;
+    note = std::move(said);
 }
 
 void CompanionModel::cancel() {
     if (!*grading) return;
+    if (!m_waiting.empty()) {
+        m_waiting.clear();
+        preview = std::nullopt;
+    }
     // All of them, also one whose capture has yet to begin: its ticket tells it so.
     for (const InFlight& each : std::exchange(m_inFlight, {})) {
         auto jobId = each.ticket->cancel();

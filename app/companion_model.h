@@ -7,6 +7,7 @@
 
 #pragma once
 
+#include "app/grade_preview.h"
 #include "app/history/history_store.h"
 #include "app/instance_place.h"
 #include "app/published.h"
@@ -21,6 +22,7 @@
 #include "harness/wiring_truth.h"
 #include "platform/ports/desktop_limits.h"
 
+#include <chrono>
 #include <deque>
 #include <filesystem>
 #include <functional>
@@ -38,6 +40,7 @@ class FileSystem;
 class HttpSession;
 class OwnFocus;
 class ProcessRunner;
+class SettingsStore;
 class Workspace;
 
 /// What a verdict is about.
@@ -75,6 +78,8 @@ public:
         history::HistoryStore* history = nullptr; ///< Null: nothing is kept.
         std::string desktop = {};                 ///< Of this instance, see desktopName().
         std::filesystem::path dataHome = {};      ///< The desktop's list of files lies here.
+        /// Null: nothing is previewed and nothing excluded.
+        SettingsStore* settings = nullptr;
     };
 
     /// Stores its arguments. It scans and looks up nothing; the first `refresh` fills the state.
@@ -105,6 +110,13 @@ public:
     /// Whether the user's accessibility setting is on because he had this program switch it on.
     Published<bool> accessibilityIsOurs{m_willChange};
 
+    /// Why nothing may be captured now, whatever is asked for: a pause, or the application in
+    /// front.
+    Published<std::optional<std::string>> refusal{m_willChange};
+    Published<int> settingsSeen{m_willChange}; ///< How often settings turned out to be others.
+    /// Captured work that the person sees before it is sent; `grading` is true meanwhile.
+    Published<std::optional<GradePreview>> preview{m_willChange};
+
     // These notify nobody: they change only before something above does.
     std::optional<GradedWork> gradedWork; ///< What `verdict` is about; absent of a demonstration.
     bool keyIsExposed = false; ///< Others may read or change the key's file. As of a refresh.
@@ -119,8 +131,11 @@ public:
     std::function<void()> onGetKey = [] {};
     std::function<void()> onUninstall = [] {};
     std::function<void()> onAccessibility = [] {};
+    std::function<void()> onSettings = nullptr; ///< Null: there is no window of settings.
     std::function<void()> onQuit = [] {};
     std::function<void()> onHistory = [] {};
+    /// Called once `preview` has work that nobody has seen yet.
+    std::function<void()> onPreview = [] {};
     std::function<void(const std::string& runId)> onOpenReport = [](const std::string&) {};
 
     /// The shell's as well: called with true before a row of captures begins, each of which may
@@ -174,6 +189,21 @@ public:
     /// Has it show that line, in the file that holds the graded text.
     void goTo(const Flaw& flaw);
 
+    /// Sends the work in `preview`; with `always`, work of its application is sent without a
+    /// preview from now on. Where the service is another one by now, the preview says so and
+    /// nothing is sent.
+    void sendPreviewed(bool always = false);
+
+    /// Sends nothing of what waits in a preview: the grade ends with the note "Nothing was sent.",
+    /// the verdict stays as it is. Does nothing without a preview.
+    void dropPreviewed();
+
+    /// Nothing is captured for so long from now on; a pause that there was is forgotten.
+    void pause(std::chrono::nanoseconds duration);
+    void resume();
+    /// How long it still lasts; absent without one.
+    [[nodiscard]] std::optional<std::chrono::nanoseconds> pauseLeft() const;
+
     /// Fills the state with the demonstration content.
     void seedDemo();
 
@@ -187,10 +217,24 @@ private:
         std::string key;
     };
 
+    /// A capture that waits for the person's word.
+    struct Waiting {
+        Ticket ticket;
+        GradePreview preview;
+        std::function<void()> send;
+    };
+
     [[nodiscard]] static EvalBridge::Ports evalPorts(const Ports& ports,
                                                      GradeTicket* ticket = nullptr);
     void lookAtLimits();
     void askAboutWiring();
+    void lookAtSettings();
+    [[nodiscard]] std::optional<std::string> whyNot(const DetectedApp& app) const;
+    void endWith(const Ticket& ticket, std::optional<std::string> said);
+    /// Calls `send`, at once or when the person says so, or never.
+    void sendOrAsk(const Ticket& ticket, const DetectedApp& from, const CaptureResult& capture,
+                   std::function<void()> send);
+    void showNextPreview();
     void hint(CaptureLack lack);
     [[nodiscard]] Ticket begin(const std::string& key);
     void end(const Ticket& ticket);
@@ -224,7 +268,9 @@ private:
     std::optional<std::size_t> m_askedAt; ///< What the wiring was like when it was asked about.
     std::optional<LastWord> m_undo;       ///< Takes the last word back.
     std::string m_undoRun;                ///< Said of this run.
-    std::shared_ptr<const bool> m_alive;  ///< Jobs that outlive the model see it gone.
+    std::deque<Waiting> m_waiting;        ///< The first one is shown.
+    std::optional<std::chrono::nanoseconds> m_pauseEnds;
+    std::shared_ptr<const bool> m_alive; ///< Jobs that outlive the model see it gone.
 };
 
 } // namespace kelvane

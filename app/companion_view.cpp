@@ -170,8 +170,9 @@ VerdictSection verdictSection(const CompanionModel& model) {
     return section;
 }
 
-/// Why nothing can be graded, where the desktop is the reason: nobody says who is in front.
+/// Why nothing can be graded: as the person set it, or the desktop does not say who is in front.
 std::string whyNoGrade(const CompanionModel& model) {
+    if (const auto& refusal = *model.refusal) return shownParagraph(*refusal);
     const bool nobody = model.detected->rawBundleId.empty() && !model.detected->supported();
     if (!nobody || model.limit->line.empty()) return {};
     return shownParagraph("Nobody says which window is in front. " + model.limit->line);
@@ -182,12 +183,13 @@ ActionRow actionRow(const CompanionModel& model) {
     return {.grade = {.label = "Grade this",
                       .symbol = Symbol::seal,
                       .visible = true,
-                      .enabled = model.detected->supported() && !*model.grading && *model.hasKey,
+                      .enabled = model.detected->supported() && !*model.grading && *model.hasKey &&
+                                 !*model.refusal,
                       .toolTip = whyNoGrade(model)},
             .iterate = {.label = "Iterate",
                         .symbol = Symbol::iterateArrows,
                         .visible = verdict && verdict->runId,
-                        .enabled = !*model.grading},
+                        .enabled = !*model.grading && !*model.refusal},
             .getKey = {.label = "Get a free key to start grading →",
                        .symbol = std::nullopt,
                        .visible = !*model.hasKey,
@@ -223,6 +225,29 @@ WorkflowSection workflowSection(const WorkflowState& workflow) {
     return section;
 }
 
+std::optional<PreviewPage> previewPage(const CompanionModel& model) {
+    const auto& shown = *model.preview;
+    if (!shown) return std::nullopt;
+    const std::string app = shownWithin(shown->app);
+    PreviewPage page{
+        .caption = "PREVIEW",
+        .headline = shown->leaves ? "This goes to " + shownWithin(shown->to)
+                                  : std::string("This stays on this machine"),
+        .detail =
+            (shown->picture ? "A picture of a window of " + app : "The text selected in " + app) +
+            ", " + shown->size,
+        .lines = shown->lines,
+        .picture = shown->picture,
+        .contentName = shown->picture ? "The picture that is sent" : "The text that is sent",
+        .remarks = {},
+        .always = shown->appId.empty() ? "" : "Don't ask again for " + app,
+        .send = "Send",
+        .cancel = "Cancel"};
+    for (const auto& each : shown->leftOut) page.remarks.push_back(shownParagraph(each));
+    page.remarks.push_back(shownParagraph(shown->beside));
+    return page;
+}
+
 FooterRow footerRow(const CompanionModel& model) {
     FooterRow row{.wire = {.label = "Wire my tools",
                            .symbol = std::nullopt,
@@ -239,6 +264,9 @@ FooterRow footerRow(const CompanionModel& model) {
                         {.action = MenuAction::accessibility,
                          .title = *model.accessibilityIsOurs ? "Switch accessibility off again…"
                                                              : "Read text of more programs…"});
+    }
+    if (model.onSettings) {
+        row.menu.insert(row.menu.begin(), {.action = MenuAction::settings, .title = "Settings…"});
     }
     return row;
 }
@@ -269,6 +297,8 @@ std::string_view name(MenuAction action) {
         return "quit";
     case MenuAction::accessibility:
         return "accessibility";
+    case MenuAction::settings:
+        return "settings";
     case MenuAction::divider:
         break;
     }
@@ -404,7 +434,8 @@ CompanionViewRecord companionView(const CompanionModel& model) {
             .actions = actionRow(model),
             .agents = agentsSection(model),
             .workflow = workflowSection(*model.workflow),
-            .footer = footerRow(model)};
+            .footer = footerRow(model),
+            .preview = previewPage(model)};
 }
 
 } // namespace kelvane

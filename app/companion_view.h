@@ -10,6 +10,7 @@
 
 #include "app/companion_model.h"
 
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -147,8 +148,25 @@ struct WorkflowSection {
     bool operator==(const WorkflowSection&) const = default;
 };
 
+/// What is going to be sent, and the question whether it may. Takes the place of the panel's
+/// middle.
+struct PreviewPage {
+    std::string caption;
+    std::string headline;
+    std::string detail;
+    std::shared_ptr<const std::vector<std::string>> lines; ///< Null for a picture.
+    std::shared_ptr<const std::string> picture;            ///< Null for a text.
+    std::string contentName;          ///< What assistive technology calls the two.
+    std::vector<std::string> remarks; ///< What was left out and why, what else is sent.
+    std::string always;               ///< A box to tick; empty: there is none.
+    std::string send;
+    std::string cancel;
+
+    bool operator==(const PreviewPage&) const = default;
+};
+
 /// What a menu item asks of the model; a divider asks for nothing.
-enum class MenuAction { getKey, uninstall, quit, divider, accessibility };
+enum class MenuAction { getKey, uninstall, quit, divider, accessibility, settings };
 
 /// The action's name, e.g. "getKey".
 [[nodiscard]] std::string_view name(MenuAction action);
@@ -179,6 +197,7 @@ struct CompanionViewRecord {
     AgentsSection agents;
     WorkflowSection workflow;
     FooterRow footer;
+    std::optional<PreviewPage> preview = {};
 
     bool operator==(const CompanionViewRecord&) const = default;
 };

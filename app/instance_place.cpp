@@ -12,11 +12,13 @@ constexpr std::array<std::pair<GradeWish, std::string_view>, 3> kWishes{
     {{GradeWish::AsCatalog, "grade"},
      {GradeWish::Selection, "grade selection"},
      {GradeWish::Window, "grade window"}}};
-constexpr std::array<std::pair<GradeBegun, std::string_view>, 4> kReplies{
+constexpr std::array<std::pair<GradeBegun, std::string_view>, 6> kReplies{
     {{GradeBegun::Yes, "done"},
      {GradeBegun::NothingInFront, "nothing in front that can be graded"},
      {GradeBegun::NoKey, "no key"},
-     {GradeBegun::Already, "grading already"}}};
+     {GradeBegun::Already, "grading already"},
+     {GradeBegun::Paused, "paused"},
+     {GradeBegun::NeverCaptured, "never captured"}}};
 
 template <typename Table, typename Value>
 auto wordFor(const Table& table, Value value) {

@@ -35,11 +35,12 @@ enum class GradeWish { AsCatalog, Selection, Window };
 inline constexpr std::string_view kAskStatus = "status";
 inline constexpr std::string_view kAskService = "service";
 inline constexpr std::string_view kAskHistory = "history";
+inline constexpr std::string_view kAskSettings = "settings";
 [[nodiscard]] std::string_view askGrade(GradeWish wish);
 [[nodiscard]] std::optional<GradeWish> gradeWishOf(std::string_view line);
 
 /// What became of the wish to grade, and the line that says so.
-enum class GradeBegun { Yes, NothingInFront, NoKey, Already };
+enum class GradeBegun { Yes, NothingInFront, NoKey, Already, Paused, NeverCaptured };
 [[nodiscard]] std::string_view gradeReply(GradeBegun begun);
 [[nodiscard]] std::optional<GradeBegun> gradeBegunOf(std::string_view reply);
 

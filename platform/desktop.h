@@ -16,6 +16,7 @@
 #include "platform/ports/dispatcher.h"
 #include "platform/ports/environment.h"
 #include "platform/ports/file_system.h"
+#include "platform/ports/global_shortcut.h"
 #include "platform/ports/http_session.h"
 #include "platform/ports/input_hold.h"
 #include "platform/ports/kept_programs.h"
@@ -60,6 +61,7 @@ struct DesktopPorts {
     std::unique_ptr<AccessibilitySwitch> accessibility;
     std::unique_ptr<AppIcons> icons;
     std::unique_ptr<PointerPresses> presses;
+    std::unique_ptr<GlobalShortcut> shortcut;
     std::unique_ptr<InputHold> hold;
     std::unique_ptr<Compositing> compositing;
     std::unique_ptr<Dialogs> dialogs;

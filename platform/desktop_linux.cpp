@@ -22,6 +22,7 @@ void addSystemPorts(DesktopPorts& ports) {
     ports.accessibility = std::move(desktop.accessibility);
     ports.icons = std::move(desktop.icons);
     ports.presses = std::move(desktop.pointerPresses);
+    ports.shortcut = std::move(desktop.shortcut);
     ports.hold = std::move(desktop.hold);
     ports.compositing = std::move(desktop.compositing);
     ports.dialogs = makeQtDialogs();

@@ -18,6 +18,7 @@ void addSystemPorts(DesktopPorts& ports) {
     ports.accessibility = std::make_unique<NoAccessibilitySwitch>();
     ports.icons = makeNsAppIcons();
     ports.presses = makeNsPointerPresses();
+    ports.shortcut = std::make_unique<NoGlobalShortcut>();
     ports.hold = std::make_unique<NoInputHold>();
     ports.compositing = std::make_unique<AlwaysCompositing>();
     ports.dialogs = makeNsDialogs();

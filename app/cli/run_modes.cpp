@@ -10,6 +10,7 @@
 #include "app/instance_place.h"
 #include "app/own_workspace.h"
 #include "app/process_settings.h"
+#include "app/settings/settings_store.h"
 #include "catalog/catalog_check.h"
 #include "catalog/catalog_loader.h"
 #include "detect/app_detector.h"
@@ -41,7 +42,7 @@ constexpr std::string_view kHelp =
        kelvane --grade [--window | --selection]
        kelvane --status | --doctor [--json]
        kelvane --history [--search TEXT] [--json | --open]
-       kelvane --service
+       kelvane --service | --settings [--json]
        kelvane --help | --version
 
 Grades your work, in whatever application is in front, before it ships.
@@ -68,6 +69,8 @@ Without a switch it runs in the menu bar.
   --open          have the running instance show them in a window
   --json          of these three: one line of JSON
   --service       ask where to grade: on this machine, or with a service account
+  --settings      open the window of settings; with --json print them instead, as
+                  one line of JSON, and exit
   --help          print this and exit
   --version       print the version and exit
 )";
@@ -166,6 +169,12 @@ Answer grade() {
     case GradeBegun::Already:
         std::cerr << "kelvane: a grade is under way\n";
         return {{}, 5};
+    case GradeBegun::Paused:
+        std::cerr << "kelvane: paused; resume in the menu of its icon or in the settings\n";
+        return {{}, 6};
+    case GradeBegun::NeverCaptured:
+        std::cerr << "kelvane: nothing is captured from what is in front, as it is set\n";
+        return {{}, 7};
     }
     return {{}, 1};
 }
@@ -194,6 +203,15 @@ Answer pastVerdicts() {
     const history::HistoryStore store(*ports.files, braskHome(*ports.files), wallClockMs);
     const auto entries = history::search(store.list(), argValue(kSearch).value_or(""));
     return {isGiven("--json") ? historyJson(entries) + '\n' : historyText(entries, localTimeMs)};
+}
+
+/// Every setting as it counts, what cannot be used on standard error.
+Answer settings() {
+    const CliPorts ports = makeCliPorts();
+    SettingsStore store(*ports.files, braskHome(*ports.files));
+    store.look();
+    for (const auto& problem : store.problems()) std::cerr << "kelvane: " << problem << '\n';
+    return {settingsJson(store.now()) + '\n', store.problems().empty() ? 0 : 1};
 }
 
 struct Mode {
@@ -228,10 +246,15 @@ bool isAskedFor(const Mode& mode) {
 std::optional<int> runCommandLineMode(int argc, const char* const* argv) {
     recordArgs(argc, argv);
     openStandardStreams();
+    if (isGiven("--settings") && isGiven("--json")) {
+        const Answer answer = settings();
+        return writeStandardOutput(answer.output) ? answer.status : std::max(answer.status, 1);
+    }
     const auto asked = std::ranges::find_if(kModes, isAskedFor);
     if (asked == std::end(kModes)) {
         // Said to the instance that runs; where none does, it begins with the question.
-        const bool isAnswered = isGiven("--service") && askInstance(kAskService) == "done";
+        const bool isAnswered = (isGiven("--service") && askInstance(kAskService) == "done") ||
+                                (isGiven("--settings") && askInstance(kAskSettings) == "done");
         return isAnswered ? std::optional(0) : std::nullopt;
     }
     const Answer answer = asked->run();

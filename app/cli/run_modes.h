@@ -14,8 +14,8 @@ namespace kelvane {
 /// stands among them: the first that is there of `--selftest`, `--detect`, `--check-catalog`,
 /// `--help`, `--version`, `--grade`, `--status` and `--doctor`. All but the first two do not count
 /// where they stand as the value of another switch. The mode's exit status, or nothing when none is
-/// there: then the application is to be started. `--service` is no such mode but said to the
-/// instance that runs, if one does.
+/// there: then the application is to be started. `--service` and, without `--json`, `--settings`
+/// are no such modes but said to the instance that runs, if one does.
 ///
 /// The answer has been written when this returns. A reader that has gone, and a standard output
 /// that was never open, are no errors. An answer lost any other way (a full disk) makes the status

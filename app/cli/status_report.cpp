@@ -77,6 +77,7 @@ std::string statusJson(const StatusReport& report) {
                 {"key", report.hasKey},
                 {"grading", report.isGrading},
                 {"note", orNull(report.note)},
+                {"refused", orNull(report.refused)},
                 {"verdict", verdict},
                 {"wiring", wiring},
                 {"service",
@@ -100,6 +101,7 @@ std::optional<StatusReport> statusFromJson(const std::string& text) {
     take(object, "key", report.hasKey);
     take(object, "grading", report.isGrading);
     take(object, "note", report.note);
+    take(object, "refused", report.refused);
     if (const json verdict = part(object, "verdict"); !verdict.empty()) {
         report.verdict = StatusReport::Verdict{};
         auto& told = *report.verdict;
@@ -141,6 +143,7 @@ std::string statusText(const StatusReport& report) {
                            : report.verdict ? verdictLine(*report.verdict)
                                             : "none yet");
         if (report.note) line("Note:     ", *report.note);
+        if (report.refused) line("Capture:  ", *report.refused);
     }
     line("Key:      ", report.hasKey ? "present" : "none");
     std::string service = report.place.empty() || report.place == "later"

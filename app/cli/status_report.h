@@ -30,6 +30,7 @@ struct StatusReport {
     bool hasKey = false;
     bool isGrading = false;
     std::optional<std::string> note;
+    std::optional<std::string> refused; ///< Why nothing may be captured now.
     std::optional<Verdict> verdict;
     std::vector<std::pair<std::string, bool>> wiring; ///< Tool and whether it is wired.
     std::string place;                                ///< "this machine", "account", "later", "".

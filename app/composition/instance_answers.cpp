@@ -21,6 +21,7 @@ std::string statusLine(const CompanionModel& model, const GradingPlace& place,
     report.hasKey = *model.hasKey;
     report.isGrading = *model.grading;
     report.note = *model.note;
+    report.refused = *model.refusal;
     if (const auto& verdict = *model.verdict) {
         report.verdict = {.band = std::string(name(verdict->band)),
                           .score = verdict->score,

@@ -11,7 +11,8 @@ namespace kelvane {
 
 CompanionModel::Ports modelPorts(DesktopPorts& platform, Workspace& workspace,
                                  Environment& environment, PlainHttpQuestion& plainHttp,
-                                 history::HistoryStore& history, std::filesystem::path dataHome) {
+                                 history::HistoryStore& history, std::filesystem::path dataHome,
+                                 SettingsStore& settings) {
     return {.workspace = workspace,
             .processes = *platform.processes,
             .files = *platform.files,
@@ -35,7 +36,8 @@ CompanionModel::Ports modelPorts(DesktopPorts& platform, Workspace& workspace,
             .ownFocus = platform.ownFocus.get(),
             .history = &history,
             .desktop = desktopName(kEnv()),
-            .dataHome = std::move(dataHome)};
+            .dataHome = std::move(dataHome),
+            .settings = &settings};
 }
 
 } // namespace kelvane

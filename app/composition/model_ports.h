@@ -9,6 +9,7 @@ namespace kelvane {
 struct DesktopPorts;
 class Environment;
 class PlainHttpQuestion;
+class SettingsStore;
 
 /// The model sees the applications through `workspace`; captures see them as the platform does.
 /// `environment` is the one with the person's choice of a service in it. All of it must outlive the
@@ -17,6 +18,7 @@ class PlainHttpQuestion;
                                                Environment& environment,
                                                PlainHttpQuestion& plainHttp,
                                                history::HistoryStore& history,
-                                               std::filesystem::path dataHome);
+                                               std::filesystem::path dataHome,
+                                               SettingsStore& settings);
 
 } // namespace kelvane

@@ -114,7 +114,7 @@ AppDelegate::Actions shellActions(ShellParts parts) {
     actions.makeModel = [parts](const AppCatalog& catalog) {
         return std::make_unique<CompanionModel>(
             modelPorts(parts.ports, parts.workspace, parts.environment, parts.plainHttp,
-                       parts.history, parts.installation.dataHome),
+                       parts.history, parts.installation.dataHome, parts.settings),
             catalog, parts.installation.home);
     };
     actions.isInstalled = [parts] {
@@ -133,6 +133,8 @@ AppDelegate::Actions shellActions(ShellParts parts) {
     };
     actions.changeAccessibility = [parts] { parts.accessibility.change(); };
     actions.showHistory = parts.showHistory;
+    actions.openSettings = parts.openSettings;
+    actions.applySettings = parts.applySettings;
     actions.panelShown = [parts] {
         parts.ports.dispatcher->background(
             [place = parts.ports.panelPlace.get()] { place->settle(); });

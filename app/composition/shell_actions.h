@@ -15,6 +15,7 @@ class ChosenEnvironment;
 class GradingPlace;
 class AccessibilityQuestion;
 class PlainHttpQuestion;
+class SettingsStore;
 
 /// What the operations are done with. All of it must outlive them.
 struct ShellParts {
@@ -28,6 +29,9 @@ struct ShellParts {
     AccessibilityQuestion& accessibility;
     history::HistoryStore& history;
     std::function<void()> showHistory;
+    SettingsStore& settings;
+    std::function<void(CompanionModel&)> openSettings;
+    std::function<void()> applySettings;
 };
 
 /// Where this user's copy of the program stands, or would.

@@ -4,6 +4,7 @@
 #include "app/composition/shell_actions.h"
 #include "app/instance_place.h"
 #include "app/process_settings.h"
+#include "app/settings/privacy_rules.h"
 #include "app/shell/qt/activation_token.h"
 #include "app/shell/qt/qt_panel_renderer.h"
 #include "eval/eval_bridge.h"
@@ -41,12 +42,21 @@ ShellProgram::ShellProgram(const Launch& launch, std::unique_ptr<SingleInstance>
           {.files = *m_ports.files, .dialogs = *m_ports.dialogs, .setting = *m_ports.accessibility},
           m_installation.braskHome),
       m_history(*m_ports.files, m_installation.braskHome, wallClockMs),
+      m_settings(*m_ports.files, m_installation.braskHome),
       m_application(
           makeQtApplication([this] { m_ports.quit->raise(); }, [this] { bringForward(); })),
       m_palette(launch.shape == Shape::Picture ? nullptr : std::make_unique<ProgramPalette>()),
       m_idle(releaseIdleMemory),
+      m_shortcut({.shortcut = *m_ports.shortcut,
+                  .settings = m_settings,
+                  .dispatcher = *m_ports.dispatcher},
+                 [this] { static_cast<void>(m_delegate.gradeNow(GradeWish::AsCatalog)); }),
       m_windows(
-          m_ports, [this] { bringForward(); }, [this] { m_idle.restart(); }),
+          m_ports, [this] { bringForward(); },
+          [this] {
+              m_idle.restart();
+              m_delegate.panelWentAway();
+          }),
       m_renderer(makeQtPanelRenderer(m_windows.images())),
       m_ticker(makeQtTicker()),
       m_historyWindow(
@@ -62,7 +72,10 @@ ShellProgram::ShellProgram(const Launch& launch, std::unique_ptr<SingleInstance>
                         .place = m_place,
                         .accessibility = m_accessibility,
                         .history = m_history,
-                        .showHistory = [this] { m_historyWindow.show(); }}),
+                        .showHistory = [this] { m_historyWindow.show(); },
+                        .settings = m_settings,
+                        .openSettings = [this](CompanionModel& model) { openSettings(model); },
+                        .applySettings = [this] { m_shortcut.look(); }}),
           {.args = args(), .renderPath = launch.renderPath, .refreshesCatalog = !kNoRefresh()}),
       m_backgroundEnd(*m_ports.quit, m_ports.dispatcher),
       m_quitOnSignal([this] { m_application->terminate(); }),
@@ -126,6 +139,22 @@ void ShellProgram::bringForward() {
     m_workspace.activateItself();
 }
 
+void ShellProgram::openSettings(CompanionModel& model) {
+    if (m_settingsWindow == nullptr) {
+        m_settingsWindow = std::make_unique<QtSettingsWindow>(
+            SettingsBridge::Ports{
+                .model = model,
+                .store = m_settings,
+                .place = [this] { return placeName(EvalBridge::base(m_environment)); },
+                .askPlace = [this] { m_delegate.askWhereToGrade(); },
+                .apply = [this] { m_shortcut.look(); },
+                .shortcutProblem = [this] { return m_shortcut.problem(); }},
+            m_windows.images());
+    }
+    m_settingsWindow->open();
+    bringForward();
+}
+
 void ShellProgram::startedAgain(const std::string& activationToken) {
     if (!bringAlertForward()) m_delegate.openPopover();
     bringForwardBy(activationToken);
@@ -147,6 +176,12 @@ std::string ShellProgram::answer(const std::string& line) {
     if (line == kAskService) {
         m_application->later([this] {
             if (!bringAlertForward()) m_delegate.askWhereToGrade();
+        });
+        return "done";
+    }
+    if (line == kAskSettings) {
+        m_application->later([this] {
+            if (!bringAlertForward()) m_delegate.openSettings();
         });
         return "done";
     }

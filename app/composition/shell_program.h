@@ -15,13 +15,16 @@
 #include "app/own_workspace.h"
 #include "app/panel/panel_appearance.h"
 #include "app/plain_http_question.h"
+#include "app/settings/settings_store.h"
 #include "app/shell/app_delegate.h"
 #include "app/shell/background_end.h"
 #include "app/shell/qt/idle_timer.h"
 #include "app/shell/qt/qt_application.h"
 #include "app/shell/qt/qt_history_window.h"
+#include "app/shell/qt/qt_settings_window.h"
 #include "app/shell/qt/qt_status_item.h"
 #include "app/shell/qt/single_instance.h"
+#include "app/shell/shortcut_keeper.h"
 #include "eval/chosen_environment.h"
 #include "harness/installation.h"
 #include "platform/desktop.h"
@@ -46,6 +49,7 @@ private:
     [[nodiscard]] AppDelegate::Ports delegatePorts();
     [[nodiscard]] HistoryBridge::Ports historyPorts();
     void bringForward();
+    void openSettings(CompanionModel& model);
     void startedAgain(const std::string& activationToken);
     [[nodiscard]] std::string answer(const std::string& line);
 
@@ -57,16 +61,19 @@ private:
     PlainHttpQuestion m_plainHttp;
     AccessibilityQuestion m_accessibility;
     history::HistoryStore m_history;
+    SettingsStore m_settings;
     std::unique_ptr<Application> m_application;
     std::unique_ptr<ProgramPalette> m_palette; ///< Null for a picture, which has one of its own.
     // What starting, or showing the panel, has used is not kept for the hours until the next time.
     IdleTimer m_idle;
+    ShortcutKeeper m_shortcut;
     QtWindows m_windows;
     QtTrayImages m_trayImages;
     std::unique_ptr<PanelRenderer> m_renderer;
     std::unique_ptr<Ticker> m_ticker;
     QtHistoryWindow m_historyWindow;
     AppDelegate m_delegate;
+    std::unique_ptr<QtSettingsWindow> m_settingsWindow; ///< Once it has been opened.
     BackgroundEnd m_backgroundEnd;
     QuitOnSignal m_quitOnSignal;
     std::unique_ptr<SingleInstance> m_instance;

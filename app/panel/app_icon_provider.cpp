@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <optional>
+#include <utility>
 #include <variant>
 
 namespace kelvane {
@@ -65,6 +66,30 @@ QImage AppIconProvider::requestImage(const QString& id, QSize* size, const QSize
     const auto bundleId = QUrl::fromPercentEncoding(id.toUtf8()).toStdString();
     auto picture = appIconPicture(m_icons, bundleId, sizeOr(requested, kUsualSize));
     if (size != nullptr) *size = picture.size();
+    return picture;
+}
+
+QString previewPictureSource() {
+    static int number = 0;
+    return QStringLiteral("image://%1/%2")
+        .arg(QLatin1String(PreviewPictureProvider::kName))
+        .arg(++number);
+}
+
+PreviewPictureProvider::PreviewPictureProvider(Current current)
+    : QQuickImageProvider(Image),
+      m_current(std::move(current)) {}
+
+QImage PreviewPictureProvider::requestImage(const QString&, QSize* size, const QSize& requested) {
+    const auto bytes = m_current();
+    if (!bytes) return {};
+    auto picture = QImage::fromData(
+        QByteArray::fromRawData(bytes->data(), static_cast<qsizetype>(bytes->size())));
+    if (size != nullptr) *size = picture.size();
+    // Drawn smaller than it is: halved here, for drawing it each time would cost more.
+    if (!picture.isNull() && requested.width() > 0 && picture.width() > requested.width()) {
+        picture = picture.scaledToWidth(requested.width(), Qt::SmoothTransformation);
+    }
     return picture;
 }
 

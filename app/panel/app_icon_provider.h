@@ -10,6 +10,8 @@
 #include <QSize>
 #include <QString>
 
+#include <functional>
+#include <memory>
 #include <string>
 
 namespace kelvane {
@@ -34,6 +36,25 @@ public:
 
 private:
     AppIcons& m_icons;
+};
+
+/// Where the panel finds the picture that is going to be sent; another address with every call, so
+/// that an earlier picture is not taken for it.
+[[nodiscard]] QString previewPictureSource();
+
+/// Answers `previewPictureSource` with the picture that `current` has then: the bytes of a file, or
+/// null.
+class PreviewPictureProvider : public QQuickImageProvider {
+public:
+    static constexpr const char* kName = "preview";
+    using Current = std::function<std::shared_ptr<const std::string>()>;
+
+    explicit PreviewPictureProvider(Current current);
+
+    QImage requestImage(const QString& id, QSize* size, const QSize& requested) override;
+
+private:
+    Current m_current;
 };
 
 /// A symbol in one colour, as a square of `pixels` width and height. Null when there is no such

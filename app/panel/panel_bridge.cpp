@@ -22,7 +22,12 @@ PanelBridge::PanelBridge(CompanionModel& model, PanelImages images, QObject* par
       m_actions(actionsRecord(m_record.actions)),
       m_agents(agentsRecord(m_record.agents)),
       m_workflow(workflowRecord(m_record.workflow)),
-      m_footer(footerRecord(m_record.footer)) {}
+      m_footer(footerRecord(m_record.footer)),
+      m_preview(previewRecord(m_record.preview)) {}
+
+std::shared_ptr<const std::string> PanelBridge::previewPicture() const {
+    return m_record.preview ? m_record.preview->picture : nullptr;
+}
 
 void PanelBridge::setDark(bool dark) {
     if (m_dark == dark) return;
@@ -82,6 +87,10 @@ void PanelBridge::redraw() {
     if (m_record.footer != before.footer) {
         m_footer = footerRecord(m_record.footer);
         emit footerChanged();
+    }
+    if (m_record.preview != before.preview) {
+        m_preview = previewRecord(m_record.preview);
+        emit previewChanged();
     }
     redrawFlaws();
 }
@@ -174,6 +183,9 @@ void PanelBridge::choose(PanelMenuAction::Value action) {
     case PanelMenuAction::Value::Accessibility:
         accessibility();
         break;
+    case PanelMenuAction::Value::Settings:
+        settings();
+        break;
     case PanelMenuAction::Value::Divider:
         break;
     }
@@ -210,6 +222,18 @@ void PanelBridge::uninstall() {
 void PanelBridge::accessibility() {
     const auto hook = m_model.onAccessibility;
     hook();
+}
+
+void PanelBridge::sendPreviewed(bool always) {
+    m_model.sendPreviewed(always);
+}
+
+void PanelBridge::dropPreviewed() {
+    m_model.dropPreviewed();
+}
+
+void PanelBridge::settings() {
+    if (const auto hook = m_model.onSettings) hook();
 }
 
 void PanelBridge::quit() {

@@ -16,6 +16,8 @@
 #include <QObject>
 #include <QtQml/qqmlregistration.h>
 
+#include <memory>
+#include <string>
 #include <vector>
 
 namespace kelvane {
@@ -45,6 +47,7 @@ class PanelBridge : public QObject {
     Q_PROPERTY(int chosenFlaw READ chosenFlaw WRITE chooseFlaw NOTIFY chosenFlawChanged)
     Q_PROPERTY(QString flawNote READ flawNote NOTIFY flawNoteChanged)
     Q_PROPERTY(bool mayUndo READ mayUndo NOTIFY flawNoteChanged)
+    Q_PROPERTY(kelvane::PreviewRecord preview READ preview NOTIFY previewChanged)
     Q_PROPERTY(bool dark READ dark WRITE setDark NOTIFY darkChanged)
     Q_PROPERTY(int textSize READ textSize WRITE setTextSize NOTIFY textSizeChanged)
 
@@ -65,6 +68,9 @@ public:
     [[nodiscard]] const AgentsRecord& agents() const { return m_agents; }
     [[nodiscard]] const WorkflowRecord& workflow() const { return m_workflow; }
     [[nodiscard]] const FooterRecord& footer() const { return m_footer; }
+    [[nodiscard]] const PreviewRecord& preview() const { return m_preview; }
+    /// Of the preview that is shown; null when there is none, or it is of a text.
+    [[nodiscard]] std::shared_ptr<const std::string> previewPicture() const;
 
     /// Whether all flaws are listed in the place of the first three; a verdict without flaws and a
     /// grade end it. The list is empty while it is not open.
@@ -100,6 +106,9 @@ public:
     Q_INVOKABLE void getKey();
     Q_INVOKABLE void uninstall();
     Q_INVOKABLE void accessibility();
+    Q_INVOKABLE void sendPreviewed(bool always); ///< See the model.
+    Q_INVOKABLE void dropPreviewed();
+    Q_INVOKABLE void settings();
     Q_INVOKABLE void quit();
     Q_INVOKABLE void showHistory();
     // Of the list of flaws, by their place in it; nothing for a place that it does not have.
@@ -123,6 +132,7 @@ signals:
     void flawListChanged();
     void chosenFlawChanged();
     void flawNoteChanged();
+    void previewChanged();
     void darkChanged();
     void textSizeChanged();
 
@@ -147,6 +157,7 @@ private:
     FlawListView m_flaws;
     std::vector<Flaw> m_listedFlaws; ///< As listed: the model may have others by the next press.
     FlawListRecord m_flawList;
+    PreviewRecord m_preview;
     bool m_dark = false;
     int m_textSize = kTextSize;
     bool m_redrawPending = false;

@@ -30,6 +30,9 @@ public:
         return which == QAccessible::Name ? control()->name() : QString();
     }
     QAccessible::Role role() const override {
+        if (control()->isCheckable()) {
+            return control()->isOneOfSeveral() ? QAccessible::RadioButton : QAccessible::CheckBox;
+        }
         return control()->opensMenu() ? QAccessible::ButtonMenu : QAccessible::Button;
     }
     QRect rect() const override {
@@ -43,6 +46,8 @@ public:
         state.focused = item->hasActiveFocus();
         state.disabled = !item->isUsable();
         state.pressed = item->isPressed();
+        state.checkable = item->isCheckable();
+        state.checked = item->isCheckable() && item->isChecked();
         state.hasPopup = item->opensMenu();
         state.invisible = !item->isVisible() || !window() || !window()->isVisible();
         return state;
@@ -86,10 +91,23 @@ void PanelControl::setUsable(bool usable) {
     if (m_usable == usable) return;
     m_usable = usable;
     emit usableChanged();
-    // Nobody listens, so nothing is told.
-    if (!QAccessible::isActive()) return;
     QAccessible::State changed;
     changed.disabled = true;
+    tell(changed);
+}
+
+void PanelControl::setChecked(bool checked) {
+    if (m_checked == checked) return;
+    m_checked = checked;
+    emit checkedChanged();
+    QAccessible::State changed;
+    changed.checked = true;
+    tell(changed);
+}
+
+void PanelControl::tell(QAccessible::State changed) {
+    // Nobody listens, so nothing is told.
+    if (!QAccessible::isActive()) return;
     QAccessibleStateChangeEvent event(this, changed);
     QAccessible::updateAccessibility(&event);
 }

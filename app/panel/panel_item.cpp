@@ -36,6 +36,9 @@ void prepare(QQmlEngine& engine, PanelBridge& bridge) {
     engine.addImageProvider(QLatin1String(SymbolProvider::kName), new SymbolProvider);
     engine.addImageProvider(QLatin1String(AppIconProvider::kName),
                             new AppIconProvider(bridge.images().icons));
+    engine.addImageProvider(
+        QLatin1String(PreviewPictureProvider::kName),
+        new PreviewPictureProvider([&bridge] { return bridge.previewPicture(); }));
 }
 
 QVariantMap initialProperties(PanelBridge& bridge) {
@@ -90,6 +93,20 @@ std::unique_ptr<QQuickView> makePanelView(PanelBridge& bridge) {
     };
     QObject::connect(panel, &QQuickItem::implicitHeightChanged, panel, fit);
     fit();
+    return view;
+}
+
+std::unique_ptr<QQuickView> makeSettingsView(SettingsBridge& settings, PanelBridge& panel) {
+    auto view = std::make_unique<QQuickView>();
+    prepare(*view->engine(), panel);
+    view->setResizeMode(QQuickView::SizeRootObjectToView);
+    view->setInitialProperties(
+        {{QStringLiteral("bridge"), QVariant::fromValue<QObject*>(&settings)},
+         {QStringLiteral("panel"), QVariant::fromValue<QObject*>(&panel)}});
+    view->setSource(QUrl(QStringLiteral("qrc:/qt/qml/Kelvane/SettingsWindow.qml")));
+    if (view->rootObject() == nullptr) return nullptr;
+    // Narrower than this the longest caption would be cut.
+    view->setMinimumSize(QSize(360, 320));
     return view;
 }
 

@@ -7,6 +7,7 @@
 #pragma once
 
 #include "app/panel/panel_bridge.h"
+#include "app/panel/settings_bridge.h"
 
 #include <memory>
 
@@ -30,7 +31,8 @@ void useSoftwareRendering();
 /// makes happen. Give it the keyboard with `forceActiveFocus()`; then Tab goes to its first
 /// control. Its signal `dismissed()` tells that Escape was pressed and nothing in the panel used
 /// it. Its controls are found by objectName: reportLink, gradeButton, iterateButton, getKeyLink,
-/// wireLink, settingsButton, and in the open menu menu.getKey, menu.uninstall, menu.quit.
+/// wireLink, settingsButton, and in the open menu menu.getKey, menu.uninstall, menu.quit, and
+/// in a preview previewAlways, previewSend, previewCancel.
 [[nodiscard]] std::unique_ptr<QQuickItem> makePanelItem(QQmlEngine& engine, PanelBridge& bridge,
                                                         QQuickItem* parent = nullptr);
 
@@ -39,6 +41,12 @@ void useSoftwareRendering();
 /// transparent, and what lies outside the corners is for its owner to cut off or to have left out,
 /// see roundPanelGround(). Null as above.
 [[nodiscard]] std::unique_ptr<QQuickView> makePanelView(PanelBridge& bridge);
+
+/// A hidden window with everything that can be set, to be shown by whoever holds it; `panel` tells
+/// its colours and the size of its text. Its item's signal `dismissed()` is as the panel's. Null as
+/// above.
+[[nodiscard]] std::unique_ptr<QQuickView> makeSettingsView(SettingsBridge& settings,
+                                                           PanelBridge& panel);
 
 /// Whether the panel draws its corners itself and leaves what is outside them transparent. At first
 /// it does not.

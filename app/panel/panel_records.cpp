@@ -187,6 +187,26 @@ WorkflowRecord workflowRecord(const WorkflowSection& workflow) {
     return record;
 }
 
+PreviewRecord previewRecord(const std::optional<PreviewPage>& page) {
+    PreviewRecord record;
+    if (!page) return record;
+    record.shown = true;
+    record.caption = text(page->caption);
+    record.headline = text(page->headline);
+    record.detail = text(page->detail);
+    if (page->lines) {
+        record.lines.reserve(static_cast<qsizetype>(page->lines->size()));
+        for (const auto& line : *page->lines) record.lines << text(line);
+    }
+    if (page->picture) record.picture = previewPictureSource();
+    record.contentName = text(page->contentName);
+    for (const auto& remark : page->remarks) record.remarks << text(remark);
+    record.always = text(page->always);
+    record.send = text(page->send);
+    record.cancel = text(page->cancel);
+    return record;
+}
+
 FooterRecord footerRecord(const FooterRow& footer) {
     FooterRecord record;
     record.wire = buttonRecord(footer.wire);

@@ -14,7 +14,10 @@
 #include <QList>
 #include <QObject>
 #include <QString>
+#include <QStringList>
 #include <QtQml/qqmlregistration.h>
+
+#include <optional>
 
 namespace kelvane {
 
@@ -53,6 +56,7 @@ enum class Value {
     Quit = static_cast<int>(MenuAction::quit),
     Divider = static_cast<int>(MenuAction::divider),
     Accessibility = static_cast<int>(MenuAction::accessibility),
+    Settings = static_cast<int>(MenuAction::settings),
 };
 Q_ENUM_NS(Value)
 } // namespace PanelMenuAction
@@ -305,6 +309,35 @@ public:
     QList<MenuItemRecord> menu;
 };
 
+struct PreviewRecord {
+    Q_GADGET
+    QML_VALUE_TYPE(previewRecord)
+    Q_PROPERTY(bool shown MEMBER shown CONSTANT)
+    Q_PROPERTY(QString caption MEMBER caption CONSTANT)
+    Q_PROPERTY(QString headline MEMBER headline CONSTANT)
+    Q_PROPERTY(QString detail MEMBER detail CONSTANT)
+    Q_PROPERTY(QStringList lines MEMBER lines CONSTANT)
+    Q_PROPERTY(QString picture MEMBER picture CONSTANT)
+    Q_PROPERTY(QString contentName MEMBER contentName CONSTANT)
+    Q_PROPERTY(QStringList remarks MEMBER remarks CONSTANT)
+    Q_PROPERTY(QString always MEMBER always CONSTANT)
+    Q_PROPERTY(QString send MEMBER send CONSTANT)
+    Q_PROPERTY(QString cancel MEMBER cancel CONSTANT)
+
+public:
+    bool shown = false;
+    QString caption;
+    QString headline;
+    QString detail;
+    QStringList lines;
+    QString picture; ///< Its address; empty for a text.
+    QString contentName;
+    QStringList remarks;
+    QString always; ///< Empty: there is no such box.
+    QString send;
+    QString cancel;
+};
+
 [[nodiscard]] HeaderRecord headerRecord(const CompanionViewRecord& view,
                                         BundleResources& resources);
 [[nodiscard]] NowRecord nowRecord(const NowSection& now, AppIcons& icons);
@@ -314,5 +347,6 @@ public:
 [[nodiscard]] AgentsRecord agentsRecord(const AgentsSection& agents);
 [[nodiscard]] WorkflowRecord workflowRecord(const WorkflowSection& workflow);
 [[nodiscard]] FooterRecord footerRecord(const FooterRow& footer);
+[[nodiscard]] PreviewRecord previewRecord(const std::optional<PreviewPage>& page);
 
 } // namespace kelvane

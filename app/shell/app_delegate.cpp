@@ -78,15 +78,24 @@ void AppDelegate::applicationDidFinishLaunching() {
     m_timer = m_ports.ticker.every(kRefreshInterval, whileAlive([this] {
                                        m_model->refresh();
                                        m_actions.keepService();
+                                       tick();
                                    }));
     if (m_options.refreshesCatalog) m_actions.refreshRemoteCatalog();
     m_ports.application.later(whileAlive([this, firstRun] {
         // The program may be quit while it is asked.
         const std::weak_ptr<const bool> alive = m_alive;
+        m_actions.applySettings();
         settleGradingPlace();
         // One question after the other, and the first run has enough of its own.
         if (!alive.expired() && !firstRun) m_actions.offerAccessibility(*m_model->limit);
+        const bool wished = std::ranges::find(m_options.args, "--settings") != m_options.args.end();
+        if (!alive.expired() && wished) openSettings();
     }));
+}
+
+void AppDelegate::tick() {
+    m_actions.applySettings();
+    if (m_menuPauses != m_model->pauseLeft().has_value()) setItemMenu();
 }
 
 void AppDelegate::showDemoWindow() {
@@ -118,6 +127,10 @@ void AppDelegate::wireHooks() {
         closePopover();
         m_actions.showHistory();
     });
+    if (m_actions.openSettings) {
+        m_model->onSettings = whileAlive([this] { openSettings(); });
+    }
+    m_model->onPreview = whileAlive([this] { openPopover(); });
     m_model->onQuit = whileAlive([this] { m_ports.application.terminate(); });
     m_model->onCapture = whileAlive([this](bool under) {
         if (m_popover == nullptr) return;
@@ -141,10 +154,39 @@ void AppDelegate::makeStatusItem() {
     if (auto image = trayIcon()) m_statusItem->setImage(std::move(image));
     m_statusItem->setToolTip(kToolTip);
     m_statusItem->setAction(whileAlive([this] { togglePopover(); }));
-    m_statusItem->setMenu({{"Open", whileAlive([this] { openPopover(true); })},
-                           {"Where to grade…", whileAlive([this] { askWhereToGrade(); })},
-                           {"History…", whileAlive([this] { m_model->onHistory(); })},
-                           {"Quit", whileAlive([this] { m_ports.application.terminate(); })}});
+    setItemMenu();
+}
+
+void AppDelegate::setItemMenu() {
+    if (m_statusItem == nullptr) return;
+    m_menuPauses = m_model->pauseLeft().has_value();
+    std::vector<StatusItem::MenuEntry> entries{
+        {"Open", whileAlive([this] { openPopover(true); })},
+        {"Where to grade…", whileAlive([this] { askWhereToGrade(); })},
+        {"History…", whileAlive([this] { m_model->onHistory(); })}};
+    if (m_actions.openSettings) {
+        entries.push_back({"Settings…", whileAlive([this] { openSettings(); })});
+        entries.push_back({m_menuPauses ? "Resume" : "Pause for an hour", whileAlive([this] {
+                               m_menuPauses ? m_model->resume() : m_model->pause(kPause);
+                               // Not now: the entry that was chosen would go.
+                               m_ports.application.later(whileAlive([this] { setItemMenu(); }));
+                           })});
+    }
+    entries.push_back({"Quit", whileAlive([this] { m_ports.application.terminate(); })});
+    m_statusItem->setMenu(std::move(entries));
+}
+
+void AppDelegate::openSettings() {
+    if (m_model == nullptr || m_popover == nullptr || !m_actions.openSettings) return;
+    // The window would stand behind the panel.
+    closePopover();
+    m_model->refresh();
+    m_actions.openSettings(*m_model);
+}
+
+void AppDelegate::panelWentAway() {
+    // Nobody can say yes to what nobody sees.
+    if (m_model != nullptr) m_model->dropPreviewed();
 }
 
 std::shared_ptr<const TrayImage> AppDelegate::trayIcon() {
@@ -204,6 +246,9 @@ GradeBegun AppDelegate::gradeNow(GradeWish wish) {
     if (m_popover == nullptr) return GradeBegun::NothingInFront;
     if (*m_model->grading) return GradeBegun::Already;
     m_model->refresh();
+    if (*m_model->refusal) {
+        return m_model->pauseLeft() ? GradeBegun::Paused : GradeBegun::NeverCaptured;
+    }
     if (!m_model->detected->app) return GradeBegun::NothingInFront;
     if (!*m_model->hasKey) return GradeBegun::NoKey;
     m_opensAfterCapture = true;

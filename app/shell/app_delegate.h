@@ -34,6 +34,8 @@ inline constexpr double kRenderScale = 2.0;
 inline constexpr Size kDemoWindowSize{360, 560};
 inline constexpr int kTrayIconSize = 18;
 inline constexpr std::chrono::milliseconds kRefreshInterval{4'000};
+/// Of "Pause for an hour".
+inline constexpr std::chrono::hours kPause{1};
 /// What the program ends with when the picture could not be made.
 inline constexpr int kRenderFailed = 3;
 
@@ -81,10 +83,14 @@ public:
         std::function<void()> askWhereToGrade = [] {};
         /// Sees to it that the service that was chosen is there.
         std::function<void()> keepService = [] {};
+        /// Sees to it that what was set is in use.
+        std::function<void()> applySettings = [] {};
         std::function<void(const DesktopLimit&)> offerAccessibility;
         std::function<void()> changeAccessibility;
         /// Shows the verdicts of the past in a window of their own.
         std::function<void()> showHistory = [] {};
+        /// Opens the window of settings, or brings it forward. Empty: there is none.
+        std::function<void(CompanionModel&)> openSettings = nullptr;
         std::function<void()> panelShown; ///< A window of the panel's has just been shown.
         std::string connectUrl;
         /// Hands the address of the report on a run to `open`, at once or soon, on this thread.
@@ -112,6 +118,12 @@ public:
     /// shapes that have no popover.
     void askWhereToGrade();
 
+    /// Opens the window of settings. Nothing in the shapes that have no popover.
+    void openSettings();
+
+    /// The popover has gone from sight, by whatever cause.
+    void panelWentAway();
+
     /// Looks what is in front and begins to grade it, as the panel's button does; the panel opens
     /// once the work is captured.
     [[nodiscard]] GradeBegun gradeNow(GradeWish wish);
@@ -126,6 +138,8 @@ private:
     void showDemoWindow();
     void wireHooks();
     void makeStatusItem();
+    void setItemMenu();
+    void tick();
     void settleGradingPlace();
     void closePopover();
     void showPopover(bool pointerAtItem);
@@ -141,6 +155,7 @@ private:
     Ports m_ports;
     Actions m_actions;
     LaunchOptions m_options;
+    bool m_menuPauses = false; ///< The item's menu offers to end a pause.
     bool m_isAsking = false;
     bool m_opensAfterCapture = false;
     // What shows the model goes before it does.

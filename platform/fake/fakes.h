@@ -15,6 +15,7 @@
 #include "platform/fake/fake_dispatcher.h"
 #include "platform/fake/fake_environment.h"
 #include "platform/fake/fake_file_system.h"
+#include "platform/fake/fake_global_shortcut.h"
 #include "platform/fake/fake_http_session.h"
 #include "platform/fake/fake_kept_programs.h"
 #include "platform/fake/fake_keyboard.h"
@@ -41,6 +42,7 @@ struct FakePlatform {
     FakeFileSystem files{journal};
     FakeBundleResources resources;
     FakeAppIcons icons;
+    FakeGlobalShortcut shortcut{journal};
     FakeHttpSession http{journal};
     FakeKeptPrograms programs{journal};
     FakeKeyboard keyboard{journal};

@@ -13,6 +13,7 @@
 #include "platform/linux/x11/x11_compositing.h"
 #include "platform/linux/x11/x11_input_hold.h"
 #include "platform/linux/x11/x11_pointer_presses.h"
+#include "platform/linux/x11/x11_shortcut.h"
 #include "platform/linux/x11/x11_window_list.h"
 #include "platform/linux/x11/x11_window_picture.h"
 
@@ -94,6 +95,7 @@ LinuxDesktop desktopOf(const LinuxApplications& opened, Clock& clock) {
     desktop.accessibility = makeAccessibilitySwitch(opened.unseen.sessionBus);
     desktop.icons = makeDesktopIcons(opened.files);
     desktop.pointerPresses = makeX11PointerPresses(wholeX11);
+    desktop.shortcut = makeX11Shortcut(wholeX11);
     desktop.hold = std::move(held.hold);
     desktop.compositing = compositingOf(session);
     return desktop;

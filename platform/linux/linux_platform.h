@@ -8,6 +8,7 @@
 #include "platform/ports/compositing.h"
 #include "platform/ports/desktop_limits.h"
 #include "platform/ports/environment.h"
+#include "platform/ports/global_shortcut.h"
 #include "platform/ports/input_hold.h"
 #include "platform/ports/keyboard.h"
 #include "platform/ports/own_focus.h"
@@ -36,6 +37,7 @@ struct LinuxDesktop {
     /// Under Wayland it never tells: only presses on the windows of X11 programs would be heard,
     /// half an answer.
     std::unique_ptr<PointerPresses> pointerPresses;
+    std::unique_ptr<GlobalShortcut> shortcut; ///< Under Wayland there is none.
     std::unique_ptr<InputHold> hold;          ///< Under Wayland it holds nothing, likewise.
     std::unique_ptr<Compositing> compositing; ///< Without an X session always on.
 };

@@ -143,6 +143,7 @@ LinuxDesktop makeRenewedDesktop(LinuxDesktop first,
     desktop.accessibility = std::move(first.accessibility);
     desktop.icons = std::move(first.icons);
     desktop.pointerPresses = std::move(first.pointerPresses);
+    desktop.shortcut = std::move(first.shortcut);
     desktop.hold = std::move(first.hold);
     desktop.compositing = std::move(first.compositing);
     const auto renewal = std::make_shared<Renewal>(std::move(first), std::move(look));

@@ -1,6 +1,8 @@
 #include "app/companion_model.h"
 
+#include "app/companion_view.h"
 #include "app/process_settings.h"
+#include "app/settings/settings_store.h"
 #include "platform/fake/fakes.h"
 
 #include <gtest/gtest.h>
@@ -918,6 +920,218 @@ TEST(CompanionModelDemo, SeedDemoShowsFigmaWhenTheCatalogKnowsIt) {
     model.seedDemo();
     EXPECT_EQ(*model.detected,
               (DetectedApp{.rawBundleId = "com.figma.Desktop", .rawName = "Figma", .app = figma}));
+}
+
+// ---- settings: preview, exclusions, pause
+
+/// The same with settings; the service of the fixture is not this machine.
+class GuardedModelTest : public CompanionModelTest {
+protected:
+    GuardedModelTest() {
+        fake.workspace.front = 10;
+        guarded.onPreview = [this] { ++previewsShown; };
+    }
+
+    static CompanionModel::Ports withSettings(CompanionModel::Ports ports, SettingsStore& store) {
+        ports.settings = &store;
+        return ports;
+    }
+
+    void set(const std::string& text) { fake.files.files["/home/ada/.brask/settings.json"] = text; }
+
+    void gradeFront() {
+        guarded.refresh();
+        guarded.grade();
+        fake.dispatcher.runAll();
+    }
+
+    SettingsStore store{fake.files, "/home/ada/.brask"};
+    CompanionModel guarded{withSettings(modelPorts(fake), store), testCatalog(), "/home/ada"};
+    int previewsShown = 0;
+};
+
+TEST_F(GuardedModelTest, NothingIsAskedOfTheServiceBeforeSend) {
+    gradeFront();
+    ASSERT_TRUE(guarded.preview->has_value());
+    EXPECT_TRUE(fake.http.requests.empty());
+    EXPECT_TRUE(*guarded.grading);
+    EXPECT_EQ(previewsShown, 1);
+    const GradePreview& preview = **guarded.preview;
+    EXPECT_EQ(preview.app, "The editor");
+    EXPECT_EQ(preview.to, "service");
+    EXPECT_TRUE(preview.leaves);
+    ASSERT_NE(preview.lines, nullptr);
+    EXPECT_EQ(*preview.lines, std::vector<std::string>{"my words"});
+    EXPECT_EQ(preview.picture, nullptr);
+
+    guarded.sendPreviewed();
+    EXPECT_FALSE(guarded.preview->has_value());
+    fake.dispatcher.runAll();
+    EXPECT_EQ(submission().at("artifact_parts").at(0).at("text"), "my words");
+    EXPECT_TRUE(guarded.verdict->has_value());
+    EXPECT_FALSE(*guarded.grading);
+}
+
+TEST_F(GuardedModelTest, WhatIsDroppedIsNeverSent) {
+    gradeFront();
+    guarded.dropPreviewed();
+    fake.dispatcher.runAll();
+    EXPECT_TRUE(fake.http.requests.empty());
+    EXPECT_FALSE(*guarded.grading);
+    EXPECT_FALSE(guarded.preview->has_value());
+    EXPECT_EQ(*guarded.note, "Nothing was sent.");
+    guarded.sendPreviewed();
+    fake.dispatcher.runAll();
+    EXPECT_TRUE(fake.http.requests.empty()) << "there is nothing to send any more";
+}
+
+TEST_F(GuardedModelTest, CancelDropsThePreviewToo) {
+    gradeFront();
+    guarded.cancel();
+    EXPECT_FALSE(guarded.preview->has_value());
+    guarded.sendPreviewed();
+    fake.dispatcher.runAll();
+    EXPECT_TRUE(fake.http.requests.empty());
+}
+
+TEST_F(GuardedModelTest, AServiceOfThisMachineIsSentToAtOnce) {
+    fake.environment.variables["BRASK_API_BASE"] = "http://127.0.0.1:9";
+    gradeFront();
+    EXPECT_FALSE(guarded.preview->has_value());
+    EXPECT_FALSE(fake.http.requests.empty());
+}
+
+TEST_F(GuardedModelTest, WhatIsSaidOfAnApplicationIsRemembered) {
+    gradeFront();
+    guarded.sendPreviewed(true);
+    fake.dispatcher.runAll();
+    EXPECT_EQ(fake.files.files["/home/ada/.brask/settings.json"],
+              "{\n  \"preview_apps\": {\"org.example.editor\": \"never\"}\n}\n");
+    const auto sent = fake.http.requests.size();
+    guarded.grade();
+    fake.dispatcher.runAll();
+    EXPECT_FALSE(guarded.preview->has_value());
+    EXPECT_GT(fake.http.requests.size(), sent);
+    fake.workspace.front = 20;
+    gradeFront();
+    EXPECT_TRUE(guarded.preview->has_value()) << "another application is asked about";
+}
+
+TEST_F(GuardedModelTest, AnotherServiceThanTheOneShownIsShownAndNotSentTo) {
+    gradeFront();
+    fake.environment.variables["BRASK_API_BASE"] = "https://elsewhere.example";
+    guarded.sendPreviewed();
+    fake.dispatcher.runAll();
+    EXPECT_TRUE(fake.http.requests.empty());
+    EXPECT_EQ(guarded.preview->value().to, "elsewhere.example");
+    guarded.sendPreviewed();
+    fake.dispatcher.runAll();
+    EXPECT_FALSE(fake.http.requests.empty());
+}
+
+TEST_F(GuardedModelTest, AnIterateIsPreviewedAndKeepsItsVerdict) {
+    fake.environment.variables["BRASK_API_BASE"] = "http://127.0.0.1:9";
+    gradeFront();
+    ASSERT_TRUE(guarded.verdict->has_value());
+    fake.environment.variables["BRASK_API_BASE"] = "https://service";
+    const auto sent = fake.http.requests.size();
+    guarded.iterate();
+    fake.dispatcher.runAll();
+    ASSERT_TRUE(guarded.preview->has_value());
+    EXPECT_EQ(fake.http.requests.size(), sent);
+    guarded.dropPreviewed();
+    EXPECT_TRUE(guarded.verdict->has_value());
+    guarded.iterate();
+    fake.dispatcher.runAll();
+    guarded.sendPreviewed();
+    fake.dispatcher.runAll();
+    EXPECT_EQ(guarded.verdict->value().band, Band::ship);
+}
+
+TEST_F(GuardedModelTest, APreviewShowsThePictureThatIsSent) {
+    fake.workspace.front = 20;
+    gradeFront();
+    ASSERT_TRUE(guarded.preview->has_value());
+    EXPECT_EQ(*guarded.preview->value().picture, "PNG");
+    EXPECT_EQ(guarded.preview->value().lines, nullptr);
+}
+
+TEST_F(GuardedModelTest, SeveralWaitOneBehindTheOther) {
+    guarded.refresh();
+    guarded.grade();
+    fake.workspace.front = 20;
+    guarded.refresh();
+    guarded.grade();
+    fake.dispatcher.runAll();
+    EXPECT_EQ(guarded.preview->value().app, "The editor");
+    guarded.sendPreviewed();
+    EXPECT_EQ(guarded.preview->value().app, "The design");
+    EXPECT_EQ(previewsShown, 2);
+}
+
+TEST_F(GuardedModelTest, FromAnExcludedApplicationNothingIsCaptured) {
+    set(R"({"never_capture": ["org.example.editor"]})");
+    gradeFront();
+    EXPECT_EQ(*guarded.refusal, "Nothing is captured from The editor, as you set it.");
+    EXPECT_FALSE(*guarded.grading);
+    EXPECT_EQ(fake.journal.count("copy"), 0U);
+    fake.workspace.front = 20;
+    guarded.refresh();
+    EXPECT_FALSE(guarded.refusal->has_value());
+}
+
+TEST_F(GuardedModelTest, WhatIsExcludedWhileItIsCapturedIsNotSent) {
+    fake.environment.variables["BRASK_API_BASE"] = "http://127.0.0.1:9";
+    guarded.refresh();
+    guarded.grade();
+    set(R"({"never_capture": ["org.example.*"]})");
+    fake.dispatcher.runAll();
+    EXPECT_TRUE(fake.http.requests.empty());
+    EXPECT_FALSE(*guarded.grading);
+    EXPECT_EQ(*guarded.note, "Nothing is captured from The editor, as you set it.");
+}
+
+TEST_F(GuardedModelTest, APauseRefusesUntilItIsOverOrEnded) {
+    guarded.refresh();
+    guarded.pause(std::chrono::hours(1));
+    EXPECT_EQ(*guarded.refusal, "Paused for 60 more minutes.");
+    EXPECT_FALSE(companionView(guarded).actions.grade.enabled);
+    EXPECT_EQ(companionView(guarded).actions.grade.toolTip, "Paused for 60 more minutes.");
+    guarded.grade();
+    EXPECT_FALSE(*guarded.grading);
+    fake.clock.time += std::chrono::minutes(59);
+    guarded.refresh();
+    EXPECT_EQ(*guarded.refusal, "Paused for 1 more minute.");
+    fake.clock.time += std::chrono::minutes(1);
+    guarded.refresh();
+    EXPECT_FALSE(guarded.refusal->has_value());
+    EXPECT_FALSE(guarded.pauseLeft().has_value());
+    guarded.pause(std::chrono::hours(1));
+    guarded.resume();
+    EXPECT_FALSE(guarded.refusal->has_value());
+}
+
+TEST(GradePreviewText, IsCutIntoLinesAndMadeHarmless) {
+    CaptureResult capture{.parts = {{.mimeType = "text/plain",
+                                     .text = "a\n\u202Eb\n" + std::string(900, 'x'),
+                                     .dataB64 = std::nullopt,
+                                     .logicalName = "work.txt"}},
+                          .modality = "text",
+                          .ok = true,
+                          .note = "A note."};
+    const DetectedApp from{.rawBundleId = "id", .rawName = "Name", .app = std::nullopt};
+    const auto preview = gradePreview(capture, from, "https://me@host.example", "A hint.");
+    EXPECT_EQ(*preview.lines,
+              (std::vector<std::string>{"a", "b", std::string(400, 'x'), std::string(400, 'x'),
+                                        std::string(100, 'x')}));
+    EXPECT_EQ(preview.to, "host.example");
+    EXPECT_EQ(preview.size, "905 characters");
+    EXPECT_EQ(preview.leftOut.at(0), "A note.");
+    EXPECT_EQ(preview.leftOut.at(1), "A hint.");
+    EXPECT_NE(preview.beside.find("“work.txt”"), std::string::npos);
+    capture.parts[0].text = std::string(Capture::kMaxCharacters, 'y');
+    const auto full = gradePreview(capture, from, "https://host.example", std::nullopt);
+    EXPECT_NE(full.leftOut.at(0).find("180000"), std::string::npos);
 }
 
 } // namespace

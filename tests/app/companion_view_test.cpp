@@ -163,6 +163,23 @@ TEST_F(CompanionViewTest, TheMenuOffersAccessibilityOnlyWhereItHelps) {
     EXPECT_EQ(view().footer.menu[1].title, "Switch accessibility off again…");
 }
 
+TEST_F(CompanionViewTest, TheMenuLeadsToTheSettingsWhereThereIsAWindowOfThem) {
+    model.onSettings = [] {};
+    ASSERT_EQ(view().footer.menu.size(), 5U);
+    EXPECT_EQ(view().footer.menu[0],
+              (MenuItem{.action = MenuAction::settings, .title = "Settings…"}));
+    EXPECT_EQ(name(MenuAction::settings), "settings");
+}
+
+TEST_F(CompanionViewTest, WhatIsRefusedSaysWhy) {
+    inFront(figma());
+    model.hasKey = true;
+    model.refusal = "Not from here.";
+    EXPECT_FALSE(view().actions.grade.enabled);
+    EXPECT_FALSE(view().actions.iterate.enabled);
+    EXPECT_EQ(view().actions.grade.toolTip, "Not from here.");
+}
+
 TEST(ModalityLabel, HasAWordForEachModality) {
     const std::vector<std::pair<std::string, std::string>> cases{
         {"ui_ux", "design"},

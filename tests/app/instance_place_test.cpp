@@ -10,7 +10,8 @@ TEST(InstanceMessages, AreReadAsTheyWereWritten) {
         EXPECT_EQ(gradeWishOf(askGrade(wish)), wish);
     }
     for (const GradeBegun begun :
-         {GradeBegun::Yes, GradeBegun::NothingInFront, GradeBegun::NoKey, GradeBegun::Already}) {
+         {GradeBegun::Yes, GradeBegun::NothingInFront, GradeBegun::NoKey, GradeBegun::Already,
+          GradeBegun::Paused, GradeBegun::NeverCaptured}) {
         EXPECT_EQ(gradeBegunOf(gradeReply(begun)), begun);
     }
 }

@@ -12,7 +12,9 @@ FocusScope {
     property bool groundIsRounded: false
     /// Above 0: no higher than this; the middle scrolls then, between its head and its foot.
     property real maximumHeight: 0
-    readonly property real naturalHeight: head.implicitHeight + body.implicitHeight + 32 + foot.implicitHeight
+    readonly property bool previews: bridge.preview.shown
+    readonly property real naturalHeight: head.implicitHeight
+        + (previews ? preview.implicitHeight : body.implicitHeight + 32 + foot.implicitHeight)
 
     /// Escape was pressed and there was nothing in the panel for it to end.
     signal dismissed
@@ -46,6 +48,10 @@ FocusScope {
         }
         switch (event.key) {
         case Qt.Key_Escape:
+            if (root.previews) {
+                root.bridge.dropPreviewed()
+                return
+            }
             // The list of all flaws ends first.
             if (!bridge.flawsOpen) {
                 root.dismissed()
@@ -134,6 +140,7 @@ FocusScope {
             }
         }
 
+        visible: !root.previews
         width: root.width
         anchors.top: head.bottom
         anchors.bottom: foot.top
@@ -203,7 +210,7 @@ FocusScope {
     // How much there is, and where: shown while there is more than fits.
     RoundedBox {
         objectName: "scrollMark"
-        visible: scroll.interactive
+        visible: scroll.interactive && scroll.visible
         width: 4
         radius: 2
         color: root.theme.wash(root.theme.secondary, 0.6)
@@ -213,8 +220,26 @@ FocusScope {
         y: scroll.y + (scroll.height - height) * scroll.contentY
                       / Math.max(1, scroll.contentHeight - scroll.height)
     }
+    PreviewPage {
+        id: preview
+        theme: root.theme
+        preview: root.bridge.preview
+        visible: root.previews
+        width: root.width
+        anchors.top: head.bottom
+        anchors.bottom: parent.bottom
+        // What was pressed for the panel before is no answer to this.
+        onVisibleChanged: {
+            menu.close(false)
+            tip.hide()
+            rest.forceActiveFocus()
+        }
+        onSendAsked: always => root.bridge.sendPreviewed(always)
+        onCancelAsked: root.bridge.dropPreviewed()
+    }
     Column {
         id: foot
+        visible: !root.previews
         width: root.width
         anchors.bottom: parent.bottom
 

@@ -20,6 +20,7 @@ StatusReport running() {
     report.isSupported = true;
     report.hasKey = true;
     report.note = "Graded your selection.";
+    report.refused = "Paused for 5 more minutes.";
     report.verdict = {
         .band = "route_to_fix", .score = 0.615, .flaws = 3, .runId = "r1", .error = std::nullopt};
     report.wiring = {{"Claude Code", true}, {"Codex", false}, {"Cursor", true}};
@@ -48,7 +49,8 @@ TEST(StatusJson, HasEveryFieldAndIsReadAgain) {
 TEST(StatusJson, OfNothingHasNullsAndIsReadAgainToo) {
     const std::string line = statusJson({});
     const json object = json::parse(line);
-    for (const char* name : {"verdict", "note"}) EXPECT_EQ(object.at(name), nullptr) << name;
+    for (const char* name : {"verdict", "note", "refused"})
+        EXPECT_EQ(object.at(name), nullptr) << name;
     EXPECT_EQ(object.at("service").at("answers"), nullptr);
     EXPECT_EQ(object.at("wiring"), json::array());
     EXPECT_EQ(statusJson(statusFromJson(line).value()), line);
@@ -71,6 +73,7 @@ TEST(StatusText, TellsAPersonWhatGoesOn) {
                                      "In front: Mouse\"pad\n"
                                      "Grade:    route_to_fix, 62%, 3 flaws, run r1\n"
                                      "Note:     Graded your selection.\n"
+                                     "Capture:  Paused for 5 more minutes.\n"
                                      "Key:      present\n"
                                      "Service:  this machine (http+unix://%2Fs), answers\n"
                                      "Wired:    Claude Code, Cursor\n");

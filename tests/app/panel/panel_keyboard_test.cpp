@@ -1,4 +1,5 @@
 #include "app/panel/panel_item.h"
+#include "app/settings/settings_store.h"
 #include "tests/app/panel/panel_items.h"
 #include "tests/app/panel/panel_states.h"
 
@@ -76,6 +77,111 @@ TEST_F(PanelKeyboardTest, WithoutAKeyTheDisabledButtonIsPassedOver) {
     EXPECT_EQ(focused(), "getKeyLink");
     press(Qt::Key_Return);
     EXPECT_EQ(called, std::vector<std::string>{"getKey"});
+}
+
+/// The same while work waits in a preview.
+class PanelPreviewTest : public PanelKeyboardTest {
+protected:
+    PanelPreviewTest() : bridged(ports(panel.fake, store), panel.model.catalog, "/home/u") {
+        panel.fake.environment.variables["BRASK_API_KEY"] = "k";
+        panel.fake.environment.variables["BRASK_API_BASE"] = "https://service.example";
+        bridged.seedDemo();
+        bridged.grade();
+        panel.fake.dispatcher.runAll();
+        previewBridge.redraw();
+        view = makePanelView(previewBridge);
+        view->show();
+        view->requestActivate();
+        EXPECT_TRUE(QTest::qWaitForWindowActive(view.get()));
+        view->rootObject()->forceActiveFocus();
+    }
+
+    // It looks at what goes before the rest of the fixture.
+    ~PanelPreviewTest() override { view.reset(); }
+
+    static CompanionModel::Ports ports(FakePlatform& fake, SettingsStore& store) {
+        return {.workspace = fake.workspace,
+                .processes = fake.processes,
+                .files = fake.files,
+                .environment = fake.environment,
+                .http = fake.http,
+                .clock = fake.clock,
+                .dispatcher = fake.dispatcher,
+                .capture =
+                    [](const DetectedApp&) {
+                        CaptureResult capture;
+                        capture.ok = true;
+                        capture.parts = {{.mimeType = "text/plain",
+                                          .text = "my words",
+                                          .dataB64 = std::nullopt,
+                                          .logicalName = "work.txt"}};
+                        return capture;
+                    },
+                .settings = &store};
+    }
+
+    void settle() {
+        panel.fake.dispatcher.runAll();
+        previewBridge.redraw();
+    }
+
+    SettingsStore store{panel.fake.files, "/home/u/.brask"};
+    CompanionModel bridged;
+    PanelBridge previewBridge{bridged, panel.images};
+};
+
+TEST_F(PanelPreviewTest, TabReachesItsControlsAloneAndNothingIsPressedByItself) {
+    EXPECT_EQ(focused(), "rest");
+    press(Qt::Key_Return);
+    settle();
+    EXPECT_TRUE(panel.fake.http.requests.empty());
+    std::vector<std::string> order;
+    for (int i = 0; i < 4; ++i) {
+        press(Qt::Key_Tab);
+        order.push_back(focused());
+    }
+    EXPECT_EQ(order, (std::vector<std::string>{"previewAlways", "previewSend", "previewCancel",
+                                               "previewAlways"}));
+}
+
+TEST_F(PanelPreviewTest, SendSendsAndShowsThePanelAgain) {
+    item("previewSend").forceActiveFocus();
+    press(Qt::Key_Return);
+    EXPECT_FALSE(bridged.preview->has_value());
+    settle();
+    EXPECT_FALSE(panel.fake.http.requests.empty());
+    EXPECT_FALSE(item("previewSend").isVisible());
+    EXPECT_TRUE(item("gradeButton").isVisible());
+    EXPECT_FALSE(panel.fake.files.exists("/home/u/.brask/settings.json"));
+}
+
+TEST_F(PanelPreviewTest, TheTickedBoxIsRemembered) {
+    auto& box = item("previewAlways");
+    box.forceActiveFocus();
+    press(Qt::Key_Space);
+    auto* const spoken = QAccessible::queryAccessibleInterface(&box);
+    EXPECT_EQ(spoken->role(), QAccessible::CheckBox);
+    EXPECT_TRUE(spoken->state().checked);
+    click(item("previewSend"));
+    EXPECT_FALSE(store.now().previewApps.at("com.figma.Desktop"));
+}
+
+TEST_F(PanelPreviewTest, CancelAndEscapeSendNothingAndLeaveThePanelOpen) {
+    for (const bool byEscape : {true, false}) {
+        QSignalSpy dismissed(view->rootObject(), SIGNAL(dismissed()));
+        if (byEscape) {
+            press(Qt::Key_Escape);
+        } else {
+            click(item("previewCancel"));
+        }
+        EXPECT_FALSE(bridged.preview->has_value());
+        settle();
+        EXPECT_TRUE(panel.fake.http.requests.empty());
+        EXPECT_EQ(dismissed.count(), 0);
+        bridged.grade();
+        settle();
+        ASSERT_TRUE(bridged.preview->has_value());
+    }
 }
 
 TEST_F(PanelKeyboardTest, ReturnAndSpacePress) {

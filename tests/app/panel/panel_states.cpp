@@ -1,6 +1,10 @@
 #include "tests/app/panel/panel_states.h"
+#include "app/grade_preview.h"
 #include "tests/source_tree.h"
+#include "text/base64.h"
 
+#include <fstream>
+#include <iterator>
 #include <utility>
 
 namespace kelvane {
@@ -80,6 +84,27 @@ void listedFlaws(PanelFixture& panel) {
         .app = "Kate", .isPicture = false, .bundleId = "org.kde.kate", .text = "words\n"};
 }
 
+GradePreview previewOf(const std::optional<std::string>& picture) {
+    const auto seen = app("Figma");
+    CaptureResult capture{
+        .parts = {{.mimeType = "text/markdown",
+                   .text = "# Quarterly report\n\nRevenue grew by a fifth.\n" + std::string(kLorem),
+                   .dataB64 = std::nullopt,
+                   .logicalName = "Figma-work.md"}},
+        .modality = "document",
+        .ok = true,
+        .note = std::nullopt};
+    if (picture) {
+        capture.parts[0].text.reset();
+        capture.parts[0].dataB64 = text::base64(*picture);
+        capture.note = "No text selection found — graded a screenshot of Figma's window. Select "
+                       "text first for a text grade.";
+    }
+    return gradePreview(capture,
+                        {.rawBundleId = "com.figma.Desktop", .rawName = "Figma", .app = seen},
+                        "https://trevix.example", std::nullopt);
+}
+
 constexpr const char* kExtensionHint =
     "On GNOME Kelvane reads text from GTK, Qt and Firefox windows. To read every program and to "
     "photograph a window, turn on its Shell extension, then log in again.";
@@ -146,6 +171,19 @@ const std::vector<PanelState>& panelStates() {
          [](PanelFixture& panel) {
              panel.model.seedDemo();
              panel.model.grading = true;
+         }},
+        {"preview-text",
+         [](PanelFixture& panel) {
+             panel.model.seedDemo();
+             panel.model.grading = true;
+             panel.model.preview = previewOf(std::nullopt);
+         }},
+        {"preview-picture",
+         [](PanelFixture& panel) {
+             panel.model.seedDemo();
+             panel.model.grading = true;
+             std::ifstream mark(inSourceTree("docs/images/panel-light.png"), std::ios::binary);
+             panel.model.preview = previewOf(std::string(std::istreambuf_iterator<char>(mark), {}));
          }},
         {"demo", [](PanelFixture& panel) { panel.model.seedDemo(); }},
         {"ship", [](PanelFixture& panel) { graded(panel, Band::ship, {}); }},

@@ -1,6 +1,7 @@
 #include "app/shell/app_delegate.h"
 
 #include "app/process_settings.h"
+#include "app/settings/settings_store.h"
 #include "platform/fake/fakes.h"
 
 #include <gmock/gmock.h>
@@ -291,6 +292,9 @@ protected:
                 [this](const DesktopLimit& limit) { steps.add("offer" + limit.line); },
             .changeAccessibility = [this] { steps.add("change accessibility"); },
             .showHistory = [this] { steps.add("show history"); },
+            .openSettings = hasSettings ? std::function<void(CompanionModel&)>(
+                                              [this](CompanionModel&) { steps.add("settings"); })
+                                        : nullptr,
             .panelShown = [this] { ++timesPanelShown; },
             .connectUrl = "https://service.example/connect?from=macos-app",
             .reportAddress =
@@ -315,8 +319,9 @@ protected:
                                       .dispatcher = platform.dispatcher,
                                       .capture = [this](const DetectedApp& app) -> CaptureResult {
                                           captured = app.app->capture;
-                                          return {};
-                                      }},
+                                          return captureGives;
+                                      },
+                                      .settings = settings},
                 catalog, "/home/me");
         };
     }
@@ -342,6 +347,9 @@ protected:
     bool installed = true;
     bool serviceIsSlow = false;
     bool placeIsUnknown = false;
+    bool hasSettings = false;
+    SettingsStore* settings = nullptr;
+    CaptureResult captureGives;
     std::string captured; ///< How the last capture was to be made.
     std::function<void()> whileAsked;
     int timesPanelShown = 0;
@@ -536,6 +544,9 @@ TEST_F(AppDelegateTest, AGradeFromOutsideSaysWhyItCannotBegin) {
     platform.environment.variables["BRASK_API_KEY"] = "k";
     delegate->model()->grading = true;
     EXPECT_EQ(delegate->gradeNow(GradeWish::AsCatalog), GradeBegun::Already);
+    delegate->model()->grading = false;
+    delegate->model()->pause(std::chrono::hours(1));
+    EXPECT_EQ(delegate->gradeNow(GradeWish::AsCatalog), GradeBegun::Paused);
     EXPECT_FALSE(state.popoverShown);
 }
 
@@ -557,6 +568,29 @@ TEST_F(AppDelegateTest, AGradeFromOutsideOpensThePanelOnceTheWorkIsCaptured) {
     EXPECT_EQ(delegate->gradeNow(GradeWish::AsCatalog), GradeBegun::Yes);
     platform.dispatcher.runAll();
     EXPECT_EQ(captured, "export");
+}
+
+TEST_F(AppDelegateTest, ThePanelOpensForAPreviewAndClosingItSendsNothing) {
+    platform.workspace.running = {figma()};
+    platform.workspace.front = 42;
+    platform.environment.variables["BRASK_API_KEY"] = "k";
+    SettingsStore store(platform.files, "/home/me/.brask");
+    settings = &store;
+    captureGives.ok = true;
+    captureGives.parts = {{.mimeType = "text/plain",
+                           .text = "words",
+                           .dataB64 = std::nullopt,
+                           .logicalName = "work.txt"}};
+    start();
+    delegate->model()->refresh();
+    delegate->model()->grade();
+    platform.dispatcher.runAll();
+    EXPECT_TRUE(state.popoverShown) << "it was closed, and the person is asked something";
+    ASSERT_TRUE(delegate->model()->preview->has_value());
+    delegate->panelWentAway();
+    platform.dispatcher.runAll();
+    EXPECT_TRUE(platform.http.requests.empty());
+    EXPECT_FALSE(*delegate->model()->grading);
 }
 
 // The popover
@@ -677,6 +711,39 @@ TEST_F(AppDelegateTest, TheHistoryOpensFromTheMenuAndFromThePanelWhichCloses) {
     happened();
     delegate->model()->onHistory();
     EXPECT_THAT(happened(), ElementsAre("popover close", "show history"));
+}
+
+TEST_F(AppDelegateTest, TheItemsMenuOpensTheSettingsAndPauses) {
+    hasSettings = true;
+    start();
+    happened();
+    ASSERT_EQ(state.menu.size(), 6U);
+    EXPECT_EQ(state.menu[3].title, "Settings…");
+    state.menu[3].action();
+    EXPECT_THAT(happened(), ElementsAre("refresh", "settings"));
+    EXPECT_EQ(state.menu[4].title, "Pause for an hour");
+    state.menu[4].action();
+    application.runJobs();
+    EXPECT_TRUE(delegate->model()->pauseLeft().has_value());
+    EXPECT_EQ(state.menu[4].title, "Resume");
+    platform.clock.time += std::chrono::hours(1);
+    state.tick();
+    EXPECT_EQ(state.menu[4].title, "Pause for an hour") << "the pause is over by itself";
+}
+
+TEST_F(AppDelegateTest, TheSettingsOpenWithoutThePanelInFront) {
+    hasSettings = true;
+    start();
+    state.click();
+    happened();
+    delegate->model()->onSettings();
+    EXPECT_THAT(happened(), ElementsAre("popover close", "refresh", "settings"));
+    start({"--settings"});
+    happened();
+    application.runJobs();
+    EXPECT_THAT(happened(), testing::Contains("settings"));
+    start({"--demo"}).openSettings();
+    EXPECT_THAT(happened(), testing::Not(testing::Contains("settings")));
 }
 
 // The hooks

@@ -1,0 +1,42 @@
+// A box to tick, or one choice of several, with its words beside it.
+import QtQuick
+import Kelvane.Panel
+
+Pressable {
+    id: root
+
+    checkable: true
+    implicitWidth: mark.width + 8 + Math.ceil(words.implicitWidth)
+    implicitHeight: Math.max(mark.height, Math.ceil(words.height)) + 4
+    ringRadius: 3
+
+    RoundedBox {
+        id: mark
+        width: root.theme.body + 1
+        height: width
+        anchors.verticalCenter: parent.verticalCenter
+        radius: root.oneOfSeveral ? width / 2 : 3
+        color: root.checked ? root.theme.accent : root.theme.raised
+        borderWidth: root.checked ? 0 : 1
+        borderColor: root.theme.wash(root.theme.secondary, 0.8)
+
+        RoundedBox {
+            visible: root.checked
+            anchors.centerIn: parent
+            width: root.oneOfSeveral ? parent.width * 0.4 : parent.width * 0.5
+            height: width
+            radius: root.oneOfSeveral ? width / 2 : 1
+            color: root.theme.white
+        }
+    }
+    PanelText {
+        id: words
+        theme: root.theme
+        text: root.label
+        x: mark.width + 8
+        width: Math.min(implicitWidth, root.width - x)
+        anchors.verticalCenter: parent.verticalCenter
+        font.pixelSize: theme.callout
+        Accessible.ignored: true
+    }
+}
