@@ -23,35 +23,32 @@ constexpr std::size_t kLongestToken = 200; // Bytes; what is longer is no name.
 
 // Words of the trade; those that everybody uses of computers are left out.
 constexpr std::string_view kTrade =
-    "api apis argument arguments argv async autoconf backend backends backtrace basename binaries "
-    "bitmap boolean booleans bytecode bytes callback callbacks changelog checksum checksums cli "
-    "codec codecs commit commits compile compiled compiler compilers compiles config configs "
-    "const constructor cron daemon daemons debian debug debugger debugging decoder deprecated "
-    "deprecation dereference destructor dict dictionaries directories directory dirname docstring "
-    "encoder encodings endian enum enums environ exec executable executables filename filenames "
-    "filesystem filesystems fork fixme formatter git glob gnome gtk gui gzip hash hashes hashing "
-    "header headers hostname html http https init initialization initialize initialized inode "
-    "instantiate integer integers int interpreter iterable iterator iterators javascript json kde "
-    "kernel kernels lexer libc libraries linker linux localhost login macro macros makefile malloc "
-    "metadata middleware module modules mutex namespace namespaces newline newlines null numpy "
-    "opengl optional overflow override overrides param parameter parameters params parse parsed "
-    "parser parsers parses parsing patches pathname perl plugin plugins pointer pointers "
-    "postscript "
-    "prepend preprocessor printf python recursion recursive refactor refactored regex regexp "
-    "regression repo repositories repository runtime schema sdk segfault serialization serializer "
-    "shell sizeof socket sockets stderr stdin stdout struct structs stylesheet subclass subclasses "
-    "subcommand subdirectories subdirectory submodule subprocess substring symlink symlinks syntax "
-    "sysadmin syscall tarball timestamp timestamps token tokenizer tokens toolchain traceback "
-    "tuple "
-    "tuples typedef undefined unicode unix unset upstream uri url urls utf utils uuid variable "
-    "variables webkit whitespace widget widgets wrapper wrappers xml yaml";
+    "api apis argv async autoconf backend backends backtrace basename bitmap boolean "
+    "booleans bytecode bytes callback callbacks changelog checksum checksums cli codec "
+    "codecs compile compiled compiler compilers compiles config configs const cron daemon "
+    "daemons debian debugger debugging decoder deprecated deprecation dereference destructor "
+    "dict directories directory dirname docstring encoder encodings endian enum enums "
+    "environ exec executable executables filename filenames filesystem filesystems fixme "
+    "formatter git glob gnome gtk gui gzip hash hashes hashing hostname html http https init "
+    "initialization inode instantiate integer integers int interpreter iterable iterator "
+    "iterators javascript json kde kernel kernels lexer libc libraries linker linux "
+    "localhost login macro macros makefile malloc metadata middleware module modules mutex "
+    "namespace namespaces newline newlines null numpy opengl param parameter parameters "
+    "params parse parsed parser parsers parses parsing pathname perl plugin plugins pointer "
+    "pointers prepend preprocessor printf python recursion recursive refactor refactored "
+    "regex regexp repo repositories repository runtime sdk segfault serialization serializer "
+    "sizeof socket sockets stderr stdin stdout struct structs stylesheet subclass subclasses "
+    "subcommand subdirectories subdirectory submodule subprocess substring symlink symlinks "
+    "syntax sysadmin syscall tarball timestamp timestamps tokenizer toolchain traceback "
+    "tuple tuples typedef unicode unix unset uri url urls utf utils uuid variable variables "
+    "webkit whitespace widget widgets wrapper wrappers xml yaml";
 
-constexpr std::array<std::string_view, 50> kExtensions = {
-    "c",   "cc",  "cfg",  "conf", "cpp",  "css",  "csv",   "deb", "desktop", "el",
-    "exe", "gz",  "h",    "hpp",  "htm",  "html", "in",    "ini", "ipynb",   "java",
-    "jar", "js",  "json", "lua",  "md",   "mjs",  "patch", "php", "pl",      "pm",
-    "po",  "ps1", "py",   "pyc",  "rb",   "rc",   "rs",    "rst", "sh",      "so",
-    "sql", "svg", "tar",  "tex",  "toml", "ts",   "txt",   "xml", "yaml",    "yml"};
+constexpr std::array<std::string_view, 48> kExtensions = {
+    "c",    "cc",  "cfg",  "conf", "cpp",   "css", "csv",   "deb",  "desktop", "exe",
+    "gz",   "h",   "hpp",  "htm",  "html",  "ini", "ipynb", "java", "jar",     "js",
+    "json", "lua", "md",   "mjs",  "patch", "php", "pl",    "pm",   "po",      "ps1",
+    "py",   "pyc", "rb",   "rc",   "rs",    "rst", "sh",    "so",   "sql",     "svg",
+    "tar",  "tex", "toml", "ts",   "txt",   "xml", "yaml",  "yml"};
 
 bool isSmall(char c) {
     return c >= 'a' && c <= 'z';
@@ -73,24 +70,28 @@ bool hasHump(std::string_view token) {
 bool isFileName(std::string_view token) {
     const std::size_t dot = token.rfind('.');
     if (dot == std::string_view::npos || dot + 1 >= token.size()) return false;
-    if (dot > 0 && !text::isAsciiWord(token[dot - 1])) return false;
-    return dot > 0 && text::isOneOf(token.substr(dot + 1), kExtensions);
+    // "a.c." is short for something.
+    if (dot < 2 || !text::isAsciiWord(token[dot - 1])) return false;
+    return text::isOneOf(token.substr(dot + 1), kExtensions);
 }
 
-/// "4.2.1": at least three numbers.
+/// "4.2.1", "v2.39.4rc1": at least three numbers; not "14.9.2026", "14.09.26", "1.000.000".
 bool isVersion(std::string_view token) {
-    if (token.starts_with('v')) token.remove_prefix(1);
-    std::size_t dots = 0;
-    for (std::size_t i = 0; i < token.size(); ++i) {
-        if (token[i] == '.') {
-            if (i == 0 || !text::isAsciiDigit(token[i - 1])) return false;
-            ++dots;
-        } else if (!text::isAsciiDigit(token[i]) && dots < 2) {
-            return false;
+    const bool named = token.starts_with('v');
+    if (named) token.remove_prefix(1);
+    std::array<std::size_t, 3> digits{}; // Of each of the first three numbers.
+    std::size_t at = 0;
+    for (std::size_t& count : digits) {
+        while (at < token.size() && text::isAsciiDigit(token[at])) {
+            ++at;
+            ++count;
         }
+        const bool last = &count == &digits.back();
+        if (count == 0 || (!last && (at == token.size() || token[at++] != '.'))) return false;
     }
-    // A day may be written so: "14.9.2026".
-    return dots >= 2 && token.size() - token.rfind('.') < 5;
+    if (named || at < token.size()) return named || token[at] != '.' || at + 1 < token.size();
+    // A day ends in a year, of two or four digits; thousands in three.
+    return digits[2] == 1;
 }
 
 /// "open(2)", "fsck(8)".
@@ -114,7 +115,7 @@ bool isOfCode(std::string_view token) {
         token.remove_suffix(1);
     if (token.size() < 3) return false;
     if (token.starts_with("--") && isSmall(token[2])) return true;
-    if (token.starts_with('$') && text::isAsciiWord(token[1])) return true;
+    if (token.starts_with('$') && text::isAsciiLetter(token[1])) return true;
     if (token.starts_with("~/") || token.starts_with("./") || token.starts_with("../")) return true;
     if (token[0] == '/' && text::isAsciiLetter(token[1]) &&
         token.find('/', 2) != std::string_view::npos) {

@@ -344,19 +344,35 @@ TEST(Grammar, SpeaksOfAPlaceOnce) {
 }
 
 TEST(WordFrames, FindWordsTakenForOthers) {
-    expectFound("text.confused_word",
-                {"The old driver is not longer in use.", "I though that the door was open.",
-                 "They want to thing about the colour first.",
-                 "Nobody remembered, so check were the key hangs.",
-                 "The new valve should effect the pressure in both pipes.",
-                 "The rain had a domino affect on the harvest.",
-                 "We intent to paint the fence in June.", "That would safe us a long walk.",
-                 "It seams that the bridge is closed.", "The new road is much worst.",
-                 "The work came to halt at noon.", "He finally got rid off the old boat.",
-                 "Please take a peak at the draft.", "I look forward for the summer fair.",
-                 "The story is a cautionary tail.", "I hope your happy with the new room.",
-                 "The gate was open, because its in the shade.",
-                 "In the passed week it snowed twice.", "We had never herd of that village."});
+    expectFound("text.confused_word", {"The old driver is not longer in use.",
+                                       "I though that the door was open.",
+                                       "They want to thing about the colour first.",
+                                       "Nobody remembered, so check were the key hangs.",
+                                       "The new valve should effect the pressure in both pipes.",
+                                       "The rain had a domino affect on the harvest.",
+                                       "We intent to paint the fence in June.",
+                                       "That would safe us a long walk.",
+                                       "It seams that the bridge is closed.",
+                                       "The new road is much worst.",
+                                       "The work came to halt at noon.",
+                                       "He finally got rid off the old boat.",
+                                       "Please take a peak at the draft.",
+                                       "I look forward for the summer fair.",
+                                       "The story is a cautionary tail.",
+                                       "I hope your happy with the new room.",
+                                       "The gate was open, because its in the shade.",
+                                       "In the passed week it snowed twice.",
+                                       "We had never herd of that village.",
+                                       "Her bag was filled to the brim of apples.",
+
+                                       "The mayor rose the question at last.",
+                                       "Stay save from the rain.",
+
+                                       "We walked for awhile along the river.",
+                                       "I can't breath in the attic.",
+                                       "He spoke to soon about the rain.",
+
+                                       "They wrote a complain about the noise."});
 }
 
 TEST(WordFrames, FindFormsThatCannotStand) {
@@ -365,26 +381,46 @@ TEST(WordFrames, FindFormsThatCannotStand) {
                  "She helped designed the new kitchen.", "It would nice to have a second key.",
                  "We have looking for the cat all day.",
                  "I hope it will help, but it has became worse.",
-                 "Let the student to choose the plants.", "The letter explains how fix the lamp."});
+                 "Let the student to choose the plants.", "The letter explains how fix the lamp.",
+                 "The bike is being stole at this moment.", "I wish they can come to the party.",
+                 "The park will accessible by noon.", "We decided bring the cake."});
 }
 
 TEST(WordFrames, FindTurnsThatEnglishDoesNotHave) {
-    expectFound("text.usage", {"It rained few days ago, and now it snows.",
-                               "The gift mean lot to me.", "We have waited here since 3 hours.",
-                               "The path must comply to the rules of the park.",
-                               "He asked to us where the station is."});
+    expectFound("text.usage",
+                {"It rained few days ago, and now it snows.", "The gift mean lot to me.",
+                 "We have waited here since 3 hours.",
+                 "The path must comply to the rules of the park.",
+                 "He asked to us where the station is.", "These kind of shoes are warm.",
+                 "It was too big of a step.", "They do some mistakes.", "He is fed up of rain.",
+
+                 "The children stayed up, and all hell broke out."});
 }
 
 TEST(WordFrames, LeaveSoundSentencesAlone) {
-    expectSound({"The road is not longer than the river.", "You, though tired, drove on.",
+    expectSound({"The road is not longer than the river.",
+                 "You, though tired, drove on.",
                  "There is one in the same drawer as the forks.",
                  "Nobody knows what side affects the result.",
                  "The committee can effect a change of the rules.",
-                 "The test ran for several time-consuming hours.", "It's the best of it's a deal.",
+                 "The test ran for several time-consuming hours.",
+                 "It's the best of it's a deal.",
                  "A few days ago it rained, and long ago it snowed.",
-                 "He and I are good friends of the house.", "They have working lamps in the hall.",
+                 "He and I are good friends of the house.",
+                 "They have working lamps in the hall.",
                  "The tool is written in Go and used in Begin.",
-                 "... and so the story went on for years."});
+                 "... and so the story went on for years.",
+                 "The bowl is full to the brim of its foot.",
+                 "He fell like a stone.",
+                 "They ran into a problem.",
+                 "I heard her complain.",
+                 "Whomever you ask, they know.",
+                 "Choose a convenient store for each of them.",
+                 "She opened the light box.",
+                 "There is one in the same drawer.",
+                 "They saw that it was a part of the wall.",
+                 "An everyday matter is soon forgotten.",
+                 "To choose the best, take your time."});
 }
 
 TEST(WordFrames, FindWhatIsOftenMistakenInLetters) {

@@ -104,6 +104,7 @@ TEST(TextCritic, ListsOfTasksAndPartsOfNamesAreNoGaps) {
     }
     for (const std::string gap :
          {"## Opening hours\n\nTODO\n\n## Prices\n\nThe entry is free.",
+          "Price: TODO\n\nThe entry is free.", "The fee is TODO\n\nThe entry is free.",
           "Opening hours:\n\nTODO: ask the keeper.\n\nThe entry is free."}) {
         EXPECT_EQ(rulesOf(critiqueText(textPart(gap)).findings),
                   std::vector<std::string>{"text.placeholder"})
