@@ -69,8 +69,8 @@ Without a switch it runs in the menu bar.
   --open          have the running instance show them in a window
   --json          of these three: one line of JSON
   --service       ask where to grade: on this machine, or with a service account
-  --settings      open the window of settings; with --json print them instead, as
-                  one line of JSON, and exit
+  --settings      open the window of settings; with --json print them instead,
+                  as one line of JSON, and exit
   --help          print this and exit
   --version       print the version and exit
 )";

@@ -236,9 +236,9 @@ on a Unix socket of its user. With --store it is one of the programs of a team's
   --languagetool URL
                   ask a LanguageTool server of your own on this machine
                   (http://127.0.0.1:8081)
-  --store postgresql://USER@HOST/DATABASE
-                  keep runs and jobs in a database that the machines of a team share; its
-                  password stands in ~/.pgpass or in the environment as PGPASSWORD
+  --store URL     keep runs and jobs in a database that the machines of a team share
+                  (postgresql://USER@HOST/DATABASE); its password stands in ~/.pgpass or in
+                  the environment as PGPASSWORD
   --role ROLE     api takes work in and tells of it, worker judges it, both does both
                   (default both); with --store
   --listen ADDRESS

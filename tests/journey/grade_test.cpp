@@ -7,6 +7,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <filesystem>
 #include <fstream>
 #include <ostream>
 #include <signal.h>
@@ -98,6 +100,51 @@ TEST_F(GradeJourney, WhileGradingTheIndicatorMovesAndTheButtonIsDisabled) {
         return frame.time > grading->time + 0.1 && frame.says("Grading…");
     })) << "no frame was drawn while grading";
     EXPECT_TRUE(panel().waitForText("SHIP")) << panel().frame().all();
+    quitThroughTheMenu();
+}
+
+TEST_F(GradeJourney, EveryFlawIsListedDismissedAndGoneToAndTheHistoryKeepsTheVerdict) {
+    startService();
+    const auto page = document(contents(sample("launch-note.md")));
+    openAndSelectAll({"gedit", page.string()}, "Gedit");
+    startProduct();
+    ASSERT_TRUE(panel().open());
+    pressAndWait("Grade this", "Trevix ");
+    ASSERT_TRUE(panel().click("Show all flaws"));
+    // A flaw of the list is a button that says all of it.
+    const auto chooseFlaw = [&]() -> std::string {
+        const auto listed = panel().waitForText("Copy all flaws as text");
+        for (const auto& control : listed ? listed->controls : panel().frame().controls) {
+            const auto at = control.name.rfind(", line ");
+            if (control.role != "button" || at == std::string::npos) continue;
+            return panel().click(control.name) ? control.name.substr(at + 7) : "";
+        }
+        return {};
+    };
+    ASSERT_NE(chooseFlaw(), "") << panel().frame().all();
+    ASSERT_TRUE(panel().click("Not a flaw"));
+    EXPECT_TRUE(panel().waitForText("Does not count any more.")) << panel().frame().all();
+
+    const auto line = chooseFlaw();
+    ASSERT_NE(line, "") << panel().frame().all();
+    ASSERT_TRUE(panel().click("Go to line"));
+    ASSERT_TRUE(panel().waitFor([](const auto& frame) { return !frame.shown; }));
+    // Where the cursor is: what is typed there, and saved.
+    EXPECT_TRUE(VirtualDesktop::waitUntil([&] {
+        panel().xdotool({"type", "ZQZ"});
+        panel().press("ctrl+s");
+        return contents(page).find("ZQZ") != std::string::npos;
+    }));
+    const auto saved = contents(page);
+    const auto before = saved.substr(0, saved.find("ZQZ"));
+    EXPECT_EQ(std::to_string(1 + std::count(before.begin(), before.end(), '\n')), line);
+
+    std::vector<std::string> kept;
+    for (const auto& file : std::filesystem::directory_iterator(m_home / ".brask/history")) {
+        kept.push_back(contents(file.path()));
+    }
+    ASSERT_EQ(kept.size(), 1U);
+    EXPECT_NE(kept[0].find("\"app\":\"gedit\""), std::string::npos) << kept[0].substr(0, 300);
     quitThroughTheMenu();
 }
 

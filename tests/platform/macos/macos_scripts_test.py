@@ -137,7 +137,7 @@ class OnMacos(unittest.TestCase):
                                              "libpng", "boost", "nettle", "sqlite", "re2",
                                              "tree-sitter", "cmark-gfm", "hunspell", "tesseract",
                                              "poppler", "curl", "openssl@3", "libzip",
-                                             "pugixml", "node"}])
+                                             "pugixml", "node", "libpq"}])
         self.assertEqual(len(self.calls("grammars")), 1)
 
     def test_bootstrap_does_nothing_when_everything_is_there(self):
