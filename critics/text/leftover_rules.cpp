@@ -90,22 +90,27 @@ std::size_t closerNear(std::string_view text, std::size_t at, char closer) {
 /// below it, or, in a manual, a word in the middle of a sentence.
 bool speaksOfTasks(const ProseView& view, const text::Word& word) {
     constexpr std::ptrdiff_t kMostBlanks = 1; // "Garden TODO"; more words are a sentence.
+    // Bytes: a longer line is no title, and one word after another would look through all of it.
+    constexpr std::size_t kLongestTitle = 200;
     const std::size_t number = view.source.lineAt(word.offset);
     const std::string_view whole = view.source.line(number);
-    const std::string_view line = text::trimmed(whole);
-    const std::size_t begin = word.offset - view.source.lineStart(number);
-    const std::string_view behind = text::trimmed(whole.substr(begin + word.length));
-    // "Price: TODO" and "# TODO: the price" wait for what is missing.
-    const bool labelled = whole.substr(0, begin).find(':') != std::string_view::npos ||
-                          (behind.starts_with(':') && behind.size() > 1);
-    const bool title =
-        line.starts_with('#') || (behind.find_first_not_of(':') == std::string_view::npos &&
-                                  std::ranges::count(line, ' ') <= kMostBlanks);
-    if (title && !labelled) {
-        std::string_view next;
-        for (std::size_t i = 1; i <= 2 && next.empty() && number + i < view.source.lineCount(); ++i)
-            next = text::trimmed(view.source.line(number + i));
-        return !next.empty() && !next.starts_with('#');
+    if (whole.size() <= kLongestTitle) {
+        const std::string_view line = text::trimmed(whole);
+        const std::size_t begin = word.offset - view.source.lineStart(number);
+        const std::string_view behind = text::trimmed(whole.substr(begin + word.length));
+        // "Price: TODO" and "# TODO: the price" wait for what is missing.
+        const bool labelled = whole.substr(0, begin).find(':') != std::string_view::npos ||
+                              (behind.starts_with(':') && behind.size() > 1);
+        const bool title =
+            line.starts_with('#') || (behind.find_first_not_of(':') == std::string_view::npos &&
+                                      std::ranges::count(line, ' ') <= kMostBlanks);
+        if (title && !labelled) {
+            std::string_view next;
+            for (std::size_t i = 1; i <= 2 && next.empty() && number + i < view.source.lineCount();
+                 ++i)
+                next = text::trimmed(view.source.line(number + i));
+            return !next.empty() && !next.starts_with('#');
+        }
     }
     const std::string_view text = view.masked();
     return view.isTechnical() && word.offset > 1 && text[word.offset - 1] == ' ' &&

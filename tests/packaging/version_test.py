@@ -4,6 +4,7 @@
     version_test.py KELVANE TREVIX_LOCAL
 """
 
+import json
 import pathlib
 import re
 import subprocess
@@ -39,9 +40,15 @@ class Version(unittest.TestCase):
         files = subprocess.run(["git", "-C", ROOT, "ls-files", "*.txt", "*.cmake", "*.py", "*.h",
                                 "*.cpp", "*.in", "*.json"], text=True, capture_output=True,
                                check=False).stdout.split("\n")[:-1]
+        # Nothing builds the description of the MCP server, so it must state the version itself.
         said = [name for name in files if (ROOT / name).is_file() and not name.startswith("tests/")
+                and name != "server.json"
                 and re.search(pattern, (ROOT / name).read_text(encoding="utf-8", errors="replace"))]
         self.assertEqual(said, [])
+
+    def test_the_description_of_the_mcp_server_states_it(self):
+        told = json.loads((ROOT / "server.json").read_text(encoding="utf-8"))
+        self.assertEqual(told["version"], self.version)
 
     def test_what_changed_is_told_for_it_or_for_the_one_to_come(self):
         headings = re.findall(r"^## \[([^\]]+)\]", (ROOT / "CHANGELOG.md").read_text(encoding="utf-8"),
