@@ -5,9 +5,6 @@
 #include "app/settings/settings_store.h"
 #include "text/shown_text.h"
 
-#include <algorithm>
-#include <array>
-#include <string_view>
 #include <utility>
 
 namespace kelvane {
@@ -17,20 +14,6 @@ namespace {
 using text::shownLine;
 using text::shownParagraph;
 using text::shownWithin;
-
-/// By the codes of `settingsLanguages`, in their own words.
-constexpr std::array<std::pair<std::string_view, std::string_view>, 5> kLanguageNames{
-    {{"en", "English"},
-     {"de", "Deutsch"},
-     {"fr", "Français"},
-     {"es", "Español"},
-     {"ja", "日本語"}}};
-
-std::string languageName(const std::string& code) {
-    const auto* const found =
-        std::ranges::find(kLanguageNames, code, &decltype(kLanguageNames)::value_type::first);
-    return found == kLanguageNames.end() ? code : std::string(found->second);
-}
 
 } // namespace
 
@@ -56,13 +39,6 @@ SettingsView settingsView(const CompanionModel& model, const SettingsStore& stor
     view.paused = model.pauseLeft().has_value();
     view.pause = view.paused ? "Resume" : "Pause for an hour";
     view.shortcut = settings.shortcut;
-    view.notifications = settings.notifications;
-    view.languages = {"As the desktop"};
-    const auto& languages = settingsLanguages();
-    for (const auto& code : languages) view.languages.push_back(languageName(code));
-    const auto chosen = std::ranges::find(languages, settings.language);
-    view.language =
-        chosen == languages.end() ? 0 : 1 + static_cast<int>(chosen - languages.begin());
     for (const auto& agent : *model.agents) {
         if (!agent.wired) continue;
         view.agents.push_back(shownWithin(agent.name) +

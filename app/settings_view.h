@@ -31,9 +31,6 @@ struct SettingsView {
     std::string pause; ///< What the button says.
     bool paused = false;
     std::string shortcut;
-    bool notifications = true;
-    int language = 0; ///< Which of `languages`.
-    std::vector<std::string> languages;
     std::vector<std::string> agents;   ///< A line for each coding tool.
     std::vector<std::string> problems; ///< Sentences.
 

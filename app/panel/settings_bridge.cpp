@@ -45,9 +45,6 @@ SettingsRecord recordOf(const SettingsView& view) {
     record.front = text(view.front.label);
     record.pause = text(view.pause);
     record.shortcut = text(view.shortcut);
-    record.notifications = view.notifications;
-    record.language = view.language;
-    record.languages = texts(view.languages);
     record.agents = texts(view.agents);
     record.problems = texts(view.problems);
     return record;
@@ -154,18 +151,6 @@ void SettingsBridge::setShortcut(const QString& said) {
         written = shortcutText(*shortcut);
     }
     change([&](Settings& settings) { settings.shortcut = written; });
-}
-
-void SettingsBridge::setNotifications(bool on) {
-    change([&](Settings& settings) { settings.notifications = on; });
-}
-
-void SettingsBridge::setLanguage(int choice) {
-    const auto& codes = settingsLanguages();
-    if (choice < 0 || static_cast<std::size_t>(choice) > codes.size()) return;
-    change([&](Settings& settings) {
-        settings.language = choice == 0 ? "" : codes[static_cast<std::size_t>(choice) - 1];
-    });
 }
 
 void SettingsBridge::wire() {
