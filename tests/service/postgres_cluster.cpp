@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <sstream>
 #include <stdexcept>
 #include <thread>
@@ -38,6 +39,16 @@ const passwd* itsUser() {
     if (geteuid() != 0) return nullptr;
     if (const passwd* user = getpwnam("postgres")) return user;
     return getpwnam("nobody");
+}
+
+/// Neither gone nor a zombie, which has closed all its files. No child of ours, so nobody tells.
+bool isAlive(pid_t pid) {
+    std::ifstream stat("/proc/" + std::to_string(pid) + "/stat");
+    std::string text;
+    if (!std::getline(stat, text)) return false;
+    // The state stands behind the name, which is in parentheses.
+    const auto name = text.rfind(')');
+    return name != std::string::npos && text.compare(name, 3, ") Z") != 0;
 }
 
 } // namespace
@@ -133,9 +144,15 @@ std::vector<pid_t> PostgresCluster::processes() const {
 void PostgresCluster::kill() {
     if (m_server < 0) return;
     // The server alone would leave its children, who go on answering for a while.
-    for (const pid_t pid : processes()) ::kill(pid, SIGKILL);
+    const std::vector<pid_t> all = processes();
+    for (const pid_t pid : all) ::kill(pid, SIGKILL);
     waitpid(m_server, nullptr, 0);
     m_server = -1;
+    // A process lets go of its memory, for which the next server waits, before it closes its
+    // connections: a client would take one of them for good once more.
+    for (const pid_t pid : all) {
+        while (isAlive(pid)) std::this_thread::sleep_for(kBetween);
+    }
 }
 
 void PostgresCluster::freeze() {
