@@ -102,9 +102,10 @@ class Zsh:
     def offers(self, line):
         os.write(self.terminal, line.encode() + b"\x18\x01")
         said = re.sub(r"\x1b\[[?\d;]*\w|[\r\a]", "", self.until(r"\[end\]"))
-        # What was typed is shown again above the list, and what an entry means beside it.
+        # What was typed is shown again above the list, sometimes behind what was left of a redrawn
+        # line, and what an entry means beside it.
         rows = said.split("[end]")[0].splitlines()
-        listed = [row.split(" #")[0] for row in rows if not row.startswith(line.strip())]
+        listed = [row.split(" #")[0] for row in rows if line.strip() not in row]
         return {word for row in listed for word in row.split()}
 
     def close(self):
