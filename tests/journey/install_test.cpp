@@ -127,7 +127,18 @@ protected:
     void press(const DialogOnScreen& dialog, const std::string& name) {
         const auto* const button = dialog.button(name);
         ASSERT_NE(button, nullptr) << dialog.all();
-        panel().clickAt(button->x + button->width / 2, button->y + button->height / 2);
+        // It can be read before the window manager has moved it to its place.
+        auto place = std::pair(button->x, button->y);
+        int still = 0;
+        EXPECT_TRUE(VirtualDesktop::waitUntil([&] {
+            const auto seen = DialogOnScreen::waitFor(*s_desktop, 0ms);
+            const auto* const there = seen ? seen->button(name) : nullptr;
+            if (there == nullptr) return false;
+            const auto now = std::pair(there->x, there->y);
+            still = now == std::exchange(place, now) ? still + 1 : 0;
+            return still == 3;
+        })) << name;
+        panel().clickAt(place.first + button->width / 2, place.second + button->height / 2);
     }
 
     void expectDialogGone() {
