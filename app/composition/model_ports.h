@@ -14,11 +14,9 @@ class SettingsStore;
 /// The model sees the applications through `workspace`; captures see them as the platform does.
 /// `environment` is the one with the person's choice of a service in it. All of it must outlive the
 /// model and the jobs it has handed to the dispatcher.
-[[nodiscard]] CompanionModel::Ports modelPorts(DesktopPorts& platform, Workspace& workspace,
-                                               Environment& environment,
-                                               PlainHttpQuestion& plainHttp,
-                                               history::HistoryStore& history,
-                                               std::filesystem::path dataHome,
-                                               SettingsStore& settings);
+[[nodiscard]] CompanionModel::Ports
+modelPorts(DesktopPorts& platform, Workspace& workspace, Environment& environment,
+           PlainHttpQuestion& plainHttp, history::HistoryStore& history,
+           std::filesystem::path dataHome, SettingsStore& settings);
 
 } // namespace kelvane
