@@ -225,7 +225,7 @@ class Tools:
         self._deadline = deadline
         self._options = options
         self._reading = {key: options[key] for key in ("send", "clock") if key in options}
-        self._runs = {}     # of this session: run id -> the verdict's facts, the newest last
+        self._runs = {}     # told to this client: run id -> the verdict's facts, the newest last
         self._runs_lock = threading.Lock()
         self.resource_changes = 0   # grows whenever `resources` tells something else
         self._work = {"grade": self._grade, "iterate": self._iterate, "rules": self._rules,
