@@ -1,13 +1,10 @@
 #include "platform/linux/x11/x11_pointer_presses.h"
 
 #include "platform/linux/x11/x11_connection.h"
+#include "platform/linux/x11/x11_listener.h"
 
-#include <poll.h>
-#include <sys/eventfd.h>
-#include <unistd.h>
 #include <xcb/xinput.h>
 
-#include <thread>
 #include <utility>
 
 namespace kelvane {
@@ -46,47 +43,25 @@ bool isRawPress(const xcb_generic_event_t& event) {
 class X11PointerPresses : public PointerPresses {
 public:
     explicit X11PointerPresses(std::string display) : m_display(std::move(display)) {}
-    X11PointerPresses(const X11PointerPresses&) = delete;
-    X11PointerPresses& operator=(const X11PointerPresses&) = delete;
-    ~X11PointerPresses() override { stop(); }
 
     void start(std::function<void()> pressed) override {
         stop();
         if (m_display.empty() || !pressed) return;
         auto link = X11Connection::open(m_display);
         if (!link || !selectRawPresses(*link)) return;
-        m_wake = ::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
-        if (m_wake < 0) return;
-        m_listener = std::thread([link = std::move(link), pressed = std::move(pressed),
-                                  wake = m_wake] { listen(*link, pressed, wake); });
+        // Without a file for it nothing is told, as without the extension.
+        static_cast<void>(m_listener.start(
+            std::move(link),
+            [pressed = std::move(pressed)](X11Connection&, const xcb_generic_event_t& event) {
+                if (isRawPress(event)) pressed();
+            }));
     }
 
-    void stop() override {
-        if (!m_listener.joinable()) return;
-        const std::uint64_t one = 1;
-        [[maybe_unused]] const auto written = ::write(m_wake, &one, sizeof one);
-        m_listener.join();
-        ::close(std::exchange(m_wake, -1));
-    }
+    void stop() override { m_listener.stop(); }
 
 private:
-    static void listen(X11Connection& link, const std::function<void()>& pressed, int wake) {
-        // Events first: they may have come in with an answer, and then wake nobody.
-        for (;;) {
-            while (const XcbOwned<xcb_generic_event_t> event{xcb_poll_for_event(link.xcb())}) {
-                if (isRawPress(*event)) pressed();
-            }
-            if (!link.alive()) return;
-            pollfd waiting[] = {{xcb_get_file_descriptor(link.xcb()), POLLIN, 0},
-                                {wake, POLLIN, 0}};
-            ::poll(waiting, 2, -1);
-            if (waiting[1].revents != 0) return;
-        }
-    }
-
     std::string m_display;
-    std::thread m_listener;
-    int m_wake = -1;
+    X11Listener m_listener;
 };
 
 } // namespace

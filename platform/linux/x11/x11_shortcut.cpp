@@ -1,18 +1,14 @@
 #include "platform/linux/x11/x11_shortcut.h"
 
 #include "platform/linux/x11/x11_connection.h"
+#include "platform/linux/x11/x11_listener.h"
 #include "text/unicode.h"
-
-#include <poll.h>
-#include <sys/eventfd.h>
-#include <unistd.h>
 
 #include <array>
 #include <charconv>
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
-#include <thread>
 #include <utility>
 #include <vector>
 
@@ -106,60 +102,47 @@ bool isHeld(X11Connection& link, xcb_keycode_t key) {
     return map && (map->keys[key / 8] & (1U << (key % 8U))) != 0;
 }
 
+/// Tells when our key is let go. Other keys are heard of as well while it is down.
+class Release {
+public:
+    explicit Release(std::function<void()> pressed) : m_pressed(std::move(pressed)) {}
+
+    void operator()(X11Connection& link, const xcb_generic_event_t& event) {
+        // As long as the key is down the server keeps all keys from the application in front, those
+        // of a capture too.
+        const auto& key = reinterpret_cast<const xcb_key_press_event_t&>(event);
+        const int kind = event.response_type & kKind;
+        if (kind == XCB_KEY_PRESS && m_down == 0) m_down = key.detail;
+        if (kind != XCB_KEY_RELEASE || key.detail != m_down || isHeld(link, m_down)) return;
+        m_down = 0;
+        m_pressed();
+    }
+
+private:
+    std::function<void()> m_pressed;
+    xcb_keycode_t m_down = 0; ///< Ours; 0: none.
+};
+
 class X11Shortcut : public GlobalShortcut {
 public:
     explicit X11Shortcut(std::string display) : m_display(std::move(display)) {}
-    X11Shortcut(const X11Shortcut&) = delete;
-    X11Shortcut& operator=(const X11Shortcut&) = delete;
-    ~X11Shortcut() override { leave(); }
 
     void use(const Shortcut& shortcut, std::function<void()> pressed,
              std::function<void(const std::string&)> refused) override {
-        leave();
+        stop();
         auto link = X11Connection::open(m_display);
         const std::string why = link ? grab(*link, shortcut) : "The display does not answer.";
         if (!why.empty()) return refused(why);
-        m_wake = ::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
-        if (m_wake < 0) return refused("The system gives no more files.");
-        m_listener = std::thread([link = std::move(link), pressed = std::move(pressed),
-                                  wake = m_wake] { listen(*link, pressed, wake); });
-    }
-
-    void stop() override { leave(); }
-
-private:
-    void leave() {
-        if (!m_listener.joinable()) return;
-        const std::uint64_t one = 1;
-        [[maybe_unused]] const auto written = ::write(m_wake, &one, sizeof one);
-        m_listener.join();
-        ::close(std::exchange(m_wake, -1));
-    }
-
-    static void listen(X11Connection& link, const std::function<void()>& pressed, int wake) {
-        xcb_keycode_t down = 0; // Ours; other keys are told of as well while it is.
-        for (;;) {
-            while (const XcbOwned<xcb_generic_event_t> event{xcb_poll_for_event(link.xcb())}) {
-                // As long as the key is down the server keeps all keys from the application in
-                // front, those of a capture too.
-                const auto& key = reinterpret_cast<const xcb_key_press_event_t&>(*event);
-                const int kind = event->response_type & kKind;
-                if (kind == XCB_KEY_PRESS && down == 0) down = key.detail;
-                if (kind != XCB_KEY_RELEASE || key.detail != down || isHeld(link, down)) continue;
-                down = 0;
-                pressed();
-            }
-            if (!link.alive()) return;
-            pollfd waiting[] = {{xcb_get_file_descriptor(link.xcb()), POLLIN, 0},
-                                {wake, POLLIN, 0}};
-            ::poll(waiting, 2, -1);
-            if (waiting[1].revents != 0) return;
+        if (!m_listener.start(std::move(link), Release(std::move(pressed)))) {
+            refused("The system gives no more files.");
         }
     }
 
+    void stop() override { m_listener.stop(); }
+
+private:
     std::string m_display;
-    std::thread m_listener;
-    int m_wake = -1;
+    X11Listener m_listener;
 };
 
 } // namespace
