@@ -13,6 +13,13 @@ namespace kelvane {
 
 using namespace std::chrono_literals;
 
+namespace {
+
+// Who asks, in a message to the window manager: a list of windows, and so the user.
+constexpr std::uint32_t kAsPager = 2;
+
+} // namespace
+
 VirtualDesktop::VirtualDesktop(DesktopOptions options)
     : m_home(makeTestHome()),
       m_manager(options.manager) {
@@ -202,17 +209,26 @@ xcb_window_t VirtualDesktop::activeWindow() {
 }
 
 bool VirtualDesktop::activate(xcb_window_t window) {
+    askManager(window, "_NET_ACTIVE_WINDOW", {kAsPager});
+    return waitUntil([&] { return activeWindow() == window; });
+}
+
+void VirtualDesktop::close(xcb_window_t window) {
+    askManager(window, "_NET_CLOSE_WINDOW", {XCB_CURRENT_TIME, kAsPager});
+}
+
+void VirtualDesktop::askManager(xcb_window_t window, std::string_view what,
+                                std::initializer_list<std::uint32_t> words) {
     xcb_client_message_event_t message{};
     message.response_type = XCB_CLIENT_MESSAGE;
     message.format = 32;
     message.window = window;
-    message.type = m_link->atom("_NET_ACTIVE_WINDOW");
-    message.data.data32[0] = 2; // As a pager: the user asked for it.
+    message.type = m_link->atom(what);
+    std::ranges::copy(words, message.data.data32);
     xcb_send_event(m_link->xcb(), 0, m_link->root(),
                    XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY,
                    reinterpret_cast<const char*>(&message));
     xcb_flush(m_link->xcb());
-    return waitUntil([&] { return activeWindow() == window; });
 }
 
 bool VirtualDesktop::hasDealtWithEverything(xcb_window_t window) {

@@ -200,7 +200,7 @@ TEST_F(PanelDesktopTest, DemoPrintsTheNumberOfTheWindowThatStandsAndEndsWithIt) 
     ASSERT_TRUE(geometry);
     EXPECT_EQ(geometry->width, 360);
     EXPECT_EQ(geometry->height, 560);
-    xdotool({"windowactivate", "--sync", std::to_string(number), "key", "alt+F4"});
+    desktop.close(number);
     EXPECT_EQ(program.waitForEnd(), 0);
     EXPECT_EQ(restOf(program), "") << "one line and no more";
 }
