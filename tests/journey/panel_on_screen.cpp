@@ -14,8 +14,8 @@ using namespace std::chrono_literals;
 
 constexpr auto kBetweenClicks = 700ms;
 constexpr const char* kProductClass = "example.trevix.kelvane.menubar";
-constexpr int kLargestIcon = 64; // Pixels.
-constexpr int kDeepestIcon = 6;  // In the frame of a bar, in the bar, in its socket.
+constexpr int kLargestIcon = 64;  // Pixels.
+constexpr int kDeepestWindow = 7; // An icon: in the frame of a bar, in the bar, in its socket.
 
 PanelOnScreen::Frame frameOf(const nlohmann::json& line) {
     PanelOnScreen::Frame frame;
@@ -105,20 +105,53 @@ PanelOnScreen::waitForText(const std::string& text, std::chrono::milliseconds ti
     return waitFor([&](const Frame& frame) { return frame.says(text); }, timeout);
 }
 
-// A window of the product, small enough to be an icon and inside another one. Not every window
-// manager lists a dock among the windows or leaves it its width: it is looked for on the screen.
-std::optional<PanelOnScreen::Place> PanelOnScreen::iconBelow(xcb_window_t window, int depth) const {
+std::optional<PanelOnScreen::Box> PanelOnScreen::windowOfOurs(const Wanted& wanted) const {
+    return windowBelow(m_desktop.link().root(), wanted, 0);
+}
+
+// Not every window manager lists a dock among the windows or leaves it its width: windows are
+// looked for on the screen itself.
+std::optional<PanelOnScreen::Box>
+PanelOnScreen::windowBelow(xcb_window_t window, const Wanted& wanted, int depth) const {
     auto& link = m_desktop.link();
     const XcbOwned<xcb_query_tree_reply_t> tree(
         xcb_query_tree_reply(link.xcb(), xcb_query_tree(link.xcb(), window), nullptr));
     if (!tree) return std::nullopt;
     const auto* const children = xcb_query_tree_children(tree.get());
     for (int i = 0; i < xcb_query_tree_children_length(tree.get()); ++i) {
-        auto found = depth > 0 && isOurs(children[i]) ? middleOf(children[i]) : std::nullopt;
-        if (!found && depth < kDeepestIcon) found = iconBelow(children[i], depth + 1);
-        if (found) return found;
+        if (isOurs(children[i])) {
+            const auto box = boxOf(children[i]);
+            if (box && wanted(*box, depth)) return box;
+        }
+        if (depth == kDeepestWindow) continue;
+        if (const auto found = windowBelow(children[i], wanted, depth + 1)) return found;
     }
     return std::nullopt;
+}
+
+std::optional<PanelOnScreen::Box> PanelOnScreen::icon() const {
+    return windowOfOurs(
+        [](const Box& box, int depth) { return depth > 0 && box.width <= kLargestIcon; });
+}
+
+bool PanelOnScreen::isWithinReach(const Frame& frame, const Control& control) const {
+    const Box drawn{frame.x, frame.y, frame.width, frame.height};
+    return windowOfOurs([&](const Box& box, int) { return box == drawn; }) &&
+           isOursAt(control.middleX(), control.middleY());
+}
+
+bool PanelOnScreen::isOursAt(int x, int y) const {
+    auto& link = m_desktop.link();
+    for (xcb_window_t window = link.root(); window != 0;) {
+        if (isOurs(window)) return true;
+        const XcbOwned<xcb_translate_coordinates_reply_t> below(xcb_translate_coordinates_reply(
+            link.xcb(),
+            xcb_translate_coordinates(link.xcb(), link.root(), window, static_cast<int16_t>(x),
+                                      static_cast<int16_t>(y)),
+            nullptr));
+        window = below ? below->child : xcb_window_t{0};
+    }
+    return false;
 }
 
 bool PanelOnScreen::isOurs(xcb_window_t window) const {
@@ -130,24 +163,23 @@ bool PanelOnScreen::isOurs(xcb_window_t window) const {
     return state && state->map_state == XCB_MAP_STATE_VIEWABLE;
 }
 
-std::optional<PanelOnScreen::Place> PanelOnScreen::middleOf(xcb_window_t window) const {
+std::optional<PanelOnScreen::Box> PanelOnScreen::boxOf(xcb_window_t window) const {
     auto& link = m_desktop.link();
     const XcbOwned<xcb_get_geometry_reply_t> size(
         xcb_get_geometry_reply(link.xcb(), xcb_get_geometry(link.xcb(), window), nullptr));
     const XcbOwned<xcb_translate_coordinates_reply_t> corner(xcb_translate_coordinates_reply(
         link.xcb(), xcb_translate_coordinates(link.xcb(), window, link.root(), 0, 0), nullptr));
-    if (!size || !corner || size->width > kLargestIcon) return std::nullopt;
-    return Place{corner->dst_x + size->width / 2, corner->dst_y + size->height / 2};
+    if (!size || !corner) return std::nullopt;
+    return Box{corner->dst_x, corner->dst_y, size->width, size->height};
 }
 
 bool PanelOnScreen::waitForIcon() const {
-    return VirtualDesktop::waitUntil([&] { return iconBelow(m_desktop.link().root()).has_value(); },
-                                     20s);
+    return VirtualDesktop::waitUntil([&] { return icon().has_value(); }, 20s);
 }
 
 void PanelOnScreen::clickIcon() {
     std::this_thread::sleep_until(m_nextClick);
-    if (const auto place = iconBelow(m_desktop.link().root())) clickAt(place->x, place->y);
+    if (const auto box = icon()) clickAt(box->x + box->width / 2, box->y + box->height / 2);
     m_nextClick = std::chrono::steady_clock::now() + kBetweenClicks;
 }
 
@@ -165,11 +197,11 @@ bool PanelOnScreen::open() {
 bool PanelOnScreen::click(const std::string& name) {
     const auto there = waitFor([&](const Frame& frame) {
         const Control* const control = frame.button(name);
-        return control != nullptr && control->enabled;
+        return control != nullptr && control->enabled && isWithinReach(frame, *control);
     });
     if (!there) return false;
     const Control& control = *there->button(name);
-    clickAt(control.x + control.width / 2, control.y + control.height / 2);
+    clickAt(control.middleX(), control.middleY());
     return true;
 }
 

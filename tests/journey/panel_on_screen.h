@@ -24,6 +24,9 @@ public:
         bool enabled = false;
         bool focused = false;
         int x = 0, y = 0, width = 0, height = 0; ///< On the screen, in pixels.
+
+        [[nodiscard]] int middleX() const { return x + width / 2; }
+        [[nodiscard]] int middleY() const { return y + height / 2; }
     };
 
     /// One drawn frame; nothing in it while the panel is not shown.
@@ -72,12 +75,23 @@ public:
     void xdotool(std::vector<std::string> words);
 
 private:
-    struct Place {
-        int x = 0, y = 0;
+    struct Box {
+        int x = 0, y = 0, width = 0, height = 0; // On the screen, in pixels.
+        bool operator==(const Box&) const = default;
     };
-    [[nodiscard]] std::optional<Place> iconBelow(xcb_window_t window, int depth = 0) const;
+    // How many windows it is inside of: 0 for one on the root window.
+    using Wanted = std::function<bool(const Box&, int depth)>;
+    // The first window of the product on the screen that is `wanted`.
+    [[nodiscard]] std::optional<Box> windowOfOurs(const Wanted& wanted) const;
+    [[nodiscard]] std::optional<Box> windowBelow(xcb_window_t window, const Wanted& wanted,
+                                                 int depth) const;
+    [[nodiscard]] std::optional<Box> icon() const;
+    // Whether the window is where the frame was drawn for, and a click on `control` would reach it:
+    // the server gives a window its new size and shape after the frame for them was drawn.
+    [[nodiscard]] bool isWithinReach(const Frame& frame, const Control& control) const;
+    [[nodiscard]] bool isOursAt(int x, int y) const;
     [[nodiscard]] bool isOurs(xcb_window_t window) const;
-    [[nodiscard]] std::optional<Place> middleOf(xcb_window_t window) const;
+    [[nodiscard]] std::optional<Box> boxOf(xcb_window_t window) const;
     void run(const std::vector<std::string>& command);
 
     VirtualDesktop& m_desktop;

@@ -108,8 +108,8 @@ public:
     [[nodiscard]] xcb_window_t activeWindow();
     /// Makes a window the active one and waits until it is. False when that did not happen.
     bool activate(xcb_window_t window);
-    /// Asks the window manager to close a window, as the cross on its bar in a list of windows does;
-    /// its program decides what comes of it.
+    /// Asks the window manager to close a window, as the cross on its bar in a list of windows
+    /// does; its program decides what comes of it.
     void close(xcb_window_t window);
     /// Has a window's program answer whether it lives (_NET_WM_PING). The question stands in its
     /// queue behind every key and press that it has been sent before. False when no answer came.
