@@ -77,7 +77,8 @@ install(FILES ${made}/copyright DESTINATION ${share}/doc/kelvane COMPONENT progr
 
 install(PROGRAMS ${CMAKE_SOURCE_DIR}/resources/linux/start-at-login DESTINATION lib/kelvane
   COMPONENT system)
-file(GLOB units CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/resources/systemd/*)
+file(GLOB units LIST_DIRECTORIES false CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/resources/systemd/*)
+file(GLOB system_units CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/resources/systemd/system/*)
 # Written while it is installed, when the prefix is known for certain. Under /usr, configuration belongs
 # into /etc; under any other prefix below that.
 install(CODE "
@@ -85,6 +86,7 @@ install(CODE "
   set(KELVANE_SERVICE_BASE ${KELVANE_SERVICE_BASE})
   set(KELVANE_TEMPLATES \"${CMAKE_SOURCE_DIR}/resources/linux\")
   set(KELVANE_UNITS \"${units}\")
+  set(KELVANE_SYSTEM_UNITS \"${system_units}\")
   set(KELVANE_PYTHON \"${Python3_EXECUTABLE}\")
   set(KELVANE_SOURCE_DIR \"${CMAKE_SOURCE_DIR}\")
   set(KELVANE_WRITTEN \"${made}/written\")

@@ -56,9 +56,15 @@ def await_that(what, told):
 class Database:
     """One throw-away cluster. What is on the disk survives kill(), as it is written through."""
 
-    def __init__(self, folder):
+    def __init__(self, folder, settings=(), room=None):
+        """`settings` are the server's, name=value; `room` bytes are all that its disk has, which takes
+        root in a mount namespace of its own."""
         self.folder = folder / "database"
         self.folder.mkdir()
+        self.settings = [word for setting in settings for word in ("-c", setting)]
+        self.mounted = room is not None
+        if self.mounted:
+            subprocess.run(["mount", "-t", "tmpfs", "-o", f"size={room}", "tmpfs", self.folder], check=True)
         self.bin = server_programs()
         self.user = None
         if os.geteuid() == 0:
@@ -85,7 +91,7 @@ class Database:
                 # Killed, its processes hold its memory until they notice.
                 self.process = subprocess.Popen(
                     [self.bin / "postgres", "-D", self.folder / "data", "-k", self.folder, "-h", "",
-                     "-c", "max_connections=200"],
+                     "-c", "max_connections=200", *self.settings],
                     stdout=self.log, stderr=self.log, cwd="/", **self._as_user())
             return subprocess.run([self.bin / "pg_isready", "-q", "-h", self.folder],
                                   check=False).returncode == 0
@@ -114,6 +120,8 @@ class Database:
             self.process.send_signal(signal.SIGQUIT)
             self.process.wait()
         self.log.close()
+        if self.mounted:
+            subprocess.run(["umount", "--lazy", self.folder], check=True)
 
 
 class Member:
@@ -123,22 +131,29 @@ class Member:
         self.team, self.role, self.name = team, role, name
         self.data = team.folder / name
         self.address = team.database.address
+        self.environment = {}  # beside this process's
+        self.log = team.log
         self.process = None
         self.port = 0
+        self.metrics = 0  # the port for who watches
         self.workers = []  # what it was called in the store, start for start
 
     def start(self):
         arguments = [self.team.program, "--store", self.address, "--role", self.role,
-                     "--data", self.data]
+                     "--data", self.data, "--metrics", "0", "--log", "json"]
         if self.role != "worker":
             arguments += ["--port", str(self.port), *self.team.options]
-        self.process = subprocess.Popen(arguments, stdout=subprocess.PIPE, stderr=self.team.log, text=True)
+        self.process = subprocess.Popen(arguments, stdout=subprocess.PIPE, stderr=self.log, text=True,
+                                        env={**os.environ, **self.environment})
         line = self.process.stdout.readline().strip()
         if line.startswith("trevix-local listening on "):
             self.port = int(line.rsplit(":", 1)[1])
         elif line.startswith("trevix-local judging as "):
             self.workers.append(line.rsplit(" ", 1)[1])
-        return bool(line)
+        watched = self.process.stdout.readline().strip()
+        if watched:
+            self.metrics = int(watched.removesuffix("/metrics").rsplit(":", 1)[1])
+        return bool(watched)
 
     def kill(self):
         self.process.kill()
@@ -159,18 +174,20 @@ class Member:
 class Team:
     """All of it. `members` by name."""
 
-    def __init__(self, apis=2, workers=2, options=()):
+    def __init__(self, apis=2, workers=2, options=(), settings=(), room=None):
         self.program = find_program()
         self.options = options  # of those that listen
         self.folder = pathlib.Path(tempfile.mkdtemp(prefix="trevix-team-"))
         self.log = open(self.folder / "service.log", "ab")
         self.members = {}
-        self.database = Database(self.folder)
+        self.database = Database(self.folder, settings, room)
         self.apis = [self.add("api", f"api {number + 1}") for number in range(apis)]
         self.workers = [self.add("worker", f"worker {number + 1}") for number in range(workers)]
 
-    def add(self, role, name):
+    def add(self, role, name, environment=None, log=None):
         member = Member(self, role, name)
+        member.environment = environment or {}
+        member.log = log or self.log
         self.members[name] = member
         if not member.start():
             raise SystemExit(f"{name} does not start: see {self.folder}/service.log")

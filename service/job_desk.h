@@ -26,6 +26,20 @@
 
 namespace trevix {
 
+/// Judges one work; absent when it was cancelled. Called from as many threads as jobs are graded at
+/// once.
+using WorkCritic =
+    std::function<std::optional<Critique>(const Submission&, const StopToken& cancel,
+                                          const std::function<void(const GradingProgress&)>&)>;
+
+/// A job that was judged, or could not be, as it is told to who watches.
+struct JudgedJob {
+    std::string id;
+    JobKind kind = JobKind::grade;
+    int attempts = 0;                  ///< This time as well.
+    std::chrono::milliseconds took{0}; ///< From taken to written.
+};
+
 /// How a queue of either kind is run.
 struct QueueOptions {
     std::size_t maxWaiting = 256; ///< Jobs that wait, without the one being graded.
@@ -43,14 +57,11 @@ struct QueueOptions {
 
     std::size_t atOnce = 1; ///< Jobs graded at the same time.
 
-    /// Judges one work; absent when it was cancelled. Called from as many threads as jobs are
-    /// graded at once.
-    std::function<std::optional<Critique>(const Submission&, const StopToken& cancel,
-                                          const std::function<void(const GradingProgress&)>&)>
-        critic;
-    std::function<void()> warmUp;                ///< Runs once, on a worker, before the first job.
-    std::function<std::int64_t()> nowMs;         ///< Since 1970, UTC.
-    std::function<void(const std::string&)> log; ///< One line for the person who runs the service.
+    WorkCritic critic;
+    std::function<void()> warmUp;                 ///< Runs once, on a worker, before the first job.
+    std::function<std::int64_t()> nowMs;          ///< Since 1970, UTC.
+    std::function<void(const std::string&)> log;  ///< One line for the person who runs the service.
+    std::function<void(const JudgedJob&)> judged; ///< After each job; may be empty.
 };
 
 /// The queue holds as many jobs, or as many bytes, as it may.

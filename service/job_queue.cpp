@@ -217,7 +217,13 @@ void JobQueue::work(bool warmsUp) {
         const std::string id = taken.job.id;
         const StopToken cancel = m_running[id].cancel.token();
         lock.unlock();
+        const auto begun = std::chrono::steady_clock::now();
         grade(taken, cancel);
+        if (m_options.judged) {
+            m_options.judged({id, taken.job.kind, taken.job.attempts + 1,
+                              std::chrono::duration_cast<std::chrono::milliseconds>(
+                                  std::chrono::steady_clock::now() - begun)});
+        }
         lock.lock();
         // After its end is stored, see status().
         m_running.erase(id);

@@ -3,8 +3,12 @@
 #include "critics/grading/machine_grader.h"
 #include "critics/servers/server_engines.h"
 #include "service/http/http_api.h"
+#include "service/http/metrics_door.h"
+#include "service/http/watched_handler.h"
 #include "service/job_queue.h"
 #include "service/postgres/postgres_store.h"
+#include "service/service_log.h"
+#include "service/service_metrics.h"
 #include "service/setup/command_line.h"
 #include "service/setup/data_folder.h"
 #include "service/setup/idle_watch.h"
@@ -38,6 +42,7 @@
 #include <variant>
 #include <vector>
 
+#include <poll.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -54,8 +59,14 @@ int complain(const std::string& text, int status) {
     return status;
 }
 
-void notice(const std::string& text) {
-    if (!text.empty()) std::fprintf(stderr, "trevix-local: %s\n", text.c_str());
+// Not by way of a buffer that would be written later, and half: one call of the system's for a
+// line. Where whoever reads has stopped, the pipe is full, and a line is given up rather than the
+// thread that serves all connections held up: a pipe with room has room for one (PIPE_BUF).
+void writeLine(const std::string& line) {
+    pollfd entry{STDERR_FILENO, POLLOUT, 0};
+    if (poll(&entry, 1, 0) != 1 || (entry.revents & POLLOUT) == 0) return;
+    const ssize_t written = write(STDERR_FILENO, line.data(), line.size());
+    (void)written; // Where the log cannot be written nobody can be told.
 }
 
 std::optional<std::string> environment(const char* name) {
@@ -164,10 +175,10 @@ struct Store {
 };
 
 // Throws StoreError.
-Store openStore(const CommandLine& line, const fs::path& data) {
+Store openStore(const CommandLine& line, const fs::path& data, ServiceLog& log) {
     if (!line.store) {
         auto opened = SqliteStore::open(data / "runs.db", nowMs());
-        notice(opened.notice);
+        log.notice(opened.notice);
         return {std::move(opened.store), nullptr};
     }
     std::unique_ptr<SharedStore> opened = openPostgresStore(*line.store);
@@ -191,19 +202,60 @@ void endAtOnceFromNowOn(const sigset_t& signals) {
     pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);
 }
 
-// A program of a team that judges, and listens nowhere.
-int judgeForOthers(SharedStore& store, QueueOptions options, const sigset_t& signals) {
+/// The port for who watches over this process.
+class Watch {
+public:
+    Watch(const ServiceMetrics& metrics, SharedStore& store, JobDesk& desk)
+        : m_door(metrics, store, desk) {}
+
+    /// What went wrong.
+    std::optional<std::string> listen(std::uint16_t port) {
+        ServerOptions options;
+        options.port = port;
+        // Whoever watches asks every few seconds.
+        options.maxThreads = 8;
+        options.maxConnections = 64;
+        auto listening = HttpServer::listen(options, m_door);
+        if (auto* error = std::get_if<ListenError>(&listening)) return std::move(error->text);
+        m_server = std::move(std::get<std::unique_ptr<HttpServer>>(listening));
+        m_server->start();
+        return std::nullopt;
+    }
+    void tell() const {
+        std::printf("trevix-local metrics on http://127.0.0.1:%u/metrics\n",
+                    static_cast<unsigned>(m_server->port()));
+    }
+
+private:
+    MetricsDoor m_door;
+    std::unique_ptr<HttpServer> m_server;
+};
+
+// A program of a team that judges, and takes no work in.
+int judgeForOthers(SharedStore& store, QueueOptions options, std::optional<std::uint16_t> port,
+                   const ServiceMetrics& metrics, ServiceLog& log, const sigset_t& signals) {
     SharedQueue queue(store, std::move(options));
+    std::optional<Watch> watch;
+    if (port) {
+        watch.emplace(metrics, store, queue);
+        if (const auto error = watch->listen(*port)) return complain(*error, 1);
+    }
     std::printf("trevix-local judging as %s\n", queue.name().c_str());
+    if (watch) watch->tell();
     std::fflush(stdout);
+    log.stage("started", "worker");
     awaitEnd(signals);
+    log.stage("draining", "worker");
     endAtOnceFromNowOn(signals);
     queue.stop();
+    log.stage("ended", "worker");
     return 0;
 }
 
 int serve(const CommandLine& line, const fs::path& self, const fs::path& data,
           const fs::path& catalog, ServerChoices servers, const InheritedSockets& inherited) {
+    ServiceLog log(line.jsonLog, nowMs, writeLine);
+    ServiceMetrics metrics;
     // Before anything in the folder is read: a second service over the same store would judge the
     // same jobs.
     auto lock = FolderLock::take(data);
@@ -237,7 +289,7 @@ int serve(const CommandLine& line, const fs::path& self, const fs::path& data,
     const sigset_t signals = endSignals();
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);
 
-    Store store = openStore(line, data);
+    Store store = openStore(line, data, log);
     if (store.shared) {
         // Whoever holds an address that somebody was handed is on another machine.
         api.userOfPeer = [](const std::string&, const std::string&) { return std::nullopt; };
@@ -260,16 +312,22 @@ int serve(const CommandLine& line, const fs::path& self, const fs::path& data,
     queueOptions.keep = std::chrono::hours(24) * line.keepDays;
     queueOptions.keepWork = std::chrono::hours(24) * line.keepWorkDays;
     queueOptions.atOnce = judges ? kJobsAtOnce : 0;
-    queueOptions.critic = [&](const Submission& submission, const StopToken& cancel,
-                              const std::function<void(const GradingProgress&)>& progress) {
-        return critics.grader().grade(submission, cancel, progress);
-    };
+    queueOptions.critic = counted(
+        [&](const Submission& submission, const StopToken& cancel,
+            const std::function<void(const GradingProgress&)>& progress) {
+            return critics.grader().grade(submission, cancel, progress);
+        },
+        metrics, [] { return std::chrono::steady_clock::now(); });
     queueOptions.warmUp = [&] { critics.probe(); };
     queueOptions.nowMs = api.nowMs;
-    queueOptions.log = notice;
+    queueOptions.log = [&log](const std::string& text) { log.notice(text); };
+    queueOptions.judged = [&log](const JudgedJob& job) { log.judged(job); };
 
     if (line.withParent) endWithParent();
-    if (!listens) return judgeForOthers(*store.shared, std::move(queueOptions), signals);
+    if (!listens) {
+        return judgeForOthers(*store.shared, std::move(queueOptions), line.metrics, metrics, log,
+                              signals);
+    }
 
     // The default one is a convenience: without it the port is there all the same.
     const bool ownSocket = inherited.unixListener < 0;
@@ -282,7 +340,7 @@ int serve(const CommandLine& line, const fs::path& self, const fs::path& data,
         auto made = LocalSocket::listen(*socketPath);
         if (auto* error = std::get_if<SocketError>(&made)) {
             if (line.socket) return complain(error->text, 1);
-            notice(error->text + "; listening on the port alone");
+            log.notice(error->text + "; listening on the port alone");
         } else {
             local.emplace(std::move(std::get<LocalSocket>(made)));
         }
@@ -301,7 +359,13 @@ int serve(const CommandLine& line, const fs::path& self, const fs::path& data,
     // a queue that is gone.
     const std::unique_ptr<JobDesk> desk = startQueue(store, std::move(queueOptions));
     JobDesk& queue = *desk;
-    HttpApi handler(std::move(api), queue, *store.own);
+    HttpApi answers(std::move(api), queue, *store.own);
+    WatchedHandler handler(answers, metrics, log);
+    std::optional<Watch> watch;
+    if (line.metrics) {
+        watch.emplace(metrics, *store.shared, queue);
+        if (const auto error = watch->listen(*line.metrics)) return complain(*error, 1);
+    }
     auto listening = HttpServer::listen(serverOptions, handler);
     if (const auto* error = std::get_if<ListenError>(&listening);
         error != nullptr && error->portTaken && !ownSocket) {
@@ -313,7 +377,7 @@ int serve(const CommandLine& line, const fs::path& self, const fs::path& data,
     auto& server = *std::get<std::unique_ptr<HttpServer>>(listening);
     const std::string base =
         "http://" + serverOptions.address + ":" + std::to_string(server.port());
-    handler.setBase(publicOrigin.value_or(base));
+    answers.setBase(publicOrigin.value_or(base));
     // Only now that the port is known: reports are opened under it, and it may be one that the
     // system chose.
     server.start();
@@ -321,15 +385,19 @@ int serve(const CommandLine& line, const fs::path& self, const fs::path& data,
     if (serverOptions.unixListener >= 0) {
         std::printf("trevix-local listening on %s\n", socketBase(*socketPath).c_str());
     }
+    if (watch) watch->tell();
     // Who starts the service waits for these lines, through a pipe as a rule, which is not flushed
     // by itself.
     std::fflush(stdout);
+    const char* role = judges ? "both" : "api";
+    log.stage("started", role);
 
     StoppableThread idle;
     if (line.idleExit > 0) idle = endWhenIdle(std::chrono::seconds(line.idleExit), server, queue);
 
     awaitEnd(signals);
     idle = {};
+    log.stage("draining", role);
     // The job being graded is finished first.
     endAtOnceFromNowOn(signals);
     // First, so that nobody new connects while the last job is finished.
@@ -338,6 +406,7 @@ int serve(const CommandLine& line, const fs::path& self, const fs::path& data,
     // thread that the server would otherwise wait for.
     queue.stop();
     server.stop();
+    log.stage("ended", role);
     return 0;
 }
 

@@ -252,7 +252,13 @@ void SharedQueue::judgeTaken(const TakenJob& taken) {
         // Before anything is judged: who gave it up was told that it will not be.
         if (taken.isCancelled) held.cancel.ask();
     }
+    const auto begun = steadyNow();
     judgeUntilWritten(job);
+    if (m_options.judged) {
+        m_options.judged(
+            {job.id, job.kind, job.attempts,
+             std::chrono::duration_cast<std::chrono::milliseconds>(steadyNow() - begun)});
+    }
     const std::lock_guard lock(m_mutex);
     m_held.erase(job.id);
     m_changed.notify_all();

@@ -135,6 +135,44 @@ HttpAnswer stopping() {
 
 } // namespace
 
+std::string_view routeName(std::string_view path) {
+    static constexpr std::array<std::string_view, 4> kUsers{
+        "/api/v1/eval/dismissals", "/api/v1/eval/dismissals/undo", "/api/v1/eval/words",
+        "/api/v1/eval/words/undo"};
+    if (const auto* const found = std::ranges::find(kUsers, path); found != kUsers.end()) {
+        return *found;
+    }
+    const auto target = targetOf(path);
+    if (!target) return "other";
+    switch (target->route) {
+    case Route::submit:
+        return "/api/v1/eval/jobs";
+    case Route::job:
+        return "/api/v1/eval/jobs/{id}";
+    case Route::run:
+        return "/api/v1/eval/runs/{id}";
+    case Route::iterate:
+        return "/api/v1/eval/runs/{id}/iterate";
+    case Route::ticket:
+        return "/api/v1/eval/runs/{id}/ticket";
+    case Route::proof:
+        return kProof;
+    case Route::console:
+        return "/console";
+    case Route::connect:
+        return "/connect";
+    case Route::catalog:
+        return "/brask/app-catalog.json";
+    case Route::health:
+        return "/healthz";
+    case Route::ready:
+        return "/readyz";
+    case Route::index:
+        break;
+    }
+    return "/";
+}
+
 bool isLoopbackHost(std::string_view host) {
     // A page elsewhere can have its own name lead to 127.0.0.1, and its browser then takes this
     // service for that page's server. But it names the page's host, so only our own names are
@@ -506,9 +544,16 @@ HttpAnswer HttpApi::readiness() {
 }
 
 HttpAnswer HttpApi::health() {
-    // In order as soon as it answers: work is taken while the critics are still made ready.
-    return jsonAnswer(200, std::string(R"({"status":"ok","warming":)") +
-                               (m_queue.isWarming() ? "true}" : "false}"));
+    // In order as soon as it answers: work is taken while the critics are still made ready. Whether
+    // the store answers is for readiness(): a process is not to be ended and begun anew for that.
+    bool warming = true;
+    try {
+        warming = m_queue.isWarming();
+    } catch (const StoreError&) {
+        // As far as anybody here knows.
+    }
+    return jsonAnswer(200,
+                      std::string(R"({"status":"ok","warming":)") + (warming ? "true}" : "false}"));
 }
 
 } // namespace trevix

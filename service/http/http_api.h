@@ -113,6 +113,10 @@ private:
     UserActions m_user;
 };
 
+/// A path with what clients choose blotted out, "/api/v1/eval/jobs/{id}"; "other" for one that
+/// there is not. Of a bounded set, for logs.
+[[nodiscard]] std::string_view routeName(std::string_view path);
+
 /// Whether a Host header names this machine's loopback, with or without a port.
 [[nodiscard]] bool isLoopbackHost(std::string_view host);
 

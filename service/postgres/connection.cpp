@@ -16,9 +16,15 @@ namespace {
 using Instant = std::chrono::steady_clock::time_point;
 
 constexpr const char* kWho = "the run store: ";
+constexpr std::string_view kDiskFull = "53100"; // PostgreSQL, appendix A
 
 // The server's first sentence. What it adds in others may quote values.
 std::string sentence(const PGresult* result, const PGconn* connection) {
+    const char* state = PQresultErrorField(result, PG_DIAG_SQLSTATE);
+    // The server's words name files of its own.
+    if (state != nullptr && std::string_view(state) == kDiskFull) {
+        return "the database's disk is full";
+    }
     const char* primary = PQresultErrorField(result, PG_DIAG_MESSAGE_PRIMARY);
     std::string text = primary != nullptr ? primary : PQerrorMessage(connection);
     while (!text.empty() && (text.back() == '\n' || text.back() == ' ')) text.pop_back();
@@ -103,9 +109,11 @@ bool SqlRows::isNull(std::size_t row, int column) const {
     return PQgetisnull(m_result.get(), static_cast<int>(row), column) != 0;
 }
 
-SqlConnection::SqlConnection(const std::string& address, std::chrono::milliseconds limit)
+SqlConnection::SqlConnection(const std::string& address, std::chrono::milliseconds limit,
+                             std::atomic<std::uint64_t>* errors)
     : m_connection(nullptr, &PQfinish),
-      m_limit(limit) {
+      m_limit(limit),
+      m_errors(errors) {
     // What stands before the address is a default that the address may replace, what stands behind
     // it is not. A connection whose other end vanished is noticed within a minute while it is idle,
     // and within kAnswerLimit while something is asked.
@@ -138,6 +146,11 @@ SqlConnection::SqlConnection(const std::string& address, std::chrono::millisecon
 
 void SqlConnection::fail(const std::string& text) {
     m_isBroken = true;
+    refuse(text);
+}
+
+void SqlConnection::refuse(const std::string& text) {
+    if (m_errors != nullptr) ++*m_errors;
     throw StoreError(kWho + text);
 }
 
@@ -183,7 +196,7 @@ SqlRows SqlConnection::answer() {
     if (PQstatus(handle()) != CONNECTION_OK) {
         fail(error.empty() ? "the connection to the database broke" : error);
     }
-    if (!error.empty()) throw StoreError(kWho + error);
+    if (!error.empty()) refuse(error);
     return rows;
 }
 

@@ -9,6 +9,7 @@
 
 #include "service/store/run_store.h"
 
+#include <atomic>
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
@@ -74,9 +75,11 @@ private:
 class SqlConnection {
 public:
     /// `address` as libpq takes it: "postgresql://user@host/database", or "host=... dbname=...".
-    /// `limit` is for each statement.
+    /// `limit` is for each statement. What goes wrong is counted in `errors`, where there is one;
+    /// it must outlive the connection.
     explicit SqlConnection(const std::string& address,
-                           std::chrono::milliseconds limit = kAnswerLimit);
+                           std::chrono::milliseconds limit = kAnswerLimit,
+                           std::atomic<std::uint64_t>* errors = nullptr);
 
     /// One statement.
     SqlRows query(const char* sql, const std::vector<SqlValue>& values = {});
@@ -96,9 +99,11 @@ private:
     [[nodiscard]] SqlRows answer();
     void awaitSocket(short events, std::chrono::steady_clock::time_point until);
     [[noreturn]] void fail(const std::string& text);
+    [[noreturn]] void refuse(const std::string& text);
 
     std::unique_ptr<PGconn, void (*)(PGconn*)> m_connection;
     std::chrono::milliseconds m_limit;
+    std::atomic<std::uint64_t>* m_errors;
     bool m_isBroken = false;
 };
 

@@ -12,6 +12,7 @@ ConnectionPool::Borrowed ConnectionPool::borrow() {
     {
         std::unique_lock lock(m_mutex);
         if (!m_returned.wait_for(lock, kAnswerLimit, [this] { return m_lent < m_most; })) {
+            ++m_errors;
             throw StoreError("the run store: too much is asked of the database at once");
         }
         ++m_lent;
@@ -23,7 +24,7 @@ ConnectionPool::Borrowed ConnectionPool::borrow() {
     }
     try {
         // Outside the lock: connecting takes seconds where the database is not there.
-        return {*this, std::make_unique<SqlConnection>(m_address)};
+        return {*this, std::make_unique<SqlConnection>(m_address, kAnswerLimit, &m_errors)};
     } catch (...) {
         giveBack(nullptr);
         throw;

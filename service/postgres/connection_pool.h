@@ -6,8 +6,10 @@
 
 #include "service/postgres/connection.h"
 
+#include <atomic>
 #include <condition_variable>
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -41,11 +43,15 @@ public:
     /// can be had.
     [[nodiscard]] Borrowed borrow();
 
+    /// How many statements and connections went wrong.
+    [[nodiscard]] std::uint64_t errors() const { return m_errors; }
+
 private:
     void giveBack(std::unique_ptr<SqlConnection> connection);
 
     const std::string m_address;
     const std::size_t m_most;
+    std::atomic<std::uint64_t> m_errors = 0; // before the connections that count in it
     std::mutex m_mutex;
     std::condition_variable m_returned;
     std::vector<std::unique_ptr<SqlConnection>> m_idle; // the one used last at the end

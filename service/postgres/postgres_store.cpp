@@ -7,6 +7,7 @@
 #include "service/store/stored_values.h"
 
 #include <algorithm>
+#include <atomic>
 #include <mutex>
 #include <utility>
 #include <variant>
@@ -302,6 +303,7 @@ public:
         insertIteration(*db, run.id, 0, first);
         insertWork(*db, run.id, 0, first.createdMs, work);
         transaction.commit();
+        ++m_completed;
     }
 
     int finishIterate(const std::string& jobId, const std::string& runId,
@@ -321,6 +323,7 @@ public:
         insertIteration(*db, runId, number, iteration);
         insertWork(*db, runId, number, iteration.createdMs, work);
         transaction.commit();
+        ++m_completed;
         return number;
     }
 
@@ -355,13 +358,14 @@ public:
         const auto db = m_pool.borrow();
         SqlTransaction transaction(*db);
         // A job that is over by now keeps its end.
-        if (db->query("UPDATE jobs SET status = 'failed', error = $2, finished = $3 "
+        const bool failed =
+            db->query("UPDATE jobs SET status = 'failed', error = $2, finished = $3 "
                       "WHERE id = $1 AND status = 'pending'",
                       {jobId, error, nowMs})
-                .changed() == 1) {
-            dropPayload(*db, jobId);
-        }
+                .changed() == 1;
+        if (failed) dropPayload(*db, jobId);
         transaction.commit();
+        if (failed) ++m_failed;
     }
 
     std::optional<FinishedJob> finishedJob(const std::string& jobId) override {
@@ -536,6 +540,7 @@ public:
                 .changed() == 1) {
             dropPayload(*db, jobId);
             transaction.commit();
+            ++m_failed;
             return Cancelled::done;
         }
         if (db->query("UPDATE jobs SET cancel_asked = true WHERE id = $1 AND status = 'pending'",
@@ -568,6 +573,24 @@ public:
             ->query("SELECT EXISTS (SELECT 1 FROM workers WHERE ready AND until >= now())")
             .boolean(0, 0);
     }
+
+    StoreFigures figures() override {
+        const SqlRows rows = m_pool.borrow()->query(
+            std::string("SELECT count(*) FILTER (WHERE free), count(*) FILTER (WHERE NOT free), "
+                        "coalesce(greatest(0, floor(extract(epoch FROM now()) * 1000)::bigint - "
+                        "min(created) FILTER (WHERE free)), 0), "
+                        "(SELECT count(*) FROM workers WHERE ready AND until >= now()), "
+                        "(SELECT count(*) FROM workers WHERE NOT ready AND until >= now()) "
+                        "FROM (SELECT created, ") +
+            kWaiting + " AS free FROM jobs WHERE status = 'pending') AS pending");
+        const auto count = [&](int column) {
+            return static_cast<std::uint64_t>(rows.integer(0, column));
+        };
+        return {count(0), count(1), std::chrono::milliseconds(rows.integer(0, 2)), count(3),
+                count(4)};
+    }
+
+    StoreCounts counts() const override { return {m_completed, m_failed, m_pool.errors()}; }
 
     void listen(std::function<void(const StoreNews&)> news) override {
         const std::lock_guard lock(m_listening);
@@ -675,6 +698,8 @@ private:
 
     const std::string m_address;
     ConnectionPool m_pool;
+    std::atomic<std::uint64_t> m_completed = 0;
+    std::atomic<std::uint64_t> m_failed = 0;
     std::mutex m_listening;
     std::unique_ptr<NewsListener> m_listener; // last: it ends before what it tells of
 };

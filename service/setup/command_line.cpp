@@ -30,6 +30,13 @@ std::optional<std::string> take(CommandLine& line, const std::string& option,
         const auto port = numberIn<std::uint16_t>(value, 0, 65535);
         if (!port) return "--port needs a number from 0 to 65535";
         line.port = *port;
+    } else if (option == "--metrics") {
+        const auto port = numberIn<std::uint16_t>(value, 0, 65535);
+        if (!port) return "--metrics needs a number from 0 to 65535";
+        line.metrics = *port;
+    } else if (option == "--log") {
+        if (value != "json" && value != "text") return "--log is text or json";
+        line.jsonLog = value == "json";
     } else if (option == "--queue") {
         const auto queue = numberIn<std::size_t>(value, 1, 4096);
         if (!queue) return "--queue needs a number from 1 to 4096";
@@ -97,6 +104,7 @@ std::optional<std::string> teamProblem(const CommandLine& line) {
         if (line.listen) return "--listen goes with --store";
         if (line.publicUrl) return "--public-url goes with --store";
         if (line.plain) return "--plain goes with --listen";
+        if (line.metrics) return "--metrics goes with --store";
         return std::nullopt;
     }
     // The others would be cut off from what is theirs as well.
@@ -178,7 +186,7 @@ std::variant<CommandLine, UsageError> parseCommandLine(const std::vector<std::st
             option != "--keep-days" && option != "--keep-work" && option != "--judge" &&
             option != "--model" && option != "--languagetool" && option != "--idle-exit" &&
             option != "--store" && option != "--role" && option != "--listen" &&
-            option != "--public-url") {
+            option != "--public-url" && option != "--metrics" && option != "--log") {
             return UsageError{"unknown option " + arguments[i]};
         }
         if (!value) {
@@ -247,6 +255,10 @@ on a Unix socket of its user. With --store it is one of the programs of a team's
                   where others reach the service, through a proxy as a rule; with --store
                   (https://judge.example.org)
   --plain         what --listen sends beyond this machine may go unencrypted
+  --metrics PORT  a port on 127.0.0.1 with /metrics for Prometheus, /healthz and /readyz, without
+                  a key; 0 for any free one; with --store
+  --log FORM      text, or json: one object a line on standard error for each request and each
+                  judged job, without work and keys (default text)
   --idle-exit SECONDS
                   end when for so long nothing was asked and no job waited or ran: for a
                   service manager that listens and starts it anew (LISTEN_FDS)

@@ -37,6 +37,8 @@ struct CommandLine {
     Role role = Role::both;
     std::optional<std::string> listen;    ///< An address of this machine; only with a store.
     std::optional<std::string> publicUrl; ///< Where others reach the service; only with a store.
+    std::optional<std::uint16_t> metrics; ///< Port for who watches; 0: any free one. With a store.
+    bool jsonLog = false;                 ///< Whether it logs for programs.
     bool plain = false; ///< Whether what goes beyond this machine may go unencrypted.
     std::size_t queue = 256;
     int keepDays = 365;   ///< 0: for good.

@@ -78,6 +78,26 @@ struct StoreNews {
     bool operator==(const StoreNews&) const = default;
 };
 
+/// How much there is to do, and who is there to do it.
+struct StoreFigures {
+    std::uint64_t queued = 0;                  ///< Jobs that nobody holds.
+    std::uint64_t running = 0;                 ///< Jobs that a program holds.
+    std::chrono::milliseconds oldestQueued{0}; ///< How long the first queued one waits.
+    std::uint64_t workersReady = 0;
+    std::uint64_t workersWarming = 0; ///< There, and not ready to judge yet.
+
+    bool operator==(const StoreFigures&) const = default;
+};
+
+/// What went through this object since it was made.
+struct StoreCounts {
+    std::uint64_t completed = 0; ///< Jobs.
+    std::uint64_t failed = 0;    ///< Jobs, cancelled ones among them.
+    std::uint64_t errors = 0;    ///< Statements and connections.
+
+    bool operator==(const StoreCounts&) const = default;
+};
+
 class SharedStore : public RunStore {
 public:
     /// What the store's clock says, in milliseconds since 1970, UTC.
@@ -129,6 +149,10 @@ public:
     virtual void forgetWorker(const std::string& worker) = 0;
     /// Whether one that is ready is believed to be there.
     [[nodiscard]] virtual bool hasWorkers() = 0;
+
+    [[nodiscard]] virtual StoreFigures figures() = 0;
+    /// Asks nobody.
+    [[nodiscard]] virtual StoreCounts counts() const = 0;
 
     /// Calls `news` from a thread of the store's own, first with `anything`, until listening is
     /// ended by an empty function. Not to be called from within `news`.

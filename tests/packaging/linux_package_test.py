@@ -197,8 +197,9 @@ class Installed(unittest.TestCase):
         others = {name for name in self.found(self.prefix)
                   if not re.match(r"share/(man|bash-completion|zsh|fish|icons)/", name)}
         # What comes from npm is not ours to hand on: docs/engines.md says how to get it.
-        units = {f"lib/systemd/user/{unit.name.removesuffix('.in')}"
-                 for unit in (ROOT / "resources/systemd").glob("*")}
+        units = {f"lib/systemd/{kind}/{unit.name.removesuffix('.in')}"
+                 for kind, folder in (("user", "systemd"), ("system", "systemd/system"))
+                 for unit in (ROOT / "resources" / folder).glob("*") if unit.is_file()}
         self.assertEqual(others, {"bin/kelvane", "bin/trevix-local", "bin/brask",
                                   "lib/kelvane/start-at-login", "share/doc/kelvane/copyright",
                                   f"share/applications/{ID}.desktop",

@@ -56,9 +56,9 @@ class Units(unittest.TestCase):
 
     def of_a_team(self, change=lambda text: text):
         """What systemd says of the unit of a team's processes."""
-        text = (SOURCE / "docs/samples/trevix-team@.service").read_text(encoding="utf-8")
+        text = (UNITS / "system/trevix-team@.service.in").read_text(encoding="utf-8")
         unit = self.folder / "trevix-team@.service"
-        unit.write_text(change(text.replace("/usr/bin/trevix-local", str(SERVICE))), encoding="utf-8")
+        unit.write_text(change(text.replace("@KELVANE_BIN_DIR@", str(SERVICE.parent))), encoding="utf-8")
         instance = self.folder / "trevix-team@worker.service"
         instance.symlink_to(unit.name)
         self.addCleanup(instance.unlink)

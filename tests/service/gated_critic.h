@@ -53,6 +53,10 @@ public:
         m_open = true;
         m_changed.notify_all();
     }
+    void close() {
+        const std::lock_guard lock(m_mutex);
+        m_open = false;
+    }
     void letOnePass() {
         const std::lock_guard lock(m_mutex);
         ++m_passes;

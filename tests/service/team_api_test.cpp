@@ -2,6 +2,9 @@
 
 #include "service/http/http_api.h"
 
+#include "service/http/metrics_door.h"
+#include "service/http/watched_handler.h"
+
 #include "service/postgres/connection.h"
 #include "service/postgres/postgres_store.h"
 #include "service/postgres/schema.h"
@@ -56,13 +59,24 @@ protected:
         api.userOfPeer = [](const auto&...) { return std::nullopt; };
         m_api = std::make_unique<HttpApi>(std::move(api), *m_queue, *m_store);
         m_api->setBase("https://judge.example.org");
-        auto listening = HttpServer::listen({}, *m_api);
-        m_server = std::move(std::get<std::unique_ptr<HttpServer>>(listening));
-        m_server->start();
+        m_watched = std::make_unique<WatchedHandler>(*m_api, m_metrics, m_log);
+        m_server = serving(*m_watched);
+        m_door = std::make_unique<MetricsDoor>(m_metrics, *m_store, *m_queue);
+        m_watchPort = serving(*m_door);
+    }
+    static std::unique_ptr<HttpServer> serving(HttpHandler& handler) {
+        auto listening = HttpServer::listen({}, handler);
+        auto server = std::move(std::get<std::unique_ptr<HttpServer>>(listening));
+        server->start();
+        return server;
+    }
+    [[nodiscard]] Reply watch(const std::string& path) const {
+        return get(m_watchPort->port(), path);
     }
     ~TeamApiTest() override {
         m_critic.open();
         if (m_queue) m_queue->stop();
+        m_watchPort.reset();
         m_server.reset();
     }
 
@@ -110,7 +124,14 @@ protected:
     std::unique_ptr<SharedQueue> m_queue;
     std::unique_ptr<TeamKeys> m_keys;
     std::unique_ptr<HttpApi> m_api;
+    ServiceMetrics m_metrics;
+    std::string m_logged;
+    ServiceLog m_log{true, [] { return std::int64_t{0}; },
+                     [this](const std::string& line) { m_logged += line; }};
+    std::unique_ptr<WatchedHandler> m_watched;
     std::unique_ptr<HttpServer> m_server;
+    std::unique_ptr<MetricsDoor> m_door;
+    std::unique_ptr<HttpServer> m_watchPort;
 };
 
 TEST(RequestBudget, IsUsedUpAndComesBackWithTime) {
@@ -172,9 +193,17 @@ TEST_F(TeamApiTest, KeysAreGoodWhileTheDatabaseIsAway) {
     m_cluster->kill();
     EXPECT_EQ(ask(std::string(kJobs) + "/job_x", ada).status, 503);
     EXPECT_EQ(ask("/readyz", {}).status, 503);
+    EXPECT_EQ(ask("/healthz", {}).status, 200) << "beginning the process anew would mend nothing";
+    EXPECT_EQ(watch("/readyz").status, 503);
+    EXPECT_EQ(watch("/healthz").status, 200);
+    const std::string away = watch("/metrics").body;
+    EXPECT_THAT(away, HasSubstr("\ntrevix_database_up 0\n"));
+    EXPECT_THAT(away, Not(HasSubstr("\ntrevix_database_errors_total 0\n")));
     EXPECT_EQ(ask(std::string(kJobs) + "/job_x", {}).status, 401);
     m_cluster->start();
     EXPECT_EQ(ask("/readyz", {}).status, 200);
+    EXPECT_EQ(watch("/readyz").status, 200);
+    EXPECT_THAT(watch("/metrics").body, HasSubstr("\ntrevix_database_up 1\n"));
     EXPECT_EQ(ask(std::string(kJobs) + "/job_x", ada).status, 404);
 }
 
@@ -263,6 +292,64 @@ TEST_F(TeamApiTest, UsesAreWrittenDownWithoutWorkOrKey) {
                   "ada GET /api/v1/eval/runs/run_none 404");
     m_store->prune(m_store->nowMs() + 1000);
     EXPECT_EQ(m_cluster->query("SELECT count(*) FROM uses"), "0") << "with the runs of their time";
+}
+
+TEST_F(TeamApiTest, TellsWhoWatchesHowMuchThereIsToDo) {
+    const HeaderLines ada = person("ada");
+    const std::string done = submit("done", ada);
+    (void)finishedRun(done, ada);
+    m_critic.close();
+    const std::string held = submit("held", ada);
+    m_critic.awaitArrivals(2);
+    const std::string waits = submit("waits", ada);
+    m_cluster->query("UPDATE jobs SET created = created - 90000 WHERE id = '" + waits + "'");
+    m_cluster->query("INSERT INTO workers VALUES ('gone', true, now() - interval '1 second'), "
+                     "('new', false, now() + interval '1 minute')");
+    // It says so itself, from a thread of its own.
+    while (!m_store->hasWorkers()) std::this_thread::yield();
+    const StoreFigures figures = m_store->figures();
+    EXPECT_EQ(figures.queued, 1U);
+    EXPECT_EQ(figures.running, 1U);
+    EXPECT_GE(figures.oldestQueued, 90s);
+    EXPECT_LT(figures.oldestQueued, 1h);
+    EXPECT_EQ(figures.workersReady, 1U) << "its own";
+    EXPECT_EQ(figures.workersWarming, 1U);
+    EXPECT_EQ(m_queue->cancel(waits), JobDesk::Cancelled::done);
+    EXPECT_EQ(m_store->counts().completed, 1U);
+    EXPECT_EQ(m_store->counts().failed, 1U);
+    EXPECT_EQ(ask("/nowhere/private-words", ada).status, 404);
+
+    const Reply told = watch("/metrics");
+    EXPECT_EQ(told.status, 200);
+    EXPECT_EQ(told.headers.at("content-type"), "text/plain; version=0.0.4; charset=utf-8");
+    EXPECT_THAT(told.body, HasSubstr("\ntrevix_jobs{state=\"running\"} 1\n"));
+    EXPECT_THAT(told.body, HasSubstr("\ntrevix_requests_total{code=\"202\"} 3\n"));
+    EXPECT_THAT(told.body, HasSubstr("\ntrevix_requests_total{code=\"404\"} 1\n"));
+    for (const char* secret : {"ada", "private", "held"}) {
+        EXPECT_THAT(told.body, Not(HasSubstr(secret)));
+        EXPECT_THAT(m_logged, Not(HasSubstr(secret)));
+    }
+    EXPECT_THAT(m_logged, HasSubstr(R"("method":"GET","route":"other","status":404)"));
+    EXPECT_THAT(m_logged, HasSubstr(R"("method":"POST","route":"/api/v1/eval/jobs","status":202)"));
+}
+
+TEST_F(TeamApiTest, WhoWatchesIsToldNothingElse) {
+    EXPECT_EQ(watch("/api/v1/eval/jobs/job_x").status, 404);
+    EXPECT_EQ(watch("/console?run=run_x").status, 404);
+    EXPECT_EQ(post(m_watchPort->port(), "/metrics", "{}").status, 405);
+    EXPECT_EQ(get(m_watchPort->port(), "/metrics", {{"Host", "evil.example"}}).status, 403);
+    EXPECT_EQ(ask("/metrics", {}).status, 404) << "where everybody asks there are none";
+    m_queue->stop();
+    EXPECT_EQ(watch("/readyz").status, 503);
+    EXPECT_EQ(watch("/healthz").status, 200);
+}
+
+TEST(RouteName, HasNoWordOfTheClients) {
+    EXPECT_EQ(routeName("/api/v1/eval/jobs/trevix_team_0"), "/api/v1/eval/jobs/{id}");
+    EXPECT_EQ(routeName("/api/v1/eval/runs/run_1/iterate"), "/api/v1/eval/runs/{id}/iterate");
+    EXPECT_EQ(routeName("/api/v1/eval/dismissals/undo"), "/api/v1/eval/dismissals/undo");
+    EXPECT_EQ(routeName("/private words"), "other");
+    EXPECT_EQ(routeName("/"), "/");
 }
 
 TEST_F(TeamApiTest, AnswersToItsPublicNameAndToNoOther) {

@@ -13,10 +13,20 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
+#include <atomic>
 #include <condition_variable>
 #include <future>
 #include <mutex>
 #include <set>
+#include <thread>
+
+#include <netinet/in.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
 
 namespace trevix {
 namespace {
@@ -323,6 +333,22 @@ TEST_F(PostgresStoreTest, AnErrorSaysWhatIsWrongAndNotWhatWasAsked) {
     }
 }
 
+TEST_F(PostgresStoreTest, AFullDiskIsSaidWithoutTheNamesOfTheServersFiles) {
+    m_cluster->query("CREATE FUNCTION full_disk() RETURNS trigger LANGUAGE plpgsql AS $$ BEGIN "
+                     "RAISE EXCEPTION USING ERRCODE = '53100', MESSAGE = 'could not extend file "
+                     "\"base/5/16384\": No space left on device'; END $$; CREATE TRIGGER full_disk "
+                     "BEFORE INSERT ON payloads EXECUTE FUNCTION full_disk()");
+    const std::uint64_t before = store->counts().errors;
+    try {
+        add("job_1");
+        FAIL() << "added";
+    } catch (const StoreError& error) {
+        EXPECT_STREQ(error.what(), "the run store: the database's disk is full");
+    }
+    EXPECT_EQ(store->counts().errors, before + 1);
+    EXPECT_FALSE(store->isPending("job_1"));
+}
+
 TEST_F(PostgresStoreTest, ADatabaseThatStopsAnsweringIsNotWaitedForLongerThanTheLimit) {
     SqlConnection connection(m_cluster->address(), 50ms);
     EXPECT_EQ(connection.query("SELECT 1").integer(0, 0), 1);
@@ -330,6 +356,83 @@ TEST_F(PostgresStoreTest, ADatabaseThatStopsAnsweringIsNotWaitedForLongerThanThe
     EXPECT_THROW((void)connection.query("SELECT 1"), StoreError);
     EXPECT_FALSE(connection.isUsable()) << "the answer may still come";
     m_cluster->thaw();
+}
+
+/// Stands between one program and the server, and lets the server's answers through drop by drop
+/// once it is told to. One connection; each wait of its own is a few milliseconds.
+class DrippingRelay {
+public:
+    explicit DrippingRelay(const std::string& server)
+        : m_listener(::socket(AF_INET, SOCK_STREAM, 0)) {
+        sockaddr_in address{};
+        address.sin_family = AF_INET;
+        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        socklen_t size = sizeof address;
+        auto* const raw = reinterpret_cast<sockaddr*>(&address);
+        EXPECT_EQ(bind(m_listener, raw, size), 0);
+        EXPECT_EQ(listen(m_listener, 1), 0);
+        EXPECT_EQ(getsockname(m_listener, raw, &size), 0);
+        m_port = ntohs(address.sin_port);
+        m_thread = std::thread([this, server] { run(server); });
+    }
+    ~DrippingRelay() {
+        m_ends = true;
+        m_thread.join();
+        ::close(m_listener);
+    }
+    DrippingRelay(const DrippingRelay&) = delete;
+    DrippingRelay& operator=(const DrippingRelay&) = delete;
+
+    [[nodiscard]] std::string address() const {
+        return "postgresql://trevix@127.0.0.1:" + std::to_string(m_port) +
+               "/postgres?sslmode=disable";
+    }
+    void drip() { m_drips = true; }
+
+private:
+    // False when the connection is over.
+    static bool passOn(int from, int to, std::size_t most) {
+        std::array<char, 4096> bytes{};
+        const ssize_t size = read(from, bytes.data(), std::min(most, bytes.size()));
+        return size > 0 && write(to, bytes.data(), static_cast<std::size_t>(size)) == size;
+    }
+
+    void run(const std::string& server) {
+        const int client = accept(m_listener, nullptr, nullptr);
+        sockaddr_un address{};
+        address.sun_family = AF_UNIX;
+        server.copy(address.sun_path, sizeof address.sun_path - 1);
+        const int database = ::socket(AF_UNIX, SOCK_STREAM, 0);
+        EXPECT_EQ(connect(database, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+        while (!m_ends) {
+            std::array<pollfd, 2> ends{pollfd{client, POLLIN, 0}, pollfd{database, POLLIN, 0}};
+            poll(ends.data(), ends.size(), 5);
+            if (ends[0].revents != 0 && !passOn(client, database, 4096)) break;
+            if (ends[1].revents != 0) {
+                if (m_drips) std::this_thread::sleep_for(5ms);
+                if (!passOn(database, client, m_drips ? 1 : 4096)) break;
+            }
+        }
+        ::close(client);
+        ::close(database);
+    }
+
+    const int m_listener;
+    std::uint16_t m_port = 0;
+    std::atomic<bool> m_drips = false;
+    std::atomic<bool> m_ends = false;
+    std::thread m_thread;
+};
+
+TEST_F(PostgresStoreTest, AnAnswerThatComesDropByDropIsNotWaitedForLongerThanTheLimit) {
+    const std::string address = m_cluster->address();
+    DrippingRelay relay(address.substr(address.find("host=") + 5) + "/.s.PGSQL.5432");
+    SqlConnection connection(relay.address(), 300ms);
+    EXPECT_EQ(connection.query("SELECT 1").integer(0, 0), 1);
+    relay.drip();
+    // Each drop comes in time; all of them would take seconds.
+    EXPECT_THROW((void)connection.query("SELECT repeat('x', 2000)"), StoreError);
+    EXPECT_FALSE(connection.isUsable()) << "the rest may still come";
 }
 
 TEST_F(PostgresStoreTest, ABodyThatNobodyTakesIsNotWaitedForEither) {
