@@ -146,6 +146,19 @@ TEST(DocumentCritic, Headings) {
          {"a tag, a number and a row of marks",
           "# One" + text + "#tag\n\n#12 is fixed.\n\n####\n\n##1\n",
           {"document.empty_heading"}},
+         {"rows of marks between comments",
+          "# One" + text +
+              "# -----------\n# Settings of the house\n# -----------\n\ncolour = green\n",
+          {}},
+         {"comments with empty lines between",
+          "# One" + text + "# first\n#\n# second\n\na = 1\n",
+          {}},
+         {"a title underlined with less than its chapters",
+          "The house\n---------\n\nROOMS\n=====\n\nThere are four of them.\n",
+          {}},
+         {"marks under a title",
+          "# One" + text + "The garden\n######\n\nIt is green, and it is large.\n",
+          {}},
          {"headings in code", "# One" + text + "```sh\n### comment\n# comment\n```\n", {}}},
         critiqueDocument);
 }
@@ -314,6 +327,8 @@ TEST(DocumentCritic, UnclosedPartsAndSpellings) {
           {"document.unclosed_comment"}},
          {"longer fence", "Some words first.\n\n````md\n```\n````\n", {}},
          {"tildes under a heading", "Garden tools\n~~~~~~~~~~~~\n\nThey hang in the shed.", {}},
+         {"fewer tildes than the heading", "All of the garden tools\n~~~~~~~\n\nThey hang.", {}},
+         {"tildes that close", "Call it\n~~~~~~~\n\nls\n~~~~~~~\n\nand wait.", {}},
          {"tildes around code", "Call it\n\n~~~~~~~\nls\n~~~~~~~\n\nand wait.", {}},
          {"code of one line", "~~~~\nls -l\n~~~~\n\nThis lists what is here.\n", {}},
          {"tildes that open code", "Garden tools\n~~~~~~~~~~~~\nls\n", {"document.unclosed_code"}},
