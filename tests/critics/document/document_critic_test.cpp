@@ -256,6 +256,10 @@ TEST(DocumentCritic, Notes) {
     expectRules(
         {{"sound", "A claim.[^1]\n\n[^1]: Its source is old.", {}},
          {"missing", "A bold claim.[^2]\n\nMore text here.", {"document.missing_note"}},
+         {"at the start of a line", "A bold claim\n[^1] of mine.\n\n[^1]: Its source is old.", {}},
+         {"no notes but patterns",
+          "[^abc] is none of these letters.\n\nIt is the same as [^\\w] for most of them.",
+          {}},
          {"unused",
           "A bold claim stands here.\n\n[^1]: Its source is old.",
           {"document.unused_note"}},
