@@ -56,6 +56,7 @@ Critique critiqueCode(const Part& part, Readers readers) {
     checkImports(view, findings);
     checkUnsafeCalls(view, findings);
     checkDownloads(view, findings);
+    checkPlainAddresses(view, findings);
     checkQueries(view, findings);
     checkHomePaths(view, findings);
     checkJson(view, findings);

@@ -27,6 +27,9 @@ struct RulesFor<WorkKind::code> {
         Rule{"code.unclosed_bracket", Severity::medium, "matching brackets", Unit::line, ""},
         Rule{"code.runs_text", Severity::high, "safe calls", Unit::line, ""},
         Rule{"code.runs_download", {Severity::high, Severity::low}, "safe calls", Unit::line, ""},
+        Rule{"code.plain_address", Severity::medium, "safe calls", Unit::line,
+             "chosen: an address among the first 4 tokens of a call, behind the method of a "
+             "request"},
         Rule{"code.query_from_text", Severity::high, "safe queries", Unit::line, ""},
         Rule{"code.json_syntax", Severity::high, "readable data", Unit::part, ""},
         Rule{

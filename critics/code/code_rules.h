@@ -29,6 +29,7 @@ void checkImports(const CodeView& view, FindingList& findings);
 // Security: code_security_rules.cpp
 void checkUnsafeCalls(const CodeView& view, FindingList& findings);
 void checkDownloads(const CodeView& view, FindingList& findings);
+void checkPlainAddresses(const CodeView& view, FindingList& findings);
 void checkQueries(const CodeView& view, FindingList& findings);
 void checkHomePaths(const CodeView& view, FindingList& findings);
 

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <array>
 #include <string>
+#include <unordered_set>
 
 namespace trevix {
 
@@ -20,6 +21,7 @@ constexpr GradedRule kPlainDownload =
     declared<WorkKind::code>("code.runs_download", Severity::high);
 constexpr GradedRule kDownload = declared<WorkKind::code>("code.runs_download", Severity::low);
 constexpr GradedRule kQuery = declared<WorkKind::code>("code.query_from_text");
+constexpr GradedRule kPlainAddress = declared<WorkKind::code>("code.plain_address");
 constexpr GradedRule kHomePath = declared<WorkKind::code>("code.home_path");
 
 bool isMember(const CodeView& view, std::size_t index) {
@@ -182,6 +184,52 @@ std::size_t pipelineEnd(const CodeView& view, std::size_t i) {
     return i;
 }
 
+/// Whether a literal is an address of another machine that is opened without encryption. Names
+/// without a dot and those of this machine or its own network are no strangers.
+bool isPlainAddress(std::string_view literal) {
+    std::string_view text = inner(literal);
+    std::size_t scheme = 0;
+    if (text.starts_with("http://")) scheme = 7;
+    if (text.starts_with("ftp://")) scheme = 6;
+    if (scheme == 0) return false;
+    text.remove_prefix(scheme);
+    const std::string_view host = text.substr(0, text.find_first_of("/:?#\"'"));
+    constexpr std::array<std::string_view, 5> kNear = {"127.", "10.", "192.168.", "0.0.0.0",
+                                                       "169.254."};
+    for (const std::string_view near : kNear) {
+        if (host.starts_with(near)) return false;
+    }
+    return contains(host, ".") && !contains(host, "{") && !contains(host, "%") &&
+           !host.ends_with(".local") && !host.ends_with(".internal");
+}
+
+/// The names that are given such an address, also as the default of a parameter.
+std::unordered_set<std::string_view> namesOfPlainAddresses(const CodeView& view) {
+    std::unordered_set<std::string_view> names;
+    for (std::size_t i = 0; i + 2 < view.code.size(); ++i) {
+        if (view.isKind(i, TokenKind::identifier) && view.is(i + 1, "=") &&
+            view.isKind(i + 2, TokenKind::string) &&
+            isPlainAddress(view.textOf(view.code[i + 2]))) {
+            names.insert(view.textOf(view.code[i]));
+        }
+    }
+    return names;
+}
+
+/// Whether what is called at `i` opens an address: `urlopen(`, `requests.get(`, and a method of
+/// that name where the file names who has it.
+bool opensAddress(const CodeView& view, std::size_t i, bool hasSession, bool hasOpener) {
+    for (const std::string_view name : {"urlopen", "urlretrieve", "Request"}) {
+        if (view.is(i, name)) return true;
+    }
+    if (i < 2 || !view.is(i - 1, ".")) return false;
+    for (const std::string_view verb :
+         {"get", "post", "put", "delete", "patch", "head", "options", "request"}) {
+        if (view.is(i, verb)) return hasSession || view.is(i - 2, "requests");
+    }
+    return hasOpener && (view.is(i, "open") || view.is(i, "retrieve"));
+}
+
 /// Tests make up people and their folders.
 bool isTest(std::string_view text) {
     for (const std::string_view sign :
@@ -256,6 +304,37 @@ void checkDownloads(const CodeView& view, FindingList& findings) {
         const bool runs = i > 0 && (view.is(i - 1, "eval") ||
                                     (view.is(i - 1, "c") && i > 2 && isShellName(view, i - 3)));
         if (downloads && runs) say(i, literal);
+    }
+}
+
+void checkPlainAddresses(const CodeView& view, FindingList& findings) {
+    if (view.language != Language::python) return;
+    bool hasSession = false;
+    bool hasOpener = false;
+    for (std::size_t i = 0; i < view.code.size(); ++i) {
+        hasSession = hasSession || (view.is(i, "Session") && view.is(i + 1, "("));
+        hasOpener = hasOpener || ((view.is(i, "URLopener") || view.is(i, "OpenerDirector") ||
+                                   view.is(i, "FancyURLopener") || view.is(i, "build_opener")) &&
+                                  view.is(i + 1, "("));
+    }
+    const std::unordered_set<std::string_view> names = namesOfPlainAddresses(view);
+    for (std::size_t i = 0; i + 2 < view.code.size(); ++i) {
+        if (!view.isKind(i, TokenKind::identifier) || !view.is(i + 1, "(") ||
+            !opensAddress(view, i, hasSession, hasOpener)) {
+            continue;
+        }
+        // The address comes first, or behind the method of a request.
+        constexpr std::size_t kFirst = 4;
+        for (std::size_t k = i + 2; k < i + 2 + kFirst && k < view.code.size(); ++k) {
+            if (view.is(k, ")")) break;
+            const bool address = view.isKind(k, TokenKind::string)
+                                     ? isPlainAddress(view.textOf(view.code[k]))
+                                     : view.isKind(k, TokenKind::identifier) &&
+                                           names.contains(view.textOf(view.code[k]));
+            if (!address) continue;
+            addCall(view, kPlainAddress, i, "opens an address without encryption", findings);
+            break;
+        }
     }
 }
 

@@ -366,6 +366,14 @@ void checkSources(const DocumentView& document, FindingList& findings) {
     }
 }
 
+/// "[^\\w]", and what has nothing before it on its line: a class of letters in a pattern.
+bool isPattern(const DocumentView& document, const Reference& mark) {
+    const std::size_t line = document.source.lineStart(document.source.lineAt(mark.offset));
+    const std::string_view before = document.source.text().substr(line, mark.offset - line);
+    return mark.id.find('\\') != std::string_view::npos ||
+           before.find_first_not_of(" \t") == std::string_view::npos;
+}
+
 } // namespace
 
 void checkLinks(const DocumentView& document, FindingList& findings) {
@@ -417,7 +425,7 @@ void checkNotes(const DocumentView& document, FindingList& findings) {
     for (const Reference& note : document.outline.notes) written.insert(std::string(note.id));
     for (const Reference& mark : document.outline.noteMarks) {
         marked.insert(std::string(mark.id));
-        if (written.count(mark.id) > 0) continue;
+        if (written.count(mark.id) > 0 || isPattern(document, mark)) continue;
         findings.add(kMissingNote, mark.offset, mark.length,
                      "points to a note that the document does not have");
     }

@@ -85,6 +85,34 @@ void checkLevels(const DocumentView& document, const std::vector<bool>& content,
     }
 }
 
+bool hasWords(const DocumentView& document, const Heading& heading) {
+    const std::string_view text =
+        document.source.text().substr(heading.begin, heading.end - heading.begin);
+    return std::any_of(text.begin(), text.end(), [](char c) {
+        return text::isAsciiWord(c) || static_cast<unsigned char>(c) >= 0x80;
+    });
+}
+
+/// Whether the line beside this one begins with the same mark: comments of a configuration.
+bool standsAmongComments(const DocumentView& document, const Heading& heading) {
+    const auto begins = [&](std::size_t line) {
+        const std::string_view own = text::trimmed(document.source.line(line));
+        return own.starts_with("# ") || own == "#";
+    };
+    if (!begins(heading.line)) return false;
+    return (heading.line > 0 && begins(heading.line - 1)) ||
+           (heading.line + 1 < document.source.lineCount() && begins(heading.line + 1));
+}
+
+/// "######" right below a line of text: how other markups underline a title.
+bool isUnderline(const DocumentView& document, const Heading& heading) {
+    constexpr std::size_t kFewest = 4; // Marks.
+    const std::string_view own = text::trimmed(document.source.line(heading.line));
+    return heading.line > 0 && own.size() >= kFewest &&
+           own.find_first_not_of('#') == std::string_view::npos &&
+           document.outline.lines[heading.line - 1] == LineKind::prose;
+}
+
 void checkDuplicateHeadings(const DocumentView& document, FindingList& findings) {
     // Names seen below the heading that is open at each level; other chapters may repeat them.
     std::array<std::map<std::string, std::size_t>, 7> seen;
@@ -93,7 +121,7 @@ void checkDuplicateHeadings(const DocumentView& document, FindingList& findings)
         for (std::size_t deeper = level + 1; deeper < seen.size(); ++deeper) seen[deeper].clear();
         const std::string key =
             headingKey(document.source.text().substr(heading.begin, heading.end - heading.begin));
-        if (key.empty()) continue;
+        if (key.empty() || !hasWords(document, heading)) continue;
         const auto [entry, added] = seen[level].try_emplace(key, heading.line);
         if (added) continue;
         findings.add(kDuplicateHeading, heading.begin, heading.end - heading.begin,
@@ -112,7 +140,9 @@ void checkEmptySections(const DocumentView& document, const std::vector<bool>& c
         // Several names of one thing share what stands below the last of them.
         const bool shares = !last && headings[i + 1].level == headings[i].level &&
                             headings[i + 1].line == headings[i].line + 1;
-        if (shares || headings[i].begin == headings[i].end) continue;
+        if (shares || !hasWords(document, headings[i])) continue;
+        // A title that is underlined with dashes above chapters with "=".
+        if (i == 0 && !last && headings[i + 1].level < headings[i].level) continue;
         findings.add(kEmptySection, headings[i].begin, headings[i].end - headings[i].begin,
                      "heads a section without any content");
     }
@@ -120,7 +150,10 @@ void checkEmptySections(const DocumentView& document, const std::vector<bool>& c
 
 void checkHeadingTexts(const DocumentView& document, FindingList& findings) {
     for (const Heading& heading : document.outline.headings) {
-        if (heading.begin < heading.end) continue;
+        if (heading.begin < heading.end || standsAmongComments(document, heading) ||
+            isUnderline(document, heading)) {
+            continue;
+        }
         const std::size_t begin = document.source.lineStart(heading.line);
         findings.add(kEmptyHeading, begin, document.source.line(heading.line).size(),
                      "is a heading without words");

@@ -60,8 +60,9 @@ private:
     char m_mark = '`';
 };
 
-/// Whether the line is the line of tildes under a heading of reStructuredText: as long as the text
-/// above it, with nothing below it. Elsewhere it would open code that nothing closes.
+/// Whether the line is the line of tildes under a heading of reStructuredText: about as long as the
+/// text above it, or too long for a fence, with nothing below it. Elsewhere it would open code that
+/// nothing closes.
 bool isUnderline(std::string_view above, std::string_view line, std::string_view below) {
     const auto trimmed = [](std::string_view text) {
         const std::size_t end = text.find_last_not_of(" \t\r");
@@ -69,10 +70,12 @@ bool isUnderline(std::string_view above, std::string_view line, std::string_view
     };
     above = trimmed(above);
     line = trimmed(line);
-    constexpr std::size_t kMore = 3; // Marks beyond the end of the text.
+    constexpr std::size_t kMore = 3;  // Marks beyond the end of the text.
+    constexpr std::size_t kFence = 5; // Marks; fences are of three or four.
     return line.size() >= 3 && line.find_first_not_of('~') == std::string_view::npos &&
            !above.empty() && above.front() != ' ' && above.front() != '~' &&
-           line.size() + 1 >= above.size() && line.size() <= above.size() + kMore &&
+           (line.size() >= kFence ||
+            (line.size() + 1 >= above.size() && line.size() <= above.size() + kMore)) &&
            trimmed(below).empty();
 }
 

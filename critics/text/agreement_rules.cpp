@@ -17,13 +17,14 @@ void say(const EnglishSentence& s, std::size_t first, std::size_t last, GrammarR
 
 /// Verbs that want "that he go", without an ending.
 bool wantsSubjunctive(const EnglishSentence& s, std::size_t i) {
-    return s.before(i, {"suggest",     "suggests",   "suggested", "recommend", "recommends",
-                        "recommended", "insist",     "insists",   "insisted",  "demand",
-                        "demands",     "demanded",   "propose",   "proposed",  "require",
-                        "requires",    "required",   "request",   "requested", "ask",
-                        "asked",       "important",  "essential", "necessary", "vital",
-                        "wish",        "lest",       "rather",    "better",    "crucial",
-                        "prefer",      "imperative", "ensure"});
+    return s.before(i, {"suggest",     "suggests",   "suggested",  "recommend",    "recommends",
+                        "recommended", "insist",     "insists",    "insisted",     "demand",
+                        "demands",     "demanded",   "propose",    "proposed",     "require",
+                        "requires",    "required",   "request",    "requested",    "ask",
+                        "asked",       "important",  "essential",  "necessary",    "vital",
+                        "wish",        "lest",       "rather",     "better",       "crucial",
+                        "prefer",      "imperative", "ensure",     "insisting",    "demanding",
+                        "requesting",  "proposing",  "suggesting", "recommending", "requiring"});
 }
 
 /// "if", "as though", "wish": behind them "were" goes with everybody.

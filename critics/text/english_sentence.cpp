@@ -37,7 +37,10 @@ EnglishSentence::EnglishSentence(const ProseView& view, std::size_t first, std::
             token.gap = '\0';
         } else {
             const std::size_t end = view.words[i - 1].end();
-            token.gap = gapOf(view.masked().substr(end, token.word.offset - end));
+            const std::string_view between = view.masked().substr(end, token.word.offset - end);
+            // "robots.txt": one name, and no end of a phrase.
+            const bool name = between == "." && token.word.upper == 0;
+            token.gap = name ? '/' : gapOf(between);
         }
         m_tokens.push_back(std::move(token));
     }

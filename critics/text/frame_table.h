@@ -270,8 +270,10 @@ inline constexpr auto kWordFrames = std::to_array<WordFrame>({
      "you're", FrameKind::confusion},
     {"they're @one is|was|has",
      "their", FrameKind::confusion},
-    {"they're|there|theyre house|houses|car|cars|code|data|website|own|product|products|"
+    {"they're|there|theyre house|houses|car|cars|code|data|website|product|products|"
      "name|names|team|users|project|projects @end",
+     "their", FrameKind::confusion},
+    {"^@many they're|there|theyre own @end",
      "their", FrameKind::confusion},
     {"who's @many|@mass -with|to|at",
      "whose", FrameKind::confusion},
@@ -859,11 +861,13 @@ inline constexpr auto kWordFrames = std::to_array<WordFrame>({
      "than", FrameKind::turn},
     {"much|many|lot|lots of? the informations|knowledges|advices|researches",
      "the singular", FrameKind::turn},
-    {"take|takes|took a look to",
+    {"take|takes|took a look to -see|check|find|get|be|make|know|learn",
      "a look at", FrameKind::turn},
     {"takes|take|took care about",
      "care of", FrameKind::turn},
-    {"become|became|becomes missing",
+    {"@mark for examples",
+     "for example", FrameKind::turn},
+    {"become|became|becomes missing @end",
      "go missing", FrameKind::turn},
     {"eat|eats|eating|ate|eaten the|my|your|his|her|some? medicine|medicines|medication|"
      "pills|paracetamol",

@@ -18,7 +18,7 @@ namespace text = kelvane::text;
 
 namespace {
 
-constexpr GradedRule kPlaceholder = declared<WorkKind::text>("text.placeholder");
+constexpr GradedRule kPlaceholder = declared<WorkKind::text>("text.placeholder", Severity::high);
 constexpr GradedRule kEditingMark = declared<WorkKind::text>("text.editing_mark");
 constexpr GradedRule kEncoding = declared<WorkKind::text>("text.encoding");
 
@@ -43,9 +43,16 @@ constexpr std::array<std::string_view, 11> kInAngles = {
 constexpr std::array<std::string_view, 8> kSlotStarts = {
     "insert ", "your ", "enter ", "fill in ", "add your ", "name of ", "placeholder ", "to be "};
 
-constexpr std::array<std::string_view, 8> kPhrases = {
-    "lorem ipsum",        "dolor sit amet",    "your text here",      "text goes here",
-    "click to add title", "click to add text", "click here to enter", "placeholder text"};
+constexpr std::array<std::string_view, 6> kPhrases = {"your text here",      "text goes here",
+                                                      "click to add title",  "click to add text",
+                                                      "click here to enter", "placeholder text"};
+
+/// Parts of the text that fills a layout; a paragraph of it is one gap.
+constexpr std::array<std::string_view, 2> kFiller = {"lorem ipsum", "dolor sit amet"};
+
+/// In a manual a word in brackets names an argument; these never do.
+constexpr std::array<std::string_view, 6> kNoArguments = {"tbd", "tba",         "todo",
+                                                          "xxx", "placeholder", "insert"};
 
 constexpr std::array<std::string_view, 16> kNumbered = {
     "chapter", "part",    "volume", "vol",   "book", "bowl",  "canto",    "psalm",
@@ -117,6 +124,24 @@ bool speaksOfTasks(const ProseView& view, const text::Word& word) {
            text::isAsciiWord(text[word.offset - 2]);
 }
 
+/// "TODO: read the second table", "XXX this is slow", "from XXX import YYY": in a manual a note of
+/// what is left to do, as `code.todo` has it, or what stands for any name.
+bool isNoteOfManual(const ProseView& view, const text::Word& word) {
+    if (!view.isTechnical()) return false;
+    const std::string_view own = view.masked().substr(word.offset, word.length);
+    if (own.starts_with("XX")) return true;
+    if (own != "TODO" && own != "FIXME") return false;
+    const std::size_t number = view.source.lineAt(word.offset);
+    const std::string_view line = view.source.line(number);
+    const std::size_t begin = word.offset - view.source.lineStart(number);
+    constexpr std::size_t kLongestLead = 20; // Bytes of marks; also bounds how far is looked.
+    if (begin > kLongestLead ||
+        line.substr(0, begin).find_first_not_of(" \t#*-+/.[(") != std::string_view::npos) {
+        return false;
+    }
+    return line.find_first_of(" \t", begin + word.length) != std::string_view::npos;
+}
+
 bool wordMarksGap(const ProseView& view, std::size_t index) {
     const text::Word& word = view.words[index];
     const std::string_view text = view.masked();
@@ -167,12 +192,19 @@ bool startsLine(std::string_view text, std::size_t at) {
 void checkBracketedSlot(const ProseView& view, std::size_t at, FindingList& findings) {
     const std::string_view text = view.masked();
     const char open = text[at];
+    const auto isArgument = [&](const std::string& slot) {
+        return view.isTechnical() && slot.find(' ') == std::string::npos &&
+               !text::isOneOf(slot, kNoArguments);
+    };
     if (open == '[') {
+        // "rows[name]"
+        if (at > 0 && text::isAsciiWord(text[at - 1])) return;
         const std::size_t close = closerNear(text, at, ']');
         if (close == std::string_view::npos) return;
         const char after = close + 1 < text.size() ? text[close + 1] : ' ';
         if (after == '(' || after == '[' || after == ':') return; // A link, not a gap.
         const std::string slot = slotName(text.substr(at + 1, close - at - 1));
+        if (isArgument(slot)) return;
         if (isSlot(slot) || slot == "citation needed" || slot == "source?" || slot == "??" ||
             slot == "check" || slot == "...") {
             // "[...]" marks an omission in quotations; only the words are gaps.
@@ -205,12 +237,15 @@ void checkBracketedSlot(const ProseView& view, std::size_t at, FindingList& find
         const bool name = !inner.empty() && std::all_of(inner.begin(), inner.end(), [](char c) {
             return text::isAsciiWord(c) || c == '.' || c == ' ' || c == '-';
         });
+        // A manual shows what a template holds.
+        const GradedRule rule = view.isTechnical() ? softened(kPlaceholder) : kPlaceholder;
         if (name && inner != "and" && inner != "or")
-            findings.add(kPlaceholder, at, close + 2 - at, kIsPlaceholder);
+            findings.add(rule, at, close + 2 - at, kIsPlaceholder);
     } else if (open == '{') {
         const std::size_t close = closerNear(text, at, '}');
         if (close == std::string_view::npos) return;
-        if (isSlot(slotName(text.substr(at + 1, close - at - 1)))) {
+        const std::string slot = slotName(text.substr(at + 1, close - at - 1));
+        if (isSlot(slot) && !isArgument(slot)) {
             findings.add(kPlaceholder, at, close + 1 - at, kIsPlaceholder);
         }
     }
@@ -263,6 +298,8 @@ std::size_t garbledLength(std::string_view text, std::size_t at) {
 
 void checkPlaceholders(const ProseView& view, FindingList& findings) {
     const std::string_view text = view.masked();
+    std::size_t block = 0;                         // Of the word that is looked at.
+    std::size_t filled = view.prose.blocks.size(); // Whose filler was told.
     for (std::size_t i = 0; i < view.words.size(); ++i) {
         if (wordMarksGap(view, i)) {
             const text::Word& word = view.words[i];
@@ -273,7 +310,8 @@ void checkPlaceholders(const ProseView& view, FindingList& findings) {
                                    end < text.size() && text[end] == ']';
             const bool continues = word.offset > 0 && text[word.offset - 1] == '-';
             if (!inBracket && !continues) {
-                findings.add(kPlaceholder, word.offset, word.length, kIsPlaceholder);
+                findings.add(isNoteOfManual(view, word) ? softened(kPlaceholder) : kPlaceholder,
+                             word.offset, word.length, kIsPlaceholder);
             }
         } else if (i + 1 < view.words.size() && view.wordText(i) == "Dear" &&
                    view.words[i + 1].allUpper() && view.wordText(i + 1) == "NAME") {
@@ -286,6 +324,15 @@ void checkPlaceholders(const ProseView& view, FindingList& findings) {
                 findings.add(kPlaceholder, word.offset, phrase.size(), kIsPlaceholder);
                 break;
             }
+        }
+        for (const std::string_view filler : kFiller) {
+            if (!text::hasAt(text, word.offset, filler)) continue;
+            const std::vector<Block>& blocks = view.prose.blocks;
+            while (block < blocks.size() && blocks[block].end <= word.offset) ++block;
+            if (block < blocks.size() && block == filled) break;
+            findings.add(kPlaceholder, word.offset, filler.size(), kIsPlaceholder);
+            filled = block;
+            break;
         }
     }
     for (std::size_t i = 0; i < text.size(); ++i) {

@@ -186,6 +186,7 @@ void checkLot(const EnglishSentence& s, std::size_t i, GrammarReport& report) {
     const bool lot = (s.word(i) == "lot" && s.word(i - 1) == "a") || s.word(i) == "lots";
     if ((!lot && s.word(i) != "plenty") || s.word(i + 1) != "of") return;
     const std::size_t at = pastAdjectives(s, i + 2);
+    if (s.is(at, {"room", "space", "sun", "light", "life", "food", "fun"})) return;
     if (at >= s.size() || !s.has(at, kSingular) || s.has(at, kMass | kBase) || !s.endsPhrase(at))
         return;
     say(s, i, at, "needs the plural", report);

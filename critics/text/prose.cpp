@@ -186,6 +186,20 @@ void mask(std::string& text, std::size_t offset, std::size_t length) {
     }
 }
 
+/// The length of "`name'", as old manuals quote names and files; 0 when it is none.
+std::size_t oldQuoteLength(std::string_view text, std::size_t at) {
+    constexpr std::size_t kLongest = 80; // Bytes: a name or a path.
+    const std::string_view near = text.substr(at + 1, kLongest);
+    const std::size_t close = near.find('\'');
+    if (close == 0 || close == std::string_view::npos) return 0;
+    // In code between backquotes an apostrophe stands beside brackets and letters.
+    if (near.substr(0, close).find_first_of(" \t\r\n`()[]{}\"") != std::string_view::npos) return 0;
+    const std::string_view behind = near.substr(close + 1, 1);
+    const bool ends = behind.empty() ||
+                      std::string_view(" \n\r\t.,;:)?!").find(behind[0]) != std::string_view::npos;
+    return ends ? close + 2 : 0;
+}
+
 void maskCode(std::string& text) {
     for (std::size_t i = 0; i < text.size();) {
         if (text[i] != '`') {
@@ -195,6 +209,11 @@ void maskCode(std::string& text) {
         std::size_t ticks = i;
         while (ticks < text.size() && text[ticks] == '`') ++ticks;
         const std::size_t length = ticks - i;
+        if (const std::size_t quote = length == 1 ? oldQuoteLength(text, i) : 0; quote > 0) {
+            mask(text, i, quote);
+            i += quote;
+            continue;
+        }
         // Code between backquotes stays within its paragraph.
         std::string_view near = std::string_view(text).substr(0, ticks + kLongestCode);
         near = near.substr(0, near.find("\n\n", ticks));

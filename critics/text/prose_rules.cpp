@@ -1,12 +1,14 @@
 #include "critics/text/prose_rules.h"
 
 #include "critics/text/calendar.h"
+#include "critics/text/english_words.h"
 #include "critics/text/grammar_rules.h"
 #include "critics/text/prose_languages.h"
 #include "critics/text/spelling_rules.h"
 #include "critics/text/technical_prose.h"
 #include "critics/text/text_rule_table.h"
 #include "text/letters.h"
+#include "text/one_of.h"
 #include "text/unicode.h"
 
 #include <algorithm>
@@ -24,7 +26,7 @@ namespace {
 
 constexpr GradedRule kEmpty = declared<WorkKind::text>("text.empty");
 constexpr GradedRule kNearlyEmpty = declared<WorkKind::text>("text.nearly_empty");
-constexpr GradedRule kDoubledWord = declared<WorkKind::text>("text.doubled_word");
+constexpr GradedRule kDoubledWord = declared<WorkKind::text>("text.doubled_word", Severity::medium);
 constexpr GradedRule kLongSentence = declared<WorkKind::text>("text.long_sentence");
 constexpr GradedRule kRepeated =
     declared<WorkKind::text>("text.repeated_sentence", Severity::medium);
@@ -58,13 +60,27 @@ constexpr std::array<std::string_view, 20> kChanges = {
     "shifted", "shift",   "brought", "pulled",    "advanced",    "corrected", "updated",
     "delayed", "slipped", "pushed",  "postponed", "rescheduled", "verschoben"};
 
-using WordSet = std::unordered_set<std::string_view>;
+/// Verbs that keep their "to" where what they go with stands before them: "which did you refer to
+/// to write it".
+constexpr std::array<std::string_view, 25> kKeepTo = {
+    "refer",    "referred",  "refers",   "referring", "apply",      "applied", "applying",
+    "connect",  "connected", "listen",   "listened",  "listening",  "pray",    "talk",
+    "talked",   "talking",   "speak",    "spoke",     "subscribed", "belong",  "belongs",
+    "attached", "adhere",    "objected", "responded"};
+/// Verbs that keep theirs in place of a verb behind "what" and "as": "do what you have to to win".
+constexpr std::array<std::string_view, 7> kStandFor = {"have", "need",   "needs", "want",
+                                                       "has",  "wanted", "had"};
+constexpr std::array<std::string_view, 6> kAskFor = {"what",  "whatever", "as",
+                                                     "which", "whom",     "that"};
+constexpr std::size_t kClause = 6; // Words in which what is asked for stands before its verb.
+
+using TextSet = std::unordered_set<std::string_view>;
 
 /// The lists above, hashed once: every word of a text is asked for.
 struct WordLists {
-    WordSet doubledByRight{kDoubledByRight.begin(), kDoubledByRight.end()};
-    WordSet neverLast{kNeverLast.begin(), kNeverLast.end()};
-    WordSet changes{kChanges.begin(), kChanges.end()};
+    TextSet doubledByRight{kDoubledByRight.begin(), kDoubledByRight.end()};
+    TextSet neverLast{kNeverLast.begin(), kNeverLast.end()};
+    TextSet changes{kChanges.begin(), kChanges.end()};
 };
 
 const WordLists& wordLists() {
@@ -72,7 +88,7 @@ const WordLists& wordLists() {
     return lists;
 }
 
-bool isIn(const WordSet& words, std::string_view text) {
+bool isIn(const TextSet& words, std::string_view text) {
     return words.count(text) > 0;
 }
 
@@ -307,6 +323,21 @@ bool isOfLongerName(const ProseView& view, const text::Word& left, const text::W
            (text::isAsciiWord(text[left.offset - 2]) || text[left.offset - 2] == ',');
 }
 
+/// "the paper you referred to to write it", "do what you need to to stay dry".
+bool endsClauseWithTo(const ProseView& view, std::size_t first) {
+    if (first == 0) return false;
+    const auto lower = [&](std::size_t i) {
+        return text::lowerAscii(view.wordText(i).substr(0, 20));
+    };
+    const std::string verb = lower(first - 1);
+    if (text::isOneOf(verb, kKeepTo)) return true;
+    if (!text::isOneOf(verb, kStandFor)) return false;
+    for (std::size_t i = first - 1; i > 0 && first - i <= kClause; --i) {
+        if (text::isOneOf(lower(i - 1), kAskFor)) return true;
+    }
+    return false;
+}
+
 void checkDoubledWords(const ProseView& view, FindingList& findings) {
     for (std::size_t i = 0; i + 1 < view.words.size(); ++i) {
         const text::Word& left = view.words[i];
@@ -327,9 +358,11 @@ void checkDoubledWords(const ProseView& view, FindingList& findings) {
              onlyParted(view, right, view.words[i + 2]) && left.length > 3) ||
             (i > 0 && text::sameWord(own, view.wordText(i - 1)) && left.length > 3 &&
              onlyParted(view, view.words[i - 1], left));
-        if (third) continue;
-        findings.add(kDoubledWord, left.offset, right.end() - left.offset,
-                     "says the same word twice");
+        if (third || (lower == "to" && endsClauseWithTo(view, i))) continue;
+        const bool little = (classesOf(lower) & (kFunction | kBe | kModal | kDeterminer)) != 0;
+        const bool soft = view.isTechnical() && !little;
+        findings.add(soft ? softened(kDoubledWord) : kDoubledWord, left.offset,
+                     right.end() - left.offset, "says the same word twice");
     }
 }
 

@@ -153,7 +153,21 @@ private:
         return found == limit ? m_open.rend() : found;
     }
 
+    /// "the " character", "(")": a mark that is spoken of.
+    [[nodiscard]] bool isNamed(std::size_t i) const {
+        const char before = i == 0 ? ' ' : m_text[i - 1];
+        const std::string_view behind = m_text.substr(i + 1, 12);
+        if (before == '(' && behind.starts_with(')')) return true;
+        if (before != ' ' || !behind.starts_with(' ')) return false;
+        constexpr std::array<std::string_view, 5> kMarks = {"character", "mark", "sign", "quote",
+                                                            "key"};
+        return std::any_of(kMarks.begin(), kMarks.end(), [&](std::string_view mark) {
+            return behind.substr(1).starts_with(mark);
+        });
+    }
+
     void straightQuote(const Block& block, std::size_t i) {
+        if (isNamed(i)) return;
         const auto open = recent([](const Open& entry) { return entry.mark == '"'; });
         const bool isOpen = open != m_open.rend();
         const bool afterDigit = i > block.begin && text::isAsciiDigit(m_text[i - 1]);

@@ -48,6 +48,7 @@ struct Check {
     std::size_t others = 0;
     std::size_t kinds = 0;
     std::size_t left = 0;
+    bool named = false; ///< Its name may say that the value is harmless.
     std::vector<const RE2*> refusals;
 };
 
@@ -83,6 +84,7 @@ class Shapes {
 public:
     explicit Shapes(const Json& data)
         : m_examples(data.at("examples").get<std::string>(), options()),
+          m_harmless(data.at("harmless").get<std::string>(), options()),
           m_keywords(options(), RE2::UNANCHORED) {
         for (const auto& [name, pattern] : data.at("refusals").items()) {
             m_refusals[name] = std::make_unique<RE2>(pattern.get<std::string>(), options());
@@ -155,12 +157,21 @@ public:
         });
     }
 
+    /// Whether the name in front of the value at `begin` says that a page or a lock is marked.
+    bool isHarmless(std::string_view text, std::size_t begin, const Check& check) const {
+        constexpr std::size_t kName = 60; // Bytes, as in the kit.
+        const std::size_t first = begin - std::min(begin, kName);
+        return check.named &&
+               RE2::PartialMatch(piece(text.substr(first, begin - first)), m_harmless);
+    }
+
     std::vector<std::string> broken() const {
         std::vector<std::string> problems;
         const auto look = [&problems](std::string_view what, const RE2& regex) {
             if (!regex.ok()) problems.push_back(std::string(what) + ": " + regex.error());
         };
         look("examples", m_examples);
+        look("harmless", m_harmless);
         for (const auto& [name, regex] : m_refusals) look(name, *regex);
         for (const auto& shape : m_shapes) look(shape->pattern, shape->regex());
         return problems;
@@ -177,6 +188,7 @@ private:
         check.others = entry.value("others", std::size_t{0});
         check.kinds = entry.value("kinds", std::size_t{0});
         check.left = entry.value("left", std::size_t{0});
+        check.named = entry.value("named", false);
         for (const Json& name : entry.value("refuse", Json::array())) {
             check.refusals.push_back(m_refusals.at(name.get<std::string>()).get());
         }
@@ -194,6 +206,7 @@ private:
     std::map<std::string, Check> m_checks;
     std::vector<std::string> m_ordinary;
     RE2 m_examples;
+    RE2 m_harmless;
     std::vector<std::unique_ptr<Shape>> m_shapes;
     RE2::Set m_keywords;
     std::vector<std::size_t> m_shapeOfKeyword; ///< By the number of the keyword in the set.
@@ -248,6 +261,7 @@ void collect(const Shapes& known, Shape& shape, std::string_view text, std::vect
         std::size_t end = begin + found[group].size();
         at = matched + std::max<std::size_t>(found[0].size(), 1);
         if (!known.accepts(text.substr(begin, end - begin), *shape.check)) continue;
+        if (known.isHarmless(text, begin, *shape.check)) continue;
         const std::size_t shown =
             group > 0 && shape.named ? nameBefore(text, matched, begin) : begin;
         while (begin > 0 && continuesCharacter(text[begin])) --begin;

@@ -42,6 +42,11 @@ constexpr std::size_t kMostUnknown = 50;   // Percent; beyond it the words are n
 constexpr std::size_t kShortestStem = 5;   // Letters behind a prefix.
 constexpr std::size_t kShortestPart = 4;   // Letters of each half of "codebase".
 constexpr std::size_t kShortestPartOfCompound = 5;
+constexpr std::size_t kLongestAcronym = 5;  // Letters of one that is written small.
+constexpr std::size_t kLongestOfPlural = 6; // Letters of a word whose plural a dictionary may lack.
+constexpr std::size_t kLongestOfNames = 7;  // Letters of "vtable" and its like.
+constexpr std::size_t kShortWord = 5;       // Letters; up to them many words are near each other.
+constexpr std::size_t kLongWord = 8;        // Letters; from them on one may lack a consonant.
 
 constexpr std::array<std::string_view, 28> kPrefixes = {
     "un",   "re",    "non",   "pre",   "sub",   "multi",  "auto", "de",  "micro", "meta",
@@ -300,6 +305,7 @@ private:
             }
         }
         if (isBuilt(own, books)) return {};
+        if (english && isFormOfKnown(own, books)) return {};
         if (isJoined(own, books) && !isNearEveryday(own, language, books)) return {};
         // "Priya Nair leads it": at the start of a sentence a name looks like any other word.
         if (shape == Shape::capitalised && english && beginsName(index)) return {};
@@ -348,6 +354,21 @@ private:
         }
         // "l'eau", "jusqu'ici": the word behind the elision counts.
         return books.know(tail) || books.know(capitalised(tail));
+    }
+
+    /// "yurts", "pdf": a known word in the plural that a dictionary happens to lack, or the
+    /// letters of a known short form.
+    [[nodiscard]] static bool isFormOfKnown(const std::string& own, const SpellingBooks& books) {
+        if (own.size() >= kFewestLetters && own.size() <= kLongestAcronym &&
+            books.know(text::uppercased(own))) {
+            return true;
+        }
+        if (own.size() < kFewestLetters + 1 || own.size() > kLongestOfPlural + 1) return false;
+        if (own.back() != 's') return false;
+        const std::string stem = own.substr(0, own.size() - 1);
+        constexpr std::string_view kWantsE = "sxzhyf"; // "classs", "matchs", "familys", "shelfs"
+        if (kWantsE.find(stem.back()) != std::string_view::npos) return false;
+        return books.know(stem) && classesOf(stem) == 0;
     }
 
     /// "codebase", "rebuildable": made of known words, as every text may make them.
@@ -439,6 +460,8 @@ private:
         const bool three = best == 3 && word.letters >= kLongerForThreeEdits &&
                            verdict.suggestion.front() == own.front();
         verdict.sure = one || two || three;
+        if (language == NaturalLanguage::english && isMadeAsNamesAre(own, verdict.suggestion, best))
+            verdict.sure = false;
         // "perseverant" beside "perseverance": another word of the family, not a slip.
         if (best > 1 && differsInEnding(own, verdict.suggestion)) verdict.sure = false;
         // "ipod": a name that is written as it likes.
@@ -448,6 +471,51 @@ private:
         if (shape == Shape::capitalised) {
             verdict.sure = (best == 1 && word.letters > 4) || (best == 2 && word.letters > 7);
         }
+    }
+
+    [[nodiscard]] static bool isVowel(char c) {
+        return std::string_view("aeiouy").find(c) != std::string_view::npos;
+    }
+
+    /// What is left of a word without vowels, doubled letters and "h", with the letters alike that
+    /// sound alike: "fosfor" and "phosphor" are one.
+    [[nodiscard]] static std::string skeleton(std::string_view word) {
+        std::string bones;
+        for (std::size_t i = 0; i < word.size(); ++i) {
+            char c = word[i];
+            if (c == 'p' && i + 1 < word.size() && word[i + 1] == 'h') c = 'f';
+            if (isVowel(c) || c == 'h' || c == 'w') continue;
+            const bool soft = i + 1 < word.size() && (word[i + 1] == 'e' || word[i + 1] == 'i');
+            if (c == 'c') c = soft ? 's' : 'k';
+            if (c == 'q') c = 'k';
+            if (c == 'z') c = 's';
+            if (bones.empty() || bones.back() != c) bones += c;
+        }
+        return bones;
+    }
+
+    /// Whether the word is more likely a name of a program than the suggestion misspelt: another
+    /// letter in front ("vtable"), no vowel ("ctrls"), short and near to a word that is seldom
+    /// written ("glibc"), or several edits off with other consonants ("kubectl").
+    [[nodiscard]] static bool isMadeAsNamesAre(std::string_view own, const std::string& suggestion,
+                                               std::size_t edits) {
+        const std::string other = text::lowercased(suggestion);
+        if (std::none_of(own.begin(), own.end(), isVowel)) return true;
+        if (own.size() == other.size() + 1 && own.size() <= kLongestOfNames &&
+            own.substr(1) == other && own[0] != own[1] && !isVowel(own[0])) {
+            return true;
+        }
+        if (classesOf(other) != 0 || edits == 0) return false;
+        const std::string ours = skeleton(own);
+        const std::string theirs = skeleton(other);
+        if (edits == 1) {
+            if (own.size() > kShortWord || ours == theirs) return false;
+            // Two letters changed places.
+            return !std::is_permutation(own.begin(), own.end(), other.begin(), other.end());
+        }
+        if (ours == theirs) return false;
+        return own.size() < kLongWord || theirs.size() != ours.size() + 1 ||
+               editsBetween(ours, theirs, 2) != 1;
     }
 
     /// Whether two words have one stem, and each an ending of its own by which such words are made.

@@ -17,8 +17,13 @@ struct RulesFor<WorkKind::text> {
         Rule{"text.empty", Severity::high, "something to judge", Unit::part, ""},
         Rule{"text.nearly_empty", Severity::medium, "something to judge", Unit::part,
              "chosen: fewer than 3 words in fewer than 20 bytes make no sentence"},
-        Rule{"text.placeholder", Severity::high, "unfinished text", Unit::word,
-             "chosen: a gap names its content in at most 80 bytes on one line"},
+        Rule{
+            "text.placeholder",
+            {Severity::high, Severity::low},
+            "unfinished text",
+            Unit::word,
+            "chosen: a gap names its content in at most 80 bytes on one line; low for the notes of "
+            "a manual, as for those of code"},
         Rule{"text.secret", Severity::critical, "kept secrets", Unit::word,
              "prefixes and lengths as each issuer documents its keys; for values assigned to a "
              "name, lengths and bits of entropy a byte chosen above those of written words"},
@@ -30,9 +35,13 @@ struct RulesFor<WorkKind::text> {
         Rule{"text.date_order", Severity::high, "consistent dates", Unit::word,
              "chosen: two dates make a range when at most 16 bytes stand between them; a word for "
              "a change counts among the 8 words before"},
-        Rule{"text.doubled_word", Severity::medium, "repeated words", Unit::word,
+        Rule{"text.doubled_word",
+             {Severity::medium, Severity::low},
+             "repeated words",
+             Unit::word,
              "chosen: across a line break only from 30 characters on, since shorter lines are "
-             "lists set with line breaks"},
+             "lists set with line breaks; low in a manual where no little word is doubled: a name "
+             "and its value may be alike"},
         Rule{
             "text.unclosed_pair",
             {Severity::medium, Severity::low},

@@ -108,7 +108,6 @@ constexpr Turn kTurns[] = {
     {"in conclude", "in conclusion"},
     {"in a conclusion", "in conclusion"},
     {"in other word", "in other words"},
-    {"for examples", "for example"},
     {"as example~", "as an example"},
     {"for a example", "for example"},
     {"for an example~", "for example"},

@@ -32,7 +32,7 @@ void checkThereTheir(const EnglishSentence& s, std::size_t i, GrammarReport& rep
         confused(s, i, next, s.word(next) == "going" ? "they're" : "there", report);
     }
     if (s.is(i, {"there", "they're"}) &&
-        (s.word(next) == "own" ||
+        ((s.word(next) == "own" && !(s.glued(i) && s.has(i - 1, kPlural))) ||
          (s.is(next, {"parents", "family", "children", "kids", "lives", "friends", "homes",
                       "houses", "jobs", "minds"}) &&
           !s.has(i - 1, kBe | kModal) && !s.is(i - 1, {"been", "over", "out", "is"}))) &&
@@ -98,7 +98,8 @@ void checkVerbLike(const EnglishSentence& s, std::size_t i, GrammarReport& repor
     const bool subject = s.is(i, {"i", "we", "they", "you", "people"});
     if (s.is(i,
              {"could", "would", "should", "must", "might", "couldn't", "wouldn't", "shouldn't"}) &&
-        s.word(next) == "of" && s.word(i + 2) != "course" && !s.has(i - 1, kDeterminer)) {
+        s.word(next) == "of" && s.word(i + 2) != "course" && !s.has(i - 1, kDeterminer) &&
+        !(s.word(i) == "might" && s.has(i - 1, kAdjective))) {
         confused(s, i, next, "have", report);
         return;
     }

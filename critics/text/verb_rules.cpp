@@ -28,6 +28,12 @@ std::size_t pastAdverbs(const EnglishSentence& s, std::size_t i) {
 bool isNounHere(const EnglishSentence& s, std::size_t i) {
     if (s.word(i) == "may" && s.capital(i) && i > 0) return true;
     if (i == 0 || !s.glued(i)) return false;
+    // "my uncle's will"; "he's" and "that's" are no owners.
+    if (s.is(i, {"will", "might"}) && s.word(i - 1).ends_with("'s") &&
+        (classesOf(s.word(i - 1).substr(0, s.word(i - 1).size() - 2)) & (kSingular | kPerson)) !=
+            0) {
+        return true;
+    }
     return s.has(i - 1, kDeterminer | kAdjective) &&
            !s.is(i - 1, {"that", "this", "which", "what", "these", "those", "each", "all", "some",
                          "any", "both", "many", "others", "other", "one"});
@@ -201,6 +207,8 @@ void checkBareAfterPreposition(const EnglishSentence& s, std::size_t i, GrammarR
         return;
     const std::size_t at = i + 1;
     if (!s.glued(at) || !s.has(at, kPureBase)) return;
+    // "You can kind of see it".
+    if (s.word(i) == "of" && s.is(i - 1, {"kind", "sort"}) && s.glued(i)) return;
     // "written in Go", "used in Replace": a name.
     if (s.is(at, {"do"}) || s.capital(at)) return;
     say(s, i, at, "needs the form in “-ing” behind its preposition", report);

@@ -499,6 +499,33 @@ TEST(CodeCritic, ShellThatRunsWhatItDownloads) {
         critiqueCode);
 }
 
+TEST(CodeCritic, AddressesOpenedWithoutEncryption) {
+    const Rules plain = {"code.plain_address"};
+    const std::string requests = "import requests\n";
+    const std::string opener = "import urllib.request\n";
+    expectRules(
+        {{"by its own name", requests + "requests.get(\"http://a.example/x\")\n", plain, "a.py"},
+         {"with its method", requests + "requests.request('GET', 'http://a.example/x')\n", plain,
+          "a.py"},
+         {"by another name", requests + "url = 'http://a.example'\nrequests.post(url, data=1)\n",
+          plain, "a.py"},
+         {"as a default",
+          opener + "def f(url=\"ftp://a.example\"):\n"
+                   "    return urllib.request.urlopen(url)\n",
+          plain, "a.py"},
+         {"of a session", requests + "s = requests.Session()\ns.put(\"http://a.example/x\")\n",
+          plain, "a.py"},
+         {"of an opener", opener + "urllib.request.URLopener().retrieve(\"http://a.example/x\")\n",
+          plain, "a.py"},
+         {"encrypted", requests + "requests.get(\"https://a.example/x\")\n", {}, "a.py"},
+         {"this machine", requests + "requests.get(\"http://127.0.0.1:8080/x\")\n", {}, "a.py"},
+         {"a service beside it", requests + "requests.get(\"http://billing/x\")\n", {}, "a.py"},
+         {"a name, not opened", "space = 'http://a.example/ns'\nroot.get(space)\n", {}, "a.py"},
+         {"an entry of a table", "links = {}\nlinks.get(\"http://a.example/x\")\n", {}, "a.py"},
+         {"not Python", "requests.get(\"http://a.example/x\")\n", {}, "a.js"}},
+        critiqueCode);
+}
+
 TEST(CodeCritic, CodeThatRunsText) {
     const Rules runs = {"code.runs_text"};
     const Rules query = {"code.query_from_text"};

@@ -8,7 +8,7 @@
 namespace trevix {
 namespace {
 
-constexpr GradedRule kWord = declared<WorkKind::text>("text.doubled_word");
+constexpr GradedRule kWord = declared<WorkKind::text>("text.doubled_word", Severity::medium);
 constexpr GradedRule kSpacing = declared<WorkKind::text>("text.spacing");
 constexpr GradedRule kError = declared<WorkKind::sheet>("sheet.formula_error", Severity::high);
 constexpr GradedRule kNotAvailable =

@@ -196,6 +196,27 @@ TEST_F(WordsInPictures, CoverageSaysWhoRead) {
     }));
 }
 
+TEST_F(WordsInPictures, APictureWithoutWordsIsJudgedByItsPixelsAlone) {
+    // Panes and bars of a window that nobody wrote on.
+    Picture picture = drawing::blank(640, 400);
+    drawing::fill(picture, 0, 0, 640, 40, {40, 60, 90, 255});
+    drawing::fill(picture, 20, 60, 180, 320, {200, 210, 225, 255});
+    drawing::fill(picture, 220, 60, 400, 320, {225, 225, 225, 255});
+    for (const std::string_view modality : {"image", "ui_ux", "deck"}) {
+        const Critique critique = judged(picture, modality);
+        EXPECT_EQ(critique.extent.words, 0U) << modality;
+        for (const Finding& finding : critique.findings) {
+            EXPECT_THAT(finding.rule, Not(testing::StartsWith("text."))) << modality;
+        }
+        // Somebody looked for words, and there was nothing that could not be read.
+        EXPECT_TRUE(critique.coverage.known) << modality;
+        EXPECT_THAT(critique.coverage.notChecked, IsEmpty()) << modality;
+        EXPECT_TRUE(std::ranges::any_of(critique.coverage.checkedBy, [](const CheckedBy& by) {
+            return by.engine == "tesseract";
+        })) << modality;
+    }
+}
+
 TEST_F(WordsInPictures, SeveralThreadsReadAtOnce) {
     const Picture picture =
         drawn({{40, 60, "We shall meet at the the northern gate of the park."}});

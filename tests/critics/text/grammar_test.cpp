@@ -149,6 +149,20 @@ TEST(Number, IsRight) {
          "A lot of time and money went into it.", "They gave us some information about it."});
 }
 
+TEST(Grammar, LeavesSoundTurnsOfTheSameWordsAlone) {
+    expectSound(
+        {"We heard of the full might of the river.", "The people there own most of the land.",
+         "Is the mayor demanding he go home at once?", "My uncle's will was read in the evening.",
+         "There is plenty of room in the car.", "You can kind of see the tower from there.",
+         "She takes a look to see if he is awake.", "Some of them become missing persons.",
+         "See the last page for examples.", "It reads a robots.txt file in the evening."});
+    expectFound("text.usage", {"We saw many birds. For examples, a crane stood in the field."});
+    expectFound("text.confused_word",
+                {"They should of asked us first.", "They have there own way of doing it."});
+    expectFound("text.verb_form", {"She will was here before us."});
+    expectFound("text.number", {"There were plenty of chair in the hall."});
+}
+
 TEST(Articles, AreWrong) {
     expectFound("text.article",
                 {"It took an long time to read it.", "She is a honest woman.",

@@ -140,6 +140,32 @@ TEST(Spelling, InAManualOnlyKnownSlipsAreSure) {
     }
 }
 
+TEST(Spelling, WhatIsMadeAsNamesAreMadeIsUnsure) {
+    // Another letter in front, no vowel, short and near to a seldom word.
+    for (const std::string text : {"Please send the vtable to all of our customers.",
+                                   "Please send the rdng to all of our customers.",
+                                   "Please write it by goden before the meeting."}) {
+        EXPECT_EQ(misspeltIn(text, true), Words()) << text;
+    }
+    auto shelf = std::make_shared<ListShelf>();
+    shelf->add(NaturalLanguage::english,
+               "a the of and we in is with to you it this that have for on our all are please "
+               "send rooms PDF yurt gifts gilts wall number customers "
+               "before meeting sausage separate");
+    LanguageTools tools;
+    tools.shelf = shelf;
+    const auto sure = [&](const std::string& text) {
+        return misspelt(critiqueText(textPart(text), tools), true);
+    };
+    EXPECT_EQ(
+        misspelt(critiqueText(textPart("Please send the yurts to all of our customers."), tools)),
+        Words());
+    // Short, and near to a word that is not often written.
+    EXPECT_EQ(sure("Please send the walls and gilta to all of our customers."), Words());
+    // Two letters off, and its consonants are others.
+    EXPECT_EQ(sure("Please send the carsabe to all of our customers."), Words());
+}
+
 TEST(Spelling, KnownWordsMayBeJoinedAndGrow) {
     EXPECT_EQ(misspeltIn("The codebase is new, and we rebuild it in an unwritten plan."), Words());
 }

@@ -86,7 +86,8 @@ TEST(TextCritic, WhatOnlyLooksLikeAPlaceholderIsNotReported) {
           "He wrote [sic] in his letter of May.", "The proof is in the paper [1] and in [2].",
           "Run the tool with --output <name> to choose.", "If a < b and b > c then stop here.",
           "Use `{{name}}` in the template to greet.", "See [Name](https://example.com) for more.",
-          "Really? Yes, really. What a day!", "My to-do list is long today."}) {
+          "The sign on rows[name] of the hall is new.", "Really? Yes, really. What a day!",
+          "My to-do list is long today."}) {
         EXPECT_EQ(rulesOf(critiqueText(textPart(sound)).findings), std::vector<std::string>{})
             << sound;
     }
@@ -112,6 +113,20 @@ TEST(TextCritic, ListsOfTasksAndPartsOfNamesAreNoGaps) {
     }
 }
 
+TEST(TextCritic, FillerOfOneParagraphIsOneGap) {
+    const auto gapsOf = [](const std::string& text) {
+        const auto findings = critiqueText(textPart(text)).findings;
+        return std::count_if(findings.begin(), findings.end(), [](const Finding& finding) {
+            return finding.rule == "text.placeholder";
+        });
+    };
+    const std::string filler = "Lorem ipsum dolor sit amet, consectetur adipiscing elit.";
+    EXPECT_EQ(gapsOf(filler), 1);
+    EXPECT_EQ(gapsOf(filler + " Then lorem ipsum again, and dolor sit amet."), 1);
+    EXPECT_EQ(gapsOf(filler + "\n\n" + filler), 2);
+    EXPECT_EQ(gapsOf("Sed dolor sit amet is what they left, and your text here."), 2);
+}
+
 /// A manual in plain words: options, file names and identifiers tell that it is one.
 const std::string kManual = "The tool reads config.toml and main_table first. With --quiet it "
                             "prints nothing to stderr. ";
@@ -130,6 +145,49 @@ TEST(TextCritic, AManualSaysLikeThingsInLikeWords) {
     const auto pair = critiqueText(textPart(kManual + "It stops at the (first gap.")).findings;
     ASSERT_EQ(rulesOf(pair), std::vector<std::string>{"text.unclosed_pair"});
     EXPECT_EQ(pair[0].severity, Severity::low);
+}
+
+TEST(TextCritic, AManualHasNotesArgumentsAndStandIns) {
+    const auto severities = [](const std::string& text) {
+        std::vector<std::string_view> found;
+        for (const Finding& finding : critiqueText(textPart(text)).findings) {
+            if (finding.rule == "text.placeholder") found.push_back(name(finding.severity));
+        }
+        return found;
+    };
+    using Severities = std::vector<std::string_view>;
+    for (const std::string note :
+         {"TODO: tell of the second way to read it.", "FIXME the header is read twice.",
+          "- XXX this does not hold for two tables.", "Put from XXX import YYY at its top.",
+          "Write {{title}} where the name of the table belongs."}) {
+        EXPECT_EQ(severities(kManual + "\n\n" + note), Severities{name(Severity::low)}) << note;
+        EXPECT_EQ(severities(note), Severities{name(Severity::high)}) << note;
+    }
+    for (const std::string argument :
+         {"Call it with rows[name] of the table.", "Write \\g{name} for a group of that name.",
+          "It is run as reader [url] or without one."}) {
+        EXPECT_EQ(severities(kManual + argument), Severities{}) << argument;
+    }
+    for (const std::string gap : {"Ask [your name] for the key.", "The limit is [TBD] for now.",
+                                  "The limit is TBD.", "It was written by {first name} in May."}) {
+        EXPECT_EQ(severities(kManual + gap), Severities{name(Severity::high)}) << gap;
+    }
+}
+
+TEST(TextCritic, AManualMayNameAThingTwice) {
+    const auto severities = [](const std::string& text) {
+        std::vector<std::string_view> found;
+        for (const Finding& finding : critiqueText(textPart(text)).findings) {
+            if (finding.rule == "text.doubled_word") found.push_back(name(finding.severity));
+        }
+        return found;
+    };
+    using Severities = std::vector<std::string_view>;
+    const std::string names = "It shows table table for each of them.";
+    EXPECT_EQ(severities(names), Severities{name(Severity::medium)});
+    EXPECT_EQ(severities(kManual + names), Severities{name(Severity::low)});
+    EXPECT_EQ(severities(kManual + "It reads the the header first."),
+              Severities{name(Severity::medium)});
 }
 
 TEST(TextCritic, LinesOfCodeAreNoProse) {
@@ -156,6 +214,9 @@ TEST(TextCritic, DoubledWords) {
          {"beyond ASCII", "Wir gehen über Über die Brücke dort.", {"text.doubled_word"}},
          {"a part of a longer word", "You opt-in in the settings of the page.", {}},
          {"a type and its value", "With --raw it takes the Colormap colormap of main_table.", {}},
+         {"to, of two verbs", "Which book did you refer to to write it?", {}},
+         {"to, of what one needs", "Do whatever you have to to keep warm.", {}},
+         {"to, by mistake", "We have to to keep warm.", {"text.doubled_word"}},
          {"had had", "She had had enough of that that day.", {}},
          {"a name", "They live in Walla Walla these days.", {}},
          {"for emphasis", "It was a very very long day.", {}},
@@ -186,6 +247,12 @@ TEST(TextCritic, BracketsAndQuotesAreClosedInTheirParagraph) {
                   {}},
                  {"brackets over the items of a list",
                   "We need (for the\n- garden and the\n- kitchen) a new tap.",
+                  {}},
+                 {"a mark that is spoken of", "The \" character opens a name.", {}},
+                 {"a mark in brackets", "It is closed by the same mark (\") at its end.", {}},
+                 {"an open quote before a word", "The \" house is green.", flagged},
+                 {"quotes of an old manual",
+                  "Read `main.txt' (or `/etc/other', if it is there) before `third.txt' is read.",
                   {}},
                  {"code that nothing closes", "Read it (read `-u N') first.", {}},
                  {"German quotes", "Er sagte „gut“ und ging nach Hause.", {}},

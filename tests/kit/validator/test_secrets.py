@@ -96,7 +96,8 @@ class OneFile(unittest.TestCase):
         with open(secret_shapes.SHAPES, encoding="utf-8") as file:
             data = json.load(file)
         patterns = [shape["pattern"] for shape in data["shapes"]]
-        for pattern in patterns + list(data["refusals"].values()) + [data["examples"]]:
+        for pattern in patterns + list(data["refusals"].values()) + [data["examples"],
+                                                                               data["harmless"]]:
             self.assertIsNone(re.search(r"\(\?[=!<P>#]|\\[1-9sSzZpPX]", pattern), pattern)
             re.compile(pattern.encode("ascii"))
         for shape in data["shapes"]:

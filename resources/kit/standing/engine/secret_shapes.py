@@ -30,6 +30,7 @@ SHAPES = os.path.join(os.path.dirname(os.path.abspath(__file__)), "secrets.json"
 #: What every call raises without its file, or with one that cannot be understood.
 DAMAGED = (OSError, ValueError, KeyError, TypeError, AttributeError, re.error)
 _FORMAT = 1
+_NAME = 60      # bytes before a value in which its name stands
 _CONTINUES = 0b11000000, 0b10000000  # a byte within a character of UTF-8: mask, value
 _loaded = None
 
@@ -45,6 +46,7 @@ class _Shapes:
         self.checks = data["checks"]
         self.files = data["files"]
         self.examples = data["examples"].encode("ascii")
+        self.harmless = data["harmless"].encode("ascii")
         self.ordinary = [word.encode("ascii") for word in data["ordinary"]]
         self.shapes = [_Shape(shape["pattern"].encode("ascii"), shape["label"],
                               self.checks[shape["check"]],
@@ -56,6 +58,11 @@ class _Shapes:
     def refuses(self, name, value):
         """Whether the named refusal speaks against this value."""
         return re.search(self._refusals[name].encode("ascii"), value) is not None
+
+    def is_harmless(self, data, start, check):
+        """Whether the name before this place says that a page or a lock is marked."""
+        return check.get("named", False) and \
+            re.search(self.harmless, data[max(0, start - _NAME):start]) is not None
 
     def accepts(self, value, check):
         """Whether these bytes are a secret rather than a look-up, a placeholder or a word."""
@@ -135,7 +142,8 @@ def _spans(data: bytes):
             continue
         for match in _matches(shape, data, places):
             group = next((n for n in range(1, match.re.groups + 1) if match.start(n) >= 0), 0)
-            if shapes.accepts(match.group(group), shape.check):
+            if shapes.accepts(match.group(group), shape.check) and \
+                    not shapes.is_harmless(data, match.start(group), shape.check):
                 yield match.start(group), match.end(group), shape.kind
 
 
