@@ -1,5 +1,6 @@
 // What the real process runner does beyond the contract: descriptors, signals, bulk, concurrency.
 
+#include "platform/ports/quit_signal.h"
 #include "platform/posix/posix_platform.h"
 #include "tests/platform/temporary_folder.h"
 
@@ -12,6 +13,7 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <filesystem>
+#include <fstream>
 #include <memory>
 #include <optional>
 #include <string>
@@ -359,6 +361,40 @@ TEST_F(PosixProcessRunnerTest, WhatEndsInItsTimeIsAsWithoutOne) {
                                      .output = ProcessOutput::Capture,
                                      .timeLimit = std::chrono::hours(1)});
     EXPECT_EQ(result, (ProcessResult{.status = 4, .output = "out\n"}));
+}
+
+TEST_F(PosixProcessRunnerTest, AQuitEndsWhatIsToEndThenAndNothingElse) {
+    // On the heap: GCC 12 takes what a stack holds for uninitialized here.
+    const auto quit = std::make_unique<QuitSignal>();
+    const auto quitting = makePosixProcessRunner(quit.get());
+    const fs::path started = folder / "started";
+    const std::string sleeps = "echo partly; echo x > " + started.string() + "; exec sleep 1000";
+    const ProcessRequest question{.program = "/bin/sh",
+                                  .arguments = {"-c", sleeps},
+                                  .output = ProcessOutput::Capture,
+                                  .endsAtQuit = true};
+    ASSERT_EQ(mkfifo((folder / "gate").c_str(), 0600), 0);
+    const auto waiting = quitting->start(
+        {.program = "/bin/sh",
+         .arguments = {"-c", "read line < " + (folder / "gate").string() + " && exit 4"},
+         .output = ProcessOutput::Capture});
+    std::optional<ProcessResult> ended;
+    std::thread asks([&] { ended = quitting->run(question); });
+    while (contentsOf(started).empty()) usleep(10'000);
+    quit->raise();
+    asks.join();
+    ASSERT_TRUE(ended.has_value());
+    EXPECT_TRUE(ended->timedOut);
+    EXPECT_EQ(ended->output, "partly\n");
+    EXPECT_EQ(ended->status, 128 + SIGTERM);
+    // After the quit such a program ends as soon as it is there.
+    const auto late = quitting->run(question);
+    ASSERT_TRUE(late.has_value());
+    EXPECT_TRUE(late->timedOut);
+    // The other one is still there, and is waited for.
+    std::ofstream(folder / "gate") << "go\n";
+    ASSERT_NE(waiting, nullptr);
+    EXPECT_EQ(waiting->finish(), (ProcessResult{.status = 4, .output = ""}));
 }
 
 class PosixKeptProgramsTest : public testing::Test {
