@@ -216,6 +216,13 @@ class EndToEndTest(ToolTest):
         self.assertIn(self.FLAW, json.dumps(told[-1], ensure_ascii=False))
         self.assertNotIn(self.FLAW, json.dumps(told[0], ensure_ascii=False))
 
+    @needs("claude")
+    def test_claude(self):
+        self.kit("claude", "--global")
+        self.work(str(program("claude")), "-p", "write a.py", "--permission-mode", "acceptEdits",
+                  ANTHROPIC_BASE_URL="http://127.0.0.1:7801", ANTHROPIC_API_KEY="x",
+                  CLAUDE_CODE_DISABLE_NONESSENTIAL_TRAFFIC="1")
+
     @needs("codex")
     def test_codex(self):
         self.put(".codex/config.toml", b'model = "gpt-5.5"\nmodel_provider = "mock"\n'
