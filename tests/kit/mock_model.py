@@ -76,11 +76,17 @@ class Mock:
 
     def chat(self, asked):
         delta, reason = {"role": "assistant", "content": "Done."}, "stop"
-        if asked.get("tools") and self.turn() == 1:
-            arguments = {"path": self.file, "file_text": "bad = 1\n"}
+        turn = self.turn() if asked.get("tools") else 0
+        names = [tool["function"]["name"] for tool in asked.get("tools") or ()]
+        calls = [("create", {"path": self.file, "file_text": "bad = 1\n"})]
+        if "create" not in names:  # a tool without hooks: the model itself asks for the verdict
+            calls = [("write", {"filePath": self.file, "content": "bad = 1\n"}),
+                     ("trevix_grade", {"path": self.file})]
+        if 0 < turn <= len(calls):
+            name, arguments = calls[turn - 1]
             delta = {"role": "assistant", "content": None, "tool_calls": [
-                {"index": 0, "id": "c1", "type": "function",
-                 "function": {"name": "create", "arguments": json.dumps(arguments)}}]}
+                {"index": 0, "id": "c%d" % turn, "type": "function",
+                 "function": {"name": name, "arguments": json.dumps(arguments)}}]}
             reason = "tool_calls"
         chunk = {"id": "x", "object": "chat.completion.chunk", "created": 1, "model": "m"}
         return [dict(chunk, choices=[{"index": 0, "delta": delta, "finish_reason": None}]),
@@ -147,7 +153,8 @@ def handler(mock):
                     mock.told.append(body)
                 message, events = mock.messages(asked)
                 return self.as_stream(events) if events else self.as_json(message)
-            mock.told.append(body)
+            if asked.get("tools") or "chat/completions" not in self.path:
+                mock.told.append(body)
             if "responses" in self.path:
                 return self.as_stream(mock.responses(asked))
             if "treamGenerate" in self.path:

@@ -200,8 +200,8 @@ class EndToEndTest(ToolTest):
         os.chmod(self.put(".brask/key", b"the-key\n"), 0o600)
         os.chmod(self.put(".brask/settings", b"base: http://127.0.0.1:7801\n"), 0o600)
 
-    def work(self, *command, **env):
-        """What came of a task; the tool runs in the project."""
+    def work(self, *command, said=FLAW, **env):
+        """What came of a task; the tool runs in the project. The model hears `said` in the end."""
         self.env.update(env)
         file = os.path.join(self.project, "a.py")
         done = subprocess.run(OFFLINE + ["python3", str(HERE / "mock_model.py"), file] + list(command),
@@ -213,8 +213,8 @@ class EndToEndTest(ToolTest):
         self.assertTrue(os.path.isfile(file), done.stderr)
         self.assertEqual([["a.py"]], found["sent"], done.stderr)
         told = [json.loads(body) for body in found["told"]]
-        self.assertIn(self.FLAW, json.dumps(told[-1], ensure_ascii=False))
-        self.assertNotIn(self.FLAW, json.dumps(told[0], ensure_ascii=False))
+        self.assertIn(said, json.dumps(told[-1], ensure_ascii=False))
+        self.assertNotIn(said, json.dumps(told[0], ensure_ascii=False))
 
     @needs("claude")
     def test_claude(self):
@@ -238,6 +238,17 @@ class EndToEndTest(ToolTest):
         self.work(str(program("copilot")), "-p", "write a.py", "--allow-all-tools",
                   COPILOT_PROVIDER_BASE_URL="http://127.0.0.1:7801/v1", COPILOT_MODEL="gpt-4.1",
                   COPILOT_PROVIDER_API_KEY="x")
+
+    @needs("opencode")
+    def test_opencode(self):
+        self.put(".config/opencode/opencode.json", json.dumps({
+            "model": "mock/m", "autoupdate": False,
+            "provider": {"mock": {
+                "npm": "@ai-sdk/openai-compatible", "models": {"m": {"name": "m"}},
+                "options": {"baseURL": "http://127.0.0.1:7801/v1", "apiKey": "x"}}}}).encode())
+        self.kit("opencode", "--global")
+        self.work(str(program("opencode")), "run", "write a.py", said="Line 1 is MOCKED.",
+                  OPENCODE_DISABLE_MODELS_FETCH="1", OPENCODE_DISABLE_AUTOUPDATE="1")
 
     @needs("node24", "gemini")
     def test_gemini(self):
