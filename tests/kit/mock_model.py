@@ -77,11 +77,14 @@ class Mock:
     def chat(self, asked):
         delta, reason = {"role": "assistant", "content": "Done."}, "stop"
         turn = self.turn() if asked.get("tools") else 0
-        names = [tool["function"]["name"] for tool in asked.get("tools") or ()]
+        takes = {tool["function"]["name"]: tool["function"].get("parameters", {}).get("properties", {})
+                 for tool in asked.get("tools") or ()}
         calls = [("create", {"path": self.file, "file_text": "bad = 1\n"})]
-        if "create" not in names:  # a tool without hooks: the model itself asks for the verdict
-            calls = [("write", {"filePath": self.file, "content": "bad = 1\n"}),
-                     ("trevix_grade", {"path": self.file})]
+        if "create" not in takes:  # a tool without hooks: the model itself asks for the verdict
+            where = "filePath" if "filePath" in takes.get("write", {}) else "path"
+            grade = [name for name in takes if name.endswith("_grade")] or ["trevix_grade"]
+            calls = [("write", {where: self.file, "content": "bad = 1\n"}),
+                     (grade[0], {"path": self.file})]
         if 0 < turn <= len(calls):
             name, arguments = calls[turn - 1]
             delta = {"role": "assistant", "content": None, "tool_calls": [

@@ -24,7 +24,7 @@ with open(str(ROOT / "resources" / "tools.json"), encoding="utf-8") as table:
 PROGRAMS = {agent["wiring"]["key"]: agent["npm"]["program"]
             for agent in TABLE["agents"] + TABLE["others"] if agent["npm"]}
 PROGRAMS.update(node24="node", inspector="mcp-inspector", sarif="sarif-multitool")
-LIMIT = 120
+LIMIT = 300  # seconds for one program; a guard against one that hangs
 OFFLINE = ["unshare", "-rn"] if subprocess.run(
     ["unshare", "-rn", "true"], stderr=subprocess.DEVNULL).returncode == 0 else []
 
@@ -238,6 +238,17 @@ class EndToEndTest(ToolTest):
         self.work(str(program("copilot")), "-p", "write a.py", "--allow-all-tools",
                   COPILOT_PROVIDER_BASE_URL="http://127.0.0.1:7801/v1", COPILOT_MODEL="gpt-4.1",
                   COPILOT_PROVIDER_API_KEY="x")
+
+    @needs("node24", "openclaw")
+    def test_openclaw(self):
+        self.put(".openclaw/openclaw.json", json.dumps({
+            "gateway": {"mode": "local"}, "tools": {"toolSearch": False},
+            "models": {"providers": {"mock": {
+                "baseUrl": "http://127.0.0.1:7801/v1", "apiKey": "x", "api": "openai-completions",
+                "models": [{"id": "m", "name": "m", "contextWindow": 100000}]}}}}).encode())
+        self.kit("openclaw", "--global")
+        self.work(str(program("openclaw")), "agent", "exec", "write a.py", "--cwd", self.project,
+                  "--model", "mock/m", said="Line 1 is MOCKED.")
 
     @needs("opencode")
     def test_opencode(self):
