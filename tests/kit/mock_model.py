@@ -3,11 +3,13 @@
 
     mock_model.py FILE COMMAND ARGUMENT...
 
-The model has the tool write FILE, and says that it is done ever after. It speaks the protocols of
-Claude Code (Messages), Codex (Responses), Copilot CLI (chat completions) and Gemini CLI. The service holds the first work
-that it is sent for a flaw in line 1, and clears what follows. Both are at http://127.0.0.1:7801,
-which is free in a network of one's own: the loopback is switched on first. Written at the end, as
-one line of JSON: how often the service graded, what it was sent, and all that the model was told.
+The model has the tool write FILE, and says that it is done ever after; where the tool runs no hooks
+it asks for the verdict itself in between. It speaks the protocols of Claude Code (Messages), Codex
+(Responses), Gemini CLI, and of Copilot CLI, OpenClaw and OpenCode (chat completions). The service
+holds the first work that it is sent for a flaw in line 1, and clears what follows. Both are at
+http://127.0.0.1:7801, which is free in a network of one's own: the loopback is switched on first.
+Written at the end, as one line of JSON: how often the service graded, what it was sent, and all
+that the model was told.
 """
 
 import http.server
@@ -77,8 +79,8 @@ class Mock:
     def chat(self, asked):
         delta, reason = {"role": "assistant", "content": "Done."}, "stop"
         turn = self.turn() if asked.get("tools") else 0
-        takes = {tool["function"]["name"]: tool["function"].get("parameters", {}).get("properties", {})
-                 for tool in asked.get("tools") or ()}
+        tools = [tool["function"] for tool in asked.get("tools") or ()]
+        takes = {tool["name"]: tool.get("parameters", {}).get("properties", {}) for tool in tools}
         calls = [("create", {"path": self.file, "file_text": "bad = 1\n"})]
         if "create" not in takes:  # a tool without hooks: the model itself asks for the verdict
             where = "filePath" if "filePath" in takes.get("write", {}) else "path"
