@@ -100,21 +100,20 @@ void CompanionModel::askAboutWiring() {
         !m_ports.files.exists(braskHome(home) / "brask_install.py")) {
         return;
     }
-    const auto answer = wiringAnswer(braskHome(home));
     const auto mark = wiringMark(m_ports.files, home);
-    if (m_askedAt == mark) {
-        const auto told = m_ports.files.read(answer);
-        auto truths = kelvane::wiringTruths(told.value_or(""));
-        if (*wiringTruths != truths) wiringTruths = std::move(truths);
-        return;
-    }
+    if (m_askedAt == mark) return;
     m_askedAt = mark;
     // What was true of other files is not told of these.
-    m_ports.files.remove(answer);
     if (!wiringTruths->empty()) wiringTruths = WiringTruths();
     m_ports.dispatcher.background(
-        [&processes = m_ports.processes, question = wiringQuestion(braskHome(home))] {
-            static_cast<void>(processes.run(question));
+        [this, &processes = m_ports.processes, &dispatcher = m_ports.dispatcher,
+         question = wiringQuestion(braskHome(home)), mark, alive = std::weak_ptr(m_alive)] {
+            const auto said = processes.run(question);
+            auto truths = kelvane::wiringTruths(said && said->status == 0 ? said->output : "");
+            dispatcher.main([this, alive, mark, truths = std::move(truths)]() mutable {
+                if (alive.expired() || m_askedAt != mark) return;
+                if (*wiringTruths != truths) wiringTruths = std::move(truths);
+            });
         });
 }
 

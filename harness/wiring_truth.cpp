@@ -16,6 +16,9 @@ namespace {
 
 using nlohmann::json;
 
+/// The installer itself gives each program that it asks 12 s at most; most answer within one.
+constexpr std::chrono::seconds kPatience{60};
+
 std::optional<WiringState> stateOf(std::string_view word) {
     if (word == "wired") return WiringState::Wired;
     if (word == "untrusted") return WiringState::Untrusted;
@@ -48,26 +51,18 @@ std::size_t wiringMark(FileSystem& files, const std::filesystem::path& home) {
     return mark;
 }
 
-std::filesystem::path wiringAnswer(const std::filesystem::path& braskHome) {
-    return braskHome / "wiring.json";
-}
-
 ProcessRequest wiringQuestion(const std::filesystem::path& braskHome) {
     const std::string installer = shellWord((braskHome / "brask_install.py").string());
-    const std::string answer = shellWord(wiringAnswer(braskHome).string());
     // No profile is read, for it may never end; tools that only a profile makes known are looked
-    // for where package managers put them. The answer takes its place as a whole.
-    const std::string script = R"sh(umask 077
-PATH="$PATH:$HOME/.local/bin:/opt/homebrew/bin:/usr/local/bin"
-(answer=)sh" + answer + R"sh(
- next="$answer.$$"
- if python3 -I )sh" + installer +
-                               R"sh( status --json >"$next"; then mv -f "$next" "$answer"
- else rm -f "$next"; fi) </dev/null >/dev/null 2>&1 &)sh";
+    // for where package managers put them.
+    const std::string script =
+        "PATH=\"$PATH:$HOME/.local/bin:/opt/homebrew/bin:/usr/local/bin\"\nexec python3 -I " +
+        installer + " status --json";
     return {.program = "/bin/sh",
             .arguments = {"-c", script},
             .output = ProcessOutput::Capture,
-            .timeLimit = std::chrono::seconds(5)};
+            .timeLimit = kPatience,
+            .endsAtQuit = true};
 }
 
 WiringTruths wiringTruths(std::string_view told) {

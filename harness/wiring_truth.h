@@ -42,12 +42,8 @@ using WiringTruths = std::map<std::string, WiringTruth>;
 /// Changes when any file changes by which the truth may change: the tools' own and our manifest.
 [[nodiscard]] std::size_t wiringMark(FileSystem& files, const std::filesystem::path& home);
 
-/// Where the installer's answer will be, once it has been asked and is done.
-[[nodiscard]] std::filesystem::path wiringAnswer(const std::filesystem::path& braskHome);
-
-/// What to run to ask it. It ends at once and leaves the installer at work, so that nobody waits: a
-/// tool that is asked may take seconds, and a quit waits for every program that is run. Until the
-/// installer is done the answer is not there.
+/// What to run, in the background, to ask it: a tool that it asks in turn may take seconds. The
+/// output is for `wiringTruths`. A quit ends it.
 [[nodiscard]] ProcessRequest wiringQuestion(const std::filesystem::path& braskHome);
 
 /// What was told. Nothing of what is no JSON of the installer's, whatever it is.

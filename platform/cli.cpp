@@ -10,7 +10,7 @@ CliPorts makeCliPorts() {
     ports.environment = makePosixEnvironment();
     ports.files = makePosixFileSystem();
     ports.resources = makeBundleResources(currentExecutable());
-    ports.processes = makePosixProcessRunner();
+    ports.processes = makePosixProcessRunner(ports.quit.get());
     ports.clock = makePosixClock(*ports.quit);
     return ports;
 }

@@ -24,6 +24,9 @@ struct ProcessRequest {
     /// the first of a session of its own, and when its time is over all of that session's first
     /// group is ended with it.
     std::chrono::milliseconds timeLimit{0};
+    /// Whether it is ended when this program quits, as if its time were over then: for questions
+    /// whose answer nobody would hear. Everything else is waited for.
+    bool endsAtQuit = false;
 
     bool operator==(const ProcessRequest&) const = default;
 };
@@ -32,7 +35,7 @@ struct ProcessResult {
     /// The exit status, or 128 + the signal's number when a signal ended it.
     std::int32_t status = 0;
     std::string output;    ///< All of standard output as raw bytes; empty with `Inherit`.
-    bool timedOut = false; ///< Ended because its time was over; the status is that of its end.
+    bool timedOut = false; ///< Ended because its time was over, or at the quit; so the status.
 
     bool operator==(const ProcessResult&) const = default;
 };

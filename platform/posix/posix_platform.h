@@ -35,7 +35,8 @@ class QuitSignal;
 /// The child gets this program's environment, with the signal mask empty and SIGPIPE as usual.
 /// Absent also for a program that is no absolute path and for text with a NUL in it. The status is
 /// 255 when the system does not keep it because this program ignores SIGCHLD.
-[[nodiscard]] std::unique_ptr<ProcessRunner> makePosixProcessRunner();
+/// Without `quit`, which must outlive the runner, no program is ended at a quit.
+[[nodiscard]] std::unique_ptr<ProcessRunner> makePosixProcessRunner(QuitSignal* quit = nullptr);
 
 [[nodiscard]] std::unique_ptr<KeptPrograms> makePosixKeptPrograms();
 

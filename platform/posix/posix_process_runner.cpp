@@ -1,8 +1,10 @@
+#include "platform/ports/quit_signal.h"
 #include "platform/posix/posix_platform.h"
 #include "platform/posix/unique_fd.h"
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cerrno>
 #include <chrono>
 #include <climits>
@@ -176,17 +178,59 @@ int pollTimeout(const std::optional<Time>& until) {
     return static_cast<int>(std::clamp<std::int64_t>(left.count(), 0, INT_MAX));
 }
 
-/// To the end, or to what had come when the time was over.
-std::string readToEnd(const UniqueFd& fd, const std::optional<Time>& until) {
+/// Until when a program is waited for: for ever, to a time, or to the quit.
+class Patience {
+public:
+    /// A null `quit` never comes.
+    Patience(std::chrono::milliseconds limit, QuitSignal* quit) : m_limit(limit) {
+        if (quit == nullptr) return;
+        m_wake = makePipe();
+        m_onQuit = quit->onRaise([this] {
+            m_isOver = true;
+            m_wake.write.close(); // which wakes the poll
+        });
+    }
+    Patience(const Patience&) = delete;
+    Patience& operator=(const Patience&) = delete;
+    ~Patience() = default;
+
+    /// The limit counts from here on.
+    void begin() {
+        if (m_limit.count() > 0) m_until = std::chrono::steady_clock::now() + m_limit;
+    }
+
+    [[nodiscard]] bool hasNoEnd() const { return !m_until && !m_wake.read; }
+    [[nodiscard]] bool isOver() const {
+        return m_isOver || (m_until && std::chrono::steady_clock::now() >= *m_until);
+    }
+
+    /// Blocks until something can be read or the patience is over; false then.
+    [[nodiscard]] bool waitToRead(const UniqueFd& fd) const {
+        // poll() passes over a descriptor that is negative.
+        std::array<pollfd, 2> ready{{{.fd = fd.get(), .events = POLLIN, .revents = 0},
+                                     {.fd = m_wake.read.get(), .events = 0, .revents = 0}}};
+        while (!isOver()) {
+            const int count = ::poll(ready.data(), ready.size(), pollTimeout(m_until));
+            if (count > 0 && ready[0].revents != 0) return true;
+            if (count < 0 && errno != EINTR) return true; // the read will tell
+        }
+        return false;
+    }
+
+private:
+    std::chrono::milliseconds m_limit;
+    std::optional<Time> m_until;
+    std::atomic<bool> m_isOver = false;
+    Pipe m_wake;
+    QuitSignal::Registration m_onQuit; ///< Goes first: its callback uses the others.
+};
+
+/// To the end, or to what had come when the patience was over.
+std::string readToEnd(const UniqueFd& fd, const Patience& patience) {
     std::string bytes;
     std::array<char, 65536> buffer{};
     while (true) {
-        if (until) {
-            pollfd readable{.fd = fd.get(), .events = POLLIN, .revents = 0};
-            const int ready = ::poll(&readable, 1, pollTimeout(until));
-            if (ready == 0) return bytes;
-            if (ready < 0 && errno == EINTR) continue;
-        }
+        if (!patience.hasNoEnd() && !patience.waitToRead(fd)) return bytes;
         const ssize_t got = ::read(fd.get(), buffer.data(), buffer.size());
         if (got > 0) {
             bytes.append(buffer.data(), static_cast<std::size_t>(got));
@@ -215,11 +259,11 @@ std::int32_t waitForEnd(pid_t child) {
 
 /// No system call waits for a child and for a time on both systems: looks again and again, seldom
 /// enough to cost nothing and often enough that nobody notices.
-std::optional<std::int32_t> waitForEnd(pid_t child, Time until) {
+std::optional<std::int32_t> waitForEnd(pid_t child, const Patience& patience) {
     std::chrono::milliseconds nap{1};
     while (true) {
         if (const auto status = statusOf(child, WNOHANG)) return status;
-        if (std::chrono::steady_clock::now() >= until) return std::nullopt;
+        if (patience.isOver()) return std::nullopt;
         std::this_thread::sleep_for(nap);
         nap = std::min(nap * 2, kLongestNap);
     }
@@ -229,7 +273,9 @@ std::optional<std::int32_t> waitForEnd(pid_t child, Time until) {
 std::int32_t endGroup(pid_t leader) {
     ::kill(-leader, SIGTERM);
     ::kill(-leader, SIGCONT); // one that is stopped could not hear it
-    const auto status = waitForEnd(leader, std::chrono::steady_clock::now() + kMercy);
+    Patience mercy(kMercy, nullptr);
+    mercy.begin();
+    const auto status = waitForEnd(leader, mercy);
     ::kill(-leader, SIGKILL); // also what is left of the group when the leader heard
     return status ? *status : waitForEnd(leader);
 }
@@ -242,10 +288,11 @@ bool hasNul(const std::string& text) {
 class PosixProcess : public RunningProcess {
 public:
     /// Without `output` there is nothing to read.
-    PosixProcess(pid_t child, UniqueFd output, std::chrono::milliseconds timeLimit)
+    PosixProcess(pid_t child, UniqueFd output, std::chrono::milliseconds timeLimit,
+                 QuitSignal* quit)
         : m_child(child),
           m_output(std::move(output)),
-          m_timeLimit(timeLimit) {}
+          m_patience(timeLimit, quit) {}
     PosixProcess(const PosixProcess&) = delete;
     PosixProcess& operator=(const PosixProcess&) = delete;
     ~PosixProcess() override {
@@ -258,11 +305,11 @@ public:
 private:
     ProcessResult await() {
         ProcessResult result;
-        std::optional<Time> until;
-        if (m_timeLimit.count() > 0) until = std::chrono::steady_clock::now() + m_timeLimit;
-        if (m_output) result.output = readToEnd(m_output, until);
+        m_patience.begin();
+        if (m_output) result.output = readToEnd(m_output, m_patience);
         const pid_t child = std::exchange(m_child, 0);
-        const auto status = until ? waitForEnd(child, *until) : std::optional(waitForEnd(child));
+        const auto status = m_patience.hasNoEnd() ? std::optional(waitForEnd(child))
+                                                  : waitForEnd(child, m_patience);
         result.timedOut = !status;
         result.status = status ? *status : endGroup(child);
         return result;
@@ -270,7 +317,7 @@ private:
 
     pid_t m_child; ///< 0 once it has been waited for.
     UniqueFd m_output;
-    std::chrono::milliseconds m_timeLimit;
+    Patience m_patience;
 };
 
 /// `words` as posix_spawn takes them: valid as long as they are.
@@ -338,6 +385,8 @@ public:
 
 class PosixProcessRunner : public ProcessRunner {
 public:
+    explicit PosixProcessRunner(QuitSignal* quit) : m_quit(quit) {}
+
     std::unique_ptr<RunningProcess> start(const ProcessRequest& request) override {
         // Nothing is looked for along PATH.
         if (!request.program.starts_with('/') || hasNul(request.program)) return nullptr;
@@ -351,7 +400,8 @@ public:
             pipe = makePipe();
             if (!pipe) return nullptr;
         }
-        const SpawnAttributes attributes(request.timeLimit.count() > 0);
+        QuitSignal* const quit = request.endsAtQuit ? m_quit : nullptr;
+        const SpawnAttributes attributes(request.timeLimit.count() > 0 || quit != nullptr);
         const SpawnFiles files(pipe.write);
         if (!attributes.complete() || !files.complete()) return nullptr;
         pid_t child = 0;
@@ -360,8 +410,11 @@ public:
             return nullptr;
         }
         // Our writing end goes here, or the end of the output would never come.
-        return std::make_unique<PosixProcess>(child, std::move(pipe.read), request.timeLimit);
+        return std::make_unique<PosixProcess>(child, std::move(pipe.read), request.timeLimit, quit);
     }
+
+private:
+    QuitSignal* m_quit;
 };
 
 } // namespace
@@ -370,8 +423,8 @@ std::unique_ptr<KeptPrograms> makePosixKeptPrograms() {
     return std::make_unique<PosixKeptPrograms>();
 }
 
-std::unique_ptr<ProcessRunner> makePosixProcessRunner() {
-    return std::make_unique<PosixProcessRunner>();
+std::unique_ptr<ProcessRunner> makePosixProcessRunner(QuitSignal* quit) {
+    return std::make_unique<PosixProcessRunner>(quit);
 }
 
 } // namespace kelvane

@@ -397,29 +397,46 @@ TEST_F(CompanionModelTest, TheInstallerIsAskedAboutTheWiringOnceForEachChange) {
         model.refresh();
         fake.dispatcher.runAll();
     };
-    const std::string answer = "/home/ada/.brask/wiring.json";
-    fake.processes.results["/bin/sh"] = {};
+    const auto tells = [&](const std::string& state, int status = 0) {
+        fake.processes.results["/bin/sh"] = {
+            .status = status,
+            .output = R"({"tools": [{"tool": "codex", "state": ")" + state + "\"}]}"};
+    };
+    tells("wired");
     fake.files.files["/home/ada/.brask/validate.py"] = "";
     fake.files.files["/home/ada/.brask/brask_install.py"] = "";
     look();
     EXPECT_EQ(asked(), 0) << "nothing is wired";
 
     fake.files.files["/home/ada/.codex/config.toml"] = "[mcp_servers.trevix]\n";
-    fake.files.files[answer] = R"({"tools": [{"tool": "codex", "state": "wired"}]})";
-    look();
-    EXPECT_EQ(asked(), 1);
-    EXPECT_FALSE(fake.files.exists(answer)) << "of other files";
-    look();
+    tells("untrusted");
+    model.refresh();
     EXPECT_TRUE(model.wiringTruths->empty()) << "the installer is still at work";
-    fake.files.files[answer] = R"({"tools": [{"tool": "codex", "state": "untrusted"}]})";
-    look();
+    fake.dispatcher.runAll();
     EXPECT_EQ(model.wiringTruths->at("codex").state, WiringState::Untrusted);
+    look();
     EXPECT_EQ(asked(), 1) << "nothing has changed";
 
     fake.files.files["/home/ada/.codex/hooks.json"] = "{}";
-    look();
-    EXPECT_EQ(asked(), 2);
+    model.refresh();
     EXPECT_TRUE(model.wiringTruths->empty()) << "what is not known any more is not told";
+    tells("wired", 1);
+    fake.dispatcher.runAll();
+    EXPECT_EQ(asked(), 2);
+    EXPECT_TRUE(model.wiringTruths->empty()) << "the installer failed";
+
+    // What is told of files that have changed meanwhile is not told of these.
+    tells("edited");
+    fake.files.files["/home/ada/.codex/hooks.json"] = "{ }";
+    model.refresh();
+    EXPECT_TRUE(fake.dispatcher.runOneInBackground());
+    fake.files.files["/home/ada/.codex/hooks.json"] = "{  }";
+    model.refresh();
+    EXPECT_TRUE(fake.dispatcher.runOneOnMain());
+    EXPECT_TRUE(model.wiringTruths->empty());
+    tells("wired");
+    fake.dispatcher.runAll();
+    EXPECT_EQ(model.wiringTruths->at("codex").state, WiringState::Wired);
 }
 
 TEST_F(CompanionModelTest, GradeWithoutAPolicySendsNone) {

@@ -34,18 +34,19 @@ TEST(WiringTruths, OfAnythingElseAreNone) {
     }
 }
 
-TEST(WiringQuestion, LeavesTheInstallerAtWorkAndReadsNoProfile) {
+TEST(WiringQuestion, ReadsNoProfileLeavesNothingBehindAndEndsWithTheProgram) {
     const auto question = wiringQuestion("/home/o'hara/.brask");
     EXPECT_EQ(question.program, "/bin/sh");
     ASSERT_EQ(question.arguments.size(), 2U);
     EXPECT_EQ(question.arguments[0], "-c");
     const std::string& script = question.arguments[1];
-    EXPECT_NE(script.find(shellWord("/home/o'hara/.brask/brask_install.py") + " status --json"),
-              std::string::npos);
-    EXPECT_NE(script.find("answer=" + shellWord("/home/o'hara/.brask/wiring.json")),
-              std::string::npos);
-    EXPECT_TRUE(script.ends_with("</dev/null >/dev/null 2>&1 &"));
-    EXPECT_LE(question.timeLimit, seconds(5));
+    EXPECT_TRUE(script.ends_with("\nexec python3 -I " +
+                                 shellWord("/home/o'hara/.brask/brask_install.py") +
+                                 " status --json"));
+    EXPECT_EQ(script.find('>'), std::string::npos) << "a file is written";
+    EXPECT_EQ(question.output, ProcessOutput::Capture);
+    EXPECT_TRUE(question.endsAtQuit);
+    EXPECT_GT(question.timeLimit, seconds(0));
 }
 
 TEST(WiringMark, ChangesWithEveryFileThatCounts) {

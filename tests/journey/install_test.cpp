@@ -37,9 +37,6 @@ struct Snapshot {
     explicit Snapshot(const fs::path& root) {
         for (const auto& entry : fs::recursive_directory_iterator(root)) {
             const auto name = entry.path().lexically_relative(root).string();
-            // What the installer told of the wiring: a note of the program's own, written whenever
-            // it has been asked, which is after the start.
-            if (name.starts_with(".brask/wiring.json")) continue;
             const auto status = entry.symlink_status();
             const auto mode = std::to_string(static_cast<unsigned>(status.permissions()));
             if (fs::is_symlink(status)) {

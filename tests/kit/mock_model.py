@@ -3,11 +3,13 @@
 
     mock_model.py FILE COMMAND ARGUMENT...
 
-The model has the tool write FILE, and says that it is done ever after. It speaks the protocols of
-Codex (Responses), Copilot CLI (chat completions) and Gemini CLI. The service holds the first work
-that it is sent for a flaw in line 1, and clears what follows. Both are at http://127.0.0.1:7801,
-which is free in a network of one's own: the loopback is switched on first. Written at the end, as
-one line of JSON: how often the service graded, what it was sent, and all that the model was told.
+The model has the tool write FILE, and says that it is done ever after; where the tool runs no hooks
+it asks for the verdict itself in between. It speaks the protocols of Claude Code (Messages), Codex
+(Responses), Gemini CLI, and of Copilot CLI, OpenClaw and OpenCode (chat completions). The service
+holds the first work that it is sent for a flaw in line 1, and clears what follows. Both are at
+http://127.0.0.1:7801, which is free in a network of one's own: the loopback is switched on first.
+Written at the end, as one line of JSON: how often the service graded, what it was sent, and all
+that the model was told.
 """
 
 import http.server
@@ -49,13 +51,47 @@ class Mock:
                 {"type": "response.completed",
                  "response": {"id": "r", "output": [item], "usage": usage}}]
 
+    def messages(self, asked):
+        """What has no tools is asked about the session, not about the task, and is no turn."""
+        block, reason = {"type": "text", "text": "Done."}, "end_turn"
+        if asked.get("tools") and self.turn() == 1:
+            block = {"type": "tool_use", "id": "toolu_1", "name": "Write",
+                     "input": {"file_path": self.file, "content": "bad = 1\n"}}
+            reason = "tool_use"
+        message = {"id": "msg_1", "type": "message", "role": "assistant", "model": "m",
+                   "content": [block], "stop_reason": reason, "stop_sequence": None,
+                   "usage": {"input_tokens": 1, "output_tokens": 1}}
+        if not asked.get("stream"):
+            return message, None
+        begun, delta = dict(block, text=""), {"type": "text_delta", "text": "Done."}
+        if block["type"] == "tool_use":
+            begun = dict(block, input={})
+            delta = {"type": "input_json_delta", "partial_json": json.dumps(block["input"])}
+        return message, [
+            {"type": "message_start", "message": dict(message, content=[], stop_reason=None)},
+            {"type": "content_block_start", "index": 0, "content_block": begun},
+            {"type": "content_block_delta", "index": 0, "delta": delta},
+            {"type": "content_block_stop", "index": 0},
+            {"type": "message_delta", "delta": {"stop_reason": reason, "stop_sequence": None},
+             "usage": {"output_tokens": 1}},
+            {"type": "message_stop"}]
+
     def chat(self, asked):
         delta, reason = {"role": "assistant", "content": "Done."}, "stop"
-        if asked.get("tools") and self.turn() == 1:
-            arguments = {"path": self.file, "file_text": "bad = 1\n"}
+        turn = self.turn() if asked.get("tools") else 0
+        tools = [tool["function"] for tool in asked.get("tools") or ()]
+        takes = {tool["name"]: tool.get("parameters", {}).get("properties", {}) for tool in tools}
+        calls = [("create", {"path": self.file, "file_text": "bad = 1\n"})]
+        if "create" not in takes:  # a tool without hooks: the model itself asks for the verdict
+            where = "filePath" if "filePath" in takes.get("write", {}) else "path"
+            grade = [name for name in takes if name.endswith("_grade")] or ["trevix_grade"]
+            calls = [("write", {where: self.file, "content": "bad = 1\n"}),
+                     (grade[0], {"path": self.file})]
+        if 0 < turn <= len(calls):
+            name, arguments = calls[turn - 1]
             delta = {"role": "assistant", "content": None, "tool_calls": [
-                {"index": 0, "id": "c1", "type": "function",
-                 "function": {"name": "create", "arguments": json.dumps(arguments)}}]}
+                {"index": 0, "id": "c%d" % turn, "type": "function",
+                 "function": {"name": name, "arguments": json.dumps(arguments)}}]}
             reason = "tool_calls"
         chunk = {"id": "x", "object": "chat.completion.chunk", "created": 1, "model": "m"}
         return [dict(chunk, choices=[{"index": 0, "delta": delta, "finish_reason": None}]),
@@ -115,7 +151,15 @@ def handler(mock):
                 mock.sent.append([part.get("logical_name")
                                   for part in asked.get("artifact_parts", [])])
                 return self.as_json({"job_id": "j"}, 202)
-            mock.told.append(body)
+            if "count_tokens" in self.path:
+                return self.as_json({"input_tokens": 1})
+            if "/messages" in self.path:
+                if asked.get("tools"):
+                    mock.told.append(body)
+                message, events = mock.messages(asked)
+                return self.as_stream(events) if events else self.as_json(message)
+            if asked.get("tools") or "chat/completions" not in self.path:
+                mock.told.append(body)
             if "responses" in self.path:
                 return self.as_stream(mock.responses(asked))
             if "treamGenerate" in self.path:

@@ -24,7 +24,7 @@ with open(str(ROOT / "resources" / "tools.json"), encoding="utf-8") as table:
 PROGRAMS = {agent["wiring"]["key"]: agent["npm"]["program"]
             for agent in TABLE["agents"] + TABLE["others"] if agent["npm"]}
 PROGRAMS.update(node24="node", inspector="mcp-inspector", sarif="sarif-multitool")
-LIMIT = 120
+LIMIT = 300  # seconds for one program; a guard against one that hangs
 OFFLINE = ["unshare", "-rn"] if subprocess.run(
     ["unshare", "-rn", "true"], stderr=subprocess.DEVNULL).returncode == 0 else []
 
@@ -200,8 +200,8 @@ class EndToEndTest(ToolTest):
         os.chmod(self.put(".brask/key", b"the-key\n"), 0o600)
         os.chmod(self.put(".brask/settings", b"base: http://127.0.0.1:7801\n"), 0o600)
 
-    def work(self, *command, **env):
-        """What came of a task; the tool runs in the project."""
+    def work(self, *command, said=FLAW, **env):
+        """What came of a task; the tool runs in the project. The model hears `said` in the end."""
         self.env.update(env)
         file = os.path.join(self.project, "a.py")
         done = subprocess.run(OFFLINE + ["python3", str(HERE / "mock_model.py"), file] + list(command),
@@ -213,8 +213,15 @@ class EndToEndTest(ToolTest):
         self.assertTrue(os.path.isfile(file), done.stderr)
         self.assertEqual([["a.py"]], found["sent"], done.stderr)
         told = [json.loads(body) for body in found["told"]]
-        self.assertIn(self.FLAW, json.dumps(told[-1], ensure_ascii=False))
-        self.assertNotIn(self.FLAW, json.dumps(told[0], ensure_ascii=False))
+        self.assertIn(said, json.dumps(told[-1], ensure_ascii=False))
+        self.assertNotIn(said, json.dumps(told[0], ensure_ascii=False))
+
+    @needs("claude")
+    def test_claude(self):
+        self.kit("claude", "--global")
+        self.work(str(program("claude")), "-p", "write a.py", "--permission-mode", "acceptEdits",
+                  ANTHROPIC_BASE_URL="http://127.0.0.1:7801", ANTHROPIC_API_KEY="x",
+                  CLAUDE_CODE_DISABLE_NONESSENTIAL_TRAFFIC="1")
 
     @needs("codex")
     def test_codex(self):
@@ -231,6 +238,28 @@ class EndToEndTest(ToolTest):
         self.work(str(program("copilot")), "-p", "write a.py", "--allow-all-tools",
                   COPILOT_PROVIDER_BASE_URL="http://127.0.0.1:7801/v1", COPILOT_MODEL="gpt-4.1",
                   COPILOT_PROVIDER_API_KEY="x")
+
+    @needs("node24", "openclaw")
+    def test_openclaw(self):
+        self.put(".openclaw/openclaw.json", json.dumps({
+            "gateway": {"mode": "local"}, "tools": {"toolSearch": False},
+            "models": {"providers": {"mock": {
+                "baseUrl": "http://127.0.0.1:7801/v1", "apiKey": "x", "api": "openai-completions",
+                "models": [{"id": "m", "name": "m", "contextWindow": 100000}]}}}}).encode())
+        self.kit("openclaw", "--global")
+        self.work(str(program("openclaw")), "agent", "exec", "write a.py", "--cwd", self.project,
+                  "--model", "mock/m", said="Line 1 is MOCKED.")
+
+    @needs("opencode")
+    def test_opencode(self):
+        self.put(".config/opencode/opencode.json", json.dumps({
+            "model": "mock/m", "autoupdate": False,
+            "provider": {"mock": {
+                "npm": "@ai-sdk/openai-compatible", "models": {"m": {"name": "m"}},
+                "options": {"baseURL": "http://127.0.0.1:7801/v1", "apiKey": "x"}}}}).encode())
+        self.kit("opencode", "--global")
+        self.work(str(program("opencode")), "run", "write a.py", said="Line 1 is MOCKED.",
+                  OPENCODE_DISABLE_MODELS_FETCH="1", OPENCODE_DISABLE_AUTOUPDATE="1")
 
     @needs("node24", "gemini")
     def test_gemini(self):

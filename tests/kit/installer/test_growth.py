@@ -30,25 +30,24 @@ SHAPES = {
 
 class GrowthTest(HomeTest):
     def seconds(self, tool, data):
-        """The lesser of two: the processor's time to wire and unwire the file."""
-        best = None
-        for _ in range(2):
-            self.put(FILES[tool], data)
-            start = time.process_time()
-            self.assertEqual(0, self.wire(tool).code)
-            self.assertEqual(0, self.unwire().code)
-            took = time.process_time() - start
-            best = took if best is None else min(best, took)
-            with open(self.at(FILES[tool]), "rb") as file:
-                self.assertEqual(data, file.read())
-        return best
+        """The processor's time to wire and unwire the file."""
+        self.put(FILES[tool], data)
+        start = time.process_time()
+        self.assertEqual(0, self.wire(tool).code)
+        self.assertEqual(0, self.unwire().code)
+        took = time.process_time() - start
+        with open(self.at(FILES[tool]), "rb") as file:
+            self.assertEqual(data, file.read())
+        return took
 
     def test_no_faster_than_the_file(self):
         for name, shape in SHAPES.items():
             with self.subTest(shape=name):
                 tool = name.split(",")[0]
-                small = self.seconds(tool, shape(LINES))
+                small = min(self.seconds(tool, shape(LINES)) for _ in range(2))
                 large = self.seconds(tool, shape(LINES * TIMES))
+                if large / small >= MOST:  # something else may have been in the way
+                    large = self.seconds(tool, shape(LINES * TIMES))
                 if os.environ.get("KELVANE_SHOW"):
                     print("%s: %.2f s, %.2f s, %.1f times" % (name, small, large, large / small))
                 self.assertLess(large / small, MOST)

@@ -70,15 +70,19 @@ class HomeTest(unittest.TestCase):
         return {str(p.relative_to(folder)): p.lstat().st_mode & 0o777 for p in folder.rglob("*")}
 
 
-def processor_seconds(action):
-    """The lesser of two runs of `action`: what it costs, whatever else the machine does."""
-    best = None
-    for _ in range(2):
-        start = time.process_time()
-        action()
-        spent = time.process_time() - start
-        best = spent if best is None else min(best, spent)
-    return best
+def grown(small, large, least, most):
+    """How many times the processor seconds of `small` the action `large` takes; what takes less than
+    `least` seconds counts as that. Only when it is not below `most` is it measured again, and the
+    lesser told: other work on the machine makes an action slower, never faster."""
+    base = max(least, min(_processor_seconds(small) for _ in range(2)))
+    ratio = max(least, _processor_seconds(large)) / base
+    return ratio if ratio < most else min(ratio, max(least, _processor_seconds(large)) / base)
+
+
+def _processor_seconds(action):
+    start = time.process_time()
+    action()
+    return time.process_time() - start
 
 
 class LocalService:

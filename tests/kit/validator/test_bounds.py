@@ -117,14 +117,13 @@ class MarkupTest(BoundsTest):
               "<svg>", "<svg></p>", "<ul>", "<td> ", "<b hidden>", "<script>", "</script", "<p a=1 ",
               "<a href=x>", "x</a>", "<h1>", "<pre>", "<br/>", "<a/", "<a\"'", "<textarea><!--")
 
-    def seconds(self, text):
-        return surroundings.processor_seconds(lambda: self.read("a.html", text.encode()))
-
     def test_time_grows_with_the_page(self):
         for unit in self.SHAPES:
-            small, large = (unit * (size // len(unit)) for size in (12000, 96000))
+            small, large = ((unit * (size // len(unit))).encode() for size in (12000, 96000))
             # Eight times the page; quadratic would be sixty-four times the time.
-            self.assertLess(self.seconds(large) / max(self.seconds(small), 0.005), 24, unit)
+            self.assertLess(surroundings.grown(lambda: self.read("a.html", small),
+                                               lambda: self.read("a.html", large), 0.005, 24),
+                            24, unit)
 
     def test_a_page_is_read_as_far_as_is_said(self):
         with mock.patch.object(markup, "MOST_MARKUP", 10000):
@@ -145,10 +144,9 @@ class MarkupTest(BoundsTest):
 
 class OtherTest(BoundsTest):
     def test_many_bytes_of_rich_text_are_gathered_in_time(self):
-        def seconds(count):
-            data = b"{\\rtf1 " + b"\\'e9" * count + b"}"
-            return surroundings.processor_seconds(lambda: self.read("a.rtf", data))
-        self.assertLess(seconds(400000) / max(seconds(50000), 0.005), 24)
+        small, large = (b"{\\rtf1 " + b"\\'e9" * count + b"}" for count in (50000, 400000))
+        self.assertLess(surroundings.grown(lambda: self.read("a.rtf", small),
+                                           lambda: self.read("a.rtf", large), 0.005, 24), 24)
 
     def test_rich_text_and_notebooks_have_a_size(self):
         _, notes = self.read("a.rtf", b"{\\rtf1 a}" + b" " * rtf.MOST_BYTES)

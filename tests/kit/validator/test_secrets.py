@@ -227,9 +227,6 @@ class Growth(unittest.TestCase):
 
     MOST = 7.0
 
-    def seconds(self, text):
-        return surroundings.processor_seconds(lambda: screened(text))
-
     def test_time_grows_with_the_text(self):
         drawer = secret_samples.Drawer(random.Random(9))
         token = "ghp_" + drawer.an(36)
@@ -247,7 +244,8 @@ class Growth(unittest.TestCase):
             small = (unit * (1 + 200000 // len(unit)))[:200000]
             large = (unit * (1 + 800000 // len(unit)))[:800000]
             least = 0.02  # seconds; below it the clock's own grain decides
-            ratio = max(self.seconds(large), least) / max(self.seconds(small), least)
+            ratio = surroundings.grown(lambda: screened(small), lambda: screened(large), least,
+                                       self.MOST)
             self.assertLess(ratio, self.MOST, name)
 
 

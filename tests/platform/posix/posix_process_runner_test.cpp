@@ -1,5 +1,6 @@
 // What the real process runner does beyond the contract: descriptors, signals, bulk, concurrency.
 
+#include "platform/ports/quit_signal.h"
 #include "platform/posix/posix_platform.h"
 #include "tests/platform/temporary_folder.h"
 
@@ -12,6 +13,7 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <filesystem>
+#include <fstream>
 #include <memory>
 #include <optional>
 #include <string>
@@ -359,6 +361,38 @@ TEST_F(PosixProcessRunnerTest, WhatEndsInItsTimeIsAsWithoutOne) {
                                      .output = ProcessOutput::Capture,
                                      .timeLimit = std::chrono::hours(1)});
     EXPECT_EQ(result, (ProcessResult{.status = 4, .output = "out\n"}));
+}
+
+TEST_F(PosixProcessRunnerTest, AQuitEndsWhatIsToEndThenAndNothingElse) {
+    // On the heap: GCC 12 takes what a stack holds for uninitialized here.
+    const auto quit = std::make_unique<QuitSignal>();
+    const auto quitting = makePosixProcessRunner(quit.get());
+    const fs::path started = folder / "started";
+    const fs::path gate = folder / "gate";
+    ASSERT_EQ(mkfifo(gate.c_str(), 0600), 0);
+    const ProcessRequest question{
+        .program = "/bin/sh",
+        .arguments = {"-c", "echo x > " + started.string() + "; exec sleep 1000"},
+        .output = ProcessOutput::Capture,
+        .endsAtQuit = true};
+    const auto other =
+        quitting->start({.program = "/bin/sh",
+                         .arguments = {"-c", "read line < " + gate.string() + " && exit 4"},
+                         .output = ProcessOutput::Capture});
+    ASSERT_NE(other, nullptr);
+    std::optional<ProcessResult> ended;
+    std::thread asks([&] { ended = quitting->run(question); });
+    for (int i = 0; i < 1000 && contentsOf(started).empty(); ++i) usleep(10'000);
+    quit->raise();
+    asks.join();
+    const auto late = quitting->run(question);
+    // The other one is still there, and is waited for.
+    std::ofstream(gate) << "go\n";
+    EXPECT_EQ(other->finish(), (ProcessResult{.status = 4, .output = ""}));
+    ASSERT_TRUE(ended && late);
+    EXPECT_TRUE(ended->timedOut);
+    EXPECT_EQ(ended->status, 128 + SIGTERM);
+    EXPECT_TRUE(late->timedOut) << "after the quit it ends as soon as it is there";
 }
 
 class PosixKeptProgramsTest : public testing::Test {
