@@ -396,6 +396,7 @@ void CompanionModel::publishVerdict(Ticket ticket, GradedWork about, history::Ve
                 m_undo.reset();
                 verdict = std::move(result);
                 grading = false;
+                onVerdict();
             });
     });
 }

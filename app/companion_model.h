@@ -134,6 +134,8 @@ public:
     std::function<void()> onSettings = nullptr; ///< Null: there is no window of settings.
     std::function<void()> onQuit = [] {};
     std::function<void()> onHistory = [] {};
+    /// Called once a grade or an iterate has brought the verdict that `verdict` has now.
+    std::function<void()> onVerdict = [] {};
     /// Called once `preview` has work that nobody has seen yet.
     std::function<void()> onPreview = [] {};
     std::function<void(const std::string& runId)> onOpenReport = [](const std::string&) {};

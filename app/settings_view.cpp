@@ -39,6 +39,7 @@ SettingsView settingsView(const CompanionModel& model, const SettingsStore& stor
     view.paused = model.pauseLeft().has_value();
     view.pause = view.paused ? "Resume" : "Pause for an hour";
     view.shortcut = settings.shortcut;
+    view.notifications = settings.notifications;
     for (const auto& agent : *model.agents) {
         if (!agent.wired) continue;
         view.agents.push_back(shownWithin(agent.name) +

@@ -31,6 +31,7 @@ struct SettingsView {
     std::string pause; ///< What the button says.
     bool paused = false;
     std::string shortcut;
+    bool notifications = true;
     std::vector<std::string> agents;   ///< A line for each coding tool.
     std::vector<std::string> problems; ///< Sentences.
 

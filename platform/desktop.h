@@ -22,6 +22,7 @@
 #include "platform/ports/kept_programs.h"
 #include "platform/ports/keyboard.h"
 #include "platform/ports/login_item.h"
+#include "platform/ports/notifications.h"
 #include "platform/ports/own_focus.h"
 #include "platform/ports/panel_place.h"
 #include "platform/ports/pasteboard.h"
@@ -66,6 +67,7 @@ struct DesktopPorts {
     std::unique_ptr<Compositing> compositing;
     std::unique_ptr<Dialogs> dialogs;
     std::unique_ptr<UrlOpener> urls;
+    std::unique_ptr<Notifications> notifications;
     std::unique_ptr<HttpSession> http;
     std::unique_ptr<Dispatcher> dispatcher;
 };
@@ -74,8 +76,8 @@ struct DesktopPorts {
 /// this is its thread.
 [[nodiscard]] DesktopPorts makeDesktopPorts();
 
-/// What the systems differ in: the ports from `ownFocus` to `urls`, and `loginItem`. Called by
-/// `makeDesktopPorts` once those before them are there.
+/// What the systems differ in: the ports from `ownFocus` to `notifications`, and `loginItem`.
+/// Called by `makeDesktopPorts` once those before them are there.
 void addSystemPorts(DesktopPorts& ports);
 
 /// Makes this an accessory application: on macOS it has no Dock icon and no menus; elsewhere a

@@ -23,6 +23,7 @@ void addSystemPorts(DesktopPorts& ports) {
     ports.compositing = std::make_unique<AlwaysCompositing>();
     ports.dialogs = makeNsDialogs();
     ports.urls = makeNsUrlOpener();
+    ports.notifications = std::make_unique<NoNotifications>();
 }
 
 void makeAccessoryApplication() {

@@ -135,7 +135,17 @@ AppDelegate::Actions shellActions(ShellParts parts) {
     actions.showHistory = parts.showHistory;
     actions.openSettings = parts.openSettings;
     actions.applySettings = parts.applySettings;
+    actions.tell = [parts](Notification notice, bool panelIsShown, Notifier::Chosen chosen) {
+        parts.notifier.tell(std::move(notice), panelIsShown, std::move(chosen));
+    };
+    actions.tellWaiting = [parts](bool panelIsShown) { parts.notifier.look(panelIsShown); };
+    actions.newTurn = [parts]() -> std::optional<Notice> {
+        const auto turn = parts.turns.look();
+        if (!turn) return std::nullopt;
+        return turnNotice(*turn, EvalBridge::base(parts.environment));
+    };
     actions.panelShown = [parts] {
+        parts.notifier.withdraw();
         parts.ports.dispatcher->background(
             [place = parts.ports.panelPlace.get()] { place->settle(); });
     };

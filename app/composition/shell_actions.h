@@ -32,6 +32,8 @@ struct ShellParts {
     SettingsStore& settings;
     std::function<void(CompanionModel&)> openSettings;
     std::function<void()> applySettings;
+    Notifier& notifier;
+    history::TurnWatch& turns;
 };
 
 /// Where this user's copy of the program stands, or would.

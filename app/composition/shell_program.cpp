@@ -51,6 +51,10 @@ ShellProgram::ShellProgram(const Launch& launch, std::unique_ptr<SingleInstance>
                   .settings = m_settings,
                   .dispatcher = *m_ports.dispatcher},
                  [this] { static_cast<void>(m_delegate.gradeNow(GradeWish::AsCatalog)); }),
+      m_notifier({.notifications = *m_ports.notifications,
+                  .settings = m_settings,
+                  .clock = *m_ports.clock}),
+      m_turns(*m_ports.files, m_installation.braskHome),
       m_windows(
           m_ports, [this] { bringForward(); },
           [this] {
@@ -75,7 +79,9 @@ ShellProgram::ShellProgram(const Launch& launch, std::unique_ptr<SingleInstance>
                         .showHistory = [this] { m_historyWindow.show(); },
                         .settings = m_settings,
                         .openSettings = [this](CompanionModel& model) { openSettings(model); },
-                        .applySettings = [this] { m_shortcut.look(); }}),
+                        .applySettings = [this] { m_shortcut.look(); },
+                        .notifier = m_notifier,
+                        .turns = m_turns}),
           {.args = args(), .renderPath = launch.renderPath, .refreshesCatalog = !kNoRefresh()}),
       m_backgroundEnd(*m_ports.quit, m_ports.dispatcher),
       m_quitOnSignal([this] { m_application->terminate(); }),

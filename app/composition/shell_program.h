@@ -25,6 +25,7 @@
 #include "app/shell/qt/qt_status_item.h"
 #include "app/shell/qt/single_instance.h"
 #include "app/shell/shortcut_keeper.h"
+#include "app/verdict_notice.h"
 #include "eval/chosen_environment.h"
 #include "harness/installation.h"
 #include "platform/desktop.h"
@@ -67,6 +68,8 @@ private:
     // What starting, or showing the panel, has used is not kept for the hours until the next time.
     IdleTimer m_idle;
     ShortcutKeeper m_shortcut;
+    Notifier m_notifier;
+    history::TurnWatch m_turns;
     QtWindows m_windows;
     QtTrayImages m_trayImages;
     std::unique_ptr<PanelRenderer> m_renderer;

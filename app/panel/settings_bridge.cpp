@@ -45,6 +45,7 @@ SettingsRecord recordOf(const SettingsView& view) {
     record.front = text(view.front.label);
     record.pause = text(view.pause);
     record.shortcut = text(view.shortcut);
+    record.notifications = view.notifications;
     record.agents = texts(view.agents);
     record.problems = texts(view.problems);
     return record;
@@ -151,6 +152,10 @@ void SettingsBridge::setShortcut(const QString& said) {
         written = shortcutText(*shortcut);
     }
     change([&](Settings& settings) { settings.shortcut = written; });
+}
+
+void SettingsBridge::setNotifications(bool on) {
+    change([&](Settings& settings) { settings.notifications = on; });
 }
 
 void SettingsBridge::wire() {

@@ -34,6 +34,7 @@ struct SettingsRecord {
     Q_PROPERTY(QString front MEMBER front CONSTANT)
     Q_PROPERTY(QString pause MEMBER pause CONSTANT)
     Q_PROPERTY(QString shortcut MEMBER shortcut CONSTANT)
+    Q_PROPERTY(bool notifications MEMBER notifications CONSTANT)
     Q_PROPERTY(QStringList agents MEMBER agents CONSTANT)
     Q_PROPERTY(QStringList problems MEMBER problems CONSTANT)
 
@@ -47,6 +48,7 @@ public:
     QString front; ///< Empty: there is nothing to exclude.
     QString pause;
     QString shortcut;
+    bool notifications = true;
     QStringList agents;
     QStringList problems;
 };
@@ -85,6 +87,7 @@ public:
     Q_INVOKABLE void include(int index);
     Q_INVOKABLE void pauseOrResume();
     Q_INVOKABLE void setShortcut(const QString& text);
+    Q_INVOKABLE void setNotifications(bool on);
     Q_INVOKABLE void wire();
 
 signals:

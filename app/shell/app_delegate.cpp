@@ -95,6 +95,8 @@ void AppDelegate::applicationDidFinishLaunching() {
 
 void AppDelegate::tick() {
     m_actions.applySettings();
+    if (const auto turn = m_actions.newTurn()) tell(*turn);
+    m_actions.tellWaiting(m_popover->isShown());
     if (m_menuPauses != m_model->pauseLeft().has_value()) setItemMenu();
 }
 
@@ -130,6 +132,7 @@ void AppDelegate::wireHooks() {
     if (m_actions.openSettings) {
         m_model->onSettings = whileAlive([this] { openSettings(); });
     }
+    m_model->onVerdict = whileAlive([this] { verdictCame(); });
     m_model->onPreview = whileAlive([this] { openPopover(); });
     m_model->onQuit = whileAlive([this] { m_ports.application.terminate(); });
     m_model->onCapture = whileAlive([this](bool under) {
@@ -151,7 +154,8 @@ void AppDelegate::makeStatusItem() {
     m_statusItem = m_ports.windows.statusItem();
     // Without a tray the panel is opened by a second start.
     if (m_statusItem == nullptr) return;
-    if (auto image = trayIcon()) m_statusItem->setImage(std::move(image));
+    m_plainImage = trayIcon();
+    if (m_plainImage) m_statusItem->setImage(m_plainImage);
     m_statusItem->setToolTip(kToolTip);
     m_statusItem->setAction(whileAlive([this] { togglePopover(); }));
     setItemMenu();
@@ -176,6 +180,38 @@ void AppDelegate::setItemMenu() {
     m_statusItem->setMenu(std::move(entries));
 }
 
+void AppDelegate::verdictCame() {
+    // Hooked up before there is a popover.
+    if (m_popover == nullptr) return;
+    m_isVerdictSeen = m_popover->isShown();
+    showBadge();
+    const auto& verdict = *m_model->verdict;
+    if (m_isVerdictSeen || !verdict) return;
+    tell({verdictNotice(*verdict, m_model->gradedWork), verdict->runId});
+}
+
+void AppDelegate::tell(const Notice& notice) {
+    m_actions.tell(notice.notification, m_popover->isShown(),
+                   whileAlive([this, runId = notice.runId](const std::string& action) {
+                       noticeChosen(action, runId);
+                   }));
+}
+
+void AppDelegate::noticeChosen(const std::string& action, const std::optional<std::string>& runId) {
+    if (action != kNoticeReport) return openPopover();
+    if (runId) m_model->onOpenReport(*runId);
+}
+
+void AppDelegate::showBadge() {
+    const auto badge = badgeOf(*m_model->verdict, m_isVerdictSeen);
+    if (m_statusItem == nullptr || badge == m_badge) return;
+    m_badge = badge;
+    // The plain one is at hand: drawing it would hold up the panel that is just opening.
+    if (auto image = badge ? trayIcon() : m_plainImage) m_statusItem->setImage(std::move(image));
+    const std::string news = badgeTip(*m_model->verdict, m_isVerdictSeen);
+    m_statusItem->setToolTip(std::string(kToolTip) + (news.empty() ? "" : "\n" + news));
+}
+
 void AppDelegate::openSettings() {
     if (m_model == nullptr || m_popover == nullptr || !m_actions.openSettings) return;
     // The window would stand behind the panel.
@@ -191,7 +227,7 @@ void AppDelegate::panelWentAway() {
 
 std::shared_ptr<const TrayImage> AppDelegate::trayIcon() {
     const auto file = m_ports.resources.url("brask", "png");
-    return file ? m_ports.trayImages.load(*file, kTrayIconSize) : nullptr;
+    return file ? m_ports.trayImages.load(*file, kTrayIconSize, m_badge) : nullptr;
 }
 
 void AppDelegate::togglePopover() {
@@ -221,6 +257,8 @@ void AppDelegate::showPopover(bool pointerAtItem) {
     m_popover->show({.item = m_statusItem != nullptr ? m_statusItem->bounds() : std::nullopt,
                      .byPointer = pointerAtItem});
     m_popover->makeKey();
+    m_isVerdictSeen = true;
+    showBadge();
     m_actions.panelShown();
 }
 

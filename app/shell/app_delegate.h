@@ -13,6 +13,7 @@
 #include "app/companion_model.h"
 #include "app/instance_place.h"
 #include "app/shell/shell_ports.h"
+#include "app/verdict_notice.h"
 #include "catalog/app_catalog.h"
 
 #include <chrono>
@@ -92,6 +93,12 @@ public:
         /// Opens the window of settings, or brings it forward. Empty: there is none.
         std::function<void(CompanionModel&)> openSettings = nullptr;
         std::function<void()> panelShown; ///< A window of the panel's has just been shown.
+        /// Tells by a message of the desktop's, which may be later or never; see `Notifier`.
+        std::function<void(Notification, bool panelIsShown, Notifier::Chosen)> tell =
+            [](const Notification&, bool, const Notifier::Chosen&) {};
+        std::function<void(bool panelIsShown)> tellWaiting = [](bool) {}; ///< What waits.
+        /// What an agent's turn has brought since it was asked last.
+        std::function<std::optional<Notice>()> newTurn = [] { return std::nullopt; };
         std::string connectUrl;
         /// Hands the address of the report on a run to `open`, at once or soon, on this thread.
         std::function<void(const std::string& runId, std::function<void(const std::string&)> open)>
@@ -128,7 +135,7 @@ public:
     /// once the work is captured.
     [[nodiscard]] GradeBegun gradeNow(GradeWish wish);
 
-    /// The item's picture; null when the bundle has none or it is unreadable.
+    /// The item's picture as it is now; null when the bundle has none or it is unreadable.
     [[nodiscard]] std::shared_ptr<const TrayImage> trayIcon();
 
     /// Null before launch and when a picture was wanted.
@@ -139,6 +146,10 @@ private:
     void wireHooks();
     void makeStatusItem();
     void setItemMenu();
+    void showBadge();
+    void verdictCame();
+    void tell(const Notice& notice);
+    void noticeChosen(const std::string& action, const std::optional<std::string>& runId);
     void tick();
     void settleGradingPlace();
     void closePopover();
@@ -156,6 +167,9 @@ private:
     Actions m_actions;
     LaunchOptions m_options;
     bool m_menuPauses = false; ///< The item's menu offers to end a pause.
+    bool m_isVerdictSeen = true;
+    std::optional<Tint> m_badge;                   ///< As the item shows it.
+    std::shared_ptr<const TrayImage> m_plainImage; ///< Without a badge; null: there is none.
     bool m_isAsking = false;
     bool m_opensAfterCapture = false;
     // What shows the model goes before it does.

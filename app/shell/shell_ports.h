@@ -9,6 +9,8 @@
 
 #pragma once
 
+#include "app/companion_view.h"
+
 #include <chrono>
 #include <cstdint>
 #include <filesystem>
@@ -57,9 +59,10 @@ public:
     virtual ~TrayImages() = default;
 
     /// The picture in the file, brought to `side` points square for every density of screen, in
-    /// its own colours whatever the bar's are. Null when the file is no readable picture.
-    [[nodiscard]] virtual std::shared_ptr<const TrayImage> load(const std::filesystem::path& file,
-                                                                int side) = 0;
+    /// its own colours whatever the bar's are; with a dot of the colour of `badge` in its lower
+    /// right corner where there is one. Null when the file is no readable picture.
+    [[nodiscard]] virtual std::shared_ptr<const TrayImage>
+    load(const std::filesystem::path& file, int side, std::optional<Tint> badge) = 0;
 };
 
 /// The item in the menu bar. It shows up when the bar does, be that later than the item was made,

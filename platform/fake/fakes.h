@@ -19,6 +19,7 @@
 #include "platform/fake/fake_http_session.h"
 #include "platform/fake/fake_kept_programs.h"
 #include "platform/fake/fake_keyboard.h"
+#include "platform/fake/fake_notifications.h"
 #include "platform/fake/fake_own_focus.h"
 #include "platform/fake/fake_pasteboard.h"
 #include "platform/fake/fake_process_runner.h"
@@ -46,6 +47,7 @@ struct FakePlatform {
     FakeHttpSession http{journal};
     FakeKeptPrograms programs{journal};
     FakeKeyboard keyboard{journal};
+    FakeNotifications notifications{journal};
     FakeOwnFocus ownFocus;
     FakePasteboard pasteboard{journal};
     FakeProcessRunner processes{journal};

@@ -37,7 +37,7 @@ struct LinuxDesktop {
     /// Under Wayland it never tells: only presses on the windows of X11 programs would be heard,
     /// half an answer.
     std::unique_ptr<PointerPresses> pointerPresses;
-    std::unique_ptr<GlobalShortcut> shortcut; ///< Under Wayland there is none.
+    std::unique_ptr<GlobalShortcut> shortcut; ///< Of the X server; else none.
     std::unique_ptr<InputHold> hold;          ///< Under Wayland it holds nothing, likewise.
     std::unique_ptr<Compositing> compositing; ///< Without an X session always on.
 };

@@ -36,13 +36,17 @@ public:
     virtual void stop() = 0;
 };
 
+/// What the user reads where there are none.
+inline constexpr const char* kNoGlobalShortcut =
+    "Here no program can have keys of its own: give “kelvane --grade” a shortcut in the desktop's "
+    "settings.";
+
 /// Where there are none.
 class NoGlobalShortcut : public GlobalShortcut {
 public:
     void use(const Shortcut&, std::function<void()>,
              std::function<void(const std::string&)> refused) override {
-        refused("Here no program can have keys of its own: give “kelvane --grade” a "
-                "shortcut in the desktop's settings.");
+        refused(kNoGlobalShortcut);
     }
     void stop() override {}
 };

@@ -208,6 +208,20 @@ FocusScope {
             Column {
                 width: parent.width
                 spacing: 6
+                SectionCaption { theme: root.theme; text: qsTr("NOTIFICATIONS") }
+                CheckRow {
+                    objectName: "notifications"
+                    theme: root.theme
+                    label: qsTr("Verdicts that come while the panel is closed")
+                    checked: root.shown.notifications
+                    width: Math.min(implicitWidth, all.width)
+                    height: implicitHeight
+                    onClicked: root.bridge.setNotifications(!root.shown.notifications)
+                }
+            }
+            Column {
+                width: parent.width
+                spacing: 6
                 SectionCaption { theme: root.theme; text: qsTr("CODING TOOLS") }
                 Repeater {
                     model: root.shown.agents

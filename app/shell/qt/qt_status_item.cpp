@@ -2,16 +2,19 @@
 
 #include "app/shell/qt/qt_application.h"
 
+#include <QColor>
 #include <QCursor>
 #include <QGuiApplication>
 #include <QImage>
 #include <QMenu>
 #include <QPainter>
 #include <QPixmap>
+#include <QRectF>
 #include <QString>
 #include <QSystemTrayIcon>
 #include <QTimer>
 
+#include <algorithm>
 #include <chrono>
 #include <utility>
 
@@ -25,6 +28,52 @@ constexpr double kScales[] = {1.0, 1.25, 1.5, 2.0, 3.0};
 /// From when a tray can be found to when it has said so, on a machine that is busy: both are one
 /// step of its start.
 constexpr std::chrono::milliseconds kUntilAnnounced{250};
+
+/// Of the dot, in parts of the icon's side: nearly eight pixels of sixteen, sixteen of them of the
+/// pure colour. With fewer it is hard to tell from another; with more the mark is.
+constexpr double kDot = 0.48;
+/// Around the dot nothing is drawn, so that it stands apart from the mark whatever the bar's
+/// colour.
+constexpr double kGap = 0.06;
+/// The rim of the dot, in the colour made darker: a yellow one needs it on a white bar.
+constexpr double kRim = 0.05;
+constexpr int kDarker = 165; // per cent
+
+/// Bright enough for a dark bar; on a light one the rim has the contrast.
+QColor dotColour(Tint tint) {
+    switch (tint) {
+    case Tint::green:
+        return {0x2f, 0xc4, 0x55};
+    case Tint::yellow:
+        return {0xff, 0xcc, 0x00};
+    case Tint::orange:
+        return {0xff, 0x8a, 0x1f};
+    case Tint::red:
+        return {0xff, 0x45, 0x3a};
+    default:
+        return {0x8a, 0x8a, 0x90};
+    }
+}
+
+void drawBadge(QPixmap& pixmap, Tint badge) {
+    const double side = pixmap.width();
+    const double dot = side * kDot;
+    const QRectF place(side - dot, side - dot, dot, dot);
+    const double gap = std::max(side * kGap, 1.0);
+    const double rim = std::max(side * kRim, 1.0);
+    QPainter painter(&pixmap);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    painter.setCompositionMode(QPainter::CompositionMode_Clear);
+    painter.setBrush(Qt::black);
+    painter.drawEllipse(place.adjusted(-gap, -gap, gap, gap));
+    painter.setCompositionMode(QPainter::CompositionMode_SourceOver);
+    const QColor colour = dotColour(badge);
+    painter.setBrush(colour.darker(kDarker));
+    painter.drawEllipse(place);
+    painter.setBrush(colour);
+    painter.drawEllipse(place.adjusted(rim, rim, -rim, -rim));
+}
 
 QPixmap drawn(const QImage& image, int side, double scale) {
     QPixmap pixmap(QSize(side, side) * scale);
@@ -99,12 +148,14 @@ private:
 
 } // namespace
 
-std::shared_ptr<const TrayImage> QtTrayImages::load(const std::filesystem::path& file, int side) {
+std::shared_ptr<const TrayImage> QtTrayImages::load(const std::filesystem::path& file, int side,
+                                                    std::optional<Tint> badge) {
     const QImage image(QString::fromStdString(file.string()));
     if (image.isNull()) return nullptr;
     QIcon icon;
     for (const double scale : kScales) {
         QPixmap pixmap = drawn(image, side, scale);
+        if (badge) drawBadge(pixmap, *badge);
         icon.addPixmap(pixmap);
     }
     icon.setIsMask(false);

@@ -10,7 +10,8 @@ namespace kelvane {
 
 class QtTrayImages : public TrayImages {
 public:
-    std::shared_ptr<const TrayImage> load(const std::filesystem::path& file, int side) override;
+    std::shared_ptr<const TrayImage> load(const std::filesystem::path& file, int side,
+                                          std::optional<Tint> badge) override;
 };
 
 /// What `QtTrayImages` makes.

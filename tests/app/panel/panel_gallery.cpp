@@ -1,7 +1,10 @@
 // Draws every state of the panel to PNG files, for people to look at: panel_gallery FOLDER [STATE]
 
 #include "app/panel/history_item.h"
+#include "app/panel/panel_item.h"
 #include "app/panel/panel_picture.h"
+#include "app/panel/settings_bridge.h"
+#include "app/settings/settings_store.h"
 #include "tests/app/panel/panel_states.h"
 
 #include <QColor>
@@ -10,6 +13,7 @@
 #include <QQuickView>
 
 #include <cstdio>
+#include <string>
 
 int main(int argc, char** argv) {
     using namespace kelvane;
@@ -56,6 +60,25 @@ int main(int argc, char** argv) {
                                        dark ? QStringLiteral("dark") : QStringLiteral("light"));
             if (!view->grabWindow().save(folder.filePath(name))) return 1;
         }
+    }
+    for (const bool dark : {false, true}) {
+        if (argc > 2 && std::string("settings") != argv[2]) continue;
+        PanelFixture panel;
+        panel.model.seedDemo();
+        SettingsStore store(panel.fake.files, "/home/u/.brask");
+        SettingsBridge bridge({.model = panel.model,
+                               .store = store,
+                               .place = [] { return std::string("this machine"); },
+                               .askPlace = [] {}});
+        PanelBridge look(panel.model, panel.images);
+        look.setDark(dark);
+        const auto view = makeSettingsView(bridge, look);
+        view->resize(420, 560);
+        view->show();
+        QCoreApplication::processEvents();
+        const auto name =
+            dark ? QStringLiteral("settings-dark.png") : QStringLiteral("settings-light.png");
+        if (!view->grabWindow().save(folder.filePath(name))) return 1;
     }
     return 0;
 }

@@ -85,9 +85,9 @@ TEST_F(SettingsWindowTest, EveryControlIsReachedByTabOnceAndHasAName) {
         EXPECT_GE(place.top(), 0) << focused->objectName().toStdString();
         EXPECT_LE(place.bottom(), view->height()) << focused->objectName().toStdString();
     }
-    // The place, three for the preview, three for what is never captured, the pause, the keys and
-    // the wiring.
-    EXPECT_EQ(all, 10U);
+    // The place, three for the preview, three for what is never captured, the pause, the keys, the
+    // notifications and the wiring.
+    EXPECT_EQ(all, 11U);
 }
 
 TEST_F(SettingsWindowTest, AChoiceIsWrittenAtOnce) {
@@ -99,6 +99,11 @@ TEST_F(SettingsWindowTest, AChoiceIsWrittenAtOnce) {
     EXPECT_FALSE(isChecked("preview0"));
     press("passwordManagers");
     EXPECT_FALSE(store.now().neverPasswordManagers);
+    press("notifications");
+    EXPECT_FALSE(store.now().notifications);
+    press("notifications");
+    EXPECT_TRUE(isChecked("notifications"));
+    EXPECT_THAT(written(), HasSubstr("\"notifications\": true"));
 }
 
 TEST_F(SettingsWindowTest, ExclusionsAreTypedTakenFromTheFrontAndRemoved) {

@@ -29,8 +29,10 @@ public:
     explicit FakeTrayImages(Journal& journal) : m_journal(journal) {}
     bool readable = true;
 
-    std::shared_ptr<const TrayImage> load(const std::filesystem::path& file, int side) override {
-        m_journal.add("load " + file.string() + " " + std::to_string(side));
+    std::shared_ptr<const TrayImage> load(const std::filesystem::path& file, int side,
+                                          std::optional<Tint> badge) override {
+        m_journal.add("load " + file.string() + " " + std::to_string(side) +
+                      (badge ? " dot " + std::to_string(static_cast<int>(*badge)) : ""));
         return readable ? std::make_shared<FakeTrayImage>() : nullptr;
     }
 
@@ -296,6 +298,13 @@ protected:
                                               [this](CompanionModel&) { steps.add("settings"); })
                                         : nullptr,
             .panelShown = [this] { ++timesPanelShown; },
+            .tell =
+                [this](const Notification& notice, bool, Notifier::Chosen chosen) {
+                    steps.add("tell " + notice.title);
+                    choose = std::move(chosen);
+                },
+            .tellWaiting = [this](bool shown) { tickSawPanel = shown; },
+            .newTurn = [this] { return std::exchange(turn, std::nullopt); },
             .connectUrl = "https://service.example/connect?from=macos-app",
             .reportAddress =
                 [this](const std::string& runId, auto open) {
@@ -354,6 +363,9 @@ protected:
     std::function<void()> whileAsked;
     int timesPanelShown = 0;
     std::function<void()> openReport; ///< As a slow service answers.
+    Notifier::Chosen choose;          ///< What was told last.
+    std::optional<bool> tickSawPanel;
+    std::optional<Notice> turn; ///< What an agent's turn has brought.
     std::optional<AppDelegate> delegate;
 };
 
@@ -465,6 +477,94 @@ TEST_F(AppDelegateTest, EveryTickRefreshesOnceAndNothingElse) {
     state.tick();
     state.tick();
     EXPECT_THAT(happened(), ElementsAre("refresh", "keep service", "refresh", "keep service"));
+    EXPECT_EQ(tickSawPanel, false) << "what waits to be told is looked at";
+    state.popoverShown = true;
+    state.tick();
+    EXPECT_EQ(tickSawPanel, true);
+}
+
+// What comes while the panel is closed
+
+Verdict blocked() {
+    Verdict verdict = Verdict::failure("");
+    verdict.error.reset();
+    verdict.band = Band::block;
+    verdict.runId = "run";
+    return verdict;
+}
+
+TEST_F(AppDelegateTest, AVerdictBehindAClosedPanelIsToldAndMarksTheIconUntilItOpens) {
+    start();
+    happened();
+    delegate->model()->verdict = blocked();
+    delegate->model()->onVerdict();
+    const std::string red = std::to_string(static_cast<int>(Tint::red));
+    EXPECT_THAT(happened(),
+                ElementsAre("load /bundle/brask.png 18 dot " + red, "item image",
+                            "item tip Kelvane — grade your work in any app\nNew verdict: BLOCK",
+                            "tell BLOCK"));
+    choose("report");
+    EXPECT_THAT(happened(), ElementsAre("open https://service.example/console?run=run"));
+    choose("show");
+    EXPECT_THAT(happened(),
+                ElementsAre("refresh", "popover show nowhere", "popover key", "item image",
+                            "item tip Kelvane — grade your work in any app"));
+    state.popoverShown = false;
+    choose("default");
+    EXPECT_TRUE(state.popoverShown) << "a click on the message";
+    delegate.reset();
+    happened();
+    choose("show");
+    EXPECT_THAT(happened(), IsEmpty());
+}
+
+TEST_F(AppDelegateTest, AVerdictInAnOpenPanelIsNoNews) {
+    start();
+    state.popoverShown = true;
+    happened();
+    delegate->model()->verdict = blocked();
+    delegate->model()->onVerdict();
+    EXPECT_THAT(happened(), IsEmpty());
+}
+
+TEST_F(AppDelegateTest, AGradeThatEndsBehindAClosedPanelTellsWhatCameOfIt) {
+    platform.workspace.running = {figma()};
+    platform.workspace.front = 42;
+    platform.environment.variables["BRASK_API_KEY"] = "k";
+    captureGives.ok = true;
+    captureGives.parts = {{.mimeType = "text/plain",
+                           .text = "words",
+                           .dataB64 = std::nullopt,
+                           .logicalName = "work.txt"}};
+    start();
+    happened();
+    delegate->model()->grade();
+    platform.dispatcher.runAll();
+    EXPECT_THAT(happened(),
+                ElementsAre("popover lends", "popover takes back", "tell Figma: not graded"))
+        << "no band, no dot";
+}
+
+TEST_F(AppDelegateTest, AnAgentsTurnIsToldAndLeadsToItsReport) {
+    start();
+    happened();
+    turn = Notice{.notification = {.title = "Agent: BLOCK", .body = "", .actions = {}},
+                  .runId = "turn"};
+    state.tick();
+    state.tick();
+    EXPECT_THAT(happened(), ElementsAre("refresh", "keep service", "tell Agent: BLOCK", "refresh",
+                                        "keep service"));
+    choose("report");
+    EXPECT_THAT(happened(), ElementsAre("open https://service.example/console?run=turn"));
+}
+
+TEST_F(AppDelegateTest, WithoutAnItemAVerdictIsToldAllTheSame) {
+    state.hasItem = false;
+    start();
+    happened();
+    delegate->model()->verdict = blocked();
+    delegate->model()->onVerdict();
+    EXPECT_THAT(happened(), ElementsAre("tell BLOCK"));
 }
 
 // Where to grade

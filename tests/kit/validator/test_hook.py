@@ -117,6 +117,54 @@ class AtTheEnd(HookTest):
             {"mime_type": "text/x-code", "logical_name": "src/a.py", "text": "bad\n"}])
         self.assertNotIn(str(self.home), json.dumps(sent))
 
+    def turn(self):
+        """What the end of a turn left for the desktop's message."""
+        path = self.data / "state" / "turn.json"
+        return json.loads(path.read_text()) if path.exists() else None
+
+    def test_the_verdict_on_a_turn_is_left_for_the_desktop(self):
+        with FaultServer(SUBMITTED, verdict("block", FLAW)) as server:
+            self.point_to(server.base)
+            self.edit("src/a.py", "bad\n")
+            before = int(time.time() * 1000)
+            self.stop()
+        left = self.turn()
+        self.assertEqual((left["band"], left["flaws"], left["run_id"], left["score"]),
+                         ("block", 1, "r1", 0.5))
+        self.assertEqual(left["project"], os.path.basename(str(self.work)))
+        self.assertEqual(left["service"], server.base)
+        self.assertGreaterEqual(left["at"], before)
+        self.assertNotIn("a.py", json.dumps(left))
+        self.assertEqual((self.data / "state" / "turn.json").stat().st_mode & 0o777, 0o600)
+
+    def test_of_several_kinds_of_work_the_worst_verdict_counts(self):
+        groups = []
+        for kind, state, band, run in (("code", grading.CLEARS, "ship", "r1"),
+                                       ("text", grading.HELD, "block", "r2"),
+                                       ("document", grading.HELD, "route_to_fix", "r3"),
+                                       ("image", grading.NOT_GRADED, "unknown", "r4")):
+            group = stop.Group(kind)
+            group.outcome = mock.Mock(state=state, flaws=(1, 2))
+            group.outcome.verdict = mock.Mock(band=band, score=0.5, run_id=run)
+            groups.append(group)
+        found = stop._turn(groups, "/w/" + "p" * 200, mock.Mock(base="http://a"))
+        self.assertEqual((found["band"], found["run_id"], found["flaws"]), ("block", "r2", 6))
+        self.assertEqual(found["project"], "p" * stop.LONGEST_PROJECT)
+        self.assertIsNone(stop._turn(groups[3:], "/w", mock.Mock(base="http://a")))
+
+    def test_a_turn_that_clears_is_left_for_the_desktop_too(self):
+        with FaultServer(SUBMITTED, verdict("ship")) as server:
+            self.point_to(server.base)
+            self.edit("a.py", "good\n")
+            self.stop()
+        self.assertEqual((self.turn()["band"], self.turn()["flaws"]), ("ship", 0))
+
+    def test_a_turn_without_a_verdict_leaves_nothing(self):
+        self.point_to("http://127.0.0.1:{}".format(closed_port()))
+        self.edit("a.py", "x = 1\n")
+        self.stop()
+        self.assertIsNone(self.turn())
+
     def test_work_that_clears_is_silence(self):
         with FaultServer(SUBMITTED, verdict("ship")) as server:
             self.point_to(server.base)

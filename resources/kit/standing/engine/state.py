@@ -4,6 +4,7 @@
                            stands behind those that the end of a turn has read
     lock                   held while that list is read and written
     sessions/SESSION.json  what was graded and reported, so that nothing is said twice
+    turn.json              the verdict on the last turn that had one, for the desktop's message
     down                   its time of change is when the service is worth another try
 
 All of it may be deleted at any time. Folders are 0700 and files 0600; a folder that cannot be
@@ -137,15 +138,23 @@ class State:
         kept = {"graded": dict(list(memory["graded"].items())[-1000:]),
                 "reported": memory["reported"][-MOST_MARKS:], "told": memory["told"][-MOST_MARKS:],
                 "tried": memory["tried"][-50:], "open": dict(list(memory["open"].items())[-100:])}
-        data = json.dumps(kept).encode("ascii")
+        self._write(self._session, kept)
+
+    def note_turn(self, verdict):
+        """Leaves the verdict on a turn, an object, where the desktop's program looks for it."""
+        self._write(os.path.join(self._root, "turn.json"),
+                    dict(verdict, at=int(self._now() * 1000)))
+
+    def _write(self, path, found):
+        data = json.dumps(found).encode("ascii")
         try:
             make_folder(self._root)
-            make_folder(os.path.dirname(self._session))
-            aside = "{}.{}".format(self._session, os.getpid())
+            make_folder(os.path.dirname(path))
+            aside = "{}.{}".format(path, os.getpid())
             handle = os.open(aside, os.O_WRONLY | os.O_CREAT | os.O_TRUNC, 0o600)
             with os.fdopen(handle, "wb") as file:
                 file.write(data)
-            os.replace(aside, self._session)
+            os.replace(aside, path)
         except OSError:
             pass
 

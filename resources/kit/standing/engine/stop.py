@@ -12,12 +12,14 @@ import time
 from . import LONGEST_ANSWER, feedback, file_types, grading, parts, report, standing
 from .reachability import DOWN_SECONDS, SLOW_SECONDS
 from .settings import report_page
+from .verdict import BANDS
 
 MOST_FILES = 40
 MOST_SUBMISSIONS = 4
 MOST_TRIES = 3
 PATIENCE = 10.0         # seconds for which the service may stay silent, where somebody waits
 MOST_OPEN = 50          # flaws of a file that are remembered, to tell which were fixed
+LONGEST_PROJECT = 100   # characters of the name of its folder
 LONGEST_FACT = 1000     # characters of one line for the user
 _INTENT = "Validate the files that a coding agent changed before they ship."
 
@@ -59,6 +61,9 @@ def grade_changes(paths, project, settings, state, going_on):
     held = [g for g in groups if g.outcome.state == grading.HELD]
     fresh = [g for g in held if g.digest() not in memory["reported"]]
     memory["reported"] += [g.digest() for g in fresh]
+    turn = _turn(groups, project, settings)
+    if turn:
+        state.note_turn(turn)
     broken = [problem for problem in rules.problems if problem not in memory["told"]][:5]
     memory["told"] += broken
     state.save(memory)
@@ -139,6 +144,20 @@ def _grade(groups, settings, rules, until):
         if group.outcome is None:
             group.outcome = grading.not_graded(
                 group.modality, "grade timed out after {}s".format(int(settings.hook_seconds)))
+
+
+def _turn(groups, project, settings):
+    """The verdict on the whole turn, which is the worst one, without the work or the names of its
+    files; None when there is none."""
+    judged = [g.outcome for g in groups if g.outcome.state in (grading.HELD, grading.CLEARS)
+              and g.outcome.verdict.band in BANDS]
+    if not judged:
+        return None
+    worst = min(judged, key=lambda outcome: BANDS.index(outcome.verdict.band))
+    return {"project": os.path.basename(project.rstrip(os.sep))[:LONGEST_PROJECT],
+            "band": worst.verdict.band, "score": worst.verdict.score,
+            "flaws": sum(len(outcome.flaws) for outcome in judged),
+            "run_id": worst.verdict.run_id, "service": settings.base}
 
 
 def _is_over(group, memory):
