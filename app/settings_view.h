@@ -31,6 +31,8 @@ struct SettingsView {
     std::string pause; ///< What the button says.
     bool paused = false;
     std::string shortcut;
+    int language = 0; ///< Which of `languageChoices`.
+    std::vector<std::string> languageChoices;
     std::vector<std::string> agents;   ///< A line for each coding tool.
     std::vector<std::string> problems; ///< Sentences.
 

@@ -45,6 +45,8 @@ SettingsRecord recordOf(const SettingsView& view) {
     record.front = text(view.front.label);
     record.pause = text(view.pause);
     record.shortcut = text(view.shortcut);
+    record.language = view.language;
+    record.languageChoices = texts(view.languageChoices);
     record.agents = texts(view.agents);
     record.problems = texts(view.problems);
     return record;
@@ -151,6 +153,15 @@ void SettingsBridge::setShortcut(const QString& said) {
         written = shortcutText(*shortcut);
     }
     change([&](Settings& settings) { settings.shortcut = written; });
+}
+
+void SettingsBridge::setLanguage(int choice) {
+    const auto& languages = settingsLanguages();
+    if (choice < 0 || static_cast<std::size_t>(choice) > languages.size()) return;
+    change([&](Settings& settings) {
+        // The first choice is the desktop's.
+        settings.language = choice == 0 ? "" : languages[static_cast<std::size_t>(choice) - 1];
+    });
 }
 
 void SettingsBridge::wire() {

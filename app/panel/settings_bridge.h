@@ -34,6 +34,8 @@ struct SettingsRecord {
     Q_PROPERTY(QString front MEMBER front CONSTANT)
     Q_PROPERTY(QString pause MEMBER pause CONSTANT)
     Q_PROPERTY(QString shortcut MEMBER shortcut CONSTANT)
+    Q_PROPERTY(int language MEMBER language CONSTANT)
+    Q_PROPERTY(QStringList languageChoices MEMBER languageChoices CONSTANT)
     Q_PROPERTY(QStringList agents MEMBER agents CONSTANT)
     Q_PROPERTY(QStringList problems MEMBER problems CONSTANT)
 
@@ -47,6 +49,8 @@ public:
     QString front; ///< Empty: there is nothing to exclude.
     QString pause;
     QString shortcut;
+    int language = 0;
+    QStringList languageChoices;
     QStringList agents;
     QStringList problems;
 };
@@ -85,6 +89,7 @@ public:
     Q_INVOKABLE void include(int index);
     Q_INVOKABLE void pauseOrResume();
     Q_INVOKABLE void setShortcut(const QString& text);
+    Q_INVOKABLE void setLanguage(int choice);
     Q_INVOKABLE void wire();
 
 signals:

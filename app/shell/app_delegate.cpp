@@ -3,6 +3,7 @@
 #include "app/process_settings.h"
 #include "platform/ports/bundle_resources.h"
 #include "platform/ports/url_opener.h"
+#include "text/translation.h"
 
 #include <algorithm>
 #include <ostream>
@@ -12,8 +13,13 @@ namespace kelvane {
 
 namespace {
 
-constexpr std::string_view kToolTip = "Kelvane — grade your work in any app";
+using text::translated;
+
 constexpr std::string_view kDemoTitle = "Kelvane Companion";
+
+std::string toolTip() {
+    return translated("Menu", "Kelvane — grade your work in any app");
+}
 
 } // namespace
 
@@ -152,7 +158,7 @@ void AppDelegate::makeStatusItem() {
     // Without a tray the panel is opened by a second start.
     if (m_statusItem == nullptr) return;
     if (auto image = trayIcon()) m_statusItem->setImage(std::move(image));
-    m_statusItem->setToolTip(kToolTip);
+    m_statusItem->setToolTip(toolTip());
     m_statusItem->setAction(whileAlive([this] { togglePopover(); }));
     setItemMenu();
 }
@@ -161,19 +167,30 @@ void AppDelegate::setItemMenu() {
     if (m_statusItem == nullptr) return;
     m_menuPauses = m_model->pauseLeft().has_value();
     std::vector<StatusItem::MenuEntry> entries{
-        {"Open", whileAlive([this] { openPopover(true); })},
-        {"Where to grade…", whileAlive([this] { askWhereToGrade(); })},
-        {"History…", whileAlive([this] { m_model->onHistory(); })}};
+        {translated("Menu", "Open"), whileAlive([this] { openPopover(true); })},
+        {translated("Menu", "Where to grade…"), whileAlive([this] { askWhereToGrade(); })},
+        {translated("Menu", "History…"), whileAlive([this] { m_model->onHistory(); })}};
     if (m_actions.openSettings) {
-        entries.push_back({"Settings…", whileAlive([this] { openSettings(); })});
-        entries.push_back({m_menuPauses ? "Resume" : "Pause for an hour", whileAlive([this] {
-                               m_menuPauses ? m_model->resume() : m_model->pause(kPause);
-                               // Not now: the entry that was chosen would go.
-                               m_ports.application.later(whileAlive([this] { setItemMenu(); }));
-                           })});
+        entries.push_back(
+            {translated("Menu", "Settings…"), whileAlive([this] { openSettings(); })});
+        entries.push_back(
+            {m_menuPauses ? translated("Menu", "Resume") : translated("Menu", "Pause for an hour"),
+             whileAlive([this] {
+                 m_menuPauses ? m_model->resume() : m_model->pause(kPause);
+                 // Not now: the entry that was chosen would go.
+                 m_ports.application.later(whileAlive([this] { setItemMenu(); }));
+             })});
     }
-    entries.push_back({"Quit", whileAlive([this] { m_ports.application.terminate(); })});
+    entries.push_back(
+        {translated("Menu", "Quit"), whileAlive([this] { m_ports.application.terminate(); })});
     m_statusItem->setMenu(std::move(entries));
+}
+
+void AppDelegate::languageChanged() {
+    if (m_model == nullptr) return;
+    if (m_statusItem != nullptr) m_statusItem->setToolTip(toolTip());
+    setItemMenu();
+    m_model->refresh();
 }
 
 void AppDelegate::openSettings() {

@@ -118,6 +118,9 @@ public:
     /// shapes that have no popover.
     void askWhereToGrade();
 
+    /// The texts are in another language now: says anew what says itself only once.
+    void languageChanged();
+
     /// Opens the window of settings. Nothing in the shapes that have no popover.
     void openSettings();
 

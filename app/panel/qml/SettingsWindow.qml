@@ -208,6 +208,26 @@ FocusScope {
             Column {
                 width: parent.width
                 spacing: 6
+                SectionCaption { theme: root.theme; text: qsTr("LANGUAGE") }
+                Repeater {
+                    model: root.shown.languageChoices
+                    CheckRow {
+                        required property int index
+                        required property string modelData
+                        objectName: "language" + index
+                        theme: root.theme
+                        oneOfSeveral: true
+                        label: modelData
+                        checked: root.shown.language === index
+                        width: Math.min(implicitWidth, all.width)
+                        height: implicitHeight
+                        onClicked: root.bridge.setLanguage(index)
+                    }
+                }
+            }
+            Column {
+                width: parent.width
+                spacing: 6
                 SectionCaption { theme: root.theme; text: qsTr("CODING TOOLS") }
                 Repeater {
                     model: root.shown.agents

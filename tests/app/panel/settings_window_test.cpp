@@ -85,9 +85,9 @@ TEST_F(SettingsWindowTest, EveryControlIsReachedByTabOnceAndHasAName) {
         EXPECT_GE(place.top(), 0) << focused->objectName().toStdString();
         EXPECT_LE(place.bottom(), view->height()) << focused->objectName().toStdString();
     }
-    // The place, three for the preview, three for what is never captured, the pause, the keys and
-    // the wiring.
-    EXPECT_EQ(all, 10U);
+    // The place, three for the preview, three for what is never captured, the pause, the keys, six
+    // for the language and the wiring.
+    EXPECT_EQ(all, 16U);
 }
 
 TEST_F(SettingsWindowTest, AChoiceIsWrittenAtOnce) {
@@ -99,6 +99,18 @@ TEST_F(SettingsWindowTest, AChoiceIsWrittenAtOnce) {
     EXPECT_FALSE(isChecked("preview0"));
     press("passwordManagers");
     EXPECT_FALSE(store.now().neverPasswordManagers);
+}
+
+TEST_F(SettingsWindowTest, TheLanguageIsTheDesktopsUntilOneIsChosen) {
+    EXPECT_TRUE(isChecked("language0"));
+    press("language2");
+    EXPECT_EQ(store.now().language, "de");
+    EXPECT_THAT(written(), HasSubstr(R"("language": "de")"));
+    EXPECT_TRUE(isChecked("language2"));
+    EXPECT_EQ(applied, 1) << "in use at once";
+    press("language0");
+    EXPECT_EQ(store.now().language, "");
+    EXPECT_TRUE(isChecked("language0"));
 }
 
 TEST_F(SettingsWindowTest, ExclusionsAreTypedTakenFromTheFrontAndRemoved) {
