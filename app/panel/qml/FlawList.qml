@@ -58,7 +58,7 @@ Column {
             LinkButton {
                 objectName: "historyLink"
                 theme: root.theme
-                label: "History…"
+                label: qsTr("History…")
                 width: implicitWidth
                 height: implicitHeight
                 onClicked: root.bridge.showHistory()
@@ -66,8 +66,8 @@ Column {
             LinkButton {
                 objectName: "copyFlawsLink"
                 theme: root.theme
-                label: "Copy all"
-                spokenName: "Copy all flaws as text"
+                label: qsTr("Copy all")
+                spokenName: qsTr("Copy all flaws as text")
                 visible: root.list.items.length > 0
                 width: implicitWidth
                 height: implicitHeight
@@ -77,8 +77,8 @@ Column {
                 id: fold
                 objectName: "foldFlawsLink"
                 theme: root.theme
-                label: "Less"
-                spokenName: "Show the first flaws only"
+                label: qsTr("Less")
+                spokenName: qsTr("Show the first flaws only")
                 width: implicitWidth
                 height: implicitHeight
                 onClicked: {
@@ -107,7 +107,7 @@ Column {
             id: undo
             objectName: "undoLink"
             theme: root.theme
-            label: "Undo"
+            label: qsTr("Undo")
             visible: root.bridge.mayUndo
             width: implicitWidth
             height: implicitHeight
@@ -185,7 +185,7 @@ Column {
                     LinkButton {
                         objectName: "goToLink"
                         theme: root.theme
-                        label: "Go to line"
+                        label: qsTr("Go to line")
                         visible: entry.modelData.mayGoTo
                         width: implicitWidth
                         height: implicitHeight
@@ -194,7 +194,7 @@ Column {
                     LinkButton {
                         objectName: "dismissLink"
                         theme: root.theme
-                        label: "Not a flaw"
+                        label: qsTr("Not a flaw")
                         visible: entry.modelData.mayDismiss
                         width: implicitWidth
                         height: implicitHeight
@@ -206,7 +206,7 @@ Column {
                     LinkButton {
                         objectName: "addWordLink"
                         theme: root.theme
-                        label: "Add to dictionary"
+                        label: qsTr("Add to dictionary")
                         visible: entry.modelData.mayAddWord
                         width: implicitWidth
                         height: implicitHeight
@@ -218,8 +218,8 @@ Column {
                     LinkButton {
                         objectName: "copyFlawLink"
                         theme: root.theme
-                        label: "Copy"
-                        spokenName: "Copy the flaw as text"
+                        label: qsTr("Copy")
+                        spokenName: qsTr("Copy the flaw as text")
                         width: implicitWidth
                         height: implicitHeight
                         onClicked: root.bridge.copyFlaw(entry.index)

@@ -17,7 +17,7 @@ FocusScope {
 
     focus: true
     Accessible.role: Accessible.Pane
-    Accessible.name: "History of verdicts"
+    Accessible.name: qsTr("History of verdicts")
 
     Keys.onPressed: event => {
         if (event.key === Qt.Key_F && event.modifiers === Qt.ControlModifier) {
@@ -61,7 +61,7 @@ FocusScope {
             PanelText {
                 theme: root.theme
                 ink: theme.secondary
-                text: "Search verdicts"
+                text: qsTr("Search verdicts")
                 visible: search.text === ""
                 x: 10
                 anchors.verticalCenter: parent.verticalCenter
@@ -85,7 +85,7 @@ FocusScope {
                 onTextChanged: root.bridge.words = text
                 Keys.onDownPressed: list.enter()
                 Accessible.role: Accessible.EditableText
-                Accessible.name: "Search verdicts"
+                Accessible.name: qsTr("Search verdicts")
             }
         }
         ListView {
@@ -139,7 +139,7 @@ FocusScope {
             onModelChanged: currentIndex = placeOfChosen()
             onActiveFocusChanged: if (activeFocus && root.bridge.chosen === "") enter()
             Accessible.role: Accessible.List
-            Accessible.name: "Verdicts"
+            Accessible.name: qsTr("Verdicts")
             Keys.onPressed: event => {
                 switch (event.key) {
                 case Qt.Key_Down: move(1); break
@@ -247,7 +247,7 @@ FocusScope {
             objectName: "eraseAllLink"
             theme: root.theme
             quiet: true
-            label: "Delete all…"
+            label: qsTr("Delete all…")
             usable: list.count > 0
             x: 14
             anchors.bottom: parent.bottom
@@ -281,7 +281,7 @@ FocusScope {
 
                 PanelText {
                     theme: root.theme
-                    text: "Delete all verdicts? This cannot be undone."
+                    text: qsTr("Delete all verdicts? This cannot be undone.")
                     width: parent.width
                 }
                 Row {
@@ -290,7 +290,7 @@ FocusScope {
                         id: keep
                         objectName: "keepButton"
                         theme: root.theme
-                        label: "Keep"
+                        label: qsTr("Keep")
                         width: implicitWidth
                         height: implicitHeight
                         onClicked: sure.visible = false
@@ -298,7 +298,7 @@ FocusScope {
                     PushButton {
                         objectName: "eraseAllButton"
                         theme: root.theme
-                        label: "Delete all"
+                        label: qsTr("Delete all")
                         width: implicitWidth
                         height: implicitHeight
                         onClicked: {
@@ -329,7 +329,7 @@ FocusScope {
         PanelText {
             theme: root.theme
             ink: theme.secondary
-            text: "Choose a verdict to see its flaws."
+            text: qsTr("Choose a verdict to see its flaws.")
             visible: root.bridge.title === "" && root.bridge.empty === ""
             anchors.centerIn: parent
         }
@@ -357,7 +357,7 @@ FocusScope {
                 LinkButton {
                     objectName: "reportLink"
                     theme: root.theme
-                    label: "Full report"
+                    label: qsTr("Full report")
                     visible: root.bridge.hasReport
                     width: implicitWidth
                     height: implicitHeight
@@ -366,7 +366,7 @@ FocusScope {
                 LinkButton {
                     objectName: "compareLink"
                     theme: root.theme
-                    label: "Compare with the version before"
+                    label: qsTr("Compare with the version before")
                     visible: root.bridge.hasVersionBefore && !root.bridge.compares
                     width: implicitWidth
                     height: implicitHeight
@@ -375,7 +375,7 @@ FocusScope {
                 LinkButton {
                     objectName: "compareMarkedLink"
                     theme: root.theme
-                    label: "Compare with the marked one"
+                    label: qsTr("Compare with the marked one")
                     visible: root.bridge.marked !== "" && root.bridge.marked !== root.bridge.chosen
                              && !root.bridge.compares
                     width: implicitWidth
@@ -385,8 +385,8 @@ FocusScope {
                 LinkButton {
                     objectName: "markLink"
                     theme: root.theme
-                    label: root.bridge.marked === root.bridge.chosen ? "Take the mark away"
-                                                                    : "Mark to compare"
+                    label: root.bridge.marked === root.bridge.chosen ? qsTr("Take the mark away")
+                                                                    : qsTr("Mark to compare")
                     visible: !root.bridge.compares
                     width: implicitWidth
                     height: implicitHeight
@@ -395,7 +395,7 @@ FocusScope {
                 LinkButton {
                     objectName: "flawsLink"
                     theme: root.theme
-                    label: "Back to its flaws"
+                    label: qsTr("Back to its flaws")
                     visible: root.bridge.compares
                     width: implicitWidth
                     height: implicitHeight
@@ -404,8 +404,8 @@ FocusScope {
                 LinkButton {
                     objectName: "copyLink"
                     theme: root.theme
-                    label: "Copy"
-                    spokenName: "Copy all of this as text"
+                    label: qsTr("Copy")
+                    spokenName: qsTr("Copy all of this as text")
                     width: implicitWidth
                     height: implicitHeight
                     onClicked: root.bridge.copyDetails()
@@ -414,8 +414,8 @@ FocusScope {
                     objectName: "eraseLink"
                     theme: root.theme
                     quiet: true
-                    label: "Delete"
-                    spokenName: "Delete this verdict"
+                    label: qsTr("Delete")
+                    spokenName: qsTr("Delete this verdict")
                     width: implicitWidth
                     height: implicitHeight
                     onClicked: root.bridge.eraseChosen()
@@ -444,7 +444,7 @@ FocusScope {
             keyNavigationEnabled: false
             model: root.bridge.details
             Accessible.role: Accessible.List
-            Accessible.name: root.bridge.compares ? "Differences" : "Flaws"
+            Accessible.name: root.bridge.compares ? qsTr("Differences") : qsTr("Flaws")
             Keys.onPressed: event => {
                 switch (event.key) {
                 case Qt.Key_Down: scroll(3 * root.theme.body); break
@@ -495,8 +495,8 @@ FocusScope {
                     width: parent.width - 24
                     font.pixelSize: theme.caption
                     font.family: "monospace"
-                    Accessible.name: detail.modelData.sign === "+" ? "Added: " + text
-                                     : detail.modelData.sign === "−" ? "Removed: " + text : text
+                    Accessible.name: detail.modelData.sign === "+" ? qsTr("Added: %1").arg(text)
+                                     : detail.modelData.sign === "−" ? qsTr("Removed: %1").arg(text) : text
                 }
                 FlawLine {
                     id: flawLine

@@ -152,7 +152,7 @@ Column {
             id: opener
             objectName: "flawsButton"
             theme: root.theme
-            label: "Show all flaws"
+            label: qsTr("Show all flaws")
             anchors.fill: parent
             onClicked: {
                 const byKeyboard = activeFocus
