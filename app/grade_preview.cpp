@@ -55,7 +55,8 @@ GradePreview gradePreview(const CaptureResult& capture, const DetectedApp& from,
                 preview.picture = std::make_shared<const std::string>(std::move(*bytes));
             }
         }
-        names += (names.empty() ? "“" : ", “") + part.logicalName + "”";
+        names +=
+            (names.empty() ? "" : ", ") + filled(translated("Preview", "“%1”"), {part.logicalName});
     }
     if (!preview.picture) {
         const std::size_t characters = text::characterCount(text);

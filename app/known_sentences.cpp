@@ -2,13 +2,11 @@
 
 #include "text/translation.h"
 
-#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cstddef>
 #include <optional>
 #include <string_view>
-#include <utility>
 
 namespace kelvane {
 
@@ -113,23 +111,21 @@ constexpr std::array kKnown{
     Known{KELVANE_TRANSLATE_LATER("Sentence", "The system gives no more files.")},
 };
 
-struct Match {
-    std::string hole; ///< Empty where there is none.
-};
+/// A failure in a failure; a service may send anything, and any length of it.
+constexpr int kDeepest = 3;
 
-/// What stands in the one hole that a sentence may have.
-std::optional<Match> match(std::string_view pattern, std::string_view text) {
+/// What stands in the one hole that a sentence may have; empty where it has none.
+std::optional<std::string> match(std::string_view pattern, std::string_view text) {
     const auto at = pattern.find('%');
     if (at == std::string_view::npos) {
-        return pattern == text ? std::optional(Match()) : std::nullopt;
+        return pattern == text ? std::optional(std::string()) : std::nullopt;
     }
     const auto before = pattern.substr(0, at);
     const auto after = pattern.substr(at + 2);
     const bool fits = text.size() > before.size() + after.size() && text.starts_with(before) &&
                       text.ends_with(after);
     if (!fits) return std::nullopt;
-    return Match{
-        std::string(text.substr(before.size(), text.size() - before.size() - after.size()))};
+    return std::string(text.substr(before.size(), text.size() - before.size() - after.size()));
 }
 
 std::optional<std::size_t> number(const std::string& digits) {
@@ -142,24 +138,29 @@ std::optional<std::size_t> number(const std::string& digits) {
 std::optional<std::string> counted(const Known& known, const std::string& english) {
     for (const char* const form : {known.sentence, known.many}) {
         const auto found = match(form, english);
-        const auto count = found ? number(found->hole) : std::nullopt;
+        const auto count = found ? number(*found) : std::nullopt;
         if (count) return text::translated("Sentence", known.sentence, known.many, *count);
     }
     return std::nullopt;
 }
 
-} // namespace
-
-std::string translatedSentence(const std::string& english) {
+std::string translatedAt(const std::string& english, int depth) {
+    if (depth == kDeepest) return english;
     for (const Known& known : kKnown) {
         if (known.many != nullptr) {
             if (auto said = counted(known, english)) return *std::move(said);
         } else if (const auto found = match(known.sentence, english)) {
             const auto said = text::translated("Sentence", known.sentence);
-            return text::filled(said, {translatedSentence(found->hole)});
+            return text::filled(said, {translatedAt(*found, depth + 1)});
         }
     }
     return english;
+}
+
+} // namespace
+
+std::string translatedSentence(const std::string& english) {
+    return translatedAt(english, 0);
 }
 
 std::vector<std::string> knownSentences() {

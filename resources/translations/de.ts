@@ -398,7 +398,7 @@ Holen Sie sich Ihren kostenlosen Schlüssel unter %2 und exportieren Sie dann BR
     </message>
     <message>
         <source>Full report</source>
-        <translation>Vollständiger Bericht</translation>
+        <translation>Gesamtbericht</translation>
     </message>
     <message>
         <source>Compare with the version before</source>
@@ -456,10 +456,6 @@ Holen Sie sich Ihren kostenlosen Schlüssel unter %2 und exportieren Sie dann BR
 <context>
     <name>Menu</name>
     <message>
-        <source>Kelvane — grade your work in any app</source>
-        <translation>Kelvane – bewertet Ihre Arbeit in jeder App</translation>
-    </message>
-    <message>
         <source>Get a free key…</source>
         <translation>Kostenlosen Schlüssel holen …</translation>
     </message>
@@ -490,6 +486,10 @@ Holen Sie sich Ihren kostenlosen Schlüssel unter %2 und exportieren Sie dann BR
     <message>
         <source>Pause for an hour</source>
         <translation>Eine Stunde pausieren</translation>
+    </message>
+    <message>
+        <source>Kelvane — grade your work in any app</source>
+        <translation>Kelvane – bewertet Ihre Arbeit in jeder App</translation>
     </message>
     <message>
         <source>Open</source>
@@ -611,7 +611,7 @@ Holen Sie sich Ihren kostenlosen Schlüssel unter %2 und exportieren Sie dann BR
     </message>
     <message>
         <source>Full report</source>
-        <translation>Vollständiger Bericht</translation>
+        <translation>Gesamtbericht</translation>
     </message>
     <message>
         <source>+%1 more</source>
@@ -711,7 +711,7 @@ Holen Sie sich Ihren kostenlosen Schlüssel unter %2 und exportieren Sie dann BR
     </message>
     <message>
         <source>+%1 more in the full report</source>
-        <translation>+%1 weitere im vollständigen Bericht</translation>
+        <translation>+%1 weitere im Gesamtbericht</translation>
     </message>
 </context>
 <context>
@@ -783,6 +783,10 @@ Holen Sie sich Ihren kostenlosen Schlüssel unter %2 und exportieren Sie dann BR
     <message>
         <source>Nothing of the document but this text is sent.</source>
         <translation>Vom Dokument wird nichts außer diesem Text gesendet.</translation>
+    </message>
+    <message>
+        <source>“%1”</source>
+        <translation>„%1“</translation>
     </message>
 </context>
 <context>
@@ -927,6 +931,10 @@ Holen Sie sich Ihren kostenlosen Schlüssel unter %2 und exportieren Sie dann BR
         <translation>%1: Andere dürfen die Datei lesen oder schreiben; der Schlüssel darin wird nicht verwendet (machen Sie sie zu Ihrer, chmod 600)</translation>
     </message>
     <message>
+        <source>this machine</source>
+        <translation>diesem Rechner</translation>
+    </message>
+    <message>
         <source>%1 To read every program and to photograph a window, turn on its Shell extension, then log in again.</source>
         <translation>%1 Um jedes Programm zu lesen und Fenster aufzunehmen, schalten Sie die Shell-Erweiterung ein und melden Sie sich neu an.</translation>
     </message>
@@ -994,17 +1002,9 @@ Holen Sie sich Ihren kostenlosen Schlüssel unter %2 und exportieren Sie dann BR
         <source>The system gives no more files.</source>
         <translation>Das System gibt keine weiteren Dateien frei.</translation>
     </message>
-    <message>
-        <source>this machine</source>
-        <translation>diesem Rechner</translation>
-    </message>
 </context>
 <context>
     <name>Settings</name>
-    <message>
-        <source>As the desktop</source>
-        <translation>Wie der Desktop</translation>
-    </message>
     <message>
         <source>is “elsewhere”, “always” or “never”</source>
         <translation>muss „elsewhere“, „always“ oder „never“ sein</translation>
@@ -1040,6 +1040,10 @@ Holen Sie sich Ihren kostenlosen Schlüssel unter %2 und exportieren Sie dann BR
     <message>
         <source>is no combination of keys: %1</source>
         <translation>ist keine Tastenkombination: %1</translation>
+    </message>
+    <message>
+        <source>is %1, or empty for the desktop&apos;s</source>
+        <translation>muss %1 sein oder leer für die des Desktops</translation>
     </message>
     <message>
         <source>an identifier is not empty</source>
@@ -1146,8 +1150,8 @@ Holen Sie sich Ihren kostenlosen Schlüssel unter %2 und exportieren Sie dann BR
         <translation>%1 nie erfassen</translation>
     </message>
     <message>
-        <source>is %1, or empty for the desktop&apos;s</source>
-        <translation>muss %1 sein oder leer für die des Desktops</translation>
+        <source>As the desktop</source>
+        <translation>Wie der Desktop</translation>
     </message>
 </context>
 <context>

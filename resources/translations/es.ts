@@ -456,10 +456,6 @@ Obtenga su clave gratuita en %2 y exporte después BRASK_API_KEY.</translation>
 <context>
     <name>Menu</name>
     <message>
-        <source>Kelvane — grade your work in any app</source>
-        <translation>Kelvane: evalúe su trabajo en cualquier aplicación</translation>
-    </message>
-    <message>
         <source>Get a free key…</source>
         <translation>Obtener una clave gratuita…</translation>
     </message>
@@ -490,6 +486,10 @@ Obtenga su clave gratuita en %2 y exporte después BRASK_API_KEY.</translation>
     <message>
         <source>Pause for an hour</source>
         <translation>Pausar durante una hora</translation>
+    </message>
+    <message>
+        <source>Kelvane — grade your work in any app</source>
+        <translation>Kelvane: evalúe su trabajo en cualquier aplicación</translation>
     </message>
     <message>
         <source>Open</source>
@@ -784,6 +784,10 @@ Obtenga su clave gratuita en %2 y exporte después BRASK_API_KEY.</translation>
         <source>Nothing of the document but this text is sent.</source>
         <translation>Del documento no se envía nada más que este texto.</translation>
     </message>
+    <message>
+        <source>“%1”</source>
+        <translation>«%1»</translation>
+    </message>
 </context>
 <context>
     <name>RemovableRow</name>
@@ -927,6 +931,10 @@ Obtenga su clave gratuita en %2 y exporte después BRASK_API_KEY.</translation>
         <translation>%1: otros pueden leerlo o escribirlo; la clave que contiene no se usa (hágalo suyo, chmod 600)</translation>
     </message>
     <message>
+        <source>this machine</source>
+        <translation>este equipo</translation>
+    </message>
+    <message>
         <source>%1 To read every program and to photograph a window, turn on its Shell extension, then log in again.</source>
         <translation>%1 Para leer todos los programas y fotografiar una ventana, active su extensión de Shell y vuelva a iniciar sesión.</translation>
     </message>
@@ -994,17 +1002,9 @@ Obtenga su clave gratuita en %2 y exporte después BRASK_API_KEY.</translation>
         <source>The system gives no more files.</source>
         <translation>El sistema no concede más archivos.</translation>
     </message>
-    <message>
-        <source>this machine</source>
-        <translation>este equipo</translation>
-    </message>
 </context>
 <context>
     <name>Settings</name>
-    <message>
-        <source>As the desktop</source>
-        <translation>Como el escritorio</translation>
-    </message>
     <message>
         <source>is “elsewhere”, “always” or “never”</source>
         <translation>debe ser «elsewhere», «always» o «never»</translation>
@@ -1040,6 +1040,10 @@ Obtenga su clave gratuita en %2 y exporte después BRASK_API_KEY.</translation>
     <message>
         <source>is no combination of keys: %1</source>
         <translation>no es una combinación de teclas: %1</translation>
+    </message>
+    <message>
+        <source>is %1, or empty for the desktop&apos;s</source>
+        <translation>debe ser %1, o vacío para el del escritorio</translation>
     </message>
     <message>
         <source>an identifier is not empty</source>
@@ -1119,7 +1123,7 @@ Obtenga su clave gratuita en %2 y exporte después BRASK_API_KEY.</translation>
     </message>
     <message>
         <source>Work is graded by %1.</source>
-        <translation>Evalúa el trabajo: %1.</translation>
+        <translation>El trabajo se evalúa en %1.</translation>
     </message>
     <message>
         <source>When it leaves this machine</source>
@@ -1146,8 +1150,8 @@ Obtenga su clave gratuita en %2 y exporte después BRASK_API_KEY.</translation>
         <translation>No capturar nunca %1</translation>
     </message>
     <message>
-        <source>is %1, or empty for the desktop&apos;s</source>
-        <translation>debe ser %1, o vacío para el del escritorio</translation>
+        <source>As the desktop</source>
+        <translation>Como el escritorio</translation>
     </message>
 </context>
 <context>

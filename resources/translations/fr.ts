@@ -456,10 +456,6 @@ Obtenez votre clé gratuite sur %2, puis exportez BRASK_API_KEY.</translation>
 <context>
     <name>Menu</name>
     <message>
-        <source>Kelvane — grade your work in any app</source>
-        <translation>Kelvane — évaluez votre travail dans toute application</translation>
-    </message>
-    <message>
         <source>Get a free key…</source>
         <translation>Obtenir une clé gratuite…</translation>
     </message>
@@ -490,6 +486,10 @@ Obtenez votre clé gratuite sur %2, puis exportez BRASK_API_KEY.</translation>
     <message>
         <source>Pause for an hour</source>
         <translation>Suspendre pendant une heure</translation>
+    </message>
+    <message>
+        <source>Kelvane — grade your work in any app</source>
+        <translation>Kelvane — évaluez votre travail dans toute application</translation>
     </message>
     <message>
         <source>Open</source>
@@ -571,7 +571,7 @@ Obtenez votre clé gratuite sur %2, puis exportez BRASK_API_KEY.</translation>
     </message>
     <message>
         <source>NOW</source>
-        <translation>EN COURS</translation>
+        <translation>MAINTENANT</translation>
     </message>
     <message>
         <source>You&apos;re in %1</source>
@@ -784,6 +784,10 @@ Obtenez votre clé gratuite sur %2, puis exportez BRASK_API_KEY.</translation>
         <source>Nothing of the document but this text is sent.</source>
         <translation>Rien d’autre du document que ce texte n’est envoyé.</translation>
     </message>
+    <message>
+        <source>“%1”</source>
+        <translation>«&#xa0;%1&#xa0;»</translation>
+    </message>
 </context>
 <context>
     <name>RemovableRow</name>
@@ -927,6 +931,10 @@ Obtenez votre clé gratuite sur %2, puis exportez BRASK_API_KEY.</translation>
         <translation>%1&#xa0;: d’autres peuvent lire ou modifier ce fichier&#xa0;; la clé qu’il contient n’est pas utilisée (appropriez-vous-le, chmod 600)</translation>
     </message>
     <message>
+        <source>this machine</source>
+        <translation>cette machine</translation>
+    </message>
+    <message>
         <source>%1 To read every program and to photograph a window, turn on its Shell extension, then log in again.</source>
         <translation>%1 Pour lire tous les programmes et photographier une fenêtre, activez l’extension Shell de Kelvane, puis rouvrez la session.</translation>
     </message>
@@ -994,17 +1002,9 @@ Obtenez votre clé gratuite sur %2, puis exportez BRASK_API_KEY.</translation>
         <source>The system gives no more files.</source>
         <translation>Le système n’accorde plus de fichiers.</translation>
     </message>
-    <message>
-        <source>this machine</source>
-        <translation>cette machine</translation>
-    </message>
 </context>
 <context>
     <name>Settings</name>
-    <message>
-        <source>As the desktop</source>
-        <translation>Comme le bureau</translation>
-    </message>
     <message>
         <source>is “elsewhere”, “always” or “never”</source>
         <translation>doit être «&#xa0;elsewhere&#xa0;», «&#xa0;always&#xa0;» ou «&#xa0;never&#xa0;»</translation>
@@ -1040,6 +1040,10 @@ Obtenez votre clé gratuite sur %2, puis exportez BRASK_API_KEY.</translation>
     <message>
         <source>is no combination of keys: %1</source>
         <translation>n’est pas une combinaison de touches&#xa0;: %1</translation>
+    </message>
+    <message>
+        <source>is %1, or empty for the desktop&apos;s</source>
+        <translation>doit être %1, ou vide pour celle du bureau</translation>
     </message>
     <message>
         <source>an identifier is not empty</source>
@@ -1146,8 +1150,8 @@ Obtenez votre clé gratuite sur %2, puis exportez BRASK_API_KEY.</translation>
         <translation>Ne jamais capturer %1</translation>
     </message>
     <message>
-        <source>is %1, or empty for the desktop&apos;s</source>
-        <translation>doit être %1, ou vide pour celle du bureau</translation>
+        <source>As the desktop</source>
+        <translation>Comme le bureau</translation>
     </message>
 </context>
 <context>

@@ -455,10 +455,6 @@ Get your free key at %2, then export BRASK_API_KEY.</source>
 <context>
     <name>Menu</name>
     <message>
-        <source>Kelvane — grade your work in any app</source>
-        <translation>Kelvane — どのアプリの作業も評価します</translation>
-    </message>
-    <message>
         <source>Get a free key…</source>
         <translation>無料のキーを取得…</translation>
     </message>
@@ -489,6 +485,10 @@ Get your free key at %2, then export BRASK_API_KEY.</source>
     <message>
         <source>Pause for an hour</source>
         <translation>1 時間停止</translation>
+    </message>
+    <message>
+        <source>Kelvane — grade your work in any app</source>
+        <translation>Kelvane — どのアプリの作業も評価します</translation>
     </message>
     <message>
         <source>Open</source>
@@ -780,6 +780,10 @@ Get your free key at %2, then export BRASK_API_KEY.</source>
         <source>Nothing of the document but this text is sent.</source>
         <translation>文書からは、このテキスト以外は何も送信されません。</translation>
     </message>
+    <message>
+        <source>“%1”</source>
+        <translation>「%1」</translation>
+    </message>
 </context>
 <context>
     <name>RemovableRow</name>
@@ -922,6 +926,10 @@ Get your free key at %2, then export BRASK_API_KEY.</source>
         <translation>%1: ほかのユーザーが読み書きできるため、中のキーは使用しません（所有者をご自身にして chmod 600 を実行してください）</translation>
     </message>
     <message>
+        <source>this machine</source>
+        <translation>このマシン</translation>
+    </message>
+    <message>
         <source>%1 To read every program and to photograph a window, turn on its Shell extension, then log in again.</source>
         <translation>%1 すべてのプログラムを読み取り、ウィンドウを撮影するには、Kelvane の Shell 拡張機能を有効にして、ログインし直してください。</translation>
     </message>
@@ -989,17 +997,9 @@ Get your free key at %2, then export BRASK_API_KEY.</source>
         <source>The system gives no more files.</source>
         <translation>システムがこれ以上ファイルを開けません。</translation>
     </message>
-    <message>
-        <source>this machine</source>
-        <translation>このマシン</translation>
-    </message>
 </context>
 <context>
     <name>Settings</name>
-    <message>
-        <source>As the desktop</source>
-        <translation>デスクトップに合わせる</translation>
-    </message>
     <message>
         <source>is “elsewhere”, “always” or “never”</source>
         <translation>は「elsewhere」「always」「never」のいずれかです</translation>
@@ -1035,6 +1035,10 @@ Get your free key at %2, then export BRASK_API_KEY.</source>
     <message>
         <source>is no combination of keys: %1</source>
         <translation>はキーの組み合わせではありません: %1</translation>
+    </message>
+    <message>
+        <source>is %1, or empty for the desktop&apos;s</source>
+        <translation>は %1 のいずれか、またはデスクトップに合わせる場合は空です</translation>
     </message>
     <message>
         <source>an identifier is not empty</source>
@@ -1114,7 +1118,7 @@ Get your free key at %2, then export BRASK_API_KEY.</source>
     </message>
     <message>
         <source>Work is graded by %1.</source>
-        <translation>評価する場所: %1。</translation>
+        <translation>%1で評価します。</translation>
     </message>
     <message>
         <source>When it leaves this machine</source>
@@ -1141,8 +1145,8 @@ Get your free key at %2, then export BRASK_API_KEY.</source>
         <translation>%1 から取り込まない</translation>
     </message>
     <message>
-        <source>is %1, or empty for the desktop&apos;s</source>
-        <translation>は %1 のいずれか、またはデスクトップに合わせる場合は空です</translation>
+        <source>As the desktop</source>
+        <translation>デスクトップに合わせる</translation>
     </message>
 </context>
 <context>

@@ -2,6 +2,7 @@
 
 #include "text/translation.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <string>
@@ -33,6 +34,15 @@ TEST_F(KnownSentences, AreTranslatedInsideOneAnother) {
     EXPECT_EQ(translatedSentence("Could not be said: no such run"),
               "[Could not be said: no such run]")
         << "the service's own words";
+}
+
+TEST_F(KnownSentences, AreNoDeeperThanFailuresAre) {
+    std::string said;
+    for (int i = 0; i < 100'000; ++i) said += "Could not be said: ";
+    said += "no";
+    EXPECT_THAT(translatedSentence(said),
+                testing::AllOf(testing::StartsWith("[Could not be said: [Could not be said: ["),
+                               testing::EndsWith("no]]]")));
 }
 
 TEST_F(KnownSentences, OfACountHaveTheFormOfTheirNumber) {
