@@ -44,6 +44,7 @@ Column {
         PanelText {
             theme: root.theme
             text: root.list.title
+            anchors.left: parent.left
             width: parent.width - links.width - 8
             anchors.verticalCenter: parent.verticalCenter
             wrapMode: Text.NoWrap
@@ -170,15 +171,17 @@ Column {
                           + (entry.modelData.place === "" || entry.modelData.evidence === "" ? "" : " · ")
                           + entry.modelData.evidence
                     visible: text !== ""
-                    x: root.severityWidth + 8
-                    width: parent.width - x
+                    anchors.left: parent.left
+                    anchors.leftMargin: root.severityWidth + 8
+                    width: parent.width - root.severityWidth - 8
                     maximumLineCount: entry.isChosen ? 20 : 2
                     font.pixelSize: theme.smallCaption
                 }
                 Flow {
                     visible: entry.isChosen
-                    x: root.severityWidth + 8
-                    width: parent.width - x
+                    anchors.left: parent.left
+                    anchors.leftMargin: root.severityWidth + 8
+                    width: parent.width - root.severityWidth - 8
                     spacing: 12
                     topPadding: 2
 

@@ -15,6 +15,9 @@ FocusScope {
         textSize: root.bridge.textSize
     }
 
+    // As the language's writing runs.
+    LayoutMirroring.enabled: Application.layoutDirection === Qt.RightToLeft
+    LayoutMirroring.childrenInherit: true
     focus: true
     Accessible.role: Accessible.Pane
     Accessible.name: qsTr("History of verdicts")
@@ -42,6 +45,7 @@ FocusScope {
     // ---- the list
     Item {
         id: left
+        anchors.left: parent.left
         width: Math.max(260, Math.min(360, root.width * 0.42))
         anchors.top: parent.top
         anchors.bottom: parent.bottom
@@ -63,13 +67,16 @@ FocusScope {
                 ink: theme.secondary
                 text: qsTr("Search verdicts")
                 visible: search.text === ""
-                x: 10
+                anchors.left: parent.left
+                anchors.leftMargin: 10
                 anchors.verticalCenter: parent.verticalCenter
                 Accessible.ignored: true
             }
             TextInput {
                 id: search
                 objectName: "searchField"
+                horizontalAlignment: Application.layoutDirection === Qt.RightToLeft ? TextInput.AlignLeft
+                                                                                   : undefined
                 x: 10
                 width: parent.width - 20
                 anchors.verticalCenter: parent.verticalCenter
@@ -185,8 +192,9 @@ FocusScope {
                     theme: root.theme
                     ink: entry.modelData.isDay ? theme.secondary : theme.primary
                     text: entry.modelData.text
-                    x: 8
-                    width: parent.width - x - (entry.isVerdict ? pill.width + 16 : 8)
+                    anchors.left: parent.left
+                    anchors.leftMargin: 8
+                    width: parent.width - 8 - (entry.isVerdict ? pill.width + 16 : 8)
                     anchors.bottom: parent.bottom
                     anchors.bottomMargin: entry.modelData.isDay ? 3 : 6
                     wrapMode: Text.NoWrap
@@ -249,7 +257,8 @@ FocusScope {
             quiet: true
             label: qsTr("Delete all…")
             usable: list.count > 0
-            x: 14
+            anchors.left: parent.left
+            anchors.leftMargin: 14
             anchors.bottom: parent.bottom
             anchors.bottomMargin: 12
             width: implicitWidth
@@ -285,6 +294,7 @@ FocusScope {
                     width: parent.width
                 }
                 Row {
+                    anchors.left: parent.left
                     spacing: 8
                     PushButton {
                         id: keep
@@ -478,7 +488,8 @@ FocusScope {
                     ink: theme.ink(detail.modelData.flaw.tint)
                     text: detail.modelData.sign
                     visible: detail.isText
-                    x: 4
+                    anchors.left: parent.left
+                    anchors.leftMargin: 4
                     y: 1
                     width: 12
                     font.pixelSize: theme.caption
@@ -490,7 +501,9 @@ FocusScope {
                     theme: root.theme
                     text: detail.modelData.flaw.text
                     visible: detail.isText
-                    x: 20
+                    horizontalAlignment: undefined
+                    anchors.left: parent.left
+                    anchors.leftMargin: 20
                     y: 1
                     width: parent.width - 24
                     font.pixelSize: theme.caption
