@@ -3,6 +3,7 @@
 #include "app/accessibility_choice.h"
 #include "platform/ports/accessibility_switch.h"
 #include "platform/ports/dialogs.h"
+#include "text/translation.h"
 
 #include <cstddef>
 #include <utility>
@@ -12,6 +13,7 @@ namespace kelvane {
 namespace {
 
 using accessibility_choice::Answer;
+using text::translated;
 
 // Where the buttons stand; what the Return key presses changes nothing.
 constexpr std::size_t kChange = 1;
@@ -19,42 +21,44 @@ constexpr std::size_t kLeave = 0;
 
 Alert onQuestion() {
     return {.style = Alert::Style::Informational,
-            .message = "Read the text of more programs?",
-            .informative =
+            .message = translated("Alert", "Read the text of more programs?"),
+            .informative = translated(
+                "Alert",
                 "This desktop does not show Kelvane what you have selected. Programs tell it "
                 "themselves once accessibility is switched on: Firefox at once, Qt programs when "
                 "they are started the next time.\n\n"
                 "That is a setting of yours, not of Kelvane: it stays on after you log out, every "
                 "program of yours sees it, and any of them may then read the text of the others. "
                 "It costs about 6 MB of memory, and Firefox starts a little more slowly.\n\n"
-                "You can switch it off again in Kelvane's Settings menu.",
-            .buttons = {"Leave Off", "Switch On"}};
+                "You can switch it off again in Kelvane's Settings menu."),
+            .buttons = {translated("Alert", "Leave Off"), translated("Alert", "Switch On")}};
 }
 
 Alert offQuestion() {
     return {.style = Alert::Style::Informational,
-            .message = "Switch accessibility off again?",
-            .informative =
-                "Kelvane will then read selected text from GTK programs only. If you use "
-                "a screen reader or another program that needs the setting, leave it on.",
-            .buttons = {"Leave On", "Switch Off"}};
+            .message = translated("Alert", "Switch accessibility off again?"),
+            .informative = translated(
+                "Alert", "Kelvane will then read selected text from GTK programs only. If you use "
+                         "a screen reader or another program that needs the setting, leave it on."),
+            .buttons = {translated("Alert", "Leave On"), translated("Alert", "Switch Off")}};
 }
 
 Alert failure() {
     return {.style = Alert::Style::Warning,
-            .message = "The setting could not be changed.",
-            .informative = "The desktop's accessibility service did not take it. Nothing else was "
-                           "changed.",
+            .message = translated("Alert", "The setting could not be changed."),
+            .informative = translated(
+                "Alert", "The desktop's accessibility service did not take it. Nothing else was "
+                         "changed."),
             .buttons = {}};
 }
 
 Alert leftOn() {
     return {.style = Alert::Style::Warning,
-            .message = "Accessibility stays switched on.",
-            .informative =
-                "Kelvane switched it on for you, and the desktop's accessibility service "
-                "did not let it be switched off again. You can do so in your desktop's "
-                "settings.",
+            .message = translated("Alert", "Accessibility stays switched on."),
+            .informative = translated(
+                "Alert", "Kelvane switched it on for you, and the desktop's accessibility service "
+                         "did not let it be switched off again. You can do so in your desktop's "
+                         "settings."),
             .buttons = {}};
 }
 
@@ -78,11 +82,12 @@ void AccessibilityQuestion::change() {
     if (*isOn && said == Answer::On) return offerOff();
     if (!*isOn) return offerOn();
     // Somebody else switched it on: it is not ours to switch off.
-    m_ports.dialogs.show({.style = Alert::Style::Informational,
-                          .message = "Accessibility is switched on already.",
-                          .informative = "Firefox tells Kelvane what is selected, and so do Qt "
-                                         "programs that were started since.",
-                          .buttons = {}});
+    m_ports.dialogs.show(
+        {.style = Alert::Style::Informational,
+         .message = translated("Alert", "Accessibility is switched on already."),
+         .informative = translated("Alert", "Firefox tells Kelvane what is selected, and so do Qt "
+                                            "programs that were started since."),
+         .buttons = {}});
 }
 
 void AccessibilityQuestion::giveBack() {

@@ -1,6 +1,8 @@
 #include "app/companion_view.h"
 
+#include "app/known_sentences.h"
 #include "text/shown_text.h"
+#include "text/translation.h"
 #include "text/unicode.h"
 
 #include <algorithm>
@@ -14,9 +16,11 @@ namespace kelvane {
 
 namespace {
 
+using text::filled;
 using text::shownLine;
 using text::shownParagraph;
 using text::shownWithin;
+using text::translated;
 
 // A panel is for a glance: the rest is in the report, and is counted.
 constexpr std::size_t kFlawsShown = 3;
@@ -28,71 +32,77 @@ constexpr std::size_t kCoverageLineLength = 80;
 constexpr std::size_t kAgentsPerRow = 2;
 constexpr const char* kPipelineArrow = "  →  ";
 
-constexpr std::array<std::pair<std::string_view, std::string_view>, 11> kModalityLabels{{
-    {"ui_ux", "design"},
-    {"video_transcript", "transcript"},
-    {"outcome_metric", "metrics"},
-    {"deck", "a deck"},
-    {"code", "code"},
-    {"image", "an image"},
-    {"video", "video"},
-    {"audio", "audio"},
-    {"spreadsheet", "a sheet"},
-    {"document", "a doc"},
-    {"text", "text"},
+constexpr std::array<std::pair<std::string_view, const char*>, 11> kModalityLabels{{
+    {"ui_ux", KELVANE_TRANSLATE_LATER("Modality", "design")},
+    {"video_transcript", KELVANE_TRANSLATE_LATER("Modality", "transcript")},
+    {"outcome_metric", KELVANE_TRANSLATE_LATER("Modality", "metrics")},
+    {"deck", KELVANE_TRANSLATE_LATER("Modality", "a deck")},
+    {"code", KELVANE_TRANSLATE_LATER("Modality", "code")},
+    {"image", KELVANE_TRANSLATE_LATER("Modality", "an image")},
+    {"video", KELVANE_TRANSLATE_LATER("Modality", "video")},
+    {"audio", KELVANE_TRANSLATE_LATER("Modality", "audio")},
+    {"spreadsheet", KELVANE_TRANSLATE_LATER("Modality", "a sheet")},
+    {"document", KELVANE_TRANSLATE_LATER("Modality", "a doc")},
+    {"text", KELVANE_TRANSLATE_LATER("Modality", "text")},
 }};
 
 StatusDot statusDot(bool hasKey, bool keyIsExposed) {
     if (hasKey && keyIsExposed) {
         return {.tint = Tint::green,
-                .toolTip = "Ready to grade\nOthers may read your key: chmod 600 ~/.brask/key"};
+                .toolTip = translated("Panel", "Ready to grade") + "\n" +
+                           translated("Panel", "Others may read your key: chmod 600 ~/.brask/key")};
     }
-    if (hasKey) return {.tint = Tint::green, .toolTip = "Ready to grade"};
-    return {.tint = Tint::orange, .toolTip = "Get a free key to start grading"};
+    if (hasKey) return {.tint = Tint::green, .toolTip = translated("Panel", "Ready to grade")};
+    return {.tint = Tint::orange,
+            .toolTip = translated("Panel", "Get a free key to start grading")};
 }
 
 NowSection nowSection(const DetectedApp& detected, const AppCatalog& catalog,
                       const DesktopLimit& limit) {
     NowSection now;
-    now.caption = "NOW";
-    now.hint = shownParagraph(limit.line);
+    now.caption = translated("Panel", "NOW");
+    now.hint = shownParagraph(translatedSentence(limit.line));
     if (const auto& app = detected.app) {
         now.recognised = true;
         now.bundleId = detected.rawBundleId;
-        now.headline = "You're in " + shownWithin(app->name);
-        now.detail = shownWithin(catalog.category(app->category)) + " · grades as " +
-                     shownWithin(modalityLabel(app->primaryModality));
+        now.headline = filled(translated("Panel", "You're in %1"), {shownWithin(app->name)});
+        now.detail = filled(translated("Panel", "%1 · grades as %2"),
+                            {shownWithin(catalog.category(app->category)),
+                             shownWithin(modalityLabel(app->primaryModality))});
         return now;
     }
     now.symbol = Symbol::magnifyingGlass;
-    now.headline = "Bring a supported app to the front";
+    now.headline = translated("Panel", "Bring a supported app to the front");
     now.detail = detected.rawName.empty()
-                     ? "Kelvane works across 90+ apps"
-                     : shownWithin(detected.rawName) + " isn't in the catalog yet";
+                     ? translated("Panel", "Kelvane works across 90+ apps")
+                     : filled(translated("Panel", "%1 isn't in the catalog yet"),
+                              {shownWithin(detected.rawName)});
     return now;
 }
 
-// One line: a beginning of ours and what comes from outside, cut to fit behind it.
-std::string coverageLine(const std::string& beginning, const std::string& said) {
-    // At least one character is left: the beginnings are short.
-    const std::size_t room = kCoverageLineLength - text::characterCount(beginning);
+// One line: words of ours and in them what comes from outside, cut to fit.
+std::string coverageLine(const std::string& pattern, const std::string& said) {
+    // More than one character is left: the patterns are short.
+    const std::size_t room = kCoverageLineLength + 2 - text::characterCount(pattern);
     const std::string_view fits = text::firstCharacters(said, room);
-    if (fits.size() == said.size()) return beginning + shownWithin(said);
-    return beginning + shownWithin(std::string(text::firstCharacters(said, room - 1)) + "…");
+    if (fits.size() == said.size()) return filled(pattern, {shownWithin(said)});
+    const std::string cut(text::firstCharacters(said, room - 1));
+    return filled(pattern, {shownWithin(cut + "…")});
 }
 
 std::string coverageLine(const CheckedBy& by) {
     std::string said = by.engine;
     if (!by.version.empty()) said += " " + by.version;
     if (!by.knows.empty()) said += ": " + by.knows;
-    return coverageLine("Judged by ", said);
+    return coverageLine(translated("Panel", "Judged by %1"), said);
 }
 
 std::string coverageLine(const NotChecked& gap) {
     std::string why = gap.why;
     if (!why.empty() && !gap.remedy.empty()) why += "; ";
     why += gap.remedy;
-    return coverageLine("Not checked: ", why.empty() ? gap.what : gap.what + " (" + why + ")");
+    return coverageLine(translated("Panel", "Not checked: %1"),
+                        why.empty() ? gap.what : gap.what + " (" + why + ")");
 }
 
 // Whether somebody answered, and nobody there knows this kind of work.
@@ -104,8 +114,10 @@ bool isBeyondTheService(const Verdict& verdict) {
 std::string verdictTip(const Verdict& verdict, const std::optional<GradedWork>& about) {
     const std::string coverage = coverageTip(verdict);
     if (!about) return coverage;
-    std::string line = coverageLine(
-        about->isPicture ? "A picture of a window of " : "What was selected in ", about->app);
+    std::string line =
+        coverageLine(about->isPicture ? translated("Panel", "A picture of a window of %1")
+                                      : translated("Panel", "What was selected in %1"),
+                     about->app);
     return coverage.empty() ? line : line + "\n" + coverage;
 }
 
@@ -118,22 +130,27 @@ VerdictSection::Graded graded(const Verdict& verdict, const std::optional<Graded
     if (verdict.score) {
         if (const auto number = scoreText(*verdict.score)) section.score = "Trevix " + *number;
     }
-    if (verdict.runId) section.report = {.label = "Full report", .runId = *verdict.runId};
+    if (verdict.runId)
+        section.report = {.label = translated("Panel", "Full report"), .runId = *verdict.runId};
     if (verdict.error) {
+        const std::string error = translatedSentence(*verdict.error);
         section.error =
-            shownParagraph(verdict.hint ? *verdict.error + ". " + *verdict.hint : *verdict.error);
+            shownParagraph(verdict.hint ? error + ". " + translatedSentence(*verdict.hint) : error);
     }
     const std::size_t shown = std::min(verdict.flaws.size(), kFlawsShown);
     for (std::size_t i = 0; i < shown; ++i) section.flaws.push_back(flawRow(verdict.flaws[i]));
     if (verdict.flaws.size() > shown) {
-        section.more = "+" + std::to_string(verdict.flaws.size() - shown) + " more";
+        section.more =
+            filled(translated("Panel", "+%1 more"), {std::to_string(verdict.flaws.size() - shown)});
     }
     if (verdict.flaws.empty() && isBeyondTheService(verdict)) {
-        section.summary = "Nobody here can judge this kind of work.";
+        section.summary = translated("Panel", "Nobody here can judge this kind of work.");
     } else if (verdict.flaws.empty()) {
         // The band may hold work back without saying why, if the service keeps its flaws to itself.
-        section.summary = clears(verdict.band) ? "Clears your bar — ready to ship."
-                                               : "Held below your bar. No itemised flaws returned.";
+        section.summary =
+            clears(verdict.band)
+                ? translated("Panel", "Clears your bar — ready to ship.")
+                : translated("Panel", "Held below your bar. No itemised flaws returned.");
     }
     return section;
 }
@@ -142,11 +159,12 @@ VerdictSection::Graded graded(const Verdict& verdict, const std::optional<Graded
 std::string spokenVerdict(const Verdict& verdict, const VerdictSection::Graded& shown) {
     const bool banded = verdict.band != Band::unknown;
     // "Unknown" as a verdict would sound like one.
-    std::string said = banded ? "Verdict: " + shown.pill.label + "." : std::string("No verdict.");
+    std::string said = banded ? filled(translated("Panel", "Verdict: %1."), {shown.pill.label})
+                              : translated("Panel", "No verdict.");
     if (shown.score) said += " " + *shown.score + ".";
     if (shown.error) said += " " + *shown.error;
     const std::size_t flaws = verdict.flaws.size();
-    if (flaws > 0) said += " " + std::to_string(flaws) + (flaws == 1 ? " flaw." : " flaws.");
+    if (flaws > 0) said += " " + translated("Panel", "%n flaw.", "%n flaws.", flaws);
     if (shown.summary) said += " " + *shown.summary;
     return said;
 }
@@ -155,15 +173,15 @@ VerdictSection verdictSection(const CompanionModel& model) {
     VerdictSection section;
     // One of the three at a time, the latest first.
     if (*model.grading) {
-        section.progress = "Grading… the critic may be warming up";
+        section.progress = translated("Panel", "Grading… the critic may be warming up");
     } else if (const auto& verdict = *model.verdict) {
         section.graded = graded(*verdict, model.gradedWork);
         section.spoken = spokenVerdict(*verdict, *section.graded);
     } else if (const auto& note = *model.note) {
-        section.note = shownParagraph(*note);
+        section.note = shownParagraph(translatedSentence(*note));
         section.spoken = *section.note;
         if (const auto& hint = *model.noteHint) {
-            section.hint = shownParagraph(*hint);
+            section.hint = shownParagraph(translatedSentence(*hint));
             section.spoken += " " + section.hint;
         }
     }
@@ -175,35 +193,37 @@ std::string whyNoGrade(const CompanionModel& model) {
     if (const auto& refusal = *model.refusal) return shownParagraph(*refusal);
     const bool nobody = model.detected->rawBundleId.empty() && !model.detected->supported();
     if (!nobody || model.limit->line.empty()) return {};
-    return shownParagraph("Nobody says which window is in front. " + model.limit->line);
+    return shownParagraph(translated("Panel", "Nobody says which window is in front.") + " " +
+                          translatedSentence(model.limit->line));
 }
 
 ActionRow actionRow(const CompanionModel& model) {
     const auto& verdict = *model.verdict;
-    return {.grade = {.label = "Grade this",
+    return {.grade = {.label = translated("Panel", "Grade this"),
                       .symbol = Symbol::seal,
                       .visible = true,
                       .enabled = model.detected->supported() && !*model.grading && *model.hasKey &&
                                  !*model.refusal,
                       .toolTip = whyNoGrade(model)},
-            .iterate = {.label = "Iterate",
+            .iterate = {.label = translated("Panel", "Iterate"),
                         .symbol = Symbol::iterateArrows,
                         .visible = verdict && verdict->runId,
                         .enabled = !*model.grading && !*model.refusal},
-            .getKey = {.label = "Get a free key to start grading →",
+            .getKey = {.label = translated("Panel", "Get a free key to start grading →"),
                        .symbol = std::nullopt,
                        .visible = !*model.hasKey,
                        .enabled = true},
-            .cancel = *model.grading ? std::optional(CancelLink{.label = "Cancel",
-                                                                .spokenName = "Cancel the grade"})
+            .cancel = *model.grading ? std::optional(CancelLink{
+                                           .label = translated("Panel", "Cancel"),
+                                           .spokenName = translated("Panel", "Cancel the grade")})
                                      : std::nullopt};
 }
 
 AgentsSection agentsSection(const CompanionModel& model) {
     const auto& agents = *model.agents;
     AgentsSection section;
-    section.caption = "AGENTS";
-    if (agents.empty()) section.empty = "No coding agents detected yet";
+    section.caption = translated("Panel", "AGENTS");
+    if (agents.empty()) section.empty = translated("Panel", "No coding agents detected yet");
     for (std::size_t i = 0; i < agents.size(); ++i) {
         if (i % kAgentsPerRow == 0) section.rows.emplace_back();
         const auto truth = model.wiringTruths->find(agents[i].id);
@@ -216,8 +236,8 @@ AgentsSection agentsSection(const CompanionModel& model) {
 
 WorkflowSection workflowSection(const WorkflowState& workflow) {
     WorkflowSection section;
-    section.caption = "WORKFLOW";
-    if (workflow.multiModal) section.tag = "multi-modal";
+    section.caption = translated("Panel", "WORKFLOW");
+    if (workflow.multiModal) section.tag = translated("Panel", "multi-modal");
     for (const auto& step : workflow.pipeline) {
         if (!section.pipeline.empty()) section.pipeline += kPipelineArrow;
         section.pipeline += shownWithin(step.name);
@@ -230,43 +250,52 @@ std::optional<PreviewPage> previewPage(const CompanionModel& model) {
     if (!shown) return std::nullopt;
     const std::string app = shownWithin(shown->app);
     PreviewPage page{
-        .caption = "PREVIEW",
-        .headline = shown->leaves ? "This goes to " + shownWithin(shown->to)
-                                  : std::string("This stays on this machine"),
-        .detail =
-            (shown->picture ? "A picture of a window of " + app : "The text selected in " + app) +
-            ", " + shown->size,
+        .caption = translated("Preview", "PREVIEW"),
+        .headline = shown->leaves
+                        ? filled(translated("Preview", "This goes to %1"), {shownWithin(shown->to)})
+                        : translated("Preview", "This stays on this machine"),
+        .detail = filled(shown->picture ? translated("Preview", "A picture of a window of %1, %2")
+                                        : translated("Preview", "The text selected in %1, %2"),
+                         {app, shown->size}),
         .lines = shown->lines,
         .picture = shown->picture,
-        .contentName = shown->picture ? "The picture that is sent" : "The text that is sent",
+        .contentName = shown->picture ? translated("Preview", "The picture that is sent")
+                                      : translated("Preview", "The text that is sent"),
         .remarks = {},
-        .always = shown->appId.empty() ? "" : "Don't ask again for " + app,
-        .send = "Send",
-        .cancel = "Cancel"};
-    for (const auto& each : shown->leftOut) page.remarks.push_back(shownParagraph(each));
+        .always = shown->appId.empty()
+                      ? ""
+                      : filled(translated("Preview", "Don't ask again for %1"), {app}),
+        .send = translated("Preview", "Send"),
+        .cancel = translated("Preview", "Cancel")};
+    for (const auto& each : shown->leftOut)
+        page.remarks.push_back(shownParagraph(translatedSentence(each)));
     page.remarks.push_back(shownParagraph(shown->beside));
     return page;
 }
 
 FooterRow footerRow(const CompanionModel& model) {
-    FooterRow row{.wire = {.label = "Wire my tools",
-                           .symbol = std::nullopt,
-                           .visible = true,
-                           .enabled = true},
-                  .menuTitle = "Settings",
-                  .menu = {{.action = MenuAction::getKey, .title = "Get a free key…"},
-                           {.action = MenuAction::uninstall, .title = "Uninstall Kelvane…"},
-                           {.action = MenuAction::divider, .title = ""},
-                           {.action = MenuAction::quit, .title = "Quit"}}};
+    FooterRow row{
+        .wire = {.label = translated("Panel", "Wire my tools"),
+                 .symbol = std::nullopt,
+                 .visible = true,
+                 .enabled = true},
+        .menuTitle = translated("Panel", "Settings"),
+        .menu = {
+            {.action = MenuAction::getKey, .title = translated("Menu", "Get a free key…")},
+            {.action = MenuAction::uninstall, .title = translated("Menu", "Uninstall Kelvane…")},
+            {.action = MenuAction::divider, .title = ""},
+            {.action = MenuAction::quit, .title = translated("Menu", "Quit")}}};
     // Only where it changes something: nobody else has a use for the setting.
     if (model.limit->accessibilityHelps) {
         row.menu.insert(row.menu.begin() + 1,
                         {.action = MenuAction::accessibility,
-                         .title = *model.accessibilityIsOurs ? "Switch accessibility off again…"
-                                                             : "Read text of more programs…"});
+                         .title = *model.accessibilityIsOurs
+                                      ? translated("Menu", "Switch accessibility off again…")
+                                      : translated("Menu", "Read text of more programs…")});
     }
     if (model.onSettings) {
-        row.menu.insert(row.menu.begin(), {.action = MenuAction::settings, .title = "Settings…"});
+        row.menu.insert(row.menu.begin(),
+                        {.action = MenuAction::settings, .title = translated("Menu", "Settings…")});
     }
     return row;
 }
@@ -305,11 +334,11 @@ std::string_view name(MenuAction action) {
     return "divider";
 }
 
-std::string_view modalityLabel(std::string_view modality) {
+std::string modalityLabel(std::string_view modality) {
     for (const auto& [id, label] : kModalityLabels) {
-        if (id == modality) return label;
+        if (id == modality) return translated("Modality", label);
     }
-    return modality;
+    return std::string(modality);
 }
 
 std::optional<std::string> scoreText(double score) {
@@ -332,14 +361,18 @@ std::optional<std::string> scoreText(double score) {
 BandPillView bandPill(Band band) {
     switch (band) {
     case Band::ship:
-        return {.label = "SHIP", .tint = Tint::green, .labelTint = Tint::white};
+        return {.label = translated("Band", "SHIP"), .tint = Tint::green, .labelTint = Tint::white};
     case Band::route_to_fix:
         // White letters on yellow would be too pale to read.
-        return {.label = "ROUTE TO FIX", .tint = Tint::yellow, .labelTint = Tint::black};
+        return {.label = translated("Band", "ROUTE TO FIX"),
+                .tint = Tint::yellow,
+                .labelTint = Tint::black};
     case Band::quarantine:
-        return {.label = "QUARANTINE", .tint = Tint::orange, .labelTint = Tint::white};
+        return {.label = translated("Band", "QUARANTINE"),
+                .tint = Tint::orange,
+                .labelTint = Tint::white};
     case Band::block:
-        return {.label = "BLOCK", .tint = Tint::red, .labelTint = Tint::white};
+        return {.label = translated("Band", "BLOCK"), .tint = Tint::red, .labelTint = Tint::white};
     case Band::unknown:
         break;
     }
@@ -356,7 +389,8 @@ std::string coverageTip(const Verdict& verdict) {
     for (std::size_t i = 0; i < judges; ++i) lines.push_back(coverageLine(verdict.checkedBy[i]));
     for (std::size_t i = 0; i < gaps; ++i) lines.push_back(coverageLine(verdict.notChecked[i]));
     const std::size_t left = verdict.checkedBy.size() + verdict.notChecked.size() - lines.size();
-    if (left > 0) lines.push_back("and " + std::to_string(left) + " more");
+    if (left > 0)
+        lines.push_back(filled(translated("Panel", "and %1 more"), {std::to_string(left)}));
     std::string tip;
     for (const std::string& line : lines) tip += (tip.empty() ? "" : "\n") + line;
     return tip;
@@ -378,20 +412,20 @@ FlawRow flawRow(const Flaw& flaw) {
 
 namespace {
 
-/// What else a wired agent's tool tip says; empty where there is nothing to add.
-std::string_view wiringRemark(WiringState state) {
+/// What else a wired agent's tool tip says, a line; empty where there is nothing to add.
+std::string wiringRemark(WiringState state) {
     switch (state) {
     case WiringState::Wired:
     case WiringState::NotOurs:
         return "";
     case WiringState::Untrusted:
-        return "\ninstalled, not trusted yet: run /hooks in it";
+        return translated("Agent", "installed, not trusted yet: run /hooks in it");
     case WiringState::Repair:
-        return "\nneeds repair: choose “Wire my tools”";
+        return translated("Agent", "needs repair: choose “Wire my tools”");
     case WiringState::Edited:
-        return "\nedited by you, and kept so";
+        return translated("Agent", "edited by you, and kept so");
     case WiringState::Unread:
-        return "\nits configuration cannot be read";
+        return translated("Agent", "its configuration cannot be read");
     }
     return "";
 }
@@ -407,18 +441,25 @@ AgentChipView agentChip(const DetectedAgent& agent, bool kitIsMissing, const Wir
         chip.dot = Tint::secondary;
     }
     // Running tells more than being installed.
-    chip.toolTip = agent.running ? "running" : "installed";
+    chip.toolTip =
+        agent.running ? translated("Agent", "running") : translated("Agent", "installed");
     // A marker in a remark, or in somebody else's entry, looks like a wiring and is none.
     const bool isWired =
         agent.wired.value_or(false) && (truth == nullptr || truth->state != WiringState::NotOurs);
-    if (agent.wired) chip.toolTip += isWired ? " · validation wired" : " · not wired";
+    if (agent.wired) {
+        chip.toolTip += " · " + (isWired ? translated("Agent", "validation wired")
+                                         : translated("Agent", "not wired"));
+    }
     if (isWired) {
         chip.badge = Symbol::shield;
         if (kitIsMissing) {
-            chip.toolTip += wiringRemark(WiringState::Repair);
+            chip.toolTip += "\n" + wiringRemark(WiringState::Repair);
         } else if (truth != nullptr) {
-            chip.toolTip += wiringRemark(truth->state);
-            if (!truth->versionIsKnown) chip.toolTip += "\nits version is unknown";
+            const std::string remark = wiringRemark(truth->state);
+            if (!remark.empty()) chip.toolTip += "\n" + remark;
+            if (!truth->versionIsKnown) {
+                chip.toolTip += "\n" + translated("Agent", "its version is unknown");
+            }
         }
     }
     return chip;

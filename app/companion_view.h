@@ -203,7 +203,7 @@ struct CompanionViewRecord {
 };
 
 /// What the panel says of a modality: "a deck" for "deck"; the id itself when there is no word.
-[[nodiscard]] std::string_view modalityLabel(std::string_view modality);
+[[nodiscard]] std::string modalityLabel(std::string_view modality);
 
 /// A score as the panel writes it: times 100, rounded half away from zero. Absent for one that is
 /// no number. Scores past what 64 bits hold are cut to the nearest number that they do.

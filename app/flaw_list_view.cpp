@@ -1,7 +1,9 @@
 #include "app/flaw_list_view.h"
 
 #include "app/editor_line.h"
+#include "app/known_sentences.h"
 #include "text/shown_text.h"
+#include "text/translation.h"
 
 #include <algorithm>
 #include <string_view>
@@ -10,14 +12,12 @@ namespace kelvane {
 
 namespace {
 
+using text::filled;
 using text::shownLine;
 using text::shownParagraph;
+using text::translated;
 
 constexpr std::string_view kSpelling = "text.spelling";
-
-std::string counted(std::size_t number) {
-    return std::to_string(number) + (number == 1 ? " flaw" : " flaws");
-}
 
 FlawListItem item(const Flaw& flaw, const CompanionModel& model) {
     FlawListItem item;
@@ -41,13 +41,14 @@ FlawListView flawListView(const CompanionModel& model) {
     const auto& verdict = *model.verdict;
     if (*model.grading || !verdict) return view;
     const auto& flaws = verdict->flaws;
-    view.title = counted(flaws.size());
+    view.title = translated("Panel", "%n flaw", "%n flaws", flaws.size());
     const std::size_t listed = std::min(flaws.size(), kMostFlawsListed);
     for (std::size_t i = 0; i < listed; ++i) view.items.push_back(item(flaws[i], model));
     if (flaws.size() > listed) {
-        view.more = "+" + std::to_string(flaws.size() - listed) + " more in the full report";
+        view.more = filled(translated("Panel", "+%1 more in the full report"),
+                           {std::to_string(flaws.size() - listed)});
     }
-    view.note = shownParagraph(model.flawNote->value_or(""));
+    view.note = shownParagraph(translatedSentence(model.flawNote->value_or("")));
     view.mayUndo = model.mayUndoLastWord();
     return view;
 }

@@ -3,6 +3,7 @@
 #include "app/settings/privacy_rules.h"
 #include "text/base64.h"
 #include "text/shown_text.h"
+#include "text/translation.h"
 #include "text/unicode.h"
 
 #include <algorithm>
@@ -12,6 +13,9 @@
 namespace kelvane {
 
 namespace {
+
+using text::filled;
+using text::translated;
 
 /// Characters: a line of so many is laid out in no time, and most lines are shorter.
 constexpr std::size_t kLongestLine = 400;
@@ -31,10 +35,6 @@ std::vector<std::string> linesOf(std::string_view text) {
     }
 }
 
-std::string counted(std::size_t count, const std::string& one, const std::string& many) {
-    return std::to_string(count) + " " + (count == 1 ? one : many);
-}
-
 } // namespace
 
 GradePreview gradePreview(const CaptureResult& capture, const DetectedApp& from,
@@ -50,30 +50,37 @@ GradePreview gradePreview(const CaptureResult& capture, const DetectedApp& from,
         if (part.text) text += (text.empty() ? "" : "\n") + *part.text;
         if (part.dataB64) {
             if (auto bytes = text::fromBase64(*part.dataB64)) {
-                preview.size = counted((bytes->size() + 1023) / 1024, "kB", "kB");
+                preview.size = filled(translated("Preview", "%1 kB"),
+                                      {std::to_string((bytes->size() + 1023) / 1024)});
                 preview.picture = std::make_shared<const std::string>(std::move(*bytes));
             }
         }
-        names += (names.empty() ? "“" : ", “") + part.logicalName + "”";
+        names +=
+            (names.empty() ? "" : ", ") + filled(translated("Preview", "“%1”"), {part.logicalName});
     }
     if (!preview.picture) {
         const std::size_t characters = text::characterCount(text);
-        preview.size = counted(characters, "character", "characters");
+        preview.size = translated("Preview", "%n character", "%n characters", characters);
         preview.lines = std::make_shared<const std::vector<std::string>>(linesOf(text));
         if (characters >= Capture::kMaxCharacters) {
-            preview.leftOut.push_back("What comes after the first " +
-                                      std::to_string(Capture::kMaxCharacters) +
-                                      " characters is left out: more is not judged at once.");
+            preview.leftOut.push_back(filled(
+                translated("Preview", "What comes after the first %1 characters is left out: more "
+                                      "is not judged at once."),
+                {std::to_string(Capture::kMaxCharacters)}));
         }
     }
-    preview.beside = "Sent with it: the application's name, what kind of work it is (" +
-                     capture.modality + ") and " + names + " as its name.";
+    preview.beside =
+        filled(translated("Preview", "Sent with it: the application's name, what kind of "
+                                     "work it is (%1) and %2 as its name."),
+               {capture.modality, names});
     if (capture.note) preview.leftOut.push_back(*capture.note);
     if (hint) preview.leftOut.push_back(*hint);
     if (preview.picture) {
-        preview.leftOut.emplace_back("Nothing of other windows is in the picture.");
+        preview.leftOut.emplace_back(
+            translated("Preview", "Nothing of other windows is in the picture."));
     } else {
-        preview.leftOut.emplace_back("Nothing of the document but this text is sent.");
+        preview.leftOut.emplace_back(
+            translated("Preview", "Nothing of the document but this text is sent."));
     }
     return preview;
 }

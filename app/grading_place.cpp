@@ -1,11 +1,13 @@
 #include "app/grading_place.h"
 
+#include "app/known_sentences.h"
 #include "eval/chosen_environment.h"
 #include "eval/eval_bridge.h"
 #include "harness/installation.h"
 #include "platform/ports/file_system.h"
 #include "platform/ports/kept_programs.h"
 #include "platform/ports/process_runner.h"
+#include "text/translation.h"
 #include "text/web_address.h"
 #include "text/xdg_folders.h"
 
@@ -148,17 +150,20 @@ std::optional<std::string> GradingPlace::establish() {
     const fs::path service =
         localServiceProgram(m_ports.files, m_ports.environment, m_places.bundle, m_choice.program);
     if (service.empty()) {
-        return "The local service, trevix-local, is not installed. Install the whole package, or "
-               "put "
-               "trevix-local on your search path, and choose again.";
+        return text::translated("Alert",
+                                "The local service, trevix-local, is not installed. Install the "
+                                "whole package, or put trevix-local on your search path, and "
+                                "choose again.");
     }
     Found found = find(service);
     const auto key = m_ports.processes.run(
         {.program = service.string(), .arguments = {"--print-key", "--data", found.data.string()}});
     const auto chosenKey = readChosenKey(m_ports.files, found.data / "key");
     if (!key || key->status != 0 || !chosenKey.key) {
-        return "The local service has no key: " + chosenKey.problem +
-               ". In a terminal this says more: " + service.string() + " --print-key";
+        return text::filled(
+            text::translated("Alert", "The local service has no key: %1. In a terminal this says "
+                                      "more: %2"),
+            {translatedSentence(chosenKey.problem), service.string() + " --print-key"});
     }
     if (found.way == Way::Manager &&
         !ran(manager("is-active --quiet trevix-local.socket") + " && " +
@@ -177,7 +182,8 @@ std::optional<std::string> GradingPlace::establish() {
         if (m_ports.files.read(file) != text) {
             m_ports.files.createDirectories(file.parent_path());
             if (!m_ports.files.writeAtomically(file, text)) {
-                return file.string() + " could not be written.";
+                return text::filled(text::translated("Alert", "%1 could not be written."),
+                                    {file.string()});
             }
             static_cast<void>(ran("launchctl bootout \"gui/$(id -u)/" + label + "\" 2>/dev/null; " +
                                   "launchctl bootstrap \"gui/$(id -u)\" " +

@@ -1,8 +1,10 @@
 #include "app/history_view.h"
 
 #include "text/shown_text.h"
+#include "text/translation.h"
 
 #include <algorithm>
+#include <charconv>
 #include <utility>
 
 namespace kelvane {
@@ -11,9 +13,11 @@ namespace {
 
 using history::DiffLine;
 using history::VerdictEntry;
+using text::filled;
 using text::shownLine;
 using text::shownParagraph;
 using text::shownWithin;
+using text::translated;
 using Kind = HistoryDetail::Kind;
 
 std::string dayOf(std::int64_t ms, const LocalTime& local) {
@@ -21,11 +25,12 @@ std::string dayOf(std::int64_t ms, const LocalTime& local) {
 }
 
 std::string flawsOf(const VerdictEntry& entry) {
-    return std::to_string(entry.flawCount) + (entry.flawCount == 1 ? " flaw" : " flaws");
+    return translated("Panel", "%n flaw", "%n flaws", entry.flawCount);
 }
 
 std::string kindOf(const VerdictEntry& entry) {
-    return entry.isPicture ? "a picture" : shownWithin(modalityLabel(entry.kind));
+    return entry.isPicture ? translated("Modality", "a picture")
+                           : shownWithin(modalityLabel(entry.kind));
 }
 
 HistoryLine verdictLine(const VerdictEntry& entry, const LocalTime& local) {
@@ -35,15 +40,17 @@ HistoryLine verdictLine(const VerdictEntry& entry, const LocalTime& local) {
     line.pill = bandPill(entry.band);
     if (entry.score) line.score = scoreText(*entry.score).value_or("");
     line.text = clockOf(entry.timeMs, local) + " · " + kindOf(entry) + " · " + flawsOf(entry);
-    line.spoken = shownWithin(entry.app) + ", " + momentOf(entry.timeMs, local) + ", " +
-                  (entry.band == Band::unknown ? "no verdict" : line.pill.label) +
-                  (line.score.empty() ? "" : ", Trevix " + line.score) + ", " + flawsOf(entry);
+    line.spoken =
+        shownWithin(entry.app) + ", " + momentOf(entry.timeMs, local) + ", " +
+        (entry.band == Band::unknown ? translated("History", "no verdict") : line.pill.label) +
+        (line.score.empty() ? "" : ", Trevix " + line.score) + ", " + flawsOf(entry);
     return line;
 }
 
-void addFlaws(HistoryDetails& details, const std::string& heading, const std::vector<Flaw>& flaws,
+void addFlaws(HistoryDetails& details, std::string heading, const std::vector<Flaw>& flaws,
               std::size_t count) {
-    details.lines.push_back({Kind::Heading, heading + " (" + std::to_string(count) + ")", {}, {}});
+    details.lines.push_back(
+        {Kind::Heading, std::move(heading) + " (" + std::to_string(count) + ")", {}, {}});
     const std::size_t shown = std::min(flaws.size(), kMostHistoryFlaws);
     for (std::size_t i = 0; i < shown; ++i) {
         auto row = flawRow(flaws[i]);
@@ -52,9 +59,18 @@ void addFlaws(HistoryDetails& details, const std::string& heading, const std::ve
             {Kind::Flaw, std::move(row.text), std::move(row.severity), row.severityTint});
     }
     if (count > shown) {
-        details.lines.push_back(
-            {Kind::Note, "+" + std::to_string(count - shown) + " more in the full report", {}, {}});
+        details.lines.push_back({Kind::Note,
+                                 filled(translated("Panel", "+%1 more in the full report"),
+                                        {std::to_string(count - shown)}),
+                                 {},
+                                 {}});
     }
+}
+
+std::size_t countIn(const std::string& digits) {
+    std::size_t count = 0;
+    std::from_chars(digits.data(), digits.data() + digits.size(), count);
+    return count;
 }
 
 HistoryDetail diffLine(const DiffLine& line) {
@@ -65,7 +81,8 @@ HistoryDetail diffLine(const DiffLine& line) {
         return {Kind::Added, shownLine(line.text), {}, Tint::green};
     case DiffLine::Kind::Skipped:
         return {Kind::Skipped,
-                line.text + (line.text == "1" ? " line is" : " lines are") + " not shown",
+                translated("History", "%n line is not shown", "%n lines are not shown",
+                           countIn(line.text)),
                 {},
                 Tint::secondary};
     case DiffLine::Kind::Same:
@@ -127,9 +144,10 @@ HistoryDetails historyDetails(const VerdictEntry& entry, const LocalTime& local)
     HistoryDetails details;
     details.title = shownWithin(entry.app) + ", " + momentOf(entry.timeMs, local);
     details.hasReport = !entry.runId.empty();
-    addFlaws(details, "Flaws", entry.flaws, entry.flawCount);
+    addFlaws(details, translated("History", "Flaws"), entry.flaws, entry.flawCount);
     if (entry.flawCount == 0) {
-        details.lines.back() = {Kind::Note, "No flaws were listed.", {}, Tint::secondary};
+        details.lines.back() = {
+            Kind::Note, translated("History", "No flaws were listed."), {}, Tint::secondary};
     }
     return details;
 }
@@ -140,42 +158,45 @@ HistoryDetails comparisonDetails(const history::Comparison& comparison, const Lo
     details.title = shownWithin(after.app) + ", " + momentOf(before.timeMs, local) + " → " +
                     momentOf(after.timeMs, local);
     details.hasReport = !after.runId.empty();
-    const auto add = [&](const char* heading, const std::vector<Flaw>& flaws) {
-        addFlaws(details, heading, flaws, flaws.size());
+    const auto add = [&](std::string heading, const std::vector<Flaw>& flaws) {
+        addFlaws(details, std::move(heading), flaws, flaws.size());
     };
-    add("Fixed", comparison.flaws.fixed);
-    add("Remaining", comparison.flaws.remaining);
-    add("New", comparison.flaws.fresh);
+    add(translated("History", "Fixed"), comparison.flaws.fixed);
+    add(translated("History", "Remaining"), comparison.flaws.remaining);
+    add(translated("History", "New"), comparison.flaws.fresh);
     const bool isCut =
         before.flawCount > before.flaws.size() || after.flawCount > after.flaws.size();
     if (isCut) {
-        details.lines.push_back({Kind::Note,
-                                 "Of a verdict with more than " +
-                                     std::to_string(history::kMostFlaws) +
-                                     " flaws the first are compared.",
-                                 {},
-                                 Tint::secondary});
+        details.lines.push_back(
+            {Kind::Note,
+             filled(translated("History", "Of a verdict with more than %1 flaws the "
+                                          "first are compared."),
+                    {std::to_string(history::kMostFlaws)}),
+             {},
+             Tint::secondary});
     }
-    details.lines.push_back({Kind::Heading, "Text", {}, {}});
+    details.lines.push_back({Kind::Heading, translated("History", "Text"), {}, {}});
     if (!comparison.hasTexts) {
         details.lines.push_back(
             {Kind::Note,
              comparison.isSameWork
-                 ? "The work is the same."
-                 : "The text is kept only of what this machine has graded; pictures are not.",
+                 ? translated("History", "The work is the same.")
+                 : translated("History", "The text is kept only of what this machine has graded; "
+                                         "pictures are not."),
              {},
              Tint::secondary});
     } else if (comparison.text.empty()) {
-        details.lines.push_back({Kind::Note, "No line differs.", {}, Tint::secondary});
+        details.lines.push_back(
+            {Kind::Note, translated("History", "No line differs."), {}, Tint::secondary});
     }
     for (const DiffLine& line : comparison.text) details.lines.push_back(diffLine(line));
     if (before.textIsCut || after.textIsCut) {
-        details.lines.push_back({Kind::Note,
-                                 "Of a long text the first " +
-                                     std::to_string(history::kLongestText / 1024) +
-                                     " KiB are kept.",
-                                 {},
-                                 Tint::secondary});
+        details.lines.push_back(
+            {Kind::Note,
+             filled(translated("History", "Of a long text the first %1 KiB are kept."),
+                    {std::to_string(history::kLongestText / 1024)}),
+             {},
+             Tint::secondary});
     }
     return details;
 }

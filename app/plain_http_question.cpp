@@ -4,6 +4,7 @@
 #include "platform/ports/dialogs.h"
 #include "platform/ports/dispatcher.h"
 #include "platform/ports/quit_signal.h"
+#include "text/translation.h"
 
 #include <utility>
 
@@ -11,17 +12,23 @@ namespace kelvane {
 
 namespace {
 
+using text::filled;
+using text::translated;
+
 // Where the buttons stand; what the Return key presses sends nothing.
 constexpr std::size_t kRefuse = 0;
 constexpr std::size_t kAllow = 1;
 
 Alert question(const std::string& address) {
-    return {.style = Alert::Style::Warning,
-            .message = "Send your work without encryption?",
-            .informative = address +
-                           " is not encrypted: whoever is on the way there can read your work and "
-                           "your service key. Kelvane remembers the answer in ~/.brask/plain-http.",
-            .buttons = {"Don't Send", "Send Unencrypted"}};
+    return {
+        .style = Alert::Style::Warning,
+        .message = translated("Alert", "Send your work without encryption?"),
+        .informative = filled(
+            translated("Alert", "%1 is not encrypted: whoever is on the way there can read "
+                                "your work and your service key. Kelvane remembers the answer "
+                                "in ~/.brask/plain-http."),
+            {address}),
+        .buttons = {translated("Alert", "Don't Send"), translated("Alert", "Send Unencrypted")}};
 }
 
 } // namespace

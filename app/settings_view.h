@@ -32,6 +32,8 @@ struct SettingsView {
     bool paused = false;
     std::string shortcut;
     bool notifications = true;
+    int language = 0; ///< Which of `languageChoices`.
+    std::vector<std::string> languageChoices;
     std::vector<std::string> agents;   ///< A line for each coding tool.
     std::vector<std::string> problems; ///< Sentences.
 

@@ -1,8 +1,11 @@
 #include "app/verdict_notice.h"
 
+#include "app/known_sentences.h"
 #include "app/settings/settings_store.h"
 #include "text/shown_text.h"
+#include "text/translation.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <utility>
 #include <vector>
@@ -11,10 +14,14 @@ namespace kelvane {
 
 namespace {
 
+using text::filled;
+using text::translated;
+
 std::vector<std::pair<std::string, std::string>> actionsFor(bool hasReport) {
-    std::vector<std::pair<std::string, std::string>> actions{{kNoticeClicked, "Show"},
-                                                             {kNoticeShow, "Show"}};
-    if (hasReport) actions.emplace_back(kNoticeReport, "Open report");
+    const std::string show = translated("Notice", "Show");
+    std::vector<std::pair<std::string, std::string>> actions{{kNoticeClicked, show},
+                                                             {kNoticeShow, show}};
+    if (hasReport) actions.emplace_back(kNoticeReport, translated("Notice", "Open report"));
     return actions;
 }
 
@@ -24,8 +31,8 @@ std::string scoreAndFlaws(const std::optional<double>& score, std::int64_t flaws
         if (const auto number = scoreText(*score)) said = "Trevix " + *number;
     }
     if (flaws > 0) {
-        said +=
-            (said.empty() ? "" : ", ") + std::to_string(flaws) + (flaws == 1 ? " flaw" : " flaws");
+        const auto count = static_cast<std::size_t>(flaws);
+        said += (said.empty() ? "" : ", ") + translated("Notice", "%n flaw", "%n flaws", count);
     }
     return said;
 }
@@ -43,12 +50,12 @@ Notification verdictNotice(const Verdict& verdict, const std::optional<GradedWor
     Notification notice;
     notice.actions = actionsFor(verdict.runId.has_value());
     if (verdict.error) {
-        notice.title = app + "not graded";
-        notice.body = text::shownParagraph(*verdict.error);
+        notice.title = app + translated("Notice", "not graded");
+        notice.body = text::shownParagraph(translatedSentence(*verdict.error));
         return notice;
     }
-    notice.title =
-        app + (verdict.band == Band::unknown ? "no verdict" : bandPill(verdict.band).label);
+    notice.title = app + (verdict.band == Band::unknown ? translated("Notice", "no verdict")
+                                                        : bandPill(verdict.band).label);
     notice.body = scoreAndFlaws(verdict.score, static_cast<std::int64_t>(verdict.flaws.size()));
     return notice;
 }
@@ -57,9 +64,11 @@ Notice turnNotice(const history::TurnVerdict& turn, const std::string& base) {
     const bool hasReport = turn.runId && turn.service == base;
     Notice notice{.notification = {}, .runId = hasReport ? turn.runId : std::nullopt};
     notice.notification.actions = actionsFor(hasReport);
-    notice.notification.title =
-        "Agent" + (turn.project.empty() ? "" : " in " + text::shownWithin(turn.project)) + ": " +
-        bandPill(turn.band).label;
+    const std::string band = bandPill(turn.band).label;
+    notice.notification.title = turn.project.empty()
+                                    ? filled(translated("Notice", "Agent: %1"), {band})
+                                    : filled(translated("Notice", "Agent in %1: %2"),
+                                             {text::shownWithin(turn.project), band});
     notice.notification.body = scoreAndFlaws(turn.score, turn.flaws);
     return notice;
 }
@@ -71,8 +80,8 @@ std::optional<Tint> badgeOf(const std::optional<Verdict>& verdict, bool isSeen) 
 
 std::string badgeTip(const std::optional<Verdict>& verdict, bool isSeen) {
     // Whoever does not tell the colours apart reads it.
-    return badgeOf(verdict, isSeen) ? "New verdict: " + bandPill(verdict->band).label
-                                    : std::string();
+    if (!badgeOf(verdict, isSeen)) return {};
+    return filled(translated("Notice", "New verdict: %1"), {bandPill(verdict->band).label});
 }
 
 void Notifier::tell(Notification notice, bool panelIsShown, Chosen chosen) {

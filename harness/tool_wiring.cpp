@@ -10,12 +10,16 @@
 #include "platform/ports/file_system.h"
 #include "platform/ports/login_shell.h"
 #include "platform/ports/url_opener.h"
+#include "text/translation.h"
 
 #include <algorithm>
 
 namespace kelvane::ToolWiring {
 
 namespace {
+
+using text::filled;
+using text::translated;
 
 namespace fs = std::filesystem;
 
@@ -60,11 +64,12 @@ done
 
 Alert pythonIsMissing() {
     return {.style = Alert::Style::Warning,
-            .message = "Python 3 is required",
-            .informative =
+            .message = translated("Alert", "Python 3 is required"),
+            .informative = translated(
+                "Alert",
                 "Kelvane runs the validator with python3, which isn’t installed. Install Apple’s "
                 "Command Line Tools (Terminal: xcode-select --install), then choose “Wire my "
-                "tools” from the menu.",
+                "tools” from the menu."),
             .buttons = {}};
 }
 
@@ -82,11 +87,13 @@ Alert toolsAreWired(const std::vector<Harness>& status, std::string_view connect
         if (!labels.empty()) labels += ", ";
         labels += harness.label;
     }
-    if (labels.empty()) labels = "your coding tools";
+    if (labels.empty()) labels = translated("Alert", "your coding tools");
     return {.style = Alert::Style::Informational,
-            .message = "Kelvane is wired",
-            .informative = "Validation is now active in: " + labels + ".\nGet your free key at " +
-                           spokenAddress(connectURL) + ", then export BRASK_API_KEY.",
+            .message = translated("Alert", "Kelvane is wired"),
+            .informative =
+                filled(translated("Alert", "Validation is now active in: %1.\nGet your free key "
+                                           "at %2, then export BRASK_API_KEY."),
+                       {labels, spokenAddress(connectURL)}),
             .buttons = {}};
 }
 

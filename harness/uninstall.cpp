@@ -3,25 +3,30 @@
 #include "harness/installation.h"
 #include "platform/ports/dialogs.h"
 #include "platform/ports/login_shell.h"
+#include "text/translation.h"
 
 namespace kelvane::Uninstall {
 
 namespace {
 
+using text::translated;
+
 Alert question() {
     return {.style = Alert::Style::Warning,
-            .message = "Uninstall Kelvane?",
-            .informative =
+            .message = translated("Alert", "Uninstall Kelvane?"),
+            .informative = translated(
+                "Alert",
                 "Removes Trevix validation from your coding tools, deletes ~/.brask, and removes "
-                "this app. Your own MCP servers, hooks, and notes are left intact.",
-            .buttons = {"Uninstall", "Cancel"}};
+                "this app. Your own MCP servers, hooks, and notes are left intact."),
+            .buttons = {translated("Alert", "Uninstall"), translated("Alert", "Cancel")}};
 }
 
 Alert farewell() {
     return {.style = Alert::Style::Informational,
-            .message = "Kelvane removed",
-            .informative = "Everything was removed — your own config was left intact. Thanks for "
-                           "trying it.",
+            .message = translated("Alert", "Kelvane removed"),
+            .informative = translated(
+                "Alert", "Everything was removed — your own config was left intact. Thanks for "
+                         "trying it."),
             .buttons = {}};
 }
 

@@ -18,7 +18,7 @@ namespace {
 std::unique_ptr<GlobalShortcut> shortcutOf(Environment& environment,
                                            std::unique_ptr<GlobalShortcut> ofServer) {
     if (linuxSession(environment).kind != LinuxSession::Kind::Wayland) return ofServer;
-    return makePortalShortcut("Grade what is in front");
+    return makePortalShortcut();
 }
 
 } // namespace

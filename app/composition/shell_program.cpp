@@ -4,6 +4,7 @@
 #include "app/composition/shell_actions.h"
 #include "app/instance_place.h"
 #include "app/process_settings.h"
+#include "app/settings/language.h"
 #include "app/settings/privacy_rules.h"
 #include "app/shell/qt/activation_token.h"
 #include "app/shell/qt/qt_panel_renderer.h"
@@ -79,13 +80,16 @@ ShellProgram::ShellProgram(const Launch& launch, std::unique_ptr<SingleInstance>
                         .showHistory = [this] { m_historyWindow.show(); },
                         .settings = m_settings,
                         .openSettings = [this](CompanionModel& model) { openSettings(model); },
-                        .applySettings = [this] { m_shortcut.look(); },
+                        .applySettings = [this] { applySettings(); },
                         .notifier = m_notifier,
                         .turns = m_turns}),
           {.args = args(), .renderPath = launch.renderPath, .refreshesCatalog = !kNoRefresh()}),
       m_backgroundEnd(*m_ports.quit, m_ports.dispatcher),
       m_quitOnSignal([this] { m_application->terminate(); }),
       m_instance(std::move(instance)) {
+    // Before anything is shown.
+    m_settings.look();
+    useLanguage();
     if (launch.shape == Shape::MenuBar) m_place.begin();
     if (const auto icon = m_ports.resources->url("brask", "png")) {
         QApplication::setWindowIcon(QIcon(QFile::decodeName(icon->c_str())));
@@ -145,6 +149,15 @@ void ShellProgram::bringForward() {
     m_workspace.activateItself();
 }
 
+bool ShellProgram::useLanguage() {
+    return m_language.use(languageOf(m_settings.now().language, PanelLanguage::ofTheDesktop()));
+}
+
+void ShellProgram::applySettings() {
+    m_shortcut.look();
+    if (useLanguage()) m_delegate.languageChanged();
+}
+
 void ShellProgram::openSettings(CompanionModel& model) {
     if (m_settingsWindow == nullptr) {
         m_settingsWindow = std::make_unique<QtSettingsWindow>(
@@ -153,7 +166,7 @@ void ShellProgram::openSettings(CompanionModel& model) {
                 .store = m_settings,
                 .place = [this] { return placeName(EvalBridge::base(m_environment)); },
                 .askPlace = [this] { m_delegate.askWhereToGrade(); },
-                .apply = [this] { m_shortcut.look(); },
+                .apply = [this] { applySettings(); },
                 .shortcutProblem = [this] { return m_shortcut.problem(); }},
             m_windows.images());
     }

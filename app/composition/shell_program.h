@@ -14,6 +14,7 @@
 #include "app/history/history_store.h"
 #include "app/own_workspace.h"
 #include "app/panel/panel_appearance.h"
+#include "app/panel/panel_language.h"
 #include "app/plain_http_question.h"
 #include "app/settings/settings_store.h"
 #include "app/shell/app_delegate.h"
@@ -51,6 +52,9 @@ private:
     [[nodiscard]] HistoryBridge::Ports historyPorts();
     void bringForward();
     void openSettings(CompanionModel& model);
+    void applySettings();
+    /// Whether the texts are in another language than before.
+    bool useLanguage();
     void startedAgain(const std::string& activationToken);
     [[nodiscard]] std::string answer(const std::string& line);
 
@@ -63,6 +67,7 @@ private:
     AccessibilityQuestion m_accessibility;
     history::HistoryStore m_history;
     SettingsStore m_settings;
+    PanelLanguage m_language;
     std::unique_ptr<Application> m_application;
     std::unique_ptr<ProgramPalette> m_palette; ///< Null for a picture, which has one of its own.
     // What starting, or showing the panel, has used is not kept for the hours until the next time.

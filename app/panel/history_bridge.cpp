@@ -1,6 +1,7 @@
 #include "app/panel/history_bridge.h"
 
 #include "app/panel/panel_bridge.h"
+#include "text/translation.h"
 
 #include <QClipboard>
 #include <QGuiApplication>
@@ -69,6 +70,14 @@ void HistoryBridge::reload() {
     });
 }
 
+void HistoryBridge::redraw() {
+    const std::string compared = m_compares ? m_comparedWith : std::string();
+    listAnew();
+    if (m_chosen.empty()) return;
+    showFlaws();
+    if (!compared.empty()) compareWith(entryOf(compared));
+}
+
 void HistoryBridge::listAnew() {
     m_lines.clear();
     const auto found = history::search(m_entries, m_words.toStdString());
@@ -86,8 +95,9 @@ void HistoryBridge::listAnew() {
 
 QString HistoryBridge::empty() const {
     if (!m_lines.empty() || !m_isLoaded) return {};
-    return m_entries.empty() ? QStringLiteral("Verdicts will be listed here.")
-                             : QStringLiteral("No verdict has these words.");
+    return QString::fromStdString(m_entries.empty()
+                                      ? text::translated("History", "Verdicts will be listed here.")
+                                      : text::translated("History", "No verdict has these words."));
 }
 
 void HistoryBridge::setWords(const QString& words) {
@@ -130,6 +140,7 @@ bool HistoryBridge::hasVersionBefore() const {
 void HistoryBridge::compareWith(const history::VerdictEntry* other) {
     const auto* const entry = entryOf(m_chosen);
     if (entry == nullptr || other == nullptr || other == entry) return;
+    m_comparedWith = other->id;
     show(comparisonDetails(history::compare(*other, *entry), m_ports.local), true);
 }
 

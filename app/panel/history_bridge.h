@@ -97,6 +97,8 @@ public:
 
     /// Reads the history anew; what is chosen stays as long as it is there.
     Q_INVOKABLE void reload();
+    /// Says all of it anew, in the language that is in use now.
+    void redraw();
 
     Q_INVOKABLE void choose(const QString& id); ///< Nothing for an id that is not listed.
     Q_INVOKABLE void openReport();
@@ -146,6 +148,7 @@ private:
     QString m_words;
     std::string m_chosen;
     std::string m_marked;
+    std::string m_comparedWith; ///< While `m_compares`.
     HistoryDetails m_details;
     QList<HistoryDetailRecord> m_detailRecords;
     bool m_compares = false;

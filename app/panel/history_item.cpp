@@ -1,6 +1,7 @@
 #include "app/panel/history_item.h"
 
 #include "app/panel/app_icon_provider.h"
+#include "app/panel/panel_language.h"
 
 #include <QQmlEngine>
 #include <QQuickItem>
@@ -23,6 +24,7 @@ std::unique_ptr<QQuickView> makeHistoryView(HistoryBridge& bridge) {
         {{QStringLiteral("bridge"), QVariant::fromValue<QObject*>(&bridge)}});
     view->setSource(QUrl(QStringLiteral("qrc:/qt/qml/Kelvane/HistoryWindow.qml")));
     if (view->rootObject() == nullptr) return nullptr;
+    followLanguage(*view, [&bridge] { bridge.redraw(); });
     return view;
 }
 

@@ -1,6 +1,7 @@
 #include "app/panel/panel_item.h"
 
 #include "app/panel/app_icon_provider.h"
+#include "app/panel/panel_language.h"
 
 #include <QMetaObject>
 #include <QQmlComponent>
@@ -93,6 +94,7 @@ std::unique_ptr<QQuickView> makePanelView(PanelBridge& bridge) {
     };
     QObject::connect(panel, &QQuickItem::implicitHeightChanged, panel, fit);
     fit();
+    followLanguage(*view, [&bridge] { bridge.redraw(); });
     return view;
 }
 
@@ -105,6 +107,7 @@ std::unique_ptr<QQuickView> makeSettingsView(SettingsBridge& settings, PanelBrid
          {QStringLiteral("panel"), QVariant::fromValue<QObject*>(&panel)}});
     view->setSource(QUrl(QStringLiteral("qrc:/qt/qml/Kelvane/SettingsWindow.qml")));
     if (view->rootObject() == nullptr) return nullptr;
+    followLanguage(*view, [&settings] { settings.redraw(); });
     // Narrower than this the longest caption would be cut.
     view->setMinimumSize(QSize(360, 320));
     return view;

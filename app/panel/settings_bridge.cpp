@@ -46,6 +46,8 @@ SettingsRecord recordOf(const SettingsView& view) {
     record.pause = text(view.pause);
     record.shortcut = text(view.shortcut);
     record.notifications = view.notifications;
+    record.language = view.language;
+    record.languageChoices = texts(view.languageChoices);
     record.agents = texts(view.agents);
     record.problems = texts(view.problems);
     return record;
@@ -156,6 +158,15 @@ void SettingsBridge::setShortcut(const QString& said) {
 
 void SettingsBridge::setNotifications(bool on) {
     change([&](Settings& settings) { settings.notifications = on; });
+}
+
+void SettingsBridge::setLanguage(int choice) {
+    const auto& languages = settingsLanguages();
+    if (choice < 0 || static_cast<std::size_t>(choice) > languages.size()) return;
+    change([&](Settings& settings) {
+        // The first choice is the desktop's.
+        settings.language = choice == 0 ? "" : languages[static_cast<std::size_t>(choice) - 1];
+    });
 }
 
 void SettingsBridge::wire() {

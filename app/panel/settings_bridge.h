@@ -35,6 +35,8 @@ struct SettingsRecord {
     Q_PROPERTY(QString pause MEMBER pause CONSTANT)
     Q_PROPERTY(QString shortcut MEMBER shortcut CONSTANT)
     Q_PROPERTY(bool notifications MEMBER notifications CONSTANT)
+    Q_PROPERTY(int language MEMBER language CONSTANT)
+    Q_PROPERTY(QStringList languageChoices MEMBER languageChoices CONSTANT)
     Q_PROPERTY(QStringList agents MEMBER agents CONSTANT)
     Q_PROPERTY(QStringList problems MEMBER problems CONSTANT)
 
@@ -49,6 +51,8 @@ public:
     QString pause;
     QString shortcut;
     bool notifications = true;
+    int language = 0;
+    QStringList languageChoices;
     QStringList agents;
     QStringList problems;
 };
@@ -88,6 +92,7 @@ public:
     Q_INVOKABLE void pauseOrResume();
     Q_INVOKABLE void setShortcut(const QString& text);
     Q_INVOKABLE void setNotifications(bool on);
+    Q_INVOKABLE void setLanguage(int choice);
     Q_INVOKABLE void wire();
 
 signals:

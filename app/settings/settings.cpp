@@ -1,6 +1,7 @@
 #include "app/settings/settings.h"
 
 #include "app/settings/shortcut_text.h"
+#include "text/translation.h"
 #include "text/unicode.h"
 
 #include <nlohmann/json.hpp>
@@ -16,6 +17,8 @@ namespace kelvane {
 namespace {
 
 using nlohmann::ordered_json;
+using text::filled;
+using text::translated;
 
 constexpr std::array<std::pair<PreviewWhen, std::string_view>, 3> kPreviewWords{
     {{PreviewWhen::Elsewhere, "elsewhere"},
@@ -125,18 +128,19 @@ std::string takePreview(const ordered_json& value, Settings& settings) {
             return {};
         }
     }
-    return "is “elsewhere”, “always” or “never”";
+    return translated("Settings", "is “elsewhere”, “always” or “never”");
 }
 
 std::string takePreviewApps(const ordered_json& value, Settings& settings) {
-    const std::string shape = "is an object with “always” or “never” for each application";
+    const std::string shape =
+        translated("Settings", "is an object with “always” or “never” for each application");
     settings.previewApps.clear();
     if (!value.is_object()) return shape;
     std::string problem;
     for (const auto& [app, said] : value.items()) {
         const bool always = said == "always";
         if (!always && said != "never") {
-            problem = shape + "; “" + app + "” has neither";
+            problem = filled(translated("Settings", "%1; “%2” has neither"), {shape, app});
             continue;
         }
         settings.previewApps[app] = always;
@@ -154,17 +158,19 @@ ordered_json tellPreviewApps(const Settings& settings) {
 
 std::string takeNeverCapture(const ordered_json& value, Settings& settings) {
     settings.neverCapture.clear();
-    if (!value.is_array()) return "is a list of identifiers of applications";
+    if (!value.is_array())
+        return translated("Settings", "is a list of identifiers of applications");
     std::string problem;
     for (const auto& entry : value) {
         const std::string wrong = entry.is_string()
                                       ? neverCaptureProblem(entry.get_ref<const std::string&>())
-                                      : std::string("is a list of texts");
+                                      : translated("Settings", "is a list of texts");
         if (wrong.empty()) {
             settings.neverCapture.push_back(entry.get<std::string>());
         } else {
-            problem =
-                entry.is_string() ? "has “" + entry.get<std::string>() + "”: " + wrong : wrong;
+            problem = entry.is_string() ? filled(translated("Settings", "has “%1”: %2"),
+                                                 {entry.get<std::string>(), wrong})
+                                        : wrong;
         }
     }
     return problem;
@@ -173,7 +179,7 @@ std::string takeNeverCapture(const ordered_json& value, Settings& settings) {
 Take takeSwitch(bool Settings::*member) {
     return [member](const ordered_json& value, Settings& settings) {
         settings.*member = true;
-        if (!value.is_boolean()) return std::string("is true or false");
+        if (!value.is_boolean()) return translated("Settings", "is true or false");
         settings.*member = value.get<bool>();
         return std::string();
     };
@@ -181,12 +187,13 @@ Take takeSwitch(bool Settings::*member) {
 
 std::string takeShortcut(const ordered_json& value, Settings& settings) {
     settings.shortcut.clear();
-    if (!value.is_string()) return "is a text such as “Ctrl+Alt+G”, or an empty one";
+    if (!value.is_string())
+        return translated("Settings", "is a text such as “Ctrl+Alt+G”, or an empty one");
     const auto& text = value.get_ref<const std::string&>();
     if (text.empty()) return {};
     std::string why;
     const auto shortcut = shortcutOf(text, why);
-    if (!shortcut) return "is no combination of keys: " + why;
+    if (!shortcut) return filled(translated("Settings", "is no combination of keys: %1"), {why});
     settings.shortcut = shortcutText(*shortcut);
     return {};
 }
@@ -202,8 +209,8 @@ std::string takeLanguage(const ordered_json& value, Settings& settings) {
         }
     }
     std::string all;
-    for (const auto& each : settingsLanguages()) all += "“" + each + "”, ";
-    return "is " + all + "or empty for the desktop's";
+    for (const auto& each : settingsLanguages()) all += (all.empty() ? "“" : ", “") + each + "”";
+    return filled(translated("Settings", "is %1, or empty for the desktop's"), {all});
 }
 
 const std::vector<Key>& keys() {
@@ -287,12 +294,15 @@ const std::vector<std::string>& settingsLanguages() {
 }
 
 std::string neverCaptureProblem(std::string_view entry) {
-    if (text::trimmedWhitespaceAndNewlines(entry).empty()) return "an identifier is not empty";
-    if (entry.size() > kLongestIdentifier) return "no identifier is that long";
+    if (text::trimmedWhitespaceAndNewlines(entry).empty())
+        return translated("Settings", "an identifier is not empty");
+    if (entry.size() > kLongestIdentifier)
+        return translated("Settings", "no identifier is that long");
     const auto star = entry.find('*');
     if (star == std::string_view::npos) return {};
-    if (star + 1 != entry.size()) return "“*” stands at the end alone";
-    if (star < kShortestBeginning) return "at least three characters stand before “*”";
+    if (star + 1 != entry.size()) return translated("Settings", "“*” stands at the end alone");
+    if (star < kShortestBeginning)
+        return translated("Settings", "at least three characters stand before “*”");
     return {};
 }
 
@@ -307,27 +317,32 @@ SettingsRead unusableSettings(std::string problem) {
 SettingsRead parseSettings(std::string_view text, const std::string& where) {
     if (text::trimmedWhitespaceAndNewlines(text).empty()) return {};
     if (text.size() > kLongestSettings)
-        return unusableSettings(where + ": longer than any settings are");
+        return unusableSettings(where + ": " +
+                                translated("Settings", "longer than any settings are"));
     ordered_json object;
     try {
         object = ordered_json::parse(text);
     } catch (const ordered_json::parse_error& error) {
         const std::size_t at = error.byte > 0 ? error.byte - 1 : 0;
-        return unusableSettings(where + ":" + std::to_string(lineOf(text, at)) +
-                                ": not JSON from here on; nothing of the file is used");
+        return unusableSettings(
+            where + ":" + std::to_string(lineOf(text, at)) + ": " +
+            translated("Settings", "not JSON from here on; nothing of the file is used"));
     }
-    if (!object.is_object()) return unusableSettings(where + ": not an object of JSON");
+    if (!object.is_object())
+        return unusableSettings(where + ": " + translated("Settings", "not an object of JSON"));
     SettingsRead read;
     std::map<std::string, int> seen;
     for (const Member& member : membersOf(text)) {
         const auto say = [&](const std::string& what) {
             read.problems.push_back(where + ":" + std::to_string(lineOf(text, member.nameAt)) +
-                                    ": “" + member.name + "” " + what);
+                                    ": " +
+                                    filled(translated("Settings", "“%1” %2"), {member.name, what}));
         };
-        if (++seen[member.name] == 2) say("stands there twice; the last one counts");
+        if (++seen[member.name] == 2)
+            say(translated("Settings", "stands there twice; the last one counts"));
         const auto key = std::ranges::find(keys(), member.name, &Key::name);
         if (key == keys().end()) {
-            say("is no setting of this version; it stays as it is");
+            say(translated("Settings", "is no setting of this version; it stays as it is"));
             continue;
         }
         const auto value = ordered_json::parse(

@@ -1,10 +1,13 @@
 #include "app/settings/settings_store.h"
 
 #include "platform/ports/file_system.h"
+#include "text/translation.h"
 
 #include <utility>
 
 namespace kelvane {
+
+using text::translated;
 
 SettingsStore::SettingsStore(FileSystem& files, const std::filesystem::path& braskHome)
     : m_files(files),
@@ -19,16 +22,17 @@ bool SettingsStore::look() {
         take({});
     } else if (!guard->isOurs || guard->othersWrite) {
         m_isUsable = false;
-        take(unusableSettings(m_file.string() +
-                              ": somebody else could have written it; nothing of it is used (make "
-                              "it yours, chmod 600)"));
+        take(unusableSettings(m_file.string() + ": " +
+                              translated("Settings",
+                                         "somebody else could have written it; nothing of it is "
+                                         "used (make it yours, chmod 600)")));
     } else if (auto text = m_files.readAny(m_file, kLongestSettings)) {
         m_text = std::move(*text);
         m_isUsable = true;
         take(parseSettings(*m_text, m_file.string()));
     } else {
         m_isUsable = false;
-        take(unusableSettings(m_file.string() + ": cannot be read"));
+        take(unusableSettings(m_file.string() + ": " + translated("Settings", "cannot be read")));
     }
     return before != std::pair(m_settings, m_problems);
 }
@@ -46,11 +50,11 @@ std::optional<std::string> SettingsStore::change(const std::function<void(Settin
     Settings wished = m_settings;
     edit(wished);
     const auto text = settingsText(m_text.value_or(""), wished);
-    if (!text) return m_problems.front() + " Mend it, or delete it.";
+    if (!text) return m_problems.front() + " " + translated("Settings", "Mend it, or delete it.");
     m_files.createDirectories(m_file.parent_path());
     // Where a link leads elsewhere, the link stays.
     if (!m_files.writeAtomically(m_files.resolve(m_file), *text)) {
-        return m_file.string() + " could not be written.";
+        return text::filled(translated("Settings", "%1 could not be written."), {m_file.string()});
     }
     look();
     return std::nullopt;

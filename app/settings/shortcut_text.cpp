@@ -1,5 +1,6 @@
 #include "app/settings/shortcut_text.h"
 
+#include "text/translation.h"
 #include "text/unicode.h"
 
 #include <algorithm>
@@ -9,6 +10,9 @@
 namespace kelvane {
 
 namespace {
+
+using text::filled;
+using text::translated;
 
 constexpr std::array<std::string_view, 12> kNamedKeys{"Space",  "Return",   "Tab",   "Escape",
                                                       "Insert", "Delete",   "Home",  "End",
@@ -62,9 +66,11 @@ std::optional<Shortcut> shortcutOf(std::string_view text, std::string& why) {
         const auto word = text::trimmedBlanks(rest.substr(0, plus));
         bool* const modifier = modifierOf(shortcut, word);
         if (modifier == nullptr || *modifier) {
-            why = modifier == nullptr
-                      ? "“" + std::string(word) + "” is none of Ctrl, Alt, Shift and Super."
-                      : "“" + std::string(word) + "” stands there twice.";
+            why =
+                modifier == nullptr
+                    ? filled(translated("Settings", "“%1” is none of Ctrl, Alt, Shift and Super."),
+                             {word})
+                    : filled(translated("Settings", "“%1” stands there twice."), {word});
             return std::nullopt;
         }
         *modifier = true;
@@ -73,14 +79,15 @@ std::optional<Shortcut> shortcutOf(std::string_view text, std::string& why) {
     const auto word = text::trimmedBlanks(rest);
     shortcut.key = keyOf(word);
     if (shortcut.key.empty()) {
-        why = word.empty() ? std::string("The key is missing, as in Ctrl+Alt+G.")
-                           : "There is no key “" + std::string(word) + "”.";
+        why = word.empty() ? translated("Settings", "The key is missing, as in Ctrl+Alt+G.")
+                           : filled(translated("Settings", "There is no key “%1”."), {word});
         return std::nullopt;
     }
     const bool isTypedWith =
         !isFunctionKey(shortcut.key) && shortcut.key != "Pause" && shortcut.key != "Print";
     if (isTypedWith && !shortcut.ctrl && !shortcut.alt && !shortcut.super) {
-        why = "A key that you type with needs Ctrl, Alt or Super beside it.";
+        why =
+            translated("Settings", "A key that you type with needs Ctrl, Alt or Super beside it.");
         return std::nullopt;
     }
     return shortcut;

@@ -3,6 +3,7 @@
 #include "app/process_settings.h"
 #include "platform/ports/bundle_resources.h"
 #include "platform/ports/url_opener.h"
+#include "text/translation.h"
 
 #include <algorithm>
 #include <ostream>
@@ -12,7 +13,8 @@ namespace kelvane {
 
 namespace {
 
-constexpr std::string_view kToolTip = "Kelvane — grade your work in any app";
+using text::translated;
+
 constexpr std::string_view kDemoTitle = "Kelvane Companion";
 
 } // namespace
@@ -156,7 +158,7 @@ void AppDelegate::makeStatusItem() {
     if (m_statusItem == nullptr) return;
     m_plainImage = trayIcon();
     if (m_plainImage) m_statusItem->setImage(m_plainImage);
-    m_statusItem->setToolTip(kToolTip);
+    showToolTip();
     m_statusItem->setAction(whileAlive([this] { togglePopover(); }));
     setItemMenu();
 }
@@ -165,18 +167,22 @@ void AppDelegate::setItemMenu() {
     if (m_statusItem == nullptr) return;
     m_menuPauses = m_model->pauseLeft().has_value();
     std::vector<StatusItem::MenuEntry> entries{
-        {"Open", whileAlive([this] { openPopover(true); })},
-        {"Where to grade…", whileAlive([this] { askWhereToGrade(); })},
-        {"History…", whileAlive([this] { m_model->onHistory(); })}};
+        {translated("Menu", "Open"), whileAlive([this] { openPopover(true); })},
+        {translated("Menu", "Where to grade…"), whileAlive([this] { askWhereToGrade(); })},
+        {translated("Menu", "History…"), whileAlive([this] { m_model->onHistory(); })}};
     if (m_actions.openSettings) {
-        entries.push_back({"Settings…", whileAlive([this] { openSettings(); })});
-        entries.push_back({m_menuPauses ? "Resume" : "Pause for an hour", whileAlive([this] {
-                               m_menuPauses ? m_model->resume() : m_model->pause(kPause);
-                               // Not now: the entry that was chosen would go.
-                               m_ports.application.later(whileAlive([this] { setItemMenu(); }));
-                           })});
+        entries.push_back(
+            {translated("Menu", "Settings…"), whileAlive([this] { openSettings(); })});
+        entries.push_back(
+            {m_menuPauses ? translated("Menu", "Resume") : translated("Menu", "Pause for an hour"),
+             whileAlive([this] {
+                 m_menuPauses ? m_model->resume() : m_model->pause(kPause);
+                 // Not now: the entry that was chosen would go.
+                 m_ports.application.later(whileAlive([this] { setItemMenu(); }));
+             })});
     }
-    entries.push_back({"Quit", whileAlive([this] { m_ports.application.terminate(); })});
+    entries.push_back(
+        {translated("Menu", "Quit"), whileAlive([this] { m_ports.application.terminate(); })});
     m_statusItem->setMenu(std::move(entries));
 }
 
@@ -208,8 +214,21 @@ void AppDelegate::showBadge() {
     m_badge = badge;
     // The plain one is at hand: drawing it would hold up the panel that is just opening.
     if (auto image = badge ? trayIcon() : m_plainImage) m_statusItem->setImage(std::move(image));
+    showToolTip();
+}
+
+void AppDelegate::showToolTip() {
+    if (m_statusItem == nullptr) return;
     const std::string news = badgeTip(*m_model->verdict, m_isVerdictSeen);
-    m_statusItem->setToolTip(std::string(kToolTip) + (news.empty() ? "" : "\n" + news));
+    m_statusItem->setToolTip(translated("Menu", "Kelvane — grade your work in any app") +
+                             (news.empty() ? "" : "\n" + news));
+}
+
+void AppDelegate::languageChanged() {
+    if (m_model == nullptr) return;
+    showToolTip();
+    setItemMenu();
+    m_model->refresh();
 }
 
 void AppDelegate::openSettings() {

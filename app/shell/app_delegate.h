@@ -125,6 +125,9 @@ public:
     /// shapes that have no popover.
     void askWhereToGrade();
 
+    /// The texts are in another language now: says anew what says itself only once.
+    void languageChanged();
+
     /// Opens the window of settings. Nothing in the shapes that have no popover.
     void openSettings();
 
@@ -147,6 +150,7 @@ private:
     void makeStatusItem();
     void setItemMenu();
     void showBadge();
+    void showToolTip();
     void verdictCame();
     void tell(const Notice& notice);
     void noticeChosen(const std::string& action, const std::optional<std::string>& runId);

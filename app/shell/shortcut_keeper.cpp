@@ -1,5 +1,6 @@
 #include "app/shell/shortcut_keeper.h"
 
+#include "app/known_sentences.h"
 #include "app/settings/settings_store.h"
 #include "app/settings/shortcut_text.h"
 #include "platform/ports/dispatcher.h"
@@ -39,7 +40,7 @@ void ShortcutKeeper::look() {
             });
         },
         [this, current, wished](const std::string& said) {
-            const std::string whole = wished + ": " + said;
+            const std::string whole = wished + ": " + translatedSentence(said);
             m_ports.dispatcher.main([current, whole] {
                 if (const auto problem = current.lock()) *problem = whole;
             });

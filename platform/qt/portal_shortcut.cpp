@@ -1,5 +1,7 @@
 #include "platform/qt/portal_shortcut.h"
 
+#include "text/translation.h"
+
 #include <QDBusArgument>
 #include <QDBusMetaType>
 #include <QDBusPendingCallWatcher>
@@ -206,7 +208,7 @@ void PortalShortcut::createSession() {
 void PortalShortcut::bind() {
     m_step = Step::Binding;
     const QList<PortalEntry> entries{{kId,
-                                      {{QStringLiteral("description"), m_options.description},
+                                      {{QStringLiteral("description"), m_options.description()},
                                        {QStringLiteral("preferred_trigger"),
                                         QString::fromStdString(portalTrigger(*m_wished))}}}};
     const auto options = expectResponse();
@@ -258,14 +260,19 @@ void PortalShortcut::closed(const QDBusMessage& message) {
     refuse(kTakenBack);
 }
 
-std::unique_ptr<GlobalShortcut> makePortalShortcut(const std::string& description) {
+std::unique_ptr<GlobalShortcut> makePortalShortcut() {
     return std::make_unique<PortalShortcut>(PortalShortcut::Options{
         .appId = QGuiApplication::desktopFileName(),
-        .description = QString::fromStdString(description),
-        .bus = [] {
-            return QDBusConnection::connectToBus(QDBusConnection::SessionBus,
-                                                 QStringLiteral("kelvane-shortcuts"));
-        }});
+        .description =
+            [] {
+                return QString::fromStdString(
+                    text::translated("Shortcut", "Grade what is in front"));
+            },
+        .bus =
+            [] {
+                return QDBusConnection::connectToBus(QDBusConnection::SessionBus,
+                                                     QStringLiteral("kelvane-shortcuts"));
+            }});
 }
 
 } // namespace kelvane

@@ -31,8 +31,9 @@ class PortalShortcut : public QObject, public GlobalShortcut {
 
 public:
     struct Options {
-        QString appId;       ///< The name of the program's desktop file.
-        QString description; ///< What the keys do, for the desktop's dialog.
+        QString appId; ///< The name of the program's desktop file.
+        /// What the keys do, for the desktop's dialog.
+        std::function<QString()> description;
         /// A connection of its own: a portal is told the program's name before all else. Called
         /// when the first keys are wanted.
         std::function<QDBusConnection()> bus;
@@ -82,9 +83,8 @@ private:
     bool m_isLost = false; ///< The portal has ended while the keys were in use.
 };
 
-/// Of the session that this program is in. `description` is what the keys do, for the desktop's
-/// dialog.
-[[nodiscard]] std::unique_ptr<GlobalShortcut> makePortalShortcut(const std::string& description);
+/// Of the session that this program is in.
+[[nodiscard]] std::unique_ptr<GlobalShortcut> makePortalShortcut();
 
 /// As portals write a combination: "CTRL+ALT+g". Pure.
 [[nodiscard]] std::string portalTrigger(const Shortcut& shortcut);

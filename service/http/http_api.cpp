@@ -300,8 +300,10 @@ void HttpApi::noteUse(const HttpHead& head, const HttpAnswer& answer) {
     // Who waits asks every second how far it is: that tells nobody anything.
     const bool asksHowFar = head.method == "GET" && head.path.starts_with("/api/v1/eval/jobs/") &&
                             answer.body.find(R"("run_id")") == std::string::npos;
+    // Nor does whoever watches: the answer must not wait for a database that may be away.
+    const bool watches = head.path == "/healthz" || head.path == "/readyz";
     const auto key = teamKeyIn(head);
-    if (!key || asksHowFar) return;
+    if (!key || asksHowFar || watches) return;
     // Whoever asks chooses what stands there.
     m_options.shared->noteUse(
         {key->name, head.method + " " + head.path.substr(0, kLongestAction), answer.status});

@@ -606,6 +606,52 @@ TEST_F(ServiceProcessTest, ACancelledJobEndsItsChild) {
     EXPECT_TRUE(std::ranges::none_of(folders, stands));
 }
 
+/// "512 MB of data for each process", for a shell that begins the service. A sanitizer keeps more
+/// books than that.
+std::string withinMemory() {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+    return "exec \"$@\"";
+#else
+    return "ulimit -d 524288 && exec \"$@\"";
+#endif
+}
+
+TEST_F(ServiceProcessTest, TheLargestWorkEndsWithAVerdictWithinItsMemory) {
+    constexpr std::size_t kMiB = std::size_t{1} << 20U;
+    ServiceProcess process({"--port", "0", "--data", data().string()}, {}, {}, withinMemory());
+    m_port = process.awaitPort();
+    ASSERT_NE(m_port, 0) << process.firstLine();
+    std::string key = contentOf(data() / "key");
+    ASSERT_FALSE(key.empty());
+    key.pop_back();
+    m_keyed = {{"Authorization", "Bearer " + key}};
+
+    // As much as a body may hold, by the name of brackets that nothing closes.
+    std::string body = submitBody("");
+    const std::size_t text = body.find("\"text\":\"") + 8;
+    body.insert(text, std::string(64 * kMiB - body.size(), '('));
+    ASSERT_EQ(body.size(), 64 * kMiB);
+    const Reply reply = post(m_port, "/api/v1/eval/jobs", body, m_keyed);
+    ASSERT_EQ(reply.status, 202) << reply.body;
+    const std::string job = json::parse(reply.body).at("job_id");
+    json answer;
+    while (true) { // However long it takes here: the time is stated for a quiet machine.
+        const Reply state = get(m_port, "/api/v1/eval/jobs/" + job, m_keyed);
+        ASSERT_EQ(state.status, 200) << state.body;
+        answer = json::parse(state.body);
+        if (answer.at("status") == "completed" || answer.at("status") == "failed") break;
+        std::this_thread::sleep_for(20ms);
+    }
+    ASSERT_EQ(answer.at("status"), "completed") << answer.dump();
+    const json& verdict = answer.at("result_summary");
+    EXPECT_EQ(verdict.at("band"), "route_to_fix");
+    EXPECT_THAT(verdict.at("not_checked").dump(), HasSubstr("what stands behind the first 8 MiB"));
+    // The service goes on.
+    EXPECT_EQ(finished(submit("We went to the the market.")).at("status"), "completed");
+    process.signal(SIGTERM);
+    EXPECT_EQ(process.end().exitCode, 0);
+}
+
 TEST_F(ServiceProcessTest, WhatACrashLeftOfTheWorkGoesAtTheNextStart) {
     {
         auto process = start();

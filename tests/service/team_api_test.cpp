@@ -194,6 +194,7 @@ TEST_F(TeamApiTest, KeysAreGoodWhileTheDatabaseIsAway) {
     EXPECT_EQ(ask(std::string(kJobs) + "/job_x", ada).status, 503);
     EXPECT_EQ(ask("/readyz", {}).status, 503);
     EXPECT_EQ(ask("/healthz", {}).status, 200) << "beginning the process anew would mend nothing";
+    EXPECT_EQ(ask("/healthz", ada).status, 200) << "whoever asks";
     EXPECT_EQ(watch("/readyz").status, 503);
     EXPECT_EQ(watch("/healthz").status, 200);
     const std::string away = watch("/metrics").body;

@@ -55,6 +55,7 @@ Column {
         theme: root.theme
         label: root.actions.getKey.label
         visible: root.actions.getKey.visible
+        anchors.left: parent.left
         width: Math.min(implicitWidth, root.width)
         height: implicitHeight
         onClicked: root.keyAsked()

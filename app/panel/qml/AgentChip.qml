@@ -21,7 +21,8 @@ RoundedBox {
 
     RoundedBox {
         objectName: "dot"
-        x: 8
+        anchors.left: parent.left
+        anchors.leftMargin: 8
         anchors.verticalCenter: parent.verticalCenter
         width: 7
         height: 7
@@ -42,7 +43,8 @@ RoundedBox {
         id: words
         theme: root.theme
         text: root.chip.name
-        x: 21
+        anchors.left: parent.left
+        anchors.leftMargin: 21
         y: 4
         width: Math.min(Math.ceil(implicitWidth), root.textRoom)
         wrapMode: Text.NoWrap
@@ -53,7 +55,8 @@ RoundedBox {
         id: shield
         visible: symbol !== ""
         anchors.verticalCenter: parent.verticalCenter
-        x: words.x + words.width + 5
+        anchors.left: words.right
+        anchors.leftMargin: 5
         symbol: root.chip.badge
         ink: root.theme.green
         size: root.theme.caption + 1

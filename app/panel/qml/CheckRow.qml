@@ -12,6 +12,7 @@ Pressable {
 
     RoundedBox {
         id: mark
+        anchors.left: parent.left
         width: root.theme.body + 1
         height: width
         anchors.verticalCenter: parent.verticalCenter
@@ -33,8 +34,9 @@ Pressable {
         id: words
         theme: root.theme
         text: root.label
-        x: mark.width + 8
-        width: Math.min(implicitWidth, root.width - x)
+        anchors.left: mark.right
+        anchors.leftMargin: 8
+        width: Math.min(implicitWidth, root.width - mark.width - 8)
         anchors.verticalCenter: parent.verticalCenter
         font.pixelSize: theme.callout
         Accessible.ignored: true

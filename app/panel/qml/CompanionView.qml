@@ -32,6 +32,9 @@ FocusScope {
         textSize: root.bridge.textSize
     }
 
+    // As the language's writing runs.
+    LayoutMirroring.enabled: Application.layoutDirection === Qt.RightToLeft
+    LayoutMirroring.childrenInherit: true
     width: 360
     implicitWidth: 360
     implicitHeight: maximumHeight > 0 ? Math.min(naturalHeight, maximumHeight) : naturalHeight

@@ -26,6 +26,8 @@ FocusScope {
     TextInput {
         id: input
         objectName: root.objectName + "Input"
+        horizontalAlignment: Application.layoutDirection === Qt.RightToLeft ? TextInput.AlignLeft
+                                                                           : undefined
         focus: true
         activeFocusOnTab: true
         x: 8

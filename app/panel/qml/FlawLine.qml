@@ -13,6 +13,7 @@ Item {
 
     PanelText {
         id: level
+        anchors.left: parent.left
         theme: root.theme
         ink: root.theme.ink(root.flaw.tint)
         text: root.flaw.severity
@@ -26,8 +27,9 @@ Item {
         id: words
         theme: root.theme
         text: root.flaw.text
-        x: level.width + 8
-        width: root.width - x
+        anchors.left: level.right
+        anchors.leftMargin: 8
+        width: root.width - level.width - 8
         font.pixelSize: theme.caption
     }
 }

@@ -44,6 +44,7 @@ Column {
         PanelText {
             theme: root.theme
             text: root.list.title
+            anchors.left: parent.left
             width: parent.width - links.width - 8
             anchors.verticalCenter: parent.verticalCenter
             wrapMode: Text.NoWrap
@@ -58,7 +59,7 @@ Column {
             LinkButton {
                 objectName: "historyLink"
                 theme: root.theme
-                label: "History…"
+                label: qsTr("History…")
                 width: implicitWidth
                 height: implicitHeight
                 onClicked: root.bridge.showHistory()
@@ -66,8 +67,8 @@ Column {
             LinkButton {
                 objectName: "copyFlawsLink"
                 theme: root.theme
-                label: "Copy all"
-                spokenName: "Copy all flaws as text"
+                label: qsTr("Copy all")
+                spokenName: qsTr("Copy all flaws as text")
                 visible: root.list.items.length > 0
                 width: implicitWidth
                 height: implicitHeight
@@ -77,8 +78,8 @@ Column {
                 id: fold
                 objectName: "foldFlawsLink"
                 theme: root.theme
-                label: "Less"
-                spokenName: "Show the first flaws only"
+                label: qsTr("Less")
+                spokenName: qsTr("Show the first flaws only")
                 width: implicitWidth
                 height: implicitHeight
                 onClicked: {
@@ -107,7 +108,7 @@ Column {
             id: undo
             objectName: "undoLink"
             theme: root.theme
-            label: "Undo"
+            label: qsTr("Undo")
             visible: root.bridge.mayUndo
             width: implicitWidth
             height: implicitHeight
@@ -170,22 +171,24 @@ Column {
                           + (entry.modelData.place === "" || entry.modelData.evidence === "" ? "" : " · ")
                           + entry.modelData.evidence
                     visible: text !== ""
-                    x: root.severityWidth + 8
-                    width: parent.width - x
+                    anchors.left: parent.left
+                    anchors.leftMargin: root.severityWidth + 8
+                    width: parent.width - root.severityWidth - 8
                     maximumLineCount: entry.isChosen ? 20 : 2
                     font.pixelSize: theme.smallCaption
                 }
                 Flow {
                     visible: entry.isChosen
-                    x: root.severityWidth + 8
-                    width: parent.width - x
+                    anchors.left: parent.left
+                    anchors.leftMargin: root.severityWidth + 8
+                    width: parent.width - root.severityWidth - 8
                     spacing: 12
                     topPadding: 2
 
                     LinkButton {
                         objectName: "goToLink"
                         theme: root.theme
-                        label: "Go to line"
+                        label: qsTr("Go to line")
                         visible: entry.modelData.mayGoTo
                         width: implicitWidth
                         height: implicitHeight
@@ -194,7 +197,7 @@ Column {
                     LinkButton {
                         objectName: "dismissLink"
                         theme: root.theme
-                        label: "Not a flaw"
+                        label: qsTr("Not a flaw")
                         visible: entry.modelData.mayDismiss
                         width: implicitWidth
                         height: implicitHeight
@@ -206,7 +209,7 @@ Column {
                     LinkButton {
                         objectName: "addWordLink"
                         theme: root.theme
-                        label: "Add to dictionary"
+                        label: qsTr("Add to dictionary")
                         visible: entry.modelData.mayAddWord
                         width: implicitWidth
                         height: implicitHeight
@@ -218,8 +221,8 @@ Column {
                     LinkButton {
                         objectName: "copyFlawLink"
                         theme: root.theme
-                        label: "Copy"
-                        spokenName: "Copy the flaw as text"
+                        label: qsTr("Copy")
+                        spokenName: qsTr("Copy the flaw as text")
                         width: implicitWidth
                         height: implicitHeight
                         onClicked: root.bridge.copyFlaw(entry.index)

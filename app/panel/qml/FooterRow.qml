@@ -17,7 +17,8 @@ Item {
         objectName: "wireLink"
         theme: root.theme
         label: root.footer.wire.label
-        x: 16
+        anchors.left: parent.left
+        anchors.leftMargin: 16
         y: 10
         width: implicitWidth
         height: implicitHeight

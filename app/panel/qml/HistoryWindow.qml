@@ -15,9 +15,12 @@ FocusScope {
         textSize: root.bridge.textSize
     }
 
+    // As the language's writing runs.
+    LayoutMirroring.enabled: Application.layoutDirection === Qt.RightToLeft
+    LayoutMirroring.childrenInherit: true
     focus: true
     Accessible.role: Accessible.Pane
-    Accessible.name: "History of verdicts"
+    Accessible.name: qsTr("History of verdicts")
 
     Keys.onPressed: event => {
         if (event.key === Qt.Key_F && event.modifiers === Qt.ControlModifier) {
@@ -42,6 +45,7 @@ FocusScope {
     // ---- the list
     Item {
         id: left
+        anchors.left: parent.left
         width: Math.max(260, Math.min(360, root.width * 0.42))
         anchors.top: parent.top
         anchors.bottom: parent.bottom
@@ -61,15 +65,18 @@ FocusScope {
             PanelText {
                 theme: root.theme
                 ink: theme.secondary
-                text: "Search verdicts"
+                text: qsTr("Search verdicts")
                 visible: search.text === ""
-                x: 10
+                anchors.left: parent.left
+                anchors.leftMargin: 10
                 anchors.verticalCenter: parent.verticalCenter
                 Accessible.ignored: true
             }
             TextInput {
                 id: search
                 objectName: "searchField"
+                horizontalAlignment: Application.layoutDirection === Qt.RightToLeft ? TextInput.AlignLeft
+                                                                                   : undefined
                 x: 10
                 width: parent.width - 20
                 anchors.verticalCenter: parent.verticalCenter
@@ -85,7 +92,7 @@ FocusScope {
                 onTextChanged: root.bridge.words = text
                 Keys.onDownPressed: list.enter()
                 Accessible.role: Accessible.EditableText
-                Accessible.name: "Search verdicts"
+                Accessible.name: qsTr("Search verdicts")
             }
         }
         ListView {
@@ -139,7 +146,7 @@ FocusScope {
             onModelChanged: currentIndex = placeOfChosen()
             onActiveFocusChanged: if (activeFocus && root.bridge.chosen === "") enter()
             Accessible.role: Accessible.List
-            Accessible.name: "Verdicts"
+            Accessible.name: qsTr("Verdicts")
             Keys.onPressed: event => {
                 switch (event.key) {
                 case Qt.Key_Down: move(1); break
@@ -185,8 +192,9 @@ FocusScope {
                     theme: root.theme
                     ink: entry.modelData.isDay ? theme.secondary : theme.primary
                     text: entry.modelData.text
-                    x: 8
-                    width: parent.width - x - (entry.isVerdict ? pill.width + 16 : 8)
+                    anchors.left: parent.left
+                    anchors.leftMargin: 8
+                    width: parent.width - 8 - (entry.isVerdict ? pill.width + 16 : 8)
                     anchors.bottom: parent.bottom
                     anchors.bottomMargin: entry.modelData.isDay ? 3 : 6
                     wrapMode: Text.NoWrap
@@ -247,9 +255,10 @@ FocusScope {
             objectName: "eraseAllLink"
             theme: root.theme
             quiet: true
-            label: "Delete all…"
+            label: qsTr("Delete all…")
             usable: list.count > 0
-            x: 14
+            anchors.left: parent.left
+            anchors.leftMargin: 14
             anchors.bottom: parent.bottom
             anchors.bottomMargin: 12
             width: implicitWidth
@@ -281,16 +290,17 @@ FocusScope {
 
                 PanelText {
                     theme: root.theme
-                    text: "Delete all verdicts? This cannot be undone."
+                    text: qsTr("Delete all verdicts? This cannot be undone.")
                     width: parent.width
                 }
                 Row {
+                    anchors.left: parent.left
                     spacing: 8
                     PushButton {
                         id: keep
                         objectName: "keepButton"
                         theme: root.theme
-                        label: "Keep"
+                        label: qsTr("Keep")
                         width: implicitWidth
                         height: implicitHeight
                         onClicked: sure.visible = false
@@ -298,7 +308,7 @@ FocusScope {
                     PushButton {
                         objectName: "eraseAllButton"
                         theme: root.theme
-                        label: "Delete all"
+                        label: qsTr("Delete all")
                         width: implicitWidth
                         height: implicitHeight
                         onClicked: {
@@ -329,7 +339,7 @@ FocusScope {
         PanelText {
             theme: root.theme
             ink: theme.secondary
-            text: "Choose a verdict to see its flaws."
+            text: qsTr("Choose a verdict to see its flaws.")
             visible: root.bridge.title === "" && root.bridge.empty === ""
             anchors.centerIn: parent
         }
@@ -357,7 +367,7 @@ FocusScope {
                 LinkButton {
                     objectName: "reportLink"
                     theme: root.theme
-                    label: "Full report"
+                    label: qsTr("Full report")
                     visible: root.bridge.hasReport
                     width: implicitWidth
                     height: implicitHeight
@@ -366,7 +376,7 @@ FocusScope {
                 LinkButton {
                     objectName: "compareLink"
                     theme: root.theme
-                    label: "Compare with the version before"
+                    label: qsTr("Compare with the version before")
                     visible: root.bridge.hasVersionBefore && !root.bridge.compares
                     width: implicitWidth
                     height: implicitHeight
@@ -375,7 +385,7 @@ FocusScope {
                 LinkButton {
                     objectName: "compareMarkedLink"
                     theme: root.theme
-                    label: "Compare with the marked one"
+                    label: qsTr("Compare with the marked one")
                     visible: root.bridge.marked !== "" && root.bridge.marked !== root.bridge.chosen
                              && !root.bridge.compares
                     width: implicitWidth
@@ -385,8 +395,8 @@ FocusScope {
                 LinkButton {
                     objectName: "markLink"
                     theme: root.theme
-                    label: root.bridge.marked === root.bridge.chosen ? "Take the mark away"
-                                                                    : "Mark to compare"
+                    label: root.bridge.marked === root.bridge.chosen ? qsTr("Take the mark away")
+                                                                    : qsTr("Mark to compare")
                     visible: !root.bridge.compares
                     width: implicitWidth
                     height: implicitHeight
@@ -395,7 +405,7 @@ FocusScope {
                 LinkButton {
                     objectName: "flawsLink"
                     theme: root.theme
-                    label: "Back to its flaws"
+                    label: qsTr("Back to its flaws")
                     visible: root.bridge.compares
                     width: implicitWidth
                     height: implicitHeight
@@ -404,8 +414,8 @@ FocusScope {
                 LinkButton {
                     objectName: "copyLink"
                     theme: root.theme
-                    label: "Copy"
-                    spokenName: "Copy all of this as text"
+                    label: qsTr("Copy")
+                    spokenName: qsTr("Copy all of this as text")
                     width: implicitWidth
                     height: implicitHeight
                     onClicked: root.bridge.copyDetails()
@@ -414,8 +424,8 @@ FocusScope {
                     objectName: "eraseLink"
                     theme: root.theme
                     quiet: true
-                    label: "Delete"
-                    spokenName: "Delete this verdict"
+                    label: qsTr("Delete")
+                    spokenName: qsTr("Delete this verdict")
                     width: implicitWidth
                     height: implicitHeight
                     onClicked: root.bridge.eraseChosen()
@@ -444,7 +454,7 @@ FocusScope {
             keyNavigationEnabled: false
             model: root.bridge.details
             Accessible.role: Accessible.List
-            Accessible.name: root.bridge.compares ? "Differences" : "Flaws"
+            Accessible.name: root.bridge.compares ? qsTr("Differences") : qsTr("Flaws")
             Keys.onPressed: event => {
                 switch (event.key) {
                 case Qt.Key_Down: scroll(3 * root.theme.body); break
@@ -478,7 +488,8 @@ FocusScope {
                     ink: theme.ink(detail.modelData.flaw.tint)
                     text: detail.modelData.sign
                     visible: detail.isText
-                    x: 4
+                    anchors.left: parent.left
+                    anchors.leftMargin: 4
                     y: 1
                     width: 12
                     font.pixelSize: theme.caption
@@ -490,13 +501,15 @@ FocusScope {
                     theme: root.theme
                     text: detail.modelData.flaw.text
                     visible: detail.isText
-                    x: 20
+                    horizontalAlignment: undefined
+                    anchors.left: parent.left
+                    anchors.leftMargin: 20
                     y: 1
                     width: parent.width - 24
                     font.pixelSize: theme.caption
                     font.family: "monospace"
-                    Accessible.name: detail.modelData.sign === "+" ? "Added: " + text
-                                     : detail.modelData.sign === "−" ? "Removed: " + text : text
+                    Accessible.name: detail.modelData.sign === "+" ? qsTr("Added: %1").arg(text)
+                                     : detail.modelData.sign === "−" ? qsTr("Removed: %1").arg(text) : text
                 }
                 FlawLine {
                     id: flawLine

@@ -16,6 +16,7 @@ Pressable {
 
     PanelText {
         id: words
+        anchors.left: parent.left
         theme: root.theme
         ink: !root.quiet ? root.theme.blue
              : root.hovered ? root.theme.primary : root.theme.secondary
@@ -29,7 +30,8 @@ Pressable {
     SymbolImage {
         id: trailing
         visible: symbol !== ""
-        x: words.width + 4
+        anchors.left: words.right
+        anchors.leftMargin: 4
         anchors.verticalCenter: words.verticalCenter
         symbol: root.trailingSymbol
         ink: words.color

@@ -28,9 +28,10 @@ MouseArea {
         speak()
     }
     function place() {
-        const spot = button.mapToItem(parent, button.width, 0)
+        const mirrored = LayoutMirroring.enabled
+        const spot = button.mapToItem(parent, mirrored ? 0 : button.width, 0)
         sheet.x = Math.round(Math.max(8, Math.min(parent.width - sheet.width - 8,
-                                                  spot.x - sheet.width + 8)))
+                                                  mirrored ? spot.x - 8 : spot.x - sheet.width + 8)))
         sheet.y = Math.round(Math.max(8, spot.y - sheet.height - 4))
     }
     /// The keyboard goes to what is chosen, so that it is read out.
@@ -170,7 +171,8 @@ MouseArea {
                         ink: root.current === entry.index ? root.theme.white : root.theme.primary
                         text: entry.modelData.title
                         visible: !entry.divides
-                        x: 10
+                        anchors.left: parent.left
+                        anchors.leftMargin: 10
                         y: 5
                         wrapMode: Text.NoWrap
                         font.pixelSize: theme.callout

@@ -12,6 +12,8 @@ Text {
     textFormat: Text.PlainText
     wrapMode: Text.Wrap
     elide: Text.ElideRight
+    // By its own writing, but where all runs from the right: names alone would stand on the other side.
+    horizontalAlignment: Application.layoutDirection === Qt.RightToLeft ? Text.AlignLeft : undefined
 
     Accessible.role: Accessible.StaticText
     Accessible.name: text

@@ -33,7 +33,7 @@ Item {
         SectionCaption {
             theme: root.theme
             text: root.preview.caption
-            width: Math.min(implicitWidth, parent.width)
+            width: parent.width
         }
         PanelText {
             objectName: "previewHeadline"
@@ -114,7 +114,9 @@ Item {
                 required property string modelData
                 theme: root.theme
                 text: modelData
+                x: LayoutMirroring.enabled ? 8 : 0
                 width: ListView.view.width - 8
+                horizontalAlignment: undefined
                 font.pixelSize: theme.callout
             }
         }
@@ -145,6 +147,7 @@ Item {
             theme: root.theme
             label: root.preview.always
             visible: label !== ""
+            anchors.left: parent.left
             width: Math.min(implicitWidth, rest.width)
             height: implicitHeight
             onClicked: checked = !checked

@@ -13,6 +13,7 @@ Item {
 
     PanelText {
         id: words
+        anchors.left: parent.left
         theme: root.theme
         text: root.label
         width: root.width - remove.width - 8

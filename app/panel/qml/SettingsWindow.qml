@@ -17,6 +17,9 @@ FocusScope {
         textSize: root.panel.textSize
     }
 
+    // As the language's writing runs.
+    LayoutMirroring.enabled: Application.layoutDirection === Qt.RightToLeft
+    LayoutMirroring.childrenInherit: true
     implicitWidth: 420
     implicitHeight: 620
     focus: true
@@ -86,7 +89,7 @@ FocusScope {
             Column {
                 width: parent.width
                 spacing: 6
-                SectionCaption { theme: root.theme; text: qsTr("WHERE TO GRADE") }
+                SectionCaption { theme: root.theme; text: qsTr("WHERE TO GRADE"); width: parent.width }
                 PanelText {
                     theme: root.theme
                     text: root.shown.place
@@ -97,6 +100,7 @@ FocusScope {
                     objectName: "askPlace"
                     theme: root.theme
                     label: qsTr("Choose where to grade…")
+                    anchors.left: parent.left
                     width: implicitWidth
                     height: implicitHeight
                     onClicked: root.bridge.askPlace()
@@ -105,7 +109,7 @@ FocusScope {
             Column {
                 width: parent.width
                 spacing: 6
-                SectionCaption { theme: root.theme; text: qsTr("SHOW WORK BEFORE IT IS SENT") }
+                SectionCaption { theme: root.theme; text: qsTr("SHOW WORK BEFORE IT IS SENT"); width: parent.width }
                 Repeater {
                     model: root.shown.previewChoices
                     CheckRow {
@@ -116,6 +120,7 @@ FocusScope {
                         oneOfSeveral: true
                         label: modelData
                         checked: root.shown.preview === index
+                        anchors.left: parent.left
                         width: Math.min(implicitWidth, all.width)
                         height: implicitHeight
                         onClicked: root.bridge.setPreview(index)
@@ -137,12 +142,13 @@ FocusScope {
             Column {
                 width: parent.width
                 spacing: 6
-                SectionCaption { theme: root.theme; text: qsTr("NEVER CAPTURE") }
+                SectionCaption { theme: root.theme; text: qsTr("NEVER CAPTURE"); width: parent.width }
                 CheckRow {
                     objectName: "passwordManagers"
                     theme: root.theme
                     label: qsTr("Password managers")
                     checked: root.shown.passwordManagers
+                    anchors.left: parent.left
                     width: Math.min(implicitWidth, all.width)
                     height: implicitHeight
                     onClicked: root.bridge.setPasswordManagers(!root.shown.passwordManagers)
@@ -164,6 +170,7 @@ FocusScope {
                     theme: root.theme
                     label: root.shown.front
                     visible: label !== ""
+                    anchors.left: parent.left
                     width: Math.min(implicitWidth, all.width)
                     height: implicitHeight
                     onClicked: root.bridge.excludeFront()
@@ -185,6 +192,7 @@ FocusScope {
                     objectName: "pause"
                     theme: root.theme
                     label: root.shown.pause
+                    anchors.left: parent.left
                     width: implicitWidth
                     height: implicitHeight
                     onClicked: root.bridge.pauseOrResume()
@@ -193,7 +201,7 @@ FocusScope {
             Column {
                 width: parent.width
                 spacing: 6
-                SectionCaption { theme: root.theme; text: qsTr("KEYS THAT GRADE WHAT IS IN FRONT") }
+                SectionCaption { theme: root.theme; text: qsTr("KEYS THAT GRADE WHAT IS IN FRONT"); width: parent.width }
                 EntryField {
                     objectName: "shortcut"
                     theme: root.theme
@@ -208,12 +216,13 @@ FocusScope {
             Column {
                 width: parent.width
                 spacing: 6
-                SectionCaption { theme: root.theme; text: qsTr("NOTIFICATIONS") }
+                SectionCaption { theme: root.theme; text: qsTr("NOTIFICATIONS"); width: parent.width }
                 CheckRow {
                     objectName: "notifications"
                     theme: root.theme
                     label: qsTr("Verdicts that come while the panel is closed")
                     checked: root.shown.notifications
+                    anchors.left: parent.left
                     width: Math.min(implicitWidth, all.width)
                     height: implicitHeight
                     onClicked: root.bridge.setNotifications(!root.shown.notifications)
@@ -222,7 +231,28 @@ FocusScope {
             Column {
                 width: parent.width
                 spacing: 6
-                SectionCaption { theme: root.theme; text: qsTr("CODING TOOLS") }
+                SectionCaption { theme: root.theme; text: qsTr("LANGUAGE"); width: parent.width }
+                Repeater {
+                    model: root.shown.languageChoices
+                    CheckRow {
+                        required property int index
+                        required property string modelData
+                        objectName: "language" + index
+                        theme: root.theme
+                        oneOfSeveral: true
+                        label: modelData
+                        checked: root.shown.language === index
+                        anchors.left: parent.left
+                        width: Math.min(implicitWidth, all.width)
+                        height: implicitHeight
+                        onClicked: root.bridge.setLanguage(index)
+                    }
+                }
+            }
+            Column {
+                width: parent.width
+                spacing: 6
+                SectionCaption { theme: root.theme; text: qsTr("CODING TOOLS"); width: parent.width }
                 Repeater {
                     model: root.shown.agents
                     PanelText {
@@ -237,6 +267,7 @@ FocusScope {
                     objectName: "wire"
                     theme: root.theme
                     label: qsTr("Wire my tools")
+                    anchors.left: parent.left
                     width: implicitWidth
                     height: implicitHeight
                     onClicked: root.bridge.wire()

@@ -54,6 +54,7 @@ Column {
 
         BandPill {
             id: pill
+            anchors.left: parent.left
             objectName: "bandPill"
             theme: root.theme
             tip: root.tip
@@ -68,9 +69,10 @@ Column {
         PanelText {
             theme: root.theme
             text: root.verdict.score
-            x: pill.width + 8
+            anchors.left: pill.right
+            anchors.leftMargin: 8
             width: Math.min(Math.ceil(implicitWidth),
-                            parent.width - x - (report.visible ? report.width + 8 : 0))
+                            parent.width - pill.width - 8 - (report.visible ? report.width + 8 : 0))
             visible: text !== ""
             anchors.verticalCenter: parent.verticalCenter
             wrapMode: Text.NoWrap
@@ -152,7 +154,7 @@ Column {
             id: opener
             objectName: "flawsButton"
             theme: root.theme
-            label: "Show all flaws"
+            label: qsTr("Show all flaws")
             anchors.fill: parent
             onClicked: {
                 const byKeyboard = activeFocus

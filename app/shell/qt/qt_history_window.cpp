@@ -2,6 +2,7 @@
 
 #include "app/panel/history_item.h"
 #include "app/panel/panel_appearance.h"
+#include "text/translation.h"
 
 #include <QQuickItem>
 #include <QQuickView>
@@ -37,7 +38,6 @@ void QtHistoryWindow::build() {
         });
     m_view = makeHistoryView(*m_bridge);
     if (!m_view) return;
-    m_view->setTitle(QStringLiteral("History of verdicts"));
     m_view->setMinimumSize(kSmallest);
     m_view->resize(kSize);
     connect(m_view->rootObject(), SIGNAL(dismissed()), this, SLOT(close()));
@@ -66,6 +66,7 @@ void QtHistoryWindow::show() {
     if (!m_view) build();
     if (!m_view) return;
     m_bridge->reload();
+    m_view->setTitle(QString::fromStdString(text::translated("Window", "History of verdicts")));
     m_view->show();
     m_view->raise();
     m_view->requestActivate();

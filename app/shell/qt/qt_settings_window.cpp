@@ -2,6 +2,7 @@
 
 #include "app/panel/panel_appearance.h"
 #include "app/panel/panel_item.h"
+#include "text/translation.h"
 
 #include <QGuiApplication>
 #include <QQuickItem>
@@ -19,7 +20,6 @@ QtSettingsWindow::QtSettingsWindow(SettingsBridge::Ports ports, PanelImages imag
       m_appearance(std::make_unique<PanelAppearance>(m_panel)),
       m_view(makeSettingsView(m_bridge, m_panel)) {
     if (!m_view) return;
-    m_view->setTitle(QStringLiteral("Kelvane Settings"));
     m_view->setFlags(Qt::Dialog);
     m_view->setPersistentSceneGraph(false);
     m_view->setPersistentGraphics(false);
@@ -39,6 +39,7 @@ QtSettingsWindow::~QtSettingsWindow() {
 void QtSettingsWindow::open() {
     if (!m_view) return;
     m_bridge.redraw();
+    m_view->setTitle(QString::fromStdString(text::translated("Window", "Kelvane Settings")));
     m_view->show();
     m_view->raise();
     m_view->requestActivate();

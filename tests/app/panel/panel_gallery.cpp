@@ -1,7 +1,10 @@
-// Draws every state of the panel to PNG files, for people to look at: panel_gallery FOLDER [STATE]
+// Draws every state of the panel to PNG files, for people to look at: panel_gallery FOLDER [STATE
+// [LANGUAGE]]. STATE "" is all of them; LANGUAGE is "de" or another one, or "pseudo", see
+// pseudo_translation.py.
 
 #include "app/panel/history_item.h"
 #include "app/panel/panel_item.h"
+#include "app/panel/panel_language.h"
 #include "app/panel/panel_picture.h"
 #include "app/panel/settings_bridge.h"
 #include "app/settings/settings_store.h"
@@ -13,21 +16,29 @@
 #include <QQuickView>
 
 #include <cstdio>
-#include <string>
+#include <string_view>
 
 int main(int argc, char** argv) {
     using namespace kelvane;
     if (argc < 2) {
-        std::fputs("usage: panel_gallery FOLDER [STATE]\n", stderr);
+        std::fputs("usage: panel_gallery FOLDER [STATE [LANGUAGE]]\n", stderr);
         return 2;
     }
     qputenv("QT_QPA_PLATFORM", "offscreen");
     const QGuiApplication application(argc, argv);
     useSoftwareRendering();
+    PanelLanguage language;
+    if (argc > 3) {
+        language.use(argv[3]);
+        QCoreApplication::processEvents(); // The application learns which way writing runs.
+    }
     const QDir folder(QString::fromLocal8Bit(argv[1]));
     folder.mkpath(QStringLiteral("."));
+    const auto isWanted = [&](std::string_view state) {
+        return argc < 3 || *argv[2] == '\0' || state == argv[2];
+    };
     for (const auto& state : panelStates()) {
-        if (argc > 2 && state.name != argv[2]) continue;
+        if (!isWanted(state.name)) continue;
         for (const bool dark : {false, true}) {
             for (const double scale : {1.0, 1.5, 2.0}) {
                 PanelFixture panel;
@@ -45,7 +56,7 @@ int main(int argc, char** argv) {
         }
     }
     for (const auto& state : historyStates()) {
-        if (argc > 2 && state.name != argv[2]) continue;
+        if (!isWanted(state.name)) continue;
         for (const bool dark : {false, true}) {
             HistoryBridge bridge(historyPorts());
             bridge.setDark(dark);
@@ -62,22 +73,22 @@ int main(int argc, char** argv) {
         }
     }
     for (const bool dark : {false, true}) {
-        if (argc > 2 && std::string("settings") != argv[2]) continue;
+        if (!isWanted("settings")) break;
         PanelFixture panel;
         panel.model.seedDemo();
         SettingsStore store(panel.fake.files, "/home/u/.brask");
-        SettingsBridge bridge({.model = panel.model,
-                               .store = store,
-                               .place = [] { return std::string("this machine"); },
-                               .askPlace = [] {}});
-        PanelBridge look(panel.model, panel.images);
-        look.setDark(dark);
-        const auto view = makeSettingsView(bridge, look);
-        view->resize(420, 560);
+        PanelBridge bridge(panel.model, panel.images);
+        bridge.setDark(dark);
+        SettingsBridge settings({.model = panel.model,
+                                 .store = store,
+                                 .place = [] { return std::string("this machine"); },
+                                 .askPlace = [] {}});
+        const auto view = makeSettingsView(settings, bridge);
+        view->resize(420, 900);
         view->show();
         QCoreApplication::processEvents();
-        const auto name =
-            dark ? QStringLiteral("settings-dark.png") : QStringLiteral("settings-light.png");
+        const auto name = QStringLiteral("settings-%1.png")
+                              .arg(dark ? QStringLiteral("dark") : QStringLiteral("light"));
         if (!view->grabWindow().save(folder.filePath(name))) return 1;
     }
     return 0;

@@ -86,8 +86,8 @@ TEST_F(SettingsWindowTest, EveryControlIsReachedByTabOnceAndHasAName) {
         EXPECT_LE(place.bottom(), view->height()) << focused->objectName().toStdString();
     }
     // The place, three for the preview, three for what is never captured, the pause, the keys, the
-    // notifications and the wiring.
-    EXPECT_EQ(all, 11U);
+    // notifications, six for the language and the wiring.
+    EXPECT_EQ(all, 17U);
 }
 
 TEST_F(SettingsWindowTest, AChoiceIsWrittenAtOnce) {
@@ -104,6 +104,18 @@ TEST_F(SettingsWindowTest, AChoiceIsWrittenAtOnce) {
     press("notifications");
     EXPECT_TRUE(isChecked("notifications"));
     EXPECT_THAT(written(), HasSubstr("\"notifications\": true"));
+}
+
+TEST_F(SettingsWindowTest, TheLanguageIsTheDesktopsUntilOneIsChosen) {
+    EXPECT_TRUE(isChecked("language0"));
+    press("language2");
+    EXPECT_EQ(store.now().language, "de");
+    EXPECT_THAT(written(), HasSubstr(R"("language": "de")"));
+    EXPECT_TRUE(isChecked("language2"));
+    EXPECT_EQ(applied, 1) << "in use at once";
+    press("language0");
+    EXPECT_EQ(store.now().language, "");
+    EXPECT_TRUE(isChecked("language0"));
 }
 
 TEST_F(SettingsWindowTest, ExclusionsAreTypedTakenFromTheFrontAndRemoved) {

@@ -3,6 +3,7 @@
 #include "app/process_settings.h"
 #include "app/settings/settings_store.h"
 #include "platform/fake/fakes.h"
+#include "text/translation.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -811,6 +812,19 @@ TEST_F(AppDelegateTest, TheHistoryOpensFromTheMenuAndFromThePanelWhichCloses) {
     happened();
     delegate->model()->onHistory();
     EXPECT_THAT(happened(), ElementsAre("popover close", "show history"));
+}
+
+TEST_F(AppDelegateTest, TheItemSpeaksAnotherLanguageAsSoonAsThereIsOne) {
+    start();
+    happened();
+    text::useTranslator(
+        [](const text::Phrase& phrase) { return "[" + std::string(phrase.source) + "]"; });
+    delegate->languageChanged();
+    text::useTranslator(nullptr);
+    EXPECT_EQ(state.menu.front().title, "[Open]");
+    EXPECT_EQ(state.menu.back().title, "[Quit]");
+    EXPECT_THAT(happened(),
+                ElementsAre("item tip [Kelvane — grade your work in any app]", "refresh"));
 }
 
 TEST_F(AppDelegateTest, TheItemsMenuOpensTheSettingsAndPauses) {

@@ -193,7 +193,7 @@ protected:
     int presses = 0;
     std::vector<std::string> refusals;
     PortalShortcut shortcut{{.appId = QStringLiteral("com.example.app"),
-                             .description = QStringLiteral("Grade"),
+                             .description = [] { return QStringLiteral("Grade"); },
                              .bus = [this] { return bus.as("program"); },
                              .patience = 20s}};
 };
@@ -288,7 +288,7 @@ TEST_F(PortalShortcutTest, APortalThatIsSilentIsGivenUp) {
     portal.isSilent = true;
     serve();
     PortalShortcut hasty({.appId = {},
-                          .description = {},
+                          .description = [] { return QString(); },
                           .bus = [this] { return bus.as("program"); },
                           .patience = 1ms});
     hasty.use({.key = "F9"}, nullptr, [this](const std::string& why) { refusals.push_back(why); });
