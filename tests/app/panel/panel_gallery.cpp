@@ -84,7 +84,7 @@ int main(int argc, char** argv) {
                                  .place = [] { return std::string("this machine"); },
                                  .askPlace = [] {}});
         const auto view = makeSettingsView(settings, bridge);
-        view->resize(420, 900);
+        view->resize(420, 730);
         view->show();
         QCoreApplication::processEvents();
         const auto name = QStringLiteral("settings-%1.png")
