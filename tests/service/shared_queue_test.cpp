@@ -93,7 +93,8 @@ TEST_F(SharedQueueTest, WhatOneProgramTakesInAnotherJudges) {
     EXPECT_TRUE(m_queue->status(id)->warming) << "nobody is there to judge it";
     const auto worker = program(1);
     EXPECT_EQ(finished(id).result->findings.at(0).evidence, "one");
-    EXPECT_FALSE(m_queue->isWarming());
+    // Whoever judges tells that it is there in its own time.
+    while (m_queue->isWarming()) std::this_thread::yield();
     const auto outcome = iterated(finished(id).runId, "low b: two");
     ASSERT_TRUE(std::holds_alternative<Iterated>(outcome));
     EXPECT_EQ(std::get<Iterated>(outcome).number, 1);

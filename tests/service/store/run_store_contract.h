@@ -107,7 +107,8 @@ TYPED_TEST_P(RunStoreContract, EverythingIsThereAgainAfterReopening) {
 
 TYPED_TEST_P(RunStoreContract, WhateverWorkHoldsIsToldAsItWas) {
     RunStore& store = *this->m_store;
-    const std::string odd("\x1a\0\xff \xed\xa0\x80 \xf0\x9f\x98\x80 '\"\\x00 \n", 24);
+    constexpr char kOdd[] = "\x1a\0\xff \xed\xa0\x80 \xf0\x9f\x98\x80 '\"\\x00 \n";
+    const std::string odd(kOdd, sizeof kOdd); // with the zero at its end
     RunRecord run = runRecord("run_1", 5);
     run.vertical = odd;
     Iteration& first = run.iterations.front();
