@@ -8,6 +8,8 @@
 #include "tests/service/job_desk_contract.h"
 #include "tests/service/postgres_cluster.h"
 
+#include <thread>
+
 namespace trevix {
 namespace {
 
