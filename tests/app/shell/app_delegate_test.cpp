@@ -359,6 +359,14 @@ protected:
     bool placeIsUnknown = false;
     bool hasSettings = false;
     SettingsStore* settings = nullptr;
+    void captureWords() {
+        captureGives.ok = true;
+        captureGives.parts = {{.mimeType = "text/plain",
+                               .text = "words",
+                               .dataB64 = std::nullopt,
+                               .logicalName = "work.txt"}};
+    }
+
     CaptureResult captureGives;
     std::string captured; ///< How the last capture was to be made.
     std::function<void()> whileAsked;
@@ -532,11 +540,7 @@ TEST_F(AppDelegateTest, AGradeThatEndsBehindAClosedPanelTellsWhatCameOfIt) {
     platform.workspace.running = {figma()};
     platform.workspace.front = 42;
     platform.environment.variables["BRASK_API_KEY"] = "k";
-    captureGives.ok = true;
-    captureGives.parts = {{.mimeType = "text/plain",
-                           .text = "words",
-                           .dataB64 = std::nullopt,
-                           .logicalName = "work.txt"}};
+    captureWords();
     start();
     happened();
     delegate->model()->grade();
@@ -677,11 +681,7 @@ TEST_F(AppDelegateTest, ThePanelOpensForAPreviewAndClosingItSendsNothing) {
     platform.environment.variables["BRASK_API_KEY"] = "k";
     SettingsStore store(platform.files, "/home/me/.brask");
     settings = &store;
-    captureGives.ok = true;
-    captureGives.parts = {{.mimeType = "text/plain",
-                           .text = "words",
-                           .dataB64 = std::nullopt,
-                           .logicalName = "work.txt"}};
+    captureWords();
     start();
     delegate->model()->refresh();
     delegate->model()->grade();
@@ -825,6 +825,20 @@ TEST_F(AppDelegateTest, TheItemSpeaksAnotherLanguageAsSoonAsThereIsOne) {
     EXPECT_EQ(state.menu.back().title, "[Quit]");
     EXPECT_THAT(happened(),
                 ElementsAre("item tip [Kelvane — grade your work in any app]", "refresh"));
+}
+
+TEST_F(AppDelegateTest, TheNewsOfTheItemStayInAnotherLanguage) {
+    start();
+    delegate->model()->verdict = blocked();
+    delegate->model()->onVerdict();
+    happened();
+    text::useTranslator(
+        [](const text::Phrase& phrase) { return "[" + std::string(phrase.source) + "]"; });
+    delegate->languageChanged();
+    text::useTranslator(nullptr);
+    EXPECT_THAT(happened(),
+                testing::Contains(testing::AllOf(testing::StartsWith("item tip [Kelvane"),
+                                                 testing::HasSubstr("\n[New verdict: "))));
 }
 
 TEST_F(AppDelegateTest, TheItemsMenuOpensTheSettingsAndPauses) {
