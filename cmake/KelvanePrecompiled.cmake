@@ -35,6 +35,11 @@ function(kelvane_use_precompiled target from)
     return()
   endif()
   target_precompile_headers(${target} REUSE_FROM ${from})
+  # What was parsed for libraries, which may go into the module, is of no use to what is compiled otherwise.
+  get_target_property(type ${target} TYPE)
+  if(type STREQUAL "EXECUTABLE" AND NOT APPLE)
+    target_compile_options(${target} PRIVATE -fPIC)
+  endif()
   # Objective-C++ is another language to a compiler that reads these.
   get_target_property(sources ${target} SOURCES)
   list(FILTER sources INCLUDE REGEX "\\.mm$")

@@ -17,7 +17,9 @@ import threading
 import time
 import unittest
 
-KIT = pathlib.Path(__file__).resolve().parents[3] / "resources" / "kit"
+RESOURCES = pathlib.Path(__file__).resolve().parents[3] / "resources"
+#: The kit that is tested: a copy that is compiled already (run_all_pythons.py), or the checkout's.
+KIT = pathlib.Path(os.environ.get("COMPILED_KIT") or RESOURCES / "kit")
 sys.path.insert(0, str(KIT / "standing"))
 sys.dont_write_bytecode = True
 

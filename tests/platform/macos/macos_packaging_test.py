@@ -249,7 +249,8 @@ class IconFile(unittest.TestCase):
         self.assertIn("OUT.icns PICTURE.png", result.stderr)
 
 
-STAND_IN = """#!/usr/bin/env python3
+# By this interpreter and no other of its name: one that is looked up by a shell costs many times its start.
+STAND_IN = f"#!{sys.executable} -SE\n" + """
 import json, os, pathlib, sys
 name, arguments = os.path.basename(sys.argv[0]), sys.argv[1:]
 if name == "uname":

@@ -231,9 +231,11 @@ TEST_F(PosixProcessRunnerTest, WorksWithoutDescriptorsOfItsOwn) {
 
 TEST_F(PosixProcessRunnerTest, NoDescriptorsLeftIsAbsent) {
     const auto outcome = [this] {
+        // A sanitizer, too, looks at an object the first time with a descriptor of its own.
+        const bool before = shell("echo x") != std::nullopt;
         while (open("/dev/null", O_RDONLY | O_CLOEXEC) >= 0) {
         }
-        _exit(shell("echo x") == std::nullopt ? 0 : 1);
+        _exit(before && shell("echo x") == std::nullopt ? 0 : 1);
     };
     EXPECT_EXIT(outcome(), testing::ExitedWithCode(0), "");
 }
