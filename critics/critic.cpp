@@ -12,6 +12,7 @@
 #include "critics/sheet/sheet_critic.h"
 #include "critics/text/calendar.h"
 #include "critics/text/prose_rules.h"
+#include "critics/text/secret_shapes.h"
 #include "critics/text/text_critic.h"
 #include "text/letters.h"
 #include "text/unicode.h"
@@ -259,6 +260,7 @@ void warmUp() {
     std::call_once(once, [] {
         warmUpDateNames();
         warmUpWordLists();
+        warmUpSecretShapes();
     });
 }
 

@@ -141,8 +141,10 @@ bool holdsDespiteMacros(const CodeView& view, const SyntaxFault& fault,
             return other.missing == "type_identifier" && other.offset >= fault.offset &&
                    other.offset - fault.offset <= kNextToken;
         });
-        return !declares && !endsLikeMacro(text.substr(0, fault.offset)) &&
-               !beginsLikeMacro(text.substr(fault.offset));
+        const std::string_view before = text.substr(0, fault.offset);
+        // C23 and C++23 let a label end a block; the grammars are older.
+        if (text::trimmed(before).ends_with(':')) return false;
+        return !declares && !endsLikeMacro(before) && !beginsLikeMacro(text.substr(fault.offset));
     }
     const std::string_view there = text.substr(fault.offset, fault.length);
     // Words alone are what macros look like.

@@ -374,6 +374,17 @@ bool isPattern(const DocumentView& document, const Reference& mark) {
            before.find_first_not_of(" \t") == std::string_view::npos;
 }
 
+/// Whether the brackets are none of a link: "row[i][j]", "[a-z][a-z0-9]", or the name of a thing in
+/// code where nothing at all is defined, whose address a tool puts in.
+bool isOfCode(const DocumentView& document, const Reference& reference) {
+    const std::string_view text = document.source.text();
+    const auto isPartBefore = [](char c) { return text::isAsciiWord(c) || c == ']' || c == ')'; };
+    if (reference.offset > 0 && isPartBefore(text[reference.offset - 1])) return true;
+    const std::string_view own = text.substr(reference.offset, reference.length);
+    if (own.starts_with("[a-z") || own.starts_with("[A-Z") || own.starts_with("[0-9")) return true;
+    return own.starts_with("[`") && document.outline.definitions.empty();
+}
+
 } // namespace
 
 void checkLinks(const DocumentView& document, FindingList& findings) {
@@ -413,7 +424,9 @@ void checkLinks(const DocumentView& document, FindingList& findings) {
                      "is a picture without words for those who cannot see it");
     }
     for (const Reference& reference : document.outline.references) {
-        if (defined.count(text::lowerAscii(reference.id)) > 0) continue;
+        if (defined.count(text::lowerAscii(reference.id)) > 0 || isOfCode(document, reference)) {
+            continue;
+        }
         findings.add(kMissingDefinition, reference.offset, reference.length,
                      "is a link whose address is defined nowhere");
     }

@@ -11,7 +11,12 @@ namespace trevix {
 template <>
 struct RulesFor<WorkKind::document> {
     static constexpr std::array kRules = {
-        Rule{"document.heading_order", Severity::medium, "order of headings", Unit::line, ""},
+        Rule{"document.heading_order",
+             {Severity::medium, Severity::low},
+             "order of headings",
+             Unit::line,
+             "chosen: low are three headings of a level where the one above it is nowhere, one in "
+             "eight, and five words right below the title"},
         Rule{"document.second_title", Severity::low, "order of headings", Unit::line,
              "chosen: three headings of level 1 make them chapters"},
         Rule{"document.duplicate_heading", Severity::low, "distinct headings", Unit::line, ""},

@@ -17,7 +17,8 @@ namespace text = kelvane::text;
 
 namespace {
 
-constexpr GradedRule kHeadingOrder = declared<WorkKind::document>("document.heading_order");
+constexpr GradedRule kHeadingOrder =
+    declared<WorkKind::document>("document.heading_order", Severity::medium);
 constexpr GradedRule kSecondTitle = declared<WorkKind::document>("document.second_title");
 constexpr GradedRule kDuplicateHeading = declared<WorkKind::document>("document.duplicate_heading");
 constexpr GradedRule kEmptyHeading = declared<WorkKind::document>("document.empty_heading");
@@ -57,16 +58,44 @@ std::vector<bool> haveContent(const DocumentView& document) {
     return content;
 }
 
+/// A heading that stands too deep, and the level of the one above it.
+struct Skip {
+    std::size_t heading = 0; ///< Index.
+    int above = 0;
+};
+
+/// Whether it is the second line of a title: a sentence right below it.
+bool isTagline(const DocumentView& document, const Skip& skip, const std::vector<bool>& content) {
+    constexpr std::size_t kSentence = 5; // Words; fewer name a section.
+    if (skip.heading != 1 || skip.above != 1 || content[0]) return false;
+    const Heading& heading = document.outline.headings[1];
+    return text::wordsIn(document.source.text(), heading.begin, heading.end).size() >= kSentence;
+}
+
+using LevelCounts = std::array<std::size_t, 7>; ///< Headings of each level.
+
+/// Whether the levels between are nowhere in the document, which has several headings of the lower
+/// one: then a size was chosen, and the outline lacks nothing.
+bool isChosenSize(const LevelCounts& counts, int above, int level) {
+    constexpr std::size_t kSeveral = 3;
+    const auto begin = counts.begin() + above + 1;
+    const auto end = counts.begin() + level;
+    return counts[static_cast<std::size_t>(level)] >= kSeveral &&
+           std::all_of(begin, end, [](std::size_t count) { return count == 0; });
+}
+
 void checkLevels(const DocumentView& document, const std::vector<bool>& content,
                  FindingList& findings) {
     const auto& headings = document.outline.headings;
-    std::size_t titles = 0;
-    // How many titles there are has to be known before the first is judged.
-    for (const Heading& heading : headings) titles += heading.level == 1 ? 1U : 0U;
+    // How many there are of each level has to be known before the first is judged.
+    LevelCounts counts{};
+    for (const Heading& heading : headings) ++counts[static_cast<std::size_t>(heading.level)];
+    const std::size_t titles = counts[1];
     // Where every chapter is of the first level, none of them is a second title; a chapter has
     // something in it.
     const bool chapters = titles > 2 || (titles == headings.size() && content[0]);
     bool titled = false;
+    std::vector<Skip> skips;
     for (std::size_t i = 0; i < headings.size(); ++i) {
         const Heading& heading = headings[i];
         const std::size_t length = heading.end - heading.begin;
@@ -79,9 +108,19 @@ void checkLevels(const DocumentView& document, const std::vector<bool>& content,
         // The first heading is measured by the title of the front matter.
         const int above = i == 0 ? 1 : headings[i - 1].level;
         if (heading.level <= above + 1 || length == 0) continue; // Told as wordless.
-        findings.add(kHeadingOrder, heading.begin, length,
+        skips.push_back({i, above});
+    }
+    // Like a slip that is alone in a page.
+    constexpr std::size_t kSoundForEach = 8;
+    const bool rare = headings.size() >= kSoundForEach * skips.size();
+    for (const Skip& skip : skips) {
+        const Heading& heading = headings[skip.heading];
+        const bool soft = rare || isChosenSize(counts, skip.above, heading.level) ||
+                          isTagline(document, skip, content);
+        findings.add(soft ? softened(kHeadingOrder) : kHeadingOrder, heading.begin,
+                     heading.end - heading.begin,
                      "is a heading of level " + std::to_string(heading.level) +
-                         " right below one of level " + std::to_string(above));
+                         " right below one of level " + std::to_string(skip.above));
     }
 }
 
@@ -102,6 +141,21 @@ bool standsAmongComments(const DocumentView& document, const Heading& heading) {
     if (!begins(heading.line)) return false;
     return (heading.line > 0 && begins(heading.line - 1)) ||
            (heading.line + 1 < document.source.lineCount() && begins(heading.line + 1));
+}
+
+/// Whether the words are the heading of a section. "# backup --all /srv" is a line for a shell, and
+/// "# -*- mode -*-" one for an editor; in a text without other marks both look like headings.
+bool namesSection(const DocumentView& document, const Heading& heading) {
+    if (!hasWords(document, heading)) return false;
+    const std::string_view text =
+        document.source.text().substr(heading.begin, heading.end - heading.begin);
+    if (text.starts_with("-*-")) return false;
+    for (std::size_t i = text.find(" -"); i != std::string_view::npos; i = text.find(" -", i + 1)) {
+        const std::string_view option = text.substr(i + 2);
+        const std::size_t dashes = option.starts_with('-') ? 1 : 0;
+        if (option.size() > dashes && text::isAsciiLetter(option[dashes])) return false;
+    }
+    return true;
 }
 
 /// "######" right below a line of text: how other markups underline a title.
@@ -140,7 +194,7 @@ void checkEmptySections(const DocumentView& document, const std::vector<bool>& c
         // Several names of one thing share what stands below the last of them.
         const bool shares = !last && headings[i + 1].level == headings[i].level &&
                             headings[i + 1].line == headings[i].line + 1;
-        if (shares || !hasWords(document, headings[i])) continue;
+        if (shares || !namesSection(document, headings[i])) continue;
         // A title that is underlined with dashes above chapters with "=".
         if (i == 0 && !last && headings[i + 1].level < headings[i].level) continue;
         findings.add(kEmptySection, headings[i].begin, headings[i].end - headings[i].begin,

@@ -35,7 +35,7 @@ struct EngineEntry {
     std::string_view licence; ///< By its SPDX identifier.
     std::string_view program; ///< The file to look for: "shellcheck".
     std::string_view module; ///< A file below the engines' own folder that it needs; empty if none.
-    std::string_view scriptName; ///< A script of ours that it runs; empty if none.
+    std::string_view scriptName; ///< A script of ours that it runs or finds; empty if none.
     std::string_view script;     ///< Its text.
 
     std::span<const std::string_view> versionArguments; ///< Empty: it cannot be asked.
@@ -53,6 +53,8 @@ struct EngineEntry {
     ColumnUnit columns;
     bool reservesMuch;           ///< A runtime that reserves far more address space than it uses.
     std::uint64_t megabytes = 0; ///< Of memory, where it needs more than programs usually get.
+    /// The folder of its script, where that is a module that its Python shall find before others.
+    std::string_view modules = {};
     /// It reads prose, of which it gets to see `proseForOthers`; its faults are passages.
     bool prose = false;
     /// What it points at is a secret, and never quoted.

@@ -8,6 +8,7 @@ namespace trevix::engine_scripts {
 
 extern const std::string_view kHarperRunner;
 extern const std::string_view kMarkdownlintRunner;
+extern const std::string_view kPkgResources;
 extern const std::string_view kPythonSyntax;
 extern const std::string_view kRuffRunner;
 

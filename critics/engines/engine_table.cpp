@@ -288,7 +288,7 @@ constexpr std::array kEngines = {
                 .licence = "Apache-2.0",
                 .program = "bandit",
                 .module = "",
-                .scriptName = "",
+                .scriptName = "start/pkg_resources.py",
                 .script = {},
                 .versionArguments = kVersion,
                 .oldest = "1.6",
@@ -302,7 +302,8 @@ constexpr std::array kEngines = {
                 .speaksOnErrors = false,
                 .columns = ColumnUnit::byte,
                 .reservesMuch = false,
-                .milliseconds = 260,
+                .modules = "start",
+                .milliseconds = 130,
                 .debian = "bandit",
                 .homebrew = "bandit",
                 .otherwise = ""},
@@ -326,7 +327,7 @@ constexpr std::array kEngines = {
                 .speaksOnErrors = false,
                 .columns = ColumnUnit::codePoint,
                 .reservesMuch = true,
-                .milliseconds = 310,
+                .milliseconds = 230,
                 .debian = "",
                 .homebrew = "",
                 .otherwise = "scripts/engines"},
@@ -465,6 +466,7 @@ std::array<EngineEntry, kEngines.size()> withScripts() {
     auto engines = kEngines;
     for (EngineEntry& entry : engines) {
         if (entry.scriptName == "python_syntax.py") entry.script = engine_scripts::kPythonSyntax;
+        if (entry.id == "bandit") entry.script = engine_scripts::kPkgResources;
         if (entry.scriptName == "ruff_runner.mjs") entry.script = engine_scripts::kRuffRunner;
         if (entry.scriptName == "harper_runner.mjs") entry.script = engine_scripts::kHarperRunner;
         if (entry.scriptName == "markdownlint_runner.mjs") {

@@ -59,6 +59,9 @@ ChildRequest requestOf(const InstalledEngine& engine, std::span<const std::strin
     if (!entry.scriptName.empty()) {
         request.files.emplace_back(std::string(entry.scriptName), std::string(entry.script));
     }
+    if (!entry.modules.empty()) {
+        request.environment.emplace_back("PYTHONPATH", std::string(entry.modules));
+    }
     if (!engine.module.empty()) {
         // The module's own folder of modules: it may need its neighbours.
         const std::size_t below = engine.module.size() - entry.module.size();

@@ -263,6 +263,11 @@ std::optional<Severity> byEngine(std::string_view engine, const ForeignFault& fa
     if (engine == "cppcheck") {
         // An error is certain; as a warning it supposes a path, such as a loop without a turn.
         if (fault.code == "uninitvar" && fault.level == "warning") return kLow;
+        // The operator of a container does more than look: it may insert, or check the index.
+        if (fault.code == "constStatement" &&
+            fault.message.find("unused array access") != std::string::npos) {
+            return kLow;
+        }
         return byLevel(fault);
     }
     if (engine == "oxlint") return text::isOneOf(fault.code, kScriptFaults) ? kMedium : kOff;

@@ -42,11 +42,14 @@ std::string onOneLine(std::string_view text) {
     return line;
 }
 
-std::string capitalised(std::string sentence) {
-    if (!sentence.empty() && sentence[0] >= 'a' && sentence[0] <= 'z') {
-        sentence[0] = static_cast<char>(sentence[0] - 'a' + 'A');
+/// The place as a sentence begins with it: "Line 12", "At x 10, y 40".
+std::string beginning(std::string place) {
+    // The name of a coordinate has no capital.
+    if (place.starts_with("x ")) return "At " + place;
+    if (!place.empty() && place[0] >= 'a' && place[0] <= 'z') {
+        place[0] = static_cast<char>(place[0] - 'a' + 'A');
     }
-    return sentence;
+    return place;
 }
 
 Finding findingOf(std::string_view id, std::string_view criterion, Severity severity,
@@ -58,7 +61,7 @@ Finding findingOf(std::string_view id, std::string_view criterion, Severity seve
 Finding worded(std::string_view id, std::string_view criterion, Severity severity,
                std::string_view place, std::string evidence, std::string_view says) {
     std::string detail =
-        capitalised(std::string(place)) + ": “" + evidence + "” " + std::string(says) + ".";
+        beginning(std::string(place)) + ": “" + evidence + "” " + std::string(says) + ".";
     return findingOf(id, criterion, severity, place, std::move(evidence), std::move(detail));
 }
 

@@ -26,7 +26,7 @@ namespace {
 
 // Of the child that the critics run in. What it reads of one text is bounded so that it stays
 // within (critics/critic.cpp); what meets the limits all the same is said in the coverage.
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#ifdef KELVANE_SANITIZED
 // What a sanitizer maps for its own books counts as data of the child, and is terabytes.
 constexpr std::uint64_t kWorkerMemory = std::numeric_limits<std::uint64_t>::max();
 #else

@@ -178,6 +178,20 @@ void checkRepeatedSentences(const ProseView& view, FindingList& findings) {
     }
 }
 
+/// Bytes of blanks at the beginning of the line that holds the offset.
+std::size_t indentAt(const ProseView& view, std::size_t offset) {
+    const std::string_view line = view.source.line(view.source.lineAt(offset));
+    return std::min(line.find_first_not_of(" \t"), line.size());
+}
+
+/// Whether what follows the block is set off as a quotation or an example is: by its indentation,
+/// or as code.
+bool isFollowedByExample(const ProseView& view, const Block& block, const Block& next) {
+    if (indentAt(view, next.begin) > indentAt(view, block.begin)) return true;
+    const std::string_view between = view.masked().substr(block.end, next.begin - block.end);
+    return between.find(kMasked) != std::string_view::npos;
+}
+
 void checkUnfinishedSentences(const ProseView& view, FindingList& findings) {
     const std::string_view text = view.masked();
     for (std::size_t i = 0; i < view.sentences.size(); ++i) {
@@ -190,7 +204,12 @@ void checkUnfinishedSentences(const ProseView& view, FindingList& findings) {
         const bool last = sentence.block + 1 == view.prose.blocks.size();
         // "one, two, and" may go on in the next item of a list.
         if (!last && block.kind == BlockKind::listItem) continue;
-        if (!last && view.prose.blocks[sentence.block + 1].kind == BlockKind::listItem) continue;
+        if (!last) {
+            const Block& next = view.prose.blocks[sentence.block + 1];
+            if (next.kind == BlockKind::listItem || isFollowedByExample(view, block, next)) {
+                continue;
+            }
+        }
         const auto after = std::upper_bound(
             view.words.begin(), view.words.end(), sentence.end,
             [](std::size_t offset, const text::Word& word) { return offset < word.end(); });

@@ -272,6 +272,11 @@ void collect(const Shapes& known, Shape& shape, std::string_view text, std::vect
 
 } // namespace
 
+void warmUpSecretShapes() {
+    // A text, as what tells of keywords is put together when it is first asked.
+    static_cast<void>(findSecrets("a"));
+}
+
 std::vector<std::string> brokenSecretShapes() {
     return shapes().broken();
 }

@@ -28,6 +28,9 @@ struct Secret {
 /// none. Linear in the length of the text, whatever it holds.
 [[nodiscard]] std::vector<Secret> findSecrets(std::string_view text);
 
+/// Reads the file of shapes, which the first text does otherwise.
+void warmUpSecretShapes();
+
 /// The patterns of the file that the library does not accept, each with its words about it; empty
 /// in a program that was built right. For tests: a shape with such a pattern finds nothing.
 [[nodiscard]] std::vector<std::string> brokenSecretShapes();

@@ -101,12 +101,20 @@ bool isManual(std::string_view token) {
            isSmall(token[token.size() - 4]);
 }
 
+/// ":param", ":returns:", "@param": how a comment on code names what it tells of.
+bool isField(std::string_view token) {
+    constexpr std::array<std::string_view, 15> kFields = {
+        ":param", ":type", ":return", ":returns", ":rtype", ":raise",  ":raises", ":class",
+        ":func",  ":meth", ":mod",    ":attr",    "@param", "@return", "@throws"};
+    return text::isOneOf(token.substr(0, token.find(':', 1)), kFields);
+}
+
 bool isOfCode(std::string_view token) {
     constexpr std::array<std::string_view, 7> kMarks = {"()", "::", "->", "==", "!=", "&&", "||"};
     for (const std::string_view mark : kMarks) {
         if (token.size() > mark.size() && token.find(mark) != std::string_view::npos) return true;
     }
-    if (isManual(token)) return true;
+    if (isManual(token) || isField(token)) return true;
     while (!token.empty() &&
            std::string_view("([{\"'<*").find(token.front()) != std::string_view::npos)
         token.remove_prefix(1);

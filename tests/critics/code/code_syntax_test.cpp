@@ -100,6 +100,10 @@ INSTANTIATE_TEST_SUITE_P(
             "int f(int a) {\n#ifdef X\n  if (a) {\n#else\n  if (!a) {\n#endif\n    a++;\n  }\n  "
             "return a;\n}\n",
             kSound},
+        SyntaxCase{"CLabelAtTheEndOfABlock", "a.c",
+                   "int f(int n) {\n  while (n > 0) {\n    if (g(n)) goto next;\n    n -= 2;\n"
+                   "  next:\n  }\n  return n;\n}\n",
+                   kSound},
         SyntaxCase{"CLoopMacro", "a.c",
                    "void f(void) {\n  list_for_each(p, q) {\n    g(p);\n  }\n}\n", kSound},
         SyntaxCase{"CssPseudoClasses", "a.css", "a:hover,\na:focus {\n  color: red;\n}\n", kSound},

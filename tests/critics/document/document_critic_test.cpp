@@ -140,6 +140,11 @@ TEST(DocumentCritic, Headings) {
           "# One\n\n# Two\n\nAll of the text stands here.\n",
           {"document.empty_section", "document.second_title"}},
          {"names of one thing", "# One" + text + "## Two\n## Three" + text, {}},
+         {"a line for a shell", "# One" + text + "# backup --all /srv\n\n# ls -l\n", {}},
+         {"a line for an editor", "# One" + text + "# -*- notes -*-\n\n# Two" + text, {}},
+         {"a dash in a heading",
+          "# One" + text + "# Two - or three\n\n# Four" + text,
+          {"document.empty_section"}},
          {"a plan", "# One\n\n## Two\n\n## Three\n\n# Four is a good number\n\n# Five\n", {}},
          {"without words", "# One" + text + "##" + text, {"document.empty_heading"}},
          {"without a blank", "# One" + text + "##Two" + text, {"document.glued_heading"}},
@@ -161,6 +166,31 @@ TEST(DocumentCritic, Headings) {
           {}},
          {"headings in code", "# One" + text + "```sh\n### comment\n# comment\n```\n", {}}},
         critiqueDocument);
+}
+
+TEST(DocumentCritic, ALevelThatIsNowhereIsPassedOverByChoice) {
+    const std::string text = "\n\nSome text stands here.\n\n";
+    const auto severities = [](const std::string& document) {
+        std::vector<Severity> found;
+        for (const Finding& finding : critiqueDocument(textPart(document)).findings) {
+            if (finding.rule == "document.heading_order") found.push_back(finding.severity);
+        }
+        return found;
+    };
+    const std::string three = "### A" + text + "### B" + text + "### C" + text;
+    EXPECT_EQ(severities("# One" + text + three), std::vector{Severity::low});
+    EXPECT_EQ(severities("# One" + text + three + "## D" + text), std::vector{Severity::medium});
+    EXPECT_EQ(severities("# One" + text + "### A" + text + "### B" + text),
+              std::vector{Severity::medium});
+    // A sentence below the title, and one slip among eight headings.
+    EXPECT_EQ(severities("# One\n\n### What it is that we do here" + text),
+              std::vector{Severity::low});
+    EXPECT_EQ(severities("# One\n\n### Two" + text), std::vector{Severity::medium});
+    std::string rows;
+    for (const char* name : {"B", "C", "D", "E", "F"}) rows += "## " + std::string(name) + text;
+    EXPECT_EQ(severities("# One" + text + "## A" + text + "#### Z" + text + rows),
+              std::vector{Severity::low});
+    EXPECT_EQ(severities("# One" + text + "#### Z" + text + rows), std::vector{Severity::medium});
 }
 
 TEST(DocumentCritic, Links) {
@@ -243,6 +273,13 @@ TEST(DocumentCritic, Links) {
           {}},
          {"missing definition",
           head + "See [the guide][guide] for more.",
+          {"document.missing_definition"}},
+         {"brackets of code",
+          head + "It is the sum of row[i][j][\"k\"] and of [a-z][a-z0-9] alone.",
+          {}},
+         {"names that a tool links", head + "See [`Garden`][beds.Garden] and [`sow`][].", {}},
+         {"a name where addresses are defined",
+          head + "See [`Garden`][garden] and [a bed][bed].\n\n[bed]: https://example.com/bed\n",
           {"document.missing_definition"}},
          {"definition", head + "See [the guide][Guide] for more.\n\n[guide]: https://x.org/g", {}},
          {"an index is no link", head + "The cell m[i][j] holds a sum.", {}},

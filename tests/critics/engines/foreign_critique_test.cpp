@@ -349,9 +349,11 @@ TEST(ForeignAnswer, CppcheckThatGaveUpHasNotLooked) {
 
 TEST(ForeignGrade, TheProgramsOwnLevelsAreTheRule) {
     const auto grade = [](std::string_view engine, std::string code, std::string level,
-                          std::string confidence = "high") {
-        return gradeOf(engine, {std::move(code), std::move(level), std::move(confidence), 1, 1, ""},
-                       true);
+                          std::string confidence = "high", std::string message = "") {
+        return gradeOf(
+            engine,
+            {std::move(code), std::move(level), std::move(confidence), 1, 1, std::move(message)},
+            true);
     };
     EXPECT_EQ(grade("shellcheck", "SC2071", "error"), Severity::high);
     EXPECT_EQ(grade("shellcheck", "SC2164", "warning"), Severity::medium);
@@ -362,6 +364,11 @@ TEST(ForeignGrade, TheProgramsOwnLevelsAreTheRule) {
     EXPECT_EQ(grade("cppcheck", "nullPointer", "error"), Severity::high);
     EXPECT_EQ(grade("cppcheck", "uninitvar", "warning"), Severity::low);
     EXPECT_EQ(grade("cppcheck", "missingIncludeSystem", "error"), std::nullopt);
+    EXPECT_EQ(grade("cppcheck", "constStatement", "warning", "",
+                    "Redundant code: Found unused array access."),
+              Severity::low);
+    EXPECT_EQ(grade("cppcheck", "constStatement", "warning", "", "Found suspicious operator '='"),
+              Severity::medium);
     EXPECT_EQ(grade("bandit", "B602", "high"), Severity::high);
     EXPECT_EQ(grade("bandit", "B602", "high", "low"), Severity::medium);
     EXPECT_EQ(grade("bandit", "B506", "medium"), Severity::medium);
@@ -446,6 +453,19 @@ TEST(JudgeRequest, BringsTheScriptAndShowsTheModulesFolder) {
     EXPECT_EQ(request.arguments[1],
               "/opt/engines/node_modules/@astral-sh/ruff-wasm-nodejs/ruff_wasm.js");
     EXPECT_EQ(request.limits.addressSpace, 0U);
+}
+
+TEST(JudgeRequest, StandsAModuleBeforeThoseOfTheProgram) {
+    const WorkFile file{"work.py", "a = 1\n", "", "Python"};
+    const ChildRequest request = judgeRequest(hereAs("bandit"), file);
+    ASSERT_EQ(request.files.size(), 2U);
+    EXPECT_EQ(request.files[0].first, "start/pkg_resources.py");
+    EXPECT_THAT(request.files[0].second, HasSubstr("get_provider"));
+    // The folder of that alone: what is judged is imported by nobody.
+    EXPECT_THAT(request.environment,
+                ElementsAre(std::pair<std::string, std::string>("PYTHONPATH", "start")));
+    EXPECT_EQ(request.files[1].first, "work.py");
+    EXPECT_THAT(judgeRequest(hereAs("ruff"), file).environment, IsEmpty());
 }
 
 TEST(DropAnswered, TakesAwayGapsThatSomebodyFilled) {

@@ -68,6 +68,22 @@ TEST_P(RealPrograms, FindsInTheSampleWhatItFoundWhenThatWasRecorded) {
     }
 }
 
+class ModulesBeforeOthers : public Programs {};
+
+TEST_F(ModulesBeforeOthers, WhoAsksForMoreGetsTheRealOne) {
+    const EngineEntry& bandit = *engineNamed("bandit");
+    ChildRequest request;
+    request.program = "/usr/bin/python3";
+    request.arguments = {"-c", "from pkg_resources import Requirement, DistributionNotFound\n"
+                               "from pkg_resources import resource_string\n"
+                               "print(Requirement.parse('tulip'), resource_string('rose'))"};
+    request.files = {{std::string(bandit.scriptName), std::string(bandit.script)},
+                     {"lib/pkg_resources.py", "def resource_string(name):\n    return name * 2\n"}};
+    request.environment = {{"PYTHONPATH", std::string(bandit.modules) + ":lib"}};
+    const ChildResult result = m_runner->run(request);
+    EXPECT_EQ(result.output, "tulip roserose\n") << result.errors;
+}
+
 /// A script of the test's in the place of a program: what real processes do when they go wrong.
 class ProgramsThatMisbehave : public Programs {
 protected:

@@ -63,6 +63,19 @@ TEST(FindingList, WordsAFindingByPlaceAndEvidence) {
     EXPECT_TRUE(list.take().empty());
 }
 
+TEST(FindingList, ACoordinateBeginsNoSentence) {
+    const std::string text = "the the end";
+    const auto detailAt = [&](const std::string& place) {
+        const SourceText source(text, [&](std::size_t, std::size_t) { return place; });
+        FindingList list(source);
+        list.add(kWord, 0, 7, "says the same word twice");
+        return list.take().at(0).detail;
+    };
+    EXPECT_EQ(detailAt("x 526, y 199, 30 x 14 px"),
+              "At x 526, y 199, 30 x 14 px: “the the” says the same word twice.");
+    EXPECT_EQ(detailAt("page 2"), "Page 2: “the the” says the same word twice.");
+}
+
 TEST(FindingList, KeepsTheOrderOfAddingWherePlacesAreTheCallers) {
     FindingList list;
     list.addAt(kNotAvailable, "cell B9", "#N/A", "The formula in cell B9 gives #N/A.");

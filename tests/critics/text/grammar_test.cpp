@@ -500,7 +500,7 @@ TEST(EnglishWords, KnowTheFormsOfVerbsAndNouns) {
     EXPECT_EQ(classesOf("xqwzvy"), 0U);
 }
 
-TEST(Grammar, GrowsWithTheText) {
+TEST(GrammarGrowth, IsModest) {
     for (const std::string piece :
          {"he ", "a ", "is to ", "one of the ", "because, ", "there are a big ", "the most more ",
           "I have not always ", "in the other hand ", "students who ", "don't ", "to always ",

@@ -84,7 +84,7 @@ double cpuSeconds(const std::string& text) {
     return best;
 }
 
-TEST(SecretShapes, TimeGrowsWithTheText) {
+TEST(SecretShapesGrowth, IsModest) {
     constexpr std::size_t kSmall = 1 << 20;
     constexpr std::size_t kFactor = 4;
     // Twice what linear growth allows: the machines are shared. Below the least time (in seconds)

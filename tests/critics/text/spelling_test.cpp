@@ -274,7 +274,7 @@ std::string strangeWords(std::size_t bytes) {
     return text;
 }
 
-TEST(Spelling, GrowsWithTheText) {
+TEST(SpellingGrowth, IsModest) {
     const LanguageTools tools = smallTools();
     expectModestGrowth(
         std::vector<std::size_t>{16'384, 65'536, 262'144, 1'048'576},

@@ -142,6 +142,8 @@ TEST(TextCritic, AManualSaysLikeThingsInLikeWords) {
     };
     EXPECT_EQ(severity("We met at noon. "), Severity::medium);
     EXPECT_EQ(severity(kManual), Severity::low);
+    EXPECT_EQ(severity(":param rows: those of the table. "), Severity::low);
+    EXPECT_EQ(severity("It was late :smile: and cold. "), Severity::medium);
     const auto pair = critiqueText(textPart(kManual + "It stops at the (first gap.")).findings;
     ASSERT_EQ(rulesOf(pair), std::vector<std::string>{"text.unclosed_pair"});
     EXPECT_EQ(pair[0].severity, Severity::low);
@@ -358,13 +360,18 @@ TEST(TextCritic, Blanks) {
 
 TEST(TextCritic, UnfinishedEnds) {
     const std::vector<std::string> flagged = {"text.unfinished_sentence"};
-    expectRules({{"a conjunction", "We have seen the hall and", flagged},
-                 {"an article", "We have already seen the", flagged},
-                 {"a comma at the end", "We have seen all of the rooms in the hall,", flagged},
-                 {"a greeting without a name", "It was good to see you.\n\nKind regards,", {}},
-                 {"a title", "What we have seen in the hall", {}},
-                 {"a list follows", "Bring with you the\n- hat\n- coat", {}}},
-                critiqueText);
+    expectRules(
+        {{"a conjunction", "We have seen the hall and", flagged},
+         {"an article", "We have already seen the", flagged},
+         {"a comma at the end", "We have seen all of the rooms in the hall,", flagged},
+         {"a greeting without a name", "It was good to see you.\n\nKind regards,", {}},
+         {"a title", "What we have seen in the hall", {}},
+         {"a list follows", "Bring with you the\n- hat\n- coat", {}},
+         {"a paragraph follows", "The door is opened by the\n\nand then closed again.", flagged},
+         {"what is set off follows",
+          "The door is opened by the\n\n    Keeper of the Keys\n\nand then closed again.",
+          {}}},
+        critiqueText);
 }
 
 TEST(TextCritic, EditingMarks) {

@@ -162,6 +162,12 @@ def _issued(d):
     yield "circleci", "CCIPAT_" + d.an(22) + "_" + d.hex(40)
     yield "buildkite", "bkua_" + d.low(40)
     yield "sourcegraph", "sgp_" + d.hex(40)
+    yield "langsmith", "lsv2_pt_" + d.hex(32) + "_" + d.hex(10)
+    yield "apify", "apify_api_" + d.an(36)
+    yield "nvidia", "nvapi-" + d.an(64)
+    yield "pinecone", "pcsk_" + d.an(6) + "_" + d.an(63)
+    yield "posthog", "phx_" + d.an(43)
+    yield "resend", "re_" + d.an(8) + "_" + d.an(24)
     yield "typeform", "tfp_" + d.an(44)
     yield "readme", "rdme_" + d.low(70)
     yield "prefect", "pnu_" + d.an(36)
@@ -222,6 +228,7 @@ def _placed(d):
     yield "yaml key", "api_key: ", key(), "  # production\n"
     yield "ini", "[db]\nPassword = ", word(), "\n"
     yield "properties", "spring.datasource.password=", word(), "\n"
+    yield "go without quotes", "mapleToken := ", d.hex(40), "\n"
     yield "properties key", "app.jwt.secret=", key(), "\n"
     yield "env", "DB_PASSWORD=", word(), "\n"
     yield "env pass", "export SMTP_PASS=", word(), "\n"
@@ -240,6 +247,14 @@ def _placed(d):
     yield "appsettings", '<add key="ApiSecret" value="', key(), '"/>\n'
     yield "sql", "CREATE USER x IDENTIFIED BY '", word(), "';\n"
     yield "sql role", "ALTER ROLE x WITH PASSWORD '", word(), "';\n"
+    # A name that says key alone.
+    yield "lone key in a log", "[debug] with KEY=", d.low(32), "\n"
+    yield "lone key of a service", 'const mapletKey = "', d.an(32), '";\n'
+    yield "lone key in yaml", "maple:\n  key: ", d.hex(40), "\n"
+    yield "key in a sentence", "Your Maple key is ", d.hex(32), ", which you need to go on.\n"
+    yield "token in a sentence", "The token is:\n\n", d.an(24), "\n"
+    yield "xml key in braces", "<secret>{", d.b64(42), "}</secret>\n"
+    yield "xml key behind its name", "<secret>{maple AQ3 ", d.low(32), " }</secret>\n"
     # Addresses, connections, commands, headers.
     for scheme in ("postgres", "mysql", "mongodb+srv", "amqp", "redis", "https", "ftp", "smtp"):
         yield "address " + scheme, "url: " + scheme + "://ana:", word(), "@db.firm.org/x\n"
@@ -273,6 +288,7 @@ def _placed(d):
     yield "netrc on lines", "machine h.org\n  login ana\n  password ", word(), "\n"
     yield "pgpass", "db.firm.org:5432:main:ana:", word(), "\n"
     yield "docker", '{"auths": {"h": {"auth": "', d.b64(40), '"}}}\n'
+    yield "docker, quoted", '{\\"h\\": {\\"auth\\":\\"', d.b64(40), '\\"}}\n'
     yield "npmrc", "//registry.npmjs.org/:_authToken=", d.uuid(), "\n"
     yield "npmrc auth", "_auth = ", d.b64(24), "\n"
     yield "htpasswd", "ana:", "$apr1$" + d.an(8) + "$" + d.an(22), "\n"
@@ -379,6 +395,19 @@ key_file = "~/.ssh/id_rsa"
 privateKey: ./certs/server.key
 keyword = "primary_key_2"
 "key": "value1"
+"key": "c7f1b0d2-53a4-4e9f-8b61-0d9e7a2c4f18"
+publicKey = "MCowBQYDK2VwAyEAq7Xz3LmK9sT2vBn8Rw4Yc6Hd1Jf5Gp0Z"
+cache_key: 7f3b9c1e5a2d8046bf17ce93a05d6482
+siteKey="6Kq4RvUaTz7Wm2Xn9Lb3Yd5Hf8Jc1Ps0Ge"
+key: releases/2026/orders-and-returns-2.1.0.tar.gz
+sort_key: created_at_20260117_region_4
+https://api.example.com/orders?access_token=q8Zr4Lw7Tb1Vn6Xk3Mc9
+Release signing key: 7D1F5E2A90C4B86D3E5F72A1B0C9D8E4F6A3B512
+csrf_token: kQ3xv9TzLm2Wb7Rn4Yc8
+monkey = bananas_of_the_year_2026
+the key is where-it-was-in-2025-and-before
+<secret>{config.orders.key2}</secret>
+<token>{first second third}</token>
 sort_key: created_at_2
 passphrase: null
 token: true
@@ -396,6 +425,7 @@ curl -u "$USER:$PASSWORD" https://example.com
 docker run -u 1000:1000 image
 tool --password <password>
 tool --token $TOKEN
+tool --maple-password=MAPLE_PASS‐
 tool --key-file a.txt --token-file b.txt
 Authorization: Bearer <token>
 Authorization: Bearer $TOKEN
@@ -432,4 +462,6 @@ He passed the secretary a token of his esteem.""".splitlines()) + (
     # Documented examples of an issuer; in two pieces, as every scanner knows them.
     "key = AKIA" + "IOSFODNN7EXAMPLE",
     "aws_secret_access_key = wJalrXUtnFEMI/K7MDENG/" + "bPxRfiCYEXAMPLEKEY",
+    # Of RFC 6749.
+    '"access_token": "2YotnFZFEjr1z' + 'CsicMWpAA"',
 )
