@@ -146,6 +146,18 @@ GradingPlace::Found GradingPlace::find(const fs::path& program) const {
     return found;
 }
 
+/// Whether the manager listens for the service from now on.
+bool GradingPlace::enableSocket() const {
+    const std::string isEnabled = manager("is-enabled --quiet trevix-local.socket");
+    if (ran(manager("is-active --quiet trevix-local.socket") + " && " + isEnabled)) return true;
+    const bool wasEnabled = ran(isEnabled).has_value();
+    if (ran(manager("enable --now trevix-local.socket"))) return true;
+    // Without a manager it is enabled all the same, and only not started. Nobody would take that
+    // back later: what runs is a service of our own.
+    if (!wasEnabled) static_cast<void>(ran(manager("disable trevix-local.socket")));
+    return false;
+}
+
 std::optional<std::string> GradingPlace::establish() {
     const fs::path service =
         localServiceProgram(m_ports.files, m_ports.environment, m_places.bundle, m_choice.program);
@@ -165,12 +177,7 @@ std::optional<std::string> GradingPlace::establish() {
                                       "more: %2"),
             {translatedSentence(chosenKey.problem), service.string() + " --print-key"});
     }
-    if (found.way == Way::Manager &&
-        !ran(manager("is-active --quiet trevix-local.socket") + " && " +
-             manager("is-enabled --quiet trevix-local.socket")) &&
-        !ran(manager("enable --now trevix-local.socket"))) {
-        found.way = Way::Own;
-    }
+    if (found.way == Way::Manager && !enableSocket()) found.way = Way::Own;
     m_way = found.way;
     m_data = found.data;
     m_socket =

@@ -85,6 +85,7 @@ private:
     [[nodiscard]] std::optional<std::string> ran(const std::string& command) const;
     [[nodiscard]] Found find(const std::filesystem::path& program) const;
     [[nodiscard]] std::optional<std::string> establish();
+    [[nodiscard]] bool enableSocket() const;
     void leaveThisMachine();
     void keep();
     void pause();

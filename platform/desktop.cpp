@@ -2,6 +2,7 @@
 
 #include "platform/cli.h"
 #include "platform/curl/curl_http_session.h"
+#include "platform/ports/proxy_rules.h"
 #include "platform/posix/posix_platform.h"
 #include "platform/qt/qt_dispatcher.h"
 
@@ -20,7 +21,9 @@ DesktopPorts makeDesktopPorts() {
     ports.programs = makePosixKeptPrograms();
     ports.clock = std::move(plain.clock);
     addSystemPorts(ports);
-    ports.http = makeCurlHttpSession(*ports.quit);
+    // What the environment says counts alone, as for every program that is started from it.
+    ports.http = makeCurlHttpSession(
+        *ports.quit, {.proxies = namesProxies(*ports.environment) ? nullptr : ports.proxies.get()});
     ports.dispatcher = makeQtDispatcher();
     return ports;
 }

@@ -28,6 +28,7 @@
 #include "platform/ports/pasteboard.h"
 #include "platform/ports/pointer_presses.h"
 #include "platform/ports/process_runner.h"
+#include "platform/ports/proxy_settings.h"
 #include "platform/ports/quit_signal.h"
 #include "platform/ports/url_opener.h"
 #include "platform/ports/window_list.h"
@@ -68,6 +69,7 @@ struct DesktopPorts {
     std::unique_ptr<Dialogs> dialogs;
     std::unique_ptr<UrlOpener> urls;
     std::unique_ptr<Notifications> notifications;
+    std::unique_ptr<ProxySettings> proxies;
     std::unique_ptr<HttpSession> http;
     std::unique_ptr<Dispatcher> dispatcher;
 };
@@ -76,7 +78,7 @@ struct DesktopPorts {
 /// this is its thread.
 [[nodiscard]] DesktopPorts makeDesktopPorts();
 
-/// What the systems differ in: the ports from `ownFocus` to `notifications`, and `loginItem`.
+/// What the systems differ in: the ports from `ownFocus` to `proxies`, and `loginItem`.
 /// Called by `makeDesktopPorts` once those before them are there.
 void addSystemPorts(DesktopPorts& ports);
 

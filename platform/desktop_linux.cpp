@@ -1,6 +1,7 @@
 #include "platform/desktop.h"
 #include "platform/linux/linux_platform.h"
 #include "platform/linux/linux_session.h"
+#include "platform/linux/proxy_portal.h"
 #include "platform/qt/portal_shortcut.h"
 #include "platform/qt/qt_dialogs.h"
 #include "platform/qt/qt_notifications.h"
@@ -43,6 +44,7 @@ void addSystemPorts(DesktopPorts& ports) {
     ports.dialogs = makeQtDialogs();
     ports.urls = makeQtUrlOpener();
     ports.notifications = makeQtNotifications(ports.resources->url("brask", "png"));
+    ports.proxies = makeProxyPortal(*ports.environment, *ports.clock, *ports.quit);
 }
 
 void makeAccessoryApplication() {}

@@ -24,6 +24,7 @@ void addSystemPorts(DesktopPorts& ports) {
     ports.dialogs = makeNsDialogs();
     ports.urls = makeNsUrlOpener();
     ports.notifications = std::make_unique<NoNotifications>();
+    ports.proxies = std::make_unique<NoProxySettings>();
 }
 
 void makeAccessoryApplication() {

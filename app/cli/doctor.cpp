@@ -1,5 +1,7 @@
 #include "app/cli/doctor.h"
 
+#include "text/shown_text.h"
+
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
@@ -95,6 +97,23 @@ void display(const DoctorFacts& facts, Lines& lines) {
     }
 }
 
+void notices(const DoctorFacts& facts, Lines& lines) {
+    if (!facts.hasSessionBus) return; // Which has been said.
+    if (!facts.wantsNotices) {
+        lines.good("notifications", "Verdicts are not told by messages, as your settings have it.");
+    } else if (!facts.notifier) {
+        lines.advice("notifications", "Whether messages can be shown could not be asked.",
+                     "Install dbus-bin, which has dbus-send.");
+    } else if (!facts.notifier->empty()) {
+        lines.good("notifications", "Messages are shown by " + *facts.notifier + ".");
+    } else {
+        lines.advice(
+            "notifications", "Nobody shows messages here, or does not answer.",
+            "Verdicts that come while the panel is closed are told by the icon alone. Start your "
+            "desktop's notification service, or install one, such as dunst.");
+    }
+}
+
 std::string placeName(const DoctorFacts& facts) {
     if (facts.isBaseSet) return "BRASK_API_BASE names it";
     if (facts.place == "this machine") return "chosen: on this machine";
@@ -120,6 +139,14 @@ void service(const DoctorFacts& facts, Lines& lines) {
                         "trevix-local.socket."
                       : "Look whether this machine reaches it; or grade on this machine: kelvane "
                         "--service.");
+    }
+    if (facts.proxyFrom == DoctorFacts::ProxyFrom::Environment) {
+        lines.good("proxy", "The service is reached by the proxies that the environment names.");
+    } else if (facts.proxyFrom == DoctorFacts::ProxyFrom::Desktop) {
+        lines.good("proxy", facts.proxy.empty()
+                                ? "The service is reached directly, as the desktop's settings say."
+                                : "The service is reached through " + facts.proxy +
+                                      ", as the desktop's settings say.");
     }
     if (facts.isBaseSet && facts.place == "this machine") {
         lines.advice("service", "BRASK_API_BASE is set and wins over your choice.",
@@ -230,6 +257,7 @@ std::vector<DoctorLine> doctorLines(const DoctorFacts& facts) {
     Lines lines;
     program(facts, lines);
     display(facts, lines);
+    notices(facts, lines);
     service(facts, lines);
     key(facts, lines);
     tools(facts, lines);
@@ -273,6 +301,32 @@ std::string withoutHome(std::string text, const std::string& home) {
         if (isWhole) text.replace(at, home.size(), "~");
     }
     return text;
+}
+
+std::vector<std::string> textsInReply(const std::string& reply) {
+    constexpr std::string_view kBefore = "string \"";
+    std::vector<std::string> texts;
+    for (std::size_t at = 0; at < reply.size();) {
+        const auto end = std::min(reply.find('\n', at), reply.size());
+        const std::string_view line = std::string_view(reply).substr(at, end - at);
+        const auto begin = line.find(kBefore);
+        const bool isText = begin != std::string_view::npos && line.ends_with('"') &&
+                            line.size() > begin + kBefore.size();
+        if (isText) {
+            const auto text = line.substr(begin + kBefore.size());
+            texts.push_back(text::shownLine(text.substr(0, text.size() - 1)));
+        }
+        at = end + 1;
+    }
+    return texts;
+}
+
+std::string notifierIn(const std::string& reply) {
+    // Who it is, who made it, its version, and that of the protocol.
+    constexpr std::size_t kVersion = 2;
+    const auto texts = textsInReply(reply);
+    if (texts.size() <= kVersion || texts.front().empty()) return {};
+    return texts.front() + (texts[kVersion].empty() ? "" : " " + texts[kVersion]);
 }
 
 std::optional<std::vector<DoctorFacts::Engine>> enginesOf(const std::string& text) {

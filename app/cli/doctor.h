@@ -40,6 +40,8 @@ struct DoctorFacts {
         std::string remedy; ///< How to get it.
     };
     enum class KeyFrom { Nowhere, Environment, KeyFile, Choice };
+    /// Who says how to go out; nobody is asked about this machine.
+    enum class ProxyFrom { Nobody, Environment, Desktop };
 
     std::string version;
     std::string system;  ///< Kernel and distribution, in one line.
@@ -49,8 +51,11 @@ struct DoctorFacts {
     bool hasSessionBus = false;
     std::optional<bool> hasTray;          ///< A StatusNotifier host; nothing: could not be asked.
     std::optional<bool> hasAccessibility; ///< The accessibility bus; likewise.
-    bool isRunning = false;               ///< An instance answers.
-    bool isInstalled = false;             ///< The validator kit stands in the data folder.
+    /// Who shows messages, as it calls itself; empty: nobody; nothing: could not be asked.
+    std::optional<std::string> notifier;
+    bool wantsNotices = true; ///< The settings have verdicts told by messages.
+    bool isRunning = false;   ///< An instance answers.
+    bool isInstalled = false; ///< The validator kit stands in the data folder.
     bool startsAtLogin = false;
     /// Of the copy in the home folder, which is the one that starts then; empty without one.
     std::string copyVersion;
@@ -62,6 +67,8 @@ struct DoctorFacts {
     bool isBaseSet = false; ///< By BRASK_API_BASE.
     bool isAddress = true;  ///< Whether it is an address at all.
     std::optional<bool> answers;
+    ProxyFrom proxyFrom = ProxyFrom::Nobody;
+    std::string proxy; ///< As the desktop says, without a user's name; empty: directly.
     KeyFrom key = KeyFrom::Nowhere;
     bool isKeyFileOpen = false;  ///< Others may read or write ~/.brask/key.
     bool isKeyOfAnother = false; ///< BRASK_API_KEY is not the chosen service's key.
@@ -87,6 +94,13 @@ struct DoctorFacts {
 
 /// A text with the home folder written "~". Pure.
 [[nodiscard]] std::string withoutHome(std::string text, const std::string& home);
+
+/// The texts in what `dbus-send --print-reply` prints of an answer, made harmless for showing.
+[[nodiscard]] std::vector<std::string> textsInReply(const std::string& reply);
+
+/// The name and the version of a notification service in what `dbus-send --print-reply` prints of
+/// its GetServerInformation, made harmless for showing; empty when it is something else.
+[[nodiscard]] std::string notifierIn(const std::string& reply);
 
 /// The engines in what `trevix-local --engines --json` prints; nothing when it is something else.
 [[nodiscard]] std::optional<std::vector<DoctorFacts::Engine>> enginesOf(const std::string& json);

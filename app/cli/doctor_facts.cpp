@@ -5,6 +5,7 @@
 #include "app/instance_place.h"
 #include "app/own_workspace.h"
 #include "app/process_settings.h"
+#include "app/settings/settings_store.h"
 #include "detect/harness_config.h"
 #include "detect/known_agents.h"
 #include "eval/chosen_environment.h"
@@ -13,7 +14,9 @@
 #include "harness/installation.h"
 #include "harness/tool_wiring.h"
 #include "platform/cli.h"
+#include "platform/ports/proxy_rules.h"
 #include "text/build_version.h"
+#include "text/web_address.h"
 
 #include <algorithm>
 #include <chrono>
@@ -49,6 +52,25 @@ std::optional<bool> isOnBus(CliPorts& ports, const std::string& name) {
                        name + " 2>/dev/null");
     if (!said) return std::nullopt;
     return said->find("boolean true") != std::string::npos;
+}
+
+/// Who shows messages, started by this question where it is started on demand.
+std::string notifier(CliPorts& ports) {
+    return notifierIn(ran(ports, "5 dbus-send --session --print-reply --reply-timeout=4000 "
+                                 "--dest=org.freedesktop.Notifications "
+                                 "/org/freedesktop/Notifications "
+                                 "org.freedesktop.Notifications.GetServerInformation 2>/dev/null")
+                          .value_or(""));
+}
+
+/// What the desktop's portal resolves for an address; nothing where there is none.
+std::vector<std::string> desktopProxies(CliPorts& ports, const std::string& origin) {
+    return textsInReply(
+        ran(ports, "3 dbus-send --session --print-reply --reply-timeout=2000 "
+                   "--dest=org.freedesktop.portal.Desktop /org/freedesktop/portal/desktop "
+                   "org.freedesktop.portal.ProxyResolver.Lookup " +
+                       shellWord("string:" + origin) + " 2>/dev/null")
+            .value_or(""));
 }
 
 std::string variable(CliPorts& ports, std::string_view name) {
@@ -122,6 +144,18 @@ std::string copyVersion(CliPorts& ports) {
     return text.substr(0, text.find('\n'));
 }
 
+void lookAtProxies(CliPorts& ports, const text::WebOrigin& origin, DoctorFacts& facts) {
+    if (namesProxies(*ports.environment)) {
+        facts.proxyFrom = DoctorFacts::ProxyFrom::Environment;
+        return;
+    }
+    if (!facts.hasSessionBus) return;
+    const auto proxy = usableProxy(desktopProxies(ports, text::written(origin)));
+    if (!proxy) return;
+    facts.proxyFrom = DoctorFacts::ProxyFrom::Desktop;
+    facts.proxy = withoutUser(*proxy);
+}
+
 } // namespace
 
 std::optional<std::string> askInstance(std::string_view line) {
@@ -170,6 +204,11 @@ DoctorFacts doctorFacts(CliPorts& ports) {
     if (facts.hasSessionBus) {
         facts.hasTray = isOnBus(ports, "org.kde.StatusNotifierWatcher");
         facts.hasAccessibility = isOnBus(ports, "org.a11y.Bus");
+        // Who could not ask the bus about those could not ask this.
+        if (facts.hasTray && facts.hasAccessibility) facts.notifier = notifier(ports);
+        SettingsStore settings(*ports.files, braskHome(folder));
+        settings.look();
+        facts.wantsNotices = settings.now().notifications;
     }
     facts.isRunning = askInstance(kAskStatus).has_value();
     facts.isInstalled = ToolWiring::isInstalled(*ports.files, braskHome(folder));
@@ -187,6 +226,8 @@ DoctorFacts doctorFacts(CliPorts& ports) {
     facts.isBaseSet = ports.environment->get("BRASK_API_BASE").has_value();
     facts.isAddress = reachTarget(base).has_value();
     facts.answers = answers(base);
+    const auto origin = text::webOrigin(base);
+    if (origin && !text::isLoopback(origin->host)) lookAtProxies(ports, *origin, facts);
 
     const std::string stated = variable(ports, "BRASK_API_KEY");
     const std::string chosen = environment.get("BRASK_API_KEY").value_or("");

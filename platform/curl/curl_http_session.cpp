@@ -3,6 +3,8 @@
 #include "platform/curl/curl_transfer.h"
 #include "platform/curl/local_proof.h"
 #include "platform/curl/request_rules.h"
+#include "platform/ports/proxy_rules.h"
+#include "platform/ports/proxy_settings.h"
 #include "platform/ports/quit_signal.h"
 #include "text/web_address.h"
 
@@ -32,6 +34,8 @@ constexpr std::chrono::milliseconds kLongestRest = 1h;
 /// What a caller of `send` waits for. Guarded by the session's mutex.
 struct Call {
     HttpRequest request;
+    /// What to go through; "": nothing in between. Absent: what the environment says.
+    std::optional<std::string> proxy;
     Steady::time_point deadline;
     bool isOver = false;
     std::optional<HttpResponse> response;
@@ -130,6 +134,7 @@ bool Exchange::startTransfer(const HttpRequest& request, CurlTransfer::Options o
         std::chrono::ceil<std::chrono::milliseconds>(m_call->deadline - Steady::now());
     if (left <= 0ms) return false;
     dropTransfer();
+    options.proxy = m_call->proxy;
     m_transfer = std::make_unique<CurlTransfer>(request, options, left, m_context);
     return m_transfer->handle() != nullptr &&
            curl_multi_add_handle(m_multi, m_transfer->handle()) == CURLM_OK;
@@ -195,6 +200,7 @@ public:
         // Copied: the caller's may go when the wait is given up, and the thread would still read
         // it.
         call->request = request;
+        call->proxy = proxyFor(request.url);
         // A year is as good as for ever, and no clock overflows by it.
         call->deadline = Steady::now() +
                          std::min<std::chrono::nanoseconds>(request.timeout, std::chrono::years(1));
@@ -211,6 +217,15 @@ public:
     }
 
 private:
+    /// Here and not on the network's thread, which no answer is to hold up.
+    std::optional<std::string> proxyFor(const std::string& url) const {
+        const auto to = destinationOf(url);
+        const auto origin = to && !to->isLoopback ? text::webOrigin(to->url) : std::nullopt;
+        if (m_settings.proxies == nullptr || !origin) return std::nullopt;
+        // The host is all that whoever resolves it needs to know.
+        return usableProxy(m_settings.proxies->proxiesFor(written(*origin)));
+    }
+
     // With the mutex held, like everything that touches the multi handle itself.
     void startThread() {
         // Once in the program, before any other thread uses the library.

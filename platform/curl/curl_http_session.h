@@ -9,8 +9,10 @@
 //   nobody used for half a minute are closed.
 // * At most 10 redirects are followed; an eleventh makes the exchange fail. See `afterRedirect`.
 // * An HTTP error is an answer like any other, 401 included: nobody is asked for a password.
-// * Proxies are those of the environment (http_proxy, https_proxy, all_proxy, no_proxy); this
-//   machine itself is never reached through one. Certificates are trusted as the system says.
+// * Proxies are those of the environment (http_proxy, https_proxy, all_proxy, no_proxy), or those
+//   that the session is given; this machine itself is never reached through one, nor is anybody
+//   asked about it. A redirect elsewhere goes the way of the address that it came from.
+//   Certificates are trusted as the system says.
 // * Compressed answers are unpacked. The head of an answer may have 256 KiB.
 // * Quitting ends everything within 200 ms, also while a name is looked up: the thread of the
 //   system's resolver is left to itself then.
@@ -27,6 +29,7 @@
 
 namespace kelvane {
 
+class ProxySettings;
 class QuitSignal;
 
 struct CurlSettings {
@@ -35,6 +38,9 @@ struct CurlSettings {
     /// How long an unused connection is kept: several times as long as the longest wait between two
     /// requests of a grade, which is six seconds.
     std::chrono::milliseconds keepsUnused{30'000};
+    /// Where the environment names no proxy; null: as the environment says. Asked for every
+    /// exchange with another machine, on the caller's thread; must outlive the session.
+    ProxySettings* proxies = nullptr;
 };
 
 /// Starts its thread with the first exchange. When `quit` is raised every exchange that is under

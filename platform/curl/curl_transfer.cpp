@@ -20,7 +20,7 @@ constexpr std::size_t kLargestHead = std::size_t{256} * 1024;
 
 } // namespace
 
-CurlTransfer::CurlTransfer(const HttpRequest& request, Options options,
+CurlTransfer::CurlTransfer(const HttpRequest& request, const Options& options,
                            std::chrono::milliseconds timeout, TransferContext& context)
     : m_request(request),
       m_destination(destinationOf(request.url).value_or(Destination{})),
@@ -30,7 +30,7 @@ CurlTransfer::CurlTransfer(const HttpRequest& request, Options options,
     if (m_handle && !setUp(options, timeout)) m_handle.reset();
 }
 
-bool CurlTransfer::setUp(Options options, std::chrono::milliseconds timeout) {
+bool CurlTransfer::setUp(const Options& options, std::chrono::milliseconds timeout) {
     // An end does not wait for a name that is still being looked up. A library older than the one
     // that this was compiled with may not know it.
     curl_easy_setopt(m_handle.get(), CURLOPT_QUICK_EXIT, 1L);
@@ -57,8 +57,12 @@ bool CurlTransfer::setUp(Options options, std::chrono::milliseconds timeout) {
     set(CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(std::min(timeout, kLongest).count()));
     set(CURLOPT_FRESH_CONNECT, options.onNewConnection ? 1L : 0L);
     if (!m_context.authorities.empty()) set(CURLOPT_CAINFO, m_context.authorities.c_str());
-    // This machine is never reached through another; to all others the system's proxies lead.
-    if (m_destination.isLoopback) set(CURLOPT_PROXY, "");
+    // This machine is never reached through another.
+    if (m_destination.isLoopback) {
+        set(CURLOPT_PROXY, "");
+    } else if (options.proxy) {
+        set(CURLOPT_PROXY, options.proxy->c_str());
+    }
     if (m_destination.socket) set(CURLOPT_UNIX_SOCKET_PATH, m_destination.socket->c_str());
 
     set(CURLOPT_WRITEFUNCTION, &CurlTransfer::takeBody);

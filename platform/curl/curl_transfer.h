@@ -36,11 +36,13 @@ public:
         bool onNewConnection = false;
         /// Sent only over a connection that is proved for the request's key.
         bool onProvedConnection = false;
+        /// What to go through; "": nothing in between. Absent: what the environment says.
+        std::optional<std::string> proxy = {};
     };
 
     /// Precondition: isSendable(request), and `timeout` is positive.
-    CurlTransfer(const HttpRequest& request, Options options, std::chrono::milliseconds timeout,
-                 TransferContext& context);
+    CurlTransfer(const HttpRequest& request, const Options& options,
+                 std::chrono::milliseconds timeout, TransferContext& context);
     ~CurlTransfer() = default;
     CurlTransfer(const CurlTransfer&) = delete;
     CurlTransfer& operator=(const CurlTransfer&) = delete;
@@ -70,7 +72,7 @@ private:
         void operator()(curl_slist* list) const { curl_slist_free_all(list); }
     };
 
-    bool setUp(Options options, std::chrono::milliseconds timeout);
+    bool setUp(const Options& options, std::chrono::milliseconds timeout);
     void setHeaders();
     [[nodiscard]] int beforeSending(const char* serverIp, const char* ownIp, int serverPort,
                                     int ownPort);

@@ -48,6 +48,7 @@ protected:
         }
         if (has("show-environment")) return ProcessResult{.status = 0, .output = managers};
         if (has("is-active")) return ProcessResult{.status = isEnabled ? 0 : 3, .output = ""};
+        if (has("is-enabled")) return ProcessResult{.status = wasEnabled ? 0 : 1, .output = ""};
         if (has("enable --now")) return ProcessResult{.status = enabling, .output = ""};
         return ProcessResult{.status = 0, .output = ""};
     }
@@ -89,6 +90,7 @@ protected:
     std::string managers = "HOME=/home/me\n";
     bool makesKey = true;
     bool isEnabled = false;
+    bool wasEnabled = false; ///< Before anybody listened.
     int enabling = 0;
 
 private:
@@ -273,6 +275,20 @@ TEST_F(GradingPlaceTest, WhyItCannotBeIsSaidAndNothingChanges) {
     EXPECT_THAT(place().useThisMachine().value_or(""), HasSubstr("has no key"));
     EXPECT_EQ(chosen(), "");
     EXPECT_EQ(platform.journal.count("keep "), 0U);
+}
+
+TEST_F(GradingPlaceTest, WhatTheSystemDidNotStartIsNotLeftEnabled) {
+    withSystemd();
+    enabling = 1;
+    for (const bool before : {true, false}) {
+        wasEnabled = before;
+        platform.journal.clear();
+        place().begin();
+        ASSERT_EQ(place().useThisMachine(), std::nullopt);
+        EXPECT_EQ(platform.journal.count("keep "), 1U);
+        EXPECT_EQ(commands("disable trevix-local.socket"), before ? 0U : 1U);
+        quit();
+    }
 }
 
 TEST_F(GradingPlaceTest, AnAccountEndsWhatThisMachineHad) {

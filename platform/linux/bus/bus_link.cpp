@@ -17,6 +17,9 @@ using std::chrono::steady_clock;
 // Longer than any limit that is waited for: it is the limit that ends a question.
 constexpr std::uint64_t kNeverMicroseconds = 60'000'000;
 
+// Between two looks whether it is enough: what a person does not notice.
+constexpr std::chrono::milliseconds kLook{50};
+
 } // namespace
 
 struct BusLink::Pending {
@@ -96,7 +99,9 @@ std::set<std::string> BusLink::wait(std::chrono::milliseconds limit,
         const int events = sd_bus_get_events(m_bus);
         if (ready.fd < 0 || events < 0) break;
         ready.events = static_cast<short>(events);
-        if (::poll(&ready, 1, static_cast<int>(left.count())) < 0 && errno != EINTR) break;
+        // What is enough may come to hold without an answer.
+        const auto rest = enough ? std::min(left, kLook) : left;
+        if (::poll(&ready, 1, static_cast<int>(rest.count())) < 0 && errno != EINTR) break;
     }
     std::set<std::string> silent;
     if (!satisfied) {

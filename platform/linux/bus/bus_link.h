@@ -45,8 +45,9 @@ public:
     /// Sends a question. It is answered during `wait`, or never. Nobody is started by it.
     void ask(const BusQuestion& question, const Write& write, Read read);
 
-    /// Takes answers until all questions have theirs, `limit` has passed or `enough` holds. What is
-    /// unanswered then is given up. The names that had not answered when the limit passed.
+    /// Takes answers until all questions have theirs, `limit` has passed or `enough` holds, which
+    /// is looked at after each answer and every 50 ms. What is unanswered then is given up. The
+    /// names that had not answered when the limit passed.
     std::set<std::string> wait(std::chrono::milliseconds limit,
                                const std::function<bool()>& enough = {});
 

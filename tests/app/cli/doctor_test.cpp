@@ -28,6 +28,7 @@ DoctorFacts allIsWell() {
     facts.hasSessionBus = true;
     facts.hasTray = true;
     facts.hasAccessibility = true;
+    facts.notifier = "dunst 1.9.0";
     facts.isRunning = facts.isInstalled = facts.startsAtLogin = facts.hasPython = true;
     facts.copyVersion = "0.1.0";
     facts.place = "this machine";
@@ -77,6 +78,7 @@ TEST(Doctor, OfAMachineOnWhichAllIsWellHasNothingToDo) {
         "ok     display       The display is x11 :0, of XFCE.\n"
         "ok     tray          There is a tray that shows the icon.\n"
         "ok     accessibility The accessibility bus is there.\n"
+        "ok     notifications Messages are shown by dunst 1.9.0.\n"
         "ok     service       The service http+unix://%2Fs answers (chosen: on this machine).\n"
         "ok     service       The local service is /usr/bin/trevix-local.\n"
         "ok     key           The key is the local service's own.\n"
@@ -127,6 +129,16 @@ const Case kCases[] = {
      "no accessibility bus", "at-spi2-core"},
     {"AccessibilityUnasked", [](DoctorFacts& f) { f.hasAccessibility = std::nullopt; },
      Health::Advice, "accessibility bus is there could not be asked", "dbus-bin"},
+    {"NobodyShowsMessages", [](DoctorFacts& f) { f.notifier = ""; }, Health::Advice,
+     "Nobody shows messages here", "notification service"},
+    {"MessagesUnasked", [](DoctorFacts& f) { f.notifier = std::nullopt; }, Health::Advice,
+     "Whether messages can be shown could not be asked", "dbus-bin"},
+    {"MessagesNotWished",
+     [](DoctorFacts& f) {
+         f.wantsNotices = false;
+         f.notifier = "";
+     },
+     Health::Good, "as your settings have it", ""},
     {"NoBus", [](DoctorFacts& f) { f.hasSessionBus = false; }, Health::Advice,
      "There is no session bus", "dbus-user-session"},
     {"ChoiceWrong", [](DoctorFacts& f) { f.choiceProblems = {"~/.brask/service:1: wrong"}; },
@@ -145,6 +157,17 @@ const Case kCases[] = {
          f.answers = false;
      },
      Health::Bad, "does not answer (chosen: with a service account)", "grade on this machine"},
+    {"ProxyOfTheEnvironment",
+     [](DoctorFacts& f) { f.proxyFrom = DoctorFacts::ProxyFrom::Environment; }, Health::Good,
+     "by the proxies that the environment names", ""},
+    {"ProxyOfTheDesktop",
+     [](DoctorFacts& f) {
+         f.proxyFrom = DoctorFacts::ProxyFrom::Desktop;
+         f.proxy = "http://proxy:8080";
+     },
+     Health::Good, "through http://proxy:8080, as the desktop's settings say", ""},
+    {"DirectlyByTheDesktop", [](DoctorFacts& f) { f.proxyFrom = DoctorFacts::ProxyFrom::Desktop; },
+     Health::Good, "reached directly, as the desktop's settings say", ""},
     {"NoKey", [](DoctorFacts& f) { f.key = DoctorFacts::KeyFrom::Nowhere; }, Health::Bad,
      "There is no key", "Grade on this machine"},
     {"KeyInEnvironment", [](DoctorFacts& f) { f.key = DoctorFacts::KeyFrom::Environment; },
@@ -198,6 +221,7 @@ TEST(Doctor, WithoutASessionBusNothingOnItIsSpokenOf) {
     for (const auto& line : doctorLines(facts)) {
         EXPECT_NE(line.area, "tray");
         EXPECT_NE(line.area, "accessibility");
+        EXPECT_NE(line.area, "notifications");
     }
 }
 
@@ -231,6 +255,28 @@ TEST(WithoutHome, WritesATilde) {
     EXPECT_EQ(withoutHome("/home/meadow/x", "/home/me"), "/home/meadow/x");
     EXPECT_EQ(withoutHome("/x", ""), "/x");
     EXPECT_EQ(withoutHome("/x", "/"), "/x");
+}
+
+TEST(NotifierIn, IsReadFromTheAnswerOfTheBus) {
+    const std::string head = "method return time=1.2 sender=:1.4 -> destination=:1.9 serial=5\n";
+    EXPECT_EQ(notifierIn(head + "   string \"dunst\"\n   string \"knopwob\"\n"
+                                "   string \"1.9.0 (2022-06-27)\"\n   string \"1.2\"\n"),
+              "dunst 1.9.0 (2022-06-27)");
+    EXPECT_EQ(notifierIn(head + "   string \"Plasma\"\n   string \"KDE\"\n   string \"\"\n"),
+              "Plasma");
+    EXPECT_EQ(notifierIn(head + "   string \"e\x1b[31mvil\"\n   string \"\"\n   string \"1\"\n"),
+              "e [31mvil 1");
+    for (const std::string& other :
+         {std::string(), head, head + "   string \"dunst\"\n", std::string("string \"")}) {
+        EXPECT_EQ(notifierIn(other), "") << other;
+    }
+}
+
+TEST(TextsInReply, AreThoseOfAListToo) {
+    EXPECT_THAT(textsInReply("method return\n   array [\n      string \"http://proxy:8080\"\n"
+                             "      string \"direct://\"\n   ]\n"),
+                ElementsAre("http://proxy:8080", "direct://"));
+    EXPECT_THAT(textsInReply("   array [\n   ]\n"), IsEmpty());
 }
 
 TEST(EnginesOf, AreReadFromTheServicesOwnTable) {

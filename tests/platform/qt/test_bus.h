@@ -47,6 +47,7 @@ public:
         m_names << connection;
         return QDBusConnection::connectToBus(m_address, connection);
     }
+    [[nodiscard]] const QString& address() const { return m_address; }
     /// The bus goes, and with it all that is connected.
     void end() {
         m_daemon.kill();
