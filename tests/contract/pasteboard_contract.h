@@ -78,6 +78,12 @@ TEST_P(PasteboardContract, countsCopiesAndNothingElse) {
     EXPECT_NE(pasteboard.changeCount(), after) << "the same text again is a copy as well";
 }
 
+TEST_P(PasteboardContract, countsTheFirstCopyOfAll) {
+    const auto before = pasteboard.changeCount();
+    system->anotherApplicationCopies("theirs");
+    EXPECT_NE(pasteboard.changeCount(), before);
+}
+
 TEST_P(PasteboardContract, remembersTextAndCount) {
     system->anotherApplicationCopies("theirs");
     const auto memory = pasteboard.remember();

@@ -1,10 +1,12 @@
-// The promises of workspaces, window lists and pasteboards, asked of the product's ports on a real
-// Wayland compositor.
+// The promises of workspaces, window lists, keyboards and pasteboards, asked of the product's ports
+// on real Wayland compositors.
 
 #include "platform/fake/fakes.h"
 #include "platform/linux/linux_platform.h"
 #include "platform/linux/wayland/wayland_connection.h"
 #include "platform/linux/wayland/wayland_selections.h"
+#include "tests/contract/keyboard_contract.h"
+#include "tests/contract/keys_of_desktop.h"
 #include "tests/contract/pasteboard_contract.h"
 #include "tests/contract/workspace_contract.h"
 #include "tests/platform/linux/wayland/wayland_desktop.h"
@@ -20,6 +22,7 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -53,29 +56,33 @@ struct PortsThere {
         for (const auto& [name, value] : Desktops::of(compositor).environment()) {
             fakes.environment.variables[name] = value;
         }
-        ports = makeLinuxDesktop(fakes.environment, fakes.clock, fakes.ownFocus);
-        // One that does not know this program yet is asked again.
+        // One that was too busy to answer, or does not know this program yet, is come to anew:
+        // ports that were renewed would keep their first clipboard until a capture begins.
         TestPrograms::waitUntil([this] {
-            fakes.clock.time += 10s;
-            (void)ports.limits->now();
-            return ports.keyboard->trusted();
+            ports = makeLinuxDesktop(fakes.environment, fakes.clock, fakes.ownFocus);
+            if (ports.keyboard->trusted()) return true;
+            // KWin looks for programs that are new to it at most every 1.5 s, and answers each
+            // newcomer by what it knows: asked all the time, it comes to nothing else.
+            std::this_thread::sleep_for(1s);
+            return false;
         });
     }
     FakePlatform fakes;
     LinuxDesktop ports;
 };
 
-class SwayDesktop : public Furnished {
+class DesktopOfCompositor : public Furnished {
 public:
-    ~SwayDesktop() override {
-        for (const auto& [name, program] : m_programs)
-            Desktops::of(Compositor::Sway).end(program.process);
+    explicit DesktopOfCompositor(Compositor compositor)
+        : m_desktop(Desktops::of(compositor)),
+          m_ports(compositor) {}
+    ~DesktopOfCompositor() override {
+        for (const auto& [name, program] : m_programs) m_desktop.end(program.process);
         // It is the next test's desktop.
         TestPrograms::waitUntil([&] { return listed().empty(); });
     }
-    SwayDesktop() = default;
-    SwayDesktop(const SwayDesktop&) = delete;
-    SwayDesktop& operator=(const SwayDesktop&) = delete;
+    DesktopOfCompositor(const DesktopOfCompositor&) = delete;
+    DesktopOfCompositor& operator=(const DesktopOfCompositor&) = delete;
 
     Workspace& workspace() override { return *m_ports.ports.workspace; }
     WindowList& windowList() override { return *m_ports.ports.windowList; }
@@ -84,15 +91,14 @@ public:
     void open(const std::string& name, std::uint16_t width, std::uint16_t height) override {
         auto& program = m_programs[name];
         if (program.windows++ == 0) {
-            const auto pipe = Desktops::of(Compositor::Sway).home() / name;
+            const auto pipe = m_desktop.home() / name;
             std::filesystem::remove(pipe);
             ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
-            program.process = Desktops::of(Compositor::Sway)
-                                  .start({KELVANE_TEXT_WINDOW, name, name, std::to_string(width),
-                                          std::to_string(height), "#336699", pipe.string()});
+            program.process =
+                m_desktop.start({KELVANE_TEXT_WINDOW, name, name, std::to_string(width),
+                                 std::to_string(height), "#336699", pipe.string()});
         } else {
-            std::ofstream(Desktops::of(Compositor::Sway).home() / name)
-                << width << ' ' << height << '\n';
+            std::ofstream(m_desktop.home() / name) << width << ' ' << height << '\n';
         }
         const WindowBounds bounds{static_cast<double>(width), static_cast<double>(height)};
         ASSERT_TRUE(TestPrograms::waitUntil([&] {
@@ -104,7 +110,7 @@ public:
     }
 
     void close(const std::string& name) override {
-        Desktops::of(Compositor::Sway).end(m_programs.at(name).process);
+        m_desktop.end(m_programs.at(name).process);
         m_programs.erase(name);
         ASSERT_TRUE(TestPrograms::waitUntil([&] { return listed().size() == windows(); }));
     }
@@ -124,8 +130,16 @@ private:
         return all;
     }
 
-    PortsThere m_ports{Compositor::Sway};
+    WaylandDesktop& m_desktop;
+    PortsThere m_ports;
     std::map<std::string, OpenProgram> m_programs;
+};
+
+class KeysOfCompositor : private PortsThere, public KeysOfDesktop<WaylandDesktop> {
+public:
+    explicit KeysOfCompositor(Compositor compositor)
+        : PortsThere(compositor),
+          KeysOfDesktop(Desktops::of(compositor), PortsThere::ports) {}
 };
 
 class PasteboardOfCompositor : public PasteboardOfSystem {
@@ -155,10 +169,16 @@ private:
     std::shared_ptr<WaylandConnection> m_other;
 };
 
-template <Compositor compositor>
-std::unique_ptr<PasteboardOfSystem> pasteboardOf() {
-    return std::make_unique<PasteboardOfCompositor>(compositor);
+template <typename Made, typename Whole, Compositor compositor>
+std::unique_ptr<Whole> on() {
+    return std::make_unique<Made>(compositor);
 }
+template <Compositor compositor>
+constexpr auto kDesktopOn = on<DesktopOfCompositor, Furnished, compositor>;
+template <Compositor compositor>
+constexpr auto kKeysOn = on<KeysOfCompositor, KeysOfSystem, compositor>;
+template <Compositor compositor>
+constexpr auto kPasteboardOn = on<PasteboardOfCompositor, PasteboardOfSystem, compositor>;
 
 /// Those whose compositor is here; the tests of the ports beside these tell of one that is not.
 template <typename Kind>
@@ -172,14 +192,19 @@ std::vector<Kind> here(const std::vector<std::pair<Compositor, Kind>>& kinds) {
 
 INSTANTIATE_TEST_SUITE_P(Wayland, DesktopContract,
                          testing::ValuesIn(here<DesktopKind>(
-                             {{Compositor::Sway,
-                               {"sway", [] { return std::make_unique<SwayDesktop>(); }}}})),
+                             {{Compositor::Sway, {"sway", kDesktopOn<Compositor::Sway>}}})),
+                         [](const auto& each) { return std::string(each.param.name); });
+
+INSTANTIATE_TEST_SUITE_P(Wayland, KeyboardContract,
+                         testing::ValuesIn(here<KeyboardKind>(
+                             {{Compositor::Sway, {"sway", kKeysOn<Compositor::Sway>}},
+                              {Compositor::KWin, {"kwin", kKeysOn<Compositor::KWin>}}})),
                          [](const auto& each) { return std::string(each.param.name); });
 
 INSTANTIATE_TEST_SUITE_P(Wayland, PasteboardContract,
                          testing::ValuesIn(here<PasteboardKind>(
-                             {{Compositor::Sway, {"sway", pasteboardOf<Compositor::Sway>}},
-                              {Compositor::KWin, {"kwin", pasteboardOf<Compositor::KWin>}}})),
+                             {{Compositor::Sway, {"sway", kPasteboardOn<Compositor::Sway>}},
+                              {Compositor::KWin, {"kwin", kPasteboardOn<Compositor::KWin>}}})),
                          [](const auto& each) { return each.param.name; });
 
 } // namespace

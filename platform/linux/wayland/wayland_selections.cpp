@@ -113,6 +113,7 @@ public:
                      std::uint32_t version) override;
     void globalRemoved(std::uint32_t) override {}
     void globalsComplete() override;
+    void started() override;
     void detach() override;
 
     bool offered() const override {
@@ -183,7 +184,8 @@ private:
     zwlr_data_control_source_v1* m_source = nullptr;
     std::shared_ptr<const ClipboardContent> m_content; ///< Of the source.
     const std::string m_ownMark = newMark();
-    std::array<bool, 2> m_told{}; ///< Which of the two has been told of: the first is no change.
+    /// Which of the two has been told of. What is told first is what was there, and no change.
+    std::array<bool, 2> m_told{};
 };
 
 Selections& of(void* data) {
@@ -236,6 +238,12 @@ void Selections::globalsComplete() {
     zwlr_data_control_device_v1_add_listener(device, &kDeviceListener, this);
     const std::lock_guard lock(m_mutex);
     m_device = device;
+}
+
+void Selections::started() {
+    // What was there at the start has been told by now. KWin tells nothing of a clipboard that is
+    // empty: what comes next is somebody's copy.
+    m_told = {true, true};
 }
 
 void Selections::detach() {

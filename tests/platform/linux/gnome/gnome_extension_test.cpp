@@ -22,6 +22,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -361,6 +362,28 @@ TEST_F(GnomeExtensionTest, WithoutItAccessibilityTellsTheTextOfGtkPrograms) {
         ports.keyboard->postCopy(front->pid);
         return ports.pasteboard->string() == "read it";
     })) << ports.pasteboard->string().value_or("nothing");
+}
+
+TEST_F(GnomeExtensionTest, WithoutATrayTheDoctorSaysSoAndASecondStartOpensThePanel) {
+    turnOn(); // It tells of windows.
+    std::filesystem::create_directories(desktop().home() / ".brask");
+    desktop().file(".brask/validate.py", "#\n"); // As after an earlier start.
+    const std::map<std::string, std::string> variables{{"BRASK_APP_NO_PERSIST", "1"},
+                                                       {"BRASK_APP_NO_OPEN", "1"},
+                                                       {"BRASK_API_BASE", "http://127.0.0.1:9"},
+                                                       {"BRASK_API_KEY", "a key"}};
+    programs.push_back(desktop().start({KELVANE_PRODUCT}, variables));
+    const auto answers = [&] {
+        const auto status = desktop().outputOf({KELVANE_PRODUCT, "--status", "--json"}, variables);
+        return status.find("\"running\":true") != std::string::npos;
+    };
+    ASSERT_TRUE(WaylandDesktop::waitUntil(answers));
+    const auto said = desktop().outputOf({KELVANE_PRODUCT, "--doctor", "--json"}, variables);
+    EXPECT_THAT(said, HasSubstr("No tray of the usual kind (StatusNotifier) is here."));
+    EXPECT_THAT(said, HasSubstr("start kelvane again to open its panel. GNOME needs the "
+                                "AppIndicator extension."));
+    desktop().outputOf({KELVANE_PRODUCT}, variables);
+    EXPECT_TRUE(waitForWindow("Kelvane Companion", false));
 }
 
 /// The form for GNOME 45 and later, which this machine has none of: as a module, with stand-ins for

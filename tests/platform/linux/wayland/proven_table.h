@@ -25,6 +25,7 @@ struct ProvenRow {
 
 inline constexpr std::array kProvenRows{
     ProvenRow{"Wayland/DesktopContract", "", "windows, their owners, order, sizes and pictures"},
+    ProvenRow{"Wayland/KeyboardContract", "", "keys to the window in front, and to no other"},
     ProvenRow{"Wayland/PasteboardContract", "", "the clipboard"},
     ProvenRow{"Compositors/EditorOnCompositor", "ofGtk3GivesItsSelection",
               "GTK 3: selection, clipboard as it was"},

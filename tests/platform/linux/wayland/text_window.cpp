@@ -3,9 +3,14 @@
 //     text_window APP_ID TITLE WIDTH HEIGHT TEXT [PIPE]
 //     text_window APP_ID TITLE WIDTH HEIGHT #336699 [PIPE]
 //
-// One window, and one more for each line "WIDTH HEIGHT" that comes through the named pipe PIPE.
+// One window, and one more for each line "WIDTH HEIGHT" that comes through the named pipe PIPE. A
+// TEXT that begins with "=" is shown without it, and is selected from the start. The keys that it
+// gets are written to the file TEXT_WINDOW_KEYS, where the environment names one: a line each, like
+// "+118", pressed, or "-37", let go, as an X server numbers keys.
 
 #include <QApplication>
+#include <QFile>
+#include <QKeyEvent>
 #include <QPlainTextEdit>
 #include <QSocketNotifier>
 
@@ -25,12 +30,38 @@ std::unique_ptr<QPlainTextEdit> shownWindow(const QStringList& arguments, const 
     if (arguments[5].startsWith('#')) {
         window->setFrameShape(QFrame::NoFrame);
         window->setStyleSheet("background: " + arguments[5]);
+    } else if (arguments[5].startsWith('=')) {
+        window->setPlainText(arguments[5].mid(1));
+        window->selectAll();
     } else {
         window->setPlainText(arguments[5]);
     }
     window->show();
     return window;
 }
+
+class KeyLog : public QObject {
+public:
+    explicit KeyLog(const QString& path) : m_file(path) {
+        m_file.open(QIODevice::WriteOnly | QIODevice::Append | QIODevice::Unbuffered);
+    }
+
+    bool eventFilter(QObject* receiver, QEvent* event) override {
+        const bool press = event->type() == QEvent::KeyPress;
+        // The window gets each of them once, before the widgets in it do.
+        if ((press || event->type() == QEvent::KeyRelease) && receiver->isWindowType()) {
+            const auto* const key = dynamic_cast<QKeyEvent*>(event);
+            if (key != nullptr && !key->isAutoRepeat()) {
+                m_file.write((press ? '+' : '-') + QByteArray::number(key->nativeScanCode()) +
+                             '\n');
+            }
+        }
+        return false;
+    }
+
+private:
+    QFile m_file;
+};
 
 } // namespace
 
@@ -39,6 +70,8 @@ int main(int argc, char** argv) {
     const QApplication application(argc, argv);
     const auto arguments = QCoreApplication::arguments();
     if (arguments.size() < 6 || arguments.size() > 7) return 2;
+    KeyLog keys(qEnvironmentVariable("TEXT_WINDOW_KEYS"));
+    QCoreApplication::instance()->installEventFilter(&keys);
     std::vector<std::unique_ptr<QPlainTextEdit>> windows;
     windows.push_back(shownWindow(arguments, arguments[3], arguments[4]));
     std::unique_ptr<QSocketNotifier> more;
