@@ -245,32 +245,61 @@ WorkflowSection workflowSection(const WorkflowState& workflow) {
     return section;
 }
 
+std::string sizeOf(const GradePreview& shown) {
+    return shown.picture ? filled(translated("Preview", "%1 kB"),
+                                  {std::to_string((shown.amount + 1023) / 1024)})
+                         : translated("Preview", "%n character", "%n characters", shown.amount);
+}
+
+/// What is left out and why, what the capture says of itself, and what is sent beside the work.
+std::vector<std::string> previewRemarks(const GradePreview& shown) {
+    std::vector<std::string> remarks;
+    if (shown.isCut) {
+        remarks.push_back(filled(
+            translated("Preview", "What comes after the first %1 characters is left out: more "
+                                  "is not judged at once."),
+            {std::to_string(Capture::kMaxCharacters)}));
+    }
+    for (const auto& each : shown.notes) {
+        remarks.push_back(shownParagraph(translatedSentence(each)));
+    }
+    remarks.push_back(
+        shown.picture ? translated("Preview", "Nothing of other windows is in the picture.")
+                      : translated("Preview", "Nothing of the document but this text is sent."));
+    std::string names;
+    for (const auto& name : shown.names) {
+        names += (names.empty() ? "" : ", ") +
+                 filled(translated("Preview", "“%1”"), {shownWithin(name)});
+    }
+    remarks.push_back(
+        filled(translated("Preview", "Sent with it: the application's name, what kind of "
+                                     "work it is (%1) and %2 as its name."),
+               {shownWithin(shown.kind), names}));
+    return remarks;
+}
+
 std::optional<PreviewPage> previewPage(const CompanionModel& model) {
     const auto& shown = *model.preview;
     if (!shown) return std::nullopt;
     const std::string app = shownWithin(shown->app);
-    PreviewPage page{
+    return PreviewPage{
         .caption = translated("Preview", "PREVIEW"),
         .headline = shown->leaves
                         ? filled(translated("Preview", "This goes to %1"), {shownWithin(shown->to)})
                         : translated("Preview", "This stays on this machine"),
         .detail = filled(shown->picture ? translated("Preview", "A picture of a window of %1, %2")
                                         : translated("Preview", "The text selected in %1, %2"),
-                         {app, shown->size}),
+                         {app, sizeOf(*shown)}),
         .lines = shown->lines,
         .picture = shown->picture,
         .contentName = shown->picture ? translated("Preview", "The picture that is sent")
                                       : translated("Preview", "The text that is sent"),
-        .remarks = {},
+        .remarks = previewRemarks(*shown),
         .always = shown->appId.empty()
                       ? ""
                       : filled(translated("Preview", "Don't ask again for %1"), {app}),
         .send = translated("Preview", "Send"),
         .cancel = translated("Preview", "Cancel")};
-    for (const auto& each : shown->leftOut)
-        page.remarks.push_back(shownParagraph(translatedSentence(each)));
-    page.remarks.push_back(shownParagraph(shown->beside));
-    return page;
 }
 
 FooterRow footerRow(const CompanionModel& model) {

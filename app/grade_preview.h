@@ -1,12 +1,14 @@
 // Captured work as the person sees it before it is sent.
 //
-// A plain value, made once for a capture; copies share the work. Pure; any thread.
+// A plain value, made once for a capture; copies share the work. It holds facts: the sentences
+// about them are made as they are shown, in the language of then. Pure; any thread.
 
 #pragma once
 
 #include "detect/app_detector.h"
 #include "detect/capture.h"
 
+#include <cstddef>
 #include <memory>
 #include <optional>
 #include <string>
@@ -24,9 +26,11 @@ struct GradePreview {
     std::shared_ptr<const std::vector<std::string>> lines;
     /// The bytes of the picture that is sent. Null for a text.
     std::shared_ptr<const std::string> picture;
-    std::string size;                 ///< How much it is, in words.
-    std::string beside;               ///< What is sent with it, a sentence.
-    std::vector<std::string> leftOut; ///< What was left out or changed, and why; sentences.
+    std::size_t amount = 0; ///< Characters of the text, or bytes of the picture.
+    bool isCut = false;     ///< The text is as long as one may be: there may have been more.
+    std::string kind;       ///< The modality that is declared with it.
+    std::vector<std::string> names; ///< The names that are sent with it.
+    std::vector<std::string> notes; ///< What the capture says of itself; sentences in English.
 
     bool operator==(const GradePreview&) const = default;
 };

@@ -33,6 +33,11 @@ std::string kindOf(const VerdictEntry& entry) {
                            : shownWithin(modalityLabel(entry.kind));
 }
 
+/// As it is said: the sign that is drawn for no verdict is not a word.
+std::string bandName(Band band) {
+    return band == Band::unknown ? translated("History", "no verdict") : bandPill(band).label;
+}
+
 HistoryLine verdictLine(const VerdictEntry& entry, const LocalTime& local) {
     HistoryLine line;
     line.kind = HistoryLine::Kind::Verdict;
@@ -40,10 +45,9 @@ HistoryLine verdictLine(const VerdictEntry& entry, const LocalTime& local) {
     line.pill = bandPill(entry.band);
     if (entry.score) line.score = scoreText(*entry.score).value_or("");
     line.text = clockOf(entry.timeMs, local) + " · " + kindOf(entry) + " · " + flawsOf(entry);
-    line.spoken =
-        shownWithin(entry.app) + ", " + momentOf(entry.timeMs, local) + ", " +
-        (entry.band == Band::unknown ? translated("History", "no verdict") : line.pill.label) +
-        (line.score.empty() ? "" : ", Trevix " + line.score) + ", " + flawsOf(entry);
+    line.spoken = shownWithin(entry.app) + ", " + momentOf(entry.timeMs, local) + ", " +
+                  bandName(entry.band) + (line.score.empty() ? "" : ", Trevix " + line.score) +
+                  ", " + flawsOf(entry);
     return line;
 }
 
@@ -92,6 +96,10 @@ HistoryDetail diffLine(const DiffLine& line) {
 }
 
 } // namespace
+
+std::string shownNames(const VerdictEntry& entry) {
+    return kindOf(entry) + '\n' + bandName(entry.band);
+}
 
 std::string momentOf(std::int64_t ms, const LocalTime& local) {
     const std::string time = history::isoTime(local(ms));

@@ -37,6 +37,9 @@ struct HistoryLine {
 [[nodiscard]] std::vector<HistoryLine>
 historyLines(const std::vector<history::VerdictEntry>& entries, const LocalTime& local);
 
+/// The names of its kind and its band as they are shown: what somebody who reads them looks for.
+[[nodiscard]] std::string shownNames(const history::VerdictEntry& entry);
+
 /// "14:05", and "2026-03-03 14:05".
 [[nodiscard]] std::string clockOf(std::int64_t ms, const LocalTime& local);
 [[nodiscard]] std::string momentOf(std::int64_t ms, const LocalTime& local);

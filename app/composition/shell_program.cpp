@@ -46,8 +46,11 @@ ShellProgram::ShellProgram(const Launch& launch, std::unique_ptr<SingleInstance>
       m_settings(*m_ports.files, m_installation.braskHome),
       m_application(
           makeQtApplication([this] { m_ports.quit->raise(); }, [this] { bringForward(); })),
-      m_palette(launch.shape == Shape::Picture ? nullptr : std::make_unique<ProgramPalette>()),
-      m_idle(releaseIdleMemory),
+      m_look(launch.shape == Shape::Picture ? nullptr : std::make_unique<ProgramLook>()),
+      m_idle([this] {
+          m_delegate.becameIdle();
+          releaseIdleMemory();
+      }),
       m_shortcut({.shortcut = *m_ports.shortcut,
                   .settings = m_settings,
                   .dispatcher = *m_ports.dispatcher},

@@ -69,7 +69,7 @@ private:
     SettingsStore m_settings;
     PanelLanguage m_language;
     std::unique_ptr<Application> m_application;
-    std::unique_ptr<ProgramPalette> m_palette; ///< Null for a picture, which has one of its own.
+    std::unique_ptr<ProgramLook> m_look; ///< Null for a picture, which has one of its own.
     // What starting, or showing the panel, has used is not kept for the hours until the next time.
     IdleTimer m_idle;
     ShortcutKeeper m_shortcut;

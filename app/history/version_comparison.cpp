@@ -226,7 +226,8 @@ const VerdictEntry* versionBefore(const std::vector<VerdictEntry>& entries,
     });
 }
 
-std::vector<VerdictEntry> search(const std::vector<VerdictEntry>& entries, std::string_view words) {
+std::vector<VerdictEntry> search(const std::vector<VerdictEntry>& entries, std::string_view words,
+                                 const ShownNames& shown) {
     std::vector<std::string> wanted;
     std::string lowered = text::lowercased(words);
     for (std::size_t at = 0; at < lowered.size();) {
@@ -243,6 +244,7 @@ std::vector<VerdictEntry> search(const std::vector<VerdictEntry>& entries, std::
             told += '\n' + flaw.severity + ' ' + flaw.criterion + ' ' + flaw.detail + ' ' +
                     flaw.rule + ' ' + flaw.evidence;
         }
+        if (shown) told += '\n' + shown(entry);
         told = text::lowercased(told);
         if (std::ranges::all_of(wanted,
                                 [&](const auto& word) { return holds(told, entry, word); })) {

@@ -8,6 +8,7 @@
 #include "app/history/verdict_entry.h"
 
 #include <cstddef>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -66,10 +67,14 @@ struct Comparison {
 [[nodiscard]] const VerdictEntry* versionBefore(const std::vector<VerdictEntry>& entries,
                                                 const VerdictEntry& entry);
 
+/// What else an entry is found by: the names under which it is shown to somebody.
+using ShownNames = std::function<std::string(const VerdictEntry&)>;
+
 /// What remains of `entries` in a search: every word of `words` stands somewhere in the
-/// application's name, the kind, the band, the day, a flaw or the text, whatever its case. All of
-/// them for no words.
+/// application's name, the kind, the band, the day, a flaw, the text or the shown names, whatever
+/// its case. All of them for no words.
 [[nodiscard]] std::vector<VerdictEntry> search(const std::vector<VerdictEntry>& entries,
-                                               std::string_view words);
+                                               std::string_view words,
+                                               const ShownNames& shown = {});
 
 } // namespace kelvane::history

@@ -80,7 +80,7 @@ void HistoryBridge::redraw() {
 
 void HistoryBridge::listAnew() {
     m_lines.clear();
-    const auto found = history::search(m_entries, m_words.toStdString());
+    const auto found = history::search(m_entries, m_words.toStdString(), shownNames);
     for (const auto& line : historyLines(found, m_ports.local)) m_lines << lineRecord(line);
     emit linesChanged();
     if (!m_chosen.empty() && entryOf(m_chosen) == nullptr) {
@@ -189,6 +189,16 @@ void HistoryBridge::setDark(bool dark) {
     if (m_dark == dark) return;
     m_dark = dark;
     emit lookChanged();
+}
+
+void HistoryBridge::setHighContrast(bool high) {
+    if (m_highContrast == high) return;
+    m_highContrast = high;
+    emit lookChanged();
+}
+
+double HistoryBridge::grown() const {
+    return PanelBridge::grownFor(m_textSize);
 }
 
 void HistoryBridge::setTextSize(int pixels) {

@@ -79,7 +79,9 @@ class HistoryBridge : public QObject {
     Q_PROPERTY(bool hasVersionBefore READ hasVersionBefore NOTIFY detailsChanged)
     Q_PROPERTY(bool compares READ compares NOTIFY detailsChanged)
     Q_PROPERTY(bool dark READ dark WRITE setDark NOTIFY lookChanged)
+    Q_PROPERTY(bool highContrast READ highContrast WRITE setHighContrast NOTIFY lookChanged)
     Q_PROPERTY(int textSize READ textSize WRITE setTextSize NOTIFY lookChanged)
+    Q_PROPERTY(double grown READ grown NOTIFY lookChanged)
 
 public:
     using Entries = std::vector<history::VerdictEntry>;
@@ -127,7 +129,10 @@ public:
 
     [[nodiscard]] bool dark() const { return m_dark; }
     void setDark(bool dark);
+    [[nodiscard]] bool highContrast() const { return m_highContrast; }
+    void setHighContrast(bool high);
     [[nodiscard]] int textSize() const { return m_textSize; }
+    [[nodiscard]] double grown() const; ///< As the panel's.
     void setTextSize(int pixels);
 
 signals:
@@ -154,6 +159,7 @@ private:
     bool m_compares = false;
     bool m_isLoaded = false;
     bool m_dark = false;
+    bool m_highContrast = false;
     int m_textSize = 13;
     std::shared_ptr<const bool> m_alive = std::make_shared<const bool>(true);
 };

@@ -1,13 +1,16 @@
-// The desktop's wish for dark windows and its size of text, handed to the program and to a panel.
+// The desktop's wishes for how windows look, handed to the program and to a panel: dark or light,
+// high contrast, the size of text.
 //
-// Dark is what the desktop's setting says where it has one that can be read (the settings portal),
-// else how dark Qt's palette was to begin with. Main thread only; needs a QGuiApplication.
+// They are what the desktop's settings say where it has such that can be read (the settings
+// portal), else what Qt's palette and font were to begin with. Whoever draws a window looks at the
+// program's palette and font: what is wished is in them. Main thread only; needs a QGuiApplication.
 
 #pragma once
 
 #include "app/panel/panel_bridge.h"
 #include "app/panel/panel_portal.h"
 
+#include <QFont>
 #include <QObject>
 #include <QPalette>
 
@@ -19,34 +22,58 @@ namespace kelvane {
 /// The portal's number; whatever it does not define is no preference.
 [[nodiscard]] ColorScheme colorScheme(unsigned number);
 
+/// The portal's factor; 1 for what is none.
+[[nodiscard]] double textScale(double factor);
+
 /// Whether text is lighter than the window it stands on.
 [[nodiscard]] bool isDark(const QPalette& palette);
 
-/// The palette that fits a wish: `usual` unless that is of the other kind.
-[[nodiscard]] QPalette paletteFor(ColorScheme scheme, const QPalette& usual);
+/// Whether text stands on windows as black on white does, or white on black.
+[[nodiscard]] bool isHighContrast(const QPalette& palette);
 
-/// Keeps the palette of the whole program, its alerts and menus, as the desktop's setting has it,
-/// for as long as it lives. The setting comes a moment after this was made, and every change later.
-class ProgramPalette {
+/// The palette that fits a wish: `usual` unless that is of another kind.
+[[nodiscard]] QPalette paletteFor(const DesktopLook& look, const QPalette& usual);
+
+/// The font that fits a wish.
+[[nodiscard]] QFont fontFor(const DesktopLook& look, const QFont& usual);
+
+/// Whether the desktop's factor for texts has been applied before Qt says how large a font is. An X
+/// server's clients have it in the density that they are told; no other desktop tells it so.
+[[nodiscard]] bool scalesTexts(const QString& platformName);
+
+/// Keeps the palette and the font of the whole program, its alerts and menus, as the desktop's
+/// settings have them, for as long as it lives. They come a moment after this was made, and every
+/// change later.
+class ProgramLook {
 public:
-    ProgramPalette();
-    ~ProgramPalette();
-    ProgramPalette(const ProgramPalette&) = delete;
-    ProgramPalette& operator=(const ProgramPalette&) = delete;
+    ProgramLook();
+    ~ProgramLook();
+    ProgramLook(const ProgramLook&) = delete;
+    ProgramLook& operator=(const ProgramLook&) = delete;
 
 private:
-    QPalette m_usual;
+    void apply(const DesktopLook& look);
+
+    QPalette m_usualPalette;
+    QFont m_usualFont;
+    DesktopLook m_look;
     std::unique_ptr<QObject> m_portal;
 };
 
-/// Keeps a bridge's `dark` and `textSize`, or what takes the two, as the program's palette and font
-/// have them, at once and for as long as it lives.
+/// How a window is drawn.
+struct WindowLook {
+    bool dark = false;
+    bool highContrast = false;
+    int textSize = 0; ///< Of ordinary text, in pixels.
+};
+
+/// Keeps a panel, or what takes that, as the program's palette and font have it, at once and for as
+/// long as it lives.
 class PanelAppearance : public QObject {
     Q_OBJECT
 
 public:
-    /// The size of ordinary text in pixels.
-    using Taker = std::function<void(bool dark, int textSize)>;
+    using Taker = std::function<void(const WindowLook&)>;
 
     explicit PanelAppearance(PanelBridge& bridge);
     explicit PanelAppearance(Taker taker);

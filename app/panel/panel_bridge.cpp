@@ -35,6 +35,12 @@ void PanelBridge::setDark(bool dark) {
     emit darkChanged();
 }
 
+void PanelBridge::setHighContrast(bool high) {
+    if (m_highContrast == high) return;
+    m_highContrast = high;
+    emit darkChanged();
+}
+
 void PanelBridge::setTextSize(int pixels) {
     const int size = std::clamp(pixels, kSmallestTextSize, kLargestTextSize);
     if (m_textSize == size) return;

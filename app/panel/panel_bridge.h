@@ -49,13 +49,25 @@ class PanelBridge : public QObject {
     Q_PROPERTY(bool mayUndo READ mayUndo NOTIFY flawNoteChanged)
     Q_PROPERTY(kelvane::PreviewRecord preview READ preview NOTIFY previewChanged)
     Q_PROPERTY(bool dark READ dark WRITE setDark NOTIFY darkChanged)
+    Q_PROPERTY(bool highContrast READ highContrast WRITE setHighContrast NOTIFY darkChanged)
     Q_PROPERTY(int textSize READ textSize WRITE setTextSize NOTIFY textSizeChanged)
+    Q_PROPERTY(double grown READ grown NOTIFY textSizeChanged)
 
 public:
     /// The size of ordinary text, in pixels, unless the desktop asks for another.
     static constexpr int kTextSize = 13;
     static constexpr int kSmallestTextSize = 13;
-    static constexpr int kLargestTextSize = 18;
+    /// Up to here texts grow within the usual width; from here on the windows grow with them.
+    static constexpr int kLargestTextInUsualWidth = 18;
+    /// Twice the usual size.
+    static constexpr int kLargestTextSize = 26;
+    /// How much wider than usual a window is then, so that texts fit as they do at the largest size
+    /// of the usual width.
+    [[nodiscard]] static constexpr double grownFor(int textSize) {
+        return textSize <= kLargestTextInUsualWidth
+                   ? 1.0
+                   : static_cast<double>(textSize) / kLargestTextInUsualWidth;
+    }
 
     PanelBridge(CompanionModel& model, PanelImages images, QObject* parent = nullptr);
 
@@ -88,10 +100,15 @@ public:
     [[nodiscard]] bool dark() const { return m_dark; }
     void setDark(bool dark);
 
+    /// Whether texts are as far from their ground as can be. False until it is set.
+    [[nodiscard]] bool highContrast() const { return m_highContrast; }
+    void setHighContrast(bool high);
+
     /// The size of ordinary text in pixels; all other sizes follow from it. What lies outside the
     /// smallest and the largest size is brought to the nearer one.
     [[nodiscard]] int textSize() const { return m_textSize; }
     void setTextSize(int pixels);
+    [[nodiscard]] double grown() const { return grownFor(m_textSize); }
 
     /// Looks at the model at once instead of on the next turn of the loop: for whoever is about to
     /// show the panel and wants its first frame to be right.
@@ -159,6 +176,7 @@ private:
     FlawListRecord m_flawList;
     PreviewRecord m_preview;
     bool m_dark = false;
+    bool m_highContrast = false;
     int m_textSize = kTextSize;
     bool m_redrawPending = false;
 };

@@ -93,6 +93,7 @@ std::unique_ptr<QQuickView> makePanelView(PanelBridge& bridge) {
         window->resize(QSizeF(panel->width(), panel->height()).toSize());
     };
     QObject::connect(panel, &QQuickItem::implicitHeightChanged, panel, fit);
+    QObject::connect(panel, &QQuickItem::widthChanged, panel, fit);
     fit();
     followLanguage(*view, [&bridge] { bridge.redraw(); });
     return view;
@@ -109,8 +110,19 @@ std::unique_ptr<QQuickView> makeSettingsView(SettingsBridge& settings, PanelBrid
     if (view->rootObject() == nullptr) return nullptr;
     followLanguage(*view, [&settings] { settings.redraw(); });
     // Narrower than this the longest caption would be cut.
-    view->setMinimumSize(QSize(360, 320));
+    const auto keepRoom = [window = view.get(), &panel] {
+        growTo(*window, QSize(360, 320), panel.grown());
+    };
+    QObject::connect(&panel, &PanelBridge::textSizeChanged, view.get(), keepRoom);
+    keepRoom();
     return view;
+}
+
+void growTo(QQuickView& window, QSize usual, double grown) {
+    const QSize smallest(static_cast<int>(std::ceil(usual.width() * grown)), usual.height());
+    window.setMinimumSize(smallest);
+    // Not every window manager enlarges a window that has become too small.
+    window.resize(window.size().expandedTo(smallest));
 }
 
 void roundPanelGround(QQuickItem& panel, bool rounded) {

@@ -9,6 +9,8 @@
 #include "app/panel/panel_bridge.h"
 #include "app/panel/settings_bridge.h"
 
+#include <QSize>
+
 #include <memory>
 
 class QQmlEngine;
@@ -47,6 +49,9 @@ void useSoftwareRendering();
 /// above.
 [[nodiscard]] std::unique_ptr<QQuickView> makeSettingsView(SettingsBridge& settings,
                                                            PanelBridge& panel);
+
+/// From now on a window is at least as wide as `usual` is for texts that have grown so much.
+void growTo(QQuickView& window, QSize usual, double grown);
 
 /// Whether the panel draws its corners itself and leaves what is outside them transparent. At first
 /// it does not.

@@ -15,14 +15,17 @@ class PanelPortal : public QObject {
     Q_OBJECT
 
 public:
-    /// Asks at once; the answer comes later. Without a session bus nothing ever comes.
-    explicit PanelPortal(std::function<void(ColorScheme)> told);
+    /// Asks at once; the answers come later. Without a session bus nothing ever comes.
+    explicit PanelPortal(std::function<void(const DesktopLook&)> told);
 
 private slots:
     void settingChanged(const QString& space, const QString& key, const QDBusVariant& value);
 
 private:
-    std::function<void(ColorScheme)> m_told;
+    void ask(const char* space, const char* key);
+
+    std::function<void(const DesktopLook&)> m_told;
+    DesktopLook m_look; ///< As it is known by now.
 };
 
 } // namespace kelvane

@@ -2,7 +2,7 @@
 
 namespace kelvane {
 
-std::unique_ptr<QObject> watchPortal(std::function<void(ColorScheme)>) {
+std::unique_ptr<QObject> watchPortal(std::function<void(const DesktopLook&)>) {
     return nullptr;
 }
 

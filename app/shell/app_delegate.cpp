@@ -239,6 +239,11 @@ void AppDelegate::openSettings() {
     m_actions.openSettings(*m_model);
 }
 
+void AppDelegate::becameIdle() {
+    // To build the panel takes longer than to show it, and the first click need not wait for that.
+    if (m_popover != nullptr) m_popover->prepare();
+}
+
 void AppDelegate::panelWentAway() {
     // Nobody can say yes to what nobody sees.
     if (m_model != nullptr) m_model->dropPreviewed();

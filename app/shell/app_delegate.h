@@ -131,6 +131,9 @@ public:
     /// Opens the window of settings. Nothing in the shapes that have no popover.
     void openSettings();
 
+    /// Nothing has happened for a while, and nothing is waited for.
+    void becameIdle();
+
     /// The popover has gone from sight, by whatever cause.
     void panelWentAway();
 

@@ -107,6 +107,9 @@ public:
     /// Whether it was opened by the very click that is being handled now: the second half of a
     /// double one is no wish to close it.
     [[nodiscard]] virtual bool openedByThisClick() const = 0;
+    /// Makes what the first showing needs, where that is not there yet: for a moment in which
+    /// nobody waits.
+    virtual void prepare() = 0;
     virtual void show(const PopoverAnchor& anchor) = 0;
     /// Gives the popover the keyboard. Only when shown.
     virtual void makeKey() = 0;

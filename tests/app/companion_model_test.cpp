@@ -1142,13 +1142,15 @@ TEST(GradePreviewText, IsCutIntoLinesAndMadeHarmless) {
               (std::vector<std::string>{"a", "b", std::string(400, 'x'), std::string(400, 'x'),
                                         std::string(100, 'x')}));
     EXPECT_EQ(preview.to, "host.example");
-    EXPECT_EQ(preview.size, "905 characters");
-    EXPECT_EQ(preview.leftOut.at(0), "A note.");
-    EXPECT_EQ(preview.leftOut.at(1), "A hint.");
-    EXPECT_NE(preview.beside.find("“work.txt”"), std::string::npos);
+    EXPECT_EQ(preview.amount, 905U);
+    EXPECT_FALSE(preview.isCut);
+    EXPECT_EQ(preview.notes, (std::vector<std::string>{"A note.", "A hint."}));
+    EXPECT_EQ(preview.kind, "text");
+    EXPECT_EQ(preview.names, std::vector<std::string>{"work.txt"});
     capture.parts[0].text = std::string(Capture::kMaxCharacters, 'y');
     const auto full = gradePreview(capture, from, "https://host.example", std::nullopt);
-    EXPECT_NE(full.leftOut.at(0).find("180000"), std::string::npos);
+    EXPECT_EQ(full.amount, Capture::kMaxCharacters);
+    EXPECT_TRUE(full.isCut);
 }
 
 } // namespace

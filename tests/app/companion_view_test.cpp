@@ -7,6 +7,7 @@
 
 #include <cmath>
 #include <limits>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -763,6 +764,43 @@ TEST_F(CompanionViewTest, TheRunIdIsNotTouched) {
     verdict.runId = "a\nb";
     model.verdict = verdict;
     EXPECT_EQ(graded().report->runId, "a\nb");
+}
+
+TEST_F(CompanionViewTest, APreviewSaysWhatIsLeftOutWhatTheCaptureSaysAndWhatGoesWithIt) {
+    model.preview = GradePreview{.app = "Kate",
+                                 .appId = "org.kde.kate",
+                                 .to = "host.example",
+                                 .lines = std::make_shared<const std::vector<std::string>>(1, "a"),
+                                 .picture = nullptr,
+                                 .amount = Capture::kMaxCharacters,
+                                 .isCut = true,
+                                 .kind = "document",
+                                 .names = {"work.md", "a\nb"},
+                                 .notes = {"A note."}};
+    const auto text = view().preview.value();
+    EXPECT_EQ(text.detail, "The text selected in Kate, 180000 characters");
+    ASSERT_EQ(text.remarks.size(), 4U);
+    EXPECT_NE(text.remarks.at(0).find("first 180000 characters"), std::string::npos);
+    EXPECT_EQ(text.remarks.at(1), "A note.");
+    EXPECT_EQ(text.remarks.at(2), "Nothing of the document but this text is sent.");
+    EXPECT_EQ(text.remarks.at(3),
+              "Sent with it: the application's name, what kind of work it is (document) and "
+              "“work.md”, “a b” as its name.");
+
+    model.preview = GradePreview{.app = "Kate",
+                                 .appId = "",
+                                 .to = "this machine",
+                                 .leaves = false,
+                                 .lines = nullptr,
+                                 .picture = std::make_shared<const std::string>(1'025, 'p'),
+                                 .amount = 1'025,
+                                 .kind = "image",
+                                 .names = {"work.png"},
+                                 .notes = {}};
+    const auto picture = view().preview.value();
+    EXPECT_EQ(picture.detail, "A picture of a window of Kate, 2 kB");
+    EXPECT_EQ(picture.remarks.front(), "Nothing of other windows is in the picture.");
+    EXPECT_EQ(picture.always, "") << "without an identifier nothing can be remembered";
 }
 
 TEST(PanelNames, EachValueHasItsOwn) {

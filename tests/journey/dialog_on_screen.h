@@ -1,7 +1,7 @@
 // What a dialog says to somebody who has it read to them, and where its buttons are.
 //
 // Asks the desktop's accessibility service, as a screen reader does. The program must have been
-// started with `accessibilityVariable()` set.
+// started with AccessibleTree's variable set.
 
 #pragma once
 
@@ -10,7 +10,6 @@
 #include <chrono>
 #include <optional>
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace kelvane {
@@ -29,9 +28,6 @@ public:
     [[nodiscard]] const Button* button(const std::string& name) const;
     [[nodiscard]] bool says(const std::string& text) const; ///< As one of its texts, whole.
     [[nodiscard]] std::string all() const;                  ///< Everything it says, for messages.
-
-    /// Name and value for the environment of a program whose dialogs are to be read.
-    [[nodiscard]] static std::pair<std::string, std::string> accessibilityVariable();
 
     /// The dialog that is on the screen of `desktop`, waiting for it if need be. Absent when none
     /// came; throws std::runtime_error when the desktop has no accessibility service.

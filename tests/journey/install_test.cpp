@@ -1,6 +1,7 @@
 // From the first start to the last trace gone: the built program in home folders as people have
 // them, with the real installer and the real login shell.
 
+#include "tests/journey/accessible_tree.h"
 #include "tests/journey/dialog_on_screen.h"
 #include "tests/journey/journey.h"
 #include "tests/source_tree.h"
@@ -96,7 +97,7 @@ protected:
     }
 
     void start(std::map<std::string, std::string> more = {}) {
-        more.insert(DialogOnScreen::accessibilityVariable());
+        more.insert(AccessibleTree::accessibilityVariable());
         startProduct(more);
     }
 

@@ -3,7 +3,9 @@
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
+#include <cstddef>
 #include <fstream>
+#include <iterator>
 #include <thread>
 
 namespace kelvane {
@@ -44,7 +46,8 @@ PanelOnScreen::Frame frameOf(const nlohmann::json& line) {
 
 const PanelOnScreen::Control* PanelOnScreen::Frame::button(const std::string& name) const {
     const auto found = std::ranges::find_if(controls, [&](const Control& control) {
-        return control.name == name && (control.role == "button" || control.role == "menuitem");
+        // A check box is "other"; what it says beside it is a text of the same name.
+        return control.name == name && control.role != "text";
     });
     return found == controls.end() ? nullptr : &*found;
 }
@@ -75,16 +78,23 @@ PanelOnScreen::~PanelOnScreen() {
 }
 
 PanelOnScreen::Frame PanelOnScreen::frame() const {
-    std::ifstream trace(m_trace);
-    Frame last;
-    for (std::string text; std::getline(trace, text);) {
-        const auto line = nlohmann::json::parse(text, nullptr, false);
+    std::ifstream file(m_trace);
+    const std::string trace{std::istreambuf_iterator<char>(file), {}};
+    // From its end: it is looked at every few milliseconds, and a panel that moves has drawn
+    // hundreds.
+    for (std::size_t end = trace.size(); end > 0;) {
+        const std::size_t before = end < 2 ? std::string::npos : trace.rfind('\n', end - 2);
+        const std::size_t begin = before == std::string::npos ? 0 : before + 1;
+        const auto line =
+            nlohmann::json::parse(trace.begin() + static_cast<std::ptrdiff_t>(begin),
+                                  trace.begin() + static_cast<std::ptrdiff_t>(end), nullptr, false);
+        end = begin;
         if (line.is_discarded()) continue; // being written
         const auto event = line.at("event").get<std::string>();
-        if (event == "frame") last = frameOf(line);
-        if (event == "hidden") last = {};
+        if (event == "frame") return frameOf(line);
+        if (event == "hidden") return {};
     }
-    return last;
+    return {};
 }
 
 std::optional<PanelOnScreen::Frame>

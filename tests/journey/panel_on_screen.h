@@ -36,6 +36,7 @@ public:
         int x = 0, y = 0, width = 0, height = 0;
         std::vector<Control> controls;
 
+        /// What can be pressed, a check box too.
         [[nodiscard]] const Control* button(const std::string& name) const;
         /// Whether anything in the frame says exactly, or contains, `text`.
         [[nodiscard]] bool says(const std::string& text) const;

@@ -2,6 +2,7 @@
 // names a service or a key. One click, and work is graded on this machine; after everything was
 // ended, again, without a click.
 
+#include "tests/journey/accessible_tree.h"
 #include "tests/journey/dialog_on_screen.h"
 #include "tests/journey/journey.h"
 #include "tests/source_tree.h"
@@ -34,7 +35,7 @@ protected:
         environment.erase("BRASK_API_BASE");
         environment.erase("BRASK_API_KEY");
         environment.erase("XDG_DATA_HOME");
-        environment.insert(DialogOnScreen::accessibilityVariable());
+        environment.insert(AccessibleTree::accessibilityVariable());
         return environment;
     }
     void startPlain(std::vector<std::string> arguments = {}) {

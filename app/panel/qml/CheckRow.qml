@@ -18,8 +18,8 @@ Pressable {
         anchors.verticalCenter: parent.verticalCenter
         radius: root.oneOfSeveral ? width / 2 : 3
         color: root.checked ? root.theme.accent : root.theme.raised
-        borderWidth: root.checked ? 0 : 1
-        borderColor: root.theme.wash(root.theme.secondary, 0.8)
+        borderWidth: root.checked && !root.theme.highContrast ? 0 : 1
+        borderColor: root.theme.edge(0.8)
 
         RoundedBox {
             visible: root.checked
@@ -36,7 +36,7 @@ Pressable {
         text: root.label
         anchors.left: mark.right
         anchors.leftMargin: 8
-        width: Math.min(implicitWidth, root.width - mark.width - 8)
+        width: root.width - mark.width - 8
         anchors.verticalCenter: parent.verticalCenter
         font.pixelSize: theme.callout
         Accessible.ignored: true

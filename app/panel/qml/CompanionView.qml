@@ -29,14 +29,16 @@ FocusScope {
 
     readonly property Theme theme: Theme {
         dark: root.bridge.dark
+        highContrast: root.bridge.highContrast
         textSize: root.bridge.textSize
+        grown: root.bridge.grown
     }
 
     // As the language's writing runs.
     LayoutMirroring.enabled: Application.layoutDirection === Qt.RightToLeft
     LayoutMirroring.childrenInherit: true
-    width: 360
-    implicitWidth: 360
+    width: implicitWidth
+    implicitWidth: Math.round(360 * theme.grown)
     implicitHeight: maximumHeight > 0 ? Math.min(naturalHeight, maximumHeight) : naturalHeight
     focus: true
     Accessible.role: Accessible.Pane
@@ -83,13 +85,21 @@ FocusScope {
         radius: root.cornerRadius
         color: root.theme.background
     }
-    // Has the keyboard while no control does: Tab goes from here to the first one.
+    // Has the keyboard while no control does: Tab goes from here to the first one. Whoever hears the
+    // panel hears then where he is.
     Item {
         id: rest
         objectName: "rest"
+        width: 1
+        height: 1
         focus: true
+        Accessible.role: Accessible.Pane
+        Accessible.name: root.previews ? root.bridge.preview.headline : root.bridge.header.toolTip
+        Accessible.description: root.previews ? root.bridge.preview.detail : root.bridge.now.headline
+        Accessible.focusable: true
+        Accessible.focused: activeFocus
     }
-    // Shown anew for every verdict, so that it is read out.
+    // Shown anew for all that comes by itself, a verdict above all, so that it is read out.
     Item {
         id: announcement
         objectName: "announcement"
@@ -97,7 +107,9 @@ FocusScope {
         height: 1
         visible: false
         Accessible.role: Accessible.Notification
-        Accessible.name: root.bridge.verdict.spoken
+        Accessible.name: root.previews
+            ? root.bridge.preview.headline + ". " + root.bridge.preview.detail
+            : root.bridge.verdict.spoken !== "" ? root.bridge.verdict.spoken : root.bridge.verdict.progress
         Accessible.onNameChanged: {
             visible = false
             visible = Accessible.name !== ""

@@ -21,7 +21,7 @@ FocusScope {
         color: root.theme.raised
         borderWidth: input.activeFocus ? 2 : 1
         borderColor: input.activeFocus ? root.theme.focusRing
-                                       : root.theme.wash(root.theme.secondary, 0.5)
+                                       : root.theme.edge(0.5)
     }
     TextInput {
         id: input

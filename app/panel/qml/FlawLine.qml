@@ -7,7 +7,9 @@ Item {
     required property Theme theme
     required property flawRecord flaw
     property real severityWidth: naturalSeverityWidth
-    readonly property real naturalSeverityWidth: Math.min(Math.ceil(level.implicitWidth), 92)
+    /// Whether it speaks for itself; not where a control that lies over it does.
+    property bool speaks: true
+    readonly property real naturalSeverityWidth: Math.min(Math.ceil(level.implicitWidth), Math.round(92 * theme.grown))
 
     implicitHeight: Math.max(level.y + level.height, words.y + words.height)
 
@@ -22,6 +24,7 @@ Item {
         y: words.baselineOffset - baselineOffset
         font.pixelSize: theme.smallCaption
         font.weight: Font.Bold
+        Accessible.ignored: !visible || !root.speaks
     }
     PanelText {
         id: words
@@ -31,5 +34,6 @@ Item {
         anchors.leftMargin: 8
         width: root.width - level.width - 8
         font.pixelSize: theme.caption
+        Accessible.ignored: !visible || !root.speaks
     }
 }

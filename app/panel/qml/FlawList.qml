@@ -139,6 +139,8 @@ Column {
                 anchors.margins: -4
                 radius: 6
                 color: root.theme.wash(root.theme.secondary, entry.isChosen ? 0.12 : 0.06)
+                borderWidth: root.theme.highContrast && entry.isChosen ? 1 : 0
+                borderColor: root.theme.edge(1)
             }
             Pressable {
                 id: press
@@ -161,6 +163,7 @@ Column {
                     theme: root.theme
                     flaw: entry.modelData.flaw
                     severityWidth: root.severityWidth
+                    speaks: false
                     width: parent.width
                     height: implicitHeight
                 }
@@ -176,6 +179,9 @@ Column {
                     width: parent.width - root.severityWidth - 8
                     maximumLineCount: entry.isChosen ? 20 : 2
                     font.pixelSize: theme.smallCaption
+                    // The place has been said with the flaw.
+                    Accessible.name: entry.modelData.evidence
+                    Accessible.ignored: !visible || entry.modelData.evidence === ""
                 }
                 Flow {
                     visible: entry.isChosen

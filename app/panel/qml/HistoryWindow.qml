@@ -12,7 +12,9 @@ FocusScope {
 
     readonly property Theme theme: Theme {
         dark: root.bridge.dark
+        highContrast: root.bridge.highContrast
         textSize: root.bridge.textSize
+        grown: root.bridge.grown
     }
 
     // As the language's writing runs.
@@ -46,7 +48,7 @@ FocusScope {
     Item {
         id: left
         anchors.left: parent.left
-        width: Math.max(260, Math.min(360, root.width * 0.42))
+        width: Math.max(260, Math.min(360, root.width * 0.42 / root.theme.grown)) * root.theme.grown
         anchors.top: parent.top
         anchors.bottom: parent.bottom
 
@@ -60,7 +62,7 @@ FocusScope {
             color: root.theme.raised
             borderWidth: search.activeFocus ? 2 : 1
             borderColor: search.activeFocus ? root.theme.focusRing
-                                            : root.theme.wash(root.theme.secondary, 0.35)
+                                            : root.theme.edge(0.35)
 
             PanelText {
                 theme: root.theme
@@ -184,8 +186,9 @@ FocusScope {
                     anchors.fill: parent
                     radius: 6
                     color: root.theme.wash(root.theme.secondary, entry.isChosen ? 0.2 : 0.08)
-                    borderWidth: entry.isChosen && list.activeFocus ? 2 : 0
-                    borderColor: root.theme.focusRing
+                    borderWidth: !entry.isChosen ? 0 : list.activeFocus ? 2
+                                                     : root.theme.highContrast ? 1 : 0
+                    borderColor: list.activeFocus ? root.theme.focusRing : root.theme.edge(1)
                 }
                 PanelText {
                     id: words
@@ -278,7 +281,7 @@ FocusScope {
             radius: 8
             color: root.theme.raised
             borderWidth: 1
-            borderColor: root.theme.wash(root.theme.secondary, 0.35)
+            borderColor: root.theme.edge(0.35)
             onVisibleChanged: if (visible) keep.forceActiveFocus()
 
             Column {
@@ -481,7 +484,7 @@ FocusScope {
                     visible: detail.isText && detail.modelData.sign !== " "
                     anchors.fill: parent
                     radius: 2
-                    color: root.theme.wash(root.theme.ink(detail.modelData.flaw.tint), 0.14)
+                    color: root.theme.wash(root.theme.ink(detail.modelData.flaw.tint), 0.1)
                 }
                 PanelText {
                     theme: root.theme
@@ -515,7 +518,7 @@ FocusScope {
                     id: flawLine
                     theme: root.theme
                     flaw: detail.modelData.flaw
-                    severityWidth: 64
+                    severityWidth: Math.round(64 * root.theme.grown)
                     visible: detail.modelData.isFlaw
                     y: 3
                     width: parent.width

@@ -99,7 +99,7 @@ MouseArea {
         radius: 8
         color: root.theme.raised
         borderWidth: 1
-        borderColor: root.theme.wash(root.theme.secondary, 0.3)
+        borderColor: root.theme.edge(0.3)
 
         Accessible.role: Accessible.PopupMenu
         Accessible.name: root.button.label
@@ -156,6 +156,8 @@ MouseArea {
                         anchors.fill: parent
                         radius: 5
                         color: root.theme.accent
+                        borderWidth: root.theme.highContrast ? 1 : 0
+                        borderColor: root.theme.edge(1)
                     }
                     Divider {
                         visible: entry.divides

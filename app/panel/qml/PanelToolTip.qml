@@ -43,7 +43,7 @@ RoundedBox {
     radius: 5
     color: theme.dark ? "#3a3a3d" : "#ffffff"
     borderWidth: 1
-    borderColor: theme.wash(theme.secondary, 0.35)
+    borderColor: theme.edge(0.35)
     Accessible.ignored: true
 
     PanelText {

@@ -11,8 +11,8 @@ Item {
     signal sendAsked(bool always)
     signal cancelAsked
 
-    readonly property real contentHeight: preview.picture !== ""
-        ? 190 : preview.lines.length > 2 ? 180 : 90
+    readonly property real contentHeight: Math.round(theme.grown
+        * (preview.picture !== "" ? 190 : preview.lines.length > 2 ? 180 : 90))
     implicitHeight: words.implicitHeight + content.naturalHeight + rest.implicitHeight + 16 + 10 + 10 + 16
 
     Accessible.role: Accessible.Grouping
@@ -63,7 +63,7 @@ Item {
         color: root.theme.raised
         borderWidth: lines.activeFocus ? 2 : 1
         borderColor: lines.activeFocus ? root.theme.focusRing
-                                       : root.theme.wash(root.theme.secondary, 0.3)
+                                       : root.theme.edge(0.3)
 
         Image {
             objectName: "previewPicture"

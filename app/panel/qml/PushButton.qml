@@ -18,8 +18,8 @@ Pressable {
         radius: 7
         color: root.prominent && root.usable ? root.theme.accent
              : root.usable ? root.theme.raised : root.theme.wash(root.theme.secondary, 0.12)
-        borderWidth: root.prominent || !root.usable ? 0 : 1
-        borderColor: root.theme.wash(root.theme.secondary, 0.35)
+        borderWidth: root.theme.highContrast || (root.usable && !root.prominent) ? 1 : 0
+        borderColor: root.theme.edge(0.35)
 
         RoundedBox {
             anchors.fill: parent

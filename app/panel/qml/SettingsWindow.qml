@@ -14,13 +14,15 @@ FocusScope {
 
     readonly property Theme theme: Theme {
         dark: root.panel.dark
+        highContrast: root.panel.highContrast
         textSize: root.panel.textSize
+        grown: root.panel.grown
     }
 
     // As the language's writing runs.
     LayoutMirroring.enabled: Application.layoutDirection === Qt.RightToLeft
     LayoutMirroring.childrenInherit: true
-    implicitWidth: 420
+    implicitWidth: Math.round(420 * theme.grown)
     implicitHeight: 620
     focus: true
     Accessible.role: Accessible.Pane
@@ -34,7 +36,13 @@ FocusScope {
     Item {
         id: rest
         objectName: "settingsRest"
+        width: 1
+        height: 1
         focus: true
+        Accessible.role: Accessible.Pane
+        Accessible.name: root.Accessible.name
+        Accessible.focusable: true
+        Accessible.focused: activeFocus
     }
     Flickable {
         id: scroll

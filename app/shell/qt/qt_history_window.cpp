@@ -2,6 +2,7 @@
 
 #include "app/panel/history_item.h"
 #include "app/panel/panel_appearance.h"
+#include "app/panel/panel_item.h"
 #include "text/translation.h"
 
 #include <QQuickItem>
@@ -32,14 +33,17 @@ QtHistoryWindow::~QtHistoryWindow() {
 void QtHistoryWindow::build() {
     m_bridge = std::make_unique<HistoryBridge>(m_ports);
     m_appearance =
-        std::make_unique<PanelAppearance>([bridge = m_bridge.get()](bool dark, int size) {
-            bridge->setDark(dark);
-            bridge->setTextSize(size);
+        std::make_unique<PanelAppearance>([bridge = m_bridge.get()](const WindowLook& look) {
+            bridge->setDark(look.dark);
+            bridge->setHighContrast(look.highContrast);
+            bridge->setTextSize(look.textSize);
         });
     m_view = makeHistoryView(*m_bridge);
     if (!m_view) return;
-    m_view->setMinimumSize(kSmallest);
-    m_view->resize(kSize);
+    m_view->resize(QSize(static_cast<int>(kSize.width() * m_bridge->grown()), kSize.height()));
+    const auto keepRoom = [this] { growTo(*m_view, kSmallest, m_bridge->grown()); };
+    connect(m_bridge.get(), &HistoryBridge::lookChanged, m_view.get(), keepRoom);
+    keepRoom();
     connect(m_view->rootObject(), SIGNAL(dismissed()), this, SLOT(close()));
     // A verdict may have come while somebody was elsewhere.
     connect(m_view.get(), &QWindow::activeChanged, this, [this] {

@@ -111,19 +111,25 @@ void QtPopover::build() {
     m_view->installEventFilter(this);
     connect(m_view->rootObject(), SIGNAL(dismissed()), this, SLOT(close()));
     connect(m_view.get(), &QWindow::activeChanged, this, &QtPopover::activeChanged);
-    connect(m_view.get(), &QWindow::heightChanged, this, [this] {
+    const auto resized = [this] {
         shape();
         if (m_layer) m_layer->resize(m_view->size());
         if (isShown()) place();
-    });
+    };
+    connect(m_view.get(), &QWindow::heightChanged, this, resized);
+    connect(m_view.get(), &QWindow::widthChanged, this, resized);
     connect(m_view.get(), &QWindow::visibleChanged, this, [this](bool visible) {
         if (!visible) hidden();
     });
     if (!m_traceFile.empty()) m_trace = std::make_unique<PanelTrace>(*m_view, m_traceFile);
 }
 
-void QtPopover::show(const PopoverAnchor& anchor) {
+void QtPopover::prepare() {
     if (!m_view) build();
+}
+
+void QtPopover::show(const PopoverAnchor& anchor) {
+    prepare();
     if (!m_view) return;
     // The first frame shows what holds now, in a window of the right height.
     m_beside.item = anchor.item;

@@ -62,6 +62,7 @@ public:
     [[nodiscard]] bool isShown() const override;
     [[nodiscard]] bool closedByThisClick() const override;
     [[nodiscard]] bool openedByThisClick() const override;
+    void prepare() override;
     void show(const PopoverAnchor& anchor) override;
     void makeKey() override;
     void lendKeyboard() override;

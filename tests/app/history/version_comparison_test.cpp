@@ -157,5 +157,21 @@ TEST(Search, EveryWordStandsSomewhereWhateverItsCase) {
     EXPECT_TRUE(search(entries, "gedit fox").empty());
 }
 
+TEST(Search, AnEntryIsFoundByTheNamesUnderWhichItIsShownToo) {
+    auto one = entry("1", "gedit", "");
+    one.band = Band::block;
+    auto two = entry("2", "Kate", "");
+    two.band = Band::ship;
+    const std::vector entries{two, one};
+    const auto shown = [](const VerdictEntry& each) {
+        return std::string(each.band == Band::block ? "GRÜNDLICH ABGELEHNT" : "FREI");
+    };
+    EXPECT_TRUE(search(entries, "gründlich").empty());
+    ASSERT_EQ(search(entries, "gründlich abgelehnt", shown).size(), 1U);
+    EXPECT_EQ(search(entries, "gründlich abgelehnt", shown).front().app, "gedit");
+    EXPECT_EQ(search(entries, "block", shown).front().app, "gedit") << "its own name serves, too";
+    EXPECT_EQ(search(entries, "frei", shown).front().app, "Kate");
+}
+
 } // namespace
 } // namespace kelvane::history

@@ -27,15 +27,31 @@ inline double contrast(QRgb a, QRgb b) {
     return std::max(first, second) / std::min(first, second);
 }
 
-/// The contrast of the writing in `area`: what differs most from the commonest colour, to that.
-inline double measuredContrast(const QImage& picture, const QRect& area) {
-    std::map<QRgb, int> counts;
+using ColourCounts = std::map<QRgb, int>;
+
+inline ColourCounts coloursIn(const QImage& picture, const QRect& area) {
+    ColourCounts counts;
     for (int y = area.top(); y <= area.bottom(); ++y) {
         for (int x = area.left(); x <= area.right(); ++x) ++counts[picture.pixel(x, y)];
     }
-    const auto ground = std::max_element(counts.begin(), counts.end(), [](auto& a, auto& b) {
-                            return a.second < b.second;
-                        })->first;
+    return counts;
+}
+
+inline QRgb commonest(const ColourCounts& counts) {
+    return std::max_element(counts.begin(), counts.end(),
+                            [](auto& a, auto& b) { return a.second < b.second; })
+        ->first;
+}
+
+/// What writing in `area` stands on.
+inline QRgb commonestColour(const QImage& picture, const QRect& area) {
+    return commonest(coloursIn(picture, area));
+}
+
+/// The contrast of the writing in `area`: what differs most from the commonest colour, to that.
+inline double measuredContrast(const QImage& picture, const QRect& area) {
+    const auto counts = coloursIn(picture, area);
+    const auto ground = commonest(counts);
     double most = 1;
     for (const auto& [color, count] : counts) {
         // A stroke, not a stray pixel.

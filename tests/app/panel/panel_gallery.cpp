@@ -1,6 +1,6 @@
 // Draws every state of the panel to PNG files, for people to look at: panel_gallery FOLDER [STATE
-// [LANGUAGE]]. STATE "" is all of them; LANGUAGE is "de" or another one, or "pseudo", see
-// pseudo_translation.py.
+// [LANGUAGE [LOOK]]]. STATE "" is all of them; LANGUAGE is "de" or another one, or "pseudo", see
+// pseudo_translation.py; LOOK is "contrast" for high contrast, "large" for twice the size of text.
 
 #include "app/panel/history_item.h"
 #include "app/panel/panel_item.h"
@@ -15,13 +15,14 @@
 #include <QGuiApplication>
 #include <QQuickView>
 
+#include <cmath>
 #include <cstdio>
 #include <string_view>
 
 int main(int argc, char** argv) {
     using namespace kelvane;
     if (argc < 2) {
-        std::fputs("usage: panel_gallery FOLDER [STATE [LANGUAGE]]\n", stderr);
+        std::fputs("usage: panel_gallery FOLDER [STATE [LANGUAGE [LOOK]]]\n", stderr);
         return 2;
     }
     qputenv("QT_QPA_PLATFORM", "offscreen");
@@ -37,6 +38,13 @@ int main(int argc, char** argv) {
     const auto isWanted = [&](std::string_view state) {
         return argc < 3 || *argv[2] == '\0' || state == argv[2];
     };
+    const std::string_view look = argc > 4 ? argv[4] : "";
+    const auto dress = [&](auto& bridge, bool dark) {
+        bridge.setDark(dark);
+        bridge.setHighContrast(look == "contrast");
+        if (look == "large") bridge.setTextSize(PanelBridge::kLargestTextSize);
+        return static_cast<int>(std::lround(kPanelWidth * bridge.grown()));
+    };
     for (const auto& state : panelStates()) {
         if (!isWanted(state.name)) continue;
         for (const bool dark : {false, true}) {
@@ -44,9 +52,9 @@ int main(int argc, char** argv) {
                 PanelFixture panel;
                 state.set(panel);
                 PanelBridge bridge(panel.model, panel.images);
-                bridge.setDark(dark);
+                const int width = dress(bridge, dark);
                 state.open(bridge);
-                const auto picture = renderPanel(bridge, Qt::gray, kPanelWidth, scale);
+                const auto picture = renderPanel(bridge, Qt::gray, width, scale);
                 const auto name = QStringLiteral("%1-%2-%3.png")
                                       .arg(QString::fromStdString(state.name),
                                            dark ? QStringLiteral("dark") : QStringLiteral("light"))
@@ -59,9 +67,9 @@ int main(int argc, char** argv) {
         if (!isWanted(state.name)) continue;
         for (const bool dark : {false, true}) {
             HistoryBridge bridge(historyPorts());
-            bridge.setDark(dark);
+            const int width = dress(bridge, dark);
             const auto view = makeHistoryView(bridge);
-            view->resize(820, 560);
+            view->resize(820 * width / kPanelWidth, 560);
             bridge.reload();
             state.open(bridge);
             view->show();
@@ -78,13 +86,13 @@ int main(int argc, char** argv) {
         panel.model.seedDemo();
         SettingsStore store(panel.fake.files, "/home/u/.brask");
         PanelBridge bridge(panel.model, panel.images);
-        bridge.setDark(dark);
+        const int width = dress(bridge, dark);
         SettingsBridge settings({.model = panel.model,
                                  .store = store,
                                  .place = [] { return std::string("this machine"); },
                                  .askPlace = [] {}});
         const auto view = makeSettingsView(settings, bridge);
-        view->resize(420, 730);
+        view->resize(420 * width / kPanelWidth, 730 * width / kPanelWidth);
         view->show();
         QCoreApplication::processEvents();
         const auto name = QStringLiteral("settings-%1.png")

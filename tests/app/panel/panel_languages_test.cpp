@@ -55,7 +55,8 @@ bool isEnglish(const std::string& text) {
 TEST_P(PanelLanguages, NothingOverlapsOrIsCutInAnyState) {
     EXPECT_EQ(QGuiApplication::layoutDirection() == Qt::RightToLeft, isMirrored());
     for (const auto& state : panelStates()) {
-        for (const int textSize : {PanelBridge::kTextSize, PanelBridge::kLargestTextSize}) {
+        for (const int textSize :
+             {PanelBridge::kLargestTextInUsualWidth, PanelBridge::kLargestTextSize}) {
             SCOPED_TRACE(state.name + " at " + std::to_string(textSize));
             const LaidOut laid(state, textSize);
             expectNothingOverlapsOrIsCut(*laid.panel);
@@ -172,6 +173,57 @@ TEST(PanelLanguage, ChangesWhatIsShownAlready) {
     EXPECT_TRUE(QTest::qWaitFor(
         [&] { return labelOf(*view, "gradeButton") == QLatin1String("Grade this"); }));
     EXPECT_FALSE(language.use("en"));
+}
+
+TEST(PanelLanguage, VerdictsAreFoundByTheirBandInItsWordsAndInEnglish) {
+    PanelLanguage language;
+    HistoryBridge history(historyPorts());
+    history.reload();
+    const auto found = [&](const char* words) {
+        history.setWords(QString::fromUtf8(words));
+        std::vector<std::string> ids;
+        for (const auto& line : history.lines()) {
+            if (!line.id.isEmpty()) ids.push_back(line.id.toStdString());
+        }
+        return ids;
+    };
+    const auto blocked = found("block");
+    ASSERT_FALSE(blocked.empty());
+    ASSERT_LT(blocked.size(), someVerdicts().size());
+    EXPECT_TRUE(found("blockieren").empty());
+    EXPECT_FALSE(found("no verdict").empty()) << "the sign that is drawn for it is not a word";
+
+    EXPECT_TRUE(language.use("de"));
+    EXPECT_EQ(found("blockieren"), blocked);
+    EXPECT_EQ(found("Block"), blocked);
+    EXPECT_EQ(found("quarantäne"), found("quarantine"));
+    EXPECT_FALSE(found("quarantäne").empty());
+    EXPECT_TRUE(found("absent").empty());
+    language.use("en");
+    QCoreApplication::processEvents();
+}
+
+TEST(PanelLanguage, AnOpenPreviewIsToldInTheNewOne) {
+    PanelLanguage language;
+    const auto preview = std::ranges::find(panelStates(), "preview-picture", &PanelState::name);
+    ASSERT_NE(preview, panelStates().end());
+    PanelFixture panel;
+    preview->set(panel);
+    PanelBridge bridge(panel.model, panel.images);
+    const auto view = makePanelView(bridge);
+    const auto english = bridge.preview();
+    ASSERT_GE(english.remarks.size(), 3);
+
+    EXPECT_TRUE(language.use("de"));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return bridge.preview().send == QLatin1String("Senden"); }));
+    const auto& german = bridge.preview();
+    ASSERT_EQ(german.remarks.size(), english.remarks.size());
+    for (qsizetype i = 0; i < german.remarks.size(); ++i) {
+        EXPECT_NE(german.remarks.at(i), english.remarks.at(i));
+    }
+    EXPECT_FALSE(german.picture.isEmpty()) << "the work is the same";
+    language.use("en");
+    QCoreApplication::processEvents();
 }
 
 } // namespace

@@ -18,13 +18,33 @@ namespace {
 
 TEST(PanelLayout, NothingOverlapsOrIsCutInAnyStateAtAnyTextSize) {
     for (const auto& state : panelStates()) {
-        for (const int textSize : {PanelBridge::kSmallestTextSize, PanelBridge::kTextSize,
-                                   PanelBridge::kLargestTextSize}) {
+        for (const int textSize :
+             {PanelBridge::kSmallestTextSize, PanelBridge::kTextSize,
+              PanelBridge::kLargestTextInUsualWidth, PanelBridge::kLargestTextSize}) {
             SCOPED_TRACE(state.name + " at " + std::to_string(textSize));
             const LaidOut laid(state, textSize);
             expectNothingOverlapsOrIsCut(*laid.panel);
         }
     }
+}
+
+TEST(PanelLayout, APanelWithLargeTextsIsWiderAndSoIsItsWindow) {
+    PanelFixture fixture;
+    fixture.model.seedDemo();
+    PanelBridge bridge(fixture.model, fixture.images);
+    const auto view = makePanelView(bridge);
+    const int height = view->height();
+    bridge.setTextSize(PanelBridge::kLargestTextInUsualWidth);
+    layOutPanel(*view->rootObject());
+    EXPECT_EQ(view->width(), kPanelWidth);
+    bridge.setTextSize(PanelBridge::kLargestTextSize);
+    layOutPanel(*view->rootObject());
+    EXPECT_EQ(view->width(), 520) << "360 points are enough for 18 pixels, so 520 are for 26";
+    EXPECT_GT(view->height(), height);
+    EXPECT_EQ(view->height(), std::ceil(view->rootObject()->implicitHeight()));
+    bridge.setTextSize(PanelBridge::kTextSize);
+    layOutPanel(*view->rootObject());
+    EXPECT_EQ(view->size(), QSize(kPanelWidth, height));
 }
 
 const PanelState& stateNamed(const std::string& name) {

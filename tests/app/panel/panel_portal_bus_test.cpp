@@ -24,8 +24,8 @@ TEST(PanelPortalOnABus, AChangeIsHeardOf) {
     const QByteArray address = bus.readLine().trimmed();
     qputenv("DBUS_SESSION_BUS_ADDRESS", address);
 
-    std::vector<ColorScheme> told;
-    const PanelPortal portal([&](ColorScheme scheme) { told.push_back(scheme); });
+    std::vector<DesktopLook> told;
+    const PanelPortal portal([&](const DesktopLook& look) { told.push_back(look); });
     auto desktop = QDBusConnection::connectToBus(QString::fromLatin1(address), "desktop");
     ASSERT_TRUE(desktop.registerService("org.freedesktop.portal.Desktop"));
     for (const unsigned scheme : {1U, 2U}) {
@@ -38,7 +38,7 @@ TEST(PanelPortalOnABus, AChangeIsHeardOf) {
             desktop.send(change);
             QTest::qWait(20);
             return !told.empty() &&
-                   told.back() == (scheme == 1 ? ColorScheme::dark : ColorScheme::light);
+                   told.back().scheme == (scheme == 1 ? ColorScheme::dark : ColorScheme::light);
         }));
     }
     QDBusConnection::disconnectFromBus("desktop");

@@ -90,6 +90,7 @@ public:
     bool isShown() const override { return m_state.popoverShown; }
     bool closedByThisClick() const override { return m_state.closedByThisClick; }
     bool openedByThisClick() const override { return m_state.openedByThisClick; }
+    void prepare() override { m_journal.add("popover prepare"); }
     void show(const PopoverAnchor& anchor) override {
         m_state.popoverShown = true;
         m_journal.add("popover show " + (anchor.item ? text(*anchor.item) : "nowhere") +
@@ -696,6 +697,14 @@ TEST_F(AppDelegateTest, ThePanelOpensForAPreviewAndClosingItSendsNothing) {
 
 // The popover
 
+TEST_F(AppDelegateTest, ThePanelIsMadeInAnIdleMomentBeforeItIsWanted) {
+    start();
+    happened();
+    delegate->becameIdle();
+    EXPECT_THAT(happened(), ElementsAre("popover prepare"));
+    EXPECT_FALSE(state.popoverShown);
+}
+
 TEST_F(AppDelegateTest, OpeningThePopoverRefreshesOnceBeforeItIsShown) {
     state.itemBounds = Rect{1577, 1, 22, 26};
     start();
@@ -989,6 +998,13 @@ TEST_F(AppDelegateTest, DemoShowsOneWindowAndNothingElse) {
     EXPECT_TRUE(windows.seeded);
     EXPECT_EQ(out.str(), "WINDOW_ID=4194310\n");
     EXPECT_EQ(err.str(), "");
+}
+
+TEST_F(AppDelegateTest, ADemoMakesNoPopoverWhenNothingHappens) {
+    start({"--demo"});
+    happened();
+    delegate->becameIdle();
+    EXPECT_THAT(happened(), IsEmpty());
 }
 
 TEST_F(AppDelegateTest, DemoFlushesItsLineBeforeTheLoopRunsOn) {
