@@ -2,7 +2,7 @@
 """The validator's front door.
 
     validate.py --harness claude     a coding tool's hook: an event in, JSON or nothing out; also
-                                     codex, copilot, cursor, gemini and windsurf
+                                     codex, copilot, cursor, gemini, opencode and windsurf
     validate.py mcp                  the validator as an MCP server on standard input and output
     validate.py grade FILE...        grade files; also: rules, --help, --version
 
@@ -31,6 +31,7 @@ EVENTS = {
     "copilot": (b'"toolName"', b'"stopReason"', b'"sessionId":'),
     "cursor": (b'"afterFileEdit"', b'"stop"', b'"conversation_id":'),
     "gemini": (b'"AfterTool"', b'"AfterAgent"', b'"session_id":'),
+    "opencode": (b'"tool.execute.after"', b'"session.idle"', b'"sessionID":'),
     "windsurf": (b'"post_write_code"', b'"post_cascade_response"', b'"trajectory_id":'),
 }
 

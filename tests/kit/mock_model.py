@@ -3,22 +3,25 @@
 
     mock_model.py FILE COMMAND ARGUMENT...
 
-The model has the tool write FILE, and says that it is done ever after; where the tool runs no hooks
-it asks for the verdict itself in between. It speaks the protocols of Claude Code (Messages), Codex
-(Responses), Gemini CLI, and of Copilot CLI, OpenClaw and OpenCode (chat completions). The service
-holds the first work that it is sent for a flaw in line 1, and clears what follows. Both are at
-http://127.0.0.1:7801, which is free in a network of one's own: the loopback is switched on first.
+The model has the tool write FILE, with what $MOCK_CONTENT says, and says that it is done ever after;
+where the tool runs no hooks it asks for the verdict itself in between, unless it is called "hooked".
+It speaks the protocols of Claude Code (Messages), Codex (Responses), Gemini CLI, and of Copilot CLI,
+OpenClaw and OpenCode (chat completions). The service holds the first work that it is sent for a flaw
+in line 1, and clears what follows. Both are at http://127.0.0.1:7801, which is free in a network of
+one's own: the loopback is switched on first.
 Written at the end, as one line of JSON: how often the service graded, what it was sent, and all
 that the model was told.
 """
 
 import http.server
 import json
+import os
 import subprocess
 import sys
 import threading
 
 PORT = 7801
+CONTENT = os.environ.get("MOCK_CONTENT", "bad = 1\n")
 FLAW = {"severity": "high", "criterion": "c", "rule": "code.mock", "detail": "Line 1 is MOCKED.",
         "place": "line 1", "evidence": "bad"}
 PATCH = "*** Begin Patch\n*** Add File: %s\n+bad = 1\n*** End Patch\n"
@@ -56,7 +59,7 @@ class Mock:
         block, reason = {"type": "text", "text": "Done."}, "end_turn"
         if asked.get("tools") and self.turn() == 1:
             block = {"type": "tool_use", "id": "toolu_1", "name": "Write",
-                     "input": {"file_path": self.file, "content": "bad = 1\n"}}
+                     "input": {"file_path": self.file, "content": CONTENT}}
             reason = "tool_use"
         message = {"id": "msg_1", "type": "message", "role": "assistant", "model": "m",
                    "content": [block], "stop_reason": reason, "stop_sequence": None,
@@ -81,12 +84,12 @@ class Mock:
         turn = self.turn() if asked.get("tools") else 0
         tools = [tool["function"] for tool in asked.get("tools") or ()]
         takes = {tool["name"]: tool.get("parameters", {}).get("properties", {}) for tool in tools}
-        calls = [("create", {"path": self.file, "file_text": "bad = 1\n"})]
+        calls = [("create", {"path": self.file, "file_text": CONTENT})]
         if "create" not in takes:  # a tool without hooks: the model itself asks for the verdict
             where = "filePath" if "filePath" in takes.get("write", {}) else "path"
             grade = [name for name in takes if name.endswith("_grade")] or ["trevix_grade"]
-            calls = [("write", {where: self.file, "content": "bad = 1\n"}),
-                     (grade[0], {"path": self.file})]
+            calls = [("write", {where: self.file, "content": CONTENT}),
+                     (grade[0], {"path": self.file})][:1 if asked.get("model") == "hooked" else 2]
         if 0 < turn <= len(calls):
             name, arguments = calls[turn - 1]
             delta = {"role": "assistant", "content": None, "tool_calls": [
@@ -102,7 +105,7 @@ class Mock:
         part = {"text": "Done."}
         if self.turn() == 1:
             part = {"functionCall": {"name": "write_file", "args": {
-                "file_path": self.file, "content": "bad = 1\n"}}}
+                "file_path": self.file, "content": CONTENT}}}
         return {"candidates": [{"content": {"role": "model", "parts": [part]}, "index": 0,
                                 "finishReason": "STOP"}],
                 "usageMetadata": {"promptTokenCount": 1, "candidatesTokenCount": 1,

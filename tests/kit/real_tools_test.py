@@ -60,6 +60,11 @@ class ToolTest(unittest.TestCase):
         with open(os.path.join(self.home, name), "rb") as file:
             return file.read()
 
+    def service(self):
+        """Points the validator to the service of mock_model.py."""
+        os.chmod(self.put(".brask/key", b"the-key\n"), 0o600)
+        os.chmod(self.put(".brask/settings", b"base: http://127.0.0.1:7801\n"), 0o600)
+
     def run_it(self, command):
         return subprocess.run(command, env=self.env, cwd=self.home, stdin=subprocess.DEVNULL,
                               stdout=subprocess.PIPE, stderr=subprocess.PIPE, timeout=LIMIT,
@@ -197,11 +202,11 @@ class EndToEndTest(ToolTest):
         self.project = os.path.join(self.home, "proj")
         os.makedirs(self.project)
         subprocess.run(["git", "init", "-q", self.project], check=True, env=self.env)
-        os.chmod(self.put(".brask/key", b"the-key\n"), 0o600)
-        os.chmod(self.put(".brask/settings", b"base: http://127.0.0.1:7801\n"), 0o600)
+        self.service()
 
     def work(self, *command, said=FLAW, **env):
-        """What came of a task; the tool runs in the project. The model hears `said` in the end."""
+        """Has the tool do a task in the project. The model hears `said` in the end; all that it
+        heard, one text for each time it was asked."""
         self.env.update(env)
         file = os.path.join(self.project, "a.py")
         done = subprocess.run(OFFLINE + ["python3", str(HERE / "mock_model.py"), file] + list(command),
@@ -215,6 +220,7 @@ class EndToEndTest(ToolTest):
         told = [json.loads(body) for body in found["told"]]
         self.assertIn(said, json.dumps(told[-1], ensure_ascii=False))
         self.assertNotIn(said, json.dumps(told[0], ensure_ascii=False))
+        return [json.dumps(each, ensure_ascii=False) for each in told]
 
     @needs("claude")
     def test_claude(self):
@@ -250,16 +256,31 @@ class EndToEndTest(ToolTest):
         self.work(str(program("openclaw")), "agent", "exec", "write a.py", "--cwd", self.project,
                   "--model", "mock/m", said="Line 1 is MOCKED.")
 
-    @needs("opencode")
-    def test_opencode(self):
+    def opencode(self, model):
+        """Its settings, with a model of ours; and its program."""
         self.put(".config/opencode/opencode.json", json.dumps({
-            "model": "mock/m", "autoupdate": False,
+            "model": "mock/" + model, "autoupdate": False,
             "provider": {"mock": {
-                "npm": "@ai-sdk/openai-compatible", "models": {"m": {"name": "m"}},
+                "npm": "@ai-sdk/openai-compatible", "models": {model: {"name": model}},
                 "options": {"baseURL": "http://127.0.0.1:7801/v1", "apiKey": "x"}}}}).encode())
         self.kit("opencode", "--global")
-        self.work(str(program("opencode")), "run", "write a.py", said="Line 1 is MOCKED.",
-                  OPENCODE_DISABLE_MODELS_FETCH="1", OPENCODE_DISABLE_AUTOUPDATE="1")
+        self.env.update(OPENCODE_DISABLE_MODELS_FETCH="1", OPENCODE_DISABLE_AUTOUPDATE="1",
+                        npm_config_fetch_retries="0")  # it waits for a package for its plugins
+        return str(program("opencode"))
+
+    @needs("opencode")
+    def test_opencode_asks_for_the_verdict(self):
+        tool = self.opencode("m")
+        os.unlink(os.path.join(self.home, ".config/opencode/plugins/trevix.js"))
+        self.work(tool, "run", "write a.py", said="Line 1 is MOCKED.")
+
+    @needs("opencode")
+    def test_opencode_by_its_plugin(self):
+        secret = "AKIA" + "Q7Z3M9X2K5W8R4T6"
+        told = self.work("python3", str(HERE / "opencode_turn.py"), self.opencode("hooked"), "2",
+                         "write a.py", MOCK_CONTENT="key = '%s'\n" % secret)
+        self.assertIn("a.py, line 1: this looks like", told[1])
+        self.assertNotIn("a.py, line 1: this looks like", told[0])
 
     @needs("node24", "gemini")
     def test_gemini(self):
@@ -318,8 +339,13 @@ class MeansTest(ToolTest):
         self.assertIn("trevix", said.stdout + said.stderr)
 
 
+@unittest.skipIf(not OFFLINE, "no network of one's own can be had here")
 class SdkTest(ToolTest):
-    """The official SDKs' own clients, in every era that they speak."""
+    """The official SDKs' own clients, in every era that they speak, with a service of our own."""
+
+    def setUp(self):
+        super().setUp()
+        self.service()
 
     def test_each_is_told_everything_that_there_is(self):
         if not os.access(str(program("node24")), os.X_OK):
@@ -330,16 +356,20 @@ class SdkTest(ToolTest):
             with self.subTest(era=era):
                 if not (TOOLS / sdk / "installed").is_file():
                     self.skipTest("not in %s: %s (scripts/real-tools fetches it)" % (TOOLS, sdk))
-                said = self.run_it(OFFLINE + [
-                    str(program("node24")), str(HERE / "sdk_client.mjs"), str(TOOLS / sdk), era,
+                done = self.run_it(OFFLINE + [
+                    "python3", str(HERE / "mock_model.py"), "-", str(program("node24")),
+                    str(HERE / "sdk_client.mjs"), str(TOOLS / sdk), era,
                     "python3", "-I", os.path.join(self.home, ".brask/validate.py"), "mcp"])
-                self.assertEqual(0, said.returncode, said.stderr)
-                found = json.loads(said.stdout)
+                self.assertEqual(0, json.loads(done.stdout)["code"], done.stderr)
+                found = json.loads(done.stderr.splitlines()[-1])
                 self.assertEqual((negotiated, "trevix"), (found["era"], found["version"]))
                 self.assertEqual(["grade", "iterate", "rules", "status"], found["tools"])
                 self.assertIn("trevix://rules/code", found["resources"])
                 self.assertEqual(2, len(found["templates"]))
                 self.assertTrue(found["rules"] and found["structured"])
+                self.assertEqual("route_to_fix", found["graded"]["band"])
+                self.assertEqual(found["graded"], found["report"])
+                self.assertIn("trevix://runs/" + found["graded"]["run_id"], found["listed"])
                 self.assertIn(found["missing"], (-32002, -32602))
 
 

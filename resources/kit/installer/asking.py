@@ -88,8 +88,8 @@ def version_of(agent: Dict[str, Any], ask: Ask) -> Optional[str]:
     if not agent.get("npm"):
         return None
     said = ask([agent["npm"]["program"], "--version"], "", lambda text: False) or ""
-    found = re.search(r"(?<![\w.])\d{1,5}(?:\.\d{1,9}){1,3}(?:[-+][\w.]+)?", said)
-    return found.group() if found else None
+    found = re.search(r"(?<![\w.])v?(\d{1,5}(?:\.\d{1,9}){1,3}(?:[-+][\w.]+)?)", said)
+    return found.group(1) if found else None
 
 
 def major(version: Optional[str]) -> Optional[int]:

@@ -1,7 +1,9 @@
 """The format "own-file": a file that is ours as a whole, in a folder that the tool reads."""
 
 import json
+import os
 from typing import Any, Dict
+from urllib.parse import quote
 
 from .ownership import Hints, Validator
 from .text import BadText, Edit
@@ -16,11 +18,27 @@ class OwnFile(Tool):
 
     def __init__(self, agent: Dict[str, Any], file: Dict[str, Any], validator: Validator) -> None:
         super().__init__(agent, file, validator)
-        self.text = json.dumps(validator.filled(file["value"]), indent=2, ensure_ascii=False) + "\n"
+        self.text = self.program(file) if "text" in file else \
+            json.dumps(validator.filled(file["value"]), indent=2, ensure_ascii=False) + "\n"
+
+    def program(self, file: Dict[str, Any]) -> str:
+        """The lines of a program in JavaScript, with the command and the place of the module of the
+        engine that it hands everything to, both as it writes texts."""
+        engine = os.path.join(self.validator.brask, "standing", "engine", file["engine"])
+        words = {"{command}": self.validator.command_line(file["command"]),
+                 "{engine}": "file://" + quote(engine)}
+        lines = "".join(line + "\n" for line in file["text"])
+        for name, word in words.items():
+            lines = lines.replace(name, json.dumps(word, ensure_ascii=False))
+        return lines
 
     def names_us(self, text: str) -> bool:
-        """Does any word of the file name our validator?"""
-        return self.validator.mentions(text.replace("\\", ""))
+        """Does the file name our validator? Its path may hold what ends a word elsewhere, so it is
+        looked for as it is written, but for what the shell and the file's language put before it."""
+        plain = text.replace("\\", "")
+        return self.validator.mentions(plain) or any(
+            os.path.join(folder, "validate.py").replace("\\", "") in plain
+            for folder in self.validator.folders)
 
     def state(self, text: str) -> str:
         if not text.strip():

@@ -13,6 +13,30 @@ VALIDATOR = install.Validator("/home/u/.brask", "/home/u")
 TOOLS = {key: tool for key, tool in install.tools(VALIDATOR).items() if key != "plugin"}
 FURTHER = install.further(VALIDATOR)
 WRITTEN = [file for key, tool in TOOLS.items() for file in [tool] + FURTHER[key]]
+#: What a user might change in our entry of each tool and means, so that it still is ours and whole.
+CHANGES = {
+    ("claude", "hooks"): (b'"timeout": 60', b'"timeout": 30'),
+    ("codex", "server"): (b"tool_timeout_sec = 300", b"tool_timeout_sec = 9"),
+    ("codex", "hooks"): (b'"timeout": 60', b'"timeout": 30'),
+    ("openclaw", "server"): (b"300000", b"200000"),
+    ("cursor", "server"): (b'"type": "stdio"', b'"type": "stdio", "env": {}'),
+    ("cursor", "hooks"): (b'"timeout": 60', b'"timeout": 30'),
+    ("copilot", "server"): (b'"type": "local"', b'"type": "local", "cwd": "/"'),
+    ("copilot", "hooks"): (b"60", b"61"),
+    ("gemini", "server"): (b"300000", b"200000"),
+    ("gemini", "hooks"): (b"120000", b"110000"),
+    ("opencode", "server"): (b'"enabled": true', b'"enabled": true, "timeout": 9'),
+    ("opencode", "hooks"): (b'id: "trevix"', b'id: "mine"'),
+    ("vscode", "server"): (b'"type": "stdio"', b'"type": "stdio", "env": {}'),
+    ("zed", "server"): (b'"env": {}', b'"env": {"A": "b"}'),
+    ("windsurf", "server"): (b'"command": "python3"', b'"command": "python3", "disabled": false'),
+    ("windsurf", "hooks"): (b'"show_output": true', b'"show_output": false'),
+    ("antigravity", "server"): (b'"command": "python3"', b'"command": "python3", "disabled": false')}
+
+
+def every_file():
+    """Each means of each tool: the tool's key, and the file that it is in."""
+    return [(key, file) for key, tool in TOOLS.items() for file in [tool] + FURTHER[key]]
 
 
 class Writer:
@@ -180,39 +204,96 @@ class StateTest(HomeTest):
             self.assertNotIn(b"trusted_hash", self.get(name))
 
     def test_half_of_it_needs_repair_and_wiring_again_repairs(self):
-        for key, file in (("codex", ".codex/hooks.json"), ("codex", ".codex/config.toml"),
-                          ("cursor", ".cursor/hooks.json"), ("copilot", ".copilot/hooks/trevix.json")):
-            with self.subTest(file=file):
-                self.wire(key)
-                os.unlink(self.at(file))
+        for key, file in every_file():
+            if not FURTHER[key]:
+                continue  # one entry is there or is not
+            with self.subTest(tool=key, means=file.means):
+                installer = self.wired(key)
+                text = self.get(file.file).decode()
+                half = [file] + [f for f in [installer.tools[key]] + installer.further[key]
+                                 if f.record == file.record]
+                self.put(file.file, half[-1].remove(text, install.Hints()).encode())
+                found = self.status(key)
+                self.assertEqual("repair", found["state"])
+                self.assertIn("needs repair: run this again", self.told(found))
+                self.assertEqual({"absent", "wired"}, set(self.means(found).values()))
+                self.assertEqual(0, self.wire(key).code)
+                self.assertEqual({"wired"}, set(self.means(self.status(key)).values()))
+                self.start_anew()
+
+    def wired(self, key):
+        """The tool, wired whole; its installer."""
+        if not TOOLS[key].create:
+            self.put(TOOLS[key].file, b"{}\n")
+        self.assertEqual(0, self.wire(key).code)
+        installer = install.Installer(self.env, lambda _: None, lambda _: None, ask=lambda *_: None)
+        self.assertEqual("wired", installer.tool_status(installer.tools[key])["state"])
+        return installer
+
+    def start_anew(self):
+        self.assertEqual(0, self.unwire().code)
+
+    @staticmethod
+    def means(found):
+        return {means["means"]: means["state"] for means in found["means"]}
+
+    @staticmethod
+    def told(found):
+        """What people read of it."""
+        command = {"path": "p", "state": "ours", "onPath": True, "lineToAdd": None}
+        return "\n".join(install.status_lines({"validator": {"path": "v", "present": True},
+                                               "tools": [found], "command": command}))
+
+    def test_every_tool_that_does_not_name_its_version_is_wired_and_of_an_unknown_one(self):
+        for key in TOOLS:
+            with self.subTest(tool=key):
+                self.wired(key)
+                found = self.status(key)
+                self.assertEqual(("wired", None), (found["state"], found["version"]))
+                self.assertRegex(self.told(found), r"(?m)^ +version unknown$")
+                self.start_anew()
+
+    def test_every_tool_whose_program_is_known_names_its_version(self):
+        programs = {agent["wiring"]["key"]: agent["npm"] for agent in install.WIRED}
+        for key in TOOLS:
+            with self.subTest(tool=key):
+                self.wired(key)
+                npm = programs[key]
+                said = {"%s --version" % npm["program"]: "v" + npm["version"]} if npm else {}
+                self.assertEqual(npm and npm["version"], self.status(key, said)["version"])
+                self.start_anew()
+
+    def test_one_event_of_two_needs_repair(self):
+        for key, file in every_file():
+            if file.described["format"] not in ("hooks", "event-lists"):
+                continue
+            with self.subTest(tool=key):
+                self.wired(key)
+                value = json.loads(self.get(file.file).decode())
+                value["hooks"].popitem()
+                self.put(file.file, json.dumps(value).encode())
                 self.assertEqual("repair", self.status(key)["state"])
                 self.assertEqual(0, self.wire(key).code)
                 self.assertEqual("wired", self.status(key)["state"])
-
-    def test_one_event_of_two_needs_repair(self):
-        self.wire("cursor")
-        value = json.loads(self.get(".cursor/hooks.json").decode())
-        del value["hooks"]["stop"]
-        self.put(".cursor/hooks.json", json.dumps(value).encode())
-        self.assertEqual("repair", self.status("cursor")["state"])
-        self.assertEqual(0, self.wire("cursor").code)
-        self.assertEqual("wired", self.status("cursor")["state"])
+                self.start_anew()
 
     def test_an_entry_that_the_user_changed_is_told_and_stays(self):
-        changes = {"claude": (".claude/settings.json", b'"timeout": 60', b'"timeout": 30'),
-                   "codex": (".codex/config.toml", b"tool_timeout_sec = 300", b"tool_timeout_sec = 9"),
-                   "cursor": (".cursor/mcp.json", b'"type": "stdio"', b'"type": "stdio", "env": {}'),
-                   "windsurf": (".codeium/windsurf/hooks.json", b"true\n", b"false\n"),
-                   "copilot": (".copilot/hooks/trevix.json", b"60", b"61")}
-        for key, (file, old, new) in changes.items():
-            with self.subTest(tool=key):
-                self.wire(key)
-                data = self.get(file).replace(old, new, 1)
-                self.assertNotEqual(self.get(file), data)
-                self.put(file, data)
-                self.assertEqual("edited", self.status(key)["state"])
+        self.assertEqual({(key, file.means) for key, file in every_file()}, set(CHANGES))
+        for key, file in every_file():
+            with self.subTest(tool=key, means=file.means):
+                self.wired(key)
+                old, new = CHANGES[key, file.means]
+                data = self.get(file.file).replace(old, new, 1)
+                self.assertNotEqual(self.get(file.file), data)
+                self.put(file.file, data)
+                found = self.status(key)
+                self.assertEqual("edited", found["state"])
+                self.assertIn("wired, and edited by you", self.told(found))
+                self.assertEqual([file.means], [means for means, state in self.means(found).items()
+                                                if state == "edited"])
                 self.assertEqual(0, self.wire(key).code)
-                self.assertEqual(data, self.get(file))
+                self.assertEqual(data, self.get(file.file))
+                self.start_anew()
 
     def test_nothing_is_asked_of_tools_that_are_not_wired(self):
         self.assertEqual("absent", self.status("codex")["state"])
@@ -319,6 +400,17 @@ class OwnFileTest(HomeTest):
         self.assertIn("something else", result.err)
         self.unwire()
         self.assertEqual(b'{"version": 1}', self.get(self.FILE))
+
+    def test_a_home_folder_of_any_name_is_ours(self):
+        for home in ("/home/a b", "/home/ü'x", "/home/$x", '/home/"q"', "/home/back\\slash"):
+            validator = install.Validator(home + "/.brask", home)
+            for files in install.further(validator).values():
+                for file in files:
+                    if file.whole:
+                        with self.subTest(home=home, file=file.file):
+                            text = file.add("", install.Hints()).text
+                            self.assertEqual(("wired", False), (file.state(text), file.edited(text)))
+                            self.assertEqual("", file.remove(text, install.Hints()))
 
     def test_it_goes_without_the_manifest_too(self):
         self.wire("copilot")

@@ -68,7 +68,7 @@ class TableTest(unittest.TestCase):
     def test_what_goes_in_is_what_the_table_says(self):
         """Wires a file that says nothing, and reads what is there then."""
         for agent, said, made in self.files():
-            if not set(said) & {"entry", "hooks", "events", "value"}:
+            if not set(said) & {"entry", "hooks", "events", "value", "text"}:
                 continue  # never written, only cleaned
             with self.subTest(file=said["path"]):
                 text = made.add(made.seed, install.Hints()).text
@@ -87,6 +87,12 @@ class TableTest(unittest.TestCase):
                     wanted = {event: [self.filled_lines(handler)]
                               for event, handler in said["events"].items()}
                     self.assertEqual(dict(said["root"], hooks=wanted), json.loads(text))
+                elif "text" in said:
+                    command = said["command"].replace("{validator}", self.validator.quoted)
+                    wanted = "\n".join(said["text"]) + "\n"
+                    wanted = wanted.replace("{command}", json.dumps(command)).replace(
+                        "{engine}", '"file:///home/u/.brask/standing/engine/opencode.mjs"')
+                    self.assertEqual(wanted, text)
                 elif said["format"] == "own-file":
                     self.assertEqual(self.filled_lines(said["value"]), json.loads(text))
                 else:
@@ -99,6 +105,18 @@ class TableTest(unittest.TestCase):
                             group["matcher"] = hook["matcher"]
                         wanted[hook["event"]] = [group]
                     self.assertEqual({"hooks": wanted}, json.loads(text))
+
+    def test_what_no_program_was_asked_about_was_read_somewhere_on_some_day(self):
+        for key, agent in WIRED.items():
+            if agent["npm"] is None and key != "plugin":  # which Claude Code's own program validates
+                self.assertRegex(agent["read"]["on"], r"^20\d\d-[01]\d-[0-3]\d$", key)
+                self.assertIn("/", agent["read"]["what"], key)
+
+    def test_no_text_of_cursors_hooks_begins_a_remark(self):
+        """Cursor takes what follows two strokes for a remark, within a text too."""
+        for agent, said, made in self.files():
+            if said["path"] == ".cursor/hooks.json":
+                self.assertNotIn("//", made.add(made.seed, install.Hints()).text)
 
     def shape(self, value):
         """A value as the reader of TOML gives it."""

@@ -11,9 +11,10 @@ import subprocess
 import sys
 import threading
 
+from surroundings import KIT
+
 PATIENCE = 30  # seconds; only a defect makes anybody wait for them
-KIT = os.path.abspath(os.path.join(os.path.dirname(__file__), *[os.pardir] * 3, "resources", "kit"))
-STANDING = os.path.join(KIT, "standing")
+STANDING = os.path.join(str(KIT), "standing")
 
 MODERN = {"io.modelcontextprotocol/protocolVersion": "2026-07-28",
           "io.modelcontextprotocol/clientCapabilities": {},

@@ -6,7 +6,7 @@ import unittest
 
 from test_hook import CLOUD, FLAW, SUBMITTED, HookTest, verdict
 from surroundings import FaultServer
-from engine import feedback, harness
+from engine import feedback, harness, hook
 from engine.grading import HELD, Outcome
 from engine.parts import Artifact, Part
 from engine.state import State
@@ -39,6 +39,8 @@ def edits(work):
                    "timestamp": "2026-11-22T12:42:43.550Z", "tool_name": "write_file",
                    "tool_input": {"file_path": path, "content": ""},
                    "tool_response": {"llmContent": "ok", "returnDisplay": {}}},
+        "opencode": {"event": "tool.execute.after", "sessionID": "s1", "directory": work,
+                     "tool": "write", "args": {"filePath": path}},
         "windsurf": {"agent_action_name": "post_write_code", "trajectory_id": "s1",
                      "execution_id": "e", "tool_info": {"file_path": path, "edits": []}}}
 
@@ -56,11 +58,23 @@ def ends(work, going_on=False):
                    "loop_count": int(going_on), "workspace_roots": [work]},
         "gemini": {"session_id": "s1", "cwd": work, "hook_event_name": "AfterAgent",
                    "prompt": "p", "prompt_response": "Done.", "stop_hook_active": going_on},
+        "opencode": {"event": "session.idle", "sessionID": "s1", "directory": work,
+                     "going_on": going_on},
         "windsurf": {"agent_action_name": "post_cascade_response", "trajectory_id": "s1",
                      "tool_info": {"response": "Done."}}}
 
 
-class EveryToolTest(HookTest):
+#: Where the texts of an answer to the end of a turn stand: for the agent, and for the user. Cursor
+#: and Copilot CLI have no place for the user's; Windsurf's agent hears nothing.
+TOLD = {"claude": ("reason", "systemMessage"), "codex": ("reason", "systemMessage"),
+        "copilot": ("reason", None), "cursor": ("followup_message", None),
+        "gemini": ("reason", "systemMessage"), "opencode": ("reason", "systemMessage"),
+        "windsurf": (None, "")}
+
+
+class ToolsTest(HookTest):
+    """What the tests of all tools share."""
+
     def setUp(self):
         super().setUp()
         before = os.getcwd()
@@ -76,33 +90,40 @@ class EveryToolTest(HookTest):
         self.assertEqual((0, b""), (code, errors))
         return said
 
+    def told(self, tool, said):
+        """What an answer tells the agent, what it tells the user, and whether the turn goes on."""
+        for_agent, for_user = TOLD[tool]
+        if tool == "windsurf":
+            return "", said.decode(), False
+        value = json.loads(said.decode()) if said else {}
+        agent = value.get(for_agent, "")
+        goes_on = tool in ("cursor", "opencode") or \
+            value.get("decision") == ("deny" if tool == "gemini" else "block")
+        return agent, value.get(for_user, ""), bool(agent) and goes_on
+
+    def graded(self, tool, *flaws, going_on=False):
+        """The answer to the end of a turn with a verdict of these flaws."""
+        with FaultServer(SUBMITTED, verdict("route_to_fix", *flaws)) as server:
+            self.point_to(server.base)
+            return self.told(tool, self.through(tool, ends(str(self.work), going_on)[tool]))
+
+    def forget(self):
+        import shutil
+        shutil.rmtree(str(self.data / "state"))
+
+
+class EveryToolTest(ToolsTest):
     def test_a_changed_file_is_remembered_and_graded_at_the_end(self):
-        wanted = {
-            "claude": lambda said: (said["decision"], said["reason"]),
-            "codex": lambda said: (said["decision"], said["reason"]),
-            "copilot": lambda said: (said["decision"], said["reason"]),
-            "cursor": lambda said: ("block", said["followup_message"]),
-            "gemini": lambda said: (said["decision"], said["reason"])}
         self.write("a.py", "bad\n")
         for tool, payload in edits(str(self.work)).items():
             with self.subTest(tool=tool):
                 self.assertEqual(b"", self.through(tool, payload))
                 self.assertEqual(["a.py"], self.changed())
-                with FaultServer(SUBMITTED, verdict("route_to_fix", FLAW)) as server:
-                    self.point_to(server.base)
-                    said = self.through(tool, ends(str(self.work))[tool])
-                if tool == "windsurf":
-                    text = said.decode()
-                else:
-                    decision, text = wanted[tool](json.loads(said.decode()))
-                    self.assertEqual("deny" if tool == "gemini" else "block", decision)
-                self.assertIn("- HIGH code.x a.py:1: Line 1: bad. (clears once", text)
+                agent, user, goes_on = self.graded(tool, FLAW)
+                self.assertEqual(tool != "windsurf", goes_on)
+                self.assertIn("- HIGH code.x a.py:1: Line 1: bad. (clears once", agent or user)
                 self.assertEqual([], self.changed())
                 self.forget()
-
-    def forget(self):
-        import shutil
-        shutil.rmtree(str(self.data / "state"))
 
     def test_the_same_content_is_neither_sent_nor_told_again(self):
         self.write("a.py", "bad\n")
@@ -144,6 +165,15 @@ class EveryToolTest(HookTest):
                     continue
                 self.assertIsNone(harness.event_of(tool, payload), (tool, other))
 
+    def test_vs_code_which_runs_the_hooks_of_others_is_told_nothing(self):
+        common = {"timestamp": "2026-02-09T10:30:00.000Z", "cwd": "/w", "sessionId": "s1"}
+        edit = dict(common, hookEventName="PostToolUse", tool_name="editFiles", tool_use_id="t",
+                    tool_input={"files": ["a.py"]}, tool_response="File edited successfully")
+        end = dict(common, hookEventName="Stop", stop_hook_active=False)
+        for tool in ("claude", "copilot"):
+            for payload in (edit, dict(edit, hook_event_name="PostToolUse"), end):
+                self.assertIsNone(harness.event_of(tool, payload), (tool, payload))
+
     def test_odd_payloads_are_silence(self):
         odd = [{}, {"toolName": 5}, {"hook_event_name": []}, {"toolName": "create"},
                {"toolName": "edit", "toolArgs": "{"}, {"toolName": "edit", "toolArgs": "[]"},
@@ -159,6 +189,61 @@ class EveryToolTest(HookTest):
     def test_a_name_that_is_no_tool_is_silence(self):
         for arguments in (["--harness"], ["--harness", "emacs"], ["--harness", "codex", "x"]):
             self.assertEqual((0, b"", b""), self.run_kit(*arguments, data=b"{}"))
+
+
+class EveryAnswerTest(ToolsTest):
+    """What an agent is told, by the tool that it works in; without the front door."""
+
+    def through(self, tool, payload):
+        return hook.answer(json.dumps(payload).encode(), str(self.data), tool)
+
+    def test_a_flaw_has_file_line_rule_evidence_and_step_in_every_tool_and_the_same(self):
+        flaw = dict(FLAW, detail="Line 3: a word too many.", place="line 3, column 7", evidence="eval(x)")
+        self.write("a.py", "bad\n")
+        lines = set()
+        for tool, payload in edits(str(self.work)).items():
+            with self.subTest(tool=tool):
+                self.through(tool, payload)
+                agent, user, _ = self.graded(tool, flaw)
+                lines.update(line for line in (agent or user).split("\n") if line.startswith("- "))
+                self.forget()
+        self.assertEqual({"- HIGH code.x a.py:3:7: Line 3: a word too many. There: “eval(x)”. (clears "
+                          "once line 3 no longer does this; nothing else needs to change)"}, lines)
+
+    def test_the_most_serious_come_first_and_no_answer_is_put_aside_for_its_length(self):
+        flaws = [dict(FLAW, severity="low", detail="d" * 300, place="line %d" % n) for n in range(200)]
+        flaws.append(dict(FLAW, severity="critical", rule="code.worst"))
+        self.write("a.py", "bad\n")
+        for tool, payload in edits(str(self.work)).items():
+            with self.subTest(tool=tool):
+                self.through(tool, payload)
+                agent, user, _ = self.graded(tool, *flaws)
+                text = agent or user
+                self.assertLessEqual(len(text), 10000)
+                lines = [line for line in text.split("\n") if line.startswith("- ")]
+                self.assertIn("code.worst", lines[0])
+                self.assertRegex(lines[-1], r"^- and \d+ more, none of them more serious$")
+                self.forget()
+
+    def test_what_was_fixed_is_acknowledged_once_and_the_turn_is_not_kept_alive_twice(self):
+        """Cursor and Copilot CLI show their users nothing, so it waits for the next verdict there."""
+        other = dict(FLAW, rule="code.y", detail="Line 2: worse.", place="line 2", evidence="worse")
+        for tool, payload in edits(str(self.work)).items():
+            with self.subTest(tool=tool):
+                heard = []
+                for content, flaws, going_on in (("one\n", (FLAW, other), False),
+                                                 ("two\n", (other,), True),
+                                                 ("three\n", (other,), False),
+                                                 ("four\n", (other,), False)):
+                    self.write("a.py", content)
+                    self.through(tool, payload)
+                    heard.append(self.graded(tool, *flaws, going_on=going_on))
+                if tool != "windsurf":  # whose payloads do not say that a turn goes on
+                    self.assertEqual(("", False), heard[1][::2])
+                said = ["fixed in a.py: code.x" in agent + user for agent, user, _ in heard]
+                late = TOLD[tool][1] is None
+                self.assertEqual([False, not late, late, False], said)
+                self.forget()
 
 
 class PatchTest(unittest.TestCase):

@@ -1,13 +1,13 @@
 """What each line means and how it is answered, on literals: no process, no pipe, no thread."""
 
 import json
-import os
 import random
 import sys
 import unittest
 
-KIT = os.path.join(os.path.dirname(__file__), "..", "..", "..", "resources", "kit")
-sys.path.insert(0, os.path.abspath(os.path.join(KIT, "standing")))
+from mcp_client import STANDING
+
+sys.path.insert(0, STANDING)
 
 from engine import mcp_protocol as protocol  # noqa: E402
 from engine.mcp_protocol import Batch, Call, Cancel, Listen, Reply  # noqa: E402

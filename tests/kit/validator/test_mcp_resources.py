@@ -183,6 +183,9 @@ class RegistryTest(unittest.TestCase):
         self.assertEqual(mcp_tools.Tools.identity["version"], entry["version"])
         self.assertEqual(mcp_tools.Tools.identity["title"], entry["title"])
         self.assertLessEqual(len(entry["description"]), 100)  # what the registry takes
+        self.assertRegex(entry["name"], r"^[a-zA-Z0-9.-]{1,100}/[a-zA-Z0-9._-]{1,99}$")
+        self.assertRegex(entry["version"], r"^\d+\.\d+\.\d+$")  # one, and no range
+        self.assertRegex(entry["$schema"], r"^https://[^/]+/schemas/\d{4}-\d\d-\d\d/server\.schema\.json$")
 
 
 if __name__ == "__main__":

@@ -2,7 +2,8 @@
 
 Values in, values out. A payload that is not what the tool is known to send is no event: the hook
 stays silent then. What the tools send was recorded from their own programs where there are such
-(Claude Code, Codex, Copilot CLI, Gemini CLI), and is as documented of the others.
+(Claude Code, Codex, Copilot CLI, Gemini CLI), and is as documented of the others; what OpenCode
+tells is put into our own words by `opencode.mjs`, which it loads.
 """
 
 import json
@@ -10,6 +11,7 @@ import os
 
 _EDITS = {"claude": ("Write", "Edit", "MultiEdit", "NotebookEdit"), "codex": ("apply_patch",),
           "gemini": ("write_file", "replace"),
+          "opencode": ("write", "edit", "multiedit", "patch", "apply_patch"),
           "copilot": ("create", "edit", "str_replace_editor", "apply_patch")}
 _NAMES = {"claude": ("PostToolUse", "Stop"), "codex": ("PostToolUse", "Stop"),
           "gemini": ("AfterTool", "AfterAgent"), "cursor": ("afterFileEdit", "stop"),
@@ -17,6 +19,8 @@ _NAMES = {"claude": ("PostToolUse", "Stop"), "codex": ("PostToolUse", "Stop"),
 _PATCHED = ("*** Add File: ", "*** Update File: ", "*** Move to: ")
 #: Tools whose agent hears nothing of what is said after an edit.
 _DEAF_AFTER_EDITS = ("cursor", "windsurf")
+#: Tools whose user is shown nothing of what is said at the end of a turn.
+_SHOW_NOTHING = ("copilot", "cursor")
 
 
 class Event:
@@ -24,12 +28,14 @@ class Event:
 
     `session` names what is remembered together, `folder` is the project, `paths` the changed files.
     `going_on`: the turn goes on because of what we said at its end. `is_heard`: an answer reaches
-    the agent.
+    the agent. `is_shown`: what is for the user reaches the user.
     """
 
-    def __init__(self, ends_turn, session, folder, paths=(), going_on=False, is_heard=True):
+    def __init__(self, ends_turn, session, folder, paths=(), going_on=False, is_heard=True,
+                 is_shown=True):
         self.ends_turn, self.session, self.folder = ends_turn, session, folder
         self.paths, self.going_on, self.is_heard = list(paths), going_on, is_heard
+        self.is_shown = is_shown
 
 
 def event_of(harness, payload):
@@ -38,6 +44,8 @@ def event_of(harness, payload):
         return None  # Cursor, which runs the hooks of another tool too: it has hooks of its own
     if harness == "copilot":
         return _of_copilot(payload)
+    if harness == "opencode":
+        return _of_opencode(payload)
     edits, ends = _NAMES[harness]
     name = payload.get("agent_action_name" if harness == "windsurf" else "hook_event_name")
     folder = _folder(harness, payload)
@@ -49,7 +57,8 @@ def event_of(harness, payload):
         loops = payload.get("loop_count")
         going_on = payload.get("stop_hook_active") is True or \
             isinstance(loops, int) and not isinstance(loops, bool) and loops > 0
-        return Event(True, session, folder, going_on=going_on)
+        return Event(True, session, folder, going_on=going_on,
+                     is_shown=harness not in _SHOW_NOTHING)
     if name != edits:
         return None
     if harness in _EDITS and payload.get("tool_name") not in _EDITS[harness]:
@@ -64,8 +73,8 @@ def _of_copilot(payload):
     if isinstance(payload.get("stopReason"), str):
         if payload["stopReason"] != "end_turn":
             return None
-        return Event(True, session, folder,
-                     going_on=payload.get("stop_hook_active") is True)
+        return Event(True, session, folder, going_on=payload.get("stop_hook_active") is True,
+                     is_shown="copilot" not in _SHOW_NOTHING)
     arguments = payload.get("toolArgs")
     if isinstance(arguments, str):
         try:
@@ -75,6 +84,20 @@ def _of_copilot(payload):
     if payload.get("toolName") not in _EDITS["copilot"] or not isinstance(arguments, dict):
         return None
     paths = [arguments.get("path")] + _patched(arguments)
+    return Event(False, session, folder, _whole(paths, folder))
+
+
+def _of_opencode(payload):
+    """What `opencode.mjs` says, which listens in OpenCode for us."""
+    folder = payload.get("directory")
+    folder = folder if isinstance(folder, str) and os.path.isabs(folder) else os.getcwd()
+    session, arguments = payload.get("sessionID"), payload.get("args")
+    if payload.get("event") == "session.idle":
+        return Event(True, session, folder, going_on=payload.get("going_on") is True)
+    if payload.get("event") != "tool.execute.after" or not isinstance(arguments, dict) or \
+            payload.get("tool") not in _EDITS["opencode"]:
+        return None
+    paths = [arguments.get("filePath"), arguments.get("path")] + _patched(arguments)
     return Event(False, session, folder, _whole(paths, folder))
 
 
@@ -121,7 +144,7 @@ def _whole(paths, folder):
 
 def told_after_edit(harness, facts):
     """The answer that hands facts to the agent after an edit."""
-    if harness == "copilot":
+    if harness in ("copilot", "opencode"):
         return {"additionalContext": facts}
     name = "AfterTool" if harness == "gemini" else "PostToolUse"
     return {"hookSpecificOutput": {"hookEventName": name, "additionalContext": facts}}

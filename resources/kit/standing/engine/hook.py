@@ -69,7 +69,7 @@ def at_stop(event, state):
     from . import places
     allowed = places.Allowed.around(event.folder, settings.read, os.environ)
     paths = [path for path in paths if allowed.holds(path)]
-    said = stop.grade_changes(paths, event.folder, settings, state, event.going_on)
+    said = stop.grade_changes(paths, event.folder, settings, state, event.going_on, event.is_shown)
     state.clean()
     return said
 

@@ -119,7 +119,8 @@ class State:
 
     def load(self):
         """The session's memory: an object with "graded" (path -> digest), "open" (name of a file ->
-        its flaws as they were told) and, as lists, "reported", "told" and "tried"."""
+        its flaws as they were told), "unsaid" (name of a file -> the rules of what was fixed and
+        told nobody) and, as lists, "reported", "told" and "tried"."""
         try:
             found = json.loads(self._read(self._session, LONGEST_SESSION).decode("utf-8") or "{}")
         except (ValueError, RecursionError):
@@ -130,14 +131,14 @@ class State:
         return {"graded": graded if isinstance(graded, dict) else {},
                 "reported": _strings(found.get("reported")), "told": _strings(found.get("told")),
                 "tried": _strings(found.get("tried")),
-                "open": {name: _strings(marks) for name, marks in found["open"].items()}
-                if isinstance(found.get("open"), dict) else {}}
+                "open": _by_file(found.get("open")), "unsaid": _by_file(found.get("unsaid"))}
 
     def save(self, memory):
         """Keeps the newest entries of each kind."""
         kept = {"graded": dict(list(memory["graded"].items())[-1000:]),
                 "reported": memory["reported"][-MOST_MARKS:], "told": memory["told"][-MOST_MARKS:],
-                "tried": memory["tried"][-50:], "open": dict(list(memory["open"].items())[-100:])}
+                "tried": memory["tried"][-50:], "open": dict(list(memory["open"].items())[-100:]),
+                "unsaid": dict(list(memory["unsaid"].items())[-100:])}
         self._write(self._session, kept)
 
     def note_turn(self, verdict):
@@ -248,6 +249,11 @@ def file_name(session):
 
 def _strings(value):
     return [v for v in value if isinstance(v, str)] if isinstance(value, list) else []
+
+
+def _by_file(value):
+    return {name: _strings(marks) for name, marks in value.items()} \
+        if isinstance(value, dict) else {}
 
 
 def _sweep(folder, now):

@@ -39,9 +39,10 @@ class Group:
         return hashlib.sha256(text.encode("utf-8", "replace")).hexdigest()[:32]
 
 
-def grade_changes(paths, project, settings, state, going_on):
-    """The hook's answer, or None. `going_on`: a Stop hook already keeps the turn alive. What reading
-    the files takes is part of the time that there is."""
+def grade_changes(paths, project, settings, state, going_on, is_shown=True):
+    """The hook's answer, or None. `going_on`: a Stop hook already keeps the turn alive. `is_shown`:
+    the tool shows its user something; where it does not, what was fixed waits for the next thing
+    that the agent is told. What reading the files takes is part of the time that there is."""
     start = time.monotonic()
     until = start + settings.hook_seconds
     memory = state.load()
@@ -57,7 +58,7 @@ def grade_changes(paths, project, settings, state, going_on):
         if _is_over(group, memory):
             memory["graded"].update(group.hashes)
     beyond = _beyond(groups, memory)
-    fixed = _settled(groups, memory)
+    fixed = _joined(memory["unsaid"], _settled(groups, memory))
     held = [g for g in groups if g.outcome.state == grading.HELD]
     fresh = [g for g in held if g.digest() not in memory["reported"]]
     memory["reported"] += [g.digest() for g in fresh]
@@ -66,13 +67,14 @@ def grade_changes(paths, project, settings, state, going_on):
         state.note_turn(turn)
     broken = [problem for problem in rules.problems if problem not in memory["told"]][:5]
     memory["told"] += broken
+    said = _answer(groups, held, fresh, going_on, trouble, left, settings, fixed)
+    memory["unsaid"] = {} if is_shown or "reason" in (said or {}) else fixed
     state.save(memory)
     if trouble is None:
         state.settle()
         state.note_up()
     else:
         state.note_down(DOWN_SECONDS[trouble])
-    said = _answer(groups, held, fresh, going_on, trouble, left, settings, fixed)
     return _with_lines(said, beyond + ["standing rules: " + report.clean(p) for p in broken])
 
 
@@ -252,6 +254,12 @@ def _facts(groups, left, settings, fixed):
     flaws = [one for group in groups for one in feedback.located(group.outcome)]
     said = feedback.lines(flaws, LONGEST_ANSWER - len(around) - 2)
     return "\n".join(lines + said + more)[:LONGEST_ANSWER]
+
+
+def _joined(unsaid, fixed):
+    """What was fixed by file: of earlier turns as far as nobody was told, and of this one."""
+    return {name: (unsaid.get(name, []) + fixed.get(name, []))[-MOST_OPEN:]
+            for name in list(dict.fromkeys(list(unsaid) + list(fixed)))}
 
 
 def _settled(groups, memory):
