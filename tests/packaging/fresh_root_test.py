@@ -5,8 +5,10 @@
 
 Installs PACKAGE.deb into a Debian 12 of its own, in build/package-try, as a person does (`apt install`),
 in namespaces of its own: a release before it, use by an ordinary user, the upgrade, more use, removal. What
-is left then is compared with what was there before. The bare Debian and what apt downloads are kept there
-for the next time (330 MB). Exits with 77, and says so loudly, where it cannot be tried.
+is left then is compared with what was there before. Then somebody who has nothing but it and a desktop starts
+it from the menu, chooses where to grade, works, switches off, works again, and uninstalls (desk_session.py).
+The bare Debian and what apt downloads are kept there for the next time (380 MB). Exits with 77, and says so
+loudly, where it cannot be tried.
 """
 
 import hashlib
@@ -27,9 +29,13 @@ BARE, ARCHIVES, ROOT = PLACE / "bookworm.tar", PLACE / "archives", PLACE / "root
 ID = "example.trevix.kelvane.menubar"
 PROGRAM = "/usr/lib/kelvane/Kelvane.app/Contents/MacOS/Kelvane"
 OLDER = "0.0.1"
+# A small desktop, and what sees and clicks for a person.
+DESKTOP = ["openbox", "trayer", "dbus", "at-spi2-core", "libgtk-3-bin", "libglib2.0-bin", "mousepad", "featherpad",
+           "adwaita-icon-theme", "fonts-dejavu-core", "xdotool", "x11-utils", "python3-gi", "gir1.2-atspi-2.0"]
+EDITORS = ["mousepad --disable-server", "featherpad --standalone"]
 NEEDED = ["mmdebstrap", "unshare", "chroot", "dpkg-deb", "Xvfb"]
 # Seconds; they only say when something is not going to happen.
-LONGEST_INSTALLATION, LONGEST_STEP = 3600, 180
+LONGEST_INSTALLATION, LONGEST_SESSION, LONGEST_STEP = 3600, 1200, 180
 # Of Debian's tools, not of the package: they note there what they did, or sort anew what they found.
 NOTES = re.compile(r"^(var/(lib/(dpkg|apt|systemd|ucf)|cache|log|backups)|run|tmp|dev|proc|sys|root|home)(/|$)|"
                    r"^etc/(passwd|group|shadow|gshadow|sub[ug]id|mtab|resolv\.conf)-?$|/__pycache__(/|$)")
@@ -226,6 +232,7 @@ class FreshRoot(unittest.TestCase):
         picture.unlink()
         for command in ["kelvane", "trevix-local", "brask"]:
             inside(command, "--version", user="ada")
+            self.assertTrue((ROOT / f"usr/share/man/man1/{command}.1.gz").exists(), command)
 
     def judges(self):
         listed = json.loads(inside("trevix-local", "--engines", "--json", user="ada").stdout)["engines"]
@@ -308,6 +315,45 @@ class FreshRoot(unittest.TestCase):
         self.assertEqual({name: what for name, what in left.items() if bare.get(name) != what}, {})
         self.assertEqual(set(bare) - set(left), set())
         self.assertEqual(ours(files(ROOT / "root")) + ours(files(ROOT / "tmp")), [])
+        self.step("done")
+
+    def session(self, *what):
+        with Display() as display:
+            print(inside("python3", "-B", "/opt/desk/desk_session.py", *what, user="grace", longest=LONGEST_SESSION,
+                         DISPLAY=display).stdout, end="", flush=True)
+
+    def test_people_at_a_desktop(self):
+        inside("useradd", "--create-home", "grace")
+        home = ROOT / "home/grace"
+        # What others have there stays as it is.
+        (home / ".config/autostart").mkdir(parents=True)
+        (home / ".config/autostart/other.desktop").write_text("[Desktop Entry]\n", encoding="ascii")
+        (home / ".claude").mkdir()
+        (home / ".claude/settings.json").write_text('{ "model":"opus",\n\t"x": [1,2 ,3 ] }', encoding="ascii")
+        inside("chown", "-R", "grace:grace", "/home/grace")
+        before = files(home)
+        self.step("installing it, and a desktop")
+        self.install(DEB)
+        self.apt("install", "--no-install-recommends", *DESKTOP)
+        desk = ROOT / "opt/desk"
+        desk.mkdir()
+        for path in [CHECKOUT / "tests/packaging/desk_session.py", CHECKOUT / "scripts/panel_driver.py"]:
+            shutil.copy(path, desk)
+        self.step("first session: from the menu, one click, grades in two editors")
+        self.session("first", *EDITORS)
+        self.assertIn(".brask/validate.py", (home / ".claude/settings.json").read_text(encoding="utf-8"))
+        self.step("second session: everything was ended, and it grades without a question")
+        self.session("again", *EDITORS)
+        self.step("third session: uninstalled by the menu in the panel")
+        self.session("away")
+        self.apt("purge", "kelvane")
+        # The runs are the person's, and stay; folders may, empty.
+        left = {name: what for name, what in files(home).items()
+                if not re.match(r"\.local/share/trevix-local(/|$)", name)}
+        more = {name: what for name, what in left.items() if what != "folder" and before.get(name) != what}
+        self.assertEqual(more, {})
+        self.assertEqual(set(before) - set(left), set())
+        self.assertTrue((home / ".local/share/trevix-local/runs.db").exists())
         self.step("done")
 
 
