@@ -78,7 +78,11 @@ class Database:
                         "-E", "UTF8", "--locale=C", "--no-sync"], check=True, stdout=self.log,
                        stderr=self.log, cwd="/", **self._as_user())
         self.address = f"postgresql://trevix@/postgres?host={self.folder}"
-        self.start()
+        try:
+            self.start()
+        except BaseException:
+            self.end()
+            raise
 
     def _as_user(self):
         if self.user is None:
@@ -180,9 +184,14 @@ class Team:
         self.folder = pathlib.Path(tempfile.mkdtemp(prefix="trevix-team-"))
         self.log = open(self.folder / "service.log", "ab")
         self.members = {}
-        self.database = Database(self.folder, settings, room)
-        self.apis = [self.add("api", f"api {number + 1}") for number in range(apis)]
-        self.workers = [self.add("worker", f"worker {number + 1}") for number in range(workers)]
+        self.database = None
+        try:
+            self.database = Database(self.folder, settings, room)
+            self.apis = [self.add("api", f"api {number + 1}") for number in range(apis)]
+            self.workers = [self.add("worker", f"worker {number + 1}") for number in range(workers)]
+        except BaseException as error:
+            self.end(type(error))
+            raise
 
     def add(self, role, name, environment=None, log=None):
         member = Member(self, role, name)
@@ -206,11 +215,17 @@ class Team:
         return self
 
     def __exit__(self, kind, *_):
+        self.end(kind)
+
+    def end(self, kind):
+        """`kind` is that of the exception that ended it; None where all went well."""
         for member in self.members.values():
             member.end()
-        self.database.end()
+        if self.database is not None:
+            self.database.end()
         self.log.close()
-        if kind is None:
+        # Who ends it early does not ask what went wrong.
+        if kind in (None, KeyboardInterrupt):
             shutil.rmtree(self.folder, ignore_errors=True)
         else:
             print(f"what the processes said stands in {self.folder}")

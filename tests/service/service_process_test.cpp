@@ -522,6 +522,22 @@ TEST_F(ServiceProcessTest, UsesTheDesktopsDataFolderByDefault) {
     EXPECT_NE(inHome.output, inXdg.output);
 }
 
+TEST_F(ServiceProcessTest, WithoutPostgresTheStoreOfATeamIsRefusedInALine) {
+    const std::string address = "postgresql:///trevix";
+    for (const auto& arguments :
+         {std::vector<std::string>{"--store", address, "--data", data().string()},
+          {"--store", address, "--role", "worker", "--data", data().string()},
+          {"keys", "list", "--store", address}}) {
+        ServiceProcess process(arguments, {}, {},
+                               "shift; exec '" TREVIX_LOCAL_WITHOUT_POSTGRES "' \"$@\"");
+        const Ended ended = process.end();
+        EXPECT_EQ(ended.exitCode, 1) << arguments.front();
+        EXPECT_EQ(ended.output, "");
+        EXPECT_EQ(ended.errors,
+                  "trevix-local: this trevix-local was built without PostgreSQL (libpq)\n");
+    }
+}
+
 TEST_F(ServiceProcessTest, HelpAndVersion) {
     const Ended help = ran({"--help"});
     EXPECT_EQ(help.exitCode, 0);
@@ -609,7 +625,7 @@ TEST_F(ServiceProcessTest, ACancelledJobEndsItsChild) {
 /// "512 MB of data for each process", for a shell that begins the service. A sanitizer keeps more
 /// books than that.
 std::string withinMemory() {
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#ifdef KELVANE_SANITIZED
     return "exec \"$@\"";
 #else
     return "ulimit -d 524288 && exec \"$@\"";

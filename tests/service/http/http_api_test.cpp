@@ -508,7 +508,8 @@ TEST_F(HttpApiTest, ATicketIsTakenFromItsOwnUserWhereTheSystemTells) {
 TEST_F(HttpApiTest, ProvesThatItKnowsTheKeyBeforeItIsSent) {
     start();
     const std::string nonce(64, 'a');
-    const Reply reply = get(port(), "/api/v1/proof?nonce=" + nonce);
+    // Kept open, as what follows a proof goes over the same connection, it would be waited for.
+    const Reply reply = get(port(), "/api/v1/proof?nonce=" + nonce, {{"Connection", "close"}});
     EXPECT_EQ(reply.status, 200);
     EXPECT_EQ(
         json::parse(reply.body),
