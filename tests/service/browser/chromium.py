@@ -51,6 +51,8 @@ class Chromium:
             [program, "--headless=new", "--no-sandbox", "--disable-gpu", "--disable-dev-shm-usage",
              "--no-first-run", "--disable-extensions", "--disable-background-networking",
              "--disable-component-update", "--hide-scrollbars", "--remote-debugging-pipe",
+             # What is pressed before the first picture of a page is passed over otherwise.
+             "--allow-pre-commit-input",
              "--window-size=%d,%d" % (width, height), "--user-data-dir=" + self._profile,
              "about:blank"],
             stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
@@ -67,6 +69,7 @@ class Chromium:
                                       flatten=True)["sessionId"]
             for domain in ("Page", "Runtime", "Log"):
                 self.call(domain + ".enable")
+            self.call("Page.setLifecycleEventsEnabled", enabled=True)
             self.size(width, height)
         except BaseException:
             self.close()
@@ -105,12 +108,10 @@ class Chromium:
     def open(self, address):
         """Goes to the address and waits until it is loaded."""
         self._events.clear()
-        self.call("Page.navigate", url=address)
-        self.loaded()
-
-    def loaded(self):
-        """Waits for the end of loading that is under way."""
-        self._await(lambda event: event["method"] == "Page.loadEventFired")
+        answer = self.call("Page.navigate", url=address)
+        if "errorText" in answer:
+            raise BrowserError("%s: %s" % (address, answer["errorText"]))
+        self._loaded(answer["loaderId"])
 
     def evaluate(self, expression):
         """The value of an expression in the page, as JSON has it."""
@@ -141,10 +142,12 @@ class Chromium:
                       clickCount=1)
 
     def follow(self, selector):
-        """Clicks on what leads to another page, and waits for it."""
+        """Clicks on what leads to another page, and waits until that is loaded."""
         self._events.clear()
         self.click(selector)
-        self.loaded()
+        arrived = self._await(lambda event: event["method"] == "Page.frameNavigated"
+                              and "parentId" not in event["params"]["frame"])
+        self._loaded(arrived["params"]["frame"]["loaderId"])
 
     def type(self, text):
         """Text into what has the focus."""
@@ -179,12 +182,20 @@ class Chromium:
         with open(path, "wb") as file:
             file.write(base64.b64decode(data))
 
+    def _loaded(self, loader):
+        """Waits for the end of one page's loading: another's, the empty first one's above all, may be
+        told late."""
+        self._await(lambda event: event["method"] == "Page.lifecycleEvent"
+                    and event["params"]["name"] == "load"
+                    and event["params"]["loaderId"] == loader)
+
     def _await(self, wanted):
+        """The first event of that kind, those included that came before."""
         while True:
             for number, event in enumerate(self._events):
                 if wanted(event):
                     del self._events[number]
-                    return
+                    return event
             message = self._message()
             if "method" in message:
                 self._events.append(message)
