@@ -159,9 +159,11 @@ class Chromium:
                   deviceScaleFactor=1, mobile=mobile)
 
     def prefer(self, scheme, media=""):
-        """"light" or "dark"; `media` "print" for paper."""
+        """"light" or "dark"; `media` "print" for paper. Nothing moves by itself: what glides still
+        would not be pressed where it was seen."""
         self.call("Emulation.setEmulatedMedia", media=media,
-                  features=[{"name": "prefers-color-scheme", "value": scheme}])
+                  features=[{"name": "prefers-color-scheme", "value": scheme},
+                            {"name": "prefers-reduced-motion", "value": "reduce"}])
 
     def scripts(self, run):
         """Whether pages may run scripts."""
