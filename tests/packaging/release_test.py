@@ -116,12 +116,16 @@ class Release(unittest.TestCase):
         (self.checkout / "CHANGELOG.md").write_text(CHANGES + "* More.\n", encoding="utf-8")
         self.refused("what no commit has")
 
-    def key(self):
-        """A key of gpg's in a home folder of its own, which has to be short for its sockets."""
+    def key_home(self):
+        """From now on gpg has a home folder of its own, which has to be short for its sockets."""
         home = tempfile.TemporaryDirectory(prefix="gpg")
         self.addCleanup(home.cleanup)
         self.addCleanup(subprocess.run, ["gpgconf", "--homedir", home.name, "--kill", "all"], check=False)
         self.environment["GNUPGHOME"] = home.name
+
+    def key(self):
+        """A key of gpg's made for the test, in a home folder of its own."""
+        self.key_home()
         subprocess.run(["gpg", "--batch", "--quiet", "--passphrase", "", "--quick-generate-key",
                         "Release <release@b.example>", "ed25519", "sign", "never"], check=True,
                        env=self.environment, stderr=subprocess.DEVNULL)
@@ -145,6 +149,21 @@ class Release(unittest.TestCase):
         self.assertEqual(result.returncode, 1)
         self.assertIn("is not what was made", result.stderr)
         self.assertNotIn("SHA256SUMS.asc", self.made())
+
+    def test_key_comes_as_the_workflow_hands_it_over(self):
+        """Exported in one home, imported in another: what signs has never seen the owner's."""
+        self.assertEqual(self.release().returncode, 0)
+        key = self.key()
+        secret = subprocess.run(["gpg", "--batch", "--armor", "--export-secret-keys", key], check=True,
+                                env=self.environment, capture_output=True).stdout
+        self.key_home()
+        self.assertEqual(self.release("--sign", KELVANE_SIGN_KEY=key).returncode, 1)
+        subprocess.run(["gpg", "--batch", "--import"], input=secret, check=True, env=self.environment,
+                       capture_output=True)
+        result = self.release("--sign", KELVANE_SIGN_KEY=key)
+        self.assertEqual(result.returncode, 0, result.stderr)
+        subprocess.run(["gpg", "--verify", self.out / "SHA256SUMS.asc", self.out / "SHA256SUMS"], check=True,
+                       env=self.environment, capture_output=True)
 
     def test_key_that_is_not_there_is_an_error(self):
         self.environment["GNUPGHOME"] = str(self.work)
