@@ -15,7 +15,11 @@ ROOT = pathlib.Path(__file__).resolve().parents[2]
 PACKAGE = """#!/bin/sh
 [ "$1" = --out ] && mkdir -p "$2" || exit 9
 echo "$SOURCE_DATE_EPOCH" >"$2/kelvane_1.2.3_amd64.deb"
-echo "${STAND_IN_SAYS-the same}" >"$2/kelvane-1.2.3-linux-x86_64.tar.gz"
+mkdir bin
+echo the same >bin/always
+echo "${STAND_IN_SAYS-the same}" >bin/program
+tar --create --sort=name --mtime=@0 --owner=0 --group=0 bin | gzip -n >"$2/kelvane-1.2.3-linux-x86_64.tar.gz"
+rm -r bin
 """
 CHANGES = "# Changes\n\n## [1.2.3] - 2026-01-02\n\n### Added\n\n* All of it.\n"
 
@@ -26,7 +30,7 @@ class Release(unittest.TestCase):
         self.addCleanup(folder.cleanup)
         self.work = pathlib.Path(folder.name)
         self.checkout = self.work / "check out"
-        self.out = self.work / "out"
+        self.out, self.again = self.work / "out", self.work / "out-again"
         for name in ["scripts/release", "cmake/package_texts.py"]:
             (self.checkout / name).parent.mkdir(parents=True, exist_ok=True)
             shutil.copy(ROOT / name, self.checkout / name)
@@ -86,6 +90,7 @@ class Release(unittest.TestCase):
         result = self.release("--twice")
         self.assertEqual(result.returncode, 0, result.stderr)
         self.assertIn("the same bytes", result.stdout)
+        self.assertFalse(self.again.exists())
 
     def test_what_differs_the_second_time_is_no_release(self):
         self.checkout.joinpath("scripts/package").write_text(
@@ -93,7 +98,12 @@ class Release(unittest.TestCase):
         self.commit(CHANGES)
         result = self.release("--twice")
         self.assertEqual(result.returncode, 1)
-        self.assertIn("it is not the same", result.stderr)
+        self.assertIn("it is not the same: {} and {}".format(self.out, self.again), result.stderr)
+        # What differs is named, and there to be looked at.
+        archive = "kelvane-1.2.3-linux-x86_64.tar.gz"
+        self.assertIn(archive + ": Files once/bin/program and again/bin/program differ\n", result.stderr)
+        self.assertNotIn("always", result.stderr)
+        self.assertNotEqual((self.out / archive).read_bytes(), (self.again / archive).read_bytes())
 
     def test_what_is_not_released_is_none(self):
         self.commit(CHANGES.replace("[1.2.3] - 2026-01-02", "[Unreleased]"))
