@@ -15,7 +15,11 @@ ROOT = pathlib.Path(__file__).resolve().parents[2]
 PACKAGE = """#!/bin/sh
 [ "$1" = --out ] && mkdir -p "$2" || exit 9
 echo "$SOURCE_DATE_EPOCH" >"$2/kelvane_1.2.3_amd64.deb"
-echo "${STAND_IN_SAYS-the same}" >"$2/kelvane-1.2.3-linux-x86_64.tar.gz"
+mkdir bin
+echo the same >bin/always
+echo "${STAND_IN_SAYS-the same}" >bin/program
+tar --create --sort=name --mtime=@0 --owner=0 --group=0 bin | gzip -n >"$2/kelvane-1.2.3-linux-x86_64.tar.gz"
+rm -r bin
 """
 CHANGES = "# Changes\n\n## [1.2.3] - 2026-01-02\n\n### Added\n\n* All of it.\n"
 
@@ -26,7 +30,7 @@ class Release(unittest.TestCase):
         self.addCleanup(folder.cleanup)
         self.work = pathlib.Path(folder.name)
         self.checkout = self.work / "check out"
-        self.out = self.work / "out"
+        self.out, self.again = self.work / "out", self.work / "out-again"
         for name in ["scripts/release", "cmake/package_texts.py"]:
             (self.checkout / name).parent.mkdir(parents=True, exist_ok=True)
             shutil.copy(ROOT / name, self.checkout / name)
@@ -86,6 +90,7 @@ class Release(unittest.TestCase):
         result = self.release("--twice")
         self.assertEqual(result.returncode, 0, result.stderr)
         self.assertIn("the same bytes", result.stdout)
+        self.assertFalse(self.again.exists())
 
     def test_what_differs_the_second_time_is_no_release(self):
         self.checkout.joinpath("scripts/package").write_text(
@@ -93,7 +98,12 @@ class Release(unittest.TestCase):
         self.commit(CHANGES)
         result = self.release("--twice")
         self.assertEqual(result.returncode, 1)
-        self.assertIn("it is not the same", result.stderr)
+        self.assertIn("it is not the same: {} and {}".format(self.out, self.again), result.stderr)
+        # What differs is named, and there to be looked at.
+        archive = "kelvane-1.2.3-linux-x86_64.tar.gz"
+        self.assertIn(archive + ": Files once/bin/program and again/bin/program differ\n", result.stderr)
+        self.assertNotIn("always", result.stderr)
+        self.assertNotEqual((self.out / archive).read_bytes(), (self.again / archive).read_bytes())
 
     def test_what_is_not_released_is_none(self):
         self.commit(CHANGES.replace("[1.2.3] - 2026-01-02", "[Unreleased]"))
@@ -116,12 +126,16 @@ class Release(unittest.TestCase):
         (self.checkout / "CHANGELOG.md").write_text(CHANGES + "* More.\n", encoding="utf-8")
         self.refused("what no commit has")
 
-    def key(self):
-        """A key of gpg's in a home folder of its own, which has to be short for its sockets."""
+    def key_home(self):
+        """From now on gpg has a home folder of its own, which has to be short for its sockets."""
         home = tempfile.TemporaryDirectory(prefix="gpg")
         self.addCleanup(home.cleanup)
         self.addCleanup(subprocess.run, ["gpgconf", "--homedir", home.name, "--kill", "all"], check=False)
         self.environment["GNUPGHOME"] = home.name
+
+    def key(self):
+        """A key of gpg's made for the test, in a home folder of its own."""
+        self.key_home()
         subprocess.run(["gpg", "--batch", "--quiet", "--passphrase", "", "--quick-generate-key",
                         "Release <release@b.example>", "ed25519", "sign", "never"], check=True,
                        env=self.environment, stderr=subprocess.DEVNULL)
@@ -145,6 +159,21 @@ class Release(unittest.TestCase):
         self.assertEqual(result.returncode, 1)
         self.assertIn("is not what was made", result.stderr)
         self.assertNotIn("SHA256SUMS.asc", self.made())
+
+    def test_key_comes_as_the_workflow_hands_it_over(self):
+        """Exported in one home, imported in another: what signs has never seen the owner's."""
+        self.assertEqual(self.release().returncode, 0)
+        key = self.key()
+        secret = subprocess.run(["gpg", "--batch", "--armor", "--export-secret-keys", key], check=True,
+                                env=self.environment, capture_output=True).stdout
+        self.key_home()
+        self.assertEqual(self.release("--sign", KELVANE_SIGN_KEY=key).returncode, 1)
+        subprocess.run(["gpg", "--batch", "--import"], input=secret, check=True, env=self.environment,
+                       capture_output=True)
+        result = self.release("--sign", KELVANE_SIGN_KEY=key)
+        self.assertEqual(result.returncode, 0, result.stderr)
+        subprocess.run(["gpg", "--verify", self.out / "SHA256SUMS.asc", self.out / "SHA256SUMS"], check=True,
+                       env=self.environment, capture_output=True)
 
     def test_key_that_is_not_there_is_an_error(self):
         self.environment["GNUPGHOME"] = str(self.work)

@@ -9,8 +9,8 @@ from unittest import mock
 
 import surroundings
 from surroundings import FaultServer, answer, closed_port, silence
-from engine import (client, grading, hook, reachability, standing, state as state_module,
-                    stop)
+from engine import (client, grading, hook, judged, reachability, settings, standing,
+                    state as state_module, stop)
 from engine.state import State
 from engine.verdict import failure
 
@@ -185,13 +185,14 @@ class AtTheEnd(HookTest):
             self.edit("a.py", "still bad\n")
             self.assertEqual(self.stop()["decision"], "block")
 
-    def test_content_that_comes_back_is_graded_and_not_blocked_on_again(self):
-        steps = [SUBMITTED, verdict("block", FLAW)] * 3
+    def test_content_that_comes_back_is_not_sent_or_blocked_on_again(self):
+        steps = [SUBMITTED, verdict("block", FLAW)] * 2
         with FaultServer(*steps) as server:
             self.point_to(server.base)
             for content, blocks in (("bad\n", True), ("other\n", True), ("bad\n", False)):
                 self.edit("a.py", content)
                 self.assertEqual("decision" in self.stop(), blocks, content)
+            self.assertEqual(len(server.requests), 4)
 
     def test_while_a_stop_hook_keeps_the_turn_alive_only_the_user_is_told(self):
         with FaultServer(SUBMITTED, verdict("block", FLAW), SUBMITTED, verdict("ship")) as server:
@@ -369,7 +370,7 @@ class WhenTheServiceIsNotWell(HookTest):
         state = State(str(self.data), "s1")
         with mock.patch.object(stop.time, "monotonic", lambda: next(moments)):
             groups, left = stop._groups(state.changed(), str(self.work), standing.load(),
-                                        state.load(), 12)
+                                        state.load(), judged.Judged(settings.load()), 12)
         self.assertEqual(sum(len(group.artifacts) for group in groups) + left, 5)
         self.assertGreater(left, 0)
 
@@ -430,7 +431,6 @@ class WhenTheServiceIsNotWell(HookTest):
                 self.edit("a.py", "x\n")
                 payload = {"session_id": "s1", "cwd": str(self.work)}
                 state = State(str(self.data), "s1")
-                from engine import settings
                 made = settings.load()._replace(hook_seconds=0.5)
                 said = stop.grade_changes(state.changed(), payload["cwd"], made, state, False)
                 self.assertNotIn("decision", said or {})

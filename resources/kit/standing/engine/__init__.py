@@ -8,6 +8,7 @@
     parts         a file or a text -> an Artifact: the parts to submit and their modality
     standing      the standing rules: what never leaves this machine, and the text people read
     grading       all of them together: one artifact in, one Outcome out
+    judged        which verdicts are known by content, so that a turn's end asks for none twice
     report        an Outcome as a table or as JSON; `sarif` as SARIF
     hook          a coding tool's events
     mcp_server    the same work as an MCP server

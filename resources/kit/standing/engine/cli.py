@@ -18,6 +18,7 @@ from typing import Callable, List, Optional
 
 from . import (baseline, changed, client, dismissals, file_types, folders, grading, parts, report,
                settings as settings_module, standing)
+from .judged import Judged
 from .version import VERSION
 
 COULD_NOT = 3
@@ -257,7 +258,7 @@ def _outcomes(options, settings, rules) -> List[grading.Outcome]:
     cancel = threading.Event()
     common = dict(vertical=options.vertical, intent=options.intent, policy=options.policy,
                   iterate=options.iterate, deadline=options.timeout, hard=True, cancel=cancel,
-                  progress=_progress(options), first=SOON)
+                  progress=_progress(options), first=SOON, judged=Judged(settings))
     previous = signal.getsignal(signal.SIGTERM)
     if threading.current_thread() is threading.main_thread():
         signal.signal(signal.SIGTERM, lambda *_: signal.default_int_handler(signal.SIGINT, None))

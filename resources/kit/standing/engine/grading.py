@@ -14,6 +14,7 @@ import time
 from typing import Any, Dict, NamedTuple, Optional, Sequence, Tuple
 
 from . import client, dismissals, standing, transport
+from .judged import Judged
 from .parts import Artifact, NotGradable, from_file
 from .settings import Settings
 from .verdict import Flaw, NotChecked, Verdict, failure
@@ -22,6 +23,8 @@ CLEARS, HELD, NOT_JUDGED, NOT_GRADED = "clears", "held", "not_judged", "not_grad
 EXIT_CODES = {CLEARS: 0, HELD: 1, NOT_JUDGED: 3, NOT_GRADED: 3}
 MOST_GAPS = 3   # named in one sentence; the rest is counted
 INTENT = "Validate this work before it ships."
+#: What is said of work that nobody said anything of, at the end of a turn.
+TURN_INTENT = "Validate the files that a coding agent changed before they ship."
 NO_KEY = ("there is no key: set BRASK_API_KEY or put the key into {}; "
           "the local service prints its own with `trevix-local --print-key`")
 
@@ -90,10 +93,12 @@ def grade_file(path: str, settings: Settings, rules: standing.RuleSet,
 def grade(artifact: Artifact, settings: Settings, rules: standing.RuleSet, *,
           vertical: Optional[str] = None, intent: Optional[str] = None,
           policy: Optional[str] = None, iterate: Optional[str] = None,
-          deadline: float = client.DEADLINE, first: Optional[float] = None, **options) -> Outcome:
+          deadline: float = client.DEADLINE, first: Optional[float] = None,
+          judged: Optional[Judged] = None, **options) -> Outcome:
     """Screens the artifact and grades what may be sent; with `iterate`, the id of a run, as its
-    revision. A service of this machine is asked again after `first` seconds. `options` go to the
-    client: progress, cancel, hard."""
+    revision. A service of this machine is asked again after `first` seconds. `judged` remembers the
+    verdict, on a revision where it knows the run. `options` go to the client: progress, cancel,
+    hard."""
     screened = standing.screen(rules, artifact)
     if screened.refused is not None or screened.artifact is None:
         return not_graded(artifact.name, screened.refused or "", artifact.modality,
@@ -117,7 +122,22 @@ def grade(artifact: Artifact, settings: Settings, rules: standing.RuleSet, *,
         verdict = client.grade(sent.parts, sent.modality, vertical, words,
                                policy or settings.policy_id, deadline, settings=settings,
                                **options)
+    if judged is not None:
+        own = None if intent in (INTENT, TURN_INTENT) else intent
+        question = judged.question(policy, vertical, own)
+        if iterate is None or judged.has_run(iterate, question):
+            judged.remember(artifact, question, verdict)
     return _outcome(sent, verdict, screened)
+
+
+def known(artifact: Artifact, rules: standing.RuleSet, judged: Judged) -> Optional[Outcome]:
+    """The outcome of what has been judged already, with the rules of now; None where it has to be
+    asked for. Nothing is sent."""
+    verdict = judged.verdict(artifact, judged.question())
+    screened = standing.screen(rules, artifact) if verdict is not None else None
+    if screened is None or screened.artifact is None or screened.refused is not None:
+        return None
+    return _outcome(screened.artifact, verdict, screened)
 
 
 def not_graded(name: str, reason: str, modality: str = "text", path: Optional[str] = None,

@@ -16,6 +16,7 @@ import threading
 from . import LONGEST_ANSWER, client, feedback, file_types, grading, parts, places, report
 from . import settings as settings_module
 from . import standing
+from .judged import Judged
 from .version import VERSION
 
 #: Seconds for one grade: inside the 300 that Codex waits for a tool, so that the answer tells why.
@@ -141,7 +142,7 @@ DEFINITIONS = [
           "machine's user has chosen (see status). Secrets are taken out first, and files that "
           "the standing rules hold back, or that lie outside the project, are refused and never "
           "sent. It takes seconds as a rule, "
-          "and up to %d seconds while the grader warms up. Nothing on this machine is changed. "
+          "and up to %d seconds while the grader warms up. No file of the project is changed. "
           "Exactly one of path and text is needed." % DEADLINE,
           dict(_WORK, vertical={"type": "string", "description": "The line of business, e.g. "
                                                                  "legal or finance."},
@@ -268,7 +269,7 @@ class Tools:
             progress("%s (%.0f s)" % (report.clean(step.message), step.elapsed))
 
         options.update(self._options, intent=arguments.get("intent"), deadline=self._deadline,
-                       hard=True, cancel=cancelled, progress=tell)
+                       hard=True, cancel=cancelled, progress=tell, judged=Judged(settings))
         allowed = _allowed(settings, self._environ)
         outcome = _graded(arguments, settings, rules, allowed, options)
         problems = tuple(settings.problems) + tuple(rules.problems)

@@ -2,9 +2,10 @@
 
     changed/SESSION        paths that the session changed, one JSON string a line; an empty line
                            stands behind those that the end of a turn has read
-    lock                   held while that list is read and written
+    lock                   held while that list, or `judged`, is read and written
     sessions/SESSION.json  what was graded and reported, so that nothing is said twice
     turn.json              the verdict on the last turn that had one, for the desktop's message
+    judged                 verdicts of the last day by content (`judged`)
     down                   its time of change is when the service is worth another try
 
 All of it may be deleted at any time. Folders are 0700 and files 0600; a folder that cannot be
@@ -79,7 +80,7 @@ class State:
     def _alone(self):
         """One process at a time works with the list of changes. Where nothing can be locked nobody
         waits."""
-        return _Lock(os.path.join(self._root, "lock"))
+        return Lock(os.path.join(self._root, "lock"))
 
     def changed(self):
         """The recorded paths in the order of their first change."""
@@ -195,6 +196,12 @@ class State:
             return
         for name in ("changed", "sessions"):
             _sweep(os.path.join(self._root, name), now)
+        judged = os.path.join(self._root, "judged")
+        try:
+            if now - os.stat(judged).st_mtime > CLEAN_SECONDS:
+                os.unlink(judged)
+        except OSError:
+            pass
 
     @staticmethod
     def _read(path, limit):
@@ -212,8 +219,9 @@ def _unread(data):
     return lines[last + 1:]
 
 
-class _Lock:
-    """Holds a file's lock for as long as it takes to read and write a list."""
+class Lock:
+    """Holds a file's lock for as long as it takes to read and write a list. Where nothing can be
+    locked, or somebody keeps it for a second, nobody waits any longer."""
 
     def __init__(self, path):
         self._path = path

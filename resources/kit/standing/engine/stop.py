@@ -1,7 +1,9 @@
 """The end of a turn: the changed files are graded, and the verdicts become one answer.
 
 Files of one kind go out as one submission, all submissions at once, within one deadline. What came
-of it is remembered by content, so that a file is graded again when it changed and only then.
+of it is remembered by content, so that a file is graded again when it changed and only then. What
+anybody else has had judged meanwhile, the agent itself by MCP for one, is not sent either: that
+verdict counts.
 """
 
 import hashlib
@@ -10,6 +12,7 @@ import threading
 import time
 
 from . import LONGEST_ANSWER, feedback, file_types, grading, parts, report, standing
+from .judged import Judged
 from .reachability import DOWN_SECONDS, SLOW_SECONDS
 from .settings import report_page
 from .verdict import BANDS
@@ -21,17 +24,27 @@ PATIENCE = 10.0         # seconds for which the service may stay silent, where s
 MOST_OPEN = 50          # flaws of a file that are remembered, to tell which were fixed
 LONGEST_PROJECT = 100   # characters of the name of its folder
 LONGEST_FACT = 1000     # characters of one line for the user
-_INTENT = "Validate the files that a coding agent changed before they ship."
 
 
 class Group:
-    """The changed files of one modality on their way to a verdict."""
+    """The changed files of one modality on their way to a verdict, or one that has its outcome."""
 
-    def __init__(self, modality):
+    def __init__(self, modality, outcome=None):
         self.modality = modality
         self.artifacts = []
         self.hashes = {}    # path -> digest of the content
-        self.outcome = None
+        self.outcome = outcome
+
+    def add(self, path, artifact, digest):
+        """One file more."""
+        self.artifacts.append(artifact)
+        self.hashes[path] = digest
+
+    def artifact(self):
+        """All of it as one submission."""
+        if len(self.artifacts) == 1:
+            return self.artifacts[0]
+        return parts.together(self.artifacts, self.modality)
 
     def digest(self):
         """Tells this content from any other."""
@@ -46,13 +59,13 @@ def grade_changes(paths, project, settings, state, going_on, is_shown=True):
     start = time.monotonic()
     until = start + settings.hook_seconds
     memory = state.load()
-    rules = standing.load()
-    groups, left = _groups(paths, project, rules, memory, until)
+    rules, judged = standing.load(), Judged(settings)
+    groups, left = _groups(paths, project, rules, memory, judged, until)
     if not groups:
         state.settle()
         return None
     asked = time.monotonic()
-    _grade(groups, settings, rules, until)
+    _grade([g for g in groups if g.outcome is None], settings, rules, judged, until)
     trouble = _trouble(groups, time.monotonic() - asked)
     for group in groups:
         if _is_over(group, memory):
@@ -78,11 +91,11 @@ def grade_changes(paths, project, settings, state, going_on, is_shown=True):
     return _with_lines(said, beyond + ["standing rules: " + report.clean(p) for p in broken])
 
 
-def _groups(paths, project, rules, memory, until):
-    """What is to be graded, by modality, and how many files are more than are graded at once, or
-    than were read in half of the time."""
+def _groups(paths, project, rules, memory, judged, until):
+    """What has its verdict already, each file apart; what is to be graded, by modality; and how
+    many files are more than are graded at once, or than were read in half of the time."""
     until -= (until - time.monotonic()) / 2
-    groups, count, left = {}, 0, 0
+    known, groups, count, left = [], {}, 0, 0
     for path in paths:
         kind = file_types.of_name(path, source=True)
         modality = kind.modality if kind else "text"
@@ -100,13 +113,17 @@ def _groups(paths, project, rules, memory, until):
             continue
         if _is_kept(rules, artifact) or not any(p.text or p.data for p in artifact.parts):
             continue
-        group = groups.setdefault(artifact.modality, Group(artifact.modality))
-        group.artifacts.append(artifact._replace(name=artifact.parts[0].logical_name))
-        group.hashes[path] = digest
+        artifact = artifact._replace(name=artifact.parts[0].logical_name)
+        outcome = grading.known(artifact, rules, judged)
+        if outcome is not None:
+            known.append(Group(artifact.modality, outcome))
+            known[-1].add(path, artifact, digest)
+            continue
+        groups.setdefault(artifact.modality, Group(artifact.modality)).add(path, artifact, digest)
         count += 1
     chosen = list(groups.values())
     left += sum(len(group.artifacts) for group in chosen[MOST_SUBMISSIONS:])
-    return chosen[:MOST_SUBMISSIONS], left
+    return known + chosen[:MOST_SUBMISSIONS], left
 
 
 def _is_kept(rules, artifact):
@@ -124,16 +141,19 @@ def _digest(artifact):
     return whole.hexdigest()[:32]
 
 
-def _grade(groups, settings, rules, until):
+def _grade(groups, settings, rules, judged, until):
     """Gives every group its outcome, within the deadline in any case."""
     cancel = threading.Event()
 
     def one(group):
-        artifact = group.artifacts[0]
-        if len(group.artifacts) > 1:
-            artifact = parts.together(group.artifacts, group.modality)
-        found = grading.grade(artifact, settings, rules, intent=_INTENT, cancel=cancel, hard=True,
-                              deadline=max(0.0, until - time.monotonic()), patience=PATIENCE)
+        artifact, several = group.artifact(), len(group.artifacts) > 1
+        found = grading.known(artifact, rules, judged) if several else None
+        if found is None:
+            found = grading.grade(artifact, settings, rules, intent=grading.TURN_INTENT,
+                                  cancel=cancel, hard=True, judged=judged, patience=PATIENCE,
+                                  deadline=max(0.0, until - time.monotonic()))
+        if several:
+            _remember_apart(group, found, judged)
         group.outcome = found
 
     threads = [threading.Thread(target=one, args=(g,), daemon=True) for g in groups]
@@ -146,6 +166,14 @@ def _grade(groups, settings, rules, until):
         if group.outcome is None:
             group.outcome = grading.not_graded(
                 group.modality, "grade timed out after {}s".format(int(settings.hook_seconds)))
+
+
+def _remember_apart(group, outcome, judged):
+    """Several files in which nothing at all was found clear apart too. Of any others only the
+    verdict on just these files together is known."""
+    if outcome.state == grading.CLEARS and not (outcome.verdict.flaws or outcome.verdict.dismissed):
+        for artifact in group.artifacts:
+            judged.remember(artifact, judged.question(), outcome.verdict)
 
 
 def _turn(groups, project, settings):
