@@ -51,10 +51,13 @@ HistoryLine verdictLine(const VerdictEntry& entry, const LocalTime& local) {
     return line;
 }
 
+std::string counted(std::string heading, std::size_t count) {
+    return std::move(heading) + " (" + std::to_string(count) + ")";
+}
+
 void addFlaws(HistoryDetails& details, std::string heading, const std::vector<Flaw>& flaws,
               std::size_t count) {
-    details.lines.push_back(
-        {Kind::Heading, std::move(heading) + " (" + std::to_string(count) + ")", {}, {}});
+    details.lines.push_back({Kind::Heading, std::move(heading), {}, {}});
     const std::size_t shown = std::min(flaws.size(), kMostHistoryFlaws);
     for (std::size_t i = 0; i < shown; ++i) {
         auto row = flawRow(flaws[i]);
@@ -152,7 +155,8 @@ HistoryDetails historyDetails(const VerdictEntry& entry, const LocalTime& local)
     HistoryDetails details;
     details.title = shownWithin(entry.app) + ", " + momentOf(entry.timeMs, local);
     details.hasReport = !entry.runId.empty();
-    addFlaws(details, translated("History", "Flaws"), entry.flaws, entry.flawCount);
+    addFlaws(details, counted(translated("History", "Flaws"), entry.flawCount), entry.flaws,
+             entry.flawCount);
     if (entry.flawCount == 0) {
         details.lines.back() = {
             Kind::Note, translated("History", "No flaws were listed."), {}, Tint::secondary};
@@ -166,7 +170,10 @@ HistoryDetails comparisonDetails(const history::Comparison& comparison, const Lo
     details.title = shownWithin(after.app) + ", " + momentOf(before.timeMs, local) + " → " +
                     momentOf(after.timeMs, local);
     details.hasReport = !after.runId.empty();
+    details.spoken = details.title;
     const auto add = [&](std::string heading, const std::vector<Flaw>& flaws) {
+        heading = counted(std::move(heading), flaws.size());
+        details.spoken += ", " + heading;
         addFlaws(details, std::move(heading), flaws, flaws.size());
     };
     add(translated("History", "Fixed"), comparison.flaws.fixed);

@@ -61,6 +61,7 @@ struct HistoryDetails {
     std::string title; ///< Empty: nothing is chosen.
     std::vector<HistoryDetail> lines;
     bool hasReport = false;
+    std::string spoken; ///< Of a comparison: what is read out when it comes up.
 
     bool operator==(const HistoryDetails&) const = default;
 };

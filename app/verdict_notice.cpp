@@ -99,7 +99,12 @@ void Notifier::look(bool panelIsShown) {
     const auto next = *std::exchange(m_next, std::nullopt);
     if (what == NoticeNow::Drop) return;
     m_last = now;
-    m_ports.notifications.show(next.first, next.second);
+    // Not every desktop takes away what somebody has answered.
+    m_ports.notifications.show(next.first, [&notifications = m_ports.notifications,
+                                            chosen = next.second](const std::string& action) {
+        notifications.withdraw();
+        chosen(action);
+    });
 }
 
 void Notifier::withdraw() {

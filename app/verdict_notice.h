@@ -74,7 +74,7 @@ public:
     using Chosen = std::function<void(const std::string& action)>;
 
     /// Shows it, or keeps it until it may be shown, or does not, as noticeNow() says. `chosen` is
-    /// called with the action that the person chooses.
+    /// called with the action that the person chooses, and the message goes.
     void tell(Notification notice, bool panelIsShown, Chosen chosen);
 
     /// Time has passed: shows what waits, where it may be shown now.

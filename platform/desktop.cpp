@@ -10,6 +10,16 @@
 
 namespace kelvane {
 
+namespace {
+
+/// What the environment says counts alone, as for every program that is started from it.
+std::unique_ptr<HttpSession> session(QuitSignal& quit, Environment& environment,
+                                     ProxySettings& proxies) {
+    return makeCurlHttpSession(quit, {.proxies = namesProxies(environment) ? nullptr : &proxies});
+}
+
+} // namespace
+
 DesktopPorts makeDesktopPorts() {
     CliPorts plain = makeCliPorts();
     DesktopPorts ports;
@@ -21,10 +31,20 @@ DesktopPorts makeDesktopPorts() {
     ports.programs = makePosixKeptPrograms();
     ports.clock = std::move(plain.clock);
     addSystemPorts(ports);
-    // What the environment says counts alone, as for every program that is started from it.
-    ports.http = makeCurlHttpSession(
-        *ports.quit, {.proxies = namesProxies(*ports.environment) ? nullptr : ports.proxies.get()});
+    ports.proxies = makeProxySettings(*ports.environment, *ports.clock, *ports.quit);
+    ports.http = session(*ports.quit, *ports.environment, *ports.proxies);
     ports.dispatcher = makeQtDispatcher();
+    return ports;
+}
+
+ExchangePorts makeExchangePorts() {
+    CliPorts plain = makeCliPorts();
+    ExchangePorts ports;
+    ports.quit = std::move(plain.quit);
+    ports.environment = std::move(plain.environment);
+    ports.clock = std::move(plain.clock);
+    ports.proxies = makeProxySettings(*ports.environment, *ports.clock, *ports.quit);
+    ports.http = session(*ports.quit, *ports.environment, *ports.proxies);
     return ports;
 }
 

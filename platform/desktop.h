@@ -78,9 +78,25 @@ struct DesktopPorts {
 /// this is its thread.
 [[nodiscard]] DesktopPorts makeDesktopPorts();
 
-/// What the systems differ in: the ports from `ownFocus` to `proxies`, and `loginItem`.
+/// What the systems differ in: the ports from `ownFocus` to `notifications`, and `loginItem`.
 /// Called by `makeDesktopPorts` once those before them are there.
 void addSystemPorts(DesktopPorts& ports);
+
+/// What this system's desktop says of the way out. All three must outlive it.
+[[nodiscard]] std::unique_ptr<ProxySettings> makeProxySettings(Environment& environment,
+                                                               Clock& clock, QuitSignal& quit);
+
+/// What an exchange with a service needs, as it is in `DesktopPorts`, and no more.
+struct ExchangePorts {
+    std::unique_ptr<QuitSignal> quit;
+    std::unique_ptr<Environment> environment;
+    std::unique_ptr<Clock> clock;
+    std::unique_ptr<ProxySettings> proxies;
+    std::unique_ptr<HttpSession> http;
+};
+
+/// Needs no application object of Qt's.
+[[nodiscard]] ExchangePorts makeExchangePorts();
 
 /// Makes this an accessory application: on macOS it has no Dock icon and no menus; elsewhere a
 /// program shows nowhere until it opens a window, and nothing is to be done. Call it once, right

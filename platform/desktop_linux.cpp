@@ -44,7 +44,11 @@ void addSystemPorts(DesktopPorts& ports) {
     ports.dialogs = makeQtDialogs();
     ports.urls = makeQtUrlOpener();
     ports.notifications = makeQtNotifications(ports.resources->url("brask", "png"));
-    ports.proxies = makeProxyPortal(*ports.environment, *ports.clock, *ports.quit);
+}
+
+std::unique_ptr<ProxySettings> makeProxySettings(Environment& environment, Clock& clock,
+                                                 QuitSignal& quit) {
+    return makeProxyPortal(environment, clock, quit);
 }
 
 void makeAccessoryApplication() {}

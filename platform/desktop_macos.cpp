@@ -24,7 +24,10 @@ void addSystemPorts(DesktopPorts& ports) {
     ports.dialogs = makeNsDialogs();
     ports.urls = makeNsUrlOpener();
     ports.notifications = std::make_unique<NoNotifications>();
-    ports.proxies = std::make_unique<NoProxySettings>();
+}
+
+std::unique_ptr<ProxySettings> makeProxySettings(Environment&, Clock&, QuitSignal&) {
+    return std::make_unique<NoProxySettings>();
 }
 
 void makeAccessoryApplication() {

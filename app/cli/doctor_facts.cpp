@@ -1,6 +1,7 @@
 #include "app/cli/doctor_facts.h"
 
 #include "app/cli/service_reach.h"
+#include "app/cli/shell_module.h"
 #include "app/grading_place.h"
 #include "app/instance_place.h"
 #include "app/own_workspace.h"
@@ -112,7 +113,15 @@ ServiceChoiceRead takeUpChoice(CliPorts& ports, ChosenEnvironment& environment) 
 
 bool answers(const std::string& base) {
     const auto target = reachTarget(base);
-    return target && isReached(*target, kServicePatience);
+    if (!target) return false;
+    // Between this machine and another there may be proxies, of which the application knows.
+    const auto origin = text::webOrigin(base);
+    if (origin && !text::isLoopback(origin->host)) {
+        const auto status =
+            askStatusAsApplication(text::written(*origin) + "/healthz", kServicePatience);
+        if (status) return isAnswer(*target, *status);
+    }
+    return isReached(*target, kServicePatience);
 }
 
 Installation installation(CliPorts& ports, LoginItem item) {

@@ -148,6 +148,10 @@ std::optional<ReachTarget> reachTarget(const std::string& base) {
                        .speaksPlainly = origin->scheme == "http"};
 }
 
+bool isAnswer(const ReachTarget& target, int status) {
+    return target.speaksPlainly ? status == 200 : status != 0;
+}
+
 bool isReached(const ReachTarget& target, std::chrono::milliseconds patience) {
     const auto until = Clock::now() + patience;
     Call call(until);

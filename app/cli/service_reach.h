@@ -23,8 +23,13 @@ struct ReachTarget {
 /// Absent for an address that is none of http, https or http+unix.
 [[nodiscard]] std::optional<ReachTarget> reachTarget(const std::string& base);
 
-/// Whether the service answers: one that speaks plainly says it is well (`/healthz`), of another a
-/// connection is enough. Waits no longer than `patience`, resolving included, and sends no key.
+/// Whether an HTTP status, 0 for none, is the service's answer to `/healthz`: plainly a proxy could
+/// have said anything else than 200 in its place. Pure.
+[[nodiscard]] bool isAnswer(const ReachTarget& target, int status);
+
+/// Whether the service answers without a proxy between: one that speaks plainly says it is well
+/// (`/healthz`), of another a connection is enough. Waits no longer than `patience`, resolving
+/// included, and sends no key.
 [[nodiscard]] bool isReached(const ReachTarget& target, std::chrono::milliseconds patience);
 
 /// One line said to a Unix socket of this user's, and the line that comes back; absent when nobody

@@ -7,6 +7,7 @@
 #include <QGuiApplication>
 
 #include <algorithm>
+#include <cstddef>
 #include <utility>
 
 namespace kelvane {
@@ -105,6 +106,21 @@ void HistoryBridge::setWords(const QString& words) {
     m_words = words;
     emit wordsChanged();
     listAnew();
+    sayWhatIsFound();
+}
+
+void HistoryBridge::sayWhatIsFound() {
+    const auto count = static_cast<std::size_t>(
+        std::ranges::count_if(m_lines, [](const auto& line) { return !line.id.isEmpty(); }));
+    QString found;
+    if (!m_words.isEmpty()) {
+        found = count == 0 ? empty()
+                           : QString::fromStdString(text::translated("History", "%n verdict found.",
+                                                                     "%n verdicts found.", count));
+    }
+    // Not for every key that changes nothing.
+    if (found == std::exchange(m_found, found) || found.isEmpty()) return;
+    emit said(found);
 }
 
 const history::VerdictEntry* HistoryBridge::entryOf(const std::string& id) const {
@@ -142,6 +158,7 @@ void HistoryBridge::compareWith(const history::VerdictEntry* other) {
     if (entry == nullptr || other == nullptr || other == entry) return;
     m_comparedWith = other->id;
     show(comparisonDetails(history::compare(*other, *entry), m_ports.local), true);
+    emit said(QString::fromStdString(m_details.spoken));
 }
 
 void HistoryBridge::compareWithBefore() {
@@ -167,12 +184,14 @@ void HistoryBridge::eraseChosen() {
     m_ports.erase(m_chosen);
     std::erase_if(m_entries, [&](const auto& entry) { return entry.id == m_chosen; });
     listAnew();
+    emit said(QString::fromStdString(text::translated("History", "The verdict is deleted.")));
 }
 
 void HistoryBridge::eraseAll() {
     m_ports.eraseAll();
     m_entries.clear();
     listAnew();
+    emit said(QString::fromStdString(text::translated("History", "All verdicts are deleted.")));
 }
 
 void HistoryBridge::copyDetails() {
@@ -183,6 +202,7 @@ void HistoryBridge::copyDetails() {
             before + (before.isEmpty() ? QString() : QStringLiteral(" ")) + line.flaw.text + u'\n';
     }
     QGuiApplication::clipboard()->setText(all);
+    emit said(QString::fromStdString(text::translated("Sentence", "Copied.")));
 }
 
 void HistoryBridge::setDark(bool dark) {

@@ -136,6 +136,8 @@ public:
     void setTextSize(int pixels);
 
 signals:
+    /// What came of something that was typed or pressed, for who does not see it.
+    void said(const QString& what);
     void linesChanged();
     void wordsChanged();
     void detailsChanged();
@@ -143,6 +145,7 @@ signals:
 
 private:
     void listAnew();
+    void sayWhatIsFound();
     void show(HistoryDetails details, bool compares);
     [[nodiscard]] const history::VerdictEntry* entryOf(const std::string& id) const;
     void compareWith(const history::VerdictEntry* other);
@@ -151,6 +154,7 @@ private:
     Entries m_entries;
     QList<HistoryLineRecord> m_lines;
     QString m_words;
+    QString m_found; ///< What was said of them last.
     std::string m_chosen;
     std::string m_marked;
     std::string m_comparedWith; ///< While `m_compares`.

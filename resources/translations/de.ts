@@ -361,6 +361,22 @@ Holen Sie sich Ihren kostenlosen Schlüssel unter %2 und exportieren Sie dann BR
         <source>No verdict has these words.</source>
         <translation>Kein Urteil enthält diese Wörter.</translation>
     </message>
+    <message numerus="yes">
+        <source>%n verdict found.</source>
+        <comment>%n verdicts found.</comment>
+        <translation>
+            <numerusform>%n Urteil gefunden.</numerusform>
+            <numerusform>%n Urteile gefunden.</numerusform>
+        </translation>
+    </message>
+    <message>
+        <source>The verdict is deleted.</source>
+        <translation>Das Urteil ist gelöscht.</translation>
+    </message>
+    <message>
+        <source>All verdicts are deleted.</source>
+        <translation>Alle Urteile sind gelöscht.</translation>
+    </message>
 </context>
 <context>
     <name>HistoryWindow</name>

@@ -361,6 +361,22 @@ Obtenga su clave gratuita en %2 y exporte después BRASK_API_KEY.</translation>
         <source>No verdict has these words.</source>
         <translation>Ningún veredicto contiene estas palabras.</translation>
     </message>
+    <message numerus="yes">
+        <source>%n verdict found.</source>
+        <comment>%n verdicts found.</comment>
+        <translation>
+            <numerusform>%n veredicto encontrado.</numerusform>
+            <numerusform>%n veredictos encontrados.</numerusform>
+        </translation>
+    </message>
+    <message>
+        <source>The verdict is deleted.</source>
+        <translation>El veredicto se ha eliminado.</translation>
+    </message>
+    <message>
+        <source>All verdicts are deleted.</source>
+        <translation>Se han eliminado todos los veredictos.</translation>
+    </message>
 </context>
 <context>
     <name>HistoryWindow</name>

@@ -361,6 +361,22 @@ Obtenez votre clé gratuite sur %2, puis exportez BRASK_API_KEY.</translation>
         <source>No verdict has these words.</source>
         <translation>Aucun verdict ne contient ces mots.</translation>
     </message>
+    <message numerus="yes">
+        <source>%n verdict found.</source>
+        <comment>%n verdicts found.</comment>
+        <translation>
+            <numerusform>%n verdict trouvé.</numerusform>
+            <numerusform>%n verdicts trouvés.</numerusform>
+        </translation>
+    </message>
+    <message>
+        <source>The verdict is deleted.</source>
+        <translation>Le verdict est supprimé.</translation>
+    </message>
+    <message>
+        <source>All verdicts are deleted.</source>
+        <translation>Tous les verdicts sont supprimés.</translation>
+    </message>
 </context>
 <context>
     <name>HistoryWindow</name>

@@ -360,6 +360,21 @@ Get your free key at %2, then export BRASK_API_KEY.</source>
         <source>No verdict has these words.</source>
         <translation>これらの語を含む判定はありません。</translation>
     </message>
+    <message numerus="yes">
+        <source>%n verdict found.</source>
+        <comment>%n verdicts found.</comment>
+        <translation>
+            <numerusform>判定 %n 件が見つかりました。</numerusform>
+        </translation>
+    </message>
+    <message>
+        <source>The verdict is deleted.</source>
+        <translation>判定を削除しました。</translation>
+    </message>
+    <message>
+        <source>All verdicts are deleted.</source>
+        <translation>すべての判定を削除しました。</translation>
+    </message>
 </context>
 <context>
     <name>HistoryWindow</name>

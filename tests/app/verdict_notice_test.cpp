@@ -112,6 +112,7 @@ TEST_F(NotifierTest, ShowsOneAndHandsOnWhatIsChosen) {
     EXPECT_THAT(said(), ElementsAre("notify One"));
     fake.notifications.choose("report");
     EXPECT_EQ(chosen, "report");
+    EXPECT_THAT(said(), ElementsAre("notify One", "withdraw")) << "it has been dealt with";
 }
 
 TEST_F(NotifierTest, OfARowOnlyTheLastIsToldOnceThePauseIsOver) {

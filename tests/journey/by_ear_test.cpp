@@ -9,22 +9,29 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <chrono>
 #include <fstream>
+#include <iterator>
 #include <set>
+#include <system_error>
 
 namespace kelvane {
 namespace {
 
+using namespace std::chrono_literals;
 using testing::Contains;
 using testing::ElementsAre;
 using testing::ElementsAreArray;
+using testing::IsSupersetOf;
 using testing::Not;
+using testing::SizeIs;
 using testing::StartsWith;
 using testing::UnorderedElementsAreArray;
 using State = AccessibleObject::State;
 using Lines = std::vector<std::string>;
 
 constexpr const char* kPanel = "Kelvane Companion";
+constexpr const char* kHistory = "History of verdicts";
 
 /// As a screen reader says it.
 std::string said(const AccessibleObject& object) {
@@ -39,6 +46,10 @@ bool isControl(const AccessibleObject& object) {
     static const std::set<std::string> kControls{
         "push button", "button menu", "check box", "radio button", "text", "entry", "menu item"};
     return kControls.contains(object.role);
+}
+
+bool isVerdict(const std::string& line) {
+    return line.starts_with("list item: Mousepad, ");
 }
 
 class ByEar : public Journey {
@@ -161,6 +172,13 @@ protected:
         return false;
     }
 
+    /// How many verdicts the history has.
+    [[nodiscard]] std::size_t kept() const {
+        std::error_code none;
+        const std::filesystem::directory_iterator files(m_home / ".brask/history", none);
+        return none ? 0 : static_cast<std::size_t>(std::distance(begin(files), end(files)));
+    }
+
     bool waitForAnnouncement(const std::string& beginning) {
         return VirtualDesktop::waitUntil([&] {
             const auto& all = m_tree->announced();
@@ -256,6 +274,85 @@ TEST_F(ByEar, APreviewIsAnnouncedReadAndAnswered) {
     panel().press("space");
     EXPECT_TRUE(waitForAnnouncement("Nothing was sent."));
     EXPECT_TRUE(waitForFocus(kPanel, "Ready to grade"));
+    quitThroughTheMenu();
+}
+
+TEST_F(ByEar, TheHistoryIsReadWalkedSearchedComparedAndDeleted) {
+    openPanel();
+    ASSERT_TRUE(walkTo(kPanel, "Grade this"));
+    panel().press("Return");
+    ASSERT_TRUE(waitForAnnouncement("Verdict: "));
+    ASSERT_TRUE(walkTo(kPanel, "Iterate"));
+    panel().press("Return");
+    ASSERT_TRUE(VirtualDesktop::waitUntil([&] { return kept() == 2; }));
+    ASSERT_TRUE(waitForFocus(kPanel, "Iterate"));
+    // What is pressed before the panel has the keyboard again goes nowhere: a person presses again.
+    ASSERT_TRUE(VirtualDesktop::waitUntil([&] {
+        panel().press("ctrl+h");
+        return VirtualDesktop::waitUntil([&] { return m_tree->window(kHistory).has_value(); }, 3s);
+    }));
+    ASSERT_TRUE(waitForFocus(kHistory, "Search verdicts"));
+    ASSERT_TRUE(VirtualDesktop::waitUntil(
+        [&] { return std::ranges::count_if(read(kHistory), isVerdict) == 2; }));
+    expectInOrder(read(kHistory),
+                  {"panel: History of verdicts", "text: Search verdicts", "list: Verdicts",
+                   "heading: Mousepad", "heading: 20", "list item: Mousepad, 20",
+                   "list item: Mousepad, 20", "push button: Delete all…",
+                   "label: Choose a verdict to see its flaws."});
+
+    panel().press("Down");
+    ASSERT_TRUE(
+        VirtualDesktop::waitUntil([&] { return focused(kHistory).starts_with("Mousepad, 20"); }));
+    expectInOrder(read(kHistory),
+                  {"push button: Delete all…", "heading: Mousepad, 20", "push button: Full report",
+                   "push button: Compare with the version before", "push button: Mark to compare",
+                   "push button: Copy all of this as text", "push button: Delete this verdict",
+                   "list: Flaws", "heading: Flaws (", "list item: HIGH: "});
+    const auto walked = walk(kHistory);
+    EXPECT_THAT(walked, SizeIs(9)) << testing::PrintToString(walked);
+    EXPECT_THAT(walked, IsSupersetOf({"Search verdicts", "Delete all…", "Full report",
+                                      "Compare with the version before", "Mark to compare",
+                                      "Copy all of this as text", "Delete this verdict"}));
+    EXPECT_THAT(walked, Contains(StartsWith("Mousepad, 20")));
+    EXPECT_THAT(walked, Contains(StartsWith("Flaws (")));
+
+    ASSERT_TRUE(walkTo(kHistory, "Compare with the version before"));
+    panel().press("Return");
+    EXPECT_TRUE(waitForAnnouncement("Mousepad, 20"));
+    EXPECT_TRUE(waitForFocus(kHistory, "Fixed (0)")) << focused(kHistory);
+    panel().press("Down");
+    EXPECT_TRUE(
+        VirtualDesktop::waitUntil([&] { return focused(kHistory).starts_with("Remaining ("); }));
+    panel().press("Down");
+    EXPECT_TRUE(VirtualDesktop::waitUntil([&] { return focused(kHistory).starts_with("HIGH: "); }))
+        << focused(kHistory);
+    panel().press("Escape");
+    EXPECT_TRUE(
+        VirtualDesktop::waitUntil([&] { return focused(kHistory).starts_with("Flaws ("); }));
+
+    ASSERT_TRUE(walkTo(kHistory, "Search verdicts"));
+    panel().xdotool({"type", "nothing of the kind"});
+    EXPECT_TRUE(waitForAnnouncement("No verdict has these words."));
+    panel().press("Escape");
+
+    ASSERT_TRUE(walkTo(kHistory, "Delete this verdict"));
+    panel().press("Return");
+    EXPECT_TRUE(waitForAnnouncement("The verdict is deleted."));
+    ASSERT_TRUE(VirtualDesktop::waitUntil([&] { return kept() == 1; }));
+    EXPECT_TRUE(VirtualDesktop::waitUntil([&] {
+        return focused(kHistory).starts_with("Mousepad, 20");
+    })) << "the one that is left";
+
+    ASSERT_TRUE(walkTo(kHistory, "Delete all…"));
+    panel().press("Return");
+    ASSERT_TRUE(waitForFocus(kHistory, "Keep"));
+    expectInOrder(read(kHistory), {"dialog: Delete all verdicts? This cannot be undone.",
+                                   "push button: Keep", "push button: Delete all"});
+    panel().press("Escape");
+    EXPECT_TRUE(waitForFocus(kHistory, "Delete all…"));
+    EXPECT_EQ(kept(), 1U);
+    panel().press("Escape");
+    ASSERT_TRUE(VirtualDesktop::waitUntil([&] { return !m_tree->window(kHistory); }));
     quitThroughTheMenu();
 }
 

@@ -1,4 +1,3 @@
-#include <chrono>
 // The product as a user meets it: the built program in a real tray, on a real desktop with real
 // applications, against the built local service.
 
@@ -8,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <ostream>

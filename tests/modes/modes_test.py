@@ -74,6 +74,27 @@ def silent_service():
         yield "http://127.0.0.1:%d" % listener.getsockname()[1]
 
 
+@contextlib.contextmanager
+def proxy(status):
+    """The address of a proxy that answers one request with `status`, and the lines that it was asked
+    with."""
+    asked = []
+    with socket.create_server(("127.0.0.1", 0)) as listener:
+        def serve():
+            peer, _ = listener.accept()
+            with peer, peer.makefile("rb") as stream:
+                asked.append(stream.readline().decode().rstrip())
+                while stream.readline().strip():
+                    pass
+                peer.sendall(b"HTTP/1.1 %d -\r\nContent-Length: 0\r\nConnection: close\r\n\r\n"
+                             % status)
+
+        thread = threading.Thread(target=serve, daemon=True)
+        thread.start()
+        yield "http://127.0.0.1:%d" % listener.getsockname()[1], asked
+        thread.join(timeout=30)
+
+
 class ExecutableTest(unittest.TestCase):
     def test_links_no_qt(self):
         libraries = subprocess.run(["ldd", EXECUTABLE], stdout=subprocess.PIPE, check=True,
@@ -237,6 +258,14 @@ class FromOutside(ModesTest):
         self.assertIn("The key is in BRASK_API_KEY.", text)
         for secret in ("geheim", "secret", str(self.home)):
             self.assertNotIn(secret, text)
+
+    def test_a_service_elsewhere_is_looked_for_through_the_proxy(self):
+        for code, answers in ((200, True), (502, False)):
+            with proxy(code) as (address, asked):
+                result = self.run_product("--status", "--json", environment=self.environment(
+                    BRASK_API_BASE="http://service.example.invalid:8080", http_proxy=address))
+            self.assertIs(json.loads(result.stdout)["service"]["answers"], answers, result.stderr)
+            self.assertEqual(asked, ["GET http://service.example.invalid:8080/healthz HTTP/1.1"])
 
     def test_the_doctor_speaks_to_programs(self):
         # A copy of an older version, as an update of the package leaves it.

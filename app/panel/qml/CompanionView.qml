@@ -99,21 +99,12 @@ FocusScope {
         Accessible.focusable: true
         Accessible.focused: activeFocus
     }
-    // Shown anew for all that comes by itself, a verdict above all, so that it is read out.
-    Item {
-        id: announcement
+    // All that comes by itself, a verdict above all.
+    Announcement {
         objectName: "announcement"
-        width: 1
-        height: 1
-        visible: false
-        Accessible.role: Accessible.Notification
-        Accessible.name: root.previews
+        text: root.previews
             ? root.bridge.preview.headline + ". " + root.bridge.preview.detail
             : root.bridge.verdict.spoken !== "" ? root.bridge.verdict.spoken : root.bridge.verdict.progress
-        Accessible.onNameChanged: {
-            visible = false
-            visible = Accessible.name !== ""
-        }
     }
 
     Column {

@@ -24,13 +24,21 @@ FocusScope {
     Accessible.role: Accessible.Pane
     Accessible.name: qsTr("History of verdicts")
 
+    /// Of something that was pressed and may be gone by what it does: then the keyboard is where what it
+    /// did can be read.
+    function press(control: Item, act: var) {
+        const hadKeyboard = control.activeFocus
+        act()
+        if (hadKeyboard && !control.visible) details.enter()
+    }
+
     Keys.onPressed: event => {
         if (event.key === Qt.Key_F && event.modifiers === Qt.ControlModifier) {
             search.forceActiveFocus()
             search.selectAll()
         } else if (event.key === Qt.Key_Escape) {
-            if (sure.visible) sure.visible = false
-            else if (root.bridge.compares) root.bridge.showFlaws()
+            if (sure.visible) sure.end()
+            else if (root.bridge.compares) root.press(flawsLink, () => root.bridge.showFlaws())
             else if (root.bridge.words !== "") search.clear()
             else root.dismissed()
         } else {
@@ -42,6 +50,19 @@ FocusScope {
     Rectangle {
         anchors.fill: parent
         color: root.theme.background
+    }
+    Announcement {
+        id: news
+        objectName: "news"
+
+        Connections {
+            target: root.bridge
+            // The same may be said twice.
+            function onSaid(what: string) {
+                news.text = ""
+                news.text = what
+            }
+        }
     }
 
     // ---- the list
@@ -130,6 +151,17 @@ FocusScope {
             function chooseCurrent() {
                 if (currentIndex >= 0) root.bridge.choose(root.bridge.lines[currentIndex].id)
             }
+            /// Whoever does it by keyboard goes on with the verdict that stands there then.
+            function eraseChosen() {
+                const hadKeyboard = activeFocus || eraseLink.activeFocus
+                const place = placeOfChosen()
+                root.bridge.eraseChosen()
+                if (!hadKeyboard || place < 0) return
+                if (count === 0) return search.forceActiveFocus()
+                const next = step(place - 1, 1)
+                currentIndex = next >= place ? next : step(Math.min(place, count), -1)
+                enter()
+            }
 
             x: 6
             width: parent.width - 12
@@ -138,7 +170,7 @@ FocusScope {
             anchors.bottom: eraseAll.top
             anchors.bottomMargin: 8
             clip: true
-            activeFocusOnTab: count > 0
+            activeFocusOnTab: count > 0 || activeFocus
             boundsBehavior: Flickable.StopAtBounds
             keyNavigationEnabled: false
             highlightMoveDuration: 0
@@ -155,7 +187,8 @@ FocusScope {
                 case Qt.Key_Up: move(-1); break
                 case Qt.Key_Home: currentIndex = -1; move(1); break
                 case Qt.Key_End: currentIndex = count; move(-1); break
-                case Qt.Key_Delete: root.bridge.eraseChosen(); break
+                // One press, one verdict: there is no undo.
+                case Qt.Key_Delete: if (!event.isAutoRepeat) eraseChosen(); break
                 case Qt.Key_Return:
                 case Qt.Key_Enter: root.bridge.openReport(); break
                 default: return
@@ -260,6 +293,8 @@ FocusScope {
             quiet: true
             label: qsTr("Delete all…")
             usable: list.count > 0
+            // The question stands in its place.
+            visible: !sure.visible
             anchors.left: parent.left
             anchors.leftMargin: 14
             anchors.bottom: parent.bottom
@@ -272,7 +307,17 @@ FocusScope {
         RoundedBox {
             id: sure
             objectName: "sure"
+
+            /// Where the keyboard was in the question it goes back to what has asked it.
+            function end() {
+                const hadKeyboard = keep.activeFocus || erase.activeFocus
+                visible = false
+                if (hadKeyboard) (list.count > 0 ? eraseAll : search).forceActiveFocus()
+            }
+
             visible: false
+            Accessible.role: Accessible.Dialog
+            Accessible.name: asked.text
             x: 8
             width: parent.width - 16
             height: question.height + 24
@@ -292,6 +337,7 @@ FocusScope {
                 spacing: 10
 
                 PanelText {
+                    id: asked
                     theme: root.theme
                     text: qsTr("Delete all verdicts? This cannot be undone.")
                     width: parent.width
@@ -306,17 +352,18 @@ FocusScope {
                         label: qsTr("Keep")
                         width: implicitWidth
                         height: implicitHeight
-                        onClicked: sure.visible = false
+                        onClicked: sure.end()
                     }
                     PushButton {
+                        id: erase
                         objectName: "eraseAllButton"
                         theme: root.theme
                         label: qsTr("Delete all")
                         width: implicitWidth
                         height: implicitHeight
                         onClicked: {
-                            sure.visible = false
                             root.bridge.eraseAll()
+                            sure.end()
                         }
                     }
                 }
@@ -377,15 +424,17 @@ FocusScope {
                     onClicked: root.bridge.openReport()
                 }
                 LinkButton {
+                    id: compareLink
                     objectName: "compareLink"
                     theme: root.theme
                     label: qsTr("Compare with the version before")
                     visible: root.bridge.hasVersionBefore && !root.bridge.compares
                     width: implicitWidth
                     height: implicitHeight
-                    onClicked: root.bridge.compareWithBefore()
+                    onClicked: root.press(compareLink, () => root.bridge.compareWithBefore())
                 }
                 LinkButton {
+                    id: compareMarkedLink
                     objectName: "compareMarkedLink"
                     theme: root.theme
                     label: qsTr("Compare with the marked one")
@@ -393,7 +442,7 @@ FocusScope {
                              && !root.bridge.compares
                     width: implicitWidth
                     height: implicitHeight
-                    onClicked: root.bridge.compareWithMarked()
+                    onClicked: root.press(compareMarkedLink, () => root.bridge.compareWithMarked())
                 }
                 LinkButton {
                     objectName: "markLink"
@@ -406,13 +455,14 @@ FocusScope {
                     onClicked: root.bridge.mark()
                 }
                 LinkButton {
+                    id: flawsLink
                     objectName: "flawsLink"
                     theme: root.theme
                     label: qsTr("Back to its flaws")
                     visible: root.bridge.compares
                     width: implicitWidth
                     height: implicitHeight
-                    onClicked: root.bridge.showFlaws()
+                    onClicked: root.press(flawsLink, () => root.bridge.showFlaws())
                 }
                 LinkButton {
                     objectName: "copyLink"
@@ -424,6 +474,7 @@ FocusScope {
                     onClicked: root.bridge.copyDetails()
                 }
                 LinkButton {
+                    id: eraseLink
                     objectName: "eraseLink"
                     theme: root.theme
                     quiet: true
@@ -431,7 +482,7 @@ FocusScope {
                     spokenName: qsTr("Delete this verdict")
                     width: implicitWidth
                     height: implicitHeight
-                    onClicked: root.bridge.eraseChosen()
+                    onClicked: list.eraseChosen()
                 }
             }
         }
@@ -439,9 +490,33 @@ FocusScope {
             id: details
             objectName: "details"
 
+            /// The keyboard goes into the list, to the line that had it or the first.
+            function enter() {
+                if (count === 0) return
+                if (currentIndex < 0) currentIndex = 0
+                forceActiveFocus()
+            }
             function scroll(distance: real) {
                 contentY = Math.max(originY, Math.min(originY + contentHeight - height,
                                                       contentY + distance))
+            }
+            /// To the line so many further on, which comes into sight: a line at a time is read out.
+            /// Of one that is higher than the list the rest comes first.
+            function move(by: int) {
+                const hidden = currentItem === null ? 0
+                    : by > 0 ? currentItem.y + currentItem.height - contentY - height
+                             : contentY - currentItem.y
+                if (Math.abs(by) === 1 && hidden > 1) {
+                    scroll(by * Math.min(hidden, 3 * root.theme.body))
+                    return
+                }
+                currentIndex = Math.max(0, Math.min(count - 1, currentIndex + by))
+                positionViewAtIndex(currentIndex, ListView.Contain)
+            }
+            function page(by: int) {
+                scroll(by * (height - 2 * root.theme.body))
+                const seen = indexAt(0, contentY + (by < 0 ? 1 : height - 1))
+                currentIndex = seen >= 0 ? seen : by < 0 ? 0 : count - 1
             }
 
             x: 16
@@ -452,18 +527,24 @@ FocusScope {
             anchors.bottomMargin: 12
             visible: head.visible
             clip: true
-            activeFocusOnTab: count > 0
+            activeFocusOnTab: count > 0 || activeFocus
             boundsBehavior: Flickable.StopAtBounds
             keyNavigationEnabled: false
+            highlightFollowsCurrentItem: false
+            currentIndex: -1
             model: root.bridge.details
+            onModelChanged: currentIndex = activeFocus && count > 0 ? 0 : -1
+            onActiveFocusChanged: if (activeFocus) enter()
             Accessible.role: Accessible.List
             Accessible.name: root.bridge.compares ? qsTr("Differences") : qsTr("Flaws")
             Keys.onPressed: event => {
                 switch (event.key) {
-                case Qt.Key_Down: scroll(3 * root.theme.body); break
-                case Qt.Key_Up: scroll(-3 * root.theme.body); break
-                case Qt.Key_PageDown: scroll(height - 2 * root.theme.body); break
-                case Qt.Key_PageUp: scroll(2 * root.theme.body - height); break
+                case Qt.Key_Down: move(1); break
+                case Qt.Key_Up: move(-1); break
+                case Qt.Key_PageDown: page(1); break
+                case Qt.Key_PageUp: page(-1); break
+                case Qt.Key_Home: move(-count); break
+                case Qt.Key_End: move(count); break
                 default: return
                 }
                 event.accepted = true
@@ -474,6 +555,14 @@ FocusScope {
 
                 required property historyDetailRecord modelData
                 readonly property bool isText: modelData.sign !== ""
+                readonly property string said: modelData.flaw.text
+
+                Accessible.role: modelData.isHeading ? Accessible.Heading : Accessible.ListItem
+                Accessible.name: modelData.isFlaw ? modelData.flaw.severity + ": " + said
+                               : modelData.sign === "+" ? qsTr("Added: %1").arg(said)
+                               : modelData.sign === "−" ? qsTr("Removed: %1").arg(said) : said
+                Accessible.focusable: true
+                Accessible.focused: activeFocus
 
                 width: details.width
                 height: isText ? Math.ceil(lineText.implicitHeight) + 2
@@ -511,14 +600,14 @@ FocusScope {
                     width: parent.width - 24
                     font.pixelSize: theme.caption
                     font.family: "monospace"
-                    Accessible.name: detail.modelData.sign === "+" ? qsTr("Added: %1").arg(text)
-                                     : detail.modelData.sign === "−" ? qsTr("Removed: %1").arg(text) : text
+                    Accessible.ignored: true
                 }
                 FlawLine {
                     id: flawLine
                     theme: root.theme
                     flaw: detail.modelData.flaw
                     severityWidth: Math.round(64 * root.theme.grown)
+                    speaks: false
                     visible: detail.modelData.isFlaw
                     y: 3
                     width: parent.width
@@ -535,19 +624,17 @@ FocusScope {
                     anchors.bottomMargin: 3
                     font.pixelSize: theme.caption
                     font.weight: detail.modelData.isHeading ? Font.DemiBold : Font.Normal
-                    Accessible.role: detail.modelData.isHeading ? Accessible.Heading
-                                                                : Accessible.StaticText
+                    Accessible.ignored: true
+                }
+                RoundedBox {
+                    visible: detail.activeFocus
+                    anchors.fill: parent
+                    radius: 3
+                    color: "transparent"
+                    borderWidth: 2
+                    borderColor: root.theme.focusRing
                 }
             }
-        }
-        RoundedBox {
-            visible: details.activeFocus
-            anchors.fill: details
-            anchors.margins: -4
-            radius: 6
-            color: "transparent"
-            borderWidth: 2
-            borderColor: root.theme.focusRing
         }
     }
 }

@@ -8,6 +8,7 @@
 #include <QAccessible>
 #include <QClipboard>
 #include <QGuiApplication>
+#include <QKeyEvent>
 #include <QQuickView>
 #include <QSignalSpy>
 #include <QTest>
@@ -57,6 +58,11 @@ protected:
         QTest::mouseClick(view.get(), Qt::LeftButton, {}, place.center().toPoint());
         QCoreApplication::processEvents();
     }
+    static std::string spokenBy(QQuickItem& item) {
+        auto* spoken = QAccessible::queryAccessibleInterface(&item);
+        return spoken == nullptr ? "" : spoken->text(QAccessible::Name).toStdString();
+    }
+    std::string focusedName() { return spokenBy(*view->activeFocusItem()); }
     std::string details() {
         std::string all;
         for (const auto& line : bridge.details()) {
@@ -161,6 +167,88 @@ TEST_F(HistoryWindowTest, OneVerdictIsDeleted) {
     EXPECT_EQ(bridge.chosen(), "");
     EXPECT_EQ(bridge.marked(), "");
     EXPECT_EQ(bridge.title(), "");
+}
+
+TEST_F(HistoryWindowTest, WhoDeletesByKeyboardGoesOnWithTheVerdictThatStandsThereThen) {
+    press(Qt::Key_Down);
+    ASSERT_EQ(bridge.chosen(), "6");
+    item("eraseLink").forceActiveFocus(Qt::TabFocusReason);
+    press(Qt::Key_Return);
+    EXPECT_EQ(bridge.chosen(), "5");
+    EXPECT_EQ(view->activeFocusItem()->objectName(), "verdict.5");
+    press(Qt::Key_End);
+    ASSERT_EQ(bridge.chosen(), "1");
+    press(Qt::Key_Delete);
+    EXPECT_EQ(bridge.chosen(), "2") << "the last is gone: the one before";
+    press(Qt::Key_Home);
+    ASSERT_EQ(bridge.chosen(), "5");
+    for (int i = 0; i < 4; ++i) press(Qt::Key_Delete);
+    EXPECT_EQ(bridge.empty(), "Verdicts will be listed here.");
+    EXPECT_EQ(view->activeFocusItem()->objectName(), "searchField");
+}
+
+TEST_F(HistoryWindowTest, AKeyThatIsHeldDeletesOneVerdict) {
+    press(Qt::Key_Down);
+    QKeyEvent held(QEvent::KeyPress, Qt::Key_Delete, {}, {}, /*autorep=*/true);
+    QCoreApplication::sendEvent(view.get(), &held);
+    EXPECT_EQ(called, std::vector<std::string>{});
+}
+
+TEST_F(HistoryWindowTest, TheKeyboardStaysWithWhatIsLookedAt) {
+    press(Qt::Key_Down);
+    item("compareLink").forceActiveFocus(Qt::TabFocusReason);
+    press(Qt::Key_Return);
+    ASSERT_TRUE(bridge.compares());
+    EXPECT_EQ(focusedName(), "Fixed (1)") << "the link is gone";
+    press(Qt::Key_Down);
+    EXPECT_EQ(focusedName(), "MEDIUM: Spelling: “recieve” is misspelt. (line 3)");
+    press(Qt::Key_End);
+    EXPECT_EQ(focusedName(), "Added: Total: 1,204");
+    press(Qt::Key_Up);
+    EXPECT_EQ(focusedName(), "Added: ");
+    press(Qt::Key_PageUp);
+    EXPECT_EQ(focusedName(), "Fixed (1)");
+    item("flawsLink").forceActiveFocus(Qt::TabFocusReason);
+    press(Qt::Key_Escape);
+    ASSERT_FALSE(bridge.compares());
+    EXPECT_EQ(focusedName(), "Flaws (2)");
+
+    item("eraseAllLink").forceActiveFocus(Qt::TabFocusReason);
+    press(Qt::Key_Return);
+    EXPECT_FALSE(item("eraseAllLink").isVisible()) << "the question stands over it";
+    press(Qt::Key_Escape);
+    EXPECT_EQ(view->activeFocusItem()->objectName(), "eraseAllLink");
+    press(Qt::Key_Return);
+    item("eraseAllButton").forceActiveFocus(Qt::TabFocusReason);
+    press(Qt::Key_Return);
+    EXPECT_EQ(view->activeFocusItem()->objectName(), "searchField") << "nothing is left to delete";
+}
+
+TEST_F(HistoryWindowTest, WhatCannotBeHeardFromTheKeyboardIsAnnounced) {
+    auto& news = item("news");
+    EXPECT_FALSE(news.isVisible());
+    bridge.setWords("Kate");
+    EXPECT_EQ(spokenBy(news), "3 verdicts found.");
+    QSignalSpy shownAnew(&news, SIGNAL(visibleChanged()));
+    bridge.setWords("Kate ");
+    EXPECT_EQ(shownAnew.count(), 0) << "as many as before";
+    bridge.setWords("no such words");
+    EXPECT_EQ(spokenBy(news), "No verdict has these words.");
+    bridge.setWords({});
+    bridge.choose("6");
+    bridge.compareWithBefore();
+    EXPECT_EQ(spokenBy(news),
+              "Kate, 2026-03-04 23:00 → 2026-03-05 06:00, Fixed (1), Remaining (1), "
+              "New (1)");
+    bridge.copyDetails();
+    EXPECT_EQ(spokenBy(news), "Copied.");
+    shownAnew.clear();
+    bridge.copyDetails();
+    EXPECT_GE(shownAnew.count(), 2) << "the same is said again";
+    bridge.eraseChosen();
+    EXPECT_EQ(spokenBy(news), "The verdict is deleted.");
+    bridge.eraseAll();
+    EXPECT_EQ(spokenBy(news), "All verdicts are deleted.");
 }
 
 TEST_F(HistoryWindowTest, AllAreDeletedOnlyWhenThatIsSaidTwice) {

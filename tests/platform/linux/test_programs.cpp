@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdlib>
+#include <fstream>
 #include <stdexcept>
 #include <thread>
 
@@ -80,6 +81,11 @@ std::filesystem::path makeTestHome() {
     const std::filesystem::path home(path.data());
     std::filesystem::create_directories(home / "runtime");
     std::filesystem::permissions(home / "runtime", std::filesystem::perms::owner_all);
+    // Of the folders of a bus's services only this one wins over those of the system.
+    const auto services = home / "runtime/dbus-1/services";
+    std::filesystem::create_directories(services);
+    std::ofstream(services / "org.freedesktop.Notifications.service")
+        << "[D-BUS Service]\nName=org.freedesktop.Notifications\nExec=/bin/false\n";
     return home;
 }
 

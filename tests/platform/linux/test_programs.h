@@ -35,7 +35,9 @@ struct TestPipe {
 /// Where the program of that name lies, or nothing when it is not installed.
 [[nodiscard]] std::optional<std::filesystem::path> installedProgram(const std::string& name);
 
-/// A fresh home folder, with a folder `runtime` in it that is the user's alone.
+/// A fresh home folder, with a folder `runtime` in it that is the user's alone. A bus with those
+/// two starts no notification service that happens to be installed: its window would lie over what
+/// a test clicks on. A test that wants one starts it.
 [[nodiscard]] std::filesystem::path makeTestHome();
 
 class TestPrograms {

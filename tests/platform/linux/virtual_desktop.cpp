@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <fstream>
 #include <stdexcept>
 #include <system_error>
 
@@ -72,12 +71,6 @@ void VirtualDesktop::startServer(const DesktopOptions& options) {
 }
 
 void VirtualDesktop::startBus() {
-    // A notification service that happens to be installed here is not started by the first message:
-    // its window would lie over what a test clicks on. A test that wants one starts it.
-    const auto services = m_home / ".local/share/dbus-1/services";
-    std::filesystem::create_directories(services);
-    std::ofstream(services / "org.freedesktop.Notifications.service")
-        << "[D-BUS Service]\nName=org.freedesktop.Notifications\nExec=/bin/false\n";
     TestPipe pipe;
     m_programs.start({"dbus-daemon", "--session", "--nofork", "--print-address=3"}, m_environment,
                      m_home / "bus.log", pipe.writing);

@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <fstream>
 #include <signal.h>
+#include <sstream>
 
 namespace kelvane {
 namespace {
@@ -44,6 +46,20 @@ TEST(VirtualDesktop, saysWhichProgramIsMissing) {
     } catch (const std::exception& error) {
         EXPECT_NE(std::string(error.what()).find("no-such-program"), std::string::npos);
     }
+}
+
+TEST(VirtualDesktop, startsNoNotificationServiceOfTheMachine) {
+    VirtualDesktop desktop({.windowManager = false});
+    const auto told = desktop.home() / "told.txt";
+    const auto question =
+        desktop.start({"sh", "-c",
+                       "dbus-send --session --print-reply --dest=org.freedesktop.Notifications "
+                       "/ org.freedesktop.DBus.Peer.Ping 2> " +
+                           told.string()});
+    ASSERT_TRUE(VirtualDesktop::waitUntil([&] { return !desktop.running(question); }));
+    std::ostringstream said;
+    said << std::ifstream(told).rdbuf();
+    EXPECT_NE(said.str().find("Spawn.ChildExited"), std::string::npos) << said.str();
 }
 
 TEST(VirtualDesktop, answersAfterTheServerDied) {
