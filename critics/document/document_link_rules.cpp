@@ -38,9 +38,22 @@ bool isGapTarget(std::string_view target) {
     return std::find(kGaps.begin(), kGaps.end(), text::lowerAscii(target)) != kGaps.end();
 }
 
+/// "https://http://x.org", "http://https//x.org"; not "https://httpd.apache.org". The start of an
+/// address in small letters.
+bool namesSchemeAsHost(std::string_view lower) {
+    const std::size_t scheme = lower.find("://");
+    if (scheme == std::string_view::npos) return false;
+    std::string_view host = lower.substr(scheme + 3);
+    if (!host.starts_with("http")) return false;
+    host.remove_prefix(host.starts_with("https") ? 5 : 4);
+    return host.empty() || host.front() == ':' || host.front() == '/';
+}
+
 /// Why the address cannot work, or nothing.
 std::string_view addressFault(const Link& link) {
     const std::string_view target = link.target;
+    // A program puts the address in its place.
+    if (target.starts_with("{{") || target.starts_with("{%")) return {};
     const bool blank = target.find_first_of(" \t") != std::string_view::npos;
     if (blank && !link.bracketed) return "contains a blank";
     // 16 bytes hold every scheme that is looked for.
@@ -51,11 +64,11 @@ std::string_view addressFault(const Link& link) {
             return "has one slash behind its scheme where two belong";
         }
     }
-    for (const std::string_view slip :
-         {"http//", "https//", "htp://", "htps://", "httpp://", "httsp://", "http;//", "https;//",
-          "http://http", "https://http", "ttp://", "ttps://"}) {
+    for (const std::string_view slip : {"http//", "https//", "htp://", "htps://", "httpp://",
+                                        "httsp://", "http;//", "https;//", "ttp://", "ttps://"}) {
         if (lower.compare(0, slip.size(), slip) == 0) return "has a misspelt scheme";
     }
+    if (namesSchemeAsHost(lower)) return "has a misspelt scheme";
     const std::size_t scheme = lower.compare(0, 7, "http://") == 0    ? 7
                                : lower.compare(0, 8, "https://") == 0 ? 8
                                                                       : 0;
@@ -178,8 +191,10 @@ Anchors anchorsOf(const DocumentView& document) {
              at = text.find(attribute, at + 1)) {
             // 100 bytes: an id is a word or two.
             std::string_view value = text.substr(at + attribute.size(), 100);
-            if (value.empty() || (value[0] != '"' && value[0] != '\'')) continue;
-            addOwn(value.substr(1, value.find(value[0], 1) - 1));
+            const bool quoted = !value.empty() && (value[0] == '"' || value[0] == '\'');
+            // HTML lets a value without blanks stand bare.
+            addOwn(quoted ? value.substr(1, value.find(value[0], 1) - 1)
+                          : value.substr(0, value.find_first_of(" \t\n\"'=<>`")));
         }
     }
     return anchors;
@@ -320,12 +335,12 @@ void checkTarget(const DocumentView& document, const Link& link, const Anchors& 
         std::string fragment = unescaped(link.target.substr(1));
         constexpr std::string_view kPrefix = "user-content-"; // GitHub's own, in the page.
         if (fragment.starts_with(kPrefix)) fragment.erase(0, kPrefix.size());
-        const bool known = anchors.has(fragment) || text::lowerAscii(fragment) == "top";
+        const bool known =
+            anchors.has(fragment) || fragment == "_top" || text::lowerAscii(fragment) == "top";
         // Without any heading the anchors come from elsewhere.
-        if (!known && !document.outline.headings.empty()) {
-            findings.add(kBrokenAnchor, link.offset, link.length,
-                         "leads to a heading that the document does not have");
-        }
+        if (known || document.outline.headings.empty()) return;
+        findings.add(kBrokenAnchor, link.offset, link.length,
+                     "leads to a heading that the document does not have");
         return;
     }
     const std::string_view fault = addressFault(link);
@@ -374,13 +389,21 @@ bool isPattern(const DocumentView& document, const Reference& mark) {
            before.find_first_not_of(" \t") == std::string_view::npos;
 }
 
-/// Whether the brackets are none of a link: "row[i][j]", "[a-z][a-z0-9]", or the name of a thing in
-/// code where nothing at all is defined, whose address a tool puts in.
+/// Whether the brackets are none of a link: "row[i][j]", "[a-z][a-z0-9]", "[tab][tab]", or the name
+/// of a thing in code where nothing at all is defined, whose address a tool puts in.
 bool isOfCode(const DocumentView& document, const Reference& reference) {
     const std::string_view text = document.source.text();
     const auto isPartBefore = [](char c) { return text::isAsciiWord(c) || c == ']' || c == ')'; };
     if (reference.offset > 0 && isPartBefore(text[reference.offset - 1])) return true;
     const std::string_view own = text.substr(reference.offset, reference.length);
+    // "[tab][tab]": a key pressed twice; who links names the address once.
+    const std::size_t half = own.size() / 2;
+    if (own.size() % 2 == 0 && own.substr(0, half) == own.substr(half)) return true;
+    // "ping([data][, then])", "[run][store::Shelf::run]": arguments, and names that a tool knows.
+    if (reference.id.starts_with(',') || (reference.id.find("::") != std::string_view::npos &&
+                                          reference.id.find(' ') == std::string_view::npos)) {
+        return true;
+    }
     if (own.starts_with("[a-z") || own.starts_with("[A-Z") || own.starts_with("[0-9")) return true;
     return own.starts_with("[`") && document.outline.definitions.empty();
 }

@@ -37,7 +37,12 @@ struct RulesFor<WorkKind::document> {
              ""},
         Rule{"document.list_order", Severity::medium, "order of numbers", Unit::line,
              "chosen: a number of more than three digits is a year, not the number of an item"},
-        Rule{"document.table_columns", Severity::medium, "regular tables", Unit::row, ""},
+        Rule{"document.table_columns",
+             {Severity::medium, Severity::low},
+             "regular tables",
+             Unit::row,
+             "chosen: low are rows that end early where three rows and a third of the table do, as "
+             "their last cells are shown empty"},
         Rule{"document.unclosed_code", Severity::high, "closed code blocks", Unit::part, ""},
         Rule{"document.unclosed_comment", Severity::high, "closed comments", Unit::part, ""},
         Rule{"document.spelling_mix", Severity::low, "consistent spelling", Unit::word, ""},

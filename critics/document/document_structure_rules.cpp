@@ -25,7 +25,8 @@ constexpr GradedRule kEmptyHeading = declared<WorkKind::document>("document.empt
 constexpr GradedRule kGluedHeading = declared<WorkKind::document>("document.glued_heading");
 constexpr GradedRule kEmptySection = declared<WorkKind::document>("document.empty_section");
 constexpr GradedRule kListOrder = declared<WorkKind::document>("document.list_order");
-constexpr GradedRule kTableColumns = declared<WorkKind::document>("document.table_columns");
+constexpr GradedRule kTableColumns =
+    declared<WorkKind::document>("document.table_columns", Severity::medium);
 constexpr GradedRule kUnclosedFence = declared<WorkKind::document>("document.unclosed_code");
 constexpr GradedRule kUnclosedComment = declared<WorkKind::document>("document.unclosed_comment");
 constexpr GradedRule kSpelling = declared<WorkKind::document>("document.spelling_mix");
@@ -158,6 +159,38 @@ bool namesSection(const DocumentView& document, const Heading& heading) {
     return true;
 }
 
+/// Whether the heading says all there is to say: it leads elsewhere by a link or shows a picture,
+/// or a program puts the text in its place ("%OPTIONS%", "::: shop.Shelf").
+bool standsForItself(const DocumentView& document, const Heading& heading) {
+    const std::string_view text =
+        document.source.text().substr(heading.begin, heading.end - heading.begin);
+    if (text.find("](") != std::string_view::npos || text.find("][") != std::string_view::npos ||
+        text.find("<a href") != std::string_view::npos ||
+        text.find("<img ") != std::string_view::npos) {
+        return true;
+    }
+    const auto within = [&](std::string_view opener, std::string_view closer) {
+        return text.size() > opener.size() + closer.size() && text.starts_with(opener) &&
+               text.ends_with(closer);
+    };
+    return (within("%", "%") && text.find(' ') == std::string_view::npos) ||
+           text.starts_with("::: ") || within("<%", "%>") || within("{%", "%}");
+}
+
+/// Whether the heading is the name of something in code: "`run`", ".show(stream?)", "key.left".
+bool namesCode(const DocumentView& document, const Heading& heading) {
+    const std::string_view own =
+        document.source.text().substr(heading.begin, heading.end - heading.begin);
+    if (own.size() > 2 && own.front() == '`' && own.back() == '`') return true;
+    const std::string_view text = text::trimmed(heading.shown);
+    const std::size_t open = text.find('(');
+    const std::string_view name = text.substr(0, open);
+    if (name.empty() || name.find(' ') != std::string_view::npos) return false;
+    if (open != std::string_view::npos) return text.ends_with(')');
+    const std::size_t dot = name.find_first_of(".:_");
+    return dot != std::string_view::npos && dot + 1 < name.size();
+}
+
 /// "######" right below a line of text: how other markups underline a title.
 bool isUnderline(const DocumentView& document, const Heading& heading) {
     constexpr std::size_t kFewest = 4; // Marks.
@@ -191,12 +224,20 @@ void checkEmptySections(const DocumentView& document, const std::vector<bool>& c
     for (std::size_t i = 0; i < headings.size(); ++i) {
         const bool last = i + 1 == headings.size();
         if (content[i] || (!last && headings[i + 1].level > headings[i].level)) continue;
-        // Several names of one thing share what stands below the last of them.
-        const bool shares = !last && headings[i + 1].level == headings[i].level &&
-                            headings[i + 1].line == headings[i].line + 1;
-        if (shares || !namesSection(document, headings[i])) continue;
-        // A title that is underlined with dashes above chapters with "=".
-        if (i == 0 && !last && headings[i + 1].level < headings[i].level) continue;
+        // Several names of one thing share what stands below the last of them; names in code may
+        // have lines between them.
+        const bool shares =
+            !last && headings[i + 1].level == headings[i].level &&
+            (headings[i + 1].line == headings[i].line + 1 ||
+             (namesCode(document, headings[i]) && namesCode(document, headings[i + 1])));
+        if (shares || !namesSection(document, headings[i]) ||
+            standsForItself(document, headings[i])) {
+            continue;
+        }
+        // A title that is underlined with dashes above chapters with "=", or between two lines.
+        const bool between =
+            headings[i].line > 0 && document.outline.lines[headings[i].line - 1] == LineKind::rule;
+        if (i == 0 && !last && (headings[i + 1].level < headings[i].level || between)) continue;
         findings.add(kEmptySection, headings[i].begin, headings[i].end - headings[i].begin,
                      "heads a section without any content");
     }
@@ -354,12 +395,24 @@ void checkNumberedLists(const DocumentView& document, FindingList& findings) {
 }
 
 void checkTables(const DocumentView& document, FindingList& findings) {
-    for (const TableRow& row : document.outline.rows) {
-        if (row.cells == row.expected) continue;
-        findings.add(kTableColumns, document.source.lineStart(row.line),
-                     document.source.line(row.line).size(),
-                     "has " + std::to_string(row.cells) + " cells in a table of " +
-                         std::to_string(row.expected) + " columns");
+    constexpr std::size_t kHabit = 3; // Rows, and the part of a table's rows that they are.
+    const auto& rows = document.outline.rows;
+    for (std::size_t begin = 0; begin < rows.size();) {
+        std::size_t end = begin + 1;
+        while (end < rows.size() && rows[end].line == rows[end - 1].line + 1) ++end;
+        const auto endsEarly = [](const TableRow& row) { return row.cells < row.expected; };
+        const auto early = static_cast<std::size_t>(
+            std::count_if(rows.begin() + static_cast<std::ptrdiff_t>(begin),
+                          rows.begin() + static_cast<std::ptrdiff_t>(end), endsEarly));
+        const bool habit = early >= kHabit && early * kHabit >= end - begin;
+        for (; begin < end; ++begin) {
+            const TableRow& row = rows[begin];
+            if (row.cells == row.expected) continue;
+            findings.add(habit && endsEarly(row) ? softened(kTableColumns) : kTableColumns,
+                         document.source.lineStart(row.line), document.source.line(row.line).size(),
+                         "has " + std::to_string(row.cells) + " cells in a table of " +
+                             std::to_string(row.expected) + " columns");
+        }
     }
 }
 

@@ -21,7 +21,7 @@ constexpr std::size_t kDeepestTarget = 8; // Brackets within an address; chosen.
 constexpr std::size_t kLongestTag = 400;
 constexpr std::size_t kLongestLabel = 999;      // Of a link, as CommonMark has it; bytes here.
 constexpr std::size_t kMostFrontMatter = 200;   // Lines; chosen.
-constexpr std::size_t kLongestUnderlined = 100; // Bytes of a heading with a line under it; chosen.
+constexpr std::size_t kLongestUnderlined = 100; // Bytes that a heading with a line under it shows.
 constexpr std::size_t kLongestReversed = 300;   // Bytes between round brackets in front of a link.
 constexpr std::string_view kMaskedOnly("\x01 \t", 3);
 
@@ -174,7 +174,7 @@ private:
             readHtml(block);
             break;
         case MarkdownKind::table:
-            readTable(block.firstLine, block.lastLine, block.quoted);
+            readTableBlock(block);
             break;
         case MarkdownKind::item:
             m_read[block.firstLine] = true;
@@ -325,7 +325,7 @@ private:
         }
         // A line under a heading, or under a paragraph that was not meant for one.
         const bool heading = block.lastLine == block.firstLine + 1 &&
-                             content.size() <= kLongestUnderlined &&
+                             block.shown.size() <= kLongestUnderlined &&
                              unquoted(block.lastLine, block.quoted).size() >= 2;
         if (heading) {
             setKind(block.lastLine, LineKind::heading);
@@ -346,6 +346,24 @@ private:
         if (!text.empty()) {
             m_outline.prose.blocks.push_back({begin, begin + text.size(), BlockKind::heading});
         }
+    }
+
+    /// The library counts the text right above a header in with the table.
+    void readTableBlock(const MarkdownBlock& block) {
+        std::size_t header = block.firstLine;
+        while (header + 1 < block.lastLine && !isDelimiterRow(unquoted(header + 1, block.quoted))) {
+            ++header;
+        }
+        // Where no line is a row of marks to us, all of it is what the library says.
+        if (!isDelimiterRow(unquoted(std::min(header + 1, block.lastLine), block.quoted))) {
+            header = block.firstLine;
+        }
+        for (std::size_t line = block.firstLine; line < header; ++line) {
+            const std::string_view content = unquoted(line, block.quoted);
+            if (!content.empty()) readText(line, content, false);
+        }
+        closeBlock();
+        readTable(header, block.lastLine, block.quoted);
     }
 
     void readTable(std::size_t first, std::size_t last, bool quoted) {

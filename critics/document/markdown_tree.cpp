@@ -60,9 +60,9 @@ private:
     char m_mark = '`';
 };
 
-/// Whether the line is the line of tildes under a heading of reStructuredText: about as long as the
-/// text above it, or too long for a fence, with nothing below it. Elsewhere it would open code that
-/// nothing closes.
+/// Whether the line is the line of tildes or backquotes under a heading of reStructuredText or
+/// AsciiDoc: about as long as the text above it, or too long for a fence, with nothing or a
+/// sentence below it. Elsewhere it would open code that nothing closes.
 bool isUnderline(std::string_view above, std::string_view line, std::string_view below) {
     const auto trimmed = [](std::string_view text) {
         const std::size_t end = text.find_last_not_of(" \t\r");
@@ -70,13 +70,23 @@ bool isUnderline(std::string_view above, std::string_view line, std::string_view
     };
     above = trimmed(above);
     line = trimmed(line);
+    below = trimmed(below);
     constexpr std::size_t kMore = 3;  // Marks beyond the end of the text.
     constexpr std::size_t kFence = 5; // Marks; fences are of three or four.
-    return line.size() >= 3 && line.find_first_not_of('~') == std::string_view::npos &&
-           !above.empty() && above.front() != ' ' && above.front() != '~' &&
-           (line.size() >= kFence ||
-            (line.size() + 1 >= above.size() && line.size() <= above.size() + kMore)) &&
-           trimmed(below).empty();
+    const char mark = line.empty() ? '\0' : line.front();
+    if ((mark != '~' && mark != '`') || line.size() < 3 ||
+        line.find_first_not_of(mark) != std::string_view::npos || above.empty() ||
+        above.front() == ' ' || above.front() == mark) {
+        return false;
+    }
+    const bool alike = line.size() + 1 >= above.size() && line.size() <= above.size() + kMore;
+    // Backquotes are what most fences are of.
+    if (mark == '`' && (!alike || line.size() < kFence)) return false;
+    if (below.empty()) return alike || line.size() >= kFence;
+    // Code seldom begins with a capital and goes on with words.
+    const bool sentence =
+        below.front() >= 'A' && below.front() <= 'Z' && below.find(' ') != std::string_view::npos;
+    return alike && (sentence || below == "::");
 }
 
 bool isMark(char c) {
@@ -133,8 +143,10 @@ std::string readable(const SourceText& source, std::size_t firstLine, std::size_
         // which keeps the time that hostile text takes in proportion to its length.
         for (; at < end; ++at) {
             const char c = copy[at];
+            // Behind the mark of an item stands a blank: a row of dashes opens nothing.
+            const bool parted = at + 1 == end || copy[at + 1] == ' ' || copy[at + 1] == '\t';
             const bool container =
-                c == '>' || c == '-' || c == '*' || c == '+' || c == '.' || c == ')';
+                c == '>' || (parted && (c == '-' || c == '*' || c == '+' || c == '.' || c == ')'));
             leading = leading && (container || c == ' ' || c == '\t' || (c >= '0' && c <= '9'));
             // Within one another on one line: each level costs the library a block.
             if (leading && container && ++depth > kDeepest) copy[at] = 'x';

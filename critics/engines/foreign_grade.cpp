@@ -1,7 +1,9 @@
 #include "critics/engines/foreign_grade.h"
 
+#include "text/letters.h"
 #include "text/one_of.h"
 
+#include <algorithm>
 #include <array>
 
 namespace trevix {
@@ -34,6 +36,16 @@ constexpr std::array kGrades = {
     ForeignGrade{"shellcheck", "SC2060", kMedium, kWords},
     ForeignGrade{"shellcheck", "SC2139", kMedium, "the value is that of the definition's moment"},
     ForeignGrade{"shellcheck", "SC2117", kMedium, "what follows runs as the other user"},
+    ForeignGrade{"shellcheck", "SC2013", kMedium, "a line with a blank becomes several turns"},
+    ForeignGrade{"shellcheck", "SC2020", kMedium, "letters are exchanged, where words are meant"},
+    ForeignGrade{"shellcheck", "SC2022", kMedium, "the star means something else in a pattern"},
+    ForeignGrade{"shellcheck", "SC2025", kMedium, "the prompt wraps at the wrong column"},
+    ForeignGrade{"shellcheck", "SC2026", kMedium, "the quotation ends in the middle of the word"},
+    ForeignGrade{"shellcheck", "SC2028", kMedium, "some shells print the backslash"},
+    ForeignGrade{"shellcheck", "SC2102", kMedium, "the brackets stand for one character"},
+    ForeignGrade{"shellcheck", "SC2231", kMedium, kWords},
+    ForeignGrade{"shellcheck", "SC2251", kMedium, "the script goes on where it was to stop"},
+    ForeignGrade{"shellcheck", "SC2269", kMedium, "the assignment changes nothing"},
     // ShellCheck: warnings that sound scripts have.
     ForeignGrade{"shellcheck", "SC1090", kOff, kNote},
     ForeignGrade{"shellcheck", "SC1091", kOff, kNote},
@@ -42,7 +54,6 @@ constexpr std::array kGrades = {
     ForeignGrade{"shellcheck", "SC1009", kOff, kNote},
     ForeignGrade{"shellcheck", "SC2148", kOff, "the dialect is told beside the file"},
     ForeignGrade{"shellcheck", "SC2187", kOff, kNote},
-    ForeignGrade{"shellcheck", "SC2034", kLow, kOthers},
     ForeignGrade{"shellcheck", "SC2120", kLow, kOthers},
     ForeignGrade{"shellcheck", "SC2119", kLow, kOthers},
     ForeignGrade{"shellcheck", "SC2155", kLow, "the lost status is seldom looked at"},
@@ -109,12 +120,13 @@ constexpr std::array kGrades = {
     ForeignGrade{"biome", "noUnreachableSuper", kHigh, "throws whenever it runs"},
     ForeignGrade{"biome", "noGlobalObjectCalls", kHigh, "throws whenever it runs"},
 
-    // markdownlint: what a reader meets as broken.
+    // markdownlint: what a reader meets as broken. The order of headings and the anchors of other
+    // pages than GitHub's are weighed by our own rules, which know more of a document.
     ForeignGrade{"markdownlint", "MD042", kHigh, "the link leads nowhere"},
-    ForeignGrade{"markdownlint", "MD001", kMedium, "the outline lacks a level"},
+    ForeignGrade{"markdownlint", "MD001", kLow, "a size that was chosen lacks nothing"},
     ForeignGrade{"markdownlint", "MD011", kMedium, "the link shows its marks"},
     ForeignGrade{"markdownlint", "MD018", kMedium, "the heading shows its marks"},
-    ForeignGrade{"markdownlint", "MD051", kMedium, "the link leads nowhere"},
+    ForeignGrade{"markdownlint", "MD051", kLow, "other pages make other anchors of a heading"},
     ForeignGrade{"markdownlint", "MD052", kMedium, "the link shows its marks"},
     ForeignGrade{"markdownlint", "MD056", kMedium, "a cell is lost, or none is there"},
     ForeignGrade{"markdownlint", "MD024", kLow, "who links to it does not know which"},
@@ -253,13 +265,57 @@ std::optional<Severity> ofRuff(const ForeignFault& fault, bool whole) {
     return fault.message.find("seems safe") == std::string::npos ? kHigh : kLow;
 }
 
-std::optional<Severity> byEngine(std::string_view engine, const ForeignFault& fault, bool whole) {
-    if (engine == "bandit") return ofBandit(fault);
-    if (engine == "shellcheck") {
-        // In a part of a script the rest may set it.
-        if (fault.code == "SC2154" && !whole) return kLow;
-        return byLevel(fault);
+/// Whether "$name" or "${name" stands anywhere: in single quotes too, as what is in them may be run
+/// elsewhere.
+bool isRead(std::string_view text, std::string_view name) {
+    for (std::size_t at = text.find('$'); at != std::string_view::npos;
+         at = text.find('$', at + 1)) {
+        const std::size_t begin = text.substr(at, 2) == "${" ? at + 2 : at + 1;
+        const std::size_t end = begin + name.size();
+        if (text.substr(begin, name.size()) != name) continue;
+        if (end >= text.size() || !text::isAsciiWord(text[end])) return true;
     }
+    return false;
+}
+
+/// "count=$(wc -l < list)" where nothing reads the count: a command is run for nothing but its
+/// output. Where its status is looked at as well, it may be run for that.
+bool losesOutput(std::string_view text, std::size_t offset) {
+    offset = std::min(offset, text.size());
+    const std::size_t start = offset == 0 ? 0 : text.rfind('\n', offset - 1) + 1; // 0 for none.
+    const std::string_view line = text.substr(start, text.find('\n', offset) - start);
+    std::string_view value = line.substr(offset - start);
+    const std::size_t equals = value.find('=');
+    const std::string_view name = value.substr(0, value.find_first_of("=+["));
+    if (equals == std::string_view::npos || name.empty() ||
+        value.substr(0, equals).find_first_of(" \t;") != std::string_view::npos) {
+        return false;
+    }
+    value.remove_prefix(equals + 1);
+    const std::size_t open = value.find("$(");
+    const bool runs = value.find('`') != std::string_view::npos ||
+                      (open != std::string_view::npos && value.substr(open, 3) != "$((");
+    constexpr std::array<std::string_view, 5> kConditions = {"if", "elif", "while", "until", "!"};
+    const std::string_view begin = text::trimmed(line);
+    return runs && !text::isOneOf(begin.substr(0, begin.find(' ')), kConditions) &&
+           line.find("||") == std::string_view::npos && line.find("&&") == std::string_view::npos &&
+           !isRead(text, name);
+}
+
+std::optional<Severity> ofShellcheck(const ForeignFault& fault, const ForeignSubject& subject) {
+    // In a part of a script the rest may set it.
+    if (fault.code == "SC2154" && !subject.whole) return kLow;
+    if (fault.code == "SC2034") {
+        // Settings and completions set what others read, but seldom the output of a command.
+        return subject.whole && losesOutput(subject.text, subject.offset) ? kMedium : kLow;
+    }
+    return byLevel(fault);
+}
+
+std::optional<Severity> byEngine(std::string_view engine, const ForeignFault& fault,
+                                 const ForeignSubject& subject) {
+    if (engine == "bandit") return ofBandit(fault);
+    if (engine == "shellcheck") return ofShellcheck(fault, subject);
     if (engine == "cppcheck") {
         // An error is certain; as a warning it supposes a path, such as a loop without a turn.
         if (fault.code == "uninitvar" && fault.level == "warning") return kLow;
@@ -273,7 +329,7 @@ std::optional<Severity> byEngine(std::string_view engine, const ForeignFault& fa
     if (engine == "oxlint") return text::isOneOf(fault.code, kScriptFaults) ? kMedium : kOff;
     if (engine == "biome") return text::isOneOf(fault.code, kBiomeFaults) ? kMedium : kOff;
     if (engine == "markdownlint" || engine == "harper") return kOff;
-    if (engine == "ruff") return ofRuff(fault, whole);
+    if (engine == "ruff") return ofRuff(fault, subject.whole);
     if (engine == "python" && fault.code == "warning") return kMedium;
     // The rest says no more than whether a file parses.
     return kHigh;
@@ -285,11 +341,12 @@ std::span<const ForeignGrade> foreignGrades() {
     return kGrades;
 }
 
-std::optional<Severity> gradeOf(std::string_view engine, const ForeignFault& fault, bool whole) {
+std::optional<Severity> gradeOf(std::string_view engine, const ForeignFault& fault,
+                                const ForeignSubject& subject) {
     for (const ForeignGrade& grade : kGrades) {
         if (grade.engine == engine && fits(grade.code, fault.code)) return grade.severity;
     }
-    return byEngine(engine, fault, whole);
+    return byEngine(engine, fault, subject);
 }
 
 bool gaveUp(std::string_view engine, const ForeignFault& fault) {

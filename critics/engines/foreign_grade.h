@@ -11,6 +11,7 @@
 #include "critics/engines/foreign_fault.h"
 #include "critics/findings/finding.h"
 
+#include <cstddef>
 #include <optional>
 #include <span>
 #include <string_view>
@@ -27,10 +28,16 @@ struct ForeignGrade {
 /// The departures, in the order of being looked at: the first that fits holds.
 [[nodiscard]] std::span<const ForeignGrade> foreignGrades();
 
-/// The severity of what `engine` found; absent where it is not reported. `whole` says that the part
-/// is a whole file, so that a name that nothing in it declares is declared nowhere.
+/// What a fault is about.
+struct ForeignSubject {
+    bool whole = false; ///< A whole file: a name that nothing in it declares is declared nowhere.
+    std::string_view text;  ///< The file; empty where it is not known.
+    std::size_t offset = 0; ///< The byte of it at which the fault stands.
+};
+
+/// The severity of what `engine` found; absent where it is not reported.
 [[nodiscard]] std::optional<Severity> gradeOf(std::string_view engine, const ForeignFault& fault,
-                                              bool whole);
+                                              const ForeignSubject& subject);
 
 /// Whether the fault says that the engine gave up reading, for want of what the part does not hold:
 /// then it has not looked.

@@ -296,6 +296,28 @@ std::size_t garbledLength(std::string_view text, std::size_t at) {
 
 } // namespace
 
+/// "??? example", "???+ note \"On rain\"" at `marks`, the start of a line: the head of a part that
+/// folds, as MkDocs has it.
+bool opensFold(std::string_view text, std::size_t marks) {
+    constexpr std::array<std::string_view, 28> kKinds = {
+        "abstract", "attention", "bug",     "caution", "check",   "cite",     "danger",
+        "done",     "error",     "example", "fail",    "failure", "faq",      "help",
+        "hint",     "important", "info",    "missing", "note",    "question", "quote",
+        "snippet",  "success",   "summary", "tip",     "tldr",    "todo",     "warning"};
+    std::size_t at = marks;
+    while (at > 0 && (text[at - 1] == ' ' || text[at - 1] == '\t')) --at;
+    if (at > 0 && text[at - 1] != '\n') return false;
+    std::string_view line = text.substr(marks + 3);
+    line = line.substr(0, line.find('\n'));
+    if (line.starts_with('+')) line.remove_prefix(1);
+    if (!line.starts_with(' ')) return false;
+    line = text::trimmed(line);
+    const std::string_view kind = line.substr(0, line.find(' '));
+    const std::string_view title = text::trimmed(line.substr(kind.size()));
+    return text::isOneOf(kind, kKinds) &&
+           (title.empty() || (title.size() > 1 && title.front() == '"' && title.back() == '"'));
+}
+
 void checkPlaceholders(const ProseView& view, FindingList& findings) {
     const std::string_view text = view.masked();
     std::size_t block = 0;                         // Of the word that is looked at.
@@ -349,7 +371,7 @@ void checkPlaceholders(const ProseView& view, FindingList& findings) {
                 after != std::string_view::npos &&
                 std::string_view("-*._/[").find(text[after]) != std::string_view::npos &&
                 text.substr(after + 1, 1).find_first_of(" \n") != 0 && after + 1 < text.size();
-            if (!pattern) findings.add(kPlaceholder, i, 3, kIsPlaceholder);
+            if (!pattern && !opensFold(text, i)) findings.add(kPlaceholder, i, 3, kIsPlaceholder);
             if (after == std::string_view::npos) break;
             i = after - 1;
         }
@@ -370,6 +392,23 @@ void checkEditingMarks(const ProseView& view, FindingList& findings) {
             break;
         }
     }
+}
+
+/// Whether the replacement character at `at` is spoken of: alone between quotation marks, brackets
+/// or marks of code, or beside its number. Between blanks a dash was lost.
+bool isSpokenOf(std::string_view text, std::size_t at) {
+    constexpr std::size_t kLength = 3;  // Bytes of U+FFFD.
+    constexpr std::size_t kBeside = 40; // Bytes: some words between it and its number.
+    constexpr std::string_view kOpening = "`'\"([<";
+    constexpr std::string_view kClosing = "`'\")]>";
+    const std::size_t begin = at < kBeside ? 0 : at - kBeside;
+    if (text.substr(begin, at - begin + kLength + kBeside).find("U+FFFD") !=
+        std::string_view::npos) {
+        return true;
+    }
+    if (at == 0 || at + kLength >= text.size()) return false;
+    const std::size_t pair = kOpening.find(text[at - 1]);
+    return pair != std::string_view::npos && text[at + kLength] == kClosing[pair];
 }
 
 void checkEncoding(const SourceText& source, FindingList& findings) {
@@ -408,7 +447,7 @@ void checkEncoding(const SourceText& source, FindingList& findings) {
             if (point.codePoint == text::kNoCodePoint) {
                 now = Trouble::invalid;
             } else if (point.codePoint == 0xFFFD) {
-                now = Trouble::replaced;
+                if (!isSpokenOf(text, i)) now = Trouble::replaced;
             } else if (const std::size_t garbled = garbledLength(text, i); garbled > 0) {
                 now = Trouble::garbled;
                 length = garbled;

@@ -145,6 +145,32 @@ TEST(DocumentCritic, Headings) {
          {"a dash in a heading",
           "# One" + text + "# Two - or three\n\n# Four" + text,
           {"document.empty_section"}},
+         {"names in code, with lines between",
+          "# One" + text + "## walk(far)\n\n## .rest()\n\n## `halt`" + text,
+          {}},
+         {"a name in code in front of words",
+          "# One" + text + "## walk(far)\n\n## How to rest" + text,
+          {"document.empty_section"}},
+         {"headings that lead elsewhere",
+          "# One" + text + "## [Plan](plan.md) and [map](map.md)\n\n## Two" + text +
+              "### Join us! [![chat](chat.svg)][chat]\n\n[chat]: https://x.org/\n",
+          {}},
+         {"headings that a program fills in",
+          "# One" + text + "# %OPTIONS%\n\n# ::: shop.Shelf\n\n# Two" + text,
+          {}},
+         {"names in code that are underlined",
+          "# One" + text +
+              "<a name=\"walk\"></a>.walk(far)\n---------\n.walk(far, [fast])\n---------" + text,
+          {}},
+         {"an anchor in a heading",
+          "# One" + text + "## <a name=\"two\"></a>Two\n\n## Three" + text,
+          {"document.empty_section"}},
+         {"shares of a whole",
+          "# One" + text + "# 20 % of 100 %\n\n# Two" + text,
+          {"document.empty_section"}},
+         {"a title between two lines",
+          "---------\nThe house\n---------\n\nRooms\n-----\n\nThere are four of them.\n",
+          {}},
          {"a plan", "# One\n\n## Two\n\n## Three\n\n# Four is a good number\n\n# Five\n", {}},
          {"without words", "# One" + text + "##" + text, {"document.empty_heading"}},
          {"without a blank", "# One" + text + "##Two" + text, {"document.glued_heading"}},
@@ -246,6 +272,26 @@ TEST(DocumentCritic, Links) {
          {"a link in brackets", head + "See (it)[here](https://x.org/g) now.", {}},
          {"without words", head + "See [](https://x.org/g) now.", {"document.link_text"}},
          {"a picture for words", head + "See [![Go](go.svg)](https://x.org/g) now.", {}},
+         {"a host that is named like a scheme",
+          head + "See [it](https://httpd.example.org/) and [that](http://httpbin.example.org/a).",
+          {}},
+         {"an address that a program fills in",
+          head + "See [it]({{ site.home }}) and [that]({% link notes/a b.md %}).",
+          {}},
+         {"keys", head + "Press [tab][tab] to see them.", {}},
+         {"a definition that is missing",
+          head + "Press [the tab][tab] key.",
+          {"document.missing_definition"}},
+         {"arguments and names in code",
+          head + "Call ping([data][, then]) or [run][store::Shelf::run] it.",
+          {}},
+         {"a name with words",
+          head + "Look [it][the store: here] up.",
+          {"document.missing_definition"}},
+         {"the top of the page", head + "Go [up](#_top).", {}},
+         {"a scheme in front of a scheme",
+          head + "See [it](https://http://x.org/a) and [that](http://https//x.org/a).",
+          {"document.broken_address"}},
          {"broken anchor", head + "See [how](#missing-part) it works.", {"document.broken_anchor"}},
          {"anchor of a heading that is a link",
           head + "See [all](#ready-set), [one](#read-me) and [two](#go).\n\n"
@@ -256,6 +302,10 @@ TEST(DocumentCritic, Links) {
           head + "See [it](#readyabjs).\n\n## [Ready](a/b.js)\n\nText.\n",
           {"document.broken_anchor"}},
          {"anchor by attribute", head + "<a id=\"here\"></a> See [how](#here) it works.", {}},
+         {"anchor of a heading with a long line under it",
+          head + "See [all](#all-rooms).\n\nAll rooms\n" + std::string(90, '-') + "\n\nText.\n",
+          {}},
+         {"anchor by a bare attribute", head + "<a id=here></a> See [how](#here) it works.", {}},
          {"empty target", head + "See [the guide]() for more.", {"document.empty_link"}},
          {"gap", head + "See [the guide](TODO) for more.", {"document.empty_link"}},
          {"lone hash", head + "See [the guide](#) for more.", {"document.empty_link"}},
@@ -331,6 +381,9 @@ TEST(DocumentCritic, Tables) {
         {{"regular", head + "| one | two |\n", {}},
          {"too many", head + "| one | two | three |\n", {"document.table_columns"}},
          {"too few", head + "| one |\n", {"document.table_columns"}},
+         {"too few in half of the rows",
+          head + "| one |\n| two |\n| three |\n| four | 4 |\n",
+          {"document.table_columns"}},
          {"escaped bar", head + "| one \\| more | two |\n", {}},
          {"bar in code", head + "| `a|b` | two |\n", {"document.table_columns"}},
          {"escaped bar in code", head + "| `a\\|b` | two |\n", {}},
@@ -339,9 +392,30 @@ TEST(DocumentCritic, Tables) {
           "Some words first.\n\n| a | b |\n|---|\n| one | two |\n",
           {"document.table_columns"}},
          {"in a quotation", "Some words.\n\n> | a | b |\n> |---|---|\n> | one | two |\n", {}},
+         {"text right above",
+          "Some words first.\n\n**The beds**\n| a | b |\n|---|---|\n| one | two |\n",
+          {}},
+         {"text right above a row too long",
+          "Some words first.\n\n**The beds**\n| a | b |\n|---|---|\n| one | two | 3 |\n",
+          {"document.table_columns"}},
          {"no outer bars", "Some words.\n\na | b\n--|--\none | two\n", {}},
          {"placeholder in a cell", head + "| one | TBD |\n", {"text.placeholder"}}},
         critiqueDocument);
+}
+
+TEST(DocumentCritic, RowsThatEndEarlyByHabitWeighLow) {
+    const std::string head = "Some words first.\n\n| a | b |\n|---|---|\n";
+    const auto worst = [](const std::string& table) {
+        Severity graver = Severity::low;
+        for (const Finding& finding : critiqueDocument(textPart(table)).findings) {
+            EXPECT_EQ(finding.rule, "document.table_columns");
+            graver = std::max(graver, finding.severity);
+        }
+        return graver;
+    };
+    EXPECT_EQ(worst(head + "| one |\n| two |\n| three |\n| four | 4 |\n"), Severity::low);
+    EXPECT_EQ(worst(head + "| one |\n| two |\n| four | 4 |\n"), Severity::medium);
+    EXPECT_EQ(worst(head + "| one |\n| two |\n| three |\n| four | 4 | 5 |\n"), Severity::medium);
 }
 
 TEST(DocumentCritic, ReferencesByNumber) {
@@ -372,6 +446,23 @@ TEST(DocumentCritic, UnclosedPartsAndSpellings) {
          {"tildes that close", "Call it\n~~~~~~~\n\nls\n~~~~~~~\n\nand wait.", {}},
          {"tildes around code", "Call it\n\n~~~~~~~\nls\n~~~~~~~\n\nand wait.", {}},
          {"code of one line", "~~~~\nls -l\n~~~~\n\nThis lists what is here.\n", {}},
+         {"tildes with a sentence below",
+          "Garden tools\n~~~~~~~~~~~~\nThey hang in the shed.\n",
+          {}},
+         {"tildes with a literal block below", "Garden tools\n~~~~~~~~~~~~\n::\n\n    rake\n", {}},
+         {"backquotes under a heading",
+          "Garden tools\n````````````\n\nThey hang in the shed.\n\nSeeds\n`````\nSeeds lie in the "
+          "box.\n",
+          {}},
+         {"backquotes that open code",
+          "Call it like this:\n````````\nls\n",
+          {"document.unclosed_code"}},
+         {"a fence under a word",
+          "Run\n```\n\nls -l and see what is here\n",
+          {"document.unclosed_code"}},
+         {"tildes of another length with a sentence below",
+          "In the garden stand these tools\n~~~~~~~\nThey hang in the shed.\n",
+          {"document.unclosed_code"}},
          {"tildes that open code", "Garden tools\n~~~~~~~~~~~~\nls\n", {"document.unclosed_code"}},
          {"spelling",
           "Send an e-mail. Every email counts, each email is read.",

@@ -353,13 +353,17 @@ TEST(ForeignGrade, TheProgramsOwnLevelsAreTheRule) {
         return gradeOf(
             engine,
             {std::move(code), std::move(level), std::move(confidence), 1, 1, std::move(message)},
-            true);
+            {true, "", 0});
     };
     EXPECT_EQ(grade("shellcheck", "SC2071", "error"), Severity::high);
     EXPECT_EQ(grade("shellcheck", "SC2164", "warning"), Severity::medium);
     EXPECT_EQ(grade("shellcheck", "SC2012", "info"), Severity::low);
     EXPECT_EQ(grade("shellcheck", "SC2006", "style"), std::nullopt);
     EXPECT_EQ(grade("shellcheck", "SC2086", "info"), Severity::medium);
+    EXPECT_EQ(grade("shellcheck", "SC2013", "info"), Severity::medium);
+    EXPECT_EQ(grade("shellcheck", "SC2251", "info"), Severity::medium);
+    EXPECT_EQ(grade("shellcheck", "SC2162", "info"), Severity::low);
+    EXPECT_EQ(grade("shellcheck", "SC2034", "warning"), Severity::low);
     EXPECT_EQ(grade("shellcheck", "SC1091", "info"), std::nullopt);
     EXPECT_EQ(grade("cppcheck", "nullPointer", "error"), Severity::high);
     EXPECT_EQ(grade("cppcheck", "uninitvar", "warning"), Severity::low);
@@ -385,14 +389,36 @@ TEST(ForeignGrade, TheProgramsOwnLevelsAreTheRule) {
 
 TEST(ForeignGrade, WhatIsDeclaredNowhereWeighsLittleInASelection) {
     const ForeignFault name{"F821", "", "", 1, 1, ""};
-    EXPECT_EQ(gradeOf("ruff", name, true), Severity::high);
-    EXPECT_EQ(gradeOf("ruff", name, false), Severity::low);
+    EXPECT_EQ(gradeOf("ruff", name, {true, "", 0}), Severity::high);
+    EXPECT_EQ(gradeOf("ruff", name, {false, "", 0}), Severity::low);
     const ForeignFault listed{"F822", "", "", 1, 1, ""};
-    EXPECT_EQ(gradeOf("ruff", listed, true), Severity::medium);
-    EXPECT_EQ(gradeOf("ruff", listed, false), Severity::low);
+    EXPECT_EQ(gradeOf("ruff", listed, {true, "", 0}), Severity::medium);
+    EXPECT_EQ(gradeOf("ruff", listed, {false, "", 0}), Severity::low);
     const ForeignFault variable{"SC2154", "warning", "", 1, 1, ""};
-    EXPECT_EQ(gradeOf("shellcheck", variable, true), Severity::medium);
-    EXPECT_EQ(gradeOf("shellcheck", variable, false), Severity::low);
+    EXPECT_EQ(gradeOf("shellcheck", variable, {true, "", 0}), Severity::medium);
+    EXPECT_EQ(gradeOf("shellcheck", variable, {false, "", 0}), Severity::low);
+}
+
+TEST(ForeignGrade, OutputThatNothingReadsWeighsWhatALiteralDoesNot) {
+    const auto grade = [](std::string_view text, std::size_t offset = 0, bool whole = true) {
+        return gradeOf("shellcheck", {"SC2034", "warning", "", 1, 1, ""}, {whole, text, offset});
+    };
+    EXPECT_EQ(grade("count=$(wc -l < list)"), Severity::medium);
+    EXPECT_EQ(grade("  local -r day=`date +%d`", 11), Severity::medium);
+    EXPECT_EQ(grade("rows+=(\"$(head -n 1 list)\")"), Severity::medium);
+    EXPECT_EQ(grade("count=$(wc -l < list)", 0, false), Severity::low);
+    EXPECT_EQ(grade("colour=green"), Severity::low);
+    EXPECT_EQ(grade("count=$((rows + 1))"), Severity::low);
+    EXPECT_EQ(grade("for i in $(seq 3); do", 4), Severity::low);
+    EXPECT_EQ(grade("while read -r first rest", 14), Severity::low);
+    EXPECT_EQ(grade("if count=$(wc -l < list); then", 3), Severity::low);
+    EXPECT_EQ(grade("count=$(wc -l < list) || exit"), Severity::low);
+    EXPECT_EQ(grade("count=$(wc -l < list)\ntest \"${count}\"\n"), Severity::low);
+    EXPECT_EQ(grade("words=$(list)\ncomplete -W '$words' cat\n"), Severity::low);
+    EXPECT_EQ(grade("words=$(list)\necho \"$words_of_all\"\n"), Severity::medium);
+    EXPECT_EQ(grade("set -u\nwords=$(list)\ncat || exit\n", 7), Severity::medium);
+    EXPECT_EQ(grade(""), Severity::low);
+    EXPECT_EQ(grade("x", 9), Severity::low);
 }
 
 TEST(ForeignGrade, EveryDepartureIsOfAKnownEngineOnceAndHasAReason) {

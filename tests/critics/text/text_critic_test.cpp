@@ -67,7 +67,9 @@ TEST(TextCritic, PlaceholdersAreFound) {
     for (const std::string gap :
          {"Dear [Name], welcome to the team.", "Dear NAME, welcome to the team.",
           "The price is TBD by sales.", "TODO describe the second step here.",
-          "Call us at XXX for more.", "Lorem ipsum dolor sit amet is all we have.",
+          "??? the opening hours of the hall", "??? soon, says the keeper",
+          "The fee is\n??? per month.", "Call us at XXX for more.",
+          "Lorem ipsum dolor sit amet is all we have.",
           "Hello {{customer.name}}, thank you for your order.",
           "Hello <name>, thank you for your order.", "Hello {first_name}, thank you again.",
           "The fee is [insert amount] per month.", "The fee is ??? per month.",
@@ -87,7 +89,8 @@ TEST(TextCritic, WhatOnlyLooksLikeAPlaceholderIsNotReported) {
           "Run the tool with --output <name> to choose.", "If a < b and b > c then stop here.",
           "Use `{{name}}` in the template to greet.", "See [Name](https://example.com) for more.",
           "The sign on rows[name] of the hall is new.", "Really? Yes, really. What a day!",
-          "My to-do list is long today."}) {
+          "My to-do list is long today.", "??? example\n\n    Two rooms and a hall.",
+          "The hall is open.\n\n???+ note \"On Sundays\"\n\n    It is closed then."}) {
         EXPECT_EQ(rulesOf(critiqueText(textPart(sound)).findings), std::vector<std::string>{})
             << sound;
     }
@@ -337,13 +340,20 @@ TEST(TextCritic, RepeatedPassages) {
 
 TEST(TextCritic, BrokenCharacters) {
     const std::vector<std::string> flagged = {"text.encoding"};
-    expectRules({{"read as Latin-1", "The cafÃ© is open all day.", flagged},
-                 {"curly quote read wrongly", "It isnâ€™t open on Sundays.", flagged},
-                 {"lost character", "The caf\xEF\xBF\xBD is open all day.", flagged},
-                 {"not UTF-8", "The caf\xE9 is open all day.", flagged},
-                 {"a NUL byte", std::string("The caf\0 is open all day.", 25), flagged},
-                 {"sound accents", "São Tomé, Âge d'or, château, naïve café: fine.", {}}},
-                critiqueText);
+    expectRules(
+        {{"read as Latin-1", "The cafÃ© is open all day.", flagged},
+         {"curly quote read wrongly", "It isnâ€™t open on Sundays.", flagged},
+         {"lost character", "The caf\xEF\xBF\xBD is open all day.", flagged},
+         {"a lost dash", "The hall \xEF\xBF\xBD the old one \xEF\xBF\xBD is open.", flagged},
+         {"a lost character in brackets", "Open all day (in the caf\xEF\xBF\xBD).", flagged},
+         {"the character that is spoken of",
+          "What is missing shows as `\xEF\xBF\xBD`, or as (\xEF\xBF\xBD) in a list.",
+          {}},
+         {"beside its number", "It is replaced with U+FFFD (\xEF\xBF\xBD, a question).", {}},
+         {"not UTF-8", "The caf\xE9 is open all day.", flagged},
+         {"a NUL byte", std::string("The caf\0 is open all day.", 25), flagged},
+         {"sound accents", "São Tomé, Âge d'or, château, naïve café: fine.", {}}},
+        critiqueText);
 }
 
 TEST(TextCritic, Blanks) {
