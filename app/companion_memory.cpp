@@ -91,7 +91,10 @@ void CompanionModel::remember(history::VerdictEntry kept, const Verdict& result,
     const bool isVerdict = !result.error;
     m_ports.dispatcher.background(
         [history = m_ports.history, kept = std::move(kept), job, isVerdict]() mutable {
-            if (isVerdict) history->record(std::move(kept));
+            // Of a job that was taken up the verdict may have been kept just before the program's
+            // end. Revisions of a run have no job of their own.
+            const bool isKept = !job.id.empty() && history->holdsRun(kept.runId);
+            if (isVerdict && !isKept) history->record(std::move(kept));
             if (!job.id.empty()) history->endUnderWay(job.id);
         });
 }

@@ -16,6 +16,7 @@
 #include <filesystem>
 #include <iostream>
 #include <string_view>
+#include <sys/resource.h>
 #include <system_error>
 #include <unistd.h>
 
@@ -90,6 +91,14 @@ void prepareQt(const Launch& launch) {
     useSoftwareRendering();
     prepareLayerSurfaces();
     nameApplication();
+}
+
+void leaveNoCore() {
+    rlimit limit{};
+    if (getrlimit(RLIMIT_CORE, &limit) != 0) return;
+    // Programs of the user's that this one starts may raise it again.
+    limit.rlim_cur = 0;
+    setrlimit(RLIMIT_CORE, &limit);
 }
 
 void settleHome() {

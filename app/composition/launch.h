@@ -26,6 +26,9 @@ struct Launch {
 /// with the CPU, and this application's names.
 void prepareQt(const Launch& launch);
 
+/// Has a crash write down nothing of what the program holds: a key, the work of somebody.
+void leaveNoCore();
+
 /// Has the environment name the user's home folder where it names none, so that shell scripts mean
 /// the same one: what they remove lies below it.
 void settleHome();

@@ -12,6 +12,7 @@
 extern "C" int kelvaneRunApplication(int argc, char** argv) {
     using namespace kelvane;
     recordArgs(argc, argv);
+    leaveNoCore();
     const Launch launch = launchOfThisProcess();
     prepareQt(launch);
     auto instance = claimMenuBar(launch);

@@ -126,6 +126,11 @@ std::vector<VerdictEntry> HistoryStore::list() const {
     return entries;
 }
 
+bool HistoryStore::holdsRun(const std::string& runId) const {
+    const auto isOfIt = [&](const VerdictEntry& entry) { return entry.runId == runId; };
+    return !runId.empty() && std::ranges::any_of(list(), isOfIt);
+}
+
 void HistoryStore::prune() {
     const auto ids = idsIn(m_files, m_folder);
     const std::int64_t oldest = m_nowMs() - std::chrono::milliseconds(kLongestAge).count();

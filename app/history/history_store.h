@@ -58,6 +58,9 @@ public:
     /// All that can be read, the newest first.
     [[nodiscard]] std::vector<VerdictEntry> list() const;
 
+    /// Whether a verdict of that run can be read. None for an empty id.
+    [[nodiscard]] bool holdsRun(const std::string& runId) const;
+
     /// False when there was none of that id, or it could not be removed.
     bool erase(const std::string& id);
     /// Everything, what cannot be read included. False when something is left.

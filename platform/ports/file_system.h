@@ -50,7 +50,7 @@ public:
 
     /// Writes to a temporary file beside the target and renames it over it, so that a reader sees
     /// the old bytes or the new ones and nothing between, also after a power cut. False on failure,
-    /// and then the target is as it was.
+    /// and then the target is as it was. What a writer that was killed left there goes.
     virtual bool writeAtomically(const std::filesystem::path& path, std::string_view bytes) = 0;
 
     /// The same, for a file that nobody but its owner may read: it has the mode 0600 from its first

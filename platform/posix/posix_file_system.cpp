@@ -133,6 +133,32 @@ fs::path temporaryNameBeside(const fs::path& target) {
                                    std::to_string(number++));
 }
 
+/// Whether the name is one of `temporaryNameBeside` by a process that is no more: it was killed,
+/// and what it had written or copied is nobody's.
+bool isLeftOver(std::string_view name) {
+    if (!name.starts_with(kTemporaryPrefix)) return false;
+    name.remove_prefix(kTemporaryPrefix.size());
+    pid_t process = 0;
+    const auto read = std::from_chars(name.data(), name.data() + name.size(), process);
+    if (read.ec != std::errc() || process <= 0) return false;
+    const std::string_view rest(read.ptr, name.data() + name.size());
+    if (rest.size() < 2 || rest[0] != '-' ||
+        rest.find_first_not_of("0123456789", 1) != std::string_view::npos) {
+        return false;
+    }
+    return ::kill(process, 0) != 0 && errno == ESRCH;
+}
+
+void removeLeftOvers(const fs::path& folder) {
+    std::vector<fs::path> found;
+    std::error_code error;
+    fs::directory_iterator entry(folder, error);
+    for (; !error && entry != fs::directory_iterator(); entry.increment(error)) {
+        if (isLeftOver(entry->path().filename().native())) found.push_back(entry->path());
+    }
+    for (const auto& path : found) fs::remove_all(path, error);
+}
+
 constexpr int kTemporaryNames = 100; // some may be left over from a crash
 
 /// A new file beside `target`, removed again unless it takes the target's place.
@@ -209,6 +235,8 @@ bool replaceContents(const fs::path& path, std::string_view bytes,
     const bool replaces = ::lstat(target->c_str(), &old) == 0;
     if (replaces && !S_ISREG(old.st_mode)) return false;
 
+    // Work of the user's may be in them, which is kept no longer than its time.
+    removeLeftOvers(target->parent_path());
     constexpr mode_t kOwnerOnly = 0600; // until it has the old file's permissions
     constexpr mode_t kUsual = 0644;     // less what the umask takes away
     const bool isPrivate = privacy == Privacy::OwnerOnly;
@@ -287,32 +315,6 @@ bool copyEntry(const fs::path& from, const fs::path& to) {
     default: // a pipe or a device has no content to copy
         return false;
     }
-}
-
-/// Whether the name is one of `temporaryNameBeside` by a process that is no more: it was killed,
-/// and what it had copied is nobody's.
-bool isLeftOver(std::string_view name) {
-    if (!name.starts_with(kTemporaryPrefix)) return false;
-    name.remove_prefix(kTemporaryPrefix.size());
-    pid_t process = 0;
-    const auto read = std::from_chars(name.data(), name.data() + name.size(), process);
-    if (read.ec != std::errc() || process <= 0) return false;
-    const std::string_view rest(read.ptr, name.data() + name.size());
-    if (rest.size() < 2 || rest[0] != '-' ||
-        rest.find_first_not_of("0123456789", 1) != std::string_view::npos) {
-        return false;
-    }
-    return ::kill(process, 0) != 0 && errno == ESRCH;
-}
-
-void removeLeftOvers(const fs::path& folder) {
-    std::vector<fs::path> found;
-    std::error_code error;
-    fs::directory_iterator entry(folder, error);
-    for (; !error && entry != fs::directory_iterator(); entry.increment(error)) {
-        if (isLeftOver(entry->path().filename().native())) found.push_back(entry->path());
-    }
-    for (const auto& path : found) removeWholly(path);
 }
 
 /// Copies beside the target first, so that nobody sees half a copy in its place. A copy is large,

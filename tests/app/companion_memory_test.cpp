@@ -221,6 +221,23 @@ TEST_F(CompanionMemoryTest, ARestartTakesUpWhatWasUnderWay) {
     EXPECT_EQ(store.list().size(), 1U);
 }
 
+TEST_F(CompanionMemoryTest, AVerdictThatIsKeptAlreadyIsNotKeptAgainWhenItsJobIsTakenUp) {
+    grade();
+    ASSERT_EQ(store.list().size(), 1U);
+    // Killed when the verdict was kept and its job not yet struck out.
+    store.keepUnderWay({.jobId = "j1",
+                        .base = history::digestOf("http://127.0.0.1:8797"),
+                        .desktop = "x11-0",
+                        .acceptedMs = now,
+                        .work = {}});
+    model.verdict = std::nullopt;
+    model.takeUpUnderWay();
+    fake.dispatcher.runAll();
+    EXPECT_TRUE(model.verdict.get()) << "it is shown all the same";
+    EXPECT_TRUE(underWay().empty());
+    EXPECT_EQ(store.list().size(), 1U);
+}
+
 TEST_F(CompanionMemoryTest, WhatIsTakenUpWaitsNoLongerThanItsDeadlineAndCanBeCancelled) {
     history::UnderWay job{.jobId = "j1",
                           .base = history::digestOf("http://127.0.0.1:8797"),

@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -174,6 +175,22 @@ TEST(X11PointerPresses, AServerThatGoesAwayIsNoTrouble) {
     presses->stop();
     presses->start([] {});
     presses->stop();
+}
+
+TEST(X11PointerPresses, AServerThatStandsStillIsWaitedForAsLongAsByEveryQuestion) {
+    VirtualDesktop desktop{{.windowManager = false, .sessionBus = false}};
+    std::atomic<int> count{0};
+    const auto presses = makeX11PointerPresses(desktop.display());
+    desktop.stopServer();
+    using Clock = std::chrono::steady_clock;
+    const auto begin = Clock::now();
+    presses->start([&] { ++count; });
+    presses->stop();
+    EXPECT_LT(Clock::now() - begin, std::chrono::seconds(30)) << "or it would have been for ever";
+    desktop.continueServer();
+    presses->start([&] { ++count; });
+    presses->stop();
+    EXPECT_EQ(count, 0);
 }
 
 TEST(FakePointerPresses, WritesDownWhoListened) {

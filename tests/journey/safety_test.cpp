@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
+#include <optional>
 #include <ostream>
 #include <signal.h>
 #include <string>
@@ -215,6 +216,28 @@ TEST_P(SafetyUnder, WhoGoesToTheEditorDuringAGradeClosesThePanelAndTypesThere) {
     EXPECT_TRUE(panel().waitFor([](const auto& frame) { return !frame.shown; }));
     EXPECT_EQ(saved(), std::string(kWork) + "X");
     m_service->signal(SIGCONT);
+}
+
+TEST_P(SafetyUnder, WhatIsTypedInAnotherWindowOfTheProgramDuringAGradeStaysThere) {
+    gradeWith(GetParam().command);
+    if (HasFatalFailure()) return;
+    const auto window = [&]() -> std::optional<xcb_window_t> {
+        for (const auto& each : s_desktop->windows()) {
+            if (each.title.starts_with("Kelvane Settings")) return each.window;
+        }
+        return std::nullopt;
+    };
+    chooseFromMenu("Settings…");
+    ASSERT_TRUE(VirtualDesktop::waitUntil(
+        [&] { return window() && s_desktop->activeWindow() == *window(); }));
+    Program grade({m_program.string(), "--grade"}, productEnvironment());
+    // Until after the capture, which takes some 300 ms: by then the panel is there.
+    panel().xdotool({"type", "--delay", "15", std::string(120, 'x')});
+    EXPECT_EQ(grade.waitForEnd(), 0);
+    EXPECT_TRUE(panel().waitForText("Trevix ")) << panel().frame().all();
+    EXPECT_TRUE(panelHasKeyboard());
+    EXPECT_EQ(saved(), std::string(kWork) + "X");
+    EXPECT_FALSE(pictureWasGraded());
 }
 
 INSTANTIATE_TEST_SUITE_P(All, SafetyUnder, testing::ValuesIn(managers()),

@@ -164,33 +164,48 @@ void QtPopover::takeKeyboard() {
 }
 
 void QtPopover::lendKeyboard() {
-    if (!isShown()) return;
     m_waitForKeyboard.stop();
-    m_lent = true;
-    if (m_layer) m_layer->lend(true);
+    if (isShown()) {
+        m_lent = true;
+        if (m_layer) m_layer->lend(true);
+    } else {
+        m_lender = QGuiApplication::focusWindow();
+        if (!m_lender) return;
+    }
     m_ports.hold.start();
 }
 
 void QtPopover::takeKeyboardBack() {
-    if (!m_lent) return;
-    if (m_layer) m_layer->lend(false);
-    takeKeyboard();
+    if (m_lent) {
+        if (m_layer) m_layer->lend(false);
+        takeKeyboard();
+    } else if (m_lender) {
+        m_lender->requestActivate();
+        if (!m_lender->isActive()) m_ports.bringForward();
+    } else {
+        return;
+    }
     m_patienceEnds = m_ports.clock.now() + kPatience;
     m_waitForKeyboard.start();
     endLoanOnceBack();
 }
 
 void QtPopover::endLoanOnceBack() {
-    const bool back = m_ports.hold.keyboardIsAt(static_cast<std::int64_t>(m_view->winId()));
+    // A panel that opened meanwhile takes what another window had lent.
+    const QWindow* const window = isShown() ? m_view.get() : m_lender.data();
+    const bool back =
+        window == nullptr || m_ports.hold.keyboardIsAt(static_cast<std::int64_t>(window->winId()));
     if (!back && m_ports.clock.now() < m_patienceEnds) return;
+    const bool wasPanels = m_lent;
     endLoan();
     // Somebody else has it, and would get the keys that are meant for a panel which looks open.
-    if (!back && m_wasActive) close();
+    if (!back && wasPanels && m_wasActive) close();
 }
 
 void QtPopover::endLoan() {
     m_waitForKeyboard.stop();
     m_ports.hold.stop();
+    m_lender.clear();
     if (std::exchange(m_lent, false) && m_trace) m_trace->note("keyboard back");
 }
 

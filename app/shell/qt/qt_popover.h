@@ -8,6 +8,7 @@
 // The one exception: a capture brings the graded application to the front for the fraction of a
 // second in which it copies. Then the panel stays, and keys and clicks are held: a Return that was
 // meant for the panel would replace the user's selection. Once the keyboard is back, they are free.
+// A window of settings or of the history that has the keyboard then lends it in the same way.
 //
 // The window is made when it is first shown and kept; while it is hidden it holds no pictures.
 
@@ -18,7 +19,9 @@
 #include "app/shell/shell_ports.h"
 
 #include <QObject>
+#include <QPointer>
 #include <QTimer>
+#include <QWindow>
 
 #include <chrono>
 #include <functional>
@@ -97,7 +100,9 @@ private:
     bool m_wasActive = false; ///< Since it was last shown.
     std::optional<PointerMoment> m_closed;
     std::optional<PointerMoment> m_opened; ///< By a click.
-    bool m_lent = false;                   ///< The keyboard, to a capture.
+    bool m_lent = false;                   ///< The keyboard, by the panel to a capture.
+    /// Another window of the program's that had the keyboard when a capture began.
+    QPointer<QWindow> m_lender;
     QTimer m_waitForKeyboard;
     std::chrono::nanoseconds m_patienceEnds{0};
 };

@@ -7,6 +7,9 @@
 #include <QGuiApplication>
 #include <QQmlEngine>
 #include <QQuickView>
+#include <QStringList>
+#include <QTextLayout>
+#include <QTextOption>
 
 #include <algorithm>
 #include <cmath>
@@ -147,6 +150,63 @@ TEST(PanelLayout, ALongSeverityIsShownWhole) {
     ASSERT_NE(severity, texts.end());
     EXPECT_FALSE((*severity)->property("truncated").toBool());
     EXPECT_LE((*severity)->property("contentWidth").toDouble(), (*severity)->width() + kTolerance);
+}
+
+TEST(PanelLayout, TheWorkflowIsBrokenBetweenTwoNamesAndInsideNone) {
+    const LaidOut laid(stateNamed("long-names"), PanelBridge::kTextSize);
+    const auto texts = visibleTexts(*laid.panel);
+    const auto line = std::ranges::find_if(
+        texts, [](const QQuickItem* text) { return textOf(*text).find("→") != std::string::npos; });
+    ASSERT_NE(line, texts.end());
+    const auto words = (*line)->property("text").toString();
+    // What the text does with it, done once more to see where its lines begin.
+    QTextLayout layout(words, (*line)->property("font").value<QFont>());
+    QTextOption option;
+    option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
+    layout.setTextOption(option);
+    layout.beginLayout();
+    QStringList lines;
+    for (auto each = layout.createLine(); each.isValid(); each = layout.createLine()) {
+        each.setLineWidth((*line)->width());
+        lines << words.mid(each.textStart(), each.textLength());
+    }
+    layout.endLayout();
+    EXPECT_EQ(lines.size(), (*line)->property("lineCount").toInt());
+    EXPECT_GT(lines.size(), 1) << "four long names fill more than a line";
+    EXPECT_LE(lines.size(), 3);
+    for (const auto& each : lines) {
+        const auto end = each.trimmed();
+        EXPECT_TRUE(end.endsWith(u'→') || each == lines.back() ||
+                    lines[lines.indexOf(each) + 1].trimmed().startsWith(u'→'))
+            << each.toStdString();
+    }
+}
+
+TEST(PanelLayout, WhatRunsIsAFullDotAndWhatDoesNotARing) {
+    const LaidOut laid(stateNamed("ten-agents"), PanelBridge::kTextSize);
+    std::vector<bool> rings;
+    for (auto* item : visibleItems(*laid.panel)) {
+        if (item->objectName() != QLatin1String("dot")) continue;
+        const auto parts = item->childItems();
+        rings.push_back(std::ranges::any_of(parts, [&](const QQuickItem* hole) {
+            return hole->isVisible() && hole->property("color") != item->property("color");
+        }));
+    }
+    // Every other one of that state runs, the last is not there at all.
+    EXPECT_EQ(rings, (std::vector<bool>{false, true, false, true, false, true, false, true, false,
+                                        false}));
+}
+
+TEST(PanelLayout, TheSignBesideSettingsPointsWhereTheMenuOpens) {
+    const LaidOut laid(stateNamed("demo"), PanelBridge::kTextSize);
+    const auto* settings = laid.panel->findChild<QQuickItem*>("settingsButton");
+    ASSERT_NE(settings, nullptr);
+    const auto parts = settings->childItems();
+    const auto sign = std::ranges::find_if(parts, [](const QQuickItem* part) {
+        return part->property("symbol").toString() == QLatin1String("chevron.down");
+    });
+    ASSERT_NE(sign, parts.end());
+    EXPECT_EQ((*sign)->rotation(), 180) << "upwards";
 }
 
 TEST(PanelLayout, HeightFollowsTheContent) {

@@ -1,7 +1,9 @@
 """What never leaves this machine: by name, by content, by size; and what becomes of secrets."""
 
 import os
+import tempfile
 import unittest
+from unittest import mock
 
 import surroundings
 from engine import file_types, secret_shapes, standing
@@ -42,6 +44,18 @@ class ShippedRules(unittest.TestCase):
                      "/h/.brask/key", "node_modules/x/index.js", ".bash_history", "secrets.yaml",
                      "/h/.config/gcloud/a.json", "/h/.claude/settings.json"):
             self.assertIsNotNone(SHIPPED.refusal(path, "code"), path)
+
+    def test_nothing_of_the_validators_own_folder_is_sent_wherever_that_is(self):
+        with tempfile.TemporaryDirectory() as elsewhere:
+            own = os.path.join(elsewhere, "own")
+            os.mkdir(own)
+            os.symlink(own, os.path.join(elsewhere, "other-name"))
+            with mock.patch.dict(os.environ, BRASK_HOME=own):
+                for path in ("key", "standing/code.md", "deep/er/notes.md"):
+                    for folder in ("own", "other-name"):
+                        name = os.path.join(elsewhere, folder, path)
+                        self.assertIn("own folder", SHIPPED.refusal(name, "code") or "", name)
+                self.assertIsNone(SHIPPED.refusal(own + "-notes/a.md", "code"))
 
     def test_ordinary_work_may_be_sent(self):
         for path in ("a.py", "src/environment.ts", "docs/keys.md", "git/config.py", "env.py",

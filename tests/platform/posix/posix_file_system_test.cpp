@@ -16,6 +16,7 @@
 #include <string>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
 #include <utility>
@@ -252,6 +253,31 @@ TEST_F(PosixFileSystemTest, NothingIsLeftBesideTheTarget) {
     EXPECT_TRUE(files->writeAtomically(folder / "f", "one"));
     EXPECT_TRUE(files->writeAtomically(folder / "f", "two"));
     EXPECT_EQ(folder.names(), std::vector<std::string>{"f"});
+}
+
+TEST_F(PosixFileSystemTest, WhatAKilledWriteLeftGoesWithTheNextOneAndNothingElse) {
+    // A process that has ended and been waited for: its number is nobody's for now.
+    const pid_t ended = fork();
+    if (ended == 0) _exit(0);
+    ASSERT_EQ(waitpid(ended, nullptr, 0), ended);
+    const std::string left = ".kelvane-" + std::to_string(ended) + "-3";
+    const std::string alive = ".kelvane-" + std::to_string(getppid()) + "-3";
+    const auto plant = [&](const fs::path& place) {
+        fs::create_directories(place);
+        for (const auto& name : {left, alive, left + "x", std::string(".kelvane-notes")}) {
+            putFile(place / name, "half of what somebody wro");
+        }
+    };
+    plant(folder / "open");
+    plant(folder / "private");
+    EXPECT_TRUE(files->writeAtomically(folder / "open" / "f", "whole"));
+    EXPECT_TRUE(files->writePrivately(folder / "private" / "f", "whole"));
+    for (const char* place : {"open", "private"}) {
+        EXPECT_FALSE(fs::exists(folder / place / left)) << place;
+        for (const auto& name : {alive, left + "x", std::string(".kelvane-notes")}) {
+            EXPECT_TRUE(fs::exists(folder / place / name)) << place << ": " << name;
+        }
+    }
 }
 
 TEST_F(PosixFileSystemTest, NothingIsLeftWhenTheNameIsTooLong) {

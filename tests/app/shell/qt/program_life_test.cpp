@@ -3,11 +3,14 @@
 #include "tests/app/shell/qt/panel_desktop.h"
 #include "tests/source_tree.h"
 
+#include <algorithm>
 #include <fstream>
 #include <iterator>
 #include <netinet/in.h>
 #include <poll.h>
 #include <signal.h>
+#include <sstream>
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -117,6 +120,26 @@ TEST_F(ProgramLifeTest, PanelStaysWhileAGradeIsUnderWayAndQuitIsImmediate) {
     EXPECT_NE(std::find(names.begin(), names.end(), "You're in Mousepad"), names.end());
     program->signal(SIGTERM);
     EXPECT_EQ(program->waitForEnd(5s), 0) << "a grade holds nobody up";
+}
+
+TEST_F(ProgramLifeTest, LeavesNoCoreOfWhatItHolds) {
+    rlimit before{};
+    ASSERT_EQ(getrlimit(RLIMIT_CORE, &before), 0);
+    const rlimit wanted{before.rlim_max, before.rlim_max};
+    ASSERT_EQ(setrlimit(RLIMIT_CORE, &wanted), 0);
+    if (before.rlim_max == 0) GTEST_SKIP() << "nobody leaves one here";
+    const auto program = startProgram();
+    EXPECT_EQ(setrlimit(RLIMIT_CORE, &before), 0);
+    const auto limits = "/proc/" + std::to_string(program->pid()) + "/limits";
+    EXPECT_TRUE(VirtualDesktop::waitUntil([&] {
+        std::ifstream file(limits);
+        std::string line;
+        while (std::getline(file, line) && !line.starts_with("Max core file size")) {
+        }
+        std::istringstream words(line.substr(std::min(line.size(), std::size_t{18})));
+        std::string soft;
+        return words >> soft && soft == "0";
+    }));
 }
 
 TEST_F(ProgramLifeTest, AClickElsewhereClosesThePanelAlsoWhileGrading) {
