@@ -107,7 +107,8 @@ protected:
         return body.is_object() ? body.at("job_id").get<std::string>() : std::string();
     }
     json finished(const std::string& jobId) {
-        for (int i = 0; i < 6000; ++i) {
+        // Five minutes, and more: sanitized, thirty long works that wait take half of that.
+        for (int i = 0; i < 60'000; ++i) {
             const Reply reply = get(m_port, "/api/v1/eval/jobs/" + jobId, m_keyed);
             EXPECT_EQ(reply.status, 200) << reply.body;
             if (reply.status != 200) return {};
