@@ -201,17 +201,21 @@ std::vector<Critique> Grader::askCritics(const Submission& submission, Until eno
         request.input = encode(alone ? onlyPart(submission, i) : submission);
         const ChildResult again = m_runner.run(request, cancel);
         std::vector<Critique> more = critiquesIn(again.output);
+        const std::string atFirst = "it " + howItEnded(first, m_options.worker.limits);
         Critique critique;
+        bool told = false;
         if (more.empty()) {
             // Twice is enough: what ends badly without other people's readers is a fault of ours,
             // and would again.
-            critique.coverage.missed(
-                {m_options.workerName, "it " + howItEnded(again, m_options.worker.limits), ""});
+            const std::string now = "it " + howItEnded(again, m_options.worker.limits);
+            critique.coverage.missed({m_options.workerName, now, ""});
+            told = now == atFirst;
         } else {
             critique =
                 alone ? placedIn(submission, i, std::move(more.front())) : std::move(more.front());
-            critique.coverage.missed({m_options.workerName + " with all its readers",
-                                      "it " + howItEnded(first, m_options.worker.limits), ""});
+        }
+        if (!told) {
+            critique.coverage.missed({m_options.workerName + " with all its readers", atFirst, ""});
         }
         critiques.push_back(std::move(critique));
     }

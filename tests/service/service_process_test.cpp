@@ -13,6 +13,7 @@
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <csignal>
 #include <fstream>
@@ -23,9 +24,12 @@
 #include <sstream>
 #include <thread>
 
+#include <fcntl.h>
+#include <poll.h>
 #include <sqlite3.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace trevix {
 namespace {
@@ -103,7 +107,8 @@ protected:
         return body.is_object() ? body.at("job_id").get<std::string>() : std::string();
     }
     json finished(const std::string& jobId) {
-        for (int i = 0; i < 6000; ++i) {
+        // Five minutes, and more: sanitized, thirty long works that wait take half of that.
+        for (int i = 0; i < 60'000; ++i) {
             const Reply reply = get(m_port, "/api/v1/eval/jobs/" + jobId, m_keyed);
             EXPECT_EQ(reply.status, 200) << reply.body;
             if (reply.status != 200) return {};
@@ -144,6 +149,23 @@ protected:
             }
             std::this_thread::yield();
         }
+    }
+    /// Has the service hand this work to a judge that stands still, and kills the judge then.
+    /// Returns the job.
+    std::string submitAndKillItsJudge(pid_t service, const std::string& text) {
+        // From the first grade on, a judge is begun before there is work for it.
+        EXPECT_EQ(finished(submit("A first note, sound and short.")).at("status"), "completed");
+        const pid_t judge = awaitJudgeOf(service);
+        EXPECT_EQ(::kill(-judge, SIGSTOP), 0) << "with what shuts it in";
+        const std::string input = "/proc/" + std::to_string(judge) + "/fd/0";
+        const int fd = ::open(input.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+        EXPECT_GE(fd, 0) << input;
+        const std::string job = submit(text);
+        pollfd handed{fd, POLLIN, 0};
+        EXPECT_EQ(::poll(&handed, 1, 120'000), 1) << "no work comes";
+        ::close(fd);
+        EXPECT_EQ(::kill(-judge, SIGKILL), 0);
+        return job;
     }
 
     std::string integrity() const {
@@ -422,17 +444,24 @@ TEST_F(ServiceProcessTest, KilledAgainAndAgainAtAnyMomentItLosesNothing) {
     std::vector<std::string> accepted;
     for (int round = 0; round < 10; ++round) {
         auto process = start();
+        std::atomic<int> answered = 0;
         auto client = std::async(std::launch::async, [&] {
             std::vector<std::string> ids;
             for (int i = 0; i < 12; ++i) {
                 std::string id = submit(workNumber(i));
                 if (id.empty()) break; // killed
                 ids.push_back(std::move(id));
+                ++answered;
             }
             return ids;
         });
-        std::this_thread::sleep_for(
-            std::chrono::microseconds(std::uniform_int_distribution(0, 60'000)(random)));
+        // After so many answers, and somewhere on the way to the next.
+        const int after = std::uniform_int_distribution(0, 4)(random);
+        const std::chrono::microseconds further(std::uniform_int_distribution(0, 5'000)(random));
+        while (answered < after && client.wait_for(0s) != std::future_status::ready) {
+            std::this_thread::yield();
+        }
+        std::this_thread::sleep_for(further);
         process->signal(SIGKILL);
         process->end();
         for (std::string& id : client.get()) accepted.push_back(std::move(id));
@@ -570,11 +599,8 @@ TEST_F(ServiceProcessTest, ServesTheCatalogItIsGiven) {
 
 TEST_F(ServiceProcessTest, AChildThatIsKilledCostsOnlyWhatItHadNotSaid) {
     auto process = start();
-    std::string text;
-    while (text.size() < 2'000'000) text += workNumber(1);
-    const std::string job = submit(text);
-    ::kill(awaitJudgeOf(process->pid()), SIGKILL);
-    const json answer = finished(job);
+    const json answer =
+        finished(submitAndKillItsJudge(process->pid(), "TODO: name the the owner."));
     EXPECT_EQ(answer.at("status"), "completed") << answer;
     const json& summary = answer.at("result_summary");
     EXPECT_GT(summary.at("findings"), 0);
@@ -587,11 +613,8 @@ TEST_F(ServiceProcessTest, HowAChildEndedIsKnownAlsoWhereWhoStartsItIgnoresTheEn
     const auto before = std::signal(SIGCHLD, SIG_IGN);
     auto process = start();
     std::signal(SIGCHLD, before);
-    std::string text;
-    while (text.size() < 2'000'000) text += workNumber(1);
-    const std::string job = submit(text);
-    ::kill(awaitJudgeOf(process->pid()), SIGKILL);
-    const json answer = finished(job);
+    const json answer =
+        finished(submitAndKillItsJudge(process->pid(), "TODO: name the the owner."));
     EXPECT_EQ(answer.at("status"), "completed") << answer;
     EXPECT_THAT(answer.at("result_summary").at("not_checked").dump(), HasSubstr("signal 9"));
 }

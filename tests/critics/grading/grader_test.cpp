@@ -205,7 +205,15 @@ TEST_F(GraderTest, WhoEndsBadlyTwiceIsAGap) {
     EXPECT_TRUE(critique->findings.empty());
     EXPECT_FALSE(critique->coverage.known);
     EXPECT_TRUE(misses(*critique, "it wrote more than it may"));
+    EXPECT_TRUE(misses(*critique, "it did not end within 20 s")) << "how the first ended";
     EXPECT_EQ(m_runner.runs, 2);
+
+    m_runner.endOfOwn = End::outOfTime;
+    const auto twice = graded(code({"a.py"}));
+    ASSERT_TRUE(twice);
+    EXPECT_EQ(std::ranges::count(twice->coverage.notChecked, "it did not end within 20 s",
+                                 &NotChecked::why),
+              1);
 }
 
 TEST_F(GraderTest, EveryBadEndHasItsWords) {
