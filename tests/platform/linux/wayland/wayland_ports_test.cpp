@@ -4,6 +4,7 @@
 #include "detect/capture.h"
 #include "platform/fake/fakes.h"
 #include "platform/linux/linux_platform.h"
+#include "platform/linux/wayland/kwin_screenshot.h"
 #include "platform/linux/wayland/wayland_connection.h"
 #include "platform/linux/wayland/wayland_keys.h"
 #include "platform/linux/wayland/wayland_selections.h"
@@ -389,6 +390,16 @@ TEST(KWinThatDoesNotKnowTheProgram, isAskedAgainUntilItDoes) {
     }));
     EXPECT_TRUE(ports.keyboard->trusted());
     EXPECT_TRUE(ports.windowList->onScreenWindows());
+}
+
+TEST(KWinThatStandsStill, hasNotRefusedPictures) {
+    if (const auto why = WaylandDesktop::missing(Compositor::KWin)) GTEST_SKIP() << *why;
+    auto& desktop = stageOf(Compositor::KWin)->desktop;
+    const KWinScreenshot screenshot(desktop.environment().at("DBUS_SESSION_BUS_ADDRESS"));
+    ASSERT_TRUE(WaylandDesktop::waitUntil([&] { return screenshot.offered(); }));
+    desktop.stopCompositor();
+    EXPECT_TRUE(screenshot.offered()) << "what is found out once holds until the link ends";
+    desktop.continueCompositor();
 }
 
 TEST(CompositorThatIsSilentAtTheStart, isAskedAgain) {
