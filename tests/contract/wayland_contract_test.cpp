@@ -37,8 +37,10 @@ public:
     static WaylandDesktop& of(Compositor compositor) {
         auto& desktop = s_desktops[compositor];
         if (!desktop) {
-            desktop = std::make_unique<WaylandDesktop>(WaylandOptions{.compositor = compositor});
-            // On sway in the middle and of their own size, rather than tiled; elsewhere they are.
+            // Windows are as large as what they show, and in the middle. KWin would count a title
+            // bar in, and sway would tile them.
+            desktop = std::make_unique<WaylandDesktop>(
+                WaylandOptions{.compositor = compositor, .titles = false});
             desktop->outputOf({"swaymsg", "for_window [app_id=\".*\"] floating enable"});
         }
         return *desktop;
@@ -188,7 +190,8 @@ std::vector<Kind> here(const std::vector<std::pair<Compositor, Kind>>& kinds) {
 
 INSTANTIATE_TEST_SUITE_P(Wayland, DesktopContract,
                          testing::ValuesIn(here<DesktopKind>(
-                             {{Compositor::Sway, {"sway", kDesktopOn<Compositor::Sway>}}})),
+                             {{Compositor::Sway, {"sway", kDesktopOn<Compositor::Sway>}},
+                              {Compositor::KWin, {"kwin", kDesktopOn<Compositor::KWin>}}})),
                          [](const auto& each) { return std::string(each.param.name); });
 
 INSTANTIATE_TEST_SUITE_P(Wayland, KeyboardContract,

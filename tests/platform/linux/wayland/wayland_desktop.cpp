@@ -150,6 +150,12 @@ std::vector<std::string> WaylandDesktop::kwinCommand() {
     const auto copy = m_home / "programs/kwin_wayland";
     std::filesystem::create_directories(copy.parent_path());
     std::filesystem::copy_file(*installedProgram("kwin_wayland"), copy);
+    if (!m_options.titles) {
+        // Qt would draw one itself.
+        m_environment["QT_WAYLAND_DISABLE_WINDOWDECORATION"] = "1";
+        std::filesystem::create_directories(m_home / ".config");
+        file(".config/kwinrc", "[org.kde.kdecoration2]\nNoPlugin=true\n");
+    }
     std::ostringstream scale;
     scale << m_options.scale;
     std::vector<std::string> command{copy.string(),     "--virtual",
