@@ -118,6 +118,7 @@ public:
     explicit ScriptedLink(std::shared_ptr<ScriptedSelections> selections)
         : m_selections(std::move(selections)) {}
     bool alive() const override { return true; }
+    bool started() const override { return true; }
     bool answers() override {
         if (!isAnswering) return false;
         m_selections->settle();

@@ -117,7 +117,15 @@ public:
 
     /// A compositor that draws without a GPU may be too busy to answer the first time.
     bool captures(const std::string& text) {
-        return WaylandDesktop::waitUntil([&] { return capture() == text; });
+        std::optional<std::string> got;
+        const auto isIt = [&] { return (got = capture()) == text; };
+        const bool came = WaylandDesktop::waitUntil(isIt, 60s);
+        if (!came) {
+            const bool silent = ports.workspace->silentDisplay().has_value();
+            ADD_FAILURE() << got.value_or("(nothing)") << " from " << frontId()
+                          << (silent ? ", a silent compositor" : "");
+        }
+        return came;
     }
 
     WaylandDesktop desktop;
@@ -423,6 +431,29 @@ TEST(CompositorThatIsSilentAtTheStart, isAskedAgain) {
         (void)ports.limits->now();
         return ports.keyboard->trusted();
     }));
+}
+
+TEST(CompositorThatIsSilentAtTheStart, hasThisProgramWaitRatherThanComeAnew) {
+    if (const auto why = WaylandDesktop::missing(Compositor::Sway)) GTEST_SKIP() << *why;
+    WaylandDesktop desktop;
+    FakePlatform fakes;
+    RealClock clock;
+    for (const auto& [name, value] : desktop.environment()) {
+        fakes.environment.variables[name] = value;
+    }
+    const auto socket = desktop.home() / "runtime" / desktop.environment().at("WAYLAND_DISPLAY");
+    desktop.stopCompositor();
+    const auto ports = makeLinuxDesktop(fakes.environment, clock, fakes.ownFocus);
+    EXPECT_FALSE(ports.keyboard->trusted());
+    // It answers only while nobody asks: a link that is new then gets nothing.
+    EXPECT_TRUE(WaylandDesktop::waitUntil([&] {
+        desktop.continueCompositor();
+        EXPECT_TRUE(WaylandConnection::open(socket, {}, 10s).link);
+        desktop.stopCompositor();
+        (void)ports.limits->now();
+        return ports.keyboard->trusted();
+    }));
+    desktop.continueCompositor();
 }
 
 TEST(WaylandThatIsGone, givesTheAbsentAnswers) {
