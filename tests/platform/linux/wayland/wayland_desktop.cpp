@@ -78,6 +78,7 @@ WaylandDesktop::WaylandDesktop(WaylandOptions options)
         {"QT_QPA_PLATFORM", "wayland"},
         {"MOZ_ENABLE_WAYLAND", "1"},
         {"GSETTINGS_BACKEND", "memory"},
+        {"GSK_RENDERER", "cairo"}, // GTK 4 would draw by OpenGL, without a GPU.
         {"NO_AT_BRIDGE", "1"},
     };
     for (const auto& [name, value] : m_options.variables) m_environment[name] = value;
