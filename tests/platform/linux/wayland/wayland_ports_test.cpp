@@ -123,7 +123,8 @@ public:
         if (!came) {
             const bool silent = ports.workspace->silentDisplay().has_value();
             ADD_FAILURE() << got.value_or("(nothing)") << " from " << frontId()
-                          << (silent ? ", a silent compositor" : "");
+                          << (silent ? ", a silent compositor" : "") << "; selected is "
+                          << desktop.outputOf({"wl-paste", "--no-newline", "--primary"});
         }
         return came;
     }
