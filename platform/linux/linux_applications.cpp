@@ -15,14 +15,17 @@ InstalledEntries entriesOf(const std::shared_ptr<DesktopFiles>& files) {
 namespace {
 
 /// What the compositor offers; nothing where there is none.
-DesktopOffer offerOf(LinuxApplications& opened, Environment& environment, WaylandUse use) {
+DesktopOffer offerOf(LinuxApplications& opened, Environment& environment, WaylandUse use,
+                     std::unique_ptr<WaylandSession> answered) {
     DesktopOffer offer;
     offer.wayland = opened.session.kind == LinuxSession::Kind::Wayland;
     if (opened.session.wayland.empty()) return offer;
     opened.place = {opened.session.wayland, environment.get("SWAYSOCK").value_or(""),
                     environment.get("DBUS_SESSION_BUS_ADDRESS").value_or("")};
-    auto wayland = openWaylandSession(opened.place, entriesOf(opened.files), use);
+    auto wayland = answered ? OpenedWaylandSession{std::move(answered), false, nullptr}
+                            : openWaylandSession(opened.place, entriesOf(opened.files), use);
     if (wayland.silent) opened.silentDisplay = opened.session.wayland;
+    opened.late = std::move(wayland.late);
     if (wayland.session) offer = wayland.session->offer();
     opened.wayland = std::move(wayland.session);
     return offer;
@@ -43,14 +46,14 @@ bool openX11(LinuxApplications& opened) {
 } // namespace
 
 LinuxApplications openLinuxApplications(Environment& environment, Clock& clock, OwnFocus& ownFocus,
-                                        WaylandUse use) {
+                                        WaylandUse use, std::unique_ptr<WaylandSession> answered) {
     LinuxApplications opened;
     opened.session = linuxSession(environment);
     const DesktopVariables variables = desktopVariables(environment);
     opened.files =
         std::make_shared<DesktopFiles>(dataFolders(variables), messagesLocale(variables), clock);
     if (opened.session.kind == LinuxSession::Kind::None) return opened;
-    auto offer = offerOf(opened, environment, use);
+    auto offer = offerOf(opened, environment, use, std::move(answered));
     if (offer.wayland && chooseSources(offer).windows == DesktopSource::None) {
         opened.unseen = openUnseenSources(environment, entriesOf(opened.files), clock, ownFocus);
         offer = opened.unseen.addTo(offer);
@@ -78,11 +81,15 @@ bool mayTellMore(const LinuxApplications& opened) {
     return wasSilent(opened) || mayOfferMore(opened.offer);
 }
 
-bool tellsMore(const LinuxApplications& opened) {
+MoreTold tellsMore(const LinuxApplications& opened) {
+    if (wasSilent(opened)) {
+        auto session = opened.late ? opened.late() : nullptr;
+        const bool more = session != nullptr;
+        return {more, std::move(session)};
+    }
     const auto now =
         openWaylandSession(opened.place, entriesOf(opened.files), WaylandUse::WindowsOnly);
-    if (!now.session) return false;
-    return wasSilent(opened) || !mayOfferMore(now.session->offer());
+    return {now.session && !mayOfferMore(now.session->offer()), nullptr};
 }
 
 std::unique_ptr<Workspace> x11WorkspaceOf(const LinuxApplications& opened) {

@@ -12,6 +12,7 @@
 #include "platform/ports/environment.h"
 #include "platform/ports/own_focus.h"
 
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -24,6 +25,8 @@ struct LinuxApplications {
     DesktopSources sources;
     std::string silentDisplay; ///< Of one that let nobody in within the time it had; else empty.
     std::unique_ptr<WaylandSession> wayland; ///< Not null for the sources Wlroots and KWin.
+    /// Of a silent compositor: the session once it has answered.
+    std::function<std::unique_ptr<WaylandSession>()> late;
     UnseenSources unseen; ///< Opened where the compositor tells nobody of its windows.
     /// Not null for the source X11; beside Accessibility where there is a server.
     std::shared_ptr<X11Applications> x11;
@@ -31,16 +34,23 @@ struct LinuxApplications {
 };
 
 /// Connects to whom `environment` names, if anybody. The environment is read now and never again;
-/// `clock` and `ownFocus` must outlive what is made.
-[[nodiscard]] LinuxApplications openLinuxApplications(Environment& environment, Clock& clock,
-                                                      OwnFocus& ownFocus, WaylandUse use);
+/// `clock` and `ownFocus` must outlive what is made. `answered` is the session with the compositor,
+/// where there is one already.
+[[nodiscard]] LinuxApplications
+openLinuxApplications(Environment& environment, Clock& clock, OwnFocus& ownFocus, WaylandUse use,
+                      std::unique_ptr<WaylandSession> answered = nullptr);
 
 /// Whether the compositor was silent, or did not know this program, so that it may tell more later.
 [[nodiscard]] bool mayTellMore(const LinuxApplications& opened);
 
-/// Of such a one: whether it does now. Asked over a link of its own, which is not kept; waits for
-/// at most a second.
-[[nodiscard]] bool tellsMore(const LinuxApplications& opened);
+struct MoreTold {
+    bool more = false;
+    /// With one that was silent. Null where it was asked over a link of its own, which is not kept.
+    std::unique_ptr<WaylandSession> session;
+};
+
+/// Of such a one: whether it does now. Waits for at most a second.
+[[nodiscard]] MoreTold tellsMore(const LinuxApplications& opened);
 
 [[nodiscard]] InstalledEntries entriesOf(const std::shared_ptr<DesktopFiles>& files);
 

@@ -101,19 +101,26 @@ LinuxDesktop desktopOf(const LinuxApplications& opened, Clock& clock) {
     return desktop;
 }
 
-} // namespace
-
-LinuxDesktop makeLinuxDesktop(Environment& environment, Clock& clock, OwnFocus& ownFocus) {
-    const auto opened = std::make_shared<LinuxApplications>(
-        openLinuxApplications(environment, clock, ownFocus, WaylandUse::Everything));
+/// `answered` as in `openLinuxApplications`.
+LinuxDesktop desktopWith(std::unique_ptr<WaylandSession> answered, Environment& environment,
+                         Clock& clock, OwnFocus& ownFocus) {
+    const auto opened = std::make_shared<LinuxApplications>(openLinuxApplications(
+        environment, clock, ownFocus, WaylandUse::Everything, std::move(answered)));
     auto desktop = desktopOf(*opened, clock);
     if (!mayTellMore(*opened)) return desktop;
     return makeRenewedDesktop(
         std::move(desktop),
         [opened, &environment, &clock, &ownFocus]() -> std::optional<LinuxDesktop> {
-            if (!tellsMore(*opened)) return std::nullopt;
-            return makeLinuxDesktop(environment, clock, ownFocus);
+            auto told = tellsMore(*opened);
+            if (!told.more) return std::nullopt;
+            return desktopWith(std::move(told.session), environment, clock, ownFocus);
         });
+}
+
+} // namespace
+
+LinuxDesktop makeLinuxDesktop(Environment& environment, Clock& clock, OwnFocus& ownFocus) {
+    return desktopWith(nullptr, environment, clock, ownFocus);
 }
 
 } // namespace kelvane

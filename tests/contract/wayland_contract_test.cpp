@@ -9,6 +9,7 @@
 #include "tests/contract/keys_of_desktop.h"
 #include "tests/contract/pasteboard_contract.h"
 #include "tests/contract/workspace_contract.h"
+#include "tests/platform/linux/wayland/answering_ports.h"
 #include "tests/platform/linux/wayland/wayland_desktop.h"
 
 #include <gtest/gtest.h>
@@ -22,7 +23,6 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
-#include <thread>
 #include <utility>
 #include <vector>
 
@@ -37,8 +37,10 @@ public:
     static WaylandDesktop& of(Compositor compositor) {
         auto& desktop = s_desktops[compositor];
         if (!desktop) {
-            desktop = std::make_unique<WaylandDesktop>(WaylandOptions{.compositor = compositor});
-            // On sway in the middle and of their own size, rather than tiled; elsewhere they are.
+            // Windows are as large as what they show, and in the middle. KWin would count a title
+            // bar in, and sway would tile them.
+            desktop = std::make_unique<WaylandDesktop>(
+                WaylandOptions{.compositor = compositor, .titles = false});
             desktop->outputOf({"swaymsg", "for_window [app_id=\".*\"] floating enable"});
         }
         return *desktop;
@@ -56,16 +58,7 @@ struct PortsThere {
         for (const auto& [name, value] : Desktops::of(compositor).environment()) {
             fakes.environment.variables[name] = value;
         }
-        // One that was too busy to answer, or does not know this program yet, is come to anew:
-        // ports that were renewed would keep their first clipboard until a capture begins.
-        TestPrograms::waitUntil([this] {
-            ports = makeLinuxDesktop(fakes.environment, fakes.clock, fakes.ownFocus);
-            if (ports.keyboard->trusted()) return true;
-            // KWin looks for programs that are new to it at most every 1.5 s, and answers each
-            // newcomer by what it knows: asked all the time, it comes to nothing else.
-            std::this_thread::sleep_for(1s);
-            return false;
-        });
+        ports = answeringPorts(fakes.environment, fakes.clock, fakes.ownFocus);
     }
     FakePlatform fakes;
     LinuxDesktop ports;
@@ -84,9 +77,9 @@ public:
     DesktopOfCompositor(const DesktopOfCompositor&) = delete;
     DesktopOfCompositor& operator=(const DesktopOfCompositor&) = delete;
 
-    Workspace& workspace() override { return *m_ports.ports.workspace; }
-    WindowList& windowList() override { return *m_ports.ports.windowList; }
-    WindowPicture& windowPicture() override { return *m_ports.ports.windowPicture; }
+    Workspace& workspace() override { return *atLeisure().workspace; }
+    WindowList& windowList() override { return *atLeisure().windowList; }
+    WindowPicture& windowPicture() override { return *atLeisure().windowPicture; }
 
     void open(const std::string& name, std::uint16_t width, std::uint16_t height) override {
         auto& program = m_programs[name];
@@ -121,6 +114,11 @@ private:
         std::size_t windows = 0;
     };
 
+    /// The ports, once the compositor answers them: a busy one has nothing to tell.
+    LinuxDesktop& atLeisure() {
+        TestPrograms::waitUntil([&] { return !m_ports.ports.workspace->silentDisplay(); });
+        return m_ports.ports;
+    }
     std::vector<WindowInfo> listed() {
         return windowList().onScreenWindows().value_or(std::vector<WindowInfo>{});
     }
@@ -157,7 +155,7 @@ public:
     void anotherApplicationCopies(const std::string& text) override {
         const auto content = std::make_shared<const ClipboardContent>(
             ClipboardContent{{std::string(kUtf8String), std::string(kUtf8String), 8, text}});
-        ASSERT_TRUE(m_other->run([this, content] { m_selections->offer(content); }));
+        m_other->post([this, content] { m_selections->offer(content); });
         ASSERT_TRUE(TestPrograms::waitUntil(
             [&] { return m_selections->seen(SelectionName::Clipboard).ours == content; }));
     }
@@ -192,7 +190,8 @@ std::vector<Kind> here(const std::vector<std::pair<Compositor, Kind>>& kinds) {
 
 INSTANTIATE_TEST_SUITE_P(Wayland, DesktopContract,
                          testing::ValuesIn(here<DesktopKind>(
-                             {{Compositor::Sway, {"sway", kDesktopOn<Compositor::Sway>}}})),
+                             {{Compositor::Sway, {"sway", kDesktopOn<Compositor::Sway>}},
+                              {Compositor::KWin, {"kwin", kDesktopOn<Compositor::KWin>}}})),
                          [](const auto& each) { return std::string(each.param.name); });
 
 INSTANTIATE_TEST_SUITE_P(Wayland, KeyboardContract,

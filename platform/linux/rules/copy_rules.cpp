@@ -39,6 +39,10 @@ CopyOutcome copyOutcome(const CopyFacts& facts) {
     return fresh ? CopyOutcome::Primary : CopyOutcome::Nothing;
 }
 
+bool tellsWhenAsked(const CopyFacts& facts) {
+    return facts.keyPosted && !facts.clipboardChanged && facts.primaryOwner == Provenance::Target;
+}
+
 bool mayPutBack(const ClipboardFacts& facts) {
     if (facts.ownedByUs) return true;
     return facts.keyPosted && facts.changed && isItsCopy(facts.lastChange, facts.oneClient);
@@ -48,6 +52,15 @@ bool isLateCopy(const LateChangeFacts& facts) {
     const bool echoes = facts.selectedAfterKey <= kKeyEcho && facts.selectedAfterKey >= -kKeyEcho;
     return facts.keyPosted && facts.decided && facts.remembered &&
            facts.change == Provenance::Target && echoes && facts.arrivedAfterKey <= kLateCopyWatch;
+}
+
+std::optional<std::size_t> answeredKey(std::span<const UnansweredKey> keys) {
+    for (std::size_t i = 0; i < keys.size(); ++i) {
+        const auto& key = keys[i];
+        const bool byHand = key.selected && *key.selected >= kByHand;
+        if (key.change == Provenance::Target && key.posted <= kLateCopyWatch && !byHand) return i;
+    }
+    return std::nullopt;
 }
 
 } // namespace kelvane

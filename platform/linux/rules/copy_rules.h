@@ -7,8 +7,10 @@
 #pragma once
 
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <span>
 
 namespace kelvane {
 
@@ -72,6 +74,10 @@ enum class CopyOutcome {
 /// nothing is selected.
 [[nodiscard]] CopyOutcome copyOutcome(const CopyFacts& facts);
 
+/// Whether asking for PRIMARY tells if a copy comes that has not come yet: an application deals
+/// with a key before it deals with a question that came after it.
+[[nodiscard]] bool tellsWhenAsked(const CopyFacts& facts);
+
 struct ClipboardFacts {
     bool ownedByUs = false;
     bool keyPosted = false; ///< Since the content was remembered.
@@ -95,5 +101,23 @@ struct LateChangeFacts {
 
 /// Whether a change of CLIPBOARD is the answer to our key, come too late, and has to be undone.
 [[nodiscard]] bool isLateCopy(const LateChangeFacts& facts);
+
+/// Nobody selects something and presses a copy key in less than this: the two keys of a shortcut
+/// alone are further apart. An application that comes to both of them late announces them together.
+inline constexpr std::chrono::milliseconds kByHand{100};
+
+/// A copy key of ours that nothing has answered, at the moment of a change of CLIPBOARD.
+struct UnansweredKey {
+    Provenance change = Provenance::Unknown; ///< Of the change, as seen from whom the key asked.
+    std::chrono::milliseconds posted{0};     ///< How long before the change.
+    /// How long before the change he selected something new; absent when he has not since the key.
+    std::optional<std::chrono::milliseconds> selected;
+};
+
+/// Which of them, oldest first, a change answers that carries no time of its own; absent when it is
+/// somebody's own copy. Keys are answered in their order and before those of the user that came
+/// later, so it is the oldest of that application, unless the key is older than `kLateCopyWatch` or
+/// the user had the time to select something else and to copy that.
+[[nodiscard]] std::optional<std::size_t> answeredKey(std::span<const UnansweredKey> keys);
 
 } // namespace kelvane

@@ -194,9 +194,9 @@ Message ask(sd_bus* bus, const std::string& uuid, int pipe, std::chrono::nanosec
     sd_bus_error error{};
     sd_bus_message* reply = nullptr;
     const int status = sd_bus_call(bus, made, microseconds(patience), &error, &reply);
-    // No such window: but the question was heard.
+    // No such window: but the question was heard. A KWin that is busy has not refused.
     const std::string_view name = error.name == nullptr ? "" : error.name;
-    mayAsk = status >= 0 || name.ends_with(".InvalidWindow");
+    mayAsk = status >= 0 || status == -ETIMEDOUT || name.ends_with(".InvalidWindow");
     sd_bus_error_free(&error);
     return Message(status < 0 ? nullptr : reply);
 }

@@ -19,7 +19,8 @@ public:
     /// `bus` as DBUS_SESSION_BUS_ADDRESS has it; empty for none.
     explicit KWinScreenshot(std::string bus) : m_bus(std::move(bus)) {}
 
-    /// Whether KWin lets this program do so. One question, answered within 300 ms. Any thread.
+    /// Whether KWin lets this program do so: it is there and has not refused. One question,
+    /// answered within 300 ms. Any thread.
     [[nodiscard]] bool offered() const;
 
     /// PNG bytes of the window with KWin's own name `uuid`, which has this frame on the desktop,

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <chrono>
 #include <mutex>
 #include <set>
@@ -22,6 +23,8 @@ using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 using Content = std::shared_ptr<const ClipboardContent>;
 
+/// To post a key, or to put something back, before the clipboard has moved once more.
+constexpr int kMostAttempts = 3;
 constexpr std::size_t kLongestHint = 64; ///< Bytes: it is one word.
 constexpr std::string_view kSecret = "secret";
 /// The names by which text is asked for here, the best first. All of it is UTF-8.
@@ -44,21 +47,45 @@ Provenance provenanceOf(const SelectionTag& owner, const SelectionTag& asked) {
     return owner.appId == asked.appId ? Provenance::Target : Provenance::Other;
 }
 
-/// What a copy left behind for the time after it was looked at. The link's thread uses it, too.
-struct LateCopy {
-    std::mutex mutex; ///< Guards what follows.
-    bool watched = false;
-    SelectionTag asked;
-    steady_clock::time_point posted;
-    Content remembered;
+/// The copy keys that nothing has answered yet, and what answers that nobody waits for give way to.
+/// The link's thread uses it, too.
+struct LateCopies {
+    struct Key {
+        SelectionTag asked;
+        steady_clock::time_point posted;
+    };
+    std::mutex mutex;            ///< Guards what follows.
+    std::vector<Key> unanswered; ///< Oldest first.
+    bool awaited = false;        ///< A capture reads what comes now, and puts back what was there.
+    /// What the clipboard held before the last key; absent when nobody remembers, or when somebody
+    /// has copied since.
+    std::optional<Content> before;
+    std::optional<std::uint64_t> undone; ///< The generation of the last copy that gave way,
+    std::weak_ptr<const ClipboardContent> undoneBy; ///< and to what.
 };
+
+/// The keys of `late` at the moment of `change`.
+std::vector<UnansweredKey> unansweredAt(const SelectionChange& change, const LateCopies& late,
+                                        const SelectionSeen& primary) {
+    std::vector<UnansweredKey> keys;
+    for (const auto& key : late.unanswered) {
+        UnansweredKey unanswered;
+        unanswered.change = provenanceOf(change.owner, key.asked);
+        unanswered.posted = since(key.posted, change.when);
+        const bool selectedSince = primary.since && *primary.since > key.posted && !primary.ours &&
+                                   provenanceOf(primary.owner, key.asked) == Provenance::Target;
+        if (selectedSince) unanswered.selected = since(*primary.since, change.when);
+        keys.push_back(unanswered);
+    }
+    return keys;
+}
 
 class Clipboard : public CopyClipboard {
 public:
     explicit Clipboard(WaylandClipboardParts parts) : m_parts(std::move(parts)) {
         m_parts.selections->onChange(
             [late = m_late, selections = m_parts.selections.get()](const SelectionChange& change) {
-                undoLate(*late, *selections, change);
+                sortOut(*late, *selections, change);
             });
     }
     Clipboard(const Clipboard&) = delete;
@@ -83,7 +110,6 @@ private:
     struct Copy {
         SelectionTag asked;
         bool keyPosted = false;
-        steady_clock::time_point posted;
         std::uint64_t changesBefore = 0;
         bool decided = false;
         bool fromClipboard = false;
@@ -91,21 +117,23 @@ private:
         std::optional<std::string> fromPrimary;
     };
 
-    static void undoLate(LateCopy& late, WaylandSelections& selections,
-                         const SelectionChange& change);
+    static void sortOut(LateCopies& late, WaylandSelections& selections,
+                        const SelectionChange& change);
     [[nodiscard]] std::int64_t count() const {
         return static_cast<std::int64_t>(m_parts.selections->changes()) + m_shift;
     }
     [[nodiscard]] SelectionTag tagOf(const CopyTarget& target) const;
+    [[nodiscard]] std::optional<Copy> begin(const CopyTarget& target, std::uint64_t changes);
     [[nodiscard]] CopyFacts facts() const;
+    [[nodiscard]] ClipboardFacts clipboardFacts(const SelectionSeen& seen) const;
     [[nodiscard]] std::int64_t decideCopy();
     [[nodiscard]] std::optional<std::string> textFrom(SelectionName which);
     [[nodiscard]] ClipboardCopy readAll();
-    void offer(Content content);
-    void stopWatching();
+    bool offer(const Content& content, std::optional<std::uint64_t> changes = {});
+    void stopWaiting();
 
     const WaylandClipboardParts m_parts;
-    const std::shared_ptr<LateCopy> m_late = std::make_shared<LateCopy>();
+    const std::shared_ptr<LateCopies> m_late = std::make_shared<LateCopies>();
     std::mutex m_mutex; ///< Serialises the calls; guards everything below.
     /// Added to the selections' count. It moves with changes of our own, when PRIMARY stands in for
     /// a change, and when changes turn out to have nothing to do with a copy.
@@ -129,33 +157,57 @@ SelectionTag Clipboard::tagOf(const CopyTarget& target) const {
 void Clipboard::copyFrom(const CopyTarget& target) {
     const std::lock_guard lock(m_mutex);
     m_copy.reset();
-    stopWatching();
-    if (!m_parts.selections->offered() || !m_parts.link->answers()) return;
-    // The clipboard may have moved while the application came to the front: some take it anew then,
-    // or the user copied something. That is what has to come back, and no answer to our key.
-    const auto changes = static_cast<std::int64_t>(m_parts.selections->changes());
-    if (const auto before = m_memory.renew(changes + m_shift, [this] { return readAll(); })) {
-        m_shift = *before - changes;
+    stopWaiting();
+    if (!m_parts.selections->offered()) return;
+    for (int attempt = 0; attempt < kMostAttempts && !m_copy; ++attempt) {
+        if (!m_parts.link->answers()) return;
+        // The clipboard may have moved while the application came to the front: some take it anew
+        // then, or the user copied something. That is what has to come back, and no answer to our
+        // key.
+        const auto changes = m_parts.selections->changes();
+        const auto all = static_cast<std::int64_t>(changes);
+        if (const auto before = m_memory.renew(all + m_shift, [this] { return readAll(); })) {
+            m_shift = *before - all;
+        }
+        m_copy = begin(target, changes);
     }
+}
+
+/// Posts the key where one may be posted, unless there have been more changes than these by then:
+/// absent in that case.
+std::optional<Clipboard::Copy> Clipboard::begin(const CopyTarget& target, std::uint64_t changes) {
     Copy copy;
     copy.asked = tagOf(target);
-    copy.changesBefore = m_parts.selections->changes();
-    copy.countBefore = count();
-    copy.posted = steady_clock::now();
-    if (target.takesKeys && !m_memory.lost()) {
-        const auto posted = std::make_shared<bool>(false);
-        const bool ran =
-            m_parts.link->run([keys = m_parts.keys, posted] { *posted = keys->post(kCopyKey); });
-        copy.keyPosted = ran && *posted;
-    }
-    if (copy.keyPosted) {
-        const std::lock_guard late(m_late->mutex);
-        m_late->asked = copy.asked;
-        m_late->posted = copy.posted;
-        m_late->remembered = m_memory.held().value_or(nullptr);
-        m_late->watched = false; // Until the outcome has been looked at.
-    }
-    m_copy = std::move(copy);
+    copy.changesBefore = changes;
+    copy.countBefore = static_cast<std::int64_t>(changes) + m_shift;
+    if (!target.takesKeys || m_memory.lost()) return copy;
+    struct Attempt {
+        bool givenUp = false;
+        bool moved = false;
+        bool posted = false;
+    };
+    const auto attempt = std::make_shared<Attempt>(); // Guarded by the mutex of late copies.
+    m_parts.link->run([attempt, changes, late = m_late, selections = m_parts.selections,
+                       keys = m_parts.keys, asked = copy.asked, before = m_memory.held()] {
+        const std::lock_guard lock(late->mutex);
+        // Nobody would look at the answer to a key that is posted later.
+        if (attempt->givenUp) return;
+        attempt->moved = selections->changes() != changes;
+        if (attempt->moved) return;
+        attempt->posted = keys->post(kCopyKey);
+        if (!attempt->posted) return;
+        const auto now = steady_clock::now();
+        std::erase_if(late->unanswered,
+                      [&](const auto& key) { return now - key.posted > kLateCopyWatch; });
+        late->unanswered.push_back({asked, now});
+        late->before = before;
+        late->awaited = true;
+    });
+    const std::lock_guard lock(m_late->mutex);
+    attempt->givenUp = true;
+    if (attempt->moved) return std::nullopt;
+    copy.keyPosted = attempt->posted;
+    return copy;
 }
 
 CopyFacts Clipboard::facts() const {
@@ -187,11 +239,15 @@ std::int64_t Clipboard::decideCopy() {
     (void)m_parts.link->answers(); // What it has sent has arrived.
     auto& copy = *m_copy;
     copy.decided = true;
+    const auto first = facts();
+    const bool standsIn = copyOutcome(first) == CopyOutcome::Primary;
     std::optional<std::string> fromPrimary;
-    if (copyOutcome(facts()) == CopyOutcome::Primary)
+    if (standsIn || tellsWhenAsked(first)) {
         fromPrimary = textFrom(SelectionName::Primary);
-    // An application that was busy copying a large selection answers about PRIMARY only after that,
-    // so the copy itself may have come meanwhile.
+        // An application that was busy, with copying a large selection or otherwise, answers about
+        // PRIMARY only after that, so the copy itself may have come meanwhile.
+        (void)m_parts.link->answers();
+    }
     const auto changes = m_parts.selections->changes();
     copy.fromClipboard = copyOutcome(facts()) == CopyOutcome::Clipboard;
     if (copy.fromClipboard) {
@@ -199,33 +255,37 @@ std::int64_t Clipboard::decideCopy() {
     } else {
         // PRIMARY counts as one change. Without it there was none: a change that the application
         // did not make is someone else's and no answer.
-        const bool taken = fromPrimary && !fromPrimary->empty();
+        const bool taken = standsIn && fromPrimary && !fromPrimary->empty();
         m_shift = copy.countBefore + (taken ? 1 : 0) - static_cast<std::int64_t>(changes);
         if (taken) copy.fromPrimary = std::move(fromPrimary);
-        const std::lock_guard late(m_late->mutex);
-        m_late->watched = copy.keyPosted;
+        stopWaiting();
     }
     return count();
 }
 
-void Clipboard::undoLate(LateCopy& late, WaylandSelections& selections,
-                         const SelectionChange& change) {
+/// On the link's thread, at every change that others make.
+void Clipboard::sortOut(LateCopies& late, WaylandSelections& selections,
+                        const SelectionChange& change) {
     const std::lock_guard lock(late.mutex);
-    if (!late.watched) return;
-    LateChangeFacts facts;
-    facts.keyPosted = facts.decided = facts.remembered = true;
-    facts.change = provenanceOf(change.owner, late.asked);
-    // Nobody tells the moment of the wish that a copy answers: it counts from when it arrived.
-    facts.selectedAfterKey = facts.arrivedAfterKey = since(late.posted, change.when);
-    if (!isLateCopy(facts)) return;
-    late.watched = false;
-    selections.offer(late.remembered);
+    const auto answered =
+        answeredKey(unansweredAt(change, late, selections.seen(SelectionName::Primary)));
+    if (!answered) {
+        late.before.reset(); // It is older than what somebody has copied now.
+        return;
+    }
+    late.unanswered.erase(late.unanswered.begin() + static_cast<std::ptrdiff_t>(*answered));
+    if (!late.awaited && late.before) {
+        late.undone = change.generation;
+        late.undoneBy = *late.before;
+        selections.offer(*late.before);
+    }
+    if (late.unanswered.empty()) late.before.reset();
 }
 
-void Clipboard::stopWatching() {
+/// Whatever comes from now on comes late.
+void Clipboard::stopWaiting() {
     const std::lock_guard lock(m_late->mutex);
-    m_late->watched = false;
-    m_late->remembered.reset();
+    m_late->awaited = false;
 }
 
 // ---- content -----------------------------------------------------------------------------------
@@ -243,20 +303,28 @@ std::optional<std::string> Clipboard::string() {
     return text;
 }
 
-void Clipboard::offer(Content content) {
-    m_isEmptiedByUs = false;
-    ++m_shift; // Of the selections' changes ours are none.
-    m_parts.link->run([selections = m_parts.selections, content = std::move(content)] {
+/// False when there have been more changes than these by then: in that case it is not offered.
+bool Clipboard::offer(const Content& content, std::optional<std::uint64_t> changes) {
+    const auto moved = std::make_shared<std::atomic<bool>>(false);
+    m_parts.link->run([moved, changes, content, late = m_late, selections = m_parts.selections] {
+        const std::lock_guard lock(late->mutex);
+        *moved = changes && selections->changes() != *changes;
+        if (*moved) return;
+        late->awaited = false;
+        if (!late->unanswered.empty()) late->before = content;
         selections->offer(content);
     });
+    if (*moved) return false;
+    m_isEmptiedByUs = false;
+    ++m_shift; // Of the selections' changes ours are none.
     // It has taken effect when the compositor says so.
     (void)m_parts.link->answers();
+    return true;
 }
 
 void Clipboard::clearContents() {
     const std::lock_guard lock(m_mutex);
     m_copy.reset();
-    stopWatching();
     offer(nullptr);
     m_isEmptiedByUs = true;
 }
@@ -264,7 +332,6 @@ void Clipboard::clearContents() {
 void Clipboard::setString(std::string_view text) {
     const std::lock_guard lock(m_mutex);
     m_copy.reset();
-    stopWatching();
     offer(std::make_shared<const ClipboardContent>(ClipboardContent{
         {std::string(kUtf8Plain), std::string(kUtf8Plain), 8, std::string(text)},
         {std::string(kUtf8String), std::string(kUtf8String), 8, std::string(text)}}));
@@ -273,31 +340,39 @@ void Clipboard::setString(std::string_view text) {
 PasteboardMemory Clipboard::remember() {
     const std::lock_guard lock(m_mutex);
     m_copy.reset();
+    stopWaiting();
     (void)m_parts.link->answers();
     const auto changes = count(); // Before the reading, which others may change it during.
     return m_memory.remember(readAll(), changes);
 }
 
+ClipboardFacts Clipboard::clipboardFacts(const SelectionSeen& seen) const {
+    ClipboardFacts now;
+    now.ownedByUs = seen.ours != nullptr || (seen.formats.empty() && m_isEmptiedByUs);
+    if (!m_copy) return now;
+    const auto facts = this->facts();
+    now.keyPosted = facts.keyPosted;
+    now.changed = facts.clipboardChanged;
+    now.lastChange = facts.changedBy;
+    now.oneClient = facts.oneClient;
+    return now;
+}
+
 void Clipboard::putBack(const PasteboardMemory& memory) {
     const std::lock_guard lock(m_mutex);
-    (void)m_parts.link->answers();
-    ClipboardFacts now;
-    const auto seen = m_parts.selections->seen(SelectionName::Clipboard);
-    now.ownedByUs = seen.ours != nullptr || (seen.formats.empty() && m_isEmptiedByUs);
-    if (m_copy) {
-        const auto facts = this->facts();
-        now.keyPosted = facts.keyPosted;
-        now.changed = facts.clipboardChanged;
-        now.lastChange = facts.changedBy;
-        now.oneClient = facts.oneClient;
-    }
     const bool tookPrimary = m_copy && m_copy->fromPrimary;
+    for (int attempt = 0; attempt < kMostAttempts && !tookPrimary; ++attempt) {
+        (void)m_parts.link->answers();
+        const auto changes = m_parts.selections->changes();
+        const auto seen = m_parts.selections->seen(SelectionName::Clipboard);
+        if (!mayPutBack(clipboardFacts(seen))) break;
+        const auto content = m_memory.toPutBack(memory);
+        if (seen.ours && seen.ours == content) break;
+        if (seen.formats.empty() && (!content || content->empty())) break;
+        if (offer(content, changes)) break;
+    }
     m_copy.reset();
-    if (tookPrimary || !mayPutBack(now)) return;
-    auto content = m_memory.toPutBack(memory);
-    if (seen.ours && seen.ours == content) return;
-    if (seen.formats.empty() && (!content || content->empty())) return;
-    offer(std::move(content));
+    stopWaiting();
 }
 
 // ---- reading -----------------------------------------------------------------------------------
@@ -352,6 +427,11 @@ ClipboardCopy Clipboard::readAll() {
         if (answer.kind != Kind::Value) continue;
         room -= answer.bytes.size();
         content->push_back({format, format, 8, std::move(answer.bytes)});
+    }
+    {
+        // Known by now, for the reading was done on the thread that undoes.
+        const std::lock_guard lock(m_late->mutex);
+        if (m_late->undone == now.generation) return {m_late->undoneBy.lock(), false};
     }
     memory.lost = missed && content->empty();
     // Offered again in the owner's own order, which some programs choose by.

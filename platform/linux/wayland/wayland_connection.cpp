@@ -85,6 +85,7 @@ public:
     bool waitForStart(std::chrono::milliseconds patience) { return m_started->waitFor(patience); }
 
     bool alive() const override { return m_alive; }
+    bool started() const override { return m_started->waitFor(0ms); }
 
     bool answers() override {
         std::shared_ptr<Moment> question;
@@ -286,9 +287,9 @@ WaylandConnection::Opened WaylandConnection::open(const std::string& socket,
     auto* const display = wl_display_connect_to_fd(descriptor);
     if (display == nullptr) return {};
     auto link = std::make_shared<Link>(display, std::move(parts));
-    if (link->waitForStart(patience)) return {std::move(link), false};
+    if (link->waitForStart(patience)) return {std::move(link), false, nullptr};
     const bool silent = link->alive();
-    return {nullptr, silent};
+    return {nullptr, silent, silent ? std::move(link) : nullptr};
 }
 
 } // namespace kelvane

@@ -30,6 +30,9 @@ public:
     struct Opened {
         std::shared_ptr<WaylandConnection> link; ///< Null when nobody answers there.
         bool silent = false;                     ///< Somebody is there and does not answer.
+        /// The link to whoever is silent, for as long as it is kept: null otherwise. It is of use
+        /// once it has started.
+        std::shared_ptr<WaylandConnection> late;
     };
 
     /// Connects to the compositor's socket. `parts` hear of every global that is there before this
@@ -43,6 +46,9 @@ public:
 
     /// False once the compositor has gone. Any thread.
     [[nodiscard]] virtual bool alive() const = 0;
+
+    /// Whether the parts have heard of all that was there at the start. Any thread.
+    [[nodiscard]] virtual bool started() const = 0;
 
     /// Whether the compositor has dealt with everything that it was sent before, and this side with
     /// what it sent. Waits for at most `kCompositorSilence`, and not at all while an earlier

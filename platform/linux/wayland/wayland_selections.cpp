@@ -290,13 +290,13 @@ void Selections::selected(SelectionName which, zwlr_data_control_offer_v1* offer
         seen.owner = activeNow();
         seen.since = now;
     }
-    const SelectionChange change{seen.owner, now};
+    SelectionChange change{seen.owner, now};
     const bool isChange =
         which == SelectionName::Clipboard && offer != nullptr && !isFirst && !isOurs;
     {
         const std::lock_guard lock(m_mutex);
         auto& own = slot(which);
-        seen.generation = ++m_lastGeneration;
+        change.generation = seen.generation = ++m_lastGeneration;
         own.seen = std::move(seen);
         forget(own.offer);
         own.offer = offer;

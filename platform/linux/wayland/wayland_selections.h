@@ -42,6 +42,7 @@ struct SelectionSeen {
 struct SelectionChange {
     SelectionTag owner;
     std::chrono::steady_clock::time_point when;
+    std::uint64_t generation = 0; ///< Of the selection that was made.
 };
 
 struct SelectionAnswer {

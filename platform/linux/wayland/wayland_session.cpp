@@ -100,10 +100,15 @@ OpenedWaylandSession openWaylandSession(const WaylandPlace& place, InstalledEntr
         used.insert(used.end(), {parts.selections, parts.keys, parts.screens});
     }
     auto opened = WaylandConnection::open(place.socket, std::move(used));
-    if (!opened.link) return {nullptr, opened.silent};
-    return {std::make_unique<Session>(std::move(opened.link), std::move(parts), place,
-                                      std::move(installed)),
-            false};
+    auto link = opened.silent ? opened.late : opened.link;
+    if (!link) return {};
+    const auto session = [link, parts, place, installed, use]() -> std::unique_ptr<WaylandSession> {
+        if (!link->alive()) return openWaylandSession(place, installed, use).session;
+        if (!link->started()) return nullptr;
+        return std::make_unique<Session>(link, parts, place, installed);
+    };
+    if (opened.silent) return {nullptr, true, session};
+    return {session(), false, nullptr};
 }
 
 } // namespace kelvane

@@ -13,6 +13,7 @@
 #include "platform/ports/window_picture.h"
 #include "platform/ports/workspace.h"
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -48,6 +49,9 @@ enum class WaylandUse { WindowsOnly, Everything };
 struct OpenedWaylandSession {
     std::unique_ptr<WaylandSession> session; ///< Null when nobody answers, or nothing was built.
     bool silent = false;                     ///< Somebody is there and does not answer.
+    /// Of a silent one: the session once it has answered, null until then. It is the same link: a
+    /// compositor that is busy deals with each newcomer, also with those that have gone again.
+    std::function<std::unique_ptr<WaylandSession>()> late;
 };
 
 /// Waits for at most a second.

@@ -31,8 +31,9 @@ struct WaylandWindow {
     bool active = false;
     bool minimised = false;
     bool skipsTaskbar = false;
-    std::optional<DisplayRect> frame; ///< Without its shadow; absent when not told.
-    std::uint64_t raised = 0;         ///< Greater than of those that were in front earlier.
+    /// Without its shadow; with the title bar that KWin puts around it. Absent when not told.
+    std::optional<DisplayRect> frame;
+    std::uint64_t raised = 0; ///< Greater than of those that were in front earlier.
 
     bool operator==(const WaylandWindow&) const = default;
 };

@@ -4,6 +4,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace kelvane {
 namespace {
@@ -152,6 +153,25 @@ TEST(CopyOutcome, prefersTheClipboardAndDistrustsAnOldSelection) {
     for (const auto& c : cases) EXPECT_EQ(copyOutcome(c.facts), c.expected) << c.name;
 }
 
+TEST(TellsWhenAsked, whoHasAKeyAndPrimaryAndHasNotCopied) {
+    CopyFacts facts;
+    facts.keyPosted = true;
+    facts.primaryOwner = Provenance::Target;
+    EXPECT_TRUE(tellsWhenAsked(facts));
+    facts.hasAnswered = true;
+    EXPECT_TRUE(tellsWhenAsked(facts)) << "the more so";
+
+    const auto changed = [&](auto change) {
+        auto other = facts;
+        change(other);
+        return tellsWhenAsked(other);
+    };
+    EXPECT_FALSE(changed([](auto& f) { f.keyPosted = false; }));
+    EXPECT_FALSE(changed([](auto& f) { f.clipboardChanged = true; }));
+    EXPECT_FALSE(changed([](auto& f) { f.primaryOwner = Provenance::Other; }));
+    EXPECT_FALSE(changed([](auto& f) { f.primaryOwner = Provenance::Unknown; }));
+}
+
 TEST(MayPutBack, replacesOnlyWhatOurCopyMade) {
     struct Case {
         std::string name;
@@ -208,6 +228,31 @@ TEST(IsLateCopy, tellsTheAnswerToOurKeyFromTheUsersOwnCopy) {
     EXPECT_FALSE(changed([](auto& f) { f.selectedAfterKey = -kKeyEcho - 1ms; }))
         << "the user's own copy, made earlier by an application that is slow to announce it";
     EXPECT_FALSE(changed([](auto& f) { f.arrivedAfterKey = kLateCopyWatch + 1ms; })) << "too late";
+}
+
+TEST(AnsweredKey, isTheOldestOfWhoeverCopied) {
+    struct Case {
+        std::string name;
+        std::vector<UnansweredKey> keys;
+        std::optional<std::size_t> expected;
+    };
+    const auto target = Provenance::Target;
+    const auto other = Provenance::Other;
+    const Case cases[] = {
+        {"no key", {}, std::nullopt},
+        {"at once", {{target, 1ms, {}}}, 0},
+        {"long after anybody waited", {{target, 2000ms, {}}}, 0},
+        {"too late", {{target, 2001ms, {}}}, std::nullopt},
+        {"the first of two", {{target, 900ms, {}}, {target, 300ms, {}}}, 0},
+        {"the first is too old", {{target, 2900ms, {}}, {target, 300ms, {}}}, 1},
+        {"the first asked somebody else", {{other, 900ms, {}}, {target, 300ms, {}}}, 1},
+        {"copied elsewhere", {{other, 10ms, {}}}, std::nullopt},
+        {"who knows where", {{Provenance::Unknown, 10ms, {}}}, std::nullopt},
+        {"a selection and a key that came late together", {{target, 900ms, 99ms}}, 0},
+        {"selected and copied by hand since", {{target, 900ms, 100ms}}, std::nullopt},
+        {"selected between two keys", {{target, 900ms, 500ms}, {target, 300ms, {}}}, 1},
+    };
+    for (const auto& c : cases) EXPECT_EQ(answeredKey(c.keys), c.expected) << c.name;
 }
 
 } // namespace

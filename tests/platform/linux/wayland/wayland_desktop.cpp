@@ -78,6 +78,7 @@ WaylandDesktop::WaylandDesktop(WaylandOptions options)
         {"QT_QPA_PLATFORM", "wayland"},
         {"MOZ_ENABLE_WAYLAND", "1"},
         {"GSETTINGS_BACKEND", "memory"},
+        {"GSK_RENDERER", "cairo"}, // GTK 4 would draw by OpenGL, without a GPU.
         {"NO_AT_BRIDGE", "1"},
     };
     for (const auto& [name, value] : m_options.variables) m_environment[name] = value;
@@ -150,6 +151,12 @@ std::vector<std::string> WaylandDesktop::kwinCommand() {
     const auto copy = m_home / "programs/kwin_wayland";
     std::filesystem::create_directories(copy.parent_path());
     std::filesystem::copy_file(*installedProgram("kwin_wayland"), copy);
+    if (!m_options.titles) {
+        // Qt would draw one itself.
+        m_environment["QT_WAYLAND_DISABLE_WINDOWDECORATION"] = "1";
+        std::filesystem::create_directories(m_home / ".config");
+        file(".config/kwinrc", "[org.kde.kdecoration2]\nNoPlugin=true\n");
+    }
     std::ostringstream scale;
     scale << m_options.scale;
     std::vector<std::string> command{copy.string(),     "--virtual",

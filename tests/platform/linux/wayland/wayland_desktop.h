@@ -41,6 +41,7 @@ struct WaylandOptions {
     int height = 800;
     double scale = 1;
     bool xwayland = false; ///< An X server for X11 programs.
+    bool titles = true;    ///< Title bars on KWin. On sway there are none.
     /// Whether KWin lets this very program use what it keeps from others, as it lets the installed
     /// product: by a desktop file that names the program and the interfaces.
     bool known = true;
