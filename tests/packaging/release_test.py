@@ -160,6 +160,14 @@ class Release(unittest.TestCase):
         self.assertIn("is not what was made", result.stderr)
         self.assertNotIn("SHA256SUMS.asc", self.made())
 
+    def test_what_nobody_listed_is_not_signed(self):
+        self.assertEqual(self.release().returncode, 0)
+        (self.out / "kelvane_1.2.3_arm64.deb").write_text("slipped in", encoding="ascii")
+        result = self.release("--sign", KELVANE_SIGN_KEY=self.key())
+        self.assertEqual(result.returncode, 1)
+        self.assertIn("is not what was made", result.stderr)
+        self.assertNotIn("SHA256SUMS.asc", self.made())
+
     def test_key_comes_as_the_workflow_hands_it_over(self):
         """Exported in one home, imported in another: what signs has never seen the owner's."""
         self.assertEqual(self.release().returncode, 0)
