@@ -294,8 +294,6 @@ std::size_t garbledLength(std::string_view text, std::size_t at) {
     return 0;
 }
 
-} // namespace
-
 /// "??? example", "???+ note \"On rain\"" at `marks`, the start of a line: the head of a part that
 /// folds, as MkDocs has it.
 bool opensFold(std::string_view text, std::size_t marks) {
@@ -317,6 +315,25 @@ bool opensFold(std::string_view text, std::size_t marks) {
     return text::isOneOf(kind, kKinds) &&
            (title.empty() || (title.size() > 1 && title.front() == '"' && title.back() == '"'));
 }
+
+/// Whether the replacement character at `at` is spoken of: alone between quotation marks, brackets
+/// or marks of code, or beside its number. Between blanks a dash was lost.
+bool isSpokenOf(std::string_view text, std::size_t at) {
+    constexpr std::size_t kLength = 3;  // Bytes of U+FFFD.
+    constexpr std::size_t kBeside = 40; // Bytes: some words between it and its number.
+    constexpr std::string_view kOpening = "`'\"([<";
+    constexpr std::string_view kClosing = "`'\")]>";
+    const std::size_t begin = at < kBeside ? 0 : at - kBeside;
+    if (text.substr(begin, at - begin + kLength + kBeside).find("U+FFFD") !=
+        std::string_view::npos) {
+        return true;
+    }
+    if (at == 0 || at + kLength >= text.size()) return false;
+    const std::size_t pair = kOpening.find(text[at - 1]);
+    return pair != std::string_view::npos && text[at + kLength] == kClosing[pair];
+}
+
+} // namespace
 
 void checkPlaceholders(const ProseView& view, FindingList& findings) {
     const std::string_view text = view.masked();
@@ -392,23 +409,6 @@ void checkEditingMarks(const ProseView& view, FindingList& findings) {
             break;
         }
     }
-}
-
-/// Whether the replacement character at `at` is spoken of: alone between quotation marks, brackets
-/// or marks of code, or beside its number. Between blanks a dash was lost.
-bool isSpokenOf(std::string_view text, std::size_t at) {
-    constexpr std::size_t kLength = 3;  // Bytes of U+FFFD.
-    constexpr std::size_t kBeside = 40; // Bytes: some words between it and its number.
-    constexpr std::string_view kOpening = "`'\"([<";
-    constexpr std::string_view kClosing = "`'\")]>";
-    const std::size_t begin = at < kBeside ? 0 : at - kBeside;
-    if (text.substr(begin, at - begin + kLength + kBeside).find("U+FFFD") !=
-        std::string_view::npos) {
-        return true;
-    }
-    if (at == 0 || at + kLength >= text.size()) return false;
-    const std::size_t pair = kOpening.find(text[at - 1]);
-    return pair != std::string_view::npos && text[at + kLength] == kClosing[pair];
 }
 
 void checkEncoding(const SourceText& source, FindingList& findings) {
