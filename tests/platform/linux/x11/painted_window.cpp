@@ -2,6 +2,7 @@
 
 #include <xcb/shape.h>
 
+#include <atomic>
 #include <chrono>
 #include <stdexcept>
 #include <utility>
@@ -23,6 +24,15 @@ xcb_visualid_t deepVisual(const xcb_screen_t& screen) {
     throw std::runtime_error("this server has no visual with an alpha channel");
 }
 
+/// An id that no window of this process had. The server gives a link the range of one that has
+/// ended, and a window manager that is still busy with the end of a window unmaps whatever has its
+/// id by then.
+xcb_window_t unusedId(xcb_connection_t* xcb) {
+    static std::atomic<unsigned> windows = 0;
+    for (auto others = windows++; others > 0; --others) xcb_generate_id(xcb);
+    return xcb_generate_id(xcb);
+}
+
 } // namespace
 
 PaintedWindow::PaintedWindow(const std::string& display, PaintedWindowOptions options)
@@ -31,7 +41,7 @@ PaintedWindow::PaintedWindow(const std::string& display, PaintedWindowOptions op
     if (!m_link) throw std::runtime_error("no server on " + display);
     auto& x = *m_link;
     auto* const xcb = x.xcb();
-    m_window = xcb_generate_id(xcb);
+    m_window = unusedId(xcb);
     auto visual = x.screen().root_visual;
     auto colours = x.screen().default_colormap;
     if (m_options.depth == 32) {
