@@ -532,6 +532,45 @@ class Remembering(surroundings.HomeTest):
         seen = {path for paths in settled for path in paths} | set(self.state().changed())
         self.assertEqual(len(seen), 80)
 
+    def test_a_change_while_a_settling_turn_is_held_up_is_not_lost(self):
+        """The turn has read the list and stops, for longer than anybody waits, before it writes."""
+        self.state().record("/a")
+        turn, write = self.state(), os.unlink
+        turn.changed()
+
+        def held_up(path):
+            with mock.patch.object(state_module, "LOCK_TRIES", 2):
+                self.state().record("/b")
+                self.state().record("/a")
+            write(path)
+        with mock.patch.object(state_module.os, "unlink", held_up):
+            turn.settle()
+        self.assertEqual(set(self.state().changed()), {"/a", "/b"})
+        self.assertEqual(self.listed(), ["s1"])
+
+    def test_a_turn_that_never_has_the_list_settles_nothing(self):
+        self.state().record("/a")
+        turn = self.state()
+        with state_module.Lock(str(self.data / "state" / "lock")) as alone:
+            self.assertTrue(alone)
+            with mock.patch.object(state_module, "LOCK_TRIES", 2):
+                self.assertEqual(turn.changed(), ["/a"])
+                self.state().record("/a")  # again: it was read before this
+                turn.settle()
+        turn.settle()
+        self.assertEqual(self.state().changed(), ["/a"])
+
+    def test_one_sessions_late_changes_are_no_other_sessions(self):
+        with state_module.Lock(str(self.data / "state" / "lock")), \
+                mock.patch.object(state_module, "LOCK_TRIES", 2):
+            self.state("s1").record("/a")
+            self.state("s11").record("/b")
+        self.assertEqual(self.state("s1").changed(), ["/a"])
+        self.assertEqual(self.state("s11").changed(), ["/b"])
+
+    def listed(self):
+        return sorted(os.listdir(str(self.data / "state" / "changed")))
+
     def test_turns_that_settle_nothing_do_not_fill_the_list(self):
         with mock.patch.object(state_module, "LONGEST_CHANGED", 1000):
             for _ in range(100):

@@ -85,7 +85,9 @@ class Judged:
             return
         try:
             make_folder(self._folder)
-            with Lock(os.path.join(self._folder, "lock")):
+            with Lock(os.path.join(self._folder, "lock")) as alone:
+                if not alone:
+                    return
                 self._make_room(len(line))
                 handle = os.open(self._file, os.O_WRONLY | os.O_APPEND | os.O_CREAT, 0o600)
                 try:

@@ -2,6 +2,7 @@
 
     changed/SESSION        paths that the session changed, one JSON string a line; an empty line
                            stands behind those that the end of a turn has read
+    changed/SESSION.*.late a change that was noted while somebody else kept the list
     lock                   held while that list, or `judged`, is read and written
     sessions/SESSION.json  what was graded and reported, so that nothing is said twice
     turn.json              the verdict on the last turn that had one, for the desktop's message
@@ -26,6 +27,7 @@ KEEP_SECONDS = 7 * 86400
 CLEAN_SECONDS = 86400
 LONGEST_DOWN = 3600     # further ahead is no promise but a clock that was set back
 LOCK_TRIES, LOCK_PAUSE = 200, 0.005     # seconds: one in all, for a stuck process
+_LATE = ".late"
 _READ = b"\n"           # an empty line of the list: everything before it has been read by a turn
 _NAME = frozenset("abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789_-")
 
@@ -44,12 +46,15 @@ class State:
 
     def record(self, path):
         """Notes that the session changed this file. Several at once are fine, and none is lost to a
-        turn that ends at the same moment."""
+        turn that ends at the same moment, however long that takes."""
         line = (json.dumps(path) + "\n").encode("ascii")
         try:
             make_folder(self._root)
             make_folder(os.path.dirname(self._changed))
-            with self._alone():
+            with self._alone() as alone:
+                if not alone:
+                    self._set_aside(line)
+                    return
                 known = self._read(self._changed, LONGEST_CHANGED)
                 # A path that a turn is just grading may have changed again since it was read.
                 if line in _unread(known):
@@ -70,29 +75,46 @@ class State:
         finally:
             os.close(handle)
 
+    def _set_aside(self, line):
+        """Keeps a change beside the list, which somebody may be about to put another in place of.
+        It appears whole, so that nobody takes it away before it is written."""
+        aside = "{}.{}".format(self._changed, os.urandom(8).hex())
+        _write_file(aside, line)
+        os.replace(aside, aside + _LATE)
+
+    def _take_late(self):
+        """Puts what was set aside into the list."""
+        folder, start = os.path.dirname(self._changed), self._name + "."
+        for name in os.listdir(folder):
+            if name.startswith(start) and name.endswith(_LATE):
+                late = os.path.join(folder, name)
+                self._append(self._read(late, LONGEST_CHANGED))
+                os.unlink(late)
+
     def _replace(self, data):
         aside = "{}.{}".format(self._changed, os.getpid())
-        handle = os.open(aside, os.O_WRONLY | os.O_CREAT | os.O_TRUNC, 0o600)
-        with os.fdopen(handle, "wb") as file:
-            file.write(data)
+        _write_file(aside, data)
         os.replace(aside, self._changed)
 
     def _alone(self):
-        """One process at a time works with the list of changes. Where nothing can be locked nobody
-        waits."""
+        """One process at a time works with the list of changes."""
         return Lock(os.path.join(self._root, "lock"))
 
     def changed(self):
         """The recorded paths in the order of their first change."""
+        alone = False
         try:
-            with self._alone():
+            with self._alone() as alone:
+                if alone:
+                    self._take_late()
                 data = self._read(self._changed, LONGEST_CHANGED)
-                if _unread(data):
+                if alone and _unread(data):
                     self._append(_READ)
                     data += _READ
         except OSError:
             data = self._read(self._changed, LONGEST_CHANGED)
-        self._seen = data
+        # What was not marked as read may change again without being noted again: it stays.
+        self._seen = data if alone else None
         paths = []
         for line in data.splitlines():
             try:
@@ -104,9 +126,14 @@ class State:
         return paths
 
     def settle(self):
-        """Forgets what the last `changed` returned; what was recorded since stays."""
+        """Forgets what the last `changed` returned; what was recorded since stays. While somebody
+        else keeps the list all of it stays, and is looked at again."""
+        if self._seen is None:
+            return
         try:
-            with self._alone():
+            with self._alone() as alone:
+                if not alone:
+                    return
                 data = self._read(self._changed, 2 * LONGEST_CHANGED)
                 if not data.startswith(self._seen):
                     return  # another turn settled meanwhile; what is there is looked at again
@@ -153,9 +180,7 @@ class State:
             make_folder(self._root)
             make_folder(os.path.dirname(path))
             aside = "{}.{}".format(path, os.getpid())
-            handle = os.open(aside, os.O_WRONLY | os.O_CREAT | os.O_TRUNC, 0o600)
-            with os.fdopen(handle, "wb") as file:
-                file.write(data)
+            _write_file(aside, data)
             os.replace(aside, path)
         except OSError:
             pass
@@ -219,9 +244,19 @@ def _unread(data):
     return lines[last + 1:]
 
 
+def _write_file(path, data):
+    with os.fdopen(os.open(path, os.O_WRONLY | os.O_CREAT | os.O_TRUNC, 0o600), "wb") as file:
+        file.write(data)
+
+
 class Lock:
-    """Holds a file's lock for as long as it takes to read and write a list. Where nothing can be
-    locked, or somebody keeps it for a second, nobody waits any longer."""
+    """Holds a file's lock for as long as it takes to read and write a list.
+
+        with Lock(path) as alone:
+
+    `alone` is False after a second in which somebody else kept it: a process that is stuck, or that
+    has had no turn on a busy machine. What is read then may be replaced at any moment, and nothing
+    is to be written. Where nothing can be locked nobody waits, and `alone` is True."""
 
     def __init__(self, path):
         self._path = path
@@ -234,11 +269,12 @@ class Lock:
             for _ in range(LOCK_TRIES):
                 try:
                     fcntl.flock(self._handle, fcntl.LOCK_EX | fcntl.LOCK_NB)
-                    return
+                    return True
                 except BlockingIOError:
                     time.sleep(LOCK_PAUSE)
+            return False
         except (ImportError, OSError):
-            pass
+            return True
 
     def __exit__(self, *_):
         if self._handle is not None:
