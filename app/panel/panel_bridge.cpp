@@ -49,14 +49,14 @@ void PanelBridge::setTextSize(int pixels) {
 }
 
 void PanelBridge::redrawSoon() {
-    if (m_redrawPending) return;
+    if (m_redrawPending || !m_follows) return;
     m_redrawPending = true;
     // Queued: the model tells of a change before it makes it.
     QMetaObject::invokeMethod(
         this,
         [this] {
             // redraw() may have been called by somebody else since.
-            if (m_redrawPending) redraw();
+            if (std::exchange(m_redrawPending, false) && m_follows) redraw();
         },
         Qt::QueuedConnection);
 }

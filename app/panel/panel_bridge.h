@@ -113,6 +113,9 @@ public:
     /// Looks at the model at once instead of on the next turn of the loop: for whoever is about to
     /// show the panel and wants its first frame to be right.
     void redraw();
+    /// Whether changes of the model are followed, as they are at first. For a panel that nobody
+    /// sees only `redraw` looks.
+    void follow(bool follows) { m_follows = follows; }
 
     // What the controls call.
     Q_INVOKABLE void choose(kelvane::PanelMenuAction::Value action); ///< From the menu.
@@ -179,6 +182,7 @@ private:
     bool m_highContrast = false;
     int m_textSize = kTextSize;
     bool m_redrawPending = false;
+    bool m_follows = true;
 };
 
 } // namespace kelvane

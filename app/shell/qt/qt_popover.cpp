@@ -125,7 +125,9 @@ void QtPopover::build() {
 }
 
 void QtPopover::prepare() {
-    if (!m_view) build();
+    if (m_view) return;
+    build();
+    if (m_view) rest();
 }
 
 void QtPopover::show(const PopoverAnchor& anchor) {
@@ -134,6 +136,7 @@ void QtPopover::show(const PopoverAnchor& anchor) {
     // The first frame shows what holds now, in a window of the right height.
     m_beside.item = anchor.item;
     m_beside.pointer = anchor.byPointer ? std::optional(point(QCursor::pos())) : std::nullopt;
+    m_bridge->follow(true);
     m_bridge->redraw();
     limitPanelHeight(*m_view->rootObject(), popoverRoom(m_beside, screensOfTheDesktop()));
     layOutPanel(*m_view->rootObject());
@@ -265,6 +268,15 @@ void QtPopover::hidden() {
     resetPanel(*m_view->rootObject());
     m_view->releaseResources();
     m_ports.wentAway();
+    rest();
+}
+
+void QtPopover::rest() {
+    // A closed panel has let go of what it showed, a preview's picture among it, and then stays as
+    // it is: each control that is told of a change reads megabytes of program code back into
+    // memory.
+    m_bridge->redraw();
+    m_bridge->follow(false);
 }
 
 } // namespace kelvane

@@ -85,6 +85,7 @@ private:
     void activeChanged();
     void closeForClick();
     void hidden();
+    void rest();
     void endLoanOnceBack();
     void endLoan();
     [[nodiscard]] PointerMoment pointerNow() const;

@@ -58,6 +58,24 @@ TEST_F(BridgeTest, RedrawAtOnceLeavesNothingForTheLoop) {
     EXPECT_EQ(header.count(), 1);
 }
 
+TEST_F(BridgeTest, WhoDoesNotFollowIsRedrawnWhenAsked) {
+    QSignalSpy header(&bridge, &PanelBridge::headerChanged);
+    panel.model.hasKey = true; // Told, and not drawn yet.
+    bridge.follow(false);
+    QCoreApplication::processEvents();
+    panel.model.grading = true;
+    QCoreApplication::processEvents();
+    EXPECT_EQ(header.count(), 0);
+    bridge.redraw();
+    EXPECT_EQ(header.count(), 1);
+    EXPECT_EQ(bridge.header().dot, PanelTint::Value::Green);
+
+    bridge.follow(true);
+    panel.model.hasKey = false;
+    QCoreApplication::processEvents();
+    EXPECT_EQ(header.count(), 2);
+}
+
 TEST_F(BridgeTest, ABridgeThatIsGoneIsNotRedrawn) {
     {
         PanelBridge shortLived(panel.model, panel.images);
