@@ -138,8 +138,7 @@ protected:
             << "the panel was not drawn";
     }
     bool closes() {
-        return WaylandDesktop::waitUntil([&] { return count("hidden") == count("shown"); },
-                                         std::chrono::seconds(5));
+        return WaylandDesktop::waitUntil([&] { return count("hidden") == count("shown"); });
     }
     std::unique_ptr<WaylandDesktop> desktop;
     std::string service = "http://127.0.0.1:9";
