@@ -28,13 +28,19 @@ bool OwnWorkspace::activate(ProcessId pid) {
     return m_workspace.activate(pid);
 }
 
+bool OwnWorkspace::activateWindow(ProcessId pid, std::int64_t window) {
+    return m_workspace.activateWindow(pid, window);
+}
+
 std::optional<std::string> OwnWorkspace::silentDisplay() {
     return m_workspace.silentDisplay();
 }
 
-bool OwnWorkspace::activateItself() {
+bool OwnWorkspace::activateItself(std::optional<std::int64_t> window) {
     const auto own = instancesOf(m_bundleId);
-    return !own.empty() && activate(own.front().pid);
+    if (own.empty()) return false;
+    const auto pid = own.front().pid;
+    return window ? activateWindow(pid, *window) : activate(pid);
 }
 
 void OwnWorkspace::rename(RunningApp& app) const {

@@ -25,10 +25,12 @@ public:
     std::vector<RunningApp> runningApplications() override;
     std::vector<RunningApp> instancesOf(std::string_view bundleId) override;
     bool activate(ProcessId pid) override;
+    bool activateWindow(ProcessId pid, std::int64_t window) override;
     std::optional<std::string> silentDisplay() override;
 
-    /// Brings this program itself to the front. False when it has no window.
-    bool activateItself();
+    /// Brings this program itself to the front, by the window given, if one is. False when it has
+    /// no window.
+    bool activateItself(std::optional<std::int64_t> window);
 
 private:
     void rename(RunningApp& app) const;

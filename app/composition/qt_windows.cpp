@@ -10,7 +10,7 @@
 
 namespace kelvane {
 
-QtWindows::QtWindows(DesktopPorts& ports, std::function<void()> bringForward,
+QtWindows::QtWindows(DesktopPorts& ports, std::function<void(const QWindow&)> bringForward,
                      std::function<void()> popoverWentAway)
     : m_ports(ports),
       m_bringForward(std::move(bringForward)),

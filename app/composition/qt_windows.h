@@ -7,6 +7,8 @@
 
 #include <functional>
 
+class QWindow;
+
 namespace kelvane {
 
 struct DesktopPorts;
@@ -14,7 +16,7 @@ struct DesktopPorts;
 class QtWindows : public Windows {
 public:
     /// `ports`, and what the functions refer to, must outlive everything made here.
-    QtWindows(DesktopPorts& ports, std::function<void()> bringForward,
+    QtWindows(DesktopPorts& ports, std::function<void(const QWindow&)> bringForward,
               std::function<void()> popoverWentAway);
 
     std::unique_ptr<StatusItem> statusItem() override;
@@ -26,7 +28,7 @@ public:
 
 private:
     DesktopPorts& m_ports;
-    std::function<void()> m_bringForward;
+    std::function<void(const QWindow&)> m_bringForward;
     std::function<void()> m_popoverWentAway;
 };
 

@@ -14,6 +14,7 @@
 #include <QApplication>
 #include <QFile>
 #include <QIcon>
+#include <QWindow>
 
 #include <iostream>
 #include <utility>
@@ -60,7 +61,7 @@ ShellProgram::ShellProgram(const Launch& launch, std::unique_ptr<SingleInstance>
                   .clock = *m_ports.clock}),
       m_turns(*m_ports.files, m_installation.braskHome),
       m_windows(
-          m_ports, [this] { bringForward(); },
+          m_ports, [this](const QWindow& window) { bringForward(&window); },
           [this] {
               m_idle.restart();
               m_delegate.panelWentAway();
@@ -68,7 +69,8 @@ ShellProgram::ShellProgram(const Launch& launch, std::unique_ptr<SingleInstance>
       m_renderer(makeQtPanelRenderer(m_windows.images())),
       m_ticker(makeQtTicker()),
       m_historyWindow(
-          historyPorts(), [this] { bringForward(); }, [this] { m_idle.restart(); }),
+          historyPorts(), [this](const QWindow& window) { bringForward(&window); },
+          [this] { m_idle.restart(); }),
       m_delegate(
           delegatePorts(),
           shellActions({.ports = m_ports,
@@ -147,9 +149,13 @@ HistoryBridge::Ports ShellProgram::historyPorts() {
             .local = localTimeMs};
 }
 
-void ShellProgram::bringForward() {
+void ShellProgram::bringForward(const QWindow* window) {
     activateApplication();
-    m_workspace.activateItself();
+    // By that window and no other: of several the system would choose an ordinary one, which takes
+    // the keyboard from a panel that has just been given it.
+    m_workspace.activateItself(window != nullptr
+                                   ? std::optional(static_cast<std::int64_t>(window->winId()))
+                                   : std::nullopt);
 }
 
 bool ShellProgram::useLanguage() {
@@ -171,10 +177,9 @@ void ShellProgram::openSettings(CompanionModel& model) {
                 .askPlace = [this] { m_delegate.askWhereToGrade(); },
                 .apply = [this] { applySettings(); },
                 .shortcutProblem = [this] { return m_shortcut.problem(); }},
-            m_windows.images());
+            m_windows.images(), [this](const QWindow& window) { bringForward(&window); });
     }
     m_settingsWindow->open();
-    bringForward();
 }
 
 void ShellProgram::startedAgain(const std::string& activationToken) {

@@ -50,7 +50,7 @@ public:
 private:
     [[nodiscard]] AppDelegate::Ports delegatePorts();
     [[nodiscard]] HistoryBridge::Ports historyPorts();
-    void bringForward();
+    void bringForward(const QWindow* window = nullptr);
     void openSettings(CompanionModel& model);
     void applySettings();
     /// Whether the texts are in another language than before.

@@ -108,4 +108,10 @@ bool isSameClick(const std::optional<PointerMoment>& closing, const PointerMomen
            std::abs(now.at.y - closing->at.y) <= kClickSlop;
 }
 
+KeyboardGone keyboardGone(const KeyboardLoan& loan) {
+    if (loan.lent) return KeyboardGone::Stays;
+    const bool mayBeLate = !loan.told && loan.sinceItsEnd && *loan.sinceItsEnd <= kLateNews;
+    return mayBeLate ? KeyboardGone::ClosesIfItLasts : KeyboardGone::Closes;
+}
+
 } // namespace kelvane

@@ -25,4 +25,9 @@ bool FakeWorkspace::activate(ProcessId pid) {
     return true;
 }
 
+bool FakeWorkspace::activateWindow(ProcessId pid, std::int64_t window) {
+    m_journal.add("window " + std::to_string(window));
+    return activate(pid);
+}
+
 } // namespace kelvane

@@ -23,6 +23,8 @@ public:
     std::optional<RunningApp> frontmost() override;
     std::vector<RunningApp> runningApplications() override { return running; }
     bool activate(ProcessId pid) override;
+    /// As `activate`, with the window in the journal.
+    bool activateWindow(ProcessId pid, std::int64_t window) override;
 
 private:
     Journal& m_journal;

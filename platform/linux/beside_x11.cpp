@@ -44,6 +44,11 @@ public:
         return m_both->x11.workspace->activate(pid) || m_both->other.workspace->activate(pid);
     }
 
+    bool activateWindow(ProcessId pid, std::int64_t window) override {
+        return m_both->x11.workspace->activateWindow(pid, window) ||
+               m_both->other.workspace->activateWindow(pid, window);
+    }
+
     std::optional<std::string> silentDisplay() override {
         return m_both->x11.workspace->silentDisplay();
     }

@@ -74,6 +74,9 @@ public:
         return ports()->workspace->instancesOf(bundleId);
     }
     bool activate(ProcessId pid) override { return ports()->workspace->activate(pid); }
+    bool activateWindow(ProcessId pid, std::int64_t window) override {
+        return ports()->workspace->activateWindow(pid, window);
+    }
     std::optional<std::string> silentDisplay() override {
         return ports()->workspace->silentDisplay();
     }

@@ -12,4 +12,8 @@ std::vector<RunningApp> Workspace::instancesOf(std::string_view bundleId) {
     return found;
 }
 
+bool Workspace::activateWindow(ProcessId pid, std::int64_t) {
+    return activate(pid);
+}
+
 } // namespace kelvane

@@ -7,6 +7,7 @@
 
 #include "platform/ports/running_app.h"
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -36,6 +37,11 @@ public:
     /// Asks the system to bring this instance forward and returns without waiting for it. False
     /// when there is nothing to ask: the instance is gone or there is no display.
     virtual bool activate(ProcessId pid) = 0;
+
+    /// Asks for one window of this instance, by the number that its toolkit gives it, and returns
+    /// without waiting for it. False as above, and when the window system does not manage that
+    /// window (yet). The plain answer brings the instance forward by the window that stands for it.
+    virtual bool activateWindow(ProcessId pid, std::int64_t window);
 
     /// The name of a display that is there but does not answer, which is why every answer is the
     /// absent one. Absent when it answers, and when there is none.

@@ -51,10 +51,14 @@ TEST_F(OwnWorkspaceTest, ActivatingPassesThrough) {
 }
 
 TEST_F(OwnWorkspaceTest, ActivatesItselfWhenItHasAWindow) {
-    EXPECT_TRUE(workspace.activateItself());
+    EXPECT_TRUE(workspace.activateItself(std::nullopt));
     EXPECT_EQ(fake.workspace.front, 20);
+    EXPECT_TRUE(workspace.activateItself(7));
+    EXPECT_EQ(fake.journal.entries(),
+              (std::vector<std::string>{"activate 20", "window 7", "activate 20"}));
     fake.workspace.running.erase(fake.workspace.running.begin() + 1);
-    EXPECT_FALSE(workspace.activateItself());
+    EXPECT_FALSE(workspace.activateItself(std::nullopt));
+    EXPECT_FALSE(workspace.activateItself(7));
 }
 
 } // namespace

@@ -20,7 +20,8 @@ constexpr QSize kSmallest{560, 360};
 
 } // namespace
 
-QtHistoryWindow::QtHistoryWindow(HistoryBridge::Ports ports, std::function<void()> bringForward,
+QtHistoryWindow::QtHistoryWindow(HistoryBridge::Ports ports,
+                                 std::function<void(const QWindow&)> bringForward,
                                  std::function<void()> wentAway)
     : m_ports(std::move(ports)),
       m_bringForward(std::move(bringForward)),
@@ -75,7 +76,7 @@ void QtHistoryWindow::show() {
     m_view->raise();
     m_view->requestActivate();
     m_view->rootObject()->forceActiveFocus();
-    if (!m_view->isActive()) m_bringForward();
+    if (!m_view->isActive()) m_bringForward(*m_view);
 }
 
 void QtHistoryWindow::close() {

@@ -12,6 +12,7 @@
 #include <memory>
 
 class QQuickView;
+class QWindow;
 
 namespace kelvane {
 
@@ -21,9 +22,9 @@ class QtHistoryWindow : public QObject {
     Q_OBJECT
 
 public:
-    /// `bringForward` asks the system to bring this program forward; `wentAway` is called once the
+    /// `bringForward` asks the system to bring a window forward; `wentAway` is called once the
     /// window has been closed.
-    QtHistoryWindow(HistoryBridge::Ports ports, std::function<void()> bringForward,
+    QtHistoryWindow(HistoryBridge::Ports ports, std::function<void(const QWindow&)> bringForward,
                     std::function<void()> wentAway);
     ~QtHistoryWindow() override;
 
@@ -38,7 +39,7 @@ private:
     void letGo();
 
     HistoryBridge::Ports m_ports;
-    std::function<void()> m_bringForward;
+    std::function<void(const QWindow&)> m_bringForward;
     std::function<void()> m_wentAway;
     std::unique_ptr<HistoryBridge> m_bridge;
     std::unique_ptr<PanelAppearance> m_appearance;

@@ -70,6 +70,11 @@ QtPopover::QtPopover(Ports ports, std::filesystem::path traceFile)
     m_waitForKeyboard.setInterval(kLook);
     m_waitForKeyboard.setTimerType(Qt::PreciseTimer);
     connect(&m_waitForKeyboard, &QTimer::timeout, this, &QtPopover::endLoanOnceBack);
+    m_waitForLateNews.setSingleShot(true);
+    m_waitForLateNews.setInterval(kLateNews);
+    connect(&m_waitForLateNews, &QTimer::timeout, this, [this] {
+        if (!m_view->isActive() && !m_lent) close();
+    });
 }
 
 QtPopover::~QtPopover() {
@@ -163,13 +168,15 @@ void QtPopover::takeKeyboard() {
     m_view->requestActivate();
     m_view->rootObject()->forceActiveFocus();
     // A window manager may take Qt's wish for something older than the user's last action.
-    if (!m_view->isActive()) m_ports.bringForward();
+    if (!m_view->isActive()) m_ports.bringForward(*m_view);
 }
 
 void QtPopover::lendKeyboard() {
     m_waitForKeyboard.stop();
     if (isShown()) {
         m_lent = true;
+        m_toldOfLoan = !m_view->isActive();
+        m_waitForLateNews.stop();
         if (m_layer) m_layer->lend(true);
     } else {
         m_lender = QGuiApplication::focusWindow();
@@ -184,7 +191,7 @@ void QtPopover::takeKeyboardBack() {
         takeKeyboard();
     } else if (m_lender) {
         m_lender->requestActivate();
-        if (!m_lender->isActive()) m_ports.bringForward();
+        if (!m_lender->isActive()) m_ports.bringForward(*m_lender);
     } else {
         return;
     }
@@ -209,7 +216,9 @@ void QtPopover::endLoan() {
     m_waitForKeyboard.stop();
     m_ports.hold.stop();
     m_lender.clear();
-    if (std::exchange(m_lent, false) && m_trace) m_trace->note("keyboard back");
+    if (!std::exchange(m_lent, false)) return;
+    m_loanEnded = m_ports.clock.now();
+    if (m_trace) m_trace->note("keyboard back");
 }
 
 bool QtPopover::eventFilter(QObject*, QEvent* event) {
@@ -246,9 +255,27 @@ void QtPopover::pressed(Point at) {
 void QtPopover::activeChanged() {
     if (m_view->isActive()) {
         m_wasActive = true;
-    } else if (m_wasActive && isShown() && !m_lent) {
-        closeForClick();
+        m_waitForLateNews.stop();
+        return;
     }
+    if (!m_wasActive || !isShown()) return;
+    switch (keyboardGone(loan())) {
+    case KeyboardGone::Stays:
+        break;
+    case KeyboardGone::Closes:
+        closeForClick();
+        break;
+    case KeyboardGone::ClosesIfItLasts:
+        m_waitForLateNews.start();
+        break;
+    }
+    m_toldOfLoan = true;
+}
+
+KeyboardLoan QtPopover::loan() const {
+    KeyboardLoan loan{.lent = m_lent, .told = m_toldOfLoan, .sinceItsEnd = {}};
+    if (m_loanEnded) loan.sinceItsEnd = m_ports.clock.now() - *m_loanEnded;
+    return loan;
 }
 
 void QtPopover::closeForClick() {
@@ -264,6 +291,7 @@ void QtPopover::close() {
 
 void QtPopover::hidden() {
     m_ports.presses.stop();
+    m_waitForLateNews.stop();
     endLoan();
     resetPanel(*m_view->rootObject());
     m_view->releaseResources();

@@ -29,6 +29,7 @@
 #include <optional>
 
 class QQuickView;
+class QWindow;
 
 namespace kelvane {
 
@@ -52,8 +53,8 @@ public:
         PointerPresses& presses;
         InputHold& hold;
         Compositing& compositing;
-        /// Asks the system to bring this program forward.
-        std::function<void()> bringForward;
+        /// Asks the system to bring one of this program's windows forward.
+        std::function<void(const QWindow&)> bringForward;
         /// Called whenever it has gone away.
         std::function<void()> wentAway;
     };
@@ -86,6 +87,7 @@ private:
     void closeForClick();
     void hidden();
     void rest();
+    [[nodiscard]] KeyboardLoan loan() const;
     void endLoanOnceBack();
     void endLoan();
     [[nodiscard]] PointerMoment pointerNow() const;
@@ -102,6 +104,9 @@ private:
     std::optional<PointerMoment> m_closed;
     std::optional<PointerMoment> m_opened; ///< By a click.
     bool m_lent = false;                   ///< The keyboard, by the panel to a capture.
+    bool m_toldOfLoan = true;              ///< See KeyboardLoan.
+    std::optional<std::chrono::nanoseconds> m_loanEnded;
+    QTimer m_waitForLateNews;
     /// Another window of the program's that had the keyboard when a capture began.
     QPointer<QWindow> m_lender;
     QTimer m_waitForKeyboard;

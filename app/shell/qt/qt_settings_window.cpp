@@ -14,11 +14,13 @@
 
 namespace kelvane {
 
-QtSettingsWindow::QtSettingsWindow(SettingsBridge::Ports ports, PanelImages images)
+QtSettingsWindow::QtSettingsWindow(SettingsBridge::Ports ports, PanelImages images,
+                                   std::function<void(const QWindow&)> bringForward)
     : m_panel(ports.model, images),
       m_bridge(std::move(ports)),
       m_appearance(std::make_unique<PanelAppearance>(m_panel)),
-      m_view(makeSettingsView(m_bridge, m_panel)) {
+      m_view(makeSettingsView(m_bridge, m_panel)),
+      m_bringForward(std::move(bringForward)) {
     if (!m_view) return;
     m_view->setFlags(Qt::Dialog);
     m_view->setPersistentSceneGraph(false);
@@ -44,6 +46,7 @@ void QtSettingsWindow::open() {
     m_view->raise();
     m_view->requestActivate();
     m_view->rootObject()->forceActiveFocus();
+    if (!m_view->isActive()) m_bringForward(*m_view);
 }
 
 void QtSettingsWindow::close() {

@@ -9,9 +9,11 @@
 
 #include <QObject>
 
+#include <functional>
 #include <memory>
 
 class QQuickView;
+class QWindow;
 
 namespace kelvane {
 
@@ -21,8 +23,9 @@ class QtSettingsWindow : public QObject {
     Q_OBJECT
 
 public:
-    /// All of it must outlive the window.
-    QtSettingsWindow(SettingsBridge::Ports ports, PanelImages images);
+    /// All of it must outlive the window. `bringForward` asks the system to bring a window forward.
+    QtSettingsWindow(SettingsBridge::Ports ports, PanelImages images,
+                     std::function<void(const QWindow&)> bringForward);
     ~QtSettingsWindow() override;
 
     /// Shows it, or brings it forward, with what holds now.
@@ -36,6 +39,7 @@ private:
     SettingsBridge m_bridge;
     std::unique_ptr<PanelAppearance> m_appearance;
     std::unique_ptr<QQuickView> m_view;
+    std::function<void(const QWindow&)> m_bringForward;
 };
 
 } // namespace kelvane

@@ -75,8 +75,23 @@ public:
         return frontInstancesFirst(std::move(running));
     }
 
-    bool activate(ProcessId pid) override {
-        const auto window = windowToRaise(pid);
+    bool activate(ProcessId pid) override { return askFor(windowToRaise(windowsOf(pid))); }
+
+    bool activateWindow(ProcessId pid, std::int64_t window) override {
+        const auto own = windowsOf(pid);
+        const auto found = std::ranges::find(own, window);
+        return found != own.end() && askFor(*found);
+    }
+
+    std::optional<std::string> silentDisplay() override {
+        const bool silent = m_applications ? m_applications->connection().alive() &&
+                                                 !m_applications->connection().answers()
+                                           : !m_display.empty();
+        return silent ? std::optional(m_display) : std::nullopt;
+    }
+
+private:
+    bool askFor(xcb_window_t window) {
         if (window == XCB_WINDOW_NONE) return false;
         // A link of its own, because it listens.
         const auto link = X11Connection::open(m_display);
@@ -97,24 +112,21 @@ public:
                                                       reinterpret_cast<const char*>(&message)));
     }
 
-    std::optional<std::string> silentDisplay() override {
-        const bool silent = m_applications ? m_applications->connection().alive() &&
-                                                 !m_applications->connection().answers()
-                                           : !m_display.empty();
-        return silent ? std::optional(m_display) : std::nullopt;
-    }
-
-private:
-    /// The window that stands for this instance: one that is on screen before one that is not, a
-    /// normal one before a dialog, the topmost of those.
-    xcb_window_t windowToRaise(ProcessId pid) {
-        if (!m_applications) return XCB_WINDOW_NONE;
-        const auto windows = m_applications->stacking();
-        if (!windows) return XCB_WINDOW_NONE;
+    /// Those that the window manager knows, from the lowest to the topmost.
+    std::vector<xcb_window_t> windowsOf(ProcessId pid) {
         std::vector<xcb_window_t> own;
+        const auto windows = m_applications ? m_applications->stacking() : std::nullopt;
+        if (!windows) return own;
         for (const auto& window : m_applications->identifyAll(*windows, *windows)) {
             if (window.app.pid == pid) own.push_back(window.window);
         }
+        return own;
+    }
+
+    /// The window that stands for its instance: one that is on screen before one that is not, a
+    /// normal one before a dialog, the topmost of those.
+    xcb_window_t windowToRaise(const std::vector<xcb_window_t>& own) {
+        if (own.empty()) return XCB_WINDOW_NONE;
         xcb_window_t chosen = XCB_WINDOW_NONE;
         int chosenRank = 0;
         for (const auto& window : describeWindows(m_applications->connection(), own)) {

@@ -144,5 +144,28 @@ TEST(SameClickTest, Table) {
     }
 }
 
+TEST(KeyboardGone, OnlyALoanThatIsToldLateIsWaitedFor) {
+    using enum KeyboardGone;
+    struct Case {
+        const char* what;
+        KeyboardLoan loan;
+        KeyboardGone expected;
+    };
+    const Case cases[] = {
+        {"before any grade", {}, Closes},
+        {"lent, and that is told", {.lent = true, .told = false, .sinceItsEnd = {}}, Stays},
+        {"lent, and it goes once more", {.lent = true, .told = true, .sinceItsEnd = 1s}, Stays},
+        {"back, and only now told",
+         {.lent = false, .told = false, .sinceItsEnd = 1ms},
+         ClosesIfItLasts},
+        {"at the last moment",
+         {.lent = false, .told = false, .sinceItsEnd = kLateNews},
+         ClosesIfItLasts},
+        {"long after", {.lent = false, .told = false, .sinceItsEnd = kLateNews + 1ms}, Closes},
+        {"told in time, then gone", {.lent = false, .told = true, .sinceItsEnd = 1ms}, Closes},
+    };
+    for (const auto& c : cases) EXPECT_EQ(keyboardGone(c.loan), c.expected) << c.what;
+}
+
 } // namespace
 } // namespace kelvane

@@ -116,6 +116,32 @@ TEST_F(X11WorkspaceTest, aWindowWithoutAClassIsTheSameToEveryQuestion) {
     EXPECT_EQ(adapters.workspace->runningApplications(), std::vector{*front});
 }
 
+TEST_F(X11WorkspaceTest, oneWindowOfAProgramCanBeAskedFor) {
+    X11Adapters adapters(desktop());
+    adapters.install("family", "Name=Family\nStartupWMClass=Family\n");
+    const auto main = paint({.wmClass = "Family"});
+    const auto panel =
+        paint({.x = 400, .wmClass = "Family", .type = "_NET_WM_WINDOW_TYPE_UTILITY"});
+    const auto stranger = open({"xterm", "-e", "sleep", "600"}, "XTerm");
+    const auto family = adapters.workspace->instancesOf("family");
+    ASSERT_EQ(family.size(), 1U);
+    const auto comesForward = [&](const PaintedWindow& window) {
+        return VirtualDesktop::waitUntil([&] { return desktop().activeWindow() == window.id(); });
+    };
+    for (const auto* const window : {panel.get(), main.get(), panel.get()}) {
+        EXPECT_TRUE(adapters.workspace->activateWindow(family.front().pid, window->id()));
+        EXPECT_TRUE(comesForward(*window));
+    }
+    EXPECT_TRUE(adapters.workspace->activate(family.front().pid));
+    EXPECT_TRUE(comesForward(*main)) << "the ordinary one stands for the program";
+
+    EXPECT_FALSE(adapters.workspace->activateWindow(family.front().pid, stranger));
+    EXPECT_FALSE(adapters.workspace->activateWindow(family.front().pid, 0));
+    EXPECT_FALSE(adapters.workspace->activateWindow(family.front().pid, -1));
+    EXPECT_FALSE(adapters.workspace->activateWindow(1, panel->id()));
+    EXPECT_TRUE(comesForward(*main));
+}
+
 TEST_F(X11WorkspaceTest, oneProcessMayHostSeveralApplications) {
     X11Adapters adapters(desktop());
     adapters.install("suite-text", "Name=Text\nStartupWMClass=suite-text\n");
