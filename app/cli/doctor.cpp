@@ -43,11 +43,12 @@ void program(const DoctorFacts& facts, Lines& lines) {
         lines.advice("program", "It does not run on this desktop.",
                      "Start it from the applications menu, or as kelvane.");
     }
-    if (facts.startsAtLogin) {
+    if (facts.startsAtLogin || (facts.hasPackagesEntry && facts.isInstalled)) {
         lines.good("program", "It starts when you log in.");
     } else {
         lines.advice("program", "It does not start when you log in.",
-                     "Choose “Wire my tools” in its menu.");
+                     facts.isInstalled ? "Choose “Wire my tools” in its menu."
+                                       : "Start it once: its first start sees to that.");
     }
     if (!facts.copyVersion.empty() && facts.copyVersion != facts.version) {
         lines.advice("program",

@@ -53,10 +53,12 @@ struct DoctorFacts {
     std::optional<bool> hasAccessibility; ///< The accessibility bus; likewise.
     /// Who shows messages, as it calls itself; empty: nobody; nothing: could not be asked.
     std::optional<std::string> notifier;
-    bool wantsNotices = true; ///< The settings have verdicts told by messages.
-    bool isRunning = false;   ///< An instance answers.
-    bool isInstalled = false; ///< The validator kit stands in the data folder.
-    bool startsAtLogin = false;
+    bool wantsNotices = true;   ///< The settings have verdicts told by messages.
+    bool isRunning = false;     ///< An instance answers.
+    bool isInstalled = false;   ///< The validator kit stands in the data folder.
+    bool startsAtLogin = false; ///< By an entry of this user's own.
+    /// A package's entry is there, which starts it for those who have started it themselves before.
+    bool hasPackagesEntry = false;
     /// Of the copy in the home folder, which is the one that starts then; empty without one.
     std::string copyVersion;
     bool hasPython = false;

@@ -20,6 +20,7 @@
 #include "text/web_address.h"
 
 #include <algorithm>
+#include <array>
 #include <chrono>
 #include <sys/utsname.h>
 #include <system_error>
@@ -134,15 +135,17 @@ Installation installation(CliPorts& ports, LoginItem item) {
             .dataHome = dataHome(*ports.environment, folder)};
 }
 
-/// Whichever kind of login item this system goes by; a package may have its own.
+/// Whichever kind of login item this system goes by.
 bool startsAtLogin(CliPorts& ports) {
-    std::vector<fs::path> places{fs::path("/etc/xdg/autostart") /
-                                 (std::string(kBundleID) + ".desktop")};
-    for (const LoginItem item : {LoginItem::AutostartEntry, LoginItem::LaunchAgent}) {
-        places.push_back(startFiles(installation(ports, item)).front().path);
-    }
-    return std::ranges::any_of(places,
-                               [&](const fs::path& place) { return ports.files->exists(place); });
+    return std::ranges::any_of(
+        std::array{LoginItem::AutostartEntry, LoginItem::LaunchAgent}, [&](LoginItem item) {
+            return ports.files->exists(startFiles(installation(ports, item)).front().path);
+        });
+}
+
+bool hasPackagesEntry(CliPorts& ports) {
+    return ports.files->exists(fs::path("/etc/xdg/autostart") /
+                               (std::string(kBundleID) + ".desktop"));
 }
 
 /// Of the copy that this program makes of itself; the kit in it knows. Empty when there is none.
@@ -222,6 +225,7 @@ DoctorFacts doctorFacts(CliPorts& ports) {
     facts.isRunning = askInstance(kAskStatus).has_value();
     facts.isInstalled = ToolWiring::isInstalled(*ports.files, braskHome(folder));
     facts.startsAtLogin = startsAtLogin(ports);
+    facts.hasPackagesEntry = hasPackagesEntry(ports);
     facts.copyVersion = copyVersion(ports);
     facts.hasPython =
         ran(ports, "5 sh -lc 'command -v python3' </dev/null 2>/dev/null").has_value();

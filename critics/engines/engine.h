@@ -67,7 +67,7 @@ struct EngineEntry {
 
     std::string_view debian; ///< Package, or empty where Debian has none.
     std::string_view homebrew;
-    std::string_view otherwise; ///< How else it is had: "scripts/engines". Empty if not.
+    std::string_view npm; ///< Package with the version that is tried; likewise.
 };
 
 /// An entry's program on this machine.

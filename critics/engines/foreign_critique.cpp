@@ -291,7 +291,13 @@ std::string howToObtain(const EngineEntry& entry) {
     };
     add("Debian: ", entry.debian);
     add("Homebrew: ", entry.homebrew);
-    add("", entry.otherwise);
+    if (!entry.npm.empty()) {
+        // To the last of the folders where it is looked for, which is the one that every kind of
+        // installation has.
+        add("npm, with Node.js 20 or later: sudo npm install --ignore-scripts --prefix "
+            "/usr/local/lib/kelvane/engines ",
+            entry.npm);
+    }
     return out;
 }
 

@@ -91,6 +91,14 @@ class Session:
         self.panel.click_at(*self.alerts.place_of(button))
         wait_until(lambda: not self.alerts.has(button), f"the alert with {button} to go")
 
+    def says(self, switch, status, *texts):
+        told = subprocess.run(["kelvane", switch], stdin=subprocess.DEVNULL, capture_output=True, text=True,
+                              check=False)
+        missing = [text for text in texts if text not in told.stdout]
+        if told.returncode != status or missing:
+            raise SystemExit(f"kelvane {switch} ends with {told.returncode} and lacks {missing}: "
+                             f"{told.stdout}{told.stderr}")
+
     def note(self, name):
         path = self.folder / f"{name}.txt"
         path.write_text(FLAWED, encoding="utf-8")
@@ -176,6 +184,9 @@ class Alerts:
 def main(which, *editors):
     session = Session()
     if which == "first":
+        session.says("--status", 1, "Kelvane:  does not run", "Wired:    no coding tool")
+        session.says("--doctor", 1, "It does not start when you log in.", "There is no key.",
+                     "The local service is /usr/bin/trevix-local.")
         session.launched("gtk-launch", ID)
         session.click("Grade on this machine")
         wait_until(lambda: CHOICE.exists() and "service: this machine\n" in CHOICE.read_text(encoding="utf-8"),
@@ -202,6 +213,10 @@ def main(which, *editors):
     if graded.returncode != 1 or "recieved" not in graded.stdout:
         raise SystemExit(f"brask does not know where to grade: {graded.stdout}{graded.stderr}")
     step("graded by brask")
+    session.says("--status", 0, "Kelvane:  runs", "Grade:    route_to_fix", "Service:  this machine", ", answers")
+    session.says("--doctor", 0, "It starts when you log in.", "The key is the local service's own.",
+                 "Claude Code is wired.")
+    step("all is well, says the doctor")
 
 
 if __name__ == "__main__":

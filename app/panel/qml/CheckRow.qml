@@ -6,7 +6,7 @@ Pressable {
     id: root
 
     checkable: true
-    implicitWidth: mark.width + 8 + Math.ceil(words.implicitWidth)
+    implicitWidth: mark.width + 8 + Math.ceil(oneLine.implicitWidth)
     implicitHeight: Math.max(mark.height, Math.ceil(words.height)) + 4
     ringRadius: 3
 
@@ -29,6 +29,15 @@ Pressable {
             radius: root.oneOfSeveral ? width / 2 : 1
             color: root.theme.white
         }
+    }
+    // What is drawn cannot tell its natural width: it finds it out while its own width, which follows, is set.
+    PanelText {
+        id: oneLine
+        visible: false
+        theme: root.theme
+        text: root.label
+        wrapMode: Text.NoWrap
+        font: words.font
     }
     PanelText {
         id: words

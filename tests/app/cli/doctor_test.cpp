@@ -108,6 +108,21 @@ TEST_P(DoctorLineOf, SaysWhatIsAndWhatToDo) {
     EXPECT_EQ(line.todo.empty(), line.health == Health::Good);
 }
 
+TEST(DoctorOfAPackage, ItsEntryCountsOnceSomebodyHasStartedTheProgram) {
+    EXPECT_EQ(doctorLines(with([](DoctorFacts& f) {
+                  f.startsAtLogin = false;
+                  f.hasPackagesEntry = true;
+              })),
+              doctorLines(allIsWell()));
+    const auto lines = beyondWell(with([](DoctorFacts& f) {
+        f.startsAtLogin = f.isInstalled = false;
+        f.hasPackagesEntry = true;
+    }));
+    ASSERT_EQ(lines.size(), 2U) << doctorText(lines);
+    EXPECT_THAT(lines.front().what, HasSubstr("does not start when you log in"));
+    EXPECT_THAT(lines.front().todo, HasSubstr("Start it once"));
+}
+
 const Case kCases[] = {
     {"NotRunning", [](DoctorFacts& f) { f.isRunning = false; }, Health::Advice,
      "does not run on this desktop", "applications menu"},

@@ -30,8 +30,8 @@ TEST(EngineDocument, HasEachEngineOnceInTheOrderOfTheTable) {
     std::vector<std::string> expected;
     for (const EngineEntry& entry : engineTable()) {
         std::string row = "|";
-        for (const std::string_view cell : {entry.name, entry.judges, entry.licence, entry.debian,
-                                            entry.homebrew, entry.otherwise}) {
+        for (const std::string_view cell :
+             {entry.name, entry.judges, entry.licence, entry.debian, entry.homebrew, entry.npm}) {
             row += cell.empty() ? " |" : " " + std::string(cell) + " |";
         }
         expected.push_back(row);

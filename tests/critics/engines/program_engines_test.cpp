@@ -231,6 +231,11 @@ TEST(FolderFinder, AdministratorsFolderComesAfterThoseOfTheProgram) {
     ASSERT_EQ(folders.size(), 4U);
     EXPECT_EQ(folders.front().lexically_normal(), "/usr/lib/kelvane/engines");
     EXPECT_EQ(folders.back(), "/usr/local/lib/kelvane/engines");
+    for (const EngineEntry& entry : engineTable()) {
+        if (entry.npm.empty()) continue;
+        EXPECT_THAT(howToObtain(entry), HasSubstr("--prefix " + folders.back().string() + " " +
+                                                  std::string(entry.npm)));
+    }
 }
 
 TEST(FolderFinder, FindsWhatCanBeRunInTheOrderOfTheFolders) {
