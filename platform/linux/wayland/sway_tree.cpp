@@ -3,6 +3,7 @@
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
+#include <set>
 #include <tuple>
 #include <utility>
 
@@ -76,6 +77,21 @@ void collect(const json& node, bool floating, int depth, std::vector<SwayWindow>
     }
 }
 
+/// Whose title no other of them has.
+template <typename Window>
+std::map<std::string, const Window*> byTitle(const std::vector<const Window*>& windows) {
+    std::map<std::string, const Window*> unique;
+    std::set<std::string> seen{""};
+    for (const auto* const window : windows) {
+        if (seen.insert(window->title).second) {
+            unique.emplace(window->title, window);
+        } else {
+            unique.erase(window->title);
+        }
+    }
+    return unique;
+}
+
 } // namespace
 
 std::optional<std::vector<SwayWindow>> swayWindows(std::string_view text) {
@@ -94,6 +110,7 @@ std::map<std::uint32_t, SwayWindow> matchedWindows(const std::vector<WaylandWind
     std::map<Said, std::vector<const WaylandWindow*>> ours;
     for (const auto& window : windows) ours[{window.appId, window.title}].push_back(&window);
     std::map<std::uint32_t, SwayWindow> matched;
+    std::set<std::int64_t> taken;
     for (auto& [said, own] : ours) {
         auto& candidates = theirs[said];
         std::ranges::sort(candidates, {}, [](const SwayWindow* window) {
@@ -105,7 +122,23 @@ std::map<std::uint32_t, SwayWindow> matchedWindows(const std::vector<WaylandWind
         // One active without one focused, or the other way about, is another moment.
         for (std::size_t i = 0; i < std::min(own.size(), candidates.size()); ++i) {
             matched.emplace(own[i]->number, *candidates[i]);
+            taken.insert(candidates[i]->id);
         }
+    }
+    // sway goes on telling the name that a window had when it appeared, and shows the one that it
+    // has now in its tree.
+    std::vector<const WaylandWindow*> renamed;
+    for (const auto& window : windows) {
+        if (!matched.contains(window.number)) renamed.push_back(&window);
+    }
+    std::vector<const SwayWindow*> left;
+    for (const auto& window : tree) {
+        if (!taken.contains(window.id)) left.push_back(&window);
+    }
+    const auto titles = byTitle(left);
+    for (const auto& [title, window] : byTitle(renamed)) {
+        const auto found = titles.find(title);
+        if (found != titles.end()) matched.emplace(window->number, *found->second);
     }
     return matched;
 }
