@@ -1,0 +1,396 @@
+// Real programs of every kind on real compositors: who is in front, what is selected in it, a
+// picture of its window, and the clipboard afterwards. And terminals, which get no key.
+
+#include "tests/platform/linux/wayland/compositor_stage.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <chrono>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <iterator>
+#include <map>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace kelvane {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto kDocument = "First line\nZweite Zeile: grüße 😀\n\tthird";
+
+/// The limit of what only says that it is not going to happen: a browser that starts on a machine
+/// where everything is busy takes some ten times what it does alone.
+constexpr auto kProgramPatience = 120s;
+/// Pixels that are another colour once all of a document is selected: more than a blinking cursor,
+/// and less than three marked lines.
+constexpr std::size_t kMarked = 500;
+/// Pixels of a page of one colour: more than any button or line of the program's own.
+constexpr std::size_t kPage = 40'000;
+constexpr std::uint32_t kPageColour = 0xFF3366AA;
+constexpr auto kPageColourName = "#3366aa";
+
+/// With which programs of every toolkit have no way to the compositor but its X server.
+const std::map<std::string, std::string> kAsX11Program{{"WAYLAND_DISPLAY", ""},
+                                                       {"GDK_BACKEND", "x11"},
+                                                       {"QT_QPA_PLATFORM", "xcb"},
+                                                       {"MOZ_ENABLE_WAYLAND", "0"}};
+
+/// A program with a document open.
+struct Program {
+    std::vector<std::string> command;
+    std::map<std::string, std::string> variables;
+    std::string id;    ///< Of its desktop file.
+    std::string text;  ///< What all of the document is, copied.
+    bool page = false; ///< The document has the colour of a page.
+};
+
+class ProgramOnCompositor : public OnCompositor {
+protected:
+    void isCaptured(const Program& program);
+
+    Program editor(std::vector<std::string> command, std::string id);
+    Program mousepad();
+    Program gnomeTextEditor();
+    Program kate();
+    Program firefox();
+    Program chromium();
+    Program calc();
+
+    std::string folder(const std::string& name) {
+        const auto path = stage().desktop.home() / name;
+        std::filesystem::create_directories(path);
+        return path.string();
+    }
+    std::string page();
+
+private:
+    void showsItsPage();
+};
+
+/// As an X11 program, on the compositor's X server.
+class X11ProgramOnCompositor : public ProgramOnCompositor {
+protected:
+    [[nodiscard]] bool xwayland() const override { return true; }
+};
+
+std::optional<std::string> notInstalled(const std::string& program) {
+    const bool there = program.find('/') != program.npos || installedProgram(program);
+    if (there) return std::nullopt;
+    return "NOT TESTED: " + program + " is not installed (scripts/bootstrap test)";
+}
+
+bool eventually(const std::function<bool()>& condition) {
+    return WaylandDesktop::waitUntil(condition, kProgramPatience);
+}
+
+/// How many pixels are not the same in both; none in pictures of different sizes.
+std::size_t differing(const PngPixels& one, const PngPixels& other) {
+    std::size_t found = 0;
+    if (one.width != other.width || one.height != other.height) return 0;
+    for (std::size_t i = 0; i + 4 <= one.rgba.size(); i += 4) {
+        found += std::equal(&one.rgba[i], &one.rgba[i] + 4, &other.rgba[i]) ? 0U : 1U;
+    }
+    return found;
+}
+
+Program ProgramOnCompositor::editor(std::vector<std::string> command, std::string id) {
+    command.push_back(stage().desktop.file("document.txt", kDocument).string());
+    return {std::move(command), {}, std::move(id), kDocument};
+}
+
+std::string ProgramOnCompositor::page() {
+    const auto file = stage().desktop.file(
+        "page.html", "<!doctype html><meta charset=utf-8><title>page</title><body "
+                     "style='color:#fff;background:" +
+                         std::string(kPageColourName) + "'><pre>" + kDocument + "</pre>");
+    return "file://" + file.string();
+}
+
+Program ProgramOnCompositor::firefox() {
+    const auto profile = folder("firefox");
+    stage().desktop.file("firefox/user.js", R"(
+user_pref("app.normandy.enabled", false);
+user_pref("app.update.enabled", false);
+user_pref("browser.aboutwelcome.enabled", false);
+user_pref("browser.preonboarding.enabled", false);
+user_pref("browser.sessionstore.resume_from_crash", false);
+user_pref("browser.shell.checkDefaultBrowser", false);
+user_pref("browser.startup.homepage_override.mstone", "ignore");
+user_pref("browser.startup.page", 0);
+user_pref("browser.translations.automaticallyPopup", false);
+user_pref("datareporting.policy.dataSubmissionEnabled", false);
+user_pref("datareporting.policy.dataSubmissionPolicyBypassNotification", true);
+user_pref("network.proxy.http", "127.0.0.1");
+user_pref("network.proxy.http_port", 9);
+user_pref("network.proxy.share_proxy_settings", true);
+user_pref("network.proxy.ssl", "127.0.0.1");
+user_pref("network.proxy.ssl_port", 9);
+user_pref("network.proxy.type", 1);
+)");
+    return {{"firefox-esr", "--no-remote", "--profile", profile, page()},
+            {},
+            "firefox-esr",
+            kDocument,
+            true};
+}
+
+Program ProgramOnCompositor::chromium() {
+    const std::string platform = xwayland() ? "x11" : "wayland";
+    return {{"chromium", "--ozone-platform=" + platform, "--no-sandbox", "--test-type",
+             "--disable-gpu", "--disable-dev-shm-usage", "--no-first-run",
+             "--no-default-browser-check", "--password-store=basic", "--disable-sync",
+             "--disable-extensions", "--disable-background-networking",
+             "--disable-component-update", "--proxy-server=127.0.0.1:9",
+             "--user-data-dir=" + folder("chromium"), page()},
+            {},
+            "chromium",
+            kDocument,
+            true};
+}
+
+Program ProgramOnCompositor::calc() {
+    folder("office/user");
+    stage().desktop.file("office/user/registrymodifications.xcu",
+                         R"(<?xml version="1.0" encoding="UTF-8"?>
+<oor:items xmlns:oor="http://openoffice.org/2001/registry">
+<item oor:path="/org.openoffice.Office.Common/Misc"><prop oor:name="FirstRun" oor:op="fuse"><value>false</value></prop></item>
+<item oor:path="/org.openoffice.Office.Common/Misc"><prop oor:name="ShowTipOfTheDay" oor:op="fuse"><value>false</value></prop></item>
+<item oor:path="/org.openoffice.Setup/Product"><prop oor:name="ooSetupLastVersion" oor:op="fuse"><value>99.9</value></prop></item>
+</oor:items>
+)");
+    const auto sheet =
+        stage().desktop.file("sheet.fods", std::string(R"(<?xml version="1.0" encoding="UTF-8"?>
+<office:document xmlns:office="urn:oasis:names:tc:opendocument:xmlns:office:1.0"
+ xmlns:style="urn:oasis:names:tc:opendocument:xmlns:style:1.0"
+ xmlns:fo="urn:oasis:names:tc:opendocument:xmlns:xsl-fo-compatible:1.0"
+ xmlns:table="urn:oasis:names:tc:opendocument:xmlns:table:1.0"
+ xmlns:text="urn:oasis:names:tc:opendocument:xmlns:text:1.0" office:version="1.3"
+ office:mimetype="application/vnd.oasis.opendocument.spreadsheet">
+<office:automatic-styles>
+<style:style style:name="coloured" style:family="table-cell">
+<style:table-cell-properties fo:background-color=")") +
+                                               kPageColourName + R"("/></style:style>
+<style:style style:name="high" style:family="table-row">
+<style:table-row-properties style:row-height="4cm"/></style:style>
+<style:style style:name="wide" style:family="table-column">
+<style:table-column-properties style:column-width="6cm"/></style:style>
+</office:automatic-styles>
+<office:body><office:spreadsheet><table:table table:name="one">
+<table:table-column table:style-name="wide" table:number-columns-repeated="2"/>
+<table:table-row table:style-name="high">
+<table:table-cell table:style-name="coloured" office:value-type="string"><text:p>Umsatz</text:p></table:table-cell>
+<table:table-cell table:style-name="coloured" office:value-type="float" office:value="12"><text:p>12</text:p></table:table-cell>
+</table:table-row>
+<table:table-row>
+<table:table-cell office:value-type="string"><text:p>grüße</text:p></table:table-cell>
+<table:table-cell office:value-type="float" office:value="3"><text:p>3</text:p></table:table-cell>
+</table:table-row>
+</table:table></office:spreadsheet></office:body></office:document>
+)");
+    return {{"soffice", "--norestore", "--nologo", "--nofirststartwizard",
+             "-env:UserInstallation=file://" + folder("office"), sheet.string()},
+            {{"SAL_USE_VCLPLUGIN", "gtk3"}},
+            "libreoffice-calc",
+            "Umsatz\t12\ngrüße\t3\n",
+            true};
+}
+
+void ProgramOnCompositor::showsItsPage() {
+    std::optional<PngPixels> picture;
+    EXPECT_TRUE(eventually([&] {
+        picture = stage().picture();
+        return picture && picture->count(kPageColour) > kPage;
+    })) << (picture ? std::to_string(picture->count(kPageColour)) + " pixels" : "no picture");
+}
+
+void ProgramOnCompositor::isCaptured(const Program& program) {
+    if (const auto why = notInstalled(program.command.front())) GTEST_SKIP() << *why;
+    auto variables = program.variables;
+    if (xwayland()) variables.insert(kAsX11Program.begin(), kAsX11Program.end());
+    const auto started = start(program.command, variables);
+    ASSERT_TRUE(stage().waitForFront(program.id, kProgramPatience));
+    if (program.page) showsItsPage();
+    const std::string picture = "\x89PNG\r\n\x1a\n" + std::string(100'000, '\xA5');
+    stage().copies({{"image/png", "image/png", 8, picture},
+                    {"text/html", "text/html", 8, "<b>mine</b>"},
+                    {"UTF8_STRING", "UTF8_STRING", 8, "mine: grüße"}});
+    std::optional<PngPixels> unmarked;
+    ASSERT_TRUE(eventually([&] { return (unmarked = stage().picture()).has_value(); }));
+    // The window can be there before its document is, and an editor that has read its document
+    // puts the cursor where it was last time, which ends a selection.
+    const auto captured = [&] {
+        std::optional<std::string> text;
+        eventually([&] {
+            stage().press({kLeftControl, kKeyA});
+            text = stage().capture();
+            return text == program.text;
+        });
+        return text.value_or("(nothing)");
+    };
+    EXPECT_EQ(captured(), program.text);
+    EXPECT_TRUE(eventually([&] {
+        const auto marked = stage().picture();
+        return marked && differing(*unmarked, *marked) > kMarked;
+    })) << "a picture does not show what is selected";
+    EXPECT_TRUE(stage().pastes("mine: grüße"));
+    EXPECT_TRUE(stage().pastes("<b>mine</b>", "text/html"));
+    EXPECT_TRUE(stage().pastes(picture, "image/png"));
+    EXPECT_EQ(captured(), program.text) << "with the clipboard ours";
+    EXPECT_TRUE(stage().pastes(picture, "image/png"));
+    stage().desktop.end(started);
+}
+
+Program ProgramOnCompositor::mousepad() {
+    return editor({"mousepad", "--disable-server"}, "org.xfce.mousepad");
+}
+
+Program ProgramOnCompositor::gnomeTextEditor() {
+    return editor({"gnome-text-editor", "-s"}, "org.gnome.TextEditor");
+}
+
+Program ProgramOnCompositor::kate() {
+    return editor({"kate", "--new", "--block"}, "org.kde.kate");
+}
+
+TEST_P(ProgramOnCompositor, ofGtk3IsCaptured) {
+    isCaptured(mousepad());
+}
+
+TEST_P(ProgramOnCompositor, ofGtk4IsCaptured) {
+    isCaptured(gnomeTextEditor());
+}
+
+TEST_P(ProgramOnCompositor, ofQt5IsCaptured) {
+    isCaptured(kate());
+}
+
+TEST_P(ProgramOnCompositor, ofQt6IsCaptured) {
+    isCaptured({{KELVANE_TEXT_WINDOW, "kelvane.probe", "probe", "400", "300", kDocument},
+                {},
+                "wmclass:kelvane.probe",
+                kDocument});
+}
+
+TEST_P(ProgramOnCompositor, firefoxIsCaptured) {
+    isCaptured(firefox());
+}
+
+TEST_P(ProgramOnCompositor, chromiumIsCaptured) {
+    isCaptured(chromium());
+}
+
+TEST_P(ProgramOnCompositor, libreOfficeIsCaptured) {
+    isCaptured(calc());
+}
+
+TEST_P(X11ProgramOnCompositor, ofGtk3IsCaptured) {
+    isCaptured(mousepad());
+}
+
+TEST_P(X11ProgramOnCompositor, ofGtk4IsCaptured) {
+    isCaptured(gnomeTextEditor());
+}
+
+TEST_P(X11ProgramOnCompositor, ofQt5IsCaptured) {
+    isCaptured(kate());
+}
+
+TEST_P(X11ProgramOnCompositor, firefoxIsCaptured) {
+    isCaptured(firefox());
+}
+
+TEST_P(X11ProgramOnCompositor, chromiumIsCaptured) {
+    isCaptured(chromium());
+}
+
+TEST_P(X11ProgramOnCompositor, libreOfficeIsCaptured) {
+    isCaptured(calc());
+}
+
+class TerminalOnCompositor : public OnCompositor {
+protected:
+    /// What runs in it shows a word and writes down what it gets.
+    struct Typed {
+        std::vector<std::string> command;
+        std::filesystem::path notes;
+    };
+    Typed child() {
+        auto& desktop = stage().desktop;
+        Typed typed{{}, desktop.home() / "typed"};
+        std::filesystem::remove(typed.notes);
+        const auto script =
+            desktop.file("child.sh", "echo selectable\nstty raw -echo\nexec cat > " +
+                                         typed.notes.string() + "\n");
+        typed.command = {"sh", script.string()};
+        return typed;
+    }
+
+    void getsNoKey(std::vector<std::string> command, const Typed& typed, const std::string& id);
+};
+
+void TerminalOnCompositor::getsNoKey(std::vector<std::string> command, const Typed& typed,
+                                     const std::string& id) {
+    if (const auto why = notInstalled(command.front())) GTEST_SKIP() << *why;
+    start(command);
+    ASSERT_TRUE(stage().waitForFront(id, kProgramPatience));
+    const auto content = [&] {
+        std::ifstream file(typed.notes, std::ios::binary);
+        return std::string(std::istreambuf_iterator<char>(file), {});
+    };
+    ASSERT_TRUE(eventually([&] { return std::filesystem::exists(typed.notes); }));
+    stage().copies({{"UTF8_STRING", "UTF8_STRING", 8, "mine"}});
+    EXPECT_EQ(stage().capture(), std::nullopt);
+    // What is typed afterwards comes after everything that was posted before.
+    ASSERT_TRUE(eventually([&] {
+        stage().press({kKeyA});
+        return !content().empty();
+    }));
+    EXPECT_EQ(content().front(), 'a');
+    EXPECT_TRUE(stage().pastes("mine"));
+}
+
+TEST_P(TerminalOnCompositor, ofGtk3GetsNoKey) {
+    const auto typed = child();
+    std::vector<std::string> command{"xfce4-terminal", "--disable-server", "-x"};
+    command.insert(command.end(), typed.command.begin(), typed.command.end());
+    ASSERT_NO_FATAL_FAILURE(getsNoKey(command, typed, "xfce4-terminal"));
+    if (IsSkipped()) return;
+    std::optional<std::string> text;
+    EXPECT_TRUE(eventually([&] {
+        stage().press({kLeftControl, kLeftShift, kKeyA}); // Selects all that it shows.
+        text = stage().capture();
+        return text && text->starts_with("selectable");
+    })) << text.value_or("(nothing)");
+    EXPECT_TRUE(stage().pastes("mine"));
+}
+
+TEST_P(TerminalOnCompositor, ofQt5GetsNoKey) {
+    const auto typed = child();
+    getsNoKey({"qterminal", "-e", typed.command[0] + " " + typed.command[1]}, typed, "qterminal");
+}
+
+/// Not on KWin: foot divides by the size of its screen, and a virtual one is 0 mm wide there.
+class FootOnCompositor : public TerminalOnCompositor {};
+
+TEST_P(FootOnCompositor, getsNoKey) {
+    const auto typed = child();
+    getsNoKey({"foot", typed.command[0], typed.command[1]}, typed, "foot");
+}
+
+const auto kCompositors = testing::Values(Compositor::Sway, Compositor::KWin);
+const auto kNames = [](const testing::TestParamInfo<Compositor>& compositor) {
+    return std::string(nameOf(compositor.param));
+};
+INSTANTIATE_TEST_SUITE_P(Compositors, ProgramOnCompositor, kCompositors, kNames);
+INSTANTIATE_TEST_SUITE_P(Compositors, X11ProgramOnCompositor, kCompositors, kNames);
+INSTANTIATE_TEST_SUITE_P(Compositors, TerminalOnCompositor, kCompositors, kNames);
+INSTANTIATE_TEST_SUITE_P(Compositors, FootOnCompositor, testing::Values(Compositor::Sway), kNames);
+
+} // namespace
+} // namespace kelvane
