@@ -48,6 +48,8 @@ struct Program {
     std::string id;    ///< Of its desktop file.
     std::string text;  ///< What all of the document is, copied.
     bool page = false; ///< The document has the colour of a page.
+    /// The program by which it is known to be installed, when not by the command's own.
+    std::string needs = {};
 };
 
 class ProgramOnCompositor : public OnCompositor {
@@ -60,7 +62,10 @@ protected:
     Program kate();
     Program firefox();
     Program chromium();
+    Program office(const std::string& application, const std::string& name,
+                   const std::string& document, const std::string& text);
     Program calc();
+    Program writer();
 
     std::string folder(const std::string& name) {
         const auto path = stage().desktop.home() / name;
@@ -154,28 +159,43 @@ Program ProgramOnCompositor::chromium() {
             true};
 }
 
-Program ProgramOnCompositor::calc() {
-    folder("office/user");
-    stage().desktop.file("office/user/registrymodifications.xcu",
-                         R"(<?xml version="1.0" encoding="UTF-8"?>
+Program ProgramOnCompositor::office(const std::string& application, const std::string& name,
+                                    const std::string& document, const std::string& text) {
+    // Each has a profile of its own: one that still ends would be handed the document of the next.
+    const auto profile = application + "-profile";
+    folder(profile + "/user");
+    stage().desktop.file(profile + "/user/registrymodifications.xcu", R"(<?xml version="1.0"?>
 <oor:items xmlns:oor="http://openoffice.org/2001/registry">
-<item oor:path="/org.openoffice.Office.Common/Misc"><prop oor:name="FirstRun" oor:op="fuse"><value>false</value></prop></item>
-<item oor:path="/org.openoffice.Office.Common/Misc"><prop oor:name="ShowTipOfTheDay" oor:op="fuse"><value>false</value></prop></item>
-<item oor:path="/org.openoffice.Setup/Product"><prop oor:name="ooSetupLastVersion" oor:op="fuse"><value>99.9</value></prop></item>
+<item oor:path="/org.openoffice.Office.Common/Misc">
+<prop oor:name="FirstRun" oor:op="fuse"><value>false</value></prop></item>
+<item oor:path="/org.openoffice.Office.Common/Misc">
+<prop oor:name="ShowTipOfTheDay" oor:op="fuse"><value>false</value></prop></item>
+<item oor:path="/org.openoffice.Setup/Product">
+<prop oor:name="ooSetupLastVersion" oor:op="fuse"><value>99.9</value></prop></item>
 </oor:items>
 )");
-    const auto sheet =
-        stage().desktop.file("sheet.fods", std::string(R"(<?xml version="1.0" encoding="UTF-8"?>
+    const auto file = stage().desktop.file(name, R"(<?xml version="1.0" encoding="UTF-8"?>
 <office:document xmlns:office="urn:oasis:names:tc:opendocument:xmlns:office:1.0"
  xmlns:style="urn:oasis:names:tc:opendocument:xmlns:style:1.0"
  xmlns:fo="urn:oasis:names:tc:opendocument:xmlns:xsl-fo-compatible:1.0"
  xmlns:table="urn:oasis:names:tc:opendocument:xmlns:table:1.0"
- xmlns:text="urn:oasis:names:tc:opendocument:xmlns:text:1.0" office:version="1.3"
- office:mimetype="application/vnd.oasis.opendocument.spreadsheet">
+ xmlns:text="urn:oasis:names:tc:opendocument:xmlns:text:1.0" office:version="1.3" )" +
+                                                     document + "</office:document>\n");
+    return {{"soffice", "--norestore", "--nologo", "--nofirststartwizard",
+             "-env:UserInstallation=file://" + folder(profile), file.string()},
+            {{"SAL_USE_VCLPLUGIN", "gtk3"}},
+            "libreoffice-" + application,
+            text,
+            true,
+            "lo" + application};
+}
+
+Program ProgramOnCompositor::calc() {
+    const std::string head = R"(office:mimetype="application/vnd.oasis.opendocument.spreadsheet">
 <office:automatic-styles>
 <style:style style:name="coloured" style:family="table-cell">
-<style:table-cell-properties fo:background-color=")") +
-                                               kPageColourName + R"("/></style:style>
+<style:table-cell-properties fo:background-color=")";
+    const std::string body = R"("/></style:style>
 <style:style style:name="high" style:family="table-row">
 <style:table-row-properties style:row-height="4cm"/></style:style>
 <style:style style:name="wide" style:family="table-column">
@@ -184,21 +204,30 @@ Program ProgramOnCompositor::calc() {
 <office:body><office:spreadsheet><table:table table:name="one">
 <table:table-column table:style-name="wide" table:number-columns-repeated="2"/>
 <table:table-row table:style-name="high">
-<table:table-cell table:style-name="coloured" office:value-type="string"><text:p>Umsatz</text:p></table:table-cell>
-<table:table-cell table:style-name="coloured" office:value-type="float" office:value="12"><text:p>12</text:p></table:table-cell>
+<table:table-cell table:style-name="coloured" office:value-type="string">
+<text:p>Umsatz</text:p></table:table-cell>
+<table:table-cell table:style-name="coloured" office:value-type="float" office:value="12"/>
 </table:table-row>
 <table:table-row>
 <table:table-cell office:value-type="string"><text:p>grüße</text:p></table:table-cell>
-<table:table-cell office:value-type="float" office:value="3"><text:p>3</text:p></table:table-cell>
+<table:table-cell office:value-type="float" office:value="3"/>
 </table:table-row>
-</table:table></office:spreadsheet></office:body></office:document>
-)");
-    return {{"soffice", "--norestore", "--nologo", "--nofirststartwizard",
-             "-env:UserInstallation=file://" + folder("office"), sheet.string()},
-            {{"SAL_USE_VCLPLUGIN", "gtk3"}},
-            "libreoffice-calc",
-            "Umsatz\t12\ngrüße\t3\n",
-            true};
+</table:table></office:spreadsheet></office:body>)";
+    return office("calc", "sheet.fods", head + kPageColourName + body, "Umsatz\t12\ngrüße\t3\n");
+}
+
+Program ProgramOnCompositor::writer() {
+    const std::string head = R"(office:mimetype="application/vnd.oasis.opendocument.text">
+<office:automatic-styles>
+<style:page-layout style:name="page">
+<style:page-layout-properties fo:page-width="15cm" fo:page-height="15cm" fo:background-color=")";
+    const std::string body = R"("/></style:page-layout>
+</office:automatic-styles>
+<office:master-styles><style:master-page style:name="Standard" style:page-layout-name="page"/>
+</office:master-styles>
+<office:body><office:text><text:p>First line</text:p><text:p>Zweite Zeile: grüße 😀</text:p>
+<text:p><text:tab/>third</text:p></office:text></office:body>)";
+    return office("writer", "letter.fodt", head + kPageColourName + body, kDocument);
 }
 
 void ProgramOnCompositor::showsItsPage() {
@@ -210,7 +239,8 @@ void ProgramOnCompositor::showsItsPage() {
 }
 
 void ProgramOnCompositor::isCaptured(const Program& program) {
-    if (const auto why = notInstalled(program.command.front())) GTEST_SKIP() << *why;
+    const auto& needed = program.needs.empty() ? program.command.front() : program.needs;
+    if (const auto why = notInstalled(needed)) GTEST_SKIP() << *why;
     auto variables = program.variables;
     if (xwayland()) variables.insert(kAsX11Program.begin(), kAsX11Program.end());
     const auto started = start(program.command, variables);
@@ -285,8 +315,12 @@ TEST_P(ProgramOnCompositor, chromiumIsCaptured) {
     isCaptured(chromium());
 }
 
-TEST_P(ProgramOnCompositor, libreOfficeIsCaptured) {
+TEST_P(ProgramOnCompositor, calcIsCaptured) {
     isCaptured(calc());
+}
+
+TEST_P(ProgramOnCompositor, writerIsCaptured) {
+    isCaptured(writer());
 }
 
 TEST_P(X11ProgramOnCompositor, ofGtk3IsCaptured) {
@@ -309,8 +343,12 @@ TEST_P(X11ProgramOnCompositor, chromiumIsCaptured) {
     isCaptured(chromium());
 }
 
-TEST_P(X11ProgramOnCompositor, libreOfficeIsCaptured) {
+TEST_P(X11ProgramOnCompositor, calcIsCaptured) {
     isCaptured(calc());
+}
+
+TEST_P(X11ProgramOnCompositor, writerIsCaptured) {
+    isCaptured(writer());
 }
 
 class TerminalOnCompositor : public OnCompositor {
