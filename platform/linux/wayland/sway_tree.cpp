@@ -77,6 +77,26 @@ void collect(const json& node, bool floating, int depth, std::vector<SwayWindow>
     }
 }
 
+/// Puts windows that say the same in an order in which the first so many here are the first so many
+/// there, and tells how many.
+std::size_t pairs(std::vector<const WaylandWindow*>& own,
+                  std::vector<const SwayWindow*>& candidates) {
+    if (own.empty() || candidates.empty()) return 0;
+    std::ranges::sort(candidates, {}, [](const SwayWindow* window) {
+        return std::tuple(!window->focused, window->id);
+    });
+    std::ranges::stable_sort(own, {}, [](const WaylandWindow* window) {
+        return std::tuple(!window->active, window->number);
+    });
+    // One active without one focused, or one more here than there, is another moment, or one of
+    // them was renamed.
+    const bool active = own.front()->active;
+    const bool focused = candidates.front()->focused;
+    const bool alike = own.size() == candidates.size() && (own.size() == 1 || active == focused);
+    if (alike) return own.size();
+    return active && focused ? 1 : 0;
+}
+
 /// Whose title no other of them has.
 template <typename Window>
 std::map<std::string, const Window*> byTitle(const std::vector<const Window*>& windows) {
@@ -113,14 +133,8 @@ std::map<std::uint32_t, SwayWindow> matchedWindows(const std::vector<WaylandWind
     std::set<std::int64_t> taken;
     for (auto& [said, own] : ours) {
         auto& candidates = theirs[said];
-        std::ranges::sort(candidates, {}, [](const SwayWindow* window) {
-            return std::tuple(!window->focused, window->id);
-        });
-        std::ranges::stable_sort(own, {}, [](const WaylandWindow* window) {
-            return std::tuple(!window->active, window->number);
-        });
-        // One active without one focused, or the other way about, is another moment.
-        for (std::size_t i = 0; i < std::min(own.size(), candidates.size()); ++i) {
+        const auto known = pairs(own, candidates);
+        for (std::size_t i = 0; i < known; ++i) {
             matched.emplace(own[i]->number, *candidates[i]);
             taken.insert(candidates[i]->id);
         }

@@ -139,6 +139,27 @@ TEST(SwayTree, aTitleThatIsNobodysOwnTellsNothing) {
     EXPECT_EQ(matched.at(2).id, 10);
 }
 
+TEST(SwayTree, ofMoreOrFewerThanSaysTheTreeOnlyTheActiveOneIsKnown) {
+    auto one = told(1, "editor", "notes");
+    std::vector<SwayWindow> tree{seen(10, "editor", "notes"), seen(11, "editor", "notes")};
+    tree[1].focused = true;
+    EXPECT_TRUE(matchedWindows({one}, tree).empty()) << "whether it is 10, nobody tells";
+    one.active = true;
+    auto matched = matchedWindows({one}, tree);
+    EXPECT_EQ(matched.size(), 1U);
+    EXPECT_EQ(matched.at(1).id, 11);
+    matched = matchedWindows({one, told(2, "editor", "notes")}, {tree[1]});
+    EXPECT_EQ(matched.size(), 1U);
+    EXPECT_EQ(matched.at(1).id, 11);
+    one.active = false;
+    EXPECT_TRUE(matchedWindows({one, told(2, "editor", "notes")}, tree).empty())
+        << "another moment";
+    // The one in front was renamed, and now says the same as the other.
+    auto renamed = told(2, "soffice", "notes");
+    renamed.active = true;
+    EXPECT_TRUE(matchedWindows({told(1, "editor", "notes"), renamed}, tree).empty());
+}
+
 TEST(SwayTree, aWindowIsCoveredByWhatLiesAboveIt) {
     const auto tiled = shown(1, {0, 0, 640, 800});
     const auto beside = shown(2, {640, 0, 640, 800});
