@@ -1,6 +1,7 @@
 #include "tests/platform/linux/wayland/compositor_stage.h"
 
 #include "detect/capture.h"
+#include "platform/linux/common/copy_clipboard.h"
 #include "tests/platform/linux/wayland/answering_ports.h"
 
 #include <ostream>
@@ -42,13 +43,22 @@ void Stage::press(const std::vector<std::uint32_t>& codes) {
 
 void Stage::copies(ClipboardContent content) {
     const auto shared = std::make_shared<const ClipboardContent>(std::move(content));
-    person->post([this, shared] { selections->offer(shared); });
-    ASSERT_TRUE(WaylandDesktop::waitUntil(
-        [&] { return selections->seen(SelectionName::Clipboard).ours == shared; }));
+    // A program that copies late takes it away again.
+    ASSERT_TRUE(WaylandDesktop::waitUntil([&] {
+        person->post([this, shared] { selections->offer(shared); });
+        return WaylandDesktop::waitUntil(
+            [&] { return selections->seen(SelectionName::Clipboard).ours == shared; }, 1s);
+    }));
 }
 
 std::string Stage::pasted(const std::string& type) {
     return desktop.outputOf({"wl-paste", "--no-newline", "--type", type});
+}
+
+std::string Stage::held(SelectionName which, const std::string& type) {
+    const auto now = selections->seen(which);
+    const auto end = std::chrono::steady_clock::now() + 5s;
+    return selections->read(which, now.generation, type, {kLargestText, 1s, end}).bytes;
 }
 
 bool Stage::pastes(const std::string& content, const std::string& type) {

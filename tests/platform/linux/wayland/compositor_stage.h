@@ -29,6 +29,7 @@ namespace kelvane {
 /// Keys by their codes in the kernel, beside those of wayland_keys.h.
 inline constexpr std::uint32_t kKeyA = 30;
 inline constexpr std::uint32_t kLeftShift = 42;
+inline constexpr std::uint32_t kKeyC = 46;
 
 [[nodiscard]] const char* nameOf(Compositor compositor);
 /// By its name and not by its bytes.
@@ -56,6 +57,8 @@ public:
     void copies(ClipboardContent content);
     /// What an independent program finds there.
     std::string pasted(const std::string& type = "text/plain;charset=utf-8");
+    /// What the person's own link finds there, or in PRIMARY: at once, also while it changes.
+    std::string held(SelectionName which, const std::string& type);
     /// Whether it finds that there, once everybody has come to say so.
     bool pastes(const std::string& content, const std::string& type = "text/plain;charset=utf-8");
 
