@@ -361,7 +361,7 @@ void ProgramOnCompositor::isCaptured(const Program& program) {
         stage().copies({{"image/png", "image/png", 8, picture},
                         {"text/html", "text/html", 8, "<b>mine</b>"},
                         {"UTF8_STRING", "UTF8_STRING", 8, "mine: grüße"}});
-        return others;
+        return Wanted{others};
     };
     isCapturedWith(program, anotherCopies);
     EXPECT_TRUE(eventually([&] {
