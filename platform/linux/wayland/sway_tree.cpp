@@ -3,6 +3,7 @@
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
+#include <set>
 #include <tuple>
 #include <utility>
 
@@ -76,6 +77,41 @@ void collect(const json& node, bool floating, int depth, std::vector<SwayWindow>
     }
 }
 
+/// Puts windows that say the same in an order in which the first so many here are the first so many
+/// there, and tells how many.
+std::size_t pairs(std::vector<const WaylandWindow*>& own,
+                  std::vector<const SwayWindow*>& candidates) {
+    if (own.empty() || candidates.empty()) return 0;
+    std::ranges::sort(candidates, {}, [](const SwayWindow* window) {
+        return std::tuple(!window->focused, window->id);
+    });
+    std::ranges::stable_sort(own, {}, [](const WaylandWindow* window) {
+        return std::tuple(!window->active, window->number);
+    });
+    // One active without one focused, or one more here than there, is another moment, or one of
+    // them was renamed.
+    const bool active = own.front()->active;
+    const bool focused = candidates.front()->focused;
+    const bool alike = own.size() == candidates.size() && (own.size() == 1 || active == focused);
+    if (alike) return own.size();
+    return active && focused ? 1 : 0;
+}
+
+/// Whose title no other of them has.
+template <typename Window>
+std::map<std::string, const Window*> byTitle(const std::vector<const Window*>& windows) {
+    std::map<std::string, const Window*> unique;
+    std::set<std::string> seen{""};
+    for (const auto* const window : windows) {
+        if (seen.insert(window->title).second) {
+            unique.emplace(window->title, window);
+        } else {
+            unique.erase(window->title);
+        }
+    }
+    return unique;
+}
+
 } // namespace
 
 std::optional<std::vector<SwayWindow>> swayWindows(std::string_view text) {
@@ -94,18 +130,29 @@ std::map<std::uint32_t, SwayWindow> matchedWindows(const std::vector<WaylandWind
     std::map<Said, std::vector<const WaylandWindow*>> ours;
     for (const auto& window : windows) ours[{window.appId, window.title}].push_back(&window);
     std::map<std::uint32_t, SwayWindow> matched;
+    std::set<std::int64_t> taken;
     for (auto& [said, own] : ours) {
         auto& candidates = theirs[said];
-        std::ranges::sort(candidates, {}, [](const SwayWindow* window) {
-            return std::tuple(!window->focused, window->id);
-        });
-        std::ranges::stable_sort(own, {}, [](const WaylandWindow* window) {
-            return std::tuple(!window->active, window->number);
-        });
-        // One active without one focused, or the other way about, is another moment.
-        for (std::size_t i = 0; i < std::min(own.size(), candidates.size()); ++i) {
+        const auto known = pairs(own, candidates);
+        for (std::size_t i = 0; i < known; ++i) {
             matched.emplace(own[i]->number, *candidates[i]);
+            taken.insert(candidates[i]->id);
         }
+    }
+    // sway goes on telling the name that a window had when it appeared, and shows the one that it
+    // has now in its tree.
+    std::vector<const WaylandWindow*> renamed;
+    for (const auto& window : windows) {
+        if (!matched.contains(window.number)) renamed.push_back(&window);
+    }
+    std::vector<const SwayWindow*> left;
+    for (const auto& window : tree) {
+        if (!taken.contains(window.id)) left.push_back(&window);
+    }
+    const auto titles = byTitle(left);
+    for (const auto& [title, window] : byTitle(renamed)) {
+        const auto found = titles.find(title);
+        if (found != titles.end()) matched.emplace(window->number, *found->second);
     }
     return matched;
 }

@@ -36,7 +36,9 @@ struct SwayWindow {
 [[nodiscard]] std::optional<std::vector<SwayWindow>> swayWindows(std::string_view json);
 
 /// Which window of sway's each of ours is, by what both say of it. Of several that say the same,
-/// the active one is the focused one, and the others follow the order in which they were opened.
+/// the active one is the focused one, and the others follow the order in which they were opened, if
+/// there are as many here as there.
+/// One that has another name since it appeared is known by its title where nobody else has that.
 [[nodiscard]] std::map<std::uint32_t, SwayWindow>
 matchedWindows(const std::vector<WaylandWindow>& windows, const std::vector<SwayWindow>& tree);
 

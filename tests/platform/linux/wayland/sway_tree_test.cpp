@@ -98,6 +98,68 @@ TEST(SwayTree, ofSeveralThatSayTheSameTheActiveOneIsTheFocusedOne) {
     EXPECT_EQ(matched.at(2).id, 12);
 }
 
+WaylandWindow told(std::uint32_t number, const std::string& appId, const std::string& title) {
+    WaylandWindow window;
+    window.number = number;
+    window.appId = appId;
+    window.title = title;
+    return window;
+}
+
+SwayWindow seen(std::int64_t id, const std::string& appId, const std::string& title) {
+    auto window = shown(id, {});
+    window.appId = appId;
+    window.title = title;
+    return window;
+}
+
+TEST(SwayTree, aWindowThatHasAnotherNameSinceItAppearedIsKnownByItsTitle) {
+    const auto matched =
+        matchedWindows({told(1, "soffice", "sums - LibreOffice Calc"), told(2, "editor", "notes")},
+                       {seen(10, "editor", "notes"), seen(11, "calc", "sums - LibreOffice Calc")});
+    EXPECT_EQ(matched.size(), 2U);
+    EXPECT_EQ(matched.at(1).id, 11);
+    EXPECT_EQ(matched.at(2).id, 10);
+}
+
+TEST(SwayTree, aTitleThatIsNobodysOwnTellsNothing) {
+    const auto one = told(1, "soffice", "Untitled");
+    EXPECT_TRUE(matchedWindows({one, told(2, "soffice", "Untitled")},
+                               {seen(10, "calc", "Untitled"), seen(11, "writer", "Untitled")})
+                    .empty());
+    EXPECT_TRUE(
+        matchedWindows({one, told(2, "draw", "Untitled")}, {seen(10, "calc", "Untitled")}).empty());
+    EXPECT_TRUE(matchedWindows({one}, {seen(10, "calc", "Untitled"), seen(11, "math", "Untitled")})
+                    .empty());
+    EXPECT_TRUE(matchedWindows({told(1, "soffice", "")}, {seen(10, "calc", "")}).empty());
+    // A window that is taken is nobody else's.
+    const auto matched =
+        matchedWindows({one, told(2, "calc", "Untitled")}, {seen(10, "calc", "Untitled")});
+    EXPECT_EQ(matched.size(), 1U);
+    EXPECT_EQ(matched.at(2).id, 10);
+}
+
+TEST(SwayTree, ofMoreOrFewerThanSaysTheTreeOnlyTheActiveOneIsKnown) {
+    auto one = told(1, "editor", "notes");
+    std::vector<SwayWindow> tree{seen(10, "editor", "notes"), seen(11, "editor", "notes")};
+    tree[1].focused = true;
+    EXPECT_TRUE(matchedWindows({one}, tree).empty()) << "whether it is 10, nobody tells";
+    one.active = true;
+    auto matched = matchedWindows({one}, tree);
+    EXPECT_EQ(matched.size(), 1U);
+    EXPECT_EQ(matched.at(1).id, 11);
+    matched = matchedWindows({one, told(2, "editor", "notes")}, {tree[1]});
+    EXPECT_EQ(matched.size(), 1U);
+    EXPECT_EQ(matched.at(1).id, 11);
+    one.active = false;
+    EXPECT_TRUE(matchedWindows({one, told(2, "editor", "notes")}, tree).empty())
+        << "another moment";
+    // The one in front was renamed, and now says the same as the other.
+    auto renamed = told(2, "soffice", "notes");
+    renamed.active = true;
+    EXPECT_TRUE(matchedWindows({told(1, "editor", "notes"), renamed}, tree).empty());
+}
+
 TEST(SwayTree, aWindowIsCoveredByWhatLiesAboveIt) {
     const auto tiled = shown(1, {0, 0, 640, 800});
     const auto beside = shown(2, {640, 0, 640, 800});

@@ -5,246 +5,30 @@
 #include "platform/fake/fakes.h"
 #include "platform/linux/linux_platform.h"
 #include "platform/linux/wayland/kwin_screenshot.h"
-#include "platform/linux/wayland/wayland_connection.h"
-#include "platform/linux/wayland/wayland_keys.h"
-#include "platform/linux/wayland/wayland_selections.h"
 #include "tests/platform/linux/common/png_pixels.h"
-#include "tests/platform/linux/wayland/answering_ports.h"
+#include "tests/platform/linux/wayland/compositor_stage.h"
 #include "tests/platform/linux/wayland/proven_table.h"
-#include "tests/platform/linux/wayland/wayland_desktop.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <chrono>
-#include <fstream>
-#include <iterator>
-#include <map>
 #include <memory>
 #include <optional>
-#include <ostream>
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace kelvane {
-
-/// By its name and not by its bytes.
-static void PrintTo(Compositor compositor, std::ostream* out) {
-    *out << (compositor == Compositor::Sway ? "sway" : "kwin");
-}
-
 namespace {
 
 using namespace std::chrono_literals;
 
-constexpr std::uint32_t kKeyA = 30;
-
-/// Time as it is: real programs take some.
-class RealClock : public Clock {
-public:
-    Instant now() override { return std::chrono::steady_clock::now().time_since_epoch(); }
-    SleepEnd sleep(std::chrono::nanoseconds duration) override {
-        std::this_thread::sleep_for(duration);
-        return SleepEnd::Elapsed;
-    }
-};
-
-/// A compositor with the product's ports on it, and a person at the keyboard.
-class Stage {
-public:
-    explicit Stage(const WaylandOptions& options) : desktop(options) {
-        for (const auto& [name, value] : desktop.environment()) {
-            fakes.environment.variables[name] = value;
-        }
-        ports = answeringPorts(fakes.environment, clock, fakes.ownFocus);
-        // Whoever is let in by now: KWin knows this program once it answers the ports.
-        socket = desktop.home() / "runtime" / desktop.environment().at("WAYLAND_DISPLAY");
-        person = WaylandConnection::open(socket, {windows, keys, selections}, 10s).link;
-        if (!person) throw std::runtime_error("the compositor does not answer");
-    }
-
-    void press(std::vector<std::uint32_t> codes) {
-        std::vector<WaylandKey> strokes;
-        for (const auto code : codes) strokes.push_back({code, true});
-        for (auto code = codes.rbegin(); code != codes.rend(); ++code) {
-            strokes.push_back({*code, false});
-        }
-        person->post([keys = keys, strokes] { keys->post(strokes); });
-        ASSERT_TRUE(WaylandDesktop::waitUntil([&] { return person->answers(); }));
-    }
-
-    /// Another program puts this on the clipboard.
-    void copies(ClipboardContent content) {
-        const auto shared = std::make_shared<const ClipboardContent>(std::move(content));
-        person->post([this, shared] { selections->offer(shared); });
-        ASSERT_TRUE(WaylandDesktop::waitUntil(
-            [&] { return selections->seen(SelectionName::Clipboard).ours == shared; }));
-    }
-
-    /// What an independent program finds there.
-    std::string pasted(const std::string& type = "text/plain;charset=utf-8") {
-        return desktop.outputOf({"wl-paste", "--no-newline", "--type", type});
-    }
-
-    /// Whether it finds that there, once everybody has come to say so.
-    bool pastes(const std::string& content, const std::string& type = "text/plain;charset=utf-8") {
-        return WaylandDesktop::waitUntil([&] { return pasted(type) == content; });
-    }
-
-    std::string frontId() {
-        const auto front = ports.workspace->frontmost();
-        return front ? front->bundleId.value_or("(no identity)") : "(nobody)";
-    }
-    bool waitForFront(const std::string& id) {
-        const bool came = WaylandDesktop::waitUntil([&] { return frontId() == id; });
-        if (!came) ADD_FAILURE() << frontId() << " is in front, not " << id;
-        return came;
-    }
-
-    std::optional<std::string> capture() {
-        const auto front = ports.workspace->frontmost();
-        if (!front) return std::nullopt;
-        CatalogApp entry;
-        entry.id = "probe";
-        entry.capture = "selection";
-        const DetectedApp app{front->bundleId.value_or(""), front->name.value_or(""), entry};
-        const auto result = Capture::capture({*ports.workspace, *ports.keyboard, *ports.pasteboard,
-                                              *ports.windowList, fakes.picture, clock},
-                                             app);
-        return result.parts.empty() ? std::nullopt : result.parts.front().text;
-    }
-
-    /// A compositor that draws without a GPU may be too busy to answer the first time.
-    bool captures(const std::string& text) {
-        std::optional<std::string> got;
-        const auto isIt = [&] { return (got = capture()) == text; };
-        const bool came = WaylandDesktop::waitUntil(isIt, 60s);
-        if (!came) {
-            const bool silent = ports.workspace->silentDisplay().has_value();
-            ADD_FAILURE() << got.value_or("(nothing)") << " from " << frontId()
-                          << (silent ? ", a silent compositor" : "") << "; selected is "
-                          << desktop.outputOf({"wl-paste", "--no-newline", "--primary"});
-        }
-        return came;
-    }
-
-    WaylandDesktop desktop;
-    std::filesystem::path socket;
-    std::shared_ptr<WaylandWindows> windows = makeWaylandWindows();
-    std::shared_ptr<WaylandKeys> keys = makeWaylandKeys();
-    std::shared_ptr<WaylandSelections> selections = makeWaylandSelections(windows);
-    std::shared_ptr<WaylandConnection> person;
-    FakePlatform fakes;
-    RealClock clock;
-    LinuxDesktop ports;
-};
-
-const char* nameOf(Compositor compositor) {
-    return compositor == Compositor::Sway ? "sway" : "kwin";
-}
-
-/// One desktop for each compositor, shared by all tests on it.
-Stage* stageOf(Compositor compositor, bool end = false) {
-    static std::map<Compositor, std::unique_ptr<Stage>> stages;
-    if (end) {
-        stages.clear();
-        return nullptr;
-    }
-    auto& stage = stages[compositor];
-    if (!stage) stage = std::make_unique<Stage>(WaylandOptions{.compositor = compositor});
-    return stage.get();
-}
-
 class Stages : public testing::Environment {
     void TearDown() override {
-        (void)stageOf({}, true);
+        endStages();
         compareProvenTable();
     }
 };
 const auto* const kStages = testing::AddGlobalTestEnvironment(new Stages);
-
-class OnCompositor : public testing::TestWithParam<Compositor> {
-protected:
-    void SetUp() override {
-        if (const auto why = WaylandDesktop::missing(GetParam())) GTEST_SKIP() << *why;
-        m_stage = stageOf(GetParam());
-    }
-    void TearDown() override {
-        for (const auto program : m_started) m_stage->desktop.end(program);
-    }
-    Stage& stage() { return *m_stage; }
-    pid_t start(const std::vector<std::string>& command) {
-        m_started.push_back(m_stage->desktop.start(command));
-        return m_started.back();
-    }
-    pid_t window(const std::string& id, const std::string& text, int width = 400,
-                 int height = 300) {
-        return start(
-            {KELVANE_TEXT_WINDOW, id, id, std::to_string(width), std::to_string(height), text});
-    }
-
-private:
-    Stage* m_stage = nullptr;
-    std::vector<pid_t> m_started;
-};
-
-class TerminalOnCompositor : public OnCompositor {};
-
-struct Editor {
-    const char* name;
-    std::vector<std::string> command;
-    const char* id;
-};
-
-class EditorOnCompositor : public OnCompositor {
-protected:
-    void copiesFrom(const Editor& editor);
-};
-
-constexpr auto kDocument = "First line\nZweite Zeile: grüße 😀\n\tthird";
-
-void EditorOnCompositor::copiesFrom(const Editor& editor) {
-    SCOPED_TRACE(editor.name);
-    auto command = editor.command;
-    command.push_back(stage().desktop.file("document.txt", kDocument).string());
-    const auto program = start(command);
-    ASSERT_TRUE(stage().waitForFront(editor.id));
-    const std::string picture = "\x89PNG\r\n\x1a\n" + std::string(100'000, '\xA5');
-    stage().copies({{"image/png", "image/png", 8, picture},
-                    {"text/html", "text/html", 8, "<b>mine</b>"},
-                    {"UTF8_STRING", "UTF8_STRING", 8, "mine: grüße"}});
-    // The window can be there before its document is, and an editor that has read its document
-    // puts the cursor where it was last time, which ends a selection.
-    const auto captured = [&] {
-        std::optional<std::string> text;
-        WaylandDesktop::waitUntil([&] {
-            stage().press({kLeftControl, kKeyA});
-            text = stage().capture();
-            return text == kDocument;
-        });
-        return text.value_or("(nothing)");
-    };
-    EXPECT_EQ(captured(), kDocument);
-    EXPECT_TRUE(stage().pastes("mine: grüße"));
-    EXPECT_TRUE(stage().pastes("<b>mine</b>", "text/html"));
-    EXPECT_TRUE(stage().pastes(picture, "image/png"));
-    EXPECT_EQ(captured(), kDocument) << "with the clipboard ours";
-    EXPECT_TRUE(stage().pastes(picture, "image/png"));
-    stage().desktop.end(program);
-}
-
-TEST_P(EditorOnCompositor, ofGtk3GivesItsSelection) {
-    copiesFrom({"mousepad", {"mousepad", "--disable-server"}, "org.xfce.mousepad"});
-}
-
-TEST_P(EditorOnCompositor, ofGtk4GivesItsSelection) {
-    copiesFrom({"gnome-text-editor", {"gnome-text-editor", "-s"}, "org.gnome.TextEditor"});
-}
-
-TEST_P(EditorOnCompositor, ofQt5GivesItsSelection) {
-    copiesFrom({"kate", {"kate", "--new", "--block"}, "org.kde.kate"});
-}
 
 TEST_P(OnCompositor, aWindowOfQt6GivesItsSelection) {
     window("kelvane.probe", "one two three");
@@ -271,24 +55,6 @@ TEST_P(OnCompositor, aPasswordIsNoText) {
     EXPECT_EQ(stage().ports.pasteboard->string(), std::nullopt);
     stage().copies({{"UTF8_STRING", "UTF8_STRING", 8, "a sentence"}});
     EXPECT_EQ(stage().ports.pasteboard->string(), "a sentence");
-}
-
-TEST_P(TerminalOnCompositor, getsNoKey) {
-    const auto typed = stage().desktop.home() / "typed";
-    start({"foot", "sh", "-c", "stty raw -echo; cat > " + typed.string()});
-    ASSERT_TRUE(stage().waitForFront("foot"));
-    const auto content = [&] {
-        std::ifstream file(typed, std::ios::binary);
-        return std::string(std::istreambuf_iterator<char>(file), {});
-    };
-    ASSERT_TRUE(WaylandDesktop::waitUntil([&] { return std::filesystem::exists(typed); }));
-    EXPECT_EQ(stage().capture(), std::nullopt);
-    // What is typed afterwards comes after everything that was posted before.
-    ASSERT_TRUE(WaylandDesktop::waitUntil([&] {
-        stage().press({kKeyA});
-        return !content().empty();
-    }));
-    EXPECT_EQ(content().front(), 'a');
 }
 
 TEST_P(OnCompositor, windowsAreBroughtForward) {
@@ -358,12 +124,7 @@ const auto kCompositors = testing::Values(Compositor::Sway, Compositor::KWin);
 const auto kNames = [](const testing::TestParamInfo<Compositor>& compositor) {
     return std::string(nameOf(compositor.param));
 };
-INSTANTIATE_TEST_SUITE_P(Compositors, EditorOnCompositor, kCompositors, kNames);
 INSTANTIATE_TEST_SUITE_P(Compositors, OnCompositor, kCompositors, kNames);
-// Not on KWin: foot divides by the size of its screen, and a virtual one is 0 mm wide there.
-INSTANTIATE_TEST_SUITE_P(Compositors, TerminalOnCompositor, testing::Values(Compositor::Sway),
-                         kNames);
-
 TEST(SwayWithX11Programs, resolvesBothKinds) {
     if (const auto why = WaylandDesktop::missing(Compositor::Sway)) GTEST_SKIP() << *why;
     if (!installedProgram("Xwayland")) GTEST_SKIP() << "NOT TESTED: Xwayland is not installed";
@@ -408,12 +169,14 @@ TEST(KWinThatDoesNotKnowTheProgram, isAskedAgainUntilItDoes) {
         return tells && front && front->bundleId == "wmclass:kelvane.probe";
     }));
     EXPECT_TRUE(ports.keyboard->trusted());
-    EXPECT_TRUE(ports.windowList->onScreenWindows());
+    // A compositor that draws without a GPU may be too busy to answer the first time.
+    EXPECT_TRUE(
+        WaylandDesktop::waitUntil([&] { return ports.windowList->onScreenWindows().has_value(); }));
 }
 
 TEST(KWinThatStandsStill, hasNotRefusedPictures) {
     if (const auto why = WaylandDesktop::missing(Compositor::KWin)) GTEST_SKIP() << *why;
-    auto& desktop = stageOf(Compositor::KWin)->desktop;
+    auto& desktop = stageOf(Compositor::KWin).desktop;
     const KWinScreenshot screenshot(desktop.environment().at("DBUS_SESSION_BUS_ADDRESS"));
     ASSERT_TRUE(WaylandDesktop::waitUntil([&] { return screenshot.offered(); }));
     desktop.stopCompositor();
