@@ -258,7 +258,6 @@ std::optional<Severity> byEngine(std::string_view engine, const ForeignFault& fa
     if (engine == "shellcheck") {
         // In a part of a script the rest may set it.
         if (fault.code == "SC2154" && !whole) return kLow;
-        return byLevel(fault);
     }
     if (engine == "cppcheck") {
         // An error is certain; as a warning it supposes a path, such as a loop without a turn.
@@ -268,15 +267,14 @@ std::optional<Severity> byEngine(std::string_view engine, const ForeignFault& fa
             fault.message.find("unused array access") != std::string::npos) {
             return kLow;
         }
-        return byLevel(fault);
     }
     if (engine == "oxlint") return text::isOneOf(fault.code, kScriptFaults) ? kMedium : kOff;
     if (engine == "biome") return text::isOneOf(fault.code, kBiomeFaults) ? kMedium : kOff;
     if (engine == "markdownlint" || engine == "harper") return kOff;
     if (engine == "ruff") return ofRuff(fault, whole);
     if (engine == "python" && fault.code == "warning") return kMedium;
-    // The rest says no more than whether a file parses.
-    return kHigh;
+    // Who has no levels says no more than whether a file parses.
+    return fault.level.empty() ? kHigh : byLevel(fault);
 }
 
 } // namespace
