@@ -324,15 +324,14 @@ std::optional<Severity> byEngine(std::string_view engine, const ForeignFault& fa
             fault.message.find("unused array access") != std::string::npos) {
             return kLow;
         }
-        return byLevel(fault);
     }
     if (engine == "oxlint") return text::isOneOf(fault.code, kScriptFaults) ? kMedium : kOff;
     if (engine == "biome") return text::isOneOf(fault.code, kBiomeFaults) ? kMedium : kOff;
     if (engine == "markdownlint" || engine == "harper") return kOff;
     if (engine == "ruff") return ofRuff(fault, subject.whole);
     if (engine == "python" && fault.code == "warning") return kMedium;
-    // The rest says no more than whether a file parses.
-    return kHigh;
+    // Who has no levels says no more than whether a file parses.
+    return fault.level.empty() ? kHigh : byLevel(fault);
 }
 
 } // namespace

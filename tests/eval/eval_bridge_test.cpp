@@ -542,10 +542,12 @@ TEST_F(EvalBridgeTest, AScoreThatNoDoubleHoldsIsAbsent) {
 
 TEST_F(EvalBridgeTest, AnswersThatKeepBeingUnreadableAreSaidAtTheDeadline) {
     lastAnswerStays = true;
-    answers = {ok(kSubmitted), ok("<html>")};
     Verdict expected = Verdict::failure("grade timed out after 420s");
     expected.hint = "The service answers, but not in a way that can be read.";
-    EXPECT_EQ(grade(), expected);
+    for (const int status : {200, 399}) {
+        answers = {ok(kSubmitted), HttpResponse{status, "<html>"}};
+        EXPECT_EQ(grade(), expected) << status;
+    }
 }
 
 TEST_F(EvalBridgeTest, AnUnreachableServiceIsNotSaidToAnswer) {

@@ -42,11 +42,14 @@ public:
     HttpAnswer answer(const HttpHead& head, const std::string& body) override {
         require(head.method == "POST" || body.empty());
         require(body.size() <= kMostBody);
-        return {.status = 200, .body = std::to_string(body.size()), .goesOn = head.path == "/on"};
+        return {.status = 200,
+                .body = std::to_string(body.size()),
+                .headers = {},
+                .goesOn = head.path == "/on"};
     }
     HttpAnswer problem(int status, std::string_view text) override {
         require(status >= 400);
-        return {.status = status, .body = std::string(text)};
+        return {.status = status, .body = std::string(text), .headers = {}};
     }
 
     static constexpr std::size_t kMostBody = 512;

@@ -5,7 +5,7 @@
 // a byte that is no text.
 
 #include "service/report/report_page.h"
-#include "service/store/run_store.h"
+#include "service/store/sqlite_store.h"
 #include "text/unicode.h"
 
 #include <array>
@@ -65,7 +65,7 @@ public:
         require(::mkdtemp(name.data()) != nullptr);
         m_folder = name;
         const auto file = m_folder / "runs.db";
-        m_store = RunStore::open(file, 1).store;
+        m_store = SqliteStore::open(file, 1).store;
         require(sqlite3_open(file.c_str(), &m_db) == SQLITE_OK);
         execute("PRAGMA synchronous = OFF; PRAGMA foreign_keys = OFF");
     }
@@ -77,7 +77,7 @@ public:
         std::filesystem::remove_all(m_folder);
     }
 
-    RunStore& fill(std::string_view rows) {
+    SqliteStore& fill(std::string_view rows) {
         execute("BEGIN; DELETE FROM works; DELETE FROM coverage; DELETE FROM findings; "
                 "DELETE FROM parts; DELETE FROM iterations; DELETE FROM runs; "
                 "INSERT INTO runs VALUES ('run', 'text', '', '')");
@@ -110,11 +110,11 @@ private:
     }
 
     std::filesystem::path m_folder;
-    std::unique_ptr<RunStore> m_store;
+    std::unique_ptr<SqliteStore> m_store;
     sqlite3* m_db = nullptr;
 };
 
-void show(RunStore& store) {
+void show(SqliteStore& store) {
     auto run = store.run("run");
     require(run.has_value() && !run->iterations.empty());
     for (std::size_t i = 0; i < run->iterations.size(); ++i) {
@@ -130,7 +130,7 @@ void show(RunStore& store) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     static Store store;
-    RunStore& filled = store.fill({reinterpret_cast<const char*>(data), size});
+    SqliteStore& filled = store.fill({reinterpret_cast<const char*>(data), size});
     try {
         show(filled);
     } catch (const StoreError& error) {

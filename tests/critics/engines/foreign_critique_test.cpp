@@ -385,6 +385,10 @@ TEST(ForeignGrade, TheProgramsOwnLevelsAreTheRule) {
     EXPECT_EQ(grade("ruff", "S105", ""), Severity::low);
     EXPECT_EQ(grade("python", "warning", ""), Severity::medium);
     EXPECT_EQ(grade("python", "syntax", ""), Severity::high);
+    // A program that nothing more is said of.
+    EXPECT_EQ(grade("yamllint", "key-duplicates", "error"), Severity::high);
+    EXPECT_EQ(grade("yamllint", "comments", "warning"), Severity::medium);
+    EXPECT_EQ(grade("xmllint", "syntax", ""), Severity::high);
 }
 
 TEST(ForeignGrade, WhatIsDeclaredNowhereWeighsLittleInASelection) {
