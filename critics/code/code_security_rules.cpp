@@ -9,6 +9,7 @@
 #include <array>
 #include <string>
 #include <unordered_set>
+#include <vector>
 
 namespace trevix {
 
@@ -232,12 +233,36 @@ bool opensAddress(const CodeView& view, std::size_t i, bool hasSession, bool has
     return hasOpener && (view.is(i, "open") || view.is(i, "retrieve"));
 }
 
+/// For each token of `code` whether it stands right below a condition, where an option of the
+/// caller may decide; in Python alone, whose blocks are told by their margin.
+std::vector<bool> underCondition(const CodeView& view) {
+    std::vector<bool> under(view.code.size(), false);
+    if (view.language != Language::python) return under;
+    struct Opener {
+        std::size_t indent = 0;
+        bool asks = false;
+    };
+    std::vector<Opener> around;
+    const std::vector<LogicalLine> lines = view.logicalLines();
+    for (std::size_t n = 0; n < lines.size(); ++n) {
+        const LogicalLine& line = lines[n];
+        while (!around.empty() && around.back().indent >= line.indent) around.pop_back();
+        const std::size_t end = n + 1 < lines.size() ? lines[n + 1].first : view.code.size();
+        bool asks = !around.empty() && around.back().asks;
+        for (std::size_t i = line.first; i < end; ++i) asks = asks || view.is(i, "if");
+        for (std::size_t i = line.first; i < end; ++i) under[i] = asks;
+        around.push_back({line.indent, view.is(line.first, "if") || view.is(line.first, "elif") ||
+                                           view.is(line.first, "else")});
+    }
+    return under;
+}
+
 /// Whether what begins at `i` has a connection take any certificate for that of its peer.
 bool trustsAnyone(const CodeView& view, std::size_t i) {
     const bool assigned = view.is(i + 1, "=");
     switch (view.language) {
     case Language::python:
-        if (i == 0 || !view.is(i - 1, ".") || !assigned) return false;
+        if (i < 2 || !view.is(i - 1, ".") || view.is(i - 2, "self") || !assigned) return false;
         if (view.is(i, "check_hostname")) return view.is(i + 2, "False");
         return view.is(i, "verify_mode") && (view.is(i + 2, "CERT_NONE") ||
                                              (view.is(i + 3, ".") && view.is(i + 4, "CERT_NONE")));
@@ -405,8 +430,9 @@ void checkPlainAddresses(const CodeView& view, FindingList& findings) {
 
 void checkUnverifiedPeers(const CodeView& view, FindingList& findings) {
     if (isTest(view.source.text())) return;
+    const std::vector<bool> asked = underCondition(view);
     for (std::size_t i = 0; i < view.code.size(); ++i) {
-        if (!view.isKind(i, TokenKind::identifier) || !trustsAnyone(view, i)) continue;
+        if (!view.isKind(i, TokenKind::identifier) || asked[i] || !trustsAnyone(view, i)) continue;
         addCall(view, kUnverified, i, "takes any certificate for that of its peer", findings);
     }
 }

@@ -550,6 +550,15 @@ TEST(CodeCritic, ConnectionsThatTrustAnyone) {
           "def connect(check_hostname=False):\n    return check_hostname\n",
           {},
           "a.py"},
+         {"in a function", "def f(ctx):\n    ctx.check_hostname = False\n", trusts, "a.py"},
+         {"behind a condition", "if old:\n    warn()\nctx.check_hostname = False\n", trusts,
+          "a.py"},
+         {"where the caller says so", "if insecure:\n    ctx.check_hostname = False\n", {}, "a.py"},
+         {"where the caller may say so",
+          "ctx.verify_mode = ssl.CERT_NONE if insecure else ssl.CERT_REQUIRED\n",
+          {},
+          "a.py"},
+         {"of a context's own", "self.verify_mode = ssl.CERT_NONE\n", {}, "a.py"},
          {"a test", "def test_a(ctx):\n    ctx.check_hostname = False\n", {}, "a.py"}},
         critiqueCode);
 }
