@@ -57,6 +57,8 @@ Critique critiqueCode(const Part& part, Readers readers) {
     checkUnsafeCalls(view, findings);
     checkDownloads(view, findings);
     checkPlainAddresses(view, findings);
+    checkUnverifiedPeers(view, findings);
+    checkGuessableSecrets(view, findings);
     checkQueries(view, findings);
     checkHomePaths(view, findings);
     checkJson(view, findings);

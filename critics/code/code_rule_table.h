@@ -30,6 +30,10 @@ struct RulesFor<WorkKind::code> {
         Rule{"code.plain_address", Severity::medium, "safe calls", Unit::line,
              "chosen: an address among the first 4 tokens of a call, behind the method of a "
              "request"},
+        Rule{"code.unverified_peer", Severity::medium, "safe calls", Unit::line, ""},
+        Rule{"code.guessable_secret", Severity::medium, "safe calls", Unit::line,
+             "chosen: what the value is for is told by the names on its line and by that of the "
+             "function around"},
         Rule{"code.query_from_text", Severity::high, "safe queries", Unit::line, ""},
         Rule{"code.json_syntax", Severity::high, "readable data", Unit::part, ""},
         Rule{

@@ -30,6 +30,8 @@ void checkImports(const CodeView& view, FindingList& findings);
 void checkUnsafeCalls(const CodeView& view, FindingList& findings);
 void checkDownloads(const CodeView& view, FindingList& findings);
 void checkPlainAddresses(const CodeView& view, FindingList& findings);
+void checkUnverifiedPeers(const CodeView& view, FindingList& findings);
+void checkGuessableSecrets(const CodeView& view, FindingList& findings);
 void checkQueries(const CodeView& view, FindingList& findings);
 void checkHomePaths(const CodeView& view, FindingList& findings);
 

@@ -9,6 +9,7 @@
 #include <array>
 #include <string>
 #include <unordered_set>
+#include <vector>
 
 namespace trevix {
 
@@ -22,6 +23,8 @@ constexpr GradedRule kPlainDownload =
 constexpr GradedRule kDownload = declared<WorkKind::code>("code.runs_download", Severity::low);
 constexpr GradedRule kQuery = declared<WorkKind::code>("code.query_from_text");
 constexpr GradedRule kPlainAddress = declared<WorkKind::code>("code.plain_address");
+constexpr GradedRule kUnverified = declared<WorkKind::code>("code.unverified_peer");
+constexpr GradedRule kGuessable = declared<WorkKind::code>("code.guessable_secret");
 constexpr GradedRule kHomePath = declared<WorkKind::code>("code.home_path");
 
 bool isMember(const CodeView& view, std::size_t index) {
@@ -230,6 +233,93 @@ bool opensAddress(const CodeView& view, std::size_t i, bool hasSession, bool has
     return hasOpener && (view.is(i, "open") || view.is(i, "retrieve"));
 }
 
+/// For each token of `code` whether it stands right below a condition, where an option of the
+/// caller may decide; in Python alone, whose blocks are told by their margin.
+std::vector<bool> underCondition(const CodeView& view) {
+    std::vector<bool> under(view.code.size(), false);
+    if (view.language != Language::python) return under;
+    struct Opener {
+        std::size_t indent = 0;
+        bool asks = false;
+    };
+    std::vector<Opener> around;
+    const std::vector<LogicalLine> lines = view.logicalLines();
+    for (std::size_t n = 0; n < lines.size(); ++n) {
+        const LogicalLine& line = lines[n];
+        while (!around.empty() && around.back().indent >= line.indent) around.pop_back();
+        const std::size_t end = n + 1 < lines.size() ? lines[n + 1].first : view.code.size();
+        bool asks = !around.empty() && around.back().asks;
+        for (std::size_t i = line.first; i < end; ++i) asks = asks || view.is(i, "if");
+        for (std::size_t i = line.first; i < end; ++i) under[i] = asks;
+        around.push_back({line.indent, view.is(line.first, "if") || view.is(line.first, "elif") ||
+                                           view.is(line.first, "else")});
+    }
+    return under;
+}
+
+/// Whether what begins at `i` has a connection take any certificate for that of its peer.
+bool trustsAnyone(const CodeView& view, std::size_t i) {
+    const bool assigned = view.is(i + 1, "=");
+    switch (view.language) {
+    case Language::python:
+        if (i < 2 || !view.is(i - 1, ".") || view.is(i - 2, "self") || !assigned) return false;
+        if (view.is(i, "check_hostname")) return view.is(i + 2, "False");
+        return view.is(i, "verify_mode") && (view.is(i + 2, "CERT_NONE") ||
+                                             (view.is(i + 3, ".") && view.is(i + 4, "CERT_NONE")));
+    case Language::javascript:
+    case Language::typescript:
+        return view.is(i, "rejectUnauthorized") && (view.is(i + 1, ":") || assigned) &&
+               view.is(i + 2, "false");
+    case Language::go:
+        return view.is(i, "InsecureSkipVerify") && (view.is(i + 1, ":") || assigned) &&
+               view.is(i + 2, "true");
+    case Language::ruby:
+        return view.is(i, "VERIFY_NONE") && i > 1 && view.is(i - 1, "::");
+    case Language::php:
+        return view.is(i, "CURLOPT_SSL_VERIFYPEER") &&
+               (view.is(i + 2, "false") || view.is(i + 2, "0"));
+    default:
+        return false;
+    }
+}
+
+/// Whether the next number can be told from those before: a generator for games and samples.
+bool drawsGuessable(const CodeView& view, std::size_t i) {
+    if (view.is(i + 1, "(") == false || i < 2 || !view.is(i - 1, ".")) return false;
+    if (isScript(view.language)) return view.is(i, "random") && view.is(i - 2, "Math");
+    if (view.language != Language::python || !view.is(i - 2, "random")) return false;
+    for (const std::string_view draw :
+         {"random", "randint", "randrange", "choice", "choices", "sample", "getrandbits"}) {
+        if (view.is(i, draw)) return true;
+    }
+    return false;
+}
+
+/// "getSessionID" and "session_id" as "session id": parted where a name has its joints.
+std::string partedName(std::string_view name) {
+    std::string parted;
+    for (std::size_t i = 0; i < name.size(); ++i) {
+        const bool capital = name[i] >= 'A' && name[i] <= 'Z';
+        const bool small = i > 0 && name[i - 1] >= 'a' && name[i - 1] <= 'z';
+        if (capital && small) parted += ' ';
+        parted += name[i] == '_' ? ' ' : name[i];
+    }
+    return ' ' + text::lowerAscii(parted) + ' ';
+}
+
+/// Whether a name says that nobody else may know the value.
+bool namesSecret(std::string_view name) {
+    const std::string parted = partedName(name);
+    for (const std::string_view secret :
+         {" password ", " passwd ", " passphrase ", " secret ", " session id ", " session key ",
+          " session token ", " reset token ", " auth token ", " access token ", " csrf token ",
+          " api key ", " otp ", " one time code ", " salt ", " verification code ",
+          " encryption key ", " private key "}) {
+        if (contains(parted, secret)) return true;
+    }
+    return false;
+}
+
 /// Tests make up people and their folders.
 bool isTest(std::string_view text) {
     for (const std::string_view sign :
@@ -335,6 +425,36 @@ void checkPlainAddresses(const CodeView& view, FindingList& findings) {
             addCall(view, kPlainAddress, i, "opens an address without encryption", findings);
             break;
         }
+    }
+}
+
+void checkUnverifiedPeers(const CodeView& view, FindingList& findings) {
+    if (isTest(view.source.text())) return;
+    const std::vector<bool> asked = underCondition(view);
+    for (std::size_t i = 0; i < view.code.size(); ++i) {
+        if (!view.isKind(i, TokenKind::identifier) || asked[i] || !trustsAnyone(view, i)) continue;
+        addCall(view, kUnverified, i, "takes any certificate for that of its peer", findings);
+    }
+}
+
+void checkGuessableSecrets(const CodeView& view, FindingList& findings) {
+    if (view.language != Language::python && !isScript(view.language)) return;
+    if (isTest(view.source.text())) return;
+    std::string_view function;
+    bool line = false; // Whether a name of this line says that the value is a secret.
+    std::size_t last = kNoToken;
+    for (std::size_t i = 0; i < view.code.size(); ++i) {
+        if (const std::size_t own = view.lineOf(i); own != last) {
+            last = own;
+            line = false;
+        }
+        if (!view.isKind(i, TokenKind::identifier)) continue;
+        const std::string_view name = view.textOf(view.code[i]);
+        if (i > 0 && (view.is(i - 1, "def") || view.is(i - 1, "function"))) function = name;
+        line = line || namesSecret(name);
+        if (!drawsGuessable(view, i) || (!line && !namesSecret(function))) continue;
+        addCall(view, kGuessable, i - 2, "draws a secret from numbers that can be guessed",
+                findings);
     }
 }
 

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <string>
 
 namespace trevix {
 
@@ -101,6 +102,7 @@ constexpr std::array kGrades = {
     ForeignGrade{"ruff", "F811", kLow, "the later definition holds, often on purpose"},
     ForeignGrade{"ruff", "B006", kLow, "harmless where nobody changes the value"},
     ForeignGrade{"ruff", "B018", kLow, "touching a name can be a check of its own"},
+    ForeignGrade{"ruff", "PLE0704", kLow, "whoever handles an error may call it"},
     ForeignGrade{"ruff", "PLE0604", kLow, kOthers},
     ForeignGrade{"ruff", "PLE0605", kLow, kOthers},
 
@@ -248,8 +250,22 @@ std::optional<Severity> ofBandit(const ForeignFault& fault) {
     return kOff;
 }
 
+/// Whether the name that nothing declares is one that only a checker of types reads, as it stands
+/// in quotes, or a function of the module's own, which it takes away once it is loaded.
+bool mayBeMeant(const ForeignSubject& subject) {
+    const std::string_view text = subject.text;
+    const std::size_t begin = std::min(subject.offset, text.size());
+    if (begin > 0 && (text[begin - 1] == '"' || text[begin - 1] == '\'')) return true;
+    std::size_t end = begin;
+    while (end < text.size() && text::isAsciiWord(text[end])) ++end;
+    if (end == begin) return false;
+    const std::string definition = "\ndef " + std::string(text.substr(begin, end - begin)) + "(";
+    return text.find(definition) != std::string_view::npos;
+}
+
 /// It has no levels. Those of what is unsafe are Bandit's, whose rules they are.
-std::optional<Severity> ofRuff(const ForeignFault& fault, bool whole) {
+std::optional<Severity> ofRuff(const ForeignFault& fault, const ForeignSubject& subject) {
+    const bool whole = subject.whole;
     constexpr std::array<std::string_view, 14> kUnsafe = {"S201", "S312", "S321", "S501", "S502",
                                                           "S503", "S505", "S507", "S508", "S602",
                                                           "S605", "S609", "S612", "S701"};
@@ -257,7 +273,8 @@ std::optional<Severity> ofRuff(const ForeignFault& fault, bool whole) {
                                                         "S112", "S310", "S311"};
     // In a selection the rest may declare it; in a whole file the line fails when it is reached.
     // What `__all__` names may be made on demand.
-    if (fault.code == "F821" || fault.code == "F823") return whole ? kHigh : kLow;
+    if (fault.code == "F823") return whole ? kHigh : kLow;
+    if (fault.code == "F821") return whole && !mayBeMeant(subject) ? kHigh : kLow;
     if (fault.code == "F822") return whole ? kMedium : kLow;
     if (text::isOneOf(fault.code, kHints)) return kLow;
     if (!text::isOneOf(fault.code, kUnsafe)) return kMedium;
@@ -328,7 +345,7 @@ std::optional<Severity> byEngine(std::string_view engine, const ForeignFault& fa
     if (engine == "oxlint") return text::isOneOf(fault.code, kScriptFaults) ? kMedium : kOff;
     if (engine == "biome") return text::isOneOf(fault.code, kBiomeFaults) ? kMedium : kOff;
     if (engine == "markdownlint" || engine == "harper") return kOff;
-    if (engine == "ruff") return ofRuff(fault, subject.whole);
+    if (engine == "ruff") return ofRuff(fault, subject);
     if (engine == "python" && fault.code == "warning") return kMedium;
     // Who has no levels says no more than whether a file parses.
     return fault.level.empty() ? kHigh : byLevel(fault);

@@ -43,6 +43,7 @@ constexpr std::array kSubjects = {
     Subject{"code.secret", "secret"},
     Subject{"text.secret", "secret"},
     Subject{"code.runs_text", "runs text"},
+    Subject{"code.guessable_secret", "guessable"},
     Subject{"code.query_from_text", "query"},
     Subject{"code.swallowed_error", "swallowed"},
     Subject{"code.breakpoint", "breakpoint"},
@@ -113,7 +114,7 @@ constexpr std::array kUnsafe = {
     Subject{"102", "runs text"}, Subject{"307", "runs text"}, Subject{"602", "runs text"},
     Subject{"604", "runs text"}, Subject{"605", "runs text"}, Subject{"608", "query"},
     Subject{"110", "swallowed"}, Subject{"112", "swallowed"}, Subject{"303", "weak hash"},
-    Subject{"324", "weak hash"},
+    Subject{"324", "weak hash"}, Subject{"311", "guessable"},
 };
 
 /// "602" for "bandit.B602" and "ruff.S602"; empty for others.

@@ -382,8 +382,11 @@ void checkMissingArticle(const EnglishSentence& s, std::size_t i, GrammarReport&
         std::size_t at = i + 1;
         if (s.word(at) == "not" && s.glued(at)) ++at;
         const std::size_t noun = bareNoun(s, at);
-        if (noun < s.size() && !s.before(i, {"as"}) && !s.is(noun, {"person", "relative"}))
+        // "Is key", "is subject to change": as good as adjectives.
+        if (noun < s.size() && !s.before(i, {"as"}) &&
+            !s.is(noun, {"person", "relative", "key", "subject"})) {
             report.add(kArticle, s, i, noun, says);
+        }
         return;
     }
     if (s.is(i, {"have",  "has",   "had",  "buy",    "bought", "need",   "needs", "find",
@@ -408,6 +411,7 @@ void checkMissingArticle(const EnglishSentence& s, std::size_t i, GrammarReport&
         const bool adjective = noun > i + 1;
         if (!adjective && (!s.has(noun, kStrict) || s.is(i, {"as", "at", "on", "to", "from"})))
             return;
+        if (!adjective && s.word(i) == "in" && s.is(noun, {"person", "detail"})) return;
         if (!adjective && s.word(i) == "of" &&
             s.is(i - 1,
                  {"kind",  "type",  "sort",     "form",   "kinds", "types",  "sorts",   "forms",

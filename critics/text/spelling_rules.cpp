@@ -312,6 +312,9 @@ private:
         // Dictionaries of other languages lack more, and borrow from English what they lack.
         if (!english && isForeign(own, language)) return {};
         suggest(own, index, shape, language, books, verdict);
+        if (english && isAmericanFor(own, verdict.suggestion)) return {};
+        if (english && shape == Shape::capitalised && looksLikeName(own, verdict.suggestion))
+            return {};
         // Who writes a word twice alike means it, as far as one can tell.
         if (m_counts[own] > 1) verdict.sure = false;
         // Beside code a word that no dictionary has is more often a term than a slip.
@@ -332,6 +335,33 @@ private:
         const text::Word& next = m_view.words[index + 1];
         const std::size_t end = word.offset + word.length;
         return next.capitalised && next.offset == end + 1 && m_view.masked()[end] == ' ';
+    }
+
+    /// At the start of a sentence: whether a word near none of every day is rather a name. Such are
+    /// short, begin with another letter, or end in a vowel in which few words of English do.
+    [[nodiscard]] static bool looksLikeName(std::string_view own, std::string_view other) {
+        constexpr std::string_view kOfNames = "aiou";
+        if (own.empty() || other.empty() || classesOf(other) != 0) return false;
+        return own.size() < kLongerForTwoEdits || own.front() != other.front() ||
+               kOfNames.find(own.back()) != std::string_view::npos;
+    }
+
+    /// "defenseman", where the dictionaries have "defenceman" alone.
+    [[nodiscard]] static bool isAmericanFor(std::string_view own, std::string_view other) {
+        struct Spelling {
+            std::string_view british;
+            std::string_view american;
+        };
+        constexpr std::array<Spelling, 3> kSpellings = {
+            {{"grey", "gray"}, {"defence", "defense"}, {"ae", "e"}}};
+        return std::ranges::any_of(kSpellings, [&](const Spelling& each) {
+            const std::size_t at = other.find(each.british);
+            if (at == std::string_view::npos || (at == 0 && each.british == "ae")) return false;
+            const std::string_view tail = other.substr(at + each.british.size());
+            return own.size() == at + each.american.size() + tail.size() &&
+                   own.starts_with(other.substr(0, at)) && own.ends_with(tail) &&
+                   own.substr(at, each.american.size()) == each.american;
+        });
     }
 
     static std::string capitalised(const std::string& own) {
@@ -356,15 +386,15 @@ private:
         return books.know(tail) || books.know(capitalised(tail));
     }
 
-    /// "yurts", "pdf": a known word in the plural that a dictionary happens to lack, or the
-    /// letters of a known short form.
+    /// "yurts", "stylings", "pdf": a known word in the plural that a dictionary happens to lack, or
+    /// the letters of a known short form.
     [[nodiscard]] static bool isFormOfKnown(const std::string& own, const SpellingBooks& books) {
         if (own.size() >= kFewestLetters && own.size() <= kLongestAcronym &&
             books.know(text::uppercased(own))) {
             return true;
         }
-        if (own.size() < kFewestLetters + 1 || own.size() > kLongestOfPlural + 1) return false;
-        if (own.back() != 's') return false;
+        if (own.size() < kFewestLetters + 1 || own.back() != 's') return false;
+        if (own.size() > kLongestOfPlural + 1 && !own.ends_with("ings")) return false;
         const std::string stem = own.substr(0, own.size() - 1);
         constexpr std::string_view kWantsE = "sxzhyf"; // "classs", "matchs", "familys", "shelfs"
         if (kWantsE.find(stem.back()) != std::string_view::npos) return false;

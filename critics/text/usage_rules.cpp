@@ -153,7 +153,12 @@ void checkVerbLike(const EnglishSentence& s, std::size_t i, GrammarReport& repor
     }
     if (s.is(i, {"my", "his", "her", "their", "our", "your"})) {
         if (s.word(next) == "live" && s.endsPhrase(next)) confused(s, i, next, "life", report);
-        if (s.word(next) == "believe" && s.endsPhrase(next)) confused(s, i, next, "belief", report);
+        // "They made her believe that": "her" is an object too.
+        const bool object =
+            s.word(i) == "her" && i > 0 &&
+            s.is(i - 1, {"make", "makes", "made", "making", "let", "lets", "help", "helps"});
+        if (s.word(next) == "believe" && s.endsPhrase(next) && !object)
+            confused(s, i, next, "belief", report);
     }
     if (s.is(i, {"some", "an", "good", "any", "best", "much", "bad"}) && s.word(next) == "advise" &&
         s.endsPhrase(next)) {

@@ -526,6 +526,65 @@ TEST(CodeCritic, AddressesOpenedWithoutEncryption) {
         critiqueCode);
 }
 
+TEST(CodeCritic, ConnectionsThatTrustAnyone) {
+    const Rules trusts = {"code.unverified_peer"};
+    expectRules(
+        {{"any name", "ctx.check_hostname = False\n", trusts, "a.py"},
+         {"any certificate", "ctx.verify_mode = ssl.CERT_NONE\n", trusts, "a.py"},
+         {"its constant alone", "ctx.verify_mode = CERT_NONE\n", trusts, "a.py"},
+         {"an option", "const agent = new Agent({ rejectUnauthorized: false });\n", trusts, "a.js"},
+         {"a field", "package a\n\nvar c = tls.Config{InsecureSkipVerify: true}\n", trusts, "a.go"},
+         {"a constant of Ruby", "http.verify_mode = OpenSSL::SSL::VERIFY_NONE\n", trusts, "a.rb"},
+         {"an option of PHP", "<?php\ncurl_setopt($c, CURLOPT_SSL_VERIFYPEER, false);\n", trusts,
+          "a.php"},
+         {"looked at", "if ctx.verify_mode == ssl.CERT_NONE:\n    warn(ctx)\n", {}, "a.py"},
+         {"verified",
+          "ctx.check_hostname = True\nctx.verify_mode = ssl.CERT_REQUIRED\n",
+          {},
+          "a.py"},
+         {"an option that is kept",
+          "const a = new Agent({ rejectUnauthorized: true });\n",
+          {},
+          "a.js"},
+         {"a parameter",
+          "def connect(check_hostname=False):\n    return check_hostname\n",
+          {},
+          "a.py"},
+         {"in a function", "def f(ctx):\n    ctx.check_hostname = False\n", trusts, "a.py"},
+         {"behind a condition", "if old:\n    warn()\nctx.check_hostname = False\n", trusts,
+          "a.py"},
+         {"where the caller says so", "if insecure:\n    ctx.check_hostname = False\n", {}, "a.py"},
+         {"where the caller may say so",
+          "ctx.verify_mode = ssl.CERT_NONE if insecure else ssl.CERT_REQUIRED\n",
+          {},
+          "a.py"},
+         {"of a context's own", "self.verify_mode = ssl.CERT_NONE\n", {}, "a.py"},
+         {"a test", "def test_a(ctx):\n    ctx.check_hostname = False\n", {}, "a.py"}},
+        critiqueCode);
+}
+
+TEST(CodeCritic, SecretsFromNumbersThatCanBeGuessed) {
+    const Rules guessed = {"code.guessable_secret"};
+    expectRules(
+        {{"by the name of the value", "import random\nsession_id = random.getrandbits(64)\n",
+          guessed, "a.py"},
+         {"by the name of the function",
+          "import random\ndef make_password(n):\n    return random.choices(SIGNS, k=n)\n", guessed,
+          "a.py"},
+         {"of a script", "const apiKey = Math.random().toString(36);\n", guessed, "a.js"},
+         {"in a function of a script", "function newSessionId() {\n  return Math.random();\n}\n",
+          guessed, "a.js"},
+         {"a die", "import random\nroll = random.randint(1, 6)\n", {}, "a.py"},
+         {"a word of a text", "import random\ntoken = random.choice(words)\n", {}, "a.py"},
+         {"from the machine", "import secrets\npassword = secrets.token_hex(16)\n", {}, "a.py"},
+         {"a strong generator", "import random\notp = rng.randint(0, 9)\n", {}, "a.py"},
+         {"a test",
+          "import random\ndef test_a():\n    password = random.choice(ALL)\n",
+          {},
+          "a.py"}},
+        critiqueCode);
+}
+
 TEST(CodeCritic, CodeThatRunsText) {
     const Rules runs = {"code.runs_text"};
     const Rules query = {"code.query_from_text"};

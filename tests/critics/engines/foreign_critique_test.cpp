@@ -403,6 +403,18 @@ TEST(ForeignGrade, WhatIsDeclaredNowhereWeighsLittleInASelection) {
     EXPECT_EQ(gradeOf("shellcheck", variable, {false, "", 0}), Severity::low);
 }
 
+TEST(ForeignGrade, ANameThatMayBeMeantWeighsLittle) {
+    const auto grade = [](std::string_view text, std::string_view name) {
+        return gradeOf("ruff", {"F821", "", "", 1, 1, ""}, {true, text, text.rfind(name)});
+    };
+    EXPECT_EQ(grade("def f(kind: \"Kind\"):\n    return kind\n", "Kind"), Severity::low);
+    EXPECT_EQ(grade("import os\ndef add(x):\n    keep[x] = 1\ndel add\ndef more(x):\n    add(x)\n",
+                    "add"),
+              Severity::low);
+    EXPECT_EQ(grade("def f(x):\n    return adds(x)\n", "adds"), Severity::high);
+    EXPECT_EQ(grade("def f(x):\n    return f\"{y}\"\n", "y"), Severity::high);
+}
+
 TEST(ForeignGrade, OutputThatNothingReadsWeighsWhatALiteralDoesNot) {
     const auto grade = [](std::string_view text, std::size_t offset = 0, bool whole = true) {
         return gradeOf("shellcheck", {"SC2034", "warning", "", 1, 1, ""}, {whole, text, offset});

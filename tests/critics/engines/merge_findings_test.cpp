@@ -107,6 +107,9 @@ TEST(MergeFindings, OfTwoTheGraverStaysInItsPlace) {
     EXPECT_THAT(merged({found("code.secret", "line 3, column 1", Severity::critical)},
                        {found("bandit.B105", "line 3, column 1", Severity::low)}),
                 ElementsAre("code.secret"));
+    EXPECT_THAT(merged({found("code.guessable_secret", "line 3, column 5", Severity::medium)},
+                       {found("ruff.S311", "line 3, column 14", Severity::low)}),
+                ElementsAre("code.guessable_secret"));
 }
 
 TEST(MergeFindings, TwoOfOneCriticAreTwo) {

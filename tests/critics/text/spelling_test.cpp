@@ -170,6 +170,37 @@ TEST(Spelling, KnownWordsMayBeJoinedAndGrow) {
     EXPECT_EQ(misspeltIn("The codebase is new, and we rebuild it in an unwritten plan."), Words());
 }
 
+TEST(Spelling, EitherSpellingOfAWordThatADictionaryHasInOne) {
+    LanguageTools tools = smallTools();
+    auto shelf = std::make_shared<ListShelf>();
+    shelf->add(NaturalLanguage::english,
+               "the was a of on our in and wall light painted greyscale defenceman anaemia voicing "
+               "house garden picture");
+    tools.shelf = shelf;
+    const auto found = [&](const std::string& text) {
+        return misspelt(critiqueText(textPart(text), tools));
+    };
+    EXPECT_EQ(found("The picture of our garden was grayscale."), Words());
+    EXPECT_EQ(found("The anemia of the defenseman was light."), Words());
+    EXPECT_EQ(found("The voicings on our wall was painted."), Words());
+    EXPECT_EQ(found("The picture of our garden was greyscael."), Words({"greyscael"}));
+}
+
+TEST(Spelling, AWordThatBeginsASentenceAndIsNearNoneOfEveryDayIsAName) {
+    LanguageTools tools = smallTools();
+    auto shelf = std::make_shared<ListShelf>();
+    shelf->add(NaturalLanguage::english,
+               "the was a of on our in and wall light painted tern before house garden picture "
+               "technology");
+    tools.shelf = shelf;
+    const auto found = [&](const std::string& text) {
+        return misspelt(critiqueText(textPart(text), tools));
+    };
+    EXPECT_EQ(found("Teran was painted on the wall of our house."), Words());
+    EXPECT_EQ(found("Techology was on our wall before the house was light."), Words({"Techology"}));
+    EXPECT_EQ(found("Befroe the house was painted, the garden was light."), Words({"Befroe"}));
+}
+
 TEST(Spelling, WordsWronglyJoinedAreFound) {
     EXPECT_EQ(misspeltIn("We have the plan and the report atleast.", true), Words{"atleast"});
 }
