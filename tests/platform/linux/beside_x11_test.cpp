@@ -103,6 +103,15 @@ TEST_F(BesideX11Test, AfterACopyOnTheServerTheClipboardIsPutBack) {
     EXPECT_EQ(ports.pasteboard->string(), "the user's");
 }
 
+TEST_F(BesideX11Test, AWindowIsAskedForWhereItsProgramIs) {
+    EXPECT_TRUE(ports.workspace->activateWindow(kBrowser.pid, 7));
+    EXPECT_THAT(journal.entries(), ElementsAre("window 7", "activate 1"));
+    EXPECT_THAT(otherJournal.entries(), ElementsAre());
+    EXPECT_TRUE(ports.workspace->activateWindow(kEditor.pid, 8));
+    EXPECT_THAT(otherJournal.entries(), ElementsAre("window 8", "activate 2"));
+    EXPECT_FALSE(ports.workspace->activateWindow(99, 9));
+}
+
 TEST_F(BesideX11Test, AProgramThatBothKnowRunsOnce) {
     EXPECT_THAT(ports.workspace->runningApplications(), ElementsAre(kBrowser, kEditor));
 }

@@ -77,6 +77,15 @@ TEST_F(RenewedDesktopTest, AnswersByWhatItTellsLaterAndLooksNoMore) {
     EXPECT_TRUE(desktop.accessibility);
 }
 
+TEST_F(RenewedDesktopTest, OneWindowIsAskedForAtTheDesktopThatHolds) {
+    EXPECT_TRUE(desktop.workspace->activateWindow(1, 7));
+    EXPECT_THAT(first.journal.entries(), ElementsAre("window 7", "activate 1"));
+    tells = true;
+    EXPECT_EQ(desktop.limits->now().line, "all");
+    EXPECT_TRUE(desktop.workspace->activateWindow(1, 8));
+    EXPECT_THAT(second.journal.entries(), ElementsAre("window 8", "activate 1"));
+}
+
 TEST_F(RenewedDesktopTest, ACaptureEndsWithTheClipboardItBeganWith) {
     const auto memory = desktop.pasteboard->remember();
     tells = true;
