@@ -12,7 +12,9 @@
 #include <cstdlib>
 #include <fstream>
 #include <stdexcept>
+#include <system_error>
 #include <thread>
+#include <utility>
 
 namespace kelvane {
 
@@ -154,6 +156,30 @@ void TestPrograms::killAllBut(pid_t program) {
     for (auto one = programs.rbegin(); one != programs.rend(); ++one) {
         if (*one != program) kill(*one);
     }
+}
+
+void TestPrograms::endStuckForks(pid_t program, std::chrono::milliseconds patience) {
+    const std::filesystem::path processes("/proc");
+    const auto number = std::to_string(program);
+    std::error_code failure;
+    const auto self = std::filesystem::read_symlink(processes / number / "exe", failure);
+    if (failure) return;
+    const auto now = std::chrono::steady_clock::now();
+    std::map<pid_t, std::chrono::steady_clock::time_point> forks;
+    for (const auto& thread :
+         std::filesystem::directory_iterator(processes / number / "task", failure)) {
+        std::ifstream children(thread.path() / "children");
+        for (pid_t child = 0; children >> child;) {
+            const auto other =
+                std::filesystem::read_symlink(processes / std::to_string(child) / "exe", failure);
+            if (failure || other != self) continue;
+            const auto seen = m_forks.find(child);
+            const auto since = seen == m_forks.end() ? now : seen->second;
+            if (now - since >= patience) ::kill(child, SIGKILL);
+            forks.emplace(child, since);
+        }
+    }
+    m_forks = std::move(forks);
 }
 
 bool TestPrograms::waitUntil(const std::function<bool()>& condition,

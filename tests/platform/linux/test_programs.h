@@ -60,12 +60,19 @@ public:
     void kill(pid_t program);
     void killAllBut(pid_t program);
 
+    /// Ends the children of `program` that are still a copy of it after `patience` of being looked
+    /// at. A program with threads that runs code of its own between fork and exec can stand still
+    /// there for good, on a lock that another thread held, and with it the one that waits for the
+    /// exec. Call it again and again.
+    void endStuckForks(pid_t program, std::chrono::milliseconds patience = std::chrono::seconds(1));
+
     /// Looks at `condition` every few milliseconds until it holds; false after `timeout`.
     static bool waitUntil(const std::function<bool()>& condition,
                           std::chrono::milliseconds timeout = std::chrono::seconds(60));
 
 private:
-    std::vector<pid_t> m_programs; ///< Oldest first.
+    std::vector<pid_t> m_programs;                                  ///< Oldest first.
+    std::map<pid_t, std::chrono::steady_clock::time_point> m_forks; ///< When first seen.
 };
 
 } // namespace kelvane

@@ -2,8 +2,13 @@
 
 #include <gtest/gtest.h>
 
-#include <fstream>
 #include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <filesystem>
+#include <fstream>
 #include <sstream>
 
 namespace kelvane {
@@ -19,6 +24,27 @@ TEST(VirtualDesktop, startsARealProgramAndSeesItsWindow) {
     EXPECT_EQ(desktop.activeWindow(), window->window);
     desktop.end(program);
     EXPECT_FALSE(desktop.running(program));
+}
+
+TEST(TestPrograms, endsAForkThatNeverBecomesAnotherProgram) {
+    const auto home = makeTestHome();
+    TestPrograms programs;
+    const auto other = programs.start({"sleep", "600"}, {}, home / "log");
+    const pid_t fork = ::fork();
+    if (fork == 0) {
+        for (;;) ::pause();
+    }
+    int status = 0;
+    const auto ended = [&] { return ::waitpid(fork, &status, WNOHANG) == fork; };
+    programs.endStuckForks(::getpid(), std::chrono::hours(1));
+    EXPECT_FALSE(ended()) << "it has that long";
+    EXPECT_TRUE(TestPrograms::waitUntil([&] {
+        programs.endStuckForks(::getpid(), std::chrono::milliseconds(1));
+        return ended();
+    }));
+    EXPECT_TRUE(WIFSIGNALED(status));
+    EXPECT_TRUE(programs.running(other)) << "it is a program of its own";
+    std::filesystem::remove_all(home);
 }
 
 TEST(VirtualDesktop, leavesNothingBehind) {

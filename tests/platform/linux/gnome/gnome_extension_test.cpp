@@ -25,6 +25,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -160,12 +161,13 @@ protected:
                            .variables = {{"XDG_DATA_HOME", s_data.string()}, {"NO_AT_BRIDGE", "0"}},
                            .more = {"--unsafe-mode"}});
         // The test's own hands: a keyboard, and an end to the overview that the shell begins with.
-        WaylandDesktop::waitUntil([] {
+        const bool ready = WaylandDesktop::waitUntil([] {
             return eval("Main.layoutManager._startingUp ? 'starting' :"
                         "(imports.gi.St.Settings.get().inhibit_animations(), Main.overview.hide(),"
                         "Main.overview.visible ? 'shown' : 'ready')")
                        .find("ready") != std::string::npos;
         });
+        if (!ready) throw std::runtime_error("GNOME Shell does not get ready");
         eval("globalThis.hands = imports.gi.Clutter.get_default_backend().get_default_seat()"
              ".create_virtual_device(imports.gi.Clutter.InputDeviceType.KEYBOARD_DEVICE); 0");
     }

@@ -258,7 +258,12 @@ std::string WaylandDesktop::outputOf(const std::vector<std::string>& command,
     std::error_code ignored;
     std::filesystem::remove(output, ignored);
     const auto program = m_programs.start(command, environment, output);
-    waitUntil([&] { return !running(program); });
+    waitUntil([&] {
+        // GNOME Shell starts ibus-daemon by a script of its own that runs in the fork. It stood
+        // still there once in some 200 starts, and then answered nobody.
+        if (m_options.compositor == Compositor::GnomeShell) m_programs.endStuckForks(m_compositor);
+        return !running(program);
+    });
     return contentOf(output);
 }
 
