@@ -72,6 +72,7 @@ protected:
     Program mousepad();
     Program gnomeTextEditor();
     Program kate();
+    Program qt6(std::string id);
     Program firefox();
     Program chromium();
     Program office(const std::string& application, const std::string& name,
@@ -388,6 +389,13 @@ Program ProgramOnCompositor::kate() {
     return editor({"kate", "--new", "--block"}, "org.kde.kate");
 }
 
+Program ProgramOnCompositor::qt6(std::string id) {
+    return {{KELVANE_TEXT_WINDOW, "kelvane.probe", "probe", "400", "300", kDocument},
+            {},
+            std::move(id),
+            kDocument};
+}
+
 TEST_P(ProgramOnCompositor, ofGtk3IsCaptured) {
     isCaptured(mousepad());
 }
@@ -401,10 +409,7 @@ TEST_P(ProgramOnCompositor, ofQt5IsCaptured) {
 }
 
 TEST_P(ProgramOnCompositor, ofQt6IsCaptured) {
-    isCaptured({{KELVANE_TEXT_WINDOW, "kelvane.probe", "probe", "400", "300", kDocument},
-                {},
-                "wmclass:kelvane.probe",
-                kDocument});
+    isCaptured(qt6("wmclass:kelvane.probe"));
 }
 
 TEST_P(ProgramOnCompositor, firefoxIsCaptured) {
@@ -433,6 +438,10 @@ TEST_P(X11ProgramOnCompositor, ofGtk4IsCaptured) {
 
 TEST_P(X11ProgramOnCompositor, ofQt5IsCaptured) {
     isCaptured(kate());
+}
+
+TEST_P(X11ProgramOnCompositor, ofQt6IsCaptured) {
+    isCaptured(qt6("wmclass:text_window")); // Qt takes the class from the program's file.
 }
 
 TEST_P(X11ProgramOnCompositor, firefoxIsCaptured) {
