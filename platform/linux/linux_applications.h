@@ -24,7 +24,7 @@ struct LinuxApplications {
     DesktopOffer offer; ///< As it was found.
     DesktopSources sources;
     std::string silentDisplay; ///< Of one that let nobody in within the time it had; else empty.
-    std::unique_ptr<WaylandSession> wayland; ///< Not null for the sources Wlroots and KWin.
+    std::shared_ptr<WaylandSession> wayland; ///< Not null for the sources Wlroots and KWin.
     /// Of a silent compositor: the session once it has answered.
     std::function<std::unique_ptr<WaylandSession>()> late;
     UnseenSources unseen; ///< Opened where the compositor tells nobody of its windows.

@@ -83,13 +83,17 @@ LinuxDesktop desktopOf(const LinuxApplications& opened, Clock& clock) {
         isOfWayland(sources.selection) ? wayland->pasteboard() : makeCopyPasteboard(clipboard);
     desktop.windowList =
         isOfWayland(sources.windows) ? wayland->windowList() : makeX11WindowList(x11);
-    desktop.windowPicture = isOfWayland(sources.picture)
-                                ? wayland->windowPicture(sources.picture)
+    // Whoever tells of the windows, also where their pictures come later.
+    desktop.windowPicture = isOfWayland(sources.windows)
+                                ? wayland->windowPicture()
                                 : makeX11WindowPicture(x11 ? session.display : "");
     if (sources.windows == DesktopSource::GnomeExtension) useExtension(desktop, opened, clock);
     if (sources.windows == DesktopSource::Accessibility) readFromPrograms(desktop, opened);
-    const auto offer = [unseen = opened.unseen, plain = opened.offer] {
-        return unseen.addTo(plain);
+    const auto offer = [unseen = opened.unseen, plain = opened.offer, wayland] {
+        if (!wayland) return unseen.addTo(plain);
+        auto now = wayland->offer();
+        now.xServer = plain.xServer;
+        return unseen.addTo(now);
     };
     desktop.limits = makeLinuxLimits(offer, isGnomeShell(opened.unseen.sessionBus));
     desktop.accessibility = makeAccessibilitySwitch(opened.unseen.sessionBus);

@@ -26,6 +26,7 @@ struct BusLink::Pending {
     BusLink* link;
     std::string to;
     Read read;
+    Refused refused;
     sd_bus_slot* slot = nullptr;
     bool answered = false;
 
@@ -37,7 +38,10 @@ struct BusLink::Pending {
         --self->link->m_open;
         // Its own copy: what it does may end the question.
         const auto read = std::move(self->read);
-        read(sd_bus_message_is_method_error(message, nullptr) > 0 ? nullptr : message);
+        const auto refused = std::move(self->refused);
+        const auto* const error = sd_bus_message_get_error(message);
+        if (error != nullptr && refused) refused(error->name != nullptr ? error->name : "");
+        read(error != nullptr ? nullptr : message);
         return 0;
     }
 };
@@ -47,7 +51,7 @@ std::unique_ptr<BusLink> BusLink::open(const std::string& address) {
     sd_bus* bus = nullptr;
     if (sd_bus_new(&bus) < 0) return nullptr;
     if (sd_bus_set_address(bus, address.c_str()) < 0 || sd_bus_set_bus_client(bus, 1) < 0 ||
-        sd_bus_start(bus) < 0) {
+        sd_bus_negotiate_fds(bus, 1) < 0 || sd_bus_start(bus) < 0) {
         sd_bus_unref(bus);
         return nullptr;
     }
@@ -61,7 +65,30 @@ BusLink::~BusLink() {
     sd_bus_close_unref(m_bus);
 }
 
-void BusLink::ask(const BusQuestion& question, const Write& write, Read read) {
+/// False when there is nothing to wait for any more.
+bool BusLink::waitForBus(std::chrono::milliseconds limit) {
+    pollfd ready{sd_bus_get_fd(m_bus), 0, 0};
+    const int events = sd_bus_get_events(m_bus);
+    if (ready.fd < 0 || events < 0) return false;
+    ready.events = static_cast<short>(events);
+    return ::poll(&ready, 1, static_cast<int>(limit.count())) >= 0 || errno == EINTR;
+}
+
+bool BusLink::ready(std::chrono::milliseconds limit) {
+    const auto deadline = steady_clock::now() + limit;
+    while (alive()) {
+        if (sd_bus_is_ready(m_bus) > 0) return true;
+        const int did = sd_bus_process(m_bus, nullptr);
+        if (did < 0) break;
+        if (did > 0) continue;
+        const auto left =
+            std::chrono::ceil<std::chrono::milliseconds>(deadline - steady_clock::now());
+        if (left.count() <= 0 || !waitForBus(left)) break;
+    }
+    return false;
+}
+
+void BusLink::ask(const BusQuestion& question, const Write& write, Read read, Refused refused) {
     sd_bus_message* message = nullptr;
     if (sd_bus_message_new_method_call(m_bus, &message, question.to.c_str(), question.path.c_str(),
                                        question.interface.c_str(), question.member.c_str()) < 0) {
@@ -71,6 +98,7 @@ void BusLink::ask(const BusQuestion& question, const Write& write, Read read) {
     pending->link = this;
     pending->to = question.to;
     pending->read = std::move(read);
+    pending->refused = std::move(refused);
     const bool sent = sd_bus_message_set_auto_start(message, 0) >= 0 &&
                       (!write || write(message)) &&
                       sd_bus_call_async(m_bus, &pending->slot, message, &Pending::onAnswer,
@@ -94,14 +122,8 @@ std::set<std::string> BusLink::wait(std::chrono::milliseconds limit,
         if (did < 0 || satisfied || m_open == 0) break;
         const auto left =
             std::chrono::ceil<std::chrono::milliseconds>(deadline - steady_clock::now());
-        if (left.count() <= 0) break;
-        pollfd ready{sd_bus_get_fd(m_bus), 0, 0};
-        const int events = sd_bus_get_events(m_bus);
-        if (ready.fd < 0 || events < 0) break;
-        ready.events = static_cast<short>(events);
         // What is enough may come to hold without an answer.
-        const auto rest = enough ? std::min(left, kLook) : left;
-        if (::poll(&ready, 1, static_cast<int>(rest.count())) < 0 && errno != EINTR) break;
+        if (left.count() <= 0 || !waitForBus(enough ? std::min(left, kLook) : left)) break;
     }
     std::set<std::string> silent;
     if (!satisfied) {

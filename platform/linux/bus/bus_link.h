@@ -35,6 +35,8 @@ public:
     using Write = std::function<bool(sd_bus_message*)>;
     /// Reads an answer; null when the program refused.
     using Read = std::function<void(sd_bus_message*)>;
+    /// The name of the error with which it did, before `Read`.
+    using Refused = std::function<void(std::string_view error)>;
 
     /// Connects to a bus by its address. Null when there is none there.
     [[nodiscard]] static std::unique_ptr<BusLink> open(const std::string& address);
@@ -42,8 +44,12 @@ public:
     BusLink(const BusLink&) = delete;
     BusLink& operator=(const BusLink&) = delete;
 
+    /// Waits until the bus has let this program in; false when it has not within `limit`. A
+    /// question with a file in it is for such a link: it would be waited with otherwise, for 90 s.
+    [[nodiscard]] bool ready(std::chrono::milliseconds limit);
+
     /// Sends a question. It is answered during `wait`, or never. Nobody is started by it.
-    void ask(const BusQuestion& question, const Write& write, Read read);
+    void ask(const BusQuestion& question, const Write& write, Read read, Refused refused = {});
 
     /// Takes answers until all questions have theirs, `limit` has passed or `enough` holds, which
     /// is looked at after each answer and every 50 ms. What is unanswered then is given up. The
@@ -57,6 +63,7 @@ public:
 private:
     struct Pending;
     explicit BusLink(sd_bus* bus);
+    bool waitForBus(std::chrono::milliseconds limit);
 
     sd_bus* m_bus;
     std::vector<std::unique_ptr<Pending>> m_pending;

@@ -1,5 +1,7 @@
 #include "platform/linux/wayland/kwin_screenshot.h"
 
+#include "platform/linux/bus/bus_link.h"
+
 #include <fcntl.h>
 #include <poll.h>
 #include <systemd/sd-bus.h>
@@ -12,7 +14,6 @@
 #include <chrono>
 #include <cmath>
 #include <cstring>
-#include <memory>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -31,33 +32,6 @@ constexpr std::size_t kLargestPicture = std::size_t{1} << 30U; ///< Bytes.
 constexpr const char* kService = "org.kde.KWin";
 constexpr const char* kObject = "/org/kde/KWin/ScreenShot2";
 constexpr const char* kInterface = "org.kde.KWin.ScreenShot2";
-
-struct BusEnd {
-    void operator()(sd_bus* bus) const { sd_bus_close_unref(bus); }
-};
-using Bus = std::unique_ptr<sd_bus, BusEnd>;
-struct MessageEnd {
-    void operator()(sd_bus_message* message) const { sd_bus_message_unref(message); }
-};
-using Message = std::unique_ptr<sd_bus_message, MessageEnd>;
-
-std::uint64_t microseconds(std::chrono::nanoseconds time) {
-    return static_cast<std::uint64_t>(
-        std::chrono::duration_cast<std::chrono::microseconds>(time).count());
-}
-
-Bus connected(const std::string& address) {
-    sd_bus* made = nullptr;
-    if (address.empty() || sd_bus_new(&made) < 0) return nullptr;
-    Bus bus(made);
-    if (sd_bus_set_address(made, address.c_str()) < 0 || sd_bus_set_bus_client(made, 1) < 0 ||
-        sd_bus_negotiate_fds(made, 1) < 0 ||
-        sd_bus_set_method_call_timeout(made, microseconds(kPatience)) < 0 ||
-        sd_bus_start(made) < 0) {
-        return nullptr;
-    }
-    return bus;
-}
 
 /// What is said of a picture beside its bytes.
 struct Description {
@@ -178,27 +152,35 @@ private:
     int m_writing = -1;
 };
 
+/// Nothing answers in time, or what there is refuses.
+enum class Heard { Silent, Refused, Answered };
+
 /// Asks for a picture of a window, with its bytes to be written into the pipe.
-Message ask(sd_bus* bus, const std::string& uuid, int pipe, std::chrono::nanoseconds patience,
-            bool& mayAsk) {
-    sd_bus_message* made = nullptr;
-    if (sd_bus_message_new_method_call(bus, &made, kService, kObject, kInterface, "CaptureWindow") <
-        0) {
-        return nullptr;
-    }
-    const Message call(made);
-    if (sd_bus_message_append(made, "sa{sv}h", uuid.c_str(), 3, "include-decoration", "b", 0,
-                              "include-cursor", "b", 0, "native-resolution", "b", 1, pipe) < 0) {
-        return nullptr;
-    }
-    sd_bus_error error{};
-    sd_bus_message* reply = nullptr;
-    const int status = sd_bus_call(bus, made, microseconds(patience), &error, &reply);
-    // No such window: but the question was heard. A KWin that is busy has not refused.
-    const std::string_view name = error.name == nullptr ? "" : error.name;
-    mayAsk = status >= 0 || status == -ETIMEDOUT || name.ends_with(".InvalidWindow");
-    sd_bus_error_free(&error);
-    return Message(status < 0 ? nullptr : reply);
+Heard ask(const std::string& address, const std::string& uuid, int pipe,
+          std::chrono::milliseconds patience, std::optional<Description>& description) {
+    const auto end = steady_clock::now() + patience;
+    const auto link = BusLink::open(address);
+    if (!link) return Heard::Refused;
+    if (!link->ready(patience)) return link->alive() ? Heard::Silent : Heard::Refused;
+    auto heard = Heard::Silent;
+    link->ask(
+        {kService, kObject, kInterface, "CaptureWindow"},
+        [&](sd_bus_message* question) {
+            return sd_bus_message_append(question, "sa{sv}h", uuid.c_str(), 3, "include-decoration",
+                                         "b", 0, "include-cursor", "b", 0, "native-resolution", "b",
+                                         1, pipe) >= 0;
+        },
+        [&](sd_bus_message* answer) {
+            if (answer == nullptr) return;
+            heard = Heard::Answered;
+            description = readDescription(answer);
+        },
+        [&](std::string_view error) {
+            // No such window: but the question was heard.
+            heard = error.ends_with(".InvalidWindow") ? Heard::Answered : Heard::Refused;
+        });
+    link->wait(std::chrono::ceil<std::chrono::milliseconds>(end - steady_clock::now()));
+    return heard;
 }
 
 } // namespace
@@ -243,28 +225,26 @@ ServerPixels withoutShadow(const ServerPixels& pixels, std::uint32_t width, std:
     return part;
 }
 
-bool KWinScreenshot::offered() const {
-    const auto bus = connected(m_bus);
+bool KWinScreenshot::offered() {
+    if (m_offered) return true;
     const Pipe pipe;
-    if (!bus || pipe.writing() < 0) return false;
-    bool mayAsk = false;
+    if (pipe.writing() < 0) return false;
+    std::optional<Description> none;
     // Nobody is called that: whoever may not ask hears so first.
-    (void)ask(bus.get(), "{00000000-0000-0000-0000-000000000000}", pipe.writing(), kPatience,
-              mayAsk);
-    return mayAsk;
+    const auto heard =
+        ask(m_bus, "{00000000-0000-0000-0000-000000000000}", pipe.writing(), kPatience, none);
+    m_offered = heard == Heard::Answered;
+    return heard != Heard::Refused;
 }
 
 std::optional<std::string> KWinScreenshot::png(const std::string& uuid,
                                                const DisplayRect& frame) const {
     const auto end = steady_clock::now() + kPicturePatience;
-    const auto bus = connected(m_bus);
     Pipe pipe;
-    if (!bus || pipe.writing() < 0) return std::nullopt;
-    bool mayAsk = false;
-    const auto reply = ask(bus.get(), uuid, pipe.writing(), kPicturePatience, mayAsk);
+    if (pipe.writing() < 0) return std::nullopt;
+    std::optional<Description> description;
+    ask(m_bus, uuid, pipe.writing(), kPicturePatience, description);
     pipe.closeWriting();
-    if (!reply) return std::nullopt;
-    const auto description = readDescription(reply.get());
     if (!description) return std::nullopt;
     const auto size = std::size_t{description->stride} * description->height;
     const auto bytes = readUpTo(pipe.reading(), size, end);

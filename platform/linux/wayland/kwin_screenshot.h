@@ -8,6 +8,7 @@
 #include "platform/linux/common/display_rect.h"
 #include "platform/linux/common/png_picture.h"
 
+#include <atomic>
 #include <optional>
 #include <string>
 #include <utility>
@@ -19,9 +20,11 @@ public:
     /// `bus` as DBUS_SESSION_BUS_ADDRESS has it; empty for none.
     explicit KWinScreenshot(std::string bus) : m_bus(std::move(bus)) {}
 
-    /// Whether KWin lets this program do so: it is there and has not refused. One question,
-    /// answered within 300 ms. Any thread.
-    [[nodiscard]] bool offered() const;
+    /// Whether KWin lets this program do so. One question, answered within 300 ms, until KWin has
+    /// said yes; from then on that holds. What is silent has not refused. Any thread.
+    [[nodiscard]] bool offered();
+    /// Whether KWin has said yes. Any thread.
+    [[nodiscard]] bool wasOffered() const { return m_offered; }
 
     /// PNG bytes of the window with KWin's own name `uuid`, which has this frame on the desktop,
     /// without its shadow. Absent when it is gone or may not be had, and after two seconds. Any
@@ -30,7 +33,8 @@ public:
                                                  const DisplayRect& frame) const;
 
 private:
-    std::string m_bus;
+    const std::string m_bus;
+    std::atomic<bool> m_offered = false;
 };
 
 /// The part of a picture that is the window itself: `width` and `height` of the opaque pixels that

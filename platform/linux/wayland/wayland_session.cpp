@@ -13,6 +13,7 @@
 #include "platform/linux/wayland/wayland_windows.h"
 #include "platform/linux/wayland/wayland_workspace.h"
 
+#include <atomic>
 #include <utility>
 #include <vector>
 
@@ -36,24 +37,27 @@ public:
           m_parts(std::move(parts)),
           m_place(place),
           m_applications(std::make_shared<WaylandApplications>(
-              m_link, m_parts.windows, SwaySocket(place.swaySocket), std::move(installed))) {
+              m_link, m_parts.windows, SwaySocket(place.swaySocket), std::move(installed))),
+          m_screenshot(std::make_shared<KWinScreenshot>(place.sessionBus)) {
         m_offer.wayland = true;
         m_offer.foreignToplevel = m_parts.windows->hasForeignToplevel();
         m_offer.plasmaWindows = m_parts.windows->hasPlasmaWindows();
         m_offer.plasmaShell = m_parts.windows->hasPlasmaShell();
-        m_offer.swaySocket = m_applications->tree().has_value();
         if (!m_parts.selections) return;
         m_offer.dataControl = m_parts.selections->offered();
         m_offer.virtualKeyboard = m_parts.keys->hasVirtualKeyboard();
         m_offer.fakeInput = m_parts.keys->hasFakeInput();
         m_offer.screencopy = m_parts.screens->offered();
-        m_offer.kwinScreenshot =
-            m_offer.plasmaWindows && KWinScreenshot(place.sessionBus).offered();
         m_clipboard =
             makeWaylandClipboard({m_link, m_parts.windows, m_parts.selections, m_parts.keys});
     }
 
-    const DesktopOffer& offer() const override { return m_offer; }
+    DesktopOffer offer() override {
+        auto offer = m_offer;
+        offer.swaySocket = m_tellsTree || (m_tellsTree = m_applications->tree().has_value());
+        offer.kwinScreenshot = m_parts.selections && offer.plasmaWindows && m_screenshot->offered();
+        return offer;
+    }
 
     std::unique_ptr<Workspace> workspace() override {
         return makeWaylandWorkspace(m_applications, m_place.socket);
@@ -69,12 +73,11 @@ public:
     }
     std::unique_ptr<Pasteboard> pasteboard() override { return makeCopyPasteboard(m_clipboard); }
     std::unique_ptr<WindowList> windowList() override {
-        return makeWaylandWindowList(m_applications, m_offer.kwinScreenshot);
+        return makeWaylandWindowList(
+            m_applications, [screenshot = m_screenshot] { return screenshot->wasOffered(); });
     }
-    std::unique_ptr<WindowPicture> windowPicture(DesktopSource source) override {
-        if (source == DesktopSource::KWin) {
-            return makeKWinWindowPicture(m_applications, KWinScreenshot(m_place.sessionBus));
-        }
+    std::unique_ptr<WindowPicture> windowPicture() override {
+        if (m_offer.plasmaWindows) return makeKWinWindowPicture(m_applications, m_screenshot);
         return makeScreenWindowPicture(m_applications, m_parts.screens);
     }
 
@@ -83,7 +86,9 @@ private:
     const Parts m_parts;
     const WaylandPlace m_place;
     const std::shared_ptr<WaylandApplications> m_applications;
-    DesktopOffer m_offer;
+    const std::shared_ptr<KWinScreenshot> m_screenshot;
+    std::atomic<bool> m_tellsTree = false;
+    DesktopOffer m_offer;                       ///< What the link alone tells.
     std::shared_ptr<CopyClipboard> m_clipboard; ///< Null likewise.
 };
 

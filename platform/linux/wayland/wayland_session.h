@@ -32,15 +32,17 @@ class WaylandSession {
 public:
     virtual ~WaylandSession() = default;
 
-    /// What the compositor offers; `wayland` is true.
-    [[nodiscard]] virtual const DesktopOffer& offer() const = 0;
+    /// What the compositor offers; `wayland` is true. Services beside it that did not answer yet
+    /// (pictures by KWin, sway's own socket) are asked again each time, for 300 ms each: at login
+    /// they may be later than the compositor.
+    [[nodiscard]] virtual DesktopOffer offer() = 0;
 
     // Each is for the sources Wlroots and KWin alone, and then never null. They keep the link.
     [[nodiscard]] virtual std::unique_ptr<Workspace> workspace() = 0;
     [[nodiscard]] virtual std::unique_ptr<Keyboard> keyboard() = 0;
     [[nodiscard]] virtual std::unique_ptr<Pasteboard> pasteboard() = 0;
     [[nodiscard]] virtual std::unique_ptr<WindowList> windowList() = 0;
-    [[nodiscard]] virtual std::unique_ptr<WindowPicture> windowPicture(DesktopSource source) = 0;
+    [[nodiscard]] virtual std::unique_ptr<WindowPicture> windowPicture() = 0;
 };
 
 /// What to connect for: a look at who is in front needs no keyboard and no clipboard.

@@ -27,19 +27,20 @@ std::optional<WaylandWindow> windowOf(WaylandApplications& applications, std::in
 
 class KWinPicture : public WindowPicture {
 public:
-    KWinPicture(std::shared_ptr<WaylandApplications> applications, KWinScreenshot screenshot)
+    KWinPicture(std::shared_ptr<WaylandApplications> applications,
+                std::shared_ptr<const KWinScreenshot> screenshot)
         : m_applications(std::move(applications)),
           m_screenshot(std::move(screenshot)) {}
 
     std::optional<std::string> png(std::int64_t number) override {
         const auto window = windowOf(*m_applications, number);
         if (!window || window->uuid.empty() || !window->frame) return std::nullopt;
-        return m_screenshot.png(window->uuid, *window->frame);
+        return m_screenshot->png(window->uuid, *window->frame);
     }
 
 private:
     std::shared_ptr<WaylandApplications> m_applications;
-    KWinScreenshot m_screenshot;
+    std::shared_ptr<const KWinScreenshot> m_screenshot;
 };
 
 class ScreenPicture : public WindowPicture {
@@ -115,7 +116,7 @@ private:
 
 std::unique_ptr<WindowPicture>
 makeKWinWindowPicture(std::shared_ptr<WaylandApplications> applications,
-                      KWinScreenshot screenshot) {
+                      std::shared_ptr<const KWinScreenshot> screenshot) {
     return std::make_unique<KWinPicture>(std::move(applications), std::move(screenshot));
 }
 

@@ -13,10 +13,12 @@ namespace kelvane {
 
 /// Through KWin, which draws the window by itself: covered and minimised ones too.
 [[nodiscard]] std::unique_ptr<WindowPicture>
-makeKWinWindowPicture(std::shared_ptr<WaylandApplications> applications, KWinScreenshot screenshot);
+makeKWinWindowPicture(std::shared_ptr<WaylandApplications> applications,
+                      std::shared_ptr<const KWinScreenshot> screenshot);
 
 /// Cut out of the screen, where sway tells the window's place. A window that another one covers is
-/// brought forward first; absent when it is covered even then, and when it is not shown.
+/// brought forward first; absent when it is covered even then, when it is not shown, and where the
+/// compositor gives no pictures.
 [[nodiscard]] std::unique_ptr<WindowPicture>
 makeScreenWindowPicture(std::shared_ptr<WaylandApplications> applications,
                         std::shared_ptr<WaylandScreens> screens);

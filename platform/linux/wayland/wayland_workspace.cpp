@@ -83,9 +83,10 @@ private:
 
 class WaylandWindowList : public WindowList {
 public:
-    WaylandWindowList(std::shared_ptr<WaylandApplications> applications, bool picturesOfMinimised)
+    WaylandWindowList(std::shared_ptr<WaylandApplications> applications,
+                      std::function<bool()> picturesOfMinimised)
         : m_applications(std::move(applications)),
-          m_picturesOfMinimised(picturesOfMinimised) {}
+          m_picturesOfMinimised(std::move(picturesOfMinimised)) {}
 
     std::optional<std::vector<WindowInfo>> onScreenWindows() override {
         auto windows = m_applications->all();
@@ -99,7 +100,7 @@ public:
             shown.insert(window.app.pid);
             list.push_back(described(window));
         }
-        if (!m_picturesOfMinimised) return list;
+        if (!m_picturesOfMinimised()) return list;
         for (const auto& window : *windows) {
             if (window.window.minimised && !shown.contains(window.app.pid)) {
                 list.push_back(described(window));
@@ -136,7 +137,7 @@ private:
     }
 
     std::shared_ptr<WaylandApplications> m_applications;
-    bool m_picturesOfMinimised;
+    std::function<bool()> m_picturesOfMinimised;
 };
 
 } // namespace
@@ -147,8 +148,9 @@ std::unique_ptr<Workspace> makeWaylandWorkspace(std::shared_ptr<WaylandApplicati
 }
 
 std::unique_ptr<WindowList> makeWaylandWindowList(std::shared_ptr<WaylandApplications> applications,
-                                                  bool picturesOfMinimised) {
-    return std::make_unique<WaylandWindowList>(std::move(applications), picturesOfMinimised);
+                                                  std::function<bool()> picturesOfMinimised) {
+    return std::make_unique<WaylandWindowList>(std::move(applications),
+                                               std::move(picturesOfMinimised));
 }
 
 } // namespace kelvane

@@ -9,6 +9,7 @@
 #include "platform/ports/window_list.h"
 #include "platform/ports/workspace.h"
 
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -19,8 +20,10 @@ namespace kelvane {
 makeWaylandWorkspace(std::shared_ptr<WaylandApplications> applications, std::string display);
 
 /// Sizes are in the desktop's own units; absent where nobody tells them. A minimised window is
-/// listed, last, where its picture can be taken all the same and its application shows no other.
+/// listed, last, where its picture can be taken all the same (`picturesOfMinimised`, on any thread)
+/// and its application shows no other.
 [[nodiscard]] std::unique_ptr<WindowList>
-makeWaylandWindowList(std::shared_ptr<WaylandApplications> applications, bool picturesOfMinimised);
+makeWaylandWindowList(std::shared_ptr<WaylandApplications> applications,
+                      std::function<bool()> picturesOfMinimised);
 
 } // namespace kelvane

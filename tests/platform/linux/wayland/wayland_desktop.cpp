@@ -49,6 +49,15 @@ std::string contentOf(const std::filesystem::path& path) {
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
+void stop(pid_t program) {
+    ::kill(program, SIGSTOP);
+    // The signal takes effect some time later; only then is the test about a stopped program.
+    WaylandDesktop::waitUntil([&] {
+        const auto line = contentOf("/proc/" + std::to_string(program) + "/stat");
+        return line.find(") T") != std::string::npos;
+    });
+}
+
 } // namespace
 
 std::optional<std::string> WaylandDesktop::missing(Compositor compositor) {
@@ -96,6 +105,7 @@ WaylandDesktop::WaylandDesktop(WaylandOptions options)
 WaylandDesktop::~WaylandDesktop() {
     // Programs first, the compositor in peace, and the bus with all that it started last.
     const auto bus = m_bus;
+    if (bus != 0) continueBus();
     if (m_compositor != 0) {
         continueCompositor();
         m_programs.end(m_compositor);
@@ -268,12 +278,7 @@ std::string WaylandDesktop::outputOf(const std::vector<std::string>& command,
 }
 
 void WaylandDesktop::stopCompositor() {
-    ::kill(m_compositor, SIGSTOP);
-    // The signal takes effect some time later; only then is the test about a stopped compositor.
-    waitUntil([&] {
-        const auto line = contentOf("/proc/" + std::to_string(m_compositor) + "/stat");
-        return line.find(") T") != std::string::npos;
-    });
+    stop(m_compositor);
 }
 
 void WaylandDesktop::continueCompositor() {
@@ -282,6 +287,14 @@ void WaylandDesktop::continueCompositor() {
 
 void WaylandDesktop::killCompositor() {
     m_programs.kill(m_compositor);
+}
+
+void WaylandDesktop::stopBus() {
+    stop(m_bus);
+}
+
+void WaylandDesktop::continueBus() {
+    ::kill(m_bus, SIGCONT);
 }
 
 std::filesystem::path WaylandDesktop::file(const std::string& name, const std::string& content) {

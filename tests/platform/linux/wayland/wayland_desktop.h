@@ -91,6 +91,9 @@ public:
     void stopCompositor();
     void continueCompositor();
     void killCompositor();
+    /// The same of the session bus.
+    void stopBus();
+    void continueBus();
 
     /// A file of that name and content in `home()`.
     std::filesystem::path file(const std::string& name, const std::string& content);

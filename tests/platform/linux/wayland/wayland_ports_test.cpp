@@ -159,6 +159,9 @@ TEST(KWinThatDoesNotKnowTheProgram, isAskedAgainUntilItDoes) {
         fakes.environment.variables[name] = value;
     }
     const auto ports = makeLinuxDesktop(fakes.environment, clock, fakes.ownFocus);
+    KWinScreenshot screenshot(desktop.environment().at("DBUS_SESSION_BUS_ADDRESS"));
+    // A KWin that is busy has not refused.
+    EXPECT_TRUE(WaylandDesktop::waitUntil([&] { return !screenshot.offered(); }));
     desktop.start({KELVANE_TEXT_WINDOW, "kelvane.probe", "probe", "300", "200", "text"});
     EXPECT_NE(ports.limits->now().line, "");
     EXPECT_EQ(ports.workspace->frontmost(), std::nullopt);
@@ -169,6 +172,8 @@ TEST(KWinThatDoesNotKnowTheProgram, isAskedAgainUntilItDoes) {
         return tells && front && front->bundleId == "wmclass:kelvane.probe";
     }));
     EXPECT_TRUE(ports.keyboard->trusted());
+    EXPECT_FALSE(screenshot.wasOffered());
+    EXPECT_TRUE(WaylandDesktop::waitUntil([&] { return screenshot.offered(); }));
     // A compositor that draws without a GPU may be too busy to answer the first time.
     EXPECT_TRUE(
         WaylandDesktop::waitUntil([&] { return ports.windowList->onScreenWindows().has_value(); }));
@@ -177,11 +182,31 @@ TEST(KWinThatDoesNotKnowTheProgram, isAskedAgainUntilItDoes) {
 TEST(KWinThatStandsStill, hasNotRefusedPictures) {
     if (const auto why = WaylandDesktop::missing(Compositor::KWin)) GTEST_SKIP() << *why;
     auto& desktop = stageOf(Compositor::KWin).desktop;
-    const KWinScreenshot screenshot(desktop.environment().at("DBUS_SESSION_BUS_ADDRESS"));
+    const auto bus = desktop.environment().at("DBUS_SESSION_BUS_ADDRESS");
+    KWinScreenshot screenshot(bus);
     ASSERT_TRUE(WaylandDesktop::waitUntil([&] { return screenshot.offered(); }));
     desktop.stopCompositor();
-    EXPECT_TRUE(screenshot.offered()) << "what is found out once holds until the link ends";
+    EXPECT_TRUE(KWinScreenshot(bus).offered()) << "what is busy has not refused";
     desktop.continueCompositor();
+}
+
+TEST(KWinWhoseBusIsSilentAtTheStart, holdsUpNobodyAndIsAskedForPicturesAgain) {
+    if (const auto why = WaylandDesktop::missing(Compositor::KWin)) GTEST_SKIP() << *why;
+    Stage stage({.compositor = Compositor::KWin}); // By then it knows this program.
+    stage.desktop.stopBus();
+    const auto start = std::chrono::steady_clock::now();
+    stage.ports = makeLinuxDesktop(stage.fakes.environment, stage.clock, stage.fakes.ownFocus);
+    EXPECT_EQ(stage.ports.limits->now().line, "") << "nobody has refused";
+    EXPECT_LT(std::chrono::steady_clock::now() - start, 30s)
+        << "the bus's library itself gives up after 90 s";
+    stage.desktop.continueBus();
+    stage.desktop.start({KELVANE_TEXT_WINDOW, "kelvane.probe", "probe", "400", "300", "#336699"});
+    ASSERT_TRUE(stage.waitForFront("wmclass:kelvane.probe"));
+    std::optional<PngPixels> picture;
+    EXPECT_TRUE(WaylandDesktop::waitUntil([&] {
+        picture = stage.picture();
+        return picture && picture->count(0xFF336699) > 0;
+    }));
 }
 
 TEST(CompositorThatIsSilentAtTheStart, isAskedAgain) {
