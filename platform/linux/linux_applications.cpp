@@ -75,10 +75,16 @@ bool wasSilent(const LinuxApplications& opened) {
     return !opened.place.socket.empty() && opened.silentDisplay == opened.place.socket;
 }
 
+/// The extension, or accessibility.
+bool mayBeTurnedOn(const LinuxApplications& opened) {
+    return opened.unseen.extension != nullptr &&
+           opened.sources.windows != DesktopSource::GnomeExtension;
+}
+
 } // namespace
 
 bool mayTellMore(const LinuxApplications& opened) {
-    return wasSilent(opened) || mayOfferMore(opened.offer);
+    return wasSilent(opened) || mayOfferMore(opened.offer) || mayBeTurnedOn(opened);
 }
 
 MoreTold tellsMore(const LinuxApplications& opened) {
@@ -87,9 +93,14 @@ MoreTold tellsMore(const LinuxApplications& opened) {
         const bool more = session != nullptr;
         return {more, std::move(session)};
     }
-    const auto now =
-        openWaylandSession(opened.place, entriesOf(opened.files), WaylandUse::WindowsOnly);
-    return {now.session && !mayOfferMore(now.session->offer()), nullptr};
+    if (mayOfferMore(opened.offer)) {
+        const auto now =
+            openWaylandSession(opened.place, entriesOf(opened.files), WaylandUse::WindowsOnly);
+        if (now.session && !mayOfferMore(now.session->offer())) return {true, nullptr};
+    }
+    const bool more = mayBeTurnedOn(opened) &&
+                      seeMore(chooseSources(opened.unseen.addTo(opened.offer)), opened.sources);
+    return {more, nullptr};
 }
 
 std::unique_ptr<Workspace> x11WorkspaceOf(const LinuxApplications& opened) {

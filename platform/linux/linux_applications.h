@@ -40,7 +40,8 @@ struct LinuxApplications {
 openLinuxApplications(Environment& environment, Clock& clock, OwnFocus& ownFocus, WaylandUse use,
                       std::unique_ptr<WaylandSession> answered = nullptr);
 
-/// Whether the compositor was silent, or did not know this program, so that it may tell more later.
+/// Whether the compositor was silent, or did not know this program, or tells nobody while what
+/// stands in for it may be late or be turned on: so that more may be told later.
 [[nodiscard]] bool mayTellMore(const LinuxApplications& opened);
 
 struct MoreTold {

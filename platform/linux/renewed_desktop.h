@@ -3,7 +3,8 @@
 // KWin keeps its windows and keys from a program until its index of desktop files names it, and
 // decides that once for each link. At login and after an installation the index is seconds late:
 // what was found at the start would hold for good. So the desktop is asked anew, as often as its
-// limits are, until it tells. One that was silent at the start is asked for what it says by then.
+// limits are, until it tells. One that was silent at the start is asked for what it says by then,
+// and so is GNOME's extension, which the user may turn on while the program runs.
 
 #pragma once
 

@@ -55,4 +55,13 @@ bool mayOfferMore(const DesktopOffer& offer) {
     return offer.plasmaShell && !offer.plasmaWindows;
 }
 
+bool seeMore(const DesktopSources& now, const DesktopSources& before) {
+    const auto sees = [](const DesktopSources& sources) {
+        if (sources.windows == None) return 0;
+        if (sources.windows == Accessibility) return 2;
+        return sources.seesAllWindows ? 3 : 1;
+    };
+    return sees(now) > sees(before);
+}
+
 } // namespace kelvane

@@ -62,4 +62,8 @@ struct DesktopSources {
 /// Whether the compositor may tell more over a later link: KWin does not know this program yet.
 [[nodiscard]] bool mayOfferMore(const DesktopOffer& offer);
 
+/// Whether `now` is told of more windows than `before`: by a source that was late at login, or that
+/// the user has turned on since.
+[[nodiscard]] bool seeMore(const DesktopSources& now, const DesktopSources& before);
+
 } // namespace kelvane

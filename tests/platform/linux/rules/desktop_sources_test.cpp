@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
+#include <iterator>
 #include <ostream>
 #include <string>
 
@@ -100,6 +102,21 @@ TEST(MoreOfTheDesktop, mayComeOnlyFromPlasmaThatKeepsItsWindows) {
     EXPECT_FALSE(mayOfferMore({.wayland = true, .foreignToplevel = true}));
     EXPECT_FALSE(mayOfferMore({.wayland = true, .accessibility = true}));
     EXPECT_FALSE(mayOfferMore({}));
+}
+
+TEST(MoreOfTheDesktop, isSeenByWhatTellsOfMoreWindows) {
+    const auto sources = [](const DesktopOffer& offer) { return chooseSources(offer); };
+    const auto none = sources({.wayland = true});
+    const auto x11Programs = sources({.xServer = true, .wayland = true});
+    const auto accessibility = sources({.xServer = true, .wayland = true, .accessibility = true});
+    const auto extension =
+        sources({.xServer = true, .wayland = true, .gnomeExtension = true, .accessibility = true});
+    const DesktopSources fromLess[] = {none, x11Programs, accessibility, extension};
+    for (std::size_t before = 0; before < std::size(fromLess); ++before) {
+        for (std::size_t now = 0; now < std::size(fromLess); ++now) {
+            EXPECT_EQ(seeMore(fromLess[now], fromLess[before]), now > before) << now << before;
+        }
+    }
 }
 
 } // namespace
