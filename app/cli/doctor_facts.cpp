@@ -112,7 +112,9 @@ ServiceChoiceRead takeUpChoice(CliPorts& ports, ChosenEnvironment& environment) 
     return read;
 }
 
-bool answers(const std::string& base) {
+/// The instance sees to the service of this machine, unless it has said why it cannot: one that is
+/// not there yet is being started.
+bool answers(const std::string& base, bool isSeenTo) {
     const auto target = reachTarget(base);
     if (!target) return false;
     // Between this machine and another there may be proxies, of which the application knows.
@@ -122,7 +124,7 @@ bool answers(const std::string& base) {
             askStatusAsApplication(text::written(*origin) + "/healthz", kServicePatience);
         if (status) return isAnswer(*target, *status);
     }
-    return isReached(*target, kServicePatience);
+    return isReached(*target, kServicePatience, isSeenTo);
 }
 
 Installation installation(CliPorts& ports, LoginItem item) {
@@ -194,7 +196,9 @@ StatusReport statusFacts(CliPorts& ports) {
         report->base = withoutUser(EvalBridge::base(environment));
         if (!read.problems.empty()) report->problem = read.problems.front();
     }
-    report->answers = answers(report->base);
+    report->answers =
+        answers(report->base, report->isRunning && report->problem.empty() &&
+                                  report->place == serviceWord(ServiceChoice::Where::ThisMachine));
     return *report;
 }
 
@@ -238,7 +242,8 @@ DoctorFacts doctorFacts(CliPorts& ports) {
     facts.base = withoutUser(base);
     facts.isBaseSet = ports.environment->get("BRASK_API_BASE").has_value();
     facts.isAddress = reachTarget(base).has_value();
-    facts.answers = answers(base);
+    facts.answers = answers(base, facts.isRunning && facts.choiceProblems.empty() &&
+                                      read.choice.where == ServiceChoice::Where::ThisMachine);
     const auto origin = text::webOrigin(base);
     if (origin && !text::isLoopback(origin->host)) lookAtProxies(ports, *origin, facts);
 

@@ -26,6 +26,8 @@ using Clock = std::chrono::steady_clock;
 constexpr std::string_view kSocketScheme = "http+unix://";
 /// An answer of the running instance is a few kilobytes.
 constexpr std::size_t kLongestAnswer = std::size_t{1} << 20U;
+/// Between two tries of a service that is being started: some hundred in the time that it has.
+constexpr std::chrono::milliseconds kBetweenTries{50};
 
 /// A connection whose every wait ends at one moment.
 class Call {
@@ -129,6 +131,28 @@ std::vector<Address> resolved(const std::string& host, const std::string& port,
     return coming.get();
 }
 
+bool isReachedNow(const ReachTarget& target, Clock::time_point until) {
+    Call call(until);
+    bool connected = false;
+    if (!target.socket.empty()) {
+        connected = connectTo(call, target.socket);
+    } else {
+        for (const Address& each : resolved(target.host, target.port, until)) {
+            connected =
+                call.connect(each.family, reinterpret_cast<const sockaddr*>(each.bytes.data()),
+                             static_cast<socklen_t>(each.bytes.size()));
+            if (connected) break;
+        }
+    }
+    if (!connected || !target.speaksPlainly) return connected;
+    const std::string host = target.socket.empty() ? target.host + ":" + target.port : "localhost";
+    if (!call.send("GET /healthz HTTP/1.1\r\nHost: " + host + "\r\nConnection: close\r\n\r\n")) {
+        return false;
+    }
+    const auto status = call.line();
+    return status && (status->starts_with("HTTP/1.1 200") || status->starts_with("HTTP/1.0 200"));
+}
+
 } // namespace
 
 std::optional<ReachTarget> reachTarget(const std::string& base) {
@@ -152,27 +176,13 @@ bool isAnswer(const ReachTarget& target, int status) {
     return target.speaksPlainly ? status == 200 : status != 0;
 }
 
-bool isReached(const ReachTarget& target, std::chrono::milliseconds patience) {
+bool isReached(const ReachTarget& target, std::chrono::milliseconds patience, bool isBeingStarted) {
     const auto until = Clock::now() + patience;
-    Call call(until);
-    bool connected = false;
-    if (!target.socket.empty()) {
-        connected = connectTo(call, target.socket);
-    } else {
-        for (const Address& each : resolved(target.host, target.port, until)) {
-            connected =
-                call.connect(each.family, reinterpret_cast<const sockaddr*>(each.bytes.data()),
-                             static_cast<socklen_t>(each.bytes.size()));
-            if (connected) break;
-        }
+    while (!isReachedNow(target, until)) {
+        if (!isBeingStarted || Clock::now() + kBetweenTries >= until) return false;
+        std::this_thread::sleep_for(kBetweenTries);
     }
-    if (!connected || !target.speaksPlainly) return connected;
-    const std::string host = target.socket.empty() ? target.host + ":" + target.port : "localhost";
-    if (!call.send("GET /healthz HTTP/1.1\r\nHost: " + host + "\r\nConnection: close\r\n\r\n")) {
-        return false;
-    }
-    const auto status = call.line();
-    return status && (status->starts_with("HTTP/1.1 200") || status->starts_with("HTTP/1.0 200"));
+    return true;
 }
 
 std::optional<std::string> askSocket(const std::filesystem::path& socket, std::string_view line,

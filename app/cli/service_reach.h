@@ -29,8 +29,9 @@ struct ReachTarget {
 
 /// Whether the service answers without a proxy between: one that speaks plainly says it is well
 /// (`/healthz`), of another a connection is enough. Waits no longer than `patience`, resolving
-/// included, and sends no key.
-[[nodiscard]] bool isReached(const ReachTarget& target, std::chrono::milliseconds patience);
+/// included, and sends no key. One that somebody is starting is tried again until then.
+[[nodiscard]] bool isReached(const ReachTarget& target, std::chrono::milliseconds patience,
+                             bool isBeingStarted = false);
 
 /// One line said to a Unix socket of this user's, and the line that comes back; absent when nobody
 /// listens there or says a whole line within `patience`.

@@ -31,7 +31,8 @@ double luminance(const QColor& color) {
 }
 
 double contrast(const QColor& one, const QColor& other) {
-    const auto [darker, lighter] = std::minmax(luminance(one), luminance(other));
+    // Of a list it gives values; of two it would give references to what is gone by the next line.
+    const auto [darker, lighter] = std::minmax({luminance(one), luminance(other)});
     return (lighter + 0.05) / (darker + 0.05);
 }
 

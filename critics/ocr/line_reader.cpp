@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <mutex>
 #include <system_error>
 #include <utility>
 
@@ -24,6 +25,10 @@ class EngineLineReader : public LineReader {
 public:
     /// Whether the data could be loaded.
     [[nodiscard]] bool load(const std::string& folder) {
+        // Where the library writes to is one variable of the process, however many readers there
+        // are.
+        static std::mutex oneAtATime;
+        const std::lock_guard lock(oneAtATime);
         // It writes to standard error otherwise, which here is told as what a child said.
         m_api.SetVariable("debug_file", "/dev/null");
         // The network of long short-term memory alone: the older engine needs data that packages

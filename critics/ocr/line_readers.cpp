@@ -11,7 +11,7 @@ LineReaders::Lease::~Lease() {
 }
 
 // A reader serves one thread at a time and takes long to open, so each is used again. Opened
-// outside the lock, so that two threads open theirs side by side.
+// outside the lock, so that nobody waits who can have one that is idle.
 std::variant<LineReaders::Lease, ReaderAbsence> LineReaders::take() {
     {
         const std::lock_guard lock(m_mutex);

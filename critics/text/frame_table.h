@@ -81,7 +81,7 @@ inline constexpr auto kWordFrames = std::to_array<WordFrame>({
      "change|changes",
      "affect", FrameKind::confusion},
     {"greenhouse|sound|special|side|placebo|domino|ripple|butterfly|snowball|desired|"
-     "opposite|adverse|cumulative|knock-on|net affect|affects of|on|from|is|are|was|were|"
+     "opposite|adverse|cumulative|net affect|affects of|on|from|is|are|was|were|"
      "that|and",
      "effect", FrameKind::confusion},
     {"greenhouse|sound|special|placebo|domino|ripple|butterfly|snowball|desired|opposite|"
@@ -1210,7 +1210,7 @@ inline constexpr auto kWordFrames = std::to_array<WordFrame>({
     {"promise|that|think|know|hope|because|and|but|when|if|since theirs|their's no|"
      "nothing|something",
      "there's", FrameKind::confusion},
-    {"closely|close|tightly|tight|tight-|well nit",
+    {"closely|close|tightly|tight|well nit",
      "knit", FrameKind::confusion},
     {"to|we|could|should|can|will|be|need fledge out",
      "flesh", FrameKind::confusion},

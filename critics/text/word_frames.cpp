@@ -248,7 +248,9 @@ bool isWellFormed(const WordFrame& frame) {
                 known += end == written.size() || written[end] == '|' || written[end] == '?';
             }
         }
-        if ((empty && !place) || known != classes) return false;
+        // A text's words are parted at hyphens too.
+        const bool fused = written.find('-', 1) != std::string_view::npos;
+        if ((empty && !place) || known != classes || fused) return false;
         takes = takes || item.kind == Item::Kind::word;
         rest.remove_prefix(std::min(blank + 1, rest.size()));
     }

@@ -41,7 +41,8 @@ struct WordFrame {
 /// All of them, as they are written.
 [[nodiscard]] std::span<const WordFrame> wordFrames();
 
-/// Whether every class that the frame names is known, and it takes a word at all.
+/// Whether every class that the frame names is known, no word of it has a hyphen (a text's words
+/// are parted there), and it takes a word at all.
 [[nodiscard]] bool isWellFormed(const WordFrame& frame);
 
 /// What a frame found: its words, both ends included.

@@ -142,6 +142,21 @@ TEST_F(ApiKey, IsAbsentWhenTheFileIsNotUtf8) {
     EXPECT_EQ(apiKey(), std::nullopt);
 }
 
+TEST_F(ApiKey, IsExposedInAFileThatOthersMayOpenUnlessTheVariableHoldsIt) {
+    const auto isExposed = [&] {
+        return EvalBridge::isKeyExposed(machine.environment, machine.files, "/home/me");
+    };
+    EXPECT_FALSE(isExposed()) << "there is no file";
+    machine.files.files["/home/me/.brask/key"] = "k";
+    EXPECT_FALSE(isExposed()) << "nobody else may open it";
+    machine.files.guards["/home/me/.brask/key"] = {.othersRead = true};
+    EXPECT_TRUE(isExposed());
+    machine.environment.variables["BRASK_API_KEY"] = "";
+    EXPECT_TRUE(isExposed());
+    machine.environment.variables["BRASK_API_KEY"] = "k";
+    EXPECT_FALSE(isExposed());
+}
+
 // ---- the base URL
 
 TEST(Base, IsTheBuiltInOneWithoutTheVariable) {
@@ -323,6 +338,7 @@ TEST_F(EvalBridgeTest, AKeyWithALineBreakOrNulIsNeverSentAndSaysWhy) {
         EXPECT_EQ(EvalBridge::grade(ports, parts, "text", vertical, policyId, intent, key),
                   unusable);
         EXPECT_EQ(EvalBridge::iterate(ports, "r7", parts, intent, key), unusable);
+        EXPECT_EQ(EvalBridge::resume(ports, "j1", key, 100), unusable);
         EvalBridge::cancelJob(ports, "j1", key);
     }
     EXPECT_THAT(machine.http.requests, IsEmpty());
@@ -553,6 +569,12 @@ TEST_F(EvalBridgeTest, AnswersThatKeepBeingUnreadableAreSaidAtTheDeadline) {
 TEST_F(EvalBridgeTest, AnUnreachableServiceIsNotSaidToAnswer) {
     lastAnswerStays = true;
     answers = {ok(kSubmitted), ok("[]"), ok(kRunning), std::nullopt};
+    EXPECT_EQ(grade(), Verdict::failure("grade timed out after 420s"));
+}
+
+TEST_F(EvalBridgeTest, AnErrorIsReadAsOneWhateverItSays) {
+    lastAnswerStays = true;
+    answers = {ok(kSubmitted), HttpResponse{400, "<html>"}};
     EXPECT_EQ(grade(), Verdict::failure("grade timed out after 420s"));
 }
 

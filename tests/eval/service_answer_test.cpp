@@ -55,6 +55,8 @@ TEST(ServiceAnswer, RefusesMalformedText) {
                              "{/**/}",
                              "{\"a\":\"\\u12\"}",
                              "{\"a\":\"\\ud8",
+                             "{\"a\":\"\\ud8zz\"}",
+                             "{\"a\":\"\\ud82:\"}",
                              "{\"a\":[}",
                              "{\"a\":{]}"}) {
         EXPECT_FALSE(read(text)) << text;

@@ -73,6 +73,16 @@ TEST(ServiceChoiceText, ThatCannotBeUsedIsNamedByItsLine) {
                 ElementsAre("service: not a file of “name: value” lines"));
 }
 
+TEST(ServiceChoiceText, OfUpTo64KiBIsRead) {
+    std::string text = "service: later\n";
+    text.resize(std::size_t{64} << 10U, '\n');
+    EXPECT_EQ(parseServiceChoice(text, "service").choice.where, Where::Later);
+    EXPECT_THAT(problemsOf(text), IsEmpty());
+    text += '\n';
+    EXPECT_EQ(parseServiceChoice(text, "service").choice.where, Where::Unasked);
+    EXPECT_THAT(problemsOf(text), ElementsAre("service: not a file of “name: value” lines"));
+}
+
 TEST(ServiceChoiceText, OfWhichOneLineIsWrongIsOtherwiseUsed) {
     const auto read = parseServiceChoice(std::string(kHere) + "colour: red\n", "service");
     EXPECT_EQ(read.choice, thisMachine());

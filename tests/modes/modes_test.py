@@ -95,6 +95,28 @@ def proxy(status):
         thread.join(timeout=30)
 
 
+@contextlib.contextmanager
+def starting_service(refusals):
+    """The address of a service that hangs up on so many connections and says to one more that it is
+    well."""
+    with socket.create_server(("127.0.0.1", 0)) as listener:
+        def serve():
+            with contextlib.suppress(OSError):  # where nobody comes as often
+                for _ in range(refusals):
+                    listener.accept()[0].close()
+                peer, _ = listener.accept()
+                with peer, peer.makefile("rb") as stream:
+                    while stream.readline().strip():
+                        pass
+                    peer.sendall(b"HTTP/1.1 200 OK\r\nContent-Length: 0\r\n\r\n")
+
+        thread = threading.Thread(target=serve, daemon=True)
+        thread.start()
+        yield "http://127.0.0.1:%d" % listener.getsockname()[1]
+        listener.shutdown(socket.SHUT_RDWR)
+        thread.join(timeout=30)
+
+
 class ExecutableTest(unittest.TestCase):
     def test_links_no_qt(self):
         libraries = subprocess.run(["ldd", EXECUTABLE], stdout=subprocess.PIPE, check=True,
@@ -244,6 +266,16 @@ class FromOutside(ModesTest):
         self.assertEqual(result.stdout.decode(), "Kelvane:  runs, version 9\nIn front: Mousepad\n"
                          "Grade:    none yet\nKey:      none\n"
                          "Service:  http://127.0.0.1:1, does not answer\nWired:    no coding tool\n")
+
+    def test_a_service_that_the_instance_is_starting_is_waited_for(self):
+        for place, problem, answers in (("this machine", "", True), ("account", "", False),
+                                        ("this machine", "it has no key", False)):
+            with starting_service(3) as base:
+                word = json.dumps({"running": True, "service": {"place": place, "base": base,
+                                                                "problem": problem}})
+                with self.instance(word + "\n") as (environment, _):
+                    result = self.run_product("--status", "--json", environment=environment)
+            self.assertIs(json.loads(result.stdout)["service"]["answers"], answers, place + problem)
 
     def test_the_doctor_ends_in_time_and_keeps_secrets(self):
         with silent_service() as base, stopped_display() as display:

@@ -84,8 +84,8 @@ class Proxy:
 
     def ask(self, key, method, path, body=None):
         """(status, headers, text)"""
-        raw = socket.create_connection(("127.0.0.1", self.port), timeout=30)
-        connection = http.client.HTTPConnection("judge.example.org", timeout=30)
+        raw = socket.create_connection(("127.0.0.1", self.port), timeout=team_harness.PATIENCE)
+        connection = http.client.HTTPConnection("judge.example.org", timeout=team_harness.PATIENCE)
         connection.sock = self.trust.wrap_socket(raw, server_hostname="judge.example.org")
         headers = {"Host": "judge.example.org", "Authorization": f"Bearer {key}"}
         if body is not None:
@@ -197,7 +197,7 @@ class TeamTest(unittest.TestCase):
         self.assertEqual((status, answer), (200, told))
 
     def watched(self, member, path):
-        connection = http.client.HTTPConnection("127.0.0.1", member.metrics, timeout=30)
+        connection = http.client.HTTPConnection("127.0.0.1", member.metrics, timeout=team_harness.PATIENCE)
         try:
             connection.request("GET", path)
             answer = connection.getresponse()

@@ -655,6 +655,7 @@ TEST(WordFrames, AreWellFormedAndSayWhatIsMeant) {
     }
     EXPECT_FALSE(isWellFormed({"to @nothing", "", FrameKind::turn}));
     EXPECT_FALSE(isWellFormed({"@mark", "", FrameKind::turn}));
+    EXPECT_FALSE(isWellFormed({"side|knock-on affects", "", FrameKind::turn}));
 }
 
 TEST(EnglishWords, KnowTheFormsOfVerbsAndNouns) {
