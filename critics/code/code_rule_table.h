@@ -55,7 +55,7 @@ struct RulesFor<WorkKind::code> {
         Rule{"code.assignment_in_condition", Severity::medium, "right comparisons", Unit::line,
              "chosen: a declaration is looked for in 40 tokens, a semicolon in 200"},
         Rule{"code.home_path", Severity::medium, "portable paths", Unit::line, ""},
-        Rule{"code.deep_nesting", Severity::medium, "readable functions", Unit::line,
+        Rule{"code.deep_nesting", Severity::low, "readable functions", Unit::line,
              "chosen: six blocks, twice the three that the Linux kernel's coding style calls the "
              "most"},
         Rule{"code.mixed_indentation",

@@ -79,6 +79,10 @@ constexpr std::array kGrades = {
     // Bandit.
     ForeignGrade{"bandit", "B101", kOff, "assertions belong to tests and to sound code"},
     ForeignGrade{"bandit", "B322", kOff, "a fault of Python 2 alone"},
+    ForeignGrade{"bandit", "B309", kOff, "a fault of Python before 2.7.9 and 3.4.3 alone"},
+    ForeignGrade{"bandit", "B413", kLow,
+                 "a library that is kept up has the name of the one that is not"},
+    ForeignGrade{"bandit", "B302", kLow, "the format is Python's own for what it keeps"},
     ForeignGrade{"bandit", "B401", kMedium,
                  "the protocol is in clear text whatever is done with it"},
     ForeignGrade{"bandit", "B402", kMedium,
@@ -241,7 +245,31 @@ std::optional<Severity> byLevel(const ForeignFault& fault) {
     return kOff;
 }
 
-std::optional<Severity> ofBandit(const ForeignFault& fault) {
+/// "eval(text, names)" and "exec(text, names)": with names of its own it is there to evaluate, and
+/// what it may reach was thought of.
+bool evaluatesWithOwnNames(const ForeignSubject& subject) {
+    constexpr std::size_t kLongestCall = 400; // bytes: a call on a few lines
+    const std::string_view text =
+        subject.text.substr(std::min(subject.offset, subject.text.size()), kLongestCall);
+    const std::size_t call = std::min(text.find("eval("), text.find("exec("));
+    if (call == std::string_view::npos) return false;
+    int depth = 0;
+    for (std::size_t i = call + 4; i < text.size(); ++i) {
+        if (text[i] == '(' || text[i] == '[' || text[i] == '{') ++depth;
+        if (text[i] == ')' || text[i] == ']' || text[i] == '}') --depth;
+        if (depth == 0) return false;
+        if (depth > 1 || text[i] != ',') continue;
+        const std::string_view names = text::trimmed(text.substr(i + 1));
+        return !names.empty() && text::isAsciiWord(names.front()) &&
+               !names.starts_with("globals()") && !names.starts_with("locals()");
+    }
+    return false;
+}
+
+std::optional<Severity> ofBandit(const ForeignFault& fault, const ForeignSubject& subject) {
+    if ((fault.code == "B102" || fault.code == "B307") && evaluatesWithOwnNames(subject)) {
+        return kLow;
+    }
     // What it is hardly sure of weighs one step less.
     const bool sure = fault.confidence != "low";
     if (fault.level == "high") return sure ? kHigh : kMedium;
@@ -271,6 +299,9 @@ std::optional<Severity> ofRuff(const ForeignFault& fault, const ForeignSubject& 
                                                           "S605", "S609", "S612", "S701"};
     constexpr std::array<std::string_view, 7> kHints = {"S105", "S106", "S107", "S110",
                                                         "S112", "S310", "S311"};
+    if ((fault.code == "S102" || fault.code == "S307") && evaluatesWithOwnNames(subject)) {
+        return kLow;
+    }
     // In a selection the rest may declare it; in a whole file the line fails when it is reached.
     // What `__all__` names may be made on demand.
     if (fault.code == "F823") return whole ? kHigh : kLow;
@@ -331,7 +362,7 @@ std::optional<Severity> ofShellcheck(const ForeignFault& fault, const ForeignSub
 
 std::optional<Severity> byEngine(std::string_view engine, const ForeignFault& fault,
                                  const ForeignSubject& subject) {
-    if (engine == "bandit") return ofBandit(fault);
+    if (engine == "bandit") return ofBandit(fault, subject);
     if (engine == "shellcheck") return ofShellcheck(fault, subject);
     if (engine == "cppcheck") {
         // An error is certain; as a warning it supposes a path, such as a loop without a turn.

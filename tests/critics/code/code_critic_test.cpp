@@ -361,6 +361,15 @@ TEST(CodeCritic, WhatIsDroppedOrShutOffInSoManyWordsIsLow) {
               Severity::medium);
     EXPECT_EQ(severityOf("#if 0\nint x;\n#endif\n", "a.c", "code.dead_code"), Severity::low);
     EXPECT_EQ(severityOf("if 0:\n    f()\n", "a.py", "code.dead_code"), Severity::medium);
+    EXPECT_EQ(severityOf("def f():\n    raise E\n    return None\n", "a.py", "code.dead_code"),
+              Severity::low);
+    EXPECT_EQ(severityOf("def f():\n    raise E\n    return g()\n", "a.py", "code.dead_code"),
+              Severity::medium);
+    EXPECT_EQ(
+        severityOf("try:\n    f()\nexcept Exception:\n    pass\n", "a.py", "code.swallowed_error"),
+        Severity::low);
+    EXPECT_EQ(severityOf("try:\n    f()\nexcept:\n    pass\n", "a.py", "code.swallowed_error"),
+              Severity::medium);
     EXPECT_TRUE(critiqueCode(textPart("try:\n    f.close()\nexcept Exception:\n    pass\n", "a.py",
                                       "text/x-code"))
                     .findings.empty());
