@@ -30,6 +30,7 @@ Critique critiqueCode(const Part& part, Readers readers) {
 
     const CodeView view(source, languageOf(part.name, part.text));
     Critique critique;
+    SyntaxTree tree;
     critique.extent.lines = source.writtenLines();
     critique.coverage.checked(ownRules("habits, structure and secrets in code"));
     if (view.language == Language::json) {
@@ -37,11 +38,16 @@ Critique critiqueCode(const Part& part, Readers readers) {
         critique.coverage.known = true;
     } else if (checkYaml(view, findings)) {
         // One slip is one finding: the grammar speaks where the more telling rule is silent.
-        checkSyntax(view, part.name, readers, findings, critique.coverage);
+        tree = checkSyntax(view, part.name, readers, findings, critique.coverage);
     } else {
         critique.coverage.checked(ownRules("syntax, YAML"));
         critique.coverage.known = true;
     }
+    if (!tree.nodes.empty()) {
+        critique.coverage.checked(ownRules("where data from outside goes, Python"));
+    }
+    const std::vector<Flow> flows = checkFlows(view, tree, findings);
+    checkMisuses(view, tree, findings);
     checkShape(view, findings);
     checkBrackets(view, findings);
     checkLongFunctions(view, findings);
@@ -54,12 +60,12 @@ Critique critiqueCode(const Part& part, Readers readers) {
     checkSwallowedErrors(view, findings);
     checkComparisons(view, findings);
     checkImports(view, findings);
-    checkUnsafeCalls(view, findings);
+    checkUnsafeCalls(view, flows, findings);
     checkDownloads(view, findings);
     checkPlainAddresses(view, findings);
     checkUnverifiedPeers(view, findings);
     checkGuessableSecrets(view, findings);
-    checkQueries(view, findings);
+    checkQueries(view, flows, findings);
     checkHomePaths(view, findings);
     checkJson(view, findings);
     critique.findings = findings.take();

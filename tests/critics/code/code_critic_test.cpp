@@ -370,6 +370,9 @@ TEST(CodeCritic, WhatIsDroppedOrShutOffInSoManyWordsIsLow) {
         Severity::low);
     EXPECT_EQ(severityOf("try:\n    f()\nexcept:\n    pass\n", "a.py", "code.swallowed_error"),
               Severity::medium);
+    EXPECT_EQ(severityOf("x = eval(text, self.names)\n", "a.py", "code.runs_text"), Severity::low);
+    EXPECT_EQ(severityOf("x = eval(text, globals())\n", "a.py", "code.runs_text"), Severity::high);
+    EXPECT_EQ(severityOf("run('make all', shell=True)\n", "a.py", "code.runs_text"), Severity::low);
     EXPECT_TRUE(critiqueCode(textPart("try:\n    f.close()\nexcept Exception:\n    pass\n", "a.py",
                                       "text/x-code"))
                     .findings.empty());
@@ -616,6 +619,31 @@ TEST(CodeCritic, CodeThatRunsText) {
          {"marks", "q = f\"SELECT * FROM a WHERE b IN ({placeholders})\"\n", {}, "a.py"},
          {"a sentence", "m = \"Select a file from \" + folder\n", {}, "a.py"}},
         critiqueCode);
+}
+
+TEST(CodeCritic, PasswordInACallIsShownInPart) {
+    const std::string text = "db.connect(host='a', password='mapleleaf')\n";
+    const auto findings = critiqueCode(textPart(text, "a.py", "text/x-code")).findings;
+    const Finding finding = onlyFinding(findings, "code.known_password");
+    EXPECT_EQ(finding.evidence, "'map…");
+    EXPECT_EQ(finding.detail.find("mapleleaf"), std::string::npos) << finding.detail;
+}
+
+TEST(CodeCritic, FlowsAreToldOnceAndSayWhereFromAndWhatNext) {
+    const std::string text = "import sqlite3\nfrom flask import request\ndef find(db):\n"
+                             "    name = request.args['name']\n"
+                             "    query = f\"SELECT * FROM a WHERE b = '{name}'\"\n"
+                             "    return db.execute(query)\n";
+    const auto findings = critiqueCode(textPart(text, "a.py", "text/x-code")).findings;
+    const Finding query = onlyFinding(findings, "code.query_from_text");
+    EXPECT_EQ(query.place, "line 6, column 12");
+    EXPECT_NE(query.detail.find("`request.args['name']`"), std::string::npos) << query.detail;
+    EXPECT_NE(query.detail.find("in line 4"), std::string::npos) << query.detail;
+    EXPECT_NE(query.detail.find("pass it as a parameter"), std::string::npos) << query.detail;
+
+    const std::string command = "from flask import request\nimport os\n"
+                                "def f():\n    os.system('ls ' + request.args['q'])\n";
+    onlyFinding(critiqueCode(textPart(command, "a.py", "text/x-code")).findings, "code.runs_text");
 }
 
 TEST(CodeCritic, Json) {
