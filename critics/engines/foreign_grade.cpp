@@ -2,6 +2,7 @@
 
 #include "text/letters.h"
 #include "text/one_of.h"
+#include "text/unicode.h"
 
 #include <algorithm>
 #include <array>
@@ -26,7 +27,6 @@ constexpr std::string_view kNote = "explains another finding, or tells what the 
 
 constexpr std::array kGrades = {
     // ShellCheck: what it calls information and is a fault of the script.
-    ForeignGrade{"shellcheck", "SC2086", kMedium, kWords},
     ForeignGrade{"shellcheck", "SC2030", kMedium, "the change is lost with its subshell"},
     ForeignGrade{"shellcheck", "SC2031", kMedium, "the change was lost with its subshell"},
     ForeignGrade{"shellcheck", "SC2035", kMedium, "a name that begins with a dash is an option"},
@@ -350,7 +350,67 @@ bool losesOutput(std::string_view text, std::size_t offset) {
            !isRead(text, name);
 }
 
+/// The name of "$name" and "${name}"; empty for anything else.
+std::string_view variableAt(std::string_view text) {
+    if (!text.starts_with('$')) return {};
+    text.remove_prefix(text.starts_with("${") ? 2 : 1);
+    const auto end = std::ranges::find_if_not(text, text::isAsciiWord);
+    return text.substr(0, static_cast<std::size_t>(end - text.begin()));
+}
+
+/// Whether a variable by its name holds words that are to be parted: "$find_options", "$PAGER".
+bool namesSeveralWords(std::string_view name) {
+    const std::string lower = text::lowerAscii(name);
+    constexpr std::array<std::string_view, 8> kPrograms = {"pager", "editor", "cc",  "cxx",
+                                                           "make",  "libs",   "cmd", "command"};
+    if (text::isOneOf(lower, kPrograms)) return true;
+    return std::ranges::any_of(std::array<std::string_view, 14>{"args", "opts", "opt", "options",
+                                                                "flags", "list", "files", "dirs",
+                                                                "packages", "pkgs", "params",
+                                                                "modules", "includes", "words"},
+                               [&](std::string_view end) { return lower.ends_with(end); });
+}
+
+/// Whether a script gives the variable no value with a blank in it: it counts, or goes through
+/// words that stand behind "in".
+bool holdsOneWord(std::string_view text, std::string_view name) {
+    const std::string counted = std::string(name) + "=$((";
+    if (text.find(counted) != std::string_view::npos) return true;
+    const std::string loop = "for " + std::string(name) + " in ";
+    const std::size_t at = text.find(loop);
+    if (at == std::string_view::npos) return false;
+    // Names of files may have blanks.
+    const std::string_view words = text.substr(at, text.find_first_of("\n;", at) - at);
+    return words.find('*') == std::string_view::npos;
+}
+
+/// The word that begins the command around the place: "echo".
+std::string_view commandAround(std::string_view text, std::size_t offset) {
+    const std::size_t line = offset == 0 ? 0 : text.rfind('\n', offset - 1) + 1; // 0 for none.
+    std::string_view before = text.substr(line, offset - line);
+    before = text::trimmed(before.substr(before.find_last_of(";|&({`") + 1));
+    for (const std::string_view word : {"then ", "do ", "else "}) {
+        if (before.starts_with(word)) before = text::trimmed(before.substr(word.size()));
+    }
+    return before.substr(0, before.find_first_of(" \t"));
+}
+
+/// Whether a value that the shell parts at blanks does no harm there: it has none, is to be parted,
+/// or only loses a blank in what is printed.
+bool splitsHarmlessly(const ForeignSubject& subject) {
+    constexpr std::array<std::string_view, 6> kPrinters = {"echo", "printf", "set",
+                                                           "eval", "exit",   "return"};
+    const std::size_t offset = std::min(subject.offset, subject.text.size());
+    const std::string_view name = variableAt(subject.text.substr(offset));
+    if (name.empty() || text::isAsciiDigit(name.front())) return false;
+    if (namesSeveralWords(name) || holdsOneWord(subject.text, name)) return true;
+    // Behind ">" it names a file.
+    const bool file = text::trimmed(subject.text.substr(0, offset)).ends_with('>');
+    return !file && text::isOneOf(commandAround(subject.text, offset), kPrinters);
+}
+
 std::optional<Severity> ofShellcheck(const ForeignFault& fault, const ForeignSubject& subject) {
+    if (fault.code == "SC2086") return splitsHarmlessly(subject) ? kLow : kMedium;
     // In a part of a script the rest may set it.
     if (fault.code == "SC2154" && !subject.whole) return kLow;
     if (fault.code == "SC2034") {
