@@ -5,6 +5,9 @@
 #include "critics/text/prose_rules.h"
 #include "text/letters.h"
 
+#include <algorithm>
+#include <iterator>
+
 namespace trevix {
 
 namespace text = kelvane::text;
@@ -13,7 +16,7 @@ namespace {
 
 constexpr GradedRule kEmpty = declared<WorkKind::code>("code.empty");
 constexpr GradedRule kConflict = declared<WorkKind::code>("code.conflict_marker");
-constexpr GradedRule kSecret = declared<WorkKind::code>("code.secret");
+constexpr GradedRule kSecret = declared<WorkKind::code>("code.secret", Severity::critical);
 
 } // namespace
 
@@ -24,11 +27,17 @@ Critique critiqueCode(const Part& part, Readers readers) {
         findings.addWith(kEmpty, 0, "blanks only", "is all there is");
         return {findings.take(), {}, {{ownRules("emptiness")}, {}, true}};
     }
-    checkSecrets(source, kSecret, findings);
+    const CodeView view(source, languageOf(part.name, part.text));
+    // What documentation calls a token is mostly one of an example.
+    const auto documentation = view.documentation();
+    checkSecrets(source, kSecret, findings, [&](std::size_t offset) {
+        const auto behind = std::ranges::upper_bound(documentation, offset, {},
+                                                     [](const auto& span) { return span.first; });
+        return behind != documentation.begin() && offset < std::prev(behind)->second;
+    });
     checkEncoding(source, findings);
     checkConflictMarkers(source, kConflict, findings);
 
-    const CodeView view(source, languageOf(part.name, part.text));
     Critique critique;
     SyntaxTree tree;
     critique.extent.lines = source.writtenLines();

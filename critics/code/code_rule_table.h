@@ -15,7 +15,11 @@ struct RulesFor<WorkKind::code> {
         "chosen: 120 levels of expressions and blocks inside one another are followed; programs "
         "that people write have some thirty";
     static constexpr std::array kRules = {
-        Rule{"code.secret", Severity::critical, "kept secrets", Unit::line, "as text.secret"},
+        Rule{"code.secret",
+             {Severity::critical, Severity::low},
+             "kept secrets",
+             Unit::line,
+             "as text.secret"},
         Rule{"code.conflict_marker", Severity::critical, "unresolved merge", Unit::line,
              "as text.conflict_marker"},
         Rule{"code.empty", Severity::high, "something to judge", Unit::part, ""},

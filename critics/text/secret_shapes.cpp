@@ -251,6 +251,7 @@ struct Span {
     std::size_t end = 0;
     std::size_t shown = 0;
     std::string_view kind;
+    bool byName = false;
 };
 
 /// Names are short; no more than this is shown before a value.
@@ -290,7 +291,7 @@ void collect(const Shapes& known, Shape& shape, std::string_view text, std::vect
             group > 0 && shape.named ? nameBefore(text, matched, begin) : begin;
         while (begin > 0 && continuesCharacter(text[begin])) --begin;
         while (end < text.size() && continuesCharacter(text[end])) ++end;
-        spans.push_back({begin, end, std::min(shown, begin), shape.label});
+        spans.push_back({begin, end, std::min(shown, begin), shape.label, shape.named});
     }
 }
 
@@ -333,16 +334,17 @@ std::vector<Secret> findSecrets(std::string_view text) {
                 const std::size_t longer = std::max(end, span.end) - end;
                 last.valueLength += longer;
                 last.length += longer;
+                last.byName = last.byName && span.byName;
                 continue;
             }
             // A name must not reach into the secret before it.
             const std::size_t shown = std::max(span.shown, end);
-            secrets.push_back(
-                {shown, span.end - shown, span.begin, span.end - span.begin, span.kind});
+            secrets.push_back({shown, span.end - shown, span.begin, span.end - span.begin,
+                               span.kind, span.byName});
             continue;
         }
-        secrets.push_back(
-            {span.shown, span.end - span.shown, span.begin, span.end - span.begin, span.kind});
+        secrets.push_back({span.shown, span.end - span.shown, span.begin, span.end - span.begin,
+                           span.kind, span.byName});
     }
     return secrets;
 }

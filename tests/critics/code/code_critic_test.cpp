@@ -621,6 +621,23 @@ TEST(CodeCritic, CodeThatRunsText) {
         critiqueCode);
 }
 
+TEST(CodeCritic, SecretsInDocumentationAreMostlyExamples) {
+    const auto severityOf = [](const std::string& text) {
+        return onlyFinding(critiqueCode(textPart(text, "a.py", "text/x-code")).findings,
+                           "code.secret")
+            .severity;
+    };
+    const std::string named = "access_token=Kq7fLw2Xr9Zt4Bn8Vc1Ms6";
+    EXPECT_EQ(severityOf("def f():\n    \"\"\"Sends a request.\n\n    " + named +
+                         "\n    \"\"\"\n    return 1\n"),
+              Severity::low);
+    EXPECT_EQ(severityOf("body = \"\"\"\n" + named + "\n\"\"\"\n"), Severity::critical);
+    // In two pieces, so that no scanner takes it for a leaked one.
+    const std::string issued = std::string("ghp_") + "k3Jd9fQ2xLm8Zp4Rt7Vw1Ys6Bn5Hc0Ga2De4";
+    EXPECT_EQ(severityOf("def f():\n    \"\"\"Sends " + issued + ".\"\"\"\n    return 1\n"),
+              Severity::critical);
+}
+
 TEST(CodeCritic, PasswordInACallIsShownInPart) {
     const std::string text = "db.connect(host='a', password='mapleleaf')\n";
     const auto findings = critiqueCode(textPart(text, "a.py", "text/x-code")).findings;
