@@ -103,6 +103,7 @@ constexpr std::array kGrades = {
 
     // Ruff: what its rules are, since it grades nothing.
     ForeignGrade{"ruff", "syntax", kHigh, "the file does not run"},
+    ForeignGrade{"ruff", "S302", kLow, "the format is Python's own for what it keeps"},
     ForeignGrade{"ruff", "F811", kLow, "the later definition holds, often on purpose"},
     ForeignGrade{"ruff", "B006", kLow, "harmless where nobody changes the value"},
     ForeignGrade{"ruff", "B018", kLow, "touching a name can be a check of its own"},
