@@ -5,6 +5,9 @@
 #include "critics/text/prose_rules.h"
 #include "text/letters.h"
 
+#include <algorithm>
+#include <iterator>
+
 namespace trevix {
 
 namespace text = kelvane::text;
@@ -13,7 +16,7 @@ namespace {
 
 constexpr GradedRule kEmpty = declared<WorkKind::code>("code.empty");
 constexpr GradedRule kConflict = declared<WorkKind::code>("code.conflict_marker");
-constexpr GradedRule kSecret = declared<WorkKind::code>("code.secret");
+constexpr GradedRule kSecret = declared<WorkKind::code>("code.secret", Severity::critical);
 
 } // namespace
 
@@ -24,12 +27,19 @@ Critique critiqueCode(const Part& part, Readers readers) {
         findings.addWith(kEmpty, 0, "blanks only", "is all there is");
         return {findings.take(), {}, {{ownRules("emptiness")}, {}, true}};
     }
-    checkSecrets(source, kSecret, findings);
+    const CodeView view(source, languageOf(part.name, part.text));
+    // What documentation calls a token is mostly one of an example.
+    const auto documentation = view.documentation();
+    checkSecrets(source, kSecret, findings, [&](std::size_t offset) {
+        const auto behind = std::ranges::upper_bound(documentation, offset, {},
+                                                     [](const auto& span) { return span.first; });
+        return behind != documentation.begin() && offset < std::prev(behind)->second;
+    });
     checkEncoding(source, findings);
     checkConflictMarkers(source, kConflict, findings);
 
-    const CodeView view(source, languageOf(part.name, part.text));
     Critique critique;
+    SyntaxTree tree;
     critique.extent.lines = source.writtenLines();
     critique.coverage.checked(ownRules("habits, structure and secrets in code"));
     if (view.language == Language::json) {
@@ -37,11 +47,16 @@ Critique critiqueCode(const Part& part, Readers readers) {
         critique.coverage.known = true;
     } else if (checkYaml(view, findings)) {
         // One slip is one finding: the grammar speaks where the more telling rule is silent.
-        checkSyntax(view, part.name, readers, findings, critique.coverage);
+        tree = checkSyntax(view, part.name, readers, findings, critique.coverage);
     } else {
         critique.coverage.checked(ownRules("syntax, YAML"));
         critique.coverage.known = true;
     }
+    if (!tree.nodes.empty()) {
+        critique.coverage.checked(ownRules("where data from outside goes, Python"));
+    }
+    const std::vector<Flow> flows = checkFlows(view, tree, findings);
+    checkMisuses(view, tree, findings);
     checkShape(view, findings);
     checkBrackets(view, findings);
     checkLongFunctions(view, findings);
@@ -54,12 +69,12 @@ Critique critiqueCode(const Part& part, Readers readers) {
     checkSwallowedErrors(view, findings);
     checkComparisons(view, findings);
     checkImports(view, findings);
-    checkUnsafeCalls(view, findings);
+    checkUnsafeCalls(view, flows, findings);
     checkDownloads(view, findings);
     checkPlainAddresses(view, findings);
     checkUnverifiedPeers(view, findings);
     checkGuessableSecrets(view, findings);
-    checkQueries(view, findings);
+    checkQueries(view, flows, findings);
     checkHomePaths(view, findings);
     checkJson(view, findings);
     critique.findings = findings.take();

@@ -372,7 +372,8 @@ void checkPythonExcepts(const CodeView& view, FindingList& findings) {
         if (!view.is(i, "except")) continue;
         std::size_t colon = i + 1;
         const bool all = view.is(colon, ":");
-        const bool broad = view.is(colon, "Exception") || view.is(colon, "BaseException");
+        const bool named = view.is(colon, "Exception");
+        const bool broad = named || view.is(colon, "BaseException");
         if (!all && !broad) continue; // A narrow one may be passed over on purpose.
         if (broad) ++colon;
         if (view.is(colon, "as")) colon += 2;
@@ -391,7 +392,8 @@ void checkPythonExcepts(const CodeView& view, FindingList& findings) {
                                (after != view.tokens.end() && after->kind == TokenKind::comment &&
                                 view.source.lineAt(after->offset) == line);
         if (explained || guardsOnlyAnEnd(view, i)) continue;
-        addLine(view, kSwallowed, i, "drops every error without a word", findings);
+        // By its name it lets an interruption through, and was chosen.
+        addLine(view, named ? kLetGo : kSwallowed, i, "drops every error without a word", findings);
     }
 }
 

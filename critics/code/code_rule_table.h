@@ -5,13 +5,21 @@
 #include "critics/findings/rule.h"
 
 #include <array>
+#include <string_view>
 
 namespace trevix {
 
 template <>
 struct RulesFor<WorkKind::code> {
+    static constexpr std::string_view kFollowed =
+        "chosen: 120 levels of expressions and blocks inside one another are followed; programs "
+        "that people write have some thirty";
     static constexpr std::array kRules = {
-        Rule{"code.secret", Severity::critical, "kept secrets", Unit::line, "as text.secret"},
+        Rule{"code.secret",
+             {Severity::critical, Severity::low},
+             "kept secrets",
+             Unit::line,
+             "as text.secret"},
         Rule{"code.conflict_marker", Severity::critical, "unresolved merge", Unit::line,
              "as text.conflict_marker"},
         Rule{"code.empty", Severity::high, "something to judge", Unit::part, ""},
@@ -25,7 +33,7 @@ struct RulesFor<WorkKind::code> {
              "chosen: the first three of a part, since one slip throws later brackets off; a "
              "partner is looked for eight brackets down"},
         Rule{"code.unclosed_bracket", Severity::medium, "matching brackets", Unit::line, ""},
-        Rule{"code.runs_text", Severity::high, "safe calls", Unit::line, ""},
+        Rule{"code.runs_text", {Severity::high, Severity::low}, "safe calls", Unit::line, ""},
         Rule{"code.runs_download", {Severity::high, Severity::low}, "safe calls", Unit::line, ""},
         Rule{"code.plain_address", Severity::medium, "safe calls", Unit::line,
              "chosen: an address among the first 4 tokens of a call, behind the method of a "
@@ -35,6 +43,32 @@ struct RulesFor<WorkKind::code> {
              "chosen: what the value is for is told by the names on its line and by that of the "
              "function around"},
         Rule{"code.query_from_text", Severity::high, "safe queries", Unit::line, ""},
+        Rule{"code.path_from_outside", Severity::high, "data from outside", Unit::line, kFollowed},
+        Rule{"code.page_from_outside", Severity::high, "data from outside", Unit::line, kFollowed},
+        Rule{"code.address_from_outside",
+             {Severity::high, Severity::medium},
+             "data from outside",
+             Unit::line,
+             kFollowed},
+        Rule{"code.output_from_outside", Severity::medium, "data from outside", Unit::line,
+             kFollowed},
+        Rule{"code.objects_from_outside", Severity::high, "data from outside", Unit::line,
+             kFollowed},
+        Rule{"code.pattern_from_outside", Severity::medium, "data from outside", Unit::line,
+             kFollowed},
+        Rule{"code.weak_crypto", Severity::medium, "safe calls", Unit::line,
+             "10,000 rounds: ten times the least that NIST SP 800-132 asked for in 2010"},
+        Rule{"code.unverified_token", Severity::high, "safe calls", Unit::line, ""},
+        Rule{"code.unescaped_page", Severity::medium, "safe pages", Unit::line, ""},
+        Rule{"code.lax_setting", Severity::medium, "protections left on", Unit::line, ""},
+        Rule{"code.shown_trace", Severity::medium, "protections left on", Unit::line, ""},
+        Rule{"code.known_password", Severity::medium, "kept secrets", Unit::line, ""},
+        Rule{"code.unsafe_parser", Severity::medium, "safe calls", Unit::line, ""},
+        Rule{"code.leaky_comparison", Severity::medium, "right comparisons", Unit::line, ""},
+        Rule{"code.slow_pattern", Severity::medium, "safe calls", Unit::line, ""},
+        Rule{"code.endless_loop", Severity::medium, "code that runs", Unit::line, ""},
+        Rule{"code.wrong_range", Severity::medium, "code that runs", Unit::line, ""},
+        Rule{"code.gone_function", Severity::medium, "code that runs", Unit::line, ""},
         Rule{"code.json_syntax", Severity::high, "readable data", Unit::part, ""},
         Rule{
             "code.json_duplicate_key", Severity::medium, "readable data", Unit::line,
@@ -55,7 +89,7 @@ struct RulesFor<WorkKind::code> {
         Rule{"code.assignment_in_condition", Severity::medium, "right comparisons", Unit::line,
              "chosen: a declaration is looked for in 40 tokens, a semicolon in 200"},
         Rule{"code.home_path", Severity::medium, "portable paths", Unit::line, ""},
-        Rule{"code.deep_nesting", Severity::medium, "readable functions", Unit::line,
+        Rule{"code.deep_nesting", Severity::low, "readable functions", Unit::line,
              "chosen: six blocks, twice the three that the Linux kernel's coding style calls the "
              "most"},
         Rule{"code.mixed_indentation",

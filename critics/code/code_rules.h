@@ -8,6 +8,10 @@
 
 #include "critics/code/code_view.h"
 #include "critics/findings/critique.h"
+#include "critics/flow/flow.h"
+#include "critics/syntax/syntax_tree.h"
+
+#include <vector>
 
 namespace trevix {
 
@@ -26,19 +30,28 @@ void checkSwallowedErrors(const CodeView& view, FindingList& findings);
 void checkComparisons(const CodeView& view, FindingList& findings);
 void checkImports(const CodeView& view, FindingList& findings);
 
+// What a stranger can do, by the tree: code_flow_rules.cpp
+/// Gives what was found, for the rules that tell the same by the tokens alone. `tree` is that of
+/// the view's text; an empty one has nothing to find.
+std::vector<Flow> checkFlows(const CodeView& view, const SyntaxTree& tree, FindingList& findings);
+void checkMisuses(const CodeView& view, const SyntaxTree& tree, FindingList& findings);
+
 // Security: code_security_rules.cpp
-void checkUnsafeCalls(const CodeView& view, FindingList& findings);
+/// Passes over what `flows` tell of already.
+void checkUnsafeCalls(const CodeView& view, const std::vector<Flow>& flows, FindingList& findings);
 void checkDownloads(const CodeView& view, FindingList& findings);
 void checkPlainAddresses(const CodeView& view, FindingList& findings);
 void checkUnverifiedPeers(const CodeView& view, FindingList& findings);
 void checkGuessableSecrets(const CodeView& view, FindingList& findings);
-void checkQueries(const CodeView& view, FindingList& findings);
+/// Passes over what `flows` tell of already.
+void checkQueries(const CodeView& view, const std::vector<Flow>& flows, FindingList& findings);
 void checkHomePaths(const CodeView& view, FindingList& findings);
 
 // Grammar: code_syntax_rules.cpp
-/// Also tells whether there is a grammar, and whether the text was read by it.
-void checkSyntax(const CodeView& view, std::string_view name, Readers readers,
-                 FindingList& findings, Coverage& coverage);
+/// Also tells whether there is a grammar, and whether the text was read by it. Gives the tree of a
+/// text in a language whose flows are followed.
+SyntaxTree checkSyntax(const CodeView& view, std::string_view name, Readers readers,
+                       FindingList& findings, Coverage& coverage);
 
 // Grammar where there is no grammar: code_shape_rules.cpp
 void checkShape(const CodeView& view, FindingList& findings);

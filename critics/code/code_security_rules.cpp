@@ -17,7 +17,8 @@ namespace text = kelvane::text;
 
 namespace {
 
-constexpr GradedRule kUnsafeCall = declared<WorkKind::code>("code.runs_text");
+constexpr GradedRule kUnsafeCall = declared<WorkKind::code>("code.runs_text", Severity::high);
+constexpr GradedRule kMeantCall = declared<WorkKind::code>("code.runs_text", Severity::low);
 constexpr GradedRule kPlainDownload =
     declared<WorkKind::code>("code.runs_download", Severity::high);
 constexpr GradedRule kDownload = declared<WorkKind::code>("code.runs_download", Severity::low);
@@ -329,9 +330,39 @@ bool isTest(std::string_view text) {
     return false;
 }
 
+/// Whether the text of a stranger was seen to be run on the line of that token.
+bool isTold(const CodeView& view, std::size_t i, const std::vector<Flow>& flows) {
+    return std::ranges::any_of(flows, [&](const Flow& flow) {
+        return (flow.danger == Danger::code || flow.danger == Danger::command) &&
+               flow.offset <= view.code[i].offset &&
+               view.code[i].offset < flow.offset + flow.length;
+    });
+}
+
+/// Whether "eval(text, names)" brings names of its own: then it is there to evaluate, and what it
+/// may reach was thought of. `open` is the bracket.
+bool hasOwnNames(const CodeView& view, std::size_t open) {
+    const std::size_t close = view.match[open];
+    if (close == kNoToken) return false;
+    for (std::size_t i = open + 1; i < close; ++i) {
+        // The comma of the call itself, with a name behind it.
+        if (!view.is(i, ",") || view.parent[i] != open) continue;
+        return view.isKind(i + 1, TokenKind::identifier) && !view.is(i + 1, "globals") &&
+               !view.is(i + 1, "locals");
+    }
+    return false;
+}
+
+/// Whether all of what "shell=True" hands on stands in the program: "run('make all', shell=True)".
+bool isFixedCommand(const CodeView& view, std::size_t shell) {
+    const std::size_t open = view.parent[shell];
+    return open != kNoToken && view.isKind(open + 1, TokenKind::string) && view.is(open + 2, ",") &&
+           view.textOf(view.code[open + 1]).front() != 'f';
+}
+
 } // namespace
 
-void checkUnsafeCalls(const CodeView& view, FindingList& findings) {
+void checkUnsafeCalls(const CodeView& view, const std::vector<Flow>& flows, FindingList& findings) {
     const Language language = view.language;
     const bool python = language == Language::python;
     const bool evaluates =
@@ -346,15 +377,19 @@ void checkUnsafeCalls(const CodeView& view, FindingList& findings) {
                                 view.is(view.match[i + 1] + 1, "{");
             // Without an argument it is another function.
             if (runs && !method && !view.is(i + 2, ")")) {
-                addCall(view, kUnsafeCall, i, "runs a text as code", findings);
+                if (isTold(view, i, flows)) continue;
+                const bool meant = python && hasOwnNames(view, i + 1);
+                addCall(view, meant ? kMeantCall : kUnsafeCall, i, "runs a text as code", findings);
             }
         }
         if (isScript(language) && view.is(i, "new") && view.is(i + 1, "Function") &&
             view.is(i + 2, "(")) {
             addCall(view, kUnsafeCall, i, "runs a text as code", findings);
         }
+        if (python && isTold(view, i, flows)) continue;
         if (python && view.is(i, "shell") && view.is(i + 1, "=") && view.is(i + 2, "True")) {
-            addCall(view, kUnsafeCall, i, "hands a command to a shell", findings);
+            addCall(view, isFixedCommand(view, i) ? kMeantCall : kUnsafeCall, i,
+                    "hands a command to a shell", findings);
         }
         // A fixed command is no text of a stranger.
         if (python && view.is(i, "os") && view.is(i + 1, ".") && view.is(i + 2, "system") &&
@@ -458,12 +493,18 @@ void checkGuessableSecrets(const CodeView& view, FindingList& findings) {
     }
 }
 
-void checkQueries(const CodeView& view, FindingList& findings) {
+void checkQueries(const CodeView& view, const std::vector<Flow>& flows, FindingList& findings) {
     if (!hasStatements(view.language) || view.language == Language::shell) return;
     for (std::size_t i = 0; i < view.code.size(); ++i) {
         if (view.code[i].kind != TokenKind::string) continue;
         if (!isQuery(view.textOf(view.code[i])) || !joinsText(view, i)) continue;
         const std::size_t start = view.code[i].offset;
+        const bool told = std::ranges::any_of(flows, [&](const Flow& flow) {
+            // A prefix of the quotes stands before the token.
+            return flow.danger == Danger::query && flow.built <= start &&
+                   start < flow.built + flow.builtLength;
+        });
+        if (told) continue;
         findings.add(kQuery, start,
                      view.source.lineEnd(view.source.lineAt(view.code[i].end())) - start,
                      "puts a query together from text, so that a value can change it");

@@ -267,7 +267,14 @@ void checkUnreachableByIndent(const CodeView& view, FindingList& findings) {
         // The line before may be open: "return a +" with a backslash.
         if (view.is(next - 1, "\\") || view.is(next, "yield")) continue;
         const std::size_t start = view.code[next].offset;
-        findings.add(kDeadCode, start, view.source.lineEnd(lines[i + 1].line) - start,
+        // A lone way out behind another one does nothing that is missed.
+        const bool nothing =
+            view.is(next, "pass") || view.is(next, "break") || view.is(next, "continue") ||
+            (view.is(next, "return") &&
+             (view.lineOf(next) != view.lineOf(std::min(next + 1, view.code.size() - 1)) ||
+              next + 1 == view.code.size() || view.is(next + 1, "None")));
+        findings.add(nothing ? kShutOff : kDeadCode, start,
+                     view.source.lineEnd(lines[i + 1].line) - start,
                      "is never reached, for the statement before leaves the block");
     }
 }

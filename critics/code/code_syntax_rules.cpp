@@ -15,6 +15,7 @@
 #include <array>
 #include <chrono>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace trevix {
@@ -209,22 +210,23 @@ std::vector<std::string_view> grammarsAskedFor() {
     return names;
 }
 
-void checkSyntax(const CodeView& view, std::string_view name, Readers readers,
-                 FindingList& findings, Coverage& coverage) {
+SyntaxTree checkSyntax(const CodeView& view, std::string_view name, Readers readers,
+                       FindingList& findings, Coverage& coverage) {
     const std::string what = "syntax, " + std::string(trevix::name(view.language));
     const auto rules = std::ranges::find(kGrammars, view.language, &GrammarOf::language);
     const std::string_view grammar =
         rules == kGrammars.end() ? std::string_view() : grammarFor(*rules, name);
     if (grammar.empty()) {
         coverage.missed({what, "no grammar of it is known here", ""});
-        return;
+        return {};
     }
     if (readers == Readers::own) {
         coverage.missed({what, "a reader ended badly on this work", ""});
-        return;
+        return {};
     }
     const std::string_view text = view.source.text();
-    const SyntaxReading reading = readSyntax(grammar, text, kMostTime);
+    const Wanted wanted = view.language == Language::python ? Wanted::tree : Wanted::faults;
+    SyntaxReading reading = readSyntax(grammar, text, kMostTime, wanted);
     switch (reading.outcome) {
     case SyntaxReading::Outcome::read:
         coverage.checked({"tree-sitter", packageOf(grammar), what});
@@ -232,20 +234,21 @@ void checkSyntax(const CodeView& view, std::string_view name, Readers readers,
         break;
     case SyntaxReading::Outcome::noGrammar:
         coverage.missed({what, "this build has no grammar of it", "build with npm at hand"});
-        return;
+        return {};
     case SyntaxReading::Outcome::outOfTime:
         coverage.missed({what, "the parser did not end in time", ""});
-        return;
+        return {};
     case SyntaxReading::Outcome::tooLong:
         coverage.missed(
             {what, "the text is longer than the parser can take", "grade a part of it"});
-        return;
+        return {};
     }
     // In this order: the cheapest question first, and a frame is parsed only for text that has
     // failed.
-    if (reading.faults.empty()) return;
-    if (isPartOfSomething(*rules, grammar, text)) return;
-    if (languageOfName(name) == Language::unknown && hasLooseEnds(view)) return;
+    if (reading.faults.empty() || isPartOfSomething(*rules, grammar, text) ||
+        (languageOfName(name) == Language::unknown && hasLooseEnds(view))) {
+        return std::move(reading.tree);
+    }
     // Told in the order of the text, which is that of the tree.
     std::size_t reported = 0;
     for (const SyntaxFault& fault : reading.faults) {
@@ -254,6 +257,7 @@ void checkSyntax(const CodeView& view, std::string_view name, Readers readers,
         findings.add(kSyntax, offset, length, sentenceOf(fault));
         if (++reported == kMostReported) break;
     }
+    return std::move(reading.tree);
 }
 
 } // namespace trevix

@@ -190,6 +190,25 @@ void CodeView::markLines() {
     }
 }
 
+std::vector<std::pair<std::size_t, std::size_t>> CodeView::documentation() const {
+    std::vector<std::pair<std::size_t, std::size_t>> strings;
+    if (language != Language::python) return strings;
+    for (const LogicalLine& line : logicalLines()) {
+        std::size_t first = line.first;
+        // A prefix of the quotes is a token of its own.
+        if (isKind(first, TokenKind::identifier) && isKind(first + 1, TokenKind::string) &&
+            code[first].end() == code[first + 1].offset) {
+            ++first;
+        }
+        if (!isKind(first, TokenKind::string)) continue;
+        const std::string_view text = textOf(code[first]);
+        if (text.starts_with("\"\"\"") || text.starts_with("'''")) {
+            strings.emplace_back(code[first].offset, code[first].end());
+        }
+    }
+    return strings;
+}
+
 std::vector<LogicalLine> CodeView::logicalLines() const {
     std::vector<LogicalLine> lines;
     std::size_t previous = kNoToken;

@@ -12,6 +12,7 @@
 
 #include <cstddef>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace trevix {
@@ -54,6 +55,9 @@ public:
     [[nodiscard]] std::size_t lineOf(std::size_t index) const {
         return source.lineAt(code[index].offset);
     }
+    /// Begin and end of the strings that stand as statements of their own, in which Python
+    /// documents what is around them; in the order of the text, empty in other languages.
+    [[nodiscard]] std::vector<std::pair<std::size_t, std::size_t>> documentation() const;
     /// In languages that mean something by indentation; empty for others.
     [[nodiscard]] std::vector<LogicalLine> logicalLines() const;
 

@@ -2,6 +2,7 @@
 
 #include "text/letters.h"
 #include "text/one_of.h"
+#include "text/unicode.h"
 
 #include <algorithm>
 #include <array>
@@ -26,7 +27,6 @@ constexpr std::string_view kNote = "explains another finding, or tells what the 
 
 constexpr std::array kGrades = {
     // ShellCheck: what it calls information and is a fault of the script.
-    ForeignGrade{"shellcheck", "SC2086", kMedium, kWords},
     ForeignGrade{"shellcheck", "SC2030", kMedium, "the change is lost with its subshell"},
     ForeignGrade{"shellcheck", "SC2031", kMedium, "the change was lost with its subshell"},
     ForeignGrade{"shellcheck", "SC2035", kMedium, "a name that begins with a dash is an option"},
@@ -79,6 +79,10 @@ constexpr std::array kGrades = {
     // Bandit.
     ForeignGrade{"bandit", "B101", kOff, "assertions belong to tests and to sound code"},
     ForeignGrade{"bandit", "B322", kOff, "a fault of Python 2 alone"},
+    ForeignGrade{"bandit", "B309", kOff, "a fault of Python before 2.7.9 and 3.4.3 alone"},
+    ForeignGrade{"bandit", "B413", kLow,
+                 "a library that is kept up has the name of the one that is not"},
+    ForeignGrade{"bandit", "B302", kLow, "the format is Python's own for what it keeps"},
     ForeignGrade{"bandit", "B401", kMedium,
                  "the protocol is in clear text whatever is done with it"},
     ForeignGrade{"bandit", "B402", kMedium,
@@ -99,6 +103,7 @@ constexpr std::array kGrades = {
 
     // Ruff: what its rules are, since it grades nothing.
     ForeignGrade{"ruff", "syntax", kHigh, "the file does not run"},
+    ForeignGrade{"ruff", "S302", kLow, "the format is Python's own for what it keeps"},
     ForeignGrade{"ruff", "F811", kLow, "the later definition holds, often on purpose"},
     ForeignGrade{"ruff", "B006", kLow, "harmless where nobody changes the value"},
     ForeignGrade{"ruff", "B018", kLow, "touching a name can be a check of its own"},
@@ -241,7 +246,31 @@ std::optional<Severity> byLevel(const ForeignFault& fault) {
     return kOff;
 }
 
-std::optional<Severity> ofBandit(const ForeignFault& fault) {
+/// "eval(text, names)" and "exec(text, names)": with names of its own it is there to evaluate, and
+/// what it may reach was thought of.
+bool evaluatesWithOwnNames(const ForeignSubject& subject) {
+    constexpr std::size_t kLongestCall = 400; // bytes: a call on a few lines
+    const std::string_view text =
+        subject.text.substr(std::min(subject.offset, subject.text.size()), kLongestCall);
+    const std::size_t call = std::min(text.find("eval("), text.find("exec("));
+    if (call == std::string_view::npos) return false;
+    int depth = 0;
+    for (std::size_t i = call + 4; i < text.size(); ++i) {
+        if (text[i] == '(' || text[i] == '[' || text[i] == '{') ++depth;
+        if (text[i] == ')' || text[i] == ']' || text[i] == '}') --depth;
+        if (depth == 0) return false;
+        if (depth > 1 || text[i] != ',') continue;
+        const std::string_view names = text::trimmed(text.substr(i + 1));
+        return !names.empty() && text::isAsciiWord(names.front()) &&
+               !names.starts_with("globals()") && !names.starts_with("locals()");
+    }
+    return false;
+}
+
+std::optional<Severity> ofBandit(const ForeignFault& fault, const ForeignSubject& subject) {
+    if ((fault.code == "B102" || fault.code == "B307") && evaluatesWithOwnNames(subject)) {
+        return kLow;
+    }
     // What it is hardly sure of weighs one step less.
     const bool sure = fault.confidence != "low";
     if (fault.level == "high") return sure ? kHigh : kMedium;
@@ -271,6 +300,9 @@ std::optional<Severity> ofRuff(const ForeignFault& fault, const ForeignSubject& 
                                                           "S605", "S609", "S612", "S701"};
     constexpr std::array<std::string_view, 7> kHints = {"S105", "S106", "S107", "S110",
                                                         "S112", "S310", "S311"};
+    if ((fault.code == "S102" || fault.code == "S307") && evaluatesWithOwnNames(subject)) {
+        return kLow;
+    }
     // In a selection the rest may declare it; in a whole file the line fails when it is reached.
     // What `__all__` names may be made on demand.
     if (fault.code == "F823") return whole ? kHigh : kLow;
@@ -319,7 +351,67 @@ bool losesOutput(std::string_view text, std::size_t offset) {
            !isRead(text, name);
 }
 
+/// The name of "$name" and "${name}"; empty for anything else.
+std::string_view variableAt(std::string_view text) {
+    if (!text.starts_with('$')) return {};
+    text.remove_prefix(text.starts_with("${") ? 2 : 1);
+    const auto end = std::ranges::find_if_not(text, text::isAsciiWord);
+    return text.substr(0, static_cast<std::size_t>(end - text.begin()));
+}
+
+/// Whether a variable by its name holds words that are to be parted: "$find_options", "$PAGER".
+bool namesSeveralWords(std::string_view name) {
+    const std::string lower = text::lowerAscii(name);
+    constexpr std::array<std::string_view, 8> kPrograms = {"pager", "editor", "cc",  "cxx",
+                                                           "make",  "libs",   "cmd", "command"};
+    if (text::isOneOf(lower, kPrograms)) return true;
+    return std::ranges::any_of(std::array<std::string_view, 14>{"args", "opts", "opt", "options",
+                                                                "flags", "list", "files", "dirs",
+                                                                "packages", "pkgs", "params",
+                                                                "modules", "includes", "words"},
+                               [&](std::string_view end) { return lower.ends_with(end); });
+}
+
+/// Whether a script gives the variable no value with a blank in it: it counts, or goes through
+/// words that stand behind "in".
+bool holdsOneWord(std::string_view text, std::string_view name) {
+    const std::string counted = std::string(name) + "=$((";
+    if (text.find(counted) != std::string_view::npos) return true;
+    const std::string loop = "for " + std::string(name) + " in ";
+    const std::size_t at = text.find(loop);
+    if (at == std::string_view::npos) return false;
+    // Names of files may have blanks.
+    const std::string_view words = text.substr(at, text.find_first_of("\n;", at) - at);
+    return words.find('*') == std::string_view::npos;
+}
+
+/// The word that begins the command around the place: "echo".
+std::string_view commandAround(std::string_view text, std::size_t offset) {
+    const std::size_t line = offset == 0 ? 0 : text.rfind('\n', offset - 1) + 1; // 0 for none.
+    std::string_view before = text.substr(line, offset - line);
+    before = text::trimmed(before.substr(before.find_last_of(";|&({`") + 1));
+    for (const std::string_view word : {"then ", "do ", "else "}) {
+        if (before.starts_with(word)) before = text::trimmed(before.substr(word.size()));
+    }
+    return before.substr(0, before.find_first_of(" \t"));
+}
+
+/// Whether a value that the shell parts at blanks does no harm there: it has none, is to be parted,
+/// or only loses a blank in what is printed.
+bool splitsHarmlessly(const ForeignSubject& subject) {
+    constexpr std::array<std::string_view, 6> kPrinters = {"echo", "printf", "set",
+                                                           "eval", "exit",   "return"};
+    const std::size_t offset = std::min(subject.offset, subject.text.size());
+    const std::string_view name = variableAt(subject.text.substr(offset));
+    if (name.empty() || text::isAsciiDigit(name.front())) return false;
+    if (namesSeveralWords(name) || holdsOneWord(subject.text, name)) return true;
+    // Behind ">" it names a file.
+    const bool file = text::trimmed(subject.text.substr(0, offset)).ends_with('>');
+    return !file && text::isOneOf(commandAround(subject.text, offset), kPrinters);
+}
+
 std::optional<Severity> ofShellcheck(const ForeignFault& fault, const ForeignSubject& subject) {
+    if (fault.code == "SC2086") return splitsHarmlessly(subject) ? kLow : kMedium;
     // In a part of a script the rest may set it.
     if (fault.code == "SC2154" && !subject.whole) return kLow;
     if (fault.code == "SC2034") {
@@ -331,7 +423,7 @@ std::optional<Severity> ofShellcheck(const ForeignFault& fault, const ForeignSub
 
 std::optional<Severity> byEngine(std::string_view engine, const ForeignFault& fault,
                                  const ForeignSubject& subject) {
-    if (engine == "bandit") return ofBandit(fault);
+    if (engine == "bandit") return ofBandit(fault, subject);
     if (engine == "shellcheck") return ofShellcheck(fault, subject);
     if (engine == "cppcheck") {
         // An error is certain; as a warning it supposes a path, such as a loop without a turn.

@@ -45,6 +45,14 @@ constexpr std::array kSubjects = {
     Subject{"code.runs_text", "runs text"},
     Subject{"code.guessable_secret", "guessable"},
     Subject{"code.query_from_text", "query"},
+    Subject{"code.objects_from_outside", "objects"},
+    Subject{"code.unsafe_parser", "objects"},
+    Subject{"code.page_from_outside", "page"},
+    Subject{"code.unescaped_page", "page"},
+    Subject{"code.address_from_outside", "address"},
+    Subject{"code.weak_crypto", "weak hash"},
+    Subject{"code.known_password", "secret"},
+    Subject{"code.unverified_peer", "peer"},
     Subject{"code.swallowed_error", "swallowed"},
     Subject{"code.breakpoint", "breakpoint"},
     Subject{"oxlint.no-debugger", "breakpoint"},
@@ -114,7 +122,11 @@ constexpr std::array kUnsafe = {
     Subject{"102", "runs text"}, Subject{"307", "runs text"}, Subject{"602", "runs text"},
     Subject{"604", "runs text"}, Subject{"605", "runs text"}, Subject{"608", "query"},
     Subject{"110", "swallowed"}, Subject{"112", "swallowed"}, Subject{"303", "weak hash"},
-    Subject{"324", "weak hash"}, Subject{"311", "guessable"},
+    Subject{"324", "weak hash"}, Subject{"311", "guessable"}, Subject{"304", "weak hash"},
+    Subject{"305", "weak hash"}, Subject{"301", "objects"},   Subject{"302", "objects"},
+    Subject{"506", "objects"},   Subject{"308", "page"},      Subject{"703", "page"},
+    Subject{"701", "page"},      Subject{"310", "address"},   Subject{"501", "peer"},
+    Subject{"504", "peer"},
 };
 
 /// "602" for "bandit.B602" and "ruff.S602"; empty for others.

@@ -36,6 +36,13 @@ public:
         }
         return true;
     }
+    [[nodiscard]] bool toSibling() { return ts_tree_cursor_goto_next_sibling(&m_cursor); }
+    [[nodiscard]] bool toParent() { return ts_tree_cursor_goto_parent(&m_cursor); }
+    /// What the node is to its parent; empty where the grammar gives that no name.
+    [[nodiscard]] std::string_view field() const {
+        const char* name = ts_tree_cursor_current_field_name(&m_cursor);
+        return name == nullptr ? std::string_view() : std::string_view(name);
+    }
 
 private:
     TSTreeCursor m_cursor;
@@ -74,15 +81,37 @@ std::vector<SyntaxFault> faultsIn(TSNode root) {
     return faults;
 }
 
+SyntaxTree treeOf(TSNode root) {
+    SyntaxTree tree;
+    Walk walk(root);
+    SyntaxTree::Index parent = 0;
+    while (true) {
+        const TSNode node = walk.node();
+        const auto index = static_cast<SyntaxTree::Index>(tree.nodes.size());
+        tree.nodes.push_back({ts_node_type(node), walk.field(), ts_node_start_byte(node),
+                              ts_node_end_byte(node), index + 1, parent, ts_node_is_named(node)});
+        if (walk.intoChildren()) {
+            parent = index;
+            continue;
+        }
+        while (!walk.toSibling()) {
+            // All that is inside `parent` is known by now.
+            if (!walk.toParent()) return tree;
+            tree.nodes[parent].behind = static_cast<SyntaxTree::Index>(tree.nodes.size());
+            parent = tree.nodes[parent].parent;
+        }
+    }
+}
+
 } // namespace
 
 SyntaxReading readSyntax(std::string_view grammar, std::string_view text,
-                         std::chrono::microseconds limit) {
+                         std::chrono::microseconds limit, Wanted wanted) {
     const auto known = grammars();
     const auto found = std::ranges::find(known, grammar, &Grammar::name);
     if (found == known.end()) return {};
     // See kLongestText for what the library does beyond it.
-    if (text.size() > kLongestText) return {SyntaxReading::Outcome::tooLong, {}};
+    if (text.size() > kLongestText) return {SyntaxReading::Outcome::tooLong, {}, {}};
 
     const std::unique_ptr<TSParser, ParserDeleter> parser(ts_parser_new());
     // A grammar made for another library than this one is as good as none.
@@ -91,8 +120,10 @@ SyntaxReading readSyntax(std::string_view grammar, std::string_view text,
     const std::unique_ptr<TSTree, TreeDeleter> tree(ts_parser_parse_string(
         parser.get(), nullptr, text.data(), static_cast<std::uint32_t>(text.size())));
     // It gives a null tree for no other reason here than the time.
-    if (!tree) return {SyntaxReading::Outcome::outOfTime, {}};
-    return {SyntaxReading::Outcome::read, faultsIn(ts_tree_root_node(tree.get()))};
+    if (!tree) return {SyntaxReading::Outcome::outOfTime, {}, {}};
+    const TSNode root = ts_tree_root_node(tree.get());
+    return {SyntaxReading::Outcome::read, faultsIn(root),
+            wanted == Wanted::tree ? treeOf(root) : SyntaxTree()};
 }
 
 std::vector<GrammarInfo> knownGrammars() {

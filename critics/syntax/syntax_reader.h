@@ -8,6 +8,8 @@
 
 #pragma once
 
+#include "critics/syntax/syntax_tree.h"
+
 #include <chrono>
 #include <cstddef>
 #include <string>
@@ -39,9 +41,12 @@ struct SyntaxReading {
     Outcome outcome = Outcome::noGrammar;
     /// In the order of the text, the outermost of faults inside one another. At most `kMostFaults`.
     std::vector<SyntaxFault> faults;
-
-    bool operator==(const SyntaxReading&) const = default;
+    /// All of the text, faults or not, where it was read and the tree was asked for.
+    SyntaxTree tree;
 };
+
+/// Whether more than the faults is wanted. A tree takes some fifty bytes for each byte of text.
+enum class Wanted { faults, tree };
 
 /// Bytes. The library counts what is open at once in 16 bits and damages its memory beyond that; a
 /// text has no more tokens than bytes, so that none of this length can bring it there. It is some
@@ -53,7 +58,8 @@ constexpr std::size_t kMostFaults = 64;
 
 /// Reads `text` by the grammar called `grammar` ("python", "c_sharp"). Precondition: `limit` > 0.
 [[nodiscard]] SyntaxReading readSyntax(std::string_view grammar, std::string_view text,
-                                       std::chrono::microseconds limit);
+                                       std::chrono::microseconds limit,
+                                       Wanted wanted = Wanted::faults);
 
 struct GrammarInfo {
     std::string_view name;

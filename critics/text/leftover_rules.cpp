@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <array>
+#include <functional>
 #include <string>
 
 namespace trevix {
@@ -499,11 +500,13 @@ void checkConflictMarkers(const SourceText& source, GradedRule rule, FindingList
     }
 }
 
-void checkSecrets(const SourceText& source, GradedRule rule, FindingList& findings) {
+void checkSecrets(const SourceText& source, GradedRule rule, FindingList& findings,
+                  const std::function<bool(std::size_t)>& isExample) {
     const std::vector<Secret> secrets = findSecrets(source.text());
     for (const Secret& secret : secrets) findings.hide(secret.valueOffset, secret.valueLength);
     for (const Secret& secret : secrets) {
-        findings.add(rule, secret.offset, secret.length,
+        const bool example = secret.byName && isExample && isExample(secret.valueOffset);
+        findings.add(example ? softened(rule) : rule, secret.offset, secret.length,
                      "looks like " + std::string(secret.kind) + " that nobody else may see");
     }
 }

@@ -12,6 +12,7 @@
 #include "critics/text/prose.h"
 #include "text/letters.h"
 
+#include <functional>
 #include <string_view>
 #include <vector>
 
@@ -70,6 +71,9 @@ void checkLanguage(const ProseView& view, const LanguageTools& tools, FindingLis
 void checkConflictMarkers(const SourceText& source, GradedRule rule, FindingList& findings);
 
 /// Reports secrets and hides them from every finding that is added later.
-void checkSecrets(const SourceText& source, GradedRule rule, FindingList& findings);
+/// A value that its name alone tells weighs low, where the rule can, at the offsets that
+/// `isExample` accepts.
+void checkSecrets(const SourceText& source, GradedRule rule, FindingList& findings,
+                  const std::function<bool(std::size_t)>& isExample = {});
 
 } // namespace trevix

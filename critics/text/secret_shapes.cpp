@@ -80,6 +80,27 @@ void strike(std::string& text, std::string_view word) {
     }
 }
 
+/// The letters, in small ones.
+std::string lettersOf(std::string_view text) {
+    std::string letters;
+    for (const char c : text) {
+        if (text::isAsciiLetter(c)) letters += c;
+    }
+    return text::lowerAscii(letters);
+}
+
+/// Whether a value of letters says what the name before it says: "challengePassword".
+bool repeatsName(std::string_view before, std::string_view value) {
+    constexpr std::size_t kShortest = 6; // Letters, as in the kit: shorter ones may be a chance.
+    constexpr std::size_t kLongest = 60; // Bytes: what is looked at before it.
+    if (value.size() > kLongest) return false;
+    const bool words = std::all_of(value.begin(), value.end(), [](char c) {
+        return text::isAsciiLetter(c) || c == '_' || c == '-' || c == '.' || c == ' ';
+    });
+    const std::string letters = lettersOf(value);
+    return words && letters.size() >= kShortest && lettersOf(before).ends_with(letters);
+}
+
 class Shapes {
 public:
     explicit Shapes(const Json& data)
@@ -157,12 +178,15 @@ public:
         });
     }
 
-    /// Whether the name in front of the value at `begin` says that a page or a lock is marked.
-    bool isHarmless(std::string_view text, std::size_t begin, const Check& check) const {
+    /// Whether the name in front of the value at `begin` says that a page or a lock is marked, or
+    /// says the same as the value.
+    bool isHarmless(std::string_view text, std::size_t begin, std::size_t end,
+                    const Check& check) const {
         constexpr std::size_t kName = 60; // Bytes, as in the kit.
         const std::size_t first = begin - std::min(begin, kName);
-        return check.named &&
-               RE2::PartialMatch(piece(text.substr(first, begin - first)), m_harmless);
+        const std::string_view before = text.substr(first, begin - first);
+        if (repeatsName(before, text.substr(begin, end - begin))) return true;
+        return check.named && RE2::PartialMatch(piece(before), m_harmless);
     }
 
     std::vector<std::string> broken() const {
@@ -227,6 +251,7 @@ struct Span {
     std::size_t end = 0;
     std::size_t shown = 0;
     std::string_view kind;
+    bool byName = false;
 };
 
 /// Names are short; no more than this is shown before a value.
@@ -261,12 +286,12 @@ void collect(const Shapes& known, Shape& shape, std::string_view text, std::vect
         std::size_t end = begin + found[group].size();
         at = matched + std::max<std::size_t>(found[0].size(), 1);
         if (!known.accepts(text.substr(begin, end - begin), *shape.check)) continue;
-        if (known.isHarmless(text, begin, *shape.check)) continue;
+        if (known.isHarmless(text, begin, end, *shape.check)) continue;
         const std::size_t shown =
             group > 0 && shape.named ? nameBefore(text, matched, begin) : begin;
         while (begin > 0 && continuesCharacter(text[begin])) --begin;
         while (end < text.size() && continuesCharacter(text[end])) ++end;
-        spans.push_back({begin, end, std::min(shown, begin), shape.label});
+        spans.push_back({begin, end, std::min(shown, begin), shape.label, shape.named});
     }
 }
 
@@ -309,16 +334,17 @@ std::vector<Secret> findSecrets(std::string_view text) {
                 const std::size_t longer = std::max(end, span.end) - end;
                 last.valueLength += longer;
                 last.length += longer;
+                last.byName = last.byName && span.byName;
                 continue;
             }
             // A name must not reach into the secret before it.
             const std::size_t shown = std::max(span.shown, end);
-            secrets.push_back(
-                {shown, span.end - shown, span.begin, span.end - span.begin, span.kind});
+            secrets.push_back({shown, span.end - shown, span.begin, span.end - span.begin,
+                               span.kind, span.byName});
             continue;
         }
-        secrets.push_back(
-            {span.shown, span.end - span.shown, span.begin, span.end - span.begin, span.kind});
+        secrets.push_back({span.shown, span.end - span.shown, span.begin, span.end - span.begin,
+                           span.kind, span.byName});
     }
     return secrets;
 }

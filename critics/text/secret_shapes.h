@@ -22,6 +22,7 @@ struct Secret {
     std::size_t valueOffset = 0; ///< Where the secret itself begins.
     std::size_t valueLength = 0;
     std::string_view kind; ///< For people: "a private key". Lives as long as the program.
+    bool byName = false;   ///< Only the name in front of it tells, and no issuer's shape.
 };
 
 /// Every secret, in reading order, none overlapping another; offsets are bytes. Empty when there is

@@ -361,6 +361,18 @@ TEST(CodeCritic, WhatIsDroppedOrShutOffInSoManyWordsIsLow) {
               Severity::medium);
     EXPECT_EQ(severityOf("#if 0\nint x;\n#endif\n", "a.c", "code.dead_code"), Severity::low);
     EXPECT_EQ(severityOf("if 0:\n    f()\n", "a.py", "code.dead_code"), Severity::medium);
+    EXPECT_EQ(severityOf("def f():\n    raise E\n    return None\n", "a.py", "code.dead_code"),
+              Severity::low);
+    EXPECT_EQ(severityOf("def f():\n    raise E\n    return g()\n", "a.py", "code.dead_code"),
+              Severity::medium);
+    EXPECT_EQ(
+        severityOf("try:\n    f()\nexcept Exception:\n    pass\n", "a.py", "code.swallowed_error"),
+        Severity::low);
+    EXPECT_EQ(severityOf("try:\n    f()\nexcept:\n    pass\n", "a.py", "code.swallowed_error"),
+              Severity::medium);
+    EXPECT_EQ(severityOf("x = eval(text, self.names)\n", "a.py", "code.runs_text"), Severity::low);
+    EXPECT_EQ(severityOf("x = eval(text, globals())\n", "a.py", "code.runs_text"), Severity::high);
+    EXPECT_EQ(severityOf("run('make all', shell=True)\n", "a.py", "code.runs_text"), Severity::low);
     EXPECT_TRUE(critiqueCode(textPart("try:\n    f.close()\nexcept Exception:\n    pass\n", "a.py",
                                       "text/x-code"))
                     .findings.empty());
@@ -607,6 +619,48 @@ TEST(CodeCritic, CodeThatRunsText) {
          {"marks", "q = f\"SELECT * FROM a WHERE b IN ({placeholders})\"\n", {}, "a.py"},
          {"a sentence", "m = \"Select a file from \" + folder\n", {}, "a.py"}},
         critiqueCode);
+}
+
+TEST(CodeCritic, SecretsInDocumentationAreMostlyExamples) {
+    const auto severityOf = [](const std::string& text) {
+        return onlyFinding(critiqueCode(textPart(text, "a.py", "text/x-code")).findings,
+                           "code.secret")
+            .severity;
+    };
+    const std::string named = "access_token=Kq7fLw2Xr9Zt4Bn8Vc1Ms6";
+    EXPECT_EQ(severityOf("def f():\n    \"\"\"Sends a request.\n\n    " + named +
+                         "\n    \"\"\"\n    return 1\n"),
+              Severity::low);
+    EXPECT_EQ(severityOf("body = \"\"\"\n" + named + "\n\"\"\"\n"), Severity::critical);
+    // In two pieces, so that no scanner takes it for a leaked one.
+    const std::string issued = std::string("ghp_") + "k3Jd9fQ2xLm8Zp4Rt7Vw1Ys6Bn5Hc0Ga2De4";
+    EXPECT_EQ(severityOf("def f():\n    \"\"\"Sends " + issued + ".\"\"\"\n    return 1\n"),
+              Severity::critical);
+}
+
+TEST(CodeCritic, PasswordInACallIsShownInPart) {
+    const std::string text = "db.connect(host='a', password='mapleleaf')\n";
+    const auto findings = critiqueCode(textPart(text, "a.py", "text/x-code")).findings;
+    const Finding finding = onlyFinding(findings, "code.known_password");
+    EXPECT_EQ(finding.evidence, "'map…");
+    EXPECT_EQ(finding.detail.find("mapleleaf"), std::string::npos) << finding.detail;
+}
+
+TEST(CodeCritic, FlowsAreToldOnceAndSayWhereFromAndWhatNext) {
+    const std::string text = "import sqlite3\nfrom flask import request\ndef find(db):\n"
+                             "    name = request.args['name']\n"
+                             "    query = f\"SELECT * FROM a WHERE b = '{name}'\"\n"
+                             "    return db.execute(query)\n";
+    const auto findings = critiqueCode(textPart(text, "a.py", "text/x-code")).findings;
+    const Finding query = onlyFinding(findings, "code.query_from_text");
+    EXPECT_EQ(query.place, "line 6, column 12");
+    EXPECT_NE(query.detail.find("`request.args['name']`"), std::string::npos) << query.detail;
+    EXPECT_NE(query.detail.find("in line 4"), std::string::npos) << query.detail;
+    EXPECT_NE(query.detail.find("pass it as a parameter"), std::string::npos) << query.detail;
+
+    const std::string command = "from flask import request\nimport os\n"
+                                "def f():\n    os.system('ls ' + request.args['q'])\n";
+    onlyFinding(critiqueCode(textPart(command, "a.py", "text/x-code")).findings, "code.runs_text");
 }
 
 TEST(CodeCritic, Json) {

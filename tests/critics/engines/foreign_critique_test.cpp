@@ -437,6 +437,25 @@ TEST(ForeignGrade, OutputThatNothingReadsWeighsWhatALiteralDoesNot) {
     EXPECT_EQ(grade("x", 9), Severity::low);
 }
 
+TEST(ForeignGrade, WordsThatArePartedWeighLowWhereNothingIsHarmed) {
+    const auto grade = [](std::string_view text) {
+        const std::size_t offset = text.find('$');
+        return gradeOf("shellcheck", {"SC2086", "info", "", 1, 1, ""}, {true, text, offset});
+    };
+    EXPECT_EQ(grade("rm $target\n"), Severity::medium);
+    EXPECT_EQ(grade("cd ${folder}/in\n"), Severity::medium);
+    EXPECT_EQ(grade("[ -z $1 ]\n"), Severity::medium);
+    EXPECT_EQ(grade("echo done > $target\n"), Severity::medium);
+    EXPECT_EQ(grade("if true; then rm $target; fi\n"), Severity::medium);
+    EXPECT_EQ(grade("echo $target\n"), Severity::low);
+    EXPECT_EQ(grade("if true; then echo $target; fi\n"), Severity::low);
+    EXPECT_EQ(grade("find . $FIND_OPTIONS\n"), Severity::low);
+    EXPECT_EQ(grade("ls | ${PAGER-more}\n"), Severity::low);
+    EXPECT_EQ(grade("rm lock$i\ni=$((i + 1))\n"), Severity::low);
+    EXPECT_EQ(grade("for i in one two; do rm $i; done\n"), Severity::low);
+    EXPECT_EQ(grade("for i in *.txt; do rm $i; done\n"), Severity::medium);
+}
+
 TEST(ForeignGrade, EveryDepartureIsOfAKnownEngineOnceAndHasAReason) {
     std::set<std::pair<std::string_view, std::string_view>> seen;
     for (const ForeignGrade& grade : foreignGrades()) {

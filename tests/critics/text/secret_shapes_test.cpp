@@ -30,6 +30,12 @@ TEST(SecretShapes, NameIsShownAndTheValueTold) {
     EXPECT_EQ(found[0].kind, "a password");
 }
 
+TEST(SecretShapes, WhatSaysItsNameAgainIsNone) {
+    EXPECT_TRUE(findSecrets("RENEWAL_PASSPHRASE: \"renewalPassphrase\"").empty());
+    EXPECT_FALSE(findSecrets("RENEWAL_PASSPHRASE: \"renewalPassphrase7x\"").empty());
+    EXPECT_FALSE(findSecrets("RENEWAL_PASSPHRASE: \"correcthorsebattery\"").empty());
+}
+
 TEST(SecretShapes, IssuedOneIsShownAlone) {
     const std::string text = "use " + kToken + ".";
     const auto found = findSecrets(text);

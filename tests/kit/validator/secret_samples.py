@@ -366,6 +366,8 @@ secret = "****************"
 password = "changeme"
 password = "password"
 password = "example-password"
+RENEWAL_PASSPHRASE: "renewalPassphrase"
+db_admin_password = "db-admin-password"
 password: "secret"
 PASSWORD=changeme123
 api_key: insert-your-api-key-here
@@ -473,6 +475,9 @@ He passed the secretary a token of his esteem.""".splitlines()) + (
     # Documented examples of an issuer; in two pieces, as every scanner knows them.
     "key = AKIA" + "IOSFODNN7EXAMPLE",
     "aws_secret_access_key = wJalrXUtnFEMI/K7MDENG/" + "bPxRfiCYEXAMPLEKEY",
-    # Of RFC 6749.
+    # Of RFC 6749, RFC 5849 and the drafts before them.
     '"access_token": "2YotnFZFEjr1z' + 'CsicMWpAA"',
+    "Authorization: Basic czZCaGRSa3F0" + "MzpnWDFmQmF0M2JW",
+    "access_token=h480" + "djs93hd8",
+    'oauth_token="nnch734d' + '00sl2jdk"',
 )

@@ -31,6 +31,7 @@ SHAPES = os.path.join(os.path.dirname(os.path.abspath(__file__)), "secrets.json"
 DAMAGED = (OSError, ValueError, KeyError, TypeError, AttributeError, re.error)
 _FORMAT = 1
 _NAME = 60      # bytes before a value in which its name stands
+_SHORTEST = 6   # letters that say the same as the name; fewer may be a chance
 _CONTINUES = 0b11000000, 0b10000000  # a byte within a character of UTF-8: mask, value
 _loaded = None
 
@@ -59,10 +60,12 @@ class _Shapes:
         """Whether the named refusal speaks against this value."""
         return re.search(self._refusals[name].encode("ascii"), value) is not None
 
-    def is_harmless(self, data, start, check):
-        """Whether the name before this place says that a page or a lock is marked."""
-        return check.get("named", False) and \
-            re.search(self.harmless, data[max(0, start - _NAME):start]) is not None
+    def is_harmless(self, data, start, end, check):
+        """Whether the name before this place says that a page or a lock is marked, or says the same
+        as the value."""
+        before = data[max(0, start - _NAME):start]
+        return _repeats(before, data[start:end]) or check.get("named", False) and \
+            re.search(self.harmless, before) is not None
 
     def accepts(self, value, check):
         """Whether these bytes are a secret rather than a look-up, a placeholder or a word."""
@@ -143,7 +146,8 @@ def _spans(data: bytes):
         for match in _matches(shape, data, places):
             group = next((n for n in range(1, match.re.groups + 1) if match.start(n) >= 0), 0)
             if shapes.accepts(match.group(group), shape.check) and \
-                    not shapes.is_harmless(data, match.start(group), shape.check):
+                    not shapes.is_harmless(data, match.start(group), match.end(group),
+                                           shape.check):
                 yield match.start(group), match.end(group), shape.kind
 
 
@@ -198,6 +202,18 @@ def _in_characters(data: bytes, spans):
         at = end
         found.append(Secret(first, characters, kind))
     return found
+
+
+def _repeats(before: bytes, value: bytes):
+    """Whether a value of letters says what the name before it says: `challengePassword`."""
+    if len(value) > _NAME or not re.fullmatch(rb"[A-Za-z_. -]+", value):
+        return False
+    said = _said(value)
+    return len(said) >= _SHORTEST and _said(before).endswith(said)
+
+
+def _said(value: bytes):
+    return re.sub(rb"[^A-Za-z]", b"", value).lower()
 
 
 def _bits(value: bytes) -> float:
