@@ -43,10 +43,11 @@ std::vector<Flow> Analysis::run() {
     std::ranges::sort(m_flows, {}, [](const Flow& flow) {
         return std::tuple(flow.offset, flow.danger, flow.from);
     });
-    const auto [first, last] = std::ranges::unique(m_flows, [](const Flow& a, const Flow& b) {
-        return a.offset == b.offset && a.danger == b.danger;
-    });
-    m_flows.erase(first, last);
+    const auto twice =
+        std::unique(m_flows.begin(), m_flows.end(), [](const Flow& a, const Flow& b) {
+            return a.offset == b.offset && a.danger == b.danger;
+        });
+    m_flows.erase(twice, m_flows.end());
     return std::move(m_flows);
 }
 

@@ -49,7 +49,9 @@ Value Analysis::evaluated(Index node, std::size_t depth) {
     if (kind == "assignment") return assignment(node, depth);
     if (kind == "augmented_assignment") {
         const Index left = m_tree.child(node, "left");
-        Value value = put(expression(left, depth), expression(m_tree.child(node, "right"), depth));
+        // One after the other here and below: what is read leaves traces.
+        const Value before = expression(left, depth);
+        Value value = put(before, expression(m_tree.child(node, "right"), depth));
         assign(left, kNone, value, depth);
         return value;
     }
@@ -67,8 +69,8 @@ Value Analysis::evaluated(Index node, std::size_t depth) {
         return {};
     }
     if (kind == "boolean_operator") {
-        return joined(expression(m_tree.child(node, "left"), depth),
-                      expression(m_tree.child(node, "right"), depth));
+        const Value left = expression(m_tree.child(node, "left"), depth);
+        return joined(left, expression(m_tree.child(node, "right"), depth));
     }
     if (kind == "conditional_expression") return chosen(node, depth);
     if (kind == "comparison_operator") {
@@ -278,7 +280,8 @@ Value Analysis::chosen(Index node, std::size_t depth) {
         undoTo(start);
         return value;
     };
-    return joined(under(parts[0], checks.whenTrue), under(parts[2], checks.whenFalse));
+    const Value whenTrue = under(parts[0], checks.whenTrue);
+    return joined(whenTrue, under(parts[2], checks.whenFalse));
 }
 
 Value Analysis::comprehension(Index node, std::size_t depth) {

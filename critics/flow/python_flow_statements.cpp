@@ -50,9 +50,10 @@ Analysis::Way Analysis::wayFrom(std::size_t start) const {
     }
     const auto once = [](auto& list) {
         std::ranges::sort(list, {}, [](const auto& entry) { return entry.first; });
-        const auto [first, last] =
-            std::ranges::unique(list, {}, [](const auto& entry) { return entry.first; });
-        list.erase(first, last);
+        const auto twice = std::unique(list.begin(), list.end(), [](const auto& a, const auto& b) {
+            return a.first == b.first;
+        });
+        list.erase(twice, list.end());
     };
     once(way.values);
     once(way.checked);
