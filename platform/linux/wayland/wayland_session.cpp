@@ -54,7 +54,8 @@ public:
 
     DesktopOffer offer() override {
         auto offer = m_offer;
-        offer.swaySocket = m_tellsTree || (m_tellsTree = m_applications->tree().has_value());
+        if (!m_tellsTree) m_tellsTree = m_applications->tree().has_value();
+        offer.swaySocket = m_tellsTree;
         offer.kwinScreenshot = m_parts.selections && offer.plasmaWindows && m_screenshot->offered();
         return offer;
     }
