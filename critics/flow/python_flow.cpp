@@ -51,15 +51,8 @@ std::vector<Flow> Analysis::run() {
     return std::move(m_flows);
 }
 
-Index Analysis::namedChild(Index node) const {
-    for (Index at = m_tree.firstChild(node); at != kNone; at = m_tree.nextSibling(at)) {
-        if (m_tree[at].named && !m_tree.is(at, "comment")) return at;
-    }
-    return kNone;
-}
-
 Index Analysis::namedChildOr(Index node) const {
-    const Index child = namedChild(node);
+    const Index child = firstNamed(m_tree, node);
     return child == kNone ? node : child;
 }
 

@@ -58,8 +58,6 @@ private:
     // The tree and what there is in it: python_flow.cpp
 
     [[nodiscard]] std::string_view textOf(Index node) const { return m_tree.textOf(node, m_text); }
-    /// The first one that is no comment; kNone without any.
-    [[nodiscard]] Index namedChild(Index node) const;
     /// The first named child, or the node itself without any.
     [[nodiscard]] Index namedChildOr(Index node) const;
     void collectFunctions();

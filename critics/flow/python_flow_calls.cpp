@@ -269,7 +269,7 @@ void Analysis::returned(Index node, const Value& value) {
     Value what = value;
     // "return text, 404"
     if (m_tree.is(node, "expression_list") || m_tree.is(node, "tuple")) {
-        shown = namedChild(node);
+        shown = firstNamed(m_tree, node);
         what = shown == kNone ? Value() : expression(shown, 0);
     }
     if (m_tree.is(shown, "dictionary") || m_tree.is(shown, "list")) return;

@@ -17,7 +17,7 @@ Checks Analysis::checksOf(Index node, std::size_t depth) {
     Checks checks;
     if (depth > kMostFlowDepth || node == kNone) return checks;
     const std::string_view kind = m_tree[node].kind;
-    if (kind == "parenthesized_expression") return checksOf(namedChild(node), depth + 1);
+    if (kind == "parenthesized_expression") return checksOf(firstNamed(m_tree, node), depth + 1);
     if (kind == "not_operator") {
         checks = checksOf(m_tree.child(node, "argument"), depth + 1);
         std::swap(checks.whenTrue, checks.whenFalse);
@@ -90,7 +90,7 @@ Check Analysis::checkedByCall(Index node, std::size_t depth) {
     const std::string whole = m_names.full(function);
     const std::string_view name = lastName(whole);
     const Index arguments = m_tree.child(node, "arguments");
-    const Index first = arguments == kNone ? kNone : namedChild(arguments);
+    const Index first = arguments == kNone ? kNone : firstNamed(m_tree, arguments);
     Value receiver;
     if (m_tree.is(function, "attribute") && text::isOneOf(name, kTests)) {
         receiver = expression(m_tree.child(function, "object"), depth + 1);

@@ -94,14 +94,14 @@ Value Analysis::evaluated(Index node, std::size_t depth) {
     }
     if (kind == "list" || kind == "tuple") {
         Value value = allOf(node, depth);
-        const Index first = namedChild(node);
+        const Index first = firstNamed(m_tree, node);
         const bool program =
             first == kNone || (!isShell(first) && !expression(first, depth).isOfStranger());
         value.kind = program ? Value::Kind::words : Value::Kind::plain;
         return value;
     }
     if (kind == "parenthesized_expression" || kind == "await" || kind == "yield") {
-        const Index only = namedChild(node);
+        const Index only = firstNamed(m_tree, node);
         return only == kNone ? Value() : expression(only, depth);
     }
     if (kind == "list_comprehension" || kind == "set_comprehension" ||
@@ -291,7 +291,7 @@ Value Analysis::comprehension(Index node, std::size_t depth) {
             const Value value = expression(m_tree.child(at, "right"), depth);
             assign(m_tree.child(at, "left"), kNone, value, depth);
         } else if (m_tree.is(at, "if_clause")) {
-            const Index condition = namedChild(at);
+            const Index condition = firstNamed(m_tree, at);
             if (condition == kNone) continue;
             expression(condition, depth);
             check(checksOf(condition, depth).whenTrue);

@@ -137,7 +137,7 @@ bool Analysis::statement(Index node, std::size_t depth) {
     if (kind == "match_statement") return matched(node, depth);
     if (kind == "block" || kind == "module") return block(node, depth);
     if (kind == "return_statement") {
-        const Index value = namedChild(node);
+        const Index value = firstNamed(m_tree, node);
         if (value != kNone) returned(value, expression(value, depth));
         return true;
     }
@@ -154,14 +154,14 @@ bool Analysis::statement(Index node, std::size_t depth) {
         return true;
     }
     if (kind == "assert_statement") {
-        const Index condition = namedChild(node);
+        const Index condition = firstNamed(m_tree, node);
         expressions(node, depth);
         if (condition != kNone) check(checksOf(condition, depth).whenTrue);
         return false;
     }
     if (kind == "expression_statement") {
         expressions(node, depth);
-        return isEnd(namedChild(node));
+        return isEnd(firstNamed(m_tree, node));
     }
     expressions(node, depth);
     return false;

@@ -99,13 +99,6 @@ private:
         m_found.push_back({kind, m_tree[node].begin, m_tree[node].end - m_tree[node].begin});
     }
 
-    [[nodiscard]] Index firstNamed(Index node) const {
-        for (Index at = m_tree.firstChild(node); at != kNone; at = m_tree.nextSibling(at)) {
-            if (m_tree[at].named && !m_tree.is(at, "comment")) return at;
-        }
-        return kNone;
-    }
-
     /// The value of an argument by name; kNone without it.
     [[nodiscard]] Index option(Index arguments, std::string_view name) const {
         for (Index at = arguments == kNone ? kNone : m_tree.firstChild(arguments); at != kNone;

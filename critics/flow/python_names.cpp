@@ -95,4 +95,11 @@ bool PythonNames::imports(std::string_view module) const {
     return m_modules.contains(std::string(module));
 }
 
+SyntaxTree::Index firstNamed(const SyntaxTree& tree, SyntaxTree::Index node) {
+    for (auto at = tree.firstChild(node); at != SyntaxTree::kNone; at = tree.nextSibling(at)) {
+        if (tree[at].named && !tree.is(at, "comment")) return at;
+    }
+    return SyntaxTree::kNone;
+}
+
 } // namespace trevix

@@ -34,4 +34,7 @@ private:
     std::unordered_map<std::string, bool> m_modules; ///< Each with those around it.
 };
 
+/// The first named node right inside that is no comment; kNone without any.
+[[nodiscard]] SyntaxTree::Index firstNamed(const SyntaxTree& tree, SyntaxTree::Index node);
+
 } // namespace trevix
