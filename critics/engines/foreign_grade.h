@@ -39,6 +39,10 @@ struct ForeignSubject {
 [[nodiscard]] std::optional<Severity> gradeOf(std::string_view engine, const ForeignFault& fault,
                                               const ForeignSubject& subject);
 
+/// The severity by the program's own word alone: "error" is high, "warning" medium, "info" low, and
+/// anything else is not reported.
+[[nodiscard]] std::optional<Severity> gradeOfLevel(const ForeignFault& fault);
+
 /// Whether the fault says that the engine gave up reading, for want of what the part does not hold:
 /// then it has not looked.
 [[nodiscard]] bool gaveUp(std::string_view engine, const ForeignFault& fault);
