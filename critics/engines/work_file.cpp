@@ -67,7 +67,7 @@ bool someLineBegins(std::string_view text, const std::array<std::string_view, n>
 
 std::optional<WorkFile> shellFile(const Part& part) {
     if (languageOf(part.name, part.text) != Language::shell) return std::nullopt;
-    constexpr std::array<std::string_view, 4> kKnown = {"sh", "bash", "dash", "ksh"};
+    constexpr std::array<std::string_view, 5> kKnown = {"sh", "bash", "dash", "ksh", "bats"};
     std::string dialect = interpreterOf(part.text);
     if (dialect.empty()) {
         // Most files called .sh are written for bash, and what is right there is right in sh.
@@ -75,6 +75,8 @@ std::optional<WorkFile> shellFile(const Part& part) {
         dialect = extension == "zsh" || extension == "ksh" ? extension : "bash";
     }
     if (dialect == "ash") dialect = "dash";
+    // It has much of what bash adds to sh, and which of it is told by no program.
+    if (dialect == "busybox") dialect = "bash";
     if (!text::isOneOf(dialect, kKnown)) return std::nullopt;
     return fileOf(part, Language::shell, "work.sh", dialect);
 }

@@ -30,6 +30,8 @@ TEST(WorkFile, ShellIsReadInTheDialectOfItsFirstLineOrName) {
     EXPECT_EQ(dialectOf("a.sh", "#!/usr/bin/env -S FOO=1 dash -e\nls\n"), "dash");
     EXPECT_EQ(dialectOf("a.sh", "\xEF\xBB\xBF#!/bin/ksh\r\nls\r\n"), "ksh");
     EXPECT_EQ(dialectOf("a.sh", "#!/bin/ash\nls\n"), "dash");
+    EXPECT_EQ(dialectOf("a.sh", "#!/bin/busybox sh\nls\n"), "bash");
+    EXPECT_EQ(dialectOf("a.sh", "#!/usr/bin/env bats\nls\n"), "bats");
     EXPECT_EQ(dialectOf("a.sh", "#!/bin/zsh\nls\n"), "none");
     EXPECT_EQ(dialectOf("a.zsh", "ls\n"), "none");
     EXPECT_EQ(dialectOf("a.sh", "#!"), "bash");
