@@ -30,9 +30,6 @@ constexpr std::array kGrades = {
     // ShellCheck: what it calls information and is a fault of the script.
     ForeignGrade{"shellcheck", "SC2030", kMedium, "the change is lost with its subshell"},
     ForeignGrade{"shellcheck", "SC2031", kMedium, "the change was lost with its subshell"},
-    ForeignGrade{"shellcheck", "SC2035", kMedium, "a name that begins with a dash is an option"},
-    ForeignGrade{"shellcheck", "SC2059", kMedium, "a percent sign in the value changes the output"},
-    ForeignGrade{"shellcheck", "SC2094", kMedium, "the file is emptied before it is read"},
     ForeignGrade{"shellcheck", "SC2095", kMedium, "the loop ends after its first turn"},
     ForeignGrade{"shellcheck", "SC2021", kMedium, "the brackets are taken as characters"},
     ForeignGrade{"shellcheck", "SC2060", kMedium, kWords},

@@ -1,5 +1,6 @@
 #include "critics/engines/shellcheck_grade.h"
 
+#include "critics/engines/shell_values.h"
 #include "text/letters.h"
 #include "text/one_of.h"
 #include "text/unicode.h"
@@ -14,26 +15,36 @@ namespace text = kelvane::text;
 
 namespace {
 
-/// Whether "$name" or "${name" stands anywhere: in single quotes too, as what is in them may be run
-/// elsewhere.
-bool isRead(std::string_view text, std::string_view name) {
-    for (std::size_t at = text.find('$'); at != std::string_view::npos;
-         at = text.find('$', at + 1)) {
-        const std::size_t begin = text.substr(at, 2) == "${" ? at + 2 : at + 1;
-        const std::size_t end = begin + name.size();
-        if (text.substr(begin, name.size()) != name) continue;
-        if (end >= text.size() || !text::isAsciiWord(text[end])) return true;
-    }
-    return false;
+using Words = std::string_view;
+
+/// Commands that change or remove what a word names: a word too many is a loss.
+bool alters(std::string_view command) {
+    constexpr std::array<Words, 11> kAltering = {"rm",     "rmdir", "mv",     "chmod",
+                                                 "chown",  "chgrp", "shred",  "truncate",
+                                                 "unlink", "rsync", "setfacl"};
+    return text::isOneOf(command, kAltering);
+}
+
+/// Commands that go wrong by a word too many, or by none, without a loss.
+bool takesOneWord(std::string_view command) {
+    constexpr std::array<Words, 6> kTaking = {"cd", "cp", "ln", "tee", "[", "test"};
+    return text::isOneOf(command, kTaking);
+}
+
+std::string_view lineAround(const ForeignSubject& subject) {
+    const std::size_t offset = std::min(subject.offset, subject.text.size());
+    const std::size_t start =
+        offset == 0 ? 0 : subject.text.rfind('\n', offset - 1) + 1; // 0 for none.
+    return subject.text.substr(start, subject.text.find('\n', offset) - start);
 }
 
 /// "count=$(wc -l < list)" where nothing reads the count: a command is run for nothing but its
 /// output. Where its status is looked at as well, it may be run for that.
-bool losesOutput(std::string_view text, std::size_t offset) {
-    offset = std::min(offset, text.size());
-    const std::size_t start = offset == 0 ? 0 : text.rfind('\n', offset - 1) + 1; // 0 for none.
-    const std::string_view line = text.substr(start, text.find('\n', offset) - start);
-    std::string_view value = line.substr(offset - start);
+bool losesOutput(const ForeignSubject& subject) {
+    const std::size_t offset = std::min(subject.offset, subject.text.size());
+    const std::string_view line = lineAround(subject);
+    std::string_view value =
+        line.substr(offset - static_cast<std::size_t>(line.data() - subject.text.data()));
     const std::size_t equals = value.find('=');
     const std::string_view name = value.substr(0, value.find_first_of("=+["));
     if (equals == std::string_view::npos || name.empty() ||
@@ -44,82 +55,155 @@ bool losesOutput(std::string_view text, std::size_t offset) {
     const std::size_t open = value.find("$(");
     const bool runs = value.find('`') != std::string_view::npos ||
                       (open != std::string_view::npos && value.substr(open, 3) != "$((");
-    constexpr std::array<std::string_view, 5> kConditions = {"if", "elif", "while", "until", "!"};
+    constexpr std::array<Words, 5> kConditions = {"if", "elif", "while", "until", "!"};
     const std::string_view begin = text::trimmed(line);
     return runs && !text::isOneOf(begin.substr(0, begin.find(' ')), kConditions) &&
            line.find("||") == std::string_view::npos && line.find("&&") == std::string_view::npos &&
-           !isRead(text, name);
-}
-
-/// The name of "$name" and "${name}"; empty for anything else.
-std::string_view variableAt(std::string_view text) {
-    if (!text.starts_with('$')) return {};
-    text.remove_prefix(text.starts_with("${") ? 2 : 1);
-    const auto end = std::ranges::find_if_not(text, text::isAsciiWord);
-    return text.substr(0, static_cast<std::size_t>(end - text.begin()));
+           !isReadInShell(subject.text, name);
 }
 
 /// Whether a variable by its name holds words that are to be parted: "$find_options", "$PAGER".
 bool namesSeveralWords(std::string_view name) {
     const std::string lower = text::lowerAscii(name);
-    constexpr std::array<std::string_view, 8> kPrograms = {"pager", "editor", "cc",  "cxx",
-                                                           "make",  "libs",   "cmd", "command"};
+    constexpr std::array<Words, 8> kPrograms = {"pager", "editor", "cc",  "cxx",
+                                                "make",  "libs",   "cmd", "command"};
     if (text::isOneOf(lower, kPrograms)) return true;
-    return std::ranges::any_of(std::array<std::string_view, 14>{"args", "opts", "opt", "options",
-                                                                "flags", "list", "files", "dirs",
-                                                                "packages", "pkgs", "params",
-                                                                "modules", "includes", "words"},
+    return std::ranges::any_of(std::array<Words, 14>{"args", "opts", "opt", "options", "flags",
+                                                     "list", "files", "dirs", "packages", "pkgs",
+                                                     "params", "modules", "includes", "words"},
                                [&](std::string_view end) { return lower.ends_with(end); });
 }
 
-/// Whether a script gives the variable no value with a blank in it: it counts, or goes through
-/// words that stand behind "in".
-bool holdsOneWord(std::string_view text, std::string_view name) {
-    const std::string counted = std::string(name) + "=$((";
-    if (text.find(counted) != std::string_view::npos) return true;
-    const std::string loop = "for " + std::string(name) + " in ";
-    const std::size_t at = text.find(loop);
-    if (at == std::string_view::npos) return false;
-    // Names of files may have blanks.
-    const std::string_view words = text.substr(at, text.find_first_of("\n;", at) - at);
-    return words.find('*') == std::string_view::npos;
+/// Whether the value is held against a number in the same test, so that it is one or the test fails
+/// as it should.
+bool isComparedAsNumber(std::string_view rest) {
+    const std::string_view test = rest.substr(0, rest.find_first_of("]\n;&|"));
+    return std::ranges::any_of(
+        std::array<Words, 6>{" -eq ", " -ne ", " -lt ", " -le ", " -gt ", " -ge "},
+        [&](std::string_view comparison) {
+            return test.find(comparison) != std::string_view::npos;
+        });
 }
 
-/// The word that begins the command around the place: "echo".
-std::string_view commandAround(std::string_view text, std::size_t offset) {
-    const std::size_t line = offset == 0 ? 0 : text.rfind('\n', offset - 1) + 1; // 0 for none.
-    std::string_view before = text.substr(line, offset - line);
-    before = text::trimmed(before.substr(before.find_last_of(";|&({`") + 1));
-    for (const std::string_view word : {"then ", "do ", "else "}) {
-        if (before.starts_with(word)) before = text::trimmed(before.substr(word.size()));
-    }
-    return before.substr(0, before.find_first_of(" \t"));
-}
-
-/// Whether a value that the shell parts at blanks does no harm there: it has none, is to be parted,
-/// or only loses a blank in what is printed.
-bool splitsHarmlessly(const ForeignSubject& subject) {
-    constexpr std::array<std::string_view, 6> kPrinters = {"echo", "printf", "set",
-                                                           "eval", "exit",   "return"};
+/// A value that the shell parts at blanks, SC2086: medium where words that somebody else chose, or
+/// that nobody knows, reach a command that changes what they name, and where words from outside
+/// reach one that takes a single word. Elsewhere a command gets a word more and says so.
+Severity ofPartedWords(const ForeignSubject& subject) {
     const std::size_t offset = std::min(subject.offset, subject.text.size());
-    const std::string_view name = variableAt(subject.text.substr(offset));
-    if (name.empty() || text::isAsciiDigit(name.front())) return false;
-    if (namesSeveralWords(name) || holdsOneWord(subject.text, name)) return true;
+    const std::string_view rest = subject.text.substr(offset);
+    const std::string_view name = shellVariableAt(rest);
+    if (!name.empty() && namesSeveralWords(name)) return Severity::low;
+    const std::string_view command = shellCommandAround(subject.text, offset);
+    const std::string_view before = text::trimmed(subject.text.substr(0, offset));
     // Behind ">" it names a file.
-    const bool file = text::trimmed(subject.text.substr(0, offset)).ends_with('>');
-    return !file && text::isOneOf(commandAround(subject.text, offset), kPrinters);
+    const bool file = before.ends_with('>');
+    if (!alters(command) && !takesOneWord(command) && !file) return Severity::low;
+    const ShellOrigin origin =
+        name.empty() ? ShellOrigin::unknown : shellOrigin(subject.text, name);
+    if (origin == ShellOrigin::own) return Severity::low;
+    if (origin == ShellOrigin::unknown) return alters(command) ? Severity::medium : Severity::low;
+    // A test of nothing, or of two words, is a fault of the test alone; "x$1" is a word whatever it
+    // holds.
+    const bool glued = offset > 0 && text::isAsciiWord(subject.text[offset - 1]);
+    const bool test = command == "[" || command == "test";
+    const bool argument = !name.empty() && text::isAsciiDigit(name.front());
+    return test && (!argument || glued || isComparedAsNumber(rest)) ? Severity::low
+                                                                    : Severity::medium;
+}
+
+/// "rm *", SC2035: a file whose name begins with a dash is taken for an option. "*.log" is what the
+/// script made itself.
+Severity ofLeadingStar(const ForeignSubject& subject) {
+    const std::size_t offset = std::min(subject.offset, subject.text.size());
+    const std::string_view rest = subject.text.substr(offset);
+    const bool anyName =
+        rest.starts_with('*') &&
+        (rest.size() == 1 || std::string_view(" \t\n;)|&").find(rest[1]) != std::string_view::npos);
+    const std::string_view command = shellCommandAround(subject.text, offset);
+    return anyName && (alters(command) || command == "tar") ? Severity::medium : Severity::low;
+}
+
+/// printf "$text", SC2059: a percent sign in the value changes what is printed. Not for a value of
+/// the script's own words, nor where a format is passed on together with what it is for.
+Severity ofFormat(const ForeignFault& fault, const ForeignSubject& subject) {
+    const std::string_view rest =
+        subject.text.substr(std::min(subject.offset, subject.text.size()));
+    const std::size_t end = fault.endColumn > fault.column ? fault.endColumn - fault.column
+                                                           : rest.find_first_of(" \t\n;|&)");
+    const std::string_view format = rest.substr(0, end);
+    if (rest.substr(format.size()).starts_with(" \"$@\"")) return Severity::low;
+    for (std::size_t at = format.find('$'); at != std::string_view::npos;
+         at = format.find('$', at + 1)) {
+        const std::string_view name = shellVariableAt(format.substr(at));
+        const ShellOrigin origin = format.substr(at).starts_with("$(")
+                                       ? ShellOrigin::outside
+                                       : shellOrigin(subject.text, name);
+        // In a part of a script the rest may set it.
+        const bool anything = subject.whole && !name.empty() && origin == ShellOrigin::unknown;
+        if (origin == ShellOrigin::outside || anything) return Severity::medium;
+    }
+    return Severity::low;
+}
+
+/// "sort list > list", SC2094: the file is emptied before it is read, where the command reads it
+/// and does not merely have its name among its words.
+Severity ofReadAndWritten(const ForeignSubject& subject) {
+    constexpr std::array<Words, 20> kReading = {
+        "cat", "sort", "sed", "grep", "egrep", "fgrep", "awk", "head",  "tail", "cut",
+        "tr",  "uniq", "wc",  "fold", "nl",    "rev",   "tac", "paste", "join", "while"};
+    const std::size_t offset = std::min(subject.offset, subject.text.size());
+    return text::isOneOf(shellCommandAround(subject.text, offset), kReading) ? Severity::medium
+                                                                             : Severity::low;
+}
+
+/// "total_size=3; echo $totalsize", SC2153: the name that is meant is set and read nowhere.
+Severity ofMisspelling(const ForeignFault& fault, const ForeignSubject& subject) {
+    if (!subject.whole) return Severity::low;
+    constexpr std::string_view kMeant = "Did you mean ";
+    const std::size_t at = fault.message.find(kMeant);
+    if (at == std::string::npos) return Severity::low;
+    const std::string_view meant = std::string_view(fault.message).substr(at + kMeant.size());
+    const std::string_view name = meant.substr(
+        0,
+        meant.find_first_not_of("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789_"));
+    return name.empty() || isReadInShell(subject.text, name) ? Severity::low : Severity::medium;
+}
+
+/// echo '$file', SC2016: the name is printed, and not the value that the script gives it. Not where
+/// the line is written to a file, which may be a script.
+Severity ofSingleQuotes(const ForeignSubject& subject) {
+    const std::size_t offset = std::min(subject.offset, subject.text.size());
+    const std::string_view command = shellCommandAround(subject.text, offset);
+    if ((command != "echo" && command != "printf") ||
+        lineAround(subject).find('>') != Words::npos) {
+        return Severity::low;
+    }
+    std::string_view quoted = subject.text.substr(offset);
+    if (quoted.starts_with('\'')) quoted.remove_prefix(1);
+    quoted = quoted.substr(0, quoted.find('\''));
+    for (std::size_t at = quoted.find('$'); at != Words::npos; at = quoted.find('$', at + 1)) {
+        const std::string_view name = shellVariableAt(quoted.substr(at));
+        const bool set = !name.empty() && !text::isAsciiDigit(name.front()) &&
+                         shellOrigin(subject.text, name) != ShellOrigin::unknown;
+        if (set) return Severity::medium;
+    }
+    return Severity::low;
 }
 
 } // namespace
 
 std::optional<Severity> shellcheckGrade(const ForeignFault& fault, const ForeignSubject& subject) {
-    if (fault.code == "SC2086") return splitsHarmlessly(subject) ? Severity::low : Severity::medium;
+    if (fault.code == "SC2016") return ofSingleQuotes(subject);
+    if (fault.code == "SC2035") return ofLeadingStar(subject);
+    if (fault.code == "SC2059") return ofFormat(fault, subject);
+    if (fault.code == "SC2086") return ofPartedWords(subject);
+    if (fault.code == "SC2094") return ofReadAndWritten(subject);
+    if (fault.code == "SC2153") return ofMisspelling(fault, subject);
     // In a part of a script the rest may set it.
     if (fault.code == "SC2154" && !subject.whole) return Severity::low;
     if (fault.code == "SC2034") {
         // Settings and completions set what others read, but seldom the output of a command.
-        return subject.whole && losesOutput(subject.text, subject.offset) ? Severity::medium
-                                                                          : Severity::low;
+        return subject.whole && losesOutput(subject) ? Severity::medium : Severity::low;
     }
     return gradeOfLevel(fault);
 }
