@@ -40,7 +40,8 @@ struct Flow {
     std::size_t built = 0; ///< Where it was put together with others, if it was.
     std::size_t builtLength = 0;
     std::size_t from = 0; ///< Where it comes in.
-    std::string what;     ///< A name for it, of at most 40 bytes: "request.args".
+    /// A name for it, of at most 40 bytes: "request.args". Empty for what is longer.
+    std::string what;
     /// What stands before it keeps it from deciding all: a host is fixed, a log line begun.
     bool partly = false;
 
