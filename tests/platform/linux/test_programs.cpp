@@ -83,6 +83,8 @@ std::filesystem::path makeTestHome() {
     const std::filesystem::path home(path.data());
     std::filesystem::create_directories(home / "runtime");
     std::filesystem::permissions(home / "runtime", std::filesystem::perms::owner_all);
+    // For what programs leave behind that are ended without being asked.
+    std::filesystem::create_directory(home / "tmp");
     // Of the folders of a bus's services only this one wins over those of the system.
     const auto services = home / "runtime/dbus-1/services";
     std::filesystem::create_directories(services);

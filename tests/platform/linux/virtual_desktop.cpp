@@ -29,6 +29,7 @@ VirtualDesktop::VirtualDesktop(DesktopOptions options)
     m_environment = {
         {"PATH", search != nullptr ? search : "/usr/local/bin:/usr/bin:/bin"},
         {"HOME", m_home.string()},
+        {"TMPDIR", (m_home / "tmp").string()},
         {"XDG_RUNTIME_DIR", runtime.string()},
         {"XDG_SESSION_TYPE", "x11"},
         {"LANG", "C.UTF-8"},

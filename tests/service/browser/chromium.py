@@ -56,7 +56,8 @@ class Chromium:
              "--window-size=%d,%d" % (width, height), "--user-data-dir=" + self._profile,
              "about:blank"],
             stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
-            preexec_fn=hand_over, close_fds=False)
+            # A browser that is killed leaves a folder of its own behind there.
+            env={**os.environ, "TMPDIR": self._profile}, preexec_fn=hand_over, close_fds=False)
         os.close(to_read)
         os.close(to_write)
         self._buffer = b""

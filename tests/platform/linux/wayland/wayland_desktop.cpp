@@ -81,6 +81,7 @@ WaylandDesktop::WaylandDesktop(WaylandOptions options)
     m_environment = {
         {"PATH", search != nullptr ? search : "/usr/local/bin:/usr/bin:/bin"},
         {"HOME", m_home.string()},
+        {"TMPDIR", (m_home / "tmp").string()},
         {"XDG_RUNTIME_DIR", (m_home / "runtime").string()},
         {"XDG_SESSION_TYPE", "wayland"},
         {"LANG", "C.UTF-8"},
