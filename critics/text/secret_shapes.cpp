@@ -89,11 +89,13 @@ std::string lettersOf(std::string_view text) {
     return text::lowerAscii(letters);
 }
 
-/// Whether a value of letters says what the name before it says: "challengePassword".
+/// Whether a value of letters in quotes says what the name before it says: "challengePassword". Of
+/// settings without quotes it is the password.
 bool repeatsName(std::string_view before, std::string_view value) {
     constexpr std::size_t kShortest = 6; // Letters, as in the kit: shorter ones may be a chance.
     constexpr std::size_t kLongest = 60; // Bytes: what is looked at before it.
-    if (value.size() > kLongest) return false;
+    if (value.size() > kLongest || before.empty()) return false;
+    if (before.back() != '"' && before.back() != '\'') return false;
     const bool words = std::all_of(value.begin(), value.end(), [](char c) {
         return text::isAsciiLetter(c) || c == '_' || c == '-' || c == '.' || c == ' ';
     });

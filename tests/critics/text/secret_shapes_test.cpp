@@ -33,6 +33,7 @@ TEST(SecretShapes, NameIsShownAndTheValueTold) {
 TEST(SecretShapes, WhatSaysItsNameAgainIsNone) {
     EXPECT_TRUE(findSecrets("RENEWAL_PASSPHRASE: \"renewalPassphrase\"").empty());
     EXPECT_FALSE(findSecrets("RENEWAL_PASSPHRASE: \"renewalPassphrase7x\"").empty());
+    EXPECT_FALSE(findSecrets("RENEWAL_PASSPHRASE=renewal_passphrase").empty());
     EXPECT_FALSE(findSecrets("RENEWAL_PASSPHRASE: \"correcthorsebattery\"").empty());
 }
 

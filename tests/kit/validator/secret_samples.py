@@ -228,6 +228,8 @@ def _placed(d):
     yield "yaml key", "api_key: ", key(), "  # production\n"
     yield "ini", "[db]\nPassword = ", word(), "\n"
     yield "properties", "spring.datasource.password=", word(), "\n"
+    # In quotes it would be the name of one.
+    yield "says its name", "BERTH_PASSPHRASE=", "berth_passphrase", "\n"
     yield "go without quotes", "mapleToken := ", d.hex(40), "\n"
     yield "properties key", "app.jwt.secret=", key(), "\n"
     yield "env", "DB_PASSWORD=", word(), "\n"

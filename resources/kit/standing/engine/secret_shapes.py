@@ -205,8 +205,9 @@ def _in_characters(data: bytes, spans):
 
 
 def _repeats(before: bytes, value: bytes):
-    """Whether a value of letters says what the name before it says: `challengePassword`."""
-    if len(value) > _NAME or not re.fullmatch(rb"[A-Za-z_. -]+", value):
+    """Whether a value of letters in quotes says what the name before it says: `challengePassword`. Of
+    settings without quotes it is the password."""
+    if len(value) > _NAME or not before.endswith((b'"', b"'")) or not re.fullmatch(rb"[A-Za-z_. -]+", value):
         return False
     said = _said(value)
     return len(said) >= _SHORTEST and _said(before).endswith(said)
