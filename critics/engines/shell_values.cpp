@@ -54,7 +54,7 @@ bool isPositional(std::string_view name) {
 /// Whether what the command prints is one word whatever the machine: numbers, dates, and a name
 /// that the command itself makes up.
 bool printsOneWord(std::string_view command) {
-    constexpr std::array<std::string_view, 14> kOneWord = {"mktemp",
+    constexpr std::array<std::string_view, 13> kOneWord = {"mktemp",
                                                            "date",
                                                            "uname",
                                                            "id",
@@ -66,8 +66,7 @@ bool printsOneWord(std::string_view command) {
                                                            "arch",
                                                            "tty",
                                                            "getconf",
-                                                           "dpkg-architecture",
-                                                           "printf"};
+                                                           "dpkg-architecture"};
     command = text::trimmed(command);
     return text::isOneOf(command.substr(0, command.find_first_of(" \t)`")), kOneWord);
 }

@@ -32,6 +32,7 @@ TEST(ShellValues, TellWordsOfTheScriptFromThoseOfOthers) {
     EXPECT_EQ(origin("x=a/$*\n"), ShellOrigin::outside);
     EXPECT_EQ(origin("file=$1\nx=$file.old\n"), ShellOrigin::outside);
     EXPECT_EQ(origin("x=$(ls)\n"), ShellOrigin::outside);
+    EXPECT_EQ(origin("x=$(printf %s \"$1\")\n"), ShellOrigin::outside);
     EXPECT_EQ(origin("x=`date`-`hostname -f`\n"), ShellOrigin::outside);
     EXPECT_EQ(origin("while IFS= read -r y x; do rm $x; done\n"), ShellOrigin::outside);
     EXPECT_EQ(origin("for x in *.txt; do rm $x; done\n"), ShellOrigin::outside);
