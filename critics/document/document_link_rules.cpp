@@ -157,6 +157,30 @@ struct Anchors {
     }
 };
 
+/// What a heading says of its own anchor, and where in its text that begins.
+struct OwnAnchor {
+    std::size_t begin = static_cast<std::size_t>(-1);
+    std::string_view id; ///< Empty when other things are said alone.
+};
+
+/// "Part {#part .wide}", "Part {: #part }", "Part # {: .wide #part}".
+OwnAnchor ownAnchorOf(std::string_view title) {
+    title = text::trimmed(title);
+    const std::size_t open = title.rfind('{');
+    if (open == std::string_view::npos || title.back() != '}') return {};
+    std::string_view inner = title.substr(open + 1, title.size() - open - 2);
+    if (inner.starts_with(':')) inner.remove_prefix(1);
+    inner = text::trimmed(inner);
+    if (inner.empty() || (inner.front() != '#' && inner.front() != '.')) return {};
+    // A closing row of marks stands before it.
+    OwnAnchor own{text::trimmed(title.substr(0, open)).find_last_not_of('#') + 1, {}};
+    const std::size_t mark = inner.starts_with('#') ? 0 : inner.find(" #");
+    if (mark == std::string_view::npos) return own;
+    const std::string_view id = inner.substr(inner.find('#', mark) + 1);
+    own.id = id.substr(0, id.find_first_of(" \t"));
+    return own;
+}
+
 Anchors anchorsOf(const DocumentView& document) {
     Anchors anchors;
     std::map<std::string, std::size_t> uses;
@@ -177,10 +201,9 @@ Anchors anchorsOf(const DocumentView& document) {
         // As it is shown: the anchor of a heading that is a link has nothing of its target.
         std::string_view title = heading.shown;
         // Some renderers let a heading name its own anchor.
-        const std::size_t own = title.rfind("{#");
-        if (own != std::string_view::npos && title.back() == '}') {
-            addOwn(title.substr(own + 2, title.size() - own - 3));
-            title = title.substr(0, own);
+        if (const OwnAnchor own = ownAnchorOf(title); own.begin < title.size()) {
+            if (!own.id.empty()) addOwn(own.id);
+            title = title.substr(0, own.begin);
         }
         add(title);
         // Others make words of pictures too.
@@ -325,6 +348,18 @@ bool refersOutside(std::string_view text, std::size_t end, std::string_view befo
     return lower == "rfc" || lower == "iso" || lower == "act" || lower == "supplementary";
 }
 
+/// "shop.Shelf.add", "opt-shop.enable": the name of a thing in code, whose anchor a tool makes;
+/// none that is made of a heading has a dot.
+bool namesCode(std::string_view fragment) {
+    for (std::size_t i = 1; i + 1 < fragment.size(); ++i) {
+        if (fragment[i] == '.' && text::isAsciiLetter(fragment[i - 1]) &&
+            text::isAsciiLetter(fragment[i + 1])) {
+            return true;
+        }
+    }
+    return false;
+}
+
 void checkTarget(const DocumentView& document, const Link& link, const Anchors& anchors,
                  FindingList& findings) {
     if (isGapTarget(link.target)) {
@@ -338,7 +373,7 @@ void checkTarget(const DocumentView& document, const Link& link, const Anchors& 
         const bool known =
             anchors.has(fragment) || fragment == "_top" || text::lowerAscii(fragment) == "top";
         // Without any heading the anchors come from elsewhere.
-        if (known || document.outline.headings.empty()) return;
+        if (known || document.outline.headings.empty() || namesCode(fragment)) return;
         findings.add(kBrokenAnchor, link.offset, link.length,
                      "leads to a heading that the document does not have");
         return;
@@ -389,13 +424,28 @@ bool isPattern(const DocumentView& document, const Reference& mark) {
            before.find_first_not_of(" \t") == std::string_view::npos;
 }
 
-/// Whether the brackets are none of a link: "row[i][j]", "[a-z][a-z0-9]", "[tab][tab]", or the name
-/// of a thing in code where nothing at all is defined, whose address a tool puts in.
+/// A label as CommonMark compares it: without regard to case, blanks and line breaks as one blank.
+std::string labelKey(std::string_view label) {
+    std::string key;
+    for (const char c : text::trimmed(label)) {
+        const bool blank = c == ' ' || c == '\t' || c == '\n' || c == '\r';
+        if (blank && key.ends_with(' ')) continue;
+        key += blank ? ' ' : text::lowerAscii(c);
+    }
+    return key;
+}
+
+/// Whether the brackets are none of a link: "row[i][j]", "[+][size][.]", "[a-z][a-z0-9]",
+/// "[tab][tab]", or the name of a thing in code where nothing at all is defined, whose address a
+/// tool puts in.
 bool isOfCode(const DocumentView& document, const Reference& reference) {
     const std::string_view text = document.source.text();
     const auto isPartBefore = [](char c) { return text::isAsciiWord(c) || c == ']' || c == ')'; };
     if (reference.offset > 0 && isPartBefore(text[reference.offset - 1])) return true;
     const std::string_view own = text.substr(reference.offset, reference.length);
+    // A third pair of brackets: a link has two.
+    const std::size_t end = reference.offset + reference.length;
+    if (text.substr(end).starts_with('[')) return true;
     // "[tab][tab]": a key pressed twice; who links names the address once.
     const std::size_t half = own.size() / 2;
     if (own.size() % 2 == 0 && own.substr(0, half) == own.substr(half)) return true;
@@ -428,18 +478,18 @@ void checkLinks(const DocumentView& document, FindingList& findings) {
     }
     std::set<std::string, std::less<>> defined;
     for (const Reference& definition : document.outline.definitions) {
-        defined.insert(text::lowerAscii(definition.id));
+        defined.insert(labelKey(definition.id));
     }
     std::set<std::string, std::less<>> used;
     for (const Reference& reference : document.outline.references) {
-        used.insert(text::lowerAscii(reference.id));
+        used.insert(labelKey(reference.id));
     }
     for (std::size_t i = 0; i < document.outline.definedLinks.size(); ++i) {
         const Link& link = document.outline.definedLinks[i];
         // "[//]: # (…)" is how some write comments. Of definitions only those are judged that are
         // used, and those that lead within the document.
         const bool points = link.target.size() > 1 && link.target[0] == '#';
-        const std::string id = text::lowerAscii(document.outline.definitions[i].id);
+        const std::string id = labelKey(document.outline.definitions[i].id);
         if (points || used.count(id) > 0) checkTarget(document, link, anchors, findings);
     }
     for (const Reference& picture : document.outline.silentPictures) {
@@ -447,7 +497,7 @@ void checkLinks(const DocumentView& document, FindingList& findings) {
                      "is a picture without words for those who cannot see it");
     }
     for (const Reference& reference : document.outline.references) {
-        if (defined.count(text::lowerAscii(reference.id)) > 0 || isOfCode(document, reference)) {
+        if (defined.count(labelKey(reference.id)) > 0 || isOfCode(document, reference)) {
             continue;
         }
         findings.add(kMissingDefinition, reference.offset, reference.length,

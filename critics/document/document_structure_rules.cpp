@@ -216,14 +216,27 @@ void checkDuplicateHeadings(const DocumentView& document, FindingList& findings)
     }
 }
 
+/// Whether whoever fills in a form is asked for something: "Which room?", "Witnesses:".
+bool asks(const Heading& heading) {
+    const std::string_view title = text::trimmed(heading.shown);
+    return title.ends_with('?') || title.ends_with(':');
+}
+
 void checkEmptySections(const DocumentView& document, const std::vector<bool>& content,
                         FindingList& findings) {
     const auto& headings = document.outline.headings;
     // Headings alone are the plan of a document, or a title that somebody selected.
     if (std::find(content.begin(), content.end(), true) == content.end()) return;
+    constexpr std::size_t kFewestOfForm =
+        2; // Fields without anything; one is a question left open.
+    std::size_t fields = 0;
+    for (std::size_t i = 0; i < headings.size(); ++i) {
+        fields += !content[i] && asks(headings[i]) ? 1U : 0U;
+    }
     for (std::size_t i = 0; i < headings.size(); ++i) {
         const bool last = i + 1 == headings.size();
         if (content[i] || (!last && headings[i + 1].level > headings[i].level)) continue;
+        if (fields >= kFewestOfForm && asks(headings[i])) continue;
         // Several names of one thing share what stands below the last of them; names in code may
         // have lines between them.
         const bool shares =
@@ -244,8 +257,14 @@ void checkEmptySections(const DocumentView& document, const std::vector<bool>& c
 }
 
 void checkHeadingTexts(const DocumentView& document, FindingList& findings) {
-    for (const Heading& heading : document.outline.headings) {
-        if (heading.begin < heading.end || standsAmongComments(document, heading) ||
+    const auto& headings = document.outline.headings;
+    const bool comments = std::any_of(headings.begin(), headings.end(), [&](const Heading& each) {
+        return each.begin >= each.end && standsAmongComments(document, each);
+    });
+    for (const Heading& heading : headings) {
+        // Who leaves one line of a comment empty may leave another one so.
+        const bool comment = comments && text::trimmed(document.source.line(heading.line)) == "#";
+        if (heading.begin < heading.end || comment || standsAmongComments(document, heading) ||
             isUnderline(document, heading)) {
             continue;
         }

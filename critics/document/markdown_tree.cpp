@@ -89,6 +89,17 @@ bool isUnderline(std::string_view above, std::string_view line, std::string_view
     return alike && (sentence || below == "::");
 }
 
+/// "~~~ cut here ~~~": words between two rows of tildes, which say where something begins or ends.
+bool isCutLine(std::string_view line) {
+    constexpr std::string_view kTildes = "~~~";
+    const std::size_t begin = line.find_first_not_of(" \t");
+    const std::size_t end = line.find_last_not_of(" \t\r");
+    if (begin == std::string_view::npos) return false;
+    line = line.substr(begin, end + 1 - begin);
+    return line.starts_with(kTildes) && line.ends_with(kTildes) &&
+           line.find_first_not_of('~') != std::string_view::npos;
+}
+
 bool isMark(char c) {
     constexpr std::string_view kMarks = "[]*_~`<>&!|\\(\"'";
     return kMarks.find(c) != std::string_view::npos;
@@ -103,6 +114,8 @@ std::string readable(const SourceText& source, std::size_t firstLine, std::size_
     };
     // It replaces what no text has and skips the byte order mark, which moves columns.
     std::replace(copy.begin(), copy.end(), '\0', ' ');
+    // The end of a page is the end of a paragraph at most.
+    std::replace(copy.begin(), copy.end(), '\f', ' ');
     if (copy.starts_with("\xEF\xBB\xBF")) blank(0, 3);
     Fences fences;
     std::size_t marks = 0;
@@ -111,6 +124,11 @@ std::string readable(const SourceText& source, std::size_t firstLine, std::size_
         const std::size_t end = source.lineEnd(line);
         if (line < firstLine) {
             blank(begin, end - begin);
+            continue;
+        }
+        if (!fences.open() && isCutLine(source.line(line))) {
+            blank(begin, end - begin);
+            marks = 0;
             continue;
         }
         if (line > firstLine && !fences.open() &&

@@ -49,6 +49,10 @@ enum WordClass : std::uint32_t {
 /// another sign.
 [[nodiscard]] const std::vector<std::string_view>& everydayWords(char first);
 
+/// Whether the verb keeps its "to" where what it goes with stands before it: "which book did you
+/// refer to to write it". In lower case.
+[[nodiscard]] bool keepsTo(std::string_view verb);
+
 /// A set of words written as one text, parted by blanks. `words` must live as long.
 class WordSet {
 public:

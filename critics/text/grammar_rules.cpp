@@ -54,7 +54,8 @@ void checkSmallStart(const EnglishSentence& sentence, bool goesOn, GrammarReport
 
 /// "Likewise, The theory": a little word with a capital behind a comma, where nothing is quoted and
 /// no name goes on.
-void checkInnerCapitals(const EnglishSentence& sentence, GrammarReport& report) {
+void checkInnerCapitals(const ProseView& view, const EnglishSentence& sentence,
+                        GrammarReport& report) {
     for (std::size_t i = 1; i + 1 < sentence.size(); ++i) {
         if (sentence.gap(i) != ',' || !sentence.capital(i) || sentence.allUpper(i)) continue;
         if (!sentence.is(i, {"the", "this",  "that",  "these", "those", "when",  "if",    "because",
@@ -63,6 +64,8 @@ void checkInnerCapitals(const EnglishSentence& sentence, GrammarReport& report) 
             continue;
         }
         if (!sentence.glued(i + 1) || sentence.capital(i + 1)) continue;
+        // A quotation begins with a capital.
+        if (view.masked()[sentence.offset(i) - 1] != ' ') continue;
         // Speech without its marks begins like that; so do the entries of a list.
         if (sentence.before(i, {"said", "says", "say", "saying", "asked", "thought", "wrote",
                                 "replied", "told", "answered", "think", "thinking", "reads"}))
@@ -106,7 +109,7 @@ std::set<std::size_t> checkGrammar(const ProseView& view, const ProseLanguages& 
                 !technical && (sentence.block == 0 || endsSentence(view, sentence.block - 1))) {
                 checkSmallStart(own, beginsWithDots(view, sentence.begin), report);
             }
-            if (whole && !technical) checkInnerCapitals(own, report);
+            if (whole && !technical) checkInnerCapitals(view, own, report);
             checkConfusedWords(own, report);
             checkUsage(own, report);
             checkVerbForms(own, report);

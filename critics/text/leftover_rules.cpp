@@ -127,15 +127,25 @@ bool speaksOfTasks(const ProseView& view, const text::Word& word) {
 
 /// "TODO: read the second table", "XXX this is slow", "from XXX import YYY": in a manual a note of
 /// what is left to do, as `code.todo` has it, or what stands for any name.
-bool isNoteOfManual(const ProseView& view, const text::Word& word) {
+bool isNoteOfManual(const ProseView& view, const text::Word& word, bool inTable) {
     if (!view.isTechnical()) return false;
     const std::string_view own = view.masked().substr(word.offset, word.length);
     if (own.starts_with("XX")) return true;
+    // In a table of days "TBD" says that one is not fixed.
+    if (own == "TBD") return inTable;
     if (own != "TODO" && own != "FIXME") return false;
     const std::size_t number = view.source.lineAt(word.offset);
     const std::string_view line = view.source.line(number);
     const std::size_t begin = word.offset - view.source.lineStart(number);
     constexpr std::size_t kLongestLead = 20; // Bytes of marks; also bounds how far is looked.
+    // "… is slow. TODO: measure it", "their remark: FIXME: it leaks": behind the end of a sentence.
+    constexpr std::string_view kEnds = ".:;!?)";
+    const std::string_view whole = view.masked();
+    if (word.offset > 1 && whole[word.offset - 1] == ' ' &&
+        kEnds.find(whole[word.offset - 2]) != std::string_view::npos &&
+        whole.substr(word.end()).starts_with(": ")) {
+        return true;
+    }
     if (begin > kLongestLead ||
         line.substr(0, begin).find_first_not_of(" \t#*-+/.[(") != std::string_view::npos) {
         return false;
@@ -153,6 +163,7 @@ bool wordMarksGap(const ProseView& view, std::size_t index) {
     const char before = word.offset > 0 ? text[word.offset - 1] : ' ';
     const char after = word.end() < text.size() ? text[word.end()] : ' ';
     const bool quoted = (before == '"' && after == '"') || (before == '\'' && after == '\'') ||
+                        (before == '"' && text.substr(word.end(), 2) == ":\"") ||
                         text.substr(word.end(), 3) == "”";
     // "$XXX", "SOL_XXX", "fooXXX-1", "\\XXX": what stands for any letters in a name.
     constexpr std::string_view kOfNames = "_#/$\\%.=-";
@@ -318,7 +329,8 @@ bool opensFold(std::string_view text, std::size_t marks) {
 }
 
 /// Whether the replacement character at `at` is spoken of: alone between quotation marks, brackets
-/// or marks of code, or beside its number. Between blanks a dash was lost.
+/// or marks of code, beside its number, or as one of two ("\uFFFD or ?"). Between other words a
+/// dash was lost.
 bool isSpokenOf(std::string_view text, std::size_t at) {
     constexpr std::size_t kLength = 3;  // Bytes of U+FFFD.
     constexpr std::size_t kBeside = 40; // Bytes: some words between it and its number.
@@ -330,6 +342,7 @@ bool isSpokenOf(std::string_view text, std::size_t at) {
         return true;
     }
     if (at == 0 || at + kLength >= text.size()) return false;
+    if (text[at - 1] == ' ' && text.substr(at + kLength).starts_with(" or ")) return true;
     const std::size_t pair = kOpening.find(text[at - 1]);
     return pair != std::string_view::npos && text[at + kLength] == kClosing[pair];
 }
@@ -339,6 +352,7 @@ bool isSpokenOf(std::string_view text, std::size_t at) {
 void checkPlaceholders(const ProseView& view, FindingList& findings) {
     const std::string_view text = view.masked();
     std::size_t block = 0;                         // Of the word that is looked at.
+    std::size_t part = 0;                          // The same, for the words that mark a gap.
     std::size_t filled = view.prose.blocks.size(); // Whose filler was told.
     for (std::size_t i = 0; i < view.words.size(); ++i) {
         if (wordMarksGap(view, i)) {
@@ -350,7 +364,14 @@ void checkPlaceholders(const ProseView& view, FindingList& findings) {
                                    end < text.size() && text[end] == ']';
             const bool continues = word.offset > 0 && text[word.offset - 1] == '-';
             if (!inBracket && !continues) {
-                findings.add(isNoteOfManual(view, word) ? softened(kPlaceholder) : kPlaceholder,
+                while (part + 1 < view.prose.blocks.size() &&
+                       view.prose.blocks[part].end <= word.offset) {
+                    ++part;
+                }
+                const bool inTable = part < view.prose.blocks.size() &&
+                                     view.prose.blocks[part].kind == BlockKind::table;
+                findings.add(isNoteOfManual(view, word, inTable) ? softened(kPlaceholder)
+                                                                 : kPlaceholder,
                              word.offset, word.length, kIsPlaceholder);
             }
         } else if (i + 1 < view.words.size() && view.wordText(i) == "Dear" &&

@@ -281,9 +281,9 @@ int vowelSound(std::string_view word) {
     }
     if (first == 'u') {
         if (word.starts_with("uni")) {
-            return beginsWith(word, {"unin", "unim", "unid", "unif", "unir", "unis"})
-                       ? (beginsWith(word, {"unif", "unis"}) ? 0 : 1)
-                       : 0;
+            // "unidirectional" is of one, "unidentified" is not.
+            const bool one = beginsWith(word, {"unidir", "unidim", "unimod", "unimol"});
+            return !one && beginsWith(word, {"unin", "unim", "unid", "unir"}) ? 1 : 0;
         }
         if (beginsWith(word,
                        {"use", "usu", "usa", "uti", "ute", "uto",  "ubi", "ura", "uri", "eu",
@@ -376,6 +376,17 @@ std::size_t bareNoun(const EnglishSentence& s, std::size_t i) {
     return at;
 }
 
+/// "for house and garden owners": whether the noun goes with the one behind "and", and both with a
+/// third one that is the head of all.
+bool isSharedByNext(const EnglishSentence& s, std::size_t noun) {
+    const std::size_t head = noun + 3;
+    return s.is(noun + 1, {"and", "or"}) && s.glued(noun + 1) && s.glued(noun + 2) &&
+           s.glued(head) &&
+           !s.has(noun + 2, kFunction | kBe | kModal | kDeterminer | kThird | kPast | kRegularPast |
+                                kPureBase) &&
+           !s.has(head, kFunction | kBe | kModal | kDeterminer);
+}
+
 void checkMissingArticle(const EnglishSentence& s, std::size_t i, GrammarReport& report) {
     const char* says = "lacks an article";
     if (s.is(i, {"is", "was", "it's", "isn't", "wasn't", "am", "i'm", "he's", "she's"}) && i > 0) {
@@ -416,9 +427,10 @@ void checkMissingArticle(const EnglishSentence& s, std::size_t i, GrammarReport&
             s.is(i - 1,
                  {"kind",  "type",  "sort",     "form",   "kinds", "types",  "sorts",   "forms",
                   "line",  "name",  "level",    "source", "lack",  "choice", "freedom", "change",
-                  "style", "class", "category", "method", "state", "mode",   "point"})) {
+                  "style", "class", "category", "method", "state", "mode",   "point",   "realm"})) {
             return;
         }
+        if (isSharedByNext(s, noun)) return;
         if (s.word(noun + 1) == s.word(i) || s.word(noun + 1) == "to" ||
             s.word(noun + 2) == s.word(noun))
             return;
@@ -439,6 +451,8 @@ void checkBareSubject(const EnglishSentence& s, std::size_t i, GrammarReport& re
         i == 0 || (s.glued(i) && s.is(i - 1, {"because", "when", "if", "but", "although", "while",
                                               "whether", "since", "and"}));
     if (!opens || s.is(i, {"next", "last", "most"})) return;
+    // "The if statement": the conjunction is a word that is spoken of.
+    if (i > 1 && s.glued(i - 1) && s.has(i - 2, kDeterminer)) return;
     std::size_t at = i;
     while (at < i + 2 && s.has(at, kDescribing) && !s.has(at, kSingular | kDeterminer) &&
            s.glued(at + 1))

@@ -37,6 +37,9 @@ constexpr GradedRule kDateOrder = declared<WorkKind::text>("text.date_order");
 
 // Where these come from stands with the rules in text_rule_table.h.
 constexpr std::size_t kMostWordsInSentence = 45;
+// Words of a text for each doubled one, from which on they weigh low. Where it comes from stands in
+// docs/thresholds.md.
+constexpr std::size_t kWordsOfADoubledWord = 1'000;
 constexpr std::size_t kFewestRepeatedWords = 8; // In a sentence that may not come twice.
 // The same beside code: a reference describes like things in like words.
 constexpr std::size_t kFewestRepeatedInManuals = 20;
@@ -60,14 +63,8 @@ constexpr std::array<std::string_view, 20> kChanges = {
     "shifted", "shift",   "brought", "pulled",    "advanced",    "corrected", "updated",
     "delayed", "slipped", "pushed",  "postponed", "rescheduled", "verschoben"};
 
-/// Verbs that keep their "to" where what they go with stands before them: "which did you refer to
-/// to write it".
-constexpr std::array<std::string_view, 25> kKeepTo = {
-    "refer",    "referred",  "refers",   "referring", "apply",      "applied", "applying",
-    "connect",  "connected", "listen",   "listened",  "listening",  "pray",    "talk",
-    "talked",   "talking",   "speak",    "spoke",     "subscribed", "belong",  "belongs",
-    "attached", "adhere",    "objected", "responded"};
-/// Verbs that keep theirs in place of a verb behind "what" and "as": "do what you have to to win".
+/// Verbs that keep their "to" in place of a verb behind "what" and "as": "do what you have to to
+/// win".
 constexpr std::array<std::string_view, 7> kStandFor = {"have", "need",   "needs", "want",
                                                        "has",  "wanted", "had"};
 constexpr std::array<std::string_view, 6> kAskFor = {"what",  "whatever", "as",
@@ -192,6 +189,14 @@ bool isFollowedByExample(const ProseView& view, const Block& block, const Block&
     return between.find(kMasked) != std::string_view::npos;
 }
 
+/// "for a while", "a little while": the noun.
+bool isAWhile(const ProseView& view, std::size_t word) {
+    if (word == 0 || view.wordText(word) != "while") return false;
+    return text::isOneOf(text::lowerAscii(view.wordText(word - 1)),
+                         std::array<std::string_view, 9>{"a", "long", "short", "little", "good",
+                                                         "great", "the", "worth", "any"});
+}
+
 void checkUnfinishedSentences(const ProseView& view, FindingList& findings) {
     const std::string_view text = view.masked();
     for (std::size_t i = 0; i < view.sentences.size(); ++i) {
@@ -216,6 +221,7 @@ void checkUnfinishedSentences(const ProseView& view, FindingList& findings) {
         if (after == view.words.begin()) continue;
         const text::Word& word = *(after - 1);
         const bool atEnd = word.end() == sentence.end && word.offset >= sentence.begin;
+        if (isAWhile(view, static_cast<std::size_t>(after - view.words.begin()) - 1)) continue;
         if (atEnd &&
             isIn(wordLists().neverLast, text::lowerAscii(text.substr(word.offset, word.length))) &&
             !word.capitalised) {
@@ -294,6 +300,31 @@ ProseView::ProseView(const SourceText& text, Prose parts)
       m_technical(masksCode(source.text(), prose.masked) || isTechnicalProse(prose.masked, words)) {
 }
 
+bool ProseView::isPartedByLine(const text::Word& word) const {
+    constexpr std::array<std::string_view, 3> kHyphens = {"-", "\u2010", "\u00AD"};
+    constexpr std::size_t kMargin = 80; // Bytes of blanks in front of what goes on.
+    const std::string_view text = masked();
+    const auto endsLine = [&](std::size_t at) {
+        at += at < text.size() && text[at] == '\r' ? 1U : 0U;
+        return at < text.size() && text[at] == '\n';
+    };
+    std::size_t begin = word.offset;
+    while (begin > 0 && word.offset - begin < kMargin &&
+           (text[begin - 1] == ' ' || text[begin - 1] == '\t')) {
+        --begin;
+    }
+    const bool leads = begin > 0 && text[begin - 1] == '\n';
+    begin -= leads ? 1U : 0U;
+    begin -= leads && begin > 0 && text[begin - 1] == '\r' ? 1U : 0U;
+    return std::ranges::any_of(kHyphens, [&](std::string_view hyphen) {
+        if (text.substr(word.end(), hyphen.size()) == hyphen &&
+            endsLine(word.end() + hyphen.size()))
+            return true;
+        return leads && begin > hyphen.size() && text.substr(0, begin).ends_with(hyphen) &&
+               text::isAsciiLetter(text[begin - hyphen.size() - 1]);
+    });
+}
+
 std::string_view ProseView::wordText(std::size_t word) const {
     return masked().substr(words[word].offset, words[word].length);
 }
@@ -324,12 +355,19 @@ bool checkAmount(const ProseView& view, FindingList& findings) {
     return false;
 }
 
-/// "opt-in in", "headers_install INSTALL_PATH", ":param param:", "Colormap colormap": one of the
-/// two belongs to something longer, or is a type and its value.
+/// "opt-in in", "headers_install INSTALL_PATH", ":param param:", "book\nbook.txt", "Colormap
+/// colormap", what a line parts: one of the two belongs to something longer, or is a type and its
+/// value.
 bool isOfLongerName(const ProseView& view, const text::Word& left, const text::Word& right) {
     constexpr std::string_view kJoints = "-_/:@$.=%";
     const std::string_view text = view.masked();
     if (left.offset > 0 && kJoints.find(text[left.offset - 1]) != std::string_view::npos) {
+        return true;
+    }
+    if (view.isPartedByLine(left)) return true;
+    // "book.txt"
+    if (right.end() + 1 < text.size() && text[right.end()] == '.' &&
+        text::isAsciiWord(text[right.end() + 1])) {
         return true;
     }
     if (right.end() + 1 < text.size() &&
@@ -349,7 +387,7 @@ bool endsClauseWithTo(const ProseView& view, std::size_t first) {
         return text::lowerAscii(view.wordText(i).substr(0, 20));
     };
     const std::string verb = lower(first - 1);
-    if (text::isOneOf(verb, kKeepTo)) return true;
+    if (keepsTo(verb)) return true;
     if (!text::isOneOf(verb, kStandFor)) return false;
     for (std::size_t i = first - 1; i > 0 && first - i <= kClause; --i) {
         if (text::isOneOf(lower(i - 1), kAskFor)) return true;
@@ -358,6 +396,12 @@ bool endsClauseWithTo(const ProseView& view, std::size_t first) {
 }
 
 void checkDoubledWords(const ProseView& view, FindingList& findings) {
+    struct Doubled {
+        std::size_t begin;
+        std::size_t end;
+        bool soft;
+    };
+    std::vector<Doubled> found;
     for (std::size_t i = 0; i + 1 < view.words.size(); ++i) {
         const text::Word& left = view.words[i];
         const text::Word& right = view.words[i + 1];
@@ -380,8 +424,13 @@ void checkDoubledWords(const ProseView& view, FindingList& findings) {
         if (third || (lower == "to" && endsClauseWithTo(view, i))) continue;
         const bool little = (classesOf(lower) & (kFunction | kBe | kModal | kDeterminer)) != 0;
         const bool soft = view.isTechnical() && !little;
-        findings.add(soft ? softened(kDoubledWord) : kDoubledWord, left.offset,
-                     right.end() - left.offset, "says the same word twice");
+        found.push_back({left.offset, right.end(), soft});
+    }
+    const auto grave = std::ranges::count(found, false, &Doubled::soft);
+    const bool few = view.words.size() >= kWordsOfADoubledWord * static_cast<std::size_t>(grave);
+    for (const Doubled& each : found) {
+        findings.add(each.soft || few ? softened(kDoubledWord) : kDoubledWord, each.begin,
+                     each.end - each.begin, "says the same word twice");
     }
 }
 

@@ -31,6 +31,9 @@ struct ProseView {
 
     [[nodiscard]] std::string_view masked() const { return prose.masked; }
     [[nodiscard]] std::string_view wordText(std::size_t word) const;
+    /// Whether a hyphen at the end of a line parts a word of which this is the beginning or the
+    /// end.
+    [[nodiscard]] bool isPartedByLine(const text::Word& word) const;
     /// Whether the text is about programs: it has code beside its prose, something that is masked
     /// and no address, or reads like a manual.
     [[nodiscard]] bool isTechnical() const { return m_technical; }

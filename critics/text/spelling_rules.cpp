@@ -159,7 +159,8 @@ private:
         return offset < m_view.masked().size() ? m_view.masked()[offset] : ' ';
     }
 
-    /// Whether it is a word of prose at all: no part of an address, a file name, a quotation.
+    /// Whether it is a word of prose at all: no part of an address, a file name, a quotation, a
+    /// word that a line parts.
     [[nodiscard]] bool isProse(std::size_t index) const {
         const text::Word& word = m_view.words[index];
         if (word.digits || word.letters < kFewestLetters || word.length > kLongestWord)
@@ -187,10 +188,10 @@ private:
             next != '.') {
             return false;
         }
-        return !isQuoted(word);
+        return !isQuoted(word) && !m_view.isPartedByLine(word);
     }
 
-    /// Whether a hyphen joins it to another word; one at the end of a line parts a word.
+    /// Whether a hyphen joins it to another word.
     [[nodiscard]] bool isPartOfCompound(const text::Word& word) const {
         return before(word) == '-' || (at(word.end()) == '-' && !isBlank(at(word.end() + 1)));
     }
@@ -313,6 +314,7 @@ private:
         if (!english && isForeign(own, language)) return {};
         suggest(own, index, shape, language, books, verdict);
         if (english && isAmericanFor(own, verdict.suggestion)) return {};
+        if (english && isLatinFor(own, verdict.suggestion)) return {};
         if (english && shape == Shape::capitalised && looksLikeName(own, verdict.suggestion))
             return {};
         // Who writes a word twice alike means it, as far as one can tell.
@@ -337,13 +339,38 @@ private:
         return next.capitalised && next.offset == end + 1 && m_view.masked()[end] == ' ';
     }
 
+    static std::string_view withoutOwner(std::string_view own) {
+        return own.ends_with("'s") ? own.substr(0, own.size() - 2) : own;
+    }
+
     /// At the start of a sentence: whether a word near none of every day is rather a name. Such are
-    /// short, begin with another letter, or end in a vowel in which few words of English do.
+    /// short, begin with another letter, end in a vowel in which few words of English do, or have
+    /// other consonants and no ending by which words are made.
     [[nodiscard]] static bool looksLikeName(std::string_view own, std::string_view other) {
-        constexpr std::string_view kOfNames = "aiou";
+        own = withoutOwner(own);
+        other = withoutOwner(other);
+        constexpr std::array<std::string_view, 21> kOfWords = {
+            "ing",  "ings", "ed",  "ly",  "tion", "tions", "sion",  "ness", "ment", "ments", "able",
+            "ible", "ful",  "ous", "ism", "ity",  "ology", "ances", "ence", "ght",  "ghts"};
         if (own.empty() || other.empty() || classesOf(other) != 0) return false;
-        return own.size() < kLongerForTwoEdits || own.front() != other.front() ||
-               kOfNames.find(own.back()) != std::string_view::npos;
+        if (own.size() < kLongerForTwoEdits || own.front() != other.front()) return true;
+        constexpr std::string_view kOfNames = "aiou";
+        if (kOfNames.find(own.back()) != std::string_view::npos) return true;
+        return skeleton(own) != skeleton(text::lowercased(other)) &&
+               std::ranges::none_of(kOfWords,
+                                    [&](std::string_view ending) { return own.ends_with(ending); });
+    }
+
+    /// "convertor", "convertors", where the dictionaries have "converter" alone: either ending
+    /// makes the one who does something.
+    [[nodiscard]] static bool isLatinFor(std::string_view own, std::string_view other) {
+        if (own.ends_with('s') && other.ends_with('s')) {
+            own.remove_suffix(1);
+            other.remove_suffix(1);
+        }
+        return own.size() >= kLongWord && own.ends_with("or") && other.ends_with("er") &&
+               classesOf(other) == 0 &&
+               own.substr(0, own.size() - 2) == other.substr(0, other.size() - 2);
     }
 
     /// "defenseman", where the dictionaries have "defenceman" alone.
@@ -393,11 +420,17 @@ private:
             books.know(text::uppercased(own))) {
             return true;
         }
+        return (own.size() <= kLongestOfPlural + 1 || own.ends_with("ings")) &&
+               isPluralOfKnown(own, books);
+    }
+
+    /// Whether it is a known word, none of every day, with an "s" as it takes one.
+    [[nodiscard]] static bool isPluralOfKnown(const std::string& own, const SpellingBooks& books) {
         if (own.size() < kFewestLetters + 1 || own.back() != 's') return false;
-        if (own.size() > kLongestOfPlural + 1 && !own.ends_with("ings")) return false;
         const std::string stem = own.substr(0, own.size() - 1);
-        constexpr std::string_view kWantsE = "sxzhyf"; // "classs", "matchs", "familys", "shelfs"
+        constexpr std::string_view kWantsE = "sxzyf"; // "classs", "familys", "shelfs"
         if (kWantsE.find(stem.back()) != std::string_view::npos) return false;
+        if (stem.ends_with("ch") || stem.ends_with("sh")) return false; // "matchs"
         return books.know(stem) && classesOf(stem) == 0;
     }
 
@@ -496,6 +529,12 @@ private:
         if (best > 1 && differsInEnding(own, verdict.suggestion)) verdict.sure = false;
         // "ipod": a name that is written as it likes.
         if (text::lowercased(verdict.suggestion) == own && !isProperWord(own)) verdict.sure = false;
+        // "wheelbarrows": of a known word, which a dictionary need not have in each form.
+        if (language == NaturalLanguage::english && isPluralOfKnown(own, books))
+            verdict.sure = false;
+        // "tovar's": what owns something is a name as often.
+        if (own.ends_with("'s") && classesOf(withoutOwner(verdict.suggestion)) == 0)
+            verdict.sure = false;
         // An ending that every language hangs on words of its own making.
         if (own.ends_with("able") && !verdict.suggestion.ends_with("able")) verdict.sure = false;
         if (shape == Shape::capitalised) {

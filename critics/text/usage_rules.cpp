@@ -91,6 +91,12 @@ void checkIts(const EnglishSentence& s, std::size_t i, GrammarReport& report) {
     }
 }
 
+/// "positive affect, sleep and pain": a mood, which no article counts and nothing is done to.
+bool isTermOfMoods(const EnglishSentence& s, std::size_t i) {
+    return s.is(i, {"positive", "negative"}) && !(s.glued(i) && s.has(i - 1, kDeterminer)) &&
+           !s.is(i + 2, {"on", "upon", "to", "for"});
+}
+
 void checkVerbLike(const EnglishSentence& s, std::size_t i, GrammarReport& report) {
     if (!s.glued(i + 1)) return;
     const std::size_t next = i + 1;
@@ -167,7 +173,8 @@ void checkVerbLike(const EnglishSentence& s, std::size_t i, GrammarReport& repor
     if (s.is(i, {"a", "an", "bad", "good", "positive", "negative", "big", "great", "side",
                  "greenhouse", "harmful", "main"}) &&
         s.is(next, {"affect", "affects"}) && s.endsPhrase(next) && !s.has(next + 1, kDeterminer) &&
-        !s.has(next + 1, kObject) && !s.is(next + 1, {"how", "what", "whether", "which"})) {
+        !s.has(next + 1, kObject) && !s.is(next + 1, {"how", "what", "whether", "which"}) &&
+        !isTermOfMoods(s, i)) {
         confused(s, i, next, "effect", report);
     }
 }

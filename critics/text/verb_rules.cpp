@@ -39,6 +39,20 @@ bool isNounHere(const EnglishSentence& s, std::size_t i) {
                          "any", "both", "many", "others", "other", "one"});
 }
 
+/// "The fool you are", "the tools you should be looking for": whether a clause about a noun, with
+/// its subject right behind that noun, ends with the word at `i`.
+bool endsClauseOfNoun(const EnglishSentence& s, std::size_t i) {
+    constexpr std::size_t kLongest = 6; // Words behind the subject.
+    for (std::size_t k = i; k > 1 && i - k < kLongest && s.glued(k); --k) {
+        if (!s.is(k - 1, {"i", "you", "he", "she", "it", "we", "they"})) continue;
+        return s.glued(k - 1) &&
+               (!s.has(k - 2, kFunction | kAdverb | kConjunction | kPreposition | kBe) ||
+                s.is(k - 2, {"everyone", "everybody", "everything", "someone", "anyone", "anybody",
+                             "nobody", "those", "all", "one"}));
+    }
+    return false;
+}
+
 bool isUnlikeBase(const EnglishSentence& s, std::size_t i) {
     return s.has(i, kThird | kPast) || s.is(i, {"has", "does", "did", "had"});
 }
@@ -148,6 +162,8 @@ void checkTo(const EnglishSentence& s, std::size_t i, GrammarReport& report) {
         if (s.is(at, {"is", "are", "was", "were"}) &&
             s.before(i, {"what", "who", "where", "which", "how", "that"}))
             return;
+        // "Everyone I talked to knew": what the verb goes with stands before it.
+        if (i > 0 && keepsTo(s.word(i - 1)) && endsClauseOfNoun(s, i)) return;
         say(s, i, at, says, report);
     } else if (s.has(at, kRegularPast) && !s.has(at, kAdjective | kBase) && i > 0 &&
                s.is(i - 1, {"want", "wants", "wanted", "need",  "needs",     "needed",
@@ -184,7 +200,7 @@ void checkBe(const EnglishSentence& s, std::size_t i, GrammarReport& report) {
         say(s, i, at, "has two verbs where one can stand", report);
     } else if (s.has(at, kPastOnly) && !s.is(at, {"got"})) {
         say(s, i, at, "needs the participle behind “be”", report);
-    } else if (finite && s.has(at, kThird) && !s.has(at, kPlural)) {
+    } else if (finite && s.has(at, kThird) && !s.has(at, kPlural) && !endsClauseOfNoun(s, i)) {
         say(s, i, at, "has two verbs where one can stand", report);
     } else if (s.is(at, {"use", "cause", "call", "base", "name", "force", "control", "effect"}) &&
                s.glued(at + 1) &&
@@ -211,6 +227,8 @@ void checkBareAfterPreposition(const EnglishSentence& s, std::size_t i, GrammarR
     if (s.word(i) == "of" && s.is(i - 1, {"kind", "sort"}) && s.glued(i)) return;
     // "written in Go", "used in Replace": a name.
     if (s.is(at, {"do"}) || s.capital(at)) return;
+    // "The tools you should be looking for include a rake"
+    if (s.is(at, {"include", "remain", "seem", "appear"}) && endsClauseOfNoun(s, i)) return;
     say(s, i, at, "needs the form in “-ing” behind its preposition", report);
 }
 

@@ -187,6 +187,16 @@ TEST(DocumentCritic, Headings) {
          {"a title underlined with less than its chapters",
           "The house\n---------\n\nROOMS\n=====\n\nThere are four of them.\n",
           {}},
+         {"comments elsewhere", "# One" + text + "# first\n#\n# second\n\na = 1\n#\nb = 2\n", {}},
+         {"a page break above a line",
+          "# One" + text + "\f\n-------------------------\nCopyright of the house, all of it.\n",
+          {}},
+         {"fields of a form",
+          "# One" + text + "## Which room?\n\n## What did you see there?\n\n## Witnesses:\n",
+          {}},
+         {"one question without its answer",
+          "# One" + text + "## Which room?\n\n## Two" + text,
+          {"document.empty_section"}},
          {"marks under a title",
           "# One" + text + "The garden\n######\n\nIt is green, and it is large.\n",
           {}},
@@ -240,6 +250,20 @@ TEST(DocumentCritic, Links) {
          {"anchor of one's own",
           head + "See [it](#MyPart).\n\n## Some part {#MyPart}\n\nText.\n",
           {}},
+         {"anchor of one's own beside other attributes",
+          head + "See [a](#MyPart), [b](#her-part) and [c](#his-part).\n\n"
+                 "## Some part {#MyPart .wide}\n\nText.\n\n## Part (*new*) ## {: #her-part }\n\n"
+                 "Text.\n\n## Last {: .wide #his-part}\n\nText.\n",
+          {}},
+         {"anchors of names in code, which a tool makes",
+          head + "Set [it](#opt-shop.enable) or call [add](#shop.Shelf.add) first.",
+          {}},
+         {"anchor with a number",
+          head + "See [it](#2.-usage-of-it) first.",
+          {"document.broken_anchor"}},
+         {"attributes without an anchor",
+          head + "See [it](#wide).\n\n## Some part {: .wide }\n\nText.\n",
+          {"document.broken_anchor"}},
          {"prefix of the page", head + "See [how](#user-content-usage-notes) it works.", {}},
          {"reversed",
           head + "See (the guide)[https://x.org/g] for more.",
@@ -324,6 +348,14 @@ TEST(DocumentCritic, Links) {
          {"missing definition",
           head + "See [the guide][guide] for more.",
           {"document.missing_definition"}},
+         {"a label that goes on in the next line",
+          head +
+              "See [the\nlong guide][], [it][The  long guide] and [all\nof it][the long guide].\n\n"
+              "[the long guide]: https://x.org/g\n",
+          {}},
+         {"brackets of arguments",
+          head + "Call it with [+][LABEL][.][b] or with [[+]OFFSET[.][b] [+][LABEL][.]] alone.",
+          {}},
          {"brackets of code",
           head + "It is the sum of row[i][j][\"k\"] and of [a-z][a-z0-9] alone.",
           {}},
@@ -418,6 +450,23 @@ TEST(DocumentCritic, RowsThatEndEarlyByHabitWeighLow) {
     EXPECT_EQ(worst(head + "| one |\n| two |\n| three |\n| four | 4 | 5 |\n"), Severity::medium);
 }
 
+TEST(DocumentCritic, ADayThatATableOfAManualLeavesOpenWeighsLow) {
+    const auto severities = [](const std::string& document) {
+        std::vector<Severity> found;
+        for (const Finding& finding : critiqueDocument(textPart(document)).findings) {
+            if (finding.rule == "text.placeholder") found.push_back(finding.severity);
+        }
+        return found;
+    };
+    const std::string table =
+        "# Releases\n\n| Release | Ends |\n|---|---|\n| 4 | May |\n| 5 | TBD |\n";
+    EXPECT_EQ(severities(table), std::vector{Severity::high});
+    EXPECT_EQ(severities(table + "\nRun `shelf --list` for all of them.\n"),
+              std::vector{Severity::low});
+    EXPECT_EQ(severities("# Releases\n\nTBD\n\nRun `shelf --list` for all of them.\n"),
+              std::vector{Severity::high});
+}
+
 TEST(DocumentCritic, ReferencesByNumber) {
     const std::vector<std::string> flagged = {"document.missing_reference"};
     const std::string captions = "Table 1: Sales.\n\nTable 2: Costs.\n\nTable 3: Staff.\n\n";
@@ -440,6 +489,10 @@ TEST(DocumentCritic, UnclosedPartsAndSpellings) {
          {"comment",
           "Some words first.\n\n<!-- hidden from here\n\nmore words.",
           {"document.unclosed_comment"}},
+         {"a line that says where something was cut out",
+          "Some words first.\n\n~~~ cut here ~~~\nThe rest of the message.\n~~~ cut here "
+          "~~~\n\nMore.",
+          {}},
          {"longer fence", "Some words first.\n\n````md\n```\n````\n", {}},
          {"tildes under a heading", "Garden tools\n~~~~~~~~~~~~\n\nThey hang in the shed.", {}},
          {"fewer tildes than the heading", "All of the garden tools\n~~~~~~~\n\nThey hang.", {}},

@@ -437,6 +437,52 @@ TEST(WordFrames, LeaveSoundSentencesAlone) {
                  "To choose the best, take your time."});
 }
 
+TEST(WordFrames, DoNotFindWhatTheyAskFor) {
+    expectSound({"The guide homes in on the leaking valve.", "By then it was a moot point."});
+    expectFound("text.usage", {"The guide hones in on the leaking valve."});
+    expectFound("text.usage", {"By then it was a mute point."});
+}
+
+TEST(WordFrames, LeaveOtherTurnsOfTheSameWordsAlone) {
+    expectSound({"We sell seeds for instant delivery.",
+                 "Their narrow focus in winter was on the roof.", "I am interested for sure.",
+                 "From here on we're worry free.",
+                 "The gate stays shut for reasons of saving heat."});
+    expectFound("text.usage", {"There are tools, for instant, a rake.", "We focus in the harvest.",
+                               "Many students focus in the wrong subject.",
+                               "They are interested for the garden."});
+    expectFound("text.confused_word", {"We're worry about the harvest."});
+}
+
+TEST(Grammar, ReadsAClauseWithoutItsPronoun) {
+    expectSound({"The fool you are makes me laugh.", "Everyone she had talked to knew the answer.",
+                 "The tools you should be looking for include a rake and a spade."});
+    expectFound("text.verb_form",
+                {"They are makes a lot of noise.", "She wanted to knew the answer.",
+                 "We looked for include a rake in the list."});
+}
+
+TEST(Articles, OfWhatGoesTogetherWithTheNextNoun) {
+    expectSound({"The if statement was too long to read.",
+                 "He wrote a page for house and garden owners.",
+                 "That is beyond the realm of possibility.", "Physical activity is good for you.",
+                 "It has a unidirectional valve and a unimodal curve."});
+    expectFound("text.article",
+                {"If student was late, the door was shut.",
+                 "They are looking for house in the hills.", "It was an unidirectional valve."});
+}
+
+TEST(Capitals, BehindACommaAndAQuotationMark) {
+    expectSound({"The mayor adds, \"It will take a year to mend the bridge.\"",
+                 "She explained to him, “There may be three of them in the shed.”"});
+}
+
+TEST(ConfusedWords, AnAffectIsATermOfItsOwn) {
+    expectSound({"The study measured negative affect, anger and sleep."});
+    expectFound("text.confused_word", {"It had a negative affect on the harvest.",
+                                       "The rain had positive affect on the harvest."});
+}
+
 TEST(WordFrames, FindWhatIsOftenMistakenInLetters) {
     expectFound("text.confused_word",
                 {"We are grateful to you for you're patience in this matter.",

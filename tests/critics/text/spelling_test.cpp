@@ -151,7 +151,7 @@ TEST(Spelling, WhatIsMadeAsNamesAreMadeIsUnsure) {
     shelf->add(NaturalLanguage::english,
                "a the of and we in is with to you it this that have for on our all are please "
                "send rooms PDF yurt gifts gilts wall number customers "
-               "before meeting sausage separate");
+               "before meeting sausage separate lithograph trench");
     LanguageTools tools;
     tools.shelf = shelf;
     const auto sure = [&](const std::string& text) {
@@ -160,6 +160,14 @@ TEST(Spelling, WhatIsMadeAsNamesAreMadeIsUnsure) {
     EXPECT_EQ(
         misspelt(critiqueText(textPart("Please send the yurts to all of our customers."), tools)),
         Words());
+    EXPECT_EQ(sure("Please send the sausagge to all of our customers."), Words{"sausagge"});
+    // A longer plural of a known word, and an owner near none of every day.
+    EXPECT_EQ(sure("Please send the walls to all the customerss."), Words{"customerss"});
+    EXPECT_EQ(sure("Please send the sausages to all of our customers."), Words());
+    EXPECT_EQ(sure("Please send the lithographs to all of our customers."), Words());
+    EXPECT_EQ(sure("Please send the trenchs to all of our customers."), Words{"trenchs"});
+    EXPECT_EQ(sure("Please send the gilta's number to all of our customers."), Words());
+    EXPECT_EQ(sure("Please send the seperate wall to all of our customers."), Words{"seperate"});
     // Short, and near to a word that is not often written.
     EXPECT_EQ(sure("Please send the walls and gilta to all of our customers."), Words());
     // Two letters off, and its consonants are others.
@@ -175,13 +183,14 @@ TEST(Spelling, EitherSpellingOfAWordThatADictionaryHasInOne) {
     auto shelf = std::make_shared<ListShelf>();
     shelf->add(NaturalLanguage::english,
                "the was a of on our in and wall light painted greyscale defenceman anaemia voicing "
-               "house garden picture");
+               "house garden picture plasterer plasterers");
     tools.shelf = shelf;
     const auto found = [&](const std::string& text) {
         return misspelt(critiqueText(textPart(text), tools));
     };
     EXPECT_EQ(found("The picture of our garden was grayscale."), Words());
     EXPECT_EQ(found("The anemia of the defenseman was light."), Words());
+    EXPECT_EQ(found("The plasteror and the plasterors painted our wall."), Words());
     EXPECT_EQ(found("The voicings on our wall was painted."), Words());
     EXPECT_EQ(found("The picture of our garden was greyscael."), Words({"greyscael"}));
 }
@@ -191,12 +200,16 @@ TEST(Spelling, AWordThatBeginsASentenceAndIsNearNoneOfEveryDayIsAName) {
     auto shelf = std::make_shared<ListShelf>();
     shelf->add(NaturalLanguage::english,
                "the was a of on our in and wall light painted tern before house garden picture "
-               "technology");
+               "technology trellis");
     tools.shelf = shelf;
     const auto found = [&](const std::string& text) {
         return misspelt(critiqueText(textPart(text), tools));
     };
     EXPECT_EQ(found("Teran was painted on the wall of our house."), Words());
+    EXPECT_EQ(found("Trelnis was painted on the wall of our house."), Words());
+    EXPECT_EQ(found("Trelliss was painted on the wall of our house."), Words{"Trelliss"});
+    EXPECT_EQ(found("Ternel's garden was light before our house was."), Words());
+    EXPECT_EQ(found("Paintted was the wall of our house."), Words{"Paintted"});
     EXPECT_EQ(found("Techology was on our wall before the house was light."), Words({"Techology"}));
     EXPECT_EQ(found("Befroe the house was painted, the garden was light."), Words({"Befroe"}));
 }

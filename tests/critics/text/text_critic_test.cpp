@@ -84,8 +84,9 @@ TEST(TextCritic, PlaceholdersAreFound) {
 TEST(TextCritic, WhatOnlyLooksLikeAPlaceholderIsNotReported) {
     for (const std::string sound :
          {"We keep a TODO list on the wall.", "The word \"TBD\" must not be in the letter.",
-          "Super Bowl XXX was played in Tempe.", "The shirt comes in XXL and XXXL.",
-          "He wrote [sic] in his letter of May.", "The proof is in the paper [1] and in [2].",
+          "Write \"TODO:\" in front of what is left to do.", "Super Bowl XXX was played in Tempe.",
+          "The shirt comes in XXL and XXXL.", "He wrote [sic] in his letter of May.",
+          "The proof is in the paper [1] and in [2].",
           "Run the tool with --output <name> to choose.", "If a < b and b > c then stop here.",
           "Use `{{name}}` in the template to greet.", "See [Name](https://example.com) for more.",
           "The sign on rows[name] of the hall is new.", "Really? Yes, really. What a day!",
@@ -163,6 +164,7 @@ TEST(TextCritic, AManualHasNotesArgumentsAndStandIns) {
     using Severities = std::vector<std::string_view>;
     for (const std::string note :
          {"TODO: tell of the second way to read it.", "FIXME the header is read twice.",
+          "The header is slow. TODO: read it once.", "Their remark: FIXME: read it once.",
           "- XXX this does not hold for two tables.", "Put from XXX import YYY at its top.",
           "Write {{title}} where the name of the table belongs."}) {
         EXPECT_EQ(severities(kManual + "\n\n" + note), Severities{name(Severity::low)}) << note;
@@ -195,6 +197,26 @@ TEST(TextCritic, AManualMayNameAThingTwice) {
               Severities{name(Severity::medium)});
 }
 
+TEST(TextCritic, DoubledWordsThatAreFewInALongTextWeighLow) {
+    const auto severities = [](std::size_t sentences, const std::string& slips) {
+        std::string text = slips;
+        for (std::size_t i = 0; i < sentences; ++i) {
+            text += "House " + std::to_string(i) + " has four rooms and a garden with trees.\n\n";
+        }
+        std::vector<Severity> found;
+        for (const Finding& finding : critiqueText(textPart(text)).findings) {
+            if (finding.rule == "text.doubled_word") found.push_back(finding.severity);
+        }
+        return found;
+    };
+    const std::string one = "We went to the the market.\n\n";
+    const std::string two = one + "It was in in the town.\n\n";
+    EXPECT_EQ(severities(90, one), std::vector{Severity::medium});
+    EXPECT_EQ(severities(110, one), std::vector{Severity::low});
+    EXPECT_EQ(severities(110, two), (std::vector{Severity::medium, Severity::medium}));
+    EXPECT_EQ(severities(220, two), (std::vector{Severity::low, Severity::low}));
+}
+
 TEST(TextCritic, LinesOfCodeAreNoProse) {
     for (const std::string code :
          {"To build it:\n\n  $ make the the (all\n\nThen wait.",
@@ -223,6 +245,13 @@ TEST(TextCritic, DoubledWords) {
          {"to, of what one needs", "Do whatever you have to to keep warm.", {}},
          {"to, by mistake", "We have to to keep warm.", {"text.doubled_word"}},
          {"had had", "She had had enough of that that day.", {}},
+         {"the rest of a word that a line parts",
+          "Each of the rooms in the old house inher\u2010\nits its colour from the hall.",
+          {}},
+         {"a part of a file name",
+          "The press turns what is called pages into another name:\n"
+          "pages.txt   becomes what we call a new book\nbook.txt    becomes a roll of it.",
+          {}},
          {"a name", "They live in Walla Walla these days.", {}},
          {"for emphasis", "It was a very very long day.", {}},
          {"across a full stop", "This is it. It is done now.", {}},
@@ -349,6 +378,9 @@ TEST(TextCritic, BrokenCharacters) {
          {"the character that is spoken of",
           "What is missing shows as `\xEF\xBF\xBD`, or as (\xEF\xBF\xBD) in a list.",
           {}},
+         {"as what is put in the place of others",
+          "What cannot be written is set to \xEF\xBF\xBD or ? in the list.",
+          {}},
          {"beside its number", "It is replaced with U+FFFD (\xEF\xBF\xBD, a question).", {}},
          {"not UTF-8", "The caf\xE9 is open all day.", flagged},
          {"a NUL byte", std::string("The caf\0 is open all day.", 25), flagged},
@@ -375,6 +407,9 @@ TEST(TextCritic, UnfinishedEnds) {
          {"an article", "We have already seen the", flagged},
          {"a comma at the end", "We have seen all of the rooms in the hall,", flagged},
          {"a greeting without a name", "It was good to see you.\n\nKind regards,", {}},
+         {"a while", "The gate stayed open for a while", {}},
+         {"a short while", "We stood in the hall for a short while", {}},
+         {"while, by mistake", "We stood in the hall while", flagged},
          {"a title", "What we have seen in the hall", {}},
          {"a list follows", "Bring with you the\n- hat\n- coat", {}},
          {"a paragraph follows", "The door is opened by the\n\nand then closed again.", flagged},
