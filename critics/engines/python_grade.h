@@ -1,7 +1,8 @@
 // How the rules of Bandit and Ruff weigh here, where one table row does not say.
 //
 // Both look at a line; what stands around it tells whether it is a fault: a name that another line
-// makes, a file that this program wrote, an evaluation with names of its own. Pure; any thread.
+// makes, a file that this program wrote, an evaluation with names of its own. Pure; any thread. The
+// time for one word of theirs is bounded, however long the file is.
 
 #pragma once
 
