@@ -61,8 +61,6 @@ private:
     /// The first named child, or the node itself without any.
     [[nodiscard]] Index namedChildOr(Index node) const;
     void collectFunctions();
-    /// Empty for what has no name, as the bare star.
-    [[nodiscard]] std::string_view parameterName(Index node) const;
     /// The words of the address that a decorator binds the function to; kNone without any.
     [[nodiscard]] Index routeOf(Index decorated) const;
     /// Whether a class around it serves HTTP by the library's own server.

@@ -372,7 +372,21 @@ TEST(CodeCritic, WhatIsDroppedOrShutOffInSoManyWordsIsLow) {
               Severity::medium);
     EXPECT_EQ(severityOf("x = eval(text, self.names)\n", "a.py", "code.runs_text"), Severity::low);
     EXPECT_EQ(severityOf("x = eval(text, globals())\n", "a.py", "code.runs_text"), Severity::high);
+    EXPECT_EQ(severityOf("def f(globals):\n    exec(text, globals)\n", "a.py", "code.runs_text"),
+              Severity::low);
     EXPECT_EQ(severityOf("run('make all', shell=True)\n", "a.py", "code.runs_text"), Severity::low);
+    EXPECT_EQ(severityOf("exec('a = 1')\n", "a.py", "code.runs_text"), Severity::low);
+    EXPECT_EQ(severityOf("kinds = '\"a\", \"b\"'\nx = eval(kinds)\n", "a.py", "code.runs_text"),
+              Severity::low);
+    EXPECT_EQ(severityOf("command = 'make all'\nos.system(command)\n", "a.py", "code.runs_text"),
+              Severity::low);
+    EXPECT_EQ(severityOf("command = 'make all'\nos.popen(command)\n", "a.py", "code.runs_text"),
+              Severity::low);
+    EXPECT_EQ(
+        severityOf("command = 'make all'\nrun(command, shell=True)\n", "a.py", "code.runs_text"),
+        Severity::low);
+    EXPECT_EQ(severityOf("command = input()\nrun(command, shell=True)\n", "a.py", "code.runs_text"),
+              Severity::high);
     EXPECT_TRUE(critiqueCode(textPart("try:\n    f.close()\nexcept Exception:\n    pass\n", "a.py",
                                       "text/x-code"))
                     .findings.empty());
@@ -605,6 +619,9 @@ TEST(CodeCritic, CodeThatRunsText) {
          {"exec", "exec(text)\n", runs, "a.py"},
          {"JavaScript", "const x = eval(text);\n", runs, "a.js"},
          {"shell", "subprocess.run(cmd, shell=True)\n", runs, "a.py"},
+         {"popen", "text = os.popen(command).read()\n", runs, "a.py"},
+         {"getoutput", "text = subprocess.getoutput(command)\n", runs, "a.py"},
+         {"fixed", "text = os.popen('uname -a').read()\n", {}, "a.py"},
          {"a method", "model.eval()\nx = ast.literal_eval(t)\ny = re.exec(t)\n", {}, "a.py"},
          {"regular expression", "const m = pattern.exec(text);\n", {}, "a.js"},
          {"a list", "subprocess.run([\"ls\", path])\n", {}, "a.py"},
@@ -619,6 +636,13 @@ TEST(CodeCritic, CodeThatRunsText) {
          {"marks", "q = f\"SELECT * FROM a WHERE b IN ({placeholders})\"\n", {}, "a.py"},
          {"a sentence", "m = \"Select a file from \" + folder\n", {}, "a.py"}},
         critiqueCode);
+}
+
+TEST(CodeCritic, ACommandOfSeveralLinesIsToldWhereItIsCalled) {
+    const std::string text = "def f(command):\n    return subprocess.run(\n        command,\n"
+                             "        shell=True)\n";
+    const auto findings = critiqueCode(textPart(text, "a.py", "text/x-code")).findings;
+    EXPECT_EQ(onlyFinding(findings, "code.runs_text").place, "line 2, column 12");
 }
 
 TEST(CodeCritic, SecretsInDocumentationAreMostlyExamples) {
