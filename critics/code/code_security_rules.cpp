@@ -9,6 +9,7 @@
 #include <array>
 #include <string>
 #include <unordered_set>
+#include <utility>
 #include <vector>
 
 namespace trevix {
@@ -543,12 +544,16 @@ void checkHomePaths(const CodeView& view, FindingList& findings) {
         "user",    "username",  "you",      "runner", "ubuntu",   "vagrant",
         "app",     "node",      "shared",   "name",   "someone",  "public",
         "default", "linuxbrew", "circleci", "me",     "youruser", "test"};
+    const auto documentation = view.documentation();
     for (const Token& token : view.tokens) {
         // Elsewhere a path that matters stands in quotes.
         const bool data = view.language == Language::unknown || view.language == Language::yaml ||
                           view.language == Language::shell;
         if (token.kind == TokenKind::comment || (token.kind != TokenKind::string && !data))
             continue;
+        // Documentation shows examples, as comments do.
+        const auto shown = std::pair(token.offset, token.end());
+        if (std::ranges::binary_search(documentation, shown)) continue;
         const std::string_view text = view.textOf(token);
         for (std::size_t i = 0; i < text.size(); ++i) {
             if (text[i] != '/' && text[i] != 'C') continue;

@@ -294,6 +294,8 @@ TEST(CodeCritic, LeftOverDebugging) {
          {"Ruby", "binding.pry\n", stop, "a.rb"},
          {"PHP", "<?php var_dump($x);\n", output, "a.php"},
          {"a program that prints", "print(\"total:\", x)\n", {}, "a.py"},
+         {"a path", "print(\" /foo\")\nprint(\"./test\")\n", {}, "a.py"},
+         {"underlined", "print(\"--- here ---\")\n", output, "a.py"},
          {"a sentence", "print(\"Test results are in\")\n", {}, "a.py"},
          {"script for the command line", "#!/usr/bin/env node\nconsole.log(x);\n", {}, "a.js"},
          {"in a string", "const a = \"console.log(x)\";\n", {}, "a.js"},
@@ -360,7 +362,9 @@ TEST(CodeCritic, WhatIsDroppedOrShutOffInSoManyWordsIsLow) {
     EXPECT_EQ(severityOf("try { f(); } catch (e) { }\n", "a.js", "code.swallowed_error"),
               Severity::medium);
     EXPECT_EQ(severityOf("#if 0\nint x;\n#endif\n", "a.c", "code.dead_code"), Severity::low);
-    EXPECT_EQ(severityOf("if 0:\n    f()\n", "a.py", "code.dead_code"), Severity::medium);
+    EXPECT_EQ(severityOf("if 0:\n    f()\n", "a.py", "code.dead_code"), Severity::low);
+    EXPECT_EQ(severityOf("while False:\n    f()\n", "a.py", "code.dead_code"), Severity::medium);
+    EXPECT_EQ(severityOf("if (false) { f(); }\n", "a.js", "code.dead_code"), Severity::medium);
     EXPECT_EQ(severityOf("def f():\n    raise E\n    return None\n", "a.py", "code.dead_code"),
               Severity::low);
     EXPECT_EQ(severityOf("def f():\n    raise E\n    return g()\n", "a.py", "code.dead_code"),
@@ -409,6 +413,16 @@ TEST(CodeCritic, SwallowedErrors) {
          {"except Exception", "try:\n    f()\nexcept Exception as e:\n    pass\n", swallowed,
           "a.py"},
          {"narrow", "try:\n    f()\nexcept KeyError:\n    pass\n", {}, "a.py"},
+         {"said why above",
+          "# Some have no colours.\ntry:\n    f()\nexcept:\n    pass\n",
+          {},
+          "a.py"},
+         {"said of something else", "# Begins.\na = 1\ntry:\n    f()\nexcept:\n    pass\n",
+          swallowed, "a.py"},
+         {"said of one around",
+          "# Begins.\ntry:\n    g()\n    try:\n        f()\n    except:\n"
+          "        pass\nfinally:\n    h()\n",
+          swallowed, "a.py"},
          {"said why", "try:\n    f()\nexcept Exception:\n    pass  # best effort\n", {}, "a.py"},
          {"Go", "func f() {\n\terr := g()\n\t_ = err\n}\n", swallowed, "a.go"}},
         critiqueCode);
@@ -487,6 +501,11 @@ TEST(CodeCritic, Indentation) {
         {{"blank before tab", "void f() {\n \tg();\n}\n", {"code.mixed_indentation"}, "a.c"},
          {"tabs, aligned with blanks", "void f() {\n\tg(a,\n\t  b);\n}\n", {}, "a.c"},
          {"eight blanks are a tab", "void f()\n{\n    if (a)\n\tg();\n}\n", {}, "a.c"},
+         {"a remark alone", "def f():\n    a()\n\t# Then the other.\n    b()\n", {}, "a.py"},
+         {"a remark behind it",
+          "def f():\n    a()\ndef g():\n\tb()  # The other.\n",
+          {"code.mixed_indentation"},
+          "a.py"},
          {"in a text", "x = '''\n\ta\n    b\n'''\nif x:\n    f()\n", {}, "a.py"}},
         critiqueCode);
 }
@@ -497,6 +516,11 @@ TEST(CodeCritic, PathsAndImports) {
         {{"home", "f(\"/home/alice/data.csv\");\n", {"code.home_path"}, "a.js"},
          {"Mac", "f(\"/Users/alice/data.csv\");\n", {"code.home_path"}, "a.js"},
          {"Windows", "f('C:\\\\Users\\\\alice\\\\data.csv');\n", {"code.home_path"}, "a.js"},
+         {"in documentation",
+          "def f():\n    \"\"\"As in /home/alice/data.csv.\"\"\"\n",
+          {},
+          "a.py"},
+         {"in other text", "a = \"\"\"\n/home/alice/data.csv\"\"\"\n", {"code.home_path"}, "a.py"},
          {"anybody", "f(\"/home/user/data.csv\", \"/home/\" + name);\n", {}, "a.js"},
          {"a route", "f(\"https://example.com/home/alice/x\");\n", {}, "a.js"},
          {"in a comment", "// /home/alice/data.csv was here\nf();\n", {}, "a.js"},
