@@ -73,6 +73,9 @@ Telling tellingOf(const Flow& flow) {
     case Danger::load:
         return {kObjects, "is made into objects by a format that can run code",
                 "use JSON, or a loader that makes plain values"};
+    case Danger::module:
+        return {kRuns, "decides which module is loaded",
+                "look the name up among those that are meant"};
     case Danger::pattern:
         return {kPattern, "is used as a regular expression", "escape it"};
     }
