@@ -234,13 +234,17 @@ bool isListedRightly(const ForeignSubject& subject) {
            contains(subject.text.substr(0, kMostOfFile), "\ndef __getattr__(");
 }
 
-/// "os.chmod(path, 0o755)": all may read and run it, as programs and folders are for.
+/// "os.chmod(path, 0o755)": all may read and run it, as programs and folders are for. One of them
+/// names the place of the call, the other that of the mode.
 bool letsNobodyElseWrite(const ForeignSubject& subject) {
-    const std::string_view arguments = argumentsOf(subject);
-    const std::size_t comma = arguments.rfind(',');
-    if (comma == std::string_view::npos) return false;
-    std::string_view mode = text::trimmed(arguments.substr(comma + 1));
-    if (mode.starts_with("mode=")) mode.remove_prefix(5);
+    std::string_view mode = nameAt(subject);
+    if (!mode.starts_with('0')) {
+        const std::string_view arguments = argumentsOf(subject);
+        const std::size_t comma = arguments.rfind(',');
+        if (comma == std::string_view::npos) return false;
+        mode = text::trimmed(arguments.substr(comma + 1));
+        if (mode.starts_with("mode=")) mode.remove_prefix(5);
+    }
     if (!mode.starts_with('0')) return false;
     mode.remove_prefix(mode.starts_with("0o") || mode.starts_with("0O") ? 2 : 1);
     constexpr std::string_view kWithoutWriting = "0145";

@@ -119,10 +119,10 @@ TEST(ListedName, OfAPackageOrMadeOnDemandWeighsLittle) {
 }
 
 TEST(Permissions, ThatLetNobodyElseWriteWeighLittle) {
-    EXPECT_EQ(ruff("S103", "os.chmod(path, 0o777)\n", "os."), Severity::medium);
-    EXPECT_EQ(ruff("S103", "os.chmod(path, 0o775)\n", "os."), Severity::medium);
-    EXPECT_EQ(ruff("S103", "os.chmod(path, stat.S_IXGRP)\n", "os."), Severity::medium);
-    EXPECT_EQ(ruff("S103", "os.chmod(path, 0o755)\n", "os."), Severity::low);
+    EXPECT_EQ(ruff("S103", "os.chmod(path, 0o777)\n", "0o7"), Severity::medium);
+    EXPECT_EQ(ruff("S103", "os.chmod(path, 0o775)\n", "0o7"), Severity::medium);
+    EXPECT_EQ(ruff("S103", "os.chmod(path, stat.S_IXGRP)\n", "stat."), Severity::medium);
+    EXPECT_EQ(ruff("S103", "os.chmod(path, 0o755)\n", "0o7"), Severity::low);
     EXPECT_EQ(bandit("B103", "if x:\n    os.chmod(path, 0o755)\n", "os.", "high"), Severity::low);
     EXPECT_EQ(bandit("B103", "if x:\n    os.chmod(path, 0o666)\n", "os.", "high"), Severity::high);
 }
