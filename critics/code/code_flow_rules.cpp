@@ -50,6 +50,7 @@ struct Telling {
 Telling tellingOf(const Flow& flow) {
     switch (flow.danger) {
     case Danger::code:
+    case Danger::script:
         return {kRuns, "is run as code", "look the value up among those that are meant"};
     case Danger::command:
         return {kRuns, "becomes part of a command", "hand over a list of words, without a shell"};

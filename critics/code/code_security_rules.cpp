@@ -334,7 +334,8 @@ bool isTest(std::string_view text) {
 /// Whether the text of a stranger was seen to be run on the line of that token.
 bool isTold(const CodeView& view, std::size_t i, const std::vector<Flow>& flows) {
     return std::ranges::any_of(flows, [&](const Flow& flow) {
-        return (flow.danger == Danger::code || flow.danger == Danger::command) &&
+        return (flow.danger == Danger::code || flow.danger == Danger::script ||
+                flow.danger == Danger::command) &&
                flow.offset <= view.code[i].offset &&
                view.code[i].offset < flow.offset + flow.length;
     });

@@ -163,6 +163,8 @@ private:
               const std::vector<Argument>& arguments);
     void sinks(Index node, std::string_view whole, std::string_view last, const Value& receiver,
                const std::vector<Argument>& arguments);
+    /// Whether "eval(text, names)" has names of its own, and not those of the program around it.
+    [[nodiscard]] bool bringsNames(const std::vector<Argument>& arguments) const;
     /// Whether what an answer holds is shown as a page, by the type that it is given.
     [[nodiscard]] bool showsMarkup(const std::vector<Argument>& arguments) const;
 
