@@ -170,6 +170,18 @@ bool isOfPython2(const ForeignSubject& subject, std::string_view name,
     });
 }
 
+/// Whether the module takes the name away, once it is loaded and what asks for it was called.
+bool isTakenAway(const ForeignSubject& subject, std::string_view name) {
+    constexpr std::string_view kDelete = "\ndel ";
+    const std::string_view text = subject.text.substr(0, kMostOfFile);
+    for (std::size_t at = text.find(kDelete); at != std::string_view::npos;
+         at = text.find(kDelete, at + 1)) {
+        const std::string_view rest = text.substr(at + kDelete.size());
+        if (findWord(rest.substr(0, rest.find('\n')), name) != std::string_view::npos) return true;
+    }
+    return false;
+}
+
 /// Whether the file gives itself names that no line of it declares.
 bool makesNames(const ForeignSubject& subject) {
     return containsAnyOf(subject.text.substr(0, kMostOfFile),
@@ -222,7 +234,7 @@ bool mayBeMeant(const ForeignSubject& subject) {
     if (text::isOneOf(name, kBrought) || isUnchecked(subject)) return true;
     const std::string definition = "\ndef " + std::string(name) + "(";
     if (contains(subject.text.substr(0, kMostOfFile), definition)) return true;
-    if (makesNames(subject)) return true;
+    if (makesNames(subject) || isTakenAway(subject, name)) return true;
     const std::vector<Opener> around = openersAround(subject);
     return isOfPython2(subject, name, around) || isMadeByTheLoop(subject, name, around);
 }
@@ -318,6 +330,26 @@ bool isEntryOfTable(const ForeignSubject& subject) {
            !contains(line.substr(0, colon), "(");
 }
 
+/// A hash of the standard library's whose use nothing calls one for security, neither a name on its
+/// line and in its brackets nor that of the function around: a checksum, the key of a cache, the
+/// field of a protocol.
+bool isChecksum(const ForeignSubject& subject) {
+    const std::string_view line = lineOf(subject);
+    if (!contains(line, "hashlib.") &&
+        !contains(subject.text.substr(0, kMostOfFile), "from hashlib import")) {
+        return false;
+    }
+    std::string words(line);
+    words += argumentsOf(subject);
+    for (const Opener& opener : openersAround(subject)) {
+        if (opener.line.starts_with("def ")) words += opener.line.substr(0, opener.line.find('('));
+    }
+    return !containsAnyOf(text::lowerAscii(words),
+                          {"passw", "passphrase", "pwd", "secret", "token", "sign", "auth", "cert",
+                           "crypt", "hmac", "salt", "credential", "login", "user", "session", "otp",
+                           "verif", "nonce"});
+}
+
 /// "extractall(path, filter=\"data\")"
 bool isFiltered(const ForeignSubject& subject) {
     const std::string_view arguments = argumentsOf(subject);
@@ -333,7 +365,7 @@ bool isHarmless(std::string_view number, const ForeignSubject& subject) {
     if (number == "108") return isCompared(subject);
     if (number == "202") return isFiltered(subject);
     if (number == "301") return isOwnFile(subject);
-    if (number == "303" || number == "324") return isEntryOfTable(subject);
+    if (number == "303" || number == "324") return isEntryOfTable(subject) || isChecksum(subject);
     if (number == "317") return contains(lineFrom(subject), "make_parser(");
     return false;
 }
@@ -358,6 +390,8 @@ std::optional<Severity> gradeOfRuff(const ForeignFault& fault, const ForeignSubj
     constexpr std::array<std::string_view, 7> kHints = {"S105", "S106", "S107", "S110",
                                                         "S112", "S310", "S311"};
     if (fault.code.starts_with('S') && isHarmless(fault.code.substr(1), subject)) return kLow;
+    // What is called may be all that is meant.
+    if (fault.code == "B015" && contains(lineFrom(subject), "(")) return kLow;
     // In a selection the rest may declare it; in a whole file the line fails when it is reached.
     if (fault.code == "F823") return whole ? kHigh : kLow;
     if (fault.code == "F821") return whole && !mayBeMeant(subject) ? kHigh : kLow;

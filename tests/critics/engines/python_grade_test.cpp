@@ -75,6 +75,19 @@ TEST(UndeclaredName, ThatSomebodyElseMakesWeighsLittle) {
               Severity::low);
 }
 
+TEST(UndeclaredName, ThatIsTakenAwayWhenItHasBeenUsedWeighsLittle) {
+    EXPECT_EQ(ruff("F821", "day = 1\ndef f():\n    return day\nf()\ndel day\n", "day\nf()"),
+              Severity::low);
+    EXPECT_EQ(ruff("F821", "day = 1\ndef f():\n    return day\ndel f, day\n", "day\ndel"),
+              Severity::low);
+    EXPECT_EQ(ruff("F821", "def f():\n    return day\ndel days\n", "day\n"), Severity::high);
+}
+
+TEST(UselessComparison, ThatCallsSomethingMayBeMeant) {
+    EXPECT_EQ(ruff("B015", "total == 1\n", "total"), Severity::medium);
+    EXPECT_EQ(ruff("B015", "Color.parse(word) is None\n", "Color"), Severity::low);
+}
+
 TEST(UndeclaredName, WhoseCheckIsTurnedOffOnItsLineWeighsLittle) {
     EXPECT_EQ(ruff("F821", "run()  # type: ignore[name-defined]\n", "run"), Severity::low);
     EXPECT_EQ(ruff("F821", "run()  # pylint: disable=undefined-variable\n", "run"), Severity::low);
@@ -161,12 +174,28 @@ TEST(KeptObjects, OfAFileThatIsOpenedThereWeighLittle) {
 TEST(WeakHash, InATableOfThemIsNotUsedThere) {
     EXPECT_EQ(bandit("B303", "HASHES = {\n    'md5': hashes.MD5(),\n}\n", "hashes.MD5"),
               Severity::low);
-    EXPECT_EQ(bandit("B303", "HASHES = {\n    'md5': hashlib.md5(data),\n}\n", "hashlib"),
+    EXPECT_EQ(bandit("B303", "HASHES = {\n    'md5': hashes.MD5(data),\n}\n", "hashes.MD5"),
               Severity::medium);
     EXPECT_EQ(bandit("B303", "digest = hashes.MD5()\n", "hashes"), Severity::medium);
-    EXPECT_EQ(bandit("B303", "if new: md5()\n", "md5"), Severity::medium);
+    EXPECT_EQ(bandit("B303", "if new: MD5()\n", "MD5"), Severity::medium);
     EXPECT_EQ(ruff("S303", "HASHES = {\n    'md5': hashes.MD5(),\n}\n", "hashes.MD5"),
               Severity::low);
+}
+
+TEST(WeakHash, OfWhatNoNameCallsASecretIsAChecksum) {
+    EXPECT_EQ(bandit("B303", "key = hashlib.md5(content).hexdigest()\n", "hashlib"), Severity::low);
+    EXPECT_EQ(ruff("S324", "key = hashlib.sha1(\n    content)\n", "hashlib"), Severity::low);
+    EXPECT_EQ(bandit("B303", "from hashlib import md5\nkey = md5()\n", "key"), Severity::low);
+    EXPECT_EQ(bandit("B303", "key = hashlib.md5(password)\n", "hashlib"), Severity::medium);
+    EXPECT_EQ(bandit("B303", "print_of_cert = hashlib.sha1(\n    data)\n", "hashlib"),
+              Severity::medium);
+    EXPECT_EQ(ruff("S324", "key = hashlib.sha1(\n    user.name)\n", "hashlib"), Severity::medium);
+    EXPECT_EQ(bandit("B303", "def sign(data):\n    if data:\n        return hashlib.md5(data)\n",
+                     "return"),
+              Severity::medium);
+    EXPECT_EQ(bandit("B303", "from Crypto.Hash import MD5\nkey = MD5.new()\n", "key"),
+              Severity::medium)
+        << "who takes a library for ciphers means it for security";
 }
 
 TEST(Archives, ThatAreFilteredWeighLittle) {
