@@ -249,11 +249,24 @@ private:
         });
         for (const Index call : known.calls) plain = plain && handOver(function, parameters, call);
         if (!plain) open(m_tree.child(function, "parameters"));
+        // What no call hands over is none of what a name around the function is given.
+        for (const std::string_view parameter : parameters) {
+            Name& name = nameOf(function, parameter);
+            name.open = name.open || name.values.empty();
+        }
+    }
+
+    /// Whether the first parameter is the object that the function is called of.
+    [[nodiscard]] bool isMethod(Index function) const {
+        Index around = m_tree[function].parent;
+        if (m_tree.is(around, "decorated_definition")) around = m_tree[around].parent;
+        return m_tree.is(m_tree[around].parent, "class_definition");
     }
 
     /// Whether it is known which parameter gets what.
     bool handOver(Index function, const std::vector<std::string_view>& parameters, Index call) {
-        const bool method = m_tree.is(m_tree.child(call, "function"), "attribute");
+        const bool method =
+            m_tree.is(m_tree.child(call, "function"), "attribute") && isMethod(function);
         std::size_t place = method ? 1 : 0;
         bool told = true;
         const Index arguments = m_tree.child(call, "arguments");

@@ -100,6 +100,11 @@ TEST(PythonFixed, WhatThisTextHandsToAFunctionOfItsOwn) {
                 "    def go(self):\n        self._run('make')\n");
     expectFixed("def _run(a):\n    os.system(a)\n"
                 "def go():\n    ways = ['make', 'ls']\n    return [_run(w) for w in ways]\n");
+    expectFixed("def _run(a, b):\n    os.system(a)\nhere._run('make', x)\n");
+    expectOpen("def _run(a, b=1):\n    os.system(a)\nhere._run(x)\n");
+    expectOpen("a = 'make'\ndef _run(a, b=1):\n    os.system(a)\n_run(b='ls')\n");
+    expectOpen("class A:\n    @staticmethod\n    def _run(a, b=1):\n        os.system(a)\n"
+               "A._run(x)\n");
     expectOpen("def run(a):\n    os.system(a)\nrun('make')\n");
     expectOpen("def _run(a):\n    os.system(a)\n");
     expectOpen("def _run(a):\n    os.system(a)\n_run('make')\n_run(x)\n");
