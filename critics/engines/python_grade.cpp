@@ -249,6 +249,8 @@ bool isListedRightly(const ForeignSubject& subject) {
 /// "os.chmod(path, 0o755)": all may read and run it, as programs and folders are for. One of them
 /// names the place of the call, the other that of the mode.
 bool letsNobodyElseWrite(const ForeignSubject& subject) {
+    // What is masked lets those write whom the person lets.
+    if (contains(lineFrom(subject), "umask")) return true;
     std::string_view mode = nameAt(subject);
     if (!mode.starts_with('0')) {
         const std::string_view arguments = argumentsOf(subject);
@@ -265,10 +267,29 @@ bool letsNobodyElseWrite(const ForeignSubject& subject) {
            kWithoutWriting.find(mode[mode.size() - 2]) != std::string_view::npos;
 }
 
+/// Whether a line ends in the middle of a list in quotes that something is looked up in: "if host
+/// in
+/// {'::', ".
+bool looksUpIn(std::string_view line) {
+    const std::size_t in = line.rfind(" in ");
+    if (in == std::string_view::npos) return false;
+    char quote = '\0';
+    for (const char c : line.substr(in + 4)) {
+        if (quote != '\0') {
+            if (c == quote) quote = '\0';
+        } else if (c == '"' || c == '\'') {
+            quote = c;
+        } else if (std::string_view("([{, ").find(c) == std::string_view::npos) {
+            return false;
+        }
+    }
+    return quote == '\0' && !text::trimmed(line).starts_with("for ");
+}
+
 /// Whether the words in quotes at the place are compared, or asked for by `startswith`.
 bool isCompared(const ForeignSubject& subject) {
     const std::string_view before = text::trimmed(lineBefore(subject));
-    if (before.ends_with("==") || before.ends_with("!=") || before.ends_with(" in") ||
+    if (before.ends_with("==") || before.ends_with("!=") || looksUpIn(lineBefore(subject)) ||
         before.ends_with("startswith(") || before.ends_with("startswith((")) {
         return true;
     }
@@ -278,6 +299,17 @@ bool isCompared(const ForeignSubject& subject) {
     if (close == std::string_view::npos) return false;
     rest = text::trimmed(rest.substr(close + 1));
     return rest.starts_with("==") || rest.starts_with("!=") || rest.starts_with("in ");
+}
+
+/// Whether the words in quotes at the place are a folder for everybody, and no file in it.
+bool isFolder(const ForeignSubject& subject) {
+    std::string_view rest = lineFrom(subject);
+    if (rest.empty() || (rest[0] != '"' && rest[0] != '\'')) return false;
+    rest = rest.substr(1, rest.find(rest[0], 1) - 1);
+    if (rest.ends_with('/')) rest.remove_suffix(1);
+    constexpr std::array<std::string_view, 4> kFolders = {"/tmp", "/var/tmp", "/dev/shm",
+                                                          "/usr/tmp"};
+    return text::isOneOf(rest, kFolders);
 }
 
 /// Whether something listens at an address, by the words before it on its line.
@@ -330,6 +362,12 @@ bool isEntryOfTable(const ForeignSubject& subject) {
            !contains(line.substr(0, colon), "(");
 }
 
+/// Where a text is only mixed with others, two that have one hash do no harm; and where the author
+/// says that it is not for security.
+bool isUnhurtByCollisions(const ForeignSubject& subject) {
+    return containsAnyOf(lineOf(subject), {"MGF1(", "usedforsecurity=False"});
+}
+
 /// A hash of the standard library's whose use nothing calls one for security, neither a name on its
 /// line and in its brackets nor that of the function around: a checksum, the key of a cache, the
 /// field of a protocol.
@@ -362,10 +400,12 @@ bool isHarmless(std::string_view number, const ForeignSubject& subject) {
     if (number == "102" || number == "307") return evaluatesWithOwnNames(subject);
     if (number == "103") return letsNobodyElseWrite(subject);
     if (number == "104") return !isListenedAt(subject);
-    if (number == "108") return isCompared(subject);
+    if (number == "108") return isCompared(subject) || isFolder(subject);
     if (number == "202") return isFiltered(subject);
     if (number == "301") return isOwnFile(subject);
-    if (number == "303" || number == "324") return isEntryOfTable(subject) || isChecksum(subject);
+    if (number == "303" || number == "324") {
+        return isEntryOfTable(subject) || isUnhurtByCollisions(subject) || isChecksum(subject);
+    }
     if (number == "317") return contains(lineFrom(subject), "make_parser(");
     return false;
 }

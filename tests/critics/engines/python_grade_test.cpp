@@ -136,6 +136,7 @@ TEST(Permissions, ThatLetNobodyElseWriteWeighLittle) {
     EXPECT_EQ(ruff("S103", "os.chmod(path, 0o775)\n", "0o7"), Severity::medium);
     EXPECT_EQ(ruff("S103", "os.chmod(path, stat.S_IXGRP)\n", "stat."), Severity::medium);
     EXPECT_EQ(ruff("S103", "os.chmod(path, 0o755)\n", "0o7"), Severity::low);
+    EXPECT_EQ(ruff("S103", "os.chmod(path, (0o777 & ~umask() | 0o111))\n", "(0o7"), Severity::low);
     EXPECT_EQ(bandit("B103", "if x:\n    os.chmod(path, 0o755)\n", "os.", "high"), Severity::low);
     EXPECT_EQ(bandit("B103", "if x:\n    os.chmod(path, 0o666)\n", "os.", "high"), Severity::high);
 }
@@ -146,6 +147,8 @@ TEST(AddressOfAll, WeighsWhereSomethingListensThere) {
     EXPECT_EQ(ruff("S104", "HOST = '0.0.0.0'\n", "'0.0"), Severity::medium);
     EXPECT_EQ(ruff("S104", "self.name = ('0.0.0.0', 0)\n", "'0.0"), Severity::low);
     EXPECT_EQ(ruff("S104", "if host == '0.0.0.0':\n", "'0.0"), Severity::low);
+    EXPECT_EQ(ruff("S104", "if host in {'::', '0.0.0.0'}:\n", "'0.0"), Severity::low);
+    EXPECT_EQ(ruff("S104", "for host in known(('::', '0.0.0.0')):\n", "'0.0"), Severity::medium);
 }
 
 TEST(FolderForAll, ThatIsComparedOpensNothing) {
@@ -153,6 +156,12 @@ TEST(FolderForAll, ThatIsComparedOpensNothing) {
     EXPECT_EQ(ruff("S108", "if path[:4] == '/tmp':\n", "'/tmp"), Severity::low);
     EXPECT_EQ(ruff("S108", "if '/tmp' != path[:4]:\n", "'/tmp"), Severity::low);
     EXPECT_EQ(ruff("S108", "if path.startswith('/tmp/'):\n", "'/tmp"), Severity::low);
+}
+
+TEST(FolderForAll, AloneNamesNoFileThatSomebodyCouldForesee) {
+    EXPECT_EQ(ruff("S108", "folders = ['/var/tmp', '/tmp']\n", "'/tmp"), Severity::low);
+    EXPECT_EQ(ruff("S108", "folders = ['/var/tmp/', '/tmp']\n", "'/var"), Severity::low);
+    EXPECT_EQ(ruff("S108", "folders = ['/tmp/list']\n", "'/tmp"), Severity::medium);
 }
 
 TEST(KeptObjects, OfAFileThatIsOpenedThereWeighLittle) {
@@ -186,6 +195,13 @@ TEST(WeakHash, OfWhatNoNameCallsASecretIsAChecksum) {
     EXPECT_EQ(bandit("B303", "key = hashlib.md5(content).hexdigest()\n", "hashlib"), Severity::low);
     EXPECT_EQ(ruff("S324", "key = hashlib.sha1(\n    content)\n", "hashlib"), Severity::low);
     EXPECT_EQ(bandit("B303", "from hashlib import md5\nkey = md5()\n", "key"), Severity::low);
+    EXPECT_EQ(bandit("B303", "nonce = hashlib.md5(user, usedforsecurity=False)\n", "hashlib"),
+              Severity::low);
+    EXPECT_EQ(bandit("B303",
+                     "how = padding.OAEP(padding.MGF1(hashes.SHA1()), hashes.SHA1(), None)\n",
+                     "padding"),
+              Severity::low)
+        << "nothing there needs that no two texts have one hash";
     EXPECT_EQ(bandit("B303", "key = hashlib.md5(password)\n", "hashlib"), Severity::medium);
     EXPECT_EQ(bandit("B303", "print_of_cert = hashlib.sha1(\n    data)\n", "hashlib"),
               Severity::medium);
