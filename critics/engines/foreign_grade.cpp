@@ -109,8 +109,6 @@ constexpr std::array kGrades = {
     ForeignGrade{"ruff", "B006", kLow, "harmless where nobody changes the value"},
     ForeignGrade{"ruff", "B020", kLow, "what is gone through is asked for once, before the name"},
     ForeignGrade{"ruff", "B031", kLow, "a group that is read in its own turn is whole"},
-    ForeignGrade{"ruff", "S608", kLow, "what a query is joined of is read by our own rules"},
-    ForeignGrade{"ruff", "S704", kLow, "what gets into a page is followed by our own rules"},
     ForeignGrade{"ruff", "B018", kLow, "touching a name can be a check of its own"},
     ForeignGrade{"ruff", "PLE0704", kLow, "whoever handles an error may call it"},
     ForeignGrade{"ruff", "PLE0604", kLow, kOthers},

@@ -301,22 +301,11 @@ bool isCompared(const ForeignSubject& subject) {
     return rest.starts_with("==") || rest.starts_with("!=") || rest.starts_with("in ");
 }
 
-/// Whether the words in quotes at the place are a folder for everybody, and no file in it.
-bool isFolder(const ForeignSubject& subject) {
-    std::string_view rest = lineFrom(subject);
-    if (rest.empty() || (rest[0] != '"' && rest[0] != '\'')) return false;
-    rest = rest.substr(1, rest.find(rest[0], 1) - 1);
-    if (rest.ends_with('/')) rest.remove_suffix(1);
-    constexpr std::array<std::string_view, 4> kFolders = {"/tmp", "/var/tmp", "/dev/shm",
-                                                          "/usr/tmp"};
-    return text::isOneOf(rest, kFolders);
-}
-
-/// Whether something listens at an address, by the words before it on its line.
+/// Whether anything in the file may listen at an address.
 bool isListenedAt(const ForeignSubject& subject) {
-    return !isCompared(subject) &&
-           containsAnyOf(text::lowerAscii(lineBefore(subject)),
-                         {"bind", "listen", "run", "serve", "host", "addr", "interface"});
+    return !isCompared(subject) && containsAnyOf(subject.text.substr(0, kMostOfFile),
+                                                 {"bind", "listen", "run(", "serve", "Server",
+                                                  "host", "HOST", "interface"});
 }
 
 /// Whether what is read back was opened there by its name: "with open(name) as f: pickle.load(f)".
@@ -368,9 +357,8 @@ bool isUnhurtByCollisions(const ForeignSubject& subject) {
     return containsAnyOf(lineOf(subject), {"MGF1(", "usedforsecurity=False"});
 }
 
-/// A hash of the standard library's whose use nothing calls one for security, neither a name on its
-/// line and in its brackets nor that of the function around: a checksum, the key of a cache, the
-/// field of a protocol.
+/// A hash of the standard library's that the names around call a checksum, of the line and its
+/// brackets and of the function around, and that none of them calls one for security.
 bool isChecksum(const ForeignSubject& subject) {
     const std::string_view line = lineOf(subject);
     if (!contains(line, "hashlib.") &&
@@ -379,13 +367,22 @@ bool isChecksum(const ForeignSubject& subject) {
     }
     std::string words(line);
     words += argumentsOf(subject);
+    // Who names a function by the algorithm leaves the choice to its callers.
+    bool named = false;
     for (const Opener& opener : openersAround(subject)) {
-        if (opener.line.starts_with("def ")) words += opener.line.substr(0, opener.line.find('('));
+        if (!opener.line.starts_with("def ")) continue;
+        const std::string name = text::lowerAscii(opener.line.substr(0, opener.line.find('(')));
+        named = named || containsAnyOf(name, {"md5", "sha"});
+        words += name;
     }
-    return !containsAnyOf(text::lowerAscii(words),
-                          {"passw", "passphrase", "pwd", "secret", "token", "sign", "auth", "cert",
-                           "crypt", "hmac", "salt", "credential", "login", "user", "session", "otp",
-                           "verif", "nonce"});
+    words = text::lowerAscii(words);
+    if (containsAnyOf(words, {"passw", "passphrase", "pwd", "secret", "token", "sign", "auth",
+                              "cert", "crypt", "hmac", "salt", "credential", "login", "user",
+                              "session", "otp", "verif", "nonce"})) {
+        return false;
+    }
+    return named || containsAnyOf(words, {"checksum", "etag", "cache", "file", "content", "body",
+                                          "md5_", "sha1_", "_md5", "_sha1"});
 }
 
 /// "extractall(path, filter=\"data\")"
@@ -394,18 +391,28 @@ bool isFiltered(const ForeignSubject& subject) {
     return contains(arguments, "filter=") && !contains(arguments, "fully_trusted");
 }
 
+/// Whether the file is of no web application: then markup is taken for safe by what makes pages for
+/// others, and who puts what into it is told where that is done.
+bool isOfLibrary(const ForeignSubject& subject) {
+    return !containsAnyOf(subject.text.substr(0, kMostOfFile),
+                          {"from flask", "import flask", "from django", "import django",
+                           "from bottle", "import bottle", "from quart", "request.args",
+                           "request.form", "request.GET", "request.POST"});
+}
+
 /// Whether what is unsafe in itself does no harm by what stands around it. `number` is that of
 /// Bandit's rule, which Ruff took over.
 bool isHarmless(std::string_view number, const ForeignSubject& subject) {
     if (number == "102" || number == "307") return evaluatesWithOwnNames(subject);
     if (number == "103") return letsNobodyElseWrite(subject);
     if (number == "104") return !isListenedAt(subject);
-    if (number == "108") return isCompared(subject) || isFolder(subject);
+    if (number == "108") return isCompared(subject);
     if (number == "202") return isFiltered(subject);
     if (number == "301") return isOwnFile(subject);
     if (number == "303" || number == "324") {
         return isEntryOfTable(subject) || isUnhurtByCollisions(subject) || isChecksum(subject);
     }
+    if (number == "704") return isOfLibrary(subject);
     if (number == "317") return contains(lineFrom(subject), "make_parser(");
     return false;
 }

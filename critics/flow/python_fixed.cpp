@@ -201,7 +201,8 @@ private:
                 if (m_tree[at].field != "name") return;
                 const Index alias = m_tree.child(at, "alias");
                 const std::string_view name = textOf(alias == kNone ? at : alias);
-                if (!isConstantName(name)) nameOf(m_scope[node], name).open = true;
+                Name& given = nameOf(m_scope[node], name);
+                if (!isConstantName(name)) given.open = true;
             });
         } else if (kind == "call") {
             fill(node);
@@ -397,7 +398,7 @@ private:
             if (scope == 0) break;
             scope = m_scope[scope];
         }
-        return isConstantName(name) || (name.starts_with("__") && name.ends_with("__"));
+        return name.size() > 4 && name.starts_with("__") && name.ends_with("__");
     }
 
     [[nodiscard]] bool isFixed(Index node) const {

@@ -148,6 +148,7 @@ TEST(AddressOfAll, WeighsWhereSomethingListensThere) {
     EXPECT_EQ(ruff("S104", "self.name = ('0.0.0.0', 0)\n", "'0.0"), Severity::low);
     EXPECT_EQ(ruff("S104", "if host == '0.0.0.0':\n", "'0.0"), Severity::low);
     EXPECT_EQ(ruff("S104", "if host in {'::', '0.0.0.0'}:\n", "'0.0"), Severity::low);
+    EXPECT_EQ(ruff("S104", "UDP = '0.0.0.0'\ns.bind((UDP, 80))\n", "'0.0"), Severity::medium);
     EXPECT_EQ(ruff("S104", "for host in known(('::', '0.0.0.0')):\n", "'0.0"), Severity::medium);
 }
 
@@ -156,12 +157,6 @@ TEST(FolderForAll, ThatIsComparedOpensNothing) {
     EXPECT_EQ(ruff("S108", "if path[:4] == '/tmp':\n", "'/tmp"), Severity::low);
     EXPECT_EQ(ruff("S108", "if '/tmp' != path[:4]:\n", "'/tmp"), Severity::low);
     EXPECT_EQ(ruff("S108", "if path.startswith('/tmp/'):\n", "'/tmp"), Severity::low);
-}
-
-TEST(FolderForAll, AloneNamesNoFileThatSomebodyCouldForesee) {
-    EXPECT_EQ(ruff("S108", "folders = ['/var/tmp', '/tmp']\n", "'/tmp"), Severity::low);
-    EXPECT_EQ(ruff("S108", "folders = ['/var/tmp/', '/tmp']\n", "'/var"), Severity::low);
-    EXPECT_EQ(ruff("S108", "folders = ['/tmp/list']\n", "'/tmp"), Severity::medium);
 }
 
 TEST(KeptObjects, OfAFileThatIsOpenedThereWeighLittle) {
@@ -191,10 +186,15 @@ TEST(WeakHash, InATableOfThemIsNotUsedThere) {
               Severity::low);
 }
 
-TEST(WeakHash, OfWhatNoNameCallsASecretIsAChecksum) {
+TEST(WeakHash, ThatNamesCallAChecksumWeighsLittle) {
     EXPECT_EQ(bandit("B303", "key = hashlib.md5(content).hexdigest()\n", "hashlib"), Severity::low);
-    EXPECT_EQ(ruff("S324", "key = hashlib.sha1(\n    content)\n", "hashlib"), Severity::low);
-    EXPECT_EQ(bandit("B303", "from hashlib import md5\nkey = md5()\n", "key"), Severity::low);
+    EXPECT_EQ(ruff("S324", "checksum = hashlib.sha1(\n    data)\n", "hashlib"), Severity::low);
+    EXPECT_EQ(ruff("S324", "etag = hashlib.sha1(data)\n", "hashlib"), Severity::low);
+    EXPECT_EQ(bandit("B303", "from hashlib import md5\ncached = md5()\n", "cached"), Severity::low);
+    EXPECT_EQ(bandit("B303", "def md5_of(x):\n    return hashlib.md5(x)\n", "return"),
+              Severity::low)
+        << "its callers choose it";
+    EXPECT_EQ(bandit("B303", "key = hashlib.md5(data)\n", "hashlib"), Severity::medium);
     EXPECT_EQ(bandit("B303", "nonce = hashlib.md5(user, usedforsecurity=False)\n", "hashlib"),
               Severity::low);
     EXPECT_EQ(bandit("B303",
@@ -202,16 +202,23 @@ TEST(WeakHash, OfWhatNoNameCallsASecretIsAChecksum) {
                      "padding"),
               Severity::low)
         << "nothing there needs that no two texts have one hash";
-    EXPECT_EQ(bandit("B303", "key = hashlib.md5(password)\n", "hashlib"), Severity::medium);
-    EXPECT_EQ(bandit("B303", "print_of_cert = hashlib.sha1(\n    data)\n", "hashlib"),
+    EXPECT_EQ(bandit("B303", "checksum = hashlib.md5(password)\n", "hashlib"), Severity::medium);
+    EXPECT_EQ(ruff("S324", "content = hashlib.sha1(\n    user.name)\n", "hashlib"),
               Severity::medium);
-    EXPECT_EQ(ruff("S324", "key = hashlib.sha1(\n    user.name)\n", "hashlib"), Severity::medium);
-    EXPECT_EQ(bandit("B303", "def sign(data):\n    if data:\n        return hashlib.md5(data)\n",
+    EXPECT_EQ(bandit("B303",
+                     "def sign(content):\n    if content:\n        return hashlib.md5(content)\n",
                      "return"),
               Severity::medium);
-    EXPECT_EQ(bandit("B303", "from Crypto.Hash import MD5\nkey = MD5.new()\n", "key"),
+    EXPECT_EQ(bandit("B303", "from Crypto.Hash import MD5\ncontent = MD5.new()\n", "content"),
               Severity::medium)
         << "who takes a library for ciphers means it for security";
+}
+
+TEST(TrustedMarkup, OfALibraryThatMakesPagesForOthersWeighsLittle) {
+    EXPECT_EQ(ruff("S704", "from markupsafe import Markup\nshown = Markup(value)\n", "Markup("),
+              Severity::low);
+    EXPECT_EQ(ruff("S704", "from flask import Markup\nshown = Markup(value)\n", "Markup("),
+              Severity::medium);
 }
 
 TEST(Archives, ThatAreFilteredWeighLittle) {

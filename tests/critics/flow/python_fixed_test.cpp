@@ -74,6 +74,7 @@ TEST(PythonFixed, NamesThatAreGivenNothingElse) {
     expectOpen("with open('x') as a:\n    os.system(a)\n");
     expectOpen("a, b = 'make', input()\nos.system(a)\n");
     expectOpen("os.system(a)\n");
+    expectOpen("os.system(COMMAND)\n");
     expectOpen("if (a := input()):\n    os.system(a)\n");
     expectOpen("f = lambda a: os.system(a)\n");
     expectOpen("a = b\nb = a\nb = input()\nos.system(a)\n");
