@@ -2,6 +2,7 @@
 
 #include "critics/code/code_rule_table.h"
 #include "critics/code/code_rules.h"
+#include "critics/flow/python_fixed.h"
 #include "critics/text/prose_rules.h"
 #include "text/letters.h"
 
@@ -69,7 +70,7 @@ Critique critiqueCode(const Part& part, Readers readers) {
     checkSwallowedErrors(view, findings);
     checkComparisons(view, findings);
     checkImports(view, findings);
-    checkUnsafeCalls(view, flows, findings);
+    checkUnsafeCalls(view, flows, pythonFixedRuns(tree, part.text), findings);
     checkDownloads(view, findings);
     checkPlainAddresses(view, findings);
     checkUnverifiedPeers(view, findings);

@@ -50,6 +50,7 @@ struct Telling {
 Telling tellingOf(const Flow& flow) {
     switch (flow.danger) {
     case Danger::code:
+    case Danger::script:
         return {kRuns, "is run as code", "look the value up among those that are meant"};
     case Danger::command:
         return {kRuns, "becomes part of a command", "hand over a list of words, without a shell"};
@@ -73,6 +74,9 @@ Telling tellingOf(const Flow& flow) {
     case Danger::load:
         return {kObjects, "is made into objects by a format that can run code",
                 "use JSON, or a loader that makes plain values"};
+    case Danger::module:
+        return {kRuns, "decides which module is loaded",
+                "look the name up among those that are meant"};
     case Danger::pattern:
         return {kPattern, "is used as a regular expression", "escape it"};
     }

@@ -120,11 +120,15 @@ constexpr std::array<std::string_view, 15> kPrinters = {"print(",
 
 bool isNoteToOneself(std::string_view literal) {
     // What stands before the text itself: quotes, and marks that people underline with.
+    char before = '\0';
     while (!literal.empty() && !text::isAsciiLetter(literal.front()) && literal.front() != '*' &&
            literal.front() != '=' && literal.front() != '-' && literal.front() != '#' &&
            literal.front() != '>') {
+        before = literal.front();
         literal.remove_prefix(1);
     }
+    // "/foo" is a path.
+    if (before == '/') return false;
     // f"..." and u"..." have a letter in front of the quote, which is a token of its own.
     std::string text = text::lowerAscii(literal.substr(0, 40));
     while (!text.empty() &&
@@ -367,6 +371,24 @@ bool guardsOnlyAnEnd(const CodeView& view, std::size_t i) {
     return first >= 2 && view.is(first - 1, ":") && view.is(first - 2, "try");
 }
 
+/// Whether a remark right above the `try` of the `except` at `i` says what it is for.
+bool isRemarkedAbove(const CodeView& view, std::size_t i) {
+    constexpr std::size_t kMostLines = 20; // of what is tried: a remark above is about little
+    const std::size_t line = view.lineOf(i);
+    const auto marginOf = [&](std::size_t at) {
+        return view.source.line(at).find_first_not_of(" \t");
+    };
+    const std::size_t margin = marginOf(line);
+    for (std::size_t at = line; at > 1 && line - at < kMostLines;) {
+        --at;
+        const std::string_view words = text::trimmed(view.source.line(at));
+        if (words.empty() || marginOf(at) > margin) continue;
+        return marginOf(at) == margin && words == "try:" &&
+               text::trimmed(view.source.line(at - 1)).starts_with('#');
+    }
+    return false;
+}
+
 void checkPythonExcepts(const CodeView& view, FindingList& findings) {
     for (std::size_t i = 0; i < view.code.size(); ++i) {
         if (!view.is(i, "except")) continue;
@@ -391,7 +413,7 @@ void checkPythonExcepts(const CodeView& view, FindingList& findings) {
         const bool explained = hasComment(view, i, colon + 1) ||
                                (after != view.tokens.end() && after->kind == TokenKind::comment &&
                                 view.source.lineAt(after->offset) == line);
-        if (explained || guardsOnlyAnEnd(view, i)) continue;
+        if (explained || guardsOnlyAnEnd(view, i) || isRemarkedAbove(view, i)) continue;
         // By its name it lets an interruption through, and was chosen.
         addLine(view, named ? kLetGo : kSwallowed, i, "drops every error without a word", findings);
     }

@@ -11,6 +11,7 @@
 #include "critics/flow/flow.h"
 #include "critics/syntax/syntax_tree.h"
 
+#include <cstddef>
 #include <vector>
 
 namespace trevix {
@@ -37,8 +38,10 @@ std::vector<Flow> checkFlows(const CodeView& view, const SyntaxTree& tree, Findi
 void checkMisuses(const CodeView& view, const SyntaxTree& tree, FindingList& findings);
 
 // Security: code_security_rules.cpp
-/// Passes over what `flows` tell of already.
-void checkUnsafeCalls(const CodeView& view, const std::vector<Flow>& flows, FindingList& findings);
+/// Passes over what `flows` tell of already. `fixed` are the offsets of the brackets of calls that
+/// run what stands in the program itself, ascending.
+void checkUnsafeCalls(const CodeView& view, const std::vector<Flow>& flows,
+                      const std::vector<std::size_t>& fixed, FindingList& findings);
 void checkDownloads(const CodeView& view, FindingList& findings);
 void checkPlainAddresses(const CodeView& view, FindingList& findings);
 void checkUnverifiedPeers(const CodeView& view, FindingList& findings);

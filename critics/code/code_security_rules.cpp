@@ -9,6 +9,7 @@
 #include <array>
 #include <string>
 #include <unordered_set>
+#include <utility>
 #include <vector>
 
 namespace trevix {
@@ -333,7 +334,8 @@ bool isTest(std::string_view text) {
 /// Whether the text of a stranger was seen to be run on the line of that token.
 bool isTold(const CodeView& view, std::size_t i, const std::vector<Flow>& flows) {
     return std::ranges::any_of(flows, [&](const Flow& flow) {
-        return (flow.danger == Danger::code || flow.danger == Danger::command) &&
+        return (flow.danger == Danger::code || flow.danger == Danger::script ||
+                flow.danger == Danger::command) &&
                flow.offset <= view.code[i].offset &&
                view.code[i].offset < flow.offset + flow.length;
     });
@@ -347,27 +349,49 @@ bool hasOwnNames(const CodeView& view, std::size_t open) {
     for (std::size_t i = open + 1; i < close; ++i) {
         // The comma of the call itself, with a name behind it.
         if (!view.is(i, ",") || view.parent[i] != open) continue;
-        return view.isKind(i + 1, TokenKind::identifier) && !view.is(i + 1, "globals") &&
-               !view.is(i + 1, "locals");
+        const bool around = view.is(i + 1, "globals") || view.is(i + 1, "locals");
+        return view.isKind(i + 1, TokenKind::identifier) && !(around && view.is(i + 2, "("));
     }
     return false;
 }
 
 /// Whether all of what "shell=True" hands on stands in the program: "run('make all', shell=True)".
-bool isFixedCommand(const CodeView& view, std::size_t shell) {
-    const std::size_t open = view.parent[shell];
-    return open != kNoToken && view.isKind(open + 1, TokenKind::string) && view.is(open + 2, ",") &&
+bool isFixedCommand(const CodeView& view, std::size_t open) {
+    return view.isKind(open + 1, TokenKind::string) && view.is(open + 2, ",") &&
            view.textOf(view.code[open + 1]).front() != 'f';
+}
+
+/// The first name of what is called by the bracket at `open`: `subprocess` in "subprocess.run(".
+std::size_t calleeOf(const CodeView& view, std::size_t open) {
+    std::size_t at = open;
+    while (at > 0 && view.isKind(at - 1, TokenKind::identifier)) {
+        --at;
+        if (at == 0 || !view.is(at - 1, ".")) break;
+        --at;
+    }
+    return view.is(at, ".") ? at + 1 : at;
+}
+
+/// Whether what begins at `i` is the module of a call that hands all of a text to a shell.
+bool callsShell(const CodeView& view, std::size_t i) {
+    if (!view.is(i + 1, ".") || !view.is(i + 3, "(")) return false;
+    if (view.is(i, "os")) return view.is(i + 2, "system") || view.is(i + 2, "popen");
+    return (view.is(i, "subprocess") || view.is(i, "commands")) &&
+           (view.is(i + 2, "getoutput") || view.is(i + 2, "getstatusoutput"));
 }
 
 } // namespace
 
-void checkUnsafeCalls(const CodeView& view, const std::vector<Flow>& flows, FindingList& findings) {
+void checkUnsafeCalls(const CodeView& view, const std::vector<Flow>& flows,
+                      const std::vector<std::size_t>& fixed, FindingList& findings) {
     const Language language = view.language;
     const bool python = language == Language::python;
     const bool evaluates =
         python || isScript(language) || language == Language::php || language == Language::ruby;
     if (!evaluates) return;
+    const auto isFixed = [&](std::size_t open) {
+        return std::ranges::binary_search(fixed, view.code[open].offset);
+    };
     for (std::size_t i = 0; i + 1 < view.code.size(); ++i) {
         if (!view.isKind(i, TokenKind::identifier)) continue;
         if (view.is(i + 1, "(") && !isMember(view, i)) {
@@ -378,7 +402,7 @@ void checkUnsafeCalls(const CodeView& view, const std::vector<Flow>& flows, Find
             // Without an argument it is another function.
             if (runs && !method && !view.is(i + 2, ")")) {
                 if (isTold(view, i, flows)) continue;
-                const bool meant = python && hasOwnNames(view, i + 1);
+                const bool meant = python && (hasOwnNames(view, i + 1) || isFixed(i + 1));
                 addCall(view, meant ? kMeantCall : kUnsafeCall, i, "runs a text as code", findings);
             }
         }
@@ -388,14 +412,17 @@ void checkUnsafeCalls(const CodeView& view, const std::vector<Flow>& flows, Find
         }
         if (python && isTold(view, i, flows)) continue;
         if (python && view.is(i, "shell") && view.is(i + 1, "=") && view.is(i + 2, "True")) {
-            addCall(view, isFixedCommand(view, i) ? kMeantCall : kUnsafeCall, i,
-                    "hands a command to a shell", findings);
+            const std::size_t open = view.parent[i];
+            const bool meant = open != kNoToken && (isFixed(open) || isFixedCommand(view, open));
+            addCall(view, meant ? kMeantCall : kUnsafeCall,
+                    open == kNoToken ? i : calleeOf(view, open), "hands a command to a shell",
+                    findings);
         }
-        // A fixed command is no text of a stranger.
-        if (python && view.is(i, "os") && view.is(i + 1, ".") && view.is(i + 2, "system") &&
-            view.is(i + 3, "(") &&
+        // A command in quotes is no text of a stranger.
+        if (python && callsShell(view, i) &&
             !(view.isKind(i + 4, TokenKind::string) && view.is(i + 5, ")"))) {
-            addCall(view, kUnsafeCall, i, "hands a command to a shell", findings);
+            addCall(view, isFixed(i + 3) ? kMeantCall : kUnsafeCall, i,
+                    "hands a command to a shell", findings);
         }
     }
 }
@@ -518,12 +545,16 @@ void checkHomePaths(const CodeView& view, FindingList& findings) {
         "user",    "username",  "you",      "runner", "ubuntu",   "vagrant",
         "app",     "node",      "shared",   "name",   "someone",  "public",
         "default", "linuxbrew", "circleci", "me",     "youruser", "test"};
+    const auto documentation = view.documentation();
     for (const Token& token : view.tokens) {
         // Elsewhere a path that matters stands in quotes.
         const bool data = view.language == Language::unknown || view.language == Language::yaml ||
                           view.language == Language::shell;
         if (token.kind == TokenKind::comment || (token.kind != TokenKind::string && !data))
             continue;
+        // Documentation shows examples, as comments do.
+        const auto shown = std::pair(token.offset, token.end());
+        if (std::ranges::binary_search(documentation, shown)) continue;
         const std::string_view text = view.textOf(token);
         for (std::size_t i = 0; i < text.size(); ++i) {
             if (text[i] != '/' && text[i] != 'C') continue;

@@ -297,8 +297,9 @@ void checkFalseConditions(const CodeView& view, FindingList& findings) {
         // "do { ... } while (0)" runs once.
         if (loop && i > 0 && (view.is(i - 1, "}") || view.is(i + 4, ";"))) continue;
         const std::size_t start = view.code[i].offset;
-        findings.add(kDeadCode, start, view.source.lineEnd(view.lineOf(i)) - start,
-                     "guards code that never runs");
+        // Python has no other way to put several lines aside, as C has its "#if 0".
+        findings.add(python && !loop ? kShutOff : kDeadCode, start,
+                     view.source.lineEnd(view.lineOf(i)) - start, "guards code that never runs");
     }
     for (const Token& token : view.tokens) {
         if (token.kind != TokenKind::directive) continue;
@@ -432,6 +433,8 @@ void checkIndentation(const CodeView& view, FindingList& findings) {
         const std::size_t indent = line.find_first_not_of(" \t");
         const std::string_view lead = line.substr(0, indent);
         if (lead.empty()) continue;
+        // Python passes over the margin of a remark.
+        if (view.language == Language::python && line[indent] == '#') continue;
         // A tab behind blanks looks different in every editor.
         if (lead.find(" \t") != std::string_view::npos && !mixedLine) mixedLine = i;
         if (lead[0] == '\t') {

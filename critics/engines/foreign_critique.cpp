@@ -397,7 +397,7 @@ Critique critiqueOf(const InstalledEngine& engine, const Part& part, const Child
                                 : offset;
         const std::size_t end = behind && *behind > *offset ? *behind : *offset;
         if (entry.prose && !wasSeen(part.text, seen, *offset, end - *offset)) continue;
-        const auto severity = gradeOf(entry.id, fault, {whole, source.text(), *offset});
+        const auto severity = gradeOf(entry.id, fault, {whole, source.text(), *offset, part.name});
         if (severity) placed.push_back({&fault, *offset, end, *severity});
     }
 

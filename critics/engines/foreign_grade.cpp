@@ -1,11 +1,9 @@
 #include "critics/engines/foreign_grade.h"
 
+#include "critics/engines/python_grade.h"
 #include "critics/engines/shellcheck_grade.h"
-#include "text/letters.h"
 #include "text/one_of.h"
-#include "text/unicode.h"
 
-#include <algorithm>
 #include <array>
 #include <string>
 
@@ -104,6 +102,8 @@ constexpr std::array kGrades = {
     ForeignGrade{"ruff", "S302", kLow, "the format is Python's own for what it keeps"},
     ForeignGrade{"ruff", "F811", kLow, "the later definition holds, often on purpose"},
     ForeignGrade{"ruff", "B006", kLow, "harmless where nobody changes the value"},
+    ForeignGrade{"ruff", "B020", kLow, "what is gone through is asked for once, before the name"},
+    ForeignGrade{"ruff", "B031", kLow, "a group that is read in its own turn is whole"},
     ForeignGrade{"ruff", "B018", kLow, "touching a name can be a check of its own"},
     ForeignGrade{"ruff", "PLE0704", kLow, "whoever handles an error may call it"},
     ForeignGrade{"ruff", "PLE0604", kLow, kOthers},
@@ -237,77 +237,9 @@ bool fits(std::string_view pattern, std::string_view code) {
     return code.starts_with(pattern.substr(0, pattern.size() - 1));
 }
 
-/// "eval(text, names)" and "exec(text, names)": with names of its own it is there to evaluate, and
-/// what it may reach was thought of.
-bool evaluatesWithOwnNames(const ForeignSubject& subject) {
-    constexpr std::size_t kLongestCall = 400; // bytes: a call on a few lines
-    const std::string_view text =
-        subject.text.substr(std::min(subject.offset, subject.text.size()), kLongestCall);
-    const std::size_t call = std::min(text.find("eval("), text.find("exec("));
-    if (call == std::string_view::npos) return false;
-    int depth = 0;
-    for (std::size_t i = call + 4; i < text.size(); ++i) {
-        if (text[i] == '(' || text[i] == '[' || text[i] == '{') ++depth;
-        if (text[i] == ')' || text[i] == ']' || text[i] == '}') --depth;
-        if (depth == 0) return false;
-        if (depth > 1 || text[i] != ',') continue;
-        const std::string_view names = text::trimmed(text.substr(i + 1));
-        return !names.empty() && text::isAsciiWord(names.front()) &&
-               !names.starts_with("globals()") && !names.starts_with("locals()");
-    }
-    return false;
-}
-
-std::optional<Severity> ofBandit(const ForeignFault& fault, const ForeignSubject& subject) {
-    if ((fault.code == "B102" || fault.code == "B307") && evaluatesWithOwnNames(subject)) {
-        return kLow;
-    }
-    // What it is hardly sure of weighs one step less.
-    const bool sure = fault.confidence != "low";
-    if (fault.level == "high") return sure ? kHigh : kMedium;
-    if (fault.level == "medium") return sure ? kMedium : kLow;
-    if (fault.level == "low") return sure ? kLow : kOff;
-    return kOff;
-}
-
-/// Whether the name that nothing declares is one that only a checker of types reads, as it stands
-/// in quotes, or a function of the module's own, which it takes away once it is loaded.
-bool mayBeMeant(const ForeignSubject& subject) {
-    const std::string_view text = subject.text;
-    const std::size_t begin = std::min(subject.offset, text.size());
-    if (begin > 0 && (text[begin - 1] == '"' || text[begin - 1] == '\'')) return true;
-    std::size_t end = begin;
-    while (end < text.size() && text::isAsciiWord(text[end])) ++end;
-    if (end == begin) return false;
-    const std::string definition = "\ndef " + std::string(text.substr(begin, end - begin)) + "(";
-    return text.find(definition) != std::string_view::npos;
-}
-
-/// It has no levels. Those of what is unsafe are Bandit's, whose rules they are.
-std::optional<Severity> ofRuff(const ForeignFault& fault, const ForeignSubject& subject) {
-    const bool whole = subject.whole;
-    constexpr std::array<std::string_view, 14> kUnsafe = {"S201", "S312", "S321", "S501", "S502",
-                                                          "S503", "S505", "S507", "S508", "S602",
-                                                          "S605", "S609", "S612", "S701"};
-    constexpr std::array<std::string_view, 7> kHints = {"S105", "S106", "S107", "S110",
-                                                        "S112", "S310", "S311"};
-    if ((fault.code == "S102" || fault.code == "S307") && evaluatesWithOwnNames(subject)) {
-        return kLow;
-    }
-    // In a selection the rest may declare it; in a whole file the line fails when it is reached.
-    // What `__all__` names may be made on demand.
-    if (fault.code == "F823") return whole ? kHigh : kLow;
-    if (fault.code == "F821") return whole && !mayBeMeant(subject) ? kHigh : kLow;
-    if (fault.code == "F822") return whole ? kMedium : kLow;
-    if (text::isOneOf(fault.code, kHints)) return kLow;
-    if (!text::isOneOf(fault.code, kUnsafe)) return kMedium;
-    // So it says of commands that are words in quotes.
-    return fault.message.find("seems safe") == std::string::npos ? kHigh : kLow;
-}
-
 std::optional<Severity> byEngine(std::string_view engine, const ForeignFault& fault,
                                  const ForeignSubject& subject) {
-    if (engine == "bandit") return ofBandit(fault, subject);
+    if (engine == "bandit") return gradeOfBandit(fault, subject);
     if (engine == "shellcheck") return shellcheckGrade(fault, subject);
     if (engine == "cppcheck") {
         // An error is certain; as a warning it supposes a path, such as a loop without a turn.
@@ -321,7 +253,7 @@ std::optional<Severity> byEngine(std::string_view engine, const ForeignFault& fa
     if (engine == "oxlint") return text::isOneOf(fault.code, kScriptFaults) ? kMedium : kOff;
     if (engine == "biome") return text::isOneOf(fault.code, kBiomeFaults) ? kMedium : kOff;
     if (engine == "markdownlint" || engine == "harper") return kOff;
-    if (engine == "ruff") return ofRuff(fault, subject);
+    if (engine == "ruff") return gradeOfRuff(fault, subject);
     if (engine == "python" && fault.code == "warning") return kMedium;
     // Who has no levels says no more than whether a file parses.
     return fault.level.empty() ? kHigh : gradeOfLevel(fault);

@@ -31,8 +31,9 @@ struct ForeignGrade {
 /// What a fault is about.
 struct ForeignSubject {
     bool whole = false; ///< A whole file: a name that nothing in it declares is declared nowhere.
-    std::string_view text;  ///< The file; empty where it is not known.
-    std::size_t offset = 0; ///< The byte of it at which the fault stands.
+    std::string_view text;      ///< The file; empty where it is not known.
+    std::size_t offset = 0;     ///< The byte of it at which the fault stands.
+    std::string_view name = {}; ///< The name of the file; empty where it is not known.
 };
 
 /// The severity of what `engine` found; absent where it is not reported.

@@ -4,6 +4,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
 #include <optional>
 #include <utility>
 
@@ -83,6 +84,19 @@ ForeignReading readShellcheck(std::string_view output) {
     });
 }
 
+namespace {
+
+/// Of a call that is handed to a shell Bandit names the line of the option that says so; the call
+/// begins in the first of its lines.
+std::size_t beginOfCall(const json& entry, std::string_view code, std::size_t line) {
+    const json* lines = listIn(entry, "line_range");
+    if ((code != "B602" && code != "B604") || lines == nullptr || lines->empty()) return line;
+    const json& first = lines->front();
+    return first.is_number_unsigned() ? std::min(line, first.get<std::size_t>()) : line;
+}
+
+} // namespace
+
 ForeignReading readBandit(std::string_view output) {
     const auto answer = hostileObject(output);
     if (!answer) return notUnderstood();
@@ -99,7 +113,7 @@ ForeignReading readBandit(std::string_view output) {
             fault = ForeignFault{*code,
                                  orEmpty(textIn(entry, "issue_severity")),
                                  orEmpty(textIn(entry, "issue_confidence")),
-                                 *line,
+                                 beginOfCall(entry, *code, *line),
                                  column ? *column + 1 : 0,
                                  *message};
         }

@@ -176,6 +176,12 @@ bool isSameSlip(const Finding& a, const Finding& b) {
     return subject == kSyntax && a.severity >= Severity::high && b.severity >= Severity::high;
 }
 
+/// Whether the finding says that what is run was followed to the author's own words, or has names
+/// of its own: then who saw the call alone knows less of it.
+bool hasLooked(const Finding& finding) {
+    return finding.rule == "code.runs_text" && finding.severity == Severity::low;
+}
+
 } // namespace
 
 std::string_view subjectOf(std::string_view rule) {
@@ -221,7 +227,7 @@ void mergeFindings(std::vector<Finding>& findings, std::vector<Finding> more) {
             findings.begin(), end, [&](const Finding& each) { return isSameSlip(each, finding); });
         if (same == end) {
             findings.push_back(std::move(finding));
-        } else if (finding.severity > same->severity) {
+        } else if (!hasLooked(*same) && (finding.severity > same->severity || hasLooked(finding))) {
             *same = std::move(finding);
         }
     }

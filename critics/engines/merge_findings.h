@@ -17,9 +17,10 @@ namespace trevix {
 /// Takes `more`, what another critic found in the same part, into `findings`, what is known so far.
 /// Two findings are of one slip when their rules are about the same thing and they stand on the
 /// same line; that a text does not parse is one slip wherever the two readers noticed. Of such two
-/// the graver stays, in its place in the list; of equals the one that was there first. Findings
-/// without a line, and of rules that have no like, always stay. All of `more` that stays comes
-/// behind.
+/// the graver stays, in its place in the list; of equals the one that was there first. But where
+/// our own rule has seen that what is run are the author's words, that holds against all who saw
+/// the call alone. Findings without a line, and of rules that have no like, always stay. All of
+/// `more` that stays comes behind.
 void mergeFindings(std::vector<Finding>& findings, std::vector<Finding> more);
 
 /// Takes in what another critic says of the same part: coverage and extent as `addSecondOpinion`

@@ -22,6 +22,8 @@ enum class Danger {
     output,   ///< It becomes part of a header, a cookie or a line of a log.
     load,     ///< It is made into objects by a format that can hold code.
     pattern,  ///< It is used as a regular expression.
+    script,   ///< It is run as code, with names that are meant for that.
+    module,   ///< It names a module of the program's own language, which is loaded.
 };
 
 /// Who could have written it.

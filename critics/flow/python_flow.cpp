@@ -73,19 +73,11 @@ void Analysis::collectFunctions() {
         const Index parameters = m_tree.child(i, "parameters");
         for (Index p = parameters == kNone ? kNone : m_tree.firstChild(parameters); p != kNone;
              p = m_tree.nextSibling(p)) {
-            if (m_tree[p].named) function.parameters.push_back(parameterName(p));
+            if (m_tree[p].named) function.parameters.push_back(parameterName(m_tree, m_text, p));
         }
         m_byName.emplace(function.name, m_functions.size());
         m_functions.push_back(std::move(function));
     }
-}
-
-std::string_view Analysis::parameterName(Index node) const {
-    if (m_tree.is(node, "identifier")) return textOf(node);
-    const Index name = m_tree.child(node, "name");
-    if (name != kNone) return textOf(name);
-    const Index first = m_tree.firstChild(node);
-    return m_tree.is(first, "identifier") ? textOf(first) : std::string_view();
 }
 
 Index Analysis::routeOf(Index decorated) const {

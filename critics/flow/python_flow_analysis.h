@@ -61,8 +61,6 @@ private:
     /// The first named child, or the node itself without any.
     [[nodiscard]] Index namedChildOr(Index node) const;
     void collectFunctions();
-    /// Empty for what has no name, as the bare star.
-    [[nodiscard]] std::string_view parameterName(Index node) const;
     /// The words of the address that a decorator binds the function to; kNone without any.
     [[nodiscard]] Index routeOf(Index decorated) const;
     /// Whether a class around it serves HTTP by the library's own server.
@@ -165,6 +163,8 @@ private:
               const std::vector<Argument>& arguments);
     void sinks(Index node, std::string_view whole, std::string_view last, const Value& receiver,
                const std::vector<Argument>& arguments);
+    /// Whether "eval(text, names)" has names of its own, and not those of the program around it.
+    [[nodiscard]] bool bringsNames(const std::vector<Argument>& arguments) const;
     /// Whether what an answer holds is shown as a page, by the type that it is given.
     [[nodiscard]] bool showsMarkup(const std::vector<Argument>& arguments) const;
 

@@ -317,7 +317,8 @@ void Analysis::sinks(Index node, std::string_view whole, std::string_view last,
     const bool method = m_tree.is(m_tree.child(node, "function"), "attribute");
     for (const Sink& sink : kSinks) {
         if (sink.name != whole) continue;
-        arrive(sink.danger, node, given(sink.argument, sink.keyword));
+        const bool script = (whole == "eval" || whole == "exec") && bringsNames(arguments);
+        arrive(script ? Danger::script : sink.danger, node, given(sink.argument, sink.keyword));
     }
     if (text::isOneOf(whole, kRunners)) {
         const Argument* command = argument(arguments, 0, "args");
@@ -383,6 +384,14 @@ void Analysis::sinks(Index node, std::string_view whole, std::string_view last,
     if (m_names.imports("tornado") && whole == "self.redirect") {
         arrive(Danger::redirect, node, given(0, "url"));
     }
+}
+
+bool Analysis::bringsNames(const std::vector<Argument>& arguments) const {
+    const Argument* names = argument(arguments, 1, "globals");
+    if (names == nullptr) return false;
+    if (m_tree.is(names->node, "none")) return false;
+    const std::string_view of = textOf(m_tree.child(names->node, "function"));
+    return of != "globals" && of != "locals" && of != "vars";
 }
 
 bool Analysis::showsMarkup(const std::vector<Argument>& arguments) const {

@@ -34,11 +34,13 @@ constexpr Dangers bits(std::initializer_list<Danger> dangers) {
     return all;
 }
 
-/// A program of the command line opens what it is told to; only what runs is asked about.
+/// A program of the command line opens and loads what it is told to, and is scripted; only what
+/// runs otherwise is asked about.
 constexpr Dangers kOfPerson = bits({Danger::code, Danger::command, Danger::query});
 /// What is decided by the host of an address.
 constexpr Dangers kWhereTo = bits({Danger::address, Danger::redirect});
-constexpr Dangers kOfNetwork = bits({Danger::code, Danger::command, Danger::query, Danger::load});
+constexpr Dangers kOfNetwork = bits(
+    {Danger::code, Danger::command, Danger::query, Danger::load, Danger::script, Danger::module});
 
 /// Where something comes in. Number 0 is nobody's.
 struct Source {

@@ -102,4 +102,12 @@ SyntaxTree::Index firstNamed(const SyntaxTree& tree, SyntaxTree::Index node) {
     return SyntaxTree::kNone;
 }
 
+std::string_view parameterName(const SyntaxTree& tree, std::string_view text, Index parameter) {
+    if (tree.is(parameter, "identifier")) return tree.textOf(parameter, text);
+    const Index name = tree.child(parameter, "name");
+    if (name != kNone) return tree.textOf(name, text);
+    const Index first = tree.firstChild(parameter);
+    return tree.is(first, "identifier") ? tree.textOf(first, text) : std::string_view();
+}
+
 } // namespace trevix

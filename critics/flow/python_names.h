@@ -37,4 +37,8 @@ private:
 /// The first named node right inside that is no comment; kNone without any.
 [[nodiscard]] SyntaxTree::Index firstNamed(const SyntaxTree& tree, SyntaxTree::Index node);
 
+/// The name of a parameter, a child of "parameters"; empty for what has none, as the bare star.
+[[nodiscard]] std::string_view parameterName(const SyntaxTree& tree, std::string_view text,
+                                             SyntaxTree::Index parameter);
+
 } // namespace trevix

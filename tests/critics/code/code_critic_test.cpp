@@ -294,6 +294,8 @@ TEST(CodeCritic, LeftOverDebugging) {
          {"Ruby", "binding.pry\n", stop, "a.rb"},
          {"PHP", "<?php var_dump($x);\n", output, "a.php"},
          {"a program that prints", "print(\"total:\", x)\n", {}, "a.py"},
+         {"a path", "print(\" /foo\")\nprint(\"./test\")\n", {}, "a.py"},
+         {"underlined", "print(\"--- here ---\")\n", output, "a.py"},
          {"a sentence", "print(\"Test results are in\")\n", {}, "a.py"},
          {"script for the command line", "#!/usr/bin/env node\nconsole.log(x);\n", {}, "a.js"},
          {"in a string", "const a = \"console.log(x)\";\n", {}, "a.js"},
@@ -360,7 +362,9 @@ TEST(CodeCritic, WhatIsDroppedOrShutOffInSoManyWordsIsLow) {
     EXPECT_EQ(severityOf("try { f(); } catch (e) { }\n", "a.js", "code.swallowed_error"),
               Severity::medium);
     EXPECT_EQ(severityOf("#if 0\nint x;\n#endif\n", "a.c", "code.dead_code"), Severity::low);
-    EXPECT_EQ(severityOf("if 0:\n    f()\n", "a.py", "code.dead_code"), Severity::medium);
+    EXPECT_EQ(severityOf("if 0:\n    f()\n", "a.py", "code.dead_code"), Severity::low);
+    EXPECT_EQ(severityOf("while False:\n    f()\n", "a.py", "code.dead_code"), Severity::medium);
+    EXPECT_EQ(severityOf("if (false) { f(); }\n", "a.js", "code.dead_code"), Severity::medium);
     EXPECT_EQ(severityOf("def f():\n    raise E\n    return None\n", "a.py", "code.dead_code"),
               Severity::low);
     EXPECT_EQ(severityOf("def f():\n    raise E\n    return g()\n", "a.py", "code.dead_code"),
@@ -372,7 +376,21 @@ TEST(CodeCritic, WhatIsDroppedOrShutOffInSoManyWordsIsLow) {
               Severity::medium);
     EXPECT_EQ(severityOf("x = eval(text, self.names)\n", "a.py", "code.runs_text"), Severity::low);
     EXPECT_EQ(severityOf("x = eval(text, globals())\n", "a.py", "code.runs_text"), Severity::high);
+    EXPECT_EQ(severityOf("def f(globals):\n    exec(text, globals)\n", "a.py", "code.runs_text"),
+              Severity::low);
     EXPECT_EQ(severityOf("run('make all', shell=True)\n", "a.py", "code.runs_text"), Severity::low);
+    EXPECT_EQ(severityOf("exec('a = 1')\n", "a.py", "code.runs_text"), Severity::low);
+    EXPECT_EQ(severityOf("kinds = '\"a\", \"b\"'\nx = eval(kinds)\n", "a.py", "code.runs_text"),
+              Severity::low);
+    EXPECT_EQ(severityOf("command = 'make all'\nos.system(command)\n", "a.py", "code.runs_text"),
+              Severity::low);
+    EXPECT_EQ(severityOf("command = 'make all'\nos.popen(command)\n", "a.py", "code.runs_text"),
+              Severity::low);
+    EXPECT_EQ(
+        severityOf("command = 'make all'\nrun(command, shell=True)\n", "a.py", "code.runs_text"),
+        Severity::low);
+    EXPECT_EQ(severityOf("command = input()\nrun(command, shell=True)\n", "a.py", "code.runs_text"),
+              Severity::high);
     EXPECT_TRUE(critiqueCode(textPart("try:\n    f.close()\nexcept Exception:\n    pass\n", "a.py",
                                       "text/x-code"))
                     .findings.empty());
@@ -395,6 +413,16 @@ TEST(CodeCritic, SwallowedErrors) {
          {"except Exception", "try:\n    f()\nexcept Exception as e:\n    pass\n", swallowed,
           "a.py"},
          {"narrow", "try:\n    f()\nexcept KeyError:\n    pass\n", {}, "a.py"},
+         {"said why above",
+          "# Some have no colours.\ntry:\n    f()\nexcept:\n    pass\n",
+          {},
+          "a.py"},
+         {"said of something else", "# Begins.\na = 1\ntry:\n    f()\nexcept:\n    pass\n",
+          swallowed, "a.py"},
+         {"said of one around",
+          "# Begins.\ntry:\n    g()\n    try:\n        f()\n    except:\n"
+          "        pass\nfinally:\n    h()\n",
+          swallowed, "a.py"},
          {"said why", "try:\n    f()\nexcept Exception:\n    pass  # best effort\n", {}, "a.py"},
          {"Go", "func f() {\n\terr := g()\n\t_ = err\n}\n", swallowed, "a.go"}},
         critiqueCode);
@@ -473,6 +501,11 @@ TEST(CodeCritic, Indentation) {
         {{"blank before tab", "void f() {\n \tg();\n}\n", {"code.mixed_indentation"}, "a.c"},
          {"tabs, aligned with blanks", "void f() {\n\tg(a,\n\t  b);\n}\n", {}, "a.c"},
          {"eight blanks are a tab", "void f()\n{\n    if (a)\n\tg();\n}\n", {}, "a.c"},
+         {"a remark alone", "def f():\n    a()\n\t# Then the other.\n    b()\n", {}, "a.py"},
+         {"a remark behind it",
+          "def f():\n    a()\ndef g():\n\tb()  # The other.\n",
+          {"code.mixed_indentation"},
+          "a.py"},
          {"in a text", "x = '''\n\ta\n    b\n'''\nif x:\n    f()\n", {}, "a.py"}},
         critiqueCode);
 }
@@ -483,6 +516,11 @@ TEST(CodeCritic, PathsAndImports) {
         {{"home", "f(\"/home/alice/data.csv\");\n", {"code.home_path"}, "a.js"},
          {"Mac", "f(\"/Users/alice/data.csv\");\n", {"code.home_path"}, "a.js"},
          {"Windows", "f('C:\\\\Users\\\\alice\\\\data.csv');\n", {"code.home_path"}, "a.js"},
+         {"in documentation",
+          "def f():\n    \"\"\"As in /home/alice/data.csv.\"\"\"\n",
+          {},
+          "a.py"},
+         {"in other text", "a = \"\"\"\n/home/alice/data.csv\"\"\"\n", {"code.home_path"}, "a.py"},
          {"anybody", "f(\"/home/user/data.csv\", \"/home/\" + name);\n", {}, "a.js"},
          {"a route", "f(\"https://example.com/home/alice/x\");\n", {}, "a.js"},
          {"in a comment", "// /home/alice/data.csv was here\nf();\n", {}, "a.js"},
@@ -605,6 +643,9 @@ TEST(CodeCritic, CodeThatRunsText) {
          {"exec", "exec(text)\n", runs, "a.py"},
          {"JavaScript", "const x = eval(text);\n", runs, "a.js"},
          {"shell", "subprocess.run(cmd, shell=True)\n", runs, "a.py"},
+         {"popen", "text = os.popen(command).read()\n", runs, "a.py"},
+         {"getoutput", "text = subprocess.getoutput(command)\n", runs, "a.py"},
+         {"fixed", "text = os.popen('uname -a').read()\n", {}, "a.py"},
          {"a method", "model.eval()\nx = ast.literal_eval(t)\ny = re.exec(t)\n", {}, "a.py"},
          {"regular expression", "const m = pattern.exec(text);\n", {}, "a.js"},
          {"a list", "subprocess.run([\"ls\", path])\n", {}, "a.py"},
@@ -619,6 +660,13 @@ TEST(CodeCritic, CodeThatRunsText) {
          {"marks", "q = f\"SELECT * FROM a WHERE b IN ({placeholders})\"\n", {}, "a.py"},
          {"a sentence", "m = \"Select a file from \" + folder\n", {}, "a.py"}},
         critiqueCode);
+}
+
+TEST(CodeCritic, ACommandOfSeveralLinesIsToldWhereItIsCalled) {
+    const std::string text = "def f(command):\n    return subprocess.run(\n        command,\n"
+                             "        shell=True)\n";
+    const auto findings = critiqueCode(textPart(text, "a.py", "text/x-code")).findings;
+    EXPECT_EQ(onlyFinding(findings, "code.runs_text").place, "line 2, column 12");
 }
 
 TEST(CodeCritic, SecretsInDocumentationAreMostlyExamples) {

@@ -303,6 +303,23 @@ TEST(ForeignAnswer, WhatStandsForASecretThatWasTakenOutIsNone) {
     EXPECT_TRUE(findings.empty());
 }
 
+TEST(ForeignAnswer, ACallForAShellStandsWhereItBeginsAndNotAtItsOption) {
+    const Part part = code("a.py", "a = 1\nrun(\n    command,\n    shell=True)\n");
+    const auto placeOf = [&](std::string range) {
+        return critiqueOf(hereAs("bandit"), part,
+                          exited(1, R"({"errors":[],"results":[{"test_id":"B602","line_number":4,
+                              "issue_severity":"HIGH","issue_confidence":"HIGH",)" +
+                                        range + R"("issue_text":"a shell"}]})"))
+            .findings.at(0)
+            .place;
+    };
+    EXPECT_EQ(placeOf(R"("line_range":[2,3,4],)"), "line 2, column 1");
+    EXPECT_EQ(placeOf(""), "line 4, column 5");
+    EXPECT_EQ(placeOf(R"("line_range":[],)"), "line 4, column 5");
+    EXPECT_EQ(placeOf(R"("line_range":["2"],)"), "line 4, column 5");
+    EXPECT_EQ(placeOf(R"("line_range":[9],)"), "line 4, column 5") << "behind the option";
+}
+
 TEST(ForeignAnswer, TheWordsOfAProgramStayOnOneShortLine) {
     const std::string words = std::string(900, 'w') + "\\nmore";
     const auto findings = critiqueOf(hereAs("shellcheck"), code("a.sh", "ls\n"),

@@ -112,6 +112,22 @@ TEST(MergeFindings, OfTwoTheGraverStaysInItsPlace) {
                 ElementsAre("code.guessable_secret"));
 }
 
+TEST(MergeFindings, WhatWasReadToBeTheAuthorsOwnTextIsNoneTheWorseForWhoDidNotLook) {
+    const Finding own = found("code.runs_text", "line 3, column 1", Severity::low);
+    EXPECT_THAT(merged({own}, {found("bandit.B602", "line 3, column 1")}),
+                ElementsAre("code.runs_text"));
+    EXPECT_THAT(merged({found("ruff.S307", "line 3, column 1")}, {own}),
+                ElementsAre("code.runs_text"));
+    EXPECT_THAT(merged({found("code.runs_text", "line 3, column 1", Severity::low),
+                        found("code.runs_text", "line 3, column 30")},
+                       {found("bandit.B602", "line 3, column 1")}),
+                ElementsAre("code.runs_text", "code.runs_text"));
+    EXPECT_THAT(merged({found("ruff.S602", "line 3, column 1", Severity::low)},
+                       {found("bandit.B602", "line 3, column 1")}),
+                ElementsAre("bandit.B602"))
+        << "between two who did not look the graver stays";
+}
+
 TEST(MergeFindings, TwoOfOneCriticAreTwo) {
     EXPECT_THAT(merged({}, {found("bandit.B602", "line 3, column 1"),
                             found("bandit.B602", "line 3, column 1")}),

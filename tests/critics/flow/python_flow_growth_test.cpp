@@ -1,5 +1,6 @@
 // What following data costs in programs that were made to be slow.
 
+#include "critics/flow/python_fixed.h"
 #include "critics/flow/python_flow.h"
 #include "critics/flow/python_misuse.h"
 #include "critics/syntax/syntax_reader.h"
@@ -37,6 +38,7 @@ TEST_P(PythonFlowGrowth, IsThatOfTheProgram) {
     expectModestGrowth(programs, [](const Program& program) {
         static_cast<void>(pythonFlows(program.tree, program.text));
         static_cast<void>(pythonMisuses(program.tree, program.text));
+        static_cast<void>(pythonFixedRuns(program.tree, program.text));
     });
 }
 
@@ -44,9 +46,11 @@ INSTANTIATE_TEST_SUITE_P(
     Pieces, PythonFlowGrowth,
     testing::Values("(", "f(", "a.", "a[", "not ", "a in (", "if a:\n", "if a in b:\n c = d\n",
                     "for a in b:\n  c = d\n  break\n", "while a < b:\n c = d\n", "a = f(a, b)\n",
-                    "d['k'] = x\n", "def f(a, b):\n  eval(a)\nf(1, 2)\n", "import a\n", "x and ",
-                    "a if b else ", "[a for a in ", "f'{a}' + ", "return x\n",
-                    "if a in b:\n  return 1\nelif c:\n  d = 1\n",
+                    "d['k'] = x\n", "a += b\neval(a)\n",
+                    "a = ", "def _f(a, b):\n  eval(a)\n_f(b, 2)\n", "def f(a):\n b = a; eval(b)\n",
+                    "words.append(a)\nos.system(words)\n", "def f(a, b):\n  eval(a)\nf(1, 2)\n",
+                    "import a\n", "x and ", "a if b else ", "[a for a in ", "f'{a}' + ",
+                    "return x\n", "if a in b:\n  return 1\nelif c:\n  d = 1\n",
                     "from flask import request\nq = request.args['q']\nif q in a:\n  open(q)\n"));
 
 } // namespace

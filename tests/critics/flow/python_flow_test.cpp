@@ -258,6 +258,17 @@ TEST(PythonFlow, KnowsTheFrameworks) {
 TEST(PythonFlow, WhoRunsAProgramMayOpenFilesButIsNotEvaluated) {
     EXPECT_EQ(dangersOf("import sys\nopen(sys.argv[1])\n"), Dangers{});
     EXPECT_EQ(dangersOf("eval(input())\n"), Dangers{Danger::code});
+    // With names of its own a program is there to be scripted by who runs it, and by nobody else.
+    EXPECT_EQ(dangersOf("def f(names):\n    exec(input(), names)\n"), Dangers{});
+    EXPECT_EQ(dangersOf("exec(input(), globals())\n"), Dangers{Danger::code});
+    EXPECT_EQ(dangersOf("eval(input(), {})\n"), Dangers{});
+    EXPECT_EQ(dangersOf(view("eval(request.args['q'], names)")), Dangers{Danger::script});
+    // Who runs it may load what they like.
+    EXPECT_EQ(dangersOf("import sys\n__import__(sys.argv[1])\n"), Dangers{});
+    EXPECT_EQ(dangersOf(view("__import__(request.args['q'])")), Dangers{Danger::module});
+    EXPECT_EQ(dangersOf("import importlib, requests\n"
+                        "importlib.import_module(requests.get('https://a.example').text)\n"),
+              Dangers{Danger::module});
     EXPECT_EQ(dangersOf("import pickle, requests\n"
                         "pickle.loads(requests.get('https://a.example').content)\n"),
               Dangers{Danger::load});

@@ -1,0 +1,250 @@
+// Is what Bandit and Ruff say of Python weighed by what stands around it?
+
+#include "critics/engines/python_grade.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <string_view>
+
+namespace trevix {
+namespace {
+
+/// The grade of a fault of Ruff's at the last place where `at` stands in a whole file.
+std::optional<Severity> ruff(std::string code, std::string_view text, std::string_view at,
+                             std::string_view name = "work.py") {
+    return gradeOfRuff({std::move(code), "", "", 1, 1, ""}, {true, text, text.rfind(at), name});
+}
+
+/// As Bandit has it, which names a line alone; it is sure.
+std::optional<Severity> bandit(std::string code, std::string_view text, std::string_view at,
+                               std::string level = "medium") {
+    const std::size_t found = text.rfind(at);
+    const std::size_t line = found == 0 ? 0 : text.rfind('\n', found - 1) + 1;
+    const std::size_t begin = text.find_first_not_of(" \t", line);
+    return gradeOfBandit({std::move(code), std::move(level), "high", 1, 1, ""},
+                         {true, text, begin, "work.py"});
+}
+
+TEST(UndeclaredName, IsAFault) {
+    EXPECT_EQ(ruff("F821", "print(total)\n", "total"), Severity::high);
+    EXPECT_EQ(ruff("F821", "def f():\n    return unicode(1)\n", "unicode"), Severity::high);
+    EXPECT_EQ(
+        ruff("F821", "def f():\n    return total\n\n\ndef g():\n    total = 1\n", "total\n\n"),
+        Severity::high);
+}
+
+TEST(UndeclaredName, OfPython2WeighsLittleWhereTheFileKnowsBoth) {
+    EXPECT_EQ(ruff("F821", "if sys.version_info[0] < 3:\n    text = unicode\n", "unicode"),
+              Severity::low);
+    EXPECT_EQ(
+        ruff("F821", "PY3 = bytes is not str\nread = input if PY3 else raw_input\n", "raw_input"),
+        Severity::low);
+    EXPECT_EQ(
+        ruff("F821", "try:\n    import queue\nexcept ImportError:\n    str = unicode\n", "unicode"),
+        Severity::low);
+    EXPECT_EQ(ruff("F821", "if sys.version_info[0] < 3:\n    text = unicodes\n", "unicodes"),
+              Severity::high)
+        << "no name of Python 2";
+}
+
+TEST(UndeclaredName, InAMethodThatPython3NeverCallsWeighsLittle) {
+    EXPECT_EQ(ruff("F821",
+                   "class A:\n    def __cmp__(self, other):\n        if other:\n"
+                   "            return cmp(self.a, other.a)\n",
+                   "cmp(self"),
+              Severity::low);
+    EXPECT_EQ(ruff("F821", "class A:\n    def __long__(s): return long(s.a)\n", "long(s.a"),
+              Severity::low);
+    EXPECT_EQ(ruff("F821",
+                   "class A:\n    def __lt__(self, other):\n"
+                   "        return cmp(self.a, other.a) < 0\n",
+                   "cmp(self"),
+              Severity::high);
+}
+
+TEST(UndeclaredName, ThatSomebodyElseMakesWeighsLittle) {
+    EXPECT_EQ(ruff("F821", "globals().update(Kind.__members__)\nkind = FIRST\n", "FIRST"),
+              Severity::low);
+    EXPECT_EQ(ruff("F821", "globals()[name] = 1\nkind = FIRST\n", "FIRST"), Severity::low);
+    EXPECT_EQ(ruff("F821", "kind = globals().get('x') or FIRST\n", "FIRST"), Severity::high)
+        << "it only looks";
+    EXPECT_EQ(ruff("F821", "shell = get_ipython()\n", "get_ipython"), Severity::low);
+    EXPECT_EQ(ruff("F821", "print(_('Done'))\n", "_('"), Severity::low);
+    EXPECT_EQ(ruff("F821", "__path__ = extend_path(__path__, __name__)\n", "__path__,"),
+              Severity::low);
+}
+
+TEST(UndeclaredName, ThatIsTakenAwayWhenItHasBeenUsedWeighsLittle) {
+    EXPECT_EQ(ruff("F821", "day = 1\ndef f():\n    return day\nf()\ndel day\n", "day\nf()"),
+              Severity::low);
+    EXPECT_EQ(ruff("F821", "day = 1\ndef f():\n    return day\ndel f, day\n", "day\ndel"),
+              Severity::low);
+    EXPECT_EQ(ruff("F821", "def f():\n    return day\ndel days\n", "day\n"), Severity::high);
+}
+
+TEST(UselessComparison, ThatCallsSomethingMayBeMeant) {
+    EXPECT_EQ(ruff("B015", "total == 1\n", "total"), Severity::medium);
+    EXPECT_EQ(ruff("B015", "Color.parse(word) is None\n", "Color"), Severity::low);
+}
+
+TEST(UndeclaredName, WhoseCheckIsTurnedOffOnItsLineWeighsLittle) {
+    EXPECT_EQ(ruff("F821", "run()  # type: ignore[name-defined]\n", "run"), Severity::low);
+    EXPECT_EQ(ruff("F821", "run()  # pylint: disable=undefined-variable\n", "run"), Severity::low);
+    EXPECT_EQ(ruff("F821", "run()\nwalk()  # type: ignore\n", "run"), Severity::high);
+}
+
+TEST(UndeclaredName, ThatAnEarlierTurnOfTheLoopHasMadeWeighsLittle) {
+    EXPECT_EQ(ruff("F821",
+                   "def f(lines):\n    for line in lines:\n        if line:\n"
+                   "            yield rows\n        rows = [line]\n    return 1\n",
+                   "rows\n        rows"),
+              Severity::low);
+    EXPECT_EQ(ruff("F821",
+                   "def f(lines):\n    print(rows)\n    for line in lines:\n"
+                   "        rows = [line]\n",
+                   "rows)"),
+              Severity::high)
+        << "before the loop";
+    EXPECT_EQ(ruff("F821",
+                   "def f(lines):\n    for line in lines:\n        yield rows\n"
+                   "def g():\n    rows = []\n",
+                   "rows\ndef"),
+              Severity::high)
+        << "in another function";
+    EXPECT_EQ(ruff("F821",
+                   "def f(lines):\n    for line in lines:\n        yield rows\n"
+                   "        if rows == []:\n            break\n",
+                   "rows\n        if"),
+              Severity::high)
+        << "a comparison makes nothing";
+}
+
+TEST(ListedName, OfAPackageOrMadeOnDemandWeighsLittle) {
+    const std::string_view list = "__all__ = ['reader']\n";
+    EXPECT_EQ(ruff("F822", list, "'reader"), Severity::medium);
+    EXPECT_EQ(ruff("F822", list, "'reader", "__init__.py"), Severity::low) << "a module of it";
+    EXPECT_EQ(ruff("F822", list, "'reader", "box/__init__.py"), Severity::low);
+    EXPECT_EQ(ruff("F822", "__all__ = ['A']\nglobals().update(Kind.__members__)\n", "'A"),
+              Severity::low);
+    EXPECT_EQ(ruff("F822", "__all__ = ['A']\ndef __getattr__(name):\n    return 1\n", "'A"),
+              Severity::low);
+}
+
+TEST(Permissions, ThatLetNobodyElseWriteWeighLittle) {
+    EXPECT_EQ(ruff("S103", "os.chmod(path, 0o777)\n", "0o7"), Severity::medium);
+    EXPECT_EQ(ruff("S103", "os.chmod(path, 0o775)\n", "0o7"), Severity::medium);
+    EXPECT_EQ(ruff("S103", "os.chmod(path, stat.S_IXGRP)\n", "stat."), Severity::medium);
+    EXPECT_EQ(ruff("S103", "os.chmod(path, 0o755)\n", "0o7"), Severity::low);
+    EXPECT_EQ(ruff("S103", "os.chmod(path, (0o777 & ~umask() | 0o111))\n", "(0o7"), Severity::low);
+    EXPECT_EQ(bandit("B103", "if x:\n    os.chmod(path, 0o755)\n", "os.", "high"), Severity::low);
+    EXPECT_EQ(bandit("B103", "if x:\n    os.chmod(path, 0o666)\n", "os.", "high"), Severity::high);
+}
+
+TEST(AddressOfAll, WeighsWhereSomethingListensThere) {
+    EXPECT_EQ(ruff("S104", "s.bind(('0.0.0.0', 80))\n", "'0.0"), Severity::medium);
+    EXPECT_EQ(ruff("S104", "app.run(host='0.0.0.0')\n", "'0.0"), Severity::medium);
+    EXPECT_EQ(ruff("S104", "HOST = '0.0.0.0'\n", "'0.0"), Severity::medium);
+    EXPECT_EQ(ruff("S104", "self.name = ('0.0.0.0', 0)\n", "'0.0"), Severity::low);
+    EXPECT_EQ(ruff("S104", "if host == '0.0.0.0':\n", "'0.0"), Severity::low);
+    EXPECT_EQ(ruff("S104", "if host in {'::', '0.0.0.0'}:\n", "'0.0"), Severity::low);
+    EXPECT_EQ(ruff("S104", "UDP = '0.0.0.0'\ns.bind((UDP, 80))\n", "'0.0"), Severity::medium);
+    EXPECT_EQ(ruff("S104", "for host in known(('::', '0.0.0.0')):\n", "'0.0"), Severity::medium);
+}
+
+TEST(FolderForAll, ThatIsComparedOpensNothing) {
+    EXPECT_EQ(ruff("S108", "open('/tmp/list')\n", "'/tmp"), Severity::medium);
+    EXPECT_EQ(ruff("S108", "if path[:4] == '/tmp':\n", "'/tmp"), Severity::low);
+    EXPECT_EQ(ruff("S108", "if '/tmp' != path[:4]:\n", "'/tmp"), Severity::low);
+    EXPECT_EQ(ruff("S108", "if path.startswith('/tmp/'):\n", "'/tmp"), Severity::low);
+}
+
+TEST(KeptObjects, OfAFileThatIsOpenedThereWeighLittle) {
+    const std::string_view own = "with open(name, 'rb') as f:\n    return pickle.load(f)\n";
+    EXPECT_EQ(ruff("S301", own, "pickle"), Severity::low);
+    EXPECT_EQ(bandit("B301", own, "pickle"), Severity::low);
+    EXPECT_EQ(ruff("S301", "f = gzip.open(name)\nkept = pickle.load(f)\n", "pickle"),
+              Severity::low);
+    EXPECT_EQ(ruff("S301", "kept = pickle.load(open(name, 'rb'))\n", "pickle"), Severity::low);
+    EXPECT_EQ(ruff("S301", "def f(f):\n    return pickle.load(f)\n", "pickle"), Severity::medium);
+    EXPECT_EQ(ruff("S301", "with open(name) as f:\n    pickle.loads(text)\n", "pickle"),
+              Severity::medium);
+    EXPECT_EQ(ruff("S301", "with open(name) as f:\n    pickle.load(sock.makefile())\n", "pickle"),
+              Severity::medium);
+    EXPECT_EQ(ruff("S301", "reopen(name) \nf = conn\npickle.load(f)\n", "pickle"),
+              Severity::medium);
+}
+
+TEST(WeakHash, InATableOfThemIsNotUsedThere) {
+    EXPECT_EQ(bandit("B303", "HASHES = {\n    'md5': hashes.MD5(),\n}\n", "hashes.MD5"),
+              Severity::low);
+    EXPECT_EQ(bandit("B303", "HASHES = {\n    'md5': hashes.MD5(data),\n}\n", "hashes.MD5"),
+              Severity::medium);
+    EXPECT_EQ(bandit("B303", "digest = hashes.MD5()\n", "hashes"), Severity::medium);
+    EXPECT_EQ(bandit("B303", "if new: MD5()\n", "MD5"), Severity::medium);
+    EXPECT_EQ(ruff("S303", "HASHES = {\n    'md5': hashes.MD5(),\n}\n", "hashes.MD5"),
+              Severity::low);
+}
+
+TEST(WeakHash, ThatNamesCallAChecksumWeighsLittle) {
+    EXPECT_EQ(bandit("B303", "key = hashlib.md5(content).hexdigest()\n", "hashlib"), Severity::low);
+    EXPECT_EQ(ruff("S324", "checksum = hashlib.sha1(\n    data)\n", "hashlib"), Severity::low);
+    EXPECT_EQ(ruff("S324", "etag = hashlib.sha1(data)\n", "hashlib"), Severity::low);
+    EXPECT_EQ(bandit("B303", "from hashlib import md5\ncached = md5()\n", "cached"), Severity::low);
+    EXPECT_EQ(bandit("B303", "def md5_of(x):\n    return hashlib.md5(x)\n", "return"),
+              Severity::low)
+        << "its callers choose it";
+    EXPECT_EQ(bandit("B303", "key = hashlib.md5(data)\n", "hashlib"), Severity::medium);
+    EXPECT_EQ(bandit("B303", "nonce = hashlib.md5(user, usedforsecurity=False)\n", "hashlib"),
+              Severity::low);
+    EXPECT_EQ(bandit("B303",
+                     "how = padding.OAEP(padding.MGF1(hashes.SHA1()), hashes.SHA1(), None)\n",
+                     "padding"),
+              Severity::low)
+        << "nothing there needs that no two texts have one hash";
+    EXPECT_EQ(bandit("B303", "checksum = hashlib.md5(password)\n", "hashlib"), Severity::medium);
+    EXPECT_EQ(ruff("S324", "content = hashlib.sha1(\n    user.name)\n", "hashlib"),
+              Severity::medium);
+    EXPECT_EQ(bandit("B303",
+                     "def sign(content):\n    if content:\n        return hashlib.md5(content)\n",
+                     "return"),
+              Severity::medium);
+    EXPECT_EQ(bandit("B303", "from Crypto.Hash import MD5\ncontent = MD5.new()\n", "content"),
+              Severity::medium)
+        << "who takes a library for ciphers means it for security";
+}
+
+TEST(TrustedMarkup, OfALibraryThatMakesPagesForOthersWeighsLittle) {
+    EXPECT_EQ(ruff("S704", "from markupsafe import Markup\nshown = Markup(value)\n", "Markup("),
+              Severity::low);
+    EXPECT_EQ(ruff("S704", "from flask import Markup\nshown = Markup(value)\n", "Markup("),
+              Severity::medium);
+}
+
+TEST(Archives, ThatAreFilteredWeighLittle) {
+    EXPECT_EQ(ruff("S202", "tar.extractall(path)\n", "tar"), Severity::medium);
+    EXPECT_EQ(ruff("S202", "tar.extractall(path, filter=\"data\")\n", "tar"), Severity::low);
+    EXPECT_EQ(ruff("S202", "tar.extractall(path, filter=chosen)\n", "tar"), Severity::low);
+    EXPECT_EQ(ruff("S202", "tar.extractall(path, filter='fully_trusted')\n", "tar"),
+              Severity::medium);
+    EXPECT_EQ(ruff("S202", "tar.extractall(path)\nrows(filter=chosen)\n", "tar"), Severity::medium);
+}
+
+TEST(Parsers, ThatAreMadeReadNothingYet) {
+    EXPECT_EQ(bandit("B317", "parser = xml.sax.make_parser()\n", "xml"), Severity::low);
+    EXPECT_EQ(bandit("B317", "xml.sax.parse(path, handler)\n", "xml"), Severity::medium);
+    EXPECT_EQ(ruff("S317", "parser = sax.make_parser()\n", "sax"), Severity::low);
+}
+
+TEST(PythonGrade, ADoubtInALongFileIsDecidedInTime) {
+    // 4 MiB in one function: each doubt looks at a part of it alone.
+    std::string text = "def f():\n    for i in x:\n";
+    while (text.size() < (std::size_t{4} << 20U)) text += "        a = b\n";
+    text += "        print(total)\n";
+    for (int i = 0; i < 500; ++i) {
+        ASSERT_EQ(ruff("F821", text, "total"), Severity::high);
+    }
+}
+
+} // namespace
+} // namespace trevix
