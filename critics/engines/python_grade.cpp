@@ -78,9 +78,9 @@ std::string_view argumentsOf(const ForeignSubject& subject) {
     return text.substr(open + 1);
 }
 
-/// Where the name begins as a word of its own, from `from` on; npos without.
-std::size_t findWord(std::string_view text, std::string_view name, std::size_t from = 0) {
-    for (std::size_t at = text.find(name, from); at != std::string_view::npos;
+/// Where the name begins as a word of its own; npos without.
+std::size_t findWord(std::string_view text, std::string_view name) {
+    for (std::size_t at = text.find(name); at != std::string_view::npos;
          at = text.find(name, at + 1)) {
         const std::size_t end = at + name.size();
         if ((at == 0 || !text::isAsciiWord(text[at - 1])) &&
@@ -308,39 +308,6 @@ bool isListenedAt(const ForeignSubject& subject) {
                                                   "host", "HOST", "interface"});
 }
 
-/// Whether what is read back was opened there by its name: "with open(name) as f: pickle.load(f)".
-/// A program keeps such files for itself; who may have written another's, our own rules follow.
-bool isOwnFile(const ForeignSubject& subject) {
-    const std::string_view call = lineFrom(subject);
-    const std::size_t load = call.find("load(");
-    if (load == std::string_view::npos) return false;
-    const std::string_view from = text::trimmed(call.substr(load + 5));
-    if (from.starts_with("open(")) return true;
-    const auto nameEnd = std::ranges::find_if_not(from, text::isAsciiWord);
-    const std::string_view name = from.substr(0, static_cast<std::size_t>(nameEnd - from.begin()));
-    if (name.empty() || nameEnd == from.end() || (*nameEnd != ')' && *nameEnd != ',')) return false;
-    // The last line before it that gives the name a value.
-    constexpr std::size_t kNear = 4000; // bytes: a function of usual length
-    const std::size_t place = placeIn(subject);
-    const std::size_t first = place - std::min(place, kNear);
-    std::string_view before = subject.text.substr(first, place - first);
-    while (!before.empty()) {
-        const std::size_t begin = before.rfind('\n') + 1; // 0 for none.
-        const std::string_view line = text::trimmed(before.substr(begin));
-        before = before.substr(0, begin == 0 ? 0 : begin - 1);
-        if (line.starts_with("def ")) return false;
-        const std::size_t as = line.find(" as " + std::string(name));
-        const bool with = line.starts_with("with ") && as != std::string_view::npos &&
-                          findWord(line, name, as) == as + 4;
-        const bool given =
-            findWord(line, name) == 0 && text::trimmed(line.substr(name.size())).starts_with('=');
-        if (!with && !given) continue;
-        const std::size_t open = findWord(line, "open");
-        return open != std::string_view::npos && line.substr(open).starts_with("open(");
-    }
-    return false;
-}
-
 /// "'md5': hashes.MD5()," in a table of algorithms by their names: what hashes is another line.
 bool isEntryOfTable(const ForeignSubject& subject) {
     std::string_view line = text::trimmed(lineOf(subject));
@@ -408,7 +375,6 @@ bool isHarmless(std::string_view number, const ForeignSubject& subject) {
     if (number == "104") return !isListenedAt(subject);
     if (number == "108") return isCompared(subject);
     if (number == "202") return isFiltered(subject);
-    if (number == "301") return isOwnFile(subject);
     if (number == "303" || number == "324") {
         return isEntryOfTable(subject) || isUnhurtByCollisions(subject) || isChecksum(subject);
     }

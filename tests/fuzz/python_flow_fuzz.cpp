@@ -1,6 +1,7 @@
 // Whatever the text is: what is followed through it and what is misused in it stands inside the
 // text, in its order, once, and is the same when it is read again.
 
+#include "critics/flow/python_fixed.h"
 #include "critics/flow/python_flow.h"
 #include "critics/flow/python_misuse.h"
 #include "critics/syntax/syntax_reader.h"
@@ -58,6 +59,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     for (const Misuse& misuse : misuses) require(isInside(text, misuse.offset, misuse.length));
     require(std::ranges::is_sorted(misuses, {}, &Misuse::offset));
 
+    const std::vector<std::size_t> fixed = pythonFixedRuns(reading.tree, text);
+    for (const std::size_t bracket : fixed) require(isInside(text, bracket, 1));
+    require(std::ranges::is_sorted(fixed));
+
+    require(pythonFixedRuns(reading.tree, text) == fixed);
     require(pythonFlows(reading.tree, text) == flows);
     require(pythonMisuses(reading.tree, text) == misuses);
     return 0;

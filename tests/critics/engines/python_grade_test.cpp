@@ -159,22 +159,6 @@ TEST(FolderForAll, ThatIsComparedOpensNothing) {
     EXPECT_EQ(ruff("S108", "if path.startswith('/tmp/'):\n", "'/tmp"), Severity::low);
 }
 
-TEST(KeptObjects, OfAFileThatIsOpenedThereWeighLittle) {
-    const std::string_view own = "with open(name, 'rb') as f:\n    return pickle.load(f)\n";
-    EXPECT_EQ(ruff("S301", own, "pickle"), Severity::low);
-    EXPECT_EQ(bandit("B301", own, "pickle"), Severity::low);
-    EXPECT_EQ(ruff("S301", "f = gzip.open(name)\nkept = pickle.load(f)\n", "pickle"),
-              Severity::low);
-    EXPECT_EQ(ruff("S301", "kept = pickle.load(open(name, 'rb'))\n", "pickle"), Severity::low);
-    EXPECT_EQ(ruff("S301", "def f(f):\n    return pickle.load(f)\n", "pickle"), Severity::medium);
-    EXPECT_EQ(ruff("S301", "with open(name) as f:\n    pickle.loads(text)\n", "pickle"),
-              Severity::medium);
-    EXPECT_EQ(ruff("S301", "with open(name) as f:\n    pickle.load(sock.makefile())\n", "pickle"),
-              Severity::medium);
-    EXPECT_EQ(ruff("S301", "reopen(name) \nf = conn\npickle.load(f)\n", "pickle"),
-              Severity::medium);
-}
-
 TEST(WeakHash, InATableOfThemIsNotUsedThere) {
     EXPECT_EQ(bandit("B303", "HASHES = {\n    'md5': hashes.MD5(),\n}\n", "hashes.MD5"),
               Severity::low);
