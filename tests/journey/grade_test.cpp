@@ -105,14 +105,28 @@ TEST_F(GradeJourney, WhileGradingTheIndicatorMovesAndTheButtonIsDisabled) {
 
 TEST_F(GradeJourney, EveryFlawIsListedDismissedAndGoneToAndTheHistoryKeepsTheVerdict) {
     startService();
+    const auto history = m_home / ".brask/history";
     // Those of the tests before this one.
-    std::filesystem::remove_all(m_home / ".brask/history");
+    std::filesystem::remove_all(history);
     const auto page = document(contents(sample("launch-note.md")));
     openAndSelectAll({"gedit", page.string()}, "Gedit");
     startProduct();
     ASSERT_TRUE(panel().open());
     pressAndWait("Grade this", "Trevix ");
     ASSERT_TRUE(panel().click("Show all flaws"));
+    // An editor that is too busy to hand over its text in time has its window graded.
+    const auto isOfText = [&] {
+        const auto listed = panel().waitForText("Copy all flaws as text");
+        return listed && std::ranges::any_of(listed->controls, [](const auto& control) {
+                   return control.name.find(", line ") != std::string::npos;
+               });
+    };
+    ASSERT_TRUE(VirtualDesktop::waitUntil([&] {
+        if (isOfText()) return true;
+        std::filesystem::remove_all(history);
+        pressAndWait("Iterate", "Grading…");
+        return panel().waitForText("Trevix ") && isOfText();
+    })) << panel().frame().all();
     // A flaw of the list is a button that says all of it.
     const auto chooseFlaw = [&]() -> std::string {
         const auto listed = panel().waitForText("Copy all flaws as text");
@@ -144,7 +158,7 @@ TEST_F(GradeJourney, EveryFlawIsListedDismissedAndGoneToAndTheHistoryKeepsTheVer
     EXPECT_EQ(std::to_string(1 + std::count(before.begin(), before.end(), '\n')), line);
 
     std::vector<std::string> kept;
-    for (const auto& file : std::filesystem::directory_iterator(m_home / ".brask/history")) {
+    for (const auto& file : std::filesystem::directory_iterator(history)) {
         kept.push_back(contents(file.path()));
     }
     ASSERT_EQ(kept.size(), 1U);

@@ -106,13 +106,28 @@ bool Journey::waitForOwner(const std::string& selection, std::chrono::millisecon
         timeout);
 }
 
+std::string Journey::selected() {
+    const auto out = s_desktop->home() / "selected.txt";
+    fs::remove(out);
+    const auto program = s_desktop->start(
+        {"sh", "-c",
+         "exec timeout 10 xclip -selection primary -t UTF8_STRING -out >'" + out.string() + "'"});
+    EXPECT_TRUE(VirtualDesktop::waitUntil([&] { return !s_desktop->running(program); }));
+    return contents(out);
+}
+
 void Journey::openAndSelectAll(const std::vector<std::string>& command,
                                const std::string& wmClass) {
     open(command, wmClass);
+    // The editor has its window before it has read the file, and a selection of what there is of
+    // it then is gone when the rest comes. Not each gives the last end of line.
+    const auto all = contents(command.back());
+    const auto lines = all.substr(0, all.find_last_not_of('\n') + 1);
     ASSERT_TRUE(VirtualDesktop::waitUntil([&] {
         panel().press("ctrl+a");
-        return s_desktop->hasDealtWithEverything(m_front) &&
-               (wmClass == kAnnouncesNoKeyboardSelection || waitForOwner("PRIMARY", 1s));
+        if (!s_desktop->hasDealtWithEverything(m_front)) return false;
+        return wmClass == kAnnouncesNoKeyboardSelection ||
+               (waitForOwner("PRIMARY", 1s) && selected().starts_with(lines));
     }));
 }
 

@@ -52,7 +52,9 @@ protected:
     /// Whether somebody comes to own this selection, which is when it can be pasted.
     static bool waitForOwner(const std::string& selection,
                              std::chrono::milliseconds timeout = std::chrono::seconds(60));
-    /// Opens a document and selects all of it.
+    /// What is selected, as a middle click would paste it; empty where nobody owns it.
+    static std::string selected();
+    /// Opens the document that the command ends with, and selects all of it.
     void openAndSelectAll(const std::vector<std::string>& command, const std::string& wmClass);
     std::filesystem::path document(const std::string& text, const std::string& name = "work.md");
 
