@@ -132,7 +132,7 @@ void Journey::openAndSelectAll(const std::vector<std::string>& command,
 }
 
 fs::path Journey::document(const std::string& text, const std::string& name) {
-    const auto path = s_desktop->home() / name;
+    auto path = s_desktop->home() / name;
     std::ofstream(path, std::ios::binary) << text;
     return path;
 }
