@@ -176,7 +176,7 @@ void CompanionModel::grade(GradeWish wish) {
     // The application, the key and the ticket as they are now: the panel may show another by the
     // time the capture ends.
     captureInTurn(asWished(*detected, wish), [this, from = *detected, ticket = begin(*key),
-                                              key = *key](CaptureResult capture) {
+                                              key = *key](const CaptureResult& capture) {
         // Cancelled while it was captured.
         if (ticket->cancelled()) return;
         if (!hasWork(capture)) {
@@ -214,7 +214,7 @@ void CompanionModel::iterate() {
     grading = true;
 
     captureInTurn(*detected, [this, from = *detected, runId = *verdict.get()->runId,
-                              ticket = begin(*key), key = *key](CaptureResult capture) {
+                              ticket = begin(*key), key = *key](const CaptureResult& capture) {
         if (ticket->cancelled()) return;
         if (!hasWork(capture)) {
             endWith(ticket, capture.note);

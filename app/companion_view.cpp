@@ -112,7 +112,7 @@ bool isBeyondTheService(const Verdict& verdict) {
 
 // One line, in front of who judged it.
 std::string verdictTip(const Verdict& verdict, const std::optional<GradedWork>& about) {
-    const std::string coverage = coverageTip(verdict);
+    std::string coverage = coverageTip(verdict);
     if (!about) return coverage;
     std::string line =
         coverageLine(about->isPicture ? translated("Panel", "A picture of a window of %1")

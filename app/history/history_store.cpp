@@ -88,7 +88,7 @@ std::optional<UnderWay> underWayIn(const std::string& text) {
 
 } // namespace
 
-HistoryStore::HistoryStore(FileSystem& files, fs::path braskHome,
+HistoryStore::HistoryStore(FileSystem& files, const fs::path& braskHome,
                            std::function<std::int64_t()> nowMs)
     : m_files(files),
       m_folder(braskHome / "history"),

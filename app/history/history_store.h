@@ -48,7 +48,7 @@ struct UnderWay {
 class HistoryStore {
 public:
     /// `files` must outlive it. `nowMs` is since 1970, UTC.
-    HistoryStore(FileSystem& files, std::filesystem::path braskHome,
+    HistoryStore(FileSystem& files, const std::filesystem::path& braskHome,
                  std::function<std::int64_t()> nowMs);
 
     /// Keeps a verdict, with the time of now, and lets go what is past the bounds. Its id; absent

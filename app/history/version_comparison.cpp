@@ -57,8 +57,12 @@ std::vector<DiffLine> shortestEdit(const Lines& before, const Lines& after) {
     const int most = std::min(n + m, kMostEdits);
     // rows[d][k + d]: how far diagonal k gets in `before` with d edits.
     std::vector<std::vector<int>> rows;
+    const auto place = [](int d, int k) {
+        const int at = k + d;
+        return static_cast<std::size_t>(at);
+    };
     const auto reached = [&](const std::vector<int>& row, int d, int k) {
-        return k < -d || k > d ? -1 : row[static_cast<std::size_t>(k + d)];
+        return k < -d || k > d ? -1 : row[place(d, k)];
     };
     int edits = -1;
     for (int d = 0; d <= most && edits < 0; ++d) {
@@ -77,7 +81,7 @@ std::vector<DiffLine> shortestEdit(const Lines& before, const Lines& after) {
                 ++x;
                 ++y;
             }
-            row[static_cast<std::size_t>(k + d)] = x;
+            row[place(d, k)] = x;
             if (k == n - m && x >= n) edits = d;
         }
         rows.push_back(std::move(row));

@@ -27,7 +27,7 @@ bool isOurs(std::string_view language) {
 std::string languageOf(std::string_view set, const std::vector<std::string>& desktops) {
     if (isOurs(set)) return std::string(set);
     for (const auto& locale : desktops) {
-        const auto language = text::lowerAscii(locale.substr(0, locale.find_first_of("-_.@")));
+        auto language = text::lowerAscii(locale.substr(0, locale.find_first_of("-_.@")));
         // Whoever asks for no language in particular asks for the texts as they are written.
         if (language == "c" || language == "posix") break;
         if (isOurs(language)) return language;

@@ -132,7 +132,7 @@ std::string takePreview(const ordered_json& value, Settings& settings) {
 }
 
 std::string takePreviewApps(const ordered_json& value, Settings& settings) {
-    const std::string shape =
+    std::string shape =
         translated("Settings", "is an object with “always” or “never” for each application");
     settings.previewApps.clear();
     if (!value.is_object()) return shape;

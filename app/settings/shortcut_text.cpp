@@ -31,7 +31,7 @@ bool isFunctionKey(std::string_view key) {
 
 /// The key as it is written; empty when there is no such key.
 std::string keyOf(std::string_view word) {
-    const std::string lower = text::lowerAscii(word);
+    std::string lower = text::lowerAscii(word);
     if (lower.size() == 1) {
         const char c = lower.front();
         if (c >= 'a' && c <= 'z') return {static_cast<char>(c - 'a' + 'A')};
@@ -42,7 +42,7 @@ std::string keyOf(std::string_view word) {
         if (text::lowerAscii(name) == lower) return std::string(name);
     }
     if (lower.size() > 1 && lower.front() == 'f') {
-        const std::string key = "F" + lower.substr(1);
+        std::string key = "F" + lower.substr(1);
         if (isFunctionKey(key)) return key;
     }
     return {};
