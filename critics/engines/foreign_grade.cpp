@@ -261,6 +261,12 @@ std::optional<Severity> byEngine(std::string_view engine, const ForeignFault& fa
 
 } // namespace
 
+std::string_view ForeignSubject::line() const {
+    const std::size_t at = place();
+    const std::size_t start = at == 0 ? 0 : text.rfind('\n', at - 1) + 1; // 0 for none.
+    return text.substr(start, text.find('\n', at) - start);
+}
+
 std::span<const ForeignGrade> foreignGrades() {
     return kGrades;
 }

@@ -11,6 +11,7 @@
 #include "critics/engines/foreign_fault.h"
 #include "critics/findings/finding.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <optional>
 #include <span>
@@ -34,6 +35,13 @@ struct ForeignSubject {
     std::string_view text;      ///< The file; empty where it is not known.
     std::size_t offset = 0;     ///< The byte of it at which the fault stands.
     std::string_view name = {}; ///< The name of the file; empty where it is not known.
+
+    /// The byte within the text; its size for one behind it.
+    [[nodiscard]] std::size_t place() const { return std::min(offset, text.size()); }
+    /// What stands from that byte on.
+    [[nodiscard]] std::string_view rest() const { return text.substr(place()); }
+    /// The whole line around it.
+    [[nodiscard]] std::string_view line() const;
 };
 
 /// The severity of what `engine` found; absent where it is not reported.

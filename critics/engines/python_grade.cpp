@@ -38,35 +38,29 @@ bool containsAnyOf(std::string_view text, std::initializer_list<std::string_view
     return std::ranges::any_of(words, [&](std::string_view word) { return contains(text, word); });
 }
 
-std::size_t placeIn(const ForeignSubject& subject) {
-    return std::min(subject.offset, subject.text.size());
-}
-
 std::size_t lineStart(std::string_view text, std::size_t offset) {
     return offset == 0 ? 0 : text.rfind('\n', offset - 1) + 1; // 0 for none.
 }
 
 /// The line of the place; empty for that of nothing.
 std::string_view lineOf(const ForeignSubject& subject) {
-    const std::size_t begin = lineStart(subject.text, placeIn(subject));
-    const std::string_view rest = subject.text.substr(begin);
-    return rest.substr(0, rest.find('\n')).substr(0, kMostAround);
+    return subject.line().substr(0, kMostAround);
 }
 
 /// What stands on the line of the place before it, and from it on.
 std::string_view lineBefore(const ForeignSubject& subject) {
-    const std::size_t place = placeIn(subject);
+    const std::size_t place = subject.place();
     const std::size_t begin = lineStart(subject.text, place);
     return subject.text.substr(begin, place - begin);
 }
 std::string_view lineFrom(const ForeignSubject& subject) {
-    const std::string_view rest = subject.text.substr(placeIn(subject));
+    const std::string_view rest = subject.rest();
     return rest.substr(0, rest.find('\n')).substr(0, kMostAround);
 }
 
 /// What stands in the brackets of the first call from the place on; empty without one.
 std::string_view argumentsOf(const ForeignSubject& subject) {
-    const std::string_view text = subject.text.substr(placeIn(subject), kLongestCall);
+    const std::string_view text = subject.text.substr(subject.place(), kLongestCall);
     const std::size_t open = text.find('(');
     if (open == std::string_view::npos) return {};
     int depth = 0;
@@ -93,7 +87,7 @@ std::size_t findWord(std::string_view text, std::string_view name) {
 
 /// The name that stands at the place; empty where something else does.
 std::string_view nameAt(const ForeignSubject& subject) {
-    const std::string_view rest = subject.text.substr(placeIn(subject));
+    const std::string_view rest = subject.rest();
     const auto end = std::ranges::find_if_not(rest, text::isAsciiWord);
     return rest.substr(0, static_cast<std::size_t>(end - rest.begin()));
 }
@@ -108,7 +102,7 @@ struct Opener {
 /// place itself, which may hold a block of its own.
 std::vector<Opener> openersAround(const ForeignSubject& subject) {
     const std::string_view text = subject.text;
-    std::size_t line = lineStart(text, placeIn(subject));
+    std::size_t line = lineStart(text, subject.place());
     const std::size_t first = line - std::min(line, kMostAround);
     std::vector<Opener> openers;
     while (true) {
@@ -129,7 +123,7 @@ std::vector<Opener> openersAround(const ForeignSubject& subject) {
 /// "eval(text, names)" and "exec(text, names)": with names of its own it is there to evaluate, and
 /// what it may reach was thought of.
 bool evaluatesWithOwnNames(const ForeignSubject& subject) {
-    const std::string_view text = subject.text.substr(placeIn(subject), kLongestCall);
+    const std::string_view text = subject.text.substr(subject.place(), kLongestCall);
     const std::size_t call = std::min(text.find("eval("), text.find("exec("));
     if (call == std::string_view::npos) return false;
     int depth = 0;
@@ -223,7 +217,7 @@ bool isMadeByTheLoop(const ForeignSubject& subject, std::string_view name,
 /// in quotes, a function of the module's own, which it takes away once it is loaded, or one that
 /// something else than a line of this file makes.
 bool mayBeMeant(const ForeignSubject& subject) {
-    const std::size_t begin = placeIn(subject);
+    const std::size_t begin = subject.place();
     if (begin > 0 && (subject.text[begin - 1] == '"' || subject.text[begin - 1] == '\''))
         return true;
     const std::string_view name = nameAt(subject);

@@ -31,18 +31,11 @@ bool takesOneWord(std::string_view command) {
     return text::isOneOf(command, kTaking);
 }
 
-std::string_view lineAround(const ForeignSubject& subject) {
-    const std::size_t offset = std::min(subject.offset, subject.text.size());
-    const std::size_t start =
-        offset == 0 ? 0 : subject.text.rfind('\n', offset - 1) + 1; // 0 for none.
-    return subject.text.substr(start, subject.text.find('\n', offset) - start);
-}
-
 /// "count=$(wc -l < list)" where nothing reads the count: a command is run for nothing but its
 /// output. Where its status is looked at as well, it may be run for that.
 bool losesOutput(const ForeignSubject& subject) {
-    const std::size_t offset = std::min(subject.offset, subject.text.size());
-    const std::string_view line = lineAround(subject);
+    const std::size_t offset = subject.place();
+    const std::string_view line = subject.line();
     std::string_view value =
         line.substr(offset - static_cast<std::size_t>(line.data() - subject.text.data()));
     const std::size_t equals = value.find('=');
@@ -89,8 +82,8 @@ bool isComparedAsNumber(std::string_view rest) {
 /// that nobody knows, reach a command that changes what they name, and where words from outside
 /// reach one that takes a single word. Elsewhere a command gets a word more and says so.
 Severity ofPartedWords(const ForeignSubject& subject) {
-    const std::size_t offset = std::min(subject.offset, subject.text.size());
-    const std::string_view rest = subject.text.substr(offset);
+    const std::size_t offset = subject.place();
+    const std::string_view rest = subject.rest();
     const std::string_view name = shellVariableAt(rest);
     if (!name.empty() && namesSeveralWords(name)) return Severity::low;
     const std::string_view command = shellCommandAround(subject.text, offset);
@@ -114,8 +107,8 @@ Severity ofPartedWords(const ForeignSubject& subject) {
 /// "rm *", SC2035: a file whose name begins with a dash is taken for an option. "*.log" is what the
 /// script made itself.
 Severity ofLeadingStar(const ForeignSubject& subject) {
-    const std::size_t offset = std::min(subject.offset, subject.text.size());
-    const std::string_view rest = subject.text.substr(offset);
+    const std::size_t offset = subject.place();
+    const std::string_view rest = subject.rest();
     const bool anyName =
         rest.starts_with('*') &&
         (rest.size() == 1 || std::string_view(" \t\n;)|&").find(rest[1]) != std::string_view::npos);
@@ -126,8 +119,7 @@ Severity ofLeadingStar(const ForeignSubject& subject) {
 /// printf "$text", SC2059: a percent sign in the value changes what is printed. Not for a value of
 /// the script's own words, nor where a format is passed on together with what it is for.
 Severity ofFormat(const ForeignFault& fault, const ForeignSubject& subject) {
-    const std::string_view rest =
-        subject.text.substr(std::min(subject.offset, subject.text.size()));
+    const std::string_view rest = subject.rest();
     const std::size_t end = fault.endColumn > fault.column ? fault.endColumn - fault.column
                                                            : rest.find_first_of(" \t\n;|&)");
     const std::string_view format = rest.substr(0, end);
@@ -151,7 +143,7 @@ Severity ofReadAndWritten(const ForeignSubject& subject) {
     constexpr std::array<Words, 20> kReading = {
         "cat", "sort", "sed", "grep", "egrep", "fgrep", "awk", "head",  "tail", "cut",
         "tr",  "uniq", "wc",  "fold", "nl",    "rev",   "tac", "paste", "join", "while"};
-    const std::size_t offset = std::min(subject.offset, subject.text.size());
+    const std::size_t offset = subject.place();
     return text::isOneOf(shellCommandAround(subject.text, offset), kReading) ? Severity::medium
                                                                              : Severity::low;
 }
@@ -172,13 +164,12 @@ Severity ofMisspelling(const ForeignFault& fault, const ForeignSubject& subject)
 /// echo '$file', SC2016: the name is printed, and not the value that the script gives it. Not where
 /// the line is written to a file, which may be a script.
 Severity ofSingleQuotes(const ForeignSubject& subject) {
-    const std::size_t offset = std::min(subject.offset, subject.text.size());
+    const std::size_t offset = subject.place();
     const std::string_view command = shellCommandAround(subject.text, offset);
-    if ((command != "echo" && command != "printf") ||
-        lineAround(subject).find('>') != Words::npos) {
+    if ((command != "echo" && command != "printf") || subject.line().find('>') != Words::npos) {
         return Severity::low;
     }
-    std::string_view quoted = subject.text.substr(offset);
+    std::string_view quoted = subject.rest();
     if (quoted.starts_with('\'')) quoted.remove_prefix(1);
     quoted = quoted.substr(0, quoted.find('\''));
     for (std::size_t at = quoted.find('$'); at != Words::npos; at = quoted.find('$', at + 1)) {
