@@ -47,12 +47,12 @@ TEST(DetectionReport, UnknownAppKeepsItsIdentifierAndHasNoName) {
 
 TEST(DetectionReport, IsOneLineWhateverAnybodyIsCalled) {
     auto front = figma();
-    front.rawBundleId = "a\nb\r\x1b[31m\x7f\tc\0d";
+    front.rawBundleId = std::string("a\nb\r\x1b[31m\x7f\tc") + '\0' + "d";
     front.app->id = "fig\nma";
     front.app->name = "Fig\n\"ma\" \\ \u00e9";
     front.app->primaryModality = "ui\x01_ux";
     EXPECT_EQ(detectionReport(front, 1, {}),
-              "{\"frontmost_bundle\":\"ab[31mc\",\"detected_app\":\"figma\","
+              "{\"frontmost_bundle\":\"ab[31mcd\",\"detected_app\":\"figma\","
               "\"app_name\":\"Fig\"ma\" \\ \u00e9\",\"modality\":\"ui_ux\","
               "\"supported\":true,\"catalog_apps\":1,\"agents\":[]}");
 }

@@ -59,7 +59,7 @@ TEST(GlyphStrokes, FindsLargeLetters) {
 
 TEST(GlyphStrokes, OtherThingsAreNoWriting) {
     Picture picture = blank(800, 600);
-    for (int i = 0; i < 40; ++i) fill(picture, 40 + i * 10, 20, 2, i % 5 == 0 ? 12 : 12, gray(0));
+    for (int i = 0; i < 40; ++i) fill(picture, 40 + i * 10, 20, 2, i % 5 == 0 ? 12 : 6, gray(0));
     for (int i = 0; i < 60; ++i) fill(picture, 40 + i * 8, 60, 4, 4, gray(0));    // A dotted line.
     fill(picture, 40, 100, 600, 2, gray(0));                                      // A rule.
     fill(picture, 40, 140, 300, 40, gray(120));                                   // A button.

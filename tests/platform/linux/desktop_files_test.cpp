@@ -20,6 +20,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 using namespace std::chrono_literals;
+using namespace std::string_view_literals;
 
 TEST(DesktopVariables, areWhatTheEnvironmentSays) {
     FakeEnvironment environment;
@@ -38,7 +39,7 @@ TEST(DesktopVariables, areWhatTheEnvironmentSays) {
 }
 
 class DesktopFilesTest : public testing::Test {
-protected:
+public:
     DesktopFilesTest() {
         std::string model = (std::filesystem::temp_directory_path() / "kelvane-entries-XXXXXX");
         m_root = ::mkdtemp(model.data());
@@ -96,8 +97,7 @@ TEST_F(DesktopFilesTest, aHiddenEntryMasksItsNamesake) {
 
 TEST_F(DesktopFilesTest, skipsWhatItCannotRead) {
     application("a/applications/good.desktop", "Good");
-    write("a/applications/binary.desktop",
-          std::string("[Desktop Entry]\nType=Application\n\0", 35));
+    write("a/applications/binary.desktop", std::string("[Desktop Entry]\nType=Application\n\0"sv));
     application("a/applications/huge.desktop", std::string(2U << 20U, 'x'));
     ASSERT_EQ(::mkfifo((m_root / "a/applications/pipe.desktop").c_str(), 0600), 0);
     std::filesystem::create_directories(m_root / "a/applications/folder.desktop");

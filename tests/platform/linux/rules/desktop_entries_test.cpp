@@ -11,6 +11,7 @@ namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
+using namespace std::string_view_literals;
 
 std::optional<DesktopEntry> parse(std::string_view bytes, std::string_view locale = "") {
     const auto keys = localeKeys(locale);
@@ -108,7 +109,7 @@ TEST(DesktopEntryParser, refusesWhatIsNoApplication) {
         "[Desktop Entry]\nType=Directory\nName=Folder\n",
         "[Desktop Entry]\nName=No type\n",
         "[Other]\nType=Application\nName=Other group\n",
-        std::string_view("[Desktop Entry]\nType=Application\n\0\n", 36),
+        "[Desktop Entry]\nType=Application\n\0\n"sv,
     };
     for (const auto bytes : cases) EXPECT_FALSE(parse(bytes)) << bytes;
 }
