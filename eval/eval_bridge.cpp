@@ -171,11 +171,10 @@ bool saysKeepsWork(const json& answer) {
 }
 
 // A request goes on for no longer than anybody waits for its answer.
-std::chrono::milliseconds requestTimeout(double secondsLeft) {
+std::chrono::milliseconds requestTimeout(std::chrono::duration<double> left) {
     // Compared first: the conversion of a very long time would overflow.
-    if (secondsLeft >= std::chrono::duration<double>(kRequestTimeout).count())
-        return kRequestTimeout;
-    return std::chrono::ceil<std::chrono::milliseconds>(std::chrono::duration<double>(secondsLeft));
+    if (left >= kRequestTimeout) return kRequestTimeout;
+    return std::chrono::ceil<std::chrono::milliseconds>(left);
 }
 
 bool isCancelled(const Ports& ports) {
@@ -185,16 +184,15 @@ bool isCancelled(const Ports& ports) {
 Verdict poll(const Ports& ports, const std::string& jobId, const std::string& key,
              double deadlineSec) {
     const Instant start = ports.clock.now();
-    const auto secondsLeft = [&] {
-        const std::chrono::duration<double> elapsed = ports.clock.now() - start;
-        return deadlineSec - elapsed.count();
+    const auto timeLeft = [&] {
+        return std::chrono::duration<double>(deadlineSec) - (ports.clock.now() - start);
     };
     std::chrono::nanoseconds interval = kFirstInterval;
     bool warming = false;
     bool unreadable = false; // the last answer that came at all
 
     // The deadline is looked at before each poll; a poll itself ends with it too.
-    for (double left = secondsLeft(); left > 0; left = secondsLeft()) {
+    for (auto left = timeLeft(); left.count() > 0; left = timeLeft()) {
         const auto answer = request(ports, "GET", "/api/v1/eval/jobs/" + jobId, key, std::nullopt,
                                     requestTimeout(left), &unreadable);
         if (isCancelled(ports)) return Verdict::failure(kCancelled);
@@ -350,7 +348,7 @@ bool isThisMachine(Environment& environment) {
 std::string reportAddress(const Ports& ports, const std::string& runId,
                           const std::optional<std::string>& key) {
     const std::string path = "/console?run=" + runId;
-    const std::string stated = base(ports.environment) + path;
+    std::string stated = base(ports.environment) + path;
     if (!key || !isPlainId(runId) || !asksForReportAddress(ports.environment)) return stated;
     const auto answer = request(ports, "POST", "/api/v1/eval/runs/" + runId + "/ticket", *key,
                                 json::object(), kCourtesyTimeout);
