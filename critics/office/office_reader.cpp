@@ -266,8 +266,8 @@ OfficeWork readPresentation(Archive& archive) {
         }
         const std::string place = "slide " + std::to_string(number);
         readParagraphs(
-            document, kDrawing, [&](std::size_t) { return place; }, OfficeParagraph::Role::listItem,
-            collector);
+            document, kDrawing, [place](std::size_t) { return place; },
+            OfficeParagraph::Role::listItem, collector);
     }
     return work;
 }
@@ -292,7 +292,7 @@ OfficeWork readOpenSlides(Archive& archive) {
     for (const pugi::xml_node& slide : slides.children("draw:page")) {
         const std::string place = "slide " + std::to_string(++number);
         readParagraphs(
-            slide, kOpen, [&](std::size_t) { return place; }, OfficeParagraph::Role::listItem,
+            slide, kOpen, [place](std::size_t) { return place; }, OfficeParagraph::Role::listItem,
             collector);
     }
     return work;

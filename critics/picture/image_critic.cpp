@@ -130,7 +130,7 @@ void tellUnjudged(const PictureSize& size, FindingList& list) {
 }
 
 /// Reads the file twice, a row at a time: the second time to count what the first one compared.
-void judgeLarge(std::string_view bytes, PictureFacts facts, FindingList& list) {
+void judgeLarge(std::string_view bytes, const PictureFacts& facts, FindingList& list) {
     Emptiness seen;
     auto failure = visitPixels(bytes, [&](std::span<Colour> pixels) {
         seen.look(pixels);
@@ -265,7 +265,7 @@ void judge(const Part& part, PictureKind kind, PictureAllowance& allowance, Line
         PictureFacts facts;
         facts.kind = kind;
         facts.picture = {size.width, size.height, {}};
-        judgeLarge(part.bytes, std::move(facts), list);
+        judgeLarge(part.bytes, facts, list);
         critique.findings = list.take();
         missWords({"the picture is larger than " + std::to_string(kMostAnalysedPixels / 1'000'000) +
                        " megapixels",

@@ -177,7 +177,7 @@ bool FakeFileSystem::exchange(const std::filesystem::path& from, const std::file
 }
 
 std::filesystem::path FakeFileSystem::resolve(const std::filesystem::path& path) {
-    const auto place = withoutTrailingSlash(path.lexically_normal());
+    auto place = withoutTrailingSlash(path.lexically_normal());
     for (const auto& [link, leadsTo] : links) {
         if (place == link) return leadsTo;
         if (isBelow(place, link)) return leadsTo / place.lexically_relative(link);

@@ -27,15 +27,15 @@ std::optional<std::string> readFile(const std::filesystem::path& path) {
     struct stat status {};
     if (::fstat(file, &status) == 0 && S_ISREG(status.st_mode) && status.st_size >= 0 &&
         static_cast<std::size_t>(status.st_size) <= kLongestFile) {
-        bytes.emplace(static_cast<std::size_t>(status.st_size), '\0');
+        std::string& room = bytes.emplace(static_cast<std::size_t>(status.st_size), '\0');
         std::size_t have = 0;
-        while (have < bytes->size()) {
-            const auto got = ::read(file, bytes->data() + have, bytes->size() - have);
+        while (have < room.size()) {
+            const auto got = ::read(file, room.data() + have, room.size() - have);
             if (got < 0 && errno == EINTR) continue;
             if (got <= 0) break;
             have += static_cast<std::size_t>(got);
         }
-        bytes->resize(have);
+        room.resize(have);
     }
     ::close(file);
     return bytes;

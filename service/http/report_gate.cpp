@@ -49,7 +49,7 @@ bool ReportGate::isPass(std::string_view pass, std::string_view runId) {
     return find(m_passes, pass, runId) != m_passes.end();
 }
 
-std::string ReportGate::grant(Grants& grants, std::string prefix, std::string_view runId,
+std::string ReportGate::grant(Grants& grants, std::string_view prefix, std::string_view runId,
                               std::chrono::seconds lasts) {
     if (grants.size() >= kMostGrants) grants.pop_front();
     grants.push_back({randomName(prefix, 16), std::string(runId), m_now() + lasts});

@@ -51,7 +51,7 @@ private:
     };
     using Grants = std::deque<Grant>; // in the order of their ends
 
-    [[nodiscard]] std::string grant(Grants& grants, std::string prefix, std::string_view runId,
+    [[nodiscard]] std::string grant(Grants& grants, std::string_view prefix, std::string_view runId,
                                     std::chrono::seconds lasts); // under m_mutex
     [[nodiscard]] Grants::iterator find(Grants& grants, std::string_view secret,
                                         std::string_view runId); // under m_mutex

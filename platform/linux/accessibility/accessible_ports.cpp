@@ -64,7 +64,7 @@ private:
 AccessiblePorts makeAccessiblePorts(std::shared_ptr<AccessibleDesktop> desktop) {
     const auto selection = std::make_shared<ReadSelection>();
     return {std::make_unique<AccessibleWorkspace>(desktop),
-            std::make_unique<AccessibleKeyboard>(desktop, selection),
+            std::make_unique<AccessibleKeyboard>(std::move(desktop), selection),
             makeReadPasteboard(selection)};
 }
 

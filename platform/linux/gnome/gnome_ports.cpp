@@ -197,7 +197,7 @@ GnomePorts makeGnomePorts(std::shared_ptr<GnomeExtension> extension,
             makeReadPasteboard(selection),
             std::make_unique<GnomeWindowList>(applications),
             std::make_unique<GnomeWindowPicture>(extension),
-            std::make_unique<GnomePanelPlace>(extension, clock)};
+            std::make_unique<GnomePanelPlace>(std::move(extension), clock)};
 }
 
 } // namespace kelvane

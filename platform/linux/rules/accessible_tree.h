@@ -28,6 +28,7 @@ struct AccessibleRef {
     std::string name;
     std::string path;
 
+    // NOLINTNEXTLINE(modernize-use-nullptr): the 0 is of what the compiler makes
     auto operator<=>(const AccessibleRef&) const = default;
 };
 
@@ -107,6 +108,7 @@ private:
     struct Place {
         std::size_t depth = 0;
         std::size_t order = 0;
+        // NOLINTNEXTLINE(modernize-use-nullptr): likewise
         auto operator<=>(const Place&) const = default;
     };
     std::size_t m_mostObjects;

@@ -108,7 +108,8 @@ OpenedWaylandSession openWaylandSession(const WaylandPlace& place, InstalledEntr
     auto opened = WaylandConnection::open(place.socket, std::move(used));
     auto link = opened.silent ? opened.late : opened.link;
     if (!link) return {};
-    const auto session = [link, parts, place, installed, use]() -> std::unique_ptr<WaylandSession> {
+    const auto session = [link, parts, place, installed = std::move(installed),
+                          use]() -> std::unique_ptr<WaylandSession> {
         if (!link->alive()) return openWaylandSession(place, installed, use).session;
         if (!link->started()) return nullptr;
         return std::make_unique<Session>(link, parts, place, installed);
