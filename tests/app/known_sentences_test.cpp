@@ -12,7 +12,7 @@ namespace {
 
 /// With a translator that puts every text that it is asked for into brackets.
 class KnownSentences : public testing::Test {
-protected:
+public:
     KnownSentences() {
         text::useTranslator([](const text::Phrase& phrase) {
             return "[" + std::string(phrase.many != nullptr ? phrase.many : phrase.source) + "]";

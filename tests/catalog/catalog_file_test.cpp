@@ -478,7 +478,8 @@ TEST(DecodeCatalogFile, ReadsAFileOfFiftyMegabytes) {
 }
 
 TEST(DecodeCatalogFile, ReadsOneStringOfFiftyMegabytes) {
-    const std::string name(50'000'000, 'n');
+    std::string name;
+    name.resize(50'000'000, 'n');
     const auto file = decodeCatalogFile(R"({"apps":[{"id":"a","name":")" + name + R"("}]})");
     EXPECT_EQ(file.apps.at(0).name.size(), name.size());
 }

@@ -136,7 +136,7 @@ class RefreshRemoteCatalog : public testing::Test {
 protected:
     FakePlatform fake;
 
-    void answers(int status, std::string body) {
+    void answers(int status, const std::string& body) {
         fake.http.answer = [=](const HttpRequest&) { return HttpResponse{status, body}; };
     }
     void refresh(const std::string& url = kUrl) {

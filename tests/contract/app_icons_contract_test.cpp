@@ -80,7 +80,7 @@ void PrintTo(const System& system, std::ostream* out) {
 class AppIconsContract : public testing::TestWithParam<System> {
 protected:
     std::filesystem::path picture() {
-        const auto file = folder / "my icon.png";
+        auto file = folder / "my icon.png";
         std::ofstream(file) << "picture";
         return file;
     }

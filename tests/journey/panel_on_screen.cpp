@@ -23,7 +23,7 @@ PanelOnScreen::Frame frameOf(const nlohmann::json& line) {
     PanelOnScreen::Frame frame;
     frame.time = line.at("time").get<double>();
     frame.shown = true;
-    const auto window = line.at("window");
+    const auto& window = line.at("window");
     frame.x = window.at(0).get<int>();
     frame.y = window.at(1).get<int>();
     frame.width = window.at(2).get<int>();

@@ -31,7 +31,7 @@ using testing::IsEmpty;
 using testing::SizeIs;
 
 class ClientTest : public testing::Test {
-protected:
+public:
     void start(std::function<void()> warmUp = [] {}) {
         m_store = SqliteStore::open(m_folder.path() / "runs.db", 1).store;
         QueueOptions queue;

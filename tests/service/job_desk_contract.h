@@ -31,7 +31,7 @@ namespace trevix {
 
 template <typename Kind>
 class JobDeskContract : public testing::Test {
-protected:
+public:
     void SetUp() override {
         if (!m_kind.isHere()) GTEST_SKIP() << "no database server";
         m_store = m_kind.open();

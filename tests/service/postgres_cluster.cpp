@@ -90,7 +90,7 @@ std::string PostgresCluster::asItsUser() const {
     if (!onLinux()) return "";
     const passwd* user = itsUser();
     // The signal comes when this program is gone, whatever ended it.
-    const std::string with = "/usr/bin/setpriv --pdeathsig KILL ";
+    std::string with = "/usr/bin/setpriv --pdeathsig KILL ";
     if (user == nullptr) return with;
     return with + "--reuid " + std::to_string(user->pw_uid) + " --regid " +
            std::to_string(user->pw_gid) + " --clear-groups ";

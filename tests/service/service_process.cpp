@@ -95,7 +95,7 @@ std::uint16_t ServiceProcess::awaitPort() {
     m_firstLine = nextLine();
     const std::string start = "trevix-local listening on http://127.0.0.1:";
     if (m_firstLine.rfind(start, 0) != 0) return 0;
-    return static_cast<std::uint16_t>(std::atoi(m_firstLine.c_str() + start.size()));
+    return static_cast<std::uint16_t>(std::strtol(m_firstLine.c_str() + start.size(), nullptr, 10));
 }
 
 std::string ServiceProcess::nextLine() {

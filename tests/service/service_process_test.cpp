@@ -160,7 +160,7 @@ protected:
         const std::string input = "/proc/" + std::to_string(judge) + "/fd/0";
         const int fd = ::open(input.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
         EXPECT_GE(fd, 0) << input;
-        const std::string job = submit(text);
+        std::string job = submit(text);
         pollfd handed{fd, POLLIN, 0};
         EXPECT_EQ(::poll(&handed, 1, 120'000), 1) << "no work comes";
         ::close(fd);

@@ -39,7 +39,7 @@ using testing::Not;
 constexpr const char* kJobs = "/api/v1/eval/jobs";
 
 class TeamApiTest : public testing::Test {
-protected:
+public:
     void SetUp() override {
         if (m_cluster == nullptr) GTEST_SKIP() << "no database server";
         m_cluster->clear();

@@ -191,15 +191,15 @@ TEST(ParseSubmit, WhatIsNoObjectIsRefused) {
 }
 
 TEST(ParseSubmit, NestingEndsAt512Levels) {
-    const auto nested = [](std::size_t arrays) {
+    const auto opened = [](std::size_t arrays) { return std::string(arrays, '['); };
+    const auto nested = [&](std::size_t arrays) {
         std::string body = submitObject("x").dump();
         body.pop_back();
-        return body + R"(,"extra":)" + std::string(arrays, '[') + std::string(arrays, ']') + "}";
+        return body + R"(,"extra":)" + opened(arrays) + std::string(arrays, ']') + "}";
     };
     EXPECT_EQ(submitError(nested(511)), "");
     EXPECT_EQ(submitError(nested(512)), "the body is nested more than 512 levels deep");
-    EXPECT_EQ(submitError(std::string(10'000'000, '[')),
-              "the body is nested more than 512 levels deep");
+    EXPECT_EQ(submitError(opened(10'000'000)), "the body is nested more than 512 levels deep");
     EXPECT_EQ(submitError(submitBody(std::string(1000, '[') + "\\\"" + std::string(1000, '{'))), "")
         << "brackets inside a text nest nothing";
 }

@@ -6,7 +6,7 @@ namespace kelvane::text {
 namespace {
 
 class Translation : public testing::Test {
-protected:
+public:
     ~Translation() override { useTranslator(nullptr); }
 };
 

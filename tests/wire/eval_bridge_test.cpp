@@ -64,7 +64,7 @@ private:
 };
 
 class EvalBridgeWire : public testing::Test {
-protected:
+public:
     EvalBridgeWire() { machine.environment.variables["BRASK_API_BASE"] = server.base() + "/"; }
     ~EvalBridgeWire() override {
         for (const auto timeout : http.timeouts) EXPECT_LE(timeout, 30s);

@@ -81,7 +81,7 @@ TEST_F(PanelKeyboardTest, WithoutAKeyTheDisabledButtonIsPassedOver) {
 
 /// The same while work waits in a preview.
 class PanelPreviewTest : public PanelKeyboardTest {
-protected:
+public:
     PanelPreviewTest() : bridged(ports(panel.fake, store), panel.model.catalog, "/home/u") {
         panel.fake.environment.variables["BRASK_API_KEY"] = "k";
         panel.fake.environment.variables["BRASK_API_BASE"] = "https://service.example";

@@ -31,7 +31,7 @@ std::vector<std::string> languages() {
 }
 
 class PanelLanguages : public testing::TestWithParam<std::string> {
-protected:
+public:
     PanelLanguages() {
         language.use(GetParam());
         // That is told to the application in an event.
@@ -78,7 +78,7 @@ TEST_P(PanelLanguages, ThePanelStandsAsItsWritingRuns) {
     EXPECT_EQ(left("gradeButton") > left("iterateButton"), isMirrored());
     EXPECT_EQ(left("wireLink") > left("settingsButton"), isMirrored());
     EXPECT_EQ(left("bandPill") > left("reportLink"), isMirrored());
-    EXPECT_EQ(left("statusDot") < kPanelWidth / 2, isMirrored());
+    EXPECT_EQ(left("statusDot") < kPanelWidth / 2.0, isMirrored());
 }
 
 /// In a window every text has the room that it needs, whatever is scrolled out of sight.

@@ -33,8 +33,8 @@ Part code(std::string name, std::string text) {
     return part;
 }
 
-std::string comment(std::string line, std::string column, std::string code, std::string level,
-                    std::string message) {
+std::string comment(const std::string& line, const std::string& column, const std::string& code,
+                    const std::string& level, const std::string& message) {
     return R"({"comments":[{"line":)" + line + R"(,"column":)" + column + R"(,"level":")" + level +
            R"(","code":)" + code + R"(,"message":")" + message + R"("}]})";
 }
@@ -160,7 +160,7 @@ TEST(ForeignAnswer, ACodeThatIsNoNameIsNotUnderstood) {
 
 TEST(ForeignAnswer, EveryOtherEndIsToldInTheCoverage) {
     const Part part = code("a.py", "a = 1\n");
-    const auto why = [&](ChildResult result) {
+    const auto why = [&](const ChildResult& result) {
         const Critique critique = critiqueOf(hereAs("bandit"), part, result);
         EXPECT_THAT(critique.findings, IsEmpty());
         EXPECT_THAT(critique.coverage.checkedBy, IsEmpty());
@@ -305,7 +305,7 @@ TEST(ForeignAnswer, WhatStandsForASecretThatWasTakenOutIsNone) {
 
 TEST(ForeignAnswer, ACallForAShellStandsWhereItBeginsAndNotAtItsOption) {
     const Part part = code("a.py", "a = 1\nrun(\n    command,\n    shell=True)\n");
-    const auto placeOf = [&](std::string range) {
+    const auto placeOf = [&](const std::string& range) {
         return critiqueOf(hereAs("bandit"), part,
                           exited(1, R"({"errors":[],"results":[{"test_id":"B602","line_number":4,
                               "issue_severity":"HIGH","issue_confidence":"HIGH",)" +

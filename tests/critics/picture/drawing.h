@@ -112,7 +112,7 @@ inline Picture blurred(const Picture& picture, int radius) {
 inline Picture noisy(Picture picture, int strength) {
     std::mt19937 random(11);
     for (Colour& pixel : picture.pixels) {
-        const auto span = static_cast<unsigned long>(2 * strength + 1);
+        const auto span = 2 * static_cast<unsigned long>(strength) + 1;
         pixel = gray(pixel.green + static_cast<int>(random() % span) - strength);
     }
     return picture;

@@ -567,10 +567,12 @@ TEST(ImageCritic, DamagedFilesNeverCrash) {
     std::mt19937 random(5);
     for (int round = 0; round < 200; ++round) {
         std::string bad = good;
-        if (round % 2 == 0)
+        if (round % 2 == 0) {
             bad.resize(random() % bad.size());
-        else
-            bad[random() % bad.size()] ^= static_cast<char>(1U << (random() % 8));
+        } else {
+            char& byte = bad[random() % bad.size()];
+            byte = static_cast<char>(static_cast<unsigned char>(byte) ^ (1U << (random() % 8)));
+        }
         for (const Finding& finding : judgeBytes(bad, "ui_ux")) EXPECT_FALSE(finding.place.empty());
     }
 }

@@ -158,7 +158,8 @@ TEST(Pixels, FlippedBitsNeverCrash) {
     for (int round = 0; round < 600; ++round) {
         std::string bad = good;
         for (int flips = 0; flips < 3; ++flips) {
-            bad[random() % bad.size()] ^= static_cast<char>(1U << (random() % 8));
+            char& byte = bad[random() % bad.size()];
+            byte = static_cast<char>(static_cast<unsigned char>(byte) ^ (1U << (random() % 8)));
         }
         failures += failure(bad).empty() ? 0 : 1;
     }

@@ -15,6 +15,7 @@
 #include <QPainter>
 
 #include <algorithm>
+#include <regex>
 #include <string>
 #include <thread>
 #include <vector>
@@ -118,7 +119,7 @@ TEST_F(WordsInPictures, AreReadInAnyColourAndSize) {
         EXPECT_EQ(textOf(read.words), "Please send the signed form before Friday.") << c.pixels;
         for (const PictureWord& word : read.words) {
             EXPECT_GE(word.confidence, 80) << word.text;
-            EXPECT_NEAR(word.box.bottom(), 60, c.pixels / 2) << word.text;
+            EXPECT_NEAR(word.box.bottom(), 60, c.pixels / 2.0) << word.text;
             EXPECT_GE(word.box.x, 36) << word.text;
         }
     }
@@ -131,14 +132,13 @@ TEST_F(WordsInPictures, AFindingStandsAtTheBoxOfItsWords) {
     ASSERT_EQ(findings.size(), 1U);
     EXPECT_EQ(findings[0].rule, "text.doubled_word");
     EXPECT_EQ(findings[0].evidence, "the the");
-    int x = 0, y = 0, width = 0, height = 0;
-    ASSERT_EQ(
-        std::sscanf(findings[0].place.c_str(), "x %d, y %d, %d x %d px", &x, &y, &width, &height),
-        4)
+    std::smatch numbers;
+    ASSERT_TRUE(std::regex_match(findings[0].place, numbers,
+                                 std::regex(R"(x (\d+), y (\d+), (\d+) x (\d+) px)")))
         << findings[0].place;
-    EXPECT_NEAR(x, 175, 25);
-    EXPECT_NEAR(width, 54, 12);
-    EXPECT_NEAR(y + height, 60, 4);
+    EXPECT_NEAR(std::stoi(numbers[1]), 175, 25);
+    EXPECT_NEAR(std::stoi(numbers[3]), 54, 12);
+    EXPECT_NEAR(std::stoi(numbers[2]) + std::stoi(numbers[4]), 60, 4);
 }
 
 TEST_F(WordsInPictures, LeftOversAndSecretsAreSeen) {

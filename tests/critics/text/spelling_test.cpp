@@ -10,7 +10,7 @@ namespace trevix {
 namespace {
 
 /// A machine with small dictionaries of English and German, and a list of one known slip.
-LanguageTools smallTools(PersonalWords personal = {}) {
+LanguageTools smallTools(const PersonalWords& personal = {}) {
     auto shelf = std::make_shared<ListShelf>();
     shelf->add(
         NaturalLanguage::english,

@@ -80,7 +80,7 @@ std::filesystem::path makeTestHome() {
     std::vector<char> path(model.begin(), model.end());
     path.push_back('\0');
     if (::mkdtemp(path.data()) == nullptr) throw std::runtime_error("cannot make a home folder");
-    const std::filesystem::path home(path.data());
+    std::filesystem::path home(path.data());
     std::filesystem::create_directories(home / "runtime");
     std::filesystem::permissions(home / "runtime", std::filesystem::perms::owner_all);
     // For what programs leave behind that are ended without being asked.

@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <stdexcept>
 #include <system_error>
+#include <utility>
 
 namespace kelvane {
 
@@ -22,7 +23,7 @@ constexpr std::uint32_t kAsPager = 2;
 
 VirtualDesktop::VirtualDesktop(DesktopOptions options)
     : m_home(makeTestHome()),
-      m_manager(options.manager) {
+      m_manager(std::move(options.manager)) {
     const auto runtime = m_home / "runtime";
 
     const char* const search = std::getenv("PATH");

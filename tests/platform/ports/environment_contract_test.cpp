@@ -17,7 +17,7 @@ constexpr const char* kName = "KELVANE_TEST_VARIABLE";
 enum class Side { Fake, Posix };
 
 class EnvironmentContract : public testing::TestWithParam<Side> {
-protected:
+public:
     ~EnvironmentContract() override { unsetenv(kName); }
 
     bool isFake() const { return GetParam() == Side::Fake; }

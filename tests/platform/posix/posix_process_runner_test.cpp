@@ -45,7 +45,7 @@ protected:
 
     /// A program of ours on disk.
     fs::path script(const std::string& text, mode_t mode) {
-        const fs::path path = folder / "program";
+        fs::path path = folder / "program";
         putFile(path, text);
         chmod(path.c_str(), mode);
         return path;
@@ -405,7 +405,7 @@ protected:
     /// What a file says once it says something.
     std::string awaited(const std::string& name) {
         for (int i = 0; i < 3000; ++i) {
-            const auto text = makePosixFileSystem()->read(folder / name).value_or("");
+            auto text = makePosixFileSystem()->read(folder / name).value_or("");
             if (!text.empty()) return text;
             std::this_thread::sleep_for(std::chrono::milliseconds(10));
         }

@@ -32,7 +32,7 @@ using testing::Not;
 constexpr const char* kJobs = "/api/v1/eval/jobs";
 
 class HttpApiTest : public testing::Test {
-protected:
+public:
     void start(bool open = true, std::size_t maxWaiting = 256) {
         m_critic = std::make_unique<GatedCritic>(open);
         m_store = SqliteStore::open(m_folder.path() / "runs.db", 1).store;
@@ -364,9 +364,9 @@ TEST_F(HttpApiTest, AJobIsGivenUpWhenItsOwnerSaysSo) {
     start(false);
     const std::string id = submit("work");
     m_critic->awaitArrivals(1);
-    const auto deleted = [&](const std::string& job, HeaderLines headers) {
-        return roundTrip(
-            port(), requestText("DELETE", std::string(kJobs) + "/" + job, std::move(headers), ""));
+    const auto deleted = [&](const std::string& job, const HeaderLines& headers) {
+        return roundTrip(port(),
+                         requestText("DELETE", std::string(kJobs) + "/" + job, headers, ""));
     };
     EXPECT_EQ(deleted(id, {}).status, 401);
     EXPECT_EQ(deleted(id, keyed({{"Origin", "http://elsewhere.example"}})).status, 403);

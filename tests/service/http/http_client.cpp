@@ -19,7 +19,7 @@ Reply replyIn(const std::string& all) {
     Reply reply;
     const auto end = all.find("\r\n\r\n");
     if (end == std::string::npos || all.rfind("HTTP/1.1 ", 0) != 0) return reply;
-    reply.status = std::atoi(all.c_str() + 9);
+    reply.status = static_cast<int>(std::strtol(all.c_str() + 9, nullptr, 10));
     std::size_t begin = all.find("\r\n") + 2;
     while (begin < end + 2) {
         const auto stop = all.find("\r\n", begin);

@@ -55,6 +55,10 @@ public:
     std::promise<void> gate;
 };
 
+std::string bytes(std::size_t count) {
+    return std::string(count, 'x');
+}
+
 std::size_t descriptorLimit() {
     rlimit limit{};
     EXPECT_EQ(getrlimit(RLIMIT_NOFILE, &limit), 0);
@@ -105,7 +109,7 @@ TEST_F(HttpServerTest, TakesABodyByLengthOrInChunks) {
 
 TEST_F(HttpServerTest, ABodyOfManyMegabytesArrivesWhole) {
     start();
-    EXPECT_EQ(post(port(), "/x", std::string(20'000'000, 'x')).body, "POST /x 20000000");
+    EXPECT_EQ(post(port(), "/x", bytes(20'000'000)).body, "POST /x 20000000");
 }
 
 TEST_F(HttpServerTest, AFormIsABodyLikeAnyOther) {
@@ -134,7 +138,7 @@ TEST_F(HttpServerTest, AClientThatSendsItAllTheSameStillGetsToReadWhy) {
     ServerOptions options;
     options.maxBody = 1000;
     start(options);
-    const Reply reply = post(port(), "/x", std::string(30'000'000, 'x'));
+    const Reply reply = post(port(), "/x", bytes(30'000'000));
     EXPECT_EQ(reply.status, 413);
     EXPECT_THAT(reply.body, HasSubstr("error"));
 }

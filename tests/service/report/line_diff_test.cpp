@@ -57,9 +57,9 @@ TEST(LineDiff, BeyondItsMostChangesTheMiddleIsOneChange) {
     for (int i = 0; i < 4000; ++i) numbers.push_back(std::to_string(i));
     Lines before{"head"};
     Lines after{"head"};
-    for (int i = 0; i < 2000; ++i) {
-        before.emplace_back(numbers[static_cast<std::size_t>(i)]);
-        after.emplace_back(numbers[static_cast<std::size_t>(i + 2000)]);
+    for (std::size_t i = 0; i < 2000; ++i) {
+        before.emplace_back(numbers[i]);
+        after.emplace_back(numbers[i + 2000]);
     }
     before.emplace_back("tail");
     after.emplace_back("tail");

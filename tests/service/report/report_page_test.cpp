@@ -12,7 +12,7 @@ namespace {
 using testing::HasSubstr;
 using testing::Not;
 
-Finding finding(std::string rule, std::string text) {
+Finding finding(std::string rule, const std::string& text) {
     return {Severity::high,  std::move(rule),    "criterion " + text,
             "place " + text, "evidence " + text, "detail " + text};
 }

@@ -14,7 +14,7 @@ namespace {
 using testing::HasSubstr;
 using testing::Not;
 
-Finding finding(Severity severity, std::string place, std::string evidence) {
+Finding finding(Severity severity, std::string place, const std::string& evidence) {
     return {severity, "rule.of", "criterion", std::move(place), evidence, "says of " + evidence};
 }
 

@@ -307,7 +307,7 @@ TEST_F(PostgresStoreTest, CommitsAreOnTheDiskWhateverTheServersSettingsSay) {
     const auto settingAs = [&](const std::string& value) {
         m_cluster->query("ALTER DATABASE postgres SET synchronous_commit = " + value);
         SqlConnection connection(m_cluster->address());
-        const std::string setting = connection.query("SHOW synchronous_commit").text(0, 0);
+        std::string setting = connection.query("SHOW synchronous_commit").text(0, 0);
         m_cluster->query("ALTER DATABASE postgres RESET synchronous_commit");
         return setting;
     };

@@ -42,7 +42,7 @@ private:
 
 TYPED_TEST_SUITE_P(RunStoreContract);
 
-inline Finding finding(Severity severity, std::string text) {
+inline Finding finding(Severity severity, const std::string& text) {
     return {severity, "rule " + text, "criterion", "line 1", "evidence " + text, "detail " + text};
 }
 

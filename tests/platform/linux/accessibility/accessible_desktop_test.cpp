@@ -266,7 +266,7 @@ TEST(AccessibleDesktop, WithoutABusEverythingIsAbsent) {
     Journal journal;
     FakeClock clock{journal};
     NoOwnFocus focus;
-    const auto index = std::make_shared<const DesktopEntryIndex>(std::vector<DesktopEntry>{});
+    auto index = std::make_shared<const DesktopEntryIndex>(std::vector<DesktopEntry>{});
     for (const std::string address : {"", "unix:path=/nowhere/bus"}) {
         const auto seen = openAccessibleDesktop(
             {.session = address, .accessibility = {}}, [index] { return index; }, clock, focus);

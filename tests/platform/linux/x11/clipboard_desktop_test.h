@@ -88,7 +88,7 @@ protected:
     }
 
     static std::filesystem::path file(const std::string& name, const std::string& bytes) {
-        const auto path = desktop().home() / name;
+        auto path = desktop().home() / name;
         std::ofstream(path, std::ios::binary) << bytes;
         return path;
     }
