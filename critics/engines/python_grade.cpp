@@ -321,18 +321,27 @@ bool isFiltered(const ForeignSubject& subject) {
     return contains(arguments, "filter=") && !contains(arguments, "fully_trusted");
 }
 
-/// "yaml.load(text, SafeLoader)", by whatever name the file takes such a loader in, or derives one.
+/// "yaml.load(text, SafeLoader)", by whatever name the file takes such a loader in, or derives one;
+/// and "yaml.load(text, loader)", where whoever gives the loader chose it.
 bool isLoadedSafely(const ForeignSubject& subject) {
     const std::string_view arguments = argumentsOf(subject);
     if (contains(arguments, "SafeLoader")) return true;
     const std::size_t before = arguments.find_last_of(",=");
     if (before == std::string_view::npos) return false;
     const std::string loader(text::trimmed(arguments.substr(before + 1)));
+    if (loader.empty() || !std::ranges::all_of(loader, text::isAsciiWord)) return false;
+    if (text::lowerAscii(loader) == loader) return true;
     const std::string_view text = subject.text.substr(0, kMostOfPython);
     const std::size_t at = text.find("class " + loader + "(");
-    if (loader.empty() || at == std::string_view::npos) return false;
+    if (at == std::string_view::npos) return false;
     const std::string_view rest = text.substr(at);
     return contains(rest.substr(0, rest.find('\n')), "SafeLoader");
+}
+
+/// "Environment(**options)", in a file that speaks of escaping.
+bool isEscapedElsewhere(const ForeignSubject& subject) {
+    return contains(argumentsOf(subject), "**") &&
+           contains(subject.text.substr(0, kMostOfPython), "autoescape");
 }
 
 /// Whether the file is of no web application: then markup is taken for safe by what makes pages for
@@ -357,6 +366,7 @@ bool isHarmless(std::string_view number, const ForeignSubject& subject) {
         return isEntryOfTable(subject) || isUnhurtByCollisions(subject) || isChecksum(subject);
     }
     if (number == "506") return isLoadedSafely(subject);
+    if (number == "701") return isEscapedElsewhere(subject);
     if (number == "704") return isOfLibrary(subject);
     if (number == "317") return contains(lineFrom(subject), "make_parser(");
     return false;

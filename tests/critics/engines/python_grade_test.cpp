@@ -237,6 +237,26 @@ TEST(Loaders, ThatAreSafeWeighLittleByWhateverName) {
               Severity::medium);
 }
 
+TEST(Loaders, ThatSomebodyElseChoosesWeighLittle) {
+    EXPECT_EQ(
+        bandit("B506", "def read(text, loader):\n    data = yaml.load(text, loader)\n", "data"),
+        Severity::low);
+    EXPECT_EQ(bandit("B506", "data = yaml.load(text, yaml.Loader)\n", "data"), Severity::medium);
+    EXPECT_EQ(bandit("B506", "data = yaml.load(text)\n", "data"), Severity::medium);
+}
+
+TEST(Templates, WithOptionsFromElsewhereWeighLittleWhereTheFileSpeaksOfEscaping) {
+    EXPECT_EQ(bandit("B701", "pages = jinja2.Environment(**options)\n", "pages", "high"),
+              Severity::high);
+    EXPECT_EQ(bandit("B701",
+                     "options.setdefault('autoescape', True)\n"
+                     "pages = jinja2.Environment(**options)\n",
+                     "pages", "high"),
+              Severity::low);
+    EXPECT_EQ(ruff("S701", "# autoescape is off\npages = jinja2.Environment(loader=a)\n", "jinja2"),
+              Severity::high);
+}
+
 TEST(UnsafeCalls, OfATestWeighLittle) {
     const std::string_view call = "    path = '/tmp/report'\n";
     const std::string function = "def test_report():\n" + std::string(call);
