@@ -3,9 +3,9 @@
 #include "critics/code/code_rule_table.h"
 #include "critics/code/code_rules.h"
 #include "critics/code/python_blocks.h"
+#include "critics/findings/shown_secret.h"
 #include "critics/flow/python_flow.h"
 #include "critics/flow/python_misuse.h"
-#include "text/unicode.h"
 
 #include <algorithm>
 #include <string>
@@ -171,12 +171,9 @@ bool letsStrangersIn(Misuse::Kind kind) {
 std::string hiddenBehindQuote(std::string_view shown) {
     const std::size_t quote = shown.find_first_of("\"'");
     if (quote == std::string_view::npos) return std::string(shown);
-    // As many as are shown of any secret; of a short one less, so that it is not all of it.
-    constexpr std::size_t kMostShown = 4;
-    const std::size_t length = shown.size() - quote - 1;
-    const std::string_view begin =
-        kelvane::text::firstCharacters(shown.substr(quote + 1), std::min(kMostShown, length / 3));
-    return std::string(shown.substr(0, quote + 1)) + std::string(begin) + "…";
+    std::string_view password = shown.substr(quote + 1);
+    if (password.ends_with(shown[quote])) password.remove_suffix(1);
+    return std::string(shown.substr(0, quote + 1)) + shownSecret(password);
 }
 
 } // namespace
