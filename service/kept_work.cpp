@@ -1,5 +1,6 @@
 #include "service/kept_work.h"
 
+#include "critics/findings/shown_secret.h"
 #include "critics/text/secret_shapes.h"
 #include "text/unicode.h"
 
@@ -8,13 +9,12 @@ namespace trevix {
 namespace {
 
 constexpr std::string_view kBlot = "•";
-constexpr std::size_t kShownOfASecret = 4; // As the evidence of a finding shows it.
 constexpr std::string_view kPngMark("\x89PNG\r\n\x1a\n", 8);
 
 std::string blotted(std::string_view secret) {
     // As many marks as characters, and line ends as they were: the places of findings after it are
     // told by line and column, and stay right.
-    std::string shown(kelvane::text::firstCharacters(secret, kShownOfASecret));
+    std::string shown(shownOfSecret(secret));
     secret.remove_prefix(shown.size());
     while (!secret.empty()) {
         const std::size_t length = kelvane::text::decodeFront(secret).length;

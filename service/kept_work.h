@@ -26,8 +26,8 @@ constexpr std::uint64_t kMostKept = std::uint64_t{128} << 20U;
 
 [[nodiscard]] KeptWork keptWork(const std::vector<Part>& parts);
 
-/// The text with everything but the first four characters of each secret replaced by bullets, one
-/// for each code point. Line ends stay.
+/// The text with everything of each secret but what findings show of it (`shownOfSecret`) replaced
+/// by bullets, one for each code point. Line ends stay.
 [[nodiscard]] std::string withoutSecrets(std::string_view text);
 
 } // namespace trevix

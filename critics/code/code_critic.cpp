@@ -57,7 +57,7 @@ Critique critiqueCode(const Part& part, Readers readers) {
         critique.coverage.checked(ownRules("where data from outside goes, Python"));
     }
     const std::vector<Flow> flows = checkFlows(view, tree, findings);
-    checkMisuses(view, tree, findings);
+    checkMisuses(view, part.name, tree, findings);
     checkShape(view, findings);
     checkBrackets(view, findings);
     checkLongFunctions(view, findings);

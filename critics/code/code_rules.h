@@ -35,7 +35,8 @@ void checkImports(const CodeView& view, FindingList& findings);
 /// Gives what was found, for the rules that tell the same by the tokens alone. `tree` is that of
 /// the view's text; an empty one has nothing to find.
 std::vector<Flow> checkFlows(const CodeView& view, const SyntaxTree& tree, FindingList& findings);
-void checkMisuses(const CodeView& view, const SyntaxTree& tree, FindingList& findings);
+void checkMisuses(const CodeView& view, std::string_view name, const SyntaxTree& tree,
+                  FindingList& findings);
 
 // Security: code_security_rules.cpp
 /// Passes over what `flows` tell of already. `fixed` are the offsets of the brackets of calls that

@@ -4,6 +4,7 @@
 #include "critics/engines/foreign_grade.h"
 #include "critics/engines/prose_file.h"
 #include "critics/findings/finding_list.h"
+#include "critics/findings/shown_secret.h"
 #include "critics/text/secret_shapes.h"
 #include "text/letters.h"
 #include "text/one_of.h"
@@ -183,20 +184,16 @@ std::vector<Span> apart(std::vector<Span> spans) {
     return joined;
 }
 
-std::string hidden(std::string_view value) {
-    return std::string(text::firstCharacters(value, 4)) + "…";
-}
-
 /// The program's words as they are shown: on one line, no secret among them.
 std::string wordsOf(std::string_view engine, const ForeignFault& fault,
                     const std::vector<std::string>& secrets) {
     if (isAboutPassword(engine, fault.code)) return "a password stands in the code";
     std::string words = fault.message;
-    for (const std::string& secret : secrets) replaceAll(words, secret, hidden(secret));
+    for (const std::string& secret : secrets) replaceAll(words, secret, shownSecret(secret));
     const std::vector<Secret> own = findSecrets(words);
     for (auto secret = own.rbegin(); secret != own.rend(); ++secret) {
         const std::string value = words.substr(secret->valueOffset, secret->valueLength);
-        words.replace(secret->valueOffset, secret->valueLength, hidden(value));
+        words.replace(secret->valueOffset, secret->valueLength, shownSecret(value));
     }
     words = shortened(words, kLongestMessage);
     while (words.ends_with('.') || words.ends_with(' ')) words.pop_back();

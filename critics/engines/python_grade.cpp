@@ -1,5 +1,6 @@
 #include "critics/engines/python_grade.h"
 
+#include "critics/code/python_blocks.h"
 #include "text/letters.h"
 #include "text/one_of.h"
 #include "text/unicode.h"
@@ -23,10 +24,6 @@ constexpr std::optional<Severity> kMedium = Severity::medium;
 constexpr std::optional<Severity> kLow = Severity::low;
 constexpr std::optional<Severity> kOff = std::nullopt;
 
-/// Of the whole file, and on either side of a place, no more than that is looked at, in bytes: more
-/// than modules that people write have, and little enough to be read for each of many doubts.
-constexpr std::size_t kMostOfFile = std::size_t{256} << 10U;
-constexpr std::size_t kMostAround = std::size_t{64} << 10U;
 /// A call on a few lines, in bytes.
 constexpr std::size_t kLongestCall = 400;
 
@@ -44,7 +41,7 @@ std::size_t lineStart(std::string_view text, std::size_t offset) {
 
 /// The line of the place; empty for that of nothing.
 std::string_view lineOf(const ForeignSubject& subject) {
-    return subject.line().substr(0, kMostAround);
+    return subject.line().substr(0, kMostAroundPython);
 }
 
 /// What stands on the line of the place before it, and from it on.
@@ -55,7 +52,7 @@ std::string_view lineBefore(const ForeignSubject& subject) {
 }
 std::string_view lineFrom(const ForeignSubject& subject) {
     const std::string_view rest = subject.rest();
-    return rest.substr(0, rest.find('\n')).substr(0, kMostAround);
+    return rest.substr(0, rest.find('\n')).substr(0, kMostAroundPython);
 }
 
 /// What stands in the brackets of the first call from the place on; empty without one.
@@ -92,34 +89,6 @@ std::string_view nameAt(const ForeignSubject& subject) {
     return rest.substr(0, static_cast<std::size_t>(end - rest.begin()));
 }
 
-struct Opener {
-    std::string_view line;  ///< Without its margin, and "async".
-    std::size_t offset = 0; ///< Of the line.
-    std::size_t margin = 0;
-};
-
-/// The lines that open the blocks around the place, the innermost first; with them the line of the
-/// place itself, which may hold a block of its own.
-std::vector<Opener> openersAround(const ForeignSubject& subject) {
-    const std::string_view text = subject.text;
-    std::size_t line = lineStart(text, subject.place());
-    const std::size_t first = line - std::min(line, kMostAround);
-    std::vector<Opener> openers;
-    while (true) {
-        const std::string_view rest = text.substr(line);
-        const std::string_view whole = rest.substr(0, rest.find('\n'));
-        std::string_view words = text::trimmed(whole);
-        if (words.starts_with("async ")) words.remove_prefix(6);
-        const std::size_t margin = std::min(whole.find_first_not_of(" \t"), whole.size());
-        if (!words.empty() && !words.starts_with('#') &&
-            (openers.empty() || margin < openers.back().margin)) {
-            openers.push_back({words, line, margin});
-        }
-        if (line <= first || (!openers.empty() && openers.back().margin == 0)) return openers;
-        line = lineStart(text, line - 1);
-    }
-}
-
 /// "eval(text, names)" and "exec(text, names)": with names of its own it is there to evaluate, and
 /// what it may reach was thought of.
 bool evaluatesWithOwnNames(const ForeignSubject& subject) {
@@ -142,21 +111,21 @@ bool evaluatesWithOwnNames(const ForeignSubject& subject) {
 /// A name of Python 2 where the file tells which of the two runs it, expects that something is
 /// missing, or where Python 3 never comes.
 bool isOfPython2(const ForeignSubject& subject, std::string_view name,
-                 const std::vector<Opener>& around) {
+                 const std::vector<PythonOpener>& around) {
     constexpr std::array<std::string_view, 16> kNames = {
         "unicode", "basestring", "long",   "xrange",       "raw_input", "file",
         "cmp",     "unichr",     "reduce", "execfile",     "reload",    "buffer",
         "coerce",  "intern",     "apply",  "StandardError"};
     if (!text::isOneOf(name, kNames)) return false;
     if (containsAnyOf(
-            subject.text.substr(0, kMostOfFile),
+            subject.text.substr(0, kMostOfPython),
             {"version_info", "hexversion", "sys.version", "PY2", "PY3", "except NameError"})) {
         return true;
     }
     constexpr std::array<std::string_view, 12> kMethods = {
         "__cmp__",      "__unicode__", "__nonzero__", "__long__",     "__coerce__",   "__oct__",
         "__getslice__", "__hex__",     "__div__",     "__setslice__", "__delslice__", "__rdiv__"};
-    return std::ranges::any_of(around, [&](const Opener& opener) {
+    return std::ranges::any_of(around, [&](const PythonOpener& opener) {
         if (opener.line.starts_with("except")) return true;
         if (!opener.line.starts_with("def ")) return false;
         const std::string_view method = opener.line.substr(4, opener.line.find('(') - 4);
@@ -167,7 +136,7 @@ bool isOfPython2(const ForeignSubject& subject, std::string_view name,
 /// Whether the module takes the name away, once it is loaded and what asks for it was called.
 bool isTakenAway(const ForeignSubject& subject, std::string_view name) {
     constexpr std::string_view kDelete = "\ndel ";
-    const std::string_view text = subject.text.substr(0, kMostOfFile);
+    const std::string_view text = subject.text.substr(0, kMostOfPython);
     for (std::size_t at = text.find(kDelete); at != std::string_view::npos;
          at = text.find(kDelete, at + 1)) {
         const std::string_view rest = text.substr(at + kDelete.size());
@@ -178,7 +147,7 @@ bool isTakenAway(const ForeignSubject& subject, std::string_view name) {
 
 /// Whether the file gives itself names that no line of it declares.
 bool makesNames(const ForeignSubject& subject) {
-    return containsAnyOf(subject.text.substr(0, kMostOfFile),
+    return containsAnyOf(subject.text.substr(0, kMostOfPython),
                          {"globals().update(", "globals()[", "vars().update(", "vars()["});
 }
 
@@ -191,14 +160,14 @@ bool isUnchecked(const ForeignSubject& subject) {
 /// Whether the name is given a value further on in a loop that the place is in: an earlier turn of
 /// it has made the name, or a condition keeps the first one from asking.
 bool isMadeByTheLoop(const ForeignSubject& subject, std::string_view name,
-                     const std::vector<Opener>& around) {
-    const Opener* loop = nullptr;
-    for (const Opener& opener : around) {
+                     const std::vector<PythonOpener>& around) {
+    const PythonOpener* loop = nullptr;
+    for (const PythonOpener& opener : around) {
         if (opener.line.starts_with("def ") || opener.line.starts_with("class ")) break;
         if (opener.line.starts_with("for ") || opener.line.starts_with("while ")) loop = &opener;
     }
     if (loop == nullptr) return false;
-    const std::string_view body = subject.text.substr(loop->offset, kMostAround);
+    const std::string_view body = subject.text.substr(loop->offset, kMostAroundPython);
     for (std::size_t at = body.find('\n'); at != std::string_view::npos;) {
         const std::size_t next = body.find('\n', at + 1);
         const std::string_view line = body.substr(at + 1, next - at - 1);
@@ -227,9 +196,9 @@ bool mayBeMeant(const ForeignSubject& subject) {
                                                           "ngettext", "__IPYTHON__"};
     if (text::isOneOf(name, kBrought) || isUnchecked(subject)) return true;
     const std::string definition = "\ndef " + std::string(name) + "(";
-    if (contains(subject.text.substr(0, kMostOfFile), definition)) return true;
+    if (contains(subject.text.substr(0, kMostOfPython), definition)) return true;
     if (makesNames(subject) || isTakenAway(subject, name)) return true;
-    const std::vector<Opener> around = openersAround(subject);
+    const std::vector<PythonOpener> around = pythonOpenersAround(subject.text, subject.place());
     return isOfPython2(subject, name, around) || isMadeByTheLoop(subject, name, around);
 }
 
@@ -237,7 +206,7 @@ bool mayBeMeant(const ForeignSubject& subject) {
 /// for.
 bool isListedRightly(const ForeignSubject& subject) {
     return subject.name.ends_with("__init__.py") || makesNames(subject) ||
-           contains(subject.text.substr(0, kMostOfFile), "\ndef __getattr__(");
+           contains(subject.text.substr(0, kMostOfPython), "\ndef __getattr__(");
 }
 
 /// "os.chmod(path, 0o755)": all may read and run it, as programs and folders are for. One of them
@@ -297,7 +266,7 @@ bool isCompared(const ForeignSubject& subject) {
 
 /// Whether anything in the file may listen at an address.
 bool isListenedAt(const ForeignSubject& subject) {
-    return !isCompared(subject) && containsAnyOf(subject.text.substr(0, kMostOfFile),
+    return !isCompared(subject) && containsAnyOf(subject.text.substr(0, kMostOfPython),
                                                  {"bind", "listen", "run(", "serve", "Server",
                                                   "host", "HOST", "interface"});
 }
@@ -323,14 +292,14 @@ bool isUnhurtByCollisions(const ForeignSubject& subject) {
 bool isChecksum(const ForeignSubject& subject) {
     const std::string_view line = lineOf(subject);
     if (!contains(line, "hashlib.") &&
-        !contains(subject.text.substr(0, kMostOfFile), "from hashlib import")) {
+        !contains(subject.text.substr(0, kMostOfPython), "from hashlib import")) {
         return false;
     }
     std::string words(line);
     words += argumentsOf(subject);
     // Who names a function by the algorithm leaves the choice to its callers.
     bool named = false;
-    for (const Opener& opener : openersAround(subject)) {
+    for (const PythonOpener& opener : pythonOpenersAround(subject.text, subject.place())) {
         if (!opener.line.starts_with("def ")) continue;
         const std::string name = text::lowerAscii(opener.line.substr(0, opener.line.find('(')));
         named = named || containsAnyOf(name, {"md5", "sha"});
@@ -352,10 +321,33 @@ bool isFiltered(const ForeignSubject& subject) {
     return contains(arguments, "filter=") && !contains(arguments, "fully_trusted");
 }
 
+/// "yaml.load(text, SafeLoader)", by whatever name the file takes such a loader in, or derives one;
+/// and "yaml.load(text, loader)", where whoever gives the loader chose it.
+bool isLoadedSafely(const ForeignSubject& subject) {
+    const std::string_view arguments = argumentsOf(subject);
+    if (contains(arguments, "SafeLoader")) return true;
+    const std::size_t before = arguments.find_last_of(",=");
+    if (before == std::string_view::npos) return false;
+    const std::string loader(text::trimmed(arguments.substr(before + 1)));
+    if (loader.empty() || !std::ranges::all_of(loader, text::isAsciiWord)) return false;
+    if (text::lowerAscii(loader) == loader) return true;
+    const std::string_view text = subject.text.substr(0, kMostOfPython);
+    const std::size_t at = text.find("class " + loader + "(");
+    if (at == std::string_view::npos) return false;
+    const std::string_view rest = text.substr(at);
+    return contains(rest.substr(0, rest.find('\n')), "SafeLoader");
+}
+
+/// "Environment(**options)", in a file that speaks of escaping.
+bool isEscapedElsewhere(const ForeignSubject& subject) {
+    return contains(argumentsOf(subject), "**") &&
+           contains(subject.text.substr(0, kMostOfPython), "autoescape");
+}
+
 /// Whether the file is of no web application: then markup is taken for safe by what makes pages for
 /// others, and who puts what into it is told where that is done.
 bool isOfLibrary(const ForeignSubject& subject) {
-    return !containsAnyOf(subject.text.substr(0, kMostOfFile),
+    return !containsAnyOf(subject.text.substr(0, kMostOfPython),
                           {"from flask", "import flask", "from django", "import django",
                            "from bottle", "import bottle", "from quart", "request.args",
                            "request.form", "request.GET", "request.POST"});
@@ -364,6 +356,7 @@ bool isOfLibrary(const ForeignSubject& subject) {
 /// Whether what is unsafe in itself does no harm by what stands around it. `number` is that of
 /// Bandit's rule, which Ruff took over.
 bool isHarmless(std::string_view number, const ForeignSubject& subject) {
+    if (isInPythonTest(subject.text, subject.place(), subject.name)) return true;
     if (number == "102" || number == "307") return evaluatesWithOwnNames(subject);
     if (number == "103") return letsNobodyElseWrite(subject);
     if (number == "104") return !isListenedAt(subject);
@@ -372,6 +365,8 @@ bool isHarmless(std::string_view number, const ForeignSubject& subject) {
     if (number == "303" || number == "324") {
         return isEntryOfTable(subject) || isUnhurtByCollisions(subject) || isChecksum(subject);
     }
+    if (number == "506") return isLoadedSafely(subject);
+    if (number == "701") return isEscapedElsewhere(subject);
     if (number == "704") return isOfLibrary(subject);
     if (number == "317") return contains(lineFrom(subject), "make_parser(");
     return false;

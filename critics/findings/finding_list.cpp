@@ -1,5 +1,6 @@
 #include "critics/findings/finding_list.h"
 
+#include "critics/findings/shown_secret.h"
 #include "text/byte_cut.h"
 #include "text/letters.h"
 #include "text/unicode.h"
@@ -103,10 +104,7 @@ std::string FindingList::quote(std::size_t offset, std::size_t length) const {
     for (auto span = firstOverlap; span != m_hidden.end() && span->first < end; ++span) {
         if (span->first > at) shown += text.substr(at, span->first - at);
         const std::string_view secret = text.substr(span->first, span->second - span->first);
-        // Four characters tell of which kind a secret is, "ghp_" or "AKIA", and hardly anything of
-        // it.
-        shown += text::firstCharacters(secret, 4);
-        shown += kEllipsis;
+        shown += shownSecret(secret);
         at = std::min(std::max(at, span->second), end);
     }
     shown += text.substr(at, end - at);

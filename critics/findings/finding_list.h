@@ -40,8 +40,8 @@ public:
     /// For a text, where offsets are places. `source` must outlive the list.
     explicit FindingList(const SourceText& source) : m_source(&source) {}
 
-    /// From now on nothing quotes these bytes: they are shown as their first four characters and
-    /// an ellipsis. Spans are given in reading order and do not overlap.
+    /// From now on nothing quotes these bytes: they are shown as by `shownSecret`. Spans are given
+    /// in reading order and do not overlap.
     void hide(std::size_t offset, std::size_t length);
 
     /// Adds a finding whose evidence is the text at `offset`. `says` completes the sentence that

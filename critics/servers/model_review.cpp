@@ -3,6 +3,7 @@
 #include "critics/engines/engine_rule_table.h"
 #include "critics/engines/hostile_json.h"
 #include "critics/findings/finding_list.h"
+#include "critics/findings/shown_secret.h"
 #include "text/letters.h"
 #include "text/one_of.h"
 #include "text/unicode.h"
@@ -167,17 +168,13 @@ std::optional<std::size_t> placeOf(std::string_view quote, std::string_view all,
     return std::nullopt;
 }
 
-std::string hidden(std::string_view value) {
-    return std::string(text::firstCharacters(value, 4)) + "…";
-}
-
 /// The model's words as they are shown: one line, no secret among them, no mark at the end.
 std::string shownWords(const std::string& says) {
     std::string words = text::repairedUtf8(says.substr(0, 4 * kLongestWords));
     const std::vector<Secret> own = findSecrets(words);
     for (auto secret = own.rbegin(); secret != own.rend(); ++secret) {
         const std::string value = words.substr(secret->valueOffset, secret->valueLength);
-        words.replace(secret->valueOffset, secret->valueLength, hidden(value));
+        words.replace(secret->valueOffset, secret->valueLength, shownSecret(value));
     }
     words = shortened(words, kLongestWords);
     while (words.ends_with('.') || words.ends_with(' ')) words.pop_back();

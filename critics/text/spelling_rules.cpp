@@ -1,5 +1,6 @@
 #include "critics/text/spelling_rules.h"
 
+#include "critics/text/borrowed_phrases.h"
 #include "critics/text/english_words.h"
 #include "critics/text/known_words.h"
 #include "critics/text/text_rule_table.h"
@@ -217,16 +218,43 @@ private:
         return Shape::other;
     }
 
+    /// Whether a blank, the end of a line or a hyphen alone parts the word from the one before.
+    [[nodiscard]] bool followsClosely(std::size_t index) const {
+        const std::size_t end = m_view.words[index - 1].end();
+        return m_view.words[index].offset == end + 1 && (isBlank(at(end)) || at(end) == '-');
+    }
+
+    [[nodiscard]] std::set<std::size_t> wordsOfBorrowedPhrases(const WordRange& range) const {
+        std::set<std::size_t> found;
+        std::vector<std::string> words;
+        for (std::size_t i = range.begin; i < range.end; ++i) {
+            words.assign(1, lower(i));
+            for (std::size_t next = i + 1;
+                 next < range.end && words.size() < kMostWordsOfPhrase && followsClosely(next);
+                 ++next) {
+                words.push_back(lower(next));
+            }
+            for (std::size_t n = borrowedPhrase(words); n > 0; --n) found.insert(i + n - 1);
+        }
+        return found;
+    }
+
     void checkBlock(const WordRange& range, NaturalLanguage language) {
         const SpellingBooks& books = m_tools.shelf->of(language);
         if (books.books.empty()) return;
+        const std::set<std::size_t> borrowed = language == NaturalLanguage::english
+                                                   ? wordsOfBorrowedPhrases(range)
+                                                   : std::set<std::size_t>();
         std::vector<Suspect> suspects;
         std::size_t looked = 0;
         std::size_t unknown = 0;
         for (std::size_t i = range.begin; i < range.end; ++i) {
             const text::Word& word = m_view.words[i];
             const Shape shape = shapeOf(word);
-            if (shape == Shape::other || !isProse(i) || m_spokenOf.contains(word.offset)) continue;
+            if (shape == Shape::other || !isProse(i) || m_spokenOf.contains(word.offset) ||
+                borrowed.contains(i)) {
+                continue;
+            }
             // German writes every noun with a capital; elsewhere one inside a sentence is a name.
             const bool starts = m_starts.contains(i);
             if (shape == Shape::capitalised && language != NaturalLanguage::german && !starts)

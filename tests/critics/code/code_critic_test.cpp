@@ -691,6 +691,20 @@ TEST(CodeCritic, PasswordInACallIsShownInPart) {
     EXPECT_EQ(finding.detail.find("mapleleaf"), std::string::npos) << finding.detail;
 }
 
+TEST(CodeCritic, WhatLetsStrangersInIsNotToldOfTests) {
+    const std::string text = "import os\nimport subprocess\n\n\ndef check(path):\n"
+                             "    os.umask(0)\n"
+                             "    subprocess.run(['bash', '-c', f'. {path}'])\n";
+    const auto rules = [](const std::string& name, const std::string& work) {
+        return rulesOf(critiqueCode(textPart(work, name, "text/x-code")).findings);
+    };
+    EXPECT_EQ(rules("a.py", text), (Rules{"code.lax_setting", "code.runs_text"}));
+    EXPECT_EQ(rules("test_a.py", text), Rules{});
+    EXPECT_EQ(rules("test_a.py", "rows = [1]\nfor i in len(rows):\n    print(i)\n"),
+              Rules{"code.wrong_range"})
+        << "that fails whoever runs it";
+}
+
 TEST(CodeCritic, FlowsAreToldOnceAndSayWhereFromAndWhatNext) {
     const std::string text = "import sqlite3\nfrom flask import request\ndef find(db):\n"
                              "    name = request.args['name']\n"

@@ -220,6 +220,56 @@ TEST(Parsers, ThatAreMadeReadNothingYet) {
     EXPECT_EQ(ruff("S317", "parser = sax.make_parser()\n", "sax"), Severity::low);
 }
 
+TEST(Loaders, ThatAreSafeWeighLittleByWhateverName) {
+    EXPECT_EQ(bandit("B506", "data = yaml.load(text, Loader)\n", "data"), Severity::medium);
+    EXPECT_EQ(bandit("B506",
+                     "from yaml import CSafeLoader as SafeLoader\n"
+                     "data = yaml.load(text, SafeLoader)\n",
+                     "data"),
+              Severity::low);
+    EXPECT_EQ(bandit("B506",
+                     "class Strict(yaml.SafeLoader):\n    pass\n\n"
+                     "data = yaml.load(text, Loader=Strict)\n",
+                     "data = yaml"),
+              Severity::low);
+    EXPECT_EQ(bandit("B506", "class Lax(yaml.Loader):\n    pass\n\ndata = yaml.load(text, Lax)\n",
+                     "data = yaml"),
+              Severity::medium);
+}
+
+TEST(Loaders, ThatSomebodyElseChoosesWeighLittle) {
+    EXPECT_EQ(
+        bandit("B506", "def read(text, loader):\n    data = yaml.load(text, loader)\n", "data"),
+        Severity::low);
+    EXPECT_EQ(bandit("B506", "data = yaml.load(text, yaml.Loader)\n", "data"), Severity::medium);
+    EXPECT_EQ(bandit("B506", "data = yaml.load(text)\n", "data"), Severity::medium);
+}
+
+TEST(Templates, WithOptionsFromElsewhereWeighLittleWhereTheFileSpeaksOfEscaping) {
+    EXPECT_EQ(bandit("B701", "pages = jinja2.Environment(**options)\n", "pages", "high"),
+              Severity::high);
+    EXPECT_EQ(bandit("B701",
+                     "options.setdefault('autoescape', True)\n"
+                     "pages = jinja2.Environment(**options)\n",
+                     "pages", "high"),
+              Severity::low);
+    EXPECT_EQ(ruff("S701", "# autoescape is off\npages = jinja2.Environment(loader=a)\n", "jinja2"),
+              Severity::high);
+}
+
+TEST(UnsafeCalls, OfATestWeighLittle) {
+    const std::string_view call = "    path = '/tmp/report'\n";
+    const std::string function = "def test_report():\n" + std::string(call);
+    EXPECT_EQ(ruff("S108", "def report():\n" + std::string(call), "'/tmp"), Severity::medium);
+    EXPECT_EQ(ruff("S108", "import pytest\n" + function, "'/tmp"), Severity::low);
+    EXPECT_EQ(ruff("S108", "def report():\n" + std::string(call), "'/tmp", "test_report.py"),
+              Severity::low);
+    EXPECT_EQ(bandit("B602", "import unittest\n" + function, "path", "high"), Severity::low);
+    EXPECT_EQ(ruff("F821", "import pytest\ndef test_report():\n    total\n", "total"),
+              Severity::high)
+        << "that fails whoever runs it";
+}
+
 TEST(PythonGrade, ADoubtInALongFileIsDecidedInTime) {
     // 4 MiB in one function: each doubt looks at a part of it alone.
     std::string text = "def f():\n    for i in x:\n";

@@ -131,8 +131,8 @@ TEST(FindingList, NothingQuotesWhatIsHidden) {
     list.add(kWord, 8, 4, "tells");
     const auto findings = list.take();
     ASSERT_EQ(findings.size(), 2U);
-    EXPECT_EQ(findings[0].evidence, "key = abcd…, and more");
-    EXPECT_EQ(findings[1].evidence, "abcd…");
+    EXPECT_EQ(findings[0].evidence, "key = ab…, and more");
+    EXPECT_EQ(findings[1].evidence, "ab…");
 }
 
 TEST(FindingList, EvidenceIsOneShortValidLine) {

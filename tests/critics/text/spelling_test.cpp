@@ -73,6 +73,19 @@ TEST(Spelling, AKnownSlipIsSureHoweverShort) {
         << "also where it stands often enough for a term";
 }
 
+TEST(Spelling, PhrasesOfOtherLanguagesAreRightAsAWhole) {
+    EXPECT_EQ(misspeltIn("This is a fait accompli and the plan of our customers."), Words{});
+    EXPECT_EQ(misspeltIn("This is the pièce de résistance, the raison d’être of our plan."),
+              Words{});
+    EXPECT_EQ(misspeltIn("This is the piece de resistance, the raison d'etre of our plan."),
+              Words{});
+    EXPECT_EQ(misspeltIn("Our customers have the enfant-terrible and the hors\nd'œuvres."),
+              Words{});
+    EXPECT_EQ(misspeltIn("Modus Operandi of our customers is in the plan."), Words{});
+    EXPECT_EQ(misspeltIn("Please send the fait to all of our customers."), Words{"fait"});
+    EXPECT_EQ(misspeltIn("This is a fait, accompli is in our plan."), (Words{"fait", "accompli"}));
+}
+
 TEST(Spelling, EitherEnglishIsRight) {
     EXPECT_EQ(misspeltIn("The color of the wall is the colour of the room."), Words());
 }
