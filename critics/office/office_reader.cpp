@@ -264,7 +264,7 @@ OfficeWork readPresentation(Archive& archive) {
             if (number == 1) throw GivenUp("it has no " + name);
             break;
         }
-        const std::string place = "slide " + std::to_string(number);
+        std::string place = "slide " + std::to_string(number);
         readParagraphs(
             document, kDrawing, [place](std::size_t) { return place; },
             OfficeParagraph::Role::listItem, collector);
@@ -290,7 +290,7 @@ OfficeWork readOpenSlides(Archive& archive) {
     const pugi::xml_node slides =
         document.child("office:document-content").child("office:body").child("office:presentation");
     for (const pugi::xml_node& slide : slides.children("draw:page")) {
-        const std::string place = "slide " + std::to_string(++number);
+        std::string place = "slide " + std::to_string(++number);
         readParagraphs(
             slide, kOpen, [place](std::size_t) { return place; }, OfficeParagraph::Role::listItem,
             collector);
