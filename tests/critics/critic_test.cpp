@@ -381,15 +381,15 @@ TEST(Critique, NoTextMakesItFail) {
 TEST(Critique, CutAndChangedWorkDoesNotMakeItFail) {
     const std::vector<std::string> samples = {
         "# A\n\nSee [a](#b).[^1]\n\n| a |\n|---|\n| 1 |\n\n```c\nint x;\n```\n\n[^1]: Note.\n",
-        "int f(const char* s) {\n    // note\n    return s[0] == '\\'' ? R\"(x)\"[0] : g({1, "
-        "2});\n}\n",
+        ("int f(const char* s) {\n    // note\n    return s[0] == '\\'' ? R\"(x)\"[0] : g({1, "
+         "2});\n}\n"),
         "def f(x):\n    '''doc'''\n    try:\n        return {'a': [x]}\n    except A:\n        b\n",
         "const a = `x ${f(`y ${z}`)}`; const r = /[/\"]+/g; // end\n",
         "case $x in\n  a) echo \"$(b \"c\")\" ;;\nesac\ncat <<-'END'\n  text\n  END\n",
         "{\"a\": [1, {\"b\": \"\\u00e9\"}], \"c\": null}\n",
         "a:\n  - b: 'x'\n    c: |\n      text: here\n  - {d: [1, 2]}\n",
-        "Dear [Name],\n\nwe meet on Monday, 3 March 2026 (see „the plan“ and\n\n"
-        "PLEASE READ THIS NOW!!!\n"};
+        ("Dear [Name],\n\nwe meet on Monday, 3 March 2026 (see „the plan“ and\n\n"
+         "PLEASE READ THIS NOW!!!\n")};
     Noise noise(7);
     for (const std::string& sample : samples) {
         for (std::size_t cut = 0; cut <= sample.size(); ++cut) {

@@ -30,7 +30,7 @@ std::string addressOf(const VirtualDesktop& desktop) {
     sd_bus_call_method(session, "org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus", "GetAddress",
                        nullptr, &reply, "");
     if (reply != nullptr) sd_bus_message_read(reply, "s", &address);
-    const std::string found = address == nullptr ? "" : address;
+    std::string found = address == nullptr ? "" : address;
     sd_bus_message_unref(reply);
     sd_bus_flush_close_unref(session);
     if (found.empty()) throw std::runtime_error("no accessibility service");

@@ -280,7 +280,8 @@ std::string answerBytes(int status, std::string_view body, const Headers& more) 
 }
 
 Step answer(int status, std::string body, Headers more) {
-    return [=](Connection& connection, const SeenRequest&) {
+    return [status, body = std::move(body), more = std::move(more)](Connection& connection,
+                                                                    const SeenRequest&) {
         connection.send(answerBytes(status, body, more));
     };
 }
@@ -300,7 +301,7 @@ Step rawThenClose(std::string bytes) {
     };
 }
 
-Step halfBody(int status, std::string body) {
+Step halfBody(int status, const std::string& body) {
     const std::string whole = answerBytes(status, body);
     return rawThenClose(whole.substr(0, whole.size() - body.size() / 2));
 }
@@ -321,7 +322,7 @@ Step reset() {
 }
 
 Step trickle(std::string body, std::size_t size, std::chrono::milliseconds pause) {
-    return [=](Connection& connection, const SeenRequest&) {
+    return [body = std::move(body), size, pause](Connection& connection, const SeenRequest&) {
         connection.send(headBytes(200, {{"Content-Length", std::to_string(body.size())}}));
         for (std::size_t at = 0; at < body.size(); at += size) {
             if (!connection.pause(pause)) return;
@@ -331,7 +332,7 @@ Step trickle(std::string body, std::size_t size, std::chrono::milliseconds pause
 }
 
 Step chunked(std::string body, std::size_t size) {
-    return [=](Connection& connection, const SeenRequest&) {
+    return [body = std::move(body), size](Connection& connection, const SeenRequest&) {
         connection.send(headBytes(200, {{"Transfer-Encoding", "chunked"}}));
         for (std::size_t at = 0; at < body.size(); at += size) {
             const std::string_view piece = std::string_view(body).substr(at, size);

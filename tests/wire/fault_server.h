@@ -144,7 +144,7 @@ using Headers = std::vector<std::pair<std::string, std::string>>;
 /// These bytes as they are, then the end of the connection.
 [[nodiscard]] Step rawThenClose(std::string bytes);
 /// The head of an answer that promises the whole body, half of that body, and the end.
-[[nodiscard]] Step halfBody(int status, std::string body);
+[[nodiscard]] Step halfBody(int status, const std::string& body);
 /// Not a word until the client gives up.
 [[nodiscard]] Step silence();
 /// The end of the connection in place of an answer.

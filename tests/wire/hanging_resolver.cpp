@@ -8,6 +8,9 @@
 
 extern "C" int getaddrinfo(const char*, const char*, const addrinfo*, addrinfo**) {
     const char* descriptor = std::getenv("HANGING_RESOLVER_FD");
-    if (descriptor != nullptr && ::write(std::atoi(descriptor), "x", 1) != 1) std::abort();
+    if (descriptor != nullptr) {
+        const auto number = static_cast<int>(std::strtol(descriptor, nullptr, 10));
+        if (::write(number, "x", 1) != 1) std::abort();
+    }
     while (true) ::pause();
 }

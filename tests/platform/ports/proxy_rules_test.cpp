@@ -27,7 +27,7 @@ TEST(NamesProxies, IsForTheVariablesThatTheLibraryReads) {
 }
 
 TEST(UsableProxy, IsTheFirstThatTheLibraryKnows) {
-    const auto of = [](std::vector<std::string> told) { return usableProxy(told); };
+    const auto of = [](const std::vector<std::string>& told) { return usableProxy(told); };
     EXPECT_EQ(of({}), std::nullopt) << "nothing is known, so the library is told nothing";
     EXPECT_EQ(of({"direct://"}), "");
     EXPECT_EQ(of({"DIRECT://", "http://late:1"}), "");

@@ -30,7 +30,7 @@ constexpr uid_t kNobody = 65534;
 std::string socketIn(const std::filesystem::path& runtime) {
     std::error_code ignored;
     for (const auto& file : std::filesystem::directory_iterator(runtime, ignored)) {
-        const auto name = file.path().filename().string();
+        auto name = file.path().filename().string();
         if (!name.starts_with("wayland-") || name.ends_with(".lock")) continue;
         const int socket = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
         sockaddr_un address{};
@@ -299,7 +299,7 @@ void WaylandDesktop::continueBus() {
 }
 
 std::filesystem::path WaylandDesktop::file(const std::string& name, const std::string& content) {
-    const auto path = m_home / name;
+    auto path = m_home / name;
     std::ofstream(path, std::ios::binary) << content;
     return path;
 }

@@ -375,7 +375,7 @@ TEST(X11WorkspaceAlone, everyOutputOfATilingManagerShowsItsDesktop) {
 
 TEST(X11WorkspaceAlone, aServerThatStandsStillHoldsNobodyUp) {
     VirtualDesktop desktop({.sessionBus = false});
-    const auto files = std::make_shared<const DesktopEntryIndex>(std::vector<DesktopEntry>{});
+    auto files = std::make_shared<const DesktopEntryIndex>(std::vector<DesktopEntry>{});
     const auto applications = std::make_shared<X11Applications>(
         X11Connection::open(desktop.display()), [files] { return files; });
     const auto workspace = makeX11Workspace(applications, desktop.display());
