@@ -2,7 +2,6 @@
 
 #include "text/unicode.h"
 
-#include <algorithm>
 #include <cstddef>
 
 namespace trevix {
@@ -11,7 +10,9 @@ namespace text = kelvane::text;
 
 std::string_view shownOfSecret(std::string_view secret) {
     constexpr std::size_t kMostShown = 4;
-    return text::firstCharacters(secret, std::min(kMostShown, text::characterCount(secret) / 3));
+    // No more than decides it is read: a block of keys may be as long as the work.
+    const std::string_view begin = text::firstCharacters(secret, 3 * kMostShown);
+    return text::firstCharacters(begin, text::characterCount(begin) / 3);
 }
 
 std::string shownSecret(std::string_view secret) {
