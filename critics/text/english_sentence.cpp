@@ -27,11 +27,7 @@ EnglishSentence::EnglishSentence(const ProseView& view, std::size_t first, std::
     for (std::size_t i = first; i < last; ++i) {
         Token token;
         token.word = view.words[i];
-        token.lower = text::lowerAscii(view.wordText(i).substr(0, 64));
-        for (std::size_t at = token.lower.find("\u2019"); at != std::string::npos;
-             at = token.lower.find("\u2019", at)) {
-            token.lower.replace(at, 3, "'");
-        }
+        token.lower = withStraightApostrophes(text::lowerAscii(view.wordText(i).substr(0, 64)));
         token.classes = classesOf(token.lower);
         if (i == first) {
             token.gap = '\0';

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <string>
 #include <unordered_map>
 #include <vector>
 
@@ -465,6 +464,16 @@ const Lexicon& lexicon() {
 }
 
 } // namespace
+
+std::string withStraightApostrophes(std::string_view word) {
+    constexpr std::string_view kCurly = "\u2019";
+    std::string straight;
+    for (std::size_t at = word.find(kCurly); at != std::string_view::npos; at = word.find(kCurly)) {
+        straight.append(word.substr(0, at)).push_back('\'');
+        word.remove_prefix(at + kCurly.size());
+    }
+    return straight.append(word);
+}
 
 std::uint32_t classesOf(std::string_view word) {
     return lexicon().of(word);

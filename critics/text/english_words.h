@@ -6,6 +6,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 #include <string_view>
 #include <unordered_set>
 #include <vector>
@@ -41,6 +42,9 @@ enum WordClass : std::uint32_t {
     kStrict = 1U << 24U,      ///< A singular noun that no idiom has without an article.
     kLatePast = 1U << 25U,    ///< "felt", "lost": a past that is another word too.
 };
+
+/// With "'" for each "’".
+[[nodiscard]] std::string withStraightApostrophes(std::string_view word);
 
 /// The classes of a word in lower case, with straight apostrophes; 0 when it is not known.
 [[nodiscard]] std::uint32_t classesOf(std::string_view word);

@@ -132,12 +132,7 @@ private:
     }
 
     [[nodiscard]] std::string lower(std::size_t word) const {
-        std::string own = text::lowercased(m_view.wordText(word));
-        for (std::size_t at = own.find("\u2019"); at != std::string::npos;
-             at = own.find("\u2019", at)) {
-            own.replace(at, 3, "'");
-        }
-        return own;
+        return withStraightApostrophes(text::lowercased(m_view.wordText(word)));
     }
 
     [[nodiscard]] std::unordered_set<std::size_t> sentenceStarts() const {
