@@ -58,7 +58,8 @@ Connection::Connection(const std::filesystem::path& unixSocket) {
 
 void Connection::open(int family, const void* address, unsigned size) {
     m_socket = socket(family, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    const timeval patience{30, 0};
+    // For a busy machine and sanitizers, with which the largest body takes half a minute to read.
+    const timeval patience{300, 0};
     setsockopt(m_socket, SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
     setsockopt(m_socket, SOL_SOCKET, SO_SNDTIMEO, &patience, sizeof patience);
     if (connect(m_socket, static_cast<const sockaddr*>(address), size) != 0) {

@@ -34,7 +34,7 @@ public:
     [[nodiscard]] bool isOpen() const { return m_socket >= 0; }
     bool send(std::string_view bytes);
     void endSending();
-    /// Reads until the other side closes, at most 30 s.
+    /// Reads until the other side closes; gives up after five minutes of silence.
     [[nodiscard]] Reply reply();
     /// Reads one answer by its length, and leaves the connection open; status 0 when it ends first.
     [[nodiscard]] Reply nextReply();
