@@ -68,37 +68,20 @@ void readByGrammar(benchmark::State& state) {
     counted(state);
 }
 
-void followData(benchmark::State& state) {
+template <auto Analysis>
+void analyse(benchmark::State& state) {
     for (auto _ : state) {
         for (const Program& program : programs()) {
-            benchmark::DoNotOptimize(pythonFlows(program.tree, program.text));
-        }
-    }
-    counted(state);
-}
-
-void seeMisuses(benchmark::State& state) {
-    for (auto _ : state) {
-        for (const Program& program : programs()) {
-            benchmark::DoNotOptimize(pythonMisuses(program.tree, program.text));
-        }
-    }
-    counted(state);
-}
-
-void seeFixedRuns(benchmark::State& state) {
-    for (auto _ : state) {
-        for (const Program& program : programs()) {
-            benchmark::DoNotOptimize(pythonFixedRuns(program.tree, program.text));
+            benchmark::DoNotOptimize(Analysis(program.tree, program.text));
         }
     }
     counted(state);
 }
 
 BENCHMARK(readByGrammar)->Unit(benchmark::kMillisecond);
-BENCHMARK(followData)->Unit(benchmark::kMillisecond);
-BENCHMARK(seeMisuses)->Unit(benchmark::kMillisecond);
-BENCHMARK(seeFixedRuns)->Unit(benchmark::kMillisecond);
+BENCHMARK(analyse<pythonFlows>)->Unit(benchmark::kMillisecond);
+BENCHMARK(analyse<pythonMisuses>)->Unit(benchmark::kMillisecond);
+BENCHMARK(analyse<pythonFixedRuns>)->Unit(benchmark::kMillisecond);
 
 } // namespace
 } // namespace trevix

@@ -35,10 +35,6 @@ bool containsAnyOf(std::string_view text, std::initializer_list<std::string_view
     return std::ranges::any_of(words, [&](std::string_view word) { return contains(text, word); });
 }
 
-std::size_t lineStart(std::string_view text, std::size_t offset) {
-    return offset == 0 ? 0 : text.rfind('\n', offset - 1) + 1; // 0 for none.
-}
-
 /// The line of the place; empty for that of nothing.
 std::string_view lineOf(const ForeignSubject& subject) {
     return subject.line().substr(0, kMostAroundPython);
@@ -46,9 +42,9 @@ std::string_view lineOf(const ForeignSubject& subject) {
 
 /// What stands on the line of the place before it, and from it on.
 std::string_view lineBefore(const ForeignSubject& subject) {
-    const std::size_t place = subject.place();
-    const std::size_t begin = lineStart(subject.text, place);
-    return subject.text.substr(begin, place - begin);
+    const std::string_view line = subject.line();
+    const auto begin = static_cast<std::size_t>(line.data() - subject.text.data());
+    return line.substr(0, subject.place() - begin);
 }
 std::string_view lineFrom(const ForeignSubject& subject) {
     const std::string_view rest = subject.rest();

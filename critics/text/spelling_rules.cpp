@@ -11,6 +11,8 @@
 #include <algorithm>
 #include <array>
 #include <optional>
+#include <set>
+#include <span>
 #include <string>
 #include <unordered_map>
 #include <unordered_set>
@@ -222,14 +224,15 @@ private:
     [[nodiscard]] std::set<std::size_t> wordsOfBorrowedPhrases(const WordRange& range) const {
         std::set<std::size_t> found;
         std::vector<std::string> words;
+        for (std::size_t i = range.begin; i < range.end; ++i) words.push_back(lower(i));
         for (std::size_t i = range.begin; i < range.end; ++i) {
-            words.assign(1, lower(i));
-            for (std::size_t next = i + 1;
-                 next < range.end && words.size() < kMostWordsOfPhrase && followsClosely(next);
-                 ++next) {
-                words.push_back(lower(next));
+            std::size_t close = 1;
+            while (close < kMostWordsOfPhrase && i + close < range.end &&
+                   followsClosely(i + close)) {
+                ++close;
             }
-            for (std::size_t n = borrowedPhrase(words); n > 0; --n) found.insert(i + n - 1);
+            std::size_t n = borrowedPhrase(std::span(words).subspan(i - range.begin, close));
+            for (; n > 0; --n) found.insert(i + n - 1);
         }
         return found;
     }
