@@ -8,6 +8,7 @@
 #include "critics/inside_engines.h"
 #include "critics/servers/curl_servers.h"
 #include "critics/worker/posix_child_runner.h"
+#include "critics/worker/work_folder.h"
 
 #include <array>
 #include <cstdint>
@@ -47,12 +48,9 @@ CriticTools toolsFor(const std::string& tessdata, const fs::path& home, const fs
     return tools;
 }
 
-// A service that was killed leaves folders behind. Nobody else uses this one: the data folder is
-// locked by now.
-const fs::path& emptied(const fs::path& folder) {
-    fs::remove_all(folder);
-    fs::create_directories(folder);
-    fs::permissions(folder, fs::perms::owner_all);
+// Nobody else uses the folder: that of the data is locked by now.
+const fs::path& takenOver(const fs::path& folder) {
+    takeOverWorkFolder(folder);
     return folder;
 }
 
@@ -84,7 +82,7 @@ struct MachineGrader::Parts {
     // In the order of need: each is given those before it, and they go the other way round.
     explicit Parts(const MachinePlaces& given)
         : places(given),
-          runner(makePosixChildRunner(emptied(places.work),
+          runner(makePosixChildRunner(takenOver(places.work),
                                       sandboxOfThisMachine(places.work, places.program.string()))),
           finder(usualProgramFolders(), usualModuleFolders(places.program.parent_path())),
           programs(engineTable(), finder, *runner),

@@ -30,7 +30,7 @@ struct MachinePlaces {
 
 class MachineGrader {
 public:
-    /// `places.work` is emptied, and made when it is not there; throws
+    /// `places.work` is taken over (critics/worker/work_folder.h); throws
     /// std::filesystem::filesystem_error when it cannot be.
     explicit MachineGrader(const MachinePlaces& places);
     ~MachineGrader();

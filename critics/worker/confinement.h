@@ -4,6 +4,8 @@
 
 #pragma once
 
+#include <sys/types.h>
+
 namespace trevix {
 
 /// From now on this process, and whatever it becomes or starts, opens no socket but those within
@@ -11,9 +13,9 @@ namespace trevix {
 /// then nothing changed.
 [[nodiscard]] bool giveUpNetwork();
 
-/// When the one who made this process ends, however it ends, so does this process, where the system
-/// has such means.
-void endWithParent();
+/// When `parent`, the process that made this one, ends, however it ends, so does this process,
+/// where the system has such means; when it has ended already, at once.
+void endWithParent(pid_t parent);
 
 /// No descriptor but the three standard ones outlives the next exec.
 void keepOnlyStandardDescriptors();

@@ -71,9 +71,11 @@ bool giveUpNetwork() {
            prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program) == 0;
 }
 
-void endWithParent() {
+void endWithParent(pid_t parent) {
     // When the thread that made it ends, prctl(2), not the process: see PosixChildRunner::expect().
     ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+    // Of an end before that, no signal comes.
+    if (::getppid() != parent) ::raise(SIGKILL);
 }
 
 void keepOnlyStandardDescriptors() {

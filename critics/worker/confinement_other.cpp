@@ -10,7 +10,7 @@ bool giveUpNetwork() {
     return false;
 }
 
-void endWithParent() {}
+void endWithParent(pid_t /*parent*/) {}
 
 void keepOnlyStandardDescriptors() {
     const long most = ::sysconf(_SC_OPEN_MAX);

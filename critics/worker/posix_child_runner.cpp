@@ -2,6 +2,7 @@
 
 #include "critics/findings/stop.h"
 #include "critics/worker/confinement.h"
+#include "critics/worker/work_folder.h"
 
 #include <algorithm>
 #include <array>
@@ -103,7 +104,7 @@ void unblock(const Descriptor& end) {
 class OwnFolder {
 public:
     explicit OwnFolder(const fs::path& parent) {
-        std::string name = (parent / "work.XXXXXX").string();
+        std::string name = (parent / kChildFolder).string();
         if (::mkdtemp(name.data()) == nullptr) {
             throw std::system_error(errno, std::generic_category(), "a folder for the work");
         }
@@ -113,8 +114,7 @@ public:
     OwnFolder& operator=(const OwnFolder&) = delete;
     ~OwnFolder() {
         std::error_code ignored;
-        // A folder that stays takes room and no more: emptied() clears what an earlier service
-        // left.
+        // A folder that stays takes room and no more, until takeOverWorkFolder().
         fs::remove_all(m_path, ignored);
     }
 
@@ -154,6 +154,7 @@ struct Launch {
     std::vector<char*> argv;
     std::vector<char*> envp;
     std::string folder;
+    pid_t parent = ::getpid();
     ChildLimits limits;
     bool filterNetwork = false;
     int input = -1;
@@ -174,7 +175,7 @@ struct Launch {
 [[noreturn]] void become(const Launch& launch) {
     // A session, and so a group, of its own: endAll() reaches all that it starts.
     ::setsid();
-    endWithParent();
+    endWithParent(launch.parent);
     // Ignored signals stay ignored over an exec, and blocked ones blocked; programs expect neither.
     for (int signal = 1; signal < NSIG; ++signal) ::signal(signal, SIG_DFL);
     sigset_t none;

@@ -3,6 +3,7 @@
 
 #include "tests/service/service_process.h"
 
+#include "critics/worker/work_folder.h"
 #include "tests/critics/servers/mock_server.h"
 #include "tests/service/bodies.h"
 #include "tests/service/http/http_client.h"
@@ -78,6 +79,9 @@ private:
 
 class ServiceProcessTest : public testing::Test {
 protected:
+    // What a service leaves that was killed is for the next one to end, and here none comes.
+    ~ServiceProcessTest() override { endSandboxesBelow(data() / "work"); }
+
     [[nodiscard]] std::filesystem::path data() const { return m_folder.path() / "data"; }
 
     std::unique_ptr<ServiceProcess> start(std::vector<std::string> more = {}) {
