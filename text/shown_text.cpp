@@ -66,21 +66,23 @@ std::string_view beginning(std::string_view text) {
 }
 
 std::string shown(std::string_view text, bool keepLineFeeds) {
-    const auto kept = beginning(text);
+    const auto cut = beginning(text);
+    // Malformed bytes around one that is left out could be one of its kind together.
+    const std::string kept = repairedUtf8(cut);
     const bool marksMatter = hasRightToLeft(kept);
     std::string result;
     result.reserve(kept.size() + kEllipsis.size());
     for (std::size_t i = 0; i < kept.size();) {
-        const Decoded front = decodeFront(kept.substr(i));
+        const Decoded front = decodeFront(std::string_view(kept).substr(i));
         if (isControl(front.codePoint) && !(keepLineFeeds && front.codePoint == '\n')) {
             result += ' ';
         } else if (!isDirectionControl(front.codePoint) &&
                    (marksMatter || !isDirectionMark(front.codePoint))) {
-            result += kept.substr(i, front.length);
+            result.append(kept, i, front.length);
         }
         i += front.length;
     }
-    if (kept.size() < text.size()) result += kEllipsis;
+    if (cut.size() < text.size()) result += kEllipsis;
     return result;
 }
 

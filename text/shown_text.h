@@ -19,7 +19,7 @@ inline constexpr std::size_t kLongestShownText = 2000;
 /// that override or isolate the direction of what follows are left out, and in a text without
 /// right-to-left writing the marks of a direction too. A text longer than
 /// `kLongestShownText` characters, or of unreasonably many bytes, is cut and ends in an ellipsis.
-/// Everything else, bytes that are not UTF-8 included, stays as it is.
+/// U+FFFD stands for bytes that are not UTF-8; everything else stays as it is.
 [[nodiscard]] std::string shownLine(std::string_view text);
 
 /// The same, but line feeds stay.

@@ -8,8 +8,8 @@ namespace kelvane::text {
 namespace {
 
 TEST(ShownText, OrdinaryTextStaysAsItIs) {
-    for (const std::string text : {"", "Figma", "naïve – 日本語 🙂", "a\xC2\xA0z",
-                                   "👩‍👩‍👧", "cut \xE2\x80", "\xFF\xFE"}) {
+    for (const std::string text :
+         {"", "Figma", "naïve – 日本語 🙂", "a\xC2\xA0z", "👩‍👩‍👧", "\uFFFD"}) {
         EXPECT_EQ(shownLine(text), text);
         EXPECT_EQ(shownParagraph(text), text);
     }
@@ -30,6 +30,16 @@ TEST(ShownText, AParagraphKeepsItsLineFeedsAndALineDoesNot) {
 TEST(ShownText, DirectionOverridesAreLeftOut) {
     EXPECT_EQ(shownLine("a\u202Egpj.exe\u202C"), "agpj.exe");
     EXPECT_EQ(shownLine("\u2066x\u2067y\u2068z\u2069\u202A\u202B\u202D"), "xyz");
+}
+
+TEST(ShownText, BytesThatAreNoCharactersStandForNone) {
+    EXPECT_EQ(shownLine("cut \xE2\x80"), "cut \uFFFD");
+    EXPECT_EQ(shownParagraph("\xFF\xFE"), "\uFFFD\uFFFD");
+    // What is left out must not leave its neighbours one of its kind.
+    EXPECT_EQ(shownLine("\xE2\xE2\x80\xAE\x80\xAE"
+                        "gpj.exe"),
+              "\uFFFD\uFFFD\uFFFDgpj.exe");
+    EXPECT_EQ(shownLine("a\xC2\u202A\x80z"), "a\uFFFD\uFFFDz");
 }
 
 TEST(ShownText, AMarkOfADirectionTurnsNoLineAndStaysWhereItBelongs) {
