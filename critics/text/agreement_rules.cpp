@@ -102,7 +102,11 @@ void checkPluralPronoun(const EnglishSentence& s, std::size_t i, GrammarReport& 
         s.has(verb, kThird) && !s.is(verb, {"has", "does"})) {
         return;
     }
-    if (has || be) say(s, i, verb, report);
+    // "We needs more", where the word may be a plural too; "we judges" are people.
+    const bool other = (nominative || (self && s.opensClause(i))) && verb == i + 1 &&
+                       s.has(verb, kAnyThird) && !s.has(verb, kPlural) && !s.capital(verb) &&
+                       !s.is(verb, {"judges", "cooks", "hosts"});
+    if (has || be || other) say(s, i, verb, report);
 }
 
 void checkEverybody(const EnglishSentence& s, std::size_t i, GrammarReport& report) {
@@ -167,8 +171,10 @@ void checkPluralByEnding(const EnglishSentence& s, std::size_t i, GrammarReport&
 
 void checkPluralNoun(const EnglishSentence& s, std::size_t i, GrammarReport& report) {
     if (!s.opensClause(i)) return;
-    const std::size_t noun = nounOf(s, i, kPlural);
+    const std::size_t noun = nounOf(s, i, kPlural | kOpenPlural);
     if (noun >= s.size() || s.has(noun, kMeasure) || s.has(noun, kAdjective)) return;
+    const bool open = s.has(noun, kOpenPlural);
+    if (open && (s.capital(noun) || report.technical())) return;
     for (std::size_t k = i; k < noun; ++k) {
         if (s.is(k, {"one", "each", "every", "either", "neither", "another", "a", "an"})) return;
     }
@@ -183,7 +189,36 @@ void checkPluralNoun(const EnglishSentence& s, std::size_t i, GrammarReport& rep
     if (verb >= s.size()) return;
     const bool sure =
         s.is(verb, {"is", "was", "has", "does", "doesn't", "isn't", "wasn't", "hasn't"});
-    if (sure || (s.has(noun, kPerson) && s.has(verb, kThird))) say(s, noun, verb, report);
+    // "Parcels is a course": the name of one thing.
+    const bool name = open && s.is(verb, {"is", "was"}) && s.is(verb + 1, {"a", "an", "the"});
+    if (name) return;
+    const bool person = s.has(noun, kPerson) || s.word(noun) == "people";
+    const bool third = s.has(verb, kThird) && (person || !report.technical());
+    // "The children plays in": with a noun behind it "plays" would need an owner's apostrophe.
+    const bool goesOn = s.glued(verb + 1) && s.word(verb + 1) != "of" &&
+                        s.has(verb + 1, kDeterminer | kPreposition | kObject);
+    const bool other = person && verb == noun + 1 && s.has(verb, kAnyThird) &&
+                       !s.has(verb, kPlural) && (goesOn || s.word(noun) == "people");
+    if (sure || third || other) say(s, noun, verb, report);
+}
+
+/// Of these some say "are", and of some nobody says anything else.
+bool isManyInOne(std::string_view noun) {
+    static const WordSet words(
+        "couple team group company factory party organization organisation community number "
+        "generation club family relative patient government council committee department "
+        "ministry agency university college faculty army navy military enemy opposition "
+        "majority minority percentage proportion variety multitude plurality assortment "
+        "selection series species pair dozen handful trio quartet band orchestra choir crew staff "
+        "audience public press media jury clergy police gentry aristocracy nobility electorate "
+        "population congregation congress parliament senate cabinet administration "
+        "management leadership management board panel commission corporation squad league "
+        "union federation household youth data bacteria criteria phenomena algae alumni "
+        "larvae fungi nuclei stimuli cattle poultry vermin offspring aircraft spacecraft "
+        "hovercraft deer sheep fish salmon trout bison moose swine dice lice mice geese oxen "
+        "teeth feet men women children kin folk lot rest bulk remainder half third quarter "
+        "hundred thousand million billion gang tribe crowd herd flock fleet cast duo");
+    return words.has(noun);
 }
 
 void checkSingularNoun(const EnglishSentence& s, std::size_t i, GrammarReport& report) {
@@ -192,13 +227,11 @@ void checkSingularNoun(const EnglishSentence& s, std::size_t i, GrammarReport& r
                   "our", "your", "their"})) {
         return;
     }
-    const std::size_t noun = nounOf(s, i + 1, kSingular);
+    const std::size_t noun = nounOf(s, i + 1, kSingular | kOpenSingular);
     if (noun >= s.size() || !s.glued(i + 1)) return;
-    if (s.is(noun,
-             {"couple", "team", "group", "company", "factory", "party", "organization", "community",
-              "number", "generation", "club", "family", "relative", "patient"})) {
-        return;
-    }
+    if (isManyInOne(s.word(noun))) return;
+    const bool open = s.has(noun, kOpenSingular);
+    if (open && (s.capital(noun) || report.technical())) return;
     if (i > 0 && isHypothetical(s, i)) return;
     if (wantsSubjunctive(s, i)) return;
     const std::size_t verb = noun + 1;
@@ -223,7 +256,10 @@ void checkRelative(const EnglishSentence& s, std::size_t i, GrammarReport& repor
                      "pair", "couple", "every", "team"})) {
         return;
     }
-    if (s.has(noun, kPlural) && !s.has(noun, kAdjective | kMeasure)) {
+    // "Kinds of partnerships that include" and "a kind of partnerships that includes" are both
+    // right.
+    const bool open = who && s.has(noun, kOpenPlural) && !s.capital(noun) && !report.technical();
+    if ((s.has(noun, kPlural) || open) && !s.has(noun, kAdjective | kMeasure)) {
         const bool within = i >= 2 && s.is(i - 2, {"of", "in", "for", "with", "from", "on", "to"});
         const bool third = s.has(verb, kThird) || s.is(verb, {"has", "does", "doesn't", "hasn't"});
         const bool be = who && s.is(verb, {"is", "was", "isn't", "wasn't"});

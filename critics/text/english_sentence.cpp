@@ -22,21 +22,24 @@ char gapOf(std::string_view between) {
 
 } // namespace
 
-EnglishSentence::EnglishSentence(const ProseView& view, std::size_t first, std::size_t last) {
+EnglishSentence::EnglishSentence(const ProseView& view, std::size_t first, std::size_t last,
+                                 OpenWords& open) {
     m_tokens.reserve(last - first);
     for (std::size_t i = first; i < last; ++i) {
         Token token;
         token.word = view.words[i];
         token.lower = withStraightApostrophes(text::lowerAscii(view.wordText(i).substr(0, 64)));
         token.classes = classesOf(token.lower);
+        const bool name = token.word.capitalised && i != first;
+        if (token.classes == 0 && !name) token.classes = open.of(token.lower);
         if (i == first) {
             token.gap = '\0';
         } else {
             const std::size_t end = view.words[i - 1].end();
             const std::string_view between = view.masked().substr(end, token.word.offset - end);
             // "robots.txt": one name, and no end of a phrase.
-            const bool name = between == "." && token.word.upper == 0;
-            token.gap = name ? '/' : gapOf(between);
+            const bool file = between == "." && token.word.upper == 0;
+            token.gap = file ? '/' : gapOf(between);
         }
         m_tokens.push_back(std::move(token));
     }

@@ -6,6 +6,7 @@
 #pragma once
 
 #include "critics/text/english_words.h"
+#include "critics/text/open_words.h"
 #include "critics/text/prose_rules.h"
 
 #include <initializer_list>
@@ -16,8 +17,9 @@ namespace trevix {
 
 class EnglishSentence {
 public:
-    /// The words of `view` from `first` to before `last`.
-    EnglishSentence(const ProseView& view, std::size_t first, std::size_t last);
+    /// The words of `view` from `first` to before `last`. `open` is asked about those that stand in
+    /// no list, but for names.
+    EnglishSentence(const ProseView& view, std::size_t first, std::size_t last, OpenWords& open);
 
     [[nodiscard]] std::size_t size() const { return m_tokens.size(); }
     /// In lower case, with straight apostrophes; empty beyond either end, as an index below 0 is

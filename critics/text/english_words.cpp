@@ -253,18 +253,6 @@ bool endsIn(const std::string& word, std::string_view end) {
     return word.size() > end.size() && word.ends_with(end);
 }
 
-/// "study" to "studies", "watch" to "watches": nouns and verbs alike.
-std::string withS(const std::string& word) {
-    if (endsIn(word, "y") && !isVowel(word[word.size() - 2])) {
-        return word.substr(0, word.size() - 1) + "ies";
-    }
-    for (const std::string_view end : {"s", "x", "z", "ch", "sh"}) {
-        if (endsIn(word, end)) return word + "es";
-    }
-    if (word == "go" || word == "do" || word == "hero" || word == "undergo") return word + "es";
-    return word + "s";
-}
-
 /// Whether a last consonant is doubled: "stop", "prefer", "admit"; not "visit", "open".
 bool doubles(const std::string& word) {
     const std::size_t n = word.size();
@@ -370,13 +358,13 @@ private:
     void addVerbs() {
         forEachWord(kPureVerbs, ' ', [&](const std::string& word) {
             add(word, kBase | kPureBase);
-            add(withS(word), kThird | kAnyThird);
+            add(withEndingS(word), kThird | kAnyThird);
             add(withEnding(word, "ed"), kRegularPast);
             add(withEnding(word, "ing"), kIng);
         });
         forEachWord(kMixedVerbs, ' ', [&](const std::string& word) {
             add(word, kBase);
-            add(withS(word), kAnyThird);
+            add(withEndingS(word), kAnyThird);
             add(withEnding(word, "ed"), kRegularPast);
         });
         forEachWord(kIrregularVerbs, '|', [&](const std::string& entry) {
@@ -391,17 +379,17 @@ private:
             if (base == "have") {
                 add("has", kThird);
             } else if (!mixed) {
-                add(withS(base), kThird | kAnyThird);
+                add(withEndingS(base), kThird | kAnyThird);
                 add(withEnding(base, "ing"), kIng);
             } else {
-                add(withS(base), kAnyThird);
+                add(withEndingS(base), kAnyThird);
             }
             add(past, kPast | (past == participle || base == "get" ? 0U : kPastOnly));
         });
         forEachWord(kNotPure, ' ', [&](const std::string& word) {
             if (word != "choose" && word != "understand") {
                 drop(word, kPureBase);
-                drop(withS(word), kThird);
+                drop(withEndingS(word), kThird);
                 drop(withEnding(word, "ing"), kIng);
             }
         });
@@ -422,7 +410,7 @@ private:
             {"child", "children"},
             {"wife", "wives"}};
         const auto found = irregular.find(word);
-        return found == irregular.end() ? withS(word) : found->second;
+        return found == irregular.end() ? withEndingS(word) : found->second;
     }
 
     void addNouns() {
@@ -464,6 +452,17 @@ const Lexicon& lexicon() {
 }
 
 } // namespace
+
+std::string withEndingS(const std::string& word) {
+    if (endsIn(word, "y") && !isVowel(word[word.size() - 2])) {
+        return word.substr(0, word.size() - 1) + "ies";
+    }
+    for (const std::string_view end : {"s", "x", "z", "ch", "sh"}) {
+        if (endsIn(word, end)) return word + "es";
+    }
+    if (word == "go" || word == "do" || word == "hero" || word == "undergo") return word + "es";
+    return word + "s";
+}
 
 std::string withStraightApostrophes(std::string_view word) {
     constexpr std::string_view kCurly = "\u2019";

@@ -34,13 +34,17 @@ enum WordClass : std::uint32_t {
     kModal = 1U << 16U,
     kPreposition = 1U << 17U,
     kDeterminer = 1U << 18U,
-    kAdverb = 1U << 19U,      ///< One that stands between subject and verb.
-    kMeasure = 1U << 20U,     ///< "years", "dollars": five of them may be one amount.
-    kConjunction = 1U << 21U, ///< Behind it a clause begins.
-    kAnyThird = 1U << 22U,    ///< "works": in "-s" too, where it may be the plural of a noun.
-    kObject = 1U << 23U,      ///< "me", "them", "it".
-    kStrict = 1U << 24U,      ///< A singular noun that no idiom has without an article.
-    kLatePast = 1U << 25U,    ///< "felt", "lost": a past that is another word too.
+    kAdverb = 1U << 19U,       ///< One that stands between subject and verb.
+    kMeasure = 1U << 20U,      ///< "years", "dollars": five of them may be one amount.
+    kConjunction = 1U << 21U,  ///< Behind it a clause begins.
+    kAnyThird = 1U << 22U,     ///< "works": in "-s" too, where it may be the plural of a noun.
+    kObject = 1U << 23U,       ///< "me", "them", "it".
+    kStrict = 1U << 24U,       ///< A singular noun that no idiom has without an article.
+    kLatePast = 1U << 25U,     ///< "felt", "lost": a past that is another word too.
+    kOpenVerb = 1U << 26U,     ///< Of a verb that stands in no list here; see open_words.h.
+    kOpenSingular = 1U << 27U, ///< Such a noun.
+    kOpenPlural = 1U << 28U,
+    kOpenCount = 1U << 29U, ///< A singular noun of those that has a plural of its own.
 };
 
 /// With "'" for each "’".
@@ -48,6 +52,9 @@ enum WordClass : std::uint32_t {
 
 /// The classes of a word in lower case, with straight apostrophes; 0 when it is not known.
 [[nodiscard]] std::uint32_t classesOf(std::string_view word);
+
+/// "study" to "studies", "watch" to "watches": nouns and verbs alike. In lower case.
+[[nodiscard]] std::string withEndingS(const std::string& word);
 
 /// The words known that begin with this small letter, in the order of the alphabet; none for
 /// another sign.

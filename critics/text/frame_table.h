@@ -1666,6 +1666,42 @@ inline constexpr auto kWordFrames = std::to_array<WordFrame>({
      "depend on", FrameKind::turn},
     {"emphasize|emphasizes|emphasizing on",
      "emphasize, without “on”", FrameKind::turn},
+    {"its raining|snowing",
+     "it's", FrameKind::confusion},
+    {"of|with|from|by|into|through|within|under|over|at|raised|increased|lowered|reduced|"
+     "changed|lost|improved|updated|opened|closed|moved|published|doubled|cut it's "
+     "@many|@one|own",
+     "its", FrameKind::confusion},
+    {"more|less @adj then before|ever|usual|expected|others|any|all|most|us|them|me|him",
+     "than", FrameKind::confusion},
+    {"to thanks everyone|everybody|you|all|him|her|them|us|my|our|the",
+     "thank", FrameKind::form},
+    {"^of|for|to|with|between|from both of them|us|you|these|those "
+     "was|is|has|doesn't|wasn't|isn't|hasn't",
+     "the plural of the verb", FrameKind::form},
+    {"was|were|been|be|being|is|are stole|spoke|wore|tore|shook|swore|drove|froze -a|the",
+     "the participle", FrameKind::form},
+    {"@mark a? lot|lots of people|@many is|was|has|doesn't|isn't|wasn't|hasn't",
+     "the plural of the verb", FrameKind::form},
+    {"^and|or the number of @many have|are|were|haven't|aren't",
+     "the singular of the verb", FrameKind::form},
+    {"@mark the news are|were|have",
+     "the singular of the verb", FrameKind::form},
+    {"@mark the police is|was|has @ing|looking|@ed|been|not",
+     "the plural of the verb", FrameKind::form},
+    {"the reason because i|you|he|she|it|we|they|the|my|this",
+     "the reason why", FrameKind::turn},
+    {"on|in last|next monday|tuesday|wednesday|thursday|friday|saturday|sunday @end",
+     "no preposition", FrameKind::turn},
+    {"@subj am|are|is working|living|studying|learning|waiting|teaching here|there|abroad? "
+     "since @number",
+     "have been …ing", FrameKind::form},
+    {"know|knows|tell|understand|wonder|ask|idea what|where|who is|are|was|were "
+     "my|his|her|their|your|our|its @noun|name|address @stop",
+     "the verb behind the subject", FrameKind::turn},
+    {"work|works|worked|working as doctor|teacher|engineer|nurse|waiter|waitress|lawyer|"
+     "driver|secretary|programmer|developer|designer|journalist -and|or @end",
+     "the article", FrameKind::turn},
 });
 // clang-format on
 

@@ -88,7 +88,8 @@ void GrammarReport::add(GradedRule rule, const EnglishSentence& sentence, std::s
 }
 
 std::set<std::size_t> checkGrammar(const ProseView& view, const ProseLanguages& languages,
-                                   LanguageSlips& slips) {
+                                   const DictionaryShelf* shelf, LanguageSlips& slips) {
+    OpenWords open(shelf);
     const bool technical = view.isTechnical();
     GrammarReport report(slips, technical);
     std::size_t word = 0;
@@ -102,7 +103,7 @@ std::set<std::size_t> checkGrammar(const ProseView& view, const ProseLanguages& 
         const BlockKind kind = view.prose.blocks[sentence.block].kind;
         if (kind == BlockKind::heading || kind == BlockKind::table) continue;
         for (std::size_t at = begin; at < last; at += kMostWords) {
-            const EnglishSentence own(view, at, std::min(last, at + kMostWords));
+            const EnglishSentence own(view, at, std::min(last, at + kMostWords), open);
             if (own.size() < kFewestWords || isTitle(own)) continue;
             const bool whole = sentence.ended && kind == BlockKind::paragraph;
             if (whole && at == begin && sentence.begin == view.prose.blocks[sentence.block].begin &&

@@ -46,9 +46,9 @@ void checkUsage(const EnglishSentence& sentence, GrammarReport& report);
 /// Last, for what no rule has spoken of.
 void checkWordFrames(const EnglishSentence& sentence, GrammarReport& report);
 
-/// All of them over the English blocks of a text. Returns the offsets of the words that they spoke
-/// of, which need no second word about their spelling.
+/// All of them over the English blocks of a text; `shelf` may be null. Returns the offsets of the
+/// words that they spoke of, which need no second word about their spelling.
 std::set<std::size_t> checkGrammar(const ProseView& view, const ProseLanguages& languages,
-                                   LanguageSlips& slips);
+                                   const DictionaryShelf* shelf, LanguageSlips& slips);
 
 } // namespace trevix

@@ -46,7 +46,12 @@ void checkPluralWanted(const EnglishSentence& s, std::size_t i, GrammarReport& r
         say(s, i, at, "counts what cannot be counted", report);
         return;
     }
-    if (!s.has(at, kSingular) || s.has(at, kPlural) || !s.endsPhrase(at)) return;
+    // "Many researcher argue": behind the noun its verb.
+    const bool ends = s.endsPhrase(at) || (s.glued(at + 1) && s.has(at + 1, kPureBase | kPast));
+    // "Various business and finance roles": of these more go before another noun.
+    const bool open =
+        s.has(at, kOpenCount) && !report.technical() && !s.is(at + 1, {"and", "or"});
+    if (!(s.has(at, kSingular) || open) || s.has(at, kPlural) || !ends) return;
     if (s.is(at + 1, {"a", "an", "old"}) || s.capital(at)) return;
     if (isCount(s, i) &&
         (i == 0 || s.has(i - 1, kSingular) || s.is(i - 1, {"day", "chapter", "part"})))

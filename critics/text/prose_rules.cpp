@@ -478,7 +478,7 @@ void checkLanguage(const ProseView& view, const LanguageTools& tools, FindingLis
                    Coverage& coverage) {
     const ProseLanguages languages = languagesOf(view, tools);
     LanguageSlips slips;
-    const std::set<std::size_t> spokenOf = checkGrammar(view, languages, slips);
+    const std::set<std::size_t> spokenOf = checkGrammar(view, languages, tools.shelf.get(), slips);
     checkSpelling(view, languages, tools, spokenOf, slips, coverage);
     slips.weighInto(findings, view.words.size());
     noteLanguages(view, languages, tools, coverage);

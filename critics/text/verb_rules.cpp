@@ -227,6 +227,8 @@ void checkBareAfterPreposition(const EnglishSentence& s, std::size_t i, GrammarR
     if (s.word(i) == "of" && s.is(i - 1, {"kind", "sort"}) && s.glued(i)) return;
     // "written in Go", "used in Replace": a name.
     if (s.is(at, {"do"}) || s.capital(at)) return;
+    // "Out of sync", "for export": nouns that no dictionary lists are made of verbs every day.
+    if (s.has(at, kOpenVerb)) return;
     // "The tools you should be looking for include a rake"
     if (s.is(at, {"include", "remain", "seem", "appear"}) && endsClauseOfNoun(s, i)) return;
     say(s, i, at, "needs the form in “-ing” behind its preposition", report);

@@ -14,16 +14,17 @@ namespace {
 
 constexpr std::size_t kNoMatch = static_cast<std::size_t>(-1);
 
+// Above those of english_words.h.
 /// "wanted", "configured": by its ending, where that is no accident.
-constexpr std::uint32_t kEndsInEd = 1U << 30U;
+constexpr std::uint64_t kEndsInEd = std::uint64_t{1} << 35U;
 /// "crazier".
-constexpr std::uint32_t kEndsInIer = 1U << 29U;
-constexpr std::uint32_t kNumber = 1U << 28U;
-constexpr std::uint32_t kAnything = 1U << 27U;
+constexpr std::uint64_t kEndsInIer = std::uint64_t{1} << 34U;
+constexpr std::uint64_t kNumber = std::uint64_t{1} << 33U;
+constexpr std::uint64_t kAnything = std::uint64_t{1} << 32U;
 
 struct WordSort {
     std::string_view name;
-    std::uint32_t classes;
+    std::uint64_t classes;
     std::string_view words; ///< Those that belong to it beside the classes, parted by bars.
 };
 
@@ -63,7 +64,7 @@ constexpr std::array kWordSorts = {
 struct Item {
     enum class Kind { word, maybe, notNext, notBefore, mark, end, stop };
     Kind kind = Kind::word;
-    std::uint32_t classes = 0;
+    std::uint64_t classes = 0;
     std::vector<std::string_view> words;
 };
 
@@ -135,8 +136,7 @@ bool fits(const EnglishSentence& s, std::size_t i, const Item& item) {
         return true;
     }
     if ((item.classes & kEndsInIer) != 0 && endsInIer(s.word(i))) return true;
-    constexpr std::uint32_t kOfTheirOwn = kEndsInEd | kEndsInIer | kNumber | kAnything;
-    return s.has(i, item.classes & ~kOfTheirOwn);
+    return s.has(i, static_cast<std::uint32_t>(item.classes));
 }
 
 bool markBefore(const EnglishSentence& s, std::size_t i) {

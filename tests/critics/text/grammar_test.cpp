@@ -52,6 +52,18 @@ TEST(Agreement, IsMissed) {
          "Why do he write such letters?", "The engineer want the plans before Friday."});
 }
 
+TEST(Agreement, IsMissedByWordsThatMayBePluralsToo) {
+    expectFound("text.agreement",
+                {"We needs more time for the work.", "They works in the garden at noon.",
+                 "The children plays in the garden at noon.", "My parents lives in the big house.",
+                 "More people needs help with the letters.",
+                 "The countries agrees on the price of the work."});
+    expectSound({"We judges are people who read a lot.", "What they do works well for all of us.",
+                 "World War I works are in the library.",
+                 "The children's plays in the garden were good.",
+                 "For you and them works of art are dear."});
+}
+
 TEST(Agreement, IsKept) {
     expectSound({"She doesn't like it, and neither do they.",
                  "Does he have a house by the sea?",
@@ -409,6 +421,30 @@ TEST(WordFrames, FindTurnsThatEnglishDoesNotHave) {
                  "It was too big of a step.", "They do some mistakes.", "He is fed up of rain.",
 
                  "The children stayed up, and all hell broke out."});
+}
+
+TEST(WordFrames, FindWhatGoesWithAnotherNumber) {
+    expectFound("text.verb_form",
+                {"Both of them was happy about the letter.", "A lot of people has left the city.",
+                 "The number of cars have grown in the city.", "The news are bad for all of us.",
+                 "The police is looking for the key.", "It was stole in the spring.",
+                 "I am working here since 2010 and like it.",
+                 "We would like to thanks everyone in the house."});
+    expectFound("text.usage",
+                {"This is the reason because they came to the house.",
+                 "We met in the park on last Monday.", "I do not know what is his name.",
+                 "She works as teacher in the city."});
+    expectFound("text.confused_word",
+                {"We are more careful then before.", "They are tired of it's price.",
+                 "Its raining in the garden again."});
+    expectSound({"The mother of both of them was happy about it.",
+                 "Seeing a lot of people is nice now and then.",
+                 "The size and the number of cars have grown.",
+                 "In the news are stories about the city.", "The police is a book about the city.",
+                 "It was a stole of fine wool.", "He is working here since the roof leaks.",
+                 "She works as teacher and friend of the child.",
+                 "We were more careful then, and all went well.",
+                 "They were glad, because of it's a long story."});
 }
 
 TEST(WordFrames, LeaveSoundSentencesAlone) {
