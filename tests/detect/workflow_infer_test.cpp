@@ -93,6 +93,7 @@ TEST(WorkflowInferPipeline, EmptyHistoryGivesNoneAndIsNotMultiModal) {
 TEST(WorkflowInferPipeline, EachAppStandsAtItsMostRecentPlace) {
     EXPECT_EQ(pipelineOf({"A", "B", "A", "C"}), (Names{"B", "A", "C"}));
     EXPECT_EQ(pipelineOf({"A", "B", "A"}), (Names{"B", "A"}));
+    EXPECT_EQ(pipelineOf({"C", "A", "B", "A"}), (Names{"C", "B", "A"})) << "past what was taken";
 }
 
 TEST(WorkflowInferPipeline, HoldsTheFourMostRecentOldestFirst) {

@@ -182,6 +182,7 @@ TEST(VerdictRule, DifferentEvidenceCountsByThePage) {
     const std::vector<Case> cases = {
         {"on half a page", different(Severity::medium, 4), {50, 0, 0}, 0.68},
         {"on one page", different(Severity::medium, 4), {100, 0, 0}, 0.68},
+        {"on a page and 43 words", different(Severity::medium, 4), {143, 0, 0}, 0.78}, // 22.38
         {"on two pages", different(Severity::medium, 4), {200, 0, 0}, 0.84},  // 16 > 15
         {"on four pages", different(Severity::medium, 4), {400, 0, 0}, 0.85}, // the habit: 15
         {"on a hundred", different(Severity::medium, 4), {10'000, 0, 0}, 0.85},
