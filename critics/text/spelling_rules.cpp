@@ -79,7 +79,8 @@ public:
           m_spokenOf(spokenOf),
           m_slips(slips),
           m_coverage(coverage),
-          m_technical(view.isTechnical()) {
+          m_technical(view.isTechnical()),
+          m_hasSharpS(view.masked().find("ß") != std::string_view::npos) {
         if (tools.personalWords) m_personal = tools.personalWords();
         countWords();
         gatherCodeWords();
@@ -304,6 +305,15 @@ private:
 
         Verdict verdict;
         verdict.known = false;
+        if (language == NaturalLanguage::german) {
+            if (std::string sharp = withSharpS(own, shape, books); !sharp.empty()) {
+                // Nobody in Switzerland writes "ß".
+                if (!m_hasSharpS) return {};
+                verdict.sure = true;
+                verdict.suggestion = std::move(sharp);
+                return verdict;
+            }
+        }
         const bool english = language == NaturalLanguage::english;
         const std::string_view meant =
             english && m_tools.slips != nullptr ? m_tools.slips->meantBy(own) : std::string_view();
@@ -480,6 +490,19 @@ private:
             if (books.know(own.substr(0, i)) && books.know(own.substr(i))) return true;
         }
         return false;
+    }
+
+    /// "grüssen" as "grüßen", where a book knows that; empty when none does.
+    [[nodiscard]] static std::string withSharpS(const std::string& own, Shape shape,
+                                                const SpellingBooks& books) {
+        constexpr std::string_view kSharp = "ß";
+        for (std::size_t at = own.find("ss"); at != std::string::npos;
+             at = own.find("ss", at + 1)) {
+            std::string sharp = own.substr(0, at) + std::string(kSharp) + own.substr(at + 2);
+            if (shape != Shape::plain) sharp = capitalised(sharp);
+            if (books.know(sharp)) return sharp;
+        }
+        return {};
     }
 
     /// Whether a known word is one edit away: "situaction" is no action of a situ. Such a word
@@ -681,6 +704,7 @@ private:
     std::unordered_set<std::size_t> m_starts;
     std::unordered_map<std::string, Verdict> m_verdicts;
     bool m_technical = false;
+    bool m_hasSharpS = false;
     std::size_t m_looked = 0;
     std::size_t m_suggested = 0;
     std::size_t m_nearest = 0;

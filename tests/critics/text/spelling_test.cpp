@@ -57,6 +57,24 @@ TEST(Spelling, ASlipIsMediumAndNamesWhatWasMeant) {
     EXPECT_NE(finding.detail.find("“report” may be meant"), std::string::npos) << finding.detail;
 }
 
+TEST(Spelling, SwitzerlandWritesNoSharpS) {
+    LanguageTools tools;
+    auto shelf = std::make_shared<ListShelf>();
+    shelf->add(NaturalLanguage::german, "mit freundlichen Grüßen und der die das ist nicht auf wir "
+                                        "heißen Straße groß Güssen Haus haben ein im von");
+    tools.shelf = shelf;
+    const auto found = [&tools](const std::string& text) {
+        return misspelt(critiqueText(textPart(text), tools), true);
+    };
+    EXPECT_EQ(found("Das Haus ist nicht gross, und wir heissen mit freundlichen Grüssen auf."),
+              Words());
+    const Critique mixed = critiqueText(
+        textPart("Das Haus auf der Straße ist nicht gross, mit freundlichen Grüssen von der."),
+        tools);
+    EXPECT_EQ(misspelt(mixed, true), (Words{"gross", "Grüssen"}));
+    EXPECT_NE(mixed.findings.back().detail.find("“Grüßen”"), std::string::npos);
+}
+
 TEST(Spelling, WithoutASuggestionItIsLow) {
     const Finding finding = onlyFinding(
         critiqueText(textPart("Please send the xqwzvy to all of our customers."), smallTools())
