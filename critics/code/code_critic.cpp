@@ -77,6 +77,7 @@ Critique critiqueCode(const Part& part, Readers readers) {
     checkGuessableSecrets(view, findings);
     checkQueries(view, flows, findings);
     checkHomePaths(view, findings);
+    checkBounds(view, findings);
     checkJson(view, findings);
     critique.findings = findings.take();
     return critique;

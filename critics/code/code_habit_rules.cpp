@@ -27,6 +27,7 @@ constexpr GradedRule kSwallowed =
 constexpr GradedRule kLetGo = declared<WorkKind::code>("code.swallowed_error", Severity::low);
 constexpr GradedRule kNone = declared<WorkKind::code>("code.none_comparison");
 constexpr GradedRule kAssignment = declared<WorkKind::code>("code.assignment_in_condition");
+constexpr GradedRule kIdentity = declared<WorkKind::code>("code.text_identity");
 constexpr GradedRule kDuplicateImport = declared<WorkKind::code>("code.duplicate_import");
 
 constexpr std::size_t kFewestCommentedLines = 4; // Fewer may be an example of how to use a thing.
@@ -511,7 +512,25 @@ void checkSwallowedErrors(const CodeView& view, FindingList& findings) {
     if (hasBraces(view.language)) checkEmptyCatches(view, findings);
 }
 
+/// `name == "yes"` in Java, where only `equals` reads what texts say.
+void checkTextIdentity(const CodeView& view, FindingList& findings) {
+    const auto isText = [&view](std::size_t i) {
+        return view.isKind(i, TokenKind::string) && view.textOf(view.code[i]).starts_with('"');
+    };
+    for (std::size_t i = 1; i + 1 < view.code.size(); ++i) {
+        if (!view.is(i, "==") && !view.is(i, "!=")) continue;
+        // What is put together of several, or asked of one, is no text beside the mark.
+        const bool before = isText(i - 1) && !view.is(i - 2, "+");
+        const bool behind = isText(i + 1) && !view.is(i + 2, "+") && !view.is(i + 2, ".");
+        if (!before && !behind) continue;
+        const std::size_t start = view.code[i - 1].offset;
+        findings.add(kIdentity, start, view.code[i + 1].end() - start,
+                     "compares which object a text is, not what it says; “equals” reads it");
+    }
+}
+
 void checkComparisons(const CodeView& view, FindingList& findings) {
+    if (view.language == Language::java) checkTextIdentity(view, findings);
     if (view.language == Language::python) {
         for (std::size_t i = 0; i + 1 < view.code.size(); ++i) {
             if ((view.is(i, "==") || view.is(i, "!=")) && view.is(i + 1, "None")) {

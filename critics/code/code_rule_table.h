@@ -42,6 +42,8 @@ struct RulesFor<WorkKind::code> {
         Rule{"code.guessable_secret", Severity::medium, "safe calls", Unit::line,
              "chosen: what the value is for is told by the names on its line and by that of the "
              "function around"},
+        Rule{"code.format_from_data", Severity::high, "safe calls", Unit::line, ""},
+        Rule{"code.unbounded_copy", Severity::high, "safe calls", Unit::line, ""},
         Rule{"code.query_from_text", Severity::high, "safe queries", Unit::line, ""},
         Rule{"code.path_from_outside", Severity::high, "data from outside", Unit::line, kFollowed},
         Rule{"code.page_from_outside", Severity::high, "data from outside", Unit::line, kFollowed},
@@ -88,6 +90,7 @@ struct RulesFor<WorkKind::code> {
              ""},
         Rule{"code.assignment_in_condition", Severity::medium, "right comparisons", Unit::line,
              "chosen: a declaration is looked for in 40 tokens, a semicolon in 200"},
+        Rule{"code.text_identity", Severity::medium, "right comparisons", Unit::line, ""},
         Rule{"code.home_path", Severity::medium, "portable paths", Unit::line, ""},
         Rule{"code.deep_nesting", Severity::low, "readable functions", Unit::line,
              "chosen: six blocks, twice the three that the Linux kernel's coding style calls the "

@@ -51,6 +51,9 @@ void checkGuessableSecrets(const CodeView& view, FindingList& findings);
 void checkQueries(const CodeView& view, const std::vector<Flow>& flows, FindingList& findings);
 void checkHomePaths(const CodeView& view, FindingList& findings);
 
+// C and C++: code_bounds_rules.cpp
+void checkBounds(const CodeView& view, FindingList& findings);
+
 // Grammar: code_syntax_rules.cpp
 /// Also tells whether there is a grammar, and whether the text was read by it. Gives the tree of a
 /// text in a language whose flows are followed.

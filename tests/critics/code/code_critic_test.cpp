@@ -490,6 +490,80 @@ TEST(CodeCritic, Comparisons) {
                 critiqueCode);
 }
 
+TEST(CodeCritic, TextsInJavaAreComparedByWhatTheySay) {
+    const Rules identity = {"code.text_identity"};
+    const auto in = [](const std::string& condition) {
+        return "class A {\n  boolean f(String a, String b) {\n    return " + condition +
+               ";\n  }\n}\n";
+    };
+    expectRules({{"equal", in("a == \"yes\""), identity, "A.java"},
+                 {"other", in("\"no\" != a"), identity, "A.java"},
+                 {"by what they say", in("a.equals(\"yes\")"), {}, "A.java"},
+                 {"with nothing", in("a == null"), {}, "A.java"},
+                 {"a letter", in("a.charAt(0) == 'y'"), {}, "A.java"},
+                 {"its length", in("a.length() == \"yes\".length()"), {}, "A.java"},
+                 {"a number put behind", in("(\"x\" + 1 == b) == false"), {}, "A.java"},
+                 {"in another language", "if (a == \"yes\") { f(); }\n", {}, "a.js"}},
+                critiqueCode);
+}
+
+TEST(CodeCritic, AFormatIsNoTextOfSomebodyElse) {
+    const Rules format = {"code.format_from_data"};
+    const auto in = [](const std::string& statement, const std::string& before = "") {
+        return "#include <stdio.h>\n" + before +
+               "void f(int n, char **argv, struct note *p) {\n  " + statement + "\n}\n";
+    };
+    expectRules(
+        {{"an argument", in("printf(argv[1]);"), format, "a.c"},
+         {"a member", in("fprintf(stderr, p->text);"), format, "a.c"},
+         {"to the log", in("syslog(LOG_INFO, p->text);"), format, "a.c"},
+         {"with a length", in("snprintf(p->line, sizeof p->line, argv[n]);"), format, "a.c"},
+         {"of a string", in("printf(p->text.c_str());"), format, "a.cpp"},
+         {"of the library", in("std::printf(argv[1]);"), format, "a.cpp"},
+         {"as a value", in("printf(\"%s\", argv[1]);"), {}, "a.c"},
+         {"with values", in("printf(p->pattern, n);"), {}, "a.c"},
+         {"a constant", in("printf(GREETING);"), {}, "a.c"},
+         {"a text of the file",
+          in("printf(greeting);", "static const char greeting[] = \"hi\";\n"),
+          {},
+          "a.c"},
+         {"one of several",
+          in("printf(greetings[n]);", "static const char *greetings[] = {\"hi\", \"ho\"};\n"),
+          {},
+          "a.c"},
+         {"a help of another file", in("fprintf(stderr, usage_text);"), {}, "a.c"},
+         {"translated", in("printf(_(\"hi\"));"), {}, "a.c"},
+         {"chosen", in("printf(n ? \"one\" : \"more\");"), {}, "a.c"},
+         {"a wrapper", in("printf(p->fmt);"), {}, "a.c"},
+         {"declared", "int printf(const char *pattern);\n", {}, "a.c"},
+         {"a method", in("p->port.printf(argv[1]);"), {}, "a.cpp"},
+         {"another language", "printf(text);\n", {}, "a.php"}},
+        critiqueCode);
+}
+
+TEST(CodeCritic, ACopyIsBounded) {
+    const Rules copy = {"code.unbounded_copy"};
+    const auto in = [](const std::string& statements) {
+        return "#include <string.h>\nint main(int argc, char **argv) {\n  char name[8];\n  " +
+               statements + "\n}\n";
+    };
+    expectRules({{"an argument", in("strcpy(name, argv[1]);"), copy, "a.c"},
+                 {"the environment", in("strcat(name, getenv(\"HOME\"));"), copy, "a.c"},
+                 {"an option", in("strcpy(name, optarg);"), copy, "a.cpp"},
+                 {"asked before",
+                  in("if (strlen(argv[1]) > 7) return 1;\n  strcpy(name, argv[1]);"),
+                  {},
+                  "a.c"},
+                 {"as long as needed",
+                  in("char *own = malloc(strlen(argv[1]) + 1);\n  strcpy(own, argv[1]);"),
+                  {},
+                  "a.c"},
+                 {"a text", in("strcpy(name, \"Ada\");"), {}, "a.c"},
+                 {"of a known length", in("strcpy(name, short_name(argc));"), {}, "a.c"},
+                 {"with a bound", in("snprintf(name, sizeof name, \"%s\", argv[1]);"), {}, "a.c"}},
+                critiqueCode);
+}
+
 TEST(CodeCritic, Indentation) {
     const auto python =
         critiqueCode(textPart("if a:\n    f()\nif b:\n\tg()\n\tif c:\n\t\th()\n", "a.py")).findings;
