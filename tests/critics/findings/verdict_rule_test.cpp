@@ -183,7 +183,8 @@ TEST(VerdictRule, DifferentEvidenceCountsByThePage) {
         {"on half a page", different(Severity::medium, 4), {50, 0, 0}, 0.68},
         {"on one page", different(Severity::medium, 4), {100, 0, 0}, 0.68},
         {"on a page and 43 words", different(Severity::medium, 4), {143, 0, 0}, 0.78}, // 22.38
-        {"on two pages", different(Severity::medium, 4), {200, 0, 0}, 0.84},  // 16 > 15
+        {"half of a hundredth", different(Severity::medium, 9), {192, 0, 0}, 0.63},    // 37.5
+        {"on two pages", different(Severity::medium, 4), {200, 0, 0}, 0.84},           // 16 > 15
         {"on four pages", different(Severity::medium, 4), {400, 0, 0}, 0.85}, // the habit: 15
         {"on a hundred", different(Severity::medium, 4), {10'000, 0, 0}, 0.85},
         {"a page of lines", different(Severity::high, 3), {0, 100, 0}, 0.40},
