@@ -26,6 +26,7 @@ TEST_F(ChosenEnvironmentTest, FillsWhatIsNotSet) {
     EXPECT_EQ(environment.get("BRASK_API_BASE"), "http+unix://%2Fs");
     EXPECT_EQ(environment.get("BRASK_API_KEY"), "key");
     EXPECT_EQ(environment.get("HOME"), "/home/me");
+    EXPECT_EQ(environment.get("LANG"), std::nullopt) << "no key under another name";
     environment.forget();
     EXPECT_EQ(environment.get("BRASK_API_BASE"), std::nullopt);
     EXPECT_EQ(environment.get("BRASK_API_KEY"), std::nullopt);
