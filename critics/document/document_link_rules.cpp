@@ -2,6 +2,7 @@
 
 #include "critics/document/document_rule_table.h"
 #include "critics/document/document_rules.h"
+#include "critics/text/language_slips.h"
 #include "text/letters.h"
 #include "text/unicode.h"
 
@@ -22,7 +23,8 @@ constexpr GradedRule kEmptyLink = declared<WorkKind::document>("document.empty_l
 constexpr GradedRule kReversedLink = declared<WorkKind::document>("document.reversed_link");
 constexpr GradedRule kLinkText = declared<WorkKind::document>("document.link_text");
 constexpr GradedRule kBrokenAddress = declared<WorkKind::document>("document.broken_address");
-constexpr GradedRule kBrokenAnchor = declared<WorkKind::document>("document.broken_anchor");
+constexpr GradedRule kBrokenAnchor =
+    declared<WorkKind::document>("document.broken_anchor", Severity::medium);
 constexpr GradedRule kImageText = declared<WorkKind::document>("document.image_text");
 constexpr GradedRule kMissingNote = declared<WorkKind::document>("document.missing_note");
 constexpr GradedRule kUnusedNote = declared<WorkKind::document>("document.unused_note");
@@ -153,7 +155,11 @@ struct Anchors {
         // Anchors tell capitals apart, and no renderer makes any of headings.
         const bool capitals = std::any_of(fragment.begin(), fragment.end(),
                                           [](char c) { return c >= 'A' && c <= 'Z'; });
-        return !capitals && keys.count(anchorKey(fragment)) > 0;
+        return !capitals && hasButForCapitals(fragment);
+    }
+    /// Which some pages that show a document put right.
+    [[nodiscard]] bool hasButForCapitals(const std::string& fragment) const {
+        return keys.count(anchorKey(fragment)) > 0;
     }
 };
 
@@ -360,8 +366,28 @@ bool namesCode(std::string_view fragment) {
     return false;
 }
 
+/// Links to headings that are not there; which of them weigh is known when all are.
+struct DeadAnchors {
+    std::vector<const Link*> otherCapitals; ///< Of a heading that is there.
+    std::vector<const Link*> nowhere;
+
+    /// Those that are few for the text weigh low: a page that has many links has a dead one soon.
+    void reportTo(FindingList& findings, std::size_t words) const {
+        add(findings, otherCapitals, areFew(otherCapitals.size(), words));
+        add(findings, nowhere, words >= kWordsOfACertainSlip * nowhere.size());
+    }
+
+private:
+    static void add(FindingList& findings, const std::vector<const Link*>& links, bool few) {
+        for (const Link* link : links) {
+            findings.add(few ? softened(kBrokenAnchor) : kBrokenAnchor, link->offset, link->length,
+                         "leads to a heading that the document does not have");
+        }
+    }
+};
+
 void checkTarget(const DocumentView& document, const Link& link, const Anchors& anchors,
-                 FindingList& findings) {
+                 DeadAnchors& dead, FindingList& findings) {
     if (isGapTarget(link.target)) {
         findings.add(kEmptyLink, link.offset, link.length, "is a link that leads nowhere");
         return;
@@ -374,8 +400,7 @@ void checkTarget(const DocumentView& document, const Link& link, const Anchors& 
             anchors.has(fragment) || fragment == "_top" || text::lowerAscii(fragment) == "top";
         // Without any heading the anchors come from elsewhere.
         if (known || document.outline.headings.empty() || namesCode(fragment)) return;
-        findings.add(kBrokenAnchor, link.offset, link.length,
-                     "leads to a heading that the document does not have");
+        (anchors.hasButForCapitals(fragment) ? dead.otherCapitals : dead.nowhere).push_back(&link);
         return;
     }
     const std::string_view fault = addressFault(link);
@@ -462,8 +487,9 @@ bool isOfCode(const DocumentView& document, const Reference& reference) {
 
 void checkLinks(const DocumentView& document, FindingList& findings) {
     const Anchors anchors = anchorsOf(document);
+    DeadAnchors dead;
     for (const Link& link : document.outline.links) {
-        checkTarget(document, link, anchors, findings);
+        checkTarget(document, link, anchors, dead, findings);
         if (!link.image && text::trimmed(link.text).empty() && !isGapTarget(link.target)) {
             findings.add(kLinkText, link.offset, link.length, "is a link that shows nothing");
         }
@@ -490,8 +516,9 @@ void checkLinks(const DocumentView& document, FindingList& findings) {
         // used, and those that lead within the document.
         const bool points = link.target.size() > 1 && link.target[0] == '#';
         const std::string id = labelKey(document.outline.definitions[i].id);
-        if (points || used.count(id) > 0) checkTarget(document, link, anchors, findings);
+        if (points || used.count(id) > 0) checkTarget(document, link, anchors, dead, findings);
     }
+    dead.reportTo(findings, document.view.words.size());
     for (const Reference& picture : document.outline.silentPictures) {
         findings.add(kImageText, picture.offset, picture.length,
                      "is a picture without words for those who cannot see it");

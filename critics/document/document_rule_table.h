@@ -16,7 +16,8 @@ struct RulesFor<WorkKind::document> {
              "order of headings",
              Unit::line,
              "chosen: low are three headings of a level where the one above it is nowhere, one in "
-             "eight, and five words right below the title"},
+             "eight, five words right below the title, and few for the text, as slips of spelling "
+             "are"},
         Rule{"document.second_title", Severity::low, "order of headings", Unit::line,
              "chosen: three headings of level 1 make them chapters"},
         Rule{"document.duplicate_heading", Severity::low, "distinct headings", Unit::line, ""},
@@ -28,7 +29,12 @@ struct RulesFor<WorkKind::document> {
         Rule{"document.link_text", Severity::low, "links with words", Unit::word, ""},
         Rule{"document.empty_link", Severity::high, "working links", Unit::word, ""},
         Rule{"document.broken_address", Severity::high, "working links", Unit::word, ""},
-        Rule{"document.broken_anchor", Severity::medium, "working links", Unit::word, ""},
+        Rule{"document.broken_anchor",
+             {Severity::medium, Severity::low},
+             "working links",
+             Unit::word,
+             "chosen: low are those that are few for the text, as slips of spelling are where but "
+             "the capitals differ, and as doubled words where no heading is meant"},
         Rule{"document.missing_definition", Severity::medium, "working links", Unit::word, ""},
         Rule{"document.missing_note", Severity::medium, "complete notes", Unit::word,
              "chosen: two numbered sources make a list of sources"},

@@ -2,6 +2,7 @@
 
 #include "critics/document/document_rule_table.h"
 #include "critics/document/document_rules.h"
+#include "critics/text/language_slips.h"
 #include "text/letters.h"
 #include "text/unicode.h"
 
@@ -59,6 +60,9 @@ std::vector<bool> haveContent(const DocumentView& document) {
     return content;
 }
 
+/// Words of a heading; fewer name a section.
+constexpr std::size_t kFewestOfSentence = 5;
+
 /// A heading that stands too deep, and the level of the one above it.
 struct Skip {
     std::size_t heading = 0; ///< Index.
@@ -67,10 +71,10 @@ struct Skip {
 
 /// Whether it is the second line of a title: a sentence right below it.
 bool isTagline(const DocumentView& document, const Skip& skip, const std::vector<bool>& content) {
-    constexpr std::size_t kSentence = 5; // Words; fewer name a section.
     if (skip.heading != 1 || skip.above != 1 || content[0]) return false;
     const Heading& heading = document.outline.headings[1];
-    return text::wordsIn(document.source.text(), heading.begin, heading.end).size() >= kSentence;
+    return text::wordsIn(document.source.text(), heading.begin, heading.end).size() >=
+           kFewestOfSentence;
 }
 
 using LevelCounts = std::array<std::size_t, 7>; ///< Headings of each level.
@@ -111,9 +115,11 @@ void checkLevels(const DocumentView& document, const std::vector<bool>& content,
         if (heading.level <= above + 1 || length == 0) continue; // Told as wordless.
         skips.push_back({i, above});
     }
-    // Like a slip that is alone in a page.
+    // Like a slip that is alone in a page; code and tables are pages of the document too.
     constexpr std::size_t kSoundForEach = 8;
-    const bool rare = headings.size() >= kSoundForEach * skips.size();
+    const std::string_view text = document.source.text();
+    const bool rare = headings.size() >= kSoundForEach * skips.size() ||
+                      areFew(skips.size(), text::wordsIn(text, 0, text.size()).size());
     for (const Skip& skip : skips) {
         const Heading& heading = headings[skip.heading];
         const bool soft = rare || isChosenSize(counts, skip.above, heading.level) ||
@@ -177,6 +183,20 @@ bool standsForItself(const DocumentView& document, const Heading& heading) {
            text.starts_with("::: ") || within("<%", "%>") || within("{%", "%}");
 }
 
+/// Whether the heading is all there is to say: a sentence with its full stop, or the licence by its
+/// name ("MIT Licensed").
+bool saysItself(const Heading& heading) {
+    const std::string title(text::trimmed(heading.shown));
+    const std::vector<text::Word> words = text::wordsIn(title, 0, title.size());
+    if (title.ends_with('.') && words.size() >= kFewestOfSentence) return true;
+    const bool named = std::any_of(words.begin(), words.end(), [](const text::Word& word) {
+        return word.allUpper() && word.letters >= 3; // "MIT", "BSD"
+    });
+    return named && std::any_of(words.begin(), words.end(), [&](const text::Word& word) {
+               return text::lowerAscii(title.substr(word.offset, word.length)).starts_with("licen");
+           });
+}
+
 /// Whether the heading is the name of something in code: "`run`", ".show(stream?)", "key.left".
 bool namesCode(const DocumentView& document, const Heading& heading) {
     const std::string_view own =
@@ -189,6 +209,27 @@ bool namesCode(const DocumentView& document, const Heading& heading) {
     if (open != std::string_view::npos) return text.ends_with(')');
     const std::size_t dot = name.find_first_of(".:_");
     return dot != std::string_view::npos && dot + 1 < name.size();
+}
+
+/// "Gap" above "gap": what is told of, and its name in code.
+bool isLikeInSmallLetters(const Heading& heading, const Heading& next) {
+    const std::string title(text::trimmed(heading.shown));
+    const std::string name(text::trimmed(next.shown));
+    return title != name && text::lowerAscii(title) == name;
+}
+
+/// Whether the sections behind this heading, of its own level, are what it is about: two and more
+/// names in code below "Core methods".
+bool namesGroup(const DocumentView& document, std::size_t heading) {
+    const auto& headings = document.outline.headings;
+    constexpr std::size_t kFewest = 2;
+    if (heading + kFewest >= headings.size() || namesCode(document, headings[heading]))
+        return false;
+    for (std::size_t i = heading + 1; i <= heading + kFewest; ++i) {
+        if (headings[i].level != headings[heading].level || !namesCode(document, headings[i]))
+            return false;
+    }
+    return true;
 }
 
 /// "######" right below a line of text: how other markups underline a title.
@@ -238,13 +279,14 @@ void checkEmptySections(const DocumentView& document, const std::vector<bool>& c
         if (content[i] || (!last && headings[i + 1].level > headings[i].level)) continue;
         if (fields >= kFewestOfForm && asks(headings[i])) continue;
         // Several names of one thing share what stands below the last of them; names in code may
-        // have lines between them.
+        // have lines between them, and so may a name and its like in code ("Gap", "gap").
         const bool shares =
             !last && headings[i + 1].level == headings[i].level &&
             (headings[i + 1].line == headings[i].line + 1 ||
-             (namesCode(document, headings[i]) && namesCode(document, headings[i + 1])));
+             (namesCode(document, headings[i]) && namesCode(document, headings[i + 1])) ||
+             isLikeInSmallLetters(headings[i], headings[i + 1]) || namesGroup(document, i));
         if (shares || !namesSection(document, headings[i]) ||
-            standsForItself(document, headings[i])) {
+            standsForItself(document, headings[i]) || saysItself(headings[i])) {
             continue;
         }
         // A title that is underlined with dashes above chapters with "=", or between two lines.

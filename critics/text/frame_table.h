@@ -1236,7 +1236,7 @@ inline constexpr auto kWordFrames = std::to_array<WordFrame>({
     {"interested for -sure|now|years|many|some|various|several|obvious|different|long|a|example",
      "interested in", FrameKind::turn},
     {"to|not|should|must|can|will|would|could|may|might|let's|i|we|they|you|people|only|mainly|"
-     "mostly|more|who|that|@many focus in -on",
+     "mostly|more|who|that|@many focus in -on|certain|some|particular|several|different",
      "focus on", FrameKind::turn},
     {"hone|hones|honed|honing in on",
      "home in on", FrameKind::turn},

@@ -49,7 +49,7 @@ void checkSmallStart(const EnglishSentence& sentence, bool goesOn, GrammarReport
     if (!sentence.has(0, kCommon) || sentence.gap(1) != ' ') {
         if (!sentence.has(0, kCommon) || sentence.gap(1) != ',') return;
     }
-    report.add(kCapital, sentence, 0, 0, "begins a sentence with a small letter");
+    report.add(report.forHabit(kCapital), sentence, 0, 0, "begins a sentence with a small letter");
 }
 
 /// "Likewise, The theory": a little word with a capital behind a comma, where nothing is quoted and
@@ -91,7 +91,7 @@ std::set<std::size_t> checkGrammar(const ProseView& view, const ProseLanguages& 
                                    const DictionaryShelf* shelf, LanguageSlips& slips) {
     OpenWords open(shelf);
     const bool technical = view.isTechnical();
-    GrammarReport report(slips, technical);
+    GrammarReport report(slips, technical, isCasual(view));
     std::size_t word = 0;
     for (const Sentence& sentence : view.sentences) {
         while (word < view.words.size() && view.words[word].offset < sentence.begin) ++word;

@@ -19,7 +19,10 @@ namespace trevix {
 /// Takes what the rules find, a place at most once.
 class GrammarReport {
 public:
-    GrammarReport(LanguageSlips& slips, bool technical) : m_slips(slips), m_technical(technical) {}
+    GrammarReport(LanguageSlips& slips, bool technical, bool casual)
+        : m_slips(slips),
+          m_technical(technical),
+          m_casual(casual) {}
 
     /// Adds a finding for the words from `first` to `last`, unless one of them was spoken of.
     void add(GradedRule rule, const EnglishSentence& sentence, std::size_t first, std::size_t last,
@@ -27,12 +30,17 @@ public:
 
     /// Whether the text has code: articles are left out of notes on code.
     [[nodiscard]] bool technical() const { return m_technical; }
+    /// The rule for what casual notes leave out by habit, a capital or an apostrophe: low in those.
+    [[nodiscard]] GradedRule forHabit(GradedRule rule) const {
+        return m_casual ? softened(rule) : rule;
+    }
     /// The offsets of the words that were spoken of.
     [[nodiscard]] const std::set<std::size_t>& spokenOf() const { return m_spokenOf; }
 
 private:
     LanguageSlips& m_slips;
     bool m_technical;
+    bool m_casual;
     std::set<std::size_t> m_spokenOf;
 };
 

@@ -20,6 +20,15 @@ constexpr std::size_t kWordsOfAPage = 100;
 /// Words that a longer text has for each slip beyond the first, if it is to be a sound one.
 constexpr std::size_t kWordsOfAFurtherSlip = 200;
 
+/// Words of a text for each slip that is certainly one, a doubled word or a link to a heading that
+/// is not there, from which on they weigh low. Where it comes from stands in docs/thresholds.md.
+constexpr std::size_t kWordsOfACertainSlip = 1'000;
+
+/// Whether a text of so many words has few slips, so that they weigh low. Not without any.
+[[nodiscard]] constexpr bool areFew(std::size_t slips, std::size_t words) {
+    return slips > 0 && words >= kWordsOfAPage + (slips - 1) * kWordsOfAFurtherSlip;
+}
+
 class LanguageSlips {
 public:
     /// As FindingList::add().

@@ -37,9 +37,6 @@ constexpr GradedRule kDateOrder = declared<WorkKind::text>("text.date_order");
 
 // Where these come from stands with the rules in text_rule_table.h.
 constexpr std::size_t kMostWordsInSentence = 45;
-// Words of a text for each doubled one, from which on they weigh low. Where it comes from stands in
-// docs/thresholds.md.
-constexpr std::size_t kWordsOfADoubledWord = 1'000;
 constexpr std::size_t kFewestRepeatedWords = 8; // In a sentence that may not come twice.
 // The same beside code: a reference describes like things in like words.
 constexpr std::size_t kFewestRepeatedInManuals = 20;
@@ -395,6 +392,18 @@ bool endsClauseWithTo(const ProseView& view, std::size_t first) {
     return false;
 }
 
+/// "To record record profits": a verb, and a noun that is written alike and goes on. Of everyday
+/// words ("to go go home") the second is a slip.
+bool isVerbWithItsNoun(const ProseView& view, std::size_t first) {
+    constexpr std::size_t kFewestLetters = 5; // Shorter words are everyday verbs.
+    if (first == 0 || first + 2 >= view.words.size()) return false;
+    if (view.words[first].letters < kFewestLetters) return false;
+    const std::string next = text::lowerAscii(view.wordText(first + 2));
+    return text::lowerAscii(view.wordText(first - 1)) == "to" &&
+           onlyParted(view, view.words[first + 1], view.words[first + 2]) &&
+           (classesOf(next) & (kFunction | kBe | kModal | kDeterminer | kObject)) == 0;
+}
+
 void checkDoubledWords(const ProseView& view, FindingList& findings) {
     struct Doubled {
         std::size_t begin;
@@ -423,11 +432,11 @@ void checkDoubledWords(const ProseView& view, FindingList& findings) {
              onlyParted(view, view.words[i - 1], left));
         if (third || (lower == "to" && endsClauseWithTo(view, i))) continue;
         const bool little = (classesOf(lower) & (kFunction | kBe | kModal | kDeterminer)) != 0;
-        const bool soft = view.isTechnical() && !little;
+        const bool soft = !little && (view.isTechnical() || isVerbWithItsNoun(view, i));
         found.push_back({left.offset, right.end(), soft});
     }
     const auto grave = std::ranges::count(found, false, &Doubled::soft);
-    const bool few = view.words.size() >= kWordsOfADoubledWord * static_cast<std::size_t>(grave);
+    const bool few = view.words.size() >= kWordsOfACertainSlip * static_cast<std::size_t>(grave);
     for (const Doubled& each : found) {
         findings.add(each.soft || few ? softened(kDoubledWord) : kDoubledWord, each.begin,
                      each.end - each.begin, "says the same word twice");
@@ -468,6 +477,20 @@ void checkDates(const ProseView& view, FindingList& findings) {
             findings.add(kDateOrder, date.begin, next.end - date.begin, "ends before it starts");
         }
     }
+}
+
+bool isCasual(const ProseView& view) {
+    return std::none_of(
+        view.sentences.begin(), view.sentences.end(), [&](const Sentence& sentence) {
+            std::string_view own =
+                view.masked().substr(sentence.begin, sentence.end - sentence.begin);
+            constexpr std::string_view kBehind = " \t\r\n\"')]*_";
+            own = own.substr(0, own.find_last_not_of(kBehind) + 1);
+            for (const std::string_view quote : {"”", "’"}) {
+                if (own.ends_with(quote)) own.remove_suffix(quote.size());
+            }
+            return own.ends_with('.') && !own.ends_with(".."); // Dots leave something open.
+        });
 }
 
 void warmUpWordLists() {

@@ -42,6 +42,10 @@ private:
     bool m_technical = false;
 };
 
+/// Whether it is a casual note, as people type them to each other or into a field: no sentence of
+/// it has a full stop. Such a note leaves out capitals and apostrophes by habit.
+[[nodiscard]] bool isCasual(const ProseView& view);
+
 /// Builds the word lists that the prose rules look words up in; otherwise the first check does.
 void warmUpWordLists();
 

@@ -73,12 +73,14 @@ public:
         : m_text(view.masked()),
           m_findings(findings),
           // A manual quotes single marks and parts of code.
-          m_rule(view.isTechnical() ? softened(kUnclosed) : kUnclosed) {}
+          m_rule(view.isTechnical() ? softened(kUnclosed) : kUnclosed),
+          m_oneSentence(view.sentences.size() == 1) {}
 
     /// `goesOn`: the next block begins on the line behind this one, so that what is opened here may
     /// be closed there.
     void scan(const Block& block, const Block* next, bool goesOn) {
         m_begin = block.begin;
+        m_end = block.end;
         // Marks of code that nothing closes: what stands between them is not known.
         m_unsure = m_unsure || m_text.substr(block.begin, block.end - block.begin).find('`') !=
                                    std::string_view::npos;
@@ -104,7 +106,7 @@ public:
             if (!quote && goesOn && carried.size() < kMostCarried) {
                 carried.push_back(open);
             } else {
-                report(open.offset, quote ? "a quote" : "a bracket");
+                report(open.offset, quote);
             }
         }
         m_open = std::move(carried);
@@ -221,9 +223,10 @@ private:
         return first.codePoint == open.mark;
     }
 
-    void report(std::size_t at, std::string_view what) {
-        m_findings.add(m_rule, at, excerptLength(at),
-                       "opens " + std::string(what) + " that its paragraph never closes");
+    void report(std::size_t at, bool quote) {
+        m_findings.add(quote && m_oneSentence ? softened(m_rule) : m_rule, at, excerptLength(at),
+                       "opens " + std::string(quote ? "a quote" : "a bracket") +
+                           " that its paragraph never closes");
         m_reportedOpen = true;
     }
 
@@ -236,7 +239,10 @@ private:
         const std::size_t begin = at - std::min<std::size_t>(at - m_begin, 30);
         std::size_t start = begin;
         while (start < at && (static_cast<unsigned char>(m_text[start]) & 0xC0U) == 0x80U) ++start;
-        m_findings.add(m_rule, start, at + 1 - start,
+        // "… left.)": the end of a remark that began in a sentence before.
+        const bool remark = m_oneSentence && at > 0 && at + 1 == m_end &&
+                            std::string_view(".!?").find(m_text[at - 1]) != std::string_view::npos;
+        m_findings.add(remark ? softened(m_rule) : m_rule, start, at + 1 - start,
                        "closes a bracket that its paragraph never opened");
     }
 
@@ -251,6 +257,9 @@ private:
     GradedRule m_rule;
     std::vector<Open> m_open;
     std::size_t m_begin = 0;
+    std::size_t m_end = 0; // Of the block.
+    // Alone, it may come from the middle of what somebody said.
+    bool m_oneSentence;
     bool m_reportedOpen = false;
     bool m_unsure = false;
     bool m_followsMasked = false; // Code or an address stands right before the block.

@@ -17,6 +17,7 @@
 #include <mutex>
 #include <string>
 #include <tuple>
+#include <unordered_set>
 
 namespace trevix {
 
@@ -48,6 +49,7 @@ struct Check {
     std::size_t others = 0;
     std::size_t kinds = 0;
     std::size_t left = 0;
+    std::size_t run = 0;
     bool named = false; ///< Its name may say that the value is harmless.
     std::vector<const RE2*> refusals;
 };
@@ -87,6 +89,15 @@ std::string lettersOf(std::string_view text) {
         if (text::isAsciiLetter(c)) letters += c;
     }
     return text::lowerAscii(letters);
+}
+
+/// Whether so many bytes in a row come again, as in what a hand strikes on the keys.
+bool comesTwice(std::string_view value, std::size_t run) {
+    std::unordered_set<std::string_view> seen;
+    for (std::size_t at = 0; at + run <= value.size(); ++at) {
+        if (!seen.insert(value.substr(at, run)).second) return true;
+    }
+    return false;
 }
 
 /// Whether a value of letters in quotes says what the name before it says: "challengePassword". Of
@@ -175,6 +186,7 @@ public:
             return false;
         }
         if (check.left > 0 && left(value) < check.left) return false;
+        if (check.run > 0 && comesTwice(value, check.run)) return false;
         return std::none_of(check.refusals.begin(), check.refusals.end(), [&](const RE2* refusal) {
             return RE2::PartialMatch(piece(value), *refusal);
         });
@@ -214,6 +226,7 @@ private:
         check.others = entry.value("others", std::size_t{0});
         check.kinds = entry.value("kinds", std::size_t{0});
         check.left = entry.value("left", std::size_t{0});
+        check.run = entry.value("run", std::size_t{0});
         check.named = entry.value("named", false);
         for (const Json& name : entry.value("refuse", Json::array())) {
             check.refusals.push_back(m_refusals.at(name.get<std::string>()).get());

@@ -80,7 +80,8 @@ public:
           m_slips(slips),
           m_coverage(coverage),
           m_technical(view.isTechnical()),
-          m_hasSharpS(view.masked().find("ß") != std::string_view::npos) {
+          m_hasSharpS(view.masked().find("ß") != std::string_view::npos),
+          m_casual(isCasual(view)) {
         if (tools.personalWords) m_personal = tools.personalWords();
         countWords();
         gatherCodeWords();
@@ -275,6 +276,13 @@ private:
         for (const Suspect& suspect : suspects) report(suspect);
     }
 
+    /// Whether nothing but a capital or an apostrophe is left out.
+    [[nodiscard]] static bool isHabit(const std::string& own, const Verdict& verdict) {
+        if (verdict.capitalOnly) return true;
+        std::string meant = withStraightApostrophes(verdict.suggestion);
+        return meant.size() > own.size() && std::erase(meant, '\'') > 0 && meant == own;
+    }
+
     void report(const Suspect& suspect) {
         const text::Word& word = m_view.words[suspect.word];
         const Verdict& verdict = suspect.verdict;
@@ -283,7 +291,8 @@ private:
                 ? "is a name and begins with a capital: “" + verdict.suggestion + "”"
             : verdict.suggestion.empty() ? "is in no dictionary"
                                          : "is misspelt; “" + verdict.suggestion + "” may be meant";
-        m_slips.add(verdict.sure ? kSure : kUnsure, word.offset, word.length, says);
+        const bool sure = verdict.sure && !(m_casual && isHabit(lower(suspect.word), verdict));
+        m_slips.add(sure ? kSure : kUnsure, word.offset, word.length, says);
     }
 
     const Verdict& verdictOn(std::size_t index, Shape shape, const SpellingBooks& books,
@@ -705,6 +714,7 @@ private:
     std::unordered_map<std::string, Verdict> m_verdicts;
     bool m_technical = false;
     bool m_hasSharpS = false;
+    bool m_casual = false;
     std::size_t m_looked = 0;
     std::size_t m_suggested = 0;
     std::size_t m_nearest = 0;

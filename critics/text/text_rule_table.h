@@ -48,7 +48,7 @@ struct RulesFor<WorkKind::text> {
             "closed brackets and quotes",
             Unit::word,
             "chosen: an interval has at most 24 bytes between its brackets; low in a manual, which "
-            "quotes single marks"},
+            "quotes single marks, and for a quote in a text of one sentence"},
         Rule{"text.repeated_sentence",
              {Severity::medium, Severity::low},
              "repeated passages",
@@ -91,7 +91,8 @@ struct RulesFor<WorkKind::text> {
              {Severity::medium, Severity::low},
              "capital letters",
              Unit::sentence,
-             "chosen: from 5 words on; shorter notes begin as they like"},
+             "chosen: from 5 words on; shorter notes begin as they like; low in a casual note, "
+             "which has no full stop"},
         Rule{"text.confused_word",
              {Severity::medium, Severity::low},
              "words taken for others",

@@ -261,7 +261,7 @@ void checkTooThen(const EnglishSentence& s, std::size_t i, GrammarReport& report
                  "doesnt",  "didnt",    "isnt",   "arent", "wasnt",  "werent", "wouldnt",
                  "couldnt", "shouldnt", "havent", "hasnt", "thats",  "whats"}) &&
         !s.allUpper(i) && s.has(next, kFunction | kBase | kIng | kAdjective)) {
-        report.add(kConfused, s, i, i, "lacks its apostrophe");
+        report.add(report.forHabit(kConfused), s, i, i, "lacks its apostrophe");
     }
 }
 
@@ -306,7 +306,7 @@ void checkSmallI(const EnglishSentence& s, std::size_t i, GrammarReport& report)
                       "always",   "just", "did",  "found", "guess",  "still"}) ||
          (s.has(i + 1, verbs) && !s.has(i + 1, kAdjective)));
     if (!short_ && !pronoun) return;
-    report.add(kConfused, s, i, i, "is written with a capital: “I”");
+    report.add(report.forHabit(kConfused), s, i, i, "is written with a capital: “I”");
 }
 
 using Turns = std::unordered_map<std::string_view, std::vector<const Turn*>>;

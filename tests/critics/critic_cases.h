@@ -31,6 +31,16 @@ inline std::vector<std::string> rulesOf(const std::vector<Finding>& findings) {
     return rules;
 }
 
+/// Of the findings of `rule`, in their order.
+inline std::vector<Severity> severitiesOf(const std::vector<Finding>& findings,
+                                          std::string_view rule) {
+    std::vector<Severity> severities;
+    for (const Finding& finding : findings) {
+        if (finding.rule == rule) severities.push_back(finding.severity);
+    }
+    return severities;
+}
+
 inline Part textPart(std::string text, std::string name = "work.txt",
                      std::string mimeType = "text/plain") {
     Part part;

@@ -229,6 +229,75 @@ TEST(DocumentCritic, ALevelThatIsNowhereIsPassedOverByChoice) {
     EXPECT_EQ(severities("# One" + text + "#### Z" + text + rows), std::vector{Severity::medium});
 }
 
+namespace {
+
+/// So many words of sound prose, in paragraphs that differ.
+std::string proseOf(std::size_t words) {
+    std::string prose;
+    for (std::size_t i = 0; i < words; i += 10) {
+        prose +=
+            "The garden of house " + std::to_string(i) + " lies by the river and is green.\n\n";
+    }
+    return prose;
+}
+
+} // namespace
+
+TEST(DocumentCritic, ALevelThatIsMissingWeighsLowInAPage) {
+    const auto severities = [](const std::string& document) {
+        return severitiesOf(critiqueDocument(textPart(document)).findings,
+                            "document.heading_order");
+    };
+    const std::string text = "\n\nSome text stands here.\n\n";
+    const std::string one = "# One" + text + "### Three" + text + "## Two" + text;
+    EXPECT_EQ(severities(one), std::vector{Severity::medium});
+    EXPECT_EQ(severities(one + proseOf(100)), std::vector{Severity::low});
+    const std::string two = one + "#### Four" + text;
+    EXPECT_EQ(severities(two + proseOf(150)), (std::vector{Severity::medium, Severity::medium}));
+    EXPECT_EQ(severities(two + proseOf(300)), (std::vector{Severity::low, Severity::low}));
+}
+
+TEST(DocumentCritic, DeadAnchorsThatAreFewForTheTextWeighLow) {
+    const auto severities = [](const std::string& document) {
+        return severitiesOf(critiqueDocument(textPart(document)).findings,
+                            "document.broken_anchor");
+    };
+    const std::string head = "# The title\n\n## Usage notes\n\n";
+    const std::string capitals = head + "See [how](#Usage-Notes) it works.\n\n";
+    EXPECT_EQ(severities(capitals), std::vector{Severity::medium});
+    EXPECT_EQ(severities(capitals + proseOf(100)), std::vector{Severity::low});
+    const std::string nowhere = head + "See [where](#the-cellar) it is.\n\n";
+    EXPECT_EQ(severities(nowhere + proseOf(400)), std::vector{Severity::medium});
+    EXPECT_EQ(severities(nowhere + proseOf(1'000)), std::vector{Severity::low});
+    const std::string both = capitals + nowhere.substr(head.size());
+    EXPECT_EQ(severities(both + proseOf(400)), (std::vector{Severity::low, Severity::medium}));
+    const std::string more = nowhere + "And [when](#the-attic) it was.\n\n";
+    EXPECT_EQ(severities(more + proseOf(1'200)), (std::vector{Severity::medium, Severity::medium}));
+}
+
+TEST(DocumentCritic, AHeadingMayStandForItsSection) {
+    const std::string text = "\n\nSome text stands here.\n\n";
+    expectRules(
+        {{"a group of names in code",
+          "# One" + text + "## Core calls\n\n## `walk(far)`" + text + "## `rest()`" + text,
+          {}},
+         {"one name in code",
+          "# One" + text + "## Core calls\n\n## `walk(far)`" + text + "## How to rest" + text,
+          {"document.empty_section"}},
+         {"a name and its like in code",
+          "# One" + text + "## Width\n\n## width" + text,
+          {"document.duplicate_heading"}},
+         {"a licence by its name", "# One" + text + "## BSD Licensed\n", {}},
+         {"a licence without one", "# One" + text + "## The license\n", {"document.empty_section"}},
+         {"a sentence",
+          "# One" + text + "## Read and write all of the old books.\n\n## Two" + text,
+          {}},
+         {"a name with a full stop",
+          "# One" + text + "## Rooms etc.\n\n## Two" + text,
+          {"document.empty_section"}}},
+        critiqueDocument);
+}
+
 TEST(DocumentCritic, Links) {
     const std::string head = "# The title\n\n## Usage notes\n\n";
     expectRules(

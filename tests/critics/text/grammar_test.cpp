@@ -207,6 +207,30 @@ TEST(Capitals, BeginASentence) {
                  "iPhones are what they use for all of this."});
 }
 
+TEST(Habits, OfCasualNotesWeighLow) {
+    const std::vector<std::pair<std::string, std::string>> notes = {
+        {"text.capital", "when will they open the doors of the hall"},
+        {"text.confused_word", "Tell them that i was at the station"},
+        {"text.confused_word", "They say the doors dont open before noon"}};
+    const auto severities = [](const std::string& text, std::string_view rule) {
+        return severitiesOf(critiqueText(textPart(text)).findings, rule);
+    };
+    for (const auto& [rule, note] : notes) {
+        for (const char* end : {"?", "!", " ..."}) {
+            EXPECT_EQ(severities(note + end, rule), std::vector{Severity::low}) << note << end;
+        }
+        // Who sets full stops writes sentences.
+        for (const char* end : {".", ".)", ". See you there"}) {
+            EXPECT_EQ(severities(note + end, rule), std::vector{Severity::medium}) << note << end;
+        }
+    }
+    EXPECT_EQ(severities("Tell them that i was at the station", "text.confused_word"),
+              std::vector{Severity::low});
+    // A word for another is no habit.
+    EXPECT_EQ(severities("Its a long way from here to the sea", "text.confused_word"),
+              std::vector{Severity::medium});
+}
+
 TEST(Comparison, IsWrong) {
     expectFound("text.comparison",
                 {"This way is more better than the other.", "It was the most easiest of them all.",
@@ -247,7 +271,8 @@ TEST(Usage, IsWrong) {
     expectSound({"On the other hand, it is cheap and near.", "Although it was late, we went out.",
                  "The lot of the poor has not changed.", "It was late, but we went out.",
                  "Since two years ago we live by the sea.",
-                 "He has twenty years of work behind him."});
+                 "He has twenty years of work behind him.",
+                 "The lamps only focus in certain rooms of the house."});
 }
 
 TEST(Usage, WordsThatSoundAlikeInATurnOfPhrase) {

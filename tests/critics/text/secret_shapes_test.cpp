@@ -37,6 +37,17 @@ TEST(SecretShapes, WhatSaysItsNameAgainIsNone) {
     EXPECT_FALSE(findSecrets("RENEWAL_PASSPHRASE: \"correcthorsebattery\"").empty());
 }
 
+TEST(SecretShapes, WhatHandsStrikeOnTheKeysIsNone) {
+    EXPECT_TRUE(findSecrets("token: w8ej3f7weh3f7wjd92h3f7wsk\n").empty());
+    EXPECT_FALSE(findSecrets("token: w8ej3f7weh2k6wjd92m4p5wsk\n").empty());
+}
+
+TEST(SecretShapes, APasswordThatAllKnowIsNone) {
+    EXPECT_TRUE(findSecrets("password = \"hunter2\"").empty());
+    EXPECT_TRUE(findSecrets("password = \"correct horse battery staple\"").empty());
+    EXPECT_FALSE(findSecrets("password = \"hunter2r7q\"").empty());
+}
+
 TEST(SecretShapes, IssuedOneIsShownAlone) {
     const std::string text = "use " + kToken + ".";
     const auto found = findSecrets(text);

@@ -75,6 +75,14 @@ TEST(Spelling, SwitzerlandWritesNoSharpS) {
     EXPECT_NE(mixed.findings.back().detail.find("“Grüßen”"), std::string::npos);
 }
 
+TEST(Spelling, ACapitalThatACasualNoteLeavesOutIsLow) {
+    const std::string note = "The report is not here on monday";
+    EXPECT_EQ(misspeltIn(note + "?", true), Words());
+    EXPECT_EQ(misspeltIn(note + "?"), Words{"monday"});
+    EXPECT_EQ(misspeltIn(note + ".", true), Words{"monday"});
+    EXPECT_EQ(misspeltIn("The reprot is not here", true), Words{"reprot"});
+}
+
 TEST(Spelling, WithoutASuggestionItIsLow) {
     const Finding finding = onlyFinding(
         critiqueText(textPart("Please send the xqwzvy to all of our customers."), smallTools())

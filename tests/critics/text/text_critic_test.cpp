@@ -217,6 +217,35 @@ TEST(TextCritic, DoubledWordsThatAreFewInALongTextWeighLow) {
     EXPECT_EQ(severities(220, two), (std::vector{Severity::low, Severity::low}));
 }
 
+TEST(TextCritic, AVerbAndItsNounMayBeWrittenAlike) {
+    const auto severities = [](const std::string& text) {
+        return severitiesOf(critiqueText(textPart(text)).findings, "text.doubled_word");
+    };
+    EXPECT_EQ(severities("They met again to change change requests."), std::vector{Severity::low});
+    EXPECT_EQ(severities("They met again and change change requests."),
+              std::vector{Severity::medium});
+    EXPECT_EQ(severities("They met again to change change the plan."),
+              std::vector{Severity::medium});
+    EXPECT_EQ(severities("They met again to go go shopping."), std::vector{Severity::medium});
+}
+
+TEST(TextCritic, OneSentenceMayBeOfALongerSpeech) {
+    const auto severities = [](const std::string& text) {
+        return severitiesOf(critiqueText(textPart(text)).findings, "text.unclosed_pair");
+    };
+    for (const std::string sentence :
+         {"\"The hall was full long before noon.", "The hall was full before noon,\" he said.",
+          "He wrote: “The hall was full before noon.", "The hall was full long before noon.)"}) {
+        EXPECT_EQ(severities(sentence), std::vector{Severity::low}) << sentence;
+        EXPECT_EQ(severities("It rained. We left early. " + sentence),
+                  std::vector{Severity::medium})
+            << sentence;
+    }
+    // What is opened in brackets is short.
+    EXPECT_EQ(severities("The hall (in the town was full."), std::vector{Severity::medium});
+    EXPECT_EQ(severities("The hall in the town) was full."), std::vector{Severity::medium});
+}
+
 TEST(TextCritic, LinesOfCodeAreNoProse) {
     for (const std::string code :
          {"To build it:\n\n  $ make the the (all\n\nThen wait.",

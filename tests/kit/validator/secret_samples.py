@@ -372,6 +372,9 @@ RENEWAL_PASSPHRASE: "renewalPassphrase"
 db_admin_password = "db-admin-password"
 password: "secret"
 PASSWORD=changeme123
+ARCHIVE_PASSPHRASE=hunter2 make archive
+password: "correct-horse-battery-staple"
+token: w8ej3f7weh3f7wjd92h3f7wsk
 api_key: insert-your-api-key-here
 "token": "test-token-1"
 secret: "dummy_secret_2"

@@ -75,6 +75,8 @@ class _Shapes:
             return False
         if "left" in check and self._left(value) < check["left"]:
             return False
+        if "run" in check and _comes_twice(value, check["run"]):
+            return False
         return not any(self.refuses(name, value) for name in check.get("refuse", ()))
 
     def _left(self, value):
@@ -202,6 +204,12 @@ def _in_characters(data: bytes, spans):
         at = end
         found.append(Secret(first, characters, kind))
     return found
+
+
+def _comes_twice(value: bytes, run: int):
+    """Whether so many bytes in a row come again, as in what a hand strikes on the keys."""
+    runs = [value[at:at + run] for at in range(len(value) - run + 1)]
+    return len(set(runs)) < len(runs)
 
 
 def _repeats(before: bytes, value: bytes):
