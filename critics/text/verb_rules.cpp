@@ -146,7 +146,15 @@ void checkPerfect(const EnglishSentence& s, std::size_t i, GrammarReport& report
         return;
     }
     const bool bare = s.has(at, kPureBase) && !s.is(at, {"become", "come", "overcome", "get"});
-    if (bare) say(s, i, at, "needs the participle behind “have”", report);
+    // "The tools that they have include": the verb of the clause around.
+    const bool ofThing = i > 2 && s.word(i - 2) == "that" &&
+                         s.has(i - 3, kSingular | kPlural | kMass | kOpenSingular | kOpenPlural);
+    if (!bare || ofThing || endsClauseOfNoun(s, i)) return;
+    // Of what no list has, only behind what "have" surely belongs to.
+    const bool belongs = !s.has(i, kBase) || s.has(i - 1, kModal) ||
+                         s.is(i - 1, {"i", "you", "we", "they", "who", "to"});
+    if (!belongs && s.has(at, kOpenVerb)) return;
+    say(s, i, at, "needs the participle behind “have”", report);
 }
 
 void checkTo(const EnglishSentence& s, std::size_t i, GrammarReport& report) {

@@ -114,6 +114,8 @@ TEST(VerbForms, AreWrong) {
 
 TEST(VerbForms, AreRight) {
     expectSound({"She can go home when the work is done.",
+                 "The tools that they have include a rake.",
+                 "The rights you have depend on it.",
                  "The will has been read to all of us.",
                  "All we can do is wait and see.",
                  "The best I could do was to call them.",

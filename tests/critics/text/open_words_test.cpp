@@ -88,6 +88,7 @@ TEST(OpenWords, AgreeWithWhatStandsBesideThem) {
     expect("text.number", "Many zoologist circulate the letter before noon.");
     expect("text.verb_form", "The letter has been circulate in the house.");
     expect("text.verb_form", "He can circulates the letter before noon.");
+    expect("text.verb_form", "They have circulate the letter before noon.");
     for (const std::string text :
          {"The internet has changed the way we live and work.",
           "The zoologists were at the station before us.",
@@ -98,6 +99,8 @@ TEST(OpenWords, AgreeWithWhatStandsBesideThem) {
           "Seven percent of the people are here.", "The letter is ready for merge in the spring.",
           "Zoologists is a book about the people of the house.",
           "The work of the zoologists is over at noon.",
+          "The letters that people of the house have circulate before noon.",
+          "The letters they have circulate before noon.",
           "In the Internet Archive have been found two copies of it."}) {
         EXPECT_EQ(grammarOf(text, tools), std::vector<std::string>()) << text;
     }
