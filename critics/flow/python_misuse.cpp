@@ -181,6 +181,12 @@ private:
         return false;
     }
 
+    /// The name that an expression of names and dots begins with.
+    [[nodiscard]] std::string_view rootOf(Index node) const {
+        while (m_tree.is(node, "attribute")) node = m_tree.child(node, "object");
+        return node == kNone ? std::string_view() : textOf(node);
+    }
+
     /// The function around it; kNone outside of any.
     [[nodiscard]] Index functionAround(Index node) const {
         constexpr int kLevels = 60;
@@ -205,7 +211,10 @@ private:
         parsers(node, arguments, whole, last);
         passwords(arguments, last);
         shells(node, arguments, whole, last);
-        if (text::isOneOf(whole, kGone) && !isConditional(node)) add(Kind::goneFunction, node);
+        if (text::isOneOf(whole, kGone) && !isConditional(node) &&
+            !m_chosen.contains(rootOf(function))) {
+            add(Kind::goneFunction, node);
+        }
         if (whole == "ssl.wrap_socket" && option(arguments, "cert_reqs") == kNone) {
             add(Kind::unverifiedPeer, node);
         }
@@ -435,10 +444,24 @@ private:
 
     // ---- what is compared and shown ----
 
-    /// Names that hold the result of a keyed hash, and those of constants.
+    /// The names that an import takes in where a condition or a failure asks for it.
+    void collectChosen(Index import) {
+        if (!isConditional(import)) return;
+        for (Index at = m_tree.firstChild(import); at != kNone; at = m_tree.nextSibling(at)) {
+            if (m_tree[at].field != "name") continue;
+            const Index alias = m_tree.child(at, "alias");
+            m_chosen.insert(textOf(alias == kNone ? at : alias));
+        }
+    }
+
+    /// Names that hold the result of a keyed hash, those of constants, and those of which there may
+    /// be another.
     void collectNames() {
         std::unordered_set<std::string_view> others;
         for (Index i = 0; i < m_tree.nodes.size(); ++i) {
+            if (m_tree.is(i, "import_statement") || m_tree.is(i, "import_from_statement")) {
+                collectChosen(i);
+            }
             const bool parameter =
                 m_tree.is(i, "identifier") && m_tree.is(m_tree[i].parent, "parameters");
             if (parameter) others.insert(textOf(i));
@@ -631,6 +654,7 @@ private:
     bool m_verifies = false;
     std::unordered_set<std::string_view> m_digests;
     std::unordered_set<std::string_view> m_constants;
+    std::unordered_set<std::string_view> m_chosen;
     std::vector<Misuse> m_found;
 };
 

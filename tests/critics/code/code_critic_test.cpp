@@ -364,12 +364,28 @@ TEST(CodeCritic, WhatIsDroppedOrShutOffInSoManyWordsIsLow) {
     EXPECT_EQ(severityOf("if (false) { f(); }\n", "a.js", "code.dead_code"), Severity::medium);
     EXPECT_EQ(severityOf("def f():\n    raise E\n    return None\n", "a.py", "code.dead_code"),
               Severity::low);
+    EXPECT_EQ(severityOf("def f():\n    raise E\n    return False\n", "a.py", "code.dead_code"),
+              Severity::low);
+    EXPECT_EQ(
+        severityOf("def f():\n    raise E\n    return False or g()\n", "a.py", "code.dead_code"),
+        Severity::medium);
     EXPECT_EQ(severityOf("def f():\n    raise E\n    return g()\n", "a.py", "code.dead_code"),
               Severity::medium);
     EXPECT_EQ(
         severityOf("try:\n    f()\nexcept Exception:\n    pass\n", "a.py", "code.swallowed_error"),
         Severity::low);
     EXPECT_EQ(severityOf("try:\n    f()\nexcept:\n    pass\n", "a.py", "code.swallowed_error"),
+              Severity::medium);
+    EXPECT_EQ(severityOf("def f():\n    try:\n        g()\n    except OSError:\n        try:\n"
+                         "            tell()\n        except:\n            pass\n",
+                         "a.py", "code.swallowed_error"),
+              Severity::low)
+        << "another failure is being told";
+    EXPECT_EQ(severityOf("try:\n    a = f()\nexcept:\n    pass\nelse:\n    g(a)\n", "a.py",
+                         "code.swallowed_error"),
+              Severity::low);
+    EXPECT_EQ(severityOf("try:\n    a = f()\nexcept:\n    pass\nif a:\n    g(a)\n", "a.py",
+                         "code.swallowed_error"),
               Severity::medium);
     EXPECT_EQ(severityOf("x = eval(text, self.names)\n", "a.py", "code.runs_text"), Severity::low);
     EXPECT_EQ(severityOf("x = eval(text, globals())\n", "a.py", "code.runs_text"), Severity::high);
@@ -410,6 +426,7 @@ TEST(CodeCritic, SwallowedErrors) {
          {"except Exception", "try:\n    f()\nexcept Exception as e:\n    pass\n", swallowed,
           "a.py"},
          {"narrow", "try:\n    f()\nexcept KeyError:\n    pass\n", {}, "a.py"},
+         {"an end", "try:\n    f.flush()\nexcept:\n    pass\n", {}, "a.py"},
          {"said why above",
           "# Some have no colours.\ntry:\n    f()\nexcept:\n    pass\n",
           {},

@@ -148,6 +148,10 @@ TEST(PythonMisuse, Loops) {
         {"for i in len(items):\n    print(i)\n", {Kind::loopOverNumber}},
         {"import time\nstart = time.clock()\n", {Kind::goneFunction}},
         {"import time\ntry:\n    start = time.clock()\nexcept AttributeError:\n    pass\n", {}},
+        {"from string import maketrans\nmaketrans('a', 'b')\n", {Kind::goneFunction}},
+        {"try:\n    from string import maketrans\nexcept ImportError:\n"
+         "    maketrans = str.maketrans\nmaketrans('a', 'b')\n",
+         {}},
     });
 }
 
