@@ -49,6 +49,12 @@ std::vector<PythonOpener> pythonOpenersAround(std::string_view text, std::size_t
 
 bool isInPythonTest(std::string_view text, std::size_t place, std::string_view name) {
     if (namesTest(name)) return true;
+    const std::vector<PythonOpener> around = pythonOpenersAround(text, place);
+    const auto isIn = [&](const auto& opens) {
+        return std::ranges::any_of(around,
+                                   [&](const PythonOpener& opener) { return opens(opener.line); });
+    };
+    if (isIn([](std::string_view line) { return line.starts_with("def _test("); })) return true;
     const std::string_view begin = text.substr(0, kMostOfPython);
     if (begin.find("import pytest") == std::string_view::npos &&
         begin.find("from pytest") == std::string_view::npos &&
@@ -57,8 +63,7 @@ bool isInPythonTest(std::string_view text, std::size_t place, std::string_view n
         begin.find("import TestCase") == std::string_view::npos) {
         return false;
     }
-    return std::ranges::any_of(pythonOpenersAround(text, place),
-                               [](const PythonOpener& opener) { return opensTest(opener.line); });
+    return isIn(opensTest);
 }
 
 } // namespace trevix

@@ -59,6 +59,8 @@ TEST(PythonTests, AreToldByTheFunctionOfAFileThatTakesInWhatRunsThem) {
     EXPECT_TRUE(inTest("import pytest\n\ndef test_f():\n    if x:\n        HERE\n"));
     EXPECT_TRUE(inTest("import unittest\nclass A(unittest.TestCase):\n  def f(self):\n    HERE\n"));
     EXPECT_TRUE(inTest("from django.test import TestCase\nclass A(TestCase):\n    HERE\n"));
+    EXPECT_TRUE(inTest("def f():\n    pass\n\ndef _test():\n    HERE\n")) << "a module's own";
+    EXPECT_FALSE(inTest("def _test_of(x):\n    HERE\n"));
     EXPECT_FALSE(inTest("def test_f():\n    HERE\n")) << "a function that tests something";
     EXPECT_FALSE(inTest("import pytest\ndef test_f():\n    pass\n\ndef f():\n    HERE\n"));
 }
