@@ -38,7 +38,10 @@ std::vector<PythonOpener> pythonOpenersAround(std::string_view text, std::size_t
         std::string_view words = text::trimmed(whole);
         if (words.starts_with("async ")) words.remove_prefix(6);
         const std::size_t margin = std::min(whole.find_first_not_of(" \t"), whole.size());
-        if (!words.empty() && !words.starts_with('#') &&
+        // A bracket that closes ends what a line above has begun: "def f(", "a", "):".
+        const bool ends =
+            words.starts_with(')') || words.starts_with(']') || words.starts_with('}');
+        if (!words.empty() && !words.starts_with('#') && (!ends || openers.empty()) &&
             (openers.empty() || margin < openers.back().margin)) {
             openers.push_back({words, line, margin});
         }

@@ -30,6 +30,13 @@ TEST(PythonOpeners, StandInnermostFirst) {
     EXPECT_THAT(openers("", "x"), IsEmpty());
 }
 
+TEST(PythonOpeners, BeginWhereTheirBracketsOpen) {
+    EXPECT_THAT(openers("def f(\n    a,\n) -> int:\n    HERE\n", "HERE"),
+                ElementsAre("HERE", "def f("));
+    EXPECT_THAT(openers("def f():\n    if (\n        a\n    ):\n        HERE\n", "HERE"),
+                ElementsAre("HERE", "if (", "def f():"));
+}
+
 TEST(PythonOpeners, TellTheirPlace) {
     const std::string_view text = "x = 1\ndef f():\n\tx = 2\n";
     const auto openers = pythonOpenersAround(text, text.find("x = 2"));
