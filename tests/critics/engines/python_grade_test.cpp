@@ -286,6 +286,38 @@ TEST(TemporaryNames, WhereNothingBetterIsThereWeighLittle) {
               Severity::medium);
 }
 
+TEST(TemporaryNames, InAFolderOfTheProgramsOwnWeighLittle) {
+    EXPECT_EQ(bandit("B306", "path = tempfile.mktemp(dir=folder)\n", "path"), Severity::low);
+    EXPECT_EQ(bandit("B306", "path = mktemp('.py', 'a', folder)\n", "path"), Severity::low);
+    EXPECT_EQ(bandit("B306", "path = mktemp('.py', 'a')\n", "path"), Severity::medium);
+    EXPECT_EQ(bandit("B306", "path = str(place) + tempfile.mktemp('', '', '')\n", "path"),
+              Severity::low)
+        << "a name beside it";
+    EXPECT_EQ(bandit("B306", "path = mktemp(prefix=r'\\\\.\\pipe\\a-')\n", "path"), Severity::low)
+        << "no file, and nobody can put a link there";
+    EXPECT_EQ(bandit("B306", "path = mktemp(dir='/tmp')\n", "path"), Severity::medium);
+}
+
+TEST(Parsers, OfADocumentThatTheCallerHandsInWeighLittle) {
+    EXPECT_EQ(bandit("B314",
+                     "def read(stream, names):\n    for each in parse(stream, names):\n"
+                     "        pass\n",
+                     "for each"),
+              Severity::low);
+    EXPECT_EQ(ruff("S314", "def read(\n    self,\n    stream: IO,\n):\n    t = ET.parse(stream)\n",
+                   "ET."),
+              Severity::low);
+    EXPECT_EQ(bandit("B318", "doc = minidom.parseString(text, parser)\n", "doc"), Severity::low)
+        << "what its parser does is told where it is made";
+    EXPECT_EQ(
+        bandit("B314", "def read(path):\n    text = load(path)\n    t = ET.parse(text)\n", "t = "),
+        Severity::medium);
+    EXPECT_EQ(bandit("B314", "t = ET.parse('parcels.xml')\n", "t = "), Severity::medium);
+    EXPECT_EQ(bandit("B320", "def read(stream):\n    t = lxml.etree.parse(stream)\n", "t = "),
+              Severity::medium)
+        << "that one opens what the document names";
+}
+
 TEST(OldProtocols, TakenInWhereAConditionAsksForThemWeighLittle) {
     EXPECT_EQ(bandit("B411", "import xmlrpclib\n", "import", "high"), Severity::high);
     EXPECT_EQ(bandit("B411",
