@@ -136,10 +136,12 @@ bool isOfPython2(const ForeignSubject& subject, std::string_view name,
 
 /// Whether the module takes the name away, once it is loaded and what asks for it was called.
 bool isTakenAway(const ForeignSubject& subject, std::string_view name) {
-    constexpr std::string_view kDelete = "\ndel ";
+    constexpr std::string_view kDelete = "del ";
     const std::string_view text = subject.text.substr(0, kMostOfPython);
     for (std::size_t at = text.find(kDelete); at != std::string_view::npos;
          at = text.find(kDelete, at + 1)) {
+        const std::size_t before = text.substr(0, at).find_last_not_of(" \t");
+        if (before == std::string_view::npos || text[before] != '\n') continue;
         const std::string_view rest = text.substr(at + kDelete.size());
         if (findWord(rest.substr(0, rest.find('\n')), name) != std::string_view::npos) return true;
     }
@@ -148,8 +150,9 @@ bool isTakenAway(const ForeignSubject& subject, std::string_view name) {
 
 /// Whether the file gives itself names that no line of it declares.
 bool makesNames(const ForeignSubject& subject) {
-    return containsAnyOf(subject.text.substr(0, kMostOfPython),
-                         {"globals().update(", "globals()[", "vars().update(", "vars()["});
+    return containsAnyOf(
+        subject.text.substr(0, kMostOfPython),
+        {"globals().update(", "globals()[", "vars().update(", "vars()[", "._convert_("});
 }
 
 /// Whether the line asks checkers not to look for such names.
@@ -276,7 +279,10 @@ bool standsForNone(const ForeignSubject& subject) {
 
 /// Whether anything in the file may listen at an address.
 bool isListenedAt(const ForeignSubject& subject) {
-    return !isCompared(subject) && !standsForNone(subject) &&
+    const std::string_view before = lineBefore(subject);
+    const bool value = before.ends_with("Address(") || before.ends_with("Network(") ||
+                       before.ends_with("ip_address(") || before.ends_with("ip_network(");
+    return !value && !isCompared(subject) && !standsForNone(subject) &&
            containsAnyOf(
                subject.text.substr(0, kMostOfPython),
                {"bind", "listen", "run(", "serve", "Server", "host", "HOST", "interface"});
@@ -361,6 +367,26 @@ bool isChecksum(const ForeignSubject& subject) {
 bool isFiltered(const ForeignSubject& subject) {
     const std::string_view arguments = argumentsOf(subject);
     return contains(arguments, "filter=") && !contains(arguments, "fully_trusted");
+}
+
+/// Whether the function around looks at what is in the archive before it unpacks that.
+bool looksInside(const ForeignSubject& subject) {
+    for (const PythonOpener& opener : pythonOpenersAround(subject.text, subject.place())) {
+        if (!opener.line.starts_with("def ")) continue;
+        return containsAnyOf(subject.text.substr(opener.offset, subject.place() - opener.offset),
+                             {".getmembers()", ".getnames()", ".namelist()", ".infolist()"});
+    }
+    return false;
+}
+
+/// "Popen(words, shell=shell)": whoever calls chose it.
+bool isShellChosen(const ForeignSubject& subject) {
+    const std::string_view arguments = argumentsOf(subject);
+    constexpr std::string_view kShell = "shell=";
+    const std::size_t at = findWord(arguments, "shell");
+    if (at == std::string_view::npos || !arguments.substr(at).starts_with(kShell)) return false;
+    const std::string_view given = arguments.substr(at + kShell.size());
+    return !given.empty() && ((given[0] >= 'a' && given[0] <= 'z') || given[0] == '_');
 }
 
 /// "yaml.load(text, SafeLoader)", by whatever name the file takes such a loader in, or derives one;
@@ -480,7 +506,8 @@ bool isHarmless(std::string_view number, const ForeignSubject& subject) {
     if (number == "103") return letsNobodyElseWrite(subject);
     if (number == "104") return !isListenedAt(subject);
     if (number == "108") return isCompared(subject) || isFolderAlone(subject);
-    if (number == "202") return isFiltered(subject);
+    if (number == "202") return isFiltered(subject) || looksInside(subject);
+    if (number == "602" || number == "604") return isShellChosen(subject);
     if (number == "303" || number == "324") {
         return isEntryOfTable(subject) || isUnhurtByCollisions(subject) || isChecksum(subject) ||
                followsStandard(subject);
@@ -518,6 +545,8 @@ std::optional<Severity> gradeOfRuff(const ForeignFault& fault, const ForeignSubj
     constexpr std::array<std::string_view, 7> kHints = {"S105", "S106", "S107", "S110",
                                                         "S112", "S310", "S311"};
     if (fault.code.starts_with('S') && isHarmless(fault.code.substr(1), subject)) return kLow;
+    // What the base's gives back is nothing.
+    if (fault.code == "PLE0101" && contains(lineOf(subject), ").__init__(")) return kLow;
     if (fault.code == "F507" && isGivenAllNames(subject)) return kLow;
     // What is called may be all that is meant.
     if (fault.code == "B015" && contains(lineFrom(subject), "(")) return kLow;

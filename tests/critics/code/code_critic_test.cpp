@@ -402,6 +402,10 @@ TEST(CodeCritic, WhatIsDroppedOrShutOffInSoManyWordsIsLow) {
     EXPECT_EQ(
         severityOf("command = 'make all'\nrun(command, shell=True)\n", "a.py", "code.runs_text"),
         Severity::low);
+    EXPECT_TRUE(critiqueCode(textPart("def run_line(self, words, *, shell=True):\n    return 1\n",
+                                      "a.py", "text/x-code"))
+                    .findings.empty())
+        << "a parameter runs nothing";
     EXPECT_EQ(severityOf("command = input()\nrun(command, shell=True)\n", "a.py", "code.runs_text"),
               Severity::high);
     EXPECT_TRUE(critiqueCode(textPart("try:\n    f.close()\nexcept Exception:\n    pass\n", "a.py",

@@ -83,6 +83,19 @@ TEST(UndeclaredName, ThatIsTakenAwayWhenItHasBeenUsedWeighsLittle) {
     EXPECT_EQ(ruff("F821", "def f():\n    return day\ndel days\n", "day\n"), Severity::high);
 }
 
+TEST(UndeclaredName, OfAFunctionThatTakesItAwayWeighsLittle) {
+    EXPECT_EQ(ruff("F821",
+                   "def f():\n    def g(n):\n        return g(n - 1)\n    g(2)\n    del a, g\n",
+                   "g(n - 1)"),
+              Severity::low);
+}
+
+TEST(UndeclaredName, OfAnEnumerationThatIsMadeOfOthersWeighsLittle) {
+    EXPECT_EQ(
+        ruff("F821", "IntEnum._convert_('Kind', __name__, chosen)\nkind = Kind.a\n", "Kind.a"),
+        Severity::low);
+}
+
 TEST(UselessComparison, ThatCallsSomethingMayBeMeant) {
     EXPECT_EQ(ruff("B015", "total == 1\n", "total"), Severity::medium);
     EXPECT_EQ(ruff("B015", "Color.parse(word) is None\n", "Color"), Severity::low);
@@ -146,6 +159,8 @@ TEST(AddressOfAll, WeighsWhereSomethingListensThere) {
     EXPECT_EQ(ruff("S104", "app.run(host='0.0.0.0')\n", "'0.0"), Severity::medium);
     EXPECT_EQ(ruff("S104", "HOST = '0.0.0.0'\n", "'0.0"), Severity::medium);
     EXPECT_EQ(ruff("S104", "self.name = ('0.0.0.0', 0)\n", "'0.0"), Severity::low);
+    EXPECT_EQ(ruff("S104", "host = IPv4Address('0.0.0.0')\n", "'0.0"), Severity::low)
+        << "a value that nothing listens at";
     EXPECT_EQ(ruff("S104", "if host == '0.0.0.0':\n", "'0.0"), Severity::low);
     EXPECT_EQ(ruff("S104", "if host in {'::', '0.0.0.0'}:\n", "'0.0"), Severity::low);
     EXPECT_EQ(ruff("S104", "UDP = '0.0.0.0'\ns.bind((UDP, 80))\n", "'0.0"), Severity::medium);
@@ -316,6 +331,33 @@ TEST(Parsers, OfADocumentThatTheCallerHandsInWeighLittle) {
     EXPECT_EQ(bandit("B320", "def read(stream):\n    t = lxml.etree.parse(stream)\n", "t = "),
               Severity::medium)
         << "that one opens what the document names";
+}
+
+TEST(Shells, ThatTheCallerMayAskForWeighLittle) {
+    EXPECT_EQ(bandit("B602", "Popen(\n    words,\n    shell=shell,\n)\n", "Popen", "high"),
+              Severity::low);
+    EXPECT_EQ(ruff("S602", "run(words, shell=self.shell)\n", "run"), Severity::low);
+    EXPECT_EQ(bandit("B602", "Popen(words, shell=True)\n", "Popen", "high"), Severity::high);
+    EXPECT_EQ(bandit("B602", "Popen(words, shell=1)\n", "Popen", "high"), Severity::high);
+}
+
+TEST(Archives, WhoseMembersTheFunctionLooksAtWeighLittle) {
+    EXPECT_EQ(ruff("S202",
+                   "def unpack(tar, to):\n    for name in tar.getnames():\n        check(name)\n"
+                   "    tar.extractall(to)\n",
+                   "tar.extractall"),
+              Severity::low);
+    EXPECT_EQ(ruff("S202",
+                   "def names(tar):\n    return tar.getnames()\n\ndef unpack(tar, to):\n"
+                   "    tar.extractall(to)\n",
+                   "tar.extractall"),
+              Severity::medium);
+}
+
+TEST(Constructors, ThatReturnWhatTheirBaseReturnsReturnNothing) {
+    EXPECT_EQ(ruff("PLE0101", "        return super(Shelf, self).__init__()\n", "return"),
+              Severity::low);
+    EXPECT_EQ(ruff("PLE0101", "        return self\n", "return"), Severity::medium);
 }
 
 TEST(OldProtocols, TakenInWhereAConditionAsksForThemWeighLittle) {
