@@ -390,8 +390,9 @@ bool isRemarkedAbove(const CodeView& view, std::size_t i) {
     return false;
 }
 
-/// Whether the `except` at `i` stands where another failure is dealt with already, or has its
-/// `else`, so that what failed is not done: "except: pass" and "else: use(found)".
+/// Whether the `except` at `i` stands where another failure is dealt with already, or what is next
+/// is for one way alone: "else: use(found)" where nothing failed, and what stands behind "try:
+/// return found()" where that did.
 bool dealsWithFailure(const CodeView& view, std::size_t i, std::size_t next) {
     const std::string_view text = view.source.text();
     const std::size_t line = view.lineOf(i);
@@ -401,6 +402,13 @@ bool dealsWithFailure(const CodeView& view, std::size_t i, std::size_t next) {
     if (next < view.code.size() && view.is(next, "else") &&
         marginOf(view.lineOf(next)) == marginOf(line)) {
         return true;
+    }
+    if (next < view.code.size() && marginOf(view.lineOf(next)) == marginOf(line)) {
+        std::size_t last = line;
+        while (last > 0 && text::trimmed(view.source.line(last - 1)).empty()) --last;
+        const std::string_view tried =
+            last > 0 ? text::trimmed(view.source.line(last - 1)) : std::string_view();
+        if (tried == "return" || tried.starts_with("return ")) return true;
     }
     const std::vector<PythonOpener> around = pythonOpenersAround(text, view.code[i].offset);
     for (std::size_t at = 1; at < around.size(); ++at) {

@@ -384,6 +384,18 @@ TEST(CodeCritic, WhatIsDroppedOrShutOffInSoManyWordsIsLow) {
     EXPECT_EQ(severityOf("try:\n    a = f()\nexcept:\n    pass\nelse:\n    g(a)\n", "a.py",
                          "code.swallowed_error"),
               Severity::low);
+    EXPECT_EQ(severityOf("def f():\n    try:\n        return g()\n    except:\n        pass\n"
+                         "    return h()\n",
+                         "a.py", "code.swallowed_error"),
+              Severity::low)
+        << "what follows is for the failure";
+    EXPECT_EQ(severityOf("def f():\n    try:\n        return g()\n    except:\n        pass\n",
+                         "a.py", "code.swallowed_error"),
+              Severity::medium);
+    EXPECT_EQ(severityOf("def f():\n    try:\n        return g()\n    except:\n        pass\n\n"
+                         "def h():\n    pass\n",
+                         "a.py", "code.swallowed_error"),
+              Severity::medium);
     EXPECT_EQ(severityOf("try:\n    a = f()\nexcept:\n    pass\nif a:\n    g(a)\n", "a.py",
                          "code.swallowed_error"),
               Severity::medium);
