@@ -34,6 +34,8 @@ constexpr GradedRule kUnescaped = declared<WorkKind::code>("code.unescaped_page"
 constexpr GradedRule kLax = declared<WorkKind::code>("code.lax_setting");
 constexpr GradedRule kTrace = declared<WorkKind::code>("code.shown_trace");
 constexpr GradedRule kPassword = declared<WorkKind::code>("code.known_password");
+constexpr GradedRule kShown = declared<WorkKind::code>("code.shown_secret");
+constexpr GradedRule kPlain = declared<WorkKind::code>("code.plain_address");
 constexpr GradedRule kParser = declared<WorkKind::code>("code.unsafe_parser");
 constexpr GradedRule kLeaky = declared<WorkKind::code>("code.leaky_comparison");
 constexpr GradedRule kSlow = declared<WorkKind::code>("code.slow_pattern");
@@ -135,6 +137,14 @@ Telling tellingOf(Misuse::Kind kind) {
     case Kind::knownPassword:
         return {kPassword, "has a password that stands in the program, or none",
                 "read it from the environment or from a file"};
+    case Kind::knownKey:
+        return {kPassword, "signs or encrypts with a key that stands in the program",
+                "read it from the environment or from a file"};
+    case Kind::shownPassword:
+        return {kShown, "shows a secret to whoever reads the log or the token", "leave it out"};
+    case Kind::plainLogin:
+        return {kPlain, "sends a password without encryption",
+                "call starttls() before, or use SMTP_SSL"};
     case Kind::unsafeParser:
         return {kParser, "reads a format so that it can open files or run code",
                 "leave entities and objects unresolved"};
@@ -202,7 +212,7 @@ void checkMisuses(const CodeView& view, std::string_view name, const SyntaxTree&
         }
         const Telling telling = tellingOf(misuse.kind);
         const std::string_view shown = view.source.text().substr(misuse.offset, misuse.length);
-        if (misuse.kind == Misuse::Kind::knownPassword) {
+        if (misuse.kind == Misuse::Kind::knownPassword || misuse.kind == Misuse::Kind::knownKey) {
             findings.addWith(telling.rule, misuse.offset, hiddenBehindQuote(shown),
                              std::string(telling.says) + "; " + std::string(telling.step));
             continue;

@@ -2,6 +2,7 @@
 
 #include "critics/code/code_rule_table.h"
 #include "critics/code/code_rules.h"
+#include "critics/code/python_blocks.h"
 #include "text/letters.h"
 #include "text/one_of.h"
 #include "text/unicode.h"
@@ -362,7 +363,7 @@ bool guardsOnlyAnEnd(const CodeView& view, std::size_t i) {
     // "f.close()" is a name, a dot, a name and two brackets, seven with "try:" before it.
     if (i < 7 || !view.is(i - 1, ")") || !view.is(i - 2, "(") || !view.is(i - 4, ".")) return false;
     if (!view.is(i - 3, "close") && !view.is(i - 3, "kill") && !view.is(i - 3, "terminate") &&
-        !view.is(i - 3, "shutdown") && !view.is(i - 3, "unlink")) {
+        !view.is(i - 3, "shutdown") && !view.is(i - 3, "unlink") && !view.is(i - 3, "flush")) {
         return false;
     }
     const std::size_t line = view.lineOf(i - 1);
@@ -386,6 +387,35 @@ bool isRemarkedAbove(const CodeView& view, std::size_t i) {
         if (words.empty() || marginOf(at) > margin) continue;
         return marginOf(at) == margin && words == "try:" &&
                text::trimmed(view.source.line(at - 1)).starts_with('#');
+    }
+    return false;
+}
+
+/// Whether the `except` at `i` stands where another failure is dealt with already, or what is next
+/// is for one way alone: "else: use(found)" where nothing failed, and what stands behind "try:
+/// return found()" where that did.
+bool dealsWithFailure(const CodeView& view, std::size_t i, std::size_t next) {
+    const std::string_view text = view.source.text();
+    const std::size_t line = view.lineOf(i);
+    const auto marginOf = [&](std::size_t at) {
+        return view.source.line(at).find_first_not_of(" \t");
+    };
+    if (next < view.code.size() && view.is(next, "else") &&
+        marginOf(view.lineOf(next)) == marginOf(line)) {
+        return true;
+    }
+    if (next < view.code.size() && marginOf(view.lineOf(next)) == marginOf(line)) {
+        std::size_t last = line;
+        while (last > 0 && text::trimmed(view.source.line(last - 1)).empty()) --last;
+        const std::string_view tried =
+            last > 0 ? text::trimmed(view.source.line(last - 1)) : std::string_view();
+        if (tried == "return" || tried.starts_with("return ")) return true;
+    }
+    const std::vector<PythonOpener> around = pythonOpenersAround(text, view.code[i].offset);
+    for (std::size_t at = 1; at < around.size(); ++at) {
+        const std::string_view opener = around[at].line;
+        if (opener.starts_with("except") || opener.starts_with("finally")) return true;
+        if (opener.starts_with("def ") || opener.starts_with("class ")) break;
     }
     return false;
 }
@@ -416,7 +446,8 @@ void checkPythonExcepts(const CodeView& view, FindingList& findings) {
                                 view.source.lineAt(after->offset) == line);
         if (explained || guardsOnlyAnEnd(view, i) || isRemarkedAbove(view, i)) continue;
         // By its name it lets an interruption through, and was chosen.
-        addLine(view, named ? kLetGo : kSwallowed, i, "drops every error without a word", findings);
+        const bool meant = named || dealsWithFailure(view, i, next);
+        addLine(view, meant ? kLetGo : kSwallowed, i, "drops every error without a word", findings);
     }
 }
 

@@ -65,6 +65,7 @@ struct RulesFor<WorkKind::code> {
         Rule{"code.lax_setting", Severity::medium, "protections left on", Unit::line, ""},
         Rule{"code.shown_trace", Severity::medium, "protections left on", Unit::line, ""},
         Rule{"code.known_password", Severity::medium, "kept secrets", Unit::line, ""},
+        Rule{"code.shown_secret", Severity::medium, "kept secrets", Unit::line, ""},
         Rule{"code.unsafe_parser", Severity::medium, "safe calls", Unit::line, ""},
         Rule{"code.leaky_comparison", Severity::medium, "right comparisons", Unit::line, ""},
         Rule{"code.slow_pattern", Severity::medium, "safe calls", Unit::line, ""},

@@ -413,9 +413,11 @@ void checkUnsafeCalls(const CodeView& view, const std::vector<Flow>& flows,
         if (python && isTold(view, i, flows)) continue;
         if (python && view.is(i, "shell") && view.is(i + 1, "=") && view.is(i + 2, "True")) {
             const std::size_t open = view.parent[i];
+            // What a parameter is without an argument.
+            const std::size_t callee = open == kNoToken ? i : calleeOf(view, open);
+            if (callee > 0 && view.is(callee - 1, "def")) continue;
             const bool meant = open != kNoToken && (isFixed(open) || isFixedCommand(view, open));
-            addCall(view, meant ? kMeantCall : kUnsafeCall,
-                    open == kNoToken ? i : calleeOf(view, open), "hands a command to a shell",
+            addCall(view, meant ? kMeantCall : kUnsafeCall, callee, "hands a command to a shell",
                     findings);
         }
         // A command in quotes is no text of a stranger.

@@ -254,6 +254,12 @@ void checkUnreachable(const CodeView& view, FindingList& findings) {
     }
 }
 
+/// Whether one word that says nothing of its own is all that stands on its line: "None", "False".
+bool isPlainValue(const CodeView& view, std::size_t i) {
+    const bool last = i + 1 >= view.code.size() || view.lineOf(i + 1) != view.lineOf(i);
+    return last && (view.is(i, "None") || view.is(i, "True") || view.is(i, "False"));
+}
+
 void checkUnreachableByIndent(const CodeView& view, FindingList& findings) {
     const std::vector<LogicalLine> lines = view.logicalLines();
     for (std::size_t i = 0; i + 1 < lines.size(); ++i) {
@@ -272,7 +278,7 @@ void checkUnreachableByIndent(const CodeView& view, FindingList& findings) {
             view.is(next, "pass") || view.is(next, "break") || view.is(next, "continue") ||
             (view.is(next, "return") &&
              (view.lineOf(next) != view.lineOf(std::min(next + 1, view.code.size() - 1)) ||
-              next + 1 == view.code.size() || view.is(next + 1, "None")));
+              next + 1 == view.code.size() || isPlainValue(view, next + 1)));
         findings.add(nothing ? kShutOff : kDeadCode, start,
                      view.source.lineEnd(lines[i + 1].line) - start,
                      "is never reached, for the statement before leaves the block");

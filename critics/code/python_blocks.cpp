@@ -38,7 +38,10 @@ std::vector<PythonOpener> pythonOpenersAround(std::string_view text, std::size_t
         std::string_view words = text::trimmed(whole);
         if (words.starts_with("async ")) words.remove_prefix(6);
         const std::size_t margin = std::min(whole.find_first_not_of(" \t"), whole.size());
-        if (!words.empty() && !words.starts_with('#') &&
+        // A bracket that closes ends what a line above has begun: "def f(", "a", "):".
+        const bool ends =
+            words.starts_with(')') || words.starts_with(']') || words.starts_with('}');
+        if (!words.empty() && !words.starts_with('#') && (!ends || openers.empty()) &&
             (openers.empty() || margin < openers.back().margin)) {
             openers.push_back({words, line, margin});
         }
@@ -49,6 +52,12 @@ std::vector<PythonOpener> pythonOpenersAround(std::string_view text, std::size_t
 
 bool isInPythonTest(std::string_view text, std::size_t place, std::string_view name) {
     if (namesTest(name)) return true;
+    const std::vector<PythonOpener> around = pythonOpenersAround(text, place);
+    const auto isIn = [&](const auto& opens) {
+        return std::ranges::any_of(around,
+                                   [&](const PythonOpener& opener) { return opens(opener.line); });
+    };
+    if (isIn([](std::string_view line) { return line.starts_with("def _test("); })) return true;
     const std::string_view begin = text.substr(0, kMostOfPython);
     if (begin.find("import pytest") == std::string_view::npos &&
         begin.find("from pytest") == std::string_view::npos &&
@@ -57,8 +66,7 @@ bool isInPythonTest(std::string_view text, std::size_t place, std::string_view n
         begin.find("import TestCase") == std::string_view::npos) {
         return false;
     }
-    return std::ranges::any_of(pythonOpenersAround(text, place),
-                               [](const PythonOpener& opener) { return opensTest(opener.line); });
+    return isIn(opensTest);
 }
 
 } // namespace trevix

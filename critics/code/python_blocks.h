@@ -27,9 +27,9 @@ struct PythonOpener {
 [[nodiscard]] std::vector<PythonOpener> pythonOpenersAround(std::string_view text,
                                                             std::size_t place);
 
-/// Whether the place is in a test: in a file that has the name of one, or in a test's function or
-/// class of a file that takes in what runs tests. `name` is that of the file, with or without its
-/// folders; empty where it is not known.
+/// Whether the place is in a test: in a file that has the name of one, in a test's function or
+/// class of a file that takes in what runs tests, or in a module's own `_test()`. `name` is that of
+/// the file, with or without its folders; empty where it is not known.
 [[nodiscard]] bool isInPythonTest(std::string_view text, std::size_t place, std::string_view name);
 
 } // namespace trevix

@@ -51,9 +51,9 @@ std::string_view lineFrom(const ForeignSubject& subject) {
     return rest.substr(0, rest.find('\n')).substr(0, kMostAroundPython);
 }
 
-/// What stands in the brackets of the first call from the place on; empty without one.
-std::string_view argumentsOf(const ForeignSubject& subject) {
-    const std::string_view text = subject.text.substr(subject.place(), kLongestCall);
+/// What stands in the first brackets from that byte on; empty without any.
+std::string_view bracketsFrom(std::string_view whole, std::size_t from) {
+    const std::string_view text = whole.substr(from, kLongestCall);
     const std::size_t open = text.find('(');
     if (open == std::string_view::npos) return {};
     int depth = 0;
@@ -63,6 +63,11 @@ std::string_view argumentsOf(const ForeignSubject& subject) {
         if (depth == 0) return text.substr(open + 1, i - open - 1);
     }
     return text.substr(open + 1);
+}
+
+/// What stands in the brackets of the first call from the place on; empty without one.
+std::string_view argumentsOf(const ForeignSubject& subject) {
+    return bracketsFrom(subject.text, subject.place());
 }
 
 /// Where the name begins as a word of its own; npos without.
@@ -131,10 +136,12 @@ bool isOfPython2(const ForeignSubject& subject, std::string_view name,
 
 /// Whether the module takes the name away, once it is loaded and what asks for it was called.
 bool isTakenAway(const ForeignSubject& subject, std::string_view name) {
-    constexpr std::string_view kDelete = "\ndel ";
+    constexpr std::string_view kDelete = "del ";
     const std::string_view text = subject.text.substr(0, kMostOfPython);
     for (std::size_t at = text.find(kDelete); at != std::string_view::npos;
          at = text.find(kDelete, at + 1)) {
+        const std::size_t before = text.substr(0, at).find_last_not_of(" \t");
+        if (before == std::string_view::npos || text[before] != '\n') continue;
         const std::string_view rest = text.substr(at + kDelete.size());
         if (findWord(rest.substr(0, rest.find('\n')), name) != std::string_view::npos) return true;
     }
@@ -143,8 +150,9 @@ bool isTakenAway(const ForeignSubject& subject, std::string_view name) {
 
 /// Whether the file gives itself names that no line of it declares.
 bool makesNames(const ForeignSubject& subject) {
-    return containsAnyOf(subject.text.substr(0, kMostOfPython),
-                         {"globals().update(", "globals()[", "vars().update(", "vars()["});
+    return containsAnyOf(
+        subject.text.substr(0, kMostOfPython),
+        {"globals().update(", "globals()[", "vars().update(", "vars()[", "._convert_("});
 }
 
 /// Whether the line asks checkers not to look for such names.
@@ -260,11 +268,38 @@ bool isCompared(const ForeignSubject& subject) {
     return rest.starts_with("==") || rest.starts_with("!=") || rest.starts_with("in ");
 }
 
+/// "('0.0.0.0', 0)", and nothing on its line binds it: without a port it stands for no address yet.
+bool standsForNone(const ForeignSubject& subject) {
+    std::string_view rest = lineFrom(subject);
+    const std::size_t comma = rest.find(',');
+    if (comma == std::string_view::npos || contains(lineBefore(subject), "bind")) return false;
+    rest = text::trimmed(rest.substr(comma + 1));
+    return rest.starts_with("0)");
+}
+
 /// Whether anything in the file may listen at an address.
 bool isListenedAt(const ForeignSubject& subject) {
-    return !isCompared(subject) && containsAnyOf(subject.text.substr(0, kMostOfPython),
-                                                 {"bind", "listen", "run(", "serve", "Server",
-                                                  "host", "HOST", "interface"});
+    const std::string_view before = lineBefore(subject);
+    const bool value = before.ends_with("Address(") || before.ends_with("Network(") ||
+                       before.ends_with("ip_address(") || before.ends_with("ip_network(");
+    return !value && !isCompared(subject) && !standsForNone(subject) &&
+           containsAnyOf(
+               subject.text.substr(0, kMostOfPython),
+               {"bind", "listen", "run(", "serve", "Server", "host", "HOST", "interface"});
+}
+
+/// "'/tmp'", the folder itself and no name below it: it is handed to what draws one, or looked for.
+bool isFolderAlone(const ForeignSubject& subject) {
+    const std::string_view line = lineFrom(subject);
+    if (line.empty() || (line[0] != '"' && line[0] != '\'')) return false;
+    const std::size_t close = line.find(line[0], 1);
+    if (close == std::string_view::npos) return false;
+    std::string_view path = line.substr(1, close - 1);
+    if (path.ends_with('/')) path.remove_suffix(1);
+    const std::string_view behind = text::trimmed(line.substr(close + 1));
+    return (path == "/tmp" || path == "/var/tmp" || path == "/dev/shm") &&
+           !behind.starts_with('+') && !behind.starts_with('/') &&
+           !containsAnyOf(lineBefore(subject), {"join(", "Path("});
 }
 
 /// "'md5': hashes.MD5()," in a table of algorithms by their names: what hashes is another line.
@@ -280,7 +315,24 @@ bool isEntryOfTable(const ForeignSubject& subject) {
 /// Where a text is only mixed with others, two that have one hash do no harm; and where the author
 /// says that it is not for security.
 bool isUnhurtByCollisions(const ForeignSubject& subject) {
-    return containsAnyOf(lineOf(subject), {"MGF1(", "usedforsecurity=False"});
+    return containsAnyOf(lineOf(subject), {"MGF1(", "usedforsecurity=False"}) ||
+           contains(argumentsOf(subject), "usedforsecurity=False");
+}
+
+/// Whether the file names the standard that it follows, "RFC 1939": which hash and which mode such
+/// a protocol has is not for its author to choose.
+bool followsStandard(const ForeignSubject& subject) {
+    const std::string_view text = subject.text.substr(0, kMostOfPython);
+    for (const std::string_view name : {"RFC", "rfc"}) {
+        for (std::size_t at = text.find(name); at != std::string_view::npos;
+             at = text.find(name, at + 1)) {
+            std::string_view number = text.substr(at + name.size(), 2);
+            if (number.starts_with(' ') || number.starts_with('-')) number.remove_prefix(1);
+            const bool begins = at == 0 || !text::isAsciiWord(text[at - 1]);
+            if (begins && !number.empty() && text::isAsciiDigit(number.front())) return true;
+        }
+    }
+    return false;
 }
 
 /// A hash of the standard library's that the names around call a checksum, of the line and its
@@ -308,13 +360,33 @@ bool isChecksum(const ForeignSubject& subject) {
         return false;
     }
     return named || containsAnyOf(words, {"checksum", "etag", "cache", "file", "content", "body",
-                                          "md5_", "sha1_", "_md5", "_sha1"});
+                                          "uuid", "md5_", "sha1_", "_md5", "_sha1"});
 }
 
 /// "extractall(path, filter=\"data\")"
 bool isFiltered(const ForeignSubject& subject) {
     const std::string_view arguments = argumentsOf(subject);
     return contains(arguments, "filter=") && !contains(arguments, "fully_trusted");
+}
+
+/// Whether the function around looks at what is in the archive before it unpacks that.
+bool looksInside(const ForeignSubject& subject) {
+    for (const PythonOpener& opener : pythonOpenersAround(subject.text, subject.place())) {
+        if (!opener.line.starts_with("def ")) continue;
+        return containsAnyOf(subject.text.substr(opener.offset, subject.place() - opener.offset),
+                             {".getmembers()", ".getnames()", ".namelist()", ".infolist()"});
+    }
+    return false;
+}
+
+/// "Popen(words, shell=shell)": whoever calls chose it.
+bool isShellChosen(const ForeignSubject& subject) {
+    const std::string_view arguments = argumentsOf(subject);
+    constexpr std::string_view kShell = "shell=";
+    const std::size_t at = findWord(arguments, "shell");
+    if (at == std::string_view::npos || !arguments.substr(at).starts_with(kShell)) return false;
+    const std::string_view given = arguments.substr(at + kShell.size());
+    return !given.empty() && ((given[0] >= 'a' && given[0] <= 'z') || given[0] == '_');
 }
 
 /// "yaml.load(text, SafeLoader)", by whatever name the file takes such a loader in, or derives one;
@@ -340,6 +412,83 @@ bool isEscapedElsewhere(const ForeignSubject& subject) {
            contains(subject.text.substr(0, kMostOfPython), "autoescape");
 }
 
+/// Whether one of the lines that open the blocks around the place is such.
+template <class Is>
+bool isInside(const ForeignSubject& subject, const Is& is) {
+    const std::vector<PythonOpener> around = pythonOpenersAround(subject.text, subject.place());
+    return std::ranges::any_of(around, [&](const PythonOpener& opener) { return is(opener.line); });
+}
+
+/// Whether a function reads objects in a file that writes them as well: they are its own.
+bool isReadBack(const ForeignSubject& subject) {
+    return isInside(subject, [](std::string_view line) { return line.starts_with("def "); }) &&
+           containsAnyOf(subject.text.substr(0, kMostOfPython),
+                         {"pickle.dump(", " Pickler(", "pickle.Pickler("});
+}
+
+/// Whether it stands where a module is missing, below "except ImportError".
+bool isForWantOfModule(const ForeignSubject& subject) {
+    return isInside(subject, [](std::string_view line) {
+        return line.starts_with("except") &&
+               containsAnyOf(line, {"ImportError", "ModuleNotFoundError"});
+    });
+}
+
+/// "mktemp(dir=folder)": nobody else may write there, and put something of that name; "path +
+/// mktemp('', '', '')", a name alone; and a pipe of Windows, which no link stands for.
+bool isNamedElsewhere(const ForeignSubject& subject) {
+    const std::string_view line = lineFrom(subject);
+    const std::size_t call = line.find("mktemp(");
+    if (call == std::string_view::npos) return false;
+    const std::string_view arguments = bracketsFrom(subject.text, subject.place() + call);
+    const std::string_view before = line.substr(0, call);
+    if (contains(arguments, "/tmp")) return false;
+    return contains(arguments, "dir=") || std::ranges::count(arguments, ',') == 2 ||
+           contains(arguments, "\\\\.\\pipe") || contains(before, "+ ");
+}
+
+/// Whether a document is read that the function around was given, or by a parser that was: who
+/// hands it in knows where it is from, and what the parser does is told where it is made.
+bool isReadForCaller(const ForeignSubject& subject) {
+    const std::string_view arguments = argumentsOf(subject);
+    const std::size_t comma = arguments.find(',');
+    const std::string_view document = text::trimmed(arguments.substr(0, comma));
+    if (comma != std::string_view::npos && text::trimmed(arguments.substr(comma + 1)) == "parser") {
+        return true;
+    }
+    if (document.empty() || !std::ranges::all_of(document, text::isAsciiWord)) return false;
+    for (const PythonOpener& opener : pythonOpenersAround(subject.text, subject.place())) {
+        if (!opener.line.starts_with("def ")) continue;
+        return findWord(bracketsFrom(subject.text, opener.offset), document) !=
+               std::string_view::npos;
+    }
+    return false;
+}
+
+/// Whether a condition around it, or a failure, decides that it is run at all.
+bool isAskedFor(const ForeignSubject& subject) {
+    return isInside(subject, [](std::string_view line) {
+        return line.starts_with("if ") || line.starts_with("elif ") || line.starts_with("else:") ||
+               line.starts_with("try:") || line.starts_with("except");
+    });
+}
+
+/// "'…' % locals()": a text that is given all names may use none of them.
+bool isGivenAllNames(const ForeignSubject& subject) {
+    const std::string_view text = subject.rest().substr(0, kMostAroundPython);
+    if (text.empty() || (text[0] != '"' && text[0] != '\'')) return false;
+    // Three quotes begin what may go on below.
+    const bool several = text.size() > 2 && text[1] == text[0] && text[2] == text[0];
+    const std::string_view mark = text.substr(0, several ? 3 : 1);
+    const std::size_t close = text.find(mark, mark.size());
+    if (close == std::string_view::npos) return false;
+    std::string_view rest = text::trimmed(text.substr(close + mark.size()));
+    if (!rest.starts_with('%')) return false;
+    rest = text::trimmed(rest.substr(1));
+    return rest.starts_with("locals()") || rest.starts_with("globals()") ||
+           rest.starts_with("vars(");
+}
+
 /// Whether the file is of no web application: then markup is taken for safe by what makes pages for
 /// others, and who puts what into it is told where that is done.
 bool isOfLibrary(const ForeignSubject& subject) {
@@ -356,15 +505,23 @@ bool isHarmless(std::string_view number, const ForeignSubject& subject) {
     if (number == "102" || number == "307") return evaluatesWithOwnNames(subject);
     if (number == "103") return letsNobodyElseWrite(subject);
     if (number == "104") return !isListenedAt(subject);
-    if (number == "108") return isCompared(subject);
-    if (number == "202") return isFiltered(subject);
+    if (number == "108") return isCompared(subject) || isFolderAlone(subject);
+    if (number == "202") return isFiltered(subject) || looksInside(subject);
+    if (number == "602" || number == "604") return isShellChosen(subject);
     if (number == "303" || number == "324") {
-        return isEntryOfTable(subject) || isUnhurtByCollisions(subject) || isChecksum(subject);
+        return isEntryOfTable(subject) || isUnhurtByCollisions(subject) || isChecksum(subject) ||
+               followsStandard(subject);
     }
+    if (number == "301") return isReadBack(subject);
+    if (number == "305") return followsStandard(subject);
+    if (number == "306") return isForWantOfModule(subject) || isNamedElsewhere(subject);
+    if (number == "401" || number == "402" || number == "411") return isAskedFor(subject);
     if (number == "506") return isLoadedSafely(subject);
     if (number == "701") return isEscapedElsewhere(subject);
     if (number == "704") return isOfLibrary(subject);
-    if (number == "317") return contains(lineFrom(subject), "make_parser(");
+    if (number == "317" && contains(lineFrom(subject), "make_parser(")) return true;
+    // Python's own readers of XML; others open what a document names.
+    if (number >= "313" && number <= "319") return isReadForCaller(subject);
     return false;
 }
 
@@ -388,6 +545,9 @@ std::optional<Severity> gradeOfRuff(const ForeignFault& fault, const ForeignSubj
     constexpr std::array<std::string_view, 7> kHints = {"S105", "S106", "S107", "S110",
                                                         "S112", "S310", "S311"};
     if (fault.code.starts_with('S') && isHarmless(fault.code.substr(1), subject)) return kLow;
+    // What the base's gives back is nothing.
+    if (fault.code == "PLE0101" && contains(lineOf(subject), ").__init__(")) return kLow;
+    if (fault.code == "F507" && isGivenAllNames(subject)) return kLow;
     // What is called may be all that is meant.
     if (fault.code == "B015" && contains(lineFrom(subject), "(")) return kLow;
     // In a selection the rest may declare it; in a whole file the line fails when it is reached.

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <iterator>
 #include <map>
 #include <unordered_map>
 #include <utility>
@@ -21,10 +22,15 @@ using Index = SyntaxTree::Index;
 constexpr Index kNone = SyntaxTree::kNone;
 
 /// What gives back nothing but what it was given.
-constexpr std::array<std::string_view, 18> kPassOn = {
-    "str",          "repr",      "list",        "tuple",  "set",  "dict",        "sorted",
-    "reversed",     "enumerate", "zip",         "iter",   "next", "shlex.split", "textwrap.dedent",
-    "os.path.join", "max",       "os.fsencode", "compile"};
+constexpr std::array<std::string_view, 18> kPassOn = {"str",          "repr",
+                                                      "list",         "tuple",
+                                                      "set",          "dict",
+                                                      "sorted",       "reversed",
+                                                      "enumerate",    "zip",
+                                                      "iter",         "next",
+                                                      "shlex.split",  "textwrap.dedent",
+                                                      "os.path.join", "max",
+                                                      "os.fsencode",  "io.TextIOWrapper"};
 /// What gives back nothing that could run, whatever it was given.
 constexpr std::array<std::string_view, 8> kHarmless = {
     "int", "float", "len", "ord", "bool", "shlex.quote", "pipes.quote", "hash"};
@@ -33,6 +39,18 @@ constexpr std::array<std::string_view, 23> kParts = {
     "format", "join",       "split", "rsplit",    "strip", "lstrip", "rstrip",    "lower",
     "upper",  "title",      "keys",  "values",    "items", "encode", "decode",    "replace",
     "copy",   "splitlines", "get",   "partition", "ljust", "rjust",  "capitalize"};
+/// What opens a file of this machine, wherever it stands.
+constexpr std::array<std::string_view, 11> kOpeners = {
+    "io.open",      "io.open_code",        "codecs.open",  "tokenize.open",
+    "pathlib.Path", "pathlib.PurePath",    "Path",         "zipfile.ZipFile",
+    "os.fdopen",    "importlib.open_code", "builtins.open"};
+/// What such a file gives of itself.
+constexpr std::array<std::string_view, 7> kReaders = {
+    "read", "readline", "readlines", "read_text", "read_bytes", "open", "joinpath"};
+/// What a parameter is called that is a command, all of it: who calls the function brings one.
+constexpr std::array<std::string_view, 10> kCommandNames = {
+    "cmd",          "command",   "cmdline",       "cmd_line",  "commandline",
+    "command_line", "shell_cmd", "shell_command", "cmdstring", "cmd_str"};
 /// What puts its arguments into a list or a dictionary.
 constexpr std::array<std::string_view, 6> kFill = {"append", "extend", "insert",
                                                    "add",    "update", "setdefault"};
@@ -55,11 +73,16 @@ bool isConstantName(std::string_view name) {
            std::ranges::none_of(name, [](char c) { return c >= 'a' && c <= 'z'; });
 }
 
+/// Who is taken for an author beside that of the text: of a program that is read from a file,
+/// whoever put it there, as with what is imported.
+enum class Authors { own, ofFiles };
+
 class Fixed {
 public:
-    Fixed(const SyntaxTree& tree, std::string_view text)
+    Fixed(const SyntaxTree& tree, std::string_view text, Authors authors)
         : m_tree(tree),
           m_text(text),
+          m_files(authors == Authors::ofFiles),
           m_names(tree, text) {
         collectScopes();
         collectPrivate();
@@ -189,7 +212,12 @@ private:
             const Index value = m_tree.child(node, "value");
             if (name != kNone && value != kNone) give(name, value);
         } else if (kind == "as_pattern") {
-            open(m_tree.child(node, "alias"));
+            const Index from = firstNamed(m_tree, node);
+            if (isOpened(from)) {
+                give(m_tree.child(node, "alias"), from);
+            } else {
+                open(m_tree.child(node, "alias"));
+            }
         } else if (kind == "global_statement" || kind == "nonlocal_statement") {
             // Another function may change it at any time.
             open(node);
@@ -207,6 +235,16 @@ private:
         } else if (kind == "call") {
             fill(node);
         }
+    }
+
+    /// Whether a call opens a file: also by a function of its own that says so,
+    /// "_open_script(name)".
+    [[nodiscard]] bool isOpened(Index call) const {
+        if (!m_files || !m_tree.is(call, "call")) return false;
+        const std::string whole = m_names.full(m_tree.child(call, "function"));
+        const bool named = whole.find('.') == std::string::npos &&
+                           (whole.starts_with("open") || whole.starts_with("_open"));
+        return named || text::isOneOf(whole, kOpeners);
     }
 
     /// "words.append(text)"
@@ -262,6 +300,24 @@ private:
         Index around = m_tree[function].parent;
         if (m_tree.is(around, "decorated_definition")) around = m_tree[around].parent;
         return m_tree.is(m_tree[around].parent, "class_definition");
+    }
+
+    /// Whether it is a parameter of the function around that is called a command, and handed on as
+    /// it came.
+    [[nodiscard]] bool isCallersCommand(Index node) const {
+        if (!m_tree.is(node, "identifier") || !text::isOneOf(textOf(node), kCommandNames)) {
+            return false;
+        }
+        const Index function = m_scope[node];
+        if (!m_tree.is(function, "function_definition")) return false;
+        const auto known = m_byKey.find(Key{function, textOf(node)});
+        if (known == m_byKey.end() || !m_all[known->second].values.empty()) return false;
+        bool given = false;
+        eachChild(m_tree.child(function, "parameters"), [&](Index parameter) {
+            given = given || (m_tree[parameter].named &&
+                              parameterName(m_tree, m_text, parameter) == textOf(node));
+        });
+        return given;
     }
 
     /// Whether it is known which parameter gets what.
@@ -370,7 +426,11 @@ private:
         if (text::isOneOf(whole, kHarmless)) return true;
         const Index arguments = m_tree.child(node, "arguments");
         if (text::isOneOf(whole, kPassOn)) return all(arguments);
-        return text::isOneOf(textOf(m_tree.child(function, "attribute")), kParts) &&
+        // The rest says where it is from and what it is for.
+        if (whole == "compile" && arguments != kNone) return part(firstNamed(m_tree, arguments));
+        if (isOpened(node)) return true;
+        const std::string_view method = textOf(m_tree.child(function, "attribute"));
+        return (text::isOneOf(method, kParts) || (m_files && text::isOneOf(method, kReaders))) &&
                part(m_tree.child(function, "object")) && all(arguments);
     }
 
@@ -429,14 +489,18 @@ private:
         });
         const bool evaluates = text::isOneOf(whole, kEvaluators);
         if (!evaluates && !shell && !text::isOneOf(whole, kShellCalls)) return false;
+        // What a file holds may be a program; a value or a command of its own is none.
+        if (m_files && whole != "exec" && whole != "builtins.exec") return false;
         // "partial(run, shell=True)": who calls it brings the command.
         const std::size_t first = whole.ends_with("partial") ? 1 : 0;
         if (places.size() > first) command = places[first];
-        return command == kNone ? shell : isFixed(command);
+        if (command == kNone) return shell;
+        return isFixed(command) || (!evaluates && isCallersCommand(command));
     }
 
     const SyntaxTree& m_tree;
     std::string_view m_text;
+    bool m_files;
     PythonNames m_names;
     std::vector<Index> m_scope; ///< By node.
     std::unordered_map<std::string_view, Private> m_private;
@@ -448,7 +512,12 @@ private:
 
 std::vector<std::size_t> pythonFixedRuns(const SyntaxTree& tree, std::string_view text) {
     if (tree.nodes.empty()) return {};
-    return Fixed(tree, text).runs();
+    std::vector<std::size_t> runs = Fixed(tree, text, Authors::own).runs();
+    if (text.find("exec(") == std::string_view::npos) return runs;
+    const std::vector<std::size_t> loads = Fixed(tree, text, Authors::ofFiles).runs();
+    std::vector<std::size_t> all;
+    std::ranges::set_union(runs, loads, std::back_inserter(all));
+    return all;
 }
 
 } // namespace trevix

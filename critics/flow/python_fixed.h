@@ -3,7 +3,9 @@
 // A text is fixed where nobody but the author decides what it says: words in quotes, names that are
 // given nothing else, a choice among such, what is put together of them, and what was quoted for a
 // shell. A parameter of a function that is private by its name is what the calls of this text hand
-// over; of another function it may be anything.
+// over; of another function it may be anything. But a command that a function is given by that name
+// and hands on as it came is its caller's, and a program that `exec` loads from a file is the
+// file's.
 //
 // Pure; any thread. Linear in the tree; nothing deeper than `kMostFlowDepth` levels is looked into.
 

@@ -354,6 +354,17 @@ void Analysis::sinks(Index node, std::string_view whole, std::string_view last,
     if (!method) return;
     fill(node, last, receiver, arguments);
     if (text::isOneOf(last, kExecutors)) arrive(Danger::query, node, given(0, "sql"));
+    // "loop.subprocess_exec(factory, program, …)"
+    if (last == "subprocess_shell") arrive(Danger::command, node, given(1, "cmd"));
+    if (last == "subprocess_exec" && arguments.size() > 1) {
+        arrive(Danger::command, node, isShell(arguments[1].node) ? any() : arguments[1].value);
+    }
+    if (last == "attach_alternative" && m_names.imports("django")) {
+        arrive(Danger::page, node, given(0, "content"));
+    }
+    if ((last == "runsource" || last == "runcode" || last == "push") && m_names.imports("code")) {
+        arrive(Danger::code, node, given(0, "source"));
+    }
     if (last == "exec_command") arrive(Danger::command, node, given(0, "command"));
     if (last == "from_string") arrive(Danger::code, node, given(0, "source"));
     if (text::isOneOf(last, kDirectorySearches) &&

@@ -109,8 +109,14 @@ Value Analysis::evaluated(Index node, std::size_t depth) {
         return comprehension(node, depth);
     }
     if (kind == "keyword_argument" || kind == "pair") {
-        if (kind == "pair") expression(m_tree.child(node, "key"), depth);
-        return expression(m_tree.child(node, "value"), depth);
+        const Value value = expression(m_tree.child(node, "value"), depth);
+        if (kind == "pair") {
+            const Index key = m_tree.child(node, "key");
+            expression(key, depth);
+            // A database runs what stands there.
+            if (inner(textOf(key)) == "$where") arrive(Danger::query, node, value);
+        }
+        return value;
     }
     if (kind == "concatenated_string") {
         Value value;

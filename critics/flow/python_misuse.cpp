@@ -31,6 +31,27 @@ bool namesPassword(std::string_view expression) {
            contains(lower, "passphrase") || lower == "pwd" || lower == "pw";
 }
 
+/// Whether a name is that of what opens something, and not of where it stands or how long it is.
+bool namesSecret(std::string_view name) {
+    constexpr std::array<std::string_view, 12> kSecrets = {
+        "password",   "passwd",      "passphrase", "secret",       "api_key",       "apikey",
+        "secret_key", "private_key", "auth_token", "access_token", "client_secret", "pwd"};
+    const std::string lower = text::lowerAscii(name);
+    return std::ranges::any_of(kSecrets, [&](std::string_view secret) {
+        if (!lower.ends_with(secret)) return false;
+        const std::string_view before =
+            std::string_view(lower).substr(0, lower.size() - secret.size());
+        return before.empty() || before.ends_with('_');
+    });
+}
+
+/// Whether a name is that under which frameworks keep what they sign with.
+bool namesSigningKey(std::string_view name) {
+    const std::string lower = text::lowerAscii(name);
+    return lower == "secret" || lower == "secret_key" || lower == "cookie_secret" ||
+           lower == "session_secret" || lower == "jwt_secret_key";
+}
+
 /// Whether a value in quotes stands for one that each user fills in.
 bool isPlaceholder(std::string_view value) {
     return value.find_first_of("<{$%[") != std::string_view::npos || contains(value, "xxx") ||
@@ -77,10 +98,13 @@ public:
     std::vector<Misuse> run() {
         collectNames();
         m_verifies = contains(m_text, "verify_jwt");
+        m_plainMail = contains(m_text, "smtplib.SMTP(") && !contains(m_text, "starttls");
         for (Index i = 0; i < m_tree.nodes.size(); ++i) {
             const std::string_view kind = m_tree[i].kind;
             if (kind == "call") call(i);
             if (kind == "assignment") assignment(i);
+            if (kind == "default_parameter" || kind == "typed_default_parameter") parameter(i);
+            if (kind == "pair") entry(i);
             if (kind == "comparison_operator") comparison(i);
             if (kind == "while_statement") loop(i);
             if (kind == "for_statement") count(i);
@@ -181,6 +205,12 @@ private:
         return false;
     }
 
+    /// The name that an expression of names and dots begins with.
+    [[nodiscard]] std::string_view rootOf(Index node) const {
+        while (m_tree.is(node, "attribute")) node = m_tree.child(node, "object");
+        return node == kNone ? std::string_view() : textOf(node);
+    }
+
     /// The function around it; kNone outside of any.
     [[nodiscard]] Index functionAround(Index node) const {
         constexpr int kLevels = 60;
@@ -203,9 +233,15 @@ private:
         pages(node, arguments, whole, last);
         cookies(node, arguments, last);
         parsers(node, arguments, whole, last);
-        passwords(arguments, last);
+        passwords(node, arguments, whole, last);
+        keys(arguments, whole, last);
+        peers(node, arguments, whole, last);
+        shown(node, arguments, whole, last);
         shells(node, arguments, whole, last);
-        if (text::isOneOf(whole, kGone) && !isConditional(node)) add(Kind::goneFunction, node);
+        const bool gone = text::isOneOf(whole, kGone) || isOfGoneModule(whole);
+        if (gone && !isConditional(node) && !m_chosen.contains(rootOf(function))) {
+            add(Kind::goneFunction, node);
+        }
         if (whole == "ssl.wrap_socket" && option(arguments, "cert_reqs") == kNone) {
             add(Kind::unverifiedPeer, node);
         }
@@ -240,9 +276,12 @@ private:
                                      : option(arguments, "iterations");
             if (isFewRounds(textOf(rounds))) add(Kind::fewIterations, node);
         }
-        if (whole.ends_with("crypt.crypt") && isFixed(place(arguments, 1))) {
+        if ((whole.ends_with("crypt.crypt") || whole == "bcrypt.hashpw") &&
+            isFixed(place(arguments, 1))) {
             add(Kind::fixedSalt, node);
         }
+        // "modes.CBC(start)"
+        if (contains(whole, "ciphers.modes.") && isConstant(first)) add(Kind::fixedSalt, node);
         if (!whole.starts_with("Crypto.") && !whole.starts_with("Cryptodome.")) return;
         if (last != "new" || !contains(whole, ".Cipher")) return;
         if (contains(whole, ".DES") || contains(whole, ".ARC") || contains(whole, ".Blowfish") ||
@@ -349,8 +388,40 @@ private:
         }
     }
 
-    void passwords(Index arguments, std::string_view last) {
+    /// Words in quotes that somebody may have chosen for a password, and not a place for one.
+    [[nodiscard]] bool isChosen(Index node) const {
+        return isFixed(node) && inside(node).size() > 1 && !isPlaceholder(inside(node));
+    }
+
+    /// "('clerk', 'mapleleaf')"
+    [[nodiscard]] bool isNameAndPassword(Index pair) const {
+        const Index name = place(pair, 0);
+        const Index password = place(pair, 1);
+        return isChosen(name) && isChosen(password) && place(pair, 2) == kNone;
+    }
+
+    void passwords(Index node, Index arguments, std::string_view whole, std::string_view last) {
         const std::string lower = text::lowerAscii(last);
+        if ((last == "login" || last == "HTTPBasicAuth" || last == "HTTPDigestAuth") &&
+            isNameAndPassword(arguments)) {
+            add(Kind::knownPassword, place(arguments, 1));
+        }
+        const Index auth = option(arguments, "auth");
+        if (m_tree.is(auth, "tuple") && isNameAndPassword(auth)) {
+            add(Kind::knownPassword, place(auth, 1));
+        }
+        if ((last == "set_password" || last == "make_password") && isFixed(place(arguments, 0)) &&
+            !isPlaceholder(inside(place(arguments, 0)))) {
+            add(Kind::knownPassword, place(arguments, 0));
+        }
+        if ((last == "create_user" || last == "create_superuser") &&
+            isChosen(option(arguments, "password"))) {
+            add(Kind::knownPassword, option(arguments, "password"));
+        }
+        if (last == "login" && m_plainMail && m_names.imports("smtplib") &&
+            place(arguments, 1) != kNone && !whole.starts_with("self.")) {
+            add(Kind::plainLogin, node);
+        }
         if (!contains(lower, "connect") && !contains(lower, "login") && lower != "client" &&
             !contains(lower, "authenticate") && !contains(lower, "mongoclient") &&
             lower != "redis" && lower != "smtp" && !contains(lower, "connection")) {
@@ -360,6 +431,102 @@ private:
             const Index given = option(arguments, name);
             if (isFixed(given) && !isPlaceholder(inside(given))) add(Kind::knownPassword, given);
         }
+    }
+
+    /// What signs and encrypts: "Fernet(key)", "jwt.encode(claims, key)", "hmac.new(key, text)".
+    void keys(Index arguments, std::string_view whole, std::string_view last) {
+        const Index first = place(arguments, 0);
+        const Index second =
+            option(arguments, "key") != kNone ? option(arguments, "key") : place(arguments, 1);
+        const bool signs = whole == "jwt.encode" || whole == "jwt.decode" ||
+                           whole == "jose.jwt.encode" || whole == "jose.jwt.decode";
+        if (signs && isChosen(second)) add(Kind::knownKey, second);
+        const bool encrypts =
+            whole == "cryptography.fernet.Fernet" || contains(whole, "ciphers.aead.") ||
+            contains(whole, "ciphers.algorithms.") || whole == "hmac.new" || whole == "hmac.HMAC";
+        if (encrypts && last != "generate_key" && isChosen(first)) add(Kind::knownKey, first);
+        if (!m_web) return;
+        for (Index at = arguments == kNone ? kNone : m_tree.firstChild(arguments); at != kNone;
+             at = m_tree.nextSibling(at)) {
+            if (!m_tree.is(at, "keyword_argument")) continue;
+            const Index value = m_tree.child(at, "value");
+            if (namesSigningKey(textOf(m_tree.child(at, "name"))) && isChosen(value)) {
+                add(Kind::knownKey, value);
+            }
+        }
+    }
+
+    /// Options by which a connection takes anybody for its peer, where no condition asks for it.
+    void peers(Index node, Index arguments, std::string_view whole, std::string_view last) {
+        constexpr std::array<std::pair<std::string_view, std::string_view>, 9> kOptions = {
+            {{"disable_ssl_certificate_validation", "True"},
+             {"validate_cert", "False"},
+             {"verify_ssl", "False"},
+             {"verify_certs", "False"},
+             {"tlsAllowInvalidCertificates", "True"},
+             {"tlsInsecure", "True"},
+             {"cert_reqs", "ssl.CERT_NONE"},
+             {"cert_reqs", "'CERT_NONE'"},
+             {"cert_reqs", "\"CERT_NONE\""}}};
+        bool open = std::ranges::any_of(
+            kOptions, [&](const auto& each) { return says(arguments, each.first, each.second); });
+        open = open || (m_names.imports("aiohttp") && says(arguments, "ssl", "False"));
+        open =
+            open || (last == "set_verify" && textOf(place(arguments, 0)).ends_with("VERIFY_NONE"));
+        open = open || (whole == "ldap.set_option" &&
+                        textOf(place(arguments, 1)).ends_with("OPT_X_TLS_NEVER"));
+        if (open && !isConditional(node)) add(Kind::unverifiedPeer, node);
+    }
+
+    /// Whether what is written there is a secret itself: "password", "self.password", also within
+    /// an f-string or behind "+".
+    [[nodiscard]] bool isSecret(Index node, int depth = 0) const {
+        constexpr int kLevels = 8;
+        if (node == kNone || ++depth > kLevels) return false;
+        if (m_tree.is(node, "identifier")) return namesSecret(textOf(node));
+        if (m_tree.is(node, "attribute")) {
+            return namesSecret(textOf(m_tree.child(node, "attribute")));
+        }
+        if (!m_tree.is(node, "string") && !m_tree.is(node, "binary_operator") &&
+            !m_tree.is(node, "interpolation") && !m_tree.is(node, "tuple") &&
+            !m_tree.is(node, "parenthesized_expression")) {
+            return false;
+        }
+        for (Index at = m_tree.firstChild(node); at != kNone; at = m_tree.nextSibling(at)) {
+            if (m_tree[at].named && isSecret(at, depth)) return true;
+        }
+        return false;
+    }
+
+    /// A password in a line of a log, or in a token, which is signed and can be read by anybody.
+    void shown(Index node, Index arguments, std::string_view whole, std::string_view last) {
+        if (arguments == kNone) return;
+        if (isLog(whole, last)) {
+            for (Index at = m_tree.firstChild(arguments); at != kNone;
+                 at = m_tree.nextSibling(at)) {
+                if (!m_tree[at].named || !isSecret(at)) continue;
+                add(Kind::shownPassword, node);
+                return;
+            }
+        }
+        if (whole != "jwt.encode" && whole != "jose.jwt.encode") return;
+        const Index claims = place(arguments, 0);
+        if (!m_tree.is(claims, "dictionary")) return;
+        for (Index at = m_tree.firstChild(claims); at != kNone; at = m_tree.nextSibling(at)) {
+            if (!m_tree.is(at, "pair") || !namesPassword(inside(m_tree.child(at, "key")))) continue;
+            add(Kind::shownPassword, at);
+            return;
+        }
+    }
+
+    /// Whether a module is meant that Python 3 has no more.
+    [[nodiscard]] bool isOfGoneModule(std::string_view whole) const {
+        for (const std::string_view module : {"commands.", "popen2."}) {
+            if (whole.starts_with(module) && m_names.imports(module.substr(0, module.size() - 1))) {
+                return true;
+            }
+        }
+        return false;
     }
 
     void shells(Index node, Index arguments, std::string_view whole, std::string_view last) {
@@ -404,6 +571,36 @@ private:
             add(Kind::laxSetting, node);
         }
         if (name == "autoescape" && value == "False") add(Kind::unescapedTemplate, node);
+        if (m_web && namesSigningKey(name) && !m_tree.is(left, "identifier") && isChosen(right)) {
+            add(Kind::knownKey, right);
+        }
+        // Django takes it from there.
+        if (name == "SECRET_KEY" && m_tree.is(left, "identifier") && isChosen(right) &&
+            contains(m_text, "INSTALLED_APPS")) {
+            add(Kind::knownKey, right);
+        }
+        if (name == "verify" && value == "False" && m_tree.is(left, "attribute") &&
+            m_names.imports("requests") && !m_tree.is(m_tree.child(left, "object"), "attribute") &&
+            textOf(m_tree.child(left, "object")) != "self" && !isConditional(node)) {
+            add(Kind::unverifiedPeer, node);
+        }
+    }
+
+    /// "def enter(password='mapleleaf')": whoever leaves it out has that one.
+    void parameter(Index node) {
+        const std::string_view name = parameterName(m_tree, m_text, node);
+        const Index value = m_tree.child(node, "value");
+        if (namesPassword(name) && namesSecret(name) && isChosen(value) && inside(value) != name) {
+            add(Kind::knownPassword, value);
+        }
+    }
+
+    /// "{'autoescape': False}"
+    void entry(Index pair) {
+        if (inside(m_tree.child(pair, "key")) == "autoescape" &&
+            textOf(m_tree.child(pair, "value")) == "False") {
+            add(Kind::unescapedTemplate, pair);
+        }
     }
 
     void definition(Index node) {
@@ -435,10 +632,24 @@ private:
 
     // ---- what is compared and shown ----
 
-    /// Names that hold the result of a keyed hash, and those of constants.
+    /// The names that an import takes in where a condition or a failure asks for it.
+    void collectChosen(Index import) {
+        if (!isConditional(import)) return;
+        for (Index at = m_tree.firstChild(import); at != kNone; at = m_tree.nextSibling(at)) {
+            if (m_tree[at].field != "name") continue;
+            const Index alias = m_tree.child(at, "alias");
+            m_chosen.insert(textOf(alias == kNone ? at : alias));
+        }
+    }
+
+    /// Names that hold the result of a keyed hash, those of constants, and those of which there may
+    /// be another.
     void collectNames() {
         std::unordered_set<std::string_view> others;
         for (Index i = 0; i < m_tree.nodes.size(); ++i) {
+            if (m_tree.is(i, "import_statement") || m_tree.is(i, "import_from_statement")) {
+                collectChosen(i);
+            }
             const bool parameter =
                 m_tree.is(i, "identifier") && m_tree.is(m_tree[i].parent, "parameters");
             if (parameter) others.insert(textOf(i));
@@ -629,8 +840,10 @@ private:
     PythonNames m_names;
     bool m_web;
     bool m_verifies = false;
+    bool m_plainMail = false;
     std::unordered_set<std::string_view> m_digests;
     std::unordered_set<std::string_view> m_constants;
+    std::unordered_set<std::string_view> m_chosen;
     std::vector<Misuse> m_found;
 };
 

@@ -33,6 +33,9 @@ struct Misuse {
         laxSetting,        ///< A protection is turned off.
         shownTrace,        ///< Who asked is shown the trace of a failure.
         knownPassword,     ///< A password that stands in the program, or is empty.
+        knownKey,          ///< What signs or encrypts stands in the program.
+        shownPassword,     ///< A password in a log, or in what anybody can read.
+        plainLogin,        ///< A password that is sent unencrypted.
         unsafeParser,      ///< It can be made to read files, or to run code.
         builtShellCommand, ///< A shell runs a text that is put together.
         leakyComparison,   ///< How long it takes tells how much is right.

@@ -199,13 +199,15 @@ inline constexpr std::array<std::string_view, 7> kEnds = {
 
 // ---- where it can do harm ----
 
+/// The place of an argument that is given by its name alone.
+inline constexpr std::size_t kByName = 99;
 struct Sink {
     std::string_view name;
     Danger danger;
     std::size_t argument = 0;
     std::string_view keyword = {};
 };
-inline constexpr std::array<Sink, 102> kSinks = {{
+inline constexpr std::array<Sink, 112> kSinks = {{
     {"eval", Danger::code},
     {"exec", Danger::code},
     {"execfile", Danger::code},
@@ -292,12 +294,22 @@ inline constexpr std::array<Sink, 102> kSinks = {{
     {"django.http.HttpResponsePermanentRedirect", Danger::redirect, 0, "redirect_to"},
     {"fastapi.responses.RedirectResponse", Danger::redirect, 0, "url"},
     {"starlette.responses.RedirectResponse", Danger::redirect, 0, "url"},
+    {"django.core.mail.send_mail", Danger::page, kByName, "html_message"},
+    {"_testcapi.run_in_subinterp", Danger::code},
+    {"test.support.run_in_subinterp", Danger::code},
+    {"_xxsubinterpreters.run_string", Danger::code, 1, "script"},
     {"pickle.loads", Danger::load},
     {"pickle.load", Danger::load},
     {"cPickle.loads", Danger::load},
     {"_pickle.loads", Danger::load},
     {"dill.loads", Danger::load},
+    {"dill.load", Danger::load},
     {"marshal.loads", Danger::load},
+    {"cloudpickle.loads", Danger::load},
+    {"cloudpickle.load", Danger::load},
+    {"pandas.read_pickle", Danger::load, 0, "filepath_or_buffer"},
+    {"joblib.load", Danger::load, 0, "filename"},
+    {"torch.load", Danger::load, 0, "f"},
     {"jsonpickle.decode", Danger::load},
     {"yaml.unsafe_load", Danger::load},
     {"yaml.full_load", Danger::load},

@@ -93,6 +93,21 @@ void dropDoubts(Critique& own, const Critique& foreign) {
                   [](const Finding& finding) { return finding.rule == "code.syntax"; });
 }
 
+/// Since Python 3.12 an f-string's brackets may hold its own quotes and backslashes. Ruff reads the
+/// newest Python: where it takes the work, what an older one says of an f-string is of its age.
+void weighByAge(Critique& python, const Critique& ruff) {
+    const bool read = std::ranges::any_of(
+        ruff.coverage.checkedBy, [](const CheckedBy& who) { return who.engine == "Ruff"; });
+    const bool takes = std::ranges::none_of(
+        ruff.findings, [](const Finding& finding) { return finding.rule == "ruff.syntax"; });
+    if (!read || !takes) return;
+    for (Finding& finding : python.findings) {
+        const bool older = finding.rule == "python.syntax" &&
+                           finding.detail.find("f-string: ") != std::string::npos;
+        if (older) finding.severity = Severity::low;
+    }
+}
+
 using Asked = std::vector<std::pair<std::size_t, std::string>>; ///< Part and engine.
 
 /// In which order those asked begin: with fewer hands than engines the verdict waits for whoever
@@ -272,6 +287,11 @@ Grader::grade(const Submission& submission, StopToken cancel,
     m_runner.expect(m_options.worker);
     if (cancel.isAsked()) return std::nullopt;
 
+    for (auto& [part, critique] : looked) {
+        for (const auto& [place, other] : looked) {
+            if (place == part) weighByAge(critique, other);
+        }
+    }
     for (auto& [part, critique] : looked) mergeCritique(foreign[part], std::move(critique));
     Critique whole;
     whole.coverage.known = true;

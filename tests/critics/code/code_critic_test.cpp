@@ -364,12 +364,40 @@ TEST(CodeCritic, WhatIsDroppedOrShutOffInSoManyWordsIsLow) {
     EXPECT_EQ(severityOf("if (false) { f(); }\n", "a.js", "code.dead_code"), Severity::medium);
     EXPECT_EQ(severityOf("def f():\n    raise E\n    return None\n", "a.py", "code.dead_code"),
               Severity::low);
+    EXPECT_EQ(severityOf("def f():\n    raise E\n    return False\n", "a.py", "code.dead_code"),
+              Severity::low);
+    EXPECT_EQ(
+        severityOf("def f():\n    raise E\n    return False or g()\n", "a.py", "code.dead_code"),
+        Severity::medium);
     EXPECT_EQ(severityOf("def f():\n    raise E\n    return g()\n", "a.py", "code.dead_code"),
               Severity::medium);
     EXPECT_EQ(
         severityOf("try:\n    f()\nexcept Exception:\n    pass\n", "a.py", "code.swallowed_error"),
         Severity::low);
     EXPECT_EQ(severityOf("try:\n    f()\nexcept:\n    pass\n", "a.py", "code.swallowed_error"),
+              Severity::medium);
+    EXPECT_EQ(severityOf("def f():\n    try:\n        g()\n    except OSError:\n        try:\n"
+                         "            tell()\n        except:\n            pass\n",
+                         "a.py", "code.swallowed_error"),
+              Severity::low)
+        << "another failure is being told";
+    EXPECT_EQ(severityOf("try:\n    a = f()\nexcept:\n    pass\nelse:\n    g(a)\n", "a.py",
+                         "code.swallowed_error"),
+              Severity::low);
+    EXPECT_EQ(severityOf("def f():\n    try:\n        return g()\n    except:\n        pass\n"
+                         "    return h()\n",
+                         "a.py", "code.swallowed_error"),
+              Severity::low)
+        << "what follows is for the failure";
+    EXPECT_EQ(severityOf("def f():\n    try:\n        return g()\n    except:\n        pass\n",
+                         "a.py", "code.swallowed_error"),
+              Severity::medium);
+    EXPECT_EQ(severityOf("def f():\n    try:\n        return g()\n    except:\n        pass\n\n"
+                         "def h():\n    pass\n",
+                         "a.py", "code.swallowed_error"),
+              Severity::medium);
+    EXPECT_EQ(severityOf("try:\n    a = f()\nexcept:\n    pass\nif a:\n    g(a)\n", "a.py",
+                         "code.swallowed_error"),
               Severity::medium);
     EXPECT_EQ(severityOf("x = eval(text, self.names)\n", "a.py", "code.runs_text"), Severity::low);
     EXPECT_EQ(severityOf("x = eval(text, globals())\n", "a.py", "code.runs_text"), Severity::high);
@@ -386,6 +414,10 @@ TEST(CodeCritic, WhatIsDroppedOrShutOffInSoManyWordsIsLow) {
     EXPECT_EQ(
         severityOf("command = 'make all'\nrun(command, shell=True)\n", "a.py", "code.runs_text"),
         Severity::low);
+    EXPECT_TRUE(critiqueCode(textPart("def run_line(self, words, *, shell=True):\n    return 1\n",
+                                      "a.py", "text/x-code"))
+                    .findings.empty())
+        << "a parameter runs nothing";
     EXPECT_EQ(severityOf("command = input()\nrun(command, shell=True)\n", "a.py", "code.runs_text"),
               Severity::high);
     EXPECT_TRUE(critiqueCode(textPart("try:\n    f.close()\nexcept Exception:\n    pass\n", "a.py",
@@ -410,6 +442,7 @@ TEST(CodeCritic, SwallowedErrors) {
          {"except Exception", "try:\n    f()\nexcept Exception as e:\n    pass\n", swallowed,
           "a.py"},
          {"narrow", "try:\n    f()\nexcept KeyError:\n    pass\n", {}, "a.py"},
+         {"an end", "try:\n    f.flush()\nexcept:\n    pass\n", {}, "a.py"},
          {"said why above",
           "# Some have no colours.\ntry:\n    f()\nexcept:\n    pass\n",
           {},

@@ -30,6 +30,13 @@ TEST(PythonOpeners, StandInnermostFirst) {
     EXPECT_THAT(openers("", "x"), IsEmpty());
 }
 
+TEST(PythonOpeners, BeginWhereTheirBracketsOpen) {
+    EXPECT_THAT(openers("def f(\n    a,\n) -> int:\n    HERE\n", "HERE"),
+                ElementsAre("HERE", "def f("));
+    EXPECT_THAT(openers("def f():\n    if (\n        a\n    ):\n        HERE\n", "HERE"),
+                ElementsAre("HERE", "if (", "def f():"));
+}
+
 TEST(PythonOpeners, TellTheirPlace) {
     const std::string_view text = "x = 1\ndef f():\n\tx = 2\n";
     const auto openers = pythonOpenersAround(text, text.find("x = 2"));
@@ -59,6 +66,8 @@ TEST(PythonTests, AreToldByTheFunctionOfAFileThatTakesInWhatRunsThem) {
     EXPECT_TRUE(inTest("import pytest\n\ndef test_f():\n    if x:\n        HERE\n"));
     EXPECT_TRUE(inTest("import unittest\nclass A(unittest.TestCase):\n  def f(self):\n    HERE\n"));
     EXPECT_TRUE(inTest("from django.test import TestCase\nclass A(TestCase):\n    HERE\n"));
+    EXPECT_TRUE(inTest("def f():\n    pass\n\ndef _test():\n    HERE\n")) << "a module's own";
+    EXPECT_FALSE(inTest("def _test_of(x):\n    HERE\n"));
     EXPECT_FALSE(inTest("def test_f():\n    HERE\n")) << "a function that tests something";
     EXPECT_FALSE(inTest("import pytest\ndef test_f():\n    pass\n\ndef f():\n    HERE\n"));
 }

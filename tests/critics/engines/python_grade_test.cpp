@@ -83,6 +83,19 @@ TEST(UndeclaredName, ThatIsTakenAwayWhenItHasBeenUsedWeighsLittle) {
     EXPECT_EQ(ruff("F821", "def f():\n    return day\ndel days\n", "day\n"), Severity::high);
 }
 
+TEST(UndeclaredName, OfAFunctionThatTakesItAwayWeighsLittle) {
+    EXPECT_EQ(ruff("F821",
+                   "def f():\n    def g(n):\n        return g(n - 1)\n    g(2)\n    del a, g\n",
+                   "g(n - 1)"),
+              Severity::low);
+}
+
+TEST(UndeclaredName, OfAnEnumerationThatIsMadeOfOthersWeighsLittle) {
+    EXPECT_EQ(
+        ruff("F821", "IntEnum._convert_('Kind', __name__, chosen)\nkind = Kind.a\n", "Kind.a"),
+        Severity::low);
+}
+
 TEST(UselessComparison, ThatCallsSomethingMayBeMeant) {
     EXPECT_EQ(ruff("B015", "total == 1\n", "total"), Severity::medium);
     EXPECT_EQ(ruff("B015", "Color.parse(word) is None\n", "Color"), Severity::low);
@@ -146,10 +159,20 @@ TEST(AddressOfAll, WeighsWhereSomethingListensThere) {
     EXPECT_EQ(ruff("S104", "app.run(host='0.0.0.0')\n", "'0.0"), Severity::medium);
     EXPECT_EQ(ruff("S104", "HOST = '0.0.0.0'\n", "'0.0"), Severity::medium);
     EXPECT_EQ(ruff("S104", "self.name = ('0.0.0.0', 0)\n", "'0.0"), Severity::low);
+    EXPECT_EQ(ruff("S104", "host = IPv4Address('0.0.0.0')\n", "'0.0"), Severity::low)
+        << "a value that nothing listens at";
     EXPECT_EQ(ruff("S104", "if host == '0.0.0.0':\n", "'0.0"), Severity::low);
     EXPECT_EQ(ruff("S104", "if host in {'::', '0.0.0.0'}:\n", "'0.0"), Severity::low);
     EXPECT_EQ(ruff("S104", "UDP = '0.0.0.0'\ns.bind((UDP, 80))\n", "'0.0"), Severity::medium);
     EXPECT_EQ(ruff("S104", "for host in known(('::', '0.0.0.0')):\n", "'0.0"), Severity::medium);
+}
+
+TEST(AddressOfAll, WithPortNoneIsNobodys) {
+    const std::string listens = "s.bind((host, 80))\n";
+    EXPECT_EQ(ruff("S104", listens + "self.peer = ('0.0.0.0', 0)\n", "'0.0"), Severity::low);
+    EXPECT_EQ(ruff("S104", listens + "self.peer = ('0.0.0.0', 80)\n", "'0.0"), Severity::medium);
+    EXPECT_EQ(ruff("S104", "s.bind(('0.0.0.0', 0))\n", "'0.0"), Severity::medium)
+        << "a port is drawn, and open to all";
 }
 
 TEST(FolderForAll, ThatIsComparedOpensNothing) {
@@ -157,6 +180,17 @@ TEST(FolderForAll, ThatIsComparedOpensNothing) {
     EXPECT_EQ(ruff("S108", "if path[:4] == '/tmp':\n", "'/tmp"), Severity::low);
     EXPECT_EQ(ruff("S108", "if '/tmp' != path[:4]:\n", "'/tmp"), Severity::low);
     EXPECT_EQ(ruff("S108", "if path.startswith('/tmp/'):\n", "'/tmp"), Severity::low);
+}
+
+TEST(FolderForAll, ThatIsNamedAloneHoldsNoFileOfGuessableName) {
+    EXPECT_EQ(ruff("S108", "places = ['/tmp', '/var/tmp']\n", "'/tmp"), Severity::low);
+    EXPECT_EQ(ruff("S108", "places = ['/tmp', '/var/tmp']\n", "'/var"), Severity::low);
+    EXPECT_EQ(ruff("S108", "TOP = \"/dev/shm/\"\n", "\"/dev"), Severity::low);
+    EXPECT_EQ(ruff("S108", "places = ['/tmp/parcels']\n", "'/tmp"), Severity::medium);
+    EXPECT_EQ(ruff("S108", "path = '/tmp/' + name\n", "'/tmp"), Severity::medium)
+        << "a name follows";
+    EXPECT_EQ(ruff("S108", "path = f'/tmp/{name}'\n", "f'/tmp"), Severity::medium);
+    EXPECT_EQ(ruff("S108", "path = os.path.join('/tmp', name)\n", "'/tmp"), Severity::medium);
 }
 
 TEST(WeakHash, InATableOfThemIsNotUsedThere) {
@@ -196,6 +230,156 @@ TEST(WeakHash, ThatNamesCallAChecksumWeighsLittle) {
     EXPECT_EQ(bandit("B303", "from Crypto.Hash import MD5\ncontent = MD5.new()\n", "content"),
               Severity::medium)
         << "who takes a library for ciphers means it for security";
+}
+
+TEST(WeakHash, ThatAStandardAsksForWeighsLittle) {
+    EXPECT_EQ(bandit("B303",
+                     "def greet(self):\n    # RFC 1939: the digest is MD5's.\n"
+                     "    digest = hashlib.md5(secret)\n",
+                     "digest = "),
+              Severity::low);
+    EXPECT_EQ(
+        ruff("S324", "\"\"\"Signs as rfc5849 has it.\"\"\"\nhashlib.sha1(password)\n", "hashlib"),
+        Severity::low);
+    EXPECT_EQ(bandit("B305", "# RFC 3394, 2.2.1\nc = Cipher(AES(key), ECB())\n", "c ="),
+              Severity::low);
+    EXPECT_EQ(bandit("B303", "# see the RFC\ndigest = hashlib.md5(secret)\n", "digest"),
+              Severity::medium)
+        << "which one?";
+    EXPECT_EQ(bandit("B305", "c = Cipher(AES(key), ECB())\n", "c ="), Severity::medium);
+    EXPECT_EQ(bandit("B304", "# RFC 1851\nc = Cipher(TripleDES(key))\n", "c ="), Severity::medium)
+        << "a cipher that is broken is, whoever asks for it";
+}
+
+TEST(WeakHash, ThatIsSaidOnALaterLineNotToBeForSecurityWeighsLittle) {
+    EXPECT_EQ(bandit("B303", "token = md5(\n    name,\n    usedforsecurity=False\n)\n", "token"),
+              Severity::low);
+    EXPECT_EQ(
+        bandit("B303", "token = md5(\n    name\n)\nsha1(x, usedforsecurity=False)\n", "token"),
+        Severity::medium);
+}
+
+TEST(WeakHash, OfANameThatIsMadeOfOthersWeighsLittle) {
+    EXPECT_EQ(bandit("B303",
+                     "def uuid_of(space, name):\n    from hashlib import sha1\n"
+                     "    drawn = sha1(space + name)\n",
+                     "drawn"),
+              Severity::low);
+}
+
+TEST(KeptObjects, ThatTheFileWritesItselfWeighLittle) {
+    const std::string reads = "def load(path):\n    with open(path, 'rb') as file:\n"
+                              "        return pickle.load(file)\n";
+    EXPECT_EQ(bandit("B301", reads, "return"), Severity::medium);
+    EXPECT_EQ(bandit("B301",
+                     "def keep(path, table):\n    with open(path, 'wb') as file:\n"
+                     "        pickle.dump(table, file)\n" +
+                         reads,
+                     "return"),
+              Severity::low);
+    EXPECT_EQ(ruff("S301",
+                   "class Store:\n    def put(self, file, table):\n"
+                   "        keeper = Pickler(file)\n    def get(self, file):\n"
+                   "        return Unpickler(file).load()\n",
+                   "Unpickler"),
+              Severity::low);
+    EXPECT_EQ(bandit("B301", "pickle.dump(table, file)\ntable = pickle.load(file)\n", "table = "),
+              Severity::medium)
+        << "in no function of it";
+}
+
+TEST(TemporaryNames, WhereNothingBetterIsThereWeighLittle) {
+    EXPECT_EQ(bandit("B306",
+                     "try:\n    from tempfile import mkstemp\nexcept ImportError:\n"
+                     "    from tempfile import mktemp\n    path = mktemp('.py')\n",
+                     "path"),
+              Severity::low);
+    EXPECT_EQ(bandit("B306", "path = tempfile.mktemp('.py')\n", "path"), Severity::medium);
+    EXPECT_EQ(bandit("B306",
+                     "try:\n    run()\nexcept OSError:\n    path = tempfile.mktemp('.py')\n",
+                     "path"),
+              Severity::medium);
+}
+
+TEST(TemporaryNames, InAFolderOfTheProgramsOwnWeighLittle) {
+    EXPECT_EQ(bandit("B306", "path = tempfile.mktemp(dir=folder)\n", "path"), Severity::low);
+    EXPECT_EQ(bandit("B306", "path = mktemp('.py', 'a', folder)\n", "path"), Severity::low);
+    EXPECT_EQ(bandit("B306", "path = mktemp('.py', 'a')\n", "path"), Severity::medium);
+    EXPECT_EQ(bandit("B306", "path = str(place) + tempfile.mktemp('', '', '')\n", "path"),
+              Severity::low)
+        << "a name beside it";
+    EXPECT_EQ(bandit("B306", "path = mktemp(prefix=r'\\\\.\\pipe\\a-')\n", "path"), Severity::low)
+        << "no file, and nobody can put a link there";
+    EXPECT_EQ(bandit("B306", "path = mktemp(dir='/tmp')\n", "path"), Severity::medium);
+}
+
+TEST(Parsers, OfADocumentThatTheCallerHandsInWeighLittle) {
+    EXPECT_EQ(bandit("B314",
+                     "def read(stream, names):\n    for each in parse(stream, names):\n"
+                     "        pass\n",
+                     "for each"),
+              Severity::low);
+    EXPECT_EQ(ruff("S314", "def read(\n    self,\n    stream: IO,\n):\n    t = ET.parse(stream)\n",
+                   "ET."),
+              Severity::low);
+    EXPECT_EQ(bandit("B318", "doc = minidom.parseString(text, parser)\n", "doc"), Severity::low)
+        << "what its parser does is told where it is made";
+    EXPECT_EQ(
+        bandit("B314", "def read(path):\n    text = load(path)\n    t = ET.parse(text)\n", "t = "),
+        Severity::medium);
+    EXPECT_EQ(bandit("B314", "t = ET.parse('parcels.xml')\n", "t = "), Severity::medium);
+    EXPECT_EQ(bandit("B320", "def read(stream):\n    t = lxml.etree.parse(stream)\n", "t = "),
+              Severity::medium)
+        << "that one opens what the document names";
+}
+
+TEST(Shells, ThatTheCallerMayAskForWeighLittle) {
+    EXPECT_EQ(bandit("B602", "Popen(\n    words,\n    shell=shell,\n)\n", "Popen", "high"),
+              Severity::low);
+    EXPECT_EQ(ruff("S602", "run(words, shell=self.shell)\n", "run"), Severity::low);
+    EXPECT_EQ(bandit("B602", "Popen(words, shell=True)\n", "Popen", "high"), Severity::high);
+    EXPECT_EQ(bandit("B602", "Popen(words, shell=1)\n", "Popen", "high"), Severity::high);
+}
+
+TEST(Archives, WhoseMembersTheFunctionLooksAtWeighLittle) {
+    EXPECT_EQ(ruff("S202",
+                   "def unpack(tar, to):\n    for name in tar.getnames():\n        check(name)\n"
+                   "    tar.extractall(to)\n",
+                   "tar.extractall"),
+              Severity::low);
+    EXPECT_EQ(ruff("S202",
+                   "def names(tar):\n    return tar.getnames()\n\ndef unpack(tar, to):\n"
+                   "    tar.extractall(to)\n",
+                   "tar.extractall"),
+              Severity::medium);
+}
+
+TEST(Constructors, ThatReturnWhatTheirBaseReturnsReturnNothing) {
+    EXPECT_EQ(ruff("PLE0101", "        return super(Shelf, self).__init__()\n", "return"),
+              Severity::low);
+    EXPECT_EQ(ruff("PLE0101", "        return self\n", "return"), Severity::medium);
+}
+
+TEST(OldProtocols, TakenInWhereAConditionAsksForThemWeighLittle) {
+    EXPECT_EQ(bandit("B411", "import xmlrpclib\n", "import", "high"), Severity::high);
+    EXPECT_EQ(bandit("B411",
+                     "if sys.version_info[0] < 3:\n    import urllib2\n    import xmlrpclib\n",
+                     "import xml", "high"),
+              Severity::low);
+    EXPECT_EQ(bandit("B411",
+                     "try:\n    import xmlrpc.client\nexcept ImportError:\n"
+                     "    import xmlrpclib\n",
+                     "import xmlrpclib", "high"),
+              Severity::low);
+    EXPECT_EQ(bandit("B411", "def call():\n    import xmlrpclib\n", "import", "high"),
+              Severity::high);
+}
+
+TEST(Formats, ThatAreGivenAllNamesNeedNotUseThem) {
+    EXPECT_EQ(ruff("F507", "page = 'no name' % locals()\n", "'no"), Severity::low);
+    EXPECT_EQ(ruff("F507", "page = '''<p>\n</p>\n''' % vars(self)\n", "'''<p"), Severity::low);
+    EXPECT_EQ(ruff("F507", "page = 'no name' % name\n", "'no"), Severity::medium);
+    EXPECT_EQ(ruff("F507", "page = 'no name' % (a, b)\nlocals()\n", "'no"), Severity::medium);
 }
 
 TEST(TrustedMarkup, OfALibraryThatMakesPagesForOthersWeighsLittle) {

@@ -49,6 +49,37 @@ TEST(PythonFixed, TheBracketTellsWhichCallItIs) {
     EXPECT_EQ(runsOf("eval('1')\neval(x)\neval('2')\n"), (std::vector<std::size_t>{4, 22}));
 }
 
+TEST(PythonFixed, AProgramThatIsReadFromAFile) {
+    expectFixed("exec(open(path).read())\n");
+    expectFixed("exec(compile(open(path).read(), path, 'exec'), names)\n");
+    expectFixed("def load(path):\n    with open(path) as file:\n        code = file.read()\n"
+                "    exec(code, {})\n");
+    expectFixed("from pathlib import Path\ndef load(path):\n"
+                "    exec(Path(path).read_text(encoding='utf-8'))\n");
+    expectFixed("import io\ndef load(path):\n"
+                "    file = io.TextIOWrapper(io.open_code(path), encoding='utf-8')\n"
+                "    for number, line in enumerate(file):\n        exec(line)\n");
+    expectFixed("def load(name):\n    with _open_script(name) as file:\n"
+                "        code = file.read().replace('a', 'b')\n    exec(code, locals())\n");
+    expectOpen("def f(path):\n    eval(open(path).read())\n");
+    expectOpen("import os\ndef f(path):\n    os.system(open(path).read())\n");
+    expectOpen("def f(path, name):\n    exec(open(path).read() + name)\n");
+    expectOpen("from urllib.request import urlopen\ndef f(url):\n    exec(urlopen(url).read())\n");
+    expectOpen("def f(opener, url):\n    exec(opener.open(url).read())\n");
+    expectOpen("def f(lock, code):\n    with lock as file:\n        exec(file.read())\n");
+}
+
+TEST(PythonFixed, ACommandThatTheCallerNamesAsSuch) {
+    expectFixed("import subprocess\ndef run(cmd):\n    return subprocess.call(cmd, shell=True)\n");
+    expectFixed("import os\ndef run(self, command, echo=True):\n    os.system(command)\n");
+    expectOpen("import os\ndef run(name):\n    os.system(name)\n");
+    expectOpen("import os\ndef run(command):\n    os.system('sudo ' + command)\n");
+    expectOpen("import os\ndef run(command, name):\n    command = command + name\n"
+               "    os.system(command)\n");
+    expectOpen("import os\ncommand = os.environ['A']\nos.system(command)\n");
+    expectOpen("def run(command):\n    eval(command)\n");
+}
+
 TEST(PythonFixed, OtherCallsAndListsOfWordsAreNotRunByAShell) {
     EXPECT_TRUE(runsOf("print('a')\n").empty());
     EXPECT_TRUE(runsOf("import subprocess\nsubprocess.run('make')\n").empty());

@@ -60,6 +60,41 @@ void expectEach(const std::vector<Way>& ways) {
     }
 }
 
+TEST(PythonFlow, IsRunByWhatIsSeldomCalled) {
+    expectEach({
+        {"a loop's program",
+         "import asyncio\nloop = asyncio.new_event_loop()\nwords = request.args.getlist('w')\n"
+         "loop.subprocess_exec(factory, *words)\n",
+         {Danger::command}},
+        {"a loop's argument", "loop.subprocess_exec(factory, 'ls', request.args['folder'])\n", {}},
+        {"a loop's shell",
+         "loop.subprocess_shell(factory, request.args['w'])\n",
+         {Danger::command}},
+        {"a console",
+         "import code\ncode.InteractiveConsole().push(request.args['line'])\n",
+         {Danger::code}},
+        {"a list", "words.push(request.args['line'])\n", {}},
+        {"an interpreter within",
+         "import _testcapi\n_testcapi.run_in_subinterp(request.args['line'])\n",
+         {Danger::code}},
+        {"a table", "import pandas\npandas.read_pickle(request.files['table'])\n", {Danger::load}},
+        {"a database",
+         "shelf.find({'$where': 'this.id == ' + request.args['id']})\n",
+         {Danger::query}},
+        {"a value", "shelf.find({'id': request.args['id']})\n", {}},
+    });
+}
+
+TEST(PythonFlow, AMailIsAPage) {
+    const std::string mail = "from django.core.mail import send_mail\n"
+                             "def tell(request):\n    body = request.POST.get('body')\n";
+    EXPECT_EQ(dangersOf(mail + "    send_mail('a', '', 'b', [], html_message=body)\n"),
+              Dangers{Danger::page});
+    EXPECT_EQ(dangersOf(mail + "    send_mail('a', body, 'b', [])\n"), Dangers{});
+    EXPECT_EQ(dangersOf(mail + "    message.attach_alternative(body, 'text/html')\n"),
+              Dangers{Danger::page});
+}
+
 TEST(PythonFlow, IsFollowedFromEachPartOfARequest) {
     expectEach({{"args", "os.system('grep ' + request.args['q'])", {Danger::command}},
                 {"get", "os.system('grep ' + request.args.get('q', ''))", {Danger::command}},

@@ -80,6 +80,8 @@ TEST(PythonMisuse, Pages) {
          "def show():\n    try:\n        f()\n    except OSError:\n"
          "        return traceback.format_exc()\n",
          {Kind::shownTrace}},
+        {"context = {'autoescape': False}\n", {Kind::unescapedTemplate}},
+        {"context = {'autoescape': True}\n", {}},
         {"import traceback\ndef text():\n    return traceback.format_exc()\n", {}},
     });
 }
@@ -112,6 +114,69 @@ TEST(PythonMisuse, Passwords) {
         {"if password == 'mapleleaf':\n    pass\n", {}},
         {"url = 'postgresql://clerk:@db.internal/orders'\n", {Kind::knownPassword}},
         {"url = 'postgresql://clerk:{}@db.internal/orders'\n", {}},
+        {"def enter(name, password='mapleleaf'):\n    pass\n", {Kind::knownPassword}},
+        {"def enter(name, db_password: str = 'mapleleaf'):\n    pass\n", {Kind::knownPassword}},
+        {"def enter(name, password='', passwd=None):\n    pass\n", {}},
+        {"def field(password='password', password_label='Your word'):\n    pass\n", {}},
+        {"ftp.login('clerk', 'mapleleaf')\n", {Kind::knownPassword}},
+        {"ftp.login('clerk', word)\nftp.login('clerk')\n", {}},
+        {"requests.get(url, auth=('clerk', 'mapleleaf'))\n", {Kind::knownPassword}},
+        {"requests.get(url, auth=('clerk', word))\n", {}},
+        {"user.set_password('')\n", {Kind::knownPassword}},
+        {"user.set_password(word)\n", {}},
+    });
+}
+
+TEST(PythonMisuse, Keys) {
+    expectEach({
+        {"import jwt\njwt.encode({'id': 1}, 'mapleleaf', algorithm='HS256')\n", {Kind::knownKey}},
+        {"import jwt\njwt.encode({'id': 1}, key, algorithm='HS256')\n", {}},
+        {"from cryptography.fernet import Fernet\nFernet(b'mapleleaf')\n", {Kind::knownKey}},
+        {"from cryptography.fernet import Fernet\nFernet(Fernet.generate_key())\n", {}},
+        {"import hmac\nhmac.new(b'mapleleaf', text, 'sha256')\n", {Kind::knownKey}},
+        {"from cryptography.hazmat.primitives.ciphers import modes\nmodes.CBC(b'0' * 16)\n",
+         {Kind::fixedSalt}},
+        {"from cryptography.hazmat.primitives.ciphers import modes\nmodes.CBC(os.urandom(16))\n",
+         {}},
+        {"import flask\napp.secret_key = 'mapleleaf'\n", {Kind::knownKey}},
+        {"import flask\napp.config['SECRET_KEY'] = 'mapleleaf'\n", {Kind::knownKey}},
+        {"import flask\napp.secret_key = os.environ['KEY']\n", {}},
+        {"shelf.secret_key = 'mapleleaf'\n", {}},
+        {"SECRET_KEY = 'mapleleaf'\nINSTALLED_APPS = []\n", {Kind::knownKey}},
+        {"from pyramid.authentication import SessionHelper\nSessionHelper(secret='mapleleaf')\n",
+         {Kind::knownKey}},
+    });
+}
+
+TEST(PythonMisuse, Peers) {
+    expectEach({
+        {"import httplib2\nhttplib2.Http(disable_ssl_certificate_validation=True)\n",
+         {Kind::unverifiedPeer}},
+        {"import urllib3\nurllib3.PoolManager(cert_reqs='CERT_NONE')\n", {Kind::unverifiedPeer}},
+        {"import urllib3\nurllib3.PoolManager(cert_reqs='CERT_REQUIRED')\n", {}},
+        {"import aiohttp\naiohttp.TCPConnector(ssl=False)\n", {Kind::unverifiedPeer}},
+        {"paint(ssl=False)\n", {}},
+        {"import requests\ns = requests.Session()\ns.verify = False\n", {Kind::unverifiedPeer}},
+        {"import requests\nif lax:\n    s.verify = False\n", {}},
+        {"import requests\nself.verify = False\n", {}},
+    });
+}
+
+TEST(PythonMisuse, ShownSecrets) {
+    expectEach({
+        {"import logging\nlogging.info('%s enters with %s', name, password)\n",
+         {Kind::shownPassword}},
+        {"logger.debug(f'key: {self.api_key}')\n", {Kind::shownPassword}},
+        {"logger.debug('word: ' + db_password)\n", {Kind::shownPassword}},
+        {"logger.debug('%d signs', len(password))\n", {}},
+        {"logger.debug('no password')\n", {}},
+        {"logger.debug('%s', password_file)\n", {}},
+        {"print(password)\n", {}},
+        {"import jwt\njwt.encode({'id': 1, 'password': word}, key)\n", {Kind::shownPassword}},
+        {"import jwt\njwt.encode({'id': 1}, key)\n", {}},
+        {"import smtplib\ns = smtplib.SMTP(host)\ns.login(name, word)\n", {Kind::plainLogin}},
+        {"import smtplib\ns = smtplib.SMTP(host)\ns.starttls()\ns.login(name, word)\n", {}},
+        {"import smtplib\ns = smtplib.SMTP_SSL(host)\ns.login(name, word)\n", {}},
     });
 }
 
@@ -148,6 +213,12 @@ TEST(PythonMisuse, Loops) {
         {"for i in len(items):\n    print(i)\n", {Kind::loopOverNumber}},
         {"import time\nstart = time.clock()\n", {Kind::goneFunction}},
         {"import time\ntry:\n    start = time.clock()\nexcept AttributeError:\n    pass\n", {}},
+        {"import commands\ncommands.getoutput('ls')\n", {Kind::goneFunction}},
+        {"commands.getoutput('ls')\n", {}},
+        {"from string import maketrans\nmaketrans('a', 'b')\n", {Kind::goneFunction}},
+        {"try:\n    from string import maketrans\nexcept ImportError:\n"
+         "    maketrans = str.maketrans\nmaketrans('a', 'b')\n",
+         {}},
     });
 }
 

@@ -176,6 +176,32 @@ TEST_F(GraderTest, TheLanguagesOwnParserKnowsBetterThanAGrammar) {
     EXPECT_FALSE(refused->findings.empty());
 }
 
+TEST_F(GraderTest, AnOlderPythonKnowsLessOfFStringsThanWhoReadsTheNewest) {
+    const auto severityIn = [&](std::string_view name) {
+        Submission work = code({std::string(name)});
+        work.parts[0].text = "a = 1\n";
+        return onlyFinding(graded(work)->findings, "python.syntax").severity;
+    };
+    const auto complains = [](std::string_view of) {
+        Critique made;
+        made.coverage.checked({"Python", "3.11", "syntax, Python"});
+        made.findings = {{Severity::high, "python.syntax", "syntax", "line 1, column 7", "x",
+                          "In line 1: it says " + std::string(of) + "."}};
+        return made;
+    };
+    Critique reader;
+    reader.coverage.checked({"Ruff", "0.17", "meaning and security, Python"});
+    m_engines.made["-alone-"] = complains("f-string: expecting '}'");
+    EXPECT_EQ(severityIn("a-alone-.py"), Severity::high);
+    m_engines.made["-reads-"] = reader;
+    EXPECT_EQ(severityIn("a-alone-reads-.py"), Severity::low);
+    m_engines.made["-other-"] = complains("invalid syntax");
+    EXPECT_EQ(severityIn("a-other-reads-.py"), Severity::high);
+    reader.findings = {{Severity::high, "ruff.syntax", "syntax", "line 1, column 9", "x", "Bad."}};
+    m_engines.made["-reads-"] = reader;
+    EXPECT_EQ(severityIn("a-alone-reads-.py"), Severity::high);
+}
+
 TEST_F(GraderTest, AnEngineMakesKnownWhatTheCriticsDoNotKnow) {
     EXPECT_FALSE(graded(code({"a.zig"}))->coverage.known);
     m_engines.made["zig"].coverage.known = true;
