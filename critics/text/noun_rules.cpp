@@ -49,8 +49,7 @@ void checkPluralWanted(const EnglishSentence& s, std::size_t i, GrammarReport& r
     // "Many researcher argue": behind the noun its verb.
     const bool ends = s.endsPhrase(at) || (s.glued(at + 1) && s.has(at + 1, kPureBase | kPast));
     // "Various business and finance roles": of these more go before another noun.
-    const bool open =
-        s.has(at, kOpenCount) && !report.technical() && !s.is(at + 1, {"and", "or"});
+    const bool open = s.has(at, kOpenCount) && !report.technical() && !s.is(at + 1, {"and", "or"});
     if (!(s.has(at, kSingular) || open) || s.has(at, kPlural) || !ends) return;
     if (s.is(at + 1, {"a", "an", "old"}) || s.capital(at)) return;
     if (isCount(s, i) &&
