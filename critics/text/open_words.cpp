@@ -60,6 +60,9 @@ std::array<std::string, 3> stemsOf(const std::string& form) {
 
 std::uint32_t OpenWords::of(std::string_view word) {
     if (m_shelf == nullptr || word.size() < kShortest || !isLetters(word)) return 0;
+    // Without them every verb that is a noun too would pass for a verb alone.
+    if (!m_hasOwners) m_hasOwners = know("house's") && know("report's");
+    if (!*m_hasOwners) return 0;
     std::string own(word);
     if (const auto found = m_told.find(own); found != m_told.end()) return found->second;
     const std::uint32_t classes = told(own);

@@ -9,6 +9,7 @@
 #include "critics/language/dictionary.h"
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -35,6 +36,7 @@ private:
     [[nodiscard]] bool describes(const std::string& word) const;
 
     const DictionaryShelf* m_shelf;
+    std::optional<bool> m_hasOwners; ///< Once it was asked for.
     std::unordered_map<std::string, std::uint32_t> m_told;
 };
 

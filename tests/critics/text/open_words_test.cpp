@@ -13,7 +13,8 @@
 namespace trevix {
 namespace {
 
-constexpr const char* kForms = "circulate circulates circulated circulating " // a verb
+constexpr const char* kForms = "house house's report report's "
+                               "circulate circulates circulated circulating " // a verb
                                "codify codifies codified codifying " // one with a consonant and "y"
                                "rebut rebuts rebutted rebutting "    // one that doubles
                                "internet internet's zoologist zoologist's zoologists " // nouns
@@ -62,6 +63,9 @@ TEST(OpenWords, AreNothingWhereTheFormsDoNotTell) {
     const ListShelf empty;
     OpenWords noBooks(&empty);
     EXPECT_EQ(noBooks.of("zoologist"), 0U);
+    const auto withoutOwners = shelfOf("audit audits audited auditing house report");
+    OpenWords noOwners(withoutOwners.get());
+    EXPECT_EQ(noOwners.of("audit"), 0U) << "a noun as well";
 }
 
 std::vector<std::string> grammarOf(const std::string& text, const LanguageTools& tools) {
