@@ -157,6 +157,7 @@ protected:
         [[nodiscard]] int middle() const { return x + width / 2; }
         [[nodiscard]] int right() const { return x + width; }
         [[nodiscard]] int bottom() const { return y + height; }
+        bool operator==(const Box&) const = default;
     };
 
     /// Where a window stands, in pixels.
@@ -181,11 +182,20 @@ protected:
     /// soon they follow one another.
     enum class Spot { Middle = 0, Left = -10, Right = 10 };
 
+    /// Clicks the icon once it stays: a bar that has just taken it in may still make room. The
+    /// pointer goes there first, and then the icon has to be where it was.
     void clickIcon(Spot spot = Spot::Middle, int button = 1) {
-        const auto window = icon();
-        ASSERT_TRUE(window) << "no icon";
-        const auto box = boxOf(*window);
-        ASSERT_TRUE(box);
+        std::optional<Box> box;
+        const auto stays = [&] {
+            const auto window = icon();
+            const auto before = window ? boxOf(*window) : std::nullopt;
+            if (!before) return false;
+            xdotool({"mousemove", std::to_string(before->middle() + static_cast<int>(spot)),
+                     std::to_string(before->y + before->height / 2)});
+            box = boxOf(*window);
+            return box == before;
+        };
+        ASSERT_TRUE(VirtualDesktop::waitUntil(stays)) << "no icon that stays where it is";
         ASSERT_GE(box->width, 22) << "too small for three spots";
         clickAt(box->middle() + static_cast<int>(spot), box->y + box->height / 2, button);
     }
