@@ -80,7 +80,7 @@ private:
 class ServiceProcessTest : public testing::Test {
 protected:
     // What a service leaves that was killed is for the next one to end, and here none comes.
-    ~ServiceProcessTest() override { endSandboxesBelow(data() / "work"); }
+    void TearDown() override { endSandboxesBelow(data() / "work"); }
 
     [[nodiscard]] std::filesystem::path data() const { return m_folder.path() / "data"; }
 
