@@ -1,9 +1,9 @@
 // The judge of a piece of work with everything that this machine has: the critics in a child
 // process, and beside it the programs that know this kind of work.
 //
-// All of them run at once. A child that ends badly takes nothing with it: what it made of the parts
-// before stands, the part it ended on is judged once more without the readers that were made by
-// others, and the coverage says what was not looked at. Any thread, several works at once.
+// They run beside each other. A child that ends badly takes nothing with it: what it made of the
+// parts before stands, the part it ended on is judged once more without the readers that were made
+// by others, and the coverage says what was not looked at. Any thread, several works at once.
 
 #pragma once
 
@@ -30,7 +30,7 @@ struct GraderOptions {
     std::string workerName = "trevix"; ///< For people.
     /// What the worker is told to leave other people's readers alone.
     std::string ownReadersOption = "--own-readers";
-    std::size_t atOnce = 3; ///< Children at work on one submission.
+    std::size_t atOnce = 2; ///< Children at work on one submission; see childrenAtOnce().
     /// From its beginning: after that nobody else is asked about the work, and the coverage says
     /// who was not. Three times what the slowest child may take over a part on its own; chosen so
     /// that a job of many parts, each made to be slow, holds the others up for minutes and not for
@@ -38,6 +38,9 @@ struct GraderOptions {
     std::chrono::milliseconds enough{60'000};
     std::function<std::chrono::steady_clock::time_point()> now = std::chrono::steady_clock::now;
 };
+
+/// How many children work on one submission on a machine of so many cores; 0 for unknown.
+[[nodiscard]] std::size_t childrenAtOnce(unsigned cores);
 
 class Grader {
 public:

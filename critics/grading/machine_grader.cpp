@@ -62,6 +62,7 @@ constexpr const char* kWritings = "TREVIX_TESSDATA";
 
 GraderOptions optionsFor(const MachinePlaces& places) {
     GraderOptions options;
+    options.atOnce = childrenAtOnce(std::thread::hardware_concurrency());
     options.worker.program = places.program.string();
     options.worker.environment = {{kHome, places.home.string()},
                                   {kDataHome, places.dataHome.string()},

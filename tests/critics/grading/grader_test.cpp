@@ -281,6 +281,14 @@ TEST_F(GraderTest, WorkThatHasTakenEnoughIsAskedAboutNoMore) {
     EXPECT_FALSE(critique->coverage.known);
 }
 
+TEST(ChildrenAtOnceTest, IsOneForEachCoreBetweenTwoAndThree) {
+    EXPECT_EQ(childrenAtOnce(0), 2U); // Unknown.
+    EXPECT_EQ(childrenAtOnce(1), 2U);
+    EXPECT_EQ(childrenAtOnce(2), 2U);
+    EXPECT_EQ(childrenAtOnce(3), 3U);
+    EXPECT_EQ(childrenAtOnce(64), 3U);
+}
+
 TEST_F(GraderTest, RubbishBehindWholeFramesIsLost) {
     const Submission work = code({"a.py"});
     for (const std::string& rubbish :
