@@ -1002,6 +1002,23 @@ TEST_F(EvalBridgeTest, AServiceOfThisMachineIsAskedForAnAddressThatOpensOnce) {
     EXPECT_EQ(machine.http.requests[0].timeout, 5s);
 }
 
+TEST_F(EvalBridgeTest, OnlyARunWhoseNameIsItselfInAnAddressIsAskedAbout) {
+    machine.environment.variables["BRASK_API_BASE"] = "http://127.0.0.1:8797";
+    lastAnswerStays = true;
+    answers = {ok("{}")};
+    for (const char letter : std::string("azAZ09_-")) {
+        machine.http.requests.clear();
+        static_cast<void>(EvalBridge::reportAddress(ports, std::string(1, letter), "the key"));
+        EXPECT_THAT(exchanges(), SizeIs(1)) << letter;
+    }
+    // What stands right before and behind those in ASCII.
+    for (const char other : std::string("`{@[/:.^,")) {
+        machine.http.requests.clear();
+        static_cast<void>(EvalBridge::reportAddress(ports, std::string(1, other), "the key"));
+        EXPECT_THAT(exchanges(), IsEmpty()) << other;
+    }
+}
+
 TEST_F(EvalBridgeTest, WithoutATicketTheStatedAddressIsOpened) {
     machine.environment.variables["BRASK_API_BASE"] = "http://127.0.0.1:8797";
     const std::string stated = "http://127.0.0.1:8797/console?run=run_1";
@@ -1070,8 +1087,27 @@ TEST_F(EvalBridgeTest, AJobThatIsTakenUpCanBeGivenUp) {
     GradeTicket ticket;
     ports.ticket = &ticket;
     machine.clock.onSleep = [&](Instant) { EXPECT_EQ(ticket.cancel(), "j1"); };
-    EXPECT_TRUE(EvalBridge::resume(ports, "j1", "the key", 100).error);
+    EXPECT_EQ(EvalBridge::resume(ports, "j1", "the key", 100),
+              Verdict::failure("the grade was cancelled"));
     EXPECT_THAT(exchanges(), SizeIs(1));
+}
+
+TEST_F(EvalBridgeTest, AJobThatWasGivenUpBeforeItIsTakenUpIsGivenUpThere) {
+    GradeTicket ticket;
+    ports.ticket = &ticket;
+    EXPECT_EQ(ticket.cancel(), std::nullopt);
+    answers = {ok("{}")};
+    EXPECT_EQ(EvalBridge::resume(ports, "j1", "the key", 100),
+              Verdict::failure("the grade was cancelled"));
+    EXPECT_THAT(exchanges(), ElementsAre("DELETE https://service.test/api/v1/eval/jobs/j1"));
+}
+
+TEST_F(EvalBridgeTest, AJobThatWasTakenUpAndIsOverCannotBeGivenUp) {
+    GradeTicket ticket;
+    ports.ticket = &ticket;
+    answers = {ok(kShipped)};
+    EXPECT_EQ(EvalBridge::resume(ports, "j1", "the key", 100).band, Band::ship);
+    EXPECT_EQ(ticket.cancel(), std::nullopt);
 }
 
 TEST_F(EvalBridgeTest, TheVerdictOfARunIsReadAsItStandsNow) {
