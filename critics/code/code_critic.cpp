@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <utility>
 
 namespace trevix {
 
@@ -53,11 +54,15 @@ Critique critiqueCode(const Part& part, Readers readers) {
         critique.coverage.checked(ownRules("syntax, YAML"));
         critique.coverage.known = true;
     }
+    // The rules of a language read its own tree alone.
+    SyntaxTree page;
+    if (view.language == Language::html) std::swap(page, tree);
     if (!tree.nodes.empty()) {
         critique.coverage.checked(ownRules("where data from outside goes, Python"));
     }
     const std::vector<Flow> flows = checkFlows(view, tree, findings);
     checkMisuses(view, part.name, tree, findings);
+    checkPage(view, page, findings);
     checkShape(view, findings);
     checkBrackets(view, findings);
     checkLongFunctions(view, findings);

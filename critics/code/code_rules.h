@@ -12,6 +12,7 @@
 #include "critics/syntax/syntax_tree.h"
 
 #include <cstddef>
+#include <string_view>
 #include <vector>
 
 namespace trevix {
@@ -44,6 +45,9 @@ void checkMisuses(const CodeView& view, std::string_view name, const SyntaxTree&
 void checkUnsafeCalls(const CodeView& view, const std::vector<Flow>& flows,
                       const std::vector<std::size_t>& fixed, FindingList& findings);
 void checkDownloads(const CodeView& view, FindingList& findings);
+/// Whether an address is that of another machine and opened without encryption. Names without a dot
+/// and those of this machine or its own network are no strangers.
+[[nodiscard]] bool isPlainAddress(std::string_view address);
 void checkPlainAddresses(const CodeView& view, FindingList& findings);
 void checkUnverifiedPeers(const CodeView& view, FindingList& findings);
 void checkGuessableSecrets(const CodeView& view, FindingList& findings);
@@ -54,9 +58,13 @@ void checkHomePaths(const CodeView& view, FindingList& findings);
 // C and C++: code_bounds_rules.cpp
 void checkBounds(const CodeView& view, FindingList& findings);
 
+// Pages in HTML, by the tree: code_page_rules.cpp
+/// `tree` is that of the view's text; an empty one has nothing to find.
+void checkPage(const CodeView& view, const SyntaxTree& tree, FindingList& findings);
+
 // Grammar: code_syntax_rules.cpp
 /// Also tells whether there is a grammar, and whether the text was read by it. Gives the tree of a
-/// text in a language whose flows are followed.
+/// text in a language that is looked into by it.
 SyntaxTree checkSyntax(const CodeView& view, std::string_view name, Readers readers,
                        FindingList& findings, Coverage& coverage);
 

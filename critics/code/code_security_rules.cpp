@@ -189,32 +189,13 @@ std::size_t pipelineEnd(const CodeView& view, std::size_t i) {
     return i;
 }
 
-/// Whether a literal is an address of another machine that is opened without encryption. Names
-/// without a dot and those of this machine or its own network are no strangers.
-bool isPlainAddress(std::string_view literal) {
-    std::string_view text = inner(literal);
-    std::size_t scheme = 0;
-    if (text.starts_with("http://")) scheme = 7;
-    if (text.starts_with("ftp://")) scheme = 6;
-    if (scheme == 0) return false;
-    text.remove_prefix(scheme);
-    const std::string_view host = text.substr(0, text.find_first_of("/:?#\"'"));
-    constexpr std::array<std::string_view, 5> kNear = {"127.", "10.", "192.168.", "0.0.0.0",
-                                                       "169.254."};
-    for (const std::string_view near : kNear) {
-        if (host.starts_with(near)) return false;
-    }
-    return contains(host, ".") && !contains(host, "{") && !contains(host, "%") &&
-           !host.ends_with(".local") && !host.ends_with(".internal");
-}
-
 /// The names that are given such an address, also as the default of a parameter.
 std::unordered_set<std::string_view> namesOfPlainAddresses(const CodeView& view) {
     std::unordered_set<std::string_view> names;
     for (std::size_t i = 0; i + 2 < view.code.size(); ++i) {
         if (view.isKind(i, TokenKind::identifier) && view.is(i + 1, "=") &&
             view.isKind(i + 2, TokenKind::string) &&
-            isPlainAddress(view.textOf(view.code[i + 2]))) {
+            isPlainAddress(inner(view.textOf(view.code[i + 2])))) {
             names.insert(view.textOf(view.code[i]));
         }
     }
@@ -461,6 +442,22 @@ void checkDownloads(const CodeView& view, FindingList& findings) {
     }
 }
 
+bool isPlainAddress(std::string_view address) {
+    std::size_t scheme = 0;
+    if (address.starts_with("http://")) scheme = 7;
+    if (address.starts_with("ftp://")) scheme = 6;
+    if (scheme == 0) return false;
+    address.remove_prefix(scheme);
+    const std::string_view host = address.substr(0, address.find_first_of("/:?#\"'"));
+    constexpr std::array<std::string_view, 5> kNear = {"127.", "10.", "192.168.", "0.0.0.0",
+                                                       "169.254."};
+    for (const std::string_view near : kNear) {
+        if (host.starts_with(near)) return false;
+    }
+    return contains(host, ".") && !contains(host, "{") && !contains(host, "%") &&
+           !host.ends_with(".local") && !host.ends_with(".internal");
+}
+
 void checkPlainAddresses(const CodeView& view, FindingList& findings) {
     if (view.language != Language::python) return;
     bool hasSession = false;
@@ -482,7 +479,7 @@ void checkPlainAddresses(const CodeView& view, FindingList& findings) {
         for (std::size_t k = i + 2; k < i + 2 + kFirst && k < view.code.size(); ++k) {
             if (view.is(k, ")")) break;
             const bool address = view.isKind(k, TokenKind::string)
-                                     ? isPlainAddress(view.textOf(view.code[k]))
+                                     ? isPlainAddress(inner(view.textOf(view.code[k])))
                                      : view.isKind(k, TokenKind::identifier) &&
                                            names.contains(view.textOf(view.code[k]));
             if (!address) continue;
@@ -554,6 +551,11 @@ void checkHomePaths(const CodeView& view, FindingList& findings) {
                           view.language == Language::shell;
         if (token.kind == TokenKind::comment || (token.kind != TokenKind::string && !data))
             continue;
+        // A quote in the words of a page begins no value.
+        if (view.language == Language::html &&
+            (token.offset == 0 || view.source.text()[token.offset - 1] != '=')) {
+            continue;
+        }
         // Documentation shows examples, as comments do.
         const auto shown = std::pair(token.offset, token.end());
         if (std::ranges::binary_search(documentation, shown)) continue;

@@ -6,16 +6,20 @@
 // Time is the CPU time of this thread and the least of several runs, memory is what is allocated at
 // once, so that nothing depends on what else the machine does.
 
+#include "critics/code/code_rules.h"
 #include "critics/critic.h"
+#include "critics/syntax/syntax_reader.h"
 #include "tests/critics/growth.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cstdlib>
 #include <new>
 #include <ostream>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -297,6 +301,62 @@ INSTANTIATE_TEST_SUITE_P(
         std::replace(name.begin(), name.end(), '.', '_');
         return name;
     });
+
+/// A page as its rules are given it.
+struct ReadPage {
+    explicit ReadPage(std::string page)
+        : text(std::move(page)),
+          source(text),
+          view(source, Language::html),
+          tree(readSyntax("html", text, std::chrono::seconds(60), Wanted::tree).tree) {}
+    ReadPage(const ReadPage&) = delete;
+    ReadPage& operator=(const ReadPage&) = delete;
+
+    std::string text;
+    SourceText source;
+    CodeView view;
+    SyntaxTree tree;
+};
+
+// Without the parser, whose time grows faster than the work where elements stand inside one
+// another: up to the length that it is given at all, 60,000 bytes, it takes two seconds at most.
+TEST(GrowthOfAPage, IsInProportion) {
+    constexpr std::size_t kSmall = 7 * 1024;
+    constexpr std::size_t kTimes = 8;
+    const GrowthBound bound = twiceTheProportion(kTimes);
+    for (const Hostile& hostile : std::vector<Hostile>{
+             {"<a>", "", ""},
+             {"<a>", "</a>", ""},
+             {"<b ", "", ""},
+             {"<b c=\"", "", ""},
+             {"<b c=\"> ", "", ""},
+             {"<b c=d ", "", ""},
+             {" c=d", "", "<b"},
+             {"</b>", "", ""},
+             {"<p id=a>", "", ""},
+             {"<form><input type=password>", "", ""},
+             {"<form>", "<input type=password>", ""},
+             {"<div>undefined", "</div>", ""},
+             {"<script>", "", ""},
+             {"<label for=a>", "<a href=#b>", "<html>"},
+             {" $NaN", "", "<p>"},
+         }) {
+        const ReadPage little(hostile.ofSize(kSmall));
+        const ReadPage much(hostile.ofSize(kSmall * kTimes));
+        ASSERT_FALSE(much.tree.nodes.empty());
+        const auto read = [](const ReadPage& page) {
+            FindingList findings(page.source);
+            checkPage(page.view, page.tree, findings);
+        };
+        const auto readLittle = [&] { read(little); };
+        const auto readMuch = [&] { read(much); };
+        const Growth growth =
+            repeated({cpuTimeOf(readLittle), cpuTimeOf(readMuch)}, bound, readLittle, readMuch);
+        EXPECT_TRUE(growth.keeps(bound))
+            << hostile.head << hostile.piece << hostile.tail << ": " << growth.before << " s, then "
+            << growth.after << " s for " << kTimes << " times as much";
+    }
+}
 
 // Inputs that some rule once took minutes for, or more memory than a machine has, at full size.
 TEST(GrowthToAMegabyte, IsInProportion) {
