@@ -122,6 +122,13 @@ TEST(ServiceAnswer, AnythingMayStandInAKeyThatIsNotRead) {
     }
 }
 
+TEST(ServiceAnswer, WhatStandsInAnArrayStaysApart) {
+    for (const char* text : {R"({"flaws":[{"name":"a"},{"name":"b","rule":"r"},{"detail":"d"}]})",
+                             R"({"result_summary":{"score":-3,"flaws":[{"name":"a"},7]}})"}) {
+        EXPECT_EQ(read(text), json::parse(text));
+    }
+}
+
 // What 12 MB of empty flaws would expand to is half a gigabyte.
 TEST(ServiceAnswer, OfAnArrayWithoutEndTheBeginningIsKept) {
     std::string text = R"({"result_summary":{"flaws":[{"name":"first"})";
@@ -139,14 +146,26 @@ TEST(ServiceAnswer, OfAnArrayWithoutEndTheBeginningIsKept) {
 
 TEST(ServiceAnswer, ANumberThatNoDoubleHoldsIsNull) {
     for (const std::string& number :
-         {"1e400"s, "-1e999"s, "1E+309"s, "12.5e400"s, std::string(400, '9')}) {
+         {"1e400"s, "-1e999"s, "1E+309"s, "12.5e400"s, "0.5e999"s, std::string(400, '9'),
+          "2" + std::string(308, '0'), std::string(400, '9') + "e5", std::string(400, '9') + "e-5",
+          std::string(400, '9') + ".5"}) {
         EXPECT_EQ(read("{\"result_summary\":{\"score\":" + number + ",\"band\":\"ship\"}}"),
                   json::parse(R"({"result_summary":{"score":null,"band":"ship"}})"))
             << number;
     }
     EXPECT_EQ(read(R"({"error":1e-999})"), json::parse(R"({"error":0.0})"));
+    EXPECT_EQ(read("{\"error\":1" + std::string(308, '0') + "}"),
+              json::parse(R"({"error":1e308})"));
     EXPECT_EQ(read(R"({"error":1.5e308})"), json::parse(R"({"error":1.5e308})"));
     EXPECT_EQ(read(R"({"error":99999999999999999999})"), json::parse(R"({"error":1e20})"));
+}
+
+TEST(ServiceAnswer, WhatIsNoNumberIsNotMendedIntoOne) {
+    const std::string large(400, '9');
+    for (const std::string& number :
+         {"-.1e999"s, "1.e999"s, large + ".", large + "e", large + "e+", large + "E-"}) {
+        EXPECT_FALSE(read("{\"error\":" + number + "}")) << number;
+    }
 }
 
 TEST(ServiceAnswer, ASurrogateWithoutItsOtherHalfIsTheReplacementCharacter) {
@@ -160,6 +179,13 @@ TEST(ServiceAnswer, ASurrogateWithoutItsOtherHalfIsTheReplacementCharacter) {
              {R"(\ud800\ud83d\ude00)", mark + "\xF0\x9F\x98\x80"},
              {R"(\ude00\ud83d)", mark + mark},
              {R"(\ud800\n)", mark + "\n"},
+             {R"(\udc00\udc00)", mark + mark},
+             {R"(\ud800\ue000)", mark + "\xEE\x80\x80"},
+             {R"(\ue000)", "\xEE\x80\x80"},
+             {R"(\uDA0a)", mark},
+             {R"(\ud8aF)", mark},
+             {R"(\uD8fA)", mark},
+             {R"(\ud800xxDC00)", mark + "xxDC00"},
              {R"(\\ud800)", "\\ud800"},
              {R"(\\\ud800)", "\\" + mark},
              {R"(\"\ud800)", "\"" + mark},
