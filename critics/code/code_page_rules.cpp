@@ -249,12 +249,14 @@ private:
         return found == std::string_view::npos ? m_text.size() : found + what.size();
     }
 
-    /// Behind the tag at `open`, or behind what is no tag. What these elements hold is text.
+    /// Behind the tag at `open`, or behind what is no tag.
     std::size_t pastTag(std::size_t open) {
-        std::size_t at = open + 1;
+        const bool ends = isAt(open, "</");
+        const std::size_t begin = open + (ends ? 2 : 1);
+        std::size_t at = begin;
         while (at < m_text.size() && text::isAsciiWord(m_text[at])) ++at;
-        const std::string name = text::lowerAscii(m_text.substr(open + 1, at - open - 1));
-        if (name.empty() || text::isAsciiDigit(name.front())) return open + 1;
+        const std::string name = text::lowerAscii(m_text.substr(begin, at - begin));
+        if (name.empty() || text::isAsciiDigit(name.front())) return begin;
         while (at < m_text.size() && m_text[at] != '>') {
             const char c = m_text[at];
             if (c == '<') {
@@ -264,15 +266,45 @@ private:
             ++at;
             const bool value = (c == '"' || c == '\'') && m_text[at - 2] == '=';
             if (value && !passQuote(open, c, at)) return at;
+            if (!value && c == '"' && closesNothing(open, at - 1)) {
+                tell(open, at, "has a quote that was not opened");
+            }
         }
+        // Of other tags a selection may have cut off the end.
+        if (at == m_text.size() && ends && (name == "html" || name == "body")) {
+            tell(open, at, "is not ended by “>”");
+        }
+        return ends ? at : pastContent(open, name, at);
+    }
+
+    /// Whether a quote inside of a tag that is no value's first ends a word without a quote in it.
+    [[nodiscard]] bool closesNothing(std::size_t open, std::size_t quote) const {
+        const std::string_view before = m_text.substr(open, quote - open);
+        const std::size_t mark = before.find_last_of(" \t\r\n\"'");
+        return mark != std::string_view::npos && mark + 1 < before.size() &&
+               text::isSpace(static_cast<unsigned char>(before[mark]));
+    }
+
+    /// What these elements hold is text, up to their end and whatever it looks like.
+    std::size_t pastContent(std::size_t open, std::string_view name, std::size_t from) {
         constexpr std::array<std::string_view, 4> kHoldText = {"script", "style", "textarea",
                                                                "title"};
-        if (!text::isOneOf(name, kHoldText)) return at;
+        if (!text::isOneOf(name, kHoldText)) return from;
+        // "<script/>" and "<title/>" are whole where they stand in a drawing.
+        if (from > 0 && m_text[from - 1] == '/') return from;
         // Compared in small letters, as "</SCRIPT>" ends it too.
-        const std::string end = "</" + name;
-        while (at < m_text.size() && text::lowerAscii(m_text.substr(at, end.size())) != end) {
+        const std::string end = "</" + std::string(name);
+        bool pageEnds = false;
+        std::size_t at = from;
+        while (at < m_text.size()) {
+            const std::string there = text::lowerAscii(m_text.substr(at, end.size()));
+            if (there == end) return at;
+            pageEnds = pageEnds || there.starts_with("</body") || there.starts_with("</html");
             at = std::min(m_text.find('<', at + 1), m_text.size());
         }
+        // Without the end of the page it is a piece that was cut off.
+        if (pageEnds)
+            tell(open, std::min(from + 1, m_text.size()), "takes in the rest of the page");
         return at;
     }
 
@@ -281,16 +313,21 @@ private:
     bool passQuote(std::size_t open, char quote, std::size_t& at) {
         const std::size_t close = m_text.find(quote, at);
         const std::string_view value = m_text.substr(at, close - at);
-        const bool ends = close != std::string_view::npos &&
-                          (close + 1 >= m_text.size() || !text::isAsciiWord(m_text[close + 1]));
-        const bool runsOn =
-            value.find('>') != std::string_view::npos && value.find('<') != std::string_view::npos;
-        if (ends || !runsOn) {
+        const bool ends =
+            close != std::string_view::npos &&
+            (close + 1 >= m_text.size() || !(text::isAsciiWord(m_text[close + 1]) ||
+                                             m_text[close + 1] == '/' || m_text[close + 1] == '.'));
+        const std::size_t tagEnd = value.find('>');
+        const bool takesTag =
+            tagEnd != std::string_view::npos && value.find('<') != std::string_view::npos;
+        const bool takesAttribute = value.ends_with('=') && close != std::string_view::npos;
+        if (ends || !(takesTag || takesAttribute)) {
             at = std::min(close, m_text.size() - 1) + 1;
             return close != std::string_view::npos;
         }
-        tell(open, at + value.find('>'), "has a quote that is not closed");
-        at += value.find('>');
+        const std::size_t shown = takesTag ? tagEnd : value.size();
+        tell(open, at + shown, "has a quote that is not closed");
+        at += shown;
         return false;
     }
 

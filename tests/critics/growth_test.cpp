@@ -332,6 +332,7 @@ TEST(GrowthOfAPage, IsInProportion) {
              {"<b c=\"> ", "", ""},
              {"<b c=d ", "", ""},
              {" c=d", "", "<b"},
+             {"c\"", "", "<b "},
              {"</b>", "", ""},
              {"<p id=a>", "", ""},
              {"<form><input type=password>", "", ""},

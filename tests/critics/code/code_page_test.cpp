@@ -64,12 +64,22 @@ TEST(CodePage, WhatIsOpenedIsEnded) {
 
 TEST(CodePage, TagsAndTheirQuotesAreEnded) {
     const Rules syntax = {"code.syntax"};
-    expectOnPages({{"a tag", "<p class=x <b>c</b></p>", syntax},
-                   {"a quote", "<p><a href=\"x>text</a> <a href=\"y\">z</a></p>", syntax},
-                   {"to the end", "<body><div class=\"a>text</div></body>", syntax},
-                   {"cut off", "<p>a</p><div class=\"a", {}},
-                   {"in a remark", "<!-- <p class=x <b> --><p>a</p>", {}},
-                   {"in a text field", "<textarea><p class=x <b></textarea>", {}}});
+    expectOnPages(
+        {{"a tag", "<p class=x <b>c</b></p>", syntax},
+         {"a quote", "<p><a href=\"x>text</a> <a href=\"y\">z</a></p>", syntax},
+         {"to the end", "<body><div class=\"a>text</div></body>", syntax},
+         {"before the next attribute", "<link rel=\"icon href=\"a.png\">", syntax},
+         {"before a path", "<img alt=\"\" title=\"a src=\"/a.png\">", syntax},
+         {"an end tag", "<div><p>a</p\n</div>", syntax},
+         {"a script", "<html><head><script src=a.js></head><body>a</body></html>", syntax},
+         {"a script's own end", "<head><script>f()</script\n</head>", syntax},
+         {"a cut script", "<script>f(\"<p>\")", {}},
+         {"a name in a drawing", "<body><svg><title/><g/></svg></body>", {}},
+         {"no blank between", "<a href=\"x\"class=\"y\">a</a>", {}},
+         {"a query", "<a href=\"x?a=\">a</a>", {}},
+         {"cut off", "<p>a</p><div class=\"a", {}},
+         {"in a remark", "<!-- <p class=x <b> --><p>a</p>", {}},
+         {"in a text field", "<textarea><p class=x <b></textarea>", {}}});
 }
 
 TEST(CodePage, SomeElementsNeverStandInTheirLike) {
