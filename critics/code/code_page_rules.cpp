@@ -43,10 +43,9 @@ constexpr std::array<std::string_view, 20> kVoid = {
     "area", "base",  "basefont", "bgsound", "br",   "col",  "command", "embed",  "frame", "hr",
     "img",  "input", "isindex",  "keygen",  "link", "meta", "param",   "source", "track", "wbr"};
 // HTML, 13.1.2.4: those whose end tag may be left out.
-constexpr std::array<std::string_view, 19> kEndsItself = {
-    "body", "caption", "colgroup", "dd", "dt",  "head",  "html", "li",    "optgroup", "option",
-    "p",    "rb",      "rp",       "rt", "rtc", "tbody", "td",   "tfoot", "th"};
-constexpr std::array<std::string_view, 2> kRowsEndThemselves = {"thead", "tr"};
+constexpr std::array<std::string_view, 21> kEndsItself = {
+    "body", "caption", "colgroup", "dd",  "dt",    "head", "html",  "li", "optgroup", "option", "p",
+    "rb",   "rp",      "rt",       "rtc", "tbody", "td",   "tfoot", "th", "thead",    "tr"};
 // Elements that matter to what stands in them, each a bit of Element::within.
 constexpr std::array<std::string_view, 14> kAround = {"a",        "button", "form", "label", "svg",
                                                       "template", "code",   "kbd",  "pre",   "samp",
@@ -257,6 +256,7 @@ private:
         while (at < m_text.size() && text::isAsciiWord(m_text[at])) ++at;
         const std::string name = text::lowerAscii(m_text.substr(begin, at - begin));
         if (name.empty() || text::isAsciiDigit(name.front())) return begin;
+        char before = '\0'; // the last that is no blank
         while (at < m_text.size() && m_text[at] != '>') {
             const char c = m_text[at];
             if (c == '<') {
@@ -264,7 +264,8 @@ private:
                 return at;
             }
             ++at;
-            const bool value = (c == '"' || c == '\'') && m_text[at - 2] == '=';
+            const bool value = (c == '"' || c == '\'') && before == '=';
+            if (!text::isSpace(static_cast<unsigned char>(c))) before = c;
             if (value && !passQuote(open, c, at)) return at;
             if (!value && c == '"' && closesNothing(open, at - 1)) {
                 tell(open, at, "has a quote that was not opened");
@@ -345,8 +346,7 @@ void checkPairs(const Page& page, FindingList& findings) {
     };
     for (const Element& element : page.elements) {
         if (element.hasEnd || element.closesItself) continue;
-        if (text::isOneOf(element.name, kVoid) || text::isOneOf(element.name, kEndsItself) ||
-            text::isOneOf(element.name, kRowsEndThemselves)) {
+        if (text::isOneOf(element.name, kVoid) || text::isOneOf(element.name, kEndsItself)) {
             continue;
         }
         // A fragment may leave to another what it began; inside of what it also ends, it may not.

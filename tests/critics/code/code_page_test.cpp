@@ -77,6 +77,7 @@ TEST(CodePage, TagsAndTheirQuotesAreEnded) {
          {"a name in a drawing", "<body><svg><title/><g/></svg></body>", {}},
          {"no blank between", "<a href=\"x\"class=\"y\">a</a>", {}},
          {"a query", "<a href=\"x?a=\">a</a>", {}},
+         {"blanks about the mark", "<p class = \"a b\" title =\"c > d\">x</p>", {}},
          {"cut off", "<p>a</p><div class=\"a", {}},
          {"in a remark", "<!-- <p class=x <b> --><p>a</p>", {}},
          {"in a text field", "<textarea><p class=x <b></textarea>", {}}});
