@@ -196,6 +196,15 @@ TEST(ServiceAnswer, ASurrogateWithoutItsOtherHalfIsTheReplacementCharacter) {
     }
 }
 
+// A string that an escape ends would otherwise take in what follows it.
+TEST(ServiceAnswer, WhatFollowsAnEscapeAtTheEndOfAStringIsMendedToo) {
+    for (const char* escape : {R"(\u0041)", R"(\ud83d\ude00)", R"(\ud800)", R"(\n)"}) {
+        const auto answer = read("{\"status\":\"" + std::string(escape) + "\",\"error\":1e400}");
+        ASSERT_TRUE(answer) << escape;
+        EXPECT_TRUE(answer->at("error").is_null()) << escape;
+    }
+}
+
 TEST(ServiceAnswer, WhatNeedsNoMendingIsNotCopied) {
     for (const char* text : {"", "{}", R"({"a":"1e400 \ud83d\ude00 \\ud800","b":[1e308,-0.0]})",
                              "{\"a\":1e", "\"\\", "-"}) {
