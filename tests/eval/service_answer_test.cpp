@@ -210,6 +210,7 @@ TEST(ServiceAnswer, WhatNeedsNoMendingIsNotCopied) {
                              "{\"a\":1e", "\"\\", "-"}) {
         EXPECT_EQ(mended(text), std::nullopt) << text;
     }
+    EXPECT_EQ(mended("1e400"), "null"); // From the first byte on.
     EXPECT_EQ(mended(R"({"a":1e400,"b":"1e400\ud800"} )"), R"({"a":null,"b":"1e400\ufffd"} )");
 }
 

@@ -11,6 +11,7 @@ namespace {
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::SizeIs;
 using Where = ServiceChoice::Where;
 
 const char* const kHere = "service: this machine\n"
@@ -40,6 +41,8 @@ TEST(ServiceChoiceText, IsReadAsItWasWritten) {
         EXPECT_THAT(read.problems, IsEmpty());
     }
     EXPECT_EQ(serviceChoiceText({}), "");
+    EXPECT_EQ(parseServiceChoice("base: http://127.0.0.1:8797", "service").choice.base,
+              "http://127.0.0.1:8797");
 }
 
 TEST(ServiceChoiceText, MayHaveRemarksBlankLinesAndOtherLineEnds) {
@@ -55,6 +58,7 @@ TEST(ServiceChoiceText, ThatCannotBeUsedIsNamedByItsLine) {
     EXPECT_THAT(problemsOf("# x\nnonsense\n"), ElementsAre("service:2: not a “name: value” line"));
     EXPECT_THAT(problemsOf("service: elsewhere\n"),
                 ElementsAre("service:1: service is “this machine”, “account” or “later”"));
+    EXPECT_THAT(problemsOf("service:\n"), SizeIs(1));
     EXPECT_THAT(problemsOf("service: later\nkey: secret\n"),
                 ElementsAre("service:2: there is no setting “key”"));
     EXPECT_THAT(problemsOf("base: https://elsewhere.example\n"),
