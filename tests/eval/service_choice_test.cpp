@@ -50,6 +50,7 @@ TEST(ServiceChoiceText, MayHaveRemarksBlankLinesAndOtherLineEnds) {
     EXPECT_EQ(read.choice.where, Where::Account);
     EXPECT_THAT(read.problems, IsEmpty());
     EXPECT_EQ(parseServiceChoice("service: later", "service").choice.where, Where::Later);
+    EXPECT_EQ(parseServiceChoice("service:later", "service").choice.where, Where::Later);
     EXPECT_EQ(parseServiceChoice("", "service").choice.where, Where::Unasked);
     EXPECT_THAT(problemsOf(""), IsEmpty());
 }
@@ -71,6 +72,7 @@ TEST(ServiceChoiceText, ThatCannotBeUsedIsNamedByItsLine) {
     EXPECT_THAT(problemsOf("service: this machine\n"),
                 ElementsAre("service: this machine needs base and key_file; start Kelvane and "
                             "choose “Grade on this machine” again"));
+    EXPECT_THAT(problemsOf("service: this machine\nbase: http://127.0.0.1:8797\n"), SizeIs(1));
     EXPECT_THAT(problemsOf("service: \xff\n"),
                 ElementsAre("service: not a file of “name: value” lines"));
     EXPECT_THAT(problemsOf(std::string(70'000, 'a')),
@@ -101,6 +103,7 @@ protected:
 
 TEST_F(ServiceChoiceFile, IsTheOneInTheDataFolder) {
     EXPECT_EQ(readServiceChoice(files, "/home/me/.brask").choice.where, Where::Unasked);
+    EXPECT_THAT(readServiceChoice(files, "/home/me/.brask").problems, IsEmpty());
     files.files["/home/me/.brask/service"] = kHere;
     const auto read = readServiceChoice(files, "/home/me/.brask");
     EXPECT_EQ(read.choice, thisMachine());
