@@ -277,6 +277,13 @@ TEST(VerdictFrom, CoverageOfAnotherTypeOrWithoutANameCountsAsMissing) {
     }
 }
 
+TEST(VerdictFrom, CoverageWithoutANameIsPassedOver) {
+    const json summary = json::parse(R"({"checked_by":[{"engine":""},{"engine":"e"}]})");
+    const Verdict verdict = verdictFrom(summary, std::nullopt);
+    ASSERT_EQ(verdict.checkedBy.size(), 1U);
+    EXPECT_EQ(verdict.checkedBy[0].engine, "e");
+}
+
 TEST(VerdictFrom, CoverageOfAnyLengthIsBounded) {
     const std::string marks = [] {
         std::string text = "a";
@@ -292,7 +299,8 @@ TEST(VerdictFrom, CoverageOfAnyLengthIsBounded) {
     ASSERT_EQ(verdict.checkedBy.size(), kMostCoverageEntries);
     ASSERT_EQ(verdict.notChecked.size(), kMostCoverageEntries);
     EXPECT_EQ(verdict.checkedBy[0].engine, std::string(kLongestCoverageText, 'e'));
-    EXPECT_LE(verdict.notChecked[0].what.size(), 8 * kLongestCoverageText);
+    // A letter and as many marks of two bytes as have room.
+    EXPECT_EQ(verdict.notChecked[0].what.size(), 8 * kLongestCoverageText - 1);
     EXPECT_TRUE(verdict.notChecked[0].what.ends_with("\xCC\x81"));
 }
 
