@@ -1146,6 +1146,24 @@ TEST_F(EvalBridgeTest, WhereTheServiceAsksForThePlaceItIsTold) {
     EXPECT_EQ(EvalBridge::addWord(ports, "word", "k"), "not written");
 }
 
+TEST_F(EvalBridgeTest, ALastWordIsTakenBackWhereverItWasSaid) {
+    machine.environment.variables["BRASK_API_BASE"] = "http://127.0.0.1:1";
+    lastAnswerStays = true;
+    answers = {ok(R"({"status":"ok"})")};
+    EXPECT_EQ(EvalBridge::undoDismissal(ports, {"LOW", "c", "d", "rule", "", "words"}, "k"),
+              std::nullopt);
+    EXPECT_EQ(EvalBridge::removeWord(ports, "word", "k"), std::nullopt);
+    EXPECT_THAT(exchanges(), ElementsAre("POST http://127.0.0.1:1/api/v1/eval/dismissals/undo",
+                                         "POST http://127.0.0.1:1/api/v1/eval/words/undo"));
+    EXPECT_EQ(sentBody(1), (json{{"word", "word"}}));
+    machine.http.requests.clear();
+    answers = {HttpResponse{500, R"({"error":"not written"})"}};
+    EXPECT_EQ(EvalBridge::undoDismissal(ports, {"LOW", "c", "d", "rule", "line 3", "words"}, "k"),
+              "not written");
+    EXPECT_THAT(exchanges(), SizeIs(1));
+    EXPECT_EQ(EvalBridge::removeWord(ports, "word", "k"), "not written");
+}
+
 TEST_F(EvalBridgeTest, IterateSendsTheRevisionToTheRun) {
     answers = {ok("{}")};
     static_cast<void>(iterate());
